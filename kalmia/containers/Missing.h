@@ -1,0 +1,11 @@
+#pragma once
+
+namespace kalmia {
+
+/// The missing cell of `float` and `double` tables: an ordinary value, compared with exact `==`. A NaN is not missing.
+constexpr int kMissing = -99;
+
+/// At or below this a denominator gives no estimate.
+constexpr double kSmallestDenominator = 1e-30;
+
+}  // namespace kalmia

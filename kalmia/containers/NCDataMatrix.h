@@ -1,0 +1,244 @@
+#pragma once
+
+#include <vector>
+
+#include "kalmia/containers/Missing.h"
+#include "kalmia/containers/NCDataVector.h"
+#include "kalmia/containers/NCIntegralVector.h"
+#include "kalmia/support/VexStream.h"
+
+template <class T>
+class NCSVD;
+template <class T>
+class NCDataMatrix;
+
+/// Holder of a work matrix: deletes it at the end if it owns it. See NCDataMatrix::GetReturnMatrix.
+template <class T>
+struct MatrixDestroyer {
+  MatrixDestroyer() = default;
+  MatrixDestroyer(const MatrixDestroyer&) = delete;
+  MatrixDestroyer& operator=(const MatrixDestroyer&) = delete;
+  ~MatrixDestroyer();
+
+  NCDataMatrix<T>* matrix = nullptr;
+  bool owner = true;
+};
+
+/// The table: observations in rows, variables in columns, both from 1. An array of NCDataVector rows with counts of
+/// missing cells per column and in total. Sharing works on two levels: a copy shares the whole row array; once that is
+/// split by a write, the rows go on sharing their cells one by one. Instantiated for `float` and `double`.
+/// No index or shape is checked. Not safe for concurrent writes; counts of sharing are plain memory.
+///
+/// An operation that returns a vector or a matrix builds it in the target that `Result` named, if one was named: the
+/// target must have the size of the result already.
+template <class T>
+class NCDataMatrix : public virtual VexStreamBase {
+ public:
+  using value_type = NCDataVector<T>;
+
+  NCDataMatrix();
+  NCDataMatrix(int rows, int columns, T value = static_cast<T>(kalmia::kMissing));
+  NCDataMatrix(const NCDataMatrix& other);               ///< shares; result targets are not copied
+  NCDataMatrix& operator=(const NCDataMatrix& other);
+  ~NCDataMatrix() override;
+
+  // Sharing.
+  void swap(NCDataMatrix& other);                        ///< all members, result targets included
+  void Clear();
+  void ForceUnlink();                                    ///< afterwards no storage is shared with anybody
+  void CopyContent(const NCDataMatrix& other);           ///< a private deep copy of the other's cells
+
+  // Access.
+  int SizeRows() const { return rows_; }
+  int SizeColumns() const { return columns_; }
+  int GetNumMisVal() const { return numMisVal_; }
+  int GetColumnMisVal(int c) const { return (*columnMisVal_)[c]; }
+  const NCDataVector<T>& operator[](int r) const { return rowArray_[r]; }
+  /// The row for writing. What is written through it reaches the row's count of missing cells, not the matrix'.
+  NCDataVector<T>& operator()(int r);
+  T operator()(int r, int c, T value);                   ///< writes the cell and all counts, returns value
+  const NCDataVector<T>* begin() const { return rowArray_ + 1; }
+  const NCDataVector<T>* end() const { return rowArray_ + 1 + rows_; }
+  const NCDataVector<T>& back() const { return rowArray_[rows_]; }
+  NCDataVector<T> GetColumn(int c) const;
+  NCDataMatrix GetRowSubMatrix(int first, int last) const;  ///< shares its rows with this one
+  /// New array of rows + 1 pointers, entry r being row r's 1-based cells. With `keep` it aliases the matrix; without,
+  /// the matrix gives its cells away and is fit only for assignment or destruction.
+  static T** GetMatrixAsPointerPointer(NCDataMatrix& m, bool keep);
+  /// Frees the array, and with `cells` the cells of its `count` rows (those that `keep` = false gave away).
+  static void ReleasePointerPointer(T** rows, int count, bool cells);
+
+  // Structure. Positions above the end are cut to it. New cells are missing.
+  void SetSize(int r, int c);                            ///< another size sets all missing; the present one keeps cells
+  void Resize(int r, int c);                             ///< keeps the content
+  void ReserveRows(int n);
+  void ReserveColumns(int n);
+  void InsertRows(int at, int n);
+  void InsertRow(int at, const NCDataVector<T>& v);      ///< the new row shares v's cells
+  const NCDataVector<T>* push_back(const NCDataVector<T>& v);  ///< behind the last row; returns end()
+  void RemoveRows(int at, int n);
+  void RemoveRows(const NCIntegralVector<int, -99>& indices);
+  void InsertColumns(int at, int n);
+  void InsertColumns(int at, const NCDataMatrix& m);
+  void InsertColumn(int at, const NCDataVector<T>& v);
+  void RemoveColumns(int at, int n);
+  void ReduceColumns(const NCIntegralVector<int, -99>& indices);
+  void ConcatRows(const NCDataMatrix& m);                ///< m's rows below this one's, shared
+  void ConcatColumns(const NCDataMatrix& m);             ///< m's columns to the right
+  void RearrangeColumns(const std::vector<int>& order);
+  void SwapRows(int a, int b);                           ///< for an unshared matrix: does not unlink
+  void SwapColumns(int a, int b);                        ///< for an unshared matrix: does not unlink
+
+  // Rows and columns of cells. Defined in NCDataMatrixCells.cpp.
+  void SetRow(int r, const NCDataVector<T>& v);          ///< the row becomes a share of v
+  void SetRow(int r, T value);
+  void SetColumn(int c, const T* p);                     ///< p[1] to p[rows]
+  void SetColumn(int c, const NCDataVector<T>& v);
+  /// Sets the column. Setting it missing returns early when its count equals the number of columns.
+  void SetColumn(int c, T value);
+  /// Makes row `to` a share of row `from`. Column counts are adjusted along the diagonal, the total not at all:
+  /// for complete tables that nobody shares.
+  void CopyRow(int from, int to);
+  void CopyColumn(int from, int to);
+  void CopyColumn(int to, const NCDataMatrix& m, int from);
+  void SetAllValues(T value);
+  void MultiplyRow(int row, T factor);                   ///< every present cell times factor
+  void MultiplyColumn(int c, long double d, int to);     ///< column `to` = column c times d; d missing empties c
+  void MultiplyColumns(int a, int b, int to);
+  /// Subtracts d from the present cells; d missing empties the column. A result of exactly -99 moves to the next float
+  /// below (to -99.00001 in double), so that no hole appears.
+  void SubtractFromColumn(int c, long double d);
+  void LagColumn(int c, int k);                          ///< shifts by k rows; vacated cells become missing
+  /// Each cell times the cell of s of its column; a missing scale leaves the cell. Does not unlink.
+  void TransformToColumnScaled(const NCDataVector<T>& s);
+  void TransformToDotSubRowVector(const NCDataVector<T>& v);  ///< subtracts v from every row; holes on either side stay
+  bool operator==(const NCDataMatrix& other) const;      ///< a left side without rows equals anything
+  bool operator!=(const NCDataMatrix& other) const { return !(*this == other); }
+
+  // Results in place.
+  NCDataMatrix& Result(NCDataMatrix* target);
+  const NCDataMatrix& Result(NCDataMatrix* target) const;
+  NCDataMatrix& Result(NCDataVector<T>* target);
+  const NCDataMatrix& Result(NCDataVector<T>* target) const;
+  void GetReturnVector(VectorDestroyer<T>& holder, int n) const;
+  void GetReturnMatrix(MatrixDestroyer<T>& holder, int rows, int columns) const;
+
+  // Statistics; -99 is "no estimate". Defined in NCDataMatrixStatistics.cpp.
+  long double GetMean() const;                           ///< of all present cells
+  long double GetColumnMean(int c) const;                ///< all missing: -99; no rows: 0
+  long double GetColumnSS(int c, long double mean) const;  ///< sum (x - mean)^2; all missing: -99
+  /// Root of the sum of squares around the mean over `divisor`, or over n - 1 where that is the missing value; a
+  /// divisor at or below 0 gives -99.
+  long double GetColumnStdDev(int c, float divisor = static_cast<float>(kalmia::kMissing)) const;
+  long double GetColumnSkewness(int c, int divisor = kalmia::kMissing) const;
+  long double GetColumnSkewnessTest(int c, int divisor = kalmia::kMissing) const;
+  long double GetColumnKurtosis(int c) const;
+  long double GetColumnMedian(int c) const;
+  void GetColumnMinMax(int c, T& min, T& max) const;
+  void GetRowMinMax(int r, T& min, T& max) const;
+  long double GetSSAroundColumnMeans() const;            ///< empty columns are left out
+  NCDataVector<T> GetColumnCorrelation(const NCDataVector<T>& v) const;
+  NCDataMatrix SNV() const;                              ///< standard normal variate of each row
+  /// Coefficients of Y on X with variables in rows (X: p by n, Y: q by n, result p by q). Holes in either give zeros of
+  /// rows by rows.
+  NCDataMatrix GetRegressionCoefficients(const NCDataMatrix& Y) const;
+  /// Averaged shifted histogram of the columns as points in the space of the rows: a density per column, 0 to 1.
+  NCDataVector<T> GetDensity(int bins, int shifts, bool all) const;
+
+  // Regressions with holes: the heart of the models. Defined in kernels/. All results through GetReturnVector.
+  NCDataVector<T> RegressColumns(const NCDataVector<T>& v) const;  ///< sum x v / sum v^2 for each column
+  static void RegressOneColumn(T* out, int c, const NCDataMatrix& X, const NCDataVector<T>& v, long double ss,
+                               int misValMode, int& numMisVal);
+  /// The same with the denominator held up at a third of v's sum of squares.
+  NCDataVector<T> SpecialNipalsRegressColumnsFix(const NCDataVector<T>& v) const;
+  /// Leaves out the columns whose cell in `groups` equals `group`; they stay missing. Null leaves out nothing.
+  NCDataVector<T> SpecialNipalsRegressColumnsFix(const NCDataVector<T>& v, const NCIntegralVector<int, -99>* groups,
+                                                 int group) const;
+  static void SpecialNipalsRegressOneColumnFix(T* out, int c, const NCDataMatrix& X, const NCDataVector<T>& v,
+                                               long double ss, int misValMode, int& numMisVal);
+  NCDataVector<T> RegressRows(const NCDataVector<T>& v) const;     ///< v.Regress(row) for each row
+  /// v.SpecialNipalsRegressFix(row) for each row, leaving out the positions of v whose cell in `groups` equals `group`.
+  NCDataVector<T> SpecialNipalsRegressRowsFix(const NCDataVector<T>& v, const NCIntegralVector<int, -99>* groups,
+                                              int group) const;
+  NCDataVector<T> SpecialNipalsRegressRowsFixWithExclude(const NCDataVector<T>& v, int start, int stride) const;
+  /// The column of largest sum of squares (a later one must win by a part in a million), holes filled with a
+  /// hundredth of its largest absolute value, signs alternating; a single column is returned with its holes.
+  NCDataVector<T> GetNIPALSStartColumn() const;
+  NCDataVector<T> PreMultiply(const NCDataVector<T>& v) const;     ///< v' X
+  /// Row r of X takes f * w added (w from 0); the row step of AddVprimV. A missing f empties the row.
+  static void AddFV(NCDataMatrix& X, T f, const T* w, int misValMode, int r, int& numMisVal, int* columnMisVal);
+
+  // Products and deflation. A cell without a pair is missing. Defined in kernels/.
+  NCDataMatrix operator*(const NCDataMatrix& B) const;
+  NCDataVector<T> operator*(const NCDataVector<T>& v) const;
+  NCDataMatrix operator*(long double d) const;
+  NCDataMatrix MatrixMultiply(const NCDataMatrix& B, bool transposeThis, bool transposeOther) const;
+  void TransformToMprim_mul_M();                         ///< A' A
+  void Transpose();                                      ///< in place
+  void AddVprimV(const NCDataVector<T>& u, const NCDataVector<T>& w, T f);  ///< in place A += f u w'
+  void TransformToAdd_V_x_Vt(const NCDataVector<T>& u, const NCDataVector<T>& w);
+  void TransformToSub_V_x_Vt(const NCDataVector<T>& u, const NCDataVector<T>& w);  ///< the deflation of the models
+  NCDataMatrix operator+(const NCDataMatrix& B) const;
+  NCDataMatrix operator-(const NCDataMatrix& B) const;
+  NCDataMatrix& operator+=(const NCDataMatrix& B);
+  NCDataMatrix& operator-=(const NCDataMatrix& B);
+  NCDataMatrix DotMultiplyVector(const NCDataVector<T>& v) const;     ///< cell (r, c) times v[r]
+  NCDataMatrix DotDivideVector(const NCDataVector<T>& v) const;       ///< over v[r]; a zero is not tested for
+  NCDataMatrix DotPreMultiplyVector(const NCDataVector<T>& v) const;  ///< cell (r, c) times v[c]
+  NCDataMatrix DotPreDivideVector(const NCDataVector<T>& v) const;
+  long double GetSS() const;                             ///< sum of the rows' sums of squares
+
+  // Decompositions. Defined in kernels/.
+  NCSVD<T>* GetSVD() const;                              ///< the caller's; look at its status
+  NCSVD<T>* TransformToSVD();                            ///< a heap object turns into U and is owned by the result
+  /// Replaces a square matrix by its inverse; false when a row is zero (the matrix is then overwritten).
+  bool TransformToInverse();
+
+  // Persistence: magic "NCDM", version 4; versions 1 to 3 are read.
+  class DerivedStreamableData : public VexStreamableData {
+   public:
+    using VexStreamableData::VexStreamableData;
+  };
+  static DerivedStreamableData MyStreamableData;
+  short GetVexStreamVersionNumber() const { return MyStreamableData.GetVexStreamVersionNumber(); }
+  short GetMyVexStreamVersionNumber() const { return MyStreamableData.GetMyVexStreamVersionNumber(); }
+  bool VexStreamableWrite(std::ostream& stream);
+  bool VexStreamableRead(std::istream& stream);
+  bool VexStreamableWriteBases(std::ostream& stream);
+  bool VexStreamableReadBases(std::istream& stream);
+  mutable bool streamVisited = false;
+
+ protected:
+  void Unlink();                                         ///< UnlinkMe if shared
+  void UnlinkMe();                                       ///< a row array of its own; rows go on sharing their cells
+  void SetNoMisVal();                                    ///< declares the matrix free of holes without looking
+  NCDataVector<T> PreMultiplyNonMisVal(const NCDataVector<T>& v) const;
+  NCDataVector<T> PreMultiplyMisVal(const NCDataVector<T>& v) const;
+  NCDataMatrix MultiplyTransposeThis(const NCDataMatrix& B) const;
+  NCDataMatrix MultiplyTransposeOther(const NCDataMatrix& B) const;
+  NCDataMatrix MultiplyTransposeBoth(const NCDataMatrix& B) const;
+  static NCSVD<T>* SVD(NCDataMatrix* m);
+  bool VexStreamableStartWrite(std::ostream& stream) override;
+  bool VexStreamableStartRead(std::istream& stream) override;
+  void VexStreamableReset() override;
+
+ private:
+  bool ReadStreamDirectory(std::istream& stream);        ///< version 4
+  bool ReadOldLayout(std::istream& stream, short version);
+  void CountMissing();                                   ///< all counts of the matrix from its rows' cells
+
+  int* linkCount_;                                       ///< use count of the row array and the column counts
+  int columns_ = 0;
+  int rows_ = 0;
+  NCDataVector<T>* rowArray_ = nullptr;                  ///< rowCapacity + 1 rows; row 0 is never used
+  NCIntegralVector<int, -99>* columnMisVal_;             ///< missing cells per column; shared with the row array
+  int numMisVal_ = 0;
+  int rowCapacity_ = 0;
+  mutable NCDataVector<T>* vectorResultTarget_ = nullptr;
+  mutable NCDataMatrix* matrixResultTarget_ = nullptr;
+};
+
+extern template struct MatrixDestroyer<float>;
+extern template struct MatrixDestroyer<double>;
+extern template class NCDataMatrix<float>;
+extern template class NCDataMatrix<double>;

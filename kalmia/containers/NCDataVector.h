@@ -1,0 +1,218 @@
+#pragma once
+
+#include "kalmia/containers/Missing.h"
+#include "kalmia/containers/NCIntegralVector.h"
+#include "kalmia/support/VexStream.h"
+
+template <class T>
+class NCDataMatrix;
+template <class T>
+class NCDataVector;
+
+/// Holder of a work vector: deletes it at the end if it owns it. See NCDataVector::GetReturnVector.
+template <class T>
+struct VectorDestroyer {
+  VectorDestroyer() = default;
+  VectorDestroyer(const VectorDestroyer&) = delete;
+  VectorDestroyer& operator=(const VectorDestroyer&) = delete;
+  ~VectorDestroyer();
+
+  NCDataVector<T>* vector = nullptr;
+  bool owner = true;
+};
+
+/// The data vector: cells from 1, any of them possibly missing (-99), with a count of the missing ones. Copies share
+/// storage until one of them is written to: reads never unlink, every non-const operation does unless it says
+/// otherwise. Instantiated for `float` and `double`; sums run in double, cells are stored as `T`.
+/// No index, position or size is checked. A vector that is shared must not be copied or released from two threads.
+///
+/// An operation that returns a vector builds it in the target that `Result` named, if one was named: the target must
+/// have the size of the result already.
+template <class T>
+class NCDataVector : public virtual VexStreamBase {
+ public:
+  using value_type = T;
+
+  NCDataVector();
+  explicit NCDataVector(int n);                    ///< n cells, all missing
+  NCDataVector(int n, T value);
+  NCDataVector(const NCDataVector& other);         ///< shares; the result target is not copied
+  NCDataVector& operator=(const NCDataVector& other);
+  ~NCDataVector() override;
+
+  void Clear();
+  void CopyContent(const NCDataVector& other);     ///< a private deep copy of the other's cells
+  void CopyVector(const T* p, int n);              ///< n cells from a 1-based array
+  /// n cells from a 0-based array; a block that is large enough is kept. Counts the missing cells anew.
+  void CopyZeroBasedVector(const T* p, int n);
+  void ForceUnlink();                              ///< afterwards no storage is shared with anybody
+
+  // Access. A writing access keeps the count of missing cells.
+  int Size() const { return size_; }
+  int size() const { return size_; }
+  int GetNumMisVal() const { return numMisVal_; }
+  const T* GetVector() const { return data_; }     ///< 1-based: cell i at [i]; [0] is never used
+  const T* begin() const { return data_ + 1; }
+  const T* end() const { return data_ + 1 + size_; }
+  T back() const { return data_[size_]; }
+  T operator[](int i) const { return data_[i]; }
+  T operator()(int i, T value);                    ///< writes cell i, returns value
+  int SetAndReturn_dMisVal(int i, T value);        ///< the same; returns the change of the count: +1, 0 or -1
+  void operator()(int first, const T* p, int n);   ///< n cells from a 0-based array
+  void SetRange(int first, const T* p, int n);
+  void operator()(int first, const NCDataVector& v, int from, int n);  ///< n cells of v, from its cell `from` on
+  void SetRange(int first, const NCDataVector& v, int from, int n);
+  void SetAllValues(T value);
+
+  // Structure. A position above size + 1 is cut to it. Capacity c grows to 2c below 3000, to c + 3000 from there on,
+  // from 0 to at least 4, or to what is wanted if that is more; it never shrinks.
+  void Reserve(int n);                             ///< room for exactly n cells, if that is more than now
+  void SetSize(int n);                             ///< another size sets all cells missing; the present one keeps them
+  NCDataVector& Resize(int n, T fill = static_cast<T>(kalmia::kMissing));  ///< keeps the cells; new ones take fill
+  void resize(int n, T fill = static_cast<T>(kalmia::kMissing)) { Resize(n, fill); }
+  void InsertValues(int at, int n, T value);
+  void InsertValues(int at, const NCDataVector& v);
+  void RemoveValues(int at, int n);
+  /// Keeps the cells whose index is not listed. For vectors without missing cells that nobody shares: it neither
+  /// unlinks nor counts.
+  void Remove(const NCIntegralVector<int, -99>& indices);
+  void Remove(T value);                            ///< removes all cells equal to value
+  void Reduce(const NCIntegralVector<int, -99>& indices);  ///< the listed cells, in the order of the list
+  void push_back(T value);
+  T* insert(const T* at, T value);                 ///< before `at`, a pointer into this vector; the new cell
+  T* erase(const T* at);                           ///< the cell behind the erased one
+  T* erase(const T* first, const T* last);
+
+  // Results in place: `a.Result(&c) + b` builds the sum in c.
+  NCDataVector& Result(NCDataVector* target);
+  const NCDataVector& Result(NCDataVector* target) const;
+  /// The work vector of a value-returning operation: the target, unlinked and used up, or a new one of n missing cells.
+  void GetReturnVector(VectorDestroyer<T>& holder, int n) const;
+
+  // Arithmetic, cell by cell. Missing in, missing out; computed in long double, stored as T.
+  NCDataVector operator+(const NCDataVector& v) const;
+  NCDataVector operator-(const NCDataVector& v) const;
+  NCDataVector operator-(long double d) const;     ///< d missing: every cell becomes missing
+  NCDataVector operator*(long double d) const;
+  NCDataVector& operator+=(const NCDataVector& v);
+  NCDataVector& operator-=(const NCDataVector& v);
+  NCDataVector& operator+=(long double d);
+  NCDataVector& operator-=(long double d);
+  NCDataVector& operator*=(long double d);
+  static void Subtract(NCDataVector& out, const NCDataVector& a, const NCDataVector& b);
+  static void Subtract(NCDataVector& out, const NCDataVector& a, long double d);
+  static void Multiply(NCDataVector& out, const NCDataVector& a, long double d);
+  NCDataVector DotMultiplication(const NCDataVector& v) const;
+  NCDataVector DotDivide(const NCDataVector& v) const;  ///< missing also where the divisor is 0
+  NCDataVector VectorDivide(long double d) const;       ///< d over the cell; a cell of 0 is not tested for
+  void Abs();
+  void Sqrt();
+  /// In place a - d * v; a cell whose v is missing becomes missing, yet the count is left as it was.
+  void TransformTo_Sub_d_x_Vt(long double d, const NCDataVector& v);
+  void TransformTo_Add_d_x_Vt(long double d, const NCDataVector& v);  ///< the same with -d
+
+  // Sums over the cells that are present.
+  long double GetSS() const;                       ///< sum x^2; 0 of an empty vector, -99 if all are missing
+  long double GetSS(long double mean) const;       ///< sum (x - mean)^2, same rules
+  long double GetSum() const;                      ///< -99 if no cell is present
+  void GetMinMax(T& min, T& max) const;            ///< -99 in both if no cell is present
+  /// Divides by the norm sqrt(sum x^2) and returns it. A norm of 0 changes nothing; all missing returns -99.
+  long double Normalise();
+  /// Relative squared change sum (a - b)^2 / sum a^2 over pairs present: the convergence measure of the models.
+  /// -99 without a pair (if there are holes), or where numerator or denominator is NaN, infinite or denormal;
+  /// 1e30 where the denominator is below 1e-30.
+  long double Difference(const NCDataVector& v) const;
+  bool operator==(const NCDataVector& other) const;  ///< byte equality of the cells
+  bool operator!=(const NCDataVector& other) const { return !(*this == other); }
+
+  // Statistics; n counts the present cells, -99 is "no estimate". Defined in NCDataVectorStatistics.cpp.
+  long double GetMean() const;                     ///< sum(x) / n; -99 when there is none
+  long double GetVariance() const;                 ///< over n - 1; 0 for n = 1, -99 for n = 0
+  long double GetStdDev() const;                   ///< -99 below 2 cells
+  long double GetSkewness() const;                 ///< n / ((n-1)(n-2)) sum z^3; -99 below 2 cells or if sd is 0
+  long double GetSkewnessTest() const;             ///< skewness over its standard error; below 3 cells the skewness
+  long double GetKurtosis() const;                 ///< excess, bias-corrected; -99 as skewness
+  long double GetMedian() const;
+  /// Quartiles by the rule that leaves the median out of both halves. Below 2 cells: all -99, false.
+  bool GetInterquartiles(long double& q1, long double& median, long double& q3) const;
+  long double GetInterquartileRange() const;       ///< q3 - q1
+  long double GetRobustStdDev() const;             ///< (q3 - q1) / 1.075
+  /// sum(a b) / sqrt(sum a^2 sum b^2) over pairs: for vectors that are centred already. -99 without a pair; a product
+  /// of the sums at or below 1e-30 gives the bare numerator.
+  long double Correlation(const NCDataVector& v) const;
+  /// Straight line through the cells over `x`, or over their positions if null. False below 2 cells, or with missing
+  /// abscissas; equal abscissas give the largest float as slope and leave the intercept unwritten.
+  bool LeastSquare(const NCDataVector* x, long double& intercept, long double& slope) const;
+  void DetrendMean(long double& mean);             ///< subtracts the mean in place
+  /// Subtracts the fitted line in place. Below 2 cells nothing happens and the outputs stay unwritten.
+  void DetrendLinear(long double& intercept, long double& slope);
+  /// Fills holes in place along straight lines over `x` or the positions, flat at both ends. False if all are missing
+  /// or an abscissa needed is missing (what was filled by then stays).
+  bool InterpolateMisVals(const NCDataVector* x);
+  NCDataVector SNV() const;                        ///< (x - mean) / sd; all missing below 2 cells, 0 where sd is 0
+  /// Sorts into `out`, or in place if null; returns the old positions. Missing cells come last in both directions,
+  /// ties keep ascending positions. An `out` of the same size does nothing and returns an empty permutation.
+  NCIntegralVector<int, -99> Sort(NCDataVector* out, bool ascending);
+  void Lag(int k);                                 ///< shifts by k cells; vacated ones become missing
+
+  // Regression primitives. Defined in kernels/.
+  long double operator*(const NCDataVector& v) const;          ///< dot product over pairs
+  NCDataVector operator*(const NCDataMatrix<T>& m) const;      ///< row vector times matrix
+  /// Coefficient of w on this vector: sum(this w) / sum(this^2) over pairs; -99 where nothing can be estimated.
+  long double Regress(const NCDataVector& w) const;
+  /// The same with the denominator held up at a third of this vector's full sum of squares, so that a coefficient
+  /// shrinks rather than explodes when most of that energy falls on holes of w.
+  long double SpecialNipalsRegressFix(const NCDataVector& w) const;
+  /// Leaves out the positions i with i mod stride equal to start; a stride below 2 leaves out nothing.
+  long double SpecialNipalsRegressFixWithExclude(const NCDataVector& w, int start, int stride) const;
+  /// Leaves out the positions whose cell in `groups` equals `group`.
+  long double SpecialNipalsRegressFixWithExclude(const NCDataVector& w, const NCIntegralVector<int, -99>& groups,
+                                                 int group) const;
+
+  // Persistence: magic "NCDV", version 4; versions 1 to 3 are read.
+  class DerivedStreamableData : public VexStreamableData {
+   public:
+    using VexStreamableData::VexStreamableData;
+  };
+  static DerivedStreamableData MyStreamableData;
+  short GetVexStreamVersionNumber() const { return MyStreamableData.GetVexStreamVersionNumber(); }
+  short GetMyVexStreamVersionNumber() const { return MyStreamableData.GetMyVexStreamVersionNumber(); }
+  bool VexStreamableWrite(std::ostream& stream);
+  bool VexStreamableRead(std::istream& stream);
+  bool VexStreamableWriteBases(std::ostream& stream);
+  bool VexStreamableReadBases(std::istream& stream);
+  mutable bool streamVisited = false;
+
+ protected:
+  void Unlink();                                   ///< ForceUnlink if shared
+  T* NewVec(int n, int& offset);                   ///< block for n cells with cell 1 on a 16-byte boundary
+  void DeleteVec(T* p, int offset);
+  /// The three sums behind the regressions, over positions not excluded: this * v2 and this^2 over pairs, and this^2
+  /// over all present cells of this vector. The first two are -99 without a pair or with a denominator below 1e-30.
+  void Calculate_V1txV2_and_V1txV1(long double& v1tv2, long double& v1tv1, long double& v1tv1All,
+                                   const NCDataVector& v2, int start, int stride) const;
+  void Calculate_V1txV2_and_V1txV1(long double& v1tv2, long double& v1tv1, long double& v1tv1All,
+                                   const NCDataVector& v2, const NCIntegralVector<int, -99>& groups, int group) const;
+  bool VexStreamableStartWrite(std::ostream& stream) override;
+  bool VexStreamableStartRead(std::istream& stream) override;
+  void VexStreamableReset() override;
+
+ private:
+  friend class NCDataMatrix<T>;
+
+  void UnInitialisedInsert(int at, int n);
+  void CountMissing();                             ///< numMisVal_ from the cells
+
+  int alignmentOffset_ = 0;   ///< bytes from the start of the allocation to data_
+  int size_ = 0;
+  T* data_ = nullptr;         ///< cell i is data_[i]; null when nothing is allocated
+  int* refCount_;             ///< use count of the storage, from IntPool; never null
+  int numMisVal_ = 0;         ///< cells equal to -99
+  int capacity_ = 0;
+  mutable NCDataVector* resultTarget_ = nullptr;
+};
+
+extern template struct VectorDestroyer<float>;
+extern template struct VectorDestroyer<double>;
+extern template class NCDataVector<float>;
+extern template class NCDataVector<double>;

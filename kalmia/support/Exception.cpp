@@ -1,0 +1,5 @@
+#include "kalmia/support/Exception.h"
+
+Exception::Exception(const CString& message) : message_(message) {}
+
+Exception::~Exception() = default;
