@@ -1,0 +1,55 @@
+#pragma once
+
+#include <boost/function.hpp>
+#include <utility>
+
+#include "kalmia/containers/NCDataMatrix.h"
+
+namespace NCMultiThreading {
+
+/// Cuts the columns `first` to `last`, both included, into one slice for each processor, all of the same size but for
+/// the last ones: a slice has ceil(n / processors) of the n columns, and there may be fewer slices than processors
+/// (9 columns on 4 processors: three slices of 3). No columns give no slices. Fewer than one processor counts as one.
+struct ColumnSliceRange {
+  ColumnSliceRange(int first, int last, int processors);
+
+  bool Empty() const { return current > last; }  ///< all slices are handed out
+  /// The next slice as a half-open range: its first column, and one past its last. Not to be called when Empty().
+  std::pair<int, int> Next();
+  int GetSliceSize() const { return sliceSize; }
+  int GetNumSlices() const { return numSlices; }
+
+  int current;    ///< first column of the next slice
+  int last;       ///< last column of all
+  int sliceSize;  ///< columns of a slice; 0 when there are no columns
+  int numSlices;  ///< ceil(n / sliceSize); 0 when there are no columns
+};
+
+/// The work of one thread on one slice of columns: an operation such as NCDataMatrix::SpecialNipalsRegressOneColumnFix,
+/// called for each column of the slice in turn. Several of them may run side by side on one output: slices are disjoint,
+/// the inputs are only read, and each counts into a number of its own.
+template <class T>
+struct MatrixColumnVectorOperationThread {
+  using Operation = boost::function<void(T* out, int c, const NCDataMatrix<T>& X, const NCDataVector<T>& v,
+                                         long double ss, int misValMode, int& numMisVal)>;
+
+  MatrixColumnVectorOperationThread(T* output, int firstColumn, int endColumn, const NCDataMatrix<T>* matrix,
+                                    const NCDataVector<T>* vector, long double sumOfSquares, int misValMode,
+                                    int* numMisVal, const Operation& operation);
+  void operator()();
+
+  T* output;                      ///< 1-based cells of the result
+  int firstColumn;                ///< first column of the slice
+  int endColumn;                  ///< one past the last column of the slice
+  const NCDataMatrix<T>* matrix;
+  const NCDataVector<T>* vector;  ///< the projecting vector
+  long double sumOfSquares;       ///< vector->GetSS()
+  int misValMode;                 ///< bit 0: the matrix has holes, bit 1: the vector has
+  int* numMisVal;                 ///< this slice's change of the result's missing count
+  Operation operation;            ///< what to do with each column
+};
+
+extern template struct MatrixColumnVectorOperationThread<float>;
+extern template struct MatrixColumnVectorOperationThread<double>;
+
+}  // namespace NCMultiThreading
