@@ -1,8 +1,11 @@
 #pragma once
 
+#include <algorithm>
 #include <cstdint>
-#include <iosfwd>
+#include <istream>
+#include <limits>
 #include <memory>
+#include <ostream>
 #include <string>
 #include <vector>
 
@@ -65,21 +68,26 @@ class VexStreamLight {
 /// does not know an entry passes it over. For the length of one write.
 class OutputStreamDirectory {
  public:
+  /// Nothing reaches `stream` before Close.
   OutputStreamDirectory(std::ostream& stream, unsigned short entries);
-  ~OutputStreamDirectory();
+  ~OutputStreamDirectory();  ///< without a Close nothing is written
   OutputStreamDirectory(const OutputStreamDirectory&) = delete;
   OutputStreamDirectory& operator=(const OutputStreamDirectory&) = delete;
 
-  std::ostream& GetOutput(unsigned short index);  ///< entry `index`, from 0; index < entries is not checked
-  void Close();                                   ///< writes table and entries to the underlying stream
+  /// Entry `index`, from 0. Throws std::out_of_range behind the last. An entry that nobody asks for is there, empty.
+  std::ostream& GetOutput(unsigned short index);
+  /// Writes table and entries to the underlying stream, once. If an entry's stream failed nothing is written, and the
+  /// underlying stream's fail bit is set.
+  void Close();
 
  private:
   struct State;
   std::unique_ptr<State> state_;
 };
 
-/// For the length of one read. Never takes more memory than the stream has bytes: a table that promises more than is
-/// there sets the stream's fail bit and has no entries.
+/// For the length of one read. A table that promises more than is there sets the stream's fail bit and has no entries;
+/// no memory is taken on the promise. The bytes of the outermost directory are held in memory once; a directory inside
+/// an entry looks into the same bytes.
 class InputStreamDirectory {
  public:
   explicit InputStreamDirectory(std::istream& stream);
@@ -87,15 +95,19 @@ class InputStreamDirectory {
   InputStreamDirectory(const InputStreamDirectory&) = delete;
   InputStreamDirectory& operator=(const InputStreamDirectory&) = delete;
 
-  std::istream* GetInput(unsigned short index);  ///< entry `index`, from 0; null if the stream has no such entry
-  void Close();                                  ///< the underlying stream now stands behind the directory
+  /// Entry `index`, from 0; null if the stream has no such entry. The same stream, where it stands, each time.
+  std::istream* GetInput(unsigned short index);
+  /// The underlying stream stands behind the directory; GetInput gives null from now on. Streams handed out before live
+  /// as long as the directory.
+  void Close();
 
  private:
   struct State;
   std::unique_ptr<State> state_;
 };
 
-// Byte helpers; true on success. `count` is a number of items; a negative one fails.
+// Byte helpers; true on success, else the stream's fail bit is set. `count` is a number of items; a negative one fails,
+// and `items` may be null when it is 0. Items of 2, 4 and 8 bytes are numbers, of any other size bytes as they stand.
 bool WriteBytes(const void* items, int count, std::ostream& stream);
 bool ReadBytes(void* items, int count, std::istream& stream);
 bool WriteTwoBytes(const void* items, int count, std::ostream& stream);
@@ -104,20 +116,32 @@ bool WriteFourBytes(const void* items, int count, std::ostream& stream);
 bool ReadFourBytes(void* items, int count, std::istream& stream);
 bool WriteArray(const void* items, int count, int itemSize, std::ostream& stream);
 bool ReadArray(void* items, int count, int itemSize, std::istream& stream);
+/// A text with its length; null writes the empty text. A text with a zero byte inside is refused by the readers.
 bool WriteBinaryString(const char* text, std::ostream& stream);
 bool ReadBinaryString(char** text, std::istream& stream);  ///< a new char[] that the caller frees; null on failure
-bool ReadBinaryString(CString& text, std::istream& stream);
+bool ReadBinaryString(CString& text, std::istream& stream);  ///< on failure `text` keeps its value
 
 /// Reads a 4-byte field or a persistent object from entry `index`. An absent entry or a failed read gives false, or,
-/// with `must`, VexStreamError "ReadFromStreamDir failed" or "Error when reading from stream".
+/// with `must`, VexStreamError "ReadFromStreamDir failed" or "Error when reading from stream". A field keeps its value
+/// on failure.
 bool ReadFromStreamDir(int& target, InputStreamDirectory& directory, unsigned short index, bool must);
 bool ReadFromStreamDir(VexStreamBase& target, InputStreamDirectory& directory, unsigned short index, bool must);
 
 namespace kalmia {
 
+/// The bytes from here to the end of the stream; -1 where that cannot be known (a pipe). 0 for a stream in a failed
+/// state. Exact for entries of a directory. Leaves position and state as they are.
+std::int64_t BytesLeft(std::istream& stream);
+
 /// Whether `count` more items of `itemSize` bytes can be there. For entries of a directory and other streams of known
-/// length the answer is exact; for a stream whose length cannot be known it is true.
+/// length the answer is exact; for a stream whose length cannot be known it is true. False for a negative count.
 bool HasBytesFor(std::istream& stream, std::int64_t count, int itemSize);
+
+/// Reads `count` items into `cells`, for sizes that come from the stream itself: memory is taken at once where the
+/// stream's length is known to cover it, else piece by piece as the bytes arrive, never more than three times what was
+/// there. On failure `cells` is empty, the fail bit is set, and the result is false.
+template <class Item>
+bool ReadCells(std::istream& stream, std::int64_t count, std::vector<Item>& cells);
 
 }  // namespace kalmia
 
@@ -125,6 +149,32 @@ bool HasBytesFor(std::istream& stream, std::int64_t count, int itemSize);
 class ClassCreatorRegistrator {
  public:
   ClassCreatorRegistrator(const char* typeName, const char* name, VexStreamBase* (*creator)());
-  /// A new default object of the registered class, owned by the caller; null if the name is unknown.
+  /// A new default object of the class with this plain name, owned by the caller; null if the name is unknown.
   static VexStreamBase* Create(const char* name);
+  /// The plain name under which the object's class is registered; null if it is not.
+  static const char* NameOf(const VexStreamBase& object);
 };
+
+template <class Item>
+bool kalmia::ReadCells(std::istream& stream, std::int64_t count, std::vector<Item>& cells) {
+  constexpr std::int64_t kFirstPiece = 8192 / sizeof(Item) + 1;
+  constexpr std::int64_t kLargestPiece = std::numeric_limits<int>::max() / 2;
+  std::vector<Item> result;
+  const bool known = BytesLeft(stream) >= 0;
+  bool good = HasBytesFor(stream, count, sizeof(Item));
+  if (good && known) result.reserve(static_cast<std::size_t>(count));
+  for (std::int64_t done = 0; good && done < count;) {
+    const std::int64_t wish = known ? count - done : std::max(kFirstPiece, done);
+    const std::int64_t piece = std::min({wish, count - done, kLargestPiece});
+    if (!known) result.reserve(static_cast<std::size_t>(done + piece));
+    result.resize(static_cast<std::size_t>(done + piece));
+    good = ReadArray(result.data() + done, static_cast<int>(piece), sizeof(Item), stream);
+    done += piece;
+  }
+  if (!good) {
+    result = {};
+    stream.setstate(std::ios_base::failbit);
+  }
+  cells.swap(result);
+  return good;
+}

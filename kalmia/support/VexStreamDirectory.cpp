@@ -1,0 +1,178 @@
+// A directory on the stream: the number of entries (2 bytes), a table of their lengths (8 bytes each), then the entries'
+// bytes one behind the other.
+#include <cstdint>
+#include <string>
+
+#include "kalmia/support/StreamView.h"
+#include "kalmia/support/VexStream.h"
+
+namespace {
+
+/// An output buffer that keeps all it is given.
+class StreamCollector : public std::streambuf {
+ public:
+  const std::string& GetBytes() const { return bytes_; }
+
+ protected:
+  int_type overflow(int_type c) override {
+    if (!traits_type::eq_int_type(c, traits_type::eof())) bytes_.push_back(traits_type::to_char_type(c));
+    return traits_type::not_eof(c);
+  }
+  std::streamsize xsputn(const char* bytes, std::streamsize count) override {
+    bytes_.append(bytes, static_cast<std::size_t>(count));
+    return count;
+  }
+
+ private:
+  std::string bytes_;
+};
+
+struct OutputEntry {
+  StreamCollector buffer;
+  std::ostream stream{&buffer};
+};
+
+struct InputEntry {
+  InputEntry(kalmia::StreamView::Bytes bytes, std::size_t first, std::size_t length)
+      : buffer(std::move(bytes), first, length) {}
+  kalmia::StreamView buffer;
+  std::istream stream{&buffer};
+};
+
+/// Reads the table; false when it is cut off.
+bool ReadLengths(std::istream& stream, std::vector<std::uint64_t>& lengths) {
+  std::uint16_t entries = 0;
+  return ReadTwoBytes(&entries, 1, stream) && kalmia::ReadCells(stream, entries, lengths);
+}
+
+/// The sum of the lengths, or false when it is more than any stream can have.
+bool AddUp(const std::vector<std::uint64_t>& lengths, std::int64_t& total) {
+  total = 0;
+  for (const std::uint64_t length : lengths) {
+    if (length > static_cast<std::uint64_t>(std::numeric_limits<std::int64_t>::max() - total)) return false;
+    total += static_cast<std::int64_t>(length);
+  }
+  return true;
+}
+
+}  // namespace
+
+struct OutputStreamDirectory::State {
+  std::ostream* stream;
+  std::vector<std::unique_ptr<OutputEntry>> entries;  ///< null where nobody has asked
+  bool closed = false;
+};
+
+OutputStreamDirectory::OutputStreamDirectory(std::ostream& stream, unsigned short entries)
+    : state_(std::make_unique<State>()) {
+  state_->stream = &stream;
+  state_->entries.resize(entries);
+}
+
+OutputStreamDirectory::~OutputStreamDirectory() = default;
+
+std::ostream& OutputStreamDirectory::GetOutput(unsigned short index) {
+  std::unique_ptr<OutputEntry>& entry = state_->entries.at(index);
+  if (!entry) entry = std::make_unique<OutputEntry>();
+  return entry->stream;
+}
+
+void OutputStreamDirectory::Close() {
+  if (state_->closed) return;
+  state_->closed = true;
+  std::ostream& stream = *state_->stream;
+  std::vector<std::uint64_t> lengths;
+  for (const auto& entry : state_->entries) {
+    if (entry && !entry->stream.good()) return stream.setstate(std::ios_base::failbit);
+    lengths.push_back(entry ? entry->buffer.GetBytes().size() : 0);
+  }
+  const std::uint16_t count = static_cast<std::uint16_t>(lengths.size());
+  WriteTwoBytes(&count, 1, stream);
+  WriteArray(lengths.data(), count, sizeof(std::uint64_t), stream);
+  for (const auto& entry : state_->entries)
+    if (entry) {
+      const std::string& bytes = entry->buffer.GetBytes();
+      stream.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
+    }
+}
+
+struct InputStreamDirectory::State {
+  void TakeBytes(std::istream& stream, std::int64_t total);
+
+  kalmia::StreamView::Bytes bytes;                   ///< where the entries lie, or null after a failure
+  std::vector<std::size_t> ends;                     ///< of each entry in `bytes`
+  std::size_t begin = 0;                             ///< of the first entry
+  std::vector<std::unique_ptr<InputEntry>> entries;  ///< null where nobody has asked
+  bool closed = false;
+};
+
+/// Passes the stream over the entries' bytes, copying them only where they are not in memory already.
+void InputStreamDirectory::State::TakeBytes(std::istream& stream, std::int64_t total) {
+  if (auto* view = dynamic_cast<kalmia::StreamView*>(stream.rdbuf())) {
+    if (!kalmia::HasBytesFor(stream, total, 1)) return stream.setstate(std::ios_base::failbit);
+    bytes = view->GetBytes();
+    begin = view->GetPosition();
+    view->Skip(static_cast<std::size_t>(total));
+    return;
+  }
+  auto copy = std::make_shared<std::vector<char>>();
+  if (kalmia::ReadCells(stream, total, *copy)) bytes = std::move(copy);
+}
+
+InputStreamDirectory::InputStreamDirectory(std::istream& stream) : state_(std::make_unique<State>()) {
+  std::vector<std::uint64_t> lengths;
+  std::int64_t total = 0;
+  if (!ReadLengths(stream, lengths)) return;
+  if (AddUp(lengths, total))
+    state_->TakeBytes(stream, total);
+  else
+    stream.setstate(std::ios_base::failbit);
+  if (!state_->bytes) return;
+  state_->ends.reserve(lengths.size());
+  std::size_t end = state_->begin;
+  for (const std::uint64_t length : lengths) state_->ends.push_back(end += static_cast<std::size_t>(length));
+  state_->entries.resize(lengths.size());
+}
+
+InputStreamDirectory::~InputStreamDirectory() = default;
+
+std::istream* InputStreamDirectory::GetInput(unsigned short index) {
+  if (state_->closed || index >= state_->entries.size()) return nullptr;
+  std::unique_ptr<InputEntry>& entry = state_->entries[index];
+  if (!entry) {
+    const std::size_t first = index == 0 ? state_->begin : state_->ends[index - 1U];
+    entry = std::make_unique<InputEntry>(state_->bytes, first, state_->ends[index] - first);
+  }
+  return &entry->stream;
+}
+
+void InputStreamDirectory::Close() { state_->closed = true; }
+
+namespace {
+
+[[noreturn]] void ThrowAbsent() { throw VexStreamError("ReadFromStreamDir failed"); }
+
+/// The result of a read from `entry`, or what `must` makes of a failed one.
+bool Judge(const std::istream& entry, bool must) {
+  if (entry.fail() && must) throw VexStreamError("Error when reading from stream");
+  return !entry.fail();
+}
+
+}  // namespace
+
+bool ReadFromStreamDir(int& target, InputStreamDirectory& directory, unsigned short index, bool must) {
+  std::istream* entry = directory.GetInput(index);
+  if (!entry && must) ThrowAbsent();
+  if (!entry) return false;
+  int value = 0;
+  if (ReadFourBytes(&value, 1, *entry)) target = value;
+  return Judge(*entry, must);
+}
+
+bool ReadFromStreamDir(VexStreamBase& target, InputStreamDirectory& directory, unsigned short index, bool must) {
+  std::istream* entry = directory.GetInput(index);
+  if (!entry && must) ThrowAbsent();
+  if (!entry) return false;
+  *entry >> target;
+  return Judge(*entry, must);
+}
