@@ -1,0 +1,112 @@
+#pragma once
+
+#include <memory>
+#include <vector>
+
+#include "kalmia/containers/NCDataMatrix.h"
+#include "kalmia/containers/NCDataVector.h"
+#include "kalmia/support/NCError.h"
+#include "kalmia/support/VexStream.h"
+
+/// Why a matrix could not be scaled. The matrix is then half done and the model half fitted: discard both.
+class NCScaleError : public NCError {
+ public:
+  enum Error : int {
+    ErrorTooFewValues = 2,        ///< a variance needs 2 present cells
+    ErrorVarianceOutOfRange = 3,  ///< no variance at all, or so little that its factor would exceed 1e35
+    ErrorFactorTooSmall = 4,      ///< so much variance that its factor would fall below 1e-35
+    ErrorWrongVariableCount = 6   ///< the matrix has another number of columns than the model has variables
+  };
+
+  NCScaleError(int column, Error code, const CString& message);
+
+  NCScaleError* Clone() const override;
+
+  int Column;  ///< the variable concerned, from 1; 0 where no single one is
+  Error Code;
+};
+
+/// Column scaling: for each variable of a table a type, a centre and a factor, fitted to one matrix and then applied to
+/// others. The models do not scale anything themselves: X and Y are scaled first. There is no way back.
+///
+/// With s the standard deviation of the n present cells of a column (divisor n - 1), a cell x becomes
+/// (x - centre) * factor, where the factor is 1 / s (unit variance) or 1 / sqrt(s) (Pareto scaling, van den Berg et al.
+/// (2006), BMC Genomics 7, 142). Centres and factors are stored as float; a missing one (-99) leaves the column alone.
+/// Holes of the matrix stay holes. Variables are numbered from 1; no variable number is checked.
+class NCScale : public VexStreamBase {
+ public:
+  /// Values beyond these, as a stream may bring them, behave like ScalingUndefined.
+  enum Scaling : int {
+    ScalingUndefined = 0,    ///< centre and factor stay what they are
+    ScalingNone = 1,         ///< neither
+    ScalingCentre = 2,       ///< the column mean as centre
+    ScalingPareto = 3,       ///< and 1 / sqrt(s) as factor
+    ScalingUnitVariance = 4  ///< and 1 / s as factor
+  };
+
+  NCScale();                         ///< no variables: to be read from a stream
+  explicit NCScale(int variables);   ///< nothing fitted, every type ScalingNone
+  NCScale(const NCScale& other);     ///< a deep copy
+  /// Shares: from now on both objects have the same centres, factors and types, and what is set in or fitted by one
+  /// shows in the other, until either is assigned or read anew.
+  NCScale& operator=(const NCScale& other);
+  ~NCScale() override;
+
+  /// Another type than the present one also forgets the variable's centre and factor; the same type keeps them.
+  void SetType(int variable, Scaling type);
+  Scaling GetScaleType(int variable) const;
+  /// The display name of a type, 0 to 4; the range is not checked.
+  static const char* GetScaleString(Scaling type);
+
+  /// ScaleWithNewModel or ScaleWithCurrentModel.
+  void ScaleMatrix(NCDataMatrix<float>* matrix, bool newModel);
+
+  /// Fits centres and factors to the matrix and scales it in place. What shares cells with it is left alone.
+  /// Shape: one column per variable, not checked. Missing: an empty column gets no centre, nor does one whose mean is
+  /// exactly -99. Types without a factor never fail, not on a constant or an empty column either.
+  /// Throws NCScaleError for the first variable with a factor that has too few values, no sum of squares (exactly 0
+  /// after centring) or a factor out of range. All columns are centred then, the factors of lower variables are
+  /// stored, and no column is multiplied yet.
+  void ScaleWithNewModel(NCDataMatrix<float>* matrix);
+
+  /// Applies the stored centres and factors in place; a model that was never fitted leaves the matrix as it is.
+  /// Throws NCScaleError, before anything is changed, if the number of columns is not GetVariables().
+  void ScaleWithCurrentModel(NCDataMatrix<float>* matrix);
+
+  const NCDataVector<float>* GetCentres() const { return centres_.get(); }  ///< one per variable; -99: not centred
+  const NCDataVector<float>* GetScales() const { return scales_.get(); }    ///< factors; -99: not multiplied
+  int GetVariables() const { return variables_; }
+
+  // Persistence: magic "NCS", version 2; version 1 is read. A stream that is cut, or whose centres, factors and types
+  // disagree in number, makes the read fail and leaves no variables. A read ends any sharing with other objects.
+  class DerivedStreamableData : public VexStreamableData {
+   public:
+    using VexStreamableData::VexStreamableData;
+  };
+  static DerivedStreamableData MyStreamableData;
+  short GetVexStreamVersionNumber() const { return MyStreamableData.GetVexStreamVersionNumber(); }
+  short GetMyVexStreamVersionNumber() const { return MyStreamableData.GetMyVexStreamVersionNumber(); }
+  bool VexStreamableWrite(std::ostream& stream);
+  bool VexStreamableRead(std::istream& stream);
+  bool VexStreamableWriteBases(std::ostream& stream);
+  bool VexStreamableReadBases(std::istream& stream);
+  mutable bool streamVisited = false;
+
+ protected:
+  bool VexStreamableStartWrite(std::ostream& stream) override;
+  bool VexStreamableStartRead(std::istream& stream) override;
+  void VexStreamableReset() override;
+
+ private:
+  void FitCentres(const NCDataMatrix<float>& matrix);
+  void FitFactors(const NCDataMatrix<float>& centred);
+  static double FactorOf(const NCDataMatrix<float>& centred, int column, Scaling type);
+  bool ReadOldLayout(std::istream& stream);         ///< version 1
+  bool ReadStreamDirectory(std::istream& stream);   ///< version 2
+  bool ReadTypes(std::istream& stream);             ///< one type for each centre
+
+  std::shared_ptr<NCDataVector<float>> centres_;
+  std::shared_ptr<NCDataVector<float>> scales_;
+  std::shared_ptr<std::vector<int>> types_;         ///< from 1: element 0 is dead
+  int variables_ = 0;                               ///< cells of each of the three
+};

@@ -1,0 +1,91 @@
+#pragma once
+
+#include <vector>
+
+#include "kalmia/containers/NCDataMatrix.h"
+#include "kalmia/containers/NCDataVector.h"
+#include "kalmia/containers/NCIntegralVector.h"
+#include "kalmia/pcapls/NCPLS.h"
+#include "kalmia/support/NCProgress.h"
+
+/// Judges one component of a PLS model by cross-validation over groups of observations: each group in turn is left out,
+/// a model of one component is fitted to the rest of the working X and Y, and predicts the group. With PRESS the sum of
+/// squared prediction errors and SS that of Y before the component, Q2 = 1 - PRESS / SS, for each Y variable and in
+/// total; over components the unexplained parts multiply, none by more than 1.1:
+/// Q2cum = 1 - product of min(PRESS / SS, 1.1).
+/// Source: Wold (1978), Technometrics 20, 397-405.
+///
+/// For each component the caller calls NCPLS::NextComponent, then NextComponent of this object, reads Q2, and calls
+/// NCPLS::CalculateResiduals if the component stays. It passes if GetQ2Tot() is strictly greater than GetQ2Lim(): this
+/// class decides nothing. Because each round starts from the deflated tables, Q2 differs from that of programs which
+/// refit all components in every round.
+///
+/// Copies have all members of their own but the model, which is the caller's and has to outlive them. N observations,
+/// K variables in X, M in Y.
+class PLSCrossValidation : public VexStreamBase {
+ public:
+  /// For the first component. `rounds` above N is cut to N; below 2 there is nothing to fit, which is not checked.
+  /// `observationGroups` has one group number from 0 to rounds - 1 for each observation and is copied; null stands for
+  /// GetDeafultCVGroupsVector(N, the cut rounds). An observation of any other group is never left out.
+  PLSCrossValidation(NCPLS* model, int rounds, const NCIntegralVector<int, -99>* observationGroups);
+  /// For a later component, with the cumulated values up to then; `q2YVarCum` has M cells.
+  PLSCrossValidation(NCPLS* model, float q2TotCum, const NCDataVector<float>& q2YVarCum, int rounds,
+                     const NCIntegralVector<int, -99>* observationGroups);
+
+  /// One cross-validation of the component that NCPLS::NextComponent has just appended.
+  /// Shape: `w` (K cells, not null) is the model's weight vector of that component: the start of each round and the
+  /// reference of its sign. `ssY` (M cells) holds the sums of squares of Y before the first component: a Y variable
+  /// without variance left gets Q2 0, and cumulated 1 if it had variance then, else 0.
+  /// Missing: a prediction that is missing leaves y itself as residual, a missing y a missing residual. Rows with more
+  /// holes than variables - 1 (or 0.9999 of them) are predicted 0, the mean.
+  /// Progress: `progress` may be null; unless `quiet` a bar is then opened. A wish to stop has no effect here.
+  /// Fails never, but for std::bad_alloc, which leaves this object as it was.
+  /// Cost: a fit of one component to (rounds - 1) / rounds of the table, `rounds` times, without copies of X.
+  void NextComponent(const NCDataVector<float>* w, int maxIterations, const NCDataVector<float>& ssY,
+                     NCProgress* progress, bool quiet);
+
+  /// What Q2 has to exceed: 0.05 up to 100 observations, 0 above.
+  float GetQ2Lim() const;
+
+  float GetQ2Tot() const { return q2Tot_; }        ///< of the last call, all cells of Y together
+  float GetQ2TotCum() const { return q2TotCum_; }  ///< over all calls
+  const NCDataVector<float>* GetQ2YVar() const { return &q2YVar_; }        ///< M
+  const NCDataVector<float>* GetQ2YVarCum() const { return &q2YVarCum_; }  ///< M
+
+  // Of the last call. A round's w, c, p and row of TSet are turned together so that w points along the model's.
+  const NCDataMatrix<float>* GetWSet() const { return &wSet_; }  ///< a round's w in each row, rounds x K
+  const NCDataMatrix<float>* GetCSet() const { return &cSet_; }  ///< rounds x M
+  const NCDataMatrix<float>* GetPSet() const { return &pSet_; }  ///< rounds x K
+  const NCDataMatrix<float>* GetTSet() const { return &tSet_; }  ///< scores, predicted ones for the group, rounds x N
+  /// Predicted scores, N: each from the round that left the observation out, with that round's own sign.
+  const NCDataVector<float>* GetTPred() const { return &tPred_; }
+  const NCDataMatrix<float>* GetYPredResiduals() const { return &yPredResiduals_; }  ///< y - predicted y, N x M
+  const NCDataVector<float>* GetSSY() const { return &ssY_; }  ///< SS of a round's Y after its component, per round
+  /// SS of a round's Y before its component: exactly so for a model of one component, else the SSY of the last call.
+  const NCDataVector<float>* GetSSYOriginal() const { return &ssYOriginal_; }
+
+ private:
+  struct Rounds;
+
+  void FitRound(int group, const NCDataVector<float>& w, int maxIterations, NCProgress* progress, bool quiet,
+                Rounds* results) const;
+  void PredictGroup(const NCPLS& round, const NCDataMatrix<float>& X, const std::vector<int>& positions,
+                    Rounds* results) const;
+  void Judge(const NCDataVector<float>& ssY);
+
+  NCDataMatrix<float> yPredResiduals_;
+  NCDataMatrix<float> wSet_;
+  NCDataMatrix<float> cSet_;
+  NCDataMatrix<float> pSet_;
+  NCDataVector<float> tPred_;
+  NCDataMatrix<float> tSet_;
+  NCDataVector<float> q2YVar_;
+  NCDataVector<float> q2YVarCum_;
+  NCDataVector<float> ssY_;
+  NCDataVector<float> ssYOriginal_;
+  NCPLS* model_;  ///< not owned
+  int rounds_;
+  float q2Tot_ = 0.0F;
+  float q2TotCum_ = 0.0F;
+  NCIntegralVector<int, -99> observationGroups_;
+};
