@@ -57,8 +57,8 @@ class NCDataMatrix : public virtual VexStreamBase {
   /// The row for writing. What is written through it reaches the row's count of missing cells, not the matrix'.
   NCDataVector<T>& operator()(int r);
   T operator()(int r, int c, T value);                   ///< writes the cell and all counts, returns value
-  const NCDataVector<T>* begin() const { return rowArray_ + 1; }
-  const NCDataVector<T>* end() const { return rowArray_ + 1 + rows_; }
+  const NCDataVector<T>* begin() const { return rowArray_ ? rowArray_ + 1 : nullptr; }
+  const NCDataVector<T>* end() const { return rowArray_ ? rowArray_ + 1 + rows_ : nullptr; }
   const NCDataVector<T>& back() const { return rowArray_[rows_]; }
   NCDataVector<T> GetColumn(int c) const;
   NCDataMatrix GetRowSubMatrix(int first, int last) const;  ///< shares its rows with this one
@@ -226,6 +226,12 @@ class NCDataMatrix : public virtual VexStreamBase {
   bool ReadStreamDirectory(std::istream& stream);        ///< version 4
   bool ReadOldLayout(std::istream& stream, short version);
   void CountMissing();                                   ///< all counts of the matrix from its rows' cells
+  void AddToCounts(const NCDataVector<T>& row, int times);  ///< the row's holes, times +1 or -1, into all counts
+  void LetGo();                                          ///< of the content: frees what nobody else shares
+  void GiveCellsAway();                                  ///< forgets the rows' cells, which somebody else now owns
+  void MoveRows(int capacity);                           ///< to a row array of its own with room for `capacity` rows
+  void MakeRoom(int wanted);                             ///< unlinks; room for `wanted` rows by the rule of growth
+  void EmptyColumn(int c);                               ///< sets the whole column missing
 
   int* linkCount_;                                       ///< use count of the row array and the column counts
   int columns_ = 0;

@@ -1,0 +1,144 @@
+#include <istream>
+#include <ostream>
+#include <vector>
+
+#include "kalmia/containers/NCDataMatrix.h"
+
+namespace {
+
+enum Entry : unsigned short { kRows, kColumns, kMissingCells, kCells, kColumnCounts, kEntries };
+
+/// A stored row takes at least its magic with the length of it (8), its version (2), its size and its count (8).
+constexpr int kSmallestRow = 18;
+
+[[noreturn]] void ThrowLie() { throw VexStreamError("Error when reading from stream"); }
+
+}  // namespace
+
+template <class T>
+void NCDataMatrix<T>::VexStreamableReset() {
+  streamVisited = false;
+}
+
+template <class T>
+bool NCDataMatrix<T>::VexStreamableStartWrite(std::ostream& stream) {
+  if (streamVisited) return true;
+  streamVisited = true;
+  return MyStreamableData.Write(stream) && VexStreamableWriteBases(stream) && VexStreamableWrite(stream);
+}
+
+template <class T>
+bool NCDataMatrix<T>::VexStreamableStartRead(std::istream& stream) {
+  if (streamVisited) return true;
+  streamVisited = true;
+  return MyStreamableData.Check(stream) && VexStreamableRead(stream);
+}
+
+template <class T>
+bool NCDataMatrix<T>::VexStreamableWriteBases(std::ostream& stream) {
+  return VexStreamBase::VexStreamableStartWrite(stream);
+}
+
+template <class T>
+bool NCDataMatrix<T>::VexStreamableReadBases(std::istream& stream) {
+  return VexStreamBase::VexStreamableStartRead(stream);
+}
+
+template <class T>
+bool NCDataMatrix<T>::VexStreamableWrite(std::ostream& stream) {
+  OutputStreamDirectory directory(stream, kEntries);
+  WriteFourBytes(&rows_, 1, directory.GetOutput(kRows));
+  WriteFourBytes(&columns_, 1, directory.GetOutput(kColumns));
+  WriteFourBytes(&numMisVal_, 1, directory.GetOutput(kMissingCells));
+  for (int r = 1; r <= rows_; ++r) directory.GetOutput(kCells) << rowArray_[r];
+  directory.GetOutput(kColumnCounts) << *columnMisVal_;
+  directory.Close();
+  return stream.good();
+}
+
+template <class T>
+bool NCDataMatrix<T>::VexStreamableRead(std::istream& stream) {
+  if (!VexStreamableReadBases(stream)) return false;
+  Clear();
+  switch (const short version = GetVexStreamVersionNumber()) {
+    case 1:
+    case 2:
+    case 3: return ReadOldLayout(stream, version);
+    case 4: return ReadStreamDirectory(stream);
+    default: return false;
+  }
+}
+
+template <class T>
+bool NCDataMatrix<T>::ReadStreamDirectory(std::istream& stream) {
+  InputStreamDirectory directory(stream);
+  NCDataMatrix read;
+  int rows = 0;
+  int missing = 0;  // what the cells say counts
+  ReadFromStreamDir(rows, directory, kRows, /*must=*/true);
+  ReadFromStreamDir(read.columns_, directory, kColumns, /*must=*/true);
+  ReadFromStreamDir(missing, directory, kMissingCells, /*must=*/true);
+  if (rows < 0 || read.columns_ < 0) ThrowLie();
+  if (rows > 0) {
+    std::istream* cells = directory.GetInput(kCells);
+    if (!cells) throw VexStreamError();
+    if (!kalmia::HasBytesFor(*cells, rows, kSmallestRow)) ThrowLie();
+    read.MoveRows(rows);
+  }
+  for (int r = 1; r <= rows; ++r) {
+    ReadFromStreamDir(read.rowArray_[r], directory, kCells, /*must=*/true);
+    if (read.rowArray_[r].Size() != read.columns_) ThrowLie();
+    read.rows_ = r;
+  }
+  ReadFromStreamDir(*read.columnMisVal_, directory, kColumnCounts, /*must=*/true);
+  if (read.columnMisVal_->Size() != read.columns_) ThrowLie();
+  directory.Close();
+  if (stream.fail()) return false;
+  read.CountMissing();
+  swap(read);
+  return true;
+}
+
+template <class T>
+bool NCDataMatrix<T>::ReadOldLayout(std::istream& stream, short version) {
+  CString dropped;
+  int rows = 0;
+  int columns = 0;
+  int missing = 0;  // what the cells say counts
+  if (version == 2 && !ReadBinaryString(dropped, stream)) return false;
+  if (!ReadFourBytes(&rows, 1, stream) || !ReadFourBytes(&columns, 1, stream) || !ReadFourBytes(&missing, 1, stream))
+    return false;
+  if (rows < 0 || columns < 0) return false;
+
+  // The stream may not know its length: only cells that were really there decide how large the matrix becomes.
+  std::vector<T> cells;
+  for (int r = 1; r <= rows; ++r) {
+    NCDataVector<T> row;
+    if (!(stream >> row) || row.Size() != columns) return false;
+    cells.insert(cells.end(), row.begin(), row.end());
+  }
+  NCIntegralVector<int, -99> counts;
+  if (!(stream >> counts) || counts.Size() != columns) return false;
+
+  NCDataMatrix read;
+  read.SetSize(rows, columns);
+  const T* row = cells.data();
+  for (int r = 1; r <= rows; ++r, row += columns) read.rowArray_[r].CopyZeroBasedVector(row, columns);
+  read.CountMissing();
+  swap(read);
+  return true;
+}
+
+#define KALMIA_INSTANTIATE(T)                                                        \
+  template void NCDataMatrix<T>::VexStreamableReset();                               \
+  template bool NCDataMatrix<T>::VexStreamableStartWrite(std::ostream&);             \
+  template bool NCDataMatrix<T>::VexStreamableStartRead(std::istream&);              \
+  template bool NCDataMatrix<T>::VexStreamableWriteBases(std::ostream&);             \
+  template bool NCDataMatrix<T>::VexStreamableReadBases(std::istream&);              \
+  template bool NCDataMatrix<T>::VexStreamableWrite(std::ostream&);                  \
+  template bool NCDataMatrix<T>::VexStreamableRead(std::istream&);                   \
+  template bool NCDataMatrix<T>::ReadStreamDirectory(std::istream&);                 \
+  template bool NCDataMatrix<T>::ReadOldLayout(std::istream&, short);
+
+KALMIA_INSTANTIATE(float)
+KALMIA_INSTANTIATE(double)

@@ -1,0 +1,243 @@
+#include <algorithm>
+#include <cstdint>
+#include <limits>
+#include <utility>
+#include <vector>
+
+#include "kalmia/containers/NCDataMatrix.h"
+
+using kalmia::kMissing;
+
+namespace {
+
+/// The capacity after growth from `capacity` to at least `wanted` rows: the rule of NCDataVector.
+int GrownCapacity(int capacity, int wanted) {
+  if (wanted <= capacity) return capacity;
+  if (capacity == 0) return std::max(wanted, 4);
+  const std::int64_t step = capacity < 3000 ? std::int64_t{2} * capacity : std::int64_t{capacity} + 3000;
+  return static_cast<int>(
+      std::min<std::int64_t>(std::max<std::int64_t>(step, wanted), std::numeric_limits<int>::max()));
+}
+
+}  // namespace
+
+template <class T>
+void NCDataMatrix<T>::MakeRoom(int wanted) {
+  const bool shared = *linkCount_ > 1;
+  const int present = shared ? rows_ : rowCapacity_;
+  if (shared || wanted > present) MoveRows(GrownCapacity(present, wanted));
+}
+
+template <class T>
+void NCDataMatrix<T>::SetSize(int r, int c) {
+  if (r == rows_ && c == columns_) return;
+  MakeRoom(r);
+  for (int vacated = r + 1; vacated <= rows_; ++vacated) rowArray_[vacated].Clear();
+  columnMisVal_->SetSize(c);
+  for (int row = 1; row <= r; ++row) rowArray_[row].SetSize(c);
+  rows_ = r;
+  columns_ = c;
+  SetAllValues(static_cast<T>(kMissing));
+}
+
+template <class T>
+void NCDataMatrix<T>::Resize(int r, int c) {
+  if (r < rows_) RemoveRows(r + 1, rows_ - r);
+  if (c < columns_) RemoveColumns(c + 1, columns_ - c);
+  if (c > columns_) InsertColumns(columns_ + 1, c - columns_);
+  if (r > rows_) InsertRows(rows_ + 1, r - rows_);
+}
+
+template <class T>
+void NCDataMatrix<T>::ReserveRows(int n) {
+  if (n > rowCapacity_) MoveRows(n);
+}
+
+template <class T>
+void NCDataMatrix<T>::ReserveColumns(int n) {
+  Unlink();
+  for (int r = 1; r <= rows_; ++r) rowArray_[r].Reserve(n);
+}
+
+template <class T>
+void NCDataMatrix<T>::InsertRows(int at, int n) {
+  if (n == 0) return;
+  MakeRoom(rows_ + n);
+  at = std::min(at, rows_ + 1);
+  for (int r = rows_; r >= at; --r) rowArray_[r + n] = rowArray_[r];
+  for (int r = at; r < at + n; ++r) {
+    rowArray_[r].Clear();  // it may still share the cells of the row that moved up
+    rowArray_[r].SetSize(columns_);
+  }
+  for (int c = 1; c <= columns_; ++c) (*columnMisVal_)(c) += n;
+  numMisVal_ = static_cast<int>(numMisVal_ + std::int64_t{columns_} * n);
+  rows_ += n;
+}
+
+template <class T>
+void NCDataMatrix<T>::InsertRow(int at, const NCDataVector<T>& v) {
+  const NCDataVector<T> row(v);  // v may be a row of this matrix, which moves
+  if (rows_ == 0) SetSize(0, row.Size());
+  MakeRoom(rows_ + 1);
+  at = std::min(at, rows_ + 1);
+  for (int r = rows_; r >= at; --r) rowArray_[r + 1] = rowArray_[r];
+  rowArray_[at] = row;
+  ++rows_;
+  AddToCounts(row, 1);
+}
+
+template <class T>
+const NCDataVector<T>* NCDataMatrix<T>::push_back(const NCDataVector<T>& v) {
+  InsertRow(rows_ + 1, v);
+  return end();
+}
+
+template <class T>
+void NCDataMatrix<T>::RemoveRows(int at, int n) {
+  if (n == 0) return;
+  Unlink();
+  for (int r = at; r < at + n; ++r) AddToCounts(rowArray_[r], -1);
+  for (int r = at; r <= rows_ - n; ++r) rowArray_[r] = rowArray_[r + n];
+  for (int r = rows_ - n + 1; r <= rows_; ++r) rowArray_[r].Clear();
+  rows_ -= n;
+}
+
+template <class T>
+void NCDataMatrix<T>::RemoveRows(const NCIntegralVector<int, -99>& indices) {
+  if (indices.empty()) return;
+  std::vector<int> ascending(indices.begin(), indices.end());
+  std::sort(ascending.begin(), ascending.end());
+  Unlink();
+  auto next = ascending.begin();
+  int kept = 0;
+  for (int r = 1; r <= rows_; ++r) {
+    while (next != ascending.end() && *next < r) ++next;
+    if (next != ascending.end() && *next == r) {
+      AddToCounts(rowArray_[r], -1);
+    } else if (++kept != r) {
+      rowArray_[kept] = rowArray_[r];
+    }
+  }
+  for (int r = kept + 1; r <= rows_; ++r) rowArray_[r].Clear();
+  rows_ = kept;
+}
+
+template <class T>
+void NCDataMatrix<T>::InsertColumns(int at, int n) {
+  if (n == 0) return;
+  Unlink();
+  at = std::min(at, columns_ + 1);
+  for (int r = 1; r <= rows_; ++r) rowArray_[r].InsertValues(at, n, static_cast<T>(kMissing));
+  columnMisVal_->InsertValues(at, n, rows_);
+  numMisVal_ = static_cast<int>(numMisVal_ + std::int64_t{rows_} * n);
+  columns_ += n;
+}
+
+template <class T>
+void NCDataMatrix<T>::InsertColumns(int at, const NCDataMatrix& m) {
+  if (m.columns_ == 0) return;
+  if (rows_ == 0 && columns_ == 0) {
+    *this = m;
+    return;
+  }
+  const NCDataMatrix source(m);  // m may be this matrix
+  Unlink();
+  at = std::min(at, columns_ + 1);
+  for (int r = 1; r <= rows_; ++r) rowArray_[r].InsertValues(at, source.rowArray_[r]);
+  columnMisVal_->InsertValues(at, *source.columnMisVal_);
+  numMisVal_ += source.numMisVal_;
+  columns_ += source.columns_;
+}
+
+template <class T>
+void NCDataMatrix<T>::InsertColumn(int at, const NCDataVector<T>& v) {
+  const NCDataVector<T> column(v);  // v may be a row of this matrix
+  if (columns_ == 0)
+    SetSize(column.Size(), 1);
+  else
+    InsertColumns(at, 1);
+  SetColumn(std::min(at, columns_), column);
+}
+
+template <class T>
+void NCDataMatrix<T>::RemoveColumns(int at, int n) {
+  if (n == 0) return;
+  Unlink();
+  for (int r = 1; r <= rows_; ++r) rowArray_[r].RemoveValues(at, n);
+  for (int c = at; c < at + n; ++c) numMisVal_ -= GetColumnMisVal(c);
+  columnMisVal_->RemoveValues(at, n);
+  columns_ -= n;
+}
+
+template <class T>
+void NCDataMatrix<T>::ReduceColumns(const NCIntegralVector<int, -99>& indices) {
+  Unlink();
+  for (int r = 1; r <= rows_; ++r) rowArray_[r].Reduce(indices);
+  columns_ = indices.Size();
+  CountMissing();
+}
+
+template <class T>
+void NCDataMatrix<T>::ConcatRows(const NCDataMatrix& m) {
+  if (m.rows_ == 0) return;
+  const NCDataMatrix source(m);  // m may be this matrix
+  if (rows_ == 0) SetSize(0, source.columns_);
+  MoveRows(rows_ + source.rows_);
+  for (int r = 1; r <= source.rows_; ++r) rowArray_[rows_ + r] = source.rowArray_[r];
+  for (int c = 1; c <= columns_; ++c) (*columnMisVal_)(c) += source.GetColumnMisVal(c);
+  numMisVal_ += source.numMisVal_;
+  rows_ += source.rows_;
+}
+
+template <class T>
+void NCDataMatrix<T>::ConcatColumns(const NCDataMatrix& m) {
+  InsertColumns(columns_ + 1, m);
+}
+
+template <class T>
+void NCDataMatrix<T>::RearrangeColumns(const std::vector<int>& order) {
+  if (order.empty())
+    Clear();
+  else
+    ReduceColumns(NCIntegralVector<int, -99>(order.data(), static_cast<int>(order.size())));
+}
+
+template <class T>
+void NCDataMatrix<T>::SwapRows(int a, int b) {
+  if (a == b) return;
+  const NCDataVector<T> row(rowArray_[a]);
+  rowArray_[a] = rowArray_[b];
+  rowArray_[b] = row;
+}
+
+template <class T>
+void NCDataMatrix<T>::SwapColumns(int a, int b) {
+  if (a == b) return;
+  for (int r = 1; r <= rows_; ++r) std::swap(rowArray_[r].data_[a], rowArray_[r].data_[b]);
+  std::swap((*columnMisVal_)(a), (*columnMisVal_)(b));
+}
+
+#define KALMIA_INSTANTIATE(T)                                                          \
+  template void NCDataMatrix<T>::MakeRoom(int);                                        \
+  template void NCDataMatrix<T>::SetSize(int, int);                                    \
+  template void NCDataMatrix<T>::Resize(int, int);                                     \
+  template void NCDataMatrix<T>::ReserveRows(int);                                     \
+  template void NCDataMatrix<T>::ReserveColumns(int);                                  \
+  template void NCDataMatrix<T>::InsertRows(int, int);                                 \
+  template void NCDataMatrix<T>::InsertRow(int, const NCDataVector<T>&);               \
+  template const NCDataVector<T>* NCDataMatrix<T>::push_back(const NCDataVector<T>&);  \
+  template void NCDataMatrix<T>::RemoveRows(int, int);                                 \
+  template void NCDataMatrix<T>::RemoveRows(const NCIntegralVector<int, -99>&);        \
+  template void NCDataMatrix<T>::InsertColumns(int, int);                              \
+  template void NCDataMatrix<T>::InsertColumns(int, const NCDataMatrix<T>&);           \
+  template void NCDataMatrix<T>::InsertColumn(int, const NCDataVector<T>&);            \
+  template void NCDataMatrix<T>::RemoveColumns(int, int);                              \
+  template void NCDataMatrix<T>::ReduceColumns(const NCIntegralVector<int, -99>&);     \
+  template void NCDataMatrix<T>::ConcatRows(const NCDataMatrix<T>&);                   \
+  template void NCDataMatrix<T>::ConcatColumns(const NCDataMatrix<T>&);                \
+  template void NCDataMatrix<T>::RearrangeColumns(const std::vector<int>&);            \
+  template void NCDataMatrix<T>::SwapRows(int, int);                                   \
+  template void NCDataMatrix<T>::SwapColumns(int, int);
+
+KALMIA_INSTANTIATE(float)
+KALMIA_INSTANTIATE(double)
