@@ -1,0 +1,29 @@
+#include "kalmia/support/TempFile.h"
+
+#include <stdlib.h>
+#include <unistd.h>
+
+#include <string>
+#include <vector>
+
+namespace {
+
+bool IsGiven(const char* text) { return text && *text; }
+
+std::string TemporaryDirectory() {
+  const char* set = std::getenv("TMPDIR");
+  return IsGiven(set) ? set : "/tmp";
+}
+
+}  // namespace
+
+CString VexGetTempFileName(const char* directory, const char* prefix, const char* extension) {
+  const std::string suffix = IsGiven(extension) ? "." + std::string(extension) : "";
+  std::string path = IsGiven(directory) ? directory : TemporaryDirectory();
+  if (path.back() != '/') path += '/';
+  path += (prefix ? prefix : "") + std::string("XXXXXX") + suffix;
+  const int file = mkstemps(path.data(), static_cast<int>(suffix.size()));  // O_EXCL, mode 0600
+  if (file < 0) return CString();
+  close(file);
+  return CString(path.c_str());
+}
