@@ -233,6 +233,15 @@ class NCDataMatrix : public virtual VexStreamBase {
   void MakeRoom(int wanted);                             ///< unlinks; room for `wanted` rows by the rule of growth
   void EmptyColumn(int c);                               ///< sets the whole column missing
 
+  // What the kernels use.
+  /// Calls fillRow(r, cells) for every row, its 1-based cells unlinked, and counts the missing cells afterwards.
+  template <class FillRow>
+  void FillRows(const FillRow& fillRow);
+  /// this * B, each factor transposed if so told, into a matrix that has the shape of the product and is neither factor.
+  void MultiplyInto(NCDataMatrix& product, const NCDataMatrix& B, bool transposeThis, bool transposeOther) const;
+  void MultiplyRowsInto(NCDataMatrix& product, const NCDataMatrix& B) const;  ///< this * B, row by row: for holes
+  void GiveBackSurplus(int oldRows);                     ///< the end of Transpose: memory that is not needed any more
+
   int* linkCount_;                                       ///< use count of the row array and the column counts
   int columns_ = 0;
   int rows_ = 0;
