@@ -9,6 +9,11 @@ class NCDataMatrix;
 template <class T>
 class NCDataVector;
 
+namespace kalmia {
+template <class T>
+class AlignedBlock;
+}  // namespace kalmia
+
 /// Holder of a work vector: deletes it at the end if it owns it. See NCDataVector::GetReturnVector.
 template <class T>
 struct VectorDestroyer {
@@ -52,8 +57,8 @@ class NCDataVector : public virtual VexStreamBase {
   int size() const { return size_; }
   int GetNumMisVal() const { return numMisVal_; }
   const T* GetVector() const { return data_; }     ///< 1-based: cell i at [i]; [0] is never used
-  const T* begin() const { return data_ + 1; }
-  const T* end() const { return data_ + 1 + size_; }
+  const T* begin() const { return data_ ? data_ + 1 : nullptr; }
+  const T* end() const { return begin() + size_; }
   T back() const { return data_[size_]; }
   T operator[](int i) const { return data_[i]; }
   T operator()(int i, T value);                    ///< writes cell i, returns value
@@ -89,11 +94,11 @@ class NCDataVector : public virtual VexStreamBase {
   /// The work vector of a value-returning operation: the target, unlinked and used up, or a new one of n missing cells.
   void GetReturnVector(VectorDestroyer<T>& holder, int n) const;
 
-  // Arithmetic, cell by cell. Missing in, missing out; computed in long double, stored as T.
+  // Arithmetic, cell by cell. Missing in, missing out; computed in double, stored as T.
   NCDataVector operator+(const NCDataVector& v) const;
   NCDataVector operator-(const NCDataVector& v) const;
   NCDataVector operator-(long double d) const;     ///< d missing: every cell becomes missing
-  NCDataVector operator*(long double d) const;
+  NCDataVector operator*(long double d) const;     ///< leaves the target's cells opposite a hole as they are
   NCDataVector& operator+=(const NCDataVector& v);
   NCDataVector& operator-=(const NCDataVector& v);
   NCDataVector& operator+=(long double d);
@@ -200,8 +205,18 @@ class NCDataVector : public virtual VexStreamBase {
  private:
   friend class NCDataMatrix<T>;
 
-  void UnInitialisedInsert(int at, int n);
+  void LetGo();                                    ///< of the storage, as one holder of it; members stay as they are
+  /// The block becomes the storage, with a use count of its own; what was there is let go. Size and count stay.
+  void ReplaceBlock(kalmia::AlignedBlock<T>& block, int capacity);
+  void PrepareToOverwrite(int n);                  ///< size n, unshared, room by the capacity rule; cells undefined
+  void UnInitialisedInsert(int at, int n);         ///< opens a gap of n undefined cells; size + n
   void CountMissing();                             ///< numMisVal_ from the cells
+  void SetCountOfCombination(bool complete);       ///< 0 if the sources were complete, else from the cells
+  static void Add(NCDataVector& out, const NCDataVector& a, const NCDataVector& b);
+  T* Cells() { return data_ ? data_ + 1 : nullptr; }  ///< begin() for writing; the caller has unlinked
+  bool ReadCells(std::istream& stream, int size);  ///< the size is from a stream, and may be a lie
+  bool ReadDirectory(std::istream& stream);        ///< version 4
+  bool ReadOldLayout(std::istream& stream, short version);
 
   int alignmentOffset_ = 0;   ///< bytes from the start of the allocation to data_
   int size_ = 0;

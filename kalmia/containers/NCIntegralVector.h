@@ -112,6 +112,10 @@ class NCIntegralVector : public virtual VexStreamBase {
 
  private:
   static void UnLinkVecPointer(VexVecPointer<T>& storage, int capacity);
+  bool CanBeStored() const;    ///< on the stream a number has four bytes
+  bool ReadDirectory(std::istream& stream);  ///< version 4
+  bool ReadOldLayout(std::istream& stream, short version);
+  bool ReadSizeAndCells(std::istream& stream);
 
   int size_ = 0;
   int capacity_ = 0;

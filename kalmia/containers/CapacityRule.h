@@ -1,0 +1,14 @@
+#pragma once
+
+namespace kalmia {
+
+/// The capacity of a vector or matrix of capacity c in which n cells (or rows) are wanted. It never shrinks; it doubles
+/// below 3000 and grows by 3000 from there on, unless n is still more; the first cells come at least four at a time.
+constexpr int GrownCapacity(int c, int n) {
+  if (n <= c) return c;
+  if (c == 0) return n < 4 ? 4 : n;
+  const int step = c < 3000 ? c : 3000;
+  return n - c <= step ? c + step : n;  // n - c does not overflow, c + step might: then n is near the largest int
+}
+
+}  // namespace kalmia

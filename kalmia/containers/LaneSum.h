@@ -1,0 +1,20 @@
+#pragma once
+
+namespace kalmia {
+
+/// Sum of term(i) over 0 <= i < n, in double. Term i goes to accumulator i mod 16; the sixteen are folded in halves.
+/// The order is fixed, so the bits are the same on every machine, and yet the loop can run on vector registers.
+template <class Term>
+inline double LaneSum(int n, Term term) {
+  constexpr int kLanes = 16;
+  double lane[kLanes] = {};
+  int i = 0;
+  for (; n - i >= kLanes; i += kLanes)
+    for (int k = 0; k < kLanes; ++k) lane[k] += term(i + k);
+  for (int k = 0; i < n; ++i, ++k) lane[k] += term(i);
+  for (int half = kLanes / 2; half > 0; half /= 2)
+    for (int k = 0; k < half; ++k) lane[k] += lane[k + half];
+  return lane[0];
+}
+
+}  // namespace kalmia

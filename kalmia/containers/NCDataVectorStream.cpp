@@ -1,0 +1,106 @@
+#include <vector>
+
+#include "kalmia/containers/AlignedBlock.h"
+#include "kalmia/containers/NCDataVector.h"
+
+// The stream form. Version 4: a directory with the size, the count of missing cells, the cells. Versions 1 and 3: the
+// same three straight on the stream; version 2: a text before them.
+
+template <class T>
+bool NCDataVector<T>::VexStreamableStartWrite(std::ostream& stream) {
+  if (streamVisited) return true;
+  streamVisited = true;
+  return MyStreamableData.Write(stream) && VexStreamableWriteBases(stream) && VexStreamableWrite(stream);
+}
+
+template <class T>
+bool NCDataVector<T>::VexStreamableStartRead(std::istream& stream) {
+  if (streamVisited) return true;
+  streamVisited = true;
+  return MyStreamableData.Check(stream) && VexStreamableRead(stream);
+}
+
+template <class T>
+void NCDataVector<T>::VexStreamableReset() {
+  streamVisited = false;
+}
+
+template <class T>
+bool NCDataVector<T>::VexStreamableWriteBases(std::ostream& stream) {
+  return VexStreamBase::VexStreamableStartWrite(stream);
+}
+
+template <class T>
+bool NCDataVector<T>::VexStreamableReadBases(std::istream& stream) {
+  return VexStreamBase::VexStreamableStartRead(stream);
+}
+
+template <class T>
+bool NCDataVector<T>::VexStreamableWrite(std::ostream& stream) {
+  OutputStreamDirectory directory(stream, 3);
+  WriteFourBytes(&size_, 1, directory.GetOutput(0));
+  WriteFourBytes(&numMisVal_, 1, directory.GetOutput(1));
+  if (size_ > 0) WriteArray(data_ + 1, size_, sizeof(T), directory.GetOutput(2));
+  directory.Close();
+  return stream.good();
+}
+
+template <class T>
+bool NCDataVector<T>::VexStreamableRead(std::istream& stream) {
+  const short version = GetVexStreamVersionNumber();
+  Clear();
+  bool good = VexStreamableReadBases(stream);
+  if (good) good = version == 4 ? ReadDirectory(stream) : ReadOldLayout(stream, version);
+  if (!good) Clear();
+  return good;
+}
+
+template <class T>
+bool NCDataVector<T>::ReadDirectory(std::istream& stream) {
+  InputStreamDirectory directory(stream);
+  int size = 0, count = 0;  // the count on the stream may lawfully be low: the cells are counted instead
+  bool good = ReadFromStreamDir(size, directory, 0, false) && ReadFromStreamDir(count, directory, 1, false);
+  if (good && size != 0) {
+    std::istream* cells = directory.GetInput(2);
+    // Exactly the cells: half or double the bytes are cells of the other type under the same magic.
+    good = cells && kalmia::BytesLeft(*cells) == static_cast<std::int64_t>(size) * static_cast<int>(sizeof(T)) &&
+           ReadCells(*cells, size);
+  }
+  directory.Close();
+  return good && !stream.fail();
+}
+
+template <class T>
+bool NCDataVector<T>::ReadOldLayout(std::istream& stream, short version) {
+  if (version < 1 || version > 3) return false;
+  CString dropped;
+  if (version == 2 && !ReadBinaryString(dropped, stream)) return false;
+  int size = 0, count = 0;
+  return ReadFourBytes(&size, 1, stream) && ReadFourBytes(&count, 1, stream) && ReadCells(stream, size);
+}
+
+template <class T>
+bool NCDataVector<T>::ReadCells(std::istream& stream, int size) {
+  std::vector<T> cells;
+  if (!kalmia::ReadCells(stream, size, cells)) return false;
+  if (size == 0) return true;
+  kalmia::AlignedBlock<T> block(size);
+  ReplaceBlock(block, size);
+  CopyZeroBasedVector(cells.data(), size);
+  return true;
+}
+
+#define KALMIA_INSTANTIATE(T)                                               \
+  template bool NCDataVector<T>::VexStreamableStartWrite(std::ostream&);    \
+  template bool NCDataVector<T>::VexStreamableStartRead(std::istream&);     \
+  template void NCDataVector<T>::VexStreamableReset();                      \
+  template bool NCDataVector<T>::VexStreamableWriteBases(std::ostream&);    \
+  template bool NCDataVector<T>::VexStreamableReadBases(std::istream&);     \
+  template bool NCDataVector<T>::VexStreamableWrite(std::ostream&);         \
+  template bool NCDataVector<T>::VexStreamableRead(std::istream&);          \
+  template bool NCDataVector<T>::ReadDirectory(std::istream&);              \
+  template bool NCDataVector<T>::ReadOldLayout(std::istream&, short);       \
+  template bool NCDataVector<T>::ReadCells(std::istream&, int);
+KALMIA_INSTANTIATE(float)
+KALMIA_INSTANTIATE(double)
+#undef KALMIA_INSTANTIATE
