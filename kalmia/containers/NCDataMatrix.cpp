@@ -5,6 +5,8 @@
 #include <memory>
 #include <utility>
 
+#include "kalmia/containers/AlignedBlock.h"
+
 using kalmia::kMissing;
 
 template <class T>
@@ -208,11 +210,7 @@ void NCDataMatrix<T>::GiveCellsAway() {
 
 template <class T>
 void NCDataMatrix<T>::ReleasePointerPointer(T** rows, int count, bool cells) {
-  // Blocks of cells are as aligned as operator new makes them, so cell 1 lies at the same distance in each.
-  static_assert(__STDCPP_DEFAULT_NEW_ALIGNMENT__ % 16 == 0, "the offset of a row's cells would have to be kept");
-  constexpr int kOffset = 16 - static_cast<int>(sizeof(T));
-  NCDataVector<T> releaser;
-  for (int r = 1; cells && r <= count; ++r) releaser.DeleteVec(rows[r], kOffset);
+  for (int r = 1; cells && r <= count; ++r) kalmia::AlignedBlock<T>::Free(rows[r]);
   delete[] rows;
 }
 

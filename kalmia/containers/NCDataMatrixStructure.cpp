@@ -1,31 +1,18 @@
 #include <algorithm>
 #include <cstdint>
-#include <limits>
 #include <utility>
 #include <vector>
 
+#include "kalmia/containers/CapacityRule.h"
 #include "kalmia/containers/NCDataMatrix.h"
 
 using kalmia::kMissing;
-
-namespace {
-
-/// The capacity after growth from `capacity` to at least `wanted` rows: the rule of NCDataVector.
-int GrownCapacity(int capacity, int wanted) {
-  if (wanted <= capacity) return capacity;
-  if (capacity == 0) return std::max(wanted, 4);
-  const std::int64_t step = capacity < 3000 ? std::int64_t{2} * capacity : std::int64_t{capacity} + 3000;
-  return static_cast<int>(
-      std::min<std::int64_t>(std::max<std::int64_t>(step, wanted), std::numeric_limits<int>::max()));
-}
-
-}  // namespace
 
 template <class T>
 void NCDataMatrix<T>::MakeRoom(int wanted) {
   const bool shared = *linkCount_ > 1;
   const int present = shared ? rows_ : rowCapacity_;
-  if (shared || wanted > present) MoveRows(GrownCapacity(present, wanted));
+  if (shared || wanted > present) MoveRows(kalmia::GrownCapacity(present, wanted));
 }
 
 template <class T>

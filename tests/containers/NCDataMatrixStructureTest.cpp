@@ -124,7 +124,8 @@ TYPED_TEST(NCDataMatrixStructure, AnInsertedRowSharesTheVectorsCells) {
 
 TYPED_TEST(NCDataMatrixStructure, TheFirstRowSettlesTheColumns) {
   for (NCDataMatrix<TypeParam> m : {NCDataMatrix<TypeParam>(), NCDataMatrix<TypeParam>(0, 5)}) {
-    EXPECT_EQ(m.push_back(VectorOf<TypeParam>({1, this->kGap})), m.end());
+    const NCDataVector<TypeParam>* end = m.push_back(VectorOf<TypeParam>({1, this->kGap}));
+    EXPECT_EQ(end, m.end());
     this->Expect(m, {{1, this->kGap}});
   }
 }

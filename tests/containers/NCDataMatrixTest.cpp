@@ -227,7 +227,8 @@ TYPED_TEST(NCDataMatrixAccess, BuildsAColumnInTheTargetThatWasNamed) {
   const auto m = MatrixOf<TypeParam>({{1, 2}, {3, 4}});
   NCDataVector<TypeParam> target(2);
   const NCDataVector<TypeParam> twin(target);
-  EXPECT_EQ(m.Result(&target).GetColumn(2).GetVector(), target.GetVector());
+  const NCDataVector<TypeParam> column = m.Result(&target).GetColumn(2);
+  EXPECT_EQ(column.GetVector(), target.GetVector());
   EXPECT_EQ(CellsOf(target), (std::vector<TypeParam>{2, 4}));
   EXPECT_TRUE(HasExactCounts(target));
   EXPECT_EQ(twin.GetNumMisVal(), 2) << "whoever shared the target's old cells keeps them";
