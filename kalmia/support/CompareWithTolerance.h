@@ -1,0 +1,6 @@
+#pragma once
+
+/// 1, 0 or -1: whether a is above, as good as equal to, or below b. With e the binary exponent (as of frexp) of
+/// whichever has the larger magnitude, the two are as good as equal while |a - b| <= tolerance * 2^e. A NaN on either
+/// side gives 0. Two zeros have e = 0. Throws nothing.
+int CompareWithTolerance(double a, double b, double tolerance);

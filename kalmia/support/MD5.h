@@ -1,0 +1,25 @@
+#pragma once
+
+#include <cstddef>
+#include <memory>
+
+/// The MD5 message digest of all bytes fed to it: a name for content, no protection against forgery.
+/// Source: Rivest (1992), RFC 1321. Throws Exception where the machine's cryptographic library refuses MD5.
+class MD5 {
+ public:
+  MD5();
+  ~MD5();
+  MD5(const MD5&) = delete;
+  MD5& operator=(const MD5&) = delete;
+
+  void Update(const char* text);                     ///< the text's bytes without the closing zero; null feeds nothing
+  void Update(const void* bytes, std::size_t count);
+  void Finalize();                                   ///< makes the digest; whatever is fed afterwards is ignored
+  /// The digest as 32 lower-case hexadecimal digits, owned by this object; "" before Finalize.
+  const char* GetDigest() const { return digest_; }
+
+ private:
+  struct State;
+  std::unique_ptr<State> state_;  ///< null once the digest is made
+  char digest_[33] = "";
+};

@@ -1,0 +1,31 @@
+#include "kalmia/support/UserComm.h"
+
+#include <cstdio>
+
+namespace {
+
+constexpr int kGoOn = 0;  ///< any answer but 5
+
+const char* OrEmpty(const char* text) { return text ? text : ""; }
+
+UserComm* current = nullptr;  ///< null for the default
+
+}  // namespace
+
+UserComm::~UserComm() = default;
+
+int UserComm::Ask(const char* question, const char* message, const char* caption, int) {
+  std::fprintf(stderr, "%s: %s\n%s Going on.\n", OrEmpty(caption), OrEmpty(message), OrEmpty(question));
+  return kGoOn;
+}
+
+void UserComm::Show(const char* text, const char* caption, int) {
+  std::fprintf(stderr, "%s: %s\n", OrEmpty(caption), OrEmpty(text));
+}
+
+UserComm* UserComm::GetUserComm() {
+  static UserComm byDefault;
+  return current ? current : &byDefault;
+}
+
+void UserComm::SetUserComm(UserComm* dialogue) { current = dialogue; }

@@ -1,0 +1,15 @@
+#pragma once
+
+/// Helpers for C strings.
+class VexString {
+ public:
+  /// sprintf: prints into `buffer`, which has to be large enough, and returns the number of characters or a negative
+  /// number on failure.
+  static int lsprintf(char* buffer, const char* format, ...) __attribute__((format(printf, 2, 3)));
+
+  /// Whether the whole text is a decimal number that a float can hold; then `value` is the float nearest to it, else it
+  /// stays. The syntax, whatever the locale: an optional sign, digits with at most one point among, before or behind
+  /// them, and optionally e or E, an optional sign and digits. No blanks, no words such as "inf" or "nan", no
+  /// hexadecimals. A number beyond the range of float, or not 0 but nearer to it than the smallest float, is none.
+  static bool ToFloat(const char* text, float& value);
+};

@@ -1,0 +1,47 @@
+#include "kalmia/support/CompareWithTolerance.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <limits>
+
+namespace {
+
+TEST(CompareWithTolerance, ScalesWithTheBinaryExponentOfTheLarger) {
+  // 1 = 0.5 * 2^1, so the tolerance counts twice; 0.75 = 0.75 * 2^0; 1024 = 0.5 * 2^11.
+  EXPECT_EQ(CompareWithTolerance(1.0, 1.0 - 0.25, 0.125), 0);
+  EXPECT_EQ(CompareWithTolerance(1.0, 1.0 - 0.26, 0.125), 1);
+  EXPECT_EQ(CompareWithTolerance(0.75, 0.75 - 0.125, 0.125), 0);
+  EXPECT_EQ(CompareWithTolerance(0.75, 0.75 - 0.126, 0.125), 1);
+  EXPECT_EQ(CompareWithTolerance(1024.0, 1024.0 - 256.0, 0.125), 0);
+  EXPECT_EQ(CompareWithTolerance(1024.0, 1024.0 - 257.0, 0.125), 1);
+}
+
+TEST(CompareWithTolerance, TakesTheLargerMagnitudeWhateverItsSign) {
+  EXPECT_EQ(CompareWithTolerance(-1024.0, -768.0, 0.125), 0);
+  EXPECT_EQ(CompareWithTolerance(-1024.0, -767.0, 0.125), -1);
+  EXPECT_EQ(CompareWithTolerance(-767.0, -1024.0, 0.125), 1);
+  EXPECT_EQ(CompareWithTolerance(3.0, -4.0, 1.0), 0);  // 4 = 0.5 * 2^3: anything within 8
+}
+
+TEST(CompareWithTolerance, HoldsZerosToTheToleranceItself) {
+  EXPECT_EQ(CompareWithTolerance(0.0, 0.0, 0.1), 0);
+  EXPECT_EQ(CompareWithTolerance(0.0, -0.0, 0.0), 0);
+  EXPECT_EQ(CompareWithTolerance(1e-300, 0.0, 1e-7), 1) << "a tiny number is far above 0, relatively";
+  EXPECT_EQ(CompareWithTolerance(0.0, 1e-300, 1e-7), -1);
+}
+
+TEST(CompareWithTolerance, TellsNeighboursApartWithoutATolerance) {
+  const double next = std::nextafter(1.0, 2.0);
+  EXPECT_EQ(CompareWithTolerance(next, 1.0, 0.0), 1);
+  EXPECT_EQ(CompareWithTolerance(1.0, next, 0.0), -1);
+  EXPECT_EQ(CompareWithTolerance(1.0, next, std::numeric_limits<double>::epsilon()), 0);
+}
+
+TEST(CompareWithTolerance, FindsANaNNeitherAboveNorBelow) {
+  const double nan = std::numeric_limits<double>::quiet_NaN();
+  EXPECT_EQ(CompareWithTolerance(nan, 1.0, 0.1), 0);
+  EXPECT_EQ(CompareWithTolerance(1.0, nan, 0.1), 0);
+}
+
+}  // namespace
