@@ -72,6 +72,7 @@ bool NCDataMatrix<T>::VexStreamableRead(std::istream& stream) {
 template <class T>
 bool NCDataMatrix<T>::ReadStreamDirectory(std::istream& stream) {
   InputStreamDirectory directory(stream);
+  if (stream.fail()) ThrowLie();
   NCDataMatrix read;
   int rows = 0;
   int missing = 0;  // what the cells say counts
