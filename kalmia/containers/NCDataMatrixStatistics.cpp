@@ -1,0 +1,172 @@
+#include <cmath>
+#include <cstdint>
+#include <vector>
+
+#include "kalmia/containers/NCDataMatrix.h"
+#include "kalmia/containers/OrderStatistics.h"
+#include "kalmia/containers/SampleMoments.h"
+
+using kalmia::kMissing;
+
+namespace {
+
+/// Calls visit(x) for the present cells of column c from the first row down; a column without holes is not tested.
+template <class T, class Visit>
+void ForEachPresent(const NCDataMatrix<T>& m, int c, Visit visit) {
+  const bool complete = m.SizeRows() == 0 || m.GetColumnMisVal(c) == 0;
+  for (int r = 1; r <= m.SizeRows(); ++r) {
+    const T x = m[r][c];
+    if (complete || x != kMissing) visit(x);
+  }
+}
+
+template <class T>
+int PresentInColumn(const NCDataMatrix<T>& m, int c) {
+  return m.SizeRows() == 0 ? 0 : m.SizeRows() - m.GetColumnMisVal(c);
+}
+
+/// sum(((x - mean) / sd)^power) over the present cells of column c.
+template <class T>
+long double SumOfStandardisedPowers(const NCDataMatrix<T>& m, int c, long double sd, int power) {
+  const long double mean = m.GetColumnMean(c);
+  long double sum = 0;
+  ForEachPresent(m, c, [&](T x) {
+    const long double z = (x - mean) / sd;
+    sum += power == 3 ? z * z * z : z * z * z * z;
+  });
+  return sum;
+}
+
+}  // namespace
+
+template <class T>
+long double NCDataMatrix<T>::GetMean() const {
+  double sum = 0;
+  std::int64_t n = 0;
+  for (const NCDataVector<T>& row : *this)
+    for (int c = 1; c <= columns_; ++c)
+      if (row.GetNumMisVal() == 0 || row[c] != kMissing) {
+        sum += row[c];
+        ++n;
+      }
+  return n == 0 ? kMissing : static_cast<long double>(sum) / static_cast<long double>(n);
+}
+
+template <class T>
+long double NCDataMatrix<T>::GetColumnMean(int c) const {
+  if (rows_ == 0) return 0;
+  const int n = PresentInColumn(*this, c);
+  if (n == 0) return kMissing;
+  double sum = 0;
+  ForEachPresent(*this, c, [&sum](T x) { sum += x; });
+  return static_cast<long double>(sum) / n;
+}
+
+template <class T>
+long double NCDataMatrix<T>::GetColumnSS(int c, long double mean) const {
+  if (rows_ == 0) return 0;
+  if (PresentInColumn(*this, c) == 0) return kMissing;
+  const double centre = static_cast<double>(mean);
+  double ss = 0;
+  ForEachPresent(*this, c, [&ss, centre](T x) { ss += (x - centre) * (x - centre); });
+  return ss;
+}
+
+template <class T>
+long double NCDataMatrix<T>::GetColumnStdDev(int c, float divisor) const {
+  const int n = PresentInColumn(*this, c);
+  const long double denominator = divisor == kMissing ? n - 1 : static_cast<long double>(divisor);
+  if (n == 0 || denominator <= 0) return kMissing;
+  return std::sqrt(GetColumnSS(c, GetColumnMean(c)) / denominator);
+}
+
+template <class T>
+long double NCDataMatrix<T>::GetColumnSkewness(int c, int divisor) const {
+  const int n = PresentInColumn(*this, c);
+  const long double sd = GetColumnStdDev(c, static_cast<float>(divisor));
+  if (n < 2 || sd == 0 || sd == kMissing) return kMissing;
+  return kalmia::SkewnessFromCubes(SumOfStandardisedPowers(*this, c, sd, 3), n);
+}
+
+template <class T>
+long double NCDataMatrix<T>::GetColumnSkewnessTest(int c, int divisor) const {
+  return kalmia::SkewnessOverStandardError(GetColumnSkewness(c, divisor), PresentInColumn(*this, c));
+}
+
+template <class T>
+long double NCDataMatrix<T>::GetColumnKurtosis(int c) const {
+  const int n = PresentInColumn(*this, c);
+  const long double sd = GetColumnStdDev(c);  // -99 below 2 cells
+  if (sd == 0 || sd == kMissing) return kMissing;
+  return kalmia::KurtosisFromFourthPowers(SumOfStandardisedPowers(*this, c, sd, 4), n);
+}
+
+template <class T>
+long double NCDataMatrix<T>::GetColumnMedian(int c) const {
+  std::vector<T> present;
+  present.reserve(static_cast<std::size_t>(PresentInColumn(*this, c)));
+  ForEachPresent(*this, c, [&present](T x) { present.push_back(x); });
+  kalmia::SortAscending(present);
+  return kalmia::MedianOfSorted(present.data(), present.size());
+}
+
+template <class T>
+void NCDataMatrix<T>::GetColumnMinMax(int c, T& min, T& max) const {
+  min = max = static_cast<T>(kMissing);
+  bool first = true;
+  ForEachPresent(*this, c, [&](T x) {
+    if (first || x < min) min = x;
+    if (first || x > max) max = x;
+    first = false;
+  });
+}
+
+template <class T>
+void NCDataMatrix<T>::GetRowMinMax(int r, T& min, T& max) const {
+  rowArray_[r].GetMinMax(min, max);
+}
+
+template <class T>
+NCDataMatrix<T> NCDataMatrix<T>::SNV() const {
+  MatrixDestroyer<T> holder;
+  GetReturnMatrix(holder, rows_, columns_);
+  NCDataMatrix& result = *holder.matrix;
+  for (int r = 1; r <= rows_; ++r) rowArray_[r].Result(&result.rowArray_[r]).SNV();
+  result.CountMissing();
+  return result;
+}
+
+template <class T>
+NCDataMatrix<T> NCDataMatrix<T>::GetRegressionCoefficients(const NCDataMatrix& Y) const {
+  NCDataMatrix* const target = matrixResultTarget_;
+  if (numMisVal_ != 0 || Y.numMisVal_ != 0) {
+    MatrixDestroyer<T> holder;
+    GetReturnMatrix(holder, rows_, rows_);
+    holder.matrix->SetAllValues(0);
+    return *holder.matrix;
+  }
+  matrixResultTarget_ = nullptr;
+  NCDataMatrix inverse(*this);
+  inverse.Transpose();
+  inverse.TransformToMprim_mul_M();  // X X'
+  inverse.TransformToInverse();
+  const NCDataMatrix inverseTimesX = inverse * *this;
+  return inverseTimesX.Result(target).MatrixMultiply(Y, /*transposeThis=*/false, /*transposeOther=*/true);
+}
+
+#define KALMIA_INSTANTIATE(T)                                                                         \
+  template long double NCDataMatrix<T>::GetMean() const;                                              \
+  template long double NCDataMatrix<T>::GetColumnMean(int) const;                                     \
+  template long double NCDataMatrix<T>::GetColumnSS(int, long double) const;                          \
+  template long double NCDataMatrix<T>::GetColumnStdDev(int, float) const;                            \
+  template long double NCDataMatrix<T>::GetColumnSkewness(int, int) const;                            \
+  template long double NCDataMatrix<T>::GetColumnSkewnessTest(int, int) const;                        \
+  template long double NCDataMatrix<T>::GetColumnKurtosis(int) const;                                 \
+  template long double NCDataMatrix<T>::GetColumnMedian(int) const;                                   \
+  template void NCDataMatrix<T>::GetColumnMinMax(int, T&, T&) const;                                  \
+  template void NCDataMatrix<T>::GetRowMinMax(int, T&, T&) const;                                     \
+  template NCDataMatrix<T> NCDataMatrix<T>::SNV() const;                                              \
+  template NCDataMatrix<T> NCDataMatrix<T>::GetRegressionCoefficients(const NCDataMatrix<T>&) const;
+KALMIA_INSTANTIATE(float)
+KALMIA_INSTANTIATE(double)
+#undef KALMIA_INSTANTIATE

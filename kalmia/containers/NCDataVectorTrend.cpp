@@ -1,0 +1,164 @@
+#include <cmath>
+#include <limits>
+
+#include "kalmia/containers/NCDataVector.h"
+
+using kalmia::kMissing;
+
+namespace {
+
+/// Sums of the least-squares line over the points that are present.
+struct LineSums {
+  int n = 0;
+  long double x = 0, xx = 0, y = 0, xy = 0;
+
+  void Add(long double abscissa, long double ordinate) {
+    ++n;
+    x += abscissa;
+    xx += abscissa * abscissa;
+    y += ordinate;
+    xy += abscissa * ordinate;
+  }
+};
+
+/// Fills the cells strictly between the present cells a and b along the straight line over the abscissas x(i).
+template <class T, class Abscissa>
+void FillAlongLine(T* y, int a, int b, Abscissa x) {
+  const long double ya = y[a], rise = static_cast<long double>(y[b]) - ya;
+  const long double xa = x(a), run = x(b) - xa;
+  for (int j = a + 1; j < b; ++j) y[j] = static_cast<T>(ya + (x(j) - xa) / run * rise);
+}
+
+template <class T>
+bool HasMissing(const NCDataVector<T>& v, int first, int last) {
+  for (int i = first; i <= last; ++i)
+    if (v[i] == kMissing) return true;
+  return false;
+}
+
+}  // namespace
+
+template <class T>
+bool NCDataVector<T>::LeastSquare(const NCDataVector* x, long double& intercept, long double& slope) const {
+  const bool complete = numMisVal_ == 0;
+  if (size_ - numMisVal_ < 2 || (x != nullptr && complete && x->numMisVal_ != 0)) return false;
+
+  LineSums sum;
+  for (int i = 1; i <= size_; ++i) {
+    if (!complete && data_[i] == kMissing) continue;
+    if (x != nullptr && !complete && x->data_[i] == kMissing) return false;
+    sum.Add(x != nullptr ? static_cast<long double>(x->data_[i]) : i, data_[i]);
+  }
+  const long double d = sum.xx - sum.x * sum.x / sum.n;
+  if (d == 0) {
+    slope = std::numeric_limits<float>::max();
+    return true;
+  }
+  slope = (sum.xy - sum.x * sum.y / sum.n) / d;
+  intercept = (sum.y - sum.x * slope) / sum.n;
+  return true;
+}
+
+template <class T>
+void NCDataVector<T>::DetrendMean(long double& mean) {
+  mean = GetMean();
+  if (mean == kMissing) return;
+  Unlink();
+  for (int i = 1; i <= size_; ++i)
+    if (data_[i] != kMissing) data_[i] = static_cast<T>(data_[i] - mean);
+  CountMissing();  // a difference may land on -99
+}
+
+template <class T>
+void NCDataVector<T>::DetrendLinear(long double& intercept, long double& slope) {
+  if (size_ - numMisVal_ < 2) return;
+  LeastSquare(nullptr, intercept, slope);
+  Unlink();
+  for (int i = 1; i <= size_; ++i)
+    if (data_[i] != kMissing) data_[i] = static_cast<T>(data_[i] - (i * slope + intercept));
+  CountMissing();  // a difference may land on -99
+}
+
+template <class T>
+bool NCDataVector<T>::InterpolateMisVals(const NCDataVector* x) {
+  if (numMisVal_ == 0) return true;
+  int first = 1, last = size_;
+  while (first <= size_ && data_[first] == kMissing) ++first;
+  if (first > size_) return false;
+  while (data_[last] == kMissing) --last;
+
+  Unlink();
+  for (int i = 1; i < first; ++i) data_[i] = data_[first];
+  for (int i = last + 1; i <= size_; ++i) data_[i] = data_[last];
+
+  for (int a = first; a < last;) {
+    int b = a + 1;
+    while (data_[b] == kMissing) ++b;
+    if (b > a + 1) {
+      if (x == nullptr) {
+        FillAlongLine(data_, a, b, [](int i) { return static_cast<long double>(i); });
+      } else if (!HasMissing(*x, a, b)) {
+        FillAlongLine(data_, a, b, [x](int i) { return static_cast<long double>((*x)[i]); });
+      } else {
+        CountMissing();
+        return false;
+      }
+    }
+    a = b;
+  }
+  numMisVal_ = 0;
+  return true;
+}
+
+template <class T>
+NCDataVector<T> NCDataVector<T>::SNV() const {
+  const int n = size_ - numMisVal_;
+  VectorDestroyer<T> holder;
+  if (n < 2) {
+    GetReturnVector(holder, size_);
+    holder.vector->SetAllValues(static_cast<T>(kMissing));
+    return *holder.vector;
+  }
+  const long double mean = GetSum() / n;
+  const long double ss = GetSS(mean);
+  const long double sd = std::sqrt(ss / (n - 1));
+  GetReturnVector(holder, size_);  // may be this vector itself, unlinked
+  T* z = holder.vector->data_;
+  for (int i = 1; i <= size_; ++i) {
+    if (data_[i] == kMissing)
+      z[i] = static_cast<T>(kMissing);
+    else
+      z[i] = ss == 0 ? T(0) : static_cast<T>((data_[i] - mean) / sd);
+  }
+  holder.vector->numMisVal_ = numMisVal_;
+  return *holder.vector;
+}
+
+template <class T>
+void NCDataVector<T>::Lag(int k) {
+  if (k == 0 || size_ == 0) return;
+  if (k >= size_ || k <= -size_) {
+    SetAllValues(static_cast<T>(kMissing));
+    return;
+  }
+  Unlink();
+  if (k > 0) {
+    for (int i = size_; i > k; --i) data_[i] = data_[i - k];
+    for (int i = 1; i <= k; ++i) data_[i] = static_cast<T>(kMissing);
+  } else {
+    for (int i = 1; i <= size_ + k; ++i) data_[i] = data_[i - k];
+    for (int i = size_ + k + 1; i <= size_; ++i) data_[i] = static_cast<T>(kMissing);
+  }
+  CountMissing();
+}
+
+#define KALMIA_INSTANTIATE(T)                                                                            \
+  template bool NCDataVector<T>::LeastSquare(const NCDataVector<T>*, long double&, long double&) const;  \
+  template void NCDataVector<T>::DetrendMean(long double&);                                              \
+  template void NCDataVector<T>::DetrendLinear(long double&, long double&);                              \
+  template bool NCDataVector<T>::InterpolateMisVals(const NCDataVector<T>*);                             \
+  template NCDataVector<T> NCDataVector<T>::SNV() const;                                                 \
+  template void NCDataVector<T>::Lag(int);
+KALMIA_INSTANTIATE(float)
+KALMIA_INSTANTIATE(double)
+#undef KALMIA_INSTANTIATE
