@@ -1,0 +1,83 @@
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <limits>
+#include <random>
+#include <string>
+#include <vector>
+
+#include "kalmia/kernels/simd/Targets.h"
+#include "hwy/highway.h"
+#include "testing/RandomTables.h"
+
+// What the tests of the lane code share: every instruction set of this machine in turn, rows with holes at telling
+// places, and equality of bits.
+
+/// Runs a test on one instruction set, and gives the choice back to the machine afterwards.
+class OneTarget {
+ public:
+  explicit OneTarget(int64_t target) { hwy::GetChosenTarget().Update(target); }
+  ~OneTarget() { hwy::GetChosenTarget().DeInit(); }
+};
+
+/// The instruction sets that are compiled in and that this machine has.
+inline std::vector<int64_t> TargetsOfThisMachine() { return hwy::SupportedAndGeneratedTargets(); }
+
+enum class HolePattern { None, First, Last, EveryThird, Random, AllButOne, All };
+constexpr HolePattern kHolePatterns[] = {HolePattern::None,   HolePattern::First,     HolePattern::Last,
+                                         HolePattern::EveryThird, HolePattern::Random, HolePattern::AllButOne,
+                                         HolePattern::All};
+
+inline bool IsHole(HolePattern pattern, int i, int n, std::mt19937& random) {
+  switch (pattern) {
+    case HolePattern::None: return false;
+    case HolePattern::First: return i == 0;
+    case HolePattern::Last: return i == n - 1;
+    case HolePattern::EveryThird: return i % 3 == 0;
+    case HolePattern::Random: return random() % 10 < 3;
+    case HolePattern::AllButOne: return i != n / 2;
+    case HolePattern::All: return true;
+  }
+  return false;
+}
+
+/// n cells of full precision, with holes by the pattern.
+template <class T>
+std::vector<T> Cells(int n, HolePattern pattern, unsigned seed) {
+  std::mt19937 random(seed);
+  std::normal_distribution<T> normal;
+  std::vector<T> cells(n);
+  for (int i = 0; i < n; ++i) {
+    const T x = normal(random);
+    cells[i] = IsHole(pattern, i, n, random) ? kHole<T> : x;
+  }
+  return cells;
+}
+
+/// Puts infinities and NaNs into `b` opposite the holes of `a`: a hole takes no part, whatever it meets.
+template <class T>
+void PoisonOppositeHoles(const std::vector<T>& a, std::vector<T>& b) {
+  for (std::size_t i = 0; i < a.size(); ++i)
+    if (a[i] == kHole<T> && b[i] != kHole<T>)
+      b[i] = i % 2 ? std::numeric_limits<T>::infinity() : std::numeric_limits<T>::quiet_NaN();
+}
+
+template <class T>
+::testing::AssertionResult SameBits(const std::vector<T>& a, const std::vector<T>& b) {
+  if (a.size() != b.size()) return ::testing::AssertionFailure() << a.size() << " and " << b.size() << " numbers";
+  for (std::size_t i = 0; i < a.size(); ++i)
+    if (std::memcmp(&a[i], &b[i], sizeof(T)) != 0)
+      return ::testing::AssertionFailure() << "at " << i << ": " << std::hexfloat << a[i] << " and " << b[i];
+  return ::testing::AssertionSuccess();
+}
+
+/// Lengths around every width up to four times the sixteen lanes, and two long ones.
+inline std::vector<int> TellingLengths() {
+  std::vector<int> lengths(68);
+  for (int n = 0; n < 68; ++n) lengths[n] = n;
+  lengths.push_back(255);
+  lengths.push_back(1030);
+  return lengths;
+}

@@ -1,0 +1,125 @@
+#include "kalmia/kernels/simd/ColumnSums.h"
+
+#include <gtest/gtest.h>
+
+#include "kernels/SimdCases.h"
+
+namespace simd = kalmia::simd;
+
+namespace {
+
+template <class T>
+class SimdColumnSums : public ::testing::Test {};
+TYPED_TEST_SUITE(SimdColumnSums, CellTypes, CellTypeNames);
+
+/// A step of rows with what goes with them; every other column trusts its cells (its hole is NaN).
+template <class T>
+struct Step {
+  Step(int count, int n, HolePattern pattern) : hole(n), sums(n), weights(n) {
+    for (int k = 0; k < count; ++k) {
+      cells.push_back(Cells<T>(n, pattern, 100 * n + k));
+      rows.push_back(cells.back().data());
+    }
+    const auto factors = Cells<T>(count, HolePattern::None, n);
+    v.assign(factors.begin(), factors.end());
+    for (double x : v) w.push_back(x * x);
+    for (int j = 0; j < n; ++j) {
+      hole[j] = j % 2 ? std::numeric_limits<T>::quiet_NaN() : kHole<T>;
+      sums[j] = 0.1 * j;
+      weights[j] = 0.3 * j;
+    }
+  }
+
+  std::vector<std::vector<T>> cells;
+  std::vector<const T*> rows;
+  std::vector<double> v, w;
+  std::vector<T> hole;
+  std::vector<double> sums, weights;
+};
+
+template <class T, class Check>
+void ForAllSteps(const Check& check) {
+  for (int64_t target : TargetsOfThisMachine()) {
+    SCOPED_TRACE(hwy::TargetName(target));
+    const OneTarget only(target);
+    for (int n : TellingLengths())
+      for (int count = 0; count <= simd::kRowsPerStep; ++count)
+        for (HolePattern pattern : {HolePattern::None, HolePattern::Random, HolePattern::EveryThird, HolePattern::All})
+          check(Step<T>(count, n, pattern), count, n);
+  }
+}
+
+TYPED_TEST(SimdColumnSums, AddTheRowsInTheirOrder) {
+  const TypeParam row1[] = {1, -99}, row2[] = {3, 4};
+  const TypeParam* rows[] = {row1, row2};
+  const double v[] = {2, 5}, w[] = {4, 25};
+  double sums[] = {10, 20}, weights[] = {1, 2};
+  const TypeParam hole[] = {-99, -99};
+  simd::scalar::AddRowsMasked(rows, v, w, 2, 2, hole, sums, weights);
+  EXPECT_EQ(sums[0], 10 + 2 + 15);
+  EXPECT_EQ(sums[1], 20 + 20);
+  EXPECT_EQ(weights[0], 1 + 4 + 25);
+  EXPECT_EQ(weights[1], 2 + 25);
+  simd::scalar::AddRows(rows, v, 2, 2, sums);
+  EXPECT_EQ(sums[0], 27 + 17);
+  EXPECT_EQ(sums[1], 40 - 198 + 20);
+  simd::scalar::AddSquaresMasked(rows, 2, 2, hole, sums);
+  EXPECT_EQ(sums[0], 44 + 10);
+  EXPECT_EQ(sums[1], 40 - 178 + 16);
+}
+
+TYPED_TEST(SimdColumnSums, AHoleOfNaNLetsEveryCellTakePart) {
+  const TypeParam row[] = {-99};
+  const TypeParam* rows[] = {row};
+  const double v[] = {1}, w[] = {1};
+  const TypeParam hole[] = {std::numeric_limits<TypeParam>::quiet_NaN()};
+  double sums[] = {0}, weights[] = {0};
+  simd::AddRowsMasked(rows, v, w, 1, 1, hole, sums, weights);
+  EXPECT_EQ(sums[0], -99);
+  EXPECT_EQ(weights[0], 1);
+}
+
+TYPED_TEST(SimdColumnSums, LanesGiveTheBitsOfTheScalarTwin) {
+  ForAllSteps<TypeParam>([](const Step<TypeParam>& step, int count, int n) {
+    auto lanes = step.sums, twins = step.sums;
+    simd::AddRows(step.rows.data(), step.v.data(), count, n, lanes.data());
+    simd::scalar::AddRows(step.rows.data(), step.v.data(), count, n, twins.data());
+    EXPECT_TRUE(SameBits(lanes, twins)) << count << " rows of " << n;
+  });
+}
+
+TYPED_TEST(SimdColumnSums, LanesGiveTheBitsOfTheScalarTwinWithHoles) {
+  ForAllSteps<TypeParam>([](const Step<TypeParam>& step, int count, int n) {
+    auto lanes = step.sums, twins = step.sums, laneWeights = step.weights, twinWeights = step.weights;
+    simd::AddRowsMasked(step.rows.data(), step.v.data(), step.w.data(), count, n, step.hole.data(), lanes.data(),
+                        laneWeights.data());
+    simd::scalar::AddRowsMasked(step.rows.data(), step.v.data(), step.w.data(), count, n, step.hole.data(),
+                                twins.data(), twinWeights.data());
+    EXPECT_TRUE(SameBits(lanes, twins)) << count << " rows of " << n;
+    EXPECT_TRUE(SameBits(laneWeights, twinWeights)) << count << " rows of " << n;
+  });
+}
+
+TYPED_TEST(SimdColumnSums, LanesGiveTheBitsOfTheScalarTwinForSquares) {
+  ForAllSteps<TypeParam>([](const Step<TypeParam>& step, int count, int n) {
+    auto lanes = step.sums, twins = step.sums;
+    simd::AddSquaresMasked(step.rows.data(), count, n, step.hole.data(), lanes.data());
+    simd::scalar::AddSquaresMasked(step.rows.data(), count, n, step.hole.data(), twins.data());
+    EXPECT_TRUE(SameBits(lanes, twins)) << count << " rows of " << n;
+  });
+}
+
+TYPED_TEST(SimdColumnSums, AnInfiniteFactorDoesNotReachAColumnThroughItsHole) {
+  for (int64_t target : TargetsOfThisMachine()) {
+    const OneTarget only(target);
+    const std::vector<TypeParam> row(40, kHole<TypeParam>), hole(40, kHole<TypeParam>);
+    const TypeParam* rows[] = {row.data()};
+    const double v[] = {std::numeric_limits<double>::infinity()}, w[] = {std::numeric_limits<double>::quiet_NaN()};
+    std::vector<double> sums(40, 1.5), weights(40, 2.5);
+    simd::AddRowsMasked(rows, v, w, 1, 40, hole.data(), sums.data(), weights.data());
+    EXPECT_EQ(sums, std::vector<double>(40, 1.5)) << hwy::TargetName(target);
+    EXPECT_EQ(weights, std::vector<double>(40, 2.5)) << hwy::TargetName(target);
+  }
+}
+
+}  // namespace
