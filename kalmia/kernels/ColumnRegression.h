@@ -1,0 +1,41 @@
+#pragma once
+
+#include <cmath>
+
+#include "kalmia/containers/Missing.h"
+#include "kalmia/containers/NCDataMatrix.h"
+
+namespace kalmia {
+
+/// Writes numerator / denominator to a cell that is missing so far and counts one missing cell less; does nothing where
+/// the denominator is at or below 1e-30 in absolute value.
+template <class T>
+void WriteQuotient(T& cell, long double numerator, long double denominator, int& numMisVal) {
+  if (std::fabs(denominator) <= kSmallestDenominator) return;
+  cell = static_cast<T>(numerator / denominator);
+  --numMisVal;
+}
+
+/// The regression of columns of X on v, with or without the Fix, as blocks of columns; each column gets the bits of
+/// RegressOneColumn or SpecialNipalsRegressOneColumnFix (which, unlike this, has no mode 0).
+template <class T>
+struct ColumnRegression {
+  const NCDataMatrix<T>& X;
+  const NCDataVector<T>& v;
+  long double ss;  ///< full sum of squares of v: denominator of complete columns, and what the Fix takes a third of
+  int misValMode;
+  bool fix;
+
+  /// Columns first to last, both included, into the 1-based cells of `out`, which are missing so far. Returns the change
+  /// of their count of missing cells.
+  int Slice(T* out, int first, int last) const;
+
+ private:
+  int CompleteBlock(T* out, int first, int n) const;
+  int BlockWithHoles(T* out, int first, int n, const T* hole) const;
+};
+
+extern template struct ColumnRegression<float>;
+extern template struct ColumnRegression<double>;
+
+}  // namespace kalmia

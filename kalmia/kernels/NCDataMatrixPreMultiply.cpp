@@ -1,0 +1,90 @@
+#include <algorithm>
+#include <utility>
+
+#include "kalmia/containers/NCDataMatrix.h"
+#include "kalmia/kernels/ColumnWalk.h"
+#include "kalmia/kernels/Slices.h"
+#include "kalmia/kernels/Team.h"
+
+// The row vector v' X.
+
+namespace {
+
+constexpr int kColumnsPerGrain = 16;
+
+/// Calls block(first, n) for blocks of all columns, shared out among the team that pays; returns the sum of its results.
+template <class T, class Block>
+int ForColumnBlocks(const NCDataMatrix<T>& X, const Block& block) {
+  const int team = kalmia::TeamSize(static_cast<std::int64_t>(X.SizeRows()) * X.SizeColumns());
+  return kalmia::ForSlices(X.SizeColumns(), team, kColumnsPerGrain, [&](int first, int last) {
+    int sum = 0;
+    for (int c = first; c <= last; c += kalmia::kColumnsPerBlock)
+      sum += block(c, std::min(kalmia::kColumnsPerBlock, last - c + 1));
+    return sum;
+  });
+}
+
+}  // namespace
+
+template <class T>
+NCDataVector<T> NCDataMatrix<T>::PreMultiply(const NCDataVector<T>& v) const {
+  return numMisVal_ == 0 && v.numMisVal_ == 0 ? PreMultiplyNonMisVal(v) : PreMultiplyMisVal(v);
+}
+
+template <class T>
+NCDataVector<T> NCDataMatrix<T>::PreMultiplyNonMisVal(const NCDataVector<T>& v) const {
+  VectorDestroyer<T> result;
+  GetReturnVector(result, columns_);
+  T* out = result.vector->data_;
+  ForColumnBlocks(*this, [&](int first, int n) {
+    double products[kalmia::kColumnsPerBlock];
+    kalmia::SumColumns(*this, v, first, n, products);
+    for (int j = 0; j < n; ++j) out[first + j] = static_cast<T>(products[j]);
+    return 0;
+  });
+  result.vector->numMisVal_ = 0;
+  return *result.vector;
+}
+
+template <class T>
+NCDataVector<T> NCDataMatrix<T>::PreMultiplyMisVal(const NCDataVector<T>& v) const {
+  VectorDestroyer<T> result;
+  GetReturnVector(result, columns_);
+  result.vector->SetAllValues(static_cast<T>(kalmia::kMissing));
+  if (v.numMisVal_ >= rows_) return *result.vector;
+  T* out = result.vector->data_;
+  const bool vHasHoles = v.numMisVal_ > 0;
+  result.vector->numMisVal_ -= ForColumnBlocks(*this, [&](int first, int n) {
+    T hole[kalmia::kColumnsPerBlock];
+    double products[kalmia::kColumnsPerBlock], pairs[kalmia::kColumnsPerBlock];
+    kalmia::MarkColumnsWithHoles(*this, first, n, hole);
+    kalmia::SumColumnPairs(*this, v, vHasHoles ? kalmia::RowsUsed::WithV : kalmia::RowsUsed::All,
+                           kalmia::RowWeight::One, first, n, hole, products, pairs);
+    int written = 0;
+    for (int j = 0; j < n; ++j) {
+      const int holes = GetColumnMisVal(first + j);
+      const bool complete = holes == 0 && !vHasHoles;
+      if (holes == rows_ || (pairs[j] == 0 && !complete)) continue;
+      out[first + j] = static_cast<T>(products[j]);
+      written += out[first + j] != kalmia::kMissing;
+    }
+    return written;
+  });
+  return *result.vector;
+}
+
+template <class T>
+NCDataVector<T> NCDataVector<T>::operator*(const NCDataMatrix<T>& m) const {
+  if (resultTarget_) m.Result(std::exchange(resultTarget_, nullptr));
+  return m.PreMultiply(*this);
+}
+
+#define KALMIA_INSTANTIATE(T)                                                                     \
+  template NCDataVector<T> NCDataMatrix<T>::PreMultiply(const NCDataVector<T>&) const;            \
+  template NCDataVector<T> NCDataMatrix<T>::PreMultiplyNonMisVal(const NCDataVector<T>&) const;   \
+  template NCDataVector<T> NCDataMatrix<T>::PreMultiplyMisVal(const NCDataVector<T>&) const;      \
+  template NCDataVector<T> NCDataVector<T>::operator*(const NCDataMatrix<T>&) const;
+
+KALMIA_INSTANTIATE(float)
+KALMIA_INSTANTIATE(double)
+#undef KALMIA_INSTANTIATE

@@ -1,0 +1,68 @@
+#include <algorithm>
+#include <cmath>
+
+#include "kalmia/containers/NCDataMatrix.h"
+#include "kalmia/kernels/ColumnWalk.h"
+
+// The score vector that an iteration starts from.
+
+namespace {
+
+/// A later column must be this much larger, so that rounding does not decide.
+constexpr double kLeadOfALaterColumn = 1.000001;
+
+/// The first column of largest sum of squares, up to the lead; the first of all where none exceeds 0.
+template <class T>
+int ColumnOfLargestSumOfSquares(const NCDataMatrix<T>& X) {
+  double squares[kalmia::kColumnsPerBlock];
+  double best = 0;
+  int chosen = 1;
+  for (int first = 1; first <= X.SizeColumns(); first += kalmia::kColumnsPerBlock) {
+    const int n = std::min(kalmia::kColumnsPerBlock, X.SizeColumns() - first + 1);
+    kalmia::SumColumnSquares(X, first, n, squares);
+    for (int j = 0; j < n; ++j) {
+      if (!(squares[j] > best * kLeadOfALaterColumn)) continue;
+      best = squares[j];
+      chosen = first + j;
+    }
+  }
+  return chosen;
+}
+
+/// Fills the holes with a hundredth of the largest absolute value, signs alternating from plus.
+template <class T>
+void FillHoles(T* cells, int n) {
+  T largest = -1;
+  for (int r = 1; r <= n; ++r)
+    if (cells[r] != kalmia::kMissing) largest = std::max(largest, std::fabs(cells[r]));
+  T fill = largest / 100;
+  for (int r = 1; r <= n; ++r) {
+    if (cells[r] != kalmia::kMissing) continue;
+    cells[r] = fill;
+    fill = -fill;
+  }
+}
+
+}  // namespace
+
+template <class T>
+NCDataVector<T> NCDataMatrix<T>::GetNIPALSStartColumn() const {
+  VectorDestroyer<T> result;
+  GetReturnVector(result, rows_);
+  NCDataVector<T>& start = *result.vector;
+  if (columns_ < 1) {
+    start.SetAllValues(static_cast<T>(kalmia::kMissing));
+    return start;
+  }
+  const int c = columns_ == 1 ? 1 : ColumnOfLargestSumOfSquares(*this);
+  for (int r = 1; r <= rows_; ++r) start.data_[r] = rowArray_[r].data_[c];
+  start.CountMissing();
+  if (columns_ > 1 && start.numMisVal_ > 0 && start.numMisVal_ < rows_) {
+    FillHoles(start.data_, rows_);
+    start.CountMissing();
+  }
+  return start;
+}
+
+template NCDataVector<float> NCDataMatrix<float>::GetNIPALSStartColumn() const;
+template NCDataVector<double> NCDataMatrix<double>::GetNIPALSStartColumn() const;
