@@ -76,12 +76,14 @@ class Product {
     for (int i = 0; i < rows; i += kTileRows)
       for (int j = 0; j < columns; j += kTileColumns, tile += kTileRows * kTileColumns)
         for (int y = 0; y < std::min(kTileRows, rows - i); ++y)
-          for (int x = 0; x < std::min(kTileColumns, columns - j); ++x)
-            cells_[row + i + y][column + j + x] = CellOf(row + i + y, column + j + x, tile[y * kTileColumns + x]);
+          StoreTileRow(row + i + y, column + j, std::min(kTileColumns, columns - j), tile + y * kTileColumns);
   }
 
-  T CellOf(int i, int j, double sum) const {
-    return static_cast<T>(!holes_ || a_.HasPair(i, b_, j) ? sum : kMissing);
+  void StoreTileRow(int i, int j, int count, const double* sums) const {
+    T* cells = cells_[i] + j;
+    for (int x = 0; x < count; ++x) cells[x] = static_cast<T>(sums[x]);
+    for (int x = 0; holes_ && x < count; ++x)
+      if (!a_.HasPair(i, b_, j + x)) cells[x] = static_cast<T>(kMissing);
   }
 
   const ProductFactor<T>& a_;

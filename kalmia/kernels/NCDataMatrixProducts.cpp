@@ -132,6 +132,8 @@ long double NCDataMatrix<T>::GetSS() const {
   return sum;
 }
 
+template void NCDataMatrix<float>::MultiplyInto(NCDataMatrix<float>&, const NCDataMatrix<float>&, bool, bool) const;
+template void NCDataMatrix<float>::MultiplyRowsInto(NCDataMatrix<float>&, const NCDataMatrix<float>&) const;
 template NCDataMatrix<float> NCDataMatrix<float>::MultiplyTransposeThis(const NCDataMatrix<float>&) const;
 template NCDataMatrix<float> NCDataMatrix<float>::MultiplyTransposeOther(const NCDataMatrix<float>&) const;
 template NCDataMatrix<float> NCDataMatrix<float>::MultiplyTransposeBoth(const NCDataMatrix<float>&) const;
@@ -141,6 +143,8 @@ template void NCDataMatrix<float>::TransformToMprim_mul_M();
 template NCDataVector<float> NCDataMatrix<float>::operator*(const NCDataVector<float>&) const;
 template long double NCDataMatrix<float>::GetSS() const;
 
+template void NCDataMatrix<double>::MultiplyInto(NCDataMatrix<double>&, const NCDataMatrix<double>&, bool, bool) const;
+template void NCDataMatrix<double>::MultiplyRowsInto(NCDataMatrix<double>&, const NCDataMatrix<double>&) const;
 template NCDataMatrix<double> NCDataMatrix<double>::MultiplyTransposeThis(const NCDataMatrix<double>&) const;
 template NCDataMatrix<double> NCDataMatrix<double>::MultiplyTransposeOther(const NCDataMatrix<double>&) const;
 template NCDataMatrix<double> NCDataMatrix<double>::MultiplyTransposeBoth(const NCDataMatrix<double>&) const;

@@ -63,5 +63,7 @@ void NCDataMatrix<T>::GiveBackSurplus(int oldRows) {
   }
 }
 
+template void NCDataMatrix<float>::GiveBackSurplus(int);
+template void NCDataMatrix<double>::GiveBackSurplus(int);
 template void NCDataMatrix<float>::Transpose();
 template void NCDataMatrix<double>::Transpose();
