@@ -3,15 +3,21 @@
 #include <cstdarg>
 #include <cstdio>
 #include <cstring>
-#include <vector>
 
 namespace {
 const char* OrEmpty(const char* text) { return text ? text : ""; }
 }  // namespace
 
-CString::CString(const char* text) : text_(OrEmpty(text)) {}
+CString::CString(const char* text) {
+  const std::size_t length = std::strlen(OrEmpty(text));
+  if (length == 0) return;
+  text_.reset(new char[length + 1]);
+  std::memcpy(text_.get(), text, length + 1);
+}
 
-int CString::Compare(const char* other) const { return std::strcmp(text_.c_str(), OrEmpty(other)); }
+CString& CString::operator=(const CString& other) { return *this = CString(other); }
+
+int CString::Compare(const char* other) const { return std::strcmp(Get(), OrEmpty(other)); }
 
 void CString::Format(const char* format, ...) {
   va_list arguments;
@@ -20,11 +26,11 @@ void CString::Format(const char* format, ...) {
   va_copy(again, arguments);
   const int length = std::vsnprintf(nullptr, 0, format, arguments);
   va_end(arguments);
-  std::string result;
+  std::unique_ptr<char[]> result;
   if (length > 0) {
-    std::vector<char> buffer(static_cast<std::size_t>(length) + 1);
-    std::vsnprintf(buffer.data(), buffer.size(), format, again);
-    result.assign(buffer.data(), static_cast<std::size_t>(length));
+    const std::size_t bytes = static_cast<std::size_t>(length) + 1;
+    result.reset(new char[bytes]);
+    std::vsnprintf(result.get(), bytes, format, again);
   }
   va_end(again);
   text_.swap(result);  // last, because an argument may point into the old text

@@ -1,15 +1,21 @@
 #pragma once
 
-#include <string>
+#include <memory>
 
 /// The string of the interface: messages, names of variables and observations. Bytes, closed by a zero byte;
-/// no encoding is assumed. Throws nothing but std::bad_alloc.
+/// no encoding is assumed. One pointer wide, and no heap for the empty string, so that long lists of short names stay
+/// small. Throws nothing but std::bad_alloc.
 class CString {
  public:
   CString() = default;
   CString(const char* text);  // NOLINT: implicit on purpose; a null pointer gives the empty string
+  CString(const CString& other) : CString(other.Get()) {}
+  CString(CString&& other) noexcept = default;
+  CString& operator=(const CString& other);
+  CString& operator=(CString&& other) noexcept = default;
+  ~CString() = default;
 
-  operator const char*() const { return text_.c_str(); }  // NOLINT: implicit on purpose
+  operator const char*() const { return Get(); }  // NOLINT: implicit on purpose
 
   /// Order by bytes, as of strcmp: below, equal to or above 0. A null pointer counts as "".
   int Compare(const char* other) const;
@@ -18,7 +24,9 @@ class CString {
   void Format(const char* format, ...) __attribute__((format(printf, 2, 3)));
 
  private:
-  std::string text_;
+  const char* Get() const { return text_ ? text_.get() : ""; }
+
+  std::unique_ptr<char[]> text_;  ///< null for the empty string
 };
 
 bool operator==(const CString& a, const CString& b);

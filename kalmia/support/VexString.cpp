@@ -6,6 +6,12 @@
 #include <cstring>
 #include <system_error>
 
+namespace {
+
+int LowerCase(char c) { return c >= 'A' && c <= 'Z' ? c - 'A' + 'a' : static_cast<unsigned char>(c); }
+
+}  // namespace
+
 int VexString::lsprintf(char* buffer, const char* format, ...) {
   va_list arguments;
   va_start(arguments, format);
@@ -25,4 +31,14 @@ bool VexString::ToFloat(const char* text, float& value) {
   if (error != std::errc() || end != last) return false;
   value = *text == '-' ? -magnitude : magnitude;
   return true;
+}
+
+int VexString::CompareWithoutCase(const char* a, const char* b) {
+  if (!a) a = "";
+  if (!b) b = "";
+  while (*a && LowerCase(*a) == LowerCase(*b)) {
+    ++a;
+    ++b;
+  }
+  return LowerCase(*a) - LowerCase(*b);
 }

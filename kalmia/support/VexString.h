@@ -12,4 +12,7 @@ class VexString {
   /// them, and optionally e or E, an optional sign and digits. No blanks, no words such as "inf" or "nan", no
   /// hexadecimals. A number beyond the range of float, or not 0 but nearer to it than the smallest float, is none.
   static bool ToFloat(const char* text, float& value);
+
+  /// Order by bytes with A to Z counted as a to z, whatever the locale: below, equal to or above 0. Null counts as "".
+  static int CompareWithoutCase(const char* a, const char* b);
 };

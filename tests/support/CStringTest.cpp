@@ -2,6 +2,9 @@
 
 #include <gtest/gtest.h>
 
+#include <string>
+#include <utility>
+
 namespace {
 
 TEST(CString, IsEmptyByDefaultAndFromNull) {
@@ -33,6 +36,31 @@ TEST(CString, IsEqualWhereTheBytesAre) {
   EXPECT_TRUE(CString("a") == CString("a"));
   EXPECT_TRUE("a" == CString("a"));
   EXPECT_TRUE(CString("a") != "b");
+}
+
+TEST(CString, CopiesMovesAndAssigns) {
+  CString a("text");
+  CString b(a);
+  CString c;
+  c = b;
+  EXPECT_STREQ(c, "text");
+  const CString d(std::move(b));
+  EXPECT_STREQ(d, "text");
+  const CString& same = c;
+  c = same;
+  EXPECT_STREQ(c, "text") << "assigned to itself";
+  c = CString();
+  EXPECT_STREQ(c, "");
+  EXPECT_STREQ(a, "text");
+  a = static_cast<const char*>(a) + 2;
+  EXPECT_STREQ(a, "xt") << "a part of itself";
+}
+
+TEST(CString, FormatsToTheEmptyString) {
+  CString text("before");
+  text.Format("%s", "");
+  EXPECT_STREQ(text, "");
+  EXPECT_TRUE(text == CString());
 }
 
 }  // namespace

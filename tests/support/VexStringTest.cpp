@@ -54,6 +54,17 @@ TEST(VexString, TakesNothingElseForANumberAndLeavesTheValue) {
   EXPECT_FALSE(VexString::ToFloat(nullptr, value));
 }
 
+TEST(VexString, ComparesWithoutCase) {
+  EXPECT_EQ(VexString::CompareWithoutCase("Alpha", "aLPHA"), 0);
+  EXPECT_LT(VexString::CompareWithoutCase("alpha", "BETA"), 0);
+  EXPECT_GT(VexString::CompareWithoutCase("BETA", "alpha"), 0);
+  EXPECT_LT(VexString::CompareWithoutCase("Alp", "alpha"), 0);
+  EXPECT_LT(VexString::CompareWithoutCase("_", "A"), 0) << "between the cases a letter counts as the small one";
+  EXPECT_GT(VexString::CompareWithoutCase("\xE4", "z"), 0) << "bytes above 127 are no negative numbers";
+  EXPECT_NE(VexString::CompareWithoutCase("\xC4", "\xE4"), 0) << "no other letter has a case";
+  EXPECT_EQ(VexString::CompareWithoutCase(nullptr, ""), 0);
+}
+
 TEST(VexString, ReadsAPointWhateverTheLocale) {
   const std::string before = std::setlocale(LC_NUMERIC, nullptr);
   // Where the machine has none of these the test still holds, for the locale that it has.

@@ -1,0 +1,102 @@
+#include "kalmia/containers/NCStringVector.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace {
+
+std::size_t ToSize(int n) { return static_cast<std::size_t>(std::max(n, 0)); }
+
+}  // namespace
+
+NCStringVector::NCStringVector() : strings_(new Strings) {}
+
+NCStringVector::NCStringVector(int n) : strings_(new Strings(ToSize(n))) {}
+
+NCStringVector::NCStringVector(std::vector<CString> strings) : strings_(new Strings(std::move(strings))) {}
+
+NCStringVector::NCStringVector(const NCStringVector& other) : VexStreamBase(other), strings_(other.strings_) {}
+
+NCStringVector& NCStringVector::operator=(const NCStringVector& other) {
+  strings_ = other.strings_;
+  return *this;
+}
+
+NCStringVector::~NCStringVector() = default;
+
+void NCStringVector::Unlink() {
+  if (strings_.UseCount() > 1) ForceUnlink();
+}
+
+void NCStringVector::ForceUnlink() { NCStringVector(*strings_).swap(*this); }
+
+void NCStringVector::swap(NCStringVector& other) { strings_.swap(other.strings_); }
+
+void NCStringVector::Clear() { NCStringVector().swap(*this); }
+
+const CString& NCStringVector::operator()(int i, const CString& s) {
+  Unlink();
+  return (*strings_)[ToSize(i) - 1] = s;
+}
+
+void NCStringVector::Reserve(int n) {
+  Unlink();
+  strings_->reserve(ToSize(n));
+}
+
+void NCStringVector::push_back(const CString& s) {
+  Unlink();
+  strings_->push_back(s);
+}
+
+NCStringVector::Strings::iterator NCStringVector::Position(int at) {
+  Unlink();
+  return strings_->begin() + std::clamp(at - 1, 0, Size());
+}
+
+void NCStringVector::InsertStrings(int at) { InsertStrings(at, 1); }
+
+void NCStringVector::InsertStrings(int at, int n) { InsertStrings(at, n, CString()); }
+
+void NCStringVector::InsertStrings(int at, int n, const CString& s) {
+  if (n <= 0) return;
+  const Strings::iterator position = Position(at);
+  strings_->insert(position, ToSize(n), s);
+}
+
+void NCStringVector::RemoveStrings(int at, int n) {
+  if (n <= 0) return;
+  const Strings::iterator first = Position(at);
+  strings_->erase(first, first + std::min<std::ptrdiff_t>(n, strings_->end() - first));
+}
+
+void NCStringVector::Remove(const NCIntegralVector<int, -99>& indices) {
+  std::vector<bool> listed(ToSize(Size()) + 1);
+  for (int k = 1; k <= indices.Size(); ++k)
+    if (indices[k] >= 1 && indices[k] <= Size()) listed[ToSize(indices[k])] = true;
+  Strings kept;
+  for (int i = 1; i <= Size(); ++i)
+    if (!listed[ToSize(i)]) kept.push_back((*this)[i]);
+  NCStringVector(std::move(kept)).swap(*this);
+}
+
+void NCStringVector::Reduce(const NCIntegralVector<int, -99>& indices) {
+  Strings picked;
+  picked.reserve(ToSize(indices.Size()));
+  for (int k = 1; k <= indices.Size(); ++k) picked.push_back((*this)[indices[k]]);
+  NCStringVector(std::move(picked)).swap(*this);
+}
+
+void NCStringVector::Concat(const NCStringVector& v) {
+  const NCStringVector added(v);  // a share of its own: `v` may be this vector
+  Unlink();
+  strings_->insert(strings_->end(), added.strings_->begin(), added.strings_->end());
+}
+
+void NCStringVector::Convert(const NCStringVector& from, std::vector<CString>& to) { to = *from.strings_; }
+
+void NCStringVector::Convert(const std::vector<CString>& from, NCStringVector& to) { to = NCStringVector(from); }
+
+bool NCStringVector::operator==(const NCStringVector& other) const {
+  return strings_.Get() == other.strings_.Get() || *strings_ == *other.strings_;
+}
