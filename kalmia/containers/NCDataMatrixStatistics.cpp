@@ -136,37 +136,18 @@ NCDataMatrix<T> NCDataMatrix<T>::SNV() const {
   return result;
 }
 
-template <class T>
-NCDataMatrix<T> NCDataMatrix<T>::GetRegressionCoefficients(const NCDataMatrix& Y) const {
-  NCDataMatrix* const target = matrixResultTarget_;
-  if (numMisVal_ != 0 || Y.numMisVal_ != 0) {
-    MatrixDestroyer<T> holder;
-    GetReturnMatrix(holder, rows_, rows_);
-    holder.matrix->SetAllValues(0);
-    return *holder.matrix;
-  }
-  matrixResultTarget_ = nullptr;
-  NCDataMatrix inverse(*this);
-  inverse.Transpose();
-  inverse.TransformToMprim_mul_M();  // X X'
-  inverse.TransformToInverse();
-  const NCDataMatrix inverseTimesX = inverse * *this;
-  return inverseTimesX.Result(target).MatrixMultiply(Y, /*transposeThis=*/false, /*transposeOther=*/true);
-}
-
-#define KALMIA_INSTANTIATE(T)                                                                         \
-  template long double NCDataMatrix<T>::GetMean() const;                                              \
-  template long double NCDataMatrix<T>::GetColumnMean(int) const;                                     \
-  template long double NCDataMatrix<T>::GetColumnSS(int, long double) const;                          \
-  template long double NCDataMatrix<T>::GetColumnStdDev(int, float) const;                            \
-  template long double NCDataMatrix<T>::GetColumnSkewness(int, int) const;                            \
-  template long double NCDataMatrix<T>::GetColumnSkewnessTest(int, int) const;                        \
-  template long double NCDataMatrix<T>::GetColumnKurtosis(int) const;                                 \
-  template long double NCDataMatrix<T>::GetColumnMedian(int) const;                                   \
-  template void NCDataMatrix<T>::GetColumnMinMax(int, T&, T&) const;                                  \
-  template void NCDataMatrix<T>::GetRowMinMax(int, T&, T&) const;                                     \
-  template NCDataMatrix<T> NCDataMatrix<T>::SNV() const;                                              \
-  template NCDataMatrix<T> NCDataMatrix<T>::GetRegressionCoefficients(const NCDataMatrix<T>&) const;
+#define KALMIA_INSTANTIATE(T)                                                   \
+  template long double NCDataMatrix<T>::GetMean() const;                        \
+  template long double NCDataMatrix<T>::GetColumnMean(int) const;               \
+  template long double NCDataMatrix<T>::GetColumnSS(int, long double) const;    \
+  template long double NCDataMatrix<T>::GetColumnStdDev(int, float) const;      \
+  template long double NCDataMatrix<T>::GetColumnSkewness(int, int) const;      \
+  template long double NCDataMatrix<T>::GetColumnSkewnessTest(int, int) const;  \
+  template long double NCDataMatrix<T>::GetColumnKurtosis(int) const;           \
+  template long double NCDataMatrix<T>::GetColumnMedian(int) const;             \
+  template void NCDataMatrix<T>::GetColumnMinMax(int, T&, T&) const;            \
+  template void NCDataMatrix<T>::GetRowMinMax(int, T&, T&) const;               \
+  template NCDataMatrix<T> NCDataMatrix<T>::SNV() const;
 KALMIA_INSTANTIATE(float)
 KALMIA_INSTANTIATE(double)
 #undef KALMIA_INSTANTIATE
