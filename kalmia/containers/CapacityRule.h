@@ -1,5 +1,7 @@
 #pragma once
 
+#include <limits>
+
 namespace kalmia {
 
 /// The capacity of a vector or matrix of capacity c in which n cells (or rows) are wanted. It never shrinks; it doubles
@@ -8,7 +10,9 @@ constexpr int GrownCapacity(int c, int n) {
   if (n <= c) return c;
   if (c == 0) return n < 4 ? 4 : n;
   const int step = c < 3000 ? c : 3000;
-  return n - c <= step ? c + step : n;  // n - c does not overflow, c + step might: then n is near the largest int
+  if (n - c > step) return n;
+  constexpr int kLargest = std::numeric_limits<int>::max();
+  return c > kLargest - step ? kLargest : c + step;
 }
 
 }  // namespace kalmia

@@ -60,11 +60,12 @@ bool NCDataVector<T>::ReadDirectory(std::istream& stream) {
   InputStreamDirectory directory(stream);
   int size = 0, count = 0;  // the count on the stream may lawfully be low: the cells are counted instead
   bool good = ReadFromStreamDir(size, directory, 0, false) && ReadFromStreamDir(count, directory, 1, false);
-  if (good && size != 0) {
-    std::istream* cells = directory.GetInput(2);
+  if (good) {
     // Exactly the cells: half or double the bytes are cells of the other type under the same magic.
-    good = cells && kalmia::BytesLeft(*cells) == static_cast<std::int64_t>(size) * static_cast<int>(sizeof(T)) &&
-           ReadCells(*cells, size);
+    std::istream* cells = directory.GetInput(2);
+    const std::int64_t bytes = cells ? kalmia::BytesLeft(*cells) : 0;
+    good = bytes == static_cast<std::int64_t>(size) * static_cast<int>(sizeof(T));
+    if (good && size > 0) good = ReadCells(*cells, size);
   }
   directory.Close();
   return good && !stream.fail();

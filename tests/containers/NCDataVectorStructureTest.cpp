@@ -1,0 +1,377 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <vector>
+
+#include "kalmia/containers/CapacityRule.h"
+#include "kalmia/containers/NCDataVector.h"
+#include "testing/RandomTables.h"
+
+// Size, capacity, insertion, removal.
+
+namespace {
+
+using ::testing::ElementsAre;
+
+TEST(CapacityRule, NeverShrinks) {
+  EXPECT_EQ(kalmia::GrownCapacity(10, 10), 10);
+  EXPECT_EQ(kalmia::GrownCapacity(10, 3), 10);
+  EXPECT_EQ(kalmia::GrownCapacity(10, 0), 10);
+}
+
+TEST(CapacityRule, StartsWithFourCellsOrWhatIsWanted) {
+  EXPECT_EQ(kalmia::GrownCapacity(0, 0), 0);
+  EXPECT_EQ(kalmia::GrownCapacity(0, 1), 4);
+  EXPECT_EQ(kalmia::GrownCapacity(0, 3), 4);
+  EXPECT_EQ(kalmia::GrownCapacity(0, 4), 4);
+  EXPECT_EQ(kalmia::GrownCapacity(0, 5), 5);
+  EXPECT_EQ(kalmia::GrownCapacity(0, 5000), 5000);
+}
+
+TEST(CapacityRule, DoublesBelow3000AndAdds3000FromThereOn) {
+  EXPECT_EQ(kalmia::GrownCapacity(1, 2), 2);
+  EXPECT_EQ(kalmia::GrownCapacity(2999, 3000), 5998);
+  EXPECT_EQ(kalmia::GrownCapacity(3000, 3001), 6000);
+  EXPECT_EQ(kalmia::GrownCapacity(3001, 3002), 6001);
+}
+
+TEST(CapacityRule, HonoursARequestBeyondTheStepExactly) {
+  EXPECT_EQ(kalmia::GrownCapacity(10, 20), 20);
+  EXPECT_EQ(kalmia::GrownCapacity(10, 21), 21);
+  EXPECT_EQ(kalmia::GrownCapacity(3000, 6001), 6001);
+}
+
+TEST(CapacityRule, StaysAnIntAtTheEndOfTheRange) {
+  EXPECT_EQ(kalmia::GrownCapacity(2147483000, 2147483647), 2147483647);
+}
+
+template <class T>
+class NCDataVectorStructure : public ::testing::Test {
+ protected:
+  /// How many cells can be appended before the block moves; the vector is full of them afterwards.
+  static int AppendedUntilTheBlockMoves(NCDataVector<T>* v) {
+    const T* block = v->GetVector();
+    for (int appended = 0;; ++appended) {
+      v->push_back(T(1));
+      if (v->GetVector() != block) return appended;
+    }
+  }
+};
+TYPED_TEST_SUITE(NCDataVectorStructure, CellTypes, CellTypeNames);
+
+TYPED_TEST(NCDataVectorStructure, CapacityOf2999GrowsTo5998AndOf3000To6000) {
+  NCDataVector<TypeParam> v(2999);
+  v.push_back(TypeParam(1));
+  EXPECT_EQ(this->AppendedUntilTheBlockMoves(&v), 5998 - 3000);
+  NCDataVector<TypeParam> w(3000);
+  w.push_back(TypeParam(1));
+  EXPECT_EQ(this->AppendedUntilTheBlockMoves(&w), 6000 - 3001);
+}
+
+TYPED_TEST(NCDataVectorStructure, ARequestBeyondTheStepIsHonouredExactly) {
+  NCDataVector<TypeParam> v(10);
+  v.Resize(50, TypeParam(1));
+  EXPECT_EQ(this->AppendedUntilTheBlockMoves(&v), 0);
+}
+
+TYPED_TEST(NCDataVectorStructure, TheFirstCellTakesRoomForFour) {
+  NCDataVector<TypeParam> v;
+  v.push_back(TypeParam(1));
+  EXPECT_EQ(this->AppendedUntilTheBlockMoves(&v), 3);
+}
+
+TYPED_TEST(NCDataVectorStructure, ReserveTakesExactlyWhatIsAskedAndKeepsTheCells) {
+  NCDataVector<TypeParam> v = VectorOf<TypeParam>({1, -99}), twin(v);
+  v.Reserve(7);
+  EXPECT_THAT(v, ElementsAre(1, -99));
+  EXPECT_EQ(v.GetNumMisVal(), 1);
+  EXPECT_NE(v.GetVector(), twin.GetVector());
+  EXPECT_EQ(this->AppendedUntilTheBlockMoves(&v), 5);
+  EXPECT_THAT(twin, ElementsAre(1, -99));
+}
+
+TYPED_TEST(NCDataVectorStructure, ReserveOfWhatIsThereDoesNothing) {
+  NCDataVector<TypeParam> v(5), twin(v);
+  v.Reserve(5);
+  v.Reserve(2);
+  EXPECT_EQ(v.GetVector(), twin.GetVector());
+  NCDataVector<TypeParam> empty;
+  empty.Reserve(3);
+  EXPECT_EQ(empty.Size(), 0);
+  EXPECT_EQ(this->AppendedUntilTheBlockMoves(&empty), 3);
+}
+
+TYPED_TEST(NCDataVectorStructure, SetSizeToThePresentSizeKeepsTheCells) {
+  NCDataVector<TypeParam> v = VectorOf<TypeParam>({1, -99, 3}), twin(v);
+  v.SetSize(3);
+  EXPECT_THAT(v, ElementsAre(1, -99, 3));
+  EXPECT_EQ(v.GetVector(), twin.GetVector());
+}
+
+TYPED_TEST(NCDataVectorStructure, SetSizeToAnyOtherSizeSetsAllMissing) {
+  for (int n : {0, 1, 2, 4, 9, 5000}) {
+    NCDataVector<TypeParam> v = VectorOf<TypeParam>({1, -99, 3}), twin(v);
+    v.SetSize(n);
+    EXPECT_EQ(CellsOf(v), std::vector<TypeParam>(static_cast<std::size_t>(n), kHole<TypeParam>));
+    EXPECT_EQ(v.GetNumMisVal(), n);
+    EXPECT_THAT(twin, ElementsAre(1, -99, 3));
+  }
+}
+
+TYPED_TEST(NCDataVectorStructure, SetSizeToFewerCellsKeepsTheBlock) {
+  NCDataVector<TypeParam> v(9, TypeParam(1));
+  const TypeParam* block = v.GetVector();
+  v.SetSize(2);
+  v.SetSize(9);
+  EXPECT_EQ(v.GetVector(), block);
+}
+
+TYPED_TEST(NCDataVectorStructure, ResizeKeepsTheCellsAndFillsTheNewOnes) {
+  NCDataVector<TypeParam> v = VectorOf<TypeParam>({1, -99, 3});
+  EXPECT_EQ(&v.Resize(5, TypeParam(7)), &v);
+  EXPECT_THAT(v, ElementsAre(1, -99, 3, 7, 7));
+  v.Resize(6);
+  EXPECT_THAT(v, ElementsAre(1, -99, 3, 7, 7, -99));
+  EXPECT_EQ(v.GetNumMisVal(), 2);
+  v.resize(1, TypeParam(7));
+  EXPECT_THAT(v, ElementsAre(1));
+  EXPECT_EQ(v.GetNumMisVal(), 0);
+  v.resize(0);
+  EXPECT_THAT(v, ElementsAre());
+}
+
+TYPED_TEST(NCDataVectorStructure, InsertsValuesAnywhere) {
+  for (int at = 1; at <= 4; ++at) {
+    NCDataVector<TypeParam> v = VectorOf<TypeParam>({1, 2, 3}), twin(v);
+    std::vector<TypeParam> expected = {1, 2, 3};
+    expected.insert(expected.begin() + at - 1, 2, kHole<TypeParam>);
+    v.InsertValues(at, 2, kHole<TypeParam>);
+    EXPECT_EQ(CellsOf(v), expected);
+    EXPECT_EQ(v.GetNumMisVal(), 2);
+    EXPECT_THAT(twin, ElementsAre(1, 2, 3));
+  }
+}
+
+TYPED_TEST(NCDataVectorStructure, InsertsIntoTheRoomThatIsThere) {
+  NCDataVector<TypeParam> v = VectorOf<TypeParam>({1, 2, 3});
+  v.Reserve(10);
+  const TypeParam* block = v.GetVector();
+  v.InsertValues(2, 3, TypeParam(7));
+  EXPECT_EQ(v.GetVector(), block);
+  EXPECT_THAT(v, ElementsAre(1, 7, 7, 7, 2, 3));
+}
+
+TYPED_TEST(NCDataVectorStructure, InsertsBehindTheEndWhereThePositionIsBeyondIt) {
+  NCDataVector<TypeParam> v = VectorOf<TypeParam>({1, 2});
+  v.InsertValues(100, 1, TypeParam(3));
+  v.InsertValues(100, VectorOf<TypeParam>({4, -99}));
+  EXPECT_THAT(v, ElementsAre(1, 2, 3, 4, -99));
+  EXPECT_EQ(v.GetNumMisVal(), 1);
+}
+
+TYPED_TEST(NCDataVectorStructure, InsertingNothingDoesNothing) {
+  NCDataVector<TypeParam> v = VectorOf<TypeParam>({1, 2}), twin(v);
+  v.InsertValues(1, 0, TypeParam(3));
+  v.InsertValues(1, NCDataVector<TypeParam>());
+  EXPECT_EQ(v.GetVector(), twin.GetVector());
+}
+
+TYPED_TEST(NCDataVectorStructure, InsertsAVectorWithItsHoles) {
+  NCDataVector<TypeParam> v = VectorOf<TypeParam>({1, -99});
+  v.InsertValues(2, VectorOf<TypeParam>({7, -99, -99}));
+  EXPECT_THAT(v, ElementsAre(1, 7, -99, -99, -99));
+  EXPECT_EQ(v.GetNumMisVal(), 3);
+}
+
+TYPED_TEST(NCDataVectorStructure, InsertsItselfOrATwin) {
+  NCDataVector<TypeParam> v = VectorOf<TypeParam>({1, -99});
+  v.Reserve(10);
+  v.InsertValues(2, v);
+  EXPECT_THAT(v, ElementsAre(1, 1, -99, -99));
+  NCDataVector<TypeParam> twin(v);
+  v.InsertValues(1, twin);
+  EXPECT_THAT(v, ElementsAre(1, 1, -99, -99, 1, 1, -99, -99));
+  EXPECT_THAT(twin, ElementsAre(1, 1, -99, -99));
+  EXPECT_TRUE(HasExactCounts(v));
+}
+
+TYPED_TEST(NCDataVectorStructure, RemovesValuesAnywhereAndKeepsTheBlock) {
+  for (int at = 1; at <= 4; ++at)
+    for (int n = 0; at + n <= 5; ++n) {
+      NCDataVector<TypeParam> v = VectorOf<TypeParam>({1, -99, 3, -99});
+      std::vector<TypeParam> expected = {1, -99, 3, -99};
+      expected.erase(expected.begin() + at - 1, expected.begin() + at - 1 + n);
+      const TypeParam* block = v.GetVector();
+      v.RemoveValues(at, n);
+      EXPECT_EQ(CellsOf(v), expected);
+      EXPECT_TRUE(HasExactCounts(v));
+      EXPECT_EQ(v.GetVector(), block);
+    }
+}
+
+TYPED_TEST(NCDataVectorStructure, RemovalLeavesTwinsAlone) {
+  NCDataVector<TypeParam> v = VectorOf<TypeParam>({1, 2, 3}), twin(v);
+  v.RemoveValues(1, 0);
+  EXPECT_EQ(v.GetVector(), twin.GetVector());
+  v.RemoveValues(1, 1);
+  EXPECT_THAT(v, ElementsAre(2, 3));
+  EXPECT_THAT(twin, ElementsAre(1, 2, 3));
+}
+
+NCIntegralVector<int, -99> Indices(std::vector<int> list) {
+  return NCIntegralVector<int, -99>(list.data(), static_cast<int>(list.size()));
+}
+
+TYPED_TEST(NCDataVectorStructure, RemoveOfIndicesKeepsTheOthersInOrder) {
+  NCDataVector<TypeParam> v = VectorOf<TypeParam>({10, 20, 30, 40, 50});
+  v.Remove(Indices({4, 1, 4, 99}));
+  EXPECT_THAT(v, ElementsAre(20, 30, 50));
+  v.Remove(Indices({}));
+  EXPECT_THAT(v, ElementsAre(20, 30, 50));
+}
+
+TYPED_TEST(NCDataVectorStructure, RemoveOfIndicesNeitherUnlinksNorCounts) {
+  NCDataVector<TypeParam> v = VectorOf<TypeParam>({10, -99, 30}), twin(v);
+  v.Remove(Indices({2}));
+  EXPECT_EQ(v.GetVector(), twin.GetVector());
+  EXPECT_THAT(v, ElementsAre(10, 30));
+  EXPECT_EQ(v.GetNumMisVal(), 1);            // the hole is gone, its count is not
+  EXPECT_THAT(twin, ElementsAre(10, 30, 30));  // moved in the common block
+}
+
+TYPED_TEST(NCDataVectorStructure, RemoveOfAValueKeepsTheOthersInOrder) {
+  NCDataVector<TypeParam> v = VectorOf<TypeParam>({5, 1, 5, 5, 2, 3}), twin(v);
+  v.Remove(TypeParam(5));
+  EXPECT_THAT(v, ElementsAre(1, 2, 3));
+  EXPECT_EQ(v.GetNumMisVal(), 0);
+  v.Remove(TypeParam(5));
+  EXPECT_THAT(v, ElementsAre(1, 2, 3));
+  EXPECT_THAT(twin, ElementsAre(5, 1, 5, 5, 2, 3));
+  NCDataVector<TypeParam> empty;
+  empty.Remove(TypeParam(5));
+  EXPECT_THAT(empty, ElementsAre());
+}
+
+TYPED_TEST(NCDataVectorStructure, RemoveOfAValueSubtractsTheHolesThatStandInTheTail) {
+  // (5, 1, -99): 1 and -99 move to the front and the tail still holds -99, which is subtracted, though that hole stays.
+  NCDataVector<TypeParam> v = VectorOf<TypeParam>({5, 1, -99});
+  v.Remove(TypeParam(5));
+  EXPECT_THAT(v, ElementsAre(1, -99));
+  EXPECT_EQ(v.GetNumMisVal(), 0);
+  // (-99, 5, 1): the tail holds 1.
+  NCDataVector<TypeParam> w = VectorOf<TypeParam>({-99, 5, 1});
+  w.Remove(TypeParam(5));
+  EXPECT_THAT(w, ElementsAre(-99, 1));
+  EXPECT_EQ(w.GetNumMisVal(), 1);
+}
+
+TYPED_TEST(NCDataVectorStructure, RemoveOfTheMissingValueStartsFromZeroAndSubtractsTheTail) {
+  // (-99, 1, 2): the kept cells leave a tail of 2.
+  NCDataVector<TypeParam> v = VectorOf<TypeParam>({-99, 1, 2});
+  v.Remove(kHole<TypeParam>);
+  EXPECT_THAT(v, ElementsAre(1, 2));
+  EXPECT_EQ(v.GetNumMisVal(), 0);
+  // (1, -99, -99): nothing moves, both holes stand in the tail.
+  NCDataVector<TypeParam> w = VectorOf<TypeParam>({1, -99, -99});
+  w.Remove(kHole<TypeParam>);
+  EXPECT_THAT(w, ElementsAre(1));
+  EXPECT_EQ(w.GetNumMisVal(), -2);
+}
+
+TYPED_TEST(NCDataVectorStructure, RemoveOfTheMissingValueDoesNothingWhereNoneIsCounted) {
+  NCDataVector<TypeParam> v = VectorOf<TypeParam>({1, 2}), twin(v);
+  v.Remove(kHole<TypeParam>);
+  EXPECT_EQ(v.GetVector(), twin.GetVector());
+}
+
+TYPED_TEST(NCDataVectorStructure, ReduceTakesTheListedCellsInTheirOrder) {
+  NCDataVector<TypeParam> v = VectorOf<TypeParam>({10, -99, 30}), twin(v);
+  v.Reduce(Indices({3, 1, 3, 2, 2}));
+  EXPECT_THAT(v, ElementsAre(30, 10, 30, -99, -99));
+  EXPECT_EQ(v.GetNumMisVal(), 2);
+  EXPECT_THAT(twin, ElementsAre(10, -99, 30));
+  EXPECT_EQ(this->AppendedUntilTheBlockMoves(&v), 0);  // the new block has room for the listed cells alone
+}
+
+TYPED_TEST(NCDataVectorStructure, ReduceCountsAnewOnlyWhereHolesWereCounted) {
+  NCDataVector<TypeParam> v = VectorOf<TypeParam>({10, -99, 30});
+  v.Reduce(Indices({3, 1}));
+  EXPECT_EQ(v.GetNumMisVal(), 0);
+  v.TransformTo_Sub_d_x_Vt(1.0, VectorOf<TypeParam>({1, -99}));  // makes a hole and leaves the count at 0
+  v.Reduce(Indices({2, 2}));
+  EXPECT_THAT(v, ElementsAre(-99, -99));
+  EXPECT_EQ(v.GetNumMisVal(), 0);
+}
+
+TYPED_TEST(NCDataVectorStructure, ReduceToNothingEmpties) {
+  NCDataVector<TypeParam> v = VectorOf<TypeParam>({10, -99}), twin(v);
+  v.Reduce(Indices({}));
+  EXPECT_THAT(v, ElementsAre());
+  EXPECT_EQ(v.GetNumMisVal(), 0);
+  EXPECT_THAT(twin, ElementsAre(10, -99));
+}
+
+TYPED_TEST(NCDataVectorStructure, PushBackAppendsAndCounts) {
+  NCDataVector<TypeParam> v;
+  v.push_back(TypeParam(1));
+  v.push_back(kHole<TypeParam>);
+  NCDataVector<TypeParam> twin(v);
+  v.push_back(TypeParam(3));
+  EXPECT_THAT(v, ElementsAre(1, -99, 3));
+  EXPECT_EQ(v.GetNumMisVal(), 1);
+  EXPECT_THAT(twin, ElementsAre(1, -99));
+}
+
+TYPED_TEST(NCDataVectorStructure, InsertAtAPointerReturnsTheNewCell) {
+  NCDataVector<TypeParam> v = VectorOf<TypeParam>({1, 3}), twin(v);
+  TypeParam* cell = v.insert(v.begin() + 1, kHole<TypeParam>);
+  EXPECT_EQ(cell, v.begin() + 1);
+  EXPECT_THAT(v, ElementsAre(1, -99, 3));
+  EXPECT_EQ(v.GetNumMisVal(), 1);
+  v.insert(v.end(), TypeParam(4));
+  EXPECT_THAT(v, ElementsAre(1, -99, 3, 4));
+  EXPECT_THAT(twin, ElementsAre(1, 3));
+  NCDataVector<TypeParam> empty;
+  EXPECT_EQ(*empty.insert(empty.begin(), TypeParam(5)), 5);
+  EXPECT_THAT(empty, ElementsAre(5));
+}
+
+TYPED_TEST(NCDataVectorStructure, EraseAtAPointerReturnsTheCellBehind) {
+  NCDataVector<TypeParam> v = VectorOf<TypeParam>({1, -99, 3, 4}), twin(v);
+  TypeParam* behind = v.erase(v.begin() + 1);
+  EXPECT_EQ(behind, v.begin() + 1);
+  EXPECT_EQ(*behind, 3);
+  EXPECT_EQ(v.GetNumMisVal(), 0);
+  behind = v.erase(v.begin() + 1, v.end());
+  EXPECT_EQ(behind, v.end());
+  EXPECT_THAT(v, ElementsAre(1));
+  EXPECT_THAT(twin, ElementsAre(1, -99, 3, 4));
+}
+
+TYPED_TEST(NCDataVectorStructure, EraseOfAnEmptyRangeHandsOutCellsThatNobodyShares) {
+  NCDataVector<TypeParam> v = VectorOf<TypeParam>({1, 2}), twin(v);
+  *v.erase(v.begin(), v.begin()) = 7;
+  EXPECT_THAT(v, ElementsAre(7, 2));
+  EXPECT_THAT(twin, ElementsAre(1, 2));
+  NCDataVector<TypeParam> empty;
+  EXPECT_EQ(empty.erase(empty.begin(), empty.end()), empty.end());
+}
+
+TYPED_TEST(NCDataVectorStructure, UnInitialisedGapsAreNeverSeen) {
+  // Growth by one cell at a time through every step of the capacity up to a few blocks, in front and behind.
+  NCDataVector<TypeParam> v;
+  std::vector<TypeParam> expected;
+  for (int i = 0; i < 3100; ++i) {
+    const TypeParam cell = static_cast<TypeParam>(i);
+    if (i % 2 == 0) {
+      v.push_back(cell);
+      expected.push_back(cell);
+    } else {
+      v.InsertValues(1, 1, cell);
+      expected.insert(expected.begin(), cell);
+    }
+  }
+  EXPECT_EQ(CellsOf(v), expected);
+}
+
+}  // namespace
