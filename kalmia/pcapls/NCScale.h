@@ -101,12 +101,13 @@ class NCScale : public VexStreamBase {
   void FitCentres(const NCDataMatrix<float>& matrix);
   void FitFactors(const NCDataMatrix<float>& centred);
   static double FactorOf(const NCDataMatrix<float>& centred, int column, Scaling type);
-  bool ReadOldLayout(std::istream& stream);         ///< version 1
-  bool ReadStreamDirectory(std::istream& stream);   ///< version 2
-  bool ReadTypes(std::istream& stream);             ///< one type for each centre
+  bool ReadOldLayout(std::istream& stream);        ///< version 1
+  bool ReadStreamDirectory(std::istream& stream);  ///< version 2
+  bool ReadTypes(std::istream& stream);            ///< one type for each centre
+  void TakeMembersOf(const NCScale& other);
 
   std::shared_ptr<NCDataVector<float>> centres_;
   std::shared_ptr<NCDataVector<float>> scales_;
-  std::shared_ptr<std::vector<int>> types_;         ///< from 1: element 0 is dead
-  int variables_ = 0;                               ///< cells of each of the three
+  std::shared_ptr<std::vector<int>> types_;  ///< from 1: element 0 is dead
+  int variables_ = 0;                        ///< cells of each of the three
 };

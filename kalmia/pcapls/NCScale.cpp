@@ -1,0 +1,119 @@
+#include "kalmia/pcapls/NCScale.h"
+
+#include <cmath>
+
+#include "kalmia/support/LanguageString.h"
+
+namespace {
+
+constexpr float kNotFitted = static_cast<float>(kalmia::kMissing);
+
+// Beyond these a factor says nothing about the data any more.
+constexpr double kLargestFactor = 1e35;
+constexpr double kSmallestFactor = 1e-35;
+
+bool IsCentred(NCScale::Scaling type) {
+  return type == NCScale::ScalingCentre || type == NCScale::ScalingPareto || type == NCScale::ScalingUnitVariance;
+}
+
+bool IsMultiplied(NCScale::Scaling type) {
+  return type == NCScale::ScalingPareto || type == NCScale::ScalingUnitVariance;
+}
+
+[[noreturn]] void Refuse(int column, NCScaleError::Error code, unsigned text) {
+  throw NCScaleError(column, code, LanguageString::Get(text));
+}
+
+}  // namespace
+
+NCScaleError::NCScaleError(int column, Error code, const CString& message)
+    : NCError(message), Column(column), Code(code) {}
+
+NCScaleError* NCScaleError::Clone() const { return new NCScaleError(*this); }
+
+NCScale::NCScale() : NCScale(0) {}
+
+NCScale::NCScale(int variables)
+    : centres_(std::make_shared<NCDataVector<float>>(variables)),
+      scales_(std::make_shared<NCDataVector<float>>(variables)),
+      types_(std::make_shared<std::vector<int>>(static_cast<std::size_t>(variables) + 1, ScalingNone)),
+      variables_(variables) {}
+
+NCScale::NCScale(const NCScale& other)
+    : VexStreamBase(other),
+      centres_(std::make_shared<NCDataVector<float>>()),
+      scales_(std::make_shared<NCDataVector<float>>()),
+      types_(std::make_shared<std::vector<int>>(*other.types_)),
+      variables_(other.variables_) {
+  centres_->CopyContent(*other.centres_);
+  scales_->CopyContent(*other.scales_);
+}
+
+NCScale& NCScale::operator=(const NCScale& other) = default;
+
+NCScale::~NCScale() = default;
+
+void NCScale::SetType(int variable, Scaling type) {
+  int& present = (*types_)[static_cast<std::size_t>(variable)];
+  if (present == type) return;
+  (*centres_)(variable, kNotFitted);
+  (*scales_)(variable, kNotFitted);
+  present = type;
+}
+
+NCScale::Scaling NCScale::GetScaleType(int variable) const {
+  return static_cast<Scaling>((*types_)[static_cast<std::size_t>(variable)]);
+}
+
+const char* NCScale::GetScaleString(Scaling type) {
+  return kalmia::ScalingNames()[type];
+}
+
+void NCScale::ScaleMatrix(NCDataMatrix<float>* matrix, bool newModel) {
+  if (newModel)
+    ScaleWithNewModel(matrix);
+  else
+    ScaleWithCurrentModel(matrix);
+}
+
+void NCScale::ScaleWithNewModel(NCDataMatrix<float>* matrix) {
+  FitCentres(*matrix);
+  matrix->TransformToDotSubRowVector(*centres_);
+  FitFactors(*matrix);
+  matrix->TransformToColumnScaled(*scales_);
+}
+
+void NCScale::ScaleWithCurrentModel(NCDataMatrix<float>* matrix) {
+  if (matrix->SizeColumns() != variables_) Refuse(0, NCScaleError::ErrorWrongVariableCount, 10070);
+  matrix->TransformToDotSubRowVector(*centres_);
+  matrix->TransformToColumnScaled(*scales_);
+}
+
+void NCScale::FitCentres(const NCDataMatrix<float>& matrix) {
+  for (int j = 1; j <= variables_; ++j) {
+    const Scaling type = GetScaleType(j);
+    if (type == ScalingNone) (*centres_)(j, kNotFitted);
+    if (IsCentred(type)) (*centres_)(j, static_cast<float>(matrix.GetColumnMean(j)));
+  }
+}
+
+void NCScale::FitFactors(const NCDataMatrix<float>& centred) {
+  for (int j = 1; j <= variables_; ++j) {
+    const Scaling type = GetScaleType(j);
+    if (type == ScalingNone || type == ScalingCentre) (*scales_)(j, kNotFitted);
+    if (IsMultiplied(type)) (*scales_)(j, static_cast<float>(FactorOf(centred, j, type)));
+  }
+}
+
+double NCScale::FactorOf(const NCDataMatrix<float>& centred, int column, Scaling type) {
+  const int n = centred.SizeRows() - centred.GetColumnMisVal(column);
+  if (n < 2) Refuse(column, NCScaleError::ErrorTooFewValues, 10071);
+  // Around 0 and not around the mean: the centre was rounded to float before it was subtracted.
+  const double ss = static_cast<double>(centred.GetColumnSS(column, 0.0L));
+  if (ss == 0.0) Refuse(column, NCScaleError::ErrorVarianceOutOfRange, 10072);
+  const double deviation = std::sqrt(ss / (n - 1));
+  const double factor = 1.0 / (type == ScalingPareto ? std::sqrt(deviation) : deviation);
+  if (factor > kLargestFactor) Refuse(column, NCScaleError::ErrorVarianceOutOfRange, 10073);
+  if (factor < kSmallestFactor) Refuse(column, NCScaleError::ErrorFactorTooSmall, 10074);
+  return factor;
+}
