@@ -1,5 +1,7 @@
 #pragma once
 
+#include <array>
+
 #include "kalmia/containers/NCDataMatrix.h"
 #include "kalmia/containers/NCDataVector.h"
 #include "kalmia/support/NCProgress.h"
@@ -113,17 +115,17 @@ class NCPLS : public VexStreamBase {
   struct Component;
   class ConvergenceBar;
 
-  void InitialiseResults();                          ///< five result matrices of no rows
-  void StartY(const NCDataVector<float>* start, NCDataVector<float>* u) const;
-  int Iterate(NCProgress* progress, bool quiet, bool strict, const NCDataVector<float>* start,
-              Component* component) const;
-  void Append(const Component& component);           ///< all or nothing
+  void InitialiseResults();                        ///< five result matrices without rows
+  NCDataVector<float> StartOfU(const NCDataVector<float>* start) const;
+  Component Iterate(const NCDataVector<float>* start, bool strict, ConvergenceBar* bar) const;
+  void Append(const Component& component);         ///< all or nothing
   bool HasNewestComponent() const;
   void CalculateYResiduals();
-  bool ReadOldLayout(std::istream& stream);          ///< version 1
-  bool ReadStreamDirectory(std::istream& stream);    ///< version 2
+  std::array<NCDataMatrix<float>*, 7> Matrices();  ///< in the order of the members, which is that of the stream
+  void Swap(NCPLS* other);
+  bool ReadOldLayout(std::istream& stream);        ///< version 1
+  bool ReadStreamDirectory(std::istream& stream);  ///< version 2
   bool ShapesAgree() const;
-  void Clear();
 
   NCDataMatrix<float> cprim_;
   NCDataMatrix<float> pprim_;

@@ -1,0 +1,245 @@
+#include "kalmia/pcapls/NCPLS.h"
+
+#include <cmath>
+#include <memory>
+#include <utility>
+
+#include "kalmia/support/LanguageString.h"
+#include "kalmia/support/NCError.h"
+
+namespace {
+
+/// Below this over sqrt(K), |w| |u| / |X| says that X and u have nothing in common but rounding.
+constexpr double kSmallestRelation = 1e-6;
+
+/// A relative squared change below this counts as none at all.
+constexpr double kNoChange = 1e-30;
+
+/// Whether the weights w, not normalised yet, that u gave are too small, or not a number to go on with.
+bool IsUnrelated(const NCDataVector<float>& w, const NCDataVector<float>& u, double normOfX) {
+  const double normOfW = std::sqrt(static_cast<double>(w.GetSS()));
+  const double normOfU = std::sqrt(static_cast<double>(u.GetSS()));
+  const double relation = normOfW * normOfU / normOfX;
+  const int kind = std::fpclassify(relation);
+  if (kind == FP_NAN || kind == FP_INFINITE || kind == FP_SUBNORMAL) return true;
+  return kSmallestRelation / std::sqrt(static_cast<double>(w.Size())) > relation;
+}
+
+/// m = (log10(d) + 10) * 10 of the relative squared change d: at or below 0 a loop has converged, d <= 1e-10. A change
+/// that could not be measured (-99) ends it too.
+double ConvergenceMeasure(double change) { return change >= kNoChange ? (std::log10(change) + 10.0) * 10.0 : -1.0; }
+
+NCDataMatrix<float> AsMatrix(const NCDataVector<float>& column) {
+  NCDataMatrix<float> matrix;
+  matrix.InsertColumn(1, column);
+  return matrix;
+}
+
+NCDataMatrix<float> WithoutRows(int columns) {
+  NCDataMatrix<float> matrix;
+  matrix.SetSize(0, columns);
+  return matrix;
+}
+
+/// The same cells with their missing ones counted anew.
+NCDataVector<float> Recounted(const NCDataVector<float>& v) {
+  NCDataVector<float> counted;
+  if (v.Size() > 0) counted.CopyZeroBasedVector(v.begin(), v.Size());
+  return counted;
+}
+
+}  // namespace
+
+/// One component, each vector of its final size so that the iteration allocates nothing.
+struct NCPLS::Component {
+  Component(int observations, int xVariables, int yVariables)
+      : w(xVariables), p(xVariables), t(observations), c(yVariables) {}
+
+  NCDataVector<float> w;
+  NCDataVector<float> p;
+  NCDataVector<float> t;
+  NCDataVector<float> c;
+  NCDataVector<float> u;
+  int rounds = 0;
+};
+
+/// What the user sees of the iteration and how a stop comes in: the caller's bar, or one opened after the first round.
+class NCPLS::ConvergenceBar {
+ public:
+  ConvergenceBar(NCProgress* bar, int component, bool quiet, bool strict)
+      : bar_(bar), component_(component), quiet_(quiet), strict_(strict) {}
+
+  void Report(double measure, int round);
+  void ThrowIfStopped();
+
+ private:
+  void Open(float measure);
+
+  NCProgress* bar_;
+  std::unique_ptr<NCProgress> own_;
+  int component_;
+  bool quiet_;
+  bool strict_;
+};
+
+void NCPLS::ConvergenceBar::Open(float measure) {
+  CString title;
+  title.Format(LanguageString::Get(10047), component_);
+  own_ = std::make_unique<NCProgress>(title, -measure, 0.0F, false, false, true, nullptr);
+  bar_ = own_.get();
+}
+
+void NCPLS::ConvergenceBar::Report(double measure, int round) {
+  if (quiet_) return;
+  const float m = static_cast<float>(measure);
+  if (!bar_) return Open(m);
+  if (round == 1) bar_->SetRange(measure == 0.0 ? 1.0F : -m, 0.0F);
+  if (strict_ && !bar_->SetValue(-m)) throw NCError(LanguageString::Get(10160), NCError::Level2);
+}
+
+void NCPLS::ConvergenceBar::ThrowIfStopped() {
+  if (strict_ && bar_ && bar_->IsBreakPressed()) throw NCError(LanguageString::Get(10161), NCError::Level0);
+}
+
+NCPLS::NCPLS() = default;
+
+NCPLS::NCPLS(const NCDataMatrix<float>* X, const NCDataVector<float>* y, int maxIterations)
+    : xResiduals_(*X), yResiduals_(AsMatrix(*y)), maxIterations_(maxIterations) {
+  InitialiseResults();
+}
+
+NCPLS::NCPLS(const NCDataMatrix<float>* X, const NCDataMatrix<float>* Y, int maxIterations)
+    : xResiduals_(*X), yResiduals_(*Y), maxIterations_(maxIterations) {
+  InitialiseResults();
+}
+
+NCPLS::NCPLS(const NCDataMatrix<float>* X, const NCDataMatrix<float>* Y, const NCDataMatrix<float>* C,
+             const NCDataMatrix<float>* P, const NCDataMatrix<float>* W, const NCDataMatrix<float>* U,
+             const NCDataMatrix<float>* T, int maxIterations)
+    : cprim_(*C),
+      pprim_(*P),
+      wprim_(*W),
+      uprim_(*U),
+      tprim_(*T),
+      xResiduals_(*X),
+      yResiduals_(*Y),
+      components_(P->SizeRows()),
+      maxIterations_(maxIterations) {}
+
+NCPLS::~NCPLS() = default;
+
+void NCPLS::InitialiseResults() {
+  cprim_ = WithoutRows(yResiduals_.SizeColumns());
+  pprim_ = WithoutRows(xResiduals_.SizeColumns());
+  wprim_ = WithoutRows(xResiduals_.SizeColumns());
+  uprim_ = WithoutRows(xResiduals_.SizeRows());
+  tprim_ = WithoutRows(xResiduals_.SizeRows());
+}
+
+void NCPLS::NextComponent(NCProgress* progress, const NCDataVector<float>* start, bool quiet, bool strict) {
+  ConvergenceBar bar(progress, components_ + 1, quiet, strict);
+  Component component = Iterate(start, strict, &bar);
+  bar.ThrowIfStopped();
+  xResiduals_.Result(&component.p).SpecialNipalsRegressColumnsFix(component.t);
+  Append(component);
+}
+
+NCDataVector<float> NCPLS::StartOfU(const NCDataVector<float>* start) const {
+  if (!start || yResiduals_.SizeColumns() <= 1) return yResiduals_.GetNIPALSStartColumn();
+  const NCDataVector<float> t = xResiduals_.SpecialNipalsRegressRowsFix(*start, nullptr, 0);
+  const NCDataVector<float> c = yResiduals_.SpecialNipalsRegressColumnsFix(t);
+  return yResiduals_.SpecialNipalsRegressRowsFix(c, nullptr, 0);
+}
+
+NCPLS::Component NCPLS::Iterate(const NCDataVector<float>* start, bool strict, ConvergenceBar* bar) const {
+  Component component(xResiduals_.SizeRows(), xResiduals_.SizeColumns(), yResiduals_.SizeColumns());
+  auto& [w, p, t, c, u, rounds] = component;
+  u = StartOfU(start);
+  NCDataVector<float> nextU(xResiduals_.SizeRows());
+  const bool oneY = yResiduals_.SizeColumns() == 1;
+  const double normOfX = strict ? std::sqrt(static_cast<double>(xResiduals_.GetSS())) : 0.0;
+  double measure = 0.0;
+  do {
+    xResiduals_.Result(&w).SpecialNipalsRegressColumnsFix(u);
+    if (strict && IsUnrelated(w, u, normOfX)) throw NCError(LanguageString::Get(10159), NCError::Level1);
+    w.Normalise();
+    xResiduals_.Result(&t).SpecialNipalsRegressRowsFix(w, nullptr, 0);
+    yResiduals_.Result(&c).SpecialNipalsRegressColumnsFix(t);
+    yResiduals_.Result(&nextU).SpecialNipalsRegressRowsFix(c, nullptr, 0);
+    measure = oneY ? 0.0 : ConvergenceMeasure(static_cast<double>(nextU.Difference(u)));
+    std::swap(u, nextU);
+    bar->Report(measure, ++rounds);
+  } while (measure > 0.0 && rounds < maxIterations_);
+  return component;
+}
+
+void NCPLS::Append(const Component& component) {
+  const int row = components_ + 1;
+  const auto with = [row](const NCDataMatrix<float>& rows, const NCDataVector<float>& newest) {
+    NCDataMatrix<float> longer = rows;
+    longer.InsertRow(row, newest);
+    return longer;
+  };
+  NCDataMatrix<float> wprim = with(wprim_, component.w);
+  NCDataMatrix<float> pprim = with(pprim_, component.p);
+  NCDataMatrix<float> tprim = with(tprim_, component.t);
+  NCDataMatrix<float> uprim = with(uprim_, component.u);
+  NCDataMatrix<float> cprim = with(cprim_, component.c);
+  wprim_.swap(wprim);
+  pprim_.swap(pprim);
+  tprim_.swap(tprim);
+  uprim_.swap(uprim);
+  cprim_.swap(cprim);
+  components_ = row;
+  iterations_ = component.rounds;
+}
+
+bool NCPLS::HasNewestComponent() const {
+  return components_ >= 1 && components_ <= tprim_.SizeRows() && components_ <= pprim_.SizeRows() &&
+         components_ <= cprim_.SizeRows();
+}
+
+void NCPLS::CalculateResiduals() {
+  if (!HasNewestComponent()) return;
+  xResiduals_.AddVprimV(tprim_[components_], pprim_[components_], -1.0F);
+  CalculateYResiduals();
+}
+
+void NCPLS::CalculateYResiduals() {
+  if (HasNewestComponent()) yResiduals_.AddVprimV(tprim_[components_], cprim_[components_], -1.0F);
+}
+
+NCDataMatrix<float> NCPLS::GetWStarPrim(const NCDataMatrix<float>& W, const NCDataMatrix<float>& P) {
+  NCDataMatrix<float> wStar = W;
+  for (int a = 2; a <= W.SizeRows(); ++a) {
+    NCDataVector<float> row = W[a];
+    for (int j = 1; j < a; ++j) row.TransformTo_Sub_d_x_Vt(static_cast<double>(P[j] * W[a]), wStar[j]);
+    wStar.SetRow(a, Recounted(row));
+  }
+  return wStar;
+}
+
+NCDataMatrix<float> NCPLS::GetWStarPrim() const { return GetWStarPrim(wprim_, pprim_); }
+
+NCDataMatrix<float> NCPLS::GetRegressionCoefficients(const NCDataMatrix<float>& P, const NCDataMatrix<float>& W,
+                                                     const NCDataMatrix<float>& C) {
+  return GetWStarPrim(W, P).MatrixMultiply(C, /*transposeThis=*/true, /*transposeOther=*/false);
+}
+
+NCDataMatrix<float> NCPLS::GetRegressionCoefficients(int components) const {
+  if (components == -1 || components == pprim_.SizeRows()) return GetRegressionCoefficients(pprim_, wprim_, cprim_);
+  return GetRegressionCoefficients(pprim_.GetRowSubMatrix(1, components), wprim_.GetRowSubMatrix(1, components),
+                                   cprim_.GetRowSubMatrix(1, components));
+}
+
+void NCPLS::FlipComponent(int component) {
+  for (NCDataMatrix<float>* rows : {&cprim_, &pprim_, &wprim_, &uprim_, &tprim_}) rows->MultiplyRow(component, -1.0F);
+}
+
+void NCPLS::ShuffleYResiduals(int* order) {
+  if (components_ >= 1) throw NCError(LanguageString::Get(10162));
+  NCDataMatrix<float> shuffled = WithoutRows(yResiduals_.SizeColumns());
+  shuffled.ReserveRows(yResiduals_.SizeRows());
+  for (int i = 1; i <= yResiduals_.SizeRows(); ++i) shuffled.push_back(Recounted(yResiduals_[order[i]]));
+  yResiduals_.swap(shuffled);
+}
