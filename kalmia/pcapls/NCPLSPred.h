@@ -1,5 +1,7 @@
 #pragma once
 
+#include <memory>
+
 #include "kalmia/containers/NCDataMatrix.h"
 #include "kalmia/containers/NCDataVector.h"
 
@@ -57,7 +59,6 @@ class NCPLSPred : public NCPLSResiduals {
             const NCDataMatrix<float>& P, const NCDataMatrix<float>& C, float tolerance);
   NCPLSPred(const NCPLSPred&) = delete;
   NCPLSPred& operator=(const NCPLSPred&) = delete;
-  ~NCPLSPred() override;
 
   void CalcNextComponent();  ///< one component further in scores, X and prediction
 
@@ -68,9 +69,15 @@ class NCPLSPred : public NCPLSResiduals {
 
  private:
   friend class PLSCrossValidation;  // its rounds need no X residuals
-  void CalcLastComponent();         ///< the step without the change of X
+  using OwnedMatrix = std::unique_ptr<NCDataMatrix<float>>;
 
+  NCPLSPred(OwnedMatrix X, OwnedMatrix yPred, const NCDataMatrix<float>& W, const NCDataMatrix<float>& P,
+            const NCDataMatrix<float>& C, float tolerance);
+  void CalcLastComponent();  ///< the step without the change of X
+  void AddToPrediction();
+
+  OwnedMatrix ownedX_;       ///< null where the caller's matrices are worked in, as the next one
+  OwnedMatrix ownedYPred_;
   NCDataMatrix<float> c_;
   NCDataMatrix<float>* yPred_;
-  bool ownsMatrices_;
 };

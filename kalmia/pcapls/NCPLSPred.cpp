@@ -1,0 +1,85 @@
+#include "kalmia/pcapls/NCPLSPred.h"
+
+#include <algorithm>
+#include <utility>
+#include <vector>
+
+namespace {
+
+constexpr float kNoScore = static_cast<float>(kalmia::kMissing);
+
+}  // namespace
+
+NCPLSResiduals::NCPLSResiduals(NCDataMatrix<float>* X, const NCDataMatrix<float>& W, const NCDataMatrix<float>& P,
+                               float tolerance)
+    : NCDataVector<float>(X->SizeRows()), xResiduals_(X), w_(W), p_(P), missingTolerance_(tolerance) {}
+
+void NCPLSResiduals::CalcNextComponent() {
+  CalcScores();
+  AddToScored(xResiduals_, p_[compComputed_], -1.0F);
+}
+
+int NCPLSResiduals::MissingLimit() const {
+  const int variables = xResiduals_->SizeColumns();
+  const int limit = variables - compComputed_ - 1;
+  const float tolerated = static_cast<float>(variables) * missingTolerance_;
+  // Below -1, where no row qualifies either, a cut to a whole number might not fit one.
+  return tolerated < static_cast<float>(limit) ? static_cast<int>(std::max(tolerated, -1.0F)) : limit;
+}
+
+void NCPLSResiduals::CalcScores() {
+  const int limit = MissingLimit();
+  ++compComputed_;
+  xResiduals_->Result(this).SpecialNipalsRegressRowsFix(w_[compComputed_], nullptr, 0);
+  for (int i = 1; i <= Size(); ++i)
+    if ((*xResiduals_)[i].GetNumMisVal() > limit) (*this)(i, kNoScore);
+}
+
+void NCPLSResiduals::AddToScored(NCDataMatrix<float>* matrix, const NCDataVector<float>& v, float f) const {
+  if (GetNumMisVal() == 0) return matrix->AddVprimV(*this, v, f);
+  // A missing score would empty its row: those rows are put back afterwards.
+  NCDataVector<float> scores = *this;
+  std::vector<std::pair<int, NCDataVector<float>>> unscored;
+  for (int i = 1; i <= Size(); ++i)
+    if ((*this)[i] == kNoScore) {
+      unscored.emplace_back(i, (*matrix)[i]);
+      scores(i, 0.0F);
+    }
+  matrix->AddVprimV(scores, v, f);
+  for (const auto& [row, cells] : unscored) matrix->SetRow(row, cells);
+}
+
+NCPLSPred::NCPLSPred(const NCDataMatrix<float>* X, const NCDataMatrix<float>* W, const NCDataMatrix<float>* P,
+                     const NCDataMatrix<float>* C, float tolerance)
+    : NCPLSPred(*X, *W, *P, *C, tolerance) {}
+
+NCPLSPred::NCPLSPred(const NCDataMatrix<float>& X, const NCDataMatrix<float>& W, const NCDataMatrix<float>& P,
+                     const NCDataMatrix<float>& C, float tolerance)
+    : NCPLSPred(std::make_unique<NCDataMatrix<float>>(X),
+                std::make_unique<NCDataMatrix<float>>(X.SizeRows(), C.SizeColumns(), 0.0F), W, P, C, tolerance) {}
+
+NCPLSPred::NCPLSPred(bool, NCDataMatrix<float>* X, NCDataMatrix<float>* yPred, const NCDataMatrix<float>& W,
+                     const NCDataMatrix<float>& P, const NCDataMatrix<float>& C, float tolerance)
+    : NCPLSResiduals(X, W, P, tolerance), c_(C), yPred_(yPred) {
+  yPred_->SetAllValues(0.0F);
+}
+
+NCPLSPred::NCPLSPred(OwnedMatrix X, OwnedMatrix yPred, const NCDataMatrix<float>& W, const NCDataMatrix<float>& P,
+                     const NCDataMatrix<float>& C, float tolerance)
+    : NCPLSResiduals(X.get(), W, P, tolerance),
+      ownedX_(std::move(X)),
+      ownedYPred_(std::move(yPred)),
+      c_(C),
+      yPred_(ownedYPred_.get()) {}
+
+void NCPLSPred::CalcNextComponent() {
+  NCPLSResiduals::CalcNextComponent();
+  AddToPrediction();
+}
+
+void NCPLSPred::CalcLastComponent() {
+  CalcScores();
+  AddToPrediction();
+}
+
+void NCPLSPred::AddToPrediction() { AddToScored(yPred_, c_[GetCompComputed()], 1.0F); }
