@@ -6,6 +6,7 @@
 #include "kalmia/containers/NCDataVector.h"
 #include "kalmia/containers/NCIntegralVector.h"
 #include "kalmia/pcapls/NCPLS.h"
+#include "kalmia/pcapls/NCPLSPred.h"
 #include "kalmia/support/NCProgress.h"
 
 /// Judges one component of a PLS model by cross-validation over groups of observations: each group in turn is left out,
@@ -47,45 +48,54 @@ class PLSCrossValidation : public VexStreamBase {
   /// What Q2 has to exceed: 0.05 up to 100 observations, 0 above.
   float GetQ2Lim() const;
 
-  float GetQ2Tot() const { return q2Tot_; }        ///< of the last call, all cells of Y together
-  float GetQ2TotCum() const { return q2TotCum_; }  ///< over all calls
-  const NCDataVector<float>* GetQ2YVar() const { return &q2YVar_; }        ///< M
-  const NCDataVector<float>* GetQ2YVarCum() const { return &q2YVarCum_; }  ///< M
+  float GetQ2Tot() const { return results_.q2Tot; }        ///< of the last call, all cells of Y together
+  float GetQ2TotCum() const { return results_.q2TotCum; }  ///< over all calls
+  const NCDataVector<float>* GetQ2YVar() const { return &results_.q2YVar; }        ///< M
+  const NCDataVector<float>* GetQ2YVarCum() const { return &results_.q2YVarCum; }  ///< M
 
   // Of the last call. A round's w, c, p and row of TSet are turned together so that w points along the model's.
-  const NCDataMatrix<float>* GetWSet() const { return &wSet_; }  ///< a round's w in each row, rounds x K
-  const NCDataMatrix<float>* GetCSet() const { return &cSet_; }  ///< rounds x M
-  const NCDataMatrix<float>* GetPSet() const { return &pSet_; }  ///< rounds x K
-  const NCDataMatrix<float>* GetTSet() const { return &tSet_; }  ///< scores, predicted ones for the group, rounds x N
+  const NCDataMatrix<float>* GetWSet() const { return &results_.wSet; }  ///< a round's w in each row, rounds x K
+  const NCDataMatrix<float>* GetCSet() const { return &results_.cSet; }  ///< rounds x M
+  const NCDataMatrix<float>* GetPSet() const { return &results_.pSet; }  ///< rounds x K
+  /// Scores of all observations, predicted ones for those left out, rounds x N.
+  const NCDataMatrix<float>* GetTSet() const { return &results_.tSet; }
   /// Predicted scores, N: each from the round that left the observation out, with that round's own sign.
-  const NCDataVector<float>* GetTPred() const { return &tPred_; }
-  const NCDataMatrix<float>* GetYPredResiduals() const { return &yPredResiduals_; }  ///< y - predicted y, N x M
-  const NCDataVector<float>* GetSSY() const { return &ssY_; }  ///< SS of a round's Y after its component, per round
+  const NCDataVector<float>* GetTPred() const { return &results_.tPred; }
+  const NCDataMatrix<float>* GetYPredResiduals() const { return &results_.yPredResiduals; }  ///< y - prediction, N x M
+  const NCDataVector<float>* GetSSY() const { return &results_.ssY; }  ///< SS of a round's Y after its component
   /// SS of a round's Y before its component: exactly so for a model of one component, else the SSY of the last call.
-  const NCDataVector<float>* GetSSYOriginal() const { return &ssYOriginal_; }
+  const NCDataVector<float>* GetSSYOriginal() const { return &results_.ssYOriginal; }
 
  private:
-  struct Rounds;
+  /// All that a call computes, so that it can be put in place as a whole.
+  struct Results {
+    NCDataMatrix<float> yPredResiduals;
+    NCDataMatrix<float> wSet;
+    NCDataMatrix<float> cSet;
+    NCDataMatrix<float> pSet;
+    NCDataVector<float> tPred;
+    NCDataMatrix<float> tSet;
+    NCDataVector<float> q2YVar;
+    NCDataVector<float> q2YVarCum;
+    NCDataVector<float> ssY;
+    NCDataVector<float> ssYOriginal;
+    float q2Tot = 0.0F;
+    float q2TotCum = 0.0F;
+  };
+  struct Division;
 
-  void FitRound(int group, const NCDataVector<float>& w, int maxIterations, NCProgress* progress, bool quiet,
-                Rounds* results) const;
-  void PredictGroup(const NCPLS& round, const NCDataMatrix<float>& X, const std::vector<int>& positions,
-                    Rounds* results) const;
-  void Judge(const NCDataVector<float>& ssY);
+  NCDataMatrix<float> EmptySet(int columns) const;   ///< no rows, room for one a round
+  Division Divide(int group) const;
+  void CalcRound(int group, const NCDataVector<float>& w, int maxIterations, NCProgress* progress, bool quiet,
+                 Results* results) const;
+  void TakePrediction(const NCPLSPred& prediction, const std::vector<int>& positions, NCDataVector<float>* t,
+                      Results* results) const;
+  static void AppendRound(const NCPLS& round, const NCDataVector<float>& t, const NCDataVector<float>& w,
+                          Results* results);
+  void Judge(const NCDataVector<float>& ssY, Results* results) const;
 
-  NCDataMatrix<float> yPredResiduals_;
-  NCDataMatrix<float> wSet_;
-  NCDataMatrix<float> cSet_;
-  NCDataMatrix<float> pSet_;
-  NCDataVector<float> tPred_;
-  NCDataMatrix<float> tSet_;
-  NCDataVector<float> q2YVar_;
-  NCDataVector<float> q2YVarCum_;
-  NCDataVector<float> ssY_;
-  NCDataVector<float> ssYOriginal_;
   NCPLS* model_;  ///< not owned
   int rounds_;
-  float q2Tot_ = 0.0F;
-  float q2TotCum_ = 0.0F;
   NCIntegralVector<int, -99> observationGroups_;
+  Results results_;
 };

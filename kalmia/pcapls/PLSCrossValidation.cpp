@@ -1,0 +1,172 @@
+#include "kalmia/pcapls/PLSCrossValidation.h"
+
+#include <algorithm>
+#include <memory>
+
+#include "kalmia/pcapls/PCACrossValidation.h"
+#include "kalmia/pcapls/Q2.h"
+#include "kalmia/support/LanguageString.h"
+
+namespace {
+
+constexpr float kMissing = static_cast<float>(kalmia::kMissing);
+
+/// The share of its variables that a left-out observation may lack.
+constexpr float kMissingTolerance = 0.9999F;
+
+/// Up to so many observations Q2 has to exceed kQ2LimitOfFew, beyond them 0.
+constexpr int kFewObservations = 100;
+constexpr float kQ2LimitOfFew = 0.05F;
+
+/// y - yPred where both are there; y without a prediction, missing without y.
+float PredictionError(float y, float yPred) {
+  if (yPred == kMissing) return y;
+  return y == kMissing ? kMissing : y - yPred;
+}
+
+}  // namespace
+
+/// The model's tables without a group of observations, and the X of that group.
+struct PLSCrossValidation::Division {
+  NCDataMatrix<float> X;
+  NCDataMatrix<float> Y;
+  NCDataMatrix<float> leftOutX;
+  std::vector<int> leftOut;  ///< the observations of the group, in their order
+};
+
+PLSCrossValidation::PLSCrossValidation(NCPLS* model, int rounds, const NCIntegralVector<int, -99>* observationGroups)
+    : PLSCrossValidation(model, 0.0F, NCDataVector<float>(model->GetYResiduals()->SizeColumns(), 0.0F), rounds,
+                         observationGroups) {}
+
+PLSCrossValidation::PLSCrossValidation(NCPLS* model, float q2TotCum, const NCDataVector<float>& q2YVarCum, int rounds,
+                                       const NCIntegralVector<int, -99>* observationGroups)
+    : model_(model), rounds_(std::min(rounds, model->GetYResiduals()->SizeRows())) {
+  const NCDataMatrix<float>& Y = *model->GetYResiduals();
+  const int variables = model->GetXResiduals()->SizeColumns();
+  observationGroups_ =
+      observationGroups ? *observationGroups : GetDeafultCVGroupsVector(Y.SizeRows(), rounds_);
+  results_.yPredResiduals = NCDataMatrix<float>(Y.SizeRows(), Y.SizeColumns());
+  results_.wSet = EmptySet(variables);
+  results_.cSet = EmptySet(Y.SizeColumns());
+  results_.pSet = EmptySet(variables);
+  results_.tSet = EmptySet(Y.SizeRows());
+  results_.tPred = NCDataVector<float>(Y.SizeRows());
+  results_.q2YVar = NCDataVector<float>(Y.SizeColumns());
+  results_.q2YVarCum = q2YVarCum;
+  results_.ssY = NCDataVector<float>(rounds);
+  results_.ssYOriginal = NCDataVector<float>(rounds);
+  results_.q2TotCum = q2TotCum;
+}
+
+NCDataMatrix<float> PLSCrossValidation::EmptySet(int columns) const {
+  NCDataMatrix<float> set;
+  set.SetSize(0, columns);
+  set.ReserveRows(rounds_);
+  return set;
+}
+
+void PLSCrossValidation::NextComponent(const NCDataVector<float>* w, int maxIterations, const NCDataVector<float>& ssY,
+                                       NCProgress* progress, bool quiet) {
+  std::unique_ptr<NCProgress> own;
+  if (!progress && !quiet) own = std::make_unique<NCProgress>("", 0.0F, 1.0F, false, false, true, nullptr);
+  NCProgress* bar = own ? own.get() : progress;
+  Results results = results_;
+  results.wSet = EmptySet(results.wSet.SizeColumns());
+  results.cSet = EmptySet(results.cSet.SizeColumns());
+  results.pSet = EmptySet(results.pSet.SizeColumns());
+  results.tSet = EmptySet(results.tSet.SizeColumns());
+  results.ssYOriginal = results.ssY;
+  for (int group = 0; group < rounds_; ++group) CalcRound(group, *w, maxIterations, bar, quiet, &results);
+  Judge(ssY, &results);
+  results_ = results;
+}
+
+PLSCrossValidation::Division PLSCrossValidation::Divide(int group) const {
+  const NCDataMatrix<float>& X = *model_->GetXResiduals();
+  const NCDataMatrix<float>& Y = *model_->GetYResiduals();
+  Division division;
+  for (NCDataMatrix<float>* part : {&division.X, &division.leftOutX}) {
+    part->SetSize(0, X.SizeColumns());
+    part->ReserveRows(X.SizeRows());
+  }
+  division.Y.SetSize(0, Y.SizeColumns());
+  division.Y.ReserveRows(Y.SizeRows());
+  for (int i = 1; i <= X.SizeRows(); ++i)
+    if (observationGroups_[i] == group) {
+      division.leftOutX.push_back(X[i]);
+      division.leftOut.push_back(i);
+    } else {
+      division.X.push_back(X[i]);
+      division.Y.push_back(Y[i]);
+    }
+  return division;
+}
+
+void PLSCrossValidation::CalcRound(int group, const NCDataVector<float>& w, int maxIterations, NCProgress* progress,
+                                   bool quiet, Results* results) const {
+  if (progress) {
+    CString text;
+    text.Format(LanguageString::Get(10163), group + 1, rounds_);
+    progress->SetText(text);
+  }
+  const Division division = Divide(group);
+  if (model_->GetComponents() == 1) results->ssYOriginal(group + 1, static_cast<float>(division.Y.GetSS()));
+  NCPLS round(&division.X, &division.Y, maxIterations);
+  round.NextComponent(progress, &w, quiet, /*strict=*/false);
+  round.CalculateYResiduals();
+  results->ssY(group + 1, static_cast<float>(round.GetYResiduals()->GetSS()));
+
+  NCPLSPred prediction(division.leftOutX, *round.GetWprim(), *round.GetPprim(), *round.GetCprim(), kMissingTolerance);
+  prediction.CalcLastComponent();
+  NCDataVector<float> t(model_->GetXResiduals()->SizeRows());
+  for (int i = 1, kept = 1; i <= t.Size(); ++i)
+    if (observationGroups_[i] != group) t(i, (*round.GetTprim())[1][kept++]);
+  TakePrediction(prediction, division.leftOut, &t, results);
+  AppendRound(round, t, w, results);
+}
+
+void PLSCrossValidation::TakePrediction(const NCPLSPred& prediction, const std::vector<int>& leftOut,
+                                        NCDataVector<float>* t, Results* results) const {
+  const NCDataMatrix<float>& Y = *model_->GetYResiduals();
+  int k = 0;
+  for (const int i : leftOut) {
+    ++k;
+    const float score = (*prediction.GetTPred())[k];
+    (*t)(i, score);
+    results->tPred(i, score);
+    for (int j = 1; j <= Y.SizeColumns(); ++j)
+      results->yPredResiduals(i, j, PredictionError(Y[i][j], (*prediction.GetYPred())[k][j]));
+  }
+}
+
+void PLSCrossValidation::AppendRound(const NCPLS& round, const NCDataVector<float>& t, const NCDataVector<float>& w,
+                                     Results* results) {
+  results->wSet.push_back((*round.GetWprim())[1]);
+  results->cSet.push_back((*round.GetCprim())[1]);
+  results->pSet.push_back((*round.GetPprim())[1]);
+  results->tSet.push_back(t);
+  const int row = results->wSet.SizeRows();
+  if (!(results->wSet[row] * w < 0.0L)) return;
+  for (NCDataMatrix<float>* set : {&results->wSet, &results->pSet, &results->tSet, &results->cSet})
+    set->MultiplyRow(row, -1.0F);
+}
+
+void PLSCrossValidation::Judge(const NCDataVector<float>& ssY, Results* results) const {
+  const NCDataMatrix<float>& Y = *model_->GetYResiduals();
+  double press = 0.0;
+  for (int j = 1; j <= Y.SizeColumns(); ++j) {
+    const double pressOfColumn = static_cast<double>(results->yPredResiduals.GetColumnSS(j, 0.0L));
+    if (pressOfColumn != kMissing) press += pressOfColumn;
+    const double ss = static_cast<double>(Y.GetColumnSS(j, 0.0L));
+    const kalmia::Q2 q2 = kalmia::JudgeVariable(ss, pressOfColumn, results->q2YVarCum[j], ssY[j]);
+    results->q2YVar(j, q2.value);
+    results->q2YVarCum(j, q2.cumulated);
+  }
+  const kalmia::Q2 total = kalmia::JudgeTotal(static_cast<double>(Y.GetSS()), press, results->q2TotCum);
+  results->q2Tot = total.value;
+  results->q2TotCum = total.cumulated;
+}
+
+float PLSCrossValidation::GetQ2Lim() const {
+  return model_->GetXResiduals()->SizeRows() <= kFewObservations ? kQ2LimitOfFew : 0.0F;
+}

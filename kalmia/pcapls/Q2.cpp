@@ -1,0 +1,29 @@
+#include "kalmia/pcapls/Q2.h"
+
+#include <algorithm>
+
+#include "kalmia/containers/Missing.h"
+
+namespace kalmia {
+
+namespace {
+
+Q2 Judge(double ss, double press, float cumulated) {
+  const double ratio = std::min(press / ss, kLargestUnexplainedRatio);
+  return {static_cast<float>((ss - press) / ss), static_cast<float>(1.0 - (1.0 - cumulated) * ratio)};
+}
+
+}  // namespace
+
+Q2 JudgeVariable(double ss, double press, float cumulated, float ssOriginal) {
+  if (ss >= kSmallestVariance) return Judge(ss, press, cumulated);
+  const bool hadVariance = ssOriginal >= kSmallestVariance && ssOriginal != kMissing;
+  return {0.0F, hadVariance ? 1.0F : 0.0F};
+}
+
+Q2 JudgeTotal(double ss, double press, float cumulated) {
+  if (ss >= kSmallestVariance) return Judge(ss, press, cumulated);
+  return {0.0F, 1.0F};
+}
+
+}  // namespace kalmia
