@@ -1,0 +1,110 @@
+#include "kalmia/kernels/ColumnThreads.h"
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <mutex>
+#include <set>
+#include <thread>
+#include <vector>
+
+#include "kalmia/kernels/Slices.h"
+#include "testing/RandomTables.h"
+#include "testing/Threads.h"
+
+namespace {
+
+/// Who took which position, and how often each was taken.
+class Ledger {
+ public:
+  explicit Ledger(int n) : taken_(n + 1) {}
+
+  int Take(int first, int last) {
+    for (int i = first; i <= last; ++i) ++taken_[i];
+    const std::lock_guard<std::mutex> lock(mutex_);
+    threads_.insert(std::this_thread::get_id());
+    return last - first + 1;
+  }
+
+  bool EachOnce() const {
+    for (std::size_t i = 1; i < taken_.size(); ++i)
+      if (taken_[i] != 1) return false;
+    return true;
+  }
+  int Threads() const { return static_cast<int>(threads_.size()); }
+  bool Includes(std::thread::id id) const { return threads_.count(id) > 0; }
+
+ private:
+  std::vector<std::atomic<int>> taken_;
+  std::set<std::thread::id> threads_;
+  std::mutex mutex_;
+};
+
+TEST(ColumnThreads, TakeEveryColumnOnceOnAsManyThreadsAsThereAreSlices) {
+  for (int processors : {1, 2, 3, 4})
+    for (int n : {1, 9, 10, 1000}) {
+      const Threads threads(processors);
+      const NCMultiThreading::ColumnSliceRange slices(1, n, processors);
+      Ledger ledger(n);
+      EXPECT_EQ(kalmia::ForColumnThreads(n, [&](int first, int last) { return ledger.Take(first, last); }), n);
+      EXPECT_TRUE(ledger.EachOnce());
+      EXPECT_EQ(ledger.Threads(), slices.GetNumSlices());
+      EXPECT_TRUE(ledger.Includes(std::this_thread::get_id()));
+    }
+}
+
+TEST(ColumnThreads, DoNothingWithoutColumns) {
+  EXPECT_EQ(kalmia::ForColumnThreads(0, [](int, int) -> int { throw "called"; }), 0);
+}
+
+TEST(ColumnThreads, AreJoinedBeforeAnExceptionOfTheCallingThreadLeaves) {
+  const Threads threads(3);
+  std::atomic<int> finished{0};
+  const auto slice = [&](int first, int) -> int {
+    if (first == 1) throw 1;
+    std::this_thread::sleep_for(std::chrono::milliseconds(20));
+    return ++finished;
+  };
+  EXPECT_THROW(kalmia::ForColumnThreads(30, slice), int);
+  EXPECT_EQ(finished, 2);
+}
+
+TEST(Slices, TakeEveryPositionOnceForAnyTeamAndGrain) {
+  for (int team : {1, 2, 3, 5})
+    for (int grain : {1, 16})
+      for (int n : {0, 1, 15, 16, 17, 100}) {
+        Ledger ledger(n);
+        EXPECT_EQ(kalmia::ForSlices(n, team, grain, [&](int first, int last) { return ledger.Take(first, last); }), n);
+        EXPECT_TRUE(ledger.EachOnce());
+        EXPECT_LE(ledger.Threads(), team);
+      }
+}
+
+TEST(Slices, StartAtWholeGrains) {
+  std::mutex mutex;
+  std::set<int> starts;
+  kalmia::ForSlices(100, 3, 16, [&](int first, int) {
+    const std::lock_guard<std::mutex> lock(mutex);
+    starts.insert(first);
+    return 0;
+  });
+  for (int first : starts) EXPECT_EQ((first - 1) % 16, 0);
+}
+
+TEST(ColumnThreads, LargeTablesGiveTheSameBitsWithOneTwoAndThreeThreads) {
+  // 700 x 700 cells pay for threads.
+  for (double holes : {0.05, 0.3})
+    for (double holesOfV : {0.0, 0.3}) {
+      const auto X = RandomMatrix<float>(700, 700, holes, 1);
+      const auto v = RandomVector<float>(700, holesOfV, 2);
+      std::vector<std::vector<float>> results;
+      for (int processors : {1, 2, 3}) {
+        const Threads threads(processors);
+        results.push_back(CellsOf(X.SpecialNipalsRegressColumnsFix(v)));
+      }
+      EXPECT_EQ(results[1], results[0]);
+      EXPECT_EQ(results[2], results[0]);
+    }
+}
+
+}  // namespace
