@@ -1,0 +1,28 @@
+#!/usr/bin/env bash
+# Installs the Debian packages that Kalmia is built from, but only those that are missing.
+set -euo pipefail
+
+packages=(
+  g++ cmake ninja-build
+  libboost-dev libboost-thread-dev libboost-filesystem-dev  # threads, paths, functions
+  libhwy-dev                                                # vector instructions
+  libssl-dev                                                # MD5
+  libcli11-dev nlohmann-json3-dev libcsv-dev                # the command: options, JSON, CSV
+  libgtest-dev libgmock-dev                                 # the tests
+)
+
+missing=()
+for package in "${packages[@]}"; do
+  dpkg-query -W -f='${Status}' "$package" 2>/dev/null | grep -q 'ok installed' || missing+=("$package")
+done
+if [ ${#missing[@]} -eq 0 ]; then exit 0; fi
+
+echo "== Installing with apt-get: ${missing[*]}"
+as_root=()
+if [ "$(id -u)" -ne 0 ]; then
+  command -v sudo >/dev/null || { echo "Run this as root, or install sudo: ${missing[*]} are missing." >&2; exit 1; }
+  as_root=(sudo)
+fi
+export DEBIAN_FRONTEND=noninteractive
+"${as_root[@]}" apt-get update -qq
+"${as_root[@]}" apt-get install -y -qq --no-install-recommends "${missing[@]}"
