@@ -8,6 +8,7 @@
 #include <string>
 
 #include "PlainPls.h"
+#include "RelatedTables.h"
 #include "kalmia/support/LanguageString.h"
 #include "kalmia/support/NCError.h"
 #include "testing/RandomTables.h"
@@ -20,29 +21,6 @@ using ::testing::ElementsAre;
 
 constexpr float kMissing = kHole<float>;
 constexpr int kComponents = 3;
-
-void AddComponent(NCPLS* model) {
-  model->NextComponent(nullptr, nullptr, /*quiet=*/true, /*strict=*/true);
-  model->CalculateResiduals();
-}
-
-/// Tables of `rows` observations that X explains in part: Y is made of X and noise.
-struct Tables {
-  NCDataMatrix<float> X;
-  NCDataMatrix<float> Y;
-};
-
-Tables RelatedTables(int rows, int xVariables, int yVariables, double holes, unsigned seed) {
-  Tables tables{RandomMatrix<float>(rows, xVariables, holes, seed),
-                RandomMatrix<float>(rows, yVariables, holes, seed + 100)};
-  for (int i = 1; i <= rows; ++i)
-    for (int j = 1; j <= yVariables; ++j) {
-      const float x = tables.X[i][1 + (j - 1) % xVariables];
-      const float y = tables.Y[i][j];
-      if (x != kMissing && y != kMissing) tables.Y(i, j, 2.0F * x + 0.5F * y);
-    }
-  return tables;
-}
 
 struct Shape {
   const char* name;
@@ -311,183 +289,6 @@ TEST(NCPLS, GivesAnObservationWithoutDataNoScore) {
   EXPECT_EQ((*model.GetTprim())[1].GetNumMisVal(), 1);
 }
 
-// ---- W* and the coefficients
-
-TEST(NCPLSWStar, IsWTimesTheInverseOfPW) {
-  const Tables tables = RelatedTables(15, 6, 2, 0.0, 10);
-  NCPLS model(&tables.X, &tables.Y, 100);
-  for (int a = 1; a <= 4; ++a) AddComponent(&model);
-  const plain::Table W = plain::TableOf(*model.GetWprim());
-  const plain::Table P = plain::TableOf(*model.GetPprim());
-  // With components in rows: W* = (W P')^-1 W, the transpose of W (P'W)^-1. The recursion takes P'W as upper triangular
-  // with a unit diagonal, which holds up to the float rounding of w, p and X: below 1e-6 in these cells.
-  const plain::Table expected = plain::Product(plain::Inverse(plain::Product(W, plain::Transposed(P))), W);
-  const plain::Table wStar = plain::TableOf(model.GetWStarPrim());
-  for (std::size_t a = 0; a < wStar.size(); ++a) EXPECT_LT(plain::RelativeGap(wStar[a], expected[a]), 4e-6) << a;
-}
-
-TEST(NCPLSWStar, GivesTheScoresFromTheUndeflatedTable) {
-  const Tables tables = RelatedTables(15, 6, 2, 0.0, 11);
-  NCPLS model(&tables.X, &tables.Y, 100);
-  for (int a = 1; a <= 4; ++a) AddComponent(&model);
-  const plain::Table scores =
-      plain::Product(plain::TableOf(model.GetWStarPrim()), plain::Transposed(plain::TableOf(tables.X)));
-  const plain::Table T = plain::TableOf(*model.GetTprim());
-  // As above; a score is shorter than X, here by less than 10.
-  for (std::size_t a = 0; a < T.size(); ++a) EXPECT_LT(plain::RelativeGap(scores[a], T[a]), 1e-5) << a;
-}
-
-TEST(NCPLSWStar, FollowsItsRecursionOnNumbersWorkedByHand) {
-  const NCDataMatrix<float> W = MatrixOf<float>({{1, 0, 0}, {0, 1, 0}, {0, 0, 1}});
-  const NCDataMatrix<float> P = MatrixOf<float>({{1, 2, 3}, {0, 1, 4}, {0, 0, 1}});
-  // w*1 = w1; w*2 = w2 - 2 w*1; w*3 = w3 - (p1 w3) w*1 - (p2 w3) w*2 = w3 - 3 w*1 - 4 w*2 = (5, -4, 1). The products
-  // are with w3 itself: with what w*3 has become after the first step they would be 3 and 4 - 0 alike, but for p2.
-  const NCDataMatrix<float> wStar = NCPLS::GetWStarPrim(W, P);
-  EXPECT_THAT(CellsOf(wStar[1]), ElementsAre(1, 0, 0));
-  EXPECT_THAT(CellsOf(wStar[2]), ElementsAre(-2, 1, 0));
-  EXPECT_THAT(CellsOf(wStar[3]), ElementsAre(5, -4, 1));
-}
-
-TEST(NCPLSWStar, MultipliesWithTheRowOfWAndNotWithWhatItHasBecome) {
-  const NCDataMatrix<float> W = MatrixOf<float>({{1, 0}, {0, 1}, {1, 1}});
-  const NCDataMatrix<float> P = MatrixOf<float>({{1, 1}, {1, 1}, {1, 1}});
-  // w*2 = w2 - 1 w*1 = (-1, 1); w*3 = w3 - 2 w*1 - 2 w*2 = (1, 1) - (2, 0) - (-2, 2) = (1, -1). With the row as it is
-  // after the first step, (-1, 1), the second product would be 0.
-  EXPECT_THAT(CellsOf(NCPLS::GetWStarPrim(W, P)[3]), ElementsAre(1, -1));
-}
-
-TEST(NCPLSWStar, HasNoRowsWithoutComponents) {
-  NCDataMatrix<float> none;
-  none.SetSize(0, 4);
-  const NCDataMatrix<float> wStar = NCPLS::GetWStarPrim(none, none);
-  EXPECT_EQ(wStar.SizeRows(), 0);
-  EXPECT_EQ(wStar.SizeColumns(), 4);
-}
-
-TEST(NCPLSWStar, PassesAHoleOnToLaterRowsAndCountsIt) {
-  const NCDataMatrix<float> W = MatrixOf<float>({{1, kMissing, 0}, {0, 1, 0}, {0, 0, 1}});
-  const NCDataMatrix<float> P = MatrixOf<float>({{1, 2, 3}, {0, 1, 4}, {0, 0, 1}});
-  const NCDataMatrix<float> C = MatrixOf<float>({{1.0F}, {1.0F}, {1.0F}});
-  const NCDataMatrix<float> wStar = NCPLS::GetWStarPrim(W, P);
-  EXPECT_THAT(CellsOf(wStar[2]), ElementsAre(-2, kMissing, 0));
-  EXPECT_THAT(CellsOf(wStar[3]), ElementsAre(5, kMissing, 1));
-  EXPECT_TRUE(HasExactCounts(wStar));
-  // A hole that the counts did not know of would enter the product as -99.
-  EXPECT_THAT(CellsOf(NCPLS::GetRegressionCoefficients(P, W, C).GetColumn(1)), ElementsAre(4, kMissing, 1));
-}
-
-TEST(NCPLSCoefficients, OfAllComponentsAreThoseOfTheirNumber) {
-  const Tables tables = RelatedTables(12, 5, 2, 0.1, 12);
-  NCPLS model(&tables.X, &tables.Y, 50);
-  for (int a = 1; a <= 3; ++a) AddComponent(&model);
-  const auto all = CellsOf(model.GetRegressionCoefficients(-1));
-  EXPECT_EQ(CellsOf(model.GetRegressionCoefficients(3)), all);
-  EXPECT_EQ(CellsOf(NCPLS::GetRegressionCoefficients(*model.GetPprim(), *model.GetWprim(), *model.GetCprim())), all);
-  EXPECT_EQ(all.size(), 5U);
-  EXPECT_EQ(all.front().size(), 2U);
-}
-
-TEST(NCPLSCoefficients, OfTheFirstComponentsAreThoseOfTheSmallerModel) {
-  const Tables tables = RelatedTables(12, 5, 2, 0.1, 13);
-  NCPLS model(&tables.X, &tables.Y, 50);
-  NCPLS smaller(&tables.X, &tables.Y, 50);
-  for (int a = 1; a <= 3; ++a) AddComponent(&model);
-  for (int a = 1; a <= 2; ++a) AddComponent(&smaller);
-  EXPECT_EQ(CellsOf(model.GetRegressionCoefficients(2)), CellsOf(smaller.GetRegressionCoefficients(-1)));
-}
-
-TEST(NCPLSCoefficients, OfNoComponentsAreZero) {
-  const Tables tables = RelatedTables(6, 3, 2, 0.0, 14);
-  NCPLS model(&tables.X, &tables.Y, 50);
-  for (const int components : {-1, 0}) {
-    const NCDataMatrix<float> none = model.GetRegressionCoefficients(components);
-    ASSERT_EQ(none.SizeRows(), 3);
-    for (int k = 1; k <= 3; ++k) EXPECT_THAT(CellsOf(none[k]), ElementsAre(0, 0));
-  }
-}
-
-TEST(NCPLSCoefficients, OfAsManyComponentsAsVariablesAreThoseOfLeastSquares) {
-  const Tables tables = RelatedTables(20, 3, 1, 0.0, 15);
-  NCPLS model(&tables.X, &tables.Y, 50);
-  for (int a = 1; a <= 3; ++a) AddComponent(&model);
-  const plain::Table X = plain::TableOf(tables.X);
-  const plain::Table XtX = plain::Product(plain::Transposed(X), X);
-  const plain::Table b =
-      plain::Product(plain::Inverse(XtX), plain::Product(plain::Transposed(X), plain::TableOf(tables.Y)));
-  const plain::Vector found = plain::VectorOf(model.GetRegressionCoefficients(-1).GetColumn(1));
-  // The columns of X are random, their condition is below 3: a few roundings of 2^-24 grow by its square at most.
-  EXPECT_LT(plain::RelativeGap(found, plain::Transposed(b).front()), 3 * 9 * 0x1p-24);
-}
-
-// ---- The guard against X and Y that have nothing to do with each other
-
-/// X has its only cell that is not 0 in the first row, y is (cosine, 1): the cosine of the angle between y and X, up to
-/// cosine^2, is what the guard compares with 1e-6 / sqrt(K).
-Tables NearlyOrthogonal(int xVariables, float cosine) {
-  Tables tables{NCDataMatrix<float>(2, xVariables, 0.0F), MatrixOf<float>({{cosine}, {1.0F}})};
-  tables.X(1, 1, 1.0F);
-  return tables;
-}
-
-struct Relation {
-  const char* what;
-  Tables tables;
-  bool related;
-};
-
-TEST(NCPLSGuard, FailsBelowAMillionthOverTheRootOfTheNumberOfVariables) {
-  const float inf = std::numeric_limits<float>::infinity();
-  const Relation relations[] = {
-      {"one variable, above", NearlyOrthogonal(1, 1.1e-6F), true},
-      {"one variable, below", NearlyOrthogonal(1, 0.9e-6F), false},
-      {"four variables, above", NearlyOrthogonal(4, 0.55e-6F), true},
-      {"four variables, below", NearlyOrthogonal(4, 0.45e-6F), false},
-      {"orthogonal", NearlyOrthogonal(1, 0.0F), false},
-      {"no variance in X", {NCDataMatrix<float>(2, 1, 0.0F), MatrixOf<float>({{1.0F}, {2.0F}})}, false},
-      {"no variance in Y", {MatrixOf<float>({{1.0F}, {2.0F}}), NCDataMatrix<float>(2, 1, 0.0F)}, false},
-      {"no data in X", {NCDataMatrix<float>(2, 1), MatrixOf<float>({{1.0F}, {2.0F}})}, false},
-      {"no data in Y", {MatrixOf<float>({{1.0F}, {2.0F}}), NCDataMatrix<float>(2, 1)}, false},
-      {"a NaN", {MatrixOf<float>({{std::nanf("")}, {2.0F}}), MatrixOf<float>({{1.0F}, {2.0F}})}, false},
-      {"an infinity", {MatrixOf<float>({{inf}, {2.0F}}), MatrixOf<float>({{1.0F}, {2.0F}})}, false},
-  };
-  for (const Relation& relation : relations) {
-    SCOPED_TRACE(relation.what);
-    NCPLS model(&relation.tables.X, &relation.tables.Y, 50);
-    const std::string before = StreamOf(model);
-    if (relation.related) {
-      EXPECT_NO_THROW(model.NextComponent(nullptr, nullptr, /*quiet=*/true, /*strict=*/true));
-      continue;
-    }
-    try {
-      model.NextComponent(nullptr, nullptr, /*quiet=*/true, /*strict=*/true);
-      ADD_FAILURE() << "no error";
-    } catch (const NCError& error) {
-      EXPECT_EQ(error.GetLevel(), NCError::Level1);
-      EXPECT_EQ(error.GetMessage(), LanguageString::Get(10159));
-    }
-    EXPECT_EQ(StreamOf(model), before);
-    EXPECT_EQ(model.GetComponents(), 0);
-
-    EXPECT_NO_THROW(model.NextComponent(nullptr, nullptr, /*quiet=*/true, /*strict=*/false));
-    EXPECT_EQ(model.GetComponents(), 1) << "not strict, it is appended as it is";
-    EXPECT_EQ(model.GetWprim()->SizeRows(), 1);
-  }
-}
-
-TEST(NCPLSGuard, LetsTheModelGoOnAfterAFailure) {
-  // One component explains all of y; the second one finds nothing and leaves the model as it is.
-  const NCDataMatrix<float> X = MatrixOf<float>({{1, 0}, {-1, 0}, {0, 1}, {0, -1}});
-  const NCDataMatrix<float> Y = MatrixOf<float>({{1.0F}, {-1.0F}, {0.0F}, {0.0F}});
-  NCPLS model(&X, &Y, 50);
-  AddComponent(&model);
-  const std::string before = StreamOf(model);
-  EXPECT_THROW(model.NextComponent(nullptr, nullptr, /*quiet=*/true, /*strict=*/true), NCError);
-  EXPECT_EQ(StreamOf(model), before);
-  EXPECT_EQ(model.GetComponents(), 1);
-  EXPECT_NO_THROW(model.NextComponent(nullptr, nullptr, /*quiet=*/true, /*strict=*/false));
-  EXPECT_EQ(model.GetComponents(), 2);
-}
-
 TEST(NCPLS, EndsQuietlyWhereNoChangeCanBeMeasured) {
   const NCDataMatrix<float> X = RandomMatrix<float>(4, 3, 0.0, 1);
   const NCDataMatrix<float> Y(4, 2);  // no data: u has no cell to compare
@@ -496,8 +297,6 @@ TEST(NCPLS, EndsQuietlyWhereNoChangeCanBeMeasured) {
   EXPECT_EQ(model.GetIterations(), 1);
   EXPECT_THAT(CellsOf((*model.GetUprim())[1]), Each(kMissing));
 }
-
-// ---- Shuffling
 
 TEST(NCPLSShuffle, PutsTheRowsOfYIntoTheGivenOrder) {
   const Tables tables = RelatedTables(5, 3, 2, 0.3, 16);

@@ -7,8 +7,7 @@
 #include <memory>
 #include <string>
 
-#include "PlainPls.h"
-#include "kalmia/pcapls/NCPLSPred.h"
+#include "CrossValidationCase.h"
 #include "kalmia/pcapls/PCACrossValidation.h"
 #include "kalmia/support/LanguageString.h"
 #include "testing/RandomTables.h"
@@ -23,42 +22,7 @@ using Groups = NCIntegralVector<int, -99>;
 
 constexpr float kMissing = kHole<float>;
 
-NCDataVector<float> ColumnSquaresOf(const NCDataMatrix<float>& matrix) {
-  NCDataVector<float> squares(matrix.SizeColumns());
-  for (int j = 1; j <= squares.Size(); ++j) squares(j, static_cast<float>(matrix.GetColumnSS(j, 0.0L)));
-  return squares;
-}
-
 Groups GroupsOf(const std::vector<int>& numbers) { return Groups(numbers.data(), static_cast<int>(numbers.size())); }
-
-/// A model and what its cross-validation needs; Y is made of X and noise.
-struct Case {
-  Case(int rows, int xVariables, int yVariables, double holes, unsigned seed = 1)
-      : X(RandomMatrix<float>(rows, xVariables, holes, seed)),
-        Y(RandomMatrix<float>(rows, yVariables, holes, seed + 100)) {
-    for (int i = 1; i <= rows; ++i)
-      for (int j = 1; j <= yVariables; ++j)
-        if (X[i][j] != kMissing && Y[i][j] != kMissing) Y(i, j, 3.0F * X[i][j] + 0.5F * Y[i][j]);
-    Restart();
-  }
-  Case(const NCDataMatrix<float>& x, const NCDataMatrix<float>& y) : X(x), Y(y) { Restart(); }
-
-  void Restart() {
-    model = std::make_unique<NCPLS>(&X, &Y, maxIterations);
-    ssY = ColumnSquaresOf(Y);
-  }
-  void AddComponent() { model->NextComponent(nullptr, nullptr, /*quiet=*/true, /*strict=*/false); }
-  const NCDataVector<float>& Weights() const { return (*model->GetWprim())[model->GetComponents()]; }
-  void Validate(PLSCrossValidation* validation, NCProgress* progress = nullptr, bool quiet = true) const {
-    validation->NextComponent(&Weights(), maxIterations, ssY, progress, quiet);
-  }
-
-  NCDataMatrix<float> X;
-  NCDataMatrix<float> Y;
-  int maxIterations = 100;
-  NCDataVector<float> ssY;
-  std::unique_ptr<NCPLS> model;
-};
 
 /// Everything that a validation holds, for comparisons to the bit.
 std::string Everything(const PLSCrossValidation& validation) {
@@ -70,146 +34,10 @@ std::string Everything(const PLSCrossValidation& validation) {
   return all.str();
 }
 
-// ---- Against a twin in double that leaves groups out
-
-struct Shape {
-  const char* name;
-  int rows, xVariables, yVariables;
-  double holes;
-};
-
-class PLSCrossValidationOnTables : public ::testing::TestWithParam<Shape> {};
-
-const Shape kShapes[] = {{"OneY", 20, 5, 1, 0.0},          {"ThreeY", 20, 5, 3, 0.0},
-                         {"Wide", 15, 40, 2, 0.0},         {"OneYWithHoles", 25, 6, 1, 0.15},
-                         {"ThreeYWithHoles", 25, 6, 3, 0.15}, {"WideWithHoles", 15, 40, 2, 0.15}};
-
-INSTANTIATE_TEST_SUITE_P(, PLSCrossValidationOnTables, ::testing::ValuesIn(kShapes),
-                         [](const ::testing::TestParamInfo<Shape>& info) { return info.param.name; });
-
-/// The prediction errors of one component, all in double. Each round runs exactly `roundsOfLoop` rounds.
-plain::Table ErrorsOfTwin(const plain::Table& X, const plain::Table& Y, const plain::Vector& w, const Groups& groups,
-                          int rounds, int roundsOfLoop) {
-  plain::Table errors = Y;
-  for (int group = 0; group < rounds; ++group) {
-    plain::Table keptX, keptY;
-    for (std::size_t i = 0; i < X.size(); ++i)
-      if (groups[static_cast<int>(i) + 1] != group) {
-        keptX.push_back(X[i]);
-        keptY.push_back(Y[i]);
-      }
-    const plain::Component component = plain::Fit(keptX, keptY, &w, roundsOfLoop);
-    for (std::size_t i = 0; i < X.size(); ++i)
-      if (groups[static_cast<int>(i) + 1] == group) {
-        const double t = plain::RegressRows({X[i]}, component.w).front();
-        for (std::size_t j = 0; j < Y[i].size(); ++j)
-          if (!std::isnan(t)) errors[i][j] = Y[i][j] - t * component.c[j];
-      }
-  }
-  return errors;
-}
-
-TEST_P(PLSCrossValidationOnTables, Q2IsThatOfTheTwinInDoubleOverSeveralComponents) {
-  const Shape& shape = GetParam();
-  Case data(shape.rows, shape.xVariables, shape.yVariables, shape.holes);
-  // Two rounds of a loop that needs more, so that both sides do the same number; with one Y variable one is all.
-  data.maxIterations = 2;
-  const int roundsOfLoop = shape.yVariables == 1 ? 1 : 2;
-  data.Restart();
-  const int rounds = 7;
-  const Groups groups = GetDeafultCVGroupsVector(shape.rows, rounds);
-  PLSCrossValidation validation(data.model.get(), rounds, nullptr);
-  plain::Vector unexplained(static_cast<std::size_t>(shape.yVariables), 1.0);
-  double unexplainedTotal = 1.0;
-  for (int a = 1; a <= 3; ++a) {
-    SCOPED_TRACE("component " + std::to_string(a));
-    data.AddComponent();
-    data.Validate(&validation);
-    const plain::Table Y = plain::TableOf(*data.model->GetYResiduals());
-    const plain::Table errors = ErrorsOfTwin(plain::TableOf(*data.model->GetXResiduals()), Y,
-                                             plain::VectorOf(data.Weights()), groups, rounds, roundsOfLoop);
-    const plain::Table found = plain::TableOf(*validation.GetYPredResiduals());
-    // A prediction is off by the roundings of w, t and c (see NCPLSTest), 16 times 2^-24 of what the table has; an
-    // error of that size in each cell changes press / ss by twice as much, relative to ss.
-    const double tolerance = 32 * 0x1p-24;
-    EXPECT_LT(plain::RelativeGap(plain::Transposed(found).front(), plain::Transposed(errors).front()), tolerance);
-    for (std::size_t j = 0; j < unexplained.size(); ++j) {
-      const double ratio = plain::SquaresOf(plain::Transposed(errors)[j]) / plain::SquaresOf(plain::Transposed(Y)[j]);
-      unexplained[j] *= std::min(ratio, 1.1);
-      EXPECT_NEAR((*validation.GetQ2YVar())[static_cast<int>(j) + 1], 1.0 - ratio, tolerance * std::max(ratio, 1.0));
-      EXPECT_NEAR((*validation.GetQ2YVarCum())[static_cast<int>(j) + 1], 1.0 - unexplained[j], a * tolerance);
-    }
-    const double ratio = plain::SquaresOf(errors) / plain::SquaresOf(Y);
-    unexplainedTotal *= std::min(ratio, 1.1);
-    EXPECT_NEAR(validation.GetQ2Tot(), 1.0 - ratio, tolerance * std::max(ratio, 1.0));
-    EXPECT_NEAR(validation.GetQ2TotCum(), 1.0 - unexplainedTotal, a * tolerance);
-    data.model->CalculateResiduals();
-  }
-}
-
-TEST_P(PLSCrossValidationOnTables, RoundsAreModelsOfTheRestAndPredictionsOfTheGroupToTheBit) {
-  const Shape& shape = GetParam();
-  Case data(shape.rows, shape.xVariables, shape.yVariables, shape.holes);
-  const int rounds = 4;
-  const Groups groups = GetDeafultCVGroupsVector(shape.rows, rounds);
-  PLSCrossValidation validation(data.model.get(), rounds, &groups);
-  data.AddComponent();
-  data.Validate(&validation);
-  for (int group = 0; group < rounds; ++group) {
-    SCOPED_TRACE("group " + std::to_string(group));
-    NCDataMatrix<float> keptX, keptY, leftOut;
-    std::vector<int> kept, left;
-    for (int i = 1; i <= shape.rows; ++i) {
-      (groups[i] == group ? leftOut : keptX).push_back(data.X[i]);
-      (groups[i] == group ? left : kept).push_back(i);
-      if (groups[i] != group) keptY.push_back(data.Y[i]);
-    }
-    NCPLS round(&keptX, &keptY, data.maxIterations);
-    round.NextComponent(nullptr, &data.Weights(), /*quiet=*/true, /*strict=*/false);
-    round.CalculateResiduals();
-    NCPLSPred prediction(leftOut, *round.GetWprim(), *round.GetPprim(), *round.GetCprim(), 0.9999F);
-    prediction.CalcNextComponent();
-
-    const bool turned = (*round.GetWprim())[1] * data.Weights() < 0.0L;
-    for (std::size_t k = 0; k < left.size(); ++k) {
-      const float t = (*prediction.GetTPred())[static_cast<int>(k) + 1];
-      EXPECT_EQ((*validation.GetTPred())[left[k]], t) << "with the sign of its round";
-      EXPECT_EQ((*validation.GetTSet())[group + 1][left[k]], turned && t != kMissing ? -t : t);
-      for (int j = 1; j <= shape.yVariables; ++j) {
-        const float y = data.Y[left[k]][j];
-        const float expected = y == kMissing ? y : y - (*prediction.GetYPred())[static_cast<int>(k) + 1][j];
-        EXPECT_EQ((*validation.GetYPredResiduals())[left[k]][j], expected);
-      }
-    }
-    if (turned) round.FlipComponent(1);
-    EXPECT_EQ(CellsOf((*validation.GetWSet())[group + 1]), CellsOf((*round.GetWprim())[1]));
-    EXPECT_EQ(CellsOf((*validation.GetCSet())[group + 1]), CellsOf((*round.GetCprim())[1]));
-    EXPECT_EQ(CellsOf((*validation.GetPSet())[group + 1]), CellsOf((*round.GetPprim())[1]));
-    for (std::size_t k = 0; k < kept.size(); ++k)
-      EXPECT_EQ((*validation.GetTSet())[group + 1][kept[k]], (*round.GetTprim())[1][static_cast<int>(k) + 1]);
-    EXPECT_EQ((*validation.GetSSY())[group + 1], static_cast<float>(round.GetYResiduals()->GetSS()));
-    EXPECT_EQ((*validation.GetSSYOriginal())[group + 1], static_cast<float>(keptY.GetSS()));
-  }
-  for (const NCDataMatrix<float>* matrix :
-       {validation.GetWSet(), validation.GetCSet(), validation.GetPSet(), validation.GetTSet(),
-        validation.GetYPredResiduals()})
-    EXPECT_TRUE(HasExactCounts(*matrix));
-}
-
-TEST_P(PLSCrossValidationOnTables, LeavesTheModelAsItIs) {
-  const Shape& shape = GetParam();
-  Case data(shape.rows, shape.xVariables, shape.yVariables, shape.holes);
-  data.AddComponent();
-  const std::string before = StreamOf(*data.model);
-  PLSCrossValidation validation(data.model.get(), 5, nullptr);
-  data.Validate(&validation);
-  EXPECT_EQ(StreamOf(*data.model), before);
-}
-
 // ---- Set-up
 
 TEST(PLSCrossValidation, StartsAtZeroWithRoomForItsResults) {
-  Case data(10, 4, 2, 0.0);
+  CrossValidationCase data(10, 4, 2, 0.0);
   const PLSCrossValidation validation(data.model.get(), 7, nullptr);
   EXPECT_EQ(validation.GetQ2Tot(), 0.0F);
   EXPECT_EQ(validation.GetQ2TotCum(), 0.0F);
@@ -222,7 +50,7 @@ TEST(PLSCrossValidation, StartsAtZeroWithRoomForItsResults) {
 }
 
 TEST(PLSCrossValidation, CutsTheRoundsToTheObservationsAndDealsTheGroupsByTheCutNumber) {
-  Case data(5, 3, 1, 0.0);
+  CrossValidationCase data(5, 3, 1, 0.0);
   data.AddComponent();
   PLSCrossValidation tooMany(data.model.get(), 100, nullptr);
   PLSCrossValidation leaveOneOut(data.model.get(), 5, nullptr);
@@ -236,7 +64,7 @@ TEST(PLSCrossValidation, CutsTheRoundsToTheObservationsAndDealsTheGroupsByTheCut
 }
 
 TEST(PLSCrossValidation, TakesTheDefaultGroupsForNoneAndOtherwiseACopyOfThoseGiven) {
-  Case data(9, 3, 1, 0.0);
+  CrossValidationCase data(9, 3, 1, 0.0);
   data.AddComponent();
   Groups groups = GetDeafultCVGroupsVector(9, 7);
   PLSCrossValidation byDefault(data.model.get(), 7, nullptr);
@@ -248,7 +76,7 @@ TEST(PLSCrossValidation, TakesTheDefaultGroupsForNoneAndOtherwiseACopyOfThoseGiv
 }
 
 TEST(PLSCrossValidation, PredictsNoObservationThatNoRoundLeavesOut) {
-  Case data(6, 3, 1, 0.0);
+  CrossValidationCase data(6, 3, 1, 0.0);
   data.AddComponent();
   const Groups groups = GroupsOf({0, 1, 0, 1, 2, -1});
   PLSCrossValidation validation(data.model.get(), 2, &groups);
@@ -261,7 +89,7 @@ TEST(PLSCrossValidation, PredictsNoObservationThatNoRoundLeavesOut) {
 }
 
 TEST(PLSCrossValidation, LeavesNothingOutInARoundWhoseGroupIsEmpty) {
-  Case data(6, 3, 1, 0.0);
+  CrossValidationCase data(6, 3, 1, 0.0);
   data.AddComponent();
   const Groups groups = GroupsOf({0, 2, 0, 2, 0, 2});
   PLSCrossValidation validation(data.model.get(), 3, &groups);
@@ -271,7 +99,7 @@ TEST(PLSCrossValidation, LeavesNothingOutInARoundWhoseGroupIsEmpty) {
 }
 
 TEST(PLSCrossValidation, GoesOnFromTheCumulatedValuesItIsGiven) {
-  Case data(20, 5, 2, 0.1);
+  CrossValidationCase data(20, 5, 2, 0.1);
   PLSCrossValidation whole(data.model.get(), 7, nullptr);
   data.AddComponent();
   data.Validate(&whole);
@@ -289,7 +117,7 @@ TEST(PLSCrossValidation, GoesOnFromTheCumulatedValuesItIsGiven) {
 }
 
 TEST(PLSCrossValidation, CopiesEverythingButTheModel) {
-  Case data(12, 4, 2, 0.1);
+  CrossValidationCase data(12, 4, 2, 0.1);
   data.AddComponent();
   PLSCrossValidation original(data.model.get(), 4, nullptr);
   PLSCrossValidation copy = original;
@@ -306,7 +134,7 @@ TEST(PLSCrossValidation, CopiesEverythingButTheModel) {
 // ---- Sums of squares, signs, residuals
 
 TEST(PLSCrossValidation, TakesTheSumsOfTheLastCallAsOriginalFromTheSecondComponentOn) {
-  Case data(15, 4, 2, 0.0);
+  CrossValidationCase data(15, 4, 2, 0.0);
   PLSCrossValidation validation(data.model.get(), 3, nullptr);
   data.AddComponent();
   data.Validate(&validation);
@@ -319,7 +147,7 @@ TEST(PLSCrossValidation, TakesTheSumsOfTheLastCallAsOriginalFromTheSecondCompone
 }
 
 TEST(PLSCrossValidation, TurnsTheRoundsAlongTheModelsWeightsButNotTheirPredictions) {
-  Case data(12, 4, 1, 0.1);
+  CrossValidationCase data(12, 4, 1, 0.1);
   data.AddComponent();
   PLSCrossValidation validation(data.model.get(), 4, nullptr);
   data.Validate(&validation);
@@ -340,7 +168,7 @@ TEST(PLSCrossValidation, TurnsTheRoundsAlongTheModelsWeightsButNotTheirPredictio
 }
 
 TEST(PLSCrossValidation, LeavesYItselfAsResidualWhereARoundKnowsNothingOfTheVariable) {
-  Case data(8, 3, 2, 0.0);
+  CrossValidationCase data(8, 3, 2, 0.0);
   // The second Y variable is present in group 0 alone, so that the round that leaves it out has none of it.
   const Groups groups = GroupsOf({0, 1, 0, 1, 0, 1, 0, 1});
   for (const int i : {2, 4, 6, 8}) data.Y(i, 2, kMissing);
@@ -355,7 +183,7 @@ TEST(PLSCrossValidation, LeavesYItselfAsResidualWhereARoundKnowsNothingOfTheVari
 }
 
 TEST(PLSCrossValidation, PredictsTheMeanForAnObservationWithoutData) {
-  Case data(8, 3, 1, 0.0);
+  CrossValidationCase data(8, 3, 1, 0.0);
   data.X.SetRow(3, kMissing);
   data.Restart();
   data.AddComponent();
@@ -368,14 +196,14 @@ TEST(PLSCrossValidation, PredictsTheMeanForAnObservationWithoutData) {
 // ---- Q2 at its limits
 
 TEST(PLSCrossValidation, HasALimitOfOneTwentiethUpToAHundredObservations) {
-  Case hundred(100, 2, 1, 0.0);
-  Case more(101, 2, 1, 0.0);
+  CrossValidationCase hundred(100, 2, 1, 0.0);
+  CrossValidationCase more(101, 2, 1, 0.0);
   EXPECT_EQ(PLSCrossValidation(hundred.model.get(), 7, nullptr).GetQ2Lim(), 0.05F);
   EXPECT_EQ(PLSCrossValidation(more.model.get(), 7, nullptr).GetQ2Lim(), 0.0F);
 }
 
 TEST(PLSCrossValidation, GivesAVariableWithoutVarianceQ2ZeroAndCumulatedOneIfItHadSomeAtTheStart) {
-  Case data(10, 3, 3, 0.0);
+  CrossValidationCase data(10, 3, 3, 0.0);
   for (int i = 1; i <= 10; ++i) {
     data.Y(i, 2, 0.0F);
     data.Y(i, 3, kMissing);
@@ -398,7 +226,7 @@ TEST(PLSCrossValidation, GivesAVariableWithoutVarianceQ2ZeroAndCumulatedOneIfItH
 }
 
 TEST(PLSCrossValidation, GivesATableWithoutVarianceQ2ZeroAndCumulatedOne) {
-  Case data(10, 3, 1, 0.0);
+  CrossValidationCase data(10, 3, 1, 0.0);
   data.Y.SetAllValues(0.0F);
   data.Restart();
   data.AddComponent();
@@ -413,7 +241,7 @@ TEST(PLSCrossValidation, LowersTheCumulatedValueByAFactorOfOnePointOneAtMost) {
   // One X variable; y has outliers of opposite sign at its ends, each predicted from the other: press is far beyond ss.
   const NCDataMatrix<float> X = MatrixOf<float>({{10}, {10}, {1}, {-1}});
   const NCDataMatrix<float> Y = MatrixOf<float>({{10}, {-10}, {1}, {-1}});
-  Case data(X, Y);
+  CrossValidationCase data(X, Y);
   data.AddComponent();
   PLSCrossValidation validation(data.model.get(), 4, nullptr);
   data.Validate(&validation);
@@ -435,7 +263,7 @@ std::string RoundText(int round, int rounds) {
 }
 
 TEST(PLSCrossValidation, NamesEachRoundAndLeavesTheRangeToItsModel) {
-  Case data(9, 3, 1, 0.0);
+  CrossValidationCase data(9, 3, 1, 0.0);
   data.AddComponent();
   PLSCrossValidation validation(data.model.get(), 2, nullptr);
   ProgressLog log;
@@ -445,7 +273,7 @@ TEST(PLSCrossValidation, NamesEachRoundAndLeavesTheRangeToItsModel) {
 }
 
 TEST(PLSCrossValidation, OpensABarOfItsOwnUnlessQuiet) {
-  Case data(9, 3, 1, 0.0);
+  CrossValidationCase data(9, 3, 1, 0.0);
   data.AddComponent();
   PLSCrossValidation validation(data.model.get(), 2, nullptr);
   ProgressLog log;
@@ -458,7 +286,7 @@ TEST(PLSCrossValidation, OpensABarOfItsOwnUnlessQuiet) {
 }
 
 TEST(PLSCrossValidation, NamesItsRoundsOnAQuietCallersBarToo) {
-  Case data(9, 3, 1, 0.0);
+  CrossValidationCase data(9, 3, 1, 0.0);
   data.AddComponent();
   PLSCrossValidation validation(data.model.get(), 2, nullptr);
   ProgressLog log;
@@ -467,7 +295,7 @@ TEST(PLSCrossValidation, NamesItsRoundsOnAQuietCallersBarToo) {
 }
 
 TEST(PLSCrossValidation, RunsToItsEndWhateverTheUserWants) {
-  Case data(12, 4, 2, 0.1);
+  CrossValidationCase data(12, 4, 2, 0.1);
   data.AddComponent();
   PLSCrossValidation watched(data.model.get(), 3, nullptr);
   PLSCrossValidation silent(data.model.get(), 3, nullptr);
@@ -479,11 +307,11 @@ TEST(PLSCrossValidation, RunsToItsEndWhateverTheUserWants) {
 }
 
 TEST(PLSCrossValidation, NeverFailsOnTablesThatHaveNothingToSay) {
-  Case nan(8, 3, 2, 0.0);
+  CrossValidationCase nan(8, 3, 2, 0.0);
   nan.X(2, 2, std::nanf(""));
-  Case empty(NCDataMatrix<float>(8, 3), NCDataMatrix<float>(8, 2));
-  Case zero(NCDataMatrix<float>(8, 3, 0.0F), NCDataMatrix<float>(8, 2, 0.0F));
-  for (Case* data : {&nan, &empty, &zero}) {
+  CrossValidationCase empty(NCDataMatrix<float>(8, 3), NCDataMatrix<float>(8, 2));
+  CrossValidationCase zero(NCDataMatrix<float>(8, 3, 0.0F), NCDataMatrix<float>(8, 2, 0.0F));
+  for (CrossValidationCase* data : {&nan, &empty, &zero}) {
     data->Restart();
     data->AddComponent();
     PLSCrossValidation validation(data->model.get(), 4, nullptr);
@@ -513,7 +341,7 @@ class ThrowingSink : public NCProgress::Sink {
 };
 
 TEST(PLSCrossValidation, StaysAsItWasWhereTheBarThrows) {
-  Case data(12, 4, 2, 0.1);
+  CrossValidationCase data(12, 4, 2, 0.1);
   data.AddComponent();
   PLSCrossValidation validation(data.model.get(), 3, nullptr);
   data.Validate(&validation);
