@@ -10,7 +10,10 @@
 #include <type_traits>
 #include <vector>
 
+#include "kernels/SVDChecks.h"
 #include "testing/RandomTables.h"
+
+// The decomposition itself.
 
 namespace {
 
@@ -19,59 +22,6 @@ constexpr float kNoLimit = -99;
 template <class T>
 class NCSVDOf : public ::testing::Test {};
 TYPED_TEST_SUITE(NCSVDOf, CellTypes, CellTypeNames);
-
-template <class T>
-std::unique_ptr<NCSVD<T>> Decompose(const NCDataMatrix<T>& a) {
-  return std::unique_ptr<NCSVD<T>>(a.GetSVD());
-}
-
-/// max |M' M - I|, with M's columns first to `columns` only.
-template <class T>
-double DistanceFromOrthonormal(const NCDataMatrix<T>& m, int columns) {
-  double largest = 0;
-  for (int i = 1; i <= columns; ++i)
-    for (int j = 1; j <= columns; ++j) {
-      double sum = i == j ? -1 : 0;
-      for (const auto& row : m) sum += static_cast<double>(row[i]) * row[j];
-      largest = std::max(largest, std::abs(sum));
-    }
-  return largest;
-}
-
-/// max |U diag(W) V' - A|.
-template <class T>
-double DistanceFromProduct(const NCSVD<T>& svd, const NCDataMatrix<T>& a) {
-  double largest = 0;
-  for (int r = 1; r <= a.SizeRows(); ++r)
-    for (int c = 1; c <= a.SizeColumns(); ++c) {
-      double sum = -static_cast<double>(a[r][c]);
-      for (int k = 1; k <= svd.GetW()->Size(); ++k)
-        sum += static_cast<double>((*svd.GetU())[r][k]) * (*svd.GetW())[k] * (*svd.GetV())[c][k];
-      largest = std::max(largest, std::abs(sum));
-    }
-  return largest;
-}
-
-/// What the rounding of the stored cells may leave: each of the n reflections and of about 2 n sweeps moves a cell of an
-/// orthonormal matrix by at most a few units in the last place (Golub & Van Loan, 5.1 and 8.6), so that 8 n units bound
-/// the sum; for A in units of its norm.
-template <class T>
-double Rounding(int rows, int columns) {
-  return 8.0 * std::max(rows, columns) * std::numeric_limits<T>::epsilon();
-}
-
-template <class T>
-double LargestOf(const NCDataVector<T>& w) {
-  return w.Size() == 0 ? 0 : *std::max_element(w.begin(), w.end());
-}
-
-template <class T>
-NCDataMatrix<T> Diagonal(const std::vector<T>& cells) {
-  const int n = static_cast<int>(cells.size());
-  NCDataMatrix<T> d(n, n, T(0));
-  for (int i = 1; i <= n; ++i) d(i, i, cells[i - 1]);
-  return d;
-}
 
 template <class T>
 NCDataMatrix<T> Hilbert(int n) {
@@ -326,113 +276,6 @@ TYPED_TEST(NCSVDOf, NumbersNearTheEndsOfTheRangeAreDecomposed) {
 TYPED_TEST(NCSVDOf, SingularValuesBeyondTheRangeAreAFailure) {
   const NCDataMatrix<TypeParam> a(4, 4, std::numeric_limits<TypeParam>::max());
   EXPECT_EQ(Decompose(a)->GetStatus(), NCSVD<TypeParam>::StatusNotConverged);
-}
-
-TYPED_TEST(NCSVDOf, SortOrdersDescendingWithTheColumnsOfBothFactors) {
-  const auto a = RandomMatrix<TypeParam>(9, 7, 0, 4);
-  const auto svd = Decompose(a);
-  const double before = DistanceFromProduct(*svd, a);
-  auto expected = CellsOf(*svd->GetW());
-  std::sort(expected.rbegin(), expected.rend());
-  EXPECT_FALSE(svd->IsSorted());
-  svd->Sort();
-  EXPECT_TRUE(svd->IsSorted());
-  EXPECT_EQ(CellsOf(*svd->GetW()), expected);
-  // The same seven products are added in another order: double rounding only.
-  EXPECT_NEAR(DistanceFromProduct(*svd, a), before, LargestOf(*svd->GetW()) * 7 * 0x1p-53);
-}
-
-TYPED_TEST(NCSVDOf, SortKeepsTheOrderOfEqualSingularValues) {
-  const auto svd = Decompose(Diagonal<TypeParam>({2, 5, 2, 5, 3}));
-  svd->Sort();
-  EXPECT_EQ(CellsOf(*svd->GetW()), (std::vector<TypeParam>{5, 5, 3, 2, 2}));
-  const int home[] = {2, 4, 5, 1, 3};  // which axis each column of V is
-  for (int k = 1; k <= 5; ++k) EXPECT_EQ(std::abs((*svd->GetV())[home[k - 1]][k]), 1) << k;
-}
-
-TYPED_TEST(NCSVDOf, SortLeavesACopyOfAFactorAlone) {
-  const auto svd = Decompose(Diagonal<TypeParam>({1, 2}));
-  const NCDataMatrix<TypeParam> u(*svd->GetU());
-  const auto before = CellsOf(u);
-  svd->Sort();
-  EXPECT_EQ(CellsOf(u), before);
-  EXPECT_NE(CellsOf(*svd->GetU()), before);
-}
-
-TYPED_TEST(NCSVDOf, RemoveZeroSingularValuesRemovesNothingWhereThereIsNone) {
-  const auto svd = Decompose(Diagonal<TypeParam>({1, 2}));
-  svd->RemoveZeroSingularValues();
-  EXPECT_TRUE(svd->IsSorted());
-  EXPECT_EQ(CellsOf(*svd->GetW()), (std::vector<TypeParam>{2, 1}));
-  EXPECT_EQ(svd->GetU()->SizeColumns(), 2);
-}
-
-TYPED_TEST(NCSVDOf, InverseOfADiagonalMatrixIsExact) {
-  const auto svd = Decompose(Diagonal<TypeParam>({2, -4, 0.5}));
-  const std::unique_ptr<NCDataMatrix<TypeParam>> inverse(svd->GetInverse(kNoLimit));
-  ASSERT_NE(inverse, nullptr);
-  EXPECT_EQ(CellsOf(*inverse), CellsOf(Diagonal<TypeParam>({0.5, -0.25, 2})));
-}
-
-TYPED_TEST(NCSVDOf, InverseAgreesWithTransformToInverse) {
-  for (const int n : {1, 2, 5, 12}) {
-    SCOPED_TRACE(n);
-    auto a = RandomMatrix<TypeParam>(n, n, 0, static_cast<unsigned>(n));
-    for (int i = 1; i <= n; ++i) a(i, i, 3 * static_cast<TypeParam>(n));  // outweighs its row: condition below 10
-    const std::unique_ptr<NCDataMatrix<TypeParam>> inverse(Decompose(a)->GetInverse(kNoLimit));
-    ASSERT_NE(inverse, nullptr);
-    ASSERT_TRUE(a.TransformToInverse());
-    for (int r = 1; r <= n; ++r)
-      for (int c = 1; c <= n; ++c) EXPECT_NEAR((*inverse)[r][c], a[r][c], 10 * Rounding<TypeParam>(n, n));
-  }
-}
-
-TYPED_TEST(NCSVDOf, PseudoInverseOfATallMatrixSolvesLeastSquares) {
-  const auto a = RandomMatrix<TypeParam>(9, 4, 0, 8);
-  const auto svd = Decompose(a);
-  const std::unique_ptr<NCDataMatrix<TypeParam>> inverse(svd->GetInverse(kNoLimit));
-  ASSERT_NE(inverse, nullptr);
-  ASSERT_EQ(inverse->SizeRows(), 4);
-  ASSERT_EQ(inverse->SizeColumns(), 9);
-  const double condition = LargestOf(*svd->GetW()) / *std::min_element(svd->GetW()->begin(), svd->GetW()->end());
-  for (int i = 1; i <= 4; ++i)
-    for (int j = 1; j <= 4; ++j) {
-      double sum = 0;
-      for (int r = 1; r <= 9; ++r) sum += static_cast<double>((*inverse)[i][r]) * a[r][j];
-      EXPECT_NEAR(sum, i == j, 2 * condition * Rounding<TypeParam>(9, 4));
-    }
-}
-
-TYPED_TEST(NCSVDOf, InverseIsNullAboveTheConditionLimitOnly) {
-  const auto svd = Decompose(Diagonal<TypeParam>({1, 100}));
-  EXPECT_EQ(svd->GetInverse(10), nullptr);
-  EXPECT_EQ(svd->GetInverse(99.5f), nullptr);
-  const std::unique_ptr<NCDataMatrix<TypeParam>> inverse(svd->GetInverse(100));
-  ASSERT_NE(inverse, nullptr);
-  EXPECT_EQ((*inverse)[1][1], 1);
-}
-
-TYPED_TEST(NCSVDOf, InverseWithALimitRemovesZeroSingularValuesForGoodAndIsNull) {
-  const auto svd = Decompose(Diagonal<TypeParam>({2, 0, 4}));
-  EXPECT_EQ(svd->GetInverse(1e30f), nullptr);
-  EXPECT_EQ(CellsOf(*svd->GetW()), (std::vector<TypeParam>{4, 2}));
-  EXPECT_EQ(svd->GetV()->SizeColumns(), 2);
-  // Without a limit what is left gives the pseudo-inverse.
-  const std::unique_ptr<NCDataMatrix<TypeParam>> inverse(svd->GetInverse(kNoLimit));
-  ASSERT_NE(inverse, nullptr);
-  EXPECT_EQ(CellsOf(*inverse), CellsOf(Diagonal<TypeParam>({0.5, 0, 0.25})));
-}
-
-TYPED_TEST(NCSVDOf, InverseWithoutALimitDividesByAZeroSingularValue) {
-  const auto svd = Decompose(Diagonal<TypeParam>({2, 0}));
-  const std::unique_ptr<NCDataMatrix<TypeParam>> inverse(svd->GetInverse(kNoLimit));
-  ASSERT_NE(inverse, nullptr);
-  EXPECT_EQ(svd->GetW()->Size(), 2);
-  EXPECT_TRUE(std::isinf((*inverse)[2][2]));
-}
-
-TYPED_TEST(NCSVDOf, InverseOfAZeroMatrixWithALimitIsNull) {
-  EXPECT_EQ(Decompose(NCDataMatrix<TypeParam>(2, 2, TypeParam(0)))->GetInverse(10), nullptr);
 }
 
 TYPED_TEST(NCSVDOf, CannotBeCopiedNorMadeByOthers) {
