@@ -1,0 +1,28 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "app/ComponentRecord.h"
+#include "app/Json.h"
+#include "app/StoredModel.h"
+
+namespace kalmia::app {
+
+// Components and the quality of a fit as they are shown for a model just fitted and for a stored one.
+
+/// One line for each component, then, with several Y columns, one for each component and Y column.
+std::string ComponentText(const std::vector<ComponentRecord>& components, const std::vector<std::string>& yNames);
+Json ComponentJson(const std::vector<ComponentRecord>& components, const std::vector<std::string>& yNames);
+
+/// RMSEE and RMSECV of each Y column.
+std::string QualityText(const StoredModel& model);
+Json QualityJson(const StoredModel& model);
+
+/// "significant", "not significant", with ", not kept" behind it.
+std::string Verdict(const ComponentRecord& component);
+
+/// "unit variance" and the like, for a reader.
+std::string ScalingText(NCScale::Scaling scaling);
+
+}  // namespace kalmia::app

@@ -1,0 +1,26 @@
+#pragma once
+
+#include <cstddef>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace kalmia::app {
+
+/// The text on one line: control characters become escapes (\n, \t, \x1b), all other bytes stay. Names and words come
+/// from files that anybody may have written; a terminal sees them through this.
+std::string OneLine(std::string_view text);
+
+/// The text on one line, between quotation marks, cut to about 40 characters.
+std::string Quoted(std::string_view text);
+
+/// "a, b and c", each on one line; with more than `limit` names "a, b and 7 more". A limit of 0 names all.
+std::string Listed(const std::vector<std::string>& names, std::size_t limit = 0);
+
+/// "1 row", "2 rows".
+std::string Counted(std::size_t count, const std::string& noun);
+
+/// Columns that the text takes on a terminal, one per code point of UTF-8.
+std::size_t DisplayWidth(std::string_view text);
+
+}  // namespace kalmia::app

@@ -1,0 +1,17 @@
+#pragma once
+
+#include <string>
+
+namespace kalmia::app {
+
+// Numbers as text, with a decimal point whatever the locale; what is no finite number is `none`.
+
+/// With so many digits behind the point.
+std::string Fixed(double value, int decimals, const std::string& none = "-");
+/// With so many digits that count; with an exponent below 0.0001 and from 1e8 on.
+std::string Significant(double value, int digits, const std::string& none = "-");
+/// With as few digits as bring the same value back.
+std::string Shortest(double value, const std::string& none = "");
+std::string Shortest(float value, const std::string& none = "");
+
+}  // namespace kalmia::app

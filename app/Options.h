@@ -1,0 +1,58 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <variant>
+#include <vector>
+
+#include "kalmia/pcapls/NCScale.h"
+
+namespace kalmia::app {
+
+struct PlsOptions {
+  std::string table;
+  std::vector<std::string> y;        ///< arguments of --y as given: names, or names with commas between them
+  std::string id;                    ///< empty: rows are numbered
+  std::string x;                     ///< FIRST..LAST; empty: all other columns of numbers
+  std::vector<std::string> exclude;
+  NCScale::Scaling scaling = NCScale::ScalingUnitVariance;
+  std::optional<int> components;     ///< nothing: as many as cross-validation finds
+  int groups = 7;
+  std::string groupColumn;           ///< empty: `groups` groups, every row in the one after its neighbour's
+  std::string save;                  ///< empty: the model is not stored
+  bool json = false;
+  std::string csvFolder;             ///< empty: no CSV files
+};
+
+struct PredictOptions {
+  std::string model;
+  std::string table;
+  std::string id;                    ///< empty: the column that named the rows of the training table, if it is there
+  bool json = false;
+  std::string csvFolder;
+};
+
+struct InfoOptions {
+  std::string model;
+  bool json = false;
+};
+
+struct DescribeOptions {
+  std::string table;
+  bool json = false;
+};
+
+/// A text that answers the command line by itself: --help or --version.
+struct Answer {
+  std::string text;
+};
+
+using Command = std::variant<PlsOptions, PredictOptions, InfoOptions, DescribeOptions, Answer>;
+
+/// Reads the command line. Throws Failure (Usage) with one line for anything that makes no sense.
+Command ParseCommandLine(int argc, const char* const* argv);
+
+/// The word that --scale takes for a scaling: uv, pareto, centre or none.
+std::string ScalingWord(NCScale::Scaling scaling);
+
+}  // namespace kalmia::app

@@ -1,0 +1,144 @@
+#include "app/OutputFiles.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdio>
+#include <cstdlib>
+#include <filesystem>
+#include <system_error>
+
+#include "app/DisplayText.h"
+#include "app/Failure.h"
+#include "app/Interrupt.h"
+
+namespace kalmia::app {
+
+namespace {
+
+namespace fs = std::filesystem;
+
+[[noreturn]] void FailToWrite(const std::string& name, int error) {
+  throw Failure(ExitCode::Files, "cannot write " + OneLine(name) + ": " + std::generic_category().message(error));
+}
+
+/// Writes all bytes; the error number, or 0. A signal does not end it: what is begun is finished or removed.
+int WriteAll(int file, std::string_view bytes) {
+  while (!bytes.empty()) {
+    const ssize_t written = write(file, bytes.data(), bytes.size());
+    if (written >= 0) {
+      bytes.remove_prefix(static_cast<std::size_t>(written));
+    } else if (errno != EINTR) {
+      return errno;
+    }
+  }
+  return 0;
+}
+
+/// Permissions for a new file in place of `path`: those of the old one, or what the user's mask leaves of rw-rw-rw-.
+mode_t ModeFor(const std::string& path) {
+  struct stat old = {};
+  if (stat(path.c_str(), &old) == 0) return old.st_mode & 0777U;
+  const mode_t mask = umask(0);
+  umask(mask);
+  return 0666U & ~mask;
+}
+
+/// Writes, sets the permissions, brings the bytes to the disk and closes; the error number, or 0.
+int FinishTemporary(int file, std::string_view bytes, mode_t mode) {
+  int error = WriteAll(file, bytes);
+  if (error == 0 && fchmod(file, mode) != 0) error = errno;
+  if (error == 0 && fsync(file) != 0) error = errno;
+  if (close(file) != 0 && error == 0) error = errno;
+  return error;
+}
+
+void WriteDirectly(const std::string& path, std::string_view bytes) {
+  const int file = open(path.c_str(), O_WRONLY | O_CLOEXEC);
+  if (file < 0) FailToWrite(path, errno);
+  int error = WriteAll(file, bytes);
+  if (close(file) != 0 && error == 0) error = errno;
+  if (error != 0) FailToWrite(path, error);
+}
+
+std::string FolderOf(const std::string& path) {
+  const std::string folder = fs::path(path).parent_path().string();
+  return folder.empty() ? "." : folder;
+}
+
+/// The new names reach the disk with their folder. Not every file system can; the files themselves are safe by then.
+void SyncFolder(const std::string& folder) {
+  const int file = open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+  if (file < 0) return;
+  fsync(file);
+  close(file);
+}
+
+}  // namespace
+
+OutputFiles::~OutputFiles() {
+  for (const StagedFile& file : staged_) unlink(file.temporary.c_str());
+  for (const std::string& folder : folders_) rmdir(folder.c_str());
+}
+
+void OutputFiles::MakeFolder(const std::string& path) {
+  if (mkdir(path.c_str(), 0777) == 0) {
+    folders_.push_back(path);
+    return;
+  }
+  const int error = errno;
+  std::error_code ignored;
+  if (error != EEXIST || !fs::is_directory(path, ignored)) {
+    throw Failure(ExitCode::Files, "cannot make the folder " + OneLine(path) + ": " +
+                                       std::generic_category().message(error == EEXIST ? ENOTDIR : error));
+  }
+}
+
+void OutputFiles::Stage(const std::string& path, std::string_view bytes) {
+  std::string target = path;
+  struct stat old = {};
+  if (stat(path.c_str(), &old) == 0) {
+    if (S_ISDIR(old.st_mode)) FailToWrite(path, EISDIR);
+    if (!S_ISREG(old.st_mode)) {
+      direct_.push_back({path, std::string(bytes)});
+      return;
+    }
+    std::error_code error;
+    const fs::path followed = fs::canonical(path, error);
+    if (!error) target = followed.string();
+  }
+  std::string temporary = FolderOf(target) + "/.kalmia-XXXXXX";
+  const int file = mkstemp(temporary.data());
+  if (file < 0) FailToWrite(path, errno);
+  staged_.push_back({temporary, target});
+  const int error = FinishTemporary(file, bytes, ModeFor(target));
+  if (error != 0) FailToWrite(path, error);
+}
+
+void OutputFiles::Commit() {
+  StopIfInterrupted();
+  for (const DirectWrite& file : direct_) WriteDirectly(file.path, file.bytes);
+  direct_.clear();
+  MoveAll();
+  folders_.clear();
+}
+
+void OutputFiles::MoveAll() {
+  for (std::size_t i = 0; i < staged_.size(); ++i) {
+    if (std::rename(staged_[i].temporary.c_str(), staged_[i].path.c_str()) == 0) continue;
+    const int error = errno;
+    for (std::size_t moved = 0; moved < i; ++moved) unlink(staged_[moved].path.c_str());
+    FailToWrite(staged_[i].path, error);
+  }
+  for (const StagedFile& file : staged_) SyncFolder(FolderOf(file.path));
+  staged_.clear();
+}
+
+void WriteStandardOutput(std::string_view text) {
+  const int error = WriteAll(STDOUT_FILENO, text);
+  if (error != 0) FailToWrite("standard output", error);
+}
+
+}  // namespace kalmia::app

@@ -1,0 +1,46 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace kalmia::app {
+
+/// Files that appear together and whole, or not at all: each is first written under a temporary name beside its place
+/// and brought to the disk; Commit() then moves them all. What was not committed vanishes with the object.
+/// Every operation throws Failure (Files) that names the file.
+class OutputFiles {
+ public:
+  OutputFiles() = default;
+  ~OutputFiles();
+  OutputFiles(const OutputFiles&) = delete;
+  OutputFiles& operator=(const OutputFiles&) = delete;
+
+  /// Makes a folder (its parent must exist), or does nothing if it is there.
+  void MakeFolder(const std::string& path);
+  /// Takes the content of a file. An existing file keeps its permissions; a link is followed. A device or a pipe is
+  /// written to as it is, when the files are committed.
+  void Stage(const std::string& path, std::string_view bytes);
+  void Commit();
+
+ private:
+  struct StagedFile {
+    std::string temporary;
+    std::string path;
+  };
+  struct DirectWrite {
+    std::string path;
+    std::string bytes;
+  };
+
+  void MoveAll();
+
+  std::vector<StagedFile> staged_;
+  std::vector<DirectWrite> direct_;
+  std::vector<std::string> folders_;
+};
+
+/// Writes to standard output, all of it. Throws Failure (Files) where that is impossible, as on a full disk.
+void WriteStandardOutput(std::string_view text);
+
+}  // namespace kalmia::app

@@ -1,0 +1,52 @@
+#include <filesystem>
+
+#include "app/Commands.h"
+#include "app/CsvTable.h"
+#include "app/DisplayText.h"
+#include "app/Failure.h"
+#include "app/InputFile.h"
+#include "app/OutputFiles.h"
+#include "app/PlsCsvFiles.h"
+#include "app/PlsOutcome.h"
+#include "app/PlsReport.h"
+
+namespace kalmia::app {
+
+namespace {
+
+/// A model stored over the table that it comes from would be a loss.
+void RefuseToOverwrite(const PlsOptions& options) {
+  std::error_code ignored;
+  if (!options.save.empty() && options.table != "-" &&
+      std::filesystem::equivalent(options.save, options.table, ignored)) {
+    throw Failure(ExitCode::Usage, "--save would overwrite the table " + OneLine(options.table));
+  }
+}
+
+}  // namespace
+
+std::string RunPls(const PlsOptions& options, Notes* notes) {
+  RefuseToOverwrite(options);
+  const CsvTable table(ReadInput(options.table), InputName(options.table));
+  const PlsOutcome outcome = ComputePls(table, options, notes);
+  OutputFiles files;
+  std::string saved;
+  std::vector<std::string> csvPaths;
+  if (outcome.AnyKept()) {
+    if (!options.save.empty()) {
+      files.Stage(options.save, ModelFileBytes(outcome.model));
+      saved = options.save;
+    }
+    if (!options.csvFolder.empty()) {
+      files.MakeFolder(options.csvFolder);
+      for (const CsvFile& file : PlsCsvFiles(outcome)) {
+        csvPaths.push_back((std::filesystem::path(options.csvFolder) / file.name).string());
+        files.Stage(csvPaths.back(), file.bytes);
+      }
+    }
+  }
+  files.Commit();
+  return options.json ? PlsJson(table, outcome, *notes, saved, csvPaths) : PlsText(outcome, saved, csvPaths);
+}
+
+}  // namespace kalmia::app

@@ -1,0 +1,228 @@
+#include "app/PlsData.h"
+
+#include <algorithm>
+#include <unordered_map>
+#include <utility>
+
+#include "app/CellNumber.h"
+#include "app/DisplayText.h"
+#include "app/Failure.h"
+#include "app/TableColumns.h"
+#include "kalmia/containers/Missing.h"
+#include "kalmia/pcapls/PCACrossValidation.h"
+
+namespace kalmia::app {
+
+namespace {
+
+constexpr auto kMissingCell = static_cast<float>(kMissing);
+constexpr std::size_t kRowsNamed = 10;  ///< a note names so many rows, and counts the others
+
+[[noreturn]] void Refuse(const CsvTable& table, const std::string& message) {
+  throw Failure(ExitCode::BadData, table.Name() + ": " + message);
+}
+
+/// A column of numbers with its name.
+struct Column {
+  std::string name;
+  std::vector<float> cells;
+
+  std::size_t Present() const {
+    return cells.size() - static_cast<std::size_t>(std::count(cells.begin(), cells.end(), kMissingCell));
+  }
+  /// No two present cells differ.
+  bool IsConstant() const {
+    const auto isPresent = [](float cell) { return cell != kMissingCell; };
+    const auto first = std::find_if(cells.begin(), cells.end(), isPresent);
+    return std::none_of(first, cells.end(), [&](float cell) { return isPresent(cell) && cell != *first; });
+  }
+};
+
+/// Works from the columns of the table to the matrices.
+class Selection {
+ public:
+  Selection(const CsvTable& table, const PlsOptions& options, Notes* notes)
+      : table_(table), options_(options), notes_(notes) {}
+
+  PlsData Select() {
+    NameColumns();
+    ReadY();
+    ReadX();
+    LeaveOutRows();
+    LeaveOutColumns();
+    RequireVariance();
+    FillMatrices();
+    MakeGroups();
+    NoteMovedCells(moved_, notes_);
+    return std::move(data_);
+  }
+
+ private:
+  const std::string& Name(int column) const { return table_.ColumnNames()[static_cast<std::size_t>(column)]; }
+
+  void NameColumns() {
+    yColumns_ = RequireColumns(table_, options_.y);
+    excluded_ = RequireColumns(table_, options_.exclude);
+    excluded_.insert(excluded_.end(), yColumns_.begin(), yColumns_.end());
+    if (!options_.id.empty()) idColumn_ = RequireColumn(table_, options_.id);
+    if (!options_.groupColumn.empty()) groupColumn_ = RequireColumn(table_, options_.groupColumn);
+    for (const int column : {idColumn_, groupColumn_}) {
+      if (column < 0) continue;
+      if (std::find(yColumns_.begin(), yColumns_.end(), column) != yColumns_.end()) {
+        Refuse(table_, "column " + Quoted(Name(column)) + " cannot be Y and name rows or groups");
+      }
+      excluded_.push_back(column);
+    }
+    data_.rowNames = RowNames(table_, idColumn_);
+  }
+
+  void ReadY() {
+    for (const int column : yColumns_) {
+      const ColumnKind kind = KindOfColumn(table_, column);
+      if (kind == ColumnKind::Texts) Refuse(table_, "the Y column " + Quoted(Name(column)) + " holds text, not numbers");
+      if (kind == ColumnKind::Empty) Refuse(table_, "the Y column " + Quoted(Name(column)) + " has no value");
+      y_.push_back({Name(column), ReadNumbers(table_, column, &moved_)});
+    }
+  }
+
+  std::vector<int> XCandidates() const {
+    if (!options_.x.empty()) return RequireColumnRange(table_, options_.x);
+    std::vector<int> all;
+    for (int column = 0; column < table_.Columns(); ++column) all.push_back(column);
+    return all;
+  }
+
+  void ReadX() {
+    for (const int column : XCandidates()) {
+      if (std::find(excluded_.begin(), excluded_.end(), column) != excluded_.end()) continue;
+      switch (KindOfColumn(table_, column)) {
+        case ColumnKind::Texts: data_.textColumns.push_back(Name(column)); break;
+        case ColumnKind::Empty: data_.emptyColumns.push_back(Name(column)); break;
+        case ColumnKind::Numbers: x_.push_back({Name(column), ReadNumbers(table_, column, &moved_)});
+      }
+    }
+    if (x_.empty() && !data_.emptyColumns.empty()) Refuse(table_, "every cell of X is missing");
+    if (x_.empty()) Refuse(table_, "no column of numbers is left for X");
+  }
+
+  void LeaveOutRows() {
+    for (int row = 0; row < table_.Rows(); ++row) {
+      const auto r = static_cast<std::size_t>(row);
+      const bool hasX = std::any_of(x_.begin(), x_.end(), [r](const Column& c) { return c.cells[r] != kMissingCell; });
+      if (hasX) {
+        rows_.push_back(row);
+      } else {
+        data_.leftOutRows.push_back(data_.rowNames[r]);
+      }
+    }
+    if (data_.leftOutRows.empty()) return;
+    notes_->Add("left out, without any X cell: " + std::string(data_.leftOutRows.size() == 1 ? "row " : "rows ") +
+                Listed(data_.leftOutRows, kRowsNamed));
+    Keep(&data_.rowNames);
+    for (Column& column : x_) Keep(&column.cells);
+    for (Column& column : y_) Keep(&column.cells);
+  }
+
+  /// Keeps the cells of the rows that stay.
+  template <class T>
+  void Keep(std::vector<T>* cells) const {
+    std::vector<T> kept;
+    kept.reserve(rows_.size());
+    for (const int row : rows_) kept.push_back((*cells)[static_cast<std::size_t>(row)]);
+    cells->swap(kept);
+  }
+
+  void LeaveOutColumns() {
+    std::vector<Column> varying;
+    for (Column& column : x_) {
+      if (!column.IsConstant()) {
+        varying.push_back(std::move(column));
+      } else {
+        data_.constantColumns.push_back(column.name);
+      }
+    }
+    x_ = std::move(varying);
+    NoteColumns("text columns", data_.textColumns);
+    NoteColumns("constant columns", data_.constantColumns);
+    NoteColumns("empty columns", data_.emptyColumns);
+    if (x_.empty()) Refuse(table_, "every X column is constant or empty");
+  }
+
+  void NoteColumns(const std::string& kind, const std::vector<std::string>& names) {
+    if (!names.empty()) notes_->Add("left out of X, " + kind + ": " + Listed(names));
+  }
+
+  void RequireVariance() {
+    for (const Column& column : y_) {
+      if (column.Present() == 0) Refuse(table_, "the Y column " + Quoted(column.name) + " has no value");
+      if (column.IsConstant()) Refuse(table_, "the Y column " + Quoted(column.name) + " has no variance");
+    }
+  }
+
+  void FillMatrices() {
+    Fill(x_, &data_.x, &data_.xNames);
+    Fill(y_, &data_.y, &data_.yNames);
+  }
+
+  void Fill(const std::vector<Column>& columns, NCDataMatrix<float>* matrix, std::vector<std::string>* names) const {
+    *matrix = NCDataMatrix<float>(static_cast<int>(rows_.size()), static_cast<int>(columns.size()));
+    int c = 0;
+    for (const Column& column : columns) {
+      ++c;
+      names->push_back(column.name);
+      for (int r = 1; r <= matrix->SizeRows(); ++r) (*matrix)(r, c, column.cells[static_cast<std::size_t>(r - 1)]);
+    }
+  }
+
+  void MakeGroups() {
+    const auto rows = static_cast<int>(rows_.size());
+    if (groupColumn_ >= 0) {
+      NumberGroups();
+      return;
+    }
+    data_.rounds = std::min(options_.groups, rows);
+    if (data_.rounds < options_.groups) {
+      notes_->Add(std::to_string(options_.groups) + " groups are cut to " + std::to_string(rows) +
+                  ", the number of rows");
+    }
+    data_.groups = GetDeafultCVGroupsVector(rows, data_.rounds);
+  }
+
+  /// Numbers the values of the group column in the order in which they appear.
+  void NumberGroups() {
+    std::unordered_map<std::string, int> numberOf;
+    for (const int row : rows_) {
+      const std::string group(table_.Cell(row, groupColumn_));
+      if (ReadCell(group, table_.DecimalComma()).kind == CellKind::Missing) {
+        Refuse(table_, table_.RowPlace(row) + " has no group in column " + Quoted(Name(groupColumn_)));
+      }
+      data_.groups.push_back(numberOf.emplace(group, static_cast<int>(numberOf.size())).first->second);
+    }
+    data_.rounds = static_cast<int>(numberOf.size());
+    if (data_.rounds < 2) {
+      Refuse(table_, "all rows have the same group in column " + Quoted(Name(groupColumn_)) +
+                         ": cross-validation takes two groups or more");
+    }
+  }
+
+  const CsvTable& table_;
+  const PlsOptions& options_;
+  Notes* notes_;
+  PlsData data_;
+  std::vector<int> yColumns_;
+  std::vector<int> excluded_;   ///< columns that X never takes
+  int idColumn_ = -1;
+  int groupColumn_ = -1;
+  std::vector<Column> x_;
+  std::vector<Column> y_;
+  std::vector<int> rows_;       ///< rows of the table that stay
+  int moved_ = 0;               ///< cells measured as the missing value
+};
+
+}  // namespace
+
+PlsData SelectPlsData(const CsvTable& table, const PlsOptions& options, Notes* notes) {
+  return Selection(table, options, notes).Select();
+}
+
+}  // namespace kalmia::app

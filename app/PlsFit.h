@@ -1,0 +1,44 @@
+#pragma once
+
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "app/ComponentRecord.h"
+#include "kalmia/containers/NCDataMatrix.h"
+#include "kalmia/containers/NCIntegralVector.h"
+#include "kalmia/pcapls/NCPLS.h"
+
+namespace kalmia::app {
+
+/// What the extraction of components takes: scaled tables, and when to stop.
+struct FitTask {
+  NCDataMatrix<float> x;                 ///< scaled, rows by X columns
+  NCDataMatrix<float> y;                 ///< scaled, rows by Y columns
+  NCIntegralVector<int, -99> groups;     ///< cross-validation group of each row, from 0
+  int rounds = 0;
+  int mostComponents = 0;
+  bool stopAtFirstFailure = false;       ///< stop with the first component whose Q2 does not exceed its limit
+};
+
+/// A fitted model with what cross-validation said of its components.
+struct PlsFit {
+  std::unique_ptr<NCPLS> model;          ///< the kept components; deflated by all of them
+  std::vector<ComponentRecord> components;  ///< the kept ones, and the one that failed if that ended the extraction
+  int kept = 0;
+  /// y - predicted y for each row left out, of the last kept component; in scaled units, rows by Y columns.
+  NCDataMatrix<float> crossValidatedResiduals;
+  /// Why there are fewer components than asked for; empty if there are not, or if one failed.
+  std::string endedEarly;
+};
+
+/// Rounds of one component at most.
+constexpr int kMaxIterations = 500;
+
+/// Extracts components one by one and cross-validates each. Shows a progress bar on a terminal.
+/// R2 is 1 - SS(residuals) / SS(table), both over the cells that the model describes.
+/// Throws Failure (Stopped) on Ctrl-C, (BadData) where not even one component can be computed.
+PlsFit FitPls(const FitTask& task);
+
+}  // namespace kalmia::app

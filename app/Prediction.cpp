@@ -1,0 +1,55 @@
+#include "app/Prediction.h"
+
+#include <limits>
+
+#include "app/Scaling.h"
+#include "kalmia/containers/Missing.h"
+#include "kalmia/pcapls/NCPLSPred.h"
+
+namespace kalmia::app {
+
+namespace {
+
+/// Why a row of `present` among `variables` cells has no score in a component (from 1).
+std::string ReasonFor(int present, int variables, int component) {
+  if (present == 0) return "none of its " + std::to_string(variables) + " X cells is present";
+  const std::string have = "only " + std::to_string(present) + " of its " + std::to_string(variables) + " X cells " +
+                           (present == 1 ? "is" : "are") + " present";
+  if (present < component) return have + ", too few for component " + std::to_string(component);
+  return have + ", and they say nothing about component " + std::to_string(component);
+}
+
+}  // namespace
+
+std::vector<RowPrediction> PredictRows(const StoredModel& model, NCDataMatrix<float> x) {
+  model.xScale->ScaleMatrix(&x, /*newModel=*/false);
+  std::vector<RowPrediction> rows(static_cast<std::size_t>(x.SizeRows()));
+  const NCPLS& pls = *model.pls;
+  NCPLSPred prediction(&x, pls.GetWprim(), pls.GetPprim(), pls.GetCprim(), kMissingTolerance);
+  for (int a = 1; a <= prediction.GetMaxComp(); ++a) {
+    prediction.CalcNextComponent();
+    for (int r = 1; r <= x.SizeRows(); ++r) {
+      std::string& reason = rows[static_cast<std::size_t>(r - 1)].reason;
+      if (reason.empty() && (*prediction.GetTPred())[r] == static_cast<float>(kMissing)) {
+        reason = ReasonFor(x.SizeColumns() - x[r].GetNumMisVal(), x.SizeColumns(), a);
+      }
+    }
+  }
+  const std::vector<RowResidual> residuals = RowResiduals(*prediction.GetXResiduals());
+  for (std::size_t i = 0; i < rows.size(); ++i) {
+    rows[i].residual = residuals[i];
+    if (!rows[i].reason.empty()) continue;
+    const NCDataVector<float>& y = (*prediction.GetYPred())[static_cast<int>(i) + 1];
+    for (int j = 1; j <= y.Size(); ++j) {
+      rows[i].y.push_back(y[j] / FactorOf(*model.yScale, j) + CentreOf(*model.yScale, j));
+    }
+  }
+  return rows;
+}
+
+double DistanceToModel(const StoredModel& model, const RowPrediction& row) {
+  if (!row.reason.empty()) return std::numeric_limits<double>::quiet_NaN();
+  return ResidualDeviation(row.residual, model.Components()) / model.pooledDeviation;
+}
+
+}  // namespace kalmia::app

@@ -1,0 +1,24 @@
+#pragma once
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "kalmia/containers/NCDataMatrix.h"
+#include "kalmia/pcapls/NCScale.h"
+
+namespace kalmia::app {
+
+/// Fits a scaling of one type for all columns and applies it to the matrix in place.
+/// Throws Failure (BadData), naming the column, if a column has too few values or its variance is out of range.
+std::unique_ptr<NCScale> ScaleColumns(NCScale::Scaling type, const std::vector<std::string>& names,
+                                      NCDataMatrix<float>* matrix);
+
+/// The scaling of Y that goes with one of X: unit variance with unit variance, else centring alone.
+NCScale::Scaling ScalingOfY(NCScale::Scaling scalingOfX);
+
+/// Centre and factor of a variable (from 1); 0 and 1 where it is not centred or not multiplied.
+double CentreOf(const NCScale& scale, int variable);
+double FactorOf(const NCScale& scale, int variable);
+
+}  // namespace kalmia::app

@@ -1,0 +1,149 @@
+#include "app/TableColumns.h"
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+#include <numeric>
+
+#include "app/CellNumber.h"
+#include "app/DisplayText.h"
+#include "app/Failure.h"
+#include "kalmia/containers/Missing.h"
+
+namespace kalmia::app {
+
+namespace {
+
+constexpr auto kMissingCell = static_cast<float>(kMissing);
+
+[[noreturn]] void Refuse(const CsvTable& table, const std::string& message) {
+  throw Failure(ExitCode::BadData, table.Name() + ": " + message);
+}
+
+[[noreturn]] void RefuseCell(const CsvTable& table, int row, int column, CellKind kind) {
+  const std::string_view cell = table.Cell(row, column);
+  std::string what = Quoted(cell);
+  if (kind == CellKind::Infinite) {
+    what += " is infinite";
+  } else if (kind == CellKind::TooLarge) {
+    what += " is too large for single precision";
+  } else if (ReadCell(cell, !table.DecimalComma()).kind == CellKind::Number) {
+    what += table.DecimalComma() ? " is no number in a table with decimal commas"
+                                 : " is no number in a table with decimal points";
+  } else {
+    what += " is not a number";
+  }
+  Refuse(table, table.RowPlace(row) + ", column " +
+                    Quoted(table.ColumnNames()[static_cast<std::size_t>(column)]) + ": " + what);
+}
+
+std::vector<std::string> SplitAtCommas(const std::string& text) {
+  std::vector<std::string> parts;
+  std::size_t begin = 0;
+  for (;;) {
+    const std::size_t comma = text.find(',', begin);
+    parts.push_back(text.substr(begin, comma - begin));
+    if (comma == std::string::npos) return parts;
+    begin = comma + 1;
+  }
+}
+
+std::vector<int> Sequence(int first, int last) {
+  std::vector<int> columns(static_cast<std::size_t>(last - first + 1));
+  std::iota(columns.begin(), columns.end(), first);
+  return columns;
+}
+
+}  // namespace
+
+ColumnKind KindOfColumn(const CsvTable& table, int column) {
+  bool words = false;
+  bool infinities = false;
+  for (int row = 0; row < table.Rows(); ++row) {
+    const std::string_view cell = table.Cell(row, column);
+    switch (ReadCell(cell, table.DecimalComma()).kind) {
+      case CellKind::Missing: break;
+      case CellKind::Infinite: infinities = true; break;
+      case CellKind::Number:
+      case CellKind::TooLarge: return ColumnKind::Numbers;
+      case CellKind::Word:
+        // A number with the other decimal mark makes a column of numbers too: it is refused then, not left out.
+        if (ReadCell(cell, !table.DecimalComma()).kind == CellKind::Number) return ColumnKind::Numbers;
+        words = true;
+    }
+  }
+  if (words) return ColumnKind::Texts;
+  return infinities ? ColumnKind::Numbers : ColumnKind::Empty;
+}
+
+std::vector<float> ReadNumbers(const CsvTable& table, int column, int* moved) {
+  std::vector<float> numbers(static_cast<std::size_t>(table.Rows()), kMissingCell);
+  for (int row = 0; row < table.Rows(); ++row) {
+    const CellValue cell = ReadCell(table.Cell(row, column), table.DecimalComma());
+    if (cell.kind == CellKind::Missing) continue;
+    if (cell.kind != CellKind::Number) RefuseCell(table, row, column, cell.kind);
+    float& number = numbers[static_cast<std::size_t>(row)];
+    number = cell.value;
+    if (number == kMissingCell) {
+      number = std::nextafter(kMissingCell, std::numeric_limits<float>::lowest());
+      ++*moved;
+    }
+  }
+  return numbers;
+}
+
+void NoteMovedCells(int moved, Notes* notes) {
+  if (moved == 0) return;
+  notes->Add(Counted(static_cast<std::size_t>(moved), "cell") + " measured as -99 " + (moved == 1 ? "is" : "are") +
+             " taken as -99.0000076: -99 itself marks missing cells inside");
+}
+
+int RequireColumn(const CsvTable& table, const std::string& name) {
+  const int column = table.Find(name);
+  if (column < 0) Refuse(table, "there is no column " + Quoted(name));
+  return column;
+}
+
+std::vector<int> RequireColumns(const CsvTable& table, const std::vector<std::string>& arguments) {
+  std::vector<int> columns;
+  for (const std::string& argument : arguments) {
+    const bool isOneName = table.Find(argument) >= 0 || argument.find(',') == std::string::npos;
+    for (const std::string& name : isOneName ? std::vector<std::string>{argument} : SplitAtCommas(argument)) {
+      const int column = RequireColumn(table, name);
+      if (std::find(columns.begin(), columns.end(), column) != columns.end()) {
+        Refuse(table, "column " + Quoted(name) + " is named twice");
+      }
+      columns.push_back(column);
+    }
+  }
+  return columns;
+}
+
+std::vector<int> RequireColumnRange(const CsvTable& table, const std::string& range) {
+  const std::string dots = "..";
+  for (std::size_t at = range.find(dots); at != std::string::npos; at = range.find(dots, at + 1)) {
+    const int first = table.Find(range.substr(0, at));
+    const int last = table.Find(range.substr(at + dots.size()));
+    if (first < 0 || last < 0) continue;
+    if (last < first) Refuse(table, "in the range " + Quoted(range) + " the last column stands before the first");
+    return Sequence(first, last);
+  }
+  const std::size_t at = range.find(dots);
+  if (table.Find(range) >= 0 || at == std::string::npos) {
+    const int only = RequireColumn(table, range);
+    return Sequence(only, only);
+  }
+  const int first = RequireColumn(table, range.substr(0, at));
+  return Sequence(first, RequireColumn(table, range.substr(at + dots.size())));
+}
+
+std::vector<std::string> RowNames(const CsvTable& table, int column) {
+  std::vector<std::string> names;
+  names.reserve(static_cast<std::size_t>(table.Rows()));
+  for (int row = 0; row < table.Rows(); ++row) {
+    names.push_back(column < 0 ? std::to_string(row + 1) : std::string(table.Cell(row, column)));
+  }
+  return names;
+}
+
+}  // namespace kalmia::app

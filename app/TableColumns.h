@@ -1,0 +1,41 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "app/CsvTable.h"
+#include "app/Notes.h"
+
+namespace kalmia::app {
+
+/// What a column holds: numbers as soon as one cell is one, with either decimal mark, or where there is nothing but
+/// infinities; texts if there are words and no number; nothing.
+enum class ColumnKind { Numbers, Texts, Empty };
+
+ColumnKind KindOfColumn(const CsvTable& table, int column);
+
+/// The cells of a column as numbers, missing ones as the library's missing value. A cell measured as exactly that value
+/// becomes the next float below it, and is counted in `moved`.
+/// Throws Failure (BadData) with row, column and text of a cell that is neither a number nor missing, infinite or
+/// beyond the largest float.
+std::vector<float> ReadNumbers(const CsvTable& table, int column, int* moved);
+
+/// Says in one line how many cells ReadNumbers moved, if any.
+void NoteMovedCells(int moved, Notes* notes);
+
+/// The column of that name. Throws Failure (BadData) if there is none.
+int RequireColumn(const CsvTable& table, const std::string& name);
+
+/// The columns that the arguments of an option name, in their order: each argument is the name of one column, or, where
+/// no column is called so, several names with commas between them.
+/// Throws Failure (BadData) if a name is not in the table or comes twice.
+std::vector<int> RequireColumns(const CsvTable& table, const std::vector<std::string>& arguments);
+
+/// The columns from the first name to the last in "FIRST..LAST", both included; one name alone stands for itself.
+/// Throws Failure (BadData) if a name is not in the table or LAST stands before FIRST.
+std::vector<int> RequireColumnRange(const CsvTable& table, const std::string& range);
+
+/// Names for the rows: the texts of the column, or the numbers from 1 where `column` is -1.
+std::vector<std::string> RowNames(const CsvTable& table, int column);
+
+}  // namespace kalmia::app

@@ -1,0 +1,59 @@
+#include <exception>
+#include <iostream>
+#include <new>
+#include <string>
+#include <variant>
+
+#include "app/Commands.h"
+#include "app/DisplayText.h"
+#include "app/Failure.h"
+#include "app/Interrupt.h"
+#include "app/Options.h"
+#include "app/OutputFiles.h"
+#include "kalmia/support/Exception.h"
+
+namespace {
+
+using namespace kalmia::app;
+
+struct Run {
+  Notes* notes;
+
+  std::string operator()(const PlsOptions& options) const { return RunPls(options, notes); }
+  std::string operator()(const PredictOptions& options) const { return RunPredict(options, notes); }
+  std::string operator()(const InfoOptions& options) const { return RunInfo(options); }
+  std::string operator()(const DescribeOptions& options) const { return RunDescribe(options, notes); }
+  std::string operator()(const Answer& answer) const { return answer.text; }
+};
+
+void PrintError(const std::string& message) { std::cerr << "kalmia: " << message << std::endl; }
+
+void RunCommandLine(int argc, char** argv) {
+  const Command command = ParseCommandLine(argc, argv);
+  CatchSignals();
+  Notes notes;
+  const std::string output = std::visit(Run{&notes}, command);
+  for (const std::string& line : notes.Lines()) std::cerr << "note: " << line << '\n';
+  std::cerr.flush();
+  WriteStandardOutput(output);
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  ExitCode code = ExitCode::BadData;
+  try {
+    RunCommandLine(argc, argv);
+    return static_cast<int>(ExitCode::Success);
+  } catch (const Failure& failure) {
+    PrintError(failure.what());
+    code = failure.Code();
+  } catch (const Exception& error) {
+    PrintError(OneLine(static_cast<const char*>(error.GetMessage())));
+  } catch (const std::bad_alloc&) {
+    PrintError("not enough memory");
+  } catch (const std::exception& error) {
+    PrintError(OneLine(error.what()));
+  }
+  return static_cast<int>(code);
+}
