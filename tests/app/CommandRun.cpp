@@ -1,0 +1,138 @@
+#include "CommandRun.h"
+
+#include <fcntl.h>
+#include <pty.h>
+#include <sys/resource.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <array>
+#include <csignal>
+#include <cstdlib>
+#include <filesystem>
+#include <cerrno>
+#include <fstream>
+#include <iterator>
+#include <stdexcept>
+
+namespace {
+
+constexpr unsigned kLongestRun = 60;  ///< seconds; an alarm ends a run that hangs
+
+[[noreturn]] void Execute(const std::vector<std::string>& arguments) {
+  std::vector<char*> argv = {const_cast<char*>("kalmia")};
+  for (const std::string& argument : arguments) argv.push_back(const_cast<char*>(argument.c_str()));
+  argv.push_back(nullptr);
+  alarm(kLongestRun);
+  execv(KALMIA_COMMAND, argv.data());
+  _exit(127);
+}
+
+int ExitCode(pid_t process) {
+  int status = 0;
+  while (waitpid(process, &status, 0) < 0 && errno == EINTR) {
+  }
+  return WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
+}
+
+/// Reads until the other end closes; a terminal says so by an error.
+std::string Drain(int file) {
+  std::string text;
+  std::array<char, 4096> block = {};
+  for (;;) {
+    const ssize_t got = read(file, block.data(), block.size());
+    if (got <= 0) return text;
+    text.append(block.data(), static_cast<std::size_t>(got));
+  }
+}
+
+void Prepare(const CommandRun& run, const std::string& input, const std::string& output, const std::string& error) {
+  dup2(open(input.c_str(), O_RDONLY), STDIN_FILENO);
+  const std::string& target = run.outputFile.empty() ? output : run.outputFile;
+  dup2(open(target.c_str(), O_WRONLY | O_CREAT, 0600), STDOUT_FILENO);
+  dup2(open(error.c_str(), O_WRONLY | O_CREAT, 0600), STDERR_FILENO);
+  for (const std::string& variable : run.environment) putenv(const_cast<char*>(variable.c_str()));
+  if (run.largestFile >= 0) {
+    const rlimit limit = {static_cast<rlim_t>(run.largestFile), static_cast<rlim_t>(run.largestFile)};
+    setrlimit(RLIMIT_FSIZE, &limit);
+  }
+}
+
+}  // namespace
+
+int CommandResult::ErrorLines() const { return static_cast<int>(std::count(error.begin(), error.end(), '\n')); }
+
+CommandResult RunKalmia(const CommandRun& run) {
+  const ScratchFolder folder;
+  const std::string input = folder.Write("input", run.input);
+  const std::string output = folder.Write("output", "");
+  const std::string error = folder.Write("error", "");
+  const pid_t process = fork();
+  if (process < 0) throw std::runtime_error("no process");
+  if (process == 0) {
+    Prepare(run, input, output, error);
+    Execute(run.arguments);
+  }
+  CommandResult result;
+  result.exitCode = ExitCode(process);
+  result.output = ReadWholeFile(output);
+  result.error = ReadWholeFile(error);
+  return result;
+}
+
+CommandResult RunKalmia(const std::vector<std::string>& arguments, const std::string& input) {
+  CommandRun run;
+  run.arguments = arguments;
+  run.input = input;
+  return RunKalmia(run);
+}
+
+CommandResult RunOnTerminal(const std::vector<std::string>& arguments, const std::string& interruptAt) {
+  int terminal = -1;
+  const pid_t process = forkpty(&terminal, nullptr, nullptr, nullptr);
+  if (process < 0) throw std::runtime_error("no terminal");
+  if (process == 0) Execute(arguments);
+  CommandResult result;
+  std::array<char, 4096> block = {};
+  while (interruptAt.empty() || result.error.find(interruptAt) == std::string::npos) {
+    const ssize_t got = read(terminal, block.data(), block.size());
+    if (got <= 0) break;
+    result.error.append(block.data(), static_cast<std::size_t>(got));
+  }
+  if (!interruptAt.empty()) kill(process, SIGINT);
+  result.error += Drain(terminal);
+  result.exitCode = ExitCode(process);
+  close(terminal);
+  return result;
+}
+
+ScratchFolder::ScratchFolder() {
+  std::string path = (std::filesystem::temp_directory_path() / "kalmia-test-XXXXXX").string();
+  if (mkdtemp(path.data()) == nullptr) throw std::runtime_error("no folder");
+  path_ = path;
+}
+
+ScratchFolder::~ScratchFolder() {
+  std::error_code ignored;
+  std::filesystem::remove_all(path_, ignored);
+}
+
+std::string ScratchFolder::Write(const std::string& name, const std::string& bytes) const {
+  std::ofstream(Path(name), std::ios::binary) << bytes;
+  return Path(name);
+}
+
+std::vector<std::string> ScratchFolder::Names() const {
+  std::vector<std::string> names;
+  for (const auto& entry : std::filesystem::directory_iterator(path_)) names.push_back(entry.path().filename().string());
+  std::sort(names.begin(), names.end());
+  return names;
+}
+
+std::string ReadWholeFile(const std::string& path) {
+  std::ifstream file(path, std::ios::binary);
+  return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
+}
+
+std::string ExampleTable(const std::string& name) { return std::string(KALMIA_DATA_DIR) + "/" + name; }

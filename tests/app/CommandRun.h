@@ -1,0 +1,55 @@
+#pragma once
+
+#include <nlohmann/json.hpp>
+#include <string>
+#include <vector>
+
+/// What a run of the program left behind.
+struct CommandResult {
+  int exitCode = -1;          ///< 128 + the signal where one ended the program
+  std::string output;         ///< standard output
+  std::string error;          ///< standard error
+
+  nlohmann::json Json() const { return nlohmann::json::parse(output); }
+  int ErrorLines() const;     ///< lines on standard error
+};
+
+/// How the program is run.
+struct CommandRun {
+  std::vector<std::string> arguments;
+  std::string input;                     ///< standard input
+  std::string outputFile;                ///< standard output goes there instead, e.g. /dev/full
+  std::vector<std::string> environment;  ///< NAME=VALUE, beside the present environment
+  long largestFile = -1;                 ///< bytes that a file of the program may have; -1: no limit
+};
+
+/// Runs `kalmia` to its end, at most a minute.
+CommandResult RunKalmia(const CommandRun& run);
+CommandResult RunKalmia(const std::vector<std::string>& arguments, const std::string& input = "");
+
+/// Runs `kalmia` on a terminal of its own; sends it SIGINT once `interruptAt` has appeared there. `error` then holds what
+/// the terminal showed, both outputs together.
+CommandResult RunOnTerminal(const std::vector<std::string>& arguments, const std::string& interruptAt = "");
+
+/// A folder of its own for one test, removed with all that is in it.
+class ScratchFolder {
+ public:
+  ScratchFolder();
+  ~ScratchFolder();
+  ScratchFolder(const ScratchFolder&) = delete;
+  ScratchFolder& operator=(const ScratchFolder&) = delete;
+
+  std::string Path(const std::string& name) const { return path_ + "/" + name; }
+  /// Writes a file and returns its path.
+  std::string Write(const std::string& name, const std::string& bytes) const;
+  /// Names of what is in the folder, in order, hidden files too.
+  std::vector<std::string> Names() const;
+
+ private:
+  std::string path_;
+};
+
+std::string ReadWholeFile(const std::string& path);
+
+/// Path of a table in examples/data.
+std::string ExampleTable(const std::string& name);

@@ -1,0 +1,152 @@
+#include "app/CsvTable.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "app/CsvRecords.h"
+#include "app/Failure.h"
+
+namespace kalmia::app {
+namespace {
+
+using ::testing::ElementsAre;
+using ::testing::HasSubstr;
+
+std::vector<std::string> RowOf(const CsvTable& table, int row) {
+  std::vector<std::string> cells;
+  for (int c = 0; c < table.Columns(); ++c) cells.emplace_back(table.Cell(row, c));
+  return cells;
+}
+
+/// The message with which a text is refused as bad data.
+std::string Refusal(const std::string& text) {
+  try {
+    const CsvTable table(text, "t.csv");
+  } catch (const Failure& failure) {
+    EXPECT_EQ(failure.Code(), ExitCode::BadData);
+    return failure.what();
+  }
+  ADD_FAILURE() << "not refused: " << text;
+  return "";
+}
+
+struct Dialect {
+  const char* what;
+  std::string text;
+  char separator;
+  bool decimalComma;
+};
+
+TEST(CsvTable, ReadsTheSameTableInEveryDialect) {
+  const Dialect dialects[] = {
+      {"commas", "a,b\n1.5,2\n3,4.25\n", ',', false},
+      {"no line end at the end", "a,b\n1.5,2\n3,4.25", ',', false},
+      {"CRLF", "a,b\r\n1.5,2\r\n3,4.25\r\n", ',', false},
+      {"CR alone", "a,b\r1.5,2\r3,4.25\r", ',', false},
+      {"byte order mark", "\xEF\xBB\xBF" "a,b\n1.5,2\n3,4.25\n", ',', false},
+      {"byte order mark before a quotation mark", "\xEF\xBB\xBF\"a\",b\n1.5,2\n3,4.25\n", ',', false},
+      {"quoted fields", "\"a\",\"b\"\n\"1.5\",\"2\"\n3,\"4.25\"\n", ',', false},
+      {"blanks around fields", " a , b\n 1.5,2 \n3 , 4.25\n", ',', false},
+      {"blank lines", "\n  \na,b\n\n1.5,2\r\n \r\n3,4.25\n\n", ',', false},
+      {"semicolons", "a;b\n1.5;2\n3;4.25\n", ';', false},
+      {"tabs", "a\tb\n1.5\t2\n3\t4.25\n", '\t', false}};
+  for (const Dialect& dialect : dialects) {
+    SCOPED_TRACE(dialect.what);
+    const CsvTable table(dialect.text, "t.csv");
+    EXPECT_EQ(table.Separator(), dialect.separator);
+    EXPECT_EQ(table.DecimalComma(), dialect.decimalComma);
+    EXPECT_THAT(table.ColumnNames(), ElementsAre("a", "b"));
+    ASSERT_EQ(table.Rows(), 2);
+    EXPECT_THAT(RowOf(table, 0), ElementsAre("1.5", "2"));
+    EXPECT_THAT(RowOf(table, 1), ElementsAre("3", "4.25"));
+  }
+}
+
+TEST(CsvTable, DetectsDecimalCommasWithSemicolonsAndTabs) {
+  EXPECT_TRUE(CsvTable("a;b\n1,5;2\n3;4,25\n", "t").DecimalComma());
+  EXPECT_TRUE(CsvTable("a\tb\n1,5\t2\n", "t").DecimalComma());
+  EXPECT_FALSE(CsvTable("a;b\n1;2\n", "t").DecimalComma());
+}
+
+TEST(CsvTable, LetsTheMajorityOfCellsDecideOnTheDecimalMark) {
+  EXPECT_FALSE(CsvTable("name;b;c\n1,2;0.5;0.25\n", "t").DecimalComma());
+  EXPECT_TRUE(CsvTable("name;b;c\n1.2;0,5;0,25\n", "t").DecimalComma());
+}
+
+TEST(CsvTable, NeverTakesDecimalCommasWhereCommasSeparate) {
+  const CsvTable table("a,b\n\"1,5\",2\n", "t");
+  EXPECT_FALSE(table.DecimalComma());
+  EXPECT_THAT(RowOf(table, 0), ElementsAre("1,5", "2"));
+}
+
+TEST(CsvTable, FindsTheSeparatorBesideNamesThatHoldOthers) {
+  EXPECT_THAT(CsvTable("1,2-diol;2,4-D\n1;2\n", "t").ColumnNames(), ElementsAre("1,2-diol", "2,4-D"));
+  EXPECT_THAT(CsvTable("1,2-diol;2,4-D\n1,5;2,5\n", "t").ColumnNames(), ElementsAre("1,2-diol", "2,4-D"));
+  EXPECT_THAT(CsvTable("a;b,c\n1,2\n", "t").ColumnNames(), ElementsAre("a;b", "c"));
+  EXPECT_THAT(CsvTable("\"a;b\",c\n1,2\n", "t").ColumnNames(), ElementsAre("a;b", "c"));
+}
+
+TEST(CsvTable, ReadsATableOfOneColumn) {
+  const CsvTable table("a\n1\n2\n", "t");
+  EXPECT_EQ(table.Columns(), 1);
+  EXPECT_EQ(table.Rows(), 2);
+}
+
+TEST(CsvTable, KeepsSeparatorsLineEndsAndQuotationMarksInsideQuotedFields) {
+  const CsvTable table("\"a\nb\",\"say \"\"x\"\"\"\n\"1,2\",\"3\r\n4\"\n5,6\n", "t");
+  EXPECT_THAT(table.ColumnNames(), ElementsAre("a\nb", "say \"x\""));
+  EXPECT_THAT(RowOf(table, 0), ElementsAre("1,2", "3\r\n4"));
+  EXPECT_THAT(RowOf(table, 1), ElementsAre("5", "6"));
+  EXPECT_EQ(table.RowPlace(0), "row 1 (line 3)");
+  EXPECT_EQ(table.RowPlace(1), "row 2 (line 5)");
+}
+
+TEST(CsvTable, NamesColumnsWithoutANameAfterTheirPlace) {
+  EXPECT_THAT(CsvTable(",b,\n1,2,3\n", "t").ColumnNames(), ElementsAre("column 1", "b", "column 3"));
+}
+
+TEST(CsvTable, TakesBytesThatAreNoUtf8AsTheyAre) {
+  EXPECT_THAT(CsvTable("\xE9t\xE9,b\n1,2\n", "t").ColumnNames(), ElementsAre("\xE9t\xE9", "b"));
+}
+
+TEST(CsvTable, RefusesWhatIsNoTable) {
+  EXPECT_EQ(Refusal(""), "t.csv is empty");
+  EXPECT_EQ(Refusal("\xEF\xBB\xBF"), "t.csv is empty");
+  EXPECT_EQ(Refusal(" \r\n\t\n"), "t.csv is empty");
+  EXPECT_EQ(Refusal("a,b\n"), "t.csv has a header but no data rows");
+  EXPECT_EQ(Refusal("a,b\n\n  \n"), "t.csv has a header but no data rows");
+  EXPECT_EQ(Refusal(std::string("a,b\n1,\0\n", 8)), "t.csv is not a text file: line 2 holds a zero byte");
+  EXPECT_EQ(Refusal(std::string("\xFF\xFE" "a\0,\0", 6)), "t.csv is UTF-16 text: save it as UTF-8");
+}
+
+TEST(CsvTable, RefusesARowOfAnotherLengthWithItsNumber) {
+  EXPECT_EQ(Refusal("a,b,c\n1,2,3\n\n1,2\n"), "t.csv: row 2 (line 4) has 2 fields, the header has 3");
+  EXPECT_EQ(Refusal("a,b,c\n1,2\n"), "t.csv: row 1 (line 2) has 2 fields, the header has 3");
+  EXPECT_EQ(Refusal("a,b,c\n1\n"), "t.csv: row 1 (line 2) has 1 field, the header has 3");
+  EXPECT_EQ(Refusal("a,b\n1,2\n1,2,\n"), "t.csv: row 2 (line 3) has 3 fields, the header has 2");
+}
+
+TEST(CsvTable, RefusesTwoColumnsOfOneName) {
+  EXPECT_EQ(Refusal("a,b,a\n1,2,3\n"), "t.csv: columns 1 and 3 have the same name, 'a'");
+  EXPECT_EQ(Refusal("column 2,\n1,2\n"), "t.csv: columns 1 and 2 have the same name, 'column 2'");
+}
+
+TEST(CsvTable, RefusesQuotationMarksThatDoNotPairUp) {
+  EXPECT_THAT(Refusal("a,b\n1,\"2\n3,4\n"), HasSubstr("a quotation mark on line 2 is never closed"));
+  EXPECT_THAT(Refusal("a,b\n1,2\n3,4\"5\n"), HasSubstr("a quotation mark on line 3"));
+  EXPECT_THAT(Refusal("a,b\n1,\"2\"3\n"), HasSubstr("a quotation mark on line 2"));
+}
+
+TEST(CsvField, BringsEveryTextBackThroughTheReader) {
+  for (const std::string text : {"plain", "a,b", "a;b", "a\tb", "say \"x\"", "two\nlines", " blank ", "\r", ""}) {
+    std::vector<std::string> fields;
+    ForEachCsvRecord(CsvField(text) + ",x\n", ',', "t", [&fields](const CsvRecord& record) {
+      fields = record.fields;
+      return true;
+    });
+    EXPECT_THAT(fields, ElementsAre(text, "x"));
+  }
+}
+
+}  // namespace
+}  // namespace kalmia::app

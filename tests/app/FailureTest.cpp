@@ -1,0 +1,223 @@
+// Every way in which the command fails: one line on standard error, the right exit code, no output, no file.
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "CommandRun.h"
+#include "TestTables.h"
+
+namespace {
+
+using ::testing::HasSubstr;
+using ::testing::IsEmpty;
+using ::testing::StartsWith;
+
+void ExpectFailure(const CommandResult& result, int exitCode, const std::string& message) {
+  EXPECT_EQ(result.exitCode, exitCode);
+  EXPECT_EQ(result.output, "");
+  EXPECT_EQ(result.ErrorLines(), 1) << result.error;
+  EXPECT_THAT(result.error, StartsWith("kalmia: "));
+  EXPECT_THAT(result.error, HasSubstr(message));
+}
+
+struct BadTable {
+  const char* what;
+  std::string table;
+  std::vector<std::string> options;
+  const char* message;
+};
+
+const BadTable kBadTables[] = {
+    {"empty file", "", {"--y", "y"}, "t.csv is empty"},
+    {"no data rows", "x,y\n", {"--y", "y"}, "t.csv has a header but no data rows"},
+    {"ragged row", "x,y\n1,2\n3\n4,5\n", {"--y", "y"}, "row 2 (line 3) has 1 field, the header has 2"},
+    {"word among numbers", "x,y\n1,2\n3,oops\n4,5\n", {"--y", "y"}, "row 2 (line 3), column 'y': 'oops' is not a number"},
+    {"word in X", "x,y\n1,2\nn/a,3\n4,5\n", {"--y", "y"}, "row 2 (line 3), column 'x': 'n/a' is not a number"},
+    {"infinity", "x,y\n1,2\n-inf,3\n4,5\n", {"--y", "y"}, "row 2 (line 3), column 'x': '-inf' is infinite"},
+    {"too large", "x,y\n1,2\n1e39,3\n4,5\n", {"--y", "y"}, "row 2 (line 3), column 'x': '1e39' is too large for single precision"},
+    {"decimal point among commas", "x;y\n1,5;2\n2.5;3,5\n4;5,5\n", {"--y", "y"}, "'2.5' is no number in a table with decimal commas"},
+    {"duplicate names", "x,x,y\n1,2,3\n", {"--y", "y"}, "columns 1 and 2 have the same name, 'x'"},
+    {"no such Y", "x,y\n1,2\n3,4\n", {"--y", "z"}, "there is no column 'z'"},
+    {"one Y of two missing", "x,y\n1,2\n3,4\n", {"--y", "y,z"}, "there is no column 'z'"},
+    {"the same Y twice", "x,y\n1,2\n3,4\n", {"--y", "y,y"}, "column 'y' is named twice"},
+    {"Y of text", "x,y\n1,a\n3,b\n", {"--y", "y"}, "the Y column 'y' holds text, not numbers"},
+    {"Y without variance", "x,y\n1,2\n3,2\n4,NA\n", {"--y", "y"}, "the Y column 'y' has no variance"},
+    {"Y with one value", "x,y\n1,2\n3,NA\n4,\n", {"--y", "y"}, "the Y column 'y' has no variance"},
+    {"Y without value", "x,y\n1,\n3,NA\n", {"--y", "y"}, "the Y column 'y' has no value"},
+    {"every cell missing", "x,y\n,\nNA,nan\n", {"--y", "y"}, "the Y column 'y' has no value"},
+    {"every X cell missing", "x,y\n,1\nNA,2\n", {"--y", "y"}, "every cell of X is missing"},
+    {"X all text", "x,y\na,1\nb,2\n", {"--y", "y"}, "no column of numbers is left for X"},
+    {"X all constant", "x,z,y\n1,,1\n1,,2\n", {"--y", "y"}, "every X column is constant or empty"},
+    {"no such id", "x,y\n1,2\n3,4\n", {"--y", "y", "--id", "name"}, "there is no column 'name'"},
+    {"Y as id", "x,y\n1,2\n3,4\n", {"--y", "y", "--id", "y"}, "column 'y' cannot be Y and name rows or groups"},
+    {"no such excluded column", "x,y\n1,2\n3,4\n", {"--y", "y", "--exclude", "w"}, "there is no column 'w'"},
+    {"no such range", "x,y\n1,2\n3,4\n", {"--y", "y", "--x", "x..w"}, "there is no column 'w'"},
+    {"range backwards", "a,b,y\n1,2,3\n3,4,5\n", {"--y", "y", "--x", "b..a"}, "the last column stands before the first"},
+    {"no such group column", "x,y\n1,2\n3,4\n", {"--y", "y", "--group-column", "g"}, "there is no column 'g'"},
+    {"one group", "x,y,g\n1,2,a\n3,4,a\n5,7,a\n", {"--y", "y", "--group-column", "g"}, "all rows have the same group"},
+    {"a row without group", "x,y,g\n1,2,a\n3,4,\n5,7,b\n", {"--y", "y", "--group-column", "g"}, "row 2 (line 3) has no group"},
+    {"quotation mark left open", "x,y\n1,\"2\n3,4\n", {"--y", "y"}, "a quotation mark on line 2"},
+    {"X and Y unrelated", "x,y\n1,1\n1.5,2\n1,3\n1.5,2\n", {"--y", "y", "--components", "1"}, "no component can be computed"}};
+
+TEST(FailureOfPls, IsOneLineWithExitCode1ForBadData) {
+  for (const BadTable& bad : kBadTables) {
+    SCOPED_TRACE(bad.what);
+    const ScratchFolder folder;
+    std::vector<std::string> arguments = {"pls", folder.Write("t.csv", bad.table)};
+    arguments.insert(arguments.end(), bad.options.begin(), bad.options.end());
+    for (const std::string& more : {std::string("--save"), folder.Path("m"), std::string("--csv"), folder.Path("d")}) {
+      arguments.push_back(more);
+    }
+    ExpectFailure(RunKalmia(arguments), 1, bad.message);
+    EXPECT_EQ(folder.Names(), std::vector<std::string>{"t.csv"});
+  }
+}
+
+TEST(FailureOfDescribe, IsOneLineWithExitCode1ForBadData) {
+  const ScratchFolder folder;
+  const std::pair<const char*, const char*> tables[] = {{"", "is empty"},
+                                                        {"a,b\n", "no data rows"},
+                                                        {"a,b\n1,2,3\n", "row 1 (line 2) has 3 fields"},
+                                                        {"a,b\n1,2\nx,3\n", "'x' is not a number"},
+                                                        {"a,b\n1,inf\n", "'inf' is infinite"},
+                                                        {"a,b\nNA,\n,nan\n", "every cell is missing"}};
+  for (const auto& [table, message] : tables) {
+    SCOPED_TRACE(message);
+    ExpectFailure(RunKalmia({"describe", folder.Write("t.csv", table)}), 1, message);
+  }
+}
+
+TEST(Failure, NamesAFileThatCannotBeRead) {
+  const ScratchFolder folder;
+  const std::string gone = folder.Path("gone.csv");
+  const std::string table = folder.Write("t.csv", LinearTable(20, 4, 1));
+  ExpectFailure(RunKalmia({"pls", gone, "--y", "y"}), 3, "cannot read " + gone + ": No such file or directory");
+  ExpectFailure(RunKalmia({"describe", gone}), 3, gone);
+  ExpectFailure(RunKalmia({"info", gone}), 3, gone);
+  ExpectFailure(RunKalmia({"predict", gone, table}), 3, gone);
+  ExpectFailure(RunKalmia({"describe", folder.Path("")}), 3, "Is a directory");
+}
+
+TEST(Failure, IsExitCode2ForACommandLineThatMakesNoSense) {
+  const std::vector<std::vector<std::string>> lines = {
+      {},
+      {"fit"},
+      {"pls"},
+      {"pls", "t.csv"},
+      {"pls", "--y", "y"},
+      {"pls", "t.csv", "--y"},
+      {"pls", "t.csv", "u.csv", "--y", "y"},
+      {"pls", "t.csv", "--y", "y", "--frobnicate"},
+      {"pls", "t.csv", "--y", "y", "--scale", "loud"},
+      {"pls", "t.csv", "--y", "y", "--x", "a..b", "--exclude", "c"},
+      {"pls", "t.csv", "--y", "y", "--groups", "5", "--group-column", "c"},
+      {"predict", "m"},
+      {"predict", "-", "-"},
+      {"info"},
+      {"describe"}};
+  for (const auto& line : lines) {
+    SCOPED_TRACE(::testing::PrintToString(line));
+    ExpectFailure(RunKalmia(line), 2, "");
+  }
+}
+
+TEST(Failure, IsExitCode2ForNonsenseInPlaceOfANumber) {
+  for (const char* option : {"--components", "--groups"}) {
+    for (const char* nonsense : {"abc", "0", "-3", "2.5", "1e3", "", " 5", "5x", "99999999999999", "NaN", "Auto"}) {
+      SCOPED_TRACE(std::string(option) + " " + nonsense);
+      ExpectFailure(RunKalmia({"pls", "t.csv", "--y", "y", std::string(option) + "=" + nonsense}), 2, option);
+    }
+  }
+  ExpectFailure(RunKalmia({"pls", "t.csv", "--y", "y", "--groups", "1"}), 2, "--groups takes a whole number from 2 on");
+  ExpectFailure(RunKalmia({"pls", "t.csv", "--y", "y", "--components", "-3"}), 2, "--components");
+}
+
+TEST(Failure, NeverStoresAModelOverItsTable) {
+  const ScratchFolder folder;
+  const std::string text = LinearTable(20, 4, 1);
+  const std::string table = folder.Write("t.csv", text);
+  ExpectFailure(RunKalmia({"pls", table, "--y", "y", "--save", folder.Path("./t.csv")}), 2, "--save would overwrite");
+  EXPECT_EQ(ReadWholeFile(table), text);
+}
+
+struct UnwritablePlace {
+  const char* what;
+  std::string path;
+  const char* message;
+};
+
+TEST(Failure, IsExitCode3WhereAFolderCannotBeWritten) {
+  const ScratchFolder folder;
+  const std::string table = folder.Write("t.csv", LinearTable(20, 4, 1));
+  const UnwritablePlace places[] = {{"below a file", table + "/below", "Not a directory"},
+                                    {"below nothing", folder.Path("no/such/place"), "No such file or directory"},
+                                    {"in the system's own folder", "/proc/kalmia", ""}};
+  for (const UnwritablePlace& place : places) {
+    for (const char* option : {"--save", "--csv"}) {
+      SCOPED_TRACE(std::string(place.what) + " " + option);
+      ExpectFailure(RunKalmia({"pls", table, "--y", "y", "--id", "name", option, place.path}), 3, place.message);
+    }
+  }
+  ExpectFailure(RunKalmia({"pls", table, "--y", "y", "--id", "name", "--save", folder.Path("")}), 3, "Is a directory");
+  ExpectFailure(RunKalmia({"pls", table, "--y", "y", "--id", "name", "--csv", table}), 3, "Not a directory");
+  EXPECT_EQ(folder.Names(), std::vector<std::string>{"t.csv"});
+}
+
+TEST(Failure, LeavesNothingOfTheOtherFilesWhereOneCannotBeWritten) {
+  const ScratchFolder folder;
+  const std::string table = folder.Write("t.csv", LinearTable(20, 4, 1));
+  ExpectFailure(RunKalmia({"pls", table, "--y", "y", "--id", "name", "--save", folder.Path("m"), "--csv", table}), 3, "Not a directory");
+  ExpectFailure(RunKalmia({"pls", table, "--y", "y", "--id", "name", "--save", "/dev/full", "--csv", folder.Path("d")}), 3, "");
+  EXPECT_EQ(folder.Names(), std::vector<std::string>{"t.csv"});
+}
+
+TEST(Failure, IsExitCode3OnAFullDisk) {
+  const ScratchFolder folder;
+  const std::string table = folder.Write("t.csv", LinearTable(20, 4, 1));
+  ExpectFailure(RunKalmia({"pls", table, "--y", "y", "--id", "name", "--save", "/dev/full"}), 3,
+                "cannot write /dev/full: No space left on device");
+  CommandRun run;
+  run.outputFile = "/dev/full";
+  for (const auto& arguments : std::vector<std::vector<std::string>>{
+           {"describe", table}, {"pls", table, "--y", "y", "--id", "name"}, {"--help"}, {"--version"}}) {
+    run.arguments = arguments;
+    ExpectFailure(RunKalmia(run), 3, "cannot write standard output: No space left on device");
+  }
+}
+
+TEST(Failure, LeavesNothingHalfWrittenWhereSpaceEndsWithinAFile) {
+  const ScratchFolder folder;
+  const std::string table = folder.Write("t.csv", LinearTable(40, 4, 1));
+  const std::string old = folder.Write("m", "what was there before");
+  CommandRun run;
+  run.largestFile = 700;  // the first files fit, later ones do not
+  run.outputFile = "/dev/null";
+  run.arguments = {"pls", table, "--y", "y", "--id", "name", "--save", old};
+  ExpectFailure(RunKalmia(run), 3, "File too large");
+  EXPECT_EQ(ReadWholeFile(old), "what was there before");
+  run.arguments = {"pls", table, "--y", "y", "--id", "name", "--csv", folder.Path("d")};
+  ExpectFailure(RunKalmia(run), 3, "File too large");
+  EXPECT_EQ(folder.Names(), (std::vector<std::string>{"m", "t.csv"}));
+}
+
+TEST(FailureOfPredict, SaysWhatTheTableLacks) {
+  const ScratchFolder folder;
+  const std::string table = folder.Write("t.csv", LinearTable(20, 4, 1));
+  const std::string model = folder.Path("m");
+  ASSERT_EQ(RunKalmia({"pls", table, "--y", "y", "--id", "name", "--save", model}).exitCode, 0);
+  const std::pair<const char*, const char*> tables[] = {
+      {"a,b\n1,2\n", "no column has the name of one of the model's X columns"},
+      {"x1,x2\nNA,\n,\n", "every cell of the model's X columns is missing"},
+      {"x1,x2\n1,two\n", "row 1 (line 2), column 'x2': 'two' is not a number"},
+      {"x1,x2\n1,inf\n", "'inf' is infinite"},
+      {"x1,x2\n", "no data rows"},
+      {"x1,x2,y\n1,2,3\n1,2,what\n", "row 2 (line 3), column 'y': 'what' is not a number"}};
+  for (const auto& [text, message] : tables) {
+    SCOPED_TRACE(message);
+    ExpectFailure(RunKalmia({"predict", model, folder.Write("n.csv", text), "--csv", folder.Path("d")}), 1, message);
+  }
+  ExpectFailure(RunKalmia({"predict", model, table, "--id", "nobody"}), 1, "there is no column 'nobody'");
+  EXPECT_EQ(folder.Names(), (std::vector<std::string>{"m", "n.csv", "t.csv"}));
+}
+
+}  // namespace

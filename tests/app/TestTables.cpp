@@ -1,0 +1,87 @@
+#include "TestTables.h"
+
+#include <cstdlib>
+#include <limits>
+#include <random>
+#include <sstream>
+
+#include "CommandRun.h"
+
+namespace {
+
+/// Numbers from -1 to 1 with three decimals. Only the generator is used: the standard's distributions differ by machine.
+class Noise {
+ public:
+  explicit Noise(unsigned seed) : generator_(seed) {}
+
+  double Next() { return (static_cast<int>(generator_() % 2001U) - 1000) / 1000.0; }
+
+ private:
+  std::mt19937 generator_;
+};
+
+}  // namespace
+
+std::string LinearTable(int rows, int columns, unsigned seed) {
+  Noise noise(seed);
+  std::ostringstream text;
+  text << "name";
+  for (int k = 1; k <= columns; ++k) text << ",x" << k;
+  text << ",y\n";
+  for (int i = 1; i <= rows; ++i) {
+    text << "s" << i;
+    double y = 10.0;
+    for (int k = 1; k <= columns; ++k) {
+      const double x = 5.0 * k + k * noise.Next();
+      if (k <= 3) y += 2.0 * x / k;
+      text << ',' << x;
+    }
+    text << ',' << y + 0.2 * noise.Next() << '\n';
+  }
+  return text.str();
+}
+
+std::string UnrelatedTable(int rows, int columns, int yColumns, unsigned seed) {
+  Noise noise(seed);
+  std::ostringstream text;
+  for (int k = 1; k <= columns; ++k) text << "x" << k << ',';
+  for (int j = 1; j <= yColumns; ++j) text << "y" << j << (j < yColumns ? "," : "\n");
+  for (int i = 1; i <= rows; ++i) {
+    for (int c = 1; c < columns + yColumns; ++c) text << noise.Next() << ',';
+    text << noise.Next() << '\n';
+  }
+  return text.str();
+}
+
+std::string WithHoles(const std::string& table, int every) {
+  std::string holed;
+  std::istringstream lines(table);
+  std::string line;
+  std::getline(lines, line);
+  holed += line + "\n";
+  int cell = 0;
+  while (std::getline(lines, line)) {
+    std::istringstream fields(line);
+    std::string field;
+    std::getline(fields, field, ',');
+    holed += field;
+    while (std::getline(fields, field, ',')) {
+      const bool isLast = fields.eof();
+      holed += "," + (!isLast && ++cell % every == 0 ? std::string() : field);
+    }
+    holed += "\n";
+  }
+  return holed;
+}
+
+std::vector<double> NumbersOf(const kalmia::app::CsvTable& table, const std::string& column) {
+  std::vector<double> numbers;
+  const int c = table.Find(column);
+  for (int row = 0; row < table.Rows(); ++row) {
+    const std::string cell(table.Cell(row, c));
+    numbers.push_back(cell.empty() ? std::numeric_limits<double>::quiet_NaN() : std::strtod(cell.c_str(), nullptr));
+  }
+  return numbers;
+}
+
+kalmia::app::CsvTable CsvAt(const std::string& path) { return {ReadWholeFile(path), path}; }

@@ -1,0 +1,22 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "app/CsvTable.h"
+
+/// A table of `rows` rows and columns `x1` to `xK` and `y`, with y following the first three x columns but for noise: the
+/// same text for the same arguments on every machine.
+std::string LinearTable(int rows, int columns, unsigned seed);
+
+/// A table of `rows` rows, `columns` columns x1.. and `yColumns` columns y1.., all independent of each other.
+std::string UnrelatedTable(int rows, int columns, int yColumns, unsigned seed);
+
+/// The table with every n-th of its cells emptied; the header, the first column and the last one stay whole.
+std::string WithHoles(const std::string& table, int every);
+
+/// A column of a CSV file as numbers; NaN where it is empty.
+std::vector<double> NumbersOf(const kalmia::app::CsvTable& table, const std::string& column);
+
+/// The CSV file at the path.
+kalmia::app::CsvTable CsvAt(const std::string& path);
