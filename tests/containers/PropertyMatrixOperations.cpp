@@ -1,3 +1,5 @@
+#include <cmath>
+
 #include "PropertyWorld.h"
 
 namespace {
@@ -193,17 +195,11 @@ std::vector<Operation<T>> MatrixCellOperations() {
          EXPECT_LE(low, high);
          m.GetRowMinMax(AnyRow(w, m), low, high);
          EXPECT_LE(low, high);
-         const long double numbers[] = {m.GetMean(),
-                                        m.GetColumnMean(c),
-                                        m.GetColumnSS(c, 0),
-                                        m.GetColumnStdDev(c),
-                                        m.GetColumnSkewness(c),
-                                        m.GetColumnKurtosis(c),
-                                        m.GetColumnMedian(c),
-                                        m.GetSSAroundColumnMeans(),
-                                        m.GetSS()};
-         EXPECT_EQ(std::size(numbers), 9U);
-         EXPECT_TRUE(m == w.AnyMatrix() || m.SizeRows() > 0);
+         m.GetColumnSkewness(c);  // of few cells these two divide by zero
+         m.GetColumnKurtosis(c);
+         for (const long double number : {m.GetMean(), m.GetColumnMean(c), m.GetColumnSS(c, 0), m.GetColumnStdDev(c),
+                                          m.GetColumnMedian(c), m.GetSSAroundColumnMeans(), m.GetSS()})
+           EXPECT_TRUE(std::isfinite(number));
        }},
   };
 }

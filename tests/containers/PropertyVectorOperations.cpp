@@ -1,3 +1,5 @@
+#include <cmath>
+
 #include "PropertyWorld.h"
 
 namespace {
@@ -192,10 +194,11 @@ std::vector<Operation<T>> VectorArithmetic() {
          a.GetMinMax(low, high);
          a.GetInterquartiles(first, second, third);
          a.LeastSquare(nullptr, first, second);
-         const long double numbers[] = {a.GetSS(),       a.GetSum(),      a.GetMean(),     a.GetVariance(), a.GetSkewness(),
-                                        a.GetKurtosis(), a.GetMedian(),   a.Difference(b), a.Correlation(b)};
-         EXPECT_LE(low, high);
-         EXPECT_EQ(std::size(numbers), 9U);
+         a.GetSkewness();  // of few cells these two divide by zero
+         a.GetKurtosis();
+         for (const long double number : {a.GetSS(), a.GetSum(), a.GetMean(), a.GetVariance(), a.GetMedian(),
+                                          a.Difference(b), a.Correlation(b)})
+           EXPECT_TRUE(std::isfinite(number));
        }},
   };
 }
