@@ -13,7 +13,7 @@
 
 namespace {
 
-constexpr int kRows = 350, kColumns = 400;  // far more cells than pay for a team
+constexpr int kRows = 220, kColumns = 200;  // more cells than pay for a team
 
 template <class T>
 struct Inputs {
