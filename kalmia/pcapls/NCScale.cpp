@@ -2,6 +2,7 @@
 
 #include <cmath>
 
+#include "kalmia/pcapls/ColumnMoments.h"
 #include "kalmia/support/LanguageString.h"
 
 namespace {
@@ -80,36 +81,42 @@ void NCScale::ScaleWithNewModel(NCDataMatrix<float>* matrix) {
   FitCentres(*matrix);
   matrix->TransformToDotSubRowVector(*centres_);
   FitFactors(*matrix);
-  matrix->TransformToColumnScaled(*scales_);
+  Multiply(matrix);
 }
 
 void NCScale::ScaleWithCurrentModel(NCDataMatrix<float>* matrix) {
   if (matrix->SizeColumns() != variables_) Refuse(0, NCScaleError::ErrorWrongVariableCount, 10070);
   matrix->TransformToDotSubRowVector(*centres_);
-  matrix->TransformToColumnScaled(*scales_);
+  Multiply(matrix);
+}
+
+void NCScale::Multiply(NCDataMatrix<float>* matrix) const {
+  if (scales_->GetNumMisVal() < variables_) matrix->TransformToColumnScaled(*scales_);
 }
 
 void NCScale::FitCentres(const NCDataMatrix<float>& matrix) {
+  const std::vector<long double> means = kalmia::ColumnMeans(matrix);
   for (int j = 1; j <= variables_; ++j) {
     const Scaling type = GetScaleType(j);
     if (type == ScalingNone) (*centres_)(j, kNotFitted);
-    if (IsCentred(type)) (*centres_)(j, static_cast<float>(matrix.GetColumnMean(j)));
+    if (IsCentred(type)) (*centres_)(j, static_cast<float>(means[static_cast<std::size_t>(j)]));
   }
 }
 
 void NCScale::FitFactors(const NCDataMatrix<float>& centred) {
+  // Around 0 and not around the means: the centres were rounded to float before they were subtracted.
+  const std::vector<double> squares = kalmia::ColumnSquares(centred);
   for (int j = 1; j <= variables_; ++j) {
     const Scaling type = GetScaleType(j);
+    const int n = centred.SizeRows() - centred.GetColumnMisVal(j);
     if (type == ScalingNone || type == ScalingCentre) (*scales_)(j, kNotFitted);
-    if (IsMultiplied(type)) (*scales_)(j, static_cast<float>(FactorOf(centred, j, type)));
+    const double ss = squares[static_cast<std::size_t>(j)];
+    if (IsMultiplied(type)) (*scales_)(j, static_cast<float>(FactorOf(j, type, n, ss)));
   }
 }
 
-double NCScale::FactorOf(const NCDataMatrix<float>& centred, int column, Scaling type) {
-  const int n = centred.SizeRows() - centred.GetColumnMisVal(column);
+double NCScale::FactorOf(int column, Scaling type, int n, double ss) {
   if (n < 2) Refuse(column, NCScaleError::ErrorTooFewValues, 10071);
-  // Around 0 and not around the mean: the centre was rounded to float before it was subtracted.
-  const double ss = static_cast<double>(centred.GetColumnSS(column, 0.0L));
   if (ss == 0.0) Refuse(column, NCScaleError::ErrorVarianceOutOfRange, 10072);
   const double deviation = std::sqrt(ss / (n - 1));
   const double factor = 1.0 / (type == ScalingPareto ? std::sqrt(deviation) : deviation);

@@ -100,7 +100,9 @@ class NCScale : public VexStreamBase {
  private:
   void FitCentres(const NCDataMatrix<float>& matrix);
   void FitFactors(const NCDataMatrix<float>& centred);
-  static double FactorOf(const NCDataMatrix<float>& centred, int column, Scaling type);
+  /// The factor of a column of n present cells with the sum of squares ss, or NCScaleError.
+  static double FactorOf(int column, Scaling type, int n, double ss);
+  void Multiply(NCDataMatrix<float>* matrix) const;
   bool ReadOldLayout(std::istream& stream);        ///< version 1
   bool ReadStreamDirectory(std::istream& stream);  ///< version 2
   bool ReadTypes(std::istream& stream);            ///< one type for each centre
