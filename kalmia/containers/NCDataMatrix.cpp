@@ -274,8 +274,9 @@ template <class T>
 void NCDataMatrix<T>::AddToCounts(const NCDataVector<T>& row, int times) {
   if (row.numMisVal_ == 0) return;
   int* counts = &(*columnMisVal_)(1) - 1;  // cell 0 exists
-  for (int c = 1; c <= columns_; ++c)
-    if (row.data_[c] == static_cast<T>(kMissing)) counts[c] += times;
+  // Free of branches and of loads through this: rows are counted each time they move from one table to another.
+  const T* cells = row.data_;
+  for (int c = 1, columns = columns_; c <= columns; ++c) counts[c] += cells[c] == static_cast<T>(kMissing) ? times : 0;
   numMisVal_ += times * row.numMisVal_;
 }
 

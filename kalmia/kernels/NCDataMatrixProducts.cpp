@@ -7,10 +7,20 @@
 #include "kalmia/kernels/MatrixProduct.h"
 #include "kalmia/kernels/RowOperand.h"
 #include "kalmia/kernels/Team.h"
+#include "kalmia/kernels/simd/Dots.h"
 
 using kalmia::kMissing;
 
 namespace {
+
+/// row.GetSS() to the bit, as the dot product of the row with itself.
+template <class T>
+double SquaresOf(const NCDataVector<T>& row) {
+  const int n = row.Size();
+  if (n == 0 || row.GetNumMisVal() == n) return static_cast<double>(row.GetSS());
+  const T* cells = row.begin();
+  return row.GetNumMisVal() == 0 ? kalmia::simd::Dot(cells, cells, n) : kalmia::simd::DotMasked(cells, cells, n);
+}
 
 /// The cells of m's rows, from 0, for writing; m has rows and columns, and is not shared.
 template <class T>
@@ -125,7 +135,7 @@ template <class T>
 long double NCDataMatrix<T>::GetSS() const {
   std::vector<double> squares(static_cast<std::size_t>(rows_));
 #pragma omp parallel for schedule(static) num_threads(kalmia::TeamSize(std::int64_t{rows_} * columns_))
-  for (int r = 1; r <= rows_; ++r) squares[static_cast<std::size_t>(r) - 1] = static_cast<double>(rowArray_[r].GetSS());
+  for (int r = 1; r <= rows_; ++r) squares[static_cast<std::size_t>(r) - 1] = SquaresOf(rowArray_[r]);
   double sum = 0.0;
   for (const double square : squares)
     if (square != kMissing) sum += square;
