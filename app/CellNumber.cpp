@@ -54,7 +54,9 @@ bool IsBelowOne(std::string_view number) {
 CellValue ReadPlainNumber(std::string_view text, bool negative) {
   float value = 0.0F;
   const auto result = std::from_chars(text.data(), text.data() + text.size(), value);
-  if (result.ptr != text.data() + text.size() || result.ec == std::errc::invalid_argument) return {CellKind::Word, 0.0F};
+  if (result.ptr != text.data() + text.size() || result.ec == std::errc::invalid_argument) {
+    return {CellKind::Word, 0.0F};
+  }
   if (result.ec == std::errc::result_out_of_range) {
     if (!IsBelowOne(text)) return {CellKind::TooLarge, 0.0F};
     value = 0.0F;

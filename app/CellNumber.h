@@ -6,7 +6,7 @@ namespace kalmia::app {
 
 /// What a cell of a table turns out to be.
 enum class CellKind {
-  Missing,   ///< empty, NA, NaN or nan
+  Missing,  ///< empty, NA, NaN or nan
   Number,
   Infinite,  ///< inf or infinity, in any case and with any sign
   TooLarge,  ///< a number beyond the largest float
@@ -19,8 +19,8 @@ struct CellValue {
 };
 
 /// Reads a cell as a number: digits with an optional sign, decimal mark and exponent, nothing else (no grouping of
-/// digits, no hexadecimals). The mark is a point, or with `decimalComma` a comma and nothing but a comma. The locale has
-/// no say. Throws nothing.
+/// digits, no hexadecimals). The mark is a point, or with `decimalComma` a comma and nothing but a comma. The locale
+/// has no say. Throws nothing.
 CellValue ReadCell(std::string_view text, bool decimalComma);
 
 }  // namespace kalmia::app

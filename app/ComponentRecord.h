@@ -15,13 +15,13 @@ struct YShare {
 /// What is known of one component.
 struct ComponentRecord {
   bool kept = false;
-  bool significant = false;   ///< Q2 is strictly above its limit
+  bool significant = false;  ///< Q2 is strictly above its limit
   int iterations = 0;
-  double r2x = 0.0;           ///< share of the sum of squares of X
+  double r2x = 0.0;  ///< share of the sum of squares of X
   double r2xCum = 0.0;
-  YShare y;                   ///< of all Y columns together
+  YShare y;  ///< of all Y columns together
   double q2Limit = 0.0;
-  std::vector<YShare> perY;   ///< of each Y column
+  std::vector<YShare> perY;  ///< of each Y column
 };
 
 }  // namespace kalmia::app

@@ -15,7 +15,7 @@ namespace kalmia::app {
 
 namespace {
 
-constexpr std::size_t kBarWidth = 30;
+constexpr std::size_t kBarWidth = 20;
 constexpr std::size_t kUsualTerminalWidth = 80;
 constexpr std::chrono::milliseconds kRedraw{50};
 constexpr std::string_view kWipe = "\r\x1b[K";

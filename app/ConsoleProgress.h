@@ -49,7 +49,7 @@ class ConsoleProgress : public NCProgress::Sink {
   std::string label_;
   float from_ = 0.0F;
   float to_ = 1.0F;
-  int rounds_ = 0;       ///< of the cross-validation under way; 0 while a component is fitted
+  int rounds_ = 0;  ///< of the cross-validation under way; 0 while a component is fitted
   int roundsBegun_ = 0;
 };
 

@@ -65,15 +65,15 @@ class RecordParser {
 
   [[noreturn]] void Fail(int line) {
     if (csv_error(&parser_) != CSV_EPARSE) throw std::bad_alloc();
-    throw Failure(ExitCode::BadData,
-                  name_ + ": a quotation mark on line " + std::to_string(begun_ ? record_.line : line) +
-                      " is never closed, or stands inside a field that does not begin with one");
+    throw Failure(ExitCode::BadData, name_ + ": a quotation mark on line " +
+                                         std::to_string(begun_ ? record_.line : line) +
+                                         " is never closed, or stands inside a field that does not begin with one");
   }
 
   csv_parser parser_ = {};
   const std::string& name_;
   CsvRecord record_;
-  bool begun_ = false;     ///< inside a record that the lines so far do not complete
+  bool begun_ = false;  ///< inside a record that the lines so far do not complete
   bool complete_ = false;
   bool outOfMemory_ = false;
 };

@@ -14,8 +14,8 @@ struct CsvRecord {
 };
 
 /// Hands the records of a CSV text to `take` one after the other, until that returns false. The same object is used
-/// for all of them. Fields may be quoted ("" inside stands for a quotation mark) and then hold separators and line ends;
-/// lines end with LF, CRLF or CR; blanks around unquoted fields are dropped, blank lines passed over.
+/// for all of them. Fields may be quoted ("" inside stands for a quotation mark) and then hold separators and line
+/// ends; lines end with LF, CRLF or CR; blanks around unquoted fields are dropped, blank lines passed over.
 /// Throws Failure (BadData) with the line where a quotation mark stands inside an unquoted field, something follows a
 /// closing one, or one is never closed; `name` is how messages call the text.
 void ForEachCsvRecord(std::string_view text, char separator, const std::string& name,

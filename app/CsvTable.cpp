@@ -108,7 +108,8 @@ void CsvTable::Read(std::string_view text) {
 }
 
 void CsvTable::TakeHeader(const std::vector<std::string>& fields) {
-  if (fields.size() > static_cast<std::size_t>(std::numeric_limits<int>::max() / 2)) Refuse(name_ + ": too many columns");
+  constexpr auto kMost = static_cast<std::size_t>(std::numeric_limits<int>::max() / 2);
+  if (fields.size() > kMost) Refuse(name_ + ": too many columns");
   columnNames_ = fields;
   for (std::size_t c = 0; c < columnNames_.size(); ++c) {
     if (columnNames_[c].empty()) columnNames_[c] = "column " + std::to_string(c + 1);

@@ -45,9 +45,9 @@ class CsvTable {
   bool decimalComma_ = false;
   std::vector<std::string> columnNames_;
   std::unordered_map<std::string, int> columnOf_;
-  std::string cells_;               ///< the texts of all cells, row by row, without gaps
-  std::vector<std::size_t> ends_;   ///< where in cells_ each cell ends
-  std::vector<int> lines_;          ///< the line of the file on which each row begins
+  std::string cells_;              ///< the texts of all cells, row by row, without gaps
+  std::vector<std::size_t> ends_;  ///< where in cells_ each cell ends
+  std::vector<int> lines_;         ///< the line of the file on which each row begins
 };
 
 }  // namespace kalmia::app

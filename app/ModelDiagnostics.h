@@ -34,7 +34,7 @@ std::vector<double> HotellingT2(const NCPLS& model);
 /// What is left of one row of X after A components.
 struct RowResidual {
   double sumOfSquares = 0.0;
-  int present = 0;             ///< cells that the row has
+  int present = 0;  ///< cells that the row has
 };
 
 std::vector<RowResidual> RowResiduals(const NCDataMatrix<float>& xResiduals);

@@ -9,7 +9,7 @@ namespace kalmia::app {
 
 namespace {
 
-constexpr std::size_t kRoom = 400;  ///< the largest double has 309 digits before the point
+constexpr std::size_t kRoom = 400;       ///< the largest double has 309 digits before the point
 constexpr double kSmallestPlain = 1e-4;  ///< smaller and larger numbers are easier to read with an exponent
 constexpr double kLargestPlain = 1e8;
 

@@ -99,7 +99,8 @@ void AddPls(CLI::App* app, PlsOptions* options, RawNumbers* raw) {
   AddOption(pls, "--components", &raw->components, "N|auto",
             "number of components; auto (default): as long as Q2 exceeds its limit");
   auto* groups = AddOption(pls, "--groups", &raw->groups, "N", "number of groups of the cross-validation (default: 7)");
-  AddOption(pls, "--group-column", &options->groupColumn, "NAME", "column whose values are the groups; not with --groups")
+  AddOption(pls, "--group-column", &options->groupColumn, "NAME",
+            "column whose values are the groups; not with --groups")
       ->excludes(groups);
   AddOption(pls, "--save", &options->save, "FILE", "store the model");
   pls->add_flag("--json", options->json, "print JSON");

@@ -11,23 +11,23 @@ namespace kalmia::app {
 
 struct PlsOptions {
   std::string table;
-  std::vector<std::string> y;        ///< arguments of --y as given: names, or names with commas between them
-  std::string id;                    ///< empty: rows are numbered
-  std::string x;                     ///< FIRST..LAST; empty: all other columns of numbers
+  std::vector<std::string> y;  ///< arguments of --y as given: names, or names with commas between them
+  std::string id;              ///< empty: rows are numbered
+  std::string x;               ///< FIRST..LAST; empty: all other columns of numbers
   std::vector<std::string> exclude;
   NCScale::Scaling scaling = NCScale::ScalingUnitVariance;
-  std::optional<int> components;     ///< nothing: as many as cross-validation finds
+  std::optional<int> components;  ///< nothing: as many as cross-validation finds
   int groups = 7;
-  std::string groupColumn;           ///< empty: `groups` groups, every row in the one after its neighbour's
-  std::string save;                  ///< empty: the model is not stored
+  std::string groupColumn;  ///< empty: `groups` groups, every row in the one after its neighbour's
+  std::string save;         ///< empty: the model is not stored
   bool json = false;
-  std::string csvFolder;             ///< empty: no CSV files
+  std::string csvFolder;  ///< empty: no CSV files
 };
 
 struct PredictOptions {
   std::string model;
   std::string table;
-  std::string id;                    ///< empty: the column that named the rows of the training table, if it is there
+  std::string id;  ///< empty: the column that named the rows of the training table, if it is there
   bool json = false;
   std::string csvFolder;
 };

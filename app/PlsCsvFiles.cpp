@@ -24,9 +24,7 @@ class CsvText {
     return *this;
   }
   CsvText& Number(double value) { return Number(Shortest(value)); }
-  CsvText& Cell(float cell) {
-    return Number(cell == static_cast<float>(kMissing) ? std::string() : Shortest(cell));
-  }
+  CsvText& Cell(float cell) { return Number(cell == static_cast<float>(kMissing) ? std::string() : Shortest(cell)); }
   void EndLine() {
     text_ += '\n';
     lineIsEmpty_ = true;
@@ -83,7 +81,10 @@ CsvFile RowsCsv(const PlsOutcome& outcome) {
   CsvText csv;
   csv.Field("row").Field("T2").Field("distance").EndLine();
   for (std::size_t i = 0; i < t2.size(); ++i) {
-    csv.Field(outcome.data.rowNames[i]).Number(t2[i]).Number(DistanceToModel(outcome.model, outcome.fitted[i])).EndLine();
+    csv.Field(outcome.data.rowNames[i])
+        .Number(t2[i])
+        .Number(DistanceToModel(outcome.model, outcome.fitted[i]))
+        .EndLine();
   }
   return {"rows.csv", csv.Text()};
 }

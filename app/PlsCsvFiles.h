@@ -9,7 +9,7 @@ namespace kalmia::app {
 
 /// A CSV file still in memory.
 struct CsvFile {
-  std::string name;    ///< within the folder
+  std::string name;  ///< within the folder
   std::string bytes;
 };
 

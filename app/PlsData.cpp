@@ -79,8 +79,9 @@ class Selection {
   void ReadY() {
     for (const int column : yColumns_) {
       const ColumnKind kind = KindOfColumn(table_, column);
-      if (kind == ColumnKind::Texts) Refuse(table_, "the Y column " + Quoted(Name(column)) + " holds text, not numbers");
-      if (kind == ColumnKind::Empty) Refuse(table_, "the Y column " + Quoted(Name(column)) + " has no value");
+      const std::string what = "the Y column " + Quoted(Name(column));
+      if (kind == ColumnKind::Texts) Refuse(table_, what + " holds text, not numbers");
+      if (kind == ColumnKind::Empty) Refuse(table_, what + " has no value");
       y_.push_back({Name(column), ReadNumbers(table_, column, &moved_)});
     }
   }
@@ -210,13 +211,13 @@ class Selection {
   Notes* notes_;
   PlsData data_;
   std::vector<int> yColumns_;
-  std::vector<int> excluded_;   ///< columns that X never takes
+  std::vector<int> excluded_;  ///< columns that X never takes
   int idColumn_ = -1;
   int groupColumn_ = -1;
   std::vector<Column> x_;
   std::vector<Column> y_;
-  std::vector<int> rows_;       ///< rows of the table that stay
-  int moved_ = 0;               ///< cells measured as the missing value
+  std::vector<int> rows_;  ///< rows of the table that stay
+  int moved_ = 0;          ///< cells measured as the missing value
 };
 
 }  // namespace

@@ -16,16 +16,16 @@ struct PlsData {
   std::vector<std::string> xNames;
   std::vector<std::string> yNames;
   std::vector<std::string> rowNames;
-  NCDataMatrix<float> x;                    ///< rows by X columns
-  NCDataMatrix<float> y;                    ///< rows by Y columns
-  NCIntegralVector<int, -99> groups;        ///< cross-validation group of each row, from 0
-  int rounds = 0;                           ///< number of groups
+  NCDataMatrix<float> x;              ///< rows by X columns
+  NCDataMatrix<float> y;              ///< rows by Y columns
+  NCIntegralVector<int, -99> groups;  ///< cross-validation group of each row, from 0
+  int rounds = 0;                     ///< number of groups
 
   // What the table has but the model does not see.
   std::vector<std::string> textColumns;
   std::vector<std::string> constantColumns;
   std::vector<std::string> emptyColumns;
-  std::vector<std::string> leftOutRows;     ///< rows without any cell of X
+  std::vector<std::string> leftOutRows;  ///< rows without any cell of X
 };
 
 /// Selects X, Y, names and groups from the table as the options say. Columns without numbers, constant and empty X

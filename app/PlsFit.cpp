@@ -17,17 +17,16 @@ namespace kalmia::app {
 
 namespace {
 
-/// What is left of X, as a share of it, below which there is nothing but the rounding of float cells.
-constexpr double kExhausted = 1e-12;
+/// What is left of X, as a share of its sum of squares, below which there is nothing but the rounding of float cells:
+/// some 2^-24 of each, squared.
+constexpr double kExhausted = 1e-14;
 
 /// Sums of squares of a table and of what is left of it.
 struct SumOfSquares {
   double table = 0.0;
   double residual = 0.0;
 
-  double Described() const {
-    return table > 0.0 ? 1.0 - residual / table : std::numeric_limits<double>::quiet_NaN();
-  }
+  double Described() const { return table > 0.0 ? 1.0 - residual / table : std::numeric_limits<double>::quiet_NaN(); }
 };
 
 /// Of column c (from 1), over the cells present in both: a row that the model cannot describe has no residual.
@@ -181,7 +180,7 @@ class Extraction {
 
   const FitTask& task_;
   ProgressLine line_;
-  ConsoleProgress* sink_;   ///< owned by progress_
+  ConsoleProgress* sink_;  ///< owned by progress_
   NCProgress progress_;
   NCDataVector<float> ssY_;
   PlsFit fit_;

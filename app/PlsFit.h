@@ -14,17 +14,17 @@ namespace kalmia::app {
 
 /// What the extraction of components takes: scaled tables, and when to stop.
 struct FitTask {
-  NCDataMatrix<float> x;                 ///< scaled, rows by X columns
-  NCDataMatrix<float> y;                 ///< scaled, rows by Y columns
-  NCIntegralVector<int, -99> groups;     ///< cross-validation group of each row, from 0
+  NCDataMatrix<float> x;              ///< scaled, rows by X columns
+  NCDataMatrix<float> y;              ///< scaled, rows by Y columns
+  NCIntegralVector<int, -99> groups;  ///< cross-validation group of each row, from 0
   int rounds = 0;
   int mostComponents = 0;
-  bool stopAtFirstFailure = false;       ///< stop with the first component whose Q2 does not exceed its limit
+  bool stopAtFirstFailure = false;  ///< stop with the first component whose Q2 does not exceed its limit
 };
 
 /// A fitted model with what cross-validation said of its components.
 struct PlsFit {
-  std::unique_ptr<NCPLS> model;          ///< the kept components; deflated by all of them
+  std::unique_ptr<NCPLS> model;             ///< the kept components; deflated by all of them
   std::vector<ComponentRecord> components;  ///< the kept ones, and the one that failed if that ended the extraction
   int kept = 0;
   /// y - predicted y for each row left out, of the last kept component; in scaled units, rows by Y columns.

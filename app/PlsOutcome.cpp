@@ -22,8 +22,8 @@ int MostComponents(const PlsData& data, const PlsOptions& options, Notes* notes)
   const int most = std::min(data.x.SizeRows() - 1, data.x.SizeColumns());
   if (!options.components) return std::min(most, kMostAutomaticComponents);
   if (*options.components > most) {
-    notes->Add(std::to_string(*options.components) + " components are cut to " + std::to_string(most) +
-               ": there are " + Counted(static_cast<std::size_t>(data.x.SizeRows()), "row") + " and " +
+    notes->Add(std::to_string(*options.components) + " components are cut to " + std::to_string(most) + ": there are " +
+               Counted(static_cast<std::size_t>(data.x.SizeRows()), "row") + " and " +
                Counted(static_cast<std::size_t>(data.x.SizeColumns()), "X column"));
   }
   return std::min(*options.components, most);

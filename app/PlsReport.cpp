@@ -1,5 +1,7 @@
 #include "app/PlsReport.h"
 
+#include <filesystem>
+
 #include "app/ComponentTable.h"
 #include "app/DisplayText.h"
 #include "app/Numbers.h"
@@ -46,12 +48,21 @@ std::string Outcome(const PlsOutcome& outcome) {
          ", does not exceed its limit, " + Significant(first.q2Limit, 4) + ".\nNothing is saved.\n";
 }
 
+/// "11 files into results: scores.csv, ..."
+std::string FilesText(const std::vector<std::string>& paths) {
+  std::vector<std::string> names;
+  for (const std::string& path : paths) names.push_back(std::filesystem::path(path).filename().string());
+  const std::string folder = std::filesystem::path(paths.front()).parent_path().string();
+  return Counted(paths.size(), "file") + " into " + OneLine(folder) + ": " + Listed(names);
+}
+
 }  // namespace
 
 std::string PlsText(const PlsOutcome& outcome, const std::string& saved, const std::vector<std::string>& csvFiles) {
-  std::string text = Heading(outcome) + ComponentText(outcome.components, outcome.data.yNames) + "\n" + Outcome(outcome);
+  std::string text =
+      Heading(outcome) + ComponentText(outcome.components, outcome.data.yNames) + "\n" + Outcome(outcome);
   if (!saved.empty()) text += "\nSaved the model as " + OneLine(saved) + "\n";
-  if (!csvFiles.empty()) text += "\nWrote " + Listed(csvFiles) + "\n";
+  if (!csvFiles.empty()) text += "\nWrote " + FilesText(csvFiles) + "\n";
   return text;
 }
 

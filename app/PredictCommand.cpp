@@ -33,7 +33,7 @@ struct NewRows {
   std::vector<std::string> names;
   std::vector<std::string> missingColumns;
   NCDataMatrix<float> x;
-  std::vector<std::vector<float>> measured;   ///< for each Y of the model its cells, or nothing if it is not there
+  std::vector<std::vector<float>> measured;  ///< for each Y of the model its cells, or nothing if it is not there
   std::vector<RowPrediction> predictions;
 };
 
@@ -122,8 +122,8 @@ std::string ErrorText(const StoredModel& model, const NewRows& rows) {
 }
 
 std::string PredictText(const StoredModel& model, const CsvTable& source, const NewRows& rows) {
-  const bool anyReason =
-      std::any_of(rows.predictions.begin(), rows.predictions.end(), [](const auto& row) { return !row.reason.empty(); });
+  const bool anyReason = std::any_of(rows.predictions.begin(), rows.predictions.end(),
+                                     [](const auto& row) { return !row.reason.empty(); });
   TextTable table;
   table.AddColumn("row", TextTable::Align::Left);
   for (std::size_t j = 0; j < model.yNames.size(); ++j) {

@@ -15,9 +15,9 @@ constexpr float kMissingTolerance = 0.9999F;
 
 /// What a model says of one row.
 struct RowPrediction {
-  std::vector<double> y;    ///< in the units of the file, one for each Y column; empty where nothing can be predicted
-  RowResidual residual;     ///< of X, after all components
-  std::string reason;       ///< why nothing can be predicted; empty otherwise
+  std::vector<double> y;  ///< in the units of the file, one for each Y column; empty where nothing can be predicted
+  RowResidual residual;   ///< of X, after all components
+  std::string reason;     ///< why nothing can be predicted; empty otherwise
 };
 
 /// Predicts the rows of a table that has the model's X columns in the model's order, in the units of the file, and -99

@@ -14,8 +14,8 @@ std::unique_ptr<NCScale> ScaleColumns(NCScale::Scaling type, const std::vector<s
     scale->ScaleMatrix(matrix, /*newModel=*/true);
   } catch (const NCScaleError& error) {
     const std::string& name = names[static_cast<std::size_t>(error.Column - 1)];
-    throw Failure(ExitCode::BadData,
-                  "column " + Quoted(name) + " cannot be scaled: " + OneLine(static_cast<const char*>(error.GetMessage())));
+    throw Failure(ExitCode::BadData, "column " + Quoted(name) +
+                                         " cannot be scaled: " + OneLine(static_cast<const char*>(error.GetMessage())));
   }
   return scale;
 }

@@ -15,7 +15,18 @@ constexpr std::string_view kMagic = "\x8BKALMIA\n";
 constexpr std::size_t kDigits = 32;  ///< of the checksum, in hexadecimals
 
 /// The entries of the content, in their order.
-enum Entry : unsigned short { General, XNames, YNames, RowNames, XScaling, YScaling, Model, Components, Quality, Entries };
+enum Entry : unsigned short {
+  General,
+  XNames,
+  YNames,
+  RowNames,
+  XScaling,
+  YScaling,
+  Model,
+  Components,
+  Quality,
+  Entries
+};
 
 std::string Checksum(std::string_view bytes) {
   MD5 md5;
@@ -174,7 +185,9 @@ class ContentReader {
     if (entry == nullptr || !ReadDouble(&model_->pooledDeviation, *entry)) return false;
     for (std::size_t j = 0; j < model_->yNames.size(); ++j) {
       YQuality y;
-      if (!ReadInteger(&y.rows, *entry) || !ReadDouble(&y.rmsee, *entry) || !ReadDouble(&y.rmsecv, *entry)) return false;
+      if (!ReadInteger(&y.rows, *entry) || !ReadDouble(&y.rmsee, *entry) || !ReadDouble(&y.rmsecv, *entry)) {
+        return false;
+      }
       model_->quality.push_back(y);
     }
     return true;

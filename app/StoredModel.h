@@ -20,10 +20,10 @@ struct YQuality {
 
 /// A fitted model with everything that turns new rows of a table into predictions.
 struct StoredModel {
-  std::string writtenBy;              ///< version of the command
-  std::string table;                  ///< file that it was fitted to
-  std::string idColumn;               ///< column that named the rows; empty if they were numbered
-  std::string groupColumn;            ///< column of the cross-validation groups; empty for every n-th row
+  std::string writtenBy;    ///< version of the command
+  std::string table;        ///< file that it was fitted to
+  std::string idColumn;     ///< column that named the rows; empty if they were numbered
+  std::string groupColumn;  ///< column of the cross-validation groups; empty for every n-th row
   int groups = 0;
   NCScale::Scaling scaling = NCScale::ScalingUnitVariance;
   std::vector<std::string> xNames;

@@ -33,8 +33,8 @@ constexpr auto kMissingCell = static_cast<float>(kMissing);
   } else {
     what += " is not a number";
   }
-  Refuse(table, table.RowPlace(row) + ", column " +
-                    Quoted(table.ColumnNames()[static_cast<std::size_t>(column)]) + ": " + what);
+  Refuse(table, table.RowPlace(row) + ", column " + Quoted(table.ColumnNames()[static_cast<std::size_t>(column)]) +
+                    ": " + what);
 }
 
 std::vector<std::string> SplitAtCommas(const std::string& text) {
