@@ -1,10 +1,10 @@
-#include "app/CellNumber.h"
-
 #include <gtest/gtest.h>
 
 #include <cmath>
 #include <limits>
 #include <string>
+
+#include "app/CellNumber.h"
 
 namespace kalmia::app {
 namespace {
@@ -50,17 +50,20 @@ TEST(ReadCell, SeesInfinityInEverySpelling) {
 
 TEST(ReadCell, SeesANumberBeyondTheLargestFloatButNotBeneathTheSmallest) {
   EXPECT_EQ(NumberIn("3.4028235e38"), std::numeric_limits<float>::max());
-  for (const char* text : {"3.4028236e38", "-1e39", "1e400", "1e99999999999999999999", "1000000000000000000000000000000000000000"}) {
+  for (const char* text :
+       {"3.4028236e38", "-1e39", "1e400", "1e99999999999999999999", "1000000000000000000000000000000000000000"}) {
     EXPECT_EQ(KindOf(text), CellKind::TooLarge) << text;
   }
-  for (const char* text : {"1e-50", "-1e-400", "1e-99999999999999999999", "0.00000000000000000000000000000000000000000000001",
-                           "12345e-60", "0e99999"}) {
+  for (const char* text : {"1e-50", "-1e-400", "1e-99999999999999999999",
+                           "0.00000000000000000000000000000000000000000000001", "12345e-60", "0e99999"}) {
     EXPECT_EQ(NumberIn(text), 0.0F) << text;
   }
 }
 
 TEST(ReadCell, RefusesWhatOnlyBeginsLikeANumber) {
-  for (const char* text : {"1,5", "1.2.3", "1e", "1e+", "0x10", "1_000", "1 000", "3a", "--1", "+-1", "1%", "\xE2\x88\x92" "1"}) {
+  for (const char* text : {"1,5", "1.2.3", "1e", "1e+", "0x10", "1_000", "1 000", "3a", "--1", "+-1", "1%",
+                           "\xE2\x88\x92"
+                           "1"}) {
     EXPECT_EQ(KindOf(text), CellKind::Word) << text;
   }
 }

@@ -3,15 +3,16 @@
 #include <fcntl.h>
 #include <pty.h>
 #include <sys/resource.h>
+#include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <array>
+#include <cerrno>
 #include <csignal>
 #include <cstdlib>
 #include <filesystem>
-#include <cerrno>
 #include <fstream>
 #include <iterator>
 #include <stdexcept>
@@ -57,6 +58,18 @@ void Prepare(const CommandRun& run, const std::string& input, const std::string&
     const rlimit limit = {static_cast<rlim_t>(run.largestFile), static_cast<rlim_t>(run.largestFile)};
     setrlimit(RLIMIT_FSIZE, &limit);
   }
+}
+
+/// Whether the process catches SIGINT by now and sleeps: it waits for input.
+bool IsReading(pid_t process) {
+  std::ifstream status("/proc/" + std::to_string(process) + "/status");
+  bool sleeps = false;
+  bool catches = false;
+  for (std::string line; std::getline(status, line);) {
+    if (line.rfind("State:", 0) == 0) sleeps = line.find('S', 6) != std::string::npos;
+    if (line.rfind("SigCgt:", 0) == 0) catches = (std::stoull(line.substr(7), nullptr, 16) >> (SIGINT - 1) & 1U) != 0;
+  }
+  return sleeps && catches;
 }
 
 }  // namespace
@@ -107,6 +120,29 @@ CommandResult RunOnTerminal(const std::vector<std::string>& arguments, const std
   return result;
 }
 
+CommandResult InterruptWaitingForInput(const std::vector<std::string>& arguments) {
+  const ScratchFolder folder;
+  const std::string output = folder.Write("output", "");
+  const std::string error = folder.Write("error", "");
+  const std::string pipe = folder.Path("pipe");
+  if (mkfifo(pipe.c_str(), 0600) != 0) throw std::runtime_error("no pipe");
+  const int writer = open(pipe.c_str(), O_RDWR | O_CLOEXEC);  // keeps the pipe open without a byte in it
+  const pid_t process = fork();
+  if (process < 0) throw std::runtime_error("no process");
+  if (process == 0) {
+    Prepare({}, pipe, output, error);
+    Execute(arguments);
+  }
+  while (!IsReading(process)) usleep(1000);
+  kill(process, SIGINT);
+  CommandResult result;
+  result.exitCode = ExitCode(process);
+  close(writer);
+  result.output = ReadWholeFile(output);
+  result.error = ReadWholeFile(error);
+  return result;
+}
+
 ScratchFolder::ScratchFolder() {
   std::string path = (std::filesystem::temp_directory_path() / "kalmia-test-XXXXXX").string();
   if (mkdtemp(path.data()) == nullptr) throw std::runtime_error("no folder");
@@ -125,7 +161,8 @@ std::string ScratchFolder::Write(const std::string& name, const std::string& byt
 
 std::vector<std::string> ScratchFolder::Names() const {
   std::vector<std::string> names;
-  for (const auto& entry : std::filesystem::directory_iterator(path_)) names.push_back(entry.path().filename().string());
+  for (const auto& entry : std::filesystem::directory_iterator(path_))
+    names.push_back(entry.path().filename().string());
   std::sort(names.begin(), names.end());
   return names;
 }

@@ -6,12 +6,12 @@
 
 /// What a run of the program left behind.
 struct CommandResult {
-  int exitCode = -1;          ///< 128 + the signal where one ended the program
-  std::string output;         ///< standard output
-  std::string error;          ///< standard error
+  int exitCode = -1;   ///< 128 + the signal where one ended the program
+  std::string output;  ///< standard output
+  std::string error;   ///< standard error
 
   nlohmann::json Json() const { return nlohmann::json::parse(output); }
-  int ErrorLines() const;     ///< lines on standard error
+  int ErrorLines() const;  ///< lines on standard error
 };
 
 /// How the program is run.
@@ -27,9 +27,12 @@ struct CommandRun {
 CommandResult RunKalmia(const CommandRun& run);
 CommandResult RunKalmia(const std::vector<std::string>& arguments, const std::string& input = "");
 
-/// Runs `kalmia` on a terminal of its own; sends it SIGINT once `interruptAt` has appeared there. `error` then holds what
-/// the terminal showed, both outputs together.
+/// Runs `kalmia` on a terminal of its own; sends it SIGINT once `interruptAt` has appeared there. `error` then holds
+/// what the terminal showed, both outputs together.
 CommandResult RunOnTerminal(const std::vector<std::string>& arguments, const std::string& interruptAt = "");
+
+/// Runs `kalmia` with a standard input on which nothing comes, and sends it SIGINT once it waits there.
+CommandResult InterruptWaitingForInput(const std::vector<std::string>& arguments);
 
 /// A folder of its own for one test, removed with all that is in it.
 class ScratchFolder {

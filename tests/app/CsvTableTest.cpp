@@ -1,9 +1,8 @@
-#include "app/CsvTable.h"
-
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include "app/CsvRecords.h"
+#include "app/CsvTable.h"
 #include "app/Failure.h"
 
 namespace kalmia::app {
@@ -43,7 +42,10 @@ TEST(CsvTable, ReadsTheSameTableInEveryDialect) {
       {"no line end at the end", "a,b\n1.5,2\n3,4.25", ',', false},
       {"CRLF", "a,b\r\n1.5,2\r\n3,4.25\r\n", ',', false},
       {"CR alone", "a,b\r1.5,2\r3,4.25\r", ',', false},
-      {"byte order mark", "\xEF\xBB\xBF" "a,b\n1.5,2\n3,4.25\n", ',', false},
+      {"byte order mark",
+       "\xEF\xBB\xBF"
+       "a,b\n1.5,2\n3,4.25\n",
+       ',', false},
       {"byte order mark before a quotation mark", "\xEF\xBB\xBF\"a\",b\n1.5,2\n3,4.25\n", ',', false},
       {"quoted fields", "\"a\",\"b\"\n\"1.5\",\"2\"\n3,\"4.25\"\n", ',', false},
       {"blanks around fields", " a , b\n 1.5,2 \n3 , 4.25\n", ',', false},
@@ -116,7 +118,10 @@ TEST(CsvTable, RefusesWhatIsNoTable) {
   EXPECT_EQ(Refusal("a,b\n"), "t.csv has a header but no data rows");
   EXPECT_EQ(Refusal("a,b\n\n  \n"), "t.csv has a header but no data rows");
   EXPECT_EQ(Refusal(std::string("a,b\n1,\0\n", 8)), "t.csv is not a text file: line 2 holds a zero byte");
-  EXPECT_EQ(Refusal(std::string("\xFF\xFE" "a\0,\0", 6)), "t.csv is UTF-16 text: save it as UTF-8");
+  EXPECT_EQ(Refusal(std::string("\xFF\xFE"
+                                "a\0,\0",
+                                6)),
+            "t.csv is UTF-16 text: save it as UTF-8");
 }
 
 TEST(CsvTable, RefusesARowOfAnotherLengthWithItsNumber) {

@@ -31,11 +31,20 @@ const BadTable kBadTables[] = {
     {"empty file", "", {"--y", "y"}, "t.csv is empty"},
     {"no data rows", "x,y\n", {"--y", "y"}, "t.csv has a header but no data rows"},
     {"ragged row", "x,y\n1,2\n3\n4,5\n", {"--y", "y"}, "row 2 (line 3) has 1 field, the header has 2"},
-    {"word among numbers", "x,y\n1,2\n3,oops\n4,5\n", {"--y", "y"}, "row 2 (line 3), column 'y': 'oops' is not a number"},
+    {"word among numbers",
+     "x,y\n1,2\n3,oops\n4,5\n",
+     {"--y", "y"},
+     "row 2 (line 3), column 'y': 'oops' is not a number"},
     {"word in X", "x,y\n1,2\nn/a,3\n4,5\n", {"--y", "y"}, "row 2 (line 3), column 'x': 'n/a' is not a number"},
     {"infinity", "x,y\n1,2\n-inf,3\n4,5\n", {"--y", "y"}, "row 2 (line 3), column 'x': '-inf' is infinite"},
-    {"too large", "x,y\n1,2\n1e39,3\n4,5\n", {"--y", "y"}, "row 2 (line 3), column 'x': '1e39' is too large for single precision"},
-    {"decimal point among commas", "x;y\n1,5;2\n2.5;3,5\n4;5,5\n", {"--y", "y"}, "'2.5' is no number in a table with decimal commas"},
+    {"too large",
+     "x,y\n1,2\n1e39,3\n4,5\n",
+     {"--y", "y"},
+     "row 2 (line 3), column 'x': '1e39' is too large for single precision"},
+    {"decimal point among commas",
+     "x;y\n1,5;2\n2.5;3,5\n4;5,5\n",
+     {"--y", "y"},
+     "'2.5' is no number in a table with decimal commas"},
     {"duplicate names", "x,x,y\n1,2,3\n", {"--y", "y"}, "columns 1 and 2 have the same name, 'x'"},
     {"no such Y", "x,y\n1,2\n3,4\n", {"--y", "z"}, "there is no column 'z'"},
     {"one Y of two missing", "x,y\n1,2\n3,4\n", {"--y", "y,z"}, "there is no column 'z'"},
@@ -52,12 +61,21 @@ const BadTable kBadTables[] = {
     {"Y as id", "x,y\n1,2\n3,4\n", {"--y", "y", "--id", "y"}, "column 'y' cannot be Y and name rows or groups"},
     {"no such excluded column", "x,y\n1,2\n3,4\n", {"--y", "y", "--exclude", "w"}, "there is no column 'w'"},
     {"no such range", "x,y\n1,2\n3,4\n", {"--y", "y", "--x", "x..w"}, "there is no column 'w'"},
-    {"range backwards", "a,b,y\n1,2,3\n3,4,5\n", {"--y", "y", "--x", "b..a"}, "the last column stands before the first"},
+    {"range backwards",
+     "a,b,y\n1,2,3\n3,4,5\n",
+     {"--y", "y", "--x", "b..a"},
+     "the last column stands before the first"},
     {"no such group column", "x,y\n1,2\n3,4\n", {"--y", "y", "--group-column", "g"}, "there is no column 'g'"},
     {"one group", "x,y,g\n1,2,a\n3,4,a\n5,7,a\n", {"--y", "y", "--group-column", "g"}, "all rows have the same group"},
-    {"a row without group", "x,y,g\n1,2,a\n3,4,\n5,7,b\n", {"--y", "y", "--group-column", "g"}, "row 2 (line 3) has no group"},
+    {"a row without group",
+     "x,y,g\n1,2,a\n3,4,\n5,7,b\n",
+     {"--y", "y", "--group-column", "g"},
+     "row 2 (line 3) has no group"},
     {"quotation mark left open", "x,y\n1,\"2\n3,4\n", {"--y", "y"}, "a quotation mark on line 2"},
-    {"X and Y unrelated", "x,y\n1,1\n1.5,2\n1,3\n1.5,2\n", {"--y", "y", "--components", "1"}, "no component can be computed"}};
+    {"X and Y unrelated",
+     "x,y\n1,1\n1.5,2\n1,3\n1.5,2\n",
+     {"--y", "y", "--components", "1"},
+     "no component can be computed"}};
 
 TEST(FailureOfPls, IsOneLineWithExitCode1ForBadData) {
   for (const BadTable& bad : kBadTables) {
@@ -166,8 +184,10 @@ TEST(Failure, IsExitCode3WhereAFolderCannotBeWritten) {
 TEST(Failure, LeavesNothingOfTheOtherFilesWhereOneCannotBeWritten) {
   const ScratchFolder folder;
   const std::string table = folder.Write("t.csv", LinearTable(20, 4, 1));
-  ExpectFailure(RunKalmia({"pls", table, "--y", "y", "--id", "name", "--save", folder.Path("m"), "--csv", table}), 3, "Not a directory");
-  ExpectFailure(RunKalmia({"pls", table, "--y", "y", "--id", "name", "--save", "/dev/full", "--csv", folder.Path("d")}), 3, "");
+  ExpectFailure(RunKalmia({"pls", table, "--y", "y", "--id", "name", "--save", folder.Path("m"), "--csv", table}), 3,
+                "Not a directory");
+  ExpectFailure(RunKalmia({"pls", table, "--y", "y", "--id", "name", "--save", "/dev/full", "--csv", folder.Path("d")}),
+                3, "");
   EXPECT_EQ(folder.Names(), std::vector<std::string>{"t.csv"});
 }
 

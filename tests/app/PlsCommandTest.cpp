@@ -12,10 +12,10 @@
 
 namespace {
 
+using nlohmann::json;
 using ::testing::ElementsAre;
 using ::testing::HasSubstr;
 using ::testing::IsEmpty;
-using nlohmann::json;
 
 CommandResult RunWell(const std::vector<std::string>& arguments, const std::string& input = "") {
   CommandResult result = RunKalmia(arguments, input);
@@ -67,11 +67,14 @@ TEST(Pls, KeepsTheSameModelWhetherTheNumberIsGivenOrFound) {
   const std::string table = LinearTable(30, 6, 2);
   const ScratchFolder folder;
   const json found = Fit(table, {"--y", "y", "--id", "name", "--csv", folder.Path("found")});
-  const json given = Fit(table, {"--y", "y", "--id", "name", "--csv", folder.Path("given"), "--components", found["kept"].dump()});
+  const json given =
+      Fit(table, {"--y", "y", "--id", "name", "--csv", folder.Path("given"), "--components", found["kept"].dump()});
   ASSERT_EQ(found["components"].size(), found["kept"].get<std::size_t>() + 1);  // one was taken and dropped again
   for (const char* file : {"scores.csv", "weights.csv", "loadings.csv", "w-star.csv", "coefficients.csv", "fit.csv",
                            "vip.csv", "rows.csv"}) {
-    EXPECT_EQ(ReadWholeFile(folder.Path(std::string("found/") + file)), ReadWholeFile(folder.Path(std::string("given/") + file))) << file;
+    EXPECT_EQ(ReadWholeFile(folder.Path(std::string("found/") + file)),
+              ReadWholeFile(folder.Path(std::string("given/") + file)))
+        << file;
   }
   EXPECT_EQ(found["quality"], given["quality"]);
 }
@@ -79,7 +82,8 @@ TEST(Pls, KeepsTheSameModelWhetherTheNumberIsGivenOrFound) {
 TEST(Pls, SaysThatNoComponentIsKeptSavesNothingAndEndsWell) {
   const ScratchFolder folder;
   const std::string table = folder.Write("t.csv", UnrelatedTable(30, 6, 1, 5));
-  const CommandResult text = RunWell({"pls", table, "--y", "y1", "--save", folder.Path("m"), "--csv", folder.Path("d")});
+  const CommandResult text =
+      RunWell({"pls", table, "--y", "y1", "--save", folder.Path("m"), "--csv", folder.Path("d")});
   EXPECT_THAT(text.output, HasSubstr("No component is kept"));
   EXPECT_THAT(text.output, HasSubstr("Nothing is saved"));
   EXPECT_EQ(folder.Names(), std::vector<std::string>{"t.csv"});
@@ -106,11 +110,12 @@ TEST(Pls, StopsWhereNothingIsLeftOfX) {
 }
 
 TEST(Pls, TakesAllOtherColumnsOfNumbersAsX) {
-  const json fit = Fit("id,a,site,y,b\n1,1,n,1,4\n2,2,s,3,3\n3,3,n,2,5\n4,5,s,5,1\n5,4,n,4,2\n",
-                       {"--y", "y", "--components", "1"});
+  const json fit =
+      Fit("id,a,site,y,b\n1,1,n,1,4\n2,2,s,3,3\n3,3,n,2,5\n4,5,s,5,1\n5,4,n,4,2\n", {"--y", "y", "--components", "1"});
   EXPECT_THAT(Names(fit["x"]["columns"]), ElementsAre("id", "a", "b"));
   EXPECT_THAT(Names(fit["leftOut"]["textColumns"]), ElementsAre("site"));
-  EXPECT_THAT(Names(fit["notes"]), ElementsAre("left out of X, text columns: site", "7 groups are cut to 5, the number of rows"));
+  EXPECT_THAT(Names(fit["notes"]),
+              ElementsAre("left out of X, text columns: site", "7 groups are cut to 5, the number of rows"));
 }
 
 TEST(Pls, SelectsXByRangeByExclusionAndNeverTakesYIdOrGroups) {
@@ -128,8 +133,10 @@ TEST(Pls, SelectsXByRangeByExclusionAndNeverTakesYIdOrGroups) {
 
 TEST(Pls, TakesNamesThatHoldCommasAndDotsAsTheyAre) {
   const std::string table = "\"a,b\";c..d;y\n1;7;1\n2;5;3\n3;6;2\n5;1;5\n";
-  EXPECT_THAT(Names(Fit(table, {"--y", "y", "--components", "1", "--x", "a,b..c..d"})["x"]["columns"]), ElementsAre("a,b", "c..d"));
-  EXPECT_THAT(Names(Fit(table, {"--y", "y", "--components", "1", "--exclude", "a,b"})["x"]["columns"]), ElementsAre("c..d"));
+  EXPECT_THAT(Names(Fit(table, {"--y", "y", "--components", "1", "--x", "a,b..c..d"})["x"]["columns"]),
+              ElementsAre("a,b", "c..d"));
+  EXPECT_THAT(Names(Fit(table, {"--y", "y", "--components", "1", "--exclude", "a,b"})["x"]["columns"]),
+              ElementsAre("c..d"));
   EXPECT_THAT(Names(Fit(table, {"--y", "a,b", "--components", "1"})["y"]["columns"]), ElementsAre("a,b"));
 }
 
@@ -153,11 +160,13 @@ TEST(Pls, TakesAMeasured99AsANumberAndSaysSo) {
                                     "a,y\n-99,1\n-98,3\n-97.5,-99.0\n-96,5\n");
   EXPECT_EQ(run.Json()["x"]["missingCells"], 0);
   EXPECT_EQ(run.Json()["y"]["missingCells"], 0);
-  EXPECT_EQ(run.error, "note: 2 cells measured as -99 are taken as -99.0000076: -99 itself marks missing cells inside\n");
+  EXPECT_EQ(run.error,
+            "note: 2 cells measured as -99 are taken as -99.0000076: -99 itself marks missing cells inside\n");
 }
 
 TEST(Pls, CutsGroupsToTheRowsWithOneLine) {
-  const CommandResult run = RunWell({"pls", "-", "--y", "y1", "--components", "1", "--groups", "50", "--json"}, UnrelatedTable(12, 3, 1, 1));
+  const CommandResult run =
+      RunWell({"pls", "-", "--y", "y1", "--components", "1", "--groups", "50", "--json"}, UnrelatedTable(12, 3, 1, 1));
   EXPECT_EQ(run.Json()["crossValidation"]["groups"], 12);
   EXPECT_EQ(run.error, "note: 50 groups are cut to 12, the number of rows\n");
 }
@@ -197,8 +206,12 @@ TEST(Pls, GivesTheSameNumbersForEveryDialectAndLocale) {
 }
 
 TEST(Pls, ShowsEachYColumnWhereThereAreSeveral) {
-  const std::vector<std::string> arguments = {"pls", ExampleTable("oliveoil.csv"), "--id", "sample", "--x", "Acidity..DK",
-                                              "--y", "yellow,green", "--y", "brown", "--components", "2"};
+  const std::vector<std::string> arguments = {"pls",          ExampleTable("oliveoil.csv"),
+                                              "--id",         "sample",
+                                              "--x",          "Acidity..DK",
+                                              "--y",          "yellow,green",
+                                              "--y",          "brown",
+                                              "--components", "2"};
   const CommandResult text = RunWell(arguments);
   auto jsonArguments = arguments;
   jsonArguments.push_back("--json");
@@ -252,7 +265,8 @@ TEST(Pls, PrintsErrorsThatFollowFromR2AndQ2OfOneComponent) {
 TEST(Pls, HasNoErrorOfEstimationWithoutADegreeOfFreedom) {
   const json fit = Fit(UnrelatedTable(4, 9, 1, 3), {"--y", "y1", "--components", "3"});
   EXPECT_EQ(fit["quality"][0]["rmsee"], nullptr);
-  EXPECT_THAT(RunWell({"pls", "-", "--y", "y1", "--components", "3"}, UnrelatedTable(4, 9, 1, 3)).output, HasSubstr("  -  "));
+  EXPECT_THAT(RunWell({"pls", "-", "--y", "y1", "--components", "3"}, UnrelatedTable(4, 9, 1, 3)).output,
+              HasSubstr("  -  "));
 }
 
 TEST(Pls, ScalesXAsAsked) {
@@ -276,7 +290,8 @@ TEST(Pls, KeepsTheOutputCleanForOtherPrograms) {
 }
 
 TEST(Pls, ShowsNamesWithControlCharactersOnOneLine) {
-  const CommandResult run = RunWell({"pls", "-", "--y", "y\n2", "--components", "1"}, "\"a\x1b[31m\",\"y\n2\"\n1,1\n2,3\n3,2\n5,5\n4,4\n7,8\n1,2\n");
+  const CommandResult run = RunWell({"pls", "-", "--y", "y\n2", "--components", "1"},
+                                    "\"a\x1b[31m\",\"y\n2\"\n1,1\n2,3\n3,2\n5,5\n4,4\n7,8\n1,2\n");
   EXPECT_THAT(run.output, HasSubstr("y\\n2"));
   EXPECT_EQ(run.output.find('\x1b'), std::string::npos);
 }

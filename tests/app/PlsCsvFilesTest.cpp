@@ -21,9 +21,9 @@ constexpr double kFloatTolerance = 1e-5;
 /// Fits a table and keeps the files that were written.
 class WrittenFit {
  public:
-  WrittenFit(const std::string& table, std::vector<std::string> options)
-      : table_(table, "t.csv") {
-    options.insert(options.begin(), {"pls", folder_.Write("t.csv", table), "--json", "--csv", folder_.Path("d"), "--save", folder_.Path("m")});
+  WrittenFit(const std::string& table, std::vector<std::string> options) : table_(table, "t.csv") {
+    options.insert(options.begin(), {"pls", folder_.Write("t.csv", table), "--json", "--csv", folder_.Path("d"),
+                                     "--save", folder_.Path("m")});
     const CommandResult run = RunKalmia(options);
     EXPECT_EQ(run.exitCode, 0) << run.error;
     json_ = run.Json();
@@ -72,7 +72,8 @@ TEST(PlsCsv, WritesAllFilesWithNamesOfRowsAndColumns) {
 }
 
 TEST(PlsCsv, GivesBackNamesThatNeedQuotationMarks) {
-  const WrittenFit fit("\"a,\"\"1\"\"\",\" b\",y\n1,7,1\n2,5,3\n3,6,2\n5,1,5\n4,3,6\n", {"--y", "y", "--components", "1"});
+  const WrittenFit fit("\"a,\"\"1\"\"\",\" b\",y\n1,7,1\n2,5,3\n3,6,2\n5,1,5\n4,3,6\n",
+                       {"--y", "y", "--components", "1"});
   EXPECT_EQ(fit.File("vip.csv").Cell(0, 0), "a,\"1\"");
   EXPECT_EQ(fit.File("vip.csv").Cell(1, 0), " b");
 }
@@ -144,7 +145,8 @@ TEST(PlsCsv, HasDistancesThatFollowFromScoresAndLoadings) {
       if (std::isnan(x[i])) continue;
       double e = x[i] - sum / n;
       for (const char* a : {"1", "2", "3"}) {
-        e -= NumbersOf(fit.File("scores.csv"), std::string("t") + a)[i] * NumbersOf(fit.File("loadings.csv"), std::string("p") + a)[k];
+        e -= NumbersOf(fit.File("scores.csv"), std::string("t") + a)[i] *
+             NumbersOf(fit.File("loadings.csv"), std::string("p") + a)[k];
       }
       squares[i] += e * e;
       present[i] += 1.0;
@@ -218,7 +220,8 @@ TEST(PlsCsv, ReplacesFilesOfAnEarlierRunAndLeavesOthersAlone) {
   const ScratchFolder folder;
   const std::string table = folder.Write("t.csv", LinearTable(20, 4, 1));
   const auto run = [&](const char* components) {
-    return RunKalmia({"pls", table, "--y", "y", "--id", "name", "--components", components, "--csv", folder.Path("")}).exitCode;
+    return RunKalmia({"pls", table, "--y", "y", "--id", "name", "--components", components, "--csv", folder.Path("")})
+        .exitCode;
   };
   folder.Write("mine.txt", "mine");
   ASSERT_EQ(run("3"), 0);

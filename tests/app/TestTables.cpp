@@ -9,7 +9,8 @@
 
 namespace {
 
-/// Numbers from -1 to 1 with three decimals. Only the generator is used: the standard's distributions differ by machine.
+/// Numbers from -1 to 1 with three decimals. Only the generator is used: the standard's distributions differ between
+/// machines.
 class Noise {
  public:
   explicit Noise(unsigned seed) : generator_(seed) {}

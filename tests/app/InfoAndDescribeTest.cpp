@@ -1,0 +1,163 @@
+// `kalmia info`, `kalmia describe`, and the texts that answer by themselves.
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <cmath>
+
+#include "CommandRun.h"
+#include "TestTables.h"
+#include "app/Version.h"
+
+namespace {
+
+using nlohmann::json;
+
+const std::string kWrittenBy = std::string("kalmia ") + kalmia::app::kVersion;
+using ::testing::ElementsAre;
+using ::testing::HasSubstr;
+using ::testing::IsEmpty;
+using ::testing::StartsWith;
+
+json Describe(const std::string& table) {
+  const CommandResult run = RunKalmia({"describe", "-", "--json"}, table);
+  EXPECT_EQ(run.exitCode, 0) << run.error;
+  return run.Json();
+}
+
+TEST(Info, ShowsVersionScalingNamesAndQ2OfAStoredModel) {
+  const ScratchFolder folder;
+  const std::string table = folder.Write("t.csv", LinearTable(30, 4, 1));
+  const std::string model = folder.Path("m");
+  const json fit = RunKalmia({"pls", table, "--y", "y", "--id", "name", "--scale", "pareto", "--groups", "5", "--json",
+                              "--save", model})
+                       .Json();
+  const CommandResult text = RunKalmia({"info", model});
+  EXPECT_EQ(text.exitCode, 0);
+  for (const std::string& part : std::vector<std::string>{"version 1", kWrittenBy, "Pareto scaled", "x1, x2, x3, x4",
+                                                          "5 groups", "Q2 cum", "named by column name"}) {
+    EXPECT_THAT(text.output, HasSubstr(part));
+  }
+  const json info = RunKalmia({"info", model, "--json"}).Json();
+  EXPECT_EQ(info["scaling"], "pareto");
+  EXPECT_EQ(info["quality"], fit["quality"]);
+  EXPECT_EQ(info["rows"].size(), 30);
+  ASSERT_EQ(info["components"].size(), fit["kept"].get<std::size_t>());
+  for (std::size_t a = 0; a < info["components"].size(); ++a) EXPECT_EQ(info["components"][a], fit["components"][a]);
+}
+
+TEST(Info, HasCentresAndFactorsOfTheScaling) {
+  const ScratchFolder folder;
+  const std::string model = folder.Path("m");
+  ASSERT_EQ(RunKalmia({"pls", "-", "--y", "y", "--components", "1", "--groups", "2", "--save", model},
+                      "a,y\n1,4\n2,9\n3,8\n6,11\n")
+                .exitCode,
+            0);
+  const json info = RunKalmia({"info", model, "--json"}).Json();
+  EXPECT_EQ(info["x"][0]["name"], "a");
+  EXPECT_EQ(info["x"][0]["centre"], 3.0);
+  EXPECT_FLOAT_EQ(info["x"][0]["factor"], 1.0F / std::sqrt(14.0F / 3.0F));
+  EXPECT_EQ(info["y"][0]["centre"], 8.0);
+}
+
+TEST(Describe, GivesTheStatisticsOfEachColumn) {
+  const json described = Describe("a,b\n1,10\n2,NA\n4,20\n9,60\n");
+  const json& a = described["columns"][0];
+  EXPECT_EQ(a["name"], "a");
+  EXPECT_EQ(a["n"], 4);
+  EXPECT_EQ(a["missing"], 0);
+  EXPECT_DOUBLE_EQ(a["mean"], 4.0);
+  EXPECT_DOUBLE_EQ(a["standardDeviation"], std::sqrt(38.0 / 3));
+  EXPECT_EQ(a["min"], 1.0);
+  EXPECT_EQ(a["max"], 9.0);
+  // n / ((n - 1)(n - 2)) sum(z^3), with deviations -3, -2, 0, 5.
+  EXPECT_DOUBLE_EQ(a["skewness"], 4.0 / (3.0 * 2.0) * (-27.0 - 8.0 + 125.0) / std::pow(38.0 / 3, 1.5));
+  EXPECT_EQ(described["columns"][1]["n"], 3);
+  EXPECT_EQ(described["columns"][1]["missing"], 1);
+  EXPECT_DOUBLE_EQ(described["columns"][1]["mean"], 30.0);
+}
+
+TEST(Describe, NamesTextConstantAndEmptyColumns) {
+  const json described = Describe("a,k,e,t,one\n1,7,,x,\n2,7,NA,y,3\n");
+  EXPECT_THAT(described["constantColumns"].get<std::vector<std::string>>(), ElementsAre("k", "one"));
+  EXPECT_THAT(described["emptyColumns"].get<std::vector<std::string>>(), ElementsAre("e"));
+  EXPECT_THAT(described["textColumns"].get<std::vector<std::string>>(), ElementsAre("t"));
+  const CommandResult text = RunKalmia({"describe", "-"}, "a,k,e,t,one\n1,7,,x,\n2,7,NA,y,3\n");
+  EXPECT_THAT(text.output, HasSubstr("Text columns: t\nConstant columns: k and one\nEmpty columns: e\n"));
+}
+
+TEST(Describe, SaysNothingWhereThereAreTooFewCells) {
+  const json columns = Describe("none,one,two,same\n,1,1,5\n,,3,5\n")["columns"];
+  EXPECT_EQ(columns[0]["mean"], nullptr);
+  EXPECT_EQ(columns[0]["min"], nullptr);
+  EXPECT_EQ(columns[1]["mean"], 1.0);
+  EXPECT_EQ(columns[1]["standardDeviation"], nullptr);
+  EXPECT_DOUBLE_EQ(columns[2]["standardDeviation"], std::sqrt(2.0));
+  EXPECT_EQ(columns[2]["skewness"], nullptr);  // 0 / 0 by the formula
+  EXPECT_EQ(columns[3]["standardDeviation"], 0.0);
+  EXPECT_EQ(columns[3]["skewness"], nullptr);
+}
+
+TEST(Describe, TellsAMeanOf99FromAMissingOne) {
+  const json column = Describe("a\n-98\n-100\n")["columns"][0];
+  EXPECT_EQ(column["mean"], -99.0);
+  EXPECT_EQ(column["n"], 2);
+}
+
+TEST(Describe, ShowsAMeasured99AsTheNextFloatBelow) {
+  const CommandResult run = RunKalmia({"describe", "-", "--json"}, "a\n-99\n5\n");
+  EXPECT_EQ(run.error, "note: 1 cell measured as -99 is taken as -99.0000076: -99 itself marks missing cells inside\n");
+  EXPECT_EQ(run.Json()["columns"][0]["missing"], 0);
+  EXPECT_EQ(run.Json()["columns"][0]["min"].get<float>(), -99.00000762939453F);
+}
+
+TEST(Describe, AlignsItsColumns) {
+  const CommandResult run = RunKalmia({"describe", "-"}, "a,\xC3\xA9t\xC3\xA9 long\n1,10\n2,20\n4,30.5\n");
+  EXPECT_EQ(run.output,
+            "standard input: 3 rows, 2 columns\n\n"
+            "  column    n  missing     mean       sd  min   max   skewness\n"
+            "  a         3        0  2.33333  1.52753    1     4   0.935220\n"
+            "  \xC3\xA9t\xC3\xA9 long  3        0  20.1667  10.2510   10  30.5  0.0731441\n");
+}
+
+TEST(Help, HasAnExampleForEachCommand) {
+  for (const auto& arguments : std::vector<std::vector<std::string>>{{"--help"}, {"-h"}}) {
+    const CommandResult run = RunKalmia(arguments);
+    EXPECT_EQ(run.exitCode, 0);
+    EXPECT_EQ(run.error, "");
+    for (const char* command : {"pls", "predict", "info", "describe"}) {
+      EXPECT_THAT(run.output, HasSubstr(std::string("  kalmia ") + command + " "));
+    }
+  }
+  for (const char* command : {"pls", "predict", "info", "describe"}) {
+    const CommandResult run = RunKalmia({command, "--help"});
+    EXPECT_EQ(run.exitCode, 0);
+    EXPECT_THAT(run.output, HasSubstr("Example"));
+    EXPECT_THAT(run.output, HasSubstr(std::string("  kalmia ") + command + " "));
+  }
+}
+
+TEST(Help, NamesEveryOptionOfPls) {
+  const std::string help = RunKalmia({"pls", "--help"}).output;
+  for (const char* option : {"--y", "--id", "--x", "--exclude", "--scale", "--components", "--groups", "--group-column",
+                             "--save", "--json", "--csv"}) {
+    EXPECT_THAT(help, HasSubstr(std::string("  ") + option + " "));
+  }
+}
+
+TEST(Version, IsTheProjects) {
+  const CommandResult run = RunKalmia({"--version"});
+  EXPECT_EQ(run.exitCode, 0);
+  EXPECT_EQ(run.output, kWrittenBy + "\n");
+}
+
+TEST(CommandLine, TakesOptionsAndFilesInAnyOrder) {
+  const std::string table = LinearTable(20, 4, 1);
+  const ScratchFolder folder;
+  const std::string path = folder.Write("t.csv", table);
+  const json first = RunKalmia({"pls", path, "--y", "y", "--id", "name", "--json"}).Json();
+  EXPECT_EQ(RunKalmia({"pls", "--json", "--id=name", "--y", "y", path}).Json(), first);
+  EXPECT_EQ(RunKalmia({"pls", "--exclude", "x4", "--y", "y", path, "--json"}).exitCode, 0);
+}
+
+}  // namespace

@@ -1,0 +1,114 @@
+// The JSON outputs keep to the schemas in docs/schema, and name no field that these do not.
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+
+#include "CommandRun.h"
+#include "TestTables.h"
+
+namespace {
+
+using nlohmann::json;
+
+/// Checks what the schemas use of JSON Schema: type, const, enum, required, properties, items and $ref to a definition.
+/// A field that `properties` does not name is an error here: everything is to be documented.
+class Validator {
+ public:
+  explicit Validator(const std::string& name)
+      : schema_(json::parse(ReadWholeFile(std::string(KALMIA_SCHEMA_DIR) + "/" + name + ".schema.json"))) {}
+
+  std::vector<std::string> Errors(const json& document) {
+    errors_.clear();
+    Check(document, schema_, "");
+    return errors_;
+  }
+
+ private:
+  static bool HasType(const json& value, const std::string& type) {
+    if (type == "object") return value.is_object();
+    if (type == "array") return value.is_array();
+    if (type == "string") return value.is_string();
+    if (type == "integer") return value.is_number_integer();
+    if (type == "number") return value.is_number();
+    if (type == "boolean") return value.is_boolean();
+    return type == "null" && value.is_null();
+  }
+
+  static bool HasOneType(const json& value, const json& types) {
+    if (types.is_string()) return HasType(value, types);
+    return std::any_of(types.begin(), types.end(), [&](const json& type) { return HasType(value, type); });
+  }
+
+  void Require(bool good, const std::string& path, const std::string& what) {
+    if (!good) errors_.push_back((path.empty() ? "/" : path) + ": " + what);
+  }
+
+  void Check(const json& value, const json& schema, const std::string& path) {
+    if (schema.contains("$ref")) {
+      const std::string reference = schema["$ref"];
+      Check(value, schema_.at(json::json_pointer(reference.substr(1))), path);
+      return;
+    }
+    if (schema.contains("const")) Require(value == schema["const"], path, "is not " + schema["const"].dump());
+    if (schema.contains("enum")) {
+      Require(std::find(schema["enum"].begin(), schema["enum"].end(), value) != schema["enum"].end(), path,
+              "is none of the values");
+    }
+    if (schema.contains("type")) Require(HasOneType(value, schema["type"]), path, "is no " + schema["type"].dump());
+    if (schema.contains("required")) {
+      for (const json& name : schema["required"]) Require(value.contains(name), path, "lacks " + name.dump());
+    }
+    if (schema.contains("properties")) {
+      for (const auto& [name, field] : value.items()) {
+        const bool known = schema["properties"].contains(name);
+        Require(known, path, "has the unknown field " + name);
+        if (known) Check(field, schema["properties"][name], path + "/" + name);
+      }
+    }
+    if (schema.contains("items")) {
+      for (std::size_t i = 0; i < value.size(); ++i) Check(value[i], schema["items"], path + "/" + std::to_string(i));
+    }
+  }
+
+  json schema_;
+  std::vector<std::string> errors_;
+};
+
+void ExpectValid(const std::string& schema, const json& document) {
+  EXPECT_EQ(Validator(schema).Errors(document), std::vector<std::string>()) << document.dump(1);
+}
+
+TEST(JsonSchema, HoldsForEveryOutput) {
+  const ScratchFolder folder;
+  const std::string table =
+      folder.Write("t.csv",
+                   "k,e,s,a,b,y1,y2,g\n"
+                   "7,,x,1,5,1,2,u\n7,,y,2,3,2,2.5,v\n7,,z,3,1,4,3,u\n7,,w,5,2,4.5,NA,v\n,,q,,,1,1,u\n");
+  const std::string model = folder.Path("m");
+  ExpectValid("kalmia-pls", RunKalmia({"pls", table, "--y", "y1,y2", "--id", "s", "--group-column", "g", "--components",
+                                       "2", "--json", "--save", model, "--csv", folder.Path("d")})
+                                .Json());
+  ExpectValid("kalmia-info", RunKalmia({"info", model, "--json"}).Json());
+  ExpectValid("kalmia-predict", RunKalmia({"predict", model, table, "--json", "--csv", folder.Path("d")}).Json());
+  ExpectValid("kalmia-predict", RunKalmia({"predict", model, "-", "--json"}, "a\n1\nNA\n").Json());
+  ExpectValid("kalmia-describe", RunKalmia({"describe", table, "--json"}).Json());
+  ExpectValid("kalmia-pls", RunKalmia({"pls", "-", "--y", "y1", "--json"}, UnrelatedTable(30, 6, 1, 5)).Json());
+}
+
+TEST(JsonSchema, NoticesAFieldThatIsWrongMissingOrUnknown) {
+  json good = RunKalmia({"describe", "-", "--json"}, "a\n1\n2\n").Json();
+  json wrong = good;
+  wrong["columns"][0]["n"] = "two";
+  json missing = good;
+  missing["columns"][0].erase("mean");
+  json unknown = good;
+  unknown["surprise"] = 1;
+  json newer = good;
+  newer["formatVersion"] = 2;
+  for (const json& bad : {wrong, missing, unknown, newer}) {
+    EXPECT_EQ(Validator("kalmia-describe").Errors(bad).size(), 1U) << bad.dump();
+  }
+}
+
+}  // namespace

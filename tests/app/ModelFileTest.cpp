@@ -1,0 +1,177 @@
+// Stored models: what comes back, and what is refused.
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <cstdint>
+
+#include "CommandRun.h"
+#include "TestTables.h"
+#include "app/Failure.h"
+#include "app/Prediction.h"
+#include "app/StoredModel.h"
+#include "kalmia/support/MD5.h"
+
+namespace {
+
+using kalmia::app::ExitCode;
+using kalmia::app::Failure;
+using kalmia::app::ModelFileBytes;
+using kalmia::app::PredictRows;
+using kalmia::app::ReadModelFile;
+using kalmia::app::StoredModel;
+using ::testing::HasSubstr;
+
+constexpr std::size_t kLengthAt = 12;  ///< where in the file the length of the content stands
+constexpr std::size_t kChecksumAt = 20;
+constexpr std::size_t kContentAt = 52;
+
+/// The bytes of a model of two components of 8 rows, 3 X columns and 2 Y columns.
+std::string SmallModelFile() {
+  const ScratchFolder folder;
+  const std::string table = folder.Write("t.csv", UnrelatedTable(8, 3, 2, 1));
+  const CommandResult run = RunKalmia({"pls", table, "--y", "y1,y2", "--components", "2", "--save", folder.Path("m")});
+  EXPECT_EQ(run.exitCode, 0) << run.error;
+  return ReadWholeFile(folder.Path("m"));
+}
+
+/// The message with which the bytes are refused; "" if they are read.
+std::string Refusal(const std::string& bytes) {
+  try {
+    ReadModelFile(bytes, "m");
+  } catch (const Failure& failure) {
+    EXPECT_EQ(failure.Code(), ExitCode::Files);
+    return failure.what();
+  }
+  return "";
+}
+
+void WriteLength(std::uint64_t length, std::string* bytes) {
+  for (std::size_t i = 0; i < 8; ++i) (*bytes)[kLengthAt + i] = static_cast<char>(length >> (8 * i) & 0xFFU);
+}
+
+/// The file with a checksum that matches its content: what a forger would write.
+std::string WithMatchingChecksum(std::string bytes) {
+  MD5 md5;
+  md5.Update(bytes.data() + kContentAt, bytes.size() - kContentAt);
+  md5.Finalize();
+  return bytes.replace(kChecksumAt, 32, md5.GetDigest());
+}
+
+TEST(ModelFile, ComesBackToTheSameBytes) {
+  const std::string bytes = SmallModelFile();
+  EXPECT_EQ(ModelFileBytes(ReadModelFile(bytes, "m")), bytes);
+}
+
+TEST(ModelFile, IsTheSameForTheSameTable) {
+  EXPECT_EQ(SmallModelFile().substr(kContentAt + 200), SmallModelFile().substr(kContentAt + 200));
+}
+
+TEST(ModelFile, HoldsNamesScalingModelAndHistory) {
+  const StoredModel model = ReadModelFile(SmallModelFile(), "m");
+  EXPECT_EQ(model.xNames, (std::vector<std::string>{"x1", "x2", "x3"}));
+  EXPECT_EQ(model.yNames, (std::vector<std::string>{"y1", "y2"}));
+  EXPECT_EQ(model.rowNames.size(), 8U);
+  EXPECT_EQ(model.scaling, NCScale::ScalingUnitVariance);
+  EXPECT_EQ(model.groups, 7);
+  ASSERT_EQ(model.Components(), 2);
+  EXPECT_EQ(model.components[1].perY.size(), 2U);
+  EXPECT_EQ(model.pls->GetPprim()->SizeRows(), 2);
+  EXPECT_GT(model.components[0].iterations, 0);
+}
+
+TEST(ModelFile, IsRefusedWhenCutAtAnyByte) {
+  const std::string bytes = SmallModelFile();
+  EXPECT_EQ(Refusal(""), "m is empty, no Kalmia model");
+  for (std::size_t length = 1; length < bytes.size(); ++length) {
+    EXPECT_THAT(Refusal(bytes.substr(0, length)), HasSubstr("m is cut")) << length;
+  }
+  EXPECT_EQ(Refusal(bytes.substr(0, kContentAt + 10)),
+            "m is cut: 10 of " + std::to_string(bytes.size() - kContentAt) + " bytes are there");
+}
+
+TEST(ModelFile, IsRefusedWithAnyBitFlipped) {
+  std::string bytes = SmallModelFile();
+  for (std::size_t i = 0; i < bytes.size(); ++i) {
+    for (unsigned bit = 0; bit < 8; ++bit) {
+      bytes[i] = static_cast<char>(bytes[i] ^ static_cast<char>(1U << bit));
+      EXPECT_NE(Refusal(bytes), "") << "byte " << i << " bit " << bit;
+      bytes[i] = static_cast<char>(bytes[i] ^ static_cast<char>(1U << bit));
+    }
+  }
+}
+
+TEST(ModelFile, EndsInAFailureOrAModelThatPredictsWhenForged) {
+  const std::string original = SmallModelFile();
+  const NCDataMatrix<float> x(2, 3, 0.5F);
+  int read = 0;
+  for (std::size_t i = kContentAt; i < original.size(); ++i) {
+    for (unsigned bit = 0; bit < 8; ++bit) {
+      std::string bytes = original;
+      bytes[i] = static_cast<char>(bytes[i] ^ static_cast<char>(1U << bit));
+      try {
+        const StoredModel model = ReadModelFile(WithMatchingChecksum(bytes), "m");
+        EXPECT_EQ(PredictRows(model, x).size(), 2U);
+        ++read;
+      } catch (const Failure& failure) {
+        EXPECT_THAT(failure.what(), HasSubstr("m is damaged: its parts do not fit together"));
+      }
+    }
+  }
+  EXPECT_GT(read, 0);  // a flip within a cell is nobody's to notice
+}
+
+TEST(ModelFile, EndsInAFailureWhenItsContentIsCutByAForger) {
+  const std::string original = SmallModelFile();
+  for (std::size_t length = kContentAt; length < original.size(); ++length) {
+    std::string bytes = original.substr(0, length);
+    WriteLength(length - kContentAt, &bytes);
+    EXPECT_THAT(Refusal(WithMatchingChecksum(bytes)), HasSubstr("its parts do not fit together")) << length;
+  }
+}
+
+TEST(ModelFile, IsRefusedForWhatIsWrong) {
+  const std::string bytes = SmallModelFile();
+  std::string newer = bytes;
+  newer[8] = 2;
+  EXPECT_EQ(Refusal(newer), "m is a model file of version 2; this kalmia reads versions up to 1");
+  std::string none = bytes;
+  none[8] = 0;
+  EXPECT_EQ(Refusal(none), "m is damaged: there is no version 0");
+  std::string damaged = bytes;
+  damaged[kContentAt + 100] = static_cast<char>(damaged[kContentAt + 100] + 1);
+  EXPECT_EQ(Refusal(damaged), "m is damaged: its checksum does not match");
+  EXPECT_EQ(Refusal(bytes + "x"), "m is damaged: it goes on behind its end");
+  EXPECT_EQ(Refusal("x1,y\n1,2\n"), "m is no Kalmia model");
+  std::string huge = bytes;
+  WriteLength(std::uint64_t{1} << 62U, &huge);
+  EXPECT_THAT(Refusal(huge), HasSubstr("m is cut"));
+}
+
+TEST(ModelFile, IsRefusedByPredictAndInfoWithOneLineAndExitCode3) {
+  const ScratchFolder folder;
+  const std::string bytes = SmallModelFile();
+  std::string newer = bytes;
+  newer[8] = 9;
+  std::string damaged = bytes;
+  damaged.back() = static_cast<char>(damaged.back() ^ 1);
+  const std::pair<std::string, const char*> files[] = {{"a,b\n1,2\n", "is no Kalmia model"},
+                                                       {"", "is empty"},
+                                                       {bytes.substr(0, 400), "is cut"},
+                                                       {damaged, "is damaged"},
+                                                       {newer, "of version 9"}};
+  const std::string table = folder.Write("t.csv", UnrelatedTable(8, 3, 2, 1));
+  for (const auto& [content, message] : files) {
+    const std::string model = folder.Write("model", content);
+    for (const auto& arguments : {std::vector<std::string>{"info", model}, {"predict", model, table}}) {
+      const CommandResult run = RunKalmia(arguments);
+      EXPECT_EQ(run.exitCode, 3);
+      EXPECT_EQ(run.output, "");
+      EXPECT_EQ(run.ErrorLines(), 1) << run.error;
+      EXPECT_THAT(run.error, HasSubstr("kalmia: " + model + " "));
+      EXPECT_THAT(run.error, HasSubstr(message));
+    }
+  }
+}
+
+}  // namespace

@@ -1,0 +1,106 @@
+#include <fcntl.h>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <filesystem>
+
+#include "CommandRun.h"
+#include "app/Failure.h"
+#include "app/OutputFiles.h"
+
+namespace kalmia::app {
+namespace {
+
+using ::testing::ElementsAre;
+
+mode_t ModeOf(const std::string& path) {
+  struct stat status = {};
+  EXPECT_EQ(stat(path.c_str(), &status), 0);
+  return status.st_mode;
+}
+
+TEST(OutputFiles, AppearTogetherOnCommit) {
+  const ScratchFolder folder;
+  OutputFiles files;
+  files.MakeFolder(folder.Path("d"));
+  files.Stage(folder.Path("d/a"), "first");
+  files.Stage(folder.Path("b"), "second");
+  EXPECT_FALSE(std::filesystem::exists(folder.Path("d/a")));
+  EXPECT_FALSE(std::filesystem::exists(folder.Path("b")));
+  files.Commit();
+  EXPECT_EQ(ReadWholeFile(folder.Path("d/a")), "first");
+  EXPECT_EQ(ReadWholeFile(folder.Path("b")), "second");
+  EXPECT_THAT(folder.Names(), ElementsAre("b", "d"));
+}
+
+TEST(OutputFiles, VanishWithoutCommit) {
+  const ScratchFolder folder;
+  folder.Write("b", "old");
+  {
+    OutputFiles files;
+    files.MakeFolder(folder.Path("d"));
+    files.Stage(folder.Path("d/a"), "first");
+    files.Stage(folder.Path("b"), "second");
+  }
+  EXPECT_THAT(folder.Names(), ElementsAre("b"));
+  EXPECT_EQ(ReadWholeFile(folder.Path("b")), "old");
+}
+
+TEST(OutputFiles, LeaveAFolderThatWasThere) {
+  const ScratchFolder folder;
+  { OutputFiles().MakeFolder(folder.Path("")); }
+  EXPECT_TRUE(std::filesystem::is_directory(folder.Path("")));
+}
+
+TEST(OutputFiles, KeepThePermissionsOfAFileTheyReplaceAndObeyTheMaskOtherwise) {
+  const ScratchFolder folder;
+  chmod(folder.Write("old", "x").c_str(), 0640);
+  const mode_t mask = umask(027);
+  OutputFiles files;
+  files.Stage(folder.Path("old"), "y");
+  files.Stage(folder.Path("new"), "z");
+  files.Commit();
+  umask(mask);
+  EXPECT_EQ(ModeOf(folder.Path("old")) & 0777U, 0640U);
+  EXPECT_EQ(ModeOf(folder.Path("new")) & 0777U, 0640U);
+}
+
+TEST(OutputFiles, FollowALink) {
+  const ScratchFolder folder;
+  std::filesystem::create_symlink(folder.Write("target", "old"), folder.Path("link"));
+  OutputFiles files;
+  files.Stage(folder.Path("link"), "new");
+  files.Commit();
+  EXPECT_TRUE(std::filesystem::is_symlink(folder.Path("link")));
+  EXPECT_EQ(ReadWholeFile(folder.Path("target")), "new");
+}
+
+TEST(OutputFiles, WriteIntoAPipeAndNeverReplaceIt) {
+  const ScratchFolder folder;
+  const std::string pipe = folder.Path("pipe");
+  ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
+  const int end = open(pipe.c_str(), O_RDWR | O_CLOEXEC);
+  OutputFiles files;
+  files.Stage(pipe, "through");
+  files.Commit();
+  std::string read(7, '\0');
+  EXPECT_EQ(::read(end, read.data(), read.size()), 7);
+  close(end);
+  EXPECT_EQ(read, "through");
+  EXPECT_TRUE(S_ISFIFO(ModeOf(pipe)));
+}
+
+TEST(OutputFiles, LeaveNothingWhereOneCannotBeMoved) {
+  const ScratchFolder folder;
+  OutputFiles files;
+  files.Stage(folder.Path("a"), "first");
+  files.Stage(folder.Path("b"), "second");
+  std::filesystem::create_directory(folder.Path("b"));  // in the way by the time of the commit
+  EXPECT_THROW(files.Commit(), Failure);
+  EXPECT_FALSE(std::filesystem::exists(folder.Path("a")));
+}
+
+}  // namespace
+}  // namespace kalmia::app

@@ -1,0 +1,61 @@
+// The progress bar, and Ctrl-C through it.
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "CommandRun.h"
+#include "TestTables.h"
+
+namespace {
+
+using ::testing::HasSubstr;
+using ::testing::Not;
+
+/// Components of this table take the iteration limit or come near it, and each of its 400 rounds fits one anew: far
+/// longer than it takes to press Ctrl-C.
+std::string LongWork() { return UnrelatedTable(400, 60, 12, 11); }
+
+TEST(Progress, ShowsABarOnATerminalAndWipesItAway) {
+  const ScratchFolder folder;
+  const CommandResult run =
+      RunOnTerminal({"pls", folder.Write("t.csv", LinearTable(30, 5, 1)), "--y", "y", "--id", "name"});
+  EXPECT_EQ(run.exitCode, 0);
+  EXPECT_THAT(run.error, HasSubstr("component 1"));
+  EXPECT_THAT(run.error, HasSubstr("[....."));
+  const std::string wipe = "\r\x1b[K";
+  const std::size_t last = run.error.rfind(wipe);
+  ASSERT_NE(last, std::string::npos);
+  EXPECT_THAT(run.error.substr(last + wipe.size(), 6), "PLS of");
+}
+
+TEST(Progress, ShowsNothingInAPipe) {
+  const CommandResult run = RunKalmia({"pls", "-", "--y", "y", "--id", "name"}, LinearTable(30, 5, 1));
+  EXPECT_EQ(run.exitCode, 0);
+  EXPECT_EQ(run.error, "");
+}
+
+TEST(Interrupt, StopsARunningCrossValidationAndLeavesNothingBehind) {
+  const ScratchFolder folder;
+  const std::string table = folder.Write("t.csv", LongWork());
+  const CommandResult run =
+      RunOnTerminal({"pls", table, "--exclude", "x60", "--y", "y1,y2,y3,y4,y5,y6,y7,y8,y9,y10,y11,y12", "--groups",
+                     "400", "--components", "15", "--save", folder.Path("m"), "--csv", folder.Path("d")},
+                    " of 400");
+  EXPECT_EQ(run.exitCode, 130);
+  EXPECT_THAT(run.error, HasSubstr("kalmia: stopped"));
+  EXPECT_THAT(run.error, Not(HasSubstr("RMSEE")));
+  EXPECT_EQ(folder.Names(), std::vector<std::string>{"t.csv"});
+}
+
+TEST(Interrupt, StopsWhileInputIsAwaited) {
+  const ScratchFolder folder;
+  const std::string table = folder.Write("t.csv", LinearTable(20, 4, 1));
+  const std::string model = folder.Path("m");
+  ASSERT_EQ(RunKalmia({"pls", table, "--y", "y", "--id", "name", "--save", model}).exitCode, 0);
+  const CommandResult run = InterruptWaitingForInput({"predict", model, "-"});
+  EXPECT_EQ(run.exitCode, 130);
+  EXPECT_EQ(run.error, "kalmia: stopped\n");
+  EXPECT_EQ(run.output, "");
+}
+
+}  // namespace
