@@ -135,10 +135,12 @@ void NCDataMatrix<T>::ForceUnlink() {
 template <class T>
 void NCDataMatrix<T>::CopyContent(const NCDataMatrix& other) {
   const NCDataMatrix source(other);
-  Unlink();
-  SetSize(source.rows_, source.columns_);
-  for (int r = 1; r <= rows_; ++r) rowArray_[r].CopyContent(source.rowArray_[r]);
+  MakeRoom(source.rows_);
+  for (int r = source.rows_ + 1; r <= rows_; ++r) rowArray_[r].Clear();
+  for (int r = 1; r <= source.rows_; ++r) rowArray_[r].CopyContent(source.rowArray_[r]);
   columnMisVal_->CopyContent(*source.columnMisVal_);
+  rows_ = source.rows_;
+  columns_ = source.columns_;
   numMisVal_ = source.numMisVal_;
 }
 
