@@ -27,7 +27,10 @@ struct MatrixDestroyer {
 /// The table: observations in rows, variables in columns, both from 1. An array of NCDataVector rows with counts of
 /// missing cells per column and in total. Sharing works on two levels: a copy shares the whole row array; once that is
 /// split by a write, the rows go on sharing their cells one by one. Instantiated for `float` and `double`.
-/// No index or shape is checked. Not safe for concurrent writes; counts of sharing are plain memory.
+/// No index or shape is checked. Not safe for concurrent writes; counts of sharing are plain memory. What an operation
+/// is given may be a row of the matrix itself, or the matrix. Memory that is not there surfaces as std::bad_alloc.
+///
+/// Writing operations unlink first and keep all counts of missing cells, but for those that say otherwise.
 ///
 /// An operation that returns a vector or a matrix builds it in the target that `Result` named, if one was named: the
 /// target must have the size of the result already.
@@ -36,15 +39,15 @@ class NCDataMatrix : public virtual VexStreamBase {
  public:
   using value_type = NCDataVector<T>;
 
-  NCDataMatrix();
+  NCDataMatrix();                                        ///< 0 by 0
   NCDataMatrix(int rows, int columns, T value = static_cast<T>(kalmia::kMissing));
   NCDataMatrix(const NCDataMatrix& other);               ///< shares; result targets are not copied
-  NCDataMatrix& operator=(const NCDataMatrix& other);
+  NCDataMatrix& operator=(const NCDataMatrix& other);    ///< shares; result targets stay as they are
   ~NCDataMatrix() override;
 
   // Sharing.
   void swap(NCDataMatrix& other);                        ///< all members, result targets included
-  void Clear();
+  void Clear();                                          ///< 0 by 0, without result targets
   void ForceUnlink();                                    ///< afterwards no storage is shared with anybody
   void CopyContent(const NCDataMatrix& other);           ///< a private deep copy of the other's cells
 
@@ -60,67 +63,75 @@ class NCDataMatrix : public virtual VexStreamBase {
   const NCDataVector<T>* begin() const { return rowArray_ ? rowArray_ + 1 : nullptr; }
   const NCDataVector<T>* end() const { return rowArray_ ? rowArray_ + 1 + rows_ : nullptr; }
   const NCDataVector<T>& back() const { return rowArray_[rows_]; }
-  NCDataVector<T> GetColumn(int c) const;
-  NCDataMatrix GetRowSubMatrix(int first, int last) const;  ///< shares its rows with this one
+  NCDataVector<T> GetColumn(int c) const;                ///< rows cells; its holes are counted in the cells
+  /// Rows first to last, which share their cells with this matrix; all of them are a share of the matrix itself.
+  NCDataMatrix GetRowSubMatrix(int first, int last) const;
   /// New array of rows + 1 pointers, entry r being row r's 1-based cells. With `keep` it aliases the matrix; without,
   /// the matrix gives its cells away and is fit only for assignment or destruction.
   static T** GetMatrixAsPointerPointer(NCDataMatrix& m, bool keep);
   /// Frees the array, and with `cells` the cells of its `count` rows (those that `keep` = false gave away).
   static void ReleasePointerPointer(T** rows, int count, bool cells);
 
-  // Structure. Positions above the end are cut to it. New cells are missing.
+  // Structure. Positions to insert at are cut to the end + 1. New cells are missing. Room for rows grows by the rule
+  // that NCDataVector has for cells. A matrix of 0 by 0 takes on the shape of the rows or columns put into it.
   void SetSize(int r, int c);                            ///< another size sets all missing; the present one keeps cells
   void Resize(int r, int c);                             ///< keeps the content
-  void ReserveRows(int n);
-  void ReserveColumns(int n);
+  void ReserveRows(int n);                               ///< room for exactly n rows, if that is more than now
+  void ReserveColumns(int n);                            ///< the same for the cells of each row
   void InsertRows(int at, int n);
   void InsertRow(int at, const NCDataVector<T>& v);      ///< the new row shares v's cells
   const NCDataVector<T>* push_back(const NCDataVector<T>& v);  ///< behind the last row; returns end()
   void RemoveRows(int at, int n);
-  void RemoveRows(const NCIntegralVector<int, -99>& indices);
+  void RemoveRows(const NCIntegralVector<int, -99>& indices);  ///< listed in any order; repeats count once
   void InsertColumns(int at, int n);
-  void InsertColumns(int at, const NCDataMatrix& m);
-  void InsertColumn(int at, const NCDataVector<T>& v);
+  void InsertColumns(int at, const NCDataMatrix& m);     ///< m's columns, of as many rows
+  void InsertColumn(int at, const NCDataVector<T>& v);   ///< the first column settles the number of rows
   void RemoveColumns(int at, int n);
-  void ReduceColumns(const NCIntegralVector<int, -99>& indices);
+  void ReduceColumns(const NCIntegralVector<int, -99>& indices);  ///< to the listed ones in their order, with repeats
   void ConcatRows(const NCDataMatrix& m);                ///< m's rows below this one's, shared
   void ConcatColumns(const NCDataMatrix& m);             ///< m's columns to the right
-  void RearrangeColumns(const std::vector<int>& order);
-  void SwapRows(int a, int b);                           ///< for an unshared matrix: does not unlink
-  void SwapColumns(int a, int b);                        ///< for an unshared matrix: does not unlink
+  void RearrangeColumns(const std::vector<int>& order);  ///< as ReduceColumns; an empty order leaves 0 by 0
+  void SwapRows(int a, int b);                           ///< does not unlink: for a matrix that nobody shares
+  void SwapColumns(int a, int b);                        ///< neither matrix nor rows are unlinked: for unshared ones
 
   // Rows and columns of cells. Defined in NCDataMatrixCells.cpp.
   void SetRow(int r, const NCDataVector<T>& v);          ///< the row becomes a share of v
   void SetRow(int r, T value);
-  void SetColumn(int c, const T* p);                     ///< p[1] to p[rows]
+  void SetColumn(int c, const T* p);                     ///< p[1] to p[rows], not cells of this matrix
   void SetColumn(int c, const NCDataVector<T>& v);
-  /// Sets the column. Setting it missing returns early when its count equals the number of columns.
+  /// Sets the column. Setting it missing does nothing when it has as many holes as the matrix has columns.
   void SetColumn(int c, T value);
-  /// Makes row `to` a share of row `from`. Column counts are adjusted along the diagonal, the total not at all:
-  /// for complete tables that nobody shares.
+  /// Makes row `to` a share of row `from`. Column counts are adjusted along the diagonal (of row c, cell c gives way to
+  /// cell c of `from`), the total not at all, and nothing unlinks: for complete tables that nobody shares.
   void CopyRow(int from, int to);
   void CopyColumn(int from, int to);
   void CopyColumn(int to, const NCDataMatrix& m, int from);
   void SetAllValues(T value);
   void MultiplyRow(int row, T factor);                   ///< every present cell times factor
   void MultiplyColumn(int c, long double d, int to);     ///< column `to` = column c times d; d missing empties c
-  void MultiplyColumns(int a, int b, int to);
+  void MultiplyColumns(int a, int b, int to);            ///< column `to` = a times b, missing where either is
   /// Subtracts d from the present cells; d missing empties the column. A result of exactly -99 moves to the next float
   /// below (to -99.00001 in double), so that no hole appears.
   void SubtractFromColumn(int c, long double d);
-  void LagColumn(int c, int k);                          ///< shifts by k rows; vacated cells become missing
-  /// Each cell times the cell of s of its column; a missing scale leaves the cell. Does not unlink.
+  void LagColumn(int c, int k);                          ///< shifts down by k rows; vacated cells become missing
+  /// Each cell times the cell of s of its column; a missing scale leaves the cell. Unlinks neither matrix nor rows, and
+  /// does not count a product of exactly -99: for a matrix that nobody shares.
   void TransformToColumnScaled(const NCDataVector<T>& s);
-  void TransformToDotSubRowVector(const NCDataVector<T>& v);  ///< subtracts v from every row; holes on either side stay
-  bool operator==(const NCDataMatrix& other) const;      ///< a left side without rows equals anything
+  /// Subtracts v from every row; a cell with a hole on either side stays. A difference of exactly -99 is not counted.
+  void TransformToDotSubRowVector(const NCDataVector<T>& v);
+  /// Byte equality, row by row, of the left side's rows with the right side's first ones: a left side without rows
+  /// equals anything, one with more rows than the right side nothing.
+  bool operator==(const NCDataMatrix& other) const;
   bool operator!=(const NCDataMatrix& other) const { return !(*this == other); }
 
-  // Results in place.
+  // Results in place. A target serves one operation, is unlinked first and never resized.
   NCDataMatrix& Result(NCDataMatrix* target);
   const NCDataMatrix& Result(NCDataMatrix* target) const;
   NCDataMatrix& Result(NCDataVector<T>* target);
   const NCDataMatrix& Result(NCDataVector<T>* target) const;
+  /// The work vector of an operation: the target, or a new one of n missing cells.
   void GetReturnVector(VectorDestroyer<T>& holder, int n) const;
+  /// The work matrix of an operation: the target, or a new one, all missing; without rows it is 0 by 0.
   void GetReturnMatrix(MatrixDestroyer<T>& holder, int rows, int columns) const;
 
   // Statistics; -99 is "no estimate". Defined in NCDataMatrixStatistics.cpp.
@@ -194,7 +205,9 @@ class NCDataMatrix : public virtual VexStreamBase {
   /// Replaces a square matrix by its inverse; false when a row is zero (the matrix is then overwritten).
   bool TransformToInverse();
 
-  // Persistence: magic "NCDM", version 4; versions 1 to 3 are read.
+  // Persistence: magic "NCDM", version 4; versions 1 to 3 are read. The cells decide: counts are taken from them. Sizes
+  // that the stream does not cover, rows of another length than `columns` and column counts of another number are
+  // refused, in version 4 by a VexStreamError, in older ones by a false read; the matrix is then 0 by 0.
   class DerivedStreamableData : public VexStreamableData {
    public:
     using VexStreamableData::VexStreamableData;

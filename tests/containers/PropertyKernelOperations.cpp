@@ -1,6 +1,10 @@
-#include "PropertyWorld.h"
+#include <algorithm>
+#include <memory>
 
-// Products, deflation and regressions. Operands are shares: a result's target may be the table or vector they share with.
+#include "PropertyWorld.h"
+#include "kalmia/kernels/NCSVD.h"
+
+// Products, deflation, regressions and decompositions. Operands are shares: a result's target may be the table or vector they share with.
 
 namespace {
 
@@ -189,6 +193,27 @@ std::vector<Operation<T>> KernelOperations() {
       {"A.GetNIPALSStartColumn", [](W& w) {
          const M a = w.AnyFilledMatrix();
          KeepVector(w, a, a.SizeRows(), [](const M& m) { return m.GetNIPALSStartColumn(); });
+       }},
+      {"A.GetSVD", [](W& w) {
+         const M a = w.AnyFilledMatrix();
+         const std::unique_ptr<NCSVD<T>> svd(a.GetSVD());
+         if (svd->GetStatus() == NCSVD<T>::StatusSuccess) w.Matrix() = *svd->GetU();
+       }},
+      {"A.TransformToSVD", [](W& w) {
+         const std::unique_ptr<NCSVD<T>> svd((new M(w.CompleteMatrix()))->TransformToSVD());
+         if (svd->GetStatus() == NCSVD<T>::StatusSuccess) w.Matrix() = *svd->GetV();
+       }},
+      // An inverse has cells of any magnitude; one of -99 would be a chance in millions.
+      {"A.TransformToInverse", [](W& w) {
+         M& a = w.CompleteMatrix();
+         const int n = std::min(a.SizeRows(), a.SizeColumns());
+         a.Resize(n, n);
+         a.TransformToInverse();
+       }},
+      {"A.GetRegressionCoefficients", [](W& w) {
+         const M x = w.AnyFilledMatrix();
+         const M y = w.MatrixOfColumns(x.SizeColumns());
+         w.Matrix() = x.GetRegressionCoefficients(y);
        }},
   };
 }
