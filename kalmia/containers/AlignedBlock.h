@@ -27,7 +27,8 @@ class AlignedBlock {
  public:
   AlignedBlock() = default;
   explicit AlignedBlock(int n) {
-    char* raw = static_cast<char*>(::operator new(sizeof(T) * static_cast<std::size_t>(n) + kCellAlignment + sizeof(T)));
+    const std::size_t cells = static_cast<std::size_t>(n) + 1;  // with cell 0
+    char* raw = static_cast<char*>(::operator new(cells * sizeof(T) + kCellAlignment));
     offset_ = AlignmentOffset<T>(reinterpret_cast<std::uintptr_t>(raw));
     cells_ = reinterpret_cast<T*>(raw + offset_);
   }

@@ -51,7 +51,7 @@ class Pool {
     if (closing_) FreeIfUnused();
   }
 
-  /// The program ends. Vectors in static storage may outlive this call: whoever releases the last cell frees the blocks.
+  /// The program ends. Vectors in static storage may outlive this call: the last one released frees the blocks.
   void Close() {
     const SpinGuard guard(lock_);
     closing_ = true;

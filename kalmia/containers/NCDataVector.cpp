@@ -10,6 +10,8 @@
 
 // Life, sharing and access. The other members are defined by theme in NCDataVector*.cpp and in kernels/.
 
+using kalmia::kMissingCell;
+
 namespace {
 
 int* FreshCount() {
@@ -17,9 +19,6 @@ int* FreshCount() {
   *count = 1;
   return count;
 }
-
-template <class T>
-constexpr T kHole = static_cast<T>(kalmia::kMissing);
 
 /// Cells 1 to n of `data`; the source may overlap them.
 template <class T>
@@ -41,7 +40,7 @@ template <class T>
 NCDataVector<T>::NCDataVector() : refCount_(FreshCount()) {}
 
 template <class T>
-NCDataVector<T>::NCDataVector(int n) : NCDataVector(n, kHole<T>) {}
+NCDataVector<T>::NCDataVector(int n) : NCDataVector(n, kMissingCell<T>) {}
 
 template <class T>
 NCDataVector<T>::NCDataVector(int n, T value) : NCDataVector() {
@@ -49,7 +48,7 @@ NCDataVector<T>::NCDataVector(int n, T value) : NCDataVector() {
   data_ = NewVec(n, alignmentOffset_);
   size_ = capacity_ = n;
   std::fill_n(data_ + 1, n, value);
-  numMisVal_ = value == kHole<T> ? n : 0;
+  numMisVal_ = value == kMissingCell<T> ? n : 0;
 }
 
 template <class T>
@@ -180,7 +179,7 @@ void NCDataVector<T>::PrepareToOverwrite(int n) {
 
 template <class T>
 void NCDataVector<T>::CountMissing() {
-  numMisVal_ = static_cast<int>(std::count(begin(), end(), kHole<T>));
+  numMisVal_ = static_cast<int>(std::count(begin(), end(), kMissingCell<T>));
 }
 
 template <class T>
@@ -192,7 +191,7 @@ T NCDataVector<T>::operator()(int i, T value) {
 template <class T>
 int NCDataVector<T>::SetAndReturn_dMisVal(int i, T value) {
   Unlink();
-  const int change = static_cast<int>(value == kHole<T>) - static_cast<int>(data_[i] == kHole<T>);
+  const int change = static_cast<int>(value == kMissingCell<T>) - static_cast<int>(data_[i] == kMissingCell<T>);
   data_[i] = value;
   numMisVal_ += change;
   return change;
@@ -225,11 +224,11 @@ void NCDataVector<T>::SetRange(int first, const NCDataVector& v, int from, int n
 template <class T>
 void NCDataVector<T>::SetAllValues(T value) {
   const bool shared = *refCount_ > 1;
-  if (!shared && value == kHole<T> && numMisVal_ == size_) return;
+  if (!shared && value == kMissingCell<T> && numMisVal_ == size_) return;
   PrepareToOverwrite(size_);
   // A zero of either sign clears the cells to +0.
   if (size_ > 0) std::fill_n(data_ + 1, size_, value == 0 ? T(0) : value);
-  numMisVal_ = value == kHole<T> ? size_ : 0;
+  numMisVal_ = value == kMissingCell<T> ? size_ : 0;
 }
 
 template <class T>

@@ -41,7 +41,7 @@ class NCDataVector : public virtual VexStreamBase {
   NCDataVector();
   explicit NCDataVector(int n);                    ///< n cells, all missing
   NCDataVector(int n, T value);
-  NCDataVector(const NCDataVector& other);         ///< shares; the result target is not copied
+  NCDataVector(const NCDataVector& other);         ///< shares, without the heap; the result target is not copied
   NCDataVector& operator=(const NCDataVector& other);
   ~NCDataVector() override;
 
@@ -52,7 +52,7 @@ class NCDataVector : public virtual VexStreamBase {
   void CopyZeroBasedVector(const T* p, int n);
   void ForceUnlink();                              ///< afterwards no storage is shared with anybody
 
-  // Access. A writing access keeps the count of missing cells.
+  // Access. A writing access keeps the count of missing cells. A NaN is not missing: it spoils sums, as NaNs do.
   int Size() const { return size_; }
   int size() const { return size_; }
   int GetNumMisVal() const { return numMisVal_; }
@@ -67,23 +67,27 @@ class NCDataVector : public virtual VexStreamBase {
   void SetRange(int first, const T* p, int n);
   void operator()(int first, const NCDataVector& v, int from, int n);  ///< n cells of v, from its cell `from` on
   void SetRange(int first, const NCDataVector& v, int from, int n);
-  void SetAllValues(T value);
+  void SetAllValues(T value);                      ///< a zero of either sign is written as +0
 
   // Structure. A position above size + 1 is cut to it. Capacity c grows to 2c below 3000, to c + 3000 from there on,
   // from 0 to at least 4, or to what is wanted if that is more; it never shrinks.
   void Reserve(int n);                             ///< room for exactly n cells, if that is more than now
   void SetSize(int n);                             ///< another size sets all cells missing; the present one keeps them
-  NCDataVector& Resize(int n, T fill = static_cast<T>(kalmia::kMissing));  ///< keeps the cells; new ones take fill
-  void resize(int n, T fill = static_cast<T>(kalmia::kMissing)) { Resize(n, fill); }
-  void InsertValues(int at, int n, T value);
-  void InsertValues(int at, const NCDataVector& v);
-  void RemoveValues(int at, int n);
+  NCDataVector& Resize(int n, T fill = kalmia::kMissingCell<T>);  ///< keeps the cells; new ones take fill
+  void resize(int n, T fill = kalmia::kMissingCell<T>) { Resize(n, fill); }
+  void InsertValues(int at, int n, T value);       ///< n cells of value in front of cell `at`
+  void InsertValues(int at, const NCDataVector& v);  ///< the cells of v, which may be this vector
+  void RemoveValues(int at, int n);                ///< cells `at` to at + n - 1
   /// Keeps the cells whose index is not listed. For vectors without missing cells that nobody shares: it neither
   /// unlinks nor counts.
   void Remove(const NCIntegralVector<int, -99>& indices);
-  void Remove(T value);                            ///< removes all cells equal to value
+  /// Removes all cells equal to value. The kept ones move to the front, and each hole that then still stands in the
+  /// tail that is cut off is taken from the count (which starts from 0 where holes are removed): the count is right
+  /// only where that tail held none.
+  void Remove(T value);
   void Reduce(const NCIntegralVector<int, -99>& indices);  ///< the listed cells, in the order of the list
   void push_back(T value);
+  // What is written through these pointers is not counted.
   T* insert(const T* at, T value);                 ///< before `at`, a pointer into this vector; the new cell
   T* erase(const T* at);                           ///< the cell behind the erased one
   T* erase(const T* first, const T* last);
@@ -94,16 +98,19 @@ class NCDataVector : public virtual VexStreamBase {
   /// The work vector of a value-returning operation: the target, unlinked and used up, or a new one of n missing cells.
   void GetReturnVector(VectorDestroyer<T>& holder, int n) const;
 
-  // Arithmetic, cell by cell. Missing in, missing out; computed in double, stored as T.
+  // Arithmetic, cell by cell, of vectors of one size. Missing in, missing out; computed in double, stored as T. The
+  // count of a result is taken without a look at its cells where they come from one vector or from complete ones: a
+  // cell that lands on -99 by accident is then a hole that nobody counted.
   NCDataVector operator+(const NCDataVector& v) const;
   NCDataVector operator-(const NCDataVector& v) const;
   NCDataVector operator-(long double d) const;     ///< d missing: every cell becomes missing
   NCDataVector operator*(long double d) const;     ///< leaves the target's cells opposite a hole as they are
   NCDataVector& operator+=(const NCDataVector& v);
   NCDataVector& operator-=(const NCDataVector& v);
-  NCDataVector& operator+=(long double d);
+  NCDataVector& operator+=(long double d);         ///< subtracts -d: so it is 99 that empties the vector
   NCDataVector& operator-=(long double d);
   NCDataVector& operator*=(long double d);
+  // The same into `out`, which has the size of a and is unlinked first; it may be one of the sources.
   static void Subtract(NCDataVector& out, const NCDataVector& a, const NCDataVector& b);
   static void Subtract(NCDataVector& out, const NCDataVector& a, long double d);
   static void Multiply(NCDataVector& out, const NCDataVector& a, long double d);
@@ -111,12 +118,12 @@ class NCDataVector : public virtual VexStreamBase {
   NCDataVector DotDivide(const NCDataVector& v) const;  ///< missing also where the divisor is 0
   NCDataVector VectorDivide(long double d) const;       ///< d over the cell; a cell of 0 is not tested for
   void Abs();
-  void Sqrt();
+  void Sqrt();                                          ///< a negative cell becomes a NaN
   /// In place a - d * v; a cell whose v is missing becomes missing, yet the count is left as it was.
   void TransformTo_Sub_d_x_Vt(long double d, const NCDataVector& v);
   void TransformTo_Add_d_x_Vt(long double d, const NCDataVector& v);  ///< the same with -d
 
-  // Sums over the cells that are present.
+  // Sums over the cells that are present, in double, in an order that is the same on every machine.
   long double GetSS() const;                       ///< sum x^2; 0 of an empty vector, -99 if all are missing
   long double GetSS(long double mean) const;       ///< sum (x - mean)^2, same rules
   long double GetSum() const;                      ///< -99 if no cell is present
@@ -124,10 +131,10 @@ class NCDataVector : public virtual VexStreamBase {
   /// Divides by the norm sqrt(sum x^2) and returns it. A norm of 0 changes nothing; all missing returns -99.
   long double Normalise();
   /// Relative squared change sum (a - b)^2 / sum a^2 over pairs present: the convergence measure of the models.
-  /// -99 without a pair (if there are holes), or where numerator or denominator is NaN, infinite or denormal;
-  /// 1e30 where the denominator is below 1e-30.
+  /// In this order: -99 without a pair (if there are holes); 1e30 where the denominator is below 1e-30; -99 where
+  /// numerator or denominator is NaN, infinite or denormal.
   long double Difference(const NCDataVector& v) const;
-  bool operator==(const NCDataVector& other) const;  ///< byte equality of the cells
+  bool operator==(const NCDataVector& other) const;  ///< byte equality of the cells: 0.0 is not -0.0
   bool operator!=(const NCDataVector& other) const { return !(*this == other); }
 
   // Statistics; n counts the present cells, -99 is "no estimate". Defined in NCDataVectorStatistics.cpp.

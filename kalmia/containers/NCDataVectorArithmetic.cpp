@@ -6,10 +6,9 @@
 // Arithmetic cell by cell, in double. Every result vector is fetched (and unlinked) before a source's cells are looked
 // at, since it may be one of the sources.
 
-namespace {
+using kalmia::kMissingCell;
 
-template <class T>
-constexpr T kHole = static_cast<T>(kalmia::kMissing);
+namespace {
 
 /// out[i] = f(a[i]) in the n cells from 0 on, missing where `a` is.
 template <class T, class F>
@@ -17,7 +16,8 @@ void Map(T* out, const T* a, int n, bool complete, F f) {
   if (complete) {
     for (int i = 0; i < n; ++i) out[i] = static_cast<T>(f(static_cast<double>(a[i])));
   } else {
-    for (int i = 0; i < n; ++i) out[i] = a[i] == kHole<T> ? kHole<T> : static_cast<T>(f(static_cast<double>(a[i])));
+    for (int i = 0; i < n; ++i)
+      out[i] = a[i] == kMissingCell<T> ? kMissingCell<T> : static_cast<T>(f(static_cast<double>(a[i])));
   }
 }
 
@@ -25,7 +25,8 @@ void Map(T* out, const T* a, int n, bool complete, F f) {
 template <class T, class F>
 void MapPresent(T* out, const T* a, int n, bool complete, F f) {
   if (complete) return Map(out, a, n, true, f);
-  for (int i = 0; i < n; ++i) out[i] = a[i] == kHole<T> ? out[i] : static_cast<T>(f(static_cast<double>(a[i])));
+  for (int i = 0; i < n; ++i)
+    out[i] = a[i] == kMissingCell<T> ? out[i] : static_cast<T>(f(static_cast<double>(a[i])));
 }
 
 /// out[i] = f(a[i], b[i]), missing where either is.
@@ -35,7 +36,8 @@ void Combine(T* out, const T* a, const T* b, int n, bool complete, F f) {
   if (complete) {
     for (int i = 0; i < n; ++i) out[i] = cell(a[i], b[i]);
   } else {
-    for (int i = 0; i < n; ++i) out[i] = a[i] == kHole<T> || b[i] == kHole<T> ? kHole<T> : cell(a[i], b[i]);
+    for (int i = 0; i < n; ++i)
+      out[i] = a[i] == kMissingCell<T> || b[i] == kMissingCell<T> ? kMissingCell<T> : cell(a[i], b[i]);
   }
 }
 
@@ -66,7 +68,7 @@ void NCDataVector<T>::SetCountOfCombination(bool complete) {
 
 template <class T>
 void NCDataVector<T>::Subtract(NCDataVector& out, const NCDataVector& a, long double d) {
-  if (d == kalmia::kMissing) return out.SetAllValues(kHole<T>);
+  if (d == kalmia::kMissing) return out.SetAllValues(kMissingCell<T>);
   out.Unlink();
   const double subtrahend = static_cast<double>(d);
   Map(out.Cells(), a.begin(), a.size_, a.numMisVal_ == 0, [subtrahend](double x) { return x - subtrahend; });
@@ -191,7 +193,8 @@ void NCDataVector<T>::TransformTo_Sub_d_x_Vt(long double d, const NCDataVector& 
   Unlink();
   const double factor = static_cast<double>(d);
   // The cells are asked, not the counts: an earlier call may have left a hole here that the count does not know.
-  Combine(Cells(), begin(), v.begin(), size_, /*complete=*/false, [factor](double a, double b) { return a - factor * b; });
+  Combine(Cells(), begin(), v.begin(), size_, /*complete=*/false,
+          [factor](double a, double b) { return a - factor * b; });
 }
 
 template <class T>

@@ -7,10 +7,9 @@
 
 // Size, insertion, removal.
 
-namespace {
+using kalmia::kMissingCell;
 
-template <class T>
-constexpr T kHole = static_cast<T>(kalmia::kMissing);
+namespace {
 
 /// Moves n cells; the ranges may overlap.
 template <class T>
@@ -20,7 +19,7 @@ void MoveCells(T* to, const T* from, int n) {
 
 template <class T>
 int CountHoles(const T* first, int n) {
-  return static_cast<int>(std::count(first, first + n, kHole<T>));
+  return static_cast<int>(std::count(first, first + n, kMissingCell<T>));
 }
 
 }  // namespace
@@ -37,7 +36,7 @@ template <class T>
 void NCDataVector<T>::SetSize(int n) {
   if (n == size_) return;
   PrepareToOverwrite(n);
-  if (n > 0) std::fill_n(data_ + 1, n, kHole<T>);
+  if (n > 0) std::fill_n(data_ + 1, n, kMissingCell<T>);
   numMisVal_ = n;
 }
 
@@ -75,7 +74,7 @@ void NCDataVector<T>::InsertValues(int at, int n, T value) {
   at = std::min(at, size_ + 1);
   UnInitialisedInsert(at, n);
   std::fill_n(data_ + at, n, value);
-  if (value == kHole<T>) numMisVal_ += n;
+  if (value == kMissingCell<T>) numMisVal_ += n;
 }
 
 template <class T>
@@ -107,7 +106,7 @@ void NCDataVector<T>::Remove(const NCIntegralVector<int, -99>& indices) {
 
 template <class T>
 void NCDataVector<T>::Remove(T value) {
-  const bool holes = value == kHole<T>;
+  const bool holes = value == kMissingCell<T>;
   if (size_ == 0 || (holes && numMisVal_ == 0)) return;
   Unlink();
   if (holes) numMisVal_ = 0;
@@ -129,7 +128,7 @@ void NCDataVector<T>::Reduce(const NCIntegralVector<int, -99>& indices) {
 
 template <class T>
 void NCDataVector<T>::push_back(T value) {
-  InsertValues(size_ + 1, 1, kHole<T>);
+  InsertValues(size_ + 1, 1, kMissingCell<T>);
   (*this)(size_, value);
 }
 

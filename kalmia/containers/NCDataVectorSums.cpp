@@ -7,16 +7,15 @@
 
 // Sums, extremes and comparison.
 
-namespace {
+using kalmia::kMissingCell;
 
-template <class T>
-constexpr T kHole = static_cast<T>(kalmia::kMissing);
+namespace {
 
 /// Sum of f(x) over the present cells among the n from 0 on.
 template <class T, class F>
 double SumPresent(const T* x, int n, bool complete, F f) {
   if (complete) return kalmia::LaneSum(n, [=](int i) { return f(static_cast<double>(x[i])); });
-  return kalmia::LaneSum(n, [=](int i) { return x[i] == kHole<T> ? 0.0 : f(static_cast<double>(x[i])); });
+  return kalmia::LaneSum(n, [=](int i) { return x[i] == kMissingCell<T> ? 0.0 : f(static_cast<double>(x[i])); });
 }
 
 /// Sum of f(a, b) over the pairs of present cells.
@@ -24,13 +23,13 @@ template <class T, class F>
 double SumPairs(const T* a, const T* b, int n, bool complete, F f) {
   const auto term = [=](int i) { return f(static_cast<double>(a[i]), static_cast<double>(b[i])); };
   if (complete) return kalmia::LaneSum(n, term);
-  return kalmia::LaneSum(n, [=](int i) { return a[i] == kHole<T> || b[i] == kHole<T> ? 0.0 : term(i); });
+  return kalmia::LaneSum(n, [=](int i) { return a[i] == kMissingCell<T> || b[i] == kMissingCell<T> ? 0.0 : term(i); });
 }
 
 template <class T>
 bool HasPair(const T* a, const T* b, int n) {
   for (int i = 0; i < n; ++i)
-    if (a[i] != kHole<T> && b[i] != kHole<T>) return true;
+    if (a[i] != kMissingCell<T> && b[i] != kMissingCell<T>) return true;
   return false;
 }
 
@@ -64,12 +63,12 @@ long double NCDataVector<T>::GetSum() const {
 
 template <class T>
 void NCDataVector<T>::GetMinMax(T& min, T& max) const {
-  min = max = kHole<T>;
-  const T* cell = std::find_if(begin(), end(), [](T x) { return x != kHole<T>; });
+  min = max = kMissingCell<T>;
+  const T* cell = std::find_if(begin(), end(), [](T x) { return x != kMissingCell<T>; });
   if (cell == end()) return;
   T low = *cell, high = *cell;
   for (; cell != end(); ++cell) {
-    if (*cell == kHole<T>) continue;
+    if (*cell == kMissingCell<T>) continue;
     if (*cell < low) low = *cell;
     if (*cell > high) high = *cell;
   }

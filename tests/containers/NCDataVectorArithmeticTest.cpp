@@ -310,7 +310,8 @@ TEST_P(NCDataVectorArithmeticInFloat, RoundsEachCellOnce) {
   }
 }
 
-INSTANTIATE_TEST_SUITE_P(Sizes, NCDataVectorArithmeticInFloat, ::testing::Values(0, 1, 2, 3, 4, 5, 7, 8, 15, 16, 17, 67));
+INSTANTIATE_TEST_SUITE_P(Sizes, NCDataVectorArithmeticInFloat,
+                         ::testing::Values(0, 1, 2, 3, 4, 5, 7, 8, 15, 16, 17, 67));
 
 TYPED_TEST(NCDataVectorArithmetic, TakesTheNumberInDoubleNotInTheTypeOfTheCells) {
   // 16777217 is no float: in float arithmetic it would be 16777216, and the difference 0.

@@ -15,8 +15,8 @@
 
 namespace {
 
-/// Cells that come in lie within +-32 and those that stay within +-64: no sum or difference can land on -99, whose count
-/// is taken without a look where both sides are complete. A product or quotient that does is a hole in both.
+/// Cells that come in lie within +-32 and those that stay within +-64: no sum or difference of complete vectors, whose
+/// holes are not looked for, can land on -99. A product or quotient that does is a hole in both.
 template <class T>
 class Walk {
  public:

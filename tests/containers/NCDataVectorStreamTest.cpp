@@ -112,7 +112,8 @@ TYPED_TEST(NCDataVectorStream, AnEmptyVectorHasADirectoryOfThreeWithAnEmptyThird
 
 TYPED_TEST(NCDataVectorStream, HasTheSameBytesOnEveryMachine) {
   const std::string bytes = StreamOf(VectorOf<TypeParam>({1}));
-  const std::string one = sizeof(TypeParam) == 4 ? std::string("\0\0\x80\x3f", 4) : std::string("\0\0\0\0\0\0\xf0\x3f", 8);
+  const std::string one = sizeof(TypeParam) == 4 ? std::string("\0\0\x80\x3f", 4)
+                                                 : std::string("\0\0\0\0\0\0\xf0\x3f", 8);
   EXPECT_EQ(bytes.substr(bytes.size() - one.size()), one);
 }
 

@@ -51,7 +51,9 @@ TEST(NCIntegralVectorStatistics, OfKnownCells) {
   EXPECT_EQ(Longs({1, 2}).GetMean(), 1.5);
 }
 
-TEST(NCIntegralVectorStatistics, SumIsWiderThanACell) { EXPECT_EQ(Ints({2147483647, 2147483647}).GetSum(), 4294967294L); }
+TEST(NCIntegralVectorStatistics, SumIsWiderThanACell) {
+  EXPECT_EQ(Ints({2147483647, 2147483647}).GetSum(), 4294967294L);
+}
 
 TEST(NCIntegralVectorStatistics, AMeanOfExactlyMinus99HasNoVariance) {
   EXPECT_EQ(Ints({-98, -100}).GetMean(), -99);
