@@ -13,7 +13,7 @@
 /// or removed. Absence is reported as position 0.
 ///
 /// The orders of the sorted operations: with `numeric`, two strings that are both numbers (VexString::ToFloat) compare
-/// as numbers; every other pair compares by text, byte by byte with `caseSensitive`, else with A to Z counted as a to z.
+/// as numbers; every other pair compares by text, byte by byte with `caseSensitive`, else A to Z count as a to z.
 class NCStringVector : public VexStreamBase {
  public:
   NCStringVector();

@@ -4,8 +4,8 @@
 #include <vector>
 
 /// Cells in any number of dimensions, which is chosen at run time; each dimension is counted from 1. Only cells that
-/// were written take memory, so that a grid of many dimensions costs what its points cost. Copies share their cells, for
-/// good: what is set through one is seen through the other. Instantiated for `int`.
+/// were written take memory, so that a grid of many dimensions costs what its points cost. Copies share their cells
+/// for good: what is set through one is seen through the other. Instantiated for `int`.
 ///
 /// `level` is the number of dimensions: that of the index in Get and Set where it is below 0, that of `sizes` in the
 /// constructor where it is below 1. Throws Exception "dimension error" where it does not fit the matrix, the list of

@@ -3,16 +3,16 @@
 #include <vector>
 
 /// The library's user-visible texts by number. Built-in texts are English; an application replaces them by its own.
-/// Some are printf formats (marked in LanguageString.cpp); format them with CString::Format, for a replacement may be of
-/// any length.
+/// Some are printf formats (marked in LanguageString.cpp); format them with CString::Format, for a replacement may be
+/// of any length.
 class LanguageString {
  public:
   /// The text of `id`, "" if there is none. Valid as long as the process lives, whatever is set later.
   static const char* Get(unsigned id);
 
-  /// Replaces a text; null brings the built-in one back. False, and nothing is changed, where the placeholders of `text`
-  /// are not those of the built-in text, in number, order and type: width and precision may differ, and an id without a
-  /// built-in text has none. Not while another thread may Get.
+  /// Replaces a text; null brings the built-in one back. False, and nothing is changed, where the placeholders of
+  /// `text` are not those of the built-in text in number, order and type: width and precision may differ, and an id
+  /// without a built-in text has none. Not while another thread may Get.
   static bool Set(unsigned id, const char* text);
 };
 

@@ -3,7 +3,7 @@
 #include "kalmia/support/CString.h"
 
 /// Creates a new empty file, readable and writable by the user alone, and returns its path: `directory`, then `prefix`,
-/// six random characters, a dot and `extension`. A null or empty directory stands for that of temporary files: TMPDIR if
-/// that is set, else /tmp. A null or empty prefix adds nothing, a null or empty extension neither itself nor its dot.
+/// six random characters, a dot and `extension`. A null or empty directory stands for that of temporary files: TMPDIR
+/// if that is set, else /tmp. A null or empty prefix adds nothing, a null or empty extension neither itself nor a dot.
 /// The file is the caller's to remove. Cannot be created: the empty string. Never touches a file that is there already.
 CString VexGetTempFileName(const char* directory, const char* prefix, const char* extension);

@@ -1,5 +1,5 @@
-// The byte helpers: numbers become little-endian bytes by shifts, the same code on every machine; compilers turn it into
-// plain copies where the machine is little-endian itself.
+// The byte helpers: numbers become little-endian bytes by shifts, the same code on every machine; compilers turn it
+// into plain copies where the machine is little-endian itself.
 #include <cstdint>
 #include <cstring>
 #include <limits>

@@ -1,5 +1,5 @@
-// A directory on the stream: the number of entries (2 bytes), a table of their lengths (8 bytes each), then the entries'
-// bytes one behind the other.
+// A directory on the stream: the number of entries (2 bytes), a table of their lengths (8 bytes each), then the
+// entries' bytes one behind the other.
 #include <cstdint>
 #include <string>
 

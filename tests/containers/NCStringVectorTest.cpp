@@ -189,10 +189,11 @@ TEST(NCStringVector, SortsInEightOrders) {
     bool ascending, caseSensitive, numeric;
     std::vector<std::string> sorted;
   };
-  const Case cases[] = {{true, true, false, {"10", "9", "B", "a", "b"}}, {true, false, false, {"10", "9", "a", "B", "b"}},
-                        {true, true, true, {"9", "10", "B", "a", "b"}},  {true, false, true, {"9", "10", "a", "B", "b"}},
-                        {false, true, false, {"b", "a", "B", "9", "10"}}, {false, false, false, {"B", "b", "a", "9", "10"}},
-                        {false, true, true, {"b", "a", "B", "10", "9"}}, {false, false, true, {"B", "b", "a", "10", "9"}}};
+  const Case cases[] = {
+      {true, true, false, {"10", "9", "B", "a", "b"}},  {true, false, false, {"10", "9", "a", "B", "b"}},
+      {true, true, true, {"9", "10", "B", "a", "b"}},   {true, false, true, {"9", "10", "a", "B", "b"}},
+      {false, true, false, {"b", "a", "B", "9", "10"}}, {false, false, false, {"B", "b", "a", "9", "10"}},
+      {false, true, true, {"b", "a", "B", "10", "9"}},  {false, false, true, {"B", "b", "a", "10", "9"}}};
   for (const Case& c : cases) {
     SCOPED_TRACE(std::string(c.ascending ? "ascending" : "descending") + (c.caseSensitive ? ", case" : ", no case") +
                  (c.numeric ? ", numeric" : ", text"));

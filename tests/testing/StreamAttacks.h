@@ -27,10 +27,10 @@ std::string StreamOf(const VexStreamBase& object);
 /// Most memory that reading may take of `streamLength` bytes, whatever they say.
 std::int64_t MemoryBound(std::size_t streamLength);
 
-/// Attacks on the reader of a class: damaged forms of a good byte string are read from a stream of known length and from
-/// a pipe. Each must be refused (a false read, or VexStreamError where `mayThrow`), or accepted as an object that passes
-/// `accepted`, writes, and reads back to the same bytes; and no read may take more memory than MemoryBound. Any other
-/// exception fails the test. `Object` is a VexStreamBase with a default constructor, or one that `make` replaces.
+/// Attacks on the reader of a class: damaged forms of a good byte string are read from a stream of known length and
+/// from a pipe. Each must be refused (a false read, or VexStreamError where `mayThrow`), or accepted as an object that
+/// passes `accepted`, writes, and reads back to the same bytes; and no read may take more memory than MemoryBound. Any
+/// other exception fails the test. `Object` is a VexStreamBase with a default constructor, or one that `make` replaces.
 template <class Object>
 struct StreamAttacks {
   std::function<std::unique_ptr<Object>()> make = [] { return std::make_unique<Object>(); };
