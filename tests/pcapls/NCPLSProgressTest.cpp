@@ -4,12 +4,14 @@
 #include <cmath>
 #include <functional>
 #include <memory>
+#include <new>
 #include <sstream>
 #include <string>
 
 #include "kalmia/pcapls/NCPLS.h"
 #include "kalmia/support/LanguageString.h"
 #include "kalmia/support/NCError.h"
+#include "testing/AllocationMeter.h"
 #include "testing/RandomTables.h"
 #include "testing/RecordingProgress.h"
 #include "testing/StreamAttacks.h"
@@ -202,6 +204,28 @@ TEST_F(NCPLSProgress, LeavesTheModelAsItWasWheneverItsOwnBarSaysStop) {
   const int rounds = model->GetIterations();
   ExpectEveryStopLeavesTheModelAsItWas(several, /*lastValue=*/rounds, /*calls=*/rounds + 1, stop);
   ExpectEveryStopLeavesTheModelAsItWas(one, /*lastValue=*/0, /*calls=*/2, stop);
+}
+
+TEST_F(NCPLSProgress, LeavesTheModelAsItWasWheneverMemoryRunsOut) {
+  const auto finished = ModelOfSeveralY();
+  finished->NextComponent(nullptr, nullptr, /*quiet=*/true, /*strict=*/true);
+  bool failed = true;
+  for (int which = 1; failed; ++which) {
+    SCOPED_TRACE("allocation " + std::to_string(which));
+    const auto model = ModelOfSeveralY();
+    const std::string before = StreamOf(*model);
+    {
+      const FailAllocation failure(which);
+      try {
+        model->NextComponent(nullptr, nullptr, /*quiet=*/true, /*strict=*/true);
+      } catch (const std::bad_alloc&) {
+      }
+      failed = failure.HasFailed();
+    }
+    ASSERT_TRUE(failed || which > 20) << "there is more to allocate than that";
+    EXPECT_EQ(StreamOf(*model), failed ? before : StreamOf(*finished));
+    EXPECT_EQ(model->GetComponents(), failed ? 1 : 2);
+  }
 }
 
 TEST_F(NCPLSProgress, NeitherStopsNorAsksWhenNotStrict) {

@@ -5,11 +5,13 @@
 
 #include <cmath>
 #include <memory>
+#include <new>
 #include <string>
 
 #include "CrossValidationCase.h"
 #include "kalmia/pcapls/PCACrossValidation.h"
 #include "kalmia/support/LanguageString.h"
+#include "testing/AllocationMeter.h"
 #include "testing/RandomTables.h"
 #include "testing/RecordingProgress.h"
 #include "testing/StreamAttacks.h"
@@ -350,6 +352,28 @@ TEST(PLSCrossValidation, StaysAsItWasWhereTheBarThrows) {
     NCProgress bar(std::make_unique<ThrowingSink>(texts));
     EXPECT_THROW(data.Validate(&validation, &bar, /*quiet=*/false), Impatient);
     EXPECT_EQ(Everything(validation), before);
+  }
+}
+
+TEST(PLSCrossValidation, StaysAsItWasWheneverMemoryRunsOut) {
+  CrossValidationCase data(8, 3, 2, 0.1);
+  data.AddComponent();
+  const PLSCrossValidation start(data.model.get(), 2, nullptr);
+  const std::string before = Everything(start);
+  bool failed = true;
+  for (int which = 1; failed; ++which) {
+    SCOPED_TRACE("allocation " + std::to_string(which));
+    PLSCrossValidation validation = start;
+    {
+      const FailAllocation failure(which);
+      try {
+        data.Validate(&validation);
+      } catch (const std::bad_alloc&) {
+      }
+      failed = failure.HasFailed();
+    }
+    ASSERT_TRUE(failed || which > 50) << "there is more to allocate than that";
+    EXPECT_EQ(Everything(validation) == before, failed);
   }
 }
 

@@ -4,6 +4,7 @@
 #include <gtest/gtest-spi.h>
 
 #include <functional>
+#include <new>
 #include <thread>
 #include <vector>
 
@@ -107,6 +108,33 @@ TEST(StreamAttacks, NoticeAReaderThatThrowsWhereItMayNot) {
   const auto failures = FailuresOf([] { StreamAttacks<Gullible<Trust::Exceptions>>().Read(kZero); });
   EXPECT_THAT(failures, SizeIs(2));
   EXPECT_THAT(failures, Each(HasSubstr("promises a false read")));
+}
+
+/// Allocates twice; which of the two failed, or 0.
+int WhichOfTwoFails() {
+  for (int which = 1; which <= 2; ++which) {
+    try {
+      ::operator delete(::operator new(100));  // a new-expression could be optimised away
+    } catch (const std::bad_alloc&) {
+      return which;
+    }
+  }
+  return 0;
+}
+
+TEST(FailAllocation, FailsTheOneThatIsAskedForAndNoOther) {
+  for (int which = 1; which <= 2; ++which) {
+    const FailAllocation failure(which);
+    EXPECT_FALSE(failure.HasFailed());
+    EXPECT_EQ(WhichOfTwoFails(), which);
+    EXPECT_TRUE(failure.HasFailed());
+    EXPECT_EQ(WhichOfTwoFails(), 0);
+  }
+}
+
+TEST(FailAllocation, FailsNothingBehindItsScope) {
+  { const FailAllocation failure(1); }
+  EXPECT_EQ(WhichOfTwoFails(), 0);
 }
 
 }  // namespace

@@ -12,6 +12,7 @@ namespace {
 
 std::atomic<std::int64_t> live{0};
 std::atomic<std::int64_t> peak{0};
+std::atomic<int> untilFailure{0};  ///< allocations up to the one that fails; 0 or less: none does
 
 void RaisePeak(std::int64_t candidate) {
   std::int64_t known = peak.load(std::memory_order_relaxed);
@@ -28,6 +29,7 @@ void* Counted(void* block) {
 }
 
 void* Allocate(std::size_t bytes, std::size_t alignment) {
+  if (untilFailure.load(std::memory_order_relaxed) > 0 && untilFailure.fetch_sub(1) == 1) return nullptr;
   const std::size_t wanted = std::max<std::size_t>(bytes, 1);
   if (alignment <= alignof(std::max_align_t)) return Counted(std::malloc(wanted));
   return Counted(std::aligned_alloc(alignment, (wanted + alignment - 1) / alignment * alignment));
@@ -81,3 +83,9 @@ PeakBytesDuring::~PeakBytesDuring() { RaisePeak(outerPeak_); }
 std::int64_t PeakBytesDuring::GetBytes() const { return peak.load() - start_; }
 
 std::int64_t PeakBytesDuring::GetLiveBytes() const { return live.load() - start_; }
+
+FailAllocation::FailAllocation(int which) { untilFailure = which; }
+
+FailAllocation::~FailAllocation() { untilFailure = 0; }
+
+bool FailAllocation::HasFailed() const { return untilFailure <= 0; }

@@ -19,3 +19,14 @@ class PeakBytesDuring {
   std::int64_t start_;
   std::int64_t outerPeak_;
 };
+
+/// In this scope one allocation through operator new fails: number `which`, from 1. The others go through.
+class FailAllocation {
+ public:
+  explicit FailAllocation(int which);
+  ~FailAllocation();
+  FailAllocation(const FailAllocation&) = delete;
+  FailAllocation& operator=(const FailAllocation&) = delete;
+
+  bool HasFailed() const;  ///< false where there were not that many
+};
