@@ -2,6 +2,7 @@
 
 #include "kalmia/containers/NCIntegralVector.h"
 
+/// What callers of the containers need beside them.
 class NCMatUtilities {
  public:
   /// The quiet NaN of the platform, for callers above the library. Nothing inside uses it: a missing cell is -99.

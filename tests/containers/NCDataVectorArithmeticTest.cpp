@@ -138,10 +138,11 @@ TYPED_TEST(NCDataVectorArithmetic, InPlaceFormsLeaveTwinsAlone) {
   EXPECT_THAT(v, ElementsAre(2, 4));
   v -= one;
   EXPECT_THAT(v, ElementsAre(1, 2));
-  v -= v;
+  const NCDataVector<TypeParam>& self = v;
+  v -= self;
   EXPECT_THAT(v, ElementsAre(0, 0));
   v = one;
-  v += v;
+  v += self;
   EXPECT_THAT(v, ElementsAre(2, 4));
   v = one;
   v *= 2.0L;

@@ -89,7 +89,13 @@ class NCIntegralVectorStream : public ::testing::Test {
   }
 };
 using Instances = ::testing::Types<IntVector, BoolCells, LongVector>;
-TYPED_TEST_SUITE(NCIntegralVectorStream, Instances);
+struct InstanceNames {
+  template <class V>
+  static const char* GetName(int) {
+    return std::is_same_v<V, IntVector> ? "int" : std::is_same_v<V, BoolCells> ? "bool" : "unsigned_long";
+  }
+};
+TYPED_TEST_SUITE(NCIntegralVectorStream, Instances, InstanceNames);
 
 TYPED_TEST(NCIntegralVectorStream, ReadsBackWhatItWrote) {
   for (const std::vector<int>& cells : {std::vector<int>{}, {1}, {0, 1, 1, 0}, std::vector<int>(5000, 1)}) {
