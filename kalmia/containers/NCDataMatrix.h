@@ -252,7 +252,6 @@ class NCDataMatrix : public virtual VexStreamBase {
   void FillRows(const FillRow& fillRow);
   /// this * B, each factor transposed if so told, into a matrix that has the shape of the product and is neither factor.
   void MultiplyInto(NCDataMatrix& product, const NCDataMatrix& B, bool transposeThis, bool transposeOther) const;
-  void MultiplyRowsInto(NCDataMatrix& product, const NCDataMatrix& B) const;  ///< this * B, row by row: for holes
   void GiveBackSurplus(int oldRows);                     ///< the end of Transpose: memory that is not needed any more
 
   int* linkCount_;                                       ///< use count of the row array and the column counts

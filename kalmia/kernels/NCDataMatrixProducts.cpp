@@ -82,21 +82,11 @@ NCDataMatrix<T> NCDataMatrix<T>::MultiplyTransposeBoth(const NCDataMatrix& B) co
                          [&](NCDataMatrix& product) { MultiplyInto(product, B, true, true); });
 }
 
+/// With holes, row r is B.PreMultiply(row r of this) to the bit: both add a column's products in the order of the rows.
 template <class T>
 NCDataMatrix<T> NCDataMatrix<T>::operator*(const NCDataMatrix& B) const {
-  return ProductInTarget(*this, B, rows_, B.columns_, [&](NCDataMatrix& product) {
-    if (numMisVal_ == 0 && B.numMisVal_ == 0)
-      MultiplyInto(product, B, false, false);
-    else
-      MultiplyRowsInto(product, B);
-  });
-}
-
-template <class T>
-void NCDataMatrix<T>::MultiplyRowsInto(NCDataMatrix& product, const NCDataMatrix& B) const {
-  product.SetAllValues(static_cast<T>(0));
-  for (int r = 1; r <= rows_; ++r) B.Result(&product.rowArray_[r]).PreMultiply(rowArray_[r]);
-  product.CountMissing();
+  return ProductInTarget(*this, B, rows_, B.columns_,
+                         [&](NCDataMatrix& product) { MultiplyInto(product, B, false, false); });
 }
 
 template <class T>
@@ -143,7 +133,6 @@ long double NCDataMatrix<T>::GetSS() const {
 }
 
 template void NCDataMatrix<float>::MultiplyInto(NCDataMatrix<float>&, const NCDataMatrix<float>&, bool, bool) const;
-template void NCDataMatrix<float>::MultiplyRowsInto(NCDataMatrix<float>&, const NCDataMatrix<float>&) const;
 template NCDataMatrix<float> NCDataMatrix<float>::MultiplyTransposeThis(const NCDataMatrix<float>&) const;
 template NCDataMatrix<float> NCDataMatrix<float>::MultiplyTransposeOther(const NCDataMatrix<float>&) const;
 template NCDataMatrix<float> NCDataMatrix<float>::MultiplyTransposeBoth(const NCDataMatrix<float>&) const;
@@ -154,7 +143,6 @@ template NCDataVector<float> NCDataMatrix<float>::operator*(const NCDataVector<f
 template long double NCDataMatrix<float>::GetSS() const;
 
 template void NCDataMatrix<double>::MultiplyInto(NCDataMatrix<double>&, const NCDataMatrix<double>&, bool, bool) const;
-template void NCDataMatrix<double>::MultiplyRowsInto(NCDataMatrix<double>&, const NCDataMatrix<double>&) const;
 template NCDataMatrix<double> NCDataMatrix<double>::MultiplyTransposeThis(const NCDataMatrix<double>&) const;
 template NCDataMatrix<double> NCDataMatrix<double>::MultiplyTransposeOther(const NCDataMatrix<double>&) const;
 template NCDataMatrix<double> NCDataMatrix<double>::MultiplyTransposeBoth(const NCDataMatrix<double>&) const;

@@ -98,6 +98,18 @@ TYPED_TEST(NCDataMatrixProducts, TakeHolesOfOneFactorAlone) {
     }
 }
 
+TYPED_TEST(NCDataMatrixProducts, HaveTheRowsThatPreMultiplyGives) {
+  using T = TypeParam;
+  for (const double holesInA : {0.0, 0.2, 0.9})
+    for (const double holesInB : {0.0, 0.2, 0.9}) {
+      auto a = RandomMatrix<T>(9, 70, holesInA, 16);
+      const auto b = RandomMatrix<T>(70, 40, holesInB, 17);
+      a.SetRow(5, kHole<T>);
+      const auto product = a * b;
+      for (int r = 1; r <= 9; ++r) EXPECT_EQ(CellsOf(product[r]), CellsOf(b.PreMultiply(a[r]))) << "row " << r;
+    }
+}
+
 TYPED_TEST(NCDataMatrixProducts, OfSmallNumbersAreThoseWorkedByHand) {
   using T = TypeParam;
   const auto a = MatrixOf<T>({{1, 2}, {3, 4}, {5, 6}});
