@@ -87,6 +87,25 @@ TYPED_TEST(NCDataMatrixDeflate, MissingCellsOfTheVectorsEmptyAlsoWithAFactorOfZe
   EXPECT_TRUE(HasExactCounts(m));
 }
 
+TYPED_TEST(NCDataMatrixDeflate, SeesHolesOfALoadingThatItsCountDoesNotKnowWhereTheMatrixHasHoles) {
+  using T = TypeParam;
+  auto w = VectorOf<T>({1, 2});
+  w.TransformTo_Sub_d_x_Vt(1, VectorOf<T>({kHole<T>, 1}));  // leaves the count low
+  ASSERT_EQ(w.GetNumMisVal(), 0);
+  auto m = MatrixOf<T>({{1, 2}, {3, kHole<T>}});
+  m.TransformToAdd_V_x_Vt(VectorOf<T>({1, 1}), w);
+  EXPECT_EQ(CellsOf(m), (Cells<T>{{kHole<T>, 3}, {kHole<T>, kHole<T>}}));
+  EXPECT_TRUE(HasExactCounts(m));
+}
+
+TYPED_TEST(NCDataMatrixDeflate, AFactorThatBecomesTheMissingValueEmptiesTheRow) {
+  using T = TypeParam;
+  auto m = MatrixOf<T>({{1, kHole<T>}, {3, 4}});
+  m.AddVprimV(VectorOf<T>({99, 1}), VectorOf<T>({1, 1}), T{-1});
+  EXPECT_EQ(CellsOf(m), (Cells<T>{{kHole<T>, kHole<T>}, {2, 3}}));
+  EXPECT_TRUE(HasExactCounts(m));
+}
+
 TYPED_TEST(NCDataMatrixDeflate, ARowThatIsEmptyAlreadyIsNotCountedAgain) {
   using T = TypeParam;
   auto m = MatrixOf<T>({{kHole<T>, kHole<T>}, {3, 4}});

@@ -11,39 +11,73 @@
 HWY_BEFORE_NAMESPACE();
 namespace kalmia::simd::HWY_NAMESPACE {
 
-/// Stores kWidth sums as cells, rounded once.
-HWY_INLINE void StoreCells(WideVector sums, float* p) {
-  const hn::Rebind<float, Wide> narrow;
-  hn::StoreU(hn::DemoteTo(narrow, sums), narrow, p);
+/// kWidth cells as they lie in memory. Holes are sought and kept among these: comparing and choosing costs half of what
+/// it does among the widened ones, and a cell that stays is stored as it was.
+template <class T>
+using Narrow = hn::Rebind<T, Wide>;
+template <class T>
+using NarrowVector = hn::Vec<Narrow<T>>;
+
+HWY_INLINE WideVector Widen(NarrowVector<float> cells) { return hn::PromoteTo(Wide(), cells); }
+HWY_INLINE WideVector Widen(NarrowVector<double> cells) { return cells; }
+
+/// row + w * factor, rounded once.
+template <class T>
+HWY_INLINE NarrowVector<T> SumOf(NarrowVector<T> row, NarrowVector<T> w, WideVector factor) {
+  const WideVector sum = AddProduct<T>(Widen(w), factor, Widen(row));
+  if constexpr (std::is_same_v<T, float>)
+    return hn::DemoteTo(Narrow<T>(), sum);
+  else
+    return sum;
 }
-HWY_INLINE void StoreCells(WideVector sums, double* p) { hn::StoreU(sums, Wide(), p); }
 
 template <class T>
 void Plain(T* row, const T* w, T f, int n) {
+  const Narrow<T> d;
   const WideVector factor = hn::Set(Wide(), static_cast<double>(f));
   int j = 0;
-  for (; n - j >= kWidth; j += kWidth) StoreCells(AddProduct<T>(Load(w + j), factor, Load(row + j)), row + j);
+  for (; n - j >= kWidth; j += kWidth)
+    hn::StoreU(SumOf<T>(hn::LoadU(d, row + j), hn::LoadU(d, w + j), factor), d, row + j);
   if (j < n) scalar::AddScaled(row + j, w + j, f, n - j);
 }
 
 template <class T>
-int Masked(T* row, const T* w, T f, int n) {
-  const Wide d;
-  const WideVector factor = hn::Set(d, static_cast<double>(f));
-  std::size_t holesOpposite = 0;
+void Present(T* row, const T* w, T f, int n) {
+  const Narrow<T> d;
+  const WideVector factor = hn::Set(Wide(), static_cast<double>(f));
+  const auto hole = hn::Set(d, static_cast<T>(kMissing));
   int j = 0;
   for (; n - j >= kWidth; j += kWidth) {
-    const WideVector cell = Load(row + j), weight = Load(w + j);
-    const WideMask present = Present(cell), presentWeight = Present(weight);
-    const WideVector sum = AddProduct<T>(weight, factor, cell);
-    StoreCells(hn::IfThenElse(hn::And(present, presentWeight), sum, cell), row + j);
-    holesOpposite += hn::CountTrue(d, hn::AndNot(presentWeight, present));
+    const auto cells = hn::LoadU(d, row + j);
+    const auto sums = SumOf<T>(cells, hn::LoadU(d, w + j), factor);
+    hn::StoreU(hn::IfThenElse(hn::Eq(cells, hole), cells, sums), d, row + j);
   }
-  return static_cast<int>(holesOpposite) + (j < n ? scalar::AddScaledMasked(row + j, w + j, f, n - j) : 0);
+  if (j < n) scalar::AddScaledToPresent(row + j, w + j, f, n - j);
+}
+
+template <class T>
+int Masked(T* row, const T* w, T f, int n) {
+  const Narrow<T> d;
+  const WideVector factor = hn::Set(Wide(), static_cast<double>(f));
+  const auto hole = hn::Set(d, static_cast<T>(kMissing));
+  auto holesOpposite = hn::FirstN(d, 0);
+  int j = 0;
+  for (; n - j >= kWidth; j += kWidth) {
+    const auto cells = hn::LoadU(d, row + j), weights = hn::LoadU(d, w + j);
+    const auto empty = hn::Eq(cells, hole), weightless = hn::Eq(weights, hole);
+    const auto sums = SumOf<T>(cells, weights, factor);
+    hn::StoreU(hn::IfThenElse(hn::Or(empty, weightless), cells, sums), d, row + j);
+    holesOpposite = hn::Or(holesOpposite, hn::AndNot(empty, weightless));
+  }
+  // They are counted only if there are any: once its column is empty, a hole of w stands opposite holes alone.
+  const int counted = hn::AllFalse(d, holesOpposite) ? 0 : scalar::CountHolesOpposite(row, w, j);
+  return counted + (j < n ? scalar::AddScaledMasked(row + j, w + j, f, n - j) : 0);
 }
 
 void FloatPlain(float* row, const float* w, float f, int n) { Plain(row, w, f, n); }
 void DoublePlain(double* row, const double* w, double f, int n) { Plain(row, w, f, n); }
+void FloatPresent(float* row, const float* w, float f, int n) { Present(row, w, f, n); }
+void DoublePresent(double* row, const double* w, double f, int n) { Present(row, w, f, n); }
 int FloatMasked(float* row, const float* w, float f, int n) { return Masked(row, w, f, n); }
 int DoubleMasked(double* row, const double* w, double f, int n) { return Masked(row, w, f, n); }
 
@@ -56,6 +90,8 @@ namespace kalmia::simd {
 
 HWY_EXPORT(FloatPlain);
 HWY_EXPORT(DoublePlain);
+HWY_EXPORT(FloatPresent);
+HWY_EXPORT(DoublePresent);
 HWY_EXPORT(FloatMasked);
 HWY_EXPORT(DoubleMasked);
 
@@ -64,6 +100,12 @@ void AddScaled(float* row, const float* w, float f, int n) {
 }
 void AddScaled(double* row, const double* w, double f, int n) {
   UsesScalarTwins() ? scalar::AddScaled(row, w, f, n) : HWY_DYNAMIC_DISPATCH(DoublePlain)(row, w, f, n);
+}
+void AddScaledToPresent(float* row, const float* w, float f, int n) {
+  UsesScalarTwins() ? scalar::AddScaledToPresent(row, w, f, n) : HWY_DYNAMIC_DISPATCH(FloatPresent)(row, w, f, n);
+}
+void AddScaledToPresent(double* row, const double* w, double f, int n) {
+  UsesScalarTwins() ? scalar::AddScaledToPresent(row, w, f, n) : HWY_DYNAMIC_DISPATCH(DoublePresent)(row, w, f, n);
 }
 int AddScaledMasked(float* row, const float* w, float f, int n) {
   return UsesScalarTwins() ? scalar::AddScaledMasked(row, w, f, n) : HWY_DYNAMIC_DISPATCH(FloatMasked)(row, w, f, n);
