@@ -222,9 +222,15 @@ TYPED_TEST(NCDataMatrixCells, LagsAColumnDownAndUp) {
   const struct {
     int shift;
     std::vector<TypeParam> lagged;
-  } cases[] = {{0, {1, gap, 3, 4}},        {1, {gap, 1, gap, 3}},       {3, {gap, gap, gap, 1}},
-               {4, {gap, gap, gap, gap}},  {-1, {gap, 3, 4, gap}},      {-3, {4, gap, gap, gap}},
-               {-4, {gap, gap, gap, gap}}, {1000, {gap, gap, gap, gap}}, {std::numeric_limits<int>::min(), {gap, gap, gap, gap}}};
+  } cases[] = {{0, {1, gap, 3, 4}},
+               {1, {gap, 1, gap, 3}},
+               {3, {gap, gap, gap, 1}},
+               {4, {gap, gap, gap, gap}},
+               {1000, {gap, gap, gap, gap}},
+               {-1, {gap, 3, 4, gap}},
+               {-3, {4, gap, gap, gap}},
+               {-4, {gap, gap, gap, gap}},
+               {std::numeric_limits<int>::min(), {gap, gap, gap, gap}}};
   for (const auto& [shift, lagged] : cases) {
     SCOPED_TRACE(shift);
     NCDataMatrix<TypeParam> lag(m);

@@ -333,8 +333,8 @@ TYPED_TEST(NCDataMatrixStream, RefusesALieInAnOldFormByAFalseRead) {
 }
 
 TYPED_TEST(NCDataMatrixStream, RefusesADirectoryThatEndsTooEarly) {
-  const char* const messages[] = {"ReadFromStreamDir failed", "ReadFromStreamDir failed", "ReadFromStreamDir failed", "",
-                                  "ReadFromStreamDir failed"};
+  const char* const absent = "ReadFromStreamDir failed";
+  const char* const messages[] = {absent, absent, absent, "", absent};
   for (unsigned short entries = 0; entries < 5; ++entries) {
     SCOPED_TRACE(entries);
     auto claim = TruthAbout(this->table_);

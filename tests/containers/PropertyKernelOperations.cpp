@@ -4,7 +4,8 @@
 #include "PropertyWorld.h"
 #include "kalmia/kernels/NCSVD.h"
 
-// Products, deflation, regressions and decompositions. Operands are shares: a result's target may be the table or vector they share with.
+// Products, deflation, regressions and decompositions. Operands are shares: a result's target may be the table or vector
+// that they share with.
 
 namespace {
 
