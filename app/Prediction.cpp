@@ -1,5 +1,6 @@
 #include "app/Prediction.h"
 
+#include <cmath>
 #include <limits>
 
 #include "app/Scaling.h"
@@ -42,7 +43,9 @@ std::vector<RowPrediction> PredictRows(const StoredModel& model, NCDataMatrix<fl
     const NCDataVector<float>& y = (*prediction.GetYPred())[static_cast<int>(i) + 1];
     for (int j = 1; j <= y.Size(); ++j) {
       rows[i].y.push_back(y[j] / FactorOf(*model.yScale, j) + CentreOf(*model.yScale, j));
+      if (!std::isfinite(rows[i].y.back())) rows[i].reason = "its cells are too large for single precision";
     }
+    if (!rows[i].reason.empty()) rows[i].y.clear();
   }
   return rows;
 }
