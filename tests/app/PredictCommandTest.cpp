@@ -84,6 +84,13 @@ TEST_F(Predict, SaysWhyARowCannotBePredicted) {
   EXPECT_THAT(Run(std::string(kHeader) + ",,,,\n" + kRow).output, HasSubstr("none of its 5 X cells is present"));
 }
 
+TEST_F(Predict, SaysSoWhereCellsAreTooLargeToCalculateWith) {
+  const json rows = Json(std::string(kHeader) + "3e38,3e38,3e38,3e38,3e38\n" + kRow)["rows"];
+  EXPECT_EQ(rows[0]["reason"], "its cells are too large for single precision");
+  EXPECT_EQ(rows[0]["predicted"][0], nullptr);
+  EXPECT_TRUE(rows[1]["predicted"][0].is_number());
+}
+
 TEST_F(Predict, HasNoDistanceWhereARowHasNoMoreCellsThanComponents) {
   const json rows = Json(std::string(kHeader) + "5.1,10.2,15.3,,\n5.1,10.2,15.3,19.8,\n")["rows"];
   EXPECT_TRUE(rows[0]["predicted"][0].is_number());

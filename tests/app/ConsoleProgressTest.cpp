@@ -1,0 +1,99 @@
+// How Ctrl-C reaches a calculation. Each test raises it in a process of its own, since the flag stays up.
+
+#include <gtest/gtest.h>
+
+#include <csignal>
+#include <cstdlib>
+
+#include "app/ConsoleProgress.h"
+#include "app/Failure.h"
+#include "app/Interrupt.h"
+#include "app/PlsFit.h"
+#include "kalmia/pcapls/PCACrossValidation.h"
+#include "testing/RandomTables.h"
+
+namespace kalmia::app {
+namespace {
+
+/// Ends the process with 0 if the condition holds.
+[[noreturn]] void Conclude(bool condition) { std::exit(condition ? 0 : 1); }
+
+void PressCtrlC() {
+  CatchSignals();
+  std::raise(SIGINT);
+}
+
+template <class Call>
+bool IsStopped(const Call& call) {
+  try {
+    call();
+  } catch (const Failure& failure) {
+    return failure.Code() == ExitCode::Stopped;
+  }
+  return false;
+}
+
+class ConsoleProgressDeathTest : public ::testing::Test {
+ protected:
+  ConsoleProgressDeathTest() {
+    GTEST_FLAG_SET(death_test_style, "threadsafe");
+  }  // the library may have started threads
+};
+
+TEST_F(ConsoleProgressDeathTest, AnswersThatAFitIsToStop) {
+  const auto answers = [] {
+    ProgressLine line;
+    ConsoleProgress progress(&line);
+    progress.BeginFit(1);
+    progress.SetRange(-10.0F, 0.0F);
+    const bool wentOn = progress.SetValue(-5.0F) && !progress.IsBreakPressed() && progress.PushSubRange(0.0F, 1.0F) &&
+                        progress.PopSubRange() && progress.NextSpin();
+    PressCtrlC();
+    progress.SetRange(-10.0F, 0.0F);  // throws nothing while a component is fitted
+    progress.SetText("text");
+    Conclude(wentOn && !progress.SetValue(-4.0F) && progress.IsBreakPressed() && !progress.PushSubRange(0.0F, 1.0F) &&
+             !progress.PopSubRange() && !progress.NextSpin());
+  };
+  EXPECT_EXIT(answers(), ::testing::ExitedWithCode(0), "");
+}
+
+TEST_F(ConsoleProgressDeathTest, LeavesACrossValidationFromAnyOfItsCalls) {
+  const auto leaves = [] {
+    ProgressLine line;
+    ConsoleProgress progress(&line);
+    progress.BeginRounds(1, 7);
+    progress.SetText("round 1");
+    progress.SetRange(-1.0F, 0.0F);
+    PressCtrlC();
+    Conclude(IsStopped([&] { progress.SetText("round 2"); }) && IsStopped([&] { progress.SetRange(-1.0F, 0.0F); }) &&
+             IsStopped([&] { progress.SetValue(0.0F); }));
+  };
+  EXPECT_EXIT(leaves(), ::testing::ExitedWithCode(0), "");
+}
+
+TEST_F(ConsoleProgressDeathTest, StopsAFitBeforeItsNextComponent) {
+  const auto stops = [] {
+    FitTask task;
+    task.x = RandomMatrix<float>(20, 5, 0.0, 1);
+    task.y = RandomMatrix<float>(20, 2, 0.0, 2);
+    task.rounds = 4;
+    task.groups = GetDeafultCVGroupsVector(20, 4);
+    task.mostComponents = 3;
+    if (FitPls(task).kept != 3) Conclude(false);
+    PressCtrlC();
+    Conclude(IsStopped([&] { FitPls(task); }));
+  };
+  EXPECT_EXIT(stops(), ::testing::ExitedWithCode(0), "");
+}
+
+TEST_F(ConsoleProgressDeathTest, EndsAtOnceAtTheSecondCtrlC) {
+  const auto ends = [] {
+    PressCtrlC();
+    std::raise(SIGINT);
+    Conclude(false);
+  };
+  EXPECT_EXIT(ends(), ::testing::ExitedWithCode(130), "");
+}
+
+}  // namespace
+}  // namespace kalmia::app
