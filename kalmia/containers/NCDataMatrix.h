@@ -134,26 +134,36 @@ class NCDataMatrix : public virtual VexStreamBase {
   /// The work matrix of an operation: the target, or a new one, all missing; without rows it is 0 by 0.
   void GetReturnMatrix(MatrixDestroyer<T>& holder, int rows, int columns) const;
 
-  // Statistics; -99 is "no estimate". Defined in NCDataMatrixStatistics.cpp.
-  long double GetMean() const;                           ///< of all present cells
+  // Statistics; n counts the present cells, -99 is "no estimate". Those of one column are as on NCDataVector; a column
+  // whose count of holes is 0 is walked without tests. Defined in NCDataMatrixStatistics.cpp and its neighbours.
+  long double GetMean() const;                           ///< of all present cells; -99 of none
   long double GetColumnMean(int c) const;                ///< all missing: -99; no rows: 0
-  long double GetColumnSS(int c, long double mean) const;  ///< sum (x - mean)^2; all missing: -99
+  long double GetColumnSS(int c, long double mean) const;  ///< sum (x - mean)^2; all missing: -99; no rows: 0
   /// Root of the sum of squares around the mean over `divisor`, or over n - 1 where that is the missing value; a
-  /// divisor at or below 0 gives -99.
+  /// denominator at or below 0, or no cell, gives -99.
   long double GetColumnStdDev(int c, float divisor = static_cast<float>(kalmia::kMissing)) const;
+  /// `divisor` goes to GetColumnStdDev, whose result z is taken with.
   long double GetColumnSkewness(int c, int divisor = kalmia::kMissing) const;
   long double GetColumnSkewnessTest(int c, int divisor = kalmia::kMissing) const;
   long double GetColumnKurtosis(int c) const;
   long double GetColumnMedian(int c) const;
-  void GetColumnMinMax(int c, T& min, T& max) const;
+  void GetColumnMinMax(int c, T& min, T& max) const;     ///< -99 in both if no cell is present
   void GetRowMinMax(int r, T& min, T& max) const;
-  long double GetSSAroundColumnMeans() const;            ///< empty columns are left out
+  long double GetSSAroundColumnMeans() const;            ///< sum over the columns; empty ones are left out
+  /// NCDataVector::Correlation of each column with v, which has a cell per row; missing where a column has no pair.
   NCDataVector<T> GetColumnCorrelation(const NCDataVector<T>& v) const;
   NCDataMatrix SNV() const;                              ///< standard normal variate of each row
-  /// Coefficients of Y on X with variables in rows (X: p by n, Y: q by n, result p by q). Holes in either give zeros of
-  /// rows by rows.
+  /// Coefficients (X X')^-1 X Y' of Y on this X, with variables in rows (X: p by n, Y: q by n, result p by q). Holes in
+  /// either give zeros of rows by rows. Not tested: whether X X' has an inverse.
   NCDataMatrix GetRegressionCoefficients(const NCDataMatrix& Y) const;
-  /// Averaged shifted histogram of the columns as points in the space of the rows: a density per column, 0 to 1.
+  /// Averaged shifted histogram of the columns as points in the space of the rows: a density per column, scaled to 0 ..
+  /// 1 unless all are equal. For s = 1, 2, 4 ... up to `shifts` every axis is cut into `bins` * s cells from its
+  /// minimum to its maximum, and each point receives (s + 2) / 2, in whole numbers, for every point in its cell. Below
+  /// 5000 columns, or with `all`, the same follows with the grid moved by half a step. `bins` below 1: columns^(1 /
+  /// (rows + 1)), whole part; `shifts` below 1: 16, from 51 bins on 8, from 201 on 4, from 501 on 2, from 1001 on 1.
+  /// Missing: a column with a hole, or a number that is not finite, has the density 0 before scaling.
+  /// Cost: time rows * columns * log(shifts); memory of the points only, whatever the number of cells.
+  /// Source: Scott (1985), Averaged shifted histograms, Ann. Statist. 13, 1024-1040.
   NCDataVector<T> GetDensity(int bins, int shifts, bool all) const;
 
   // Regressions with holes: the heart of the models. Defined in kernels/. All results through GetReturnVector.
@@ -202,7 +212,8 @@ class NCDataMatrix : public virtual VexStreamBase {
   // Decompositions. Defined in kernels/.
   NCSVD<T>* GetSVD() const;                              ///< the caller's; look at its status
   NCSVD<T>* TransformToSVD();                            ///< a heap object turns into U and is owned by the result
-  /// Replaces a square matrix by its inverse; false when a row is zero (the matrix is then overwritten).
+  /// Replaces a square matrix by its inverse; holes are not looked for. False when a row is zero or the matrix not
+  /// square: its cells are then not to be relied upon. A pivot of exactly 0 becomes 1e-20: very large cells, and true.
   bool TransformToInverse();
 
   // Persistence: magic "NCDM", version 4; versions 1 to 3 are read. The cells decide: counts are taken from them. Sizes

@@ -1,5 +1,6 @@
-// Statistics of all columns at once: the rows are walked in the order in which they lie in memory, with accumulators for
-// every column. Each column's sums still add in the order of the rows, so the bits are those of a walk down that column.
+// Statistics of all columns at once: the rows are walked in the order in which they lie in memory, with accumulators
+// for every column. Each column's sums still add in the order of the rows, so the bits are those of a walk down that
+// column.
 
 #include <cstddef>
 #include <vector>

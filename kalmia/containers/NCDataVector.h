@@ -137,35 +137,43 @@ class NCDataVector : public virtual VexStreamBase {
   bool operator==(const NCDataVector& other) const;  ///< byte equality of the cells: 0.0 is not -0.0
   bool operator!=(const NCDataVector& other) const { return !(*this == other); }
 
-  // Statistics; n counts the present cells, -99 is "no estimate". Defined in NCDataVectorStatistics.cpp.
-  long double GetMean() const;                     ///< sum(x) / n; -99 when there is none
-  long double GetVariance() const;                 ///< over n - 1; 0 for n = 1, -99 for n = 0
+  // Statistics; n counts the present cells, -99 is "no estimate". Defined in NCDataVectorStatistics.cpp, ...Order.cpp
+  // and ...Trend.cpp. A NaN is a cell like any other, but has no place in an order: it comes behind all numbers.
+  long double GetMean() const;                     ///< sum(x) / n; -99 when there is none, or where the sum is -99
+  long double GetVariance() const;                 ///< over n - 1; 0 for n = 1, -99 for n = 0 or a mean of -99
   long double GetStdDev() const;                   ///< -99 below 2 cells
-  long double GetSkewness() const;                 ///< n / ((n-1)(n-2)) sum z^3; -99 below 2 cells or if sd is 0
-  long double GetSkewnessTest() const;             ///< skewness over its standard error; below 3 cells the skewness
-  long double GetKurtosis() const;                 ///< excess, bias-corrected; -99 as skewness
-  long double GetMedian() const;
+  /// sum(z^3) n / ((n-1)(n-2)) with z = (x - mean) / sd; -99 below 2 cells or if sd is 0 or -99. Of 2 cells what the
+  /// formula gives: no number.
+  long double GetSkewness() const;
+  /// Skewness over its standard error sqrt(6 n (n-1) / ((n+3)(n+1)(n-2))); below 3 cells, or if -99, the skewness.
+  long double GetSkewnessTest() const;
+  /// Excess without bias: sum(z^4) n (n+1) / ((n-1)(n-2)(n-3)) - 3 (n-1)^2 / ((n-2)(n-3)); -99 as the skewness. Of 2 or
+  /// 3 cells what the formula gives: no finite number.
+  long double GetKurtosis() const;
+  long double GetMedian() const;                   ///< mean of the two middle cells where n is even; -99 of none
   /// Quartiles by the rule that leaves the median out of both halves. Below 2 cells: all -99, false.
   bool GetInterquartiles(long double& q1, long double& median, long double& q3) const;
-  long double GetInterquartileRange() const;       ///< q3 - q1
-  long double GetRobustStdDev() const;             ///< (q3 - q1) / 1.075
+  long double GetInterquartileRange() const;       ///< q3 - q1; -99 below 2 cells
+  long double GetRobustStdDev() const;             ///< (q3 - q1) / 1.075; -99 below 2 cells
   /// sum(a b) / sqrt(sum a^2 sum b^2) over pairs: for vectors that are centred already. -99 without a pair; a product
-  /// of the sums at or below 1e-30 gives the bare numerator.
+  /// of the sums at or below 1e-30 gives the bare numerator. Shape: `v` has the size of this one.
   long double Correlation(const NCDataVector& v) const;
-  /// Straight line through the cells over `x`, or over their positions if null. False below 2 cells, or with missing
-  /// abscissas; equal abscissas give the largest float as slope and leave the intercept unwritten.
+  /// Straight line through the cells over `x`, or over their positions if null. False below 2 cells, or with a missing
+  /// abscissa (opposite a hole of this vector it does no harm); equal abscissas give the largest float as slope, leave
+  /// the intercept unwritten and return true.
   bool LeastSquare(const NCDataVector* x, long double& intercept, long double& slope) const;
-  void DetrendMean(long double& mean);             ///< subtracts the mean in place
+  void DetrendMean(long double& mean);             ///< subtracts the mean in place; a mean of -99 changes nothing
   /// Subtracts the fitted line in place. Below 2 cells nothing happens and the outputs stay unwritten.
   void DetrendLinear(long double& intercept, long double& slope);
-  /// Fills holes in place along straight lines over `x` or the positions, flat at both ends. False if all are missing
-  /// or an abscissa needed is missing (what was filled by then stays).
+  /// Fills holes in place along straight lines over `x` or the positions, flat at both ends; the count becomes 0. True
+  /// without holes. False if all are missing or an abscissa needed is missing (what was filled by then stays).
   bool InterpolateMisVals(const NCDataVector* x);
   NCDataVector SNV() const;                        ///< (x - mean) / sd; all missing below 2 cells, 0 where sd is 0
   /// Sorts into `out`, or in place if null; returns the old positions. Missing cells come last in both directions,
-  /// ties keep ascending positions. An `out` of the same size does nothing and returns an empty permutation.
+  /// ties keep ascending positions. An `out` of the same size does nothing and returns an empty permutation, as fewer
+  /// than 2 cells do; any other `out` must be larger, and keeps its cells behind the sorted ones.
   NCIntegralVector<int, -99> Sort(NCDataVector* out, bool ascending);
-  void Lag(int k);                                 ///< shifts by k cells; vacated ones become missing
+  void Lag(int k);                                 ///< cell i moves to i + k; vacated cells become missing
 
   // Regression primitives. Defined in kernels/.
   long double operator*(const NCDataVector& v) const;          ///< dot product over pairs

@@ -5,8 +5,9 @@
 /// Straight-line interpolation between spectra and along curves. Instantiated for `float` and `double`.
 ///
 /// Both forms take the value at x of the line through (x1, y1) and (x2, y2). Abscissas count as equal where they differ
-/// by no more than 2^-23 of the power of two above the larger one (CompareWithTolerance); equal abscissas give y1. Where
-/// one of the four numbers is missing, the result is y1 if x equals x1, otherwise y2 if x equals x2, otherwise -99.
+/// by no more than 2^-23 of the power of two above the larger one (CompareWithTolerance); equal abscissas give y1.
+/// Where one of the four numbers is missing, the result is y1 if x equals x1, otherwise y2 if x equals x2, otherwise
+/// -99.
 namespace NCDataVectorUtilities {
 
 /// The spectrum at abscissa x between spectrum u at a and spectrum v at b: cell i is the line through (a, u[i]) and

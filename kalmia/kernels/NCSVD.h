@@ -8,10 +8,10 @@
 /// TransformToSVD return. It owns its matrices; the pointers that the accessors give stay its own, and are null unless
 /// the status is StatusSuccess. Instantiated for `float` and `double`. Not to be copied.
 ///
-/// A of r rows and c columns has U of r by c, V of c by c and W of c cells, all of them not negative. Of a wide A only r
-/// columns of U carry anything; the other singular values are zero up to rounding. A singular value below
-/// max(largest * 1e-16, 1.1754943508222875e-38) is exactly 0, in `float` as in `double`: rounding in `float` leaves more
-/// than that, so a matrix of low rank has cells of exactly 0 only where the reduction happens to be exact.
+/// A of r rows and c columns has U of r by c, V of c by c and W of c cells, all of them not negative. Of a wide A only
+/// r columns of U carry anything; the other singular values are zero up to rounding. A singular value below max(largest
+/// * 1e-16, 1.1754943508222875e-38) is exactly 0, in `float` as in `double`: rounding in `float` leaves more than that,
+/// so a matrix of low rank has cells of exactly 0 only where the reduction happens to be exact.
 template <class T>
 class NCSVD {
  public:
@@ -39,11 +39,11 @@ class NCSVD {
   /// success nothing happens.
   void RemoveZeroSingularValues();
 
-  /// The inverse V diag(1 / W) U' of A; of an A that is not square, or after RemoveZeroSingularValues, the pseudo-inverse
-  /// over the singular values that are left. A new matrix of c by r, the caller's; null if the status is not success.
-  /// With a `maxCondition` zero singular values are removed first, for good; null then also where any was removed, where
-  /// there is none, or where largest / smallest is above maxCondition. With -99 nothing is tested or removed, and a zero
-  /// singular value divides by zero.
+  /// The inverse V diag(1 / W) U' of A; of an A that is not square, or after RemoveZeroSingularValues, the
+  /// pseudo-inverse over the singular values that are left. A new matrix of c by r, the caller's; null if the status is
+  /// not success. With a `maxCondition` zero singular values are removed first, for good; null then also where any was
+  /// removed, where there is none, or where largest / smallest is above maxCondition. With -99 nothing is tested or
+  /// removed, and a zero singular value divides by zero.
   NCDataMatrix<T>* GetInverse(float maxCondition);
 
  protected:

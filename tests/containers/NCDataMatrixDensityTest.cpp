@@ -77,9 +77,9 @@ TYPED_TEST(NCDataMatrixDensity, OfFivePointsIsAsWorkedByHand) {
   EXPECT_EQ(CellsOf(m.GetDensity(2, 1, true)), (std::vector<TypeParam>{0, 0.5, 1, 1, 1}));
 }
 
-// Points A = 0 twice, B = 0.375 and C = 1 in 2 bins: B shares a cell with A only where s = 1 in the first sweep, and C is
-// always alone. The grids up to s give A 5, B 4, C 2 for s = 1, and each larger s, which raises cells by w, adds 4 w to A
-// and 2 w to the others: B is scaled to 2 / (3 + 2 sum(w)), with w = 2, 3 and 5 for s = 2, 4 and 8.
+// Points A = 0 twice, B = 0.375 and C = 1 in 2 bins: B shares a cell with A only where s = 1 in the first sweep, and C
+// is always alone. The grids up to s give A 5, B 4, C 2 for s = 1, and each larger s, which raises cells by w, adds 4 w
+// to A and 2 w to the others: B is scaled to 2 / (3 + 2 sum(w)), with w = 2, 3 and 5 for s = 2, 4 and 8.
 TYPED_TEST(NCDataMatrixDensity, RaisesByHalfOfTwoMoreThanTheShift) {
   const auto m = MatrixOf<TypeParam>({{0, 0, 0.375, 1}});
   const double expected[][2] = {{1, 2.0 / 3}, {2, 2.0 / 7}, {3, 2.0 / 7}, {4, 2.0 / 13}, {8, 2.0 / 23}};

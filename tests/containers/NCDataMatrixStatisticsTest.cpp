@@ -17,7 +17,8 @@ template <class T>
 class NCDataMatrixStatistics : public ::testing::Test {};
 TYPED_TEST_SUITE(NCDataMatrixStatistics, CellTypes, CellTypeNames);
 
-/// A table of 40 rows whose columns are: complete, with holes, all missing, with one cell, constant, with a mean of -99.
+/// A table of 40 rows whose columns are: complete, with holes, all missing, with one cell, constant, with a mean of
+/// -99.
 template <class T>
 NCDataMatrix<T> TableOfAllKinds() {
   NCDataMatrix<T> m = RandomMatrix<T>(40, 6, 0, 21);
@@ -281,7 +282,8 @@ TYPED_TEST(NCDataMatrixStatistics, RegressionCoefficientsBuildTheirResultInATarg
   EXPECT_EQ(square.GetMean(), 0);
 }
 
-// SciPy 1.10.1 (Debian python3-scipy 1.10.1-2), skew and kurtosis with bias=False, of the same eight cells as on vectors.
+// SciPy 1.10.1 (Debian python3-scipy 1.10.1-2), skew and kurtosis with bias=False, of the same eight cells as on
+// vectors.
 TYPED_TEST(NCDataMatrixStatistics, ColumnSkewnessAndKurtosisAreSciPysUnbiasedOnes) {
   NCDataMatrix<TypeParam> m(8, 2);
   m.SetColumn(2, VectorOf<TypeParam>({2, 8, 0, 4, 1, 9, 9, 0}));

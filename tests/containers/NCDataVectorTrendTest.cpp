@@ -197,7 +197,8 @@ TYPED_TEST(NCDataVectorTrend, InterpolateMisValsStopsAtAMissingAbscissaAndLeaves
     auto x = VectorOf<TypeParam>({1, 2, 3, 4, 5, 6, 7, 8, 9});
     x(bad, hole);
     EXPECT_FALSE(v.InterpolateMisVals(&x));
-    // The ends are filled first, then the runs in their order. Where cell 4 has no abscissa, its left run fails already.
+    // The ends are filled first, then the runs in their order. Where cell 4 has no abscissa, its left run fails
+    // already.
     const TypeParam firstRun = bad == 4 ? hole : TypeParam(2);
     EXPECT_EQ(CellsOf(v), (std::vector<TypeParam>{1, 1, firstRun, 3, hole, 5, hole, 7, 7}));
     EXPECT_TRUE(HasExactCounts(v));

@@ -109,7 +109,7 @@ TYPED_TEST(NCSVDOf, SecondDifferenceMatrixHasItsEigenvaluesAsSingularValues) {
 }
 
 // NumPy 1.24.2, numpy.linalg.svd of the double matrix: 1.50021428005924e+00, 1.69141220221450e-01, 6.73827360576076e-03
-// and 9.67023040225872e-05 (the determinant below, 1 / 6048000, is their product).
+// and 9.67023040225872e-05; their product is the determinant, 1 / 6048000.
 TYPED_TEST(NCSVDOf, HilbertMatrixOfOrder4HasThePublishedSingularValues) {
   const auto svd = Decompose(Hilbert<TypeParam>(4));
   svd->Sort();
@@ -268,8 +268,8 @@ TYPED_TEST(NCSVDOf, NumbersNearTheEndsOfTheRangeAreDecomposed) {
     EXPECT_LT(DistanceFromOrthonormal(*svd->GetU(), 4), Rounding<TypeParam>(6, 4));
     EXPECT_LT(DistanceFromOrthonormal(*svd->GetV(), 4), Rounding<TypeParam>(6, 4));
     const auto plain = Decompose(RandomMatrix<TypeParam>(6, 4, 0, 9));
-    for (int k = 1; k <= 4; ++k)
-      EXPECT_NEAR((*svd->GetW())[k] / scale, (*plain->GetW())[k], LargestOf(*plain->GetW()) * Rounding<TypeParam>(6, 4));
+    const double rounding = LargestOf(*plain->GetW()) * Rounding<TypeParam>(6, 4);
+    for (int k = 1; k <= 4; ++k) EXPECT_NEAR((*svd->GetW())[k] / scale, (*plain->GetW())[k], rounding);
   }
 }
 

@@ -42,9 +42,9 @@ double DistanceFromProduct(const NCSVD<T>& svd, const NCDataMatrix<T>& a) {
   return largest;
 }
 
-/// What the rounding of the stored cells may leave: each of the n reflections and of about 2 n sweeps moves a cell of an
-/// orthonormal matrix by at most a few units in the last place (Golub & Van Loan, 5.1 and 8.6), so that 8 n units bound
-/// the sum; for A in units of its norm.
+/// What the rounding of the stored cells may leave: each of the n reflections and of about 2 n sweeps moves a cell of
+/// an orthonormal matrix by at most a few units in the last place (Golub & Van Loan, 5.1 and 8.6), so that 8 n units
+/// bound the sum; for A in units of its norm.
 template <class T>
 double Rounding(int rows, int columns) {
   return 8.0 * std::max(rows, columns) * std::numeric_limits<T>::epsilon();
