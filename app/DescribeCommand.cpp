@@ -122,8 +122,8 @@ std::string DescribeJson(const CsvTable& table, const TableSummary& summary, con
                        {"missing", column.missing},
                        {"mean", JsonNumber(column.mean)},
                        {"standardDeviation", JsonNumber(column.standardDeviation)},
-                       {"min", JsonNumber(column.min)},
-                       {"max", JsonNumber(column.max)},
+                       {"min", JsonNumber(AsWritten(column.min))},
+                       {"max", JsonNumber(AsWritten(column.max))},
                        {"skewness", JsonNumber(column.skewness)}});
   }
   json["columns"] = columns;

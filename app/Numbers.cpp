@@ -44,4 +44,12 @@ std::string Shortest(double value, const std::string& none) { return Text(value,
 
 std::string Shortest(float value, const std::string& none) { return Text(value, none); }
 
+double AsWritten(float value) {
+  if (!std::isfinite(value)) return value;
+  const std::string text = Shortest(value);
+  double written = value;
+  std::from_chars(text.data(), text.data() + text.size(), written);
+  return written;
+}
+
 }  // namespace kalmia::app

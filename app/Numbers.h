@@ -14,4 +14,8 @@ std::string Significant(double value, int digits, const std::string& none = "-")
 std::string Shortest(double value, const std::string& none = "");
 std::string Shortest(float value, const std::string& none = "");
 
+/// The double that the fewest digits of a float name: 0.05 for 0.05F, which as a double is 0.0500000007. Order and
+/// value as a float stay.
+double AsWritten(float value);
+
 }  // namespace kalmia::app

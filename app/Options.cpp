@@ -134,6 +134,13 @@ void AddDescribe(CLI::App* app, DescribeOptions* options) {
 
 std::string FirstLine(const std::string& text) { return text.substr(0, text.find('\n')); }
 
+void RefuseUnknownCommand(const CLI::App& app, int argc, const char* const* argv) {
+  if (argc < 2 || argv[1][0] == '-') return;
+  const std::string word = argv[1];
+  if (!app.get_subcommands([&word](const CLI::App* command) { return command->get_name() == word; }).empty()) return;
+  throw Failure(ExitCode::Usage, "there is no command " + Quoted(word) + "; see kalmia --help");
+}
+
 /// What a way out of the parser that is no error prints: help or version.
 Answer AnswerOf(const CLI::App& app, const CLI::ParseError& way) {
   std::ostringstream out;
@@ -159,6 +166,7 @@ Command ParseCommandLine(int argc, const char* const* argv) {
   AddPredict(&app, &predict);
   AddInfo(&app, &info);
   AddDescribe(&app, &describe);
+  RefuseUnknownCommand(app, argc, argv);
   try {
     app.parse(argc, argv);
   } catch (const CLI::ParseError& error) {

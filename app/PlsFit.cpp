@@ -8,6 +8,7 @@
 #include "app/DisplayText.h"
 #include "app/Failure.h"
 #include "app/Interrupt.h"
+#include "app/Numbers.h"
 #include "kalmia/containers/Missing.h"
 #include "kalmia/containers/NCDataVector.h"
 #include "kalmia/pcapls/PLSCrossValidation.h"
@@ -120,14 +121,14 @@ class Extraction {
   ComponentRecord Judge() const {
     ComponentRecord record;
     record.iterations = fit_.model->GetIterations();
-    record.y.q2 = crossValidation_->GetQ2Tot();
-    record.y.q2Cum = crossValidation_->GetQ2TotCum();
-    record.q2Limit = crossValidation_->GetQ2Lim();
+    record.y.q2 = AsWritten(crossValidation_->GetQ2Tot());
+    record.y.q2Cum = AsWritten(crossValidation_->GetQ2TotCum());
+    record.q2Limit = AsWritten(crossValidation_->GetQ2Lim());
     record.significant = crossValidation_->GetQ2Tot() > crossValidation_->GetQ2Lim();
     for (int j = 1; j <= task_.y.SizeColumns(); ++j) {
       YShare share;
-      share.q2 = (*crossValidation_->GetQ2YVar())[j];
-      share.q2Cum = (*crossValidation_->GetQ2YVarCum())[j];
+      share.q2 = AsWritten((*crossValidation_->GetQ2YVar())[j]);
+      share.q2Cum = AsWritten((*crossValidation_->GetQ2YVarCum())[j]);
       record.perY.push_back(share);
     }
     return record;

@@ -158,7 +158,7 @@ Json RowsJson(const StoredModel& model, const NewRows& rows) {
     for (std::size_t j = 0; j < model.yNames.size(); ++j) {
       predicted.push_back(row.y.empty() ? Json(nullptr) : JsonNumber(row.y[j]));
       const bool has = !rows.measured[j].empty() && rows.measured[j][i] != kMissingCell;
-      measured.push_back(has ? JsonNumber(rows.measured[j][i]) : Json(nullptr));
+      measured.push_back(has ? JsonNumber(AsWritten(rows.measured[j][i])) : Json(nullptr));
     }
     list.push_back({{"row", rows.names[i]},
                     {"predicted", predicted},
