@@ -142,6 +142,31 @@ TEST(CsvTable, RefusesQuotationMarksThatDoNotPairUp) {
   EXPECT_THAT(Refusal("a,b\n1,\"2\"3\n"), HasSubstr("a quotation mark on line 2"));
 }
 
+TEST(CsvTable, EndsInAWholeTableOrARefusalWhateverTheBytes) {
+  const std::string seed = "\xEF\xBB\xBFname;\"a;\"\"b\";c\r\ns1;1,5;-2e3\r\n\"s\n2\";NA;+7\r\n";
+  const std::string bytes("\0\t\n\r \",;.-9eNx\x80\xFF", 16);
+  int tables = 0;
+  for (std::size_t at = 0; at < seed.size(); ++at) {
+    for (const char byte : bytes) {
+      for (const bool insert : {false, true}) {
+        std::string text = seed;
+        text.replace(at, insert ? 0 : 1, 1, byte);
+        try {
+          const CsvTable table(text, "t");
+          ++tables;
+          ASSERT_GT(table.Rows(), 0);
+          for (int row = 0; row < table.Rows(); ++row) {
+            for (int c = 0; c < table.Columns(); ++c) EXPECT_EQ(table.Cell(row, c).find('\0'), std::string_view::npos);
+          }
+        } catch (const Failure& failure) {
+          EXPECT_EQ(failure.Code(), ExitCode::BadData);
+        }
+      }
+    }
+  }
+  EXPECT_GT(tables, 100);
+}
+
 TEST(CsvField, BringsEveryTextBackThroughTheReader) {
   for (const std::string text : {"plain", "a,b", "a;b", "a\tb", "say \"x\"", "two\nlines", " blank ", "\r", ""}) {
     std::vector<std::string> fields;

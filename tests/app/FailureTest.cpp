@@ -142,6 +142,11 @@ TEST(Failure, IsExitCode2ForACommandLineThatMakesNoSense) {
   }
 }
 
+TEST(Failure, NamesACommandThatDoesNotExist) {
+  ExpectFailure(RunKalmia({"fit", "t.csv"}), 2, "there is no command 'fit'; see kalmia --help");
+  ExpectFailure(RunKalmia({""}), 2, "there is no command ''");
+}
+
 TEST(Failure, IsExitCode2ForNonsenseInPlaceOfANumber) {
   for (const char* option : {"--components", "--groups"}) {
     for (const char* nonsense : {"abc", "0", "-3", "2.5", "1e3", "", " 5", "5x", "99999999999999", "NaN", "Auto"}) {

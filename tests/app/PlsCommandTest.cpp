@@ -52,6 +52,7 @@ TEST(Pls, ShowsTheFirstComponentThatFailsAndDoesNotKeepIt) {
     EXPECT_EQ(components[a]["kept"], a < kept);
     EXPECT_EQ(components[a]["significant"], a < kept);
     EXPECT_EQ(components[a]["q2"] > components[a]["q2Limit"], a < kept);
+    EXPECT_EQ(components[a]["q2Limit"], 0.05);
   }
 }
 

@@ -5,8 +5,8 @@
 
 #include "app/CsvTable.h"
 
-/// A table of `rows` rows, named in the column `name`, and columns `x1` to `xK` and `y`, where y follows the first three
-/// x columns but for noise: the same text for the same arguments on every machine.
+/// A table of `rows` rows, named in the column `name`, and columns `x1` to `xK` and `y`, where y follows the first
+/// three x columns but for noise: the same text for the same arguments on every machine.
 std::string LinearTable(int rows, int columns, unsigned seed);
 
 /// A table of `rows` rows, `columns` columns x1.. and `yColumns` columns y1.., all independent of each other.
