@@ -7,7 +7,12 @@
 template <class T>
 class VexPointer {
  public:
-  explicit VexPointer(T* object = nullptr) : count_(new int(1)), object_(object) {}
+  /// Takes the object over at once: it is deleted, too, where there is no memory for its count.
+  explicit VexPointer(T* object = nullptr) try : count_(new int(1)), object_(object) {
+  } catch (...) {
+    delete object;
+    throw;
+  }
   VexPointer(const VexPointer& other) : count_(other.count_), object_(other.object_) { ++*count_; }
   VexPointer& operator=(VexPointer other) noexcept {
     swap(other);
@@ -38,7 +43,11 @@ class VexPointer {
 template <class T>
 class VexVecPointer {
  public:
-  explicit VexVecPointer(T* array = nullptr) : count_(new int(1)), array_(array) {}
+  explicit VexVecPointer(T* array = nullptr) try : count_(new int(1)), array_(array) {
+  } catch (...) {
+    delete[] array;
+    throw;
+  }
   VexVecPointer(const VexVecPointer& other) : count_(other.count_), array_(other.array_) { ++*count_; }
   VexVecPointer& operator=(VexVecPointer other) noexcept {
     swap(other);
