@@ -2,7 +2,6 @@
 
 #include <algorithm>
 
-#include "kalmia/kernels/ColumnWalk.h"
 #include "kalmia/kernels/Regression.h"
 
 namespace kalmia {
@@ -10,38 +9,36 @@ namespace kalmia {
 template <class T>
 int ColumnRegression<T>::Slice(T* out, int first, int last) const {
   int change = 0;
-  T hole[kColumnsPerBlock];
-  for (int c = first; c <= last; c += kColumnsPerBlock) {
-    const int n = std::min(kColumnsPerBlock, last - c + 1);
+  ForColumnBlocks(first, last, [&](int c, int n) {
+    const BlockRoom<T> room(n);
     const bool vHasHoles = misValMode >= 2;
-    if (vHasHoles) std::fill_n(hole, n, static_cast<T>(kMissing));
-    const bool holes = vHasHoles || (misValMode == 1 && MarkColumnsWithHoles(X, c, n, hole));
-    change += holes ? BlockWithHoles(out, c, n, hole) : CompleteBlock(out, c, n);
-  }
+    if (vHasHoles) std::fill_n(room.Holes(), n, static_cast<T>(kMissing));
+    const bool holes = vHasHoles || (misValMode == 1 && MarkColumnsWithHoles(X, c, n, room.Holes()));
+    change += holes ? BlockWithHoles(out, c, n, room) : CompleteBlock(out, c, n, room);
+  });
   return change;
 }
 
 template <class T>
-int ColumnRegression<T>::CompleteBlock(T* out, int first, int n) const {
-  double products[kColumnsPerBlock];
-  SumColumns(X, v, first, n, products);
+int ColumnRegression<T>::CompleteBlock(T* out, int first, int n, const BlockRoom<T>& room) const {
+  SumColumns(X, v, first, n, room.Products());
   int change = 0;
-  for (int j = 0; j < n; ++j) WriteQuotient(out[first + j], products[j], ss, change);
+  for (int j = 0; j < n; ++j) WriteQuotient(out[first + j], room.Products()[j], ss, change);
   return change;
 }
 
 template <class T>
-int ColumnRegression<T>::BlockWithHoles(T* out, int first, int n, const T* hole) const {
-  double products[kColumnsPerBlock], squares[kColumnsPerBlock];
+int ColumnRegression<T>::BlockWithHoles(T* out, int first, int n, const BlockRoom<T>& room) const {
   const RowsUsed used = misValMode == 1 ? RowsUsed::All : RowsUsed::WithV;
-  SumColumnPairs(X, v, used, RowWeight::Square, first, n, hole, products, squares);
+  SumColumnPairs(X, v, used, RowWeight::Square, first, n, room.Holes(), room.Products(), room.Weights());
+  const long double third = ThirdOf(ss);
   int change = 0;
   for (int j = 0; j < n; ++j) {
     const int holes = X.GetColumnMisVal(first + j);
     if (misValMode == 1 && holes > 0 && holes == X.SizeRows()) continue;
     const bool complete = misValMode == 1 && holes == 0;
-    const long double denominator = complete ? ss : fix ? HeldUpAtAThird(squares[j], ss) : squares[j];
-    WriteQuotient(out[first + j], products[j], denominator, change);
+    const long double denominator = complete ? ss : fix ? HeldUpAt(third, room.Weights()[j]) : room.Weights()[j];
+    WriteQuotient(out[first + j], room.Products()[j], denominator, change);
   }
   return change;
 }

@@ -4,6 +4,7 @@
 
 #include "kalmia/containers/Missing.h"
 #include "kalmia/containers/NCDataMatrix.h"
+#include "kalmia/kernels/ColumnWalk.h"
 
 namespace kalmia {
 
@@ -31,8 +32,8 @@ struct ColumnRegression {
   int Slice(T* out, int first, int last) const;
 
  private:
-  int CompleteBlock(T* out, int first, int n) const;
-  int BlockWithHoles(T* out, int first, int n, const T* hole) const;
+  int CompleteBlock(T* out, int first, int n, const BlockRoom<T>& room) const;
+  int BlockWithHoles(T* out, int first, int n, const BlockRoom<T>& room) const;
 };
 
 extern template struct ColumnRegression<float>;

@@ -63,9 +63,7 @@ void SumColumnPairs(const NCDataMatrix<T>& X, const NCDataVector<T>& v, RowsUsed
 }
 
 template <class T>
-void SumColumnSquares(const NCDataMatrix<T>& X, int first, int n, double* squares) {
-  T hole[kColumnsPerBlock];
-  MarkColumnsWithHoles(X, first, n, hole);
+void SumColumnSquares(const NCDataMatrix<T>& X, int first, int n, const T* hole, double* squares) {
   std::fill_n(squares, n, 0.0);
   if (n < 1) return;
   const T* row[kRowsPerStep];
@@ -91,7 +89,7 @@ bool MarkColumnsWithHoles(const NCDataMatrix<T>& X, int first, int n, T* hole) {
   template void SumColumns(const NCDataMatrix<T>&, const NCDataVector<T>&, int, int, double*);                   \
   template void SumColumnPairs(const NCDataMatrix<T>&, const NCDataVector<T>&, RowsUsed, RowWeight, int, int,    \
                                const T*, double*, double*);                                                      \
-  template void SumColumnSquares(const NCDataMatrix<T>&, int, int, double*);                                     \
+  template void SumColumnSquares(const NCDataMatrix<T>&, int, int, const T*, double*);                                     \
   template bool MarkColumnsWithHoles(const NCDataMatrix<T>&, int, int, T*);
 
 KALMIA_INSTANTIATE(float)

@@ -1,11 +1,56 @@
 #pragma once
 
+#include <algorithm>
+#include <memory>
+
 #include "kalmia/containers/NCDataMatrix.h"
 
 namespace kalmia {
 
-/// Columns whose sums are formed together: their accumulators stay in the first cache while the rows pass by.
-constexpr int kColumnsPerBlock = 1024;
+/// Columns whose sums are formed together, at most: their accumulators stay in the second cache while the rows pass by.
+/// As wide as that, because memory is read fastest in long runs.
+constexpr int kColumnsPerBlock = 16384;
+
+/// Calls block(first, n) for blocks of columns `first` to `last`, all of about the same width.
+template <class Block>
+void ForColumnBlocks(int first, int last, const Block& block) {
+  if (first > last) return;
+  const int columns = last - first + 1;
+  const int blocks = (columns + kColumnsPerBlock - 1) / kColumnsPerBlock;
+  const int width = (columns + blocks - 1) / blocks;
+  for (int c = first; c <= last; c += width) block(c, std::min(width, last - c + 1));
+}
+
+/// Room for the sums of one block of n columns, not initialised. Small tables take no memory from the heap.
+template <class T>
+class BlockRoom {
+ public:
+  explicit BlockRoom(int n) {
+    if (n <= kColumnsOnStack) return;
+    sumsOnHeap_.reset(new double[2 * static_cast<std::size_t>(n)]);
+    holesOnHeap_.reset(new T[n]);
+    products_ = sumsOnHeap_.get();
+    weights_ = products_ + n;
+    holes_ = holesOnHeap_.get();
+  }
+  BlockRoom(const BlockRoom&) = delete;
+  BlockRoom& operator=(const BlockRoom&) = delete;
+
+  double* Products() const { return products_; }
+  double* Weights() const { return weights_; }
+  T* Holes() const { return holes_; }
+
+ private:
+  static constexpr int kColumnsOnStack = 1024;
+
+  double sumsOnStack_[2 * kColumnsOnStack];
+  T holesOnStack_[kColumnsOnStack];
+  std::unique_ptr<double[]> sumsOnHeap_;
+  std::unique_ptr<T[]> holesOnHeap_;
+  double* products_ = sumsOnStack_;
+  double* weights_ = sumsOnStack_ + kColumnsOnStack;
+  T* holes_ = holesOnStack_;
+};
 
 /// What a row adds to the weight of each column in which its cell takes part.
 enum class RowWeight {
@@ -33,9 +78,9 @@ template <class T>
 void SumColumnPairs(const NCDataMatrix<T>& X, const NCDataVector<T>& v, RowsUsed used, RowWeight weight, int first,
                     int n, const T* hole, double* products, double* weights);
 
-/// squares[j] = sum of X[r][first + j]^2 over the present cells; columns without holes are not looked at.
+/// squares[j] = sum of X[r][first + j]^2 over the rows in which the cell differs from hole[j].
 template <class T>
-void SumColumnSquares(const NCDataMatrix<T>& X, int first, int n, double* squares);
+void SumColumnSquares(const NCDataMatrix<T>& X, int first, int n, const T* hole, double* squares);
 
 /// hole[j] = -99 for columns with holes, NaN for those whose count says that they have none. True if there is any of
 /// the former.

@@ -14,12 +14,11 @@ constexpr int kColumnsPerGrain = 16;
 
 /// Calls block(first, n) for blocks of all columns, shared out among the team that pays; returns the sum of its results.
 template <class T, class Block>
-int ForColumnBlocks(const NCDataMatrix<T>& X, const Block& block) {
+int SumOverBlocks(const NCDataMatrix<T>& X, const Block& block) {
   const int team = kalmia::TeamSize(static_cast<std::int64_t>(X.SizeRows()) * X.SizeColumns());
   return kalmia::ForSlices(X.SizeColumns(), team, kColumnsPerGrain, [&](int first, int last) {
     int sum = 0;
-    for (int c = first; c <= last; c += kalmia::kColumnsPerBlock)
-      sum += block(c, std::min(kalmia::kColumnsPerBlock, last - c + 1));
+    kalmia::ForColumnBlocks(first, last, [&](int c, int n) { sum += block(c, n); });
     return sum;
   });
 }
@@ -36,10 +35,10 @@ NCDataVector<T> NCDataMatrix<T>::PreMultiplyNonMisVal(const NCDataVector<T>& v) 
   VectorDestroyer<T> result;
   GetReturnVector(result, columns_);
   T* out = result.vector->data_;
-  ForColumnBlocks(*this, [&](int first, int n) {
-    double products[kalmia::kColumnsPerBlock];
-    kalmia::SumColumns(*this, v, first, n, products);
-    for (int j = 0; j < n; ++j) out[first + j] = static_cast<T>(products[j]);
+  SumOverBlocks(*this, [&](int first, int n) {
+    const kalmia::BlockRoom<T> room(n);
+    kalmia::SumColumns(*this, v, first, n, room.Products());
+    for (int j = 0; j < n; ++j) out[first + j] = static_cast<T>(room.Products()[j]);
     return 0;
   });
   result.vector->numMisVal_ = 0;
@@ -54,18 +53,17 @@ NCDataVector<T> NCDataMatrix<T>::PreMultiplyMisVal(const NCDataVector<T>& v) con
   if (v.numMisVal_ >= rows_) return *result.vector;
   T* out = result.vector->data_;
   const bool vHasHoles = v.numMisVal_ > 0;
-  result.vector->numMisVal_ -= ForColumnBlocks(*this, [&](int first, int n) {
-    T hole[kalmia::kColumnsPerBlock];
-    double products[kalmia::kColumnsPerBlock], pairs[kalmia::kColumnsPerBlock];
-    kalmia::MarkColumnsWithHoles(*this, first, n, hole);
+  result.vector->numMisVal_ -= SumOverBlocks(*this, [&](int first, int n) {
+    const kalmia::BlockRoom<T> room(n);
+    kalmia::MarkColumnsWithHoles(*this, first, n, room.Holes());
     kalmia::SumColumnPairs(*this, v, vHasHoles ? kalmia::RowsUsed::WithV : kalmia::RowsUsed::All,
-                           kalmia::RowWeight::One, first, n, hole, products, pairs);
+                           kalmia::RowWeight::One, first, n, room.Holes(), room.Products(), room.Weights());
     int written = 0;
     for (int j = 0; j < n; ++j) {
       const int holes = GetColumnMisVal(first + j);
       const bool complete = holes == 0 && !vHasHoles;
-      if (holes == rows_ || (pairs[j] == 0 && !complete)) continue;
-      out[first + j] = static_cast<T>(products[j]);
+      if (holes == rows_ || (room.Weights()[j] == 0 && !complete)) continue;
+      out[first + j] = static_cast<T>(room.Products()[j]);
       written += out[first + j] != kalmia::kMissing;
     }
     return written;

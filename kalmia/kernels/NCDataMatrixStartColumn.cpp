@@ -1,8 +1,11 @@
 #include <algorithm>
 #include <cmath>
+#include <cstdint>
 
 #include "kalmia/containers/NCDataMatrix.h"
 #include "kalmia/kernels/ColumnWalk.h"
+#include "kalmia/kernels/Slices.h"
+#include "kalmia/kernels/Team.h"
 
 // The score vector that an iteration starts from.
 
@@ -11,20 +14,32 @@ namespace {
 /// A later column must be this much larger, so that rounding does not decide.
 constexpr double kLeadOfALaterColumn = 1.000001;
 
+/// The sum of squares of every column, over its present cells. Columns are shared out, so any team gives the same bits.
+template <class T>
+void SumSquares(const NCDataMatrix<T>& X, double* squares) {
+  constexpr int kColumnsPerGrain = 16;
+  const int team = kalmia::TeamSize(static_cast<std::int64_t>(X.SizeRows()) * X.SizeColumns());
+  kalmia::ForSlices(X.SizeColumns(), team, kColumnsPerGrain, [&](int first, int last) {
+    kalmia::ForColumnBlocks(first, last, [&](int c, int n) {
+      const kalmia::BlockRoom<T> room(n);
+      kalmia::MarkColumnsWithHoles(X, c, n, room.Holes());
+      kalmia::SumColumnSquares(X, c, n, room.Holes(), squares + (c - 1));
+    });
+    return 0;
+  });
+}
+
 /// The first column of largest sum of squares, up to the lead; the first of all where none exceeds 0.
 template <class T>
 int ColumnOfLargestSumOfSquares(const NCDataMatrix<T>& X) {
-  double squares[kalmia::kColumnsPerBlock];
+  const kalmia::BlockRoom<T> room(X.SizeColumns());
+  SumSquares(X, room.Products());
   double best = 0;
   int chosen = 1;
-  for (int first = 1; first <= X.SizeColumns(); first += kalmia::kColumnsPerBlock) {
-    const int n = std::min(kalmia::kColumnsPerBlock, X.SizeColumns() - first + 1);
-    kalmia::SumColumnSquares(X, first, n, squares);
-    for (int j = 0; j < n; ++j) {
-      if (!(squares[j] > best * kLeadOfALaterColumn)) continue;
-      best = squares[j];
-      chosen = first + j;
-    }
+  for (int j = 0; j < X.SizeColumns(); ++j) {
+    if (!(room.Products()[j] > best * kLeadOfALaterColumn)) continue;
+    best = room.Products()[j];
+    chosen = j + 1;
   }
   return chosen;
 }

@@ -31,9 +31,10 @@ inline long double CoefficientWithFix(const RegressionSums& sums) {
   return sums.v1tv2 / (third > sums.v1tv1 ? third : sums.v1tv1);
 }
 
-/// The fix on columns: a third of the full sum of squares, divided rather than multiplied.
-inline long double HeldUpAtAThird(long double denominator, long double fullSumOfSquares) {
-  const long double third = fullSumOfSquares / 3.0;
+/// The least denominator of the fix on columns: the full sum of squares divided by 3, rather than multiplied by a third.
+inline long double ThirdOf(long double fullSumOfSquares) { return fullSumOfSquares / 3.0; }
+
+inline long double HeldUpAt(long double third, long double denominator) {
   return third > denominator ? third : denominator;
 }
 

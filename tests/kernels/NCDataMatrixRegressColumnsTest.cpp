@@ -38,7 +38,7 @@ NCDataMatrix<T> TableOfAllKinds(int rows, int columns, double holes, unsigned se
 struct Shape {
   int rows, columns;
 };
-constexpr Shape kShapes[] = {{0, 3}, {1, 1}, {1, 20}, {7, 5}, {8, 33}, {20, 10}, {27, 1040}, {600, 700}};
+constexpr Shape kShapes[] = {{0, 3}, {1, 1}, {1, 20}, {7, 5}, {8, 33}, {20, 10}, {27, 1040}, {3, 33000}, {600, 700}};
 constexpr double kShares[] = {0, 0.05, 0.4};
 
 /// Calls check(X, v) for tables and vectors of all modes, some large enough for several threads.

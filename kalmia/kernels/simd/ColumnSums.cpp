@@ -11,14 +11,6 @@
 HWY_BEFORE_NAMESPACE();
 namespace kalmia::simd::HWY_NAMESPACE {
 
-/// Runs step(j) for every whole vector of columns, then hands the columns that are left to the twin.
-template <class Step, class Rest>
-HWY_INLINE void AcrossColumns(int n, const Step& step, const Rest& rest) {
-  int j = 0;
-  for (; n - j >= kWidth; j += kWidth) step(j);
-  if (j < n) rest(j, n - j);
-}
-
 /// The rows from column j on.
 template <class T>
 struct RowsFrom {
@@ -28,76 +20,112 @@ struct RowsFrom {
   const T* row[kRowsPerStep];
 };
 
-template <class T>
-void Products(const T* const* rows, const double* v, int count, int n, double* sums) {
-  const Wide d;
-  const auto step = [=](int j) HWY_ATTR {
-    WideVector sum = hn::LoadU(d, sums + j);
-    for (int k = 0; k < count; ++k) sum = AddProduct<T>(hn::Set(d, v[k]), Load(rows[k] + j), sum);
-    hn::StoreU(sum, d, sums + j);
-  };
-  AcrossColumns(n, step, [=](int j, int left) {
-    scalar::AddRows(RowsFrom<T>(rows, count, j).row, v, count, left, sums + j);
-  });
+/// The number of rows of a step: known to the compiler for a full one, whose loops over the rows unroll, so that all
+/// their factors stay in registers across the columns.
+template <int kKnown>
+struct Count {
+  explicit Count(int count) : any(count) {}
+  operator int() const { return kKnown > 0 ? kKnown : any; }
+  int any;
+};
+using FullCount = Count<kRowsPerStep>;
+using AnyCount = Count<0>;
+
+/// A number for each row of the step, in every lane of a vector.
+template <class Count>
+HWY_INLINE void Broadcast(const double* numbers, Count count, WideVector (&out)[kRowsPerStep]) {
+  for (int k = 0; k < count; ++k) out[k] = hn::Set(Wide(), numbers[k]);
 }
 
-template <class T>
-void MaskedProducts(const T* const* rows, const double* v, const double* w, int count, int n, const T* hole,
+/// Fetches ahead in all rows, once for each cache line.
+template <class T, class Count>
+HWY_INLINE void FetchRowsAhead(const T* const* rows, Count count, int j) {
+  if (j % kCellsPerLine<T> != 0) return;
+  for (int k = 0; k < count; ++k) FetchAhead(rows[k] + j);
+}
+
+template <class T, class Count>
+void Products(const T* const* rows, const double* v, Count count, int n, double* sums) {
+  const Wide d;
+  WideVector factor[kRowsPerStep];
+  Broadcast(v, count, factor);
+  int j = 0;
+  for (; n - j >= kWidth; j += kWidth) {
+    FetchRowsAhead(rows, count, j);
+    WideVector sum = hn::LoadU(d, sums + j);
+    for (int k = 0; k < count; ++k) sum = AddProduct<T>(factor[k], Widen(Load(rows[k] + j)), sum);
+    hn::StoreU(sum, d, sums + j);
+  }
+  if (j < n) scalar::AddRows(RowsFrom<T>(rows, count, j).row, v, count, n - j, sums + j);
+}
+
+template <class T, class Count>
+void MaskedProducts(const T* const* rows, const double* v, const double* w, Count count, int n, const T* hole,
                     double* sums, double* weights) {
   const Wide d;
-  const auto step = [=](int j) HWY_ATTR {
+  WideVector factor[kRowsPerStep], weightOfRow[kRowsPerStep];
+  Broadcast(v, count, factor);
+  Broadcast(w, count, weightOfRow);
+  int j = 0;
+  for (; n - j >= kWidth; j += kWidth) {
+    FetchRowsAhead(rows, count, j);
     WideVector sum = hn::LoadU(d, sums + j), weight = hn::LoadU(d, weights + j);
-    const WideVector none = Load(hole + j);
+    const NarrowVector<T> none = Load(hole + j);
     for (int k = 0; k < count; ++k) {
-      const WideVector x = Load(rows[k] + j);
-      const WideMask present = Differ(x, none);
-      sum = hn::IfThenElse(present, AddProduct<T>(hn::Set(d, v[k]), x, sum), sum);
-      weight = hn::IfThenElse(present, hn::Add(weight, hn::Set(d, w[k])), weight);
+      const NarrowVector<T> x = Load(rows[k] + j);
+      const WideMask present = Differ<T>(x, none);
+      sum = hn::IfThenElse(present, AddProduct<T>(factor[k], Widen(x), sum), sum);
+      weight = hn::IfThenElse(present, hn::Add(weight, weightOfRow[k]), weight);
     }
     hn::StoreU(sum, d, sums + j);
     hn::StoreU(weight, d, weights + j);
-  };
-  AcrossColumns(n, step, [=](int j, int left) {
-    scalar::AddRowsMasked(RowsFrom<T>(rows, count, j).row, v, w, count, left, hole + j, sums + j, weights + j);
-  });
+  }
+  if (j < n)
+    scalar::AddRowsMasked(RowsFrom<T>(rows, count, j).row, v, w, count, n - j, hole + j, sums + j, weights + j);
 }
 
-template <class T>
-void MaskedSquares(const T* const* rows, int count, int n, const T* hole, double* sums) {
+template <class T, class Count>
+void MaskedSquares(const T* const* rows, Count count, int n, const T* hole, double* sums) {
   const Wide d;
-  const auto step = [=](int j) HWY_ATTR {
+  int j = 0;
+  for (; n - j >= kWidth; j += kWidth) {
+    FetchRowsAhead(rows, count, j);
     WideVector sum = hn::LoadU(d, sums + j);
-    const WideVector none = Load(hole + j);
+    const NarrowVector<T> none = Load(hole + j);
     for (int k = 0; k < count; ++k) {
-      const WideVector x = Load(rows[k] + j);
-      sum = hn::IfThenElse(Differ(x, none), AddProduct<T>(x, x, sum), sum);
+      const NarrowVector<T> x = Load(rows[k] + j);
+      sum = hn::IfThenElse(Differ<T>(x, none), AddProduct<T>(Widen(x), Widen(x), sum), sum);
     }
     hn::StoreU(sum, d, sums + j);
-  };
-  AcrossColumns(n, step, [=](int j, int left) {
-    scalar::AddSquaresMasked(RowsFrom<T>(rows, count, j).row, count, left, hole + j, sums + j);
-  });
+  }
+  if (j < n) scalar::AddSquaresMasked(RowsFrom<T>(rows, count, j).row, count, n - j, hole + j, sums + j);
+}
+
+/// run(count) with the count as the compiler knows it best.
+template <class Run>
+HWY_INLINE void ByCount(int count, const Run& run) {
+  count == kRowsPerStep ? run(FullCount(count)) : run(AnyCount(count));
 }
 
 void FloatProducts(const float* const* rows, const double* v, int count, int n, double* sums) {
-  Products(rows, v, count, n, sums);
+  ByCount(count, [=](auto known) { Products(rows, v, known, n, sums); });
 }
 void DoubleProducts(const double* const* rows, const double* v, int count, int n, double* sums) {
-  Products(rows, v, count, n, sums);
+  ByCount(count, [=](auto known) { Products(rows, v, known, n, sums); });
 }
 void FloatMaskedProducts(const float* const* rows, const double* v, const double* w, int count, int n,
                          const float* hole, double* sums, double* weights) {
-  MaskedProducts(rows, v, w, count, n, hole, sums, weights);
+  ByCount(count, [=](auto known) { MaskedProducts(rows, v, w, known, n, hole, sums, weights); });
 }
 void DoubleMaskedProducts(const double* const* rows, const double* v, const double* w, int count, int n,
                           const double* hole, double* sums, double* weights) {
-  MaskedProducts(rows, v, w, count, n, hole, sums, weights);
+  ByCount(count, [=](auto known) { MaskedProducts(rows, v, w, known, n, hole, sums, weights); });
 }
 void FloatMaskedSquares(const float* const* rows, int count, int n, const float* hole, double* sums) {
-  MaskedSquares(rows, count, n, hole, sums);
+  ByCount(count, [=](auto known) { MaskedSquares(rows, known, n, hole, sums); });
 }
 void DoubleMaskedSquares(const double* const* rows, int count, int n, const double* hole, double* sums) {
-  MaskedSquares(rows, count, n, hole, sums);
+  ByCount(count, [=](auto known) { MaskedSquares(rows, known, n, hole, sums); });
 }
 
 }  // namespace kalmia::simd::HWY_NAMESPACE

@@ -23,8 +23,11 @@ class RowSums {
 
   HWY_INLINE void Run(int n) {
     int i = 0;
-    for (; n - i >= kLanes; i += kLanes)
+    for (; n - i >= kLanes; i += kLanes) {
+      for (int r = 0; r < kRows; ++r)
+        for (int line = 0; line < kLanes; line += kCellsPerLine<T>) FetchAhead(rows_[r] + i + line);
       Step([i](const T* p, int k) HWY_ATTR { return Load(p + i + k * kWidth); });
+    }
     if (i < n)
       Step([i, n](const T* p, int k) HWY_ATTR { return LoadFirst(p + i + k * kWidth, n - i - k * kWidth); });
   }
@@ -36,22 +39,23 @@ class RowSums {
   template <class LoadCells>
   HWY_INLINE void Step(const LoadCells& load) {
     for (int k = 0; k < kVectors; ++k) {
-      const WideVector v = load(v_, k);
-      for (int r = 0; r < kRows; ++r) Add(v, load(rows_[r], k), product_[r][k], square_[r][k]);
-    }
-  }
-
-  HWY_INLINE void Add(WideVector v, WideVector x, WideVector& product, WideVector& square) {
-    const WideVector newProduct = AddProduct<T>(v, x, product);
-    if constexpr (kHolesInRows) {
-      WideMask present = Present(x);
-      if constexpr (kHolesInV) present = hn::And(present, Present(v));
-      product = hn::IfThenElse(present, newProduct, product);
-      square = hn::IfThenElse(present, AddProduct<T>(v, v, square), square);
-    } else if constexpr (kHolesInV) {
-      product = hn::IfThenElse(Present(v), newProduct, product);
-    } else {
-      product = newProduct;
+      const NarrowVector<T> cellsOfV = load(v_, k);
+      const WideVector v = Widen(cellsOfV);
+      const WideVector vv = hn::Mul(v, v);
+      for (int r = 0; r < kRows; ++r) {
+        const NarrowVector<T> x = load(rows_[r], k);
+        const WideVector sum = AddProduct<T>(v, Widen(x), product_[r][k]);
+        if constexpr (kHolesInRows) {
+          WideMask present = Present<T>(x);
+          if constexpr (kHolesInV) present = hn::And(present, Present<T>(cellsOfV));
+          product_[r][k] = hn::IfThenElse(present, sum, product_[r][k]);
+          square_[r][k] = hn::IfThenElse(present, hn::Add(square_[r][k], vv), square_[r][k]);
+        } else if constexpr (kHolesInV) {
+          product_[r][k] = hn::IfThenElse(Present<T>(cellsOfV), sum, product_[r][k]);
+        } else {
+          product_[r][k] = sum;
+        }
+      }
     }
   }
 
@@ -75,27 +79,29 @@ void Pairs(const T* v, const T* const* rows, int n, PairSums* out) {
   for (int r = 0; r < kRows; ++r) out[r] = {sums.Product(r), sums.Square(r)};
 }
 
+/// Rows whose accumulators are held at once. Only the widest machine has registers for all of them.
+constexpr int kMostRows = kVectors <= 2 ? kRowsAtOnce : 2;
+
+/// Calls some(first, number of rows as a constant) for runs of kRows, then of half as many and so on, until all `count`
+/// rows are done.
+template <int kRows, class Some>
+HWY_INLINE void ForRuns(int first, int count, const Some& some) {
+  for (; count >= kRows; first += kRows, count -= kRows) some(first, std::integral_constant<int, kRows>());
+  if constexpr (kRows > 1) ForRuns<kRows / 2>(first, count, some);
+}
+
 template <class T, bool kHolesInV>
 void DotsByCount(const T* v, const T* const* rows, int count, int n, double* dots) {
-  static_assert(kRowsAtOnce == 4, "one case for each count");
-  switch (count) {
-    case 1: return Dots<T, 1, kHolesInV>(v, rows, n, dots);
-    case 2: return Dots<T, 2, kHolesInV>(v, rows, n, dots);
-    case 3: return Dots<T, 3, kHolesInV>(v, rows, n, dots);
-    case 4: return Dots<T, 4, kHolesInV>(v, rows, n, dots);
-    default: return;
-  }
+  ForRuns<kMostRows>(0, count, [=](int first, auto run) {
+    Dots<T, decltype(run)::value, kHolesInV>(v, rows + first, n, dots + first);
+  });
 }
 
 template <class T, bool kHolesInV>
 void PairsByCount(const T* v, const T* const* rows, int count, int n, PairSums* sums) {
-  switch (count) {
-    case 1: return Pairs<T, 1, kHolesInV>(v, rows, n, sums);
-    case 2: return Pairs<T, 2, kHolesInV>(v, rows, n, sums);
-    case 3: return Pairs<T, 3, kHolesInV>(v, rows, n, sums);
-    case 4: return Pairs<T, 4, kHolesInV>(v, rows, n, sums);
-    default: return;
-  }
+  ForRuns<kMostRows>(0, count, [=](int first, auto run) {
+    Pairs<T, decltype(run)::value, kHolesInV>(v, rows + first, n, sums + first);
+  });
 }
 
 template <class T>
@@ -104,21 +110,18 @@ double CountedDot(const T* a, const T* b, int n, int& pairs) {
   WideVector lane[kVectors];
   for (int k = 0; k < kVectors; ++k) lane[k] = hn::Zero(d);
   std::size_t found = 0;
+  const auto step = [&](NarrowVector<T> x, NarrowVector<T> y, WideMask inside, WideVector& sum) HWY_ATTR {
+    const WideMask present = hn::And(inside, hn::And(Present<T>(x), Present<T>(y)));
+    sum = hn::IfThenElse(present, AddProduct<T>(Widen(x), Widen(y), sum), sum);
+    found += hn::CountTrue(d, present);
+  };
+  const WideMask all = hn::FirstN(d, static_cast<std::size_t>(kWidth));
   int i = 0;
   for (; n - i >= kLanes; i += kLanes)
-    for (int k = 0; k < kVectors; ++k) {
-      const WideVector x = Load(a + i + k * kWidth), y = Load(b + i + k * kWidth);
-      const WideMask present = hn::And(Present(x), Present(y));
-      lane[k] = hn::IfThenElse(present, AddProduct<T>(x, y, lane[k]), lane[k]);
-      found += hn::CountTrue(d, present);
-    }
+    for (int k = 0; k < kVectors; ++k) step(Load(a + i + k * kWidth), Load(b + i + k * kWidth), all, lane[k]);
   for (int k = 0; i + k * kWidth < n; ++k) {
-    const int left = n - i - k * kWidth;
-    const WideVector x = LoadFirst(a + i + k * kWidth, left), y = LoadFirst(b + i + k * kWidth, left);
-    const WideMask inside = hn::FirstN(d, static_cast<std::size_t>(left));
-    const WideMask present = hn::And(inside, hn::And(Present(x), Present(y)));
-    lane[k] = hn::IfThenElse(present, AddProduct<T>(x, y, lane[k]), lane[k]);
-    found += hn::CountTrue(d, present);
+    const int at = i + k * kWidth, left = n - at;
+    step(LoadFirst(a + at, left), LoadFirst(b + at, left), hn::FirstN(d, static_cast<std::size_t>(left)), lane[k]);
   }
   pairs = static_cast<int>(found);
   return Fold(lane);

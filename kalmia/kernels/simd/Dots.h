@@ -17,8 +17,9 @@ enum class Holes {
   InBoth
 };
 
-/// Rows that the row functions take at most: v and its squares are loaded once for all of them.
-constexpr int kRowsAtOnce = 4;
+/// Rows that the row functions take at most: v and its squares are loaded once for all of them, and memory is busiest
+/// with so many rows under way.
+constexpr int kRowsAtOnce = 8;
 
 double Dot(const float* a, const float* b, int n);                       ///< sum a b, no cell is looked at
 double Dot(const double* a, const double* b, int n);

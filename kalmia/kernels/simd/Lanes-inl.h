@@ -7,8 +7,10 @@
 #endif
 
 #include <cstddef>
+#include <cstdint>
 #include <type_traits>
 
+#include "hwy/cache_control.h"
 #include "hwy/highway.h"
 #include "kalmia/containers/Missing.h"
 #include "kalmia/kernels/simd/Lanes.h"
@@ -24,28 +26,61 @@ using WideMask = hn::Mask<Wide>;
 constexpr int kWidth = static_cast<int>(hn::MaxLanes(Wide()));  ///< accumulators in one vector
 constexpr int kVectors = kLanes / kWidth;                       ///< vectors that make up the sixteen lanes
 
-/// The next kWidth cells, widened.
-HWY_INLINE WideVector Load(const float* p) {
-  return hn::PromoteTo(Wide(), hn::LoadU(hn::Rebind<float, Wide>(), p));
-}
-HWY_INLINE WideVector Load(const double* p) { return hn::LoadU(Wide(), p); }
-
-/// The next `left` cells, widened, and zeros behind them; nothing behind them is read. Fewer than none count as none.
+/// kWidth cells as they lie in memory.
 template <class T>
-HWY_INLINE WideVector LoadFirst(const T* p, int left) {
-  const hn::Rebind<T, Wide> narrow;
-  if (left <= 0) return hn::Zero(Wide());
+using Narrow = hn::Rebind<T, Wide>;
+template <class T>
+using NarrowVector = hn::Vec<Narrow<T>>;
+
+template <class T>
+HWY_INLINE NarrowVector<T> Load(const T* p) {
+  return hn::LoadU(Narrow<T>(), p);
+}
+
+/// The next `left` cells and zeros behind them; nothing behind them is read. Fewer than none count as none.
+template <class T>
+HWY_INLINE NarrowVector<T> LoadFirst(const T* p, int left) {
+  const Narrow<T> narrow;
+  if (left <= 0) return hn::Zero(narrow);
 #if HWY_MEM_OPS_MIGHT_FAULT
   HWY_ALIGN T cells[kWidth] = {};
   for (int i = 0; i < kWidth && i < left; ++i) cells[i] = p[i];
-  const auto loaded = hn::Load(narrow, cells);
+  return hn::Load(narrow, cells);
 #else
-  const auto loaded = hn::MaskedLoad(hn::FirstN(narrow, static_cast<std::size_t>(left)), narrow, p);
+  return hn::MaskedLoad(hn::FirstN(narrow, static_cast<std::size_t>(left)), narrow, p);
 #endif
-  if constexpr (std::is_same_v<T, float>)
-    return hn::PromoteTo(Wide(), loaded);
-  else
-    return loaded;
+}
+
+template <class T>
+constexpr int kCellsPerLine = 64 / static_cast<int>(sizeof(T));  ///< cells of one cache line
+
+/// Starts to fetch the line that lies kBytesAhead behind p. It may lie outside of the array: it is never read.
+template <class T>
+HWY_INLINE void FetchAhead(const T* p) {
+  hwy::Prefetch(reinterpret_cast<const char*>(reinterpret_cast<std::uintptr_t>(p) + kBytesAhead));
+}
+
+HWY_INLINE WideVector Widen(NarrowVector<float> cells) { return hn::PromoteTo(Wide(), cells); }
+HWY_INLINE WideVector Widen(NarrowVector<double> cells) { return cells; }
+
+/// Where the cells differ from the holes. A NaN differs from everything, which Ne does not promise on every machine.
+template <class T>
+HWY_INLINE WideMask Differ(NarrowVector<T> cells, NarrowVector<T> holes) {
+#if HWY_CAP_GE512
+  if constexpr (std::is_same_v<T, float>) {
+    // Bits instead of numbers, narrow instead of wide: half the width, no negation, and the mask is the same eight bits.
+    const hn::Rebind<std::int32_t, Wide> bits;
+    std::uint8_t mask[8];
+    hn::StoreMaskBits(bits, hn::Ne(hn::BitCast(bits, cells), hn::BitCast(bits, holes)), mask);
+    return hn::LoadMaskBits(Wide(), mask);
+  }
+#endif
+  return hn::Not(hn::Eq(Widen(cells), Widen(holes)));
+}
+
+template <class T>
+HWY_INLINE WideMask Present(NarrowVector<T> cells) {
+  return Differ<T>(cells, hn::Set(Narrow<T>(), static_cast<T>(kMissing)));
 }
 
 /// sum + a * b. A product of two floats is exact in double: fused or not, the bits are the same. One of doubles is not,
@@ -56,12 +91,6 @@ HWY_INLINE WideVector AddProduct(WideVector a, WideVector b, WideVector sum) {
     return hn::MulAdd(a, b, sum);
   else
     return hn::Add(sum, hn::Mul(a, b));
-}
-
-/// Where the cells differ from the hole. A NaN differs from everything, which Ne does not promise on every machine.
-HWY_INLINE WideMask Differ(WideVector cells, WideVector hole) { return hn::Not(hn::Eq(cells, hole)); }
-HWY_INLINE WideMask Present(WideVector cells) {
-  return Differ(cells, hn::Set(Wide(), static_cast<double>(kMissing)));
 }
 
 /// The lanes of one vector folded in halves.

@@ -13,6 +13,10 @@ inline double FoldInHalves(double (&lane)[kLanes]) {
   return lane[0];
 }
 
+/// How far ahead of the cells that they read the functions of this folder fetch memory. The hardware does not foresee
+/// eight rows that are read at once; nearer comes too late, farther pushes out what is still needed.
+constexpr int kBytesAhead = 384;
+
 /// Whether the processor has vector instructions that the lane code was built for. Asked once, then kept.
 bool HasVectorInstructions();
 

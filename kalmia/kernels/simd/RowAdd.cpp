@@ -11,15 +11,8 @@
 HWY_BEFORE_NAMESPACE();
 namespace kalmia::simd::HWY_NAMESPACE {
 
-/// kWidth cells as they lie in memory. Holes are sought and kept among these: comparing and choosing costs half of what
-/// it does among the widened ones, and a cell that stays is stored as it was.
-template <class T>
-using Narrow = hn::Rebind<T, Wide>;
-template <class T>
-using NarrowVector = hn::Vec<Narrow<T>>;
-
-HWY_INLINE WideVector Widen(NarrowVector<float> cells) { return hn::PromoteTo(Wide(), cells); }
-HWY_INLINE WideVector Widen(NarrowVector<double> cells) { return cells; }
+// Holes are sought and kept among the cells as they lie in memory: comparing and choosing costs half of what it does among
+// the widened ones, and a cell that stays is stored as it was.
 
 /// row + w * factor, rounded once.
 template <class T>
