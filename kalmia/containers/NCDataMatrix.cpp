@@ -2,12 +2,13 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <utility>
 
 #include "kalmia/containers/AlignedBlock.h"
 
-using kalmia::kMissing;
+using kalmia::kMissingCell;
 
 template <class T>
 typename NCDataMatrix<T>::DerivedStreamableData NCDataMatrix<T>::MyStreamableData(4, "NCDM");
@@ -26,7 +27,7 @@ NCDataMatrix<T>::NCDataMatrix() {
 
 template <class T>
 NCDataMatrix<T>::NCDataMatrix(int rows, int columns, T value) : NCDataMatrix() {
-  const bool missing = value == static_cast<T>(kMissing);
+  const bool missing = value == kMissingCell<T>;
   MoveRows(rows);
   for (int r = 1; r <= rows; ++r) rowArray_[r].InsertValues(1, columns, value);
   columnMisVal_->SetNumValues(columns, missing ? rows : 0);
@@ -117,9 +118,11 @@ void NCDataMatrix<T>::MoveRows(int capacity) {
     delete[] rowArray_;
   } else {
     auto links = std::make_unique<int>(1);
-    columnMisVal_ = new NCIntegralVector<int, -99>(*columnMisVal_);
+    auto counts = std::make_unique<NCIntegralVector<int, -99>>(*columnMisVal_);
+    counts->ForceUnlink();  // now, so that no later change of a count needs memory
     --*linkCount_;
     linkCount_ = links.release();
+    columnMisVal_ = counts.release();
   }
   rowArray_ = rows.release();
   rowCapacity_ = capacity;
@@ -129,16 +132,18 @@ template <class T>
 void NCDataMatrix<T>::ForceUnlink() {
   UnlinkMe();
   for (int r = 1; r <= rows_; ++r) rowArray_[r].ForceUnlink();
-  columnMisVal_->ForceUnlink();
 }
 
 template <class T>
 void NCDataMatrix<T>::CopyContent(const NCDataMatrix& other) {
   const NCDataMatrix source(other);
   MakeRoom(source.rows_);
-  for (int r = source.rows_ + 1; r <= rows_; ++r) rowArray_[r].Clear();
+  PrepareRows(source.rows_, source.columns_);
+  NCIntegralVector<int, -99> counts;
+  counts.CopyContent(*source.columnMisVal_);
+  VacateRows(source.rows_ + 1, rows_);
   for (int r = 1; r <= source.rows_; ++r) rowArray_[r].CopyContent(source.rowArray_[r]);
-  columnMisVal_->CopyContent(*source.columnMisVal_);
+  *columnMisVal_ = counts;
   rows_ = source.rows_;
   columns_ = source.columns_;
   numMisVal_ = source.numMisVal_;
@@ -163,13 +168,21 @@ T NCDataMatrix<T>::operator()(int r, int c, T value) {
 
 template <class T>
 NCDataVector<T> NCDataMatrix<T>::GetColumn(int c) const {
+  const std::less<const NCDataVector<T>*> before;
+  NCDataVector<T>* target = vectorResultTarget_;
+  if (target && !before(target, begin()) && before(target, end())) {
+    // A row of this matrix: all of its cells are read before one is written.
+    vectorResultTarget_ = nullptr;
+    target->CopyContent(GetColumn(c));
+    return *target;
+  }
   VectorDestroyer<T> holder;
   GetReturnVector(holder, rows_);
   T* cells = holder.vector->data_;
   int missing = 0;
   for (int r = 1; r <= rows_; ++r) {
     cells[r] = rowArray_[r].data_[c];
-    if (cells[r] == static_cast<T>(kMissing)) ++missing;
+    if (cells[r] == kMissingCell<T>) ++missing;
   }
   holder.vector->numMisVal_ = missing;
   return *holder.vector;
@@ -242,20 +255,16 @@ const NCDataMatrix<T>& NCDataMatrix<T>::Result(NCDataVector<T>* target) const {
 
 template <class T>
 void NCDataMatrix<T>::GetReturnVector(VectorDestroyer<T>& holder, int n) const {
-  if (vectorResultTarget_) {
-    vectorResultTarget_->Unlink();
-    holder.vector = std::exchange(vectorResultTarget_, nullptr);
-    holder.owner = false;
-  } else {
-    holder.vector = n > 0 ? new NCDataVector<T>(n) : new NCDataVector<T>();
-  }
+  const NCDataVector<T> vector;  // its mechanism is the one for vectors
+  vector.Result(std::exchange(vectorResultTarget_, nullptr)).GetReturnVector(holder, n);
 }
 
 template <class T>
 void NCDataMatrix<T>::GetReturnMatrix(MatrixDestroyer<T>& holder, int rows, int columns) const {
   if (matrixResultTarget_) {
-    matrixResultTarget_->Unlink();
-    holder.matrix = std::exchange(matrixResultTarget_, nullptr);
+    NCDataMatrix* target = std::exchange(matrixResultTarget_, nullptr);
+    target->Unlink();
+    holder.matrix = target;
     holder.owner = false;
   } else if (rows != 0 && columns != 0) {
     holder.matrix = new NCDataMatrix(rows, columns);
@@ -267,7 +276,8 @@ void NCDataMatrix<T>::GetReturnMatrix(MatrixDestroyer<T>& holder, int rows, int 
 
 template <class T>
 void NCDataMatrix<T>::CountMissing() {
-  columnMisVal_->SetNumValues(columns_, 0);
+  columnMisVal_->SetSize(columns_);
+  columnMisVal_->SetAllValues(0);
   numMisVal_ = 0;
   for (int r = 1; r <= rows_; ++r) AddToCounts(rowArray_[r], 1);
 }
@@ -278,7 +288,7 @@ void NCDataMatrix<T>::AddToCounts(const NCDataVector<T>& row, int times) {
   int* counts = &(*columnMisVal_)(1) - 1;  // cell 0 exists
   // Free of branches and of loads through this: rows are counted each time they move from one table to another.
   const T* cells = row.data_;
-  for (int c = 1, columns = columns_; c <= columns; ++c) counts[c] += cells[c] == static_cast<T>(kMissing) ? times : 0;
+  for (int c = 1, columns = columns_; c <= columns; ++c) counts[c] += cells[c] == kMissingCell<T> ? times : 0;
   numMisVal_ += times * row.numMisVal_;
 }
 

@@ -28,9 +28,11 @@ struct MatrixDestroyer {
 /// missing cells per column and in total. Sharing works on two levels: a copy shares the whole row array; once that is
 /// split by a write, the rows go on sharing their cells one by one. Instantiated for `float` and `double`.
 /// No index or shape is checked. Not safe for concurrent writes; counts of sharing are plain memory. What an operation
-/// is given may be a row of the matrix itself, or the matrix. Memory that is not there surfaces as std::bad_alloc.
+/// is given may be a row of the matrix itself, or the matrix.
 ///
-/// Writing operations unlink first and keep all counts of missing cells, but for those that say otherwise.
+/// Writing operations unlink first and keep all counts of missing cells, but for those that say otherwise. Memory that
+/// is not there surfaces as std::bad_alloc: where life, sharing and structure are concerned nothing has changed by then
+/// (of Resize, none or some of its four steps are done); what writes cell by cell may have written some, all counted.
 ///
 /// An operation that returns a vector or a matrix builds it in the target that `Result` named, if one was named: the
 /// target must have the size of the result already.
@@ -40,7 +42,7 @@ class NCDataMatrix : public virtual VexStreamBase {
   using value_type = NCDataVector<T>;
 
   NCDataMatrix();                                        ///< 0 by 0
-  NCDataMatrix(int rows, int columns, T value = static_cast<T>(kalmia::kMissing));
+  NCDataMatrix(int rows, int columns, T value = kalmia::kMissingCell<T>);
   NCDataMatrix(const NCDataMatrix& other);               ///< shares; result targets are not copied
   NCDataMatrix& operator=(const NCDataMatrix& other);    ///< shares; result targets stay as they are
   ~NCDataMatrix() override;
@@ -63,7 +65,7 @@ class NCDataMatrix : public virtual VexStreamBase {
   const NCDataVector<T>* begin() const { return rowArray_ ? rowArray_ + 1 : nullptr; }
   const NCDataVector<T>* end() const { return rowArray_ ? rowArray_ + 1 + rows_ : nullptr; }
   const NCDataVector<T>& back() const { return rowArray_[rows_]; }
-  NCDataVector<T> GetColumn(int c) const;                ///< rows cells; its holes are counted in the cells
+  NCDataVector<T> GetColumn(int c) const;                ///< rows cells, its holes counted; a target may be a row
   /// Rows first to last, which share their cells with this matrix; all of them are a share of the matrix itself.
   NCDataMatrix GetRowSubMatrix(int first, int last) const;
   /// New array of rows + 1 pointers, entry r being row r's 1-based cells. With `keep` it aliases the matrix; without,
@@ -73,7 +75,9 @@ class NCDataMatrix : public virtual VexStreamBase {
   static void ReleasePointerPointer(T** rows, int count, bool cells);
 
   // Structure. Positions to insert at are cut to the end + 1. New cells are missing. Room for rows grows by the rule
-  // that NCDataVector has for cells. A matrix of 0 by 0 takes on the shape of the rows or columns put into it.
+  // that NCDataVector has for cells. A matrix without rows takes its number of columns from the first row put into it,
+  // one without columns its number of rows from a first single column; one of 0 by 0 becomes a share of a table whose
+  // columns are put into it.
   void SetSize(int r, int c);                            ///< another size sets all missing; the present one keeps cells
   void Resize(int r, int c);                             ///< keeps the content
   void ReserveRows(int n);                               ///< room for exactly n rows, if that is more than now
@@ -90,7 +94,7 @@ class NCDataMatrix : public virtual VexStreamBase {
   void ReduceColumns(const NCIntegralVector<int, -99>& indices);  ///< to the listed ones in their order, with repeats
   void ConcatRows(const NCDataMatrix& m);                ///< m's rows below this one's, shared
   void ConcatColumns(const NCDataMatrix& m);             ///< m's columns to the right
-  void RearrangeColumns(const std::vector<int>& order);  ///< as ReduceColumns; an empty order leaves 0 by 0
+  void RearrangeColumns(const std::vector<int>& order);  ///< listed ones, counted anew; none: 0 by 0; drops targets
   void SwapRows(int a, int b);                           ///< does not unlink: for a matrix that nobody shares
   void SwapColumns(int a, int b);                        ///< neither matrix nor rows are unlinked: for unshared ones
 
@@ -115,7 +119,7 @@ class NCDataMatrix : public virtual VexStreamBase {
   void SubtractFromColumn(int c, long double d);
   void LagColumn(int c, int k);                          ///< shifts down by k rows; vacated cells become missing
   /// Each cell times the cell of s of its column; a missing scale leaves the cell. Unlinks neither matrix nor rows, and
-  /// does not count a product of exactly -99: for a matrix that nobody shares.
+  /// does not count a product of exactly -99: for a matrix that nobody shares and whose rows share no cells.
   void TransformToColumnScaled(const NCDataVector<T>& s);
   /// Subtracts v from every row; a cell with a hole on either side stays. A difference of exactly -99 is not counted.
   void TransformToDotSubRowVector(const NCDataVector<T>& v);
@@ -255,13 +259,16 @@ class NCDataMatrix : public virtual VexStreamBase {
   void GiveCellsAway();                                  ///< forgets the rows' cells, which somebody else now owns
   void MoveRows(int capacity);                           ///< to a row array of its own with room for `capacity` rows
   void MakeRoom(int wanted);                             ///< unlinks; room for `wanted` rows by the rule of growth
+  /// Rows 1 to `rows` of the array: unshared, with room for `cells` cells by the rule of growth. Their cells stay.
+  void PrepareRows(int rows, int cells);
+  void VacateRows(int first, int last);                  ///< empties these; needs no memory
   void EmptyColumn(int c);                               ///< sets the whole column missing
 
   // What the kernels use.
   /// Calls fillRow(r, cells) for every row, its 1-based cells unlinked, and counts the missing cells afterwards.
   template <class FillRow>
   void FillRows(const FillRow& fillRow);
-  /// this * B, each factor transposed if so told, into a matrix that has the shape of the product and is neither factor.
+  /// this * B, each factor transposed if so told, into a matrix of the shape of the product that is neither factor.
   void MultiplyInto(NCDataMatrix& product, const NCDataMatrix& B, bool transposeThis, bool transposeOther) const;
   void GiveBackSurplus(int oldRows);                     ///< the end of Transpose: memory that is not needed any more
 
@@ -269,7 +276,7 @@ class NCDataMatrix : public virtual VexStreamBase {
   int columns_ = 0;
   int rows_ = 0;
   NCDataVector<T>* rowArray_ = nullptr;                  ///< rowCapacity + 1 rows; row 0 is never used
-  NCIntegralVector<int, -99>* columnMisVal_;             ///< missing cells per column; shared with the row array
+  NCIntegralVector<int, -99>* columnMisVal_;             ///< missing cells per column; shared only with the row array
   int numMisVal_ = 0;
   int rowCapacity_ = 0;
   mutable NCDataVector<T>* vectorResultTarget_ = nullptr;

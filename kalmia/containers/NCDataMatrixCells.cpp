@@ -5,15 +5,13 @@
 #include "kalmia/containers/NCDataMatrix.h"
 
 using kalmia::kMissing;
+using kalmia::kMissingCell;
 
 namespace {
 
-template <class T>
-constexpr T kHole = static_cast<T>(kMissing);
-
 /// What stands for a computed value of exactly -99: the next float below it, in double a like step.
 template <class T>
-constexpr T kBelowHole = std::is_same_v<T, float> ? static_cast<T>(-99.00000762939453) : static_cast<T>(-99.00001);
+constexpr T kBelowMissing = std::is_same_v<T, float> ? static_cast<T>(-99.00000762939453) : static_cast<T>(-99.00001);
 
 }  // namespace
 
@@ -28,7 +26,7 @@ void NCDataMatrix<T>::SetRow(int r, const NCDataVector<T>& v) {
 
 template <class T>
 void NCDataMatrix<T>::SetRow(int r, T value) {
-  if (value == kHole<T> && rowArray_[r].numMisVal_ == columns_) return;
+  if (value == kMissingCell<T> && rowArray_[r].numMisVal_ == columns_) return;
   for (int c = 1; c <= columns_; ++c) (*this)(r, c, value);
 }
 
@@ -45,21 +43,21 @@ void NCDataMatrix<T>::SetColumn(int c, const NCDataVector<T>& v) {
 
 template <class T>
 void NCDataMatrix<T>::SetColumn(int c, T value) {
-  if (value == kHole<T> && GetColumnMisVal(c) == columns_) return;
+  if (value == kMissingCell<T> && GetColumnMisVal(c) == columns_) return;
   for (int r = 1; r <= rows_; ++r) (*this)(r, c, value);
 }
 
 template <class T>
 void NCDataMatrix<T>::EmptyColumn(int c) {
-  for (int r = 1; r <= rows_; ++r) (*this)(r, c, kHole<T>);
+  for (int r = 1; r <= rows_; ++r) (*this)(r, c, kMissingCell<T>);
 }
 
 template <class T>
 void NCDataMatrix<T>::CopyRow(int from, int to) {
   const int diagonal = std::min(rows_, columns_);
   for (int c = 1; c <= diagonal; ++c) {
-    const int before = rowArray_[c].data_[c] == kHole<T> ? 1 : 0;
-    const int after = rowArray_[from].data_[c] == kHole<T> ? 1 : 0;
+    const int before = rowArray_[c].data_[c] == kMissingCell<T> ? 1 : 0;
+    const int after = rowArray_[from].data_[c] == kMissingCell<T> ? 1 : 0;
     if (before != after) (*columnMisVal_)(c) += after - before;
   }
   rowArray_[to] = rowArray_[from];
@@ -78,7 +76,8 @@ void NCDataMatrix<T>::CopyColumn(int to, const NCDataMatrix& m, int from) {
 template <class T>
 void NCDataMatrix<T>::SetAllValues(T value) {
   Unlink();
-  const bool missing = value == kHole<T>;
+  PrepareRows(rows_, columns_);
+  const bool missing = value == kMissingCell<T>;
   for (int r = 1; r <= rows_; ++r) rowArray_[r].SetAllValues(value);
   columnMisVal_->SetAllValues(missing ? rows_ : 0);
   numMisVal_ = missing ? static_cast<int>(std::int64_t{rows_} * columns_) : 0;
@@ -95,7 +94,7 @@ template <class T>
 void NCDataMatrix<T>::MultiplyRow(int row, T factor) {
   for (int c = 1; c <= columns_; ++c) {
     const T cell = rowArray_[row].data_[c];
-    if (cell != kHole<T>) (*this)(row, c, cell * factor);
+    if (cell != kMissingCell<T>) (*this)(row, c, cell * factor);
   }
 }
 
@@ -107,7 +106,7 @@ void NCDataMatrix<T>::MultiplyColumn(int c, long double d, int to) {
   }
   for (int r = 1; r <= rows_; ++r) {
     const T cell = rowArray_[r].data_[c];
-    (*this)(r, to, cell == kHole<T> ? cell : static_cast<T>(cell * d));
+    (*this)(r, to, cell == kMissingCell<T> ? cell : static_cast<T>(cell * d));
   }
 }
 
@@ -116,7 +115,7 @@ void NCDataMatrix<T>::MultiplyColumns(int a, int b, int to) {
   for (int r = 1; r <= rows_; ++r) {
     const T left = rowArray_[r].data_[a];
     const T right = rowArray_[r].data_[b];
-    (*this)(r, to, left == kHole<T> || right == kHole<T> ? kHole<T> : left * right);
+    (*this)(r, to, left == kMissingCell<T> || right == kMissingCell<T> ? kMissingCell<T> : left * right);
   }
 }
 
@@ -128,9 +127,9 @@ void NCDataMatrix<T>::SubtractFromColumn(int c, long double d) {
   }
   for (int r = 1; r <= rows_; ++r) {
     const T cell = rowArray_[r].data_[c];
-    if (cell == kHole<T>) continue;
+    if (cell == kMissingCell<T>) continue;
     const T difference = static_cast<T>(cell - d);
-    (*this)(r, c, difference == kHole<T> ? kBelowHole<T> : difference);
+    (*this)(r, c, difference == kMissingCell<T> ? kBelowMissing<T> : difference);
   }
 }
 
@@ -142,17 +141,19 @@ void NCDataMatrix<T>::LagColumn(int c, int k) {
     return;
   }
   for (int r = rows_; r > k && k > 0; --r) (*this)(r, c, rowArray_[r - k].data_[c]);
-  for (int r = 1; r <= k; ++r) (*this)(r, c, kHole<T>);
+  for (int r = 1; r <= k; ++r) (*this)(r, c, kMissingCell<T>);
   for (int r = 1; r <= rows_ + k && k < 0; ++r) (*this)(r, c, rowArray_[r - k].data_[c]);
-  for (int r = rows_ + k + 1; r <= rows_; ++r) (*this)(r, c, kHole<T>);
+  for (int r = rows_ + k + 1; r <= rows_; ++r) (*this)(r, c, kMissingCell<T>);
 }
 
 template <class T>
 void NCDataMatrix<T>::TransformToColumnScaled(const NCDataVector<T>& s) {
+  NCDataVector<T> scales;  // s may be a row of this matrix, which does not unlink
+  scales.CopyContent(s);
   for (int r = 1; r <= rows_; ++r) {
     T* row = rowArray_[r].data_;
     for (int c = 1; c <= columns_; ++c)
-      if (row[c] != kHole<T> && s.data_[c] != kHole<T>) row[c] *= s.data_[c];
+      if (row[c] != kMissingCell<T> && scales.data_[c] != kMissingCell<T>) row[c] *= scales.data_[c];
   }
 }
 
@@ -163,7 +164,7 @@ void NCDataMatrix<T>::TransformToDotSubRowVector(const NCDataVector<T>& v) {
   for (int r = 1; r <= rows_; ++r) {
     T* row = rowArray_[r].data_;
     for (int c = 1; c <= columns_; ++c)
-      if (row[c] != kHole<T> && subtrahend.data_[c] != kHole<T>) row[c] -= subtrahend.data_[c];
+      if (row[c] != kMissingCell<T> && subtrahend.data_[c] != kMissingCell<T>) row[c] -= subtrahend.data_[c];
   }
 }
 
@@ -198,3 +199,4 @@ bool NCDataMatrix<T>::operator==(const NCDataMatrix& other) const {
 
 KALMIA_INSTANTIATE(float)
 KALMIA_INSTANTIATE(double)
+#undef KALMIA_INSTANTIATE

@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <cstddef>
 #include <cstdint>
 #include <utility>
 #include <vector>
@@ -6,7 +7,7 @@
 #include "kalmia/containers/CapacityRule.h"
 #include "kalmia/containers/NCDataMatrix.h"
 
-using kalmia::kMissing;
+using kalmia::kMissingCell;
 
 template <class T>
 void NCDataMatrix<T>::MakeRoom(int wanted) {
@@ -15,16 +16,44 @@ void NCDataMatrix<T>::MakeRoom(int wanted) {
   if (shared || wanted > present) MoveRows(kalmia::GrownCapacity(present, wanted));
 }
 
+// What needs memory comes first in each operation, without a visible effect; what follows cannot fail.
+
+template <class T>
+void NCDataMatrix<T>::PrepareRows(int rows, int cells) {
+  for (int r = 1; r <= rows; ++r) {
+    NCDataVector<T>& row = rowArray_[r];
+    if (*row.refCount_ > 1 && row.size_ > 0) {
+      NCDataVector<T> own;  // split off and enlarged in one step
+      own.Reserve(kalmia::GrownCapacity(row.size_, cells));
+      own.InsertValues(1, row);
+      row = own;
+    } else {
+      row.Unlink();
+      row.Reserve(kalmia::GrownCapacity(row.capacity_, cells));
+    }
+  }
+}
+
+template <class T>
+void NCDataMatrix<T>::VacateRows(int first, int last) {
+  for (int r = first; r <= last; ++r) rowArray_[r] = rowArray_[0];
+}
+
 template <class T>
 void NCDataMatrix<T>::SetSize(int r, int c) {
   if (r == rows_ && c == columns_) return;
   MakeRoom(r);
-  for (int vacated = r + 1; vacated <= rows_; ++vacated) rowArray_[vacated].Clear();
-  columnMisVal_->SetSize(c);
-  for (int row = 1; row <= r; ++row) rowArray_[row].SetSize(c);
+  PrepareRows(r, c);
+  const NCIntegralVector<int, -99> counts(c, r);
+  VacateRows(r + 1, rows_);
+  for (int row = 1; row <= r; ++row) {
+    rowArray_[row].SetSize(c);
+    rowArray_[row].SetAllValues(kMissingCell<T>);  // also where it had that size
+  }
+  *columnMisVal_ = counts;
   rows_ = r;
   columns_ = c;
-  SetAllValues(static_cast<T>(kMissing));
+  numMisVal_ = static_cast<int>(std::int64_t{r} * c);
 }
 
 template <class T>
@@ -50,12 +79,11 @@ template <class T>
 void NCDataMatrix<T>::InsertRows(int at, int n) {
   if (n == 0) return;
   MakeRoom(rows_ + n);
+  std::vector<NCDataVector<T>> inserted(static_cast<std::size_t>(n));
+  for (NCDataVector<T>& row : inserted) row.SetSize(columns_);
   at = std::min(at, rows_ + 1);
   for (int r = rows_; r >= at; --r) rowArray_[r + n] = rowArray_[r];
-  for (int r = at; r < at + n; ++r) {
-    rowArray_[r].Clear();  // it may still share the cells of the row that moved up
-    rowArray_[r].SetSize(columns_);
-  }
+  std::copy(inserted.begin(), inserted.end(), rowArray_ + at);
   for (int c = 1; c <= columns_; ++c) (*columnMisVal_)(c) += n;
   numMisVal_ = static_cast<int>(numMisVal_ + std::int64_t{columns_} * n);
   rows_ += n;
@@ -64,8 +92,8 @@ void NCDataMatrix<T>::InsertRows(int at, int n) {
 template <class T>
 void NCDataMatrix<T>::InsertRow(int at, const NCDataVector<T>& v) {
   const NCDataVector<T> row(v);  // v may be a row of this matrix, which moves
-  if (rows_ == 0) SetSize(0, row.Size());
   MakeRoom(rows_ + 1);
+  if (rows_ == 0) SetSize(0, row.Size());
   at = std::min(at, rows_ + 1);
   for (int r = rows_; r >= at; --r) rowArray_[r + 1] = rowArray_[r];
   rowArray_[at] = row;
@@ -85,7 +113,7 @@ void NCDataMatrix<T>::RemoveRows(int at, int n) {
   Unlink();
   for (int r = at; r < at + n; ++r) AddToCounts(rowArray_[r], -1);
   for (int r = at; r <= rows_ - n; ++r) rowArray_[r] = rowArray_[r + n];
-  for (int r = rows_ - n + 1; r <= rows_; ++r) rowArray_[r].Clear();
+  VacateRows(rows_ - n + 1, rows_);
   rows_ -= n;
 }
 
@@ -105,7 +133,7 @@ void NCDataMatrix<T>::RemoveRows(const NCIntegralVector<int, -99>& indices) {
       rowArray_[kept] = rowArray_[r];
     }
   }
-  for (int r = kept + 1; r <= rows_; ++r) rowArray_[r].Clear();
+  VacateRows(kept + 1, rows_);
   rows_ = kept;
 }
 
@@ -113,9 +141,10 @@ template <class T>
 void NCDataMatrix<T>::InsertColumns(int at, int n) {
   if (n == 0) return;
   Unlink();
+  PrepareRows(rows_, columns_ + n);
   at = std::min(at, columns_ + 1);
-  for (int r = 1; r <= rows_; ++r) rowArray_[r].InsertValues(at, n, static_cast<T>(kMissing));
   columnMisVal_->InsertValues(at, n, rows_);
+  for (int r = 1; r <= rows_; ++r) rowArray_[r].InsertValues(at, n, kMissingCell<T>);
   numMisVal_ = static_cast<int>(numMisVal_ + std::int64_t{rows_} * n);
   columns_ += n;
 }
@@ -129,9 +158,10 @@ void NCDataMatrix<T>::InsertColumns(int at, const NCDataMatrix& m) {
   }
   const NCDataMatrix source(m);  // m may be this matrix
   Unlink();
+  PrepareRows(rows_, columns_ + source.columns_);
   at = std::min(at, columns_ + 1);
-  for (int r = 1; r <= rows_; ++r) rowArray_[r].InsertValues(at, source.rowArray_[r]);
   columnMisVal_->InsertValues(at, *source.columnMisVal_);
+  for (int r = 1; r <= rows_; ++r) rowArray_[r].InsertValues(at, source.rowArray_[r]);
   numMisVal_ += source.numMisVal_;
   columns_ += source.columns_;
 }
@@ -150,6 +180,7 @@ template <class T>
 void NCDataMatrix<T>::RemoveColumns(int at, int n) {
   if (n == 0) return;
   Unlink();
+  PrepareRows(rows_, columns_);
   for (int r = 1; r <= rows_; ++r) rowArray_[r].RemoveValues(at, n);
   for (int c = at; c < at + n; ++c) numMisVal_ -= GetColumnMisVal(c);
   columnMisVal_->RemoveValues(at, n);
@@ -158,18 +189,23 @@ void NCDataMatrix<T>::RemoveColumns(int at, int n) {
 
 template <class T>
 void NCDataMatrix<T>::ReduceColumns(const NCIntegralVector<int, -99>& indices) {
-  Unlink();
-  for (int r = 1; r <= rows_; ++r) rowArray_[r].Reduce(indices);
-  columns_ = indices.Size();
-  CountMissing();
+  NCDataMatrix reduced(*this);
+  reduced.MoveRows(rowCapacity_);
+  for (int r = 1; r <= rows_; ++r) reduced.rowArray_[r].Reduce(indices);
+  reduced.columns_ = indices.Size();
+  if (numMisVal_ == 0)
+    reduced.columnMisVal_->SetNumValues(reduced.columns_, 0);
+  else
+    reduced.CountMissing();
+  *this = reduced;
 }
 
 template <class T>
 void NCDataMatrix<T>::ConcatRows(const NCDataMatrix& m) {
   if (m.rows_ == 0) return;
   const NCDataMatrix source(m);  // m may be this matrix
-  if (rows_ == 0) SetSize(0, source.columns_);
   MoveRows(rows_ + source.rows_);
+  if (rows_ == 0) SetSize(0, source.columns_);
   for (int r = 1; r <= source.rows_; ++r) rowArray_[rows_ + r] = source.rowArray_[r];
   for (int c = 1; c <= columns_; ++c) (*columnMisVal_)(c) += source.GetColumnMisVal(c);
   numMisVal_ += source.numMisVal_;
@@ -183,10 +219,10 @@ void NCDataMatrix<T>::ConcatColumns(const NCDataMatrix& m) {
 
 template <class T>
 void NCDataMatrix<T>::RearrangeColumns(const std::vector<int>& order) {
-  if (order.empty())
-    Clear();
-  else
-    ReduceColumns(NCIntegralVector<int, -99>(order.data(), static_cast<int>(order.size())));
+  const NCDataMatrix old(*this);
+  NCDataMatrix rearranged;
+  for (const int c : order) rearranged.InsertColumn(rearranged.columns_ + 1, old.GetColumn(c));
+  swap(rearranged);
 }
 
 template <class T>
@@ -206,6 +242,8 @@ void NCDataMatrix<T>::SwapColumns(int a, int b) {
 
 #define KALMIA_INSTANTIATE(T)                                                          \
   template void NCDataMatrix<T>::MakeRoom(int);                                        \
+  template void NCDataMatrix<T>::PrepareRows(int, int);                                \
+  template void NCDataMatrix<T>::VacateRows(int, int);                                 \
   template void NCDataMatrix<T>::SetSize(int, int);                                    \
   template void NCDataMatrix<T>::Resize(int, int);                                     \
   template void NCDataMatrix<T>::ReserveRows(int);                                     \
@@ -228,3 +266,4 @@ void NCDataMatrix<T>::SwapColumns(int a, int b) {
 
 KALMIA_INSTANTIATE(float)
 KALMIA_INSTANTIATE(double)
+#undef KALMIA_INSTANTIATE
