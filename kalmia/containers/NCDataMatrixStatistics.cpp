@@ -31,8 +31,7 @@ long double SumOfStandardisedPowers(const NCDataMatrix<T>& m, int c, long double
   const long double mean = m.GetColumnMean(c);
   long double sum = 0;
   ForEachPresent(m, c, [&](T x) {
-    const long double z = (x - mean) / sd;
-    sum += power == 3 ? z * z * z : z * z * z * z;
+    sum += kalmia::PowerOf((x - mean) / sd, power);
   });
   return sum;
 }
@@ -104,7 +103,7 @@ long double NCDataMatrix<T>::GetColumnKurtosis(int c) const {
 template <class T>
 long double NCDataMatrix<T>::GetColumnMedian(int c) const {
   std::vector<T> present;
-  present.reserve(static_cast<std::size_t>(PresentInColumn(*this, c)));
+  present.reserve(static_cast<std::size_t>(rows_));
   ForEachPresent(*this, c, [&present](T x) { present.push_back(x); });
   kalmia::SortAscending(present);
   return kalmia::MedianOfSorted(present.data(), present.size());

@@ -12,7 +12,7 @@ namespace {
 template <class T>
 std::vector<T> SortedPresentCells(const NCDataVector<T>& v) {
   std::vector<T> present;
-  present.reserve(static_cast<std::size_t>(v.Size() - v.GetNumMisVal()));
+  present.reserve(static_cast<std::size_t>(v.Size()));
   for (int i = 1; i <= v.Size(); ++i)
     if (v[i] != kMissing) present.push_back(v[i]);
   kalmia::SortAscending(present);

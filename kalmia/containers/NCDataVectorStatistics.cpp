@@ -7,7 +7,7 @@ using kalmia::kMissing;
 
 namespace {
 
-/// sum(((x - mean) / sd)^power) over the present cells, and the number of these.
+/// sum(((x - mean) / sd)^power) over the present cells.
 template <class T>
 long double SumOfStandardisedPowers(const NCDataVector<T>& v, long double mean, long double sd, int power) {
   const T* x = v.GetVector();
@@ -15,8 +15,7 @@ long double SumOfStandardisedPowers(const NCDataVector<T>& v, long double mean, 
   long double sum = 0;
   for (int i = 1; i <= v.Size(); ++i) {
     if (!complete && x[i] == kMissing) continue;
-    const long double z = (x[i] - mean) / sd;
-    sum += power == 3 ? z * z * z : z * z * z * z;
+    sum += kalmia::PowerOf((x[i] - mean) / sd, power);
   }
   return sum;
 }

@@ -11,9 +11,12 @@ namespace {
 struct LineSums {
   int n = 0;
   long double x = 0, xx = 0, y = 0, xy = 0;
+  long double firstAbscissa = 0;
+  bool equalAbscissas = true;  ///< noted, because the rounded difference of their sums need not be 0
 
   void Add(long double abscissa, long double ordinate) {
-    ++n;
+    if (++n == 1) firstAbscissa = abscissa;
+    equalAbscissas = equalAbscissas && abscissa == firstAbscissa;
     x += abscissa;
     xx += abscissa * abscissa;
     y += ordinate;
@@ -50,7 +53,7 @@ bool NCDataVector<T>::LeastSquare(const NCDataVector* x, long double& intercept,
     sum.Add(x != nullptr ? static_cast<long double>(x->data_[i]) : i, data_[i]);
   }
   const long double d = sum.xx - sum.x * sum.x / sum.n;
-  if (d == 0) {
+  if (d == 0 || sum.equalAbscissas) {
     slope = std::numeric_limits<float>::max();
     return true;
   }
@@ -64,8 +67,9 @@ void NCDataVector<T>::DetrendMean(long double& mean) {
   mean = GetMean();
   if (mean == kMissing) return;
   Unlink();
+  const bool complete = numMisVal_ == 0;
   for (int i = 1; i <= size_; ++i)
-    if (data_[i] != kMissing) data_[i] = static_cast<T>(data_[i] - mean);
+    if (complete || data_[i] != kMissing) data_[i] = static_cast<T>(data_[i] - mean);
   CountMissing();  // a difference may land on -99
 }
 
@@ -74,8 +78,9 @@ void NCDataVector<T>::DetrendLinear(long double& intercept, long double& slope) 
   if (size_ - numMisVal_ < 2) return;
   LeastSquare(nullptr, intercept, slope);
   Unlink();
+  const bool complete = numMisVal_ == 0;
   for (int i = 1; i <= size_; ++i)
-    if (data_[i] != kMissing) data_[i] = static_cast<T>(data_[i] - (i * slope + intercept));
+    if (complete || data_[i] != kMissing) data_[i] = static_cast<T>(data_[i] - (i * slope + intercept));
   CountMissing();  // a difference may land on -99
 }
 
@@ -124,8 +129,9 @@ NCDataVector<T> NCDataVector<T>::SNV() const {
   const long double sd = std::sqrt(ss / (n - 1));
   GetReturnVector(holder, size_);  // may be this vector itself, unlinked
   T* z = holder.vector->data_;
+  const bool complete = numMisVal_ == 0;
   for (int i = 1; i <= size_; ++i) {
-    if (data_[i] == kMissing)
+    if (!complete && data_[i] == kMissing)
       z[i] = static_cast<T>(kMissing);
     else
       z[i] = ss == 0 ? T(0) : static_cast<T>((data_[i] - mean) / sd);

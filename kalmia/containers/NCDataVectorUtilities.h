@@ -18,8 +18,8 @@ NCDataVector<T> InterPolate(float a, float b, const NCDataVector<T>& u, const NC
 
 /// For each cell of x, in order, the value there of the piecewise line through the points (xs, ys); x ascends, the
 /// points may come in any order. A point whose ys is missing, or whose xs is NaN, is no point.
-/// Beyond an end: a single outermost cell goes on along the line of the bracket beside it; where several cells lie
-/// beyond, the inner ones take the value of the end point.
+/// Beyond an end: a single outermost cell goes on along the line from the end point to the far point of its neighbour's
+/// bracket; where several cells lie beyond, all take the value of the end point.
 /// Degenerate: xs and ys of different sizes, or fewer than 2 cells in any of the three, give an empty vector. A cell
 /// without a bracket (x not ascending, x NaN, no point at all) is missing. Throws nothing.
 /// Cost: (n + m) log m for n cells and m points.

@@ -6,6 +6,9 @@
 
 namespace kalmia {
 
+/// z^3 or, for any other power, z^4.
+inline long double PowerOf(long double z, int power) { return power == 3 ? z * z * z : z * z * z * z; }
+
 /// Sample skewness  sum(z^3) n / ((n-1)(n-2)).
 long double SkewnessFromCubes(long double sumOfCubes, int n);
 

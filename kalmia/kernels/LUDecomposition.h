@@ -15,7 +15,7 @@ template <class T>
 bool DecomposeLU(T** a, int n, std::vector<int>& order);
 
 /// The inverse from what DecomposeLU left, by forward and back substitution of every unit vector in double. `inverse`
-/// holds n row pointers from 1, with cells from 1, that need not be set. Takes n^2 doubles; cost: 2 n^3
+/// holds n row pointers from 1, with cells from 1, that need not be set. Takes n^2 doubles; cost: n^3
 /// multiplications.
 template <class T>
 void InvertLU(const T* const* a, int n, const std::vector<int>& order, T* const* inverse);

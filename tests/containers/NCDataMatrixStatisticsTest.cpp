@@ -270,6 +270,12 @@ TYPED_TEST(NCDataMatrixStatistics, RegressionCoefficientsWithHolesAreZerosOfRows
   EXPECT_TRUE(HasExactCounts(result));
 }
 
+// A row of zeros stops the inversion of X X', which then stays what it is: (14 0; 0 0) times X times y'.
+TYPED_TEST(NCDataMatrixStatistics, RegressionCoefficientsGoOnWhereTheInversionFails) {
+  const auto x = MatrixOf<TypeParam>({{1, 2, 3}, {0, 0, 0}}), y = MatrixOf<TypeParam>({{1, 2, 4}});
+  EXPECT_EQ(CellsOf(x.GetRegressionCoefficients(y)), CellsOf(MatrixOf<TypeParam>({{14 * 17}, {0}})));
+}
+
 TYPED_TEST(NCDataMatrixStatistics, RegressionCoefficientsBuildTheirResultInATarget) {
   auto x = RandomMatrix<TypeParam>(2, 5, 0, 1), y = RandomMatrix<TypeParam>(3, 5, 0, 2);
   const auto expected = CellsOf(x.GetRegressionCoefficients(y));

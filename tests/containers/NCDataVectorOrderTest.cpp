@@ -35,6 +35,13 @@ TYPED_TEST(NCDataVectorOrder, MedianIsTheMiddleCellOrTheMeanOfTheTwoMiddleOnes) 
   EXPECT_EQ(VectorOf<TypeParam>({5, 1, 4, 2}).GetMedian(), 3);
 }
 
+TYPED_TEST(NCDataVectorOrder, MedianGoesByTheCellsWhereTheCountIsTooHigh) {
+  auto v = VectorOf<TypeParam>({kHole<TypeParam>, kHole<TypeParam>, 4});
+  const int holes[] = {1, 2};
+  v.Remove(NCIntegralVector<int, -99>(holes, 2));  // leaves the count, 2, as it was
+  EXPECT_EQ(v.GetMedian(), 4);
+}
+
 TYPED_TEST(NCDataVectorOrder, MedianLeavesHolesOut) {
   const TypeParam hole = kHole<TypeParam>;
   EXPECT_EQ(VectorOf<TypeParam>({hole, 5, hole, 1, 3}).GetMedian(), 3);

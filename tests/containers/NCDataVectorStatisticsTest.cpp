@@ -162,6 +162,12 @@ TYPED_TEST(NCDataVectorStatistics, CorrelationIsNotCentred) {
   EXPECT_EQ(VectorOf<TypeParam>({1, 2}).Correlation(VectorOf<TypeParam>({2, 1})), 4.0L / 5);
 }
 
+TYPED_TEST(NCDataVectorStatistics, CorrelationAtTheLimitItselfIsTheNumerator) {
+  // The product of the sums of squares is 1e-30 rounded, exactly the limit, only where cells are doubles.
+  const auto tiny = VectorOf<double>({1e-15});
+  EXPECT_EQ(tiny.Correlation(VectorOf<double>({1})), static_cast<long double>(1e-15));
+}
+
 TYPED_TEST(NCDataVectorStatistics, CorrelationTakesPairsOnly) {
   const TypeParam hole = kHole<TypeParam>;
   const auto a = VectorOf<TypeParam>({1, 2, 1000, hole});

@@ -96,6 +96,31 @@ TYPED_TEST(NCDataVectorTrend, LeastSquareOverEqualAbscissasIsTheLargestFloatAndW
   }
 }
 
+// The sums of 0.1 and of its square round, so that their difference is no test for equal abscissas.
+TYPED_TEST(NCDataVectorTrend, LeastSquareKnowsEqualAbscissasWhateverTheirNumber) {
+  for (int n = 2; n <= 40; ++n) {
+    const NCDataVector<TypeParam> x(n, static_cast<TypeParam>(0.1));
+    NCDataVector<TypeParam> y(n, 1);
+    y(1, 2);
+    const Fit<TypeParam> fit(y, &x);
+    EXPECT_EQ(fit.slope, 3.4028234663852886e38) << n;
+    EXPECT_EQ(fit.intercept, kUnwritten) << n;
+  }
+}
+
+// A difference of complete vectors counts no hole, even where a cell lands on -99: that cell is a number to all.
+TYPED_TEST(NCDataVectorTrend, CellsThatTheCountDoesNotKnowAsHolesAreTransformedAsNumbers) {
+  const auto uncounted = VectorOf<TypeParam>({-98, 1, 6}) - VectorOf<TypeParam>({1, 0, 0});
+  ASSERT_EQ(uncounted.GetNumMisVal(), 0);
+  const NCDataVector<TypeParam> snv = uncounted.SNV();
+  EXPECT_LT(snv[1], -1);
+  EXPECT_TRUE(HasExactCounts(snv));
+  auto centred = uncounted;
+  long double mean = kUnwritten;
+  centred.DetrendMean(mean);
+  EXPECT_EQ(centred[1], static_cast<TypeParam>(-99 - mean));
+}
+
 TYPED_TEST(NCDataVectorTrend, DetrendMeanCentresThePresentCells) {
   auto v = VectorOf<TypeParam>({1, kHole<TypeParam>, 3});
   const NCDataVector<TypeParam> sharer(v);

@@ -67,6 +67,8 @@ TYPED_TEST(InterPolateSpectra, WithAMissingAbscissaGivesTheSpectrumThatItStandsO
 TYPED_TEST(InterPolateSpectra, BetweenEqualAbscissasGivesTheFirst) {
   const auto u = VectorOf<TypeParam>({1}), v = VectorOf<TypeParam>({2});
   EXPECT_EQ(InterPolate(3.0f, 3.0f, u, v, 7.0f, true)[1], 1);
+  const NCDataVector<TypeParam> hole(1);  // a missing spectrum comes before equal abscissas
+  EXPECT_EQ(InterPolate(3.0f, 3.0f, u, hole, 7.0f, true)[1], kHole<TypeParam>);
   // 1 and 1 + 2^-23 differ by 2^-23, within 2^-23 * 2^1; 1 + 2^-21 does not.
   EXPECT_EQ(InterPolate(1.0f, 1.0f + 0x1p-23f, u, v, 7.0f, true)[1], 1);
   EXPECT_EQ(InterPolate(1.0f, 1.0f + 0x1p-21f, u, v, 7.0f, true)[1], 2);
@@ -118,6 +120,20 @@ TYPED_TEST(InterPolateCurve, ExtrapolatesASingleCellBeyondEachEnd) {
 TYPED_TEST(InterPolateCurve, ACellBeyondAnEndBesideOneOnTheEndTakesTheValueOfTheEnd) {
   const auto xs = VectorOf<TypeParam>({1, 2, 4}), ys = VectorOf<TypeParam>({10, 20, 0});
   EXPECT_EQ(CellsOf(InterPolate(VectorOf<TypeParam>({0, 1, 4, 5}), xs, ys)), (std::vector<TypeParam>{10, 10, 0, 0}));
+}
+
+// The bracket of the cell beyond the end reaches to the far point of its neighbour's; without any cell inside, both cells
+// fall on the end points' own brackets in turn.
+TYPED_TEST(InterPolateCurve, ACellBeyondAnEndGoesToTheFarPointOfItsNeighboursBracket) {
+  const auto xs = VectorOf<TypeParam>({1, 2, 4}), ys = VectorOf<TypeParam>({10, 20, 0});
+  // From (1, 10) to (4, 0) at 0; rounded to the type.
+  EXPECT_EQ(CellsOf(InterPolate(VectorOf<TypeParam>({0, 3}), xs, ys)),
+            (std::vector<TypeParam>{static_cast<TypeParam>(10 + 10.0L / 3), 10}));
+  // The upper bracket of 0 comes from 5, which has none, and is filled from the lower one of 0 afterwards.
+  const auto bothBeyond = InterPolate(VectorOf<TypeParam>({0, 5}), xs, ys);
+  EXPECT_EQ(bothBeyond[1], 10);
+  // 10 - 10 / 3 * 4: the product of 13.3 and the difference round once each, the cell once more.
+  EXPECT_NEAR(bothBeyond[2], -10.0 / 3, 4 * 13.4 * std::numeric_limits<TypeParam>::epsilon());
 }
 
 // By the steps: of cells -1, 0 and 1.5 the first gets low = 1, and its high becomes the second's, 1; the second gets

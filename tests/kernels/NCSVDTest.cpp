@@ -82,7 +82,7 @@ TYPED_TEST(NCSVDOf, DiagonalMatrixKeepsItsOrderAndLosesItsSigns) {
   EXPECT_FALSE(svd->IsSorted());
 }
 
-// (a b; 0 d) has the singular values of ((a^2 + b^2 + d^2) +- root) / 2; with (3 0; 4 5) they are sqrt(45) and sqrt(5).
+// The squares of the singular values of A are the eigenvalues of A'A: of (25 20; 20 25) for A = (3 0; 4 5), 45 and 5.
 TYPED_TEST(NCSVDOf, TwoByTwoMatrixHasTheSingularValuesOfTheClosedForm) {
   const auto svd = Decompose(MatrixOf<TypeParam>({{3, 0}, {4, 5}}));
   svd->Sort();
@@ -110,13 +110,13 @@ TYPED_TEST(NCSVDOf, SecondDifferenceMatrixHasItsEigenvaluesAsSingularValues) {
 
 // NumPy 1.24.2, numpy.linalg.svd of the double matrix: 1.50021428005924e+00, 1.69141220221450e-01, 6.73827360576076e-03
 // and 9.67023040225872e-05; their product is the determinant, 1 / 6048000.
-TYPED_TEST(NCSVDOf, HilbertMatrixOfOrder4HasThePublishedSingularValues) {
+TYPED_TEST(NCSVDOf, HilbertMatrixOfOrder4HasTheSingularValuesOfAnIndependentPackage) {
   const auto svd = Decompose(Hilbert<TypeParam>(4));
   svd->Sort();
-  const double published[] = {1.50021428005924, 1.69141220221450e-01, 6.73827360576076e-03, 9.67023040225872e-05};
+  const double reference[] = {1.50021428005924, 1.69141220221450e-01, 6.73827360576076e-03, 9.67023040225872e-05};
   // Each singular value errs by what rounding does to the matrix as a whole, not by its own size (Weyl).
   for (int k = 1; k <= 4; ++k)
-    EXPECT_NEAR((*svd->GetW())[k], published[k - 1], 1.5 * Rounding<TypeParam>(4, 4)) << k;
+    EXPECT_NEAR((*svd->GetW())[k], reference[k - 1], 1.5 * Rounding<TypeParam>(4, 4)) << k;
 }
 
 TYPED_TEST(NCSVDOf, HilbertMatrixOfOrder12IsRebuilt) {
@@ -150,6 +150,29 @@ TYPED_TEST(NCSVDOf, MatrixOfRank1HasOneSingularValueAndExactZeros) {
   EXPECT_EQ(svd->GetV()->SizeRows(), 3);
   EXPECT_EQ(svd->GetV()->SizeColumns(), 1);
   EXPECT_LT(DistanceFromProduct(*svd, a), 8 * Rounding<TypeParam>(4, 3));
+}
+
+// Where the reduction rounds, what should be 0 is of the size of the rounding: in float always here, in double not.
+TYPED_TEST(NCSVDOf, MatrixOfRank1HasOneSingularValueAndZerosToRounding) {
+  const auto a = MatrixOf<TypeParam>({{1, 2, 3}, {2, 4, 6}, {3, 6, 9}});
+  const auto svd = Decompose(a);
+  svd->Sort();
+  EXPECT_NEAR((*svd->GetW())[1], 14, 14 * Rounding<TypeParam>(3, 3));
+  const bool exact = std::is_same_v<TypeParam, double>;
+  for (int k = 2; k <= 3; ++k) EXPECT_LE((*svd->GetW())[k], exact ? 0 : 14 * Rounding<TypeParam>(3, 3)) << k;
+}
+
+TYPED_TEST(NCSVDOf, GetInverseWithALimitTakesTallMatricesAndRefusesWideOnes) {
+  const auto tall = Decompose(MatrixOf<TypeParam>({{1, 0}, {0, 2}, {0, 0}}));
+  const std::unique_ptr<NCDataMatrix<TypeParam>> inverse(tall->GetInverse(10.0f));
+  ASSERT_NE(inverse, nullptr);
+  EXPECT_EQ(CellsOf(*inverse), CellsOf(MatrixOf<TypeParam>({{1, 0, 0}, {0, 0.5, 0}})));
+
+  const auto wide = Decompose(MatrixOf<TypeParam>({{3, 0, 4}}));
+  EXPECT_EQ(wide->GetInverse(10.0f), nullptr);
+  EXPECT_EQ(wide->GetW()->Size(), 1) << "the zero singular values are gone for good";
+  EXPECT_EQ(wide->GetV()->SizeColumns(), 1);
+  EXPECT_EQ(wide->GetU()->SizeColumns(), 1);
 }
 
 TYPED_TEST(NCSVDOf, RowOfRank1HasOneSingularValueAndExactZeros) {
