@@ -1,7 +1,9 @@
 #include "kalmia/support/LanguageString.h"
 
 #include <algorithm>
+#include <cstddef>
 #include <cstring>
+#include <iterator>
 #include <map>
 #include <set>
 #include <string>
@@ -53,9 +55,11 @@ constexpr Text kEnglish[] = {
     {10112, "Biorthogonal 6"},
     {10113, "Coiflet"},
     {10114, "Daubechies"},
+    // Ways to take out a trend, among the families.
     {10115, "Linear trend removed"},
     {10116, "Mean removed"},
     {10117, "None"},
+    // The last wavelet family.
     {10118, "Symmlet"},
     // Models.
     {10123, "Y-orthogonal PLS component %d"},  // the component
@@ -92,8 +96,17 @@ Replacements& TheReplacements() {
   return *replacements;
 }
 
-/// The types of the arguments that printf would take for `format`, such as "d" or "d,lf"; "?" in it where the format is
-/// not one. `%i` counts as `%d`.
+/// Passes over the digits of a width or a precision; false for more of them than any text needs, which would print
+/// line upon line of blanks.
+bool PassNumber(const char*& at) {
+  constexpr std::size_t kMostDigits = 2;
+  const std::size_t digits = std::strspn(at, "0123456789");
+  at += digits;
+  return digits <= kMostDigits;
+}
+
+/// The types of the arguments that printf would take for `format`, each closed by a comma, such as "d," or "d,lf,"; "?"
+/// in it where the format is not one, or asks for a width or precision above 99. `%i` counts as `%d`.
 std::string Placeholders(const char* format) {
   std::string types;
   for (const char* at = std::strchr(format, '%'); at; at = std::strchr(at, '%')) {
@@ -102,13 +115,12 @@ std::string Placeholders(const char* format) {
       continue;
     }
     at += std::strspn(at, "-+ #0");
-    at += std::strspn(at, "0123456789");
-    if (*at == '.') ++at;
-    at += std::strspn(at, "0123456789");
+    bool known = PassNumber(at);
+    if (*at == '.') known = PassNumber(++at) && known;
     const std::size_t lengths = std::strspn(at, "hlLjzt");
     types.append(at, lengths);
     at += lengths;
-    const bool known = *at != '\0' && std::strchr("diouxXeEfFgGaAcs", *at);
+    known = known && *at != '\0' && std::strchr("diouxXeEfFgGaAcs", *at);
     types += !known ? '?' : *at == 'i' ? 'd' : *at;
     types += ',';
     if (known) ++at;
@@ -125,6 +137,7 @@ const char* LanguageString::Get(unsigned id) {
 }
 
 bool LanguageString::Set(unsigned id, const char* text) {
+  if (id == kNoText || id == kNoFormula) return false;
   Replacements& replacements = TheReplacements();
   if (!text) {
     replacements.texts.erase(id);

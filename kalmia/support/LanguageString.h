@@ -11,8 +11,9 @@ class LanguageString {
   static const char* Get(unsigned id);
 
   /// Replaces a text; null brings the built-in one back. False, and nothing is changed, where the placeholders of
-  /// `text` are not those of the built-in text in number, order and type: width and precision may differ, and an id
-  /// without a built-in text has none. Not while another thread may Get.
+  /// `text` are not those of the built-in text in number, order and type: width and precision may differ, up to 99,
+  /// and an id without a built-in text has none. False for -1 and -2 too, which stand for "no text". Not while another
+  /// thread may Get.
   static bool Set(unsigned id, const char* text);
 };
 
