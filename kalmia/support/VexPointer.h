@@ -1,35 +1,35 @@
 #pragma once
 
+#include <memory>
 #include <utility>
 
-/// Shared ownership of one heap object; the last holder deletes it. The use count is plain memory: not to be copied
-/// or released by two threads at once.
-template <class T>
-class VexPointer {
+namespace kalmia {
+
+/// What the two pointers below have in common: the last holder gives the object to a `Deleter`. Self-assignment is
+/// harmless. The use count is plain memory: not to be copied or released by two threads at once.
+template <class T, class Deleter>
+class CountedPointer {
  public:
-  /// Takes the object over at once: it is deleted, too, where there is no memory for its count.
-  explicit VexPointer(T* object = nullptr) try : count_(new int(1)), object_(object) {
-  } catch (...) {
-    delete object;
-    throw;
+  /// Owns `object` from the call on, also where the use count finds no memory and std::bad_alloc is thrown.
+  explicit CountedPointer(T* object) {
+    std::unique_ptr<T, Deleter> owner(object);
+    count_ = new int(1);
+    object_ = owner.release();
   }
-  VexPointer(const VexPointer& other) : count_(other.count_), object_(other.object_) { ++*count_; }
-  VexPointer& operator=(VexPointer other) noexcept {
+  CountedPointer(const CountedPointer& other) : count_(other.count_), object_(other.object_) { ++*count_; }
+  CountedPointer& operator=(CountedPointer other) noexcept {
     swap(other);
     return *this;
   }
-  ~VexPointer() {
-    if (--*count_ == 0) {
-      delete object_;
-      delete count_;
-    }
+  ~CountedPointer() {
+    if (--*count_ > 0) return;
+    delete count_;
+    if (object_) Deleter()(object_);
   }
 
   T* Get() const { return object_; }
-  T* operator->() const { return object_; }
-  T& operator*() const { return *object_; }
   int UseCount() const { return *count_; }
-  void swap(VexPointer& other) noexcept {
+  void swap(CountedPointer& other) noexcept {
     std::swap(count_, other.count_);
     std::swap(object_, other.object_);
   }
@@ -39,36 +39,23 @@ class VexPointer {
   T* object_;
 };
 
+}  // namespace kalmia
+
+/// Shared ownership of one heap object; the last holder deletes it.
+template <class T>
+class VexPointer : public kalmia::CountedPointer<T, std::default_delete<T>> {
+ public:
+  explicit VexPointer(T* object = nullptr) : kalmia::CountedPointer<T, std::default_delete<T>>(object) {}
+
+  T* operator->() const { return this->Get(); }
+  T& operator*() const { return *this->Get(); }
+};
+
 /// The same for an array from array-new.
 template <class T>
-class VexVecPointer {
+class VexVecPointer : public kalmia::CountedPointer<T, std::default_delete<T[]>> {
  public:
-  explicit VexVecPointer(T* array = nullptr) try : count_(new int(1)), array_(array) {
-  } catch (...) {
-    delete[] array;
-    throw;
-  }
-  VexVecPointer(const VexVecPointer& other) : count_(other.count_), array_(other.array_) { ++*count_; }
-  VexVecPointer& operator=(VexVecPointer other) noexcept {
-    swap(other);
-    return *this;
-  }
-  ~VexVecPointer() {
-    if (--*count_ == 0) {
-      delete[] array_;
-      delete count_;
-    }
-  }
+  explicit VexVecPointer(T* array = nullptr) : kalmia::CountedPointer<T, std::default_delete<T[]>>(array) {}
 
-  T* Get() const { return array_; }
-  T& operator[](int i) const { return array_[i]; }
-  int UseCount() const { return *count_; }
-  void swap(VexVecPointer& other) noexcept {
-    std::swap(count_, other.count_);
-    std::swap(array_, other.array_);
-  }
-
- private:
-  int* count_;
-  T* array_;
+  T& operator[](int i) const { return this->Get()[i]; }
 };
