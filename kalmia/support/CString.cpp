@@ -1,12 +1,13 @@
 #include "kalmia/support/CString.h"
 
 #include <cstdarg>
+#include <cstddef>
 #include <cstdio>
 #include <cstring>
 
-namespace {
-const char* OrEmpty(const char* text) { return text ? text : ""; }
-}  // namespace
+#include "kalmia/support/VexString.h"
+
+using kalmia::OrEmpty;
 
 CString::CString(const char* text) {
   const std::size_t length = std::strlen(OrEmpty(text));
@@ -38,7 +39,19 @@ void CString::Format(const char* format, ...) {
 
 bool operator==(const CString& a, const CString& b) { return a.Compare(b) == 0; }
 bool operator==(const CString& a, const char* b) { return a.Compare(b) == 0; }
-bool operator==(const char* a, const CString& b) { return b.Compare(a) == 0; }
-bool operator!=(const CString& a, const CString& b) { return !(a == b); }
-bool operator!=(const CString& a, const char* b) { return !(a == b); }
-bool operator!=(const char* a, const CString& b) { return !(a == b); }
+bool operator==(const char* a, const CString& b) { return 0 == b.Compare(a); }
+bool operator!=(const CString& a, const CString& b) { return a.Compare(b) != 0; }
+bool operator!=(const CString& a, const char* b) { return a.Compare(b) != 0; }
+bool operator!=(const char* a, const CString& b) { return 0 != b.Compare(a); }
+bool operator<(const CString& a, const CString& b) { return a.Compare(b) < 0; }
+bool operator<(const CString& a, const char* b) { return a.Compare(b) < 0; }
+bool operator<(const char* a, const CString& b) { return 0 < b.Compare(a); }
+bool operator>(const CString& a, const CString& b) { return a.Compare(b) > 0; }
+bool operator>(const CString& a, const char* b) { return a.Compare(b) > 0; }
+bool operator>(const char* a, const CString& b) { return 0 > b.Compare(a); }
+bool operator<=(const CString& a, const CString& b) { return a.Compare(b) <= 0; }
+bool operator<=(const CString& a, const char* b) { return a.Compare(b) <= 0; }
+bool operator<=(const char* a, const CString& b) { return 0 <= b.Compare(a); }
+bool operator>=(const CString& a, const CString& b) { return a.Compare(b) >= 0; }
+bool operator>=(const CString& a, const char* b) { return a.Compare(b) >= 0; }
+bool operator>=(const char* a, const CString& b) { return 0 >= b.Compare(a); }

@@ -29,9 +29,22 @@ class CString {
   std::unique_ptr<char[]> text_;  ///< null for the empty string
 };
 
+// Equality and order of the bytes, as of Compare.
 bool operator==(const CString& a, const CString& b);
 bool operator==(const CString& a, const char* b);
 bool operator==(const char* a, const CString& b);
 bool operator!=(const CString& a, const CString& b);
 bool operator!=(const CString& a, const char* b);
 bool operator!=(const char* a, const CString& b);
+bool operator<(const CString& a, const CString& b);
+bool operator<(const CString& a, const char* b);
+bool operator<(const char* a, const CString& b);
+bool operator>(const CString& a, const CString& b);
+bool operator>(const CString& a, const char* b);
+bool operator>(const char* a, const CString& b);
+bool operator<=(const CString& a, const CString& b);
+bool operator<=(const CString& a, const char* b);
+bool operator<=(const char* a, const CString& b);
+bool operator>=(const CString& a, const CString& b);
+bool operator>=(const CString& a, const char* b);
+bool operator>=(const char* a, const CString& b);

@@ -2,11 +2,13 @@
 
 #include <cstdio>
 
+#include "kalmia/support/VexString.h"
+
+using kalmia::OrEmpty;
+
 namespace {
 
 constexpr int kGoOn = 0;  ///< any answer but 5
-
-const char* OrEmpty(const char* text) { return text ? text : ""; }
 
 UserComm* current = nullptr;  ///< null for the default
 

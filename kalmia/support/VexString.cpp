@@ -34,8 +34,8 @@ bool VexString::ToFloat(const char* text, float& value) {
 }
 
 int VexString::CompareWithoutCase(const char* a, const char* b) {
-  if (!a) a = "";
-  if (!b) b = "";
+  a = kalmia::OrEmpty(a);
+  b = kalmia::OrEmpty(b);
   while (*a && LowerCase(*a) == LowerCase(*b)) {
     ++a;
     ++b;

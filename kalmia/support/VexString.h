@@ -1,5 +1,12 @@
 #pragma once
 
+namespace kalmia {
+
+/// A null pointer counts as the empty text.
+inline const char* OrEmpty(const char* text) { return text ? text : ""; }
+
+}  // namespace kalmia
+
 /// Helpers for C strings.
 class VexString {
  public:
