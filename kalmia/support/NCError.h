@@ -2,8 +2,8 @@
 
 #include "kalmia/support/Exception.h"
 
-/// Stops a calculation: the user asked for it, or the model cannot go on. Its place in the model's header says what
-/// is left of the model.
+/// Stops a calculation: the user asked for it, or the model cannot go on. The model's header tells what is left of the
+/// model.
 class NCError : public Exception {
  public:
   /// How a component ended: Level2 the user stopped an iteration, Level1 the model cannot go on, Level0 all else.

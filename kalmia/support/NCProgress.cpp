@@ -22,6 +22,13 @@ NCProgress::SinkFactory& Factory() {
   return factory;
 }
 
+/// Calls a copy, for a factory may set another one, which destroys it.
+template <class... Arguments>
+std::unique_ptr<NCProgress::Sink> FromFactory(Arguments... arguments) {
+  const NCProgress::SinkFactory factory = Factory();
+  return factory ? factory(arguments...) : nullptr;
+}
+
 std::unique_ptr<NCProgress::Sink> OrSilent(std::unique_ptr<NCProgress::Sink> sink) {
   return sink ? std::move(sink) : std::make_unique<SilentSink>();
 }
@@ -31,7 +38,7 @@ std::unique_ptr<NCProgress::Sink> OrSilent(std::unique_ptr<NCProgress::Sink> sin
 NCProgress::Sink::~Sink() = default;
 
 NCProgress::NCProgress(const char* title, float from, float to, bool first, bool second, bool third, const char* text)
-    : sink_(OrSilent(Factory() ? Factory()(title, from, to, first, second, third, text) : nullptr)) {}
+    : sink_(OrSilent(FromFactory(title, from, to, first, second, third, text))) {}
 
 NCProgress::NCProgress(std::unique_ptr<Sink> sink) : sink_(OrSilent(std::move(sink))) {}
 

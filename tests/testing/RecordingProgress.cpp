@@ -13,6 +13,8 @@ std::string Words(const Parts&... parts) {
   return text.str();
 }
 
+const char* OrNull(const char* text) { return text ? text : "null"; }
+
 class RecordingSink : public NCProgress::Sink {
  public:
   explicit RecordingSink(ProgressLog* log) : log_(log) {}
@@ -20,7 +22,7 @@ class RecordingSink : public NCProgress::Sink {
 
   void SetRange(float from, float to) override { log_->Record(Words("SetRange", from, to)); }
   bool SetValue(float value) override { return log_->Record(Words("SetValue", value)); }
-  void SetText(const char* text) override { log_->Record(Words("SetText", text)); }
+  void SetText(const char* text) override { log_->Record(Words("SetText", OrNull(text))); }
   bool PushSubRange(float from, float to) override { return log_->Record(Words("PushSubRange", from, to)); }
   bool PopSubRange() override { return log_->Record("PopSubRange"); }
   bool IsBreakPressed() override { return !log_->Record("IsBreakPressed"); }
@@ -57,7 +59,7 @@ std::unique_ptr<NCProgress> RecordingBar(ProgressLog* log) {
 RecordOwnBars::RecordOwnBars(ProgressLog* log) {
   NCProgress::SetSinkFactory([log](const char* title, float from, float to, bool first, bool second, bool third,
                                    const char* text) -> std::unique_ptr<NCProgress::Sink> {
-    log->Record(Words("open", title, from, to, first, second, third, text ? text : "null"));
+    log->Record(Words("open", OrNull(title), from, to, first, second, third, OrNull(text)));
     return std::make_unique<RecordingSink>(log);
   });
 }
