@@ -51,7 +51,7 @@ void NCStringVector::push_back(const CString& s) {
 
 NCStringVector::Strings::iterator NCStringVector::Position(int at) {
   Unlink();
-  return strings_->begin() + std::clamp(at - 1, 0, Size());
+  return strings_->begin() + (std::clamp(at, 1, Size() + 1) - 1);
 }
 
 void NCStringVector::InsertStrings(int at) { InsertStrings(at, 1); }
@@ -65,15 +65,17 @@ void NCStringVector::InsertStrings(int at, int n, const CString& s) {
 }
 
 void NCStringVector::RemoveStrings(int at, int n) {
-  if (n <= 0) return;
+  if (n <= 0 || at > Size()) return;
   const Strings::iterator first = Position(at);
   strings_->erase(first, first + std::min<std::ptrdiff_t>(n, strings_->end() - first));
 }
 
 void NCStringVector::Remove(const NCIntegralVector<int, -99>& indices) {
+  const auto isHere = [this](int i) { return i >= 1 && i <= Size(); };
+  if (std::none_of(indices.begin(), indices.end(), isHere)) return;
   std::vector<bool> listed(ToSize(Size()) + 1);
   for (int k = 1; k <= indices.Size(); ++k)
-    if (indices[k] >= 1 && indices[k] <= Size()) listed[ToSize(indices[k])] = true;
+    if (isHere(indices[k])) listed[ToSize(indices[k])] = true;
   Strings kept;
   for (int i = 1; i <= Size(); ++i)
     if (!listed[ToSize(i)]) kept.push_back((*this)[i]);
@@ -88,6 +90,7 @@ void NCStringVector::Reduce(const NCIntegralVector<int, -99>& indices) {
 }
 
 void NCStringVector::Concat(const NCStringVector& v) {
+  if (v.empty()) return;
   const NCStringVector added(v);  // a share of its own: `v` may be this vector
   Unlink();
   strings_->insert(strings_->end(), added.strings_->begin(), added.strings_->end());

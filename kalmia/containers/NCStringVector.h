@@ -9,8 +9,9 @@
 #include "kalmia/support/VexStream.h"
 
 /// Names of variables and observations: a vector of strings, positions from 1. Copies share storage until one of them
-/// is written. No index is checked, but positions and lengths beyond the end are cut to it where strings are inserted
-/// or removed. Absence is reported as position 0.
+/// is written; where nothing is inserted or removed they go on sharing. No index is checked, but where strings are
+/// inserted or removed positions below 1 count as 1, positions and lengths beyond the end are cut to it. Absence is
+/// reported as position 0.
 ///
 /// The orders of the sorted operations: with `numeric`, two strings that are both numbers (VexString::ToFloat) compare
 /// as numbers; every other pair compares by text, byte by byte with `caseSensitive`, else A to Z count as a to z.
@@ -50,7 +51,8 @@ class NCStringVector : public VexStreamBase {
   int RemoveString(const char* s, bool caseSensitive);  ///< removes every match; how many there were
 
   // Search and order.
-  /// Position of the first match from position `from` on, or 0.
+  /// Position of the first match from position `from` on (below 1 counts as 1), or 0. A null `s` counts as "", here and
+  /// below.
   int FindString(const char* s, bool caseSensitive, int from = 1) const;
   /// Equal strings keep their order. A mixture of numbers and names has no consistent numeric order ("10" < "1x" < "9"
   /// by text, 9 < 10 by number); the result is then some arrangement of all the strings, the same each time.

@@ -88,6 +88,7 @@ int NCStringVector::FindString(const char* s, bool caseSensitive, int from) cons
 }
 
 int NCStringVector::RemoveString(const char* s, bool caseSensitive) {
+  if (FindString(s, caseSensitive) == 0) return 0;
   const TextOrder order(caseSensitive, /*numeric=*/false);
   const CString removed(s);  // `s` may point into a string that goes
   Unlink();

@@ -7,6 +7,9 @@
 /// were written take memory, so that a grid of many dimensions costs what its points cost. Copies share their cells
 /// for good: what is set through one is seen through the other. Instantiated for `int`.
 ///
+/// A cell that was written costs its whole index. NCDataMatrix::GetDensity counts points in such grids, of hundreds of
+/// dimensions and of sizes beyond `int`; it splits the points dimension by dimension instead and keeps no index at all.
+///
 /// `level` is the number of dimensions: that of the index in Get and Set where it is below 0, that of `sizes` in the
 /// constructor where it is below 1. Throws Exception "dimension error" where it does not fit the matrix, the list of
 /// sizes or the index, and std::out_of_range for an index outside the sizes.

@@ -66,6 +66,69 @@ TEST(NCStringVectorStream, LeavesWhatSharedTheOldStringsAlone) {
   EXPECT_EQ(sharer, Names());
 }
 
+TEST(NCStringVectorStream, IsEmptyAfterARefusalWhateverItHeld) {
+  const std::string refused[] = {Head(2) + Directory(Body(-1, {"a"})), Head(2) + Directory(Body(1, {"a", "b"})),
+                                 Head(2) + std::string(2, '\0'), Head(1) + Body(2, {"a"})};
+  for (const std::string& bytes : refused) {
+    std::istringstream in(bytes);
+    NCStringVector v = Names();
+    const NCStringVector sharer(v);
+    EXPECT_FALSE(in >> v);
+    EXPECT_TRUE(v.empty());
+    EXPECT_EQ(sharer, Names());
+  }
+}
+
+TEST(NCStringVectorStream, ChangesNothingWhereTheMagicIsAnother) {
+  std::istringstream in(StreamOf(NCIntegralVector<int, -99>(3, 1)));
+  NCStringVector v = Names();
+  EXPECT_FALSE(in >> v);
+  EXPECT_EQ(v, Names());
+}
+
+TEST(NCStringVectorStream, ReadsADirectoryWithEntriesOfALaterTime) {
+  std::ostringstream out;
+  OutputStreamDirectory directory(out, 3);
+  directory.GetOutput(0) << Body(1, {"a"});
+  directory.GetOutput(2) << "of a later time";
+  directory.Close();
+  std::istringstream in(Head(2) + out.str() + "tail");
+  NCStringVector v;
+  ASSERT_TRUE(in >> v);
+  ASSERT_EQ(v.Size(), 1);
+  EXPECT_STREQ(v[1], "a");
+  std::string tail;
+  in >> tail;
+  EXPECT_EQ(tail, "tail");
+}
+
+TEST(NCStringVectorStream, WritesAndReadsOnceInAPass) {
+  struct Reached : NCStringVector {
+    using NCStringVector::VexStreamableReset;
+    using NCStringVector::VexStreamableStartRead;
+    using NCStringVector::VexStreamableStartWrite;
+  } v;
+  v.push_back("a");
+  std::stringstream stream;
+  EXPECT_TRUE(v.VexStreamableStartWrite(stream));
+  EXPECT_TRUE(v.streamVisited);
+  const std::string once = stream.str();
+  EXPECT_TRUE(v.VexStreamableStartWrite(stream));
+  EXPECT_EQ(stream.str(), once);
+  EXPECT_TRUE(v.VexStreamableStartRead(stream)) << "visited: nothing is read";
+  EXPECT_EQ(stream.tellg(), std::streampos(0));
+  v.VexStreamableReset();
+  EXPECT_FALSE(v.streamVisited);
+  EXPECT_TRUE(v.VexStreamableStartRead(stream));
+  EXPECT_EQ(stream.tellg(), static_cast<std::streampos>(static_cast<std::streamoff>(once.size())));
+}
+
+TEST(NCStringVectorStream, AFailedStreamFailsTheWrite) {
+  std::ostringstream out;
+  out.setstate(std::ios_base::badbit);
+  EXPECT_FALSE(out << Names());
+}
+
 TEST(NCStringVectorStream, ReadsVersion1StraightFromTheStream) {
   std::istringstream in(Head(1) + Body(3, {"octane", "", "1100 nm"}) + "tail");
   NCStringVector v;

@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 
 #include <algorithm>
+#include <limits>
 #include <memory>
 #include <string>
 #include <vector>
@@ -76,6 +77,26 @@ TEST(NCStringVector, SharesUntilEitherSideIsWritten) {
   }
 }
 
+TEST(NCStringVector, GoesOnSharingWhereNothingIsInsertedOrRemoved) {
+  const NCStringVector original = Strings({"a", "b"});
+  const auto idle = {
+      +[](NCStringVector& v) { v.InsertStrings(1, 0); },
+      +[](NCStringVector& v) { v.InsertStrings(1, -3, "x"); },
+      +[](NCStringVector& v) { v.RemoveStrings(1, 0); },
+      +[](NCStringVector& v) { v.RemoveStrings(3, 1); },
+      +[](NCStringVector& v) { v.Remove(Indices({0, 3, -99})); },
+      +[](NCStringVector& v) { v.Remove(IntVector()); },
+      +[](NCStringVector& v) { EXPECT_EQ(v.RemoveString("A", true), 0); },
+      +[](NCStringVector& v) { v.Concat(NCStringVector()); },
+  };
+  for (const auto call : idle) {
+    NCStringVector copy(original);
+    call(copy);
+    EXPECT_THAT(TextsOf(copy), ElementsAre("a", "b"));
+    EXPECT_EQ(&copy[1], &original[1]);
+  }
+}
+
 TEST(NCStringVector, UnlinksToAPrivateCopy) {
   NCStringVector a = Strings({"a"});
   const CString* own = &a[1];
@@ -121,6 +142,18 @@ TEST(NCStringVector, InsertsBeforeAPosition) {
   v.InsertStrings(1, 0, "none");
   v.InsertStrings(1, -3, "none");
   EXPECT_EQ(v.Size(), 7);
+}
+
+TEST(NCStringVector, TakesAPositionBelow1AsTheFirst) {
+  constexpr int kLowest = std::numeric_limits<int>::min();
+  for (const int at : {0, -1, kLowest}) {
+    NCStringVector v = Strings({"a", "b", "c"});
+    v.InsertStrings(at, 1, "x");
+    EXPECT_THAT(TextsOf(v), ElementsAre("x", "a", "b", "c"));
+    v.RemoveStrings(at, 2);
+    EXPECT_THAT(TextsOf(v), ElementsAre("b", "c"));
+    EXPECT_EQ(v.FindString("b", true, at), 1);
+  }
 }
 
 TEST(NCStringVector, InsertsItsOwnStrings) {
@@ -173,6 +206,18 @@ TEST(NCStringVector, FindsWithAndWithoutCase) {
   EXPECT_EQ(NCStringVector().FindString("a", false, 1), 0);
 }
 
+TEST(NCStringVector, TakesANullTextForTheEmptyOne) {
+  NCStringVector v = Strings({"", "a", "", "b"});
+  for (const bool caseSensitive : {true, false}) {
+    EXPECT_EQ(v.FindString(nullptr, caseSensitive, 2), 3);
+    EXPECT_EQ(v.SortedStringPos(nullptr, caseSensitive, false), 1);
+    EXPECT_EQ(v.FindSortedString(nullptr, caseSensitive, true), 1);
+  }
+  EXPECT_EQ(v.RemoveString(nullptr, false), 2);
+  EXPECT_EQ(v.FindString(nullptr, true), 0);
+  EXPECT_THAT(TextsOf(v), ElementsAre("a", "b"));
+}
+
 TEST(NCStringVector, RemovesEveryMatchAndCounts) {
   NCStringVector v = Strings({"A", "b", "a"});
   EXPECT_EQ(v.RemoveString("a", false), 2);
@@ -215,6 +260,15 @@ TEST(NCStringVector, SortsNumbersByValueWhateverTheirForm) {
   EXPECT_THAT(TextsOf(v), ElementsAre("-1e1", "-5", "5.5", "007", "1e2"));
 }
 
+TEST(NCStringVector, TakesNumbersForEqualThatAreTheSameFloat) {
+  NCStringVector v = Strings({"16777217", "16777216", "16777218"});  // 2^24 + 1 lies between two floats
+  v.Sort(true, true, true);
+  EXPECT_THAT(TextsOf(v), ElementsAre("16777217", "16777216", "16777218"));
+  EXPECT_EQ(v.FindSortedString("16777216", true, true), 1);
+  EXPECT_EQ(v.FindSortedString("16777216.5", true, true), 1);
+  EXPECT_EQ(v.FindSortedString("16777218", true, true), 3);
+}
+
 TEST(NCStringVector, KeepsEveryStringWhereNumbersAndNamesHaveNoConsistentOrder) {
   std::vector<std::string> texts;
   for (int i = 0; i < 1000; ++i)
@@ -254,6 +308,17 @@ TEST(NCStringVector, FindsPlacesInASortedVector) {
   EXPECT_EQ(v.SortedStringPos("d", true, false), 4);
   EXPECT_EQ(v.SortedStringPos("f", true, false), 0) << "all strings are before it";
   EXPECT_EQ(NCStringVector().SortedStringPos("a", true, false), 0);
+  const NCStringVector anyCase = Strings({"A", "c", "C", "e"});
+  EXPECT_EQ(anyCase.SortedStringPos("a", false, false), 1);
+  EXPECT_EQ(anyCase.SortedStringPos("B", false, false), 2);
+  EXPECT_EQ(anyCase.SortedStringPos("C", false, false), 2);
+  EXPECT_EQ(anyCase.SortedStringPos("D", false, false), 4);
+  EXPECT_EQ(anyCase.SortedStringPos("F", false, false), 0);
+  const NCStringVector numbers = Strings({"9", "1e1", "10.5", "a"});
+  EXPECT_EQ(numbers.SortedStringPos("8", true, true), 1);
+  EXPECT_EQ(numbers.SortedStringPos("10", true, true), 2);
+  EXPECT_EQ(numbers.SortedStringPos("10.25", true, true), 3);
+  EXPECT_EQ(numbers.SortedStringPos("b", true, true), 0);
 }
 
 TEST(NCStringVector, FindsStringsInASortedVector) {
@@ -263,6 +328,10 @@ TEST(NCStringVector, FindsStringsInASortedVector) {
   EXPECT_EQ(v.FindSortedString("E", false, false), 4);
   EXPECT_EQ(v.FindSortedString("b", false, false), 0);
   EXPECT_EQ(v.FindSortedString("f", false, false), 0);
+  const NCStringVector byBytes = Strings({"B", "C", "a", "c"});
+  EXPECT_EQ(byBytes.FindSortedString("C", true, false), 2);
+  EXPECT_EQ(byBytes.FindSortedString("c", true, false), 4);
+  EXPECT_EQ(byBytes.FindSortedString("A", true, false), 0) << "only in the other case";
   const NCStringVector numbers = Strings({"1", "2.0", "10"});
   EXPECT_EQ(numbers.FindSortedString("10", true, true), 3);
   EXPECT_EQ(numbers.FindSortedString("2", true, true), 2) << "equal as a number";
@@ -277,6 +346,11 @@ TEST(NCStringVector, KeepsItsOrderUnderSortedInsertion) {
   EXPECT_THAT(TextsOf(v), ElementsAre("9", "9.5", "10", "11", "100"));
   v.SortedInsert(v[1], true, false);
   EXPECT_EQ(v.Size(), 6);
+  NCStringVector names = Strings({"a", "B", "c"});
+  names.SortedInsert("b", false, false);
+  EXPECT_THAT(TextsOf(names), ElementsAre("a", "b", "B", "c")) << "before the first that is equal";
+  names.SortedInsert("D", false, false);
+  EXPECT_THAT(TextsOf(names), ElementsAre("a", "b", "B", "c", "D"));
 }
 
 TEST(NCStringVector, ConvertsBothWaysByCopying) {
