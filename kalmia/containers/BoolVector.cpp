@@ -8,17 +8,9 @@ BoolVector::DerivedStreamableData BoolVector::MyStreamableData(3, "BoolVector");
 
 BoolVector::BoolVector(const Base& other) : VexStreamBase(other), Base(other) {}
 
-bool BoolVector::VexStreamableStartWrite(std::ostream& stream) {
-  if (streamVisited) return true;
-  streamVisited = true;
-  return MyStreamableData.Write(stream) && VexStreamableWriteBases(stream) && VexStreamableWrite(stream);
-}
+bool BoolVector::VexStreamableStartWrite(std::ostream& stream) { return kalmia::StartWrite(*this, stream); }
 
-bool BoolVector::VexStreamableStartRead(std::istream& stream) {
-  if (streamVisited) return true;
-  streamVisited = true;
-  return MyStreamableData.Check(stream) && VexStreamableRead(stream);
-}
+bool BoolVector::VexStreamableStartRead(std::istream& stream) { return kalmia::StartRead(*this, stream); }
 
 void BoolVector::VexStreamableReset() {
   streamVisited = false;

@@ -11,7 +11,11 @@ enum Entry : unsigned short { kRows, kColumns, kMissingCells, kCells, kColumnCou
 /// A stored row takes at least its magic with the length of it (8), its version (2), its size and its count (8).
 constexpr int kSmallestRow = 18;
 
-[[noreturn]] void ThrowLie() { throw VexStreamError("Error when reading from stream"); }
+/// Bytes behind what the sizes promise are rows or counts that the reader would lose.
+void RequireReadToItsEnd(InputStreamDirectory& directory, Entry entry) {
+  std::istream* stream = directory.GetInput(entry);
+  if (stream && kalmia::BytesLeft(*stream) > 0) kalmia::ThrowReadError();
+}
 
 }  // namespace
 
@@ -22,16 +26,12 @@ void NCDataMatrix<T>::VexStreamableReset() {
 
 template <class T>
 bool NCDataMatrix<T>::VexStreamableStartWrite(std::ostream& stream) {
-  if (streamVisited) return true;
-  streamVisited = true;
-  return MyStreamableData.Write(stream) && VexStreamableWriteBases(stream) && VexStreamableWrite(stream);
+  return kalmia::StartWrite(*this, stream);
 }
 
 template <class T>
 bool NCDataMatrix<T>::VexStreamableStartRead(std::istream& stream) {
-  if (streamVisited) return true;
-  streamVisited = true;
-  return MyStreamableData.Check(stream) && VexStreamableRead(stream);
+  return kalmia::StartRead(*this, stream);
 }
 
 template <class T>
@@ -72,27 +72,29 @@ bool NCDataMatrix<T>::VexStreamableRead(std::istream& stream) {
 template <class T>
 bool NCDataMatrix<T>::ReadStreamDirectory(std::istream& stream) {
   InputStreamDirectory directory(stream);
-  if (stream.fail()) ThrowLie();
+  if (stream.fail()) kalmia::ThrowReadError();
   NCDataMatrix read;
   int rows = 0;
   int missing = 0;  // what the cells say counts
   ReadFromStreamDir(rows, directory, kRows, /*must=*/true);
   ReadFromStreamDir(read.columns_, directory, kColumns, /*must=*/true);
   ReadFromStreamDir(missing, directory, kMissingCells, /*must=*/true);
-  if (rows < 0 || read.columns_ < 0) ThrowLie();
+  if (rows < 0 || read.columns_ < 0) kalmia::ThrowReadError();
   if (rows > 0) {
     std::istream* cells = directory.GetInput(kCells);
     if (!cells) throw VexStreamError();
-    if (!kalmia::HasBytesFor(*cells, rows, kSmallestRow)) ThrowLie();
+    if (!kalmia::HasBytesFor(*cells, rows, kSmallestRow)) kalmia::ThrowReadError();
     read.MoveRows(rows);
   }
   for (int r = 1; r <= rows; ++r) {
     ReadFromStreamDir(read.rowArray_[r], directory, kCells, /*must=*/true);
-    if (read.rowArray_[r].Size() != read.columns_) ThrowLie();
+    if (read.rowArray_[r].Size() != read.columns_) kalmia::ThrowReadError();
     read.rows_ = r;
   }
+  RequireReadToItsEnd(directory, kCells);
   ReadFromStreamDir(*read.columnMisVal_, directory, kColumnCounts, /*must=*/true);
-  if (read.columnMisVal_->Size() != read.columns_) ThrowLie();
+  if (read.columnMisVal_->Size() != read.columns_) kalmia::ThrowReadError();
+  RequireReadToItsEnd(directory, kColumnCounts);
   directory.Close();
   if (stream.fail()) return false;
   read.CountMissing();

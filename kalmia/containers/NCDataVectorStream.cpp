@@ -8,16 +8,12 @@
 
 template <class T>
 bool NCDataVector<T>::VexStreamableStartWrite(std::ostream& stream) {
-  if (streamVisited) return true;
-  streamVisited = true;
-  return MyStreamableData.Write(stream) && VexStreamableWriteBases(stream) && VexStreamableWrite(stream);
+  return kalmia::StartWrite(*this, stream);
 }
 
 template <class T>
 bool NCDataVector<T>::VexStreamableStartRead(std::istream& stream) {
-  if (streamVisited) return true;
-  streamVisited = true;
-  return MyStreamableData.Check(stream) && VexStreamableRead(stream);
+  return kalmia::StartRead(*this, stream);
 }
 
 template <class T>
@@ -37,12 +33,8 @@ bool NCDataVector<T>::VexStreamableReadBases(std::istream& stream) {
 
 template <class T>
 bool NCDataVector<T>::VexStreamableWrite(std::ostream& stream) {
-  OutputStreamDirectory directory(stream, 3);
-  WriteFourBytes(&size_, 1, directory.GetOutput(0));
-  WriteFourBytes(&numMisVal_, 1, directory.GetOutput(1));
-  if (size_ > 0) WriteArray(data_ + 1, size_, sizeof(T), directory.GetOutput(2));
-  directory.Close();
-  return stream.good();
+  return kalmia::WriteDirectory(
+      stream, {{&size_, 1, 4}, {&numMisVal_, 1, 4}, {size_ > 0 ? data_ + 1 : nullptr, size_, sizeof(T)}});
 }
 
 template <class T>

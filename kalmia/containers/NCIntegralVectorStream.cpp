@@ -31,17 +31,12 @@ bool NCIntegralVector<T, M>::CanBeStored() const {
 
 template <class T, int M>
 bool NCIntegralVector<T, M>::VexStreamableStartWrite(std::ostream& stream) {
-  if (streamVisited) return true;
-  streamVisited = true;
-  return CanBeStored() && MyStreamableData.Write(stream) && VexStreamableWriteBases(stream) &&
-         VexStreamableWrite(stream);
+  return (streamVisited || CanBeStored()) && kalmia::StartWrite(*this, stream);
 }
 
 template <class T, int M>
 bool NCIntegralVector<T, M>::VexStreamableStartRead(std::istream& stream) {
-  if (streamVisited) return true;
-  streamVisited = true;
-  return MyStreamableData.Check(stream) && VexStreamableRead(stream);
+  return kalmia::StartRead(*this, stream);
 }
 
 template <class T, int M>

@@ -8,17 +8,9 @@ NCStringVector::DerivedStreamableData NCStringVector::MyStreamableData(2, "NCSV"
 
 VexStreamBase* NCStringVector::CreateObject() { return new NCStringVector; }
 
-bool NCStringVector::VexStreamableStartWrite(std::ostream& stream) {
-  if (streamVisited) return true;
-  streamVisited = true;
-  return MyStreamableData.Write(stream) && VexStreamableWriteBases(stream) && VexStreamableWrite(stream);
-}
+bool NCStringVector::VexStreamableStartWrite(std::ostream& stream) { return kalmia::StartWrite(*this, stream); }
 
-bool NCStringVector::VexStreamableStartRead(std::istream& stream) {
-  if (streamVisited) return true;
-  streamVisited = true;
-  return MyStreamableData.Check(stream) && VexStreamableRead(stream);
-}
+bool NCStringVector::VexStreamableStartRead(std::istream& stream) { return kalmia::StartRead(*this, stream); }
 
 void NCStringVector::VexStreamableReset() { streamVisited = false; }
 

@@ -7,17 +7,9 @@
 
 NCPLS::DerivedStreamableData NCPLS::MyStreamableData(2, "NCPLS");
 
-bool NCPLS::VexStreamableStartWrite(std::ostream& stream) {
-  if (streamVisited) return true;
-  streamVisited = true;
-  return MyStreamableData.Write(stream) && VexStreamableWriteBases(stream) && VexStreamableWrite(stream);
-}
+bool NCPLS::VexStreamableStartWrite(std::ostream& stream) { return kalmia::StartWrite(*this, stream); }
 
-bool NCPLS::VexStreamableStartRead(std::istream& stream) {
-  if (streamVisited) return true;
-  streamVisited = true;
-  return MyStreamableData.Check(stream) && VexStreamableRead(stream);
-}
+bool NCPLS::VexStreamableStartRead(std::istream& stream) { return kalmia::StartRead(*this, stream); }
 
 void NCPLS::VexStreamableReset() {
   streamVisited = false;

@@ -6,17 +6,9 @@
 
 NCScale::DerivedStreamableData NCScale::MyStreamableData(2, "NCS");
 
-bool NCScale::VexStreamableStartWrite(std::ostream& stream) {
-  if (streamVisited) return true;
-  streamVisited = true;
-  return MyStreamableData.Write(stream) && VexStreamableWriteBases(stream) && VexStreamableWrite(stream);
-}
+bool NCScale::VexStreamableStartWrite(std::ostream& stream) { return kalmia::StartWrite(*this, stream); }
 
-bool NCScale::VexStreamableStartRead(std::istream& stream) {
-  if (streamVisited) return true;
-  streamVisited = true;
-  return MyStreamableData.Check(stream) && VexStreamableRead(stream);
-}
+bool NCScale::VexStreamableStartRead(std::istream& stream) { return kalmia::StartRead(*this, stream); }
 
 void NCScale::VexStreamableReset() {
   streamVisited = false;

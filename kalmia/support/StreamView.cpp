@@ -1,6 +1,8 @@
 #include "kalmia/support/StreamView.h"
 
 #include <algorithm>
+#include <cstddef>
+#include <cstdint>
 #include <cstring>
 #include <istream>
 
@@ -9,6 +11,15 @@ namespace kalmia {
 StreamView::StreamView(Bytes bytes, std::size_t first, std::size_t length) : bytes_(std::move(bytes)) {
   char* begin = bytes_->data() + first;
   setg(begin, begin, begin + length);
+}
+
+bool StreamView::ReadFourBytes(int& number) {
+  if (GetBytesLeft() < 4) return false;
+  std::uint32_t bits = 0;
+  for (int i = 0; i < 4; ++i) bits |= static_cast<std::uint32_t>(static_cast<unsigned char>(gptr()[i])) << (8 * i);
+  std::memcpy(&number, &bits, sizeof number);
+  Skip(4);
+  return true;
 }
 
 StreamView::pos_type StreamView::seekoff(off_type offset, std::ios_base::seekdir from, std::ios_base::openmode which) {

@@ -23,6 +23,8 @@ class StreamView : public std::streambuf {
   std::size_t GetBytesLeft() const { return static_cast<std::size_t>(egptr() - gptr()); }
   /// Passes over `count` bytes; count <= GetBytesLeft() is not checked.
   void Skip(std::size_t count) { setg(eback(), gptr() + count, egptr()); }
+  /// The next four bytes as a little-endian number; false, and nothing is changed, where there are fewer.
+  bool ReadFourBytes(int& number);
 
  protected:
   pos_type seekoff(off_type offset, std::ios_base::seekdir from, std::ios_base::openmode which) override;

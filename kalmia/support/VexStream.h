@@ -1,7 +1,9 @@
 #pragma once
 
 #include <algorithm>
+#include <cstddef>
 #include <cstdint>
+#include <initializer_list>
 #include <istream>
 #include <limits>
 #include <memory>
@@ -102,6 +104,8 @@ class InputStreamDirectory {
   void Close();
 
  private:
+  friend bool ReadFromStreamDir(int& target, InputStreamDirectory& directory, unsigned short index, bool must);
+
   struct State;
   std::unique_ptr<State> state_;
 };
@@ -129,6 +133,36 @@ bool ReadFromStreamDir(VexStreamBase& target, InputStreamDirectory& directory, u
 
 namespace kalmia {
 
+/// Throws the VexStreamError of a stream that lies or ends too early: "Error when reading from stream".
+[[noreturn]] void ThrowReadError();
+
+/// The start operations of a persistent class: where the object was not visited in this pass yet, it is now, and its
+/// magic and version, its base and its own fields are written; or the magic is checked and VexStreamableRead called.
+template <class Object>
+bool StartWrite(Object& object, std::ostream& stream) {
+  if (object.streamVisited) return true;
+  object.streamVisited = true;
+  return Object::MyStreamableData.Write(stream) && object.VexStreamableWriteBases(stream) &&
+         object.VexStreamableWrite(stream);
+}
+template <class Object>
+bool StartRead(Object& object, std::istream& stream) {
+  if (object.streamVisited) return true;
+  object.streamVisited = true;
+  return Object::MyStreamableData.Check(stream) && object.VexStreamableRead(stream);
+}
+
+/// An entry of a directory that is an array of items, as WriteArray takes it.
+struct ArrayEntry {
+  const void* items;
+  int count;
+  int itemSize;
+};
+
+/// Writes a directory of such entries: the bytes that an OutputStreamDirectory would write, without a stream for each
+/// entry, which takes longer than the entries of a short vector. True on success.
+bool WriteDirectory(std::ostream& stream, std::initializer_list<ArrayEntry> entries);
+
 /// The bytes from here to the end of the stream; -1 where that cannot be known (a pipe). 0 for a stream in a failed
 /// state. Exact for entries of a directory. Leaves position and state as they are.
 std::int64_t BytesLeft(std::istream& stream);
@@ -149,7 +183,8 @@ bool ReadCells(std::istream& stream, std::int64_t count, std::vector<Item>& cell
 class ClassCreatorRegistrator {
  public:
   ClassCreatorRegistrator(const char* typeName, const char* name, VexStreamBase* (*creator)());
-  /// A new default object of the class with this plain name, owned by the caller; null if the name is unknown.
+  /// A new default object of the class with this plain name, owned by the caller; null if the name is unknown. A class
+  /// registers itself where its header is included: a program that includes it nowhere does not know the name.
   static VexStreamBase* Create(const char* name);
   /// The plain name under which the object's class is registered; null if it is not.
   static const char* NameOf(const VexStreamBase& object);
@@ -160,8 +195,9 @@ bool kalmia::ReadCells(std::istream& stream, std::int64_t count, std::vector<Ite
   constexpr std::int64_t kFirstPiece = 8192 / sizeof(Item) + 1;
   constexpr std::int64_t kLargestPiece = std::numeric_limits<int>::max() / 2;
   std::vector<Item> result;
-  const bool known = BytesLeft(stream) >= 0;
-  bool good = HasBytesFor(stream, count, sizeof(Item));
+  const std::int64_t left = BytesLeft(stream);
+  const bool known = left >= 0;
+  bool good = count >= 0 && (!known || count <= left / static_cast<std::int64_t>(sizeof(Item)));
   if (good && known) result.reserve(static_cast<std::size_t>(count));
   for (std::int64_t done = 0; good && done < count;) {
     const std::int64_t wish = known ? count - done : std::max(kFirstPiece, done);

@@ -28,6 +28,8 @@ VexStreamError::VexStreamError() : Exception("") {}
 
 VexStreamError::VexStreamError(const CString& message) : Exception(message) {}
 
+void kalmia::ThrowReadError() { throw VexStreamError("Error when reading from stream"); }
+
 VexStreamBase::~VexStreamBase() = default;
 
 bool VexStreamBase::VexStreamableStartWrite(std::ostream&) { return true; }

@@ -1,5 +1,7 @@
 // The byte helpers: numbers become little-endian bytes by shifts, the same code on every machine; compilers turn it
 // into plain copies where the machine is little-endian itself.
+#include <algorithm>
+#include <cstddef>
 #include <cstdint>
 #include <cstring>
 #include <limits>

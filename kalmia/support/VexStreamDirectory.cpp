@@ -1,6 +1,10 @@
 // A directory on the stream: the number of entries (2 bytes), a table of their lengths (8 bytes each), then the
 // entries' bytes one behind the other.
+#include <cstddef>
 #include <cstdint>
+#include <limits>
+#include <memory>
+#include <optional>
 #include <string>
 
 #include "kalmia/support/StreamView.h"
@@ -32,11 +36,21 @@ struct OutputEntry {
   std::ostream stream{&buffer};
 };
 
+void WriteTable(std::ostream& stream, const std::vector<std::uint64_t>& lengths) {
+  const std::uint16_t count = static_cast<std::uint16_t>(lengths.size());
+  WriteTwoBytes(&count, 1, stream);
+  WriteArray(lengths.data(), count, sizeof(std::uint64_t), stream);
+}
+
+/// The bytes of an entry, as a stream only once somebody wants one: a stream takes longer to make than to read a number.
 struct InputEntry {
   InputEntry(kalmia::StreamView::Bytes bytes, std::size_t first, std::size_t length)
       : buffer(std::move(bytes), first, length) {}
+
+  std::istream& Stream() { return stream ? *stream : stream.emplace(&buffer); }
+
   kalmia::StreamView buffer;
-  std::istream stream{&buffer};
+  std::optional<std::istream> stream;
 };
 
 /// Reads the table; false when it is cut off.
@@ -63,6 +77,16 @@ struct OutputStreamDirectory::State {
   bool closed = false;
 };
 
+bool kalmia::WriteDirectory(std::ostream& stream, std::initializer_list<ArrayEntry> entries) {
+  std::vector<std::uint64_t> lengths;
+  lengths.reserve(entries.size());
+  for (const ArrayEntry& entry : entries)
+    lengths.push_back(static_cast<std::uint64_t>(entry.count) * static_cast<std::uint64_t>(entry.itemSize));
+  WriteTable(stream, lengths);
+  for (const ArrayEntry& entry : entries) WriteArray(entry.items, entry.count, entry.itemSize, stream);
+  return stream.good();
+}
+
 OutputStreamDirectory::OutputStreamDirectory(std::ostream& stream, unsigned short entries)
     : state_(std::make_unique<State>()) {
   state_->stream = &stream;
@@ -86,9 +110,7 @@ void OutputStreamDirectory::Close() {
     if (entry && !entry->stream.good()) return stream.setstate(std::ios_base::failbit);
     lengths.push_back(entry ? entry->buffer.GetBytes().size() : 0);
   }
-  const std::uint16_t count = static_cast<std::uint16_t>(lengths.size());
-  WriteTwoBytes(&count, 1, stream);
-  WriteArray(lengths.data(), count, sizeof(std::uint64_t), stream);
+  WriteTable(stream, lengths);
   for (const auto& entry : state_->entries)
     if (entry) {
       const std::string& bytes = entry->buffer.GetBytes();
@@ -98,6 +120,7 @@ void OutputStreamDirectory::Close() {
 
 struct InputStreamDirectory::State {
   void TakeBytes(std::istream& stream, std::int64_t total);
+  InputEntry* Find(unsigned short index);  ///< null if there is no such entry, or the directory is closed
 
   kalmia::StreamView::Bytes bytes;                   ///< where the entries lie, or null after a failure
   std::vector<std::size_t> ends;                     ///< of each entry in `bytes`
@@ -136,14 +159,19 @@ InputStreamDirectory::InputStreamDirectory(std::istream& stream) : state_(std::m
 
 InputStreamDirectory::~InputStreamDirectory() = default;
 
-std::istream* InputStreamDirectory::GetInput(unsigned short index) {
-  if (state_->closed || index >= state_->entries.size()) return nullptr;
-  std::unique_ptr<InputEntry>& entry = state_->entries[index];
+InputEntry* InputStreamDirectory::State::Find(unsigned short index) {
+  if (closed || index >= entries.size()) return nullptr;
+  std::unique_ptr<InputEntry>& entry = entries[index];
   if (!entry) {
-    const std::size_t first = index == 0 ? state_->begin : state_->ends[index - 1U];
-    entry = std::make_unique<InputEntry>(state_->bytes, first, state_->ends[index] - first);
+    const std::size_t first = index == 0 ? begin : ends[index - 1U];
+    entry = std::make_unique<InputEntry>(bytes, first, ends[index] - first);
   }
-  return &entry->stream;
+  return entry.get();
+}
+
+std::istream* InputStreamDirectory::GetInput(unsigned short index) {
+  InputEntry* entry = state_->Find(index);
+  return entry ? &entry->Stream() : nullptr;
 }
 
 void InputStreamDirectory::Close() { state_->closed = true; }
@@ -154,19 +182,20 @@ namespace {
 
 /// The result of a read from `entry`, or what `must` makes of a failed one.
 bool Judge(const std::istream& entry, bool must) {
-  if (entry.fail() && must) throw VexStreamError("Error when reading from stream");
+  if (entry.fail() && must) kalmia::ThrowReadError();
   return !entry.fail();
 }
 
 }  // namespace
 
 bool ReadFromStreamDir(int& target, InputStreamDirectory& directory, unsigned short index, bool must) {
-  std::istream* entry = directory.GetInput(index);
+  InputEntry* entry = directory.state_->Find(index);
   if (!entry && must) ThrowAbsent();
   if (!entry) return false;
+  if (!entry->stream && entry->buffer.ReadFourBytes(target)) return true;
   int value = 0;
-  if (ReadFourBytes(&value, 1, *entry)) target = value;
-  return Judge(*entry, must);
+  if (ReadFourBytes(&value, 1, entry->Stream())) target = value;
+  return Judge(entry->Stream(), must);
 }
 
 bool ReadFromStreamDir(VexStreamBase& target, InputStreamDirectory& directory, unsigned short index, bool must) {

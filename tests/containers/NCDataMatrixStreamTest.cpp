@@ -25,6 +25,7 @@ struct Claim {
   std::vector<NCDataVector<T>> written;  ///< the rows that are really there
   NCIntegralVector<int, -99> counts;
   unsigned short entries = 5;
+  std::string behindRows{}, behindCounts{};  ///< bytes that nothing promises
 };
 
 template <class T>
@@ -42,9 +43,11 @@ std::string StreamOf(const Claim<T>& claim, short version = 4) {
   const int fields[] = {claim.rows, claim.columns, claim.missing};
   for (unsigned short entry = 0; entry < 3 && entry < claim.entries; ++entry)
     WriteInt(directory.GetOutput(entry), fields[entry]);
-  if (claim.entries > 3)
+  if (claim.entries > 3) {
     for (const auto& row : claim.written) directory.GetOutput(3) << row;
-  if (claim.entries > 4) directory.GetOutput(4) << claim.counts;
+    directory.GetOutput(3) << claim.behindRows;
+  }
+  if (claim.entries > 4) directory.GetOutput(4) << claim.counts << claim.behindCounts;
   directory.Close();
   return stream.str();
 }
@@ -139,6 +142,9 @@ TYPED_TEST(NCDataMatrixStream, ReadsBackTablesWithoutRowsOrColumns) {
     EXPECT_EQ(m.SizeRows(), rows);
     EXPECT_EQ(m.SizeColumns(), columns);
     EXPECT_TRUE(HasExactCounts(m));
+    if (rows == 0) {
+      EXPECT_EQ(m.begin(), nullptr) << "no row array";
+    }
     m.Resize(4, 4);
     EXPECT_TRUE(HasExactCounts(m));
   }
@@ -242,6 +248,19 @@ TYPED_TEST(NCDataMatrixStream, AFailedStreamFailsTheWrite) {
   EXPECT_FALSE(stream << this->table_);
 }
 
+TYPED_TEST(NCDataMatrixStream, RefusesBytesBehindTheRowsOrTheColumnCounts) {
+  for (const unsigned short entry : {3, 4})
+    for (const std::string& surplus : {std::string(1, '\0'), StreamOf(this->table_[1])}) {
+      SCOPED_TRACE(std::to_string(surplus.size()) + " bytes more in entry " + std::to_string(entry));
+      auto claim = TruthAbout(this->table_);
+      (entry == 3 ? claim.behindRows : claim.behindCounts) = surplus;
+      NCDataMatrix<TypeParam> m;
+      std::string message;
+      EXPECT_EQ(Read(StreamOf(claim), m, &message), Outcome::ThrownError);
+      EXPECT_EQ(message, "Error when reading from stream");
+    }
+}
+
 TYPED_TEST(NCDataMatrixStream, CountsHolesInTheCellsWhateverTheStreamSays) {
   auto claim = TruthAbout(this->table_);
   claim.missing = -7;
@@ -278,6 +297,8 @@ std::vector<Lie<T>> Lies() {
           {"a negative number of columns", [](C& c) { c.columns = -3; }},
           {"both negative", [](C& c) { c.rows = c.columns = std::numeric_limits<int>::min(); }},
           {"one row more than there is", [](C& c) { ++c.rows; }},
+          {"one row less than there is", [](C& c) { --c.rows; }},
+          {"no row, although there are cells", [](C& c) { c.rows = 0; }},
           {"as many rows as an int can hold", [](C& c) { c.rows = std::numeric_limits<int>::max(); }},
           {"one column more than there is", [](C& c) { ++c.columns; }},
           {"one column less than there is", [](C& c) { --c.columns; }},
