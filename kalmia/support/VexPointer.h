@@ -11,10 +11,10 @@ template <class T, class Deleter>
 class CountedPointer {
  public:
   /// Owns `object` from the call on, also where the use count finds no memory and std::bad_alloc is thrown.
-  explicit CountedPointer(T* object) {
-    std::unique_ptr<T, Deleter> owner(object);
-    count_ = new int(1);
-    object_ = owner.release();
+  explicit CountedPointer(T* object) try : count_(new int(1)), object_(object) {
+  } catch (...) {
+    Deleter()(object);
+    throw;
   }
   CountedPointer(const CountedPointer& other) : count_(other.count_), object_(other.object_) { ++*count_; }
   CountedPointer& operator=(CountedPointer other) noexcept {
@@ -22,9 +22,10 @@ class CountedPointer {
     return *this;
   }
   ~CountedPointer() {
-    if (--*count_ > 0) return;
-    delete count_;
-    if (object_) Deleter()(object_);
+    if (--*count_ == 0) {
+      Deleter()(object_);
+      delete count_;
+    }
   }
 
   T* Get() const { return object_; }

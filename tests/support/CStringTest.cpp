@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <set>
 #include <string>
 #include <utility>
 
@@ -36,6 +37,21 @@ TEST(CString, IsEqualWhereTheBytesAre) {
   EXPECT_TRUE(CString("a") == CString("a"));
   EXPECT_TRUE("a" == CString("a"));
   EXPECT_TRUE(CString("a") != "b");
+}
+
+TEST(CString, IsOrderedByItsBytes) {
+  const CString a("a"), again("a"), z("Z"), longer("ab");
+  EXPECT_TRUE(z < a && a < longer && !(a < again));
+  EXPECT_TRUE(longer > a && a > z && !(a > again));
+  EXPECT_TRUE(a <= again && z <= a && !(longer <= a));
+  EXPECT_TRUE(a >= again && a >= z && !(a >= longer));
+  EXPECT_TRUE(z < "a" && a > "Z" && a <= "a" && a >= "a");
+  EXPECT_TRUE("Z" < a && "a" > z && "a" <= a && "a" >= a);
+  EXPECT_FALSE(a < "Z" || "a" < z || z > "a" || "Z" > a);
+  EXPECT_FALSE(a <= "Z" || "a" <= z || z >= "a" || "Z" >= a);
+  const std::set<CString> names = {"b", "a", "b", "A"};
+  EXPECT_EQ(names.size(), 3u);
+  EXPECT_STREQ(*names.begin(), "A");
 }
 
 TEST(CString, CopiesMovesAndAssigns) {

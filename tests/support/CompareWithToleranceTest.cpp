@@ -38,6 +38,26 @@ TEST(CompareWithTolerance, TellsNeighboursApartWithoutATolerance) {
   EXPECT_EQ(CompareWithTolerance(1.0, next, std::numeric_limits<double>::epsilon()), 0);
 }
 
+TEST(CompareWithTolerance, PutsInfinitiesBeyondEveryNumber) {
+  const double infinity = std::numeric_limits<double>::infinity(), largest = std::numeric_limits<double>::max();
+  EXPECT_EQ(CompareWithTolerance(infinity, largest, 0.1), 1);
+  EXPECT_EQ(CompareWithTolerance(largest, infinity, 0.1), -1);
+  EXPECT_EQ(CompareWithTolerance(-infinity, 0.0, 0.1), -1);
+  EXPECT_EQ(CompareWithTolerance(infinity, -infinity, 0.1), 1);
+  EXPECT_EQ(CompareWithTolerance(-infinity, infinity, 0.1), -1);
+  EXPECT_EQ(CompareWithTolerance(infinity, infinity, 0.1), 0);
+  EXPECT_EQ(CompareWithTolerance(-infinity, -infinity, 0.0), 0);
+}
+
+TEST(CompareWithTolerance, WorksUpToTheEndOfTheRange) {
+  const double largest = std::numeric_limits<double>::max();  // just below 1 * 2^1024
+  EXPECT_EQ(CompareWithTolerance(largest, -largest, 0.125), 1) << "their difference is beyond the range";
+  EXPECT_EQ(CompareWithTolerance(-largest, largest, 0.125), -1);
+  EXPECT_EQ(CompareWithTolerance(largest, largest - 0x1p1020, 0.125), 0) << "2^1020 is within 2^1021";
+  EXPECT_EQ(CompareWithTolerance(largest, largest - 0x1p1022, 0.125), 1);
+  EXPECT_EQ(CompareWithTolerance(largest, -largest, 1.0), 0) << "a delta of 2^1024 is beyond the range itself";
+}
+
 TEST(CompareWithTolerance, FindsANaNNeitherAboveNorBelow) {
   const double nan = std::numeric_limits<double>::quiet_NaN();
   EXPECT_EQ(CompareWithTolerance(nan, 1.0, 0.1), 0);

@@ -86,6 +86,15 @@ TEST(LanguageString, TakesATextForAnIdThatHasNone) {
   EXPECT_STREQ(LanguageString::Get(99999), "mine");
 }
 
+TEST(LanguageString, KeepsTheNumbersOfNoTextWithoutOne) {
+  for (const unsigned id : {static_cast<unsigned>(-1), static_cast<unsigned>(-2)}) {
+    EXPECT_FALSE(LanguageString::Set(id, "mine"));
+    EXPECT_FALSE(LanguageString::Set(id, nullptr));
+    EXPECT_STREQ(LanguageString::Get(id), "");
+  }
+  EXPECT_STREQ(kalmia::TransformFormulas()[1], "");
+}
+
 TEST(LanguageString, RefusesATextWithOtherPlaceholders) {
   struct Case {
     unsigned id;
@@ -96,6 +105,12 @@ TEST(LanguageString, RefusesATextWithOtherPlaceholders) {
                         {10041, "Komponent %3d, 100 %% klar", true},
                         {10041, "Komponent %i", true},
                         {10041, "Komponent %-+5.3d", true},
+                        {10041, "Komponent %99.99d", true},
+                        {10041, "Komponent %100d", false},
+                        {10041, "Komponent %.100d", false},
+                        {10041, "Komponent %999999999d", false},
+                        {10041, "Komponent %5.999999999d", false},
+                        {10041, "Komponent %000000000005d", true},
                         {10041, "Komponent", false},
                         {10041, "Komponent %d %d", false},
                         {10041, "Komponent %s", false},

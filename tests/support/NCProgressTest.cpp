@@ -95,6 +95,21 @@ TEST(NCProgress, OpensItsOwnBarsThroughTheFactory) {
   EXPECT_EQ(calls.size(), 3u) << "silent again";
 }
 
+TEST(NCProgress, LetsTheFactorySetAnotherOne) {
+  std::vector<std::string> calls;
+  bool stop = false;
+  // The function is the only holder of what it captures: using that after the call shows whether it is still there.
+  NCProgress::SetSinkFactory([&calls, &stop, name = std::string("a name beyond what a small string holds")](
+                                 auto...) -> std::unique_ptr<NCProgress::Sink> {
+    NCProgress::SetSinkFactory(nullptr);
+    calls.push_back(name);
+    return std::make_unique<Recorder>(&calls, &stop);
+  });
+  NCProgress("first", 0, 1, false, false, true, nullptr).SetValue(1);
+  NCProgress("second", 0, 1, false, false, true, nullptr).SetValue(1);
+  EXPECT_THAT(calls, ElementsAre("a name beyond what a small string holds", "value 1 0", "closed"));
+}
+
 TEST(NCProgress, IsSilentWhereTheFactoryGivesNoSink) {
   NCProgress::SetSinkFactory([](auto...) { return std::unique_ptr<NCProgress::Sink>(); });
   EXPECT_TRUE(NCProgress("bar", 0, 1, false, false, true, nullptr).SetValue(1));

@@ -3,6 +3,8 @@
 #include <gtest/gtest.h>
 
 #include <new>
+#include <string>
+#include <vector>
 
 #include "testing/AllocationMeter.h"
 
@@ -51,22 +53,62 @@ struct PointerNames {
 TYPED_TEST_SUITE(VexPointers, Pointers, PointerNames);
 
 TYPED_TEST(VexPointers, DeleteWhatTheyOwnWithTheLastHolder) {
-  {
-    TypeParam first = Owner<TypeParam>();
-    const int owned = Witness::alive;
-    EXPECT_GT(owned, 0);
-    {
-      const TypeParam second = first;
-      EXPECT_EQ(second.Get(), first.Get());
-      EXPECT_EQ(first.UseCount(), 2);
-      first = TypeParam();
-      EXPECT_EQ(second.UseCount(), 1);
-      EXPECT_EQ(Witness::alive, owned);
-    }
-    EXPECT_EQ(Witness::alive, 0);
-    EXPECT_EQ(first.Get(), nullptr);
-  }
+  std::vector<TypeParam> holders(1, Owner<TypeParam>());
+  const int owned = Witness::alive;
+  EXPECT_GT(owned, 0);
+  EXPECT_EQ(holders[0].UseCount(), 1);
+  holders.push_back(holders[0]);
+  EXPECT_EQ(holders[1].Get(), holders[0].Get());
+  EXPECT_EQ(holders[0].UseCount(), 2);
+  EXPECT_EQ(holders[1].UseCount(), 2);
+  holders[0] = TypeParam();
+  EXPECT_EQ(holders[0].Get(), nullptr);
+  EXPECT_EQ(holders[1].UseCount(), 1);
+  EXPECT_EQ(Witness::alive, owned);
+  holders.pop_back();
   EXPECT_EQ(Witness::alive, 0);
+}
+
+TYPED_TEST(VexPointers, DeleteWhatTheyOwnedBeforeAnAssignment) {
+  TypeParam pointer = Owner<TypeParam>();
+  const int owned = Witness::alive;
+  pointer = Owner<TypeParam>();
+  EXPECT_EQ(Witness::alive, owned);
+  EXPECT_EQ(pointer.UseCount(), 1);
+}
+
+TYPED_TEST(VexPointers, StayAsTheyAreWhenAssignedToThemselves) {
+  TypeParam pointer = Owner<TypeParam>();
+  const TypeParam& same = pointer;
+  const auto* object = pointer.Get();
+  const int owned = Witness::alive;
+  pointer = same;
+  EXPECT_EQ(pointer.Get(), object);
+  EXPECT_EQ(pointer.UseCount(), 1);
+  EXPECT_EQ(Witness::alive, owned);
+}
+
+TYPED_TEST(VexPointers, SwapWhatTheyOwn) {
+  TypeParam a = Owner<TypeParam>(), none;
+  const auto* object = a.Get();
+  a.swap(none);
+  EXPECT_EQ(a.Get(), nullptr);
+  EXPECT_EQ(none.Get(), object);
+  EXPECT_EQ(none.UseCount(), 1);
+}
+
+TEST(VexPointer, ReachesItsObject) {
+  const VexPointer<std::string> pointer(new std::string("text"));
+  EXPECT_EQ(pointer->size(), 4u);
+  *pointer += "s";
+  EXPECT_EQ(*pointer.Get(), "texts");
+}
+
+TEST(VexVecPointer, ReachesItsItems) {
+  const VexVecPointer<int> pointer(new int[2]{7, 8});
+  pointer[1] += 1;
+  EXPECT_EQ(pointer[0], 7);
+  EXPECT_EQ(pointer.Get()[1], 9);
 }
 
 TYPED_TEST(VexPointers, DeleteWhatTheyWereGivenWhereThereIsNoMemoryForACount) {

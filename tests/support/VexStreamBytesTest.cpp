@@ -60,6 +60,21 @@ TEST(VexStreamBytes, RefuseANegativeCount) {
   EXPECT_EQ(four, 7);
 }
 
+TEST(VexStreamBytes, RefuseItemsWithoutASize) {
+  for (const int itemSize : {0, -1, std::numeric_limits<int>::min()}) {
+    SCOPED_TRACE(itemSize);
+    char item = 'x';
+    std::ostringstream out;
+    EXPECT_FALSE(WriteArray(&item, 1, itemSize, out));
+    EXPECT_TRUE(out.fail());
+    EXPECT_EQ(out.str(), "");
+    std::istringstream in("abcd");
+    EXPECT_FALSE(ReadArray(&item, 1, itemSize, in));
+    EXPECT_TRUE(in.fail());
+    EXPECT_EQ(item, 'x');
+  }
+}
+
 TEST(VexStreamBytes, MoveNoItemsThroughANullPointer) {
   std::ostringstream out;
   EXPECT_TRUE(WriteArray(nullptr, 0, 4, out));

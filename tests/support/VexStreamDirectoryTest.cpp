@@ -1,5 +1,7 @@
 #include <gtest/gtest.h>
 
+#include <cstdint>
+#include <limits>
 #include <sstream>
 
 #include "kalmia/support/VexStream.h"
@@ -230,6 +232,26 @@ TEST(VexStreamDirectory, LetsAThrowingStreamThrowAndLeaksNothing) {
   EXPECT_THROW(InputStreamDirectory directory(in), std::ios_base::failure);
 }
 
+TEST(WriteDirectory, WritesTheBytesOfADirectoryWithStreams) {
+  const std::int32_t size = 2, none = 0;
+  const double cells[] = {1.5, -99};
+  std::ostringstream withStreams, without;
+  OutputStreamDirectory directory(withStreams, 4);
+  WriteFourBytes(&size, 1, directory.GetOutput(0));
+  WriteFourBytes(&none, 1, directory.GetOutput(1));
+  WriteArray(cells, size, sizeof(double), directory.GetOutput(2));
+  directory.Close();
+  EXPECT_TRUE(kalmia::WriteDirectory(
+      without, {{&size, 1, 4}, {&none, 1, 4}, {cells, size, sizeof(double)}, {nullptr, 0, sizeof(double)}}));
+  EXPECT_EQ(without.str(), withStreams.str());
+}
+
+TEST(WriteDirectory, FailsOnAFailedStream) {
+  std::ostringstream out;
+  out.setstate(std::ios_base::badbit);
+  EXPECT_FALSE(kalmia::WriteDirectory(out, {{"abc", 3, 1}}));
+}
+
 // The two reading helpers.
 
 TEST(ReadFromStreamDir, ReadsAField) {
@@ -238,6 +260,32 @@ TEST(ReadFromStreamDir, ReadsAField) {
   int value = 0;
   EXPECT_TRUE(ReadFromStreamDir(value, directory, 0, /*must=*/true));
   EXPECT_EQ(value, 42);
+}
+
+TEST(ReadFromStreamDir, GoesOnInAnEntryWhereTheLastReadEnded) {
+  std::istringstream in(Table({12}) + std::string("\x01\0\0\0\xFE\xFF\xFF\xFF\0\0\0\x80", 12));
+  InputStreamDirectory directory(in);
+  int value = 0;
+  EXPECT_TRUE(ReadFromStreamDir(value, directory, 0, /*must=*/true));
+  EXPECT_EQ(value, 1);
+  EXPECT_EQ(kalmia::BytesLeft(*directory.GetInput(0)), 8);
+  EXPECT_TRUE(ReadFourBytes(&value, 1, *directory.GetInput(0)));
+  EXPECT_EQ(value, -2);
+  EXPECT_TRUE(ReadFromStreamDir(value, directory, 0, /*must=*/true)) << "once there is a stream, from that";
+  EXPECT_EQ(value, std::numeric_limits<int>::min());
+  EXPECT_FALSE(ReadFromStreamDir(value, directory, 0, /*must=*/false)) << "at the end";
+  EXPECT_TRUE(directory.GetInput(0)->fail());
+}
+
+TEST(ReadFromStreamDir, FindsNothingInAFailedEntryOrAClosedDirectory) {
+  std::istringstream in(Table({4}) + "abcd");
+  InputStreamDirectory directory(in);
+  directory.GetInput(0)->setstate(std::ios_base::failbit);
+  int value = 5;
+  EXPECT_FALSE(ReadFromStreamDir(value, directory, 0, /*must=*/false));
+  directory.Close();
+  EXPECT_FALSE(ReadFromStreamDir(value, directory, 0, /*must=*/false));
+  EXPECT_EQ(value, 5);
 }
 
 TEST(ReadFromStreamDir, TellsOfAnAbsentEntry) {
