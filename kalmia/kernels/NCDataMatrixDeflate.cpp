@@ -6,32 +6,68 @@
 #include "kalmia/containers/NCDataMatrix.h"
 #include "kalmia/kernels/RowOperand.h"
 #include "kalmia/kernels/Team.h"
-#include "kalmia/kernels/simd/RowAdd.h"
+#include "kalmia/kernels/simd/RowsAdd.h"
 
 using kalmia::kMissing;
 using kalmia::RowOperand;
+using kalmia::simd::kRowsToAddTo;
+
+namespace {
+
+/// How the rows of one deflation are taken: side by side where nothing but holes of the matrix is in the way.
+enum class RowStep { Complete, HolesInMatrix, HolesInBoth };
+
+/// A matrix that is thought complete is taken so (mode 0). Otherwise w is looked at once, rather than in every row and
+/// whatever its count says.
+template <class T>
+RowStep StepFor(int misValMode, const T* w, int n) {
+  if (misValMode == 0) return RowStep::Complete;
+  return std::find(w, w + n, static_cast<T>(kMissing)) == w + n ? RowStep::HolesInMatrix : RowStep::HolesInBoth;
+}
+
+/// Rows waiting to be taken side by side.
+template <class T>
+struct Batch {
+  void Add(T* row, T factor) {
+    rows[count] = row;
+    factors[count++] = factor;
+  }
+  void Run(RowStep step, const T* w, int n) const {
+    step == RowStep::Complete ? kalmia::simd::AddScaledToRows(rows, factors, count, w, n)
+                              : kalmia::simd::AddScaledToPresent(rows, factors, count, w, n);
+  }
+
+  T* rows[kRowsToAddTo];
+  T factors[kRowsToAddTo];
+  int count = 0;
+};
+
+}  // namespace
 
 template <class T>
 void NCDataMatrix<T>::AddVprimV(const NCDataVector<T>& u, const NCDataVector<T>& w, T f) {
   const RowOperand<T> alongRows(u, *this), alongColumns(w, *this);
   ForceUnlink();
   if (rows_ == 0 || columns_ == 0) return;
-  const T* factors = (*alongRows).GetVector();
+  const T* scores = (*alongRows).GetVector();
   const T* weights = (*alongColumns).begin();
   const int misValMode = (numMisVal_ > 0 ? 1 : 0) + ((*alongColumns).GetNumMisVal() > 0 ? 2 : 0);
+  const RowStep step = StepFor(misValMode, weights, columns_);
   int* columnMisVal = &(*columnMisVal_)(1) - 1;  // cell 0 exists
-  // AddFV looks for holes of w in every row. Here one look at w may spare that: no other bit changes.
-  const bool onlyRowsHaveHoles =
-      misValMode == 1 && std::find(weights, weights + columns_, static_cast<T>(kMissing)) == weights + columns_;
+  const int team = kalmia::TeamSize(std::int64_t{rows_} * columns_);
+  const int batchSize = std::min(kRowsToAddTo, (rows_ - 1) / team + 1);
   int emptied = 0;
-#pragma omp parallel for schedule(static) reduction(+ : emptied) \
-    num_threads(kalmia::TeamSize(std::int64_t{rows_} * columns_))
-  for (int r = 1; r <= rows_; ++r) {
-    const T factor = factors[r] == kMissing ? static_cast<T>(kMissing) : static_cast<T>(factors[r] * f);
-    if (onlyRowsHaveHoles && factor != kMissing)
-      kalmia::simd::AddScaledToPresent(rowArray_[r].data_ + 1, weights, factor, columns_);
-    else
-      AddFV(*this, factor, weights, misValMode, r, emptied, columnMisVal);
+#pragma omp parallel for schedule(static) reduction(+ : emptied) num_threads(team)
+  for (int first = 1; first <= rows_; first += batchSize) {
+    Batch<T> batch;
+    for (int r = first; r < first + batchSize && r <= rows_; ++r) {
+      const T factor = scores[r] == kMissing ? static_cast<T>(kMissing) : static_cast<T>(scores[r] * f);
+      if (step == RowStep::HolesInBoth || factor == kMissing)
+        AddFV(*this, factor, weights, misValMode, r, emptied, columnMisVal);
+      else
+        batch.Add(rowArray_[r].data_ + 1, factor);
+    }
+    batch.Run(step, weights, columns_);
   }
   numMisVal_ += emptied;
 }

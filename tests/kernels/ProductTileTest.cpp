@@ -4,8 +4,7 @@
 
 #include <vector>
 
-#include "kalmia/kernels/simd/Lanes.h"
-#include "testing/RandomTables.h"
+#include "kernels/SimdCases.h"
 
 namespace {
 
@@ -29,12 +28,16 @@ TYPED_TEST_SUITE(ProductTile, CellTypes, CellTypeNames);
 
 TYPED_TEST(ProductTile, LanesGiveTheBitsOfTheScalarTwin) {
   using T = TypeParam;
-  for (int depth = 0; depth <= 67; ++depth) {
-    const auto a = PackedCells<T>(kTileRows * depth, 1), b = PackedCells<T>(kTileColumns * depth, 2);
-    auto lanes = PackedCells<T>(kTileRows * kTileColumns, 3), twin = lanes;
-    kalmia::simd::AddProductTile(a.data(), b.data(), depth, this->kExact, lanes.data());
-    kalmia::simd::scalar::AddProductTile(a.data(), b.data(), depth, twin.data());
-    EXPECT_EQ(lanes, twin) << "depth " << depth;
+  for (int64_t target : TargetsOfThisMachine()) {
+    SCOPED_TRACE(hwy::TargetName(target));
+    const OneTarget only(target);
+    for (int depth : TellingLengths()) {
+      const auto a = PackedCells<T>(kTileRows * depth, 1), b = PackedCells<T>(kTileColumns * depth, 2);
+      auto lanes = PackedCells<T>(kTileRows * kTileColumns, 3), twin = lanes;
+      kalmia::simd::AddProductTile(a.data(), b.data(), depth, this->kExact, lanes.data());
+      kalmia::simd::scalar::AddProductTile(a.data(), b.data(), depth, twin.data());
+      EXPECT_TRUE(SameBits(lanes, twin)) << "depth " << depth;
+    }
   }
 }
 

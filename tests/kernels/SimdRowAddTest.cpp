@@ -21,15 +21,6 @@ TYPED_TEST(SimdRowAdd, AddsTheMultipleToEveryCell) {
   EXPECT_EQ(row[2], -39);
 }
 
-TYPED_TEST(SimdRowAdd, LeavesHolesOfTheRowAlone) {
-  TypeParam row[] = {1, -99, 3};
-  const TypeParam w[] = {10, 20, 30};
-  simd::scalar::AddScaledToPresent(row, w, TypeParam(2), 3);
-  EXPECT_EQ(row[0], 21);
-  EXPECT_EQ(row[1], -99);
-  EXPECT_EQ(row[2], 63);
-}
-
 TYPED_TEST(SimdRowAdd, LeavesHolesAndCellsOppositeHolesAloneAndCountsTheLatter) {
   TypeParam row[] = {1, -99, 3, -99};
   const TypeParam w[] = {10, 20, -99, -99};
@@ -58,21 +49,6 @@ TYPED_TEST(SimdRowAdd, LanesGiveTheBitsOfTheScalarTwin) {
       simd::scalar::AddScaled(twins.data(), w.data(), TypeParam(0.7), n);
       EXPECT_TRUE(SameBits(lanes, twins)) << n;
     }
-  }
-}
-
-TYPED_TEST(SimdRowAdd, LanesGiveTheBitsOfTheScalarTwinWithHolesInTheRow) {
-  for (int64_t target : TargetsOfThisMachine()) {
-    SCOPED_TRACE(hwy::TargetName(target));
-    const OneTarget only(target);
-    for (int n : TellingLengths())
-      for (HolePattern ofRow : kHolePatterns) {
-        const auto row = Cells<TypeParam>(n, ofRow, n), w = Cells<TypeParam>(n, HolePattern::None, n + 1);
-        auto lanes = row, twins = row;
-        simd::AddScaledToPresent(lanes.data(), w.data(), TypeParam(0.7), n);
-        simd::scalar::AddScaledToPresent(twins.data(), w.data(), TypeParam(0.7), n);
-        EXPECT_TRUE(SameBits(lanes, twins)) << n;
-      }
   }
 }
 

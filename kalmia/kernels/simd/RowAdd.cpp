@@ -6,23 +6,10 @@
 #define HWY_TARGET_INCLUDE "kalmia/kernels/simd/RowAdd.cpp"
 #include "hwy/foreach_target.h"
 #include "hwy/highway.h"
-#include "kalmia/kernels/simd/Lanes-inl.h"
+#include "kalmia/kernels/simd/RowSum-inl.h"
 
 HWY_BEFORE_NAMESPACE();
 namespace kalmia::simd::HWY_NAMESPACE {
-
-// Holes are sought and kept among the cells as they lie in memory: comparing and choosing costs half of what it does among
-// the widened ones, and a cell that stays is stored as it was.
-
-/// row + w * factor, rounded once.
-template <class T>
-HWY_INLINE NarrowVector<T> SumOf(NarrowVector<T> row, NarrowVector<T> w, WideVector factor) {
-  const WideVector sum = AddProduct<T>(Widen(w), factor, Widen(row));
-  if constexpr (std::is_same_v<T, float>)
-    return hn::DemoteTo(Narrow<T>(), sum);
-  else
-    return sum;
-}
 
 template <class T>
 void Plain(T* row, const T* w, T f, int n) {
@@ -30,22 +17,8 @@ void Plain(T* row, const T* w, T f, int n) {
   const WideVector factor = hn::Set(Wide(), static_cast<double>(f));
   int j = 0;
   for (; n - j >= kWidth; j += kWidth)
-    hn::StoreU(SumOf<T>(hn::LoadU(d, row + j), hn::LoadU(d, w + j), factor), d, row + j);
+    hn::StoreU(SumOf<T>(hn::LoadU(d, row + j), Widen(hn::LoadU(d, w + j)), factor), d, row + j);
   if (j < n) scalar::AddScaled(row + j, w + j, f, n - j);
-}
-
-template <class T>
-void Present(T* row, const T* w, T f, int n) {
-  const Narrow<T> d;
-  const WideVector factor = hn::Set(Wide(), static_cast<double>(f));
-  const auto hole = hn::Set(d, static_cast<T>(kMissing));
-  int j = 0;
-  for (; n - j >= kWidth; j += kWidth) {
-    const auto cells = hn::LoadU(d, row + j);
-    const auto sums = SumOf<T>(cells, hn::LoadU(d, w + j), factor);
-    hn::StoreU(hn::IfThenElse(hn::Eq(cells, hole), cells, sums), d, row + j);
-  }
-  if (j < n) scalar::AddScaledToPresent(row + j, w + j, f, n - j);
 }
 
 template <class T>
@@ -58,7 +31,7 @@ int Masked(T* row, const T* w, T f, int n) {
   for (; n - j >= kWidth; j += kWidth) {
     const auto cells = hn::LoadU(d, row + j), weights = hn::LoadU(d, w + j);
     const auto empty = hn::Eq(cells, hole), weightless = hn::Eq(weights, hole);
-    const auto sums = SumOf<T>(cells, weights, factor);
+    const auto sums = SumOf<T>(cells, Widen(weights), factor);
     hn::StoreU(hn::IfThenElse(hn::Or(empty, weightless), cells, sums), d, row + j);
     holesOpposite = hn::Or(holesOpposite, hn::AndNot(empty, weightless));
   }
@@ -69,8 +42,6 @@ int Masked(T* row, const T* w, T f, int n) {
 
 void FloatPlain(float* row, const float* w, float f, int n) { Plain(row, w, f, n); }
 void DoublePlain(double* row, const double* w, double f, int n) { Plain(row, w, f, n); }
-void FloatPresent(float* row, const float* w, float f, int n) { Present(row, w, f, n); }
-void DoublePresent(double* row, const double* w, double f, int n) { Present(row, w, f, n); }
 int FloatMasked(float* row, const float* w, float f, int n) { return Masked(row, w, f, n); }
 int DoubleMasked(double* row, const double* w, double f, int n) { return Masked(row, w, f, n); }
 
@@ -83,8 +54,6 @@ namespace kalmia::simd {
 
 HWY_EXPORT(FloatPlain);
 HWY_EXPORT(DoublePlain);
-HWY_EXPORT(FloatPresent);
-HWY_EXPORT(DoublePresent);
 HWY_EXPORT(FloatMasked);
 HWY_EXPORT(DoubleMasked);
 
@@ -93,12 +62,6 @@ void AddScaled(float* row, const float* w, float f, int n) {
 }
 void AddScaled(double* row, const double* w, double f, int n) {
   UsesScalarTwins() ? scalar::AddScaled(row, w, f, n) : HWY_DYNAMIC_DISPATCH(DoublePlain)(row, w, f, n);
-}
-void AddScaledToPresent(float* row, const float* w, float f, int n) {
-  UsesScalarTwins() ? scalar::AddScaledToPresent(row, w, f, n) : HWY_DYNAMIC_DISPATCH(FloatPresent)(row, w, f, n);
-}
-void AddScaledToPresent(double* row, const double* w, double f, int n) {
-  UsesScalarTwins() ? scalar::AddScaledToPresent(row, w, f, n) : HWY_DYNAMIC_DISPATCH(DoublePresent)(row, w, f, n);
 }
 int AddScaledMasked(float* row, const float* w, float f, int n) {
   return UsesScalarTwins() ? scalar::AddScaledMasked(row, w, f, n) : HWY_DYNAMIC_DISPATCH(FloatMasked)(row, w, f, n);

@@ -8,10 +8,7 @@ namespace kalmia::simd {
 
 void AddScaled(float* row, const float* w, float f, int n);   ///< no cell is looked at
 void AddScaled(double* row, const double* w, double f, int n);
-/// Only where row[j] is no hole (-99); a hole keeps its bits. No cell of w is looked at: it is known to have no holes.
-void AddScaledToPresent(float* row, const float* w, float f, int n);
-void AddScaledToPresent(double* row, const double* w, double f, int n);
-/// Only where neither row[j] nor w[j] is a hole; every other cell keeps its bits. Returns at how many positions
+/// Only where neither row[j] nor w[j] is a hole (-99); every other cell keeps its bits. Returns at how many positions
 /// the row has a cell and w a hole.
 int AddScaledMasked(float* row, const float* w, float f, int n);
 int AddScaledMasked(double* row, const double* w, double f, int n);
@@ -20,8 +17,6 @@ int AddScaledMasked(double* row, const double* w, double f, int n);
 namespace scalar {
 void AddScaled(float* row, const float* w, float f, int n);
 void AddScaled(double* row, const double* w, double f, int n);
-void AddScaledToPresent(float* row, const float* w, float f, int n);
-void AddScaledToPresent(double* row, const double* w, double f, int n);
 int AddScaledMasked(float* row, const float* w, float f, int n);
 int AddScaledMasked(double* row, const double* w, double f, int n);
 /// At how many of the first n positions the row has a cell and w a hole.

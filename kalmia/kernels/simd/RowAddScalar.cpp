@@ -16,12 +16,6 @@ void AddScaledTwin(T* row, const T* w, T f, int n) {
 }
 
 template <class T>
-void AddScaledToPresentTwin(T* row, const T* w, T f, int n) {
-  for (int j = 0; j < n; ++j)
-    if (row[j] != kMissing) row[j] = Sum(row[j], w[j], f);
-}
-
-template <class T>
 int CountOpposite(const T* row, const T* w, int n) {
   int count = 0;
   for (int j = 0; j < n; ++j) count += row[j] != kMissing && w[j] == kMissing;
@@ -45,8 +39,6 @@ int AddScaledMaskedTwin(T* row, const T* w, T f, int n) {
 
 void AddScaled(float* row, const float* w, float f, int n) { AddScaledTwin(row, w, f, n); }
 void AddScaled(double* row, const double* w, double f, int n) { AddScaledTwin(row, w, f, n); }
-void AddScaledToPresent(float* row, const float* w, float f, int n) { AddScaledToPresentTwin(row, w, f, n); }
-void AddScaledToPresent(double* row, const double* w, double f, int n) { AddScaledToPresentTwin(row, w, f, n); }
 int AddScaledMasked(float* row, const float* w, float f, int n) { return AddScaledMaskedTwin(row, w, f, n); }
 int AddScaledMasked(double* row, const double* w, double f, int n) { return AddScaledMaskedTwin(row, w, f, n); }
 int CountHolesOpposite(const float* row, const float* w, int n) { return CountOpposite(row, w, n); }
