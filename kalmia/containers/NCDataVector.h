@@ -63,6 +63,8 @@ class NCDataVector : public virtual VexStreamBase {
   T operator[](int i) const { return data_[i]; }
   T operator()(int i, T value);                    ///< writes cell i, returns value
   int SetAndReturn_dMisVal(int i, T value);        ///< the same; returns the change of the count: +1, 0 or -1
+  // Ranges are written cell by cell, in ascending order: where the source overlaps the target, a cell that was just
+  // written is read as it is by then.
   void operator()(int first, const T* p, int n);   ///< n cells from a 0-based array
   void SetRange(int first, const T* p, int n);
   void operator()(int first, const NCDataVector& v, int from, int n);  ///< n cells of v, from its cell `from` on
@@ -116,7 +118,8 @@ class NCDataVector : public virtual VexStreamBase {
   static void Multiply(NCDataVector& out, const NCDataVector& a, long double d);
   NCDataVector DotMultiplication(const NCDataVector& v) const;
   NCDataVector DotDivide(const NCDataVector& v) const;  ///< missing also where the divisor is 0
-  NCDataVector VectorDivide(long double d) const;       ///< d over the cell; a cell of 0 is not tested for
+  /// d over the cell; a cell of 0 is not tested for. A target becomes missing opposite a hole (`*` leaves it alone).
+  NCDataVector VectorDivide(long double d) const;
   void Abs();
   void Sqrt();                                          ///< a negative cell becomes a NaN
   /// In place a - d * v; a cell whose v is missing becomes missing, yet the count is left as it was.

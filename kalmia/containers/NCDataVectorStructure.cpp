@@ -1,21 +1,16 @@
 #include <algorithm>
-#include <cstring>
 
 #include "kalmia/containers/AlignedBlock.h"
 #include "kalmia/containers/CapacityRule.h"
+#include "kalmia/containers/MoveCells.h"
 #include "kalmia/containers/NCDataVector.h"
 
 // Size, insertion, removal.
 
 using kalmia::kMissingCell;
+using kalmia::MoveCells;
 
 namespace {
-
-/// Moves n cells; the ranges may overlap.
-template <class T>
-void MoveCells(T* to, const T* from, int n) {
-  if (n > 0) std::memmove(to, from, static_cast<std::size_t>(n) * sizeof(T));
-}
 
 template <class T>
 int CountHoles(const T* first, int n) {
@@ -28,7 +23,7 @@ template <class T>
 void NCDataVector<T>::Reserve(int n) {
   if (n <= capacity_) return;
   kalmia::AlignedBlock<T> block(n);
-  if (size_ > 0) MoveCells(block.Cells() + 1, data_ + 1, size_);
+  MoveCells(block.Cells() + 1, begin(), size_);
   ReplaceBlock(block, n);
 }
 
@@ -81,10 +76,16 @@ template <class T>
 void NCDataVector<T>::InsertValues(int at, const NCDataVector& v) {
   if (v.size_ == 0) return;
   at = std::min(at, size_ + 1);
-  const NCDataVector source(v);  // holds the cells also where v is this vector
-  UnInitialisedInsert(at, source.size_);
-  MoveCells(data_ + at, source.data_ + 1, source.size_);
-  numMisVal_ += source.numMisVal_;
+  const int n = v.size_, holes = v.numMisVal_;
+  UnInitialisedInsert(at, n);
+  if (this == &v) {
+    const int before = at - 1;  // cells that stand in front of the gap; the others moved behind it
+    MoveCells(data_ + at, data_ + 1, before);
+    MoveCells(data_ + at + before, data_ + at + n, n - before);
+  } else {
+    MoveCells(data_ + at, v.data_ + 1, n);
+  }
+  numMisVal_ += holes;
 }
 
 template <class T>

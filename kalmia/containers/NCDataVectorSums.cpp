@@ -39,6 +39,7 @@ bool IsNoNumberToDivide(double x) {
 }
 
 constexpr long double kNoEstimate = kalmia::kMissing;
+constexpr double kChangeFromNothing = 1e30;  ///< the relative change of what was nearly nothing
 
 }  // namespace
 
@@ -83,7 +84,7 @@ long double NCDataVector<T>::Difference(const NCDataVector& v) const {
   const bool complete = numMisVal_ == 0 && v.numMisVal_ == 0;
   if (!complete && !HasPair(a, b, size_)) return kNoEstimate;
   const double reference = SumPairs(a, b, size_, complete, [](double x, double) { return x * x; });
-  if (reference < kalmia::kSmallestDenominator) return 1e30L;
+  if (reference < kalmia::kSmallestDenominator) return kChangeFromNothing;
   const double change = SumPairs(a, b, size_, complete, [](double x, double y) { return (x - y) * (x - y); });
   if (IsNoNumberToDivide(change) || IsNoNumberToDivide(reference)) return kNoEstimate;
   return change / reference;

@@ -4,21 +4,19 @@
 #include <cstdint>
 
 #include "kalmia/containers/CapacityRule.h"
+#include "kalmia/containers/MoveCells.h"
 
 // Life, sharing, access and structure. Order and search are in NCIntegralVectorOrder.cpp, the stream form in
 // NCIntegralVectorStream.cpp.
 
+using kalmia::MoveCells;
+
 namespace {
 
-/// Array for cells 1 to `capacity`, cleared; null where there are none.
+/// Array for cells 1 to `capacity`, undefined; null where there are none.
 template <class T>
 VexVecPointer<T> NewCells(int capacity) {
-  return VexVecPointer<T>(capacity > 0 ? new T[static_cast<std::size_t>(capacity) + 1]() : nullptr);
-}
-
-template <class T>
-void CopyCells(T* to, const T* from, int n) {
-  if (n > 0) std::copy_n(from, n, to);
+  return VexVecPointer<T>(capacity > 0 ? new T[static_cast<std::size_t>(capacity) + 1] : nullptr);
 }
 
 }  // namespace
@@ -33,7 +31,7 @@ NCIntegralVector<T, M>::NCIntegralVector(int n, T value) {
 
 template <class T, int M>
 NCIntegralVector<T, M>::NCIntegralVector(const T* p, int n) : size_(n), capacity_(n), storage_(NewCells<T>(n)) {
-  CopyCells(storage_.Get() ? storage_.Get() + 1 : nullptr, p, n);
+  MoveCells(storage_.Get() ? storage_.Get() + 1 : nullptr, p, n);
 }
 
 template <class T, int M>
@@ -55,7 +53,7 @@ template <class T, int M>
 void NCIntegralVector<T, M>::UnLinkVecPointer(VexVecPointer<T>& storage, int capacity) {
   if (storage.UseCount() == 1) return;
   VexVecPointer<T> own = NewCells<T>(capacity);
-  if (capacity > 0) CopyCells(own.Get() + 1, storage.Get() + 1, capacity);
+  if (capacity > 0) MoveCells(own.Get() + 1, storage.Get() + 1, capacity);
   storage.swap(own);
 }
 
@@ -80,7 +78,7 @@ void NCIntegralVector<T, M>::CopyContent(const NCIntegralVector& other) {
   const NCIntegralVector source(other);  // holds the cells also where other is this vector
   SetSize(source.size_);
   ForceUnlink();
-  if (size_ > 0) CopyCells(storage_.Get() + 1, source.begin(), size_);
+  if (size_ > 0) MoveCells(storage_.Get() + 1, source.begin(), size_);
 }
 
 template <class T, int M>
@@ -127,7 +125,7 @@ template <class T, int M>
 void NCIntegralVector<T, M>::Reserve(int n) {
   if (n <= capacity_) return;
   VexVecPointer<T> larger = NewCells<T>(n);
-  if (size_ > 0) CopyCells(larger.Get() + 1, begin(), size_);
+  if (size_ > 0) MoveCells(larger.Get() + 1, begin(), size_);
   storage_.swap(larger);
   capacity_ = n;
 }
@@ -139,8 +137,8 @@ void NCIntegralVector<T, M>::Insert(int at, int n) {
   if (capacity != capacity_) {
     VexVecPointer<T> larger = NewCells<T>(capacity);
     if (size_ > 0) {
-      CopyCells(larger.Get() + 1, begin(), at - 1);
-      CopyCells(larger.Get() + at + n, storage_.Get() + at, behind);
+      MoveCells(larger.Get() + 1, begin(), at - 1);
+      MoveCells(larger.Get() + at + n, storage_.Get() + at, behind);
     }
     storage_.swap(larger);
     capacity_ = capacity;
@@ -165,7 +163,7 @@ void NCIntegralVector<T, M>::InsertValues(int at, const NCIntegralVector& v) {
   at = std::min(at, size_ + 1);
   const NCIntegralVector source(v);  // holds the cells also where v is this vector
   Insert(at, source.size_);
-  CopyCells(storage_.Get() + at, source.begin(), source.size_);
+  MoveCells(storage_.Get() + at, source.begin(), source.size_);
 }
 
 template <class T, int M>

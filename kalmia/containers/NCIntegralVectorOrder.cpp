@@ -4,6 +4,8 @@
 #include <cstdlib>
 #include <functional>
 #include <map>
+#include <numeric>
+#include <type_traits>
 #include <utility>
 #include <vector>
 
@@ -44,9 +46,9 @@ std::uint64_t RandomBelow(std::uint64_t count) {
 
 template <class T, int M>
 long int NCIntegralVector<T, M>::GetSum() const {
-  long int sum = 0;
-  for (T cell : *this) sum += static_cast<long int>(cell);
-  return sum;
+  // Unsigned cells are added as such: their sum wraps where a signed one would overflow. It is cast once.
+  using Sum = std::conditional_t<std::is_same_v<T, unsigned long>, unsigned long, long int>;
+  return static_cast<long int>(std::accumulate(begin(), end(), Sum{0}));
 }
 
 template <class T, int M>
