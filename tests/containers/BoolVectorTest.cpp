@@ -22,11 +22,14 @@ BoolVector Table() {
 BoolVector Before() { return BoolVector(2, true); }
 
 /// The record of the class, then the base as a whole; version 3 has a directory without entries behind it.
-std::string StreamWithBase(short version, Base base) {
+std::string StreamWithBase(short version, Base base, unsigned short entries = 0) {
   std::ostringstream stream;
   VexStreamableData(version, "BoolVector").Write(stream);
   stream << base;
-  if (version == 3) OutputStreamDirectory(stream, 0).Close();
+  if (version != 3) return stream.str();
+  OutputStreamDirectory directory(stream, entries);
+  for (unsigned short i = 0; i < entries; ++i) WriteBinaryString("of the future", directory.GetOutput(i));
+  directory.Close();
   return stream.str();
 }
 
@@ -147,6 +150,27 @@ TEST(BoolVector, TheRecordOfItsBaseAloneIsRefusedAndChangesNothing) {
 
 TEST(BoolVector, RefusesALieAboutItsSize) {
   for (int size : {-1, 4, 2147483647, -2147483647 - 1}) EXPECT_TRUE(IsRefused(Version1(size, "abc"))) << size;
+}
+
+TEST(BoolVector, PassesOverEntriesOfLaterVersionsOfItself) {
+  std::stringstream stream(StreamWithBase(3, Table(), /*entries=*/2) + StreamOf(BoolVector(5, true)));
+  BoolVector first = Before(), second;
+  ASSERT_TRUE(stream >> first >> second);
+  EXPECT_TRUE(first == Table());
+  EXPECT_TRUE(second == BoolVector(5, true));
+}
+
+TEST(BoolVector, FailsOnAStreamThatFails) {
+  std::ostringstream stream;
+  stream.setstate(std::ios_base::badbit);
+  EXPECT_FALSE(stream << Table());
+  BoolVector v = Table();
+  EXPECT_FALSE(v.VexStreamableWrite(stream));
+}
+
+TEST(BoolVector, TakesNoMoreMemoryForALargeVectorThanItsBound) {
+  EXPECT_TRUE(Attacks().Read(StreamOf(BoolVector(200000, true))));
+  EXPECT_TRUE(Attacks().Read(Version1(200000, std::string(200000, '\1'))));
 }
 
 TEST(BoolVector, StandsEveryCut) {

@@ -4,8 +4,9 @@
 
 #include "PropertyWorld.h"
 
-// Random sequences of operations on tables with holes: after each one all counts are right, and nothing has changed but
-// what the operation names.
+// Random sequences of the operations of all containers and kernels on a world of vectors and tables that share storage:
+// after each one all counts are right, and nothing has changed but what the operation names. Whether the cells are
+// right is not asked here: for vectors NCDataVectorPropertyTest does, beside a model of the cells.
 
 namespace {
 

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "kalmia/containers/NCDataVector.h"
+#include "testing/AllocationMeter.h"
 
 namespace {
 
@@ -43,6 +44,27 @@ TEST(IntPool, HandsOutEachCellOnceOverManyBlocks) {
   EXPECT_EQ(distinct.size(), cells.size());
   for (int i = 0; i < static_cast<int>(cells.size()); ++i) EXPECT_EQ(*cells[static_cast<std::size_t>(i)], i);
   for (int* cell : cells) IntPool::ReleaseInt(cell);
+}
+
+TEST(IntPool, TakesTheHeapOnceForEachBlockfulOfCells) {
+  std::vector<int*> cells;
+  cells.reserve(100 * kCellsPerBlock);
+  const auto takesTheHeap = [&cells] {
+    const PeakBytesDuring meter;
+    cells.push_back(IntPool::GetInt());
+    // A block of 65536 bytes and a place for each of its cells; 4096 for the list of blocks and what the heap adds.
+    EXPECT_LE(meter.GetBytes(), 65536 + kCellsPerBlock * static_cast<int>(sizeof(int*)) + 4096);
+    return meter.GetBytes() > 0;
+  };
+  while (!takesTheHeap()) ASSERT_LT(cells.size(), cells.capacity());
+  for (int block = 0; block < 3; ++block) {  // the cell that has just come is the first of a block
+    for (int i = 1; i < kCellsPerBlock; ++i) ASSERT_FALSE(takesTheHeap()) << "cell " << i << " of its block";
+    ASSERT_TRUE(takesTheHeap());
+  }
+  const PeakBytesDuring meter;
+  for (int* cell : cells) IntPool::ReleaseInt(cell);
+  EXPECT_EQ(meter.GetBytes(), 0);
+  EXPECT_EQ(meter.GetLiveBytes(), 0);  // blocks stay
 }
 
 TEST(IntPool, KeepsWhatWasInACell) {

@@ -10,8 +10,9 @@
 #include "kalmia/containers/NCDataVector.h"
 #include "testing/RandomTables.h"
 
-// Random sequences of operations beside a plain model: after each one the cells are the model's, the count of missing
-// cells is the brute-force one, and the vectors that shared storage before are unchanged.
+// Random sequences of operations on one vector beside a plain model of its cells: after each one the cells are the
+// model's, the count of missing cells is the brute-force one, and a twin that shared storage before is unchanged.
+// CountsAndSharingPropertyTest does without a model, and runs many more operations, on many objects of all kinds.
 
 namespace {
 

@@ -91,6 +91,48 @@ TYPED_TEST(NCDataVectorResult, AnOperandCanBeTheTarget) {
   EXPECT_THAT(a, ElementsAre(-9, -99, -27));
 }
 
+TYPED_TEST(NCDataVectorResult, TheRightOperandCanBeTheTarget) {
+  const NCDataVector<TypeParam> a = VectorOf<TypeParam>({12, -99, 12, 12, -99});
+  const NCDataVector<TypeParam> right = VectorOf<TypeParam>({3, 3, -99, 0, -99});
+  NCDataVector<TypeParam> sum(right), difference(right), product(right), quotient(right);
+  a.Result(&sum) + sum;
+  EXPECT_THAT(sum, ElementsAre(15, -99, -99, 12, -99));
+  a.Result(&difference) - difference;
+  EXPECT_THAT(difference, ElementsAre(9, -99, -99, 12, -99));
+  a.Result(&product).DotMultiplication(product);
+  EXPECT_THAT(product, ElementsAre(36, -99, -99, 0, -99));
+  a.Result(&quotient).DotDivide(quotient);
+  EXPECT_THAT(quotient, ElementsAre(4, -99, -99, -99, -99));
+  for (const auto* v : {&sum, &difference, &product, &quotient}) EXPECT_TRUE(HasExactCounts(*v));
+  EXPECT_THAT(right, ElementsAre(3, 3, -99, 0, -99));
+}
+
+TYPED_TEST(NCDataVectorResult, SubtractingTheMissingValueEmptiesTheTarget) {
+  const NCDataVector<TypeParam> a = VectorOf<TypeParam>({1, 2});
+  NCDataVector<TypeParam> c(2, TypeParam(7)), holder(c);
+  a.Result(&c) - -99.0L;
+  EXPECT_THAT(c, ElementsAre(-99, -99));
+  EXPECT_EQ(c.GetNumMisVal(), 2);
+  EXPECT_THAT(holder, ElementsAre(7, 7));
+}
+
+TYPED_TEST(NCDataVectorResult, ATargetWhoseCountIsHighIsEmptiedAllTheSame) {
+  // A product leaves the target's cells opposite holes alone and takes the count: 7 and 7, both counted as missing.
+  const NCDataVector<TypeParam> holes(2), other = VectorOf<TypeParam>({1, 2});
+  NCDataVector<TypeParam> filled(2, TypeParam(7)), subtracted(2, TypeParam(7));
+  for (NCDataVector<TypeParam>* c : {&filled, &subtracted}) {
+    holes.Result(c) * 2.0L;
+    ASSERT_THAT(*c, ElementsAre(7, 7));
+    ASSERT_EQ(c->GetNumMisVal(), 2);
+  }
+  filled.SetAllValues(kHole<TypeParam>);
+  EXPECT_THAT(filled, ElementsAre(-99, -99));
+  EXPECT_EQ(filled.GetNumMisVal(), 2);
+  other.Result(&subtracted) - -99.0L;
+  EXPECT_THAT(subtracted, ElementsAre(-99, -99));
+  EXPECT_EQ(subtracted.GetNumMisVal(), 2);
+}
+
 TYPED_TEST(NCDataVectorResult, WithoutATargetTheWorkVectorIsNewAndMissing) {
   const NCDataVector<TypeParam> a;
   const PeakBytesDuring meter;

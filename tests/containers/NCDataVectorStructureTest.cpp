@@ -1,10 +1,12 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <limits>
 #include <vector>
 
 #include "kalmia/containers/CapacityRule.h"
 #include "kalmia/containers/NCDataVector.h"
+#include "testing/Ints.h"
 #include "testing/RandomTables.h"
 
 // Size, capacity, insertion, removal.
@@ -126,6 +128,18 @@ TYPED_TEST(NCDataVectorStructure, SetSizeToFewerCellsKeepsTheBlock) {
   EXPECT_EQ(v.GetVector(), block);
 }
 
+TYPED_TEST(NCDataVectorStructure, SetSizeBeyondTheRoomTakesItByTheRule) {
+  NCDataVector<TypeParam> v(10, TypeParam(1));
+  v.SetSize(11);
+  EXPECT_EQ(this->AppendedUntilTheBlockMoves(&v), 20 - 11);
+  NCDataVector<TypeParam> shared(10, TypeParam(1));
+  shared.Reserve(100);
+  const NCDataVector<TypeParam> twin(shared);
+  shared.SetSize(11);  // unlinked first, to a block of its 10 cells
+  EXPECT_EQ(this->AppendedUntilTheBlockMoves(&shared), 20 - 11);
+  EXPECT_EQ(twin.Size(), 10);
+}
+
 TYPED_TEST(NCDataVectorStructure, ResizeKeepsTheCellsAndFillsTheNewOnes) {
   NCDataVector<TypeParam> v = VectorOf<TypeParam>({1, -99, 3});
   EXPECT_EQ(&v.Resize(5, TypeParam(7)), &v);
@@ -195,6 +209,22 @@ TYPED_TEST(NCDataVectorStructure, InsertsItselfOrATwin) {
   EXPECT_TRUE(HasExactCounts(v));
 }
 
+TYPED_TEST(NCDataVectorStructure, InsertsItselfAnywhereIntoTheRoomThatIsThere) {
+  for (int at = 1; at <= 5; ++at) {
+    const std::vector<TypeParam> cells = {1, -99, 3, 4};
+    NCDataVector<TypeParam> v;
+    v.CopyZeroBasedVector(cells.data(), 4);
+    v.Reserve(100);
+    const TypeParam* block = v.GetVector();
+    std::vector<TypeParam> expected = cells;
+    expected.insert(expected.begin() + at - 1, cells.begin(), cells.end());
+    v.InsertValues(at, v);
+    EXPECT_EQ(v.GetVector(), block);
+    EXPECT_EQ(CellsOf(v), expected);
+    EXPECT_TRUE(HasExactCounts(v));
+  }
+}
+
 TYPED_TEST(NCDataVectorStructure, RemovesValuesAnywhereAndKeepsTheBlock) {
   for (int at = 1; at <= 4; ++at)
     for (int n = 0; at + n <= 5; ++n) {
@@ -218,21 +248,17 @@ TYPED_TEST(NCDataVectorStructure, RemovalLeavesTwinsAlone) {
   EXPECT_THAT(twin, ElementsAre(1, 2, 3));
 }
 
-NCIntegralVector<int, -99> Indices(std::vector<int> list) {
-  return NCIntegralVector<int, -99>(list.data(), static_cast<int>(list.size()));
-}
-
 TYPED_TEST(NCDataVectorStructure, RemoveOfIndicesKeepsTheOthersInOrder) {
   NCDataVector<TypeParam> v = VectorOf<TypeParam>({10, 20, 30, 40, 50});
-  v.Remove(Indices({4, 1, 4, 99}));
+  v.Remove(Ints({4, 1, 4, 99}));
   EXPECT_THAT(v, ElementsAre(20, 30, 50));
-  v.Remove(Indices({}));
+  v.Remove(Ints({}));
   EXPECT_THAT(v, ElementsAre(20, 30, 50));
 }
 
 TYPED_TEST(NCDataVectorStructure, RemoveOfIndicesNeitherUnlinksNorCounts) {
   NCDataVector<TypeParam> v = VectorOf<TypeParam>({10, -99, 30}), twin(v);
-  v.Remove(Indices({2}));
+  v.Remove(Ints({2}));
   EXPECT_EQ(v.GetVector(), twin.GetVector());
   EXPECT_THAT(v, ElementsAre(10, 30));
   EXPECT_EQ(v.GetNumMisVal(), 1);            // the hole is gone, its count is not
@@ -284,9 +310,20 @@ TYPED_TEST(NCDataVectorStructure, RemoveOfTheMissingValueDoesNothingWhereNoneIsC
   EXPECT_EQ(v.GetVector(), twin.GetVector());
 }
 
+TYPED_TEST(NCDataVectorStructure, RemoveOfAValueKeepsNaNsEvenWhereOneIsToBeRemoved) {
+  const TypeParam nan = std::numeric_limits<TypeParam>::quiet_NaN();
+  NCDataVector<TypeParam> v = VectorOf<TypeParam>({nan, 5, -99, nan});
+  v.Remove(nan);  // equal to no cell
+  EXPECT_EQ(v.Size(), 4);
+  EXPECT_EQ(v.GetNumMisVal(), 1);
+  v.Remove(TypeParam(5));
+  EXPECT_TRUE(v == VectorOf<TypeParam>({nan, -99, nan}));  // equality is of bytes
+  EXPECT_EQ(v.GetNumMisVal(), 1);
+}
+
 TYPED_TEST(NCDataVectorStructure, ReduceTakesTheListedCellsInTheirOrder) {
   NCDataVector<TypeParam> v = VectorOf<TypeParam>({10, -99, 30}), twin(v);
-  v.Reduce(Indices({3, 1, 3, 2, 2}));
+  v.Reduce(Ints({3, 1, 3, 2, 2}));
   EXPECT_THAT(v, ElementsAre(30, 10, 30, -99, -99));
   EXPECT_EQ(v.GetNumMisVal(), 2);
   EXPECT_THAT(twin, ElementsAre(10, -99, 30));
@@ -295,17 +332,17 @@ TYPED_TEST(NCDataVectorStructure, ReduceTakesTheListedCellsInTheirOrder) {
 
 TYPED_TEST(NCDataVectorStructure, ReduceCountsAnewOnlyWhereHolesWereCounted) {
   NCDataVector<TypeParam> v = VectorOf<TypeParam>({10, -99, 30});
-  v.Reduce(Indices({3, 1}));
+  v.Reduce(Ints({3, 1}));
   EXPECT_EQ(v.GetNumMisVal(), 0);
   v.TransformTo_Sub_d_x_Vt(1.0, VectorOf<TypeParam>({1, -99}));  // makes a hole and leaves the count at 0
-  v.Reduce(Indices({2, 2}));
+  v.Reduce(Ints({2, 2}));
   EXPECT_THAT(v, ElementsAre(-99, -99));
   EXPECT_EQ(v.GetNumMisVal(), 0);
 }
 
 TYPED_TEST(NCDataVectorStructure, ReduceToNothingEmpties) {
   NCDataVector<TypeParam> v = VectorOf<TypeParam>({10, -99}), twin(v);
-  v.Reduce(Indices({}));
+  v.Reduce(Ints({}));
   EXPECT_THAT(v, ElementsAre());
   EXPECT_EQ(v.GetNumMisVal(), 0);
   EXPECT_THAT(twin, ElementsAre(10, -99));

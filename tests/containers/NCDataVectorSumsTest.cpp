@@ -108,6 +108,16 @@ TYPED_TEST(NCDataVectorSums, MinMaxOfThePresentCells) {
   EXPECT_EQ(max, 5);
 }
 
+TYPED_TEST(NCDataVectorSums, MinMaxPassesOverANaNUnlessItComesFirst) {
+  TypeParam min = 1, max = 1;
+  VectorOf<TypeParam>({-99, 3, this->kNaN, 7, this->kNaN, -5}).GetMinMax(min, max);
+  EXPECT_EQ(min, -5);
+  EXPECT_EQ(max, 7);
+  VectorOf<TypeParam>({-99, this->kNaN, 3}).GetMinMax(min, max);  // the first present cell sets both; nothing is below
+  EXPECT_TRUE(std::isnan(min));
+  EXPECT_TRUE(std::isnan(max));
+}
+
 TYPED_TEST(NCDataVectorSums, MinMaxIsMissingWithoutAPresentCell) {
   TypeParam min = 1, max = 1;
   NCDataVector<TypeParam>(3).GetMinMax(min, max);
@@ -145,6 +155,15 @@ TYPED_TEST(NCDataVectorSums, NormaliseOfHolesAloneIsMissing) {
   EXPECT_EQ(v.GetVector(), twin.GetVector());
 }
 
+TYPED_TEST(NCDataVectorSums, NormaliseByANormThatIsNoNumberSpoilsEveryPresentCell) {
+  NCDataVector<TypeParam> v = VectorOf<TypeParam>({1, -99, this->kNaN});
+  EXPECT_TRUE(std::isnan(v.Normalise()));
+  EXPECT_TRUE(std::isnan(v[1]));
+  EXPECT_EQ(v[2], -99);
+  EXPECT_TRUE(std::isnan(v[3]));
+  EXPECT_EQ(v.GetNumMisVal(), 1);
+}
+
 TYPED_TEST(NCDataVectorSums, NormaliseGivesUnitLength) {
   for (int n = 1; n <= 40; ++n) {
     NCDataVector<TypeParam> v = RandomVector<TypeParam>(n, 0.0, static_cast<unsigned>(n));
@@ -174,11 +193,11 @@ TYPED_TEST(NCDataVectorSums, DifferenceWithoutAPairIsMissing) {
 }
 
 TYPED_TEST(NCDataVectorSums, DifferenceFromNearlyNothingIs1e30) {
-  EXPECT_EQ(this->Difference({0, 0}, {1, 1}), 1e30L);
-  EXPECT_EQ(this->Difference({}, {}), 1e30L);
-  EXPECT_EQ(this->Difference({0}, {this->kNaN}), 1e30L);  // this comes before the look at the numerator
-  EXPECT_EQ(this->Difference({TypeParam(9e-16)}, {1}), 1e30L);  // (9e-16)^2 is below 1e-30
-  EXPECT_NE(this->Difference({TypeParam(1.1e-15)}, {1}), 1e30L);
+  EXPECT_EQ(this->Difference({0, 0}, {1, 1}), 1e30);
+  EXPECT_EQ(this->Difference({}, {}), 1e30);
+  EXPECT_EQ(this->Difference({0}, {this->kNaN}), 1e30);  // this comes before the look at the numerator
+  EXPECT_EQ(this->Difference({TypeParam(9e-16)}, {1}), 1e30);  // (9e-16)^2 is below 1e-30
+  EXPECT_NE(this->Difference({TypeParam(1.1e-15)}, {1}), 1e30);
 }
 
 TYPED_TEST(NCDataVectorSums, DifferenceIsMissingWhereASumIsNoNumber) {
@@ -187,6 +206,20 @@ TYPED_TEST(NCDataVectorSums, DifferenceIsMissingWhereASumIsNoNumber) {
   EXPECT_EQ(this->Difference({1}, {-this->kInfinity}), -99);
   EXPECT_EQ(this->Difference({this->kNaN}, {1}), -99);
   EXPECT_EQ(this->Difference({this->kInfinity}, {1}), -99);
+}
+
+TYPED_TEST(NCDataVectorSums, DifferenceWithHolesIsSpoiledByANaNInAPairOnly) {
+  EXPECT_EQ(this->Difference({1, -99, this->kNaN}, {1, 1, 1}), -99);
+  EXPECT_EQ(this->Difference({1, 1, 1}, {-99, 2, this->kNaN}), -99);
+  EXPECT_EQ(this->Difference({this->kNaN, -99}, {1, 1}), -99);
+  EXPECT_EQ(this->Difference({2, this->kNaN}, {1, -99}), 0.25);
+  EXPECT_EQ(this->Difference({2, -99}, {1, this->kNaN}), 0.25);
+}
+
+TEST(NCDataVectorDifference, FromADenominatorOfExactly1em30IsTheQuotient) {
+  ASSERT_EQ(1e-15 * 1e-15, 1e-30);
+  EXPECT_EQ(VectorOf<double>({1e-15}).Difference(VectorOf<double>({0})), 1);
+  EXPECT_EQ(VectorOf<double>({std::nextafter(1e-15, 0.0)}).Difference(VectorOf<double>({0})), 1e30);
 }
 
 TEST(NCDataVectorDifference, OfDoublesIsMissingWhereTheNumeratorIsDenormal) {

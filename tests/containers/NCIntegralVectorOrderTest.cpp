@@ -4,11 +4,13 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdlib>
+#include <limits>
 #include <numeric>
 #include <random>
 #include <vector>
 
 #include "kalmia/containers/NCIntegralVector.h"
+#include "testing/Ints.h"
 
 // Statistics, comparison, order and search.
 
@@ -21,7 +23,6 @@ using IntVector = NCIntegralVector<int, -99>;
 using BoolCells = NCIntegralVector<bool, 0>;
 using LongVector = NCIntegralVector<unsigned long, 0>;
 
-IntVector Ints(const std::vector<int>& cells) { return IntVector(cells.data(), static_cast<int>(cells.size())); }
 LongVector Longs(const std::vector<unsigned long>& cells) {
   return LongVector(cells.data(), static_cast<int>(cells.size()));
 }
@@ -53,6 +54,12 @@ TEST(NCIntegralVectorStatistics, OfKnownCells) {
 
 TEST(NCIntegralVectorStatistics, SumIsWiderThanACell) {
   EXPECT_EQ(Ints({2147483647, 2147483647}).GetSum(), 4294967294L);
+}
+
+TEST(NCIntegralVectorStatistics, SumOfUnsignedLongsIsTakenInTheirOwnType) {
+  constexpr unsigned long kLargest = std::numeric_limits<unsigned long>::max();
+  EXPECT_EQ(Longs({kLargest, 6}).GetSum(), 5);  // it wraps, as unsigned numbers do
+  EXPECT_EQ(Longs({kLargest / 2, kLargest / 2, 5}).GetSum(), 3);  // a signed sum would overflow at the second cell
 }
 
 TEST(NCIntegralVectorStatistics, AMeanOfExactlyMinus99HasNoVariance) {
@@ -194,6 +201,24 @@ TEST(NCIntegralVectorOrder, SortWithOriginalIndexTellsWhereEachCellWas) {
         }
         ASSERT_THAT(twin, ElementsAreArray(input));
       }
+}
+
+TEST(NCIntegralVectorOrder, SortWithOriginalIndexKeepsTiesInAscendingPositions) {
+  const IntVector v = Ints({5, 2, -99, 5, 2, -99});
+  std::vector<int> order;
+  IntVector(v).SortWithOriginalIndex(/*ascending=*/true, /*misValAware=*/true, order);
+  EXPECT_THAT(order, ElementsAre(2, 5, 1, 4, 3, 6));
+  IntVector(v).SortWithOriginalIndex(false, true, order);
+  EXPECT_THAT(order, ElementsAre(1, 4, 2, 5, 3, 6));
+  IntVector(v).SortWithOriginalIndex(true, false, order);
+  EXPECT_THAT(order, ElementsAre(3, 6, 2, 5, 1, 4));
+  IntVector(v).SortWithOriginalIndex(false, false, order);
+  EXPECT_THAT(order, ElementsAre(1, 4, 2, 5, 3, 6));
+  // More cells than a sort finishes by insertion.
+  IntVector(100, 7).SortWithOriginalIndex(false, true, order);
+  std::vector<int> positions(100);
+  std::iota(positions.begin(), positions.end(), 1);
+  EXPECT_EQ(order, positions);
 }
 
 // ---- Search

@@ -161,6 +161,14 @@ TYPED_TEST(NCIntegralVectorStream, IsWrittenAndReadOnceInAPass) {
   EXPECT_TRUE(v == this->Table());
 }
 
+TYPED_TEST(NCIntegralVectorStream, FailsOnAStreamThatFails) {
+  std::ostringstream stream;
+  stream.setstate(std::ios_base::badbit);
+  EXPECT_FALSE(stream << this->Table());
+  TypeParam v = this->Table();
+  EXPECT_FALSE(v.VexStreamableWrite(stream));
+}
+
 TYPED_TEST(NCIntegralVectorStream, StandsEveryCut) {
   this->Attacks().EveryCut(StreamOf(this->Table()));
   for (short version : {1, 2, 3}) this->Attacks().EveryCut(this->OldStream(version, 4, this->Table()));

@@ -3,10 +3,12 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstddef>
 #include <vector>
 
 #include "testing/AllocationMeter.h"
+#include "testing/Ints.h"
 
 // Life, sharing, access and structure.
 
@@ -19,8 +21,6 @@ using ::testing::IsEmpty;
 using IntVector = NCIntegralVector<int, -99>;
 using BoolCells = NCIntegralVector<bool, 0>;
 using LongVector = NCIntegralVector<unsigned long, 0>;
-
-IntVector Ints(const std::vector<int>& cells) { return IntVector(cells.data(), static_cast<int>(cells.size())); }
 
 int AppendedUntilTheBlockMoves(IntVector* v) {
   const int* block = v->GetPtr();
