@@ -28,7 +28,7 @@ struct MatrixDestroyer {
 /// missing cells per column and in total. Sharing works on two levels: a copy shares the whole row array; once that is
 /// split by a write, the rows go on sharing their cells one by one. Instantiated for `float` and `double`.
 /// No index or shape is checked. Not safe for concurrent writes; counts of sharing are plain memory. What an operation
-/// is given may be a row of the matrix itself, or the matrix.
+/// is given may be a row of the matrix itself, or the matrix; so may a result target, which may be any operand, too.
 ///
 /// Writing operations unlink first and keep all counts of missing cells, but for those that say otherwise. Memory that
 /// is not there surfaces as std::bad_alloc: where life, sharing and structure are concerned nothing has changed by then
@@ -186,8 +186,8 @@ class NCDataMatrix : public virtual VexStreamBase {
   NCDataVector<T> SpecialNipalsRegressRowsFix(const NCDataVector<T>& v, const NCIntegralVector<int, -99>* groups,
                                               int group) const;
   NCDataVector<T> SpecialNipalsRegressRowsFixWithExclude(const NCDataVector<T>& v, int start, int stride) const;
-  /// The column of largest sum of squares (a later one must win by a part in a million), holes filled with a
-  /// hundredth of its largest absolute value, signs alternating; a single column is returned with its holes.
+  /// The column of largest sum of squares (a later one must win by a part in a million), holes filled with a hundredth
+  /// of its largest absolute value (9900: -99 is a hole again), signs alternating; one column alone keeps its holes.
   NCDataVector<T> GetNIPALSStartColumn() const;
   NCDataVector<T> PreMultiply(const NCDataVector<T>& v) const;     ///< v' X
   /// Row r of X takes f * w added (w from 0); the row step of AddVprimV. A missing f empties the row.

@@ -11,6 +11,10 @@ namespace kalmia {
 /// The cells of a vector with some positions left out, as cross-validation does: a position left out is a hole in a
 /// copy, so that it never enters a sum and no sum has to know of the rule. Without a rule the vector's own cells are
 /// used. Vectors of up to kCellsOnStack cells take no memory from the heap.
+///
+/// A vector whose count says that it has no holes may have cells of -99, which are numbers then. It is copied as one
+/// without holes, with 0 at the positions left out: that changes no bit of a sum, unless an infinity or a NaN stands
+/// opposite.
 template <class T>
 class WithExcluded {
  public:
@@ -24,7 +28,7 @@ class WithExcluded {
     T* copy = Copy();
     int counter = 1;
     for (int i = 0; i < size_; ++i) {
-      if (counter == start) copy[i] = static_cast<T>(kMissing);
+      if (counter == start) copy[i] = leftOut_;
       if (++counter == stride) counter = 0;
     }
   }
@@ -33,7 +37,7 @@ class WithExcluded {
   WithExcluded(const NCDataVector<T>& v, const NCIntegralVector<int, -99>& groups, int group) : WithExcluded(v) {
     T* copy = Copy();
     for (int i = 0; i < size_; ++i)
-      if (groups[i + 1] == group) copy[i] = static_cast<T>(kMissing);
+      if (groups[i + 1] == group) copy[i] = leftOut_;
   }
 
   WithExcluded(const WithExcluded&) = delete;
@@ -52,15 +56,22 @@ class WithExcluded {
       heap_.resize(size_);
       copy = heap_.data();
     }
-    for (int i = 0; i < size_; ++i) copy[i] = cells_[i];
+    bool foundHole = false;
+    for (int i = 0; i < size_; ++i) {
+      copy[i] = cells_[i];
+      foundHole |= copy[i] == kMissing;
+    }
+    const bool numbersLikeHoles = foundHole && !hasHoles_;
+    leftOut_ = numbersLikeHoles ? T(0) : static_cast<T>(kMissing);
+    hasHoles_ = !numbersLikeHoles;
     cells_ = copy;
-    hasHoles_ = true;
     return copy;
   }
 
   const T* cells_;
   int size_;
   bool hasHoles_;
+  T leftOut_ = 0;  ///< what stands in the copy at the positions left out
   std::vector<T> heap_;
   T stack_[kCellsOnStack];
 };

@@ -8,8 +8,8 @@ namespace kalmia {
 /// row i from 0, its cells from 0.
 ///
 /// With `holes` only the k count at which both cells are present, and a cell without any such k is missing. Without,
-/// every cell is a number, and an empty shared index gives 0. Each cell's sum runs in double
-/// in ascending order of k and is rounded once, on storing: the same bits in any tiling and for any number of threads.
+/// every cell is a number, and an empty shared index gives 0. Each cell's sum runs in double in ascending order of k
+/// and is rounded once, on storing: the same bits in any tiling and for any number of threads.
 /// |error| before storing <= n u sum |a b|, n the shared length, u = 2^-53 (Higham 2002, Accuracy and Stability, 3.1).
 /// Cost: 2 * outer * outer * shared operations, tile by tile through packed copies that stay in the second-level cache.
 template <class T>

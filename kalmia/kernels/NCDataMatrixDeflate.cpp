@@ -4,6 +4,7 @@
 #include <cstdint>
 
 #include "kalmia/containers/NCDataMatrix.h"
+#include "kalmia/kernels/Regression.h"
 #include "kalmia/kernels/RowOperand.h"
 #include "kalmia/kernels/Team.h"
 #include "kalmia/kernels/simd/RowsAdd.h"
@@ -51,7 +52,7 @@ void NCDataMatrix<T>::AddVprimV(const NCDataVector<T>& u, const NCDataVector<T>&
   if (rows_ == 0 || columns_ == 0) return;
   const T* scores = (*alongRows).GetVector();
   const T* weights = (*alongColumns).begin();
-  const int misValMode = (numMisVal_ > 0 ? 1 : 0) + ((*alongColumns).GetNumMisVal() > 0 ? 2 : 0);
+  const int misValMode = kalmia::MisValMode(numMisVal_, (*alongColumns).GetNumMisVal());
   const RowStep step = StepFor(misValMode, weights, columns_);
   int* columnMisVal = &(*columnMisVal_)(1) - 1;  // cell 0 exists
   const int team = kalmia::TeamSize(std::int64_t{rows_} * columns_);

@@ -5,18 +5,17 @@
 #include "kalmia/kernels/ColumnWalk.h"
 #include "kalmia/kernels/Slices.h"
 #include "kalmia/kernels/Team.h"
+#include "kalmia/kernels/VectorInTarget.h"
 
 // The row vector v' X.
 
 namespace {
 
-constexpr int kColumnsPerGrain = 16;
-
 /// Calls block(first, n) for blocks of all columns, shared out among the team that pays; returns the sum of its results.
 template <class T, class Block>
 int SumOverBlocks(const NCDataMatrix<T>& X, const Block& block) {
   const int team = kalmia::TeamSize(static_cast<std::int64_t>(X.SizeRows()) * X.SizeColumns());
-  return kalmia::ForSlices(X.SizeColumns(), team, kColumnsPerGrain, [&](int first, int last) {
+  return kalmia::ForSlices(X.SizeColumns(), team, kalmia::kColumnsPerGrain, [&](int first, int last) {
     int sum = 0;
     kalmia::ForColumnBlocks(first, last, [&](int c, int n) { sum += block(c, n); });
     return sum;
@@ -32,43 +31,41 @@ NCDataVector<T> NCDataMatrix<T>::PreMultiply(const NCDataVector<T>& v) const {
 
 template <class T>
 NCDataVector<T> NCDataMatrix<T>::PreMultiplyNonMisVal(const NCDataVector<T>& v) const {
-  VectorDestroyer<T> result;
-  GetReturnVector(result, columns_);
-  T* out = result.vector->data_;
-  SumOverBlocks(*this, [&](int first, int n) {
-    const kalmia::BlockRoom<T> room(n);
-    kalmia::SumColumns(*this, v, first, n, room.Products());
-    for (int j = 0; j < n; ++j) out[first + j] = static_cast<T>(room.Products()[j]);
-    return 0;
+  return kalmia::VectorInTarget(*this, &v, columns_, [&](NCDataVector<T>& result) {
+    T* out = result.data_;
+    SumOverBlocks(*this, [&](int first, int n) {
+      const kalmia::BlockRoom<T> room(n);
+      kalmia::SumColumns(*this, v, first, n, room.Products());
+      for (int j = 0; j < n; ++j) out[first + j] = static_cast<T>(room.Products()[j]);
+      return 0;
+    });
+    result.numMisVal_ = 0;
   });
-  result.vector->numMisVal_ = 0;
-  return *result.vector;
 }
 
 template <class T>
 NCDataVector<T> NCDataMatrix<T>::PreMultiplyMisVal(const NCDataVector<T>& v) const {
-  VectorDestroyer<T> result;
-  GetReturnVector(result, columns_);
-  result.vector->SetAllValues(static_cast<T>(kalmia::kMissing));
-  if (v.numMisVal_ >= rows_) return *result.vector;
-  T* out = result.vector->data_;
-  const bool vHasHoles = v.numMisVal_ > 0;
-  result.vector->numMisVal_ -= SumOverBlocks(*this, [&](int first, int n) {
-    const kalmia::BlockRoom<T> room(n);
-    kalmia::MarkColumnsWithHoles(*this, first, n, room.Holes());
-    kalmia::SumColumnPairs(*this, v, vHasHoles ? kalmia::RowsUsed::WithV : kalmia::RowsUsed::All,
-                           kalmia::RowWeight::One, first, n, room.Holes(), room.Products(), room.Weights());
-    int written = 0;
-    for (int j = 0; j < n; ++j) {
-      const int holes = GetColumnMisVal(first + j);
-      const bool complete = holes == 0 && !vHasHoles;
-      if (holes == rows_ || (room.Weights()[j] == 0 && !complete)) continue;
-      out[first + j] = static_cast<T>(room.Products()[j]);
-      written += out[first + j] != kalmia::kMissing;
-    }
-    return written;
+  return kalmia::VectorInTarget(*this, &v, columns_, [&](NCDataVector<T>& result) {
+    result.SetAllValues(static_cast<T>(kalmia::kMissing));
+    if (v.numMisVal_ >= rows_) return;
+    T* out = result.data_;
+    const bool vHasHoles = v.numMisVal_ > 0;
+    result.numMisVal_ -= SumOverBlocks(*this, [&](int first, int n) {
+      const kalmia::BlockRoom<T> room(n);
+      kalmia::MarkColumnsWithHoles(*this, first, n, room.Holes());
+      kalmia::SumColumnPairs(*this, v, vHasHoles ? kalmia::RowsUsed::WithV : kalmia::RowsUsed::All,
+                             kalmia::RowWeight::One, first, n, room.Holes(), room.Products(), room.Weights());
+      int written = 0;
+      for (int j = 0; j < n; ++j) {
+        const int holes = GetColumnMisVal(first + j);
+        const bool complete = holes == 0 && !vHasHoles;
+        if (holes == rows_ || (room.Weights()[j] == 0 && !complete)) continue;
+        out[first + j] = static_cast<T>(room.Products()[j]);
+        written += out[first + j] != kalmia::kMissing;
+      }
+      return written;
+    });
   });
-  return *result.vector;
 }
 
 template <class T>

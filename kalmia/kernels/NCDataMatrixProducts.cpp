@@ -5,8 +5,8 @@
 
 #include "kalmia/containers/NCDataMatrix.h"
 #include "kalmia/kernels/MatrixProduct.h"
-#include "kalmia/kernels/RowOperand.h"
 #include "kalmia/kernels/Team.h"
+#include "kalmia/kernels/VectorInTarget.h"
 #include "kalmia/kernels/simd/Dots.h"
 
 using kalmia::kMissing;
@@ -82,7 +82,8 @@ NCDataMatrix<T> NCDataMatrix<T>::MultiplyTransposeBoth(const NCDataMatrix& B) co
                          [&](NCDataMatrix& product) { MultiplyInto(product, B, true, true); });
 }
 
-/// With holes, row r is B.PreMultiply(row r of this) to the bit: both add a column's products in the order of the rows.
+/// With holes that are all counted, row r is B.PreMultiply(row r of this) to the bit: both add a column's products in
+/// the order of the rows. A cell of -99 that no count knows is a hole here, while PreMultiply believes the counts.
 template <class T>
 NCDataMatrix<T> NCDataMatrix<T>::operator*(const NCDataMatrix& B) const {
   return ProductInTarget(*this, B, rows_, B.columns_,
@@ -104,21 +105,17 @@ void NCDataMatrix<T>::TransformToMprim_mul_M() {
 
 template <class T>
 NCDataVector<T> NCDataMatrix<T>::operator*(const NCDataVector<T>& v) const {
-  VectorDestroyer<T> holder;
-  GetReturnVector(holder, rows_);
-  if (holder.vector == &v || kalmia::IsRowOf(*holder.vector, *this)) {
-    *holder.vector = *this * v;
-    return *holder.vector;
-  }
-  T* cells = holder.vector->data_;
-  int missing = 0;
-#pragma omp parallel for schedule(static) reduction(+ : missing) num_threads(kalmia::TeamSize(std::int64_t{rows_} * columns_))
-  for (int r = 1; r <= rows_; ++r) {
-    cells[r] = static_cast<T>(rowArray_[r] * v);
-    missing += cells[r] == kMissing;
-  }
-  holder.vector->numMisVal_ = missing;
-  return *holder.vector;
+  return kalmia::VectorInTarget(*this, &v, rows_, [&](NCDataVector<T>& product) {
+    T* cells = product.data_;
+    int missing = 0;
+#pragma omp parallel for schedule(static) reduction(+ : missing) \
+    num_threads(kalmia::TeamSize(std::int64_t{rows_} * columns_))
+    for (int r = 1; r <= rows_; ++r) {
+      cells[r] = static_cast<T>(rowArray_[r] * v);
+      missing += cells[r] == kMissing;
+    }
+    product.numMisVal_ = missing;
+  });
 }
 
 template <class T>

@@ -7,13 +7,11 @@
 #include "kalmia/kernels/Slices.h"
 #include "kalmia/kernels/Team.h"
 #include "kalmia/kernels/ThreadingControl.h"
+#include "kalmia/kernels/VectorInTarget.h"
 
 // The columns of a table regressed on a vector along its rows: loadings.
 
 namespace {
-
-/// Slices of columns start at multiples of this: whole cache lines of a row.
-constexpr int kColumnsPerGrain = 16;
 
 /// A table with fewer cells is done before a thread has been created and joined.
 constexpr std::int64_t kCellsThatPayForThreads = 400000;
@@ -41,7 +39,7 @@ double SumOfSquaresInOrder(const NCDataVector<T>& v) {
 
 template <class T>
 int ByTeam(const kalmia::ColumnRegression<T>& regression, T* out, int columns) {
-  return kalmia::ForSlices(columns, kalmia::TeamSize(Cells(regression.X)), kColumnsPerGrain,
+  return kalmia::ForSlices(columns, kalmia::TeamSize(Cells(regression.X)), kalmia::kColumnsPerGrain,
                            [&](int first, int last) { return regression.Slice(out, first, last); });
 }
 
@@ -57,43 +55,40 @@ int ByThreads(const kalmia::ColumnRegression<T>& regression, T* out, int columns
 
 template <class T>
 NCDataVector<T> NCDataMatrix<T>::RegressColumns(const NCDataVector<T>& v) const {
-  VectorDestroyer<T> result;
-  GetReturnVector(result, columns_);
-  const kalmia::ColumnRegression<T> regression{*this, v, v.GetSS(), kalmia::MisValMode(numMisVal_, v.numMisVal_),
-                                               /*fix=*/false};
-  NCDataVector<T>& out = AllMissingAndUnshared(*result.vector);
-  out.numMisVal_ += ByTeam(regression, out.data_, columns_);
-  return out;
+  return kalmia::VectorInTarget(*this, &v, columns_, [&](NCDataVector<T>& result) {
+    const kalmia::ColumnRegression<T> regression{*this, v, v.GetSS(), kalmia::MisValMode(numMisVal_, v.numMisVal_),
+                                                 /*fix=*/false};
+    NCDataVector<T>& out = AllMissingAndUnshared(result);
+    out.numMisVal_ += ByTeam(regression, out.data_, columns_);
+  });
 }
 
 template <class T>
 NCDataVector<T> NCDataMatrix<T>::SpecialNipalsRegressColumnsFix(const NCDataVector<T>& v) const {
   if (numMisVal_ == 0 && v.numMisVal_ == 0) return RegressColumns(v);
-  VectorDestroyer<T> result;
-  GetReturnVector(result, columns_);
-  const kalmia::ColumnRegression<T> regression{*this, v, v.GetSS(), kalmia::MisValMode(numMisVal_, v.numMisVal_),
-                                               /*fix=*/true};
-  NCDataVector<T>& out = AllMissingAndUnshared(*result.vector);
-  out.numMisVal_ += ByThreads(regression, out.data_, columns_);
-  return out;
+  return kalmia::VectorInTarget(*this, &v, columns_, [&](NCDataVector<T>& result) {
+    const kalmia::ColumnRegression<T> regression{*this, v, v.GetSS(), kalmia::MisValMode(numMisVal_, v.numMisVal_),
+                                                 /*fix=*/true};
+    NCDataVector<T>& out = AllMissingAndUnshared(result);
+    out.numMisVal_ += ByThreads(regression, out.data_, columns_);
+  });
 }
 
 template <class T>
 NCDataVector<T> NCDataMatrix<T>::SpecialNipalsRegressColumnsFix(const NCDataVector<T>& v,
                                                                 const NCIntegralVector<int, -99>* groups,
                                                                 int group) const {
-  VectorDestroyer<T> result;
-  GetReturnVector(result, columns_);
-  const int mode = kalmia::MisValMode(numMisVal_, v.numMisVal_);
-  const long double ss = mode < 2 ? v.GetSS() : SumOfSquaresInOrder(v);
-  const kalmia::ColumnRegression<T> regression{*this, v, ss, mode, /*fix=*/true};
-  NCDataVector<T>& out = AllMissingAndUnshared(*result.vector);
-  ByTeam(regression, out.data_, columns_);
-  if (groups)
-    for (int c = 1; c <= columns_; ++c)
-      if ((*groups)[c] == group) out.data_[c] = static_cast<T>(kalmia::kMissing);
-  out.CountMissing();
-  return out;
+  return kalmia::VectorInTarget(*this, &v, columns_, [&](NCDataVector<T>& result) {
+    const int mode = kalmia::MisValMode(numMisVal_, v.numMisVal_);
+    const long double ss = mode < 2 ? v.GetSS() : SumOfSquaresInOrder(v);
+    const kalmia::ColumnRegression<T> regression{*this, v, ss, mode, /*fix=*/true};
+    NCDataVector<T>& out = AllMissingAndUnshared(result);
+    ByTeam(regression, out.data_, columns_);
+    if (groups)
+      for (int c = 1; c <= columns_; ++c)
+        if ((*groups)[c] == group) out.data_[c] = static_cast<T>(kalmia::kMissing);
+    out.CountMissing();
+  });
 }
 
 #define KALMIA_INSTANTIATE(T)                                                                                   \

@@ -3,6 +3,7 @@
 #include "kalmia/kernels/RowRegression.h"
 #include "kalmia/kernels/Slices.h"
 #include "kalmia/kernels/Team.h"
+#include "kalmia/kernels/VectorInTarget.h"
 
 // The rows of a table regressed on a vector along its columns: scores.
 
@@ -23,32 +24,29 @@ int RegressAllRows(const NCDataMatrix<T>& X, const kalmia::WithExcluded<T>& v, b
 
 template <class T>
 NCDataVector<T> NCDataMatrix<T>::RegressRows(const NCDataVector<T>& v) const {
-  VectorDestroyer<T> result;
-  GetReturnVector(result, rows_);
   const kalmia::WithExcluded<T> cells(v);
-  result.vector->numMisVal_ = RegressAllRows(*this, cells, /*fix=*/false, result.vector->data_);
-  return *result.vector;
+  return kalmia::VectorInTarget(*this, &v, rows_, [&](NCDataVector<T>& result) {
+    result.numMisVal_ = RegressAllRows(*this, cells, /*fix=*/false, result.data_);
+  });
 }
 
 template <class T>
 NCDataVector<T> NCDataMatrix<T>::SpecialNipalsRegressRowsFix(const NCDataVector<T>& v,
                                                              const NCIntegralVector<int, -99>* groups,
                                                              int group) const {
-  VectorDestroyer<T> result;
-  GetReturnVector(result, rows_);
   const kalmia::WithExcluded<T> cells = groups ? kalmia::WithExcluded<T>(v, *groups, group) : kalmia::WithExcluded<T>(v);
-  result.vector->numMisVal_ = RegressAllRows(*this, cells, /*fix=*/true, result.vector->data_);
-  return *result.vector;
+  return kalmia::VectorInTarget(*this, &v, rows_, [&](NCDataVector<T>& result) {
+    result.numMisVal_ = RegressAllRows(*this, cells, /*fix=*/true, result.data_);
+  });
 }
 
 template <class T>
 NCDataVector<T> NCDataMatrix<T>::SpecialNipalsRegressRowsFixWithExclude(const NCDataVector<T>& v, int start,
                                                                         int stride) const {
-  VectorDestroyer<T> result;
-  GetReturnVector(result, rows_);
   const kalmia::WithExcluded<T> cells(v, start, stride);
-  result.vector->numMisVal_ = RegressAllRows(*this, cells, /*fix=*/true, result.vector->data_);
-  return *result.vector;
+  return kalmia::VectorInTarget(*this, &v, rows_, [&](NCDataVector<T>& result) {
+    result.numMisVal_ = RegressAllRows(*this, cells, /*fix=*/true, result.data_);
+  });
 }
 
 #define KALMIA_INSTANTIATE(T)                                                                                       \

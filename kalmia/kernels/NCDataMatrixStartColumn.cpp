@@ -6,6 +6,7 @@
 #include "kalmia/kernels/ColumnWalk.h"
 #include "kalmia/kernels/Slices.h"
 #include "kalmia/kernels/Team.h"
+#include "kalmia/kernels/VectorInTarget.h"
 
 // The score vector that an iteration starts from.
 
@@ -17,9 +18,8 @@ constexpr double kLeadOfALaterColumn = 1.000001;
 /// The sum of squares of every column, over its present cells. Columns are shared out, so any team gives the same bits.
 template <class T>
 void SumSquares(const NCDataMatrix<T>& X, double* squares) {
-  constexpr int kColumnsPerGrain = 16;
   const int team = kalmia::TeamSize(static_cast<std::int64_t>(X.SizeRows()) * X.SizeColumns());
-  kalmia::ForSlices(X.SizeColumns(), team, kColumnsPerGrain, [&](int first, int last) {
+  kalmia::ForSlices(X.SizeColumns(), team, kalmia::kColumnsPerGrain, [&](int first, int last) {
     kalmia::ForColumnBlocks(first, last, [&](int c, int n) {
       const kalmia::BlockRoom<T> room(n);
       kalmia::MarkColumnsWithHoles(X, c, n, room.Holes());
@@ -44,7 +44,8 @@ int ColumnOfLargestSumOfSquares(const NCDataMatrix<T>& X) {
   return chosen;
 }
 
-/// Fills the holes with a hundredth of the largest absolute value, signs alternating from plus.
+/// Fills the holes with a hundredth of the largest absolute value, signs alternating from plus. If that is 99, every
+/// second fill is a hole by accident.
 template <class T>
 void FillHoles(T* cells, int n) {
   T largest = -1;
@@ -62,21 +63,19 @@ void FillHoles(T* cells, int n) {
 
 template <class T>
 NCDataVector<T> NCDataMatrix<T>::GetNIPALSStartColumn() const {
-  VectorDestroyer<T> result;
-  GetReturnVector(result, rows_);
-  NCDataVector<T>& start = *result.vector;
-  if (columns_ < 1) {
-    start.SetAllValues(static_cast<T>(kalmia::kMissing));
-    return start;
-  }
-  const int c = columns_ == 1 ? 1 : ColumnOfLargestSumOfSquares(*this);
-  for (int r = 1; r <= rows_; ++r) start.data_[r] = rowArray_[r].data_[c];
-  start.CountMissing();
-  if (columns_ > 1 && start.numMisVal_ > 0 && start.numMisVal_ < rows_) {
-    FillHoles(start.data_, rows_);
+  return kalmia::VectorInTarget<T>(*this, nullptr, rows_, [&](NCDataVector<T>& start) {
+    if (columns_ < 1) {
+      start.SetAllValues(static_cast<T>(kalmia::kMissing));
+      return;
+    }
+    const int c = columns_ == 1 ? 1 : ColumnOfLargestSumOfSquares(*this);
+    for (int r = 1; r <= rows_; ++r) start.data_[r] = rowArray_[r].data_[c];
     start.CountMissing();
-  }
-  return start;
+    if (columns_ > 1 && start.numMisVal_ > 0 && start.numMisVal_ < rows_) {
+      FillHoles(start.data_, rows_);
+      start.CountMissing();
+    }
+  });
 }
 
 template NCDataVector<float> NCDataMatrix<float>::GetNIPALSStartColumn() const;

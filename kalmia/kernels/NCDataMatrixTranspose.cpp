@@ -28,7 +28,8 @@ void NCDataMatrix<T>::Transpose() {
   ForceUnlink();
   const int oldRows = rows_, oldColumns = columns_, square = std::min(oldRows, oldColumns);
   NCIntegralVector<int, -99> newColumnMisVal(oldRows, 0);
-  if (oldColumns > oldRows) MoveRows(oldColumns);
+  const bool squareWithRoom = oldColumns == oldRows && rowCapacity_ > oldRows;
+  if (oldColumns > oldRows || squareWithRoom) MoveRows(oldColumns);  // room for exactly the new rows
   for (int r = 1; r <= square; ++r) rowArray_[r].Reserve(oldRows);
   for (int r = oldRows + 1; r <= oldColumns; ++r) rowArray_[r].SetSize(oldRows);
 

@@ -6,6 +6,9 @@
 
 namespace kalmia {
 
+/// Slices of columns start at multiples of this: whole cache lines of a row.
+constexpr int kColumnsPerGrain = 16;
+
 /// Splits the positions 1 to n among a team: slice(first, last), both included, is called once for each thread, in
 /// parallel where the team has more than one. Slices start at multiples of `grain` (plus one). Returns the sum of what
 /// the slices return. Each position falls into one slice, and no sum is split: results do not depend on the team.

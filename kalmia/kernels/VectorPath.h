@@ -6,7 +6,9 @@
 
 namespace kalmia {
 
-/// When a sum over two float vectors is worth the lanes. Both ways give the same bits; this decides about time only.
+/// When a sum over two float vectors is worth the lanes. Both ways give the same bits; this decides about time only. It
+/// governs the operations of single vectors. Those of whole tables do not ask: with several rows at once the lanes win
+/// at any share of holes, and an excluded position costs them no more than another hole.
 struct VectorPath {
   static constexpr int kLargestSlowStride = 4;         ///< every second to fourth position left out: plain loop
   static constexpr double kShareOfHolesInOne = 0.25;   ///< from here on the plain loop, if one vector has holes

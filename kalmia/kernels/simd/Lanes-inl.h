@@ -63,6 +63,25 @@ HWY_INLINE void FetchAhead(const T* p) {
 HWY_INLINE WideVector Widen(NarrowVector<float> cells) { return hn::PromoteTo(Wide(), cells); }
 HWY_INLINE WideVector Widen(NarrowVector<double> cells) { return cells; }
 
+/// Rounded to cells. Where Highway emulates vectors it would turn what exceeds a float into the largest float, not into
+/// an infinity.
+template <class T>
+HWY_INLINE NarrowVector<T> Narrowed(WideVector numbers) {
+  if constexpr (std::is_same_v<T, double>) {
+    return numbers;
+  } else {
+#if HWY_TARGET == HWY_EMU128 || HWY_TARGET == HWY_SCALAR
+    HWY_ALIGN double wide[kWidth];
+    HWY_ALIGN T cells[kWidth];
+    hn::Store(numbers, Wide(), wide);
+    for (int k = 0; k < kWidth; ++k) cells[k] = static_cast<T>(wide[k]);
+    return hn::Load(Narrow<T>(), cells);
+#else
+    return hn::DemoteTo(Narrow<T>(), numbers);
+#endif
+  }
+}
+
 /// Where the cells differ from the holes. A NaN differs from everything, which Ne does not promise on every machine.
 template <class T>
 HWY_INLINE WideMask Differ(NarrowVector<T> cells, NarrowVector<T> holes) {

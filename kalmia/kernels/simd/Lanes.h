@@ -3,7 +3,8 @@
 namespace kalmia::simd {
 
 /// Accumulators of every dot-like sum, whatever the width of the machine: cell i goes to accumulator i mod 16, and the
-/// sixteen are folded in halves at the end. The order is fixed, hence so are the bits.
+/// sixteen are folded in halves at the end. The order is fixed, hence so are the bits. Where this folder promises equal
+/// bits, a NaN is a NaN: which of several operands gives its sign and payload is left to machine and compiler.
 constexpr int kLanes = 16;
 
 /// Folds in halves: lane k takes lane k + 8, then k + 4, k + 2, k + 1.

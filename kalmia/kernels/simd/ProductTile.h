@@ -1,8 +1,7 @@
 #pragma once
 
-/// The innermost step of a matrix product. No pointer is read where depth is 0; any alignment; the
-/// arrays do not overlap. |error| of a cell <= depth * u * sum |a b|, u = 2^-53 (Higham 2002, Accuracy and Stability,
-/// 3.1).
+/// The innermost step of a matrix product. No pointer is read where depth is 0; any alignment; the arrays do not
+/// overlap. |error| of a cell <= depth * u * sum |a b|, u = 2^-53 (Higham 2002, Accuracy and Stability, 3.1).
 namespace kalmia::simd {
 
 constexpr int kTileRows = 4;      ///< rows of a tile of a product

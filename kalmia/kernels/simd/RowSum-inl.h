@@ -6,8 +6,6 @@
 #define KALMIA_SIMD_ROWSUM_INL_H_
 #endif
 
-#include <type_traits>
-
 #include "hwy/highway.h"
 #include "kalmia/kernels/simd/Lanes-inl.h"
 
@@ -20,11 +18,7 @@ namespace kalmia::simd::HWY_NAMESPACE {
 /// cells + w * factor, stored as cells are.
 template <class T>
 HWY_INLINE NarrowVector<T> SumOf(NarrowVector<T> cells, WideVector w, WideVector factor) {
-  const WideVector sum = AddProduct<T>(w, factor, Widen(cells));
-  if constexpr (std::is_same_v<T, float>)
-    return hn::DemoteTo(Narrow<T>(), sum);
-  else
-    return sum;
+  return Narrowed<T>(AddProduct<T>(w, factor, Widen(cells)));
 }
 
 }  // namespace kalmia::simd::HWY_NAMESPACE
