@@ -5,6 +5,20 @@
 
 namespace kalmia {
 
+namespace {
+
+/// Sums of the present cells of columns first to first + n - 1 into the products of `room`.
+void SumPresent(const NCDataMatrix<float>& matrix, const NCDataVector<float>& ones, int first, int n,
+                const BlockRoom<float>& room) {
+  if (MarkColumnsWithHoles(matrix, first, n, room.Holes()))
+    SumColumnPairs(matrix, ones, RowsUsed::All, RowWeight::One, first, n, room.Holes(), room.Products(),
+                   room.Weights());
+  else
+    SumColumns(matrix, ones, first, n, room.Products());
+}
+
+}  // namespace
+
 std::vector<long double> ColumnMeans(const NCDataMatrix<float>& matrix) {
   const int rows = matrix.SizeRows();
   std::vector<long double> means(static_cast<std::size_t>(matrix.SizeColumns()) + 1);
@@ -12,9 +26,7 @@ std::vector<long double> ColumnMeans(const NCDataMatrix<float>& matrix) {
   const NCDataVector<float> ones(rows, 1.0F);
   ForColumnBlocks(1, matrix.SizeColumns(), [&](int first, int n) {
     const BlockRoom<float> room(n);
-    MarkColumnsWithHoles(matrix, first, n, room.Holes());
-    SumColumnPairs(matrix, ones, RowsUsed::All, RowWeight::One, first, n, room.Holes(), room.Products(),
-                   room.Weights());
+    SumPresent(matrix, ones, first, n, room);
     for (int j = 0; j < n; ++j) {
       const int present = rows - matrix.GetColumnMisVal(first + j);
       const long double sum = room.Products()[j];

@@ -7,8 +7,8 @@
 namespace kalmia {
 
 // Statistics of all columns in one pass each, row by row: a column at a time would fetch each line of memory once for
-// every cell in it. Element j is that of column j, element 0 is dead. The bits are those of the matrix' own operations on
-// one column.
+// every cell in it. Element j is that of column j, element 0 is dead. The bits are those of the matrix' own operations
+// on one column.
 
 /// NCDataMatrix::GetColumnMean of each column.
 std::vector<long double> ColumnMeans(const NCDataMatrix<float>& matrix);

@@ -4,6 +4,7 @@
 #include <memory>
 #include <utility>
 
+#include "kalmia/kernels/ComponentPasses.h"
 #include "kalmia/support/LanguageString.h"
 #include "kalmia/support/NCError.h"
 
@@ -61,6 +62,7 @@ struct NCPLS::Component {
   NCDataVector<float> c;
   NCDataVector<float> u;
   int rounds = 0;
+  bool hasLoadings = false;  ///< p may come with t, or be left for the end
 };
 
 /// What the user sees of the iteration and how a stop comes in: the caller's bar, or one opened after the first round.
@@ -138,9 +140,10 @@ void NCPLS::InitialiseResults() {
 
 void NCPLS::NextComponent(NCProgress* progress, const NCDataVector<float>* start, bool quiet, bool strict) {
   ConvergenceBar bar(progress, components_ + 1, quiet, strict);
+  if (strict && xSquares_ < 0.0) xSquares_ = static_cast<double>(xResiduals_.GetSS());
   Component component = Iterate(start, strict, &bar);
   bar.ThrowIfStopped();
-  xResiduals_.Result(&component.p).SpecialNipalsRegressColumnsFix(component.t);
+  if (!component.hasLoadings) xResiduals_.Result(&component.p).SpecialNipalsRegressColumnsFix(component.t);
   Append(component);
 }
 
@@ -153,17 +156,18 @@ NCDataVector<float> NCPLS::StartOfU(const NCDataVector<float>* start) const {
 
 NCPLS::Component NCPLS::Iterate(const NCDataVector<float>* start, bool strict, ConvergenceBar* bar) const {
   Component component(xResiduals_.SizeRows(), xResiduals_.SizeColumns(), yResiduals_.SizeColumns());
-  auto& [w, p, t, c, u, rounds] = component;
+  auto& [w, p, t, c, u, rounds, hasLoadings] = component;
   u = StartOfU(start);
   NCDataVector<float> nextU(xResiduals_.SizeRows());
   const bool oneY = yResiduals_.SizeColumns() == 1;
-  const double normOfX = strict ? std::sqrt(static_cast<double>(xResiduals_.GetSS())) : 0.0;
+  const double normOfX = std::sqrt(xSquares_);  // looked at only if strict, and then known
   double measure = 0.0;
   do {
     xResiduals_.Result(&w).SpecialNipalsRegressColumnsFix(u);
     if (strict && IsUnrelated(w, u, normOfX)) throw NCError(LanguageString::Get(10159), NCError::Level1);
     w.Normalise();
-    xResiduals_.Result(&t).SpecialNipalsRegressRowsFix(w, nullptr, 0);
+    hasLoadings = oneY && kalmia::CalcScoresAndLoadings(xResiduals_, w, &t, &p);  // the only round
+    if (!hasLoadings) xResiduals_.Result(&t).SpecialNipalsRegressRowsFix(w, nullptr, 0);
     yResiduals_.Result(&c).SpecialNipalsRegressColumnsFix(t);
     yResiduals_.Result(&nextU).SpecialNipalsRegressRowsFix(c, nullptr, 0);
     measure = oneY ? 0.0 : ConvergenceMeasure(static_cast<double>(nextU.Difference(u)));
@@ -201,7 +205,8 @@ bool NCPLS::HasNewestComponent() const {
 
 void NCPLS::CalculateResiduals() {
   if (!HasNewestComponent()) return;
-  xResiduals_.AddVprimV(tprim_[components_], pprim_[components_], -1.0F);
+  xSquares_ = kUnknown;
+  xSquares_ = static_cast<double>(kalmia::DeflateAndSumSquares(&xResiduals_, tprim_[components_], pprim_[components_]));
   CalculateYResiduals();
 }
 

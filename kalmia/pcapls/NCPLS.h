@@ -112,6 +112,7 @@ class NCPLS : public VexStreamBase {
 
  private:
   friend class PLSCrossValidation;  // its rounds need no X residuals
+  static constexpr double kUnknown = -1.0;
   struct Component;
   class ConvergenceBar;
 
@@ -137,4 +138,5 @@ class NCPLS : public VexStreamBase {
   int components_ = 0;
   int maxIterations_ = 0;
   int iterations_ = 0;
+  double xSquares_ = kUnknown;  ///< xResiduals_.GetSS(), which a deflation finds out in passing
 };

@@ -1,5 +1,6 @@
 #include "kalmia/pcapls/NCScale.h"
 
+#include <algorithm>
 #include <cmath>
 
 #include "kalmia/pcapls/ColumnMoments.h"
@@ -104,14 +105,16 @@ void NCScale::FitCentres(const NCDataMatrix<float>& matrix) {
 }
 
 void NCScale::FitFactors(const NCDataMatrix<float>& centred) {
+  const auto isMultiplied = [](int type) { return IsMultiplied(static_cast<Scaling>(type)); };
+  const bool any = std::any_of(types_->begin() + 1, types_->end(), isMultiplied);
   // Around 0 and not around the means: the centres were rounded to float before they were subtracted.
-  const std::vector<double> squares = kalmia::ColumnSquares(centred);
+  const std::vector<double> squares = any ? kalmia::ColumnSquares(centred) : std::vector<double>();
   for (int j = 1; j <= variables_; ++j) {
     const Scaling type = GetScaleType(j);
-    const int n = centred.SizeRows() - centred.GetColumnMisVal(j);
     if (type == ScalingNone || type == ScalingCentre) (*scales_)(j, kNotFitted);
-    const double ss = squares[static_cast<std::size_t>(j)];
-    if (IsMultiplied(type)) (*scales_)(j, static_cast<float>(FactorOf(j, type, n, ss)));
+    if (!IsMultiplied(type)) continue;
+    const int n = centred.SizeRows() - centred.GetColumnMisVal(j);
+    (*scales_)(j, static_cast<float>(FactorOf(j, type, n, squares[static_cast<std::size_t>(j)])));
   }
 }
 
