@@ -5,6 +5,8 @@
 
 #include "kalmia/containers/NCDataMatrix.h"
 #include "kalmia/kernels/MatrixProduct.h"
+#include "kalmia/kernels/RowDots.h"
+#include "kalmia/kernels/Slices.h"
 #include "kalmia/kernels/Team.h"
 #include "kalmia/kernels/VectorInTarget.h"
 #include "kalmia/kernels/simd/Dots.h"
@@ -106,15 +108,12 @@ void NCDataMatrix<T>::TransformToMprim_mul_M() {
 template <class T>
 NCDataVector<T> NCDataMatrix<T>::operator*(const NCDataVector<T>& v) const {
   return kalmia::VectorInTarget(*this, &v, rows_, [&](NCDataVector<T>& product) {
+    constexpr int kRowsPerGrain = 8;
     T* cells = product.data_;
-    int missing = 0;
-#pragma omp parallel for schedule(static) reduction(+ : missing) \
-    num_threads(kalmia::TeamSize(std::int64_t{rows_} * columns_))
-    for (int r = 1; r <= rows_; ++r) {
-      cells[r] = static_cast<T>(rowArray_[r] * v);
-      missing += cells[r] == kMissing;
-    }
-    product.numMisVal_ = missing;
+    const int team = kalmia::TeamSize(std::int64_t{rows_} * columns_);
+    product.numMisVal_ = kalmia::ForSlices(rows_, team, kRowsPerGrain, [&](int first, int last) {
+      return kalmia::DotRows(*this, v, cells, first, last);
+    });
   });
 }
 

@@ -1,30 +1,14 @@
 #include "kalmia/kernels/RowRegression.h"
 
 #include "kalmia/kernels/Regression.h"
+#include "kalmia/kernels/RowBatches.h"
 #include "kalmia/kernels/simd/Dots.h"
 
 namespace kalmia {
-namespace {
 
 using simd::Holes;
 using simd::kRowsAtOnce;
 using simd::PairSums;
-
-/// Rows of one kind, collected until there are enough of them.
-template <class T>
-struct Batch {
-  int count = 0;
-  const T* cells[kRowsAtOnce];
-  int row[kRowsAtOnce];
-
-  bool Add(const NCDataMatrix<T>& X, int r) {
-    cells[count] = X[r].begin();
-    row[count] = r;
-    return ++count == kRowsAtOnce;
-  }
-};
-
-}  // namespace
 
 template <class T>
 RowRegression<T>::RowRegression(const WithExcluded<T>& v, bool fix)
@@ -44,29 +28,18 @@ int RowRegression<T>::Rows(const NCDataMatrix<T>& X, T* out, int first, int last
     out[r] = static_cast<T>(fix_ ? CoefficientWithFix(sums) : Coefficient(sums));
     missing += out[r] == kMissing;
   };
-  Batch<T> complete, withHoles;
-  const auto flushComplete = [&] {
+  const auto complete = [&](const RowBatch<T>& rows) {
     double dots[kRowsAtOnce];
-    v_.HasHoles() ? simd::DotRowsMasked(v, complete.cells, complete.count, n, dots)
-                  : simd::DotRows(v, complete.cells, complete.count, n, dots);
-    for (int k = 0; k < complete.count; ++k) write(complete.row[k], dots[k], sumOfSquares_);
-    complete.count = 0;
+    v_.HasHoles() ? simd::DotRowsMasked(v, rows.cells, rows.count, n, dots)
+                  : simd::DotRows(v, rows.cells, rows.count, n, dots);
+    for (int k = 0; k < rows.count; ++k) write(rows.row[k], dots[k], sumOfSquares_);
   };
-  const auto flushWithHoles = [&] {
+  const auto withHoles = [&](const RowBatch<T>& rows) {
     PairSums pairs[kRowsAtOnce];
-    simd::PairRows(v, withHoles.cells, withHoles.count, n, v_.HasHoles() ? Holes::InBoth : Holes::InRows, pairs);
-    for (int k = 0; k < withHoles.count; ++k) write(withHoles.row[k], pairs[k].product, pairs[k].square);
-    withHoles.count = 0;
+    simd::PairRows(v, rows.cells, rows.count, n, v_.HasHoles() ? Holes::InBoth : Holes::InRows, pairs);
+    for (int k = 0; k < rows.count; ++k) write(rows.row[k], pairs[k].product, pairs[k].square);
   };
-  for (int r = first; r <= last; ++r) {
-    if (X[r].GetNumMisVal() == 0) {
-      if (complete.Add(X, r)) flushComplete();
-    } else if (withHoles.Add(X, r)) {
-      flushWithHoles();
-    }
-  }
-  if (complete.count > 0) flushComplete();
-  if (withHoles.count > 0) flushWithHoles();
+  ForRowBatches(X, first, last, complete, withHoles);
   return missing;
 }
 
