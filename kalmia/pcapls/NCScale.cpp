@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 
+#include "kalmia/kernels/RowShift.h"
 #include "kalmia/pcapls/ColumnMoments.h"
 #include "kalmia/support/LanguageString.h"
 
@@ -80,14 +81,14 @@ void NCScale::ScaleMatrix(NCDataMatrix<float>* matrix, bool newModel) {
 
 void NCScale::ScaleWithNewModel(NCDataMatrix<float>* matrix) {
   FitCentres(*matrix);
-  matrix->TransformToDotSubRowVector(*centres_);
+  kalmia::SubtractFromRows(matrix, *centres_);
   FitFactors(*matrix);
   Multiply(matrix);
 }
 
 void NCScale::ScaleWithCurrentModel(NCDataMatrix<float>* matrix) {
   if (matrix->SizeColumns() != variables_) Refuse(0, NCScaleError::ErrorWrongVariableCount, 10070);
-  matrix->TransformToDotSubRowVector(*centres_);
+  kalmia::SubtractFromRows(matrix, *centres_);
   Multiply(matrix);
 }
 
