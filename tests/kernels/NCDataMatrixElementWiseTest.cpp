@@ -137,11 +137,16 @@ TYPED_TEST(NCDataMatrixElementWise, DivisionsDoNotTestForAZeroDivisor) {
 }
 
 TYPED_TEST(NCDataMatrixElementWise, ARowOfTheResultTargetMayBeTheVector) {
-  auto m(this->b_);
-  const auto product = CellsOf(m.DotPreMultiplyVector(m[2]));
-  m.Result(&m).DotPreMultiplyVector(m[2]);
-  EXPECT_EQ(CellsOf(m), product);
-  EXPECT_TRUE(HasExactCounts(m));
+  using Matrix = NCDataMatrix<TypeParam>;
+  const auto square = RandomMatrix<TypeParam>(6, 6, 0.25, 3);  // a row fits along rows and along columns
+  for (const auto operation : {&Matrix::DotPreMultiplyVector, &Matrix::DotPreDivideVector, &Matrix::DotMultiplyVector,
+                               &Matrix::DotDivideVector}) {
+    auto m(square);
+    const auto result = CellsOf((m.*operation)(m[2]));
+    (m.Result(&m).*operation)(m[2]);
+    EXPECT_EQ(CellsOf(m), result);
+    EXPECT_TRUE(HasExactCounts(m));
+  }
 }
 
 TYPED_TEST(NCDataMatrixElementWise, TablesWithoutCellsStayWithoutCells) {

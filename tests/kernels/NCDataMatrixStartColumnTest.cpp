@@ -55,6 +55,13 @@ TYPED_TEST(NCDataMatrixStartColumn, FillsHolesWithAHundredthOfTheLargestInAltern
   EXPECT_EQ(x[1][1], -99);  // the table keeps its holes
 }
 
+TYPED_TEST(NCDataMatrixStartColumn, EverySecondFillIsAHoleAgainWhereTheHundredthIsNinetyNine) {
+  const auto x = MatrixOf<TypeParam>({{-99, 1}, {9900, 1}, {-99, 1}, {-99, 1}});
+  const auto start = x.GetNIPALSStartColumn();
+  EXPECT_EQ(CellsOf(start), (std::vector<TypeParam>{99, 9900, -99, 99}));
+  EXPECT_EQ(start.GetNumMisVal(), 1);
+}
+
 TYPED_TEST(NCDataMatrixStartColumn, ColumnsWithoutCellsAreNeverChosenWhereAnotherHasSome) {
   const auto x = MatrixOf<TypeParam>({{-99, TypeParam(0.001)}, {-99, -99}});
   EXPECT_EQ(x.GetNIPALSStartColumn()[1], TypeParam(0.001));

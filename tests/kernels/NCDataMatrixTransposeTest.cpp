@@ -96,6 +96,29 @@ TYPED_TEST(NCDataMatrixTranspose, LeavesOnesThatShareRowsAlone) {
   EXPECT_EQ(CellsOf(m), Transposed(part));
 }
 
+/// For how many rows m has room: the row array moves as soon as there is one more.
+template <class T>
+int RowsThatFit(NCDataMatrix<T>& m) {
+  const NCDataVector<T>* first = m.begin();
+  while (m.begin() == first) m.InsertRow(m.SizeRows() + 1, NCDataVector<T>(m.SizeColumns()));
+  return m.SizeRows() - 1;
+}
+
+TYPED_TEST(NCDataMatrixTranspose, GivesBackWhatWasReserved) {
+  using T = TypeParam;
+  for (const Shape& shape : {Shape{3, 3}, Shape{2, 5}, Shape{5, 2}, Shape{40, 40}}) {
+    SCOPED_TRACE(testing::Message() << shape.rows << " x " << shape.columns);
+    auto m = RandomMatrix<T>(shape.rows, shape.columns, 0.2, 5);
+    m.ReserveRows(100);
+    m.ReserveColumns(200);
+    const auto expected = Transposed(m);
+    m.Transpose();
+    EXPECT_EQ(CellsOf(m), expected);
+    EXPECT_TRUE(HasExactCounts(m));
+    EXPECT_EQ(RowsThatFit(m), shape.columns);
+  }
+}
+
 TYPED_TEST(NCDataMatrixTranspose, LeavesATableThatCanGrowAgain) {
   using T = TypeParam;
   for (const Shape& shape : kShapes) {

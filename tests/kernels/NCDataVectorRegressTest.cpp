@@ -264,4 +264,22 @@ TYPED_TEST(NCDataVectorRegress, DotProductIsTheSumOfPairsWithinRounding) {
   });
 }
 
+TYPED_TEST(NCDataVectorRegress, LeavingOutPositionsMakesNoHoleOfACellThatTheCountTakesForANumber) {
+  using T = TypeParam;
+  NCDataVector<T> v = VectorOf<T>({-98, 1, 2, 3});
+  v += VectorOf<T>({-1, 0, 0, 0});  // lands on -99, uncounted
+  ASSERT_EQ(v[1], -99);
+  ASSERT_EQ(v.GetNumMisVal(), 0);
+  const auto w = VectorOf<T>({1, 1, 5, 1});
+  Groups groups(4, 1);
+  groups(3) = 2;
+  const long double expected = (-99.0L + 1 + 3) / (9801 + 1 + 9);
+  EXPECT_EQ(v.SpecialNipalsRegressFixWithExclude(w, groups, 2), expected);
+  EXPECT_EQ(v.SpecialNipalsRegressFixWithExclude(w, 3, 5), expected);
+  const auto x = MatrixOf<T>({{1, 1, 5, 1}, {1, -99, 5, 1}});
+  const auto rows = x.SpecialNipalsRegressRowsFix(v, &groups, 2);
+  EXPECT_EQ(rows[1], static_cast<T>(expected));
+  EXPECT_EQ(rows[2], static_cast<T>((-99.0L + 3) / (9801 + 9)));
+}
+
 }  // namespace

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cmath>
 #include <cstring>
 #include <limits>
 #include <random>
@@ -71,6 +72,27 @@ template <class T>
     if (std::memcmp(&a[i], &b[i], sizeof(T)) != 0)
       return ::testing::AssertionFailure() << "at " << i << ": " << std::hexfloat << a[i] << " and " << b[i];
   return ::testing::AssertionSuccess();
+}
+
+/// n cells, half of them of the kinds that go wrong first: infinities, what overflows, denormals, zeros of both signs.
+template <class T>
+std::vector<T> SpecialCells(int n, unsigned seed) {
+  using Limits = std::numeric_limits<T>;
+  const T special[] = {Limits::infinity(), Limits::max(), Limits::min() / 3, Limits::denorm_min(), T(0), kHole<T>};
+  std::vector<T> cells = Cells<T>(n, HolePattern::None, seed);
+  std::mt19937 random(seed + 1);
+  for (T& cell : cells)
+    if (random() % 2 == 0) cell = random() % 2 == 0 ? special[random() % 6] : -special[random() % 6];
+  return cells;
+}
+
+/// Equality of bits, but that a NaN is a NaN.
+template <class T>
+::testing::AssertionResult SameBitsOrNaNs(std::vector<T> a, std::vector<T> b) {
+  for (std::vector<T>* numbers : {&a, &b})
+    for (T& number : *numbers)
+      if (std::isnan(number)) number = std::numeric_limits<T>::quiet_NaN();
+  return SameBits(a, b);
 }
 
 /// Lengths around every width up to four times the sixteen lanes, and two long ones.

@@ -122,4 +122,70 @@ TYPED_TEST(SimdColumnSums, AnInfiniteFactorDoesNotReachAColumnThroughItsHole) {
   }
 }
 
+TYPED_TEST(SimdColumnSums, SpecialValuesComeOutAsTheyDoFromTheScalarTwin) {
+  using T = TypeParam;
+  ForAllSteps<T>([](const Step<T>& ordinary, int count, int n) {
+    std::vector<std::vector<T>> cells;
+    std::vector<const T*> rows;
+    for (int k = 0; k < count; ++k) {
+      cells.push_back(SpecialCells<T>(n, 7 * n + k));
+      rows.push_back(cells.back().data());
+    }
+    const auto factors = SpecialCells<T>(count, n);
+    const std::vector<double> v(factors.begin(), factors.end()), &w = ordinary.w;
+    const std::vector<T>& hole = ordinary.hole;
+    auto lanes = ordinary.sums, twins = lanes, laneWeights = ordinary.weights, twinWeights = laneWeights;
+    simd::AddRowsMasked(rows.data(), v.data(), w.data(), count, n, hole.data(), lanes.data(), laneWeights.data());
+    simd::scalar::AddRowsMasked(rows.data(), v.data(), w.data(), count, n, hole.data(), twins.data(),
+                                twinWeights.data());
+    EXPECT_TRUE(SameBitsOrNaNs(lanes, twins)) << count << " rows of " << n;
+    EXPECT_TRUE(SameBitsOrNaNs(laneWeights, twinWeights)) << count << " rows of " << n;
+    lanes = twins = ordinary.sums;
+    simd::AddRows(rows.data(), v.data(), count, n, lanes.data());
+    simd::scalar::AddRows(rows.data(), v.data(), count, n, twins.data());
+    EXPECT_TRUE(SameBitsOrNaNs(lanes, twins)) << count << " rows of " << n;
+    lanes = twins = ordinary.sums;
+    simd::AddSquaresMasked(rows.data(), count, n, hole.data(), lanes.data());
+    simd::scalar::AddSquaresMasked(rows.data(), count, n, hole.data(), twins.data());
+    EXPECT_TRUE(SameBitsOrNaNs(lanes, twins)) << count << " rows of " << n;
+  });
+}
+
+TYPED_TEST(SimdColumnSums, StartAtAnyAlignment) {
+  using T = TypeParam;
+  const auto cells = Cells<T>(80, HolePattern::Random, 1);
+  const std::vector<T> hole(80, kHole<T>);
+  const double v[] = {static_cast<double>(T(0.7))}, w[] = {0.49};  // v is a cell of the table
+  for (int64_t target : TargetsOfThisMachine()) {
+    SCOPED_TRACE(hwy::TargetName(target));
+    const OneTarget only(target);
+    for (int offset = 0; offset < 8; ++offset)
+      for (int n : {5, 16, 37}) {
+        const T* rows[] = {cells.data() + offset};
+        std::vector<double> lanes(80, 0.1), twins(lanes), laneWeights(lanes), twinWeights(lanes);
+        simd::AddRowsMasked(rows, v, w, 1, n, hole.data() + 7 - offset, lanes.data() + offset,
+                            laneWeights.data() + offset);
+        simd::scalar::AddRowsMasked(rows, v, w, 1, n, hole.data() + 7 - offset, twins.data() + offset,
+                                    twinWeights.data() + offset);
+        simd::AddRows(rows, v, 1, n, lanes.data() + offset);
+        simd::scalar::AddRows(rows, v, 1, n, twins.data() + offset);
+        simd::AddSquaresMasked(rows, 1, n, hole.data() + offset, lanes.data() + 7 - offset);
+        simd::scalar::AddSquaresMasked(rows, 1, n, hole.data() + offset, twins.data() + 7 - offset);
+        EXPECT_TRUE(SameBits(lanes, twins)) << offset << ", " << n;
+        EXPECT_TRUE(SameBits(laneWeights, twinWeights)) << offset << ", " << n;
+      }
+  }
+}
+
+TYPED_TEST(SimdColumnSums, NothingIsReadWithoutCells) {  // reading would end the program
+  const TypeParam* rows[] = {nullptr};
+  const double v[] = {1}, w[] = {1};
+  for (int64_t target : TargetsOfThisMachine()) {
+    const OneTarget only(target);
+    simd::AddRows(rows, v, 1, 0, nullptr);
+    simd::AddRowsMasked(rows, v, w, 1, 0, nullptr, nullptr, nullptr);
+    simd::AddSquaresMasked(rows, 1, 0, nullptr, nullptr);
+  }
+}
+
 }  // namespace

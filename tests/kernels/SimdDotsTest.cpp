@@ -198,6 +198,29 @@ TYPED_TEST(SimdDots, NothingIsReadWithoutCells) {
   EXPECT_EQ(pairs, 0);
 }
 
+TYPED_TEST(SimdDots, SpecialValuesComeOutAsTheyDoFromTheScalarTwin) {
+  using T = TypeParam;
+  for (int64_t target : TargetsOfThisMachine()) {
+    SCOPED_TRACE(hwy::TargetName(target));
+    const OneTarget only(target);
+    for (int n : TellingLengths()) {
+      const auto a = SpecialCells<T>(n, n), b = SpecialCells<T>(n, n + 500);
+      const T* rows[] = {b.data()};
+      int pairs = -1, twinPairs = -1;
+      simd::PairSums sums, twinSums;
+      simd::PairRows(a.data(), rows, 1, n, simd::Holes::InBoth, &sums);
+      simd::scalar::PairRows(a.data(), rows, 1, n, simd::Holes::InBoth, &twinSums);
+      const std::vector<double> lanes = {simd::Dot(a.data(), b.data(), n), simd::DotMasked(a.data(), b.data(), n),
+                                         simd::DotMasked2(a.data(), b.data(), n, pairs), sums.product, sums.square};
+      const std::vector<double> twins = {
+          simd::scalar::Dot(a.data(), b.data(), n), simd::scalar::DotMasked(a.data(), b.data(), n),
+          simd::scalar::DotMasked2(a.data(), b.data(), n, twinPairs), twinSums.product, twinSums.square};
+      EXPECT_TRUE(SameBitsOrNaNs(lanes, twins)) << n;
+      EXPECT_EQ(pairs, twinPairs);
+    }
+  }
+}
+
 TEST(SimdLanes, TheSwitchHoldsTheFunctionsToTheirTwins) {
   const bool before = simd::UsesScalarTwins();
   simd::UseScalarTwins(true);

@@ -69,4 +69,64 @@ TYPED_TEST(SimdRowAdd, LanesGiveTheBitsOfTheScalarTwinWithHoles) {
   }
 }
 
+TYPED_TEST(SimdRowAdd, SpecialValuesComeOutAsTheyDoFromTheScalarTwin) {
+  using T = TypeParam;
+  const T factors[] = {T(0.7), std::numeric_limits<T>::max(), std::numeric_limits<T>::denorm_min(), T(-0.0)};
+  for (int64_t target : TargetsOfThisMachine()) {
+    SCOPED_TRACE(hwy::TargetName(target));
+    const OneTarget only(target);
+    for (const T factor : factors)
+      for (int n : TellingLengths()) {
+        const auto row = SpecialCells<T>(n, n), w = SpecialCells<T>(n, n + 500);
+        auto lanes = row, twins = row, maskedLanes = row, maskedTwins = row;
+        simd::AddScaled(lanes.data(), w.data(), factor, n);
+        simd::scalar::AddScaled(twins.data(), w.data(), factor, n);
+        EXPECT_TRUE(SameBitsOrNaNs(lanes, twins)) << n;
+        EXPECT_EQ(simd::AddScaledMasked(maskedLanes.data(), w.data(), factor, n),
+                  simd::scalar::AddScaledMasked(maskedTwins.data(), w.data(), factor, n));
+        EXPECT_TRUE(SameBitsOrNaNs(maskedLanes, maskedTwins)) << n;
+      }
+  }
+}
+
+TYPED_TEST(SimdRowAdd, WhatExceedsTheTypeOfTheCellsIsInfinite) {
+  using T = TypeParam;
+  const T most = std::numeric_limits<T>::max(), infinity = std::numeric_limits<T>::infinity();
+  for (int64_t target : TargetsOfThisMachine()) {
+    const OneTarget only(target);
+    std::vector<T> row(40, most), w(40, most);
+    simd::AddScaled(row.data(), w.data(), T(2), 40);
+    EXPECT_EQ(row, std::vector<T>(40, infinity)) << hwy::TargetName(target);
+    simd::AddScaledMasked(row.data(), w.data(), T(2), 40);
+    EXPECT_EQ(row, std::vector<T>(40, infinity)) << hwy::TargetName(target);
+  }
+}
+
+TYPED_TEST(SimdRowAdd, StartsAtAnyAlignment) {
+  using T = TypeParam;
+  const auto row = Cells<T>(80, HolePattern::Random, 1), w = Cells<T>(80, HolePattern::EveryThird, 2);
+  for (int64_t target : TargetsOfThisMachine()) {
+    SCOPED_TRACE(hwy::TargetName(target));
+    const OneTarget only(target);
+    for (int offset = 0; offset < 8; ++offset)
+      for (int n : {5, 16, 37}) {
+        auto lanes = row, twins = row;
+        simd::AddScaledMasked(lanes.data() + offset, w.data() + 7 - offset, T(0.7), n);
+        simd::scalar::AddScaledMasked(twins.data() + offset, w.data() + 7 - offset, T(0.7), n);
+        simd::AddScaled(lanes.data() + offset, w.data() + 7 - offset, T(0.3), n);
+        simd::scalar::AddScaled(twins.data() + offset, w.data() + 7 - offset, T(0.3), n);
+        EXPECT_TRUE(SameBits(lanes, twins)) << offset << ", " << n;
+      }
+  }
+}
+
+TYPED_TEST(SimdRowAdd, NothingIsReadWithoutCells) {
+  TypeParam* none = nullptr;
+  for (int64_t target : TargetsOfThisMachine()) {
+    const OneTarget only(target);
+    simd::AddScaled(none, none, TypeParam(1), 0);
+    EXPECT_EQ(simd::AddScaledMasked(none, none, TypeParam(1), 0), 0);
+  }
+}
+
 }  // namespace

@@ -81,4 +81,29 @@ TYPED_TEST(SimdRowsAdd, LanesGiveTheBitsOfTheScalarTwinForEveryNumberOfRows) {
   }
 }
 
+TYPED_TEST(SimdRowsAdd, SpecialValuesComeOutAsTheyDoFromTheScalarTwin) {
+  using T = TypeParam;
+  const std::vector<T> factors = {T(0.7), std::numeric_limits<T>::max(), std::numeric_limits<T>::denorm_min(), T(-0.0),
+                                  T(1),   T(-2),                         T(1e-30),                             T(1e30)};
+  const int count = static_cast<int>(factors.size());
+  for (int64_t target : TargetsOfThisMachine()) {
+    SCOPED_TRACE(hwy::TargetName(target));
+    const OneTarget only(target);
+    for (int n : TellingLengths()) {
+      Rows<T> rows;
+      for (int k = 0; k < count; ++k) rows.push_back(SpecialCells<T>(n, n + k));
+      const auto w = SpecialCells<T>(n, n + 500);
+      auto lanes = rows, twins = rows, presentLanes = rows, presentTwins = rows;
+      simd::AddScaledToRows(PointersTo(lanes).data(), factors.data(), count, w.data(), n);
+      simd::scalar::AddScaledToRows(PointersTo(twins).data(), factors.data(), count, w.data(), n);
+      simd::AddScaledToPresent(PointersTo(presentLanes).data(), factors.data(), count, w.data(), n);
+      simd::scalar::AddScaledToPresent(PointersTo(presentTwins).data(), factors.data(), count, w.data(), n);
+      for (int k = 0; k < count; ++k) {
+        EXPECT_TRUE(SameBitsOrNaNs(lanes[k], twins[k])) << "row " << k << " of " << n;
+        EXPECT_TRUE(SameBitsOrNaNs(presentLanes[k], presentTwins[k])) << "row " << k << " of " << n;
+      }
+    }
+  }
+}
+
 }  // namespace

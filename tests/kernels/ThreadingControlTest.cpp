@@ -13,6 +13,14 @@ class ThreadingControlTest : public testing::Test {
   ~ThreadingControlTest() override { ThreadingControl::Reset(); }
 };
 
+/// A test of its own process when ctest runs it: nothing but the load-time initialiser has run before.
+TEST(ThreadingControlAtLoad, TakesAllProcessorsOfTheMachine) {
+  EXPECT_EQ(ThreadingControl::GetNumberOfProcessors(), omp_get_num_procs());
+  EXPECT_EQ(ThreadingControl::IsThreadingOn(), omp_get_num_procs() > 1);
+  EXPECT_EQ(omp_get_max_threads(), omp_get_num_procs());
+  EXPECT_NE(omp_get_dynamic(), 0);
+}
+
 TEST_F(ThreadingControlTest, ResetTakesAllProcessorsOfTheMachine) {
   ThreadingControl::SetNumberOfProcessors(7);
   ThreadingControl::SetThreadingIsOn(false);

@@ -2,18 +2,23 @@
 
 #include <algorithm>
 #include <random>
+#include <type_traits>
 
 namespace {
 
 /// The standard distributions differ between libraries; the generator does not.
 double Uniform(std::mt19937& random) { return (random() >> 12) * 0x1p-20; }
 
+/// A cell of few bits with bits in all of its places, down to the last; as good as equal in float.
+double WithFullMantissa(double cell) { return cell * (1 + 0x1p-27 / 3); }
+
 template <class T>
 T RandomCell(double holes, std::mt19937& random) {
   const bool hole = Uniform(random) < holes;
   const double magnitude = 0.0625 + 2.9375 * Uniform(random);
   const double cell = Uniform(random) < 0.5 ? -magnitude : magnitude;
-  return hole ? kHole<T> : static_cast<T>(static_cast<float>(cell));
+  if (hole) return kHole<T>;
+  return std::is_same_v<T, float> ? static_cast<T>(cell) : static_cast<T>(WithFullMantissa(cell));
 }
 
 template <class T>

@@ -24,7 +24,7 @@ template <class T>
 constexpr T kHole = static_cast<T>(-99);
 
 /// A random vector: the same cells for the same arguments on every machine. A cell is a hole with the probability
-/// `holes`, otherwise its magnitude lies between 1/16 and 3 and its sign is either; exact in `float`.
+/// `holes`, otherwise its magnitude lies between 1/16 and 3, its sign is either, and its mantissa is used to the end.
 template <class T>
 NCDataVector<T> RandomVector(int n, double holes, unsigned seed);
 
