@@ -5,8 +5,8 @@
     apt-get install r-cran-pls python3-sklearn libopenblas0-pthread
     /usr/bin/python3 bench/peers/compare.py build/bench/bench/peers/kalmia_side
 
-Each round runs every package once, so that a machine that slows down slows all of them; the table shows medians over the
-rounds and the ratio of Kalmia's to each of the others'. All packages centre the table and form the coefficients.
+Each round runs every package once, so that a machine that slows down slows all of them; the table shows medians over
+the rounds and the ratio of Kalmia's to each of the others'. All packages centre the table and form the coefficients.
 """
 import argparse
 import os
@@ -64,9 +64,10 @@ def main():
     options = parser.parse_args()
 
     r_versions = subprocess.run(["Rscript", f"{HERE}/r_side.R", "versions"], check=True, capture_output=True, text=True)
-    blas = [line.split()[-1] for line in open("/proc/self/maps") if "blas" in line]
+    loaded = (line.split()[-1] for line in open("/proc/self/maps"))
+    blas = sorted({os.path.realpath(path) for path in loaded if "/libopenblas" in path or "/libblas" in path})
     print(f"{r_versions.stdout.strip()}; scikit-learn {sklearn.__version__}, NumPy {numpy.__version__}, "
-          f"BLAS {blas[0] if blas else 'unknown'}; {os.cpu_count()} processors; "
+          f"BLAS {', '.join(blas) or 'unknown'}; {os.cpu_count()} processors; "
           f"{COMPONENTS} components, medians of {options.rounds} rounds\n")
     print("| task | X | Y | Kalmia, ms | / scikit-learn | / R oscorespls | / R kernelpls |")
     print("|---|---|---|---|---|---|---|")
