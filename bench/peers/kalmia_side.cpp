@@ -37,6 +37,7 @@ double RunOnce(const NCDataMatrix<float>& rawX, const NCDataMatrix<float>& rawY,
   Centre(&x);
   Centre(&y);
   NCPLS model(&x, &y, /*maxIterations=*/500);
+  x.Clear();  // the model alone holds the cells now, and deflates them where they are
   NCDataVector<float> ssY(y.SizeColumns());
   for (int j = 1; j <= y.SizeColumns(); ++j) ssY(j, static_cast<float>(y.GetColumnSS(j, 0)));
   PLSCrossValidation validation(&model, /*rounds=*/7, nullptr);
