@@ -2,11 +2,13 @@
 
 namespace kalmia {
 
+/// Accumulators of every sum over a vector, whatever the width of the machine.
+constexpr int kLanes = 16;
+
 /// Sum of term(i) over 0 <= i < n, in double. Term i goes to accumulator i mod 16; the sixteen are folded in halves.
 /// The order is fixed, so the bits are the same on every machine, and yet the loop can run on vector registers.
 template <class Term>
 inline double LaneSum(int n, Term term) {
-  constexpr int kLanes = 16;
   double lane[kLanes] = {};
   int i = 0;
   for (; n - i >= kLanes; i += kLanes)

@@ -1,7 +1,7 @@
 #pragma once
 
 /// Dot products of vectors with holes. All arrays start at their first cell and may lie at any alignment; they may be
-/// equal or overlap; n >= 0. Products and sums are formed in double, in the sixteen lanes of Lanes.h: the same bits on
+/// equal or overlap; n >= 0. Products and sums are formed in double, in the sixteen lanes of LaneSum: the same bits on
 /// every machine. A hole (-99) takes no part, whatever stands opposite, an infinity or a NaN included. Pointers are not
 /// read where n is 0. |error| <= (n / 16 + 5) u sum|a b|, u = 2^-53 (Higham 2002, Accuracy and Stability, 3.1).
 namespace kalmia::simd {
@@ -38,7 +38,7 @@ void DotRowsMasked(const double* v, const double* const* rows, int count, int n,
 void PairRows(const float* v, const float* const* rows, int count, int n, Holes holes, PairSums* sums);
 void PairRows(const double* v, const double* const* rows, int count, int n, Holes holes, PairSums* sums);
 
-/// The twins: the plainest loops that can be right.
+/// The twins: plain loops, also for vectors for which the lanes are not worth their while.
 namespace scalar {
 double Dot(const float* a, const float* b, int n);
 double Dot(const double* a, const double* b, int n);

@@ -1,47 +1,48 @@
+#include <cstdint>
+#include <cstring>
+
+#include "kalmia/containers/LaneSum.h"
 #include "kalmia/containers/Missing.h"
 #include "kalmia/kernels/simd/Dots.h"
-#include "kalmia/kernels/simd/Lanes.h"
 
 namespace kalmia::simd {
 namespace scalar {
 namespace {
 
+/// x, or +0 where it is not kept, without a branch: which cells are holes cannot be foreseen. A sum that started at +0
+/// stays the same to the bit when +0 is added, so a term that is not kept takes no part.
+double Kept(bool keep, double x) {
+  std::uint64_t bits;
+  std::memcpy(&bits, &x, sizeof bits);
+  bits &= std::uint64_t{0} - static_cast<std::uint64_t>(keep);
+  std::memcpy(&x, &bits, sizeof x);
+  return x;
+}
+
 template <class T>
 double DotTwin(const T* a, const T* b, int n) {
-  double lane[kLanes] = {};
-  for (int i = 0; i < n; ++i) lane[i % kLanes] += static_cast<double>(a[i]) * b[i];
-  return FoldInHalves(lane);
+  return LaneSum(n, [=](int i) { return static_cast<double>(a[i]) * b[i]; });
 }
 
 template <class T>
 double DotMaskedTwin(const T* a, const T* b, int n) {
-  double lane[kLanes] = {};
-  for (int i = 0; i < n; ++i)
-    if (a[i] != kMissing) lane[i % kLanes] += static_cast<double>(a[i]) * b[i];
-  return FoldInHalves(lane);
+  return LaneSum(n, [=](int i) { return Kept(a[i] != kMissing, static_cast<double>(a[i]) * b[i]); });
 }
 
 template <class T>
 double DotMasked2Twin(const T* a, const T* b, int n, int& pairs) {
-  double lane[kLanes] = {};
+  const auto isPair = [=](int i) { return (a[i] != kMissing) & (b[i] != kMissing); };
   pairs = 0;
-  for (int i = 0; i < n; ++i) {
-    if (a[i] == kMissing || b[i] == kMissing) continue;
-    lane[i % kLanes] += static_cast<double>(a[i]) * b[i];
-    ++pairs;
-  }
-  return FoldInHalves(lane);
+  for (int i = 0; i < n; ++i) pairs += isPair(i);
+  return LaneSum(n, [=](int i) { return Kept(isPair(i), static_cast<double>(a[i]) * b[i]); });
 }
 
 template <class T>
 PairSums PairTwin(const T* v, const T* x, int n, Holes holes) {
-  double product[kLanes] = {}, square[kLanes] = {};
-  for (int i = 0; i < n; ++i) {
-    if (x[i] == kMissing || (holes == Holes::InBoth && v[i] == kMissing)) continue;
-    product[i % kLanes] += static_cast<double>(v[i]) * x[i];
-    square[i % kLanes] += static_cast<double>(v[i]) * v[i];
-  }
-  return {FoldInHalves(product), FoldInHalves(square)};
+  const bool trustV = holes == Holes::InRows;
+  const auto isPair = [=](int i) { return (x[i] != kMissing) & (trustV | (v[i] != kMissing)); };
+  return {LaneSum(n, [=](int i) { return Kept(isPair(i), static_cast<double>(v[i]) * x[i]); }),
+          LaneSum(n, [=](int i) { return Kept(isPair(i), static_cast<double>(v[i]) * v[i]); })};
 }
 
 }  // namespace

@@ -12,6 +12,7 @@
 
 #include "hwy/cache_control.h"
 #include "hwy/highway.h"
+#include "kalmia/containers/LaneSum.h"
 #include "kalmia/containers/Missing.h"
 #include "kalmia/kernels/simd/Lanes.h"
 
@@ -125,7 +126,7 @@ HWY_INLINE double FoldVector(V v) {
   return hn::GetLane(v);
 }
 
-/// The sixteen accumulators folded in halves: the bits of FoldInHalves.
+/// The sixteen accumulators folded in halves, as LaneSum does.
 HWY_INLINE double Fold(WideVector (&lane)[kVectors]) {
   for (int half = kVectors / 2; half > 0; half /= 2)
     for (int k = 0; k < half; ++k) lane[k] = hn::Add(lane[k], lane[k + half]);
