@@ -6,7 +6,7 @@
 
 namespace {
 
-constexpr float kNoScore = static_cast<float>(kalmia::kMissing);
+constexpr float kNoScore = kalmia::kMissingCell<float>;
 
 }  // namespace
 

@@ -9,7 +9,7 @@
 
 namespace {
 
-constexpr float kNotFitted = static_cast<float>(kalmia::kMissing);
+constexpr float kNotFitted = kalmia::kMissingCell<float>;
 
 // Beyond these a factor says nothing about the data any more.
 constexpr double kLargestFactor = 1e35;

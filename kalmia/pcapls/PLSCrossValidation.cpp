@@ -9,7 +9,7 @@
 
 namespace {
 
-constexpr float kMissing = static_cast<float>(kalmia::kMissing);
+constexpr float kMissing = kalmia::kMissingCell<float>;
 
 /// The share of its variables that a left-out observation may lack.
 constexpr float kMissingTolerance = 0.9999F;

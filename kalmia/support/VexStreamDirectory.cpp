@@ -42,7 +42,7 @@ void WriteTable(std::ostream& stream, const std::vector<std::uint64_t>& lengths)
   WriteArray(lengths.data(), count, sizeof(std::uint64_t), stream);
 }
 
-/// The bytes of an entry, as a stream only once somebody wants one: a stream takes longer to make than to read a number.
+/// The bytes of an entry, as a stream only once somebody wants one: that takes longer to make than to read a number.
 struct InputEntry {
   InputEntry(kalmia::StreamView::Bytes bytes, std::size_t first, std::size_t length)
       : buffer(std::move(bytes), first, length) {}
