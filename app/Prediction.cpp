@@ -23,7 +23,7 @@ std::string ReasonFor(int present, int variables, int component) {
 }  // namespace
 
 std::vector<RowPrediction> PredictRows(const StoredModel& model, NCDataMatrix<float> x) {
-  model.xScale->ScaleMatrix(&x, /*newModel=*/false);
+  ApplyScale(model.xScale.get(), &x);
   std::vector<RowPrediction> rows(static_cast<std::size_t>(x.SizeRows()));
   const NCPLS& pls = *model.pls;
   NCPLSPred prediction(&x, pls.GetWprim(), pls.GetPprim(), pls.GetCprim(), kMissingTolerance);

@@ -1,23 +1,107 @@
 #include "app/Scaling.h"
 
+#include <algorithm>
+#include <cmath>
+#include <limits>
+
 #include "app/DisplayText.h"
 #include "app/Failure.h"
 #include "kalmia/containers/Missing.h"
 
 namespace kalmia::app {
 
-std::unique_ptr<NCScale> ScaleColumns(NCScale::Scaling type, const std::vector<std::string>& names,
-                                      NCDataMatrix<float>* matrix) {
-  auto scale = std::make_unique<NCScale>(matrix->SizeColumns());
-  for (int c = 1; c <= matrix->SizeColumns(); ++c) scale->SetType(c, type);
+namespace {
+
+constexpr auto kMissingCell = static_cast<float>(kMissing);
+constexpr double kTwoStepsBelow = -99.0000153;  ///< the second float below the missing value, or next to it
+
+float NextBelow(float cell) { return std::nextafter(cell, std::numeric_limits<float>::lowest()); }
+
+float UnlessMissing(float number) { return number == kMissingCell ? NextBelow(number) : number; }
+
+/// Moves a cell down so far that, once centred, it is no missing value; by two float steps where the centre is.
+float MovedDown(float cell, float centre) {
+  if (centre == kMissingCell) return NextBelow(NextBelow(cell));
+  return std::min(NextBelow(cell), static_cast<float>(centre + kTwoStepsBelow));
+}
+
+/// Moves the cells down that a fitted scaling would lose: all of a column whose centre is the missing value, which the
+/// scaling reads as "not centred", and each that centring turns into it. False if there is none.
+/// The mean of a column around -99 sinks by 99 / 2^23 at least as its cells sink by two float steps each: that is more
+/// than the step between the floats there, so that the next fit finds another centre.
+bool MoveLostCells(const NCScale& scale, NCDataMatrix<float>* matrix) {
+  bool any = false;
+  for (int c = 1; c <= matrix->SizeColumns(); ++c) {
+    if (scale.GetScaleType(c) == NCScale::ScalingNone) continue;
+    const float centre = (*scale.GetCentres())[c];
+    for (int r = 1; r <= matrix->SizeRows(); ++r) {
+      const float cell = (*static_cast<const NCDataMatrix<float>*>(matrix))[r][c];
+      if (cell == kMissingCell) continue;
+      if (centre != kMissingCell && cell - centre != kMissingCell) continue;
+      (*matrix)(r, c, UnlessMissing(MovedDown(cell, centre)));
+      any = true;
+    }
+  }
+  return any;
+}
+
+void Fit(const std::vector<std::string>& names, NCDataMatrix<float> matrix, NCScale* scale) {
   try {
-    scale->ScaleMatrix(matrix, /*newModel=*/true);
+    scale->ScaleMatrix(&matrix, /*newModel=*/true);
   } catch (const NCScaleError& error) {
     const std::string& name = names[static_cast<std::size_t>(error.Column - 1)];
     throw Failure(ExitCode::BadData, "column " + Quoted(name) +
                                          " cannot be scaled: " + OneLine(static_cast<const char*>(error.GetMessage())));
   }
+}
+
+/// A present cell scaled; the next float below where a step of it gives the missing value.
+float ScaledCell(const NCScale& scale, float cell, int c) {
+  const auto centred = UnlessMissing(static_cast<float>(cell - CentreOf(scale, c)));
+  return UnlessMissing(static_cast<float>(centred * FactorOf(scale, c)));
+}
+
+/// Whether a cell that was there is missing now.
+bool AnyLost(const NCDataMatrix<float>& before, const NCDataMatrix<float>& after) {
+  for (int r = 1; r <= before.SizeRows(); ++r) {
+    for (int c = 1; c <= before.SizeColumns(); ++c) {
+      if (after[r][c] == kMissingCell && before[r][c] != kMissingCell) return true;
+    }
+  }
+  return false;
+}
+
+/// The scaled table built anew, cell by cell, with the lost cells in it: so its counts of missing cells are exact.
+NCDataMatrix<float> WithLostCells(const NCScale& scale, const NCDataMatrix<float>& before,
+                                  const NCDataMatrix<float>& after) {
+  NCDataMatrix<float> whole(before.SizeRows(), before.SizeColumns());
+  for (int r = 1; r <= before.SizeRows(); ++r) {
+    for (int c = 1; c <= before.SizeColumns(); ++c) {
+      const bool lost = after[r][c] == kMissingCell && before[r][c] != kMissingCell;
+      whole(r, c, lost ? ScaledCell(scale, before[r][c], c) : after[r][c]);
+    }
+  }
+  return whole;
+}
+
+}  // namespace
+
+std::unique_ptr<NCScale> ScaleColumns(NCScale::Scaling type, const std::vector<std::string>& names,
+                                      NCDataMatrix<float>* matrix) {
+  auto scale = std::make_unique<NCScale>(matrix->SizeColumns());
+  for (int c = 1; c <= matrix->SizeColumns(); ++c) scale->SetType(c, type);
+  NCDataMatrix<float> fitted = *matrix;
+  do {
+    Fit(names, fitted, scale.get());
+  } while (MoveLostCells(*scale, &fitted));
+  ApplyScale(scale.get(), matrix);
   return scale;
+}
+
+void ApplyScale(NCScale* scale, NCDataMatrix<float>* matrix) {
+  const NCDataMatrix<float> before = *matrix;
+  scale->ScaleMatrix(matrix, /*newModel=*/false);
+  if (AnyLost(before, *matrix)) *matrix = WithLostCells(*scale, before, *matrix);
 }
 
 NCScale::Scaling ScalingOfY(NCScale::Scaling scalingOfX) {

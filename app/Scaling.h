@@ -10,9 +10,15 @@
 namespace kalmia::app {
 
 /// Fits a scaling of one type for all columns and applies it to the matrix in place.
+/// A column whose mean is the missing value -99 itself gets a centre a few float steps below, and a cell that centring
+/// turns into it takes part in the fit that far below: none is taken as "not centred" or as missing.
 /// Throws Failure (BadData), naming the column, if a column has too few values or its variance is out of range.
 std::unique_ptr<NCScale> ScaleColumns(NCScale::Scaling type, const std::vector<std::string>& names,
                                       NCDataMatrix<float>* matrix);
+
+/// Applies a fitted scaling in place. A present cell stays present: where centring or multiplying gives exactly the
+/// missing value, the next float below is taken. Counts of missing cells are exact.
+void ApplyScale(NCScale* scale, NCDataMatrix<float>* matrix);
 
 /// The scaling of Y that goes with one of X: unit variance with unit variance, else centring alone.
 NCScale::Scaling ScalingOfY(NCScale::Scaling scalingOfX);
