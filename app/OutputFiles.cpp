@@ -68,6 +68,15 @@ std::string FolderOf(const std::string& path) {
   return folder.empty() ? "." : folder;
 }
 
+/// Gives the file under `path` a second name, or, on a file system without links, moves it there. Returns that name;
+/// nothing if there is no file.
+std::string BackUp(const std::string& path, const std::string& backup) {
+  struct stat old = {};
+  if (stat(path.c_str(), &old) != 0 || !S_ISREG(old.st_mode)) return "";
+  if (link(path.c_str(), backup.c_str()) == 0) return backup;
+  return std::rename(path.c_str(), backup.c_str()) == 0 ? backup : "";
+}
+
 /// The new names reach the disk with their folder. Not every file system can; the files themselves are safe by then.
 void SyncFolder(const std::string& folder) {
   const int file = open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
@@ -112,7 +121,7 @@ void OutputFiles::Stage(const std::string& path, std::string_view bytes) {
   std::string temporary = FolderOf(target) + "/.kalmia-XXXXXX";
   const int file = mkstemp(temporary.data());
   if (file < 0) FailToWrite(path, errno);
-  staged_.push_back({temporary, target});
+  staged_.push_back({temporary, target, ""});
   const int error = FinishTemporary(file, bytes, ModeFor(target));
   if (error != 0) FailToWrite(path, error);
 }
@@ -127,13 +136,31 @@ void OutputFiles::Commit() {
 
 void OutputFiles::MoveAll() {
   for (std::size_t i = 0; i < staged_.size(); ++i) {
-    if (std::rename(staged_[i].temporary.c_str(), staged_[i].path.c_str()) == 0) continue;
+    StagedFile& file = staged_[i];
+    file.backup = BackUp(file.path, file.temporary + ".old");
+    if (std::rename(file.temporary.c_str(), file.path.c_str()) == 0) continue;
     const int error = errno;
-    for (std::size_t moved = 0; moved < i; ++moved) unlink(staged_[moved].path.c_str());
-    FailToWrite(staged_[i].path, error);
+    if (!file.backup.empty()) std::rename(file.backup.c_str(), file.path.c_str());
+    TakeBack(i);
+    FailToWrite(file.path, error);
   }
-  for (const StagedFile& file : staged_) SyncFolder(FolderOf(file.path));
+  for (const StagedFile& file : staged_) {
+    if (!file.backup.empty()) unlink(file.backup.c_str());
+    SyncFolder(FolderOf(file.path));
+  }
   staged_.clear();
+}
+
+/// Undoes the first moves: what was replaced returns, what is new goes.
+void OutputFiles::TakeBack(std::size_t moved) {
+  for (std::size_t i = 0; i < moved; ++i) {
+    const StagedFile& file = staged_[i];
+    if (file.backup.empty()) {
+      unlink(file.path.c_str());
+    } else {
+      std::rename(file.backup.c_str(), file.path.c_str());
+    }
+  }
 }
 
 void WriteStandardOutput(std::string_view text) {

@@ -7,7 +7,8 @@
 namespace kalmia::app {
 
 /// Files that appear together and whole, or not at all: each is first written under a temporary name beside its place
-/// and brought to the disk; Commit() then moves them all. What was not committed vanishes with the object.
+/// and brought to the disk; Commit() then moves them all. Files that they replace stay at hand until the last move, and
+/// come back where one fails. What was not committed vanishes with the object.
 /// Every operation throws Failure (Files) that names the file.
 class OutputFiles {
  public:
@@ -27,6 +28,7 @@ class OutputFiles {
   struct StagedFile {
     std::string temporary;
     std::string path;
+    std::string backup;  ///< what was under `path` before the move; empty if there was nothing
   };
   struct DirectWrite {
     std::string path;
@@ -34,6 +36,7 @@ class OutputFiles {
   };
 
   void MoveAll();
+  void TakeBack(std::size_t moved);
 
   std::vector<StagedFile> staged_;
   std::vector<DirectWrite> direct_;

@@ -102,5 +102,29 @@ TEST(OutputFiles, LeaveNothingWhereOneCannotBeMoved) {
   EXPECT_FALSE(std::filesystem::exists(folder.Path("a")));
 }
 
+TEST(OutputFiles, GiveBackWhatTheyReplacedWhereALaterOneCannotBeMoved) {
+  const ScratchFolder folder;
+  folder.Write("a", "old");
+  {
+    OutputFiles files;
+    files.Stage(folder.Path("a"), "first");
+    files.Stage(folder.Path("new"), "second");
+    files.Stage(folder.Path("b"), "third");
+    std::filesystem::create_directory(folder.Path("b"));  // in the way by the time of the commit
+    EXPECT_THROW(files.Commit(), Failure);
+  }
+  EXPECT_EQ(ReadWholeFile(folder.Path("a")), "old");
+  EXPECT_THAT(folder.Names(), ElementsAre("a", "b"));
+}
+
+TEST(OutputFiles, LeaveNoSecondNameOfWhatTheyReplaced) {
+  const ScratchFolder folder;
+  OutputFiles files;
+  files.Stage(folder.Write("a", "old"), "new");
+  files.Commit();
+  EXPECT_EQ(ReadWholeFile(folder.Path("a")), "new");
+  EXPECT_THAT(folder.Names(), ElementsAre("a"));
+}
+
 }  // namespace
 }  // namespace kalmia::app
