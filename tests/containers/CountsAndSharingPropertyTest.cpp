@@ -1,6 +1,8 @@
 #include <gtest/gtest.h>
 
 #include <map>
+#include <string>
+#include <vector>
 
 #include "PropertyWorld.h"
 
@@ -30,7 +32,8 @@ TYPED_TEST(CountsAndSharing, HoldThroughRandomSequencesOfOperations) {
   for (unsigned seed = 1; seed <= kSequences && !this->HasFailure(); ++seed) {
     World<TypeParam> world(seed);
     for (int step = 0; step < kSteps && !this->HasFailure(); ++step) {
-      const auto& operation = operations[static_cast<std::size_t>(world.Int(0, static_cast<int>(operations.size()) - 1))];
+      const int drawn = world.Int(0, static_cast<int>(operations.size()) - 1);
+      const auto& operation = operations[static_cast<std::size_t>(drawn)];
       SCOPED_TRACE("sequence " + std::to_string(seed) + ", step " + std::to_string(step) + ": " + operation.name);
       operation.run(world);
       world.CheckAndSettle();

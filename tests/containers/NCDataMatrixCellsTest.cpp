@@ -3,16 +3,15 @@
 #include <cstdint>
 #include <cstring>
 #include <limits>
+#include <vector>
 
+#include "TableWithTwin.h"
 #include "kalmia/containers/NCDataMatrix.h"
 #include "testing/RandomTables.h"
 
 // Rows and columns of cells: set, copied, scaled, shifted, compared.
 
 namespace {
-
-template <class T>
-using Table = std::vector<std::vector<T>>;
 
 template <class T>
 std::uint64_t BitsOf(T cell) {
@@ -27,18 +26,7 @@ struct Exposed : NCDataMatrix<T> {
 };
 
 template <class T>
-class NCDataMatrixCells : public ::testing::Test {
- protected:
-  static constexpr T kGap = kHole<T>;
-  static void Expect(const NCDataMatrix<T>& m, const Table<T>& cells) {
-    EXPECT_EQ(CellsOf(m), cells);
-    EXPECT_TRUE(HasExactCounts(m));
-  }
-  /// A table with holes, and a share of it that no operation on the table may change.
-  NCDataMatrix<T> table_ = MatrixOf<T>({{1, kGap, 3}, {4, 5, 6}, {kGap, kGap, 9}});
-  const NCDataMatrix<T> twin_ = table_;
-  void TearDown() override { Expect(twin_, {{1, kGap, 3}, {4, 5, 6}, {kGap, kGap, 9}}); }
-};
+class NCDataMatrixCells : public TableWithTwin<T> {};
 TYPED_TEST_SUITE(NCDataMatrixCells, CellTypes, CellTypeNames);
 
 TYPED_TEST(NCDataMatrixCells, ASetRowSharesTheVectorsCells) {
@@ -128,9 +116,35 @@ TYPED_TEST(NCDataMatrixCells, CopyRowDoesNotUnlink) {
 }
 
 TYPED_TEST(NCDataMatrixCells, CopyRowOfAWideTableStaysInside) {
+  const TypeParam gap = this->kGap;
   auto m = MatrixOf<TypeParam>({{1, 2, 3}, {4, 5, 6}});
   m.CopyRow(1, 2);
   this->Expect(m, {{1, 2, 3}, {1, 2, 3}});
+  auto holes = MatrixOf<TypeParam>({{1, 2, gap}, {4, 5, 6}});
+  holes.CopyRow(1, 2);
+  EXPECT_EQ(CellsOf(holes), (Table<TypeParam>{{1, 2, gap}, {1, 2, gap}}));
+  EXPECT_EQ(holes.GetColumnMisVal(3), 1) << "column 3 has no cell on the diagonal";
+  EXPECT_EQ(holes.GetNumMisVal(), 1);
+}
+
+TYPED_TEST(NCDataMatrixCells, CopyRowOfATallTableCountsAlongItsDiagonal) {
+  const TypeParam gap = this->kGap;
+  auto m = MatrixOf<TypeParam>({{gap, 2}, {3, 4}, {5, gap}});
+  m.CopyRow(3, 2);
+  EXPECT_EQ(CellsOf(m), (Table<TypeParam>{{gap, 2}, {5, gap}, {5, gap}}));
+  EXPECT_EQ(m.GetColumnMisVal(1), 0) << "cell (1, 1) is a hole, cell (3, 1) is none: 1 - 1";
+  EXPECT_EQ(m.GetColumnMisVal(2), 2) << "cell (2, 2) is none, cell (3, 2) is a hole: 1 + 1";
+  EXPECT_EQ(m.GetNumMisVal(), 2);
+}
+
+TYPED_TEST(NCDataMatrixCells, CopyRowOntoItselfCountsAlongTheDiagonalToo) {
+  const TypeParam gap = this->kGap;
+  auto m = MatrixOf<TypeParam>({{gap, 2}, {3, gap}});
+  m.CopyRow(1, 1);
+  EXPECT_EQ(CellsOf(m), (Table<TypeParam>{{gap, 2}, {3, gap}}));
+  EXPECT_EQ(m.GetColumnMisVal(1), 1);
+  EXPECT_EQ(m.GetColumnMisVal(2), 0) << "cell (2, 2) is a hole, cell (1, 2) is none: 1 - 1";
+  EXPECT_EQ(m.GetNumMisVal(), 2);
 }
 
 TYPED_TEST(NCDataMatrixCells, CopiesAColumnWithinTheTable) {
@@ -195,6 +209,37 @@ TYPED_TEST(NCDataMatrixCells, MultipliesTwoColumns) {
   this->Expect(this->table_, {{3, this->kGap, this->kGap}, {24, 5, 30}, {this->kGap, this->kGap, this->kGap}});
 }
 
+TYPED_TEST(NCDataMatrixCells, ProductsOfMinus99AreHolesThatAreCounted) {
+  const TypeParam gap = this->kGap;
+  const auto m = MatrixOf<TypeParam>({{33, 1, -3}});
+  NCDataMatrix<TypeParam> row(m), column(m), columns(m);
+  row.MultiplyRow(1, -3);
+  this->Expect(row, {{gap, -3, 9}});
+  column.MultiplyColumn(1, -3, /*to=*/2);
+  this->Expect(column, {{33, gap, -3}});
+  columns.MultiplyColumns(1, 3, /*to=*/2);
+  this->Expect(columns, {{33, gap, -3}});
+}
+
+TYPED_TEST(NCDataMatrixCells, ANumberForAColumnIsNotRoundedToTheTypeOfTheCells) {
+  constexpr long double kTenth = 0.1L;
+  constexpr TypeParam kRounded = static_cast<TypeParam>(kTenth);
+  const TypeParam cell = kRounded;
+  const auto m = MatrixOf<TypeParam>({{cell, 0}});
+  NCDataMatrix<TypeParam> difference(m), product(m);
+  difference.SubtractFromColumn(1, kTenth);
+  EXPECT_EQ(difference[1][1], static_cast<TypeParam>(cell - kTenth));
+  EXPECT_NE(difference[1][1], 0) << "what the rounded number would leave";
+  int otherProducts = 0;
+  for (int i = 1; i <= 100; ++i) {
+    product(1, 1, static_cast<TypeParam>(i));
+    product.MultiplyColumn(1, kTenth, /*to=*/2);
+    EXPECT_EQ(product[1][2], static_cast<TypeParam>(i * kTenth)) << i;
+    otherProducts += product[1][2] != static_cast<TypeParam>(static_cast<TypeParam>(i) * kRounded);
+  }
+  EXPECT_GT(otherProducts, 0) << "the rounded number would give the same everywhere";
+}
+
 TYPED_TEST(NCDataMatrixCells, SubtractsFromThePresentCellsOfAColumn) {
   this->table_.SubtractFromColumn(1, 0.5L);
   this->Expect(this->table_, {{0.5, this->kGap, 3}, {3.5, 5, 6}, {this->kGap, this->kGap, 9}});
@@ -213,6 +258,23 @@ TYPED_TEST(NCDataMatrixCells, SubtractionNeverMakesAHole) {
   EXPECT_EQ(BitsOf(m[1][1]), below);
   EXPECT_LT(m[1][1], this->kGap);
   EXPECT_EQ(m.GetNumMisVal(), 0);
+  EXPECT_TRUE(HasExactCounts(m));
+}
+
+TYPED_TEST(NCDataMatrixCells, ADifferenceThatRoundsToMinus99IsNoHoleEither) {
+  // The difference itself lies below -99, by less than half of the distance to the next cell value.
+  const long double d = sizeof(TypeParam) == sizeof(float) ? 1.0000001L : 1 + 1e-17L;
+  NCDataMatrix<TypeParam> m(1, 1, -98);
+  m.SubtractFromColumn(1, d);
+  EXPECT_LT(m[1][1], this->kGap);
+  EXPECT_TRUE(HasExactCounts(m));
+}
+
+TYPED_TEST(NCDataMatrixCells, TheCellThatStandsForMinus99Stays) {
+  const TypeParam below = static_cast<TypeParam>(-99.00000762939453);
+  NCDataMatrix<TypeParam> m(1, 1, below);
+  m.SubtractFromColumn(1, 0);
+  EXPECT_EQ(BitsOf(m[1][1]), BitsOf(below));
   EXPECT_TRUE(HasExactCounts(m));
 }
 
@@ -246,6 +308,23 @@ TYPED_TEST(NCDataMatrixCells, ScalesColumnsInPlaceAndLeavesThoseOfAMissingScale)
   const auto scales = VectorOf<TypeParam>({2, this->kGap, -1});
   this->table_.TransformToColumnScaled(scales);
   this->Expect(this->table_, {{2, this->kGap, -3}, {8, 5, -6}, {this->kGap, this->kGap, -9}});
+}
+
+TYPED_TEST(NCDataMatrixCells, ScalesColumnsByARowOfItsOwnAsItWasBefore) {
+  auto m = MatrixOf<TypeParam>({{2, 3}, {4, 5}});
+  m.TransformToColumnScaled(m[1]);
+  this->Expect(m, {{4, 9}, {8, 15}});
+  const NCDataVector<TypeParam> share(m[1]);
+  m.TransformToColumnScaled(share);
+  this->Expect(m, {{16, 81}, {32, 135}});
+}
+
+TYPED_TEST(NCDataMatrixCells, AScaledCellOfMinus99IsNotCounted) {
+  auto m = MatrixOf<TypeParam>({{33, 2}});
+  m.TransformToColumnScaled(VectorOf<TypeParam>({-3, 1}));
+  EXPECT_EQ(m[1][1], this->kGap);
+  EXPECT_EQ(m.GetNumMisVal(), 0);
+  EXPECT_EQ(m[1].GetNumMisVal(), 0);
 }
 
 TYPED_TEST(NCDataMatrixCells, ScalingColumnsUnlinksNeitherTableNorRows) {
@@ -286,6 +365,12 @@ TYPED_TEST(NCDataMatrixCells, AreEqualWhereTheBytesOfTheLeftRowsAreThoseOfTheRig
   copy(2, 2, 5);
   EXPECT_TRUE(copy != m);
   EXPECT_FALSE((MatrixOf<TypeParam>({{0.0}}) == MatrixOf<TypeParam>({{TypeParam(-0.0)}})));
+}
+
+TYPED_TEST(NCDataMatrixCells, EqualNaNsAreEqual) {
+  const TypeParam nan = std::numeric_limits<TypeParam>::quiet_NaN();
+  EXPECT_TRUE((MatrixOf<TypeParam>({{1, nan}}) == MatrixOf<TypeParam>({{1, nan}})));
+  EXPECT_TRUE((MatrixOf<TypeParam>({{1, nan}}) != MatrixOf<TypeParam>({{1, -nan}})));
 }
 
 TYPED_TEST(NCDataMatrixCells, OnlyTheLeftSidesRowsAreCompared) {

@@ -4,7 +4,10 @@
 #include <limits>
 #include <sstream>
 #include <string>
+#include <type_traits>
+#include <vector>
 
+#include "TableWithTwin.h"
 #include "kalmia/containers/NCDataMatrix.h"
 #include "testing/RandomTables.h"
 #include "testing/StreamAttacks.h"
@@ -12,9 +15,6 @@
 // The stream form of the data matrix, in all its versions, and what damaged forms come to.
 
 namespace {
-
-template <class T>
-using Table = std::vector<std::vector<T>>;
 
 void WriteInt(std::ostream& stream, int value) { ASSERT_TRUE(WriteFourBytes(&value, 1, stream)); }
 
@@ -35,8 +35,19 @@ Claim<T> TruthAbout(const NCDataMatrix<T>& m) {
   return claim;
 }
 
+/// A row in a form without a directory.
 template <class T>
-std::string StreamOf(const Claim<T>& claim, short version = 4) {
+void WriteOldRow(std::ostream& stream, const NCDataVector<T>& row, short version) {
+  VexStreamableData(version, "NCDV").Write(stream);
+  if (version == 2) WriteBinaryString("", stream);
+  WriteInt(stream, row.Size());
+  WriteInt(stream, row.GetNumMisVal());
+  WriteArray(row.begin(), row.Size(), sizeof(T), stream);
+}
+
+/// Rows in the old form `oldRows`, or of today where that is 0.
+template <class T>
+std::string StreamOf(const Claim<T>& claim, short version = 4, short oldRows = 0) {
   std::ostringstream stream;
   VexStreamableData(version, "NCDM").Write(stream);
   OutputStreamDirectory directory(stream, claim.entries);
@@ -44,7 +55,11 @@ std::string StreamOf(const Claim<T>& claim, short version = 4) {
   for (unsigned short entry = 0; entry < 3 && entry < claim.entries; ++entry)
     WriteInt(directory.GetOutput(entry), fields[entry]);
   if (claim.entries > 3) {
-    for (const auto& row : claim.written) directory.GetOutput(3) << row;
+    for (const auto& row : claim.written)
+      if (oldRows > 0)
+        WriteOldRow(directory.GetOutput(3), row, oldRows);
+      else
+        directory.GetOutput(3) << row;
     directory.GetOutput(3) << claim.behindRows;
   }
   if (claim.entries > 4) directory.GetOutput(4) << claim.counts << claim.behindCounts;
@@ -59,17 +74,11 @@ std::string OldStreamOf(const Claim<T>& claim, short version, bool oldRows = tru
   VexStreamableData(version, "NCDM").Write(stream);
   if (version == 2) WriteBinaryString("a name", stream);
   for (const int field : {claim.rows, claim.columns, claim.missing}) WriteInt(stream, field);
-  for (const auto& row : claim.written) {
-    if (!oldRows) {
+  for (const auto& row : claim.written)
+    if (oldRows)
+      WriteOldRow(stream, row, version);
+    else
       stream << row;
-      continue;
-    }
-    VexStreamableData(version, "NCDV").Write(stream);
-    if (version == 2) WriteBinaryString("", stream);
-    WriteInt(stream, row.Size());
-    WriteInt(stream, row.GetNumMisVal());
-    WriteArray(row.begin(), row.Size(), sizeof(T), stream);
-  }
   stream << claim.counts;
   return stream.str();
 }
@@ -168,6 +177,56 @@ TYPED_TEST(NCDataMatrixStream, LeavesTheStreamBehindItself) {
   EXPECT_TRUE(stream.good());
   EXPECT_TRUE(second == this->table_);
   EXPECT_EQ(second.SizeRows(), 2);
+}
+
+TYPED_TEST(NCDataMatrixStream, OldFormsLeaveTheStreamBehindThemselves) {
+  for (short version = 1; version <= 3; ++version) {
+    SCOPED_TRACE("version " + std::to_string(version));
+    std::istringstream stream(OldStreamOf(TruthAbout(this->table_), version) + StreamOf(this->table_) + "end");
+    NCDataMatrix<TypeParam> first, second;
+    stream >> first >> second;
+    EXPECT_TRUE(stream.good());
+    EXPECT_EQ(CellsOf(first), CellsOf(this->table_));
+    EXPECT_EQ(CellsOf(second), CellsOf(this->table_));
+    std::string rest;
+    stream >> rest;
+    EXPECT_EQ(rest, "end");
+  }
+}
+
+TYPED_TEST(NCDataMatrixStream, GrowsAfterItWasRead) {
+  NCDataMatrix<TypeParam> m;
+  ASSERT_EQ(Read(StreamOf(this->table_), m), Outcome::Accepted);
+  for (int i = 0; i < 9; ++i) m.push_back(m[1]);
+  m.InsertColumns(2, 9);
+  EXPECT_EQ(m.SizeRows(), 11);
+  EXPECT_TRUE(HasExactCounts(m));
+  EXPECT_EQ(m[11][12], 3);
+}
+
+TYPED_TEST(NCDataMatrixStream, AReadDropsTheTargetsThatWereNamed) {
+  for (const std::string& bytes : {StreamOf(this->table_), OldStreamOf(TruthAbout(this->table_), 1)}) {
+    NCDataMatrix<TypeParam> m, matrixTarget;
+    NCDataVector<TypeParam> vectorTarget(2, 7);
+    m.Result(&vectorTarget).Result(&matrixTarget);
+    std::istringstream stream(bytes);
+    ASSERT_TRUE(stream >> m);
+    EXPECT_EQ(CellsOf(m.GetColumn(3)), (std::vector<TypeParam>{3, 6}));
+    EXPECT_EQ(CellsOf(vectorTarget), (std::vector<TypeParam>{7, 7}));
+    MatrixDestroyer<TypeParam> holder;
+    m.GetReturnMatrix(holder, 1, 1);
+    EXPECT_TRUE(holder.owner);
+  }
+}
+
+TYPED_TEST(NCDataMatrixStream, ReadsADirectoryOfRowsInAnOldForm) {
+  for (short version = 1; version <= 3; ++version) {
+    SCOPED_TRACE("version " + std::to_string(version));
+    NCDataMatrix<TypeParam> m;
+    ASSERT_EQ(Read(StreamOf(TruthAbout(this->table_), 4, version), m), Outcome::Accepted);
+    EXPECT_EQ(CellsOf(m), CellsOf(this->table_));
+    EXPECT_TRUE(HasExactCounts(m));
+  }
 }
 
 TYPED_TEST(NCDataMatrixStream, LeavesTheTwinOfWhatItReadsIntoAlone) {
@@ -422,6 +481,7 @@ TYPED_TEST(NCDataMatrixStream, TakesNoMoreMemoryForManySmallRowsThanForFewLargeO
     const auto claim = TruthAbout(NCDataMatrix<TypeParam>(rows, columns, 1));
     EXPECT_TRUE(this->Attacks(/*mayThrow=*/false).Read(StreamOf(claim)));
     EXPECT_TRUE(this->Attacks(/*mayThrow=*/false).Read(OldStreamOf(claim, 1)));
+    EXPECT_TRUE(this->Attacks(/*mayThrow=*/false).Read(StreamOf(claim, 4, /*oldRows=*/1)));
   }
 }
 

@@ -1,5 +1,9 @@
 #include <gtest/gtest.h>
 
+#include <string>
+#include <vector>
+
+#include "TableWithTwin.h"
 #include "kalmia/containers/NCDataMatrix.h"
 #include "testing/RandomTables.h"
 
@@ -7,27 +11,12 @@
 
 namespace {
 
-template <class T>
-using Table = std::vector<std::vector<T>>;
-
 NCIntegralVector<int, -99> Indices(const std::vector<int>& list) {
   return NCIntegralVector<int, -99>(list.data(), static_cast<int>(list.size()));
 }
 
 template <class T>
-class NCDataMatrixStructure : public ::testing::Test {
- protected:
-  static constexpr T kGap = kHole<T>;
-  /// Cells and all counts.
-  static void Expect(const NCDataMatrix<T>& m, const Table<T>& cells) {
-    EXPECT_EQ(CellsOf(m), cells);
-    EXPECT_TRUE(HasExactCounts(m));
-  }
-  /// A table with holes, and a share of it that no operation on the table may change.
-  NCDataMatrix<T> table_ = MatrixOf<T>({{1, kGap, 3}, {4, 5, 6}, {kGap, kGap, 9}});
-  const NCDataMatrix<T> twin_ = table_;
-  void TearDown() override { Expect(twin_, {{1, kGap, 3}, {4, 5, 6}, {kGap, kGap, 9}}); }
-};
+class NCDataMatrixStructure : public TableWithTwin<T> {};
 TYPED_TEST_SUITE(NCDataMatrixStructure, CellTypes, CellTypeNames);
 
 TYPED_TEST(NCDataMatrixStructure, SetSizeToThePresentSizeKeepsCellsAndSharing) {
@@ -84,6 +73,32 @@ TYPED_TEST(NCDataMatrixStructure, ReservedColumnsComeWithoutMovingTheCells) {
   const TypeParam* cells = this->table_[1].GetVector();
   this->table_.InsertColumns(4, 47);
   EXPECT_EQ(this->table_[1].GetVector(), cells);
+}
+
+TYPED_TEST(NCDataMatrixStructure, ReservesExactlyTheRoomThatIsAskedFor) {
+  NCDataMatrix<TypeParam> m(2, 2, 1);
+  m.ReserveRows(5);
+  const NCDataVector<TypeParam>* row = &m[1];
+  m.InsertRows(3, 3);
+  EXPECT_EQ(&m[1], row);
+  m.InsertRows(3, 1);
+  EXPECT_NE(&m[1], row);
+  m.ReserveColumns(5);
+  const TypeParam* cells = m[1].GetVector();
+  m.InsertColumns(3, 3);
+  EXPECT_EQ(m[1].GetVector(), cells);
+  m.InsertColumns(3, 1);
+  EXPECT_NE(m[1].GetVector(), cells);
+}
+
+TYPED_TEST(NCDataMatrixStructure, ReservingRowsOfAnUnsharedTableKeepsItsCellsWhereTheyAre) {
+  auto m = MatrixOf<TypeParam>({{1, this->kGap}, {3, 4}});
+  const TypeParam* cells = m[2].GetVector();
+  m.ReserveRows(9);
+  EXPECT_EQ(m[2].GetVector(), cells);
+  m(2, 2, 5);
+  EXPECT_EQ(m[2].GetVector(), cells) << "nobody shares them";
+  this->Expect(m, {{1, this->kGap}, {3, 5}});
 }
 
 TYPED_TEST(NCDataMatrixStructure, InsertsMissingRowsAndMovesTheOthersUp) {
@@ -193,6 +208,12 @@ TYPED_TEST(NCDataMatrixStructure, InsertsTheColumnsOfAnotherTable) {
   this->Expect(this->table_, {{1, 10, gap, gap, 3}, {4, 20, 21, 5, 6}, {gap, gap, 31, gap, 9}});
 }
 
+TYPED_TEST(NCDataMatrixStructure, InsertsColumnsBeyondTheEndBehindTheLast) {
+  const TypeParam gap = this->kGap;
+  this->table_.InsertColumns(9, MatrixOf<TypeParam>({{10, gap}, {20, 21}, {gap, 31}}));
+  this->Expect(this->table_, {{1, gap, 3, 10, gap}, {4, 5, 6, 20, 21}, {gap, gap, 9, gap, 31}});
+}
+
 TYPED_TEST(NCDataMatrixStructure, InsertsItsOwnColumns) {
   auto m = MatrixOf<TypeParam>({{1, this->kGap}, {3, 4}});
   m.InsertColumns(1, m);
@@ -251,6 +272,14 @@ TYPED_TEST(NCDataMatrixStructure, ReducesToTheListedColumnsInTheirOrder) {
   this->Expect(complete, {{}, {}});
 }
 
+TYPED_TEST(NCDataMatrixStructure, ReducingATableWithoutCountedHolesDoesNotLookForThem) {
+  NCDataMatrix<TypeParam> m = this->TableWithLowCounts();
+  m.ReduceColumns(Indices({2, 1, 1}));
+  EXPECT_EQ(CellsOf(m), (Table<TypeParam>{{1, this->kGap, this->kGap}, {4, 3, 3}}));
+  EXPECT_EQ(m.GetNumMisVal(), 0);
+  for (int c = 1; c <= 3; ++c) EXPECT_EQ(m.GetColumnMisVal(c), 0) << c;
+}
+
 TYPED_TEST(NCDataMatrixStructure, ConcatenatesRowsAsShares) {
   const auto m = MatrixOf<TypeParam>({{this->kGap, 11, 12}});
   this->table_.ConcatRows(m);
@@ -297,6 +326,28 @@ TYPED_TEST(NCDataMatrixStructure, RearrangesColumnsWithRepeats) {
   this->table_.RearrangeColumns({});
   EXPECT_EQ(this->table_.SizeRows(), 0);
   EXPECT_EQ(this->table_.SizeColumns(), 0);
+}
+
+TYPED_TEST(NCDataMatrixStructure, RearrangedColumnsAreCountedAnew) {
+  NCDataMatrix<TypeParam> m = this->TableWithLowCounts();
+  m.RearrangeColumns({2, 1});
+  this->Expect(m, {{1, this->kGap}, {4, 3}});
+}
+
+TYPED_TEST(NCDataMatrixStructure, RearrangingDropsTheTargetsThatWereNamed) {
+  auto m = MatrixOf<TypeParam>({{1, 2}, {3, 4}});
+  NCDataVector<TypeParam> target(2, 7);
+  m.Result(&target);
+  m.RearrangeColumns({2, 1});
+  EXPECT_EQ(CellsOf(m.GetColumn(1)), (std::vector<TypeParam>{2, 4}));
+  EXPECT_EQ(CellsOf(target), (std::vector<TypeParam>{7, 7}));
+}
+
+TYPED_TEST(NCDataMatrixStructure, RearrangesATableWithoutRows) {
+  NCDataMatrix<TypeParam> m(0, 3);
+  m.RearrangeColumns({3, 1});
+  EXPECT_EQ(m.SizeRows(), 0);
+  EXPECT_EQ(m.SizeColumns(), 2);
 }
 
 TYPED_TEST(NCDataMatrixStructure, SwapsRowsWithoutACopy) {

@@ -2,14 +2,14 @@
 
 #include <gtest/gtest.h>
 
+#include <vector>
+
+#include "TableWithTwin.h"
 #include "testing/RandomTables.h"
 
-// Life, sharing, access and results in place.
+// Life, sharing and access.
 
 namespace {
-
-template <class T>
-using Table = std::vector<std::vector<T>>;
 
 /// The protected sharing of a matrix, for tests.
 template <class T>
@@ -25,12 +25,9 @@ template <class T>
 class NCDataMatrixSharing : public ::testing::Test {};
 template <class T>
 class NCDataMatrixAccess : public ::testing::Test {};
-template <class T>
-class NCDataMatrixResult : public ::testing::Test {};
 TYPED_TEST_SUITE(NCDataMatrixLife, CellTypes, CellTypeNames);
 TYPED_TEST_SUITE(NCDataMatrixSharing, CellTypes, CellTypeNames);
 TYPED_TEST_SUITE(NCDataMatrixAccess, CellTypes, CellTypeNames);
-TYPED_TEST_SUITE(NCDataMatrixResult, CellTypes, CellTypeNames);
 
 TYPED_TEST(NCDataMatrixLife, BeginsWithoutRowsAndColumns) {
   const NCDataMatrix<TypeParam> m;
@@ -152,6 +149,16 @@ TYPED_TEST(NCDataMatrixSharing, UnlinkingSplitsTheRowsAndKeepsTheirCellsShared) 
   EXPECT_EQ(&a[1], row) << "unshared already";
 }
 
+TYPED_TEST(NCDataMatrixSharing, UnlinkingLeavesRoomForTheRowsThereAre) {
+  Exposed<TypeParam> a(3, 2, 1);
+  a.ReserveRows(10);
+  const NCDataMatrix<TypeParam> b(a);
+  a.UnlinkMe();
+  const NCDataVector<TypeParam>* row = &a[1];
+  a.InsertRows(4, 1);
+  EXPECT_NE(&a[1], row) << "no room for a fourth";
+}
+
 TYPED_TEST(NCDataMatrixSharing, ForceUnlinkLeavesNothingShared) {
   NCDataMatrix<TypeParam> a(3, 2, 1);
   const NCDataMatrix<TypeParam> b(a);
@@ -175,6 +182,22 @@ TYPED_TEST(NCDataMatrixSharing, CopyContentSharesNothingWithItsSource) {
     EXPECT_EQ(CellsOf(target), CellsOf(source));
     EXPECT_TRUE(HasExactCounts(target));
     for (int r = 1; r <= 3; ++r) EXPECT_NE(target[r].GetVector(), source[r].GetVector());
+  }
+}
+
+TYPED_TEST(NCDataMatrixSharing, CopyContentTakesTheShapeOfASmallerOrLargerTable) {
+  const int sizes[][2] = {{2, 2}, {9, 8}, {0, 3}, {3, 0}, {0, 0}};
+  for (const auto& [rows, columns] : sizes) {
+    SCOPED_TRACE(::testing::Message() << rows << " by " << columns);
+    const NCDataMatrix<TypeParam> source = RandomMatrix<TypeParam>(rows, columns, 0.3, 3);
+    NCDataMatrix<TypeParam> m = RandomMatrix<TypeParam>(4, 5, 0.3, 4);
+    m.CopyContent(source);
+    EXPECT_EQ(CellsOf(m), CellsOf(source));
+    EXPECT_EQ(m.SizeColumns(), columns);
+    EXPECT_TRUE(HasExactCounts(m));
+    m.InsertRows(1, 3);
+    EXPECT_TRUE(HasExactCounts(m));
+    EXPECT_EQ(m.GetNumMisVal(), source.GetNumMisVal() + 3 * columns);
   }
 }
 
@@ -235,6 +258,20 @@ TYPED_TEST(NCDataMatrixAccess, BuildsAColumnInTheTargetThatWasNamed) {
   EXPECT_NE(m.GetColumn(1).GetVector(), target.GetVector()) << "a target serves once";
 }
 
+TYPED_TEST(NCDataMatrixAccess, BuildsAColumnInARowOfItsOwn) {
+  for (int c = 1; c <= 2; ++c)
+    for (int r = 1; r <= 2; ++r) {
+      SCOPED_TRACE(::testing::Message() << "column " << c << " in row " << r);
+      auto m = MatrixOf<TypeParam>({{1, 2}, {3, 4}});
+      const std::vector<TypeParam> cells = CellsOf(m.GetColumn(c));
+      NCDataVector<TypeParam>& row = m(r);
+      const NCDataVector<TypeParam> column = m.Result(&row).GetColumn(c);
+      EXPECT_EQ(CellsOf(m[r]), cells);
+      EXPECT_EQ(column.GetVector(), m[r].GetVector());
+      EXPECT_NE(m.GetColumn(c).GetVector(), m[r].GetVector()) << "a target serves once";
+    }
+}
+
 TYPED_TEST(NCDataMatrixAccess, GivesAllOfItsRowsAsAShare) {
   const auto m = MatrixOf<TypeParam>({{1, 2}, {3, 4}});
   const NCDataMatrix<TypeParam> all = m.GetRowSubMatrix(1, 2);
@@ -277,90 +314,43 @@ TYPED_TEST(NCDataMatrixAccess, GivesItsCellsAwayAsPointers) {
   EXPECT_EQ(CellsOf(m), CellsOf(twin));
 }
 
+TYPED_TEST(NCDataMatrixAccess, AliasesTheCellsOfASharedTableAndLeavesThemShared) {
+  NCDataMatrix<TypeParam> m(2, 2, 1);
+  const NCDataMatrix<TypeParam> twin(m);
+  TypeParam** cells = NCDataMatrix<TypeParam>::GetMatrixAsPointerPointer(m, /*keep=*/true);
+  EXPECT_EQ(cells[2], twin[2].GetVector());
+  EXPECT_EQ(&m[1], &twin[1]);
+  NCDataMatrix<TypeParam>::ReleasePointerPointer(cells, 2, /*cells=*/false);
+}
+
+TYPED_TEST(NCDataMatrixAccess, GivesRowsThatShareCellsAwayAsCellsOfTheirOwn) {
+  auto m = MatrixOf<TypeParam>({{1, 2}, {3, 4}});
+  m.SetRow(1, m[2]);
+  const NCDataVector<TypeParam> share(m[2]);
+  TypeParam** cells = NCDataMatrix<TypeParam>::GetMatrixAsPointerPointer(m, /*keep=*/false);
+  cells[1][1] = 8;
+  cells[2][1] = 9;
+  EXPECT_EQ(cells[1][1], 8);
+  EXPECT_EQ(CellsOf(share), (std::vector<TypeParam>{3, 4}));
+  NCDataMatrix<TypeParam>::ReleasePointerPointer(cells, 2, /*cells=*/true);
+}
+
+TYPED_TEST(NCDataMatrixAccess, GivesRowsWithoutColumnsAway) {
+  NCDataMatrix<TypeParam> m(2, 0);
+  NCDataMatrix<TypeParam> emptied(2, 1);
+  emptied.RemoveColumns(1, 1);  // its rows have memory and no cells
+  for (NCDataMatrix<TypeParam>* table : {&m, &emptied}) {
+    TypeParam** cells = NCDataMatrix<TypeParam>::GetMatrixAsPointerPointer(*table, /*keep=*/false);
+    EXPECT_EQ(table->SizeRows(), 0);
+    NCDataMatrix<TypeParam>::ReleasePointerPointer(cells, 2, /*cells=*/true);
+  }
+}
+
 TYPED_TEST(NCDataMatrixAccess, GivesAwayWhatAnEmptyTableHas) {
   NCDataMatrix<TypeParam> m;
   TypeParam** cells = NCDataMatrix<TypeParam>::GetMatrixAsPointerPointer(m, /*keep=*/false);
   NCDataMatrix<TypeParam>::ReleasePointerPointer(cells, 0, /*cells=*/true);
   NCDataMatrix<TypeParam>::ReleasePointerPointer(nullptr, 0, /*cells=*/true);
-}
-
-TYPED_TEST(NCDataMatrixResult, MakesAMissingTableWhereNoTargetWasNamed) {
-  const NCDataMatrix<TypeParam> m;
-  MatrixDestroyer<TypeParam> holder;
-  m.GetReturnMatrix(holder, 2, 3);
-  EXPECT_TRUE(holder.owner);
-  EXPECT_EQ(CellsOf(*holder.matrix), CellsOf(NCDataMatrix<TypeParam>(2, 3)));
-  EXPECT_TRUE(HasExactCounts(*holder.matrix));
-}
-
-TYPED_TEST(NCDataMatrixResult, HasRowsWithoutColumnsButNoColumnsWithoutRows) {
-  const NCDataMatrix<TypeParam> m;
-  MatrixDestroyer<TypeParam> rowsOnly, columnsOnly;
-  m.GetReturnMatrix(rowsOnly, 2, 0);
-  EXPECT_EQ(rowsOnly.matrix->SizeRows(), 2);
-  EXPECT_EQ(rowsOnly.matrix->SizeColumns(), 0);
-  m.GetReturnMatrix(columnsOnly, 0, 3);
-  EXPECT_EQ(columnsOnly.matrix->SizeRows(), 0);
-  EXPECT_EQ(columnsOnly.matrix->SizeColumns(), 0);
-}
-
-TYPED_TEST(NCDataMatrixResult, UsesATargetOnceUnlinkedAndNotResized) {
-  const NCDataMatrix<TypeParam> m;
-  NCDataMatrix<TypeParam> target(1, 1, 4);
-  const NCDataMatrix<TypeParam> twin(target);
-  {
-    MatrixDestroyer<TypeParam> holder;
-    m.Result(&target).GetReturnMatrix(holder, 2, 3);
-    EXPECT_EQ(holder.matrix, &target);
-    EXPECT_FALSE(holder.owner);
-  }
-  EXPECT_EQ(CellsOf(target), (Table<TypeParam>{{4}}));
-  EXPECT_NE(&target[1], &twin[1]);
-  MatrixDestroyer<TypeParam> next;
-  m.GetReturnMatrix(next, 2, 3);
-  EXPECT_NE(next.matrix, &target);
-}
-
-TYPED_TEST(NCDataMatrixResult, TakesVectorTargetsOnTheirOwn) {
-  const NCDataMatrix<TypeParam> m;
-  NCDataVector<TypeParam> vectorTarget(1, 4);
-  NCDataMatrix<TypeParam> matrixTarget;
-  m.Result(&vectorTarget).Result(&matrixTarget);
-  {
-    VectorDestroyer<TypeParam> holder;
-    m.GetReturnVector(holder, 5);
-    EXPECT_EQ(holder.vector, &vectorTarget);
-    EXPECT_EQ(vectorTarget.Size(), 1) << "a target is never resized";
-  }
-  MatrixDestroyer<TypeParam> matrixHolder;
-  m.GetReturnMatrix(matrixHolder, 1, 1);
-  EXPECT_EQ(matrixHolder.matrix, &matrixTarget);
-  VectorDestroyer<TypeParam> fresh, none;
-  m.GetReturnVector(fresh, 5);
-  EXPECT_EQ(fresh.vector->GetNumMisVal(), 5);
-  m.GetReturnVector(none, 0);
-  EXPECT_EQ(none.vector->Size(), 0);
-}
-
-TYPED_TEST(NCDataMatrixResult, IsNotCopiedOrAssignedButSwapped) {
-  NCDataMatrix<TypeParam> a(1, 1, 1), b;
-  NCDataVector<TypeParam> target(1);
-  const auto usesTarget = [&target](const NCDataMatrix<TypeParam>& m) {
-    VectorDestroyer<TypeParam> holder;
-    m.GetReturnVector(holder, 1);
-    return holder.vector == &target;
-  };
-  EXPECT_EQ(&a.Result(&target), &a);
-  const NCDataMatrix<TypeParam> copy(a);
-  EXPECT_FALSE(usesTarget(copy));
-  b = a;
-  EXPECT_FALSE(usesTarget(b));
-  a = NCDataMatrix<TypeParam>(2, 2);
-  EXPECT_TRUE(usesTarget(a)) << "assignment leaves it";
-  a.Result(&target);
-  a.swap(b);
-  EXPECT_TRUE(usesTarget(b));
-  EXPECT_FALSE(usesTarget(a));
 }
 
 TYPED_TEST(NCDataMatrixSharing, SwapExchangesTheTablesAndSplitsNothing) {

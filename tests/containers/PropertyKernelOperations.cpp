@@ -4,8 +4,8 @@
 #include "PropertyWorld.h"
 #include "kalmia/kernels/NCSVD.h"
 
-// Products, deflation, regressions and decompositions. Operands are shares: a result's target may be the table or vector
-// that they share with.
+// Products, deflation, regressions and decompositions. Operands are shares: a result's target may be the table or
+// vector that they share with.
 
 namespace {
 
@@ -48,7 +48,8 @@ std::vector<Operation<T>> KernelOperations() {
       {"A'B", [](W& w) {
          const M a = w.AnyFilledMatrix();
          const M b = w.MatrixOfRows(a.SizeRows());
-         KeepMatrix(w, a, a.SizeColumns(), b.SizeColumns(), [&](const M& m) { return m.MatrixMultiply(b, true, false); });
+         KeepMatrix(w, a, a.SizeColumns(), b.SizeColumns(),
+                    [&](const M& m) { return m.MatrixMultiply(b, true, false); });
        }},
       {"AB'", [](W& w) {
          const M a = w.AnyFilledMatrix();

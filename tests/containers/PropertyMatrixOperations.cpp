@@ -1,4 +1,5 @@
 #include <cmath>
+#include <vector>
 
 #include "PropertyWorld.h"
 
@@ -23,7 +24,7 @@ std::vector<Operation<T>> MatrixOperations() {
   return {
       {"m = m", [](W& w) { w.Matrix() = w.AnyMatrix(); }},
       {"m = m(copy)", [](W& w) { w.Matrix() = M(w.AnyMatrix()); }},
-      {"m = NCDataMatrix(rows, columns, value)", [](W& w) { w.Matrix() = M(w.Int(0, 7), w.Int(0, 7), w.Cell()); }},
+      {"m = NCDataMatrix(rows, columns, value)", [](W& w) { w.Matrix() = M{w.Int(0, 7), w.Int(0, 7), w.Cell()}; }},
       {"m.swap", [](W& w) { w.Matrix().swap(w.Matrix()); }},
       {"m.Clear", [](W& w) { w.Matrix().Clear(); }},
       {"m.ForceUnlink", [](W& w) { w.Matrix().ForceUnlink(); }},
@@ -47,14 +48,24 @@ std::vector<Operation<T>> MatrixOperations() {
          M::ReleasePointerPointer(cells, rows, /*cells=*/true);
          m = w.AnyMatrix().SizeRows() > 0 ? M(1, 1, w.Cell()) : M();
        }},
-      {"m.SetSize", [](W& w) { w.Matrix().SetSize(w.Int(0, 7), w.Int(0, 7)); }},
-      {"m.Resize", [](W& w) { w.Matrix().Resize(w.Int(0, 7), w.Int(0, 7)); }},
+      {"m.SetSize", [](W& w) {
+         const int rows = w.Int(0, 7), columns = w.Int(0, 7);
+         w.Matrix().SetSize(rows, columns);
+       }},
+      {"m.Resize", [](W& w) {
+         const int rows = w.Int(0, 7), columns = w.Int(0, 7);
+         w.Matrix().Resize(rows, columns);
+       }},
       {"m.ReserveRows", [](W& w) { w.Matrix().ReserveRows(w.Int(0, 20)); }},
       {"m.ReserveColumns", [](W& w) { w.Matrix().ReserveColumns(w.Int(0, 20)); }},
-      {"m.InsertRows", [](W& w) { w.Matrix().InsertRows(w.Int(1, 9), w.Int(0, 3)); }},
+      {"m.InsertRows", [](W& w) {
+         const int at = w.Int(1, 9), n = w.Int(0, 3);
+         w.Matrix().InsertRows(at, n);
+       }},
       {"m.InsertRow", [](W& w) {
          auto& m = w.Matrix();
-         m.InsertRow(w.Int(1, 9), m.SizeRows() == 0 ? w.AnyVector() : w.VectorOfSize(m.SizeColumns()));
+         const int at = w.Int(1, 9);
+         m.InsertRow(at, m.SizeRows() == 0 ? w.AnyVector() : w.VectorOfSize(m.SizeColumns()));
        }},
       {"m.push_back", [](W& w) {
          auto& m = w.Matrix();
@@ -69,14 +80,19 @@ std::vector<Operation<T>> MatrixOperations() {
          auto& m = w.Matrix();
          m.RemoveRows(w.Indices(w.Int(0, 4), m.SizeRows()));
        }},
-      {"m.InsertColumns(at, n)", [](W& w) { w.Matrix().InsertColumns(w.Int(1, 9), w.Int(0, 3)); }},
+      {"m.InsertColumns(at, n)", [](W& w) {
+         const int at = w.Int(1, 9), n = w.Int(0, 3);
+         w.Matrix().InsertColumns(at, n);
+       }},
       {"m.InsertColumns(at, m)", [](W& w) {
          auto& m = w.Matrix();
-         m.InsertColumns(w.Int(1, 9), w.MatrixOfRows(m.SizeRows()));
+         const int at = w.Int(1, 9);
+         m.InsertColumns(at, w.MatrixOfRows(m.SizeRows()));
        }},
       {"m.InsertColumn", [](W& w) {
          auto& m = w.Matrix();
-         m.InsertColumn(w.Int(1, 9), m.SizeColumns() == 0 ? w.AnyVector() : w.VectorOfSize(m.SizeRows()));
+         const int at = w.Int(1, 9);
+         m.InsertColumn(at, m.SizeColumns() == 0 ? w.AnyVector() : w.VectorOfSize(m.SizeRows()));
        }},
       {"m.RemoveColumns", [](W& w) {
          auto& m = w.FilledMatrix();
@@ -104,12 +120,14 @@ std::vector<Operation<T>> MatrixOperations() {
       {"m.SwapRows", [](W& w) {
          auto& m = w.FilledMatrix();
          m.ForceUnlink();
-         m.SwapRows(AnyRow(w, m), AnyRow(w, m));
+         const int a = AnyRow(w, m), b = AnyRow(w, m);
+         m.SwapRows(a, b);
        }},
       {"m.SwapColumns", [](W& w) {
          auto& m = w.FilledMatrix();
          m.ForceUnlink();
-         m.SwapColumns(AnyColumn(w, m), AnyColumn(w, m));
+         const int a = AnyColumn(w, m), b = AnyColumn(w, m);
+         m.SwapColumns(a, b);
        }},
   };
 }
@@ -120,7 +138,8 @@ std::vector<Operation<T>> MatrixCellOperations() {
   return {
       {"m(r, c, value)", [](W& w) {
          auto& m = w.FilledMatrix();
-         m(AnyRow(w, m), AnyColumn(w, m), w.Cell());
+         const int r = AnyRow(w, m), c = AnyColumn(w, m);
+         m(r, c, w.Cell());
        }},
       // A write through a row's reference keeps the table's counts where no hole comes or goes.
       {"m(r).Abs", [](W& w) {
@@ -129,53 +148,65 @@ std::vector<Operation<T>> MatrixCellOperations() {
        }},
       {"m.SetRow(r, v)", [](W& w) {
          auto& m = w.FilledMatrix();
-         m.SetRow(AnyRow(w, m), w.VectorOfSize(m.SizeColumns()));
+         const int r = AnyRow(w, m);
+         m.SetRow(r, w.VectorOfSize(m.SizeColumns()));
        }},
       {"m.SetRow(r, value)", [](W& w) {
          auto& m = w.FilledMatrix();
-         m.SetRow(AnyRow(w, m), w.Cell());
+         const int r = AnyRow(w, m);
+         m.SetRow(r, w.Cell());
        }},
       {"m.SetColumn(c, p)", [](W& w) {
          auto& m = w.FilledMatrix();
-         m.SetColumn(AnyColumn(w, m), w.Cells(8).data());
+         const int c = AnyColumn(w, m);
+         m.SetColumn(c, w.Cells(8).data());
        }},
       {"m.SetColumn(c, v)", [](W& w) {
          auto& m = w.FilledMatrix();
-         m.SetColumn(AnyColumn(w, m), w.VectorOfSize(m.SizeRows()));
+         const int c = AnyColumn(w, m);
+         m.SetColumn(c, w.VectorOfSize(m.SizeRows()));
        }},
       {"m.SetColumn(c, value)", [](W& w) {
          auto& m = w.FilledMatrix();
-         m.SetColumn(AnyColumn(w, m), w.Cell());
+         const int c = AnyColumn(w, m);
+         m.SetColumn(c, w.Cell());
        }},
       {"m.CopyColumn(from, to)", [](W& w) {
          auto& m = w.FilledMatrix();
-         m.CopyColumn(AnyColumn(w, m), AnyColumn(w, m));
+         const int from = AnyColumn(w, m), to = AnyColumn(w, m);
+         m.CopyColumn(from, to);
        }},
       {"m.CopyColumn(to, m, from)", [](W& w) {
          auto& m = w.FilledMatrix();
          const auto& source = w.MatrixOfSize(m.SizeRows(), m.SizeColumns());
-         m.CopyColumn(AnyColumn(w, m), source, AnyColumn(w, source));
+         const int to = AnyColumn(w, m), from = AnyColumn(w, source);
+         m.CopyColumn(to, source, from);
        }},
       {"m.SetAllValues", [](W& w) { w.Matrix().SetAllValues(w.Cell()); }},
       {"m.MultiplyRow", [](W& w) {
          auto& m = w.FilledMatrix();
-         m.MultiplyRow(AnyRow(w, m), w.PresentCell());
+         const int r = AnyRow(w, m);
+         m.MultiplyRow(r, w.PresentCell());
        }},
       {"m.MultiplyColumn", [](W& w) {
          auto& m = w.FilledMatrix();
-         m.MultiplyColumn(AnyColumn(w, m), w.Cell(), AnyColumn(w, m));
+         const int c = AnyColumn(w, m), to = AnyColumn(w, m);
+         m.MultiplyColumn(c, w.Cell(), to);
        }},
       {"m.MultiplyColumns", [](W& w) {
          auto& m = w.FilledMatrix();
-         m.MultiplyColumns(AnyColumn(w, m), AnyColumn(w, m), AnyColumn(w, m));
+         const int a = AnyColumn(w, m), b = AnyColumn(w, m), to = AnyColumn(w, m);
+         m.MultiplyColumns(a, b, to);
        }},
       {"m.SubtractFromColumn", [](W& w) {
          auto& m = w.FilledMatrix();
-         m.SubtractFromColumn(AnyColumn(w, m), w.Cell());
+         const int c = AnyColumn(w, m);
+         m.SubtractFromColumn(c, w.Cell());
        }},
       {"m.LagColumn", [](W& w) {
          auto& m = w.FilledMatrix();
-         m.LagColumn(AnyColumn(w, m), w.Int(-8, 8));
+         const int c = AnyColumn(w, m);
+         m.LagColumn(c, w.Int(-8, 8));
        }},
       // For a caller who holds an unshared table.
       {"m.TransformToColumnScaled", [](W& w) {
@@ -210,3 +241,4 @@ std::vector<Operation<T>> MatrixCellOperations() {
 
 KALMIA_INSTANTIATE(float)
 KALMIA_INSTANTIATE(double)
+#undef KALMIA_INSTANTIATE

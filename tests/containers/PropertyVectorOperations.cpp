@@ -30,42 +30,58 @@ std::vector<Operation<T>> VectorOperations() {
          const auto& m = w.AnyFilledMatrix();
          w.Vector() = m[w.Int(1, m.SizeRows())];
        }},
-      {"v = NCDataVector(n, value)", [](W& w) { w.Vector() = NCDataVector<T>(w.Int(0, 7), w.Cell()); }},
+      {"v = NCDataVector(n, value)", [](W& w) { w.Vector() = NCDataVector<T>{w.Int(0, 7), w.Cell()}; }},
       {"v.Clear", [](W& w) { w.Vector().Clear(); }},
       {"v.CopyContent", [](W& w) { w.Vector().CopyContent(w.AnyVector()); }},
       {"v.CopyVector", [](W& w) {
          const auto cells = w.Cells(7);
          w.Vector().CopyVector(cells.data(), 6);
        }},
-      {"v.CopyZeroBasedVector", [](W& w) { w.Vector().CopyZeroBasedVector(w.Cells(7).data(), w.Int(0, 7)); }},
+      {"v.CopyZeroBasedVector", [](W& w) {
+         const auto cells = w.Cells(7);
+         w.Vector().CopyZeroBasedVector(cells.data(), w.Int(0, 7));
+       }},
       {"v.ForceUnlink", [](W& w) { w.Vector().ForceUnlink(); }},
       {"v(i, value)", [](W& w) {
          auto& v = w.FilledVector();
-         v(w.Int(1, v.Size()), w.Cell());
+         const int i = w.Int(1, v.Size());
+         v(i, w.Cell());
        }},
       {"v.SetAndReturn_dMisVal", [](W& w) {
          auto& v = w.FilledVector();
          const int before = v.GetNumMisVal();
-         const int change = v.SetAndReturn_dMisVal(w.Int(1, v.Size()), w.Cell());
+         const int i = w.Int(1, v.Size());
+         const int change = v.SetAndReturn_dMisVal(i, w.Cell());
          EXPECT_EQ(v.GetNumMisVal(), before + change);
        }},
       {"v(first, p, n)", [](W& w) {
          auto& v = w.FilledVector();
          const int first = w.Int(1, v.Size());
-         v(first, w.Cells(7).data(), w.Int(0, v.Size() - first + 1));
+         const auto cells = w.Cells(7);
+         v(first, cells.data(), w.Int(0, v.Size() - first + 1));
        }},
       {"v.SetRange(first, v, from, n)", [](W& w) {
          auto& v = w.FilledVector();
          const auto& source = w.Chance(0.3) ? v : w.VectorOfSize(v.Size());
          const int n = w.Int(1, v.Size());
-         v.SetRange(w.Int(1, v.Size() - n + 1), source, w.Int(1, v.Size() - n + 1), n);
+         const int first = w.Int(1, v.Size() - n + 1), from = w.Int(1, v.Size() - n + 1);
+         v.SetRange(first, source, from, n);
        }},
       {"v.SetAllValues", [](W& w) { w.Vector().SetAllValues(w.Cell()); }},
       {"v.Reserve", [](W& w) { w.Vector().Reserve(w.Int(0, 20)); }},
       {"v.SetSize", [](W& w) { w.Vector().SetSize(w.Int(0, 7)); }},
-      {"v.Resize", [](W& w) { w.Vector().Resize(w.Int(0, 9), w.Cell()); }},
-      {"v.InsertValues(at, n, value)", [](W& w) { w.Vector().InsertValues(w.Int(1, 9), w.Int(0, 4), w.Cell()); }},
-      {"v.InsertValues(at, v)", [](W& w) { w.Vector().InsertValues(w.Int(1, 9), w.AnyVector()); }},
+      {"v.Resize", [](W& w) {
+         const int n = w.Int(0, 9);
+         w.Vector().Resize(n, w.Cell());
+       }},
+      {"v.InsertValues(at, n, value)", [](W& w) {
+         const int at = w.Int(1, 9), n = w.Int(0, 4);
+         w.Vector().InsertValues(at, n, w.Cell());
+       }},
+      {"v.InsertValues(at, v)", [](W& w) {
+         const int at = w.Int(1, 9);
+         w.Vector().InsertValues(at, w.AnyVector());
+       }},
       {"v.RemoveValues", [](W& w) {
          auto& v = w.FilledVector();
          const int at = w.Int(1, v.Size());
@@ -78,7 +94,8 @@ std::vector<Operation<T>> VectorOperations() {
       {"v.push_back", [](W& w) { w.Vector().push_back(w.Cell()); }},
       {"v.insert", [](W& w) {
          auto& v = w.FilledVector();
-         *v.insert(PointerInto(v, w.Int(1, v.Size() + 1)), w.PresentCell()) = w.PresentCell();
+         const int at = w.Int(1, v.Size() + 1);
+         *v.insert(PointerInto(v, at), w.PresentCell()) = w.PresentCell();
        }},
       {"v.erase", [](W& w) {
          auto& v = w.FilledVector();
@@ -167,11 +184,13 @@ std::vector<Operation<T>> VectorArithmetic() {
       // A hole of the subtracted vector would make one that is not counted.
       {"v.TransformTo_Sub_d_x_Vt", [](W& w) {
          auto& v = w.Vector();
-         v.TransformTo_Sub_d_x_Vt(w.Scalar(), w.CompleteVectorOfSize(v.Size()));
+         const long double d = w.Scalar();
+         v.TransformTo_Sub_d_x_Vt(d, w.CompleteVectorOfSize(v.Size()));
        }},
       {"v.TransformTo_Add_d_x_Vt", [](W& w) {
          auto& v = w.Vector();
-         v.TransformTo_Add_d_x_Vt(w.Scalar(), w.CompleteVectorOfSize(v.Size()));
+         const long double d = w.Scalar();
+         v.TransformTo_Add_d_x_Vt(d, w.CompleteVectorOfSize(v.Size()));
        }},
       {"v.Normalise", [](W& w) { w.Vector().Normalise(); }},
       {"v.DetrendMean", [](W& w) {
@@ -215,20 +234,36 @@ std::vector<Operation<T>> IntegerOperations() {
       {"i.ForceUnlink", [](W& w) { w.Integers().ForceUnlink(); }},
       {"i.CopyContent", [](W& w) { w.Integers().CopyContent(w.AnyIntegers()); }},
       {"i.Clear", [](W& w) { w.Integers().Clear(); }},
-      {"i.SetNumValues", [](W& w) { w.Integers().SetNumValues(w.Int(0, 7), w.Int(-9, 9)); }},
+      {"i.SetNumValues", [](W& w) {
+         const int n = w.Int(0, 7);
+         w.Integers().SetNumValues(n, w.Int(-9, 9));
+       }},
       {"i.SetAllValues", [](W& w) { w.Integers().SetAllValues(w.Int(-9, 9)); }},
       {"i.SetRange", [](W& w) {
          auto& v = w.FilledIntegers();
          const int at = w.Int(1, v.Size());
-         v.SetRange(at, w.Int(0, v.Size() - at + 1), w.Int(-1, 1));
+         const int n = w.Int(0, v.Size() - at + 1);
+         v.SetRange(at, n, w.Int(-1, 1));
        }},
-      {"i.GenerateIndex", [](W& w) { w.Integers().GenerateIndex(w.Int(-3, 3), w.Int(-2, 2)); }},
+      {"i.GenerateIndex", [](W& w) {
+         const int first = w.Int(-3, 3);
+         w.Integers().GenerateIndex(first, w.Int(-2, 2));
+       }},
       {"i.Reserve", [](W& w) { w.Integers().Reserve(w.Int(0, 20)); }},
-      {"i.InsertValues(at, n, value)", [](W& w) { w.Integers().InsertValues(w.Int(1, 9), w.Int(0, 3), w.Int(-9, 9)); }},
-      {"i.InsertValues(at, i)", [](W& w) { w.Integers().InsertValues(w.Int(1, 9), w.AnyIntegers()); }},
+      {"i.InsertValues(at, n, value)", [](W& w) {
+         const int at = w.Int(1, 9), n = w.Int(0, 3);
+         w.Integers().InsertValues(at, n, w.Int(-9, 9));
+       }},
+      {"i.InsertValues(at, i)", [](W& w) {
+         const int at = w.Int(1, 9);
+         w.Integers().InsertValues(at, w.AnyIntegers());
+       }},
       {"i.Concat", [](W& w) { w.Integers().Concat(w.AnyIntegers()); }},
       {"i.push_back", [](W& w) { w.Integers().push_back(w.Int(-9, 9)); }},
-      {"i.Resize", [](W& w) { w.Integers().Resize(w.Int(0, 9), w.Int(-9, 9)); }},
+      {"i.Resize", [](W& w) {
+         const int n = w.Int(0, 9);
+         w.Integers().Resize(n, w.Int(-9, 9));
+       }},
       {"i.RemoveValues", [](W& w) {
          auto& v = w.FilledIntegers();
          const int at = w.Int(1, v.Size());
@@ -238,7 +273,10 @@ std::vector<Operation<T>> IntegerOperations() {
          auto& v = w.FilledIntegers();
          v.Reduce(w.Indices(w.Int(0, 8), v.Size()));
        }},
-      {"i.Sort", [](W& w) { w.Integers().Sort(w.Chance(0.5), w.Chance(0.5)); }},
+      {"i.Sort", [](W& w) {
+         const bool ascending = w.Chance(0.5), misValAware = w.Chance(0.5);
+         w.Integers().Sort(ascending, misValAware);
+       }},
       {"i.Scramble", [](W& w) { w.Integers().Scramble(); }},
   };
 }
@@ -250,3 +288,4 @@ std::vector<Operation<T>> IntegerOperations() {
 
 KALMIA_INSTANTIATE(float)
 KALMIA_INSTANTIATE(double)
+#undef KALMIA_INSTANTIATE

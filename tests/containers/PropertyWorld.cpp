@@ -2,6 +2,9 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstddef>
+#include <string>
+#include <vector>
 
 namespace {
 
@@ -47,8 +50,8 @@ World<T>::World(unsigned seed) : random_(seed) {
   newMatrices_.reserve(16);  // references to these are handed out
   newVectors_.reserve(16);
   for (std::size_t i = 0; i < kMatrices; ++i)
-    matrices_.push_back(RandomMatrix<T>(Int(0, kMost), Int(0, kMost), Chance(0.3) ? 0 : 0.3, random_()));
-  for (std::size_t i = 0; i < kVectors; ++i) vectors_.push_back(RandomVector<T>(Int(0, kMost), 0.3, random_()));
+    matrices_.push_back(NewMatrix(/*fewest=*/0, Chance(0.3) ? 0 : 0.3));
+  for (std::size_t i = 0; i < kVectors; ++i) vectors_.push_back(NewVector(/*fewest=*/0));
   for (std::size_t i = 0; i < kIntegers; ++i) integers_.push_back(Indices(Int(0, kMost), 9));
   CheckAndSettle();
 }
@@ -61,6 +64,18 @@ int World<T>::Int(int first, int last) {
 template <class T>
 bool World<T>::Chance(double probability) {
   return (random_() >> 12) * 0x1p-20 < probability;
+}
+
+template <class T>
+NCDataMatrix<T> World<T>::NewMatrix(int fewest, double holes) {
+  const int rows = Int(fewest, kMost), columns = Int(fewest, kMost);  // one draw after the other, for every compiler
+  return RandomMatrix<T>(rows, columns, holes, random_());
+}
+
+template <class T>
+NCDataVector<T> World<T>::NewVector(int fewest) {
+  const int n = Int(fewest, kMost);
+  return RandomVector<T>(n, 0.3, random_());
 }
 
 template <class T>
@@ -90,7 +105,7 @@ NCDataMatrix<T>& World<T>::Matrix() {
 template <class T>
 NCDataMatrix<T>& World<T>::FilledMatrix() {
   NCDataMatrix<T>& m = Matrix();
-  if (m.SizeRows() == 0 || m.SizeColumns() == 0) m = RandomMatrix<T>(Int(1, kMost), Int(1, kMost), 0.3, random_());
+  if (m.SizeRows() == 0 || m.SizeColumns() == 0) m = NewMatrix(/*fewest=*/1, 0.3);
   return m;
 }
 
@@ -113,7 +128,7 @@ NCDataVector<T>& World<T>::Vector() {
 template <class T>
 NCDataVector<T>& World<T>::FilledVector() {
   NCDataVector<T>& v = Vector();
-  if (v.Size() == 0) v = RandomVector<T>(Int(1, kMost), 0.3, random_());
+  if (v.Size() == 0) v = NewVector(/*fewest=*/1);
   return v;
 }
 
@@ -154,7 +169,8 @@ const NCDataMatrix<T>& World<T>::AnyMatrix() {
 
 template <class T>
 const NCDataMatrix<T>& World<T>::AnyFilledMatrix() {
-  return MatrixWhere([](const auto& m) { return m.SizeRows() > 0 && m.SizeColumns() > 0; }, Int(1, kMost), Int(1, kMost));
+  const int rows = Int(1, kMost), columns = Int(1, kMost);
+  return MatrixWhere([](const auto& m) { return m.SizeRows() > 0 && m.SizeColumns() > 0; }, rows, columns);
 }
 
 template <class T>

@@ -63,6 +63,8 @@ class World {
  private:
   using Shape = std::function<bool(const NCDataMatrix<T>&)>;
 
+  NCDataMatrix<T> NewMatrix(int fewest, double holes);  ///< with at least `fewest` rows and columns
+  NCDataVector<T> NewVector(int fewest);
   const NCDataMatrix<T>& MatrixWhere(const Shape& fits, int rows, int columns);
   void Tame(NCDataMatrix<T>& m);
   void Tame(NCDataVector<T>& v);
