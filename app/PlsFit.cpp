@@ -105,8 +105,12 @@ class Extraction {
     } catch (const NCError& error) {
       StopIfInterrupted();
       const std::string reason = OneLine(static_cast<const char*>(error.GetMessage()));
-      if (component == 1) throw Failure(ExitCode::BadData, "no component can be computed: " + reason);
       fit_.endedEarly = reason;
+      if (component > 1) return false;
+      if (!task_.unitVariance) fit_.endedEarly += " (or their numbers are too small; try --scale uv)";
+      if (!task_.stopAtFirstFailure) {
+        throw Failure(ExitCode::BadData, "no component can be computed: " + fit_.endedEarly);
+      }
       return false;
     }
   }

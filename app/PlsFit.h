@@ -19,7 +19,9 @@ struct FitTask {
   NCIntegralVector<int, -99> groups;  ///< cross-validation group of each row, from 0
   int rounds = 0;
   int mostComponents = 0;
-  bool stopAtFirstFailure = false;  ///< stop with the first component whose Q2 does not exceed its limit
+  /// Stop with the first component whose Q2 does not exceed its limit; having none at all is no failure then.
+  bool stopAtFirstFailure = false;
+  bool unitVariance = true;  ///< of the columns: their numbers are not too small for the fit
 };
 
 /// A fitted model with what cross-validation said of its components.
@@ -38,7 +40,7 @@ constexpr int kMaxIterations = 500;
 
 /// Extracts components one by one and cross-validates each. Shows a progress bar on a terminal.
 /// R2 is 1 - SS(residuals) / SS(table), both over the cells that the model describes.
-/// Throws Failure (Stopped) on Ctrl-C, (BadData) where not even one component can be computed.
+/// Throws Failure (Stopped) on Ctrl-C, (BadData) where components were asked for and not even one can be computed.
 PlsFit FitPls(const FitTask& task);
 
 }  // namespace kalmia::app

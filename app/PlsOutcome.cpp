@@ -107,6 +107,7 @@ PlsOutcome ComputePls(const CsvTable& table, const PlsOptions& options, Notes* n
   task.rounds = outcome.data.rounds;
   task.mostComponents = MostComponents(outcome.data, options, notes);
   task.stopAtFirstFailure = !options.components;
+  task.unitVariance = options.scaling == NCScale::ScalingUnitVariance;
   DescribeModel(table, options, &outcome);
   outcome.model.xScale = ScaleColumns(options.scaling, outcome.data.xNames, &task.x);
   outcome.model.yScale = ScaleColumns(ScalingOfY(options.scaling), outcome.data.yNames, &task.y);

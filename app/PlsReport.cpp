@@ -43,6 +43,9 @@ std::string Outcome(const PlsOutcome& outcome) {
     const std::string early = outcome.endedEarly.empty() ? "" : "; no further one: " + outcome.endedEarly;
     return kept + GroupsText(outcome.model) + early + ".\n\n" + QualityText(outcome.model);
   }
+  if (outcome.components.empty()) {
+    return "No component is kept: none can be computed, " + outcome.endedEarly + ".\nNothing is saved.\n";
+  }
   const ComponentRecord& first = outcome.components.front();
   return "No component is kept, " + GroupsText(outcome.model) + ": Q2 of the first, " + Significant(first.y.q2, 4) +
          ", does not exceed its limit, " + Significant(first.q2Limit, 4) + ".\nNothing is saved.\n";
@@ -59,8 +62,9 @@ std::string FilesText(const std::vector<std::string>& paths) {
 }  // namespace
 
 std::string PlsText(const PlsOutcome& outcome, const std::string& saved, const std::vector<std::string>& csvFiles) {
-  std::string text =
-      Heading(outcome) + ComponentText(outcome.components, outcome.data.yNames) + "\n" + Outcome(outcome);
+  std::string text = Heading(outcome);
+  if (!outcome.components.empty()) text += ComponentText(outcome.components, outcome.data.yNames) + "\n";
+  text += Outcome(outcome);
   if (!saved.empty()) text += "\nSaved the model as " + OneLine(saved) + "\n";
   if (!csvFiles.empty()) text += "\nWrote " + FilesText(csvFiles) + "\n";
   return text;
