@@ -2,10 +2,9 @@
 
 #include "app/Commands.h"
 #include "app/CsvTable.h"
-#include "app/DisplayText.h"
-#include "app/Failure.h"
 #include "app/InputFile.h"
 #include "app/OutputFiles.h"
+#include "app/OutputPlaces.h"
 #include "app/PlsCsvFiles.h"
 #include "app/PlsOutcome.h"
 #include "app/PlsReport.h"
@@ -14,19 +13,16 @@ namespace kalmia::app {
 
 namespace {
 
-/// A model stored over the table that it comes from would be a loss.
-void RefuseToOverwrite(const PlsOptions& options) {
-  std::error_code ignored;
-  if (!options.save.empty() && options.table != "-" &&
-      std::filesystem::equivalent(options.save, options.table, ignored)) {
-    throw Failure(ExitCode::Usage, "--save would overwrite the table " + OneLine(options.table));
-  }
+std::vector<FilePlace> Outputs(const PlsOptions& options) {
+  std::vector<FilePlace> places = PlacesInCsvFolder(options.csvFolder, PlsCsvFileNames());
+  if (!options.save.empty()) places.insert(places.begin(), {"--save", options.save});
+  return places;
 }
 
 }  // namespace
 
 std::string RunPls(const PlsOptions& options, Notes* notes) {
-  RefuseToOverwrite(options);
+  RefuseToOverwrite({{"the table", options.table}}, Outputs(options));
   const CsvTable table(ReadInput(options.table), InputName(options.table));
   const PlsOutcome outcome = ComputePls(table, options, notes);
   OutputFiles files;

@@ -141,6 +141,11 @@ std::vector<CsvFile> PlsCsvFiles(const PlsOutcome& outcome) {
           FitCsv(outcome)};
 }
 
+std::vector<std::string> PlsCsvFileNames() {
+  return {"components.csv", "scores.csv",       "y-scores.csv", "loadings.csv", "weights.csv", "w-star.csv",
+          "y-weights.csv",  "coefficients.csv", "vip.csv",      "rows.csv",     "fit.csv"};
+}
+
 CsvFile PredictionsCsv(const StoredModel& model, const std::vector<std::string>& rowNames,
                        const std::vector<RowPrediction>& rows, const std::vector<std::vector<float>>& measured) {
   CsvText csv;
@@ -158,7 +163,7 @@ CsvFile PredictionsCsv(const StoredModel& model, const std::vector<std::string>&
     }
     csv.Number(DistanceToModel(model, rows[i])).Field(rows[i].reason).EndLine();
   }
-  return {"predictions.csv", csv.Text()};
+  return {kPredictionsFile, csv.Text()};
 }
 
 }  // namespace kalmia::app

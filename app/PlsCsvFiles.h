@@ -17,6 +17,11 @@ struct CsvFile {
 /// under its name; commas, decimal points, full precision; an empty field for what is missing or cannot be computed.
 std::vector<CsvFile> PlsCsvFiles(const PlsOutcome& outcome);
 
+/// The names of these files, before there is a model.
+std::vector<std::string> PlsCsvFileNames();
+
+constexpr auto kPredictionsFile = "predictions.csv";
+
 /// predictions.csv: for each row the predicted values, and the measured ones under "measured NAME" where `measured` has
 /// a column for a Y (empty where it has none), the distance to the model and the reason for a missing prediction.
 CsvFile PredictionsCsv(const StoredModel& model, const std::vector<std::string>& rowNames,

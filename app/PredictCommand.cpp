@@ -11,6 +11,7 @@
 #include "app/Json.h"
 #include "app/Numbers.h"
 #include "app/OutputFiles.h"
+#include "app/OutputPlaces.h"
 #include "app/PlsCsvFiles.h"
 #include "app/Prediction.h"
 #include "app/StoredModel.h"
@@ -192,6 +193,8 @@ std::string PredictJson(const StoredModel& model, const PredictOptions& options,
 }  // namespace
 
 std::string RunPredict(const PredictOptions& options, Notes* notes) {
+  RefuseToOverwrite({{"the model", options.model}, {"the table", options.table}},
+                    PlacesInCsvFolder(options.csvFolder, {kPredictionsFile}));
   const StoredModel model = ReadModelFile(ReadInput(options.model), InputName(options.model));
   const CsvTable table(ReadInput(options.table), InputName(options.table));
   NewRows rows;

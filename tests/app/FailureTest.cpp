@@ -3,6 +3,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <filesystem>
+
 #include "CommandRun.h"
 #include "TestTables.h"
 
@@ -78,7 +80,11 @@ const BadTable kBadTables[] = {
     {"X and Y unrelated",
      "x,y\n1,1\n1.5,2\n1,3\n1.5,2\n",
      {"--y", "y", "--components", "1"},
-     "no component can be computed"}};
+     "no component can be computed"},
+    {"X unrelated, or too small to tell",
+     "x,y\n1,1\n1.5,2\n1,3\n1.5,2\n",
+     {"--y", "y", "--components", "1", "--scale", "centre"},
+     "(or their numbers are too small; try --scale uv)"}};
 
 TEST(FailureOfPls, IsOneLineWithExitCode1ForBadData) {
   for (const BadTable& bad : kBadTables) {
@@ -164,6 +170,40 @@ TEST(Failure, NeverStoresAModelOverItsTable) {
   const std::string table = folder.Write("t.csv", text);
   ExpectFailure(RunKalmia({"pls", table, "--y", "y", "--save", folder.Path("./t.csv")}), 2, "--save would overwrite");
   EXPECT_EQ(ReadWholeFile(table), text);
+}
+
+TEST(Failure, NeverWritesResultsOverATableOrAModel) {
+  const ScratchFolder folder;
+  const std::string text = LinearTable(20, 4, 1);
+  for (const char* name : {"scores.csv", "y-weights.csv", "fit.csv"}) {
+    const std::string table = folder.Write(name, text);
+    ExpectFailure(RunKalmia({"pls", table, "--y", "y", "--id", "name", "--csv", folder.Path("")}), 2,
+                  "--csv would overwrite the table " + table);
+    EXPECT_EQ(ReadWholeFile(table), text);
+  }
+  const std::string model = folder.Path("predictions.csv");
+  const std::string table = folder.Path("fit.csv");
+  ASSERT_EQ(RunKalmia({"pls", table, "--y", "y", "--id", "name", "--save", model}).exitCode, 0);
+  const std::string bytes = ReadWholeFile(model);
+  ExpectFailure(RunKalmia({"predict", model, table, "--csv", folder.Path("")}), 2,
+                "--csv would overwrite the model " + model);
+  EXPECT_EQ(ReadWholeFile(model), bytes);
+  const std::string other = folder.Path("m");
+  std::filesystem::rename(model, other);
+  std::filesystem::rename(table, model);
+  ExpectFailure(RunKalmia({"predict", other, model, "--csv", folder.Path(".")}), 2, "--csv would overwrite the table");
+  EXPECT_EQ(ReadWholeFile(model), text);
+}
+
+TEST(Failure, NeverStoresAModelUnderTheNameOfAnotherResult) {
+  const ScratchFolder folder;
+  const std::string table = folder.Write("t.csv", LinearTable(20, 4, 1));
+  for (const char* csvFolder : {".", "d"}) {
+    ExpectFailure(RunKalmia({"pls", table, "--y", "y", "--id", "name", "--csv", folder.Path(csvFolder), "--save",
+                             folder.Path(std::string("./") + csvFolder + "/vip.csv")}),
+                  2, "--save and --csv would both write ");
+  }
+  EXPECT_EQ(folder.Names(), std::vector<std::string>{"t.csv"});
 }
 
 struct UnwritablePlace {

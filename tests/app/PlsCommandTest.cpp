@@ -95,6 +95,22 @@ TEST(Pls, SaysThatNoComponentIsKeptSavesNothingAndEndsWell) {
   EXPECT_THAT(fit["quality"], IsEmpty());
 }
 
+TEST(Pls, EndsWellWhereNotEvenAFirstComponentCanBeFound) {
+  const ScratchFolder folder;
+  const std::string table = folder.Write("t.csv", "x,y\n1,1\n1.5,2\n1,3\n1.5,2\n");  // unrelated, exactly
+  std::vector<std::string> line = {"pls", table, "--y", "y", "--save", folder.Path("m"), "--csv", folder.Path("d")};
+  const CommandResult text = RunWell(line);
+  EXPECT_THAT(text.output, HasSubstr("No component is kept: none can be computed, "));
+  EXPECT_THAT(text.output, HasSubstr("Nothing is saved"));
+  line.push_back("--json");
+  const json fit = RunWell(line).Json();
+  EXPECT_EQ(fit["kept"], 0);
+  EXPECT_THAT(fit["components"], IsEmpty());
+  EXPECT_TRUE(fit["endedEarly"].is_string());
+  EXPECT_EQ(fit["saved"], nullptr);
+  EXPECT_EQ(folder.Names(), std::vector<std::string>{"t.csv"});
+}
+
 TEST(Pls, AddsAtMostOneComponentLessThanRowsAndOnePerColumn) {
   const json byColumns = Fit(LinearTable(30, 2, 1), {"--y", "y", "--id", "name", "--components", "9"});
   EXPECT_EQ(byColumns["kept"], 2);

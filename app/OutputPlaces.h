@@ -1,0 +1,21 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+namespace kalmia::app {
+
+/// A file that the command reads or writes.
+struct FilePlace {
+  std::string what;  ///< the option or the kind of file, for messages: "--save", "the table"
+  std::string path;
+};
+
+/// Throws Failure (Usage) if a file to be written is one that is read, or is the same as another one to be written,
+/// under whatever name. Standard input, "-", is no file.
+void RefuseToOverwrite(const std::vector<FilePlace>& inputs, const std::vector<FilePlace>& outputs);
+
+/// The places of files in the folder of --csv; none where there is no such folder.
+std::vector<FilePlace> PlacesInCsvFolder(const std::string& folder, const std::vector<std::string>& names);
+
+}  // namespace kalmia::app
