@@ -50,6 +50,15 @@ void RefuseStandardInputTwice(const std::string& a, const std::string& b) {
   if (a == "-" && b == "-") throw Failure(ExitCode::Usage, "only one of the two files can be standard input");
 }
 
+/// An option that is there with nothing in it is a slip, as of a script whose variable is empty.
+void RefuseEmptyValues(const CLI::App& command) {
+  for (const CLI::Option* option : command.get_options()) {
+    for (const std::string& value : option->results()) {
+      if (value.empty()) throw Failure(ExitCode::Usage, option->get_name() + " needs a value, not an empty text");
+    }
+  }
+}
+
 constexpr auto kMainFooter =
     "Examples:\n"
     "  kalmia describe gasoline.csv\n"
@@ -173,6 +182,7 @@ Command ParseCommandLine(int argc, const char* const* argv) {
     if (error.get_exit_code() == 0) return AnswerOf(app, error);
     throw Failure(ExitCode::Usage, OneLine(FirstLine(error.what())) + "; see kalmia --help");
   }
+  for (const CLI::App* command : app.get_subcommands()) RefuseEmptyValues(*command);
   if (app.got_subcommand("pls")) {
     if (raw.components != "auto") pls.components = RequireNumber("--components", raw.components, 1, ", or auto");
     pls.groups = RequireNumber("--groups", raw.groups, 2, "");

@@ -164,6 +164,17 @@ TEST(Failure, IsExitCode2ForNonsenseInPlaceOfANumber) {
   ExpectFailure(RunKalmia({"pls", "t.csv", "--y", "y", "--components", "-3"}), 2, "--components");
 }
 
+TEST(Failure, IsExitCode2ForAnOptionWithNothingInIt) {
+  for (const char* option : {"--y", "--id", "--x", "--exclude", "--scale", "--group-column", "--save", "--csv"}) {
+    SCOPED_TRACE(option);
+    std::vector<std::string> line = {"pls", "t.csv", option, ""};
+    if (std::string(option) != "--y") line.insert(line.end(), {"--y", "y"});
+    ExpectFailure(RunKalmia(line), 2, std::string(option) + " needs a value");
+  }
+  ExpectFailure(RunKalmia({"predict", "m", "t.csv", "--csv", ""}), 2, "--csv needs a value");
+  ExpectFailure(RunKalmia({"describe", ""}), 2, "TABLE needs a value");
+}
+
 TEST(Failure, NeverStoresAModelOverItsTable) {
   const ScratchFolder folder;
   const std::string text = LinearTable(20, 4, 1);
