@@ -74,16 +74,18 @@ void NoteMissingColumns(const NewRows& rows, Notes* notes) {
   notes->Add("taken as missing cells, not in the table: " + Listed(rows.missingColumns, kColumnsNamed));
 }
 
-/// Measured values of Y serve as a check; a column of texts under the name of a Y is none.
-void ReadMeasured(const StoredModel& model, const CsvTable& table, NewRows* rows) {
-  int moved = 0;
+/// Measured values of Y serve as a check; a column of texts under the name of a Y is none, and a note says so.
+void ReadMeasured(const StoredModel& model, const CsvTable& table, NewRows* rows, int* moved, Notes* notes) {
+  std::vector<std::string> texts;
   for (const std::string& name : model.yNames) {
     rows->measured.emplace_back();
     const int column = table.Find(name);
-    if (column >= 0 && KindOfColumn(table, column) == ColumnKind::Numbers) {
-      rows->measured.back() = ReadNumbers(table, column, &moved);
-    }
+    if (column < 0) continue;
+    const ColumnKind kind = KindOfColumn(table, column);
+    if (kind == ColumnKind::Numbers) rows->measured.back() = ReadNumbers(table, column, moved);
+    if (kind == ColumnKind::Texts) texts.push_back(name);
   }
+  if (!texts.empty()) notes->Add("not taken as measured values, text columns: " + Listed(texts));
 }
 
 int IdColumn(const StoredModel& model, const CsvTable& table, const PredictOptions& options) {
@@ -201,7 +203,7 @@ std::string RunPredict(const PredictOptions& options, Notes* notes) {
   int moved = 0;
   rows.names = RowNames(table, IdColumn(model, table, options));
   ReadX(model, table, &rows, &moved);
-  ReadMeasured(model, table, &rows);
+  ReadMeasured(model, table, &rows, &moved, notes);
   NoteMissingColumns(rows, notes);
   NoteMovedCells(moved, notes);
   rows.predictions = PredictRows(model, rows.x);

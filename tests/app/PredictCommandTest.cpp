@@ -125,6 +125,18 @@ TEST_F(Predict, ShowsMeasuredValuesBesideThePredictions) {
   EXPECT_EQ(Json(std::string(kHeader) + kRow)["errors"][0]["rmsep"], nullptr);
 }
 
+TEST_F(Predict, SaysSoWhereAMeasuredColumnHoldsText) {
+  const CommandResult run = Run("x1,x2,x3,x4,x5,y\n5.1,10.2,15.3,19.8,25.5,unknown\n", {"--json"});
+  EXPECT_EQ(run.error, "note: not taken as measured values, text columns: y\n");
+  EXPECT_EQ(run.Json()["rows"][0]["measured"][0], nullptr);
+}
+
+TEST_F(Predict, SaysSoWhereAMeasuredValueIsMinus99) {
+  const CommandResult run = Run("x1,x2,x3,x4,x5,y\n5.1,10.2,15.3,19.8,25.5,-99\n", {"--json"});
+  EXPECT_THAT(run.error, HasSubstr("1 cell measured as -99 is taken as -99.0000076"));
+  EXPECT_EQ(run.Json()["errors"][0]["rows"], 1);
+}
+
 TEST_F(Predict, WritesPredictionsAsCsv) {
   Run(std::string(kHeader) + kRow + ",,,,\n", {"--csv", folder_.Path("d")});
   const kalmia::app::CsvTable file = CsvAt(folder_.Path("d/predictions.csv"));
