@@ -97,7 +97,8 @@ void NCScale::Multiply(NCDataMatrix<float>* matrix) const {
 }
 
 void NCScale::FitCentres(const NCDataMatrix<float>& matrix) {
-  const std::vector<long double> means = kalmia::ColumnMeans(matrix);
+  std::vector<long double> means = kalmia::ColumnMeans(matrix);
+  if (matrix.SizeRows() == 0) means.resize(types_->size());  // whatever its number of columns
   for (int j = 1; j <= variables_; ++j) {
     const Scaling type = GetScaleType(j);
     if (type == ScalingNone) (*centres_)(j, kNotFitted);
@@ -109,12 +110,13 @@ void NCScale::FitFactors(const NCDataMatrix<float>& centred) {
   const auto isMultiplied = [](int type) { return IsMultiplied(static_cast<Scaling>(type)); };
   const bool any = std::any_of(types_->begin() + 1, types_->end(), isMultiplied);
   // Around 0 and not around the means: the centres were rounded to float before they were subtracted.
-  const std::vector<double> squares = any ? kalmia::ColumnSquares(centred) : std::vector<double>();
+  std::vector<double> squares = any ? kalmia::ColumnSquares(centred) : std::vector<double>();
+  if (centred.SizeRows() == 0) squares.resize(types_->size());
   for (int j = 1; j <= variables_; ++j) {
     const Scaling type = GetScaleType(j);
     if (type == ScalingNone || type == ScalingCentre) (*scales_)(j, kNotFitted);
     if (!IsMultiplied(type)) continue;
-    const int n = centred.SizeRows() - centred.GetColumnMisVal(j);
+    const int n = centred.SizeRows() == 0 ? 0 : centred.SizeRows() - centred.GetColumnMisVal(j);
     (*scales_)(j, static_cast<float>(FactorOf(j, type, n, squares[static_cast<std::size_t>(j)])));
   }
 }

@@ -62,8 +62,9 @@ class NCScale : public VexStreamBase {
   void ScaleMatrix(NCDataMatrix<float>* matrix, bool newModel);
 
   /// Fits centres and factors to the matrix and scales it in place. What shares cells with it is left alone.
-  /// Shape: one column per variable, not checked. Missing: an empty column gets no centre, nor does one whose mean is
-  /// exactly -99. Types without a factor never fail, not on a constant or an empty column either.
+  /// Shape: one column per variable, not checked; any number of columns where there are no rows.
+  /// Missing: an empty column gets no centre, nor does one whose mean is exactly -99. Types without a factor never
+  /// fail, not on a constant or an empty column either.
   /// Throws NCScaleError for the first variable with a factor that has too few values, no sum of squares (exactly 0
   /// after centring) or a factor out of range. All columns are centred then, the factors of lower variables are
   /// stored, and no column is multiplied yet.

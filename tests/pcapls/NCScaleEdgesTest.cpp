@@ -1,0 +1,137 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <sstream>
+#include <vector>
+
+#include "kalmia/pcapls/NCScale.h"
+#include "testing/RandomTables.h"
+
+// Scaling where the table is empty or narrow, where -99 is met by accident, and at the limits of the factors.
+
+namespace {
+
+using ::testing::Each;
+using ::testing::ElementsAre;
+
+constexpr float kMissing = kHole<float>;
+
+NCScale ScaleOf(int variables, NCScale::Scaling type) {
+  NCScale scale(variables);
+  for (int j = 1; j <= variables; ++j) scale.SetType(j, type);
+  return scale;
+}
+
+/// A scaling as a stream may bring it: these centres, factors and types.
+NCScale ReadFrom(const NCDataVector<float>& centres, const NCDataVector<float>& factors,
+                 const std::vector<int>& types) {
+  std::stringstream stream;
+  VexStreamableData(1, "NCS").Write(stream);
+  stream << centres << factors;
+  WriteFourBytes(types.data(), static_cast<int>(types.size()), stream);
+  NCScale scale;
+  EXPECT_TRUE(stream >> scale);
+  return scale;
+}
+
+TEST(NCScaleEdges, KeepsAndAppliesCentreAndFactorOfAnUndefinedOrUnknownTypeUnderANewFit) {
+  NCScale scale = ReadFrom(VectorOf<float>({10, -4}), VectorOf<float>({2, 0.5F}), {0, -7});
+  NCDataMatrix<float> matrix = MatrixOf<float>({{1, 2}, {3, kMissing}});
+  scale.ScaleMatrix(&matrix, /*newModel=*/true);
+  EXPECT_THAT(CellsOf(*scale.GetCentres()), ElementsAre(10.0F, -4.0F));
+  EXPECT_THAT(CellsOf(*scale.GetScales()), ElementsAre(2.0F, 0.5F));
+  EXPECT_THAT(CellsOf(matrix), ElementsAre(ElementsAre(-18.0F, 3.0F), ElementsAre(-14.0F, kMissing)));
+}
+
+TEST(NCScaleEdges, DoesNothingToANarrowerTableWhereNoVariableIsScaled) {
+  NCScale scale(3);
+  const NCDataMatrix<float> matrix = RandomMatrix<float>(4, 2, 0.2, 1);
+  NCDataMatrix<float> scaled = matrix;
+  scale.ScaleMatrix(&scaled, /*newModel=*/true);
+  EXPECT_EQ(CellsOf(scaled), CellsOf(matrix));
+  EXPECT_THAT(CellsOf(*scale.GetCentres()), Each(kMissing));
+  EXPECT_THAT(CellsOf(*scale.GetScales()), Each(kMissing));
+}
+
+TEST(NCScaleEdges, FitsCentresOfZeroToATableWithoutRowsWhateverItsColumns) {
+  for (const int columns : {0, 3}) {
+    NCDataMatrix<float> matrix;
+    matrix.SetSize(0, columns);
+    NCScale none(3);
+    none.ScaleMatrix(&matrix, /*newModel=*/true);
+    EXPECT_THAT(CellsOf(*none.GetCentres()), Each(kMissing));
+    NCScale centred = ScaleOf(3, NCScale::ScalingCentre);
+    centred.ScaleMatrix(&matrix, /*newModel=*/true);
+    EXPECT_THAT(CellsOf(*centred.GetCentres()), Each(0.0F));
+    EXPECT_THAT(CellsOf(*centred.GetScales()), Each(kMissing));
+    EXPECT_EQ(matrix.SizeRows(), 0);
+    EXPECT_EQ(matrix.SizeColumns(), columns);
+  }
+}
+
+TEST(NCScaleEdges, HasTooFewValuesForAFactorInATableWithoutRows) {
+  for (const NCScale::Scaling type : {NCScale::ScalingPareto, NCScale::ScalingUnitVariance})
+    for (const int columns : {0, 3}) {
+      NCDataMatrix<float> matrix;
+      matrix.SetSize(0, columns);
+      try {
+        ScaleOf(3, type).ScaleMatrix(&matrix, /*newModel=*/true);
+        ADD_FAILURE() << "no error";
+      } catch (const NCScaleError& error) {
+        EXPECT_EQ(error.Column, 1);
+        EXPECT_EQ(error.Code, NCScaleError::ErrorTooFewValues);
+      }
+    }
+}
+
+TEST(NCScaleEdges, TakesFactorsJustWithinTheirLimits) {
+  for (const float factor : {5e34F, 2e-35F}) {
+    SCOPED_TRACE(factor);
+    const float cell = static_cast<float>(1.0 / (static_cast<double>(factor) * std::sqrt(2.0)));
+    NCDataMatrix<float> matrix = MatrixOf<float>({{cell}, {-cell}});
+    NCScale scale = ScaleOf(1, NCScale::ScalingUnitVariance);
+    ASSERT_NO_THROW(scale.ScaleMatrix(&matrix, /*newModel=*/true));
+    EXPECT_FLOAT_EQ((*scale.GetScales())[1], factor);  // the cells were rounded to float
+    EXPECT_FLOAT_EQ(matrix[1][1], static_cast<float>(std::sqrt(0.5)));
+  }
+}
+
+TEST(NCScaleEdges, DividesByTheRootOfTheMeanSquareWhereTheMeanIsTheMissingValueItself) {
+  const double deviation = std::sqrt(98.0 * 98.0 + 100.0 * 100.0);  // not centred: around 0, and n - 1 is 1
+  const struct {
+    NCScale::Scaling type;
+    float factor;
+  } cases[] = {{NCScale::ScalingPareto, static_cast<float>(1.0 / std::sqrt(deviation))},
+               {NCScale::ScalingUnitVariance, static_cast<float>(1.0 / deviation)}};
+  for (const auto& [type, factor] : cases) {
+    NCDataMatrix<float> matrix = MatrixOf<float>({{-98.0F}, {-100.0F}});
+    NCScale scale = ScaleOf(1, type);
+    scale.ScaleMatrix(&matrix, /*newModel=*/true);
+    EXPECT_EQ((*scale.GetCentres())[1], kMissing);
+    EXPECT_EQ((*scale.GetScales())[1], factor);
+    EXPECT_THAT(CellsOf(matrix), ElementsAre(ElementsAre(-98.0F * factor), ElementsAre(-100.0F * factor)));
+  }
+}
+
+TEST(NCScaleEdges, TreatsACentredCellThatLandsOnTheMissingValueAsTheTableDoes) {
+  const NCDataMatrix<float> cells = MatrixOf<float>({{-100.0F}, {98.0F}, {-1.0F}});  // the mean is -1
+  NCDataMatrix<float> expected = cells;
+  expected.TransformToDotSubRowVector(VectorOf<float>({-1}));
+  NCDataMatrix<float> centred = cells;
+  ScaleOf(1, NCScale::ScalingCentre).ScaleMatrix(&centred, /*newModel=*/true);
+  EXPECT_THAT(CellsOf(centred), ElementsAre(ElementsAre(kMissing), ElementsAre(99.0F), ElementsAre(0.0F)));
+  EXPECT_EQ(centred.GetColumnMisVal(1), expected.GetColumnMisVal(1));
+
+  const double squares = static_cast<double>(expected.GetColumnSS(1, 0.0L));
+  const int n = 3 - expected.GetColumnMisVal(1);
+  const float factor = static_cast<float>(1.0 / std::sqrt(squares / (n - 1)));
+  expected.TransformToColumnScaled(VectorOf<float>({factor}));
+  NCDataMatrix<float> scaled = cells;
+  NCScale unit = ScaleOf(1, NCScale::ScalingUnitVariance);
+  unit.ScaleMatrix(&scaled, /*newModel=*/true);
+  EXPECT_EQ((*unit.GetScales())[1], factor);
+  EXPECT_EQ(CellsOf(scaled), CellsOf(expected));
+}
+
+}  // namespace
