@@ -1,7 +1,10 @@
 // The stream form of NCPLS: seven matrices in the order of the members, the limit of rounds and the rounds of the
 // newest component.
+#include <array>
+#include <cstddef>
 #include <istream>
 #include <ostream>
+#include <utility>
 
 #include "kalmia/pcapls/NCPLS.h"
 

@@ -88,7 +88,7 @@ class PLSCrossValidation : public VexStreamBase {
   Division Divide(int group) const;
   void CalcRound(int group, const NCDataVector<float>& w, int maxIterations, NCProgress* progress, bool quiet,
                  Results* results) const;
-  void TakePrediction(const NCPLSPred& prediction, const std::vector<int>& positions, NCDataVector<float>* t,
+  void TakePrediction(const NCPLSPred& prediction, const std::vector<int>& leftOut, NCDataVector<float>* t,
                       Results* results) const;
   static void AppendRound(const NCPLS& round, const NCDataVector<float>& t, const NCDataVector<float>& w,
                           Results* results);

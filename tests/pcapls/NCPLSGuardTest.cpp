@@ -42,6 +42,11 @@ TEST(NCPLSGuard, FailsBelowAMillionthOverTheRootOfTheNumberOfVariables) {
       {"no data in X", {NCDataMatrix<float>(2, 1), MatrixOf<float>({{1.0F}, {2.0F}})}, false},
       {"no data in Y", {MatrixOf<float>({{1.0F}, {2.0F}}), NCDataMatrix<float>(2, 1)}, false},
       {"a NaN", {MatrixOf<float>({{std::nanf("")}, {2.0F}}), MatrixOf<float>({{1.0F}, {2.0F}})}, false},
+      {"a relation beyond every float",
+       {MatrixOf<float>({{1e30F}, {0.0F}}), MatrixOf<float>({{1e-14F}, {0.0F}})},
+       false},
+      {"several Y, above", {MatrixOf<float>({{1.0F}, {0.0F}}), MatrixOf<float>({{1.1e-6F, 0}, {1, 0.1F}})}, true},
+      {"several Y, below", {MatrixOf<float>({{1.0F}, {0.0F}}), MatrixOf<float>({{0.9e-6F, 0}, {1, 0.1F}})}, false},
       {"an infinity", {MatrixOf<float>({{inf}, {2.0F}}), MatrixOf<float>({{1.0F}, {2.0F}})}, false},
   };
   for (const Relation& relation : relations) {

@@ -3,7 +3,11 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
+#include <limits>
+#include <string>
+#include <type_traits>
 
 #include "PlainPls.h"
 #include "kalmia/pcapls/NCPLS.h"
@@ -16,6 +20,10 @@ using ::testing::Each;
 constexpr float kMissing = kHole<float>;
 constexpr int kVariables = 4;
 constexpr float kAnyShare = 0.9999F;  // the limit of holes is then K - c - 1
+
+static_assert(!std::is_copy_constructible_v<NCPLS> && !std::is_copy_assignable_v<NCPLS>);
+static_assert(!std::is_copy_constructible_v<NCPLSPred> && !std::is_copy_assignable_v<NCPLSPred>);
+static_assert(!std::is_copy_constructible_v<NCPLSResiduals> && !std::is_copy_assignable_v<NCPLSResiduals>);
 
 /// A model of three components of four X and two Y variables on complete tables.
 class NCPLSPredTest : public ::testing::Test {
@@ -181,6 +189,34 @@ TEST_F(NCPLSPredTest, ScoresCompleteRowsAtTheLastOfAsManyComponentsAsVariables) 
   EXPECT_EQ(CellsOf(*prediction.GetTPred()), CellsOf((*model.GetTprim())[kVariables]));
 }
 
+TEST_F(NCPLSPredTest, ScoresOnlyCompleteRowsAtTheLastOfAsManyComponentsAsVariables) {
+  NCPLS model(&X_, &Y_, 100);
+  AddComponents(&model, kVariables);
+  NCDataMatrix<float> fresh = RandomMatrix<float>(2, kVariables, 0.0, 12);
+  fresh(2, 1, kMissing);
+  NCPLSPred prediction(fresh, *model.GetWprim(), *model.GetPprim(), *model.GetCprim(), kAnyShare);
+  for (int a = 1; a < kVariables; ++a) prediction.CalcNextComponent();
+  EXPECT_NE((*prediction.GetTPred())[2], kMissing) << "one hole is allowed until then";
+  prediction.CalcNextComponent();
+  EXPECT_NE((*prediction.GetTPred())[1], kMissing);
+  EXPECT_EQ((*prediction.GetTPred())[2], kMissing);
+}
+
+TEST_F(NCPLSPredTest, GivesEachRowTheScoreOfItsOwnRegressionToTheBit) {
+  const NCDataMatrix<float> fresh = RandomMatrix<float>(30, kVariables, 0.3, 13);
+  ASSERT_GT(fresh.GetNumMisVal(), 0);
+  NCPLSPred prediction = PredictionOf(fresh);
+  for (int a = 1; a <= 3; ++a) {
+    const NCDataMatrix<float> X = *prediction.GetXResiduals();
+    prediction.CalcNextComponent();
+    for (int i = 1; i <= 30; ++i) {
+      const bool scored = X[i].GetNumMisVal() <= kVariables - a;
+      const float t = static_cast<float>((*model_.GetWprim())[a].SpecialNipalsRegressFix(X[i]));
+      EXPECT_EQ((*prediction.GetTPred())[i], scored ? t : kMissing);
+    }
+  }
+}
+
 TEST_F(NCPLSPredTest, FormsTheNumberOfHolesItAllowsInFloat) {
   // 10 times 0.7F is 7 in float, and a little less than 7 in double, which would be cut to 6.
   ASSERT_LT(static_cast<double>(0.7F) * 10.0, 7.0);
@@ -236,6 +272,23 @@ TEST_F(NCPLSPredTest, WorksInTheCallersTablesOnRequest) {
   reference.CalcNextComponent();
   EXPECT_EQ(CellsOf(X), CellsOf(*reference.GetXResiduals())) << "and outlives the prediction";
   EXPECT_EQ(CellsOf(yPred), CellsOf(*reference.GetYPred()));
+}
+
+TEST_F(NCPLSPredTest, KnowsThatItsZeroedPredictionHasNoHolesAndLeavesSharingTablesAlone) {
+  NCDataMatrix<float> X = X_;
+  NCDataMatrix<float> yPred = RandomMatrix<float>(10, 2, 0.4, 14);
+  ASSERT_GT(yPred.GetNumMisVal(), 0);
+  const NCDataMatrix<float> sharing = yPred;
+  const auto before = CellsOf(sharing);
+  const auto table = CellsOf(X_);
+  NCPLSPred prediction(true, &X, &yPred, *model_.GetWprim(), *model_.GetPprim(), *model_.GetCprim(), kAnyShare);
+  EXPECT_TRUE(HasExactCounts(yPred));
+  EXPECT_EQ(yPred.GetNumMisVal(), 0);
+  prediction.CalcNextComponent();
+  EXPECT_TRUE(HasExactCounts(yPred));
+  EXPECT_EQ(CellsOf(sharing), before);
+  EXPECT_EQ(CellsOf(X_), table);
+  EXPECT_TRUE(HasExactCounts(sharing));
 }
 
 TEST_F(NCPLSPredTest, DoesItsScoresAndResidualsWithoutAPredictionToo) {

@@ -124,6 +124,15 @@ TEST_F(NCPLSProgress, OpensABarOfItsOwnForASingleRoundToo) {
             "open " + Title(2) + " -0 0 0 0 1 null; ~");
 }
 
+TEST_F(NCPLSProgress, OpensABarOfItsOwnOnceAndNeverMovesItWhenNotStrict) {
+  const auto model = ModelOfSeveralY();
+  const ProgressLog log = WatchOwnBar(model.get(), /*quiet=*/false, /*strict=*/false);
+  ASSERT_GT(model->GetIterations(), 2);
+  ASSERT_EQ(log.calls.size(), 2U) << log.Joined();
+  EXPECT_EQ(log.calls[0].find("open " + Title(2) + " -"), 0U) << log.calls[0];
+  EXPECT_EQ(log.calls[1], "~");
+}
+
 TEST_F(NCPLSProgress, OpensNoBarWhenQuiet) {
   const auto model = ModelOfSeveralY();
   EXPECT_EQ(WatchOwnBar(model.get(), /*quiet=*/true, /*strict=*/true).Joined(), "");
@@ -225,6 +234,27 @@ TEST_F(NCPLSProgress, LeavesTheModelAsItWasWheneverMemoryRunsOut) {
     ASSERT_TRUE(failed || which > 20) << "there is more to allocate than that";
     EXPECT_EQ(StreamOf(*model), failed ? before : StreamOf(*finished));
     EXPECT_EQ(model->GetComponents(), failed ? 1 : 2);
+  }
+}
+
+TEST_F(NCPLSProgress, GoesOnFromItsStartAfterMemoryRanOutAsIfItNeverHad) {
+  const NCDataVector<float> start = VectorOf<float>({1, -1, 2, 0, 1});
+  const auto finished = ModelOfSeveralY();
+  finished->NextComponent(nullptr, &start, /*quiet=*/true, /*strict=*/true);
+  bool failed = true;
+  for (int which = 1; failed; ++which) {
+    SCOPED_TRACE("allocation " + std::to_string(which));
+    const auto model = ModelOfSeveralY();
+    {
+      const FailAllocation failure(which);
+      try {
+        model->NextComponent(nullptr, &start, /*quiet=*/true, /*strict=*/true);
+      } catch (const std::bad_alloc&) {
+      }
+      failed = failure.HasFailed();
+    }
+    if (failed) model->NextComponent(nullptr, &start, /*quiet=*/true, /*strict=*/true);
+    EXPECT_EQ(StreamOf(*model), StreamOf(*finished));
   }
 }
 

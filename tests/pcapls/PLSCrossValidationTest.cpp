@@ -6,7 +6,9 @@
 #include <cmath>
 #include <memory>
 #include <new>
+#include <sstream>
 #include <string>
+#include <vector>
 
 #include "CrossValidationCase.h"
 #include "kalmia/pcapls/PCACrossValidation.h"

@@ -1,0 +1,88 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <cstddef>
+#include <vector>
+
+#include "RelatedTables.h"
+#include "kalmia/pcapls/NCPLS.h"
+#include "testing/RandomTables.h"
+
+// PLS components where holes come up by themselves, and what the results share with copies of them.
+
+namespace {
+
+using ::testing::Each;
+using ::testing::ElementsAre;
+
+constexpr float kMissing = kHole<float>;
+
+TEST(NCPLSEdges, GoesOnWhereWhatIsLeftOfUIsZero) {
+  // t = (-49.5, -49.5), c = (4, 2), u = (-99, 0): the first cell of u is lost by accident, and the other is 0, from
+  // which every change counts as large. The second round has nothing to go by and ends.
+  const NCDataMatrix<float> X = MatrixOf<float>({{49.5F}, {49.5F}});
+  const NCDataMatrix<float> Y = MatrixOf<float>({{-396, -198}, {0, 0}});
+  NCPLS once(&X, &Y, 1);
+  once.NextComponent(nullptr, nullptr, /*quiet=*/true, /*strict=*/false);
+  ASSERT_THAT(CellsOf((*once.GetUprim())[1]), ElementsAre(kMissing, 0.0F));
+  NCPLS model(&X, &Y, 50);
+  model.NextComponent(nullptr, nullptr, /*quiet=*/true, /*strict=*/false);
+  EXPECT_EQ(model.GetIterations(), 2);
+}
+
+TEST(NCPLSEdges, EmptiesTheRowsOfAnObservationWithoutAScore) {
+  Tables tables = RelatedTables(8, 3, 2, 0.0, 9);
+  tables.X.SetRow(4, kMissing);
+  NCPLS model(&tables.X, &tables.Y, 50);
+  AddComponent(&model);
+  ASSERT_EQ((*model.GetTprim())[1][4], kMissing);
+  for (const NCDataMatrix<float>* residuals : {model.GetXResiduals(), model.GetYResiduals()}) {
+    for (int i = 1; i <= 8; ++i) EXPECT_EQ((*residuals)[i].GetNumMisVal(), i == 4 ? residuals->SizeColumns() : 0);
+    EXPECT_THAT(CellsOf((*residuals)[4]), Each(kMissing));
+    EXPECT_TRUE(HasExactCounts(*residuals));
+  }
+}
+
+TEST(NCPLSEdges, LeavesCopiesOfItsResultsAloneWhenAComponentIsTurnedOrAppended) {
+  const Tables tables = RelatedTables(8, 3, 2, 0.1, 10);
+  NCPLS model(&tables.X, &tables.Y, 50);
+  AddComponent(&model);
+  const NCDataMatrix<float> copies[] = {*model.GetCprim(), *model.GetPprim(), *model.GetWprim(), *model.GetUprim(),
+                                        *model.GetTprim()};
+  std::vector<std::vector<std::vector<float>>> before;
+  for (const auto& copy : copies) before.push_back(CellsOf(copy));
+  const auto expectUntouched = [&] {
+    for (std::size_t k = 0; k < before.size(); ++k) EXPECT_EQ(CellsOf(copies[k]), before[k]);
+  };
+  model.FlipComponent(1);
+  EXPECT_NE(CellsOf(*model.GetWprim()), before[2]);
+  expectUntouched();
+  AddComponent(&model);
+  EXPECT_EQ(model.GetWprim()->SizeRows(), 2);
+  expectUntouched();
+}
+
+TEST(NCPLSEdges, TakesTheProductWithAnEmptyRowOfLoadingsIntoWStarAsItIs) {
+  const NCDataMatrix<float> W = MatrixOf<float>({{1, 2}, {3, 5}});
+  const NCDataMatrix<float> P = MatrixOf<float>({{kMissing, kMissing}, {0, 1}});
+  const double product = static_cast<double>(P[1] * W[2]);  // of no pair
+  NCDataVector<float> expected = W[2];
+  expected.TransformTo_Sub_d_x_Vt(product, W[1]);
+  const NCDataMatrix<float> wStar = NCPLS::GetWStarPrim(W, P);
+  EXPECT_THAT(CellsOf(wStar[1]), ElementsAre(1.0F, 2.0F));
+  EXPECT_EQ(CellsOf(wStar[2]), CellsOf(expected));
+  EXPECT_TRUE(HasExactCounts(wStar));
+}
+
+TEST(NCPLSEdges, ShufflesWithARowTakenTwice) {
+  const NCDataMatrix<float> X = RandomMatrix<float>(3, 2, 0.0, 1);
+  const NCDataMatrix<float> Y = MatrixOf<float>({{1, 2}, {3, kMissing}, {5, 6}});
+  NCPLS model(&X, &Y, 50);
+  int order[] = {-1, 2, 2, 1};
+  model.ShuffleYResiduals(order);
+  EXPECT_THAT(CellsOf(*model.GetYResiduals()),
+              ElementsAre(ElementsAre(3, kMissing), ElementsAre(3, kMissing), ElementsAre(1, 2)));
+  EXPECT_TRUE(HasExactCounts(*model.GetYResiduals()));
+}
+
+}  // namespace

@@ -1,0 +1,159 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <vector>
+
+#include "CrossValidationCase.h"
+#include "kalmia/pcapls/PCACrossValidation.h"
+#include "testing/RandomTables.h"
+
+// Cross-validation at its limits: of holes, of variance, of the sign rule.
+
+namespace {
+
+using ::testing::Each;
+using Groups = NCIntegralVector<int, -99>;
+
+constexpr float kMissing = kHole<float>;
+
+/// A validation of the newest component with every cumulated value at `cumulated`.
+PLSCrossValidation ContinuedFrom(const CrossValidationCase& data, float cumulated, int rounds, const Groups* groups) {
+  return PLSCrossValidation(data.model.get(), cumulated, NCDataVector<float>(data.Y.SizeColumns(), cumulated), rounds,
+                            groups);
+}
+
+TEST(PLSCrossValidationEdges, ScoresAnObservationWithOneVariableOfSix) {
+  CrossValidationCase data(8, 6, 1, 0.0);
+  for (int k = 1; k <= 5; ++k) data.X(3, k, kMissing);
+  data.Restart();
+  data.AddComponent();
+  PLSCrossValidation validation(data.model.get(), 4, nullptr);
+  data.Validate(&validation);
+  EXPECT_NE((*validation.GetTPred())[3], kMissing);
+  EXPECT_NE((*validation.GetYPredResiduals())[3][1], data.Y[3][1]);
+}
+
+TEST(PLSCrossValidationEdges, DoesNotScoreAnObservationWithOneVariableOfTwentyThousand) {
+  // A share of 0.9999 of 20000 is at most 19998 holes, one less than the variables would allow.
+  constexpr int kMany = 20000;
+  CrossValidationCase data(4, kMany, 1, 0.0);
+  for (int k = 2; k <= kMany; ++k) data.X(3, k, kMissing);
+  data.Restart();
+  data.AddComponent();
+  PLSCrossValidation validation(data.model.get(), 4, nullptr);
+  data.Validate(&validation);
+  EXPECT_EQ((*validation.GetTPred())[3], kMissing);
+  EXPECT_EQ((*validation.GetYPredResiduals())[3][1], data.Y[3][1]) << "predicted 0";
+  EXPECT_NE((*validation.GetTPred())[1], kMissing);
+}
+
+TEST(PLSCrossValidationEdges, KeepsRoomForTheSumsOfAllRoundsAskedFor) {
+  CrossValidationCase data(5, 3, 1, 0.0);
+  data.AddComponent();
+  PLSCrossValidation validation(data.model.get(), 100, nullptr);
+  EXPECT_EQ(validation.GetSSY()->Size(), 100);
+  data.Validate(&validation);
+  ASSERT_EQ(validation.GetSSY()->Size(), 100);
+  ASSERT_EQ(validation.GetSSYOriginal()->Size(), 100);
+  for (int g = 1; g <= 100; ++g) {
+    EXPECT_EQ((*validation.GetSSY())[g] != kMissing, g <= 5);
+    EXPECT_EQ((*validation.GetSSYOriginal())[g] != kMissing, g <= 5);
+  }
+}
+
+TEST(PLSCrossValidationEdges, JudgesAVariableFromTheSmallestVarianceOn) {
+  // One cell of this size each, squared 1e-37 and 1.2e-37: below and above ten times the smallest normal float.
+  const float below = 3.1622777e-19F;
+  const float above = 3.4641016e-19F;
+  NCDataMatrix<float> Y(10, 2, 0.0F);
+  Y(4, 1, below);
+  Y(4, 2, above);
+  CrossValidationCase data(RandomMatrix<float>(10, 3, 0.0, 1), Y);
+  data.AddComponent();
+  data.ssY.SetAllValues(0.0F);
+  PLSCrossValidation validation = ContinuedFrom(data, 0.5F, 5, nullptr);
+  data.Validate(&validation);
+  EXPECT_EQ((*validation.GetQ2YVarCum())[1], 0.0F) << "no variance, and none at the start";
+  EXPECT_EQ((*validation.GetQ2YVar())[1], 0.0F);
+  const double s = static_cast<double>(Y.GetColumnSS(2, 0.0L));
+  const double e = static_cast<double>(validation.GetYPredResiduals()->GetColumnSS(2, 0.0L));
+  EXPECT_EQ((*validation.GetQ2YVar())[2], static_cast<float>((s - e) / s));
+  EXPECT_EQ((*validation.GetQ2YVarCum())[2], static_cast<float>(1.0 - 0.5 * std::min(e / s, 1.1)));
+}
+
+TEST(PLSCrossValidationEdges, JudgesATableFromTheSmallestVarianceOn) {
+  for (const bool enough : {false, true}) {
+    NCDataMatrix<float> Y(10, 1, 0.0F);
+    Y(4, 1, enough ? 3.4641016e-19F : 3.1622777e-19F);  // squared 1.2e-37 and 1e-37
+    CrossValidationCase data(RandomMatrix<float>(10, 3, 0.0, 1), Y);
+    data.AddComponent();
+    PLSCrossValidation validation = ContinuedFrom(data, 0.5F, 5, nullptr);
+    data.Validate(&validation);
+    const double s = static_cast<double>(Y.GetSS());
+    const double e = static_cast<double>(validation.GetYPredResiduals()->GetColumnSS(1, 0.0L));
+    EXPECT_EQ(validation.GetQ2TotCum(), enough ? static_cast<float>(1.0 - 0.5 * std::min(e / s, 1.1)) : 1.0F);
+  }
+}
+
+TEST(PLSCrossValidationEdges, TakesTheMissingSumOfNoResidualAsANumberForItsVariableButNotForTheTotal) {
+  CrossValidationCase data(6, 3, 1, 0.0);
+  data.AddComponent();
+  const Groups nobody(std::vector<int>(6, -1).data(), 6);
+  PLSCrossValidation validation = ContinuedFrom(data, 0.0F, 2, &nobody);
+  data.Validate(&validation);
+  for (const auto& row : CellsOf(*validation.GetYPredResiduals())) ASSERT_THAT(row, Each(kMissing));
+  const double s = static_cast<double>(data.Y.GetColumnSS(1, 0.0L));
+  EXPECT_EQ((*validation.GetQ2YVar())[1], static_cast<float>((s + 99.0) / s));
+  EXPECT_EQ((*validation.GetQ2YVarCum())[1], static_cast<float>(1.0 - -99.0 / s));
+  EXPECT_EQ(validation.GetQ2Tot(), 1.0F);
+  EXPECT_EQ(validation.GetQ2TotCum(), 1.0F);
+}
+
+TEST(PLSCrossValidationEdges, TurnsARoundThatHasNoPairWithTheWeightsButNotOneAtARightAngle) {
+  CrossValidationCase data(8, 3, 1, 0.0);  // one Y variable: the weights are no start
+  data.AddComponent();
+  PLSCrossValidation rightAngle(data.model.get(), 4, nullptr);
+  PLSCrossValidation noPair(data.model.get(), 4, nullptr);
+  const NCDataVector<float> zero(3, 0.0F);
+  const NCDataVector<float> missing(3);
+  rightAngle.NextComponent(&zero, data.maxIterations, data.ssY, nullptr, /*quiet=*/true);
+  noPair.NextComponent(&missing, data.maxIterations, data.ssY, nullptr, /*quiet=*/true);
+  const Groups groups = GetDeafultCVGroupsVector(8, 4);
+  NCDataMatrix<float> X;
+  NCDataMatrix<float> Y;
+  X.SetSize(0, 3);
+  Y.SetSize(0, 1);
+  for (int i = 1; i <= 8; ++i)
+    if (groups[i] != 0) {
+      X.push_back(data.X[i]);
+      Y.push_back(data.Y[i]);
+    }
+  NCPLS firstRound(&X, &Y, data.maxIterations);
+  firstRound.NextComponent(nullptr, nullptr, /*quiet=*/true, /*strict=*/false);
+  EXPECT_EQ(CellsOf((*rightAngle.GetWSet())[1]), CellsOf((*firstRound.GetWprim())[1]));
+  for (int g = 1; g <= 4; ++g)
+    for (int k = 1; k <= 3; ++k) EXPECT_EQ((*noPair.GetWSet())[g][k], -(*rightAngle.GetWSet())[g][k]);
+}
+
+TEST(PLSCrossValidationEdges, TakesItsOwnResultsAsArguments) {
+  CrossValidationCase data(10, 4, 2, 0.1);
+  data.AddComponent();
+  PLSCrossValidation aliased(data.model.get(), 5, nullptr);
+  data.Validate(&aliased);
+  PLSCrossValidation copied = aliased;
+  NCDataVector<float> w;
+  NCDataVector<float> ssY;
+  w.CopyZeroBasedVector(CellsOf((*aliased.GetWSet())[1]).data(), 4);
+  ssY.CopyZeroBasedVector(CellsOf(*aliased.GetQ2YVarCum()).data(), 2);
+  aliased.NextComponent(&(*aliased.GetWSet())[1], data.maxIterations, *aliased.GetQ2YVarCum(), nullptr, true);
+  copied.NextComponent(&w, data.maxIterations, ssY, nullptr, true);
+  EXPECT_EQ(CellsOf(*aliased.GetWSet()), CellsOf(*copied.GetWSet()));
+  EXPECT_EQ(CellsOf(*aliased.GetTSet()), CellsOf(*copied.GetTSet()));
+  EXPECT_EQ(CellsOf(*aliased.GetYPredResiduals()), CellsOf(*copied.GetYPredResiduals()));
+  EXPECT_EQ(CellsOf(*aliased.GetQ2YVar()), CellsOf(*copied.GetQ2YVar()));
+  EXPECT_EQ(CellsOf(*aliased.GetQ2YVarCum()), CellsOf(*copied.GetQ2YVarCum()));
+  EXPECT_EQ(aliased.GetQ2TotCum(), copied.GetQ2TotCum());
+}
+
+}  // namespace
