@@ -150,6 +150,13 @@ void RefuseUnknownCommand(const CLI::App& app, int argc, const char* const* argv
   throw Failure(ExitCode::Usage, "there is no command " + Quoted(word) + "; see kalmia --help");
 }
 
+/// The command line that prints the help for what was asked.
+std::string HelpCommand(const CLI::App& app) {
+  std::string words = "kalmia ";
+  for (const CLI::App* command : app.get_subcommands()) words += command->get_name() + " ";
+  return words + "--help";
+}
+
 /// What a way out of the parser that is no error prints: help or version.
 Answer AnswerOf(const CLI::App& app, const CLI::ParseError& way) {
   std::ostringstream out;
@@ -180,7 +187,7 @@ Command ParseCommandLine(int argc, const char* const* argv) {
     app.parse(argc, argv);
   } catch (const CLI::ParseError& error) {
     if (error.get_exit_code() == 0) return AnswerOf(app, error);
-    throw Failure(ExitCode::Usage, OneLine(FirstLine(error.what())) + "; see kalmia --help");
+    throw Failure(ExitCode::Usage, OneLine(FirstLine(error.what())) + "; see " + HelpCommand(app));
   }
   for (const CLI::App* command : app.get_subcommands()) RefuseEmptyValues(*command);
   if (app.got_subcommand("pls")) {

@@ -153,6 +153,12 @@ TEST(Failure, NamesACommandThatDoesNotExist) {
   ExpectFailure(RunKalmia({""}), 2, "there is no command ''");
 }
 
+TEST(Failure, PointsToTheHelpOfTheCommandThatWasCalled) {
+  ExpectFailure(RunKalmia({"pls", "t.csv", "--y", "y", "--frobnicate"}), 2, "; see kalmia pls --help");
+  ExpectFailure(RunKalmia({"predict", "m"}), 2, "; see kalmia predict --help");
+  ExpectFailure(RunKalmia(std::vector<std::string>{}), 2, "; see kalmia --help");
+}
+
 TEST(Failure, IsExitCode2ForNonsenseInPlaceOfANumber) {
   for (const char* option : {"--components", "--groups"}) {
     for (const char* nonsense : {"abc", "0", "-3", "2.5", "1e3", "", " 5", "5x", "99999999999999", "NaN", "Auto"}) {
