@@ -62,16 +62,15 @@ TEST(NCPLSEdges, LeavesCopiesOfItsResultsAloneWhenAComponentIsTurnedOrAppended) 
   expectUntouched();
 }
 
-TEST(NCPLSEdges, TakesTheProductWithAnEmptyRowOfLoadingsIntoWStarAsItIs) {
-  const NCDataMatrix<float> W = MatrixOf<float>({{1, 2}, {3, 5}});
+TEST(NCPLSEdges, TakesTheProductWithAnEmptyRowOfLoadingsIntoWStarAsTheNumberItIs) {
   const NCDataMatrix<float> P = MatrixOf<float>({{kMissing, kMissing}, {0, 1}});
-  const double product = static_cast<double>(P[1] * W[2]);  // of no pair
-  NCDataVector<float> expected = W[2];
-  expected.TransformTo_Sub_d_x_Vt(product, W[1]);
-  const NCDataMatrix<float> wStar = NCPLS::GetWStarPrim(W, P);
-  EXPECT_THAT(CellsOf(wStar[1]), ElementsAre(1.0F, 2.0F));
-  EXPECT_EQ(CellsOf(wStar[2]), CellsOf(expected));
-  EXPECT_TRUE(HasExactCounts(wStar));
+  // With a complete row of weights the product is 0.
+  const NCDataMatrix<float> complete = NCPLS::GetWStarPrim(MatrixOf<float>({{1, 2}, {3, 5}}), P);
+  EXPECT_THAT(CellsOf(complete), ElementsAre(ElementsAre(1, 2), ElementsAre(3, 5)));
+  // Where that row has a hole too it is -99: 3 + 99 * 1.
+  const NCDataMatrix<float> holed = NCPLS::GetWStarPrim(MatrixOf<float>({{1, 2}, {3, kMissing}}), P);
+  EXPECT_THAT(CellsOf(holed), ElementsAre(ElementsAre(1, 2), ElementsAre(102, kMissing)));
+  EXPECT_TRUE(HasExactCounts(holed));
 }
 
 TEST(NCPLSEdges, ShufflesWithARowTakenTwice) {
