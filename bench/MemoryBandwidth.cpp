@@ -57,3 +57,9 @@ double SecondsInMemory(double bytes, int threads, Traffic traffic) {
   }
   return known * bytes;
 }
+
+void ReportShareOfMemoryBandwidth(benchmark::State& state, const FastestPass& fastest, const Yardstick& yardstick,
+                                  double bytes, int threads, Traffic traffic) {
+  state.counters["of_machine"] = yardstick.SecondsPerPass() / fastest.Seconds();
+  state.counters["of_memory"] = SecondsInMemory(bytes, threads, traffic) / fastest.Seconds();
+}

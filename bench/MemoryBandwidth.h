@@ -37,6 +37,7 @@ class Yardstick {
  public:
   Yardstick(double bytes, int threads, Traffic traffic);
   void Pass();
+  int Repeats() const { return repeats_; }  ///< how often a pass goes over the range
   double SecondsPerPass() const { return fastest_.Seconds() / repeats_; }
 
  private:
@@ -53,22 +54,28 @@ constexpr double kBytesInMemory = 512.0 * 1024 * 1024;
 /// Seconds in which so many threads move `bytes` bytes from (and to) memory; measured once a program.
 double SecondsInMemory(double bytes, int threads, Traffic traffic);
 
-/// Runs pass() as the benchmark's iterations, each of which goes over a table of `bytes` bytes with `threads` threads,
-/// and lays a yardstick of the same size beside it in turn. Counters of the fastest passes of both:
-///   of_machine  share of the rate at which the machine moves so many bytes: a table that fits the caches is held
-///               against the caches
+/// Counters of the fastest pass over a table of `bytes` bytes with `threads` threads:
+///   of_machine  share of the rate at which the machine moves so many bytes, by the yardstick: a table that fits the
+///               caches is held against the caches
 ///   of_memory   share of the rate at which it moves memory
+void ReportShareOfMemoryBandwidth(benchmark::State& state, const FastestPass& fastest, const Yardstick& yardstick,
+                                  double bytes, int threads, Traffic traffic);
+
+/// Runs pass() as the benchmark's iterations, each of which goes over a table of `bytes` bytes with `threads` threads,
+/// takes a yardstick of the same size in turn with them, and reports the share of bandwidth. A table that fits the
+/// caches is passed over as often as the yardstick is before they change turns, so that both find their bytes there.
 template <class Pass>
 void RunBesideYardstick(benchmark::State& state, double bytes, int threads, Traffic traffic, const Pass& pass) {
   Yardstick yardstick(bytes, threads, traffic);
   FastestPass fastest;
+  int passes = 0;
   yardstick.Pass();
   for (auto _ : state) {
     fastest.Run(pass);
+    if (++passes % yardstick.Repeats() != 0) continue;
     state.PauseTiming();
     yardstick.Pass();
     state.ResumeTiming();
   }
-  state.counters["of_machine"] = yardstick.SecondsPerPass() / fastest.Seconds();
-  state.counters["of_memory"] = SecondsInMemory(bytes, threads, traffic) / fastest.Seconds();
+  ReportShareOfMemoryBandwidth(state, fastest, yardstick, bytes, threads, traffic);
 }
