@@ -31,6 +31,7 @@
 #include "kalmia/kernels/NCSVD.h"
 #include "kalmia/kernels/ThreadingControl.h"
 
+#include "kalmia/pcapls/NCPCA.h"
 #include "kalmia/pcapls/NCPLS.h"
 #include "kalmia/pcapls/NCPLSPred.h"
 #include "kalmia/pcapls/NCScale.h"

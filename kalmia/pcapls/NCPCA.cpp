@@ -1,0 +1,103 @@
+#include "kalmia/pcapls/NCPCA.h"
+
+#include <utility>
+
+#include "kalmia/pcapls/ComponentRows.h"
+#include "kalmia/pcapls/ConvergenceBar.h"
+#include "kalmia/support/LanguageString.h"
+#include "kalmia/support/NCError.h"
+
+/// One component, its vectors of their final size so that the iteration allocates nothing.
+struct NCPCA::Component {
+  NCDataVector<float> p;
+  NCDataVector<float> t;
+  int rounds = 0;
+};
+
+/// The variables that take no part: those whose group is `group`.
+struct NCPCA::Excluded {
+  const NCIntegralVector<int, -99>* groups;  ///< null: none
+  int group;
+};
+
+namespace {
+
+/// m of the change that a round made, see kalmia::MeasureOfChange. Throws where it cannot be told.
+double MeasureOrThrow(long double change) {
+  if (change == kalmia::kMissing) throw NCError("PCA component could not be computed.");
+  const double d = static_cast<double>(change);
+  return d > kalmia::kNoChange ? kalmia::MeasureOfChange(d) : kalmia::kConverged;
+}
+
+/// Shows a round's m. The first round only settles the range; from the second on the user may stop.
+void Report(kalmia::ConvergenceBar* bar, int component, int round, double measure) {
+  const float m = static_cast<float>(measure);
+  if (!bar->Get()) return bar->Open(10041, component, m);
+  if (round == 1) return bar->Get()->SetRange(-m, 0.0F);
+  if (!bar->Get()->SetValue(-m)) throw NCError(LanguageString::Get(10147));
+}
+
+}  // namespace
+
+NCPCA::NCPCA() = default;
+
+NCPCA::NCPCA(const NCDataMatrix<float>* X, int maxIterations)
+    : pprim_(kalmia::WithoutRows(X->SizeColumns())),
+      tprim_(kalmia::WithoutRows(X->SizeRows())),
+      residuals_(*X),
+      maxIterations_(maxIterations) {}
+
+NCPCA::NCPCA(const NCDataMatrix<float>* X, const NCDataMatrix<float>* P, const NCDataMatrix<float>* T,
+             int maxIterations)
+    : pprim_(*P), tprim_(*T), residuals_(*X), components_(P->SizeRows()), maxIterations_(maxIterations) {}
+
+NCPCA::~NCPCA() = default;
+
+bool NCPCA::NextComponent(NCProgress* progress, const NCIntegralVector<int, -99>* groups, int group,
+                          const NCDataVector<float>* start) {
+  ++components_;
+  Append(residuals_.SizeRows() == 1 ? OfOneRow() : Iterate({groups, group}, start, progress));
+  return true;
+}
+
+NCPCA::Component NCPCA::OfOneRow() const {
+  Component component;
+  component.p = residuals_[1];
+  const float norm = static_cast<float>(component.p.Normalise());
+  component.t.Resize(1, norm);
+  component.rounds = 1;
+  return component;
+}
+
+NCPCA::Component NCPCA::Iterate(const Excluded& excluded, const NCDataVector<float>* start,
+                                NCProgress* progress) const {
+  kalmia::ConvergenceBar bar(progress);
+  Component component;
+  auto& [p, t, rounds] = component;
+  p.SetSize(residuals_.SizeColumns());
+  t = start ? *start : residuals_.GetNIPALSStartColumn();
+  NCDataVector<float> nextT(residuals_.SizeRows());
+  double measure = 0.0;
+  do {
+    residuals_.Result(&p).SpecialNipalsRegressColumnsFix(t, excluded.groups, excluded.group);
+    p.Normalise();
+    residuals_.Result(&nextT).SpecialNipalsRegressRowsFix(p, excluded.groups, excluded.group);
+    measure = MeasureOrThrow(nextT.Difference(t));
+    std::swap(t, nextT);
+    Report(&bar, components_, ++rounds, measure);
+  } while (measure > 0.0 && rounds < maxIterations_);
+  return component;
+}
+
+void NCPCA::Append(const Component& component) {
+  NCDataMatrix<float> pprim = kalmia::WithRow(pprim_, components_, component.p);
+  NCDataMatrix<float> tprim = kalmia::WithRow(tprim_, components_, component.t);
+  pprim_.swap(pprim);
+  tprim_.swap(tprim);
+  iterations_ = component.rounds;
+}
+
+void NCPCA::CalculateResiduals() {
+  if (components_ < 1 || components_ > tprim_.SizeRows() || components_ > pprim_.SizeRows()) return;
+  residuals_.AddVprimV(tprim_[components_], pprim_[components_], -1.0F);
+}

@@ -1,0 +1,104 @@
+#pragma once
+
+#include "kalmia/containers/NCDataMatrix.h"
+#include "kalmia/containers/NCDataVector.h"
+#include "kalmia/containers/NCIntegralVector.h"
+#include "kalmia/pcapls/ModelStream.h"
+#include "kalmia/support/NCProgress.h"
+#include "kalmia/support/VexStream.h"
+
+/// Principal components by NIPALS of a table with holes, one at a time. For each component the caller calls
+/// NextComponent, then whatever has to see the table with that component still in it (PCACrossValidation, a
+/// validator), then CalculateResiduals, and stops when it has enough. The model works on a copy of the table, which
+/// the caller has scaled.
+///
+/// Symbols, for N observations and K variables: scores t (N) and loadings p of unit length (K), with t = Xp and p along
+/// X't. A component takes t p' out of X. Its sign is what the start gives: there is no rule for it. Names that end in
+/// `prim` hold one component per row.
+/// Source: Wold, Esbensen & Geladi (1987), Chemom. Intell. Lab. Syst. 2, 37-52.
+///
+/// A model belongs to one thread at a time. It cannot be copied.
+class NCPCA : public VexStreamBase {
+ public:
+  NCPCA();  ///< empty, to be read from a stream
+  /// The table (N x K) is shared until the first write. `maxIterations` limits the rounds of one component; the first
+  /// round always runs.
+  NCPCA(const NCDataMatrix<float>* X, int maxIterations);
+  /// Restores a model of as many components as P has rows, from the deflated X (N x K), P (A x K) and T (A x N), which
+  /// is not checked. It can be extended.
+  NCPCA(const NCDataMatrix<float>* X, const NCDataMatrix<float>* P, const NCDataMatrix<float>* T, int maxIterations);
+  NCPCA(const NCPCA&) = delete;
+  NCPCA& operator=(const NCPCA&) = delete;
+  ~NCPCA() override;
+
+  /// Appends one component, computed from the working X, and returns true. It takes nothing out of X: called twice
+  /// without CalculateResiduals in between, it appends the same component twice.
+  ///
+  /// Each round regresses the columns on t, which gives p, and the rows on p, which gives t. Rounds go on until t moves
+  /// by at most 1e-5 of its length (relative squared change d <= 1e-10) or the limit is reached, which is no failure
+  /// and shows in GetIterations() alone: components of nearly equal variance converge slowly. t starts as the column of
+  /// X of largest sum of squares, or as `start`. A table of one row is the component itself: p its row at unit length,
+  /// t the length, one round; all arguments are then ignored.
+  /// Shape: `start` has N cells, `groups` K cells, which is not checked. Both may be null.
+  /// Groups: a variable whose cell in `groups` equals `group` takes no part; its loading is missing, and so is its
+  /// column of X after CalculateResiduals.
+  /// Missing: holes leave every sum; a coefficient's denominator never falls below a third of the full sum of squares.
+  /// Progress: `progress` may be null; the bar runs from -m to 0, with m = (log10 d + 10) * 10, and moves from the
+  /// second round on. Without a caller's bar one is opened after the first round.
+  /// Throws: NCError where t and its predecessor have no cell in common or are no longer finite, and where the bar says
+  /// stop; std::bad_alloc. T, P, X and GetIterations() are then as before the call, but GetComponents() is one more
+  /// than before: the model is to be discarded, or restored from its matrices.
+  bool NextComponent(NCProgress* progress, const NCIntegralVector<int, -99>* groups, int group,
+                     const NCDataVector<float>* start);
+
+  /// Takes the newest component out of the working matrix: X -= t p'. A row without a score and a column without a
+  /// loading become missing. Called twice, it subtracts twice. Does nothing where the model has no row GetComponents().
+  virtual void CalculateResiduals();
+
+  /// Components asked for since construction, after restoring or reading version 1 those of the stored model too. A
+  /// version 2 read leaves the number as it was, 0 on a new object: count the rows of P, and restore to extend.
+  int GetComponents() const { return components_; }
+  int GetIterations() const { return iterations_; }  ///< rounds of the newest component
+
+  const NCDataMatrix<float>* GetPprim() const { return &pprim_; }          ///< A x K
+  const NCDataMatrix<float>* GetTprim() const { return &tprim_; }          ///< A x N
+  const NCDataMatrix<float>* GetResiduals() const { return &residuals_; }  ///< the working X, N x K
+
+  // Persistence: magic "NCPCA", version 2; version 1 is read. A stream that is cut, or whose matrices disagree in
+  // their sizes, is refused by a false read (version 1 may throw VexStreamError), and the model is then empty.
+  class DerivedStreamableData : public VexStreamableData {
+   public:
+    using VexStreamableData::VexStreamableData;
+  };
+  static DerivedStreamableData MyStreamableData;
+  short GetVexStreamVersionNumber() const { return MyStreamableData.GetVexStreamVersionNumber(); }
+  short GetMyVexStreamVersionNumber() const { return MyStreamableData.GetMyVexStreamVersionNumber(); }
+  bool VexStreamableWrite(std::ostream& stream);
+  bool VexStreamableRead(std::istream& stream);
+  bool VexStreamableWriteBases(std::ostream& stream);
+  bool VexStreamableReadBases(std::istream& stream);
+  mutable bool streamVisited = false;
+
+ protected:
+  bool VexStreamableStartWrite(std::ostream& stream) override;
+  bool VexStreamableStartRead(std::istream& stream) override;
+  void VexStreamableReset() override;
+
+ private:
+  struct Component;
+  struct Excluded;
+
+  Component OfOneRow() const;
+  Component Iterate(const Excluded& excluded, const NCDataVector<float>* start, NCProgress* progress) const;
+  void Append(const Component& component);  ///< all or nothing
+  kalmia::ModelFields Fields();             ///< in the order of the stream form
+  bool ShapesAgree() const;
+  void Swap(NCPCA* other);
+
+  NCDataMatrix<float> pprim_;
+  NCDataMatrix<float> tprim_;
+  NCDataMatrix<float> residuals_;
+  int components_ = 0;
+  int maxIterations_ = 0;
+  int iterations_ = 0;
+};

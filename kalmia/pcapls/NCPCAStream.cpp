@@ -1,0 +1,61 @@
+// The stream form of NCPCA: loadings, scores and what is left of the table, the limit of rounds and the rounds of the
+// newest component.
+#include <istream>
+#include <ostream>
+#include <utility>
+
+#include "kalmia/pcapls/NCPCA.h"
+
+NCPCA::DerivedStreamableData NCPCA::MyStreamableData(2, "NCPCA");
+
+bool NCPCA::VexStreamableStartWrite(std::ostream& stream) { return kalmia::StartWrite(*this, stream); }
+
+bool NCPCA::VexStreamableStartRead(std::istream& stream) { return kalmia::StartRead(*this, stream); }
+
+void NCPCA::VexStreamableReset() {
+  streamVisited = false;
+  VexStreamBase::VexStreamableReset();
+}
+
+bool NCPCA::VexStreamableWriteBases(std::ostream& stream) { return VexStreamBase::VexStreamableStartWrite(stream); }
+
+bool NCPCA::VexStreamableReadBases(std::istream& stream) { return VexStreamBase::VexStreamableStartRead(stream); }
+
+kalmia::ModelFields NCPCA::Fields() { return {{&pprim_, &tprim_, &residuals_}, &maxIterations_, &iterations_}; }
+
+bool NCPCA::VexStreamableWrite(std::ostream& stream) { return kalmia::WriteModelDirectory(stream, Fields()); }
+
+bool NCPCA::VexStreamableRead(std::istream& stream) {
+  NCPCA read;
+  read.components_ = components_;
+  NCPCA().Swap(this);  // so that a failure, and a throw too, leaves an empty model
+  if (!VexStreamableReadBases(stream)) return false;
+  switch (GetVexStreamVersionNumber()) {
+    case 1:
+      if (!kalmia::ReadModelWithoutDirectory(stream, read.Fields())) return false;
+      read.components_ = read.pprim_.SizeRows();
+      break;
+    case 2:
+      if (!kalmia::ReadModelDirectory(stream, read.Fields())) return false;
+      break;
+    default:
+      return false;
+  }
+  if (!read.ShapesAgree()) return false;
+  read.Swap(this);
+  return true;
+}
+
+bool NCPCA::ShapesAgree() const {
+  return tprim_.SizeRows() == pprim_.SizeRows() && pprim_.SizeColumns() == residuals_.SizeColumns() &&
+         tprim_.SizeColumns() == residuals_.SizeRows();
+}
+
+void NCPCA::Swap(NCPCA* other) {
+  pprim_.swap(other->pprim_);
+  tprim_.swap(other->tprim_);
+  residuals_.swap(other->residuals_);
+  std::swap(components_, other->components_);
+  std::swap(maxIterations_, other->maxIterations_);
+  std::swap(iterations_, other->iterations_);
+}
