@@ -37,3 +37,5 @@
 #include "kalmia/pcapls/NCScale.h"
 #include "kalmia/pcapls/PCACrossValidation.h"
 #include "kalmia/pcapls/PLSCrossValidation.h"
+
+#include "kalmia/o2pls/PLSMissingValueEstimator.h"
