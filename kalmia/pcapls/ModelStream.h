@@ -15,10 +15,11 @@ struct ModelFields {
   int* iterations;
 };
 
-bool WriteModelDirectory(std::ostream& stream, const ModelFields& fields);  ///< an entry for each field
-/// The same read. All entries have to be there. False, never an exception, where the bytes lie or end too early.
-bool ReadModelDirectory(std::istream& stream, const ModelFields& fields);
-/// Reads the fields as they followed each other before there was a directory. VexStreamError from a matrix that lies.
-bool ReadModelWithoutDirectory(std::istream& stream, const ModelFields& fields);
+/// Writes version 2: a directory with an entry for each field.
+bool WriteModel(std::ostream& stream, const ModelFields& fields);
+
+/// Reads version 2, all of whose entries have to be there, or version 1, the same fields one after the other; false for
+/// any other. False too where the bytes lie or end too early; from a matrix of version 1, VexStreamError.
+bool ReadModel(std::istream& stream, short version, const ModelFields& fields);
 
 }  // namespace kalmia

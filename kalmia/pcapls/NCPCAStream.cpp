@@ -23,24 +23,16 @@ bool NCPCA::VexStreamableReadBases(std::istream& stream) { return VexStreamBase:
 
 kalmia::ModelFields NCPCA::Fields() { return {{&pprim_, &tprim_, &residuals_}, &maxIterations_, &iterations_}; }
 
-bool NCPCA::VexStreamableWrite(std::ostream& stream) { return kalmia::WriteModelDirectory(stream, Fields()); }
+bool NCPCA::VexStreamableWrite(std::ostream& stream) { return kalmia::WriteModel(stream, Fields()); }
 
 bool NCPCA::VexStreamableRead(std::istream& stream) {
   NCPCA read;
   read.components_ = components_;
   NCPCA().Swap(this);  // so that a failure, and a throw too, leaves an empty model
   if (!VexStreamableReadBases(stream)) return false;
-  switch (GetVexStreamVersionNumber()) {
-    case 1:
-      if (!kalmia::ReadModelWithoutDirectory(stream, read.Fields())) return false;
-      read.components_ = read.pprim_.SizeRows();
-      break;
-    case 2:
-      if (!kalmia::ReadModelDirectory(stream, read.Fields())) return false;
-      break;
-    default:
-      return false;
-  }
+  const short version = GetVexStreamVersionNumber();
+  if (!kalmia::ReadModel(stream, version, read.Fields())) return false;
+  if (version == 1) read.components_ = read.pprim_.SizeRows();
   if (!read.ShapesAgree()) return false;
   read.Swap(this);
   return true;

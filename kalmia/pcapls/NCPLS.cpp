@@ -1,10 +1,11 @@
 #include "kalmia/pcapls/NCPLS.h"
 
 #include <cmath>
-#include <memory>
 #include <utility>
 
 #include "kalmia/kernels/ComponentPasses.h"
+#include "kalmia/pcapls/ComponentRows.h"
+#include "kalmia/pcapls/ConvergenceBar.h"
 #include "kalmia/support/LanguageString.h"
 #include "kalmia/support/NCError.h"
 
@@ -12,9 +13,6 @@ namespace {
 
 /// Below this over sqrt(K), |w| |u| / |X| says that X and u have nothing in common but rounding.
 constexpr double kSmallestRelation = 1e-6;
-
-/// A relative squared change below this counts as none at all.
-constexpr double kNoChange = 1e-30;
 
 /// Whether the weights w, not normalised yet, that u gave are too small, or not a number to go on with.
 bool IsUnrelated(const NCDataVector<float>& w, const NCDataVector<float>& u, double normOfX) {
@@ -26,19 +24,14 @@ bool IsUnrelated(const NCDataVector<float>& w, const NCDataVector<float>& u, dou
   return kSmallestRelation / std::sqrt(static_cast<double>(w.Size())) > relation;
 }
 
-/// m = (log10(d) + 10) * 10 of the relative squared change d: at or below 0 a loop has converged, d <= 1e-10. A change
-/// that could not be measured (-99) ends it too.
-double ConvergenceMeasure(double change) { return change >= kNoChange ? (std::log10(change) + 10.0) * 10.0 : -1.0; }
+/// m of a round, see kalmia::MeasureOfChange. A change that could not be measured (-99) ends the loop too.
+double ConvergenceMeasure(double change) {
+  return change >= kalmia::kNoChange ? kalmia::MeasureOfChange(change) : kalmia::kConverged;
+}
 
 NCDataMatrix<float> AsMatrix(const NCDataVector<float>& column) {
   NCDataMatrix<float> matrix;
   matrix.InsertColumn(1, column);
-  return matrix;
-}
-
-NCDataMatrix<float> WithoutRows(int columns) {
-  NCDataMatrix<float> matrix;
-  matrix.SetSize(0, columns);
   return matrix;
 }
 
@@ -65,42 +58,33 @@ struct NCPLS::Component {
   bool hasLoadings = false;  ///< p may come with t, or be left for the end
 };
 
-/// What the user sees of the iteration and how a stop comes in: the caller's bar, or one opened after the first round.
-class NCPLS::ConvergenceBar {
+/// What the user sees of the iteration and how a stop comes in.
+class NCPLS::RoundsBar {
  public:
-  ConvergenceBar(NCProgress* bar, int component, bool quiet, bool strict)
+  RoundsBar(NCProgress* bar, int component, bool quiet, bool strict)
       : bar_(bar), component_(component), quiet_(quiet), strict_(strict) {}
 
   void Report(double measure, int round);
   void ThrowIfStopped();
 
  private:
-  void Open(float measure);
-
-  NCProgress* bar_;
-  std::unique_ptr<NCProgress> own_;
+  kalmia::ConvergenceBar bar_;
   int component_;
   bool quiet_;
   bool strict_;
 };
 
-void NCPLS::ConvergenceBar::Open(float measure) {
-  CString title;
-  title.Format(LanguageString::Get(10047), component_);
-  own_ = std::make_unique<NCProgress>(title, -measure, 0.0F, false, false, true, nullptr);
-  bar_ = own_.get();
-}
-
-void NCPLS::ConvergenceBar::Report(double measure, int round) {
+void NCPLS::RoundsBar::Report(double measure, int round) {
   if (quiet_) return;
   const float m = static_cast<float>(measure);
-  if (!bar_) return Open(m);
-  if (round == 1) bar_->SetRange(measure == 0.0 ? 1.0F : -m, 0.0F);
-  if (strict_ && !bar_->SetValue(-m)) throw NCError(LanguageString::Get(10160), NCError::Level2);
+  if (!bar_.Get()) return bar_.Open(10047, component_, m);
+  if (round == 1) bar_.Get()->SetRange(measure == 0.0 ? 1.0F : -m, 0.0F);
+  if (strict_ && !bar_.Get()->SetValue(-m)) throw NCError(LanguageString::Get(10160), NCError::Level2);
 }
 
-void NCPLS::ConvergenceBar::ThrowIfStopped() {
-  if (strict_ && bar_ && bar_->IsBreakPressed()) throw NCError(LanguageString::Get(10161), NCError::Level0);
+void NCPLS::RoundsBar::ThrowIfStopped() {
+  if (strict_ && bar_.Get() && bar_.Get()->IsBreakPressed())
+    throw NCError(LanguageString::Get(10161), NCError::Level0);
 }
 
 NCPLS::NCPLS() = default;
@@ -131,15 +115,15 @@ NCPLS::NCPLS(const NCDataMatrix<float>* X, const NCDataMatrix<float>* Y, const N
 NCPLS::~NCPLS() = default;
 
 void NCPLS::InitialiseResults() {
-  cprim_ = WithoutRows(yResiduals_.SizeColumns());
-  pprim_ = WithoutRows(xResiduals_.SizeColumns());
-  wprim_ = WithoutRows(xResiduals_.SizeColumns());
-  uprim_ = WithoutRows(xResiduals_.SizeRows());
-  tprim_ = WithoutRows(xResiduals_.SizeRows());
+  cprim_ = kalmia::WithoutRows(yResiduals_.SizeColumns());
+  pprim_ = kalmia::WithoutRows(xResiduals_.SizeColumns());
+  wprim_ = kalmia::WithoutRows(xResiduals_.SizeColumns());
+  uprim_ = kalmia::WithoutRows(xResiduals_.SizeRows());
+  tprim_ = kalmia::WithoutRows(xResiduals_.SizeRows());
 }
 
 void NCPLS::NextComponent(NCProgress* progress, const NCDataVector<float>* start, bool quiet, bool strict) {
-  ConvergenceBar bar(progress, components_ + 1, quiet, strict);
+  RoundsBar bar(progress, components_ + 1, quiet, strict);
   if (strict && xSquares_ < 0.0) xSquares_ = static_cast<double>(xResiduals_.GetSS());
   Component component = Iterate(start, strict, &bar);
   bar.ThrowIfStopped();
@@ -154,7 +138,7 @@ NCDataVector<float> NCPLS::StartOfU(const NCDataVector<float>* start) const {
   return yResiduals_.SpecialNipalsRegressRowsFix(c, nullptr, 0);
 }
 
-NCPLS::Component NCPLS::Iterate(const NCDataVector<float>* start, bool strict, ConvergenceBar* bar) const {
+NCPLS::Component NCPLS::Iterate(const NCDataVector<float>* start, bool strict, RoundsBar* bar) const {
   Component component(xResiduals_.SizeRows(), xResiduals_.SizeColumns(), yResiduals_.SizeColumns());
   auto& [w, p, t, c, u, rounds, hasLoadings] = component;
   u = StartOfU(start);
@@ -179,16 +163,11 @@ NCPLS::Component NCPLS::Iterate(const NCDataVector<float>* start, bool strict, C
 
 void NCPLS::Append(const Component& component) {
   const int row = components_ + 1;
-  const auto with = [row](const NCDataMatrix<float>& rows, const NCDataVector<float>& newest) {
-    NCDataMatrix<float> longer = rows;
-    longer.InsertRow(row, newest);
-    return longer;
-  };
-  NCDataMatrix<float> wprim = with(wprim_, component.w);
-  NCDataMatrix<float> pprim = with(pprim_, component.p);
-  NCDataMatrix<float> tprim = with(tprim_, component.t);
-  NCDataMatrix<float> uprim = with(uprim_, component.u);
-  NCDataMatrix<float> cprim = with(cprim_, component.c);
+  NCDataMatrix<float> wprim = kalmia::WithRow(wprim_, row, component.w);
+  NCDataMatrix<float> pprim = kalmia::WithRow(pprim_, row, component.p);
+  NCDataMatrix<float> tprim = kalmia::WithRow(tprim_, row, component.t);
+  NCDataMatrix<float> uprim = kalmia::WithRow(uprim_, row, component.u);
+  NCDataMatrix<float> cprim = kalmia::WithRow(cprim_, row, component.c);
   wprim_.swap(wprim);
   pprim_.swap(pprim);
   tprim_.swap(tprim);
@@ -243,7 +222,7 @@ void NCPLS::FlipComponent(int component) {
 
 void NCPLS::ShuffleYResiduals(int* order) {
   if (components_ >= 1) throw NCError(LanguageString::Get(10162));
-  NCDataMatrix<float> shuffled = WithoutRows(yResiduals_.SizeColumns());
+  NCDataMatrix<float> shuffled = kalmia::WithoutRows(yResiduals_.SizeColumns());
   shuffled.ReserveRows(yResiduals_.SizeRows());
   for (int i = 1; i <= yResiduals_.SizeRows(); ++i) shuffled.push_back(Recounted(yResiduals_[order[i]]));
   yResiduals_.swap(shuffled);

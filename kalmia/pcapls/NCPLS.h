@@ -1,9 +1,8 @@
 #pragma once
 
-#include <array>
-
 #include "kalmia/containers/NCDataMatrix.h"
 #include "kalmia/containers/NCDataVector.h"
+#include "kalmia/pcapls/ModelStream.h"
 #include "kalmia/support/NCProgress.h"
 #include "kalmia/support/VexStream.h"
 
@@ -114,18 +113,16 @@ class NCPLS : public VexStreamBase {
   friend class PLSCrossValidation;  // its rounds need no X residuals
   static constexpr double kUnknown = -1.0;
   struct Component;
-  class ConvergenceBar;
+  class RoundsBar;
 
   void InitialiseResults();                        ///< five result matrices without rows
   NCDataVector<float> StartOfU(const NCDataVector<float>* start) const;
-  Component Iterate(const NCDataVector<float>* start, bool strict, ConvergenceBar* bar) const;
+  Component Iterate(const NCDataVector<float>* start, bool strict, RoundsBar* bar) const;
   void Append(const Component& component);         ///< all or nothing
   bool HasNewestComponent() const;
   void CalculateYResiduals();
-  std::array<NCDataMatrix<float>*, 7> Matrices();  ///< in the order of the members, which is that of the stream
+  kalmia::ModelFields Fields();                    ///< in the order of the stream form, which is that of the members
   void Swap(NCPLS* other);
-  bool ReadOldLayout(std::istream& stream);        ///< version 1
-  bool ReadStreamDirectory(std::istream& stream);  ///< version 2
   bool ShapesAgree() const;
 
   NCDataMatrix<float> cprim_;

@@ -1,6 +1,5 @@
 // The stream form of NCPLS: seven matrices in the order of the members, the limit of rounds and the rounds of the
 // newest component.
-#include <array>
 #include <cstddef>
 #include <istream>
 #include <ostream>
@@ -23,19 +22,11 @@ bool NCPLS::VexStreamableWriteBases(std::ostream& stream) { return VexStreamBase
 
 bool NCPLS::VexStreamableReadBases(std::istream& stream) { return VexStreamBase::VexStreamableStartRead(stream); }
 
-std::array<NCDataMatrix<float>*, 7> NCPLS::Matrices() {
-  return {&cprim_, &pprim_, &wprim_, &uprim_, &tprim_, &xResiduals_, &yResiduals_};
+kalmia::ModelFields NCPLS::Fields() {
+  return {{&cprim_, &pprim_, &wprim_, &uprim_, &tprim_, &xResiduals_, &yResiduals_}, &maxIterations_, &iterations_};
 }
 
-bool NCPLS::VexStreamableWrite(std::ostream& stream) {
-  OutputStreamDirectory directory(stream, 9);
-  unsigned short entry = 0;
-  for (const NCDataMatrix<float>* matrix : Matrices()) directory.GetOutput(entry++) << *matrix;
-  WriteFourBytes(&maxIterations_, 1, directory.GetOutput(7));
-  WriteFourBytes(&iterations_, 1, directory.GetOutput(8));
-  directory.Close();
-  return stream.good();
-}
+bool NCPLS::VexStreamableWrite(std::ostream& stream) { return kalmia::WriteModel(stream, Fields()); }
 
 bool NCPLS::VexStreamableRead(std::istream& stream) {
   NCPLS read;
@@ -43,28 +34,11 @@ bool NCPLS::VexStreamableRead(std::istream& stream) {
   NCPLS().Swap(this);  // so that a failure, and a throw too, leaves an empty model
   if (!VexStreamableReadBases(stream)) return false;
   const short version = GetVexStreamVersionNumber();
-  const bool done = version == 1 ? read.ReadOldLayout(stream) : version == 2 && read.ReadStreamDirectory(stream);
-  if (!done || !read.ShapesAgree()) return false;
+  if (!kalmia::ReadModel(stream, version, read.Fields())) return false;
+  if (version == 1) read.components_ = read.pprim_.SizeRows();
+  if (!read.ShapesAgree()) return false;
   read.Swap(this);
   return true;
-}
-
-bool NCPLS::ReadOldLayout(std::istream& stream) {
-  for (NCDataMatrix<float>* matrix : Matrices()) stream >> *matrix;
-  components_ = pprim_.SizeRows();
-  return ReadFourBytes(&maxIterations_, 1, stream) && ReadFourBytes(&iterations_, 1, stream);
-}
-
-bool NCPLS::ReadStreamDirectory(std::istream& stream) try {
-  InputStreamDirectory directory(stream);
-  unsigned short entry = 0;
-  for (NCDataMatrix<float>* matrix : Matrices()) ReadFromStreamDir(*matrix, directory, entry++, /*must=*/true);
-  ReadFromStreamDir(maxIterations_, directory, 7, /*must=*/true);
-  ReadFromStreamDir(iterations_, directory, 8, /*must=*/true);
-  directory.Close();
-  return !stream.fail();
-} catch (const VexStreamError&) {
-  return false;
 }
 
 bool NCPLS::ShapesAgree() const {
@@ -80,9 +54,9 @@ bool NCPLS::ShapesAgree() const {
 }
 
 void NCPLS::Swap(NCPLS* other) {
-  const auto others = other->Matrices();
-  std::size_t i = 0;
-  for (NCDataMatrix<float>* matrix : Matrices()) matrix->swap(*others[i++]);
+  const kalmia::ModelFields mine = Fields();
+  const kalmia::ModelFields others = other->Fields();
+  for (std::size_t i = 0; i < mine.matrices.size(); ++i) mine.matrices[i]->swap(*others.matrices[i]);
   std::swap(components_, other->components_);
   std::swap(maxIterations_, other->maxIterations_);
   std::swap(iterations_, other->iterations_);
