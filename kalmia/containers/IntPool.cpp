@@ -8,8 +8,12 @@
 
 namespace {
 
-constexpr std::size_t kBlockBytes = 65536;
-constexpr std::size_t kCellsPerBlock = kBlockBytes / sizeof(int);
+constexpr std::size_t kBytesAtLoad = 65536;
+constexpr std::size_t kCellsAtLoad = kBytesAtLoad / sizeof(int);
+
+/// Small, because a block may fall due while a stream is read, and the reader of a short one is held to 64 KiB: a block
+/// takes 24, with the places for its cells.
+constexpr std::size_t kCellsPerBlock = 2048;
 
 /// One word: 0 is free, 1 is taken. For the few instructions of a pop or a push.
 class SpinLock {
@@ -50,6 +54,12 @@ class Pool {
     const SpinGuard guard(lock_);
     Push(cell);
     if (closing_) FreeIfUnused();
+  }
+
+  /// So many cells are there from now on.
+  void Reserve(std::size_t cells) {
+    const SpinGuard guard(lock_);
+    while (blocks_.size() * kCellsPerBlock < cells) AddBlock();
   }
 
   /// The program ends. Vectors in static storage may outlive this call: the last one released frees the blocks.
@@ -100,11 +110,10 @@ Pool& ThePool() {
   return pool;
 }
 
-/// The first block is taken while the program loads, so that no operation pays for it: not in time, nor in the memory
-/// that a reader of small streams is held to.
-[[maybe_unused]] const bool firstBlockIsThere = [] {
-  Pool& pool = ThePool();
-  pool.Release(pool.Get());
+/// The first cells are taken while the program loads, so that most programs never pay for any: not in time, nor in the
+/// memory that a reader of small streams is held to.
+[[maybe_unused]] const bool firstCellsAreThere = [] {
+  ThePool().Reserve(kCellsAtLoad);
   return true;
 }();
 

@@ -4,15 +4,18 @@
 
 #include <cstdint>
 #include <set>
+#include <stdexcept>
 #include <thread>
 #include <vector>
 
+#include "kalmia/containers/NCDataMatrix.h"
 #include "kalmia/containers/NCDataVector.h"
 #include "testing/AllocationMeter.h"
+#include "testing/StreamAttacks.h"
 
 namespace {
 
-constexpr int kCellsPerBlock = 16384;
+constexpr int kCellsAtLoad = 16384, kCellsPerBlock = 2048;
 
 TEST(IntPool, TheLastCellReleasedComesOutFirst) {
   int* a = IntPool::GetInt();
@@ -25,9 +28,9 @@ TEST(IntPool, TheLastCellReleasedComesOutFirst) {
   IntPool::ReleaseInt(a);
 }
 
-TEST(IntPool, AfterABlockfulOfReleasesTheLastOneComesOutFirst) {
+TEST(IntPool, AfterManyReleasesTheLastOneComesOutFirst) {
   std::vector<int*> cells;
-  for (int i = 0; i < kCellsPerBlock; ++i) cells.push_back(IntPool::GetInt());
+  for (int i = 0; i < kCellsAtLoad; ++i) cells.push_back(IntPool::GetInt());
   for (int* cell : cells) IntPool::ReleaseInt(cell);
   EXPECT_EQ(IntPool::GetInt(), cells.back());
   IntPool::ReleaseInt(cells.back());
@@ -36,7 +39,7 @@ TEST(IntPool, AfterABlockfulOfReleasesTheLastOneComesOutFirst) {
 TEST(IntPool, HandsOutEachCellOnceOverManyBlocks) {
   std::set<int*> distinct;
   std::vector<int*> cells;
-  for (int i = 0; i < 3 * kCellsPerBlock + 1; ++i) {
+  for (int i = 0; i < 3 * kCellsAtLoad + 1; ++i) {
     cells.push_back(IntPool::GetInt());
     *cells.back() = i;
     distinct.insert(cells.back());
@@ -46,25 +49,61 @@ TEST(IntPool, HandsOutEachCellOnceOverManyBlocks) {
   for (int* cell : cells) IntPool::ReleaseInt(cell);
 }
 
+/// Takes a cell; whether the pool took the heap for it, which makes that cell the first of a block.
+bool TakesTheHeap(std::vector<int*>* cells) {
+  const PeakBytesDuring meter;
+  cells->push_back(IntPool::GetInt());
+  return meter.GetBytes() > 0;
+}
+
+/// Holds cells such that the next one that is asked for takes the heap.
+class DryPool {
+ public:
+  DryPool() {
+    cells_.reserve(100 * kCellsAtLoad);
+    while (!TakesTheHeap(&cells_)) {
+      if (cells_.size() == cells_.capacity()) throw std::runtime_error("the pool never runs dry");
+    }
+    for (int i = 1; i < kCellsPerBlock; ++i) cells_.push_back(IntPool::GetInt());
+  }
+  DryPool(const DryPool&) = delete;
+  DryPool& operator=(const DryPool&) = delete;
+  ~DryPool() {
+    for (int* cell : cells_) IntPool::ReleaseInt(cell);
+  }
+
+ private:
+  std::vector<int*> cells_;
+};
+
 TEST(IntPool, TakesTheHeapOnceForEachBlockfulOfCells) {
+  const DryPool dry;
   std::vector<int*> cells;
-  cells.reserve(100 * kCellsPerBlock);
-  const auto takesTheHeap = [&cells] {
+  cells.reserve(3 * kCellsPerBlock);
+  for (int block = 0; block < 3; ++block) {
     const PeakBytesDuring meter;
-    cells.push_back(IntPool::GetInt());
-    // A block of 65536 bytes and a place for each of its cells; 4096 for the list of blocks and what the heap adds.
-    EXPECT_LE(meter.GetBytes(), 65536 + kCellsPerBlock * static_cast<int>(sizeof(int*)) + 4096);
-    return meter.GetBytes() > 0;
-  };
-  while (!takesTheHeap()) ASSERT_LT(cells.size(), cells.capacity());
-  for (int block = 0; block < 3; ++block) {  // the cell that has just come is the first of a block
-    for (int i = 1; i < kCellsPerBlock; ++i) ASSERT_FALSE(takesTheHeap()) << "cell " << i << " of its block";
-    ASSERT_TRUE(takesTheHeap());
+    ASSERT_TRUE(TakesTheHeap(&cells));
+    for (int i = 1; i < kCellsPerBlock; ++i) ASSERT_FALSE(TakesTheHeap(&cells)) << "cell " << i << " of its block";
+    // A block and a place for each of its cells; 4096 for the list of blocks and what the heap adds.
+    EXPECT_LE(meter.GetBytes(), kCellsPerBlock * static_cast<int>(sizeof(int) + sizeof(int*)) + 4096);
   }
   const PeakBytesDuring meter;
   for (int* cell : cells) IntPool::ReleaseInt(cell);
   EXPECT_EQ(meter.GetBytes(), 0);
   EXPECT_EQ(meter.GetLiveBytes(), 0);  // blocks stay
+}
+
+template <class Object>
+void ExpectToBeReadFromADryPool(const Object& object) {
+  const DryPool dry;
+  EXPECT_TRUE(StreamAttacks<Object>().Read(StreamOf(object)));
+}
+
+TEST(IntPool, GrowsWithinTheMemoryThatTheReaderOfASmallStreamMayTake) {
+  ExpectToBeReadFromADryPool(NCDataVector<float>(3, 1.5f));
+  ExpectToBeReadFromADryPool(NCDataVector<double>());
+  ExpectToBeReadFromADryPool(NCDataMatrix<float>(2, 3, 1.5f));
+  ExpectToBeReadFromADryPool(NCDataMatrix<double>(kCellsPerBlock + 1, 0));
 }
 
 TEST(IntPool, KeepsWhatWasInACell) {
