@@ -31,11 +31,14 @@
 #include "kalmia/kernels/NCSVD.h"
 #include "kalmia/kernels/ThreadingControl.h"
 
+#include "kalmia/pcapls/NCComponentValidator.h"
 #include "kalmia/pcapls/NCPCA.h"
+#include "kalmia/pcapls/NCPCAPred.h"
 #include "kalmia/pcapls/NCPLS.h"
 #include "kalmia/pcapls/NCPLSPred.h"
 #include "kalmia/pcapls/NCScale.h"
 #include "kalmia/pcapls/PCACrossValidation.h"
 #include "kalmia/pcapls/PLSCrossValidation.h"
+#include "kalmia/pcapls/ScoreEstimator.h"
 
 #include "kalmia/o2pls/PLSMissingValueEstimator.h"

@@ -2,7 +2,8 @@
 
 #include <algorithm>
 #include <utility>
-#include <vector>
+
+#include "kalmia/pcapls/ScoredRows.h"
 
 namespace {
 
@@ -16,7 +17,7 @@ NCPLSResiduals::NCPLSResiduals(NCDataMatrix<float>* X, const NCDataMatrix<float>
 
 void NCPLSResiduals::CalcNextComponent() {
   CalcScores();
-  AddToScored(xResiduals_, p_[compComputed_], -1.0F);
+  kalmia::AddToScoredRows(xResiduals_, *this, p_[compComputed_], -1.0F);
 }
 
 int NCPLSResiduals::MissingLimit() const {
@@ -33,20 +34,6 @@ void NCPLSResiduals::CalcScores() {
   xResiduals_->Result(this).SpecialNipalsRegressRowsFix(w_[compComputed_], nullptr, 0);
   for (int i = 1; i <= Size(); ++i)
     if ((*xResiduals_)[i].GetNumMisVal() > limit) (*this)(i, kNoScore);
-}
-
-void NCPLSResiduals::AddToScored(NCDataMatrix<float>* matrix, const NCDataVector<float>& v, float f) const {
-  if (GetNumMisVal() == 0) return matrix->AddVprimV(*this, v, f);
-  // A missing score would empty its row: those rows are put back afterwards.
-  NCDataVector<float> scores = *this;
-  std::vector<std::pair<int, NCDataVector<float>>> unscored;
-  for (int i = 1; i <= Size(); ++i)
-    if ((*this)[i] == kNoScore) {
-      unscored.emplace_back(i, (*matrix)[i]);
-      scores(i, 0.0F);
-    }
-  matrix->AddVprimV(scores, v, f);
-  for (const auto& [row, cells] : unscored) matrix->SetRow(row, cells);
 }
 
 NCPLSPred::NCPLSPred(const NCDataMatrix<float>* X, const NCDataMatrix<float>* W, const NCDataMatrix<float>* P,
@@ -82,4 +69,4 @@ void NCPLSPred::CalcLastComponent() {
   AddToPrediction();
 }
 
-void NCPLSPred::AddToPrediction() { AddToScored(yPred_, c_[GetCompComputed()], 1.0F); }
+void NCPLSPred::AddToPrediction() { kalmia::AddToScoredRows(yPred_, *this, c_[GetCompComputed()], 1.0F); }

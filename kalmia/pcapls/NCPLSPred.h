@@ -29,9 +29,6 @@ class NCPLSResiduals : public NCDataVector<float> {
 
  protected:
   void CalcScores();  ///< the step without the change of X
-  /// matrix += f t v' for the observations that have a score; the rows of the others stay as they are.
-  void AddToScored(NCDataMatrix<float>* matrix, const NCDataVector<float>& v, float f) const;
-
   NCDataMatrix<float>* xResiduals_;  ///< not owned
 
  private:

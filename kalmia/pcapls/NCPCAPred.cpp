@@ -1,0 +1,24 @@
+#include "kalmia/pcapls/NCPCAPred.h"
+
+#include "kalmia/pcapls/ScoreEstimator.h"
+#include "kalmia/pcapls/ScoredRows.h"
+
+NCPCAPred::NCPCAPred(const NCDataMatrix<float>* X, const NCDataMatrix<float>* P, int maxIterations, float tolerance)
+    : xResiduals_(*X), tPredPrim_(P->SizeRows(), X->SizeRows()), pprim_(*P), missingTolerance_(tolerance) {
+  CalculateScores(maxIterations);
+}
+
+void NCPCAPred::CalculateScores(int maxIterations) {
+  const ScoreEstimator estimator(pprim_, maxIterations);
+  for (int i = 1; i <= xResiduals_.SizeRows(); ++i) {
+    const NCDataVector<float>& x = xResiduals_[i];
+    const double missing = static_cast<double>(x.GetNumMisVal()) / x.Size();
+    if (missingTolerance_ < missing) continue;  // its scores are missing already
+    estimator.GetT(tPredPrim_, i, x);
+  }
+}
+
+void NCPCAPred::CalcNextResidual() {
+  ++residualsCompComputed_;
+  kalmia::AddToScoredRows(&xResiduals_, tPredPrim_[residualsCompComputed_], pprim_[residualsCompComputed_], -1.0F);
+}
