@@ -2,9 +2,10 @@
 
 namespace kalmia {
 
-NCDataMatrix<float> WithoutRows(int columns) {
+NCDataMatrix<float> WithoutRows(int columns, int room) {
   NCDataMatrix<float> matrix;
   matrix.SetSize(0, columns);
+  matrix.ReserveRows(room);
   return matrix;
 }
 

@@ -5,9 +5,11 @@
 
 namespace kalmia {
 
-// The result matrices of the models: one component per row.
+// Matrices that grow row by row: the results of the models, with one component per row, those of a cross-validation,
+// with one round per row, and parts of a table.
 
-NCDataMatrix<float> WithoutRows(int columns);  ///< the matrix before the first component
+/// No rows yet, but this many columns, and room for that many rows.
+NCDataMatrix<float> WithoutRows(int columns, int room = 0);
 
 /// A share of `rows` with a further row in front of row `at`, or at the end where it has no such row.
 NCDataMatrix<float> WithRow(const NCDataMatrix<float>& rows, int at, const NCDataVector<float>& row);

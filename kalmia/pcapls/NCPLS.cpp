@@ -222,8 +222,7 @@ void NCPLS::FlipComponent(int component) {
 
 void NCPLS::ShuffleYResiduals(int* order) {
   if (components_ >= 1) throw NCError(LanguageString::Get(10162));
-  NCDataMatrix<float> shuffled = kalmia::WithoutRows(yResiduals_.SizeColumns());
-  shuffled.ReserveRows(yResiduals_.SizeRows());
+  NCDataMatrix<float> shuffled = kalmia::WithoutRows(yResiduals_.SizeColumns(), yResiduals_.SizeRows());
   for (int i = 1; i <= yResiduals_.SizeRows(); ++i) shuffled.push_back(Recounted(yResiduals_[order[i]]));
   yResiduals_.swap(shuffled);
 }

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <memory>
 
+#include "kalmia/pcapls/ComponentRows.h"
 #include "kalmia/pcapls/PCACrossValidation.h"
 #include "kalmia/pcapls/Q2.h"
 #include "kalmia/support/LanguageString.h"
@@ -46,10 +47,10 @@ PLSCrossValidation::PLSCrossValidation(NCPLS* model, float q2TotCum, const NCDat
   observationGroups_ =
       observationGroups ? *observationGroups : GetDeafultCVGroupsVector(Y.SizeRows(), rounds_);
   results_.yPredResiduals = NCDataMatrix<float>(Y.SizeRows(), Y.SizeColumns());
-  results_.wSet = EmptySet(variables);
-  results_.cSet = EmptySet(Y.SizeColumns());
-  results_.pSet = EmptySet(variables);
-  results_.tSet = EmptySet(Y.SizeRows());
+  results_.wSet = kalmia::WithoutRows(variables, rounds_);
+  results_.cSet = kalmia::WithoutRows(Y.SizeColumns(), rounds_);
+  results_.pSet = kalmia::WithoutRows(variables, rounds_);
+  results_.tSet = kalmia::WithoutRows(Y.SizeRows(), rounds_);
   results_.tPred = NCDataVector<float>(Y.SizeRows());
   results_.q2YVar = NCDataVector<float>(Y.SizeColumns());
   results_.q2YVarCum = q2YVarCum;
@@ -58,23 +59,14 @@ PLSCrossValidation::PLSCrossValidation(NCPLS* model, float q2TotCum, const NCDat
   results_.q2TotCum = q2TotCum;
 }
 
-NCDataMatrix<float> PLSCrossValidation::EmptySet(int columns) const {
-  NCDataMatrix<float> set;
-  set.SetSize(0, columns);
-  set.ReserveRows(rounds_);
-  return set;
-}
-
 void PLSCrossValidation::NextComponent(const NCDataVector<float>* w, int maxIterations, const NCDataVector<float>& ssY,
                                        NCProgress* progress, bool quiet) {
   std::unique_ptr<NCProgress> own;
   if (!progress && !quiet) own = std::make_unique<NCProgress>("", 0.0F, 1.0F, false, false, true, nullptr);
   NCProgress* bar = own ? own.get() : progress;
   Results results = results_;
-  results.wSet = EmptySet(results.wSet.SizeColumns());
-  results.cSet = EmptySet(results.cSet.SizeColumns());
-  results.pSet = EmptySet(results.pSet.SizeColumns());
-  results.tSet = EmptySet(results.tSet.SizeColumns());
+  for (NCDataMatrix<float>* set : {&results.wSet, &results.cSet, &results.pSet, &results.tSet})
+    *set = kalmia::WithoutRows(set->SizeColumns(), rounds_);
   results.ssYOriginal = results.ssY;
   for (int group = 0; group < rounds_; ++group) CalcRound(group, *w, maxIterations, bar, quiet, &results);
   Judge(ssY, &results);
@@ -85,12 +77,9 @@ PLSCrossValidation::Division PLSCrossValidation::Divide(int group) const {
   const NCDataMatrix<float>& X = *model_->GetXResiduals();
   const NCDataMatrix<float>& Y = *model_->GetYResiduals();
   Division division;
-  for (NCDataMatrix<float>* part : {&division.X, &division.leftOutX}) {
-    part->SetSize(0, X.SizeColumns());
-    part->ReserveRows(X.SizeRows());
-  }
-  division.Y.SetSize(0, Y.SizeColumns());
-  division.Y.ReserveRows(Y.SizeRows());
+  division.X = kalmia::WithoutRows(X.SizeColumns(), X.SizeRows());
+  division.Y = kalmia::WithoutRows(Y.SizeColumns(), Y.SizeRows());
+  division.leftOutX = kalmia::WithoutRows(X.SizeColumns(), X.SizeRows());
   for (int i = 1; i <= X.SizeRows(); ++i)
     if (observationGroups_[i] == group) {
       division.leftOutX.push_back(X[i]);

@@ -84,7 +84,6 @@ class PLSCrossValidation : public VexStreamBase {
   };
   struct Division;
 
-  NCDataMatrix<float> EmptySet(int columns) const;   ///< no rows, room for one a round
   Division Divide(int group) const;
   void CalcRound(int group, const NCDataVector<float>& w, int maxIterations, NCProgress* progress, bool quiet,
                  Results* results) const;
