@@ -1,0 +1,28 @@
+#pragma once
+
+#include <memory>
+
+#include "kalmia/containers/NCDataMatrix.h"
+#include "kalmia/containers/NCDataVector.h"
+#include "kalmia/pcapls/NCPCA.h"
+#include "kalmia/pcapls/PCACrossValidation.h"
+#include "kalmia/support/NCProgress.h"
+
+/// A random table of three directions, each 0.6 times as strong as the one before, and some noise. A cell is a hole
+/// with the probability `holes`.
+NCDataMatrix<float> TableOfThreeDirections(int rows, int columns, double holes, unsigned seed = 1);
+
+/// A PCA model and what its cross-validation needs. After a change of X: Restart.
+struct PCAValidationCase {
+  PCAValidationCase(int rows, int columns, double holes);  ///< TableOfThreeDirections
+  explicit PCAValidationCase(const NCDataMatrix<float>& x);
+
+  void Restart();                      ///< a new model of the table
+  void AddComponent();                 ///< left in the table
+  /// The cross-validation of the newest component.
+  void Validate(PCACrossValidation* validation, NCProgress* progress = nullptr) const;
+
+  NCDataMatrix<float> X;
+  NCDataVector<float> ss;              ///< of the columns
+  std::unique_ptr<NCPCA> model;
+};
