@@ -1,0 +1,86 @@
+// Feeds bytes to every reader of streams. Each reader gets every input; one with another magic refuses it at once. What
+// is demanded is what the tests demand of a damaged stream: a refusal as the class promises it, or an object whose
+// invariants hold and which writes and reads back to the same bytes; from a pipe as from a stream of known length;
+// within the memory that a reader may take.
+#include <gtest/gtest.h>
+
+#include <cstddef>
+#include <cstdint>
+#include <functional>
+#include <string>
+
+#include "kalmia/kalmia.h"
+#include "testing/RandomTables.h"
+#include "testing/StreamAttacks.h"
+
+namespace {
+
+template <class Object>
+using Invariants = std::function<void(const Object&)>;
+
+/// A refusal is a false read.
+template <class Object>
+void Feed(const std::string& bytes, const Invariants<Object>& accepted = [](const Object&) {}) {
+  StreamAttacks<Object> attacks;
+  attacks.accepted = accepted;
+  attacks.Read(bytes);
+}
+
+/// A refusal may be a VexStreamError too.
+template <class Object>
+void FeedWithErrors(const std::string& bytes, const Invariants<Object>& accepted) {
+  StreamAttacks<Object> attacks;
+  attacks.accepted = accepted;
+  attacks.mayThrow = true;
+  attacks.Read(bytes);
+}
+
+template <class Container>
+void ExpectExactCounts(const Container& container) {
+  EXPECT_TRUE(HasExactCounts(container));
+}
+
+template <class T>
+void FeedContainersOf(const std::string& bytes) {
+  Feed<NCDataVector<T>>(bytes, ExpectExactCounts<NCDataVector<T>>);
+  FeedWithErrors<NCDataMatrix<T>>(bytes, ExpectExactCounts<NCDataMatrix<T>>);
+}
+
+void ExpectAgreement(const NCPLS& model) {
+  for (const NCDataMatrix<float>* matrix : {model.GetCprim(), model.GetPprim(), model.GetWprim(), model.GetUprim(),
+                                            model.GetTprim(), model.GetXResiduals(), model.GetYResiduals()})
+    ExpectExactCounts(*matrix);
+  EXPECT_EQ(model.GetTprim()->SizeRows(), model.GetPprim()->SizeRows());
+  EXPECT_EQ(model.GetPprim()->SizeColumns(), model.GetXResiduals()->SizeColumns());
+}
+
+void ExpectAgreement(const NCPCA& model) {
+  for (const NCDataMatrix<float>* matrix : {model.GetPprim(), model.GetTprim(), model.GetResiduals()})
+    ExpectExactCounts(*matrix);
+  EXPECT_EQ(model.GetTprim()->SizeRows(), model.GetPprim()->SizeRows());
+  EXPECT_EQ(model.GetPprim()->SizeColumns(), model.GetResiduals()->SizeColumns());
+}
+
+}  // namespace
+
+/// A failed expectation becomes an exception, which nobody catches: the fuzzer keeps the input.
+extern "C" int LLVMFuzzerInitialize(int* argc, char*** argv) {
+  ::testing::GTEST_FLAG(throw_on_failure) = true;
+  ::testing::InitGoogleTest(argc, *argv);
+  return 0;
+}
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+  const std::string bytes(data, data + size);
+  FeedContainersOf<float>(bytes);
+  FeedContainersOf<double>(bytes);
+  Feed<NCIntegralVector<int, -99>>(bytes);
+  Feed<NCIntegralVector<bool, 0>>(bytes);
+  Feed<NCIntegralVector<unsigned long, 0>>(bytes);
+  Feed<BoolVector>(bytes);
+  Feed<NCStringVector>(bytes);
+  Feed<NCScale>(bytes);
+  FeedWithErrors<NCPLS>(bytes, [](const NCPLS& model) { ExpectAgreement(model); });
+  FeedWithErrors<NCPCA>(bytes, [](const NCPCA& model) { ExpectAgreement(model); });
+  return 0;
+}
