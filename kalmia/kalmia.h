@@ -31,6 +31,10 @@
 #include "kalmia/kernels/NCSVD.h"
 #include "kalmia/kernels/ThreadingControl.h"
 
+#include "kalmia/statistics/ControlChart.h"
+#include "kalmia/statistics/FrequencyHistogram.h"
+#include "kalmia/statistics/OneDimMinimum.h"
+
 #include "kalmia/pcapls/NCComponentValidator.h"
 #include "kalmia/pcapls/NCPCA.h"
 #include "kalmia/pcapls/NCPCAPred.h"
