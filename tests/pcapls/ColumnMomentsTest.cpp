@@ -35,4 +35,11 @@ TEST(ColumnMoments, AreMissingForAnEmptyColumnAndZeroWithoutRows) {
   ExpectBitsOfTheOperationsOnOneColumn(NCDataMatrix<float>());
 }
 
+TEST(ColumnMoments, TrustTheCountsOfATableThatDoesNotKnowOfAHole) {
+  NCDataMatrix<float> matrix = RandomMatrix<float>(5, 3, 0.0, 4);
+  matrix(2)(3, kHole<float>);  // through the row: the table's counts stay at 0
+  ASSERT_EQ(matrix.GetColumnMisVal(3), 0);
+  ExpectBitsOfTheOperationsOnOneColumn(matrix);
+}
+
 }  // namespace

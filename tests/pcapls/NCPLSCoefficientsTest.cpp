@@ -103,6 +103,9 @@ TEST(NCPLSCoefficients, OfNoComponentsAreZero) {
     ASSERT_EQ(none.SizeRows(), 3);
     for (int k = 1; k <= 3; ++k) EXPECT_THAT(CellsOf(none[k]), ElementsAre(0, 0));
   }
+  AddComponent(&model);
+  EXPECT_EQ(CellsOf(model.GetRegressionCoefficients(0)),
+            CellsOf(NCPLS(&tables.X, &tables.Y, 50).GetRegressionCoefficients(-1)));
 }
 
 TEST(NCPLSCoefficients, OfAsManyComponentsAsVariablesAreThoseOfLeastSquares) {

@@ -2,11 +2,13 @@
 #include <gtest/gtest.h>
 
 #include <cstddef>
+#include <sstream>
 #include <vector>
 
 #include "RelatedTables.h"
 #include "kalmia/pcapls/NCPLS.h"
 #include "testing/RandomTables.h"
+#include "testing/StreamAttacks.h"
 
 // PLS components where holes come up by themselves, and what the results share with copies of them.
 
@@ -82,6 +84,27 @@ TEST(NCPLSEdges, ShufflesWithARowTakenTwice) {
   EXPECT_THAT(CellsOf(*model.GetYResiduals()),
               ElementsAre(ElementsAre(3, kMissing), ElementsAre(3, kMissing), ElementsAre(1, 2)));
   EXPECT_TRUE(HasExactCounts(*model.GetYResiduals()));
+}
+
+TEST(NCPLSEdges, CountsFromOneAndPutsNewRowsInFrontAfterAReadOfVersionTwo) {
+  const Tables tables = RelatedTables(8, 4, 2, 0.1, 11);
+  NCPLS whole(&tables.X, &tables.Y, 50);
+  AddComponent(&whole);
+  NCPLS read;
+  std::istringstream stream(StreamOf(whole));
+  ASSERT_TRUE(stream >> read);
+  AddComponent(&whole);
+  AddComponent(&read);
+  EXPECT_EQ(read.GetComponents(), 1);
+  using Accessor = const NCDataMatrix<float>* (NCPLS::*)() const;
+  for (const Accessor get :
+       {&NCPLS::GetCprim, &NCPLS::GetPprim, &NCPLS::GetWprim, &NCPLS::GetUprim, &NCPLS::GetTprim}) {
+    ASSERT_EQ((read.*get)()->SizeRows(), 2);
+    EXPECT_EQ(CellsOf((*(read.*get)())[1]), CellsOf((*(whole.*get)())[2]));
+    EXPECT_EQ(CellsOf((*(read.*get)())[2]), CellsOf((*(whole.*get)())[1]));
+  }
+  EXPECT_EQ(CellsOf(*read.GetXResiduals()), CellsOf(*whole.GetXResiduals()));
+  EXPECT_EQ(CellsOf(*read.GetYResiduals()), CellsOf(*whole.GetYResiduals()));
 }
 
 }  // namespace

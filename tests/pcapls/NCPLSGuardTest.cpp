@@ -2,6 +2,7 @@
 
 #include <cmath>
 #include <limits>
+#include <sstream>
 #include <string>
 
 #include "RelatedTables.h"
@@ -85,6 +86,35 @@ TEST(NCPLSGuard, LetsTheModelGoOnAfterAFailure) {
   EXPECT_EQ(model.GetComponents(), 1);
   EXPECT_NO_THROW(model.NextComponent(nullptr, nullptr, /*quiet=*/true, /*strict=*/false));
   EXPECT_EQ(model.GetComponents(), 2);
+}
+
+TEST(NCPLSGuard, MeasuresXAsTheDeflationsLeftIt) {
+  // The first component takes the long column out. The second one has nearly all of what is left of X, whose length
+  // is below 1e-7 of what it was, which the guard would not let pass.
+  const NCDataMatrix<float> X = MatrixOf<float>({{1e8F, 0}, {-1e8F, 0}, {0, 1}, {0, -1}});
+  const NCDataMatrix<float> Y = MatrixOf<float>({{1.0F}, {-1.0F}, {1.0F}, {-1.0F}});
+  NCPLS model(&X, &Y, 50);
+  AddComponent(&model);
+  ASSERT_LT(model.GetXResiduals()->GetSS(), 1e-14L * X.GetSS());
+  EXPECT_NO_THROW(model.NextComponent(nullptr, nullptr, /*quiet=*/true, /*strict=*/true));
+}
+
+TEST(NCPLSGuard, MeasuresXAsItWasReadAndNotTheOneBefore) {
+  const NCDataMatrix<float> shortX = MatrixOf<float>({{1.0F}, {2.0F}, {-1.0F}});
+  const NCDataMatrix<float> y = MatrixOf<float>({{1.0F}, {1.0F}, {-3.0F}});
+  const NCDataMatrix<float> longX = MatrixOf<float>({{1e7F}, {0.0F}, {0.0F}});
+  const NCDataMatrix<float> unrelated = MatrixOf<float>({{0.9e-6F}, {1.0F}, {0.0F}});
+  const auto read = [](NCPLS* used, const NCPLS& fresh) {
+    AddComponent(used);
+    std::istringstream stream(StreamOf(fresh));
+    EXPECT_TRUE(stream >> *used);
+  };
+  NCPLS ofShort(&shortX, &y, 50);
+  read(&ofShort, NCPLS(&longX, &unrelated, 50));
+  EXPECT_THROW(ofShort.NextComponent(nullptr, nullptr, /*quiet=*/true, /*strict=*/true), NCError);
+  NCPLS ofLong(&longX, &y, 50);
+  read(&ofLong, NCPLS(&shortX, &y, 50));
+  EXPECT_NO_THROW(ofLong.NextComponent(nullptr, nullptr, /*quiet=*/true, /*strict=*/true));
 }
 
 }  // namespace

@@ -134,4 +134,55 @@ TEST(NCScaleEdges, TreatsACentredCellThatLandsOnTheMissingValueAsTheTableDoes) {
   EXPECT_EQ(CellsOf(scaled), CellsOf(expected));
 }
 
+TEST(NCScaleEdges, ForgetsWhatAStreamBroughtForTypesWithoutItUnderANewFit) {
+  NCScale scale = ReadFrom(VectorOf<float>({10, 20}), VectorOf<float>({2, 3}),
+                           {NCScale::ScalingNone, NCScale::ScalingCentre});
+  NCDataMatrix<float> matrix = MatrixOf<float>({{1, 2}, {3, 4}});
+  scale.ScaleMatrix(&matrix, /*newModel=*/true);
+  EXPECT_THAT(CellsOf(*scale.GetCentres()), ElementsAre(kMissing, 3.0F));
+  EXPECT_THAT(CellsOf(*scale.GetScales()), Each(kMissing));
+  EXPECT_THAT(CellsOf(matrix), ElementsAre(ElementsAre(1.0F, -1.0F), ElementsAre(3.0F, 1.0F)));
+}
+
+TEST(NCScaleEdges, AppliesWhatIsStoredWhateverTheTypes) {
+  NCScale scale = ReadFrom(VectorOf<float>({10, kMissing, 20}), VectorOf<float>({2, 3, kMissing}),
+                           {NCScale::ScalingNone, NCScale::ScalingCentre, NCScale::ScalingUnitVariance});
+  NCDataMatrix<float> matrix = MatrixOf<float>({{1, 2, 3}, {4, kMissing, 6}});
+  scale.ScaleMatrix(&matrix, /*newModel=*/false);
+  EXPECT_THAT(CellsOf(matrix), ElementsAre(ElementsAre(-18.0F, 6.0F, -17.0F), ElementsAre(-12.0F, kMissing, -14.0F)));
+}
+
+TEST(NCScaleEdges, KeepsTheFactorsOfAnEarlierFitFromTheVariableOnThatCannotBeScaled) {
+  NCDataMatrix<float> first = MatrixOf<float>({{-1, -2, -4}, {1, 2, 4}});
+  NCScale scale = ScaleOf(3, NCScale::ScalingUnitVariance);
+  scale.ScaleMatrix(&first, /*newModel=*/true);
+  const std::vector<float> factors = CellsOf(*scale.GetScales());
+  NCDataMatrix<float> second = MatrixOf<float>({{-4, 5, -1}, {4, 5, 1}});
+  EXPECT_THROW(scale.ScaleMatrix(&second, /*newModel=*/true), NCScaleError);
+  EXPECT_THAT(CellsOf(*scale.GetScales()), ElementsAre(factors[2], factors[1], factors[2]));
+}
+
+TEST(NCScaleEdges, LeavesItsOwnVectorsAloneWhereTheTableSharesTheirCells) {
+  const NCDataVector<float> centres = VectorOf<float>({10, 20});
+  const NCDataVector<float> factors = VectorOf<float>({2, 3});
+  NCScale scale = ReadFrom(centres, factors, {NCScale::ScalingUnitVariance, NCScale::ScalingUnitVariance});
+  NCDataMatrix<float> matrix;
+  matrix.InsertRow(1, *scale.GetCentres());
+  matrix.InsertRow(2, *scale.GetScales());
+  scale.ScaleMatrix(&matrix, /*newModel=*/false);
+  EXPECT_THAT(CellsOf(matrix), ElementsAre(ElementsAre(0.0F, 0.0F), ElementsAre(-16.0F, -51.0F)));
+  EXPECT_EQ(CellsOf(*scale.GetCentres()), CellsOf(centres));
+  EXPECT_EQ(CellsOf(*scale.GetScales()), CellsOf(factors));
+}
+
+TEST(NCScaleEdges, CopiesDeeplyFromOneThatSharesToo) {
+  NCScale original = ScaleOf(1, NCScale::ScalingUnitVariance);
+  NCScale sharing;
+  sharing = original;
+  NCScale copy(sharing);
+  copy.SetType(1, NCScale::ScalingPareto);
+  EXPECT_EQ(original.GetScaleType(1), NCScale::ScalingUnitVariance);
+  EXPECT_EQ(sharing.GetScaleType(1), NCScale::ScalingUnitVariance);
+}
+
 }  // namespace

@@ -322,6 +322,7 @@ TEST(NCScale, SurvivesBeingAssignedToItself) {
 }
 
 TEST(NCScale, NamesItsTypesByTheTextsOfTheLanguage) {
+  EXPECT_STREQ(NCScale::GetScaleString(NCScale::ScalingUndefined), "");
   EXPECT_STREQ(NCScale::GetScaleString(NCScale::ScalingNone), LanguageString::Get(10066));
   EXPECT_STREQ(NCScale::GetScaleString(NCScale::ScalingCentre), LanguageString::Get(10067));
   EXPECT_STREQ(NCScale::GetScaleString(NCScale::ScalingPareto), LanguageString::Get(10068));

@@ -2,11 +2,14 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <sstream>
 #include <vector>
 
 #include "CrossValidationCase.h"
 #include "kalmia/pcapls/PCACrossValidation.h"
 #include "testing/RandomTables.h"
+#include "testing/RecordingProgress.h"
+#include "testing/StreamAttacks.h"
 
 // Cross-validation at its limits: of holes, of variance, of the sign rule.
 
@@ -154,6 +157,37 @@ TEST(PLSCrossValidationEdges, TakesItsOwnResultsAsArguments) {
   EXPECT_EQ(CellsOf(*aliased.GetQ2YVar()), CellsOf(*copied.GetQ2YVar()));
   EXPECT_EQ(CellsOf(*aliased.GetQ2YVarCum()), CellsOf(*copied.GetQ2YVarCum()));
   EXPECT_EQ(aliased.GetQ2TotCum(), copied.GetQ2TotCum());
+}
+
+TEST(PLSCrossValidationEdges, OverwritesTheOriginalSumsOnlyForAModelOfOneComponent) {
+  CrossValidationCase data(12, 4, 2, 0.1);
+  data.AddComponent();
+  NCPLS read;  // of version 2: it has a component and counts none
+  std::istringstream stream(StreamOf(*data.model));
+  ASSERT_TRUE(stream >> read);
+  ASSERT_EQ(read.GetComponents(), 0);
+  PLSCrossValidation uncounted(&read, 3, nullptr);
+  uncounted.NextComponent(&data.Weights(), data.maxIterations, data.ssY, nullptr, /*quiet=*/true);
+  EXPECT_THAT(CellsOf(*uncounted.GetSSYOriginal()), Each(kMissing));
+  EXPECT_THAT(CellsOf(*uncounted.GetSSY()), Each(testing::Ge(0.0F)));
+
+  data.model->CalculateResiduals();
+  data.AddComponent();
+  PLSCrossValidation later = ContinuedFrom(data, 0.5F, 3, nullptr);
+  data.Validate(&later);
+  EXPECT_THAT(CellsOf(*later.GetSSYOriginal()), Each(kMissing));
+}
+
+TEST(PLSCrossValidationEdges, SetsTheRangeOnceARoundAndNeverMovesTheBarWhateverTheIterations) {
+  CrossValidationCase data(12, 4, 3, 0.1);
+  data.AddComponent();
+  ASSERT_GT(data.model->GetIterations(), 1);
+  PLSCrossValidation validation(data.model.get(), 3, nullptr);
+  ProgressLog log;
+  data.Validate(&validation, RecordingBar(&log).get(), /*quiet=*/false);
+  EXPECT_EQ(log.Count("SetText"), 3) << log.Joined();
+  EXPECT_EQ(log.Count("SetRange"), 3);
+  EXPECT_EQ(log.calls.size(), 7U) << "and the bar's end";
 }
 
 }  // namespace

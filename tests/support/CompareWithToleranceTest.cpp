@@ -64,4 +64,16 @@ TEST(CompareWithTolerance, FindsANaNNeitherAboveNorBelow) {
   EXPECT_EQ(CompareWithTolerance(1.0, nan, 0.1), 0);
 }
 
+TEST(CompareWithTolerance, HasNoLowerEnd) {
+  const double tiniest = std::numeric_limits<double>::denorm_min();  // 0.5 * 2^-1073
+  EXPECT_EQ(CompareWithTolerance(tiniest, 0.0, 0.5), 0) << "half of 2^-1073 is the tiniest number itself";
+  EXPECT_EQ(CompareWithTolerance(tiniest, 0.0, 0.25), 1) << "a quarter of it is 0";
+  EXPECT_EQ(CompareWithTolerance(0.0, tiniest, 0.25), -1);
+}
+
+TEST(CompareWithTolerance, FindsEqualNumbersAboveEachOtherWithANegativeTolerance) {
+  EXPECT_EQ(CompareWithTolerance(1.0, 1.0, -0.125), 1);
+  EXPECT_EQ(CompareWithTolerance(1.0, 2.0, -0.125), -1);
+}
+
 }  // namespace
