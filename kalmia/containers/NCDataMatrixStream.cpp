@@ -3,6 +3,7 @@
 #include <vector>
 
 #include "kalmia/containers/NCDataMatrix.h"
+#include "kalmia/containers/OldLayout.h"
 
 namespace {
 
@@ -60,13 +61,8 @@ template <class T>
 bool NCDataMatrix<T>::VexStreamableRead(std::istream& stream) {
   if (!VexStreamableReadBases(stream)) return false;
   Clear();
-  switch (const short version = GetVexStreamVersionNumber()) {
-    case 1:
-    case 2:
-    case 3: return ReadOldLayout(stream, version);
-    case 4: return ReadStreamDirectory(stream);
-    default: return false;
-  }
+  const short version = GetVexStreamVersionNumber();
+  return version == 4 ? ReadStreamDirectory(stream) : ReadOldLayout(stream, version);
 }
 
 template <class T>
@@ -104,11 +100,10 @@ bool NCDataMatrix<T>::ReadStreamDirectory(std::istream& stream) {
 
 template <class T>
 bool NCDataMatrix<T>::ReadOldLayout(std::istream& stream, short version) {
-  CString dropped;
+  if (!kalmia::BeginOldLayout(stream, version)) return false;
   int rows = 0;
   int columns = 0;
   int missing = 0;  // what the cells say counts
-  if (version == 2 && !ReadBinaryString(dropped, stream)) return false;
   if (!ReadFourBytes(&rows, 1, stream) || !ReadFourBytes(&columns, 1, stream) || !ReadFourBytes(&missing, 1, stream))
     return false;
   if (rows < 0 || columns < 0) return false;

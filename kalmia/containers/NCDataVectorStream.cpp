@@ -2,6 +2,7 @@
 
 #include "kalmia/containers/AlignedBlock.h"
 #include "kalmia/containers/NCDataVector.h"
+#include "kalmia/containers/OldLayout.h"
 
 // The stream form. Version 4: a directory with the size, the count of missing cells, the cells. Versions 1 and 3: the
 // same three straight on the stream; version 2: a text before them.
@@ -65,9 +66,7 @@ bool NCDataVector<T>::ReadDirectory(std::istream& stream) {
 
 template <class T>
 bool NCDataVector<T>::ReadOldLayout(std::istream& stream, short version) {
-  if (version < 1 || version > 3) return false;
-  CString dropped;
-  if (version == 2 && !ReadBinaryString(dropped, stream)) return false;
+  if (!kalmia::BeginOldLayout(stream, version)) return false;
   int size = 0, count = 0;
   return ReadFourBytes(&size, 1, stream) && ReadFourBytes(&count, 1, stream) && ReadCells(stream, size);
 }

@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "kalmia/containers/NCIntegralVector.h"
+#include "kalmia/containers/OldLayout.h"
 
 // The stream form. Version 4: a directory whose one entry holds the size and the cells. Versions 1 and 3: the same two
 // straight on the stream; version 2: a text before them.
@@ -88,10 +89,7 @@ bool NCIntegralVector<T, M>::ReadDirectory(std::istream& stream) {
 
 template <class T, int M>
 bool NCIntegralVector<T, M>::ReadOldLayout(std::istream& stream, short version) {
-  if (version < 1 || version > 3) return false;
-  CString dropped;
-  if (version == 2 && !ReadBinaryString(dropped, stream)) return false;
-  return ReadSizeAndCells(stream);
+  return kalmia::BeginOldLayout(stream, version) && ReadSizeAndCells(stream);
 }
 
 template <class T, int M>
