@@ -1,6 +1,7 @@
 #include "PCAValidationCase.h"
 
 #include <cmath>
+#include <sstream>
 
 #include "testing/RandomTables.h"
 
@@ -26,4 +27,17 @@ void PCAValidationCase::AddComponent() { model->NextComponent(nullptr, nullptr, 
 
 void PCAValidationCase::Validate(PCACrossValidation* validation, NCProgress* progress) const {
   validation->NextComponent(ss, progress);
+}
+
+std::string Judgement(const PCACrossValidation& validation) {
+  std::ostringstream all;
+  all << *validation.GetXPredResiduals() << *validation.GetQ2XVar() << *validation.GetQ2XVarCum();
+  all << validation.GetQ2Tot() << ' ' << validation.GetQ2TotCum();
+  return all.str();
+}
+
+std::string Everything(const PCACrossValidation& validation) {
+  std::ostringstream sets;
+  sets << *validation.GetPSet() << *validation.GetTSet();
+  return sets.str() + Judgement(validation);
 }
