@@ -1,6 +1,8 @@
 #include "kalmia/containers/NCStringVector.h"
 
 #include <algorithm>
+#include <cstddef>
+#include <iterator>
 #include <utility>
 
 namespace {
@@ -59,9 +61,13 @@ void NCStringVector::InsertStrings(int at) { InsertStrings(at, 1); }
 void NCStringVector::InsertStrings(int at, int n) { InsertStrings(at, n, CString()); }
 
 void NCStringVector::InsertStrings(int at, int n, const CString& s) {
-  if (n <= 0) return;
+  if (n > 0) Insert(at, Strings(ToSize(n), s));
+}
+
+/// The strings are there already and only move into place: where memory runs out the list is as it was.
+void NCStringVector::Insert(int at, Strings strings) {
   const Strings::iterator position = Position(at);
-  strings_->insert(position, ToSize(n), s);
+  strings_->insert(position, std::make_move_iterator(strings.begin()), std::make_move_iterator(strings.end()));
 }
 
 void NCStringVector::RemoveStrings(int at, int n) {
@@ -90,10 +96,7 @@ void NCStringVector::Reduce(const NCIntegralVector<int, -99>& indices) {
 }
 
 void NCStringVector::Concat(const NCStringVector& v) {
-  if (v.empty()) return;
-  const NCStringVector added(v);  // a share of its own: `v` may be this vector
-  Unlink();
-  strings_->insert(strings_->end(), added.strings_->begin(), added.strings_->end());
+  if (!v.empty()) Insert(Size() + 1, *v.strings_);
 }
 
 void NCStringVector::Convert(const NCStringVector& from, std::vector<CString>& to) { to = *from.strings_; }

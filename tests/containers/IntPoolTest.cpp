@@ -2,7 +2,9 @@
 
 #include <gtest/gtest.h>
 
+#include <cstddef>
 #include <cstdint>
+#include <new>
 #include <set>
 #include <stdexcept>
 #include <thread>
@@ -133,6 +135,40 @@ TEST(IntPool, GivesNoCellTwiceToThreadsAtWork) {
     });
   for (std::thread& thread : threads) thread.join();
   for (bool clash : clashed) EXPECT_FALSE(clash);
+}
+
+TEST(IntPool, GivesNoCellTwiceToThreadsThatMakeItGrow) {
+  constexpr int kThreads = 4, kCells = 4 * kCellsPerBlock;
+  std::vector<std::vector<int*>> taken(kThreads);
+  std::vector<std::thread> threads;
+  for (auto& cells : taken)
+    threads.emplace_back([&cells] {
+      for (int i = 0; i < kCells; ++i) cells.push_back(IntPool::GetInt());
+    });
+  for (std::thread& thread : threads) thread.join();
+  std::set<int*> distinct;
+  for (const auto& cells : taken) distinct.insert(cells.begin(), cells.end());
+  EXPECT_EQ(distinct.size(), static_cast<std::size_t>(kThreads) * kCells);
+  for (int* cell : distinct) IntPool::ReleaseInt(cell);
+}
+
+TEST(IntPool, GoesOnAfterThereWasNoMemoryForABlock) {
+  const DryPool dry;
+  bool hadEnough = false;
+  for (int which = 1; !hadEnough; ++which) {
+    ASSERT_LT(which, 10);
+    const FailAllocation failure(which);
+    try {
+      IntPool::ReleaseInt(IntPool::GetInt());
+      hadEnough = true;
+    } catch (const std::bad_alloc&) {
+      EXPECT_TRUE(failure.HasFailed());
+    }
+  }
+  std::vector<int*> cells;
+  cells.reserve(kCellsPerBlock);
+  for (int i = 0; i < kCellsPerBlock; ++i) EXPECT_FALSE(TakesTheHeap(&cells)) << "the block that came in the end";
+  for (int* cell : cells) IntPool::ReleaseInt(cell);
 }
 
 // Vectors in static storage: made while the program loads, released while it unloads. Under the leak check a block that
