@@ -108,11 +108,12 @@ void NCDataVector<T>::Remove(const NCIntegralVector<int, -99>& indices) {
 template <class T>
 void NCDataVector<T>::Remove(T value) {
   const bool holes = value == kMissingCell<T>;
-  if (size_ == 0 || (holes && numMisVal_ == 0)) return;
+  if (holes && numMisVal_ == 0) return;
   Unlink();
   if (holes) numMisVal_ = 0;
-  const T* behindKept = std::remove(data_ + 1, data_ + 1 + size_, value);
-  const int kept = static_cast<int>(behindKept - (data_ + 1));
+  int kept = 0;  // no std::remove: the cells that stay behind the kept ones are counted, and it promises none
+  for (int i = 1; i <= size_; ++i)
+    if (data_[i] != value) data_[++kept] = data_[i];
   RemoveValues(kept + 1, size_ - kept);
 }
 

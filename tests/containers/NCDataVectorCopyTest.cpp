@@ -3,6 +3,7 @@
 
 #include <vector>
 
+#include "AppendedUntilTheBlockMoves.h"
 #include "kalmia/containers/NCDataVector.h"
 #include "testing/RandomTables.h"
 
@@ -13,17 +14,7 @@ namespace {
 using ::testing::ElementsAre;
 
 template <class T>
-class NCDataVectorCopy : public ::testing::Test {
- protected:
-  /// How many cells can be appended before the block moves; the vector is full of them afterwards.
-  static int AppendedUntilTheBlockMoves(NCDataVector<T>* v) {
-    const T* block = v->GetVector();
-    for (int appended = 0;; ++appended) {
-      v->push_back(T(1));
-      if (v->GetVector() != block) return appended;
-    }
-  }
-};
+class NCDataVectorCopy : public ::testing::Test {};
 TYPED_TEST_SUITE(NCDataVectorCopy, CellTypes, CellTypeNames);
 
 TYPED_TEST(NCDataVectorCopy, CopyContentIsAPrivateCopy) {
@@ -56,6 +47,14 @@ TYPED_TEST(NCDataVectorCopy, CopyContentOfTheSameSizeLeavesTwinsAlone) {
   b.CopyContent(a);
   EXPECT_THAT(b, ElementsAre(1, 1));
   EXPECT_THAT(twin, ElementsAre(2, 2));
+}
+
+TYPED_TEST(NCDataVectorCopy, CopyContentTakesTheCountOverWithoutALook) {
+  NCDataVector<TypeParam> low = VectorOf<TypeParam>({1, 2}), copy(5);
+  low.TransformTo_Sub_d_x_Vt(1.0L, VectorOf<TypeParam>({-99, 1}));  // makes a hole and leaves the count at 0
+  copy.CopyContent(low);
+  EXPECT_THAT(copy, ElementsAre(-99, 1));
+  EXPECT_EQ(copy.GetNumMisVal(), 0);
 }
 
 TYPED_TEST(NCDataVectorCopy, CopyVectorTakesA1BasedArray) {
@@ -106,20 +105,20 @@ TYPED_TEST(NCDataVectorCopy, CopiesFromItsOwnCells) {
 TYPED_TEST(NCDataVectorCopy, CopyContentTakesRoomByTheRule) {
   NCDataVector<TypeParam> v(10);
   v.CopyContent(NCDataVector<TypeParam>(11, TypeParam(1)));
-  EXPECT_EQ(this->AppendedUntilTheBlockMoves(&v), 20 - 11);
+  EXPECT_EQ(AppendedUntilTheBlockMoves(&v), 20 - 11);
   NCDataVector<TypeParam> w(10);
   w.CopyContent(NCDataVector<TypeParam>(3, TypeParam(1)));
-  EXPECT_EQ(this->AppendedUntilTheBlockMoves(&w), 10 - 3);
+  EXPECT_EQ(AppendedUntilTheBlockMoves(&w), 10 - 3);
 }
 
 TYPED_TEST(NCDataVectorCopy, CopyZeroBasedVectorTakesRoomByTheRule) {
   const std::vector<TypeParam> cells(50, TypeParam(1));
   NCDataVector<TypeParam> v(10);
   v.CopyZeroBasedVector(cells.data(), 11);
-  EXPECT_EQ(this->AppendedUntilTheBlockMoves(&v), 20 - 11);
+  EXPECT_EQ(AppendedUntilTheBlockMoves(&v), 20 - 11);
   NCDataVector<TypeParam> w(10);
   w.CopyZeroBasedVector(cells.data(), 50);
-  EXPECT_EQ(this->AppendedUntilTheBlockMoves(&w), 0);
+  EXPECT_EQ(AppendedUntilTheBlockMoves(&w), 0);
 }
 
 TYPED_TEST(NCDataVectorCopy, CopyZeroBasedVectorBeyondTheSizeUsesTheRoomThatIsThere) {
@@ -131,7 +130,7 @@ TYPED_TEST(NCDataVectorCopy, CopyZeroBasedVectorBeyondTheSizeUsesTheRoomThatIsTh
   EXPECT_EQ(v.GetVector(), block);
   EXPECT_THAT(v, ElementsAre(1, -99, 3, 4, 5));
   EXPECT_EQ(v.GetNumMisVal(), 1);
-  EXPECT_EQ(this->AppendedUntilTheBlockMoves(&v), 10 - 5);
+  EXPECT_EQ(AppendedUntilTheBlockMoves(&v), 10 - 5);
 }
 
 TYPED_TEST(NCDataVectorCopy, CopyZeroBasedVectorIntoASharedVectorStartsFromABlockOfItsSize) {
@@ -142,10 +141,10 @@ TYPED_TEST(NCDataVectorCopy, CopyZeroBasedVectorIntoASharedVectorStartsFromABloc
   larger.CopyZeroBasedVector(cells, 5);  // 3 cells of room double to 6
   EXPECT_THAT(larger, ElementsAre(1, -99, 3, 4, 5));
   EXPECT_EQ(larger.GetNumMisVal(), 1);
-  EXPECT_EQ(this->AppendedUntilTheBlockMoves(&larger), 6 - 5);
+  EXPECT_EQ(AppendedUntilTheBlockMoves(&larger), 6 - 5);
   smaller.CopyZeroBasedVector(cells, 2);
   EXPECT_THAT(smaller, ElementsAre(1, -99));
-  EXPECT_EQ(this->AppendedUntilTheBlockMoves(&smaller), 3 - 2);
+  EXPECT_EQ(AppendedUntilTheBlockMoves(&smaller), 3 - 2);
   EXPECT_THAT(v, ElementsAre(7, 7, 7));
 }
 

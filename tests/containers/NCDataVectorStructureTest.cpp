@@ -4,6 +4,7 @@
 #include <limits>
 #include <vector>
 
+#include "AppendedUntilTheBlockMoves.h"
 #include "kalmia/containers/CapacityRule.h"
 #include "kalmia/containers/NCDataVector.h"
 #include "testing/Ints.h"
@@ -48,38 +49,28 @@ TEST(CapacityRule, StaysAnIntAtTheEndOfTheRange) {
 }
 
 template <class T>
-class NCDataVectorStructure : public ::testing::Test {
- protected:
-  /// How many cells can be appended before the block moves; the vector is full of them afterwards.
-  static int AppendedUntilTheBlockMoves(NCDataVector<T>* v) {
-    const T* block = v->GetVector();
-    for (int appended = 0;; ++appended) {
-      v->push_back(T(1));
-      if (v->GetVector() != block) return appended;
-    }
-  }
-};
+class NCDataVectorStructure : public ::testing::Test {};
 TYPED_TEST_SUITE(NCDataVectorStructure, CellTypes, CellTypeNames);
 
 TYPED_TEST(NCDataVectorStructure, CapacityOf2999GrowsTo5998AndOf3000To6000) {
   NCDataVector<TypeParam> v(2999);
   v.push_back(TypeParam(1));
-  EXPECT_EQ(this->AppendedUntilTheBlockMoves(&v), 5998 - 3000);
+  EXPECT_EQ(AppendedUntilTheBlockMoves(&v), 5998 - 3000);
   NCDataVector<TypeParam> w(3000);
   w.push_back(TypeParam(1));
-  EXPECT_EQ(this->AppendedUntilTheBlockMoves(&w), 6000 - 3001);
+  EXPECT_EQ(AppendedUntilTheBlockMoves(&w), 6000 - 3001);
 }
 
 TYPED_TEST(NCDataVectorStructure, ARequestBeyondTheStepIsHonouredExactly) {
   NCDataVector<TypeParam> v(10);
   v.Resize(50, TypeParam(1));
-  EXPECT_EQ(this->AppendedUntilTheBlockMoves(&v), 0);
+  EXPECT_EQ(AppendedUntilTheBlockMoves(&v), 0);
 }
 
 TYPED_TEST(NCDataVectorStructure, TheFirstCellTakesRoomForFour) {
   NCDataVector<TypeParam> v;
   v.push_back(TypeParam(1));
-  EXPECT_EQ(this->AppendedUntilTheBlockMoves(&v), 3);
+  EXPECT_EQ(AppendedUntilTheBlockMoves(&v), 3);
 }
 
 TYPED_TEST(NCDataVectorStructure, ReserveTakesExactlyWhatIsAskedAndKeepsTheCells) {
@@ -88,7 +79,7 @@ TYPED_TEST(NCDataVectorStructure, ReserveTakesExactlyWhatIsAskedAndKeepsTheCells
   EXPECT_THAT(v, ElementsAre(1, -99));
   EXPECT_EQ(v.GetNumMisVal(), 1);
   EXPECT_NE(v.GetVector(), twin.GetVector());
-  EXPECT_EQ(this->AppendedUntilTheBlockMoves(&v), 5);
+  EXPECT_EQ(AppendedUntilTheBlockMoves(&v), 5);
   EXPECT_THAT(twin, ElementsAre(1, -99));
 }
 
@@ -100,7 +91,7 @@ TYPED_TEST(NCDataVectorStructure, ReserveOfWhatIsThereDoesNothing) {
   NCDataVector<TypeParam> empty;
   empty.Reserve(3);
   EXPECT_EQ(empty.Size(), 0);
-  EXPECT_EQ(this->AppendedUntilTheBlockMoves(&empty), 3);
+  EXPECT_EQ(AppendedUntilTheBlockMoves(&empty), 3);
 }
 
 TYPED_TEST(NCDataVectorStructure, SetSizeToThePresentSizeKeepsTheCells) {
@@ -131,12 +122,12 @@ TYPED_TEST(NCDataVectorStructure, SetSizeToFewerCellsKeepsTheBlock) {
 TYPED_TEST(NCDataVectorStructure, SetSizeBeyondTheRoomTakesItByTheRule) {
   NCDataVector<TypeParam> v(10, TypeParam(1));
   v.SetSize(11);
-  EXPECT_EQ(this->AppendedUntilTheBlockMoves(&v), 20 - 11);
+  EXPECT_EQ(AppendedUntilTheBlockMoves(&v), 20 - 11);
   NCDataVector<TypeParam> shared(10, TypeParam(1));
   shared.Reserve(100);
   const NCDataVector<TypeParam> twin(shared);
   shared.SetSize(11);  // unlinked first, to a block of its 10 cells
-  EXPECT_EQ(this->AppendedUntilTheBlockMoves(&shared), 20 - 11);
+  EXPECT_EQ(AppendedUntilTheBlockMoves(&shared), 20 - 11);
   EXPECT_EQ(twin.Size(), 10);
 }
 
@@ -304,6 +295,15 @@ TYPED_TEST(NCDataVectorStructure, RemoveOfTheMissingValueStartsFromZeroAndSubtra
   EXPECT_EQ(w.GetNumMisVal(), -2);
 }
 
+TYPED_TEST(NCDataVectorStructure, RemoveOfTheMissingValueStartsFromZeroWithoutACellToo) {
+  NCDataVector<TypeParam> v(2);
+  v.Remove(kHole<TypeParam>);
+  ASSERT_EQ(v.Size(), 0);
+  ASSERT_EQ(v.GetNumMisVal(), -2);  // both stood in the tail
+  v.Remove(kHole<TypeParam>);
+  EXPECT_EQ(v.GetNumMisVal(), 0);
+}
+
 TYPED_TEST(NCDataVectorStructure, RemoveOfTheMissingValueDoesNothingWhereNoneIsCounted) {
   NCDataVector<TypeParam> v = VectorOf<TypeParam>({1, 2}), twin(v);
   v.Remove(kHole<TypeParam>);
@@ -327,7 +327,7 @@ TYPED_TEST(NCDataVectorStructure, ReduceTakesTheListedCellsInTheirOrder) {
   EXPECT_THAT(v, ElementsAre(30, 10, 30, -99, -99));
   EXPECT_EQ(v.GetNumMisVal(), 2);
   EXPECT_THAT(twin, ElementsAre(10, -99, 30));
-  EXPECT_EQ(this->AppendedUntilTheBlockMoves(&v), 0);  // the new block has room for the listed cells alone
+  EXPECT_EQ(AppendedUntilTheBlockMoves(&v), 0);  // the new block has room for the listed cells alone
 }
 
 TYPED_TEST(NCDataVectorStructure, ReduceCountsAnewOnlyWhereHolesWereCounted) {

@@ -7,6 +7,7 @@
 #include <cstddef>
 #include <vector>
 
+#include "AppendedUntilTheBlockMoves.h"
 #include "testing/AllocationMeter.h"
 #include "testing/Ints.h"
 
@@ -21,14 +22,6 @@ using ::testing::IsEmpty;
 using IntVector = NCIntegralVector<int, -99>;
 using BoolCells = NCIntegralVector<bool, 0>;
 using LongVector = NCIntegralVector<unsigned long, 0>;
-
-int AppendedUntilTheBlockMoves(IntVector* v) {
-  const int* block = v->GetPtr();
-  for (int appended = 0;; ++appended) {
-    v->push_back(1);
-    if (v->GetPtr() != block) return appended;
-  }
-}
 
 TEST(NCIntegralVector, IsEmptyAtFirst) {
   const IntVector v;
