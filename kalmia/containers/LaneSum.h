@@ -5,8 +5,16 @@ namespace kalmia {
 /// Accumulators of every sum over a vector, whatever the width of the machine.
 constexpr int kLanes = 16;
 
-/// Sum of term(i) over 0 <= i < n, in double. Term i goes to accumulator i mod 16; the sixteen are folded in halves.
-/// The order is fixed, so the bits are the same on every machine, and yet the loop can run on vector registers.
+/// The sum of the accumulators, folded in halves: each of the first half takes the one half a length behind it, until
+/// one is left, which holds the sum. Every sum over a vector ends so: its bits are the same on every machine.
+inline double FoldInHalves(double (&lane)[kLanes]) {
+  for (int half = kLanes / 2; half > 0; half /= 2)
+    for (int k = 0; k < half; ++k) lane[k] += lane[k + half];
+  return lane[0];
+}
+
+/// Sum of term(i) over 0 <= i < n, in double. Term i goes to accumulator i mod 16, and FoldInHalves ends it.
+/// The order is fixed, and yet the loop can run on vector registers.
 template <class Term>
 inline double LaneSum(int n, Term term) {
   double lane[kLanes] = {};
@@ -14,9 +22,7 @@ inline double LaneSum(int n, Term term) {
   for (; n - i >= kLanes; i += kLanes)
     for (int k = 0; k < kLanes; ++k) lane[k] += term(i + k);
   for (int k = 0; i < n; ++i, ++k) lane[k] += term(i);
-  for (int half = kLanes / 2; half > 0; half /= 2)
-    for (int k = 0; k < half; ++k) lane[k] += lane[k + half];
-  return lane[0];
+  return FoldInHalves(lane);
 }
 
 }  // namespace kalmia
