@@ -175,4 +175,18 @@ TYPED_TEST(NCDataMatrixDensity, IsBuiltInATarget) {
   EXPECT_TRUE(HasExactCounts(target));
 }
 
+TYPED_TEST(NCDataMatrixDensity, IsBuiltInARowOfTheTable) {
+  for (const int r : {1, 2}) {
+    auto m = RandomMatrix<TypeParam>(2, 20, 0.1, 5);
+    const NCDataMatrix<TypeParam> twin(m);
+    const auto before = CellsOf(m);
+    const auto density = CellsOf(m.GetDensity(3, 2, true));
+    m.Result(&m(r)).GetDensity(3, 2, true);
+    EXPECT_EQ(CellsOf(m[r]), density);
+    EXPECT_TRUE(HasExactCounts(m[r]));
+    EXPECT_EQ(CellsOf(m[3 - r]), before[static_cast<std::size_t>(2 - r)]);
+    EXPECT_EQ(CellsOf(twin), before);
+  }
+}
+
 }  // namespace

@@ -202,6 +202,22 @@ TYPED_TEST(NCDataMatrixStatistics, ColumnCorrelationWithoutAPairIsMissing) {
   EXPECT_EQ(NCDataMatrix<TypeParam>().GetColumnCorrelation(NCDataVector<TypeParam>()).Size(), 0);
 }
 
+TYPED_TEST(NCDataMatrixStatistics, ColumnCorrelationIsBuiltInARowOfTheTableThatMayBeTheVectorToo) {
+  for (const double holes : {0.0, 0.3}) {
+    auto m = RandomMatrix<TypeParam>(7, 7, holes, 6);
+    const NCDataMatrix<TypeParam> twin(m);
+    const auto before = CellsOf(m), ofRow2 = CellsOf(m.GetColumnCorrelation(m[2]));
+    m.Result(&m(3)).GetColumnCorrelation(m[2]);
+    EXPECT_EQ(CellsOf(m[3]), CellsOf(twin.GetColumnCorrelation(twin[2])));
+    m = twin;
+    m.Result(&m(2)).GetColumnCorrelation(m[2]);
+    EXPECT_EQ(CellsOf(m[2]), ofRow2);
+    EXPECT_TRUE(HasExactCounts(m[2]));
+    EXPECT_EQ(CellsOf(m[3]), before[2]);
+    EXPECT_EQ(CellsOf(twin), before);
+  }
+}
+
 TYPED_TEST(NCDataMatrixStatistics, SNVIsThatOfEachRow) {
   auto m = RandomMatrix<TypeParam>(7, 5, 0.3, 12);
   m.SetRow(3, kHole<TypeParam>);
@@ -286,6 +302,20 @@ TYPED_TEST(NCDataMatrixStatistics, RegressionCoefficientsBuildTheirResultInATarg
   y(1, 1, kHole<TypeParam>);
   x.Result(&square).GetRegressionCoefficients(y);
   EXPECT_EQ(square.GetMean(), 0);
+}
+
+TYPED_TEST(NCDataMatrixStatistics, SNVAndRegressionCoefficientsAreBuiltInTablesThatTheyRead) {
+  const auto x = RandomMatrix<TypeParam>(3, 3, 0, 1), y = RandomMatrix<TypeParam>(3, 3, 0, 2);
+  const auto z = CellsOf(x.SNV()), b = CellsOf(x.GetRegressionCoefficients(y));
+  NCDataMatrix<TypeParam> inItself(x), inX(x), inY(y);
+  inItself.Result(&inItself).SNV();
+  EXPECT_EQ(CellsOf(inItself), z);
+  EXPECT_TRUE(HasExactCounts(inItself));
+  inX.Result(&inX).GetRegressionCoefficients(y);
+  EXPECT_EQ(CellsOf(inX), b);
+  x.Result(&inY).GetRegressionCoefficients(inY);
+  EXPECT_EQ(CellsOf(inY), b);
+  EXPECT_EQ(CellsOf(x), CellsOf(RandomMatrix<TypeParam>(3, 3, 0, 1))) << "whoever shares the table keeps the cells";
 }
 
 // SciPy 1.10.1 (Debian python3-scipy 1.10.1-2), skew and kurtosis with bias=False, of the same eight cells as on

@@ -57,50 +57,6 @@ TYPED_TEST(NCDataMatrixStructure, ResizeKeepsTheCellsThatStayAndMakesTheOthersMi
   this->Expect(this->table_, {{1, gap, 3, gap}, {4, 5, 6, gap}});
 }
 
-TYPED_TEST(NCDataMatrixStructure, ReservedRowsComeWithoutMovingTheOthers) {
-  NCDataMatrix<TypeParam> m(this->table_);
-  m.ReserveRows(20);
-  this->Expect(m, CellsOf(this->twin_));
-  EXPECT_EQ(m[1].GetVector(), this->twin_[1].GetVector()) << "rows go on sharing their cells";
-  const NCDataVector<TypeParam>* first = &m[1];
-  m.ReserveRows(5);
-  m.InsertRows(4, 17);
-  EXPECT_EQ(&m[1], first);
-}
-
-TYPED_TEST(NCDataMatrixStructure, ReservedColumnsComeWithoutMovingTheCells) {
-  this->table_.ReserveColumns(50);
-  const TypeParam* cells = this->table_[1].GetVector();
-  this->table_.InsertColumns(4, 47);
-  EXPECT_EQ(this->table_[1].GetVector(), cells);
-}
-
-TYPED_TEST(NCDataMatrixStructure, ReservesExactlyTheRoomThatIsAskedFor) {
-  NCDataMatrix<TypeParam> m(2, 2, 1);
-  m.ReserveRows(5);
-  const NCDataVector<TypeParam>* row = &m[1];
-  m.InsertRows(3, 3);
-  EXPECT_EQ(&m[1], row);
-  m.InsertRows(3, 1);
-  EXPECT_NE(&m[1], row);
-  m.ReserveColumns(5);
-  const TypeParam* cells = m[1].GetVector();
-  m.InsertColumns(3, 3);
-  EXPECT_EQ(m[1].GetVector(), cells);
-  m.InsertColumns(3, 1);
-  EXPECT_NE(m[1].GetVector(), cells);
-}
-
-TYPED_TEST(NCDataMatrixStructure, ReservingRowsOfAnUnsharedTableKeepsItsCellsWhereTheyAre) {
-  auto m = MatrixOf<TypeParam>({{1, this->kGap}, {3, 4}});
-  const TypeParam* cells = m[2].GetVector();
-  m.ReserveRows(9);
-  EXPECT_EQ(m[2].GetVector(), cells);
-  m(2, 2, 5);
-  EXPECT_EQ(m[2].GetVector(), cells) << "nobody shares them";
-  this->Expect(m, {{1, this->kGap}, {3, 5}});
-}
-
 TYPED_TEST(NCDataMatrixStructure, InsertsMissingRowsAndMovesTheOthersUp) {
   const TypeParam gap = this->kGap;
   this->table_.InsertRows(2, 2);
@@ -151,27 +107,6 @@ TYPED_TEST(NCDataMatrixStructure, ARowOfTheTableCanBeInsertedIntoIt) {
   m.InsertRow(1, m[2]);
   m.InsertRow(5, m[1]);
   this->Expect(m, {{1, 2}, {3, this->kGap}, {1, 2}, {3, this->kGap}, {1, 2}});
-}
-
-TYPED_TEST(NCDataMatrixStructure, RowsGrowByDoublingBelow3000AndBy3000FromThereOn) {
-  struct {
-    int rows, capacity;
-  } const steps[] = {{4, 8}, {2999, 5998}, {3000, 6000}};
-  const NCDataVector<TypeParam> row(1, 1);
-  for (const auto& [rows, capacity] : steps) {
-    SCOPED_TRACE(rows);
-    NCDataMatrix<TypeParam> m(rows, 1, 0);
-    const NCDataMatrix<TypeParam> keepsTheOldArray(m);
-    m.push_back(row);
-    const NCDataVector<TypeParam>* first = &m[1];
-    while (m.SizeRows() < capacity) m.push_back(row);
-    EXPECT_EQ(&m[1], first) << "room for all of these";
-    m.ReserveRows(capacity);
-    EXPECT_EQ(&m[1], first) << "room was there already";
-    const NCDataMatrix<TypeParam> keepsThisArray(m);
-    m.push_back(row);
-    EXPECT_NE(&m[1], first);
-  }
 }
 
 TYPED_TEST(NCDataMatrixStructure, RemovesARangeOfRowsWithItsHoles) {
@@ -293,15 +228,6 @@ TYPED_TEST(NCDataMatrixStructure, ConcatenatesItsOwnRows) {
   m.ConcatRows(m);
   m.ConcatRows(m);
   this->Expect(m, {{1, this->kGap}, {1, this->kGap}, {1, this->kGap}, {1, this->kGap}});
-}
-
-TYPED_TEST(NCDataMatrixStructure, RowsCanBeAddedAfterAConcatenation) {
-  NCDataMatrix<TypeParam> m(8, 1, 1);
-  m.SetSize(1, 1);
-  m.ConcatRows(NCDataMatrix<TypeParam>(1, 1, 2));
-  for (int i = 0; i < 8; ++i) m.push_back(VectorOf<TypeParam>({3}));
-  EXPECT_EQ(m.SizeRows(), 10);
-  EXPECT_TRUE(HasExactCounts(m));
 }
 
 TYPED_TEST(NCDataMatrixStructure, AnEmptyTableTakesRowsWithTheirColumns) {

@@ -62,6 +62,27 @@ TYPED_TEST(NCDataVectorArithmetic, SumWithHolesCountsACellThatLandsOnTheMissingV
   EXPECT_EQ(sum.GetNumMisVal(), 2);
 }
 
+TYPED_TEST(NCDataVectorArithmetic, WithANumberTheCountIsTakenOverWithoutLooking) {
+  for (const TypeParam other : {TypeParam(1), kHole<TypeParam>}) {
+    const NCDataVector<TypeParam> difference = VectorOf<TypeParam>({-98, other}) - 1.0L;
+    const NCDataVector<TypeParam> product = VectorOf<TypeParam>({33, other}) * -3.0L;
+    const NCDataVector<TypeParam> quotient = VectorOf<TypeParam>({2, other}).VectorDivide(-198.0L);
+    for (const auto& v : {difference, product, quotient}) {
+      EXPECT_EQ(v[1], -99);
+      EXPECT_EQ(v.GetNumMisVal(), other == kHole<TypeParam> ? 1 : 0);
+    }
+  }
+}
+
+TYPED_TEST(NCDataVectorArithmetic, DotMultiplicationAndDotDivideCountACellThatLandsOnTheMissingValue) {
+  for (const TypeParam other : {TypeParam(1), kHole<TypeParam>}) {
+    const NCDataVector<TypeParam> a = VectorOf<TypeParam>({33, other});
+    EXPECT_EQ(a.DotMultiplication(VectorOf<TypeParam>({-3, 1})).GetNumMisVal(), other == kHole<TypeParam> ? 2 : 1);
+    EXPECT_EQ(VectorOf<TypeParam>({-198, 1}).DotDivide(VectorOf<TypeParam>({2, other})).GetNumMisVal(),
+              other == kHole<TypeParam> ? 2 : 1);
+  }
+}
+
 TYPED_TEST(NCDataVectorArithmetic, SumForgetsWhatTheTargetHeld) {
   NCDataVector<TypeParam> target(4);
   const NCDataVector<TypeParam> complete(4, TypeParam(1));

@@ -242,6 +242,15 @@ TYPED_TEST(NCDataVectorTest, ForceUnlinkGivesTheCellsABlockOfTheirOwnSize) {
   EXPECT_EQ(a.GetVector(), block);
 }
 
+TYPED_TEST(NCDataVectorTest, ForceUnlinkTakesMemoryForTheCellsOnly) {
+  NCDataVector<TypeParam> a(3, TypeParam(1));
+  a.Reserve(100000);
+  NCDataVector<TypeParam> b(a);
+  const PeakBytesDuring meter;
+  b.ForceUnlink();
+  EXPECT_LT(meter.GetBytes(), 1000);
+}
+
 TYPED_TEST(NCDataVectorTest, ForceUnlinkOfASharedVectorWithoutCellsDropsTheBlock) {
   NCDataVector<TypeParam> a(3);
   a.Resize(0);
@@ -359,6 +368,17 @@ TYPED_TEST(NCDataVectorTest, SetRangeOverItsOwnSourceReadsTheCellsThatItWrote) {
   w.SetRange(1, w, 2, 3);
   EXPECT_THAT(w, ElementsAre(2, -99, 4, 4));
   EXPECT_TRUE(HasExactCounts(w));
+}
+
+TYPED_TEST(NCDataVectorTest, SetRangeOverItsOwnSourceReadsTheCellsThatItWroteWhereATwinSharesThemToo) {
+  NCDataVector<TypeParam> v = VectorOf<TypeParam>({1, 2, -99, 4}), twin(v);
+  v.SetRange(2, v, 1, 3);
+  EXPECT_THAT(v, ElementsAre(1, 1, 1, 1));
+  EXPECT_TRUE(HasExactCounts(v));
+  EXPECT_THAT(twin, ElementsAre(1, 2, -99, 4));
+  NCDataVector<TypeParam> other(twin);
+  other.SetRange(2, twin, 1, 3);  // the twin's cells are not written
+  EXPECT_THAT(other, ElementsAre(1, 1, 2, -99));
 }
 
 TYPED_TEST(NCDataVectorTest, SetRangeOfNoCellsChangesNothing) {

@@ -108,6 +108,16 @@ TYPED_TEST(NCDataVectorTrend, LeastSquareKnowsEqualAbscissasWhateverTheirNumber)
   }
 }
 
+// Of abscissas a unit in the last place apart nothing is left in the difference of the sums: sum(x^2) is 2 + 2^-51 and
+// sum(x)^2 / 2 as well, both without their last term of 2^-103 or so.
+TEST(NCDataVectorLeastSquare, OverAbscissasWhoseSpreadIsLostInRoundingIsTheLargestFloat) {
+  const auto x = VectorOf<double>({1, 1 + 0x1p-52});
+  const Fit<double> fit(VectorOf<double>({1, 2}), &x);
+  EXPECT_TRUE(fit.found);
+  EXPECT_EQ(fit.slope, 3.4028234663852886e38);
+  EXPECT_EQ(fit.intercept, kUnwritten);
+}
+
 // A difference of complete vectors counts no hole, even where a cell lands on -99: that cell is a number to all.
 TYPED_TEST(NCDataVectorTrend, CellsThatTheCountDoesNotKnowAsHolesAreTransformedAsNumbers) {
   const auto uncounted = VectorOf<TypeParam>({-98, 1, 6}) - VectorOf<TypeParam>({1, 0, 0});

@@ -123,8 +123,8 @@ TYPED_TEST(InterPolateCurve, ACellBeyondAnEndBesideOneOnTheEndTakesTheValueOfThe
   EXPECT_EQ(CellsOf(InterPolate(VectorOf<TypeParam>({0, 1, 4, 5}), xs, ys)), (std::vector<TypeParam>{10, 10, 0, 0}));
 }
 
-// The bracket of the cell beyond the end reaches to the far point of its neighbour's; without any cell inside, both cells
-// fall on the end points' own brackets in turn.
+// The bracket of the cell beyond the end reaches to the far point of its neighbour's; without any cell inside, both
+// cells fall on the end points' own brackets in turn.
 TYPED_TEST(InterPolateCurve, ACellBeyondAnEndGoesToTheFarPointOfItsNeighboursBracket) {
   const auto xs = VectorOf<TypeParam>({1, 2, 4}), ys = VectorOf<TypeParam>({10, 20, 0});
   // From (1, 10) to (4, 0) at 0; rounded to the type.

@@ -178,7 +178,11 @@ std::vector<Operation<T>> VectorArithmetic() {
          const V b = w.VectorOfSize(a.Size());
          KeepResult(w, a, a.Size(), [&](const V& s) { return s.DotDivide(b); });
        }},
-      {"v.VectorDivide", [](W& w) { w.Vector() = w.AnyVector().VectorDivide(w.Scalar()); }},
+      {"v.VectorDivide", [](W& w) {
+         const auto& a = w.AnyVector();
+         const long double d = w.Scalar();
+         KeepResult(w, a, a.Size(), [&](const V& s) { return s.VectorDivide(d); });
+       }},
       {"v.Abs", [](W& w) { w.Vector().Abs(); }},
       {"v.Sqrt", [](W& w) { w.Vector().Sqrt(); }},
       // A hole of the subtracted vector would make one that is not counted.
