@@ -177,6 +177,21 @@ TYPED_TEST(NCDataMatrixRegressColumns, AQuotientThatHappensToBeTheMissingValueIs
   EXPECT_EQ(columns.GetNumMisVal(), 0);
 }
 
+TYPED_TEST(NCDataMatrixRegressColumns, ANaNIsNoHoleInAColumnThatIsCompleteBesideOneWithHoles) {
+  using T = TypeParam;
+  for (const T nan : {std::numeric_limits<T>::quiet_NaN(), -std::numeric_limits<T>::quiet_NaN()}) {
+    NCDataMatrix<T> x(9, 40, T(1));
+    x(3, 40, kHole<T>);
+    for (int c : {1, 9, 33}) x(2, c, nan);
+    const NCDataVector<T> v(9, T(1));
+    for (const auto& columns : {x.RegressColumns(v), x.SpecialNipalsRegressColumnsFix(v),
+                                x.SpecialNipalsRegressColumnsFix(v, nullptr, 0), x.PreMultiply(v)}) {
+      for (int c : {1, 9, 33}) EXPECT_TRUE(std::isnan(columns[c])) << c;
+      for (int c : {2, 8, 32, 40}) EXPECT_FALSE(std::isnan(columns[c])) << c;
+    }
+  }
+}
+
 TYPED_TEST(NCDataMatrixRegressColumns, BuildTheirResultInTheTargetAndLeaveItsTwinsAlone) {
   const auto x = MatrixOf<TypeParam>({{1, 2}, {-99, 4}});
   const auto v = VectorOf<TypeParam>({1, 1});

@@ -151,6 +151,25 @@ TYPED_TEST(SimdColumnSums, SpecialValuesComeOutAsTheyDoFromTheScalarTwin) {
   });
 }
 
+TYPED_TEST(SimdColumnSums, ANaNTakesPartAlsoWhereTheHoleIsTheSameNaN) {
+  using T = TypeParam;
+  const std::vector<T> row(40, std::numeric_limits<T>::quiet_NaN());
+  const T* rows[] = {row.data()};
+  const double v[] = {1}, w[] = {1};
+  for (int64_t target : TargetsOfThisMachine()) {
+    SCOPED_TRACE(hwy::TargetName(target));
+    const OneTarget only(target);
+    for (const T hole : {kHole<T>, row[0]}) {
+      std::vector<double> sums(40, 0.0), weights(40, 0.0), squares(40, 0.0);
+      const std::vector<T> holes(40, hole);
+      simd::AddRowsMasked(rows, v, w, 1, 40, holes.data(), sums.data(), weights.data());
+      simd::AddSquaresMasked(rows, 1, 40, holes.data(), squares.data());
+      for (int j = 0; j < 40; ++j) EXPECT_TRUE(std::isnan(sums[j]) && std::isnan(squares[j])) << j;
+      EXPECT_EQ(weights, std::vector<double>(40, 1.0));
+    }
+  }
+}
+
 TYPED_TEST(SimdColumnSums, StartAtAnyAlignment) {
   using T = TypeParam;
   const auto cells = Cells<T>(80, HolePattern::Random, 1);

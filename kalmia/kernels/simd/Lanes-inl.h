@@ -83,17 +83,14 @@ HWY_INLINE NarrowVector<T> Narrowed(WideVector numbers) {
   }
 }
 
-/// Where the cells differ from the holes. A NaN differs from everything, which Ne does not promise on every machine.
+/// Where the cells differ from the holes. A NaN differs from everything, a NaN of the same bits included, which Ne does
+/// not promise on every machine.
 template <class T>
 HWY_INLINE WideMask Differ(NarrowVector<T> cells, NarrowVector<T> holes) {
 #if HWY_CAP_GE512
-  if constexpr (std::is_same_v<T, float>) {
-    // Bits instead of numbers, narrow instead of wide: half the width, no negation, and the mask is the same eight bits.
-    const hn::Rebind<std::int32_t, Wide> bits;
-    std::uint8_t mask[8];
-    hn::StoreMaskBits(bits, hn::Ne(hn::BitCast(bits, cells), hn::BitCast(bits, holes)), mask);
-    return hn::LoadMaskBits(Wide(), mask);
-  }
+  // Narrow instead of wide: half the width, and the mask is the same eight bits. Highway has no comparison that holds of
+  // a NaN, and negating one that does not takes another instruction.
+  if constexpr (std::is_same_v<T, float>) return WideMask{_mm256_cmp_ps_mask(cells.raw, holes.raw, _CMP_NEQ_UQ)};
 #endif
   return hn::Not(hn::Eq(Widen(cells), Widen(holes)));
 }
