@@ -75,7 +75,9 @@ int ScoresAndSums::Run(int me, int team) {
     const int mine = Bound(first, end, kRowsPerGrain, me, team);
     const int next = Bound(first, end, kRowsPerGrain, me + 1, team);
     if (mine < next) missing += regression.Rows(X, scores.data(), mine, next - 1);
+    if (team > 1) {  // alone, it would wait for the threads of a region that the caller is in
 #pragma omp barrier
+    }
     AddToSums(X, scores, first, end - 1, firstColumn, endOfColumns, sums.data());
   }
   return missing;

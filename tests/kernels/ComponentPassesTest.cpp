@@ -1,8 +1,12 @@
 #include "kalmia/kernels/ComponentPasses.h"
 
 #include <gtest/gtest.h>
+#include <omp.h>
 
+#include <atomic>
+#include <chrono>
 #include <string>
+#include <thread>
 
 #include "testing/RandomTables.h"
 #include "testing/Threads.h"
@@ -71,6 +75,28 @@ TEST(CalcScoresAndLoadings, LeavesALoadingThatHappensToBeTheMissingValueToTheSin
   unlucky(1)(2, kHole<float>);  // through the row, so that the table does not know of it
   ASSERT_EQ(unlucky.GetNumMisVal(), 0);
   EXPECT_TRUE(IsDeclined(unlucky, w));
+}
+
+TEST(CalcScoresAndLoadings, WaitsForNobodyWhereOneThreadOfTheCallersRegionTakesAComponent) {
+  const Threads two(2);
+  const auto X = RandomMatrix<float>(20, 10, 0.0, 1);
+  const auto w = RandomVector<float>(10, 0.0, 2);
+  std::atomic<bool> done{false};
+  bool seen = false;
+#pragma omp parallel num_threads(2)
+  if (omp_get_thread_num() == 0) {
+    NCDataVector<float> t, p;
+    kalmia::CalcScoresAndLoadings(X, w, &t, &p);
+    done = true;
+  } else {
+    const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(20);
+    while (!done && std::chrono::steady_clock::now() < end) std::this_thread::yield();
+    seen = done;
+    if (!seen) {  // let it go, so that the test ends
+#pragma omp barrier
+    }
+  }
+  EXPECT_TRUE(seen);
 }
 
 TEST(DeflateAndSumSquares, GivesTheBitsOfADeflationAndOfTheSumOfSquares) {
