@@ -5,6 +5,7 @@
 #include <utility>
 #include <vector>
 
+#include "kalmia/kernels/FirstFailure.h"
 #include "kalmia/kernels/MatrixColumnVectorOperationThread.h"
 #include "kalmia/kernels/ThreadingControl.h"
 
@@ -12,14 +13,16 @@ namespace kalmia {
 
 /// Splits columns 1 to n into the slices of ColumnSliceRange, one for each processor, and runs slice(first, last), both
 /// included, on a thread of its own for each but the first, which the calling thread takes. Returns the sum of what the
-/// slices return. Throws boost::thread_resource_error if a thread cannot be had; those that run are waited for first.
+/// slices return. Throws what a slice throws, and boost::thread_resource_error if a thread cannot be had; those that run
+/// are waited for first.
 template <class Slice>
 int ForColumnThreads(int n, const Slice& slice) {
   NCMultiThreading::ColumnSliceRange range(1, n, NCMultiThreading::ThreadingControl::GetNumberOfProcessors());
   if (range.Empty()) return 0;
   std::vector<int> counts(range.GetNumSlices(), 0);
-  const auto work = [&slice](std::pair<int, int> columns, int* count) {
-    *count = slice(columns.first, columns.second - 1);
+  FirstFailure failure;
+  const auto work = [&slice, &failure](std::pair<int, int> columns, int* count) {
+    *count = failure.Run([&] { return slice(columns.first, columns.second - 1); });
   };
 
   struct JoinedAtTheEnd : boost::thread_group {
@@ -32,6 +35,7 @@ int ForColumnThreads(int n, const Slice& slice) {
   }
   work(mine, &counts[0]);
   threads.join_all();
+  failure.Rethrow();
   return std::accumulate(counts.begin(), counts.end(), 0);
 }
 

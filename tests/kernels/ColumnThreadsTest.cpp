@@ -3,8 +3,10 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
+#include <chrono>
 #include <cstdint>
 #include <mutex>
+#include <new>
 #include <set>
 #include <thread>
 #include <vector>
@@ -82,6 +84,35 @@ TEST(ColumnThreads, AreJoinedBeforeAnExceptionOfTheCallingThreadLeaves) {
   EXPECT_EQ(finished, 2);
 }
 
+TEST(ColumnThreads, ThrowWhatASliceThrowsWhenAllHaveEnded) {
+  const Threads threads(3);
+  for (int thrower : {1, 11, 21}) {
+    std::atomic<int> finished{0};
+    const auto slice = [&](int first, int) -> int {
+      if (first == thrower) throw std::bad_alloc();
+      std::this_thread::sleep_for(std::chrono::milliseconds(20));
+      return ++finished;
+    };
+    EXPECT_THROW(kalmia::ForColumnThreads(30, slice), std::bad_alloc) << thrower;
+    EXPECT_EQ(finished, 2);
+  }
+}
+
+TEST(Slices, ThrowWhatOneOfThemThrowsWhenAllHaveEnded) {
+  for (int team : {1, 2, 3})
+    for (int thrower = 1; thrower <= team; ++thrower) {
+      const Threads threads(team);
+      std::atomic<int> called{0};
+      const auto slice = [&](int first, int) -> int {
+        ++called;
+        if (first == 1 + (thrower - 1) * 30 / team) throw std::bad_alloc();
+        return 0;
+      };
+      EXPECT_THROW(kalmia::ForSlices(30, team, 1, slice), std::bad_alloc) << thrower << " of " << team;
+      EXPECT_EQ(called, team);
+    }
+}
+
 TEST(Slices, TakeEveryPositionOnceForAnyTeamAndGrain) {
   for (int team : {1, 2, 3, 5})
     for (int grain : {1, 16})
@@ -142,6 +173,34 @@ TEST(ColumnThreads, OfARegressionStartWhereThreadingIsOnAndTheTableIsLarge) {
   EXPECT_GT(withThree, withTwo);
   EXPECT_GT(withTwo, PeakBytesOf(regressLarge));
   EXPECT_EQ(smallWithThree, PeakBytesOf(regressSmall));
+}
+
+/// Runs `run` with each of its allocations failing in turn, until none is left to fail.
+template <class Run>
+void ExpectThatMemoryRunsOutAsAnException(const Run& run) {
+  for (int which = 1, failed = 1; failed; ++which) {
+    const FailAllocation failing(which);
+    try {
+      run();
+      failed = failing.HasFailed();
+    } catch (const std::bad_alloc&) {
+    } catch (const boost::thread_resource_error&) {
+    }
+    ASSERT_LT(which, 1000);
+  }
+}
+
+TEST(ColumnThreads, MemoryThatRunsOutInAnyOfThemSurfacesAsAnException) {
+  const Threads threads(2);  // each with blocks of columns that take memory from the heap
+  const auto complete = RandomMatrix<float>(100, 5000, 0, 1), holes = RandomMatrix<float>(100, 5000, 0.1, 2);
+  const auto v = RandomVector<float>(100, 0, 3);
+  for (const auto* x : {&complete, &holes}) {
+    ExpectThatMemoryRunsOutAsAnException([&] { x->RegressColumns(v); });
+    ExpectThatMemoryRunsOutAsAnException([&] { x->SpecialNipalsRegressColumnsFix(v); });
+    ExpectThatMemoryRunsOutAsAnException([&] { x->SpecialNipalsRegressColumnsFix(v, nullptr, 0); });
+    ExpectThatMemoryRunsOutAsAnException([&] { x->PreMultiply(v); });
+    ExpectThatMemoryRunsOutAsAnException([&] { x->GetNIPALSStartColumn(); });
+  }
 }
 
 }  // namespace
