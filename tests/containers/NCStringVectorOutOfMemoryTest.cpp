@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "Texts.h"
 #include "kalmia/containers/NCStringVector.h"
 #include "testing/AllocationMeter.h"
 #include "testing/Ints.h"
@@ -21,12 +22,6 @@ struct Operation {
   const char* name;
   std::function<void(NCStringVector&)> run;
 };
-
-std::vector<std::string> TextsOf(const NCStringVector& v) {
-  std::vector<std::string> texts;
-  for (int i = 1; i <= v.Size(); ++i) texts.emplace_back(v[i]);
-  return texts;
-}
 
 /// Room for as many strings again, so that what is inserted moves the others within it.
 NCStringVector Names() {
