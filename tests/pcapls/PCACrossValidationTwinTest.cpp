@@ -43,7 +43,7 @@ struct PlainComponent {
 PlainComponent FitPlain(const plain::Table& X, plain::Vector start, const std::vector<int>& groups, int group,
                         int rounds) {
   PlainComponent component{{}, std::move(start)};
-  auto& [p, t] = component;
+  plain::Vector &p = component.p, &t = component.t;
   const auto normalise = [&p] {
     const double norm = std::sqrt(plain::SquaresOf(p));
     for (double& cell : p) cell /= norm;
