@@ -12,7 +12,7 @@ int ColumnRegression<T>::Slice(T* out, int first, int last) const {
   ForColumnBlocks(first, last, [&](int c, int n) {
     const BlockRoom<T> room(n);
     const bool vHasHoles = misValMode >= 2;
-    if (vHasHoles) std::fill_n(room.Holes(), n, static_cast<T>(kMissing));
+    if (vHasHoles) std::fill_n(room.Holes(), n, kMissingCell<T>);
     const bool holes = vHasHoles || (misValMode == 1 && MarkColumnsWithHoles(X, c, n, room.Holes()));
     change += holes ? BlockWithHoles(out, c, n, room) : CompleteBlock(out, c, n, room);
   });

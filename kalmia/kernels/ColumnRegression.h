@@ -27,8 +27,8 @@ struct ColumnRegression {
   int misValMode;
   bool fix;
 
-  /// Columns first to last, both included, into the 1-based cells of `out`, which are missing so far. Returns the change
-  /// of their count of missing cells.
+  /// Columns first to last, both included, into the 1-based cells of `out`, which are missing so far. Returns the
+  /// change of their count of missing cells.
   int Slice(T* out, int first, int last) const;
 
  private:

@@ -13,8 +13,8 @@ namespace kalmia {
 
 /// Splits columns 1 to n into the slices of ColumnSliceRange, one for each processor, and runs slice(first, last), both
 /// included, on a thread of its own for each but the first, which the calling thread takes. Returns the sum of what the
-/// slices return. Throws what a slice throws, and boost::thread_resource_error if a thread cannot be had; those that run
-/// are waited for first.
+/// slices return. Throws what a slice throws, and boost::thread_resource_error if a thread cannot be had; those that
+/// run are waited for first.
 template <class Slice>
 int ForColumnThreads(int n, const Slice& slice) {
   NCMultiThreading::ColumnSliceRange range(1, n, NCMultiThreading::ThreadingControl::GetNumberOfProcessors());

@@ -79,7 +79,7 @@ bool MarkColumnsWithHoles(const NCDataMatrix<T>& X, int first, int n, T* hole) {
   bool any = false;
   for (int j = 0; j < n; ++j) {
     const bool hasHoles = X.GetColumnMisVal(first + j) != 0;
-    hole[j] = hasHoles ? static_cast<T>(kMissing) : std::numeric_limits<T>::quiet_NaN();
+    hole[j] = hasHoles ? kMissingCell<T> : std::numeric_limits<T>::quiet_NaN();
     any = any || hasHoles;
   }
   return any;
@@ -89,7 +89,7 @@ bool MarkColumnsWithHoles(const NCDataMatrix<T>& X, int first, int n, T* hole) {
   template void SumColumns(const NCDataMatrix<T>&, const NCDataVector<T>&, int, int, double*);                   \
   template void SumColumnPairs(const NCDataMatrix<T>&, const NCDataVector<T>&, RowsUsed, RowWeight, int, int,    \
                                const T*, double*, double*);                                                      \
-  template void SumColumnSquares(const NCDataMatrix<T>&, int, int, const T*, double*);                                     \
+  template void SumColumnSquares(const NCDataMatrix<T>&, int, int, const T*, double*);                           \
   template bool MarkColumnsWithHoles(const NCDataMatrix<T>&, int, int, T*);
 
 KALMIA_INSTANTIATE(float)

@@ -64,9 +64,9 @@ enum class RowsUsed {
   WithV  ///< those where v is present
 };
 
-/// Sums of columns first to first + n - 1, n <= kColumnsPerBlock, formed row by row, so that memory is read in its order
-/// while each column adds up in the order of its rows: the bits of a loop down the column. Outputs are 0-based and
-/// overwritten.
+/// Sums of columns first to first + n - 1, n <= kColumnsPerBlock, formed row by row, so that memory is read in its
+/// order while each column adds up in the order of its rows: the bits of a loop down the column. Outputs are 0-based
+/// and overwritten.
 
 /// products[j] = sum over all rows of v[r] X[r][first + j]; no cell is looked at.
 template <class T>

@@ -10,6 +10,7 @@
 #include "kalmia/kernels/ColumnWalk.h"
 #include "kalmia/kernels/ExcludedPositions.h"
 #include "kalmia/kernels/RowRegression.h"
+#include "kalmia/kernels/Slices.h"
 #include "kalmia/kernels/Team.h"
 #include "kalmia/kernels/simd/ColumnSums.h"
 #include "kalmia/kernels/simd/Dots.h"
@@ -18,18 +19,12 @@ namespace kalmia {
 
 namespace {
 
-constexpr float kHole = static_cast<float>(kMissing);
+constexpr float kHole = kMissingCell<float>;
 
 /// Cells that are scored before their columns are summed: they stay in the second cache of any machine.
 constexpr std::int64_t kCellsPerBlock = 65536;
 
 std::int64_t CellsOf(const NCDataMatrix<float>& X) { return std::int64_t{X.SizeRows()} * X.SizeColumns(); }
-
-/// First of the positions begin to end - 1 that thread `me` of a team takes, in whole steps; `me` = team gives the end.
-int Bound(int begin, int end, int step, int me, int team) {
-  const int steps = (end - begin + step - 1) / step;
-  return std::min(end, begin + static_cast<int>(std::int64_t{steps} * me / team) * step);
-}
 
 /// sums[c] += t[r] X[r][c + 1] over the rows first to last and the columns c from begin to end - 1, from 0.
 void AddToSums(const NCDataMatrix<float>& X, const std::vector<float>& t, int first, int last, int begin, int end,
@@ -63,22 +58,21 @@ struct ScoresAndSums {
 };
 
 constexpr int kRowsPerGrain = 16;
-constexpr int kColumnsPerGrain = 16;
 
 int ScoresAndSums::Run(int me, int team) {
   const int rows = X.SizeRows();
-  const int firstColumn = Bound(0, X.SizeColumns(), kColumnsPerGrain, me, team);
-  const int endOfColumns = Bound(0, X.SizeColumns(), kColumnsPerGrain, me + 1, team);
+  const int firstColumn = SliceBound(X.SizeColumns(), kColumnsPerGrain, me, team);
+  const int endOfColumns = SliceBound(X.SizeColumns(), kColumnsPerGrain, me + 1, team);
   int missing = 0;
   for (int first = 1; first <= rows; first += rowsPerBlock) {
-    const int end = std::min(rows + 1, first + rowsPerBlock);
-    const int mine = Bound(first, end, kRowsPerGrain, me, team);
-    const int next = Bound(first, end, kRowsPerGrain, me + 1, team);
+    const int count = std::min(rowsPerBlock, rows - first + 1);
+    const int mine = first + SliceBound(count, kRowsPerGrain, me, team);
+    const int next = first + SliceBound(count, kRowsPerGrain, me + 1, team);
     if (mine < next) missing += regression.Rows(X, scores.data(), mine, next - 1);
     if (team > 1) {  // alone, it would wait for the threads of a region that the caller is in
 #pragma omp barrier
     }
-    AddToSums(X, scores, first, end - 1, firstColumn, endOfColumns, sums.data());
+    AddToSums(X, scores, first, first + count - 1, firstColumn, endOfColumns, sums.data());
   }
   return missing;
 }

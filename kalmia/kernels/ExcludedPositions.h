@@ -62,7 +62,7 @@ class WithExcluded {
       foundHole |= copy[i] == kMissing;
     }
     const bool numbersLikeHoles = foundHole && !hasHoles_;
-    leftOut_ = numbersLikeHoles ? T(0) : static_cast<T>(kMissing);
+    leftOut_ = numbersLikeHoles ? T(0) : kMissingCell<T>;
     hasHoles_ = !numbersLikeHoles;
     cells_ = copy;
     return copy;

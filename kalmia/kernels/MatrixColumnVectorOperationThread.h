@@ -26,8 +26,8 @@ struct ColumnSliceRange {
 };
 
 /// The work of one thread on one slice of columns: an operation such as NCDataMatrix::SpecialNipalsRegressOneColumnFix,
-/// called for each column of the slice in turn. Several of them may run side by side on one output: slices are disjoint,
-/// the inputs are only read, and each counts into a number of its own.
+/// called for each column of the slice in turn. Several of them may run side by side on one output: slices are
+/// disjoint, the inputs are only read, and each counts into a number of its own.
 template <class T>
 struct MatrixColumnVectorOperationThread {
   using Operation = boost::function<void(T* out, int c, const NCDataMatrix<T>& X, const NCDataVector<T>& v,

@@ -21,7 +21,9 @@ constexpr int kBlockColumns = 128;
 constexpr int kBlockDepth = 256;
 
 int BlocksOf(int n, int block) { return n / block + (n % block != 0); }
-std::size_t RoundUp(int n, int step) { return static_cast<std::size_t>(BlocksOf(n, step)) * static_cast<std::size_t>(step); }
+std::size_t RoundUp(int n, int step) {
+  return static_cast<std::size_t>(BlocksOf(n, step)) * static_cast<std::size_t>(step);
+}
 
 /// Multiply-adds of a packed product in the time that a pass takes for one cell.
 constexpr double kProductsPerCell = 4.0;
@@ -83,7 +85,7 @@ class Product {
     T* cells = cells_[i] + j;
     for (int x = 0; x < count; ++x) cells[x] = static_cast<T>(sums[x]);
     for (int x = 0; holes_ && x < count; ++x)
-      if (!a_.HasPair(i, b_, j + x)) cells[x] = static_cast<T>(kMissing);
+      if (!a_.HasPair(i, b_, j + x)) cells[x] = kMissingCell<T>;
   }
 
   const ProductFactor<T>& a_;
@@ -92,16 +94,17 @@ class Product {
   T* const* cells_;
 };
 
-/// The product in blocks, dealt out to a team. Holes count as 0 in the sums, so the factors must be finite if there are any.
+/// The product in blocks, dealt out to a team. Holes count as 0 in the sums, so the factors must be finite if there are
+/// any.
 template <class T>
 void MultiplyInBlocks(const ProductFactor<T>& a, const ProductFactor<T>& b, bool holes, T* const* cells) {
   const Product<T> product(a, b, holes, cells);
   const int blockColumns = BlocksOf(b.Outer(), kBlockColumns);
   const std::int64_t blocks = std::int64_t{BlocksOf(a.Outer(), kBlockRows)} * blockColumns;
   const int team = static_cast<int>(std::min<std::int64_t>(TeamForProduct(a.Outer(), b.Outer(), a.Shared()), blocks));
-  std::vector<BlockBuffers> buffers(
-      static_cast<std::size_t>(team),
-      BlockBuffers(std::min(kBlockRows, a.Outer()), std::min(kBlockColumns, b.Outer()), std::min(kBlockDepth, a.Shared())));
+  const BlockBuffers ofOneThread(std::min(kBlockRows, a.Outer()), std::min(kBlockColumns, b.Outer()),
+                                 std::min(kBlockDepth, a.Shared()));
+  std::vector<BlockBuffers> buffers(static_cast<std::size_t>(team), ofOneThread);
 #pragma omp parallel for schedule(static) num_threads(team)
   for (std::int64_t i = 0; i < blocks; ++i)
     product.ComputeBlock(static_cast<int>(i / blockColumns) * kBlockRows,

@@ -4,8 +4,8 @@
 
 namespace kalmia {
 
-/// product[i][j] = sum over k of a's cell (i, k) times b's cell (j, k), for all vectors i of a and j of b; product[i] is
-/// row i from 0, its cells from 0.
+/// product[i][j] = sum over k of a's cell (i, k) times b's cell (j, k), for all vectors i of a and j of b; product[i]
+/// is row i from 0, its cells from 0.
 ///
 /// With `holes` only the k count at which both cells are present, and a cell without any such k is missing. Without,
 /// every cell is a number, and an empty shared index gives 0. Each cell's sum runs in double in ascending order of k

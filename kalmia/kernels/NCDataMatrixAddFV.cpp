@@ -17,7 +17,7 @@ int EmptyCells(T* cells, int n, int* columnMisVal, const Goes& goes) {
   int emptied = 0;
   for (int j = 0; j < n; ++j) {
     if (cells[j] == kalmia::kMissing || !goes(j)) continue;
-    cells[j] = static_cast<T>(kalmia::kMissing);
+    cells[j] = kalmia::kMissingCell<T>;
     CountForColumn(columnMisVal[j + 1]);
     ++emptied;
   }

@@ -10,6 +10,7 @@
 #include "kalmia/kernels/simd/RowsAdd.h"
 
 using kalmia::kMissing;
+using kalmia::kMissingCell;
 using kalmia::RowOperand;
 using kalmia::simd::kRowsToAddTo;
 
@@ -23,7 +24,7 @@ enum class RowStep { Complete, HolesInMatrix, HolesInBoth };
 template <class T>
 RowStep StepFor(int misValMode, const T* w, int n) {
   if (misValMode == 0) return RowStep::Complete;
-  return std::find(w, w + n, static_cast<T>(kMissing)) == w + n ? RowStep::HolesInMatrix : RowStep::HolesInBoth;
+  return std::find(w, w + n, kMissingCell<T>) == w + n ? RowStep::HolesInMatrix : RowStep::HolesInBoth;
 }
 
 /// Rows waiting to be taken side by side.
@@ -62,7 +63,7 @@ void NCDataMatrix<T>::AddVprimV(const NCDataVector<T>& u, const NCDataVector<T>&
   for (int first = 1; first <= rows_; first += batchSize) {
     Batch<T> batch;
     for (int r = first; r < first + batchSize && r <= rows_; ++r) {
-      const T factor = scores[r] == kMissing ? static_cast<T>(kMissing) : static_cast<T>(scores[r] * f);
+      const T factor = scores[r] == kMissing ? kMissingCell<T> : static_cast<T>(scores[r] * f);
       if (step == RowStep::HolesInBoth || factor == kMissing)
         AddFV(*this, factor, weights, misValMode, r, emptied, columnMisVal);
       else

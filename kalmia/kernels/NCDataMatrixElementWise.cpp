@@ -6,6 +6,7 @@
 #include "kalmia/kernels/RowOperand.h"
 
 using kalmia::kMissing;
+using kalmia::kMissingCell;
 using kalmia::RowOperand;
 
 template <class T>
@@ -25,7 +26,7 @@ namespace {
 template <class T, class Operation>
 void CombineCells(const T* a, const T* b, int n, T* out, const Operation& operation) {
   for (int c = 1; c <= n; ++c)
-    out[c] = a[c] == kMissing || b[c] == kMissing ? static_cast<T>(kMissing) : static_cast<T>(operation(a[c], b[c]));
+    out[c] = a[c] == kMissing || b[c] == kMissing ? kMissingCell<T> : static_cast<T>(operation(a[c], b[c]));
 }
 
 /// The same with one number for all cells.
@@ -33,7 +34,7 @@ template <class T, class Number, class Operation>
 void CombineWithNumber(const T* a, Number b, int n, T* out, const Operation& operation) {
   const bool empties = b == kMissing;
   for (int c = 1; c <= n; ++c)
-    out[c] = empties || a[c] == kMissing ? static_cast<T>(kMissing) : static_cast<T>(operation(a[c], b));
+    out[c] = empties || a[c] == kMissing ? kMissingCell<T> : static_cast<T>(operation(a[c], b));
 }
 
 }  // namespace

@@ -11,7 +11,8 @@
 
 namespace {
 
-/// Calls block(first, n) for blocks of all columns, shared out among the team that pays; returns the sum of its results.
+/// Calls block(first, n) for blocks of all columns, shared out among the team that pays; returns the sum of what the
+/// calls return.
 template <class T, class Block>
 int SumOverBlocks(const NCDataMatrix<T>& X, const Block& block) {
   const int team = kalmia::TeamSize(static_cast<std::int64_t>(X.SizeRows()) * X.SizeColumns());
@@ -46,7 +47,7 @@ NCDataVector<T> NCDataMatrix<T>::PreMultiplyNonMisVal(const NCDataVector<T>& v) 
 template <class T>
 NCDataVector<T> NCDataMatrix<T>::PreMultiplyMisVal(const NCDataVector<T>& v) const {
   return kalmia::VectorInTarget(*this, &v, columns_, [&](NCDataVector<T>& result) {
-    result.SetAllValues(static_cast<T>(kalmia::kMissing));
+    result.SetAllValues(kalmia::kMissingCell<T>);
     if (v.numMisVal_ >= rows_) return;
     T* out = result.data_;
     const bool vHasHoles = v.numMisVal_ > 0;

@@ -23,7 +23,7 @@ std::int64_t Cells(const NCDataMatrix<T>& X) {
 
 template <class T>
 NCDataVector<T>& AllMissingAndUnshared(NCDataVector<T>& v) {
-  v.SetAllValues(static_cast<T>(kalmia::kMissing));
+  v.SetAllValues(kalmia::kMissingCell<T>);
   v.ForceUnlink();
   return v;
 }
@@ -86,7 +86,7 @@ NCDataVector<T> NCDataMatrix<T>::SpecialNipalsRegressColumnsFix(const NCDataVect
     ByTeam(regression, out.data_, columns_);
     if (groups)
       for (int c = 1; c <= columns_; ++c)
-        if ((*groups)[c] == group) out.data_[c] = static_cast<T>(kalmia::kMissing);
+        if ((*groups)[c] == group) out.data_[c] = kalmia::kMissingCell<T>;
     out.CountMissing();
   });
 }

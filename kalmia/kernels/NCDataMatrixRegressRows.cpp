@@ -34,7 +34,8 @@ template <class T>
 NCDataVector<T> NCDataMatrix<T>::SpecialNipalsRegressRowsFix(const NCDataVector<T>& v,
                                                              const NCIntegralVector<int, -99>* groups,
                                                              int group) const {
-  const kalmia::WithExcluded<T> cells = groups ? kalmia::WithExcluded<T>(v, *groups, group) : kalmia::WithExcluded<T>(v);
+  using Cells = kalmia::WithExcluded<T>;
+  const Cells cells = groups ? Cells(v, *groups, group) : Cells(v);
   return kalmia::VectorInTarget(*this, &v, rows_, [&](NCDataVector<T>& result) {
     result.numMisVal_ = RegressAllRows(*this, cells, /*fix=*/true, result.data_);
   });

@@ -65,7 +65,7 @@ template <class T>
 NCDataVector<T> NCDataMatrix<T>::GetNIPALSStartColumn() const {
   return kalmia::VectorInTarget<T>(*this, nullptr, rows_, [&](NCDataVector<T>& start) {
     if (columns_ < 1) {
-      start.SetAllValues(static_cast<T>(kalmia::kMissing));
+      start.SetAllValues(kalmia::kMissingCell<T>);
       return;
     }
     const int c = columns_ == 1 ? 1 : ColumnOfLargestSumOfSquares(*this);

@@ -28,7 +28,8 @@ struct Primitives {
   }
   PairSums Pairs(const T* v, const T* x, int n, Holes holes) const {
     PairSums sums;
-    byLanes ? kalmia::simd::PairRows(v, &x, 1, n, holes, &sums) : kalmia::simd::scalar::PairRows(v, &x, 1, n, holes, &sums);
+    byLanes ? kalmia::simd::PairRows(v, &x, 1, n, holes, &sums)
+            : kalmia::simd::scalar::PairRows(v, &x, 1, n, holes, &sums);
     return sums;
   }
 };

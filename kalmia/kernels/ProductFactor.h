@@ -19,8 +19,8 @@ class ProductFactor {
   int Shared() const { return shared_; }
   T Cell(int vector, int k) const { return sharedAlongRows_ ? rows_[vector][k] : rows_[k][vector]; }
 
-  /// Notes which cells are present, and whether those are all finite. Needed before HasPair; from here on a missing cell
-  /// is a hole, before it is a number like any other.
+  /// Notes which cells are present, and whether those are all finite. Needed before HasPair; from here on a missing
+  /// cell is a hole, before it is a number like any other.
   void MarkPresent();
   bool IsFinite() const { return isFinite_; }  ///< false only after MarkPresent
   /// Whether `vector` and the other factor's `otherVector` have a position at which both are present.

@@ -31,7 +31,7 @@ inline long double CoefficientWithFix(const RegressionSums& sums) {
   return sums.v1tv2 / (third > sums.v1tv1 ? third : sums.v1tv1);
 }
 
-/// The least denominator of the fix on columns: the full sum of squares divided by 3, rather than multiplied by a third.
+/// The least denominator of the fix on columns: the full sum of squares divided by 3, rather than times a third.
 inline long double ThirdOf(long double fullSumOfSquares) { return fullSumOfSquares / 3.0; }
 
 inline long double HeldUpAt(long double third, long double denominator) {

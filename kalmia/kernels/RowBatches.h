@@ -16,7 +16,8 @@ struct RowBatch {
 /// Goes over rows first to last, both included: collects complete rows and rows with holes, as their counts say, and
 /// hands each kind on as a batch when there are enough of them, or at the end. A batch is never empty.
 template <class T, class Complete, class WithHoles>
-void ForRowBatches(const NCDataMatrix<T>& X, int first, int last, const Complete& complete, const WithHoles& withHoles) {
+void ForRowBatches(const NCDataMatrix<T>& X, int first, int last, const Complete& complete,
+                   const WithHoles& withHoles) {
   RowBatch<T> batches[2];
   const auto flush = [&](bool holes) {
     RowBatch<T>& batch = batches[holes];

@@ -13,9 +13,9 @@ bool IsRowOf(const NCDataVector<T>& v, const NCDataMatrix<T>& m) {
   return !std::less<const NCDataVector<T>*>()(&v, m.begin()) && std::less<const NCDataVector<T>*>()(&v, m.end());
 }
 
-/// A vector that an operation reads while it writes to a matrix, of which the vector may be a row. Such a row is held by
-/// a share, so that its cells outlive the change (the matrix must unlink its rows before writing); any other vector is
-/// only referred to, and its use count is left alone.
+/// A vector that an operation reads while it writes to a matrix, of which the vector may be a row. Such a row is held
+/// by a share, so that its cells outlive the change (the matrix must unlink its rows before writing); any other vector
+/// is only referred to, and its use count is left alone.
 template <class T>
 class RowOperand {
  public:

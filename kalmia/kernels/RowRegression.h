@@ -6,8 +6,8 @@
 namespace kalmia {
 
 /// The regression of rows of a table on v, a few rows at a time so that v and its squares are loaded once for all of
-/// them. Rows whose count says that they have no holes go through sums that look at no cell of theirs. Each row gets the
-/// bits that v.Regress or v.SpecialNipalsRegressFix has for it alone.
+/// them. Rows whose count says that they have no holes go through sums that look at no cell of theirs. Each row gets
+/// the bits that v.Regress or v.SpecialNipalsRegressFix has for it alone.
 template <class T>
 class RowRegression {
  public:

@@ -16,7 +16,7 @@ void SubtractFromRows(NCDataMatrix<float>* X, const NCDataVector<float>& v) {
   // Where v has a hole, nothing is subtracted. What is added is -1 times a cell in double, rounded to float with the
   // sum: a difference of floats is the same rounded twice or once, for double has more than twice the digits.
   std::vector<float> shift(v.GetVector() + 1, v.GetVector() + 1 + columns);
-  std::replace(shift.begin(), shift.end(), static_cast<float>(kMissing), 0.0F);
+  std::replace(shift.begin(), shift.end(), kMissingCell<float>, 0.0F);
 #pragma omp parallel for schedule(static) num_threads(TeamSize(std::int64_t{rows} * columns))
   for (int r = 1; r <= rows; ++r) {
     int emptied = 0;  // none: the shift has no holes

@@ -1,4 +1,4 @@
-// What the lane code of every file here shares. Compiled once for each instruction set, hence no ordinary include guard.
+// What the lane code of every file here shares. Compiled once for each instruction set: no ordinary include guard.
 #if defined(KALMIA_SIMD_LANES_INL_H_) == defined(HWY_TARGET_TOGGLE)
 #ifdef KALMIA_SIMD_LANES_INL_H_
 #undef KALMIA_SIMD_LANES_INL_H_
@@ -88,8 +88,8 @@ HWY_INLINE NarrowVector<T> Narrowed(WideVector numbers) {
 template <class T>
 HWY_INLINE WideMask Differ(NarrowVector<T> cells, NarrowVector<T> holes) {
 #if HWY_CAP_GE512
-  // Narrow instead of wide: half the width, and the mask is the same eight bits. Highway has no comparison that holds of
-  // a NaN, and negating one that does not takes another instruction.
+  // Narrow instead of wide: half the width, and the mask is the same eight bits. Highway has no comparison that holds
+  // of a NaN, and negating one that does not takes another instruction.
   if constexpr (std::is_same_v<T, float>) return WideMask{_mm256_cmp_ps_mask(cells.raw, holes.raw, _CMP_NEQ_UQ)};
 #endif
   return hn::Not(hn::Eq(Widen(cells), Widen(holes)));
@@ -97,7 +97,7 @@ HWY_INLINE WideMask Differ(NarrowVector<T> cells, NarrowVector<T> holes) {
 
 template <class T>
 HWY_INLINE WideMask Present(NarrowVector<T> cells) {
-  return Differ<T>(cells, hn::Set(Narrow<T>(), static_cast<T>(kMissing)));
+  return Differ<T>(cells, hn::Set(Narrow<T>(), kMissingCell<T>));
 }
 
 /// sum + a * b. A product of two floats is exact in double: fused or not, the bits are the same. One of doubles is not,

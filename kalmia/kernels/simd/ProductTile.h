@@ -11,8 +11,8 @@ constexpr int kTileColumns = 16;  ///< its columns
 ///   tile[i][j] += sum over k < depth, ascending, of a[k][i] * b[k][j]
 /// with `a` packed four to a step and `b` sixteen to a step. Every cell adds its products one after the other, in the
 /// order of k, to one double: the same bits on every machine, and the same in one call as in several for parts of k.
-/// `productsAreExact` says that a product of two factors is exact in double, as it is for factors that came from floats:
-/// then it may be fused with its addition.
+/// `productsAreExact` says that a product of two factors is exact in double, as it is for factors that came from
+/// floats: then it may be fused with its addition.
 void AddProductTile(const double* a, const double* b, int depth, bool productsAreExact, double* tile);
 
 /// The twin.

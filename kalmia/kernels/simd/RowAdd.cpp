@@ -25,7 +25,7 @@ template <class T>
 int Masked(T* row, const T* w, T f, int n) {
   const Narrow<T> d;
   const WideVector factor = hn::Set(Wide(), static_cast<double>(f));
-  const auto hole = hn::Set(d, static_cast<T>(kMissing));
+  const auto hole = hn::Set(d, kMissingCell<T>);
   auto holesOpposite = hn::FirstN(d, 0);
   int j = 0;
   for (; n - j >= kWidth; j += kWidth) {

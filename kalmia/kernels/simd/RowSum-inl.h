@@ -12,8 +12,8 @@
 HWY_BEFORE_NAMESPACE();
 namespace kalmia::simd::HWY_NAMESPACE {
 
-// Holes are sought and kept among the cells as they lie in memory: comparing and choosing costs half of what it does among
-// the widened ones, and a cell that stays is stored as it was.
+// Holes are sought and kept among the cells as they lie in memory: comparing and choosing costs half of what it does
+// among the widened ones, and a cell that stays is stored as it was.
 
 /// cells + w * factor, stored as cells are.
 template <class T>

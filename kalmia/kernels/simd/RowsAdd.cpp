@@ -14,7 +14,7 @@ namespace kalmia::simd::HWY_NAMESPACE {
 template <int kRows, bool kHoles, class T>
 void AddTo(T* const* rows, const T* factors, const T* w, int n) {
   const Narrow<T> d;
-  const auto hole = hn::Set(d, static_cast<T>(kMissing));
+  const auto hole = hn::Set(d, kMissingCell<T>);
   T* row[kRows];
   WideVector factor[kRows];
   for (int k = 0; k < kRows; ++k) {
