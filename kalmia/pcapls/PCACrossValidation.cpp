@@ -21,12 +21,6 @@ constexpr double kFirstRoundsOfIteration = 5.0;
 /// Keeps the root of a square from falling below the whole number that it is.
 constexpr double kRootSlack = 1e-5;
 
-NCDataMatrix<float> EmptySet(int columns, int rounds) {
-  NCDataMatrix<float> set = kalmia::WithoutRows(columns);
-  set.ReserveRows(rounds);
-  return set;
-}
-
 /// Default groups where none are given. A table without rows or columns has no rounds, but still group 0.
 NCIntegralVector<int, -99> GroupsOr(const NCIntegralVector<int, -99>* given, int count, int rounds) {
   return given ? *given : GetDeafultCVGroupsVector(count, std::max(rounds, 1));
@@ -83,8 +77,8 @@ PCACrossValidation::PCACrossValidation(NCPCA* model, float q2TotCum, const NCDat
   const int observations = model->GetResiduals()->SizeRows();
   const int variables = model->GetResiduals()->SizeColumns();
   rounds_ = std::min({rounds, observations, variables});
-  pSet_ = EmptySet(variables, rounds_);
-  tSet_ = EmptySet(observations, rounds_);
+  pSet_ = kalmia::WithoutRows(variables, rounds_);
+  tSet_ = kalmia::WithoutRows(observations, rounds_);
   q2XVar_ = NCDataVector<float>(variables);
   xPredResiduals_ = NCDataMatrix<float>(observations, variables);
   observationGroups_ = GroupsOr(observationGroups, observations, rounds_);
@@ -96,8 +90,8 @@ void PCACrossValidation::NextComponent(const NCDataVector<float>& ss, NCProgress
   if (!progress) own = std::make_unique<NCProgress>("", 0.0F, 1.0F, false, false, true, nullptr);
   NCProgress* bar = own ? own.get() : progress;
   bar->SetRange(0.0F, static_cast<float>(rounds_));
-  pSet_ = EmptySet(pSet_.SizeColumns(), rounds_);
-  tSet_ = EmptySet(tSet_.SizeColumns(), rounds_);
+  pSet_ = kalmia::WithoutRows(pSet_.SizeColumns(), rounds_);
+  tSet_ = kalmia::WithoutRows(tSet_.SizeColumns(), rounds_);
   for (int group = 0; group < rounds_; ++group) {
     const float from = static_cast<float>(group);
     AddLoadingWithoutObservations({group, from, bar});
@@ -135,7 +129,7 @@ void PCACrossValidation::AddScoreWithoutVariables(const HalfRound& half) {
 
 NCDataMatrix<float> PCACrossValidation::RowsOutsideGroup(int group) const {
   const NCDataMatrix<float>& X = *model_->GetResiduals();
-  NCDataMatrix<float> rest = EmptySet(X.SizeColumns(), X.SizeRows());
+  NCDataMatrix<float> rest = kalmia::WithoutRows(X.SizeColumns(), X.SizeRows());
   for (int i = 1; i <= X.SizeRows(); ++i)
     if (observationGroups_[i] != group) rest.push_back(X[i]);
   return rest;

@@ -1,5 +1,7 @@
 #include "CrossValidationCase.h"
 
+#include <sstream>
+
 #include "RelatedTables.h"
 
 CrossValidationCase::CrossValidationCase(int rows, int xVariables, int yVariables, double holes) {
@@ -25,4 +27,13 @@ void CrossValidationCase::AddComponent() {
 
 void CrossValidationCase::Validate(PLSCrossValidation* validation, NCProgress* progress, bool quiet) const {
   validation->NextComponent(&Weights(), maxIterations, ssY, progress, quiet);
+}
+
+std::string Everything(const PLSCrossValidation& validation) {
+  std::ostringstream all;
+  all << *validation.GetWSet() << *validation.GetCSet() << *validation.GetPSet() << *validation.GetTSet()
+      << *validation.GetTPred() << *validation.GetYPredResiduals() << *validation.GetQ2YVar()
+      << *validation.GetQ2YVarCum() << *validation.GetSSY() << *validation.GetSSYOriginal();
+  all << validation.GetQ2Tot() << ' ' << validation.GetQ2TotCum();
+  return all.str();
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <memory>
+#include <string>
 
 #include "kalmia/containers/NCDataMatrix.h"
 #include "kalmia/containers/NCDataVector.h"
@@ -26,3 +27,6 @@ struct CrossValidationCase {
   NCDataVector<float> ssY;  ///< of the columns of Y
   std::unique_ptr<NCPLS> model;
 };
+
+/// All results of a validation, for comparisons to the bit.
+std::string Everything(const PLSCrossValidation& validation);

@@ -38,6 +38,7 @@ TEST(NCPLSEdges, EmptiesTheRowsOfAnObservationWithoutAScore) {
   NCPLS model(&tables.X, &tables.Y, 50);
   AddComponent(&model);
   ASSERT_EQ((*model.GetTprim())[1][4], kMissing);
+  EXPECT_EQ((*model.GetTprim())[1].GetNumMisVal(), 1);
   for (const NCDataMatrix<float>* residuals : {model.GetXResiduals(), model.GetYResiduals()}) {
     for (int i = 1; i <= 8; ++i) EXPECT_EQ((*residuals)[i].GetNumMisVal(), i == 4 ? residuals->SizeColumns() : 0);
     EXPECT_THAT(CellsOf((*residuals)[4]), Each(kMissing));
@@ -73,17 +74,6 @@ TEST(NCPLSEdges, TakesTheProductWithAnEmptyRowOfLoadingsIntoWStarAsTheNumberItIs
   const NCDataMatrix<float> holed = NCPLS::GetWStarPrim(MatrixOf<float>({{1, 2}, {3, kMissing}}), P);
   EXPECT_THAT(CellsOf(holed), ElementsAre(ElementsAre(1, 2), ElementsAre(102, kMissing)));
   EXPECT_TRUE(HasExactCounts(holed));
-}
-
-TEST(NCPLSEdges, ShufflesWithARowTakenTwice) {
-  const NCDataMatrix<float> X = RandomMatrix<float>(3, 2, 0.0, 1);
-  const NCDataMatrix<float> Y = MatrixOf<float>({{1, 2}, {3, kMissing}, {5, 6}});
-  NCPLS model(&X, &Y, 50);
-  int order[] = {-1, 2, 2, 1};
-  model.ShuffleYResiduals(order);
-  EXPECT_THAT(CellsOf(*model.GetYResiduals()),
-              ElementsAre(ElementsAre(3, kMissing), ElementsAre(3, kMissing), ElementsAre(1, 2)));
-  EXPECT_TRUE(HasExactCounts(*model.GetYResiduals()));
 }
 
 TEST(NCPLSEdges, CountsFromOneAndPutsNewRowsInFrontAfterAReadOfVersionTwo) {

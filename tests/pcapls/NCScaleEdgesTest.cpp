@@ -5,6 +5,7 @@
 #include <sstream>
 #include <vector>
 
+#include "ScaleOf.h"
 #include "kalmia/pcapls/NCScale.h"
 #include "testing/RandomTables.h"
 
@@ -16,12 +17,6 @@ using ::testing::Each;
 using ::testing::ElementsAre;
 
 constexpr float kMissing = kHole<float>;
-
-NCScale ScaleOf(int variables, NCScale::Scaling type) {
-  NCScale scale(variables);
-  for (int j = 1; j <= variables; ++j) scale.SetType(j, type);
-  return scale;
-}
 
 /// A scaling as a stream may bring it: these centres, factors and types.
 NCScale ReadFrom(const NCDataVector<float>& centres, const NCDataVector<float>& factors,
@@ -61,7 +56,7 @@ TEST(NCScaleEdges, FitsCentresOfZeroToATableWithoutRowsWhateverItsColumns) {
     NCScale none(3);
     none.ScaleMatrix(&matrix, /*newModel=*/true);
     EXPECT_THAT(CellsOf(*none.GetCentres()), Each(kMissing));
-    NCScale centred = ScaleOf(3, NCScale::ScalingCentre);
+    NCScale centred = ScaleOfAll(3, NCScale::ScalingCentre);
     centred.ScaleMatrix(&matrix, /*newModel=*/true);
     EXPECT_THAT(CellsOf(*centred.GetCentres()), Each(0.0F));
     EXPECT_THAT(CellsOf(*centred.GetScales()), Each(kMissing));
@@ -76,7 +71,7 @@ TEST(NCScaleEdges, HasTooFewValuesForAFactorInATableWithoutRows) {
       NCDataMatrix<float> matrix;
       matrix.SetSize(0, columns);
       try {
-        ScaleOf(3, type).ScaleMatrix(&matrix, /*newModel=*/true);
+        ScaleOfAll(3, type).ScaleMatrix(&matrix, /*newModel=*/true);
         ADD_FAILURE() << "no error";
       } catch (const NCScaleError& error) {
         EXPECT_EQ(error.Column, 1);
@@ -90,7 +85,7 @@ TEST(NCScaleEdges, TakesFactorsJustWithinTheirLimits) {
     SCOPED_TRACE(factor);
     const float cell = static_cast<float>(1.0 / (static_cast<double>(factor) * std::sqrt(2.0)));
     NCDataMatrix<float> matrix = MatrixOf<float>({{cell}, {-cell}});
-    NCScale scale = ScaleOf(1, NCScale::ScalingUnitVariance);
+    NCScale scale = ScaleOfAll(1, NCScale::ScalingUnitVariance);
     ASSERT_NO_THROW(scale.ScaleMatrix(&matrix, /*newModel=*/true));
     EXPECT_FLOAT_EQ((*scale.GetScales())[1], factor);  // the cells were rounded to float
     EXPECT_FLOAT_EQ(matrix[1][1], static_cast<float>(std::sqrt(0.5)));
@@ -106,7 +101,7 @@ TEST(NCScaleEdges, DividesByTheRootOfTheMeanSquareWhereTheMeanIsTheMissingValueI
                {NCScale::ScalingUnitVariance, static_cast<float>(1.0 / deviation)}};
   for (const auto& [type, factor] : cases) {
     NCDataMatrix<float> matrix = MatrixOf<float>({{-98.0F}, {-100.0F}});
-    NCScale scale = ScaleOf(1, type);
+    NCScale scale = ScaleOfAll(1, type);
     scale.ScaleMatrix(&matrix, /*newModel=*/true);
     EXPECT_EQ((*scale.GetCentres())[1], kMissing);
     EXPECT_EQ((*scale.GetScales())[1], factor);
@@ -119,7 +114,7 @@ TEST(NCScaleEdges, TreatsACentredCellThatLandsOnTheMissingValueAsTheTableDoes) {
   NCDataMatrix<float> expected = cells;
   expected.TransformToDotSubRowVector(VectorOf<float>({-1}));
   NCDataMatrix<float> centred = cells;
-  ScaleOf(1, NCScale::ScalingCentre).ScaleMatrix(&centred, /*newModel=*/true);
+  ScaleOfAll(1, NCScale::ScalingCentre).ScaleMatrix(&centred, /*newModel=*/true);
   EXPECT_THAT(CellsOf(centred), ElementsAre(ElementsAre(kMissing), ElementsAre(99.0F), ElementsAre(0.0F)));
   EXPECT_EQ(centred.GetColumnMisVal(1), expected.GetColumnMisVal(1));
 
@@ -128,7 +123,7 @@ TEST(NCScaleEdges, TreatsACentredCellThatLandsOnTheMissingValueAsTheTableDoes) {
   const float factor = static_cast<float>(1.0 / std::sqrt(squares / (n - 1)));
   expected.TransformToColumnScaled(VectorOf<float>({factor}));
   NCDataMatrix<float> scaled = cells;
-  NCScale unit = ScaleOf(1, NCScale::ScalingUnitVariance);
+  NCScale unit = ScaleOfAll(1, NCScale::ScalingUnitVariance);
   unit.ScaleMatrix(&scaled, /*newModel=*/true);
   EXPECT_EQ((*unit.GetScales())[1], factor);
   EXPECT_EQ(CellsOf(scaled), CellsOf(expected));
@@ -154,7 +149,7 @@ TEST(NCScaleEdges, AppliesWhatIsStoredWhateverTheTypes) {
 
 TEST(NCScaleEdges, KeepsTheFactorsOfAnEarlierFitFromTheVariableOnThatCannotBeScaled) {
   NCDataMatrix<float> first = MatrixOf<float>({{-1, -2, -4}, {1, 2, 4}});
-  NCScale scale = ScaleOf(3, NCScale::ScalingUnitVariance);
+  NCScale scale = ScaleOfAll(3, NCScale::ScalingUnitVariance);
   scale.ScaleMatrix(&first, /*newModel=*/true);
   const std::vector<float> factors = CellsOf(*scale.GetScales());
   NCDataMatrix<float> second = MatrixOf<float>({{-4, 5, -1}, {4, 5, 1}});
@@ -176,7 +171,7 @@ TEST(NCScaleEdges, LeavesItsOwnVectorsAloneWhereTheTableSharesTheirCells) {
 }
 
 TEST(NCScaleEdges, CopiesDeeplyFromOneThatSharesToo) {
-  NCScale original = ScaleOf(1, NCScale::ScalingUnitVariance);
+  NCScale original = ScaleOfAll(1, NCScale::ScalingUnitVariance);
   NCScale sharing;
   sharing = original;
   NCScale copy(sharing);

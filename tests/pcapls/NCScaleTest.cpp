@@ -7,9 +7,9 @@
 #include <cstring>
 #include <initializer_list>
 #include <limits>
-#include <memory>
 #include <vector>
 
+#include "ScaleOf.h"
 #include "kalmia/support/LanguageString.h"
 #include "testing/RandomTables.h"
 
@@ -20,32 +20,7 @@ using ::testing::Each;
 
 constexpr float kMissing = kHole<float>;
 
-NCScale ScaleOf(std::initializer_list<NCScale::Scaling> types) {
-  NCScale scale(static_cast<int>(types.size()));
-  int variable = 0;
-  for (const NCScale::Scaling type : types) scale.SetType(++variable, type);
-  return scale;
-}
-
-NCScale ScaleOfAll(int variables, NCScale::Scaling type) {
-  NCScale scale(variables);
-  for (int j = 1; j <= variables; ++j) scale.SetType(j, type);
-  return scale;
-}
-
 std::vector<float> ColumnOf(const NCDataMatrix<float>& matrix, int column) { return CellsOf(matrix.GetColumn(column)); }
-
-/// The error of fitting one column of that type, as a copy that outlives the throw; null if there is none.
-std::unique_ptr<NCScaleError> ErrorOfFitting(NCScale::Scaling type, std::initializer_list<float> cells) {
-  NCDataMatrix<float> matrix;
-  matrix.InsertColumn(1, VectorOf<float>(cells));
-  try {
-    ScaleOf({type}).ScaleMatrix(&matrix, /*newModel=*/true);
-  } catch (const NCScaleError& error) {
-    return std::unique_ptr<NCScaleError>(error.Clone());
-  }
-  return nullptr;
-}
 
 // The column 1, 2, 3, 6: mean 3, deviations -2, -1, 0, 3, sum of squares 14, s = sqrt(14 / 3).
 const std::initializer_list<float> kColumn = {1, 2, 3, 6};
@@ -134,21 +109,6 @@ TEST(NCScale, LeavesTablesThatShareCellsWithTheScaledOneAlone) {
   EXPECT_EQ(CellsOf(applied), CellsOf(fitted));
 }
 
-TEST(NCScale, RefusesANewTableOfAnotherWidthAndLeavesItAsItIs) {
-  NCScale scale(3);
-  const NCDataMatrix<float> matrix = RandomMatrix<float>(4, 2, 0.0, 4);
-  NCDataMatrix<float> scaled = matrix;
-  try {
-    scale.ScaleMatrix(&scaled, /*newModel=*/false);
-    ADD_FAILURE() << "no error";
-  } catch (const NCScaleError& error) {
-    EXPECT_EQ(error.Column, 0);
-    EXPECT_EQ(error.Code, NCScaleError::ErrorWrongVariableCount);
-    EXPECT_EQ(error.GetMessage(), LanguageString::Get(10070));
-  }
-  EXPECT_EQ(CellsOf(scaled), CellsOf(matrix));
-}
-
 TEST(NCScale, KeepsTheFitWhenAVariableIsSetToTheTypeItHas) {
   NCDataMatrix<float> matrix;
   matrix.InsertColumn(1, VectorOf<float>(kColumn));
@@ -179,14 +139,6 @@ TEST(NCScale, LeavesCentreAndFactorOfAnUndefinedOrUnknownTypeAsTheyAre) {
   EXPECT_EQ(CellsOf(matrix), before);
   EXPECT_THAT(CellsOf(*scale.GetCentres()), Each(kMissing));
   EXPECT_EQ(scale.GetScaleType(2), static_cast<NCScale::Scaling>(-7));
-}
-
-TEST(NCScale, NeverFailsOnColumnsWithoutAFactor) {
-  for (const NCScale::Scaling type : {NCScale::ScalingNone, NCScale::ScalingCentre}) {
-    EXPECT_EQ(ErrorOfFitting(type, {5, 5, 5}), nullptr) << "constant";
-    EXPECT_EQ(ErrorOfFitting(type, {5}), nullptr) << "one value";
-    EXPECT_EQ(ErrorOfFitting(type, {kMissing, kMissing}), nullptr) << "empty";
-  }
 }
 
 TEST(NCScale, DividesByOneWhereTwoValuesArePresent) {
@@ -221,39 +173,6 @@ TEST(NCScale, SquaresTheCellsCentredByTheRoundedMeanAroundZero) {
   EXPECT_EQ((*scale.GetScales())[1], static_cast<float>(1.0 / std::sqrt(squares / 2.0)));
 }
 
-struct Misfit {
-  const char* what;
-  std::initializer_list<float> cells;
-  NCScale::Scaling type;
-  NCScaleError::Error code;
-  unsigned text;
-};
-
-// Factors: 1 / s beyond 1e35 needs s < 1e-35, 1 / s below 1e-35 is s > 1e35; for 1 / sqrt(s) no float column can do it.
-const Misfit kMisfits[] = {
-    {"no value", {kMissing, kMissing}, NCScale::ScalingUnitVariance, NCScaleError::ErrorTooFewValues, 10071},
-    {"one value", {5, kMissing}, NCScale::ScalingPareto, NCScaleError::ErrorTooFewValues, 10071},
-    {"one value, before its lack of variance", {5}, NCScale::ScalingUnitVariance, NCScaleError::ErrorTooFewValues,
-     10071},
-    {"a constant", {5, 5, 5}, NCScale::ScalingUnitVariance, NCScaleError::ErrorVarianceOutOfRange, 10072},
-    {"a constant, Pareto", {5, 5, 5}, NCScale::ScalingPareto, NCScaleError::ErrorVarianceOutOfRange, 10072},
-    {"a factor above 1e35", {1e-36F, -1e-36F}, NCScale::ScalingUnitVariance, NCScaleError::ErrorVarianceOutOfRange,
-     10073},
-    {"a factor below 1e-35", {1e36F, -1e36F}, NCScale::ScalingUnitVariance, NCScaleError::ErrorFactorTooSmall, 10074},
-};
-
-TEST(NCScale, NamesTheReasonWhyAColumnCannotBeScaled) {
-  for (const Misfit& misfit : kMisfits) {
-    SCOPED_TRACE(misfit.what);
-    const std::unique_ptr<NCScaleError> error = ErrorOfFitting(misfit.type, misfit.cells);
-    ASSERT_NE(error, nullptr);
-    EXPECT_EQ(error->Column, 1);
-    EXPECT_EQ(error->Code, misfit.code);
-    EXPECT_EQ(error->GetMessage(), LanguageString::Get(misfit.text));
-    EXPECT_EQ(error->GetLevel(), NCError::Level0);
-  }
-}
-
 TEST(NCScale, TakesAColumnThatDiffersFromAConstantOnlyByRounding) {
   NCDataMatrix<float> matrix = MatrixOf<float>({{1.0F}, {1.0F + 0x1p-23F}, {1.0F}});
   NCScale scale = ScaleOf({NCScale::ScalingUnitVariance});
@@ -268,22 +187,6 @@ TEST(NCScale, TakesAFactorThatIsNotANumber) {
   NCScale scale = ScaleOf({NCScale::ScalingUnitVariance});
   EXPECT_NO_THROW(scale.ScaleMatrix(&matrix, /*newModel=*/true));
   EXPECT_TRUE(std::isnan((*scale.GetScales())[1]));
-}
-
-TEST(NCScale, LeavesAnErrorBehindAsAllCentredNoneMultipliedAndTheLowerFactorsStored) {
-  NCDataMatrix<float> matrix = MatrixOf<float>({{1, 5, 1}, {3, 5, 3}});
-  NCScale scale = ScaleOfAll(3, NCScale::ScalingUnitVariance);
-  try {
-    scale.ScaleMatrix(&matrix, /*newModel=*/true);
-    ADD_FAILURE() << "no error";
-  } catch (const NCScaleError& error) {
-    EXPECT_EQ(error.Column, 2);
-  }
-  EXPECT_THAT(ColumnOf(matrix, 1), ElementsAre(-1.0F, 1.0F));
-  EXPECT_THAT(ColumnOf(matrix, 2), ElementsAre(0.0F, 0.0F));
-  EXPECT_THAT(ColumnOf(matrix, 3), ElementsAre(-1.0F, 1.0F));
-  EXPECT_THAT(CellsOf(*scale.GetCentres()), ElementsAre(2.0F, 5.0F, 2.0F));
-  EXPECT_THAT(CellsOf(*scale.GetScales()), ElementsAre(static_cast<float>(1.0 / std::sqrt(2.0)), kMissing, kMissing));
 }
 
 TEST(NCScale, CopiesDeeplyWhenConstructedFromAnother) {
@@ -329,17 +232,6 @@ TEST(NCScale, NamesItsTypesByTheTextsOfTheLanguage) {
   EXPECT_STREQ(NCScale::GetScaleString(NCScale::ScalingUnitVariance), LanguageString::Get(10069));
   for (int type = 1; type <= 4; ++type)
     EXPECT_GT(std::strlen(NCScale::GetScaleString(static_cast<NCScale::Scaling>(type))), 0U);
-}
-
-TEST(NCScaleError, ClonesAsItselfThroughItsBase) {
-  const NCScaleError error(3, NCScaleError::ErrorFactorTooSmall, "too wide");
-  const NCError& base = error;
-  const std::unique_ptr<NCError> clone(base.Clone());
-  const auto* copy = dynamic_cast<const NCScaleError*>(clone.get());
-  ASSERT_NE(copy, nullptr);
-  EXPECT_EQ(copy->Column, 3);
-  EXPECT_EQ(copy->Code, NCScaleError::ErrorFactorTooSmall);
-  EXPECT_EQ(copy->GetMessage(), "too wide");
 }
 
 }  // namespace

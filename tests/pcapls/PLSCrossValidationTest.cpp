@@ -4,19 +4,12 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
-#include <memory>
-#include <new>
-#include <sstream>
 #include <string>
 #include <vector>
 
 #include "CrossValidationCase.h"
 #include "kalmia/pcapls/PCACrossValidation.h"
-#include "kalmia/support/LanguageString.h"
-#include "testing/AllocationMeter.h"
 #include "testing/RandomTables.h"
-#include "testing/RecordingProgress.h"
-#include "testing/StreamAttacks.h"
 
 namespace {
 
@@ -27,16 +20,6 @@ using Groups = NCIntegralVector<int, -99>;
 constexpr float kMissing = kHole<float>;
 
 Groups GroupsOf(const std::vector<int>& numbers) { return Groups(numbers.data(), static_cast<int>(numbers.size())); }
-
-/// Everything that a validation holds, for comparisons to the bit.
-std::string Everything(const PLSCrossValidation& validation) {
-  std::ostringstream all;
-  all << *validation.GetWSet() << *validation.GetCSet() << *validation.GetPSet() << *validation.GetTSet()
-      << *validation.GetTPred() << *validation.GetYPredResiduals() << *validation.GetQ2YVar()
-      << *validation.GetQ2YVarCum() << *validation.GetSSY() << *validation.GetSSYOriginal();
-  all << validation.GetQ2Tot() << ' ' << validation.GetQ2TotCum();
-  return all.str();
-}
 
 // ---- Set-up
 
@@ -258,58 +241,6 @@ TEST(PLSCrossValidation, LowersTheCumulatedValueByAFactorOfOnePointOneAtMost) {
   EXPECT_EQ(validation.GetQ2TotCum(), static_cast<float>(1.0 - (1.0 - static_cast<double>(once)) * 1.1));
 }
 
-// ---- Progress
-
-std::string RoundText(int round, int rounds) {
-  CString text;
-  text.Format(LanguageString::Get(10163), round, rounds);
-  return static_cast<const char*>(text);
-}
-
-TEST(PLSCrossValidation, NamesEachRoundAndLeavesTheRangeToItsModel) {
-  CrossValidationCase data(9, 3, 1, 0.0);
-  data.AddComponent();
-  PLSCrossValidation validation(data.model.get(), 2, nullptr);
-  ProgressLog log;
-  data.Validate(&validation, RecordingBar(&log).get(), /*quiet=*/false);
-  EXPECT_EQ(log.Joined(), "SetText " + RoundText(1, 2) + "; SetRange 1 0; SetText " + RoundText(2, 2) +
-                              "; SetRange 1 0; ~");
-}
-
-TEST(PLSCrossValidation, OpensABarOfItsOwnUnlessQuiet) {
-  CrossValidationCase data(9, 3, 1, 0.0);
-  data.AddComponent();
-  PLSCrossValidation validation(data.model.get(), 2, nullptr);
-  ProgressLog log;
-  const RecordOwnBars factory(&log);
-  data.Validate(&validation, nullptr, /*quiet=*/true);
-  EXPECT_EQ(log.Joined(), "");
-  data.Validate(&validation, nullptr, /*quiet=*/false);
-  EXPECT_EQ(log.Joined(), "open  0 1 0 0 1 null; SetText " + RoundText(1, 2) + "; SetRange 1 0; SetText " +
-                              RoundText(2, 2) + "; SetRange 1 0; ~");
-}
-
-TEST(PLSCrossValidation, NamesItsRoundsOnAQuietCallersBarToo) {
-  CrossValidationCase data(9, 3, 1, 0.0);
-  data.AddComponent();
-  PLSCrossValidation validation(data.model.get(), 2, nullptr);
-  ProgressLog log;
-  data.Validate(&validation, RecordingBar(&log).get(), /*quiet=*/true);
-  EXPECT_EQ(log.Joined(), "SetText " + RoundText(1, 2) + "; SetText " + RoundText(2, 2) + "; ~");
-}
-
-TEST(PLSCrossValidation, RunsToItsEndWhateverTheUserWants) {
-  CrossValidationCase data(12, 4, 2, 0.1);
-  data.AddComponent();
-  PLSCrossValidation watched(data.model.get(), 3, nullptr);
-  PLSCrossValidation silent(data.model.get(), 3, nullptr);
-  ProgressLog log;
-  log.stopAt = 1;
-  EXPECT_NO_THROW(data.Validate(&watched, RecordingBar(&log).get(), /*quiet=*/false));
-  data.Validate(&silent);
-  EXPECT_EQ(Everything(watched), Everything(silent));
-}
-
 TEST(PLSCrossValidation, NeverFailsOnTablesThatHaveNothingToSay) {
   CrossValidationCase nan(8, 3, 2, 0.0);
   nan.X(2, 2, std::nanf(""));
@@ -321,61 +252,6 @@ TEST(PLSCrossValidation, NeverFailsOnTablesThatHaveNothingToSay) {
     PLSCrossValidation validation(data->model.get(), 4, nullptr);
     EXPECT_NO_THROW(data->Validate(&validation));
     EXPECT_EQ(validation.GetWSet()->SizeRows(), 4);
-  }
-}
-
-/// A bar whose user does not wait for an answer.
-struct Impatient {};
-class ThrowingSink : public NCProgress::Sink {
- public:
-  explicit ThrowingSink(int texts) : texts_(texts) {}
-  void SetRange(float, float) override {}
-  bool SetValue(float) override { return true; }
-  void SetText(const char*) override {
-    if (--texts_ == 0) throw Impatient();
-  }
-  bool PushSubRange(float, float) override { return true; }
-  bool PopSubRange() override { return true; }
-  bool IsBreakPressed() override { return false; }
-  bool NextSpin() override { return true; }
-  void SpinDone() override {}
-
- private:
-  int texts_;
-};
-
-TEST(PLSCrossValidation, StaysAsItWasWhereTheBarThrows) {
-  CrossValidationCase data(12, 4, 2, 0.1);
-  data.AddComponent();
-  PLSCrossValidation validation(data.model.get(), 3, nullptr);
-  data.Validate(&validation);
-  const std::string before = Everything(validation);
-  for (int texts = 1; texts <= 3; ++texts) {
-    NCProgress bar(std::make_unique<ThrowingSink>(texts));
-    EXPECT_THROW(data.Validate(&validation, &bar, /*quiet=*/false), Impatient);
-    EXPECT_EQ(Everything(validation), before);
-  }
-}
-
-TEST(PLSCrossValidation, StaysAsItWasWheneverMemoryRunsOut) {
-  CrossValidationCase data(8, 3, 2, 0.1);
-  data.AddComponent();
-  const PLSCrossValidation start(data.model.get(), 2, nullptr);
-  const std::string before = Everything(start);
-  bool failed = true;
-  for (int which = 1; failed; ++which) {
-    SCOPED_TRACE("allocation " + std::to_string(which));
-    PLSCrossValidation validation = start;
-    {
-      const FailAllocation failure(which);
-      try {
-        data.Validate(&validation);
-      } catch (const std::bad_alloc&) {
-      }
-      failed = failure.HasFailed();
-    }
-    ASSERT_TRUE(failed || which > 50) << "there is more to allocate than that";
-    EXPECT_EQ(Everything(validation) == before, failed);
   }
 }
 
