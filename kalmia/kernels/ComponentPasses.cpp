@@ -123,22 +123,26 @@ long double DeflateAndSumSquares(NCDataMatrix<float>* X, const NCDataVector<floa
   complete = complete && std::find(t.begin(), t.end(), -kHole) == t.end();
   const int rows = X->SizeRows();
   const int columns = X->SizeColumns();
-  if (rows == 0 || columns == 0 || !complete) {
-    X->AddVprimV(t, p, -1.0F);
-    return X->GetSS();
-  }
-  std::vector<double> squares(static_cast<std::size_t>(rows) + 1);
+  complete = complete && rows > 0 && columns > 0;
+  std::vector<double> squares(static_cast<std::size_t>(rows) + 1);  // taken before the first change: none fails later
   const float* loadings = p.begin();
   X->ForceUnlink();
+  if (!complete) X->AddVprimV(t, p, -1.0F);
 #pragma omp parallel for schedule(static) num_threads(TeamSize(CellsOf(*X)))
   for (int r = 1; r <= rows; ++r) {
+    double& square = squares[static_cast<std::size_t>(r)];
+    if (!complete) {
+      square = static_cast<double>((*X)[r].GetSS());
+      continue;
+    }
     int emptied = 0;  // none in a table without holes
     NCDataMatrix<float>::AddFV(*X, -t[r], loadings, /*misValMode=*/0, r, emptied, /*columnMisVal=*/nullptr);
     const float* row = (*X)[r].begin();
-    squares[static_cast<std::size_t>(r)] = simd::Dot(row, row, columns);
+    square = simd::Dot(row, row, columns);
   }
   double sum = 0.0;
-  for (const double square : squares) sum += square;
+  for (const double square : squares)
+    if (square != kMissing) sum += square;
   return sum;
 }
 

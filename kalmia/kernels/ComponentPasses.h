@@ -15,7 +15,7 @@ namespace kalmia {
 bool CalcScoresAndLoadings(const NCDataMatrix<float>& X, const NCDataVector<float>& w, NCDataVector<float>* t,
                            NCDataVector<float>* p);
 
-/// X.AddVprimV(t, p, -1), and X.GetSS() of what is left.
+/// X.AddVprimV(t, p, -1), and X.GetSS() of what is left. After std::bad_alloc X has the cells it had.
 long double DeflateAndSumSquares(NCDataMatrix<float>* X, const NCDataVector<float>& t, const NCDataVector<float>& p);
 
 }  // namespace kalmia

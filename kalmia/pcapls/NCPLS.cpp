@@ -184,6 +184,7 @@ bool NCPLS::HasNewestComponent() const {
 
 void NCPLS::CalculateResiduals() {
   if (!HasNewestComponent()) return;
+  yResiduals_.ForceUnlink();  // memory for Y is taken before X changes
   xSquares_ = kUnknown;
   xSquares_ = static_cast<double>(kalmia::DeflateAndSumSquares(&xResiduals_, tprim_[components_], pprim_[components_]));
   CalculateYResiduals();

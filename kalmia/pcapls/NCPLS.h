@@ -52,7 +52,7 @@ class NCPLS : public VexStreamBase {
   void NextComponent(NCProgress* progress, const NCDataVector<float>* start, bool quiet, bool strict);
 
   /// Takes the newest component out of the working matrices: X -= t p', Y -= t c'. Called twice, it subtracts twice.
-  /// Does nothing where the model has no row GetComponents().
+  /// Does nothing where the model has no row GetComponents(). After std::bad_alloc both tables are as they were.
   void CalculateResiduals();
 
   /// W*, the weights that give the scores from the X before any component was taken out, T = X W*: row a is

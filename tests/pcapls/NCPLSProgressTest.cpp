@@ -258,6 +258,32 @@ TEST_F(NCPLSProgress, GoesOnFromItsStartAfterMemoryRanOutAsIfItNeverHad) {
   }
 }
 
+TEST_F(NCPLSProgress, DeflatesBothTablesOrNeitherWhenMemoryRunsOut) {
+  const auto modelWithComponent = [this] {  // whose tables still share their cells with the caller's
+    auto model = std::make_unique<NCPLS>(&X_, &Y_, 200);
+    model->NextComponent(nullptr, nullptr, /*quiet=*/true, /*strict=*/true);
+    return model;
+  };
+  const auto before = modelWithComponent();
+  const auto deflated = modelWithComponent();
+  deflated->CalculateResiduals();
+  bool failed = true;
+  for (int which = 1; failed; ++which) {
+    SCOPED_TRACE("allocation " + std::to_string(which));
+    const auto model = modelWithComponent();
+    {
+      const FailAllocation failure(which);
+      try {
+        model->CalculateResiduals();
+      } catch (const std::bad_alloc&) {
+      }
+      failed = failure.HasFailed();
+    }
+    ASSERT_TRUE(failed || which > 20) << "there is more to allocate than that";
+    EXPECT_EQ(StreamOf(*model), StreamOf(failed ? *before : *deflated));
+  }
+}
+
 TEST_F(NCPLSProgress, NeitherStopsNorAsksWhenNotStrict) {
   const auto stopped = ModelOfSeveralY();
   const auto silent = ModelOfSeveralY();
