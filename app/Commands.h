@@ -8,11 +8,13 @@
 namespace kalmia::app {
 
 // One function for each subcommand: does the work, writes its files, and returns the text for standard output.
-// Throws Failure, and leaves no file behind then.
+// Throws Failure, and leaves no file behind then. `notes` takes what it did of its own accord.
 
-std::string RunPls(const PlsOptions& options, Notes* notes);
-std::string RunPredict(const PredictOptions& options, Notes* notes);
-std::string RunInfo(const InfoOptions& options);
-std::string RunDescribe(const DescribeOptions& options, Notes* notes);
+std::string RunCommand(const PlsOptions& options, Notes* notes);
+std::string RunCommand(const PredictOptions& options, Notes* notes);
+std::string RunCommand(const InfoOptions& options, Notes* notes);
+std::string RunCommand(const DescribeOptions& options, Notes* notes);
+/// The answer itself: there is nothing to do.
+inline std::string RunCommand(const Answer& answer, Notes* /*notes*/) { return answer.text; }
 
 }  // namespace kalmia::app

@@ -79,7 +79,7 @@ Json ComponentJson(const std::vector<ComponentRecord>& components, const std::ve
   return list;
 }
 
-std::string QualityText(const StoredModel& model) {
+std::string QualityText(const StoredPls& model) {
   TextTable table;
   table.AddColumn("Y", Align::Left);
   for (const char* title : {"rows", "RMSEE", "RMSECV"}) table.AddColumn(title, Align::Right);
@@ -91,7 +91,7 @@ std::string QualityText(const StoredModel& model) {
   return table.Text();
 }
 
-Json QualityJson(const StoredModel& model) {
+Json QualityJson(const StoredPls& model) {
   Json list = Json::array();
   for (std::size_t j = 0; j < model.quality.size(); ++j) {
     const YQuality& quality = model.quality[j];
@@ -105,15 +105,6 @@ Json QualityJson(const StoredModel& model) {
 
 std::string Verdict(const ComponentRecord& component) {
   return std::string(component.significant ? "significant" : "not significant") + (component.kept ? "" : ", not kept");
-}
-
-std::string ScalingText(NCScale::Scaling scaling) {
-  switch (scaling) {
-    case NCScale::ScalingUnitVariance: return "scaled to unit variance";
-    case NCScale::ScalingPareto: return "Pareto scaled";
-    case NCScale::ScalingCentre: return "centred";
-    default: return "as it is";
-  }
 }
 
 }  // namespace kalmia::app

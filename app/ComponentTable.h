@@ -16,13 +16,10 @@ std::string ComponentText(const std::vector<ComponentRecord>& components, const 
 Json ComponentJson(const std::vector<ComponentRecord>& components, const std::vector<std::string>& yNames);
 
 /// RMSEE and RMSECV of each Y column.
-std::string QualityText(const StoredModel& model);
-Json QualityJson(const StoredModel& model);
+std::string QualityText(const StoredPls& model);
+Json QualityJson(const StoredPls& model);
 
 /// "significant", "not significant", with ", not kept" behind it.
 std::string Verdict(const ComponentRecord& component);
-
-/// "unit variance" and the like, for a reader.
-std::string ScalingText(NCScale::Scaling scaling);
 
 }  // namespace kalmia::app

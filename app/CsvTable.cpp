@@ -51,6 +51,16 @@ Division Divide(std::string_view text, char separator, const std::string& name) 
   return division;
 }
 
+bool IsDigits(const std::string& text) {
+  return !text.empty() && text.find_first_not_of("0123456789") == std::string::npos;
+}
+
+/// Whether the last field may be the end of a number and the one before it its beginning: "1" and "5" of 1,5.
+bool MayBeNumbersCutAtCommas(const std::vector<std::string>& fields) {
+  const std::string& before = fields[fields.size() - 2];
+  return IsDigits(fields.back()) && IsDigits(before.substr(before.find_first_not_of("+-") == 1 ? 1 : 0));
+}
+
 std::string FieldCount(std::size_t count) { return Counted(count, "field"); }
 
 }  // namespace
@@ -123,8 +133,11 @@ void CsvTable::TakeHeader(const std::vector<std::string>& fields) {
 
 void CsvTable::TakeRow(const std::vector<std::string>& fields, int line) {
   if (fields.size() != columnNames_.size()) {
+    const bool tooMany = separator_ == ',' && fields.size() > columnNames_.size();
+    const bool hint = tooMany && MayBeNumbersCutAtCommas(fields);
     Refuse(name_ + ": row " + std::to_string(lines_.size() + 1) + " (line " + std::to_string(line) + ") has " +
-           FieldCount(fields.size()) + ", the header has " + std::to_string(columnNames_.size()));
+           FieldCount(fields.size()) + ", the header has " + std::to_string(columnNames_.size()) +
+           (hint ? "; if the numbers have decimal commas, separate the columns by ; or tabs" : ""));
   }
   for (const std::string& field : fields) {
     cells_ += field;

@@ -81,6 +81,9 @@ TableSummary SummariseTable(const CsvTable& table, Notes* notes) {
     }
   }
   NoteMovedCells(moved, notes);
+  if (table.Columns() == 1 && !summary.textColumns.empty()) {
+    notes->Add("the table has one column only, of text: columns are separated by commas, ; or tabs");
+  }
   if (summary.Empty().size() == static_cast<std::size_t>(table.Columns())) {
     throw Failure(ExitCode::BadData, table.Name() + ": every cell is missing");
   }
@@ -136,7 +139,7 @@ std::string DescribeJson(const CsvTable& table, const TableSummary& summary, con
 
 }  // namespace
 
-std::string RunDescribe(const DescribeOptions& options, Notes* notes) {
+std::string RunCommand(const DescribeOptions& options, Notes* notes) {
   const CsvTable table(ReadInput(options.table), InputName(options.table));
   const TableSummary summary = SummariseTable(table, notes);
   return options.json ? DescribeJson(table, summary, *notes) : DescribeText(table, summary);

@@ -3,9 +3,9 @@
 #include "app/DisplayText.h"
 #include "app/InputFile.h"
 #include "app/Json.h"
+#include "app/ModelFile.h"
 #include "app/Numbers.h"
 #include "app/Scaling.h"
-#include "app/StoredModel.h"
 
 namespace kalmia::app {
 
@@ -34,24 +34,14 @@ std::string LabelledNames(const std::string& label, const std::vector<std::strin
   return text + Labelled(text.empty() ? label : "", line);
 }
 
-std::string GroupsText(const StoredModel& model) {
+std::string GroupsText(const ModelFrame& model) {
   return std::to_string(model.groups) + " groups" +
          (model.groupColumn.empty() ? "" : " of column " + OneLine(model.groupColumn));
 }
 
-std::string RowsText(const StoredModel& model) {
+std::string RowsText(const ModelFrame& model) {
   return std::to_string(model.rowNames.size()) +
          (model.idColumn.empty() ? "" : ", named by column " + OneLine(model.idColumn));
-}
-
-std::string InfoText(const StoredModel& model, const std::string& file) {
-  return Labelled("Model file", file + ", version " + std::to_string(kModelFileVersion)) +
-         Labelled("Written by", "kalmia " + OneLine(model.writtenBy)) + Labelled("Fitted to", OneLine(model.table)) +
-         Labelled("Rows", RowsText(model)) + LabelledNames("Y", model.yNames) +
-         Labelled("X columns", std::to_string(model.xNames.size()) + ", " + ScalingText(model.scaling)) +
-         LabelledNames("", model.xNames) + Labelled("Cross-validation", GroupsText(model)) +
-         Labelled("Pooled deviation", Significant(model.pooledDeviation, kDigits) + " of X, in scaled units") + "\n" +
-         ComponentText(model.components, model.yNames) + "\n" + QualityText(model);
 }
 
 Json ColumnsJson(const std::vector<std::string>& names, const NCScale& scale) {
@@ -63,31 +53,60 @@ Json ColumnsJson(const std::vector<std::string>& names, const NCScale& scale) {
   return list;
 }
 
-std::string InfoJson(const StoredModel& model, const std::string& file) {
-  Json json = JsonHeader("kalmia-info");
+// What each kind of model shows of its own: its name, lines of the list, tables below it, and fields of the JSON
+// output.
+
+std::string KindName(const StoredPls& /*model*/) { return "PLS"; }
+
+const char* InfoFormat(const StoredPls& /*model*/) { return "kalmia-info"; }
+
+std::string OwnLines(const StoredPls& model) { return LabelledNames("Y", model.yNames); }
+
+std::string OwnTables(const StoredPls& model) {
+  return ComponentText(model.components, model.yNames) + "\n" + QualityText(model);
+}
+
+void AddOwnJson(const StoredPls& model, Json* json) {
+  (*json)["y"] = ColumnsJson(model.yNames, *model.yScale);
+  (*json)["components"] = ComponentJson(model.components, model.yNames);
+  (*json)["quality"] = QualityJson(model);
+}
+
+template <class Model>
+std::string InfoText(const Model& model, const std::string& file) {
+  return Labelled("Model file", file + ", version " + std::to_string(model.fileVersion)) +
+         Labelled("Kind", KindName(model)) + Labelled("Written by", "kalmia " + OneLine(model.writtenBy)) +
+         Labelled("Fitted to", OneLine(model.table)) + Labelled("Rows", RowsText(model)) + OwnLines(model) +
+         Labelled("X columns", std::to_string(model.xNames.size()) + ", " + ScalingText(model.scaling)) +
+         LabelledNames("", model.xNames) + Labelled("Cross-validation", GroupsText(model)) +
+         Labelled("Pooled deviation", Significant(model.pooledDeviation, kDigits) + " of X, in scaled units") + "\n" +
+         OwnTables(model);
+}
+
+template <class Model>
+std::string InfoJson(const Model& model, const std::string& file) {
+  Json json = JsonHeader(InfoFormat(model));
   json["model"] = file;
-  json["modelFileVersion"] = kModelFileVersion;
+  json["modelFileVersion"] = model.fileVersion;
   json["writtenBy"] = model.writtenBy;
   json["table"] = model.table;
   json["idColumn"] = model.idColumn.empty() ? Json(nullptr) : Json(model.idColumn);
   json["scaling"] = ScalingWord(model.scaling);
   json["x"] = ColumnsJson(model.xNames, *model.xScale);
-  json["y"] = ColumnsJson(model.yNames, *model.yScale);
   json["rows"] = model.rowNames;
   json["crossValidation"] = {{"groups", model.groups},
                              {"groupColumn", model.groupColumn.empty() ? Json(nullptr) : Json(model.groupColumn)}};
-  json["components"] = ComponentJson(model.components, model.yNames);
-  json["quality"] = QualityJson(model);
   json["pooledDeviation"] = JsonNumber(model.pooledDeviation);
+  AddOwnJson(model, &json);
   return JsonText(json);
 }
 
 }  // namespace
 
-std::string RunInfo(const InfoOptions& options) {
+std::string RunCommand(const InfoOptions& options, Notes* /*notes*/) {
   const std::string file = InputName(options.model);
   const StoredModel model = ReadModelFile(ReadInput(options.model), file);
-  return options.json ? InfoJson(model, file) : InfoText(model, file);
+  return std::visit([&](const auto& own) { return options.json ? InfoJson(own, file) : InfoText(own, file); }, model);
 }
 
 }  // namespace kalmia::app

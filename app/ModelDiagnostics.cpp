@@ -56,14 +56,13 @@ std::vector<double> VariableImportance(const NCPLS& model) {
   return weighted;
 }
 
-std::vector<double> HotellingT2(const NCPLS& model) {
-  const NCDataMatrix<float>& t = *model.GetTprim();
-  std::vector<double> distances(static_cast<std::size_t>(t.SizeColumns()), 0.0);
-  for (int a = 1; a <= t.SizeRows(); ++a) {
-    const auto mean = static_cast<double>(t[a].GetMean());
-    const auto variance = static_cast<double>(t[a].GetVariance());
+std::vector<double> HotellingT2(const NCDataMatrix<float>& tPrim) {
+  std::vector<double> distances(static_cast<std::size_t>(tPrim.SizeColumns()), 0.0);
+  for (int a = 1; a <= tPrim.SizeRows(); ++a) {
+    const auto mean = static_cast<double>(tPrim[a].GetMean());
+    const auto variance = static_cast<double>(tPrim[a].GetVariance());
     for (std::size_t i = 0; i < distances.size(); ++i) {
-      const float score = t[a][static_cast<int>(i) + 1];
+      const float score = tPrim[a][static_cast<int>(i) + 1];
       const double difference = score == static_cast<float>(kMissing) ? kNone : score - mean;
       distances[i] += difference * difference / variance;
     }

@@ -27,9 +27,10 @@ Coefficients CoefficientsInOriginalUnits(const NCPLS& model, const NCScale& xSca
 /// Source: Wold, Johansson & Cocchi (1993), in Kubinyi (ed.), 3D QSAR in Drug Design, 523-550.
 std::vector<double> VariableImportance(const NCPLS& model);
 
-/// Hotelling's T2 of each row, N cells: sum over a of (t_ia - mean_a)^2 / s_a^2, with mean and variance (divisor n - 1)
+/// Hotelling's T2 of each row, N cells, from the scores, one component a row:
+/// sum over a of (t_ia - mean_a)^2 / s_a^2, with mean and variance (divisor n - 1)
 /// of the scores of component a. Over all rows they sum to A (N - 1). A row with a missing score has none.
-std::vector<double> HotellingT2(const NCPLS& model);
+std::vector<double> HotellingT2(const NCDataMatrix<float>& tPrim);
 
 /// What is left of one row of X after A components.
 struct RowResidual {

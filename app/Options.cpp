@@ -1,10 +1,12 @@
 #include "app/Options.h"
 
 #include <CLI/CLI.hpp>
-#include <charconv>
-#include <map>
+#include <functional>
+#include <memory>
 #include <sstream>
+#include <utility>
 
+#include "app/CommandOptions.h"
 #include "app/DisplayText.h"
 #include "app/Failure.h"
 #include "app/Version.h"
@@ -12,52 +14,6 @@
 namespace kalmia::app {
 
 namespace {
-
-const std::map<std::string, NCScale::Scaling>& Scalings() {
-  static const std::map<std::string, NCScale::Scaling> scalings = {{"uv", NCScale::ScalingUnitVariance},
-                                                                   {"pareto", NCScale::ScalingPareto},
-                                                                   {"centre", NCScale::ScalingCentre},
-                                                                   {"none", NCScale::ScalingNone}};
-  return scalings;
-}
-
-std::optional<int> WholeNumber(const std::string& text) {
-  int number = 0;
-  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
-  if (error != std::errc() || end != text.data() + text.size()) return std::nullopt;
-  return number;
-}
-
-/// A whole number of at least `lowest`; `otherwise` says what else the option takes.
-int RequireNumber(const std::string& option, const std::string& text, int lowest, const std::string& otherwise) {
-  const std::optional<int> number = WholeNumber(text);
-  if (!number || *number < lowest) {
-    throw Failure(ExitCode::Usage, option + " takes a whole number from " + std::to_string(lowest) + " on" + otherwise +
-                                       ", not " + Quoted(text));
-  }
-  return *number;
-}
-
-NCScale::Scaling RequireScaling(const std::string& word) {
-  const auto found = Scalings().find(word);
-  if (found == Scalings().end()) {
-    throw Failure(ExitCode::Usage, "--scale takes uv, pareto, centre or none, not " + Quoted(word));
-  }
-  return found->second;
-}
-
-void RefuseStandardInputTwice(const std::string& a, const std::string& b) {
-  if (a == "-" && b == "-") throw Failure(ExitCode::Usage, "only one of the two files can be standard input");
-}
-
-/// An option that is there with nothing in it is a slip, as of a script whose variable is empty.
-void RefuseEmptyValues(const CLI::App& command) {
-  for (const CLI::Option* option : command.get_options()) {
-    for (const std::string& value : option->results()) {
-      if (value.empty()) throw Failure(ExitCode::Usage, option->get_name() + " needs a value, not an empty text");
-    }
-  }
-}
 
 constexpr auto kMainFooter =
     "Examples:\n"
@@ -68,147 +24,155 @@ constexpr auto kMainFooter =
     "Exit codes: 0 done, 1 bad data, 2 wrong usage, 3 a file cannot be read or written,\n"
     "130 stopped with Ctrl-C. 'kalmia COMMAND --help' tells more.";
 
-constexpr auto kPlsFooter =
-    "Examples:\n"
-    "  kalmia pls gasoline.csv --y octane --id sample --scale centre --save octane.model\n"
-    "  kalmia pls oil.csv --y yellow --y green --id sample --x Acidity..DK --csv results";
-
-/// What the parser fills, before the texts are made numbers.
-struct RawNumbers {
-  std::string components = "auto";
-  std::string groups = "7";
-  std::string scale = "uv";
-};
-
-/// An option of one word, shown as `--name WORD` in the help.
-template <class T>
-CLI::Option* AddOption(CLI::App* command, const std::string& name, T* value, const std::string& word,
-                       const std::string& help) {
-  return command->add_option(name, *value, help)->option_text(word);
+/// The options of every command that fits a model. The table is declared before, so that it comes first in the help.
+void DeclareFit(CommandOptions* command, FitOptions* options) {
+  command->Text("--id", "NAME", &options->id, "column that names the rows");
+  command->Text("--x", "FIRST..LAST", &options->x, "columns to model from (default: all others of numbers)");
+  command->Names("--exclude", &options->exclude, "columns to leave out of X; not with --x");
+  command->Exclude("--x", "--exclude");
+  command->Scaling("--scale", &options->scaling, "scaling of X: uv (default), pareto, centre or none");
+  command->NumberOrAuto("--components", 1, &options->components,
+                        "number of components; auto (default): as long as Q2 exceeds its limit");
+  command->Number("--groups", 2, &options->groups, "number of groups of the cross-validation (default: 7)");
+  command->Text("--group-column", "NAME", &options->groupColumn,
+                "column whose values are the groups; not with --groups");
+  command->Exclude("--groups", "--group-column");
+  command->Text("--save", "FILE", &options->save, "store the model");
+  command->Flag("--json", &options->json, "print JSON");
 }
 
-/// An option that may come several times; each time it takes one word, so that a file name can follow.
-CLI::Option* AddNames(CLI::App* command, const std::string& name, std::vector<std::string>* values,
-                      const std::string& help) {
-  return AddOption(command, name, values, "NAME", help)->allow_extra_args(false);
+void DeclarePls(CommandOptions* command, PlsOptions* options) {
+  command->File("TABLE", &options->table, "CSV table with a header");
+  command->Names("--y", &options->y, "column to model, always needed; several: repeat, or put commas between");
+  command->Require("--y");
+  DeclareFit(command, options);
+  command->Text("--csv", "DIR", &options->csvFolder, "write scores, loadings, coefficients and more as CSV files");
+  command->Examples(
+      "Examples:\n"
+      "  kalmia pls gasoline.csv --y octane --id sample --scale centre --save octane.model\n"
+      "  kalmia pls oil.csv --y yellow --y green --id sample --x Acidity..DK --csv results");
 }
 
-CLI::Option* AddFile(CLI::App* command, const std::string& name, std::string* value, const std::string& help) {
-  return AddOption(command, name, value, " ", help + "; - reads standard input")->required();
+void DeclarePredict(CommandOptions* command, PredictOptions* options) {
+  command->File("MODEL", &options->model, "file that --save has written");
+  command->File("TABLE", &options->table, "CSV table with columns named as the model's");
+  command->Text("--id", "NAME", &options->id, "column that names the rows (default: the model's, if it is there)");
+  command->Flag("--json", &options->json, "print JSON");
+  command->Text("--csv", "DIR", &options->csvFolder, "write predictions.csv");
+  command->Examples("Example:\n  kalmia predict octane.model new.csv");
 }
 
-void AddPls(CLI::App* app, PlsOptions* options, RawNumbers* raw) {
-  CLI::App* pls = app->add_subcommand("pls", "Fit a PLS model and judge every component by cross-validation");
-  AddFile(pls, "TABLE", &options->table, "CSV table with a header");
-  AddNames(pls, "--y", &options->y, "column to model; several: repeat, or put commas between")->required();
-  AddOption(pls, "--id", &options->id, "NAME", "column that names the rows");
-  auto* x = AddOption(pls, "--x", &options->x, "FIRST..LAST", "columns to model from (default: all others of numbers)");
-  AddNames(pls, "--exclude", &options->exclude, "columns to leave out of X; not with --x")->excludes(x);
-  AddOption(pls, "--scale", &raw->scale, "HOW", "scaling of X: uv (default), pareto, centre or none");
-  AddOption(pls, "--components", &raw->components, "N|auto",
-            "number of components; auto (default): as long as Q2 exceeds its limit");
-  auto* groups = AddOption(pls, "--groups", &raw->groups, "N", "number of groups of the cross-validation (default: 7)");
-  AddOption(pls, "--group-column", &options->groupColumn, "NAME",
-            "column whose values are the groups; not with --groups")
-      ->excludes(groups);
-  AddOption(pls, "--save", &options->save, "FILE", "store the model");
-  pls->add_flag("--json", options->json, "print JSON");
-  AddOption(pls, "--csv", &options->csvFolder, "DIR", "write scores, loadings, coefficients and more as CSV files");
-  pls->footer(kPlsFooter);
+void DeclareInfo(CommandOptions* command, InfoOptions* options) {
+  command->File("MODEL", &options->model, "file that --save has written");
+  command->Flag("--json", &options->json, "print JSON");
+  command->Examples("Example:\n  kalmia info octane.model");
 }
 
-void AddPredict(CLI::App* app, PredictOptions* options) {
-  CLI::App* predict = app->add_subcommand("predict", "Predict new rows with a stored model");
-  AddFile(predict, "MODEL", &options->model, "file that pls --save has written");
-  AddFile(predict, "TABLE", &options->table, "CSV table with columns named as the model's");
-  AddOption(predict, "--id", &options->id, "NAME", "column that names the rows (default: the model's, if it is there)");
-  predict->add_flag("--json", options->json, "print JSON");
-  AddOption(predict, "--csv", &options->csvFolder, "DIR", "write predictions.csv");
-  predict->footer("Example:\n  kalmia predict octane.model new.csv");
-}
-
-void AddInfo(CLI::App* app, InfoOptions* options) {
-  CLI::App* info = app->add_subcommand("info", "Show what a stored model holds");
-  AddFile(info, "MODEL", &options->model, "file that pls --save has written");
-  info->add_flag("--json", options->json, "print JSON");
-  info->footer("Example:\n  kalmia info octane.model");
-}
-
-void AddDescribe(CLI::App* app, DescribeOptions* options) {
-  CLI::App* describe = app->add_subcommand("describe", "Show counts, means and spread of the columns of a table");
-  AddFile(describe, "TABLE", &options->table, "CSV table with a header");
-  describe->add_flag("--json", options->json, "print JSON");
-  describe->footer("Example:\n  kalmia describe gasoline.csv");
+void DeclareDescribe(CommandOptions* command, DescribeOptions* options) {
+  command->File("TABLE", &options->table, "CSV table with a header");
+  command->Flag("--json", &options->json, "print JSON");
+  command->Examples("Example:\n  kalmia describe gasoline.csv");
 }
 
 std::string FirstLine(const std::string& text) { return text.substr(0, text.find('\n')); }
 
-void RefuseUnknownCommand(const CLI::App& app, int argc, const char* const* argv) {
-  if (argc < 2 || argv[1][0] == '-') return;
-  const std::string word = argv[1];
-  if (!app.get_subcommands([&word](const CLI::App* command) { return command->get_name() == word; }).empty()) return;
-  throw Failure(ExitCode::Usage, "there is no command " + Quoted(word) + "; see kalmia --help");
-}
+/// The program with its subcommands.
+class Program {
+ public:
+  Program() : app_("Latent-variable models of tables with missing cells.", "kalmia") {
+    app_.set_version_flag("--version", std::string("kalmia ") + kVersion, "print the version and end");
+    app_.require_subcommand(0, 1);
+    app_.footer(kMainFooter);
+    app_.set_help_flag("-h,--help", "print this text and end");  // subcommands inherit it
+    Add<PlsOptions>("pls", "Fit a PLS model and judge every component by cross-validation", DeclarePls);
+    Add<PredictOptions>("predict", "Predict new rows with a stored model", DeclarePredict);
+    Add<InfoOptions>("info", "Show what a stored model holds", DeclareInfo);
+    Add<DescribeOptions>("describe", "Show counts, means and spread of the columns of a table", DeclareDescribe);
+  }
 
-/// The command line that prints the help for what was asked.
-std::string HelpCommand(const CLI::App& app) {
-  std::string words = "kalmia ";
-  for (const CLI::App* command : app.get_subcommands()) words += command->get_name() + " ";
-  return words + "--help";
-}
+  Command Parse(int argc, const char* const* argv) {
+    CheckFirstWord(argc, argv);
+    for (const Subcommand& subcommand : subcommands_) {
+      if (argc > 1 && subcommand.options->Name() == argv[1]) subcommand.options->CheckWords({argv + 2, argv + argc});
+    }
+    try {
+      app_.parse(argc, argv);
+    } catch (const CLI::ParseError& way) {
+      if (way.get_exit_code() == 0) return AnswerOf(way);
+      TakeValues();  // says it better, if it is something that the checks there know
+      throw Failure(ExitCode::Usage, OneLine(FirstLine(way.what())) + "; see kalmia --help");
+    }
+    return TakeValues();
+  }
 
-/// What a way out of the parser that is no error prints: help or version.
-Answer AnswerOf(const CLI::App& app, const CLI::ParseError& way) {
-  std::ostringstream out;
-  std::ostringstream err;
-  app.exit(way, out, err);
-  return {out.str()};
+ private:
+  struct Subcommand {
+    std::unique_ptr<CommandOptions> options;
+    std::function<Command()> read;
+  };
+
+  template <class Options>
+  void Add(const char* name, const char* whatItDoes, void (*declare)(CommandOptions*, Options*)) {
+    auto values = std::make_shared<Options>();
+    auto options = std::make_unique<CommandOptions>(&app_, name, whatItDoes);
+    declare(options.get(), values.get());
+    subcommands_.push_back({std::move(options), [values]() -> Command { return *values; }});
+  }
+
+  Command TakeValues() const {
+    for (const Subcommand& subcommand : subcommands_) {
+      if (!subcommand.options->IsCalled()) continue;
+      subcommand.options->TakeValues();
+      return subcommand.read();
+    }
+    throw Failure(ExitCode::Usage, "kalmia needs one of the commands " + CommandNames() + "; see kalmia --help");
+  }
+
+  std::string CommandNames() const {
+    std::vector<std::string> names;
+    for (const Subcommand& subcommand : subcommands_) names.push_back(subcommand.options->Name());
+    return Listed(names);
+  }
+
+  void CheckFirstWord(int argc, const char* const* argv) const {
+    if (argc < 2) return;
+    const std::string word = argv[1];
+    for (const Subcommand& subcommand : subcommands_) {
+      if (subcommand.options->Name() == word) return;
+    }
+    for (const char* option : {"--help", "-h", "--version"}) {
+      if (word == option) return;
+    }
+    throw Failure(ExitCode::Usage,
+                  std::string(word.rfind('-', 0) == 0 ? "there is no option " : "there is no command ") + Quoted(word) +
+                      "; kalmia takes one of the commands " + CommandNames() +
+                      ", or --help, or --version; see kalmia --help");
+  }
+
+  /// What a way out of the parser that is no error prints: help or version.
+  Answer AnswerOf(const CLI::ParseError& way) const {
+    std::ostringstream out;
+    std::ostringstream err;
+    app_.exit(way, out, err);
+    return {out.str()};
+  }
+
+  CLI::App app_;
+  std::vector<Subcommand> subcommands_;
+};
+
+void RefuseStandardInputTwice(const Command& command) {
+  const auto* predict = std::get_if<PredictOptions>(&command);
+  if (predict == nullptr || predict->model != "-" || predict->table != "-") return;
+  throw Failure(ExitCode::Usage, "only one of MODEL and TABLE can be -, standard input; see kalmia predict --help");
 }
 
 }  // namespace
 
 Command ParseCommandLine(int argc, const char* const* argv) {
-  CLI::App app("Partial least squares on tables with missing cells.", "kalmia");
-  PlsOptions pls;
-  PredictOptions predict;
-  InfoOptions info;
-  DescribeOptions describe;
-  RawNumbers raw;
-  app.set_version_flag("--version", std::string("kalmia ") + kVersion, "print the version and end");
-  app.require_subcommand(1);
-  app.footer(kMainFooter);
-  app.set_help_flag("-h,--help", "print this text and end");  // subcommands inherit it
-  AddPls(&app, &pls, &raw);
-  AddPredict(&app, &predict);
-  AddInfo(&app, &info);
-  AddDescribe(&app, &describe);
-  RefuseUnknownCommand(app, argc, argv);
-  try {
-    app.parse(argc, argv);
-  } catch (const CLI::ParseError& error) {
-    if (error.get_exit_code() == 0) return AnswerOf(app, error);
-    throw Failure(ExitCode::Usage, OneLine(FirstLine(error.what())) + "; see " + HelpCommand(app));
-  }
-  for (const CLI::App* command : app.get_subcommands()) RefuseEmptyValues(*command);
-  if (app.got_subcommand("pls")) {
-    if (raw.components != "auto") pls.components = RequireNumber("--components", raw.components, 1, ", or auto");
-    pls.groups = RequireNumber("--groups", raw.groups, 2, "");
-    pls.scaling = RequireScaling(raw.scale);
-    return pls;
-  }
-  if (app.got_subcommand("predict")) {
-    RefuseStandardInputTwice(predict.model, predict.table);
-    return predict;
-  }
-  if (app.got_subcommand("info")) return info;
-  return describe;
-}
-
-std::string ScalingWord(NCScale::Scaling scaling) {
-  for (const auto& [word, value] : Scalings()) {
-    if (value == scaling) return word;
-  }
-  return "undefined";
+  Command command = Program().Parse(argc, argv);
+  RefuseStandardInputTwice(command);
+  return command;
 }
 
 }  // namespace kalmia::app

@@ -9,11 +9,12 @@
 
 namespace kalmia::app {
 
-struct PlsOptions {
+/// What all commands that fit a model take: the table, what of it is X, how X is scaled, how many components there are
+/// and how they are judged, and where the results go.
+struct FitOptions {
   std::string table;
-  std::vector<std::string> y;  ///< arguments of --y as given: names, or names with commas between them
-  std::string id;              ///< empty: rows are numbered
-  std::string x;               ///< FIRST..LAST; empty: all other columns of numbers
+  std::string id;  ///< empty: rows are numbered
+  std::string x;   ///< FIRST..LAST; empty: all other columns of numbers
   std::vector<std::string> exclude;
   NCScale::Scaling scaling = NCScale::ScalingUnitVariance;
   std::optional<int> components;  ///< nothing: as many as cross-validation finds
@@ -22,6 +23,10 @@ struct PlsOptions {
   std::string save;         ///< empty: the model is not stored
   bool json = false;
   std::string csvFolder;  ///< empty: no CSV files
+};
+
+struct PlsOptions : FitOptions {
+  std::vector<std::string> y;  ///< arguments of --y as given: names, or names with commas between them
 };
 
 struct PredictOptions {
@@ -51,8 +56,5 @@ using Command = std::variant<PlsOptions, PredictOptions, InfoOptions, DescribeOp
 
 /// Reads the command line. Throws Failure (Usage) with one line for anything that makes no sense.
 Command ParseCommandLine(int argc, const char* const* argv);
-
-/// The word that --scale takes for a scaling: uv, pareto, centre or none.
-std::string ScalingWord(NCScale::Scaling scaling);
 
 }  // namespace kalmia::app

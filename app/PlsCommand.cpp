@@ -1,48 +1,25 @@
-#include <filesystem>
-
 #include "app/Commands.h"
 #include "app/CsvTable.h"
+#include "app/FitFiles.h"
 #include "app/InputFile.h"
-#include "app/OutputFiles.h"
-#include "app/OutputPlaces.h"
+#include "app/ModelFile.h"
 #include "app/PlsCsvFiles.h"
 #include "app/PlsOutcome.h"
 #include "app/PlsReport.h"
 
 namespace kalmia::app {
 
-namespace {
-
-std::vector<FilePlace> Outputs(const PlsOptions& options) {
-  std::vector<FilePlace> places = PlacesInCsvFolder(options.csvFolder, PlsCsvFileNames());
-  if (!options.save.empty()) places.insert(places.begin(), {"--save", options.save});
-  return places;
-}
-
-}  // namespace
-
-std::string RunPls(const PlsOptions& options, Notes* notes) {
-  RefuseToOverwrite({{"the table", options.table}}, Outputs(options));
+std::string RunCommand(const PlsOptions& options, Notes* notes) {
+  RefuseToOverwriteTable(options, PlsCsvFileNames());
   const CsvTable table(ReadInput(options.table), InputName(options.table));
   const PlsOutcome outcome = ComputePls(table, options, notes);
-  OutputFiles files;
-  std::string saved;
-  std::vector<std::string> csvPaths;
+  FitFiles files;
   if (outcome.AnyKept()) {
-    if (!options.save.empty()) {
-      files.Stage(options.save, ModelFileBytes(outcome.model));
-      saved = options.save;
-    }
-    if (!options.csvFolder.empty()) {
-      files.MakeFolder(options.csvFolder);
-      for (const CsvFile& file : PlsCsvFiles(outcome)) {
-        csvPaths.push_back((std::filesystem::path(options.csvFolder) / file.name).string());
-        files.Stage(csvPaths.back(), file.bytes);
-      }
-    }
+    files = WriteFitFiles(
+        options, [&outcome] { return ModelFileBytes(outcome.model); }, [&outcome] { return PlsCsvFiles(outcome); });
+    if (!files.csv.empty()) NoteNoDistances(outcome.model, outcome.model.Components(), notes);
   }
-  files.Commit();
-  return options.json ? PlsJson(table, outcome, *notes, saved, csvPaths) : PlsText(outcome, saved, csvPaths);
+  return options.json ? PlsJson(table, outcome, *notes, files) : PlsText(outcome, files);
 }
 
 }  // namespace kalmia::app

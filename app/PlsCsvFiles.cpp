@@ -1,57 +1,16 @@
 #include "app/PlsCsvFiles.h"
 
-#include "app/CsvRecords.h"
+#include <limits>
+
 #include "app/ModelDiagnostics.h"
-#include "app/Numbers.h"
-#include "kalmia/containers/Missing.h"
 
 namespace kalmia::app {
 
 namespace {
 
-/// Writes lines of fields.
-class CsvText {
- public:
-  CsvText& Field(const std::string& text) {
-    if (!lineIsEmpty_) text_ += ',';
-    text_ += CsvField(text);
-    lineIsEmpty_ = false;
-    return *this;
-  }
-  CsvText& Number(const std::string& number) {  // needs no quotation marks, not even where it is empty
-    text_ += ',';
-    text_ += number;
-    return *this;
-  }
-  CsvText& Number(double value) { return Number(Shortest(value)); }
-  CsvText& Cell(float cell) { return Number(cell == static_cast<float>(kMissing) ? std::string() : Shortest(cell)); }
-  void EndLine() {
-    text_ += '\n';
-    lineIsEmpty_ = true;
-  }
-  const std::string& Text() const { return text_; }
+constexpr double kNone = std::numeric_limits<double>::quiet_NaN();
 
- private:
-  std::string text_;
-  bool lineIsEmpty_ = true;
-};
-
-/// One line for each name, one column for each component: a matrix with components in rows, turned.
-CsvFile ComponentsCsv(const std::string& name, const std::string& what, const std::string& symbol,
-                      const std::vector<std::string>& names, const NCDataMatrix<float>& prim) {
-  CsvText csv;
-  csv.Field(what);
-  for (int a = 1; a <= prim.SizeRows(); ++a) csv.Field(symbol + std::to_string(a));
-  csv.EndLine();
-  for (std::size_t i = 0; i < names.size(); ++i) {
-    csv.Field(names[i]);
-    for (int a = 1; a <= prim.SizeRows(); ++a) csv.Cell(prim[a][static_cast<int>(i) + 1]);
-    csv.EndLine();
-  }
-  return {name, csv.Text()};
-}
-
-CsvFile CoefficientsCsv(const StoredModel& model) {
+CsvFile CoefficientsCsv(const StoredPls& model) {
   const Coefficients coefficients = CoefficientsInOriginalUnits(*model.pls, *model.xScale, *model.yScale);
   CsvText csv;
   csv.Field("column");
@@ -68,7 +27,7 @@ CsvFile CoefficientsCsv(const StoredModel& model) {
   return {"coefficients.csv", csv.Text()};
 }
 
-CsvFile VipCsv(const StoredModel& model) {
+CsvFile VipCsv(const StoredPls& model) {
   const std::vector<double> vip = VariableImportance(*model.pls);
   CsvText csv;
   csv.Field("column").Field("VIP").EndLine();
@@ -76,17 +35,10 @@ CsvFile VipCsv(const StoredModel& model) {
   return {"vip.csv", csv.Text()};
 }
 
-CsvFile RowsCsv(const PlsOutcome& outcome) {
-  const std::vector<double> t2 = HotellingT2(*outcome.model.pls);
-  CsvText csv;
-  csv.Field("row").Field("T2").Field("distance").EndLine();
-  for (std::size_t i = 0; i < t2.size(); ++i) {
-    csv.Field(outcome.data.rowNames[i])
-        .Number(t2[i])
-        .Number(DistanceToModel(outcome.model, outcome.fitted[i]))
-        .EndLine();
-  }
-  return {"rows.csv", csv.Text()};
+std::vector<double> Distances(const StoredPls& model, const std::vector<RowPrediction>& rows) {
+  std::vector<double> distances;
+  for (const RowPrediction& row : rows) distances.push_back(DistanceToModel(model, model.Components(), row));
+  return distances;
 }
 
 CsvFile FitCsv(const PlsOutcome& outcome) {
@@ -98,7 +50,7 @@ CsvFile FitCsv(const PlsOutcome& outcome) {
     csv.Field(outcome.data.rowNames[i]);
     for (std::size_t j = 0; j < outcome.data.yNames.size(); ++j) {
       csv.Cell(outcome.data.y[static_cast<int>(i) + 1][static_cast<int>(j) + 1]);
-      csv.Number(outcome.fitted[i].y.empty() ? std::string() : Shortest(outcome.fitted[i].y[j]));
+      csv.Number(outcome.fitted[i].y.empty() ? kNone : outcome.fitted[i].y[j]);
     }
     csv.EndLine();
   }
@@ -115,7 +67,7 @@ CsvFile QCsv(const PlsOutcome& outcome) {
     const auto line = [&](const std::string& y, const YShare& share) {
       csv.Field(std::to_string(a + 1)).Field(y).Number(record.r2x).Number(record.r2xCum).Number(share.r2);
       csv.Number(share.r2Cum).Number(share.q2).Number(share.q2Cum).Number(record.q2Limit);
-      csv.Number(record.significant ? "yes" : "no").Number(record.kept ? "yes" : "no").EndLine();
+      csv.Field(record.significant ? "yes" : "no").Field(record.kept ? "yes" : "no").EndLine();
     };
     line("(all)", record.y);
     for (std::size_t j = 0; j < record.perY.size(); ++j) line(outcome.data.yNames[j], record.perY[j]);
@@ -126,7 +78,7 @@ CsvFile QCsv(const PlsOutcome& outcome) {
 }  // namespace
 
 std::vector<CsvFile> PlsCsvFiles(const PlsOutcome& outcome) {
-  const StoredModel& model = outcome.model;
+  const StoredPls& model = outcome.model;
   const NCPLS& pls = *model.pls;
   return {QCsv(outcome),
           ComponentsCsv("scores.csv", "row", "t", model.rowNames, *pls.GetTprim()),
@@ -137,33 +89,13 @@ std::vector<CsvFile> PlsCsvFiles(const PlsOutcome& outcome) {
           ComponentsCsv("y-weights.csv", "column", "c", model.yNames, *pls.GetCprim()),
           CoefficientsCsv(model),
           VipCsv(model),
-          RowsCsv(outcome),
+          RowsCsv(model.rowNames, HotellingT2(*pls.GetTprim()), Distances(model, outcome.fitted)),
           FitCsv(outcome)};
 }
 
 std::vector<std::string> PlsCsvFileNames() {
   return {"components.csv", "scores.csv",       "y-scores.csv", "loadings.csv", "weights.csv", "w-star.csv",
           "y-weights.csv",  "coefficients.csv", "vip.csv",      "rows.csv",     "fit.csv"};
-}
-
-CsvFile PredictionsCsv(const StoredModel& model, const std::vector<std::string>& rowNames,
-                       const std::vector<RowPrediction>& rows, const std::vector<std::vector<float>>& measured) {
-  CsvText csv;
-  csv.Field("row");
-  for (std::size_t j = 0; j < model.yNames.size(); ++j) {
-    if (!measured[j].empty()) csv.Field("measured " + model.yNames[j]);
-    csv.Field("predicted " + model.yNames[j]);
-  }
-  csv.Field("distance").Field("reason").EndLine();
-  for (std::size_t i = 0; i < rows.size(); ++i) {
-    csv.Field(rowNames[i]);
-    for (std::size_t j = 0; j < model.yNames.size(); ++j) {
-      if (!measured[j].empty()) csv.Cell(measured[j][i]);
-      csv.Number(rows[i].y.empty() ? std::string() : Shortest(rows[i].y[j]));
-    }
-    csv.Number(DistanceToModel(model, rows[i])).Field(rows[i].reason).EndLine();
-  }
-  return {kPredictionsFile, csv.Text()};
 }
 
 }  // namespace kalmia::app

@@ -21,6 +21,7 @@ namespace {
 /// What is left of X, as a share of its sum of squares, below which there is nothing but the rounding of float cells:
 /// some 2^-24 of each, squared.
 constexpr double kExhausted = 1e-14;
+constexpr auto kNothingLeft = "nothing is left of X";
 
 /// Sums of squares of a table and of what is left of it.
 struct SumOfSquares {
@@ -88,7 +89,7 @@ class Extraction {
       ++fit_.kept;
       fit_.crossValidatedResiduals = *crossValidation_->GetYPredResiduals();
       if (record.r2xCum >= 1.0 - kExhausted && fit_.kept < task_.mostComponents) {
-        fit_.endedEarly = "nothing is left of X";
+        fit_.endedEarly = kNothingLeft;
         break;
       }
     }
@@ -96,22 +97,31 @@ class Extraction {
   }
 
  private:
-  /// False if X and Y have nothing more in common.
+  /// False if X and Y have nothing more in common, or if nothing is left of X.
   bool Extract(int component) {
     sink_->BeginFit(component);
     try {
       fit_.model->NextComponent(&progress_, /*start=*/nullptr, /*quiet=*/false, /*strict=*/true);
-      return true;
     } catch (const NCError& error) {
       StopIfInterrupted();
-      const std::string reason = OneLine(static_cast<const char*>(error.GetMessage()));
-      fit_.endedEarly = reason;
-      if (component > 1) return false;
-      if (!task_.unitVariance) fit_.endedEarly += " (or their numbers are too small; try --scale uv)";
-      if (!task_.stopAtFirstFailure) {
-        throw Failure(ExitCode::BadData, "no component can be computed: " + fit_.endedEarly);
-      }
+      EndWith(OneLine(static_cast<const char*>(error.GetMessage())), "their", component);
       return false;
+    }
+    const NCDataVector<float>& p = fit_.model->GetPprim()->back();
+    if (p.GetNumMisVal() < p.Size()) return true;
+    // The scores are so small that nothing can be regressed on them.
+    DropNewest(*fit_.model->GetXResiduals(), *fit_.model->GetYResiduals());
+    EndWith(kNothingLeft, "its", component);
+    return false;
+  }
+
+  /// Says why there is no such component; having none at all is a failure where a number of them was asked for.
+  void EndWith(const std::string& reason, const std::string& whose, int component) {
+    fit_.endedEarly = reason;
+    if (component > 1) return;
+    if (!task_.unitVariance) fit_.endedEarly += " (or " + whose + " numbers are too small; try --scale uv)";
+    if (!task_.stopAtFirstFailure) {
+      throw Failure(ExitCode::BadData, "no component can be computed: " + fit_.endedEarly);
     }
   }
 

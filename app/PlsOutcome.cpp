@@ -1,33 +1,18 @@
 #include "app/PlsOutcome.h"
 
-#include <algorithm>
 #include <cmath>
 #include <limits>
 #include <utility>
 
-#include "app/DisplayText.h"
+#include "app/FitFrame.h"
+#include "app/FitReport.h"
 #include "app/PlsFit.h"
 #include "app/Scaling.h"
-#include "app/Version.h"
 #include "kalmia/containers/Missing.h"
 
 namespace kalmia::app {
 
 namespace {
-
-constexpr int kMostAutomaticComponents = 15;
-
-/// Components to extract at most.
-int MostComponents(const PlsData& data, const PlsOptions& options, Notes* notes) {
-  const int most = std::min(data.x.SizeRows() - 1, data.x.SizeColumns());
-  if (!options.components) return std::min(most, kMostAutomaticComponents);
-  if (*options.components > most) {
-    notes->Add(std::to_string(*options.components) + " components are cut to " + std::to_string(most) + ": there are " +
-               Counted(static_cast<std::size_t>(data.x.SizeRows()), "row") + " and " +
-               Counted(static_cast<std::size_t>(data.x.SizeColumns()), "X column"));
-  }
-  return std::min(*options.components, most);
-}
 
 /// sqrt(SSE / (n - 1 - A)) of Y column j (from 1) with the count n of its rows, from measured and fitted values.
 void JudgeFit(const PlsOutcome& outcome, int j, int components, YQuality* quality) {
@@ -57,28 +42,11 @@ double CrossValidatedError(const NCDataMatrix<float>& residuals, int j, double f
   return std::sqrt(sum / count);
 }
 
-void DescribeModel(const CsvTable& table, const PlsOptions& options, PlsOutcome* outcome) {
-  StoredModel& model = outcome->model;
-  model.writtenBy = kVersion;
-  model.table = table.Name();
-  model.idColumn = options.id;
-  model.groupColumn = options.groupColumn;
-  model.groups = outcome->data.rounds;
-  model.scaling = options.scaling;
-  model.xNames = outcome->data.xNames;
-  model.yNames = outcome->data.yNames;
-  model.rowNames = outcome->data.rowNames;
-}
-
 void JudgeModel(const NCDataMatrix<float>& crossValidatedResiduals, PlsOutcome* outcome) {
-  StoredModel& model = outcome->model;
+  StoredPls& model = outcome->model;
   const int components = model.Components();
   outcome->fitted = PredictRows(model, outcome->data.x);
-  std::vector<RowResidual> residuals;
-  for (const RowPrediction& row : outcome->fitted) {
-    if (row.reason.empty()) residuals.push_back(row.residual);
-  }
-  model.pooledDeviation = PooledDeviation(residuals, components);
+  model.pooledDeviation = PooledDeviationOf(outcome->fitted, components);
   for (int j = 1; j <= outcome->data.y.SizeColumns(); ++j) {
     YQuality quality;
     JudgeFit(*outcome, j, components, &quality);
@@ -87,32 +55,27 @@ void JudgeModel(const NCDataMatrix<float>& crossValidatedResiduals, PlsOutcome* 
   }
 }
 
-void NoteIterations(const std::vector<ComponentRecord>& components, Notes* notes) {
-  for (std::size_t a = 0; a < components.size(); ++a) {
-    if (components[a].iterations < kMaxIterations) continue;
-    notes->Add("component " + std::to_string(a + 1) + " was still moving after " + std::to_string(kMaxIterations) +
-               " iterations and is taken as it then was");
-  }
-}
-
 }  // namespace
 
 PlsOutcome ComputePls(const CsvTable& table, const PlsOptions& options, Notes* notes) {
   PlsOutcome outcome;
-  outcome.data = SelectPlsData(table, options, notes);
+  outcome.data = SelectData(table, options, options.y, notes);
   FitTask task;
   task.x = outcome.data.x;
   task.y = outcome.data.y;
   task.groups = outcome.data.groups;
   task.rounds = outcome.data.rounds;
-  task.mostComponents = MostComponents(outcome.data, options, notes);
+  task.mostComponents = MostComponents(outcome.data, options.components, notes);
   task.stopAtFirstFailure = !options.components;
   task.unitVariance = options.scaling == NCScale::ScalingUnitVariance;
-  DescribeModel(table, options, &outcome);
+  FillFrame(table, options, outcome.data, &outcome.model);
+  outcome.model.yNames = outcome.data.yNames;
   outcome.model.xScale = ScaleColumns(options.scaling, outcome.data.xNames, &task.x);
   outcome.model.yScale = ScaleColumns(ScalingOfY(options.scaling), outcome.data.yNames, &task.y);
-  PlsFit fit = FitPls(task);
-  NoteIterations(fit.components, notes);
+  PlsFit fit = FitOrNameLeftOut(outcome.data, [&task] { return FitPls(task); });
+  for (std::size_t a = 0; a < fit.components.size(); ++a) {
+    NoteIterations(a + 1, fit.components[a].iterations, kMaxIterations, notes);
+  }
   outcome.components = fit.components;
   outcome.endedEarly = fit.endedEarly;
   fit.components.resize(static_cast<std::size_t>(fit.kept));

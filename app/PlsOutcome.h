@@ -5,8 +5,8 @@
 
 #include "app/ComponentRecord.h"
 #include "app/CsvTable.h"
+#include "app/ModelData.h"
 #include "app/Options.h"
-#include "app/PlsData.h"
 #include "app/Prediction.h"
 #include "app/StoredModel.h"
 
@@ -14,17 +14,17 @@ namespace kalmia::app {
 
 /// All that `kalmia pls` has to report.
 struct PlsOutcome {
-  PlsData data;
+  ModelData data;
   std::vector<ComponentRecord> components;  ///< the kept ones, and the one that failed if `auto` ended with it
   std::string endedEarly;                   ///< why there are fewer components than asked for; empty if there are not
-  StoredModel model;                        ///< without components, and not to be used, where none is kept
+  StoredPls model;                          ///< without components, and not to be used, where none is kept
   std::vector<RowPrediction> fitted;        ///< of the training rows, by the stored model
 
   bool AnyKept() const { return model.Components() > 0; }
 };
 
 /// Fits the model that the options ask for and judges it. Adds notes about what was cut.
-/// Throws Failure as SelectPlsData and FitPls do.
+/// Throws Failure as SelectData and FitPls do.
 PlsOutcome ComputePls(const CsvTable& table, const PlsOptions& options, Notes* notes);
 
 }  // namespace kalmia::app

@@ -13,16 +13,15 @@ namespace {
 
 /// Why a row of `present` among `variables` cells has no score in a component (from 1).
 std::string ReasonFor(int present, int variables, int component) {
-  if (present == 0) return "none of its " + std::to_string(variables) + " X cells is present";
-  const std::string have = "only " + std::to_string(present) + " of its " + std::to_string(variables) + " X cells " +
-                           (present == 1 ? "is" : "are") + " present";
+  const std::string have = PresentCellsText(present, variables);
+  if (present == 0) return have;
   if (present < component) return have + ", too few for component " + std::to_string(component);
   return have + ", and they say nothing about component " + std::to_string(component);
 }
 
 }  // namespace
 
-std::vector<RowPrediction> PredictRows(const StoredModel& model, NCDataMatrix<float> x) {
+std::vector<RowPrediction> PredictRows(const StoredPls& model, NCDataMatrix<float> x) {
   ApplyScale(model.xScale.get(), &x);
   std::vector<RowPrediction> rows(static_cast<std::size_t>(x.SizeRows()));
   const NCPLS& pls = *model.pls;
@@ -50,9 +49,27 @@ std::vector<RowPrediction> PredictRows(const StoredModel& model, NCDataMatrix<fl
   return rows;
 }
 
-double DistanceToModel(const StoredModel& model, const RowPrediction& row) {
+double DistanceToModel(const ModelFrame& model, int components, const RowFit& row) {
   if (!row.reason.empty()) return std::numeric_limits<double>::quiet_NaN();
-  return ResidualDeviation(row.residual, model.Components()) / model.pooledDeviation;
+  return ResidualDeviation(row.residual, components) / model.pooledDeviation;
+}
+
+void NoteNoDistances(const ModelFrame& model, int components, Notes* notes) {
+  const std::string none = "no row has a distance to the model: ";
+  if (static_cast<std::size_t>(components) >= model.xNames.size()) {
+    notes->Add(none + "with as many components as X columns, " + std::to_string(components) +
+               ", nothing of X is left to measure it by");
+  } else if (std::isnan(model.pooledDeviation)) {
+    notes->Add(none + "no training row has more cells than the model has components");
+  } else if (model.pooledDeviation == 0.0) {
+    notes->Add(none + "the model describes its training rows without a rest");
+  }
+}
+
+std::string PresentCellsText(int present, int variables) {
+  const std::string of = " of its " + std::to_string(variables) + " X cells ";
+  if (present == 0) return "none" + of + "is present";
+  return "only " + std::to_string(present) + of + (present == 1 ? "is" : "are") + " present";
 }
 
 }  // namespace kalmia::app

@@ -4,28 +4,49 @@
 #include <vector>
 
 #include "app/ModelDiagnostics.h"
+#include "app/Notes.h"
 #include "app/StoredModel.h"
 #include "kalmia/containers/NCDataMatrix.h"
 
 namespace kalmia::app {
 
-/// Share of the X cells that a row may lack; the same as in cross-validation. A row also needs one cell more than
-/// components came before.
+/// Share of the X cells that a row may lack; the same as in cross-validation. A row of PLS also needs one cell more
+/// than components came before.
 constexpr float kMissingTolerance = 0.9999F;
 
-/// What a model says of one row.
-struct RowPrediction {
+/// What a model leaves of one row.
+struct RowFit {
+  RowResidual residual;  ///< of X, after all components
+  std::string reason;    ///< why nothing can be said of the row; empty otherwise
+};
+
+/// What a PLS model says of one row.
+struct RowPrediction : RowFit {
   std::vector<double> y;  ///< in the units of the file, one for each Y column; empty where nothing can be predicted
-  RowResidual residual;   ///< of X, after all components
-  std::string reason;     ///< why nothing can be predicted; empty otherwise
 };
 
 /// Predicts the rows of a table that has the model's X columns in the model's order, in the units of the file, and -99
 /// for what is missing. The same rows give the same bits, alone or among others, with a model just fitted or stored.
-std::vector<RowPrediction> PredictRows(const StoredModel& model, NCDataMatrix<float> x);
+std::vector<RowPrediction> PredictRows(const StoredPls& model, NCDataMatrix<float> x);
 
-/// A row's distance to the model: its residual deviation over the pooled one of the training rows; not a number for a
-/// row that has no more cells than the model has components, or cannot be predicted.
-double DistanceToModel(const StoredModel& model, const RowPrediction& row);
+/// The pooled deviation of the training rows, those that have one: what distances to the model are measured by.
+template <class Row>
+double PooledDeviationOf(const std::vector<Row>& rows, int components) {
+  std::vector<RowResidual> residuals;
+  for (const Row& row : rows) {
+    if (row.reason.empty()) residuals.push_back(row.residual);
+  }
+  return PooledDeviation(residuals, components);
+}
+
+/// A row's distance to a model of `components` components: its residual deviation over the pooled one of the training
+/// rows; not a number for a row that has no more cells than there are components, or of which nothing can be said.
+double DistanceToModel(const ModelFrame& model, int components, const RowFit& row);
+
+/// Says once why no row has a distance to the model, where that is so.
+void NoteNoDistances(const ModelFrame& model, int components, Notes* notes);
+
+/// "none of its 5 X cells is present" or "only 2 of its 5 X cells are present".
+std::string PresentCellsText(int present, int variables);
 
 }  // namespace kalmia::app

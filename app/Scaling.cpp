@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <iterator>
 #include <limits>
 
 #include "app/DisplayText.h"
@@ -45,14 +46,31 @@ bool MoveLostCells(const NCScale& scale, NCDataMatrix<float>* matrix) {
   return any;
 }
 
-void Fit(const std::vector<std::string>& names, NCDataMatrix<float> matrix, NCScale* scale) {
+/// Fits the scaling to the matrix and scales that.
+void Fit(const std::vector<std::string>& names, NCScale* scale, NCDataMatrix<float>* matrix) {
   try {
-    scale->ScaleMatrix(&matrix, /*newModel=*/true);
+    scale->ScaleMatrix(matrix, /*newModel=*/true);
   } catch (const NCScaleError& error) {
     const std::string& name = names[static_cast<std::size_t>(error.Column - 1)];
     throw Failure(ExitCode::BadData, "column " + Quoted(name) +
                                          " cannot be scaled: " + OneLine(static_cast<const char*>(error.GetMessage())));
   }
+}
+
+struct ScalingName {
+  NCScale::Scaling scaling;
+  const char* word;
+  const char* text;
+};
+
+constexpr ScalingName kScalingNames[] = {{NCScale::ScalingUnitVariance, "uv", "scaled to unit variance"},
+                                         {NCScale::ScalingPareto, "pareto", "Pareto scaled"},
+                                         {NCScale::ScalingCentre, "centre", "centred"},
+                                         {NCScale::ScalingNone, "none", "as it is"}};
+
+const ScalingName& NameOf(NCScale::Scaling scaling) {
+  return *std::find_if(std::begin(kScalingNames), std::end(kScalingNames),
+                       [scaling](const ScalingName& name) { return name.scaling == scaling; });
 }
 
 /// A present cell scaled; the next float below where a step of it gives the missing value.
@@ -84,16 +102,29 @@ NCDataMatrix<float> WithLostCells(const NCScale& scale, const NCDataMatrix<float
   return whole;
 }
 
+/// The scaled table, with the cells in it that scaling lost.
+void KeepAllCells(const NCScale& scale, const NCDataMatrix<float>& before, NCDataMatrix<float>* scaled) {
+  if (AnyLost(before, *scaled)) *scaled = WithLostCells(scale, before, *scaled);
+}
+
 }  // namespace
 
 std::unique_ptr<NCScale> ScaleColumns(NCScale::Scaling type, const std::vector<std::string>& names,
                                       NCDataMatrix<float>* matrix) {
   auto scale = std::make_unique<NCScale>(matrix->SizeColumns());
   for (int c = 1; c <= matrix->SizeColumns(); ++c) scale->SetType(c, type);
-  NCDataMatrix<float> fitted = *matrix;
+  const NCDataMatrix<float> measured = *matrix;
+  Fit(names, scale.get(), matrix);
+  NCDataMatrix<float> moved = measured;
+  if (!MoveLostCells(*scale, &moved)) {
+    KeepAllCells(*scale, measured, matrix);
+    return scale;
+  }
   do {
-    Fit(names, fitted, scale.get());
-  } while (MoveLostCells(*scale, &fitted));
+    NCDataMatrix<float> scaled = moved;
+    Fit(names, scale.get(), &scaled);
+  } while (MoveLostCells(*scale, &moved));
+  *matrix = measured;
   ApplyScale(scale.get(), matrix);
   return scale;
 }
@@ -101,12 +132,23 @@ std::unique_ptr<NCScale> ScaleColumns(NCScale::Scaling type, const std::vector<s
 void ApplyScale(NCScale* scale, NCDataMatrix<float>* matrix) {
   const NCDataMatrix<float> before = *matrix;
   scale->ScaleMatrix(matrix, /*newModel=*/false);
-  if (AnyLost(before, *matrix)) *matrix = WithLostCells(*scale, before, *matrix);
+  KeepAllCells(*scale, before, matrix);
 }
 
 NCScale::Scaling ScalingOfY(NCScale::Scaling scalingOfX) {
   return scalingOfX == NCScale::ScalingUnitVariance ? NCScale::ScalingUnitVariance : NCScale::ScalingCentre;
 }
+
+std::string ScalingWord(NCScale::Scaling scaling) { return NameOf(scaling).word; }
+
+std::optional<NCScale::Scaling> ScalingOfWord(const std::string& word) {
+  for (const ScalingName& name : kScalingNames) {
+    if (word == name.word) return name.scaling;
+  }
+  return std::nullopt;
+}
+
+std::string ScalingText(NCScale::Scaling scaling) { return NameOf(scaling).text; }
 
 double CentreOf(const NCScale& scale, int variable) {
   const double centre = (*scale.GetCentres())[variable];

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -22,6 +23,13 @@ void ApplyScale(NCScale* scale, NCDataMatrix<float>* matrix);
 
 /// The scaling of Y that goes with one of X: unit variance with unit variance, else centring alone.
 NCScale::Scaling ScalingOfY(NCScale::Scaling scalingOfX);
+
+/// The word of --scale for a scaling, and back: uv, pareto, centre or none. Nothing for any other word.
+std::string ScalingWord(NCScale::Scaling scaling);
+std::optional<NCScale::Scaling> ScalingOfWord(const std::string& word);
+
+/// "scaled to unit variance" and the like, for a reader.
+std::string ScalingText(NCScale::Scaling scaling);
 
 /// Centre and factor of a variable (from 1); 0 and 1 where it is not centred or not multiplied.
 double CentreOf(const NCScale& scale, int variable);

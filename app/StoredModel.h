@@ -2,7 +2,7 @@
 
 #include <memory>
 #include <string>
-#include <string_view>
+#include <variant>
 #include <vector>
 
 #include "app/ComponentRecord.h"
@@ -11,6 +11,24 @@
 
 namespace kalmia::app {
 
+/// Version of the model file that this command writes; it reads this one and all before it.
+constexpr int kModelFileVersion = 2;
+
+/// What a stored model has whatever its kind: where it comes from, and what turns new rows of a table into its X.
+struct ModelFrame {
+  int fileVersion = kModelFileVersion;  ///< of the file that it was read from
+  std::string writtenBy;                ///< version of the command
+  std::string table;                    ///< file that it was fitted to
+  std::string idColumn;                 ///< column that named the rows; empty if they were numbered
+  std::string groupColumn;              ///< column of the cross-validation groups; empty for every n-th row
+  int groups = 0;
+  NCScale::Scaling scaling = NCScale::ScalingUnitVariance;
+  std::vector<std::string> xNames;
+  std::vector<std::string> rowNames;
+  std::unique_ptr<NCScale> xScale;
+  double pooledDeviation = 0.0;  ///< pooled s of the training rows
+};
+
 /// How well a Y column is fitted, in its own units.
 struct YQuality {
   int rows = 0;         ///< rows with a measured and a fitted value
@@ -18,35 +36,20 @@ struct YQuality {
   double rmsecv = 0.0;  ///< root mean square of the cross-validated residuals of the last kept component
 };
 
-/// A fitted model with everything that turns new rows of a table into predictions.
-struct StoredModel {
-  std::string writtenBy;    ///< version of the command
-  std::string table;        ///< file that it was fitted to
-  std::string idColumn;     ///< column that named the rows; empty if they were numbered
-  std::string groupColumn;  ///< column of the cross-validation groups; empty for every n-th row
-  int groups = 0;
-  NCScale::Scaling scaling = NCScale::ScalingUnitVariance;
-  std::vector<std::string> xNames;
+/// A PLS model with everything that turns new rows of a table into predictions.
+struct StoredPls : ModelFrame {
+  static constexpr int kKind = 1;
+
   std::vector<std::string> yNames;
-  std::vector<std::string> rowNames;
-  std::unique_ptr<NCScale> xScale;
   std::unique_ptr<NCScale> yScale;
   std::unique_ptr<NCPLS> pls;
   std::vector<ComponentRecord> components;  ///< one for each component of the model
   std::vector<YQuality> quality;            ///< one for each Y column
-  double pooledDeviation = 0.0;             ///< pooled s of the training rows
 
   int Components() const { return static_cast<int>(components.size()); }
 };
 
-/// Version of the model file that this command writes; it reads this one and all before it.
-constexpr int kModelFileVersion = 1;
-
-/// The bytes of a model file: magic, version, length, checksum, content. docs/command.md describes them.
-std::string ModelFileBytes(const StoredModel& model);
-
-/// Reads them back. Throws Failure (Files): no model, cut, damaged, or of a newer version; `name` is how messages call
-/// the file.
-StoredModel ReadModelFile(std::string_view bytes, const std::string& name);
+/// A model of any kind. Each kind has its number in the file, kKind, its frame, and Components().
+using StoredModel = std::variant<StoredPls>;
 
 }  // namespace kalmia::app

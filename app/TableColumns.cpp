@@ -30,6 +30,7 @@ constexpr auto kMissingCell = static_cast<float>(kMissing);
   } else if (ReadCell(cell, !table.DecimalComma()).kind == CellKind::Number) {
     what += table.DecimalComma() ? " is no number in a table with decimal commas"
                                  : " is no number in a table with decimal points";
+    if (table.Separator() == ',') what += " (decimal commas take ; or tabs between the columns)";
   } else {
     what += " is not a number";
   }
@@ -55,6 +56,12 @@ std::vector<int> Sequence(int first, int last) {
 }
 
 }  // namespace
+
+std::string SeparatorHint(const CsvTable& table) {
+  if (table.Columns() > 1) return "";
+  return "; the table has one column only, " + Quoted(table.ColumnNames().front()) +
+         " (columns are separated by commas, ; or tabs)";
+}
 
 ColumnKind KindOfColumn(const CsvTable& table, int column) {
   bool words = false;
@@ -100,7 +107,7 @@ void NoteMovedCells(int moved, Notes* notes) {
 
 int RequireColumn(const CsvTable& table, const std::string& name) {
   const int column = table.Find(name);
-  if (column < 0) Refuse(table, "there is no column " + Quoted(name));
+  if (column < 0) Refuse(table, "there is no column " + Quoted(name) + SeparatorHint(table));
   return column;
 }
 

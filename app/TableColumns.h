@@ -14,6 +14,9 @@ enum class ColumnKind { Numbers, Texts, Empty };
 
 ColumnKind KindOfColumn(const CsvTable& table, int column);
 
+/// What to look at where a name is not found in a table that turned out to have one column only; empty for any other.
+std::string SeparatorHint(const CsvTable& table);
+
 /// The cells of a column as numbers, missing ones as the library's missing value. A cell measured as exactly that value
 /// becomes the next float below it, and is counted in `moved`.
 /// Throws Failure (BadData) with row, column and text of a cell that is neither a number nor missing, infinite or

@@ -16,23 +16,13 @@ namespace {
 
 using namespace kalmia::app;
 
-struct Run {
-  Notes* notes;
-
-  std::string operator()(const PlsOptions& options) const { return RunPls(options, notes); }
-  std::string operator()(const PredictOptions& options) const { return RunPredict(options, notes); }
-  std::string operator()(const InfoOptions& options) const { return RunInfo(options); }
-  std::string operator()(const DescribeOptions& options) const { return RunDescribe(options, notes); }
-  std::string operator()(const Answer& answer) const { return answer.text; }
-};
-
 void PrintError(const std::string& message) { std::cerr << "kalmia: " << message << std::endl; }
 
 void RunCommandLine(int argc, char** argv) {
   const Command command = ParseCommandLine(argc, argv);
   CatchSignals();
   Notes notes;
-  const std::string output = std::visit(Run{&notes}, command);
+  const std::string output = std::visit([&notes](const auto& options) { return RunCommand(options, &notes); }, command);
   for (const std::string& line : notes.Lines()) std::cerr << "note: " << line << '\n';
   std::cerr.flush();
   WriteStandardOutput(output);

@@ -34,7 +34,7 @@ TEST(Info, ShowsVersionScalingNamesAndQ2OfAStoredModel) {
                        .Json();
   const CommandResult text = RunKalmia({"info", model});
   EXPECT_EQ(text.exitCode, 0);
-  for (const std::string& part : std::vector<std::string>{"version 1", kWrittenBy, "Pareto scaled", "x1, x2, x3, x4",
+  for (const std::string& part : std::vector<std::string>{"version 2", kWrittenBy, "Pareto scaled", "x1, x2, x3, x4",
                                                           "5 groups", "Q2 cum", "named by column name"}) {
     EXPECT_THAT(text.output, HasSubstr(part));
   }
@@ -158,6 +158,13 @@ TEST(CommandLine, TakesOptionsAndFilesInAnyOrder) {
   const json first = RunKalmia({"pls", path, "--y", "y", "--id", "name", "--json"}).Json();
   EXPECT_EQ(RunKalmia({"pls", "--json", "--id=name", "--y", "y", path}).Json(), first);
   EXPECT_EQ(RunKalmia({"pls", "--exclude", "x4", "--y", "y", path, "--json"}).exitCode, 0);
+}
+
+TEST(Describe, SaysSoWhereTheSeparatorSeemsToBeAnother) {
+  const CommandResult blanks = RunKalmia({"describe", "-"}, "x y\n1 2\n3 4\n");
+  EXPECT_EQ(blanks.exitCode, 0);
+  EXPECT_EQ(blanks.error, "note: the table has one column only, of text: columns are separated by commas, ; or tabs\n");
+  EXPECT_EQ(RunKalmia({"describe", "-"}, "x\n1\n3\n").error, "");
 }
 
 }  // namespace

@@ -8,8 +8,8 @@
 #include "CommandRun.h"
 #include "TestTables.h"
 #include "app/Failure.h"
+#include "app/ModelFile.h"
 #include "app/Prediction.h"
-#include "app/StoredModel.h"
 #include "kalmia/support/MD5.h"
 
 namespace {
@@ -19,7 +19,7 @@ using kalmia::app::Failure;
 using kalmia::app::ModelFileBytes;
 using kalmia::app::PredictRows;
 using kalmia::app::ReadModelFile;
-using kalmia::app::StoredModel;
+using kalmia::app::StoredPls;
 using ::testing::HasSubstr;
 
 constexpr std::size_t kLengthAt = 12;  ///< where in the file the length of the content stands
@@ -68,7 +68,8 @@ TEST(ModelFile, IsTheSameForTheSameTable) {
 }
 
 TEST(ModelFile, HoldsNamesScalingModelAndHistory) {
-  const StoredModel model = ReadModelFile(SmallModelFile(), "m");
+  const auto read = ReadModelFile(SmallModelFile(), "m");
+  const auto& model = std::get<StoredPls>(read);
   EXPECT_EQ(model.xNames, (std::vector<std::string>{"x1", "x2", "x3"}));
   EXPECT_EQ(model.yNames, (std::vector<std::string>{"y1", "y2"}));
   EXPECT_EQ(model.rowNames.size(), 8U);
@@ -78,6 +79,38 @@ TEST(ModelFile, HoldsNamesScalingModelAndHistory) {
   EXPECT_EQ(model.components[1].perY.size(), 2U);
   EXPECT_EQ(model.pls->GetPprim()->SizeRows(), 2);
   EXPECT_GT(model.components[0].iterations, 0);
+}
+
+/// oliveoil.csv, yellow and green on all other columns, two components, as the first version of the file stored it.
+std::string FileOfVersion1() { return std::string(KALMIA_OLD_FILES_DIR) + "/pls-version-1.kalmia"; }
+
+TEST(ModelFile, OfTheFirstVersionIsReadAsThePlsModelThatItIs) {
+  const ScratchFolder folder;
+  const std::string table = ExampleTable("oliveoil.csv");
+  const std::string fresh = folder.Path("m");
+  ASSERT_EQ(
+      RunKalmia({"pls", table, "--y", "yellow,green", "--id", "sample", "--components", "2", "--save", fresh}).exitCode,
+      0);
+  const auto ofVersion1 = RunKalmia({"predict", FileOfVersion1(), table, "--json"});
+  ASSERT_EQ(ofVersion1.exitCode, 0) << ofVersion1.error;
+  EXPECT_EQ(ofVersion1.Json()["rows"], RunKalmia({"predict", fresh, table, "--json"}).Json()["rows"]);
+  const auto info = RunKalmia({"info", FileOfVersion1(), "--json"}).Json();
+  const auto freshInfo = RunKalmia({"info", fresh, "--json"}).Json();
+  EXPECT_EQ(info["modelFileVersion"], 1);
+  EXPECT_EQ(freshInfo["modelFileVersion"], 2);
+  for (const char* field : {"x", "y", "rows", "components", "quality", "pooledDeviation", "scaling", "idColumn"}) {
+    EXPECT_EQ(info[field], freshInfo[field]) << field;
+  }
+}
+
+TEST(ModelFile, OfAKindThatIsNotKnownIsRefused) {
+  std::string bytes = SmallModelFile();
+  // The kind ends the general entry: behind the scaling, 4 for unit variance.
+  const std::string scalingAndKind("\4\0\0\0\1\0\0\0", 8);
+  const std::size_t at = bytes.find(scalingAndKind);
+  ASSERT_NE(at, std::string::npos);
+  bytes[at + 4] = 99;
+  EXPECT_THAT(Refusal(WithMatchingChecksum(bytes)), HasSubstr("its parts do not fit together"));
 }
 
 TEST(ModelFile, IsRefusedWhenCutAtAnyByte) {
@@ -110,8 +143,8 @@ TEST(ModelFile, EndsInAFailureOrAModelThatPredictsWhenForged) {
       std::string bytes = original;
       bytes[i] = static_cast<char>(bytes[i] ^ static_cast<char>(1U << bit));
       try {
-        const StoredModel model = ReadModelFile(WithMatchingChecksum(bytes), "m");
-        EXPECT_EQ(PredictRows(model, x).size(), 2U);
+        const auto model = ReadModelFile(WithMatchingChecksum(bytes), "m");
+        EXPECT_EQ(PredictRows(std::get<StoredPls>(model), x).size(), 2U);
         ++read;
       } catch (const Failure& failure) {
         EXPECT_THAT(failure.what(), HasSubstr("m is damaged: its parts do not fit together"));
@@ -133,8 +166,8 @@ TEST(ModelFile, EndsInAFailureWhenItsContentIsCutByAForger) {
 TEST(ModelFile, IsRefusedForWhatIsWrong) {
   const std::string bytes = SmallModelFile();
   std::string newer = bytes;
-  newer[8] = 2;
-  EXPECT_EQ(Refusal(newer), "m is a model file of version 2; this kalmia reads versions up to 1");
+  newer[8] = 3;
+  EXPECT_EQ(Refusal(newer), "m is a model file of version 3; this kalmia reads versions up to 2");
   std::string none = bytes;
   none[8] = 0;
   EXPECT_EQ(Refusal(none), "m is damaged: there is no version 0");

@@ -318,4 +318,25 @@ TEST(Pls, TakesNamesThatAreNoUtf8) {
   EXPECT_THAT(Names(fit["x"]["columns"]), ElementsAre("\xEF\xBF\xBD"));
 }
 
+TEST(Pls, KeepsNoComponentOfAnXTooSmallToBeRegressedOn) {
+  const std::string table = "x,z,y\n1e-16,3e-16,1\n2e-16,2e-16,2\n3e-16,5e-16,2.5\n5e-16,4e-16,4\n";
+  const CommandResult run = RunKalmia({"pls", "-", "--y", "y", "--scale", "centre", "--groups", "4"}, table);
+  EXPECT_EQ(run.exitCode, 0);
+  EXPECT_THAT(run.output, HasSubstr("No component is kept: none can be computed, nothing is left of X (or its numbers "
+                                    "are too small; try --scale uv)"));
+  const json scaled = RunKalmia({"pls", "-", "--y", "y", "--groups", "4", "--json"}, table).Json();
+  EXPECT_GT(scaled["kept"], 0);
+}
+
+TEST(Pls, EndsWhereWhatIsLeftOfXIsTooSmallToBeRegressedOn) {
+  // The columns run together but for a part in a million: of a sum of squares of 1e-25 some 1e-37 is left.
+  const std::string table =
+      "x,z,y\n1e-13,1.000001e-13,1\n2e-13,2e-13,2\n3e-13,3.000001e-13,2.5\n5e-13,4.999999e-13,4\n";
+  const json result =
+      RunKalmia({"pls", "-", "--y", "y", "--scale", "centre", "--components", "2", "--json"}, table).Json();
+  EXPECT_EQ(result["kept"], 1);
+  EXPECT_EQ(result["components"].size(), 1U);
+  EXPECT_EQ(result["endedEarly"], "nothing is left of X");
+}
+
 }  // namespace

@@ -98,6 +98,24 @@ TEST_F(Predict, HasNoDistanceWhereARowHasNoMoreCellsThanComponents) {
   EXPECT_TRUE(rows[1]["distance"].is_number());
 }
 
+TEST_F(Predict, SaysOnceWhyNoRowHasADistanceWhereEveryColumnHasAComponent) {
+  const std::string table = folder_.Write("t.csv", LinearTable(30, 3, 6));
+  const std::string model = folder_.Path("full");
+  const CommandResult fit = RunKalmia({"pls", table, "--y", "y", "--id", "name", "--components", "3", "--save", model});
+  ASSERT_EQ(fit.exitCode, 0) << fit.error;
+  EXPECT_EQ(fit.error, "");
+  const char* note =
+      "note: no row has a distance to the model: with as many components as X columns, 3, nothing of X is left to "
+      "measure it by\n";
+  const CommandResult run = RunKalmia({"predict", model, table, "--json"});
+  ASSERT_EQ(run.exitCode, 0) << run.error;
+  EXPECT_EQ(run.error, note);
+  EXPECT_EQ(run.Json()["rows"][0]["distance"], nullptr);
+  EXPECT_EQ(
+      RunKalmia({"pls", table, "--y", "y", "--id", "name", "--components", "3", "--csv", folder_.Path("d")}).error,
+      note);
+}
+
 TEST_F(Predict, PutsRowsUnlikeTheTrainingRowsFarAway) {
   const json rows = Json(std::string(kHeader) + "5,10,15,20,25\n5,10,15,29,25\n")["rows"];
   EXPECT_LT(rows[0]["distance"], 2.0);

@@ -1,4 +1,4 @@
-#include "app/PlsData.h"
+#include "app/ModelData.h"
 
 #include <algorithm>
 #include <unordered_map>
@@ -17,9 +17,16 @@ namespace {
 
 constexpr auto kMissingCell = static_cast<float>(kMissing);
 constexpr std::size_t kRowsNamed = 10;  ///< a note names so many rows, and counts the others
+constexpr std::size_t kColumnsNamed = 10;
+constexpr int kMostAutomaticComponents = 15;
 
 [[noreturn]] void Refuse(const CsvTable& table, const std::string& message) {
   throw Failure(ExitCode::BadData, table.Name() + ": " + message);
+}
+
+/// "KIND: a, b"; empty without names. A failure names so many columns, and counts the others.
+std::string Named(const std::string& kind, const std::vector<std::string>& names) {
+  return names.empty() ? "" : kind + ": " + Listed(names, kColumnsNamed);
 }
 
 /// A column of numbers with its name.
@@ -41,10 +48,10 @@ struct Column {
 /// Works from the columns of the table to the matrices.
 class Selection {
  public:
-  Selection(const CsvTable& table, const PlsOptions& options, Notes* notes)
-      : table_(table), options_(options), notes_(notes) {}
+  Selection(const CsvTable& table, const FitOptions& options, const std::vector<std::string>& y, Notes* notes)
+      : table_(table), options_(options), yArguments_(y), notes_(notes) {}
 
-  PlsData Select() {
+  ModelData Select() {
     NameColumns();
     ReadY();
     ReadX();
@@ -61,7 +68,7 @@ class Selection {
   const std::string& Name(int column) const { return table_.ColumnNames()[static_cast<std::size_t>(column)]; }
 
   void NameColumns() {
-    yColumns_ = RequireColumns(table_, options_.y);
+    yColumns_ = RequireColumns(table_, yArguments_);
     excluded_ = RequireColumns(table_, options_.exclude);
     excluded_.insert(excluded_.end(), yColumns_.begin(), yColumns_.end());
     if (!options_.id.empty()) idColumn_ = RequireColumn(table_, options_.id);
@@ -102,8 +109,11 @@ class Selection {
         case ColumnKind::Numbers: x_.push_back({Name(column), ReadNumbers(table_, column, &moved_)});
       }
     }
-    if (x_.empty() && !data_.emptyColumns.empty()) Refuse(table_, "every cell of X is missing");
-    if (x_.empty()) Refuse(table_, "no column of numbers is left for X");
+    if (!x_.empty()) return;
+    std::string named = Named("empty columns", data_.emptyColumns);
+    if (!named.empty()) Refuse(table_, "every cell of X is missing; " + named);
+    named = Named("text columns", data_.textColumns);
+    Refuse(table_, "no column of numbers is left for X" + (named.empty() ? "" : "; " + named));
   }
 
   void LeaveOutRows() {
@@ -146,7 +156,7 @@ class Selection {
     NoteColumns("text columns", data_.textColumns);
     NoteColumns("constant columns", data_.constantColumns);
     NoteColumns("empty columns", data_.emptyColumns);
-    if (x_.empty()) Refuse(table_, "every X column is constant or empty");
+    if (x_.empty()) Refuse(table_, "every X column is constant or empty; " + LeftOutText(data_));
   }
 
   void NoteColumns(const std::string& kind, const std::vector<std::string>& names) {
@@ -154,9 +164,10 @@ class Selection {
   }
 
   void RequireVariance() {
+    const std::string where = data_.leftOutRows.empty() ? "" : " in the rows that have X cells";
     for (const Column& column : y_) {
-      if (column.Present() == 0) Refuse(table_, "the Y column " + Quoted(column.name) + " has no value");
-      if (column.IsConstant()) Refuse(table_, "the Y column " + Quoted(column.name) + " has no variance");
+      if (column.Present() == 0) Refuse(table_, "the Y column " + Quoted(column.name) + " has no value" + where);
+      if (column.IsConstant()) Refuse(table_, "the Y column " + Quoted(column.name) + " has no variance" + where);
     }
   }
 
@@ -207,9 +218,10 @@ class Selection {
   }
 
   const CsvTable& table_;
-  const PlsOptions& options_;
+  const FitOptions& options_;
+  const std::vector<std::string>& yArguments_;
   Notes* notes_;
-  PlsData data_;
+  ModelData data_;
   std::vector<int> yColumns_;
   std::vector<int> excluded_;  ///< columns that X never takes
   int idColumn_ = -1;
@@ -222,8 +234,27 @@ class Selection {
 
 }  // namespace
 
-PlsData SelectPlsData(const CsvTable& table, const PlsOptions& options, Notes* notes) {
-  return Selection(table, options, notes).Select();
+ModelData SelectData(const CsvTable& table, const FitOptions& options, const std::vector<std::string>& y,
+                     Notes* notes) {
+  return Selection(table, options, y, notes).Select();
+}
+
+std::string LeftOutText(const ModelData& data) {
+  std::string text = Named("constant columns", data.constantColumns);
+  const std::string empty = Named("empty columns", data.emptyColumns);
+  if (!text.empty() && !empty.empty()) text += "; ";
+  return text + empty;
+}
+
+int MostComponents(const ModelData& data, const std::optional<int>& asked, Notes* notes) {
+  const int most = std::min(data.x.SizeRows() - 1, data.x.SizeColumns());
+  if (!asked) return std::min(most, kMostAutomaticComponents);
+  if (*asked > most) {
+    notes->Add(std::to_string(*asked) + " components are cut to " + std::to_string(most) + ": there are " +
+               Counted(static_cast<std::size_t>(data.x.SizeRows()), "row") + " and " +
+               Counted(static_cast<std::size_t>(data.x.SizeColumns()), "X column"));
+  }
+  return std::min(*asked, most);
 }
 
 }  // namespace kalmia::app

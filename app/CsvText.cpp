@@ -1,0 +1,52 @@
+#include "app/CsvText.h"
+
+#include "app/CsvRecords.h"
+#include "app/Numbers.h"
+#include "kalmia/containers/Missing.h"
+
+namespace kalmia::app {
+
+CsvText& CsvText::Field(const std::string& text) { return Plain(CsvField(text)); }
+
+CsvText& CsvText::Number(double value) { return Plain(Shortest(value)); }
+
+CsvText& CsvText::Cell(float cell) {
+  return Plain(cell == static_cast<float>(kMissing) ? std::string() : Shortest(cell));
+}
+
+/// A field that needs no quotation marks, not even where it is empty.
+CsvText& CsvText::Plain(const std::string& field) {
+  if (!lineIsEmpty_) text_ += ',';
+  text_ += field;
+  lineIsEmpty_ = false;
+  return *this;
+}
+
+void CsvText::EndLine() {
+  text_ += '\n';
+  lineIsEmpty_ = true;
+}
+
+CsvFile ComponentsCsv(const std::string& file, const std::string& what, const std::string& symbol,
+                      const std::vector<std::string>& names, const NCDataMatrix<float>& prim) {
+  CsvText csv;
+  csv.Field(what);
+  for (int a = 1; a <= prim.SizeRows(); ++a) csv.Field(symbol + std::to_string(a));
+  csv.EndLine();
+  for (std::size_t i = 0; i < names.size(); ++i) {
+    csv.Field(names[i]);
+    for (int a = 1; a <= prim.SizeRows(); ++a) csv.Cell(prim[a][static_cast<int>(i) + 1]);
+    csv.EndLine();
+  }
+  return {file, csv.Text()};
+}
+
+CsvFile RowsCsv(const std::vector<std::string>& names, const std::vector<double>& t2,
+                const std::vector<double>& distances) {
+  CsvText csv;
+  csv.Field("row").Field("T2").Field("distance").EndLine();
+  for (std::size_t i = 0; i < names.size(); ++i) csv.Field(names[i]).Number(t2[i]).Number(distances[i]).EndLine();
+  return {"rows.csv", csv.Text()};
+}
+
+}  // namespace kalmia::app

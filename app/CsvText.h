@@ -1,0 +1,44 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "kalmia/containers/NCDataMatrix.h"
+
+namespace kalmia::app {
+
+/// A CSV file still in memory.
+struct CsvFile {
+  std::string name;  ///< within the folder
+  std::string bytes;
+};
+
+/// A CSV text under construction, line by line: commas, decimal points, full precision; an empty field for what is
+/// missing or no finite number.
+class CsvText {
+ public:
+  CsvText& Field(const std::string& text);
+  CsvText& Number(double value);
+  /// A cell of the library, where -99 is missing.
+  CsvText& Cell(float cell);
+  void EndLine();
+
+  const std::string& Text() const { return text_; }
+
+ private:
+  CsvText& Plain(const std::string& field);
+
+  std::string text_;
+  bool lineIsEmpty_ = true;
+};
+
+/// One line for each name, one column for each component, `symbol` and its number: a matrix with components in rows,
+/// turned. `what` is the title of the names.
+CsvFile ComponentsCsv(const std::string& file, const std::string& what, const std::string& symbol,
+                      const std::vector<std::string>& names, const NCDataMatrix<float>& prim);
+
+/// rows.csv: Hotelling's T2 and the distance to the model of each row.
+CsvFile RowsCsv(const std::vector<std::string>& names, const std::vector<double>& t2,
+                const std::vector<double>& distances);
+
+}  // namespace kalmia::app

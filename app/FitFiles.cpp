@@ -1,0 +1,48 @@
+#include "app/FitFiles.h"
+
+#include <filesystem>
+
+#include "app/DisplayText.h"
+#include "app/OutputFiles.h"
+#include "app/OutputPlaces.h"
+
+namespace kalmia::app {
+
+namespace fs = std::filesystem;
+
+void RefuseToOverwriteTable(const FitOptions& options, const std::vector<std::string>& csvNames) {
+  std::vector<FilePlace> places = PlacesInCsvFolder(options.csvFolder, csvNames);
+  if (!options.save.empty()) places.insert(places.begin(), {"--save", options.save});
+  RefuseToOverwrite({{"the table", options.table}}, places);
+}
+
+FitFiles WriteFitFiles(const FitOptions& options, const std::function<std::string()>& modelBytes,
+                       const std::function<std::vector<CsvFile>()>& csvFiles) {
+  FitFiles written;
+  OutputFiles files;
+  if (!options.save.empty()) {
+    files.Stage(options.save, modelBytes());
+    written.saved = options.save;
+  }
+  if (!options.csvFolder.empty()) {
+    files.MakeFolder(options.csvFolder);
+    for (const CsvFile& file : csvFiles()) {
+      written.csv.push_back((fs::path(options.csvFolder) / file.name).string());
+      files.Stage(written.csv.back(), file.bytes);
+    }
+  }
+  files.Commit();
+  return written;
+}
+
+std::string WrittenText(const FitFiles& files) {
+  std::string text;
+  if (!files.saved.empty()) text += "\nSaved the model as " + OneLine(files.saved) + "\n";
+  if (files.csv.empty()) return text;
+  std::vector<std::string> names;
+  for (const std::string& path : files.csv) names.push_back(fs::path(path).filename().string());
+  const std::string folder = fs::path(files.csv.front()).parent_path().string();
+  return text + "\nWrote " + Counted(names.size(), "file") + " into " + OneLine(folder) + ": " + Listed(names) + "\n";
+}
+
+}  // namespace kalmia::app

@@ -1,0 +1,29 @@
+#pragma once
+
+#include <functional>
+#include <string>
+#include <vector>
+
+#include "app/CsvText.h"
+#include "app/Options.h"
+
+namespace kalmia::app {
+
+/// Names of the files that a fit has written.
+struct FitFiles {
+  std::string saved;             ///< the stored model; empty if there is none
+  std::vector<std::string> csv;  ///< with the folder
+};
+
+/// Throws Failure (Usage) if a fit would write one of its files over the table or over another one. `csvNames` are the
+/// names of those that --csv writes.
+void RefuseToOverwriteTable(const FitOptions& options, const std::vector<std::string>& csvNames);
+
+/// Writes the stored model and the CSV files that the options ask for, all of them or, with a Failure (Files), none.
+FitFiles WriteFitFiles(const FitOptions& options, const std::function<std::string()>& modelBytes,
+                       const std::function<std::vector<CsvFile>()>& csvFiles);
+
+/// "Saved the model as ...", "Wrote 11 files into ...", each after an empty line; empty where nothing was written.
+std::string WrittenText(const FitFiles& files);
+
+}  // namespace kalmia::app

@@ -1,0 +1,18 @@
+#include "app/FitFrame.h"
+
+#include "app/Version.h"
+
+namespace kalmia::app {
+
+void FillFrame(const CsvTable& table, const FitOptions& options, const ModelData& data, ModelFrame* frame) {
+  frame->writtenBy = kVersion;
+  frame->table = table.Name();
+  frame->idColumn = options.id;
+  frame->groupColumn = options.groupColumn;
+  frame->groups = data.rounds;
+  frame->scaling = options.scaling;
+  frame->xNames = data.xNames;
+  frame->rowNames = data.rowNames;
+}
+
+}  // namespace kalmia::app

@@ -1,0 +1,30 @@
+#pragma once
+
+#include <string>
+
+#include "app/CsvTable.h"
+#include "app/Failure.h"
+#include "app/ModelData.h"
+#include "app/Options.h"
+#include "app/StoredModel.h"
+
+namespace kalmia::app {
+
+// What every fitting command does around the fit itself.
+
+/// Fills the frame of a model but for the scaling and the pooled deviation.
+void FillFrame(const CsvTable& table, const FitOptions& options, const ModelData& data, ModelFrame* frame);
+
+/// What `fit` returns. Where it fails for bad data, the failure also names what X had to do without.
+template <class Fit>
+auto FitOrNameLeftOut(const ModelData& data, const Fit& fit) {
+  try {
+    return fit();
+  } catch (const Failure& failure) {
+    const std::string leftOut = LeftOutText(data);
+    if (failure.Code() != ExitCode::BadData || leftOut.empty()) throw;
+    throw Failure(failure.Code(), std::string(failure.what()) + "; left out of X: " + leftOut);
+  }
+}
+
+}  // namespace kalmia::app

@@ -1,0 +1,67 @@
+#include "app/FitReport.h"
+
+#include "app/DisplayText.h"
+#include "app/Numbers.h"
+#include "app/Scaling.h"
+
+namespace kalmia::app {
+
+namespace {
+
+std::string Percent(int part, double whole) { return Fixed(100.0 * part / whole, 1) + " %"; }
+
+/// "1.2 % of the X cells are missing"; empty if none is.
+std::string MissingText(const ModelData& data) {
+  const double cells = static_cast<double>(data.x.SizeRows()) * data.x.SizeColumns();
+  std::string text;
+  if (data.x.GetNumMisVal() > 0) text += Percent(data.x.GetNumMisVal(), cells) + " of the X cells";
+  if (data.y.GetNumMisVal() > 0) {
+    if (!text.empty()) text += " and ";
+    text += Percent(data.y.GetNumMisVal(), static_cast<double>(data.y.SizeRows()) * data.y.SizeColumns()) +
+            " of the Y cells";
+  }
+  return text.empty() ? "" : "; missing: " + text;
+}
+
+}  // namespace
+
+std::string DataText(const ModelData& data, const ModelFrame& model) {
+  return Counted(data.xNames.size(), "column") + " of " + model.table + ", " + Counted(data.rowNames.size(), "row") +
+         "\nX " + ScalingText(model.scaling) + MissingText(data) + "\n\n";
+}
+
+std::string GroupsText(const ModelFrame& model) {
+  return "cross-validated in " + std::to_string(model.groups) + " groups" +
+         (model.groupColumn.empty() ? "" : " of " + OneLine(model.groupColumn));
+}
+
+void AddDataJson(const CsvTable& table, const ModelData& data, const ModelFrame& model, Json* json) {
+  (*json)["table"] = {{"file", table.Name()},
+                      {"rows", table.Rows()},
+                      {"columns", table.Columns()},
+                      {"separator", std::string(1, table.Separator())},
+                      {"decimal", table.DecimalComma() ? "," : "."}};
+  (*json)["scaling"] = ScalingWord(model.scaling);
+  (*json)["x"] = {{"columns", data.xNames}, {"missingCells", data.x.GetNumMisVal()}};
+  (*json)["rows"] = data.rowNames.size();
+  (*json)["leftOut"] = {{"textColumns", data.textColumns},
+                        {"constantColumns", data.constantColumns},
+                        {"emptyColumns", data.emptyColumns},
+                        {"rows", data.leftOutRows}};
+  (*json)["crossValidation"] = {{"groups", model.groups},
+                                {"groupColumn", model.groupColumn.empty() ? Json(nullptr) : Json(model.groupColumn)}};
+}
+
+void AddFilesJson(const FitFiles& files, const Notes& notes, Json* json) {
+  (*json)["saved"] = files.saved.empty() ? Json(nullptr) : Json(files.saved);
+  (*json)["csvFiles"] = files.csv;
+  (*json)["notes"] = notes.Lines();
+}
+
+void NoteIterations(std::size_t component, int iterations, int limit, Notes* notes) {
+  if (iterations < limit) return;
+  notes->Add("component " + std::to_string(component) + " was still moving after " + std::to_string(limit) +
+             " iterations and is taken as it then was");
+}
+
+}  // namespace kalmia::app

@@ -1,0 +1,32 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "app/CsvTable.h"
+#include "app/FitFiles.h"
+#include "app/Json.h"
+#include "app/ModelData.h"
+#include "app/Notes.h"
+#include "app/StoredModel.h"
+
+namespace kalmia::app {
+
+// What the commands that fit a model report alike.
+
+/// "401 columns of gasoline.csv, 60 rows", then a line with the scaling and the missing cells, then an empty line.
+std::string DataText(const ModelData& data, const ModelFrame& model);
+
+/// "cross-validated in 7 groups", with the group column if there is one.
+std::string GroupsText(const ModelFrame& model);
+
+/// The fields of the JSON output on what was fitted: the table, scaling, X, rows, what was left out, groups.
+void AddDataJson(const CsvTable& table, const ModelData& data, const ModelFrame& model, Json* json);
+
+/// The last fields: the files written, and the notes.
+void AddFilesJson(const FitFiles& files, const Notes& notes, Json* json);
+
+/// Notes a component (from 1) whose iterations ended at the limit.
+void NoteIterations(std::size_t component, int iterations, int limit, Notes* notes);
+
+}  // namespace kalmia::app

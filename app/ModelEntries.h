@@ -1,0 +1,49 @@
+#pragma once
+
+#include <istream>
+#include <ostream>
+#include <string>
+#include <vector>
+
+#include "app/StoredModel.h"
+#include "kalmia/support/VexStream.h"
+
+namespace kalmia::app {
+
+// The content of a model file, entry by entry: docs/command.md lists them. Reading is false, and never throws, on bytes
+// that no writing has made.
+
+/// The entries of the content, in their order. Those that a kind of model has no use for are empty.
+enum Entry : unsigned short {
+  General,
+  XNames,
+  YNames,
+  RowNames,
+  XScaling,
+  YScaling,
+  Model,
+  Components,
+  Quality,
+  Entries
+};
+
+void WriteInteger(int value, std::ostream& stream);
+void WriteDoubles(const std::vector<double>& values, std::ostream& stream);
+void WriteNames(const std::vector<std::string>& names, std::ostream& stream);
+bool ReadInteger(int* value, std::istream& stream);
+bool ReadDouble(double* value, std::istream& stream);
+bool ReadText(std::string* text, std::istream& stream);
+/// The names in an entry.
+bool ReadNames(Entry entry, InputStreamDirectory* directory, std::vector<std::string>* names);
+/// The object of the library in an entry.
+bool ReadObject(Entry entry, InputStreamDirectory* directory, VexStreamBase* object);
+/// Whether a matrix of the model has the shape that the names ask for.
+bool HasShape(const NCDataMatrix<float>* matrix, std::size_t rows, std::size_t columns);
+
+// What a kind of model has beside its frame. Reading also checks that the parts belong together, the frame's among
+// them: later work relies on their shapes.
+
+void WriteOwnEntries(const StoredPls& model, OutputStreamDirectory* directory);
+bool ReadOwnEntries(InputStreamDirectory* directory, StoredPls* model);
+
+}  // namespace kalmia::app

@@ -1,0 +1,18 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+
+#include "app/StoredModel.h"
+
+namespace kalmia::app {
+
+/// The bytes of a model file: magic, version, length, checksum, content. docs/command.md describes them.
+std::string ModelFileBytes(const StoredPls& model);
+std::string ModelFileBytes(const StoredModel& model);
+
+/// Reads them back. Throws Failure (Files): no model, cut, damaged, or of a newer version; `name` is how messages call
+/// the file.
+StoredModel ReadModelFile(std::string_view bytes, const std::string& name);
+
+}  // namespace kalmia::app
