@@ -130,8 +130,16 @@ TYPED_TEST(NCDataMatrixRoom, AConcatenationTakesRoomForExactlyTheRowsOfBoth) {
   EXPECT_EQ(this->RowsUntilTheyMove(&roomy), 5);
 }
 
+TYPED_TEST(NCDataMatrixRoom, ReducingTheColumnsKeepsTheRoomForRows) {
+  NCDataMatrix<TypeParam> m(2, 2, 1);
+  m.ReserveRows(9);
+  m.ReduceColumns(NCIntegralVector<int, -99>(1, 2));
+  EXPECT_EQ(this->RowsUntilTheyMove(&m), 9);
+}
+
 TYPED_TEST(NCDataMatrixRoom, RowsThatGoGiveTheirCellsUp) {
-  NCDataMatrix<TypeParam> removed(4, 1000, 1), listed(4, 1000, 1), sized(4, 1000, 1);
+  NCDataMatrix<TypeParam> removed(4, 1000, 1), listed(4, 1000, 1), sized(4, 1000, 1), copied(4, 1000, 1);
+  const NCDataMatrix<TypeParam> source(2, 1000, 2);
   const int last[] = {3, 4};
   const std::int64_t cells = std::int64_t{2} * 1000 * static_cast<int>(sizeof(TypeParam));
   const auto freed = [](NCDataMatrix<TypeParam>& m, const auto& shrink) {
@@ -142,6 +150,7 @@ TYPED_TEST(NCDataMatrixRoom, RowsThatGoGiveTheirCellsUp) {
   EXPECT_GE(freed(removed, [](auto& m) { m.RemoveRows(1, 2); }), cells);
   EXPECT_GE(freed(listed, [&](auto& m) { m.RemoveRows(NCIntegralVector<int, -99>(last, 2)); }), cells);
   EXPECT_GE(freed(sized, [](auto& m) { m.SetSize(2, 1000); }), cells);
+  EXPECT_GE(freed(copied, [&](auto& m) { m.CopyContent(source); }), cells);
 }
 
 TYPED_TEST(NCDataMatrixRoom, ReservedColumnsOfASharedTableAreItsOwn) {

@@ -173,6 +173,14 @@ TYPED_TEST(NCDataVectorTrend, DetrendLinearTakesTheFittedLineOff) {
   EXPECT_TRUE(HasExactCounts(v));
 }
 
+TYPED_TEST(NCDataVectorTrend, DetrendLinearCountsADifferenceThatLandsOnTheMissingValue) {
+  auto v = VectorOf<TypeParam>({-98, 199, -98});  // around the line of 1 everywhere
+  long double intercept, slope;
+  v.DetrendLinear(intercept, slope);
+  EXPECT_EQ(CellsOf(v), (std::vector<TypeParam>{-99, 198, -99}));
+  EXPECT_TRUE(HasExactCounts(v));
+}
+
 TYPED_TEST(NCDataVectorTrend, DetrendLinearBelowTwoCellsDoesNothing) {
   for (const auto& before : {NCDataVector<TypeParam>(), NCDataVector<TypeParam>(2), VectorOf<TypeParam>({4})}) {
     auto v = before;
@@ -208,6 +216,14 @@ TYPED_TEST(NCDataVectorTrend, InterpolateMisValsFollowsTheAbscissas) {
   const auto x = VectorOf<TypeParam>({0, 1, 4, 8, hole});  // the last one is not needed: the ends are flat
   EXPECT_TRUE(v.InterpolateMisVals(&x));
   EXPECT_EQ(CellsOf(v), (std::vector<TypeParam>{10, 12.5, 20, 30, 30}));
+}
+
+TYPED_TEST(NCDataVectorTrend, InterpolateMisValsNeedsNoAbscissaOfCellsWithoutAHoleBetweenThem) {
+  const TypeParam hole = kHole<TypeParam>;
+  auto v = VectorOf<TypeParam>({7, 1, hole, 3, 8});
+  const auto x = VectorOf<TypeParam>({hole, 1, 2, 3, hole});
+  EXPECT_TRUE(v.InterpolateMisVals(&x));
+  EXPECT_EQ(CellsOf(v), (std::vector<TypeParam>{7, 1, 2, 3, 8}));
 }
 
 TYPED_TEST(NCDataVectorTrend, InterpolateMisValsWithNothingToDoIsTrue) {
