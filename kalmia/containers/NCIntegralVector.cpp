@@ -75,10 +75,9 @@ void NCIntegralVector<T, M>::Clear() {
 
 template <class T, int M>
 void NCIntegralVector<T, M>::CopyContent(const NCIntegralVector& other) {
-  const NCIntegralVector source(other);  // holds the cells also where other is this vector
-  SetSize(source.size_);
+  SetSize(other.size_);
   ForceUnlink();
-  if (size_ > 0) MoveCells(storage_.Get() + 1, source.begin(), size_);
+  if (size_ > 0) MoveCells(storage_.Get() + 1, other.begin(), size_);
 }
 
 template <class T, int M>

@@ -122,8 +122,10 @@ TEST(NCIntegralVector, CopyContentIsAPrivateCopy) {
   IntVector shared(a);
   shared.CopyContent(a);
   EXPECT_NE(a.GetPtr(), shared.GetPtr());
+  const int* block = a.GetPtr();
   a.CopyContent(a);
   EXPECT_THAT(a, ElementsAre(1, 2));
+  EXPECT_EQ(a.GetPtr(), block);
   a.CopyContent(IntVector());
   EXPECT_THAT(a, IsEmpty());
 }
@@ -178,6 +180,8 @@ TEST(NCIntegralVector, GenerateIndexCountsInSteps) {
   LongVector b(3);
   b.GenerateIndex(1, 1);
   EXPECT_THAT(b, ElementsAre(1u, 2u, 3u));
+  b.GenerateIndex(1, 2000000000);
+  EXPECT_THAT(b, ElementsAre(1u, 2000000001u, 4000000001u));
 }
 
 TEST(NCIntegralVector, ReserveTakesExactlyWhatIsAsked) {
