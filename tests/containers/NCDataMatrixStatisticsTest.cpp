@@ -179,6 +179,16 @@ TYPED_TEST(NCDataMatrixStatistics, SSAroundColumnMeansLeavesEmptyColumnsOut) {
   EXPECT_EQ(NCDataMatrix<TypeParam>(2, 3).GetSSAroundColumnMeans(), 0);
 }
 
+TYPED_TEST(NCDataMatrixStatistics, ACellThatLandedOnMinus99InAColumnWithoutCountedHolesIsANumber) {
+  auto m = MatrixOf<TypeParam>({{-98, 2}, {4, kHole<TypeParam>}});
+  m.TransformToDotSubRowVector(VectorOf<TypeParam>({1, 0}));  // makes -99 of cell (1, 1), and counts no hole
+  ASSERT_EQ(m.GetColumnMisVal(1), 0);
+  EXPECT_EQ(m.GetColumnMean(1), -48);
+  EXPECT_EQ(m.GetColumnSS(1, 0), 99 * 99 + 3 * 3);
+  EXPECT_EQ(m.GetSSAroundColumnMeans(), 2 * 51 * 51);
+  EXPECT_EQ(m.GetColumnCorrelation(VectorOf<TypeParam>({-33, 1}))[1], 1);
+}
+
 TYPED_TEST(NCDataMatrixStatistics, ColumnCorrelationIsTheVectorsToTheBit) {
   for (const double vHoles : {0.0, 0.3}) {
     const auto v = RandomVector<TypeParam>(40, vHoles, 31);
@@ -298,6 +308,8 @@ TYPED_TEST(NCDataMatrixStatistics, RegressionCoefficientsBuildTheirResultInATarg
   NCDataMatrix<TypeParam> target(2, 3, TypeParam(7));
   x.Result(&target).GetRegressionCoefficients(y);
   EXPECT_EQ(CellsOf(target), expected);
+  x.SNV();
+  EXPECT_EQ(CellsOf(target), expected) << "a target serves once";
   NCDataMatrix<TypeParam> square(2, 2, TypeParam(7));
   y(1, 1, kHole<TypeParam>);
   x.Result(&square).GetRegressionCoefficients(y);

@@ -93,6 +93,19 @@ TYPED_TEST(NCDataMatrixStructure, AnInsertedRowSharesTheVectorsCells) {
   EXPECT_EQ(this->table_[2].GetVector(), v.GetVector());
 }
 
+TYPED_TEST(NCDataMatrixStructure, ARowWhoseCountIsLowIsCountedAsItSays) {
+  auto low = VectorOf<TypeParam>({1, 2});
+  low.TransformTo_Sub_d_x_Vt(1.0L, VectorOf<TypeParam>({this->kGap, 1}));  // makes a hole and leaves the count at 0
+  NCDataMatrix<TypeParam> inserted(1, 2, 3), set(1, 2, 3);
+  inserted.InsertRow(1, low);
+  set.SetRow(1, low);
+  for (const auto& m : {inserted, set}) {
+    EXPECT_EQ(CellsOf(m[1]), (std::vector<TypeParam>{this->kGap, 1}));
+    EXPECT_EQ(m.GetColumnMisVal(1), 0);
+    EXPECT_EQ(m.GetNumMisVal(), 0);
+  }
+}
+
 TYPED_TEST(NCDataMatrixStructure, TheFirstRowSettlesTheColumns) {
   for (NCDataMatrix<TypeParam> m : {NCDataMatrix<TypeParam>(), NCDataMatrix<TypeParam>(0, 5)}) {
     const NCDataVector<TypeParam>* end = m.push_back(VectorOf<TypeParam>({1, this->kGap}));

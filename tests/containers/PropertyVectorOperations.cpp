@@ -60,6 +60,12 @@ std::vector<Operation<T>> VectorOperations() {
          const auto cells = w.Cells(7);
          v(first, cells.data(), w.Int(0, v.Size() - first + 1));
        }},
+      {"v.SetRange(first, p, n)", [](W& w) {
+         auto& v = w.FilledVector();
+         const int first = w.Int(1, v.Size());
+         const auto cells = w.Cells(7);
+         v.SetRange(first, cells.data(), w.Int(0, v.Size() - first + 1));
+       }},
       {"v.SetRange(first, v, from, n)", [](W& w) {
          auto& v = w.FilledVector();
          const auto& source = w.Chance(0.3) ? v : w.VectorOfSize(v.Size());
@@ -273,6 +279,22 @@ std::vector<Operation<T>> IntegerOperations() {
          const int at = w.Int(1, v.Size());
          v.RemoveValues(at, w.Int(0, v.Size() - at + 1));
        }},
+      {"i.Remove", [](W& w) { w.Integers().Remove(w.AnyIntegers()); }},
+      {"i.insert", [](W& w) {
+         auto& v = w.FilledIntegers();
+         const int at = w.Int(0, v.Size());
+         *v.insert(v.begin() + at, w.Int(-9, 9)) = w.Int(-9, 9);
+       }},
+      {"i.erase", [](W& w) {
+         auto& v = w.FilledIntegers();
+         v.erase(v.begin() + w.Int(0, v.Size() - 1));
+       }},
+      {"i.SetSize", [](W& w) {
+         auto& v = w.Integers();
+         v.SetSize(w.Int(0, 7));
+         v.SetAllValues(w.Int(-9, 9));  // new cells are undefined
+       }},
+      {"i +=", [](W& w) { w.Integers() += 3; }},
       {"i.Reduce", [](W& w) {
          auto& v = w.FilledIntegers();
          v.Reduce(w.Indices(w.Int(0, 8), v.Size()));
