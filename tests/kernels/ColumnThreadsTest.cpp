@@ -12,7 +12,7 @@
 #include <vector>
 
 #include "kalmia/kernels/Slices.h"
-#include "kernels/SimdCases.h"
+#include "kernels/SameBits.h"
 #include "testing/AllocationMeter.h"
 #include "testing/RandomTables.h"
 #include "testing/Threads.h"

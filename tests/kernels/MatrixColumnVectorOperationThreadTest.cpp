@@ -2,9 +2,11 @@
 
 #include <gtest/gtest.h>
 
+#include <boost/thread.hpp>
 #include <utility>
 #include <vector>
 
+#include "kernels/SameBits.h"
 #include "testing/RandomTables.h"
 
 using NCMultiThreading::ColumnSliceRange;
@@ -81,6 +83,28 @@ TYPED_TEST(MatrixColumnVectorOperationThreadTest, CallsTheOperationForEachColumn
   slice();
   EXPECT_EQ(out, (std::vector<T>{-1, -1, 2673, 3673, 4673, -1}));
   EXPECT_EQ(numMisVal, 7);
+}
+
+TYPED_TEST(MatrixColumnVectorOperationThreadTest, OnThreadsOfTheirOwnTheSlicesGiveTheWholeRegressionToTheBit) {
+  using T = TypeParam;
+  for (const double holesOfV : {0.0, 0.3}) {
+    const auto x = RandomMatrix<T>(20, 37, 0.3, 1);
+    const auto v = RandomVector<T>(20, holesOfV, 2);
+    std::vector<T> out(38, kHole<T>);
+    std::vector<int> counts(4);
+    boost::thread_group threads;
+    ColumnSliceRange range(1, 37, 4);
+    for (int k = 0; !range.Empty(); ++k) {
+      const auto [first, end] = range.Next();
+      threads.create_thread(MatrixColumnVectorOperationThread<T>(out.data(), first, end, &x, &v, v.GetSS(),
+                                                                 holesOfV > 0 ? 3 : 1, &counts[k],
+                                                                 NCDataMatrix<T>::SpecialNipalsRegressOneColumnFix));
+    }
+    threads.join_all();
+    const NCDataVector<T> whole = x.SpecialNipalsRegressColumnsFix(v);
+    EXPECT_TRUE(SameBits({out.begin() + 1, out.end()}, CellsOf(whole)));
+    EXPECT_EQ(37 + counts[0] + counts[1] + counts[2] + counts[3], whole.GetNumMisVal());
+  }
 }
 
 TYPED_TEST(MatrixColumnVectorOperationThreadTest, KeepsItsMembersUnderTheirNames) {

@@ -4,7 +4,7 @@
 
 #include "kalmia/containers/NCDataMatrix.h"
 #include "kalmia/kernels/Regression.h"
-#include "kernels/SimdCases.h"
+#include "kernels/SameBits.h"
 #include "testing/RandomTables.h"
 
 namespace {
@@ -305,7 +305,8 @@ TYPED_TEST(NCDataMatrixRegressColumns, AGroupOfColumnsStaysMissing) {
 TYPED_TEST(NCDataMatrixRegressColumns, WithoutAGroupTheFormWithGroupsIsTheFix) {
   using T = TypeParam;
   ForAllTables<T>([](const NCDataMatrix<T>& X, const NCDataVector<T>& v) {
-    const NCDataVector<T> fix = X.SpecialNipalsRegressColumnsFix(v), all = X.SpecialNipalsRegressColumnsFix(v, nullptr, 0);
+    const NCDataVector<T> fix = X.SpecialNipalsRegressColumnsFix(v);
+    const NCDataVector<T> all = X.SpecialNipalsRegressColumnsFix(v, nullptr, 0);
     EXPECT_EQ(all.GetNumMisVal(), fix.GetNumMisVal());
     // Where v has holes the form with groups adds up v's squares in their order: a rounding for each row, one for T.
     const double u = v.GetNumMisVal() > 0 ? std::numeric_limits<T>::epsilon() + (X.SizeRows() + 2) * 0x1p-53 : 0;

@@ -71,6 +71,17 @@ TYPED_TEST(NCDataMatrixTranspose, TakesAHoleWithIt) {
   EXPECT_EQ(m.GetNumMisVal(), 1);
 }
 
+TYPED_TEST(NCDataMatrixTranspose, ExchangesCountsWithoutALookAtTheCells) {
+  using T = TypeParam;
+  auto m = MatrixOf<T>({{1, 2, 3}, {4, 5, 6}});
+  m(1)(3, kHole<T>);  // through the row, so that neither column nor table knows of it
+  m.Transpose();
+  EXPECT_EQ(CellsOf(m), (Cells<T>{{1, 4}, {2, 5}, {kHole<T>, 6}}));
+  EXPECT_EQ(m.GetColumnMisVal(1), 1);
+  EXPECT_EQ(m[3].GetNumMisVal(), 0);
+  EXPECT_EQ(m.GetNumMisVal(), 0);
+}
+
 TYPED_TEST(NCDataMatrixTranspose, KeepsTheSizeThatHasNoCells) {
   using T = TypeParam;
   NCDataMatrix<T> m;

@@ -78,7 +78,10 @@ std::vector<Region<T>> Regions() {
       {"SpecialNipalsRegressColumnsFix with groups",
        [](In in) { return BytesOf(in.x.SpecialNipalsRegressColumnsFix(in.alongRows, &in.groups, 3)); }},
       {"SpecialNipalsRegressColumnsFix with a complete vector",
-       [](In in) { return BytesOf(in.x.SpecialNipalsRegressColumnsFix(NCDataVector<T>(kRows, T{0.5}), &in.groups, 3)); }},
+       [](In in) {
+         const NCDataVector<T> complete(kRows, T{0.5});
+         return BytesOf(in.x.SpecialNipalsRegressColumnsFix(complete, &in.groups, 3));
+       }},
       {"RegressRows", [](In in) { return BytesOf(in.x.RegressRows(in.alongColumns)); }},
       {"SpecialNipalsRegressRowsFixWithExclude",
        [](In in) { return BytesOf(in.x.SpecialNipalsRegressRowsFixWithExclude(in.alongColumns, 2, 7)); }},

@@ -3,7 +3,6 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
-#include <cstring>
 #include <limits>
 #include <random>
 #include <string>
@@ -11,10 +10,11 @@
 
 #include "kalmia/kernels/simd/Targets.h"
 #include "hwy/highway.h"
+#include "kernels/SameBits.h"
 #include "testing/RandomTables.h"
 
 // What the tests of the lane code share: every instruction set of this machine in turn, rows with holes at telling
-// places, and equality of bits.
+// places, and special values.
 
 /// Runs a test on one instruction set, and gives the choice back to the machine afterwards.
 class OneTarget {
@@ -63,15 +63,6 @@ void PoisonOppositeHoles(const std::vector<T>& a, std::vector<T>& b) {
   for (std::size_t i = 0; i < a.size(); ++i)
     if (a[i] == kHole<T> && b[i] != kHole<T>)
       b[i] = i % 2 ? std::numeric_limits<T>::infinity() : std::numeric_limits<T>::quiet_NaN();
-}
-
-template <class T>
-::testing::AssertionResult SameBits(const std::vector<T>& a, const std::vector<T>& b) {
-  if (a.size() != b.size()) return ::testing::AssertionFailure() << a.size() << " and " << b.size() << " numbers";
-  for (std::size_t i = 0; i < a.size(); ++i)
-    if (std::memcmp(&a[i], &b[i], sizeof(T)) != 0)
-      return ::testing::AssertionFailure() << "at " << i << ": " << std::hexfloat << a[i] << " and " << b[i];
-  return ::testing::AssertionSuccess();
 }
 
 /// n cells, half of them of the kinds that go wrong first: infinities, what overflows, denormals, zeros of both signs.
