@@ -74,6 +74,16 @@ TEST(NCPLSGuard, FailsBelowAMillionthOverTheRootOfTheNumberOfVariables) {
   }
 }
 
+TEST(NCPLSGuard, LetsTheLimitItselfPass) {
+  // w and u are 1 and the squares of X add up to 10^12, so that the relation is 1 / 10^6 to the bit.
+  NCDataMatrix<float> X = MatrixOf<float>({{1}, {999999}, {1411}, {89}, {34}});
+  ASSERT_EQ(X.GetSS(), 1e12L);
+  const NCDataMatrix<float> y = MatrixOf<float>({{1}, {0}, {0}, {0}, {0}});
+  EXPECT_NO_THROW(NCPLS(&X, &y, 50).NextComponent(nullptr, nullptr, /*quiet=*/true, /*strict=*/true));
+  X(5, 1, 35.0F);
+  EXPECT_THROW(NCPLS(&X, &y, 50).NextComponent(nullptr, nullptr, /*quiet=*/true, /*strict=*/true), NCError);
+}
+
 TEST(NCPLSGuard, LetsTheModelGoOnAfterAFailure) {
   // One component explains all of y; the second one finds nothing and leaves the model as it is.
   const NCDataMatrix<float> X = MatrixOf<float>({{1, 0}, {-1, 0}, {0, 1}, {0, -1}});

@@ -1,11 +1,15 @@
 #include <gtest/gtest.h>
 
+#include <cstdint>
 #include <ostream>
 #include <string>
 
+#include "CrossValidationCase.h"
 #include "kalmia/kernels/ThreadingControl.h"
 #include "kalmia/kernels/simd/Lanes.h"
 #include "kalmia/pcapls/NCPLS.h"
+#include "kalmia/pcapls/NCScale.h"
+#include "kalmia/pcapls/PLSCrossValidation.h"
 #include "testing/RandomTables.h"
 #include "testing/StreamAttacks.h"
 #include "testing/Threads.h"
@@ -78,6 +82,36 @@ TEST_P(SameBits, OfAModelComeFromTheLanesAndFromTheirScalarTwins) {
   const std::string twins = StoredModelOfTeam(2);
   kalmia::simd::UseScalarTwins(before);
   EXPECT_TRUE(lanes == twins);
+}
+
+/// A table scaled, the scaling, and the cross-validation of a first component of the scaled table.
+std::string ScaledAndValidated(int threads, double holes) {
+  constexpr int kRows = 300;
+  constexpr int kColumns = 250;
+  constexpr int kIterations = 20;
+  const Threads some(threads);
+  EXPECT_EQ(TeamReallyGot(std::int64_t{kRows} * kColumns), threads);
+  const NCDataMatrix<float> scores = RandomMatrix<float>(3, kRows, 0, 1);
+  NCDataMatrix<float> X = TableWithStructure(scores, kColumns, holes, 2);
+  const NCDataMatrix<float> Y = TableWithStructure(scores, /*columns=*/2, holes, 5);
+  NCScale scale(kColumns);
+  for (int j = 1; j <= kColumns; ++j) scale.SetType(j, NCScale::ScalingUnitVariance);
+  scale.ScaleMatrix(&X, /*newModel=*/true);
+  NCPLS model(&X, &Y, kIterations);
+  model.NextComponent(nullptr, nullptr, /*quiet=*/true, /*strict=*/true);
+  PLSCrossValidation validation(&model, /*rounds=*/3, nullptr);
+  const NCDataVector<float> ssY(2, 1.0F);
+  validation.NextComponent(&(*model.GetWprim())[1], kIterations, ssY, nullptr, /*quiet=*/true);
+  return StreamOf(X) + StreamOf(scale) + Everything(validation);
+}
+
+TEST(SameBitsOfTasks, OfAScalingAndACrossValidationComeFromOneTwoAndThreeThreads) {
+  for (const double holes : {0.0, 0.1}) {
+    SCOPED_TRACE(holes);
+    const std::string one = ScaledAndValidated(1, holes);
+    EXPECT_TRUE(one == ScaledAndValidated(2, holes));
+    EXPECT_TRUE(one == ScaledAndValidated(3, holes));
+  }
 }
 
 INSTANTIATE_TEST_SUITE_P(Tables, SameBits,
