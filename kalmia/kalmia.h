@@ -34,6 +34,7 @@
 #include "kalmia/statistics/ControlChart.h"
 #include "kalmia/statistics/FrequencyHistogram.h"
 #include "kalmia/statistics/OneDimMinimum.h"
+#include "kalmia/statistics/Sta.h"
 
 #include "kalmia/pcapls/NCComponentValidator.h"
 #include "kalmia/pcapls/NCPCA.h"
