@@ -7,6 +7,7 @@
 
 #include "RelatedTables.h"
 #include "kalmia/pcapls/NCPLS.h"
+#include "kalmia/support/NCError.h"
 #include "testing/RandomTables.h"
 #include "testing/StreamAttacks.h"
 
@@ -95,6 +96,28 @@ TEST(NCPLSEdges, CountsFromOneAndPutsNewRowsInFrontAfterAReadOfVersionTwo) {
   }
   EXPECT_EQ(CellsOf(*read.GetXResiduals()), CellsOf(*whole.GetXResiduals()));
   EXPECT_EQ(CellsOf(*read.GetYResiduals()), CellsOf(*whole.GetYResiduals()));
+}
+
+TEST(NCPLSEdges, HasNothingToSayOfTablesWithoutRows) {
+  NCDataMatrix<float> X;
+  NCDataMatrix<float> Y;
+  X.SetSize(0, 3);
+  for (const int yVariables : {1, 2}) {
+    Y.SetSize(0, yVariables);
+    NCPLS model(&X, &Y, 50);
+    try {
+      model.NextComponent(nullptr, nullptr, /*quiet=*/true, /*strict=*/true);
+      ADD_FAILURE() << "no error";
+    } catch (const NCError& error) {
+      EXPECT_EQ(error.GetLevel(), NCError::Level1);
+    }
+    model.NextComponent(nullptr, nullptr, /*quiet=*/true, /*strict=*/false);
+    model.CalculateResiduals();
+    EXPECT_EQ(model.GetComponents(), 1);
+    EXPECT_THAT(CellsOf((*model.GetWprim())[1]), Each(kMissing));
+    EXPECT_THAT(CellsOf((*model.GetCprim())[1]), Each(kMissing));
+    EXPECT_EQ(model.GetTprim()->SizeColumns(), 0);
+  }
 }
 
 }  // namespace

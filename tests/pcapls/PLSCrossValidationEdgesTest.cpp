@@ -190,4 +190,17 @@ TEST(PLSCrossValidationEdges, SetsTheRangeOnceARoundAndNeverMovesTheBarWhateverT
   EXPECT_EQ(log.calls.size(), 7U) << "and the bar's end";
 }
 
+TEST(PLSCrossValidationEdges, PredictsNothingInASingleRoundThatLeavesAllOut) {
+  CrossValidationCase data(6, 3, 2, 0.1);
+  data.AddComponent();
+  PLSCrossValidation validation(data.model.get(), 1, nullptr);
+  data.Validate(&validation);
+  ASSERT_EQ(validation.GetWSet()->SizeRows(), 1);
+  EXPECT_THAT(CellsOf((*validation.GetWSet())[1]), Each(kMissing));
+  EXPECT_THAT(CellsOf(*validation.GetTPred()), Each(kMissing));
+  EXPECT_EQ(CellsOf(*validation.GetYPredResiduals()), CellsOf(data.Y));
+  EXPECT_EQ(validation.GetQ2Tot(), 0.0F) << "press is ss";
+  EXPECT_EQ(validation.GetQ2TotCum(), 0.0F);
+}
+
 }  // namespace
