@@ -4,74 +4,28 @@
 // is left, where here and in scikit-learn it is y c / c'c = y / c.
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <cmath>
-#include <fstream>
 #include <map>
-#include <sstream>
 #include <string>
 #include <tuple>
 #include <vector>
 
 #include "PlainPls.h"
+#include "RealTables.h"
 #include "kalmia/pcapls/NCPLS.h"
-#include "kalmia/pcapls/NCScale.h"
 
 namespace {
 
 constexpr int kComponents = 3;
-
-std::vector<std::vector<std::string>> ReadCsv(const std::string& path) {
-  std::ifstream file(path);
-  EXPECT_TRUE(file) << path;
-  std::vector<std::vector<std::string>> rows;
-  for (std::string line; std::getline(file, line);) {
-    rows.emplace_back();
-    std::istringstream fields(line);
-    for (std::string field; std::getline(fields, field, ',');) rows.back().push_back(field);
-  }
-  return rows;
-}
 
 /// What a package found: quantity and component to cells.
 using Reference = std::map<std::pair<std::string, int>, plain::Vector>;
 
 Reference ReadReference(const std::string& package, const std::string& table) {
   Reference reference;
-  const std::string folder = KALMIA_DATA_DIR "/../../tests/pcapls/data/";
-  for (const auto& row : ReadCsv(folder + "pls_reference_" + package + ".csv"))
+  for (const auto& row : ReadCsv(kReferenceFolder + ("pls_reference_" + package) + ".csv"))
     if (row[0] == table) reference[{row[1], std::stoi(row[2])}].push_back(std::stod(row[4]));
   return reference;
-}
-
-/// Columns first to last, from 1, of the table behind the column of names.
-NCDataMatrix<float> ReadColumns(const std::string& table, int first, int last) {
-  NCDataMatrix<float> matrix;
-  const auto rows = ReadCsv(KALMIA_DATA_DIR "/" + table + ".csv");
-  for (std::size_t i = 1; i < rows.size(); ++i) {
-    NCDataVector<float> row(last - first + 1);
-    for (int j = 1; j <= row.Size(); ++j) row(j, std::stof(rows[i][static_cast<std::size_t>(first + j - 1)]));
-    matrix.push_back(row);
-  }
-  return matrix;
-}
-
-/// Scales to unit variance; returns the relative change of the scaled table by the rounding of its cells to float
-/// beforehand, 2^-24 of a cell each.
-double ScaleToUnitVariance(NCDataMatrix<float>* matrix) {
-  NCScale scale(matrix->SizeColumns());
-  double lost = 0.0;
-  for (int j = 1; j <= matrix->SizeColumns(); ++j) {
-    scale.SetType(j, NCScale::ScalingUnitVariance);
-    float min = 0.0F;
-    float max = 0.0F;
-    matrix->GetColumnMinMax(j, min, max);
-    const double largest = std::max(std::abs(min), std::abs(max));
-    const double inDeviations = largest / static_cast<double>(matrix->GetColumnStdDev(j));
-    lost += inDeviations * inDeviations;
-  }
-  scale.ScaleMatrix(matrix, /*newModel=*/true);
-  return 0x1p-24 * std::sqrt(lost / matrix->SizeColumns());
 }
 
 struct Table {

@@ -31,28 +31,6 @@ double Regress(const Vector& cells, const Vector& v) {
   return squares > 1e-30 ? products / denominator : kHole;
 }
 
-Vector StartColumn(const Table& Y) {
-  if (Y.front().size() == 1) return ColumnOf(Y, 0);
-  double best = 0.0;
-  std::size_t chosen = 0;
-  for (std::size_t j = 0; j < Y.front().size(); ++j)
-    if (SquaresOf(ColumnOf(Y, j)) > best * 1.000001) {
-      best = SquaresOf(ColumnOf(Y, j));
-      chosen = j;
-    }
-  Vector column = ColumnOf(Y, chosen);
-  double largest = 0.0;
-  for (const double cell : column)
-    if (!std::isnan(cell)) largest = std::max(largest, std::abs(cell));
-  double fill = largest / 100.0;
-  for (double& cell : column)
-    if (std::isnan(cell)) {
-      cell = fill;
-      fill = -fill;
-    }
-  return column;
-}
-
 }  // namespace
 
 Vector VectorOf(const NCDataVector<float>& vector) {
@@ -123,6 +101,28 @@ Table Inverse(Table square) {
     }
   }
   return inverse;
+}
+
+Vector StartColumn(const Table& Y) {
+  if (Y.front().size() == 1) return ColumnOf(Y, 0);
+  double best = 0.0;
+  std::size_t chosen = 0;
+  for (std::size_t j = 0; j < Y.front().size(); ++j)
+    if (SquaresOf(ColumnOf(Y, j)) > best * 1.000001) {
+      best = SquaresOf(ColumnOf(Y, j));
+      chosen = j;
+    }
+  Vector column = ColumnOf(Y, chosen);
+  double largest = 0.0;
+  for (const double cell : column)
+    if (!std::isnan(cell)) largest = std::max(largest, std::abs(cell));
+  double fill = largest / 100.0;
+  for (double& cell : column)
+    if (std::isnan(cell)) {
+      cell = fill;
+      fill = -fill;
+    }
+  return column;
 }
 
 Vector RegressColumns(const Table& table, const Vector& v) {

@@ -25,6 +25,10 @@ Table Inverse(Table square);                     ///< Gauss-Jordan with row pivo
 Vector RegressColumns(const Table& table, const Vector& v);
 Vector RegressRows(const Table& table, const Vector& v);
 
+/// The first column of largest sum of squares, its holes filled with small numbers of alternating sign; the only column
+/// as it is.
+Vector StartColumn(const Table& table);
+
 struct Component {
   Vector w, t, p, c, u;
 };

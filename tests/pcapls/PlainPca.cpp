@@ -1,0 +1,93 @@
+#include "PlainPca.h"
+
+#include <algorithm>
+#include <cmath>
+#include <numeric>
+
+namespace plain {
+
+namespace {
+
+void Scale(Vector* v, double factor) {
+  for (double& cell : *v) cell *= factor;
+}
+
+/// Turns a and b in their plane.
+void Rotate(Vector* a, Vector* b, double cosine, double sine) {
+  for (std::size_t i = 0; i < a->size(); ++i) {
+    const double x = (*a)[i];
+    const double y = (*b)[i];
+    (*a)[i] = cosine * x - sine * y;
+    (*b)[i] = sine * x + cosine * y;
+  }
+}
+
+/// Turns two vectors until they are orthogonal, and two others with them; whether they were not yet.
+bool Orthogonalise(Vector* a, Vector* b, Vector* alongA, Vector* alongB) {
+  const double aa = SquaresOf(*a);
+  const double bb = SquaresOf(*b);
+  const double ab = Dot(*a, *b);
+  if (std::abs(ab) <= 1e-15 * std::sqrt(aa * bb)) return false;
+  const double cotangentOfTwice = (bb - aa) / (2.0 * ab);
+  const double tangent =
+      std::copysign(1.0, cotangentOfTwice) / (std::abs(cotangentOfTwice) + std::hypot(1.0, cotangentOfTwice));
+  const double cosine = 1.0 / std::hypot(1.0, tangent);
+  Rotate(a, b, cosine, cosine * tangent);
+  Rotate(alongA, alongB, cosine, cosine * tangent);
+  return true;
+}
+
+}  // namespace
+
+PrincipalComponent FitPca(const Table& X, const Vector* start, int rounds) {
+  PrincipalComponent component;
+  auto& [p, t] = component;
+  t = start ? *start : StartColumn(X);
+  for (int round = 0; round < rounds; ++round) {
+    p = RegressColumns(X, t);
+    Scale(&p, 1.0 / std::sqrt(SquaresOf(p)));
+    t = RegressRows(X, p);
+  }
+  return component;
+}
+
+SingularVectors Decompose(const Table& X) {
+  if (X.size() < X.front().size()) {
+    SingularVectors result = Decompose(Transposed(X));
+    std::swap(result.left, result.right);
+    return result;
+  }
+  Table columns = Transposed(X);
+  const std::size_t n = columns.size();
+  Table turns(n, Vector(n, 0.0));
+  for (std::size_t i = 0; i < n; ++i) turns[i][i] = 1.0;
+  bool turned = true;
+  for (int sweep = 0; turned && sweep < 60; ++sweep) {
+    turned = false;
+    for (std::size_t i = 0; i < n; ++i)
+      for (std::size_t j = i + 1; j < n; ++j)
+        turned = Orthogonalise(&columns[i], &columns[j], &turns[i], &turns[j]) || turned;
+  }
+  std::vector<std::size_t> order(n);
+  std::iota(order.begin(), order.end(), std::size_t{0});
+  std::sort(order.begin(), order.end(),
+            [&](std::size_t i, std::size_t j) { return SquaresOf(columns[i]) > SquaresOf(columns[j]); });
+  SingularVectors result;
+  for (const std::size_t i : order) {
+    result.values.push_back(std::sqrt(SquaresOf(columns[i])));
+    if (result.values.back() > 0.0) Scale(&columns[i], 1.0 / result.values.back());
+    result.left.push_back(columns[i]);
+    result.right.push_back(turns[i]);
+  }
+  return result;
+}
+
+double SineOfAngle(const Vector& a, const Vector& b) {
+  // What is left of a beside b, which unlike sqrt(1 - cos^2) is exact for small angles.
+  const double along = Dot(a, b) / SquaresOf(b);
+  double beside = 0.0;
+  for (std::size_t i = 0; i < a.size(); ++i) beside += (a[i] - along * b[i]) * (a[i] - along * b[i]);
+  return std::sqrt(beside / SquaresOf(a));
+}
+
+}  // namespace plain

@@ -1,0 +1,29 @@
+#pragma once
+
+#include "PlainPls.h"
+
+namespace plain {
+
+struct PrincipalComponent {
+  Vector p, t;
+};
+
+/// The first principal component by NIPALS in exactly `rounds` rounds, all in double, from the scores `start` or, if
+/// null, the usual column.
+PrincipalComponent FitPca(const Table& X, const Vector* start, int rounds);
+
+/// A table without holes as the sum of value * left right', values descending, vectors of unit length.
+struct SingularVectors {
+  Vector values;
+  Table left;   ///< a vector over the rows for each value
+  Table right;  ///< a vector over the columns for each value
+};
+
+/// By one-sided rotations of the columns, or rows where there are fewer of them, which gives small values as exactly as
+/// large ones. Source: Demmel & Veselic (1992), SIAM J. Matrix Anal. Appl. 13, 1204-1245.
+SingularVectors Decompose(const Table& X);
+
+/// The sine of the angle between two vectors, whatever their lengths and signs.
+double SineOfAngle(const Vector& a, const Vector& b);
+
+}  // namespace plain
