@@ -7,6 +7,7 @@
 #include "CrossValidationCase.h"
 #include "kalmia/kernels/ThreadingControl.h"
 #include "kalmia/kernels/simd/Lanes.h"
+#include "kalmia/pcapls/NCPCA.h"
 #include "kalmia/pcapls/NCPLS.h"
 #include "kalmia/pcapls/NCScale.h"
 #include "kalmia/pcapls/PLSCrossValidation.h"
@@ -16,8 +17,8 @@
 
 namespace {
 
-/// A fit, and the tables it is done on: X has cells enough for a team to pay, in LargeWithHoles also for the threads
-/// that columns with holes are regressed on.
+/// A fit, of PLS or without Y of PCA, and the tables it is done on: X has cells enough for a team to pay, in
+/// LargeWithHoles also for the threads that columns with holes are regressed on.
 struct Fit {
   const char* what;
   int rows, columns, yVariables;
@@ -39,7 +40,18 @@ NCDataMatrix<float> TableWithStructure(const NCDataMatrix<float>& scores, int co
 class SameBits : public testing::TestWithParam<Fit> {
  protected:
   /// The stored model after three components.
-  std::string StoredModel() const {
+  std::string StoredModel() const { return GetParam().yVariables == 0 ? StoredPca() : StoredPls(); }
+
+  std::string StoredPca() const {
+    NCPCA model(&x_, /*maxIterations=*/4);
+    for (int a = 1; a <= kComponents; ++a) {
+      model.NextComponent(nullptr, nullptr, 0, nullptr);
+      model.CalculateResiduals();
+    }
+    return StreamOf(model);
+  }
+
+  std::string StoredPls() const {
     NCPLS model(&x_, &y_, /*maxIterations=*/20);
     for (int a = 1; a <= kComponents; ++a) {
       model.NextComponent(nullptr, nullptr, /*quiet=*/true, /*strict=*/true);
@@ -118,7 +130,12 @@ INSTANTIATE_TEST_SUITE_P(Tables, SameBits,
                          testing::Values(Fit{"OneYComplete", 400, 301, 1, 0}, Fit{"OneYWithHoles", 400, 301, 1, 0.1},
                                          Fit{"SixYComplete", 301, 400, 6, 0}, Fit{"SixYWithHoles", 301, 400, 6, 0.1},
                                          Fit{"ManyYWithHoles", 500, 100, 90, 0.3},
-                                         Fit{"LargeWithHoles", 800, 600, 1, 0.05}),
+                                         Fit{"LargeWithHoles", 800, 600, 1, 0.05},
+                                         Fit{"PcaTallComplete", 1501, 80, 0, 0},
+                                         Fit{"PcaTallWithHoles", 1501, 80, 0, 0.1},
+                                         Fit{"PcaWideComplete", 80, 1501, 0, 0},
+                                         Fit{"PcaWideWithHoles", 80, 1501, 0, 0.1},
+                                         Fit{"PcaLargeWithHoles", 800, 600, 0, 0.05}),
                          [](const auto& info) { return info.param.what; });
 
 }  // namespace
