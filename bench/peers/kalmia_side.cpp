@@ -2,6 +2,8 @@
 // times one task a few times and prints the seconds of each, one a line.
 //
 //     kalmia_side FILE ROWS COLUMNS YCOLUMNS fit|crossvalidate COMPONENTS REPEATS
+#include <omp.h>
+
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
@@ -66,6 +68,7 @@ int main(int argc, char** argv) {
     std::fprintf(stderr, "kalmia_side: %s is too short\n", argv[1]);
     return 3;
   }
+  omp_set_dynamic(0);  // a machine that was busy a minute ago would give one thread
   const bool validate = std::strcmp(argv[5], "crossvalidate") == 0;
   for (int i = 0; i < std::atoi(argv[7]); ++i)
     std::printf("%.9f\n", RunOnce(x, y, std::atoi(argv[6]), validate));

@@ -251,6 +251,8 @@ class NCDataMatrix : public virtual VexStreamBase {
   void VexStreamableReset() override;
 
  private:
+  friend class kalmia::UnlinkedRows<T>;
+
   bool ReadStreamDirectory(std::istream& stream);        ///< version 4
   bool ReadOldLayout(std::istream& stream, short version);
   void CountMissing();                                   ///< all counts of the matrix from its rows' cells

@@ -12,6 +12,8 @@ class NCDataVector;
 namespace kalmia {
 template <class T>
 class AlignedBlock;
+template <class T>
+class UnlinkedRows;
 }  // namespace kalmia
 
 /// Holder of a work vector: deletes it at the end if it owns it. See NCDataVector::GetReturnVector.
@@ -222,6 +224,7 @@ class NCDataVector : public virtual VexStreamBase {
 
  private:
   friend class NCDataMatrix<T>;
+  friend class kalmia::UnlinkedRows<T>;
 
   void LetGo();                                    ///< of the storage, as one holder of it; members stay as they are
   /// The block becomes the storage, with a use count of its own; what was there is let go. Size and count stay.

@@ -3,8 +3,30 @@
 #include <algorithm>
 
 #include "kalmia/kernels/Regression.h"
+#include "kalmia/kernels/simd/Quotients.h"
 
 namespace kalmia {
+namespace {
+
+/// Whether the quotients, as those of long doubles, could be had by dividing in double.
+bool DivideInDouble(const double* numerators, int n, long double denominator, float* cells) {
+  const double divisor = static_cast<double>(denominator);
+  return divisor == denominator && std::fabs(divisor) > kSmallestDenominator &&
+         simd::DivideToFloat(numerators, divisor, n, cells);
+}
+
+bool DivideInDouble(const double*, int, long double, double*) { return false; }
+
+}  // namespace
+
+template <class T>
+void WriteQuotients(T* cells, const double* numerators, int n, long double denominator, int& numMisVal) {
+  if (DivideInDouble(numerators, n, denominator, cells)) {
+    numMisVal -= n;
+    return;
+  }
+  for (int j = 0; j < n; ++j) WriteQuotient(cells[j], numerators[j], denominator, numMisVal);
+}
 
 template <class T>
 int ColumnRegression<T>::Slice(T* out, int first, int last) const {
@@ -23,7 +45,7 @@ template <class T>
 int ColumnRegression<T>::CompleteBlock(T* out, int first, int n, const BlockRoom<T>& room) const {
   SumColumns(X, v, first, n, room.Products());
   int change = 0;
-  for (int j = 0; j < n; ++j) WriteQuotient(out[first + j], room.Products()[j], ss, change);
+  WriteQuotients(out + first, room.Products(), n, ss, change);
   return change;
 }
 
@@ -43,6 +65,8 @@ int ColumnRegression<T>::BlockWithHoles(T* out, int first, int n, const BlockRoo
   return change;
 }
 
+template void WriteQuotients(float*, const double*, int, long double, int&);
+template void WriteQuotients(double*, const double*, int, long double, int&);
 template struct ColumnRegression<float>;
 template struct ColumnRegression<double>;
 

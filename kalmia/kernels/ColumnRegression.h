@@ -17,6 +17,10 @@ void WriteQuotient(T& cell, long double numerator, long double denominator, int&
   --numMisVal;
 }
 
+/// WriteQuotient for n cells with the same denominator.
+template <class T>
+void WriteQuotients(T* cells, const double* numerators, int n, long double denominator, int& numMisVal);
+
 /// The regression of columns of X on v, with or without the Fix, as blocks of columns; each column gets the bits of
 /// RegressOneColumn or SpecialNipalsRegressOneColumnFix (which, unlike this, has no mode 0).
 template <class T>

@@ -9,11 +9,11 @@
 #include "kalmia/kernels/ColumnRegression.h"
 #include "kalmia/kernels/ColumnWalk.h"
 #include "kalmia/kernels/ExcludedPositions.h"
+#include "kalmia/kernels/Regression.h"
 #include "kalmia/kernels/RowRegression.h"
 #include "kalmia/kernels/Slices.h"
 #include "kalmia/kernels/Team.h"
 #include "kalmia/kernels/simd/ColumnSums.h"
-#include "kalmia/kernels/simd/Dots.h"
 
 namespace kalmia {
 
@@ -109,7 +109,7 @@ bool CalcScoresAndLoadings(const NCDataMatrix<float>& X, const NCDataVector<floa
   const long double ss = newT.GetSS();
   std::vector<float> loadings(static_cast<std::size_t>(columns), kHole);
   int estimated = 0;
-  for (std::size_t c = 0; c < loadings.size(); ++c) WriteQuotient(loadings[c], pass.sums[c], ss, estimated);
+  WriteQuotients(loadings.data(), pass.sums.data(), columns, ss, estimated);
   // A loading of exactly -99 counts as present where it comes from, which a new vector cannot be told.
   if (std::find(loadings.begin(), loadings.end(), kHole) != loadings.end()) return false;
   p->CopyZeroBasedVector(loadings.data(), columns);
@@ -117,32 +117,20 @@ bool CalcScoresAndLoadings(const NCDataMatrix<float>& X, const NCDataVector<floa
   return true;
 }
 
-long double DeflateAndSumSquares(NCDataMatrix<float>* X, const NCDataVector<float>& t, const NCDataVector<float>& p) {
-  bool complete = X->GetNumMisVal() == 0 && t.GetNumMisVal() == 0 && p.GetNumMisVal() == 0;
-  // The factor of such a row is -99, which empties it: that takes the counts of AddVprimV.
-  complete = complete && std::find(t.begin(), t.end(), -kHole) == t.end();
-  const int rows = X->SizeRows();
-  const int columns = X->SizeColumns();
-  complete = complete && rows > 0 && columns > 0;
-  std::vector<double> squares(static_cast<std::size_t>(rows) + 1);  // taken before the first change: none fails later
-  const float* loadings = p.begin();
-  X->ForceUnlink();
-  if (!complete) X->AddVprimV(t, p, -1.0F);
-#pragma omp parallel for schedule(static) num_threads(TeamSize(CellsOf(*X)))
-  for (int r = 1; r <= rows; ++r) {
-    double& square = squares[static_cast<std::size_t>(r)];
-    if (!complete) {
-      square = static_cast<double>((*X)[r].GetSS());
-      continue;
-    }
-    int emptied = 0;  // none in a table without holes
-    NCDataMatrix<float>::AddFV(*X, -t[r], loadings, /*misValMode=*/0, r, emptied, /*columnMisVal=*/nullptr);
-    const float* row = (*X)[r].begin();
-    square = simd::Dot(row, row, columns);
-  }
+long double SumSquaresWithout(const NCDataMatrix<float>& Y, const NCDataVector<float>& t,
+                              const NCDataVector<float>& c) {
+  const int columns = Y.SizeColumns();
+  NCDataMatrix<float> rest(1, columns);  // of a row at a time
+  std::vector<int> emptied(static_cast<std::size_t>(columns) + 1);
+  const int misValMode = MisValMode(Y.GetNumMisVal(), c.GetNumMisVal());
   double sum = 0.0;
-  for (const double square : squares)
-    if (square != kMissing) sum += square;
+  for (int r = 1; r <= Y.SizeRows(); ++r) {
+    rest(1).CopyContent(Y[r]);
+    const float factor = t[r] == kHole ? kHole : -t[r];
+    NCDataMatrix<float>::AddFV(rest, factor, c.begin(), misValMode, 1, emptied[0], emptied.data());
+    const double squares = static_cast<double>(rest[1].GetSS());
+    if (squares != kMissing) sum += squares;
+  }
   return sum;
 }
 

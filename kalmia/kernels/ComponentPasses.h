@@ -15,7 +15,8 @@ namespace kalmia {
 bool CalcScoresAndLoadings(const NCDataMatrix<float>& X, const NCDataVector<float>& w, NCDataVector<float>* t,
                            NCDataVector<float>* p);
 
-/// X.AddVprimV(t, p, -1), and X.GetSS() of what is left. After std::bad_alloc X has the cells it had.
-long double DeflateAndSumSquares(NCDataMatrix<float>* X, const NCDataVector<float>& t, const NCDataVector<float>& p);
+/// The GetSS() that Y would have after Y.AddVprimV(t, c, -1); Y stays as it is, and no table is written.
+long double SumSquaresWithout(const NCDataMatrix<float>& Y, const NCDataVector<float>& t,
+                              const NCDataVector<float>& c);
 
 }  // namespace kalmia

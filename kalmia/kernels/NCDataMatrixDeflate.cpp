@@ -6,7 +6,9 @@
 #include "kalmia/containers/NCDataMatrix.h"
 #include "kalmia/kernels/Regression.h"
 #include "kalmia/kernels/RowOperand.h"
+#include "kalmia/kernels/Slices.h"
 #include "kalmia/kernels/Team.h"
+#include "kalmia/kernels/UnlinkedRows.h"
 #include "kalmia/kernels/simd/RowsAdd.h"
 
 using kalmia::kMissing;
@@ -49,7 +51,7 @@ struct Batch {
 template <class T>
 void NCDataMatrix<T>::AddVprimV(const NCDataVector<T>& u, const NCDataVector<T>& w, T f) {
   const RowOperand<T> alongRows(u, *this), alongColumns(w, *this);
-  ForceUnlink();
+  const kalmia::UnlinkedRows<T> rows(this);
   if (rows_ == 0 || columns_ == 0) return;
   const T* scores = (*alongRows).GetVector();
   const T* weights = (*alongColumns).begin();
@@ -57,21 +59,24 @@ void NCDataMatrix<T>::AddVprimV(const NCDataVector<T>& u, const NCDataVector<T>&
   const RowStep step = StepFor(misValMode, weights, columns_);
   int* columnMisVal = &(*columnMisVal_)(1) - 1;  // cell 0 exists
   const int team = kalmia::TeamSize(std::int64_t{rows_} * columns_);
-  const int batchSize = std::min(kRowsToAddTo, (rows_ - 1) / team + 1);
-  int emptied = 0;
-#pragma omp parallel for schedule(static) reduction(+ : emptied) num_threads(team)
-  for (int first = 1; first <= rows_; first += batchSize) {
-    Batch<T> batch;
-    for (int r = first; r < first + batchSize && r <= rows_; ++r) {
-      const T factor = scores[r] == kMissing ? kMissingCell<T> : static_cast<T>(scores[r] * f);
-      if (step == RowStep::HolesInBoth || factor == kMissing)
-        AddFV(*this, factor, weights, misValMode, r, emptied, columnMisVal);
-      else
-        batch.Add(rowArray_[r].data_ + 1, factor);
+  const auto slice = [&](int begin, int end) {
+    int emptied = 0;
+    for (int first = begin; first <= end; first += kRowsToAddTo) {
+      Batch<T> batch;
+      for (int r = first; r < first + kRowsToAddTo && r <= end; ++r) {
+        T* const row = rows.Fetch(r);
+        const T factor = scores[r] == kMissing ? kMissingCell<T> : static_cast<T>(scores[r] * f);
+        if (step == RowStep::HolesInBoth || factor == kMissing)
+          AddFV(*this, factor, weights, misValMode, r, emptied, columnMisVal);
+        else
+          batch.Add(row, factor);
+      }
+      batch.Run(step, weights, columns_);
     }
-    batch.Run(step, weights, columns_);
-  }
-  numMisVal_ += emptied;
+    return emptied;
+  };
+  const int grain = std::min(kRowsToAddTo, (rows_ - 1) / team + 1);
+  numMisVal_ += kalmia::ForSlices(rows_, team, grain, slice);
 }
 
 template <class T>

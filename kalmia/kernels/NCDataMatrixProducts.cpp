@@ -120,8 +120,10 @@ NCDataVector<T> NCDataMatrix<T>::operator*(const NCDataVector<T>& v) const {
 template <class T>
 long double NCDataMatrix<T>::GetSS() const {
   std::vector<double> squares(static_cast<std::size_t>(rows_));
-#pragma omp parallel for schedule(static) num_threads(kalmia::TeamSize(std::int64_t{rows_} * columns_))
-  for (int r = 1; r <= rows_; ++r) squares[static_cast<std::size_t>(r) - 1] = SquaresOf(rowArray_[r]);
+  kalmia::ForSlices(rows_, kalmia::TeamSize(std::int64_t{rows_} * columns_), /*grain=*/8, [&](int first, int last) {
+    for (int r = first; r <= last; ++r) squares[static_cast<std::size_t>(r) - 1] = SquaresOf(rowArray_[r]);
+    return 0;
+  });
   double sum = 0.0;
   for (const double square : squares)
     if (square != kMissing) sum += square;

@@ -1,11 +1,25 @@
 #include "kalmia/pcapls/ColumnMoments.h"
 
+#include <cstdint>
+
 #include "kalmia/containers/NCDataVector.h"
 #include "kalmia/kernels/ColumnWalk.h"
+#include "kalmia/kernels/Slices.h"
+#include "kalmia/kernels/Team.h"
 
 namespace kalmia {
 
 namespace {
+
+/// Calls block(first, n) for blocks of all columns, shared out among a team: no sum is split.
+template <class Block>
+void ForAllColumns(const NCDataMatrix<float>& matrix, const Block& block) {
+  const int team = TeamSize(std::int64_t{matrix.SizeRows()} * matrix.SizeColumns());
+  ForSlices(matrix.SizeColumns(), team, kColumnsPerGrain, [&](int first, int last) {
+    ForColumnBlocks(first, last, block);
+    return 0;
+  });
+}
 
 /// Sums of the present cells of columns first to first + n - 1 into the products of `room`.
 void SumPresent(const NCDataMatrix<float>& matrix, const NCDataVector<float>& ones, int first, int n,
@@ -24,7 +38,7 @@ std::vector<long double> ColumnMeans(const NCDataMatrix<float>& matrix) {
   std::vector<long double> means(static_cast<std::size_t>(matrix.SizeColumns()) + 1);
   if (rows == 0) return means;
   const NCDataVector<float> ones(rows, 1.0F);
-  ForColumnBlocks(1, matrix.SizeColumns(), [&](int first, int n) {
+  ForAllColumns(matrix, [&](int first, int n) {
     const BlockRoom<float> room(n);
     SumPresent(matrix, ones, first, n, room);
     for (int j = 0; j < n; ++j) {
@@ -40,7 +54,7 @@ std::vector<double> ColumnSquares(const NCDataMatrix<float>& matrix) {
   const int rows = matrix.SizeRows();
   std::vector<double> squares(static_cast<std::size_t>(matrix.SizeColumns()) + 1);
   if (rows == 0) return squares;
-  ForColumnBlocks(1, matrix.SizeColumns(), [&](int first, int n) {
+  ForAllColumns(matrix, [&](int first, int n) {
     const BlockRoom<float> room(n);
     MarkColumnsWithHoles(matrix, first, n, room.Holes());
     SumColumnSquares(matrix, first, n, room.Holes(), squares.data() + first);

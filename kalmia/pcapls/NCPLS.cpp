@@ -14,11 +14,14 @@ namespace {
 /// Below this over sqrt(K), |w| |u| / |X| says that X and u have nothing in common but rounding.
 constexpr double kSmallestRelation = 1e-6;
 
+/// A deflation shortens X, up to the rounding of its cells.
+constexpr double kRoomForRounding = 1.001;
+
 /// Whether the weights w, not normalised yet, that u gave are too small, or not a number to go on with.
-bool IsUnrelated(const NCDataVector<float>& w, const NCDataVector<float>& u, double normOfX) {
+bool IsUnrelated(const NCDataVector<float>& w, const NCDataVector<float>& u, double squaresOfX) {
   const double normOfW = std::sqrt(static_cast<double>(w.GetSS()));
   const double normOfU = std::sqrt(static_cast<double>(u.GetSS()));
-  const double relation = normOfW * normOfU / normOfX;
+  const double relation = normOfW * normOfU / std::sqrt(squaresOfX);
   const int kind = std::fpclassify(relation);
   if (kind == FP_NAN || kind == FP_INFINITE || kind == FP_SUBNORMAL) return true;
   return kSmallestRelation / std::sqrt(static_cast<double>(w.Size())) > relation;
@@ -124,7 +127,6 @@ void NCPLS::InitialiseResults() {
 
 void NCPLS::NextComponent(NCProgress* progress, const NCDataVector<float>* start, bool quiet, bool strict) {
   RoundsBar bar(progress, components_ + 1, quiet, strict);
-  if (strict && xSquares_ < 0.0) xSquares_ = static_cast<double>(xResiduals_.GetSS());
   Component component = Iterate(start, strict, &bar);
   bar.ThrowIfStopped();
   if (!component.hasLoadings) xResiduals_.Result(&component.p).SpecialNipalsRegressColumnsFix(component.t);
@@ -138,17 +140,22 @@ NCDataVector<float> NCPLS::StartOfU(const NCDataVector<float>* start) const {
   return yResiduals_.SpecialNipalsRegressRowsFix(c, nullptr, 0);
 }
 
-NCPLS::Component NCPLS::Iterate(const NCDataVector<float>* start, bool strict, RoundsBar* bar) const {
+bool NCPLS::AreUnrelated(const NCDataVector<float>& w, const NCDataVector<float>& u) {
+  if (xSquares_ >= 0.0 && !IsUnrelated(w, u, xSquares_ * kRoomForRounding)) return false;
+  xSquares_ = static_cast<double>(xResiduals_.GetSS());
+  return IsUnrelated(w, u, xSquares_);
+}
+
+NCPLS::Component NCPLS::Iterate(const NCDataVector<float>* start, bool strict, RoundsBar* bar) {
   Component component(xResiduals_.SizeRows(), xResiduals_.SizeColumns(), yResiduals_.SizeColumns());
   auto& [w, p, t, c, u, rounds, hasLoadings] = component;
   u = StartOfU(start);
   NCDataVector<float> nextU(xResiduals_.SizeRows());
   const bool oneY = yResiduals_.SizeColumns() == 1;
-  const double normOfX = std::sqrt(xSquares_);  // looked at only if strict, and then known
   double measure = 0.0;
   do {
     xResiduals_.Result(&w).SpecialNipalsRegressColumnsFix(u);
-    if (strict && IsUnrelated(w, u, normOfX)) throw NCError(LanguageString::Get(10159), NCError::Level1);
+    if (strict && AreUnrelated(w, u)) throw NCError(LanguageString::Get(10159), NCError::Level1);
     w.Normalise();
     hasLoadings = oneY && kalmia::CalcScoresAndLoadings(xResiduals_, w, &t, &p);  // the only round
     if (!hasLoadings) xResiduals_.Result(&t).SpecialNipalsRegressRowsFix(w, nullptr, 0);
@@ -175,6 +182,7 @@ void NCPLS::Append(const Component& component) {
   cprim_.swap(cprim);
   components_ = row;
   iterations_ = component.rounds;
+  isDeflated_ = false;
 }
 
 bool NCPLS::HasNewestComponent() const {
@@ -185,13 +193,10 @@ bool NCPLS::HasNewestComponent() const {
 void NCPLS::CalculateResiduals() {
   if (!HasNewestComponent()) return;
   yResiduals_.ForceUnlink();  // memory for Y is taken before X changes
-  xSquares_ = kUnknown;
-  xSquares_ = static_cast<double>(kalmia::DeflateAndSumSquares(&xResiduals_, tprim_[components_], pprim_[components_]));
-  CalculateYResiduals();
-}
-
-void NCPLS::CalculateYResiduals() {
-  if (HasNewestComponent()) yResiduals_.AddVprimV(tprim_[components_], cprim_[components_], -1.0F);
+  if (isDeflated_) xSquares_ = kUnknown;  // what is taken out twice may make X longer
+  xResiduals_.AddVprimV(tprim_[components_], pprim_[components_], -1.0F);
+  yResiduals_.AddVprimV(tprim_[components_], cprim_[components_], -1.0F);
+  isDeflated_ = true;
 }
 
 NCDataMatrix<float> NCPLS::GetWStarPrim(const NCDataMatrix<float>& W, const NCDataMatrix<float>& P) {

@@ -110,17 +110,17 @@ class NCPLS : public VexStreamBase {
   void VexStreamableReset() override;
 
  private:
-  friend class PLSCrossValidation;  // its rounds need no X residuals
   static constexpr double kUnknown = -1.0;
   struct Component;
   class RoundsBar;
 
   void InitialiseResults();                        ///< five result matrices without rows
   NCDataVector<float> StartOfU(const NCDataVector<float>* start) const;
-  Component Iterate(const NCDataVector<float>* start, bool strict, RoundsBar* bar) const;
+  /// Whether |w| |u| / |X| is too small. The X of before a deflation is longer: it decides unless it is close.
+  bool AreUnrelated(const NCDataVector<float>& w, const NCDataVector<float>& u);
+  Component Iterate(const NCDataVector<float>* start, bool strict, RoundsBar* bar);
   void Append(const Component& component);         ///< all or nothing
   bool HasNewestComponent() const;
-  void CalculateYResiduals();
   kalmia::ModelFields Fields();                    ///< in the order of the stream form, which is that of the members
   void Swap(NCPLS* other);
   bool ShapesAgree() const;
@@ -135,5 +135,6 @@ class NCPLS : public VexStreamBase {
   int components_ = 0;
   int maxIterations_ = 0;
   int iterations_ = 0;
-  double xSquares_ = kUnknown;  ///< xResiduals_.GetSS(), which a deflation finds out in passing
+  double xSquares_ = kUnknown;  ///< xResiduals_.GetSS(), or more: what it was before deflations
+  bool isDeflated_ = true;      ///< the newest component is out of X already
 };

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <memory>
 
+#include "kalmia/kernels/ComponentPasses.h"
 #include "kalmia/pcapls/ComponentRows.h"
 #include "kalmia/pcapls/PCACrossValidation.h"
 #include "kalmia/pcapls/Q2.h"
@@ -77,9 +78,12 @@ PLSCrossValidation::Division PLSCrossValidation::Divide(int group) const {
   const NCDataMatrix<float>& X = *model_->GetXResiduals();
   const NCDataMatrix<float>& Y = *model_->GetYResiduals();
   Division division;
-  division.X = kalmia::WithoutRows(X.SizeColumns(), X.SizeRows());
-  division.Y = kalmia::WithoutRows(Y.SizeColumns(), Y.SizeRows());
-  division.leftOutX = kalmia::WithoutRows(X.SizeColumns(), X.SizeRows());
+  const int rows = X.SizeRows();
+  const auto leftOut = static_cast<int>(
+      std::count(observationGroups_.begin(), observationGroups_.begin() + rows, group));
+  division.X = kalmia::WithoutRows(X.SizeColumns(), rows - leftOut);
+  division.Y = kalmia::WithoutRows(Y.SizeColumns(), rows - leftOut);
+  division.leftOutX = kalmia::WithoutRows(X.SizeColumns(), leftOut);
   for (int i = 1; i <= X.SizeRows(); ++i)
     if (observationGroups_[i] == group) {
       division.leftOutX.push_back(X[i]);
@@ -102,14 +106,14 @@ void PLSCrossValidation::CalcRound(int group, const NCDataVector<float>& w, int 
   if (model_->GetComponents() == 1) results->ssYOriginal(group + 1, static_cast<float>(division.Y.GetSS()));
   NCPLS round(&division.X, &division.Y, maxIterations);
   round.NextComponent(progress, &w, quiet, /*strict=*/false);
-  round.CalculateYResiduals();
-  results->ssY(group + 1, static_cast<float>(round.GetYResiduals()->GetSS()));
+  const auto& t1 = (*round.GetTprim())[1];
+  results->ssY(group + 1, static_cast<float>(kalmia::SumSquaresWithout(division.Y, t1, (*round.GetCprim())[1])));
 
   NCPLSPred prediction(division.leftOutX, *round.GetWprim(), *round.GetPprim(), *round.GetCprim(), kMissingTolerance);
   prediction.CalcLastComponent();
   NCDataVector<float> t(model_->GetXResiduals()->SizeRows());
   for (int i = 1, kept = 1; i <= t.Size(); ++i)
-    if (observationGroups_[i] != group) t(i, (*round.GetTprim())[1][kept++]);
+    if (observationGroups_[i] != group) t(i, t1[kept++]);
   TakePrediction(prediction, division.leftOut, &t, results);
   AppendRound(round, t, w, results);
 }
