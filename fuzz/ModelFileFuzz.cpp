@@ -1,0 +1,47 @@
+// Feeds bytes to the reader of model files, as they are and with a length and a checksum that match them, as a forger
+// would write them. What is accepted is written, and reads back to the same bytes.
+#include <cstddef>
+#include <cstdint>
+#include <cstdlib>
+#include <string>
+
+#include "app/Failure.h"
+#include "app/StoredModel.h"
+#include "kalmia/support/MD5.h"
+
+using kalmia::app::ModelFileBytes;
+using kalmia::app::ReadModelFile;
+
+namespace {
+
+constexpr std::size_t kLengthAt = 12, kChecksumAt = 20, kContentAt = 52;
+
+void Require(bool holds) {
+  if (!holds) std::abort();
+}
+
+std::string Forged(std::string bytes) {
+  if (bytes.size() < kContentAt) return bytes;
+  const std::uint64_t length = bytes.size() - kContentAt;
+  for (std::size_t i = 0; i < sizeof length; ++i) bytes[kLengthAt + i] = static_cast<char>(length >> (8 * i) & 0xFF);
+  MD5 md5;
+  md5.Update(bytes.data() + kContentAt, length);
+  md5.Finalize();
+  return bytes.replace(kChecksumAt, kContentAt - kChecksumAt, md5.GetDigest());
+}
+
+void Feed(const std::string& bytes) try {
+  const std::string written = ModelFileBytes(ReadModelFile(bytes, "model"));
+  Require(ModelFileBytes(ReadModelFile(written, "again")) == written);
+} catch (const kalmia::app::Failure& failure) {
+  Require(failure.Code() == kalmia::app::ExitCode::Files);
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+  const std::string bytes(data, data + size);
+  Feed(bytes);
+  Feed(Forged(bytes));
+  return 0;
+}
