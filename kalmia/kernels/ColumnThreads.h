@@ -25,16 +25,22 @@ int ForColumnThreads(int n, const Slice& slice) {
     *count = failure.Run([&] { return slice(columns.first, columns.second - 1); });
   };
 
-  struct JoinedAtTheEnd : boost::thread_group {
-    ~JoinedAtTheEnd() { join_all(); }
+  // Not a boost::thread_group: one that finds no memory to note a thread lets it run on, with nobody waiting for it.
+  struct JoinedAtTheEnd : std::vector<boost::thread> {
+    ~JoinedAtTheEnd() { Join(); }
+    void Join() {
+      for (boost::thread& thread : *this)
+        if (thread.joinable()) thread.join();
+    }
   } threads;
+  threads.reserve(counts.size() - 1);
   const std::pair<int, int> mine = range.Next();
   for (std::size_t k = 1; !range.Empty(); ++k) {
     const std::pair<int, int> theirs = range.Next();
-    threads.create_thread([&work, theirs, count = &counts[k]] { work(theirs, count); });
+    threads.emplace_back([&work, theirs, count = &counts[k]] { work(theirs, count); });
   }
   work(mine, &counts[0]);
-  threads.join_all();
+  threads.Join();
   failure.Rethrow();
   return std::accumulate(counts.begin(), counts.end(), 0);
 }
