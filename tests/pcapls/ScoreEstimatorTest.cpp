@@ -158,10 +158,12 @@ TEST(ScoreEstimator, HasTheScoresOfThePlainRegressionInDouble) {
 }
 
 TEST(ScoreEstimator, TakesNoMoreComponentsThanThereAreCells) {
-  const NCDataMatrix<float> P = LoadingsOf(3);
+  // Loadings far from orthogonal, and so many variables that a few have less than a third of a score's squares: the
+  // weight of y is shrunk, and something of x is left that a further component would take.
+  const NCDataMatrix<float> P = RandomMatrix<float>(3, 24, 0.0, 9);
   for (int present = 1; present <= 4; ++present) {
     SCOPED_TRACE(present);
-    NCDataVector<float> x(8);
+    NCDataVector<float> x(24);
     for (int k = 1; k <= present; ++k) x(k, 0.125F);
     EXPECT_EQ(ComponentsTaken(P, x), std::min(present, 3));
     EXPECT_EQ(ScoresOf(P, x), RegressionScores(P, x, std::min(present, 3)));
