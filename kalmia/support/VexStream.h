@@ -76,7 +76,7 @@ class OutputStreamDirectory {
   OutputStreamDirectory(const OutputStreamDirectory&) = delete;
   OutputStreamDirectory& operator=(const OutputStreamDirectory&) = delete;
 
-  /// Entry `index`, from 0. Throws std::out_of_range behind the last. An entry that nobody asks for is there, empty.
+  /// Entry `index`, from 0; std::out_of_range behind the last. What nobody asks for is absent to a reader.
   std::ostream& GetOutput(unsigned short index);
   /// Writes table and entries to the underlying stream, once. If an entry's stream failed nothing is written, and the
   /// underlying stream's fail bit is set.
@@ -152,7 +152,7 @@ bool StartRead(Object& object, std::istream& stream) {
   return Object::MyStreamableData.Check(stream) && object.VexStreamableRead(stream);
 }
 
-/// An entry of a directory that is an array of items, as WriteArray takes it.
+/// An entry of a directory that is an array of items, as WriteArray takes it; null items leave the entry out.
 struct ArrayEntry {
   const void* items;
   int count;

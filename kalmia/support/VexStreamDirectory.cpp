@@ -1,5 +1,5 @@
-// A directory on the stream: the number of entries (2 bytes), a table of their lengths (8 bytes each), then the
-// entries' bytes one behind the other.
+// A directory on the stream: the number of entries (2 bytes), a table of their lengths (8 bytes each; all bits set for
+// an entry that is not there), then the entries' bytes one behind the other.
 #include <cstddef>
 #include <cstdint>
 #include <limits>
@@ -11,6 +11,9 @@
 #include "kalmia/support/VexStream.h"
 
 namespace {
+
+/// In place of the length of an entry that is not there.
+constexpr std::uint64_t kAbsent = std::numeric_limits<std::uint64_t>::max();
 
 /// An output buffer that keeps all it is given.
 class StreamCollector : public std::streambuf {
@@ -63,6 +66,7 @@ bool ReadLengths(std::istream& stream, std::vector<std::uint64_t>& lengths) {
 bool AddUp(const std::vector<std::uint64_t>& lengths, std::int64_t& total) {
   total = 0;
   for (const std::uint64_t length : lengths) {
+    if (length == kAbsent) continue;
     if (length > static_cast<std::uint64_t>(std::numeric_limits<std::int64_t>::max() - total)) return false;
     total += static_cast<std::int64_t>(length);
   }
@@ -81,7 +85,8 @@ bool kalmia::WriteDirectory(std::ostream& stream, std::initializer_list<ArrayEnt
   std::vector<std::uint64_t> lengths;
   lengths.reserve(entries.size());
   for (const ArrayEntry& entry : entries)
-    lengths.push_back(static_cast<std::uint64_t>(entry.count) * static_cast<std::uint64_t>(entry.itemSize));
+    lengths.push_back(entry.items ? static_cast<std::uint64_t>(entry.count) * static_cast<std::uint64_t>(entry.itemSize)
+                                  : kAbsent);
   WriteTable(stream, lengths);
   for (const ArrayEntry& entry : entries) WriteArray(entry.items, entry.count, entry.itemSize, stream);
   return stream.good();
@@ -108,7 +113,7 @@ void OutputStreamDirectory::Close() {
   std::vector<std::uint64_t> lengths;
   for (const auto& entry : state_->entries) {
     if (entry && !entry->stream.good()) return stream.setstate(std::ios_base::failbit);
-    lengths.push_back(entry ? entry->buffer.GetBytes().size() : 0);
+    lengths.push_back(entry ? entry->buffer.GetBytes().size() : kAbsent);
   }
   WriteTable(stream, lengths);
   for (const auto& entry : state_->entries)
@@ -124,6 +129,7 @@ struct InputStreamDirectory::State {
 
   kalmia::StreamView::Bytes bytes;                   ///< where the entries lie, or null after a failure
   std::vector<std::size_t> ends;                     ///< of each entry in `bytes`
+  std::vector<bool> isAbsent;                        ///< entries that the writer left out
   std::size_t begin = 0;                             ///< of the first entry
   std::vector<std::unique_ptr<InputEntry>> entries;  ///< null where nobody has asked
   bool closed = false;
@@ -153,14 +159,17 @@ InputStreamDirectory::InputStreamDirectory(std::istream& stream) : state_(std::m
   if (!state_->bytes) return;
   state_->ends.reserve(lengths.size());
   std::size_t end = state_->begin;
-  for (const std::uint64_t length : lengths) state_->ends.push_back(end += static_cast<std::size_t>(length));
+  for (const std::uint64_t length : lengths) {
+    state_->isAbsent.push_back(length == kAbsent);
+    state_->ends.push_back(end += length == kAbsent ? 0 : static_cast<std::size_t>(length));
+  }
   state_->entries.resize(lengths.size());
 }
 
 InputStreamDirectory::~InputStreamDirectory() = default;
 
 InputEntry* InputStreamDirectory::State::Find(unsigned short index) {
-  if (closed || index >= entries.size()) return nullptr;
+  if (closed || index >= entries.size() || isAbsent[index]) return nullptr;
   std::unique_ptr<InputEntry>& entry = entries[index];
   if (!entry) {
     const std::size_t first = index == 0 ? begin : ends[index - 1U];

@@ -37,6 +37,7 @@ TEST(VexStreamDirectory, IsACountATableOfLengthsAndTheEntries) {
   OutputStreamDirectory directory(out, 3);
   directory.GetOutput(2) << "xyz";
   directory.GetOutput(0) << "a";
+  directory.GetOutput(1);
   EXPECT_EQ(out.str(), "") << "nothing before Close";
   directory.Close();
   EXPECT_EQ(out.str(), Table({1, 0, 3}) + "axyz");
@@ -83,6 +84,22 @@ TEST(VexStreamDirectory, TellsAnEmptyEntryFromAnAbsentOne) {
   EXPECT_EQ(TextOf(directory.GetInput(1)), "a");
   EXPECT_EQ(directory.GetInput(2), nullptr);
   EXPECT_EQ(directory.GetInput(65535), nullptr);
+}
+
+TEST(VexStreamDirectory, LeavesOutAnEntryThatNobodyAskedFor) {
+  std::stringstream stream;
+  OutputStreamDirectory written(stream, 4);
+  written.GetOutput(1);
+  written.GetOutput(2) << "two";
+  written.Close();
+  InputStreamDirectory directory(stream);
+  EXPECT_EQ(directory.GetInput(0), nullptr);
+  EXPECT_EQ(TextOf(directory.GetInput(1)), "") << "asked for: there, and empty";
+  EXPECT_EQ(TextOf(directory.GetInput(2)), "two");
+  EXPECT_EQ(directory.GetInput(3), nullptr);
+  int number = 7;
+  EXPECT_FALSE(ReadFromStreamDir(number, directory, 0, /*must=*/false));
+  EXPECT_THROW(ReadFromStreamDir(number, directory, 3, /*must=*/true), VexStreamError);
 }
 
 TEST(VexStreamDirectory, LetsAReaderPassOverWhatItDoesNotAskFor) {
@@ -135,8 +152,8 @@ TEST(VexStreamDirectory, NestsWithoutLosingAnEntry) {
     std::istream* entry = in;
     for (int depth = 0; depth < 5; ++depth) {
       directories.push_back(std::make_unique<InputStreamDirectory>(*entry));
-      EXPECT_EQ(TextOf(directories.back()->GetInput(0)), "");
-      EXPECT_EQ(TextOf(directories.back()->GetInput(2)), "");
+      EXPECT_EQ(directories.back()->GetInput(0), nullptr);
+      EXPECT_EQ(directories.back()->GetInput(2), nullptr);
       entry = directories.back()->GetInput(1);
       ASSERT_NE(entry, nullptr);
     }
