@@ -123,12 +123,13 @@ void NCIntegralVector<T, M>::SortWithOriginalIndex(bool ascending, bool misValAw
   std::sort(cells.begin(), cells.end(), [before](const auto& a, const auto& b) {
     return a.first == b.first ? a.second < b.second : before(a.first, b.first);
   });
+  std::vector<int> positions;
+  positions.reserve(cells.size());
+  for (const auto& [cell, position] : cells) positions.push_back(position);
   ForceUnlink();
-  order.resize(cells.size());
-  for (std::size_t i = 0; i < cells.size(); ++i) {
-    storage_[static_cast<int>(i) + 1] = cells[i].first;
-    order[i] = cells[i].second;
-  }
+  int at = 0;
+  for (const auto& [cell, position] : cells) storage_[++at] = cell;
+  order.swap(positions);
 }
 
 template <class T, int M>

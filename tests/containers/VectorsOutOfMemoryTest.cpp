@@ -197,6 +197,7 @@ TEST(NCIntegralVectorOutOfMemory, AVectorThatHasToUnlinkIsUnchanged) {
       {"erase", [](IntVector& v) { v.erase(v.begin()); }},
       {"CopyContent", [&](IntVector& v) { v.CopyContent(other); }},
       {"Sort", [](IntVector& v) { v.Sort(true, true); }},
+      {"SortWithOriginalIndex", [](IntVector& v) { std::vector<int> o; v.SortWithOriginalIndex(true, true, o); }},
       {"Scramble", [](IntVector& v) { v.Scramble(); }},
       {"+=", [](IntVector& v) { v += 1; }},
   };
