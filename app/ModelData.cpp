@@ -56,6 +56,7 @@ class Selection {
     ReadY();
     ReadX();
     LeaveOutRows();
+    if (rows_.size() < 2) Refuse(table_, "there is only one row with X cells: a model takes two or more");
     LeaveOutColumns();
     RequireVariance();
     FillMatrices();

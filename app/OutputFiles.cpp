@@ -114,6 +114,8 @@ void OutputFiles::Stage(const std::string& path, std::string_view bytes) {
       direct_.push_back({path, std::string(bytes)});
       return;
     }
+    // The move into its place would ask the folder alone.
+    if (faccessat(AT_FDCWD, path.c_str(), W_OK, AT_EACCESS) != 0) FailToWrite(path, errno);
     std::error_code error;
     const fs::path followed = fs::canonical(path, error);
     if (!error) target = followed.string();

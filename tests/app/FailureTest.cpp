@@ -63,6 +63,8 @@ const BadTable kBadTables[] = {
      "x,z,w,y\n1,,3,1\n1,,3,2\n",
      {"--y", "y"},
      "every X column is constant or empty; constant columns: x and w; empty columns: z"},
+    {"one row", "x,y\n1,2\n", {"--y", "y"}, "there is only one row with X cells: a model takes two or more"},
+    {"one row with X", "x,y\n1,2\n,3\n", {"--y", "y"}, "there is only one row with X cells"},
     {"Y constant where there is X",
      "x,y\n1,2\n3,2\n,5\n",
      {"--y", "y"},

@@ -67,6 +67,50 @@ TEST(OutputFiles, KeepThePermissionsOfAFileTheyReplaceAndObeyTheMaskOtherwise) {
   EXPECT_EQ(ModeOf(folder.Path("new")) & 0777U, 0640U);
 }
 
+/// Somebody to whom permissions apply, which is not so for root.
+class AsOrdinaryUser {
+ public:
+  AsOrdinaryUser() { Become(geteuid() == 0 ? 65534 : geteuid()); }
+  ~AsOrdinaryUser() { Become(getuid()); }
+  AsOrdinaryUser(const AsOrdinaryUser&) = delete;
+  AsOrdinaryUser& operator=(const AsOrdinaryUser&) = delete;
+
+ private:
+  static void Become(uid_t user) { EXPECT_EQ(seteuid(user), 0); }
+};
+
+TEST(OutputFiles, RefuseToReplaceAFileThatMayNotBeWritten) {
+  const ScratchFolder folder;
+  const std::string path = folder.Write("old", "keep me");
+  chmod(path.c_str(), 0444);
+  chmod(folder.Path("").c_str(), 0777);
+  {
+    const AsOrdinaryUser user;
+    OutputFiles files;
+    try {
+      files.Stage(path, "new");
+      ADD_FAILURE() << "not refused";
+    } catch (const Failure& failure) {
+      EXPECT_EQ(failure.what(), "cannot write " + path + ": Permission denied");
+      EXPECT_EQ(failure.Code(), ExitCode::Files);
+    }
+  }
+  EXPECT_EQ(ReadWholeFile(path), "keep me");
+  EXPECT_THAT(folder.Names(), ElementsAre("old"));
+}
+
+TEST(OutputFiles, RefuseAFolderThatMayNotBeWritten) {
+  const ScratchFolder folder;
+  chmod(folder.Path("").c_str(), 0555);
+  {
+    const AsOrdinaryUser user;
+    OutputFiles files;
+    EXPECT_THROW(files.Stage(folder.Path("new"), "new"), Failure);
+    EXPECT_THROW(files.MakeFolder(folder.Path("d")), Failure);
+  }
+  EXPECT_THAT(folder.Names(), ElementsAre());
+}
+
 TEST(OutputFiles, FollowALink) {
   const ScratchFolder folder;
   std::filesystem::create_symlink(folder.Write("target", "old"), folder.Path("link"));
