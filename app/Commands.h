@@ -11,6 +11,7 @@ namespace kalmia::app {
 // Throws Failure, and leaves no file behind then. `notes` takes what it did of its own accord.
 
 std::string RunCommand(const PlsOptions& options, Notes* notes);
+std::string RunCommand(const PcaOptions& options, Notes* notes);
 std::string RunCommand(const PredictOptions& options, Notes* notes);
 std::string RunCommand(const InfoOptions& options, Notes* notes);
 std::string RunCommand(const DescribeOptions& options, Notes* notes);

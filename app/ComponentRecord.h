@@ -24,4 +24,20 @@ struct ComponentRecord {
   std::vector<YShare> perY;  ///< of each Y column
 };
 
+/// What is known of one principal component; shares of 1. Not a number where nothing can be said.
+struct PcaComponentRecord {
+  bool kept = false;
+  bool significant = false;  ///< cross-validation: Q2 is strictly above its limit
+  bool enoughLeft = false;   ///< the rule on what is left of X: more than kSmallestShareLeft before this component
+  int iterations = 0;
+  double r2x = 0.0;  ///< share of the sum of squares of X
+  double r2xCum = 0.0;
+  double q2 = 0.0;     ///< of what was left of X, predicted in cross-validation
+  double q2Cum = 0.0;  ///< over all components up to this one
+  double q2Limit = 0.0;
+};
+
+/// A principal component is not worth computing where less than this share of the sum of squares of X is left.
+constexpr float kSmallestShareLeft = 0.001F;
+
 }  // namespace kalmia::app

@@ -47,7 +47,7 @@ std::string ComponentText(const std::vector<ComponentRecord>& components, const 
     const ComponentRecord& component = components[a];
     table.AddRow({std::to_string(a + 1), Share(component.r2x), Share(component.r2xCum), Share(component.y.r2),
                   Share(component.y.r2Cum), Share(component.y.q2), Share(component.q2Limit), Share(component.y.q2Cum),
-                  Verdict(component)});
+                  Verdict(component.significant, component.kept)});
   }
   if (yNames.size() < 2) return table.Text();
   return table.Text() + "\n" + PerYText(components, yNames);
@@ -103,8 +103,8 @@ Json QualityJson(const StoredPls& model) {
   return list;
 }
 
-std::string Verdict(const ComponentRecord& component) {
-  return std::string(component.significant ? "significant" : "not significant") + (component.kept ? "" : ", not kept");
+std::string Verdict(bool significant, bool kept) {
+  return std::string(significant ? "significant" : "not significant") + (kept ? "" : ", not kept");
 }
 
 }  // namespace kalmia::app

@@ -20,6 +20,6 @@ std::string QualityText(const StoredPls& model);
 Json QualityJson(const StoredPls& model);
 
 /// "significant", "not significant", with ", not kept" behind it.
-std::string Verdict(const ComponentRecord& component);
+std::string Verdict(bool significant, bool kept);
 
 }  // namespace kalmia::app

@@ -61,35 +61,38 @@ void ProgressLine::Show(const std::string& label, double share) {
 }
 
 void ConsoleProgress::BeginFit(int component) {
-  rounds_ = 0;
+  steps_ = 0;
   label_ = "component " + std::to_string(component);
   line_->Show(label_, 0.0);
 }
 
-void ConsoleProgress::BeginRounds(int component, int rounds) {
-  rounds_ = rounds;
-  roundsBegun_ = 0;
+void ConsoleProgress::BeginRounds(int component, int steps) {
+  steps_ = steps;
+  stepsBegun_ = 0;
   label_ = "component " + std::to_string(component);
 }
 
 void ConsoleProgress::SetRange(float from, float to) {
   from_ = from;
   to_ = to;
-  if (rounds_ > 0) StopIfInterrupted();
+  if (steps_ > 0) StopIfInterrupted();
 }
 
 bool ConsoleProgress::SetValue(float value) {
-  if (rounds_ > 0) StopIfInterrupted();
+  if (steps_ > 0) {
+    StopIfInterrupted();  // the bar shows the rounds, not the iterations of one
+    return true;
+  }
   line_->Show(label_, (static_cast<double>(value) - from_) / (static_cast<double>(to_) - from_));
   return !Interrupted();
 }
 
-/// A cross-validation sets one text at the beginning of each round.
+/// A cross-validation sets a text at the beginning of each step.
 void ConsoleProgress::SetText(const char* text) {
-  if (rounds_ == 0) return;
+  if (steps_ == 0) return;
   StopIfInterrupted();
-  line_->Show(label_ + ": " + OneLine(text), static_cast<double>(roundsBegun_) / rounds_);
-  ++roundsBegun_;
+  line_->Show(label_ + ": " + OneLine(text), static_cast<double>(stepsBegun_) / steps_);
+  ++stepsBegun_;
 }
 
 bool ConsoleProgress::PushSubRange(float /*from*/, float /*to*/) { return !Interrupted(); }

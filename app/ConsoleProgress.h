@@ -27,13 +27,14 @@ class ProgressLine {
 
 /// The command's side of the library's progress objects: draws their bars on the line and hands Ctrl-C to the
 /// calculation. While a component is fitted, a stop is the answer that the calculation asks for. A cross-validation
-/// asks for none: it is left by a Failure (Stopped) thrown from its next call.
+/// asks for none, or passes it over: it is left by a Failure (Stopped) thrown from its next call.
 class ConsoleProgress : public NCProgress::Sink {
  public:
   explicit ConsoleProgress(ProgressLine* line) : line_(line) {}
 
   void BeginFit(int component);
-  void BeginRounds(int component, int rounds);
+  /// `steps` are the texts that the cross-validation sets.
+  void BeginRounds(int component, int steps);
 
   void SetRange(float from, float to) override;
   bool SetValue(float value) override;
@@ -49,8 +50,8 @@ class ConsoleProgress : public NCProgress::Sink {
   std::string label_;
   float from_ = 0.0F;
   float to_ = 1.0F;
-  int rounds_ = 0;  ///< of the cross-validation under way; 0 while a component is fitted
-  int roundsBegun_ = 0;
+  int steps_ = 0;  ///< of the cross-validation under way; 0 while a component is fitted
+  int stepsBegun_ = 0;
 };
 
 }  // namespace kalmia::app

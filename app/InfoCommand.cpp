@@ -5,6 +5,7 @@
 #include "app/Json.h"
 #include "app/ModelFile.h"
 #include "app/Numbers.h"
+#include "app/PcaTables.h"
 #include "app/Scaling.h"
 
 namespace kalmia::app {
@@ -57,20 +58,27 @@ Json ColumnsJson(const std::vector<std::string>& names, const NCScale& scale) {
 // output.
 
 std::string KindName(const StoredPls& /*model*/) { return "PLS"; }
+std::string KindName(const StoredPca& /*model*/) { return "PCA"; }
 
 const char* InfoFormat(const StoredPls& /*model*/) { return "kalmia-info"; }
+const char* InfoFormat(const StoredPca& /*model*/) { return "kalmia-info-pca"; }
 
 std::string OwnLines(const StoredPls& model) { return LabelledNames("Y", model.yNames); }
+std::string OwnLines(const StoredPca& /*model*/) { return ""; }
 
 std::string OwnTables(const StoredPls& model) {
   return ComponentText(model.components, model.yNames) + "\n" + QualityText(model);
 }
+
+std::string OwnTables(const StoredPca& model) { return PcaComponentText(model.components); }
 
 void AddOwnJson(const StoredPls& model, Json* json) {
   (*json)["y"] = ColumnsJson(model.yNames, *model.yScale);
   (*json)["components"] = ComponentJson(model.components, model.yNames);
   (*json)["quality"] = QualityJson(model);
 }
+
+void AddOwnJson(const StoredPca& model, Json* json) { (*json)["components"] = PcaComponentJson(model.components); }
 
 template <class Model>
 std::string InfoText(const Model& model, const std::string& file) {

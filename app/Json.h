@@ -11,7 +11,7 @@ using Json = nlohmann::ordered_json;
 /// when one is added.
 constexpr int kJsonVersion = 1;
 
-/// The fields that every output begins with; `format` is kalmia-pls, kalmia-predict, kalmia-info or kalmia-describe.
+/// The fields that every output begins with; `format` is the name of one of the schemas: kalmia-pls, kalmia-pca...
 Json JsonHeader(const std::string& format);
 
 /// The number, or null for what is no finite number.

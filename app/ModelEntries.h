@@ -44,6 +44,8 @@ bool HasShape(const NCDataMatrix<float>* matrix, std::size_t rows, std::size_t c
 // them: later work relies on their shapes.
 
 void WriteOwnEntries(const StoredPls& model, OutputStreamDirectory* directory);
+void WriteOwnEntries(const StoredPca& model, OutputStreamDirectory* directory);
 bool ReadOwnEntries(InputStreamDirectory* directory, StoredPls* model);
+bool ReadOwnEntries(InputStreamDirectory* directory, StoredPca* model);
 
 }  // namespace kalmia::app

@@ -19,6 +19,7 @@ constexpr auto kMainFooter =
     "Examples:\n"
     "  kalmia describe gasoline.csv\n"
     "  kalmia pls gasoline.csv --y octane --id sample --save octane.model\n"
+    "  kalmia pca wine.csv --id sample --exclude cultivar\n"
     "  kalmia predict octane.model new.csv\n"
     "  kalmia info octane.model\n\n"
     "Exit codes: 0 done, 1 bad data, 2 wrong usage, 3 a file cannot be read or written,\n"
@@ -53,6 +54,16 @@ void DeclarePls(CommandOptions* command, PlsOptions* options) {
       "  kalmia pls oil.csv --y yellow --y green --id sample --x Acidity..DK --csv results");
 }
 
+void DeclarePca(CommandOptions* command, PcaOptions* options) {
+  command->File("TABLE", &options->table, "CSV table with a header");
+  DeclareFit(command, options);
+  command->Text("--csv", "DIR", &options->csvFolder, "write scores, loadings and more as CSV files");
+  command->Examples(
+      "Examples:\n"
+      "  kalmia pca wine.csv --id sample --exclude cultivar\n"
+      "  kalmia pca gasoline.csv --id sample --exclude octane --scale centre --save spectra.model --csv results");
+}
+
 void DeclarePredict(CommandOptions* command, PredictOptions* options) {
   command->File("MODEL", &options->model, "file that --save has written");
   command->File("TABLE", &options->table, "CSV table with columns named as the model's");
@@ -85,7 +96,9 @@ class Program {
     app_.footer(kMainFooter);
     app_.set_help_flag("-h,--help", "print this text and end");  // subcommands inherit it
     Add<PlsOptions>("pls", "Fit a PLS model and judge every component by cross-validation", DeclarePls);
-    Add<PredictOptions>("predict", "Predict new rows with a stored model", DeclarePredict);
+    Add<PcaOptions>("pca", "Fit principal components and judge every one by cross-validation", DeclarePca);
+    Add<PredictOptions>("predict", "Predict new rows with a stored PLS model, or place them in a PCA model",
+                        DeclarePredict);
     Add<InfoOptions>("info", "Show what a stored model holds", DeclareInfo);
     Add<DescribeOptions>("describe", "Show counts, means and spread of the columns of a table", DeclareDescribe);
   }

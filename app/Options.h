@@ -29,6 +29,8 @@ struct PlsOptions : FitOptions {
   std::vector<std::string> y;  ///< arguments of --y as given: names, or names with commas between them
 };
 
+struct PcaOptions : FitOptions {};
+
 struct PredictOptions {
   std::string model;
   std::string table;
@@ -52,7 +54,7 @@ struct Answer {
   std::string text;
 };
 
-using Command = std::variant<PlsOptions, PredictOptions, InfoOptions, DescribeOptions, Answer>;
+using Command = std::variant<PlsOptions, PcaOptions, PredictOptions, InfoOptions, DescribeOptions, Answer>;
 
 /// Reads the command line. Throws Failure (Usage) with one line for anything that makes no sense.
 Command ParseCommandLine(int argc, const char* const* argv);

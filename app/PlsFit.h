@@ -1,11 +1,11 @@
 #pragma once
 
 #include <memory>
-#include <optional>
 #include <string>
 #include <vector>
 
 #include "app/ComponentRecord.h"
+#include "app/FitRules.h"
 #include "kalmia/containers/NCDataMatrix.h"
 #include "kalmia/containers/NCIntegralVector.h"
 #include "kalmia/pcapls/NCPLS.h"
@@ -13,15 +13,11 @@
 namespace kalmia::app {
 
 /// What the extraction of components takes: scaled tables, and when to stop.
-struct FitTask {
+struct FitTask : FitRules {
   NCDataMatrix<float> x;              ///< scaled, rows by X columns
   NCDataMatrix<float> y;              ///< scaled, rows by Y columns
   NCIntegralVector<int, -99> groups;  ///< cross-validation group of each row, from 0
   int rounds = 0;
-  int mostComponents = 0;
-  /// Stop with the first component whose Q2 does not exceed its limit; having none at all is no failure then.
-  bool stopAtFirstFailure = false;
-  bool unitVariance = true;  ///< of the columns: their numbers are not too small for the fit
 };
 
 /// A fitted model with what cross-validation said of its components.
@@ -34,9 +30,6 @@ struct PlsFit {
   /// Why there are fewer components than asked for; empty if there are not, or if one failed.
   std::string endedEarly;
 };
-
-/// Rounds of one component at most.
-constexpr int kMaxIterations = 500;
 
 /// Extracts components one by one and cross-validates each. Shows a progress bar on a terminal.
 /// R2 is 1 - SS(residuals) / SS(table), both over the cells that the model describes.

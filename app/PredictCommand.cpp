@@ -8,6 +8,7 @@
 #include "app/NewRows.h"
 #include "app/OutputFiles.h"
 #include "app/OutputPlaces.h"
+#include "app/PcaPredict.h"
 #include "app/PlsPredict.h"
 
 namespace kalmia::app {

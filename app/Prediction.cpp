@@ -42,7 +42,7 @@ std::vector<RowPrediction> PredictRows(const StoredPls& model, NCDataMatrix<floa
     const NCDataVector<float>& y = (*prediction.GetYPred())[static_cast<int>(i) + 1];
     for (int j = 1; j <= y.Size(); ++j) {
       rows[i].y.push_back(y[j] / FactorOf(*model.yScale, j) + CentreOf(*model.yScale, j));
-      if (!std::isfinite(rows[i].y.back())) rows[i].reason = "its cells are too large for single precision";
+      if (!std::isfinite(rows[i].y.back())) rows[i].reason = kTooLarge;
     }
     if (!rows[i].reason.empty()) rows[i].y.clear();
   }

@@ -14,6 +14,9 @@ namespace kalmia::app {
 /// than components came before.
 constexpr float kMissingTolerance = 0.9999F;
 
+/// The reason of a row whose numbers overflow on the way.
+constexpr auto kTooLarge = "its cells are too large for single precision";
+
 /// What a model leaves of one row.
 struct RowFit {
   RowResidual residual;  ///< of X, after all components

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "app/ComponentRecord.h"
+#include "kalmia/pcapls/NCPCA.h"
 #include "kalmia/pcapls/NCPLS.h"
 #include "kalmia/pcapls/NCScale.h"
 
@@ -49,7 +50,17 @@ struct StoredPls : ModelFrame {
   int Components() const { return static_cast<int>(components.size()); }
 };
 
+/// Principal components with everything that turns new rows of a table into scores.
+struct StoredPca : ModelFrame {
+  static constexpr int kKind = 2;
+
+  std::unique_ptr<NCPCA> pca;
+  std::vector<PcaComponentRecord> components;  ///< one for each component of the model
+
+  int Components() const { return static_cast<int>(components.size()); }
+};
+
 /// A model of any kind. Each kind has its number in the file, kKind, its frame, and Components().
-using StoredModel = std::variant<StoredPls>;
+using StoredModel = std::variant<StoredPls, StoredPca>;
 
 }  // namespace kalmia::app

@@ -131,6 +131,55 @@ TEST(FailureOfPls, IsOneLineWithExitCode1ForBadData) {
   }
 }
 
+TEST(FailureOfPca, IsOneLineWithExitCode1ForBadData) {
+  const BadTable tables[] = {
+      {"one column",
+       "x,c\n1,7\n2,7\n",
+       {},
+       "there is only one column for X, 'x': principal components take two or more; left out of X: constant columns: "
+       "c"},
+      {"no column of numbers", "a,b\nu,v\nw,x\n", {}, "no column of numbers is left for X; text columns: a and b"},
+      {"one row", "a,b\n1,2\n", {}, "there is only one row with X cells"},
+      {"every cell missing", "a,b\n,NA\nnan,\n", {}, "every cell of X is missing; empty columns: a and b"},
+      {"all constant", "a,b\n1,2\n1,2\n", {}, "every X column is constant or empty; constant columns: a and b"},
+      {"a word among numbers", "a,b\n1,2\n3,oops\n", {}, "row 2 (line 3), column 'b': 'oops' is not a number"},
+      {"infinity", "a,b\n1,2\n3,inf\n", {}, "'inf' is infinite"},
+      {"no such id", "a,b\n1,2\n3,5\n", {"--id", "name"}, "there is no column 'name'"},
+      {"one group", "a,b,g\n1,2,u\n3,5,u\n", {"--group-column", "g"}, "all rows have the same group"},
+      {"numbers too small",
+       "a,b\n1e-17,2e-17\n3e-17,5e-17\n4e-17,1e-17\n",
+       {"--scale", "centre", "--components", "1"},
+       "no component can be computed: PCA component could not be computed. (or its numbers are too small; try --scale "
+       "uv)"},
+      {"numbers too large", "a,b\n1e30,2\n-3e30,5\n2e30,1\n", {"--scale", "none"}, "sum of squares"}};
+  for (const BadTable& bad : tables) {
+    SCOPED_TRACE(bad.what);
+    const ScratchFolder folder;
+    std::vector<std::string> arguments = {"pca", folder.Write("t.csv", bad.table)};
+    arguments.insert(arguments.end(), bad.options.begin(), bad.options.end());
+    for (const std::string& more : {std::string("--save"), folder.Path("m"), std::string("--csv"), folder.Path("d")}) {
+      arguments.push_back(more);
+    }
+    ExpectFailure(RunKalmia(arguments), 1, bad.message);
+    EXPECT_EQ(folder.Names(), std::vector<std::string>{"t.csv"});
+  }
+}
+
+TEST(FailureOfPca, NeverWritesOverItsTableNorLeavesHalfOfItsFiles) {
+  const ScratchFolder folder;
+  const std::string text = LinearTable(20, 4, 1);
+  const std::string table = folder.Write("loadings.csv", text);
+  ExpectFailure(RunKalmia({"pca", table, "--id", "name", "--csv", folder.Path("")}), 2, "--csv would overwrite");
+  ExpectFailure(RunKalmia({"pca", table, "--id", "name", "--save", table}), 2, "--save would overwrite the table");
+  ExpectFailure(
+      RunKalmia({"pca", table, "--id", "name", "--components", "1", "--save", folder.Path("m"), "--csv", table}), 3,
+      "Not a directory");
+  ExpectFailure(RunKalmia({"pca", table, "--id", "name", "--components", "1", "--save", "/dev/full"}), 3,
+                "No space left on device");
+  EXPECT_EQ(ReadWholeFile(table), text);
+  EXPECT_EQ(folder.Names(), std::vector<std::string>{"loadings.csv"});
+}
+
 TEST(FailureOfDescribe, IsOneLineWithExitCode1ForBadData) {
   const ScratchFolder folder;
   const std::pair<const char*, const char*> tables[] = {{"", "is empty"},
@@ -172,6 +221,9 @@ const BadLine kBadLines[] = {
     {{"predict"}, "predict needs a MODEL: file that --save has written"},
     {{"describe", ""}, "TABLE needs the name of a file, not an empty text; see kalmia describe --help"},
     {{"predict", "-", "-"}, "only one of MODEL and TABLE can be -, standard input; see kalmia predict --help"},
+    {{"pca"}, "pca needs a TABLE: CSV table with a header; - reads standard input; see kalmia pca --help"},
+    {{"pca", "t.csv", "--y", "y"}, "pca has no option '--y'; it takes --id, --x, "},
+    {{"pca", "t.csv", "--components", "none"}, "--components takes auto or a whole number from 1 on, not 'none'"},
     {{"pls", "t.csv"}, "pls needs --y NAME: column to model"},
     {{"pls", "t.csv", "--y"}, "--y needs a value, NAME, behind it; see kalmia pls --help"},
     {{"pls", "t.csv", "--y="}, "--y needs a value, NAME, behind the ="},

@@ -93,6 +93,14 @@ TEST(JsonSchema, HoldsForEveryOutput) {
   ExpectValid("kalmia-predict", RunKalmia({"predict", model, table, "--json", "--csv", folder.Path("d")}).Json());
   ExpectValid("kalmia-predict", RunKalmia({"predict", model, "-", "--json"}, "a\n1\nNA\n").Json());
   ExpectValid("kalmia-describe", RunKalmia({"describe", table, "--json"}).Json());
+  const std::string pca = folder.Path("pca");
+  ExpectValid("kalmia-pca", RunKalmia({"pca", table, "--id", "s", "--group-column", "g", "--components", "2", "--json",
+                                       "--save", pca, "--csv", folder.Path("d")})
+                                .Json());
+  ExpectValid("kalmia-pca", RunKalmia({"pca", "-", "--json"}, UnrelatedTable(30, 6, 1, 5)).Json());
+  ExpectValid("kalmia-info-pca", RunKalmia({"info", pca, "--json"}).Json());
+  ExpectValid("kalmia-predict-pca", RunKalmia({"predict", pca, table, "--json", "--csv", folder.Path("d")}).Json());
+  ExpectValid("kalmia-predict-pca", RunKalmia({"predict", pca, "-", "--json"}, "a\n1\nNA\n").Json());
   ExpectValid("kalmia-pls", RunKalmia({"pls", "-", "--y", "y1", "--json"}, UnrelatedTable(30, 6, 1, 5)).Json());
 }
 

@@ -47,6 +47,29 @@ TEST(Interrupt, StopsARunningCrossValidationAndLeavesNothingBehind) {
   EXPECT_EQ(folder.Names(), std::vector<std::string>{"t.csv"});
 }
 
+TEST(Progress, ShowsABarForPrincipalComponentsToo) {
+  const ScratchFolder folder;
+  const CommandResult run =
+      RunOnTerminal({"pca", folder.Write("t.csv", UnrelatedTable(60, 40, 1, 1)), "--components", "2"});
+  EXPECT_EQ(run.exitCode, 0);
+  EXPECT_THAT(run.error, HasSubstr("component 1"));
+  EXPECT_THAT(run.error, HasSubstr("PCA of 41 columns"));
+}
+
+TEST(Interrupt, StopsPrincipalComponentsInTheirFitAndInTheirCrossValidation) {
+  const ScratchFolder folder;
+  const std::string table = folder.Write("t.csv", LongWork());
+  for (const char* at : {"component 1", " of 72"}) {
+    const CommandResult run = RunOnTerminal(
+        {"pca", table, "--groups", "400", "--components", "15", "--save", folder.Path("m"), "--csv", folder.Path("d")},
+        at);
+    EXPECT_EQ(run.exitCode, 130) << at;
+    EXPECT_THAT(run.error, HasSubstr("kalmia: stopped"));
+    EXPECT_THAT(run.error, Not(HasSubstr("R2X")));
+    EXPECT_EQ(folder.Names(), std::vector<std::string>{"t.csv"});
+  }
+}
+
 TEST(Interrupt, StopsWhileInputIsAwaited) {
   const ScratchFolder folder;
   const std::string table = folder.Write("t.csv", LinearTable(20, 4, 1));

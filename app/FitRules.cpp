@@ -1,0 +1,69 @@
+#include "app/FitRules.h"
+
+#include <limits>
+
+#include "app/Failure.h"
+#include "kalmia/containers/Missing.h"
+
+namespace kalmia::app {
+
+namespace {
+
+constexpr auto kMissingCell = static_cast<float>(kMissing);
+
+/// Sums of squares of a table and of what is left of it, over the cells present in both.
+class SumsOfSquares {
+ public:
+  void Add(float cell, float left) {
+    if (cell == kMissingCell || left == kMissingCell) return;
+    table_ += static_cast<double>(cell) * cell;
+    residual_ += static_cast<double>(left) * left;
+  }
+  double Described() const {
+    return table_ > 0.0 ? 1.0 - residual_ / table_ : std::numeric_limits<double>::quiet_NaN();
+  }
+
+ private:
+  double table_ = 0.0;
+  double residual_ = 0.0;
+};
+
+}  // namespace
+
+std::string ReasonToEnd(const FitRules& rules, int component, const std::string& reason, const std::string& whose) {
+  if (component > 1) return reason;
+  const std::string hint = " (or " + whose + " numbers are too small; try --scale uv)";
+  const std::string text = reason + (rules.unitVariance ? "" : hint);
+  if (!rules.stopAtFirstFailure) throw Failure(ExitCode::BadData, "no component can be computed: " + text);
+  return text;
+}
+
+double DescribedShare(const NCDataMatrix<float>& table, const NCDataMatrix<float>& residual) {
+  SumsOfSquares sums;
+  for (int r = 1; r <= table.SizeRows(); ++r) {
+    const NCDataVector<float>& row = table[r];
+    const NCDataVector<float>& left = residual[r];
+    for (int c = 1; c <= table.SizeColumns(); ++c) sums.Add(row[c], left[c]);
+  }
+  return sums.Described();
+}
+
+double DescribedShareOfColumn(const NCDataMatrix<float>& table, const NCDataMatrix<float>& residual, int c) {
+  SumsOfSquares sums;
+  for (int r = 1; r <= table.SizeRows(); ++r) sums.Add(table[r][c], residual[r][c]);
+  return sums.Described();
+}
+
+NCDataMatrix<float> WithoutLastRow(const NCDataMatrix<float>* prim) {
+  NCDataMatrix<float> rows = *prim;
+  rows.RemoveRows(rows.SizeRows(), 1);
+  return rows;
+}
+
+NCDataVector<float> ColumnSumsOfSquares(const NCDataMatrix<float>& table) {
+  NCDataVector<float> sums(table.SizeColumns());
+  for (int c = 1; c <= table.SizeColumns(); ++c) sums(c, static_cast<float>(table.GetColumnSS(c, 0.0)));
+  return sums;
+}
+
+}  // namespace kalmia::app

@@ -1,0 +1,63 @@
+#pragma once
+
+#include <memory>
+#include <string>
+
+#include "app/ConsoleProgress.h"
+#include "kalmia/containers/NCDataMatrix.h"
+#include "kalmia/containers/NCDataVector.h"
+#include "kalmia/support/NCProgress.h"
+
+namespace kalmia::app {
+
+// How components are extracted, one after the other, whatever the kind of model.
+
+/// Rounds of one component at most.
+constexpr int kMaxIterations = 500;
+
+/// What is left of X, as a share of its sum of squares, below which there is nothing but the rounding of float cells:
+/// some 2^-24 of each, squared.
+constexpr double kExhausted = 1e-14;
+constexpr auto kNothingLeft = "nothing is left of X";
+
+/// When to stop.
+struct FitRules {
+  int mostComponents = 0;
+  /// Stop with the first component whose Q2 does not exceed its limit; having none at all is no failure then.
+  bool stopAtFirstFailure = false;
+  bool unitVariance = true;  ///< of the columns: their numbers are not too small for the fit
+};
+
+/// The reason why there is no component of that number, with a hint for the first one; `whose` numbers may be too
+/// small, "its" or "their". Throws Failure (BadData) where it is the first one and a number of components was asked
+/// for.
+std::string ReasonToEnd(const FitRules& rules, int component, const std::string& reason, const std::string& whose);
+
+/// 1 - SS(residual) / SS(table), over the cells that are present in both: a row that the model cannot describe has no
+/// residual. Not a number where the table has no sum of squares.
+double DescribedShare(const NCDataMatrix<float>& table, const NCDataMatrix<float>& residual);
+/// The same of column c, from 1.
+double DescribedShareOfColumn(const NCDataMatrix<float>& table, const NCDataMatrix<float>& residual, int c);
+
+/// The matrix without its last row: a model's matrix without its newest component.
+NCDataMatrix<float> WithoutLastRow(const NCDataMatrix<float>* prim);
+
+/// The sum of squares of each column.
+NCDataVector<float> ColumnSumsOfSquares(const NCDataMatrix<float>& table);
+
+/// The progress of a fit, on the terminal.
+class FitProgress {
+ public:
+  FitProgress() : sink_(new ConsoleProgress(&line_)), progress_(std::unique_ptr<NCProgress::Sink>(sink_)) {}
+
+  void BeginFit(int component) { sink_->BeginFit(component); }
+  void BeginRounds(int component, int steps) { sink_->BeginRounds(component, steps); }
+  NCProgress* Get() { return &progress_; }
+
+ private:
+  ProgressLine line_;
+  ConsoleProgress* sink_;  ///< owned by progress_
+  NCProgress progress_;
+};
+
+}  // namespace kalmia::app

@@ -1,0 +1,25 @@
+#include "app/Commands.h"
+#include "app/CsvTable.h"
+#include "app/FitFiles.h"
+#include "app/InputFile.h"
+#include "app/ModelFile.h"
+#include "app/PcaCsvFiles.h"
+#include "app/PcaOutcome.h"
+#include "app/PcaReport.h"
+
+namespace kalmia::app {
+
+std::string RunCommand(const PcaOptions& options, Notes* notes) {
+  RefuseToOverwriteTable(options, PcaCsvFileNames());
+  const CsvTable table(ReadInput(options.table), InputName(options.table));
+  const PcaOutcome outcome = ComputePca(table, options, notes);
+  FitFiles files;
+  if (outcome.AnyKept()) {
+    files = WriteFitFiles(
+        options, [&outcome] { return ModelFileBytes(outcome.model); }, [&outcome] { return PcaCsvFiles(outcome); });
+    if (!files.csv.empty()) NoteNoDistances(outcome.model, outcome.model.Components(), notes);
+  }
+  return options.json ? PcaJson(table, outcome, *notes, files) : PcaText(outcome, files);
+}
+
+}  // namespace kalmia::app

@@ -1,0 +1,55 @@
+#include "app/PcaCsvFiles.h"
+
+#include "app/ModelDiagnostics.h"
+
+namespace kalmia::app {
+
+namespace {
+
+CsvFile ComponentRecordsCsv(const PcaOutcome& outcome) {
+  CsvText csv;
+  csv.Field("component");
+  for (const char* title : {"R2X", "R2X cum", "Q2", "Q2 cum", "Q2 limit"}) csv.Field(title);
+  csv.Field("significant").Field("enough left").Field("kept").EndLine();
+  for (std::size_t a = 0; a < outcome.components.size(); ++a) {
+    const PcaComponentRecord& record = outcome.components[a];
+    csv.Field(std::to_string(a + 1)).Number(record.r2x).Number(record.r2xCum);
+    csv.Number(record.q2).Number(record.q2Cum).Number(record.q2Limit);
+    for (const bool yes : {record.significant, record.enoughLeft, record.kept}) csv.Field(yes ? "yes" : "no");
+    csv.EndLine();
+  }
+  return {"components.csv", csv.Text()};
+}
+
+CsvFile ColumnsCsv(const PcaOutcome& outcome) {
+  CsvText csv;
+  csv.Field("column").Field("R2X cum").Field("Q2 cum").EndLine();
+  for (std::size_t k = 0; k < outcome.columnR2.size(); ++k) {
+    csv.Field(outcome.model.xNames[k]).Number(outcome.columnR2[k]).Number(outcome.columnQ2[k]).EndLine();
+  }
+  return {"columns.csv", csv.Text()};
+}
+
+std::vector<double> Distances(const PcaOutcome& outcome) {
+  std::vector<double> distances;
+  for (const RowScores& row : outcome.rows) {
+    distances.push_back(DistanceToModel(outcome.model, outcome.model.Components(), row));
+  }
+  return distances;
+}
+
+}  // namespace
+
+std::vector<CsvFile> PcaCsvFiles(const PcaOutcome& outcome) {
+  const StoredPca& model = outcome.model;
+  const NCDataMatrix<float>& scores = *model.pca->GetTprim();
+  return {ComponentRecordsCsv(outcome), ComponentsCsv("scores.csv", "row", "t", model.rowNames, scores),
+          ComponentsCsv("loadings.csv", "column", "p", model.xNames, *model.pca->GetPprim()), ColumnsCsv(outcome),
+          RowsCsv(model.rowNames, HotellingT2(scores), Distances(outcome))};
+}
+
+std::vector<std::string> PcaCsvFileNames() {
+  return {"components.csv", "scores.csv", "loadings.csv", "columns.csv", "rows.csv"};
+}
+
+}  // namespace kalmia::app

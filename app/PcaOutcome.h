@@ -1,0 +1,32 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "app/ComponentRecord.h"
+#include "app/CsvTable.h"
+#include "app/ModelData.h"
+#include "app/Options.h"
+#include "app/PcaScores.h"
+#include "app/StoredModel.h"
+
+namespace kalmia::app {
+
+/// All that `kalmia pca` has to report.
+struct PcaOutcome {
+  ModelData data;
+  std::vector<PcaComponentRecord> components;  ///< the kept ones, and the one that failed if `auto` ended with it
+  std::string endedEarly;        ///< why there are fewer components than asked for; empty if there are not
+  StoredPca model;               ///< without components, and not to be used, where none is kept
+  std::vector<RowScores> rows;   ///< the training rows, as the stored model sees them
+  std::vector<double> columnR2;  ///< of each column, by all kept components
+  std::vector<double> columnQ2;  ///< of each column, cumulated over the kept components
+
+  bool AnyKept() const { return model.Components() > 0; }
+};
+
+/// Fits the model that the options ask for and judges it. Adds notes about what was cut.
+/// Throws Failure as SelectData and FitPca do, and (BadData) where there is one column only.
+PcaOutcome ComputePca(const CsvTable& table, const PcaOptions& options, Notes* notes);
+
+}  // namespace kalmia::app

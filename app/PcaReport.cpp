@@ -1,0 +1,65 @@
+#include "app/PcaReport.h"
+
+#include <cmath>
+
+#include "app/DisplayText.h"
+#include "app/FitReport.h"
+#include "app/Numbers.h"
+#include "app/PcaTables.h"
+
+namespace kalmia::app {
+
+namespace {
+
+constexpr std::size_t kLinesShown = 20;  ///< of the loadings, and of the scores
+
+std::string Outcome(const PcaOutcome& outcome) {
+  if (outcome.AnyKept()) {
+    const std::string early = outcome.endedEarly.empty() ? "" : "; no further one: " + outcome.endedEarly;
+    return Counted(static_cast<std::size_t>(outcome.model.Components()), "component") + " kept, " +
+           GroupsText(outcome.model) + early + ".\n";
+  }
+  if (outcome.components.empty()) {
+    return "No component is kept: none can be computed, " + outcome.endedEarly + ".\nNothing is saved.\n";
+  }
+  const PcaComponentRecord& first = outcome.components.front();
+  if (std::isnan(first.q2)) {
+    return "No component is kept: cross-validation cannot judge the first.\nNothing is saved.\n";
+  }
+  return "No component is kept, " + GroupsText(outcome.model) + ": Q2 of the first, " + Significant(first.q2, 4) +
+         ", does not exceed its limit, " + Significant(first.q2Limit, 4) + ".\nNothing is saved.\n";
+}
+
+std::string NamedText(const StoredPca& model) {
+  return "\n" + NamedComponentsText("column", "p", model.xNames, *model.pca->GetPprim(), kLinesShown) + "\n" +
+         NamedComponentsText("row", "t", model.rowNames, *model.pca->GetTprim(), kLinesShown);
+}
+
+}  // namespace
+
+std::string PcaText(const PcaOutcome& outcome, const FitFiles& files) {
+  std::string text = "PCA of " + DataText(outcome.data, outcome.model);
+  if (!outcome.components.empty()) text += PcaComponentText(outcome.components) + "\n";
+  text += Outcome(outcome);
+  if (outcome.AnyKept()) text += NamedText(outcome.model);
+  return text + WrittenText(files);
+}
+
+std::string PcaJson(const CsvTable& table, const PcaOutcome& outcome, const Notes& notes, const FitFiles& files) {
+  const StoredPca& model = outcome.model;
+  Json json = JsonHeader("kalmia-pca");
+  AddDataJson(table, outcome.data, model, &json);
+  json["components"] = PcaComponentJson(outcome.components);
+  json["kept"] = model.Components();
+  json["endedEarly"] = outcome.endedEarly.empty() ? Json(nullptr) : Json(outcome.endedEarly);
+  json["loadings"] = Json::array();
+  json["scores"] = Json::array();
+  if (outcome.AnyKept()) {
+    json["loadings"] = NamedComponentsJson("p", model.xNames, *model.pca->GetPprim());
+    json["scores"] = NamedComponentsJson("t", model.rowNames, *model.pca->GetTprim());
+  }
+  AddFilesJson(files, notes, &json);
+  return JsonText(json);
+}
+
+}  // namespace kalmia::app

@@ -1,0 +1,20 @@
+#pragma once
+
+#include <vector>
+
+#include "app/Prediction.h"
+#include "app/StoredModel.h"
+#include "kalmia/containers/NCDataMatrix.h"
+
+namespace kalmia::app {
+
+/// Where a row lies in a PCA model.
+struct RowScores : RowFit {
+  std::vector<double> t;  ///< one score for each component; empty where nothing can be said
+};
+
+/// The scores of the rows of a table that has the model's columns in the model's order, in the units of the file, and
+/// -99 for what is missing. The same rows give the same bits, alone or among others.
+std::vector<RowScores> ScoreRows(const StoredPca& model, NCDataMatrix<float> x);
+
+}  // namespace kalmia::app

@@ -1,0 +1,90 @@
+#include "app/PcaTables.h"
+
+#include <algorithm>
+
+#include "app/ComponentTable.h"
+#include "app/Numbers.h"
+#include "app/TextTable.h"
+#include "kalmia/containers/Missing.h"
+
+namespace kalmia::app {
+
+namespace {
+
+constexpr int kShareDecimals = 4;
+constexpr int kNumberDigits = 5;
+constexpr auto kMissingCell = static_cast<float>(kMissing);
+using Align = TextTable::Align;
+
+std::string Share(double value) { return Fixed(value, kShareDecimals); }
+
+}  // namespace
+
+std::string PcaComponentText(const std::vector<PcaComponentRecord>& components) {
+  TextTable table;
+  for (const char* title : {"component", "R2X", "R2X cum", "Q2", "limit", "Q2 cum"}) {
+    table.AddColumn(title, Align::Right);
+  }
+  table.AddColumn("enough left", Align::Left);
+  table.AddColumn("cross-validation", Align::Left);
+  for (std::size_t a = 0; a < components.size(); ++a) {
+    const PcaComponentRecord& component = components[a];
+    table.AddRow({std::to_string(a + 1), Share(component.r2x), Share(component.r2xCum), Share(component.q2),
+                  Share(component.q2Limit), Share(component.q2Cum), component.enoughLeft ? "yes" : "no",
+                  Verdict(component.significant, component.kept)});
+  }
+  return table.Text();
+}
+
+Json PcaComponentJson(const std::vector<PcaComponentRecord>& components) {
+  Json list = Json::array();
+  for (std::size_t a = 0; a < components.size(); ++a) {
+    const PcaComponentRecord& component = components[a];
+    list.push_back({{"component", a + 1},
+                    {"kept", component.kept},
+                    {"significant", component.significant},
+                    {"enoughLeft", component.enoughLeft},
+                    {"iterations", component.iterations},
+                    {"r2x", JsonNumber(component.r2x)},
+                    {"r2xCum", JsonNumber(component.r2xCum)},
+                    {"q2", JsonNumber(component.q2)},
+                    {"q2Cum", JsonNumber(component.q2Cum)},
+                    {"q2Limit", JsonNumber(component.q2Limit)}});
+  }
+  return list;
+}
+
+std::string NamedComponentsText(const std::string& what, const std::string& symbol,
+                                const std::vector<std::string>& names, const NCDataMatrix<float>& prim,
+                                std::size_t most) {
+  TextTable table;
+  table.AddColumn(what, Align::Left);
+  for (int a = 1; a <= prim.SizeRows(); ++a) table.AddColumn(symbol + std::to_string(a), Align::Right);
+  const std::size_t shown = names.size() > most ? most : names.size();
+  for (std::size_t i = 0; i < shown; ++i) {
+    std::vector<std::string> cells = {names[i]};
+    for (int a = 1; a <= prim.SizeRows(); ++a) {
+      const float cell = prim[a][static_cast<int>(i) + 1];
+      cells.push_back(cell == kMissingCell ? "-" : Significant(cell, kNumberDigits));
+    }
+    table.AddRow(cells);
+  }
+  if (shown == names.size()) return table.Text();
+  return table.Text() + "  and " + std::to_string(names.size() - shown) + " more: --csv or --json gives them all\n";
+}
+
+Json NamedComponentsJson(const std::string& symbol, const std::vector<std::string>& names,
+                         const NCDataMatrix<float>& prim) {
+  Json list = Json::array();
+  for (std::size_t i = 0; i < names.size(); ++i) {
+    Json numbers = Json::array();
+    for (int a = 1; a <= prim.SizeRows(); ++a) {
+      const float cell = prim[a][static_cast<int>(i) + 1];
+      numbers.push_back(cell == kMissingCell ? Json(nullptr) : JsonNumber(AsWritten(cell)));
+    }
+    list.push_back({{"name", names[i]}, {symbol, numbers}});
+  }
+  return list;
+}
+
+}  // namespace kalmia::app

@@ -1,0 +1,28 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "app/ComponentRecord.h"
+#include "app/Json.h"
+#include "kalmia/containers/NCDataMatrix.h"
+
+namespace kalmia::app {
+
+// Principal components as they are shown for a model just fitted and for a stored one.
+
+/// One line for each component: R2X, Q2 and its limit, then the verdicts of the rule on what is left of X and of
+/// cross-validation.
+std::string PcaComponentText(const std::vector<PcaComponentRecord>& components);
+Json PcaComponentJson(const std::vector<PcaComponentRecord>& components);
+
+/// A line for each name, a column for each component, `symbol` and its number: a matrix with components in rows,
+/// turned. At most `most` lines, then one that says how many more there are.
+std::string NamedComponentsText(const std::string& what, const std::string& symbol,
+                                const std::vector<std::string>& names, const NCDataMatrix<float>& prim,
+                                std::size_t most);
+/// A list of objects {"name": ..., symbol: [one number for each component]}, null for what is missing.
+Json NamedComponentsJson(const std::string& symbol, const std::vector<std::string>& names,
+                         const NCDataMatrix<float>& prim);
+
+}  // namespace kalmia::app
