@@ -1,3 +1,5 @@
+#include <tuple>
+
 #include "kalmia/containers/NCDataMatrix.h"
 #include "kalmia/containers/NCDataVector.h"
 #include "kalmia/kernels/ExcludedPositions.h"
@@ -34,17 +36,19 @@ struct Primitives {
   }
 };
 
-/// The three sums of v1 (with or without holes) and v2 (likewise), both from their first cell.
+/// The three sums of v1, with what is left out of it, and v2.
 template <class T>
-kalmia::RegressionSums SumsOf(const Primitives<T>& use, const T* v1, bool holes1, const T* v2, bool holes2, int n) {
+kalmia::RegressionSums SumsOf(const kalmia::WithExcluded<T>& v1, const NCDataVector<T>& v2, const Primitives<T>& use) {
+  const int n = v1.Size();
+  const T *a = v1.begin(), *b = v2.begin();
   kalmia::RegressionSums sums;
-  sums.v1tv1All = holes1 ? use.DotMasked(v1, v1, n) : use.Dot(v1, v1, n);
-  if (holes2) {
-    const PairSums pairs = use.Pairs(v1, v2, n, holes1 ? Holes::InBoth : Holes::InRows);
+  sums.v1tv1All = v1.HasHoles() ? use.DotMasked(a, a, n) : use.Dot(a, a, n);
+  if (v2.GetNumMisVal() > 0) {
+    const PairSums pairs = use.Pairs(a, b, n, v1.HasHoles() ? Holes::InBoth : Holes::InRows);
     sums.v1tv2 = pairs.product;
     sums.v1tv1 = pairs.square;
   } else {
-    sums.v1tv2 = holes1 ? use.DotMasked(v1, v2, n) : use.Dot(v1, v2, n);
+    sums.v1tv2 = v1.HasHoles() ? use.DotMasked(a, b, n) : use.Dot(a, b, n);
     sums.v1tv1 = sums.v1tv1All;
   }
   kalmia::DropWithoutEstimate(sums);
@@ -57,11 +61,8 @@ template <class T>
 void NCDataVector<T>::Calculate_V1txV2_and_V1txV1(long double& v1tv2, long double& v1tv1, long double& v1tv1All,
                                                   const NCDataVector& v2, int start, int stride) const {
   const Primitives<T> use{kalmia::VectorPath::Pays<T>(size_, numMisVal_, v2.numMisVal_, stride)};
-  const kalmia::WithExcluded<T> v1(*this, start, stride);
-  const auto sums = SumsOf(use, v1.begin(), v1.HasHoles(), v2.begin(), v2.numMisVal_ > 0, size_);
-  v1tv2 = sums.v1tv2;
-  v1tv1 = sums.v1tv1;
-  v1tv1All = sums.v1tv1All;
+  const auto sums = SumsOf({*this, start, stride}, v2, use);
+  std::tie(v1tv2, v1tv1, v1tv1All) = std::tie(sums.v1tv2, sums.v1tv1, sums.v1tv1All);
 }
 
 template <class T>
@@ -69,11 +70,8 @@ void NCDataVector<T>::Calculate_V1txV2_and_V1txV1(long double& v1tv2, long doubl
                                                   const NCDataVector& v2, const NCIntegralVector<int, -99>& groups,
                                                   int group) const {
   const Primitives<T> use{kalmia::VectorPath::Pays<T>(size_, numMisVal_, v2.numMisVal_, /*stride=*/1)};
-  const kalmia::WithExcluded<T> v1(*this, groups, group);
-  const auto sums = SumsOf(use, v1.begin(), v1.HasHoles(), v2.begin(), v2.numMisVal_ > 0, size_);
-  v1tv2 = sums.v1tv2;
-  v1tv1 = sums.v1tv1;
-  v1tv1All = sums.v1tv1All;
+  const auto sums = SumsOf({*this, groups, group}, v2, use);
+  std::tie(v1tv2, v1tv1, v1tv1All) = std::tie(sums.v1tv2, sums.v1tv1, sums.v1tv1All);
 }
 
 template <class T>
