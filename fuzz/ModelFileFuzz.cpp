@@ -6,7 +6,7 @@
 #include <string>
 
 #include "app/Failure.h"
-#include "app/StoredModel.h"
+#include "app/ModelFile.h"
 #include "kalmia/support/MD5.h"
 
 using kalmia::app::ModelFileBytes;
