@@ -46,4 +46,9 @@
 #include "kalmia/pcapls/PLSCrossValidation.h"
 #include "kalmia/pcapls/ScoreEstimator.h"
 
+#include "kalmia/opls/NCOPLS.h"
+#include "kalmia/opls/NCOPLSPred.h"
+#include "kalmia/opls/OPLSCrossValidation.h"
+#include "kalmia/opls/OPLSCrossvalidationData.h"
+
 #include "kalmia/o2pls/PLSMissingValueEstimator.h"

@@ -1,0 +1,111 @@
+#pragma once
+
+#include <set>
+#include <utility>
+#include <vector>
+
+#include "kalmia/containers/NCDataMatrix.h"
+#include "kalmia/containers/NCDataVector.h"
+#include "kalmia/support/NCProgress.h"
+
+/// Orthogonal PLS of tables with holes: what X has to do with Y stands in a small predictive block of components; what
+/// it has not is taken out of X, one orthogonal component at a time. The predictive block is computed anew from the
+/// filtered X after each of them, and every block is kept: prediction and cross-validation replay the filter.
+///
+/// Symbols, for N observations, K variables of X and M of Y, A predictive components and O orthogonal ones: predictive
+/// weights W (A x K), scores T (A x N), loadings P (A x K), Y weights C (A x M), Y scores U (A x N); the same with an
+/// index o for the orthogonal components. Names that end in `prim` hold one component per row. After o orthogonal
+/// components block o counts, so that there is one block more than there are orthogonal components.
+/// Source: Trygg & Wold (2002), J. Chemometrics 16, 119-128; several Y: Trygg (2002), J. Chemometrics 16, 283-293.
+///
+/// Holes are 0 in the cross-products X'Y; passes over X, which put 0 in again for what is not explained yet, let that
+/// settle. Elsewhere they leave every sum (SpecialNipalsRegress...Fix). A row of X without any value has no scores, and
+/// the first orthogonal component empties it in the working X and Y.
+///
+/// A model belongs to one thread at a time. Copies are deep.
+class NCOPLS {
+ public:
+  /// A model of X (N x K) and Y (N x M), both scaled, without components yet. `predictiveComponents` is the size of the
+  /// predictive block, at most the smaller side of Y; 0 or less leaves it to the first block: components of Y'X whose
+  /// sum of squares is at least 1 % of the first's. (With one Y it is 1 either way.) `maxIterations` limits the passes
+  /// for holes and the rounds of the principal components of Y'X.
+  NCOPLS(const NCDataMatrix<float>* X, const NCDataMatrix<float>* Y, int predictiveComponents, int maxIterations);
+  /// Rebuilds a model from its blocks W, P and C (one per number of orthogonal components, from 0) and its orthogonal
+  /// WO, PO and CO (O x ...) on X and Y, by replaying the filter. The size of the block is that of the first W. U is
+  /// not rebuilt; NextComponent goes on with orthogonal component O + 1. Shapes are not checked.
+  NCOPLS(const NCDataMatrix<float>* X, const NCDataMatrix<float>* Y, const std::vector<NCDataMatrix<float>>* W,
+         const std::vector<NCDataMatrix<float>>* P, const std::vector<NCDataMatrix<float>>* C,
+         const NCDataMatrix<float>* WO, const NCDataMatrix<float>* PO, const NCDataMatrix<float>* CO,
+         int predictiveComponents, int maxIterations);
+  NCOPLS(const NCOPLS& other);
+  NCOPLS& operator=(const NCOPLS& other);
+  ~NCOPLS();
+
+  /// The first call computes the predictive block, each further one an orthogonal component and the block after it. An
+  /// orthogonal component that has next to nothing to do with Y, the rule, has missing Y scores.
+  /// Throws: NCError "OPLS component aborted." of level 2 where `progress` (which may be null) says stop, and what
+  /// NCPCA::NextComponent throws. The model is then to be discarded: holes of Y may hold 0, an orthogonal component may
+  /// have no block.
+  void NextComponent(NCProgress* progress);
+
+  /// Turns an orthogonal component; its Y scores stay as they are.
+  void NegateOComp(int component);
+  /// Turns a component of the last predictive block; its Y scores stay as they are.
+  void NegatePredictiveComp(int component);
+
+  // The last block; not before the first NextComponent.
+  const NCDataMatrix<float>* GetPprim() const { return &pMatrices_.back(); }
+  const NCDataMatrix<float>* GetCprim() const { return &cMatrices_.back(); }
+  const NCDataMatrix<float>* GetWprim() const { return &wMatrices_.back(); }
+  const NCDataMatrix<float>* GetTprim() const { return &tprim_; }
+  const NCDataMatrix<float>* GetUprim() const { return &uprim_; }
+  int SizeComponents() const { return tprim_.SizeRows(); }
+
+  // All blocks, element o after o orthogonal components.
+  const std::vector<NCDataMatrix<float>>* GetWMatrices() const { return &wMatrices_; }
+  const std::vector<NCDataMatrix<float>>* GetPMatrices() const { return &pMatrices_; }
+  const std::vector<NCDataMatrix<float>>* GetCMatrices() const { return &cMatrices_; }
+
+  // The orthogonal components.
+  const NCDataMatrix<float>* GetTOprim() const { return &toprim_; }
+  const NCDataMatrix<float>* GetPOprim() const { return &poprim_; }
+  const NCDataMatrix<float>* GetCOprim() const { return &coprim_; }
+  const NCDataMatrix<float>* GetWOprim() const { return &woprim_; }  ///< of unit length
+  const NCDataMatrix<float>* GetUOprim() const { return &uoprim_; }
+  int SizeOrthogonalComponents() const { return toprim_.SizeRows(); }
+
+  NCDataMatrix<float> GetXResiduals() const;  ///< X less its orthogonal and predictive part
+  NCDataMatrix<float> GetYResiduals() const;  ///< the same of Y
+
+ private:
+  using Cells = std::set<std::pair<int, int>>;  ///< (row, column)
+
+  void CatchUp();
+  void CalcOPLS(NCProgress* progress);
+  void AppendOrthogonalComponent();
+  NCDataVector<float> OrthogonalWeights(const NCDataMatrix<float>& filtered) const;
+  NCDataMatrix<float> SettleWeights(NCProgress* progress);
+  NCDataMatrix<float> WeightsOf(const NCDataMatrix<float>& crossProduct, const NCDataMatrix<float>& former);
+  NCDataMatrix<float> ComponentsOf(const NCDataMatrix<float>& crossProduct, int size) const;
+  int SizeOfBlock(const NCDataMatrix<float>& former) const;
+  void AppendBlock(const NCDataMatrix<float>& W);
+
+  NCDataMatrix<float> x_;  ///< without the orthogonal components
+  NCDataMatrix<float> y_;  ///< likewise
+  std::vector<NCDataMatrix<float>> wMatrices_;
+  NCDataMatrix<float> tprim_;
+  NCDataMatrix<float> uprim_;
+  std::vector<NCDataMatrix<float>> pMatrices_;
+  std::vector<NCDataMatrix<float>> cMatrices_;
+  NCDataMatrix<float> tFilter_;  ///< scores of X on the last W, each W taken out before the next
+  NCDataMatrix<float> toprim_;
+  NCDataMatrix<float> poprim_;
+  NCDataMatrix<float> coprim_;
+  NCDataMatrix<float> woprim_;
+  NCDataMatrix<float> uoprim_;
+  Cells missingX_;
+  Cells missingY_;
+  int maxIterations_;
+  int passes_ = 0;
+  int predictiveComponents_;
+};

@@ -1,0 +1,67 @@
+#include "kalmia/opls/NCOPLSPred.h"
+
+#include <utility>
+
+#include "kalmia/opls/DeepCopy.h"
+#include "kalmia/opls/OPLSFilter.h"
+
+NCOPLSPred::NCOPLSPred(const NCDataMatrix<float>* X, NCOPLS* model)
+    : NCOPLSPred(X, model->GetWMatrices(), model->GetPMatrices(), model->GetCMatrices(), model->GetWOprim(),
+                 model->GetPOprim(), model->GetCOprim()) {}
+
+NCOPLSPred::NCOPLSPred(const NCDataMatrix<float>* X, const std::vector<NCDataMatrix<float>>* W,
+                       const std::vector<NCDataMatrix<float>>* P, const std::vector<NCDataMatrix<float>>* C,
+                       const NCDataMatrix<float>* WO, const NCDataMatrix<float>* PO, const NCDataMatrix<float>* CO)
+    : xOrthoResiduals_(kalmia::DeepCopy(*X)),
+      yPred_(X->SizeRows(), C->front().SizeColumns(), 0.0F),
+      wMatrices_(kalmia::DeepCopy(*W)),
+      pMatrices_(kalmia::DeepCopy(*P)),
+      cMatrices_(kalmia::DeepCopy(*C)),
+      woprim_(kalmia::DeepCopy(*WO)),
+      poprim_(kalmia::DeepCopy(*PO)),
+      coprim_(kalmia::DeepCopy(*CO)) {
+  Finalise();
+}
+
+NCOPLSPred::NCOPLSPred(const NCOPLSPred& other)
+    : xOrthoResiduals_(kalmia::DeepCopy(other.xOrthoResiduals_)),
+      yPred_(kalmia::DeepCopy(other.yPred_)),
+      wMatrices_(kalmia::DeepCopy(other.wMatrices_)),
+      pMatrices_(kalmia::DeepCopy(other.pMatrices_)),
+      cMatrices_(kalmia::DeepCopy(other.cMatrices_)),
+      woprim_(kalmia::DeepCopy(other.woprim_)),
+      poprim_(kalmia::DeepCopy(other.poprim_)),
+      coprim_(kalmia::DeepCopy(other.coprim_)),
+      tPred_(kalmia::DeepCopy(other.tPred_)),
+      toPred_(kalmia::DeepCopy(other.toPred_)) {}
+
+NCOPLSPred& NCOPLSPred::operator=(const NCOPLSPred& other) {
+  if (this == &other) return *this;
+  NCOPLSPred copy(other);
+  for (const auto member : {&NCOPLSPred::xOrthoResiduals_, &NCOPLSPred::yPred_, &NCOPLSPred::woprim_,
+                            &NCOPLSPred::poprim_, &NCOPLSPred::coprim_, &NCOPLSPred::tPred_, &NCOPLSPred::toPred_})
+    (this->*member).swap(copy.*member);
+  wMatrices_.swap(copy.wMatrices_);
+  pMatrices_.swap(copy.pMatrices_);
+  cMatrices_.swap(copy.cMatrices_);
+  return *this;
+}
+
+NCOPLSPred::~NCOPLSPred() = default;
+
+/// Adds the predictive part, as the newest block has it, to what stands in yPred_.
+void NCOPLSPred::Finalise() {
+  const NCDataMatrix<float>& C = cMatrices_[Block()];
+  tPred_ = kalmia::ScoresAlong(xOrthoResiduals_, wMatrices_[Block()], pMatrices_[Block()]);
+  for (int a = 1; a <= tPred_.SizeRows(); ++a) yPred_.AddVprimV(tPred_[a], C[a], 1.0F);
+}
+
+void NCOPLSPred::CalcNextComponent() {
+  const int next = toPred_.SizeRows() + 1;
+  const NCDataMatrix<float> filtered = kalmia::WithoutScoresAlong(xOrthoResiduals_, wMatrices_[Block()]);
+  toPred_.InsertRow(next, filtered.SpecialNipalsRegressRowsFix(woprim_[next], nullptr, 0));
+  xOrthoResiduals_.AddVprimV(toPred_[next], poprim_[next], -1.0F);
+  yPred_.SetAllValues(0.0F);
+  for (int o = 1; o <= next; ++o) yPred_.AddVprimV(toPred_[o], coprim_[o], 1.0F);
+  Finalise();
+}

@@ -1,0 +1,52 @@
+#pragma once
+
+#include <vector>
+
+#include "kalmia/containers/NCDataMatrix.h"
+#include "kalmia/opls/NCOPLS.h"
+
+/// Applies an OPLS model to new observations: filters their X by one orthogonal component after the other, and gives
+/// predictive scores and predicted Y after each. It starts without orthogonal components.
+///
+/// Symbols as in NCOPLS, for n new observations. Holes leave every sum, however many there are; an observation without
+/// any value has no scores and no prediction. Throws std::bad_alloc alone. Copies are deep.
+class NCOPLSPred {
+ public:
+  /// X (n x K), scaled as the model's.
+  NCOPLSPred(const NCDataMatrix<float>* X, NCOPLS* model);
+  /// The same from a model's matrices, see NCOPLS. Shapes are not checked.
+  NCOPLSPred(const NCDataMatrix<float>* X, const std::vector<NCDataMatrix<float>>* W,
+             const std::vector<NCDataMatrix<float>>* P, const std::vector<NCDataMatrix<float>>* C,
+             const NCDataMatrix<float>* WO, const NCDataMatrix<float>* PO, const NCDataMatrix<float>* CO);
+  NCOPLSPred(const NCOPLSPred& other);
+  NCOPLSPred& operator=(const NCOPLSPred& other);
+  ~NCOPLSPred();
+
+  /// One more orthogonal component. Not beyond GetMaxComp(), which is not checked.
+  void CalcNextComponent();
+
+  const NCDataMatrix<float>& GetXOrthoResiduals() { return xOrthoResiduals_; }  ///< X filtered so far, n x K
+  /// n x M, in the units of the scaled Y: the predictive part, and what the orthogonal components took out of Y.
+  const NCDataMatrix<float>* GetYPred() { return &yPred_; }
+  const NCDataMatrix<float>* GetTPred() const { return &tPred_; }    ///< predictive scores, A x n
+  const NCDataMatrix<float>* GetTOPred() const { return &toPred_; }  ///< orthogonal scores so far
+
+  int GetMaxComp() { return woprim_.SizeRows(); }  ///< orthogonal components of the model
+  int SizePComps() { return tPred_.SizeRows(); }
+  int SizeOComps() { return toPred_.SizeRows(); }  ///< orthogonal components done
+
+ private:
+  void Finalise();
+  std::size_t Block() const { return static_cast<std::size_t>(toPred_.SizeRows()); }
+
+  NCDataMatrix<float> xOrthoResiduals_;
+  NCDataMatrix<float> yPred_;
+  std::vector<NCDataMatrix<float>> wMatrices_;
+  std::vector<NCDataMatrix<float>> pMatrices_;
+  std::vector<NCDataMatrix<float>> cMatrices_;
+  NCDataMatrix<float> woprim_;
+  NCDataMatrix<float> poprim_;
+  NCDataMatrix<float> coprim_;
+  NCDataMatrix<float> tPred_;
+  NCDataMatrix<float> toPred_;
+};

@@ -1,0 +1,306 @@
+#include "kalmia/opls/OPLSCrossValidation.h"
+
+#include <algorithm>
+
+#include "kalmia/opls/DeepCopy.h"
+#include "kalmia/opls/NCOPLS.h"
+#include "kalmia/opls/NCOPLSPred.h"
+#include "kalmia/opls/OPLSProgress.h"
+#include "kalmia/pcapls/ComponentRows.h"
+#include "kalmia/pcapls/PCACrossValidation.h"
+#include "kalmia/pcapls/Q2.h"
+#include "kalmia/support/NCError.h"
+
+namespace {
+
+constexpr const char* kStopped = "OPLS cross validation aborted.";
+constexpr int kMaxIterations = 200;
+constexpr float kShareOfTheModel = 0.95F;  ///< of a round's stretch of the bar
+
+/// Up to so many observations Q2 should gain kQ2LimitOfFew, beyond them more than 0.
+constexpr int kFewObservations = 100;
+constexpr float kQ2LimitOfFew = 0.05F;
+
+using Matrices = std::vector<NCDataMatrix<float>>;
+
+NCIntegralVector<int, -99> GroupsOrDefault(const NCIntegralVector<int, -99>* groups, int observations, int rounds) {
+  if (!groups) return rounds > 0 ? GetDeafultCVGroupsVector(observations, rounds) : NCIntegralVector<int, -99>();
+  NCIntegralVector<int, -99> copy;
+  copy.CopyContent(*groups);
+  return copy;
+}
+
+void RequireMatchingTables(const NCDataMatrix<float>& X, const NCDataMatrix<float>& Y,
+                           const NCIntegralVector<int, -99>* groups) {
+  if (X.SizeRows() != Y.SizeRows()) throw NCError("OPLS cross validation: X and Y have not the same observations.");
+  if (groups && groups->Size() != X.SizeRows())
+    throw NCError("OPLS cross validation: there is not one group for each observation.");
+}
+
+void Require(bool matches) {
+  if (!matches) throw NCError("OPLS cross validation: the stored data do not belong to these tables.");
+}
+
+/// `rows` by `columns`; the number of columns of a matrix without rows means nothing.
+void RequireShape(const NCDataMatrix<float>& matrix, int rows, int columns) {
+  Require(matrix.SizeRows() == rows && (rows == 0 || matrix.SizeColumns() == columns));
+}
+
+/// Whether rows a of both point away from each other.
+bool AreOpposed(const NCDataMatrix<float>& A, const NCDataMatrix<float>& B, int a) {
+  return static_cast<float>(A[a] * B[a]) < 0.0F;
+}
+
+NCDataVector<float> DeepCopyOf(const NCDataVector<float>& vector) {
+  NCDataVector<float> copy;
+  copy.CopyContent(vector);
+  return copy;
+}
+
+}  // namespace
+
+/// The tables divided: what the model of a group is made from, and what it predicts.
+struct OPLSCrossValidation::Round {
+  int group;
+  NCDataMatrix<float> trainX;
+  NCDataMatrix<float> trainY;
+  NCDataMatrix<float> testX;
+  std::vector<int> trainIndex;  ///< observation numbers, in their order
+  std::vector<int> testIndex;
+};
+
+OPLSCrossValidation::OPLSCrossValidation(const NCDataMatrix<float>* X, const NCDataMatrix<float>* Y,
+                                         int predictiveComponents, int rounds, NCProgress* progress,
+                                         NCIntegralVector<int, -99>* groups)
+    : rounds_(std::max(0, std::min(rounds, X->SizeRows()))), predictiveComponents_(predictiveComponents) {
+  RequireMatchingTables(*X, *Y, groups);
+  TakeTables(*X, *Y, groups);
+  data_ = OPLSCrossvalidationData(rounds_, y_);
+  const kalmia::OPLSProgress bar(progress, kStopped);
+  bar.SetRange(0.0F, static_cast<float>(rounds_));
+  for (int group = 0; group < rounds_; ++group) {
+    bar.PushSubRange(static_cast<float>(group), static_cast<float>(group) + kShareOfTheModel);
+    const Round round = Divide(group);
+    NCOPLS model(&round.trainX, &round.trainY, predictiveComponents_, kMaxIterations);
+    model.NextComponent(progress);
+    bar.PopSubRange();
+    ssYcvOriginal_(group + 1, static_cast<float>(round.trainY.GetSS()));
+    SaveModelMatrices(&model, group);
+    SaveGroupResults(&model, round);
+  }
+  CalculateQ2();
+  bar.SetValue(static_cast<float>(rounds_));
+}
+
+OPLSCrossValidation::OPLSCrossValidation(const NCDataMatrix<float>* X, const NCDataMatrix<float>* Y,
+                                         const OPLSCrossvalidationData* data, NCIntegralVector<int, -99>* groups)
+    : rounds_(static_cast<int>(data->WMatricesPerRound.size())), predictiveComponents_(0) {
+  RequireMatchingTables(*X, *Y, groups);
+  RequireMatchingData(*data, *X, *Y);
+  data_ = *data;
+  if (SizeOComponents() >= 0) predictiveComponents_ = data_.WMatricesPerRound.front().front().SizeRows();
+  TakeTables(*X, *Y, groups);
+  MakeRoomForScores(predictiveComponents_);
+}
+
+OPLSCrossValidation::OPLSCrossValidation(const OPLSCrossValidation& other)
+    : x_(kalmia::DeepCopy(other.x_)),
+      y_(kalmia::DeepCopy(other.y_)),
+      data_(other.data_),
+      rounds_(other.rounds_),
+      yPred_(kalmia::DeepCopy(other.yPred_)),
+      predictiveComponents_(other.predictiveComponents_),
+      ssYcv_(DeepCopyOf(other.ssYcv_)),
+      tPred_(kalmia::DeepCopy(other.tPred_)),
+      toPred_(DeepCopyOf(other.toPred_)),
+      tSets_(kalmia::DeepCopy(other.tSets_)),
+      toSet_(kalmia::DeepCopy(other.toSet_)),
+      ssYcvOriginal_(DeepCopyOf(other.ssYcvOriginal_)),
+      q2TotCum_(other.q2TotCum_),
+      q2YVarCum_(DeepCopyOf(other.q2YVarCum_)) {
+  groups_.CopyContent(other.groups_);
+}
+
+OPLSCrossValidation& OPLSCrossValidation::operator=(const OPLSCrossValidation& other) {
+  if (this == &other) return *this;
+  OPLSCrossValidation copy(other);
+  x_.swap(copy.x_);
+  y_.swap(copy.y_);
+  std::swap(data_, copy.data_);
+  rounds_ = copy.rounds_;
+  yPred_.swap(copy.yPred_);
+  predictiveComponents_ = copy.predictiveComponents_;
+  ssYcv_ = copy.ssYcv_;
+  tPred_.swap(copy.tPred_);
+  toPred_ = copy.toPred_;
+  tSets_.swap(copy.tSets_);
+  toSet_.swap(copy.toSet_);
+  ssYcvOriginal_ = copy.ssYcvOriginal_;
+  q2TotCum_ = copy.q2TotCum_;
+  q2YVarCum_ = copy.q2YVarCum_;
+  groups_ = copy.groups_;
+  return *this;
+}
+
+OPLSCrossValidation::~OPLSCrossValidation() = default;
+
+/// Copies of the tables and the groups, and results of their size without values.
+void OPLSCrossValidation::TakeTables(const NCDataMatrix<float>& X, const NCDataMatrix<float>& Y,
+                                     const NCIntegralVector<int, -99>* groups) {
+  x_.CopyContent(X);
+  y_.CopyContent(Y);
+  groups_ = GroupsOrDefault(groups, X.SizeRows(), rounds_);
+  yPred_ = NCDataMatrix<float>(Y.SizeRows(), Y.SizeColumns());
+  ssYcv_ = NCDataVector<float>(rounds_);
+  ssYcvOriginal_ = NCDataVector<float>(rounds_);
+  toPred_ = NCDataVector<float>(Y.SizeRows());
+  toSet_ = NCDataMatrix<float>(rounds_, Y.SizeRows());
+  q2YVarCum_ = NCDataVector<float>(Y.SizeColumns());
+}
+
+void OPLSCrossValidation::RequireMatchingData(const OPLSCrossvalidationData& data, const NCDataMatrix<float>& X,
+                                              const NCDataMatrix<float>& Y) {
+  const std::size_t rounds = data.WMatricesPerRound.size();
+  Require(rounds <= static_cast<std::size_t>(X.SizeRows()) && data.SSY.Size() == Y.SizeColumns());
+  Require(data.PMatricesPerRound.size() == rounds && data.CMatricesPerRound.size() == rounds);
+  Require(data.WOPerRound.size() == rounds && data.POPerRound.size() == rounds && data.COPerRound.size() == rounds);
+  for (std::size_t g = 0; g < rounds; ++g) {
+    const Matrices &W = data.WMatricesPerRound[g], &P = data.PMatricesPerRound[g], &C = data.CMatricesPerRound[g];
+    const std::size_t blocks = data.WMatricesPerRound.front().size();
+    Require(W.size() == blocks && P.size() == blocks && C.size() == blocks);
+    for (std::size_t o = 0; o < blocks; ++o) {
+      const int components = W.front().SizeRows();
+      Require(components > 0);
+      RequireShape(W[o], components, X.SizeColumns());
+      RequireShape(P[o], components, X.SizeColumns());
+      RequireShape(C[o], components, Y.SizeColumns());
+    }
+    const int orthogonal = std::max(0, static_cast<int>(blocks) - 1);
+    RequireShape(data.WOPerRound[g], orthogonal, X.SizeColumns());
+    RequireShape(data.POPerRound[g], orthogonal, X.SizeColumns());
+    RequireShape(data.COPerRound[g], orthogonal, Y.SizeColumns());
+  }
+}
+
+void OPLSCrossValidation::NextComponent(NCProgress* progress) {
+  const kalmia::OPLSProgress bar(progress, kStopped);
+  bar.SetRange(0.0F, static_cast<float>(rounds_));
+  for (int group = 0; group < rounds_; ++group) {
+    bar.PushSubRange(static_cast<float>(group), static_cast<float>(group) + kShareOfTheModel);
+    const Round round = Divide(group);
+    const auto g = static_cast<std::size_t>(group);
+    NCOPLS model(&round.trainX, &round.trainY, &data_.WMatricesPerRound[g], &data_.PMatricesPerRound[g],
+                 &data_.CMatricesPerRound[g], &data_.WOPerRound[g], &data_.POPerRound[g], &data_.COPerRound[g],
+                 predictiveComponents_, kMaxIterations);
+    model.NextComponent(nullptr);
+    bar.PopSubRange();
+    SaveModelMatrices(&model, group);
+    SaveGroupResults(&model, round);
+  }
+  CalculateQ2();
+  bar.SetValue(static_cast<float>(rounds_));
+}
+
+OPLSCrossValidation::Round OPLSCrossValidation::Divide(int group) const {
+  const int rows = x_.SizeRows();
+  int leftOut = 0;
+  for (int i = 1; i <= rows; ++i) leftOut += groups_[i] == group;
+  Round round;
+  round.group = group;
+  round.trainX = kalmia::WithoutRows(x_.SizeColumns(), rows - leftOut);
+  round.trainY = kalmia::WithoutRows(y_.SizeColumns(), rows - leftOut);
+  round.testX = kalmia::WithoutRows(x_.SizeColumns(), leftOut);
+  for (int i = 1; i <= rows; ++i)
+    if (groups_[i] == group) {
+      round.testX.push_back(x_[i]);
+      round.testIndex.push_back(i);
+    } else {
+      round.trainX.push_back(x_[i]);
+      round.trainY.push_back(y_[i]);
+      round.trainIndex.push_back(i);
+    }
+  return round;
+}
+
+/// Stores the model, its newest components turned along those of the first round.
+void OPLSCrossValidation::SaveModelMatrices(NCOPLS* model, int group) {
+  const auto g = static_cast<std::size_t>(group);
+  if (group > 0) {
+    const NCDataMatrix<float>& first = data_.WMatricesPerRound.front().back();
+    const int shared = std::min(first.SizeRows(), model->GetWprim()->SizeRows());
+    for (int a = 1; a <= shared; ++a)
+      if (AreOpposed(*model->GetWprim(), first, a)) model->NegatePredictiveComp(a);
+  }
+  data_.WMatricesPerRound[g] = kalmia::DeepCopy(*model->GetWMatrices());
+  data_.PMatricesPerRound[g] = kalmia::DeepCopy(*model->GetPMatrices());
+  data_.CMatricesPerRound[g] = kalmia::DeepCopy(*model->GetCMatrices());
+  if (model->SizeOrthogonalComponents() == 0) return;
+
+  const int newest = data_.WOPerRound.front().SizeRows();
+  if (group > 0 && AreOpposed(*model->GetWOprim(), data_.WOPerRound.front(), newest)) model->NegateOComp(newest);
+  data_.WOPerRound[g] = kalmia::DeepCopy(*model->GetWOprim());
+  data_.POPerRound[g] = kalmia::DeepCopy(*model->GetPOprim());
+  data_.COPerRound[g] = kalmia::DeepCopy(*model->GetCOprim());
+}
+
+void OPLSCrossValidation::SaveGroupResults(NCOPLS* model, const Round& round) {
+  const int row = round.group + 1;
+  MakeRoomForScores(model->SizeComponents());
+  NCOPLSPred prediction(&round.testX, model);
+  ssYcv_(row, static_cast<float>(model->GetYResiduals().GetSS()));
+  const int orthogonal = model->SizeOrthogonalComponents();
+  for (int o = 1; o <= orthogonal; ++o) prediction.CalcNextComponent();
+
+  int k = 0;
+  for (const int i : round.trainIndex) {
+    ++k;
+    for (int a = 1; a <= model->SizeComponents(); ++a) ScoresOf(a)(row, i, (*model->GetTprim())[a][k]);
+    if (orthogonal > 0) toSet_(row, i, (*model->GetTOprim())[orthogonal][k]);
+  }
+  k = 0;
+  for (const int i : round.testIndex) {
+    ++k;
+    for (int a = 1; a <= model->SizeComponents(); ++a) {
+      const float score = (*prediction.GetTPred())[a][k];
+      ScoresOf(a)(row, i, score);
+      tPred_(a, i, score);
+    }
+    if (orthogonal > 0) {
+      const float score = (*prediction.GetTOPred())[orthogonal][k];
+      toSet_(row, i, score);
+      toPred_(i, score);
+    }
+    for (int j = 1; j <= y_.SizeColumns(); ++j) yPred_(i, j, (*prediction.GetYPred())[k][j]);
+  }
+}
+
+/// Scores of so many predictive components at least; new ones are missing.
+void OPLSCrossValidation::MakeRoomForScores(int predictiveComponents) {
+  while (static_cast<int>(tSets_.size()) < predictiveComponents) {
+    tSets_.emplace_back(rounds_, x_.SizeRows());
+    tPred_.InsertRow(tPred_.SizeRows() + 1, NCDataVector<float>(x_.SizeRows()));
+  }
+}
+
+/// The sums run on from variable to variable, and it is the sum so far that decides whether there is anything to judge.
+void OPLSCrossValidation::CalculateQ2() {
+  const NCDataMatrix<float> residuals = GetYPredResiduals();
+  double press = 0.0, ss = 0.0;
+  for (int j = 1; j <= y_.SizeColumns(); ++j) {
+    const double pressOfColumn = static_cast<double>(residuals.GetColumnSS(j, 0.0L));
+    if (pressOfColumn != kalmia::kMissing) press += pressOfColumn;
+    const double ssOfColumn = data_.SSY[j];
+    if (ssOfColumn != kalmia::kMissing) ss += ssOfColumn;
+    const bool judged = press >= kalmia::kSmallestVariance;
+    q2YVarCum_(j, judged ? static_cast<float>((ssOfColumn - pressOfColumn) / ssOfColumn) : 1.0F);
+  }
+  q2TotCum_ = ss >= kalmia::kSmallestVariance ? static_cast<float>((ss - press) / ss) : 1.0F;
+}
+
+float OPLSCrossValidation::GetQ2Lim() const { return x_.SizeRows() <= kFewObservations ? kQ2LimitOfFew : 0.0F; }
+
+int OPLSCrossValidation::SizeOComponents() {
+  return data_.WMatricesPerRound.empty() ? -1 : static_cast<int>(data_.WMatricesPerRound.front().size()) - 1;
+}
+
+NCDataMatrix<float> OPLSCrossValidation::GetYPredResiduals() { return y_ - yPred_; }

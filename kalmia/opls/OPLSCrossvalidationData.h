@@ -1,0 +1,43 @@
+#pragma once
+
+#include <iosfwd>
+#include <vector>
+
+#include "kalmia/containers/NCDataMatrix.h"
+#include "kalmia/containers/NCDataVector.h"
+
+/// What a cross-validation of an OPLS model keeps of its rounds: the matrices that each round's model is rebuilt from.
+/// Public fields, for OPLSCrossValidation to fill; copies are deep.
+class OPLSCrossvalidationData {
+ public:
+  OPLSCrossvalidationData();
+  /// `rounds` empty models, and the sum of squares about 0 of each column of Y.
+  OPLSCrossvalidationData(int rounds, const NCDataMatrix<float>& Y);
+  OPLSCrossvalidationData(const OPLSCrossvalidationData& other);
+  OPLSCrossvalidationData& operator=(const OPLSCrossvalidationData& other);
+  ~OPLSCrossvalidationData();
+
+  void clear();
+
+  /// Magic and version, then a directory of 11 entries, of which 1 to 7 hold the fields in their order. False where the
+  /// stream fails.
+  bool WriteObject(std::ostream& stream) const;
+  /// False, and empty, for bytes that are not such a stream, that lie about their sizes or end too early. Never throws
+  /// VexStreamError. Sizes that disagree between the fields are for OPLSCrossValidation to find.
+  bool ReadObject(std::istream& stream);
+
+  static constexpr short Version = 1;
+  static constexpr const char* Magic = "OPLSCVD";
+
+  std::vector<std::vector<NCDataMatrix<float>>> WMatricesPerRound;  ///< per round: predictive weights, block after block
+  std::vector<std::vector<NCDataMatrix<float>>> PMatricesPerRound;
+  std::vector<std::vector<NCDataMatrix<float>>> CMatricesPerRound;
+  std::vector<NCDataMatrix<float>> WOPerRound;                      ///< per round: orthogonal weights
+  std::vector<NCDataMatrix<float>> POPerRound;
+  std::vector<NCDataMatrix<float>> COPerRound;
+  NCDataVector<float> SSY;                                          ///< of each Y variable, about 0
+
+ private:
+  bool UnLoad(std::ostream& stream) const;
+  bool ReLoad(std::istream& stream);
+};
