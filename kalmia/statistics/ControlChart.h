@@ -17,7 +17,7 @@ struct ControlChartFactors;
 /// CuSum), 9.2 (EWMA).
 class ControlChart {
  public:
-  enum ControlType { Individual = 0, MeanRange = 1, MeanStdDev = 2, CuSum = 3, EWMA = 4, EWMAStdDev = 5 };
+  enum ControlType : int { Individual = 0, MeanRange = 1, MeanStdDev = 2, CuSum = 3, EWMA = 4, EWMAStdDev = 5 };
 
   /// The type of a text as FromControlType gives it; `Individual` for any other.
   static ControlType ToControlType(const char* text);

@@ -37,8 +37,8 @@ constexpr int kSizes = sizeof(kFactors) / sizeof(kFactors[0]);
 }  // namespace
 
 const ControlChartFactors* FindControlChartFactors(int size) {
-  const int row = size - kSmallestSize;
-  return size >= kSmallestSize && row < kSizes ? &kFactors[row] : nullptr;
+  const bool exist = size >= kSmallestSize && size < kSmallestSize + kSizes;
+  return exist ? &kFactors[size - kSmallestSize] : nullptr;
 }
 
 }  // namespace kalmia

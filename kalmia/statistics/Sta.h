@@ -8,7 +8,7 @@
 namespace Sta {
 
 /// Which tables of the same margins count for the exact test of a 2 x 2 table.
-enum SidedNess {
+enum SidedNess : int {
   LeftSided = 0,   ///< the observed one and those with a smaller first cell
   RightSided = 1,  ///< the observed one and those with a larger first cell
   TwoSided = 2     ///< all that are not more probable than the observed one
