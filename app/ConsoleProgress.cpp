@@ -60,9 +60,11 @@ void ProgressLine::Show(const std::string& label, double share) {
   Draw(std::string(kWipe) + line.substr(0, TerminalWidth() - 1));
 }
 
-void ConsoleProgress::BeginFit(int component) {
+void ConsoleProgress::BeginFit(int component) { BeginFit("component " + std::to_string(component)); }
+
+void ConsoleProgress::BeginFit(const std::string& label) {
   steps_ = 0;
-  label_ = "component " + std::to_string(component);
+  label_ = label;
   line_->Show(label_, 0.0);
 }
 

@@ -33,6 +33,7 @@ class ConsoleProgress : public NCProgress::Sink {
   explicit ConsoleProgress(ProgressLine* line) : line_(line) {}
 
   void BeginFit(int component);
+  void BeginFit(const std::string& label);
   /// `steps` are the texts that the cross-validation sets.
   void BeginRounds(int component, int steps);
 

@@ -26,7 +26,8 @@ class RecordParser {
     if (!begun_) Begin(number);
     if (csv_parse(&parser_, line.data(), line.size(), TakeField, TakeEnd, this) != line.size()) Fail(number);
     Check(number);
-    begun_ = !complete_ && (begun_ || line.find_first_not_of(" \t\r\n") != std::string_view::npos);
+    const bool hasContent = !record_.fields.empty() || line.find_first_not_of(" \t\r\n") != std::string_view::npos;
+    begun_ = !complete_ && (begun_ || hasContent);
     return complete_;
   }
 

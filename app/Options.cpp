@@ -21,6 +21,7 @@ constexpr auto kMainFooter =
     "  kalmia pls gasoline.csv --y octane --id sample --save octane.model\n"
     "  kalmia pca wine.csv --id sample --exclude cultivar\n"
     "  kalmia predict octane.model new.csv\n"
+    "  kalmia fill wine.csv --out filled.csv --id sample --exclude cultivar\n"
     "  kalmia info octane.model\n\n"
     "Exit codes: 0 done, 1 bad data, 2 wrong usage, 3 a file cannot be read or written,\n"
     "130 stopped with Ctrl-C. 'kalmia COMMAND --help' tells more.";
@@ -73,6 +74,19 @@ void DeclarePredict(CommandOptions* command, PredictOptions* options) {
   command->Examples("Example:\n  kalmia predict octane.model new.csv");
 }
 
+void DeclareFill(CommandOptions* command, FillOptions* options) {
+  command->File("TABLE", &options->table, "CSV table with a header");
+  command->Text("--out", "FILE", &options->out, "the table with its missing cells filled, always needed");
+  command->Require("--out");
+  command->Text("--id", "NAME", &options->id, "column that names the rows; it takes no part");
+  command->Names("--exclude", &options->exclude, "further columns that take no part and stay as they are");
+  command->NumberOrAuto("--components", 0, &options->components,
+                        "number of components; auto (default): as many as bring hidden cells back best; 0: means");
+  command->Flag("--report", &options->report, "hide a tenth of the present cells as well, and tell how they come back");
+  command->Flag("--json", &options->json, "print JSON");
+  command->Examples("Example:\n  kalmia fill wine.csv --out filled.csv --id sample --exclude cultivar --report");
+}
+
 void DeclareInfo(CommandOptions* command, InfoOptions* options) {
   command->File("MODEL", &options->model, "file that --save has written");
   command->Flag("--json", &options->json, "print JSON");
@@ -99,6 +113,7 @@ class Program {
     Add<PcaOptions>("pca", "Fit principal components and judge every one by cross-validation", DeclarePca);
     Add<PredictOptions>("predict", "Predict new rows with a stored PLS model, or place them in a PCA model",
                         DeclarePredict);
+    Add<FillOptions>("fill", "Fill the missing cells of a table by PCA", DeclareFill);
     Add<InfoOptions>("info", "Show what a stored model holds", DeclareInfo);
     Add<DescribeOptions>("describe", "Show counts, means and spread of the columns of a table", DeclareDescribe);
   }

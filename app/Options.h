@@ -39,6 +39,16 @@ struct PredictOptions {
   std::string csvFolder;
 };
 
+struct FillOptions {
+  std::string table;
+  std::string out;
+  std::string id;  ///< empty: rows are numbered
+  std::vector<std::string> exclude;
+  std::optional<int> components;  ///< nothing: as many as cross-validation finds
+  bool report = false;
+  bool json = false;
+};
+
 struct InfoOptions {
   std::string model;
   bool json = false;
@@ -54,7 +64,8 @@ struct Answer {
   std::string text;
 };
 
-using Command = std::variant<PlsOptions, PcaOptions, PredictOptions, InfoOptions, DescribeOptions, Answer>;
+using Command =
+    std::variant<PlsOptions, PcaOptions, PredictOptions, FillOptions, InfoOptions, DescribeOptions, Answer>;
 
 /// Reads the command line. Throws Failure (Usage) with one line for anything that makes no sense.
 Command ParseCommandLine(int argc, const char* const* argv);

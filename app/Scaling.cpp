@@ -18,8 +18,6 @@ constexpr double kTwoStepsBelow = -99.0000153;  ///< the second float below the 
 
 float NextBelow(float cell) { return std::nextafter(cell, std::numeric_limits<float>::lowest()); }
 
-float UnlessMissing(float number) { return number == kMissingCell ? NextBelow(number) : number; }
-
 /// Moves a cell down so far that, once centred, it is no missing value; by two float steps where the centre is.
 float MovedDown(float cell, float centre) {
   if (centre == kMissingCell) return NextBelow(NextBelow(cell));
@@ -134,6 +132,8 @@ void ApplyScale(NCScale* scale, NCDataMatrix<float>* matrix) {
   scale->ScaleMatrix(matrix, /*newModel=*/false);
   KeepAllCells(*scale, before, matrix);
 }
+
+float UnlessMissing(float number) { return number == kMissingCell ? NextBelow(number) : number; }
 
 NCScale::Scaling ScalingOfY(NCScale::Scaling scalingOfX) {
   return scalingOfX == NCScale::ScalingUnitVariance ? NCScale::ScalingUnitVariance : NCScale::ScalingCentre;

@@ -21,6 +21,9 @@ std::unique_ptr<NCScale> ScaleColumns(NCScale::Scaling type, const std::vector<s
 /// missing value, the next float below is taken. Counts of missing cells are exact.
 void ApplyScale(NCScale* scale, NCDataMatrix<float>* matrix);
 
+/// The number; the next float below where it is the missing value.
+float UnlessMissing(float number);
+
 /// The scaling of Y that goes with one of X: unit variance with unit variance, else centring alone.
 NCScale::Scaling ScalingOfY(NCScale::Scaling scalingOfX);
 

@@ -92,6 +92,11 @@ TEST(JsonSchema, HoldsForEveryOutput) {
   ExpectValid("kalmia-info", RunKalmia({"info", model, "--json"}).Json());
   ExpectValid("kalmia-predict", RunKalmia({"predict", model, table, "--json", "--csv", folder.Path("d")}).Json());
   ExpectValid("kalmia-predict", RunKalmia({"predict", model, "-", "--json"}, "a\n1\nNA\n").Json());
+  const std::string filled = folder.Path("filled.csv");
+  ExpectValid("kalmia-fill", RunKalmia({"fill", table, "--out", filled, "--json", "--report"}).Json());
+  ExpectValid("kalmia-fill",
+              RunKalmia({"fill", "-", "--out", filled, "--json", "--report"}, WithHoles(LinearTable(30, 6, 2), 7))
+                  .Json());
   ExpectValid("kalmia-describe", RunKalmia({"describe", table, "--json"}).Json());
   const std::string pca = folder.Path("pca");
   ExpectValid("kalmia-pca", RunKalmia({"pca", table, "--id", "s", "--group-column", "g", "--components", "2", "--json",

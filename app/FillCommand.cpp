@@ -1,0 +1,22 @@
+#include "app/Commands.h"
+#include "app/CsvTable.h"
+#include "app/FillOutcome.h"
+#include "app/FillReport.h"
+#include "app/InputFile.h"
+#include "app/OutputFiles.h"
+#include "app/OutputPlaces.h"
+
+namespace kalmia::app {
+
+std::string RunCommand(const FillOptions& options, Notes* notes) {
+  RefuseToOverwrite({{"the table", options.table}}, {{"--out", options.out}});
+  const std::string text = ReadInput(options.table);
+  const CsvTable table(text, InputName(options.table));
+  const FillOutcome outcome = ComputeFill(table, options, notes);
+  OutputFiles files;
+  files.Stage(options.out, FilledText(text, table, outcome));
+  files.Commit();
+  return options.json ? FillJson(table, outcome, options.out, *notes) : FillText(table, outcome, options.out);
+}
+
+}  // namespace kalmia::app

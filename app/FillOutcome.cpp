@@ -1,0 +1,160 @@
+#include "app/FillOutcome.h"
+
+#include <algorithm>
+#include <stdexcept>
+
+#include "app/CellNumber.h"
+#include "app/CsvFields.h"
+#include "app/DisplayText.h"
+#include "app/Failure.h"
+#include "app/Numbers.h"
+#include "app/TableColumns.h"
+#include "kalmia/containers/Missing.h"
+
+namespace kalmia::app {
+
+namespace {
+
+constexpr auto kMissingCell = static_cast<float>(kMissing);
+constexpr std::size_t kNamed = 10;  ///< a note names so many columns, and counts the others
+
+[[noreturn]] void Refuse(const CsvTable& table, const std::string& message) {
+  throw Failure(ExitCode::BadData, table.Name() + ": " + message);
+}
+
+bool IsMissing(const CsvTable& table, int row, int column) {
+  return ReadCell(table.Cell(row, column), table.DecimalComma()).kind == CellKind::Missing;
+}
+
+/// Works from the table to the outcome.
+class Computation {
+ public:
+  Computation(const CsvTable& table, const FillOptions& options, Notes* notes)
+      : table_(table), options_(options), notes_(notes) {}
+
+  FillOutcome Compute() {
+    ReadColumns();
+    if (!options_.components && columns_.cells.GetNumMisVal() > 0) outcome_.choice = ChooseComponents(columns_);
+    outcome_.filled = FillColumns(columns_, options_.components.value_or(outcome_.choice.components));
+    if (options_.report) outcome_.trial = TryFilling(columns_, options_.components);
+    CountFilled();
+    NoteWhatWasDone();
+    return std::move(outcome_);
+  }
+
+ private:
+  const std::string& Name(int column) const { return table_.ColumnNames()[static_cast<std::size_t>(column)]; }
+
+  void ReadColumns() {
+    std::vector<int> excluded = RequireColumns(table_, options_.exclude);
+    const int idColumn = options_.id.empty() ? -1 : RequireColumn(table_, options_.id);
+    if (idColumn >= 0) excluded.push_back(idColumn);
+    rowNames_ = RowNames(table_, idColumn);
+    std::vector<std::vector<float>> numbers;
+    int moved = 0;
+    for (int column = 0; column < table_.Columns(); ++column) {
+      if (std::find(excluded.begin(), excluded.end(), column) != excluded.end()) {
+        LeaveColumn(column, LeftEmpty::Reason::ExcludedColumn);
+        continue;
+      }
+      switch (KindOfColumn(table_, column)) {
+        case ColumnKind::Texts: LeaveColumn(column, LeftEmpty::Reason::TextColumn); break;
+        case ColumnKind::Empty: LeaveColumn(column, LeftEmpty::Reason::EmptyColumn); break;
+        case ColumnKind::Numbers:
+          outcome_.columns.push_back(column);
+          columns_.names.push_back(Name(column));
+          numbers.push_back(ReadNumbers(table_, column, &moved));
+      }
+    }
+    if (numbers.empty()) Refuse(table_, "no column of numbers is left to fill");
+    NoteMovedCells(moved, notes_);
+    columns_.cells = NCDataMatrix<float>(table_.Rows(), static_cast<int>(numbers.size()));
+    for (int c = 1; c <= columns_.cells.SizeColumns(); ++c) {
+      const std::vector<float>& cells = numbers[static_cast<std::size_t>(c) - 1];
+      for (int r = 1; r <= table_.Rows(); ++r) columns_.cells(r, c, cells[static_cast<std::size_t>(r) - 1]);
+    }
+    outcome_.missing += columns_.cells.GetNumMisVal();
+  }
+
+  /// Counts the missing cells of a column that is not filled.
+  void LeaveColumn(int column, LeftEmpty::Reason reason) {
+    int cells = 0;
+    for (int row = 0; row < table_.Rows(); ++row) cells += IsMissing(table_, row, column) ? 1 : 0;
+    outcome_.missing += cells;
+    if (cells > 0) outcome_.leftEmpty.push_back({reason, Name(column), cells});
+  }
+
+  void CountFilled() {
+    outcome_.filledCells = columns_.cells.GetNumMisVal() - outcome_.filled.cells.GetNumMisVal();
+    for (const int row : outcome_.filled.emptyRows) {
+      const int cells = outcome_.filled.cells[row].GetNumMisVal();
+      if (cells == 0) continue;
+      outcome_.leftEmpty.push_back(
+          {LeftEmpty::Reason::EmptyRow, rowNames_[static_cast<std::size_t>(row) - 1], cells});
+    }
+  }
+
+  void NoteWhatWasDone() {
+    const FilledColumns& filled = outcome_.filled;
+    if (!filled.constantColumns.empty()) {
+      notes_->Add("no part of the model, filled with their only value: constant columns " +
+                  Listed(filled.constantColumns, kNamed));
+    }
+    const FillModel& model = filled.model;
+    if (options_.components && *options_.components > model.components) {
+      notes_->Add(std::to_string(*options_.components) + " components are cut to " +
+                  std::to_string(model.components) + ": " +
+                  (model.endedEarly.empty() ? "there are " + Counted(AsSize(filled.modelRows), "row") + " and " +
+                                                  Counted(AsSize(filled.modelColumns), "column")
+                                            : model.endedEarly));
+    }
+    if (outcome_.filledCells == 0) return;
+    if (model.components == 0) notes_->Add("no component is used: the cells are filled with means");
+    if (!model.Settled()) {
+      notes_->Add("cells still moved by up to " + Significant(model.lastMove, 2) + " standard deviations in round " +
+                  std::to_string(model.rounds) + ", the last");
+    }
+  }
+
+  static std::size_t AsSize(int count) { return static_cast<std::size_t>(count); }
+
+  const CsvTable& table_;
+  const FillOptions& options_;
+  Notes* notes_;
+  NumberColumns columns_;
+  std::vector<std::string> rowNames_;
+  FillOutcome outcome_;
+};
+
+std::string NumberIn(const CsvTable& table, float value) {
+  std::string number = Shortest(value);
+  if (table.DecimalComma()) std::replace(number.begin(), number.end(), '.', ',');
+  return number;
+}
+
+}  // namespace
+
+FillOutcome ComputeFill(const CsvTable& table, const FillOptions& options, Notes* notes) {
+  return Computation(table, options, notes).Compute();
+}
+
+std::string FilledText(const std::string& text, const CsvTable& table, const FillOutcome& outcome) {
+  std::vector<int> matrixColumn(static_cast<std::size_t>(table.Columns()), 0);  // from 1; 0: not filled
+  for (std::size_t c = 0; c < outcome.columns.size(); ++c) {
+    matrixColumn[static_cast<std::size_t>(outcome.columns[c])] = static_cast<int>(c) + 1;
+  }
+  int replaced = 0;
+  const auto replacement = [&](std::size_t record, std::size_t field) -> std::optional<std::string> {
+    const int column = record == 0 ? 0 : matrixColumn.at(field);
+    if (column == 0 || !IsMissing(table, static_cast<int>(record) - 1, static_cast<int>(field))) return std::nullopt;
+    const float cell = outcome.filled.cells[static_cast<int>(record)][column];
+    if (cell == kMissingCell) return std::nullopt;
+    ++replaced;
+    return NumberIn(table, cell);
+  };
+  std::string filled = WithFieldsReplaced(text, table.Separator(), replacement);
+  if (replaced != outcome.filledCells) throw std::logic_error("fields are not where the table has them");
+  return filled;
+}
+
+}  // namespace kalmia::app

@@ -1,0 +1,43 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "app/CsvTable.h"
+#include "app/FillTable.h"
+#include "app/FillTrial.h"
+#include "app/Notes.h"
+#include "app/Options.h"
+
+namespace kalmia::app {
+
+/// Missing cells that stay missing, and why.
+struct LeftEmpty {
+  enum class Reason { TextColumn, EmptyColumn, ExcludedColumn, EmptyRow };
+
+  Reason reason;
+  std::string name;  ///< of the column, or of the row
+  int cells = 0;
+};
+
+/// What `kalmia fill` found out: the filled columns, where they stand in the table, and what is told of them.
+struct FillOutcome {
+  std::vector<int> columns;  ///< of the table, from 0, for each filled column
+  FilledColumns filled;
+  FillChoice choice;         ///< empty where a number of components was asked for, or nothing is missing
+  int missing = 0;           ///< missing cells of the table
+  int filledCells = 0;
+  std::vector<LeftEmpty> leftEmpty;
+  std::optional<FillTrial> trial;
+};
+
+/// Fills the columns of numbers. Throws Failure (BadData): a column that does not exist, a cell that is no number, no
+/// column of numbers; and as FillColumns.
+FillOutcome ComputeFill(const CsvTable& table, const FillOptions& options, Notes* notes);
+
+/// The text of the table with the filled cells in it; every other byte is as it was. Numbers have as few digits as
+/// bring the same single-precision number back, and the decimal mark of the table.
+std::string FilledText(const std::string& text, const CsvTable& table, const FillOutcome& outcome);
+
+}  // namespace kalmia::app
