@@ -240,15 +240,23 @@ TEST_F(Fill, UsesAsManyComponentsAsAskedForOrAsThereCanBe) {
 }
 
 TEST_F(Fill, SaysSoWhereCellsStillMoveAtTheEnd) {
-  // Hardly anything is left to go by, and four components are more than that supports.
-  const std::string table = WineWithHoles(0.5, 1);
+  // Hardly anything is left to go by, and four components are about what that supports: some tables are slow.
   std::vector<std::string> options = kWineOptions;
-  options.insert(options.end(), {"--components", "4"});
-  const CommandResult run = Run(table, options);
-  const json model = Json(table, options)["model"];
-  ASSERT_EQ(model["settled"], false);
-  EXPECT_EQ(model["rounds"], 50);
-  EXPECT_THAT(run.error, HasSubstr("standard deviations in round 50, the last"));
+  options.insert(options.end(), {"--components", "4", "--json"});
+  int slow = 0;
+  for (unsigned seed = 1; seed <= 12; ++seed) {
+    const CommandResult run = Run(WineWithHoles(0.3, seed), options);
+    const json model = run.Json()["model"];
+    EXPECT_EQ(model["settled"], model["lastMove"] <= 1e-4);
+    if (model["settled"]) {
+      EXPECT_EQ(run.error, "");
+      continue;
+    }
+    ++slow;
+    EXPECT_EQ(model["rounds"], 50);
+    EXPECT_THAT(run.error, HasSubstr("standard deviations in round 50, the last"));
+  }
+  EXPECT_GT(slow, 0);
 }
 
 TEST_F(Fill, GivesTheSameFileEachTime) {
