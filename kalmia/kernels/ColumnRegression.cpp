@@ -53,14 +53,19 @@ template <class T>
 int ColumnRegression<T>::BlockWithHoles(T* out, int first, int n, const BlockRoom<T>& room) const {
   const RowsUsed used = misValMode == 1 ? RowsUsed::All : RowsUsed::WithV;
   SumColumnPairs(X, v, used, RowWeight::Square, first, n, room.Holes(), room.Products(), room.Weights());
+  return Write(out, first, n, room.Products(), room.Weights());
+}
+
+template <class T>
+int ColumnRegression<T>::Write(T* out, int first, int n, const double* products, const double* weights) const {
   const long double third = ThirdOf(ss);
   int change = 0;
   for (int j = 0; j < n; ++j) {
     const int holes = X.GetColumnMisVal(first + j);
     if (misValMode == 1 && holes > 0 && holes == X.SizeRows()) continue;
     const bool complete = misValMode == 1 && holes == 0;
-    const long double denominator = complete ? ss : fix ? HeldUpAt(third, room.Weights()[j]) : room.Weights()[j];
-    WriteQuotient(out[first + j], room.Products()[j], denominator, change);
+    const long double denominator = complete ? ss : fix ? HeldUpAt(third, weights[j]) : weights[j];
+    WriteQuotient(out[first + j], products[j], denominator, change);
   }
   return change;
 }

@@ -35,6 +35,10 @@ struct ColumnRegression {
   /// change of their count of missing cells.
   int Slice(T* out, int first, int last) const;
 
+  /// What Slice writes for columns first to first + n - 1, from their sums over pairs (of products with v, and of v^2),
+  /// from 0.
+  int Write(T* out, int first, int n, const double* products, const double* weights) const;
+
  private:
   int CompleteBlock(T* out, int first, int n, const BlockRoom<T>& room) const;
   int BlockWithHoles(T* out, int first, int n, const BlockRoom<T>& room) const;

@@ -26,56 +26,34 @@ constexpr std::int64_t kCellsPerBlock = 65536;
 
 std::int64_t CellsOf(const NCDataMatrix<float>& X) { return std::int64_t{X.SizeRows()} * X.SizeColumns(); }
 
-/// sums[c] += t[r] X[r][c + 1] over the rows first to last and the columns c from begin to end - 1, from 0.
-void AddToSums(const NCDataMatrix<float>& X, const std::vector<float>& t, int first, int last, int begin, int end,
-               double* sums) {
-  ForColumnBlocks(begin + 1, end, [&](int firstColumn, int n) {
-    const int c = firstColumn - 1;
-    for (int r = first; r <= last; r += simd::kRowsPerStep) {
-      const float* row[simd::kRowsPerStep];
-      double v[simd::kRowsPerStep];
-      const int count = std::min(simd::kRowsPerStep, last - r + 1);
-      for (int k = 0; k < count; ++k) {
-        row[k] = X[r + k].begin() + c;
-        v[k] = t[static_cast<std::size_t>(r + k)];
-      }
-      simd::AddRows(row, v, count, n, sums + c);
-    }
-  });
-}
+/// One pass over a table: the scores of its rows on w, from 1, and the sums over its columns that the loadings are made
+/// of, from 0.
+class ScoresAndSums {
+ public:
+  ScoresAndSums(const NCDataMatrix<float>& X, const WithExcluded<float>& w);
 
-/// The pass of CalcScoresAndLoadings: scores, from 1, and column sums, from 0.
-struct ScoresAndSums {
-  const NCDataMatrix<float>& X;
-  const RowRegression<float>& regression;
-  int rowsPerBlock;
-  std::vector<float> scores;
-  std::vector<double> sums;
+  /// Returns how many scores are missing. The sums are what they should be if there are none.
+  int Run();
+  /// The regression of the columns on the scores t, of which none is missing, into the 1-based cells of `loadings`,
+  /// which are missing so far. Returns how many of them stay missing.
+  int Loadings(const NCDataVector<float>& t, float* loadings) const;
+  const float* Scores() const { return scores_.data() + 1; }
 
-  /// What thread `me` of a team does: its rows of a block and then, when all rows of the block have their scores, its
-  /// columns. Returns how many of its scores are missing.
-  int Run(int me, int team);
+ private:
+  int RunThread(int me, int team);
+  void AddToSums(int first, int last, int begin, int end);
+
+  const NCDataMatrix<float>& X_;
+  const RowRegression<float> regression_;
+  const int team_;
+  const int rowsPerBlock_;
+  std::vector<float> scores_;
+  std::vector<double> products_;
+  std::vector<double> weights_;  ///< sums of t^2 over the pairs of each column; only if X has holes
+  std::vector<float> holes_;     ///< what a hole of each column looks like; only if X has holes
 };
 
 constexpr int kRowsPerGrain = 16;
-
-int ScoresAndSums::Run(int me, int team) {
-  const int rows = X.SizeRows();
-  const int firstColumn = SliceBound(X.SizeColumns(), kColumnsPerGrain, me, team);
-  const int endOfColumns = SliceBound(X.SizeColumns(), kColumnsPerGrain, me + 1, team);
-  int missing = 0;
-  for (int first = 1; first <= rows; first += rowsPerBlock) {
-    const int count = std::min(rowsPerBlock, rows - first + 1);
-    const int mine = first + SliceBound(count, kRowsPerGrain, me, team);
-    const int next = first + SliceBound(count, kRowsPerGrain, me + 1, team);
-    if (mine < next) missing += regression.Rows(X, scores.data(), mine, next - 1);
-    if (team > 1) {  // alone, it would wait for the threads of a region that the caller is in
-#pragma omp barrier
-    }
-    AddToSums(X, scores, first, first + count - 1, firstColumn, endOfColumns, sums.data());
-  }
-  return missing;
-}
 
 /// Rows that are scored before their columns are summed.
 int RowsPerBlock(const NCDataMatrix<float>& X, int team) {
@@ -83,38 +61,118 @@ int RowsPerBlock(const NCDataMatrix<float>& X, int team) {
   return static_cast<int>(std::min<std::int64_t>(X.SizeRows(), grains * kRowsPerGrain));
 }
 
-}  // namespace
+ScoresAndSums::ScoresAndSums(const NCDataMatrix<float>& X, const WithExcluded<float>& w)
+    : X_(X),
+      regression_(w, /*fix=*/true),
+      team_(TeamSize(CellsOf(X))),
+      rowsPerBlock_(RowsPerBlock(X, team_)),
+      scores_(static_cast<std::size_t>(X.SizeRows()) + 1),
+      products_(static_cast<std::size_t>(X.SizeColumns())) {
+  if (X.GetNumMisVal() == 0) return;
+  weights_.resize(products_.size());
+  holes_.resize(products_.size());
+  MarkColumnsWithHoles(X, 1, X.SizeColumns(), holes_.data());
+}
 
-bool CalcScoresAndLoadings(const NCDataMatrix<float>& X, const NCDataVector<float>& w, NCDataVector<float>* t,
-                           NCDataVector<float>* p) {
-  const int rows = X.SizeRows();
-  const int columns = X.SizeColumns();
-  if (rows == 0 || columns == 0 || X.GetNumMisVal() > 0 || w.GetNumMisVal() > 0) return false;
-  const WithExcluded<float> weights(w);
-  const RowRegression<float> regression(weights, /*fix=*/true);
-  const int team = TeamSize(CellsOf(X));
-  ScoresAndSums pass{X, regression, RowsPerBlock(X, team), std::vector<float>(static_cast<std::size_t>(rows) + 1),
-                     std::vector<double>(static_cast<std::size_t>(columns))};
+int ScoresAndSums::Run() {
+  if (team_ < 2) return RunThread(0, 1);
   int missing = 0;
-  if (team < 2) {
-    missing = pass.Run(0, 1);
-  } else {
-#pragma omp parallel num_threads(team) reduction(+ : missing)
-    missing += pass.Run(omp_get_thread_num(), omp_get_num_threads());
-  }
-  if (missing > 0) return false;
+#pragma omp parallel num_threads(team_) reduction(+ : missing)
+  missing += RunThread(omp_get_thread_num(), omp_get_num_threads());
+  return missing;
+}
 
+/// What thread `me` of a team does: its rows of a block and then, when all rows of the block have their scores, its
+/// columns.
+int ScoresAndSums::RunThread(int me, int team) {
+  const int rows = X_.SizeRows();
+  const int firstColumn = SliceBound(X_.SizeColumns(), kColumnsPerGrain, me, team);
+  const int endOfColumns = SliceBound(X_.SizeColumns(), kColumnsPerGrain, me + 1, team);
+  int missing = 0;
+  for (int first = 1; first <= rows; first += rowsPerBlock_) {
+    const int count = std::min(rowsPerBlock_, rows - first + 1);
+    const int mine = first + SliceBound(count, kRowsPerGrain, me, team);
+    const int next = first + SliceBound(count, kRowsPerGrain, me + 1, team);
+    if (mine < next) missing += regression_.Rows(X_, scores_.data(), mine, next - 1);
+    if (team > 1) {  // alone, it would wait for the threads of a region that the caller is in
+#pragma omp barrier
+    }
+    AddToSums(first, first + count - 1, firstColumn, endOfColumns);
+  }
+  return missing;
+}
+
+/// Adds rows first to last to the sums of columns begin to end - 1, from 0.
+void ScoresAndSums::AddToSums(int first, int last, int begin, int end) {
+  ForColumnBlocks(begin + 1, end, [&](int firstColumn, int n) {
+    const int c = firstColumn - 1;
+    for (int r = first; r <= last; r += simd::kRowsPerStep) {
+      const float* row[simd::kRowsPerStep];
+      double t[simd::kRowsPerStep], squares[simd::kRowsPerStep];
+      const int count = std::min(simd::kRowsPerStep, last - r + 1);
+      for (int k = 0; k < count; ++k) {
+        row[k] = X_[r + k].begin() + c;
+        t[k] = scores_[static_cast<std::size_t>(r + k)];
+        squares[k] = t[k] * t[k];
+      }
+      holes_.empty() ? simd::AddRows(row, t, count, n, products_.data() + c)
+                     : simd::AddRowsMasked(row, t, squares, count, n, holes_.data() + c, products_.data() + c,
+                                           weights_.data() + c);
+    }
+  });
+}
+
+int ScoresAndSums::Loadings(const NCDataVector<float>& t, float* loadings) const {
+  const ColumnRegression<float> regression{X_, t, t.GetSS(), /*misValMode=*/holes_.empty() ? 0 : 1, /*fix=*/true};
+  return X_.SizeColumns() + ForSlices(X_.SizeColumns(), team_, kColumnsPerGrain, [&](int first, int last) {
+    const int n = last - first + 1;
+    const std::size_t c = static_cast<std::size_t>(first) - 1;
+    int change = 0;
+    if (holes_.empty())
+      WriteQuotients(loadings + first, products_.data() + c, n, regression.ss, change);
+    else
+      change = regression.Write(loadings, first, n, products_.data() + c, weights_.data() + c);
+    return change;
+  });
+}
+
+/// Both steps of CalcScoresAndLoadings in one pass, or false, and t and p are what they were.
+bool CalcInOnePass(const NCDataMatrix<float>& X, const WithExcluded<float>& w, NCDataVector<float>* t,
+                   NCDataVector<float>* p) {
+  if (X.SizeRows() == 0 || X.SizeColumns() == 0) return false;
+  ScoresAndSums pass(X, w);
+  if (pass.Run() > 0) return false;
   NCDataVector<float> newT;
-  newT.CopyZeroBasedVector(pass.scores.data() + 1, rows);
-  const long double ss = newT.GetSS();
-  std::vector<float> loadings(static_cast<std::size_t>(columns), kHole);
-  int estimated = 0;
-  WriteQuotients(loadings.data(), pass.sums.data(), columns, ss, estimated);
+  newT.CopyZeroBasedVector(pass.Scores(), X.SizeRows());
+  std::vector<float> loadings(static_cast<std::size_t>(X.SizeColumns()) + 1, kHole);
+  const int missing = pass.Loadings(newT, loadings.data());
   // A loading of exactly -99 counts as present where it comes from, which a new vector cannot be told.
-  if (std::find(loadings.begin(), loadings.end(), kHole) != loadings.end()) return false;
-  p->CopyZeroBasedVector(loadings.data(), columns);
+  if (std::count(loadings.begin() + 1, loadings.end(), kHole) != missing) return false;
+  p->CopyZeroBasedVector(loadings.data() + 1, X.SizeColumns());
   *t = newT;
   return true;
+}
+
+}  // namespace
+
+void CalcScoresAndLoadings(const NCDataMatrix<float>& X, const NCDataVector<float>& w, NCDataVector<float>* t,
+                           NCDataVector<float>* p) {
+  if (CalcInOnePass(X, WithExcluded<float>(w), t, p)) return;
+  *t = X.SpecialNipalsRegressRowsFix(w, nullptr, 0);
+  *p = X.SpecialNipalsRegressColumnsFix(*t);
+}
+
+void CalcScoresAndLoadings(const NCDataMatrix<float>& X, const NCDataVector<float>& w,
+                           const NCIntegralVector<int, -99>* groups, int group, NCDataVector<float>* t,
+                           NCDataVector<float>* p) {
+  if (!groups && CalcInOnePass(X, WithExcluded<float>(w), t, p)) return;
+  if (groups && CalcInOnePass(X, WithExcluded<float>(w, *groups, group), t, p)) {
+    for (int c = 1; c <= p->Size(); ++c)
+      if ((*groups)[c] == group) (*p)(c, kHole);
+    return;
+  }
+  *t = X.SpecialNipalsRegressRowsFix(w, groups, group);
+  *p = X.SpecialNipalsRegressColumnsFix(*t, groups, group);
 }
 
 long double SumSquaresWithout(const NCDataMatrix<float>& Y, const NCDataVector<float>& t,

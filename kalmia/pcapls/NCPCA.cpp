@@ -2,12 +2,12 @@
 
 #include <utility>
 
+#include "kalmia/kernels/ComponentPasses.h"
 #include "kalmia/pcapls/ComponentRows.h"
 #include "kalmia/pcapls/ConvergenceBar.h"
 #include "kalmia/support/LanguageString.h"
 #include "kalmia/support/NCError.h"
 
-/// One component, its vectors of their final size so that the iteration allocates nothing.
 struct NCPCA::Component {
   NCDataVector<float> p;
   NCDataVector<float> t;
@@ -74,14 +74,14 @@ NCPCA::Component NCPCA::Iterate(const Excluded& excluded, const NCDataVector<flo
   kalmia::ConvergenceBar bar(progress);
   Component component;
   auto& [p, t, rounds] = component;
-  p.SetSize(residuals_.SizeColumns());
   t = start ? *start : residuals_.GetNIPALSStartColumn();
-  NCDataVector<float> nextT(residuals_.SizeRows());
+  NCDataVector<float> nextT;
+  NCDataVector<float> nextP = residuals_.SpecialNipalsRegressColumnsFix(t, excluded.groups, excluded.group);
   double measure = 0.0;
   do {
-    residuals_.Result(&p).SpecialNipalsRegressColumnsFix(t, excluded.groups, excluded.group);
+    std::swap(p, nextP);
     p.Normalise();
-    residuals_.Result(&nextT).SpecialNipalsRegressRowsFix(p, excluded.groups, excluded.group);
+    kalmia::CalcScoresAndLoadings(residuals_, p, excluded.groups, excluded.group, &nextT, &nextP);
     measure = MeasureOrThrow(nextT.Difference(t));
     std::swap(t, nextT);
     Report(&bar, components_, ++rounds, measure);

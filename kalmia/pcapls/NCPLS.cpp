@@ -58,7 +58,6 @@ struct NCPLS::Component {
   NCDataVector<float> c;
   NCDataVector<float> u;
   int rounds = 0;
-  bool hasLoadings = false;  ///< p may come with t, or be left for the end
 };
 
 /// What the user sees of the iteration and how a stop comes in.
@@ -129,7 +128,7 @@ void NCPLS::NextComponent(NCProgress* progress, const NCDataVector<float>* start
   RoundsBar bar(progress, components_ + 1, quiet, strict);
   Component component = Iterate(start, strict, &bar);
   bar.ThrowIfStopped();
-  if (!component.hasLoadings) xResiduals_.Result(&component.p).SpecialNipalsRegressColumnsFix(component.t);
+  if (yResiduals_.SizeColumns() != 1) xResiduals_.Result(&component.p).SpecialNipalsRegressColumnsFix(component.t);
   Append(component);
 }
 
@@ -148,7 +147,7 @@ bool NCPLS::AreUnrelated(const NCDataVector<float>& w, const NCDataVector<float>
 
 NCPLS::Component NCPLS::Iterate(const NCDataVector<float>* start, bool strict, RoundsBar* bar) {
   Component component(xResiduals_.SizeRows(), xResiduals_.SizeColumns(), yResiduals_.SizeColumns());
-  auto& [w, p, t, c, u, rounds, hasLoadings] = component;
+  auto& [w, p, t, c, u, rounds] = component;
   u = StartOfU(start);
   NCDataVector<float> nextU(xResiduals_.SizeRows());
   const bool oneY = yResiduals_.SizeColumns() == 1;
@@ -157,8 +156,10 @@ NCPLS::Component NCPLS::Iterate(const NCDataVector<float>* start, bool strict, R
     xResiduals_.Result(&w).SpecialNipalsRegressColumnsFix(u);
     if (strict && AreUnrelated(w, u)) throw NCError(LanguageString::Get(10159), NCError::Level1);
     w.Normalise();
-    hasLoadings = oneY && kalmia::CalcScoresAndLoadings(xResiduals_, w, &t, &p);  // the only round
-    if (!hasLoadings) xResiduals_.Result(&t).SpecialNipalsRegressRowsFix(w, nullptr, 0);
+    if (oneY)
+      kalmia::CalcScoresAndLoadings(xResiduals_, w, &t, &p);  // the only round
+    else
+      xResiduals_.Result(&t).SpecialNipalsRegressRowsFix(w, nullptr, 0);
     yResiduals_.Result(&c).SpecialNipalsRegressColumnsFix(t);
     yResiduals_.Result(&nextU).SpecialNipalsRegressRowsFix(c, nullptr, 0);
     measure = oneY ? 0.0 : ConvergenceMeasure(static_cast<double>(nextU.Difference(u)));

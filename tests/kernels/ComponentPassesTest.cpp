@@ -8,6 +8,7 @@
 #include <string>
 #include <thread>
 
+#include "kalmia/kernels/simd/Lanes.h"
 #include "testing/RandomTables.h"
 #include "testing/Threads.h"
 
@@ -21,60 +22,82 @@ struct Shape {
 const Shape kShapes[] = {{1, 1},   {1, 40},   {7, 3},     {16, 16},    {17, 15},    {33, 100},
                          {50, 401}, {300, 2000}, {40, 17000}, {5000, 9}};
 
-TEST(CalcScoresAndLoadings, GivesTheBitsOfBothStepsTakenSingly) {
-  for (const int threads : {1, 2, 3}) {
-    const Threads team(threads);
-    for (const Shape& shape : kShapes) {
-      SCOPED_TRACE(std::to_string(shape.rows) + " x " + std::to_string(shape.columns) + ", " +
-                   std::to_string(threads) + " threads");
-      const auto X = RandomMatrix<float>(shape.rows, shape.columns, 0.0, 1);
-      const auto w = RandomVector<float>(shape.columns, 0.0, 2);
-      NCDataVector<float> t(3);
-      NCDataVector<float> p(3);
-      ASSERT_TRUE(kalmia::CalcScoresAndLoadings(X, w, &t, &p));
-      const NCDataVector<float> scores = X.SpecialNipalsRegressRowsFix(w, nullptr, 0);
-      EXPECT_TRUE(t == scores);
-      EXPECT_TRUE(p == X.SpecialNipalsRegressColumnsFix(scores));
-      EXPECT_TRUE(HasExactCounts(t));
-      EXPECT_TRUE(HasExactCounts(p));
-    }
+/// Both forms against the steps taken singly: bits and counts.
+void ExpectTheStepsTakenSingly(const NCDataMatrix<float>& X, const NCDataVector<float>& w,
+                               const NCIntegralVector<int, -99>& groups) {
+  NCDataVector<float> t(3);
+  NCDataVector<float> p(3);
+  const auto expect = [&](const NCDataVector<float>& scores, const NCDataVector<float>& loadings) {
+    EXPECT_TRUE(t == scores);
+    EXPECT_TRUE(p == loadings);
+    EXPECT_EQ(t.GetNumMisVal(), scores.GetNumMisVal());
+    EXPECT_EQ(p.GetNumMisVal(), loadings.GetNumMisVal());
+  };
+  kalmia::CalcScoresAndLoadings(X, w, &t, &p);
+  const NCDataVector<float> scores = X.SpecialNipalsRegressRowsFix(w, nullptr, 0);
+  expect(scores, X.SpecialNipalsRegressColumnsFix(scores));
+  kalmia::CalcScoresAndLoadings(X, w, nullptr, 0, &t, &p);
+  expect(scores, X.SpecialNipalsRegressColumnsFix(scores, nullptr, 0));
+  for (const int group : {2, 7}) {  // some of the variables, none
+    kalmia::CalcScoresAndLoadings(X, w, &groups, group, &t, &p);
+    const NCDataVector<float> some = X.SpecialNipalsRegressRowsFix(w, &groups, group);
+    expect(some, X.SpecialNipalsRegressColumnsFix(some, &groups, group));
   }
 }
 
-/// Whether the pass declines, and leaves both vectors as they are.
-bool IsDeclined(const NCDataMatrix<float>& X, const NCDataVector<float>& w) {
-  const auto before = RandomVector<float>(4, 0.3, 9);
-  NCDataVector<float> t = before;
-  NCDataVector<float> p = before;
-  if (kalmia::CalcScoresAndLoadings(X, w, &t, &p)) return false;
-  EXPECT_TRUE(t == before);
-  EXPECT_TRUE(p == before);
-  return true;
+NCIntegralVector<int, -99> GroupsOf(int columns) {
+  NCIntegralVector<int, -99> groups(columns);
+  for (int c = 1; c <= columns; ++c) groups(c) = c % 3;
+  return groups;
 }
 
-TEST(CalcScoresAndLoadings, LeavesHolesAndWhatCannotBeEstimatedToTheSingleSteps) {
-  const auto X = RandomMatrix<float>(4, 3, 0.0, 1);
+TEST(CalcScoresAndLoadings, GivesTheBitsOfBothStepsTakenSingly) {
+  for (const int threads : {1, 2, 3}) {
+    const Threads team(threads);
+    for (const Shape& shape : kShapes)
+      for (const double holes : {0.0, 0.001, 0.3}) {
+        SCOPED_TRACE(std::to_string(shape.rows) + " x " + std::to_string(shape.columns) + ", holes " +
+                     std::to_string(holes) + ", " + std::to_string(threads) + " threads");
+        const auto X = RandomMatrix<float>(shape.rows, shape.columns, holes, 1);
+        for (const double holesInW : {0.0, 0.3})
+          ExpectTheStepsTakenSingly(X, RandomVector<float>(shape.columns, holesInW, 2), GroupsOf(shape.columns));
+      }
+  }
+}
+
+TEST(CalcScoresAndLoadings, GivesTheBitsOfBothStepsWithTheScalarTwins) {
+  kalmia::simd::UseScalarTwins(true);
+  for (const double holes : {0.0, 0.2})
+    ExpectTheStepsTakenSingly(RandomMatrix<float>(33, 100, holes, 1), RandomVector<float>(100, 0.0, 2), GroupsOf(100));
+  kalmia::simd::UseScalarTwins(false);
+}
+
+TEST(CalcScoresAndLoadings, TakesTheStepsSinglyWhereAScoreCannotBeEstimated) {
   const auto w = RandomVector<float>(3, 0.0, 2);
-  EXPECT_FALSE(IsDeclined(X, w));
-  EXPECT_TRUE(IsDeclined(RandomMatrix<float>(4, 3, 0.5, 1), w)) << "holes in the table";
-  EXPECT_TRUE(IsDeclined(X, RandomVector<float>(3, 0.5, 7))) << "holes in the weights";
-  EXPECT_TRUE(IsDeclined(X, NCDataVector<float>(3, 0.0F))) << "no score";
-  EXPECT_TRUE(IsDeclined(NCDataMatrix<float>(4, 3, 0.0F), w)) << "no loading";
-  EXPECT_TRUE(IsDeclined(NCDataMatrix<float>(), NCDataVector<float>()));
+  auto emptyRow = RandomMatrix<float>(4, 3, 0.1, 1);
+  emptyRow.SetRow(2, kHole<float>);
+  ExpectTheStepsTakenSingly(emptyRow, w, GroupsOf(3));
+  auto emptyColumn = RandomMatrix<float>(4, 3, 0.1, 1);
+  emptyColumn.SetColumn(2, kHole<float>);
+  ExpectTheStepsTakenSingly(emptyColumn, w, GroupsOf(3));
+  ExpectTheStepsTakenSingly(RandomMatrix<float>(4, 3, 0.0, 1), NCDataVector<float>(3, 0.0F), GroupsOf(3));
+  ExpectTheStepsTakenSingly(RandomMatrix<float>(4, 3, 0.0, 1), NCDataVector<float>(3), GroupsOf(3));
+  ExpectTheStepsTakenSingly(NCDataMatrix<float>(4, 3, 0.0F), w, GroupsOf(3));
+  ExpectTheStepsTakenSingly(NCDataMatrix<float>(4, 3), w, GroupsOf(3));
+  ExpectTheStepsTakenSingly(NCDataMatrix<float>(), NCDataVector<float>(), GroupsOf(0));
   NCDataMatrix<float> none;
   none.SetSize(0, 3);
-  EXPECT_TRUE(IsDeclined(none, w)) << "no rows";
+  ExpectTheStepsTakenSingly(none, w, GroupsOf(3));
 }
 
-TEST(CalcScoresAndLoadings, LeavesALoadingThatHappensToBeTheMissingValueToTheSingleSteps) {
+TEST(CalcScoresAndLoadings, CountsALoadingThatHappensToBeTheMissingValueAsTheSingleStepDoes) {
   // t = x1 w = 1, and the loading of the second column is -99 itself: present by the count of a single step.
-  const auto X = MatrixOf<float>({{1.0F, -98.0F}, {0.0F, -1.0F}});
+  auto X = MatrixOf<float>({{1.0F, -98.0F}, {0.0F, -1.0F}});
   const auto w = VectorOf<float>({1.0F, 0.0F});
-  EXPECT_FALSE(IsDeclined(X, w));
-  NCDataMatrix<float> unlucky = X;
-  unlucky(1)(2, kHole<float>);  // through the row, so that the table does not know of it
-  ASSERT_EQ(unlucky.GetNumMisVal(), 0);
-  EXPECT_TRUE(IsDeclined(unlucky, w));
+  ExpectTheStepsTakenSingly(X, w, GroupsOf(2));
+  X(1)(2, kHole<float>);  // through the row, so that the table does not know of it
+  ASSERT_EQ(X.GetNumMisVal(), 0);
+  ExpectTheStepsTakenSingly(X, w, GroupsOf(2));
 }
 
 TEST(CalcScoresAndLoadings, WaitsForNobodyWhereOneThreadOfTheCallersRegionTakesAComponent) {
