@@ -6,6 +6,7 @@
 #include "MemoryBandwidth.h"
 #include "Tables.h"
 #include "kalmia/containers/NCDataMatrix.h"
+#include "kalmia/kernels/ComponentPasses.h"
 #include "kalmia/kernels/simd/Lanes.h"
 
 namespace {
@@ -47,6 +48,16 @@ const Kernel kKernels[] = {
      [](Inputs& in) { in.x.Result(&in.perRow).SpecialNipalsRegressRowsFixWithExclude(in.alongColumns, 1, 7); }},
     {"PreMultiply", [](Inputs& in) { in.x.Result(&in.perColumn).PreMultiply(in.alongRows); }},
     {"StartColumn", [](Inputs& in) { in.x.Result(&in.perRow).GetNIPALSStartColumn(); }},
+    // A round of a component, in two passes over the table and in one: `of_machine` is of one.
+    {"ScoresThenLoadings",
+     [](Inputs& in) {
+       in.x.Result(&in.perRow).SpecialNipalsRegressRowsFix(in.alongColumns, nullptr, 0);
+       in.x.Result(&in.perColumn).SpecialNipalsRegressColumnsFix(in.perRow, nullptr, 0);
+     }},
+    {"ScoresAndLoadings",
+     [](Inputs& in) {
+       kalmia::CalcScoresAndLoadings(in.x, in.alongColumns, nullptr, 0, &in.perRow, &in.perColumn);
+     }},
 };
 
 struct Table {

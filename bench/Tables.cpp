@@ -2,14 +2,18 @@
 
 #include <omp.h>
 
+#include <cstdint>
 #include <random>
+#include <tuple>
 #include <vector>
 
 #include "kalmia/kernels/ThreadingControl.h"
 
 using NCMultiThreading::ThreadingControl;
 
-NCDataMatrix<float> RandomTable(int rows, int columns, double holes, unsigned seed) {
+namespace {
+
+NCDataMatrix<float> NewTable(int rows, int columns, double holes, unsigned seed) {
   std::mt19937 random(seed);
   std::normal_distribution<float> normal;
   std::bernoulli_distribution isHole(holes);
@@ -20,6 +24,22 @@ NCDataMatrix<float> RandomTable(int rows, int columns, double holes, unsigned se
     NCDataVector<float> row;
     row.CopyZeroBasedVector(cells.data(), columns);
     table.SetRow(r, row);
+  }
+  return table;
+}
+
+}  // namespace
+
+NCDataMatrix<float> RandomTable(int rows, int columns, double holes, unsigned seed) {
+  // The benchmarks of one table follow each other: it is made once.
+  static std::tuple<int, int, double, unsigned> made;
+  static NCDataMatrix<float> table;
+  const auto wanted = std::make_tuple(rows, columns, holes, seed);
+  if (std::int64_t{rows} * columns < 1000000) return NewTable(rows, columns, holes, seed);
+  if (made != wanted) {
+    table.Clear();
+    table = NewTable(rows, columns, holes, seed);
+    made = wanted;
   }
   return table;
 }
