@@ -6,10 +6,10 @@
     /usr/bin/python3 bench/peers/compare_pca.py build/bench/bench/peers/kalmia_pca_side
 
 Tables have the singular values 0.6^a and noise of one hundredth of their length; holes are taken out at random.
-scikit-learn works on complete tables, pcaMethods (NIPALS too) on those with holes, each component to the relative change
-at which Kalmia stops. The last columns say how often Kalmia went over the table and how far the explained variances of
-scikit-learn, t't of each component, lie from its own at most (those of pcaMethods have no like: there a hole shortens the
-score). One case alone: --case 2000 5000 10 0.05
+scikit-learn works on complete tables, pcaMethods (NIPALS too) on those with holes, each component to the relative
+change at which Kalmia stops. The last columns say how often Kalmia went over the table and how far the explained
+variances of scikit-learn, t't of each component, lie from its own at most (those of pcaMethods have no like: there a
+hole shortens the score). One case alone: --case 2000 5000 10 0.05
 """
 import argparse
 import os
@@ -103,7 +103,8 @@ def main():
     parser.add_argument("--rounds", type=int, default=3)
     parser.add_argument("--case", nargs=4, type=float, help="rows, columns, components, share of holes")
     options = parser.parse_args()
-    r_versions = subprocess.run(["Rscript", f"{HERE}/r_pca_side.R", "versions"], check=True, capture_output=True, text=True)
+    versions = ["Rscript", f"{HERE}/r_pca_side.R", "versions"]
+    r_versions = subprocess.run(versions, check=True, capture_output=True, text=True)
     loaded = (line.split()[-1] for line in open("/proc/self/maps"))
     blas = sorted({os.path.realpath(path) for path in loaded if "/libopenblas" in path or "/libblas" in path})
     print(f"{r_versions.stdout.strip()}; scikit-learn {sklearn.__version__}, NumPy {numpy.__version__}, "

@@ -1,9 +1,10 @@
-// Kalmia's side of the comparison in compare_pca.py: reads a table of raw 4-byte floats, row by row, NaN where a cell is
-// missing, and times principal components a few times.
+// Kalmia's side of the comparison in compare_pca.py: reads a table of raw 4-byte floats, row by row, NaN where a cell
+// is missing, and times principal components.
 //
 //     kalmia_pca_side FILE ROWS COLUMNS COMPONENTS SECONDS
 //
-// Repeats for SECONDS, twice at least. Prints the seconds of each repeat on one line, the rounds of each component on the next, then t't of each component.
+// Repeats for SECONDS, twice at least. Prints the seconds of each repeat on one line, the rounds of each component on
+// the next, then t't of each component.
 #include <omp.h>
 
 #include <chrono>

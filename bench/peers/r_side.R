@@ -1,6 +1,7 @@
 # R's side of the comparison in compare.py:
 #   Rscript r_side.R FILE ROWS COLUMNS YCOLUMNS fit|crossvalidate COMPONENTS SECONDS METHOD
-# Runs for SECONDS, twice at least, and prints the seconds of each run, one a line; with the single argument "versions" what it runs on.
+# Runs for SECONDS, twice at least, and prints the seconds of each run, one a line; with the single argument "versions"
+# what it runs on.
 suppressMessages(library(pls))
 arguments <- commandArgs(trailingOnly = TRUE)
 if (identical(arguments, "versions")) {

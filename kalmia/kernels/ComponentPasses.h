@@ -15,8 +15,8 @@ namespace kalmia {
 void CalcScoresAndLoadings(const NCDataMatrix<float>& X, const NCDataVector<float>& w, NCDataVector<float>* t,
                            NCDataVector<float>* p);
 
-/// t = X.SpecialNipalsRegressRowsFix(w, groups, group) and p = X.SpecialNipalsRegressColumnsFix(t, groups, group), in the
-/// same way. An iteration that alternates the two reads its table once a round, not twice.
+/// t = X.SpecialNipalsRegressRowsFix(w, groups, group) and p = X.SpecialNipalsRegressColumnsFix(t, groups, group), in
+/// the same way. An iteration that alternates the two reads its table once a round, not twice.
 void CalcScoresAndLoadings(const NCDataMatrix<float>& X, const NCDataVector<float>& w,
                            const NCIntegralVector<int, -99>* groups, int group, NCDataVector<float>* t,
                            NCDataVector<float>* p);

@@ -74,8 +74,8 @@ TEST(SimdQuotients, AreInDoubtOnTheBorderOfTwoFloatsAndBelowTheNormalOnes) {
 }
 
 TEST(WriteQuotients, GivesTheLongQuotientWhereTheOneInDoubleFallsOnTheBorder) {
-  // 1 + 2^-24 is half-way between two floats, and even rounding takes it to 1. Each numerator over 3 lies off that point
-  // by less than a double shows: one below it, one above, which the next float up is for.
+  // 1 + 2^-24 is half-way between two floats, and even rounding takes it to 1. Each numerator over 3 lies off that
+  // point by less than a double shows: one below it, one above, which the next float up is for.
   const double below = 0x1.800001p1, above = std::nextafter(below, 4.0);
   std::vector<double> numerators(40, 6.0);
   for (int j = 0; j < 40; j += 2) numerators[j] = j % 4 ? below : above;

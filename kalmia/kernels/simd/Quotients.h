@@ -1,12 +1,12 @@
 #pragma once
 
-/// Division of sums by one number, where the quotient is to be that of a long double rounded to float. Rounding keeps the
-/// order of numbers: the long quotient and the one in double round to the same float unless the latter lies exactly on
-/// the border between two floats, or is so small that the borders lie elsewhere.
+/// Division of sums by one number, where the quotient is to be that of a long double rounded to float. Rounding keeps
+/// the order of numbers: the long quotient and the one in double round to the same float unless the latter lies exactly
+/// on the border between two floats, or is so small that the borders lie elsewhere.
 namespace kalmia::simd {
 
-/// cells[j] = float(numerators[j] / divisor), divided in double, for the j < n, n >= 0. True if each of them is what the
-/// quotient of long doubles rounds to; false if one is in doubt. No overlap; any alignment.
+/// cells[j] = float(numerators[j] / divisor), divided in double, for the j < n, n >= 0. True if each of them is what
+/// the quotient of long doubles rounds to; false if one is in doubt. No overlap; any alignment.
 bool DivideToFloat(const double* numerators, double divisor, int n, float* cells);
 
 /// The twin.
