@@ -52,3 +52,5 @@
 #include "kalmia/opls/OPLSCrossvalidationData.h"
 
 #include "kalmia/o2pls/PLSMissingValueEstimator.h"
+
+#include "kalmia/cluster/DendroGramNode.h"
