@@ -15,4 +15,12 @@ void FillFrame(const CsvTable& table, const FitOptions& options, const ModelData
   frame->rowNames = data.rowNames;
 }
 
+FitRules RulesOf(const FitOptions& options, const ModelData& data, Notes* notes) {
+  FitRules rules;
+  rules.mostComponents = MostComponents(data, options.components, notes);
+  rules.stopAtFirstFailure = !options.components;
+  rules.unitVariance = options.scaling == NCScale::ScalingUnitVariance;
+  return rules;
+}
+
 }  // namespace kalmia::app

@@ -4,7 +4,9 @@
 
 #include "app/CsvTable.h"
 #include "app/Failure.h"
+#include "app/FitRules.h"
 #include "app/ModelData.h"
+#include "app/Notes.h"
 #include "app/Options.h"
 #include "app/StoredModel.h"
 
@@ -14,6 +16,9 @@ namespace kalmia::app {
 
 /// Fills the frame of a model but for the scaling and the pooled deviation.
 void FillFrame(const CsvTable& table, const FitOptions& options, const ModelData& data, ModelFrame* frame);
+
+/// When the extraction of components stops, as the options say. Notes a cut of their number.
+FitRules RulesOf(const FitOptions& options, const ModelData& data, Notes* notes);
 
 /// What `fit` returns. Where it fails for bad data, the failure also names what X had to do without.
 template <class Fit>

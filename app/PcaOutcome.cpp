@@ -53,9 +53,7 @@ PcaOutcome ComputePca(const CsvTable& table, const PcaOptions& options, Notes* n
   task.x = outcome.data.x;
   task.groups = outcome.data.groups;
   task.rounds = outcome.data.rounds;
-  task.mostComponents = MostComponents(outcome.data, options.components, notes);
-  task.stopAtFirstFailure = !options.components;
-  task.unitVariance = options.scaling == NCScale::ScalingUnitVariance;
+  static_cast<FitRules&>(task) = RulesOf(options, outcome.data, notes);
   task.centred = options.scaling != NCScale::ScalingNone;
   FillFrame(table, options, outcome.data, &outcome.model);
   outcome.model.xScale = ScaleColumns(options.scaling, outcome.data.xNames, &task.x);

@@ -65,9 +65,7 @@ PlsOutcome ComputePls(const CsvTable& table, const PlsOptions& options, Notes* n
   task.y = outcome.data.y;
   task.groups = outcome.data.groups;
   task.rounds = outcome.data.rounds;
-  task.mostComponents = MostComponents(outcome.data, options.components, notes);
-  task.stopAtFirstFailure = !options.components;
-  task.unitVariance = options.scaling == NCScale::ScalingUnitVariance;
+  static_cast<FitRules&>(task) = RulesOf(options, outcome.data, notes);
   FillFrame(table, options, outcome.data, &outcome.model);
   outcome.model.yNames = outcome.data.yNames;
   outcome.model.xScale = ScaleColumns(options.scaling, outcome.data.xNames, &task.x);
