@@ -1,7 +1,7 @@
 // PCA of a real table with holes against the masked least-squares problem, min over p and t of the sum of
 // (x_ik - t_i p_k)^2 over the cells that are present. The alternating regressions solve just that as long as no row or
-// column has so few cells that its denominator is held up at a third. SciPy's solution, and the script that made it, lie
-// in data/.
+// column has so few cells that its denominator is held up at a third. SciPy's solution, and the script that made it,
+// lie in data/.
 #include <gtest/gtest.h>
 
 #include <algorithm>

@@ -8,7 +8,7 @@
 #include <vector>
 
 #include "PCAValidationCase.h"
-#include "PlainPls.h"
+#include "PlainPca.h"
 #include "testing/RandomTables.h"
 #include "testing/StreamAttacks.h"
 
@@ -34,63 +34,28 @@ const Shape kShapes[] = {{"Tall", 20, 8, 7, 0.0},          {"Wide", 9, 30, 4, 0.
 INSTANTIATE_TEST_SUITE_P(, PCACrossValidationOnTables, ::testing::ValuesIn(kShapes),
                          [](const ::testing::TestParamInfo<Shape>& info) { return info.param.name; });
 
-struct PlainComponent {
-  plain::Vector p, t;
-};
-
-/// One component of the table from the scores `start`, at most `rounds` rounds of iteration. The variables of group
-/// `group` take no part. A single row is its own component.
-PlainComponent FitPlain(const plain::Table& X, plain::Vector start, const std::vector<int>& groups, int group,
-                        int rounds) {
-  PlainComponent component{{}, std::move(start)};
-  plain::Vector &p = component.p, &t = component.t;
-  const auto normalise = [&p] {
-    const double norm = std::sqrt(plain::SquaresOf(p));
-    for (double& cell : p) cell /= norm;
-    return norm;
-  };
-  if (X.size() == 1) {
-    p = X[0];
-    t = {normalise()};
-    return component;
-  }
-  for (int round = 1; round <= rounds; ++round) {
-    p = plain::RegressColumns(X, t);
-    for (std::size_t j = 0; j < groups.size(); ++j)
-      if (groups[j] == group) p[j] = std::nan("");
-    normalise();
-    const plain::Vector before = t;
-    t = plain::RegressRows(X, p);
-    double change = 0.0, squares = 0.0;
-    for (std::size_t i = 0; i < t.size(); ++i)
-      if (!std::isnan(t[i]) && !std::isnan(before[i])) {
-        change += (t[i] - before[i]) * (t[i] - before[i]);
-        squares += t[i] * t[i];
-      }
-    if (change / squares <= 1e-10) break;
-  }
-  return component;
-}
-
 /// The prediction errors of a component, all in double; a hole where a cell cannot be predicted.
 plain::Table ErrorsOfTwin(const plain::Table& X, const plain::Vector& p, const plain::Vector& t, int component,
                           int rounds) {
   const int roundsOfIteration = 5 + static_cast<int>(std::floor(std::sqrt(component - 1.0) + 1e-5));
   const std::size_t variables = p.size();
-  std::vector<int> groupOfVariable;
-  for (std::size_t j = 0; j < variables; ++j) groupOfVariable.push_back(static_cast<int>(j + 1) % rounds);
+  const auto groups = static_cast<std::size_t>(rounds);
+  const auto groupOf = [groups](std::size_t index) { return (index + 1) % groups; };
   std::vector<plain::Vector> loadings, scores;
-  for (int group = 0; group < rounds; ++group) {
+  for (std::size_t group = 0; group < groups; ++group) {
     plain::Table rest;
     for (std::size_t i = 0; i < X.size(); ++i)
-      if (static_cast<int>(i + 1) % rounds != group) rest.push_back(X[i]);
-    plain::Vector loading = FitPlain(rest, plain::RegressRows(rest, p), {}, -1, roundsOfIteration).p;
+      if (groupOf(i) != group) rest.push_back(X[i]);
+    const plain::Vector scoresOfRest = plain::RegressRows(rest, p);
+    plain::Vector loading = plain::FitPca(rest, {roundsOfIteration, &scoresOfRest, /*endsWhenConverged=*/true}).p;
     if (plain::Dot(loading, p) < 0)
       for (double& cell : loading) cell = -cell;
     loadings.push_back(loading);
 
-    plain::Vector score = FitPlain(X, t, groupOfVariable, group, roundsOfIteration).t;
-    const auto leftOut = std::count(groupOfVariable.begin(), groupOfVariable.end(), group);
+    std::vector<bool> isLeftOut;
+    for (std::size_t j = 0; j < variables; ++j) isLeftOut.push_back(groupOf(j) == group);
+    plain::Vector score = plain::FitPca(X, {roundsOfIteration, &t, /*endsWhenConverged=*/true, isLeftOut}).t;
+    const auto leftOut = std::count(isLeftOut.begin(), isLeftOut.end(), true);
     double scale = std::sqrt(static_cast<double>(variables) / static_cast<double>(variables - leftOut));
     if (plain::Dot(score, t) < 0) scale = -scale;
     for (double& cell : score) cell *= scale;
@@ -99,7 +64,7 @@ plain::Table ErrorsOfTwin(const plain::Table& X, const plain::Vector& p, const p
   plain::Table errors = X;
   for (std::size_t i = 0; i < X.size(); ++i)
     for (std::size_t j = 0; j < variables; ++j)
-      errors[i][j] -= scores[(j + 1) % rounds][i] * loadings[(i + 1) % rounds][j];
+      errors[i][j] -= scores[groupOf(j)][i] * loadings[groupOf(i)][j];
   return errors;
 }
 

@@ -37,16 +37,44 @@ bool Orthogonalise(Vector* a, Vector* b, Vector* alongA, Vector* alongB) {
   return true;
 }
 
+/// Gives p unit length; what its length was.
+double Normalise(Vector* p) {
+  const double length = std::sqrt(SquaresOf(*p));
+  Scale(p, 1.0 / length);
+  return length;
+}
+
+/// |t - before|^2 / |t|^2 over the cells that both have.
+double RelativeSquaredChange(const Vector& t, const Vector& before) {
+  double change = 0.0;
+  double squares = 0.0;
+  for (std::size_t i = 0; i < t.size(); ++i)
+    if (!std::isnan(t[i]) && !std::isnan(before[i])) {
+      change += (t[i] - before[i]) * (t[i] - before[i]);
+      squares += t[i] * t[i];
+    }
+  return change / squares;
+}
+
 }  // namespace
 
-PrincipalComponent FitPca(const Table& X, const Vector* start, int rounds) {
+PrincipalComponent FitPca(const Table& X, const Nipals& how) {
   PrincipalComponent component;
   auto& [p, t] = component;
-  t = start ? *start : StartColumn(X);
-  for (int round = 0; round < rounds; ++round) {
+  if (X.size() == 1) {
+    p = X[0];
+    t = {Normalise(&p)};
+    return component;
+  }
+  t = how.start ? *how.start : StartColumn(X);
+  for (int round = 0; round < how.rounds; ++round) {
     p = RegressColumns(X, t);
-    Scale(&p, 1.0 / std::sqrt(SquaresOf(p)));
+    for (std::size_t j = 0; j < how.leftOut.size(); ++j)
+      if (how.leftOut[j]) p[j] = std::nan("");
+    Normalise(&p);
+    const Vector before = t;
     t = RegressRows(X, p);
+    if (how.endsWhenConverged && RelativeSquaredChange(t, before) <= 1e-10) break;
   }
   return component;
 }

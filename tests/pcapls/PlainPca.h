@@ -8,9 +8,16 @@ struct PrincipalComponent {
   Vector p, t;
 };
 
-/// The first principal component by NIPALS in exactly `rounds` rounds, all in double, from the scores `start` or, if
-/// null, the usual column.
-PrincipalComponent FitPca(const Table& X, const Vector* start, int rounds);
+/// How an iteration begins and ends.
+struct Nipals {
+  int rounds;
+  const Vector* start = nullptr;    ///< scores; null: the usual column
+  bool endsWhenConverged = false;   ///< once t moves by at most 1e-5 of its length; otherwise exactly `rounds`
+  std::vector<bool> leftOut = {};   ///< variables that take no part; empty: none
+};
+
+/// The first principal component by NIPALS, all in double. A single row is its own component.
+PrincipalComponent FitPca(const Table& X, const Nipals& how);
 
 /// A table without holes as the sum of value * left right', values descending, vectors of unit length.
 struct SingularVectors {
