@@ -31,13 +31,13 @@ float CellOfRound(const NCDataMatrix<float>& set, int group, int cell) {
   return group >= 0 && group < set.SizeRows() ? set[group + 1][cell] : kMissing;
 }
 
+}  // namespace
+
 /// Sums of squares of what is predicted, of its cells and of its prediction errors.
-struct Squares {
+struct PCACrossValidation::Squares {
   double ss = 0.0;
   double press = 0.0;
 };
-
-}  // namespace
 
 /// The half of a round in which a group of observations, or of variables, is left out.
 struct PCACrossValidation::HalfRound {
@@ -141,13 +141,13 @@ float PCACrossValidation::ScaleWithoutGroup(int group) const {
   return std::sqrt(static_cast<float>(all) / static_cast<float>(all - leftOut));
 }
 
-void PCACrossValidation::Judge(const NCDataVector<float>& ss) {
+/// x - t p of each cell, x itself where it is not predicted; and of each variable the sums over the predicted cells.
+NCDataMatrix<float> PCACrossValidation::PredictionErrors(std::vector<Squares>* squares) const {
   const NCDataMatrix<float>& X = *model_->GetResiduals();
-  const int variables = X.SizeColumns();
-  NCDataMatrix<float> residuals(X.SizeRows(), variables);
-  std::vector<Squares> squares(static_cast<std::size_t>(variables));
+  NCDataMatrix<float> residuals(X.SizeRows(), X.SizeColumns());
+  squares->assign(static_cast<std::size_t>(X.SizeColumns()), {});
   for (int i = 1; i <= X.SizeRows(); ++i)
-    for (int j = 1; j <= variables; ++j) {
+    for (int j = 1; j <= X.SizeColumns(); ++j) {
       const float x = X[i][j];
       const float t = CellOfRound(tSet_, variableGroups_[j], i);
       const float p = CellOfRound(pSet_, observationGroups_[i], j);
@@ -156,12 +156,18 @@ void PCACrossValidation::Judge(const NCDataVector<float>& ss) {
         continue;
       }
       const float error = static_cast<float>(x - static_cast<double>(t) * p);
-      Squares& ofColumn = squares[static_cast<std::size_t>(j) - 1];
+      Squares& ofColumn = (*squares)[static_cast<std::size_t>(j) - 1];
       ofColumn.ss += static_cast<double>(x) * x;
       ofColumn.press += static_cast<double>(error) * error;
       residuals(i, j, error);
     }
+  return residuals;
+}
 
+void PCACrossValidation::Judge(const NCDataVector<float>& ss) {
+  std::vector<Squares> squares;
+  const NCDataMatrix<float> residuals = PredictionErrors(&squares);
+  const int variables = model_->GetResiduals()->SizeColumns();
   NCDataVector<float> q2XVar(variables);
   NCDataVector<float> q2XVarCum(variables);
   Squares total;

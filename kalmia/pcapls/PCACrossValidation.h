@@ -1,5 +1,7 @@
 #pragma once
 
+#include <vector>
+
 #include "kalmia/containers/NCDataMatrix.h"
 #include "kalmia/containers/NCDataVector.h"
 #include "kalmia/containers/NCIntegralVector.h"
@@ -72,12 +74,14 @@ class PCACrossValidation {
 
  private:
   struct HalfRound;
+  struct Squares;
 
   int RoundsOfIteration() const;
   void AddLoadingWithoutObservations(const HalfRound& half);
   void AddScoreWithoutVariables(const HalfRound& half);
   NCDataMatrix<float> RowsOutsideGroup(int group) const;
   float ScaleWithoutGroup(int group) const;
+  NCDataMatrix<float> PredictionErrors(std::vector<Squares>* squares) const;
   void Judge(const NCDataVector<float>& ss);
 
   NCDataMatrix<float> pSet_;
