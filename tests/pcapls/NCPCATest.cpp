@@ -206,6 +206,29 @@ TEST(NCPCA, StartsFromTheScoresThatAreGiven) {
   EXPECT_EQ(CellsOf(start), before);
 }
 
+TEST(NCPCA, StartsFromAScoreOfItsOwn) {
+  const NCDataMatrix<float> X = TableOfThreeDirections(15, 6, 0.1);
+  NCPCA model(&X, 3);
+  NCPCA twin(&X, 3);
+  for (NCPCA* each : {&model, &twin}) NextComponent(each);
+  NCDataVector<float> copy(15);
+  for (int i = 1; i <= 15; ++i) copy(i, (*twin.GetTprim())[1][i]);
+  model.NextComponent(nullptr, nullptr, 0, &(*model.GetTprim())[1]);
+  twin.NextComponent(nullptr, nullptr, 0, &copy);
+  EXPECT_TRUE(StreamOf(model) == StreamOf(twin));
+}
+
+TEST(NCPCA, LetsADerivedModelTakeOutWhatItWants) {
+  struct Keeping : NCPCA {
+    using NCPCA::NCPCA;
+    void CalculateResiduals() override {}
+  };
+  const NCDataMatrix<float> X = TableOfThreeDirections(15, 6, 0.1);
+  Keeping model(&X, 50);
+  AddComponent(&model);
+  EXPECT_EQ(CellsOf(*model.GetResiduals()), CellsOf(X));
+}
+
 TEST(NCPCA, HasTheSignThatItsStartGives) {
   const NCDataMatrix<float> X = TableOfThreeDirections(15, 6, 0.1);
   NCDataVector<float> start = X.GetNIPALSStartColumn();

@@ -171,6 +171,17 @@ TEST(PCACrossValidation, HasNoRoundsForATableWithoutRowsOrColumns) {
   }
 }
 
+TEST(PCACrossValidation, PredictsNothingInLessThanOneRound) {
+  for (const int rounds : {0, -1}) {
+    PCAValidationCase data(6, 3, 0.0);
+    data.AddComponent();
+    PCACrossValidation validation(data.model.get(), rounds, nullptr, nullptr);
+    EXPECT_NO_THROW(data.Validate(&validation));
+    EXPECT_EQ(CellsOf(*validation.GetXPredResiduals()), CellsOf(data.X));
+    EXPECT_EQ(validation.GetQ2Tot(), 0.0F);
+  }
+}
+
 TEST(PCACrossValidation, EndsOnTablesWithCellsThatAreNotFinite) {
   for (const float cell : {std::numeric_limits<float>::infinity(), std::nanf("")}) {
     PCAValidationCase data(8, 4, 0.0);

@@ -105,6 +105,18 @@ TEST(PCACrossValidation, GoesOnFromTheCumulatedValuesItIsGiven) {
   EXPECT_NE(whole.GetQ2TotCum(), whole.GetQ2Tot());
 }
 
+TEST(PCACrossValidation, TakesItsOwnVectorsForTheArguments) {
+  PCAValidationCase data(15, 6, 0.1);
+  data.AddComponent();
+  PCACrossValidation validation(data.model.get(), 5, nullptr, nullptr);
+  data.Validate(&validation);
+  PCACrossValidation twin = validation;
+  const NCDataVector<float> copy = *twin.GetQ2XVarCum();
+  validation.NextComponent(*validation.GetQ2XVarCum(), nullptr);
+  twin.NextComponent(copy, nullptr);
+  EXPECT_EQ(Everything(validation), Everything(twin));
+}
+
 TEST(PCACrossValidation, CopiesEverythingButTheModel) {
   PCAValidationCase data(12, 5, 0.1);
   data.AddComponent();

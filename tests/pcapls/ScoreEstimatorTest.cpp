@@ -265,6 +265,28 @@ TEST(ScoreEstimator, OpensABarForEachComponentOfAnObservationWithHolesAndNoneFor
   EXPECT_EQ(ComponentsTaken(P, RandomVector<float>(8, 0.0, 1)), 0);
 }
 
+TEST(ScoreEstimator, TakesARowOfTheScoresForAnObservation) {
+  const NCDataMatrix<float> P = LoadingsOf(3);
+  for (const double holes : {0.0, 0.3}) {
+    const NCDataVector<float> x = RandomVector<float>(8, holes, 4);
+    NCDataMatrix<float> T(3, 8);
+    T.SetRow(1, x);
+    ScoreEstimator(P, 50).GetT(T, 2, T[1]);
+    EXPECT_EQ(CellsOf(T.GetColumn(2)), ScoresOf(P, x));
+    EXPECT_TRUE(HasExactCounts(T));
+  }
+}
+
+TEST(ScoreEstimator, WritesARowForEachComponentAndNoFurtherOne) {
+  const NCDataMatrix<float> P = LoadingsOf(2);
+  for (const NCDataVector<float>& x : {WithTwoHoles(), RandomVector<float>(8, 0.0, 1), NCDataVector<float>(8)}) {
+    NCDataMatrix<float> T(3, 1, 7.0F);
+    ScoreEstimator(P, 50).GetT(T, 1, x);
+    const std::vector<float> scores = ScoresOf(P, x);
+    EXPECT_THAT(CellsOf(T.GetColumn(1)), ElementsAre(scores[0], scores[1], 7.0F));
+  }
+}
+
 TEST(ScoreEstimator, DoesNothingWithoutVariablesOrComponents) {
   NCDataMatrix<float> T(2, 1);
   NCDataMatrix<float> noVariables;
