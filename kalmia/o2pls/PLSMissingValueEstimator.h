@@ -9,9 +9,10 @@
 ///
 /// A, the number of components, is found by going on until a component fails one of two rules: it has to beat the limit
 /// of its cross-validation in seven rounds (PLSCrossValidation, default groups), and it has to explain at least 1 % of
-/// all of Y or more than 3 % of one of its columns (of what these held at the start). The component that fails does not
-/// count. Where the model cannot go on, all components so far count. With A = 0 the cells become 0, the mean of scaled
-/// data; so does a cell whose row has no score or whose column has no loading.
+/// all of Y or more than 3 % of one of its columns (of what these held at the start, where a column without any cell is
+/// -99 in the sum of all). The component that fails does not count. Where the model cannot go on, all components so far
+/// count. With A = 0 the cells become 0, the mean of scaled data; so does a cell whose row has no score or whose column
+/// has no loading.
 ///
 /// Shape: X N x K, Y N x M, scaled already; neither shape nor scale is checked. N is at least 2 to fit anything.
 /// Progress: each component and each cross-validation opens a bar of its own (NCProgress::SetSinkFactory).
