@@ -2,8 +2,11 @@
 
 #include <algorithm>
 #include <cmath>
+#include <string>
 
+#include "app/ConsoleProgress.h"
 #include "app/FitRules.h"
+#include "app/Interrupt.h"
 #include "app/Scaling.h"
 #include "kalmia/containers/Missing.h"
 #include "kalmia/pcapls/NCPCAPred.h"
@@ -11,6 +14,8 @@
 namespace kalmia::app {
 
 namespace {
+
+constexpr int kRowsAtATime = 64;  ///< a row with holes may take a while: Ctrl-C is looked at in between
 
 RowScores ScoresOf(const NCDataMatrix<float>& tPrim, int row, int present, int variables) {
   RowScores scores;
@@ -24,18 +29,30 @@ RowScores ScoresOf(const NCDataMatrix<float>& tPrim, int row, int present, int v
   return scores;
 }
 
+/// Of the rows of a scaled table.
+void AppendScores(const NCPCA& model, const NCDataMatrix<float>& x, std::vector<RowScores>* rows) {
+  NCPCAPred prediction(&x, model.GetPprim(), kMaxIterations, kMissingTolerance);
+  for (int a = 1; a <= prediction.GetMaxComp(); ++a) prediction.CalcNextResidual();
+  const std::vector<RowResidual> residuals = RowResiduals(*prediction.GetXResiduals());
+  for (int r = 1; r <= x.SizeRows(); ++r) {
+    const int present = x.SizeColumns() - x[r].GetNumMisVal();
+    rows->push_back(ScoresOf(*prediction.GetTPredPrim(), r, present, x.SizeColumns()));
+    rows->back().residual = residuals[static_cast<std::size_t>(r - 1)];
+  }
+}
+
 }  // namespace
 
 std::vector<RowScores> ScoreRows(const StoredPca& model, NCDataMatrix<float> x) {
   ApplyScale(model.xScale.get(), &x);
-  NCPCAPred prediction(&x, model.pca->GetPprim(), kMaxIterations, kMissingTolerance);
-  for (int a = 1; a <= prediction.GetMaxComp(); ++a) prediction.CalcNextResidual();
-  const std::vector<RowResidual> residuals = RowResiduals(*prediction.GetXResiduals());
   std::vector<RowScores> rows;
-  for (int r = 1; r <= x.SizeRows(); ++r) {
-    const int present = x.SizeColumns() - x[r].GetNumMisVal();
-    rows.push_back(ScoresOf(*prediction.GetTPredPrim(), r, present, x.SizeColumns()));
-    rows.back().residual = residuals[static_cast<std::size_t>(r - 1)];
+  ProgressLine line;
+  for (int first = 1; first <= x.SizeRows(); first += kRowsAtATime) {
+    StopIfInterrupted();
+    line.Show("row " + std::to_string(first) + " of " + std::to_string(x.SizeRows()),
+              static_cast<double>(first - 1) / x.SizeRows());
+    const int last = std::min(x.SizeRows() - first, kRowsAtATime - 1) + first;
+    AppendScores(*model.pca, x.GetRowSubMatrix(first, last), &rows);
   }
   return rows;
 }

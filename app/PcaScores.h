@@ -14,7 +14,8 @@ struct RowScores : RowFit {
 };
 
 /// The scores of the rows of a table that has the model's columns in the model's order, in the units of the file, and
-/// -99 for what is missing. The same rows give the same bits, alone or among others.
+/// -99 for what is missing. The same rows give the same bits, alone or among others. Shows a bar on a
+/// terminal. Throws Failure (Stopped) on Ctrl-C.
 std::vector<RowScores> ScoreRows(const StoredPca& model, NCDataMatrix<float> x);
 
 }  // namespace kalmia::app

@@ -70,6 +70,21 @@ TEST(Interrupt, StopsPrincipalComponentsInTheirFitAndInTheirCrossValidation) {
   }
 }
 
+TEST(Interrupt, StopsWhileScoresOfRowsWithHolesAreEstimated) {
+  const ScratchFolder folder;
+  const std::string model = folder.Path("m");
+  ASSERT_EQ(RunKalmia({"pca", folder.Write("t.csv", LinearTable(60, 40, 1)), "--id", "name", "--exclude", "y",
+                       "--components", "15", "--save", model})
+                .exitCode,
+            0);
+  // Each of the rows has holes, and is a regression of its own.
+  const std::string table = folder.Write("n.csv", WithHoles(LinearTable(20000, 40, 2), 31));
+  const CommandResult run = RunOnTerminal({"predict", model, table, "--csv", folder.Path("d")}, " of 20000");
+  EXPECT_EQ(run.exitCode, 130);
+  EXPECT_THAT(run.error, HasSubstr("kalmia: stopped"));
+  EXPECT_EQ(folder.Names(), (std::vector<std::string>{"m", "n.csv", "t.csv"}));
+}
+
 TEST(Interrupt, StopsWhileInputIsAwaited) {
   const ScratchFolder folder;
   const std::string table = folder.Write("t.csv", LinearTable(20, 4, 1));
