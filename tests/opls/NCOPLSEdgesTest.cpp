@@ -1,0 +1,236 @@
+// Sizes of the block, passes for holes, turned components, models rebuilt from their matrices.
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <string>
+
+#include "OplsCase.h"
+#include "kalmia/opls/NCOPLS.h"
+#include "kalmia/support/NCError.h"
+#include "testing/RandomTables.h"
+#include "testing/RecordingProgress.h"
+#include "testing/StreamAttacks.h"
+
+namespace {
+
+/// The size that a model decides on for Y'X = diag(values), which Y = 1 and X = diag(values) have.
+int SizeDecidedFor(std::initializer_list<float> values) {
+  const int n = static_cast<int>(values.size());
+  NCDataMatrix<float> X(n, n, 0.0F), Y(n, n, 0.0F);
+  int i = 0;
+  for (const float value : values) {
+    ++i;
+    X(i, i, value);
+    Y(i, i, 1.0F);
+  }
+  NCOPLS model(&X, &Y, 0, 200);
+  model.NextComponent(nullptr);
+  return model.SizeComponents();
+}
+
+TEST(NCOPLSBlock, KeepsComponentsOfAtLeastOneHundredthOfTheFirstsSumOfSquares) {
+  EXPECT_EQ(SizeDecidedFor({10.0F, 2.0F, 0.5F}), 2) << "0.25 of 100 falls short";
+  EXPECT_EQ(SizeDecidedFor({10.0F, 0.5F}), 1);
+  EXPECT_EQ(SizeDecidedFor({10.0F, 2.0F, 1.5F}), 3);
+}
+
+TEST(NCOPLSBlock, KeepsAComponentOfExactlyOneHundredthAndLooksNoFurther) {
+  EXPECT_EQ(SizeDecidedFor({10.0F, 1.0F, 1.0F}), 2);
+  EXPECT_EQ(SizeDecidedFor({10.0F, 2.0F, 1.0F}), 3);
+  EXPECT_EQ(SizeDecidedFor({10.0F, 1.0F}), 2);
+}
+
+TEST(NCOPLSBlock, HasOneRowWhereTheSecondYIsNoise) {
+  Tables tables = RelatedTables(30, 6, 2, 0.0, 5);
+  for (int i = 1; i <= 30; ++i) tables.Y(i, 2, 0.01F * tables.Y[i][2]);
+  EXPECT_EQ(FittedOpls(tables, 0, 0).SizeComponents(), 1);
+  EXPECT_EQ(FittedOpls(RelatedTables(30, 6, 2, 0.0, 5), 0, 0).SizeComponents(), 2);
+}
+
+TEST(NCOPLSBlock, IsDecidedOnceForTheModel) {
+  const NCOPLS model = FittedOpls(RelatedTables(24, 9, 3, 0.1, 5), 0, 3);
+  for (const NCDataMatrix<float>& W : *model.GetWMatrices()) EXPECT_EQ(W.SizeRows(), model.SizeComponents());
+}
+
+TEST(NCOPLSBlock, HasOneRowForOneYWhateverWasAskedFor) {
+  const Tables tables = RelatedTables(24, 9, 1, 0.0, 5);
+  const std::string one = Everything(FittedOpls(tables, 1, 1));
+  for (const int asked : {-1, 0, 2}) EXPECT_EQ(Everything(FittedOpls(tables, asked, 1)), one) << asked;
+}
+
+TEST(NCOPLSBlock, IsCutToTheSmallerSideOfY) {
+  EXPECT_EQ(FittedOpls(RelatedTables(24, 9, 3, 0.0, 5), 5, 1).SizeComponents(), 3);
+  const Tables few{RandomMatrix<float>(2, 6, 0.0, 1), RandomMatrix<float>(2, 4, 0.0, 2)};
+  EXPECT_EQ(FittedOpls(few, 5, 0).SizeComponents(), 2) << "two rows";
+}
+
+// ---- passes for holes: every pass but the first sets a value of the bar, and the end sets one
+
+int ValuesSet(const Tables& tables, int maxIterations) {
+  ProgressLog log;
+  const std::unique_ptr<NCProgress> bar = RecordingBar(&log);
+  NCOPLS model(&tables.X, &tables.Y, 2, maxIterations);
+  model.NextComponent(bar.get());
+  return log.Count("SetValue");
+}
+
+TEST(NCOPLSPasses, AreOneWhereXIsCompleteEvenIfYIsNot) {
+  Tables tables = RelatedTables(24, 9, 3, 0.1, 5);
+  tables.X = RandomMatrix<float>(24, 9, 0.0, 6);
+  ASSERT_GT(tables.Y.GetNumMisVal(), 0);
+  EXPECT_EQ(ValuesSet(tables, 200), 1);
+}
+
+TEST(NCOPLSPasses, AreLimitedByTheIterations) {
+  const Tables tables = RelatedTables(24, 9, 3, 0.2, 5);
+  EXPECT_EQ(ValuesSet(tables, 1), 1);
+  EXPECT_EQ(ValuesSet(tables, 2), 2);
+  const int settled = ValuesSet(tables, 200);
+  EXPECT_GT(settled, 2);
+  EXPECT_LT(settled, 100) << "the cross-product of what is left falls fast";
+}
+
+// ---- rows of X without any value
+
+TEST(NCOPLSEmptyRow, HasNoScoresAndTheOrthogonalComponentEmptiesItInY) {
+  Tables tables = RelatedTables(24, 9, 3, 0.1, 5);
+  tables.X.SetRow(4, kHole<float>);
+  const NCOPLS model = FittedOpls(tables, 2, 2);
+  for (const auto* scores : {model.GetTprim(), model.GetTOprim(), model.GetUprim()})
+    for (int a = 1; a <= scores->SizeRows(); ++a) EXPECT_EQ((*scores)[a][4], kHole<float>);
+  EXPECT_EQ(model.GetXResiduals()[4].GetNumMisVal(), 9);
+  EXPECT_EQ(model.GetYResiduals()[4].GetNumMisVal(), 3);
+}
+
+// ---- turned components
+
+class NCOPLSTurned : public ::testing::Test {
+ protected:
+  const Tables tables_ = RelatedTables(24, 9, 3, 0.1, 5);
+};
+
+NCDataMatrix<float> WithTurnedRow(NCDataMatrix<float> matrix, int row) {
+  matrix.MultiplyRow(row, -1.0F);
+  return matrix;
+}
+
+TEST_F(NCOPLSTurned, OrthogonalComponentKeepsItsYScores) {
+  NCOPLS model = FittedOpls(tables_, 2, 2);
+  const NCOPLS before(model);
+  model.NegateOComp(2);
+  for (const auto get : {&NCOPLS::GetTOprim, &NCOPLS::GetPOprim, &NCOPLS::GetCOprim, &NCOPLS::GetWOprim})
+    EXPECT_EQ(StreamOf(*(model.*get)()), StreamOf(WithTurnedRow(*(before.*get)(), 2)));
+  EXPECT_EQ(StreamOf(*model.GetUOprim()), StreamOf(*before.GetUOprim()));
+  EXPECT_EQ(StreamOf(*model.GetTprim()), StreamOf(*before.GetTprim()));
+}
+
+TEST_F(NCOPLSTurned, PredictiveComponentKeepsItsYScoresAndTheBlocksBeforeStay) {
+  NCOPLS model = FittedOpls(tables_, 2, 1);
+  const NCOPLS before(model);
+  model.NegatePredictiveComp(2);
+  for (const auto get : {&NCOPLS::GetTprim, &NCOPLS::GetPprim, &NCOPLS::GetCprim, &NCOPLS::GetWprim})
+    EXPECT_EQ(StreamOf(*(model.*get)()), StreamOf(WithTurnedRow(*(before.*get)(), 2)));
+  EXPECT_EQ(StreamOf(*model.GetUprim()), StreamOf(*before.GetUprim()));
+  EXPECT_EQ(StreamOf(model.GetWMatrices()->front()), StreamOf(before.GetWMatrices()->front()));
+}
+
+TEST_F(NCOPLSTurned, PredictiveComponentLeadsToTheSameOrthogonalOnesToTheBit) {
+  const Tables tables = RelatedTables(24, 9, 1, 0.1, 5);
+  NCOPLS model = FittedOpls(tables, 1, 0), straight(model);
+  model.NegatePredictiveComp(1);
+  for (NCOPLS* either : {&model, &straight}) either->NextComponent(nullptr);
+  EXPECT_EQ(StreamOf(*model.GetWOprim()), StreamOf(WithTurnedRow(*straight.GetWOprim(), 1)));
+  EXPECT_EQ(StreamOf(*model.GetTOprim()), StreamOf(WithTurnedRow(*straight.GetTOprim(), 1)));
+  EXPECT_EQ(StreamOf(model.GetXResiduals()), StreamOf(straight.GetXResiduals()));
+}
+
+// ---- rebuilt models
+
+class NCOPLSRebuilt : public ::testing::TestWithParam<int> {  // Y variables
+ protected:
+  NCOPLS Rebuilt(const NCOPLS& model, int predictive) const {
+    return NCOPLS(&tables_.X, &tables_.Y, model.GetWMatrices(), model.GetPMatrices(), model.GetCMatrices(),
+                  model.GetWOprim(), model.GetPOprim(), model.GetCOprim(), predictive, 200);
+  }
+
+  const Tables tables_ = RelatedTables(24, 9, GetParam(), 0.1, 5);
+};
+
+INSTANTIATE_TEST_SUITE_P(YVariables, NCOPLSRebuilt, ::testing::Values(1, 3));
+
+TEST_P(NCOPLSRebuilt, HasTheScoresAndResidualsToTheBitButNoPredictiveYScores) {
+  for (const int orthogonal : {0, 1, 3}) {
+    const NCOPLS model = FittedOpls(tables_, 2, orthogonal);
+    const NCOPLS rebuilt = Rebuilt(model, /*predictive=*/7);
+    for (const auto get : {&NCOPLS::GetTprim, &NCOPLS::GetTOprim, &NCOPLS::GetWOprim, &NCOPLS::GetPOprim})
+      EXPECT_EQ(StreamOf(*(rebuilt.*get)()), StreamOf(*(model.*get)()));
+    EXPECT_EQ(StreamOf(rebuilt.GetXResiduals()), StreamOf(model.GetXResiduals()));
+    EXPECT_EQ(StreamOf(rebuilt.GetYResiduals()), StreamOf(model.GetYResiduals()));
+    EXPECT_EQ(rebuilt.GetUprim()->SizeRows(), 0);
+    EXPECT_EQ(rebuilt.SizeOrthogonalComponents(), orthogonal);
+  }
+}
+
+TEST_P(NCOPLSRebuilt, GoesOnAsTheUninterruptedModelToTheBit) {
+  NCOPLS model = FittedOpls(tables_, 2, 2);
+  NCOPLS rebuilt = Rebuilt(model, /*predictive=*/0);
+  for (NCOPLS* either : {&model, &rebuilt}) either->NextComponent(nullptr);
+  for (const auto get : {&NCOPLS::GetTprim, &NCOPLS::GetUprim, &NCOPLS::GetTOprim, &NCOPLS::GetPOprim,
+                         &NCOPLS::GetCOprim, &NCOPLS::GetWOprim, &NCOPLS::GetWprim, &NCOPLS::GetPprim,
+                         &NCOPLS::GetCprim})
+    EXPECT_EQ(StreamOf(*(rebuilt.*get)()), StreamOf(*(model.*get)()));
+  EXPECT_EQ(StreamOf(rebuilt.GetXResiduals()), StreamOf(model.GetXResiduals()));
+}
+
+TEST(NCOPLSRebuiltOfOneY, GivesNumbersForTheYScoresThatTheModelHadMissing) {
+  const Tables tables = RelatedTables(24, 9, 1, 0.0, 5);
+  const NCOPLS model = FittedOpls(tables, 1, 1);
+  ASSERT_EQ((*model.GetUOprim())[1].GetNumMisVal(), 24);
+  const NCOPLS rebuilt(&tables.X, &tables.Y, model.GetWMatrices(), model.GetPMatrices(), model.GetCMatrices(),
+                       model.GetWOprim(), model.GetPOprim(), model.GetCOprim(), 1, 200);
+  EXPECT_EQ((*rebuilt.GetUOprim())[1].GetNumMisVal(), 0);
+}
+
+TEST(NCOPLSRebuiltFromNothing, IsANewModelWithTheSizeOfItsArgument) {
+  const Tables tables = RelatedTables(24, 9, 3, 0.1, 5);
+  const std::vector<NCDataMatrix<float>> none;
+  const NCDataMatrix<float> empty;
+  NCOPLS model(&tables.X, &tables.Y, &none, &none, &none, &empty, &empty, &empty, 2, 200);
+  EXPECT_EQ(model.SizeComponents(), 0);
+  model.NextComponent(nullptr);
+  EXPECT_EQ(Everything(model), Everything(FittedOpls(tables, 2, 0)));
+}
+
+TEST(NCOPLSOfSeveralY, YScoresOfAnOrthogonalComponentThatHasToDoWithYAreNumbers) {
+  const NCOPLS model = FittedOpls(RelatedTables(24, 9, 3, 0.0, 5), 1, 1);
+  EXPECT_EQ((*model.GetUOprim())[1].GetNumMisVal(), 0);
+}
+
+// ---- tables that carry nothing
+
+TEST(NCOPLSOfNothing, EndsWithAnErrorOrWithMissingScoresButNeverInACrash) {
+  const NCDataMatrix<float> X = RandomMatrix<float>(6, 4, 0.0, 1);
+  const NCDataMatrix<float> zeros(6, 2, 0.0F), none(6, 2), zeroY(6, 1, 0.0F), noY(6, 0);
+  for (const NCDataMatrix<float>* Y : {&zeros, &none, &zeroY, &noY}) {
+    NCOPLS model(&X, Y, 2, 20);
+    try {
+      for (int i = 0; i < 3; ++i) model.NextComponent(nullptr);
+      EXPECT_TRUE(HasExactCounts(model.GetXResiduals()));
+    } catch (const NCError& error) {
+      EXPECT_STREQ(error.GetMessage(), "PCA component could not be computed.");
+    }
+  }
+}
+
+TEST(NCOPLSOfNothing, GoesBeyondTheComponentsThatTheTableCarries) {
+  const Tables tables = RelatedTables(5, 3, 2, 0.0, 5);
+  NCOPLS model(&tables.X, &tables.Y, 2, 20);
+  try {
+    for (int i = 0; i < 8; ++i) model.NextComponent(nullptr);
+    EXPECT_EQ(model.SizeOrthogonalComponents(), 7);
+  } catch (const NCError& error) {
+    EXPECT_STREQ(error.GetMessage(), "PCA component could not be computed.");
+  }
+}
+
+}  // namespace
