@@ -94,6 +94,12 @@ TEST(CsvTable, ReadsATableOfOneColumn) {
   EXPECT_EQ(table.Rows(), 2);
 }
 
+TEST(CsvTable, ReadsALastRowOfTabsAloneWithoutALineEnd) {
+  const CsvTable table("a\tb\tc\n1\t2\t3\n\t\t", "t.csv");
+  ASSERT_EQ(table.Rows(), 2);
+  EXPECT_THAT(RowOf(table, 1), ElementsAre("", "", ""));
+}
+
 TEST(CsvTable, KeepsSeparatorsLineEndsAndQuotationMarksInsideQuotedFields) {
   const CsvTable table("\"a\nb\",\"say \"\"x\"\"\"\n\"1,2\",\"3\r\n4\"\n5,6\n", "t");
   EXPECT_THAT(table.ColumnNames(), ElementsAre("a\nb", "say \"x\""));
