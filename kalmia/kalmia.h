@@ -51,6 +51,10 @@
 #include "kalmia/opls/OPLSCrossValidation.h"
 #include "kalmia/opls/OPLSCrossvalidationData.h"
 
+#include "kalmia/o2pls/NCO2PLS.h"
+#include "kalmia/o2pls/NCO2PLSPred.h"
+#include "kalmia/o2pls/O2PLSPredictiveComponentEstimator.h"
 #include "kalmia/o2pls/PLSMissingValueEstimator.h"
+#include "kalmia/o2pls/SignificanceE.h"
 
 #include "kalmia/cluster/DendroGramNode.h"

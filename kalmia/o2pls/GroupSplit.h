@@ -1,0 +1,21 @@
+#pragma once
+
+#include "kalmia/containers/NCDataMatrix.h"
+#include "kalmia/containers/NCIntegralVector.h"
+
+namespace kalmia {
+
+/// The rows of a table as a round of cross-validation sees them, each part in the order of the rows, and with as many
+/// columns as the table even without rows. The rows share their cells with the table's.
+struct GroupSplit {
+  NCDataMatrix<float> training;  ///< the rows of all other groups
+  NCDataMatrix<float> heldOut;   ///< the rows of the group
+};
+
+/// `groups` has one cell per row, which is not checked.
+GroupSplit SplitByGroup(const NCDataMatrix<float>& table, const NCIntegralVector<int, -99>& groups, int group);
+
+/// The largest group number; -1 without groups.
+int LastGroup(const NCIntegralVector<int, -99>& groups);
+
+}  // namespace kalmia

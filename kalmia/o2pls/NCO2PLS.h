@@ -1,0 +1,169 @@
+#pragma once
+
+#include <array>
+#include <vector>
+
+#include "kalmia/containers/NCDataMatrix.h"
+#include "kalmia/containers/NCDataVector.h"
+#include "kalmia/support/NCError.h"
+
+/// Says that a block has no more dimensions that are unrelated to the other block.
+class NCO2PLSDimensionalityException : public NCError {
+ public:
+  /// `type` is a set of bits: 1 for the X side, 2 for the Y side. The limits are the numbers of orthogonal components
+  /// that each side can have; the text names those of the sides in `type`.
+  NCO2PLSDimensionalityException(int type, int predictiveComponents, int xLimit, int yLimit);
+  NCO2PLSDimensionalityException(const NCO2PLSDimensionalityException&) = default;
+  NCO2PLSDimensionalityException& operator=(const NCO2PLSDimensionalityException&) = default;
+  ~NCO2PLSDimensionalityException() override;
+
+  NCError* Clone() const override;
+
+  int Type;
+  int PredictiveComponents;
+  int XLimit;
+  int YLimit;
+};
+
+/// O2PLS: two blocks of the same observations, each split into what it shares with the other block (predictive
+/// components), what is its own (orthogonal components) and a residual:
+///   X = T'P + To'Po + E,  Y = U'Q + Uo'Qo + F,  with the inner relations U' ~ T' Lambda and T' ~ U' XLambda.
+/// "X side" orthogonal components lie in X and are unrelated to Y; those of the "Y side" lie in Y.
+///
+/// Symbols, for N observations, K variables in X and M in Y. Every model matrix holds one component per row: scores T,
+/// U, To, Uo (N), weights W, Wo (K) and C, Co (M) of unit length, loadings P, Po (K) and Q, Qo (M). R (K) is the
+/// regression of X on the rows of Uo, S (M) that of Y on the rows of To.
+/// Source: Trygg & Wold (2003), J. Chemom. 17, 53-64; Trygg (2002), J. Chemom. 16, 283-293.
+///
+/// `Fit` does everything. Its steps are public too, to be called in this order: NextOrthogonalComponent for each
+/// orthogonal component of either side (the order between the sides does not matter); InitPredCompCalculation; then
+/// NextPredictiveComp for each predictive component, with SubtractLastPredictiveComp between two of them; Finalise;
+/// EndFit. Finalise may also be called between predictive components, and NextOrthogonalComponent on a finished model,
+/// where CalculatePredictiveComps and Finalise have to follow.
+///
+/// The blocks arrive scaled, and without holes. Each cross product opens a bar of its own for its principal component
+/// (NCProgress::SetSinkFactory), through which a user's stop comes in as NCError.
+/// A model belongs to one thread at a time; copies share nothing with each other.
+class NCO2PLS {
+ public:
+  NCO2PLS();  ///< empty blocks
+  /// X N x K, Y N x M, shared until they are written elsewhere. `checkDimensions` makes the limits of
+  /// NextOrthogonalComponent and Finalise apply. `maxIterations` limits the rounds of each principal component.
+  /// Throws NCError where the numbers of rows differ or a cell is missing.
+  NCO2PLS(const NCDataMatrix<float>& X, const NCDataMatrix<float>& Y, bool checkDimensions, int maxIterations);
+  NCO2PLS(const NCO2PLS& other);
+  NCO2PLS& operator=(const NCO2PLS& other);
+  void swap(NCO2PLS& other);
+
+  /// The whole model, in place of one that is there. Numbers are not negative.
+  /// Throws what the steps throw. What was computed by then stays, and is fit for UnFit or another Fit alone; where it
+  /// was Finalise that threw, the working blocks stay too.
+  void Fit(int predictive, int xOrthogonal, int yOrthogonal);
+
+  /// One more orthogonal component of a side of a model that has, or is to have, `predictive` predictive components:
+  /// these directions are taken out of the side's block (without its orthogonal components so far) by their weights,
+  /// and the new weight is the direction of the rest that covaries most with their scores. The working blocks are
+  /// cleared, also when the call fails; nothing else has changed then.
+  /// Throws: NCO2PLSDimensionalityException, if dimensions are checked, from a + predictive = min(K + 1, N) on (Y side:
+  /// M + 1), for a components of the side so far; NCError without a predictive component to be orthogonal to
+  /// (predictive < 1), and as NCPCA does.
+  void NextOrthogonalComponent(bool xSide, int predictive);
+
+  /// Starts the predictive components anew: the working blocks are X and Y without their orthogonal components.
+  void InitPredCompCalculation();
+
+  /// Appends one predictive component of the working blocks, which it does not change: w, the first loading of Y'X;
+  /// t = Xw; p = X't / t't; c, along Y't, of unit length; u = Yc; q = Y'u / u'u.
+  /// Throws: NCError without working blocks, and as NCPCA does. The model is then as it was.
+  void NextPredictiveComp();
+
+  /// Takes the newest component out of the working blocks: X -= t p', Y -= u q'. There has to be one, which is not
+  /// checked.
+  void SubtractLastPredictiveComp();
+
+  void CalculatePredictiveComps(int predictive);  ///< InitPredCompCalculation, then all of them
+
+  /// Computes the inner relations Lambda and XLambda, R and S.
+  /// Throws, if dimensions are checked, NCO2PLSDimensionalityException where orthogonal components are related to the
+  /// other block after all: where the first i rows of Uo explain more than 5 % of X (of which the last observation is
+  /// not counted), or the first i of To more than 5 % of Y. Both sides are looked at before it throws. What was computed
+  /// stays; R or S then ends with the row that was too much.
+  void Finalise();
+
+  void UnFit();   ///< drops all components; the blocks stay
+  void EndFit();  ///< frees the working blocks
+
+  // Signs. Flag i (from 1; element i - 1) is for row i of these matrices; flags beyond the rows, and rows beyond the
+  // flags, are passed over.
+  /// T, P, W by xFlips, U, C, Q by yFlips. If anything was turned, Lambda and XLambda are computed again.
+  void FlipPredictiveModel(const std::vector<bool>& xFlips, const std::vector<bool>& yFlips);
+  void FlipXSideModel(const std::vector<bool>& flips);  ///< To, Wo, Po, S
+  void FlipYSideModel(const std::vector<bool>& flips);  ///< Uo, Co, Qo, R
+
+  // Copies that share nothing with the model.
+  NCDataMatrix<float> GetT() const;
+  NCDataMatrix<float> GetU() const;
+  NCDataMatrix<float> GetP() const;
+  NCDataMatrix<float> GetW() const;
+  NCDataMatrix<float> GetC() const;
+  NCDataMatrix<float> GetQ() const;
+  NCDataMatrix<float> GetTo() const;
+  NCDataMatrix<float> GetUo() const;
+  NCDataMatrix<float> GetPo() const;
+  NCDataMatrix<float> GetWo() const;
+  NCDataMatrix<float> GetCo() const;
+  NCDataMatrix<float> GetQo() const;
+  NCDataMatrix<float> GetLambda() const;   ///< A x A; row a belongs to t_a
+  NCDataMatrix<float> GetXLambda() const;  ///< A x A; row a belongs to u_a
+  NCDataMatrix<float> GetR() const;
+  NCDataMatrix<float> GetS() const;
+  const NCDataMatrix<float>& GetX() const { return x_; }
+  const NCDataMatrix<float>& GetY() const { return y_; }
+  int SizePredComps() const { return t_.SizeRows(); }
+  int SizeXSideOrthoComps() const { return to_.SizeRows(); }
+  int SizeYSideOrthoComps() const { return uo_.SizeRows(); }
+  int SizeXColumns() const { return x_.SizeColumns(); }
+  int SizeYColumns() const { return y_.SizeColumns(); }
+
+  /// B, K x M, so that a row of X times B predicts the row of Y:
+  ///   B = Ws' Lambda Q + Wos' S - Wos' Po Ws' Lambda Q,  with W* of the predictive and the orthogonal weights.
+  /// Without orthogonal components the first term alone. Of C, Q, Co, Qo, XLambda, R and P it gives the coefficients
+  /// that predict X from Y. Shape: A predictive components at least 1, not checked.
+  static NCDataMatrix<float> GetCoefficients(const NCDataMatrix<float>& W, const NCDataMatrix<float>& P,
+                                             const NCDataMatrix<float>& Wo, const NCDataMatrix<float>& Po,
+                                             const NCDataMatrix<float>& Lambda, const NCDataMatrix<float>& S,
+                                             const NCDataMatrix<float>& Q);
+
+ private:
+  static void CalculateOrthogonalComp(const NCDataMatrix<float>& own, const NCDataMatrix<float>& other,
+                                      NCDataMatrix<float>& scores, NCDataMatrix<float>& weights,
+                                      NCDataMatrix<float>& loadings, int predictive, int maxIterations);
+  void ThrowIfNoDimensionIsLeft(bool xSide, int predictive) const;
+  void CalculateInnerRelations();
+  std::array<NCDataMatrix<float>*, 18> Results();  ///< all matrices but X and Y
+
+  NCDataMatrix<float> x_;
+  NCDataMatrix<float> y_;
+  int maxIterations_ = 0;
+  NCDataMatrix<float> t_;
+  NCDataMatrix<float> u_;
+  NCDataMatrix<float> p_;
+  NCDataMatrix<float> w_;
+  NCDataMatrix<float> c_;
+  NCDataMatrix<float> q_;
+  NCDataMatrix<float> to_;
+  NCDataMatrix<float> wo_;
+  NCDataMatrix<float> po_;
+  NCDataMatrix<float> uo_;
+  NCDataMatrix<float> co_;
+  NCDataMatrix<float> qo_;
+  NCDataMatrix<float> r_;
+  NCDataMatrix<float> s_;
+  NCDataMatrix<float> lambda_;
+  NCDataMatrix<float> xLambda_;
+  NCDataMatrix<float> xResiduals_;
+  NCDataMatrix<float> yResiduals_;
+  float ssX_ = 0.0F;
+  float ssY_ = 0.0F;
+  bool checkDimensions_ = false;
+};
