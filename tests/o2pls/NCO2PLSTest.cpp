@@ -1,0 +1,535 @@
+// The model itself: what its matrices are, and in which order its steps may be called.
+#include "kalmia/o2pls/NCO2PLS.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "O2plsCase.h"
+#include "PlainO2pls.h"
+#include "kalmia/o2pls/NCO2PLSPred.h"
+#include "testing/AllocationMeter.h"
+#include "testing/RandomTables.h"
+#include "testing/RecordingProgress.h"
+#include "testing/Threads.h"
+
+namespace {
+
+using Table = NCDataMatrix<float>;
+
+constexpr int kMaxIterations = 500;
+constexpr const char* kOutOfSequence =
+    "Internal error in NCO2PLS::NextPredictiveComp.\nFunction call out of sequence.";
+
+/// Each of the few iterations that a component rests on ends when it moves by at most 1e-5 of its length; what is left
+/// of a deflation passes such errors on, here not ten times over.
+constexpr double kConvergence = 1e-4;
+
+/// Sums of a hundred float cells, rounded a handful of times.
+constexpr double kRounding = 1e-5;
+
+NCO2PLS Fitted(const FloatBlocks& blocks, int predictive, int xOrthogonal, int yOrthogonal, bool check = false) {
+  NCO2PLS model(blocks.X, blocks.Y, check, kMaxIterations);
+  model.Fit(predictive, xOrthogonal, yOrthogonal);
+  return model;
+}
+
+double Length(const plain::Vector& v) { return std::sqrt(plain::Dot(v, v)); }
+
+/// Whether the rows agree in length and, but for the sign, in direction.
+void ExpectSameRows(const plain::Table& rows, const plain::Table& expected, const char* what) {
+  SCOPED_TRACE(what);
+  ASSERT_EQ(rows.size(), expected.size());
+  for (std::size_t a = 0; a < rows.size(); ++a) {
+    EXPECT_LT(plain::SineOfAngle(rows[a], expected[a]), kConvergence) << "row " << a + 1;
+    EXPECT_NEAR(Length(rows[a]) / Length(expected[a]), 1.0, kConvergence) << "row " << a + 1;
+  }
+}
+
+// ---- Against a twin
+
+struct Shape {
+  const char* name;
+  plain::BlocksShape blocks;
+  double noise;
+  int predictive, xOrthogonal, yOrthogonal;
+};
+
+const Shape kShapes[] = {{"Plain", {40, 8, 6, 2, 1, 1}, 0.05, 2, 1, 1},
+                         {"OnlyPredictive", {40, 8, 6, 2, 0, 0}, 0.05, 2, 0, 0},
+                         {"OneY", {30, 6, 1, 1, 1, 0}, 0.02, 1, 1, 0},
+                         {"OneX", {30, 1, 5, 1, 0, 1}, 0.02, 1, 0, 1},
+                         {"Wide", {20, 60, 30, 2, 1, 1}, 0.01, 2, 1, 1},
+                         {"ThreeInCommon", {60, 12, 9, 3, 1, 1}, 0.01, 3, 1, 1},
+                         {"TwoUnique", {60, 12, 9, 1, 2, 2}, 0.01, 1, 2, 2}};
+
+class NCO2PLSOnBlocks : public ::testing::TestWithParam<Shape> {
+ protected:
+  NCO2PLSOnBlocks()
+      : blocks_(MakeFloatBlocks(GetParam().blocks, GetParam().noise, 7)),
+        model_(Fitted(blocks_, GetParam().predictive, GetParam().xOrthogonal, GetParam().yOrthogonal)) {}
+
+  FloatBlocks blocks_;
+  NCO2PLS model_;
+};
+
+INSTANTIATE_TEST_SUITE_P(, NCO2PLSOnBlocks, ::testing::ValuesIn(kShapes),
+                         [](const ::testing::TestParamInfo<Shape>& info) { return info.param.name; });
+
+TEST_P(NCO2PLSOnBlocks, HasTheMatricesOfAPlainTwin) {
+  const Shape& s = GetParam();
+  const plain::O2pls expected = plain::FitO2pls(plain::Of(blocks_.X), plain::Of(blocks_.Y), s.predictive,
+                                                s.xOrthogonal, s.yOrthogonal);
+  const plain::O2pls model = PlainOf(model_);
+  ExpectSameRows(model.W, expected.W, "W");
+  ExpectSameRows(model.T, expected.T, "T");
+  ExpectSameRows(model.P, expected.P, "P");
+  ExpectSameRows(model.C, expected.C, "C");
+  ExpectSameRows(model.U, expected.U, "U");
+  ExpectSameRows(model.Q, expected.Q, "Q");
+  ExpectSameRows(model.To, expected.To, "To");
+  ExpectSameRows(model.Wo, expected.Wo, "Wo");
+  ExpectSameRows(model.Po, expected.Po, "Po");
+  ExpectSameRows(model.Uo, expected.Uo, "Uo");
+  ExpectSameRows(model.Co, expected.Co, "Co");
+  ExpectSameRows(model.Qo, expected.Qo, "Qo");
+  EXPECT_EQ(model.R.size(), expected.R.size());
+  EXPECT_EQ(model.S.size(), expected.S.size());
+}
+
+TEST_P(NCO2PLSOnBlocks, PutsTheFirstWeightAlongTheFirstRightSingularVectorOfTheCrossProduct) {
+  if (GetParam().xOrthogonal + GetParam().yOrthogonal > 0) model_ = Fitted(blocks_, GetParam().predictive, 0, 0);
+  const plain::Table product = plain::Product(plain::Transposed(plain::Of(blocks_.Y)), plain::Of(blocks_.X));
+  EXPECT_LT(plain::SineOfAngle(plain::Of(model_.GetW())[0], plain::FirstLoading(product)), kConvergence);
+}
+
+TEST_P(NCO2PLSOnBlocks, KeepsOrthogonalScoresAtRightAnglesToItsOwnPredictiveScores) {
+  const auto expectRightAngles = [](const plain::Table& some, const plain::Table& others) {
+    for (const plain::Vector& a : some)
+      for (const plain::Vector& b : others)
+        EXPECT_LT(std::abs(plain::Dot(a, b)) / (Length(a) * Length(b)), kRounding);
+  };
+  const plain::O2pls m = PlainOf(model_);
+  expectRightAngles(m.To, m.T);
+  expectRightAngles(m.Uo, m.U);
+}
+
+TEST_P(NCO2PLSOnBlocks, KeepsOrthogonalWeightsAtRightAnglesToThePredictiveOnesWhereTheCrossProductHasTheirRank) {
+  FloatBlocks clean = MakeFloatBlocks(GetParam().blocks, 0.0, 7);
+  const Shape& s = GetParam();
+  const plain::O2pls m = PlainOf(Fitted(clean, s.predictive, s.xOrthogonal, s.yOrthogonal));
+  for (const auto& [some, others] : {std::pair{&m.Wo, &m.W}, {&m.Co, &m.C}})
+    for (const plain::Vector& a : *some)
+      for (const plain::Vector& b : *others) EXPECT_LT(std::abs(plain::Dot(a, b)), kConvergence);
+}
+
+TEST_P(NCO2PLSOnBlocks, LeavesNothingOfBlocksWithoutNoise) {
+  // X = T'P + To'Po and Y = U'Q + Uo'Qo: the residual is what the iterations and rounding leave.
+  const Shape& s = GetParam();
+  const FloatBlocks clean = MakeFloatBlocks(s.blocks, 0.0, 7);
+  const plain::O2pls m = PlainOf(Fitted(clean, s.predictive, s.xOrthogonal, s.yOrthogonal));
+  const auto left = [](plain::Table block, const plain::Table& T, const plain::Table& P, const plain::Table& To,
+                       const plain::Table& Po) {
+    const double all = plain::Squares(block);
+    for (std::size_t a = 0; a < T.size(); ++a) plain::AddOuter(&block, T[a], P[a], -1.0);
+    for (std::size_t a = 0; a < To.size(); ++a) plain::AddOuter(&block, To[a], Po[a], -1.0);
+    return std::sqrt(plain::Squares(block) / all);
+  };
+  EXPECT_LT(left(plain::Of(clean.X), m.T, m.P, m.To, m.Po), kConvergence);
+  EXPECT_LT(left(plain::Of(clean.Y), m.U, m.Q, m.Uo, m.Qo), kConvergence);
+}
+
+TEST_P(NCO2PLSOnBlocks, RelatesTheScoresByLeastSquares) {
+  const plain::O2pls m = PlainOf(model_);
+  const auto expectRelation = [](const plain::Table& relation, const plain::Table& from, const plain::Table& to) {
+    const plain::Table expected = plain::Product(plain::Inverse(plain::Product(from, plain::Transposed(from))),
+                                                 plain::Product(from, plain::Transposed(to)));
+    double largest = 0.0;
+    for (const auto& row : expected)
+      for (const double cell : row) largest = std::max(largest, std::abs(cell));
+    ASSERT_EQ(relation.size(), expected.size());
+    for (std::size_t i = 0; i < expected.size(); ++i)
+      for (std::size_t j = 0; j < expected.size(); ++j)
+        // The normal equations are inverted in float; their condition is at most (4 / 1)^2 here.
+        EXPECT_NEAR(relation[i][j], expected[i][j], 16 * kRounding * largest);
+  };
+  expectRelation(m.Lambda, m.T, m.U);
+  expectRelation(m.XLambda, m.U, m.T);
+}
+
+TEST_P(NCO2PLSOnBlocks, RegressesTheWholeBlocksOnTheOrthogonalScoresOfTheOther) {
+  const plain::O2pls m = PlainOf(model_);
+  const auto expectRegression = [](const plain::Table& block, const plain::Table& scores, const plain::Table& result) {
+    ASSERT_EQ(result.size(), scores.size());
+    for (std::size_t a = 0; a < scores.size(); ++a) {
+      const plain::Vector sums = plain::TransposedProduct(block, scores[a]);
+      const double ss = plain::Dot(scores[a], scores[a]);
+      for (std::size_t j = 0; j < sums.size(); ++j)
+        EXPECT_NEAR(result[a][j], sums[j] / ss, kRounding * std::sqrt(plain::Squares(block) / ss));
+    }
+  };
+  expectRegression(plain::Of(blocks_.X), m.Uo, m.R);
+  expectRegression(plain::Of(blocks_.Y), m.To, m.S);
+}
+
+TEST_P(NCO2PLSOnBlocks, CoefficientsReproduceThePredictionOfBothBlocks) {
+  // Exactly so only where Wo is at right angles to W: without noise.
+  const Shape& s = GetParam();
+  const FloatBlocks clean = MakeFloatBlocks(s.blocks, 0.0, 7);
+  const NCO2PLS m = Fitted(clean, s.predictive, s.xOrthogonal, s.yOrthogonal);
+  const auto expectSame = [](const Table& predicted, const Table& product) {
+    const Table difference = predicted - product;
+    EXPECT_LT(std::sqrt(static_cast<double>(difference.GetSS() / predicted.GetSS())), kConvergence);
+  };
+  expectSame(NCO2PLSYPred(&clean.X, &m).GetYPred(),
+             clean.X * NCO2PLS::GetCoefficients(m.GetW(), m.GetP(), m.GetWo(), m.GetPo(), m.GetLambda(), m.GetS(),
+                                                m.GetQ()));
+  expectSame(NCO2PLSXPred(&clean.Y, &m).GetXPred(),
+             clean.Y * NCO2PLS::GetCoefficients(m.GetC(), m.GetQ(), m.GetCo(), m.GetQo(), m.GetXLambda(), m.GetR(),
+                                                m.GetP()));
+}
+
+TEST_P(NCO2PLSOnBlocks, PredictsTheSameWithTheBlocksSwapped) {
+  const Shape& s = GetParam();
+  const NCO2PLS swapped = Fitted({blocks_.Y, blocks_.X}, s.predictive, s.yOrthogonal, s.xOrthogonal);
+  const Table one = NCO2PLSYPred(&blocks_.X, &model_).GetYPred(), other = NCO2PLSXPred(&blocks_.X, &swapped).GetXPred();
+  EXPECT_LT(std::sqrt(static_cast<double>((one - other).GetSS() / one.GetSS())), kConvergence);
+}
+
+TEST_P(NCO2PLSOnBlocks, GivesTheSameModelWhicheverSideGoesFirst) {
+  const Shape& s = GetParam();
+  NCO2PLS other(blocks_.X, blocks_.Y, /*checkDimensions=*/false, kMaxIterations);
+  for (int i = 0; i < s.yOrthogonal; ++i) other.NextOrthogonalComponent(/*xSide=*/false, s.predictive);
+  for (int i = 0; i < s.xOrthogonal; ++i) other.NextOrthogonalComponent(/*xSide=*/true, s.predictive);
+  other.CalculatePredictiveComps(s.predictive);
+  other.Finalise();
+  other.EndFit();
+  EXPECT_EQ(Everything(other), Everything(model_)) << "no side sees the orthogonal components of the other";
+}
+
+TEST_P(NCO2PLSOnBlocks, GivesTheSameModelWhenFittedAgain) {
+  const auto before = Everything(model_);
+  model_.Fit(GetParam().predictive, GetParam().xOrthogonal, GetParam().yOrthogonal);
+  EXPECT_EQ(Everything(model_), before);
+}
+
+TEST_P(NCO2PLSOnBlocks, LeavesTheBlocksAsTheyAre) {
+  EXPECT_EQ(CellsOf(model_.GetX()), CellsOf(blocks_.X));
+  EXPECT_EQ(CellsOf(model_.GetY()), CellsOf(blocks_.Y));
+  EXPECT_EQ(model_.SizeXColumns(), GetParam().blocks.xVariables);
+  EXPECT_EQ(model_.SizeYColumns(), GetParam().blocks.yVariables);
+  EXPECT_EQ(model_.SizePredComps(), GetParam().predictive);
+  EXPECT_EQ(model_.SizeXSideOrthoComps(), GetParam().xOrthogonal);
+  EXPECT_EQ(model_.SizeYSideOrthoComps(), GetParam().yOrthogonal);
+}
+
+// ---- The order of the steps
+
+FloatBlocks SmallBlocks() { return MakeFloatBlocks({20, 6, 5, 2, 1, 1}, 0.05, 3); }
+
+TEST(NCO2PLS, HasNoComponentsAfterAFitOfNone) {
+  const FloatBlocks blocks = SmallBlocks();
+  for (const bool check : {false, true}) {
+    const NCO2PLS model = Fitted(blocks, 0, 0, 0, check);
+    for (const auto& cells : Everything(model)) EXPECT_TRUE(cells.empty());
+  }
+}
+
+TEST(NCO2PLS, IsEmptyByDefault) {
+  const NCO2PLS model;
+  EXPECT_EQ(model.SizeXColumns(), 0);
+  EXPECT_EQ(model.SizeYColumns(), 0);
+  for (const auto& cells : Everything(model)) EXPECT_TRUE(cells.empty());
+}
+
+TEST(NCO2PLS, RefusesAPredictiveComponentOutOfSequence) {
+  const FloatBlocks blocks = SmallBlocks();
+  NCO2PLS model(blocks.X, blocks.Y, /*checkDimensions=*/false, kMaxIterations);
+  const auto next = [&] { model.NextPredictiveComp(); };
+  EXPECT_EQ(TextOf(next), kOutOfSequence) << "before the working blocks are made";
+  model.InitPredCompCalculation();
+  EXPECT_EQ(TextOf(next), std::nullopt);
+  model.NextOrthogonalComponent(/*xSide=*/true, 1);
+  EXPECT_EQ(TextOf(next), kOutOfSequence) << "an orthogonal component clears the working blocks";
+  model.Fit(1, 1, 1);
+  EXPECT_EQ(TextOf(next), kOutOfSequence) << "a fit ends without them";
+  model.CalculatePredictiveComps(1);
+  model.EndFit();
+  EXPECT_EQ(TextOf(next), kOutOfSequence);
+  model.CalculatePredictiveComps(1);
+  model.UnFit();
+  EXPECT_EQ(TextOf(next), kOutOfSequence);
+  EXPECT_EQ(model.SizePredComps(), 0);
+}
+
+TEST(NCO2PLS, AppendsTheSameComponentAgainUnlessItIsSubtracted) {
+  const FloatBlocks blocks = SmallBlocks();
+  NCO2PLS model(blocks.X, blocks.Y, /*checkDimensions=*/false, kMaxIterations);
+  model.InitPredCompCalculation();
+  model.NextPredictiveComp();
+  model.NextPredictiveComp();
+  EXPECT_EQ(CellsOf(model.GetT())[1], CellsOf(model.GetT())[0]);
+  model.SubtractLastPredictiveComp();
+  model.NextPredictiveComp();
+  EXPECT_NE(CellsOf(model.GetT())[2], CellsOf(model.GetT())[0]);
+}
+
+TEST(NCO2PLS, IsAModelOfFewerComponentsWhenFinalisedInBetween) {
+  const FloatBlocks blocks = SmallBlocks();
+  NCO2PLS model(blocks.X, blocks.Y, /*checkDimensions=*/false, kMaxIterations);
+  model.NextOrthogonalComponent(/*xSide=*/true, 2);
+  model.InitPredCompCalculation();
+  model.NextPredictiveComp();
+  model.SubtractLastPredictiveComp();
+  model.Finalise();
+  EXPECT_EQ(model.GetLambda().SizeRows(), 1);
+  EXPECT_EQ(model.GetS().SizeRows(), 1);
+  model.NextPredictiveComp();
+  model.Finalise();
+  EXPECT_EQ(model.GetLambda().SizeRows(), 2);
+  EXPECT_EQ(model.GetS().SizeRows(), 1) << "not appended to";
+  EXPECT_EQ(Everything(model), Everything(Fitted(blocks, 2, 1, 0)));
+}
+
+TEST(NCO2PLS, TakesOneMoreOrthogonalComponentWhenFitted) {
+  const FloatBlocks blocks = SmallBlocks();
+  NCO2PLS model = Fitted(blocks, 2, 1, 0);
+  model.NextOrthogonalComponent(/*xSide=*/true, model.SizePredComps());
+  model.CalculatePredictiveComps(model.SizePredComps());
+  model.Finalise();
+  EXPECT_EQ(Everything(model), Everything(Fitted(blocks, 2, 2, 0)));
+}
+
+TEST(NCO2PLS, KeepsOrthogonalMatricesRAndSWhereThePredictiveOnesStartAnew) {
+  NCO2PLS model = Fitted(SmallBlocks(), 2, 1, 1);
+  model.InitPredCompCalculation();
+  for (const Table& cleared : {model.GetT(), model.GetU(), model.GetP(), model.GetW(), model.GetC(), model.GetQ(),
+                               model.GetLambda(), model.GetXLambda()})
+    EXPECT_EQ(cleared.SizeRows(), 0);
+  for (const Table& kept : {model.GetTo(), model.GetWo(), model.GetPo(), model.GetUo(), model.GetCo(), model.GetQo(),
+                            model.GetR(), model.GetS()})
+    EXPECT_EQ(kept.SizeRows(), 1);
+}
+
+TEST(NCO2PLS, RefusesAnOrthogonalComponentWithoutPredictiveOnes) {
+  const FloatBlocks blocks = SmallBlocks();
+  NCO2PLS model(blocks.X, blocks.Y, /*checkDimensions=*/false, kMaxIterations);
+  for (const bool xSide : {true, false})
+    EXPECT_EQ(TextOf([&] { model.NextOrthogonalComponent(xSide, 0); }),
+              "Internal error in NCO2PLS\nAn orthogonal component needs a predictive component.");
+  EXPECT_EQ(model.SizeXSideOrthoComps() + model.SizeYSideOrthoComps(), 0);
+}
+
+// ---- Copies
+
+TEST(NCO2PLS, CopiesOfAModelGoTheirOwnWays) {
+  const FloatBlocks blocks = SmallBlocks();
+  NCO2PLS model = Fitted(blocks, 2, 1, 1);
+  const auto all = Everything(model);
+  NCO2PLS copy(model), assigned;
+  assigned = model;
+  EXPECT_EQ(Everything(copy), all);
+  EXPECT_EQ(Everything(assigned), all);
+  copy.UnFit();
+  assigned.Fit(1, 0, 0);
+  EXPECT_EQ(Everything(model), all);
+  EXPECT_EQ(CellsOf(copy.GetX()), CellsOf(blocks.X)) << "UnFit leaves the blocks";
+  copy.swap(assigned);
+  EXPECT_EQ(copy.SizePredComps(), 1);
+  EXPECT_EQ(assigned.SizePredComps(), 0);
+}
+
+TEST(NCO2PLS, CopiesTheLimitsAndTheStateOfTheSteps) {
+  const FloatBlocks blocks = MakeFloatBlocks({10, 3, 3, 1, 1, 1}, 0.05, 3);
+  NCO2PLS model(blocks.X, blocks.Y, /*checkDimensions=*/true, kMaxIterations);
+  model.InitPredCompCalculation();
+  NCO2PLS copy;
+  copy = model;
+  EXPECT_NO_THROW(copy.NextPredictiveComp()) << "the working blocks are copied";
+  EXPECT_THROW(copy.NextOrthogonalComponent(/*xSide=*/true, 4), NCO2PLSDimensionalityException);
+  copy = NCO2PLS(blocks.X, blocks.Y, /*checkDimensions=*/false, kMaxIterations);
+  EXPECT_NO_THROW(copy.NextOrthogonalComponent(/*xSide=*/true, 4));
+}
+
+TEST(NCO2PLS, HandsOutMatricesThatNobodyElseHolds) {
+  NCO2PLS model = Fitted(SmallBlocks(), 2, 1, 1);
+  const auto all = Everything(model);
+  Table t = model.GetT();
+  t(1, 1, 1e6F);
+  EXPECT_EQ(Everything(model), all);
+}
+
+// ---- Signs
+
+TEST(NCO2PLS, FlipsTheFlaggedRowsOfEachSide) {
+  NCO2PLS model = Fitted(SmallBlocks(), 2, 2, 2);
+  const NCO2PLS before = model;
+  model.FlipPredictiveModel({false, true}, {true, false});
+  model.FlipXSideModel({true, false});
+  model.FlipYSideModel({false, true});
+  const auto expectFlipped = [](const Table& now, const Table& then, int row, const char* what) {
+    SCOPED_TRACE(what);
+    Table expected = then;
+    expected.MultiplyRow(row, -1.0F);
+    EXPECT_EQ(CellsOf(now), CellsOf(expected));
+  };
+  expectFlipped(model.GetT(), before.GetT(), 2, "T");
+  expectFlipped(model.GetP(), before.GetP(), 2, "P");
+  expectFlipped(model.GetW(), before.GetW(), 2, "W");
+  expectFlipped(model.GetU(), before.GetU(), 1, "U");
+  expectFlipped(model.GetC(), before.GetC(), 1, "C");
+  expectFlipped(model.GetQ(), before.GetQ(), 1, "Q");
+  expectFlipped(model.GetTo(), before.GetTo(), 1, "To");
+  expectFlipped(model.GetWo(), before.GetWo(), 1, "Wo");
+  expectFlipped(model.GetPo(), before.GetPo(), 1, "Po");
+  expectFlipped(model.GetS(), before.GetS(), 1, "S");
+  expectFlipped(model.GetUo(), before.GetUo(), 2, "Uo");
+  expectFlipped(model.GetCo(), before.GetCo(), 2, "Co");
+  expectFlipped(model.GetQo(), before.GetQo(), 2, "Qo");
+  expectFlipped(model.GetR(), before.GetR(), 2, "R");
+  EXPECT_EQ(CellsOf(model.GetLambda()), CellsOf(model.GetT().GetRegressionCoefficients(model.GetU())));
+  EXPECT_EQ(CellsOf(model.GetXLambda()), CellsOf(model.GetU().GetRegressionCoefficients(model.GetT())));
+  EXPECT_NE(CellsOf(model.GetLambda()), CellsOf(before.GetLambda()));
+}
+
+TEST(NCO2PLS, PredictsTheSameWhateverTheSigns) {
+  const FloatBlocks blocks = SmallBlocks();
+  NCO2PLS model = Fitted(blocks, 2, 1, 1);
+  const Table before = NCO2PLSYPred(&blocks.X, &model).GetYPred();
+  model.FlipPredictiveModel({true, false}, {false, true});
+  model.FlipXSideModel({true});
+  model.FlipYSideModel({true});
+  const Table difference = NCO2PLSYPred(&blocks.X, &model).GetYPred() - before;
+  EXPECT_LT(static_cast<double>(difference.GetSS() / before.GetSS()), kRounding * kRounding);
+}
+
+TEST(NCO2PLS, PassesOverFlagsWithoutRowsAndRowsWithoutFlags) {
+  NCO2PLS model = Fitted(SmallBlocks(), 2, 2, 2);
+  const auto all = Everything(model);
+  model.FlipPredictiveModel({}, {});
+  model.FlipXSideModel({});
+  model.FlipYSideModel({});
+  EXPECT_EQ(Everything(model), all);
+  model.FlipXSideModel({false, false, true, true});
+  model.FlipPredictiveModel({false, false, true}, {});
+  EXPECT_EQ(Everything(model), all);
+  model.FlipXSideModel({true});
+  EXPECT_NE(CellsOf(model.GetTo())[0], all[6][0]);
+  EXPECT_EQ(CellsOf(model.GetTo())[1], all[6][1]) << "a short vector of flags leaves the later rows";
+}
+
+TEST(NCO2PLS, ComputesTheInnerRelationsAnewOnlyWhereAPredictiveRowWasFlipped) {
+  const FloatBlocks blocks = SmallBlocks();
+  NCO2PLS model(blocks.X, blocks.Y, /*checkDimensions=*/false, kMaxIterations);
+  model.NextOrthogonalComponent(/*xSide=*/true, 2);
+  model.NextOrthogonalComponent(/*xSide=*/false, 2);
+  model.CalculatePredictiveComps(2);
+  model.FlipXSideModel({true});
+  model.FlipYSideModel({true});
+  model.FlipPredictiveModel({false, false}, {false, false});
+  EXPECT_EQ(model.GetLambda().SizeRows(), 0);
+  model.FlipPredictiveModel({}, {true});
+  EXPECT_EQ(model.GetLambda().SizeRows(), 2);
+}
+
+// ---- Coefficients
+
+TEST(NCO2PLS, CoefficientsWithoutOrthogonalWeightsAreThePredictiveTermAlone) {
+  const NCO2PLS m = Fitted(SmallBlocks(), 2, 1, 0);
+  const Table none;
+  const Table coefficients =
+      NCO2PLS::GetCoefficients(m.GetW(), m.GetP(), none, none, m.GetLambda(), none, m.GetQ());
+  // W*' Lambda Q with W* = (W P')^-1 W, in double.
+  const plain::O2pls p = PlainOf(m);
+  const plain::Table wStar = plain::Product(plain::Inverse(plain::Product(p.W, plain::Transposed(p.P))), p.W);
+  const plain::Table expected =
+      plain::Product(plain::Transposed(wStar), plain::Product(p.Lambda, p.Q));
+  ASSERT_EQ(coefficients.SizeRows(), 6);
+  ASSERT_EQ(coefficients.SizeColumns(), 5);
+  for (int k = 1; k <= 6; ++k)
+    for (int j = 1; j <= 5; ++j)
+      EXPECT_NEAR(coefficients[k][j], expected[static_cast<std::size_t>(k) - 1][static_cast<std::size_t>(j) - 1],
+                  kRounding);
+}
+
+// ---- Stops, threads, memory
+
+TEST(NCO2PLS, IsAsBeforeTheStepWheneverTheUserStopsOne) {
+  const FloatBlocks blocks = SmallBlocks();
+  NCO2PLS model(blocks.X, blocks.Y, /*checkDimensions=*/false, kMaxIterations);
+  model.NextOrthogonalComponent(/*xSide=*/true, 2);
+  model.CalculatePredictiveComps(1);
+  model.SubtractLastPredictiveComp();
+  const auto before = Everything(model);
+  int stops = 0;
+  for (int stopAt = 1;; ++stopAt) {
+    ProgressLog log;
+    log.stopAt = stopAt;
+    const RecordOwnBars bars(&log);
+    NCO2PLS predictive = model, orthogonal = model;
+    const bool stopped = TextOf([&] { predictive.NextPredictiveComp(); }).has_value();
+    ProgressLog second;
+    second.stopAt = stopAt;
+    const RecordOwnBars secondBars(&second);
+    const bool alsoStopped = TextOf([&] { orthogonal.NextOrthogonalComponent(/*xSide=*/true, 1); }).has_value();
+    if (stopped) {
+      EXPECT_EQ(Everything(predictive), before);
+    }
+    if (alsoStopped) {
+      EXPECT_EQ(Everything(orthogonal), before);
+    }
+    if (!stopped && !alsoStopped) break;
+    ++stops;
+  }
+  EXPECT_GT(stops, 2);
+}
+
+TEST(NCO2PLS, GivesTheSameBitsFromAnyNumberOfThreads) {
+  const FloatBlocks blocks = MakeFloatBlocks({300, 200, 150, 2, 1, 1}, 0.05, 3);
+  std::vector<std::vector<std::vector<std::vector<float>>>> results;
+  for (const int threads : {1, 2, 3}) {
+    const Threads some(threads);
+    results.push_back(Everything(Fitted(blocks, 2, 1, 1)));
+  }
+  EXPECT_TRUE(results[1] == results[0]);
+  EXPECT_TRUE(results[2] == results[0]);
+}
+
+TEST(NCO2PLS, MakesNoTableOfColumnsByColumnsOfAWideBlock) {
+  const FloatBlocks blocks = MakeFloatBlocks({20, 3000, 5, 1, 1, 1}, 0.01, 3);
+  const std::int64_t twoBlocks = 4LL * 20 * (3000 + 5);
+  const PeakBytesDuring meter;
+  const NCO2PLS model = Fitted(blocks, 1, 1, 1);
+  // Working copies of X, its cross product with Y, and a row of results: a few times the blocks; a table of
+  // columns by columns would be 150 times.
+  EXPECT_LT(meter.GetBytes(), 6 * twoBlocks);
+}
+
+// ---- Refusals at the start
+
+TEST(NCO2PLS, RefusesBlocksThatDoNotBelongTogetherOrHaveHoles) {
+  const Table whole = RandomMatrix<float>(6, 3, 0, 1);
+  Table holed = whole;
+  holed(2, 2, kHole<float>);
+  const Table longer = RandomMatrix<float>(7, 3, 0, 1);
+  const char* const rows = "Internal error in NCO2PLS\nX and Y matrices have different number of rows.";
+  const char* const holes = "Internal error in NCO2PLS\nThe X and Y matrices can not contain missing values.";
+  const struct {
+    const char* what;
+    const Table &X, &Y;
+    const char* text;
+  } cases[] = {{"X longer", longer, whole, rows},
+               {"Y longer", whole, longer, rows},
+               {"X with a hole", holed, whole, holes},
+               {"Y with a hole", whole, holed, holes},
+               {"both", holed, longer, rows}};
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.what);
+    EXPECT_EQ(TextOf([&] { NCO2PLS(c.X, c.Y, /*checkDimensions=*/false, 10); }), c.text);
+  }
+}
+
+}  // namespace

@@ -1,0 +1,54 @@
+#pragma once
+
+#include <vector>
+
+#include "kalmia/containers/NCDataMatrix.h"
+
+// O2PLS on complete tables, all in double and in the plainest way, as a witness of the library's.
+namespace plain {
+
+using Vector = std::vector<double>;
+using Table = std::vector<Vector>;  ///< its rows
+
+Table Of(const NCDataMatrix<float>& table);
+NCDataMatrix<float> ToFloat(const Table& table);
+Table Transposed(const Table& a);
+Table Product(const Table& a, const Table& b);
+Vector Product(const Table& a, const Vector& v);
+Vector TransposedProduct(const Table& a, const Vector& v);  ///< a'v
+double Dot(const Vector& a, const Vector& b);
+void Normalise(Vector* v);
+void AddOuter(Table* a, const Vector& rows, const Vector& columns, double factor);
+Table Inverse(Table a);
+double Squares(const Table& a);
+
+/// The first right singular vector, by so many squarings of the table that only equal singular values are left mixed.
+Vector FirstLoading(const Table& a);
+
+struct O2pls {
+  Table T, U, P, W, C, Q, To, Wo, Po, Uo, Co, Qo, R, S, Lambda, XLambda;  ///< one component per row
+};
+
+O2pls FitO2pls(const Table& X, const Table& Y, int predictive, int xOrthogonal, int yOrthogonal);
+
+/// The prediction of Y from X. Of X from Y, with the model's sides swapped.
+struct Prediction {
+  Table scores, orthogonalScores, predicted;
+};
+Prediction PredictY(const Table& X, const O2pls& model, int yColumns);
+O2pls Swapped(const O2pls& model);
+
+/// Two blocks with scores of their own and in common, all of them at right angles to each other; the first score in
+/// common is `2^(common - 1)` times as long as the last. Each cell has a random error of the order of `noise`.
+struct Blocks {
+  Table X, Y;
+};
+struct BlocksShape {
+  int rows, xVariables, yVariables, common, xUnique, yUnique;
+};
+Blocks MakeBlocks(const BlocksShape& shape, double noise, unsigned seed);
+
+/// |sine| of the angle between two vectors.
+double SineOfAngle(const Vector& a, const Vector& b);
+
+}  // namespace plain
