@@ -128,6 +128,18 @@ TEST(PLSMissingValueEstimatorSearch, GoesOnWhereAComponentExplainsJustOnePercent
       << "a little less of all";
 }
 
+TEST(PLSMissingValueEstimatorSearch, RoundsTheTotalToFloat) {
+  // As above, 1 of 100, but for another 2^-30: only of 100 itself the second score has all of 1 %.
+  EXPECT_TRUE(SecondCounts(
+      ExactScores({{9, 1, 0, 0}, {4, 0, 0, 0}, {1, 0, 0, 0}, {1, 0, 0, 0}, {0x1p-15F, 0, 0, 0}})));
+}
+
+TEST(PLSMissingValueEstimatorSearch, AddsUpInDoubleWhatIsLeft) {
+  // Again 1 of 100. Before it 64 + 2^-18 are left and after it 63 + 2^-18, the former of which is no float: the
+  // difference of the two as floats would be less than 1.
+  EXPECT_TRUE(SecondCounts(ExactScores({{1, 1, 7, 0}, {5, 0, 3, 0}, {3, 0, 2, 1}, {1, 0, 0x1p-9F, 0}})));
+}
+
 TEST(PLSMissingValueEstimatorSearch, EndsWhereAComponentExplainsJustThreePercentOfAColumn) {
   // The second score has 9 of 17^2 + 3^2 + 1 + 1 = 300 in its column, and of all 9 of 1200.
   EXPECT_FALSE(SecondCounts(ExactScores({{30, 0, 0, 0}, {17, 3, 1, 1}})));
