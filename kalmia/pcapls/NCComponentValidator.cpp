@@ -31,7 +31,7 @@ bool PCA_SS_ComponentValidator::IsPreComponentValidator() { return true; }
 
 bool PCA_SS_ComponentValidator::IsValid() {
   const float left = SumOfSquaresLeft(model_);
-  if (initialSS_ == kMissing || left == kMissing || !(initialSS_ > kSmallestSS)) return false;
+  if (left == kMissing || !(initialSS_ > kSmallestSS)) return false;  // a missing start is below, too
   return fraction_ < left / initialSS_;
 }
 

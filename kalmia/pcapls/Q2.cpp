@@ -2,8 +2,6 @@
 
 #include <algorithm>
 
-#include "kalmia/containers/Missing.h"
-
 namespace kalmia {
 
 namespace {
@@ -17,8 +15,7 @@ Q2 Judge(double ss, double press, float cumulated) {
 
 Q2 JudgeVariable(double ss, double press, float cumulated, float ssOriginal) {
   if (ss >= kSmallestVariance) return Judge(ss, press, cumulated);
-  const bool hadVariance = ssOriginal >= kSmallestVariance && ssOriginal != kMissing;
-  return {0.0F, hadVariance ? 1.0F : 0.0F};
+  return {0.0F, ssOriginal >= kSmallestVariance ? 1.0F : 0.0F};  // -99 is below
 }
 
 Q2 JudgeTotal(double ss, double press, float cumulated) {
