@@ -2,6 +2,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <new>
 #include <string>
 #include <vector>
@@ -17,6 +18,8 @@ namespace {
 
 using namespace filling;
 
+constexpr float kMissing = kHole<float>;
+
 TEST(PLSMissingValueEstimator, OpensABarForEachComponentAndEachCrossValidation) {
   const Tables tables = TwoScores(/*share=*/0.02F, /*weight=*/4.5F);
   ProgressLog log;
@@ -29,6 +32,33 @@ TEST(PLSMissingValueEstimator, OpensABarForEachComponentAndEachCrossValidation) 
   EXPECT_EQ(log.Count("open"), 4) << log.Joined();
   EXPECT_THAT(log.Joined(), ::testing::HasSubstr(std::string("open ") + static_cast<const char*>(title)));
   EXPECT_EQ(log.Count("~"), 4);
+}
+
+TEST(PLSMissingValueEstimator, IteratesAComponentTwoHundredTimesAtMost) {
+  // Two scores at right angles, one of which is nearly as strong as the other: each round takes less than a thousandth
+  // of the weaker one away.
+  Tables tables{Table(64, 3, 0.0F), Table(64, 2)};
+  for (int i = 1; i <= 64; ++i) {
+    const float first = i % 2 == 0 ? 1.0F : -1.0F;
+    const float second = i / 2 % 2 == 0 ? 1.0F : -1.0F;
+    tables.X(i, 1, first);
+    tables.X(i, 2, second);
+    tables.Y(i, 1, 0.8F * first + 0.6F * 0.9998F * second);
+    tables.Y(i, 2, -0.6F * first + 0.8F * 0.9998F * second);
+  }
+  tables.X(5, 3, kMissing);
+  NCPLS model(&tables.X, &tables.Y, 1000);
+  model.NextComponent(nullptr, nullptr, /*quiet=*/true, /*strict=*/true);
+  ASSERT_GT(model.GetIterations(), 200);
+  ProgressLog log;
+  {
+    const RecordOwnBars bars(&log);
+    Filled(tables.X, tables.Y);
+  }
+  const auto end = std::find(log.calls.begin(), log.calls.end(), "~");
+  const auto isMove = [](const std::string& call) { return call.rfind("SetValue", 0) == 0; };
+  const auto moves = std::count_if(log.calls.begin(), end, isMove);
+  EXPECT_EQ(moves, 200 - 1) << "the first round opens the bar";
 }
 
 TEST(PLSMissingValueEstimator, PassesAStopOnWithTheTableInHandAsItWas) {

@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <cmath>
 #include <cstdint>
 #include <memory>
 #include <sstream>
@@ -156,6 +157,24 @@ TEST(PCACrossValidation, TurnsBothSetsAlongTheModelsComponent) {
     for (int i = 1; i <= 12; ++i) EXPECT_EQ((*turned.GetTSet())[r][i], -(*validation.GetTSet())[r][i]);
   }
   EXPECT_EQ(Judgement(turned), Judgement(validation));
+}
+
+TEST(PCACrossValidation, TurnsAScoreThatCameOutAgainstTheModels) {
+  // All cells are 1, so that every score becomes the same for all rows; the first row has but two of the variables of
+  // group 0, and its -2 counts no more after a few rounds. In the product with the model's scores it outweighs the others.
+  NCDataMatrix<float> X(3, 6, 1.0F);
+  for (int j = 3; j <= 5; ++j) X(1, j, kMissing);
+  const NCDataMatrix<float> p(1, 6, 0.4F), t = MatrixOf<float>({{-2, 0.9F, 0.9F}});
+  const Groups variables = Ints({0, 0, 0, 0, 0, 1}), observations = Ints({0, 1, 1});
+  NCPCA model(&X, &p, &t, 50);
+  PCACrossValidation validation(&model, 2, &observations, &variables);
+  validation.NextComponent(NCDataVector<float>(6, 3.0F), nullptr);
+  NCPCA round(&X, 5);
+  round.NextComponent(nullptr, &variables, 1, &t[1]);
+  const NCDataVector<float>& score = (*round.GetTprim())[1];
+  ASSERT_LT(score * t[1], 0.0L);
+  const float scale = std::sqrt(6.0F / 5.0F);
+  for (int i = 1; i <= 3; ++i) EXPECT_EQ((*validation.GetTSet())[2][i], -scale * score[i]);
 }
 
 TEST(PCACrossValidation, ScalesAScoreUpForTheVariablesItDidNotSee) {

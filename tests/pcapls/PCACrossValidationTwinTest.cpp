@@ -157,6 +157,28 @@ TEST_P(PCACrossValidationOnTables, RoundsAreModelsWithoutTheGroupsToTheBit) {
     EXPECT_TRUE(HasExactCounts(*matrix));
 }
 
+TEST_P(PCACrossValidationOnTables, Q2IsThatOfTheRoundedResidualsToTheBit) {
+  const Shape& shape = GetParam();
+  PCAValidationCase data(shape.rows, shape.columns, shape.holes);
+  PCACrossValidation validation(data.model.get(), shape.rounds, nullptr, nullptr);
+  data.AddComponent();
+  data.Validate(&validation);
+  const NCDataMatrix<float>& residuals = *validation.GetXPredResiduals();
+  double ssOfAll = 0.0, pressOfAll = 0.0;
+  for (int j = 1; j <= shape.columns; ++j) {
+    double ss = 0.0, press = 0.0;
+    for (int i = 1; i <= shape.rows; ++i) {
+      if (data.X[i][j] == kMissing) continue;
+      ss += static_cast<double>(data.X[i][j]) * data.X[i][j];
+      press += static_cast<double>(residuals[i][j]) * residuals[i][j];
+    }
+    EXPECT_EQ((*validation.GetQ2XVar())[j], static_cast<float>((ss - press) / ss));
+    ssOfAll += ss;
+    pressOfAll += press;
+  }
+  EXPECT_EQ(validation.GetQ2Tot(), static_cast<float>((ssOfAll - pressOfAll) / ssOfAll));
+}
+
 TEST_P(PCACrossValidationOnTables, LeavesTheModelAsItIs) {
   const Shape& shape = GetParam();
   PCAValidationCase data(shape.rows, shape.columns, shape.holes);
