@@ -160,8 +160,8 @@ TEST(PCACrossValidation, TurnsBothSetsAlongTheModelsComponent) {
 }
 
 TEST(PCACrossValidation, TurnsAScoreThatCameOutAgainstTheModels) {
-  // All cells are 1, so that every score becomes the same for all rows; the first row has but two of the variables of
-  // group 0, and its -2 counts no more after a few rounds. In the product with the model's scores it outweighs the others.
+  // All cells are 1, so that in a few rounds all rows come to the same score, whose sign the second and third row
+  // give: the first one has but two of the variables of group 0. In the model's scores its -2 outweighs them.
   NCDataMatrix<float> X(3, 6, 1.0F);
   for (int j = 3; j <= 5; ++j) X(1, j, kMissing);
   const NCDataMatrix<float> p(1, 6, 0.4F), t = MatrixOf<float>({{-2, 0.9F, 0.9F}});
