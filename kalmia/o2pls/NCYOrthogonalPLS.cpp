@@ -1,0 +1,210 @@
+#include "kalmia/o2pls/NCYOrthogonalPLS.h"
+
+#include <algorithm>
+#include <cmath>
+#include <utility>
+
+#include "kalmia/o2pls/FirstLoading.h"
+#include "kalmia/o2pls/OSCPLSComponentValidator.h"
+#include "kalmia/opls/DeepCopy.h"
+#include "kalmia/pcapls/ComponentRows.h"
+#include "kalmia/pcapls/ConvergenceBar.h"
+#include "kalmia/pcapls/NCComponentValidator.h"
+#include "kalmia/pcapls/NCPCA.h"
+#include "kalmia/pcapls/NCPLS.h"
+#include "kalmia/support/CString.h"
+#include "kalmia/support/LanguageString.h"
+#include "kalmia/support/NCError.h"
+
+namespace {
+
+using Matrix = NCDataMatrix<float>;
+using Vector = NCDataVector<float>;
+
+constexpr unsigned kTitle = 10123;
+constexpr unsigned kCannotGoOn = 10124;
+
+/// Principal components of Y are worth having as long as more than this share of it is left.
+constexpr float kShareOfY = 0.001F;
+
+constexpr double kHalfTurnIsNinety = 90.0;
+
+NCError CannotGoOn() { return NCError(LanguageString::Get(kCannotGoOn)); }
+
+std::unique_ptr<Matrix> DeepCopyOf(const std::unique_ptr<Matrix>& matrix) {
+  return matrix ? std::make_unique<Matrix>(kalmia::DeepCopy(*matrix)) : nullptr;
+}
+
+bool IsEmptyRow(const Matrix& table, int row) { return table[row].GetNumMisVal() == table.SizeColumns(); }
+
+/// m = (log10(d) + 7) * 10 of the change d of a round: at or below 0 the search has converged.
+double MeasureOfSearch(long double change) {
+  const double d = static_cast<double>(change);
+  return d < kalmia::kNoChange ? kalmia::kConverged : (std::log10(d) + 7.0) * 10.0;
+}
+
+/// One component more; false where the model can have no further one.
+bool AddComponent(NCPLS* model) try {
+  model->NextComponent(nullptr, nullptr, /*quiet=*/false, /*strict=*/true);
+  model->CalculateResiduals();
+  return true;
+} catch (const NCError& error) {
+  if (error.GetLevel() != NCError::Level1 || model->GetComponents() == 0) throw;
+  return false;
+}
+
+double RoundedToFloat(long double value) { return static_cast<double>(static_cast<float>(value)); }
+
+}  // namespace
+
+NCYOrthogonalPLS::NCYOrthogonalPLS() : y_(std::make_unique<Matrix>()) {}
+
+NCYOrthogonalPLS::NCYOrthogonalPLS(const NCDataMatrix<float>* X, const NCDataMatrix<float>* Y, int maxIterations,
+                                   int maxPLSComponents)
+    : pprim_(kalmia::WithoutRows(X->SizeColumns())),
+      wprim_(kalmia::WithoutRows(X->SizeColumns())),
+      tprim_(kalmia::WithoutRows(X->SizeRows())),
+      xResiduals_(*X),
+      y_(std::make_unique<Matrix>(*Y)),
+      maxIterations_(maxIterations),
+      maxPLSComponents_(maxPLSComponents) {
+  if (X->SizeRows() != Y->SizeRows()) throw NCError("Internal error in NCYOrthogonalPLS::NCYOrthogonalPLS");
+  for (int i = 1; i <= X->SizeRows(); ++i) {
+    if (IsEmptyRow(*X, i)) throw NCError("The X matrix contains at least one row with only missing values.");
+    if (IsEmptyRow(*Y, i)) throw NCError("The Y matrix contains at least one row with only missing values.");
+  }
+}
+
+NCYOrthogonalPLS::NCYOrthogonalPLS(const NCYOrthogonalPLS& other)
+    : VexStreamBase(),
+      pprim_(kalmia::DeepCopy(other.pprim_)),
+      wprim_(kalmia::DeepCopy(other.wprim_)),
+      tprim_(kalmia::DeepCopy(other.tprim_)),
+      xResiduals_(kalmia::DeepCopy(other.xResiduals_)),
+      y_(DeepCopyOf(other.y_)),
+      yScores_(DeepCopyOf(other.yScores_)),
+      yScoresInverse_(DeepCopyOf(other.yScoresInverse_)),
+      components_(other.components_),
+      maxIterations_(other.maxIterations_),
+      maxPLSComponents_(other.maxPLSComponents_) {}
+
+NCYOrthogonalPLS& NCYOrthogonalPLS::operator=(const NCYOrthogonalPLS& other) {
+  NCYOrthogonalPLS copy(other);
+  Swap(&copy);
+  return *this;
+}
+
+NCYOrthogonalPLS::~NCYOrthogonalPLS() = default;
+
+void NCYOrthogonalPLS::Swap(NCYOrthogonalPLS* other) {
+  pprim_.swap(other->pprim_);
+  wprim_.swap(other->wprim_);
+  tprim_.swap(other->tprim_);
+  xResiduals_.swap(other->xResiduals_);
+  y_.swap(other->y_);
+  yScores_.swap(other->yScores_);
+  yScoresInverse_.swap(other->yScoresInverse_);
+  std::swap(components_, other->components_);
+  std::swap(maxIterations_, other->maxIterations_);
+  std::swap(maxPLSComponents_, other->maxPLSComponents_);
+}
+
+void NCYOrthogonalPLS::SetupYPCA() const {
+  if (!y_) throw CannotGoOn();
+  PCA_SS_ComponentValidator validator(nullptr, kShareOfY);
+  NCPCA model(y_.get(), maxIterations_);
+  validator.SetPCAModel(&model);
+  while (validator.IsValid()) {
+    model.NextComponent(nullptr, nullptr, 0, nullptr);
+    model.CalculateResiduals();
+  }
+  if (model.GetComponents() == 0) {
+    y_.reset();
+    throw CannotGoOn();
+  }
+  auto scores = std::make_unique<Matrix>(*model.GetTprim());
+  scores->Transpose();
+  auto inverse = std::make_unique<Matrix>(*scores);
+  inverse->TransformToMprim_mul_M();
+  inverse->TransformToInverse();
+  yScores_ = std::move(scores);
+  yScoresInverse_ = std::move(inverse);
+  y_.reset();
+}
+
+NCDataVector<float> NCYOrthogonalPLS::OutsideOfY(const NCDataVector<float>& scores) const {
+  return scores - *yScores_ * (*yScoresInverse_ * yScores_->PreMultiply(scores));
+}
+
+NCDataVector<float> NCYOrthogonalPLS::NextWeights(const NCDataVector<float>& w, NCProgress* bar) const {
+  const Vector t = OutsideOfY(xResiduals_.RegressRows(w));
+  NCPLS model(&xResiduals_, &t, maxIterations_);
+  OSCPLSComponentValidator validator(&model, maxPLSComponents_);
+  bool goesOn = true;
+  while (goesOn && validator.IsValid()) {
+    if (!bar->NextSpin()) throw CannotGoOn();
+    goesOn = AddComponent(&model);
+  }
+  bar->SpinDone();
+  if (model.GetComponents() == 0) return Vector(xResiduals_.SizeColumns());
+  Vector next = model.GetRegressionCoefficients(-1).GetColumn(1);
+  next.Normalise();
+  return next;
+}
+
+NCDataVector<float> NCYOrthogonalPLS::FindWeights(bool showProgress) const {
+  Vector w = kalmia::FirstLoading(xResiduals_, maxIterations_);
+  if (!yScores_) SetupYPCA();
+  CString title;
+  title.Format(LanguageString::Get(kTitle), components_ + 1);
+  NCProgress bar(title, -1.0F, 0.0F, true, showProgress, true, nullptr);
+  double measure = 0.0;
+  int rounds = 0;
+  do {
+    const Vector next = NextWeights(w, &bar);
+    measure = MeasureOfSearch(next.Difference(w));
+    w = next;
+    ++rounds;
+    if (!bar.SetValue(static_cast<float>(-measure))) throw CannotGoOn();
+  } while (measure > 0.0 && rounds < maxIterations_);
+  return w;
+}
+
+void NCYOrthogonalPLS::NextComponent(bool showProgress) {
+  const Vector w = FindWeights(showProgress);
+  const Vector t = xResiduals_.RegressRows(w);
+  const Vector p = xResiduals_.RegressColumns(t);
+  Matrix tprim = kalmia::WithRow(tprim_, components_ + 1, t);
+  Matrix wprim = kalmia::WithRow(wprim_, components_ + 1, w);
+  Matrix pprim = kalmia::WithRow(pprim_, components_ + 1, p);
+  xResiduals_.AddVprimV(t, p, -1.0F);
+  tprim_.swap(tprim);
+  wprim_.swap(wprim);
+  pprim_.swap(pprim);
+  ++components_;
+}
+
+void NCYOrthogonalPLS::RemoveComponent() {
+  if (components_ <= 0) return;
+  Vector p = pprim_[components_];
+  p *= -1.0L;
+  xResiduals_.AddVprimV(tprim_[components_], p, -1.0F);
+  for (Matrix* matrix : {&pprim_, &tprim_, &wprim_}) matrix->RemoveRows(components_, 1);
+  --components_;
+}
+
+void NCYOrthogonalPLS::CalculateResiduals(NCDataMatrix<float>* matrix) const {
+  for (int a = 1; a <= components_; ++a) matrix->AddVprimV(matrix->RegressRows(wprim_[a]), pprim_[a], -1.0F);
+}
+
+NCDataMatrix<float> NCYOrthogonalPLS::GetWStarPrim() const { return NCPLS::GetWStarPrim(wprim_, pprim_); }
+
+double NCYOrthogonalPLS::GetYAngle(const NCDataVector<float>* vector) const {
+  if (!yScores_) SetupYPCA();
+  const Vector outside = OutsideOfY(*vector);
+  const double share = RoundedToFloat(*vector * outside);
+  const double squares = RoundedToFloat(outside * outside) * RoundedToFloat(*vector * *vector);
+  const double cosine = std::min(std::max(share / std::sqrt(squares), -1.0), 1.0);
+  constexpr double kPi = 3.14159265358979323846;
+  return kHalfTurnIsNinety - kHalfTurnIsNinety * std::acos(cosine) / kPi;
+}

@@ -1,0 +1,179 @@
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include "O2plsCase.h"
+#include "kalmia/o2pls/NCYOrthogonalPLS.h"
+#include "kalmia/support/LanguageString.h"
+#include "testing/RandomTables.h"
+#include "testing/StreamAttacks.h"
+
+namespace {
+
+using Table = NCDataMatrix<float>;
+using Model = NCYOrthogonalPLS;
+
+/// The parts of a stored model, to be told lies about.
+struct Stored {
+  Table p = RandomMatrix<float>(2, 3, 0.2, 1), w = RandomMatrix<float>(2, 3, 0.2, 2),
+        t = RandomMatrix<float>(2, 4, 0.2, 3), x = RandomMatrix<float>(4, 3, 0.2, 4),
+        scores = RandomMatrix<float>(4, 1, 0, 5), inverse = RandomMatrix<float>(1, 1, 0, 6);
+  bool hasScores = true, hasInverse = true;
+  int components = 2, maxIterations = 50;
+  short version = 2;
+  int leftOut = -1;  ///< an entry that is not written
+};
+
+std::string VersionTwoStreamOf(const Stored& stored) {
+  std::ostringstream stream;
+  VexStreamableData(stored.version, "YOPLS").Write(stream);
+  OutputStreamDirectory directory(stream, 8);
+  unsigned short entry = 0;
+  for (const Table* matrix : {&stored.p, &stored.w, &stored.t, &stored.x, &stored.scores, &stored.inverse}) {
+    const bool isThere = entry < 4 || (entry == 4 ? stored.hasScores : stored.hasInverse);
+    if (isThere && entry != stored.leftOut) directory.GetOutput(entry) << *matrix;
+    ++entry;
+  }
+  if (stored.leftOut != 6) WriteFourBytes(&stored.components, 1, directory.GetOutput(6));
+  if (stored.leftOut != 7) WriteFourBytes(&stored.maxIterations, 1, directory.GetOutput(7));
+  directory.Close();
+  return stream.str();
+}
+
+std::string VersionOneStreamOf(const Stored& stored) {
+  std::ostringstream stream;
+  VexStreamableData(1, "YOPLS").Write(stream);
+  stream << stored.p << stored.w << stored.t << stored.x;
+  const short flags[] = {static_cast<short>(stored.hasScores), static_cast<short>(stored.hasInverse)};
+  WriteTwoBytes(&flags[0], 1, stream);
+  if (stored.hasScores) stream << stored.scores;
+  WriteTwoBytes(&flags[1], 1, stream);
+  if (stored.hasInverse) stream << stored.inverse;
+  WriteFourBytes(&stored.components, 1, stream);
+  WriteFourBytes(&stored.maxIterations, 1, stream);
+  return stream.str();
+}
+
+bool Read(const std::string& bytes, Model* model) {
+  std::istringstream stream(bytes);
+  return static_cast<bool>(stream >> *model);
+}
+
+void ExpectHolds(const Model& model, const Stored& stored) {
+  EXPECT_EQ(CellsOf(*model.GetPprim()), CellsOf(stored.p));
+  EXPECT_EQ(CellsOf(*model.GetWprim()), CellsOf(stored.w));
+  EXPECT_EQ(CellsOf(*model.GetTprim()), CellsOf(stored.t));
+  EXPECT_EQ(CellsOf(*model.GetXResiduals()), CellsOf(stored.x));
+  EXPECT_EQ(model.GetComponents(), stored.components);
+  EXPECT_EQ(model.GetY(), nullptr);
+}
+
+StreamAttacks<Model> Attacks(bool mayThrow) {
+  StreamAttacks<Model> attacks;
+  attacks.mayThrow = mayThrow;
+  attacks.accepted = [](const Model& model) {
+    EXPECT_EQ(model.GetPprim()->SizeRows(), model.GetComponents());
+    EXPECT_EQ(model.GetTprim()->SizeColumns(), model.GetXResiduals()->SizeRows());
+    for (const Table* matrix : {model.GetPprim(), model.GetWprim(), model.GetTprim(), model.GetXResiduals()})
+      EXPECT_TRUE(HasExactCounts(*matrix));
+  };
+  attacks.refused = [](const Model& model) {
+    EXPECT_EQ(model.GetComponents(), 0);
+    EXPECT_EQ(model.GetXResiduals()->SizeRows(), 0);
+  };
+  return attacks;
+}
+
+TEST(NCYOrthogonalPLSStream, WritesADirectoryOfEightEntries) {
+  const Stored stored;
+  Model model;
+  ASSERT_TRUE(Read(VersionTwoStreamOf(stored), &model));
+  ExpectHolds(model, stored);
+  EXPECT_EQ(StreamOf(model), VersionTwoStreamOf(stored));
+}
+
+TEST(NCYOrthogonalPLSStream, ReadsTheOldLayoutAndWritesTheNewOne) {
+  for (const bool hasScores : {false, true}) {
+    Stored stored;
+    stored.hasScores = stored.hasInverse = hasScores;
+    Model model;
+    ASSERT_TRUE(Read(VersionOneStreamOf(stored), &model));
+    ExpectHolds(model, stored);
+    EXPECT_EQ(StreamOf(model), VersionTwoStreamOf(stored)) << "the number of rounds and Y's scores are there too";
+  }
+}
+
+TEST(NCYOrthogonalPLSStream, GoesOnWhereTheWrittenModelWouldHave) {
+  const FloatBlocks blocks{RandomMatrix<float>(12, 5, 0.05, 1), RandomMatrix<float>(12, 2, 0.05, 2)};
+  Model model(&blocks.X, &blocks.Y, 100, 0);
+  model.NextComponent(/*showProgress=*/false);
+  Model read;
+  ASSERT_TRUE(Read(StreamOf(model), &read));
+  EXPECT_EQ(StreamOf(read), StreamOf(model));
+  model.NextComponent(/*showProgress=*/false);
+  read.NextComponent(/*showProgress=*/false);
+  EXPECT_EQ(StreamOf(read), StreamOf(model));
+  const NCDataVector<float> v = RandomVector<float>(12, 0, 3);
+  EXPECT_EQ(read.GetYAngle(&v), model.GetYAngle(&v));
+}
+
+TEST(NCYOrthogonalPLSStream, CannotGoOnWhereTheModelWasWrittenBeforeItsFirstComponent) {
+  const FloatBlocks blocks{RandomMatrix<float>(12, 5, 0, 1), RandomMatrix<float>(12, 2, 0, 2)};
+  const Model model(&blocks.X, &blocks.Y, 100, 0);
+  Model read;
+  ASSERT_TRUE(Read(StreamOf(model), &read));
+  EXPECT_EQ(CellsOf(*read.GetXResiduals()), CellsOf(blocks.X));
+  EXPECT_EQ(TextOf([&] { read.NextComponent(/*showProgress=*/false); }), LanguageString::Get(10124));
+}
+
+TEST(NCYOrthogonalPLSStream, DropsTheYOfTheObjectThatReads) {
+  const FloatBlocks blocks{RandomMatrix<float>(12, 5, 0, 1), RandomMatrix<float>(12, 2, 0, 2)};
+  Model model(&blocks.X, &blocks.Y, 100, 0);
+  Stored stored;
+  stored.hasScores = stored.hasInverse = false;
+  ASSERT_TRUE(Read(VersionTwoStreamOf(stored), &model));
+  EXPECT_EQ(model.GetY(), nullptr);
+}
+
+TEST(NCYOrthogonalPLSStream, RefusesPartsThatDisagreeOrAreMissing) {
+  std::vector<std::pair<const char*, Stored>> lies;
+  const auto lie = [&lies](const char* what) -> Stored& { return lies.emplace_back(what, Stored()).second; };
+  lie("more components than rows").components = 3;
+  lie("fewer components than rows").components = 1;
+  lie("loadings of other variables").p = RandomMatrix<float>(2, 4, 0, 1);
+  lie("weights of other variables").w = RandomMatrix<float>(2, 2, 0, 1);
+  lie("scores of other observations").t = RandomMatrix<float>(2, 5, 0, 1);
+  lie("a score too many").t = RandomMatrix<float>(3, 4, 0, 1);
+  lie("scores of Y of other observations").scores = RandomMatrix<float>(5, 1, 0, 1);
+  lie("an inverse of another size").inverse = RandomMatrix<float>(2, 2, 0, 1);
+  lie("scores of Y without the inverse").hasInverse = false;
+  lie("the inverse without scores of Y").hasScores = false;
+  lie("a later version").version = 3;
+  lie("version 0").version = 0;
+  for (int entry : {0, 1, 2, 3, 6, 7}) lie("an entry less").leftOut = entry;
+  for (const auto& [what, stored] : lies) {
+    SCOPED_TRACE(what);
+    EXPECT_FALSE(Attacks(/*mayThrow=*/false).Read(VersionTwoStreamOf(stored)));
+    if (stored.version == 2 && stored.leftOut < 0) {
+      EXPECT_FALSE(Attacks(/*mayThrow=*/true).Read(VersionOneStreamOf(stored)));
+    }
+  }
+}
+
+TEST(NCYOrthogonalPLSStream, SurvivesEveryCutAndEveryBitFlip) {
+  const Stored stored;
+  Attacks(/*mayThrow=*/false).EveryCut(VersionTwoStreamOf(stored));
+  Attacks(/*mayThrow=*/false).EveryBitFlip(VersionTwoStreamOf(stored));
+  Attacks(/*mayThrow=*/true).EveryCut(VersionOneStreamOf(stored));
+  Attacks(/*mayThrow=*/true).EveryBitFlip(VersionOneStreamOf(stored));
+}
+
+TEST(NCYOrthogonalPLSStream, SurvivesEveryNumberAtEveryPlace) {
+  Attacks(/*mayThrow=*/false).EveryNumber(VersionTwoStreamOf(Stored()));
+  Attacks(/*mayThrow=*/true).EveryNumber(VersionOneStreamOf(Stored()));
+}
+
+}  // namespace
