@@ -86,8 +86,8 @@ class NCO2PLS {
   /// Computes the inner relations Lambda and XLambda, R and S.
   /// Throws, if dimensions are checked, NCO2PLSDimensionalityException where orthogonal components are related to the
   /// other block after all: where the first i rows of Uo explain more than 5 % of X (of which the last observation is
-  /// not counted), or the first i of To more than 5 % of Y. Both sides are looked at before it throws. What was computed
-  /// stays; R or S then ends with the row that was too much.
+  /// not counted), or the first i of To more than 5 % of Y. Both sides are looked at before it throws. What was
+  /// computed stays; R or S then ends with the row that was too much.
   void Finalise();
 
   void UnFit();   ///< drops all components; the blocks stay

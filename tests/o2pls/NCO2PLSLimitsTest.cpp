@@ -50,8 +50,8 @@ TEST(NCO2PLSDimensionalityException, SaysHowManyDimensionsThereAre) {
       {2, 5, 1, "There is only 1 dimension in Y that is unrelated to X.\nMore components can not be calculated."},
       {2, 5, 3, "There are only 3 dimensions in Y that are unrelated to X.\nMore components can not be calculated."},
       {3, 1, 12,
-       "There is only 1 dimension in X that is unrelated to Y.\nThere are only 12 dimensions in Y that are unrelated to "
-       "X.\nMore components can not be calculated."}};
+       "There is only 1 dimension in X that is unrelated to Y.\n"
+       "There are only 12 dimensions in Y that are unrelated to X.\nMore components can not be calculated."}};
   for (const auto& c : cases) {
     const Refusal refusal(c.type, 4, c.xLimit, c.yLimit);
     EXPECT_STREQ(static_cast<const char*>(refusal.GetMessage()), c.text);
@@ -134,9 +134,15 @@ Limits LimitsOf(const NCO2PLS& model) {
   const int observations = model.GetX().SizeRows();
   Limits limits{0, model.SizeXSideOrthoComps(), model.SizeYSideOrthoComps()};
   for (int i = model.SizeYSideOrthoComps(); i >= 1; --i)
-    if (Share(model.GetX(), model.GetUo(), model.GetR(), i, observations - 1) > 0.05) limits.type |= 2, limits.y = i - 1;
+    if (Share(model.GetX(), model.GetUo(), model.GetR(), i, observations - 1) > 0.05) {
+      limits.type |= 2;
+      limits.y = i - 1;
+    }
   for (int i = model.SizeXSideOrthoComps(); i >= 1; --i)
-    if (Share(model.GetY(), model.GetTo(), model.GetS(), i, observations) > 0.05) limits.type |= 1, limits.x = i - 1;
+    if (Share(model.GetY(), model.GetTo(), model.GetS(), i, observations) > 0.05) {
+      limits.type |= 1;
+      limits.x = i - 1;
+    }
   return limits;
 }
 
