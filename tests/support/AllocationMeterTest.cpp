@@ -17,9 +17,15 @@ using ::testing::Each;
 using ::testing::HasSubstr;
 using ::testing::SizeIs;
 
+/// Takes bytes and gives them back. Volatile: else the compiler may do without the pair.
+void TakeAndGiveBack(std::size_t bytes) {
+  char* volatile taken = new char[bytes];
+  delete[] taken;
+}
+
 TEST(PeakBytesDuring, CountsWhatIsHeldAtOnceAndNotTheSum) {
   const PeakBytesDuring meter;
-  for (int i = 0; i < 10; ++i) std::vector<char>(100000, 'x');
+  for (int i = 0; i < 10; ++i) TakeAndGiveBack(100000);
   EXPECT_GE(meter.GetBytes(), 100000);
   EXPECT_LT(meter.GetBytes(), 200000);
   EXPECT_EQ(meter.GetLiveBytes(), 0);
@@ -27,10 +33,10 @@ TEST(PeakBytesDuring, CountsWhatIsHeldAtOnceAndNotTheSum) {
 
 TEST(PeakBytesDuring, NestsWithoutForgettingTheOuterPeak) {
   const PeakBytesDuring outer;
-  { std::vector<char>(500000, 'x'); }
+  TakeAndGiveBack(500000);
   {
     const PeakBytesDuring inner;
-    std::vector<char>(1000, 'x');
+    TakeAndGiveBack(1000);
     EXPECT_LT(inner.GetBytes(), 10000);
   }
   EXPECT_GE(outer.GetBytes(), 500000);
@@ -42,7 +48,7 @@ TEST(PeakBytesDuring, CountsEveryThreadAndEveryFormOfNew) {
   };
   const PeakBytesDuring meter;
   std::thread([] {
-    Wide* volatile wide = new Wide;  // volatile: else the compiler may do without the pair
+    Wide* volatile wide = new Wide;
     delete wide;
   }).join();
   EXPECT_GE(meter.GetBytes(), 64000);
@@ -66,7 +72,7 @@ class Gullible : public VexStreamBase {
   bool VexStreamableStartRead(std::istream& stream) override {
     if (trust == Trust::Exceptions) throw VexStreamError();
     const bool good = ReadFourBytes(&count, 1, stream);
-    if (trust == Trust::Memory && count > 0) std::vector<char>(static_cast<std::size_t>(count & 0xFFFFFF));
+    if (trust == Trust::Memory && count > 0) TakeAndGiveBack(static_cast<std::size_t>(count & 0xFFFFFF));
     if (trust == Trust::Silence) stream.clear();
     return good || trust == Trust::Silence;
   }
