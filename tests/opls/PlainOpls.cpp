@@ -68,7 +68,7 @@ Table Opls::Principal(Table crossProduct, int components) const {
   if (crossProduct.size() == 1) return {Normalised(crossProduct[0])};
   Table loadings;
   for (int a = 0; a < components; ++a) {
-    const PrincipalComponent component = FitPca(crossProduct, nullptr, rounds_);
+    const PrincipalComponent component = FitPca(crossProduct, Nipals{rounds_});
     loadings.push_back(component.p);
     Deflate(&crossProduct, component.t, component.p);
   }
