@@ -59,4 +59,8 @@
 #include "kalmia/o2pls/PLSMissingValueEstimator.h"
 #include "kalmia/o2pls/SignificanceE.h"
 
+#include "kalmia/cluster/ClusterDistanceCalculator.h"
+#include "kalmia/cluster/DendroGram.h"
 #include "kalmia/cluster/DendroGramNode.h"
+#include "kalmia/cluster/SingleLinkageDistanceCalculator.h"
+#include "kalmia/cluster/WardDistanceCalculator.h"

@@ -34,7 +34,7 @@ class TreeWalk {
 };
 
 /// Computes something for every node of a subtree from the bottom up, without recursion: leaf(node), or inner(node,
-/// left's value, right's value). Returns the root's value. The children of a node may be swapped while its value is made.
+/// left's value, right's value). Returns the root's value. A node's children may be swapped while its value is made.
 template <class Value, class Leaf, class Inner>
 Value FoldTree(const DendroGram::DendroGramNode& root, const Leaf& leaf, const Inner& inner) {
   std::vector<const DendroGram::DendroGramNode*> nodes;

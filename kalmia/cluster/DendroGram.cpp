@@ -1,0 +1,129 @@
+#include "kalmia/cluster/DendroGram.h"
+
+#include <cmath>
+#include <cstddef>
+#include <istream>
+#include <memory>
+#include <ostream>
+#include <utility>
+#include <vector>
+
+#include "kalmia/cluster/StoppableProgress.h"
+#include "kalmia/containers/Missing.h"
+#include "kalmia/support/MD5.h"
+
+using kalmia::StoppableProgress;
+
+namespace DendroGram {
+
+namespace {
+
+struct DestroyTree {
+  void operator()(DendroGramNode* root) const { DendroGramNode::Destroy(root); }
+};
+using Tree = std::unique_ptr<DendroGramNode, DestroyTree>;
+
+CString CacheName(const NCDataMatrix<float>& data, ClusterDistanceCalculator& calculator) {
+  MD5 digest;
+  const int rows = data.SizeRows(), columns = data.SizeColumns();
+  for (int r = 1; columns > 0 && r <= rows; ++r)
+    digest.Update(data[r].begin(), sizeof(float) * static_cast<std::size_t>(columns));
+  digest.Update(calculator.GetId());
+  digest.Finalize();
+  CString name;
+  name.Format("%s%i_%i_%s", "Dendro_", rows, columns, digest.GetDigest());
+  return name;
+}
+
+/// The stored tree; null if there is none that can be read.
+Tree ReadFromCache(VexStreamSource& cache, const CString& name) {
+  const std::unique_ptr<std::istream> stream(cache.OpenInput(name));
+  if (!stream) return nullptr;
+  Tree tree(new DendroGramNode);
+  *stream >> *tree;
+  return stream->fail() ? nullptr : std::move(tree);
+}
+
+void WriteToCache(VexStreamSource& cache, const CString& name, const DendroGramNode& root) {
+  const std::unique_ptr<std::ostream> stream(cache.OpenOutput(name));
+  if (stream) *stream << root;
+}
+
+int CommonColumns(const NCDataVector<float>& a, const NCDataVector<float>& b) {
+  int common = 0;
+  for (int c = 1; c <= a.Size(); ++c)
+    if (a[c] != kalmia::kMissingCell<float> && b[c] != kalmia::kMissingCell<float>) ++common;
+  return common;
+}
+
+void CheckMissingData(const NCDataMatrix<float>& data) {
+  const int rows = data.SizeRows(), columns = data.SizeColumns();
+  for (int r = 1; r <= rows; ++r)
+    if (static_cast<double>(data[r].GetNumMisVal()) / columns > 0.5)
+      throw NCError("Cluster analysis can not be performed on data that has rows with more than 50% missing values");
+  const int needed = static_cast<int>(static_cast<float>(std::sqrt(static_cast<double>(columns))) + 0.5);
+  for (int a = 1; a <= rows; ++a)
+    for (int b = a + 1; b <= rows; ++b) {
+      // With fewer holes than that there are enough columns left by counting alone.
+      if (data[b].GetNumMisVal() < columns - data[a].GetNumMisVal() - needed) continue;
+      if (CommonColumns(data[a], data[b]) < needed)
+        throw NCError(
+            "Cluster analysis can not be performed on data where two rows have less than\nthe square root of the "
+            "number of columns common non-missing elements.");
+    }
+}
+
+/// Merges clusters i and j of the list at the place of the lower one.
+void Merge(std::vector<Tree>& list, int i, int j, float height) {
+  if (i > j) std::swap(i, j);
+  if (i < 0 || i == j || static_cast<std::size_t>(j) >= list.size())
+    throw NCError("Cluster analysis: the distance calculator named clusters that do not exist.");
+  Tree &left = list[static_cast<std::size_t>(i)], &right = list[static_cast<std::size_t>(j)];
+  Tree merged(new DendroGramNode(height, left.get(), right.get()));
+  left.release();
+  right.release();
+  left = std::move(merged);
+  list.erase(list.begin() + j);
+}
+
+/// Merges until one node is left.
+void MergeAll(std::vector<Tree>& list, ClusterDistanceCalculator& calculator, const StoppableProgress& bar) {
+  int merges = 0;
+  while (list.size() >= 2) {
+    int i = 0, j = 0;
+    const float height = calculator.FindNearestAndMerge(i, j);
+    Merge(list, i, j, height);
+    if (++merges % 10 == 0) bar.SetValue(static_cast<float>(merges));
+    bar.Poll();
+  }
+}
+
+}  // namespace
+
+DendroGramNode* GetDendroGram(const NCDataMatrix<float>& data, ClusterDistanceCalculator& calculator,
+                              NCProgress* progress, VexStreamSource* cache) {
+  const CString name = cache ? CacheName(data, calculator) : CString();
+  if (cache)
+    if (Tree stored = ReadFromCache(*cache, name)) return stored.release();
+  if (data.SizeRows() < 1 || data.SizeColumns() < 1)
+    throw NCError("Cluster analysis can not be performed on data without rows or columns.");
+
+  const StoppableProgress bar(progress);
+  bar.SetRange(0, 10);
+  bar.PushSubRange(0, 5);
+  if (data.GetNumMisVal() > 0) CheckMissingData(data);
+  std::vector<Tree> list;
+  list.reserve(static_cast<std::size_t>(data.SizeRows()));
+  for (int r = 1; r <= data.SizeRows(); ++r) list.emplace_back(new DendroGramNode(r));
+  calculator.Init(data, progress);
+  bar.PopSubRange();
+  bar.PushSubRange(5, 10);  // left open: the caller closes the bar
+  bar.SetText("Merging clusters");
+  bar.SetRange(0, static_cast<float>(list.size()));
+  MergeAll(list, calculator, bar);
+  list.front()->SortBySize();
+  if (cache) WriteToCache(*cache, name, *list.front());
+  return list.front().release();
+}
+
+}  // namespace DendroGram

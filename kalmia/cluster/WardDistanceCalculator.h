@@ -1,0 +1,66 @@
+#pragma once
+
+#include <vector>
+
+#include "kalmia/cluster/ClusterDistanceCalculator.h"
+
+namespace DendroGram {
+
+/// Ward's criterion: the distance of two clusters is the increase in the sum of squares within clusters that their
+/// merge would bring, or its root. Source: Ward (1963), J. Am. Stat. Assoc. 58, 236-244.
+///
+/// It is kept lazily. The pairs stand in a list sorted by distance; a merge marks the pairs of the merged cluster as
+/// stale, which keep the places of the first cluster's pairs until they reach the end of the list, and are computed
+/// anew only there. This is not exact: a pair with the merged cluster may be nearer than its place says. Of the rows
+/// (33,-24) (-40,-21) (-9,31) (-5,-41) the second and the fourth merge at 812.5; the two and the first are then worth 2086.17,
+/// but stand at the place of 2669, so the first and the third merge next, at 2394.5. Heights may fall towards the root.
+///
+/// Missing: the first distance of two rows is their sum over the common columns times K over the number of those; once
+/// a row was merged, the sum of squares of each column and cluster is scaled from the present cells to the size of the
+/// cluster, and a distance may be slightly negative (its root is then 0).
+/// Memory: 12 bytes for each pair of rows; Init throws ClusterAllocationError where it is not there. Cost: each merge
+/// goes over the list once, on all processors; a stale distance costs one pass over the columns.
+class WardDistanceCalculator : public ClusterDistanceCalculator {
+ public:
+  enum DistanceType : int {
+    DistanceIncrease = 0,      ///< the increase in the sum of squares
+    DistanceRootIncrease = 1,  ///< its square root
+  };
+
+  /// Any other type has no distances: Init makes none, and a merge throws NCError.
+  explicit WardDistanceCalculator(DistanceType type) : type_(type) {}
+
+  void Init(const NCDataMatrix<float>& data, NCProgress* progress) override;
+  float FindNearestAndMerge(int& i, int& j) override;
+  CString GetId() override;  ///< "WardDistanceCalculator" and the number of the type
+
+ private:
+  /// The present cells of a column in a cluster.
+  struct ColumnSS {
+    double sum = 0;
+    double sumOfSquares = 0;
+    int count = 0;
+  };
+  struct Cluster {
+    std::vector<int> rows;          ///< ascending, from 1
+    std::vector<ColumnSS> columns;  ///< from 0; empty for a single row, whose cells say it all
+    double errorSS = 0;             ///< within the cluster, scaled up column by column
+  };
+
+  ColumnSS CalcColumnSS(int column, const Cluster& cluster) const;
+  ColumnSS GetColumnSS(int column, const Cluster& cluster) const;
+  void SetSums(Cluster& cluster) const;
+  float GetErrorSS(const Cluster& first, const Cluster& second) const;
+  void UpdateDistance(DistanceAndIndex& entry) const;
+  void RepairTail();
+  void InsertIntoFront(std::size_t front, std::size_t end);
+  void MergeClusters(int a, int b);
+  void MarkMerged(int a, int b);
+
+  DistanceType type_;
+  NCDataMatrix<float> data_;
+  std::vector<DistanceAndIndex> distances_;  ///< descending but for stale entries, which are -1
+  std::vector<Cluster> clusters_;            ///< by position
+};
+
+}  // namespace DendroGram

@@ -1,0 +1,12 @@
+#pragma once
+
+#include <cstdint>
+
+namespace kalmia {
+
+/// The bytes that this process can take now and really use: what the machine has available without swapping, and what
+/// the limits of its control groups (a container's) leave. Caches that can be given up count as available. The largest
+/// number where nothing can be learned. An allocation beyond it may succeed by overcommitting, and end in a kill.
+std::uint64_t AvailableMemory();
+
+}  // namespace kalmia

@@ -1,0 +1,303 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <map>
+#include <memory>
+#include <sstream>
+#include <stdexcept>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "cluster/PlainClustering.h"
+#include "cluster/Trees.h"
+#include "kalmia/cluster/DendroGram.h"
+#include "testing/AllocationMeter.h"
+#include "testing/RandomTables.h"
+#include "testing/RecordingProgress.h"
+#include "testing/StreamAttacks.h"
+
+namespace {
+
+using DendroGram::SingleLinkageDistanceCalculator;
+using DendroGram::WardDistanceCalculator;
+
+constexpr float kMiss = kHole<float>;
+
+/// Merges what it is told to, and counts its calls.
+class ScriptedCalculator : public DendroGram::ClusterDistanceCalculator {
+ public:
+  explicit ScriptedCalculator(std::vector<PlainMerge> script) : script_(std::move(script)) {}
+  void Init(const NCDataMatrix<float>&, NCProgress*) override { ++inits; }
+  float FindNearestAndMerge(int& i, int& j) override {
+    const PlainMerge merge = script_.at(static_cast<std::size_t>(merges++));
+    i = merge.i;
+    j = merge.j;
+    return merge.height;
+  }
+  CString GetId() override { return "Scripted"; }
+
+  int inits = 0;
+  int merges = 0;
+
+ private:
+  std::vector<PlainMerge> script_;
+};
+
+/// A cache in memory, which counts the streams it still lends.
+class Cache : public VexStreamSource {
+ public:
+  std::istream* OpenInput(const char* name) override {
+    asked.push_back(name);
+    const auto found = entries.find(name);
+    return found == entries.end() ? nullptr : new std::istringstream(found->second);
+  }
+  std::ostream* OpenOutput(const char* name) override {
+    ++outputs;
+    return isReadOnly ? nullptr : new Output(&entries[name]);
+  }
+
+  std::map<std::string, std::string> entries;
+  std::vector<std::string> asked;
+  int outputs = 0;
+  bool isReadOnly = false;
+
+ private:
+  struct Output : std::ostringstream {
+    explicit Output(std::string* entry) : target(entry) {}
+    ~Output() override { *target = str(); }
+    std::string* target;
+  };
+};
+
+Tree Analyse(const NCDataMatrix<float>& data, DendroGram::ClusterDistanceCalculator& calculator,
+             NCProgress* progress = nullptr, VexStreamSource* cache = nullptr) {
+  return Tree(DendroGram::GetDendroGram(data, calculator, progress, cache));
+}
+
+CString ErrorOf(const NCDataMatrix<float>& data) {
+  SingleLinkageDistanceCalculator calculator;
+  try {
+    Analyse(data, calculator);
+  } catch (const NCError& error) {
+    return error.GetMessage();
+  }
+  return "";
+}
+
+const char* const kTooManyHoles =
+    "Cluster analysis can not be performed on data that has rows with more than 50% missing values";
+const char* const kTooLittleInCommon =
+    "Cluster analysis can not be performed on data where two rows have less than\nthe square root of the number of "
+    "columns common non-missing elements.";
+
+TEST(GetDendroGram, PutsTheLowerPositionLeftAndThenTheSmallerClusterLeft) {
+  // ((1 3) 2) and then 4, all told with the positions the wrong way round once.
+  ScriptedCalculator calculator({{2, 0, 1}, {0, 1, 2}, {1, 0, 3}});
+  const Tree tree = Analyse(RandomMatrix<float>(4, 2, 0, 1), calculator);
+  EXPECT_EQ(Text(*tree), "(4 (2 (1 3):1):2):3");
+  EXPECT_TRUE(HasSoundLinks(*tree));
+  EXPECT_EQ(calculator.inits, 1);
+  EXPECT_EQ(calculator.merges, 3);
+}
+
+TEST(GetDendroGram, TakesNearRowsTogether) {
+  const NCDataMatrix<float> table = MatrixOf<float>({{0}, {10}, {1}, {14}});
+  SingleLinkageDistanceCalculator single;
+  EXPECT_EQ(Text(*Analyse(table, single)), "((1 3):1 (2 4):4):9");
+  WardDistanceCalculator ward(WardDistanceCalculator::DistanceIncrease);
+  EXPECT_EQ(Text(*Analyse(table, ward)), "((1 3):0.5 (2 4):8):132.25");
+}
+
+TEST(GetDendroGram, OfOneRowIsALeaf) {
+  SingleLinkageDistanceCalculator single;
+  WardDistanceCalculator ward(WardDistanceCalculator::DistanceIncrease);
+  EXPECT_EQ(Text(*Analyse(MatrixOf<float>({{3, 4}}), single)), "1");
+  EXPECT_EQ(Text(*Analyse(MatrixOf<float>({{3, 4}}), ward)), "1");
+}
+
+TEST(GetDendroGram, RefusesTablesWithoutRowsOrColumns) {
+  const char* const text = "Cluster analysis can not be performed on data without rows or columns.";
+  EXPECT_EQ(ErrorOf(NCDataMatrix<float>()), text);
+  EXPECT_EQ(ErrorOf(NCDataMatrix<float>(3, 0)), text);
+}
+
+TEST(GetDendroGram, RefusesARowWithMoreThanHalfOfItsCellsMissing) {
+  EXPECT_EQ(ErrorOf(MatrixOf<float>({{1, 2, kMiss, kMiss}, {1, 2, 3, 4}})), "");
+  EXPECT_EQ(ErrorOf(MatrixOf<float>({{1, 2, 3, 4, 5}, {1, 2, kMiss, kMiss, kMiss}})), kTooManyHoles);
+  EXPECT_EQ(ErrorOf(MatrixOf<float>({{kMiss, kMiss}})), kTooManyHoles) << "one row alone";
+  NCDataMatrix<float> wide(2, 100, 1.0F);
+  for (int c = 1; c <= 50; ++c) wide(1, c, kMiss);
+  EXPECT_EQ(ErrorOf(wide), "");
+  wide(1, 51, kMiss);
+  EXPECT_EQ(ErrorOf(wide), kTooManyHoles);
+}
+
+TEST(GetDendroGram, RefusesRowsThatHaveTooFewColumnsInCommon) {
+  EXPECT_EQ(ErrorOf(MatrixOf<float>({{1, 2, kMiss, kMiss}, {1, 2, kMiss, kMiss}})), "");
+  EXPECT_EQ(ErrorOf(MatrixOf<float>({{1, 2, kMiss, kMiss}, {1, kMiss, 3, kMiss}})), kTooLittleInCommon);
+  EXPECT_EQ(ErrorOf(MatrixOf<float>({{1, kMiss}, {kMiss, 2}})), kTooLittleInCommon);  // 1 of 2 needed
+}
+
+TEST(GetDendroGram, NeedsTheRoundedRootOfTheColumnsInCommon) {
+  struct Row {
+    int columns, needed;
+  };
+  // With half of the cells missing at most, rows of 3, 6 and 7 columns share 1, 0 and 1 columns at least.
+  for (const Row& row : {Row{2, 1}, Row{3, 2}, Row{4, 2}, Row{6, 2}, Row{7, 3}, Row{12, 3}, Row{13, 4}}) {
+    const int half = row.columns / 2;
+    for (int common = std::max(0, row.columns - 2 * half); common <= row.columns; ++common) {
+      // Row 1 misses the last `half` columns, row 2 as many from the first ones as leave so many in common.
+      NCDataMatrix<float> table(2, row.columns, 1.0F);
+      const int missingOfOne = std::min(half, row.columns - common);
+      for (int c = 0; c < missingOfOne; ++c) table(1, row.columns - c, kMiss);
+      for (int c = 1; c <= row.columns - common - missingOfOne; ++c) table(2, c, kMiss);
+      EXPECT_EQ(ErrorOf(table), common < row.needed ? kTooLittleInCommon : "")
+          << row.columns << " columns, " << common << " in common";
+    }
+  }
+}
+
+TEST(GetDendroGram, TellsHowFarItIs) {
+  std::vector<PlainMerge> script(12, {0, 1, 1});
+  ScriptedCalculator calculator(script);
+  ProgressLog log;
+  const std::unique_ptr<NCProgress> bar = RecordingBar(&log);
+  Analyse(RandomMatrix<float>(13, 2, 0, 1), calculator, bar.get());
+  std::string expected = "SetRange 0 10; PushSubRange 0 5; PopSubRange; PushSubRange 5 10; SetText Merging clusters; "
+                         "SetRange 0 13";
+  for (int merge = 1; merge <= 12; ++merge) {
+    if (merge == 10) expected += "; SetValue 10";
+    expected += "; IsBreakPressed";
+  }
+  EXPECT_EQ(log.Joined(), expected) << "the second sub-range stays open";
+}
+
+TEST(GetDendroGram, StopsAtWhateverAsksAndLeavesNothingBehind) {
+  const NCDataMatrix<float> table = RandomMatrix<float>(12, 3, 0.05, 3);
+  for (int stopAt = 1;; ++stopAt) {
+    ProgressLog log;
+    log.stopAt = stopAt;
+    log.calls.reserve(1000);
+    const std::unique_ptr<NCProgress> bar = RecordingBar(&log);
+    Tree tree;
+    CString message;
+    SingleLinkageDistanceCalculator calculator;
+    try {
+      tree = Analyse(table, calculator, bar.get());
+    } catch (const NCError& error) {
+      message = error.GetMessage();
+    }
+    if (tree) {
+      EXPECT_LT(static_cast<int>(log.calls.size()), stopAt);
+      break;
+    }
+    EXPECT_EQ(message, "Cluster analysis aborted.");
+    EXPECT_LT(stopAt, 1000);
+  }
+}
+
+TEST(GetDendroGram, AStopDuringTheSortComesBeforeAnyMerge) {
+  const NCDataMatrix<float> table = RandomMatrix<float>(12, 3, 0, 3);
+  ProgressLog whole;
+  const std::unique_ptr<NCProgress> bar = RecordingBar(&whole);
+  SingleLinkageDistanceCalculator calculator;
+  Analyse(table, calculator, bar.get());
+  const auto sorting = std::find(whole.calls.begin(), whole.calls.end(), "SetText Sorting");
+  ASSERT_EQ(*(sorting + 1), "IsBreakPressed");
+  ProgressLog log;
+  log.stopAt = static_cast<int>(sorting - whole.calls.begin()) + 2;
+  const std::unique_ptr<NCProgress> stopping = RecordingBar(&log);
+  const PeakBytesDuring meter;
+  {
+    SingleLinkageDistanceCalculator stopped;
+    EXPECT_THROW(Analyse(table, stopped, stopping.get()), NCError);
+    std::vector<std::string>().swap(log.calls);
+  }
+  EXPECT_EQ(meter.GetLiveBytes(), 0);
+}
+
+TEST(GetDendroGram, DestroysItsNodesWhenTheCalculatorFails) {
+  const NCDataMatrix<float> table = RandomMatrix<float>(5, 2, 0, 1);
+  const PeakBytesDuring meter;
+  {
+    ScriptedCalculator tooShort({{0, 1, 1}, {0, 1, 2}});
+    EXPECT_THROW(Analyse(table, tooShort), std::out_of_range);
+    for (const PlainMerge& wrong : {PlainMerge{0, 0, 1}, PlainMerge{0, 5, 1}, PlainMerge{-1, 2, 1}}) {
+      ScriptedCalculator calculator({{0, 1, 1}, wrong});
+      EXPECT_THROW(Analyse(table, calculator), NCError);
+    }
+  }
+  EXPECT_EQ(meter.GetLiveBytes(), 0);
+}
+
+TEST(GetDendroGram, StoresTheTreeAndReturnsItUnseenTheNextTime) {
+  const NCDataMatrix<float> table = RandomMatrix<float>(6, 3, 0, 5);
+  Cache cache;
+  SingleLinkageDistanceCalculator first;
+  const Tree tree = Analyse(table, first, nullptr, &cache);
+  ASSERT_EQ(cache.entries.size(), 1U);
+  EXPECT_EQ(cache.entries.begin()->second, StreamOf(*tree));
+  ProgressLog log;
+  const std::unique_ptr<NCProgress> bar = RecordingBar(&log);
+  SingleLinkageDistanceCalculator untouched;
+  const Tree again = Analyse(table, untouched, bar.get(), &cache);
+  EXPECT_TRUE(*again == *tree);
+  EXPECT_TRUE(log.calls.empty());
+  EXPECT_EQ(cache.outputs, 1);
+  int i = 0, j = 0;
+  EXPECT_THROW(untouched.FindNearestAndMerge(i, j), NCError) << "it was never initialised";
+}
+
+TEST(GetDendroGram, AStoredTreeIsReturnedEvenForATableThatTheRulesRefuse) {
+  const NCDataMatrix<float> table = MatrixOf<float>({{kMiss, kMiss, 1}, {1, 2, 3}});
+  Cache cache;
+  SingleLinkageDistanceCalculator calculator;
+  EXPECT_THROW(Analyse(table, calculator, nullptr, &cache), NCError);
+  ASSERT_EQ(cache.asked.size(), 1U) << "the cache is asked before everything";
+  cache.entries[cache.asked[0]] = StreamOf(*FiveLeafs());
+  EXPECT_TRUE(*Analyse(table, calculator, nullptr, &cache) == *FiveLeafs());
+}
+
+TEST(GetDendroGram, ADamagedEntryIsComputedAfreshAndStoredAgain) {
+  const NCDataMatrix<float> table = RandomMatrix<float>(6, 3, 0, 5);
+  Cache cache;
+  SingleLinkageDistanceCalculator first;
+  const Tree tree = Analyse(table, first, nullptr, &cache);
+  std::string& entry = cache.entries.begin()->second;
+  const std::string good = entry;
+  for (const std::size_t length : {std::size_t{0}, std::size_t{5}, good.size() - 1}) {
+    entry.resize(length);
+    SingleLinkageDistanceCalculator calculator;
+    EXPECT_TRUE(*Analyse(table, calculator, nullptr, &cache) == *tree);
+    EXPECT_EQ(entry, good);
+  }
+}
+
+TEST(GetDendroGram, ACacheThatTakesNothingIsNoFailure) {
+  Cache cache;
+  cache.isReadOnly = true;
+  SingleLinkageDistanceCalculator calculator;
+  EXPECT_EQ(Analyse(RandomMatrix<float>(6, 3, 0, 5), calculator, nullptr, &cache)->SizeLeafs(), 6);
+  EXPECT_EQ(cache.outputs, 1);
+}
+
+TEST(GetDendroGram, TheNameOfAnEntryIsThatOfTableAndCalculator) {
+  NCDataMatrix<float> table = MatrixOf<float>({{1, 2}, {3, kMiss}, {5, 6}});
+  Cache cache;
+  const auto nameFor = [&](DendroGram::ClusterDistanceCalculator&& calculator) {
+    Analyse(table, calculator, nullptr, &cache);
+    return cache.asked.back();
+  };
+  const std::string ward = nameFor(WardDistanceCalculator(WardDistanceCalculator::DistanceIncrease));
+  // md5sum of the six cells as little-endian floats and of the text "WardDistanceCalculator0" behind them.
+  EXPECT_EQ(ward, "Dendro_3_2_8ee0554acfade8fb10e576fd570da5ef");
+  EXPECT_EQ(nameFor(WardDistanceCalculator(WardDistanceCalculator::DistanceIncrease)), ward);
+  EXPECT_NE(nameFor(WardDistanceCalculator(WardDistanceCalculator::DistanceRootIncrease)), ward);
+  EXPECT_NE(nameFor(SingleLinkageDistanceCalculator()), ward);
+  table(3, 2, 6.5F);
+  EXPECT_NE(nameFor(WardDistanceCalculator(WardDistanceCalculator::DistanceIncrease)), ward);
+}
+
+}  // namespace

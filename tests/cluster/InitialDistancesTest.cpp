@@ -1,0 +1,165 @@
+#include "kalmia/cluster/InitialDistances.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+#include <memory>
+
+#include "cluster/PlainClustering.h"
+#include "kalmia/kernels/ThreadingControl.h"
+#include "testing/RandomTables.h"
+#include "testing/RecordingProgress.h"
+#include "testing/Threads.h"
+
+namespace {
+
+using DendroGram::ClusterAllocationError;
+using DendroGram::DistanceAndIndex;
+using Pairs = std::vector<DistanceAndIndex>;
+
+/// Caps the pairs for the length of a scope.
+struct MaximumPairs {
+  explicit MaximumPairs(std::uint64_t pairs) { DendroGram::SetMaximumPairsInMemory(pairs); }
+  ~MaximumPairs() { DendroGram::SetMaximumPairsInMemory(0); }
+};
+
+TEST(InitialDistances, AreThoseOfEachPairByItself) {
+  static_assert(sizeof(DistanceAndIndex) == 12, "the record of a pair");
+  for (const double holes : {0.0, 0.02, 0.3})
+    for (const int threads : {1, 2, 5}) {
+      const Threads team(threads);
+      const NCDataMatrix<float> table = RandomMatrix<float>(41, 9, holes, 4);
+      for (const auto kind : {DendroGram::RowDistanceEuclidean, DendroGram::RowDistanceWard,
+                              DendroGram::RowDistanceWardSquareRoot}) {
+        Pairs pairs;
+        DendroGram::CalculateInitialDistances(table, nullptr, pairs, kind);
+        ASSERT_EQ(pairs.size(), 41U * 40 / 2);
+        EXPECT_TRUE(std::is_sorted(pairs.begin(), pairs.end(), kalmia::IsFartherPair));
+        std::vector<bool> met(42 * 42, false);
+        for (const DistanceAndIndex& pair : pairs) {
+          ASSERT_LT(pair.i, pair.j);
+          EXPECT_FALSE(met[static_cast<std::size_t>(42 * pair.i + pair.j)]);
+          met[static_cast<std::size_t>(42 * pair.i + pair.j)] = true;
+          EXPECT_EQ(pair.distance, PlainDistance(table, pair.i, pair.j, kind != DendroGram::RowDistanceEuclidean,
+                                                 kind != DendroGram::RowDistanceWard));
+        }
+      }
+    }
+}
+
+TEST(InitialDistances, ScaleFromTheCommonColumnsToAll) {
+  const float hole = kHole<float>;
+  const NCDataMatrix<float> table = MatrixOf<float>({{1, 2, hole, 4}, {4, hole, 7, 8}});
+  DistanceAndIndex pair = {0, 0, 0};
+  // Columns 1 and 4 of 4: 9 + 16, times 2.
+  DendroGram::CalculateRowDistances(DendroGram::RowDistanceWard, table, 1, 2, 2, &pair);
+  EXPECT_EQ(pair.distance, 25.0F);
+  DendroGram::CalculateRowDistances(DendroGram::RowDistanceEuclidean, table, 1, 2, 2, &pair);
+  EXPECT_EQ(pair.distance, std::sqrt(50.0F));
+}
+
+TEST(InitialDistances, EachSquareIsRoundedToFloatBeforeItIsAdded) {
+  EXPECT_EQ(DendroGram::SquaredDifference(4097, 0), 16785408.0F);  // 4097^2 = 16785409 has 25 bits
+  EXPECT_EQ(DendroGram::HalfSquaredDifference(4097, 0), 8392704.0F);  // half of it ends in .5: to even
+  const NCDataMatrix<float> table = MatrixOf<float>({{4097, 4097}, {0, 0}});
+  DistanceAndIndex pair = {0, 0, 0};
+  DendroGram::CalculateRowDistances(DendroGram::RowDistanceWard, table, 1, 2, 2, &pair);
+  EXPECT_EQ(pair.distance, 16785408.0F);
+}
+
+TEST(SplitRowsForThreads, SharesThePairsAboutEqually) {
+  for (const int rows : {2, 3, 10, 100, 1000, 65535})
+    for (const int threads : {1, 2, 3, 8}) {
+      const std::vector<int> ends = DendroGram::SplitRowsForThreads(threads, rows);
+      ASSERT_EQ(ends.back(), rows);
+      EXPECT_TRUE(std::is_sorted(ends.begin(), ends.end()));
+      EXPECT_LE(ends.size(), static_cast<std::size_t>(threads) + 1);
+      std::int64_t first = 1;
+      for (const int end : ends) {
+        const std::int64_t share = (end - first) * rows - (std::int64_t{end} * (end - 1) - first * (first - 1)) / 2;
+        // Cut between whole rows: a share is off by at most a row at either end.
+        EXPECT_LE(share, kalmia::PairCount(rows) / threads + 2 * rows);
+        first = end;
+      }
+    }
+  EXPECT_EQ(DendroGram::SplitRowsForThreads(4, 1), std::vector<int>({1}));
+}
+
+// b = 9.5, 45 pairs; first target 22, r = 9.5 - sqrt(90.25 - 44) = 2.69..., so rows 1 to 3 with 24 pairs come first.
+TEST(SplitRowsForThreads, CutsTenRowsForTwoThreadsBehindTheThird) {
+  EXPECT_EQ(DendroGram::SplitRowsForThreads(2, 10), std::vector<int>({4, 10}));
+}
+
+TEST(InitialDistances, ThatDoNotFitAreAnErrorOfTheirOwn) {
+  const NCDataMatrix<float> table = RandomMatrix<float>(20, 2, 0, 1);
+  Pairs pairs;
+  {
+    const MaximumPairs cap(189);
+    try {
+      DendroGram::CalculateInitialDistances(table, nullptr, pairs, DendroGram::RowDistanceWard);
+      ADD_FAILURE() << "190 pairs do not fit";
+    } catch (const ClusterAllocationError& error) {
+      EXPECT_EQ(error.GetMessage(),
+                "Memory allocation error.\nWhen doing cluster analysis, a total of N*(N-1)/2 initial distances are "
+                "calculated. In this case, enough RAM to hold these distances could not be allocated (N=20). ");
+      const std::unique_ptr<NCError> clone(error.Clone());
+      EXPECT_NE(dynamic_cast<ClusterAllocationError*>(clone.get()), nullptr);
+    }
+  }
+  const MaximumPairs cap(190);
+  DendroGram::CalculateInitialDistances(table, nullptr, pairs, DendroGram::RowDistanceWard);
+  EXPECT_EQ(pairs.size(), 190U);
+}
+
+TEST(InitialDistances, OfMoreThan65535RowsAreRefusedBeforeAnyProgress) {
+  const NCDataMatrix<float> table(65536, 1, 1.0F);
+  ProgressLog log;
+  const std::unique_ptr<NCProgress> bar = RecordingBar(&log);
+  Pairs pairs;
+  try {
+    DendroGram::CalculateInitialDistances(table, bar.get(), pairs, DendroGram::RowDistanceWard);
+    ADD_FAILURE() << "65536 rows";
+  } catch (const ClusterAllocationError&) {
+    ADD_FAILURE() << "an ordinary error, so that nothing goes over to the disk";
+  } catch (const NCError& error) {
+    EXPECT_EQ(error.GetMessage(),
+              "Memory allocation error.\nWhen doing cluster analysis, a total of N*(N-1)/2 initial distances are "
+              "calculated. In this case, enough RAM to hold these distances could not be allocated (N=65536). ");
+  }
+  EXPECT_TRUE(log.calls.empty());
+}
+
+TEST(InitialDistances, OfManyRowsAreCountedBeyond32Bits) {
+  const NCDataMatrix<float> table(50000, 1, 1.0F);
+  Pairs pairs;
+  const MaximumPairs cap(1249974999);  // one less than there are
+  EXPECT_THROW(DendroGram::CalculateInitialDistances(table, nullptr, pairs, DendroGram::RowDistanceWard),
+               ClusterAllocationError);
+  EXPECT_EQ(kalmia::PairCount(50000), 1249975000);
+}
+
+TEST(InitialDistances, TellHowFarTheyAre) {
+  const NCDataMatrix<float> table = MatrixOf<float>({{1}, {5}});
+  ProgressLog log;
+  const std::unique_ptr<NCProgress> bar = RecordingBar(&log);
+  Pairs pairs;
+  DendroGram::CalculateInitialDistances(table, bar.get(), pairs, DendroGram::RowDistanceEuclidean);
+  EXPECT_EQ(log.Joined(),
+            "SetRange 0 3; SetText Allocating memory; SetText Calculating 1 distances; SetValue 1; SetValue 2; "
+            "SetText Sorting; SetValue 3");  // a single pair is not compared
+  log.calls.clear();
+  DendroGram::CalculateInitialDistances(RandomMatrix<float>(9, 2, 0, 1), bar.get(), pairs,
+                                        DendroGram::RowDistanceEuclidean);
+  EXPECT_GE(log.Count("IsBreakPressed"), 35) << "one for each comparison of the sort";
+}
+
+TEST(InitialDistances, WithoutProcessorsAreMadeByOne) {
+  NCMultiThreading::ThreadingControl::SetNumberOfProcessors(0);
+  Pairs pairs;
+  DendroGram::CalculateInitialDistances(RandomMatrix<float>(9, 2, 0, 1), nullptr, pairs, DendroGram::RowDistanceWard);
+  NCMultiThreading::ThreadingControl::Reset();
+  EXPECT_EQ(pairs.size(), 36U);
+}
+
+}  // namespace
