@@ -61,6 +61,8 @@
 
 #include "kalmia/cluster/ClusterDistanceCalculator.h"
 #include "kalmia/cluster/DendroGram.h"
+#include "kalmia/cluster/DendroGramDrawer.h"
 #include "kalmia/cluster/DendroGramNode.h"
+#include "kalmia/cluster/DendroGramNodeLister.h"
 #include "kalmia/cluster/SingleLinkageDistanceCalculator.h"
 #include "kalmia/cluster/WardDistanceCalculator.h"

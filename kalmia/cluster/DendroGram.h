@@ -3,7 +3,9 @@
 // Cluster analysis: all that belongs to it.
 
 #include "kalmia/cluster/ClusterDistanceCalculator.h"
+#include "kalmia/cluster/DendroGramDrawer.h"
 #include "kalmia/cluster/DendroGramNode.h"
+#include "kalmia/cluster/DendroGramNodeLister.h"
 #include "kalmia/cluster/SingleLinkageDistanceCalculator.h"
 #include "kalmia/cluster/WardDistanceCalculator.h"
 #include "kalmia/support/VexStreamSource.h"

@@ -130,8 +130,8 @@ class DendroGramNode : public VexStreamBase {
 /// The tree as a table of merges, one row for each inner node, children before parents, by rising height; where heights
 /// fall towards the root a node counts as high as the highest one below it. Equal heights: fewer leaves first.
 /// Leaves have the ids 1 to n by the rank of their smallest item, the merge of row r makes the id n + r. The vectors
-/// get one cell for each row. Where a child is a leaf, its row of `leftItems` or `rightItems` (from 0) has its items; else
-/// that row is empty. Both are given, or both null: else NCError "Internal error in DendroGram::CreateMergeData".
+/// get one cell for each row. Where a child is a leaf, its row of `leftItems` or `rightItems` (from 0) has its items;
+/// else that row is empty. Both are given, or both null: else NCError "Internal error in DendroGram::CreateMergeData".
 void CreateMergeData(const DendroGramNode& root, NCDataVector<float>& heights,
                      NCIntegralVector<unsigned long, 0>& leftIds, NCIntegralVector<unsigned long, 0>& rightIds,
                      NCIntegralVector<unsigned long, 0>& mergedIds,

@@ -12,8 +12,9 @@ namespace DendroGram {
 /// It is kept lazily. The pairs stand in a list sorted by distance; a merge marks the pairs of the merged cluster as
 /// stale, which keep the places of the first cluster's pairs until they reach the end of the list, and are computed
 /// anew only there. This is not exact: a pair with the merged cluster may be nearer than its place says. Of the rows
-/// (33,-24) (-40,-21) (-9,31) (-5,-41) the second and the fourth merge at 812.5; the two and the first are then worth 2086.17,
-/// but stand at the place of 2669, so the first and the third merge next, at 2394.5. Heights may fall towards the root.
+/// (33,-24) (-40,-21) (-9,31) (-5,-41) the second and the fourth merge at 812.5; the two and the first are then worth
+/// 2086.17, but stand at the place of 2669, so the first and the third merge next, at 2394.5. Heights may fall towards
+/// the root.
 ///
 /// Missing: the first distance of two rows is their sum over the common columns times K over the number of those; once
 /// a row was merged, the sum of squares of each column and cluster is scaled from the present cells to the size of the

@@ -1,0 +1,45 @@
+#pragma once
+
+#include <map>
+#include <set>
+#include <utility>
+#include <vector>
+
+#include "kalmia/cluster/DendroGramNode.h"
+
+namespace DendroGram {
+
+/// A tree as a grid of cells for a text listing: the observations down the rows, one column for each depth of merges,
+/// the merges from left to right. Copies what it needs: the tree may go. The only part of cluster trees that recurses,
+/// as deep as the tree is; a chain takes memory for the square of its length.
+class DendroGramNodeLister {
+ public:
+  explicit DendroGramNodeLister(const DendroGramNode& root);
+
+  int SizeRows() const { return rows_; }     ///< the number of items
+  int SizeCols() const { return columns_; }  ///< the largest depth of merges
+  /// The observation on a row, from 1; not checked.
+  int GetRowID(int row) const { return rowIds_[static_cast<std::size_t>(row) - 1]; }
+  /// 1: a horizontal line in the cell; 2: a vertical one; 3: both; 0: none, also outside the grid. From 1.
+  int GetCellBorders(int row, int column) const;
+  /// The height of the merge that stands in the cell, -99 if there is none, also outside the grid. From 1.
+  float GetCellValue(int row, int column) const;
+  bool IsBreak(int row) const { return breaks_.count(row) > 0; }  ///< whether the row is the last one of a leaf
+
+ private:
+  struct Cell {
+    float value = -99.0F;
+    int borders = 0;
+  };
+
+  int ListNode(const DendroGramNode& node, int& centre);
+  void DrawRun(int row, int first, int last);
+
+  std::map<std::pair<int, int>, Cell> cells_;  ///< by row and column; only those in use
+  int rows_ = 0;
+  int columns_ = 0;
+  std::vector<int> rowIds_;
+  std::set<int> breaks_;
+};
+
+}  // namespace DendroGram
