@@ -154,29 +154,37 @@ void ControlChart::SetPrevious(double low, double high) {
   ForgetCuSum();
 }
 
-void ControlChart::ImportLimits(const ControlChart& other) {
+ControlChart::Limits ControlChart::GetLimits() const {
+  return {target_, meanUCL_, meanLCL_, rangeMean_, rangeUCL_, rangeLCL_, stdDevProcess_, stdDevIndividual_,
+          stdDevMean_, stdDevUCL_, stdDevLCL_, actionLimit_, deadBand_, GetEWMALambda(), ewmaUCL_, ewmaLCL_,
+          ewmaStdDev_, mssd_};
+}
+
+void ControlChart::ImportLimits(const Limits& limits) {
   ForgetCuSum();
   ForgetEWMA();
-  target_ = other.target_;
-  meanUCL_ = other.meanUCL_;
-  meanLCL_ = other.meanLCL_;
-  rangeMean_ = other.rangeMean_;
-  rangeUCL_ = other.rangeUCL_;
-  rangeLCL_ = other.rangeLCL_;
-  stdDevProcess_ = other.stdDevProcess_;
-  stdDevIndividual_ = other.stdDevIndividual_;
-  stdDevMean_ = other.stdDevMean_;
-  stdDevUCL_ = other.stdDevUCL_;
-  stdDevLCL_ = other.stdDevLCL_;
-  actionLimit_ = other.actionLimit_;
-  deadBand_ = other.deadBand_;
-  lambda_ = other.GetEWMALambda();
+  target_ = limits.target;
+  meanUCL_ = limits.meanUCL;
+  meanLCL_ = limits.meanLCL;
+  rangeMean_ = limits.rangeMean;
+  rangeUCL_ = limits.rangeUCL;
+  rangeLCL_ = limits.rangeLCL;
+  stdDevProcess_ = limits.stdDevProcess;
+  stdDevIndividual_ = limits.stdDevIndividual;
+  stdDevMean_ = limits.stdDevMean;
+  stdDevUCL_ = limits.stdDevUCL;
+  stdDevLCL_ = limits.stdDevLCL;
+  actionLimit_ = limits.actionLimit;
+  deadBand_ = limits.deadBand;
+  lambda_ = limits.lambda;
   lambdaIsGiven_ = true;
-  ewmaUCL_ = other.ewmaUCL_;
-  ewmaLCL_ = other.ewmaLCL_;
-  ewmaStdDev_ = other.ewmaStdDev_;
-  mssd_ = other.mssd_;
+  ewmaUCL_ = limits.ewmaUCL;
+  ewmaLCL_ = limits.ewmaLCL;
+  ewmaStdDev_ = limits.ewmaStdDev;
+  mssd_ = limits.mssd;
 }
+
+void ControlChart::ImportLimits(const ControlChart& other) { ImportLimits(other.GetLimits()); }
 
 void ControlChart::ForgetCuSum() {
   devFromTarget_.SetSize(0);

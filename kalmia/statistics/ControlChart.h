@@ -80,6 +80,15 @@ class ControlChart {
   /// Takes the centre line, all limits and the EWMA weight of a reference chart; the series of means stay this one's.
   void ImportLimits(const ControlChart& other);
 
+  /// The numbers of a chart that ImportLimits() takes over, to be kept and used again later; -99 for what is not known,
+  /// or was not asked of the chart by then.
+  struct Limits {
+    double target, meanUCL, meanLCL, rangeMean, rangeUCL, rangeLCL, stdDevProcess, stdDevIndividual;
+    double stdDevMean, stdDevUCL, stdDevLCL, actionLimit, deadBand, lambda, ewmaUCL, ewmaLCL, ewmaStdDev, mssd;
+  };
+  Limits GetLimits() const;  ///< estimates the EWMA weight, if that is not known yet
+  void ImportLimits(const Limits& limits);
+
  private:
   using Factors = kalmia::ControlChartFactors;
   /// The factors for the subgroups of this chart; null where there are none, or where `spread` is not known.

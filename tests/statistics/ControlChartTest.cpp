@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <cstring>
 #include <random>
 #include <string>
 #include <utility>
@@ -529,6 +530,27 @@ TEST(ControlChart, ImportTakesTheLimitsOfAReferenceButNotItsSeries) {
                              &ControlChart::GetMSSD})
       EXPECT_EQ((chart.*get)(), (reference.*get)());
     ExpectClose(CellsOf(*chart.GetHighCuSum()), DirectCuSum(chart, 0, +1));
+  }
+}
+
+TEST(ControlChart, KeptLimitsServeLikeTheChartThatTheyWereTakenFrom) {
+  for (int type = 0; type <= 5; ++type) {
+    SCOPED_TRACE(type);
+    const auto kind = static_cast<ControlChart::ControlType>(type);
+    const ControlChart reference = ChartOf(kind, RandomSeries(80, 8), 4);
+    reference.GetEWMAUCL();
+    reference.GetHighCuSum();
+    const ControlChart::Limits kept = reference.GetLimits();
+    ControlChart chart = ChartOf(kind, RandomSeries(40, 9), 4);
+    ControlChart twin = chart;
+    chart.ImportLimits(kept);
+    twin.ImportLimits(reference);
+    const ControlChart::Limits taken = twin.GetLimits();
+    EXPECT_EQ(std::memcmp(&kept, &taken, sizeof kept), 0);  // eighteen doubles, without a gap between them
+    EXPECT_EQ(CellsOf(*chart.GetHighCuSum()), CellsOf(*twin.GetHighCuSum()));
+    EXPECT_EQ(CellsOf(*chart.GetEWMA()), CellsOf(*twin.GetEWMA()));
+    EXPECT_EQ(chart.GetMeanUCL(), twin.GetMeanUCL());
+    EXPECT_EQ(chart.GetEWMALCL(), twin.GetEWMALCL());
   }
 }
 
