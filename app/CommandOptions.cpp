@@ -3,6 +3,7 @@
 #include <CLI/CLI.hpp>
 #include <algorithm>
 #include <charconv>
+#include <cmath>
 #include <limits>
 
 #include "app/DisplayText.h"
@@ -26,6 +27,15 @@ WholeNumber ReadWholeNumber(const std::string& text) {
   number.isTooLarge = result.ec == std::errc::result_out_of_range && result.ptr == end;
   number.isNumber = result.ec == std::errc() && result.ptr == end;
   return number;
+}
+
+/// A finite number, with a decimal point whatever the locale.
+std::optional<double> ReadReal(const std::string& text) {
+  double value = 0.0;
+  const char* end = text.data() + text.size();
+  const auto result = std::from_chars(text.data(), end, value);
+  if (result.ec != std::errc() || result.ptr != end || !std::isfinite(value)) return std::nullopt;
+  return value;
 }
 
 bool IsFlag(const CLI::Option* option) { return option->get_expected_max() == 0; }
@@ -81,6 +91,27 @@ int CommandOptions::NumberOf(const CLI::Option* option, const std::string& other
   const std::string upTo = number.isTooLarge ? "to " + std::to_string(std::numeric_limits<int>::max()) : "on";
   Refuse(option->get_name() + " takes " + otherwise + "a whole number from " + std::to_string(lowest) + " " + upTo +
          ", not " + Quoted(text));
+}
+
+void CommandOptions::Real(const std::string& name, std::optional<double>* value, const std::string& takes,
+                          bool (*accepts)(double), const std::string& help) {
+  CLI::Option* option = Add(command_->add_option(name, help), "X");
+  conversions_.emplace_back([this, option, value, takes, accepts] {
+    if (option->count() == 0) return;
+    const std::string& text = option->results().front();
+    const std::optional<double> number = ReadReal(text);
+    if (!number || !accepts(*number)) Refuse(option->get_name() + " takes " + takes + ", not " + Quoted(text));
+    *value = number;
+  });
+}
+
+void CommandOptions::Choice(const std::string& name, const std::string& word, const std::vector<std::string>& choices,
+                            std::string* value, const std::string& help) {
+  CLI::Option* option = Add(command_->add_option(name, *value, help), word);
+  conversions_.emplace_back([this, option, choices, value] {
+    if (option->count() == 0 || std::find(choices.begin(), choices.end(), *value) != choices.end()) return;
+    Refuse(option->get_name() + " takes one of " + Listed(choices) + ", not " + Quoted(*value));
+  });
 }
 
 void CommandOptions::Scaling(const std::string& name, NCScale::Scaling* value, const std::string& help) {

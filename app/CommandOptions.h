@@ -34,6 +34,12 @@ class CommandOptions {
   void Number(const std::string& name, int lowest, int* value, const std::string& help);
   /// The same, or the word auto, which is no number.
   void NumberOrAuto(const std::string& name, int lowest, std::optional<int>* value, const std::string& help);
+  /// Any finite number that `accepts` takes; `takes` says in messages which those are: "a number above 0".
+  void Real(const std::string& name, std::optional<double>* value, const std::string& takes, bool (*accepts)(double),
+            const std::string& help);
+  /// One of the words.
+  void Choice(const std::string& name, const std::string& word, const std::vector<std::string>& choices,
+              std::string* value, const std::string& help);
   /// uv, pareto, centre or none.
   void Scaling(const std::string& name, NCScale::Scaling* value, const std::string& help);
   void Flag(const std::string& name, bool* value, const std::string& help);

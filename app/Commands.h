@@ -16,6 +16,8 @@ std::string RunCommand(const PredictOptions& options, Notes* notes);
 std::string RunCommand(const FillOptions& options, Notes* notes);
 std::string RunCommand(const InfoOptions& options, Notes* notes);
 std::string RunCommand(const DescribeOptions& options, Notes* notes);
+std::string RunCommand(const ChartOptions& options, Notes* notes);
+std::string RunCommand(const HistogramOptions& options, Notes* notes);
 /// The answer itself: there is nothing to do.
 inline std::string RunCommand(const Answer& answer, Notes* /*notes*/) { return answer.text; }
 

@@ -5,6 +5,7 @@
 #include <variant>
 #include <vector>
 
+#include "app/StatisticsOptions.h"
 #include "kalmia/pcapls/NCScale.h"
 
 namespace kalmia::app {
@@ -64,8 +65,8 @@ struct Answer {
   std::string text;
 };
 
-using Command =
-    std::variant<PlsOptions, PcaOptions, PredictOptions, FillOptions, InfoOptions, DescribeOptions, Answer>;
+using Command = std::variant<PlsOptions, PcaOptions, PredictOptions, FillOptions, InfoOptions, DescribeOptions,
+                             ChartOptions, HistogramOptions, Answer>;
 
 /// Reads the command line. Throws Failure (Usage) with one line for anything that makes no sense.
 Command ParseCommandLine(int argc, const char* const* argv);

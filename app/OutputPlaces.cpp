@@ -37,6 +37,12 @@ void RefuseToOverwrite(const std::vector<FilePlace>& inputs, const std::vector<F
   }
 }
 
+std::string WrittenText(const std::vector<FilePlace>& outputs) {
+  std::string text;
+  for (const FilePlace& place : outputs) text += "Wrote " + OneLine(place.path) + "\n";
+  return text.empty() ? "" : "\n" + text;
+}
+
 std::vector<FilePlace> PlacesInCsvFolder(const std::string& folder, const std::vector<std::string>& names) {
   std::vector<FilePlace> places;
   if (folder.empty()) return places;

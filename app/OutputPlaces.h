@@ -15,6 +15,9 @@ struct FilePlace {
 /// under whatever name. Standard input, "-", is no file.
 void RefuseToOverwrite(const std::vector<FilePlace>& inputs, const std::vector<FilePlace>& outputs);
 
+/// "Wrote ...", a line for each after an empty line; empty where there are none.
+std::string WrittenText(const std::vector<FilePlace>& outputs);
+
 /// The places of files in the folder of --csv; none where there is no such folder.
 std::vector<FilePlace> PlacesInCsvFolder(const std::string& folder, const std::vector<std::string>& names);
 

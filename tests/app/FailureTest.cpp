@@ -6,21 +6,10 @@
 #include <filesystem>
 
 #include "CommandRun.h"
+#include "ExpectFailure.h"
 #include "TestTables.h"
 
 namespace {
-
-using ::testing::HasSubstr;
-using ::testing::IsEmpty;
-using ::testing::StartsWith;
-
-void ExpectFailure(const CommandResult& result, int exitCode, const std::string& message) {
-  EXPECT_EQ(result.exitCode, exitCode);
-  EXPECT_EQ(result.output, "");
-  EXPECT_EQ(result.ErrorLines(), 1) << result.error;
-  EXPECT_THAT(result.error, StartsWith("kalmia: "));
-  EXPECT_THAT(result.error, HasSubstr(message));
-}
 
 struct BadTable {
   const char* what;

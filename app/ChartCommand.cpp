@@ -1,0 +1,151 @@
+#include <algorithm>
+#include <cmath>
+#include <limits>
+#include <optional>
+#include <utility>
+
+#include "app/ChartLimitsFile.h"
+#include "app/ChartResult.h"
+#include "app/ChartTypes.h"
+#include "app/Commands.h"
+#include "app/DisplayText.h"
+#include "app/Failure.h"
+#include "app/InputFile.h"
+#include "app/MeasuredColumn.h"
+#include "app/OutputFiles.h"
+#include "app/OutputPlaces.h"
+#include "kalmia/containers/Missing.h"
+
+namespace kalmia::app {
+
+namespace {
+
+[[noreturn]] void RefuseUsage(const std::string& message) {
+  throw Failure(ExitCode::Usage, message + "; see kalmia chart --help");
+}
+
+std::vector<FilePlace> OutputsOf(const ChartOptions& options) {
+  std::vector<FilePlace> places;
+  if (!options.saveLimits.empty()) places.push_back({"--save-limits", options.saveLimits});
+  if (!options.csv.empty()) places.push_back({"--csv", options.csv});
+  if (!options.svg.empty()) places.push_back({"--svg", options.svg});
+  return places;
+}
+
+void CheckFiles(const ChartOptions& options) {
+  std::vector<FilePlace> inputs = {{"the table", options.table}};
+  if (!options.limitsFrom.empty()) inputs.push_back({"the limits", options.limitsFrom});
+  if (options.table == "-" && options.limitsFrom == "-") {
+    RefuseUsage("only one of TABLE and --limits-from can be -, standard input");
+  }
+  RefuseToOverwrite(inputs, OutputsOf(options));
+}
+
+void CheckSettings(const ChartOptions& options, ControlChart::ControlType type, int subgroup) {
+  if (options.lambda && !IsEwma(type)) RefuseUsage("--lambda goes with --type ewma and ewma-sd, not " + options.type);
+  if (NeedsFactors(type) && !HasFactors(subgroup)) {
+    RefuseUsage("--type " + options.type + " takes subgroups of 2 to 25 values, not of " + std::to_string(subgroup) +
+                ": give --subgroup");
+  }
+  const bool takesAnySigma = type == ControlChart::Individual || subgroup == 1;
+  if (options.sigma && !takesAnySigma && !HasFactors(subgroup)) {
+    RefuseUsage("--sigma with --type " + options.type + " takes subgroups of at most 25 values, not of " +
+                std::to_string(subgroup));
+  }
+}
+
+/// Throws Failure (BadData) where the limits were made for another kind of chart.
+void CheckMatch(const StoredLimits& stored, const ChartOptions& options, const std::string& name) {
+  const std::string& type = WordOfChartType(stored.type);
+  if (type != options.type) {
+    throw Failure(ExitCode::BadData, name + " holds limits of type " + type + ", not " + options.type);
+  }
+  if (options.subgroup != 0 && options.subgroup != stored.subgroup) {
+    throw Failure(ExitCode::BadData, name + " holds limits for subgroups of " + std::to_string(stored.subgroup) +
+                                         ", not of " + std::to_string(options.subgroup));
+  }
+}
+
+/// The library passes over a target of exactly -99.
+double TargetBeside99(double target) {
+  return target == kMissing ? std::nextafter(target, std::numeric_limits<double>::lowest()) : target;
+}
+
+void ApplySettings(const ChartOptions& options, ControlChart* chart) {
+  if (options.target) chart->SetTarget(TargetBeside99(*options.target));
+  if (options.sigma) chart->SetStdDevSubgroup(*options.sigma);
+  if (options.lambda) chart->SetEWMALambda(*options.lambda);
+}
+
+void CheckSeries(const std::string& where, const NCDataVector<float>& series, int subgroup) {
+  if (series.Size() >= subgroup) return;
+  throw Failure(ExitCode::BadData, where + " has " + Counted(static_cast<std::size_t>(series.Size()), "row") +
+                                       ", less than one subgroup of " + std::to_string(subgroup));
+}
+
+void CheckPanels(const std::string& where, const ChartResult& result) {
+  if (!HasLimits(result.chart)) {
+    throw Failure(ExitCode::BadData, where + " has too few values for the limits of a chart of type " +
+                                         WordOfChartType(result.chart.GetControlType()));
+  }
+  for (const ChartPanel& panel : result.panels) {
+    for (const double number : {panel.lower, panel.centre, panel.upper}) {
+      if (std::isinf(number)) throw Failure(ExitCode::BadData, where + " has values too large for a chart");
+    }
+    for (const ChartSeries& series : panel.judged) {
+      for (const double value : series.values) {
+        if (std::isinf(value)) throw Failure(ExitCode::BadData, where + " has values too large for a chart");
+      }
+    }
+  }
+}
+
+void WriteFiles(const ChartOptions& options, const ChartResult& result) {
+  OutputFiles files;
+  if (!options.saveLimits.empty()) {
+    files.Stage(options.saveLimits, LimitsText({result.table, result.column, result.chart.GetControlType(),
+                                                result.subgroup, result.chart.GetLimits()}));
+  }
+  if (!options.csv.empty()) files.Stage(options.csv, ChartCsv(result));
+  if (!options.svg.empty()) files.Stage(options.svg, ChartSvg(result));
+  files.Commit();
+}
+
+}  // namespace
+
+std::string RunCommand(const ChartOptions& options, Notes* notes) {
+  CheckFiles(options);
+  const ControlChart::ControlType type = *ChartTypeOfWord(options.type);
+  std::optional<StoredLimits> stored;
+  if (!options.limitsFrom.empty()) {
+    stored = ReadLimits(ReadInput(options.limitsFrom), InputName(options.limitsFrom));
+    CheckMatch(*stored, options, InputName(options.limitsFrom));
+  }
+  const int subgroup = stored ? stored->subgroup : std::max(options.subgroup, 1);
+  CheckSettings(options, type, subgroup);
+
+  const CsvTable table(ReadInput(options.table), InputName(options.table));
+  const NCDataVector<float> series = ReadMeasurements(table, options.column, notes);
+  const std::string where = table.Name() + ": the column " + Quoted(options.column);
+  CheckSeries(where, series, subgroup);
+  const int left = series.Size() % subgroup;
+  if (left > 0) {
+    notes->Add("the last " + Counted(static_cast<std::size_t>(left), "row") + (left == 1 ? " is" : " are") +
+               " no whole subgroup and left out");
+  }
+
+  ControlChart chart(type, series, subgroup);
+  if (stored) chart.ImportLimits(stored->limits);
+  ApplySettings(options, &chart);
+  ChartResult result = {table.Name(), options.column, std::move(chart), subgroup, series.Size() - left, 0,
+                        options.lambda || stored, options.limitsFrom.empty() ? "" : InputName(options.limitsFrom), {},
+                        {}};
+  for (int row = 1; row <= result.values; ++row) result.missing += series[row] == kMissingCell<float> ? 1 : 0;
+  result.panels = ChartPanels(result.chart, subgroup);
+  CheckPanels(where, result);
+  result.signals = ChartSignals(result.panels);
+  WriteFiles(options, result);
+  return ChartText(result) + WrittenText(OutputsOf(options));
+}
+
+}  // namespace kalmia::app

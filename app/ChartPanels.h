@@ -1,0 +1,47 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "kalmia/statistics/ControlChart.h"
+
+namespace kalmia::app {
+
+/// A series of points, one for each subgroup; NaN where there is none.
+struct ChartSeries {
+  std::string name;
+  std::vector<double> values;
+};
+
+/// One diagram of a control chart. Its limits are NaN where it has none.
+struct ChartPanel {
+  std::string name;
+  std::vector<ChartSeries> judged;  ///< drawn as a line, a signal wherever they leave the limits
+  ChartSeries background;           ///< drawn as dots, judged by nobody; often empty
+  double centre;
+  double lower;
+  double upper;
+};
+
+/// A point beyond a limit.
+struct ChartSignal {
+  std::size_t point = 0;  ///< from 0
+  std::string series;
+  double value = 0.0;
+  double limit = 0.0;
+  bool IsAbove() const { return value > limit; }
+};
+
+/// What a chart shows, by type: means (of single values: the values) with the limits of the type, and below them
+/// ranges, standard deviations or CuSums; an EWMA with its limits among the means it forecasts. The low CuSum counts
+/// downwards. Without limits of its own, the individual chart takes target +- 3 standard deviations: the one that was
+/// set for the process, otherwise that of the values.
+std::vector<ChartPanel> ChartPanels(const ControlChart& chart, int subgroup);
+
+/// Whether the spread that the limits rest on is known.
+bool HasLimits(const ControlChart& chart);
+
+/// The points strictly beyond their limits: panel after panel, each in the order of its points.
+std::vector<ChartSignal> ChartSignals(const std::vector<ChartPanel>& panels);
+
+}  // namespace kalmia::app

@@ -1,0 +1,144 @@
+#include <algorithm>
+
+#include "app/ChartResult.h"
+#include "app/ChartTypes.h"
+#include "app/CsvText.h"
+#include "app/DisplayText.h"
+#include "app/Numbers.h"
+#include "app/TextTable.h"
+#include "kalmia/containers/Missing.h"
+
+namespace kalmia::app {
+
+namespace {
+
+constexpr int kDigits = 6;
+constexpr std::size_t kMostSignals = 40;  ///< in the text; the CSV file has all
+
+std::string RowsOf(const ChartResult& result, std::size_t point) {
+  const std::size_t size = static_cast<std::size_t>(result.subgroup), first = point * size + 1;
+  return std::to_string(first) + " to " + std::to_string(first + size - 1);
+}
+
+std::string LimitsTable(const ChartResult& result) {
+  TextTable table;
+  table.AddColumn("", TextTable::Align::Left);
+  for (const char* title : {"lower limit", "centre", "upper limit"}) table.AddColumn(title, TextTable::Align::Right);
+  for (const ChartPanel& panel : result.panels) {
+    table.AddRow({panel.name, Significant(panel.lower, kDigits), Significant(panel.centre, kDigits),
+                  Significant(panel.upper, kDigits)});
+  }
+  return table.Text();
+}
+
+/// "Standard deviation of the process 0.05, of the values 0.06": what is known of them.
+std::string SpreadText(const ChartResult& result) {
+  const ControlChart& chart = result.chart;
+  std::vector<std::string> parts;
+  const auto add = [&parts](const char* what, double spread) {
+    if (spread != kMissing) parts.push_back(what + Significant(spread, kDigits));
+  };
+  add("of the process ", chart.GetStdDevProcess());
+  add("of the values ", chart.GetStdDevIndividual());
+  if (chart.GetControlType() == ControlChart::CuSum) add("dead band of the CuSum ", chart.GetDeadBand());
+  std::string text = parts.empty() ? "" : "Standard deviation " + Listed(parts) + "\n";
+  if (IsEwma(chart.GetControlType())) {
+    text += "Weight lambda " + Significant(chart.GetEWMALambda(), kDigits) +
+            (result.weightGiven ? "" : ", with the smallest forecast errors") + "\n";
+  }
+  return text;
+}
+
+std::string SignalsText(const ChartResult& result) {
+  if (result.signals.empty()) return "No signals: every point lies within its limits\n";
+  TextTable table;
+  table.AddColumn(result.IsSingle() ? "row" : "subgroup", TextTable::Align::Right);
+  if (!result.IsSingle()) table.AddColumn("rows", TextTable::Align::Right);
+  table.AddColumn("signal", TextTable::Align::Left);
+  table.AddColumn("value", TextTable::Align::Right);
+  table.AddColumn("limit", TextTable::Align::Right);
+  for (std::size_t i = 0; i < result.signals.size() && i < kMostSignals; ++i) {
+    const ChartSignal& signal = result.signals[i];
+    std::vector<std::string> row = {std::to_string(signal.point + 1)};
+    if (!result.IsSingle()) row.push_back(RowsOf(result, signal.point));
+    row.push_back(signal.series + (signal.IsAbove() ? " above" : " below"));
+    row.push_back(Significant(signal.value, kDigits));
+    row.push_back(Significant(signal.limit, kDigits));
+    table.AddRow(row);
+  }
+  const std::size_t more = result.signals.size() - std::min(result.signals.size(), kMostSignals);
+  return Counted(result.signals.size(), "signal") + "\n\n" + table.Text() +
+         (more == 0 ? "" : "  and " + std::to_string(more) + " more; --csv writes all of them\n");
+}
+
+std::string SignalsAt(const ChartResult& result, std::size_t point, const std::vector<std::size_t>& order,
+                      std::size_t* next) {
+  std::string text;
+  for (; *next < order.size() && result.signals[order[*next]].point == point; ++*next) {
+    const ChartSignal& signal = result.signals[order[*next]];
+    text += (text.empty() ? "" : "; ") + signal.series + (signal.IsAbove() ? " above" : " below");
+  }
+  return text;
+}
+
+/// The signals by point: panels follow each other in the result.
+std::vector<std::size_t> ByPoint(const std::vector<ChartSignal>& signals) {
+  std::vector<std::size_t> order(signals.size());
+  for (std::size_t i = 0; i < order.size(); ++i) order[i] = i;
+  std::stable_sort(order.begin(), order.end(),
+                   [&signals](std::size_t a, std::size_t b) { return signals[a].point < signals[b].point; });
+  return order;
+}
+
+void CsvTitles(const ChartResult& result, CsvText* csv) {
+  csv->Field(result.IsSingle() ? "row" : "subgroup");
+  if (!result.IsSingle()) csv->Field("first row").Field("last row");
+  for (const ChartPanel& panel : result.panels) {
+    if (!panel.background.values.empty()) csv->Field(panel.background.name);
+    for (const ChartSeries& series : panel.judged) csv->Field(series.name);
+    csv->Field(panel.name + " lower limit").Field(panel.name + " centre").Field(panel.name + " upper limit");
+  }
+  csv->Field("signal").EndLine();
+}
+
+/// The points are cells of the library, single precision: full precision has so many digits.
+void AddCell(double value, CsvText* csv) { csv->Number(AsWritten(static_cast<float>(value))); }
+
+}  // namespace
+
+std::string ChartResult::Title() const {
+  return OneLine(column) + " of " + OneLine(table) + ": " + WordOfChartType(chart.GetControlType()) + " chart";
+}
+
+std::string ChartText(const ChartResult& result) {
+  std::string text = result.Title() + "\n" + Counted(static_cast<std::size_t>(result.values), "value");
+  if (!result.IsSingle()) {
+    text += " in " + Counted(result.Points(), "subgroup") + " of " + std::to_string(result.subgroup);
+  }
+  if (result.missing > 0) text += ", " + std::to_string(result.missing) + " of them missing";
+  if (!result.limitsFrom.empty()) text += "; limits from " + OneLine(result.limitsFrom);
+  return text + "\n\n" + LimitsTable(result) + "\n" + SpreadText(result) + "\n" + SignalsText(result);
+}
+
+std::string ChartCsv(const ChartResult& result) {
+  CsvText csv;
+  CsvTitles(result, &csv);
+  const std::vector<std::size_t> order = ByPoint(result.signals);
+  std::size_t next = 0;
+  for (std::size_t point = 0; point < result.Points(); ++point) {
+    csv.Field(std::to_string(point + 1));
+    if (!result.IsSingle()) {
+      const std::size_t size = static_cast<std::size_t>(result.subgroup);
+      csv.Field(std::to_string(point * size + 1)).Field(std::to_string((point + 1) * size));
+    }
+    for (const ChartPanel& panel : result.panels) {
+      if (!panel.background.values.empty()) AddCell(panel.background.values[point], &csv);
+      for (const ChartSeries& series : panel.judged) AddCell(series.values[point], &csv);
+      csv.Number(panel.lower).Number(panel.centre).Number(panel.upper);
+    }
+    csv.Field(SignalsAt(result, point, order, &next)).EndLine();
+  }
+  return csv.Text();
+}
+
+}  // namespace kalmia::app

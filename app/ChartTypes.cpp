@@ -1,0 +1,35 @@
+#include "app/ChartTypes.h"
+
+#include <algorithm>
+
+#include "kalmia/statistics/ControlChartFactors.h"
+
+namespace kalmia::app {
+
+const std::vector<std::string>& ChartTypeWords() {
+  static const std::vector<std::string> words = {"individual", "mean-range", "mean-sd", "cusum", "ewma", "ewma-sd"};
+  return words;
+}
+
+std::optional<ControlChart::ControlType> ChartTypeOfWord(const std::string& word) {
+  const std::vector<std::string>& words = ChartTypeWords();
+  const auto found = std::find(words.begin(), words.end(), word);
+  if (found == words.end()) return std::nullopt;
+  return static_cast<ControlChart::ControlType>(found - words.begin());
+}
+
+const std::string& WordOfChartType(ControlChart::ControlType type) {
+  return ChartTypeWords()[static_cast<std::size_t>(type)];
+}
+
+bool NeedsFactors(ControlChart::ControlType type) {
+  return type == ControlChart::MeanRange || type == ControlChart::MeanStdDev;
+}
+
+bool HasFactors(int subgroup) { return FindControlChartFactors(subgroup) != nullptr; }
+
+bool IsEwma(ControlChart::ControlType type) {
+  return type == ControlChart::EWMA || type == ControlChart::EWMAStdDev;
+}
+
+}  // namespace kalmia::app

@@ -1,0 +1,55 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "app/Svg.h"
+
+namespace kalmia::app {
+
+/// A place on an axis, with the number to stand there.
+struct Tick {
+  double value;
+  std::string label;
+};
+
+/// Ticks at round numbers, steps of 1, 2 or 5 times a power of ten, all within low to high: about `count` of them,
+/// never more than twice that. The labels of one axis have equally many decimals. With `whole` steps are at least 1.
+/// low < high, both finite.
+std::vector<Tick> RoundTicks(double low, double high, int count, bool whole);
+
+/// The values from `low` to `high`; grows.
+struct ValueRange {
+  double low;
+  double high;
+
+  void Include(double value);  ///< what is no finite number changes nothing
+  /// A margin on both sides; where low and high are as good as equal, one in proportion to their size.
+  void Widen(double share);
+};
+
+/// A rectangle of a drawing with an axis below it and one on its left.
+class Plot {
+ public:
+  struct Place {
+    double left, top, width, height;
+  };
+  Plot(Svg* svg, const Place& place, const ValueRange& x, const ValueRange& y) : svg_(svg), place_(place), x_(x), y_(y) {}
+
+  double X(double value) const { return place_.left + (value - x_.low) / (x_.high - x_.low) * place_.width; }
+  double Y(double value) const { return Bottom() - (value - y_.low) / (y_.high - y_.low) * place_.height; }
+  double Right() const { return place_.left + place_.width; }
+  double Bottom() const { return place_.top + place_.height; }
+
+  /// Grid, frame and the numbers beside them. Drawn first, below the data.
+  void DrawAxes(const std::string& xName, const std::string& yName, bool wholeX, bool wholeY) const;
+  /// A line over the whole width, with its name and value on the right, `shift` pixels lower than the line.
+  void DrawLevel(double value, const std::string& name, Svg::Look look, double shift) const;
+
+ private:
+  Svg* svg_;
+  Place place_;
+  ValueRange x_, y_;
+};
+
+}  // namespace kalmia::app

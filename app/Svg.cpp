@@ -1,0 +1,123 @@
+#include "app/Svg.h"
+
+#include "app/DisplayText.h"
+#include "app/Json.h"
+#include "app/Numbers.h"
+
+namespace kalmia::app {
+
+namespace {
+
+/// Signals differ from points by shape and size too, limits from the centre line by dashes: black and white will do.
+constexpr auto kStyle = R"(<style>
+text { font-family: Helvetica, Arial, sans-serif; font-size: 12px; fill: #222; }
+text.title { font-size: 14px; font-weight: bold; }
+text.tick, text.label { font-size: 11px; }
+.grid { stroke: #e4e4e4; stroke-width: 1; fill: none; }
+.frame { stroke: #555; stroke-width: 1; fill: none; }
+.data { stroke: #1f5a8c; stroke-width: 1.2; stroke-linejoin: round; stroke-linecap: round; fill: none; }
+.faint { fill: #fff; stroke: #8a8a8a; stroke-width: 1; }
+.point { fill: #1f5a8c; }
+.centre { stroke: #2f7d32; stroke-width: 1.2; fill: none; }
+.limit { stroke: #b3261e; stroke-width: 1.2; stroke-dasharray: 6 4; fill: none; }
+.signal { fill: #b3261e; stroke: #fff; stroke-width: 0.8; }
+.bar { fill: #7fa6c9; stroke: #1f5a8c; stroke-width: 0.8; }
+</style>
+)";
+
+const char* ClassOf(Svg::Look look) {
+  switch (look) {
+    case Svg::Look::Grid: return "grid";
+    case Svg::Look::Frame: return "frame";
+    case Svg::Look::Data: return "data";
+    case Svg::Look::Faint: return "faint";
+    case Svg::Look::Point: return "point";
+    case Svg::Look::Centre: return "centre";
+    case Svg::Look::Limit: return "limit";
+    case Svg::Look::Signal: return "signal";
+    case Svg::Look::Bar: break;
+  }
+  return "bar";
+}
+
+const char* ClassOf(Svg::Font font) {
+  switch (font) {
+    case Svg::Font::Title: return "title";
+    case Svg::Font::Axis: return "axis";
+    case Svg::Font::Tick: return "tick";
+    case Svg::Font::Label: break;
+  }
+  return "label";
+}
+
+const char* WordOf(Svg::Anchor anchor) {
+  if (anchor == Svg::Anchor::Start) return "start";
+  return anchor == Svg::Anchor::Middle ? "middle" : "end";
+}
+
+/// A hundredth of a pixel is finer than any printer.
+std::string Number(double value) { return Fixed(value, 2); }
+
+std::string Attribute(const char* name, double value) {
+  return std::string(" ") + name + "=\"" + Number(value) + "\"";
+}
+
+std::string Class(const char* name) { return std::string(" class=\"") + name + "\""; }
+
+}  // namespace
+
+Svg::Svg(double width, double height, const std::string& title)
+    : text_("<svg xmlns=\"http://www.w3.org/2000/svg\"" + Attribute("width", width) + Attribute("height", height) +
+            " viewBox=\"0 0 " + Number(width) + " " + Number(height) + "\">\n<title>" + XmlText(title) + "</title>\n" +
+            kStyle + "<rect width=\"100%\" height=\"100%\" fill=\"#fff\"/>\n") {}
+
+void Svg::Line(double x1, double y1, double x2, double y2, Look look) {
+  text_ += "<line" + Attribute("x1", x1) + Attribute("y1", y1) + Attribute("x2", x2) + Attribute("y2", y2) +
+           Class(ClassOf(look)) + "/>\n";
+}
+
+void Svg::Polyline(const Points& points, Look look) {
+  if (points.empty()) return;
+  text_ += "<polyline points=\"";
+  for (const auto& [x, y] : points) text_ += Number(x) + "," + Number(y) + " ";
+  if (points.size() == 1) text_ += Number(points[0].first) + "," + Number(points[0].second) + " ";  // a round cap
+  text_.back() = '"';
+  text_ += Class(ClassOf(look)) + "/>\n";
+}
+
+void Svg::Circle(double x, double y, double radius, Look look) {
+  text_ += "<circle" + Attribute("cx", x) + Attribute("cy", y) + Attribute("r", radius) + Class(ClassOf(look)) + "/>\n";
+}
+
+void Svg::Rectangle(double x, double y, double width, double height, Look look) {
+  text_ += "<rect" + Attribute("x", x) + Attribute("y", y) + Attribute("width", width) + Attribute("height", height) +
+           Class(ClassOf(look)) + "/>\n";
+}
+
+void Svg::Text(double x, double y, const std::string& text, Font font, Anchor anchor) {
+  text_ += "<text" + Attribute("x", x) + Attribute("y", y) + Class(ClassOf(font)) + " text-anchor=\"" +
+           WordOf(anchor) + "\">" + XmlText(text) + "</text>\n";
+}
+
+void Svg::UprightText(double x, double y, const std::string& text, Font font) {
+  text_ += "<text transform=\"translate(" + Number(x) + " " + Number(y) + ") rotate(-90)\"" + Class(ClassOf(font)) +
+           " text-anchor=\"middle\">" + XmlText(text) + "</text>\n";
+}
+
+std::string XmlText(std::string_view text) {
+  // The JSON library knows what is no UTF-8, and puts U+FFFD there.
+  const Json valid = Json::parse(Json(OneLine(text)).dump(-1, ' ', false, Json::error_handler_t::replace));
+  std::string escaped;
+  for (const char c : valid.get<std::string>()) {
+    switch (c) {
+      case '&': escaped += "&amp;"; break;
+      case '<': escaped += "&lt;"; break;
+      case '>': escaped += "&gt;"; break;
+      case '"': escaped += "&quot;"; break;
+      default: escaped += c;
+    }
+  }
+  return escaped;
+}
+
+}  // namespace kalmia::app

@@ -1,0 +1,42 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+namespace kalmia::app {
+
+/// A drawing in SVG under construction, in pixels from the upper left corner. Its look has one home, the style sheet in
+/// the .cpp: shapes only name what they are. The file needs nothing else and prints sharp at any size.
+class Svg {
+ public:
+  /// What a shape or a text is.
+  enum class Look { Grid, Frame, Data, Faint, Point, Centre, Limit, Signal, Bar };
+  enum class Font { Title, Axis, Tick, Label };
+  enum class Anchor { Start, Middle, End };
+  using Points = std::vector<std::pair<double, double>>;
+
+  /// `title` is what the file is called by programs that show it.
+  Svg(double width, double height, const std::string& title);
+
+  void Line(double x1, double y1, double x2, double y2, Look look);
+  void Polyline(const Points& points, Look look);  ///< of one point: a dot
+  void Circle(double x, double y, double radius, Look look);
+  void Rectangle(double x, double y, double width, double height, Look look);
+  /// `y` is the line on which the letters stand.
+  void Text(double x, double y, const std::string& text, Font font, Anchor anchor);
+  /// Runs upwards; `y` is its middle.
+  void UprightText(double x, double y, const std::string& text, Font font);
+
+  /// The whole file.
+  std::string File() const { return text_ + "</svg>\n"; }
+
+ private:
+  std::string text_;
+};
+
+/// The text as content of an XML element: & < > " escaped, control characters as \x1b, bytes that are no UTF-8 as U+FFFD.
+std::string XmlText(std::string_view text);
+
+}  // namespace kalmia::app

@@ -1,0 +1,324 @@
+// What `kalmia chart` prints, writes and draws, held against the library's charts and numbers worked by hand.
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+#include <string>
+#include <vector>
+
+#include "CommandRun.h"
+#include "TestTables.h"
+#include "app/ChartTypes.h"
+#include "kalmia/statistics/ControlChart.h"
+
+namespace {
+
+using kalmia::app::CsvTable;
+using ::testing::ElementsAre;
+using ::testing::HasSubstr;
+using ::testing::Not;
+
+const std::vector<std::string> kTypes = kalmia::app::ChartTypeWords();
+
+/// Twelve values; as single values mean 6 and no point beyond three standard deviations.
+const char* const kTwelve = "x\n2\n4\n6\n8\n3\n5\n7\n5\n1\n9\n4\n18\n";
+
+std::string Series(int size, double driftFrom, double driftStep) {
+  std::string text = "name,ph\n";
+  for (int i = 1; i <= size; ++i) {
+    const double noise = std::sin(12.9898 * i) * 0.3 + std::sin(78.233 * i) * 0.2;
+    text += "r" + std::to_string(i) + "," + std::to_string(7.0 + noise + std::max(0.0, i - driftFrom) * driftStep) + "\n";
+  }
+  return text;
+}
+
+std::vector<std::string> ChartOf(const std::string& table, const std::string& type, std::vector<std::string> more = {}) {
+  more.insert(more.begin(), {"chart", table, "--column", "ph", "--type", type});
+  return more;
+}
+
+NCDataVector<float> Vector(const std::vector<double>& numbers) {
+  NCDataVector<float> v(static_cast<int>(numbers.size()));
+  for (std::size_t i = 0; i < numbers.size(); ++i) {
+    v(static_cast<int>(i) + 1, std::isnan(numbers[i]) ? -99.0F : static_cast<float>(numbers[i]));
+  }
+  return v;
+}
+
+int CountOf(const std::string& text, const std::string& part) {
+  int count = 0;
+  for (std::size_t at = text.find(part); at != std::string::npos; at = text.find(part, at + 1)) ++count;
+  return count;
+}
+
+TEST(Chart, ShowsTargetAndThreeStandardDeviationsOfTheValuesForTheIndividualType) {
+  const CommandResult run = RunKalmia({"chart", "-", "--column", "x", "--type", "individual"}, kTwelve);
+  ASSERT_EQ(run.exitCode, 0) << run.error;
+  // Sum 72, sum of squares 650: mean 6, s = sqrt((650 - 72^2 / 12) / 11) = 4.45176, 6 +- 3 s = -7.35528 and 19.3553.
+  EXPECT_THAT(run.output, HasSubstr("value     -7.35528  6.00000      19.3553"));
+  EXPECT_THAT(run.output, HasSubstr("Standard deviation of the values 4.45176"));
+  EXPECT_THAT(run.output, HasSubstr("No signals"));
+  EXPECT_EQ(run.error, "");
+}
+
+TEST(Chart, TakesTargetAndStandardDeviationFromTheCommandLine) {
+  const CommandResult run =
+      RunKalmia({"chart", "-", "--column", "x", "--type", "individual", "--target", "5", "--sigma", "4"}, kTwelve);
+  EXPECT_THAT(run.output, HasSubstr("value     -7.00000  5.00000      17.0000"));
+  EXPECT_THAT(run.output, HasSubstr("1 signal\n\n  row  signal         value    limit\n   12  value above"));
+}
+
+TEST(Chart, MeanAndRangeLimitsOfThreeSubgroupsAreThoseWorkedByHand) {
+  const ScratchFolder folder;
+  const CommandResult run = RunKalmia({"chart", folder.Write("t.csv", kTwelve), "--column", "x", "--type", "mean-range",
+                                       "--subgroup", "4", "--csv", folder.Path("c.csv")});
+  ASSERT_EQ(run.exitCode, 0) << run.error;
+  const CsvTable csv = CsvAt(folder.Path("c.csv"));
+  EXPECT_THAT(csv.ColumnNames(),
+              ElementsAre("subgroup", "first row", "last row", "mean", "mean lower limit", "mean centre",
+                          "mean upper limit", "range", "range lower limit", "range centre", "range upper limit",
+                          "signal"));
+  EXPECT_THAT(NumbersOf(csv, "first row"), ElementsAre(1, 5, 9));
+  EXPECT_THAT(NumbersOf(csv, "last row"), ElementsAre(4, 8, 12));
+  EXPECT_THAT(NumbersOf(csv, "mean"), ElementsAre(5, 5, 8));
+  EXPECT_THAT(NumbersOf(csv, "range"), ElementsAre(6, 4, 17));
+  // Mean range 9; A2 = 0.729, D4 = 2.282 are single precision: relative 6e-8.
+  EXPECT_NEAR(NumbersOf(csv, "mean upper limit")[0], 6 + 0.729 * 9, 1e-6);
+  EXPECT_NEAR(NumbersOf(csv, "mean lower limit")[2], 6 - 0.729 * 9, 1e-6);
+  EXPECT_NEAR(NumbersOf(csv, "range upper limit")[1], 2.282 * 9, 2e-6);
+  EXPECT_EQ(NumbersOf(csv, "range lower limit")[1], 0);
+}
+
+struct Quantity {
+  const char* column;
+  const NCDataVector<float>* (ControlChart::*get)() const;
+  double sign;
+};
+
+struct Limit {
+  const char* column;
+  double value;
+};
+
+std::vector<Limit> LimitsOf(const ControlChart& chart) {
+  switch (chart.GetControlType()) {
+    case ControlChart::Individual:
+      return {{"mean centre", chart.GetTarget()},
+              {"mean upper limit", chart.GetTarget() + 3 * chart.GetStdDevIndividual()},
+              {"mean lower limit", chart.GetTarget() - 3 * chart.GetStdDevIndividual()}};
+    case ControlChart::MeanRange:
+      return {{"mean centre", chart.GetTarget()},        {"mean upper limit", chart.GetMeanUCL()},
+              {"mean lower limit", chart.GetMeanLCL()},   {"range centre", chart.GetRangeMean()},
+              {"range upper limit", chart.GetRangeUCL()}, {"range lower limit", chart.GetRangeLCL()}};
+    case ControlChart::MeanStdDev:
+      return {{"mean centre", chart.GetTarget()},
+              {"mean upper limit", chart.GetMeanUCL()},
+              {"mean lower limit", chart.GetMeanLCL()},
+              {"standard deviation centre", chart.GetStdDevMean()},
+              {"standard deviation upper limit", chart.GetStdDevUCL()},
+              {"standard deviation lower limit", chart.GetStdDevLCL()}};
+    case ControlChart::CuSum:
+      return {{"mean centre", chart.GetTarget()},
+              {"CuSum centre", 0},
+              {"CuSum upper limit", chart.GetActionLimit()},
+              {"CuSum lower limit", -chart.GetActionLimit()}};
+    default:
+      return {{"EWMA centre", chart.GetTarget()},
+              {"EWMA upper limit", chart.GetEWMAUCL()},
+              {"EWMA lower limit", chart.GetEWMALCL()}};
+  }
+}
+
+TEST(Chart, WritesTheSeriesAndLimitsOfTheLibraryForEveryType) {
+  const ScratchFolder folder;
+  const std::string table = folder.Write("t.csv", Series(43, 20, 0.05));
+  const NCDataVector<float> cells = Vector(NumbersOf(CsvAt(table), "ph"));
+  const std::vector<std::vector<Quantity>> series = {
+      {{"mean", &ControlChart::GetMeanVector, 1}},
+      {{"mean", &ControlChart::GetMeanVector, 1}, {"range", &ControlChart::GetRangeVector, 1}},
+      {{"mean", &ControlChart::GetMeanVector, 1}, {"standard deviation", &ControlChart::GetStdDevVector, 1}},
+      {{"mean", &ControlChart::GetMeanVector, 1},
+       {"high CuSum", &ControlChart::GetHighCuSum, 1},
+       {"low CuSum", &ControlChart::GetLowCuSum, -1}},
+      {{"mean", &ControlChart::GetMeanVector, 1}, {"EWMA", &ControlChart::GetEWMA, 1}},
+      {{"mean", &ControlChart::GetMeanVector, 1}, {"EWMA", &ControlChart::GetEWMA, 1}}};
+  for (std::size_t type = 0; type < kTypes.size(); ++type) {
+    SCOPED_TRACE(kTypes[type]);
+    const CommandResult run =
+        RunKalmia(ChartOf(table, kTypes[type], {"--subgroup", "4", "--csv", folder.Path("c.csv")}));
+    ASSERT_EQ(run.exitCode, 0) << run.error;
+    EXPECT_THAT(run.error, HasSubstr("note: the last 3 rows are no whole subgroup and left out\n"));
+    const CsvTable csv = CsvAt(folder.Path("c.csv"));
+    const ControlChart chart(static_cast<ControlChart::ControlType>(type), cells, 4);
+    ASSERT_EQ(csv.Rows(), 10);
+    for (const Quantity& quantity : series[type]) {
+      const std::vector<double> written = NumbersOf(csv, quantity.column);
+      for (int i = 1; i <= 10; ++i) {
+        EXPECT_EQ(static_cast<float>(written[static_cast<std::size_t>(i) - 1]),
+                  static_cast<float>(quantity.sign) * (*(chart.*quantity.get)())[i]);
+      }
+    }
+    for (const Limit& limit : LimitsOf(chart)) EXPECT_EQ(NumbersOf(csv, limit.column)[9], limit.value) << limit.column;
+  }
+}
+
+TEST(Chart, SignalsAreThePointsStrictlyBeyondALimit) {
+  // Target 0, sigma 1: limits at -3 and 3, both met exactly by a value that is no signal.
+  const CommandResult run = RunKalmia(
+      {"chart", "-", "--column", "x", "--type", "individual", "--target", "0", "--sigma", "1"}, "x\n3\n-3\n3.001\n-4\n");
+  EXPECT_THAT(run.output, HasSubstr("2 signals\n\n  row  signal          value     limit\n"
+                                    "    3  value above   3.00100   3.00000\n"
+                                    "    4  value below  -4.00000  -3.00000\n"));
+}
+
+TEST(Chart, CuSumSignalsBeyondItsActionLimitOnBothSides) {
+  // Target 0 and sigma 1: dead band 0.5, action limit 4.5. Sums of 1.5 a row pass it at the fourth and later again.
+  const std::string up = "x\n2\n2\n2\n2\n", down = "x\n-2\n-2\n-2\n-2\n";
+  const std::vector<std::string> line = {"chart", "-", "--column", "x", "--type", "cusum", "--target", "0",
+                                         "--sigma", "1"};
+  EXPECT_THAT(RunKalmia(line, up).output, HasSubstr("    4  high CuSum above  6.00000  4.50000\n"));
+  EXPECT_THAT(RunKalmia(line, down).output, HasSubstr("    4  low CuSum below  -6.00000  -4.50000\n"));
+  EXPECT_THAT(RunKalmia(line, up).output, HasSubstr("1 signal\n"));
+}
+
+TEST(Chart, TellsWhereItsEwmaWeightComesFrom) {
+  const std::vector<std::string> line = {"chart", "-", "--column", "ph", "--type", "ewma"};
+  const std::string table = Series(40, 99, 0);
+  EXPECT_THAT(RunKalmia(line, table).output, HasSubstr(", with the smallest forecast errors\n"));
+  std::vector<std::string> given = line;
+  given.insert(given.end(), {"--lambda", "0.25"});
+  EXPECT_THAT(RunKalmia(given, table).output, HasSubstr("Weight lambda 0.250000\n"));
+}
+
+TEST(Chart, LeavesMissingValuesOut) {
+  const ScratchFolder folder;
+  const std::string csv = folder.Path("c.csv"), svg = folder.Path("c.svg");
+  const CommandResult run =
+      RunKalmia({"chart", "-", "--column", "x", "--type", "mean-range", "--subgroup", "2", "--csv", csv, "--svg", svg},
+                "x\n1\n2\nNA\nNA\n5\nnan\n7\n8\n");
+  ASSERT_EQ(run.exitCode, 0) << run.error;
+  EXPECT_THAT(run.output, HasSubstr("8 values in 4 subgroups of 2, 3 of them missing"));
+  const std::vector<double> means = NumbersOf(CsvAt(csv), "mean");
+  EXPECT_EQ(means[0], 1.5);
+  EXPECT_TRUE(std::isnan(means[1]));
+  EXPECT_EQ(means[2], 5);
+  // The line breaks at the hole: two pieces in each of the two panels.
+  EXPECT_EQ(CountOf(ReadWholeFile(svg), "<polyline"), 4);
+}
+
+TEST(Chart, StoredLimitsJudgeNewValuesAsTheOldOnesWereJudged) {
+  const ScratchFolder folder;
+  const std::string first = folder.Write("first.csv", Series(60, 99, 0));
+  const std::string next = folder.Write("next.csv", Series(40, 10, 0.1));
+  for (const std::string& type : kTypes) {
+    SCOPED_TRACE(type);
+    const std::string limits = folder.Path("limits"), old = folder.Path("old.csv"), csv = folder.Path("new.csv");
+    ASSERT_EQ(
+        RunKalmia(ChartOf(first, type, {"--subgroup", "4", "--save-limits", limits, "--csv", old})).exitCode, 0);
+    const CommandResult run = RunKalmia(ChartOf(next, type, {"--limits-from", limits, "--csv", csv}));
+    ASSERT_EQ(run.exitCode, 0) << run.error;
+    EXPECT_THAT(run.output, HasSubstr("; limits from " + limits));
+    EXPECT_THAT(run.output, HasSubstr("subgroups of 4"));
+    EXPECT_THAT(run.output, HasSubstr("signal"));
+    const CsvTable before = CsvAt(old), after = CsvAt(csv);
+    for (const std::string& name : before.ColumnNames()) {
+      const bool isLimit = name.find("limit") != std::string::npos || name.find("centre") != std::string::npos;
+      if (!isLimit) continue;
+      const double was = NumbersOf(before, name)[0], is = NumbersOf(after, name)[0];
+      EXPECT_TRUE(was == is || (std::isnan(was) && std::isnan(is))) << name;
+    }
+  }
+}
+
+TEST(Chart, StoredLimitsAreTheSameWhenTheyAreStoredAgain) {
+  const ScratchFolder folder;
+  const std::string table = folder.Write("t.csv", Series(60, 99, 0));
+  for (const std::string& type : kTypes) {
+    SCOPED_TRACE(type);
+    const std::string one = folder.Path("one"), two = folder.Path("two");
+    ASSERT_EQ(RunKalmia(ChartOf(table, type, {"--subgroup", "5", "--save-limits", one})).exitCode, 0);
+    ASSERT_EQ(RunKalmia(ChartOf(table, type, {"--limits-from", one, "--save-limits", two})).exitCode, 0);
+    EXPECT_EQ(ReadWholeFile(one), ReadWholeFile(two));
+  }
+}
+
+TEST(Chart, DrawsEveryPointAndMarksEverySignal) {
+  const ScratchFolder folder;
+  const std::string svg = folder.Path("c.svg"), table = folder.Write("t.csv", Series(100, 50, 0.05));
+  const CommandResult run = RunKalmia(ChartOf(table, "individual", {"--target", "7", "--sigma", "0.4", "--svg", svg}));
+  ASSERT_EQ(run.exitCode, 0) << run.error;
+  const std::string drawing = ReadWholeFile(svg);
+  EXPECT_EQ(CountOf(drawing, "class=\"point\""), 100);
+  EXPECT_EQ(CountOf(drawing, "class=\"limit\""), 2);
+  EXPECT_EQ(CountOf(drawing, "class=\"centre\""), 1);
+  const int signals = CountOf(run.output, "value above");
+  EXPECT_GT(signals, 0);
+  EXPECT_EQ(CountOf(drawing, "class=\"signal\""), signals);
+  EXPECT_THAT(run.output, HasSubstr("\nWrote " + svg + "\n"));
+}
+
+TEST(Chart, ThinsOutALongSeriesButLosesNoSignal) {
+  const ScratchFolder folder;
+  std::string text = "x\n";
+  for (int i = 0; i < 20000; ++i) text += i == 12345 ? "50\n" : i % 2 == 0 ? "0\n" : "1\n";
+  const std::string svg = folder.Path("c.svg");
+  const CommandResult run = RunKalmia({"chart", "-", "--column", "x", "--type", "individual", "--svg", svg}, text);
+  ASSERT_EQ(run.exitCode, 0) << run.error;
+  EXPECT_THAT(run.output, HasSubstr("12346  value above"));
+  const std::string drawing = ReadWholeFile(svg);
+  EXPECT_LT(drawing.size(), 40000U);
+  EXPECT_EQ(CountOf(drawing, "class=\"signal\""), 1);
+}
+
+TEST(Chart, ListsNoMoreSignalsThanAReaderReads) {
+  std::string text = "x\n";
+  for (int i = 0; i < 100; ++i) text += "9\n";
+  const CommandResult run = RunKalmia(
+      {"chart", "-", "--column", "x", "--type", "individual", "--target", "0", "--sigma", "1"}, text);
+  EXPECT_THAT(run.output, HasSubstr("100 signals"));
+  EXPECT_THAT(run.output, HasSubstr("  and 60 more; --csv writes all of them\n"));
+}
+
+TEST(Chart, NamesWithMarkupStayTextInTheDrawing) {
+  const ScratchFolder folder;
+  const std::string svg = folder.Path("c.svg");
+  const CommandResult run = RunKalmia({"chart", "-", "--column", "<b>&\"\xff", "--type", "individual", "--svg", svg},
+                                      "\"<b>&\"\"\xff\"\n1\n2\n3\n");
+  ASSERT_EQ(run.exitCode, 0) << run.error;
+  EXPECT_THAT(ReadWholeFile(svg), HasSubstr("<title>&lt;b&gt;&amp;&quot;\xEF\xBF\xBD of standard input"));
+}
+
+TEST(Chart, TargetOfMinus99IsATargetLikeAnyOther) {
+  const CommandResult run = RunKalmia(
+      {"chart", "-", "--column", "x", "--type", "individual", "--target", "-99", "--sigma", "1"}, "x\n-98\n-97\n");
+  EXPECT_THAT(run.output, HasSubstr("value     -102.000  -99.0000     -96.0000"));
+}
+
+TEST(Chart, ProcessWithoutSpreadHasLimitsOnItsTarget) {
+  const ScratchFolder folder;
+  const std::string svg = folder.Path("c.svg");
+  const CommandResult run =
+      RunKalmia({"chart", "-", "--column", "x", "--type", "mean-range", "--subgroup", "2", "--svg", svg},
+                "x\n5\n5\n5\n5\n5\n5\n");
+  ASSERT_EQ(run.exitCode, 0) << run.error;
+  EXPECT_THAT(run.output, HasSubstr("No signals"));
+  EXPECT_THAT(ReadWholeFile(svg), Not(HasSubstr("nan")));
+}
+
+TEST(Chart, OneValueIsEnoughWhereTheSpreadIsGiven) {
+  const CommandResult run =
+      RunKalmia({"chart", "-", "--column", "x", "--type", "individual", "--sigma", "1"}, "x\n7\n");
+  EXPECT_EQ(run.exitCode, 0) << run.error;
+  EXPECT_THAT(run.output, HasSubstr("4.00000  7.00000      10.0000"));
+}
+
+TEST(Chart, HelpNamesEveryTypeAndGivesAnExample) {
+  const CommandResult run = RunKalmia({"chart", "--help"});
+  EXPECT_EQ(run.exitCode, 0);
+  for (const std::string& type : kTypes) EXPECT_THAT(run.output, HasSubstr(type));
+  EXPECT_THAT(run.output, HasSubstr("kalmia chart drift.csv --column diameter --type mean-range --subgroup 5"));
+}
+
+}  // namespace
