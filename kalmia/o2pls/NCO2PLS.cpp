@@ -3,10 +3,10 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
-#include <initializer_list>
 #include <utility>
 
 #include "kalmia/o2pls/FirstLoading.h"
+#include "kalmia/o2pls/FlipRows.h"
 #include "kalmia/opls/DeepCopy.h"
 #include "kalmia/pcapls/ComponentRows.h"
 #include "kalmia/pcapls/NCPLS.h"
@@ -60,22 +60,6 @@ class Relatedness {
   float ss_;
   float sum_ = 0.0F;  ///< of all components so far
 };
-
-/// Turns the sign of the flagged rows that these matrices have; whether there was any.
-bool Flip(const std::vector<bool>& flips, std::initializer_list<Matrix*> matrices) {
-  bool any = false;
-  int row = 0;
-  for (const bool flip : flips) {
-    ++row;
-    if (!flip) continue;
-    for (Matrix* matrix : matrices) {
-      if (row > matrix->SizeRows()) continue;
-      matrix->MultiplyRow(row, -1.0F);
-      any = true;
-    }
-  }
-  return any;
-}
 
 }  // namespace
 
@@ -280,14 +264,14 @@ void NCO2PLS::EndFit() {
 }
 
 void NCO2PLS::FlipPredictiveModel(const std::vector<bool>& xFlips, const std::vector<bool>& yFlips) {
-  const bool anyX = Flip(xFlips, {&t_, &p_, &w_});
-  const bool anyY = Flip(yFlips, {&u_, &c_, &q_});
+  const bool anyX = kalmia::FlipRows(xFlips, {&t_, &p_, &w_});
+  const bool anyY = kalmia::FlipRows(yFlips, {&u_, &c_, &q_});
   if (anyX || anyY) CalculateInnerRelations();
 }
 
-void NCO2PLS::FlipXSideModel(const std::vector<bool>& flips) { Flip(flips, {&to_, &wo_, &po_, &s_}); }
+void NCO2PLS::FlipXSideModel(const std::vector<bool>& flips) { kalmia::FlipRows(flips, {&to_, &wo_, &po_, &s_}); }
 
-void NCO2PLS::FlipYSideModel(const std::vector<bool>& flips) { Flip(flips, {&uo_, &co_, &qo_, &r_}); }
+void NCO2PLS::FlipYSideModel(const std::vector<bool>& flips) { kalmia::FlipRows(flips, {&uo_, &co_, &qo_, &r_}); }
 
 NCDataMatrix<float> NCO2PLS::GetT() const { return DeepCopy(t_); }
 NCDataMatrix<float> NCO2PLS::GetU() const { return DeepCopy(u_); }

@@ -47,7 +47,7 @@ class NCYOrthogonalPLS : public VexStreamBase {
 
   /// 90 - 90 acos(c) / pi, with c the cosine between the vector (N) and its part outside of the principal scores of Y:
   /// 90 for a vector that has no share in them, towards 45 as it comes to lie in them. Of one that lies in them
-  /// exactly, c is what rounding makes of it, or no number. Throws as NextComponent does where Y is needed and not there.
+  /// exactly, c is what rounding makes of it, or no number. Throws as NextComponent does where Y is needed and gone.
   double GetYAngle(const NCDataVector<float>* vector) const;
 
   NCDataMatrix<float> GetWStarPrim() const;  ///< NCPLS::GetWStarPrim of W and P

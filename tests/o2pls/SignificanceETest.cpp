@@ -9,8 +9,9 @@ TEST(SignificanceE, HasANameAndAVerdictForEachCode) {
     int code;
     const char* name;
     bool isSignificant;
-  } codes[] = {{0, "R1", true},  {1, "R2", true}, {2, "R5", true},  {3, "NS", false},  {4, "N3", false},
-               {5, "N4", false}, {6, "U", false},  {7, "NA", false}, {8, "RB1", true}, {9, "RB2", true}, {10, "NB1", false}};
+  } codes[] = {{0, "R1", true},  {1, "R2", true},  {2, "R5", true},  {3, "NS", false},
+               {4, "N3", false}, {5, "N4", false}, {6, "U", false},  {7, "NA", false},
+               {8, "RB1", true}, {9, "RB2", true}, {10, "NB1", false}};
   for (const auto& c : codes) {
     const auto code = static_cast<SignificanceE::Significance>(c.code);
     EXPECT_STREQ(SignificanceE::GetSignificance(code), c.name);

@@ -1,0 +1,415 @@
+#include "kalmia/o2pls/O2PLSCrossValidation.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+#include <cstddef>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "O2plsCase.h"
+#include "PlainO2pls.h"
+#include "kalmia/o2pls/O2PLSPredictiveComponentEstimator.h"
+#include "kalmia/pcapls/PCACrossValidation.h"
+#include "testing/Ints.h"
+#include "testing/RandomTables.h"
+
+namespace {
+
+using CrossValidation = O2PLSCrossValidation;
+using Table = NCDataMatrix<float>;
+
+constexpr int kMaxIterations = 500;
+
+/// The iterations inside end at a change of 1e-5; Q2 is of the order of 1, and passes a few such errors on.
+constexpr double kConvergence = 2e-4;
+
+O2PLSCVResults Validate(const FloatBlocks& blocks, int predictive, int xOrthogonal, int yOrthogonal, int groups = 5) {
+  return CrossValidation(&blocks.X, &blocks.Y, groups, nullptr, nullptr, kMaxIterations, predictive, xOrthogonal,
+                         yOrthogonal)
+      .GetResults();
+}
+
+std::vector<int> CodesOf(const NCIntegralVector<int, -99>& codes) { return {codes.begin(), codes.end()}; }
+
+struct LimitIs {
+  explicit LimitIs(float limit) { SetO2PLSQ2Limit(limit); }
+  ~LimitIs() { SetO2PLSQ2Limit(0.01F); }
+};
+
+// ---- A twin of the whole, for given numbers of components
+
+struct TwinRound {
+  plain::Table trainX, trainY, testX, testY;
+};
+
+std::vector<TwinRound> RoundsOf(const FloatBlocks& blocks, const NCIntegralVector<int, -99>& groups) {
+  const plain::Table X = plain::Of(blocks.X), Y = plain::Of(blocks.Y);
+  std::vector<TwinRound> rounds(static_cast<std::size_t>(*std::max_element(groups.begin(), groups.end())) + 1);
+  for (std::size_t g = 0; g < rounds.size(); ++g)
+    for (std::size_t i = 0; i < X.size(); ++i) {
+      const bool held = groups[static_cast<int>(i) + 1] == static_cast<int>(g);
+      (held ? rounds[g].testX : rounds[g].trainX).push_back(X[i]);
+      (held ? rounds[g].testY : rounds[g].trainY).push_back(Y[i]);
+    }
+  return rounds;
+}
+
+double Errors(const plain::Table& predicted, const plain::Table& truth) {
+  double sum = 0.0;
+  for (std::size_t i = 0; i < truth.size(); ++i)
+    for (std::size_t j = 0; j < truth[i].size(); ++j) sum += std::pow(predicted[i][j] - truth[i][j], 2);
+  return sum;
+}
+
+/// The first `count` predictive components of a model.
+plain::O2pls FirstOf(plain::O2pls m, std::size_t count) {
+  for (plain::Table* rows : {&m.T, &m.U, &m.P, &m.W, &m.C, &m.Q}) rows->resize(count);
+  const plain::Table inverse = plain::Inverse(plain::Product(m.T, plain::Transposed(m.T)));
+  m.Lambda = plain::Product(inverse, plain::Product(m.T, plain::Transposed(m.U)));
+  return m;
+}
+
+struct Twin {
+  Twin(const FloatBlocks& blocks, int groups)
+      : rounds(RoundsOf(blocks, GetDeafultCVGroupsVector(blocks.X.SizeRows(), groups))),
+        ssX(plain::Squares(plain::Of(blocks.X))),
+        ssY(plain::Squares(plain::Of(blocks.Y))),
+        xColumns(blocks.X.SizeColumns()),
+        yColumns(blocks.Y.SizeColumns()) {}
+
+  double Q2OfY(int predictive, int xOrthogonal, int yOrthogonal) const {
+    double press = 0.0;
+    for (const TwinRound& r : rounds) {
+      const plain::O2pls m = plain::FitO2pls(r.trainX, r.trainY, predictive, xOrthogonal, yOrthogonal);
+      press += Errors(plain::PredictY(r.testX, m, yColumns).predicted, r.testY);
+    }
+    return 1 - press / ssY;
+  }
+  double Q2OfX(int predictive, int xOrthogonal, int yOrthogonal) const {
+    double press = 0.0;
+    for (const TwinRound& r : rounds) {
+      const plain::O2pls m = plain::FitO2pls(r.trainX, r.trainY, predictive, xOrthogonal, yOrthogonal);
+      press += Errors(plain::PredictY(r.testY, plain::Swapped(m), xColumns).predicted, r.testX);
+    }
+    return 1 - press / ssX;
+  }
+
+  std::vector<TwinRound> rounds;
+  double ssX, ssY;
+  int xColumns, yColumns;
+};
+
+struct Numbers {
+  const char* name;
+  int predictive, xOrthogonal, yOrthogonal;
+};
+
+class O2PLSCrossValidationOfFixedNumbers : public ::testing::TestWithParam<Numbers> {
+ protected:
+  O2PLSCrossValidationOfFixedNumbers()
+      : blocks_(MakeFloatBlocks({30, 8, 6, 2, 1, 1}, 0.1, 7)),
+        twin_(blocks_, 5),
+        results_(Validate(blocks_, GetParam().predictive, GetParam().xOrthogonal, GetParam().yOrthogonal)) {}
+
+  FloatBlocks blocks_;
+  Twin twin_;
+  O2PLSCVResults results_;
+};
+
+INSTANTIATE_TEST_SUITE_P(, O2PLSCrossValidationOfFixedNumbers,
+                         ::testing::Values(Numbers{"PredictiveOnly", 2, 0, 0}, Numbers{"OneOfEach", 2, 1, 1},
+                                           Numbers{"XSide", 2, 2, 0}, Numbers{"YSide", 2, 0, 1},
+                                           Numbers{"OnePredictive", 1, 1, 1}),
+                         [](const ::testing::TestParamInfo<Numbers>& info) { return info.param.name; });
+
+TEST_P(O2PLSCrossValidationOfFixedNumbers, HasTheQ2OfAPlainTwin) {
+  const Numbers& n = GetParam();
+  EXPECT_EQ(results_.PredictiveComponents, n.predictive);
+  EXPECT_EQ(results_.XSideComponents, n.xOrthogonal);
+  EXPECT_EQ(results_.YSideComponents, n.yOrthogonal);
+  ASSERT_EQ(results_.Q2XSide.Size(), n.xOrthogonal);
+  ASSERT_EQ(results_.Q2YSide.Size(), n.yOrthogonal);
+  ASSERT_EQ(results_.XSideSignificance.Size(), n.xOrthogonal);
+  ASSERT_EQ(results_.YSideSignificance.Size(), n.yOrthogonal);
+  // With components on Y's side, those of X's side were judged anew with them.
+  double before = twin_.Q2OfY(n.predictive, 0, n.yOrthogonal);
+  for (int o = 1; o <= n.xOrthogonal; ++o) {
+    const double q2 = twin_.Q2OfY(n.predictive, o, n.yOrthogonal);
+    EXPECT_NEAR(results_.Q2XSide[o], q2, kConvergence);
+    EXPECT_EQ(results_.XSideSignificance[o], q2 - before > 0.01 ? 0 : 3);
+    before = q2;
+  }
+  for (int o = 1; o <= n.yOrthogonal; ++o)
+    EXPECT_NEAR(results_.Q2YSide[o], twin_.Q2OfX(n.predictive, n.xOrthogonal, o), kConvergence);
+}
+
+TEST_P(O2PLSCrossValidationOfFixedNumbers, HasTheErrorsOfAPlainTwinAfterEachPredictiveComponent) {
+  const Numbers& n = GetParam();
+  ASSERT_EQ(results_.Q2Cum.Size(), n.predictive);
+  ASSERT_EQ(results_.SSTable.SizeRows(), n.predictive + 1);
+  ASSERT_EQ(results_.SSTable.SizeColumns(), 5);
+  for (int a = 1; a <= n.predictive; ++a) {
+    double press = 0.0;
+    plain::Vector ofVariable(6, 0.0), ssOfVariable(6, 0.0);
+    for (std::size_t g = 0; g < 5; ++g) {
+      const TwinRound& r = twin_.rounds[g];
+      const plain::O2pls model = FirstOf(
+          plain::FitO2pls(r.trainX, r.trainY, n.predictive, n.xOrthogonal, n.yOrthogonal), static_cast<std::size_t>(a));
+      const plain::Table predicted = plain::PredictY(r.testX, model, 6).predicted;
+      const double errors = Errors(predicted, r.testY);
+      const int column = static_cast<int>(g) + 1;
+      EXPECT_NEAR(results_.SSTable[1][column], plain::Squares(r.testY), 1e-6 * twin_.ssY);
+      EXPECT_NEAR(results_.SSTable[a + 1][column], errors, kConvergence * twin_.ssY);
+      press += errors;
+      for (std::size_t i = 0; i < r.testY.size(); ++i)
+        for (std::size_t j = 0; j < 6; ++j) {
+          ofVariable[j] += std::pow(predicted[i][j] - r.testY[i][j], 2);
+          ssOfVariable[j] += std::pow(r.testY[i][j], 2);
+        }
+    }
+    EXPECT_NEAR(results_.Q2Cum[a], 1 - press / twin_.ssY, kConvergence);
+    for (int j = 1; j <= 6; ++j) {
+      const std::size_t k = static_cast<std::size_t>(j) - 1;
+      EXPECT_NEAR(results_.Q2Var[a][j], 1 - ofVariable[k] / ssOfVariable[k],
+                  kConvergence * twin_.ssY / ssOfVariable[k]);
+    }
+  }
+}
+
+void ExpectSameButForTheSign(const plain::Vector& row, const plain::Vector& expected) {
+  ASSERT_EQ(row.size(), expected.size());
+  EXPECT_LT(plain::SineOfAngle(row, expected), 1e-3) << "of iterations that end at 1e-5, on a fifth less of the rows";
+  EXPECT_NEAR(plain::Dot(row, row) / plain::Dot(expected, expected), 1.0, 1e-3);
+}
+
+TEST_P(O2PLSCrossValidationOfFixedNumbers, SavesTheComponentsOfEveryRound) {
+  const Numbers& n = GetParam();
+  const auto groups = GetDeafultCVGroupsVector(30, 5);
+  const auto& s = results_;
+  for (const auto* set : {&s.TSet, &s.USet, &s.PSet, &s.WSet, &s.CSet, &s.QSet})
+    ASSERT_EQ(set->size(), static_cast<std::size_t>(n.predictive));
+  for (const auto* set : {&s.ToSet, &s.PoSet, &s.WoSet, &s.SSet})
+    ASSERT_EQ(set->size(), static_cast<std::size_t>(n.xOrthogonal));
+  for (const auto* set : {&s.UoSet, &s.QoSet, &s.CoSet, &s.RSet})
+    ASSERT_EQ(set->size(), static_cast<std::size_t>(n.yOrthogonal));
+  ASSERT_EQ(s.LambdaSet.size(), 5U);
+  ASSERT_EQ(s.XLambdaSet.size(), 5U);
+  for (std::size_t g = 0; g < 5; ++g) {
+    SCOPED_TRACE("round " + std::to_string(g));
+    const TwinRound& r = twin_.rounds[g];
+    const plain::O2pls m = plain::FitO2pls(r.trainX, r.trainY, n.predictive, n.xOrthogonal, n.yOrthogonal);
+    const plain::Prediction ofY = plain::PredictY(r.testX, m, 6), ofX = plain::PredictY(r.testY, plain::Swapped(m), 8);
+    const auto inOrder = [&](const plain::Vector& fitted, const plain::Vector& predicted) {
+      plain::Vector scores;
+      std::size_t f = 0, p = 0;
+      for (int i = 1; i <= 30; ++i) scores.push_back(groups[i] == static_cast<int>(g) ? predicted[p++] : fitted[f++]);
+      return scores;
+    };
+    const auto row = [g](const Table& set) { return plain::Of(set)[g]; };
+    for (std::size_t a = 0; a < s.TSet.size(); ++a) {
+      ExpectSameButForTheSign(row(s.TSet[a]), inOrder(m.T[a], ofY.scores[a]));
+      ExpectSameButForTheSign(row(s.USet[a]), inOrder(m.U[a], ofX.scores[a]));
+      ExpectSameButForTheSign(row(s.PSet[a]), m.P[a]);
+      ExpectSameButForTheSign(row(s.WSet[a]), m.W[a]);
+      ExpectSameButForTheSign(row(s.CSet[a]), m.C[a]);
+      ExpectSameButForTheSign(row(s.QSet[a]), m.Q[a]);
+      EXPECT_GT(s.PSet[a][static_cast<int>(g) + 1] * s.PSet[a][1], 0.0L) << "as round 0 points";
+      EXPECT_GT(s.CSet[a][static_cast<int>(g) + 1] * s.CSet[a][1], 0.0L);
+    }
+    for (std::size_t o = 0; o < std::min<std::size_t>(1, s.ToSet.size()); ++o) {
+      ExpectSameButForTheSign(row(s.ToSet[o]), inOrder(m.To[o], ofY.orthogonalScores[o]));
+      ExpectSameButForTheSign(row(s.PoSet[o]), m.Po[o]);
+      ExpectSameButForTheSign(row(s.WoSet[o]), m.Wo[o]);
+      EXPECT_EQ(s.SSet[o].SizeColumns(), 6);
+      EXPECT_GT(s.PoSet[o][static_cast<int>(g) + 1] * s.PoSet[o][1], 0.0L);
+    }
+    for (std::size_t o = 0; o < s.UoSet.size(); ++o) {
+      ExpectSameButForTheSign(row(s.UoSet[o]), inOrder(m.Uo[o], ofX.orthogonalScores[o]));
+      ExpectSameButForTheSign(row(s.QoSet[o]), m.Qo[o]);
+      ExpectSameButForTheSign(row(s.CoSet[o]), m.Co[o]);
+      EXPECT_EQ(s.RSet[o].SizeColumns(), 8);
+      EXPECT_GT(s.CoSet[o][static_cast<int>(g) + 1] * s.CoSet[o][1], 0.0L);
+    }
+    EXPECT_EQ(s.LambdaSet[g].SizeRows(), n.predictive);
+    EXPECT_EQ(s.XLambdaSet[g].SizeColumns(), n.predictive);
+  }
+}
+
+// ---- The search
+
+TEST(O2PLSCrossValidation, FindsTheNumbersOfSimulatedBlocks) {
+  // Twenty draws of each of two sizes. What is unique lies over what is common, so the estimate of what is common may
+  // take it for common now and then: one draw in four may be missed. Without orthogonal components Q2 would be far
+  // below what it can be, so of the draws that were hit all have some on X's side.
+  for (const plain::BlocksShape& shape : {plain::BlocksShape{60, 20, 15, 2, 1, 1}, {80, 30, 20, 2, 1, 1}}) {
+    int hits = 0;
+    std::string found;
+    for (unsigned seed = 1; seed <= 20; ++seed) {
+      const O2PLSCVResults r = Validate(MakeFloatBlocks(shape, 0.1, seed), -1, -1, -1, 7);
+      found += std::to_string(r.PredictiveComponents) + std::to_string(r.XSideComponents) +
+               std::to_string(r.YSideComponents) + " ";
+      if (r.PredictiveComponents == 2) ++hits;
+    }
+    RecordProperty("found" + std::to_string(shape.rows), found);
+    EXPECT_GE(hits, 15) << found;
+  }
+}
+
+/// What the rule of single variables makes of the estimator's codes.
+struct Choice {
+  int components;
+  std::vector<int> codes;
+};
+
+Choice ChoiceOf(const O2PLSCVResults& r, std::vector<int> codes, int needed) {
+  int best = 1;
+  for (int a = 2; a <= r.Q2Cum.Size(); ++a)
+    if (r.Q2Cum[a] > r.Q2Cum[best]) best = a;
+  Choice choice{best, std::move(codes)};
+  bool chain = true;
+  for (std::size_t k = static_cast<std::size_t>(best); k < choice.codes.size(); ++k) {  // component k + 1
+    int gaining = 0;
+    const int after = static_cast<int>(k) + 1;
+    for (int j = 1; j <= r.Q2Var.SizeColumns() && choice.codes[k] == 0; ++j)
+      if (double{r.Q2Var[after][j]} - double{r.Q2Var[after - 1][j]} > double{0.01F}) ++gaining;
+    chain = chain && choice.codes[k] == 0 && gaining >= needed;
+    if (choice.codes[k] == 0) choice.codes[k] = chain ? 1 : 3;
+    if (chain) ++choice.components;
+  }
+  return choice;
+}
+
+TEST(O2PLSCrossValidation, KeepsAComponentBehindTheLargestQ2ForTheSakeOfEnoughSingleVariables) {
+  bool kept = false, cut = false;
+  for (const auto& [variables, needed] : {std::pair{1, 1}, {4, 2}, {6, 2}, {24, 5}, {25, 5}})
+    for (unsigned seed = 1; seed <= 12; ++seed) {
+      SCOPED_TRACE(std::to_string(variables) + " variables, seed " + std::to_string(seed));
+      const FloatBlocks blocks{RandomMatrix<float>(25, 8, 0, seed), RandomMatrix<float>(25, variables, 0, seed + 50)};
+      for (const int wanted : {-1, std::min(variables, 4)}) {
+        const O2PLSCVResults r = Validate(blocks, wanted, wanted < 0 ? -1 : 0, wanted < 0 ? -1 : 0);
+        const O2PLSPredictiveComponentEstimator estimator(&blocks.X, &blocks.Y, 5, nullptr, wanted);
+        const int estimated = estimator.GetNumberOfPredictiveComponents();
+        if (estimated == 0) continue;
+        const Choice expected = ChoiceOf(r, CodesOf(estimator.GetSignificance()), needed);
+        EXPECT_EQ(CodesOf(r.PredictiveSignificance), expected.codes);
+        EXPECT_EQ(r.PredictiveComponents, wanted < 0 ? expected.components : estimated) << "a fixed number stays";
+        EXPECT_EQ(r.Q2Cum.Size(), estimated) << "what is cut off keeps its rows";
+        EXPECT_EQ(r.Q2Var.SizeRows(), estimated);
+        EXPECT_EQ(r.SSTable.SizeRows(), estimated + 1);
+        EXPECT_EQ(r.TSet.size(), static_cast<std::size_t>(r.PredictiveComponents));
+        EXPECT_EQ(r.LambdaSet.front().SizeRows(), r.PredictiveComponents);
+        kept = kept || std::count(expected.codes.begin(), expected.codes.end(), 1) > 0;
+        cut = cut || r.PredictiveComponents < estimated;
+      }
+    }
+  EXPECT_TRUE(kept);
+  EXPECT_TRUE(cut);
+}
+
+TEST(O2PLSCrossValidation, EndsASearchWithTheTrialThatGainsLessThanTheLimit) {
+  const FloatBlocks blocks = MakeFloatBlocks({40, 10, 8, 1, 1, 0}, 0.1, 3);
+  const O2PLSCVResults usual = Validate(blocks, -1, -1, -1);
+  ASSERT_GE(usual.PredictiveComponents, 1);
+  ASSERT_GE(usual.XSideSignificance.Size(), 1);
+  EXPECT_EQ(usual.Q2XSide.Size(), usual.XSideSignificance.Size());
+  EXPECT_EQ(usual.XSideComponents, usual.XSideSignificance.Size() - 1) << "the refused one is in the series";
+  EXPECT_EQ(CodesOf(usual.XSideSignificance).back(), 3);
+  const LimitIs limit(0.99F);
+  const O2PLSCVResults none = Validate(blocks, -1, -1, -1);
+  EXPECT_EQ(none.XSideComponents, 0);
+  EXPECT_EQ(none.YSideComponents, 0);
+  EXPECT_EQ(CodesOf(none.XSideSignificance), std::vector<int>{3});
+  EXPECT_TRUE(none.ToSet.empty());
+  EXPECT_EQ(CellsOf(none.Q2Cum), CellsOf(Validate(blocks, usual.PredictiveComponents, 0, 0).Q2Cum))
+      << "the models are back to what they were";
+}
+
+TEST(O2PLSCrossValidation, GoesByTheLimitThatIsSetWithinBounds) {
+  EXPECT_EQ(CrossValidation::GetQ2Lim(10, 1), 0.01F);
+  EXPECT_EQ(CrossValidation::GetQ2Lim(-1, 100), 0.01F) << "the arguments do not matter";
+  const LimitIs limit(0.25F);
+  for (const float ignored : {1.0F, -0.01F, -99.0F, 7.0F, std::nanf("")}) {
+    SetO2PLSQ2Limit(ignored);
+    EXPECT_EQ(CrossValidation::GetQ2Lim(10, 1), 0.25F);
+  }
+  SetO2PLSQ2Limit(0.0F);
+  EXPECT_EQ(CrossValidation::GetQ2Lim(10, 1), 0.0F);
+}
+
+// ---- Numbers, groups
+
+void ExpectNothingBut(const O2PLSCVResults& r) {
+  EXPECT_EQ(r.PredictiveComponents, 0);
+  EXPECT_EQ(r.XSideComponents, -1);
+  EXPECT_EQ(r.YSideComponents, -1);
+  EXPECT_EQ(r.Q2Cum.Size() + r.Q2XSide.Size() + r.Q2YSide.Size() + r.SSTable.SizeRows(), 0);
+  EXPECT_TRUE(r.TSet.empty() && r.LambdaSet.empty() && r.ToSet.empty());
+}
+
+TEST(O2PLSCrossValidation, ReturnsFromTheFirstStageWithoutPredictiveComponents) {
+  const FloatBlocks blocks = MakeFloatBlocks({20, 5, 4, 1, 0, 0}, 0.1, 3);
+  ExpectNothingBut(Validate(blocks, 0, 0, 0));
+  EXPECT_TRUE(CodesOf(Validate(blocks, 0, 0, 0).PredictiveSignificance).empty());
+  ExpectNothingBut(Validate({blocks.X.GetRowSubMatrix(1, 4), blocks.Y.GetRowSubMatrix(1, 4)}, -1, -1, -1, 4));
+  ExpectNothingBut(Validate(blocks, -1, -1, -1, /*groups=*/1));
+}
+
+TEST(O2PLSCrossValidation, FindsNothingInABlockWithoutVarianceOrSaysSo) {
+  const Table X = RandomMatrix<float>(20, 5, 0, 1);
+  for (const int columns : {1, 3}) ExpectNothingBut(Validate({X, Table(20, columns, 0.0F)}, -1, -1, -1));
+  ExpectNothingBut(Validate({X, Table(20, 3, 0.0F)}, 1, 0, 0));
+  EXPECT_EQ(TextOf([&] { Validate({X, Table(20, 1, 0.0F)}, 1, 0, 0); }), "There is no correlation between X and Y");
+}
+
+TEST(O2PLSCrossValidation, TakesTheGroupsThatAreGivenAndNothingFromOneWithoutObservations) {
+  const FloatBlocks blocks = MakeFloatBlocks({20, 5, 4, 1, 0, 0}, 0.1, 3);
+  auto groups = GetDeafultCVGroupsVector(20, 4);
+  const auto with = [&](NCIntegralVector<int, -99> given) {
+    return CrossValidation(&blocks.X, &blocks.Y, -7, nullptr, &given, kMaxIterations, 1, 1, 1).GetResults();
+  };
+  const O2PLSCVResults given = with(groups), defaults = Validate(blocks, 1, 1, 1, 4);
+  EXPECT_EQ(CellsOf(given.Q2Cum), CellsOf(defaults.Q2Cum));
+  for (int i = 1; i <= 20; ++i)
+    if (groups[i] == 3) groups(i) = 4;
+  const O2PLSCVResults gap = with(groups);  // nobody is in group 3
+  EXPECT_EQ(CellsOf(gap.Q2Cum), CellsOf(given.Q2Cum));
+  EXPECT_EQ(CellsOf(gap.Q2XSide), CellsOf(given.Q2XSide));
+  EXPECT_EQ(gap.SSTable.SizeColumns(), 5);
+  EXPECT_EQ(gap.SSTable[1][4], 0.0F);
+  EXPECT_EQ(gap.SSTable[2][4], 0.0F);
+}
+
+// ---- Signs of the results
+
+TEST(O2PLSCVResults, FlipTheFlaggedRoundsOfEveryComponent) {
+  O2PLSCVResults r;
+  for (unsigned a = 0; a < 2; ++a) {
+    for (auto* set : {&r.TSet, &r.USet}) set->push_back(RandomMatrix<float>(2, 6, 0, 10 * a + 1));
+    for (auto* set : {&r.PSet, &r.WSet, &r.CSet, &r.QSet}) set->push_back(RandomMatrix<float>(2, 3, 0, 10 * a + 2));
+    r.LambdaSet.push_back(Table(1, 1, 7.0F));
+    r.XLambdaSet.push_back(Table(1, 1, 8.0F));
+  }
+  const O2PLSCVResults before = r;
+  r.FlipPredictiveModel({false, false}, {});
+  EXPECT_EQ(CellsOf(r.LambdaSet[0]), CellsOf(before.LambdaSet[0])) << "nothing was turned, nothing is computed";
+  r.FlipPredictiveModel({false, true}, {true, false});
+  for (std::size_t a = 0; a < 2; ++a) {
+    const auto expectFlipped = [](const Table& now, Table then, int row) {
+      then.MultiplyRow(row, -1.0F);
+      EXPECT_EQ(CellsOf(now), CellsOf(then));
+    };
+    expectFlipped(r.TSet[a], before.TSet[a], 2);
+    expectFlipped(r.PSet[a], before.PSet[a], 2);
+    expectFlipped(r.WSet[a], before.WSet[a], 2);
+    expectFlipped(r.USet[a], before.USet[a], 1);
+    expectFlipped(r.CSet[a], before.CSet[a], 1);
+    expectFlipped(r.QSet[a], before.QSet[a], 1);
+    EXPECT_EQ(CellsOf(r.LambdaSet[a]), CellsOf(r.TSet[a].GetRegressionCoefficients(r.USet[a]))) << "rounds by rounds";
+    EXPECT_EQ(CellsOf(r.XLambdaSet[a]), CellsOf(r.USet[a].GetRegressionCoefficients(r.TSet[a])));
+  }
+}
+
+}  // namespace
