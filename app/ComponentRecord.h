@@ -24,6 +24,18 @@ struct ComponentRecord {
   std::vector<YShare> perY;  ///< of each Y column
 };
 
+/// What is known of one component of an OPLS model; shares of 1. The predictive components are judged together.
+struct OplsComponentRecord {
+  bool orthogonal = false;
+  bool kept = false;
+  bool significant = false;  ///< Q2 is strictly above its limit
+  double r2x = 0.0;          ///< share of the sum of squares of X that it takes off
+  double r2y = 0.0;          ///< the same of Y
+  double q2 = 0.0;           ///< what it adds to the cross-validated Q2 of the model; of the predictive ones, theirs
+  double q2Cum = 0.0;        ///< of the model with the orthogonal components up to this one
+  double q2Limit = 0.0;
+};
+
 /// What is known of one principal component; shares of 1. Not a number where nothing can be said.
 struct PcaComponentRecord {
   bool kept = false;

@@ -16,8 +16,8 @@ std::string ComponentText(const std::vector<ComponentRecord>& components, const 
 Json ComponentJson(const std::vector<ComponentRecord>& components, const std::vector<std::string>& yNames);
 
 /// RMSEE and RMSECV of each Y column.
-std::string QualityText(const StoredPls& model);
-Json QualityJson(const StoredPls& model);
+std::string QualityText(const YModelFrame& model);
+Json QualityJson(const YModelFrame& model);
 
 /// "significant", "not significant", with ", not kept" behind it.
 std::string Verdict(bool significant, bool kept);

@@ -5,6 +5,7 @@
 #include "app/Json.h"
 #include "app/ModelFile.h"
 #include "app/Numbers.h"
+#include "app/OplsTables.h"
 #include "app/PcaTables.h"
 #include "app/Scaling.h"
 
@@ -59,11 +60,13 @@ Json ColumnsJson(const std::vector<std::string>& names, const NCScale& scale) {
 
 std::string KindName(const StoredPls& /*model*/) { return "PLS"; }
 std::string KindName(const StoredPca& /*model*/) { return "PCA"; }
+std::string KindName(const StoredOpls& /*model*/) { return "OPLS"; }
 
 const char* InfoFormat(const StoredPls& /*model*/) { return "kalmia-info"; }
 const char* InfoFormat(const StoredPca& /*model*/) { return "kalmia-info-pca"; }
+const char* InfoFormat(const StoredOpls& /*model*/) { return "kalmia-info-opls"; }
 
-std::string OwnLines(const StoredPls& model) { return LabelledNames("Y", model.yNames); }
+std::string OwnLines(const YModelFrame& model) { return LabelledNames("Y", model.yNames); }
 std::string OwnLines(const StoredPca& /*model*/) { return ""; }
 
 std::string OwnTables(const StoredPls& model) {
@@ -72,6 +75,10 @@ std::string OwnTables(const StoredPls& model) {
 
 std::string OwnTables(const StoredPca& model) { return PcaComponentText(model.components); }
 
+std::string OwnTables(const StoredOpls& model) {
+  return OplsComponentText(model.components) + "\n" + QualityText(model);
+}
+
 void AddOwnJson(const StoredPls& model, Json* json) {
   (*json)["y"] = ColumnsJson(model.yNames, *model.yScale);
   (*json)["components"] = ComponentJson(model.components, model.yNames);
@@ -79,6 +86,12 @@ void AddOwnJson(const StoredPls& model, Json* json) {
 }
 
 void AddOwnJson(const StoredPca& model, Json* json) { (*json)["components"] = PcaComponentJson(model.components); }
+
+void AddOwnJson(const StoredOpls& model, Json* json) {
+  (*json)["y"] = ColumnsJson(model.yNames, *model.yScale);
+  (*json)["components"] = OplsComponentJson(model.components);
+  (*json)["quality"] = QualityJson(model);
+}
 
 template <class Model>
 std::string InfoText(const Model& model, const std::string& file) {

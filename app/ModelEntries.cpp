@@ -48,6 +48,26 @@ bool ReadObject(Entry entry, InputStreamDirectory* directory, VexStreamBase* obj
   }
 }
 
+void WriteYQuality(const YModelFrame& model, OutputStreamDirectory* directory) {
+  std::ostream& quality = directory->GetOutput(Quality);
+  WriteDoubles({model.pooledDeviation}, quality);
+  for (const YQuality& y : model.quality) {
+    WriteInteger(y.rows, quality);
+    WriteDoubles({y.rmsee, y.rmsecv}, quality);
+  }
+}
+
+bool ReadYQuality(InputStreamDirectory* directory, YModelFrame* model) {
+  std::istream* entry = directory->GetInput(Quality);
+  if (entry == nullptr || !ReadDouble(&model->pooledDeviation, *entry)) return false;
+  for (std::size_t j = 0; j < model->yNames.size(); ++j) {
+    YQuality y;
+    if (!ReadInteger(&y.rows, *entry) || !ReadDouble(&y.rmsee, *entry) || !ReadDouble(&y.rmsecv, *entry)) return false;
+    model->quality.push_back(y);
+  }
+  return true;
+}
+
 bool HasShape(const NCDataMatrix<float>* matrix, std::size_t rows, std::size_t columns) {
   return static_cast<std::size_t>(matrix->SizeRows()) == rows &&
          static_cast<std::size_t>(matrix->SizeColumns()) == columns;

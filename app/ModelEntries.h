@@ -37,6 +37,9 @@ bool ReadText(std::string* text, std::istream& stream);
 bool ReadNames(Entry entry, InputStreamDirectory* directory, std::vector<std::string>* names);
 /// The object of the library in an entry.
 bool ReadObject(Entry entry, InputStreamDirectory* directory, VexStreamBase* object);
+/// The pooled deviation, and the quality of each Y column.
+void WriteYQuality(const YModelFrame& model, OutputStreamDirectory* directory);
+bool ReadYQuality(InputStreamDirectory* directory, YModelFrame* model);
 /// Whether a matrix of the model has the shape that the names ask for.
 bool HasShape(const NCDataMatrix<float>* matrix, std::size_t rows, std::size_t columns);
 
@@ -45,7 +48,9 @@ bool HasShape(const NCDataMatrix<float>* matrix, std::size_t rows, std::size_t c
 
 void WriteOwnEntries(const StoredPls& model, OutputStreamDirectory* directory);
 void WriteOwnEntries(const StoredPca& model, OutputStreamDirectory* directory);
+void WriteOwnEntries(const StoredOpls& model, OutputStreamDirectory* directory);
 bool ReadOwnEntries(InputStreamDirectory* directory, StoredPls* model);
 bool ReadOwnEntries(InputStreamDirectory* directory, StoredPca* model);
+bool ReadOwnEntries(InputStreamDirectory* directory, StoredOpls* model);
 
 }  // namespace kalmia::app

@@ -10,6 +10,7 @@ namespace kalmia::app {
 /// The bytes of a model file: magic, version, length, checksum, content. docs/command.md describes them.
 std::string ModelFileBytes(const StoredPls& model);
 std::string ModelFileBytes(const StoredPca& model);
+std::string ModelFileBytes(const StoredOpls& model);
 std::string ModelFileBytes(const StoredModel& model);
 
 /// Reads them back. Throws Failure (Files): no model, cut, damaged, or of a newer version; `name` is how messages call

@@ -28,20 +28,27 @@ constexpr auto kMainFooter =
     "130 stopped with Ctrl-C. 'kalmia COMMAND --help' tells more.";
 
 /// The options of every command that fits a model. The table is declared before, so that it comes first in the help.
-void DeclareFit(CommandOptions* command, FitOptions* options) {
+template <class DeclareComponents>
+void DeclareFit(CommandOptions* command, FitOptions* options, const DeclareComponents& declareComponents) {
   command->Text("--id", "NAME", &options->id, "column that names the rows");
   command->Text("--x", "FIRST..LAST", &options->x, "columns to model from (default: all others of numbers)");
   command->Names("--exclude", &options->exclude, "columns to leave out of X; not with --x");
   command->Exclude("--x", "--exclude");
   command->Scaling("--scale", &options->scaling, "scaling of X: uv (default), pareto, centre or none");
-  command->NumberOrAuto("--components", 1, &options->components,
-                        "number of components; auto (default): as long as Q2 exceeds its limit");
+  declareComponents();
   command->Number("--groups", 2, &options->groups, "number of groups of the cross-validation (default: 7)");
   command->Text("--group-column", "NAME", &options->groupColumn,
                 "column whose values are the groups; not with --groups");
   command->Exclude("--groups", "--group-column");
   command->Text("--save", "FILE", &options->save, "store the model");
   command->Flag("--json", &options->json, "print JSON");
+}
+
+void DeclareFit(CommandOptions* command, FitOptions* options) {
+  DeclareFit(command, options, [=] {
+    command->NumberOrAuto("--components", 1, &options->components,
+                          "number of components; auto (default): as long as Q2 exceeds its limit");
+  });
 }
 
 void DeclarePls(CommandOptions* command, PlsOptions* options) {
@@ -64,6 +71,23 @@ void DeclarePca(CommandOptions* command, PcaOptions* options) {
       "Examples:\n"
       "  kalmia pca wine.csv --id sample --exclude cultivar\n"
       "  kalmia pca gasoline.csv --id sample --exclude octane --scale centre --save spectra.model --csv results");
+}
+
+void DeclareOpls(CommandOptions* command, OplsOptions* options) {
+  command->File("TABLE", &options->table, "CSV table with a header");
+  command->Names("--y", &options->y, "column to model, always needed; several: repeat, or put commas between");
+  command->Require("--y");
+  DeclareFit(command, options, [=] {
+    command->NumberOrAuto("--predictive", 1, &options->predictive,
+                          "number of predictive components; auto (default): those of note in Y'X");
+    command->NumberOrAuto("--orthogonal", 0, &options->components,
+                          "number of orthogonal components; auto (default): as long as Q2 gains more than its limit");
+  });
+  command->Text("--csv", "DIR", &options->csvFolder, "write scores, loadings, coefficients and more as CSV files");
+  command->Examples(
+      "Examples:\n"
+      "  kalmia opls gasoline.csv --y octane --id sample --scale centre --save octane.model\n"
+      "  kalmia opls oliveoil.csv --y yellow,green --id sample --x Acidity..DK --predictive 1 --csv results");
 }
 
 void DeclarePredict(CommandOptions* command, PredictOptions* options) {
@@ -112,7 +136,8 @@ class Program {
     app_.set_help_flag("-h,--help", "print this text and end");  // subcommands inherit it
     Add<PlsOptions>("pls", "Fit a PLS model and judge every component by cross-validation", DeclarePls);
     Add<PcaOptions>("pca", "Fit principal components and judge every one by cross-validation", DeclarePca);
-    Add<PredictOptions>("predict", "Predict new rows with a stored PLS model, or place them in a PCA model",
+    Add<OplsOptions>("opls", "Fit an OPLS model: what predicts Y, apart from what does not", DeclareOpls);
+    Add<PredictOptions>("predict", "Predict new rows with a stored PLS or OPLS model, or place them in a PCA model",
                         DeclarePredict);
     Add<FillOptions>("fill", "Fill the missing cells of a table by PCA", DeclareFill);
     Add<InfoOptions>("info", "Show what a stored model holds", DeclareInfo);

@@ -32,6 +32,11 @@ struct PlsOptions : FitOptions {
 
 struct PcaOptions : FitOptions {};
 
+struct OplsOptions : FitOptions {  // `components` are the orthogonal ones
+  std::vector<std::string> y;     ///< as for PLS
+  std::optional<int> predictive;  ///< nothing: as many as Y and X have in common
+};
+
 struct PredictOptions {
   std::string model;
   std::string table;
@@ -65,8 +70,8 @@ struct Answer {
   std::string text;
 };
 
-using Command = std::variant<PlsOptions, PcaOptions, PredictOptions, FillOptions, InfoOptions, DescribeOptions,
-                             ChartOptions, HistogramOptions, Answer>;
+using Command = std::variant<PlsOptions, PcaOptions, OplsOptions, PredictOptions, FillOptions, InfoOptions,
+                             DescribeOptions, ChartOptions, HistogramOptions, Answer>;
 
 /// Reads the command line. Throws Failure (Usage) with one line for anything that makes no sense.
 Command ParseCommandLine(int argc, const char* const* argv);

@@ -46,17 +46,6 @@ bool ReadComponents(InputStreamDirectory* directory, StoredPls* model) {
   return true;
 }
 
-bool ReadQuality(InputStreamDirectory* directory, StoredPls* model) {
-  std::istream* entry = directory->GetInput(Quality);
-  if (entry == nullptr || !ReadDouble(&model->pooledDeviation, *entry)) return false;
-  for (std::size_t j = 0; j < model->yNames.size(); ++j) {
-    YQuality y;
-    if (!ReadInteger(&y.rows, *entry) || !ReadDouble(&y.rmsee, *entry) || !ReadDouble(&y.rmsecv, *entry)) return false;
-    model->quality.push_back(y);
-  }
-  return true;
-}
-
 bool Agrees(const StoredPls& model) {
   const std::size_t k = model.xNames.size();
   const std::size_t m = model.yNames.size();
@@ -78,12 +67,7 @@ void WriteOwnEntries(const StoredPls& model, OutputStreamDirectory* directory) {
   std::ostream& components = directory->GetOutput(Components);
   WriteInteger(model.Components(), components);
   for (const ComponentRecord& record : model.components) WriteComponent(record, components);
-  std::ostream& quality = directory->GetOutput(Quality);
-  WriteDoubles({model.pooledDeviation}, quality);
-  for (const YQuality& y : model.quality) {
-    WriteInteger(y.rows, quality);
-    WriteDoubles({y.rmsee, y.rmsecv}, quality);
-  }
+  WriteYQuality(model, directory);
 }
 
 bool ReadOwnEntries(InputStreamDirectory* directory, StoredPls* model) {
@@ -91,7 +75,7 @@ bool ReadOwnEntries(InputStreamDirectory* directory, StoredPls* model) {
   model->pls = std::make_unique<NCPLS>();
   return ReadNames(YNames, directory, &model->yNames) && ReadObject(YScaling, directory, model->yScale.get()) &&
          ReadObject(Model, directory, model->pls.get()) && ReadComponents(directory, model) &&
-         ReadQuality(directory, model) && Agrees(*model);
+         ReadYQuality(directory, model) && Agrees(*model);
 }
 
 }  // namespace kalmia::app

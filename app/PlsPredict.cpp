@@ -28,7 +28,7 @@ struct PredictionError {
 };
 
 /// Measured values of Y serve as a check; a column of texts under the name of a Y is none, and a note says so.
-void ReadMeasured(const StoredPls& model, const CsvTable& table, PlsPredictions* result, Notes* notes) {
+void ReadMeasured(const YModelFrame& model, const CsvTable& table, PlsPredictions* result, Notes* notes) {
   std::vector<std::string> texts;
   for (const std::string& name : model.yNames) {
     result->measured.emplace_back();
@@ -57,7 +57,7 @@ PredictionError ErrorOf(const PlsPredictions& result, std::size_t j) {
 
 std::string Measured(float cell) { return cell == kMissingCell ? "-" : Shortest(cell); }
 
-std::string ErrorText(const StoredPls& model, const PlsPredictions& result) {
+std::string ErrorText(const YModelFrame& model, const PlsPredictions& result) {
   TextTable table;
   table.AddColumn("Y", TextTable::Align::Left);
   table.AddColumn("rows", TextTable::Align::Right);
@@ -72,7 +72,7 @@ std::string ErrorText(const StoredPls& model, const PlsPredictions& result) {
   return any ? "\n" + table.Text() : "";
 }
 
-Json RowsJson(const StoredPls& model, const PlsPredictions& result) {
+Json RowsJson(const YModelFrame& model, const PlsPredictions& result) {
   Json list = Json::array();
   for (std::size_t i = 0; i < result.predictions.size(); ++i) {
     const RowPrediction& row = result.predictions[i];
@@ -86,16 +86,16 @@ Json RowsJson(const StoredPls& model, const PlsPredictions& result) {
     list.push_back({{"row", result.rows.names[i]},
                     {"predicted", predicted},
                     {"measured", measured},
-                    {"distance", JsonNumber(DistanceToModel(model, model.Components(), row))},
+                    {"distance", JsonNumber(DistanceToModel(model, result.components, row))},
                     {"reason", row.reason.empty() ? Json(nullptr) : Json(row.reason)}});
   }
   return list;
 }
 
-}  // namespace
-
-PlsPredictions PredictTable(const StoredPls& model, const CsvTable& table, NewRows rows, Notes* notes) {
+template <class Model>
+PlsPredictions PredictWith(const Model& model, const CsvTable& table, NewRows rows, Notes* notes) {
   PlsPredictions result;
+  result.components = model.Components();
   result.rows = std::move(rows);
   ReadMeasured(model, table, &result, notes);
   NoteMovedCells(result.rows.moved, notes);
@@ -103,7 +103,17 @@ PlsPredictions PredictTable(const StoredPls& model, const CsvTable& table, NewRo
   return result;
 }
 
-std::string PredictText(const StoredPls& model, const CsvTable& table, const PlsPredictions& result) {
+}  // namespace
+
+PlsPredictions PredictTable(const StoredPls& model, const CsvTable& table, NewRows rows, Notes* notes) {
+  return PredictWith(model, table, std::move(rows), notes);
+}
+
+PlsPredictions PredictTable(const StoredOpls& model, const CsvTable& table, NewRows rows, Notes* notes) {
+  return PredictWith(model, table, std::move(rows), notes);
+}
+
+std::string PredictText(const YModelFrame& model, const CsvTable& table, const PlsPredictions& result) {
   const bool anyReason = std::any_of(result.predictions.begin(), result.predictions.end(),
                                      [](const auto& row) { return !row.reason.empty(); });
   TextTable text;
@@ -121,17 +131,17 @@ std::string PredictText(const StoredPls& model, const CsvTable& table, const Pls
       cells.push_back(row.y.empty() ? "-" : Significant(row.y[j], kPredictionDigits));
       if (!result.measured[j].empty()) cells.push_back(Measured(result.measured[j][i]));
     }
-    cells.push_back(Fixed(DistanceToModel(model, model.Components(), row), kDistanceDecimals));
+    cells.push_back(Fixed(DistanceToModel(model, result.components, row), kDistanceDecimals));
     if (anyReason) cells.push_back(row.reason);
     text.AddRow(cells);
   }
   return "Predictions of " + Listed(model.yNames) + " for " + table.Name() + ", " +
          Counted(result.predictions.size(), "row") + ", with " +
-         Counted(static_cast<std::size_t>(model.Components()), "component") + "\n\n" + text.Text() +
+         Counted(static_cast<std::size_t>(result.components), "component") + "\n\n" + text.Text() +
          ErrorText(model, result);
 }
 
-void AddPredictJson(const StoredPls& model, const PlsPredictions& result, Json* json) {
+void AddPredictJson(const YModelFrame& model, const PlsPredictions& result, Json* json) {
   (*json)["y"] = model.yNames;
   (*json)["rows"] = RowsJson(model, result);
   Json errors = Json::array();
@@ -142,7 +152,7 @@ void AddPredictJson(const StoredPls& model, const PlsPredictions& result, Json* 
   (*json)["errors"] = errors;
 }
 
-CsvFile PredictCsv(const StoredPls& model, const PlsPredictions& result, const std::string& file) {
+CsvFile PredictCsv(const YModelFrame& model, const PlsPredictions& result, const std::string& file) {
   CsvText csv;
   csv.Field("row");
   for (std::size_t j = 0; j < model.yNames.size(); ++j) {
@@ -156,7 +166,7 @@ CsvFile PredictCsv(const StoredPls& model, const PlsPredictions& result, const s
       if (!result.measured[j].empty()) csv.Cell(result.measured[j][i]);
       csv.Number(result.predictions[i].y.empty() ? kNone : result.predictions[i].y[j]);
     }
-    csv.Number(DistanceToModel(model, model.Components(), result.predictions[i]))
+    csv.Number(DistanceToModel(model, result.components, result.predictions[i]))
         .Field(result.predictions[i].reason)
         .EndLine();
   }

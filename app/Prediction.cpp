@@ -5,6 +5,7 @@
 
 #include "app/Scaling.h"
 #include "kalmia/containers/Missing.h"
+#include "kalmia/opls/NCOPLSPred.h"
 #include "kalmia/pcapls/NCPLSPred.h"
 
 namespace kalmia::app {
@@ -17,6 +18,35 @@ std::string ReasonFor(int present, int variables, int component) {
   if (present == 0) return have;
   if (present < component) return have + ", too few for component " + std::to_string(component);
   return have + ", and they say nothing about component " + std::to_string(component);
+}
+
+/// The reason of each row without a score in one of these components, of which there are `before` others in front.
+void NoteMissingScores(const NCDataMatrix<float>& x, const NCDataMatrix<float>& scores, int before,
+                       std::vector<RowPrediction>* rows) {
+  for (int a = 1; a <= scores.SizeRows(); ++a)
+    for (int r = 1; r <= x.SizeRows(); ++r) {
+      std::string& reason = (*rows)[static_cast<std::size_t>(r - 1)].reason;
+      if (reason.empty() && scores[a][r] == static_cast<float>(kMissing)) {
+        reason = ReasonFor(x.SizeColumns() - x[r].GetNumMisVal(), x.SizeColumns(), before + a);
+      }
+    }
+}
+
+/// Predictions in the units of the file, and what is left of X.
+void FillRows(const YModelFrame& model, const NCDataMatrix<float>& yPred, const NCDataMatrix<float>& xLeft,
+              std::vector<RowPrediction>* rows) {
+  const std::vector<RowResidual> residuals = RowResiduals(xLeft);
+  for (std::size_t i = 0; i < rows->size(); ++i) {
+    RowPrediction& row = (*rows)[i];
+    row.residual = residuals[i];
+    if (!row.reason.empty()) continue;
+    const NCDataVector<float>& y = yPred[static_cast<int>(i) + 1];
+    for (int j = 1; j <= y.Size(); ++j) {
+      row.y.push_back(y[j] / FactorOf(*model.yScale, j) + CentreOf(*model.yScale, j));
+      if (!std::isfinite(row.y.back())) row.reason = kTooLarge;
+    }
+    if (!row.reason.empty()) row.y.clear();
+  }
 }
 
 }  // namespace
@@ -35,17 +65,21 @@ std::vector<RowPrediction> PredictRows(const StoredPls& model, NCDataMatrix<floa
       }
     }
   }
-  const std::vector<RowResidual> residuals = RowResiduals(*prediction.GetXResiduals());
-  for (std::size_t i = 0; i < rows.size(); ++i) {
-    rows[i].residual = residuals[i];
-    if (!rows[i].reason.empty()) continue;
-    const NCDataVector<float>& y = (*prediction.GetYPred())[static_cast<int>(i) + 1];
-    for (int j = 1; j <= y.Size(); ++j) {
-      rows[i].y.push_back(y[j] / FactorOf(*model.yScale, j) + CentreOf(*model.yScale, j));
-      if (!std::isfinite(rows[i].y.back())) rows[i].reason = kTooLarge;
-    }
-    if (!rows[i].reason.empty()) rows[i].y.clear();
-  }
+  FillRows(model, *prediction.GetYPred(), *prediction.GetXResiduals(), &rows);
+  return rows;
+}
+
+std::vector<RowPrediction> PredictRows(const StoredOpls& model, NCDataMatrix<float> x) {
+  ApplyScale(model.xScale.get(), &x);
+  const OplsMatrices& opls = model.opls;
+  NCOPLSPred prediction(&x, &opls.w, &opls.p, &opls.c, &opls.wo, &opls.po, &opls.co);
+  while (prediction.SizeOComps() < prediction.GetMaxComp()) prediction.CalcNextComponent();
+  std::vector<RowPrediction> rows(static_cast<std::size_t>(x.SizeRows()));
+  NoteMissingScores(x, *prediction.GetTOPred(), 0, &rows);
+  NoteMissingScores(x, *prediction.GetTPred(), model.Orthogonal(), &rows);
+  NCDataMatrix<float> left = prediction.GetXOrthoResiduals();
+  for (int a = 1; a <= model.Predictive(); ++a) left.AddVprimV((*prediction.GetTPred())[a], opls.p.back()[a], -1.0F);
+  FillRows(model, *prediction.GetYPred(), left, &rows);
   return rows;
 }
 

@@ -23,7 +23,7 @@ struct RowFit {
   std::string reason;    ///< why nothing can be said of the row; empty otherwise
 };
 
-/// What a PLS model says of one row.
+/// What a PLS or OPLS model says of one row.
 struct RowPrediction : RowFit {
   std::vector<double> y;  ///< in the units of the file, one for each Y column; empty where nothing can be predicted
 };
@@ -31,6 +31,7 @@ struct RowPrediction : RowFit {
 /// Predicts the rows of a table that has the model's X columns in the model's order, in the units of the file, and -99
 /// for what is missing. The same rows give the same bits, alone or among others, with a model just fitted or stored.
 std::vector<RowPrediction> PredictRows(const StoredPls& model, NCDataMatrix<float> x);
+std::vector<RowPrediction> PredictRows(const StoredOpls& model, NCDataMatrix<float> x);
 
 /// The pooled deviation of the training rows, those that have one: what distances to the model are measured by.
 template <class Row>

@@ -37,15 +37,19 @@ struct YQuality {
   double rmsecv = 0.0;  ///< root mean square of the cross-validated residuals of the last kept component
 };
 
-/// A PLS model with everything that turns new rows of a table into predictions.
-struct StoredPls : ModelFrame {
-  static constexpr int kKind = 1;
-
+/// What a model that predicts Y has beside that.
+struct YModelFrame : ModelFrame {
   std::vector<std::string> yNames;
   std::unique_ptr<NCScale> yScale;
+  std::vector<YQuality> quality;  ///< one for each Y column
+};
+
+/// A PLS model with everything that turns new rows of a table into predictions.
+struct StoredPls : YModelFrame {
+  static constexpr int kKind = 1;
+
   std::unique_ptr<NCPLS> pls;
   std::vector<ComponentRecord> components;  ///< one for each component of the model
-  std::vector<YQuality> quality;            ///< one for each Y column
 
   int Components() const { return static_cast<int>(components.size()); }
 };
@@ -60,7 +64,26 @@ struct StoredPca : ModelFrame {
   int Components() const { return static_cast<int>(components.size()); }
 };
 
+/// The matrices of an OPLS model of A predictive and O orthogonal components, see NCOPLS: components in rows.
+struct OplsMatrices {
+  std::vector<NCDataMatrix<float>> w, p, c;  ///< O + 1 blocks of A rows
+  NCDataMatrix<float> wo, po, co, to;        ///< O rows
+  NCDataMatrix<float> t;                     ///< A rows
+};
+
+/// An OPLS model with everything that turns new rows of a table into predictions.
+struct StoredOpls : YModelFrame {
+  static constexpr int kKind = 3;
+
+  OplsMatrices opls;
+  std::vector<OplsComponentRecord> components;  ///< the predictive components of the model, then the orthogonal ones
+
+  int Components() const { return static_cast<int>(components.size()); }
+  int Predictive() const { return opls.t.SizeRows(); }
+  int Orthogonal() const { return opls.wo.SizeRows(); }
+};
+
 /// A model of any kind. Each kind has its number in the file, kKind, its frame, and Components().
-using StoredModel = std::variant<StoredPls, StoredPca>;
+using StoredModel = std::variant<StoredPls, StoredPca, StoredOpls>;
 
 }  // namespace kalmia::app

@@ -224,7 +224,7 @@ int NCOPLS::SizeOfBlock(const NCDataMatrix<float>& former) const {
   return wMatrices_.empty() ? 0 : wMatrices_.front().SizeRows();
 }
 
-/// Loadings of the first `size` principal components of the cross-product; of those that are large enough for size <= 0.
+/// Loadings of the first `size` principal components of the cross-product; 0 or less: of those that are large enough.
 NCDataMatrix<float> NCOPLS::ComponentsOf(const NCDataMatrix<float>& crossProduct, int size) const {
   NCPCA components(&crossProduct, maxIterations_);
   components.NextComponent(nullptr, nullptr, 0, nullptr);

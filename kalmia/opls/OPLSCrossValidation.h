@@ -50,7 +50,7 @@ class OPLSCrossValidation {
   /// The same of each Y variable; 1 as long as PRESS, summed from the first variable on, is 0.
   const NCDataVector<float>* GetQ2YVarCum() const { return &q2YVarCum_; }
   const NCDataVector<float>* GetSSYcv() const { return &ssYcv_; }                  ///< per round: SS of the Y residuals
-  const NCDataVector<float>* GetSSYcvOriginal() const { return &ssYcvOriginal_; }  ///< per round: SS of Y; new runs only
+  const NCDataVector<float>* GetSSYcvOriginal() const { return &ssYcvOriginal_; }  ///< SS of its Y; in new runs
   /// Per predictive component R x N: each observation's score in each round, its own or, where it was left out, the
   /// predicted one.
   const std::vector<NCDataMatrix<float>>* GetTSets() const { return &tSets_; }

@@ -29,7 +29,7 @@ class OPLSCrossvalidationData {
   static constexpr short Version = 1;
   static constexpr const char* Magic = "OPLSCVD";
 
-  std::vector<std::vector<NCDataMatrix<float>>> WMatricesPerRound;  ///< per round: predictive weights, block after block
+  std::vector<std::vector<NCDataMatrix<float>>> WMatricesPerRound;  ///< per round: weights, block by block
   std::vector<std::vector<NCDataMatrix<float>>> PMatricesPerRound;
   std::vector<std::vector<NCDataMatrix<float>>> CMatricesPerRound;
   std::vector<NCDataMatrix<float>> WOPerRound;                      ///< per round: orthogonal weights

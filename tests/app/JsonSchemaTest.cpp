@@ -106,6 +106,13 @@ TEST(JsonSchema, HoldsForEveryOutput) {
   ExpectValid("kalmia-info-pca", RunKalmia({"info", pca, "--json"}).Json());
   ExpectValid("kalmia-predict-pca", RunKalmia({"predict", pca, table, "--json", "--csv", folder.Path("d")}).Json());
   ExpectValid("kalmia-predict-pca", RunKalmia({"predict", pca, "-", "--json"}, "a\n1\nNA\n").Json());
+  const std::string opls = folder.Path("opls");
+  ExpectValid("kalmia-opls", RunKalmia({"opls", table, "--y", "y1,y2", "--id", "s", "--orthogonal", "1", "--predictive",
+                                        "1", "--groups", "4", "--json", "--save", opls, "--csv", folder.Path("d")})
+                                 .Json());
+  ExpectValid("kalmia-opls", RunKalmia({"opls", "-", "--y", "y1", "--json"}, UnrelatedTable(30, 6, 1, 5)).Json());
+  ExpectValid("kalmia-info-opls", RunKalmia({"info", opls, "--json"}).Json());
+  ExpectValid("kalmia-predict", RunKalmia({"predict", opls, table, "--json", "--csv", folder.Path("d")}).Json());
   ExpectValid("kalmia-pls", RunKalmia({"pls", "-", "--y", "y1", "--json"}, UnrelatedTable(30, 6, 1, 5)).Json());
 }
 

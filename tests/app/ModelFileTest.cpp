@@ -47,8 +47,18 @@ std::string SmallPcaFile() {
   return ReadWholeFile(folder.Path("m"));
 }
 
+/// The bytes of an OPLS model of one predictive and one orthogonal component of 8 rows, 3 X columns and 2 Y columns.
+std::string SmallOplsFile() {
+  const ScratchFolder folder;
+  const std::string table = folder.Write("t.csv", UnrelatedTable(8, 3, 2, 1));
+  const CommandResult run = RunKalmia({"opls", table, "--y", "y1,y2", "--predictive", "1", "--orthogonal", "1",
+                                       "--save", folder.Path("m")});
+  EXPECT_EQ(run.exitCode, 0) << run.error;
+  return ReadWholeFile(folder.Path("m"));
+}
+
 /// One small file of each kind of model.
-std::vector<std::string> SmallFiles() { return {SmallModelFile(), SmallPcaFile()}; }
+std::vector<std::string> SmallFiles() { return {SmallModelFile(), SmallPcaFile(), SmallOplsFile()}; }
 
 /// The message with which the bytes are refused; "" if they are read.
 std::string Refusal(const std::string& bytes) {
@@ -152,6 +162,9 @@ TEST(ModelFile, IsRefusedWithAnyBitFlipped) {
 }
 
 std::size_t RowsAnswered(const StoredPls& model, const NCDataMatrix<float>& x) { return PredictRows(model, x).size(); }
+std::size_t RowsAnswered(const kalmia::app::StoredOpls& model, const NCDataMatrix<float>& x) {
+  return PredictRows(model, x).size();
+}
 std::size_t RowsAnswered(const StoredPca& model, const NCDataMatrix<float>& x) { return ScoreRows(model, x).size(); }
 
 TEST(ModelFile, EndsInAFailureOrAModelThatPredictsWhenForged) {

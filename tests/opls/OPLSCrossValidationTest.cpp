@@ -307,7 +307,8 @@ TEST(OPLSCrossValidation, RefusesStoredDataOfOtherTables) {
       {"a column less in WO", [](auto* data) { data->WOPerRound[0] = NCDataMatrix<float>(1, 3); }},
       {"no row in CO", [](auto* data) { data->COPerRound[0].Clear(); }},
       {"a Y variable less", [](auto* data) { data->SSY.Resize(1); }},
-      {"more rounds than observations", [](auto* data) { *data = OPLSCrossvalidationData(13, NCDataMatrix<float>(1, 2)); }},
+      {"more rounds than observations",
+       [](auto* data) { *data = OPLSCrossvalidationData(13, NCDataMatrix<float>(1, 2)); }},
   };
   EXPECT_NO_THROW(OPLSCrossValidation(&tables.X, &tables.Y, &good, nullptr));
   for (const Lie& lie : lies) {

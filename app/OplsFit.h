@@ -1,0 +1,46 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "app/ComponentRecord.h"
+#include "app/FitRules.h"
+#include "app/StoredModel.h"
+#include "kalmia/containers/NCDataMatrix.h"
+#include "kalmia/containers/NCIntegralVector.h"
+
+namespace kalmia::app {
+
+/// What the extraction of OPLS components takes: scaled tables, and when to stop. The rules are on the orthogonal
+/// components.
+struct OplsTask : FitRules {
+  NCDataMatrix<float> x;              ///< scaled, rows by X columns
+  NCDataMatrix<float> y;              ///< scaled, rows by Y columns
+  NCIntegralVector<int, -99> groups;  ///< cross-validation group of each row, from 0
+  int rounds = 0;
+  std::optional<int> predictive;      ///< nothing: the model decides
+};
+
+/// Scores of the rows, each predicted while the row was left out; components in rows. Of the kept components.
+struct CrossValidatedScores {
+  NCDataMatrix<float> t;   ///< predictive, of the model with all kept orthogonal components
+  NCDataMatrix<float> to;  ///< orthogonal, each when it was the newest
+};
+
+/// A fitted model with what cross-validation said of its components.
+struct OplsFit {
+  OplsMatrices model;                           ///< the kept components
+  NCDataMatrix<float> u;                        ///< Y scores of the predictive components
+  std::vector<OplsComponentRecord> components;  ///< the kept ones, and the one that failed if that ended the extraction
+  NCDataMatrix<float> crossValidatedResiduals;  ///< of the kept model, in scaled units, rows by Y columns
+  CrossValidatedScores crossValidated;
+  std::string endedEarly;  ///< why there are fewer components than asked for; empty if there are not, or if one failed
+};
+
+/// Computes the predictive block, which is always kept, and orthogonal components one by one, and cross-validates each
+/// step. Shows a progress bar on a terminal.
+/// Throws Failure (Stopped) on Ctrl-C, (BadData) where not even the block can be computed.
+OplsFit FitOpls(const OplsTask& task);
+
+}  // namespace kalmia::app

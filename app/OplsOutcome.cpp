@@ -1,0 +1,88 @@
+#include "app/OplsOutcome.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "app/DisplayText.h"
+#include "app/FitFrame.h"
+#include "app/FitQuality.h"
+#include "app/Scaling.h"
+#include "kalmia/containers/Missing.h"
+
+namespace kalmia::app {
+
+namespace {
+
+/// Throws where a column has no value, or with `variance` no two different ones, in the rows outside of one group.
+void RequireInEachRound(const ModelData& data, const NCDataMatrix<float>& table, const std::vector<std::string>& names,
+                        const char* kind, bool variance) {
+  for (int group = 0; group < data.rounds; ++group)
+    for (int c = 1; c <= table.SizeColumns(); ++c) {
+      bool any = false;
+      bool varies = false;
+      float first = 0.0F;
+      for (int r = 1; r <= table.SizeRows(); ++r) {
+        const float cell = table[r][c];
+        if (data.groups[r] == group || cell == static_cast<float>(kMissing)) continue;
+        varies = varies || (any && cell != first);
+        if (!any) first = cell;
+        any = true;
+      }
+      if (any && (varies || !variance)) continue;
+      throw Failure(ExitCode::BadData, "cross-validation round " + std::to_string(group + 1) +
+                                           ": without the rows of its group the " + kind + " column " +
+                                           Quoted(names[static_cast<std::size_t>(c - 1)]) + " has no " +
+                                           (any ? "variance" : "value"));
+    }
+}
+
+/// As many predictive components as Y has columns, at most, and both kinds together as the table carries.
+void CutComponents(const OplsOptions& options, const ModelData& data, OplsTask* task, Notes* notes) {
+  const int yColumns = data.y.SizeColumns();
+  task->predictive = options.predictive;
+  if (options.predictive && *options.predictive > yColumns) {
+    notes->Add(std::to_string(*options.predictive) + " predictive components are cut to " + std::to_string(yColumns) +
+               ", the number of Y columns");
+    task->predictive = yColumns;
+  }
+  if (options.components && *options.components == 0) {
+    task->mostComponents = 0;
+    return;
+  }
+  task->mostComponents = MostComponents(data, options.components, notes);
+}
+
+}  // namespace
+
+OplsOutcome ComputeOpls(const CsvTable& table, const OplsOptions& options, Notes* notes) {
+  OplsOutcome outcome;
+  outcome.data = SelectData(table, options, options.y, notes);
+  RequireInEachRound(outcome.data, outcome.data.y, outcome.data.yNames, "Y", /*variance=*/true);
+  RequireInEachRound(outcome.data, outcome.data.x, outcome.data.xNames, "X", /*variance=*/false);
+  OplsTask task;
+  task.x = outcome.data.x;
+  task.y = outcome.data.y;
+  task.groups = outcome.data.groups;
+  task.rounds = outcome.data.rounds;
+  CutComponents(options, outcome.data, &task, notes);
+  task.stopAtFirstFailure = !options.components;
+  StoredOpls& model = outcome.model;
+  FillFrame(table, options, outcome.data, &model);
+  model.yNames = outcome.data.yNames;
+  model.xScale = ScaleColumns(options.scaling, outcome.data.xNames, &task.x);
+  model.yScale = ScaleColumns(ScalingOfY(options.scaling), outcome.data.yNames, &task.y);
+  OplsFit fit = FitOrNameLeftOut(outcome.data, [&task] { return FitOpls(task); });
+  outcome.scaledX = task.x;
+  outcome.components = fit.components;
+  outcome.endedEarly = fit.endedEarly;
+  outcome.u = fit.u;
+  outcome.crossValidated = std::move(fit.crossValidated);
+  if (!fit.components.back().kept) fit.components.pop_back();
+  model.components = std::move(fit.components);
+  model.opls = std::move(fit.model);
+  outcome.fitted = PredictRows(model, outcome.data.x);
+  JudgeModel(outcome.data, outcome.fitted, model.Components(), fit.crossValidatedResiduals, &model);
+  return outcome;
+}
+
+}  // namespace kalmia::app

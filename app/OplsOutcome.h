@@ -1,0 +1,32 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "app/CsvTable.h"
+#include "app/ModelData.h"
+#include "app/Options.h"
+#include "app/OplsFit.h"
+#include "app/Prediction.h"
+#include "app/StoredModel.h"
+
+namespace kalmia::app {
+
+/// All that `kalmia opls` has to report.
+struct OplsOutcome {
+  ModelData data;
+  NCDataMatrix<float> scaledX;                  ///< what the model was fitted to
+  std::vector<OplsComponentRecord> components;  ///< the kept ones, and the one that failed if `auto` ended with it
+  std::string endedEarly;                       ///< why there are fewer components than asked for; or empty
+  StoredOpls model;
+  NCDataMatrix<float> u;                        ///< Y scores of the predictive components
+  CrossValidatedScores crossValidated;
+  std::vector<RowPrediction> fitted;            ///< of the training rows, by the stored model
+};
+
+/// Fits the model that the options ask for and judges it. Adds notes about what was cut.
+/// Throws Failure as SelectData and FitOpls do, and (BadData) where without the rows of a group a Y column has no value
+/// or no variance, or an X column no value.
+OplsOutcome ComputeOpls(const CsvTable& table, const OplsOptions& options, Notes* notes);
+
+}  // namespace kalmia::app

@@ -1,0 +1,33 @@
+#include "app/OplsReport.h"
+
+#include "app/ComponentTable.h"
+#include "app/DisplayText.h"
+#include "app/FitReport.h"
+#include "app/OplsTables.h"
+
+namespace kalmia::app {
+
+std::string OplsText(const OplsOutcome& outcome, const FitFiles& files) {
+  const StoredOpls& model = outcome.model;
+  const std::string early = outcome.endedEarly.empty() ? "" : "; no further one: " + outcome.endedEarly;
+  return "OPLS of " + Listed(outcome.data.yNames) + " on " + DataText(outcome.data, model) +
+         OplsComponentText(outcome.components) + "\n" + std::to_string(model.Predictive()) + " predictive and " +
+         Counted(static_cast<std::size_t>(model.Orthogonal()), "orthogonal component") + " kept, " +
+         GroupsText(model) + early + ".\n\n" + QualityText(model) + WrittenText(files);
+}
+
+std::string OplsJson(const CsvTable& table, const OplsOutcome& outcome, const Notes& notes, const FitFiles& files) {
+  const StoredOpls& model = outcome.model;
+  Json json = JsonHeader("kalmia-opls");
+  AddDataJson(table, outcome.data, model, &json);
+  json["y"] = {{"columns", outcome.data.yNames}, {"missingCells", outcome.data.y.GetNumMisVal()}};
+  json["components"] = OplsComponentJson(outcome.components);
+  json["predictive"] = model.Predictive();
+  json["orthogonal"] = model.Orthogonal();
+  json["endedEarly"] = outcome.endedEarly.empty() ? Json(nullptr) : Json(outcome.endedEarly);
+  json["quality"] = QualityJson(model);
+  AddFilesJson(files, notes, &json);
+  return JsonText(json);
+}
+
+}  // namespace kalmia::app
