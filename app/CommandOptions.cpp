@@ -59,6 +59,14 @@ void CommandOptions::File(const std::string& word, std::string* value, const std
   files_.push_back(Add(command_->add_option(word, *value, help + "; - reads standard input"), " ")->required());
 }
 
+void CommandOptions::Word(const std::string& name, const std::vector<std::string>& choices, std::string* value,
+                          const std::string& help) {
+  CLI::Option* option = Add(command_->add_option(name, *value, help), " ")->required();
+  files_.push_back(option);
+  nounOfFiles_ = "word";
+  conversions_.emplace_back([this, option, choices] { RequireChoice(option, choices); });
+}
+
 void CommandOptions::Text(const std::string& name, const std::string& word, std::string* value,
                           const std::string& help) {
   Add(command_->add_option(name, *value, help), word);
@@ -108,10 +116,15 @@ void CommandOptions::Real(const std::string& name, std::optional<double>* value,
 void CommandOptions::Choice(const std::string& name, const std::string& word, const std::vector<std::string>& choices,
                             std::string* value, const std::string& help) {
   CLI::Option* option = Add(command_->add_option(name, *value, help), word);
-  conversions_.emplace_back([this, option, choices, value] {
-    if (option->count() == 0 || std::find(choices.begin(), choices.end(), *value) != choices.end()) return;
-    Refuse(option->get_name() + " takes one of " + Listed(choices) + ", not " + Quoted(*value));
+  conversions_.emplace_back([this, option, choices] {
+    if (option->count() > 0) RequireChoice(option, choices);
   });
+}
+
+void CommandOptions::RequireChoice(const CLI::Option* option, const std::vector<std::string>& choices) const {
+  const std::string& word = option->results().front();
+  if (std::find(choices.begin(), choices.end(), word) != choices.end()) return;
+  Refuse(option->get_name() + " takes one of " + Listed(choices) + ", not " + Quoted(word));
 }
 
 void CommandOptions::Scaling(const std::string& name, NCScale::Scaling* value, const std::string& help) {
@@ -185,14 +198,14 @@ void CommandOptions::CheckRest() const {
   }
   std::vector<std::string> words;
   for (const CLI::Option* file : files_) words.push_back(file->get_name());
-  Refuse(Name() + " takes " + Counted(words.size(), "file") + ", " + Listed(words) + "; " + Quoted(rest.front()) +
+  Refuse(Name() + " takes " + Counted(words.size(), nounOfFiles_) + ", " + Listed(words) + "; " + Quoted(rest.front()) +
          " is one too many");
 }
 
 void CommandOptions::CheckFiles() const {
   for (const CLI::Option* file : files_) {
     if (file->count() == 0) Refuse(Name() + " needs a " + file->get_name() + ": " + file->get_description());
-    if (file->results().front().empty()) {
+    if (nounOfFiles_ == "file" && file->results().front().empty()) {
       Refuse(file->get_name() + " needs the name of a file, not an empty text");
     }
   }

@@ -26,6 +26,9 @@ class CommandOptions {
 
   /// A file, `word` in the help; needed. Files come in the order of their declarations.
   void File(const std::string& word, std::string* value, const std::string& help);
+  /// One of the words, needed, in place of a file; `name` in the help.
+  void Word(const std::string& name, const std::vector<std::string>& choices, std::string* value,
+            const std::string& help);
   /// An option with one text behind it, `word` in the help.
   void Text(const std::string& name, const std::string& word, std::string* value, const std::string& help);
   /// An option that may come several times, each time with one text behind it.
@@ -64,6 +67,7 @@ class CommandOptions {
 
  private:
   CLI::Option* Add(CLI::Option* option, const std::string& word);
+  void RequireChoice(const CLI::Option* option, const std::vector<std::string>& choices) const;
   CLI::Option* Find(const std::string& name) const;
   int NumberOf(const CLI::Option* option, const std::string& otherwise, int lowest) const;
   void CheckRest() const;
@@ -73,7 +77,8 @@ class CommandOptions {
   [[noreturn]] void Refuse(const std::string& message) const;
 
   CLI::App* command_;  ///< owned by the program
-  std::vector<CLI::Option*> files_;
+  std::vector<CLI::Option*> files_;   ///< what stands without an option before it
+  std::string nounOfFiles_ = "file";
   std::vector<CLI::Option*> lists_;
   std::vector<CLI::Option*> required_;
   std::vector<std::pair<CLI::Option*, CLI::Option*>> exclusive_;

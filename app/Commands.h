@@ -19,6 +19,8 @@ std::string RunCommand(const InfoOptions& options, Notes* notes);
 std::string RunCommand(const DescribeOptions& options, Notes* notes);
 std::string RunCommand(const ChartOptions& options, Notes* notes);
 std::string RunCommand(const HistogramOptions& options, Notes* notes);
+std::string RunCommand(const FisherOptions& options, Notes* notes);
+std::string RunCommand(const QuantileOptions& options, Notes* notes);
 /// The answer itself: there is nothing to do.
 inline std::string RunCommand(const Answer& answer, Notes* /*notes*/) { return answer.text; }
 

@@ -144,6 +144,8 @@ class Program {
     Add<DescribeOptions>("describe", "Show counts, means and spread of the columns of a table", DeclareDescribe);
     Add<ChartOptions>("chart", "Draw a control chart of a column and find its signals", DeclareChart);
     Add<HistogramOptions>("histogram", "Sort the values of a column into bins", DeclareHistogram);
+    Add<FisherOptions>("fisher", "Test rows and columns of a table of counts for independence", DeclareFisher);
+    Add<QuantileOptions>("quantile", "Tell a quantile of Student's t or of F", DeclareQuantile);
   }
 
   Command Parse(int argc, const char* const* argv) {

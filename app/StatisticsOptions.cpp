@@ -1,5 +1,7 @@
 #include "app/StatisticsOptions.h"
 
+#include <limits>
+
 #include "app/ChartTypes.h"
 #include "app/CommandOptions.h"
 
@@ -10,6 +12,14 @@ namespace {
 bool IsAnything(double /*value*/) { return true; }
 bool IsPositive(double value) { return value > 0.0; }
 bool IsWeight(double value) { return value > 0.0 && value <= 1.0; }
+
+/// Probabilities and degrees of freedom reach the library in single precision.
+bool IsInsideZeroToOne(double value) {
+  return value > 0.0 && value < 1.0 && static_cast<float>(value) > 0 && static_cast<float>(value) < 1;
+}
+bool IsPositiveFloat(double value) {
+  return value > 0.0 && value <= std::numeric_limits<float>::max() && static_cast<float>(value) > 0;
+}
 
 }  // namespace
 
@@ -49,6 +59,34 @@ void DeclareHistogram(CommandOptions* command, HistogramOptions* options) {
   command->Text("--csv", "FILE", &options->csv, "write the bins and the rows in each as CSV");
   command->Text("--svg", "FILE", &options->svg, "draw the histogram");
   command->Examples("Example:\n  kalmia histogram wine.csv --column alcohol --svg alcohol.svg");
+}
+
+void DeclareFisher(CommandOptions* command, FisherOptions* options) {
+  command->File("COUNTS", &options->table, "CSV table of counts with a header; columns of text are left out");
+  command->Choice("--alternative", "A", {"less", "greater", "two-sided"}, &options->alternative,
+                  "of a 2 x 2 table: less (smaller first cells), greater, or two-sided (default: all tables that are "
+                  "not more probable)");
+  command->Flag("--hybrid", &options->hybrid,
+                "larger tables: take chi-square for parts whose expected counts are large enough");
+  command->Examples("Example:\n  kalmia fisher counts.csv --alternative greater");
+}
+
+void DeclareQuantile(CommandOptions* command, QuantileOptions* options) {
+  command->Word("DISTRIBUTION", {"t", "f"}, &options->distribution,
+                "t: what |T| stays below; f: what F exceeds; with the probability given");
+  const char* const inside = "a number above 0 and below 1";
+  command->Real("--probability", &options->probability, inside, IsInsideZeroToOne, "always needed");
+  command->Require("--probability");
+  command->Real("--df", &options->df, "a number above 0", IsPositiveFloat,
+                "degrees of freedom, of f those of the numerator; always needed");
+  command->Require("--df");
+  command->Real("--df2", &options->df2, "a number above 0", IsPositiveFloat,
+                "degrees of freedom of the denominator; f needs it");
+  command->Flag("--one-sided", &options->oneSided, "t: what T itself stays below, for probabilities from 0.5 on");
+  command->Examples(
+      "Examples:\n"
+      "  kalmia quantile t --probability 0.95 --df 10\n"
+      "  kalmia quantile f --probability 0.05 --df 3 --df2 20");
 }
 
 }  // namespace kalmia::app

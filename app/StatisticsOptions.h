@@ -27,7 +27,22 @@ struct HistogramOptions {
   std::string svg;
 };
 
+struct FisherOptions {
+  std::string table;
+  std::string alternative = "two-sided";  ///< or less or greater
+  bool hybrid = false;
+};
+
+struct QuantileOptions {
+  std::string distribution;  ///< t or f
+  std::optional<double> probability, df;
+  std::optional<double> df2;  ///< of f alone
+  bool oneSided = false;      ///< of t alone
+};
+
 void DeclareChart(CommandOptions* command, ChartOptions* options);
 void DeclareHistogram(CommandOptions* command, HistogramOptions* options);
+void DeclareFisher(CommandOptions* command, FisherOptions* options);
+void DeclareQuantile(CommandOptions* command, QuantileOptions* options);
 
 }  // namespace kalmia::app

@@ -1,0 +1,89 @@
+#include "app/CountTable.h"
+
+#include <charconv>
+#include <cmath>
+#include <cstdint>
+#include <limits>
+
+#include "app/CellNumber.h"
+#include "app/DisplayText.h"
+#include "app/Failure.h"
+#include "app/TableColumns.h"
+
+namespace kalmia::app {
+
+namespace {
+
+constexpr float kExactFloats = 16777216.0F;  ///< 2^24: larger whole numbers may have been rounded
+
+[[noreturn]] void Refuse(const CsvTable& table, const std::string& message) {
+  throw Failure(ExitCode::BadData, table.Name() + ": " + message);
+}
+
+[[noreturn]] void RefuseCell(const CsvTable& table, int row, int column, const std::string& what) {
+  Refuse(table, table.RowPlace(row) + ", column " + Quoted(table.ColumnNames()[static_cast<std::size_t>(column)]) +
+                    ": " + what);
+}
+
+/// Digits alone are read as they are; other forms of a whole number ("3.0", "1e3") while single precision is exact.
+std::int64_t ReadCount(const CsvTable& table, int row, int column) {
+  const std::string_view text = table.Cell(row, column);
+  const std::string quoted = Quoted(text);
+  std::int64_t digits = 0;
+  const auto result = std::from_chars(text.data(), text.data() + text.size(), digits);
+  const CellValue cell = ReadCell(text, table.DecimalComma());
+  if (cell.kind == CellKind::Missing) RefuseCell(table, row, column, "a count is missing");
+  if (cell.kind == CellKind::Infinite) RefuseCell(table, row, column, quoted + " is infinite");
+  if (cell.kind == CellKind::Word) RefuseCell(table, row, column, quoted + " is not a number");
+  if (cell.kind == CellKind::TooLarge) RefuseCell(table, row, column, quoted + " is too large for a count");
+  if (cell.value < 0.0F) RefuseCell(table, row, column, "the count " + quoted + " is negative");
+  if (result.ec == std::errc() && result.ptr == text.data() + text.size()) return digits;
+  if (cell.value >= kExactFloats) RefuseCell(table, row, column, quoted + " is too large for a count");
+  if (cell.value != std::floor(cell.value)) {
+    RefuseCell(table, row, column, "the count " + quoted + " is not a whole number");
+  }
+  return static_cast<std::int64_t>(cell.value);
+}
+
+std::vector<int> ColumnsOfCounts(const CsvTable& table, Notes* notes) {
+  std::vector<int> columns;
+  std::vector<std::string> texts;
+  for (int column = 0; column < table.Columns(); ++column) {
+    if (KindOfColumn(table, column) == ColumnKind::Texts) {
+      texts.push_back(table.ColumnNames()[static_cast<std::size_t>(column)]);
+    } else {
+      columns.push_back(column);
+    }
+  }
+  if (!texts.empty()) notes->Add("columns of text are left out: " + Listed(texts));
+  return columns;
+}
+
+}  // namespace
+
+CountTable ReadCounts(const CsvTable& table, Notes* notes) {
+  const std::vector<int> columns = ColumnsOfCounts(table, notes);
+  CountTable counts;
+  counts.rows = table.Rows();
+  counts.columns = static_cast<int>(columns.size());
+  if (counts.rows < 2 || counts.columns < 2) {
+    Refuse(table, "an exact test takes at least 2 rows and 2 columns of counts, not " + std::to_string(counts.rows) +
+                      " and " + std::to_string(counts.columns) + SeparatorHint(table));
+  }
+  std::int64_t total = 0;
+  for (int row = 0; row < counts.rows; ++row) {
+    for (const int column : columns) {
+      const std::int64_t count = ReadCount(table, row, column);
+      if (count > std::numeric_limits<int>::max() - total) {
+        Refuse(table, "the counts add up to more than " + std::to_string(std::numeric_limits<int>::max()));
+      }
+      total += count;
+      counts.counts.push_back(static_cast<int>(count));
+    }
+  }
+  if (total == 0) Refuse(table, "every count is 0");
+  counts.total = static_cast<int>(total);
+  return counts;
+}
+
+}  // namespace kalmia::app
