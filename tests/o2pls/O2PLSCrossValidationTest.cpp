@@ -241,9 +241,10 @@ TEST_P(O2PLSCrossValidationOfFixedNumbers, SavesTheComponentsOfEveryRound) {
 // ---- The search
 
 TEST(O2PLSCrossValidation, FindsTheNumbersOfSimulatedBlocks) {
-  // Twenty draws of each of two sizes. What is unique lies over what is common, so the estimate of what is common may
-  // take it for common now and then: one draw in four may be missed. Without orthogonal components Q2 would be far
-  // below what it can be, so of the draws that were hit all have some on X's side.
+  // Twenty draws of each of two sizes: common scores of lengths 10 and 5, unique ones of 8, and noise that has in all
+  // about the sum of squares of the weaker common one, more of it in the larger blocks. All numbers in common were
+  // found when this was written; two draws are left to chance, as the unique score lies over the common ones at an
+  // angle that is drawn too. An orthogonal component is only kept where it raises Q2 by the limit.
   for (const plain::BlocksShape& shape : {plain::BlocksShape{60, 20, 15, 2, 1, 1}, {80, 30, 20, 2, 1, 1}}) {
     int hits = 0;
     std::string found;
@@ -252,9 +253,13 @@ TEST(O2PLSCrossValidation, FindsTheNumbersOfSimulatedBlocks) {
       found += std::to_string(r.PredictiveComponents) + std::to_string(r.XSideComponents) +
                std::to_string(r.YSideComponents) + " ";
       if (r.PredictiveComponents == 2) ++hits;
+      if (r.XSideComponents > 0 && r.Q2Cum.Size() == 2) {
+        const float before = Validate(MakeFloatBlocks(shape, 0.1, seed), 2, 0, r.YSideComponents, 7).Q2Cum[2];
+        EXPECT_GE(r.Q2XSide[1] - before, 0.01F - 1e-4F) << "seed " << seed << ", to the convergence of the models";
+      }
     }
     RecordProperty("found" + std::to_string(shape.rows), found);
-    EXPECT_GE(hits, 15) << found;
+    EXPECT_GE(hits, 18) << found;
   }
 }
 

@@ -153,8 +153,8 @@ TEST(O2PLSPredictiveComponentEstimator, FindsTheComponentsInCommonOfBlocksWithLi
 }
 
 TEST(O2PLSPredictiveComponentEstimator, MostlyFindsThemUnderVariationOfTheirOwnAndNoise) {
-  // What is unique is nearly as strong as what is common and lies over it, so a component now and then goes to it.
-  // Twenty draws: one in four may be missed. The numbers found go into the report of the test.
+  // What is unique is nearly as strong as what is common and lies over it, at an angle that is drawn too. All twenty
+  // draws were right when this was written; two are left to chance. The numbers found go into the report of the test.
   int hits = 0;
   std::string found;
   for (unsigned seed = 1; seed <= 20; ++seed) {
@@ -163,7 +163,7 @@ TEST(O2PLSPredictiveComponentEstimator, MostlyFindsThemUnderVariationOfTheirOwnA
     found += std::to_string(estimator.GetNumberOfPredictiveComponents());
   }
   RecordProperty("found", found);
-  EXPECT_GE(hits, 15) << found;
+  EXPECT_GE(hits, 18) << found;
 }
 
 TEST(O2PLSPredictiveComponentEstimator, TakesTheDefaultGroupsWhereNoneAreGiven) {
