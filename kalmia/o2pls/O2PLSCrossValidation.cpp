@@ -3,7 +3,8 @@
 #include <algorithm>
 #include <cmath>
 #include <cstddef>
-#include <utility>
+#include <optional>
+#include <vector>
 
 #include "kalmia/o2pls/FlipRows.h"
 #include "kalmia/o2pls/GroupSplit.h"

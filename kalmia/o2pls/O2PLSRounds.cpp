@@ -1,5 +1,6 @@
 #include "kalmia/o2pls/O2PLSRounds.h"
 
+#include <cstddef>
 #include <functional>
 
 #include "kalmia/pcapls/ComponentRows.h"
