@@ -107,12 +107,16 @@ void FrequencyHistogram::CreateHistogram(const NCDataVector<float>& data, Histog
   for (int i = 1; i <= bins; ++i)
     info.centres(i, static_cast<float>((i - 0.5) * (width / scale) + minimum / scale));
   if (!isFinite) return;
-  std::vector<float> counts(static_cast<std::size_t>(bins), 0.0F);
+  std::vector<std::vector<int>> positions(static_cast<std::size_t>(bins));
   for (int p = 1; p <= data.Size(); ++p) {
     if (data[p] == kMissingCell<float>) continue;
-    const auto bin = static_cast<std::size_t>(bindex(data[p] * scale, minimum, width, last));
-    info.members[bin].insert(info.members[bin].end(), p);  // positions ascend: the end is where each belongs
-    ++counts[bin];
+    positions[static_cast<std::size_t>(bindex(data[p] * scale, minimum, width, last))].push_back(p);
+  }
+  // Bin after bin, so that the nodes of a set lie beside each other; positions ascend.
+  std::vector<float> counts;
+  for (std::size_t bin = 0; bin < positions.size(); ++bin) {
+    info.members[bin].insert(positions[bin].begin(), positions[bin].end());
+    counts.push_back(static_cast<float>(positions[bin].size()));
   }
   info.counts.CopyZeroBasedVector(counts.data(), bins);
 }
