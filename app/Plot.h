@@ -34,7 +34,8 @@ class Plot {
   struct Place {
     double left, top, width, height;
   };
-  Plot(Svg* svg, const Place& place, const ValueRange& x, const ValueRange& y) : svg_(svg), place_(place), x_(x), y_(y) {}
+  Plot(Svg* svg, const Place& place, const ValueRange& x, const ValueRange& y)
+      : svg_(svg), place_(place), x_(x), y_(y) {}
 
   double X(double value) const { return place_.left + (value - x_.low) / (x_.high - x_.low) * place_.width; }
   double Y(double value) const { return Bottom() - (value - y_.low) / (y_.high - y_.low) * place_.height; }

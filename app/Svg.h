@@ -36,7 +36,8 @@ class Svg {
   std::string text_;
 };
 
-/// The text as content of an XML element: & < > " escaped, control characters as \x1b, bytes that are no UTF-8 as U+FFFD.
+/// The text as content of an XML element: & < > " escaped, control characters as \x1b, bytes that are no
+/// UTF-8 as U+FFFD.
 std::string XmlText(std::string_view text);
 
 }  // namespace kalmia::app

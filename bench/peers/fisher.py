@@ -36,7 +36,8 @@ def main():
     parser.add_argument("--totals", type=int, nargs="+", default=[60, 80])
     parser.add_argument("--tables", type=int, default=3, help="of each total")
     options = parser.parse_args()
-    version = subprocess.run(["Rscript", f"{HERE}/fisher_side.R", "version"], check=True, capture_output=True, text=True)
+    ask = ["Rscript", f"{HERE}/fisher_side.R", "version"]
+    version = subprocess.run(ask, check=True, capture_output=True, text=True)
     print(f"{version.stdout.strip()}; medians of {options.tables} tables\n")
     print("| counts | Kalmia, s | R, s | Kalmia / R | largest relative difference of p |")
     print("|---|---|---|---|---|")

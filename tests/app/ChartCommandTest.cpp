@@ -29,12 +29,14 @@ std::string Series(int size, double driftFrom, double driftStep) {
   std::string text = "name,ph\n";
   for (int i = 1; i <= size; ++i) {
     const double noise = std::sin(12.9898 * i) * 0.3 + std::sin(78.233 * i) * 0.2;
-    text += "r" + std::to_string(i) + "," + std::to_string(7.0 + noise + std::max(0.0, i - driftFrom) * driftStep) + "\n";
+    const double drift = std::max(0.0, i - driftFrom) * driftStep;
+    text += "r" + std::to_string(i) + "," + std::to_string(7.0 + noise + drift) + "\n";
   }
   return text;
 }
 
-std::vector<std::string> ChartOf(const std::string& table, const std::string& type, std::vector<std::string> more = {}) {
+std::vector<std::string> ChartOf(const std::string& table, const std::string& type,
+                                 std::vector<std::string> more = {}) {
   more.insert(more.begin(), {"chart", table, "--column", "ph", "--type", type});
   return more;
 }
@@ -167,7 +169,8 @@ TEST(Chart, WritesTheSeriesAndLimitsOfTheLibraryForEveryType) {
 TEST(Chart, SignalsAreThePointsStrictlyBeyondALimit) {
   // Target 0, sigma 1: limits at -3 and 3, both met exactly by a value that is no signal.
   const CommandResult run = RunKalmia(
-      {"chart", "-", "--column", "x", "--type", "individual", "--target", "0", "--sigma", "1"}, "x\n3\n-3\n3.001\n-4\n");
+      {"chart", "-", "--column", "x", "--type", "individual", "--target", "0", "--sigma", "1"},
+      "x\n3\n-3\n3.001\n-4\n");
   EXPECT_THAT(run.output, HasSubstr("2 signals\n\n  row  signal          value     limit\n"
                                     "    3  value above   3.00100   3.00000\n"
                                     "    4  value below  -4.00000  -3.00000\n"));

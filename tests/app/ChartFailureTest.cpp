@@ -78,7 +78,8 @@ TEST(FailureOfChart, IsExitCode2ForACommandLineThatMakesNoSense) {
       {{"--column", "x", "--type", "cusum", "--sigma", "-1"}, "--sigma takes a number above 0, not '-1'"},
       {{"--column", "x", "--type", "ewma", "--lambda", "0"}, "--lambda takes a number above 0 and up to 1, not '0'"},
       {{"--column", "x", "--type", "ewma", "--lambda", "1.01"}, "--lambda takes a number above 0 and up to 1"},
-      {{"--column", "x", "--type", "cusum", "--lambda", "0.2"}, "--lambda goes with --type ewma and ewma-sd, not cusum"},
+      {{"--column", "x", "--type", "cusum", "--lambda", "0.2"},
+       "--lambda goes with --type ewma and ewma-sd, not cusum"},
       {{"--column", "x", "--type", "cusum", "--limits-from", "f", "--target", "1"},
        "--limits-from 'f' and --target '1' do not go together"},
       {{"--column", "x", "--type", "cusum", "--limits-from", "f", "--sigma", "1"}, "do not go together"},
@@ -130,8 +131,9 @@ TEST(FailureOfChart, SaysWhatIsWrongWithStoredLimits) {
     const std::string file = folder.Write("bad", text);
     ExpectFailure(RunKalmia({"chart", table, "--column", "x", "--type", "cusum", "--limits-from", file}), 3, message);
   }
-  ExpectFailure(RunKalmia({"chart", table, "--column", "x", "--type", "cusum", "--limits-from", folder.Path("gone")}), 3,
-                "cannot read " + folder.Path("gone"));
+  const std::string gone = folder.Path("gone");
+  ExpectFailure(RunKalmia({"chart", table, "--column", "x", "--type", "cusum", "--limits-from", gone}), 3,
+                "cannot read " + gone);
   ExpectFailure(RunKalmia({"chart", table, "--column", "x", "--type", "ewma", "--limits-from", limits}), 1,
                 limits + " holds limits of type cusum, not ewma");
   ExpectFailure(
@@ -151,7 +153,8 @@ TEST(FailureOfChart, NeverWritesOverWhatItReadsNorTwiceIntoOneFile) {
   const std::string stored = ReadWholeFile(limits);
   for (const char* option : {"--csv", "--svg", "--save-limits"}) {
     ExpectFailure(with({option, folder.Path("./t.csv")}), 2, std::string(option) + " would overwrite the table");
-    ExpectFailure(with({"--limits-from", limits, option, limits}), 2, std::string(option) + " would overwrite the limits");
+    ExpectFailure(with({"--limits-from", limits, option, limits}), 2,
+                  std::string(option) + " would overwrite the limits");
   }
   ExpectFailure(with({"--csv", folder.Path("o"), "--svg", folder.Path("o")}), 2, "--csv and --svg would both write");
   EXPECT_EQ(ReadWholeFile(table), text);

@@ -63,9 +63,9 @@ TEST(Histogram, PutsEveryValueIntoOneBinAndItsRowBesideIt) {
   }
   EXPECT_EQ(seen.size(), 178U);
   const std::string drawing = ReadWholeFile(svg);
+  const std::string bar = "class=\"bar\"";
   int bars = 0;
-  for (std::size_t at = drawing.find("class=\"bar\""); at != std::string::npos; at = drawing.find("class=\"bar\"", at + 1))
-    ++bars;
+  for (std::size_t at = drawing.find(bar); at != std::string::npos; at = drawing.find(bar, at + 1)) ++bars;
   EXPECT_EQ(bars, filled);
   EXPECT_THAT(run.output, HasSubstr("\nWrote " + csv + "\nWrote " + svg + "\n"));
 }
