@@ -3,17 +3,45 @@
 #include <numeric>
 #include <utility>
 
+#include "kalmia/cluster/DistancesOnDisk.h"
 #include "kalmia/cluster/InitialDistances.h"
 
 namespace DendroGram {
 
+SingleLinkageDistanceCalculator::SingleLinkageDistanceCalculator() = default;
+SingleLinkageDistanceCalculator::~SingleLinkageDistanceCalculator() = default;
+
+SingleLinkageDistanceCalculator::SingleLinkageDistanceCalculator(const SingleLinkageDistanceCalculator& other)
+    : ClusterDistanceCalculator(other) {
+  *this = other;
+}
+
+SingleLinkageDistanceCalculator& SingleLinkageDistanceCalculator::operator=(
+    const SingleLinkageDistanceCalculator& other) {
+  if (this == &other) return *this;
+  distances_ = other.distances_;
+  labels_ = other.megaDistances_ ? std::vector<int>() : other.labels_;
+  megaDistances_.reset();
+  return *this;
+}
+
 void SingleLinkageDistanceCalculator::Init(const NCDataMatrix<float>& data, NCProgress* progress) {
   labels_.resize(static_cast<std::size_t>(data.SizeRows()));
   std::iota(labels_.begin(), labels_.end(), 0);
-  CalculateInitialDistances(data, progress, distances_, RowDistanceEuclidean);
+  megaDistances_.reset();
+  try {
+    CalculateInitialDistances(data, progress, distances_, RowDistanceEuclidean);
+  } catch (const ClusterAllocationError&) {
+    megaDistances_ = kalmia::DistancesOnDisk(data, progress);
+  }
 }
 
 DistanceAndIndex SingleLinkageDistanceCalculator::TakeNearest() {
+  if (megaDistances_) {
+    const DistanceAndIndex nearest = megaDistances_->GetNearest();
+    megaDistances_->RemoveNearest();
+    return nearest;
+  }
   if (distances_.empty()) throw NCError("Cluster analysis: there are no two clusters left to merge.");
   const DistanceAndIndex nearest = distances_.back();
   distances_.pop_back();

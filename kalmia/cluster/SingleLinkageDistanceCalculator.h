@@ -1,19 +1,29 @@
 #pragma once
 
+#include <memory>
 #include <vector>
 
 #include "kalmia/cluster/ClusterDistanceCalculator.h"
 
 namespace DendroGram {
 
+class MegaDistances;
+
 /// Single linkage: the distance of two clusters is that of their nearest two rows, the root of the sum of squared
 /// differences, scaled from the m columns that both rows have to all K by the factor K / m under the root. The pairs
 /// are walked by rising distance, so that the merges are those of a minimum spanning tree (Kruskal 1956, Proc. AMS 7,
 /// 48-50). Heights never fall. Which of several equal distances comes first is not defined.
-/// Memory: 12 bytes for each pair of rows; Init throws ClusterAllocationError where it is not there.
+/// Memory: 12 bytes for each pair of rows. Where that is not there the pairs go to temporary files, which are gone with
+/// the calculator; the user is told through UserComm, and asked where the disk is too small.
 /// Cost: the sort of the pairs; each merge is linear in the number of rows.
 class SingleLinkageDistanceCalculator : public ClusterDistanceCalculator {
  public:
+  SingleLinkageDistanceCalculator();
+  /// A copy has its own list; the copy of one whose pairs lie on disk has to be initialised first.
+  SingleLinkageDistanceCalculator(const SingleLinkageDistanceCalculator& other);
+  SingleLinkageDistanceCalculator& operator=(const SingleLinkageDistanceCalculator& other);
+  ~SingleLinkageDistanceCalculator() override;
+
   void Init(const NCDataMatrix<float>& data, NCProgress* progress) override;
   float FindNearestAndMerge(int& i, int& j) override;
   CString GetId() override;  ///< "SingleLinkageDistanceCalculator"
@@ -23,6 +33,7 @@ class SingleLinkageDistanceCalculator : public ClusterDistanceCalculator {
 
   std::vector<DistanceAndIndex> distances_;  ///< sorted by descending distance
   std::vector<int> labels_;                  ///< of each row the position of its cluster
+  std::unique_ptr<MegaDistances> megaDistances_;  ///< the pairs where they do not fit in memory, else null
 };
 
 }  // namespace DendroGram

@@ -1,0 +1,114 @@
+#include "kalmia/cluster/DistancesOnDisk.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <filesystem>
+#include <limits>
+#include <string>
+#include <system_error>
+#include <vector>
+
+#include "kalmia/cluster/InitialDistances.h"
+#include "kalmia/cluster/StoppableProgress.h"
+#include "kalmia/support/TempFile.h"
+#include "kalmia/support/UserComm.h"
+
+using DendroGram::DistanceAndIndex;
+using DendroGram::MegaDistances;
+
+namespace kalmia {
+
+namespace {
+
+constexpr const char* kCaption = "Cluster Analysis";
+constexpr int kButtons = 5;          ///< go on or give up; the answer 5 gives up
+constexpr int kHelpContext = 854226;
+constexpr std::uint64_t kBytesPerPair = 2 * sizeof(DistanceAndIndex);  ///< while split, the pairs lie there twice
+
+/// The directory of temporary files: that of a file which is made only to learn it.
+std::string TemporaryDirectory() {
+  const CString name = VexGetTempFileName(nullptr, nullptr, nullptr);
+  std::remove(name);
+  return std::filesystem::path(static_cast<const char*>(name)).parent_path().string();
+}
+
+CString ShortageText(int rows, std::int64_t pairs, const std::string& directory, std::uint64_t bytesFree) {
+  const char* const units[] = {"", "Kilo", "Mega", "Giga", "Tera"};
+  float needed = static_cast<float>(static_cast<double>(pairs) * 12.0 * 2), free = static_cast<float>(bytesFree);
+  int unit = 0;
+  for (; unit < 4 && needed > 1024 && free > 1024; ++unit) {
+    needed /= 1024;
+    free /= 1024;
+  }
+  CString text;
+  text.Format(
+      "When doing cluster analysis, a total of N*(N-1)/2 initial distances are calculated. In this case, enough RAM to "
+      "hold these distances could not be allocated (N=%u). Kalmia can use your disk to store these numbers but it "
+      "needs %.3f %sbytes of free space on the disk where Kalmia stores temporary files ('%s'). The free space on the "
+      "disk is currently %.3f %sbytes. Please make sure that there is enough free space on the disk.",
+      static_cast<unsigned>(rows), static_cast<double>(needed), units[unit], directory.c_str(),
+      static_cast<double>(free), units[unit]);
+  return text;
+}
+
+/// The bytes free in a directory; the largest number where that cannot be learned, which counts as enough.
+std::uint64_t BytesFree(const std::string& directory) {
+  std::error_code error;
+  const std::uint64_t bytes = std::filesystem::space(directory, error).available;
+  return error ? std::numeric_limits<std::uint64_t>::max() : bytes;
+}
+
+/// The largest buffer that can be had by halving, of one record at least.
+std::vector<DistanceAndIndex> LargestBuffer(std::int64_t pairs) {
+  for (std::uint64_t size = static_cast<std::uint64_t>(pairs);; size = std::max<std::uint64_t>(size / 2, 1)) {
+    if (size > PairsThatFit() && size > 1) continue;
+    try {
+      return std::vector<DistanceAndIndex>(static_cast<std::size_t>(size));
+    } catch (const std::bad_alloc&) {
+      if (size == 1) throw;
+    }
+  }
+}
+
+}  // namespace
+
+void TellOfDisk(int rows, const std::string& directory, std::uint64_t bytesFree) {
+  const std::int64_t pairs = PairCount(rows);
+  if (bytesFree < static_cast<std::uint64_t>(pairs) * kBytesPerPair) {
+    const CString message = ShortageText(rows, pairs, directory, bytesFree);
+    if (UserComm::GetUserComm()->Ask("Do you wish to continue?", message, kCaption, kButtons) == kButtons)
+      throw NCError("Cluster analysis aborted.");
+  }
+  CString text;
+  text.Format(
+      "When doing cluster analysis, a total of N*(N-1)/2 initial distances are calculated. In this case, enough RAM to "
+      "hold these distances could not be allocated (N=%u). The disk ('%s') will be used to temporarily store the "
+      "calculated distances. The calculations may be time-consuming but you can increase the speed by using a fast "
+      "disk for the temporary storage.",
+      static_cast<unsigned>(rows), directory.c_str());
+  UserComm::GetUserComm()->Show(text, kCaption, kHelpContext);
+}
+
+std::unique_ptr<MegaDistances> DistancesOnDisk(const NCDataMatrix<float>& data, NCProgress* progress) {
+  const int rows = data.SizeRows();
+  const std::int64_t pairs = PairCount(rows);
+  const std::string directory = TemporaryDirectory();
+  TellOfDisk(rows, directory, BytesFree(directory));
+  std::vector<DistanceAndIndex> memory = LargestBuffer(pairs);
+  const StoppableProgress bar(progress);
+  bar.SetRange(0, 2);
+  bar.PushSubRange(0, 1);
+  auto store = std::make_unique<MegaDistances>(memory, progress, static_cast<unsigned>(pairs));
+  std::vector<DistanceAndIndex> row(static_cast<std::size_t>(rows));
+  for (int a = 1; a < rows; ++a) {
+    DendroGram::CalculateRowDistances(DendroGram::RowDistanceEuclidean, data, a, a + 1, rows, row.data());
+    for (int k = 0; k < rows - a; ++k) store->AddDistance(row[static_cast<std::size_t>(k)]);
+  }
+  bar.PopSubRange();
+  bar.PushSubRange(1, 2);
+  store->SplitDistances();
+  bar.PopSubRange();
+  return store;
+}
+
+}  // namespace kalmia

@@ -1,0 +1,220 @@
+#include "kalmia/cluster/MegaDistances.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstdio>
+#include <functional>
+#include <limits>
+
+#include "kalmia/cluster/InitialDistances.h"
+#include "kalmia/cluster/StoppableProgress.h"
+#include "kalmia/statistics/Sta.h"
+#include "kalmia/support/TempFile.h"
+
+using kalmia::StoppableProgress;
+
+namespace DendroGram {
+
+namespace {
+
+constexpr unsigned kRecordsPerStep = 10000;      ///< while saving, the bar moves once for so many
+constexpr double kDegreesOfFreedom = 10000;      ///< t of so many stands in for the normal distribution
+constexpr const char* kLoadError = "Internal error in MegaDistances::LoadNextSegment.";
+
+/// Where a distance stands among others: a NaN reaches no limit, so it is below all.
+float RankOf(float distance) { return std::isnan(distance) ? -std::numeric_limits<float>::infinity() : distance; }
+
+/// The smallest distance in the file that is above the smallest one; NaN if all are equal.
+float SecondSmallest(DistanceFile& file, std::vector<DistanceAndIndex>& buffer) {
+  float smallest = std::numeric_limits<float>::infinity(), second = std::numeric_limits<float>::quiet_NaN();
+  file.SeekTo(0);
+  for (std::uint32_t done = 0; done < file.count;) {
+    const std::size_t chunk = std::min<std::size_t>(buffer.capacity(), file.count - done);
+    buffer.resize(chunk);
+    if (!file.Read(buffer.data(), chunk)) throw NCError(kLoadError);
+    for (const DistanceAndIndex& pair : buffer) {
+      const float distance = RankOf(pair.distance);
+      if (distance < smallest) {
+        if (done > 0 || &pair != buffer.data()) second = smallest;
+        smallest = distance;
+      } else if (distance > smallest && !(distance >= second)) {
+        second = distance;
+      }
+    }
+    done += static_cast<std::uint32_t>(chunk);
+  }
+  buffer.clear();
+  return second;
+}
+
+}  // namespace
+
+DistanceFile::DistanceFile() : name(VexGetTempFileName(nullptr, "kal-", "clu")) {
+  stream.open(static_cast<const char*>(name), std::ios::in | std::ios::out | std::ios::binary | std::ios::trunc);
+  if (stream.is_open()) return;
+  std::remove(name);
+  CString message;
+  message.Format("The temporary file %s could not be opened", static_cast<const char*>(name));
+  throw NCError(message);
+}
+
+DistanceFile::~DistanceFile() {
+  stream.close();
+  std::remove(name);
+}
+
+void DistanceFile::Append(const DistanceAndIndex* pairs, std::size_t n) {
+  if (n == 0) return;
+  stream.write(reinterpret_cast<const char*>(pairs), static_cast<std::streamsize>(n * sizeof(DistanceAndIndex)));
+}
+
+void DistanceFile::SeekTo(std::uint32_t record) {
+  stream.clear();
+  stream.seekg(static_cast<std::streamoff>(record) * static_cast<std::streamoff>(sizeof(DistanceAndIndex)));
+}
+
+bool DistanceFile::Read(DistanceAndIndex* pairs, std::size_t n) {
+  stream.read(reinterpret_cast<char*>(pairs), static_cast<std::streamsize>(n * sizeof(DistanceAndIndex)));
+  return stream.good();
+}
+
+DistanceFiles DistributeDistances(DistanceFile& source, std::vector<float>& limits,
+                                  std::vector<DistanceAndIndex>& buffer, unsigned total, NCProgress* progress) {
+  const StoppableProgress bar(progress);
+  std::sort(limits.begin(), limits.end(), std::greater<>());
+  DistanceFiles files;
+  for (std::size_t k = 0; k < limits.size(); ++k) {
+    files.push_back(std::make_shared<DistanceFile>());
+    files.back()->maximum = limits[k];
+    files.back()->minimum = k + 1 < limits.size() ? limits[k + 1] : source.minimum;
+  }
+  source.SeekTo(0);
+  for (std::uint32_t done = 0; done < source.count;) {
+    const std::uint32_t chunk =
+        static_cast<std::uint32_t>(std::min<std::uint64_t>(buffer.capacity(), source.count - done));
+    const auto report = [&](double fraction) {
+      bar.Poll();
+      if (total != 0) bar.SetValue(static_cast<float>((chunk * fraction + done) / total));
+    };
+    buffer.resize(chunk);
+    const bool good = source.Read(buffer.data(), chunk);
+    report(0.3);
+    if (!good) throw NCError("Error when reading from temporary file.");
+    auto rest = buffer.begin();
+    for (std::size_t k = 0; k < files.size(); ++k) {
+      DistanceFile& file = *files[k];
+      const auto reaches = [&file](const DistanceAndIndex& pair) { return pair.distance >= file.minimum; };
+      const auto end = k + 1 < files.size() ? std::partition(rest, buffer.end(), reaches) : buffer.end();
+      file.Append(buffer.data() + (rest - buffer.begin()), static_cast<std::size_t>(end - rest));
+      file.count += static_cast<std::uint32_t>(end - rest);
+      rest = end;
+      report(0.7 * static_cast<double>(k + 1) / static_cast<double>(files.size()) + 0.3);
+    }
+    done += chunk;
+  }
+  files.erase(std::remove_if(files.begin(), files.end(), [](const auto& file) { return file->count == 0; }),
+              files.end());
+  buffer.clear();
+  return files;
+}
+
+MegaDistances::MegaDistances(std::vector<DistanceAndIndex>& memory, NCProgress* progress, unsigned total)
+    : memorySize_(static_cast<std::uint32_t>(memory.size())), progress_(progress), total_(total) {
+  segments_.push_back(std::make_shared<DistanceFile>());
+  buffer_ = std::move(memory);
+  buffer_.clear();
+  const StoppableProgress bar(progress_);
+  bar.SetRange(0, 1);
+  CString text;
+  text.Format("Calculating and saving %u distances", total_);
+  bar.SetText(text);
+}
+
+void MegaDistances::AddDistance(const DistanceAndIndex& pair) {
+  DistanceFile& file = *segments_.front();
+  file.Append(&pair, 1);
+  if (pair.distance > file.maximum) file.maximum = pair.distance;
+  ++file.count;
+  sumOfSquares_ += static_cast<double>(pair.distance) * pair.distance;
+  if (!progress_) return;
+  bool goesOn = true;
+  if (file.count % kRecordsPerStep == 0)
+    goesOn = progress_->SetValue(static_cast<float>(static_cast<double>(file.count) / total_));
+  if (!goesOn || progress_->IsBreakPressed()) throw NCError("Cluster analysis aborted");
+}
+
+/// Limits at the quantiles that normal distances of mean 0 would have: about equally full segments, twice as many as
+/// would just fit.
+void MegaDistances::SplitDistances() {
+  const std::shared_ptr<DistanceFile> source = segments_.front();
+  const int parts = static_cast<int>(2.0 * source->count / memorySize_ + 1.0);
+  const float sigma = static_cast<float>(std::sqrt(sumOfSquares_ / source->count));
+  const StoppableProgress bar(progress_);
+  bar.SetText("Splitting distances");
+  bar.SetRange(0, 1);
+  std::vector<float> limits;
+  for (int k = 1; k < parts; ++k) {
+    const float q = static_cast<float>(static_cast<double>(k) / parts);
+    const float t = static_cast<float>(Sta::GetStudentsT(q, kDegreesOfFreedom, false) * sigma);
+    if (!(source->maximum > t)) break;
+    limits.push_back(t);
+  }
+  limits.push_back(source->maximum);
+  segments_ = DistributeDistances(*source, limits, buffer_, total_, progress_);
+}
+
+const DistanceAndIndex& MegaDistances::GetNearest() {
+  if (buffer_.empty()) LoadNextSegment();
+  return buffer_.back();
+}
+
+void MegaDistances::RemoveNearest() {
+  if (buffer_.empty()) LoadNextSegment();
+  buffer_.pop_back();
+}
+
+void MegaDistances::ReplaceLastSegment(const DistanceFiles& parts) {
+  segments_.pop_back();
+  segments_.insert(segments_.end(), parts.begin(), parts.end());
+}
+
+/// Splits the segment into parts of equal width. Where that divides nothing, as with many equal distances or infinite
+/// limits, its smallest distance is set apart from all others; where there are no others it is marked as constant.
+void MegaDistances::SplitLastSegment() {
+  const std::shared_ptr<DistanceFile> source = segments_.back();
+  const std::uint32_t parts = source->count / memorySize_ + 2;
+  StoppableProgress(progress_).SetText("Re-partitioning");
+  std::vector<float> limits;
+  for (std::uint32_t k = 1; k < parts; ++k)
+    limits.push_back(static_cast<float>(k) * (source->maximum - source->minimum) / static_cast<float>(parts) +
+                     source->minimum);
+  limits.push_back(source->maximum);
+  if (!std::any_of(limits.begin(), limits.end(), [](float limit) { return std::isnan(limit); })) {
+    const DistanceFiles files = DistributeDistances(*source, limits, buffer_, total_, progress_);
+    if (files.size() > 1) return ReplaceLastSegment(files);
+  }
+  const float second = SecondSmallest(*source, buffer_);
+  source->isConstant = std::isnan(second);
+  if (source->isConstant) return;
+  limits = {second, std::numeric_limits<float>::infinity()};
+  ReplaceLastSegment(DistributeDistances(*source, limits, buffer_, total_, progress_));
+}
+
+void MegaDistances::LoadNextSegment() {
+  if (segments_.empty()) throw NCError(kLoadError);
+  while (segments_.back()->count > memorySize_ && !segments_.back()->isConstant) SplitLastSegment();
+  const StoppableProgress bar(progress_);
+  bar.SetText("Loading distances");
+  DistanceFile& file = *segments_.back();
+  const std::uint32_t n = std::min(file.count, memorySize_);  // less than all only of equal distances
+  buffer_.resize(n);
+  file.SeekTo(file.count - n);
+  if (!file.Read(buffer_.data(), n)) throw NCError(kLoadError);
+  file.count -= n;
+  if (file.count == 0) segments_.pop_back();
+  bar.SetText("Sorting");
+  std::sort(buffer_.begin(), buffer_.end(), kalmia::IsFartherPair);
+  bar.SetText("Merging clusters");
+}
+
+}  // namespace DendroGram

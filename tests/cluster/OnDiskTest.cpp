@@ -1,0 +1,305 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <signal.h>
+#include <sys/resource.h>
+
+#include <cstdlib>
+#include <filesystem>
+#include <functional>
+#include <limits>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "cluster/PlainClustering.h"
+#include "kalmia/cluster/DistancesOnDisk.h"
+#include "kalmia/cluster/InitialDistances.h"
+#include "kalmia/cluster/SingleLinkageDistanceCalculator.h"
+#include "kalmia/cluster/WardDistanceCalculator.h"
+#include "kalmia/support/UserComm.h"
+#include "testing/RandomTables.h"
+#include "testing/RecordingProgress.h"
+
+// Distances that do not fit in memory. Each test has a directory of temporary files of its own, which has to be empty
+// at the end.
+
+namespace {
+
+using DendroGram::DistanceAndIndex;
+using DendroGram::DistanceFile;
+using DendroGram::MegaDistances;
+using DendroGram::SingleLinkageDistanceCalculator;
+using ::testing::ElementsAre;
+using ::testing::HasSubstr;
+
+constexpr float kInfinity = std::numeric_limits<float>::infinity();
+constexpr float kNaN = std::numeric_limits<float>::quiet_NaN();
+
+struct Dialogue : UserComm {
+  int Ask(const char* question, const char* message, const char* caption, int buttons) override {
+    questions.push_back(std::string(question) + "|" + message + "|" + caption + "|" + std::to_string(buttons));
+    return answer;
+  }
+  void Show(const char* text, const char* caption, int helpContext) override {
+    shown.push_back(std::string(text) + "|" + caption + "|" + std::to_string(helpContext));
+  }
+  int answer = 0;
+  std::vector<std::string> questions, shown;
+};
+
+class OnDisk : public ::testing::Test {
+ protected:
+  OnDisk() {
+    char name[] = "/tmp/kalmia-ondisk-XXXXXX";
+    directory_ = mkdtemp(name);
+    if (const char* const before = getenv("TMPDIR")) before_ = before;
+    setenv("TMPDIR", directory_.c_str(), 1);
+    UserComm::SetUserComm(&dialogue_);
+  }
+  ~OnDisk() override {
+    UserComm::SetUserComm(nullptr);
+    DendroGram::SetMaximumPairsInMemory(0);
+    before_.empty() ? unsetenv("TMPDIR") : setenv("TMPDIR", before_.c_str(), 1);
+    EXPECT_EQ(Files(), 0) << "files left behind";
+    std::filesystem::remove_all(directory_);
+  }
+  int Files() const {
+    const std::filesystem::directory_iterator files(directory_);
+    return static_cast<int>(std::distance(begin(files), end(files)));
+  }
+  static std::vector<PlainMerge> Merges(const NCDataMatrix<float>& table, std::uint64_t cap) {
+    DendroGram::SetMaximumPairsInMemory(cap);
+    SingleLinkageDistanceCalculator calculator;
+    return MergesOf(calculator, table);
+  }
+  static CString ErrorOf(const std::function<void()>& work) {
+    try {
+      work();
+    } catch (const NCError& error) {
+      return error.GetMessage();
+    }
+    return "";
+  }
+
+  std::string directory_, before_;
+  Dialogue dialogue_;
+};
+
+TEST_F(OnDisk, MergesAsInMemoryWhateverTheMemory) {
+  for (const double holes : {0.0, 0.05}) {
+    const NCDataMatrix<float> table = RandomMatrix<float>(40, 10, holes, 7);  // 780 pairs
+    const std::vector<PlainMerge> inMemory = Merges(table, 0);
+    EXPECT_TRUE(dialogue_.shown.empty());
+    for (const std::uint64_t cap : {779, 200, 40, 2}) {
+      EXPECT_TRUE(Merges(table, cap) == inMemory) << cap;
+      EXPECT_EQ(dialogue_.shown.size(), 1U);
+      dialogue_.shown.clear();
+    }
+  }
+}
+
+TEST_F(OnDisk, GivesTheHeightsOfTheMemoryWhereDistancesAreEqual) {
+  for (unsigned seed = 1; seed <= 2; ++seed) {
+    const NCDataMatrix<float> table = WholeNumbers(40, 2, 2 + static_cast<int>(seed), 0, seed);
+    const std::vector<PlainMerge> inMemory = Merges(table, 0);
+    for (const std::uint64_t cap : {400, 30}) {
+      const std::vector<PlainMerge> onDisk = Merges(table, cap);
+      for (std::size_t k = 0; k < inMemory.size(); ++k) EXPECT_EQ(onDisk[k].height, inMemory[k].height);
+    }
+  }
+}
+
+TEST_F(OnDisk, EqualAndInfiniteDistancesAndNaNsComeToAnEnd) {
+  NCDataMatrix<float> equal(20, 1, 1.0F), odd = RandomMatrix<float>(20, 2, 0, 3);
+  for (const PlainMerge& merge : Merges(equal, 40)) EXPECT_EQ(merge.height, 0.0F);
+  for (const float cell : {kInfinity, kNaN, 3e38F}) {
+    for (int r = 1; r <= 20; r += 2) odd(r, 1, r % 4 == 1 ? cell : -cell);
+    EXPECT_EQ(Merges(odd, 40).size(), 19U) << cell;
+  }
+}
+
+TEST_F(OnDisk, TellsTheUserBeforeItStarts) {
+  Merges(RandomMatrix<float>(20, 3, 0, 1), 50);
+  EXPECT_THAT(dialogue_.questions, ::testing::IsEmpty());
+  EXPECT_THAT(dialogue_.shown,
+              ElementsAre("When doing cluster analysis, a total of N*(N-1)/2 initial distances are calculated. In this "
+                          "case, enough RAM to hold these distances could not be allocated (N=20). The disk ('" +
+                          directory_ +
+                          "') will be used to temporarily store the calculated distances. The calculations may be "
+                          "time-consuming but you can increase the speed by using a fast disk for the temporary "
+                          "storage.|Cluster Analysis|854226"));
+}
+
+TEST_F(OnDisk, AsksWhereTheDiskIsTooSmall) {
+  // 100 rows: 4950 pairs, 118800 bytes, 116.016 kilobytes.
+  kalmia::TellOfDisk(100, "/some/where", 118800);
+  EXPECT_TRUE(dialogue_.questions.empty());
+  kalmia::TellOfDisk(100, "/some/where", 118799);
+  ASSERT_EQ(dialogue_.questions.size(), 1U);
+  EXPECT_EQ(dialogue_.questions[0],
+            "Do you wish to continue?|When doing cluster analysis, a total of N*(N-1)/2 initial distances are "
+            "calculated. In this case, enough RAM to hold these distances could not be allocated (N=100). Kalmia can "
+            "use your disk to store these numbers but it needs 116.016 Kilobytes of free space on the disk where "
+            "Kalmia stores temporary files ('/some/where'). The free space on the disk is currently 116.015 "
+            "Kilobytes. Please make sure that there is enough free space on the disk.|Cluster Analysis|5");
+  EXPECT_EQ(dialogue_.shown.size(), 2U);
+  kalmia::TellOfDisk(100, "/some/where", 1024);  // both in bytes: 1024 is not above 1024
+  EXPECT_THAT(dialogue_.questions[1], HasSubstr("needs 118800.000 bytes"));
+  EXPECT_THAT(dialogue_.questions[1], HasSubstr("currently 1024.000 bytes"));
+  dialogue_.answer = 5;
+  EXPECT_EQ(ErrorOf([] { kalmia::TellOfDisk(100, "/some/where", 0); }), "Cluster analysis aborted.");
+  EXPECT_EQ(dialogue_.shown.size(), 3U) << "nothing is shown after a refusal";
+}
+
+TEST_F(OnDisk, StopsAtWhateverAsksAndLeavesNoFile) {
+  const NCDataMatrix<float> table = RandomMatrix<float>(7, 3, 0, 1);
+  DendroGram::SetMaximumPairsInMemory(10);
+  bool stopped = true;
+  for (int stopAt = 1; stopped; ++stopAt) {
+    ProgressLog log;
+    log.stopAt = stopAt;
+    const std::unique_ptr<NCProgress> bar = RecordingBar(&log);
+    SingleLinkageDistanceCalculator calculator;
+    const CString message = ErrorOf([&] {
+      calculator.Init(table, bar.get());
+      int i = 0, j = 0;
+      for (int merge = 1; merge < 7; ++merge) calculator.FindNearestAndMerge(i, j);
+    });
+    stopped = message != "";
+    if (!stopped) continue;
+    const auto saving = std::find(log.calls.begin(), log.calls.end(), "SetText Calculating and saving 21 distances");
+    const auto saved = std::find(saving, log.calls.end(), "PopSubRange");
+    // Calls that ask nothing cannot stop: the one that does comes later in the log.
+    const bool whileSaving = saving != log.calls.end() && saved == log.calls.end();
+    EXPECT_EQ(message, whileSaving ? "Cluster analysis aborted" : "Cluster analysis aborted.") << log.Joined();
+  }
+}
+
+TEST_F(OnDisk, TellsHowFarItIs) {
+  DendroGram::SetMaximumPairsInMemory(2);
+  ProgressLog log;
+  const std::unique_ptr<NCProgress> bar = RecordingBar(&log);
+  SingleLinkageDistanceCalculator calculator;
+  calculator.Init(MatrixOf<float>({{0}, {1}, {3}}), bar.get());
+  // Three pairs, memory for 3 >> 1 = 1, seven parts; the quantiles above the maximum 3 are left out.
+  EXPECT_THAT(log.Joined(), ::testing::StartsWith(
+                                "SetRange 0 3; SetText Allocating memory; SetRange 0 2; PushSubRange 0 1; "
+                                "SetRange 0 1; SetText Calculating and saving 3 distances; IsBreakPressed; "
+                                "IsBreakPressed; IsBreakPressed; PopSubRange; PushSubRange 1 2; SetText Splitting distances; "
+                                "SetRange 0 1; IsBreakPressed; SetValue 0.1; IsBreakPressed; SetValue "));
+  EXPECT_EQ(log.calls.back(), "PopSubRange");
+  log.calls.clear();
+  int i = 0, j = 0;
+  EXPECT_EQ(calculator.FindNearestAndMerge(i, j), 1.0F);
+  EXPECT_EQ(log.Joined(), "SetText Loading distances; SetText Sorting; SetText Merging clusters");
+}
+
+TEST_F(OnDisk, TheBarMovesAtEveryTenThousandthRecord) {
+  std::vector<DistanceAndIndex> memory(10);
+  ProgressLog log;
+  const std::unique_ptr<NCProgress> bar = RecordingBar(&log);
+  MegaDistances store(memory, bar.get(), 40000);
+  for (int k = 1; k <= 20001; ++k) store.AddDistance({1, 1, 2});
+  EXPECT_EQ(log.Count("SetValue"), 2);
+  EXPECT_EQ(log.Count("IsBreakPressed"), 20001);
+  EXPECT_EQ(log.calls[2 + 9999], "SetValue 0.25") << "before the poll of the same record";
+}
+
+TEST_F(OnDisk, ADirectoryThatIsNotThereIsAnErrorThatSaysSo) {
+  setenv("TMPDIR", (directory_ + "/absent").c_str(), 1);
+  const std::string message(ErrorOf([] { Merges(RandomMatrix<float>(20, 3, 0, 1), 50); }));
+  EXPECT_THAT(message, ::testing::StartsWith("The temporary file "));
+  EXPECT_THAT(message, ::testing::EndsWith(" could not be opened"));
+}
+
+TEST_F(OnDisk, AFullDiskShowsAsAFailedRead) {
+  // No file may grow beyond 4 KB, which stands in for a disk that is full.
+  rlimit before = {};
+  getrlimit(RLIMIT_FSIZE, &before);
+  const auto handler = signal(SIGXFSZ, SIG_IGN);
+  const rlimit small = {4096, before.rlim_max};
+  setrlimit(RLIMIT_FSIZE, &small);
+  const CString message = ErrorOf([] { Merges(RandomMatrix<float>(60, 3, 0, 1), 500); });
+  setrlimit(RLIMIT_FSIZE, &before);
+  signal(SIGXFSZ, handler);
+  EXPECT_EQ(message, "Error when reading from temporary file.");
+}
+
+TEST_F(OnDisk, WardDoesNotGoThere) {
+  DendroGram::SetMaximumPairsInMemory(10);
+  DendroGram::WardDistanceCalculator ward(DendroGram::WardDistanceCalculator::DistanceIncrease);
+  EXPECT_THROW(ward.Init(RandomMatrix<float>(20, 3, 0, 1), nullptr), DendroGram::ClusterAllocationError);
+  EXPECT_TRUE(dialogue_.shown.empty());
+}
+
+TEST_F(OnDisk, ACopyOfACalculatorWithFilesStartsUninitialised) {
+  const NCDataMatrix<float> table = RandomMatrix<float>(20, 3, 0, 1);
+  DendroGram::SetMaximumPairsInMemory(50);
+  SingleLinkageDistanceCalculator calculator;
+  calculator.Init(table, nullptr);
+  EXPECT_GT(Files(), 0);
+  SingleLinkageDistanceCalculator copy(calculator);
+  int i = 0, j = 0;
+  EXPECT_THROW(copy.FindNearestAndMerge(i, j), NCError);
+  EXPECT_TRUE(MergesOf(copy, table) == MergesOf(calculator, table)) << "both go on for themselves";
+  calculator.Init(table, nullptr);
+  calculator = SingleLinkageDistanceCalculator();
+  copy = calculator;
+}
+
+TEST_F(OnDisk, AStoreGivesItsPairsByRisingDistanceAndThenAnError) {
+  for (const std::size_t size : {1, 3, 10, 60}) {
+    std::vector<DistanceAndIndex> memory(size);
+    MegaDistances store(memory, nullptr, 60);
+    EXPECT_TRUE(memory.empty());
+    for (int k = 0; k < 60; ++k) store.AddDistance({static_cast<float>((k * 37) % 60), k, k + 1});
+    EXPECT_EQ(Files(), 1);
+    store.SplitDistances();
+    for (int k = 0; k < 60; ++k) {
+      ASSERT_EQ(store.GetNearest().distance, static_cast<float>(k));
+      store.RemoveNearest();
+    }
+    EXPECT_EQ(Files(), 0) << "each file goes when it is loaded";
+    EXPECT_EQ(ErrorOf([&] { store.GetNearest(); }), "Internal error in MegaDistances::LoadNextSegment.");
+    EXPECT_EQ(ErrorOf([&] { store.RemoveNearest(); }), "Internal error in MegaDistances::LoadNextSegment.");
+  }
+}
+
+TEST_F(OnDisk, IsSplitIntoThreePartsAlsoWhereAllFits) {
+  std::vector<DistanceAndIndex> memory(60);
+  MegaDistances store(memory, nullptr, 60);
+  for (int k = 0; k < 60; ++k) store.AddDistance({static_cast<float>(k), 1, 2});
+  store.SplitDistances();
+  EXPECT_EQ(Files(), 3);
+}
+
+TEST_F(OnDisk, ARecordGoesIntoTheFirstFileWhoseLimitItReaches) {
+  DistanceFile source;
+  source.minimum = 0.5F;
+  const float distances[] = {1, 2, 3, 4, kNaN, 0.75F, 2, kInfinity};
+  for (const float distance : distances) {
+    const DistanceAndIndex pair = {distance, 1, 2};
+    source.Append(&pair, 1);
+    ++source.count;
+  }
+  std::vector<float> limits = {2, 9, 5, 3};
+  std::vector<DistanceAndIndex> buffer;
+  buffer.reserve(3);
+  const DendroGram::DistanceFiles files = DendroGram::DistributeDistances(source, limits, buffer, 8, nullptr);
+  EXPECT_THAT(limits, ElementsAre(9, 5, 3, 2));
+  ASSERT_EQ(files.size(), 4U);
+  EXPECT_TRUE(buffer.empty());
+  EXPECT_GE(buffer.capacity(), 3U);
+  const std::uint32_t counts[] = {1, 2, 2, 3};  // inf; 3 4; 2 2; 1 0.75 and the NaN
+  const float minima[] = {5, 3, 2, 0.5F}, maxima[] = {9, 5, 3, 2};
+  for (std::size_t k = 0; k < 4; ++k) {
+    EXPECT_EQ(files[k]->count, counts[k]);
+    EXPECT_EQ(files[k]->minimum, minima[k]);
+    EXPECT_EQ(files[k]->maximum, maxima[k]);
+  }
+  std::vector<float> few = {100, 50, 9};
+  EXPECT_EQ(DendroGram::DistributeDistances(*files[1], few, buffer, 2, nullptr).size(), 1U) << "empty files go at once";
+  EXPECT_EQ(Files(), 5);
+}
+
+}  // namespace
