@@ -2,7 +2,9 @@
 
 #include <algorithm>
 #include <cmath>
+#include <iterator>
 #include <limits>
+#include <utility>
 
 #include "kalmia/support/CompareWithTolerance.h"
 
@@ -15,10 +17,12 @@ constexpr double kDigitTolerance = 1.1920928955078125e-7;    // 2^-23, the spaci
 
 bool AreEqual(double a, double b, double tolerance) { return CompareWithTolerance(a, b, tolerance) == 0; }
 
-std::vector<float> PresentCells(const NCDataVector<float>& data) {
+/// The cells that have a place in an order: neither holes nor NaNs.
+std::vector<float> OrderedCells(const NCDataVector<float>& data) {
   std::vector<float> cells;
   cells.reserve(static_cast<std::size_t>(data.Size() - data.GetNumMisVal()));
-  std::copy_if(data.begin(), data.end(), std::back_inserter(cells), [](float x) { return x != kMissingCell<float>; });
+  std::copy_if(data.begin(), data.end(), std::back_inserter(cells),
+               [](float x) { return x != kMissingCell<float> && !std::isnan(x); });
   return cells;
 }
 
@@ -74,8 +78,9 @@ double FrequencyHistogram::binwidth(double minimum, double maximum, const NCData
   const int present = data.Size() - data.GetNumMisVal();
   double width = (maximum - minimum) / std::sqrt(present);
   if (data.Size() > 1) {
-    const std::vector<float> cells = PresentCells(data);
-    if (FirstGap(cells) > width) width = std::max(width, SmallestGap(cells, width));
+    const std::vector<float> cells = OrderedCells(data);
+    const double firstGap = FirstGap(cells);
+    if (firstGap > 0 && firstGap > width) width = std::max(width, SmallestGap(cells, width));
   }
   return width > 0 && std::isfinite(width) ? RoundWidth(width) : width;
 }
@@ -101,22 +106,20 @@ void FrequencyHistogram::CreateHistogram(const NCDataVector<float>& data, Histog
   const double width = binwidth(minimum, maximum, data);
   const int last = bindex(maximum, minimum, width, -1);
   const int bins = last + 1;
-  info.counts = NCDataVector<float>(bins, 0.0F);
-  info.centres = NCDataVector<float>(bins, 0.0F);
-  info.members.assign(static_cast<std::size_t>(bins), {});
-  for (int i = 1; i <= bins; ++i)
-    info.centres(i, static_cast<float>((i - 0.5) * (width / scale) + minimum / scale));
-  if (!isFinite) return;
+  // Aside from `info`, whose own vectors `data` may be.
+  HistogramInfo found{NCDataVector<float>(bins, 0.0F), NCDataVector<float>(bins, 0.0F), {}};
+  found.members.resize(static_cast<std::size_t>(bins));
   std::vector<std::vector<int>> positions(static_cast<std::size_t>(bins));
-  for (int p = 1; p <= data.Size(); ++p) {
+  for (int p = 1; isFinite && p <= data.Size(); ++p) {
     if (data[p] == kMissingCell<float>) continue;
     positions[static_cast<std::size_t>(bindex(data[p] * scale, minimum, width, last))].push_back(p);
   }
   // Bin after bin, so that the nodes of a set lie beside each other; positions ascend.
-  std::vector<float> counts;
-  for (std::size_t bin = 0; bin < positions.size(); ++bin) {
-    info.members[bin].insert(positions[bin].begin(), positions[bin].end());
-    counts.push_back(static_cast<float>(positions[bin].size()));
+  for (int i = 1; i <= bins; ++i) {
+    const auto bin = static_cast<std::size_t>(i - 1);
+    found.centres(i, static_cast<float>((i - 0.5) * (width / scale) + minimum / scale));
+    found.counts(i, static_cast<float>(positions[bin].size()));
+    found.members[bin].insert(positions[bin].begin(), positions[bin].end());
   }
-  info.counts.CopyZeroBasedVector(counts.data(), bins);
+  info = std::move(found);
 }

@@ -76,6 +76,20 @@ TEST(FrequencyHistogram, GapsAreThoseOfTheRawDataEvenWithScaledLimits) {
   EXPECT_DOUBLE_EQ(WidthOf({0.1F, 0.4F, 0.1F, 0.4F, 0.1F, 0.4F, 0.1F, 0.4F}, 1, 4), 1.0);
 }
 
+TEST(FrequencyHistogram, WidthOfLimitsTheWrongWayRoundOrWithoutTwoDistinctValuesReadsNoGap) {
+  EXPECT_EQ(WidthOf({5, 5}, 10, 0), -10 / std::sqrt(2.0)) << "one distinct value has no gap";
+  EXPECT_EQ(WidthOf({kNone, kNone}, 10, 0), -std::numeric_limits<double>::infinity());
+  EXPECT_EQ(WidthOf({1, 4}, 10, 0), 3.0) << "a gap is wider than a negative width";
+}
+
+TEST(FrequencyHistogram, NaNsTakeNoPartInTheGaps) {
+  const float nan = std::numeric_limits<float>::quiet_NaN();
+  std::vector<float> cells;
+  for (std::size_t i = 0; i < 100; ++i) cells.push_back(std::vector<float>{16, nan, 0, 4, 8}[i % 5]);
+  EXPECT_DOUBLE_EQ(WidthOf(cells, 0, 16), 4.0);
+  EXPECT_DOUBLE_EQ(WidthOf(std::vector<float>(100, nan), 0, 16), 1.5) << "16 / 10";
+}
+
 // ---- The bin of a value
 
 TEST(FrequencyHistogram, BinOfAValueWithinToleranceOfTheNextLimitIsTheNext) {
@@ -174,6 +188,18 @@ TEST(FrequencyHistogram, OldContentsAreReplaced) {
   FrequencyHistogram().CreateHistogram(VectorOf({4, 4}), info);
   EXPECT_THAT(CellsOf(info.counts), ElementsAre(2.0F));
   EXPECT_THAT(info.members, ElementsAre(ElementsAre(1, 2)));
+}
+
+TEST(FrequencyHistogram, DataMayBeTheCountsOrTheCentresOfTheInfoItself) {
+  for (const auto which : {&Info::counts, &Info::centres}) {
+    Info info;
+    info.*which = VectorOf({1, 2, 3, 4, 5, 6, 7, 8, 9});
+    FrequencyHistogram().CreateHistogram(info.*which, info);
+    const Info expected = HistogramOf({1, 2, 3, 4, 5, 6, 7, 8, 9});
+    EXPECT_EQ(info.counts, expected.counts);
+    EXPECT_EQ(info.centres, expected.centres);
+    EXPECT_EQ(info.members, expected.members);
+  }
 }
 
 class Histograms : public ::testing::TestWithParam<int> {};
