@@ -22,6 +22,9 @@ constexpr std::int64_t kLargestWorkspace = std::int64_t{1} << 28;
 constexpr std::int64_t kPathsPerNode = 30;                      ///< how the workspace is shared out
 constexpr std::int64_t kUnitsPerNode = kPathsPerNode * 4 + 16;  ///< 16 bytes a path, 64 a node
 
+/// The texts are those of Algorithm 643. Five of its failures cannot occur here and have no text: two stacks that
+/// overflow (the sorts and the recursion need none of fixed size), a negative key (RequireKeys() comes first), and a
+/// table with more rows than its array, in both its wordings (an array of its own size is all that is taken).
 [[noreturn]] void Fail(const char* reason) {
   CString message;
   message.Format("Error in fexact.\n%s", reason);

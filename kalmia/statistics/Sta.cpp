@@ -24,28 +24,30 @@ long double LogBinomial(double n, double k) {
   return static_cast<long double>(LogGamma(n + 1)) - LogGamma(k + 1) - LogGamma(n - k + 1);
 }
 
-/// The counts of a 2 x 2 table, and the walk through those with the same margins; a step gives ln of the ratio of the
-/// new table's probability to the old one's.
+/// The counts of a 2 x 2 table, whose margins may be beyond int, and the walk through those with the same margins; a
+/// step gives ln of the ratio of the new table's probability to the old one's.
 struct FourCells {
-  int a, b, c, d;
+  double a, b, c, d;
 
   double ShrinkFirst() {
-    const double logRatio = std::log(static_cast<double>(a) * d) - std::log((b + 1.0) * (c + 1.0));
+    const double logRatio = std::log(a * d) - std::log((b + 1) * (c + 1));
     --a, ++b, ++c, --d;
     return logRatio;
   }
   double GrowFirst() {
-    const double logRatio = std::log(static_cast<double>(b) * c) - std::log((a + 1.0) * (d + 1.0));
+    const double logRatio = std::log(b * c) - std::log((a + 1) * (d + 1));
     ++a, --b, --c, ++d;
     return logRatio;
   }
-  long double Probability() const { return Sta::GetTableProbability(a, b, c, d); }
+  long double Probability() const {
+    return std::exp(LogBinomial(a + b, a) + LogBinomial(c + d, c) - LogBinomial(a + b + c + d, a + c));
+  }
 };
 
 float TwoByTwo(const FourCells& observed, Sta::SidedNess sidedNess) {
   const long double p0 = observed.Probability();
   long double sum = 0;
-  const auto walk = [&](int steps, double (FourCells::*step)()) {
+  const auto walk = [&](double steps, double (FourCells::*step)()) {
     FourCells table = observed;
     double logRatio = 0;  // to the observed table, so exact that what is equal counts as equal
     for (; steps > 0; --steps) {
@@ -99,16 +101,15 @@ float Sta::FFTest(float df1, float df2, float probability) {
 }
 
 long double Sta::GetTableProbability(int a, int b, int c, int d) {
-  const double first = static_cast<double>(a) + b, second = static_cast<double>(c) + d;
-  return std::exp(LogBinomial(first, a) + LogBinomial(second, c) -
-                  LogBinomial(first + second, static_cast<double>(a) + c));
+  return FourCells{1.0 * a, 1.0 * b, 1.0 * c, 1.0 * d}.Probability();
 }
 
 long double Sta::BinomialCoefficient(int n, int k) { return std::exp(LogBinomial(n, k)); }
 
 float Sta::GetFisherExactProbability(const int* table, int rows, int columns, bool hybrid, SidedNess sidedNess,
                                      int workspace) {
-  if (rows == 2 && columns == 2) return TwoByTwo({table[0], table[1], table[2], table[3]}, sidedNess);
+  if (rows == 2 && columns == 2)
+    return TwoByTwo({1.0 * table[0], 1.0 * table[1], 1.0 * table[2], 1.0 * table[3]}, sidedNess);
   const kalmia::CochranConditions conditions =
       hybrid ? kalmia::CochranConditions{5.0, 80.0, 1.0} : kalmia::CochranConditions{-1.0, 100.0, 0.0};
   return static_cast<float>(kalmia::ExactTestOfIndependence(table, rows, columns, conditions, workspace));

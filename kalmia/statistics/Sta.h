@@ -36,8 +36,9 @@ long double BinomialCoefficient(int n, int k);
 /// columns independent, of all tables that are not more probable than this one; for 2 x 2 of those that `sidedNess`
 /// says (then nothing else plays a part, and nothing is thrown; one step per table, so that its time grows with the
 /// counts). Other sizes go through a network of partial tables: `hybrid` takes chi-square probabilities for partial
-/// tables whose expected counts are at least 1 all, and at least 5 in 80 % of the cells. `workspace` limits the memory,
-/// in units of four bytes; 0 or less stands for the cap of 2^28 units, 1 GiB.
+/// tables whose expected counts are at least 1 all, and at least 5 in 80 % of the cells. `workspace` limits the
+/// network, in units of four bytes, 64 bytes a partial table and 16 a path to it; 0 or less stands for the cap of 2^28
+/// units, 1 GiB. Room for growth, and the stage before, can take up to eight times that.
 /// Throws NCError, "Error in fexact.\n" in front: fewer than two rows, a negative cell, no cell above 0, margins whose
 /// product is beyond int, too small a workspace.
 /// Source: Mehta & Patel (1986), ACM Trans. Math. Software 12, 154-161 (and Algorithm 643).

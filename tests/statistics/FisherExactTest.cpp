@@ -2,6 +2,7 @@
 
 #include <cmath>
 #include <functional>
+#include <limits>
 #include <random>
 #include <sstream>
 #include <string>
@@ -136,6 +137,16 @@ TEST(FisherExact, RowOfZerosLeavesOneTable) {
   for (const auto side : {Sta::LeftSided, Sta::RightSided, Sta::TwoSided}) {
     const Cells cells{0, 0, 3, 5};
     EXPECT_NEAR(Sta::GetFisherExactProbability(cells.data(), 2, 2, true, side, -1), 1.0F, 1e-5F);
+  }
+}
+
+TEST(FisherExact, TwoByTwoMarginsBeyondIntAreWalkedWithoutOverflow) {
+  // Log gamma of 2^31 has steps of 4096 in float, so that nothing can be said of the probability itself; but a count
+  // that wraps to below 0 has no logarithm and makes it NaN.
+  const int most = std::numeric_limits<int>::max();
+  for (const auto side : {Sta::LeftSided, Sta::RightSided, Sta::TwoSided}) {
+    for (const Cells& cells : {Cells{1, most, 0, 1}, Cells{most, 1, 1, 0}, Cells{1, 0, most, 1}})
+      EXPECT_FALSE(std::isnan(Sta::GetFisherExactProbability(cells.data(), 2, 2, false, side, 0)));
   }
 }
 
