@@ -72,8 +72,9 @@ ControlChart::ControlChart(ControlType type, const NCDataVector<float>& data, in
 }
 
 void ControlChart::SetMeanLimits(double halfWidth) {
-  meanUCL_ = IsKnown(halfWidth) ? target_ + halfWidth : kUnknown;
-  meanLCL_ = IsKnown(halfWidth) ? target_ - halfWidth : kUnknown;
+  const bool known = IsKnown(halfWidth) && IsKnown(target_);
+  meanUCL_ = known ? target_ + halfWidth : kUnknown;
+  meanLCL_ = known ? target_ - halfWidth : kUnknown;
 }
 
 void ControlChart::SetMeanRangeValues(double meanRange) {
@@ -143,7 +144,9 @@ void ControlChart::SetEWMALambda(double lambda) {
 void ControlChart::SetPrevious(double ewma) {
   if (type_ != EWMA && type_ != EWMAStdDev) return;
   previousEWMA_ = ewma;
-  if (!lambdaIsGiven_) lambda_ = kUnknown;  // the forecasts that it was estimated from start elsewhere now
+  ewma_.SetSize(0);
+  if (lambdaIsGiven_) return;  // and the limits do not depend on the start
+  lambda_ = kUnknown;          // the forecasts that it was estimated from start elsewhere now
   ForgetEWMA();
 }
 
@@ -177,7 +180,7 @@ void ControlChart::ImportLimits(const Limits& limits) {
   actionLimit_ = limits.actionLimit;
   deadBand_ = limits.deadBand;
   lambda_ = limits.lambda;
-  lambdaIsGiven_ = true;
+  lambdaIsGiven_ = IsKnown(limits.lambda);
   ewmaUCL_ = limits.ewmaUCL;
   ewmaLCL_ = limits.ewmaLCL;
   ewmaStdDev_ = limits.ewmaStdDev;

@@ -74,7 +74,8 @@ class ControlChart {
   /// counts as 1 for the types CuSum, EWMA and EWMAStdDev.
   void SetStdDevSubgroup(double stdDev);
   void SetEWMALambda(double lambda);              ///< -99: to be estimated again
-  /// Goes on from an earlier period, with the types EWMA and EWMAStdDev; other types ignore it.
+  /// Goes on from an earlier period, with the types EWMA and EWMAStdDev; other types ignore it. A weight that was
+  /// estimated is estimated again; with one that was set or imported the limits stay.
   void SetPrevious(double ewma);
   void SetPrevious(double low, double high);      ///< the same for the CuSums of the type CuSum
   /// Takes the centre line, all limits and the EWMA weight of a reference chart; the series of means stay this one's.

@@ -160,6 +160,7 @@ void ControlChart::CalculateEWMALimits() const {
   const double sigma = GetMSSD();  // of single cells, the process's standard deviation
   if (sigma == kMissing) return;
   ewmaStdDev_ = std::sqrt(lambda / (2.0 - lambda)) * sigma;
+  if (target_ == kMissing) return;
   ewmaUCL_ = target_ + kLimitWidth * ewmaStdDev_;
   ewmaLCL_ = target_ - kLimitWidth * ewmaStdDev_;
 }

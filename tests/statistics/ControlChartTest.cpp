@@ -65,20 +65,18 @@ TEST(ControlChart, TextsGiveTheirTypesExactlyAndAnyOtherTextTheIndividualOne) {
 // ---- Factors
 
 TEST(ControlChartFactors, AreThePublishedOnes) {
-  const auto* of3 = kalmia::FindControlChartFactors(3);
-  ASSERT_NE(of3, nullptr);
-  EXPECT_EQ(of3->a2, 1.023F);
-  EXPECT_EQ(of3->a3, 1.954F);
-  EXPECT_EQ(of3->b4, 2.568F);
-  EXPECT_EQ(of3->c4, 0.8862F);
-  EXPECT_EQ(of3->d2, 1.693F);
-  EXPECT_EQ(of3->d4, 2.574F);
-  const auto* of25 = kalmia::FindControlChartFactors(25);
-  ASSERT_NE(of25, nullptr);
-  EXPECT_EQ(of25->a2, 0.153F);
-  EXPECT_EQ(of25->b3, 0.565F);
-  EXPECT_EQ(of25->d3, 0.459F);
-  EXPECT_EQ(of25->d4, 1.541F);
+  struct { int n; kalmia::ControlChartFactors factors; } const published[] = {  // A2 A3 B3 B4 c4 d2 D3 D4
+      {2, {1.88F, 2.659F, 0, 3.267F, 0.7979F, 1.128F, 0, 3.267F}},
+      {3, {1.023F, 1.954F, 0, 2.568F, 0.8862F, 1.693F, 0, 2.574F}},
+      {5, {0.577F, 1.427F, 0, 2.089F, 0.94F, 2.326F, 0, 2.114F}},
+      {7, {0.419F, 1.182F, 0.118F, 1.882F, 0.9594F, 2.704F, 0.076F, 1.924F}},
+      {10, {0.308F, 0.975F, 0.284F, 1.716F, 0.9727F, 3.078F, 0.223F, 1.777F}},
+      {25, {0.153F, 0.606F, 0.565F, 1.435F, 0.9896F, 3.931F, 0.459F, 1.541F}}};
+  for (const auto& row : published) {
+    const auto* found = kalmia::FindControlChartFactors(row.n);
+    ASSERT_NE(found, nullptr);
+    EXPECT_EQ(std::memcmp(found, &row.factors, sizeof row.factors), 0) << row.n;  // eight floats, without gaps
+  }
 }
 
 TEST(ControlChartFactors, SatisfyTheirDefinitions) {
@@ -379,6 +377,48 @@ TEST_P(Lambdas, HaveTheSmallestForecastErrorNearby) {
 
 INSTANTIATE_TEST_SUITE_P(ControlChart, Lambdas, ::testing::Range(1U, 13U));
 
+/// The search for the smallest error, step for step.
+double SearchLambda(const std::vector<float>& cells, double target, double start, double step) {
+  const auto error = [&](double lambda) { return ForecastError(cells, target, lambda); };
+  double low = start, high = start, e1 = error(low), e2 = e1;
+  while (std::fabs(step) >= 0.0005) {
+    high = low + step;
+    e2 = error(high);
+    if (!(e2 < e1)) {
+      step *= 0.5;
+      continue;
+    }
+    while (high < 1.0 && high > 0.0) {
+      const double e3 = error(high + step);
+      if (e2 <= e3) {
+        step *= 0.5;
+        break;
+      }
+      low = high;
+      high += step;
+      e1 = e2;
+      e2 = e3;
+    }
+    const bool goOn = 1.0 - high > 1.2e-7 && high > 0.0;  // the largest of the two has the exponent of 1
+    if (!goOn) step *= 0.5;
+  }
+  return e1 <= e2 ? low : high;
+}
+
+TEST_P(Lambdas, AreThoseOfTheSearchFromBothEnds) {
+  std::mt19937 random(GetParam() + 100);
+  std::normal_distribution<float> noise;
+  std::vector<float> cells;
+  float level = 0;
+  const float drift = 0.1F * static_cast<float>(GetParam());  // from nearly no weight to nearly all
+  for (int i = 0; i < 80; ++i) cells.push_back(i % 9 == 4 ? kNone : (level += drift * noise(random)) + noise(random));
+  const ControlChart chart = ChartOf(ControlChart::EWMA, cells, 1);
+  const double target = chart.GetTarget();
+  const double up = SearchLambda(cells, target, 0.1, 0.1), down = SearchLambda(cells, target, 1.0, -0.1);
+  const double found = ForecastError(cells, target, down) < ForecastError(cells, target, up) ? down : up;
+  EXPECT_EQ(chart.GetEWMALambda(), found < 1e-5 ? 0.2 : std::fmin(found, 1.0));
+}
+
 TEST(ControlChart, LambdaStaysBetweenItsBounds) {
   std::vector<float> alternating, walk;
   for (int i = 0; i < 60; ++i) alternating.push_back(i % 2 == 0 ? 1.0F : -1.0F);
@@ -412,6 +452,40 @@ TEST(ControlChart, AnotherWeightOrStartAfterAGetterCountsAtOnce) {
   EXPECT_EQ(asked.GetEWMALCL(), fresh.GetEWMALCL());
   asked.SetPrevious(13.0);
   EXPECT_EQ(asked.GetEWMALambda(), 0.4) << "a weight that was set stays";
+}
+
+TEST(ControlChart, AnotherStartLeavesLimitsThatWereImportedAsTheyAre) {
+  // The reference knows its process from successive means, the chart of single cells would take another deviation.
+  for (const auto type : {ControlChart::EWMA, ControlChart::EWMAStdDev}) {
+    const ControlChart reference = ChartOf(type, RandomSeries(80, 10), 4);
+    const double upper = reference.GetEWMAUCL(), lower = reference.GetEWMALCL();
+    ControlChart chart = ChartOf(type, RandomSeries(40, 11), 1);
+    chart.ImportLimits(reference);
+    chart.GetEWMA();
+    chart.SetPrevious(12.5);
+    EXPECT_EQ((*chart.GetEWMA())[1], 12.5F);
+    EXPECT_EQ(chart.GetEWMAUCL(), upper);
+    EXPECT_EQ(chart.GetEWMALCL(), lower);
+  }
+  ControlChart moved = ChartOf(ControlChart::EWMAStdDev, RandomSeries(40, 11), 1);
+  moved.SetEWMALambda(0.3);
+  const double upper = moved.GetEWMAUCL();
+  moved.SetTarget(0.0);
+  moved.SetPrevious(12.5);
+  EXPECT_EQ(moved.GetEWMAUCL(), upper) << "a target does not move the limits of this type, nor does a start";
+}
+
+TEST(ControlChart, ImportedWeightThatIsNotKnownIsEstimatedAgainFromAnotherStart) {
+  const std::vector<float> cells = RandomSeries(60, 12);
+  ControlChart chart = ChartOf(ControlChart::EWMA, cells, 1);
+  ControlChart::Limits limits = chart.GetLimits();
+  limits.lambda = kUnknown;
+  ControlChart fresh = ChartOf(ControlChart::EWMA, cells, 1);
+  for (ControlChart* each : {&chart, &fresh}) each->ImportLimits(limits);
+  const double before = chart.GetEWMALambda();
+  for (ControlChart* each : {&chart, &fresh}) each->SetPrevious(40.0);
+  EXPECT_NE(fresh.GetEWMALambda(), before);
+  EXPECT_EQ(chart.GetEWMALambda(), fresh.GetEWMALambda());
 }
 
 // ---- Setters
@@ -490,6 +564,30 @@ TEST(ControlChart, SetStdDevSubgroupSetsTheProcessFromOutside) {
     EXPECT_DOUBLE_EQ(ewma.GetMSSD(), 2.0 * c4);
     EXPECT_EQ(ewma.GetStdDevProcess(), 2.0);
     EXPECT_DOUBLE_EQ(ewma.GetEWMAStdDev(), 2.0 * c4) << "computed afresh";
+  }
+}
+
+TEST(ControlChart, SetStdDevSubgroupOfSizesWithoutFactorsLeavesWhatNeedsThemUnknown) {
+  const std::vector<float> cells = RandomSeries(120, 13);
+  for (const auto type : {ControlChart::CuSum, ControlChart::EWMA, ControlChart::EWMAStdDev}) {
+    ControlChart chart = ChartOf(type, cells, 26);
+    chart.SetStdDevSubgroup(2.0);
+    for (const double value : {chart.GetStdDevMean(), chart.GetStdDevUCL(), chart.GetStdDevLCL(), chart.GetMeanUCL(),
+                               chart.GetMeanLCL()})
+      EXPECT_EQ(value, kUnknown);
+    EXPECT_EQ(chart.GetStdDevProcess(), type == ControlChart::CuSum ? kUnknown : 2.0);
+    EXPECT_EQ(chart.GetMSSD(), ChartOf(type, cells, 26).GetMSSD()) << "that of the means, which needs no factor";
+  }
+}
+
+TEST(ControlChart, LimitsRoundAnUnknownTargetAreUnknown) {
+  for (int type = 1; type <= 5; ++type) {
+    ControlChart chart = ChartOf(static_cast<ControlChart::ControlType>(type), std::vector<float>(8, kNone), 4);
+    chart.SetStdDevSubgroup(2.0);
+    EXPECT_EQ(chart.GetTarget(), kUnknown);
+    EXPECT_DOUBLE_EQ(chart.GetStdDevProcess(), 2.0);
+    for (const double limit : {chart.GetMeanUCL(), chart.GetMeanLCL(), chart.GetEWMAUCL(), chart.GetEWMALCL()})
+      EXPECT_EQ(limit, kUnknown) << type;
   }
 }
 

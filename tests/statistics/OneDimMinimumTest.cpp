@@ -118,6 +118,43 @@ TEST(OneDimMinimum, ParabolicStepsAreAtMostAHundredTimesTheLastStep) {
   EXPECT_EQ(places[3], static_cast<float>(1.0F + 100.0 * (c - 1.0F)));
 }
 
+TEST(OneDimMinimum, BracketOfAStraightLineGoesOnByTheGoldenRatio) {
+  // r = q = 1.618034 exactly: the denominator is negative then, and the vertex far behind, where it is of no use.
+  std::vector<float> places;
+  Function f([&places](float x) -> float {
+    places.push_back(x);
+    return places.size() < 4 ? -x : 1e9F;
+  });
+  const Bracket found(&f, 0.0F, 1.0F);
+  ASSERT_EQ(places.size(), 4U);
+  EXPECT_EQ(found.b, places[2]);
+  EXPECT_EQ(found.c, places[3]);
+  EXPECT_EQ(places[3], static_cast<float>(places[2] + 1.618034 * (places[2] - 1.0F)));
+}
+
+TEST(OneDimMinimum, BracketGoesOnFromAVertexBeyondTheLastPointThatIsLower) {
+  Function f([](float x) { return (x - 10) * (x - 10); });
+  const Bracket found(&f, 0.0F, 1.0F);  // 2.618034 comes next, then the vertex, 10, and a golden step from there
+  EXPECT_EQ(f.calls, 5);
+  EXPECT_EQ(found.a, static_cast<float>(1.0 + 1.618034 * 1.0));
+  EXPECT_NEAR(found.b, 10.0F, 1e-4F);  // from differences of values near 100, each rounded to 4e-6
+  EXPECT_EQ(found.c, static_cast<float>(found.b + 1.618034 * (found.b - found.a)));
+}
+
+TEST(OneDimMinimum, BracketEndsAtAVertexBeyondTheLastPointThatIsHigher) {
+  std::vector<float> places;
+  Function f([&places](float x) {
+    places.push_back(x);
+    return x < 5 ? (x - 10) * (x - 10) : 1000.0F;
+  });
+  const Bracket found(&f, 0.0F, 1.0F);
+  EXPECT_EQ(f.calls, 4);
+  EXPECT_EQ(found.a, 1.0F);
+  EXPECT_EQ(found.b, places[2]);
+  EXPECT_EQ(found.c, places[3]);
+  EXPECT_EQ(found.fc, 1000.0F);
+}
+
 float Search(Function* f, float a, float b, float c, float tolerance, float* place) {
   return OneDimMinimum::GoldenSectionSearch(f, a, b, c, tolerance, place);
 }
