@@ -124,9 +124,9 @@ OPLSCrossValidation::OPLSCrossValidation(const OPLSCrossValidation& other)
 OPLSCrossValidation& OPLSCrossValidation::operator=(const OPLSCrossValidation& other) {
   if (this == &other) return *this;
   OPLSCrossValidation copy(other);
+  data_ = copy.data_;  // the only one that may lack memory goes first, so that all is assigned or nothing
   x_.swap(copy.x_);
   y_.swap(copy.y_);
-  std::swap(data_, copy.data_);
   rounds_ = copy.rounds_;
   yPred_.swap(copy.yPred_);
   predictiveComponents_ = copy.predictiveComponents_;

@@ -102,6 +102,22 @@ TEST(NCOPLSEmptyRow, HasNoScoresAndTheOrthogonalComponentEmptiesItInY) {
   EXPECT_EQ(model.GetYResiduals()[4].GetNumMisVal(), 3);
 }
 
+// ---- columns of X without any value
+
+TEST(NCOPLSEmptyColumn, HasWeightsOfZeroAndNoLoadings) {
+  for (const int predictive : {1, 2}) {
+    Tables tables = RelatedTables(24, 9, 3, 0.1, 5);
+    tables.X.SetColumn(4, kHole<float>);
+    const NCOPLS model = FittedOpls(tables, predictive, 2);
+    for (const auto* weights : {model.GetWprim(), model.GetWOprim()})
+      for (int a = 1; a <= weights->SizeRows(); ++a) EXPECT_EQ((*weights)[a][4], 0.0F);
+    for (const auto* loadings : {model.GetPprim(), model.GetPOprim()})
+      for (int a = 1; a <= loadings->SizeRows(); ++a) EXPECT_EQ((*loadings)[a][4], kHole<float>);
+    EXPECT_EQ(model.GetTOprim()->GetNumMisVal(), 0);
+    EXPECT_EQ(model.GetXResiduals().GetColumnMisVal(4), 24);
+  }
+}
+
 // ---- turned components
 
 class NCOPLSTurned : public ::testing::Test {
@@ -172,14 +188,16 @@ TEST_P(NCOPLSRebuilt, HasTheScoresAndResidualsToTheBitButNoPredictiveYScores) {
 }
 
 TEST_P(NCOPLSRebuilt, GoesOnAsTheUninterruptedModelToTheBit) {
-  NCOPLS model = FittedOpls(tables_, 2, 2);
-  NCOPLS rebuilt = Rebuilt(model, /*predictive=*/0);
-  for (NCOPLS* either : {&model, &rebuilt}) either->NextComponent(nullptr);
-  for (const auto get : {&NCOPLS::GetTprim, &NCOPLS::GetUprim, &NCOPLS::GetTOprim, &NCOPLS::GetPOprim,
-                         &NCOPLS::GetCOprim, &NCOPLS::GetWOprim, &NCOPLS::GetWprim, &NCOPLS::GetPprim,
-                         &NCOPLS::GetCprim})
-    EXPECT_EQ(StreamOf(*(rebuilt.*get)()), StreamOf(*(model.*get)()));
-  EXPECT_EQ(StreamOf(rebuilt.GetXResiduals()), StreamOf(model.GetXResiduals()));
+  for (const int predictive : {0, 3}) {  // of no account: the size is that of the blocks
+    NCOPLS model = FittedOpls(tables_, 2, 2);
+    NCOPLS rebuilt = Rebuilt(model, predictive);
+    for (NCOPLS* either : {&model, &rebuilt}) either->NextComponent(nullptr);
+    for (const auto get : {&NCOPLS::GetTprim, &NCOPLS::GetUprim, &NCOPLS::GetTOprim, &NCOPLS::GetPOprim,
+                           &NCOPLS::GetCOprim, &NCOPLS::GetWOprim, &NCOPLS::GetWprim, &NCOPLS::GetPprim,
+                           &NCOPLS::GetCprim})
+      EXPECT_EQ(StreamOf(*(rebuilt.*get)()), StreamOf(*(model.*get)()));
+    EXPECT_EQ(StreamOf(rebuilt.GetXResiduals()), StreamOf(model.GetXResiduals()));
+  }
 }
 
 TEST(NCOPLSRebuiltOfOneY, GivesNumbersForTheYScoresThatTheModelHadMissing) {
@@ -204,6 +222,25 @@ TEST(NCOPLSRebuiltFromNothing, IsANewModelWithTheSizeOfItsArgument) {
 TEST(NCOPLSOfSeveralY, YScoresOfAnOrthogonalComponentThatHasToDoWithYAreNumbers) {
   const NCOPLS model = FittedOpls(RelatedTables(24, 9, 3, 0.0, 5), 1, 1);
   EXPECT_EQ((*model.GetUOprim())[1].GetNumMisVal(), 0);
+}
+
+/// Missing Y scores of the orthogonal component of tables in which it has |c| |t| / |Y| = relation. Y1 is explained by
+/// X1; X2, which stands at right angles to Y1 and not to X1, is the orthogonal component, and Y2 is a little of it.
+int MissingYScoresAt(float relation, float xUnit, float yUnit) {
+  const NCDataMatrix<float> X = MatrixOf<float>({{1, 0}, {1, xUnit}, {-1, 0}, {0, xUnit}});
+  const float little = relation * yUnit;
+  const NCDataMatrix<float> Y = MatrixOf<float>({{yUnit, 0}, {0, little}, {-yUnit, 0}, {0, little}});
+  const NCOPLS model = FittedOpls({X, Y}, 1, 1);
+  return (*model.GetUOprim())[1].GetNumMisVal();
+}
+
+TEST(NCOPLSOfSeveralY, YScoresAreMissingBelowAMillionthOverTheRootOfTheVariablesInWhateverUnits) {
+  // The limit for two variables is 7.07e-7; that of one would be 1e-6.
+  for (const float xUnit : {1.0F, 8.0F})
+    for (const float yUnit : {1.0F, 32.0F}) {
+      EXPECT_EQ(MissingYScoresAt(7.5e-7F, xUnit, yUnit), 0) << xUnit << ' ' << yUnit;
+      EXPECT_EQ(MissingYScoresAt(6.6e-7F, xUnit, yUnit), 4) << xUnit << ' ' << yUnit;
+    }
 }
 
 // ---- tables that carry nothing

@@ -1,11 +1,14 @@
 #include <gtest/gtest.h>
 
+#include <cmath>
 #include <memory>
 #include <string>
+#include <vector>
 
 #include "OplsCase.h"
 #include "kalmia/opls/NCOPLS.h"
 #include "kalmia/support/NCError.h"
+#include "pcapls/PlainPls.h"
 #include "testing/RandomTables.h"
 #include "testing/RecordingProgress.h"
 #include "testing/StreamAttacks.h"
@@ -45,6 +48,47 @@ TEST(NCOPLSProgress, ShowsHowFarTheCrossProductOfWhatIsLeftHasFallen) {
   }
   EXPECT_GT(passes, 1);
   EXPECT_GE(last, 1.0F) << "ends where the product has grown, or below a hundredth of the first: " << log.Joined();
+}
+
+/// The values that a model's bar shows within its first block.
+std::vector<float> ValuesOfTheFirstBlock(const Tables& tables, int maxIterations) {
+  ProgressLog log;
+  const std::unique_ptr<NCProgress> bar = RecordingBar(&log);
+  NCOPLS model(&tables.X, &tables.Y, 1, maxIterations);
+  model.NextComponent(bar.get());
+  std::vector<float> values;
+  for (const std::string& call : log.calls)
+    if (call.rfind("SetValue ", 0) == 0) values.push_back(std::stof(call.substr(9)));
+  values.pop_back();  // the end of the block
+  return values;
+}
+
+/// |Y'X|, holes of X being 0.
+double CrossProductOf(const Tables& tables) {
+  plain::Table X = plain::TableOf(tables.X);
+  for (plain::Vector& row : X)
+    for (double& cell : row)
+      if (std::isnan(cell)) cell = 0.0;
+  return std::sqrt(plain::SquaresOf(plain::Product(plain::Transposed(plain::TableOf(tables.Y)), X)));
+}
+
+TEST(NCOPLSProgress, ShowsOneLessTheShareThatIsLeftAboveOneHundredth) {
+  Tables tables = RelatedTables(20, 6, 1, 0.0, 1);
+  for (int i = 1; i <= 20; i += 3) tables.X(i, 1 + i % 6, kHole<float>);
+  const NCOPLS onePass = FittedOpls(tables, 1, 0, /*maxIterations=*/1);
+  const NCDataVector<float> w = (*onePass.GetWprim())[1];
+  Tables left = tables;
+  left.X.AddVprimV(tables.X.SpecialNipalsRegressRowsFix(w, nullptr, 0), w, -1.0F);
+  const double first = CrossProductOf(tables);
+  const std::vector<float> values = ValuesOfTheFirstBlock(tables, /*maxIterations=*/2);
+  ASSERT_EQ(values.size(), 1U);
+  EXPECT_NEAR(values[0], 1.0 - (CrossProductOf(left) - 0.01 * first) / first, 1e-5);  // six digits are recorded
+}
+
+TEST(NCOPLSProgress, ShowsZeroWhereThereIsNothingToExplain) {
+  Tables tables = RelatedTables(20, 6, 1, 0.2, 1);
+  tables.Y.SetAllValues(0.0F);
+  EXPECT_EQ(ValuesOfTheFirstBlock(tables, /*maxIterations=*/4), std::vector<float>(3, 0.0F));
 }
 
 TEST(NCOPLSProgress, ChangesNoNumber) {

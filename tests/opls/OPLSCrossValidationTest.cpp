@@ -340,6 +340,25 @@ TEST(OPLSCrossValidation, AColumnOfZerosHasQ2OneInFrontOfTheErrorsAndNoNumberBeh
   EXPECT_TRUE(std::isfinite(validation.GetQ2TotCum()));
 }
 
+TEST(OPLSCrossValidation, AVariableOfYWithoutAnyValueIsInNeitherSumOfTheTotal) {
+  for (const int empty : {1, 3}) {
+    Tables tables = RelatedTables(12, 4, 3, 0.0, 1);
+    tables.Y.SetColumn(empty, kMissing);
+    OPLSCrossValidation validation = Validated(tables, 1, 3, 1);
+    double press = 0.0, ss = 0.0;
+    for (int j = 1; j <= 3; ++j) {
+      if (j == empty) continue;
+      press += static_cast<double>(validation.GetYPredResiduals().GetColumnSS(j, 0.0L));
+      ss += static_cast<double>(validation.GetData()->SSY[j]);
+    }
+    EXPECT_EQ(validation.GetQ2TotCum(), static_cast<float>((ss - press) / ss));
+    EXPECT_EQ(validation.GetData()->SSY[empty], kMissing);
+    EXPECT_EQ(validation.GetYPredResiduals().GetColumnMisVal(empty), 12);
+    // In front of the errors there is nothing to judge; behind them both sums of it are missing, and so are equal.
+    EXPECT_EQ((*validation.GetQ2YVarCum())[empty], empty == 1 ? 1.0F : 0.0F);
+  }
+}
+
 TEST(OPLSCrossValidation, OfNoVariableOfYHasQ2One) {
   const Tables tables{RandomMatrix<float>(6, 3, 0.0, 1), NCDataMatrix<float>(6, 0)};
   EXPECT_EQ(Validated(tables, 1, 3, 0).GetQ2TotCum(), 1.0F);
