@@ -90,7 +90,7 @@ TEST_F(OnDisk, MergesAsInMemoryWhateverTheMemory) {
     const NCDataMatrix<float> table = RandomMatrix<float>(40, 10, holes, 7);  // 780 pairs
     const std::vector<PlainMerge> inMemory = Merges(table, 0);
     EXPECT_TRUE(dialogue_.shown.empty());
-    for (const std::uint64_t cap : {779, 200, 40, 2}) {
+    for (const std::uint64_t cap : {779, 200, 40, 5}) {
       EXPECT_TRUE(Merges(table, cap) == inMemory) << cap;
       EXPECT_EQ(dialogue_.shown.size(), 1U);
       dialogue_.shown.clear();
@@ -185,8 +185,9 @@ TEST_F(OnDisk, TellsHowFarItIs) {
   EXPECT_THAT(log.Joined(), ::testing::StartsWith(
                                 "SetRange 0 3; SetText Allocating memory; SetRange 0 2; PushSubRange 0 1; "
                                 "SetRange 0 1; SetText Calculating and saving 3 distances; IsBreakPressed; "
-                                "IsBreakPressed; IsBreakPressed; PopSubRange; PushSubRange 1 2; SetText Splitting distances; "
-                                "SetRange 0 1; IsBreakPressed; SetValue 0.1; IsBreakPressed; SetValue "));
+                                "IsBreakPressed; IsBreakPressed; PopSubRange; PushSubRange 1 2; "
+                                "SetText Splitting distances; SetRange 0 1; IsBreakPressed; SetValue 0.1; "
+                                "IsBreakPressed; SetValue "));
   EXPECT_EQ(log.calls.back(), "PopSubRange");
   log.calls.clear();
   int i = 0, j = 0;
