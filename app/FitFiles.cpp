@@ -10,19 +10,26 @@ namespace kalmia::app {
 
 namespace fs = std::filesystem;
 
-void RefuseToOverwriteTable(const FitOptions& options, const std::vector<std::string>& csvNames) {
+void RefuseToOverwriteTable(const FitOptions& options, const std::vector<std::string>& csvNames,
+                            const std::string& saveCv) {
   std::vector<FilePlace> places = PlacesInCsvFolder(options.csvFolder, csvNames);
+  if (!saveCv.empty()) places.insert(places.begin(), {"--save-cv", saveCv});
   if (!options.save.empty()) places.insert(places.begin(), {"--save", options.save});
   RefuseToOverwrite({{"the table", options.table}}, places);
 }
 
 FitFiles WriteFitFiles(const FitOptions& options, const std::function<std::string()>& modelBytes,
-                       const std::function<std::vector<CsvFile>()>& csvFiles) {
+                       const std::function<std::vector<CsvFile>()>& csvFiles,
+                       const CrossValidationOutput& crossValidation) {
   FitFiles written;
   OutputFiles files;
   if (!options.save.empty()) {
     files.Stage(options.save, modelBytes());
     written.saved = options.save;
+  }
+  if (!crossValidation.path.empty()) {
+    files.Stage(crossValidation.path, crossValidation.bytes());
+    written.savedCv = crossValidation.path;
   }
   if (!options.csvFolder.empty()) {
     files.MakeFolder(options.csvFolder);
@@ -38,6 +45,7 @@ FitFiles WriteFitFiles(const FitOptions& options, const std::function<std::strin
 std::string WrittenText(const FitFiles& files) {
   std::string text;
   if (!files.saved.empty()) text += "\nSaved the model as " + OneLine(files.saved) + "\n";
+  if (!files.savedCv.empty()) text += "\nSaved the cross-validation as " + OneLine(files.savedCv) + "\n";
   if (files.csv.empty()) return text;
   std::vector<std::string> names;
   for (const std::string& path : files.csv) names.push_back(fs::path(path).filename().string());

@@ -12,16 +12,26 @@ namespace kalmia::app {
 /// Names of the files that a fit has written.
 struct FitFiles {
   std::string saved;             ///< the stored model; empty if there is none
+  std::string savedCv;           ///< the cross-validation to go on from; empty if there is none
   std::vector<std::string> csv;  ///< with the folder
 };
 
-/// Throws Failure (Usage) if a fit would write one of its files over the table or over another one. `csvNames` are the
-/// names of those that --csv writes.
-void RefuseToOverwriteTable(const FitOptions& options, const std::vector<std::string>& csvNames);
+/// A cross-validation to be stored, of the kinds of model that can go on from one.
+struct CrossValidationOutput {
+  std::string path;  ///< empty: it is not stored
+  std::function<std::string()> bytes;
+};
 
-/// Writes the stored model and the CSV files that the options ask for, all of them or, with a Failure (Files), none.
+/// Throws Failure (Usage) if a fit would write one of its files over the table or over another one. `csvNames` are the
+/// names of those that --csv writes, `saveCv` that of --save-cv or empty.
+void RefuseToOverwriteTable(const FitOptions& options, const std::vector<std::string>& csvNames,
+                            const std::string& saveCv = "");
+
+/// Writes the stored model, the cross-validation and the CSV files that the options ask for, all of them or, with a
+/// Failure (Files), none.
 FitFiles WriteFitFiles(const FitOptions& options, const std::function<std::string()>& modelBytes,
-                       const std::function<std::vector<CsvFile>()>& csvFiles);
+                       const std::function<std::vector<CsvFile>()>& csvFiles,
+                       const CrossValidationOutput& crossValidation = {});
 
 /// "Saved the model as ...", "Wrote 11 files into ...", each after an empty line; empty where nothing was written.
 std::string WrittenText(const FitFiles& files);

@@ -26,7 +26,7 @@ bool ReadText(std::string* text, std::istream& stream) {
   return true;
 }
 
-bool ReadNames(Entry entry, InputStreamDirectory* directory, std::vector<std::string>* names) {
+bool ReadNames(unsigned short entry, InputStreamDirectory* directory, std::vector<std::string>* names) {
   std::istream* stream = directory->GetInput(entry);
   int count = 0;
   if (stream == nullptr || !ReadInteger(&count, *stream) || count < 0) return false;
@@ -38,7 +38,7 @@ bool ReadNames(Entry entry, InputStreamDirectory* directory, std::vector<std::st
   return true;
 }
 
-bool ReadObject(Entry entry, InputStreamDirectory* directory, VexStreamBase* object) {
+bool ReadObject(unsigned short entry, InputStreamDirectory* directory, VexStreamBase* object) {
   std::istream* stream = directory->GetInput(entry);
   if (stream == nullptr) return false;
   try {

@@ -34,9 +34,9 @@ bool ReadInteger(int* value, std::istream& stream);
 bool ReadDouble(double* value, std::istream& stream);
 bool ReadText(std::string* text, std::istream& stream);
 /// The names in an entry.
-bool ReadNames(Entry entry, InputStreamDirectory* directory, std::vector<std::string>* names);
+bool ReadNames(unsigned short entry, InputStreamDirectory* directory, std::vector<std::string>* names);
 /// The object of the library in an entry.
-bool ReadObject(Entry entry, InputStreamDirectory* directory, VexStreamBase* object);
+bool ReadObject(unsigned short entry, InputStreamDirectory* directory, VexStreamBase* object);
 /// The pooled deviation, and the quality of each Y column.
 void WriteYQuality(const YModelFrame& model, OutputStreamDirectory* directory);
 bool ReadYQuality(InputStreamDirectory* directory, YModelFrame* model);

@@ -1,27 +1,17 @@
 #include "app/ModelFile.h"
 
-#include <cstdint>
 #include <sstream>
 #include <utility>
 
-#include "app/Failure.h"
+#include "app/FileFrame.h"
 #include "app/ModelEntries.h"
-#include "kalmia/support/MD5.h"
 
 namespace kalmia::app {
 
 namespace {
 
-constexpr std::string_view kMagic = "\x8BKALMIA\n";
-constexpr std::size_t kDigits = 32;      ///< of the checksum, in hexadecimals
+constexpr FileKind kModelFile{"\x8BKALMIA\n", kModelFileVersion, "Kalmia model", "model file"};
 constexpr int kFirstVersionOfKinds = 2;  ///< before it there was nothing but PLS
-
-std::string Checksum(std::string_view bytes) {
-  MD5 md5;
-  md5.Update(bytes.data(), bytes.size());
-  md5.Finalize();
-  return md5.GetDigest();
-}
 
 template <class Kind>
 void WriteContent(const Kind& model, std::ostream& stream) {
@@ -84,20 +74,11 @@ bool ReadContent(int version, std::istream& stream, StoredModel* model) {
       *model);
 }
 
-[[noreturn]] void Refuse(const std::string& message) { throw Failure(ExitCode::Files, message); }
-
 template <class Kind>
 std::string FileBytes(const Kind& model) {
   std::ostringstream content;
   WriteContent(model, content);
-  const std::string bytes = content.str();
-  std::ostringstream file;
-  file << kMagic;
-  WriteInteger(kModelFileVersion, file);
-  const auto length = static_cast<std::uint64_t>(bytes.size());
-  WriteArray(&length, 1, sizeof(length), file);
-  file << Checksum(bytes) << bytes;
-  return file.str();
+  return FramedBytes(kModelFile, content.str());
 }
 
 }  // namespace
@@ -113,32 +94,10 @@ std::string ModelFileBytes(const StoredModel& model) {
 }
 
 StoredModel ReadModelFile(std::string_view bytes, const std::string& name) {
-  if (bytes.empty()) Refuse(name + " is empty, no Kalmia model");
-  if (bytes.substr(0, kMagic.size()) != kMagic.substr(0, bytes.size())) Refuse(name + " is no Kalmia model");
-  std::istringstream header{std::string(bytes.substr(0, kMagic.size() + sizeof(int) + sizeof(std::uint64_t)))};
-  header.ignore(static_cast<std::streamsize>(kMagic.size()));
-  int version = 0;
-  if (!ReadInteger(&version, header)) Refuse(name + " is cut: it ends within its header");
-  if (version > kModelFileVersion) {
-    Refuse(name + " is a model file of version " + std::to_string(version) + "; this kalmia reads versions up to " +
-           std::to_string(kModelFileVersion));
-  }
-  std::uint64_t length = 0;
-  const std::size_t start = kMagic.size() + sizeof(int) + sizeof(length) + kDigits;
-  if (!ReadArray(&length, 1, sizeof(length), header) || bytes.size() < start) {
-    Refuse(name + " is cut: it ends within its header");
-  }
-  const std::string_view content = bytes.substr(start);
-  if (content.size() < length) {
-    Refuse(name + " is cut: " + std::to_string(content.size()) + " of " + std::to_string(length) + " bytes are there");
-  }
-  const std::string damaged = name + " is damaged: ";
-  if (version < 1) Refuse(damaged + "there is no version " + std::to_string(version));
-  if (content.size() > length) Refuse(damaged + "it goes on behind its end");
-  if (Checksum(content) != bytes.substr(start - kDigits, kDigits)) Refuse(damaged + "its checksum does not match");
+  const FramedContent content = ReadFrame(kModelFile, bytes, name);
   StoredModel model;
-  std::istringstream stream{std::string(content)};
-  if (!ReadContent(version, stream, &model)) Refuse(damaged + "its parts do not fit together");
+  std::istringstream stream{std::string(content.bytes)};
+  if (!ReadContent(content.version, stream, &model)) RefuseParts(name);
   return model;
 }
 

@@ -1,20 +1,46 @@
+#include <optional>
+#include <string>
+#include <vector>
+
 #include "app/Commands.h"
 #include "app/CsvTable.h"
+#include "app/Failure.h"
 #include "app/FitFiles.h"
 #include "app/InputFile.h"
 #include "app/ModelFile.h"
 #include "app/OplsCsvFiles.h"
+#include "app/OplsCvFile.h"
 #include "app/OplsOutcome.h"
 #include "app/OplsReport.h"
+#include "app/OutputPlaces.h"
 
 namespace kalmia::app {
 
+namespace {
+
+/// --save-cv may replace the file of --resume, once that has been read; no other output may.
+void RefuseToOverwriteInputs(const OplsOptions& options) {
+  RefuseToOverwriteTable(options, OplsCsvFileNames(), options.saveCv);
+  if (options.resume.empty()) return;
+  if (options.table == "-" && options.resume == "-") {
+    throw Failure(ExitCode::Usage, "TABLE and --resume cannot both be standard input");
+  }
+  std::vector<FilePlace> places = PlacesInCsvFolder(options.csvFolder, OplsCsvFileNames());
+  if (!options.save.empty()) places.insert(places.begin(), {"--save", options.save});
+  RefuseToOverwrite({{"the file of --resume", options.resume}}, places);
+}
+
+}  // namespace
+
 std::string RunCommand(const OplsOptions& options, Notes* notes) {
-  RefuseToOverwriteTable(options, OplsCsvFileNames());
+  RefuseToOverwriteInputs(options);
+  std::optional<StoredOplsCv> resumed;
+  if (!options.resume.empty()) resumed = ReadOplsCvFile(ReadInput(options.resume), InputName(options.resume));
   const CsvTable table(ReadInput(options.table), InputName(options.table));
-  const OplsOutcome outcome = ComputeOpls(table, options, notes);
+  const OplsOutcome outcome = ComputeOpls(table, options, resumed ? &*resumed : nullptr, notes);
   const FitFiles files = WriteFitFiles(
-      options, [&outcome] { return ModelFileBytes(outcome.model); }, [&outcome] { return OplsCsvFiles(outcome); });
+      options, [&outcome] { return ModelFileBytes(outcome.model); }, [&outcome] { return OplsCsvFiles(outcome); },
+      {options.saveCv, [&outcome] { return OplsCvFileBytes(outcome.validation); }});
   if (!files.csv.empty()) NoteNoDistances(outcome.model, outcome.model.Components(), notes);
   return options.json ? OplsJson(table, outcome, *notes, files) : OplsText(outcome, files);
 }

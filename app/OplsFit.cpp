@@ -5,6 +5,7 @@
 
 #include "app/DisplayText.h"
 #include "app/Failure.h"
+#include "app/FileFrame.h"
 #include "app/Interrupt.h"
 #include "app/Numbers.h"
 #include "kalmia/opls/NCOPLS.h"
@@ -38,17 +39,51 @@ class Extraction {
     try {
       model_.NextComponent(progress_.Get());
       if (!HasScores(*model_.GetTprim())) throw NCError("X and Y have nothing in common");
-      progress_.BeginFit(1);
-      NCIntegralVector<int, -99> groups = task_.groups;
-      validation_ = std::make_unique<OPLSCrossValidation>(&task_.x, &task_.y, model_.SizeComponents(), task_.rounds,
-                                                          progress_.Get(), &groups);
+      if (task_.resumed == nullptr) StartValidation();
     } catch (const NCError& error) {
       StopIfInterrupted();
       throw Failure(ExitCode::BadData, "no component can be computed: " + TextOf(error));
     }
-    q2Cum_ = validation_->GetQ2TotCum();
+    if (task_.resumed != nullptr) ResumeValidation();
+    q2Cum_ = fit_.validation.steps.front().q2Cum;
     blockQ2_ = q2Cum_;
-    TakeCrossValidation();
+    TakeCrossValidation(fit_.validation.steps.front());
+  }
+
+  void StartValidation() {
+    progress_.BeginFit(1);
+    NCIntegralVector<int, -99> groups = task_.groups;
+    validation_ = std::make_unique<OPLSCrossValidation>(&task_.x, &task_.y, model_.SizeComponents(), task_.rounds,
+                                                        progress_.Get(), &groups);
+    fit_.validation.predictive = model_.SizeComponents();
+    RememberStep();
+  }
+
+  void ResumeValidation() {
+    fit_.validation = task_.resumed->state;
+    if (fit_.validation.predictive != model_.SizeComponents()) {
+      throw Failure(ExitCode::BadData,
+                    task_.resumed->name + " was made with " +
+                        Counted(static_cast<std::size_t>(fit_.validation.predictive), "predictive component") +
+                        ", not " + std::to_string(model_.SizeComponents()));
+    }
+    NCIntegralVector<int, -99> groups = task_.groups;
+    try {
+      validation_ = std::make_unique<OPLSCrossValidation>(&task_.x, &task_.y, &fit_.validation.data, &groups);
+    } catch (const NCError&) {
+      RefuseParts(task_.resumed->name);
+    }
+  }
+
+  /// The results of the newest step of cross-validation, and what it goes on from.
+  void RememberStep() {
+    OplsCvStep step;
+    step.q2Cum = validation_->GetQ2TotCum();
+    step.residuals = validation_->GetYPredResiduals();
+    step.t = *validation_->GetTPred();
+    if (validation_->SizeOComponents() > 0) step.to = *validation_->GetToPred();
+    fit_.validation.steps.push_back(std::move(step));
+    fit_.validation.data = *validation_->GetData();
   }
 
   /// A component of zeros, or of no numbers, is none.
@@ -71,31 +106,35 @@ class Extraction {
       const int newest = model_.SizeOrthogonalComponents();
       const NCDataVector<float>& t = (*model_.GetTOprim())[newest];
       if (!(t.GetSS() > kExhausted * task_.x.GetSS())) throw NCError(kNothingLeft);
-      validation_->NextComponent(progress_.Get());
+      if (fit_.validation.steps.size() <= static_cast<std::size_t>(newest)) {
+        validation_->NextComponent(progress_.Get());
+        RememberStep();
+      }
     } catch (const NCError& error) {
       StopIfInterrupted();
       fit_.endedEarly = TextOf(error);
       model_ = before;
       return false;
     }
-    const OplsComponentRecord record = JudgeOrthogonal();
+    const OplsCvStep& step = fit_.validation.steps[static_cast<std::size_t>(model_.SizeOrthogonalComponents())];
+    const OplsComponentRecord record = JudgeOrthogonal(step.q2Cum);
     fit_.components.push_back(record);
     if (!record.kept) {
       model_ = before;
       return false;
     }
-    TakeCrossValidation();
-    fit_.crossValidated.to.push_back(*validation_->GetToPred());
+    TakeCrossValidation(step);
+    fit_.crossValidated.to.push_back(step.to);
     return true;
   }
 
-  OplsComponentRecord JudgeOrthogonal() {
+  OplsComponentRecord JudgeOrthogonal(float q2Cum) {
     OplsComponentRecord record;
     record.orthogonal = true;
     const int o = model_.SizeOrthogonalComponents();
     TakeOff((*model_.GetTOprim())[o], (*model_.GetPOprim())[o], (*model_.GetCOprim())[o], &record);
-    const float gain = validation_->GetQ2TotCum() - q2Cum_;
-    q2Cum_ = validation_->GetQ2TotCum();
+    const float gain = q2Cum - q2Cum_;
+    q2Cum_ = q2Cum;
     FillQ2(gain, q2Cum_, &record);
     record.kept = record.significant || !task_.stopAtFirstFailure;
     return record;
@@ -121,9 +160,9 @@ class Extraction {
     record->r2y = DescribedShare(task_.y, yLeft_) - y;
   }
 
-  void TakeCrossValidation() {
-    fit_.crossValidatedResiduals = validation_->GetYPredResiduals();
-    fit_.crossValidated.t = *validation_->GetTPred();
+  void TakeCrossValidation(const OplsCvStep& step) {
+    fit_.crossValidatedResiduals = step.residuals;
+    fit_.crossValidated.t = step.t;
   }
 
   /// The predictive components, taken off behind the kept orthogonal ones, stand in front of them.

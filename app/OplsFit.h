@@ -6,6 +6,7 @@
 
 #include "app/ComponentRecord.h"
 #include "app/FitRules.h"
+#include "app/OplsCvFile.h"
 #include "app/StoredModel.h"
 #include "kalmia/containers/NCDataMatrix.h"
 #include "kalmia/containers/NCIntegralVector.h"
@@ -15,11 +16,12 @@ namespace kalmia::app {
 /// What the extraction of OPLS components takes: scaled tables, and when to stop. The rules are on the orthogonal
 /// components.
 struct OplsTask : FitRules {
-  NCDataMatrix<float> x;              ///< scaled, rows by X columns
-  NCDataMatrix<float> y;              ///< scaled, rows by Y columns
-  NCIntegralVector<int, -99> groups;  ///< cross-validation group of each row, from 0
+  NCDataMatrix<float> x;                  ///< scaled, rows by X columns
+  NCDataMatrix<float> y;                  ///< scaled, rows by Y columns
+  NCIntegralVector<int, -99> groups;      ///< cross-validation group of each row, from 0
   int rounds = 0;
-  std::optional<int> predictive;      ///< nothing: the model decides
+  std::optional<int> predictive;          ///< nothing: the model decides
+  const StoredOplsCv* resumed = nullptr;  ///< of these tables and groups; null: cross-validation starts anew
 };
 
 /// Scores of the rows, each predicted while the row was left out; components in rows. Of the kept components.
@@ -35,12 +37,15 @@ struct OplsFit {
   std::vector<OplsComponentRecord> components;  ///< the kept ones, and the one that failed if that ended the extraction
   NCDataMatrix<float> crossValidatedResiduals;  ///< of the kept model, in scaled units, rows by Y columns
   CrossValidatedScores crossValidated;
+  OplsCvState validation;                       ///< of all components that were judged, in `resumed` too
   std::string endedEarly;  ///< why there are fewer components than asked for; empty if there are not, or if one failed
 };
 
 /// Computes the predictive block, which is always kept, and orthogonal components one by one, and cross-validates each
-/// step. Shows a progress bar on a terminal.
-/// Throws Failure (Stopped) on Ctrl-C, (BadData) where not even the block can be computed.
+/// step. What `resumed` has judged already is taken from there, with the same result. Shows a progress bar on a
+/// terminal.
+/// Throws Failure (Stopped) on Ctrl-C, (BadData) where not even the block can be computed or where that of `resumed`
+/// has another size, (Files) where the parts of `resumed` do not fit together.
 OplsFit FitOpls(const OplsTask& task);
 
 }  // namespace kalmia::app

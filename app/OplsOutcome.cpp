@@ -54,9 +54,10 @@ void CutComponents(const OplsOptions& options, const ModelData& data, OplsTask* 
 
 }  // namespace
 
-OplsOutcome ComputeOpls(const CsvTable& table, const OplsOptions& options, Notes* notes) {
+OplsOutcome ComputeOpls(const CsvTable& table, const OplsOptions& options, const StoredOplsCv* resumed, Notes* notes) {
   OplsOutcome outcome;
   outcome.data = SelectData(table, options, options.y, notes);
+  if (resumed != nullptr) RequireSameTable(*resumed, outcome.data, options.scaling);
   RequireInEachRound(outcome.data, outcome.data.y, outcome.data.yNames, "Y", /*variance=*/true);
   RequireInEachRound(outcome.data, outcome.data.x, outcome.data.xNames, "X", /*variance=*/false);
   OplsTask task;
@@ -64,6 +65,7 @@ OplsOutcome ComputeOpls(const CsvTable& table, const OplsOptions& options, Notes
   task.y = outcome.data.y;
   task.groups = outcome.data.groups;
   task.rounds = outcome.data.rounds;
+  task.resumed = resumed;
   CutComponents(options, outcome.data, &task, notes);
   task.stopAtFirstFailure = !options.components;
   StoredOpls& model = outcome.model;
@@ -72,6 +74,8 @@ OplsOutcome ComputeOpls(const CsvTable& table, const OplsOptions& options, Notes
   model.xScale = ScaleColumns(options.scaling, outcome.data.xNames, &task.x);
   model.yScale = ScaleColumns(ScalingOfY(options.scaling), outcome.data.yNames, &task.y);
   OplsFit fit = FitOrNameLeftOut(outcome.data, [&task] { return FitOpls(task); });
+  DescribeTable(outcome.data, options.scaling, &outcome.validation);
+  outcome.validation.state = std::move(fit.validation);
   outcome.scaledX = task.x;
   outcome.components = fit.components;
   outcome.endedEarly = fit.endedEarly;

@@ -6,6 +6,7 @@
 #include "app/CsvTable.h"
 #include "app/ModelData.h"
 #include "app/Options.h"
+#include "app/OplsCvFile.h"
 #include "app/OplsFit.h"
 #include "app/Prediction.h"
 #include "app/StoredModel.h"
@@ -22,11 +23,14 @@ struct OplsOutcome {
   NCDataMatrix<float> u;                        ///< Y scores of the predictive components
   CrossValidatedScores crossValidated;
   std::vector<RowPrediction> fitted;            ///< of the training rows, by the stored model
+  StoredOplsCv validation;                      ///< what --save-cv stores
 };
 
-/// Fits the model that the options ask for and judges it. Adds notes about what was cut.
-/// Throws Failure as SelectData and FitOpls do, and (BadData) where without the rows of a group a Y column has no value
-/// or no variance, or an X column no value.
-OplsOutcome ComputeOpls(const CsvTable& table, const OplsOptions& options, Notes* notes);
+/// Fits the model that the options ask for and judges it, from `resumed` on unless that is null. Adds notes about what
+/// was cut.
+/// Throws Failure as SelectData and FitOpls do, and (BadData) where `resumed` was made of another table or with other
+/// groups or scaling, or where without the rows of a group a Y column has no value or no variance, or an X column no
+/// value.
+OplsOutcome ComputeOpls(const CsvTable& table, const OplsOptions& options, const StoredOplsCv* resumed, Notes* notes);
 
 }  // namespace kalmia::app

@@ -26,6 +26,7 @@ std::string OplsJson(const CsvTable& table, const OplsOutcome& outcome, const No
   json["orthogonal"] = model.Orthogonal();
   json["endedEarly"] = outcome.endedEarly.empty() ? Json(nullptr) : Json(outcome.endedEarly);
   json["quality"] = QualityJson(model);
+  json["savedCv"] = files.savedCv.empty() ? Json(nullptr) : Json(files.savedCv);
   AddFilesJson(files, notes, &json);
   return JsonText(json);
 }

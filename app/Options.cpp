@@ -83,11 +83,15 @@ void DeclareOpls(CommandOptions* command, OplsOptions* options) {
     command->NumberOrAuto("--orthogonal", 0, &options->components,
                           "number of orthogonal components; auto (default): as long as Q2 gains more than its limit");
   });
+  command->Text("--save-cv", "FILE", &options->saveCv, "store the cross-validation, for --resume");
+  command->Text("--resume", "FILE", &options->resume, "go on from what --save-cv has stored of the same table");
   command->Text("--csv", "DIR", &options->csvFolder, "write scores, loadings, coefficients and more as CSV files");
   command->Examples(
       "Examples:\n"
       "  kalmia opls gasoline.csv --y octane --id sample --scale centre --save octane.model\n"
-      "  kalmia opls oliveoil.csv --y yellow,green --id sample --x Acidity..DK --predictive 1 --csv results");
+      "  kalmia opls oliveoil.csv --y yellow,green --id sample --x Acidity..DK --predictive 1 --csv results\n"
+      "  kalmia opls gasoline.csv --y octane --id sample --orthogonal 2 --save-cv octane.cv\n"
+      "  kalmia opls gasoline.csv --y octane --id sample --orthogonal 5 --resume octane.cv");
 }
 
 void DeclarePredict(CommandOptions* command, PredictOptions* options) {

@@ -35,6 +35,8 @@ struct PcaOptions : FitOptions {};
 struct OplsOptions : FitOptions {  // `components` are the orthogonal ones
   std::vector<std::string> y;     ///< as for PLS
   std::optional<int> predictive;  ///< nothing: as many as Y and X have in common
+  std::string saveCv;             ///< empty: the cross-validation is not stored
+  std::string resume;             ///< file of a cross-validation to go on from; empty: it starts anew
 };
 
 struct PredictOptions {

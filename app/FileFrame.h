@@ -1,0 +1,38 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+
+namespace kalmia::app {
+
+// What all binary files of the command have around their content: magic, version, length and checksum of the content.
+// docs/command.md describes it.
+
+/// A kind of file.
+struct FileKind {
+  std::string_view magic;       ///< 8 bytes
+  int version;                  ///< that is written; this one and all before it are read
+  std::string_view content;     ///< what messages call the content: "Kalmia model"
+  std::string_view nameOfKind;  ///< and the file: "model file"
+};
+
+/// The content of a file, with the version that the file says.
+struct FramedContent {
+  int version;
+  std::string_view bytes;
+};
+
+/// The MD5 of the bytes, 32 lower-case hexadecimals.
+std::string Checksum(std::string_view bytes);
+
+/// The bytes of a file.
+std::string FramedBytes(const FileKind& kind, const std::string& content);
+
+/// Its content again, a part of `bytes`. Throws Failure (Files): no such file, cut, damaged, or of a newer version;
+/// `name` is how messages call the file.
+FramedContent ReadFrame(const FileKind& kind, std::string_view bytes, const std::string& name);
+
+/// Throws Failure (Files) for content that no writing has made.
+[[noreturn]] void RefuseParts(const std::string& name);
+
+}  // namespace kalmia::app
