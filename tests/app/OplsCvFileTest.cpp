@@ -13,6 +13,7 @@
 #include "TestTables.h"
 #include "app/Failure.h"
 #include "app/OplsCvFile.h"
+#include "app/OplsOutcome.h"
 #include "kalmia/support/MD5.h"
 
 namespace {
@@ -302,6 +303,32 @@ TEST(OplsCvFile, IsReadOrRefusedButNeverHarmsWhenForged) {
     }
   }
   EXPECT_GT(read, 0);  // a flip within a cell is nobody's to notice
+}
+
+TEST(OplsCvFile, EndsInAFailureOrAFitWhenAForgedOneIsGoneOnFrom) {
+  const std::string original = SmallCvFile();
+  const kalmia::app::CsvTable table(UnrelatedTable(8, 3, 2, 1), "t.csv");
+  kalmia::app::OplsOptions options;
+  options.y = {"y1,y2"};
+  options.predictive = 1;
+  options.components = 2;
+  options.groups = 2;
+  int fitted = 0, refused = 0;
+  for (std::size_t i = kContentAt; i < original.size(); ++i) {
+    std::string bytes = original;
+    bytes[i] = static_cast<char>(bytes[i] ^ static_cast<char>(1U << i % 8));
+    try {
+      const StoredOplsCv stored = ReadOplsCvFile(WithMatchingChecksum(bytes), "cv");
+      kalmia::app::Notes notes;
+      EXPECT_GE(ComputeOpls(table, options, &stored, &notes).components.size(), 1U);
+      ++fitted;
+    } catch (const Failure& failure) {
+      EXPECT_EQ(std::string(failure.what()).substr(0, 3), "cv ");
+      ++refused;
+    }
+  }
+  EXPECT_GT(fitted, 0);
+  EXPECT_GT(refused, 0);
 }
 
 TEST(OplsCvFile, EndsInAFailureWhenItsContentIsCutByAForger) {
