@@ -1,7 +1,6 @@
 #include "app/OplsCsvFiles.h"
 
-#include <limits>
-
+#include "app/FitCsv.h"
 #include "app/ModelDiagnostics.h"
 #include "app/OplsDiagnostics.h"
 #include "app/OplsTables.h"
@@ -9,8 +8,6 @@
 namespace kalmia::app {
 
 namespace {
-
-constexpr double kNone = std::numeric_limits<double>::quiet_NaN();
 
 CsvFile ComponentRecordsCsv(const OplsOutcome& outcome) {
   CsvText csv;
@@ -89,29 +86,6 @@ CsvFile SPlotCsv(const OplsOutcome& outcome) {
   return {"s-plot.csv", csv.Text()};
 }
 
-std::vector<double> Distances(const OplsOutcome& outcome) {
-  std::vector<double> distances;
-  for (const RowPrediction& row : outcome.fitted)
-    distances.push_back(DistanceToModel(outcome.model, outcome.model.Components(), row));
-  return distances;
-}
-
-CsvFile FitCsv(const OplsOutcome& outcome) {
-  CsvText csv;
-  csv.Field("row");
-  for (const std::string& y : outcome.data.yNames) csv.Field("measured " + y).Field("predicted " + y);
-  csv.EndLine();
-  for (std::size_t i = 0; i < outcome.fitted.size(); ++i) {
-    csv.Field(outcome.data.rowNames[i]);
-    for (std::size_t j = 0; j < outcome.data.yNames.size(); ++j) {
-      csv.Cell(outcome.data.y[static_cast<int>(i) + 1][static_cast<int>(j) + 1]);
-      csv.Number(outcome.fitted[i].y.empty() ? kNone : outcome.fitted[i].y[j]);
-    }
-    csv.EndLine();
-  }
-  return {"fit.csv", csv.Text()};
-}
-
 NCDataMatrix<float> Together(const NCDataMatrix<float>& above, const NCDataMatrix<float>& below) {
   NCDataMatrix<float> both = above;
   for (int r = 1; r <= below.SizeRows(); ++r) both.push_back(below[r]);
@@ -134,8 +108,9 @@ std::vector<CsvFile> OplsCsvFiles(const OplsOutcome& outcome) {
           SPlotCsv(outcome),
           CoefficientsCsv(model),
           VipCsv(model),
-          RowsCsv(model.rowNames, HotellingT2(Together(opls.t, opls.to)), Distances(outcome)),
-          FitCsv(outcome)};
+          RowsCsv(model.rowNames, HotellingT2(Together(opls.t, opls.to)),
+                  DistancesToModel(model, model.Components(), outcome.fitted)),
+          FitCsv(outcome.data, outcome.fitted)};
 }
 
 std::vector<std::string> OplsCsvFileNames() {

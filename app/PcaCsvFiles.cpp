@@ -30,14 +30,6 @@ CsvFile ColumnsCsv(const PcaOutcome& outcome) {
   return {"columns.csv", csv.Text()};
 }
 
-std::vector<double> Distances(const PcaOutcome& outcome) {
-  std::vector<double> distances;
-  for (const RowScores& row : outcome.rows) {
-    distances.push_back(DistanceToModel(outcome.model, outcome.model.Components(), row));
-  }
-  return distances;
-}
-
 }  // namespace
 
 std::vector<CsvFile> PcaCsvFiles(const PcaOutcome& outcome) {
@@ -45,7 +37,8 @@ std::vector<CsvFile> PcaCsvFiles(const PcaOutcome& outcome) {
   const NCDataMatrix<float>& scores = *model.pca->GetTprim();
   return {ComponentRecordsCsv(outcome), ComponentsCsv("scores.csv", "row", "t", model.rowNames, scores),
           ComponentsCsv("loadings.csv", "column", "p", model.xNames, *model.pca->GetPprim()), ColumnsCsv(outcome),
-          RowsCsv(model.rowNames, HotellingT2(scores), Distances(outcome))};
+          RowsCsv(model.rowNames, HotellingT2(scores),
+                  DistancesToModel(model, model.Components(), outcome.rows))};
 }
 
 std::vector<std::string> PcaCsvFileNames() {

@@ -1,14 +1,11 @@
 #include "app/PlsCsvFiles.h"
 
-#include <limits>
-
+#include "app/FitCsv.h"
 #include "app/ModelDiagnostics.h"
 
 namespace kalmia::app {
 
 namespace {
-
-constexpr double kNone = std::numeric_limits<double>::quiet_NaN();
 
 CsvFile CoefficientsCsv(const StoredPls& model) {
   const Coefficients coefficients = CoefficientsInOriginalUnits(*model.pls, *model.xScale, *model.yScale);
@@ -33,28 +30,6 @@ CsvFile VipCsv(const StoredPls& model) {
   csv.Field("column").Field("VIP").EndLine();
   for (std::size_t k = 0; k < vip.size(); ++k) csv.Field(model.xNames[k]).Number(vip[k]).EndLine();
   return {"vip.csv", csv.Text()};
-}
-
-std::vector<double> Distances(const StoredPls& model, const std::vector<RowPrediction>& rows) {
-  std::vector<double> distances;
-  for (const RowPrediction& row : rows) distances.push_back(DistanceToModel(model, model.Components(), row));
-  return distances;
-}
-
-CsvFile FitCsv(const PlsOutcome& outcome) {
-  CsvText csv;
-  csv.Field("row");
-  for (const std::string& y : outcome.data.yNames) csv.Field("measured " + y).Field("predicted " + y);
-  csv.EndLine();
-  for (std::size_t i = 0; i < outcome.fitted.size(); ++i) {
-    csv.Field(outcome.data.rowNames[i]);
-    for (std::size_t j = 0; j < outcome.data.yNames.size(); ++j) {
-      csv.Cell(outcome.data.y[static_cast<int>(i) + 1][static_cast<int>(j) + 1]);
-      csv.Number(outcome.fitted[i].y.empty() ? kNone : outcome.fitted[i].y[j]);
-    }
-    csv.EndLine();
-  }
-  return {"fit.csv", csv.Text()};
 }
 
 CsvFile QCsv(const PlsOutcome& outcome) {
@@ -89,8 +64,9 @@ std::vector<CsvFile> PlsCsvFiles(const PlsOutcome& outcome) {
           ComponentsCsv("y-weights.csv", "column", "c", model.yNames, *pls.GetCprim()),
           CoefficientsCsv(model),
           VipCsv(model),
-          RowsCsv(model.rowNames, HotellingT2(*pls.GetTprim()), Distances(model, outcome.fitted)),
-          FitCsv(outcome)};
+          RowsCsv(model.rowNames, HotellingT2(*pls.GetTprim()),
+                  DistancesToModel(model, model.Components(), outcome.fitted)),
+          FitCsv(outcome.data, outcome.fitted)};
 }
 
 std::vector<std::string> PlsCsvFileNames() {

@@ -47,6 +47,14 @@ double PooledDeviationOf(const std::vector<Row>& rows, int components) {
 /// rows; not a number for a row that has no more cells than there are components, or of which nothing can be said.
 double DistanceToModel(const ModelFrame& model, int components, const RowFit& row);
 
+/// The same of each row.
+template <class Row>
+std::vector<double> DistancesToModel(const ModelFrame& model, int components, const std::vector<Row>& rows) {
+  std::vector<double> distances;
+  for (const Row& row : rows) distances.push_back(DistanceToModel(model, components, row));
+  return distances;
+}
+
 /// Says once why no row has a distance to the model, where that is so.
 void NoteNoDistances(const ModelFrame& model, int components, Notes* notes);
 

@@ -1,0 +1,25 @@
+#include "app/FitCsv.h"
+
+#include <limits>
+#include <string>
+
+namespace kalmia::app {
+
+CsvFile FitCsv(const ModelData& data, const std::vector<RowPrediction>& fitted) {
+  constexpr double kNone = std::numeric_limits<double>::quiet_NaN();
+  CsvText csv;
+  csv.Field("row");
+  for (const std::string& y : data.yNames) csv.Field("measured " + y).Field("predicted " + y);
+  csv.EndLine();
+  for (std::size_t i = 0; i < fitted.size(); ++i) {
+    csv.Field(data.rowNames[i]);
+    for (std::size_t j = 0; j < data.yNames.size(); ++j) {
+      csv.Cell(data.y[static_cast<int>(i) + 1][static_cast<int>(j) + 1]);
+      csv.Number(fitted[i].y.empty() ? kNone : fitted[i].y[j]);
+    }
+    csv.EndLine();
+  }
+  return {"fit.csv", csv.Text()};
+}
+
+}  // namespace kalmia::app
