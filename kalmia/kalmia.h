@@ -36,6 +36,9 @@
 #include "kalmia/statistics/OneDimMinimum.h"
 #include "kalmia/statistics/Sta.h"
 
+#include "kalmia/signal/Derivate.h"
+#include "kalmia/signal/NCTransform.h"
+
 #include "kalmia/pcapls/NCComponentValidator.h"
 #include "kalmia/pcapls/NCPCA.h"
 #include "kalmia/pcapls/NCPCAPred.h"

@@ -1,0 +1,79 @@
+#pragma once
+
+#include <vector>
+
+#include "kalmia/containers/NCDataMatrix.h"
+#include "kalmia/containers/NCDataVector.h"
+
+namespace kalmia {
+struct WindowFit;
+}
+
+/// Smooths an equally spaced signal and takes its derivatives: a polynomial is fitted by least squares to the cells of
+/// a window, which slides along the signal, and evaluated in the middle of the window. For `float` alone.
+///
+/// Positions in a window are whole numbers around its middle, -half to half with half = window / 2; the unit of a
+/// derivative is that of the signal over that of `spacing`. With d = x - xMean the polynomial of a window is
+///   yMean + c0 d + c1 (d^2 - x2Mean) + c2 (d^3 - x3Mean),
+/// the means being those over the window's present cells.
+///
+/// Windows without holes share one linear filter, which the constructor computes; they cost order * window
+/// multiplications each. A window with holes gets a fit of its own from the cells it has; it fails where no more than
+/// `order` cells are present or they do not determine the polynomial, and then gives -99. So does a fit whose c0 is
+/// exactly -99. Sums run in double, coefficients and means are float.
+///
+/// Edges: the signal is not cut. The first half and the last half of its cells come from the polynomials of the first
+/// and the last full window, as in scipy.signal.savgol_filter with mode='interp'; inside, both are the same filter of
+/// polyorder 2 or 3. (SciPy knows no holes, and its other modes pad the signal instead.)
+///
+/// Not checked: that the window is odd, as it has to be for the formulas above to hold in a window without holes, and
+/// longer than the order. Of a window that is too short the normal matrix has no inverse, and what comes out means
+/// nothing. A window below 1 fits nothing, as one longer than the signal.
+/// Source: Savitzky & Golay (1964), Anal. Chem. 36, 1627-1639; edges: Gorry (1990), Anal. Chem. 62, 570-573.
+template <class T>
+class Derivate {
+ public:
+  enum PolynomialOrder : int { Quadratic = 2, Cubic = 3 };  ///< any other value counts as Quadratic
+
+  Derivate(PolynomialOrder order, int window);
+  Derivate(const Derivate& other);
+  Derivate& operator=(const Derivate& other);
+  ~Derivate();
+
+  /// The derivative of the given order: 1, 2, or, with a cubic only, 3 (a quadratic gives 0).
+  /// Shape: `output` gets the size of the input, which it may be. A signal shorter than the window leaves the cells as
+  /// SetSize makes them: missing, or what they were where the size was right.
+  /// Missing: where the first window fails, cells 1 to half are missing; where the last one fails, cells n - half to
+  /// n - 1, while cell n stays as SetSize made it.
+  /// The result is multiplied by spacing^-order in the end, unless spacing is 1: all of `output`, cells that no window
+  /// reached included.
+  /// Throws Exception "Illegal derivate order" for another order: if a window was fitted, `output` having its new size,
+  /// or, with a spacing other than 1, in any case.
+  void DoDerivate(const NCDataVector<T>& input, NCDataVector<T>& output, int order, float spacing) const;
+
+  /// The fitted signal. Shape, edges and holes as above.
+  void Smooth(const NCDataVector<T>& input, NCDataVector<T>& output) const;
+
+  /// Place of the minimum, or else the maximum, of the polynomial of the first `window` cells, as a distance: the first
+  /// cell lies at `spacing`, the second at 2 spacing. -99 if there are not so many cells, the fit fails, the parabola
+  /// has no optimum of that kind, or it lies above `window`, or, with limitBelow, below 1.
+  /// The vertex is that of c0 and c1: c2 of a cubic takes no part in it.
+  /// height: the polynomial at the vertex; written as soon as the optimum is of the wanted kind, whatever is returned.
+  /// With holes -c0 / (2 c1) is taken as x both there and for the place, which then lies xMean further down.
+  float GetOptima(const NCDataVector<T>& input, float spacing, bool minimum, bool limitBelow, float& height) const;
+
+ private:
+  template <class Value>
+  void Slide(const NCDataVector<T>& input, NCDataVector<T>& output, const Value& value) const;
+  template <class Visit>
+  void EachWindow(const T* y, int rounds, const Visit& visit) const;
+  template <class Visit>
+  void EachCompleteWindow(const double* y, int first, int last, const Visit& visit) const;
+
+  PolynomialOrder order_;
+  int window_;
+  std::vector<double> filter_;  ///< order rows of window cells, each a float: c_k = row k times the centred window
+  float meanSquare_ = 0;        ///< of the positions in the window
+};
+
+extern template class Derivate<float>;
