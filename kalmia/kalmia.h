@@ -38,6 +38,7 @@
 
 #include "kalmia/signal/Derivate.h"
 #include "kalmia/signal/NCTransform.h"
+#include "kalmia/signal/Wavelet.h"
 
 #include "kalmia/pcapls/NCComponentValidator.h"
 #include "kalmia/pcapls/NCPCA.h"
