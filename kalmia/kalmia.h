@@ -37,6 +37,7 @@
 #include "kalmia/statistics/Sta.h"
 
 #include "kalmia/signal/Derivate.h"
+#include "kalmia/signal/FFT.h"
 #include "kalmia/signal/NCTransform.h"
 #include "kalmia/signal/Wavelet.h"
 

@@ -1,0 +1,106 @@
+#include "kalmia/signal/FourierTransform.h"
+
+#include <cmath>
+#include <utility>
+
+#include "kalmia/kernels/simd/Butterflies.h"
+
+namespace kalmia {
+
+namespace {
+
+/// More partial transforms than this lie cell beside cell; from here on they are laid out one behind the other, so that
+/// the inner loops of all passes stay long.
+constexpr int kSideBySide = 16;
+
+/// Cells between the buffers: at distances of powers of two all of them would fight for the same lines of the cache.
+constexpr int kApart = 128;
+
+/// Pairs of single cells become transforms of two.
+void CombineTwos(const double* x, double* y, int half) {
+  for (int i = 0; i < half; ++i) {
+    const double a = x[i], b = x[i + half];
+    y[i] = a + b;
+    y[i + half] = a - b;
+  }
+}
+
+/// `rows` rows of `columns` cells become `columns` rows.
+void Transpose(const double* x, double* y, int rows, int columns) {
+  for (int c = 0; c < columns; ++c)
+    for (int r = 0; r < rows; ++r) y[c * rows + r] = x[r * columns + c];
+}
+
+bool IsOddPowerOfTwo(int size) {
+  bool odd = false;
+  for (; size > 1; size /= 2) odd = !odd;
+  return odd;
+}
+
+}  // namespace
+
+FourierTransform::FourierTransform(int largest)
+    : cells_(4 * (static_cast<std::size_t>(largest) + kApart)),
+      re_(cells_.data()),
+      im_(re_ + largest + kApart),
+      nextRe_(im_ + largest + kApart),
+      nextIm_(nextRe_ + largest + kApart),
+      rootRe_(static_cast<std::size_t>(largest)),
+      rootIm_(rootRe_) {
+  for (std::size_t half = 1; half < rootRe_.size(); half *= 2) {
+    // The root goes on by increments: with 1 - cos(theta) from the sine of half the angle no digits are lost.
+    const double theta = 6.28318530717959 / static_cast<double>(2 * half);
+    const double sineOfHalf = std::sin(0.5 * theta);
+    const double stepRe = -2.0 * sineOfHalf * sineOfHalf, stepIm = std::sin(theta);
+    double re = 1.0, im = 0.0;
+    for (std::size_t k = 0; k < half; ++k) {
+      rootRe_[half + k] = re;
+      rootIm_[half + k] = im;
+      const double old = re;
+      re += re * stepRe - im * stepIm;
+      im += im * stepRe + old * stepIm;
+    }
+  }
+}
+
+void FourierTransform::SwapBuffers() {
+  std::swap(re_, nextRe_);
+  std::swap(im_, nextIm_);
+}
+
+// Before every pass there are `count` transforms of `length` cells each: the transform number p is that of the cells
+// p, p + count, p + 2 count, ... of what was given.
+void FourierTransform::Forward(int size) {
+  int length = 1, count = size;
+  if (IsOddPowerOfTwo(size)) {
+    CombineTwos(re_, nextRe_, size / 2);
+    CombineTwos(im_, nextIm_, size / 2);
+    SwapBuffers();
+    length = 2;
+    count = size / 2;
+  }
+  const auto pass = [&] {
+    return simd::FourierPass{re_, im_, nextRe_, nextIm_, rootRe_.data(), rootIm_.data(), length, count};
+  };
+  for (; count > kSideBySide; length *= 4, count /= 4) {
+    simd::CombineSideBySide(pass());
+    SwapBuffers();
+  }
+  if (length > 1 && count > 1) {
+    Transpose(re_, nextRe_, length, count);
+    Transpose(im_, nextIm_, length, count);
+    SwapBuffers();
+  }
+  for (; count > 1; length *= 4, count /= 4) {
+    simd::CombineInRows(pass());
+    SwapBuffers();
+  }
+}
+
+void FourierTransform::Backward(int size) {  // i z is what the exchange of the parts makes of the conjugate of z
+  std::swap(re_, im_);
+  Forward(size);
+  std::swap(re_, im_);
+}
+
+}  // namespace kalmia

@@ -1,0 +1,90 @@
+#include "kalmia/signal/WindowedPower.h"
+
+#include <cmath>
+#include <new>
+#include <vector>
+
+#include "kalmia/signal/FourierTransform.h"
+
+namespace kalmia {
+
+namespace {
+
+struct Window {
+  std::vector<double> weights;
+  float sum = 0.0F, sumOfSquares = 0.0F;
+};
+
+Window MakeWindow(FFT::DataWindowMode mode, int m) {
+  Window window;
+  window.weights.resize(2 * static_cast<std::size_t>(m));
+  for (int j = 1; j <= 2 * m; ++j) {
+    const double w = WindowAt(mode, j, m);
+    window.weights[static_cast<std::size_t>(j) - 1] = w;
+    window.sum += static_cast<float>(w);
+    window.sumOfSquares += static_cast<float>(w * w);
+  }
+  return window;
+}
+
+void Weigh(const float* segment, const std::vector<double>& weights, double* out) {
+  for (std::size_t j = 0; j < weights.size(); ++j) out[j] = segment[j] * weights[j];
+}
+
+/// The power of both segments, which folding the spectrum separates from what they have in common: for real parts a
+/// and b, |C(j)|^2 + |C(-j)|^2 = 2 |A(j)|^2 + 2 |B(j)|^2.
+void AddPower(const double* re, const double* im, int m, double* power) {
+  power[0] += re[0] * re[0] + im[0] * im[0];
+  const double *mirroredRe = re + 2 * m, *mirroredIm = im + 2 * m;
+  for (int j = 1; j < m; ++j)
+    power[j] += re[j] * re[j] + im[j] * im[j] + (mirroredRe[-j] * mirroredRe[-j] + mirroredIm[-j] * mirroredIm[-j]);
+  power[m] += re[m] * re[m] + im[m] * im[m];
+}
+
+std::vector<double> SumOfPower(const float* signal, int m, int rounds, bool overlap,
+                               const std::vector<double>& weights) {
+  FourierTransform transform(2 * m);
+  std::vector<double> power(static_cast<std::size_t>(m) + 1);
+  const int step = overlap ? m : 2 * m;
+  const float* segment = signal + 1;
+  for (int round = 0; round < rounds; ++round, segment += 2 * step) {
+    Weigh(segment, weights, transform.Re());
+    Weigh(segment + step, weights, transform.Im());
+    transform.Forward(2 * m);
+    AddPower(transform.Re(), transform.Im(), m, power.data());
+  }
+  return power;
+}
+
+}  // namespace
+
+double WindowAt(FFT::DataWindowMode window, int j, int m) {
+  const double b = 1.0 / (m + 0.5), fromMiddle = (j - 1 - (m - 0.5)) * b;
+  switch (window) {
+    case FFT::WindowBartlett: return 1.0 - std::abs(fromMiddle);
+    case FFT::WindowHann: return (1.0 - std::cos(j * 6.283185307179586 * b * 0.5)) * 0.5;
+    case FFT::WindowWelch: return 1.0 - fromMiddle * fromMiddle;
+  }
+  return 0.0;
+}
+
+bool WindowedPower(const float* signal, int m, int rounds, bool overlap, FFT::ScalingMode scaling,
+                   FFT::DataWindowMode window, float* power) try {
+  const Window weights = MakeWindow(window, m);
+  const std::vector<double> sums = SumOfPower(signal, m, rounds, overlap, weights.weights);
+  const double sum = weights.sum, sumOfSquares = weights.sumOfSquares;
+  double denominator = 2.0 * rounds * sumOfSquares;
+  if (scaling == FFT::ScalingWindow) denominator *= sum * sum / sumOfSquares;
+  bool normal = true;
+  for (std::size_t j = 0; j < sums.size(); ++j) {
+    const float value = static_cast<float>(sums[j] / denominator);
+    const int kind = std::fpclassify(value);
+    normal = normal && (kind == FP_NORMAL || kind == FP_ZERO);
+    power[j + 1] = value;
+  }
+  return normal;
+} catch (const std::bad_alloc&) {
+  return false;
+}
+
+}  // namespace kalmia
