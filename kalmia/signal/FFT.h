@@ -4,7 +4,7 @@
 
 /// Frequency analysis of one signal or of two: autocorrelation, cross-correlation, averaged power spectrum. Each
 /// operation prepares a copy of its signals and leaves these as they are:
-///   holes      are filled along straight lines, flat at both ends; where no cell is present, -99 is a value like others
+///   holes      are filled along straight lines, flat at both ends; with no cell present, -99 is a value like others
 ///   detrended  as DetrendMode says, over the filled cells
 ///   padded     to the length that the transforms need, a power of two or whole segments
 /// Transforms run in double; their results are rounded to float once. The operations keep no state: they may run at the
@@ -29,8 +29,8 @@ class FFT {
 
   /// r(j) = sum over k of x(j + k) x(k) for j = 0..lags, in the output's cells j + 1. x is the copy, detrended, padded
   /// with zeros to the power of two at or above n + lags, then centred and divided by the root of its sum of squares:
-  /// r(0) = 1. The centring sees the padding too, so without `detrend` a signal that lies far from 0 correlates with its
-  /// own step down to the padding. What padding there is joins both ends: a shift by j leaves j cells over.
+  /// r(0) = 1. The centring sees the padding too, so without `detrend` a signal that lies far from 0 correlates with
+  /// its own step down to the padding. Shifts go round the end of the padded signal.
   /// Degenerate: a signal without variance gives zeros throughout.
   /// Not done at all, without a word, the output untouched: a null vector, an empty input, lags below 0 or above n.
   /// Cost: two transforms of the padded length s, s log2(s). Throws only std::bad_alloc.
@@ -45,13 +45,13 @@ class FFT {
   static void CrossCorrelation(const NCDataVector<float>* input1, const NCDataVector<float>* input2,
                                FFT::DetrendMode detrend, int lags, NCDataVector<float>* output);
 
-  /// Mean power of 2 k windowed segments of the signal at the frequencies (i - 1) / segmentSize per cell, in the output's
-  /// cells i = 1 .. segmentSize / 2 + 1. With X the transform of a windowed segment, power at a frequency f and at -f
+  /// Mean power of 2 k windowed segments of the signal at the frequencies (i - 1) / segmentSize per cell, in the
+  /// output's cells i = 1 .. segmentSize / 2 + 1. With X the transform of a windowed segment, power at a frequency f and at -f
   /// added (those of 0 and of 1/2 stand alone), and summed over the segments:
   ///   power = sum |X|^2 / (2 k sum(w^2)),   with ScalingWindow also over sum(w)^2 / sum(w^2)
   /// The segment's length is not divided by: white noise of variance s^2 gives 2 s^2, and s^2 at both ends.
-  /// With m = segmentSize / 2 and `overlap`, segments begin every m cells and k = floor(ceil(n / m) / 2); otherwise they
-  /// begin every segmentSize cells and k = ceil(ceil(n / segmentSize) / 2). The copy is padded by a ramp from its last
+  /// With m = segmentSize / 2 and `overlap`, segments begin every m cells and k = floor(ceil(n / m) / 2); otherwise
+  /// they begin every segmentSize cells and k = ceil(ceil(n / segmentSize) / 2). The copy is padded by a ramp from its last
   /// cell back to its first one (PadVectorLinearly) to what the segments need; the quotients are formed in float.
   /// Not done at all, without a word, the output untouched: a null vector, a segmentSize that is no power of two (0 and
   /// negative sizes are none).

@@ -42,7 +42,8 @@ long double PowerAt(const std::vector<long double>& x, int first, const std::vec
 
 std::vector<float> Signal(int n, int kind) {
   std::vector<float> cells;
-  for (long long i = 1; i <= n; ++i) cells.push_back(static_cast<float>((i * i * 31 + i * 7919 * kind) % 1009) / 64 - 8);
+  for (long long i = 1; i <= n; ++i)
+    cells.push_back(static_cast<float>((i * i * 31 + i * 7919 * kind) % 1009) / 64 - 8);
   return cells;
 }
 
@@ -123,7 +124,8 @@ std::vector<long double> PlainPower(const std::vector<float>& signal, const Spec
     for (int segment = 0; segment < 2 * k; ++segment) total += PowerAt(x, segment * step, weights, frequency);
     if (frequency > 0 && frequency < m) total *= 2;
     total /= 2.0L * k * squares;
-    power.push_back(how.scaling == FFT::ScalingWindow ? total * squares / (static_cast<long double>(sum) * sum) : total);
+    if (how.scaling == FFT::ScalingWindow) total *= squares / (static_cast<long double>(sum) * sum);
+    power.push_back(total);
   }
   return power;
 }
