@@ -1,7 +1,6 @@
 #include "kalmia/kernels/RowRegression.h"
 
 #include "kalmia/kernels/Regression.h"
-#include "kalmia/kernels/RowBatches.h"
 #include "kalmia/kernels/simd/Dots.h"
 
 namespace kalmia {
@@ -18,26 +17,32 @@ RowRegression<T>::RowRegression(const WithExcluded<T>& v, bool fix)
                                  : simd::Dot(v.begin(), v.begin(), v.Size())) {}
 
 template <class T>
-int RowRegression<T>::Rows(const NCDataMatrix<T>& X, T* out, int first, int last) const {
-  const T* v = v_.begin();
-  const int n = v_.Size();
+bool RowRegression<T>::Write(T* cell, double product, double square) const {
+  RegressionSums sums{product, square, sumOfSquares_};
+  DropWithoutEstimate(sums);
+  *cell = static_cast<T>(fix_ ? CoefficientWithFix(sums) : Coefficient(sums));
+  return *cell == kMissing;
+}
+
+template <class T>
+int RowRegression<T>::CompleteRows(const RowBatch<T>& rows, T* out) const {
+  double dots[kRowsAtOnce];
+  v_.HasHoles() ? simd::DotRowsMasked(v_.begin(), rows.cells, rows.count, v_.Size(), dots)
+                : simd::DotRows(v_.begin(), rows.cells, rows.count, v_.Size(), dots);
   int missing = 0;
-  const auto write = [&](int r, double product, double square) {
-    RegressionSums sums{product, square, sumOfSquares_};
-    DropWithoutEstimate(sums);
-    out[r] = static_cast<T>(fix_ ? CoefficientWithFix(sums) : Coefficient(sums));
-    missing += out[r] == kMissing;
-  };
-  const auto complete = [&](const RowBatch<T>& rows) {
-    double dots[kRowsAtOnce];
-    v_.HasHoles() ? simd::DotRowsMasked(v, rows.cells, rows.count, n, dots)
-                  : simd::DotRows(v, rows.cells, rows.count, n, dots);
-    for (int k = 0; k < rows.count; ++k) write(rows.row[k], dots[k], sumOfSquares_);
-  };
+  for (int k = 0; k < rows.count; ++k) missing += Write(out + rows.row[k], dots[k], sumOfSquares_);
+  return missing;
+}
+
+template <class T>
+int RowRegression<T>::Rows(const NCDataMatrix<T>& X, T* out, int first, int last) const {
+  int missing = 0;
+  const auto complete = [&](const RowBatch<T>& rows) { missing += CompleteRows(rows, out); };
   const auto withHoles = [&](const RowBatch<T>& rows) {
     PairSums pairs[kRowsAtOnce];
-    simd::PairRows(v, rows.cells, rows.count, n, v_.HasHoles() ? Holes::InBoth : Holes::InRows, pairs);
-    for (int k = 0; k < rows.count; ++k) write(rows.row[k], pairs[k].product, pairs[k].square);
+    simd::PairRows(v_.begin(), rows.cells, rows.count, v_.Size(), v_.HasHoles() ? Holes::InBoth : Holes::InRows,
+                   pairs);
+    for (int k = 0; k < rows.count; ++k) missing += Write(out + rows.row[k], pairs[k].product, pairs[k].square);
   };
   ForRowBatches(X, first, last, complete, withHoles);
   return missing;

@@ -32,10 +32,15 @@ UnlinkedRows<T>::UnlinkedRows(NCDataMatrix<T>* matrix) {
 
 template <class T>
 T* UnlinkedRows<T>::Fetch(int r) const {
-  NCDataVector<T>& row = rows_[r];
+  return Fetch(r, 0, rows_[r].size_);
+}
+
+template <class T>
+T* UnlinkedRows<T>::Fetch(int r, int first, int n) const {
+  T* const cells = rows_[r].Cells() + first;
   const T* old = old_.empty() ? nullptr : old_[static_cast<std::size_t>(r)];
-  if (old) MoveCells(row.Cells(), old, row.size_);
-  return row.Cells();
+  if (old) MoveCells(cells, old + first, n);
+  return cells;
 }
 
 template class UnlinkedRows<float>;

@@ -21,6 +21,8 @@ class UnlinkedRows {
   /// The first cell of row r, to be called once for each row before it is written. Different threads may fetch
   /// different rows.
   T* Fetch(int r) const;
+  /// The same for n cells of row r from its cell `first`, from 0, on: each cell is to be fetched once.
+  T* Fetch(int r, int first, int n) const;
 
  private:
   NCDataVector<T>* rows_;
