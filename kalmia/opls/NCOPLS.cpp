@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 
+#include "kalmia/kernels/FilterPasses.h"
 #include "kalmia/opls/DeepCopy.h"
 #include "kalmia/opls/OPLSFilter.h"
 #include "kalmia/opls/OPLSProgress.h"
@@ -10,15 +11,7 @@
 
 namespace {
 
-constexpr double kSettled = 0.01;            ///< of the first pass' cross-product: less is not worth another pass
-constexpr double kSmallestShare = 0.01;      ///< of the first component's sum of squares: less is not in the block
-constexpr double kSmallestRelation = 1e-6;   ///< over sqrt(M), |c| |t| / |Y| of a component that has to do with Y
-
-NCDataMatrix<float> RowsUpTo(const NCDataMatrix<float>& matrix, int last) {
-  NCDataMatrix<float> rows;
-  for (int a = 1; a <= last; ++a) rows.InsertRow(a, matrix[a]);
-  return rows;
-}
+constexpr double kSmallestRelation = 1e-6;  ///< over sqrt(M), |c| |t| / |Y| of a component that has to do with Y
 
 std::set<std::pair<int, int>> FindMissingValue(const NCDataMatrix<float>& matrix) {
   std::set<std::pair<int, int>> cells;
@@ -51,8 +44,8 @@ int CutToY(int predictiveComponents, const NCDataMatrix<float>& Y) {
 }  // namespace
 
 NCOPLS::NCOPLS(const NCDataMatrix<float>* X, const NCDataMatrix<float>* Y, int predictiveComponents, int maxIterations)
-    : x_(kalmia::DeepCopy(*X)),
-      y_(kalmia::DeepCopy(*Y)),
+    : x_(*X),
+      y_(*Y),
       missingX_(FindMissingValue(*X)),
       missingY_(FindMissingValue(*Y)),
       maxIterations_(maxIterations),
@@ -112,30 +105,37 @@ NCOPLS& NCOPLS::operator=(const NCOPLS& other) {
 NCOPLS::~NCOPLS() = default;
 
 void NCOPLS::NextComponent(NCProgress* progress) {
-  if (tprim_.SizeRows() == 0) return CalcOPLS(progress);
+  if (tprim_.SizeRows() == 0) return CalcOPLS(progress, CrossProduct(x_));
   const kalmia::OPLSProgress bar(progress, "OPLS component aborted.");
   bar.SetRange(0.0F, 10.0F);
   bar.ThrowIfBreakPressed();
-  AppendOrthogonalComponent();
+  const NCDataMatrix<float> crossProduct = AppendOrthogonalComponent();
   bar.PushSubRange(1.0F, 10.0F);
-  CalcOPLS(progress);
+  CalcOPLS(progress, crossProduct);
   bar.PopSubRange();
 }
 
-void NCOPLS::AppendOrthogonalComponent() {
-  NCDataMatrix<float> filtered = kalmia::Without(x_, tFilter_, wMatrices_.back());
-  FillMatrix(&y_, missingY_, 0.0F);
-  FillMatrix(&filtered, missingX_, 0.0F);
-  const NCDataVector<float> w = OrthogonalWeights(filtered);
-  FillMatrix(&filtered, missingX_, kalmia::kMissing);
-  FillMatrix(&y_, missingY_, kalmia::kMissing);
+/// Y'X of Y as it is and of an X like x_, holes being 0.
+NCDataMatrix<float> NCOPLS::CrossProduct(NCDataMatrix<float> X) const {
+  FillMatrix(&X, missingX_, 0.0F);
+  return kalmia::MultiplyByFew(FilledYprim(), X);
+}
 
-  const NCDataVector<float> t = filtered.SpecialNipalsRegressRowsFix(w, nullptr, 0);
+/// Y as it is, its columns as rows, holes being 0.
+NCDataMatrix<float> NCOPLS::FilledYprim() const {
+  NCDataMatrix<float> filled = y_;
+  FillMatrix(&filled, missingY_, 0.0F);
+  filled.Transpose();
+  return filled;
+}
+
+/// Returns the cross-product Y'X of what the component leaves.
+NCDataMatrix<float> NCOPLS::AppendOrthogonalComponent() {
+  NCDataVector<float> w, t, p;
+  CalcOrthogonal(&w, &t, &p);
   const NCDataVector<float> c = y_.SpecialNipalsRegressColumnsFix(t);
-  const NCDataVector<float> p = x_.SpecialNipalsRegressColumnsFix(t);
   NCDataVector<float> u = y_.SpecialNipalsRegressRowsFix(c, nullptr, 0);
   if (IsUnrelated(c, t, y_)) u.SetAllValues(kalmia::kMissing);
-  x_.AddVprimV(t, p, -1.0F);
   y_.AddVprimV(t, c, -1.0F);
   const int row = toprim_.SizeRows() + 1;
   toprim_.InsertRow(row, t);
@@ -143,125 +143,38 @@ void NCOPLS::AppendOrthogonalComponent() {
   coprim_.InsertRow(row, c);
   woprim_.InsertRow(row, w);
   uoprim_.InsertRow(row, u);
+  if (missingX_.empty()) return kalmia::DeflateAndMultiplyByFew(FilledYprim(), &x_, t, p);
+  x_.AddVprimV(t, p, -1.0F);
+  return CrossProduct(x_);
 }
 
-/// The direction of what is left of X along the predictive scores, holes being 0.
-NCDataVector<float> NCOPLS::OrthogonalWeights(const NCDataMatrix<float>& filtered) const {
-  NCDataMatrix<float> along = tFilter_.MatrixMultiply(filtered, false, false);
-  if (along.SizeRows() < 2) {
-    NCDataVector<float> w = along[1];
+/// Weights, scores and loadings of the next orthogonal component. The weights are the direction of what is left of X
+/// along the predictive scores, holes being 0.
+void NCOPLS::CalcOrthogonal(NCDataVector<float>* w, NCDataVector<float>* t, NCDataVector<float>* p) const {
+  const NCDataMatrix<float>& W = wMatrices_.back();
+  if (missingX_.empty()) {
+    *w = DirectionOf(kalmia::MultiplyFilteredByFew(tFilter_, x_, tFilter_, W));
+    kalmia::CalcFilteredScoresAndLoadings(x_, tFilter_, W, *w, t, p);
+    return;
+  }
+  NCDataMatrix<float> filtered = kalmia::Filtered(x_, tFilter_, W);
+  FillMatrix(&filtered, missingX_, 0.0F);
+  *w = DirectionOf(kalmia::MultiplyByFew(tFilter_, filtered));
+  FillMatrix(&filtered, missingX_, kalmia::kMissing);
+  *t = filtered.SpecialNipalsRegressRowsFix(*w, nullptr, 0);
+  *p = x_.SpecialNipalsRegressColumnsFix(*t);
+}
+
+/// The one row, or the first principal component of several, of unit length.
+NCDataVector<float> NCOPLS::DirectionOf(const NCDataMatrix<float>& rows) const {
+  if (rows.SizeRows() < 2) {
+    NCDataVector<float> w = rows[1];
     w.Normalise();
     return w;
   }
-  NCPCA components(&along, maxIterations_);
+  NCPCA components(&rows, maxIterations_);
   components.NextComponent(nullptr, nullptr, 0, nullptr);
   return (*components.GetPprim())[1];
-}
-
-void NCOPLS::CalcOPLS(NCProgress* progress) {
-  const kalmia::OPLSProgress bar(progress, "OPLS component aborted.");
-  bar.SetRange(0.0F, 10.0F);
-  bar.PushSubRange(0.0F, 9.0F);
-  bar.SetRange(0.0F, 1.0F);
-  FillMatrix(&y_, missingY_, 0.0F);
-  const NCDataMatrix<float> W = SettleWeights(progress);
-  bar.PopSubRange();
-  FillMatrix(&y_, missingY_, kalmia::kMissing);
-  AppendBlock(W);
-  bar.SetValue(10.0F);
-}
-
-/// Pass after pass, the cross-product of what is not explained yet, holes being 0 again, is added to the first one.
-NCDataMatrix<float> NCOPLS::SettleWeights(NCProgress* progress) {
-  const kalmia::OPLSProgress bar(progress, "OPLS component aborted.");
-  passes_ = 0;
-  NCDataMatrix<float> unexplained = x_, sum, W;
-  double firstNorm = kalmia::kMissing, lastNorm = kalmia::kMissing;
-  bool again = false;  // without holes one pass is exact
-  do {
-    FillMatrix(&unexplained, missingX_, 0.0F);
-    const NCDataMatrix<float> crossProduct = y_.MatrixMultiply(unexplained, true, false);
-    const double norm = std::sqrt(static_cast<double>(crossProduct.GetSS()));
-    if (passes_ == 0) {
-      firstNorm = norm;
-      sum = crossProduct;
-    } else {
-      const double togo = lastNorm < norm ? 0.0 : (norm - kSettled * firstNorm) / firstNorm;
-      bar.SetValue(std::max(0.0F, static_cast<float>(1.0 - togo)));
-      if (kSettled * firstNorm > norm || lastNorm < norm) break;
-      sum += crossProduct;
-    }
-    lastNorm = norm;
-    W = WeightsOf(sum, W);
-    ++passes_;
-    again = (x_.GetNumMisVal() >= 1 || y_.GetNumMisVal() >= 1) && passes_ < maxIterations_;
-    tFilter_.Clear();
-    unexplained = x_;
-    for (int a = 1; a <= W.SizeRows(); ++a) {
-      tFilter_.InsertRow(a, unexplained.SpecialNipalsRegressRowsFix(W[a], nullptr, 0));
-      if (again || a < W.SizeRows()) unexplained.AddVprimV(tFilter_[a], W[a], -1.0F);
-    }
-  } while (again);
-  return W;
-}
-
-NCDataMatrix<float> NCOPLS::WeightsOf(const NCDataMatrix<float>& crossProduct, const NCDataMatrix<float>& former) {
-  if (crossProduct.SizeRows() < 2) {
-    NCDataMatrix<float> W = kalmia::DeepCopy(crossProduct);
-    if (W.SizeRows() == 1) W(1).Normalise();
-    return W;
-  }
-  const int size = SizeOfBlock(former);
-  const NCDataMatrix<float> W = ComponentsOf(crossProduct, size);
-  if (size <= 0) predictiveComponents_ = W.SizeRows();  // decided once for the model
-  return W;
-}
-
-/// 0 or less: to be decided.
-int NCOPLS::SizeOfBlock(const NCDataMatrix<float>& former) const {
-  if (predictiveComponents_ > 0 || (wMatrices_.empty() && passes_ == 0)) return predictiveComponents_;
-  if (former.SizeRows() > 0) return former.SizeRows();
-  return wMatrices_.empty() ? 0 : wMatrices_.front().SizeRows();
-}
-
-/// Loadings of the first `size` principal components of the cross-product; 0 or less: of those that are large enough.
-NCDataMatrix<float> NCOPLS::ComponentsOf(const NCDataMatrix<float>& crossProduct, int size) const {
-  NCPCA components(&crossProduct, maxIterations_);
-  components.NextComponent(nullptr, nullptr, 0, nullptr);
-  for (int a = 2; a <= size; ++a) {
-    components.CalculateResiduals();
-    components.NextComponent(nullptr, nullptr, 0, nullptr);
-  }
-  if (size > 0) return *components.GetPprim();
-
-  const auto newestSS = [&components] { return static_cast<double>(components.GetTprim()->back().GetSS()); };
-  const double threshold = kSmallestShare * newestSS();
-  double ss = 0.0;
-  do {
-    components.CalculateResiduals();
-    components.NextComponent(nullptr, nullptr, 0, nullptr);
-    ss = newestSS();
-  } while (components.GetComponents() < crossProduct.SizeRows() && ss > threshold);
-  const NCDataMatrix<float>& P = *components.GetPprim();
-  return threshold > ss ? RowsUpTo(P, P.SizeRows() - 1) : P;
-}
-
-void NCOPLS::AppendBlock(const NCDataMatrix<float>& W) {
-  NCDataMatrix<float> E = x_, F = y_, P, C;
-  tprim_.Clear();
-  uprim_.Clear();
-  for (int a = 1; a <= W.SizeRows(); ++a) {
-    tprim_.InsertRow(a, a == 1 ? tFilter_[1] : E.SpecialNipalsRegressRowsFix(W[a], nullptr, 0));
-    P.InsertRow(a, E.SpecialNipalsRegressColumnsFix(tprim_[a]));
-    C.InsertRow(a, F.SpecialNipalsRegressColumnsFix(tprim_[a]));
-    uprim_.InsertRow(a, F.SpecialNipalsRegressRowsFix(C[a], nullptr, 0));
-    if (a == W.SizeRows()) break;  // nobody reads what is left behind the last
-    E.AddVprimV(tprim_[a], P[a], -1.0F);
-    F.AddVprimV(tprim_[a], C[a], -1.0F);
-  }
-  wMatrices_.push_back(W);
-  pMatrices_.push_back(P);
-  cMatrices_.push_back(C);
 }
 
 void NCOPLS::CatchUp() {
@@ -290,9 +203,9 @@ void NCOPLS::NegatePredictiveComp(int component) {
 }
 
 NCDataMatrix<float> NCOPLS::GetXResiduals() const {
-  return tprim_.SizeRows() == 0 ? x_ : kalmia::Without(x_, tprim_, pMatrices_.back());
+  return tprim_.SizeRows() == 0 ? x_ : kalmia::Filtered(x_, tprim_, pMatrices_.back());
 }
 
 NCDataMatrix<float> NCOPLS::GetYResiduals() const {
-  return tprim_.SizeRows() == 0 ? y_ : kalmia::Without(y_, tprim_, cMatrices_.back());
+  return tprim_.SizeRows() == 0 ? y_ : kalmia::Filtered(y_, tprim_, cMatrices_.back());
 }

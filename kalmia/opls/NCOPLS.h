@@ -28,7 +28,8 @@ class NCOPLS {
   /// A model of X (N x K) and Y (N x M), both scaled, without components yet. `predictiveComponents` is the size of the
   /// predictive block, at most the smaller side of Y; 0 or less leaves it to the first block: components of Y'X whose
   /// sum of squares is at least 1 % of the first's. (With one Y it is 1 either way.) `maxIterations` limits the passes
-  /// for holes and the rounds of the principal components of Y'X.
+  /// for holes and the rounds of the principal components of Y'X. The tables' cells are shared until the model filters
+  /// them.
   NCOPLS(const NCDataMatrix<float>* X, const NCDataMatrix<float>* Y, int predictiveComponents, int maxIterations);
   /// Rebuilds a model from its blocks W, P and C (one per number of orthogonal components, from 0) and its orthogonal
   /// WO, PO and CO (O x ...) on X and Y, by replaying the filter. The size of the block is that of the first W. U is
@@ -80,15 +81,24 @@ class NCOPLS {
  private:
   using Cells = std::set<std::pair<int, int>>;  ///< (row, column)
 
+  struct Block {
+    NCDataMatrix<float> W;
+    NCDataVector<float> firstP;  ///< loadings of the first component, if they came along with its scores
+  };
+
   void CatchUp();
-  void CalcOPLS(NCProgress* progress);
-  void AppendOrthogonalComponent();
-  NCDataVector<float> OrthogonalWeights(const NCDataMatrix<float>& filtered) const;
-  NCDataMatrix<float> SettleWeights(NCProgress* progress);
+  void CalcOPLS(NCProgress* progress, const NCDataMatrix<float>& crossProduct);
+  NCDataMatrix<float> CrossProduct(NCDataMatrix<float> X) const;
+  NCDataMatrix<float> FilledYprim() const;
+  NCDataMatrix<float> AppendOrthogonalComponent();
+  void CalcOrthogonal(NCDataVector<float>* w, NCDataVector<float>* t, NCDataVector<float>* p) const;
+  NCDataVector<float> DirectionOf(const NCDataMatrix<float>& rows) const;
+  Block SettleWeights(NCProgress* progress, NCDataMatrix<float> crossProduct);
+  NCDataMatrix<float> TakeScoresAlong(Block* block, bool again);
   NCDataMatrix<float> WeightsOf(const NCDataMatrix<float>& crossProduct, const NCDataMatrix<float>& former);
   NCDataMatrix<float> ComponentsOf(const NCDataMatrix<float>& crossProduct, int size) const;
   int SizeOfBlock(const NCDataMatrix<float>& former) const;
-  void AppendBlock(const NCDataMatrix<float>& W);
+  void AppendBlock(const Block& block);
 
   NCDataMatrix<float> x_;  ///< without the orthogonal components
   NCDataMatrix<float> y_;  ///< likewise

@@ -19,11 +19,4 @@ NCDataMatrix<float> WithoutScoresAlong(const NCDataMatrix<float>& table, const N
   return left;
 }
 
-NCDataMatrix<float> Without(const NCDataMatrix<float>& table, const NCDataMatrix<float>& T,
-                            const NCDataMatrix<float>& P) {
-  NCDataMatrix<float> left = table;
-  for (int a = 1; a <= T.SizeRows(); ++a) left.AddVprimV(T[a], P[a], -1.0F);
-  return left;
-}
-
 }  // namespace kalmia

@@ -12,8 +12,4 @@ NCDataMatrix<float> ScoresAlong(const NCDataMatrix<float>& table, const NCDataMa
 /// `table` less t away[a]' for the scores of ScoresAlong.
 NCDataMatrix<float> WithoutScoresAlong(const NCDataMatrix<float>& table, const NCDataMatrix<float>& along);
 
-/// `table` less the sum over the rows a of T of T[a] P[a]'.
-NCDataMatrix<float> Without(const NCDataMatrix<float>& table, const NCDataMatrix<float>& T,
-                            const NCDataMatrix<float>& P);
-
 }  // namespace kalmia
