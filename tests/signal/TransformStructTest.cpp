@@ -1,0 +1,318 @@
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <limits>
+#include <string>
+#include <vector>
+
+#include "signal/Transforms.h"
+
+namespace {
+
+using T = TransformE;
+
+constexpr float kInfinity = std::numeric_limits<float>::infinity();
+constexpr float kNaN = std::numeric_limits<float>::quiet_NaN();
+constexpr float kLargest = std::numeric_limits<float>::max();
+
+struct Outcome {
+  float cell;
+  int code;
+};
+
+Outcome Forward(const TransformStruct& transform, float x) {
+  const int code = transform.TransformValue(&x);
+  return {x, code};
+}
+
+Outcome Back(const TransformStruct& transform, float x) {
+  const int code = transform.BackTransformValue(&x);
+  return {x, code};
+}
+
+void ExpectDone(const Outcome& outcome, float cell) {
+  EXPECT_EQ(outcome.code, 1);
+  EXPECT_EQ(outcome.cell, cell);
+}
+
+void ExpectFailed(const Outcome& outcome) {
+  EXPECT_EQ(outcome.code, 2);
+  EXPECT_EQ(outcome.cell, -99.0F);
+}
+
+/// The result is computed in double, whose error is far below half a unit in the last place of the float that it is
+/// rounded to; so is that of the long double formula. Their floats differ by one unit at most, and hardly ever.
+void ExpectRounded(const Outcome& outcome, long double exact) {
+  EXPECT_EQ(outcome.code, 1);
+  EXPECT_LE(std::abs(outcome.cell - exact), 0x1p-23L * std::abs(exact)) << outcome.cell;
+}
+
+TEST(TransformStruct, IsNoneWithMissingConstantsAtFirst) {
+  const TransformStruct transform;
+  EXPECT_EQ(transform.GetTransform(), 1);
+  for (int i = 0; i < 4; ++i) EXPECT_EQ(transform.GetConstant(i), -99.0F);
+}
+
+TEST(TransformStruct, NumbersItsKindsAsTheyAreStored) {
+  EXPECT_EQ(T::TransformUndefined, 0);
+  EXPECT_EQ(T::TransformNone, 1);
+  EXPECT_EQ(T::TransformLinear, 2);
+  EXPECT_EQ(T::TransformLog, 3);
+  EXPECT_EQ(T::TransformNegLog, 4);
+  EXPECT_EQ(T::TransformLogit, 5);
+  EXPECT_EQ(T::TransformExp, 6);
+  EXPECT_EQ(T::TransformPower, 7);
+}
+
+TEST(TransformStruct, NamesKindsAndFormulasByTheLanguageTexts) {
+  const char* const names[] = {"", "None", "Linear", "Logarithm", "Negative logarithm", "Logit", "Exponential", "Power"};
+  const char* const formulas[] = {"", "", "a*x + b", "log10(a*x + b)", "-log10(a*x + b)", "log10((x - a)/(b - x))",
+                                  "e^(a*x + b)", "(a*x + b)^c"};
+  for (int type = 0; type < 8; ++type) {
+    EXPECT_STREQ(T::GetTransformName(T::Transform(type)), names[type]);
+    EXPECT_STREQ(T::GetFormula(T::Transform(type)), formulas[type]);
+    EXPECT_STREQ(NCTransform::GetTransformString(T::Transform(type)), names[type]);
+    EXPECT_STREQ(TransformOf(T::Transform(type), 1, 0).GetTransformName(), names[type]);
+  }
+  for (const int type : {-1, 8}) {
+    EXPECT_STREQ(T::GetTransformName(T::Transform(type)), "");
+    EXPECT_STREQ(T::GetFormula(T::Transform(type)), "");
+  }
+}
+
+TEST(TransformStruct, CopiesKindAndAllConstants) {
+  const TransformStruct original = TransformOf(T::TransformPower, 2, 3, 4, 1);
+  const TransformStruct fromPointer(&original);
+  const TransformStruct copy(original);
+  TransformStruct assigned;
+  assigned = original;
+  for (const TransformStruct* each : {&fromPointer, &copy, static_cast<const TransformStruct*>(&assigned)}) {
+    EXPECT_EQ(each->GetTransform(), T::TransformPower);
+    for (int i = 0; i < 4; ++i) EXPECT_EQ(each->GetConstants()[i], i + 1.0F);
+  }
+  assigned.GetConstants()[0] = 9;
+  EXPECT_EQ(original.GetConstant(0), 1.0F);
+}
+
+TEST(TransformStruct, IsEqualOnlyInKindAndAllFourConstants) {
+  const TransformStruct one = TransformOf(T::TransformLog, 2, 3, 4, 1);
+  TransformStruct other = one;
+  EXPECT_TRUE(one == other);
+  EXPECT_FALSE(one != other);
+  other.SetTransform(T::TransformNegLog);
+  EXPECT_TRUE(one != other);
+  for (int i = 0; i < 4; ++i) {
+    other = one;
+    other.SetConstant(i, 7);
+    EXPECT_FALSE(one == other) << "constant " << i;
+    EXPECT_TRUE(one != other) << "constant " << i;
+  }
+}
+
+TEST(TransformStruct, IsOrderedByKindThenByConstantsFromTheFirstOn) {
+  const std::vector<TransformStruct> ascending = {
+      TransformOf(T::TransformLinear, 9, 9, 9, 9), TransformOf(T::TransformLog, 9, 9, 9, 0),
+      TransformOf(T::TransformLog, 1, 9, 9, 1),    TransformOf(T::TransformLog, 2, 1, 9, 1),
+      TransformOf(T::TransformLog, 2, 2, 1, 1),    TransformOf(T::TransformLog, 2, 2, 2, 1)};
+  for (std::size_t i = 0; i < ascending.size(); ++i)
+    for (std::size_t j = 0; j < ascending.size(); ++j)
+      EXPECT_EQ(ascending[i] < ascending[j], i < j) << i << ", " << j;  // equal ones are not less either way
+}
+
+TEST(TransformStruct, FollowsItsFormulas) {
+  for (const float x : {0.013F, 0.7F, 1.9F, 3.2F, 4.5F}) {
+    const long double a = 2.5F, b = 0.3F, c = 1.7F, below = 0.01F, above = 5.1F, y = a * x + b;
+    ExpectRounded(Forward(TransformOf(T::TransformLinear, 2.5F, 0.3F), x), y);
+    ExpectRounded(Forward(TransformOf(T::TransformLog, 2.5F, 0.3F), x), std::log10(y));
+    ExpectRounded(Forward(TransformOf(T::TransformNegLog, 2.5F, 0.3F), x), -std::log10(y));
+    ExpectRounded(Forward(TransformOf(T::TransformExp, 2.5F, 0.3F), x), std::exp(y));
+    ExpectRounded(Forward(TransformOf(T::TransformPower, 2.5F, 0.3F, 1.7F), x), std::pow(y, c));
+    ExpectRounded(Forward(TransformOf(T::TransformLogit, 0.01F, 5.1F), x),
+                  std::log10((x - below) / (above - x)));
+  }
+}
+
+TEST(TransformStruct, FollowsTheInverseFormulas) {
+  for (const float x : {-1.3F, -0.2F, 0.4F, 1.9F}) {
+    const long double a = 2.5F, b = 0.3F, below = 0.01F, above = 5.1F, p = std::pow(10.0L, x);
+    ExpectRounded(Back(TransformOf(T::TransformLinear, 2.5F, 0.3F), x), (x - b) / a);
+    ExpectRounded(Back(TransformOf(T::TransformLog, 2.5F, 0.3F), x), (p - b) / a);
+    ExpectRounded(Back(TransformOf(T::TransformNegLog, 2.5F, 0.3F), x), (std::pow(10.0L, -x) - b) / a);
+    ExpectRounded(Back(TransformOf(T::TransformLogit, 0.01F, 5.1F), x), (above * p + below) / (p + 1));
+  }
+  for (const float x : {0.2F, 0.9F, 1.9F, 40.0F}) {
+    const long double a = 2.5F, b = 0.3F, c = 1.7F, y = x;
+    ExpectRounded(Back(TransformOf(T::TransformPower, 2.5F, 0.3F, 1.7F), x), (std::pow(y, 1 / c) - b) / a);
+    const float logarithm = static_cast<float>(std::log(double{x}));
+    ExpectRounded(Back(TransformOf(T::TransformExp, 2.5F, 0.3F), x), (logarithm - b) / a);
+  }
+}
+
+TEST(TransformStruct, RoundsTheLogarithmOfAnInverseExponentialToFloat) {
+  const float x = 3.0F;
+  const double a = 0x1p-23, b = std::log(3.0F);  // what is left of ln(x) - b is the rounding of either to float
+  const Outcome outcome = Back(TransformOf(T::TransformExp, static_cast<float>(a), static_cast<float>(b)), x);
+  ExpectDone(outcome, 0.0F);
+}
+
+TEST(TransformStruct, ComesBackFromWhereItWent) {
+  // Two roundings to float, of y (|dx/dy| |y| 2^-24 of x: at most 7 2^-24 here, that of the logarithm at 3.2) and of the
+  // result (less than 2 2^-24), and that of ln(x) in the inverse exponential (1.9 / 0.5 2^-24).
+  const TransformStruct transforms[] = {TransformOf(T::TransformLinear, 2.5F, 0.3F),
+                                        TransformOf(T::TransformLog, 2.5F, 0.3F),
+                                        TransformOf(T::TransformNegLog, 2.5F, 0.3F),
+                                        TransformOf(T::TransformLogit, -1.0F, 5.0F),
+                                        TransformOf(T::TransformExp, 0.5F, 0.3F),
+                                        TransformOf(T::TransformPower, 2.5F, 0.3F, 1.7F)};
+  for (const TransformStruct& transform : transforms)
+    for (const float x : {0.013F, 0.7F, 1.9F, 3.2F}) {
+      const Outcome there = Forward(transform, x);
+      const Outcome back = Back(transform, there.cell);
+      EXPECT_EQ(there.code, 1);
+      EXPECT_EQ(back.code, 1);
+      EXPECT_NEAR(back.cell, x, 9 * 0x1p-24) << transform.GetTransformName();
+    }
+}
+
+TEST(TransformStruct, LeavesAMissingCellAndReportsNothing) {
+  for (int type = 0; type <= 7; ++type) {
+    const TransformStruct transform = TransformOf(T::Transform(type), 0, 0, 0);
+    ExpectDone(Forward(transform, -99), -99);
+    ExpectDone(Back(transform, -99), -99);
+  }
+}
+
+TEST(TransformStruct, ChangesNothingWithAKindThatDoesNothing) {
+  for (const int type : {0, 1, -1, 8, 70000})
+    for (const float x : {-3.0F, 0.0F, 5.0F, kInfinity}) {
+      ExpectDone(Forward(TransformOf(T::Transform(type), 2, 3, 4), x), x);
+      ExpectDone(Back(TransformOf(T::Transform(type), 2, 3, 4), x), x);
+    }
+}
+
+TEST(TransformStruct, ReadsConstantZeroInNoFormula) {
+  for (int type = 2; type <= 7; ++type)
+    for (const float unread : {0.0F, 5.0F, kNaN}) {
+      EXPECT_EQ(Forward(TransformOf(T::Transform(type), 1, 4, 2, unread), 2).cell,
+                Forward(TransformOf(T::Transform(type), 1, 4, 2), 2).cell);
+      EXPECT_EQ(Back(TransformOf(T::Transform(type), 1, 4, 2, unread), 2).cell,
+                Back(TransformOf(T::Transform(type), 1, 4, 2), 2).cell);
+    }
+}
+
+TEST(TransformStruct, HasNoLogarithmOfZeroAndBelow) {
+  for (const T::Transform type : {T::TransformLog, T::TransformNegLog}) {
+    ExpectFailed(Forward(TransformOf(type, 2, -4), 2));   // log10(0) is infinite
+    ExpectFailed(Forward(TransformOf(type, 2, -4), 1));   // log10(-2) is no number
+    ExpectFailed(Forward(TransformOf(type, 1, 0), kNaN));
+    ExpectFailed(Forward(TransformOf(type, 1, 0), kInfinity));
+  }
+}
+
+TEST(TransformStruct, TakesTheNegativeLogarithmOfOneToMinusZero) {
+  const Outcome outcome = Forward(TransformOf(T::TransformNegLog, 1, 0), 1);
+  ExpectDone(outcome, 0);
+  EXPECT_TRUE(std::signbit(outcome.cell));
+  EXPECT_FALSE(std::signbit(Forward(TransformOf(T::TransformLog, 1, 0), 1).cell));
+}
+
+TEST(TransformStruct, DoesNotCatchALinearResultBeyondTheFloats) {
+  ExpectDone(Forward(TransformOf(T::TransformLinear, 4, 0), kLargest), kInfinity);
+  ExpectDone(Forward(TransformOf(T::TransformLinear, -4, 0), kLargest), -kInfinity);
+  ExpectDone(Back(TransformOf(T::TransformLinear, 0.25F, 0), kLargest), kInfinity);
+}
+
+TEST(TransformStruct, MakesALinearResultOfMinusNinetyNineAHole) {
+  ExpectDone(Forward(TransformOf(T::TransformLinear, 1, -100), 1), -99);
+}
+
+TEST(TransformStruct, HasNoLogitAtOrOutsideItsLimits) {
+  const TransformStruct logit = TransformOf(T::TransformLogit, 1, 5);
+  ExpectFailed(Forward(logit, 5));  // x = b: no quotient
+  ExpectFailed(Forward(logit, 1));  // x = a: log10(0)
+  ExpectFailed(Forward(logit, 6));
+  ExpectFailed(Forward(logit, 0));
+  ExpectDone(Forward(logit, 3), 0);
+}
+
+TEST(TransformStruct, TestsTheRangeOfExponentialsAsDoubles) {
+  const TransformStruct exponential = TransformOf(T::TransformExp, 1, 0);
+  ExpectRounded(Forward(exponential, 88.7F), std::exp(static_cast<long double>(88.7F)));
+  ExpectFailed(Forward(exponential, 88.8F));    // beyond the largest float
+  ExpectFailed(Forward(exponential, 800));      // infinite
+  ExpectFailed(Forward(exponential, -740));     // a denormal double
+  ExpectDone(Forward(exponential, -800), 0);    // 0 is in range
+  const Outcome small = Forward(exponential, -95);
+  ExpectDone(small, static_cast<float>(std::exp(-95.0)));  // a normal double, denormal only as a float
+  EXPECT_GT(small.cell, 0);
+  EXPECT_LT(small.cell, std::numeric_limits<float>::min());
+}
+
+TEST(TransformStruct, TestsTheRangeOfPowers) {
+  ExpectFailed(Forward(TransformOf(T::TransformPower, 1, 0, 0.5F), -1));  // no number
+  ExpectFailed(Forward(TransformOf(T::TransformPower, 1, 0, -1), 0));     // infinite
+  ExpectFailed(Forward(TransformOf(T::TransformPower, 1, 0, 2), 1e30F));  // beyond the floats
+  ExpectFailed(Forward(TransformOf(T::TransformPower, 1, 0, 9), 1e-35F)); // 1e-315, a denormal double
+  ExpectDone(Forward(TransformOf(T::TransformPower, 1, 0, 2), -3), 9);
+  ExpectDone(Forward(TransformOf(T::TransformPower, 1, 0, 0), 0), 1);
+}
+
+TEST(TransformStruct, LetsTheLargestFloatPassAndNothingBeyond) {
+  const TransformStruct same = TransformOf(T::TransformPower, 1, 0, 1);
+  ExpectDone(Forward(same, kLargest), kLargest);
+  ExpectDone(Forward(same, -kLargest), -kLargest);
+  // The next double above the largest float would still be rounded down to it.
+  const TransformStruct larger = TransformOf(T::TransformPower, 1, 0x1p76F, 1);
+  ExpectFailed(Forward(larger, kLargest));
+}
+
+TEST(TransformStruct, LeavesTheCellWhereALinearInverseHasNoSlope) {
+  const Outcome outcome = Back(TransformOf(T::TransformLinear, 0, 3), 7);
+  EXPECT_EQ(outcome.code, 2);
+  EXPECT_EQ(outcome.cell, 7);
+}
+
+TEST(TransformStruct, HasNoInverseWithoutASlope) {
+  for (const T::Transform type : {T::TransformLog, T::TransformNegLog, T::TransformExp, T::TransformPower})
+    for (const float x : {1.0F, 2.0F}) ExpectFailed(Back(TransformOf(type, 0, 3, 2), x));
+}
+
+TEST(TransformStruct, TestsTheRangeOfInverseLogarithms) {
+  for (const int sign : {1, -1}) {
+    const T::Transform type = sign > 0 ? T::TransformLog : T::TransformNegLog;
+    ExpectFailed(Back(TransformOf(type, 1, 0), kNaN));
+    ExpectFailed(Back(TransformOf(type, 1, 0), sign * 39.0F));   // 1e39 is no float
+    ExpectFailed(Back(TransformOf(type, 1, 0), sign * 400.0F));  // infinite
+    ExpectFailed(Back(TransformOf(type, 1, 0), sign * -310.0F)); // a denormal double
+    ExpectDone(Back(TransformOf(type, 1, 0), sign * -400.0F), 0);
+    ExpectDone(Back(TransformOf(type, 1, -1), sign * -310.0F), 1);  // only the result is asked for its range
+  }
+}
+
+TEST(TransformStruct, TestsTheInverseLogit) {
+  const TransformStruct logit = TransformOf(T::TransformLogit, 1, 5);
+  ExpectFailed(Back(logit, 400));  // 10^x is infinite
+  ExpectFailed(Back(logit, kNaN));
+  ExpectDone(Back(logit, -400), 1);
+  ExpectDone(Back(logit, 0), 3);
+  ExpectFailed(Back(TransformOf(T::TransformLogit, 1e-38F, 0), 275));  // 1e-313, a denormal double
+}
+
+TEST(TransformStruct, TestsTheInverseExponential) {
+  const TransformStruct exponential = TransformOf(T::TransformExp, 2, 0);
+  ExpectFailed(Back(exponential, 0));
+  ExpectFailed(Back(exponential, -1));
+  ExpectFailed(Back(exponential, kInfinity));
+  ExpectDone(Back(exponential, 1), 0);
+  ExpectFailed(Back(TransformOf(T::TransformExp, 1e-38F, 0), 1e5F));  // ln(x) / a beyond the floats
+}
+
+TEST(TransformStruct, TestsTheRootButNotTheResultOfAnInversePower) {
+  ExpectFailed(Back(TransformOf(T::TransformPower, 1, 0, 2), -1));          // no root
+  ExpectFailed(Back(TransformOf(T::TransformPower, 1, 0, -1), 0));          // infinite
+  ExpectFailed(Back(TransformOf(T::TransformPower, 1, 0, 0), 2));           // 2^(1 / 0)
+  ExpectDone(Back(TransformOf(T::TransformPower, 1, 0, 0), 0.5F), 0);       // 0.5^(1 / 0)
+  ExpectDone(Back(TransformOf(T::TransformPower, 1e-30F, 0, 1), 1e30F), kInfinity);
+}
+
+}  // namespace
