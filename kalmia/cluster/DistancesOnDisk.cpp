@@ -99,10 +99,13 @@ std::unique_ptr<MegaDistances> DistancesOnDisk(const NCDataMatrix<float>& data, 
   bar.SetRange(0, 2);
   bar.PushSubRange(0, 1);
   auto store = std::make_unique<MegaDistances>(memory, progress, static_cast<unsigned>(pairs));
-  std::vector<DistanceAndIndex> row(static_cast<std::size_t>(rows));
-  for (int a = 1; a < rows; ++a) {
-    DendroGram::CalculateRowDistances(DendroGram::RowDistanceEuclidean, data, a, a + 1, rows, row.data());
-    for (int k = 0; k < rows - a; ++k) store->AddDistance(row[static_cast<std::size_t>(k)]);
+  using DendroGram::RowDistances;
+  const RowDistances distances(DendroGram::RowDistanceEuclidean, data);
+  std::vector<DistanceAndIndex> some(static_cast<std::size_t>(rows) * RowDistances::kRowsAtOnce);
+  for (int a = 1; a < rows; a += RowDistances::kRowsAtOnce) {
+    const DistanceAndIndex* const end =
+        distances.Calculate(a, std::min(RowDistances::kRowsAtOnce, rows - a), some.data());
+    for (const DistanceAndIndex* pair = some.data(); pair != end; ++pair) store->AddDistance(*pair);
   }
   bar.PopSubRange();
   bar.PushSubRange(1, 2);

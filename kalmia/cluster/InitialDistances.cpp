@@ -2,15 +2,17 @@
 
 #include <algorithm>
 #include <boost/thread.hpp>
-#include <limits>
+#include <cmath>
+#include <cstddef>
 
+#include "kalmia/cluster/PairSort.h"
 #include "kalmia/cluster/StoppableProgress.h"
-#include "kalmia/containers/Missing.h"
 #include "kalmia/kernels/FirstFailure.h"
 #include "kalmia/kernels/ThreadingControl.h"
 #include "kalmia/support/AvailableMemory.h"
 
 using kalmia::StoppableProgress;
+using kalmia::simd::kTileRows;
 
 namespace DendroGram {
 
@@ -27,40 +29,17 @@ CString NoMemoryText(int rows) {
   return text;
 }
 
-template <ElementFunction element, FinishFunction finish>
-float Distance(const float* a, const float* b, int columns) {
-  constexpr float kHole = kalmia::kMissingCell<float>;
-  double sum = 0;
-  std::uint64_t common = 0;
-  for (int c = 1; c <= columns; ++c) {
-    if (a[c] == kHole || b[c] == kHole) continue;
-    sum += static_cast<double>(element(a[c], b[c]));
-    ++common;
-  }
-  return finish(static_cast<float>(sum * (columns / static_cast<double>(common))));
-}
-
-template <ElementFunction element, FinishFunction finish>
-void RowDistances(const NCDataMatrix<float>& data, int a, int first, int last, DistanceAndIndex* pairs) {
-  const float* const row = data[a].GetVector();
-  for (int b = first; b <= last; ++b)
-    *pairs++ = {Distance<element, finish>(row, data[b].GetVector(), data.SizeColumns()), a, b};
-}
-
 /// The pairs of the rows first to last with all later rows, on one thread.
 struct InitDistancesThreadClass {
-  RowDistance kind;
-  const NCDataMatrix<float>& data;
+  const RowDistances& distances;
   int first;
   int last;
   DistanceAndIndex* pairs;
 
   int operator()() const {
     DistanceAndIndex* at = pairs;
-    for (int a = first; a <= last; ++a) {
-      CalculateRowDistances(kind, data, a, a + 1, data.SizeRows(), at);
-      at += data.SizeRows() - a;
-    }
+    for (int a = first; a <= last; a += RowDistances::kRowsAtOnce)
+      at = distances.Calculate(a, std::min(RowDistances::kRowsAtOnce, last - a + 1), at);
     return last - first + 1;
   }
 };
@@ -79,6 +58,7 @@ void FillList(const NCDataMatrix<float>& data, RowDistance kind, std::vector<Dis
   const std::int64_t rows = data.SizeRows();
   const int processors = ThreadingControl::IsThreadingOn() ? ThreadingControl::GetNumberOfProcessors() : 1;
   const std::vector<int> ends = SplitRowsForThreads(std::max(1, processors), data.SizeRows());
+  const RowDistances distances(kind, data);
   kalmia::FirstFailure failure;
   ThreadGroup threads;
   threads.reserve(ends.size());
@@ -86,7 +66,7 @@ void FillList(const NCDataMatrix<float>& data, RowDistance kind, std::vector<Dis
   for (const int end : ends) {
     if (end <= first) continue;
     const std::int64_t offset = (first - 1) * rows - std::int64_t{first} * (first - 1) / 2;
-    const InitDistancesThreadClass work = {kind, data, first, end - 1, list.data() + offset};
+    const InitDistancesThreadClass work = {distances, first, end - 1, list.data() + offset};
     if (end == ends.back())
       failure.Run(work);  // the calling thread takes the last share
     else
@@ -101,14 +81,61 @@ void FillList(const NCDataMatrix<float>& data, RowDistance kind, std::vector<Dis
 
 void SetMaximumPairsInMemory(std::uint64_t pairs) { maximumPairs = pairs; }
 
-void CalculateRowDistances(RowDistance kind, const NCDataMatrix<float>& data, int a, int first, int last,
-                           DistanceAndIndex* pairs) {
-  if (kind == RowDistanceEuclidean)
-    RowDistances<SquaredDifference, SquareRootOfDistance>(data, a, first, last, pairs);
-  else if (kind == RowDistanceWard)
-    RowDistances<HalfSquaredDifference, Unchanged>(data, a, first, last, pairs);
-  else
-    RowDistances<HalfSquaredDifference, SquareRootOfDistance>(data, a, first, last, pairs);
+RowDistances::RowDistances(RowDistance kind, const NCDataMatrix<float>& data) : kind_(kind), data_(data) {
+  const int rows = data.SizeRows(), columns = data.SizeColumns(), tiles = (rows + kTileRows - 1) / kTileRows;
+  tiles_.resize(static_cast<std::size_t>(tiles) * kTileRows * static_cast<std::size_t>(columns));
+  hasHoles_.resize(static_cast<std::size_t>(tiles));
+  for (int r = 0; r < rows; ++r) {
+    const int tile = r / kTileRows;
+    if (data[r + 1].GetNumMisVal() > 0) hasHoles_[static_cast<std::size_t>(tile)] = true;
+    float* const cells = tiles_.data() + (TileCells(tile) - tiles_.data()) + r % kTileRows;
+    const float* const row = data[r + 1].begin();
+    for (int c = 0; c < columns; ++c) cells[std::ptrdiff_t{c} * kTileRows] = row[c];
+  }
+}
+
+const float* RowDistances::TileCells(int tile) const {
+  return tiles_.data() + std::ptrdiff_t{tile} * kTileRows * data_.SizeColumns();
+}
+
+/// distances[r * kTileRows + l] is that of rows[r] and row l of the tile.
+void RowDistances::CalculateTile(const float* const* rows, int count, bool holesInRows, int tile,
+                                 float* distances) const {
+  using kalmia::simd::Square;
+  const Square square = kind_ == RowDistanceEuclidean ? Square::Whole : Square::Half;
+  const int columns = data_.SizeColumns(), n = count * kTileRows;
+  double sums[kRowsAtOnce * kTileRows], common[kRowsAtOnce * kTileRows];
+  if (holesInRows || hasHoles_[static_cast<std::size_t>(tile)]) {
+    kalmia::simd::SquareSumsMasked(square, rows, count, TileCells(tile), columns, sums, common);
+    for (int k = 0; k < n; ++k) distances[k] = static_cast<float>(sums[k] * (columns / common[k]));
+  } else {
+    kalmia::simd::SquareSums(square, rows, count, TileCells(tile), columns, sums);
+    for (int k = 0; k < n; ++k) distances[k] = static_cast<float>(sums[k]);
+  }
+  if (kind_ == RowDistanceWard) return;
+  for (int k = 0; k < n; ++k) distances[k] = std::sqrt(distances[k]);
+}
+
+DistanceAndIndex* RowDistances::Calculate(int a, int count, DistanceAndIndex* pairs) const {
+  const int rows = data_.SizeRows();
+  const float* cells[kRowsAtOnce] = {};
+  DistanceAndIndex* to[kRowsAtOnce] = {};
+  bool holes = false;
+  for (int r = 0; r < count; ++r) {
+    cells[r] = data_[a + r].begin();
+    holes = holes || data_[a + r].GetNumMisVal() > 0;
+    to[r] = pairs;
+    pairs += rows - a - r;
+  }
+  float distances[kRowsAtOnce * kTileRows];
+  for (int tile = a / kTileRows; tile * kTileRows < rows; ++tile) {
+    CalculateTile(cells, count, holes, tile, distances);
+    const int begin = tile * kTileRows + 1, end = std::min(begin + kTileRows, rows + 1);  // rows of the tile
+    for (int r = 0; r < count; ++r)
+      for (int b = std::max(begin, a + r + 1); b < end; ++b)
+        *to[r]++ = {distances[r * kTileRows + b - begin], a + r, b};
+  }
+  return pairs;
 }
 
 std::vector<int> SplitRowsForThreads(int threads, int rows) {
@@ -158,10 +185,10 @@ void CalculateInitialDistances(const NCDataMatrix<float>& data, NCProgress* prog
   if (bar) {
     std::sort(list.begin(), list.end(), [&bar](const DistanceAndIndex& a, const DistanceAndIndex& b) {
       bar.Poll();
-      return kalmia::IsFartherPair(a, b);
+      return kalmia::ComesBefore(a, b);
     });
   } else {
-    std::sort(list.begin(), list.end(), kalmia::IsFartherPair);
+    kalmia::SortPairs(list.data(), list.size());
   }
   bar.SetValue(3);
 }

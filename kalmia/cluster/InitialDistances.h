@@ -1,62 +1,58 @@
 #pragma once
 
-#include <cmath>
 #include <cstdint>
 #include <vector>
 
 #include "kalmia/cluster/ClusterDistanceCalculator.h"
+#include "kalmia/kernels/simd/SquareSums.h"
 
 namespace DendroGram {
 
-/// What one column adds to a distance, and what makes the distance of the sum.
-using ElementFunction = float (*)(float, float);
-using FinishFunction = float (*)(float);
-
-/// The difference is squared in double, and rounded to float before it is added to anything.
-inline float SquaredDifference(float a, float b) {
-  const double difference = static_cast<double>(a) - b;
-  return static_cast<float>(difference * difference);
-}
-inline float HalfSquaredDifference(float a, float b) {
-  const double difference = static_cast<double>(a) - b;
-  return static_cast<float>(difference * difference / 2);
-}
-inline float Unchanged(float distance) { return distance; }
-inline float SquareRootOfDistance(float distance) { return std::sqrt(distance); }
-
-/// The kinds of distance of two rows: for m common present columns of K,  finish(float(sum(element(a, b)) * (K / m))).
-/// Without a common column it is no number.
+/// The kinds of distance of two rows: for m common present columns of K, the sum of their squared differences times
+/// K / m. Each square is formed in double and rounded to float before it is added in double, the scaled sum is rounded
+/// to float, and the root, where one is taken, is that of the float. Without a common column it is no number.
 enum RowDistance {
-  RowDistanceEuclidean,        ///< SquaredDifference, SquareRootOfDistance
-  RowDistanceWard,             ///< HalfSquaredDifference, Unchanged
-  RowDistanceWardSquareRoot,   ///< HalfSquaredDifference, SquareRootOfDistance
+  RowDistanceEuclidean,       ///< the root of the sum
+  RowDistanceWard,            ///< the sum of the halves of the squares
+  RowDistanceWardSquareRoot,  ///< the root of that
 };
 
-/// The distances of row `a` to the rows first, ..., last of the table, from 1, into `pairs`, one behind the other, with
-/// a as `i`.
-void CalculateRowDistances(RowDistance kind, const NCDataMatrix<float>& data, int a, int first, int last,
-                           DistanceAndIndex* pairs);
+/// The distances of the rows of a table, of which it keeps a copy for that: sixteen rows side by side, column by
+/// column, so that a row's distances to all of them are computed together. Safe to use concurrently.
+class RowDistances {
+ public:
+  static constexpr int kRowsAtOnce = kalmia::simd::kRowsBesideTile;
+
+  RowDistances(RowDistance kind, const NCDataMatrix<float>& data);
+
+  /// The pairs of the rows a, ..., a + count - 1, from 1, with all later rows, one behind the other: those of row a
+  /// first, with a as `i`. count <= kRowsAtOnce. Returns the end of what it wrote.
+  DistanceAndIndex* Calculate(int a, int count, DistanceAndIndex* pairs) const;
+
+ private:
+  void CalculateTile(const float* const* rows, int count, bool holesInRows, int tile, float* distances) const;
+  const float* TileCells(int tile) const;
+
+  RowDistance kind_;
+  NCDataMatrix<float> data_;
+  std::vector<float> tiles_;     ///< tile by tile; rows beyond the last are zero
+  std::vector<bool> hasHoles_;   ///< of each tile
+};
 
 /// Rows that share the pairs (a, b), a < b <= rows, about equally among `threads` threads: rising boundaries; the rows
 /// of a thread begin at the boundary before, the first one's at 1, and end in front of its own. The last one is `rows`.
 std::vector<int> SplitRowsForThreads(int threads, int rows);
 
-/// Makes `list` the pairs of all rows, sorted by descending distance, a NaN in front of every number. The distances are
-/// computed by as many threads as ThreadingControl has processors. Throws ClusterAllocationError if the list does not
-/// fit in memory, and NCError with the same text for more than 65535 rows; NCError "Cluster analysis aborted." where
-/// the user stops, which can be during the sort.
+/// Makes `list` the pairs of all rows, sorted by descending distance, a NaN in front of every number, equal distances
+/// as their rows come. They are computed by as many threads as ThreadingControl has processors. Throws
+/// ClusterAllocationError if the list does not fit in memory, and NCError with the same text for more than 65535 rows;
+/// NCError "Cluster analysis aborted." where the user stops, which can be during the sort.
 void CalculateInitialDistances(const NCDataMatrix<float>& data, NCProgress* progress,
                                std::vector<DistanceAndIndex>& list, RowDistance kind);
 
 }  // namespace DendroGram
 
 namespace kalmia {
-
-/// The order of the list: descending, a NaN in front of every number, so that it is taken last.
-inline bool IsFarther(float a, float b) { return std::isnan(a) ? !std::isnan(b) : a > b; }
-inline bool IsFartherPair(const DendroGram::DistanceAndIndex& a, const DendroGram::DistanceAndIndex& b) {
-  return IsFarther(a.distance, b.distance);
-}
 
 /// Number of pairs of so many rows.
 inline std::int64_t PairCount(std::int64_t rows) { return rows * (rows - 1) / 2; }

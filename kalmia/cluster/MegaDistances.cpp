@@ -6,7 +6,7 @@
 #include <functional>
 #include <limits>
 
-#include "kalmia/cluster/InitialDistances.h"
+#include "kalmia/cluster/PairSort.h"
 #include "kalmia/cluster/StoppableProgress.h"
 #include "kalmia/statistics/Sta.h"
 #include "kalmia/support/TempFile.h"
@@ -213,7 +213,7 @@ void MegaDistances::LoadNextSegment() {
   file.count -= n;
   if (file.count == 0) segments_.pop_back();
   bar.SetText("Sorting");
-  std::sort(buffer_.begin(), buffer_.end(), kalmia::IsFartherPair);
+  kalmia::SortPairs(buffer_.data(), buffer_.size());
   bar.SetText("Merging clusters");
 }
 

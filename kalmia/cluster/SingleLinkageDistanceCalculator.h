@@ -12,7 +12,8 @@ class MegaDistances;
 /// Single linkage: the distance of two clusters is that of their nearest two rows, the root of the sum of squared
 /// differences, scaled from the m columns that both rows have to all K by the factor K / m under the root. The pairs
 /// are walked by rising distance, so that the merges are those of a minimum spanning tree (Kruskal 1956, Proc. AMS 7,
-/// 48-50). Heights never fall. Which of several equal distances comes first is not defined.
+/// 48-50). Heights never fall. Of equal distances that of the latest rows is taken first; where the pairs lie
+/// on disk, any.
 /// Memory: 12 bytes for each pair of rows. Where that is not there the pairs go to temporary files, which are gone with
 /// the calculator; the user is told through UserComm, and asked where the disk is too small.
 /// Cost: the sort of the pairs; each merge is linear in the number of rows.

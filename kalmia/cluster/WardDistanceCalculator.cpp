@@ -7,6 +7,7 @@
 #include <limits>
 
 #include "kalmia/cluster/InitialDistances.h"
+#include "kalmia/cluster/PairSort.h"
 #include "kalmia/containers/Missing.h"
 #include "kalmia/kernels/Team.h"
 
@@ -95,7 +96,7 @@ void WardDistanceCalculator::RepairTail() {
   std::size_t front = distances_.size();
   while (front > 0 && distances_[front - 1].distance < 0) UpdateDistance(distances_[--front]);
   const auto tail = distances_.begin() + static_cast<std::ptrdiff_t>(front);
-  std::sort(tail, distances_.end(), kalmia::IsFartherPair);
+  std::stable_sort(tail, distances_.end(), kalmia::IsFartherPair);
   if (front == 0) return;
   const float limit = distances_[front - 1].distance;
   const auto end = std::partition_point(tail, distances_.end(), [limit](const DistanceAndIndex& entry) {

@@ -7,6 +7,7 @@
 #include <memory>
 
 #include "cluster/PlainClustering.h"
+#include "kalmia/cluster/PairSort.h"
 #include "kalmia/kernels/ThreadingControl.h"
 #include "testing/RandomTables.h"
 #include "testing/RecordingProgress.h"
@@ -17,6 +18,9 @@ namespace {
 using DendroGram::ClusterAllocationError;
 using DendroGram::DistanceAndIndex;
 using Pairs = std::vector<DistanceAndIndex>;
+
+constexpr DendroGram::RowDistance kKinds[] = {DendroGram::RowDistanceEuclidean, DendroGram::RowDistanceWard,
+                                              DendroGram::RowDistanceWardSquareRoot};
 
 /// Caps the pairs for the length of a scope.
 struct MaximumPairs {
@@ -30,12 +34,11 @@ TEST(InitialDistances, AreThoseOfEachPairByItself) {
     for (const int threads : {1, 2, 5}) {
       const Threads team(threads);
       const NCDataMatrix<float> table = RandomMatrix<float>(41, 9, holes, 4);
-      for (const auto kind : {DendroGram::RowDistanceEuclidean, DendroGram::RowDistanceWard,
-                              DendroGram::RowDistanceWardSquareRoot}) {
+      for (const auto kind : kKinds) {
         Pairs pairs;
         DendroGram::CalculateInitialDistances(table, nullptr, pairs, kind);
         ASSERT_EQ(pairs.size(), 41U * 40 / 2);
-        EXPECT_TRUE(std::is_sorted(pairs.begin(), pairs.end(), kalmia::IsFartherPair));
+        EXPECT_TRUE(std::is_sorted(pairs.begin(), pairs.end(), kalmia::ComesBefore));
         std::vector<bool> met(42 * 42, false);
         for (const DistanceAndIndex& pair : pairs) {
           ASSERT_LT(pair.i, pair.j);
@@ -48,24 +51,53 @@ TEST(InitialDistances, AreThoseOfEachPairByItself) {
     }
 }
 
+/// The distance of the first two rows, and of no others.
+float DistanceOfTwo(DendroGram::RowDistance kind, const NCDataMatrix<float>& table) {
+  DistanceAndIndex pair = {0, 0, 0};
+  DistanceAndIndex* const end = DendroGram::RowDistances(kind, table).Calculate(1, 1, &pair);
+  EXPECT_EQ(end, &pair + 1);
+  EXPECT_EQ(pair.i, 1);
+  EXPECT_EQ(pair.j, 2);
+  return pair.distance;
+}
+
 TEST(InitialDistances, ScaleFromTheCommonColumnsToAll) {
   const float hole = kHole<float>;
   const NCDataMatrix<float> table = MatrixOf<float>({{1, 2, hole, 4}, {4, hole, 7, 8}});
-  DistanceAndIndex pair = {0, 0, 0};
   // Columns 1 and 4 of 4: 9 + 16, times 2.
-  DendroGram::CalculateRowDistances(DendroGram::RowDistanceWard, table, 1, 2, 2, &pair);
-  EXPECT_EQ(pair.distance, 25.0F);
-  DendroGram::CalculateRowDistances(DendroGram::RowDistanceEuclidean, table, 1, 2, 2, &pair);
-  EXPECT_EQ(pair.distance, std::sqrt(50.0F));
+  EXPECT_EQ(DistanceOfTwo(DendroGram::RowDistanceWard, table), 25.0F);
+  EXPECT_EQ(DistanceOfTwo(DendroGram::RowDistanceEuclidean, table), std::sqrt(50.0F));
+}
+
+TEST(InitialDistances, OfRowsWithoutACommonColumnAreNoNumbers) {
+  const float hole = kHole<float>;
+  const NCDataMatrix<float> table = MatrixOf<float>({{1, hole}, {hole, 4}});
+  for (const auto kind : kKinds) EXPECT_TRUE(std::isnan(DistanceOfTwo(kind, table)));
 }
 
 TEST(InitialDistances, EachSquareIsRoundedToFloatBeforeItIsAdded) {
-  EXPECT_EQ(DendroGram::SquaredDifference(4097, 0), 16785408.0F);  // 4097^2 = 16785409 has 25 bits
-  EXPECT_EQ(DendroGram::HalfSquaredDifference(4097, 0), 8392704.0F);  // half of it ends in .5: to even
   const NCDataMatrix<float> table = MatrixOf<float>({{4097, 4097}, {0, 0}});
-  DistanceAndIndex pair = {0, 0, 0};
-  DendroGram::CalculateRowDistances(DendroGram::RowDistanceWard, table, 1, 2, 2, &pair);
-  EXPECT_EQ(pair.distance, 16785408.0F);
+  // 4097^2 = 16785409 has 25 bits and becomes 16785408; half of it ends in .5, which rounds to the even 8392704.
+  EXPECT_EQ(DistanceOfTwo(DendroGram::RowDistanceEuclidean, table), std::sqrt(33570816.0F));
+  EXPECT_EQ(DistanceOfTwo(DendroGram::RowDistanceWard, table), 16785408.0F);
+}
+
+TEST(InitialDistances, OfSeveralRowsComeOneRowBehindTheOther) {
+  const NCDataMatrix<float> table = RandomMatrix<float>(37, 5, 0.1, 2);
+  const DendroGram::RowDistances distances(DendroGram::RowDistanceEuclidean, table);
+  for (int a = 1; a < 37; ++a)
+    for (int count = 1; count <= std::min(4, 37 - a); ++count) {
+      Pairs pairs(4 * 36);
+      const DistanceAndIndex* pair = pairs.data();
+      const DistanceAndIndex* const end = distances.Calculate(a, count, pairs.data());
+      for (int i = a; i < a + count; ++i)
+        for (int j = i + 1; j <= 37; ++j, ++pair) {
+          EXPECT_EQ(pair->i, i);
+          EXPECT_EQ(pair->j, j);
+          EXPECT_EQ(pair->distance, PlainDistance(table, i, j, false, true));
+        }
+      EXPECT_EQ(pair, end);
+    }
 }
 
 TEST(SplitRowsForThreads, SharesThePairsAboutEqually) {

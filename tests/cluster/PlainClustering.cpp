@@ -108,7 +108,7 @@ std::vector<PlainMerge> PlainWard(const NCDataMatrix<float>& data, bool root, in
     for (int b = a + 1; b <= data.SizeRows(); ++b)
       list.push_back({PlainDistance(data, a, b, true, root), a - 1, b - 1});
   }
-  std::sort(list.begin(), list.end(), Falling);
+  std::stable_sort(list.begin(), list.end(), Falling);
   const auto computed = [&](const Entry& entry) {
     const float d =
         Increase(data, clusters[static_cast<std::size_t>(entry.a)], clusters[static_cast<std::size_t>(entry.b)]);
@@ -122,7 +122,7 @@ std::vector<PlainMerge> PlainWard(const NCDataMatrix<float>& data, bool root, in
         --tail;
         list[tail].distance = computed(list[tail]);
       }
-      std::sort(list.begin() + static_cast<std::ptrdiff_t>(tail), list.end(), Falling);
+      std::stable_sort(list.begin() + static_cast<std::ptrdiff_t>(tail), list.end(), Falling);
       const float limit = tail > 0 ? list[tail - 1].distance : std::numeric_limits<float>::max();
       std::vector<Entry> above;
       while (tail > 0 && tail < list.size() && list[tail].distance > limit) {

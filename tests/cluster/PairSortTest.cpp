@@ -1,0 +1,74 @@
+#include "kalmia/cluster/PairSort.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <limits>
+#include <random>
+#include <vector>
+
+#include "testing/Threads.h"
+
+namespace {
+
+using DendroGram::DistanceAndIndex;
+using Pairs = std::vector<DistanceAndIndex>;
+
+constexpr float kInfinity = std::numeric_limits<float>::infinity();
+constexpr float kNaN = std::numeric_limits<float>::quiet_NaN();
+
+bool SamePairs(const Pairs& a, const Pairs& b) {
+  return std::equal(a.begin(), a.end(), b.begin(), b.end(), [](const DistanceAndIndex& x, const DistanceAndIndex& y) {
+    return !kalmia::ComesBefore(x, y) && !kalmia::ComesBefore(y, x);
+  });
+}
+
+/// All pairs of so many rows, each with distance().
+template <class Distance>
+Pairs AllPairs(int rows, const Distance& distance) {
+  Pairs pairs;
+  for (int i = 1; i <= rows; ++i)
+    for (int j = i + 1; j <= rows; ++j) pairs.push_back({distance(), i, j});
+  return pairs;
+}
+
+void ExpectSorted(Pairs pairs) {
+  Pairs plain = pairs;
+  std::sort(plain.begin(), plain.end(), kalmia::ComesBefore);
+  kalmia::SortPairs(pairs.data(), pairs.size());
+  EXPECT_TRUE(SamePairs(pairs, plain));
+}
+
+TEST(SortPairs, GivesWhatComparingGives) {
+  for (const int threads : {1, 2, 5})
+    for (const int rows : {1, 2, 3, 9, 60, 257, 500}) {  // 500: 124750 pairs, more than are sorted aside
+      const Threads team(threads);
+      std::mt19937 random(static_cast<unsigned>(rows));
+      std::normal_distribution<float> normal(10, 1);
+      SCOPED_TRACE(rows);
+      ExpectSorted(AllPairs(rows, [&] { return std::abs(normal(random)); }));
+      ExpectSorted(AllPairs(rows, [&] { return static_cast<float>(random() % 3); }));
+      ExpectSorted(AllPairs(rows, [] { return 1.5F; }));
+    }
+}
+
+TEST(SortPairs, PutsInfinitiesInFrontAndNaNsBeforeThem) {
+  const float odd[] = {0, kInfinity, kNaN, -kNaN, std::numeric_limits<float>::denorm_min(), 1,
+                       std::numeric_limits<float>::max()};
+  for (const int rows : {8, 300}) {
+    std::mt19937 random(3);
+    Pairs pairs = AllPairs(rows, [&] { return odd[random() % 7]; });
+    ExpectSorted(pairs);
+    kalmia::SortPairs(pairs.data(), pairs.size());
+    EXPECT_TRUE(std::isnan(pairs.front().distance));
+    EXPECT_EQ(pairs.back().distance, 0.0F);
+  }
+}
+
+TEST(SortPairs, LeavesEqualDistancesInTheOrderOfTheirRows) {
+  Pairs pairs = {{2, 65534, 65535}, {2, 1, 65535}, {3, 2, 3}, {2, 1, 2}};
+  kalmia::SortPairs(pairs.data(), pairs.size());
+  EXPECT_TRUE(SamePairs(pairs, {{3, 2, 3}, {2, 1, 2}, {2, 1, 65535}, {2, 65534, 65535}}));
+}
+
+}  // namespace
