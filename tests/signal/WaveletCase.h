@@ -2,7 +2,6 @@
 
 #include <memory>
 #include <ostream>
-#include <random>
 #include <vector>
 
 #include "kalmia/signal/Wavelet.h"
@@ -24,43 +23,42 @@ struct Filters {
   Wavelet::WaveletFilters decomposition, reconstruction;
 };
 
+/// Daubechies' filters of four taps, for tests to which the filter does not matter.
+struct SomeFilters : Filters {
+  SomeFilters() : Filters(Wavelet::FunctionDaubechies, 1) {}
+};
+
 struct FamilyAndOrder {
   Wavelet::WaveletFunctionType type;
   int order;
 };
 
-inline std::ostream& operator<<(std::ostream& stream, const FamilyAndOrder& filter) {
-  return stream << Wavelet::WaveletFunctionStr(filter.type) << ", order " << filter.order;
-}
+std::ostream& operator<<(std::ostream& stream, const FamilyAndOrder& filter);
 
-/// All 31 filters.
-inline std::vector<FamilyAndOrder> AllFilters() {
-  std::vector<FamilyAndOrder> all;
-  for (int type = 0; type <= 9; ++type)
-    for (int order = 1; order <= Wavelet::GetNumFunctionOrder(static_cast<Wavelet::WaveletFunctionType>(type)); ++order)
-      all.push_back({static_cast<Wavelet::WaveletFunctionType>(type), order});
-  return all;
-}
+std::vector<FamilyAndOrder> AllFilters();         ///< 31
+std::vector<FamilyAndOrder> OrthogonalFilters();  ///< 16
+std::vector<FamilyAndOrder> BiorthogonalFilters();
 
-inline NCDataVector<float> Signal(const std::vector<float>& cells) {
-  NCDataVector<float> signal;
-  signal.CopyZeroBasedVector(cells.data(), static_cast<int>(cells.size()));
-  return signal;
-}
+using OwnedVector = std::unique_ptr<NCDataVector<float>>;
+using OwnedMatrix = std::unique_ptr<NCDataMatrix<float>>;
 
-/// Normally distributed cells around `mean`.
-inline NCDataVector<float> RandomSignal(int n, unsigned seed, float mean = 0) {
-  std::mt19937 random(seed);
-  std::normal_distribution<float> normal(mean);
-  NCDataVector<float> signal(n, 0.0F);
-  for (int i = 1; i <= n; ++i) signal(i, normal(random));
-  return signal;
-}
+NCDataVector<float> Signal(const std::vector<float>& cells);
+NCDataVector<float> RandomSignal(int n, unsigned seed, float mean = 0);  ///< normally distributed around the mean
+/// Rows of random cells around 5, two holes in each but the first.
+NCDataMatrix<float> RandomSignals(int rows, int columns, unsigned seed);
+
+double Norm(const NCDataVector<float>& v);
+double LargestGap(const NCDataVector<float>& a, const NCDataVector<float>& b);
+
+/// A level rounds each coefficient to float, and filters are floats: so is what a few levels, there and back, lose of a
+/// signal's length, in steps of half a unit in the last place. 64 of them are beyond what these filters, lengths and
+/// depths can lose; the least wrong tap loses a hundred times as much.
+constexpr double kRoundings = 64 * 0x1p-24;
+
+/// Forward without trend; the result is never null where the signal has a cell.
+OwnedVector Transformed(const NCDataVector<float>& signal, const Wavelet::WaveletFilters& filters, bool pad);
 
 template <class V>
 auto CellsOf(const V& v) {
   return std::vector<std::decay_t<decltype(*v.begin())>>(v.begin(), v.end());
 }
-
-using OwnedVector = std::unique_ptr<NCDataVector<float>>;
-using OwnedMatrix = std::unique_ptr<NCDataMatrix<float>>;
