@@ -21,6 +21,7 @@ std::string RunCommand(const ChartOptions& options, Notes* notes);
 std::string RunCommand(const HistogramOptions& options, Notes* notes);
 std::string RunCommand(const FisherOptions& options, Notes* notes);
 std::string RunCommand(const QuantileOptions& options, Notes* notes);
+std::string RunCommand(const SpectrumOptions& options, Notes* notes);
 /// The answer itself: there is nothing to do.
 inline std::string RunCommand(const Answer& answer, Notes* /*notes*/) { return answer.text; }
 

@@ -149,6 +149,8 @@ class Program {
     Add<ChartOptions>("chart", "Draw a control chart of a column and find its signals", DeclareChart);
     Add<HistogramOptions>("histogram", "Sort the values of a column into bins", DeclareHistogram);
     Add<FisherOptions>("fisher", "Test rows and columns of a table of counts for independence", DeclareFisher);
+    Add<SpectrumOptions>("spectrum", "Find what repeats in a column, and what follows what: correlations and power",
+                         DeclareSpectrum);
     Add<QuantileOptions>("quantile", "Tell a quantile of Student's t or of F", DeclareQuantile);
   }
 

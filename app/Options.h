@@ -73,7 +73,8 @@ struct Answer {
 };
 
 using Command = std::variant<PlsOptions, PcaOptions, OplsOptions, PredictOptions, FillOptions, InfoOptions,
-                             DescribeOptions, ChartOptions, HistogramOptions, FisherOptions, QuantileOptions, Answer>;
+                             DescribeOptions, ChartOptions, HistogramOptions, FisherOptions, QuantileOptions,
+                             SpectrumOptions, Answer>;
 
 /// Reads the command line. Throws Failure (Usage) with one line for anything that makes no sense.
 Command ParseCommandLine(int argc, const char* const* argv);

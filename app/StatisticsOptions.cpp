@@ -89,4 +89,30 @@ void DeclareQuantile(CommandOptions* command, QuantileOptions* options) {
       "  kalmia quantile f --probability 0.05 --df 3 --df2 20");
 }
 
+void DeclareSpectrum(CommandOptions* command, SpectrumOptions* options) {
+  command->File("TABLE", &options->table, "CSV table with a header; its rows are equally far apart in time");
+  command->Text("--column", "NAME", &options->column, "column of numbers, in the order of the rows, always needed");
+  command->Require("--column");
+  command->Text("--with", "NAME", &options->with,
+                "correlate the column with this one, not with itself, and take the spectra of both");
+  command->Number("--lags", 0, &options->lags,
+                  "correlations up to so many rows apart, at most the number of rows (default: a quarter of the rows, "
+                  "at most 30)");
+  command->Number("--segment", 2, &options->segment,
+                  "rows in a segment of the power spectrum: a power of two below twice the number of rows (default: the "
+                  "largest up to half of the rows, at most 128)");
+  command->Choice("--window", "NAME", {"hann", "welch", "bartlett"}, &options->window,
+                  "weights of the rows of a segment: hann (default, a raised cosine), welch (a parabola), bartlett (a "
+                  "triangle)");
+  command->Choice("--detrend", "NAME", {"none", "mean", "linear"}, &options->detrend,
+                  "what is taken off first: none, the mean (default), or linear, a straight line");
+  command->Flag("--json", &options->json, "print JSON");
+  command->Text("--csv", "DIR", &options->csvFolder, "write correlation.csv and power.csv");
+  command->Text("--svg", "FILE", &options->svg, "draw correlations and spectra");
+  command->Examples(
+      "Examples:\n"
+      "  kalmia spectrum tank.csv --column level --lags 48 --svg level.svg\n"
+      "  kalmia spectrum tank.csv --column level --with inflow --detrend linear --segment 64");
+}
+
 }  // namespace kalmia::app

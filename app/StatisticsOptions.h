@@ -40,9 +40,23 @@ struct QuantileOptions {
   bool oneSided = false;      ///< of t alone
 };
 
+struct SpectrumOptions {
+  std::string table;
+  std::string column;
+  std::string with;   ///< empty: the column alone
+  int lags = -1;      ///< -1: a quarter of the rows, at most 30
+  int segment = 0;    ///< 0: a power of two up to half of the rows, at most 128
+  std::string window = "hann";   ///< or bartlett or welch
+  std::string detrend = "mean";  ///< or none or linear
+  bool json = false;
+  std::string csvFolder;  ///< empty: no CSV files
+  std::string svg;        ///< empty: no drawing
+};
+
 void DeclareChart(CommandOptions* command, ChartOptions* options);
 void DeclareHistogram(CommandOptions* command, HistogramOptions* options);
 void DeclareFisher(CommandOptions* command, FisherOptions* options);
 void DeclareQuantile(CommandOptions* command, QuantileOptions* options);
+void DeclareSpectrum(CommandOptions* command, SpectrumOptions* options);
 
 }  // namespace kalmia::app

@@ -46,18 +46,18 @@ class FFT {
                                FFT::DetrendMode detrend, int lags, NCDataVector<float>* output);
 
   /// Mean power of 2 k windowed segments of the signal at the frequencies (i - 1) / segmentSize per cell, in the
-  /// output's cells i = 1 .. segmentSize / 2 + 1. With X the transform of a windowed segment, power at a frequency f and at -f
-  /// added (those of 0 and of 1/2 stand alone), and summed over the segments:
+  /// output's cells i = 1 .. segmentSize / 2 + 1. With X the transform of a windowed segment, power at a frequency f
+  /// and at -f added (those of 0 and of 1/2 stand alone), and summed over the segments:
   ///   power = sum |X|^2 / (2 k sum(w^2)),   with ScalingWindow also over sum(w)^2 / sum(w^2)
   /// The segment's length is not divided by: white noise of variance s^2 gives 2 s^2, and s^2 at both ends.
   /// With m = segmentSize / 2 and `overlap`, segments begin every m cells and k = floor(ceil(n / m) / 2); otherwise
-  /// they begin every segmentSize cells and k = ceil(ceil(n / segmentSize) / 2). The copy is padded by a ramp from its last
-  /// cell back to its first one (PadVectorLinearly) to what the segments need; the quotients are formed in float.
+  /// they begin every segmentSize cells and k = ceil(ceil(n / segmentSize) / 2). The copy is padded by a ramp from its
+  /// last cell back to its first one (PadVectorLinearly) to what the segments need; the quotients are formed in float.
   /// Not done at all, without a word, the output untouched: a null vector, a segmentSize that is no power of two (0 and
   /// negative sizes are none).
   /// Throws NCError "Power spectrum could not be computed.", level 0, the output untouched: a power that is a NaN,
-  /// infinite or denormal as a float (0 is in order); k = 0, so a signal of at most half a segment with `overlap`, or an
-  /// empty one; segmentSize 1; an unknown window; work buffers that find no memory.
+  /// infinite or denormal as a float (0 is in order); k = 0, so a signal of at most half a segment with `overlap`, or
+  /// an empty one; segmentSize 1; an unknown window; work buffers that find no memory.
   /// Cost: k transforms of segmentSize cells: two real segments go through one complex transform.
   /// Source: Welch (1967), IEEE Trans. Audio Electroacoust. 15, 70-73.
   static void PowerSpectrum(const NCDataVector<float>* input, int segmentSize, bool overlap, FFT::DetrendMode detrend,

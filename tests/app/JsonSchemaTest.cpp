@@ -114,6 +114,8 @@ TEST(JsonSchema, HoldsForEveryOutput) {
   ExpectValid("kalmia-info-opls", RunKalmia({"info", opls, "--json"}).Json());
   ExpectValid("kalmia-predict", RunKalmia({"predict", opls, table, "--json", "--csv", folder.Path("d")}).Json());
   ExpectValid("kalmia-pls", RunKalmia({"pls", "-", "--y", "y1", "--json"}, UnrelatedTable(30, 6, 1, 5)).Json());
+  ExpectValid("kalmia-spectrum", RunKalmia({"spectrum", table, "--column", "a", "--with", "b", "--json"}).Json());
+  ExpectValid("kalmia-spectrum", RunKalmia({"spectrum", table, "--column", "y1", "--json"}).Json());
 }
 
 TEST(JsonSchema, NoticesAFieldThatIsWrongMissingOrUnknown) {
