@@ -14,7 +14,7 @@
 #include "kalmia/kernels/Team.h"
 #include "kalmia/kernels/UnlinkedRows.h"
 #include "kalmia/kernels/simd/ColumnSums.h"
-#include "kalmia/kernels/simd/RowsAdd.h"
+#include "kalmia/kernels/simd/DeflatedRows.h"
 
 namespace kalmia {
 
@@ -34,17 +34,42 @@ bool TakesEveryRow(const NCDataVector<float>& t) {
   return std::none_of(t.begin(), t.end(), [](float cell) { return std::fabs(cell) == -kMissing; });
 }
 
-bool TakeEveryRow(const NCDataMatrix<float>& T) { return std::all_of(T.begin(), T.end(), TakesEveryRow); }
-
-/// rows[k] += -T[a] W[a]' at cells from `first` on, for each component a in turn; row k of `rows` is row r + k of X.
-void Filter(float* const* rows, int r, int count, int first, int n, const NCDataMatrix<float>& T,
-            const NCDataMatrix<float>& W) {
-  float factors[kRowsPerStep];
-  for (int a = 1; a <= T.SizeRows(); ++a) {
-    for (int k = 0; k < count; ++k) factors[k] = -T[a][r + k];
-    simd::AddScaledToRows(rows, factors, count, W[a].begin() + first, n);
-  }
+/// Whether there is something to filter, and no step of it looks at a cell.
+bool FiltersWithoutHoles(const NCDataMatrix<float>& X, const NCDataMatrix<float>& T, const NCDataMatrix<float>& W) {
+  return !HasNoCells(X) && !HasNoCells(T) && IsComplete(X) && IsComplete(W) &&
+         std::all_of(T.begin(), T.end(), TakesEveryRow);
 }
+
+/// A step of rows of F, cells `first` to first + n - 1 of rows r to r + count - 1: all components but the last are taken
+/// out into `room`, for a step of rows of n cells, if there are others; the last one is left to who goes over them.
+class FilteredStep {
+ public:
+  FilteredStep(const NCDataMatrix<float>& X, const NCDataMatrix<float>& T, const NCDataMatrix<float>& W, int r,
+               int count, int first, int n, float* room)
+      : rows_{row_, factors_, count, nullptr, n} {
+    float* stored[kRowsPerStep];
+    for (int k = 0; k < count; ++k) {
+      row_[k] = X[r + k].begin() + first;
+      stored[k] = room + std::ptrdiff_t{k} * n;
+    }
+    for (int a = 1; a <= T.SizeRows(); ++a) {
+      for (int k = 0; k < count; ++k) factors_[k] = -T[a][r + k];
+      rows_.w = W[a].begin() + first;
+      if (a == T.SizeRows()) break;
+      simd::StoreDeflated(rows_, stored);
+      std::copy_n(stored, count, row_);
+    }
+  }
+  FilteredStep(const FilteredStep&) = delete;
+  FilteredStep& operator=(const FilteredStep&) = delete;
+
+  const simd::DeflatedRows& Rows() const { return rows_; }
+
+ private:
+  const float* row_[kRowsPerStep];
+  float factors_[kRowsPerStep];
+  simd::DeflatedRows rows_;
+};
 
 /// Columns whose cells of a step of rows are prepared together: they stay in the first cache until they are multiplied.
 constexpr int kColumnsPerChunk = 512;
@@ -52,7 +77,7 @@ constexpr int kColumnsPerChunk = 512;
 /// Sums of all rows of A that are formed together, in cells: they stay in the second cache.
 constexpr int kSumsTogether = 65536;
 
-/// The product of few rows A with a complete table X that is prepared on the way. All memory is taken at first.
+/// The product of few rows A with a table that has the size of X. All memory is taken at first.
 class ProductByFew {
  public:
   ProductByFew(const NCDataMatrix<float>& A, const NCDataMatrix<float>& X)
@@ -63,45 +88,48 @@ class ProductByFew {
         cells_(product_),
         sums_(static_cast<std::size_t>(A.SizeRows()) * static_cast<std::size_t>(X.SizeColumns())) {}
 
-  /// prepare(r, count, first, n, chunk, row) points row[k] at n cells from `first` on, from 0, of row r + k of what is
-  /// multiplied, for k < count; it may put them into `chunk`, which has room for a step of rows. It is called once for
-  /// each cell of X, by several threads, and must not throw.
-  template <class Prepare>
-  const NCDataMatrix<float>& Run(const Prepare& prepare) {
+  /// add(r, count, c, n) is to call AddFirst and AddOthers, or AddAll, for rows r to r + count - 1 at n columns from c
+  /// on, from 0. It is called by several threads, once for each cell of X, and must not throw.
+  template <class Add>
+  const NCDataMatrix<float>& Run(const Add& add) {
     const int widest = std::max(kColumnsPerChunk, kSumsTogether / A_.SizeRows());
     ForSlices(columns_, TeamSize(std::int64_t{rows_} * columns_), kColumnsPerGrain, [&](int first, int last) {
-      for (int c = first - 1; c < last; c += widest) Block(c, std::min(c + widest, last), prepare);
+      for (int c = first - 1; c < last; c += widest) Block(c, std::min(c + widest, last), add);
       return 0;
     });
     return product_;
   }
 
+  /// addRows(v, sums) is to add the rows times v to the sums, for the first row of A.
+  template <class AddRows>
+  void AddFirst(int r, int count, int c, const AddRows& addRows) {
+    AddTo(1, r, count, c, addRows);
+  }
+  /// The rows' cells from column c on, for the rows of A from `a` on.
+  void AddOthers(int a, const float* const* row, int r, int count, int c, int n) {
+    for (; a <= A_.SizeRows(); ++a)
+      AddTo(a, r, count, c, [=](const double* v, double* sums) { simd::AddRows(row, v, count, n, sums); });
+  }
+  void AddAll(const float* const* row, int r, int count, int c, int n) { AddOthers(1, row, r, count, c, n); }
+
  private:
   double* Sums(int a, int column) { return sums_.data() + std::ptrdiff_t{a - 1} * columns_ + column; }
 
-  /// Columns begin to end - 1, from 0.
-  template <class Prepare>
-  void Block(int begin, int end, const Prepare& prepare) {
-    float chunk[kRowsPerStep * kColumnsPerChunk];
-    const float* row[kRowsPerStep];
-    for (int r = 1; r <= rows_; r += kRowsPerStep) {
-      const int count = std::min(kRowsPerStep, rows_ - r + 1);
-      for (int c = begin; c < end; c += kColumnsPerChunk) {
-        const int n = std::min(kColumnsPerChunk, end - c);
-        prepare(r, count, c, n, chunk, row);
-        AddToSums(r, count, c, n, row);
-      }
-    }
-    for (int a = 1; a <= A_.SizeRows(); ++a)
-      for (int c = begin; c < end; ++c) cells_.Get()[a][c + 1] = static_cast<float>(*Sums(a, c));
+  template <class AddRows>
+  void AddTo(int a, int r, int count, int c, const AddRows& addRows) {
+    double v[kRowsPerStep];
+    for (int k = 0; k < count; ++k) v[k] = A_[a][r + k];
+    addRows(v, Sums(a, c));
   }
 
-  void AddToSums(int r, int count, int first, int n, const float* const* row) {
-    double factors[kRowsPerStep];
-    for (int a = 1; a <= A_.SizeRows(); ++a) {
-      for (int k = 0; k < count; ++k) factors[k] = A_[a][r + k];
-      simd::AddRows(row, factors, count, n, Sums(a, first));
-    }
+  /// Columns begin to end - 1, from 0.
+  template <class Add>
+  void Block(int begin, int end, const Add& add) {
+    for (int r = 1; r <= rows_; r += kRowsPerStep)
+      for (int c = begin; c < end; c += kColumnsPerChunk)
+        add(r, std::min(kRowsPerStep, rows_ - r + 1), c, std::min(kColumnsPerChunk, end - c));
+    for (int a = 1; a <= A_.SizeRows(); ++a)
+      for (int c = begin; c < end; ++c) cells_.Get()[a][c + 1] = static_cast<float>(*Sums(a, c));
   }
 
   const NCDataMatrix<float>& A_;
@@ -115,22 +143,32 @@ class ProductByFew {
 
 NCDataMatrix<float> MultiplyByFew(const NCDataMatrix<float>& A, const NCDataMatrix<float>& X) {
   if (HasNoCells(A) || HasNoCells(X) || !IsComplete(A) || !IsComplete(X)) return A.MatrixMultiply(X, false, false);
-  return ProductByFew(A, X).Run([&X](int r, int count, int first, int, float*, const float** row) {
-    for (int k = 0; k < count; ++k) row[k] = X[r + k].begin() + first;
+  ProductByFew product(A, X);
+  return product.Run([&](int r, int count, int c, int n) {
+    const float* row[kRowsPerStep];
+    for (int k = 0; k < count; ++k) row[k] = X[r + k].begin() + c;
+    product.AddAll(row, r, count, c, n);
   });
 }
 
 NCDataMatrix<float> MultiplyFilteredByFew(const NCDataMatrix<float>& A, const NCDataMatrix<float>& X,
                                           const NCDataMatrix<float>& T, const NCDataMatrix<float>& W) {
-  if (HasNoCells(A) || HasNoCells(X) || !IsComplete(A) || !IsComplete(X) || !IsComplete(W) || !TakeEveryRow(T))
+  if (HasNoCells(A) || !IsComplete(A) || !FiltersWithoutHoles(X, T, W))
     return A.MatrixMultiply(Filtered(X, T, W), false, false);
-  return ProductByFew(A, X).Run([&](int r, int count, int first, int n, float* chunk, const float** row) {
-    float* copy[kRowsPerStep];
-    for (int k = 0; k < count; ++k) {
-      copy[k] = chunk + k * n;
-      row[k] = std::copy_n(X[r + k].begin() + first, n, copy[k]) - n;
+  ProductByFew product(A, X);
+  return product.Run([&](int r, int count, int c, int n) {
+    float room[kRowsPerStep * kColumnsPerChunk];
+    const FilteredStep step(X, T, W, r, count, c, n, room);
+    if (A.SizeRows() == 1) {
+      product.AddFirst(r, count, c, [&](const double* v, double* sums) { simd::AddDeflated(step.Rows(), v, sums); });
+      return;
     }
-    Filter(copy, r, count, first, n, T, W);
+    float* row[kRowsPerStep];
+    for (int k = 0; k < count; ++k) row[k] = room + k * n;
+    product.AddFirst(r, count, c, [&](const double* v, double* sums) {
+      simd::StoreAndAddDeflated(step.Rows(), row, v, sums);
+    });
+    product.AddOthers(2, row, r, count, c, n);
   });
 }
 
@@ -142,44 +180,44 @@ NCDataMatrix<float> DeflateAndMultiplyByFew(const NCDataMatrix<float>& A, NCData
     return MultiplyByFew(A, *X);
   }
   ProductByFew product(A, *X);
-  const UnlinkedRows<float> unlinked(X);  // the last to take memory: X has no cells until they are fetched
-  return product.Run([&](int r, int count, int first, int n, float*, const float** row) {
-    float* cells[kRowsPerStep];
-    float factors[kRowsPerStep];
+  const UnlinkedRows<float> unlinked(X);  // the last to take memory: X has no cells until they are written
+  return product.Run([&](int r, int count, int c, int n) {
+    const float* from[kRowsPerStep];
+    float *to[kRowsPerStep], factors[kRowsPerStep];
     for (int k = 0; k < count; ++k) {
-      row[k] = cells[k] = unlinked.Fetch(r + k, first, n);
+      from[k] = unlinked.OldCells(r + k) + c;
+      to[k] = unlinked.NewCells(r + k) + c;
       factors[k] = -t[r + k];
     }
-    simd::AddScaledToRows(cells, factors, count, p.begin() + first, n);
+    product.AddFirst(r, count, c, [&](const double* v, double* sums) {
+      simd::StoreAndAddDeflated({from, factors, count, p.begin() + c, n}, to, v, sums);
+    });
+    product.AddOthers(2, to, r, count, c, n);
   });
 }
 
 void CalcFilteredScoresAndLoadings(const NCDataMatrix<float>& X, const NCDataMatrix<float>& T,
                                    const NCDataMatrix<float>& W, const NCDataVector<float>& w, NCDataVector<float>* t,
                                    NCDataVector<float>* p) {
-  if (!HasNoCells(X) && IsComplete(X) && IsComplete(W) && TakeEveryRow(T)) {
+  if (FiltersWithoutHoles(X, T, W) && w.GetNumMisVal() == 0) {
     const int columns = X.SizeColumns();
     const std::size_t ofOneThread = static_cast<std::size_t>(columns) * kRowsPerStep;
-    std::vector<float> copies(ofOneThread * static_cast<std::size_t>(ScoresAndSums::TeamFor(X)));
+    const bool stores = T.SizeRows() > 1;
+    std::vector<float> room(stores ? ofOneThread * static_cast<std::size_t>(ScoresAndSums::TeamFor(X)) : 0);
     const WithExcluded<float> weights(w);
     const RowRegression<float> regression(weights, /*fix=*/true);
-    const auto scoreRows = [&](int me, int first, int last, float* scores) {
+    ScoresAndSums pass(X, [&](int me, int first, int last, float* scores) {
+      float* const mine = stores ? room.data() + ofOneThread * static_cast<std::size_t>(me) : nullptr;
       int missing = 0;
       for (int r = first; r <= last; r += kRowsPerStep) {
-        float* copy[kRowsPerStep];
-        RowBatch<float> batch;
-        for (int k = 0; k < kRowsPerStep && r + k <= last; ++k) {
-          copy[k] = copies.data() + ofOneThread * static_cast<std::size_t>(me) + std::ptrdiff_t{k} * columns;
-          batch.cells[k] = std::copy_n(X[r + k].begin(), columns, copy[k]) - columns;
-          batch.row[k] = r + k;
-          ++batch.count;
-        }
-        Filter(copy, r, batch.count, 0, columns, T, W);
-        missing += regression.CompleteRows(batch, scores);
+        const int count = std::min(kRowsPerStep, last - r + 1);
+        double dots[kRowsPerStep];
+        simd::DotDeflated(FilteredStep(X, T, W, r, count, 0, columns, mine).Rows(), w.begin(), dots);
+        missing += regression.CompleteRows(dots, count, scores + r);
       }
       return missing;
-    };
-    if (ScoresAndSums(X, scoreRows).Run(t, p)) return;
+    });
+    if (pass.Run(t, p)) return;
   }
   *t = Filtered(X, T, W).SpecialNipalsRegressRowsFix(w, nullptr, 0);
   *p = X.SpecialNipalsRegressColumnsFix(*t);

@@ -1,6 +1,7 @@
 #include "kalmia/kernels/RowRegression.h"
 
 #include "kalmia/kernels/Regression.h"
+#include "kalmia/kernels/RowBatches.h"
 #include "kalmia/kernels/simd/Dots.h"
 
 namespace kalmia {
@@ -25,19 +26,21 @@ bool RowRegression<T>::Write(T* cell, double product, double square) const {
 }
 
 template <class T>
-int RowRegression<T>::CompleteRows(const RowBatch<T>& rows, T* out) const {
-  double dots[kRowsAtOnce];
-  v_.HasHoles() ? simd::DotRowsMasked(v_.begin(), rows.cells, rows.count, v_.Size(), dots)
-                : simd::DotRows(v_.begin(), rows.cells, rows.count, v_.Size(), dots);
+int RowRegression<T>::CompleteRows(const double* dots, int count, T* out) const {
   int missing = 0;
-  for (int k = 0; k < rows.count; ++k) missing += Write(out + rows.row[k], dots[k], sumOfSquares_);
+  for (int k = 0; k < count; ++k) missing += Write(out + k, dots[k], sumOfSquares_);
   return missing;
 }
 
 template <class T>
 int RowRegression<T>::Rows(const NCDataMatrix<T>& X, T* out, int first, int last) const {
   int missing = 0;
-  const auto complete = [&](const RowBatch<T>& rows) { missing += CompleteRows(rows, out); };
+  const auto complete = [&](const RowBatch<T>& rows) {
+    double dots[kRowsAtOnce];
+    v_.HasHoles() ? simd::DotRowsMasked(v_.begin(), rows.cells, rows.count, v_.Size(), dots)
+                  : simd::DotRows(v_.begin(), rows.cells, rows.count, v_.Size(), dots);
+    for (int k = 0; k < rows.count; ++k) missing += Write(out + rows.row[k], dots[k], sumOfSquares_);
+  };
   const auto withHoles = [&](const RowBatch<T>& rows) {
     PairSums pairs[kRowsAtOnce];
     simd::PairRows(v_.begin(), rows.cells, rows.count, v_.Size(), v_.HasHoles() ? Holes::InBoth : Holes::InRows,

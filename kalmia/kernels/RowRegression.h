@@ -2,7 +2,6 @@
 
 #include "kalmia/containers/NCDataMatrix.h"
 #include "kalmia/kernels/ExcludedPositions.h"
-#include "kalmia/kernels/RowBatches.h"
 
 namespace kalmia {
 
@@ -17,9 +16,8 @@ class RowRegression {
   /// Rows first to last, both included, into the 1-based cells of `out`. Returns how many of them are missing.
   int Rows(const NCDataMatrix<T>& X, T* out, int first, int last) const;
 
-  /// The same of rows without holes, wherever their cells lie: those of a batch into the cells of `out` that bear their
-  /// numbers.
-  int CompleteRows(const RowBatch<T>& rows, T* out) const;
+  /// The same of rows without holes whose dot products with v are known: for `count` rows, into the cells of `out`.
+  int CompleteRows(const double* dots, int count, T* out) const;
 
  private:
   /// Writes the coefficient that the sums over pairs make; true if it is missing.

@@ -31,15 +31,21 @@ UnlinkedRows<T>::UnlinkedRows(NCDataMatrix<T>* matrix) {
 }
 
 template <class T>
-T* UnlinkedRows<T>::Fetch(int r) const {
-  return Fetch(r, 0, rows_[r].size_);
+const T* UnlinkedRows<T>::OldCells(int r) const {
+  const T* old = old_.empty() ? nullptr : old_[static_cast<std::size_t>(r)];
+  return old ? old : NewCells(r);
 }
 
 template <class T>
-T* UnlinkedRows<T>::Fetch(int r, int first, int n) const {
-  T* const cells = rows_[r].Cells() + first;
-  const T* old = old_.empty() ? nullptr : old_[static_cast<std::size_t>(r)];
-  if (old) MoveCells(cells, old + first, n);
+T* UnlinkedRows<T>::NewCells(int r) const {
+  return rows_[r].Cells();
+}
+
+template <class T>
+T* UnlinkedRows<T>::Fetch(int r) const {
+  T* const cells = NewCells(r);
+  const T* old = OldCells(r);
+  if (old != cells) MoveCells(cells, old, rows_[r].size_);
   return cells;
 }
 

@@ -21,6 +21,11 @@ class UnlinkedRows {
   /// The first cell of row r, to be called once for each row before it is written. Different threads may fetch
   /// different rows.
   T* Fetch(int r) const;
+
+  /// For who writes every cell of a row anew and so needs no Fetch: where row r's cells are to be read, and where they
+  /// are to be written. One and the same place if nobody shared them.
+  const T* OldCells(int r) const;
+  T* NewCells(int r) const;
   /// The same for n cells of row r from its cell `first`, from 0, on: each cell is to be fetched once.
   T* Fetch(int r, int first, int n) const;
 

@@ -48,6 +48,19 @@ TYPED_TEST(UnlinkedRows, PartRowsThatShareWithEachOther) {
   EXPECT_NE(matrix[1].begin(), matrix[3].begin());
 }
 
+TYPED_TEST(UnlinkedRows, TellWhereToReadAndWhereToWriteARowThatNeedsNoFetch) {
+  const auto original = RandomMatrix<TypeParam>(2, 4, 0.0, 1);
+  NCDataMatrix<TypeParam> matrix = original;
+  matrix(2).ForceUnlink();
+  const TypeParam* second = matrix[2].begin();
+  const kalmia::UnlinkedRows<TypeParam> rows(&matrix);
+  EXPECT_EQ(rows.OldCells(1), original[1].begin());
+  EXPECT_EQ(rows.NewCells(1), matrix[1].begin());
+  EXPECT_NE(rows.NewCells(1), rows.OldCells(1));
+  EXPECT_EQ(rows.OldCells(2), second);
+  EXPECT_EQ(rows.NewCells(2), second);
+}
+
 TYPED_TEST(UnlinkedRows, OfATableWithoutCellsAreNone) {
   NCDataMatrix<TypeParam> none;
   const kalmia::UnlinkedRows<TypeParam> of(&none);
