@@ -82,6 +82,23 @@ std::string VersionOneScale() {
   });
 }
 
+NCTransform Transforms() {
+  NCTransform transforms(2);
+  transforms[1].SetTransform(TransformE::TransformLog);
+  transforms[2].SetTransform(TransformE::TransformPower);
+  return transforms;
+}
+
+std::string VersionOneTransforms() {
+  return OldStream("NCT", 1, /*text=*/false, [](std::ostream& stream) {
+    WriteNumbers(stream, {2});
+    for (int c = 1; c <= 2; ++c) {
+      WriteNumbers(stream, {Transforms()[c].GetTransform()});
+      WriteFourBytes(Transforms()[c].GetConstants(), TransformStruct::kConstants, stream);
+    }
+  });
+}
+
 std::string FittedPls() {
   const NCDataMatrix<float> x = RandomMatrix<float>(5, 3, 0, 3), y = RandomMatrix<float>(5, 2, 0, 4);
   NCPLS model(&x, &y, /*maxIterations=*/50);
@@ -144,6 +161,9 @@ int main(int argc, char** argv) {
   write("names-1", VersionOneNames());
   write("scale", StreamOf(FittedScale()));
   write("scale-1", VersionOneScale());
+  write("transform", StreamOf(Transforms()[1]));
+  write("transforms", StreamOf(Transforms()));
+  write("transforms-1", VersionOneTransforms());
   write("pca", FittedPca());
   write("pls", FittedPls());
   write("pls-1", VersionOnePls());

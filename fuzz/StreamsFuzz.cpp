@@ -28,7 +28,7 @@ void Feed(const std::string& bytes, const Invariants<Object>& accepted = [](cons
 
 /// A refusal may be a VexStreamError too.
 template <class Object>
-void FeedWithErrors(const std::string& bytes, const Invariants<Object>& accepted) {
+void FeedWithErrors(const std::string& bytes, const Invariants<Object>& accepted = [](const Object&) {}) {
   StreamAttacks<Object> attacks;
   attacks.accepted = accepted;
   attacks.mayThrow = true;
@@ -80,6 +80,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   Feed<BoolVector>(bytes);
   Feed<NCStringVector>(bytes);
   Feed<NCScale>(bytes);
+  FeedWithErrors<TransformStruct>(bytes);
+  FeedWithErrors<NCTransform>(bytes);
   FeedWithErrors<NCPLS>(bytes, [](const NCPLS& model) { ExpectAgreement(model); });
   FeedWithErrors<NCPCA>(bytes, [](const NCPCA& model) { ExpectAgreement(model); });
   return 0;

@@ -1,13 +1,91 @@
 #include "kalmia/signal/Derivate.h"
 
 #include <algorithm>
-#include <array>
 
 #include "kalmia/kernels/simd/SlidingWindows.h"
 #include "kalmia/signal/WindowFit.h"
 
 using kalmia::kMissingCell;
+using kalmia::kMostCoefficients;
 using kalmia::WindowFit;
+
+/// The fits of neighbouring windows without holes: what differs from one to the next, in arrays.
+template <class T>
+struct Derivate<T>::CompleteFits {
+  static constexpr int kRoom = 256;
+
+  CompleteFits(int window, float meanSquare)
+      : x2Mean(meanSquare), cells(static_cast<std::size_t>(kRoom + window - 1)) {}
+
+  WindowFit Get(int j) const {
+    WindowFit fit;
+    for (int k = 0; k < kMostCoefficients; ++k) fit.coefficients[k] = coefficients[k][j];
+    fit.yMean = yMeans[j];
+    fit.x2Mean = x2Mean;
+    return fit;
+  }
+
+  /// middles[j] = value(j), or missing where the fit has failed: a loop that vector registers can run.
+  template <class Value>
+  void Fill(T* middles, const Value& value) const {
+    const float* c0 = coefficients[0];
+    for (int j = 0; j < count; ++j) middles[j] = c0[j] == kMissingCell<float> ? kMissingCell<T> : value(j);
+  }
+
+  int count = 0;
+  float x2Mean;
+  float yMeans[kRoom];
+  float coefficients[kMostCoefficients][kRoom] = {};
+  std::vector<double> cells;  ///< work space
+};
+
+// What is taken of the fits: of one of them at x, and of many at 0, where the polynomial has few terms.
+
+template <class T>
+struct Derivate<T>::SmoothedValue {
+  float Get(const WindowFit& fit, float x) const { return fit.GetYHat(x); }
+
+  void GetMiddles(const CompleteFits& fits, T* middles) const {
+    const float* c1 = fits.coefficients[1];
+    fits.Fill(middles, [&](int j) { return static_cast<T>(fits.yMeans[j] - double{c1[j]} * fits.x2Mean); });
+  }
+};
+
+template <class T>
+struct Derivate<T>::DerivativeOfOrder {
+  float Get(const WindowFit& fit, float x) const { return fit.GetDerivate(x, order); }
+
+  void GetMiddles(const CompleteFits& fits, T* middles) const {
+    const float* c0 = fits.coefficients[0];
+    const float* c1 = fits.coefficients[1];
+    if (order == 1) return fits.Fill(middles, [c0](int j) { return c0[j]; });
+    if (order == 2) return fits.Fill(middles, [c1](int j) { return 2 * c1[j]; });
+    fits.Fill(middles, [&](int j) { return Get(fits.Get(j), 0); });
+  }
+
+  int order;
+};
+
+namespace {
+
+/// Fills the half windows along the edges of n cells from the first and from the last of `rounds` windows; i counts from
+/// 0. Nothing to do for another.
+template <class T, class Value>
+void FillEdges(int i, int rounds, int half, bool failed, const Value& value, T* cells, int n) {
+  for (int k = 0; i == 0 && k < half; ++k) cells[k] = failed ? kMissingCell<T> : value(static_cast<T>(k - half));
+  for (int k = 0; i == rounds - 1 && k < half; ++k) {
+    const int behind = failed ? k + 1 : k;  // one cell further in where nothing can be filled in
+    cells[n - 1 - behind] = failed ? kMissingCell<T> : value(static_cast<T>(half - k));
+  }
+}
+
+/// The next of n cells that is missing, from `from` on; n if there is none.
+template <class T>
+int NextHole(const T* y, int from, int n) {
+  return static_cast<int>(std::find(y + from, y + n, kMissingCell<T>) - y);
+}
+
+}  // namespace
 
 template <class T>
 Derivate<T>::Derivate(PolynomialOrder order, int window)
@@ -15,7 +93,8 @@ Derivate<T>::Derivate(PolynomialOrder order, int window)
   std::vector<float> positions;
   for (int i = 0; i < window_; ++i) positions.push_back(static_cast<float>(i - window_ / 2));
   if (positions.empty()) return;
-  kalmia::PositionPowers powers(positions, order_);
+  kalmia::PositionPowers powers(order_);
+  powers.Set(positions);
   meanSquare_ = powers.Centre(2);
   if (!powers.GetFilters(filter_)) filter_.assign(positions.size() * static_cast<std::size_t>(order_), 0.0);
 }
@@ -29,74 +108,59 @@ Derivate<T>& Derivate<T>::operator=(const Derivate& other) = default;
 template <class T>
 Derivate<T>::~Derivate() = default;
 
-/// Calls visit(i, fit) for the complete windows i = first to last - 1, a batch at a time.
 template <class T>
-template <class Visit>
-void Derivate<T>::EachCompleteWindow(const double* y, int first, int last, const Visit& visit) const {
-  constexpr int kBatch = 256;
-  std::array<float, kBatch> means, sums[kalmia::kMostCoefficients];
-  const double* filters[kalmia::kMostCoefficients] = {};
-  float* rows[kalmia::kMostCoefficients] = {};
+void Derivate<T>::FitComplete(const T* y, int count, CompleteFits& fits) const {
+  const double* filters[kMostCoefficients] = {};
+  float* coefficients[kMostCoefficients] = {};
   for (int k = 0; k < order_; ++k) {
     filters[k] = filter_.data() + static_cast<std::ptrdiff_t>(k) * window_;
-    rows[k] = sums[k].data();
+    coefficients[k] = fits.coefficients[k];
   }
-  WindowFit fit;
-  fit.x2Mean = meanSquare_;
-  for (; first < last; first += kBatch) {
-    const int count = std::min(kBatch, last - first);
-    kalmia::simd::FilterWindows(y + first, count, window_, filters, order_, means.data(), rows);
-    for (int j = 0; j < count; ++j) {
-      fit.yMean = means[static_cast<std::size_t>(j)];
-      for (int k = 0; k < order_; ++k) fit.coefficients[k] = rows[k][j];
-      visit(first + j, fit);
-    }
-  }
+  fits.count = count;
+  std::copy_n(y, count + window_ - 1, fits.cells.begin());
+  kalmia::simd::FilterWindows(fits.cells.data(), count, window_, filters, order_, fits.yMeans, coefficients);
 }
 
-/// Calls visit(i, fit) for the windows i = 0 to rounds - 1, the first cell of window i being y[i], in this order.
 template <class T>
-template <class Visit>
-void Derivate<T>::EachWindow(const T* y, int rounds, const Visit& visit) const {
-  const int cells = rounds + window_ - 1;
-  const std::vector<double> wide(y, y + cells);
-  for (int next = 0; next < rounds;) {
-    const int hole = static_cast<int>(std::find(y + next, y + cells, kMissingCell<T>) - y);
-    const int complete = std::max(next, std::min(rounds, hole == cells ? rounds : hole - window_ + 1));
-    EachCompleteWindow(wide.data(), next, complete, visit);
-    for (next = complete; next < rounds && next <= hole; ++next)
-      visit(next, kalmia::FitWithHoles(y + next, window_, order_));
-  }
-}
-
-/// Writes value(fit, x) of each window to the place of its middle, and along the edges.
-template <class T>
-template <class Value>
-void Derivate<T>::Slide(const NCDataVector<T>& input, NCDataVector<T>& output, const Value& value) const {
+template <class Quantity>
+void Derivate<T>::Slide(const NCDataVector<T>& input, NCDataVector<T>& output, const Quantity& quantity) const {
   const NCDataVector<T> signal(input);  // a share: the output may be the input
   const int n = signal.Size(), half = window_ / 2, rounds = window_ > 0 ? n - window_ + 1 : 0;
   output.SetSize(n);
   if (rounds < 1) return;
 
   std::vector<T> result(output.begin(), output.end());
-  T* const cells = result.data() - 1;
-  EachWindow(signal.begin(), rounds, [&](int before, const WindowFit& fit) {
-    const int i = before + 1;
-    const bool failed = fit.HasFailed();
-    for (int k = 0; i == 1 && k < half; ++k)
-      cells[k + 1] = failed ? kMissingCell<T> : value(fit, static_cast<float>(k - half));
-    for (int k = 0; i == rounds && k < half; ++k) {
-      const int cell = failed ? n - k - 1 : n - k;  // one further in where nothing can be filled in
-      cells[cell] = failed ? kMissingCell<T> : value(fit, static_cast<float>(half - k));
+  T* const middles = result.data() + half;
+  const auto fillEdges = [&](int i, const WindowFit& fit) {
+    FillEdges(i, rounds, half, fit.HasFailed(), [&](T x) { return quantity.Get(fit, x); }, result.data(), n);
+  };
+  const T* y = signal.begin();
+  CompleteFits complete(window_, meanSquare_);
+  kalmia::FitterWithHoles fitter(window_, order_);
+  const bool holes = std::count(y, y + n, kMissingCell<T>) > 0;
+  for (int i = 0, hole = holes ? NextHole(y, 0, n) : n; i < rounds;) {
+    if (hole < i) hole = NextHole(y, i, n);
+    // The last window is on its own: what it fills along the edge comes after all before it, and before its middle.
+    const int windows = std::min({CompleteFits::kRoom, hole == n ? rounds - i : hole - window_ + 1 - i,
+                                  std::max(rounds - 1 - i, 1)});
+    if (windows > 0) {
+      FitComplete(y + i, windows, complete);
+      fillEdges(i, complete.Get(0));
+      quantity.GetMiddles(complete, middles + i);
+      i += windows;
+    } else {
+      const WindowFit fit = fitter.Fit(y + i);
+      fillEdges(i, fit);
+      middles[i] = fit.HasFailed() ? kMissingCell<T> : quantity.Get(fit, 0);
+      ++i;
     }
-    cells[half + i] = failed ? kMissingCell<T> : value(fit, 0.0F);
-  });
+  }
   output.CopyZeroBasedVector(result.data(), n);
 }
 
 template <class T>
 void Derivate<T>::DoDerivate(const NCDataVector<T>& input, NCDataVector<T>& output, int order, float spacing) const {
-  Slide(input, output, [order](const WindowFit& fit, float x) { return fit.GetDerivate(x, order); });
+  Slide(input, output, DerivativeOfOrder{order});
   if (spacing == 1) return;
   if (order < 1 || order > 3) kalmia::ThrowIllegalOrder();
   double unit = 1;
@@ -106,7 +170,7 @@ void Derivate<T>::DoDerivate(const NCDataVector<T>& input, NCDataVector<T>& outp
 
 template <class T>
 void Derivate<T>::Smooth(const NCDataVector<T>& input, NCDataVector<T>& output) const {
-  Slide(input, output, [](const WindowFit& fit, float x) { return fit.GetYHat(x); });
+  Slide(input, output, SmoothedValue());
 }
 
 template <class T>
@@ -115,7 +179,13 @@ float Derivate<T>::GetOptima(const NCDataVector<T>& input, float spacing, bool m
   constexpr float kNone = kMissingCell<float>;
   if (window_ < 1 || input.Size() < window_) return kNone;
   WindowFit fit;
-  EachWindow(input.begin(), /*rounds=*/1, [&fit](int, const WindowFit& first) { fit = first; });
+  if (NextHole(input.begin(), 0, window_) < window_) {
+    fit = kalmia::FitterWithHoles(window_, order_).Fit(input.begin());
+  } else {
+    CompleteFits one(window_, meanSquare_);
+    FitComplete(input.begin(), 1, one);
+    fit = one.Get(0);
+  }
   const float c0 = fit.coefficients[0], c1 = fit.coefficients[1];
   if (fit.HasFailed() || c1 == kNone || !(minimum ? c1 > 0 : c1 < 0)) return kNone;
 

@@ -63,12 +63,15 @@ class Derivate {
   float GetOptima(const NCDataVector<T>& input, float spacing, bool minimum, bool limitBelow, float& height) const;
 
  private:
-  template <class Value>
-  void Slide(const NCDataVector<T>& input, NCDataVector<T>& output, const Value& value) const;
-  template <class Visit>
-  void EachWindow(const T* y, int rounds, const Visit& visit) const;
-  template <class Visit>
-  void EachCompleteWindow(const double* y, int first, int last, const Visit& visit) const;
+  struct CompleteFits;
+  struct SmoothedValue;
+  struct DerivativeOfOrder;
+
+  /// Writes the quantity in the middle of each window to its place, and along the edges.
+  template <class Quantity>
+  void Slide(const NCDataVector<T>& input, NCDataVector<T>& output, const Quantity& quantity) const;
+  /// Fits windows without holes, the first of which begins at y.
+  void FitComplete(const T* y, int count, CompleteFits& fits) const;
 
   PolynomialOrder order_;
   int window_;

@@ -40,8 +40,9 @@ float WindowFit::GetDerivate(float x, int order) const {
   }
 }
 
-PositionPowers::PositionPowers(const std::vector<float>& positions, int order)
-    : count_(positions.size()), order_(order), cells_(count_ * static_cast<std::size_t>(order)) {
+void PositionPowers::Set(const std::vector<float>& positions) {
+  count_ = positions.size();
+  cells_.resize(count_ * static_cast<std::size_t>(order_));
   for (std::size_t i = 0; i < count_; ++i) {
     cells_[i] = positions[i];
     cells_[count_ + i] = Square(positions[i]);
@@ -89,32 +90,32 @@ bool PositionPowers::GetFilters(std::vector<double>& filters) const {
   return true;
 }
 
-WindowFit FitWithHoles(const float* y, int window, int order) {
-  std::vector<float> positions, values;
+WindowFit FitterWithHoles::Fit(const float* y) {
+  positions_.clear();
+  values_.clear();
   double ySum = 0, xSum = 0;
-  for (int i = 0; i < window; ++i) {
+  for (int i = 0; i < window_; ++i) {
     if (y[i] == kMissingCell<float>) continue;
-    values.push_back(y[i]);
-    positions.push_back(static_cast<float>(i - window / 2));
-    ySum += values.back();
-    xSum += positions.back();
+    values_.push_back(y[i]);
+    positions_.push_back(static_cast<float>(i - window_ / 2));
+    ySum += values_.back();
+    xSum += positions_.back();
   }
-  const int count = static_cast<int>(values.size());
-  if (count <= order) return FailedFit();
+  const std::size_t count = values_.size();
+  if (static_cast<int>(count) <= order_) return FailedFit();
 
   WindowFit fit;
-  fit.yMean = static_cast<float>(ySum / count);
-  fit.xMean = static_cast<float>(xSum / count);
-  for (float& position : positions) position -= fit.xMean;
-  PositionPowers powers(positions, order);
-  fit.x2Mean = powers.Centre(2);
-  if (order == kMostCoefficients) fit.x3Mean = powers.Centre(3);
-  std::vector<double> filters;
-  if (!powers.GetFilters(filters)) return FailedFit();
-  for (std::size_t k = 0; k < static_cast<std::size_t>(order); ++k) {
+  fit.yMean = static_cast<float>(ySum / static_cast<double>(count));
+  fit.xMean = static_cast<float>(xSum / static_cast<double>(count));
+  for (float& position : positions_) position -= fit.xMean;
+  powers_.Set(positions_);
+  fit.x2Mean = powers_.Centre(2);
+  if (order_ == kMostCoefficients) fit.x3Mean = powers_.Centre(3);
+  if (!powers_.GetFilters(filters_)) return FailedFit();
+  const double* filter = filters_.data();
+  for (int k = 0; k < order_; ++k, filter += count) {
     double sum = 0;
-    for (std::size_t r = 0; r < values.size(); ++r)
-      sum += (double{values[r]} - fit.yMean) * filters[k * values.size() + r];
+    for (std::size_t r = 0; r < count; ++r) sum += (double{values_[r]} - fit.yMean) * filter[r];
     fit.coefficients[k] = static_cast<float>(sum);
   }
   return fit;

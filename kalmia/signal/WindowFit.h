@@ -27,8 +27,10 @@ struct WindowFit {
 /// The powers 1 to `order` of some positions, centred, and the filters that turn values there into coefficients.
 class PositionPowers {
  public:
-  /// d, d^2 and d^3 of each position, each rounded to float. Order: 2 or 3.
-  PositionPowers(const std::vector<float>& positions, int order);
+  explicit PositionPowers(int order) : order_(order) {}  ///< order: 2 or 3
+
+  /// d, d^2 and d^3 of each position, each rounded to float.
+  void Set(const std::vector<float>& positions);
 
   /// Subtracts the mean of a power (rounded to float) from it, and returns the mean.
   float Centre(int power);
@@ -41,12 +43,24 @@ class PositionPowers {
   const float* Power(int power) const { return cells_.data() + static_cast<std::size_t>(power - 1) * count_; }
   double Product(int power, int otherPower) const;
 
-  std::size_t count_;
   int order_;
+  std::size_t count_ = 0;
   std::vector<float> cells_;  ///< power by power
 };
 
-/// The fit to the present cells of a window of `window` values; HasFailed() where there is none.
-WindowFit FitWithHoles(const float* y, int window, int order);
+/// Fits to the present cells of windows; keeps its memory from one to the next.
+class FitterWithHoles {
+ public:
+  FitterWithHoles(int window, int order) : window_(window), order_(order), powers_(order) {}
+
+  /// The fit to the window that begins at y; HasFailed() where there is none.
+  WindowFit Fit(const float* y);
+
+ private:
+  int window_, order_;
+  PositionPowers powers_;
+  std::vector<float> positions_, values_;
+  std::vector<double> filters_;
+};
 
 }  // namespace kalmia
