@@ -38,6 +38,19 @@ std::optional<double> ReadReal(const std::string& text) {
   return value;
 }
 
+/// Bytes: a whole number, and perhaps K, M, G or T behind it.
+std::optional<std::uint64_t> ReadSize(const std::string& text) {
+  std::uint64_t bytes = 0;
+  const char* end = text.data() + text.size();
+  const auto result = std::from_chars(text.data(), end, bytes);
+  if (result.ec != std::errc() || end - result.ptr > 1) return std::nullopt;
+  const std::string units = "KMGT";
+  const std::size_t unit = result.ptr == end ? 0 : units.find(*result.ptr) + 1;  // npos + 1 is 0
+  if (result.ptr != end && unit == 0) return std::nullopt;
+  if (bytes > std::numeric_limits<std::uint64_t>::max() >> (10 * unit)) return std::nullopt;
+  return bytes << (10 * unit);
+}
+
 bool IsFlag(const CLI::Option* option) { return option->get_expected_max() == 0; }
 
 /// "--groups '5'": an option as it came.
@@ -110,6 +123,17 @@ void CommandOptions::Real(const std::string& name, std::optional<double>* value,
     const std::optional<double> number = ReadReal(text);
     if (!number || !accepts(*number)) Refuse(option->get_name() + " takes " + takes + ", not " + Quoted(text));
     *value = number;
+  });
+}
+
+void CommandOptions::Size(const std::string& name, std::optional<std::uint64_t>* value, const std::string& help) {
+  CLI::Option* option = Add(command_->add_option(name, help), "SIZE");
+  conversions_.emplace_back([this, option, value] {
+    if (option->count() == 0) return;
+    const std::string& text = option->results().front();
+    *value = ReadSize(text);
+    if (value->value_or(0) > 0) return;
+    Refuse(option->get_name() + " takes a number of bytes above 0, such as 800000, 500M or 4G, not " + Quoted(text));
   });
 }
 

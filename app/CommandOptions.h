@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <functional>
 #include <optional>
 #include <string>
@@ -40,6 +41,8 @@ class CommandOptions {
   /// Any finite number that `accepts` takes; `takes` says in messages which those are: "a number above 0".
   void Real(const std::string& name, std::optional<double>* value, const std::string& takes, bool (*accepts)(double),
             const std::string& help);
+  /// A number of bytes above 0: digits, and K, M, G or T for powers of 1024.
+  void Size(const std::string& name, std::optional<std::uint64_t>* value, const std::string& help);
   /// One of the words.
   void Choice(const std::string& name, const std::string& word, const std::vector<std::string>& choices,
               std::string* value, const std::string& help);

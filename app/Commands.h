@@ -17,6 +17,7 @@ std::string RunCommand(const PredictOptions& options, Notes* notes);
 std::string RunCommand(const FillOptions& options, Notes* notes);
 std::string RunCommand(const InfoOptions& options, Notes* notes);
 std::string RunCommand(const DescribeOptions& options, Notes* notes);
+std::string RunCommand(const ClusterOptions& options, Notes* notes);
 std::string RunCommand(const ChartOptions& options, Notes* notes);
 std::string RunCommand(const HistogramOptions& options, Notes* notes);
 std::string RunCommand(const FisherOptions& options, Notes* notes);

@@ -23,6 +23,7 @@ constexpr auto kMainFooter =
     "  kalmia predict octane.model new.csv\n"
     "  kalmia fill wine.csv --out filled.csv --id sample --exclude cultivar\n"
     "  kalmia info octane.model\n"
+    "  kalmia cluster wine.csv --method ward --id sample --exclude cultivar --cut 3 --svg tree.svg\n"
     "  kalmia chart drift.csv --column diameter --type mean-range --subgroup 5 --svg chart.svg\n\n"
     "Exit codes: 0 done, 1 bad data, 2 wrong usage, 3 a file cannot be read or written,\n"
     "130 stopped with Ctrl-C. 'kalmia COMMAND --help' tells more.";
@@ -146,6 +147,7 @@ class Program {
     Add<FillOptions>("fill", "Fill the missing cells of a table by PCA", DeclareFill);
     Add<InfoOptions>("info", "Show what a stored model holds", DeclareInfo);
     Add<DescribeOptions>("describe", "Show counts, means and spread of the columns of a table", DeclareDescribe);
+    Add<ClusterOptions>("cluster", "Build a cluster tree of the rows, cut it and draw it", DeclareCluster);
     Add<ChartOptions>("chart", "Draw a control chart of a column and find its signals", DeclareChart);
     Add<HistogramOptions>("histogram", "Sort the values of a column into bins", DeclareHistogram);
     Add<FisherOptions>("fisher", "Test rows and columns of a table of counts for independence", DeclareFisher);

@@ -5,6 +5,7 @@
 #include <variant>
 #include <vector>
 
+#include "app/ClusterOptions.h"
 #include "app/StatisticsOptions.h"
 #include "kalmia/pcapls/NCScale.h"
 
@@ -73,8 +74,8 @@ struct Answer {
 };
 
 using Command = std::variant<PlsOptions, PcaOptions, OplsOptions, PredictOptions, FillOptions, InfoOptions,
-                             DescribeOptions, ChartOptions, HistogramOptions, FisherOptions, QuantileOptions,
-                             SpectrumOptions, Answer>;
+                             DescribeOptions, ClusterOptions, ChartOptions, HistogramOptions, FisherOptions,
+                             QuantileOptions, SpectrumOptions, Answer>;
 
 /// Reads the command line. Throws Failure (Usage) with one line for anything that makes no sense.
 Command ParseCommandLine(int argc, const char* const* argv);

@@ -1,5 +1,7 @@
 #include "app/Svg.h"
 
+#include <iterator>
+
 #include "app/DisplayText.h"
 #include "app/Json.h"
 #include "app/Numbers.h"
@@ -25,6 +27,27 @@ text.tick, text.label { font-size: 11px; }
 </style>
 )";
 
+/// Colours of clusters, dark enough for thin lines; of these, neighbours stay apart for the colour-blind too.
+constexpr const char* kClusterColours[] = {"#1f5a8c", "#c8502d", "#2f7d32", "#8a4fa3",
+                                           "#9a7406", "#12808a", "#a8325f", "#5c5c2a"};
+constexpr int kClusters = std::size(kClusterColours);
+
+std::string ClusterClass(int cluster) { return "k" + std::to_string(cluster % kClusters); }
+
+std::string TreeStyle() {
+  std::string style =
+      "<style>\n"
+      "text.small { font-size: 7px; }\n"
+      ".branch { stroke: #444; stroke-width: 1; stroke-linecap: square; fill: none; }\n"
+      ".cut { stroke: #555; stroke-width: 1; stroke-dasharray: 6 4; fill: none; }\n";
+  for (int k = 0; k < kClusters; ++k) {
+    const std::string name = ClusterClass(k), colour = kClusterColours[k];
+    style += "line." + name + " { stroke: " + colour + "; stroke-width: 1; stroke-linecap: square; } rect." + name +
+             " { fill: " + colour + "; }\n";
+  }
+  return style + "</style>\n";
+}
+
 const char* ClassOf(Svg::Look look) {
   switch (look) {
     case Svg::Look::Grid: return "grid";
@@ -35,6 +58,8 @@ const char* ClassOf(Svg::Look look) {
     case Svg::Look::Centre: return "centre";
     case Svg::Look::Limit: return "limit";
     case Svg::Look::Signal: return "signal";
+    case Svg::Look::Branch: return "branch";
+    case Svg::Look::Cut: return "cut";
     case Svg::Look::Bar: break;
   }
   return "bar";
@@ -45,6 +70,7 @@ const char* ClassOf(Svg::Font font) {
     case Svg::Font::Title: return "title";
     case Svg::Font::Axis: return "axis";
     case Svg::Font::Tick: return "tick";
+    case Svg::Font::Small: return "small";
     case Svg::Font::Label: break;
   }
   return "label";
@@ -62,7 +88,7 @@ std::string Attribute(const char* name, double value) {
   return std::string(" ") + name + "=\"" + Number(value) + "\"";
 }
 
-std::string Class(const char* name) { return std::string(" class=\"") + name + "\""; }
+std::string Class(const std::string& name) { return " class=\"" + name + "\""; }
 
 }  // namespace
 
@@ -71,9 +97,17 @@ Svg::Svg(double width, double height, const std::string& title)
             " viewBox=\"0 0 " + Number(width) + " " + Number(height) + "\">\n<title>" + XmlText(title) + "</title>\n" +
             kStyle + "<rect width=\"100%\" height=\"100%\" fill=\"#fff\"/>\n") {}
 
-void Svg::Line(double x1, double y1, double x2, double y2, Look look) {
+void Svg::AddTreeStyle() { text_ += TreeStyle(); }
+
+void Svg::Line(double x1, double y1, double x2, double y2, Look look) { AddLine(x1, y1, x2, y2, ClassOf(look)); }
+
+void Svg::ClusterLine(double x1, double y1, double x2, double y2, int cluster) {
+  AddLine(x1, y1, x2, y2, ClusterClass(cluster));
+}
+
+void Svg::AddLine(double x1, double y1, double x2, double y2, const std::string& name) {
   text_ += "<line" + Attribute("x1", x1) + Attribute("y1", y1) + Attribute("x2", x2) + Attribute("y2", y2) +
-           Class(ClassOf(look)) + "/>\n";
+           Class(name) + "/>\n";
 }
 
 void Svg::Polyline(const Points& points, Look look) {
@@ -90,8 +124,16 @@ void Svg::Circle(double x, double y, double radius, Look look) {
 }
 
 void Svg::Rectangle(double x, double y, double width, double height, Look look) {
+  AddRectangle(x, y, width, height, ClassOf(look));
+}
+
+void Svg::ClusterRectangle(double x, double y, double width, double height, int cluster) {
+  AddRectangle(x, y, width, height, ClusterClass(cluster));
+}
+
+void Svg::AddRectangle(double x, double y, double width, double height, const std::string& name) {
   text_ += "<rect" + Attribute("x", x) + Attribute("y", y) + Attribute("width", width) + Attribute("height", height) +
-           Class(ClassOf(look)) + "/>\n";
+           Class(name) + "/>\n";
 }
 
 void Svg::Text(double x, double y, const std::string& text, Font font, Anchor anchor) {
@@ -99,9 +141,9 @@ void Svg::Text(double x, double y, const std::string& text, Font font, Anchor an
            WordOf(anchor) + "\">" + XmlText(text) + "</text>\n";
 }
 
-void Svg::UprightText(double x, double y, const std::string& text, Font font) {
+void Svg::UprightText(double x, double y, const std::string& text, Font font, Anchor anchor) {
   text_ += "<text transform=\"translate(" + Number(x) + " " + Number(y) + ") rotate(-90)\"" + Class(ClassOf(font)) +
-           " text-anchor=\"middle\">" + XmlText(text) + "</text>\n";
+           " text-anchor=\"" + WordOf(anchor) + "\">" + XmlText(text) + "</text>\n";
 }
 
 std::string XmlText(std::string_view text) {

@@ -12,8 +12,8 @@ namespace kalmia::app {
 class Svg {
  public:
   /// What a shape or a text is.
-  enum class Look { Grid, Frame, Data, Faint, Point, Centre, Limit, Signal, Bar };
-  enum class Font { Title, Axis, Tick, Label };
+  enum class Look { Grid, Frame, Data, Faint, Point, Centre, Limit, Signal, Bar, Branch, Cut };
+  enum class Font { Title, Axis, Tick, Label, Small };
   enum class Anchor { Start, Middle, End };
   using Points = std::vector<std::pair<double, double>>;
 
@@ -21,18 +21,26 @@ class Svg {
   Svg(double width, double height, const std::string& title);
 
   void Line(double x1, double y1, double x2, double y2, Look look);
+  /// The looks of trees: Branch, Cut, Small and the colours of clusters. Before the first of them.
+  void AddTreeStyle();
+  /// In the colour of a cluster; those of neighbouring numbers differ.
+  void ClusterLine(double x1, double y1, double x2, double y2, int cluster);
+  void ClusterRectangle(double x, double y, double width, double height, int cluster);
   void Polyline(const Points& points, Look look);  ///< of one point: a dot
   void Circle(double x, double y, double radius, Look look);
   void Rectangle(double x, double y, double width, double height, Look look);
   /// `y` is the line on which the letters stand.
   void Text(double x, double y, const std::string& text, Font font, Anchor anchor);
-  /// Runs upwards; `y` is its middle.
-  void UprightText(double x, double y, const std::string& text, Font font);
+  /// Runs upwards; `y` is its start, its middle or its end.
+  void UprightText(double x, double y, const std::string& text, Font font, Anchor anchor = Anchor::Middle);
 
   /// The whole file.
   std::string File() const { return text_ + "</svg>\n"; }
 
  private:
+  void AddLine(double x1, double y1, double x2, double y2, const std::string& name);
+  void AddRectangle(double x, double y, double width, double height, const std::string& name);
+
   std::string text_;
 };
 

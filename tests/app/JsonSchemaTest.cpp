@@ -56,7 +56,7 @@ class Validator {
               "is none of the values");
     }
     if (schema.contains("type")) Require(HasOneType(value, schema["type"]), path, "is no " + schema["type"].dump());
-    if (schema.contains("required")) {
+    if (schema.contains("required") && value.is_object()) {
       for (const json& name : schema["required"]) Require(value.contains(name), path, "lacks " + name.dump());
     }
     if (schema.contains("properties")) {
@@ -116,6 +116,12 @@ TEST(JsonSchema, HoldsForEveryOutput) {
   ExpectValid("kalmia-pls", RunKalmia({"pls", "-", "--y", "y1", "--json"}, UnrelatedTable(30, 6, 1, 5)).Json());
   ExpectValid("kalmia-spectrum", RunKalmia({"spectrum", table, "--column", "a", "--with", "b", "--json"}).Json());
   ExpectValid("kalmia-spectrum", RunKalmia({"spectrum", table, "--column", "y1", "--json"}).Json());
+  ExpectValid("kalmia-cluster", RunKalmia({"cluster", "-", "--method", "ward", "--cut", "2", "--json", "--svg",
+                                           folder.Path("svg")},
+                                          "s,k,e,x\na,1,,2\nb,1,,3\nc,1,,7\n")
+                                    .Json());
+  ExpectValid("kalmia-cluster",
+              RunKalmia({"cluster", "-", "--method", "single", "--scale", "none", "--json"}, "x\n1\n1\n").Json());
 }
 
 TEST(JsonSchema, NoticesAFieldThatIsWrongMissingOrUnknown) {

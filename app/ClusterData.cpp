@@ -1,0 +1,115 @@
+#include "app/ClusterData.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "app/DisplayText.h"
+#include "app/Failure.h"
+#include "app/FillTable.h"
+#include "app/Scaling.h"
+#include "app/TableColumns.h"
+
+namespace kalmia::app {
+
+namespace {
+
+constexpr int kMostRows = 65535;  ///< the library numbers pairs of rows in 32 bits
+constexpr std::size_t kColumnsNamed = 10;  ///< a failure names so many columns, and counts the others
+
+[[noreturn]] void Refuse(const CsvTable& table, const std::string& message) {
+  throw Failure(ExitCode::BadData, table.Name() + ": " + message);
+}
+
+void CheckRows(const CsvTable& table) {
+  if (table.Rows() < 2) Refuse(table, "there is only one row: clusters take two or more");
+  if (table.Rows() > kMostRows) {
+    Refuse(table, std::to_string(table.Rows()) + " rows are too many for a cluster tree, which takes up to " +
+                      std::to_string(kMostRows));
+  }
+}
+
+void NoteLeftOut(const std::string& kind, const std::vector<std::string>& names, Notes* notes) {
+  if (!names.empty()) notes->Add("left out, " + kind + " columns: " + Listed(names));
+}
+
+/// The columns of numbers that are not excluded; the others by kind.
+NumberColumns ReadColumns(const CsvTable& table, const std::vector<int>& excluded, ClusterData* data, Notes* notes) {
+  NumberColumns columns;
+  std::vector<std::vector<float>> numbers;
+  int moved = 0;
+  for (int column = 0; column < table.Columns(); ++column) {
+    if (std::find(excluded.begin(), excluded.end(), column) != excluded.end()) continue;
+    const std::string& name = table.ColumnNames()[static_cast<std::size_t>(column)];
+    switch (KindOfColumn(table, column)) {
+      case ColumnKind::Texts: data->textColumns.push_back(name); break;
+      case ColumnKind::Empty: data->emptyColumns.push_back(name); break;
+      case ColumnKind::Numbers:
+        columns.names.push_back(name);
+        numbers.push_back(ReadNumbers(table, column, &moved));
+    }
+  }
+  NoteMovedCells(moved, notes);
+  columns.cells = NCDataMatrix<float>(table.Rows(), static_cast<int>(numbers.size()));
+  for (int c = 1; c <= columns.cells.SizeColumns(); ++c) {
+    const std::vector<float>& cells = numbers[static_cast<std::size_t>(c) - 1];
+    for (int r = 1; r <= table.Rows(); ++r) columns.cells(r, c, cells[static_cast<std::size_t>(r) - 1]);
+  }
+  return columns;
+}
+
+bool DividesBySpread(NCScale::Scaling scaling) {
+  return scaling == NCScale::ScalingUnitVariance || scaling == NCScale::ScalingPareto;
+}
+
+/// Takes the columns over, but for the constant ones where these have no scale.
+void TakeColumns(const NumberColumns& columns, NCScale::Scaling scaling, ClusterData* data) {
+  std::vector<int> taken;
+  for (int c = 1; c <= columns.cells.SizeColumns(); ++c) {
+    const std::string& name = columns.names[static_cast<std::size_t>(c) - 1];
+    if (DividesBySpread(scaling) && IsConstant(columns.cells, c)) {
+      data->constantColumns.push_back(name);
+    } else {
+      taken.push_back(c);
+      data->columnNames.push_back(name);
+    }
+  }
+  data->cells = NCDataMatrix<float>(columns.cells.SizeRows(), static_cast<int>(taken.size()));
+  for (int r = 1; r <= data->cells.SizeRows(); ++r) {
+    const NCDataVector<float>& row = columns.cells[r];
+    for (int c = 1; c <= data->cells.SizeColumns(); ++c) data->cells(r, c, row[taken[static_cast<std::size_t>(c) - 1]]);
+  }
+}
+
+/// Why no column is left.
+std::string NothingLeftText(const ClusterData& data) {
+  const auto named = [](const std::string& what, const std::vector<std::string>& names) {
+    return what + ": " + Listed(names, kColumnsNamed);
+  };
+  if (!data.constantColumns.empty()) {
+    return named("no column varies, so none can be scaled (--scale none would take them); constant columns",
+                 data.constantColumns);
+  }
+  if (!data.emptyColumns.empty()) return named("every cell is missing; empty columns", data.emptyColumns);
+  if (!data.textColumns.empty()) return named("no column of numbers is left; text columns", data.textColumns);
+  return "no column of numbers is left";
+}
+
+}  // namespace
+
+ClusterData SelectClusterData(const CsvTable& table, const ClusterOptions& options, Notes* notes) {
+  CheckRows(table);
+  ClusterData data;
+  std::vector<int> excluded = RequireColumns(table, options.exclude);
+  const int idColumn = options.id.empty() ? -1 : RequireColumn(table, options.id);
+  if (idColumn >= 0) excluded.push_back(idColumn);
+  data.rowNames = RowNames(table, idColumn);
+  TakeColumns(ReadColumns(table, excluded, &data, notes), options.scaling, &data);
+  if (data.columnNames.empty()) Refuse(table, NothingLeftText(data));
+  NoteLeftOut("text", data.textColumns, notes);
+  NoteLeftOut("constant", data.constantColumns, notes);
+  NoteLeftOut("empty", data.emptyColumns, notes);
+  ScaleColumns(options.scaling, data.columnNames, &data.cells);
+  return data;
+}
+
+}  // namespace kalmia::app

@@ -1,0 +1,201 @@
+#include "app/ClusterRun.h"
+
+#include <stdlib.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstdlib>
+#include <filesystem>
+#include <optional>
+#include <system_error>
+#include <utility>
+
+#include "app/DisplayText.h"
+#include "app/Failure.h"
+#include "app/Interrupt.h"
+#include "app/Numbers.h"
+#include "kalmia/cluster/DendroGram.h"
+#include "kalmia/containers/Missing.h"
+#include "kalmia/support/UserComm.h"
+
+namespace kalmia::app {
+
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr std::uint64_t kBytesPerPair = sizeof(DendroGram::DistanceAndIndex);
+constexpr int kGiveUp = 5;  ///< the answer to the library's question that ends the calculation
+constexpr std::size_t kRowsNamed = 10;
+
+/// The folder that the library takes for temporary files.
+std::string TemporaryFolder() {
+  const char* const set = std::getenv("TMPDIR");
+  return set != nullptr && *set != '\0' ? set : "/tmp";
+}
+
+/// Throws Failure (Files) if no file can be made in the folder.
+void CheckFolder(const std::string& folder) {
+  std::string name = folder + "/.kalmia-XXXXXX";
+  const int file = mkstemp(name.data());
+  if (file < 0) {
+    throw Failure(ExitCode::Files, "cannot make temporary files in " + OneLine(folder) + ": " +
+                                       std::generic_category().message(errno));
+  }
+  close(file);
+  unlink(name.c_str());
+}
+
+/// TMPDIR as it should be while the object lives.
+class TemporaryFolderSetting {
+ public:
+  explicit TemporaryFolderSetting(const std::string& folder) {
+    if (const char* const before = std::getenv("TMPDIR")) before_ = before;
+    if (!folder.empty()) setenv("TMPDIR", folder.c_str(), 1);
+  }
+  ~TemporaryFolderSetting() {
+    if (before_) {
+      setenv("TMPDIR", before_->c_str(), 1);
+    } else {
+      unsetenv("TMPDIR");
+    }
+  }
+  TemporaryFolderSetting(const TemporaryFolderSetting&) = delete;
+  TemporaryFolderSetting& operator=(const TemporaryFolderSetting&) = delete;
+
+ private:
+  std::optional<std::string> before_;
+};
+
+/// The cap on the distances in memory while the object lives.
+class MemorySetting {
+ public:
+  explicit MemorySetting(const std::optional<std::uint64_t>& bytes) {
+    if (bytes) DendroGram::SetMaximumPairsInMemory(std::max<std::uint64_t>(*bytes / kBytesPerPair, 1));
+  }
+  ~MemorySetting() { DendroGram::SetMaximumPairsInMemory(0); }
+  MemorySetting(const MemorySetting&) = delete;
+  MemorySetting& operator=(const MemorySetting&) = delete;
+};
+
+/// The library's questions while the object lives: a disk that is too small is refused, and nothing is printed.
+class DiskDialogue : public UserComm {
+ public:
+  DiskDialogue() { SetUserComm(this); }
+  ~DiskDialogue() override { SetUserComm(nullptr); }
+
+  int Ask(const char* /*question*/, const char* /*message*/, const char* /*caption*/, int /*buttons*/) override {
+    refused_ = true;
+    return kGiveUp;
+  }
+  void Show(const char* /*text*/, const char* /*caption*/, int /*helpContext*/) override { usesDisk_ = true; }
+
+  bool Refused() const { return refused_; }
+  bool UsesDisk() const { return usesDisk_; }
+
+ private:
+  bool refused_ = false;
+  bool usesDisk_ = false;
+};
+
+std::uint64_t PairsOf(int rows) {
+  const std::uint64_t n = static_cast<std::uint64_t>(rows);
+  return n * (n - 1) / 2;
+}
+
+std::string DistancesText(int rows) {
+  return "the " + std::to_string(PairsOf(rows)) + " distances of " + std::to_string(rows) + " rows";
+}
+
+[[noreturn]] void FailForMemory(int rows) {
+  throw Failure(ExitCode::BadData, DistancesText(rows) + " take " + BytesText(PairsOf(rows) * kBytesPerPair) +
+                                       ", more than there is memory for them; --method single can use the disk");
+}
+
+[[noreturn]] void FailForSpace(int rows) {
+  const std::string folder = TemporaryFolder();
+  std::error_code ignored;
+  throw Failure(ExitCode::Files, DistancesText(rows) + " take " + BytesText(PairsOf(rows) * kBytesPerPair * 2) +
+                                     " of temporary files, and " + OneLine(folder) + " has " +
+                                     BytesText(fs::space(folder, ignored).available) +
+                                     " free: name another folder with --temp, or give more --memory");
+}
+
+[[noreturn]] void FailForFiles(const NCError& error) {
+  const std::string folder = TemporaryFolder();
+  CheckFolder(folder);
+  throw Failure(ExitCode::Files, "temporary files in " + OneLine(folder) +
+                                     " fail (the disk may be full, or there are too many: give more --memory): " +
+                                     OneLine(static_cast<const char*>(error.GetMessage())));
+}
+
+/// The rows that miss more than half of their cells; or, if there are none, the two that have least in common.
+std::string RowsWithHoles(const ClusterData& data) {
+  std::vector<std::string> names;
+  const int columns = data.cells.SizeColumns();
+  for (int r = 1; r <= data.Rows(); ++r) {
+    if (2 * data.cells[r].GetNumMisVal() > columns) names.push_back(data.rowNames[static_cast<std::size_t>(r) - 1]);
+  }
+  if (!names.empty()) {
+    return "more than half of the cells are missing in " + std::string(names.size() == 1 ? "row " : "rows ") +
+           Listed(names, kRowsNamed);
+  }
+  int fewest = columns + 1, first = 0, second = 0;
+  for (int a = 1; a <= data.Rows(); ++a) {
+    for (int b = a + 1; b <= data.Rows(); ++b) {
+      int common = 0;
+      for (int c = 1; c <= columns; ++c) {
+        common += data.cells[a][c] != kMissingCell<float> && data.cells[b][c] != kMissingCell<float> ? 1 : 0;
+      }
+      if (common >= fewest) continue;
+      fewest = common, first = a, second = b;
+    }
+  }
+  return "the rows " + Quoted(data.rowNames[static_cast<std::size_t>(first) - 1]) + " and " +
+         Quoted(data.rowNames[static_cast<std::size_t>(second) - 1]) + " have " + std::to_string(fewest) + " of " +
+         Counted(static_cast<std::size_t>(columns), "column") +
+         " in common, and perhaps other rows too: less than the square root of the number of columns";
+}
+
+}  // namespace
+
+std::string BytesText(std::uint64_t bytes) {
+  const char* const units[] = {"bytes", "KiB", "MiB", "GiB", "TiB"};
+  double size = static_cast<double>(bytes);
+  int unit = 0;
+  for (; unit < 4 && size >= 1024.0; ++unit) size /= 1024.0;
+  return Fixed(size, unit == 0 ? 0 : 1) + " " + units[unit];
+}
+
+OwnedTree BuildTree(const std::string& table, const ClusterData& data, const ClusterOptions& options,
+                    NCProgress* progress, Notes* notes) {
+  using namespace DendroGram;
+  if (!options.temp.empty()) CheckFolder(options.temp);
+  const TemporaryFolderSetting folder(options.temp);
+  const MemorySetting memory(options.memory);
+  const DiskDialogue dialogue;
+  // Its roots are on the scale of distances: for two rows it is their distance over the root of two.
+  WardDistanceCalculator ward(WardDistanceCalculator::DistanceRootIncrease);
+  SingleLinkageDistanceCalculator single;
+  ClusterDistanceCalculator& calculator =
+      options.method == "ward" ? static_cast<ClusterDistanceCalculator&>(ward) : single;
+  try {
+    OwnedTree tree(GetDendroGram(data.cells, calculator, progress, /*cache=*/nullptr));
+    if (dialogue.UsesDisk()) {
+      notes->Add(DistancesText(data.Rows()) + " found no room in memory and were kept in temporary files in " +
+                 OneLine(TemporaryFolder()));
+    }
+    return tree;
+  } catch (const ClusterAllocationError&) {
+    FailForMemory(data.Rows());
+  } catch (const NCError& error) {
+    StopIfInterrupted();
+    if (dialogue.Refused()) FailForSpace(data.Rows());
+    if (dialogue.UsesDisk()) FailForFiles(error);
+    if (data.cells.GetNumMisVal() == 0) throw;
+    throw Failure(ExitCode::BadData, table + ": " + RowsWithHoles(data));
+  }
+}
+
+}  // namespace kalmia::app

@@ -1,0 +1,38 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "app/ConsoleProgress.h"
+
+namespace kalmia::app {
+
+/// Progress of a calculation that shows its steps as ranges within ranges, each with a text of its own: one bar for all
+/// of it. A stop is the answer that the calculation asks for.
+class NestedProgress : public NCProgress::Sink {
+ public:
+  explicit NestedProgress(ProgressLine* line) : line_(line) {}
+
+  void SetRange(float from, float to) override;
+  bool SetValue(float value) override;
+  void SetText(const char* text) override;
+  bool PushSubRange(float from, float to) override;
+  bool PopSubRange() override;
+  bool IsBreakPressed() override;
+  bool NextSpin() override;
+  void SpinDone() override {}
+
+ private:
+  /// The range of one level, and the part of the bar that it fills.
+  struct Level {
+    double from, to;
+    double begin, end;
+    double ShareAt(double value) const;
+  };
+
+  ProgressLine* line_;
+  std::string text_;
+  std::vector<Level> levels_ = {{0.0, 1.0, 0.0, 1.0}};
+};
+
+}  // namespace kalmia::app
