@@ -27,7 +27,7 @@ text.tick, text.label { font-size: 11px; }
 </style>
 )";
 
-/// Colours of clusters, dark enough for thin lines; of these, neighbours stay apart for the colour-blind too.
+/// Colours of clusters, dark enough for thin lines. Numbers beside them say the same in black and white.
 constexpr const char* kClusterColours[] = {"#1f5a8c", "#c8502d", "#2f7d32", "#8a4fa3",
                                            "#9a7406", "#12808a", "#a8325f", "#5c5c2a"};
 constexpr int kClusters = std::size(kClusterColours);
