@@ -61,6 +61,7 @@ bool HasPresentCell(const NCDataVector<float>* signal) { return signal && signal
 
 bool IsComplete(const Wavelet::WaveletFilters& filters) { return filters.highPass && filters.lowPass; }
 
+/// A table of the right size takes the rows one by one, be it the input itself; any other gives way to a new one.
 NCDataMatrix<float>* TransformRows(const NCDataMatrix<float>* in, int length, const Trends& trends,
                                    NCDataMatrix<float>* out, const SignalTransform& transform) {
   if (!in) return nullptr;
@@ -70,19 +71,19 @@ NCDataMatrix<float>* TransformRows(const NCDataMatrix<float>* in, int length, co
     return nullptr;
 
   Collected means(HasMeans(trends), trends.means, signals), slopes(HasSlopes(trends), trends.slopes, signals);
-  const std::unique_ptr<Matrix> source(in == out ? std::make_unique<Matrix>(*in) : nullptr);
-  if (source) in = source.get();
-  std::unique_ptr<Matrix> made(out ? nullptr : std::make_unique<Matrix>());
-  Matrix& result = out ? *out : *made;
-  result.SetSize(signals, length);
+  const bool fits = out && out->SizeRows() == signals && out->SizeColumns() == length;
+  Matrix fresh(0, length);
+  if (!fits) fresh.ReserveRows(signals);
   for (int r = 1; r <= signals; ++r) {
     long double mean = 0, slope = 0;
     Vector coefficients;
     transform((*in)[r], mean, slope, coefficients);
-    result.SetRow(r, coefficients);
+    fits ? out->SetRow(r, coefficients) : static_cast<void>(fresh.push_back(coefficients));
     means.Set(r, mean);
     slopes.Set(r, slope);
   }
+  std::unique_ptr<Matrix> made(out ? nullptr : std::make_unique<Matrix>());
+  if (!fits) (out ? *out : *made) = fresh;
   means.HandOver();
   slopes.HandOver();
   return out ? out : made.release();

@@ -26,14 +26,16 @@ WaveletStep::WaveletStep(const NCDataVector<float>& lowPass, const NCDataVector<
 
 double* WaveletStep::Cell(int sequence, int index) {
   const std::ptrdiff_t length = std::ptrdiff_t{half_} + 2 * margin_;
-  return sequences_.data() + sequence * length + margin_ + index;
+  return sequences_.get() + sequence * length + margin_ + index;
 }
 
 void WaveletStep::Prepare(int half) {
   half_ = half;
-  const std::size_t cells = 2 * (Room(half) + 2 * Room(margin_));
-  if (sequences_.size() < cells) sequences_.resize(cells);
-  if (results_.size() < 2 * Room(half)) results_.resize(2 * Room(half));
+  if (half > room_) {
+    sequences_.reset(new double[2 * (Room(half) + 2 * Room(margin_))]);
+    results_.reset(new float[2 * Room(half)]);
+    room_ = half;
+  }
   from_.clear();
   taps_.clear();
 }
@@ -88,9 +90,9 @@ void WaveletStep::Backward(const float* low, const float* high, float* block, in
         taps_.push_back(high_[Room(i)]);
       }
     }
-    simd::SumTaps(from_.data(), taps_.data(), TapsOf(taps_), results_.data() + parity * half_, half_);
+    simd::SumTaps(from_.data(), taps_.data(), TapsOf(taps_), results_.get() + parity * half_, half_);
   }
-  const float* even = results_.data();
+  const float* even = results_.get();
   const float* odd = even + half_;
   for (int k = 0; k < half_; ++k) {
     block[2 * k] = even[k];

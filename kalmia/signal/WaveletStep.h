@@ -1,5 +1,6 @@
 #pragma once
 
+#include <memory>
 #include <vector>
 
 #include "kalmia/containers/NCDataVector.h"
@@ -33,10 +34,11 @@ class WaveletStep {
   std::vector<double> low_, high_;   ///< the taps
   int margin_;                       ///< cells that a sum may reach beyond the ends of a sequence
   int half_ = 0;                     ///< cells of a sequence
-  std::vector<double> sequences_;    ///< two of margin_ + half_ + margin_ cells
+  int room_ = -1;                    ///< the largest half_ so far, for which there is memory
+  std::unique_ptr<double[]> sequences_;  ///< two of margin_ + half_ + margin_ cells
   std::vector<const double*> from_;  ///< where the cells of each tap begin
   std::vector<double> taps_;
-  std::vector<float> results_;
+  std::unique_ptr<float[]> results_;
 };
 
 }  // namespace kalmia

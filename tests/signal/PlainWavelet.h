@@ -5,7 +5,8 @@
 #include "kalmia/signal/Wavelet.h"
 
 // The plainest wavelet transforms that can be right: one index after the other, wrapped one period at a time. Cells are
-// counted from 1, entry 0 is unused; sums run in double in the order of the taps, so that the library has the same bits.
+// counted from 1, entry 0 is unused; sums run in double in the order of the taps, so that the library has the
+// same bits.
 
 using PlainCells = std::vector<float>;
 

@@ -69,3 +69,10 @@ OwnedVector Transformed(const NCDataVector<float>& signal, const Wavelet::Wavele
   long double mean = 0, slope = 0;
   return OwnedVector(Wavelet::ForwardTransform(&signal, filters, Wavelet::DetrendNone, mean, slope, nullptr, pad));
 }
+
+OwnedVector InBasis(const NCDataVector<float>& signal, const BoolVector& decisions,
+                    const Wavelet::WaveletFilters& filters) {
+  long double mean = 0, slope = 0;
+  return OwnedVector(Wavelet::ForwardTransformBestBasis(&signal, &decisions, filters, Wavelet::DetrendNone, mean, slope,
+                                                        nullptr));
+}

@@ -57,6 +57,9 @@ constexpr double kRoundings = 64 * 0x1p-24;
 
 /// Forward without trend; the result is never null where the signal has a cell.
 OwnedVector Transformed(const NCDataVector<float>& signal, const Wavelet::WaveletFilters& filters, bool pad);
+/// The same in the basis of the decisions; null where it is refused.
+OwnedVector InBasis(const NCDataVector<float>& signal, const BoolVector& decisions,
+                    const Wavelet::WaveletFilters& filters);
 
 template <class V>
 auto CellsOf(const V& v) {

@@ -192,7 +192,7 @@ TEST(WaveletTrend, IsPutBackFromTheFirstCellOn) {
 
 TEST(WaveletTrend, IsPutBackToEveryCellAlsoToOneThatLooksLikeAHole) {
   auto v = Signal({-99, 1});
-  OpenWavelet::RetrendVector(&v, Wavelet::DetrendMean, 99, 0);  // 99 would empty the vector if it were added as a number
+  OpenWavelet::RetrendVector(&v, Wavelet::DetrendMean, 99, 0);  // operator+= would empty v
   EXPECT_THAT(CellsOf(v), ElementsAre(0, 100));
   EXPECT_EQ(v.GetNumMisVal(), 0);
 }
