@@ -1,5 +1,6 @@
 // Matrix products, matrix times vector, and the total sum of squares.
 
+#include <cstddef>
 #include <cstdint>
 #include <vector>
 
@@ -27,8 +28,9 @@ double SquaresOf(const NCDataVector<T>& row) {
 /// The cells of m's rows, from 0, for writing; m has rows and columns, and is not shared.
 template <class T>
 std::vector<T*> CellsOf(NCDataMatrix<T>& m) {
-  T** rows = NCDataMatrix<T>::GetMatrixAsPointerPointer(m, /*keep=*/true);
   std::vector<T*> cells;
+  cells.reserve(static_cast<std::size_t>(m.SizeRows()));  // nothing may throw while the rows are in hand
+  T** rows = NCDataMatrix<T>::GetMatrixAsPointerPointer(m, /*keep=*/true);
   for (int r = 1; r <= m.SizeRows(); ++r) cells.push_back(rows[r] + 1);
   NCDataMatrix<T>::ReleasePointerPointer(rows, m.SizeRows(), /*cells=*/false);
   return cells;

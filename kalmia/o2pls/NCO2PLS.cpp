@@ -26,12 +26,28 @@ constexpr int kYSide = 2;
 
 Matrix WithRowBehind(const Matrix& rows, const Vector& row) { return kalmia::WithRow(rows, rows.SizeRows() + 1, row); }
 
+/// All or, where memory lacks for the empty ones, none of them.
+template <std::size_t count>
+void ClearAll(const std::array<Matrix*, count>& matrices) {
+  std::array<Matrix, count> empty;
+  for (std::size_t i = 0; i < count; ++i) matrices[i]->swap(empty[i]);
+}
+
 /// The block without the components whose scores and loadings these are.
 Matrix Without(const Matrix& block, const Matrix& scores, const Matrix& loadings) {
   Matrix rest = block;
   for (int i = 1; i <= scores.SizeRows(); ++i) rest.AddVprimV(scores[i], loadings[i], -1.0F);
   return rest;
 }
+
+/// The regressions between the scores of the two blocks, of one component at least.
+struct InnerRelations {
+  InnerRelations(const Matrix& t, const Matrix& u)
+      : lambda(t.GetRegressionCoefficients(u)), xLambda(u.GetRegressionCoefficients(t)) {}
+
+  Matrix lambda;
+  Matrix xLambda;
+};
 
 /// Regresses a block on orthogonal scores of the other one, row by row, and adds up what they explain of it.
 class Relatedness {
@@ -183,9 +199,9 @@ void NCO2PLS::CalculateOrthogonalComp(const NCDataMatrix<float>& own, const NCDa
 void NCO2PLS::InitPredCompCalculation() {
   Matrix x = Without(x_, to_, po_);
   Matrix y = Without(y_, uo_, qo_);
+  ClearAll(std::array<Matrix*, 8>{&w_, &t_, &u_, &c_, &p_, &q_, &lambda_, &xLambda_});
   xResiduals_.swap(x);
   yResiduals_.swap(y);
-  for (Matrix* matrix : {&w_, &t_, &u_, &c_, &p_, &q_, &lambda_, &xLambda_}) matrix->Clear();
 }
 
 void NCO2PLS::NextPredictiveComp() {
@@ -210,8 +226,10 @@ void NCO2PLS::NextPredictiveComp() {
 }
 
 void NCO2PLS::SubtractLastPredictiveComp() {
+  Matrix y = yResiduals_;
+  y.AddVprimV(u_.back(), q_.back(), -1.0F);
   xResiduals_.AddVprimV(t_.back(), p_.back(), -1.0F);
-  yResiduals_.AddVprimV(u_.back(), q_.back(), -1.0F);
+  yResiduals_.swap(y);
 }
 
 void NCO2PLS::CalculatePredictiveComps(int predictive) {
@@ -224,8 +242,9 @@ void NCO2PLS::CalculatePredictiveComps(int predictive) {
 
 void NCO2PLS::CalculateInnerRelations() {
   if (t_.SizeRows() == 0) return;
-  lambda_ = t_.GetRegressionCoefficients(u_);
-  xLambda_ = u_.GetRegressionCoefficients(t_);
+  InnerRelations relations(t_, u_);
+  lambda_.swap(relations.lambda);
+  xLambda_.swap(relations.xLambda);
 }
 
 void NCO2PLS::Finalise() {
@@ -254,19 +273,20 @@ void NCO2PLS::Finalise() {
   if (type != 0) throw NCO2PLSDimensionalityException(type, t_.SizeRows(), xLimit, yLimit);
 }
 
-void NCO2PLS::UnFit() {
-  for (Matrix* matrix : Results()) matrix->Clear();
-}
+void NCO2PLS::UnFit() { ClearAll(Results()); }
 
-void NCO2PLS::EndFit() {
-  xResiduals_.Clear();
-  yResiduals_.Clear();
-}
+void NCO2PLS::EndFit() { ClearAll(std::array<Matrix*, 2>{&xResiduals_, &yResiduals_}); }
 
 void NCO2PLS::FlipPredictiveModel(const std::vector<bool>& xFlips, const std::vector<bool>& yFlips) {
-  const bool anyX = kalmia::FlipRows(xFlips, {&t_, &p_, &w_});
-  const bool anyY = kalmia::FlipRows(yFlips, {&u_, &c_, &q_});
-  if (anyX || anyY) CalculateInnerRelations();
+  Matrix t = t_, p = p_, w = w_, u = u_, c = c_, q = q_;
+  const bool anyX = kalmia::FlipRows(xFlips, {&t, &p, &w});
+  const bool anyY = kalmia::FlipRows(yFlips, {&u, &c, &q});
+  if (!anyX && !anyY) return;
+  InnerRelations relations(t, u);
+  lambda_.swap(relations.lambda);
+  xLambda_.swap(relations.xLambda);
+  const std::pair<Matrix*, Matrix*> turned[] = {{&t_, &t}, {&p_, &p}, {&w_, &w}, {&u_, &u}, {&c_, &c}, {&q_, &q}};
+  for (const auto& [rows, withSigns] : turned) rows->swap(*withSigns);
 }
 
 void NCO2PLS::FlipXSideModel(const std::vector<bool>& flips) { kalmia::FlipRows(flips, {&to_, &wo_, &po_, &s_}); }

@@ -64,6 +64,7 @@ class NCO2PLS {
   /// these directions are taken out of the side's block (without its orthogonal components so far) by their weights,
   /// and the new weight is the direction of the rest that covaries most with their scores. The working blocks are
   /// cleared, also when the call fails; nothing else has changed then.
+  /// Where exactly nothing is left beside one predictive component, the weight is zero and the scores are missing.
   /// Throws: NCO2PLSDimensionalityException, if dimensions are checked, from a + predictive = min(K + 1, N) on (Y side:
   /// M + 1), for a components of the side so far; NCError without a predictive component to be orthogonal to
   /// (predictive < 1), and as NCPCA does.

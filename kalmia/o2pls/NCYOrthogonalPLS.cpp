@@ -188,8 +188,12 @@ void NCYOrthogonalPLS::RemoveComponent() {
   if (components_ <= 0) return;
   Vector p = pprim_[components_];
   p *= -1.0L;
+  Matrix pprim = pprim_, wprim = wprim_, tprim = tprim_;
+  for (Matrix* matrix : {&pprim, &wprim, &tprim}) matrix->RemoveRows(components_, 1);
   xResiduals_.AddVprimV(tprim_[components_], p, -1.0F);
-  for (Matrix* matrix : {&pprim_, &tprim_, &wprim_}) matrix->RemoveRows(components_, 1);
+  pprim_.swap(pprim);
+  wprim_.swap(wprim);
+  tprim_.swap(tprim);
   --components_;
 }
 

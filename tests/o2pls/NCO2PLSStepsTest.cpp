@@ -123,6 +123,16 @@ TEST(NCO2PLS, RefusesAnOrthogonalComponentWithoutPredictiveOnes) {
   EXPECT_EQ(model.SizeXSideOrthoComps() + model.SizeYSideOrthoComps(), 0);
 }
 
+TEST(NCO2PLS, HasAMissingScoreForAnOrthogonalComponentOfNothingBesideOnePredictiveComponent) {
+  // One variable is all taken by the predictive component: the weight is zero, as the principal component of a single
+  // row of zeros, and no score goes with it.
+  const Table X = RandomMatrix<float>(8, 1, 0, 1), Y = RandomMatrix<float>(8, 3, 0, 2);
+  NCO2PLS model(X, Y, /*checkDimensions=*/false, kMaxIterations);
+  model.NextOrthogonalComponent(/*xSide=*/true, 1);
+  EXPECT_EQ(model.GetWo()[1][1], 0.0F);
+  EXPECT_EQ(model.GetTo()[1].GetNumMisVal(), 8);
+}
+
 // ---- Copies
 
 TEST(NCO2PLS, CopiesOfAModelGoTheirOwnWays) {
