@@ -13,8 +13,9 @@ GroupSplit SplitByGroup(const NCDataMatrix<float>& table, const NCIntegralVector
   return split;
 }
 
-int LastGroup(const NCIntegralVector<int, -99>& groups) {
-  return groups.empty() ? -1 : *std::max_element(groups.begin(), groups.end());
+std::size_t CountRounds(const NCIntegralVector<int, -99>& groups) {
+  const int last = groups.empty() ? -1 : *std::max_element(groups.begin(), groups.end());
+  return last < 0 ? 0 : static_cast<std::size_t>(last) + 1;
 }
 
 }  // namespace kalmia

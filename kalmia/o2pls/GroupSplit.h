@@ -1,5 +1,7 @@
 #pragma once
 
+#include <cstddef>
+
 #include "kalmia/containers/NCDataMatrix.h"
 #include "kalmia/containers/NCIntegralVector.h"
 
@@ -15,7 +17,7 @@ struct GroupSplit {
 /// `groups` has one cell per row, which is not checked.
 GroupSplit SplitByGroup(const NCDataMatrix<float>& table, const NCIntegralVector<int, -99>& groups, int group);
 
-/// The largest group number; -1 without groups.
-int LastGroup(const NCIntegralVector<int, -99>& groups);
+/// One more than the largest group number; 0 where no group has a number from 0 on.
+std::size_t CountRounds(const NCIntegralVector<int, -99>& groups);
 
 }  // namespace kalmia

@@ -24,6 +24,9 @@ using Groups = NCIntegralVector<int, -99>;
 using kalmia::O2PLSRound;
 
 constexpr float kMissing = kalmia::kMissingCell<float>;
+
+constexpr const char* kBadGroups = "Internal error in O2PLSCrossValidation::O2PLSCrossValidation";
+
 constexpr float kStages = 7.0F;
 
 /// Up to fewer variables than this a significant component has to gain in about the square root of their number ...
@@ -206,11 +209,12 @@ void O2PLSCrossValidation::Calculation::MakeRounds(int maxIterations) {
   totalSSY_ = static_cast<double>(ssY_.GetSum());
   totalSSX_ = SquaresOf(X_);
   leastTraining_ = X_.SizeRows();
-  const int lastGroup = kalmia::LastGroup(groups_);
-  results_.SSTable.Resize(1, lastGroup + 1);
+  const std::size_t rounds = kalmia::CountRounds(groups_);
+  if (rounds == 0) throw NCError(kBadGroups);
+  results_.SSTable.Resize(1, static_cast<int>(rounds));
   results_.Q2Cum.Reserve(results_.PredictiveComponents);
-  rounds_.reserve(static_cast<std::size_t>(lastGroup) + 1);
-  for (int g = 0; g <= lastGroup; ++g) {
+  rounds_.reserve(rounds);
+  for (int g = 0; g < static_cast<int>(rounds); ++g) {
     const kalmia::GroupSplit x = kalmia::SplitByGroup(X_, groups_, g), y = kalmia::SplitByGroup(Y_, groups_, g);
     results_.SSTable(1, g + 1, static_cast<float>(y.heldOut.GetSS()));
     rounds_.push_back({NCO2PLS(x.training, y.training, /*checkDimensions=*/false, maxIterations), x.heldOut, y.heldOut,
@@ -373,7 +377,9 @@ O2PLSCrossValidation::O2PLSCrossValidation(const NCDataMatrix<float>* X, const N
   if (X->GetNumMisVal() > 0 || Y->GetNumMisVal() > 0)
     throw NCError("X and Y can not contain missing values in O2PLSCrossValidation::O2PLSCrossValidation");
   if (groups && groups->Size() != X->SizeRows())
-    throw NCError("Internal error in O2PLSCrossValidation::O2PLSCrossValidation");
+    throw NCError(kBadGroups);
+  if (X->SizeRows() != Y->SizeRows())
+    throw NCError("Internal error in NCO2PLS\nX and Y matrices have different number of rows.");
   const Groups used = groups ? *groups : GetDeafultCVGroupsVector(X->SizeRows(), cvGroups);
   Calculation(*X, *Y, used, progress, &results_).Run(maxIterations, predictive, xOrthogonal, yOrthogonal);
 }

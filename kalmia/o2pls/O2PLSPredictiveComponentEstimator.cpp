@@ -99,7 +99,7 @@ struct O2PLSPredictiveComponentEstimator::Blocks {
 class O2PLSPredictiveComponentEstimator::Rounds {
  public:
   Rounds(const Blocks& blocks, const NCIntegralVector<int, -99>& groups)
-      : blocks_(blocks), groups_(groups), rounds_(static_cast<std::size_t>(kalmia::LastGroup(groups) + 1)) {}
+      : blocks_(blocks), groups_(groups), rounds_(kalmia::CountRounds(groups)) {}
 
   /// One component more in every round.
   void AddComponent();
@@ -172,6 +172,8 @@ void O2PLSPredictiveComponentEstimator::DoCalulations(NCDataMatrix<float> X, NCD
                                                       const NCIntegralVector<int, -99>& groups, int fixedComponents) {
   if (fixedComponents == 0) return;
   try {
+    if (X.SizeRows() != Y.SizeRows() || groups.Size() < Y.SizeRows())
+      throw NCError("Internal error in O2PLSPredictiveComponentEstimator");  // for the handler below
     Blocks blocks(X, Y);
     TryComponents(blocks, groups, fixedComponents);
     numberOfPredictiveComponents_ = SizeTried();

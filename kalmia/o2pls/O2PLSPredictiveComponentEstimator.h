@@ -16,13 +16,14 @@
 /// until min(M, K) are tried, or until as good as nothing (1e-6) is left of the held-out rows of a block. One that is
 /// not R1 does not count.
 ///
-/// Without components, where the calculation fails in the search: an NCError of a principal component, a user's stop
-/// of its bar included, does not leave the constructor. Where it fails later, those components count whose results are
+/// Without components, where the calculation fails in the search: blocks that differ in their numbers of observations,
+/// and an NCError of a principal component, a user's stop of its bar included, do not leave the constructor. Where it fails later, those components count whose results are
 /// complete.
 class O2PLSPredictiveComponentEstimator {
  public:
   /// Does all the work, on copies. X N x K, Y N x M, scaled and without holes, which is not checked. `groups` has one
-  /// number per observation, from 0 on; null stands for GetDeafultCVGroupsVector(N, cvGroups). A group without
+  /// number per observation, from 0 on (an observation with a negative one is never held out); null stands for
+  /// GetDeafultCVGroupsVector(N, cvGroups). A group without
   /// observations predicts nothing. `fixedComponents`: 0 nothing is computed; negative: search; else exactly so many
   /// are tried and counted.
   O2PLSPredictiveComponentEstimator(const NCDataMatrix<float>* X, const NCDataMatrix<float>* Y, int cvGroups,
