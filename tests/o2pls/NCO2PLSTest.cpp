@@ -140,6 +140,31 @@ TEST_P(NCO2PLSOnBlocks, LeavesNothingOfBlocksWithoutNoise) {
   EXPECT_LT(left(plain::Of(clean.Y), m.U, m.Q, m.Uo, m.Qo), kConvergence);
 }
 
+TEST_P(NCO2PLSOnBlocks, SplitsTheSumOfSquaresIntoJointOrthogonalAndResidual) {
+  // The scores of a block, predictive and orthogonal, are all at right angles to each other, and the residual to them:
+  // so the squares of the parts add up to those of the block, noise and all.
+  const plain::O2pls m = PlainOf(model_);
+  const auto expectSum = [](plain::Table block, const plain::Table& T, const plain::Table& P, const plain::Table& To,
+                            const plain::Table& Po) {
+    const double all = plain::Squares(block);
+    double parts = 0.0;
+    const auto take = [&](const plain::Table& scores, const plain::Table& loadings) {
+      for (std::size_t a = 0; a < scores.size(); ++a) {
+        parts += plain::Dot(scores[a], scores[a]) * plain::Dot(loadings[a], loadings[a]);
+        plain::AddOuter(&block, scores[a], loadings[a], -1.0);
+      }
+    };
+    take(T, P);
+    take(To, Po);
+    EXPECT_NEAR(parts + plain::Squares(block), all, kRounding * all);
+    for (const plain::Table* scores : {&T, &To})
+      for (const plain::Vector& t : *scores)
+        EXPECT_LT(Length(plain::TransposedProduct(block, t)), kRounding * Length(t) * std::sqrt(all));
+  };
+  expectSum(plain::Of(blocks_.Y), m.U, m.Q, m.Uo, m.Qo);
+  expectSum(plain::Of(blocks_.X), m.T, m.P, m.To, m.Po);
+}
+
 TEST_P(NCO2PLSOnBlocks, RelatesTheScoresByLeastSquares) {
   const plain::O2pls m = PlainOf(model_);
   const auto expectRelation = [](const plain::Table& relation, const plain::Table& from, const plain::Table& to) {

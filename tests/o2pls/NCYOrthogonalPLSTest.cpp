@@ -11,6 +11,8 @@
 
 #include "O2plsCase.h"
 #include "PlainO2pls.h"
+#include "kalmia/o2pls/OSCPLSComponentValidator.h"
+#include "kalmia/pcapls/NCPLS.h"
 #include "kalmia/support/LanguageString.h"
 #include "testing/RandomTables.h"
 #include "testing/RecordingProgress.h"
@@ -315,6 +317,33 @@ TEST(NCYOrthogonalPLS, PassesOnThatThereIsNoFirstComponentInside) {
   EXPECT_EQ(level, NCError::Level1);
   EXPECT_EQ(model.GetComponents(), 0);
   EXPECT_EQ(CellsOf(*model.GetXResiduals()), CellsOf(X));
+}
+
+/// Patterns of +1 and -1 over eight rows, at right angles to each other: which = 1, 2, 4.
+float Pattern(int which, int row) { return (row - 1) / which % 2 == 0 ? 1.0F : -1.0F; }
+
+TEST(NCYOrthogonalPLS, SwallowsThatTheModelInsideHasNoSecondComponent) {
+  // All scores of the first direction are unrelated to Y, and the model inside reproduces them with one component. A
+  // fifth of X is left then, so that it is asked for a second one, for which there is nothing to reproduce.
+  Table X(8, 2), Y(8, 1);
+  for (int i = 1; i <= 8; ++i) {
+    X(i, 1, Pattern(1, i));
+    X(i, 2, 0.5F * Pattern(2, i));
+    Y(i, 1, Pattern(4, i));
+  }
+  const NCDataVector<float> t = X.GetColumn(1);
+  NCPLS inside(&X, &t, kMaxIterations);
+  OSCPLSComponentValidator validator(&inside, /*maxComponents=*/2);
+  inside.NextComponent(nullptr, nullptr, /*quiet=*/false, /*strict=*/true);
+  inside.CalculateResiduals();
+  ASSERT_TRUE(validator.IsValid()) << "a second component is asked for";
+  EXPECT_TRUE(TextOf([&] { inside.NextComponent(nullptr, nullptr, /*quiet=*/false, /*strict=*/true); }).has_value());
+
+  Model model(&X, &Y, kMaxIterations, /*maxPLSComponents=*/2);
+  model.NextComponent(/*showProgress=*/false);
+  EXPECT_EQ(CellsOf(*model.GetWprim()), (std::vector<std::vector<float>>{{1.0F, 0.0F}}));
+  EXPECT_EQ(CellsOf(*model.GetPprim()), (std::vector<std::vector<float>>{{1.0F, 0.0F}}));
+  EXPECT_EQ(CellsOf(model.GetXResiduals()->GetColumn(2)), CellsOf(X.GetColumn(2)));
 }
 
 TEST(NCYOrthogonalPLS, GoesOnWithTheComponentsThatTheModelInsideCanHave) {
