@@ -112,6 +112,27 @@ std::string FittedPca() {
   return StreamOf(model);
 }
 
+/// One component, or none yet: then there are no scores of Y on the stream.
+std::string Filter(int components) {
+  const NCDataMatrix<float> x = RandomMatrix<float>(5, 3, 0, 3), y = RandomMatrix<float>(5, 1, 0, 4);
+  NCYOrthogonalPLS model(&x, &y, /*maxIterations=*/50, /*maxPLSComponents=*/0);
+  for (int a = 0; a < components; ++a) model.NextComponent(/*showProgress=*/false);
+  return StreamOf(model);
+}
+
+std::string VersionOneFilter() {
+  return OldStream("YOPLS", 1, /*text=*/false, [](std::ostream& stream) {
+    const int shapes[][2] = {{1, 3}, {1, 3}, {1, 4}, {4, 3}};  // P', W', T', X
+    for (const auto& shape : shapes) stream << RandomMatrix<float>(shape[0], shape[1], 0.1, 5);
+    for (const int rows : {4, 1}) {  // the scores of Y and the inverse of their products, with a flag before each
+      const short isThere = 1;
+      WriteTwoBytes(&isThere, 1, stream);
+      stream << RandomMatrix<float>(rows, 1, 0, 6);
+    }
+    WriteNumbers(stream, {1, 50});
+  });
+}
+
 std::string VersionOnePls() {
   return OldStream("NCPLS", 1, /*text=*/false, [](std::ostream& stream) {
     const int shapes[][2] = {{1, 2}, {1, 3}, {1, 3}, {1, 4}, {1, 4}, {4, 3}, {4, 2}};  // C', P', W', U', T', X, Y
@@ -167,6 +188,9 @@ int main(int argc, char** argv) {
   write("pca", FittedPca());
   write("pls", FittedPls());
   write("pls-1", VersionOnePls());
+  write("filter", Filter(1));
+  write("filter-without-components", Filter(0));
+  write("filter-1", VersionOneFilter());
   for (const short version : {1, 2, 3}) {
     const OldSeeds old(version);
     const std::string ending = "-" + std::to_string(version);

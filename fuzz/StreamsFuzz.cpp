@@ -54,6 +54,15 @@ void ExpectAgreement(const NCPLS& model) {
   EXPECT_EQ(model.GetPprim()->SizeColumns(), model.GetXResiduals()->SizeColumns());
 }
 
+void ExpectAgreement(const NCYOrthogonalPLS& model) {
+  for (const NCDataMatrix<float>* matrix :
+       {model.GetPprim(), model.GetWprim(), model.GetTprim(), model.GetXResiduals()})
+    ExpectExactCounts(*matrix);
+  EXPECT_EQ(model.GetPprim()->SizeRows(), model.GetComponents());
+  EXPECT_EQ(model.GetTprim()->SizeColumns(), model.GetXResiduals()->SizeRows());
+  EXPECT_EQ(model.GetWprim()->SizeColumns(), model.GetXResiduals()->SizeColumns());
+}
+
 void ExpectAgreement(const NCPCA& model) {
   for (const NCDataMatrix<float>* matrix : {model.GetPprim(), model.GetTprim(), model.GetResiduals()})
     ExpectExactCounts(*matrix);
@@ -84,5 +93,6 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   FeedWithErrors<NCTransform>(bytes);
   FeedWithErrors<NCPLS>(bytes, [](const NCPLS& model) { ExpectAgreement(model); });
   FeedWithErrors<NCPCA>(bytes, [](const NCPCA& model) { ExpectAgreement(model); });
+  FeedWithErrors<NCYOrthogonalPLS>(bytes, [](const NCYOrthogonalPLS& model) { ExpectAgreement(model); });
   return 0;
 }
