@@ -57,8 +57,8 @@ class Product {
     std::fill(buffers.sums.begin(), buffers.sums.end(), 0.0);
     for (int k = 0; k < a_.Shared(); k += kBlockDepth) {
       const int depth = std::min(kBlockDepth, a_.Shared() - k);
-      a_.Pack(row, rows, k, depth, kTileRows, buffers.a.data());
-      b_.Pack(column, columns, k, depth, kTileColumns, buffers.b.data());
+      a_.template Pack<kTileRows>(row, rows, k, depth, buffers.a.data());
+      b_.template Pack<kTileColumns>(column, columns, k, depth, buffers.b.data());
       AddBlockProducts(rows, columns, depth, buffers);
     }
     StoreBlock(row, rows, column, columns, buffers.sums.data());

@@ -2,6 +2,10 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstddef>
+#include <limits>
+
+#include "kalmia/kernels/simd/ProductTile.h"
 
 namespace kalmia {
 
@@ -42,31 +46,75 @@ bool ProductFactor<T>::HasPair(int vector, const ProductFactor& other, int other
   return false;
 }
 
+namespace {
+
+/// What Packed takes for a hole: nothing equals NaN.
 template <class T>
-void ProductFactor<T>::Pack(int firstVector, int count, int firstShared, int depth, int width, double* panels) const {
-  for (int done = 0; done < count; done += width, panels += static_cast<std::ptrdiff_t>(depth) * width)
-    PackPanel(firstVector + done, std::min(width, count - done), firstShared, depth, width, panels);
+T HoleOf(bool isMarked) {
+  return isMarked ? kMissingCell<T> : std::numeric_limits<T>::quiet_NaN();
 }
 
 template <class T>
-void ProductFactor<T>::PackPanel(int firstVector, int count, int firstShared, int depth, int width,
-                                 double* panel) const {
-  if (count < width) std::fill_n(panel, static_cast<std::ptrdiff_t>(depth) * width, 0.0);
+double Packed(T cell, T hole) {
+  return cell == hole ? 0.0 : static_cast<double>(cell);
+}
+
+}  // namespace
+
+template <class T>
+template <int width>
+void ProductFactor<T>::Pack(int firstVector, int count, int firstShared, int depth, double* panels) const {
+  const int whole = count / width * width;
+  const std::ptrdiff_t panelSize = static_cast<std::ptrdiff_t>(depth) * width;
   if (sharedAlongRows_) {
-    for (int v = 0; v < count; ++v) {
-      const T* cells = rows_[firstVector + v] + firstShared;
-      for (int k = 0; k < depth; ++k)
-        panel[static_cast<std::ptrdiff_t>(k) * width + v] = Packed(cells[k]);
-    }
+    for (int done = 0; done < whole; done += width)
+      PackRows<width>(firstVector + done, firstShared, depth, panels + done / width * panelSize);
   } else {
-    for (int k = 0; k < depth; ++k, panel += width) {
-      const T* cells = rows_[firstShared + k] + firstVector;
-      for (int v = 0; v < count; ++v) panel[v] = Packed(cells[v]);
-    }
+    PackColumns<width>(firstVector, whole, firstShared, depth, panels);
   }
+  if (whole < count)
+    PackLast<width>(firstVector + whole, count - whole, firstShared, depth, panels + whole / width * panelSize);
+}
+
+/// All whole panels in one pass along the rows, which lie far from each other.
+template <class T>
+template <int width>
+void ProductFactor<T>::PackColumns(int firstVector, int count, int firstShared, int depth, double* panels) const {
+  const T hole = HoleOf<T>(isMarked_);
+  const std::ptrdiff_t panelSize = static_cast<std::ptrdiff_t>(depth) * width;
+  for (int k = 0; k < depth; ++k, panels += width) {
+    const T* cells = rows_[firstShared + k] + firstVector;
+    double* to = panels;
+    for (int done = 0; done < count; done += width, cells += width, to += panelSize)
+      for (int v = 0; v < width; ++v) to[v] = Packed(cells[v], hole);
+  }
+}
+
+template <class T>
+template <int width>
+void ProductFactor<T>::PackRows(int firstVector, int firstShared, int depth, double* panel) const {
+  const T hole = HoleOf<T>(isMarked_);
+  const T* cells[width];
+  for (int v = 0; v < width; ++v) cells[v] = rows_[firstVector + v] + firstShared;
+  for (int k = 0; k < depth; ++k, panel += width)
+    for (int v = 0; v < width; ++v) panel[v] = Packed(cells[v][k], hole);
+}
+
+/// A panel of fewer vectors than its width.
+template <class T>
+template <int width>
+void ProductFactor<T>::PackLast(int firstVector, int count, int firstShared, int depth, double* panel) const {
+  const T hole = HoleOf<T>(isMarked_);
+  for (int k = 0; k < depth; ++k, panel += width)
+    for (int v = 0; v < width; ++v)
+      panel[v] = v < count ? Packed(Cell(firstVector + v, firstShared + k), hole) : 0.0;
 }
 
 template class ProductFactor<float>;
 template class ProductFactor<double>;
+template void ProductFactor<float>::Pack<simd::kTileRows>(int, int, int, int, double*) const;
+template void ProductFactor<float>::Pack<simd::kTileColumns>(int, int, int, int, double*) const;
+template void ProductFactor<double>::Pack<simd::kTileRows>(int, int, int, int, double*) const;
+template void ProductFactor<double>::Pack<simd::kTileColumns>(int, int, int, int, double*) const;
 
 }  // namespace kalmia

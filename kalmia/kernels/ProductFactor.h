@@ -28,12 +28,17 @@ class ProductFactor {
 
   /// Copies the cells of `count` vectors at the positions firstShared to firstShared + depth - 1 into panels of
   /// `width` vectors: panel after panel, in each position after position, in each vector after vector. A hole
-  /// becomes 0, and so does the rest of a last panel.
-  void Pack(int firstVector, int count, int firstShared, int depth, int width, double* panels) const;
+  /// becomes 0, and so does the rest of a last panel. For the widths of a tile's rows and columns.
+  template <int width>
+  void Pack(int firstVector, int count, int firstShared, int depth, double* panels) const;
 
  private:
-  double Packed(T cell) const { return isMarked_ && cell == kMissing ? 0.0 : static_cast<double>(cell); }
-  void PackPanel(int firstVector, int count, int firstShared, int depth, int width, double* panel) const;
+  template <int width>
+  void PackColumns(int firstVector, int count, int firstShared, int depth, double* panels) const;
+  template <int width>
+  void PackRows(int firstVector, int firstShared, int depth, double* panel) const;
+  template <int width>
+  void PackLast(int firstVector, int count, int firstShared, int depth, double* panel) const;
 
   std::vector<const T*> rows_;  // cells of the matrix' rows, from 0
   bool sharedAlongRows_;
