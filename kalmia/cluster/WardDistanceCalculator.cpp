@@ -2,20 +2,17 @@
 
 #include <algorithm>
 #include <cmath>
-#include <cstdint>
+#include <cstddef>
 #include <iterator>
-#include <limits>
+#include <utility>
 
 #include "kalmia/cluster/InitialDistances.h"
 #include "kalmia/cluster/PairSort.h"
 #include "kalmia/containers/Missing.h"
-#include "kalmia/kernels/Team.h"
 
 namespace DendroGram {
 
 namespace {
-
-constexpr float kStale = -1.0F;
 
 /// The sum of squares around the mean of the present cells, scaled up to `size` cells.
 double ScaledSS(double sum, double sumOfSquares, int count, int size) {
@@ -23,17 +20,21 @@ double ScaledSS(double sum, double sumOfSquares, int count, int size) {
   return count < size ? static_cast<double>(size) / count * ss : ss;
 }
 
+int SizeOf(const std::vector<int>& rows) { return static_cast<int>(rows.size()); }
+
 }  // namespace
 
 void WardDistanceCalculator::Init(const NCDataMatrix<float>& data, NCProgress* progress) {
   data_ = data;
-  distances_.clear();
-  if (type_ == DistanceIncrease) CalculateInitialDistances(data_, progress, distances_, RowDistanceWard);
-  if (type_ == DistanceRootIncrease) CalculateInitialDistances(data_, progress, distances_, RowDistanceWardSquareRoot);
+  distances_ = kalmia::WardPairList();
+  std::vector<DistanceAndIndex> list;
+  if (type_ == DistanceIncrease) CalculateInitialDistances(data_, progress, list, RowDistanceWard);
+  if (type_ == DistanceRootIncrease) CalculateInitialDistances(data_, progress, list, RowDistanceWardSquareRoot);
+  distances_ = kalmia::WardPairList(std::move(list), data.SizeRows());
   clusters_.assign(static_cast<std::size_t>(data.SizeRows()), Cluster());
   for (std::size_t p = 0; p < clusters_.size(); ++p) {
     clusters_[p].rows.assign(1, static_cast<int>(p) + 1);
-    SetSums(clusters_[p]);
+    SetErrorSS(clusters_[p]);
   }
 }
 
@@ -43,128 +44,92 @@ CString WardDistanceCalculator::GetId() {
   return id;
 }
 
-WardDistanceCalculator::ColumnSS WardDistanceCalculator::CalcColumnSS(int column, const Cluster& cluster) const {
-  ColumnSS ss;
+/// Row by row, so that the cells of a column are added in the order of the rows.
+WardDistanceCalculator::ColumnSums WardDistanceCalculator::CalcColumnSS(const Cluster& cluster) const {
+  const std::size_t columns = static_cast<std::size_t>(data_.SizeColumns());
+  const bool holes = std::any_of(cluster.rows.begin(), cluster.rows.end(),
+                                 [this](int row) { return data_[row].GetNumMisVal() > 0; });
+  ColumnSums all = {std::vector<double>(columns), std::vector<double>(columns), std::vector<int>(holes ? columns : 0)};
   for (const int row : cluster.rows) {
-    const float cell = data_[row][column];
-    if (cell == kalmia::kMissingCell<float>) continue;
-    ss.sum += static_cast<double>(cell);
-    ss.sumOfSquares += static_cast<double>(cell) * cell;
-    ++ss.count;
+    const float* const cells = data_[row].begin();
+    for (std::size_t c = 0; c < columns; ++c) {
+      const double cell = static_cast<double>(cells[c]);
+      if (holes && cells[c] == kalmia::kMissingCell<float>) continue;
+      all.sums[c] += cell;
+      all.sumsOfSquares[c] += cell * cell;
+      if (holes) ++all.counts[c];
+    }
   }
-  return ss;
+  return all;
 }
 
-WardDistanceCalculator::ColumnSS WardDistanceCalculator::GetColumnSS(int column, const Cluster& cluster) const {
-  if (cluster.columns.empty()) return CalcColumnSS(column, cluster);
-  return cluster.columns[static_cast<std::size_t>(column) - 1];
-}
-
-/// What GetErrorSS wants to know of a cluster, once for the cluster instead of once for each of its pairs.
-void WardDistanceCalculator::SetSums(Cluster& cluster) const {
-  const int size = static_cast<int>(cluster.rows.size());
-  std::vector<ColumnSS> columns(size > 1 ? static_cast<std::size_t>(data_.SizeColumns()) : 0);
-  cluster.columns.clear();
+/// Sets what GetErrorSS wants to know of a cluster, once for the cluster instead of once for each of its pairs.
+void WardDistanceCalculator::SetErrorSS(Cluster& cluster) const {
+  const int size = SizeOf(cluster.rows);
+  ColumnSums all = CalcColumnSS(cluster);
   cluster.errorSS = 0;
-  for (int c = 1; c <= data_.SizeColumns(); ++c) {
-    const ColumnSS ss = CalcColumnSS(c, cluster);
-    if (ss.count > 0) cluster.errorSS += ScaledSS(ss.sum, ss.sumOfSquares, ss.count, size);
-    if (!columns.empty()) columns[static_cast<std::size_t>(c) - 1] = ss;
+  for (std::size_t c = 0; c < all.sums.size(); ++c) {
+    const int count = all.counts.empty() ? size : all.counts[c];
+    if (count > 0) cluster.errorSS += ScaledSS(all.sums[c], all.sumsOfSquares[c], count, size);
   }
-  cluster.columns.swap(columns);
+  cluster.columns = size > 1 ? std::move(all) : ColumnSums();
 }
 
 float WardDistanceCalculator::GetErrorSS(const Cluster& first, const Cluster& second) const {
-  const int size = static_cast<int>(first.rows.size() + second.rows.size());
+  ColumnSums ofRows[2];
+  const auto columnsOf = [this](const Cluster& cluster, ColumnSums& ofRow) -> const ColumnSums& {
+    return cluster.rows.size() > 1 ? cluster.columns : ofRow = CalcColumnSS(cluster);
+  };
+  const ColumnSums &a = columnsOf(first, ofRows[0]), &b = columnsOf(second, ofRows[1]);
+  const int sizeA = SizeOf(first.rows), sizeB = SizeOf(second.rows), size = sizeA + sizeB;
+  const bool holes = !a.counts.empty() || !b.counts.empty();
   double both = 0;
-  for (int c = 1; c <= data_.SizeColumns(); ++c) {
-    const ColumnSS a = GetColumnSS(c, first), b = GetColumnSS(c, second);
-    if (a.count + b.count > 0)
-      both += ScaledSS(a.sum + b.sum, a.sumOfSquares + b.sumOfSquares, a.count + b.count, size);
+  for (std::size_t c = 0; c < a.sums.size(); ++c) {
+    const int countA = a.counts.empty() ? sizeA : a.counts[c], countB = b.counts.empty() ? sizeB : b.counts[c];
+    const int count = holes ? countA + countB : size;
+    if (count > 0) both += ScaledSS(a.sums[c] + b.sums[c], a.sumsOfSquares[c] + b.sumsOfSquares[c], count, size);
   }
   return static_cast<float>(both - first.errorSS - second.errorSS);
 }
 
+const WardDistanceCalculator::Cluster& WardDistanceCalculator::ClusterOf(int number) const {
+  return clusters_[static_cast<std::size_t>(distances_.Numbers().FirstRow(number))];
+}
+
 void WardDistanceCalculator::UpdateDistance(DistanceAndIndex& entry) const {
-  const float increase = GetErrorSS(clusters_[static_cast<std::size_t>(entry.i) - 1],
-                                    clusters_[static_cast<std::size_t>(entry.j) - 1]);
+  const float increase = GetErrorSS(ClusterOf(entry.i), ClusterOf(entry.j));
   entry.distance = type_ == DistanceRootIncrease ? std::sqrt(increase < 0 ? 0.0F : increase) : increase;
 }
 
 /// Computes the stale distances at the end of the list anew and brings them to their places.
 void WardDistanceCalculator::RepairTail() {
-  std::size_t front = distances_.size();
-  while (front > 0 && distances_[front - 1].distance < 0) UpdateDistance(distances_[--front]);
-  const auto tail = distances_.begin() + static_cast<std::ptrdiff_t>(front);
-  std::stable_sort(tail, distances_.end(), kalmia::IsFartherPair);
-  if (front == 0) return;
-  const float limit = distances_[front - 1].distance;
-  const auto end = std::partition_point(tail, distances_.end(), [limit](const DistanceAndIndex& entry) {
-    return kalmia::IsFarther(entry.distance, limit);
-  });
-  InsertIntoFront(front, static_cast<std::size_t>(std::distance(distances_.begin(), end)));
-}
-
-/// Merges the sorted entries from `front` to `end` into those in front of them, from the smallest one on: in front of
-/// an equal one, so that it is taken later, and past stale ones, which are below anything.
-void WardDistanceCalculator::InsertIntoFront(std::size_t front, std::size_t end) {
-  const auto at = [this](std::size_t k) { return distances_.begin() + static_cast<std::ptrdiff_t>(k); };
-  const std::vector<DistanceAndIndex> entries(at(front), at(end));
-  std::size_t place = end;
-  for (auto entry = entries.rbegin(); entry != entries.rend(); ++entry) {
-    while (front > 0 && kalmia::IsFarther(entry->distance, distances_[front - 1].distance))
-      distances_[--place] = distances_[--front];
-    if (front > 0 && !kalmia::IsFarther(distances_[front - 1].distance, entry->distance))
-      distances_[--place] = distances_[--front];
-    distances_[--place] = *entry;
-  }
+  std::vector<DistanceAndIndex> tail = distances_.TakeStaleTail();
+  for (DistanceAndIndex& entry : tail) UpdateDistance(entry);
+  std::stable_sort(tail.begin(), tail.end(), kalmia::IsFartherPair);
+  distances_.PutBack(tail);
 }
 
 void WardDistanceCalculator::MergeClusters(int a, int b) {
-  Cluster& merged = clusters_[static_cast<std::size_t>(a) - 1];
-  const auto other = clusters_.begin() + (b - 1);
-  merged.rows.insert(merged.rows.end(), other->rows.begin(), other->rows.end());
-  std::sort(merged.rows.begin(), merged.rows.end());
-  clusters_.erase(other);
-  SetSums(merged);
-}
-
-/// Drops the pairs of b, marks those of a as stale, and counts the clusters behind b one lower. Each thread closes up
-/// its block; the blocks are then moved together, so that the order stays.
-void WardDistanceCalculator::MarkMerged(int a, int b) {
-  const std::int64_t size = static_cast<std::int64_t>(distances_.size());
-  const int blocks = kalmia::TeamSize(size);
-  std::vector<DistanceAndIndex*> ends(static_cast<std::size_t>(blocks));
-  DistanceAndIndex* const list = distances_.data();
-  const auto begin = [=](int block) { return list + size * block / blocks; };
-  const auto closeUp = [=](int block) {
-    DistanceAndIndex* to = begin(block);
-    for (const DistanceAndIndex* from = begin(block); from != begin(block + 1); ++from) {
-      DistanceAndIndex entry = *from;
-      if (entry.i == b || entry.j == b) continue;
-      if (entry.i > b) --entry.i;
-      if (entry.j > b) --entry.j;
-      if (entry.i == a || entry.j == a) entry.distance = kStale;
-      *to++ = entry;
-    }
-    return to;
+  const auto clusterOf = [this](int number) {
+    return clusters_.begin() + static_cast<std::ptrdiff_t>(distances_.Numbers().FirstRow(number));
   };
-#pragma omp parallel for schedule(static) num_threads(blocks)
-  for (int block = 0; block < blocks; ++block) ends[static_cast<std::size_t>(block)] = closeUp(block);
-  DistanceAndIndex* to = ends[0];
-  for (int block = 1; block < blocks; ++block) to = std::copy(begin(block), ends[static_cast<std::size_t>(block)], to);
-  distances_.resize(static_cast<std::size_t>(to - list));
+  Cluster &merged = *clusterOf(a), &other = *clusterOf(b);
+  std::vector<int> rows;
+  rows.reserve(merged.rows.size() + other.rows.size());
+  std::merge(merged.rows.begin(), merged.rows.end(), other.rows.begin(), other.rows.end(), std::back_inserter(rows));
+  merged.rows.swap(rows);
+  other = Cluster();
+  SetErrorSS(merged);
+  distances_.Numbers().Merge(a, b);
 }
 
 float WardDistanceCalculator::FindNearestAndMerge(int& i, int& j) {
-  if (distances_.empty()) throw NCError("Cluster analysis: there are no two clusters left to merge.");
-  if (distances_.back().distance < 0) RepairTail();
-  const DistanceAndIndex nearest = distances_.back();
-  distances_.pop_back();
+  if (distances_.IsEmpty()) throw NCError("Cluster analysis: there are no two clusters left to merge.");
+  if (distances_.EndsStale()) RepairTail();
+  const DistanceAndIndex nearest = distances_.TakeLast();
+  i = distances_.Numbers().Position(nearest.i);
+  j = distances_.Numbers().Position(nearest.j);
   MergeClusters(nearest.i, nearest.j);
-  if (!distances_.empty()) MarkMerged(nearest.i, nearest.j);
-  i = nearest.i - 1;
-  j = nearest.j - 1;
   return nearest.distance;
 }
 

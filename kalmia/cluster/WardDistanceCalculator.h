@@ -3,6 +3,7 @@
 #include <vector>
 
 #include "kalmia/cluster/ClusterDistanceCalculator.h"
+#include "kalmia/cluster/WardPairList.h"
 
 namespace DendroGram {
 
@@ -19,8 +20,9 @@ namespace DendroGram {
 /// Missing: the first distance of two rows is their sum over the common columns times K over the number of those; once
 /// a row was merged, the sum of squares of each column and cluster is scaled from the present cells to the size of the
 /// cluster, and a distance may be slightly negative (its root is then 0).
-/// Memory: 12 bytes for each pair of rows; Init throws ClusterAllocationError where it is not there. Cost: each merge
-/// goes over the list once, on all processors; a stale distance costs one pass over the columns.
+/// Memory: 12 bytes for each pair of rows; Init throws ClusterAllocationError where it is not there. Cost: a stale
+/// distance costs one pass over the columns; a merge those that have come to the end of the list, and one over its rows
+/// for the sums of the merged cluster.
 class WardDistanceCalculator : public ClusterDistanceCalculator {
  public:
   enum DistanceType : int {
@@ -36,32 +38,30 @@ class WardDistanceCalculator : public ClusterDistanceCalculator {
   CString GetId() override;  ///< "WardDistanceCalculator" and the number of the type
 
  private:
-  /// The present cells of a column in a cluster.
-  struct ColumnSS {
-    double sum = 0;
-    double sumOfSquares = 0;
-    int count = 0;
+  /// The present cells of each column in a cluster.
+  struct ColumnSums {
+    std::vector<double> sums;
+    std::vector<double> sumsOfSquares;
+    std::vector<int> counts;  ///< empty where no cell is missing
   };
   struct Cluster {
-    std::vector<int> rows;          ///< ascending, from 1
-    std::vector<ColumnSS> columns;  ///< from 0; empty for a single row, whose cells say it all
-    double errorSS = 0;             ///< within the cluster, scaled up column by column
+    std::vector<int> rows;  ///< ascending, from 1
+    ColumnSums columns;     ///< empty for a single row, whose cells say it all
+    double errorSS = 0;     ///< within the cluster, scaled up column by column
   };
 
-  ColumnSS CalcColumnSS(int column, const Cluster& cluster) const;
-  ColumnSS GetColumnSS(int column, const Cluster& cluster) const;
-  void SetSums(Cluster& cluster) const;
+  ColumnSums CalcColumnSS(const Cluster& cluster) const;
+  void SetErrorSS(Cluster& cluster) const;
   float GetErrorSS(const Cluster& first, const Cluster& second) const;
   void UpdateDistance(DistanceAndIndex& entry) const;
   void RepairTail();
-  void InsertIntoFront(std::size_t front, std::size_t end);
   void MergeClusters(int a, int b);
-  void MarkMerged(int a, int b);
+  const Cluster& ClusterOf(int number) const;
 
   DistanceType type_;
   NCDataMatrix<float> data_;
-  std::vector<DistanceAndIndex> distances_;  ///< descending but for stale entries, which are -1
-  std::vector<Cluster> clusters_;            ///< by position
+  kalmia::WardPairList distances_;
+  std::vector<Cluster> clusters_;  ///< by their first row
 };
 
 }  // namespace DendroGram

@@ -1,0 +1,96 @@
+#pragma once
+
+#include <cstddef>
+#include <vector>
+
+#include "kalmia/cluster/ClusterDistanceCalculator.h"
+
+namespace kalmia {
+
+/// What has become of clusters. Rows have the numbers 1, 2, ...; each merge makes a new number, and the numbers of what
+/// it merged lead to it: from the earlier cluster as from a former name, from the later one to nowhere.
+class ClusterNumbers {
+ public:
+  explicit ClusterNumbers(int rows = 0);
+
+  bool IsCurrent(int number) const { return next_[Index(number)] == kCurrent; }
+  /// The present number of the cluster that was called so; 0 where it went into an earlier one.
+  int Latest(int number);
+  /// The place of the row at which the cluster began, from 0: the clusters keep the order of these.
+  int FirstRow(int number) const { return firstRow_[Index(number)]; }
+  /// The position of a current cluster among all that are current, from 0.
+  int Position(int number) const { return position_[Index(FirstRow(number) + 1)]; }
+  /// Merges two current clusters, a in front of b, into a new one, which stands where a stood. Returns its number.
+  int Merge(int a, int b);
+
+ private:
+  static constexpr int kCurrent = 0;
+  static constexpr int kGone = -1;
+  static std::size_t Index(int number) { return static_cast<std::size_t>(number) - 1; }
+
+  std::vector<int> next_;      ///< by number: kCurrent, kGone, or a later number of the same cluster
+  std::vector<int> firstRow_;  ///< by number
+  std::vector<int> position_;  ///< by first row
+};
+
+/// The pairs of clusters by descending distance. A merge leaves the pairs of the two clusters where they are: those of
+/// the later one are gone, those of the earlier one are stale, whatever distance they hold. Nothing is moved for it:
+/// what a pair is shows in the numbers of its clusters, which are those at which its distance was computed. Distances
+/// below 0 are stale from the start.
+///
+/// The distance of a stale pair says only where it stands: along the list distances never rise. So the place of a pair
+/// is found by bisection, and since the list lies in blocks, no more than a block is moved for it.
+class WardPairList {
+ public:
+  WardPairList() = default;
+  /// `pairs` of so many rows, sorted; the list takes their storage.
+  WardPairList(std::vector<DendroGram::DistanceAndIndex>&& pairs, int rows);
+
+  ClusterNumbers& Numbers() { return numbers_; }
+  const ClusterNumbers& Numbers() const { return numbers_; }
+  /// Whether no pair is left. Asked before any of the following three.
+  bool IsEmpty();
+  bool EndsStale() { return IsStale(*Last()); }
+  DendroGram::DistanceAndIndex TakeLast();
+  /// Takes out the stale pairs at the end, and gives them in their order, with the present numbers of their clusters.
+  std::vector<DendroGram::DistanceAndIndex> TakeStaleTail();
+  /// Puts these, sorted by descending distance, back behind the rest, and those that are farther than the last pair
+  /// there to their places: each behind the last pair that is not stale and not nearer, but in front of one that is
+  /// equally far, so that it is taken later.
+  void PutBack(const std::vector<DendroGram::DistanceAndIndex>& tail);
+
+ private:
+  static constexpr std::size_t kBlockSize = 512;
+
+  struct Block {
+    std::size_t slice;  ///< which part of the storage
+    std::size_t count;  ///< pairs in it
+    float first;        ///< distance of the first one
+  };
+  /// Between two pairs: behind the first `count` of a block.
+  struct Place {
+    std::size_t block;
+    std::size_t count;
+  };
+
+  std::size_t FirstSlices() const { return pairs_.size() / kBlockSize; }
+  DendroGram::DistanceAndIndex* Pairs(const Block& block);
+  DendroGram::DistanceAndIndex* Last() { return Pairs(blocks_.back()) + blocks_.back().count - 1; }
+  std::size_t NewSlice();
+  void RemoveLast();
+  bool IsGone(const DendroGram::DistanceAndIndex& pair);
+  bool IsStale(const DendroGram::DistanceAndIndex& pair) const;
+  void Append(const DendroGram::DistanceAndIndex& pair);
+  Place FindPlace(float distance, Place end);
+  Place Insert(const DendroGram::DistanceAndIndex& pair, Place place);
+  void DropGone(Place& place);
+  void Split(Place& place);
+
+  ClusterNumbers numbers_;
+  std::vector<DendroGram::DistanceAndIndex> pairs_;               ///< the first slices
+  std::vector<std::vector<DendroGram::DistanceAndIndex>> added_;  ///< further ones
+  std::vector<std::size_t> free_;                                 ///< slices that no block uses
+  std::vector<Block> blocks_;                                     ///< from the farthest pairs to the nearest
+};
+
+}  // namespace kalmia
