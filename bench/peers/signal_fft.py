@@ -1,5 +1,5 @@
 #!/usr/bin/python3
-"""Times averaged power spectra of Kalmia beside NumPy's FFT on the same signals, one core each, and compares the powers.
+"""Times averaged power spectra of Kalmia beside NumPy's FFT on the same signals, one core each, and compares them.
 
     cmake --preset bench && cmake --build build/bench
     /usr/bin/python3 bench/peers/signal_fft.py build/bench/bench/peers/signal_fft_side

@@ -5,7 +5,7 @@
 #include <limits>
 #include <new>
 #include <numeric>
-#include <string>
+#include <thread>
 
 #include "kalmia/signal/WindowedPower.h"
 #include "kalmia/support/NCError.h"
@@ -202,6 +202,16 @@ TEST(FFTPowerSpectrum, FillsHolesInACopyOfTheSignal) {
   EXPECT_EQ(CellsOf(signal), PowerOf(filled, how));
   EXPECT_TRUE(HasExactCounts(signal));
   EXPECT_EQ(CellsOf(shared), holes);
+}
+
+TEST(FFTPowerSpectrum, MayRunAtTheSameTimeOnDifferentSignals) {
+  const SpectrumCase how = {64, true, FFT::DetrendLinear, FFT::ScalingPlain, FFT::WindowHann};
+  std::vector<std::vector<float>> alone, together(4);
+  for (int kind = 1; kind <= 4; ++kind) alone.push_back(PowerOf(Signal(1000, kind), how));
+  std::vector<std::thread> threads;
+  for (int i = 0; i < 4; ++i) threads.emplace_back([&, i] { together[i] = PowerOf(Signal(1000, i + 1), how); });
+  for (std::thread& thread : threads) thread.join();
+  EXPECT_EQ(together, alone);
 }
 
 TEST(FFTPowerSpectrum, IsTheSameFailureWhereItsBuffersFindNoMemory) {
