@@ -55,6 +55,14 @@ TEST(Spectrum, FindsThePeriodOfAColumn) {
                                     "Largest at frequency 0.12500, a period of 8.000 rows\n"));
 }
 
+TEST(Spectrum, LooksForThePeakBesideFrequencyZero) {
+  // The level of 5, which stays in, is most of all at 0; the window lets half of it through at the next frequency.
+  const json result = RunSpectrum(Waves(200), {"--segment", "64", "--detrend", "none", "--json"}).Json();
+  const json& spectrum = result["columns"][0]["spectrum"];
+  EXPECT_GT(spectrum[0]["power"], spectrum[1]["power"]);
+  EXPECT_EQ(result["columns"][0]["peakFrequency"], 1.0 / 64);
+}
+
 TEST(Spectrum, TellsWhichColumnFollowsWhich) {
   const std::string table = Waves(200);
   EXPECT_THAT(RunSpectrum(table, {"--with", "y", "--lags", "5"}).output,
