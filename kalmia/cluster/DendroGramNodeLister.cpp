@@ -1,6 +1,7 @@
 #include "kalmia/cluster/DendroGramNodeLister.h"
 
 #include <algorithm>
+#include <iterator>
 
 namespace DendroGram {
 
@@ -8,6 +9,7 @@ namespace {
 
 constexpr int kHorizontal = 1;
 constexpr int kVertical = 2;
+constexpr float kNoValue = -99.0F;
 
 int HalfRoundedUp(int sum) { return sum / 2 + sum % 2; }
 
@@ -18,9 +20,29 @@ DendroGramNodeLister::DendroGramNodeLister(const DendroGramNode& root) {
   columns_ = ListNode(root, centre);
 }
 
-/// The cells of a row from column `first` to `last`.
-void DendroGramNodeLister::DrawRun(int row, int first, int last) {
-  for (int column = first; column <= last; ++column) cells_[{row, column}].borders |= kHorizontal;
+/// Runs that touch or overlap become one.
+void DendroGramNodeLister::Runs::Add(int line, int first, int last) {
+  if (first > last) return;
+  auto at = lastOf_.upper_bound({line, first});
+  if (at != lastOf_.begin()) {
+    const auto before = std::prev(at);
+    if (before->first.first == line && before->second >= first - 1) {
+      first = before->first.second;
+      at = before;
+    }
+  }
+  while (at != lastOf_.end() && at->first.first == line && at->first.second <= last + 1) {
+    last = std::max(last, at->second);
+    at = lastOf_.erase(at);
+  }
+  lastOf_.emplace_hint(at, std::make_pair(line, first), last);
+}
+
+bool DendroGramNodeLister::Runs::Has(int line, int place) const {
+  const auto behind = lastOf_.upper_bound({line, place});
+  if (behind == lastOf_.begin()) return false;
+  const auto run = std::prev(behind);
+  return run->first.first == line && run->second >= place;
 }
 
 /// Returns the node's column; `centre` becomes the row of its stem.
@@ -35,24 +57,22 @@ int DendroGramNodeLister::ListNode(const DendroGramNode& node, int& centre) {
   const int leftColumn = ListNode(*node.GetLeft(), centre), leftRow = centre;
   const int rightColumn = ListNode(*node.GetRight(), centre), rightRow = centre;
   const int column = std::max(leftColumn, rightColumn) + 1;
-  DrawRun(leftRow, leftColumn + 1, column - 1);  // the shallower child comes over to this column
-  DrawRun(rightRow, rightColumn + 1, column - 1);
-  for (int row = leftRow + 1; row <= rightRow; ++row) cells_[{row, column}].borders |= kVertical;
+  horizontal_.Add(leftRow, leftColumn + 1, column - 1);  // the shallower child comes over to this column
+  horizontal_.Add(rightRow, rightColumn + 1, column - 1);
+  vertical_.Add(column, leftRow + 1, rightRow);
   centre = HalfRoundedUp(leftRow + rightRow);
-  Cell& merge = cells_[{centre, column}];
-  merge.borders |= kHorizontal;
-  merge.value = node.Height();
+  horizontal_.Add(centre, column, column);
+  merges_[{centre, column}] = node.Height();
   return column;
 }
 
 int DendroGramNodeLister::GetCellBorders(int row, int column) const {
-  const auto found = cells_.find({row, column});
-  return found == cells_.end() ? Cell().borders : found->second.borders;
+  return (horizontal_.Has(row, column) ? kHorizontal : 0) + (vertical_.Has(column, row) ? kVertical : 0);
 }
 
 float DendroGramNodeLister::GetCellValue(int row, int column) const {
-  const auto found = cells_.find({row, column});
-  return found == cells_.end() ? Cell().value : found->second.value;
+  const auto found = merges_.find({row, column});
+  return found == merges_.end() ? kNoValue : found->second;
 }
 
 }  // namespace DendroGram

@@ -11,7 +11,8 @@ namespace DendroGram {
 
 /// A tree as a grid of cells for a text listing: the observations down the rows, one column for each depth of merges,
 /// the merges from left to right. Copies what it needs: the tree may go. The only part of cluster trees that recurses,
-/// as deep as the tree is; a chain takes memory for the square of its length.
+/// as deep as the tree is. Lines are kept as runs of cells, so that a chain of n leaves takes memory for some n runs,
+/// not for its n^2 / 2 cells.
 class DendroGramNodeLister {
  public:
   explicit DendroGramNodeLister(const DendroGramNode& root);
@@ -27,15 +28,21 @@ class DendroGramNodeLister {
   bool IsBreak(int row) const { return breaks_.count(row) > 0; }  ///< whether the row is the last one of a leaf
 
  private:
-  struct Cell {
-    float value = -99.0F;
-    int borders = 0;
+  /// Runs of cells in parallel lines, which are rows or columns.
+  class Runs {
+   public:
+    void Add(int line, int first, int last);  ///< the cells from first to last, if there are any
+    bool Has(int line, int place) const;
+
+   private:
+    std::map<std::pair<int, int>, int> lastOf_;  ///< by line and first cell; there is a gap between any two of a line
   };
 
   int ListNode(const DendroGramNode& node, int& centre);
-  void DrawRun(int row, int first, int last);
 
-  std::map<std::pair<int, int>, Cell> cells_;  ///< by row and column; only those in use
+  Runs horizontal_;                              ///< in rows
+  Runs vertical_;                                ///< in columns
+  std::map<std::pair<int, int>, float> merges_;  ///< heights by row and column
   int rows_ = 0;
   int columns_ = 0;
   std::vector<int> rowIds_;

@@ -2,8 +2,13 @@
 
 #include <gtest/gtest.h>
 
-#include <memory>
+#include <algorithm>
+#include <cmath>
+#include <map>
+#include <random>
 #include <string>
+#include <utility>
+#include <vector>
 
 #include "cluster/Trees.h"
 
@@ -91,6 +96,80 @@ TEST(DendroGramNodeLister, IsCopiedAndOutlivesTheTree) {
   EXPECT_EQ(Borders(copy), Borders(lister));
   EXPECT_EQ(Borders(assigned), Borders(lister));
   EXPECT_EQ(assigned.GetRowID(5), 5);
+}
+
+/// The grid cell by cell, as plainly as it can be said.
+class PlainGrid {
+ public:
+  explicit PlainGrid(const DendroGramNode& root) {
+    int centre = 0;
+    columns = List(root, centre);
+  }
+  int Borders(int row, int column) const {
+    const auto cell = cells_.find({row, column});
+    return cell == cells_.end() ? 0 : cell->second.second;
+  }
+  float Value(int row, int column) const {
+    const auto cell = cells_.find({row, column});
+    return cell == cells_.end() ? -99.0F : cell->second.first;
+  }
+  int rows = 0, columns = 0;
+
+ private:
+  std::pair<float, int>& At(int row, int column) {
+    return cells_.emplace(std::make_pair(row, column), std::make_pair(-99.0F, 0)).first->second;
+  }
+  int List(const DendroGramNode& node, int& centre) {
+    if (node.IsLeaf()) {
+      centre = static_cast<int>(std::ceil((2 * rows + node.SizeItems()) * 0.5));
+      rows += node.SizeItems();
+      return 0;
+    }
+    const int c1 = List(*node.GetLeft(), centre), r1 = centre;
+    const int c2 = List(*node.GetRight(), centre), r2 = centre;
+    const int column = std::max(c1, c2) + 1;
+    for (int c = c1 + 1; c < column; ++c) At(r1, c).second |= 1;
+    for (int c = c2 + 1; c < column; ++c) At(r2, c).second |= 1;
+    for (int r = r1 + 1; r <= r2; ++r) At(r, column).second |= 2;
+    centre = static_cast<int>(std::ceil((r2 + r1) * 0.5));
+    At(centre, column) = {node.Height(), At(centre, column).second | 1};
+    return column;
+  }
+
+  std::map<std::pair<int, int>, std::pair<float, int>> cells_;
+};
+
+/// A random tree whose leaves have up to three items, or none: their stems then share rows.
+Tree RandomTreeOfSets(int leafs, unsigned seed) {
+  std::mt19937 random(seed);
+  std::vector<Tree> trees;
+  for (int k = 0, item = 0; k < leafs; ++k) {
+    std::vector<int> items(random() % 4);
+    for (int& each : items) each = ++item;
+    trees.emplace_back(new DendroGramNode(items.cbegin(), items.cend()));
+  }
+  for (float height = 1; trees.size() > 1; ++height) {
+    const std::size_t at = random() % (trees.size() - 1);
+    trees[at] = Merge(height, std::move(trees[at]), std::move(trees[at + 1]));
+    trees.erase(trees.begin() + static_cast<std::ptrdiff_t>(at) + 1);
+  }
+  return std::move(trees.front());
+}
+
+TEST(DendroGramNodeLister, HasTheCellsOfAPlainGrid) {
+  for (unsigned seed = 1; seed <= 40; ++seed) {
+    const Tree tree = RandomTreeOfSets(1 + static_cast<int>(seed), seed);
+    const PlainGrid plain(*tree);
+    const DendroGramNodeLister lister(*tree);
+    ASSERT_EQ(lister.SizeRows(), plain.rows);
+    ASSERT_EQ(lister.SizeCols(), plain.columns);
+    for (int row = -1; row <= plain.rows + 1; ++row)
+      for (int column = -1; column <= plain.columns + 1; ++column) {
+        SCOPED_TRACE(std::to_string(seed) + ": " + std::to_string(row) + ", " + std::to_string(column));
+        EXPECT_EQ(lister.GetCellBorders(row, column), plain.Borders(row, column));
+        EXPECT_EQ(lister.GetCellValue(row, column), plain.Value(row, column));
+      }
+  }
 }
 
 TEST(DendroGramNodeLister, ListsAChainOf2000Leafs) {
