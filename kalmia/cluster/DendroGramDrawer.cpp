@@ -157,7 +157,7 @@ std::list<const DendroGramNode*>* DendroGramDrawer::SplitByHeight(float top, flo
   NodesByPlace nodes;
   Walk({root_, 0, std::numeric_limits<float>::max()}, [&](const Item& item) {
     const DendroGramNode* const parent = item.node->GetParent();
-    if (h <= item.node->Height() || (parent && h >= parent->Height())) return false;
+    if (h <= item.node->Height() || (parent && !(h < parent->Height()))) return false;  // nothing is below a NaN
     nodes.emplace(item.low, item.node);
     return true;
   });

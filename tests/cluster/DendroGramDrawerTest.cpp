@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <limits>
 #include <list>
 #include <memory>
 #include <sstream>
@@ -33,8 +34,11 @@ class Notes : public DendroGram::DendroGramDrawOutput {
   bool GetLabelRect(const std::vector<int>* items, float x, float y, float* left, float* top, float* width,
                     float* height) override {
     asked.push_back(items->at(0));
+    std::ostringstream label;
+    label << items->at(0) << " at " << x << "," << y;
+    askedAt.push_back(label.str());
     *left = x;
-    *top = y + 1;
+    *top = y + 1 + shift;
     *width = 3;
     *height = static_cast<float>(items->at(0));
     return items->at(0) != unlabelled && unlabelled != 0;
@@ -42,6 +46,8 @@ class Notes : public DendroGram::DendroGramDrawOutput {
 
   std::vector<std::string> lines, labels;
   std::vector<int> asked;
+  std::vector<std::string> askedAt;
+  float shift = 0;     ///< of all labels, downwards
   int unlabelled = 0;  ///< the item without a label; 0: nothing has one
 };
 
@@ -140,6 +146,33 @@ TEST_F(DrawnTree, DrawsAHigherNodeBelowAnExcludedOne) {
   EXPECT_EQ(high.lines.size(), 2U) << "its crossbar and stem; its leaves are excluded";
 }
 
+TEST_F(DrawnTree, DrawsASelectedSubtreeOnceThoughAPartOfItIsSelectedToo) {
+  drawer_.AddDrawn(right_);
+  drawer_.AddDrawn(right_->GetLeft());
+  EXPECT_THAT(Drawn().labels, ElementsAre("3 at 5,8", "4 at 7,8"));
+  const Tree stranger = Leaf({9});
+  DendroGramDrawer ofNothing(*tree_);
+  ofNothing.AddDrawn(stranger.get());
+  Notes notes;
+  ofNothing.Draw(notes, 0, 8, 0, 8);
+  EXPECT_THAT(notes.lines, IsEmpty());
+  EXPECT_THAT(notes.labels, IsEmpty());
+}
+
+TEST_F(DrawnTree, IsDrawnAlikeByACopyOfTheDrawer) {
+  drawer_.AddDrawn(right_);
+  drawer_.AddExcluded(right_->GetLeft());
+  drawer_.DisplayLabels(false);
+  const DendroGramDrawer copy(drawer_);
+  drawer_.ClearDrawn();
+  drawer_.ClearExcluded();
+  drawer_.DisplayLabels(true);
+  Notes notes;
+  copy.Draw(notes, 0, 8, 0, 8);
+  EXPECT_THAT(notes.lines, ElementsAre("(3 4):1: 5,6 7,6", "(3 4):1: 6,6 6,0", "4: 7,8 7,6"));
+  EXPECT_THAT(notes.labels, IsEmpty());
+}
+
 TEST_F(DrawnTree, OfASubtreeHasAStemBeyondItsTop) {
   Notes notes;
   DendroGramDrawer(*left_).Draw(notes, 0, 4, 0, 8);
@@ -168,6 +201,26 @@ TEST_F(DrawnTree, MakesRoomForItsLowestLabel) {
   drawer_.AdjustForLabels(notes, left, right, top, bottom);
   EXPECT_EQ(bottom, 5.0F);  // that of 2 at 11
   EXPECT_THAT(notes.asked, ElementsAre(1, 2));
+}
+
+TEST_F(DrawnTree, AsksForLabelsWhereItDrawsThem) {
+  Notes notes;
+  notes.unlabelled = 9;
+  float left = 0, right = 8, top = 0, bottom = 8;
+  drawer_.AdjustForLabels(notes, left, right, top, bottom);
+  EXPECT_THAT(notes.askedAt, ElementsAre("1 at 1,8", "2 at 3,8", "3 at 5,8", "4 at 7,8"));
+}
+
+TEST_F(DrawnTree, NeedsNoRoomForLabelsThatEndAboveItsBase) {
+  Notes notes;
+  notes.unlabelled = 9;
+  notes.shift = -20;
+  float left = 0, right = 8, top = 0, bottom = 8;
+  drawer_.AdjustForLabels(notes, left, right, top, bottom);
+  EXPECT_EQ(bottom, 8.0F);
+  notes.shift = -5;  // that of 4 ends at 8 + 1 - 5 + 4, on the base
+  drawer_.AdjustForLabels(notes, left, right, top, bottom);
+  EXPECT_EQ(bottom, 8.0F);
 }
 
 TEST_F(DrawnTree, NeedsNoRoomWithoutLabels) {
@@ -229,6 +282,22 @@ TEST_F(DrawnTree, IsCutIntoTheClustersBelowALine) {
   EXPECT_THAT(cut(0), IsEmpty());
   EXPECT_THAT(cut(8), IsEmpty());
   EXPECT_THAT(cut(-1), ElementsAre(Text(*tree_))) << "above the root";
+}
+
+TEST_F(DrawnTree, TakesNoClusterBelowAHeightThatIsNoNumber) {
+  const float nan = std::numeric_limits<float>::quiet_NaN();
+  const Tree tree = Merge(4, Merge(nan, Leaf({1}), Leaf({2})), Leaf({3}));
+  EXPECT_THAT(Texts(DendroGramDrawer(*tree).SplitByHeight(0, 8, 4)), ElementsAre("(1 2):nan", "3"));
+  EXPECT_THAT(Texts(DendroGramDrawer(*tree->GetLeft()).SplitByHeight(0, 8, 4)), IsEmpty()) << "cut at a NaN";
+  EXPECT_THAT(Texts(DendroGramDrawer(*left_).SplitByHeight(8, 8, 8)), IsEmpty()) << "0 / 0 of a picture without height";
+}
+
+TEST_F(DrawnTree, IsCutThroughANodeThatIsHigherThanItsParent) {
+  const Tree tree = Merge(4, Merge(1, Merge(3, Leaf({1}), Leaf({2})), Leaf({3})), Leaf({4}));
+  // At 2 the node of height 1 is below and its parent above: what is above the cut inside of it stays with it.
+  EXPECT_THAT(Texts(DendroGramDrawer(*tree).SplitByHeight(0, 8, 4)), ElementsAre("((1 2):3 3):1", "4"));
+  // At 0.5 the walk comes down to it: the leaves of the higher node, and 3.
+  EXPECT_THAT(Texts(DendroGramDrawer(*tree).SplitByHeight(0, 8, 7)), ElementsAre("1", "2", "3", "4"));
 }
 
 TEST_F(DrawnTree, IsNotCutAtItsTopWhateverTheHeight) {

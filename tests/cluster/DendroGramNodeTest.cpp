@@ -6,11 +6,14 @@
 #include <algorithm>
 #include <functional>
 #include <list>
+#include <sstream>
+#include <string>
 #include <utility>
 
 #include "cluster/Trees.h"
 #include "kalmia/support/NCError.h"
 #include "testing/AllocationMeter.h"
+#include "testing/StreamAttacks.h"
 
 namespace {
 
@@ -128,6 +131,36 @@ TEST(DendroGramNode, SwapExchangesWholeTrees) {
   EXPECT_EQ(b->SizeLeafs(), 5);
 }
 
+TEST(DendroGramNode, SwapExchangesParentsHeightsCountsAndStemsToo) {
+  const Tree tree = Merge(4, Leaf({1}), Merge(3, Leaf({2}), Merge(2, Leaf({3}), Leaf({4})))), other = Leaf({9});
+  DendroGramNode& right = const_cast<DendroGramNode&>(*tree->GetRight());
+  const float stem = right.GetXOffset();
+  right.swap(*other);
+  EXPECT_EQ(other->GetParent(), tree.get());
+  EXPECT_EQ(right.GetParent(), nullptr);
+  EXPECT_EQ(other->Height(), 3.0F);
+  EXPECT_EQ(other->SizeLeafs(), 3);
+  EXPECT_EQ(other->GetXOffset(), stem);
+  EXPECT_EQ(right.GetXOffset(), 0.5F);
+  EXPECT_EQ(Text(*tree), "(1 9):4") << "the node above still points at the address";
+  right.swap(*other);
+  EXPECT_TRUE(HasSoundLinks(*tree));
+  EXPECT_EQ(Text(*tree), "(1 (2 (3 4):2):3):4");
+}
+
+TEST(DendroGramNode, EqualityLooksAtTheStemsOfLeafsToo) {
+  const Tree leaf = Leaf({1}), read(new DendroGramNode);
+  std::string bytes = StreamOf(*leaf);
+  const float half = 0.5F, third = 1.0F / 3;
+  const std::size_t at = bytes.find(std::string(reinterpret_cast<const char*>(&half), sizeof half));
+  ASSERT_NE(at, std::string::npos);
+  bytes.replace(at, sizeof third, reinterpret_cast<const char*>(&third), sizeof third);
+  std::istringstream stream(bytes);
+  ASSERT_TRUE(stream >> *read);
+  EXPECT_EQ(read->GetXOffset(), third);
+  EXPECT_TRUE(*leaf != *read);
+}
+
 TEST(DendroGramNode, DestroyOfNothingDoesNothing) { DendroGramNode::Destroy(nullptr); }
 
 TEST(DendroGramNode, EqualityLooksAtShapeHeightsAndItemsButNotAtModelsOrParents) {
@@ -187,6 +220,13 @@ TEST(DendroGramNode, GetNodesCoversTheSelectedLeafsWithTheFewestNodes) {
   EXPECT_EQ(texts({1, 2, 4}), "(1 2):1, 4");
   EXPECT_EQ(texts({2, 3, 4, 5}), "2, (3 (4 5):2):3");
   EXPECT_EQ(texts({-1, 0, 4, 5, 6}), "(4 5):2");
+}
+
+TEST(DendroGramNode, GetNodesRelinksWithWhatIsInTheListAlready) {
+  const Tree tree = FiveLeafs(), other = Leaf({9});
+  NodeList nodes = {tree->GetRight()->GetLeft(), other.get()};  // 3, and a stranger
+  tree->GetNodes({4, 5}, nodes);
+  EXPECT_THAT(nodes, ElementsAre(other.get(), tree->GetRight()));
 }
 
 TEST(DendroGramNode, GetNodesTakesALeafOnlyWithAllItsItemsAndOneWithoutAnyAlways) {

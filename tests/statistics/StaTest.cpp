@@ -59,6 +59,9 @@ TEST(Sta, WithTenThousandDegreesOfFreedomTIsNearlyNormalButForTheRoundingOfLogGa
   // Exactly 1.9602; log gamma of 5000 is a float with steps of 0.002, which moves t by 1.3e-3.
   EXPECT_NEAR(Sta::GetStudentsT(0.95F, 10000, false), 1.9615F, 2e-4F);
   EXPECT_EQ(Sta::GetStudentsT(0.975F, 10000, true), Sta::GetStudentsT(0.95F, 10000, false));
+  EXPECT_NEAR(Sta::GetStudentsT(0.9F, 10000, false), 1.6315F, 2e-4F);  // exactly 1.6450
+  // Up to 0.01726 = sqrt(10000 * 2^-25) x = df / (t^2 + df) rounds to 1; the bisection comes as near as 1e-4.
+  EXPECT_NEAR(Sta::GetStudentsT(0.0F, 10000, false), std::sqrt(10000 * 0x1p-25F), 1e-4F);
 }
 
 TEST(Sta, ExtremeProbabilitiesOfTGiveTheEndsOfTheBisection) {
