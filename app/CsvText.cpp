@@ -27,15 +27,17 @@ void CsvText::EndLine() {
   lineIsEmpty_ = true;
 }
 
-CsvFile ComponentsCsv(const std::string& file, const std::string& what, const std::string& symbol,
-                      const std::vector<std::string>& names, const NCDataMatrix<float>& prim) {
+CsvFile ComponentsCsv(const std::string& file, const std::string& what, const std::vector<std::string>& names,
+                      const std::vector<NamedComponents>& parts) {
   CsvText csv;
   csv.Field(what);
-  for (int a = 1; a <= prim.SizeRows(); ++a) csv.Field(symbol + std::to_string(a));
+  for (const NamedComponents& part : parts)
+    for (int a = 1; a <= part.prim.SizeRows(); ++a) csv.Field(part.symbol + std::to_string(a));
   csv.EndLine();
   for (std::size_t i = 0; i < names.size(); ++i) {
     csv.Field(names[i]);
-    for (int a = 1; a <= prim.SizeRows(); ++a) csv.Cell(prim[a][static_cast<int>(i) + 1]);
+    for (const NamedComponents& part : parts)
+      for (int a = 1; a <= part.prim.SizeRows(); ++a) csv.Cell(part.prim[a][static_cast<int>(i) + 1]);
     csv.EndLine();
   }
   return {file, csv.Text()};

@@ -32,10 +32,16 @@ class CsvText {
   bool lineIsEmpty_ = true;
 };
 
-/// One line for each name, one column for each component, `symbol` and its number: a matrix with components in rows,
+/// Components with the letter that they are numbered behind: t, po.
+struct NamedComponents {
+  std::string symbol;
+  NCDataMatrix<float> prim;  ///< components in rows
+};
+
+/// One line for each name, one column for each component, its symbol and its number: matrices with components in rows,
 /// turned. `what` is the title of the names.
-CsvFile ComponentsCsv(const std::string& file, const std::string& what, const std::string& symbol,
-                      const std::vector<std::string>& names, const NCDataMatrix<float>& prim);
+CsvFile ComponentsCsv(const std::string& file, const std::string& what, const std::vector<std::string>& names,
+                      const std::vector<NamedComponents>& parts);
 
 /// rows.csv: Hotelling's T2 and the distance to the model of each row.
 CsvFile RowsCsv(const std::vector<std::string>& names, const std::vector<double>& t2,

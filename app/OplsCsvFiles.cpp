@@ -23,24 +23,6 @@ CsvFile ComponentRecordsCsv(const OplsOutcome& outcome) {
   return {"components.csv", csv.Text()};
 }
 
-/// One line for each name: the predictive components p1.. (or t1.., by `symbol`), then the orthogonal ones po1..
-CsvFile BothKindsCsv(const std::string& file, const std::string& what, const std::string& symbol,
-                     const std::vector<std::string>& names, const NCDataMatrix<float>& predictive,
-                     const NCDataMatrix<float>& orthogonal) {
-  CsvText csv;
-  csv.Field(what);
-  for (int a = 1; a <= predictive.SizeRows(); ++a) csv.Field(symbol + std::to_string(a));
-  for (int o = 1; o <= orthogonal.SizeRows(); ++o) csv.Field(symbol + "o" + std::to_string(o));
-  csv.EndLine();
-  for (int i = 1; i <= static_cast<int>(names.size()); ++i) {
-    csv.Field(names[static_cast<std::size_t>(i - 1)]);
-    for (int a = 1; a <= predictive.SizeRows(); ++a) csv.Cell(predictive[a][i]);
-    for (int o = 1; o <= orthogonal.SizeRows(); ++o) csv.Cell(orthogonal[o][i]);
-    csv.EndLine();
-  }
-  return {file, csv.Text()};
-}
-
 CsvFile CoefficientsCsv(const StoredOpls& model) {
   const Coefficients coefficients = CoefficientsInOriginalUnits(model);
   CsvText csv;
@@ -99,12 +81,12 @@ std::vector<CsvFile> OplsCsvFiles(const OplsOutcome& outcome) {
   const OplsMatrices& opls = model.opls;
   const CrossValidatedScores& left = outcome.crossValidated;
   return {ComponentRecordsCsv(outcome),
-          BothKindsCsv("scores.csv", "row", "t", model.rowNames, opls.t, opls.to),
-          BothKindsCsv("cross-validated-scores.csv", "row", "t", model.rowNames, left.t, left.to),
-          ComponentsCsv("y-scores.csv", "row", "u", model.rowNames, outcome.u),
-          BothKindsCsv("loadings.csv", "column", "p", model.xNames, opls.p.back(), opls.po),
-          BothKindsCsv("weights.csv", "column", "w", model.xNames, opls.w.back(), opls.wo),
-          BothKindsCsv("y-weights.csv", "column", "c", model.yNames, opls.c.back(), opls.co),
+          ComponentsCsv("scores.csv", "row", model.rowNames, {{"t", opls.t}, {"to", opls.to}}),
+          ComponentsCsv("cross-validated-scores.csv", "row", model.rowNames, {{"t", left.t}, {"to", left.to}}),
+          ComponentsCsv("y-scores.csv", "row", model.rowNames, {{"u", outcome.u}}),
+          ComponentsCsv("loadings.csv", "column", model.xNames, {{"p", opls.p.back()}, {"po", opls.po}}),
+          ComponentsCsv("weights.csv", "column", model.xNames, {{"w", opls.w.back()}, {"wo", opls.wo}}),
+          ComponentsCsv("y-weights.csv", "column", model.yNames, {{"c", opls.c.back()}, {"co", opls.co}}),
           SPlotCsv(outcome),
           CoefficientsCsv(model),
           VipCsv(model),

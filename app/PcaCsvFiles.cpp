@@ -35,8 +35,8 @@ CsvFile ColumnsCsv(const PcaOutcome& outcome) {
 std::vector<CsvFile> PcaCsvFiles(const PcaOutcome& outcome) {
   const StoredPca& model = outcome.model;
   const NCDataMatrix<float>& scores = *model.pca->GetTprim();
-  return {ComponentRecordsCsv(outcome), ComponentsCsv("scores.csv", "row", "t", model.rowNames, scores),
-          ComponentsCsv("loadings.csv", "column", "p", model.xNames, *model.pca->GetPprim()), ColumnsCsv(outcome),
+  return {ComponentRecordsCsv(outcome), ComponentsCsv("scores.csv", "row", model.rowNames, {{"t", scores}}),
+          ComponentsCsv("loadings.csv", "column", model.xNames, {{"p", *model.pca->GetPprim()}}), ColumnsCsv(outcome),
           RowsCsv(model.rowNames, HotellingT2(scores),
                   DistancesToModel(model, model.Components(), outcome.rows))};
 }

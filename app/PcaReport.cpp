@@ -11,8 +11,6 @@ namespace kalmia::app {
 
 namespace {
 
-constexpr std::size_t kLinesShown = 20;  ///< of the loadings, and of the scores
-
 std::string Outcome(const PcaOutcome& outcome) {
   if (outcome.AnyKept()) {
     const std::string early = outcome.endedEarly.empty() ? "" : "; no further one: " + outcome.endedEarly;
@@ -31,8 +29,8 @@ std::string Outcome(const PcaOutcome& outcome) {
 }
 
 std::string NamedText(const StoredPca& model) {
-  return "\n" + NamedComponentsText("column", "p", model.xNames, *model.pca->GetPprim(), kLinesShown) + "\n" +
-         NamedComponentsText("row", "t", model.rowNames, *model.pca->GetTprim(), kLinesShown);
+  return "\n" + NamedComponentsText("column", model.xNames, {{"p", *model.pca->GetPprim()}}, kLinesShown) + "\n" +
+         NamedComponentsText("row", model.rowNames, {{"t", *model.pca->GetTprim()}}, kLinesShown);
 }
 
 }  // namespace
@@ -55,8 +53,8 @@ std::string PcaJson(const CsvTable& table, const PcaOutcome& outcome, const Note
   json["loadings"] = Json::array();
   json["scores"] = Json::array();
   if (outcome.AnyKept()) {
-    json["loadings"] = NamedComponentsJson("p", model.xNames, *model.pca->GetPprim());
-    json["scores"] = NamedComponentsJson("t", model.rowNames, *model.pca->GetTprim());
+    json["loadings"] = NamedComponentsJson(model.xNames, {{"p", *model.pca->GetPprim()}});
+    json["scores"] = NamedComponentsJson(model.rowNames, {{"t", *model.pca->GetTprim()}});
   }
   AddFilesJson(files, notes, &json);
   return JsonText(json);

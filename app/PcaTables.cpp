@@ -54,35 +54,39 @@ Json PcaComponentJson(const std::vector<PcaComponentRecord>& components) {
   return list;
 }
 
-std::string NamedComponentsText(const std::string& what, const std::string& symbol,
-                                const std::vector<std::string>& names, const NCDataMatrix<float>& prim,
-                                std::size_t most) {
+std::string NamedComponentsText(const std::string& what, const std::vector<std::string>& names,
+                                const std::vector<NamedComponents>& parts, std::size_t most) {
   TextTable table;
   table.AddColumn(what, Align::Left);
-  for (int a = 1; a <= prim.SizeRows(); ++a) table.AddColumn(symbol + std::to_string(a), Align::Right);
+  for (const NamedComponents& part : parts)
+    for (int a = 1; a <= part.prim.SizeRows(); ++a) table.AddColumn(part.symbol + std::to_string(a), Align::Right);
   const std::size_t shown = names.size() > most ? most : names.size();
   for (std::size_t i = 0; i < shown; ++i) {
     std::vector<std::string> cells = {names[i]};
-    for (int a = 1; a <= prim.SizeRows(); ++a) {
-      const float cell = prim[a][static_cast<int>(i) + 1];
-      cells.push_back(cell == kMissingCell ? "-" : Significant(cell, kNumberDigits));
-    }
+    for (const NamedComponents& part : parts)
+      for (int a = 1; a <= part.prim.SizeRows(); ++a) {
+        const float cell = part.prim[a][static_cast<int>(i) + 1];
+        cells.push_back(cell == kMissingCell ? "-" : Significant(cell, kNumberDigits));
+      }
     table.AddRow(cells);
   }
   if (shown == names.size()) return table.Text();
   return table.Text() + "  and " + std::to_string(names.size() - shown) + " more: --csv or --json gives them all\n";
 }
 
-Json NamedComponentsJson(const std::string& symbol, const std::vector<std::string>& names,
-                         const NCDataMatrix<float>& prim) {
+Json NamedComponentsJson(const std::vector<std::string>& names, const std::vector<NamedComponents>& parts) {
   Json list = Json::array();
   for (std::size_t i = 0; i < names.size(); ++i) {
-    Json numbers = Json::array();
-    for (int a = 1; a <= prim.SizeRows(); ++a) {
-      const float cell = prim[a][static_cast<int>(i) + 1];
-      numbers.push_back(cell == kMissingCell ? Json(nullptr) : JsonNumber(AsWritten(cell)));
+    Json line = {{"name", names[i]}};
+    for (const NamedComponents& part : parts) {
+      Json numbers = Json::array();
+      for (int a = 1; a <= part.prim.SizeRows(); ++a) {
+        const float cell = part.prim[a][static_cast<int>(i) + 1];
+        numbers.push_back(cell == kMissingCell ? Json(nullptr) : JsonNumber(AsWritten(cell)));
+      }
+      line[part.symbol] = numbers;
     }
-    list.push_back({{"name", names[i]}, {symbol, numbers}});
+    list.push_back(line);
   }
   return list;
 }

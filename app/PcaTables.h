@@ -4,10 +4,12 @@
 #include <vector>
 
 #include "app/ComponentRecord.h"
+#include "app/CsvText.h"
 #include "app/Json.h"
-#include "kalmia/containers/NCDataMatrix.h"
 
 namespace kalmia::app {
+
+constexpr std::size_t kLinesShown = 20;  ///< of loadings and of scores
 
 // Principal components as they are shown for a model just fitted and for a stored one.
 
@@ -16,13 +18,11 @@ namespace kalmia::app {
 std::string PcaComponentText(const std::vector<PcaComponentRecord>& components);
 Json PcaComponentJson(const std::vector<PcaComponentRecord>& components);
 
-/// A line for each name, a column for each component, `symbol` and its number: a matrix with components in rows,
+/// A line for each name, a column for each component, its symbol and its number: matrices with components in rows,
 /// turned. At most `most` lines, then one that says how many more there are.
-std::string NamedComponentsText(const std::string& what, const std::string& symbol,
-                                const std::vector<std::string>& names, const NCDataMatrix<float>& prim,
-                                std::size_t most);
-/// A list of objects {"name": ..., symbol: [one number for each component]}, null for what is missing.
-Json NamedComponentsJson(const std::string& symbol, const std::vector<std::string>& names,
-                         const NCDataMatrix<float>& prim);
+std::string NamedComponentsText(const std::string& what, const std::vector<std::string>& names,
+                                const std::vector<NamedComponents>& parts, std::size_t most);
+/// A list of objects {"name": ..., symbol: [one number for each component], ...}, null for what is missing.
+Json NamedComponentsJson(const std::vector<std::string>& names, const std::vector<NamedComponents>& parts);
 
 }  // namespace kalmia::app

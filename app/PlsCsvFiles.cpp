@@ -56,12 +56,12 @@ std::vector<CsvFile> PlsCsvFiles(const PlsOutcome& outcome) {
   const StoredPls& model = outcome.model;
   const NCPLS& pls = *model.pls;
   return {QCsv(outcome),
-          ComponentsCsv("scores.csv", "row", "t", model.rowNames, *pls.GetTprim()),
-          ComponentsCsv("y-scores.csv", "row", "u", model.rowNames, *pls.GetUprim()),
-          ComponentsCsv("loadings.csv", "column", "p", model.xNames, *pls.GetPprim()),
-          ComponentsCsv("weights.csv", "column", "w", model.xNames, *pls.GetWprim()),
-          ComponentsCsv("w-star.csv", "column", "w*", model.xNames, pls.GetWStarPrim()),
-          ComponentsCsv("y-weights.csv", "column", "c", model.yNames, *pls.GetCprim()),
+          ComponentsCsv("scores.csv", "row", model.rowNames, {{"t", *pls.GetTprim()}}),
+          ComponentsCsv("y-scores.csv", "row", model.rowNames, {{"u", *pls.GetUprim()}}),
+          ComponentsCsv("loadings.csv", "column", model.xNames, {{"p", *pls.GetPprim()}}),
+          ComponentsCsv("weights.csv", "column", model.xNames, {{"w", *pls.GetWprim()}}),
+          ComponentsCsv("w-star.csv", "column", model.xNames, {{"w*", pls.GetWStarPrim()}}),
+          ComponentsCsv("y-weights.csv", "column", model.yNames, {{"c", *pls.GetCprim()}}),
           CoefficientsCsv(model),
           VipCsv(model),
           RowsCsv(model.rowNames, HotellingT2(*pls.GetTprim()),
