@@ -54,7 +54,9 @@ std::optional<std::uint64_t> ReadSize(const std::string& text) {
 bool IsFlag(const CLI::Option* option) { return option->get_expected_max() == 0; }
 
 /// "--groups '5'": an option as it came.
-std::string AsGiven(const CLI::Option* option) { return option->get_name() + " " + Quoted(option->results().front()); }
+std::string AsGiven(const CLI::Option* option) {
+  return option->get_name() + (IsFlag(option) ? "" : " " + Quoted(option->results().front()));
+}
 
 }  // namespace
 
@@ -91,6 +93,13 @@ void CommandOptions::Names(const std::string& name, std::vector<std::string>* va
 }
 
 void CommandOptions::Number(const std::string& name, int lowest, int* value, const std::string& help) {
+  CLI::Option* option = Add(command_->add_option(name, help), "N");
+  conversions_.emplace_back([this, option, lowest, value] {
+    if (option->count() > 0) *value = NumberOf(option, "", lowest);
+  });
+}
+
+void CommandOptions::Number(const std::string& name, int lowest, std::optional<int>* value, const std::string& help) {
   CLI::Option* option = Add(command_->add_option(name, help), "N");
   conversions_.emplace_back([this, option, lowest, value] {
     if (option->count() > 0) *value = NumberOf(option, "", lowest);

@@ -36,6 +36,7 @@ class CommandOptions {
   void Names(const std::string& name, std::vector<std::string>* values, const std::string& help);
   /// A whole number from `lowest` on.
   void Number(const std::string& name, int lowest, int* value, const std::string& help);
+  void Number(const std::string& name, int lowest, std::optional<int>* value, const std::string& help);
   /// The same, or the word auto, which is no number.
   void NumberOrAuto(const std::string& name, int lowest, std::optional<int>* value, const std::string& help);
   /// Any finite number that `accepts` takes; `takes` says in messages which those are: "a number above 0".

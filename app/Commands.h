@@ -13,6 +13,7 @@ namespace kalmia::app {
 std::string RunCommand(const PlsOptions& options, Notes* notes);
 std::string RunCommand(const PcaOptions& options, Notes* notes);
 std::string RunCommand(const OplsOptions& options, Notes* notes);
+std::string RunCommand(const O2plsOptions& options, Notes* notes);
 std::string RunCommand(const PredictOptions& options, Notes* notes);
 std::string RunCommand(const FillOptions& options, Notes* notes);
 std::string RunCommand(const InfoOptions& options, Notes* notes);

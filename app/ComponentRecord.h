@@ -2,6 +2,8 @@
 
 #include <vector>
 
+#include "kalmia/o2pls/SignificanceE.h"
+
 namespace kalmia::app {
 
 /// How much of Y one component describes and predicts; shares of 1. Not a number where nothing can be said.
@@ -34,6 +36,19 @@ struct OplsComponentRecord {
   double q2 = 0.0;           ///< what it adds to the cross-validated Q2 of the model; of the predictive ones, theirs
   double q2Cum = 0.0;        ///< of the model with the orthogonal components up to this one
   double q2Limit = 0.0;
+};
+
+/// What is known of one component of an O2PLS model; shares of 1.
+struct O2plsComponentRecord {
+  enum Kind { Joint, XUnique, YUnique };
+
+  Kind kind = Joint;
+  bool kept = false;
+  SignificanceE::Significance verdict = SignificanceE::NA;  ///< of cross-validation
+  double r2x = 0.0;      ///< share of the sum of squares of X that it takes off; not a number where it is not kept
+  double r2y = 0.0;      ///< the same of Y
+  double q2 = 0.0;       ///< of Y (of a component unique to Y: of X), with the components of its kind up to this one
+  double q2Limit = 0.0;  ///< what it has to gain
 };
 
 /// What is known of one principal component; shares of 1. Not a number where nothing can be said.

@@ -51,11 +51,14 @@ ProgressLine::~ProgressLine() {
 }
 
 void ProgressLine::Show(const std::string& label, double share) {
+  if (drawn_ && std::chrono::steady_clock::now() - lastDrawn_ < kRedraw) return;
+  ShowAtOnce(label, share);
+}
+
+void ProgressLine::ShowAtOnce(const std::string& label, double share) {
   if (!onTerminal_) return;
-  const auto now = std::chrono::steady_clock::now();
-  if (drawn_ && now - lastDrawn_ < kRedraw) return;
   drawn_ = true;
-  lastDrawn_ = now;
+  lastDrawn_ = std::chrono::steady_clock::now();
   const std::string line = Bar(share) + label;
   Draw(std::string(kWipe) + line.substr(0, TerminalWidth() - 1));
 }

@@ -18,6 +18,8 @@ class ProgressLine {
 
   /// Draws the label and a bar filled by `share`, 0 to 1; at most some twenty times a second.
   void Show(const std::string& label, double share);
+  /// Draws them at once: the beginning of something that may take long.
+  void ShowAtOnce(const std::string& label, double share);
 
  private:
   bool onTerminal_;

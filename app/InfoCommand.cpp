@@ -5,6 +5,7 @@
 #include "app/Json.h"
 #include "app/ModelFile.h"
 #include "app/Numbers.h"
+#include "app/O2plsTables.h"
 #include "app/OplsTables.h"
 #include "app/PcaTables.h"
 #include "app/Scaling.h"
@@ -61,13 +62,21 @@ Json ColumnsJson(const std::vector<std::string>& names, const NCScale& scale) {
 std::string KindName(const StoredPls& /*model*/) { return "PLS"; }
 std::string KindName(const StoredPca& /*model*/) { return "PCA"; }
 std::string KindName(const StoredOpls& /*model*/) { return "OPLS"; }
+std::string KindName(const StoredO2pls& /*model*/) { return "O2PLS"; }
 
 const char* InfoFormat(const StoredPls& /*model*/) { return "kalmia-info"; }
 const char* InfoFormat(const StoredPca& /*model*/) { return "kalmia-info-pca"; }
 const char* InfoFormat(const StoredOpls& /*model*/) { return "kalmia-info-opls"; }
+const char* InfoFormat(const StoredO2pls& /*model*/) { return "kalmia-info-o2pls"; }
 
 std::string OwnLines(const YModelFrame& model) { return LabelledNames("Y", model.yNames); }
 std::string OwnLines(const StoredPca& /*model*/) { return ""; }
+std::string OwnLines(const StoredO2pls& model) {
+  return Labelled("Y block of", OneLine(model.yTable)) +
+         Labelled("Y columns", std::to_string(model.yNames.size()) + ", " + ScalingText(model.scaling)) +
+         LabelledNames("", model.yNames) +
+         Labelled("", "pooled deviation " + Significant(model.yPooledDeviation, kDigits) + " of Y, in scaled units");
+}
 
 std::string OwnTables(const StoredPls& model) {
   return ComponentText(model.components, model.yNames) + "\n" + QualityText(model);
@@ -77,6 +86,10 @@ std::string OwnTables(const StoredPca& model) { return PcaComponentText(model.co
 
 std::string OwnTables(const StoredOpls& model) {
   return OplsComponentText(model.components) + "\n" + QualityText(model);
+}
+
+std::string OwnTables(const StoredO2pls& model) {
+  return O2plsComponentText(model.components) + "\n" + SharesText(model.components);
 }
 
 void AddOwnJson(const StoredPls& model, Json* json) {
@@ -91,6 +104,14 @@ void AddOwnJson(const StoredOpls& model, Json* json) {
   (*json)["y"] = ColumnsJson(model.yNames, *model.yScale);
   (*json)["components"] = OplsComponentJson(model.components);
   (*json)["quality"] = QualityJson(model);
+}
+
+void AddOwnJson(const StoredO2pls& model, Json* json) {
+  (*json)["yTable"] = model.yTable;
+  (*json)["y"] = ColumnsJson(model.yNames, *model.yScale);
+  (*json)["yPooledDeviation"] = JsonNumber(model.yPooledDeviation);
+  (*json)["components"] = O2plsComponentJson(model.components);
+  (*json)["shares"] = SharesJson(model.components);
 }
 
 template <class Model>

@@ -73,4 +73,8 @@ bool HasShape(const NCDataMatrix<float>* matrix, std::size_t rows, std::size_t c
          static_cast<std::size_t>(matrix->SizeColumns()) == columns;
 }
 
+bool HasRows(const NCDataMatrix<float>& matrix, std::size_t rows, std::size_t columns) {
+  return rows == 0 ? matrix.SizeRows() == 0 : HasShape(&matrix, rows, columns);
+}
+
 }  // namespace kalmia::app

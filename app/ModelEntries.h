@@ -42,6 +42,8 @@ void WriteYQuality(const YModelFrame& model, OutputStreamDirectory* directory);
 bool ReadYQuality(InputStreamDirectory* directory, YModelFrame* model);
 /// Whether a matrix of the model has the shape that the names ask for.
 bool HasShape(const NCDataMatrix<float>* matrix, std::size_t rows, std::size_t columns);
+/// The same; a matrix without rows may have any number of columns.
+bool HasRows(const NCDataMatrix<float>& matrix, std::size_t rows, std::size_t columns);
 
 // What a kind of model has beside its frame. Reading also checks that the parts belong together, the frame's among
 // them: later work relies on their shapes.
@@ -49,8 +51,10 @@ bool HasShape(const NCDataMatrix<float>* matrix, std::size_t rows, std::size_t c
 void WriteOwnEntries(const StoredPls& model, OutputStreamDirectory* directory);
 void WriteOwnEntries(const StoredPca& model, OutputStreamDirectory* directory);
 void WriteOwnEntries(const StoredOpls& model, OutputStreamDirectory* directory);
+void WriteOwnEntries(const StoredO2pls& model, OutputStreamDirectory* directory);
 bool ReadOwnEntries(InputStreamDirectory* directory, StoredPls* model);
 bool ReadOwnEntries(InputStreamDirectory* directory, StoredPca* model);
 bool ReadOwnEntries(InputStreamDirectory* directory, StoredOpls* model);
+bool ReadOwnEntries(InputStreamDirectory* directory, StoredO2pls* model);
 
 }  // namespace kalmia::app

@@ -89,6 +89,8 @@ std::string ModelFileBytes(const StoredPca& model) { return FileBytes(model); }
 
 std::string ModelFileBytes(const StoredOpls& model) { return FileBytes(model); }
 
+std::string ModelFileBytes(const StoredO2pls& model) { return FileBytes(model); }
+
 std::string ModelFileBytes(const StoredModel& model) {
   return std::visit([](const auto& own) { return FileBytes(own); }, model);
 }

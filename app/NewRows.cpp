@@ -41,10 +41,10 @@ NewRows ReadNewRows(const ModelFrame& model, const CsvTable& table, const std::s
   rows.names = RowNames(table, IdColumn(model, table, id));
   ReadX(model, table, &rows);
   if (rows.missingColumns.size() == model.xNames.size()) {
-    Refuse(table, "no column has the name of one of the model's X columns" + SeparatorHint(table));
+    Refuse(table, "no column has the name of one of the model's " + model.inputBlock + " columns" + SeparatorHint(table));
   }
   if (rows.x.GetNumMisVal() == static_cast<long long>(rows.x.SizeRows()) * rows.x.SizeColumns()) {
-    Refuse(table, "every cell of the model's X columns is missing");
+    Refuse(table, "every cell of the model's " + model.inputBlock + " columns is missing");
   }
   if (!rows.missingColumns.empty()) {
     notes->Add("taken as missing cells, not in the table: " + Listed(rows.missingColumns, kColumnsNamed));

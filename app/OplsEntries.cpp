@@ -61,10 +61,6 @@ bool ReadMatrices(InputStreamDirectory* directory, OplsMatrices* opls) {
   }
 }
 
-bool HasRows(const NCDataMatrix<float>& matrix, std::size_t rows, std::size_t columns) {
-  return rows == 0 ? matrix.SizeRows() == 0 : HasShape(&matrix, rows, columns);
-}
-
 bool Agrees(const StoredOpls& model) {
   const std::size_t k = model.xNames.size();
   const std::size_t m = model.yNames.size();

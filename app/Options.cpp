@@ -95,10 +95,41 @@ void DeclareOpls(CommandOptions* command, OplsOptions* options) {
       "  kalmia opls gasoline.csv --y octane --id sample --orthogonal 5 --resume octane.cv");
 }
 
+void DeclareO2pls(CommandOptions* command, O2plsOptions* options) {
+  command->File("X", &options->table, "CSV table with a header, the X block");
+  command->File("Y", &options->yTable, "CSV table with a header, the Y block; it may be the same file, with --x and --y");
+  command->Text("--id", "NAME", &options->id, "column of both tables that names the rows and matches them");
+  command->Text("--x", "FIRST..LAST", &options->x, "columns of the X table that are the block (default: all of numbers)");
+  command->Text("--y", "FIRST..LAST", &options->y, "the same of the Y table");
+  command->Scaling("--scale", &options->scaling, "scaling of both blocks: uv (default), pareto, centre or none");
+  command->Number("--joint", 1, &options->joint, "number of components that the blocks share (predictive components)");
+  command->Number("--x-unique", 0, &options->xUnique,
+                  "number of components of X that have nothing to do with Y; the library's X side, which the progress "
+                  "calls Y-orthogonal components: they lie in X and are orthogonal to Y");
+  command->Number("--y-unique", 0, &options->yUnique,
+                  "number of components of Y that have nothing to do with X; the library's Y side, which the progress "
+                  "calls X-orthogonal components: they lie in Y and are orthogonal to X");
+  command->Flag("--auto", &options->automatic,
+                "let cross-validation find all three numbers (default); otherwise all three are given");
+  for (const char* number : {"--joint", "--x-unique", "--y-unique"}) command->Exclude("--auto", number);
+  command->Flag("--fill", &options->fill, "estimate missing cells of each block from the other first");
+  command->Number("--groups", 2, &options->groups, "number of groups of the cross-validation (default: 7)");
+  command->Text("--save", "FILE", &options->save, "store the model");
+  command->Flag("--json", &options->json, "print JSON");
+  command->Text("--csv", "DIR", &options->csvFolder, "write scores, loadings, weights and fitted values as CSV files");
+  command->Examples(
+      "Examples:\n"
+      "  kalmia o2pls chemistry.csv panel.csv --id sample --save oils.model\n"
+      "  kalmia o2pls oliveoil.csv oliveoil.csv --id sample --x Acidity..DK --y yellow..syrup --csv results\n"
+      "  kalmia o2pls chemistry.csv panel.csv --id sample --joint 1 --x-unique 1 --y-unique 0");
+}
+
 void DeclarePredict(CommandOptions* command, PredictOptions* options) {
   command->File("MODEL", &options->model, "file that --save has written");
   command->File("TABLE", &options->table, "CSV table with columns named as the model's");
   command->Text("--id", "NAME", &options->id, "column that names the rows (default: the model's, if it is there)");
+  command->Choice("--from", "x|y", {"x", "y"}, &options->from,
+                  "block that the table holds: an O2PLS model predicts Y from X (x, the default) or X from Y (y)");
   command->Flag("--json", &options->json, "print JSON");
   command->Text("--csv", "DIR", &options->csvFolder, "write predictions.csv");
   command->Examples("Example:\n  kalmia predict octane.model new.csv");
@@ -142,7 +173,8 @@ class Program {
     Add<PlsOptions>("pls", "Fit a PLS model and judge every component by cross-validation", DeclarePls);
     Add<PcaOptions>("pca", "Fit principal components and judge every one by cross-validation", DeclarePca);
     Add<OplsOptions>("opls", "Fit an OPLS model: what predicts Y, apart from what does not", DeclareOpls);
-    Add<PredictOptions>("predict", "Predict new rows with a stored PLS or OPLS model, or place them in a PCA model",
+    Add<O2plsOptions>("o2pls", "Fit an O2PLS model: what two blocks share, and what is each one's own", DeclareO2pls);
+    Add<PredictOptions>("predict", "Predict new rows with a stored PLS, OPLS or O2PLS model, or place them in a PCA model",
                         DeclarePredict);
     Add<FillOptions>("fill", "Fill the missing cells of a table by PCA", DeclareFill);
     Add<InfoOptions>("info", "Show what a stored model holds", DeclareInfo);
@@ -233,11 +265,27 @@ void RefuseStandardInputTwice(const Command& command) {
   throw Failure(ExitCode::Usage, "only one of MODEL and TABLE can be -, standard input; see kalmia predict --help");
 }
 
+void CheckO2pls(const Command& command) {
+  const auto* o2pls = std::get_if<O2plsOptions>(&command);
+  if (o2pls == nullptr) return;
+  const int numbers = static_cast<int>(o2pls->joint.has_value()) + static_cast<int>(o2pls->xUnique.has_value()) +
+                      static_cast<int>(o2pls->yUnique.has_value());
+  if (numbers != 0 && numbers != 3) {
+    throw Failure(ExitCode::Usage,
+                  "--joint, --x-unique and --y-unique go together: give all three numbers, or none for --auto; see "
+                  "kalmia o2pls --help");
+  }
+  if (o2pls->table == "-" && o2pls->yTable == "-") {
+    throw Failure(ExitCode::Usage, "only one of X and Y can be -, standard input; see kalmia o2pls --help");
+  }
+}
+
 }  // namespace
 
 Command ParseCommandLine(int argc, const char* const* argv) {
   Command command = Program().Parse(argc, argv);
   RefuseStandardInputTwice(command);
+  CheckO2pls(command);
   return command;
 }
 

@@ -40,9 +40,18 @@ struct OplsOptions : FitOptions {  // `components` are the orthogonal ones
   std::string resume;             ///< file of a cross-validation to go on from; empty: it starts anew
 };
 
+struct O2plsOptions : FitOptions {  // `table` and `x` are of the X block; it has no use for exclude, components, groupColumn
+  std::string yTable;
+  std::string y;  ///< FIRST..LAST; empty: all columns of numbers
+  std::optional<int> joint, xUnique, yUnique;  ///< all three or none: as many as cross-validation finds
+  bool automatic = false;  ///< says that none is given
+  bool fill = false;
+};
+
 struct PredictOptions {
   std::string model;
   std::string table;
+  std::string from;  ///< block that the table holds: x, y or empty
   std::string id;  ///< empty: the column that named the rows of the training table, if it is there
   bool json = false;
   std::string csvFolder;
@@ -73,8 +82,8 @@ struct Answer {
   std::string text;
 };
 
-using Command = std::variant<PlsOptions, PcaOptions, OplsOptions, PredictOptions, FillOptions, InfoOptions,
-                             DescribeOptions, ClusterOptions, ChartOptions, HistogramOptions, FisherOptions,
+using Command = std::variant<PlsOptions, PcaOptions, OplsOptions, O2plsOptions, PredictOptions, FillOptions,
+                             InfoOptions, DescribeOptions, ClusterOptions, ChartOptions, HistogramOptions, FisherOptions,
                              QuantileOptions, SpectrumOptions, Answer>;
 
 /// Reads the command line. Throws Failure (Usage) with one line for anything that makes no sense.

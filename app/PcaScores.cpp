@@ -21,7 +21,7 @@ RowScores ScoresOf(const NCDataMatrix<float>& tPrim, int row, int present, int v
   RowScores scores;
   for (int a = 1; a <= tPrim.SizeRows(); ++a) scores.t.push_back(tPrim[a][row]);
   if (scores.t.front() == kMissing) {
-    scores.reason = PresentCellsText(present, variables) + (present == 0 ? "" : ", too few for scores");
+    scores.reason = PresentCellsText("X", present, variables) + (present == 0 ? "" : ", too few for scores");
   } else if (!std::all_of(scores.t.begin(), scores.t.end(), [](double t) { return std::isfinite(t); })) {
     scores.reason = kTooLarge;
   }

@@ -113,6 +113,10 @@ PlsPredictions PredictTable(const StoredOpls& model, const CsvTable& table, NewR
   return PredictWith(model, table, std::move(rows), notes);
 }
 
+PlsPredictions PredictTable(const StoredO2pls& model, const CsvTable& table, NewRows rows, Notes* notes) {
+  return PredictWith(model, table, std::move(rows), notes);
+}
+
 std::string PredictText(const YModelFrame& model, const CsvTable& table, const PlsPredictions& result) {
   const bool anyReason = std::any_of(result.predictions.begin(), result.predictions.end(),
                                      [](const auto& row) { return !row.reason.empty(); });
@@ -150,6 +154,12 @@ void AddPredictJson(const YModelFrame& model, const PlsPredictions& result, Json
     errors.push_back({{"name", model.yNames[j]}, {"rows", error.rows}, {"rmsep", JsonNumber(error.rmsep)}});
   }
   (*json)["errors"] = errors;
+}
+
+void AddPredictJson(const StoredO2pls& model, const PlsPredictions& result, Json* json) {
+  const YModelFrame& frame = model;
+  (*json)["from"] = model.inputBlock == "X" ? "x" : "y";
+  AddPredictJson(frame, result, json);
 }
 
 CsvFile PredictCsv(const YModelFrame& model, const PlsPredictions& result, const std::string& file) {

@@ -12,7 +12,7 @@
 
 namespace kalmia::app {
 
-/// New rows and what a PLS or OPLS model says of them.
+/// New rows and what a PLS, OPLS or O2PLS model says of them.
 struct PlsPredictions {
   NewRows rows;
   std::vector<std::vector<float>> measured;  ///< for each Y of the model its cells, or nothing if it is not there
@@ -20,13 +20,16 @@ struct PlsPredictions {
   int components = 0;                        ///< of the model
 };
 
-// `kalmia predict` for a PLS or OPLS model, step by step. Measured values of Y serve as a check.
+// `kalmia predict` for a PLS, OPLS or O2PLS model, step by step. Measured values of Y serve as a check.
 
 PlsPredictions PredictTable(const StoredPls& model, const CsvTable& table, NewRows rows, Notes* notes);
 PlsPredictions PredictTable(const StoredOpls& model, const CsvTable& table, NewRows rows, Notes* notes);
+PlsPredictions PredictTable(const StoredO2pls& model, const CsvTable& table, NewRows rows, Notes* notes);
 std::string PredictText(const YModelFrame& model, const CsvTable& table, const PlsPredictions& result);
 constexpr auto PredictFormat(const YModelFrame& /*model*/) { return "kalmia-predict"; }
+constexpr auto PredictFormat(const StoredO2pls& /*model*/) { return "kalmia-predict-o2pls"; }
 void AddPredictJson(const YModelFrame& model, const PlsPredictions& result, Json* json);
+void AddPredictJson(const StoredO2pls& model, const PlsPredictions& result, Json* json);
 /// For each row the predicted values, and the measured ones under "measured NAME" where the table has a column for a Y
 /// (empty where it has none), the distance to the model and the reason for a missing prediction.
 CsvFile PredictCsv(const YModelFrame& model, const PlsPredictions& result, const std::string& file);

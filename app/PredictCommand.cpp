@@ -3,6 +3,7 @@
 
 #include "app/Commands.h"
 #include "app/CsvTable.h"
+#include "app/Failure.h"
 #include "app/InputFile.h"
 #include "app/ModelFile.h"
 #include "app/NewRows.h"
@@ -16,6 +17,17 @@ namespace kalmia::app {
 namespace {
 
 constexpr auto kPredictionsFile = "predictions.csv";
+
+/// The model as it predicts from the block of the table.
+template <class Model>
+void Direct(Model* /*model*/, const PredictOptions& options) {
+  if (options.from != "y") return;
+  throw Failure(ExitCode::Usage, InputName(options.model) + " predicts from X only: --from y takes an O2PLS model");
+}
+
+void Direct(StoredO2pls* model, const PredictOptions& options) {
+  if (options.from == "y") TurnAround(model);
+}
 
 /// What was asked for with a stored model of one kind.
 template <class Model>
@@ -47,7 +59,8 @@ std::string PredictWith(const Model& model, const PredictOptions& options, const
 std::string RunCommand(const PredictOptions& options, Notes* notes) {
   RefuseToOverwrite({{"the model", options.model}, {"the table", options.table}},
                     PlacesInCsvFolder(options.csvFolder, {kPredictionsFile}));
-  const StoredModel model = ReadModelFile(ReadInput(options.model), InputName(options.model));
+  StoredModel model = ReadModelFile(ReadInput(options.model), InputName(options.model));
+  std::visit([&options](auto& own) { Direct(&own, options); }, model);
   const CsvTable table(ReadInput(options.table), InputName(options.table));
   return std::visit([&](const auto& own) { return PredictWith(own, options, table, notes); }, model);
 }

@@ -5,6 +5,7 @@
 
 #include "app/Scaling.h"
 #include "kalmia/containers/Missing.h"
+#include "kalmia/o2pls/NCO2PLSPred.h"
 #include "kalmia/opls/NCOPLSPred.h"
 #include "kalmia/pcapls/NCPLSPred.h"
 
@@ -13,21 +14,21 @@ namespace kalmia::app {
 namespace {
 
 /// Why a row of `present` among `variables` cells has no score in a component (from 1).
-std::string ReasonFor(int present, int variables, int component) {
-  const std::string have = PresentCellsText(present, variables);
+std::string ReasonFor(const std::string& block, int present, int variables, int component) {
+  const std::string have = PresentCellsText(block, present, variables);
   if (present == 0) return have;
   if (present < component) return have + ", too few for component " + std::to_string(component);
   return have + ", and they say nothing about component " + std::to_string(component);
 }
 
 /// The reason of each row without a score in one of these components, of which there are `before` others in front.
-void NoteMissingScores(const NCDataMatrix<float>& x, const NCDataMatrix<float>& scores, int before,
-                       std::vector<RowPrediction>* rows) {
+void NoteMissingScores(const std::string& block, const NCDataMatrix<float>& x, const NCDataMatrix<float>& scores,
+                       int before, std::vector<RowPrediction>* rows) {
   for (int a = 1; a <= scores.SizeRows(); ++a)
     for (int r = 1; r <= x.SizeRows(); ++r) {
       std::string& reason = (*rows)[static_cast<std::size_t>(r - 1)].reason;
       if (reason.empty() && scores[a][r] == static_cast<float>(kMissing)) {
-        reason = ReasonFor(x.SizeColumns() - x[r].GetNumMisVal(), x.SizeColumns(), before + a);
+        reason = ReasonFor(block, x.SizeColumns() - x[r].GetNumMisVal(), x.SizeColumns(), before + a);
       }
     }
 }
@@ -61,7 +62,7 @@ std::vector<RowPrediction> PredictRows(const StoredPls& model, NCDataMatrix<floa
     for (int r = 1; r <= x.SizeRows(); ++r) {
       std::string& reason = rows[static_cast<std::size_t>(r - 1)].reason;
       if (reason.empty() && (*prediction.GetTPred())[r] == static_cast<float>(kMissing)) {
-        reason = ReasonFor(x.SizeColumns() - x[r].GetNumMisVal(), x.SizeColumns(), a);
+        reason = ReasonFor(model.inputBlock, x.SizeColumns() - x[r].GetNumMisVal(), x.SizeColumns(), a);
       }
     }
   }
@@ -75,11 +76,26 @@ std::vector<RowPrediction> PredictRows(const StoredOpls& model, NCDataMatrix<flo
   NCOPLSPred prediction(&x, &opls.w, &opls.p, &opls.c, &opls.wo, &opls.po, &opls.co);
   while (prediction.SizeOComps() < prediction.GetMaxComp()) prediction.CalcNextComponent();
   std::vector<RowPrediction> rows(static_cast<std::size_t>(x.SizeRows()));
-  NoteMissingScores(x, *prediction.GetTOPred(), 0, &rows);
-  NoteMissingScores(x, *prediction.GetTPred(), model.Orthogonal(), &rows);
+  NoteMissingScores(model.inputBlock, x, *prediction.GetTOPred(), 0, &rows);
+  NoteMissingScores(model.inputBlock, x, *prediction.GetTPred(), model.Orthogonal(), &rows);
   NCDataMatrix<float> left = prediction.GetXOrthoResiduals();
   for (int a = 1; a <= model.Predictive(); ++a) left.AddVprimV((*prediction.GetTPred())[a], opls.p.back()[a], -1.0F);
   FillRows(model, *prediction.GetYPred(), left, &rows);
+  return rows;
+}
+
+std::vector<RowPrediction> PredictRows(const StoredO2pls& model, NCDataMatrix<float> x) {
+  ApplyScale(model.xScale.get(), &x);
+  const O2plsMatrices& o2pls = model.o2pls;
+  const NCO2PLSYPred prediction(x, o2pls.p, o2pls.w, o2pls.q, o2pls.wo, o2pls.po, o2pls.s, o2pls.lambda,
+                                static_cast<int>(model.yNames.size()));
+  const NCDataMatrix<float> to = prediction.GetTo(), t = prediction.GetT();
+  std::vector<RowPrediction> rows(static_cast<std::size_t>(x.SizeRows()));
+  NoteMissingScores(model.inputBlock, x, to, 0, &rows);
+  NoteMissingScores(model.inputBlock, x, t, model.XUnique(), &rows);
+  for (int o = 1; o <= to.SizeRows(); ++o) x.AddVprimV(to[o], o2pls.po[o], -1.0F);
+  for (int a = 1; a <= t.SizeRows(); ++a) x.AddVprimV(t[a], o2pls.p[a], -1.0F);
+  FillRows(model, prediction.GetYPred(), x, &rows);
   return rows;
 }
 
@@ -91,8 +107,8 @@ double DistanceToModel(const ModelFrame& model, int components, const RowFit& ro
 void NoteNoDistances(const ModelFrame& model, int components, Notes* notes) {
   const std::string none = "no row has a distance to the model: ";
   if (static_cast<std::size_t>(components) >= model.xNames.size()) {
-    notes->Add(none + "with as many components as X columns, " + std::to_string(components) +
-               ", nothing of X is left to measure it by");
+    notes->Add(none + "with as many components as " + model.inputBlock + " columns, " + std::to_string(components) +
+               ", nothing of " + model.inputBlock + " is left to measure it by");
   } else if (std::isnan(model.pooledDeviation)) {
     notes->Add(none + "no training row has more cells than the model has components");
   } else if (model.pooledDeviation == 0.0) {
@@ -100,8 +116,8 @@ void NoteNoDistances(const ModelFrame& model, int components, Notes* notes) {
   }
 }
 
-std::string PresentCellsText(int present, int variables) {
-  const std::string of = " of its " + std::to_string(variables) + " X cells ";
+std::string PresentCellsText(const std::string& block, int present, int variables) {
+  const std::string of = " of its " + std::to_string(variables) + " " + block + " cells ";
   if (present == 0) return "none" + of + "is present";
   return "only " + std::to_string(present) + of + (present == 1 ? "is" : "are") + " present";
 }

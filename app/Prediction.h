@@ -32,6 +32,7 @@ struct RowPrediction : RowFit {
 /// for what is missing. The same rows give the same bits, alone or among others, with a model just fitted or stored.
 std::vector<RowPrediction> PredictRows(const StoredPls& model, NCDataMatrix<float> x);
 std::vector<RowPrediction> PredictRows(const StoredOpls& model, NCDataMatrix<float> x);
+std::vector<RowPrediction> PredictRows(const StoredO2pls& model, NCDataMatrix<float> x);
 
 /// The pooled deviation of the training rows, those that have one: what distances to the model are measured by.
 template <class Row>
@@ -58,7 +59,7 @@ std::vector<double> DistancesToModel(const ModelFrame& model, int components, co
 /// Says once why no row has a distance to the model, where that is so.
 void NoteNoDistances(const ModelFrame& model, int components, Notes* notes);
 
-/// "none of its 5 X cells is present" or "only 2 of its 5 X cells are present".
-std::string PresentCellsText(int present, int variables);
+/// "none of its 5 X cells is present" or "only 2 of its 5 X cells are present", with the name of the block.
+std::string PresentCellsText(const std::string& block, int present, int variables);
 
 }  // namespace kalmia::app

@@ -28,6 +28,7 @@ struct ModelFrame {
   std::vector<std::string> rowNames;
   std::unique_ptr<NCScale> xScale;
   double pooledDeviation = 0.0;  ///< pooled s of the training rows
+  std::string inputBlock = "X";  ///< how messages call the block of xNames; not in the file
 };
 
 /// How well a Y column is fitted, in its own units.
@@ -83,7 +84,35 @@ struct StoredOpls : YModelFrame {
   int Orthogonal() const { return opls.wo.SizeRows(); }
 };
 
+/// The matrices of an O2PLS model of A joint components, Ox unique to X and Oy unique to Y, see NCO2PLS: components in
+/// rows.
+struct O2plsMatrices {
+  NCDataMatrix<float> t, u, p, w, c, q;     ///< A rows
+  NCDataMatrix<float> to, wo, po, s;        ///< Ox rows
+  NCDataMatrix<float> uo, co, qo, r;        ///< Oy rows
+  NCDataMatrix<float> lambda, xLambda;      ///< A x A
+};
+
+/// An O2PLS model with everything that turns new rows of one block into predictions of the other. As a YModelFrame it
+/// predicts Y from X; TurnAround makes it predict X from Y.
+struct StoredO2pls : YModelFrame {
+  static constexpr int kKind = 4;
+
+  std::string yTable;     ///< file of the Y block
+  O2plsMatrices o2pls;
+  std::vector<O2plsComponentRecord> components;  ///< the joint ones, those unique to X, those unique to Y
+  double yPooledDeviation = 0.0;                 ///< of Y, pooled s of the training rows
+
+  int Joint() const { return o2pls.t.SizeRows(); }
+  int XUnique() const { return o2pls.to.SizeRows(); }
+  int YUnique() const { return o2pls.uo.SizeRows(); }
+  int Components() const { return Joint() + XUnique(); }  ///< those of the block that it predicts from
+};
+
+/// Swaps the blocks: the model then predicts what it did predict from. `components` stay as they are.
+void TurnAround(StoredO2pls* model);
+
 /// A model of any kind. Each kind has its number in the file, kKind, its frame, and Components().
-using StoredModel = std::variant<StoredPls, StoredPca, StoredOpls>;
+using StoredModel = std::variant<StoredPls, StoredPca, StoredOpls, StoredO2pls>;
 
 }  // namespace kalmia::app

@@ -59,7 +59,7 @@ class Validator {
     if (schema.contains("required") && value.is_object()) {
       for (const json& name : schema["required"]) Require(value.contains(name), path, "lacks " + name.dump());
     }
-    if (schema.contains("properties")) {
+    if (schema.contains("properties") && value.is_object()) {
       for (const auto& [name, field] : value.items()) {
         const bool known = schema["properties"].contains(name);
         Require(known, path, "has the unknown field " + name);
@@ -122,6 +122,23 @@ TEST(JsonSchema, HoldsForEveryOutput) {
                                     .Json());
   ExpectValid("kalmia-cluster",
               RunKalmia({"cluster", "-", "--method", "single", "--scale", "none", "--json"}, "x\n1\n1\n").Json());
+}
+
+TEST(JsonSchema, HoldsForEveryOutputOfO2pls) {
+  const ScratchFolder folder;
+  const TwoBlocks blocks = SharedBlocks(40, 1);
+  const std::string x = folder.Write("x.csv", WithHoles(blocks.x, 31)), y = folder.Write("y.csv", blocks.y);
+  const std::string model = folder.Path("m"), csv = folder.Path("d");
+  ExpectValid("kalmia-o2pls", RunKalmia({"o2pls", x, y, "--id", "name", "--fill", "--json", "--save", model, "--csv",
+                                         csv})
+                                  .Json());
+  const std::string unrelated = folder.Write("u.csv", UnrelatedTable(30, 6, 1, 5));
+  const json none = RunKalmia({"o2pls", unrelated, unrelated, "--x", "x1..x6", "--y", "y1..y1", "--json"}).Json();
+  EXPECT_EQ(none["joint"], 0);
+  ExpectValid("kalmia-o2pls", none);
+  ExpectValid("kalmia-info-o2pls", RunKalmia({"info", model, "--json"}).Json());
+  ExpectValid("kalmia-predict-o2pls", RunKalmia({"predict", model, x, "--json", "--csv", csv}).Json());
+  ExpectValid("kalmia-predict-o2pls", RunKalmia({"predict", model, y, "--from", "y", "--json"}).Json());
 }
 
 TEST(JsonSchema, NoticesAFieldThatIsWrongMissingOrUnknown) {

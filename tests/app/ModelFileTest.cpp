@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstdint>
 
 #include "CommandRun.h"
@@ -57,8 +58,21 @@ std::string SmallOplsFile() {
   return ReadWholeFile(folder.Path("m"));
 }
 
+/// The bytes of an O2PLS model of 9 rows, 3 X columns and 2 Y columns with one joint component and one unique to X.
+std::string SmallO2plsFile() {
+  const ScratchFolder folder;
+  const std::string table = folder.Write("t.csv", UnrelatedTable(9, 3, 2, 4));
+  const CommandResult run = RunKalmia({"o2pls", table, table, "--x", "x1..x3", "--y", "y1..y2", "--joint", "1",
+                                       "--x-unique", "1", "--y-unique", "0", "--groups", "3", "--save",
+                                       folder.Path("m")});
+  EXPECT_EQ(run.exitCode, 0) << run.error;
+  return ReadWholeFile(folder.Path("m"));
+}
+
 /// One small file of each kind of model.
-std::vector<std::string> SmallFiles() { return {SmallModelFile(), SmallPcaFile(), SmallOplsFile()}; }
+std::vector<std::string> SmallFiles() {
+  return {SmallModelFile(), SmallPcaFile(), SmallOplsFile(), SmallO2plsFile()};
+}
 
 /// The message with which the bytes are refused; "" if they are read.
 std::string Refusal(const std::string& bytes) {
@@ -165,6 +179,12 @@ std::size_t RowsAnswered(const StoredPls& model, const NCDataMatrix<float>& x) {
 std::size_t RowsAnswered(const kalmia::app::StoredOpls& model, const NCDataMatrix<float>& x) {
   return PredictRows(model, x).size();
 }
+/// In both directions.
+std::size_t RowsAnswered(kalmia::app::StoredO2pls& model, const NCDataMatrix<float>& x) {
+  const std::size_t rows = PredictRows(model, x).size();
+  TurnAround(&model);
+  return std::min(rows, PredictRows(model, NCDataMatrix<float>(2, 2, 0.5F)).size());
+}
 std::size_t RowsAnswered(const StoredPca& model, const NCDataMatrix<float>& x) { return ScoreRows(model, x).size(); }
 
 TEST(ModelFile, EndsInAFailureOrAModelThatPredictsWhenForged) {
@@ -177,8 +197,8 @@ TEST(ModelFile, EndsInAFailureOrAModelThatPredictsWhenForged) {
         std::string bytes = original;
         bytes[i] = static_cast<char>(bytes[i] ^ static_cast<char>(1U << bit));
         try {
-          const auto model = ReadModelFile(WithMatchingChecksum(bytes), "m");
-          EXPECT_EQ(std::visit([&x](const auto& own) { return RowsAnswered(own, x); }, model), 2U);
+          auto model = ReadModelFile(WithMatchingChecksum(bytes), "m");
+          EXPECT_EQ(std::visit([&x](auto& own) { return RowsAnswered(own, x); }, model), 2U);
           ++read;
         } catch (const Failure& failure) {
           EXPECT_THAT(failure.what(), HasSubstr("m is damaged: its parts do not fit together"));

@@ -70,6 +70,34 @@ TEST(Interrupt, StopsPrincipalComponentsInTheirFitAndInTheirCrossValidation) {
   }
 }
 
+TEST(Progress, ShowsTheStagesOfTheO2plsSearch) {
+  const ScratchFolder folder;
+  const TwoBlocks blocks = SharedBlocks(60, 1);
+  const CommandResult run = RunOnTerminal(
+      {"o2pls", folder.Write("x.csv", blocks.x), folder.Write("y.csv", blocks.y), "--id", "name"});
+  EXPECT_EQ(run.exitCode, 0);
+  for (const char* stage : {"Estimating predictive components", "Calculating initial Q2",
+                            "Estimating Y-orthogonal components", "Estimating X-orthogonal components",
+                            "Calculating CV results", "Saving CV results", "fitting the model"}) {
+    EXPECT_THAT(run.error, HasSubstr(stage));
+  }
+}
+
+TEST(Interrupt, StopsEveryStageOfO2plsAndLeavesNothingBehind) {
+  const ScratchFolder folder;
+  const std::string table = folder.Write("t.csv", LongWork());
+  for (const char* stage : {"Estimating predictive components", "Estimating Y-orthogonal components"}) {
+    const CommandResult run = RunOnTerminal(
+        {"o2pls", table, table, "--x", "x1..x60", "--y", "y1..y12", "--groups", "400", "--joint", "3", "--x-unique",
+         "9", "--y-unique", "2", "--save", folder.Path("m"), "--csv", folder.Path("d")},
+        stage);
+    EXPECT_EQ(run.exitCode, 130) << stage;
+    EXPECT_THAT(run.error, HasSubstr("kalmia: stopped"));
+    EXPECT_THAT(run.error, Not(HasSubstr("R2X")));
+    EXPECT_EQ(folder.Names(), std::vector<std::string>{"t.csv"});
+  }
+}
+
 TEST(Interrupt, StopsWhileScoresOfRowsWithHolesAreEstimated) {
   const ScratchFolder folder;
   const std::string model = folder.Path("m");

@@ -54,6 +54,33 @@ std::string UnrelatedTable(int rows, int columns, int yColumns, unsigned seed) {
   return text.str();
 }
 
+TwoBlocks SharedBlocks(int rows, unsigned seed) {
+  constexpr double kCommonX[] = {1.0, 0.0, 0.8, 0.6, -0.7, -0.9}, kOwnX[] = {0.0, 1.0, -0.8, 0.6, -0.4, 0.7};
+  constexpr double kCommonY[] = {1.0, 0.0, -0.8, 0.7}, kOwnY[] = {0.0, 1.0, 0.9, 0.6};
+  Noise noise(seed);
+  std::ostringstream x, y;
+  x << "name,x1,x2,x3,x4,x5,x6\n";
+  y << "name,y1,y2,y3,y4\n";
+  for (int i = 1; i <= rows; ++i) {
+    const double common = noise.Next(), ownX = noise.Next(), ownY = noise.Next();
+    x << "s" << i;
+    y << "s" << i;
+    for (int k = 0; k < 6; ++k) x << ',' << 5.0 + 3.0 * (common * kCommonX[k] + ownX * kOwnX[k] + 0.1 * noise.Next());
+    for (int j = 0; j < 4; ++j) y << ',' << 9.0 + common * kCommonY[j] + ownY * kOwnY[j] + 0.1 * noise.Next();
+    x << '\n';
+    y << '\n';
+  }
+  return {x.str(), y.str()};
+}
+
+std::string WithRowsReversed(const std::string& table) {
+  std::istringstream lines(table);
+  std::string header, line, rows;
+  std::getline(lines, header);
+  while (std::getline(lines, line)) rows = line + "\n" + rows;
+  return header + "\n" + rows;
+}
+
 std::string WithHoles(const std::string& table, int every) {
   std::string holed;
   std::istringstream lines(table);

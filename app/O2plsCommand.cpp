@@ -1,0 +1,39 @@
+#include <string>
+#include <vector>
+
+#include "app/Commands.h"
+#include "app/CsvTable.h"
+#include "app/FitFiles.h"
+#include "app/InputFile.h"
+#include "app/ModelFile.h"
+#include "app/O2plsCsvFiles.h"
+#include "app/O2plsOutcome.h"
+#include "app/O2plsReport.h"
+#include "app/OutputPlaces.h"
+
+namespace kalmia::app {
+
+namespace {
+
+void RefuseToOverwriteTables(const O2plsOptions& options) {
+  std::vector<FilePlace> places = PlacesInCsvFolder(options.csvFolder, O2plsCsvFileNames());
+  if (!options.save.empty()) places.insert(places.begin(), {"--save", options.save});
+  RefuseToOverwrite({{"the X table", options.table}, {"the Y table", options.yTable}}, places);
+}
+
+}  // namespace
+
+std::string RunCommand(const O2plsOptions& options, Notes* notes) {
+  RefuseToOverwriteTables(options);
+  const CsvTable xTable(ReadInput(options.table), InputName(options.table));
+  const CsvTable yTable(ReadInput(options.yTable), InputName(options.yTable));
+  const O2plsOutcome outcome = ComputeO2pls(xTable, yTable, options, notes);
+  FitFiles files;
+  if (outcome.AnyKept()) {
+    files = WriteFitFiles(
+        options, [&outcome] { return ModelFileBytes(outcome.model); }, [&outcome] { return O2plsCsvFiles(outcome); });
+  }
+  return options.json ? O2plsJson(outcome, *notes, files) : O2plsText(outcome, files);
+}
+
+}  // namespace kalmia::app

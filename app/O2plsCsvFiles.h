@@ -1,0 +1,17 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "app/CsvText.h"
+#include "app/O2plsOutcome.h"
+
+namespace kalmia::app {
+
+/// The files that `kalmia o2pls --csv` writes; docs/command.md describes them. `outcome` has a model.
+std::vector<CsvFile> O2plsCsvFiles(const O2plsOutcome& outcome);
+
+/// Their names, before there is anything to write.
+std::vector<std::string> O2plsCsvFileNames();
+
+}  // namespace kalmia::app

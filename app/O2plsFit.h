@@ -1,0 +1,44 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "app/ComponentRecord.h"
+#include "app/Notes.h"
+#include "app/StoredModel.h"
+#include "kalmia/containers/NCDataMatrix.h"
+#include "kalmia/containers/NCIntegralVector.h"
+
+namespace kalmia::app {
+
+/// How many components a model has of each kind.
+struct O2plsNumbers {
+  int joint = 0;
+  int xUnique = 0;
+  int yUnique = 0;
+};
+
+/// What an O2PLS fit takes: complete scaled blocks of the same rows.
+struct O2plsTask {
+  NCDataMatrix<float> x;
+  NCDataMatrix<float> y;
+  NCIntegralVector<int, -99> groups;    ///< cross-validation group of each row, from 0
+  int rounds = 0;
+  std::optional<O2plsNumbers> numbers;  ///< nothing: those that cross-validation finds
+};
+
+/// A fitted model with what cross-validation said of its components.
+struct O2plsFit {
+  O2plsMatrices model;  ///< empty where no joint component was found
+  std::vector<O2plsComponentRecord> components;  ///< of each kind the kept ones, then those that were tried in vain
+};
+
+/// Cross-validates the numbers of components, or finds them, and fits the model to all rows. Numbers that are found
+/// are cut, with a note, where the whole blocks have fewer dimensions that are unrelated to the other block. Shows the
+/// stages on a terminal.
+/// Throws Failure (Stopped) on Ctrl-C, (BadData) for numbers that the blocks cannot carry, or where nothing can be
+/// computed.
+O2plsFit FitO2pls(const O2plsTask& task, Notes* notes);
+
+}  // namespace kalmia::app

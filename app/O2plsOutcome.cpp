@@ -1,0 +1,96 @@
+#include "app/O2plsOutcome.h"
+
+#include <utility>
+
+#include "app/DisplayText.h"
+#include "app/Failure.h"
+#include "app/FitRules.h"
+#include "app/Scaling.h"
+#include "app/StageProgress.h"
+#include "app/Version.h"
+#include "kalmia/o2pls/NCO2PLSPred.h"
+#include "kalmia/o2pls/PLSMissingValueEstimator.h"
+#include "kalmia/support/NCError.h"
+
+namespace kalmia::app {
+
+namespace {
+
+void FillFrame(const O2plsOptions& options, const BlockPair& data, StoredO2pls* model) {
+  model->writtenBy = kVersion;
+  model->table = data.x.table;
+  model->yTable = data.y.table;
+  model->idColumn = options.id;
+  model->groups = data.rounds;
+  model->scaling = options.scaling;
+  model->xNames = data.x.names;
+  model->yNames = data.y.names;
+  model->rowNames = data.rowNames;
+}
+
+/// Estimates the missing cells of the scaled blocks, each from the other.
+void FillHoles(O2plsTask* task, O2plsOutcome* outcome, Notes* notes) {
+  outcome->filledX = task->x.GetNumMisVal();
+  outcome->filledY = task->y.GetNumMisVal();
+  if (outcome->filledX + outcome->filledY == 0) return;
+  ProgressLine line;
+  line.Show("estimating missing cells", 0.0);
+  const StoppableBars bars;
+  try {
+    PLSMissingValueEstimator(task->x, task->y, /*both=*/true);
+  } catch (const NCError& error) {
+    throw Failure(ExitCode::BadData, "the missing cells cannot be estimated: " +
+                                         OneLine(static_cast<const char*>(error.GetMessage())));
+  }
+  for (const auto& [block, cells] : {std::make_pair("X", outcome->filledX), std::make_pair("Y", outcome->filledY)}) {
+    if (cells == 0) continue;
+    notes->Add("estimated, " + Counted(static_cast<std::size_t>(cells), "missing cell") + " of " + block);
+  }
+}
+
+/// What the predictions in both directions describe of the scaled blocks.
+void JudgePredictions(const O2plsTask& task, O2plsOutcome* outcome) {
+  StoredO2pls& model = outcome->model;
+  const O2plsMatrices& o2pls = model.o2pls;
+  const NCDataMatrix<float> y = NCO2PLSYPred(task.x, o2pls.p, o2pls.w, o2pls.q, o2pls.wo, o2pls.po, o2pls.s,
+                                             o2pls.lambda, task.y.SizeColumns())
+                                    .GetYPred();
+  const NCDataMatrix<float> x = NCO2PLSXPred(task.y, o2pls.q, o2pls.c, o2pls.p, o2pls.co, o2pls.qo, o2pls.r,
+                                             o2pls.xLambda, task.x.SizeColumns())
+                                    .GetXPred();
+  outcome->r2y = DescribedShare(task.y, task.y - y);
+  outcome->r2x = DescribedShare(task.x, task.x - x);
+  outcome->fittedY = PredictRows(model, outcome->data.x.cells);
+  model.pooledDeviation = PooledDeviationOf(outcome->fittedY, model.Components());
+  TurnAround(&model);
+  outcome->fittedX = PredictRows(model, outcome->data.y.cells);
+  model.pooledDeviation = PooledDeviationOf(outcome->fittedX, model.Components());
+  TurnAround(&model);
+}
+
+}  // namespace
+
+O2plsOutcome ComputeO2pls(const CsvTable& xTable, const CsvTable& yTable, const O2plsOptions& options, Notes* notes) {
+  O2plsOutcome outcome;
+  outcome.data = SelectBlocks(xTable, yTable, options, notes);
+  O2plsTask task;
+  task.x = outcome.data.x.cells;
+  task.y = outcome.data.y.cells;
+  task.groups = outcome.data.groups;
+  task.rounds = outcome.data.rounds;
+  if (options.joint) task.numbers = {*options.joint, *options.xUnique, *options.yUnique};
+  StoredO2pls& model = outcome.model;
+  FillFrame(options, outcome.data, &model);
+  model.xScale = ScaleColumns(options.scaling, outcome.data.x.names, &task.x);
+  model.yScale = ScaleColumns(options.scaling, outcome.data.y.names, &task.y);
+  FillHoles(&task, &outcome, notes);
+  O2plsFit fit = FitO2pls(task, notes);
+  outcome.components = fit.components;
+  for (const O2plsComponentRecord& record : fit.components)
+    if (record.kept) model.components.push_back(record);
+  model.o2pls = std::move(fit.model);
+  if (outcome.AnyKept()) JudgePredictions(task, &outcome);
+  return outcome;
+}
+
+}  // namespace kalmia::app

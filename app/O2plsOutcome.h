@@ -1,0 +1,33 @@
+#pragma once
+
+#include <vector>
+
+#include "app/CsvTable.h"
+#include "app/O2plsBlocks.h"
+#include "app/O2plsFit.h"
+#include "app/Options.h"
+#include "app/Prediction.h"
+#include "app/StoredModel.h"
+
+namespace kalmia::app {
+
+/// All that `kalmia o2pls` has to report.
+struct O2plsOutcome {
+  BlockPair data;
+  int filledX = 0;  ///< cells that --fill has estimated
+  int filledY = 0;
+  std::vector<O2plsComponentRecord> components;  ///< the kept ones, and those that were tried in vain
+  StoredO2pls model;
+  std::vector<RowPrediction> fittedY;  ///< of the training rows, Y predicted from X, in the units of the file
+  std::vector<RowPrediction> fittedX;  ///< X predicted from Y
+  double r2y = 0.0;                    ///< share of scaled Y that its prediction from X describes
+  double r2x = 0.0;                    ///< the same of X from Y
+
+  bool AnyKept() const { return model.Joint() > 0; }
+};
+
+/// Fits the model that the options ask for and judges it. Adds notes about what was left out or filled.
+/// Throws Failure as SelectBlocks and FitO2pls do, and (BadData) where missing cells cannot be estimated.
+O2plsOutcome ComputeO2pls(const CsvTable& xTable, const CsvTable& yTable, const O2plsOptions& options, Notes* notes);
+
+}  // namespace kalmia::app
