@@ -1,5 +1,5 @@
-// Smoothing and derivatives of 1000 signals of 4096 cells, one thread: as a share of the rate at which the machine moves
-// that many cells, with wider windows, with holes, and held to the scalar twins.
+// Smoothing and derivatives of 1000 signals of 4096 cells, one thread: as a share of the rate at which the machine
+// moves that many cells, with wider windows, with holes, and held to the scalar twins.
 #include "MemoryBandwidth.h"
 #include "Tables.h"
 #include "kalmia/kernels/simd/Lanes.h"

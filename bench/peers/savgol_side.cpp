@@ -1,7 +1,7 @@
 // Smooths the signals of a file, or takes their derivative, and times it; see signal_savgol.py.
 //   savgol_side IN OUT SIGNALS CELLS WINDOW POLYNOMIAL DERIVATIVE
-// IN and OUT hold SIGNALS x CELLS floats as they lie in memory. Prints the seconds of the fastest of the passes that fit
-// one second, two at least.
+// IN and OUT hold SIGNALS x CELLS floats as they lie in memory. Prints the seconds of the fastest of the passes that
+// fit one second, two at least.
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>

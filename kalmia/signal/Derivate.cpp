@@ -68,14 +68,16 @@ struct Derivate<T>::DerivativeOfOrder {
 
 namespace {
 
-/// Fills the half windows along the edges of n cells from the first and from the last of `rounds` windows; i counts from
-/// 0. Nothing to do for another.
+/// Fills the half windows along the edges of n cells, from the first and from the last of `rounds` windows, i = 0 and
+/// i = rounds - 1. Nothing to do for another.
 template <class T, class Value>
 void FillEdges(int i, int rounds, int half, bool failed, const Value& value, T* cells, int n) {
-  for (int k = 0; i == 0 && k < half; ++k) cells[k] = failed ? kMissingCell<T> : value(static_cast<T>(k - half));
-  for (int k = 0; i == rounds - 1 && k < half; ++k) {
-    const int behind = failed ? k + 1 : k;  // one cell further in where nothing can be filled in
-    cells[n - 1 - behind] = failed ? kMissingCell<T> : value(static_cast<T>(half - k));
+  if (i == 0) {
+    for (int k = 0; k < half; ++k) cells[k] = failed ? kMissingCell<T> : value(static_cast<T>(k - half));
+  }
+  if (i == rounds - 1) {
+    const int last = failed ? n - 2 : n - 1;  // where nothing can be filled in, the last cell is left out
+    for (int k = 0; k < half; ++k) cells[last - k] = failed ? kMissingCell<T> : value(static_cast<T>(half - k));
   }
 }
 

@@ -231,7 +231,12 @@ TEST(Derivate, MarksTheRightEdgeOneCellFurtherInAndLeavesTheLastCell) {
   const Filter filter(Filter::Quadratic, 7);
   for (const int order : {0, 1}) {
     Signal fresh, reused(20, 5.0F);
-    for (Signal* output : {&fresh, &reused}) order == 0 ? filter.Smooth(y, *output) : filter.DoDerivate(y, *output, 1, 1);
+    for (Signal* output : {&fresh, &reused}) {
+      if (order == 0)
+        filter.Smooth(y, *output);
+      else
+        filter.DoDerivate(y, *output, 1, 1);
+    }
     for (int i = 1; i <= 16; ++i) {
       EXPECT_NEAR(fresh[i], order == 0 ? i : 1, 20 * 30 * 0x1p-24) << i;
       EXPECT_EQ(reused[i], fresh[i]) << i;

@@ -154,8 +154,9 @@ TEST(TransformStructStream, HasTheKindInTwoBytesAndFourConstants) {
 }
 
 TEST(TransformStructStream, KeepsAKindOfTwoBytesAndDropsALargerOne) {
-  const std::pair<int, int> kinds[] = {{-1, -1},       {8, 8},         {32767, 32767}, {-32768, -32768},
-                                       {32768, 0},     {-32769, 0},    {65538, 0},     {std::numeric_limits<int>::min(), 0}};
+  const int smallest = std::numeric_limits<int>::min();
+  const std::pair<int, int> kinds[] = {{-1, -1},   {8, 8},      {32767, 32767}, {-32768, -32768},
+                                       {32768, 0}, {-32769, 0}, {65538, 0},     {smallest, 0}};
   for (const auto& [written, expected] : kinds) {
     TransformStruct read;
     std::istringstream stream(StreamOf(TransformOf(T::Transform(written), 1, 2)));

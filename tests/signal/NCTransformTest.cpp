@@ -20,7 +20,8 @@ using Errors = std::unique_ptr<NCTransformErrors>;
 constexpr float kMissing = -99;
 const char* const kForwardText = "A value lies outside the domain of the transformation and is missing now.";
 const char* const kBackText = "A value lies outside the domain of the inverse transformation and is missing now.";
-const char* const kCountText = "The table does not have the number of variables that the transformations were made for.";
+const char* const kCountText =
+    "The table does not have the number of variables that the transformations were made for.";
 
 /// Row and column of each error, in the order of the list.
 std::vector<std::pair<int, int>> PlacesOf(NCTransformErrors& errors) {

@@ -65,7 +65,8 @@ TEST(TransformStruct, NumbersItsKindsAsTheyAreStored) {
 }
 
 TEST(TransformStruct, NamesKindsAndFormulasByTheLanguageTexts) {
-  const char* const names[] = {"", "None", "Linear", "Logarithm", "Negative logarithm", "Logit", "Exponential", "Power"};
+  const char* const names[] = {"",     "None",  "Linear",      "Logarithm", "Negative logarithm",
+                               "Logit", "Exponential", "Power"};
   const char* const formulas[] = {"", "", "a*x + b", "log10(a*x + b)", "-log10(a*x + b)", "log10((x - a)/(b - x))",
                                   "e^(a*x + b)", "(a*x + b)^c"};
   for (int type = 0; type < 8; ++type) {
@@ -156,8 +157,8 @@ TEST(TransformStruct, RoundsTheLogarithmOfAnInverseExponentialToFloat) {
 }
 
 TEST(TransformStruct, ComesBackFromWhereItWent) {
-  // Two roundings to float, of y (|dx/dy| |y| 2^-24 of x: at most 7 2^-24 here, that of the logarithm at 3.2) and of the
-  // result (less than 2 2^-24), and that of ln(x) in the inverse exponential (1.9 / 0.5 2^-24).
+  // Two roundings to float, of y (|dx/dy| |y| 2^-24 of x: at most 7 2^-24 here, that of the logarithm at 3.2) and of
+  // the result (less than 2 2^-24), and that of ln(x) in the inverse exponential (1.9 / 0.5 2^-24).
   const TransformStruct transforms[] = {TransformOf(T::TransformLinear, 2.5F, 0.3F),
                                         TransformOf(T::TransformLog, 2.5F, 0.3F),
                                         TransformOf(T::TransformNegLog, 2.5F, 0.3F),

@@ -46,10 +46,10 @@ TEST(TransformStructText, PrintsTheFractionOfALogitUpsideDown) {
   const TransformStruct logit = TransformOf(T::TransformLogit, 1.5F, 20);
   EXPECT_STREQ(logit.ToString(/*html=*/false), "10log((20 - x)/(x - 1.5))");
   EXPECT_STREQ(logit.ToString(/*html=*/true),
-               "<table style='display: inline; margin-top: 0pt; margin-bottom: 0pt; text-align: center; vertical-align: "
-               "middle;' cellpadding='0' cellspacing='0'><tr><td rowspan='2' nowrap='nowrap'>log<sub>10</sub></td><td "
-               "nowrap='nowrap'>20 - x</td></tr><tr><td style='border-top: 1px solid black;' nowrap='nowrap'>x - "
-               "1.5</td></tr></table>");
+               "<table style='display: inline; margin-top: 0pt; margin-bottom: 0pt; text-align: center; "
+               "vertical-align: middle;' cellpadding='0' cellspacing='0'><tr><td rowspan='2' nowrap='nowrap'>"
+               "log<sub>10</sub></td><td nowrap='nowrap'>20 - x</td></tr><tr><td style='border-top: 1px solid black;' "
+               "nowrap='nowrap'>x - 1.5</td></tr></table>");
 }
 
 TEST(TransformStructText, PrintsSixDigits) {
