@@ -1,69 +1,37 @@
 #include "kalmia/signal/Derivate.h"
 
 #include <algorithm>
+#include <cmath>
 
 #include "kalmia/kernels/simd/SlidingWindows.h"
 #include "kalmia/signal/WindowFit.h"
 
+using kalmia::FitterWithHoles;
 using kalmia::kMissingCell;
 using kalmia::kMostCoefficients;
 using kalmia::WindowFit;
 
-/// The fits of neighbouring windows without holes: what differs from one to the next, in arrays.
+/// What is taken of a fit: the smoothed value, or a derivative.
 template <class T>
-struct Derivate<T>::CompleteFits {
-  static constexpr int kRoom = 256;
+struct Derivate<T>::Wanted {
+  bool IsLegal() const { return smoothed || (order >= 1 && order <= 3); }
+  float Get(const WindowFit& fit, float x) const { return smoothed ? fit.GetYHat(x) : fit.GetDerivate(x, order); }
+  /// The one coefficient that Get(fit, 0) depends on in a window without holes.
+  int Coefficient() const { return smoothed ? 1 : order - 1; }
 
-  CompleteFits(int window, float meanSquare)
-      : x2Mean(meanSquare), cells(static_cast<std::size_t>(kRoom + window - 1)) {}
+  bool smoothed;
+  int order = 0;
+};
 
-  WindowFit Get(int j) const {
-    WindowFit fit;
-    for (int k = 0; k < kMostCoefficients; ++k) fit.coefficients[k] = coefficients[k][j];
-    fit.yMean = yMeans[j];
-    fit.x2Mean = x2Mean;
-    return fit;
-  }
-
-  /// middles[j] = value(j), or missing where the fit has failed: a loop that vector registers can run.
-  template <class Value>
-  void Fill(T* middles, const Value& value) const {
-    const float* c0 = coefficients[0];
-    for (int j = 0; j < count; ++j) middles[j] = c0[j] == kMissingCell<float> ? kMissingCell<T> : value(j);
-  }
+/// Neighbouring windows without holes, and work space for their fits.
+template <class T>
+struct Derivate<T>::Batch {
+  static constexpr int kRoom = 512;
 
   int count = 0;
-  float x2Mean;
-  float yMeans[kRoom];
-  float coefficients[kMostCoefficients][kRoom] = {};
-  std::vector<double> cells;  ///< work space
-};
-
-// What is taken of the fits: of one of them at x, and of many at 0, where the polynomial has few terms.
-
-template <class T>
-struct Derivate<T>::SmoothedValue {
-  float Get(const WindowFit& fit, float x) const { return fit.GetYHat(x); }
-
-  void GetMiddles(const CompleteFits& fits, T* middles) const {
-    const float* c1 = fits.coefficients[1];
-    fits.Fill(middles, [&](int j) { return static_cast<T>(fits.yMeans[j] - double{c1[j]} * fits.x2Mean); });
-  }
-};
-
-template <class T>
-struct Derivate<T>::DerivativeOfOrder {
-  float Get(const WindowFit& fit, float x) const { return fit.GetDerivate(x, order); }
-
-  void GetMiddles(const CompleteFits& fits, T* middles) const {
-    const float* c0 = fits.coefficients[0];
-    const float* c1 = fits.coefficients[1];
-    if (order == 1) return fits.Fill(middles, [c0](int j) { return c0[j]; });
-    if (order == 2) return fits.Fill(middles, [c1](int j) { return 2 * c1[j]; });
-    fits.Fill(middles, [&](int j) { return Get(fits.Get(j), 0); });
-  }
-
-  int order;
+  bool mayFail = true;  ///< whether a c0 of exactly -99 is possible
+  float yMeans[kRoom], c0[kRoom], wanted[kRoom];
+  std::vector<double> cells;
 };
 
 namespace {
@@ -71,7 +39,7 @@ namespace {
 /// Fills the half windows along the edges of n cells, from the first and from the last of `rounds` windows, i = 0 and
 /// i = rounds - 1. Nothing to do for another.
 template <class T, class Value>
-void FillEdges(int i, int rounds, int half, bool failed, const Value& value, T* cells, int n) {
+void FillEdges(int i, int rounds, int half, const Value& value, T* cells, int n, bool failed) {
   if (i == 0) {
     for (int k = 0; k < half; ++k) cells[k] = failed ? kMissingCell<T> : value(static_cast<T>(k - half));
   }
@@ -85,6 +53,26 @@ void FillEdges(int i, int rounds, int half, bool failed, const Value& value, T* 
 template <class T>
 int NextHole(const T* y, int from, int n) {
   return static_cast<int>(std::find(y + from, y + n, kMissingCell<T>) - y);
+}
+
+/// Whether a cell is missing.
+template <class T>
+bool HasHole(const T* y, int n) {
+  int found = 0;  // an int as wide as the cells, and no end before the last: this runs on vector registers
+  for (int i = 0; i < n; ++i) found |= y[i] == kMissingCell<T> ? 1 : 0;
+  return found != 0;
+}
+
+/// Whether the filter, applied to any centred window of the cells, stays away from -99: |sum f (y - mean)| is at most
+/// 2 max|y| sum|f|.
+template <class T>
+bool StaysAboveMissing(const T* y, int n, const double* filter, int window) {
+  double sum = 0;
+  for (int i = 0; i < window; ++i) sum += std::abs(filter[i]);
+  const T limit = static_cast<T>(-(kMissingCell<double> + 1) / 2 / sum);
+  int beyond = 0;
+  for (int i = 0; i < n; ++i) beyond |= std::abs(y[i]) < limit ? 0 : 1;  // a NaN is
+  return beyond == 0;
 }
 
 }  // namespace
@@ -111,60 +99,79 @@ template <class T>
 Derivate<T>::~Derivate() = default;
 
 template <class T>
-void Derivate<T>::FitComplete(const T* y, int count, CompleteFits& fits) const {
+WindowFit Derivate<T>::Fit(const T* y, FitterWithHoles& fitter) const {
+  if (HasHole(y, window_)) return fitter.Fit(y);
+  WindowFit fit;
+  fit.x2Mean = meanSquare_;
   const double* filters[kMostCoefficients] = {};
   float* coefficients[kMostCoefficients] = {};
   for (int k = 0; k < order_; ++k) {
-    filters[k] = filter_.data() + static_cast<std::ptrdiff_t>(k) * window_;
-    coefficients[k] = fits.coefficients[k];
+    filters[k] = GetFilter(k);
+    coefficients[k] = fit.coefficients + k;
   }
-  fits.count = count;
-  std::copy_n(y, count + window_ - 1, fits.cells.begin());
-  kalmia::simd::FilterWindows(fits.cells.data(), count, window_, filters, order_, fits.yMeans, coefficients);
+  const std::vector<double> cells(y, y + window_);
+  kalmia::simd::FilterWindows(cells.data(), 1, window_, filters, order_, &fit.yMean, coefficients);
+  return fit;
 }
 
 template <class T>
-template <class Quantity>
-void Derivate<T>::Slide(const NCDataVector<T>& input, NCDataVector<T>& output, const Quantity& quantity) const {
+void Derivate<T>::FillMiddles(const T* y, const Wanted& wanted, Batch& batch, T* middles) const {
+  const int k = wanted.Coefficient(), n = batch.count;
+  const double* filters[] = {GetFilter(k), GetFilter(0)};
+  float* sums[] = {batch.wanted, batch.c0};
+  batch.cells.assign(y, y + n + window_ - 1);
+  kalmia::simd::FilterWindows(batch.cells.data(), n, window_, filters, batch.mayFail ? 2 : 1, batch.yMeans, sums);
+  // What Get(fit, 0) gives, as loops that vector registers can run.
+  if (wanted.smoothed) {
+    const double x2Mean = meanSquare_;
+    for (int j = 0; j < n; ++j) middles[j] = static_cast<T>(batch.yMeans[j] - batch.wanted[j] * x2Mean);
+  } else {
+    const float factorial = wanted.order == 3 ? 6 : static_cast<float>(wanted.order);
+    for (int j = 0; j < n; ++j) middles[j] = factorial * batch.wanted[j];
+  }
+  for (int j = 0; batch.mayFail && j < n; ++j)
+    if (batch.c0[j] == kMissingCell<float>) middles[j] = kMissingCell<T>;
+}
+
+template <class T>
+void Derivate<T>::Slide(const NCDataVector<T>& input, NCDataVector<T>& output, const Wanted& wanted) const {
   const NCDataVector<T> signal(input);  // a share: the output may be the input
   const int n = signal.Size(), half = window_ / 2, rounds = window_ > 0 ? n - window_ + 1 : 0;
   output.SetSize(n);
   if (rounds < 1) return;
 
+  const T* y = signal.begin();
   std::vector<T> result(output.begin(), output.end());
   T* const middles = result.data() + half;
-  const auto fillEdges = [&](int i, const WindowFit& fit) {
-    FillEdges(i, rounds, half, fit.HasFailed(), [&](T x) { return quantity.Get(fit, x); }, result.data(), n);
-  };
-  const T* y = signal.begin();
-  CompleteFits complete(window_, meanSquare_);
-  kalmia::FitterWithHoles fitter(window_, order_);
-  const bool holes = std::count(y, y + n, kMissingCell<T>) > 0;
-  for (int i = 0, hole = holes ? NextHole(y, 0, n) : n; i < rounds;) {
+  FitterWithHoles fitter(window_, order_);
+  const bool inBatches = wanted.IsLegal() && wanted.Coefficient() < order_;
+  Batch batch;
+  batch.mayFail = !StaysAboveMissing(y, n, GetFilter(0), window_);
+  int hole = HasHole(y, n) ? NextHole(y, 0, n) : n;
+  for (int i = 0; i < rounds;) {
     if (hole < i) hole = NextHole(y, i, n);
-    // The last window is on its own: what it fills along the edge comes after all before it, and before its middle.
-    const int windows = std::min({CompleteFits::kRoom, hole == n ? rounds - i : hole - window_ + 1 - i,
-                                  std::max(rounds - 1 - i, 1)});
-    if (windows > 0) {
-      FitComplete(y + i, windows, complete);
-      fillEdges(i, complete.Get(0));
-      quantity.GetMiddles(complete, middles + i);
-      i += windows;
-    } else {
-      const WindowFit fit = fitter.Fit(y + i);
-      fillEdges(i, fit);
-      middles[i] = fit.HasFailed() ? kMissingCell<T> : quantity.Get(fit, 0);
-      ++i;
+    const int complete = hole == n ? n : hole - window_ + 1;  // windows before this one have no hole
+    batch.count = std::min({Batch::kRoom, complete - i, rounds - 1 - i});
+    if (inBatches && i > 0 && batch.count > 0) {
+      FillMiddles(y + i, wanted, batch, middles + i);
+      i += batch.count;
+      continue;
     }
+    const WindowFit fit = Fit(y + i, fitter);
+    const bool failed = fit.HasFailed();
+    FillEdges(i, rounds, half, [&](T x) { return wanted.Get(fit, x); }, result.data(), n, failed);
+    middles[i] = failed ? kMissingCell<T> : wanted.Get(fit, 0);
+    ++i;
   }
   output.CopyZeroBasedVector(result.data(), n);
 }
 
 template <class T>
 void Derivate<T>::DoDerivate(const NCDataVector<T>& input, NCDataVector<T>& output, int order, float spacing) const {
-  Slide(input, output, DerivativeOfOrder{order});
+  const Wanted derivative{/*smoothed=*/false, order};
+  Slide(input, output, derivative);
   if (spacing == 1) return;
-  if (order < 1 || order > 3) kalmia::ThrowIllegalOrder();
+  if (!derivative.IsLegal()) kalmia::ThrowIllegalOrder();
   double unit = 1;
   for (int k = 0; k < order; ++k) unit *= spacing;
   output *= 1 / unit;
@@ -172,7 +179,7 @@ void Derivate<T>::DoDerivate(const NCDataVector<T>& input, NCDataVector<T>& outp
 
 template <class T>
 void Derivate<T>::Smooth(const NCDataVector<T>& input, NCDataVector<T>& output) const {
-  Slide(input, output, SmoothedValue());
+  Slide(input, output, Wanted{/*smoothed=*/true});
 }
 
 template <class T>
@@ -180,14 +187,8 @@ float Derivate<T>::GetOptima(const NCDataVector<T>& input, float spacing, bool m
                              float& height) const {
   constexpr float kNone = kMissingCell<float>;
   if (window_ < 1 || input.Size() < window_) return kNone;
-  WindowFit fit;
-  if (NextHole(input.begin(), 0, window_) < window_) {
-    fit = kalmia::FitterWithHoles(window_, order_).Fit(input.begin());
-  } else {
-    CompleteFits one(window_, meanSquare_);
-    FitComplete(input.begin(), 1, one);
-    fit = one.Get(0);
-  }
+  FitterWithHoles fitter(window_, order_);
+  const WindowFit fit = Fit(input.begin(), fitter);
   const float c0 = fit.coefficients[0], c1 = fit.coefficients[1];
   if (fit.HasFailed() || c1 == kNone || !(minimum ? c1 > 0 : c1 < 0)) return kNone;
 

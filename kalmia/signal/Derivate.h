@@ -1,13 +1,15 @@
 #pragma once
 
+#include <cstddef>
 #include <vector>
 
 #include "kalmia/containers/NCDataMatrix.h"
 #include "kalmia/containers/NCDataVector.h"
 
 namespace kalmia {
+class FitterWithHoles;
 struct WindowFit;
-}
+}  // namespace kalmia
 
 /// Smooths an equally spaced signal and takes its derivatives: a polynomial is fitted by least squares to the cells of
 /// a window, which slides along the signal, and evaluated in the middle of the window. For `float` alone.
@@ -63,15 +65,16 @@ class Derivate {
   float GetOptima(const NCDataVector<T>& input, float spacing, bool minimum, bool limitBelow, float& height) const;
 
  private:
-  struct CompleteFits;
-  struct SmoothedValue;
-  struct DerivativeOfOrder;
+  struct Wanted;
+  struct Batch;
 
-  /// Writes the quantity in the middle of each window to its place, and along the edges.
-  template <class Quantity>
-  void Slide(const NCDataVector<T>& input, NCDataVector<T>& output, const Quantity& quantity) const;
-  /// Fits windows without holes, the first of which begins at y.
-  void FitComplete(const T* y, int count, CompleteFits& fits) const;
+  /// Writes what is wanted of each window to the place of its middle, and along the edges.
+  void Slide(const NCDataVector<T>& input, NCDataVector<T>& output, const Wanted& wanted) const;
+  /// The fit to the window that begins at y; `fitter` takes care of holes.
+  kalmia::WindowFit Fit(const T* y, kalmia::FitterWithHoles& fitter) const;
+  /// What is wanted in the middles of neighbouring windows without holes, the first of which begins at y.
+  void FillMiddles(const T* y, const Wanted& wanted, Batch& batch, T* middles) const;
+  const double* GetFilter(int k) const { return filter_.data() + static_cast<std::ptrdiff_t>(k) * window_; }
 
   PolynomialOrder order_;
   int window_;
