@@ -16,7 +16,7 @@ class WaveletStep;
 /// In general: J is the smallest integer with 2^J >= n, n being the length of a signal; P = 2^J. A refused input gives
 /// null, nothing was written then, and nothing is thrown but std::bad_alloc. A null `out` asks for a new object, which
 /// is the caller's; otherwise `out` itself is the result; it may be the input. Filters are read, never taken over; they
-/// may be any pair of the caller's own. Numbers of decomposition levels count from the finest.
+/// may be any pair of the caller's own, of one even length.
 ///
 /// Missing: holes of a signal are filled along straight lines first, flat at both ends; a signal without a present cell
 /// is refused. A coefficient that is exactly -99 counts as a hole of its vector, as in all vectors: BackwardTransform
@@ -77,6 +77,10 @@ class Wavelet {
   // details from coarse to fine. Of any other length, with `pad` the signal is continued to P cells first (a ramp from
   // its end to its start; one cell alone is half of end minus start). Without it there are J - 1 levels, and where the
   // number of cells is odd the last one stays behind as it is: GetNumInDetails and GetMovedIndexses tell where.
+  //
+  // Boundaries are periodic, windows begin (low pass) or end (high pass) at their pair of cells. PyWavelets' mode
+  // "periodization" has the same boundaries and scale but centred windows: with c = L / 2 - 1, one level here is
+  // dwt(roll(x, -c))[0] and, negated for orthogonal families, dwt(roll(x, c))[1] there.
   //
   // `mean` and `slope` receive what the mode takes off, and stay unwritten where it takes off nothing (a line needs two
   // cells). The line is subtracted as intercept + i slope and given back as mean + (i - 1) slope: after DetrendLinear a

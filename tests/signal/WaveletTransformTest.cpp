@@ -36,7 +36,9 @@ class WaveletTransform : public ::testing::TestWithParam<FamilyAndOrder> {
 };
 
 TEST_P(WaveletTransform, GivesTheSignalBackForEveryLengthWithAndWithoutPaddingInModes0And1) {
-  for (int n = 1; n <= 140; ++n)
+  std::vector<int> lengths = {255, 256, 257, 511, 1000, 1023, 1025, 2048};
+  for (int n = 1; n <= 140; ++n) lengths.push_back(n);
+  for (const int n : lengths)
     for (bool pad : {false, true})
       for (const auto mode : {Wavelet::DetrendNone, Wavelet::DetrendMean}) {
         const auto signal = RandomSignal(n, n, 3);
@@ -95,6 +97,34 @@ TEST(WaveletTransformOfOrthogonalFamilies, KeepsTheSumOfSquares) {
       const auto signal = RandomSignal(n, n);
       const OwnedVector coefficients = Transformed(signal, filters.decomposition, false);
       EXPECT_NEAR(Norm(*coefficients), Norm(signal), kRoundings * Norm(signal)) << filter << ", " << n << " cells";
+    }
+  }
+}
+
+TEST(WaveletTransformWithFiltersOfTheCallersOwn, HasTheBitsOfThePlainOne) {
+  for (int taps : {0, 2, 4, 14, 100}) {
+    auto low = RandomSignal(taps, 1), high = RandomSignal(taps, 2);
+    Wavelet::WaveletFilters filters;
+    filters.lowPass = &low;
+    filters.highPass = &high;
+    for (int n : {2, 6, 8, 31, 64}) {
+      const auto signal = RandomSignal(n, n);
+      EXPECT_EQ(PlainCellsOf(*Transformed(signal, filters, false)), PlainForward(PlainCellsOf(signal), filters));
+      EXPECT_EQ(PlainCellsOf(*Back(signal, filters, n)), PlainBackward(PlainCellsOf(signal), filters));
+    }
+  }
+}
+
+TEST(WaveletTransformWithFiltersOfTheCallersOwn, TakesOddAndUnequalLengthsForwardAndStaysWithinItsCellsBackward) {
+  for (const auto& [lowTaps, highTaps] : {std::pair(1, 1), {3, 3}, {2, 5}, {9, 4}, {1, 30}}) {
+    auto low = RandomSignal(lowTaps, 1), high = RandomSignal(highTaps, 2);
+    Wavelet::WaveletFilters filters;
+    filters.lowPass = &low;
+    filters.highPass = &high;
+    for (int n : {2, 8, 32}) {
+      const auto signal = RandomSignal(n, n);
+      EXPECT_EQ(PlainCellsOf(*Transformed(signal, filters, false)), PlainForward(PlainCellsOf(signal), filters));
+      EXPECT_EQ(Back(signal, filters, n)->GetNumMisVal(), 0);  // for the sanitizers
     }
   }
 }
