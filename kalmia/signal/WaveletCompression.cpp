@@ -63,10 +63,9 @@ NCIntegralVector<int, -99> Wavelet::GetNumInDetails(int length, int levels) {
   Indices sizes;
   int m = length - length % 2;
   for (int level = 1; level <= levels; ++level) {
-    m /= 2;
+    m /= 2;  // without the cell that is set aside, if m is odd
     const bool leavesOne = m % 2 != 0 && m != 1;
     sizes.push_back(leavesOne ? m + 1 : m);
-    if (leavesOne) --m;
   }
   return sizes;
 }

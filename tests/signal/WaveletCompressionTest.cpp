@@ -92,7 +92,8 @@ TEST(WaveletUncompression, WritesIntoAVectorOfTheLengthAndMayBeTheInput) {
 
 TEST(WaveletUncompression, RefusesWhatDoesNotFit) {
   const auto two = Signal({1, 2});
-  const auto twoIndices = Ints({1, 2}), three = Ints({1, 2, 3}), zero = Ints({0, 1}), beyond = Ints({1, 5});
+  const auto twoIndices = Ints({1, 2}), three = Ints({1, 2, 3}), twice = Ints({1, 1});
+  const auto zero = Ints({0, 1}), beyond = Ints({1, 5});
   const struct {
     const char* what;
     const NCDataVector<float>* in;
@@ -101,8 +102,8 @@ TEST(WaveletUncompression, RefusesWhatDoesNotFit) {
     bool padded;
   } kBad[] = {{"no vector", nullptr, &twoIndices, 4, 4, false},
               {"no list", &two, nullptr, 4, 4, false},
-              {"more indices than cells", &two, &twoIndices, 1, 1, false},
-              {"more indices than cells, padded", &two, &twoIndices, 1, 1, true},
+              {"more indices than cells", &two, &twice, 1, 1, false},
+              {"more indices than cells, padded", &two, &twice, 1, 1, true},
               {"another number of indices", &two, &three, 4, 4, false},
               {"an output of another length", &two, &twoIndices, 4, 3, false},
               {"an output that is not padded", &two, &twoIndices, 3, 3, true},
@@ -203,10 +204,10 @@ TEST(WaveletVariableNames, OfABestBasisHaveTheDepthOfTheirBlock) {
 }
 
 TEST(WaveletVariableNames, AreRefusedWithoutDecisionsOrOutsideOfThem) {
-  const auto indices = Ints({1, 4}), zero = Ints({0}), beyond = Ints({5});
+  const auto indices = Ints({1, 4}), one = Ints({1}), zero = Ints({0}), beyond = Ints({5});
   const BoolVector decisions(3, false), none, noTree(4, true);
   EXPECT_EQ(Wavelet::MakeVarNames("w", &indices, nullptr), nullptr);
-  EXPECT_EQ(Wavelet::MakeVarNames("w", &indices, &none), nullptr);
+  EXPECT_EQ(Wavelet::MakeVarNames("w", &one, &none), nullptr);
   EXPECT_EQ(Wavelet::MakeVarNames("w", nullptr, &decisions), nullptr);
   EXPECT_EQ(Wavelet::MakeVarNames("w", &zero, &decisions), nullptr);
   EXPECT_EQ(Wavelet::MakeVarNames("w", &beyond, &decisions), nullptr);

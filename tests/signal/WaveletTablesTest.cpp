@@ -104,17 +104,24 @@ TEST_P(WaveletOfTables, LeaveVectorsAloneThatTheModeDoesNotNeed) {
   EXPECT_THAT(CellsOf(*slopes_), Each(8.0F));
 }
 
-TEST_P(WaveletOfTables, MayWriteIntoTheInput) {
-  NCDataMatrix<float> table = Table(3, 6, 1);
-  const OwnedMatrix expected(Transform(&table, Wavelet::DetrendNone, nullptr, true));
-  EXPECT_EQ(Transform(&table, Wavelet::DetrendNone, &table, true), &table);
-  EXPECT_EQ(table, *expected);
+TEST_P(WaveletOfTables, MayWriteIntoTheInputWhetherItsSizeChangesOrNot) {
+  for (bool pad : {true, false}) {
+    NCDataMatrix<float> table = Table(3, 6, 1);
+    const NCDataMatrix<float> share = table, before = Table(3, 6, 1);
+    const OwnedMatrix expected(Transform(&table, Wavelet::DetrendNone, nullptr, pad));
+    EXPECT_EQ(Transform(&table, Wavelet::DetrendNone, &table, pad), &table);
+    EXPECT_EQ(table.SizeRows(), expected->SizeRows());
+    EXPECT_EQ(table, *expected);
+    EXPECT_EQ(share, before);
+  }
 }
 
 TEST_P(WaveletOfTables, KeepTheCountsOfHolesOfAGivenTable) {
   const NCDataMatrix<float> table = Table(4, 8, 1);
   NCDataMatrix<float> out(table.SizeRows(), table.SizeColumns());  // all missing, of the right size
   ASSERT_TRUE(Transform(&table, Wavelet::DetrendNone, &out, false));
+  EXPECT_EQ(out.SizeRows(), table.SizeRows());
+  EXPECT_EQ(out.SizeColumns(), table.SizeColumns());
   EXPECT_EQ(out.GetNumMisVal(), 0);
   for (int c = 1; c <= out.SizeColumns(); ++c) EXPECT_EQ(out.GetColumnMisVal(c), 0);
 }
