@@ -55,12 +55,18 @@ INSTANTIATE_TEST_SUITE_P(Calculators, OnRandomTables,
                          ::testing::Values(Case{1, 3, 0}, Case{2, 1, 0}, Case{3, 4, 0}, Case{12, 5, 0}, Case{40, 7, 0},
                                            Case{60, 5, 0}, Case{12, 8, 0.2}, Case{40, 9, 0.1}, Case{50, 20, 0.3}));
 
-TEST(SingleLinkageDistanceCalculator, GivesTheHeightsOfBruteForceWhereDistancesAreEqual) {
+TEST(SingleLinkageDistanceCalculator, GivesTheHeightsAndClustersOfBruteForceWhereDistancesAreEqual) {
   for (unsigned seed = 0; seed < 10; ++seed) {
     const NCDataMatrix<float> table = WholeNumbers(40, 3, 4, seed % 2 ? 0.1 : 0, seed);
-    if (table.GetNumMisVal() > 0 && std::isnan(HeightsOf(PlainSingleLinkage(table)).back())) continue;
+    const std::vector<PlainMerge> plain = PlainSingleLinkage(table);
+    if (table.GetNumMisVal() > 0 && std::isnan(plain.back().height)) continue;
     SingleLinkageDistanceCalculator calculator;
-    EXPECT_EQ(HeightsOf(MergesOf(calculator, table)), HeightsOf(PlainSingleLinkage(table))) << seed;
+    const std::vector<PlainMerge> merges = MergesOf(calculator, table);
+    EXPECT_EQ(HeightsOf(merges), HeightsOf(plain)) << seed;
+    for (std::size_t k = 1; k < plain.size(); ++k) {
+      if (plain[k].height == plain[k - 1].height) continue;
+      EXPECT_EQ(PartitionAfter(merges, k), PartitionAfter(plain, k)) << seed << ", " << k << " merges";
+    }
   }
 }
 

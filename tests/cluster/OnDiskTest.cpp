@@ -50,8 +50,10 @@ struct Dialogue : UserComm {
 class OnDisk : public ::testing::Test {
  protected:
   OnDisk() {
-    char name[] = "/tmp/kalmia-ondisk-XXXXXX";
-    directory_ = mkdtemp(name);
+    // In memory where the machine has a place for that: hundreds of files are made and removed.
+    std::string name = std::filesystem::is_directory("/dev/shm") ? "/dev/shm" : "/tmp";
+    name += "/kalmia-ondisk-XXXXXX";
+    if (mkdtemp(name.data())) directory_ = name;
     if (const char* const before = getenv("TMPDIR")) before_ = before;
     setenv("TMPDIR", directory_.c_str(), 1);
     UserComm::SetUserComm(&dialogue_);
@@ -85,12 +87,21 @@ class OnDisk : public ::testing::Test {
   Dialogue dialogue_;
 };
 
+/// As many files at once as the process may be given.
+void AllowManyFiles() {
+  rlimit files = {};
+  getrlimit(RLIMIT_NOFILE, &files);
+  files.rlim_cur = files.rlim_max;
+  setrlimit(RLIMIT_NOFILE, &files);
+}
+
 TEST_F(OnDisk, MergesAsInMemoryWhateverTheMemory) {
+  AllowManyFiles();
   for (const double holes : {0.0, 0.05}) {
-    const NCDataMatrix<float> table = RandomMatrix<float>(40, 10, holes, 7);  // 780 pairs
+    const NCDataMatrix<float> table = RandomMatrix<float>(100, 10, holes, 7);  // 4950 pairs
     const std::vector<PlainMerge> inMemory = Merges(table, 0);
     EXPECT_TRUE(dialogue_.shown.empty());
-    for (const std::uint64_t cap : {779, 200, 40, 5}) {
+    for (const std::uint64_t cap : {4949, 1000, 100, 4950 / 400}) {
       EXPECT_TRUE(Merges(table, cap) == inMemory) << cap;
       EXPECT_EQ(dialogue_.shown.size(), 1U);
       dialogue_.shown.clear();
@@ -98,13 +109,18 @@ TEST_F(OnDisk, MergesAsInMemoryWhateverTheMemory) {
   }
 }
 
-TEST_F(OnDisk, GivesTheHeightsOfTheMemoryWhereDistancesAreEqual) {
-  for (unsigned seed = 1; seed <= 2; ++seed) {
-    const NCDataMatrix<float> table = WholeNumbers(40, 2, 2 + static_cast<int>(seed), 0, seed);
+TEST_F(OnDisk, GivesTheHeightsAndClustersOfTheMemoryWhereDistancesAreEqual) {
+  AllowManyFiles();
+  for (unsigned seed = 1; seed <= 4; ++seed) {
+    const NCDataMatrix<float> table = WholeNumbers(60, 3, 2 + static_cast<int>(seed), 0, seed);  // 1770 pairs
     const std::vector<PlainMerge> inMemory = Merges(table, 0);
-    for (const std::uint64_t cap : {400, 30}) {
+    for (const std::uint64_t cap : {900, 100, 1770 / 400}) {
       const std::vector<PlainMerge> onDisk = Merges(table, cap);
       for (std::size_t k = 0; k < inMemory.size(); ++k) EXPECT_EQ(onDisk[k].height, inMemory[k].height);
+      for (std::size_t k = 1; k < inMemory.size(); ++k) {
+        if (inMemory[k].height == inMemory[k - 1].height) continue;
+        EXPECT_EQ(PartitionAfter(onDisk, k), PartitionAfter(inMemory, k)) << "cap " << cap << ", " << k << " merges";
+      }
     }
   }
 }

@@ -161,6 +161,21 @@ std::vector<PlainMerge> PlainWard(const NCDataMatrix<float>& data, bool root, in
   return merges;
 }
 
+std::vector<int> PartitionAfter(const std::vector<PlainMerge>& merges, std::size_t count) {
+  std::vector<std::vector<int>> clusters(merges.size() + 1);
+  for (std::size_t row = 0; row < clusters.size(); ++row) clusters[row] = {static_cast<int>(row)};
+  for (std::size_t k = 0; k < count; ++k) {
+    std::vector<int>& into = clusters[static_cast<std::size_t>(merges[k].i)];
+    const auto from = clusters.begin() + merges[k].j;
+    into.insert(into.end(), from->begin(), from->end());
+    clusters.erase(from);
+  }
+  std::vector<int> first(merges.size() + 1);
+  for (const std::vector<int>& cluster : clusters)
+    for (const int row : cluster) first[static_cast<std::size_t>(row)] = *std::min_element(cluster.begin(), cluster.end());
+  return first;
+}
+
 NCDataMatrix<float> WholeNumbers(int rows, int columns, int largest, double holes, unsigned seed) {
   std::mt19937 random(seed);
   NCDataMatrix<float> table(rows, columns, 0);

@@ -31,6 +31,9 @@ std::vector<PlainMerge> MergesOf(Calculator& calculator, const NCDataMatrix<floa
   return merges;
 }
 
+/// For each row the first row of its cluster, from 0, after so many merges.
+std::vector<int> PartitionAfter(const std::vector<PlainMerge>& merges, std::size_t count);
+
 /// A table of small whole numbers, and thus of many equal distances, with a share of holes.
 NCDataMatrix<float> WholeNumbers(int rows, int columns, int largest, double holes, unsigned seed);
 
