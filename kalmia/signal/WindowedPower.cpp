@@ -18,9 +18,11 @@ struct Window {
 Window MakeWindow(FFT::DataWindowMode mode, int m) {
   Window window;
   window.weights.resize(2 * static_cast<std::size_t>(m));
-  for (int j = 1; j <= 2 * m; ++j) {
-    const double w = WindowAt(mode, j, m);
-    window.weights[static_cast<std::size_t>(j) - 1] = w;
+  for (int j = 1; j <= m; ++j) {  // every window is symmetric, and a cosine costs as much as a cell's transform
+    window.weights[static_cast<std::size_t>(j) - 1] = WindowAt(mode, j, m);
+    window.weights[static_cast<std::size_t>(2 * m - j)] = window.weights[static_cast<std::size_t>(j) - 1];
+  }
+  for (const double w : window.weights) {
     window.sum += static_cast<float>(w);
     window.sumOfSquares += static_cast<float>(w * w);
   }
