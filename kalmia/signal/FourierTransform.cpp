@@ -40,14 +40,14 @@ bool IsOddPowerOfTwo(int size) {
 }  // namespace
 
 FourierTransform::FourierTransform(int largest)
-    : cells_(4 * (static_cast<std::size_t>(largest) + kApart)),
+    : cells_(6 * (static_cast<std::size_t>(largest) + kApart)),
       re_(cells_.data()),
       im_(re_ + largest + kApart),
       nextRe_(im_ + largest + kApart),
       nextIm_(nextRe_ + largest + kApart),
-      rootRe_(static_cast<std::size_t>(largest)),
-      rootIm_(rootRe_) {
-  for (std::size_t half = 1; half < rootRe_.size(); half *= 2) {
+      rootRe_(nextIm_ + largest + kApart),
+      rootIm_(rootRe_ + largest + kApart) {
+  for (std::size_t half = 1; half < static_cast<std::size_t>(largest); half *= 2) {
     // The root goes on by increments: with 1 - cos(theta) from the sine of half the angle no digits are lost.
     const double theta = 6.28318530717959 / static_cast<double>(2 * half);
     const double sineOfHalf = std::sin(0.5 * theta);
@@ -80,7 +80,7 @@ void FourierTransform::Forward(int size) {
     count = size / 2;
   }
   const auto pass = [&] {
-    return simd::FourierPass{re_, im_, nextRe_, nextIm_, rootRe_.data(), rootIm_.data(), length, count};
+    return simd::FourierPass{re_, im_, nextRe_, nextIm_, rootRe_, rootIm_, length, count};
   };
   for (; count > kSideBySide; length *= 4, count /= 4) {
     simd::CombineSideBySide(pass());

@@ -15,6 +15,8 @@ namespace kalmia {
 class FourierTransform {
  public:
   explicit FourierTransform(int largest);  ///< the largest length to come: a power of two, not checked
+  FourierTransform(const FourierTransform&) = delete;
+  FourierTransform& operator=(const FourierTransform&) = delete;
 
   /// The `largest` cells of the real and the imaginary part, from index 0: what is put there is transformed in place.
   /// Each transform may move them, so ask again after it.
@@ -24,15 +26,17 @@ class FourierTransform {
   void Backward(int size);
 
   /// e^(2 pi i k / size) for 0 <= k < size / 2, of any size from 2 to `largest` that is a power of two.
-  double RootRe(int k, int size) const { return rootRe_[static_cast<std::size_t>(size / 2 + k)]; }
-  double RootIm(int k, int size) const { return rootIm_[static_cast<std::size_t>(size / 2 + k)]; }
+  double RootRe(int k, int size) const { return rootRe_[size / 2 + k]; }
+  double RootIm(int k, int size) const { return rootIm_[size / 2 + k]; }
 
  private:
   void SwapBuffers();
 
-  std::vector<double> cells_;  ///< the four buffers
+  /// All of the buffers and roots. In one block: several smaller ones would go back to the system after every use, and
+  /// fetching them anew takes longer than a transform.
+  std::vector<double> cells_;
   double *re_, *im_, *nextRe_, *nextIm_;
-  std::vector<double> rootRe_, rootIm_;  ///< of size s at s / 2 + k: 1 + 2 + 4 + ... cells, the first one unused
+  double *rootRe_, *rootIm_;  ///< of size s at s / 2 + k: 1 + 2 + 4 + ... cells, the first one unused
 };
 
 }  // namespace kalmia
