@@ -1,5 +1,5 @@
-// Feeds bytes to the reader of model files, as they are and with a length and a checksum that match them, as a forger
-// would write them. What is accepted is written, and reads back to the same bytes.
+// Feeds bytes to the readers of model files and of stored cross-validations, as they are and with a length and a
+// checksum that match them, as a forger would write them. What is accepted is written, and reads back to the same bytes.
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>
@@ -7,10 +7,13 @@
 
 #include "app/Failure.h"
 #include "app/ModelFile.h"
+#include "app/OplsCvFile.h"
 #include "kalmia/support/MD5.h"
 
 using kalmia::app::ModelFileBytes;
+using kalmia::app::OplsCvFileBytes;
 using kalmia::app::ReadModelFile;
+using kalmia::app::ReadOplsCvFile;
 
 namespace {
 
@@ -30,18 +33,25 @@ std::string Forged(std::string bytes) {
   return bytes.replace(kChecksumAt, kContentAt - kChecksumAt, md5.GetDigest());
 }
 
-void Feed(const std::string& bytes) try {
-  const std::string written = ModelFileBytes(ReadModelFile(bytes, "model"));
-  Require(ModelFileBytes(ReadModelFile(written, "again")) == written);
+/// `write` is what turns into bytes again what `read` made of them.
+template <class Read, class Write>
+void Feed(const std::string& bytes, const Read& read, const Write& write) try {
+  const std::string written = write(read(bytes, "file"));
+  Require(write(read(written, "again")) == written);
 } catch (const kalmia::app::Failure& failure) {
   Require(failure.Code() == kalmia::app::ExitCode::Files);
+}
+
+void FeedBoth(const std::string& bytes) {
+  Feed(bytes, ReadModelFile, [](const kalmia::app::StoredModel& model) { return ModelFileBytes(model); });
+  Feed(bytes, ReadOplsCvFile, OplsCvFileBytes);
 }
 
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   const std::string bytes(data, data + size);
-  Feed(bytes);
-  Feed(Forged(bytes));
+  FeedBoth(bytes);
+  FeedBoth(Forged(bytes));
   return 0;
 }

@@ -133,6 +133,15 @@ std::string VersionOneFilter() {
   });
 }
 
+std::string ValidatedOpls() {
+  const NCDataMatrix<float> x = RandomMatrix<float>(4, 2, 0, 8), y = RandomMatrix<float>(4, 1, 0, 9);
+  OPLSCrossValidation validation(&x, &y, /*predictiveComponents=*/1, /*rounds=*/2, nullptr, nullptr);
+  validation.NextComponent(nullptr);
+  std::ostringstream stream;
+  validation.GetData()->WriteObject(stream);
+  return stream.str();
+}
+
 std::string VersionOnePls() {
   return OldStream("NCPLS", 1, /*text=*/false, [](std::ostream& stream) {
     const int shapes[][2] = {{1, 2}, {1, 3}, {1, 3}, {1, 4}, {1, 4}, {4, 3}, {4, 2}};  // C', P', W', U', T', X, Y
@@ -191,6 +200,7 @@ int main(int argc, char** argv) {
   write("filter", Filter(1));
   write("filter-without-components", Filter(0));
   write("filter-1", VersionOneFilter());
+  write("opls-validation", ValidatedOpls());
   for (const short version : {1, 2, 3}) {
     const OldSeeds old(version);
     const std::string ending = "-" + std::to_string(version);

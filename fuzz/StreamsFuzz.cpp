@@ -12,6 +12,7 @@
 #include "kalmia/kalmia.h"
 #include "testing/RandomTables.h"
 #include "testing/StreamAttacks.h"
+#include "testing/StreamedOplsData.h"
 
 namespace {
 
@@ -70,6 +71,14 @@ void ExpectAgreement(const NCPCA& model) {
   EXPECT_EQ(model.GetPprim()->SizeColumns(), model.GetResiduals()->SizeColumns());
 }
 
+void ExpectExactCountsOf(const OPLSCrossvalidationData& data) {
+  for (const auto* matrices : {&data.WOPerRound, &data.POPerRound, &data.COPerRound})
+    for (const NCDataMatrix<float>& matrix : *matrices) ExpectExactCounts(matrix);
+  for (const auto* rounds : {&data.WMatricesPerRound, &data.PMatricesPerRound, &data.CMatricesPerRound})
+    for (const auto& matrices : *rounds)
+      for (const NCDataMatrix<float>& matrix : matrices) ExpectExactCounts(matrix);
+}
+
 }  // namespace
 
 /// A failed expectation becomes an exception, which nobody catches: the fuzzer keeps the input.
@@ -94,5 +103,6 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   FeedWithErrors<NCPLS>(bytes, [](const NCPLS& model) { ExpectAgreement(model); });
   FeedWithErrors<NCPCA>(bytes, [](const NCPCA& model) { ExpectAgreement(model); });
   FeedWithErrors<NCYOrthogonalPLS>(bytes, [](const NCYOrthogonalPLS& model) { ExpectAgreement(model); });
+  Feed<StreamedOplsData>(bytes, [](const StreamedOplsData& stored) { ExpectExactCountsOf(stored.data); });
   return 0;
 }

@@ -9,6 +9,7 @@
 #include "kalmia/support/VexStream.h"
 #include "testing/RandomTables.h"
 #include "testing/StreamAttacks.h"
+#include "testing/StreamedOplsData.h"
 
 namespace {
 
@@ -20,25 +21,14 @@ OPLSCrossvalidationData Small() {
   return *validation.GetData();
 }
 
-/// The data as something that the attacks can read and write.
-class Stored : public VexStreamBase {
- public:
-  OPLSCrossvalidationData data;
-
- protected:
-  bool VexStreamableStartWrite(std::ostream& stream) override { return data.WriteObject(stream); }
-  bool VexStreamableStartRead(std::istream& stream) override { return data.ReadObject(stream); }
-  void VexStreamableReset() override {}
-};
-
 bool IsEmpty(const OPLSCrossvalidationData& data) {
   return data.WMatricesPerRound.empty() && data.PMatricesPerRound.empty() && data.CMatricesPerRound.empty() &&
          data.WOPerRound.empty() && data.POPerRound.empty() && data.COPerRound.empty() && data.SSY.Size() == 0;
 }
 
-StreamAttacks<Stored> Attacks() {
-  StreamAttacks<Stored> attacks;
-  attacks.refused = [](const Stored& stored) { EXPECT_TRUE(IsEmpty(stored.data)); };
+StreamAttacks<StreamedOplsData> Attacks() {
+  StreamAttacks<StreamedOplsData> attacks;
+  attacks.refused = [](const StreamedOplsData& stored) { EXPECT_TRUE(IsEmpty(stored.data)); };
   return attacks;
 }
 
@@ -153,7 +143,7 @@ TEST(OPLSCrossvalidationData, CopiesAreDeep) {
 
 /// A stream with one matrix in each vector but for W, whose single round has two.
 std::string SmallStream() {
-  Stored stored;
+  StreamedOplsData stored;
   stored.data = OPLSCrossvalidationData(1, MatrixOf<float>({{1, 2}}));
   stored.data.WMatricesPerRound[0] = {MatrixOf<float>({{1, kHole<float>}}), MatrixOf<float>({{2, 3}})};
   stored.data.WOPerRound[0] = MatrixOf<float>({{4, 5}});
