@@ -20,6 +20,13 @@ NCOPLSPred PredictedBy(NCOPLS* model, const NCDataMatrix<float>& X) {
   return prediction;
 }
 
+OPLSCrossValidation Validated(const Tables& tables, int predictive, int rounds, int orthogonal,
+                              NCIntegralVector<int, -99>* groups) {
+  OPLSCrossValidation validation(&tables.X, &tables.Y, predictive, rounds, nullptr, groups);
+  for (int o = 0; o < orthogonal; ++o) validation.NextComponent(nullptr);
+  return validation;
+}
+
 NCDataMatrix<float> PartOf(const NCDataMatrix<float>& T, const NCDataMatrix<float>& P) {
   NCDataMatrix<float> part(T.SizeColumns(), P.SizeColumns(), 0.0F);
   for (int a = 1; a <= T.SizeRows(); ++a) part.AddVprimV(T[a], P[a], 1.0F);

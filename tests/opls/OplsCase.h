@@ -13,6 +13,10 @@ NCOPLS FittedOpls(const Tables& tables, int predictive, int orthogonal, int maxI
 /// A model's prediction of X with all of its orthogonal components.
 NCOPLSPred PredictedBy(NCOPLS* model, const NCDataMatrix<float>& X);
 
+/// A validation of models of the tables with this many orthogonal components.
+OPLSCrossValidation Validated(const Tables& tables, int predictive, int rounds, int orthogonal,
+                              NCIntegralVector<int, -99>* groups = nullptr);
+
 /// The sum over the rows a of T of T[a] P[a]', N x K, cell by cell in float.
 NCDataMatrix<float> PartOf(const NCDataMatrix<float>& T, const NCDataMatrix<float>& P);
 
