@@ -1,11 +1,11 @@
 #include "kalmia/kernels/FilterPasses.h"
 
 #include <algorithm>
-#include <cmath>
 #include <cstddef>
 #include <cstdint>
 #include <vector>
 
+#include "kalmia/kernels/CompleteTables.h"
 #include "kalmia/kernels/ExcludedPositions.h"
 #include "kalmia/kernels/RowPointers.h"
 #include "kalmia/kernels/RowRegression.h"
@@ -21,18 +21,6 @@ namespace kalmia {
 namespace {
 
 using simd::kRowsPerStep;
-
-bool HasNoCells(const NCDataMatrix<float>& m) { return m.SizeRows() == 0 || m.SizeColumns() == 0; }
-
-bool IsComplete(const NCDataMatrix<float>& m) {
-  return m.GetNumMisVal() == 0 &&
-         std::all_of(m.begin(), m.end(), [](const NCDataVector<float>& row) { return row.GetNumMisVal() == 0; });
-}
-
-/// Whether a deflation by these scores empties no row. It would where minus a score looks like the missing value, too.
-bool TakesEveryRow(const NCDataVector<float>& t) {
-  return std::none_of(t.begin(), t.end(), [](float cell) { return std::fabs(cell) == -kMissing; });
-}
 
 /// Whether there is something to filter, and no step of it looks at a cell.
 bool FiltersWithoutHoles(const NCDataMatrix<float>& X, const NCDataMatrix<float>& T, const NCDataMatrix<float>& W) {

@@ -4,9 +4,10 @@
 #include <cmath>
 
 #include "kalmia/kernels/FilterPasses.h"
+#include "kalmia/kernels/ScoresInTurn.h"
 #include "kalmia/opls/DeepCopy.h"
-#include "kalmia/opls/OPLSFilter.h"
 #include "kalmia/opls/OPLSProgress.h"
+#include "kalmia/pcapls/ComponentRows.h"
 #include "kalmia/pcapls/NCPCA.h"
 
 namespace {
@@ -181,16 +182,17 @@ void NCOPLS::CatchUp() {
   const int orthogonal = std::min(woprim_.SizeRows(), static_cast<int>(wMatrices_.size()) - 1);
   for (int o = 1; o <= orthogonal; ++o) {
     const auto block = static_cast<std::size_t>(o - 1);
-    const NCDataMatrix<float> filtered = kalmia::WithoutScoresAlong(x_, wMatrices_[block]);
-    toprim_.InsertRow(o, filtered.SpecialNipalsRegressRowsFix(woprim_[o], nullptr, 0));
+    const NCDataMatrix<float>& W = wMatrices_[block];
+    toprim_.InsertRow(o, kalmia::ScoresInTurn(x_, kalmia::WithRow(W, W.SizeRows() + 1, woprim_[o]), W).back());
     uoprim_.InsertRow(o, y_.SpecialNipalsRegressRowsFix(coprim_[o], nullptr, 0));
     x_.AddVprimV(toprim_[o], poprim_[o], -1.0F);
     y_.AddVprimV(toprim_[o], coprim_[o], -1.0F);
   }
   if (wMatrices_.empty()) return;
   const auto block = static_cast<std::size_t>(orthogonal);
-  tFilter_ = kalmia::ScoresAlong(x_, wMatrices_[block], wMatrices_[block]);
-  tprim_ = kalmia::ScoresAlong(x_, wMatrices_[block], pMatrices_[block]);
+  const NCDataMatrix<float>& W = wMatrices_[block];
+  tFilter_ = kalmia::ScoresInTurn(x_, W, W);
+  tprim_ = W.SizeRows() == 1 ? tFilter_ : kalmia::ScoresInTurn(x_, W, pMatrices_[block]);
 }
 
 void NCOPLS::NegateOComp(int component) {

@@ -94,7 +94,8 @@ class NCOPLS {
   void CalcOrthogonal(NCDataVector<float>* w, NCDataVector<float>* t, NCDataVector<float>* p) const;
   NCDataVector<float> DirectionOf(const NCDataMatrix<float>& rows) const;
   Block SettleWeights(NCProgress* progress, NCDataMatrix<float> crossProduct);
-  NCDataMatrix<float> TakeScoresAlong(Block* block, bool again);
+  NCDataMatrix<float> FilterAlong(const NCDataMatrix<float>& W);
+  void TakeScoresAlong(Block* block);
   NCDataMatrix<float> WeightsOf(const NCDataMatrix<float>& crossProduct, const NCDataMatrix<float>& former);
   NCDataMatrix<float> ComponentsOf(const NCDataMatrix<float>& crossProduct, int size) const;
   int SizeOfBlock(const NCDataMatrix<float>& former) const;

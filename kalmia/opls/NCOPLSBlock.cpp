@@ -3,6 +3,7 @@
 #include <cmath>
 
 #include "kalmia/kernels/ComponentPasses.h"
+#include "kalmia/kernels/ScoresInTurn.h"
 #include "kalmia/opls/DeepCopy.h"
 #include "kalmia/opls/NCOPLS.h"
 #include "kalmia/opls/OPLSProgress.h"
@@ -58,30 +59,35 @@ NCOPLS::Block NCOPLS::SettleWeights(NCProgress* progress, NCDataMatrix<float> cr
     const int holesOfY = y_.GetNumMisVal() - static_cast<int>(missingY_.size());  // those that are not 0 here
     again = (x_.GetNumMisVal() >= 1 || holesOfY >= 1) && passes_ < maxIterations_;
     if (again)
-      crossProduct = CrossProduct(TakeScoresAlong(&block, again));
+      crossProduct = CrossProduct(FilterAlong(W));
     else
-      TakeScoresAlong(&block, again);
+      TakeScoresAlong(&block);
   } while (again);
   return block;
 }
 
-/// Renews tFilter_ for the weights of a block. With another pass to come it returns what is left of X for it; after the
-/// last one the loadings of the first component come along.
-NCDataMatrix<float> NCOPLS::TakeScoresAlong(Block* block, bool again) {
-  const NCDataMatrix<float>& W = block->W;
+/// Renews tFilter_ for the weights W, and returns what is left of X.
+NCDataMatrix<float> NCOPLS::FilterAlong(const NCDataMatrix<float>& W) {
   NCDataMatrix<float> left = x_;
   tFilter_.Clear();
-  block->firstP.Clear();
   for (int a = 1; a <= W.SizeRows(); ++a) {
-    NCDataVector<float> t;
-    if (a == 1 && !again)
-      kalmia::CalcScoresAndLoadings(x_, W[1], &t, &block->firstP);
-    else
-      t = left.SpecialNipalsRegressRowsFix(W[a], nullptr, 0);
-    tFilter_.InsertRow(a, t);
-    if (again || a < W.SizeRows()) left.AddVprimV(t, W[a], -1.0F);
+    tFilter_.InsertRow(a, left.SpecialNipalsRegressRowsFix(W[a], nullptr, 0));
+    left.AddVprimV(tFilter_[a], W[a], -1.0F);
   }
   return left;
+}
+
+/// Renews tFilter_ for the weights of a block. The loadings of a single component come along.
+void NCOPLS::TakeScoresAlong(Block* block) {
+  const NCDataMatrix<float>& W = block->W;
+  if (W.SizeRows() != 1) {
+    tFilter_ = kalmia::ScoresInTurn(x_, W, W);
+    return;
+  }
+  NCDataVector<float> t;
+  kalmia::CalcScoresAndLoadings(x_, W[1], &t, &block->firstP);
+  tFilter_.Clear();
+  tFilter_.InsertRow(1, t);
 }
 
 NCDataMatrix<float> NCOPLS::WeightsOf(const NCDataMatrix<float>& crossProduct, const NCDataMatrix<float>& former) {

@@ -2,8 +2,9 @@
 
 #include <utility>
 
+#include "kalmia/kernels/ScoresInTurn.h"
 #include "kalmia/opls/DeepCopy.h"
-#include "kalmia/opls/OPLSFilter.h"
+#include "kalmia/pcapls/ComponentRows.h"
 
 NCOPLSPred::NCOPLSPred(const NCDataMatrix<float>* X, NCOPLS* model)
     : NCOPLSPred(X, model->GetWMatrices(), model->GetPMatrices(), model->GetCMatrices(), model->GetWOprim(),
@@ -52,14 +53,15 @@ NCOPLSPred::~NCOPLSPred() = default;
 /// Adds the predictive part, as the newest block has it, to what stands in yPred_.
 void NCOPLSPred::Finalise() {
   const NCDataMatrix<float>& C = cMatrices_[Block()];
-  tPred_ = kalmia::ScoresAlong(xOrthoResiduals_, wMatrices_[Block()], pMatrices_[Block()]);
+  tPred_ = kalmia::ScoresInTurn(xOrthoResiduals_, wMatrices_[Block()], pMatrices_[Block()]);
   for (int a = 1; a <= tPred_.SizeRows(); ++a) yPred_.AddVprimV(tPred_[a], C[a], 1.0F);
 }
 
 void NCOPLSPred::CalcNextComponent() {
   const int next = toPred_.SizeRows() + 1;
-  const NCDataMatrix<float> filtered = kalmia::WithoutScoresAlong(xOrthoResiduals_, wMatrices_[Block()]);
-  toPred_.InsertRow(next, filtered.SpecialNipalsRegressRowsFix(woprim_[next], nullptr, 0));
+  const NCDataMatrix<float>& W = wMatrices_[Block()];
+  const NCDataMatrix<float> along = kalmia::WithRow(W, W.SizeRows() + 1, woprim_[next]);
+  toPred_.InsertRow(next, kalmia::ScoresInTurn(xOrthoResiduals_, along, W).back());
   xOrthoResiduals_.AddVprimV(toPred_[next], poprim_[next], -1.0F);
   yPred_.SetAllValues(0.0F);
   for (int o = 1; o <= next; ++o) yPred_.AddVprimV(toPred_[o], coprim_[o], 1.0F);
