@@ -30,11 +30,11 @@ void SumAll(const double* const* from, const double* h, int taps, float* out, in
   int k = 0;
   for (; n - k >= kTogether * kWidth; k += kTogether * kWidth) SumAt<kTogether>(from, h, taps, out, k);
   for (; n - k >= kWidth; k += kWidth) SumAt<1>(from, h, taps, out, k);
-  for (; k < n; ++k) {
-    double sum = 0;
-    for (int t = 0; t < taps; ++t) sum += h[t] * from[t][k];
-    out[k] = static_cast<float>(sum);
-  }
+  if (k == n) return;
+  if (n >= kWidth)
+    SumAt<1>(from, h, taps, out, n - kWidth);  // some outputs for the second time: the same
+  else
+    scalar::SumTaps(from, h, taps, out, n);
 }
 
 }  // namespace kalmia::simd::HWY_NAMESPACE
