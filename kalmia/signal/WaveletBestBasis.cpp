@@ -130,7 +130,7 @@ BoolVector* Wavelet::FindBestBasisObswise(const NCDataMatrix<float>* in, int row
   if (!in || row < 0 || row > in->SizeRows()) return nullptr;
   if (row > 0) return FindBestBasis(&(*in)[row], filters, mode, decisions);
   Vector means(in->SizeColumns());
-  for (int c = 1; c <= in->SizeColumns(); ++c) means(c, static_cast<float>(in->GetColumn(c).GetMean()));
+  for (int c = 1; c <= in->SizeColumns(); ++c) means(c, static_cast<float>(kalmia::ColumnOf(*in, c).GetMean()));
   return FindBestBasis(&means, filters, mode, decisions);
 }
 

@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <limits>
 #include <memory>
+#include <vector>
 
 namespace kalmia {
 namespace {
@@ -60,6 +61,15 @@ bool IsPowerOfTwo(int n) { return n > 0 && PowerLength(n) == n; }
 bool HasPresentCell(const NCDataVector<float>* signal) { return signal && signal->Size() > signal->GetNumMisVal(); }
 
 bool IsComplete(const Wavelet::WaveletFilters& filters) { return filters.highPass && filters.lowPass; }
+
+NCDataVector<float> ColumnOf(const NCDataMatrix<float>& table, int c) {
+  std::vector<float> cells;
+  cells.reserve(static_cast<std::size_t>(table.SizeRows()));
+  for (const Vector& row : table) cells.push_back(row[c]);
+  Vector column;
+  column.CopyZeroBasedVector(cells.data(), table.SizeRows());
+  return column;
+}
 
 /// A table of the right size takes the rows one by one, be it the input itself; any other gives way to a new one.
 NCDataMatrix<float>* TransformRows(const NCDataMatrix<float>* in, int length, const Trends& trends,

@@ -15,6 +15,9 @@ bool IsPowerOfTwo(int n);
 bool HasPresentCell(const NCDataVector<float>* signal);
 bool IsComplete(const Wavelet::WaveletFilters& filters);  ///< both filters are there
 
+/// Column c of a table that others may read at the same time, which rules out GetColumn: it takes the result target.
+NCDataVector<float> ColumnOf(const NCDataMatrix<float>& table, int c);
+
 /// Transforms one signal; trend numbers that the mode does not ask for stay unwritten.
 using SignalTransform = std::function<void(const NCDataVector<float>& signal, long double& mean, long double& slope,
                                            NCDataVector<float>& result)>;

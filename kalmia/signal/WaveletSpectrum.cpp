@@ -41,7 +41,7 @@ float LargestPower(const Vector& coefficients, int level, int first, int width) 
 /// Sum of squares of the columns `first` to `last`, rounded to float.
 float EnergyOfColumns(const Matrix& coefficients, int first, int last) {
   long double sum = 0;
-  for (int c = first; c <= last; ++c) sum += coefficients.GetColumn(c).GetSS();
+  for (int c = first; c <= last; ++c) sum += kalmia::ColumnOf(coefficients, c).GetSS();
   const auto energy = static_cast<float>(sum);
   if (energy != 0 && !std::isnormal(energy)) throw NCError("Wavelet energy calculations overflowed.");
   return energy;

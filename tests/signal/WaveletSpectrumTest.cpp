@@ -175,6 +175,16 @@ TEST(WaveletEnergy, LeavesHolesOutButTakesAColumnOfHolesForItsSum) {
   EXPECT_THAT(EnergyOf(m), ElementsAre(101 / 301.0F, 200 / 301.0F));
 }
 
+TEST(WaveletEnergy, LeavesTheTableAloneEvenItsResultTarget) {
+  const NCDataMatrix<float> m(3, 4, 2.0F);
+  NCDataVector<float> target(3, 0.0F);
+  m.Result(&target);
+  EnergyOf(m);
+  EXPECT_THAT(CellsOf(target), Each(0.0F));
+  m.GetColumn(1);
+  EXPECT_THAT(CellsOf(target), Each(2.0F));
+}
+
 TEST(WaveletEnergy, OfOneElementIsAnError) {
   const char* const kText = "Wavelet energy can not be calculated because the vector only contains one element";
   const NCDataMatrix<float> one(3, 1, 1.0F), none(3, 0);
