@@ -67,6 +67,7 @@ std::vector<const DendroGramNode*> NodesOf(const DendroGramNode& root) {
 class Surface : public DendroGram::DendroGramDrawOutput {
  public:
   Surface(const ClusterResult& result, const Layout& layout, Svg* svg) : result_(result), layout_(layout), svg_(svg) {
+    colourOf_.assign(result.clusterOf.size() + 1, -1);
     FindClusters();
   }
 
@@ -76,7 +77,7 @@ class Surface : public DendroGram::DendroGramDrawOutput {
     if (cluster == 0) {
       svg_->Line(x1, y1, x2, y2, Svg::Look::Branch);
     } else {
-      svg_->ClusterLine(x1, y1, x2, y2, cluster - 1);
+      svg_->ClusterLine(x1, y1, x2, y2, colourOf_[static_cast<std::size_t>(cluster)]);
     }
   }
 
@@ -140,11 +141,17 @@ class Surface : public DendroGram::DendroGramDrawOutput {
       }
       clusterOf_[node] = cluster;
     }
+    for (const DendroGramNode* node : nodes) {
+      if (!node->IsLeaf() || !result_.IsCut()) continue;
+      int& colour = colourOf_[static_cast<std::size_t>(clusterOf_[node])];
+      if (colour < 0) colour = colours_++;
+    }
   }
 
   void DrawStrip(int first, int end, int cluster) const {
     const double from = kLeft + first * Slot(), to = kLeft + end * Slot(), gap = std::min(1.0, Slot() / 8);
-    svg_->ClusterRectangle(from + gap, base_ + kStripGap, to - from - 2 * gap, kStrip, cluster - 1);
+    svg_->ClusterRectangle(from + gap, base_ + kStripGap, to - from - 2 * gap, kStrip,
+                           colourOf_[static_cast<std::size_t>(cluster)]);
     const std::string number = std::to_string(cluster), text = "cluster " + number;
     const double room = (to - from) / kLetter;
     if (room < static_cast<double>(number.size())) return;
@@ -157,6 +164,8 @@ class Surface : public DendroGram::DendroGramDrawOutput {
   Svg* svg_;
   float base_ = 0.0F;
   std::unordered_map<const DendroGramNode*, int> clusterOf_;  ///< 0: several
+  std::vector<int> colourOf_;  ///< of each cluster, from left to right: numbers may bring two of one colour together
+  int colours_ = 0;
 };
 
 /// The axis of heights, from 0 at the base to the highest merge.

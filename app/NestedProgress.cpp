@@ -5,6 +5,12 @@
 
 namespace kalmia::app {
 
+namespace {
+
+constexpr unsigned kPollsPerLook = 1U << 16;  ///< a poll comes with each comparison of a sort
+
+}  // namespace
+
 double NestedProgress::Level::ShareAt(double value) const {
   return from == to ? begin : begin + (end - begin) * (value - from) / (to - from);
 }
@@ -15,13 +21,14 @@ void NestedProgress::SetRange(float from, float to) {
 }
 
 bool NestedProgress::SetValue(float value) {
-  line_->Show(text_, levels_.back().ShareAt(value));
+  share_ = levels_.back().ShareAt(value);
+  line_->Show(text_, share_);
   return !Interrupted();
 }
 
 void NestedProgress::SetText(const char* text) {
   text_ = OneLine(text);
-  line_->Show(text_, levels_.back().begin);
+  line_->Show(text_, share_);
 }
 
 bool NestedProgress::PushSubRange(float from, float to) {
@@ -35,7 +42,11 @@ bool NestedProgress::PopSubRange() {
   return !Interrupted();
 }
 
-bool NestedProgress::IsBreakPressed() { return Interrupted(); }
+/// Some steps say nothing but poll, and soon after their text is set, before it could be seen.
+bool NestedProgress::IsBreakPressed() {
+  if (++polls_ % kPollsPerLook == 0) line_->Show(text_, share_);
+  return Interrupted();
+}
 
 bool NestedProgress::NextSpin() { return !Interrupted(); }
 

@@ -32,6 +32,8 @@ class NestedProgress : public NCProgress::Sink {
 
   ProgressLine* line_;
   std::string text_;
+  double share_ = 0.0;  ///< of the bar that was last filled
+  unsigned polls_ = 0;
   std::vector<Level> levels_ = {{0.0, 1.0, 0.0, 1.0}};
 };
 

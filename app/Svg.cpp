@@ -30,9 +30,9 @@ text.tick, text.label { font-size: 11px; }
 /// Colours of clusters, dark enough for thin lines. Numbers beside them say the same in black and white.
 constexpr const char* kClusterColours[] = {"#1f5a8c", "#c8502d", "#2f7d32", "#8a4fa3",
                                            "#9a7406", "#12808a", "#a8325f", "#5c5c2a"};
-constexpr int kClusters = std::size(kClusterColours);
+constexpr int kColours = std::size(kClusterColours);
 
-std::string ClusterClass(int cluster) { return "k" + std::to_string(cluster % kClusters); }
+std::string ClusterClass(int colour) { return "k" + std::to_string(colour % kColours); }
 
 std::string TreeStyle() {
   std::string style =
@@ -40,7 +40,7 @@ std::string TreeStyle() {
       "text.small { font-size: 7px; }\n"
       ".branch { stroke: #444; stroke-width: 1; stroke-linecap: square; fill: none; }\n"
       ".cut { stroke: #555; stroke-width: 1; stroke-dasharray: 6 4; fill: none; }\n";
-  for (int k = 0; k < kClusters; ++k) {
+  for (int k = 0; k < kColours; ++k) {
     const std::string name = ClusterClass(k), colour = kClusterColours[k];
     style += "line." + name + " { stroke: " + colour + "; stroke-width: 1; stroke-linecap: square; } rect." + name +
              " { fill: " + colour + "; }\n";
@@ -101,8 +101,8 @@ void Svg::AddTreeStyle() { text_ += TreeStyle(); }
 
 void Svg::Line(double x1, double y1, double x2, double y2, Look look) { AddLine(x1, y1, x2, y2, ClassOf(look)); }
 
-void Svg::ClusterLine(double x1, double y1, double x2, double y2, int cluster) {
-  AddLine(x1, y1, x2, y2, ClusterClass(cluster));
+void Svg::ClusterLine(double x1, double y1, double x2, double y2, int colour) {
+  AddLine(x1, y1, x2, y2, ClusterClass(colour));
 }
 
 void Svg::AddLine(double x1, double y1, double x2, double y2, const std::string& name) {
@@ -127,8 +127,8 @@ void Svg::Rectangle(double x, double y, double width, double height, Look look) 
   AddRectangle(x, y, width, height, ClassOf(look));
 }
 
-void Svg::ClusterRectangle(double x, double y, double width, double height, int cluster) {
-  AddRectangle(x, y, width, height, ClusterClass(cluster));
+void Svg::ClusterRectangle(double x, double y, double width, double height, int colour) {
+  AddRectangle(x, y, width, height, ClusterClass(colour));
 }
 
 void Svg::AddRectangle(double x, double y, double width, double height, const std::string& name) {

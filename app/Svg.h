@@ -23,9 +23,9 @@ class Svg {
   void Line(double x1, double y1, double x2, double y2, Look look);
   /// The looks of trees: Branch, Cut, Small and the colours of clusters. Before the first of them.
   void AddTreeStyle();
-  /// In the colour of a cluster; those of neighbouring numbers differ.
-  void ClusterLine(double x1, double y1, double x2, double y2, int cluster);
-  void ClusterRectangle(double x, double y, double width, double height, int cluster);
+  /// In one of the colours of clusters, from 0; they repeat, but those of neighbouring numbers differ.
+  void ClusterLine(double x1, double y1, double x2, double y2, int colour);
+  void ClusterRectangle(double x, double y, double width, double height, int colour);
   void Polyline(const Points& points, Look look);  ///< of one point: a dot
   void Circle(double x, double y, double radius, Look look);
   void Rectangle(double x, double y, double width, double height, Look look);

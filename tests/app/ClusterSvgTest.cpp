@@ -147,14 +147,29 @@ TEST(ClusterSvg, ColoursEachClusterAndNamesItBelow) {
     second += Has(line, "class=\"k1\"") ? 1 : 0;
     above += Has(line, "class=\"branch\"") ? 1 : 0;
   }
-  EXPECT_EQ(first, 2 + 5);  // two bars, the stems of three rows and two merges
-  EXPECT_EQ(second, 1);     // the stem of the fourth row
-  EXPECT_EQ(above, 1);      // the bar of the last merge
+  EXPECT_EQ(first, 1);       // on the left, the stem of the fourth row
+  EXPECT_EQ(second, 2 + 5);  // two bars, the stems of three rows and two merges
+  EXPECT_EQ(above, 1);       // the bar of the last merge
   int strips = 0;
   for (const std::string& strip : ElementsOf(svg, "rect")) strips += Has(strip, "class=\"k") ? 1 : 0;
   EXPECT_EQ(strips, 2);
   EXPECT_THAT(svg, HasSubstr(">cluster 1</text>"));
   EXPECT_THAT(svg, HasSubstr(">cluster 2</text>"));
+}
+
+TEST(ClusterSvg, GivesNeighboursDifferentColours) {
+  const ScratchFolder folder;
+  const std::string svg = Drawing(folder, UnrelatedTable(60, 3, 1, 5), {"--method", "ward", "--cut", "40"});
+  std::string before;
+  int strips = 0;
+  for (const std::string& strip : ElementsOf(svg, "rect")) {
+    const std::size_t at = strip.find("class=\"k");
+    if (at == std::string::npos) continue;
+    EXPECT_NE(strip.substr(at), before);
+    before = strip.substr(at);
+    ++strips;
+  }
+  EXPECT_EQ(strips, 40);
 }
 
 TEST(ClusterSvg, DrawsTheCutBetweenTheMergesThatItParts) {

@@ -3,6 +3,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
+
 #include "CommandRun.h"
 #include "TestTables.h"
 
@@ -54,6 +56,24 @@ TEST(Progress, ShowsABarForPrincipalComponentsToo) {
   EXPECT_EQ(run.exitCode, 0);
   EXPECT_THAT(run.error, HasSubstr("component 1"));
   EXPECT_THAT(run.error, HasSubstr("PCA of 41 columns"));
+}
+
+TEST(Progress, OfAClusterAnalysisRunsOverAllItsStepsWithATextForEach) {
+  const ScratchFolder folder;
+  const CommandResult run = RunOnTerminal(
+      {"cluster", folder.Write("t.csv", UnrelatedTable(2000, 4, 1, 1)), "--method", "single", "--memory", "1M"});
+  EXPECT_EQ(run.exitCode, 0);
+  EXPECT_THAT(run.error, HasSubstr("Calculating and saving 1999000 distances"));
+  const std::string wipe = "\r\x1b[K";
+  std::size_t before = 0;
+  for (std::size_t at = run.error.find(wipe + "["); at != std::string::npos; at = run.error.find(wipe + "[", at + 1)) {
+    const std::string bar = run.error.substr(at + wipe.size() + 1, 20);
+    if (run.error.compare(at + wipe.size() + 23, 9, "Comparing") == 0) break;  // has a bar of its own
+    const auto filled = static_cast<std::size_t>(std::count(bar.begin(), bar.end(), '#'));
+    EXPECT_GE(filled, before);
+    before = filled;
+  }
+  EXPECT_GE(before, 5U);  // the distances alone are a quarter: half of the first of two halves
 }
 
 TEST(Interrupt, StopsPrincipalComponentsInTheirFitAndInTheirCrossValidation) {
