@@ -129,19 +129,19 @@ void Derivate<T>::FillMiddles(const T* y, const Wanted& wanted, Batch& batch, T*
     const float factorial = wanted.order == 3 ? 6 : static_cast<float>(wanted.order);
     for (int j = 0; j < n; ++j) middles[j] = factorial * batch.wanted[j];
   }
-  for (int j = 0; batch.mayFail && j < n; ++j)
+  if (!batch.mayFail) return;
+  for (int j = 0; j < n; ++j)
     if (batch.c0[j] == kMissingCell<float>) middles[j] = kMissingCell<T>;
 }
 
 template <class T>
 void Derivate<T>::Slide(const NCDataVector<T>& input, NCDataVector<T>& output, const Wanted& wanted) const {
-  const NCDataVector<T> signal(input);  // a share: the output may be the input
-  const int n = signal.Size(), half = window_ / 2, rounds = window_ > 0 ? n - window_ + 1 : 0;
+  const int n = input.Size(), half = window_ / 2, rounds = window_ > 0 ? n - window_ + 1 : 0;
   output.SetSize(n);
   if (rounds < 1) return;
 
-  const T* y = signal.begin();
-  std::vector<T> result(output.begin(), output.end());
+  const T* y = input.begin();
+  std::vector<T> result(output.begin(), output.end());  // the output may be the input
   T* const middles = result.data() + half;
   FitterWithHoles fitter(window_, order_);
   const bool inBatches = wanted.IsLegal() && wanted.Coefficient() < order_;
