@@ -9,12 +9,15 @@
 #include "kalmia/cluster/StoppableProgress.h"
 #include "kalmia/kernels/FirstFailure.h"
 #include "kalmia/kernels/ThreadingControl.h"
+#include "kalmia/kernels/simd/SquareSums.h"
 #include "kalmia/support/AvailableMemory.h"
 
 using kalmia::StoppableProgress;
 using kalmia::simd::kTileRows;
 
 namespace DendroGram {
+
+static_assert(RowDistances::kRowsAtOnce <= kalmia::simd::kRowsBesideTile, "rows that are held against a tile at once");
 
 namespace {
 
@@ -182,14 +185,10 @@ void CalculateInitialDistances(const NCDataMatrix<float>& data, NCProgress* prog
   FillList(data, kind, list);
   bar.SetValue(2);
   bar.SetText("Sorting");
-  if (bar) {
-    std::sort(list.begin(), list.end(), [&bar](const DistanceAndIndex& a, const DistanceAndIndex& b) {
-      bar.Poll();
-      return kalmia::ComesBefore(a, b);
-    });
-  } else {
+  if (bar)
+    kalmia::SortPairs(list.data(), list.size(), [&bar] { bar.Poll(); });
+  else
     kalmia::SortPairs(list.data(), list.size());
-  }
   bar.SetValue(3);
 }
 

@@ -4,7 +4,6 @@
 #include <vector>
 
 #include "kalmia/cluster/ClusterDistanceCalculator.h"
-#include "kalmia/kernels/simd/SquareSums.h"
 
 namespace DendroGram {
 
@@ -21,7 +20,7 @@ enum RowDistance {
 /// column, so that a row's distances to all of them are computed together. Safe to use concurrently.
 class RowDistances {
  public:
-  static constexpr int kRowsAtOnce = kalmia::simd::kRowsBesideTile;
+  static constexpr int kRowsAtOnce = 4;
 
   RowDistances(RowDistance kind, const NCDataMatrix<float>& data);
 

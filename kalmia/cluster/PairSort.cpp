@@ -65,7 +65,7 @@ class SorterAside {
  public:
   SorterAside() : keys_(kPairsAside), sorted_(kPairsAside) {}
 
-  void Sort(DistanceAndIndex* pairs, std::size_t n) {
+  void operator()(DistanceAndIndex* pairs, std::size_t n) {
     if (n < 2) return;
     std::uint64_t lowest = std::numeric_limits<std::uint64_t>::max(), highest = 0;
     for (std::size_t k = 0; k < n; ++k) {
@@ -123,13 +123,15 @@ std::vector<std::size_t> DealOut(DistanceAndIndex* pairs, std::size_t n) {
   return begins;
 }
 
-/// Ends, since each bucket holds a smaller range of keys than the whole.
-void SortOnOneThread(DistanceAndIndex* pairs, std::size_t n, SorterAside& aside) {
-  if (n <= kPairsAside) return aside.Sort(pairs, n);
+/// Deals the pairs out until sortFew(pairs, n) can take them. Ends, since each bucket holds a smaller range of keys
+/// than the whole.
+template <class SortFew>
+void SortOnOneThread(DistanceAndIndex* pairs, std::size_t n, SortFew& sortFew) {
+  if (n <= kPairsAside) return sortFew(pairs, n);
   const std::vector<std::size_t> begins = DealOut(pairs, n);
   if (begins.size() == 2) return;  // all the same
   for (std::size_t b = 0; b + 1 < begins.size(); ++b)
-    SortOnOneThread(pairs + begins[b], begins[b + 1] - begins[b], aside);
+    SortOnOneThread(pairs + begins[b], begins[b + 1] - begins[b], sortFew);
 }
 
 }  // namespace
@@ -153,6 +155,16 @@ void SortPairs(DistanceAndIndex* pairs, std::size_t n) {
       SortOnOneThread(pairs + begins[b], begins[b + 1] - begins[b], aside);
     return last - first + 1;
   });
+}
+
+void SortPairs(DistanceAndIndex* pairs, std::size_t n, const std::function<void()>& poll) {
+  const auto sortFew = [&poll](DistanceAndIndex* some, std::size_t count) {
+    std::sort(some, some + count, [&poll](const DistanceAndIndex& a, const DistanceAndIndex& b) {
+      poll();
+      return ComesBefore(a, b);
+    });
+  };
+  SortOnOneThread(pairs, n, sortFew);
 }
 
 }  // namespace kalmia

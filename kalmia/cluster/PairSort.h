@@ -2,6 +2,7 @@
 
 #include <cmath>
 #include <cstddef>
+#include <functional>
 
 #include "kalmia/cluster/ClusterDistanceCalculator.h"
 
@@ -25,5 +26,8 @@ inline bool ComesBefore(const DendroGram::DistanceAndIndex& a, const DendroGram:
 /// out among buckets by distance, which a team sorts (American flag sort: McIlroy, Bostic & McIlroy 1993, Computing
 /// Systems 6, 5-27). Each thread uses half a megabyte beside the list.
 void SortPairs(DendroGram::DistanceAndIndex* pairs, std::size_t n);
+/// The same on the calling thread, with a call of poll() at each comparison, which may throw: the list is then good for
+/// nothing. One that fits the second cache is sorted by comparing alone.
+void SortPairs(DendroGram::DistanceAndIndex* pairs, std::size_t n, const std::function<void()>& poll);
 
 }  // namespace kalmia

@@ -52,6 +52,33 @@ TEST(SortPairs, GivesWhatComparingGives) {
     }
 }
 
+TEST(SortPairs, AsksAtEachComparisonAndGivesTheSame) {
+  for (const int rows : {3, 60, 300}) {  // 300: 44850 pairs, which are dealt out first
+    std::mt19937 random(static_cast<unsigned>(rows));
+    Pairs pairs = AllPairs(rows, [&] { return static_cast<float>(random() % 1000); });
+    Pairs asked = pairs;
+    std::size_t polls = 0;
+    kalmia::SortPairs(pairs.data(), pairs.size());
+    kalmia::SortPairs(asked.data(), asked.size(), [&polls] { ++polls; });
+    EXPECT_TRUE(SamePairs(asked, pairs));
+    EXPECT_GE(polls, pairs.size() / 2);
+  }
+}
+
+TEST(SortPairs, GivesUpWhereTheQuestionThrows) {
+  for (const int rows : {3, 60, 300})
+    for (const int last : {1, 2, 30}) {
+      Pairs pairs = AllPairs(rows, [n = 0]() mutable { return static_cast<float>(++n % 7); });
+      int polls = 0;
+      const auto poll = [&] {
+        if (++polls == last) throw last;
+      };
+      if (rows == 3 && last == 30) continue;  // three pairs need no thirty comparisons
+      EXPECT_THROW(kalmia::SortPairs(pairs.data(), pairs.size(), poll), int);
+      EXPECT_EQ(polls, last);
+    }
+}
+
 TEST(SortPairs, PutsInfinitiesInFrontAndNaNsBeforeThem) {
   const float odd[] = {0, kInfinity, kNaN, -kNaN, std::numeric_limits<float>::denorm_min(), 1,
                        std::numeric_limits<float>::max()};

@@ -172,7 +172,8 @@ std::vector<int> PartitionAfter(const std::vector<PlainMerge>& merges, std::size
   }
   std::vector<int> first(merges.size() + 1);
   for (const std::vector<int>& cluster : clusters)
-    for (const int row : cluster) first[static_cast<std::size_t>(row)] = *std::min_element(cluster.begin(), cluster.end());
+    for (const int row : cluster)
+      first[static_cast<std::size_t>(row)] = *std::min_element(cluster.begin(), cluster.end());
   return first;
 }
 
