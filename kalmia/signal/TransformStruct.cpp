@@ -32,6 +32,8 @@ NCTransformError::Error Fail(float* cell) {
   return NCTransformError::ErrorCalculation;
 }
 
+/// Takes care of every division by 0, logarithm of what is not positive and infinite power on the way to v, too: whatever
+/// the formulas make of those is infinite or a NaN.
 NCTransformError::Error SucceedInRange(float* cell, double v) { return IsInRange(v) ? Succeed(cell, v) : Fail(cell); }
 
 /// Applies convert(&cell), which returns a code, down a column.
@@ -77,10 +79,7 @@ NCTransformError::Error TransformStruct::TransformValue(float* value) const {
     case TransformE::TransformLinear: return Succeed(value, linear);
     case TransformE::TransformLog: return SucceedInRange(value, std::log10(linear));
     case TransformE::TransformNegLog: return SucceedInRange(value, -std::log10(linear));
-    case TransformE::TransformLogit: {
-      const double d = B() - x;
-      return d == 0 ? Fail(value) : SucceedInRange(value, std::log10((x - A()) / d));
-    }
+    case TransformE::TransformLogit: return SucceedInRange(value, std::log10((x - A()) / (B() - x)));
     case TransformE::TransformExp: return SucceedInRange(value, std::exp(linear));
     case TransformE::TransformPower: return SucceedInRange(value, std::pow(linear, C()));
     default: return NCTransformError::ErrorNone;
@@ -96,16 +95,15 @@ NCTransformError::Error TransformStruct::BackTransformValue(float* value) const 
     case TransformE::TransformLog:
     case TransformE::TransformNegLog: {
       const double v = std::pow(10.0, type_ == TransformE::TransformLog ? x : -x);
-      return std::isnan(v) || A() == 0 ? Fail(value) : SucceedInRange(value, (v - B()) / A());
+      return SucceedInRange(value, (v - B()) / A());
     }
     case TransformE::TransformLogit: {
-      const double p = std::pow(10.0, x);  // not negative, so that the divisor is never 0
-      return std::isfinite(p) ? SucceedInRange(value, (B() * p + A()) / (p + 1)) : Fail(value);
+      const double p = std::pow(10.0, x);
+      return SucceedInRange(value, (B() * p + A()) / (p + 1));
     }
     case TransformE::TransformExp: {
       const float logarithm = static_cast<float>(std::log(x));
-      // With a = 0 the quotient is infinite or a NaN: out of range.
-      return std::isfinite(logarithm) ? SucceedInRange(value, (logarithm - B()) / A()) : Fail(value);
+      return SucceedInRange(value, (logarithm - B()) / A());
     }
     case TransformE::TransformPower: {
       const double v = std::pow(x, 1 / C());
