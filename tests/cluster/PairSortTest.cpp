@@ -68,8 +68,8 @@ TEST(SortPairs, AsksAtEachComparisonAndGivesTheSame) {
 TEST(SortPairs, GivesUpWhereTheQuestionThrows) {
   for (const int rows : {3, 60, 300})
     for (const int last : {1, 2, 30}) {
-      Pairs pairs = AllPairs(rows, [n = 0]() mutable { return static_cast<float>(++n % 7); });
-      int polls = 0;
+      int n = 0, polls = 0;
+      Pairs pairs = AllPairs(rows, [&n] { return static_cast<float>(++n % 7); });
       const auto poll = [&] {
         if (++polls == last) throw last;
       };
