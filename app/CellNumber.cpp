@@ -5,6 +5,8 @@
 #include <string>
 #include <system_error>
 
+#include "app/Numbers.h"
+
 namespace kalmia::app {
 
 namespace {
@@ -80,6 +82,12 @@ CellValue ReadCell(std::string_view text, bool decimalComma) {
   const std::size_t comma = pointed.find(',');
   if (comma != std::string::npos) pointed[comma] = '.';
   return ReadPlainNumber(pointed, negative);
+}
+
+std::string CellText(float value, bool decimalComma) {
+  std::string number = Shortest(value);
+  if (decimalComma) std::replace(number.begin(), number.end(), '.', ',');
+  return number;
 }
 
 }  // namespace kalmia::app

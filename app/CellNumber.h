@@ -1,5 +1,6 @@
 #pragma once
 
+#include <string>
 #include <string_view>
 
 namespace kalmia::app {
@@ -22,5 +23,8 @@ struct CellValue {
 /// digits, no hexadecimals). The mark is a point, or with `decimalComma` a comma and nothing but a comma. The locale
 /// has no say. Throws nothing.
 CellValue ReadCell(std::string_view text, bool decimalComma);
+
+/// The number as a cell: as few digits as bring the same float back, with that decimal mark.
+std::string CellText(float value, bool decimalComma);
 
 }  // namespace kalmia::app

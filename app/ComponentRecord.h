@@ -64,6 +64,13 @@ struct PcaComponentRecord {
   double q2Limit = 0.0;
 };
 
+/// What is known of one component of a filter; shares of 1.
+struct FilterComponentRecord {
+  double r2x = 0.0;  ///< share of the sum of squares of X that it takes out
+  double r2xCum = 0.0;
+  double angle = 0.0;  ///< of its scores to the principal scores of Y: 90 has nothing to do with them
+};
+
 /// A principal component is not worth computing where less than this share of the sum of squares of X is left.
 constexpr float kSmallestShareLeft = 0.001F;
 

@@ -126,12 +126,6 @@ class Computation {
   FillOutcome outcome_;
 };
 
-std::string NumberIn(const CsvTable& table, float value) {
-  std::string number = Shortest(value);
-  if (table.DecimalComma()) std::replace(number.begin(), number.end(), '.', ',');
-  return number;
-}
-
 }  // namespace
 
 FillOutcome ComputeFill(const CsvTable& table, const FillOptions& options, Notes* notes) {
@@ -150,7 +144,7 @@ std::string FilledText(const std::string& text, const CsvTable& table, const Fil
     const float cell = outcome.filled.cells[static_cast<int>(record)][column];
     if (cell == kMissingCell) return std::nullopt;
     ++replaced;
-    return NumberIn(table, cell);
+    return CellText(cell, table.DecimalComma());
   };
   std::string filled = WithFieldsReplaced(text, table.Separator(), replacement);
   if (replaced != outcome.filledCells) throw std::logic_error("fields are not where the table has them");

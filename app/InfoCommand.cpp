@@ -1,6 +1,7 @@
 #include "app/Commands.h"
 #include "app/ComponentTable.h"
 #include "app/DisplayText.h"
+#include "app/FilterReport.h"
 #include "app/InputFile.h"
 #include "app/Json.h"
 #include "app/ModelFile.h"
@@ -63,11 +64,27 @@ std::string KindName(const StoredPls& /*model*/) { return "PLS"; }
 std::string KindName(const StoredPca& /*model*/) { return "PCA"; }
 std::string KindName(const StoredOpls& /*model*/) { return "OPLS"; }
 std::string KindName(const StoredO2pls& /*model*/) { return "O2PLS"; }
+std::string KindName(const StoredFilter& /*model*/) { return "filter of what has nothing to do with Y"; }
 
 const char* InfoFormat(const StoredPls& /*model*/) { return "kalmia-info"; }
 const char* InfoFormat(const StoredPca& /*model*/) { return "kalmia-info-pca"; }
 const char* InfoFormat(const StoredOpls& /*model*/) { return "kalmia-info-opls"; }
 const char* InfoFormat(const StoredO2pls& /*model*/) { return "kalmia-info-o2pls"; }
+const char* InfoFormat(const StoredFilter& /*model*/) { return "kalmia-info-filter"; }
+
+std::string JudgementLines(const ModelFrame& model) {
+  return Labelled("Cross-validation", GroupsText(model)) +
+         Labelled("Pooled deviation", Significant(model.pooledDeviation, kDigits) + " of " + model.inputBlock +
+                                          ", in scaled units");
+}
+std::string JudgementLines(const StoredFilter& /*model*/) { return ""; }
+
+void AddJudgementJson(const ModelFrame& model, Json* json) {
+  (*json)["crossValidation"] = {{"groups", model.groups},
+                                {"groupColumn", model.groupColumn.empty() ? Json(nullptr) : Json(model.groupColumn)}};
+  (*json)["pooledDeviation"] = JsonNumber(model.pooledDeviation);
+}
+void AddJudgementJson(const StoredFilter& /*model*/, Json* /*json*/) {}
 
 std::string OwnLines(const YModelFrame& model) { return LabelledNames("Y", model.yNames); }
 std::string OwnLines(const StoredPca& /*model*/) { return ""; }
@@ -77,6 +94,8 @@ std::string OwnLines(const StoredO2pls& model) {
          LabelledNames("", model.yNames) +
          Labelled("", "pooled deviation " + Significant(model.yPooledDeviation, kDigits) + " of Y, in scaled units");
 }
+
+std::string OwnLines(const StoredFilter& model) { return LabelledNames("Y", model.yNames); }
 
 std::string OwnTables(const StoredPls& model) {
   return ComponentText(model.components, model.yNames) + "\n" + QualityText(model);
@@ -91,6 +110,8 @@ std::string OwnTables(const StoredOpls& model) {
 std::string OwnTables(const StoredO2pls& model) {
   return O2plsComponentText(model.components) + "\n" + SharesText(model.components);
 }
+
+std::string OwnTables(const StoredFilter& model) { return FilterComponentText(model.components); }
 
 void AddOwnJson(const StoredPls& model, Json* json) {
   (*json)["y"] = ColumnsJson(model.yNames, *model.yScale);
@@ -114,15 +135,18 @@ void AddOwnJson(const StoredO2pls& model, Json* json) {
   (*json)["shares"] = SharesJson(model.components);
 }
 
+void AddOwnJson(const StoredFilter& model, Json* json) {
+  (*json)["y"] = model.yNames;
+  (*json)["components"] = FilterComponentJson(model.components);
+}
+
 template <class Model>
 std::string InfoText(const Model& model, const std::string& file) {
   return Labelled("Model file", file + ", version " + std::to_string(model.fileVersion)) +
          Labelled("Kind", KindName(model)) + Labelled("Written by", "kalmia " + OneLine(model.writtenBy)) +
          Labelled("Fitted to", OneLine(model.table)) + Labelled("Rows", RowsText(model)) + OwnLines(model) +
          Labelled("X columns", std::to_string(model.xNames.size()) + ", " + ScalingText(model.scaling)) +
-         LabelledNames("", model.xNames) + Labelled("Cross-validation", GroupsText(model)) +
-         Labelled("Pooled deviation", Significant(model.pooledDeviation, kDigits) + " of X, in scaled units") + "\n" +
-         OwnTables(model);
+         LabelledNames("", model.xNames) + JudgementLines(model) + "\n" + OwnTables(model);
 }
 
 template <class Model>
@@ -136,9 +160,7 @@ std::string InfoJson(const Model& model, const std::string& file) {
   json["scaling"] = ScalingWord(model.scaling);
   json["x"] = ColumnsJson(model.xNames, *model.xScale);
   json["rows"] = model.rowNames;
-  json["crossValidation"] = {{"groups", model.groups},
-                             {"groupColumn", model.groupColumn.empty() ? Json(nullptr) : Json(model.groupColumn)}};
-  json["pooledDeviation"] = JsonNumber(model.pooledDeviation);
+  AddJudgementJson(model, &json);
   AddOwnJson(model, &json);
   return JsonText(json);
 }

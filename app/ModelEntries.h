@@ -52,9 +52,11 @@ void WriteOwnEntries(const StoredPls& model, OutputStreamDirectory* directory);
 void WriteOwnEntries(const StoredPca& model, OutputStreamDirectory* directory);
 void WriteOwnEntries(const StoredOpls& model, OutputStreamDirectory* directory);
 void WriteOwnEntries(const StoredO2pls& model, OutputStreamDirectory* directory);
+void WriteOwnEntries(const StoredFilter& model, OutputStreamDirectory* directory);
 bool ReadOwnEntries(InputStreamDirectory* directory, StoredPls* model);
 bool ReadOwnEntries(InputStreamDirectory* directory, StoredPca* model);
 bool ReadOwnEntries(InputStreamDirectory* directory, StoredOpls* model);
 bool ReadOwnEntries(InputStreamDirectory* directory, StoredO2pls* model);
+bool ReadOwnEntries(InputStreamDirectory* directory, StoredFilter* model);
 
 }  // namespace kalmia::app

@@ -91,6 +91,8 @@ std::string ModelFileBytes(const StoredOpls& model) { return FileBytes(model); }
 
 std::string ModelFileBytes(const StoredO2pls& model) { return FileBytes(model); }
 
+std::string ModelFileBytes(const StoredFilter& model) { return FileBytes(model); }
+
 std::string ModelFileBytes(const StoredModel& model) {
   return std::visit([](const auto& own) { return FileBytes(own); }, model);
 }

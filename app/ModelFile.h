@@ -12,6 +12,7 @@ std::string ModelFileBytes(const StoredPls& model);
 std::string ModelFileBytes(const StoredPca& model);
 std::string ModelFileBytes(const StoredOpls& model);
 std::string ModelFileBytes(const StoredO2pls& model);
+std::string ModelFileBytes(const StoredFilter& model);
 std::string ModelFileBytes(const StoredModel& model);
 
 /// Reads them back. Throws Failure (Files): no model, cut, damaged, or of a newer version; `name` is how messages call

@@ -52,6 +52,7 @@ class Fitting {
       NoteWhatWasNotJudged();
     } else {
       Validate({-1, -1, -1});
+      if (results_.PredictiveSignificance.Size() == 0) RefuseWithoutJoint();
       if (results_.PredictiveComponents > 0) FitWhatWasFound();
     }
     if (model_.SizePredComps() > 0) TakeModel();
@@ -144,8 +145,13 @@ class Fitting {
     }
   }
 
+  [[noreturn]] static void RefuseWithoutJoint() {
+    Refuse("cross-validation: a joint component cannot be computed in every round (or the numbers are too large or too "
+           "small; try --scale uv)");
+  }
+
   void NoteWhatWasNotJudged() {
-    if (results_.PredictiveComponents == 0) Refuse("cross-validation: the groups cannot be computed without each other");
+    if (results_.PredictiveComponents == 0) RefuseWithoutJoint();
     if (results_.XSideComponents < model_.SizeXSideOrthoComps() ||
         results_.YSideComponents < model_.SizeYSideOrthoComps()) {
       notes_->Add("cross-validation could not compute all unique components; those without a Q2 are not judged");

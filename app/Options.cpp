@@ -148,6 +148,30 @@ void DeclareFill(CommandOptions* command, FillOptions* options) {
   command->Examples("Example:\n  kalmia fill wine.csv --out filled.csv --id sample --exclude cultivar --report");
 }
 
+void DeclareFilter(CommandOptions* command, FilterOptions* options) {
+  command->File("TABLE", &options->table, "CSV table with a header");
+  command->Text("--out", "FILE", &options->out, "the table with its X columns filtered, always needed");
+  command->Require("--out");
+  command->Names("--y", &options->y,
+                 "column that the filter leaves alone what has to do with; several: repeat, or put commas between");
+  command->Number("--components", 1, &options->components, "number of components to take out");
+  command->Text("--id", "NAME", &options->id, "column that names the rows; it takes no part");
+  command->Text("--x", "FIRST..LAST", &options->x, "columns to filter (default: all others of numbers)");
+  command->Names("--exclude", &options->exclude, "columns to leave out of X; not with --x");
+  command->Exclude("--x", "--exclude");
+  command->Scaling("--scale", &options->scaling, "scaling of X: uv (default), pareto, centre or none");
+  command->Text("--save", "FILE", &options->save, "store the filter");
+  command->Text("--model", "FILE", &options->model, "apply this stored filter instead of making one");
+  for (const char* option : {"--y", "--components", "--id", "--x", "--exclude", "--scale", "--save"}) {
+    command->Exclude("--model", option);
+  }
+  command->Flag("--json", &options->json, "print JSON");
+  command->Examples(
+      "Examples:\n"
+      "  kalmia filter gasoline.csv --y octane --id sample --components 1 --out filtered.csv --save octane.filter\n"
+      "  kalmia filter new.csv --model octane.filter --out filtered-new.csv");
+}
+
 void DeclareInfo(CommandOptions* command, InfoOptions* options) {
   command->File("MODEL", &options->model, "file that --save has written");
   command->Flag("--json", &options->json, "print JSON");
@@ -177,6 +201,7 @@ class Program {
     Add<PredictOptions>("predict", "Predict new rows with a stored PLS, OPLS or O2PLS model, or place them in a PCA model",
                         DeclarePredict);
     Add<FillOptions>("fill", "Fill the missing cells of a table by PCA", DeclareFill);
+    Add<FilterOptions>("filter", "Take out of X what has nothing to do with Y", DeclareFilter);
     Add<InfoOptions>("info", "Show what a stored model holds", DeclareInfo);
     Add<DescribeOptions>("describe", "Show counts, means and spread of the columns of a table", DeclareDescribe);
     Add<ClusterOptions>("cluster", "Build a cluster tree of the rows, cut it and draw it", DeclareCluster);
@@ -280,12 +305,26 @@ void CheckO2pls(const Command& command) {
   }
 }
 
+void CheckFilter(const Command& command) {
+  const auto* filter = std::get_if<FilterOptions>(&command);
+  if (filter == nullptr) return;
+  if (filter->model.empty() && (filter->y.empty() || !filter->components)) {
+    throw Failure(ExitCode::Usage,
+                  "filter needs --y and --components to make a filter, or --model to apply one; see kalmia filter "
+                  "--help");
+  }
+  if (filter->table == "-" && filter->model == "-") {
+    throw Failure(ExitCode::Usage, "only one of TABLE and --model can be -, standard input; see kalmia filter --help");
+  }
+}
+
 }  // namespace
 
 Command ParseCommandLine(int argc, const char* const* argv) {
   Command command = Program().Parse(argc, argv);
   RefuseStandardInputTwice(command);
   CheckO2pls(command);
+  CheckFilter(command);
   return command;
 }
 

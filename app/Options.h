@@ -67,6 +67,12 @@ struct FillOptions {
   bool json = false;
 };
 
+struct FilterOptions : FitOptions {  // it has no use for groups, groupColumn, csvFolder
+  std::vector<std::string> y;  ///< as for PLS
+  std::string model;           ///< a stored filter to apply; empty: one is made
+  std::string out;
+};
+
 struct InfoOptions {
   std::string model;
   bool json = false;
@@ -83,7 +89,7 @@ struct Answer {
 };
 
 using Command = std::variant<PlsOptions, PcaOptions, OplsOptions, O2plsOptions, PredictOptions, FillOptions,
-                             InfoOptions, DescribeOptions, ClusterOptions, ChartOptions, HistogramOptions, FisherOptions,
+                             FilterOptions, InfoOptions, DescribeOptions, ClusterOptions, ChartOptions, HistogramOptions, FisherOptions,
                              QuantileOptions, SpectrumOptions, Answer>;
 
 /// Reads the command line. Throws Failure (Usage) with one line for anything that makes no sense.

@@ -54,6 +54,12 @@ std::string PredictWith(const Model& model, const PredictOptions& options, const
   return JsonText(json);
 }
 
+std::string PredictWith(const StoredFilter& /*model*/, const PredictOptions& options, const CsvTable& /*table*/,
+                        Notes* /*notes*/) {
+  throw Failure(ExitCode::BadData, InputName(options.model) + " holds a filter: kalmia filter TABLE --model " +
+                                       InputName(options.model) + " --out FILE applies it");
+}
+
 }  // namespace
 
 std::string RunCommand(const PredictOptions& options, Notes* notes) {

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "app/ComponentRecord.h"
+#include "kalmia/o2pls/NCYOrthogonalPLS.h"
 #include "kalmia/pcapls/NCPCA.h"
 #include "kalmia/pcapls/NCPLS.h"
 #include "kalmia/pcapls/NCScale.h"
@@ -112,7 +113,18 @@ struct StoredO2pls : YModelFrame {
 /// Swaps the blocks: the model then predicts what it did predict from. `components` stay as they are.
 void TurnAround(StoredO2pls* model);
 
+/// A filter that takes out of X what has nothing to do with Y, with everything that applies it to new rows of a table.
+struct StoredFilter : ModelFrame {
+  static constexpr int kKind = 5;
+
+  std::vector<std::string> yNames;
+  std::unique_ptr<NCYOrthogonalPLS> filter;
+  std::vector<FilterComponentRecord> components;  ///< one for each component of the filter
+
+  int Components() const { return static_cast<int>(components.size()); }
+};
+
 /// A model of any kind. Each kind has its number in the file, kKind, its frame, and Components().
-using StoredModel = std::variant<StoredPls, StoredPca, StoredOpls, StoredO2pls>;
+using StoredModel = std::variant<StoredPls, StoredPca, StoredOpls, StoredO2pls, StoredFilter>;
 
 }  // namespace kalmia::app

@@ -141,6 +141,18 @@ TEST(JsonSchema, HoldsForEveryOutputOfO2pls) {
   ExpectValid("kalmia-predict-o2pls", RunKalmia({"predict", model, y, "--from", "y", "--json"}).Json());
 }
 
+TEST(JsonSchema, HoldsForEveryOutputOfFilter) {
+  const ScratchFolder folder;
+  const std::string table = folder.Write("t.csv", LinearTable(30, 6, 2)), model = folder.Path("m");
+  ExpectValid("kalmia-filter", RunKalmia({"filter", table, "--y", "y", "--id", "name", "--components", "2", "--out",
+                                          folder.Path("o"), "--save", model, "--json"})
+                                   .Json());
+  ExpectValid("kalmia-filter", RunKalmia({"filter", "-", "--model", model, "--out", folder.Path("o"), "--json"},
+                                         "x1,x2\n1,2\n3,4\n")
+                                   .Json());
+  ExpectValid("kalmia-info-filter", RunKalmia({"info", model, "--json"}).Json());
+}
+
 TEST(JsonSchema, NoticesAFieldThatIsWrongMissingOrUnknown) {
   json good = RunKalmia({"describe", "-", "--json"}, "a\n1\n2\n").Json();
   json wrong = good;

@@ -1,0 +1,57 @@
+#include <string>
+#include <utility>
+
+#include "app/Commands.h"
+#include "app/CsvTable.h"
+#include "app/Failure.h"
+#include "app/FilterOutcome.h"
+#include "app/FilterReport.h"
+#include "app/InputFile.h"
+#include "app/ModelFile.h"
+#include "app/OutputFiles.h"
+#include "app/OutputPlaces.h"
+
+namespace kalmia::app {
+
+namespace {
+
+void RefuseToOverwriteInputs(const FilterOptions& options) {
+  std::vector<FilePlace> inputs = {{"the table", options.table}};
+  std::vector<FilePlace> outputs = {{"--out", options.out}};
+  if (!options.model.empty()) inputs.push_back({"the model", options.model});
+  if (!options.save.empty()) outputs.push_back({"--save", options.save});
+  RefuseToOverwrite(inputs, outputs);
+}
+
+StoredFilter ReadFilter(const std::string& file) {
+  StoredModel model = ReadModelFile(ReadInput(file), InputName(file));
+  auto* filter = std::get_if<StoredFilter>(&model);
+  if (filter == nullptr) {
+    throw Failure(ExitCode::BadData, InputName(file) + " holds no filter; kalmia predict takes models of other kinds");
+  }
+  return std::move(*filter);
+}
+
+FilterOutcome Compute(const CsvTable& table, const FilterOptions& options, Notes* notes) {
+  if (options.model.empty()) return MakeFilter(table, options, notes);
+  FilterOutcome outcome;
+  outcome.filter = ReadFilter(options.model);
+  outcome.filtered = ApplyFilter(outcome.filter, table, notes);
+  return outcome;
+}
+
+}  // namespace
+
+std::string RunCommand(const FilterOptions& options, Notes* notes) {
+  RefuseToOverwriteInputs(options);
+  const std::string text = ReadInput(options.table);
+  const CsvTable table(text, InputName(options.table));
+  const FilterOutcome outcome = Compute(table, options, notes);
+  OutputFiles files;
+  files.Stage(options.out, FilteredText(text, table, outcome));
+  if (!options.save.empty()) files.Stage(options.save, ModelFileBytes(outcome.filter));
+  files.Commit();
+  return options.json ? FilterJson(table, outcome, options, *notes) : FilterText(table, outcome, options);
+}
+
+}  // namespace kalmia::app

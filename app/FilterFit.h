@@ -1,0 +1,26 @@
+#pragma once
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "app/ComponentRecord.h"
+#include "app/FitRules.h"
+#include "kalmia/containers/NCDataMatrix.h"
+#include "kalmia/o2pls/NCYOrthogonalPLS.h"
+
+namespace kalmia::app {
+
+/// A fitted filter with what is told of its components.
+struct FilterFit {
+  std::unique_ptr<NCYOrthogonalPLS> filter;
+  std::vector<FilterComponentRecord> components;
+  std::string endedEarly;  ///< why there are fewer components than asked for; empty if there are not
+};
+
+/// Takes components out of the scaled x that have nothing to do with the scaled y, as many as asked for if so many can
+/// be computed. No row of either is without a cell. Shows a bar on a terminal.
+/// Throws Failure (Stopped) on Ctrl-C, (BadData) where not even one can be computed.
+FilterFit FitFilter(const NCDataMatrix<float>& x, const NCDataMatrix<float>& y, int components);
+
+}  // namespace kalmia::app

@@ -1,0 +1,128 @@
+#include "app/FilterOutcome.h"
+
+#include <cmath>
+#include <optional>
+#include <utility>
+
+#include "app/CellNumber.h"
+#include "app/CsvFields.h"
+#include "app/DisplayText.h"
+#include "app/Failure.h"
+#include "app/FilterFit.h"
+#include "app/FitFrame.h"
+#include "app/ModelData.h"
+#include "app/NewRows.h"
+#include "app/Scaling.h"
+#include "app/TableColumns.h"
+#include "kalmia/containers/Missing.h"
+
+namespace kalmia::app {
+
+namespace {
+
+constexpr auto kMissingCell = static_cast<float>(kMissing);
+constexpr std::size_t kRowsNamed = 10;  ///< a note names so many rows, and counts the others
+constexpr int kFewestGroups = 2;        ///< selecting data makes groups, which a filter has no use for
+
+/// Takes the rows out that say nothing of Y.
+void LeaveOutRowsWithoutY(ModelData* data, Notes* notes) {
+  std::vector<std::string> left, names;
+  NCDataMatrix<float> x, y;
+  for (int r = 1; r <= data->y.SizeRows(); ++r) {
+    const NCDataMatrix<float>& yCells = data->y;
+    const NCDataMatrix<float>& xCells = data->x;
+    const std::string& name = data->rowNames[static_cast<std::size_t>(r) - 1];
+    if (yCells[r].GetNumMisVal() == yCells[r].Size()) {
+      left.push_back(name);
+      continue;
+    }
+    names.push_back(name);
+    x.push_back(xCells[r]);
+    y.push_back(yCells[r]);
+  }
+  if (left.empty()) return;
+  notes->Add("no part of the fit, without any Y cell: " + std::string(left.size() == 1 ? "row " : "rows ") +
+             Listed(left, kRowsNamed));
+  data->rowNames = std::move(names);
+  data->x = x;
+  data->y = y;
+}
+
+/// What a cell becomes in the units of the table.
+float InUnitsOfTheTable(const StoredFilter& filter, float scaled, int column) {
+  return static_cast<float>(scaled / FactorOf(*filter.xScale, column) + CentreOf(*filter.xScale, column));
+}
+
+}  // namespace
+
+FilterOutcome MakeFilter(const CsvTable& table, const FilterOptions& options, Notes* notes) {
+  FilterOutcome made;
+  FitOptions selection = options;
+  selection.groups = kFewestGroups;
+  ModelData data = SelectData(table, selection, options.y, notes);
+  LeaveOutRowsWithoutY(&data, notes);
+  StoredFilter& filter = made.filter;
+  FillFrame(table, options, data, &filter);
+  filter.groups = 0;
+  filter.yNames = data.yNames;
+  NCDataMatrix<float> x = data.x;
+  NCDataMatrix<float> y = data.y;
+  filter.xScale = ScaleColumns(options.scaling, data.xNames, &x);
+  ScaleColumns(ScalingOfY(options.scaling), data.yNames, &y);
+  const int most = MostComponents(data, options.components, notes);
+  FilterFit fit = FitOrNameLeftOut(data, [&] { return FitFilter(x, y, most); });
+  filter.filter = std::move(fit.filter);
+  filter.components = std::move(fit.components);
+  made.endedEarly = std::move(fit.endedEarly);
+  Notes said;  // by the selection of the data already
+  made.filtered = ApplyFilter(filter, table, &said);
+  return made;
+}
+
+FilteredTable ApplyFilter(const StoredFilter& filter, const CsvTable& table, Notes* notes) {
+  NewRows rows = ReadNewRows(filter, table, "", notes);
+  NoteMovedCells(rows.moved, notes);
+  FilteredTable filtered;
+  filtered.missingColumns = std::move(rows.missingColumns);
+  ApplyScale(filter.xScale.get(), &rows.x);
+  NCDataMatrix<float> left = rows.x;
+  filter.filter->CalculateResiduals(&left);
+  filtered.removed = DescribedShare(rows.x, left);
+  filtered.cells = NCDataMatrix<float>(left.SizeRows(), left.SizeColumns());
+  const NCDataMatrix<float>& scaled = rows.x;
+  const NCDataMatrix<float>& residuals = left;
+  for (int r = 1; r <= left.SizeRows(); ++r)
+    for (int c = 1; c <= left.SizeColumns(); ++c) {
+      if (scaled[r][c] == kMissingCell) {
+        filtered.cells(r, c, kMissingCell);
+        continue;
+      }
+      const float cell = InUnitsOfTheTable(filter, residuals[r][c], c);
+      if (!std::isfinite(cell)) {
+        throw Failure(ExitCode::BadData, table.Name() + ": " + table.RowPlace(r - 1) +
+                                             ": its cells are too large for single precision");
+      }
+      filtered.cells(r, c, UnlessMissing(cell));
+    }
+  return filtered;
+}
+
+std::string FilteredText(const std::string& text, const CsvTable& table, const FilterOutcome& outcome) {
+  const StoredFilter& filter = outcome.filter;
+  const FilteredTable& filtered = outcome.filtered;
+  std::vector<int> matrixColumn(static_cast<std::size_t>(table.Columns()), 0);  // from 1; 0: not filtered
+  for (std::size_t k = 0; k < filter.xNames.size(); ++k) {
+    const int column = table.Find(filter.xNames[k]);
+    if (column >= 0) matrixColumn[static_cast<std::size_t>(column)] = static_cast<int>(k) + 1;
+  }
+  return WithFieldsReplaced(text, table.Separator(),
+                            [&](std::size_t record, std::size_t field) -> std::optional<std::string> {
+                              const int column = record == 0 ? 0 : matrixColumn.at(field);
+                              if (column == 0) return std::nullopt;
+                              const float cell = filtered.cells[static_cast<int>(record)][column];
+                              if (cell == kMissingCell) return std::nullopt;
+                              return CellText(cell, table.DecimalComma());
+                            });
+}
+
+}  // namespace kalmia::app

@@ -1,0 +1,42 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "app/CsvTable.h"
+#include "app/Notes.h"
+#include "app/Options.h"
+#include "app/StoredModel.h"
+#include "kalmia/containers/NCDataMatrix.h"
+
+namespace kalmia::app {
+
+/// A table without what a filter takes out of it.
+struct FilteredTable {
+  NCDataMatrix<float> cells;  ///< all rows of the table by the filter's X columns, in the units of the table
+  std::vector<std::string> missingColumns;
+  double removed = 0.0;       ///< share of the sum of squares of the scaled X
+};
+
+/// A filter, and what it makes of a table.
+struct FilterOutcome {
+  StoredFilter filter;
+  std::string endedEarly;  ///< why a filter just made has fewer components than asked for; or empty
+  FilteredTable filtered;
+};
+
+/// Makes the filter that the options ask for, and applies it. Rows without any X cell, or without any Y cell, take no
+/// part in the fit, with a note; they are filtered like the others. Throws Failure as SelectData, FitFilter and
+/// ApplyFilter do.
+FilterOutcome MakeFilter(const CsvTable& table, const FilterOptions& options, Notes* notes);
+
+/// Filters the rows of a table, whose columns are matched by name. The table that a filter was made of comes out as it
+/// does with the stored filter, to the bit. A missing cell stays missing.
+/// Throws Failure (BadData) as ReadNewRows, and where the numbers overflow.
+FilteredTable ApplyFilter(const StoredFilter& filter, const CsvTable& table, Notes* notes);
+
+/// The text of the table with the filtered cells in it, every other byte as it was: other columns, missing cells, line
+/// ends. Numbers have as few digits as bring the same single-precision number back, and the decimal mark of the table.
+std::string FilteredText(const std::string& text, const CsvTable& table, const FilterOutcome& outcome);
+
+}  // namespace kalmia::app

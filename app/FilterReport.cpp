@@ -1,0 +1,78 @@
+#include "app/FilterReport.h"
+
+#include "app/DisplayText.h"
+#include "app/InputFile.h"
+#include "app/Numbers.h"
+#include "app/OutputPlaces.h"
+#include "app/Scaling.h"
+#include "app/TextTable.h"
+
+namespace kalmia::app {
+
+namespace {
+
+constexpr int kShareDecimals = 4;
+constexpr int kAngleDecimals = 2;
+using Align = TextTable::Align;
+
+std::string Share(double value) { return Fixed(value, kShareDecimals); }
+
+}  // namespace
+
+std::string FilterComponentText(const std::vector<FilterComponentRecord>& components) {
+  TextTable table;
+  for (const char* title : {"component", "R2X", "R2X cum", "angle to Y"}) table.AddColumn(title, Align::Right);
+  for (std::size_t a = 0; a < components.size(); ++a) {
+    const FilterComponentRecord& component = components[a];
+    table.AddRow({std::to_string(a + 1), Share(component.r2x), Share(component.r2xCum),
+                  Fixed(component.angle, kAngleDecimals)});
+  }
+  return table.Text();
+}
+
+Json FilterComponentJson(const std::vector<FilterComponentRecord>& components) {
+  Json list = Json::array();
+  for (std::size_t a = 0; a < components.size(); ++a) {
+    const FilterComponentRecord& component = components[a];
+    list.push_back({{"component", a + 1},
+                    {"r2x", JsonNumber(component.r2x)},
+                    {"r2xCum", JsonNumber(component.r2xCum)},
+                    {"angle", JsonNumber(component.angle)}});
+  }
+  return list;
+}
+
+std::string FilterText(const CsvTable& table, const FilterOutcome& outcome, const FilterOptions& options) {
+  const StoredFilter& filter = outcome.filter;
+  const std::string early = outcome.endedEarly.empty() ? "" : "No further component: " + outcome.endedEarly + ".\n";
+  std::vector<FilePlace> written = {{"--out", options.out}};
+  if (!options.save.empty()) written.push_back({"--save", options.save});
+  return "Taken out of X, " + Counted(filter.xNames.size(), "column") + " of " + table.Name() + ", " +
+         Counted(static_cast<std::size_t>(table.Rows()), "row") + ": what has nothing to do with " +
+         Listed(filter.yNames) + "\nX " + ScalingText(filter.scaling) +
+         (options.model.empty() ? "" : "; the filter of " + InputName(options.model)) + "\n\n" +
+         FilterComponentText(filter.components) + early + "\n" + Share(outcome.filtered.removed) +
+         " of the sum of squares of X is taken out of these rows.\n" + WrittenText(written);
+}
+
+std::string FilterJson(const CsvTable& table, const FilterOutcome& outcome, const FilterOptions& options,
+                       const Notes& notes) {
+  const StoredFilter& filter = outcome.filter;
+  Json json = JsonHeader("kalmia-filter");
+  json["table"] = table.Name();
+  json["rows"] = table.Rows();
+  json["model"] = options.model.empty() ? Json(nullptr) : Json(InputName(options.model));
+  json["scaling"] = ScalingWord(filter.scaling);
+  json["x"] = filter.xNames;
+  json["y"] = filter.yNames;
+  json["missingColumns"] = outcome.filtered.missingColumns;
+  json["components"] = FilterComponentJson(filter.components);
+  json["endedEarly"] = outcome.endedEarly.empty() ? Json(nullptr) : Json(outcome.endedEarly);
+  json["removed"] = JsonNumber(outcome.filtered.removed);
+  json["out"] = options.out;
+  json["saved"] = options.save.empty() ? Json(nullptr) : Json(options.save);
+  json["notes"] = notes.Lines();
+  return JsonText(json);
+}
+
+}  // namespace kalmia::app
