@@ -94,31 +94,35 @@ NCO2PLS::NCO2PLS(const NCDataMatrix<float>& X, const NCDataMatrix<float>& Y, boo
     throw NCError("Internal error in NCO2PLS\nThe X and Y matrices can not contain missing values.");
 }
 
-NCO2PLS::NCO2PLS(const NCO2PLS& other)
-    : x_(DeepCopy(other.x_)),
-      y_(DeepCopy(other.y_)),
-      maxIterations_(other.maxIterations_),
-      t_(DeepCopy(other.t_)),
-      u_(DeepCopy(other.u_)),
-      p_(DeepCopy(other.p_)),
-      w_(DeepCopy(other.w_)),
-      c_(DeepCopy(other.c_)),
-      q_(DeepCopy(other.q_)),
-      to_(DeepCopy(other.to_)),
-      wo_(DeepCopy(other.wo_)),
-      po_(DeepCopy(other.po_)),
-      uo_(DeepCopy(other.uo_)),
-      co_(DeepCopy(other.co_)),
-      qo_(DeepCopy(other.qo_)),
-      r_(DeepCopy(other.r_)),
-      s_(DeepCopy(other.s_)),
-      lambda_(DeepCopy(other.lambda_)),
-      xLambda_(DeepCopy(other.xLambda_)),
-      xResiduals_(DeepCopy(other.xResiduals_)),
-      yResiduals_(DeepCopy(other.yResiduals_)),
-      ssX_(other.ssX_),
-      ssY_(other.ssY_),
-      checkDimensions_(other.checkDimensions_) {}
+NCO2PLS::NCO2PLS(const NCO2PLS& other) : NCO2PLS(DeepCopy(other.x_), DeepCopy(other.y_), other) {}
+
+NCO2PLS::NCO2PLS(NCO2PLS&& other) : NCO2PLS() { swap(other); }
+
+NCO2PLS::NCO2PLS(const NCDataMatrix<float>& X, const NCDataMatrix<float>& Y, const NCO2PLS& components)
+    : x_(X),
+      y_(Y),
+      maxIterations_(components.maxIterations_),
+      t_(DeepCopy(components.t_)),
+      u_(DeepCopy(components.u_)),
+      p_(DeepCopy(components.p_)),
+      w_(DeepCopy(components.w_)),
+      c_(DeepCopy(components.c_)),
+      q_(DeepCopy(components.q_)),
+      to_(DeepCopy(components.to_)),
+      wo_(DeepCopy(components.wo_)),
+      po_(DeepCopy(components.po_)),
+      uo_(DeepCopy(components.uo_)),
+      co_(DeepCopy(components.co_)),
+      qo_(DeepCopy(components.qo_)),
+      r_(DeepCopy(components.r_)),
+      s_(DeepCopy(components.s_)),
+      lambda_(DeepCopy(components.lambda_)),
+      xLambda_(DeepCopy(components.xLambda_)),
+      xResiduals_(DeepCopy(components.xResiduals_)),
+      yResiduals_(DeepCopy(components.yResiduals_)),
+      ssX_(components.ssX_),
+      ssY_(components.ssY_),
+      checkDimensions_(components.checkDimensions_) {}
 
 NCO2PLS& NCO2PLS::operator=(const NCO2PLS& other) {
   NCO2PLS(other).swap(*this);

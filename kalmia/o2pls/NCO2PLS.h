@@ -52,6 +52,7 @@ class NCO2PLS {
   /// Throws NCError where the numbers of rows differ or a cell is missing.
   NCO2PLS(const NCDataMatrix<float>& X, const NCDataMatrix<float>& Y, bool checkDimensions, int maxIterations);
   NCO2PLS(const NCO2PLS& other);
+  NCO2PLS(NCO2PLS&& other);  ///< leaves an empty model
   NCO2PLS& operator=(const NCO2PLS& other);
   void swap(NCO2PLS& other);
 
@@ -136,6 +137,11 @@ class NCO2PLS {
                                              const NCDataMatrix<float>& Q);
 
  private:
+  friend class O2PLSCrossValidation;  // for SharingBlocks
+
+  NCO2PLS(const NCDataMatrix<float>& X, const NCDataMatrix<float>& Y, const NCO2PLS& components);
+  /// A copy that shares the two blocks, which never change, with this model: for use in one thread.
+  NCO2PLS SharingBlocks() const { return NCO2PLS(x_, y_, *this); }
   static void CalculateOrthogonalComp(const NCDataMatrix<float>& own, const NCDataMatrix<float>& other,
                                       NCDataMatrix<float>& scores, NCDataMatrix<float>& weights,
                                       NCDataMatrix<float>& loadings, int predictive, int maxIterations);

@@ -97,6 +97,7 @@ bool AddOrthogonalComponent(bool xSide, NCO2PLS* model) try {
   model->NextOrthogonalComponent(xSide, model->SizePredComps());
   model->CalculatePredictiveComps(model->SizePredComps());
   model->Finalise();
+  model->EndFit();
   return true;
 } catch (const NCError&) {
   return false;
@@ -132,7 +133,7 @@ class O2PLSCrossValidation::Calculation {
   void AddOrthogonalComponents(SideSearch* search);
   bool TryOneMore(SideSearch* search);
   void JudgePredictiveComponents();
-  void JudgePredictiveComponent(int component);
+  void JudgePredictiveComponent(int component, std::size_t round, Vector* press);
   bool EnoughVariablesGain(int component) const;
   void ChoosePredictiveComponents(bool isSearch);
 
@@ -280,7 +281,7 @@ bool O2PLSCrossValidation::Calculation::TryOneMore(SideSearch* search) {
   std::vector<NCO2PLS> backup;
   backup.reserve(rounds_.size());
   for (O2PLSRound& round : rounds_) {
-    backup.push_back(round.model);
+    backup.push_back(round.model.SharingBlocks());
     if (!AddOrthogonalComponent(search->xSide, &round.model)) {
       Restore(&backup, &rounds_);
       return false;
@@ -303,33 +304,39 @@ bool O2PLSCrossValidation::Calculation::TryOneMore(SideSearch* search) {
 }
 
 void O2PLSCrossValidation::Calculation::JudgePredictiveComponents() {
-  results_.SSTable.Resize(results_.PredictiveComponents + 1, static_cast<int>(rounds_.size()));
-  for (int a = 1; a <= results_.PredictiveComponents; ++a) JudgePredictiveComponent(a);
+  const int components = results_.PredictiveComponents;
+  results_.SSTable.Resize(components + 1, static_cast<int>(rounds_.size()));
+  std::vector<Vector> press(static_cast<std::size_t>(components), Vector(Y_.SizeColumns(), 0.0F));
+  for (std::size_t g = 0; g < rounds_.size(); ++g) {
+    rounds_[g].model.InitPredCompCalculation();
+    for (int a = 1; a <= components; ++a) JudgePredictiveComponent(a, g, &press[static_cast<std::size_t>(a) - 1]);
+    rounds_[g].model.EndFit();  // the working blocks of one round at a time
+  }
+  for (const Vector& ofComponent : press) {
+    results_.Q2Cum.push_back(static_cast<float>(1.0 - static_cast<double>(ofComponent.GetSum()) / totalSSY_));
+    results_.Q2Var.push_back((ssY_ - ofComponent).DotDivide(ssY_));
+  }
 }
 
-void O2PLSCrossValidation::Calculation::JudgePredictiveComponent(int component) {
+/// One component more in the model of a round, whose errors are added to `press`.
+void O2PLSCrossValidation::Calculation::JudgePredictiveComponent(int component, std::size_t g, Vector* press) {
   const bool isLast = component == results_.PredictiveComponents;
-  Vector press(Y_.SizeColumns(), 0.0F);
-  int column = 0;
-  for (O2PLSRound& round : rounds_) {
-    if (component == 1) round.model.InitPredCompCalculation();
-    round.model.NextPredictiveComp();
-    if (!isLast) round.model.SubtractLastPredictiveComp();
-    round.model.Finalise();
-    const NCO2PLSYPred prediction(&round.heldOutX, &round.model);
-    const Matrix errors = prediction.GetYPred() - round.heldOutY;
-    double sum = 0.0;
-    for (int j = 1; j <= errors.SizeColumns(); ++j) {  // there are none where no row was held out
-      const double ofVariable = static_cast<double>(errors.GetColumnSS(j, 0.0L));
-      sum += ofVariable;
-      const bool isUnknown = ofVariable == kalmia::kMissing || press[j] == kMissing;
-      press(j, isUnknown ? kMissing : static_cast<float>(static_cast<double>(press[j]) + ofVariable));
-    }
-    results_.SSTable(component + 1, ++column, static_cast<float>(sum));
-    if (isLast) round.ofY = prediction;
+  O2PLSRound& round = rounds_[g];
+  round.model.NextPredictiveComp();
+  if (!isLast) round.model.SubtractLastPredictiveComp();
+  round.model.Finalise();
+  const NCO2PLSYPred prediction(&round.heldOutX, &round.model);
+  const Matrix errors = prediction.GetYPred() - round.heldOutY;
+  double sum = 0.0;
+  for (int j = 1; j <= errors.SizeColumns(); ++j) {  // there are none where no row was held out
+    const double ofVariable = static_cast<double>(errors.GetColumnSS(j, 0.0L));
+    sum += ofVariable;
+    const float soFar = (*press)[j];
+    const bool isUnknown = ofVariable == kalmia::kMissing || soFar == kMissing;
+    (*press)(j, isUnknown ? kMissing : static_cast<float>(static_cast<double>(soFar) + ofVariable));
   }
-  results_.Q2Cum.push_back(static_cast<float>(1.0 - static_cast<double>(press.GetSum()) / totalSSY_));
-  results_.Q2Var.push_back((ssY_ - press).DotDivide(ssY_));
+  results_.SSTable(component + 1, static_cast<int>(g) + 1, static_cast<float>(sum));
+  if (isLast) round.ofY = prediction;
 }
 
 bool O2PLSCrossValidation::Calculation::EnoughVariablesGain(int component) const {

@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "O2plsCase.h"
@@ -150,6 +151,16 @@ TEST(NCO2PLS, CopiesOfAModelGoTheirOwnWays) {
   copy.swap(assigned);
   EXPECT_EQ(copy.SizePredComps(), 1);
   EXPECT_EQ(assigned.SizePredComps(), 0);
+}
+
+TEST(NCO2PLS, MovesAModelAndLeavesAnEmptyOne) {
+  NCO2PLS model = Fitted(SmallBlocks(), 2, 1, 1);
+  const auto all = Everything(model);
+  const NCO2PLS moved(std::move(model));
+  EXPECT_EQ(Everything(moved), all);
+  EXPECT_EQ(model.SizePredComps() + model.SizeXColumns(), 0);
+  model = moved;
+  EXPECT_EQ(Everything(model), all);
 }
 
 TEST(NCO2PLS, CopiesTheLimitsAndTheStateOfTheSteps) {

@@ -8,6 +8,7 @@
 #include "O2plsCase.h"
 #include "kalmia/o2pls/O2PLSCrossValidation.h"
 #include "kalmia/o2pls/O2PLSPredictiveComponentEstimator.h"
+#include "testing/AllocationMeter.h"
 #include "testing/Ints.h"
 #include "testing/RandomTables.h"
 #include "testing/RecordingProgress.h"
@@ -149,6 +150,20 @@ TEST(O2PLSCrossValidationEdges, NeverHoldOutAnObservationOfANegativeGroup) {
   for (int g = 1; g <= 3; ++g) heldOut += static_cast<double>(r.SSTable[1][g]);
   EXPECT_NEAR(heldOut, static_cast<double>(blocks.Y.GetRowSubMatrix(3, 12).GetSS()), 1e-5 * heldOut);
   for (int g = 1; g <= 3; ++g) EXPECT_NE(r.TSet[0][g][1], 0.0F) << "a fitted score in every round";
+}
+
+// ---- Memory
+
+TEST(O2PLSCrossValidationEdges, HoldWideBlocksAFewTimes) {
+  const FloatBlocks blocks = MakeFloatBlocks({40, 3000, 5, 1, 1, 1}, 0.05, 3);
+  const PeakBytesDuring meter;
+  const O2PLSCVResults r =
+      O2PLSCrossValidation(&blocks.X, &blocks.Y, 7, nullptr, nullptr, 200, 1, 1, 1).GetResults();
+  ASSERT_EQ(r.XSideComponents + r.YSideComponents, 2);
+  // The working blocks of one round; and of each of the seven the vectors as long as X is wide, with their counts of
+  // holes: of the model, of its copy before a trial, of its predictions and in the results, each a fortieth of the
+  // blocks or two. Working blocks and copies of the blocks in all rounds would be 24 times the blocks.
+  EXPECT_LT(meter.GetBytes(), 10 * 4LL * 40 * (3000 + 5));
 }
 
 // ---- Stops in the bars of the components inside
