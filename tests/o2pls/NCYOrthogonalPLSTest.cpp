@@ -119,6 +119,34 @@ TEST_P(NCYOrthogonalPLSOnTables, FindsTheWeightsOfAPlainTwinInAsManyRounds) {
   EXPECT_LT(plain::SineOfAngle(plain::Of(*model.GetWprim())[0], expected), 1e-4);
 }
 
+/// What the spinner was told at the end of each round: the call behind SpinDone.
+std::vector<double> ValuesOfRounds(const ProgressLog& log) {
+  std::vector<double> values;
+  for (std::size_t i = 1; i < log.calls.size(); ++i)
+    if (log.calls[i - 1] == "SpinDone") values.push_back(std::stod(log.calls[i].substr(sizeof "SetValue")));
+  return values;
+}
+
+TEST_P(NCYOrthogonalPLSOnTables, GoesOnUntilTheWeightsMoveByATenMillionthAndSaysHowFarThatIs) {
+  const Shape& s = GetParam();
+  const FloatBlocks blocks = Noise(s.rows, s.xVariables, s.yVariables);
+  ProgressLog log;
+  const RecordOwnBars bars(&log);
+  ModelOf(blocks, 1, s.cap);
+  const std::vector<double> values = ValuesOfRounds(log);
+  ASSERT_GE(values.size(), 2U);
+  for (std::size_t i = 0; i + 1 < values.size(); ++i) EXPECT_LT(values[i], 0.0) << "round " << i + 1;
+  EXPECT_TRUE(values.back() >= 0.0 || values.size() == kMaxIterations) << values.back();
+  // The first round's move by the twin: -(log10 d + 7) * 10, d being the squared change over the squares. Its weights
+  // are right to 1e-4 and move a good deal further.
+  const plain::Table X = plain::Of(blocks.X), Y = plain::Of(blocks.Y);
+  const plain::Vector first = WeightsOfTwin(X, Y, 0, s.mostPls), second = WeightsOfTwin(X, Y, 1, s.mostPls);
+  double change = 0.0;
+  const double sign = plain::Dot(first, second) < 0.0 ? -1.0 : 1.0;  // coefficients of Xw point the way of w
+  for (std::size_t k = 0; k < first.size(); ++k) change += std::pow(second[k] - sign * first[k], 2);
+  EXPECT_NEAR(values[0], -(std::log10(change) + 7.0) * 10.0, 0.05);
+}
+
 TEST_P(NCYOrthogonalPLSOnTables, HasScoresOfItsWeightsAndTakesThemOutByTheirLoadings) {
   const Shape& s = GetParam();
   const FloatBlocks blocks = Noise(s.rows, s.xVariables, s.yVariables, 0.05);
@@ -382,6 +410,22 @@ TEST(NCYOrthogonalPLS, MeasuresTheAngleOfAVectorToTheSpaceOfY) {
   }
   const NCDataVector<float> almost = y + z * 1e-3;
   EXPECT_NEAR(model.GetYAngle(&almost), 45.0, 0.05);
+}
+
+TEST(NCYOrthogonalPLS, CountsDirectionsOfYThatHoldMoreThanAThousandth) {
+  const Table X = RandomMatrix<float>(8, 3, 0, 1);
+  for (const double share : {0.0011, 0.0009}) {
+    Table Y(8, 2);
+    NCDataVector<float> v(8);
+    for (int i = 1; i <= 8; ++i) {
+      Y(i, 1, Pattern(1, i));
+      Y(i, 2, static_cast<float>(std::sqrt(share)) * Pattern(2, i));
+      v(i, Pattern(2, i) + 0.01F * Pattern(4, i));
+    }
+    const Model model(&X, &Y, kMaxIterations, 0);
+    // A hundredth of v lies outside of both: the arc cosine of 0.01 is 0.57 degrees off a right angle, here half that.
+    EXPECT_NEAR(model.GetYAngle(&v), share > 0.001 ? 45.29 : 90.0, 0.01) << share;
+  }
 }
 
 // ---- Copies

@@ -329,6 +329,30 @@ TEST(O2PLSCrossValidation, KeepsAComponentBehindTheLargestQ2ForTheSakeOfEnoughSi
   EXPECT_TRUE(cut);
 }
 
+TEST(O2PLSCrossValidation, SavesTheRoundsOfTheNumbersThatStayWhereAComponentIsCutOff) {
+  int cut = 0, withOrthogonal = 0;
+  for (unsigned seed = 1; seed <= 40 && withOrthogonal < 2; ++seed) {
+    SCOPED_TRACE("seed " + std::to_string(seed));
+    const FloatBlocks blocks = MakeFloatBlocks({30, 9, 7, 2, 1, 1}, seed % 2 == 0 ? 0.3 : 0.7, seed);
+    const O2PLSCVResults r = Validate(blocks, -1, -1, -1);
+    if (r.PredictiveComponents == 0 || r.PredictiveComponents == r.Q2Cum.Size()) continue;
+    ++cut;
+    withOrthogonal += r.XSideComponents + r.YSideComponents > 0 ? 1 : 0;
+    const O2PLSCVResults fixed = Validate(blocks, r.PredictiveComponents, r.XSideComponents, r.YSideComponents);
+    using Set = std::vector<Table> O2PLSCVResults::*;
+    for (const Set set : {&O2PLSCVResults::TSet, &O2PLSCVResults::USet, &O2PLSCVResults::PSet, &O2PLSCVResults::WSet,
+                          &O2PLSCVResults::CSet, &O2PLSCVResults::QSet, &O2PLSCVResults::SSet, &O2PLSCVResults::RSet,
+                          &O2PLSCVResults::ToSet, &O2PLSCVResults::PoSet, &O2PLSCVResults::WoSet,
+                          &O2PLSCVResults::UoSet, &O2PLSCVResults::CoSet, &O2PLSCVResults::QoSet,
+                          &O2PLSCVResults::LambdaSet, &O2PLSCVResults::XLambdaSet}) {
+      ASSERT_EQ((r.*set).size(), (fixed.*set).size());
+      for (std::size_t i = 0; i < (r.*set).size(); ++i) EXPECT_EQ(CellsOf((r.*set)[i]), CellsOf((fixed.*set)[i]));
+    }
+  }
+  EXPECT_GT(cut, 0);
+  EXPECT_EQ(withOrthogonal, 2);
+}
+
 TEST(O2PLSCrossValidation, EndsASearchWithTheTrialThatGainsLessThanTheLimit) {
   const FloatBlocks blocks = MakeFloatBlocks({40, 10, 8, 1, 1, 0}, 0.1, 3);
   const O2PLSCVResults usual = Validate(blocks, -1, -1, -1);
