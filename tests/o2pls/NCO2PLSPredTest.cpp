@@ -104,6 +104,34 @@ TEST(NCO2PLSPred, PredictsTheSameBitsFromStoredMatrices) {
   EXPECT_EQ(CellsOf(storedX.GetUo()), CellsOf(x.GetUo()));
 }
 
+TEST(NCO2PLSPred, GoesByTheMatricesItIsGivenEvenIfNoFitGivesSuch) {
+  // Of a fitted model weights and loadings have right angles by which some steps could be exchanged.
+  const auto random = [](int rows, int columns, unsigned seed) {
+    return plain::Of(RandomMatrix<float>(rows, columns, 0, seed));
+  };
+  const auto ofUnitLength = [&](int rows, int columns, unsigned seed) {
+    plain::Table table = random(rows, columns, seed);
+    for (plain::Vector& row : table) plain::Normalise(&row);
+    return table;
+  };
+  plain::O2pls m;
+  m.P = random(2, 5, 1);
+  m.W = ofUnitLength(2, 5, 2);
+  m.Q = random(2, 4, 3);
+  m.Wo = ofUnitLength(2, 5, 4);
+  m.Po = random(2, 5, 5);
+  m.S = random(2, 4, 6);
+  m.Lambda = random(2, 2, 7);
+  const Table X = RandomMatrix<float>(6, 5, 0, 8);
+  using plain::ToFloat;
+  const NCO2PLSYPred y(X, ToFloat(m.P), ToFloat(m.W), ToFloat(m.Q), ToFloat(m.Wo), ToFloat(m.Po), ToFloat(m.S),
+                       ToFloat(m.Lambda), 4);
+  const plain::Prediction expected = plain::PredictY(plain::Of(X), m, 4);
+  ExpectNear(y.GetYPred(), expected.predicted, "Y");
+  ExpectNear(y.GetT(), expected.scores, "T");
+  ExpectNear(y.GetTo(), expected.orthogonalScores, "To");
+}
+
 TEST(NCO2PLSPred, OfAModelWithoutOrthogonalComponentsIsThePredictiveTermAlone) {
   const Case c;
   const NCO2PLS m = Fitted(c.fit, 2, 0, 0);
