@@ -49,11 +49,7 @@ NumberColumns ReadColumns(const CsvTable& table, const std::vector<int>& exclude
     }
   }
   NoteMovedCells(moved, notes);
-  columns.cells = NCDataMatrix<float>(table.Rows(), static_cast<int>(numbers.size()));
-  for (int c = 1; c <= columns.cells.SizeColumns(); ++c) {
-    const std::vector<float>& cells = numbers[static_cast<std::size_t>(c) - 1];
-    for (int r = 1; r <= table.Rows(); ++r) columns.cells(r, c, cells[static_cast<std::size_t>(r) - 1]);
-  }
+  columns.cells = MatrixOf(numbers, table.Rows());
   return columns;
 }
 

@@ -102,11 +102,7 @@ std::string ClusterText(const ClusterResult& result) {
 std::string ClusterJson(const CsvTable& table, const ClusterResult& result, const Notes& notes,
                         const std::vector<FilePlace>& written) {
   Json json = JsonHeader("kalmia-cluster");
-  json["table"] = {{"file", table.Name()},
-                   {"rows", table.Rows()},
-                   {"columns", table.Columns()},
-                   {"separator", std::string(1, table.Separator())},
-                   {"decimal", table.DecimalComma() ? "," : "."}};
+  json["table"] = TableJson(table);
   json["method"] = result.method;
   json["scaling"] = ScalingWord(result.scaling);
   json["x"] = {{"columns", result.data.columnNames}, {"missingCells", result.data.cells.GetNumMisVal()}};

@@ -68,11 +68,7 @@ class Computation {
     }
     if (numbers.empty()) Refuse(table_, "no column of numbers is left to fill");
     NoteMovedCells(moved, notes_);
-    columns_.cells = NCDataMatrix<float>(table_.Rows(), static_cast<int>(numbers.size()));
-    for (int c = 1; c <= columns_.cells.SizeColumns(); ++c) {
-      const std::vector<float>& cells = numbers[static_cast<std::size_t>(c) - 1];
-      for (int r = 1; r <= table_.Rows(); ++r) columns_.cells(r, c, cells[static_cast<std::size_t>(r) - 1]);
-    }
+    columns_.cells = MatrixOf(numbers, table_.Rows());
     outcome_.missing += columns_.cells.GetNumMisVal();
   }
 

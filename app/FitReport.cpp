@@ -36,11 +36,7 @@ std::string GroupsText(const ModelFrame& model) {
 }
 
 void AddDataJson(const CsvTable& table, const ModelData& data, const ModelFrame& model, Json* json) {
-  (*json)["table"] = {{"file", table.Name()},
-                      {"rows", table.Rows()},
-                      {"columns", table.Columns()},
-                      {"separator", std::string(1, table.Separator())},
-                      {"decimal", table.DecimalComma() ? "," : "."}};
+  (*json)["table"] = TableJson(table);
   (*json)["scaling"] = ScalingWord(model.scaling);
   (*json)["x"] = {{"columns", data.xNames}, {"missingCells", data.x.GetNumMisVal()}};
   (*json)["rows"] = data.rowNames.size();

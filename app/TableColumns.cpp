@@ -99,6 +99,15 @@ std::vector<float> ReadNumbers(const CsvTable& table, int column, int* moved) {
   return numbers;
 }
 
+NCDataMatrix<float> MatrixOf(const std::vector<std::vector<float>>& columns, int rows) {
+  NCDataMatrix<float> matrix(rows, static_cast<int>(columns.size()));
+  for (int c = 1; c <= matrix.SizeColumns(); ++c) {
+    const std::vector<float>& cells = columns[static_cast<std::size_t>(c) - 1];
+    for (int r = 1; r <= rows; ++r) matrix(r, c, cells[static_cast<std::size_t>(r) - 1]);
+  }
+  return matrix;
+}
+
 void NoteMovedCells(int moved, Notes* notes) {
   if (moved == 0) return;
   notes->Add(Counted(static_cast<std::size_t>(moved), "cell") + " measured as -99 " + (moved == 1 ? "is" : "are") +

@@ -5,6 +5,7 @@
 
 #include "app/CsvTable.h"
 #include "app/Notes.h"
+#include "kalmia/containers/NCDataMatrix.h"
 
 namespace kalmia::app {
 
@@ -22,6 +23,9 @@ std::string SeparatorHint(const CsvTable& table);
 /// Throws Failure (BadData) with row, column and text of a cell that is neither a number nor missing, infinite or
 /// beyond the largest float.
 std::vector<float> ReadNumbers(const CsvTable& table, int column, int* moved);
+
+/// Columns of so many cells each as a matrix, one cell for each row.
+NCDataMatrix<float> MatrixOf(const std::vector<std::vector<float>>& columns, int rows);
 
 /// Says in one line how many cells ReadNumbers moved, if any.
 void NoteMovedCells(int moved, Notes* notes);

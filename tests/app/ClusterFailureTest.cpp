@@ -153,6 +153,17 @@ TEST(FailureOfCluster, LeavesNoTemporaryFileWhereTheDiskFillsUp) {
   }
 }
 
+TEST(FailureOfCluster, LeavesNoTemporaryFileWhereTheyAreTooManyToBeOpen) {
+  const ScratchFolder folder, temporary;
+  CommandRun run;
+  run.arguments = OnDisk(folder.Write("t.csv", UnrelatedTable(400, 3, 1, 1)), temporary.Path("."));
+  run.arguments[5] = "10K";  // of 935 KiB: 187 files
+  EXPECT_EQ(RunKalmia(run).exitCode, 0);
+  run.mostFiles = 60;
+  ExpectFailure(RunKalmia(run), 3, "there are too many: give more --memory");
+  EXPECT_EQ(temporary.Names(), std::vector<std::string>());
+}
+
 TEST(FailureOfCluster, RefusesADiskThatIsTooSmallBeforeItBegins) {
   // The folder with the least room; 65535 rows take 51 GB.
   std::string folder;

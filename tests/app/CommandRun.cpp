@@ -58,6 +58,10 @@ void Prepare(const CommandRun& run, const std::string& input, const std::string&
     const rlimit limit = {static_cast<rlim_t>(run.largestFile), static_cast<rlim_t>(run.largestFile)};
     setrlimit(RLIMIT_FSIZE, &limit);
   }
+  if (run.mostFiles >= 0) {
+    const rlimit limit = {static_cast<rlim_t>(run.mostFiles), static_cast<rlim_t>(run.mostFiles)};
+    setrlimit(RLIMIT_NOFILE, &limit);
+  }
 }
 
 /// Whether the process catches SIGINT by now and sleeps: it waits for input.

@@ -21,6 +21,7 @@ struct CommandRun {
   std::string outputFile;                ///< standard output goes there instead, e.g. /dev/full
   std::vector<std::string> environment;  ///< NAME=VALUE, beside the present environment
   long largestFile = -1;                 ///< bytes that a file of the program may have; -1: no limit
+  int mostFiles = -1;                    ///< that it may have open; -1: no limit of its own
 };
 
 /// Runs `kalmia` to its end, at most a minute.
