@@ -29,7 +29,8 @@ bool FiltersWithoutHoles(const NCDataMatrix<float>& X, const NCDataMatrix<float>
 }
 
 /// A step of rows of F, cells `first` to first + n - 1 of rows r to r + count - 1: all components but the last are taken
-/// out into `room`, for a step of rows of n cells, if there are others; the last one is left to who goes over them.
+/// out into `room`, for a step of rows of n cells, which may be null where there is only one; the last one is left to
+/// who goes over the rows.
 class FilteredStep {
  public:
   FilteredStep(const NCDataMatrix<float>& X, const NCDataMatrix<float>& T, const NCDataMatrix<float>& W, int r,
@@ -38,7 +39,7 @@ class FilteredStep {
     float* stored[kRowsPerStep];
     for (int k = 0; k < count; ++k) {
       row_[k] = X[r + k].begin() + first;
-      stored[k] = room + std::ptrdiff_t{k} * n;
+      if (T.SizeRows() > 1) stored[k] = room + std::ptrdiff_t{k} * n;
     }
     for (int a = 1; a <= T.SizeRows(); ++a) {
       for (int k = 0; k < count; ++k) factors_[k] = -T[a][r + k];

@@ -50,7 +50,7 @@ class InOnePass {
  private:
   std::size_t RoomOfAStep() const { return static_cast<std::size_t>(X_.SizeColumns()) * kRowsPerStep; }
 
-  /// Rows r to r + count - 1. They are stored in `room` only if two scores or more come after what is taken out.
+  /// Rows r to r + count - 1. They are stored in `room`, which may be null otherwise, if there are more than two scores.
   int Step(int r, int count, float* room) {
     const int n = X_.SizeColumns(), last = along_.SizeRows();
     const float* row[kRowsPerStep];
@@ -58,7 +58,7 @@ class InOnePass {
     double dots[kRowsPerStep];
     for (int k = 0; k < count; ++k) {
       row[k] = X_[r + k].begin();
-      stored[k] = room + std::ptrdiff_t{k} * n;
+      if (last > 2) stored[k] = room + std::ptrdiff_t{k} * n;
     }
     int unusable = 0;
     for (int a = 1; a <= last; ++a) {
