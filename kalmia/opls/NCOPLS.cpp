@@ -45,12 +45,12 @@ int CutToY(int predictiveComponents, const NCDataMatrix<float>& Y) {
 }  // namespace
 
 NCOPLS::NCOPLS(const NCDataMatrix<float>* X, const NCDataMatrix<float>* Y, int predictiveComponents, int maxIterations)
-    : x_(*X),
-      y_(*Y),
-      missingX_(FindMissingValue(*X)),
+    : missingX_(FindMissingValue(*X)),
       missingY_(FindMissingValue(*Y)),
       maxIterations_(maxIterations),
-      predictiveComponents_(CutToY(predictiveComponents, *Y)) {}
+      predictiveComponents_(CutToY(predictiveComponents, *Y)),
+      x_(*X),
+      y_(*Y) {}
 
 NCOPLS::NCOPLS(const NCDataMatrix<float>* X, const NCDataMatrix<float>* Y, const std::vector<NCDataMatrix<float>>* W,
                const std::vector<NCDataMatrix<float>>* P, const std::vector<NCDataMatrix<float>>* C,
@@ -67,9 +67,7 @@ NCOPLS::NCOPLS(const NCDataMatrix<float>* X, const NCDataMatrix<float>* Y, const
 }
 
 NCOPLS::NCOPLS(const NCOPLS& other)
-    : x_(kalmia::DeepCopy(other.x_)),
-      y_(kalmia::DeepCopy(other.y_)),
-      wMatrices_(kalmia::DeepCopy(other.wMatrices_)),
+    : wMatrices_(kalmia::DeepCopy(other.wMatrices_)),
       tprim_(kalmia::DeepCopy(other.tprim_)),
       uprim_(kalmia::DeepCopy(other.uprim_)),
       pMatrices_(kalmia::DeepCopy(other.pMatrices_)),
@@ -84,7 +82,9 @@ NCOPLS::NCOPLS(const NCOPLS& other)
       missingY_(other.missingY_),
       maxIterations_(other.maxIterations_),
       passes_(other.passes_),
-      predictiveComponents_(other.predictiveComponents_) {}
+      predictiveComponents_(other.predictiveComponents_),
+      x_(kalmia::DeepCopy(other.x_)),
+      y_(kalmia::DeepCopy(other.y_)) {}
 
 NCOPLS& NCOPLS::operator=(const NCOPLS& other) {
   if (this == &other) return *this;

@@ -101,8 +101,6 @@ class NCOPLS {
   int SizeOfBlock(const NCDataMatrix<float>& former) const;
   void AppendBlock(const Block& block);
 
-  NCDataMatrix<float> x_;  ///< without the orthogonal components
-  NCDataMatrix<float> y_;  ///< likewise
   std::vector<NCDataMatrix<float>> wMatrices_;
   NCDataMatrix<float> tprim_;
   NCDataMatrix<float> uprim_;
@@ -119,4 +117,10 @@ class NCOPLS {
   int maxIterations_;
   int passes_ = 0;
   int predictiveComponents_;
+
+  // Last, so that the tables are the first to be destroyed. While results lie behind a table on the heap, its rows join
+  // to one free block; as the last ones to go they would be given back to the system few by few, which took longer than
+  // a component.
+  NCDataMatrix<float> x_;  ///< without the orthogonal components
+  NCDataMatrix<float> y_;  ///< likewise
 };
