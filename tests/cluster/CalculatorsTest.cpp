@@ -99,6 +99,27 @@ TEST(WardDistanceCalculator, AgreesWithSciPyWhereNoNearerPairIsPassedOver) {
   }
 }
 
+TEST(WardDistanceCalculator, IsExactUntilANearerPairIsPassedOver) {
+  int exact = 0;
+  for (unsigned seed = 1; seed <= 60; ++seed) {
+    const NCDataMatrix<float> table = RandomMatrix<float>(12, 4, 0, seed);
+    int passedOver = 0;
+    PlainWard(table, false, &passedOver);
+    WardDistanceCalculator calculator(WardDistanceCalculator::DistanceIncrease);
+    const std::vector<PlainMerge> merges = MergesOf(calculator, table), toTheLetter = ExactWard(table);
+    const std::size_t compared = passedOver == 0 ? merges.size() : 1;  // the first merge is always that of the nearest
+    exact += passedOver == 0;
+    for (std::size_t k = 0; k < compared; ++k) {
+      EXPECT_EQ(merges[k].i, toTheLetter[k].i) << seed << ", merge " << k;
+      EXPECT_EQ(merges[k].j, toTheLetter[k].j) << seed << ", merge " << k;
+      // Cells of about 1: sums of squares of some 50 differ, which double takes to 1e-14, and the float rounds once; the
+      // first distances add squares that are floats.
+      EXPECT_NEAR(merges[k].height, toTheLetter[k].height, 0x1p-22 * toTheLetter[k].height + 1e-12);
+    }
+  }
+  EXPECT_GT(exact, 20) << "most small tables have no such pair";
+}
+
 TEST(WardDistanceCalculator, TakesAPairByItsPlaceAlthoughAStaleOneIsNearer) {
   const NCDataMatrix<float> table = MatrixOf<float>({{33, -24}, {-40, -21}, {-9, 31}, {-5, -41}});
   WardDistanceCalculator calculator(WardDistanceCalculator::DistanceIncrease);

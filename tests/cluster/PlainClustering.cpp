@@ -161,6 +161,35 @@ std::vector<PlainMerge> PlainWard(const NCDataMatrix<float>& data, bool root, in
   return merges;
 }
 
+std::vector<PlainMerge> ExactWard(const NCDataMatrix<float>& data) {
+  struct Mean {
+    double size;
+    std::vector<double> cells;
+  };
+  std::vector<Mean> means;
+  for (int r = 1; r <= data.SizeRows(); ++r) means.push_back({1, {data[r].begin(), data[r].end()}});
+  const auto increase = [](const Mean& a, const Mean& b) {
+    double squares = 0;
+    for (std::size_t c = 0; c < a.cells.size(); ++c)
+      squares += (a.cells[c] - b.cells[c]) * (a.cells[c] - b.cells[c]);
+    return a.size * b.size / (a.size + b.size) * squares;
+  };
+  std::vector<PlainMerge> merges;
+  while (means.size() > 1) {
+    std::size_t i = 0, j = 1;
+    for (std::size_t a = 0; a < means.size(); ++a)
+      for (std::size_t b = a + 1; b < means.size(); ++b)
+        if (increase(means[a], means[b]) < increase(means[i], means[j])) i = a, j = b;
+    merges.push_back({static_cast<int>(i), static_cast<int>(j), static_cast<float>(increase(means[i], means[j]))});
+    Mean &into = means[i], &from = means[j];
+    for (std::size_t c = 0; c < into.cells.size(); ++c)
+      into.cells[c] = (into.size * into.cells[c] + from.size * from.cells[c]) / (into.size + from.size);
+    into.size += from.size;
+    means.erase(means.begin() + static_cast<std::ptrdiff_t>(j));
+  }
+  return merges;
+}
+
 std::vector<int> PartitionAfter(const std::vector<PlainMerge>& merges, std::size_t count) {
   std::vector<std::vector<int>> clusters(merges.size() + 1);
   for (std::size_t row = 0; row < clusters.size(); ++row) clusters[row] = {static_cast<int>(row)};

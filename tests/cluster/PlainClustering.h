@@ -31,6 +31,10 @@ std::vector<PlainMerge> MergesOf(Calculator& calculator, const NCDataMatrix<floa
   return merges;
 }
 
+/// Ward's criterion to the letter, of tables without holes: at each merge all pairs of clusters are looked at, their
+/// distance being |A| |B| / (|A| + |B|) times the squared distance of their means.
+std::vector<PlainMerge> ExactWard(const NCDataMatrix<float>& data);
+
 /// For each row the first row of its cluster, from 0, after so many merges.
 std::vector<int> PartitionAfter(const std::vector<PlainMerge>& merges, std::size_t count);
 
