@@ -5,8 +5,6 @@
 // Prints the seconds of each repeat on one line, the peak of the memory in bytes on the next, then the merges as
 // scipy.cluster.hierarchy numbers them: two clusters, from 0, those merged in the k-th step being ROWS + k; and the
 // height, for Ward the increase in the sum of squares.
-#include <sys/resource.h>
-
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
@@ -14,6 +12,7 @@
 #include <fstream>
 #include <memory>
 #include <numeric>
+#include <string>
 #include <vector>
 
 #include "kalmia/kalmia.h"
@@ -39,6 +38,14 @@ std::unique_ptr<DendroGram::ClusterDistanceCalculator> Calculator(const char* me
   using DendroGram::WardDistanceCalculator;
   if (std::strcmp(method, "single") == 0) return std::make_unique<DendroGram::SingleLinkageDistanceCalculator>();
   return std::make_unique<WardDistanceCalculator>(WardDistanceCalculator::DistanceIncrease);
+}
+
+/// Of this process alone: what getrusage tells begins with the process that started it. 0 where it cannot be learned.
+long long PeakOfMemory() {
+  std::ifstream status("/proc/self/status");
+  for (std::string word; status >> word;)
+    if (long long kilobytes = 0; word == "VmHWM:" && status >> kilobytes) return 1024 * kilobytes;
+  return 0;
 }
 
 double SecondsOfTree(const NCDataMatrix<float>& table, const char* method) {
@@ -77,9 +84,7 @@ int main(int argc, char** argv) {
   ThreadingControl::SetNumberOfProcessors(threads);
   ThreadingControl::SetThreadingIsOn(threads > 1);
   for (int k = 0; k < repeats; ++k) std::printf("%.6f ", SecondsOfTree(table, argv[4]));
-  rusage usage = {};
-  getrusage(RUSAGE_SELF, &usage);
-  std::printf("\n%lld\n", 1024LL * usage.ru_maxrss);
+  std::printf("\n%lld\n", PeakOfMemory());
   PrintMerges(table, argv[4]);
   return 0;
 }
