@@ -41,7 +41,8 @@ NewRows ReadNewRows(const ModelFrame& model, const CsvTable& table, const std::s
   rows.names = RowNames(table, IdColumn(model, table, id));
   ReadX(model, table, &rows);
   if (rows.missingColumns.size() == model.xNames.size()) {
-    Refuse(table, "no column has the name of one of the model's " + model.inputBlock + " columns" + SeparatorHint(table));
+    Refuse(table,
+           "no column has the name of one of the model's " + model.inputBlock + " columns" + SeparatorHint(table));
   }
   if (rows.x.GetNumMisVal() == static_cast<long long>(rows.x.SizeRows()) * rows.x.SizeColumns()) {
     Refuse(table, "every cell of the model's " + model.inputBlock + " columns is missing");

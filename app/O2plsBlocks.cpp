@@ -59,8 +59,8 @@ class Selection {
     if (options_.fill) LeaveOutEmptyRows();
     if (rows_.x.size() < 2) {
       throw Failure(ExitCode::BadData, xTable_.Name() + " and " + yTable_.Name() + " have only " +
-                                           Counted(rows_.x.size(), "row") + " with cells in both: a model takes two "
-                                           "or more");
+                                           Counted(rows_.x.size(), "row") +
+                                           " with cells in both: a model takes two or more");
     }
     LeaveOutColumns(xTable_, "X", &pair_.x);
     LeaveOutColumns(yTable_, "Y", &pair_.y);
@@ -81,9 +81,9 @@ class Selection {
 
   void PairRowsByPlace() {
     if (xTable_.Rows() != yTable_.Rows()) {
-      throw Failure(ExitCode::BadData, xTable_.Name() + " has " + Counted(static_cast<std::size_t>(xTable_.Rows()), "row") +
-                                           ", " + yTable_.Name() + " has " + std::to_string(yTable_.Rows()) +
-                                           ": give --id to match rows by name");
+      Refuse(xTable_, "there are " + Counted(static_cast<std::size_t>(xTable_.Rows()), "row") + ", but " +
+                          std::to_string(yTable_.Rows()) + " in " + yTable_.Name() +
+                          ": give --id to match rows by name");
     }
     for (int row = 0; row < xTable_.Rows(); ++row) {
       rows_.x.push_back(row);
@@ -243,8 +243,8 @@ class Selection {
       for (std::size_t c = 0; c < block.names.size(); ++c) {
         if (block.cells[static_cast<int>(r) + 1][static_cast<int>(c) + 1] != kMissingCell) continue;
         Refuse(table, table.RowPlace(rows[r]) + ", column " + Quoted(block.names[c]) + ": a cell is missing, one of " +
-                          std::to_string(missing) + " in both blocks; O2PLS takes complete blocks, and --fill estimates "
-                          "what is missing");
+                          std::to_string(missing) +
+                          " in both blocks; O2PLS takes complete blocks, and --fill estimates what is missing");
       }
   }
 

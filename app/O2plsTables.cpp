@@ -46,7 +46,9 @@ BlockShares SharesOf(const std::vector<O2plsComponentRecord>& components, double
 }
 
 Json SharesOfBlockJson(const BlockShares& shares) {
-  return {{"joint", JsonNumber(shares.joint)}, {"unique", JsonNumber(shares.unique)}, {"rest", JsonNumber(shares.Rest())}};
+  return {{"joint", JsonNumber(shares.joint)},
+          {"unique", JsonNumber(shares.unique)},
+          {"rest", JsonNumber(shares.Rest())}};
 }
 
 }  // namespace

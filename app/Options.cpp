@@ -97,9 +97,11 @@ void DeclareOpls(CommandOptions* command, OplsOptions* options) {
 
 void DeclareO2pls(CommandOptions* command, O2plsOptions* options) {
   command->File("X", &options->table, "CSV table with a header, the X block");
-  command->File("Y", &options->yTable, "CSV table with a header, the Y block; it may be the same file, with --x and --y");
+  command->File("Y", &options->yTable,
+                "CSV table with a header, the Y block; it may be the same file, with --x and --y");
   command->Text("--id", "NAME", &options->id, "column of both tables that names the rows and matches them");
-  command->Text("--x", "FIRST..LAST", &options->x, "columns of the X table that are the block (default: all of numbers)");
+  command->Text("--x", "FIRST..LAST", &options->x,
+                "columns of the X table that are the block (default: all of numbers)");
   command->Text("--y", "FIRST..LAST", &options->y, "the same of the Y table");
   command->Scaling("--scale", &options->scaling, "scaling of both blocks: uv (default), pareto, centre or none");
   command->Number("--joint", 1, &options->joint, "number of components that the blocks share (predictive components)");
@@ -198,7 +200,8 @@ class Program {
     Add<PcaOptions>("pca", "Fit principal components and judge every one by cross-validation", DeclarePca);
     Add<OplsOptions>("opls", "Fit an OPLS model: what predicts Y, apart from what does not", DeclareOpls);
     Add<O2plsOptions>("o2pls", "Fit an O2PLS model: what two blocks share, and what is each one's own", DeclareO2pls);
-    Add<PredictOptions>("predict", "Predict new rows with a stored PLS, OPLS or O2PLS model, or place them in a PCA model",
+    Add<PredictOptions>("predict",
+                        "Predict new rows with a stored PLS, OPLS or O2PLS model, or place them in a PCA model",
                         DeclarePredict);
     Add<FillOptions>("fill", "Fill the missing cells of a table by PCA", DeclareFill);
     Add<FilterOptions>("filter", "Take out of X what has nothing to do with Y", DeclareFilter);

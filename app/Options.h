@@ -40,7 +40,8 @@ struct OplsOptions : FitOptions {  // `components` are the orthogonal ones
   std::string resume;             ///< file of a cross-validation to go on from; empty: it starts anew
 };
 
-struct O2plsOptions : FitOptions {  // `table` and `x` are of the X block; it has no use for exclude, components, groupColumn
+/// `table` and `x` are of the X block; there is no use for `exclude`, `components` and `groupColumn`.
+struct O2plsOptions : FitOptions {
   std::string yTable;
   std::string y;  ///< FIRST..LAST; empty: all columns of numbers
   std::optional<int> joint, xUnique, yUnique;  ///< all three or none: as many as cross-validation finds
@@ -89,8 +90,8 @@ struct Answer {
 };
 
 using Command = std::variant<PlsOptions, PcaOptions, OplsOptions, O2plsOptions, PredictOptions, FillOptions,
-                             FilterOptions, InfoOptions, DescribeOptions, ClusterOptions, ChartOptions, HistogramOptions, FisherOptions,
-                             QuantileOptions, SpectrumOptions, Answer>;
+                             FilterOptions, InfoOptions, DescribeOptions, ClusterOptions, ChartOptions,
+                             HistogramOptions, FisherOptions, QuantileOptions, SpectrumOptions, Answer>;
 
 /// Reads the command line. Throws Failure (Usage) with one line for anything that makes no sense.
 Command ParseCommandLine(int argc, const char* const* argv);

@@ -41,8 +41,8 @@ class StageProgress : public NCProgress::Sink {
   std::vector<Level> levels_ = {{}};
 };
 
-/// While it lives, every bar that the library opens itself is silent, and Ctrl-C leaves the calculation at its next move
-/// by a Failure (Stopped).
+/// While it lives, every bar that the library opens itself is silent, and Ctrl-C leaves the calculation at its next
+/// move by a Failure (Stopped).
 class StoppableBars {
  public:
   StoppableBars();

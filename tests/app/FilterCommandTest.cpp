@@ -113,8 +113,9 @@ TEST_F(Filter, TellsWhatEachComponentTakesOutAndItsAngleToY) {
 }
 
 TEST_F(Filter, CarriesAllOtherFieldsThroughByteForByte) {
-  const std::string text = "\xEF\xBB\xBF" "word ; \"id\";a;b;c;y;same\r\nu;\"r;1\";1,5; 2 ;NA;1;7\r\n\r\nv;r2;2,5;;4;2,5;7\r\n"
-                           "w;r3;\"4\";1;3;3;7\r\nx;r4;3;5;1,5;5,25;7\r\nz;r5;6;3;2;4;7";
+  const std::string text = "\xEF\xBB\xBF"
+                           "word ; \"id\";a;b;c;y;same\r\nu;\"r;1\";1,5; 2 ;NA;1;7\r\n\r\n"
+                           "v;r2;2,5;;4;2,5;7\r\nw;r3;\"4\";1;3;3;7\r\nx;r4;3;5;1,5;5,25;7\r\nz;r5;6;3;2;4;7";
   const std::string table = folder_.Write("de.csv", text);
   RunWell({"--y", "y", "--id", "id", "--components", "1"}, table);
   const std::string filtered = ReadWholeFile(out_);
@@ -147,7 +148,8 @@ TEST_F(Filter, AStoredFilterTakesNewRowsWithoutYByTheNamesOfTheirColumns) {
   const json run = RunWell({"--model", model_, "--json"}, straight).Json();
   EXPECT_EQ(run["model"], model_);
   const CsvTable expected = CsvAt(out_);
-  RunWell({"--model", model_}, folder_.Write("n.csv", "x5,zeal,x2,x4,x1,x3\n25.5,high,10.2,19.8,5.1,15.3\n25,low,,20,4,15\n"));
+  RunWell({"--model", model_},
+          folder_.Write("n.csv", "x5,zeal,x2,x4,x1,x3\n25.5,high,10.2,19.8,5.1,15.3\n25,low,,20,4,15\n"));
   const CsvTable turned = CsvAt(out_);
   for (const std::string& name : kX) {
     EXPECT_EQ(expected.Cell(0, expected.Find(name)), turned.Cell(0, turned.Find(name)));
@@ -233,7 +235,8 @@ TEST_F(Filter, NeverWritesOverItsInputs) {
                 "--out would overwrite the table");
   RunWell(Made("1", {"--save", model_}));
   const std::string bytes = ReadWholeFile(model_);
-  ExpectFailure(RunKalmia({"filter", table_, "--model", model_, "--out", model_}), 2, "--out would overwrite the model");
+  ExpectFailure(RunKalmia({"filter", table_, "--model", model_, "--out", model_}), 2,
+                "--out would overwrite the model");
   ExpectFailure(RunKalmia({"filter", table_, "--y", "y", "--components", "1", "--out", folder_.Path("n"), "--save",
                            folder_.Path("n")}),
                 2, "--out and --save would both write");

@@ -69,8 +69,8 @@ double Correlation(const std::vector<double>& a, const std::vector<double>& b) {
 
 TEST_F(O2pls, TellsWhatTheBlocksShareFromWhatIsEachOnesOwn) {
   RunWell(Fixed({"--csv", folder_.Path("d")}));
-  // Of 60 rows the common direction and the blocks' own correlate by some 1 / sqrt(60) = 0.13 by chance, which turns the
-  // directions by as much: cosines from 0.98 on, some less for the noise.
+  // Of 60 rows the common direction and the blocks' own correlate by some 1 / sqrt(60) = 0.13 by chance, which turns
+  // the directions by as much: cosines from 0.98 on, some less for the noise.
   EXPECT_GT(Correlation(NumbersOf(CsvAt(Csv("x-scores.csv")), "t1"), NumbersOf(CsvAt(x_), "x1")), 0.95);
   EXPECT_GT(Correlation(NumbersOf(CsvAt(Csv("x-scores.csv")), "to1"), NumbersOf(CsvAt(x_), "x2")), 0.95);
   EXPECT_GT(Correlation(NumbersOf(CsvAt(Csv("y-scores.csv")), "u1"), NumbersOf(CsvAt(y_), "y1")), 0.95);
@@ -144,7 +144,8 @@ TEST_F(O2pls, BringsRowsTogetherById) {
 }
 
 TEST_F(O2pls, TakesRowsInTheirOrderWithoutIds) {
-  const CommandResult run = RunKalmia({"o2pls", x_, y_, "--joint", "1", "--x-unique", "1", "--y-unique", "1", "--json"});
+  const CommandResult run =
+      RunKalmia({"o2pls", x_, y_, "--joint", "1", "--x-unique", "1", "--y-unique", "1", "--json"});
   ASSERT_EQ(run.exitCode, 0) << run.error;
   EXPECT_EQ(run.Json()["components"], Json(Fixed({}))["components"]);
   EXPECT_EQ(run.Json()["xScores"][4]["name"], "5");
@@ -225,8 +226,8 @@ TEST_F(O2pls, AStoredModelPredictsFromXUnlessToldOtherwise) {
 TEST_F(O2pls, PredictsRowsWithHolesAndSaysWhyARowCannotBePredicted) {
   const std::string model = folder_.Path("m");
   RunWell(Fixed({"--save", model}));
-  const json rows =
-      RunKalmia({"predict", model, "-", "--from", "y", "--json"}, "y1,y2,y3,y4\n9,9.1,,9.2\n,,,\n9,9,9,9\n").Json()["rows"];
+  const std::string table = "y1,y2,y3,y4\n9,9.1,,9.2\n,,,\n9,9,9,9\n";
+  const json rows = RunKalmia({"predict", model, "-", "--from", "y", "--json"}, table).Json()["rows"];
   EXPECT_TRUE(rows[0]["predicted"][5].is_number());
   EXPECT_EQ(rows[1]["predicted"][5], nullptr);
   EXPECT_EQ(rows[1]["reason"], "none of its 4 Y cells is present");
@@ -251,7 +252,8 @@ TEST_F(O2pls, PredictsBackwardsWhatTheSwappedModelPredictsForwards) {
 TEST_F(O2pls, OtherModelsPredictFromXOnly) {
   const std::string model = folder_.Path("m");
   ASSERT_EQ(RunKalmia({"pca", x_, "--id", "name", "--components", "1", "--save", model}).exitCode, 0);
-  ExpectFailure(RunKalmia({"predict", model, x_, "--from", "y"}), 2, "predicts from X only: --from y takes an O2PLS model");
+  ExpectFailure(RunKalmia({"predict", model, x_, "--from", "y"}), 2,
+                "predicts from X only: --from y takes an O2PLS model");
 }
 
 TEST_F(O2pls, RefusesHolesUnlessTheyAreToBeFilled) {
@@ -338,11 +340,11 @@ TEST(FailureOfO2pls, IsOneLineWithExitCode1ForBadData) {
                                     "--x-unique", xUnique, "--y-unique", yUnique, "--groups", "4"};
   };
   const BadBlocks all[] = {
-      {"different row counts", x, "id,c,d\nu,1,1\n", {}, "x.csv has 4 rows, "},
+      {"different row counts", x, "id,c,d\nu,1,1\n", {}, "x.csv: there are 4 rows, but 1 in "},
       {"no common ids", x, "id,c\n1,1\n2,3\n", byId, "have no id of column 'id' in common"},
       {"one common id", x, "id,c\nu,1\n2,3\n", byId, "have only 1 row with cells in both: a model takes two or more"},
-      {"an id twice in X", "id,a\nu,1\nv,2\nu,3\n", y, byId, "x.csv: the id 'u' comes twice, in row 1 (line 2) and row 3"},
-      {"an id twice in Y", x, "id,c\nu,1\nv,2\nv,3\n", byId, "y.csv: the id 'v' comes twice, in row 2 (line 3) and row 3"},
+      {"an id twice in X", "id,a\nu,1\nv,2\nu,3\n", y, byId, "x.csv: the id 'u' comes twice, in row 1 (line 2) and "},
+      {"an id twice in Y", x, "id,c\nu,1\nv,2\nv,3\n", byId, "y.csv: the id 'v' comes twice, in row 2 (line 3) and "},
       {"no id", x, "id,c\nu,1\n,2\n", byId, "y.csv: row 2 (line 3) has no id in column 'id'"},
       {"no id column", x, "name,c\nu,1\nv,2\n", byId, "y.csv: there is no column 'id'"},
       {"a constant block",
@@ -360,7 +362,11 @@ TEST(FailureOfO2pls, IsOneLineWithExitCode1ForBadData) {
        "id,c\nu,\nv,\nw,NA\nz,\n",
        {"--id", "id", "--fill"},
        "y.csv: no column of numbers that varies is left for Y; empty columns: c"},
-      {"a hole in Y", x, "id,c,d\nu,1,1\nv,3,\nw,2,4\nz,6,4\n", byId, "y.csv: row 2 (line 3), column 'd': a cell is missing"},
+      {"a hole in Y",
+       x,
+       "id,c,d\nu,1,1\nv,3,\nw,2,4\nz,6,4\n",
+       byId,
+       "y.csv: row 2 (line 3), column 'd': a cell is missing"},
       {"a word", x, "id,c,d\nu,1,1\nv,3,oops\nw,2,4\nz,6,4\n", byId, "column 'd': 'oops' is not a number"},
       {"no such column", x, y, {"--id", "id", "--y", "c..e"}, "y.csv: there is no column 'e'"},
       {"too many joint components",
