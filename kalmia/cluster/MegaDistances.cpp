@@ -213,7 +213,7 @@ void MegaDistances::LoadNextSegment() {
   file.count -= n;
   if (file.count == 0) segments_.pop_back();
   bar.SetText("Sorting");
-  kalmia::SortPairs(buffer_.data(), buffer_.size());
+  std::sort(buffer_.begin(), buffer_.end(), kalmia::IsFartherPair);
   bar.SetText("Merging clusters");
 }
 

@@ -282,6 +282,17 @@ TEST_F(OnDisk, AStoreGivesItsPairsByRisingDistanceAndThenAnError) {
   }
 }
 
+TEST_F(OnDisk, AStoreKeepsTheRowsOfAPairWhateverTheyAre) {
+  std::vector<DistanceAndIndex> memory(10);
+  MegaDistances store(memory, nullptr, 40);
+  for (int k = 0; k < 40; ++k) store.AddDistance({static_cast<float>(k), 1000000 + k, 2147483647 - k});
+  store.SplitDistances();
+  for (int k = 0; k < 40; ++k, store.RemoveNearest()) {
+    ASSERT_EQ(store.GetNearest().i, 1000000 + k);
+    ASSERT_EQ(store.GetNearest().j, 2147483647 - k);
+  }
+}
+
 TEST_F(OnDisk, IsSplitIntoThreePartsAlsoWhereAllFits) {
   std::vector<DistanceAndIndex> memory(60);
   MegaDistances store(memory, nullptr, 60);
