@@ -15,7 +15,10 @@ double NestedProgress::Level::ShareAt(double value) const {
   return from == to ? begin : begin + (end - begin) * (value - from) / (to - from);
 }
 
+bool NestedProgress::GoesOn() const { return !Interrupted(); }
+
 void NestedProgress::SetRange(float from, float to) {
+  GoesOn();
   levels_.back().from = from;
   levels_.back().to = to;
 }
@@ -23,31 +26,32 @@ void NestedProgress::SetRange(float from, float to) {
 bool NestedProgress::SetValue(float value) {
   share_ = levels_.back().ShareAt(value);
   line_->Show(text_, share_);
-  return !Interrupted();
+  return GoesOn();
 }
 
 void NestedProgress::SetText(const char* text) {
+  GoesOn();
   text_ = OneLine(text);
-  line_->Show(text_, share_);
+  line_->ShowAtOnce(text_, share_);
 }
 
 bool NestedProgress::PushSubRange(float from, float to) {
   const Level& outer = levels_.back();
   levels_.push_back({0.0, 1.0, outer.ShareAt(from), outer.ShareAt(to)});
-  return !Interrupted();
+  return GoesOn();
 }
 
 bool NestedProgress::PopSubRange() {
   if (levels_.size() > 1) levels_.pop_back();
-  return !Interrupted();
+  return GoesOn();
 }
 
 /// Some steps say nothing but poll, and soon after their text is set, before it could be seen.
 bool NestedProgress::IsBreakPressed() {
   if (++polls_ % kPollsPerLook == 0) line_->Show(text_, share_);
-  return Interrupted();
+  return !GoesOn();
 }
 
-bool NestedProgress::NextSpin() { return !Interrupted(); }
+bool NestedProgress::NextSpin() { return GoesOn(); }
 
 }  // namespace kalmia::app

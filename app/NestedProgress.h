@@ -8,7 +8,7 @@
 namespace kalmia::app {
 
 /// Progress of a calculation that shows its steps as ranges within ranges, each with a text of its own: one bar for all
-/// of it. A stop is the answer that the calculation asks for.
+/// of it. On Ctrl-C the answer to whatever the calculation says or asks is to stop.
 class NestedProgress : public NCProgress::Sink {
  public:
   explicit NestedProgress(ProgressLine* line) : line_(line) {}
@@ -21,6 +21,10 @@ class NestedProgress : public NCProgress::Sink {
   bool IsBreakPressed() override;
   bool NextSpin() override;
   void SpinDone() override {}
+
+ protected:
+  /// What the calculation is told at each of its calls.
+  virtual bool GoesOn() const;
 
  private:
   /// The range of one level, and the part of the bar that it fills.
