@@ -1,6 +1,8 @@
 #include "kalmia/signal/FourierTransform.h"
 
+#include <algorithm>
 #include <cmath>
+#include <cstddef>
 #include <utility>
 
 #include "kalmia/kernels/simd/Butterflies.h"
@@ -15,6 +17,14 @@ constexpr int kSideBySide = 16;
 
 /// Cells between the buffers: at distances of powers of two all of them would fight for the same lines of the cache.
 constexpr int kApart = 128;
+
+/// Cells of the smallest block of memory, 256 KiB. The common C library hands a block above 128 KiB back when it is
+/// freed for the first time; from then on it keeps what is at most that large.
+constexpr std::size_t kSmallestBlock = 1 << 15;
+
+std::unique_ptr<double[]> Block(std::size_t cells) {
+  return std::unique_ptr<double[]>(new double[std::max(cells, kSmallestBlock)]);
+}
 
 /// Pairs of single cells become transforms of two.
 void CombineTwos(const double* x, double* y, int half) {
@@ -40,8 +50,8 @@ bool IsOddPowerOfTwo(int size) {
 }  // namespace
 
 FourierTransform::FourierTransform(int largest)
-    : cells_(6 * (static_cast<std::size_t>(largest) + kApart)),
-      re_(cells_.data()),
+    : cells_(Block(6 * (static_cast<std::size_t>(largest) + kApart))),
+      re_(cells_.get()),
       im_(re_ + largest + kApart),
       nextRe_(im_ + largest + kApart),
       nextIm_(nextRe_ + largest + kApart),

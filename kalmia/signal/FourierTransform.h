@@ -1,6 +1,6 @@
 #pragma once
 
-#include <vector>
+#include <memory>
 
 namespace kalmia {
 
@@ -32,9 +32,9 @@ class FourierTransform {
  private:
   void SwapBuffers();
 
-  /// All of the buffers and roots. In one block: several smaller ones would go back to the system after every use, and
-  /// fetching them anew takes longer than a transform.
-  std::vector<double> cells_;
+  /// All of the buffers and roots, in one block that is never small: smaller ones would go back to the system after
+  /// every use, and fetching them anew takes longer than a transform. What is not used of it is not touched.
+  std::unique_ptr<double[]> cells_;
   double *re_, *im_, *nextRe_, *nextIm_;
   double *rootRe_, *rootIm_;  ///< of size s at s / 2 + k: 1 + 2 + 4 + ... cells, the first one unused
 };
