@@ -256,7 +256,9 @@ const NCDataMatrix<T>& NCDataMatrix<T>::Result(NCDataVector<T>* target) const {
 template <class T>
 void NCDataMatrix<T>::GetReturnVector(VectorDestroyer<T>& holder, int n) const {
   const NCDataVector<T> vector;  // its mechanism is the one for vectors
-  vector.Result(std::exchange(vectorResultTarget_, nullptr)).GetReturnVector(holder, n);
+  // Without a target nothing is written: a table may be read from several threads.
+  if (vectorResultTarget_) vector.Result(std::exchange(vectorResultTarget_, nullptr));
+  vector.GetReturnVector(holder, n);
 }
 
 template <class T>

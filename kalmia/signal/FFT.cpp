@@ -36,21 +36,6 @@ bool CanCorrelate(const NCDataVector<float>* input, int lags, const NCDataVector
 /// The cells of a private array of that many, numbered from 1.
 std::vector<float> CellsFromOne(int n) { return std::vector<float>(static_cast<std::size_t>(n) + 1); }
 
-/// How a signal is cut: k rounds of two segments each, and how many cells they take in all.
-struct Cut {
-  int rounds;
-  std::int64_t cells;
-};
-
-Cut CutOf(int n, int segmentSize, bool overlap) {
-  const int m = segmentSize / 2;
-  const float step = static_cast<float>(overlap ? m : segmentSize);
-  const double steps = std::ceil(static_cast<float>(n) / step);
-  const int k = static_cast<int>(overlap ? std::floor(steps * 0.5) : std::ceil(steps * 0.5));
-  const std::int64_t halves = overlap ? 2 * static_cast<std::int64_t>(k) + 1 : 4 * static_cast<std::int64_t>(k);
-  return {k, halves * m};
-}
-
 }  // namespace
 
 void FFT::DetrendVector(NCDataVector<float>* vector, FFT::DetrendMode mode, long double& mean, long double& slope) {
@@ -101,7 +86,8 @@ namespace {
 
 /// A signal in the form that is correlated. The preparing steps are protected operations of FFT.
 struct Prepared : FFT {
-  Prepared(const NCDataVector<float>& signal, DetrendMode detrend, int size) : cells(signal) {
+  Prepared(const NCDataVector<float>& signal, DetrendMode detrend, int size) {
+    cells.CopyContent(signal);  // not a share: others may read the signal at the same time, here and below
     long double mean = 0, slope = 0;
     cells.InterpolateMisVals(nullptr);
     DetrendVector(&cells, detrend, mean, slope);
@@ -138,10 +124,11 @@ void FFT::PowerSpectrum(const NCDataVector<float>* input, int segmentSize, bool 
                         FFT::ScalingMode scaling, FFT::DataWindowMode window, NCDataVector<float>* output) {
   if (input == nullptr || output == nullptr || !IsPowerOfTwo(segmentSize)) return;
   if (segmentSize == 1) FailSpectrum();  // no frequency but 0, and no window to weigh it
-  const Cut cut = CutOf(input->Size(), segmentSize, overlap);
+  const kalmia::SegmentCut cut = kalmia::CutIntoSegments(input->Size(), segmentSize / 2, overlap);
   if (cut.rounds == 0 || cut.cells > kMostCells) FailSpectrum();
 
-  NCDataVector<float> signal(*input);
+  NCDataVector<float> signal;
+  signal.CopyContent(*input);
   long double mean = 0, slope = 0;
   signal.InterpolateMisVals(nullptr);
   DetrendVector(&signal, detrend, mean, slope);

@@ -7,8 +7,9 @@
 ///   holes      are filled along straight lines, flat at both ends; with no cell present, -99 is a value like others
 ///   detrended  as DetrendMode says, over the filled cells
 ///   padded     to the length that the transforms need, a power of two or whole segments
-/// Transforms run in double; their results are rounded to float once. The operations keep no state: they may run at the
-/// same time on different vectors. An `output` is resized, and may be one of the signals.
+/// Transforms run in double; their results are rounded to float once. The operations keep no state and take no share of
+/// a signal: they may run at the same time, on one signal or on several. An `output` is resized, and may be one of the
+/// signals.
 class FFT {
  public:
   enum DetrendMode : int {

@@ -124,7 +124,7 @@ class Wavelet {
   // the order of their frequency. Decisions say for the nodes of levels 1 to J, at Node(level, index), whether they are
   // split; P - 1 in all. Signals of other lengths are padded to P, as above.
 
-  /// Position of a node in the full binary tree: 2^(level - 1) + index - 1.
+  /// Position of a node in the full binary tree: 2^(level - 1) + index - 1. Levels 1 to 31, not checked.
   static int Node(int level, int index);
 
   /// The basis in which the energy of the signal has the smallest entropy; a tie keeps a node whole. `decisions` or, if
@@ -164,7 +164,8 @@ class Wavelet {
   static NCDataVector<float>* CompressVector(const NCDataVector<float>* in, const NCIntegralVector<int, -99>* indices,
                                              NCDataVector<float>* out);
   /// 0 but for out(indices(k)) = in[k]. `out` has `originalLength` cells, with `padded` the next power of two. Refused:
-  /// null; more positions than cells, positions beyond them; not one cell of `in` for each; an `out` of another length.
+  /// null; more positions than cells, positions beyond them; not one cell of `in` for each; an `out` of another length;
+  /// a negative length, padding beyond 2^30 cells.
   static NCDataVector<float>* UncompressVector(const NCDataVector<float>* in, const NCIntegralVector<int, -99>* indices,
                                                int originalLength, NCDataVector<float>* out, bool padded);
   /// Sizes of the detail blocks of a transform without padding, from the finest on. A cell that is set aside counts

@@ -75,7 +75,7 @@ bool DecideAbout(const BoolVector* decisions, int cells) {
 
 }  // namespace
 
-int Wavelet::Node(int level, int index) { return (1 << (level - 1)) + index - 1; }
+int Wavelet::Node(int level, int index) { return (1 << (level - 1)) + (index - 1); }
 
 double Wavelet::CalcEntropy(const NCDataVector<float>* v, int start, int count, double norm) {
   return count < 1 ? 0 : Entropy(v->begin() + (start - 1), count, norm);
@@ -84,7 +84,7 @@ double Wavelet::CalcEntropy(const NCDataVector<float>* v, int start, int count, 
 NCDataVector<float>* Wavelet::MakeEntropyTree(const NCDataVector<float>* v, WaveletFilters filters) {
   const int n = v->Size();
   const auto norm = static_cast<double>(std::sqrt(v->GetSS()));
-  auto tree = std::make_unique<Vector>(2 * n - 1, 0.0F);
+  auto tree = std::make_unique<Vector>(n + (n - 1), 0.0F);  // 2 n may be beyond an int
   (*tree)(1, static_cast<float>(Entropy(v->begin(), n, norm)));
   std::vector<float> cells(v->begin(), v->end());
   WaveletStep step(*filters.lowPass, *filters.highPass);

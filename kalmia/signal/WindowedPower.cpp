@@ -70,6 +70,14 @@ double WindowAt(FFT::DataWindowMode window, int j, int m) {
   return 0.0;
 }
 
+SegmentCut CutIntoSegments(int n, int m, bool overlap) {
+  const float step = static_cast<float>(m) * (overlap ? 1.0F : 2.0F);
+  const double steps = std::ceil(static_cast<float>(n) / step);
+  const auto rounds = static_cast<int>(overlap ? std::floor(steps * 0.5) : std::ceil(steps * 0.5));
+  const std::int64_t halves = overlap ? 2 * std::int64_t{rounds} + 1 : 4 * std::int64_t{rounds};
+  return {rounds, halves * m};
+}
+
 bool WindowedPower(const float* signal, int m, int rounds, bool overlap, FFT::ScalingMode scaling,
                    FFT::DataWindowMode window, float* power) try {
   const Window weights = MakeWindow(window, m);

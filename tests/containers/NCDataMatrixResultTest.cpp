@@ -1,4 +1,7 @@
 #include <gtest/gtest.h>
+#include <sys/mman.h>
+
+#include <new>
 
 #include "TableWithTwin.h"
 #include "kalmia/containers/NCDataMatrix.h"
@@ -116,6 +119,39 @@ TYPED_TEST(NCDataMatrixResult, IsNotCopiedOrAssignedButSwapped) {
   a.swap(b);
   EXPECT_TRUE(usesTarget(b));
   EXPECT_FALSE(usesTarget(a));
+}
+
+/// A table in memory that can be locked against writing: who writes then ends the test program.
+template <class T>
+class LockableTable {
+ public:
+  explicit LockableTable(const NCDataMatrix<T>& m)
+      : page_(mmap(nullptr, sizeof m, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0)),
+        table_(new (page_) NCDataMatrix<T>(m)) {}
+  LockableTable(const LockableTable&) = delete;
+  LockableTable& operator=(const LockableTable&) = delete;
+  ~LockableTable() {
+    mprotect(page_, sizeof(NCDataMatrix<T>), PROT_READ | PROT_WRITE);
+    table_->~NCDataMatrix<T>();
+    munmap(page_, sizeof(NCDataMatrix<T>));
+  }
+
+  const NCDataMatrix<T>& Locked() {
+    EXPECT_EQ(mprotect(page_, sizeof(NCDataMatrix<T>), PROT_READ), 0);
+    return *table_;
+  }
+
+ private:
+  void* page_;
+  NCDataMatrix<T>* table_;
+};
+
+TYPED_TEST(NCDataMatrixResult, IsNotWrittenWhereNoTargetWasNamedSoThatSeveralThreadsMayReadATable) {
+  LockableTable<TypeParam> lockable(NCDataMatrix<TypeParam>(2, 3, 4));
+  const NCDataMatrix<TypeParam>& table = lockable.Locked();
+  EXPECT_EQ(table.GetColumn(2)[1], 4);
+  EXPECT_EQ(table.RegressColumns(NCDataVector<TypeParam>(2, 1))[3], 4);
+  EXPECT_EQ(table.RegressRows(NCDataVector<TypeParam>(3, 1))[2], 4);
 }
 
 }  // namespace

@@ -1,6 +1,9 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cmath>
+#include <limits>
+#include <thread>
 
 #include "kalmia/signal/Correlation.h"
 #include "kalmia/signal/FFT.h"
@@ -166,6 +169,31 @@ TEST(FFTCorrelation, MayReplaceItsOwnInput) {
   FFT::AutoCorrelation(&signal, FFT::DetrendMean, 7, &signal);
   EXPECT_EQ(CellsOf(signal), Auto(Signal(30, 1), FFT::DetrendMean, 7));
   EXPECT_EQ(CellsOf(shared), Signal(30, 1));
+}
+
+TEST(FFTCorrelation, OfCellsThatAreNoNumbersIsNoNumberThroughout) {
+  for (const float bad : {std::numeric_limits<float>::quiet_NaN(), std::numeric_limits<float>::infinity()}) {
+    const std::vector<float> r = Auto({1.0F, bad, 2.0F}, FFT::DetrendMean, 2);
+    ASSERT_EQ(r.size(), 3U);
+    for (const float cell : r) EXPECT_TRUE(std::isnan(cell)) << bad;
+  }
+}
+
+TEST(FFTCorrelation, MayRunAtTheSameTimeOnTheSameSignals) {
+  const NCDataVector<float> a = VectorOfCells(Signal(60, 1)), b = VectorOfCells(Signal(60, 2));
+  const std::vector<float> alone = Cross(Signal(60, 1), Signal(60, 2), FFT::DetrendNone, 4);
+  std::vector<int> wrong(4, 0);
+  std::vector<std::thread> threads;
+  for (int& count : wrong)
+    threads.emplace_back([&] {
+      for (int round = 0; round < 100; ++round) {
+        NCDataVector<float> r;
+        FFT::CrossCorrelation(&a, &b, FFT::DetrendNone, 4, &r);
+        count += CellsOf(r) != alone;
+      }
+    });
+  for (std::thread& thread : threads) thread.join();
+  EXPECT_EQ(wrong, std::vector<int>(4, 0));
 }
 
 TEST(Correlate, GivesPositiveLagsFirstAndNegativeOnesFromTheEnd) {

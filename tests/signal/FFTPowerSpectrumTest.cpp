@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstdint>
 #include <limits>
 #include <new>
 #include <numeric>
@@ -212,6 +213,45 @@ TEST(FFTPowerSpectrum, MayRunAtTheSameTimeOnDifferentSignals) {
   for (int i = 0; i < 4; ++i) threads.emplace_back([&, i] { together[i] = PowerOf(Signal(1000, i + 1), how); });
   for (std::thread& thread : threads) thread.join();
   EXPECT_EQ(together, alone);
+}
+
+TEST(FFTPowerSpectrum, MayRunAtTheSameTimeOnTheSameSignal) {
+  const SpectrumCase how = {64, true, FFT::DetrendNone, FFT::ScalingPlain, FFT::WindowHann};
+  const NCDataVector<float> signal = VectorOfCells(Signal(160, 1));
+  const std::vector<float> alone = PowerOf(Signal(160, 1), how);
+  std::vector<int> wrong(4, 0);
+  std::vector<std::thread> threads;
+  for (int& count : wrong)
+    threads.emplace_back([&] {
+      for (int round = 0; round < 100; ++round) {
+        NCDataVector<float> power;
+        FFT::PowerSpectrum(&signal, 64, true, FFT::DetrendNone, FFT::ScalingPlain, FFT::WindowHann, &power);
+        count += CellsOf(power) != alone;
+      }
+    });
+  for (std::thread& thread : threads) thread.join();
+  EXPECT_EQ(wrong, std::vector<int>(4, 0));
+}
+
+TEST(FFTPowerSpectrum, TakesNoShareOfItsSignal) {
+  NCDataVector<float> signal = VectorOfCells(Signal(16, 1));  // neither holes nor a trend nor padding: no cell changes
+  const float* const block = signal.GetVector();
+  FFT::PowerSpectrum(&signal, 4, false, FFT::DetrendNone, FFT::ScalingPlain, FFT::WindowHann, &signal);
+  EXPECT_EQ(signal.Size(), 3);
+  EXPECT_EQ(signal.GetVector(), block);  // a block that is shared gives way to a new one
+}
+
+TEST(FFTPowerSpectrum, IsCutByAQuotientInFloat) {
+  using kalmia::CutIntoSegments;
+  const int twoTo24 = 1 << 24;  // from here on a float leaves out every other number
+  EXPECT_EQ(CutIntoSegments(twoTo24, 1, false).rounds, twoTo24 / 4);
+  EXPECT_EQ(CutIntoSegments(twoTo24 + 1, 1, false).rounds, twoTo24 / 4);  // exactly, one more
+  EXPECT_EQ(CutIntoSegments(twoTo24 + 2, 1, false).rounds, twoTo24 / 4 + 1);
+  EXPECT_EQ(CutIntoSegments(3 * twoTo24 / 2 + 1, twoTo24 / 2, true).rounds, 1);  // exactly, 2
+  EXPECT_EQ(CutIntoSegments(3 * twoTo24 / 2 + 2, twoTo24 / 2, true).rounds, 2);
+  EXPECT_EQ(CutIntoSegments(2147483647, 1, true).rounds, 1 << 30);
+  EXPECT_EQ(CutIntoSegments(2147483647, 1, true).cells, (std::int64_t{1} << 31) + 1);
+  EXPECT_EQ(CutIntoSegments(2147483647, 1, false).cells, std::int64_t{1} << 31);
 }
 
 TEST(FFTPowerSpectrum, IsTheSameFailureWhereItsBuffersFindNoMemory) {

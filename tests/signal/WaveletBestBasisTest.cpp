@@ -34,6 +34,7 @@ TEST(WaveletNode, CountsLevelByLevel) {
   EXPECT_EQ(Wavelet::Node(2, 2), 3);
   EXPECT_EQ(Wavelet::Node(3, 2), 5);
   EXPECT_EQ(Wavelet::Node(5, 16), 31);
+  EXPECT_EQ(Wavelet::Node(31, 1 << 30), 2147483647);
 }
 
 TEST(WaveletEntropy, IsThatOfTheSharesOfEnergy) {
@@ -49,6 +50,11 @@ TEST(WaveletEntropy, IsThatOfTheSharesOfEnergy) {
 TEST(WaveletEntropy, OfASignalOfZerosIsZeroAlthoughItsNormIsZero) {
   const NCDataVector<float> zeros(4, 0.0F);
   EXPECT_EQ(OpenWavelet::CalcEntropy(&zeros, 1, 4, 0), 0);
+}
+
+TEST(WaveletEntropy, LeavesOutSharesThatAreNoNumbers) {
+  const auto v = Signal({3, std::numeric_limits<float>::quiet_NaN(), 4}), finite = Signal({3, 0, 4});
+  EXPECT_EQ(OpenWavelet::CalcEntropy(&v, 1, 3, 5), OpenWavelet::CalcEntropy(&finite, 1, 3, 5));
 }
 
 TEST(WaveletEntropyTree, HoldsTheEntropyOfEveryBlockOfPackets) {
@@ -83,6 +89,14 @@ TEST(WaveletBestBasisTree, SplitsWhereTheChildrenHaveLessAndKeepsTies) {
   OpenWavelet::GetBestBasisTree(&tree, &decisions);
   EXPECT_THAT(CellsOf(decisions), ElementsAre(false, true, false));  // the second is not asked any more
   EXPECT_THAT(CellsOf(tree), ElementsAre(4, 2, 2, 1, 1, 1, 1));
+}
+
+TEST(WaveletBestBasisTree, SplitsAnEntropyThatIsNoNumber) {
+  auto tree = Signal({std::numeric_limits<float>::quiet_NaN(), 1, 2});
+  BoolVector decisions(1, false);
+  OpenWavelet::GetBestBasisTree(&tree, &decisions);
+  EXPECT_TRUE(decisions[1]);
+  EXPECT_EQ(tree[1], 3.0F);
 }
 
 TEST(WaveletBestBasisTree, RoundsASumToFloatBeforeItIsComparedHigherUp) {
@@ -237,6 +251,10 @@ TEST(WaveletBestBasis, OfATableIsThatOfARowOrOfTheColumnMeans) {
   for (int row : {-1, 4})
     EXPECT_EQ(Wavelet::FindBestBasisObswise(&table, row, filters.decomposition, Wavelet::DetrendNone, nullptr),
               nullptr);
+  const NCDataMatrix<float> noRows(0, 4), noColumns(4, 0);
+  EXPECT_EQ(Wavelet::FindBestBasisObswise(&noRows, 0, filters.decomposition, Wavelet::DetrendNone, nullptr), nullptr);
+  EXPECT_EQ(Wavelet::FindBestBasisObswise(&noColumns, 0, filters.decomposition, Wavelet::DetrendNone, nullptr),
+            nullptr);
   EXPECT_EQ(Wavelet::FindBestBasisObswise(nullptr, 0, filters.decomposition, Wavelet::DetrendNone, nullptr), nullptr);
 }
 

@@ -13,6 +13,10 @@ using ::testing::IsEmpty;
 
 namespace {
 
+struct OpenWavelet : Wavelet {
+  using Wavelet::SubForwardTransform;
+};
+
 using Indices = NCIntegralVector<int, -99>;
 
 std::vector<std::string> TextsOf(const NCStringVector& names) {
@@ -119,6 +123,15 @@ TEST(WaveletUncompression, RefusesWhatDoesNotFit) {
   }
 }
 
+TEST(WaveletUncompression, OfNoIndicesIsRefusedTooWhereNoPowerOfTwoIsAbove) {
+  const NCDataVector<float> none;
+  const Indices noIndices;
+  NCDataVector<float> out;
+  EXPECT_EQ(OwnedVector(Wavelet::UncompressVector(&none, &noIndices, (1 << 30) + 1, nullptr, true)), nullptr);
+  EXPECT_EQ(Wavelet::UncompressVector(&none, &noIndices, (1 << 30) + 1, &out, true), nullptr);
+  EXPECT_EQ(Wavelet::UncompressVector(&none, &noIndices, -1, &out, true), nullptr);
+}
+
 TEST(WaveletCompression, KeepsExactlyTheCellsThatItListsAndNothingElse) {
   const SomeFilters filters;
   const auto signal = RandomSignal(50, 1);
@@ -174,6 +187,31 @@ TEST(WaveletMovedIndices, AreTheOddLengthsThatAreMet) {
   EXPECT_THAT(CellsOf(Wavelet::GetMovedIndexses(12, 3)), ElementsAre(3));
   EXPECT_THAT(CellsOf(Wavelet::GetMovedIndexses(11, 2)), ElementsAre(11, 5));
   EXPECT_THAT(CellsOf(Wavelet::GetMovedIndexses(7, 0)), IsEmpty());
+}
+
+TEST(WaveletDetailSizes, AddUpToTheLengthWithTheLastApproximationAndAnOddCell) {
+  for (int n = 2; n <= 4096; ++n) {
+    int levels = 0;
+    while (n >> (levels + 1) > 0) ++levels;  // as many as a transform without padding has
+    const Indices sizes = Wavelet::GetNumInDetails(n, levels);
+    ASSERT_EQ(std::accumulate(sizes.begin(), sizes.end(), 1 + n % 2), n);
+  }
+}
+
+TEST(WaveletMovedIndices, AreWhereATransformWithoutPaddingLeavesCellsOfEveryLevel) {
+  const SomeFilters filters;
+  for (int n = 3; n <= 140; ++n) {
+    int levels = 0;
+    while (n >> (levels + 1) > 0) ++levels;
+    const OwnedVector whole = Transformed(RandomSignal(n, n), filters.decomposition, false);
+    // Cells at these positions are those of the last level that reached them: transform no further, and see.
+    for (const int position : CellsOf(Wavelet::GetMovedIndexses(n, levels))) {
+      NCDataVector<float> cells = RandomSignal(n, n);
+      for (int m = n; m > position; m /= 2)
+        OpenWavelet::SubForwardTransform(&cells, &cells, m - m % 2, 1, m / 2 + 1, filters.decomposition);
+      EXPECT_EQ((*whole)[position], cells[position]) << n;
+    }
+  }
 }
 
 TEST(WaveletVariableNames, CountOrFollowAListOfIndices) {

@@ -171,6 +171,12 @@ TEST_P(WaveletOfTables, WithoutSignalsGiveATableWithoutSignals) {
   EXPECT_EQ(means_->Size(), 0);
 }
 
+TEST_P(WaveletOfTables, AreRefusedForSignalsWithoutCells) {
+  const NCDataMatrix<float> table = GetParam().byRow ? NCDataMatrix<float>(6, 0) : NCDataMatrix<float>(0, 6);
+  for (bool pad : {false, true}) EXPECT_EQ(Transform(&table, Wavelet::DetrendMean, nullptr, pad), nullptr);
+  EXPECT_EQ(means_, nullptr);
+}
+
 INSTANTIATE_TEST_SUITE_P(BothWays, WaveletOfTables, ::testing::ValuesIn(kDirections),
                          [](const auto& info) { return info.param.byRow ? "ByObservation" : "ByVariable"; });
 

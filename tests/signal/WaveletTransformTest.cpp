@@ -366,6 +366,17 @@ TEST(WaveletBackwardTransform, WritesIntoAnOutputOfTheOriginalLengthAndMayBeTheI
   EXPECT_EQ(CellsOf(*coefficients), CellsOf(*whole));
 }
 
+TEST(WaveletBackwardTransform, GivesNoCellsWhereNoneAreAskedFor) {
+  const SomeFilters filters;
+  const OwnedVector none = Back(RandomSignal(8, 1), filters.reconstruction, 0);
+  ASSERT_TRUE(none);
+  EXPECT_EQ(none->Size(), 0);
+  const OwnedVector ofNothing = Back(NCDataVector<float>(), filters.reconstruction, 0);  // its length is the original
+  ASSERT_TRUE(ofNothing);
+  EXPECT_EQ(ofNothing->Size(), 0);
+  EXPECT_EQ(Back(NCDataVector<float>(), filters.reconstruction, 1), nullptr);
+}
+
 TEST(WaveletBackwardTransform, TakesHolesForZeros) {
   const SomeFilters filters;
   const auto holes = Signal({1, -99, 3, -99}), zeros = Signal({1, 0, 3, 0});
