@@ -9,6 +9,7 @@
 
 #include "kalmia/containers/LaneSum.h"
 #include "kalmia/signal/Correlation.h"
+#include "kalmia/signal/SignalLength.h"
 #include "kalmia/signal/WindowedPower.h"
 #include "kalmia/support/NCError.h"
 
@@ -18,15 +19,11 @@ constexpr std::int64_t kMostCells = std::numeric_limits<int>::max();
 
 [[noreturn]] void FailSpectrum() { throw NCError("Power spectrum could not be computed."); }
 
-bool IsPowerOfTwo(int n) { return n > 0 && (n & (n - 1)) == 0; }
-
 /// The length of the transforms that correlate n cells up to so many lags: a power of two, at least their sum.
 int PaddedSize(int n, int lags) {
-  const std::int64_t needed = static_cast<std::int64_t>(n) + lags;
-  std::int64_t size = 1;
-  while (size < needed) size *= 2;
-  if (size > kMostCells) throw std::bad_alloc();
-  return static_cast<int>(size);
+  const int size = kalmia::PowerLength(static_cast<std::int64_t>(n) + lags);
+  if (size == 0) throw std::bad_alloc();
+  return size;
 }
 
 bool CanCorrelate(const NCDataVector<float>* input, int lags, const NCDataVector<float>* output) {
@@ -61,19 +58,8 @@ void FFT::PadVectorZeros(NCDataVector<float>* vector, int size) {
 }
 
 void FFT::PadVectorLinearly(NCDataVector<float>* vector, int size) {
-  const int n = vector->Size(), p = size - n;
-  if (p <= 0) return;
-  if (n == 0) return PadVectorZeros(vector, size);
-  const double first = (*vector)[1], last = (*vector)[n];
-  std::vector<float> ramp(static_cast<std::size_t>(p));
-  if (p == 1) {
-    ramp[0] = static_cast<float>((last - first) * 0.5);
-  } else {
-    const double step = (last - first) / (p - 1);
-    for (int i = 0; i < p; ++i) ramp[static_cast<std::size_t>(i)] = static_cast<float>(last - i * step);
-  }
-  vector->Resize(size, 0.0F);
-  vector->SetRange(n + 1, ramp.data(), p);
+  if (vector->Size() == 0) return PadVectorZeros(vector, size);
+  kalmia::PadBackToStart(vector, size);
 }
 
 void FFT::ReorderFromVec(const float* const input, float* const output, int size, int count) {
@@ -122,7 +108,7 @@ void FFT::CrossCorrelation(const NCDataVector<float>* input1, const NCDataVector
 
 void FFT::PowerSpectrum(const NCDataVector<float>* input, int segmentSize, bool overlap, FFT::DetrendMode detrend,
                         FFT::ScalingMode scaling, FFT::DataWindowMode window, NCDataVector<float>* output) {
-  if (input == nullptr || output == nullptr || !IsPowerOfTwo(segmentSize)) return;
+  if (input == nullptr || output == nullptr || !kalmia::IsPowerOfTwo(segmentSize)) return;
   if (segmentSize == 1) FailSpectrum();  // no frequency but 0, and no window to weigh it
   const kalmia::SegmentCut cut = kalmia::CutIntoSegments(input->Size(), segmentSize / 2, overlap);
   if (cut.rounds == 0 || cut.cells > kMostCells) FailSpectrum();

@@ -227,6 +227,9 @@ class Wavelet {
   /// All levels of the prepared signal.
   static void TransformSignal(const NCDataVector<float>& in, kalmia::WaveletStep& step, DetrendMode mode,
                               long double& mean, long double& slope, int length, NCDataVector<float>& out);
+  /// The first `length` of the inverse's cells with the trend put back, in `out` or a new vector.
+  static NCDataVector<float>* Restored(const float* cells, int length, DetrendMode mode, double mean, double slope,
+                                       NCDataVector<float>* out);
   static void TransformSignalBestBasis(const NCDataVector<float>& in, const BoolVector& decisions,
                                        const WaveletFilters& filters, DetrendMode mode, long double& mean,
                                        long double& slope, NCDataVector<float>& out);

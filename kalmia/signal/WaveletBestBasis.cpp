@@ -4,6 +4,8 @@
 #include <memory>
 #include <vector>
 
+#include "kalmia/signal/OutOrNew.h"
+#include "kalmia/signal/SignalLength.h"
 #include "kalmia/signal/Wavelet.h"
 #include "kalmia/signal/WaveletSignals.h"
 #include "kalmia/signal/WaveletStep.h"
@@ -168,9 +170,9 @@ NCDataVector<float>* Wavelet::ForwardTransformBestBasis(const NCDataVector<float
   if (!kalmia::HasPresentCell(in) || !kalmia::IsComplete(filters)) return nullptr;
   const int length = kalmia::PowerLength(in->Size());
   if (!DecideAbout(decisions, length) || (out && out->Size() != length)) return nullptr;
-  std::unique_ptr<Vector> made(out ? nullptr : std::make_unique<Vector>());
-  TransformSignalBestBasis(*in, *decisions, filters, mode, mean, slope, out ? *out : *made);
-  return out ? out : made.release();
+  kalmia::OutOrNew<Vector> result(out);
+  TransformSignalBestBasis(*in, *decisions, filters, mode, mean, slope, *result);
+  return result.HandOver();
 }
 
 NCDataMatrix<float>* Wavelet::ForwardTransformBestBasisObswise(const NCDataMatrix<float>* in,
@@ -210,9 +212,5 @@ NCDataVector<float>* Wavelet::BackwardTransformBestBasis(const NCDataVector<floa
   if (originalLength < 0 || originalLength > n || (out && out->Size() != originalLength)) return nullptr;
   std::vector<float> cells(in->begin(), in->end());
   if (RootIsSplit(*decisions)) Packets(*decisions, filters, /*sequency=*/true).Backward(cells.data(), n, 1, 1);
-  std::unique_ptr<Vector> made(out ? nullptr : std::make_unique<Vector>());
-  Vector* result = out ? out : made.get();
-  result->CopyZeroBasedVector(cells.data(), originalLength);
-  RetrendVector(result, mode, mean, slope);
-  return out ? out : made.release();
+  return Restored(cells.data(), originalLength, mode, mean, slope, out);
 }

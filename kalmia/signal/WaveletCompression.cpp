@@ -3,6 +3,8 @@
 #include <memory>
 #include <vector>
 
+#include "kalmia/signal/OutOrNew.h"
+#include "kalmia/signal/SignalLength.h"
 #include "kalmia/signal/Wavelet.h"
 #include "kalmia/signal/WaveletSignals.h"
 
@@ -41,9 +43,9 @@ NCDataVector<float>* Wavelet::CompressVector(const NCDataVector<float>* in, cons
   if (out && out->Size() != indices->Size()) return nullptr;
   std::vector<float> cells;
   for (const int index : *indices) cells.push_back((*in)[index]);
-  std::unique_ptr<Vector> made(out ? nullptr : std::make_unique<Vector>());
-  (out ? *out : *made).CopyZeroBasedVector(cells.data(), indices->Size());
-  return out ? out : made.release();
+  kalmia::OutOrNew<Vector> result(out);
+  result->CopyZeroBasedVector(cells.data(), indices->Size());
+  return result.HandOver();
 }
 
 NCDataVector<float>* Wavelet::UncompressVector(const NCDataVector<float>* in, const NCIntegralVector<int, -99>* indices,
@@ -54,9 +56,9 @@ NCDataVector<float>* Wavelet::UncompressVector(const NCDataVector<float>* in, co
   if (out && out->Size() != length) return nullptr;
   std::vector<float> cells(static_cast<std::size_t>(length), 0.0F);
   for (int k = 1; k <= in->Size(); ++k) cells[static_cast<std::size_t>((*indices)[k] - 1)] = (*in)[k];
-  std::unique_ptr<Vector> made(out ? nullptr : std::make_unique<Vector>());
-  (out ? *out : *made).CopyZeroBasedVector(cells.data(), length);
-  return out ? out : made.release();
+  kalmia::OutOrNew<Vector> result(out);
+  result->CopyZeroBasedVector(cells.data(), length);
+  return result.HandOver();
 }
 
 NCIntegralVector<int, -99> Wavelet::GetNumInDetails(int length, int levels) {

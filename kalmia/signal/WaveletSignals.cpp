@@ -1,9 +1,9 @@
 #include "kalmia/signal/WaveletSignals.h"
 
-#include <cstdint>
-#include <limits>
 #include <memory>
 #include <vector>
+
+#include "kalmia/signal/OutOrNew.h"
 
 namespace kalmia {
 namespace {
@@ -45,19 +45,6 @@ bool EveryRowHasPresentCell(const Matrix& in) {
 
 }  // namespace
 
-int Levels(int n) {
-  int levels = 0;
-  while (levels < 31 && (std::int64_t{1} << levels) < n) ++levels;
-  return levels;
-}
-
-int PowerLength(int n) {
-  const std::int64_t power = std::int64_t{1} << Levels(n);
-  return power <= std::numeric_limits<int>::max() ? static_cast<int>(power) : 0;
-}
-
-bool IsPowerOfTwo(int n) { return n > 0 && PowerLength(n) == n; }
-
 bool HasPresentCell(const NCDataVector<float>* signal) { return signal && signal->Size() > signal->GetNumMisVal(); }
 
 bool IsComplete(const Wavelet::WaveletFilters& filters) { return filters.highPass && filters.lowPass; }
@@ -92,11 +79,11 @@ NCDataMatrix<float>* TransformRows(const NCDataMatrix<float>* in, int length, co
     means.Set(r, mean);
     slopes.Set(r, slope);
   }
-  std::unique_ptr<Matrix> made(out ? nullptr : std::make_unique<Matrix>());
-  if (!fits) (out ? *out : *made) = fresh;
+  OutOrNew<Matrix> result(out);
+  if (!fits) *result = fresh;
   means.HandOver();
   slopes.HandOver();
-  return out ? out : made.release();
+  return result.HandOver();
 }
 
 /// Through transposed tables, which are walked in squares: column by column every cell would cost a line of the cache.

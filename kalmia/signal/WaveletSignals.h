@@ -6,12 +6,6 @@
 
 namespace kalmia {
 
-/// The smallest J with 2^J >= n; 0 for n below 2.
-int Levels(int n);
-/// The smallest power of two that is not below n; 1 for n below 2, and 0 where it would not be an int.
-int PowerLength(int n);
-bool IsPowerOfTwo(int n);
-
 bool HasPresentCell(const NCDataVector<float>* signal);
 bool IsComplete(const Wavelet::WaveletFilters& filters);  ///< both filters are there
 

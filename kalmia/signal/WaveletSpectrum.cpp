@@ -1,7 +1,8 @@
 #include <algorithm>
 #include <cmath>
-#include <memory>
 
+#include "kalmia/signal/OutOrNew.h"
+#include "kalmia/signal/SignalLength.h"
 #include "kalmia/signal/Wavelet.h"
 #include "kalmia/signal/WaveletSignals.h"
 #include "kalmia/support/NCError.h"
@@ -56,8 +57,7 @@ NCDataMatrix<float>* Wavelet::PowerSpectrum(const NCDataVector<float>* in, bool 
   const int columns = limit ? std::min(n, kMostColumns) : n, width = n / columns;
   const Vector coefficients = NormalisedCoefficients(*in, levels);
 
-  std::unique_ptr<Matrix> made(out ? nullptr : std::make_unique<Matrix>());
-  Matrix* result = out ? out : made.get();
+  kalmia::OutOrNew<Matrix> result(out);
   result->SetSize(2 * levels + 1, columns);
   result->SetAllValues(0.0F);
   for (int level = 1; level <= levels; ++level) {
@@ -65,7 +65,7 @@ NCDataMatrix<float>* Wavelet::PowerSpectrum(const NCDataVector<float>* in, bool 
     for (int c = 1; c <= columns; ++c)
       (*result)(row, c, LargestPower(coefficients, level, (c - 1) * width, width));
   }
-  return out ? out : made.release();
+  return result.HandOver();
 }
 
 NCDataVector<float> Wavelet::CalcWCEnergy(const NCDataMatrix<float>* coefficients) {

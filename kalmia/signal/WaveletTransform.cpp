@@ -1,7 +1,8 @@
 #include <algorithm>
-#include <memory>
 #include <vector>
 
+#include "kalmia/signal/OutOrNew.h"
+#include "kalmia/signal/SignalLength.h"
 #include "kalmia/signal/Wavelet.h"
 #include "kalmia/signal/WaveletSignals.h"
 #include "kalmia/signal/WaveletStep.h"
@@ -46,17 +47,7 @@ void Wavelet::RetrendVector(NCDataVector<float>* v, DetrendMode mode, double mea
 }
 
 void Wavelet::PadVector(NCDataVector<float>* v, int length) {
-  const int n = v->Size(), added = length - n;
-  if (n < 1 || added < 1) return;
-  const double end = static_cast<double>((*v)[n]);
-  const double fall = end - static_cast<double>((*v)[1]);
-  v->Resize(length, 0.0F);
-  if (added == 1) {
-    (*v)(length, static_cast<float>(fall * 0.5));
-    return;
-  }
-  const double step = fall / (added - 1);
-  for (int t = 0; t < added; ++t) (*v)(n + 1 + t, static_cast<float>(end - t * step));
+  if (v->Size() > 0) kalmia::PadBackToStart(v, length);
 }
 
 void Wavelet::SubForwardTransform(const NCDataVector<float>* in, NCDataVector<float>* out, int n, int lowStart,
@@ -100,10 +91,10 @@ NCDataVector<float>* Wavelet::ForwardTransform(const NCDataVector<float>* in, co
   if (!kalmia::HasPresentCell(in) || !kalmia::IsComplete(filters)) return nullptr;
   const int length = pad ? kalmia::PowerLength(in->Size()) : in->Size();
   if (length < 1) return nullptr;
-  std::unique_ptr<Vector> made(out ? nullptr : std::make_unique<Vector>());
+  kalmia::OutOrNew<Vector> result(out);
   WaveletStep step(*filters.lowPass, *filters.highPass);
-  TransformSignal(*in, step, mode, mean, slope, length, out ? *out : *made);
-  return out ? out : made.release();
+  TransformSignal(*in, step, mode, mean, slope, length, *result);
+  return result.HandOver();
 }
 
 NCDataMatrix<float>* Wavelet::ForwardTransformObswise(const NCDataMatrix<float>* in, const WaveletFilters& filters,
@@ -134,6 +125,14 @@ NCDataMatrix<float>* Wavelet::ForwardTransformVarwise(const NCDataMatrix<float>*
                                   });
 }
 
+NCDataVector<float>* Wavelet::Restored(const float* cells, int length, DetrendMode mode, double mean, double slope,
+                                       NCDataVector<float>* out) {
+  kalmia::OutOrNew<Vector> signal(out);
+  signal->CopyZeroBasedVector(cells, length);
+  RetrendVector(&*signal, mode, mean, slope);
+  return signal.HandOver();
+}
+
 NCDataVector<float>* Wavelet::BackwardTransform(const NCDataVector<float>* in, const WaveletFilters& filters,
                                                 DetrendMode mode, int originalLength, double mean, double slope,
                                                 NCDataVector<float>* out) {
@@ -145,9 +144,5 @@ NCDataVector<float>* Wavelet::BackwardTransform(const NCDataVector<float>* in, c
   if (in->GetNumMisVal() > 0) std::replace(cells.begin(), cells.end(), kalmia::kMissingCell<float>, 0.0F);
   WaveletStep step(*filters.lowPass, *filters.highPass);
   BackwardLevels(step, cells.data(), n);
-  std::unique_ptr<Vector> made(out ? nullptr : std::make_unique<Vector>());
-  Vector* result = out ? out : made.get();
-  result->CopyZeroBasedVector(cells.data(), originalLength);
-  RetrendVector(result, mode, mean, slope);
-  return out ? out : made.release();
+  return Restored(cells.data(), originalLength, mode, mean, slope, out);
 }
