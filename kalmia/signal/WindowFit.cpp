@@ -25,7 +25,8 @@ float WindowFit::GetYHat(float x) const {
   const double c0 = coefficients[0], c1 = coefficients[1], c2 = coefficients[2];
   if (x == 0 && xMean == 0 && x3Mean == 0) return static_cast<float>(yMean - c1 * x2Mean);
   const float d = x - xMean;
-  return static_cast<float>(yMean + c0 * d + c1 * (double{Square(d)} - x2Mean) + c2 * (double{Cube(d)} - x3Mean));
+  const double cubic = c2 == 0 ? 0 : c2 * (double{Cube(d)} - x3Mean);  // far away d^3 is infinite as a float
+  return static_cast<float>(yMean + c0 * d + c1 * (double{Square(d)} - x2Mean) + cubic);
 }
 
 float WindowFit::GetDerivate(float x, int order) const {

@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <cmath>
 #include <limits>
 
 #include "kalmia/signal/Derivate.h"
@@ -95,6 +96,31 @@ TEST(DerivateOptima, TakesTheEndsOfTheWindowIn) {
     const Signal y = Parabola(3, 1, vertex, 0);
     EXPECT_EQ(Find(y, true, true, 1, Filter::Quadratic, 3).place, vertex);
   }
+}
+
+TEST(DerivateOptima, HasAHeightHoweverFarAwayTheVertexIs) {
+  // c0 = 0.4 * 2^50, and c1 of about 1/7: the vertex is so far away that its cube is no float. There the parabola of
+  // c0 and c1 stands at c0 x / 2, next to which its other terms are nothing.
+  const float large = 0x1p50F;
+  Signal y(5, -1.0F);
+  y(1, -large);
+  y(3, 0.0F);
+  y(5, large);
+  const Optimum optimum = Find(y, true, false, 1, Filter::Quadratic, 5);
+  EXPECT_LT(optimum.place, -1e13F);
+  const double height = 0.2 * large * optimum.place;
+  EXPECT_NEAR(optimum.height, height, 8 * 0x1p-24 * std::abs(height));  // filter, c0, c1, x and place are floats
+}
+
+TEST(DerivateOptima, FindsNoneWhereACellIsNoNumber) {
+  for (const float odd : {std::numeric_limits<float>::quiet_NaN(), std::numeric_limits<float>::infinity()})
+    for (const bool minimum : {true, false}) {
+      Signal y = Parabola(7, 1, 4, 3);
+      y(2, odd);
+      const Optimum optimum = Find(y, minimum);
+      EXPECT_EQ(optimum.place, kMissing);
+      EXPECT_EQ(optimum.height, 1234);
+    }
 }
 
 TEST(DerivateOptima, IgnoresTheCubicTermForThePlaceButNotForTheHeight) {
