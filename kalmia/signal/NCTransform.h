@@ -82,7 +82,7 @@ class TransformStruct : public VexStreamBase {
   static constexpr int kConstants = 4;
 
   TransformStruct();  ///< TransformNone, all constants -99
-  explicit TransformStruct(const TransformStruct* other);
+  explicit TransformStruct(const TransformStruct* other);  ///< a copy; of null the default
   TransformStruct(const TransformStruct& other);
   TransformStruct& operator=(const TransformStruct& other);
   ~TransformStruct() override;
@@ -97,7 +97,8 @@ class TransformStruct : public VexStreamBase {
 
   bool operator==(const TransformStruct& other) const;  ///< of kind and all four constants
   bool operator!=(const TransformStruct& other) const { return !(*this == other); }
-  bool operator<(const TransformStruct& other) const;   ///< by kind, then by constants 0 to 3
+  /// By kind, then by constants 0 to 3: the first difference decides. A NaN differs from everything, and is not less.
+  bool operator<(const TransformStruct& other) const;
 
   /// Transforms the cell in place. ErrorNone, and the cell as it is, for a missing cell and for a kind that does
   /// nothing. ErrorCalculation, and a missing cell, where the result is out of range or, for the logit, x = b. The

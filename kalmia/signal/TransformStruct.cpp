@@ -32,8 +32,8 @@ NCTransformError::Error Fail(float* cell) {
   return NCTransformError::ErrorCalculation;
 }
 
-/// Takes care of every division by 0, logarithm of what is not positive and infinite power on the way to v, too: whatever
-/// the formulas make of those is infinite or a NaN.
+/// Takes care of every division by 0, logarithm of what is not positive and infinite power on the way to v, too:
+/// whatever the formulas make of those is infinite or a NaN.
 NCTransformError::Error SucceedInRange(float* cell, double v) { return IsInRange(v) ? Succeed(cell, v) : Fail(cell); }
 
 /// Applies convert(&cell), which returns a code, down a column.
@@ -54,7 +54,9 @@ NCTransformErrors* ConvertColumn(NCDataMatrix<float>* matrix, int column, unsign
 
 TransformStruct::TransformStruct() { std::fill(std::begin(constants_), std::end(constants_), kMissingCell<float>); }
 
-TransformStruct::TransformStruct(const TransformStruct* other) : TransformStruct(*other) {}
+TransformStruct::TransformStruct(const TransformStruct* other) : TransformStruct() {
+  if (other) *this = *other;
+}
 
 TransformStruct::TransformStruct(const TransformStruct& other) = default;
 
@@ -68,8 +70,8 @@ bool TransformStruct::operator==(const TransformStruct& other) const {
 
 bool TransformStruct::operator<(const TransformStruct& other) const {
   if (type_ != other.type_) return type_ < other.type_;
-  return std::lexicographical_compare(std::begin(constants_), std::end(constants_), std::begin(other.constants_),
-                                      std::end(other.constants_));
+  const auto [mine, its] = std::mismatch(std::begin(constants_), std::end(constants_), std::begin(other.constants_));
+  return mine != std::end(constants_) && *mine < *its;
 }
 
 NCTransformError::Error TransformStruct::TransformValue(float* value) const {

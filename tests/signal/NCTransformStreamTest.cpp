@@ -325,6 +325,13 @@ StreamAttacks<NCTransform> Attacks() {
   return attacks;
 }
 
+TEST(NCTransformStream, ReadsManyColumnsWithoutTakingMoreMemoryThanTheyNeed) {
+  const NCTransform many(5000);
+  EXPECT_TRUE(Attacks().Read(StreamOf(many)));
+  EXPECT_TRUE(Attacks().Read(VersionOneStream(5000, many)));
+  EXPECT_FALSE(Attacks().Read(VersionOneStream(5001, many)));
+}
+
 TEST(NCTransformStream, SurvivesACutAtEveryByte) {
   Attacks().EveryCut(StreamOf(TwoColumns()));
   Attacks().EveryCut(VersionOneStream(2, TwoColumns()));

@@ -247,6 +247,14 @@ TEST(NCTransform, RefusesAnotherNumberOfColumnsBeforeItTouchesACell) {
   EXPECT_EQ(CellsOf(table), CellsOf(before));
 }
 
+TEST(NCTransform, HasNothingToDoWithoutColumns) {
+  for (const NCTransform& transform : {NCTransform(), NCTransform(0)}) {
+    Table table;
+    transform.TransformMatrix(&table);
+    EXPECT_EQ(transform.TransformMatrixNoBreak(&table), nullptr);
+  }
+}
+
 TEST(NCTransform, TakesItsTextsFromTheLanguage) {
   LanguageString::Set(10100, "Werte ausserhalb");
   Table table = MatrixOf<float>({{-1}});

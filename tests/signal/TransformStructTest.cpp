@@ -120,6 +120,20 @@ TEST(TransformStruct, IsOrderedByKindThenByConstantsFromTheFirstOn) {
       EXPECT_EQ(ascending[i] < ascending[j], i < j) << i << ", " << j;  // equal ones are not less either way
 }
 
+TEST(TransformStruct, IsNotOrderedBehindAConstantThatIsNoNumber) {
+  const TransformStruct one = TransformOf(T::TransformLog, 1, 1, 1, kNaN);
+  const TransformStruct other = TransformOf(T::TransformLog, 2, 2, 2, 1);
+  for (const TransformStruct& with : {one, other}) {
+    EXPECT_FALSE(one < with);  // the NaN is the first difference, and decides
+    EXPECT_FALSE(with < one);
+    EXPECT_TRUE(one != with);
+  }
+}
+
+TEST(TransformStruct, IsTheDefaultAsACopyOfNothing) {
+  EXPECT_TRUE(TransformStruct(static_cast<const TransformStruct*>(nullptr)) == TransformStruct());
+}
+
 TEST(TransformStruct, FollowsItsFormulas) {
   for (const float x : {0.013F, 0.7F, 1.9F, 3.2F, 4.5F}) {
     const long double a = 2.5F, b = 0.3F, c = 1.7F, below = 0.01F, above = 5.1F, y = a * x + b;
@@ -221,6 +235,15 @@ TEST(TransformStruct, DoesNotCatchALinearResultBeyondTheFloats) {
   ExpectDone(Forward(TransformOf(T::TransformLinear, 4, 0), kLargest), kInfinity);
   ExpectDone(Forward(TransformOf(T::TransformLinear, -4, 0), kLargest), -kInfinity);
   ExpectDone(Back(TransformOf(T::TransformLinear, 0.25F, 0), kLargest), kInfinity);
+}
+
+TEST(TransformStruct, PassesWhatIsNoNumberThroughALinearTransform) {
+  for (const auto& outcome : {Forward(TransformOf(T::TransformLinear, 2, 1), kNaN),
+                              Back(TransformOf(T::TransformLinear, 2, 1), kNaN),
+                              Forward(TransformOf(T::TransformLinear, 0, 1), kInfinity)}) {
+    EXPECT_EQ(outcome.code, 1);
+    EXPECT_TRUE(std::isnan(outcome.cell));
+  }
 }
 
 TEST(TransformStruct, MakesALinearResultOfMinusNinetyNineAHole) {
