@@ -1,0 +1,268 @@
+// What the estimator and the cross-validation sum in double and what they round to float, to the bit: the same steps by
+// the public operations of the tables and the model.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+#include <string>
+#include <vector>
+
+#include "O2plsCase.h"
+#include "kalmia/o2pls/NCO2PLS.h"
+#include "kalmia/o2pls/NCO2PLSPred.h"
+#include "kalmia/o2pls/O2PLSCrossValidation.h"
+#include "kalmia/o2pls/O2PLSPredictiveComponentEstimator.h"
+#include "kalmia/pcapls/NCPCA.h"
+#include "kalmia/pcapls/PCACrossValidation.h"
+#include "testing/RandomTables.h"
+
+namespace {
+
+using Table = NCDataMatrix<float>;
+using Vector = NCDataVector<float>;
+using Groups = NCIntegralVector<int, -99>;
+
+constexpr int kGroups = 4;
+constexpr int kMaxIterations = 500;
+constexpr double kLimit = static_cast<double>(0.01F);
+
+double SquaresOf(const Table& table) { return static_cast<double>(table.GetSS()); }
+
+Table RowsOf(const Table& table, const Groups& groups, int group, bool heldOut) {
+  Table rows;
+  for (int i = 1; i <= table.SizeRows(); ++i)
+    if ((groups[i] == group) == heldOut) rows.push_back(table[i]);
+  return rows;
+}
+
+/// Blocks of several shapes: a single rounding shows in some of their numbers, if not in all.
+std::vector<FloatBlocks> SomeBlocks() {
+  std::vector<FloatBlocks> all;
+  for (unsigned seed = 1; seed <= 6; ++seed) all.push_back(MakeFloatBlocks({26, 7, 5, 2, 1, 1}, 0.3, seed));
+  return all;
+}
+
+// ---- O2PLSPredictiveComponentEstimator
+
+Vector FirstLoading(const Table& table) {
+  NCPCA model(&table, 200);
+  model.NextComponent(nullptr, nullptr, 0, nullptr);
+  return (*model.GetPprim())[1];
+}
+
+struct Series {
+  std::vector<float> q2, q2X, q2Y, r2, r2X, r2Y;
+  std::vector<int> codes;
+};
+
+double DistanceOf(const Table& a, const Table& b) {
+  double sum = 0.0;
+  for (int i = 1; i <= a.SizeRows(); ++i)
+    for (int j = 1; j <= a.SizeColumns(); ++j) {
+      const float difference = a[i][j] - b[i][j];
+      sum += std::fabs(static_cast<double>(difference));
+    }
+  return sum;
+}
+
+/// w, t, c and u of two blocks.
+struct Direction {
+  Direction(const Table& X, const Table& Y)
+      : w(FirstLoading(Y.MatrixMultiply(X, true, false))),
+        t(X.SpecialNipalsRegressRowsFix(w, nullptr, 0)),
+        c(Y.SpecialNipalsRegressColumnsFix(t)) {
+    c.Normalise();
+    u = Y.SpecialNipalsRegressRowsFix(c, nullptr, 0);
+  }
+  Vector w, t, c, u;
+};
+
+/// A round with its working parts, deflated as its components come.
+struct Round {
+  Table trainX, trainY, testX, testY;
+  Table tTest, uTest, W, C;
+};
+
+void AddDirection(Round* round, double* pressX, double* pressY) {
+  const Direction d(round->trainX, round->trainY);
+  const Vector tTest = round->testX.SpecialNipalsRegressRowsFix(d.w, nullptr, 0);
+  const Vector uTest = round->testY.SpecialNipalsRegressRowsFix(d.c, nullptr, 0);
+  round->trainX.AddVprimV(d.t, d.w, -1.0F);
+  round->trainY.AddVprimV(d.u, d.c, -1.0F);
+  round->testX.AddVprimV(tTest, d.w, -1.0F);
+  round->testY.AddVprimV(uTest, d.c, -1.0F);
+  *pressX += SquaresOf(round->testX);
+  *pressY += SquaresOf(round->testY);
+  round->tTest.push_back(tTest);
+  round->uTest.push_back(uTest);
+  round->W.push_back(d.w);
+  round->C.push_back(d.c);
+}
+
+Series SeriesOf(Table X, Table Y, const Groups& groups, int components) {
+  Series series;
+  const Table cross = Y.MatrixMultiply(X, true, false), nothing(Y.SizeColumns(), X.SizeColumns(), 0.0F);
+  const double all = DistanceOf(cross, nothing), ssX = SquaresOf(X), ssY = SquaresOf(Y);
+  std::vector<Round> rounds;
+  for (int g = 0; g < kGroups; ++g)
+    rounds.push_back({RowsOf(X, groups, g, false), RowsOf(Y, groups, g, false), RowsOf(X, groups, g, true),
+                      RowsOf(Y, groups, g, true), {}, {}, {}, {}});
+  for (int a = 1; a <= components; ++a) {
+    double pressX = 0.0, pressY = 0.0;
+    Table prediction = nothing;
+    for (Round& r : rounds) {
+      AddDirection(&r, &pressX, &pressY);
+      const Table scores = r.uTest.MatrixMultiply(r.tTest, false, true);
+      prediction += r.C.MatrixMultiply(scores, true, false).MatrixMultiply(r.W, false, false);
+    }
+    const double q2 = 1.0 - DistanceOf(cross, prediction) / all;
+    const double gain = q2 - static_cast<double>(series.q2.empty() ? 0.0F : series.q2.back());
+    series.q2.push_back(static_cast<float>(q2));
+    series.q2X.push_back(static_cast<float>(1.0 - pressX / ssX));
+    series.q2Y.push_back(static_cast<float>(1.0 - pressY / ssY));
+    series.codes.push_back(gain > kLimit ? 0 : 3);
+  }
+  Table prediction = nothing;
+  for (int a = 1; a <= components; ++a) {
+    const Direction d(X, Y);
+    X.TransformToSub_V_x_Vt(d.t, d.w);
+    Y.TransformToSub_V_x_Vt(d.u, d.c);
+    prediction.AddVprimV(d.c * (d.t * d.u), d.w, 1.0F);
+    series.r2.push_back(static_cast<float>(1.0 - DistanceOf(cross, prediction) / all));
+    series.r2X.push_back(static_cast<float>(1.0 - SquaresOf(X) / ssX));
+    series.r2Y.push_back(static_cast<float>(1.0 - SquaresOf(Y) / ssY));
+  }
+  return series;
+}
+
+TEST(O2plsRounding, TheEstimatorHasTheSeriesOfItsStepsToTheBit) {
+  for (const FloatBlocks& blocks : SomeBlocks()) {
+    const Groups groups = GetDeafultCVGroupsVector(blocks.X.SizeRows(), kGroups);
+    const Series expected = SeriesOf(blocks.X, blocks.Y, groups, 4);
+    const O2PLSPredictiveComponentEstimator estimator(&blocks.X, &blocks.Y, -1, &groups, 4);
+    EXPECT_EQ(CellsOf(estimator.GetQ2()), expected.q2);
+    EXPECT_EQ(CellsOf(estimator.GetQ2X()), expected.q2X);
+    EXPECT_EQ(CellsOf(estimator.GetQ2Y()), expected.q2Y);
+    EXPECT_EQ(CellsOf(estimator.GetR2()), expected.r2);
+    EXPECT_EQ(CellsOf(estimator.GetR2X()), expected.r2X);
+    EXPECT_EQ(CellsOf(estimator.GetR2Y()), expected.r2Y);
+    const auto codes = estimator.GetSignificance();
+    EXPECT_EQ(std::vector<int>(codes.begin(), codes.end()), expected.codes);
+  }
+}
+
+// ---- O2PLSCrossValidation
+
+struct Validated {
+  NCO2PLS model;
+  Table X, Y;  ///< held out
+};
+
+double ErrorsOfY(const Validated& round) {
+  return SquaresOf(NCO2PLSYPred(&round.X, &round.model).GetYPred() - round.Y);
+}
+
+double ErrorsOfX(const Validated& round) {
+  return SquaresOf(NCO2PLSXPred(&round.Y, &round.model).GetXPred() - round.X);
+}
+
+/// The steps for given numbers of components.
+class Steps {
+ public:
+  Steps(const FloatBlocks& blocks, const Groups& groups) : ssY_(blocks.Y.SizeColumns()) {
+    for (int j = 1; j <= ssY_.Size(); ++j) ssY_(j, static_cast<float>(blocks.Y.GetColumnSS(j, 0.0L)));
+    totalY_ = static_cast<double>(ssY_.GetSum());
+    totalX_ = SquaresOf(blocks.X);
+    for (int g = 0; g < kGroups; ++g)
+      rounds_.push_back({NCO2PLS(RowsOf(blocks.X, groups, g, false), RowsOf(blocks.Y, groups, g, false), false,
+                                 kMaxIterations),
+                         RowsOf(blocks.X, groups, g, true), RowsOf(blocks.Y, groups, g, true)});
+  }
+
+  void Run(int predictive, int ofX, int ofY) {
+    for (Validated& round : rounds_) round.model.Fit(predictive, 0, 0);
+    q2X = AddComponents(true, ofX);
+    q2Y = AddComponents(false, ofY);
+    if (ofY > 0) {
+      for (Validated& round : rounds_) round.model.Fit(predictive, 0, ofY);
+      q2X = AddComponents(true, ofX);
+    }
+    Judge(predictive);
+  }
+
+  std::vector<float> q2X, q2Y, q2Cum;
+  std::vector<std::vector<float>> q2Var, squares;
+
+ private:
+  double Press(bool ofY) const {
+    double press = 0.0;
+    for (const Validated& round : rounds_) press += ofY ? ErrorsOfY(round) : ErrorsOfX(round);
+    return press;
+  }
+
+  std::vector<float> AddComponents(bool xSide, int count) {
+    const float total = static_cast<float>(xSide ? totalY_ : totalX_);
+    std::vector<float> series;
+    for (int o = 0; o < count; ++o) {
+      for (Validated& round : rounds_) {
+        round.model.NextOrthogonalComponent(xSide, round.model.SizePredComps());
+        round.model.CalculatePredictiveComps(round.model.SizePredComps());
+        round.model.Finalise();
+      }
+      series.push_back(static_cast<float>(1.0 - Press(xSide) / static_cast<double>(total)));
+    }
+    return series;
+  }
+
+  void Judge(int predictive) {
+    squares.emplace_back();
+    for (const Validated& round : rounds_) squares.back().push_back(static_cast<float>(round.Y.GetSS()));
+    for (Validated& round : rounds_) round.model.InitPredCompCalculation();
+    for (int a = 1; a <= predictive; ++a) {
+      Vector press(ssY_.Size(), 0.0F);
+      squares.emplace_back();
+      for (Validated& round : rounds_) {
+        round.model.NextPredictiveComp();
+        if (a < predictive) round.model.SubtractLastPredictiveComp();
+        round.model.Finalise();
+        const Table errors = NCO2PLSYPred(&round.X, &round.model).GetYPred() - round.Y;
+        double sum = 0.0;
+        for (int j = 1; j <= press.Size(); ++j) {
+          const double ofColumn = static_cast<double>(errors.GetColumnSS(j, 0.0L));
+          sum += ofColumn;
+          press(j, static_cast<float>(static_cast<double>(press[j]) + ofColumn));
+        }
+        squares.back().push_back(static_cast<float>(sum));
+      }
+      q2Cum.push_back(static_cast<float>(1.0 - static_cast<double>(press.GetSum()) / totalY_));
+      q2Var.push_back(CellsOf((ssY_ - press).DotDivide(ssY_)));
+    }
+  }
+
+  Vector ssY_;
+  double totalX_ = 0.0, totalY_ = 0.0;
+  std::vector<Validated> rounds_;
+};
+
+TEST(O2plsRounding, TheCrossValidationHasTheSeriesOfItsStepsToTheBit) {
+  const struct {
+    int predictive, ofX, ofY;
+  } numbers[] = {{2, 1, 1}, {3, 2, 0}, {1, 2, 2}};
+  for (const FloatBlocks& blocks : SomeBlocks())
+    for (const auto& n : numbers) {
+      SCOPED_TRACE(std::to_string(n.predictive) + " predictive");
+      Groups groups = GetDeafultCVGroupsVector(blocks.X.SizeRows(), kGroups);
+      Steps steps(blocks, groups);
+      steps.Run(n.predictive, n.ofX, n.ofY);
+      const O2PLSCVResults results = O2PLSCrossValidation(&blocks.X, &blocks.Y, 0, nullptr, &groups, kMaxIterations,
+                                                          n.predictive, n.ofX, n.ofY)
+                                         .GetResults();
+      EXPECT_EQ(CellsOf(results.Q2XSide), steps.q2X);
+      EXPECT_EQ(CellsOf(results.Q2YSide), steps.q2Y);
+      EXPECT_EQ(CellsOf(results.Q2Cum), steps.q2Cum);
+      EXPECT_EQ(CellsOf(results.Q2Var), steps.q2Var);
+      EXPECT_EQ(CellsOf(results.SSTable), steps.squares);
+    }
+}
+
+}  // namespace
