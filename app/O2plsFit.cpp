@@ -49,6 +49,7 @@ class Fitting {
       RefuseTooMany(*task_.numbers);
       Fit(*task_.numbers);
       Validate(*task_.numbers);
+      LeaveOutWhatOneRoundLacks();
       NoteWhatWasNotJudged();
     } else {
       Validate({-1, -1, -1});
@@ -109,6 +110,12 @@ class Fitting {
 
   /// The limits of the whole blocks come from the fit, for the rounds of the cross-validation go without.
   void FitWhatWasFound() {
+    const int found = results_.XSideComponents;
+    LeaveOutWhatOneRoundLacks();
+    if (results_.XSideComponents < found) {
+      NoteCut("X", found, results_.XSideComponents,
+              "a round of the cross-validation has nothing left for the next one");
+    }
     O2plsNumbers numbers = {results_.PredictiveComponents, results_.XSideComponents, results_.YSideComponents};
     for (;;) {
       progress_.SetText("fitting the model");
@@ -128,9 +135,13 @@ class Fitting {
 
   void Cut(const char* block, int limit, int* number) {
     const std::string other = *block == 'X' ? "Y" : "X";
-    notes_->Add(std::string(block) + "-unique components are cut from " + std::to_string(*number) + " to " +
-                std::to_string(limit) + ": the next one is related to " + other + " after all");
+    NoteCut(block, *number, limit, "the next one is related to " + other + " after all");
     *number = limit;
+  }
+
+  void NoteCut(const std::string& block, int from, int to, const std::string& why) {
+    notes_->Add(block + "-unique components are cut from " + std::to_string(from) + " to " + std::to_string(to) + ": " +
+                why);
   }
 
   /// -1 in all numbers searches.
@@ -143,6 +154,16 @@ class Fitting {
     } catch (const NCError& error) {
       Refuse("cross-validation: " + TextOf(error));
     }
+  }
+
+  /// With one Y column a round that has exactly nothing left beside the joint component ends with missing scores where
+  /// others fail: it predicts nothing, and Q2 could pass 1. Cross-validates without the X-unique components from there.
+  void LeaveOutWhatOneRoundLacks() {
+    const auto hasHoles = [](const NCDataMatrix<float>& ofRounds) { return ofRounds.GetNumMisVal() > 0; };
+    const auto& scores = results_.ToSet;
+    const auto inEveryRound = static_cast<int>(std::find_if(scores.begin(), scores.end(), hasHoles) - scores.begin());
+    if (inEveryRound >= results_.XSideComponents) return;
+    Validate({results_.PredictiveComponents, inEveryRound, results_.YSideComponents});
   }
 
   [[noreturn]] static void RefuseWithoutJoint() {

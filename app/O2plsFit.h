@@ -35,8 +35,8 @@ struct O2plsFit {
 };
 
 /// Cross-validates the numbers of components, or finds them, and fits the model to all rows. Numbers that are found
-/// are cut, with a note, where the whole blocks have fewer dimensions that are unrelated to the other block. Shows the
-/// stages on a terminal.
+/// are cut, with a note, where the whole blocks have fewer dimensions that are unrelated to the other block, or a round
+/// has fewer at all; given ones are not judged there. Shows the stages on a terminal.
 /// Throws Failure (Stopped) on Ctrl-C, (BadData) for numbers that the blocks cannot carry, or where nothing can be
 /// computed.
 O2plsFit FitO2pls(const O2plsTask& task, Notes* notes);

@@ -259,8 +259,8 @@ TEST_F(O2pls, OtherModelsPredictFromXOnly) {
 TEST_F(O2pls, RefusesHolesUnlessTheyAreToBeFilled) {
   folder_.Write("x.csv", WithHoles(blocks_.x, 50));
   ExpectFailure(Run(Fixed({"--save", folder_.Path("m")})), 1,
-                "x.csv: row 10 (line 11), column 'x5': a cell is missing, one of 6 in both blocks; O2PLS takes complete "
-                "blocks, and --fill estimates what is missing");
+                "x.csv: row 10 (line 11), column 'x5': a cell is missing, one of 6 in both blocks; O2PLS takes "
+                "complete blocks, and --fill estimates what is missing");
   EXPECT_EQ(folder_.Names(), (std::vector<std::string>{"x.csv", "y.csv"}));
   folder_.Write("y.csv", WithHoles(blocks_.y, 40));
   const json fit = Json(Fixed({"--fill"}));
@@ -408,8 +408,8 @@ TEST(FailureOfO2pls, RefusesUniqueComponentsThatAreRelatedToTheOtherBlock) {
   ExpectFailure(RunKalmia({"o2pls", oils, oils, "--id", "sample", "--x", "Acidity..DK", "--y", "yellow..syrup",
                            "--joint", "1", "--x-unique", "1", "--y-unique", "1"}),
                 1,
-                "the model cannot be computed: There are no dimensions in Y that are unrelated to X. More components can "
-                "not be calculated.");
+                "the model cannot be computed: There are no dimensions in Y that are unrelated to X. More components "
+                "can not be calculated.");
 }
 
 TEST(O2plsOfSpectra, CutsUniqueComponentsThatTheSearchFoundToThoseUnrelatedToTheOtherBlock) {
@@ -422,6 +422,51 @@ TEST(O2plsOfSpectra, CutsUniqueComponentsThatTheSearchFoundToThoseUnrelatedToThe
   EXPECT_EQ(fit["xUnique"], 0);
   // Cross-validated as it then is: all components that are shown are those of the model.
   EXPECT_EQ(fit["components"].size(), fit["joint"].get<std::size_t>() + fit["yUnique"].get<std::size_t>());
+}
+
+/// Two columns of which b is zero but in the last row: without that row one direction is all that there is, and
+/// nothing, to the bit, is left beside it.
+constexpr const char* kLeftInOneRow = "id,a,b\n1,1,0\n2,-2,0\n3,3,0\n4,-1,0\n5,2,0\n6,-3,0\n7,1,0\n8,-1,5\n";
+/// Follows a, but for the last row.
+constexpr const char* kFollowsA = "id,c\n1,1.1\n2,-2.2\n3,2.9\n4,-1.3\n5,2.2\n6,-2.9\n7,0.7\n8,3\n";
+
+TEST(O2plsOfSparseColumns, DoesNotJudgeGivenUniqueComponentsForWhichARoundHasNothingLeft) {
+  const ScratchFolder folder;
+  const std::string left = folder.Write("left.csv", kLeftInOneRow), follows = folder.Write("follows.csv", kFollowsA);
+  const auto fit = [](const std::string& x, const std::string& y, const char* ofX, const char* ofY) {
+    const CommandResult run = RunKalmia({"o2pls", x, y, "--id", "id", "--scale", "none", "--groups", "8", "--joint",
+                                         "1", "--x-unique", ofX, "--y-unique", ofY, "--json"});
+    EXPECT_EQ(run.exitCode, 0) << run.error;
+    return run.Json();
+  };
+  const char* const note =
+      "cross-validation could not compute all unique components; those without a Q2 are not judged";
+  for (const json& both : {fit(left, follows, "1", "0"), fit(follows, left, "0", "1")}) {
+    EXPECT_EQ(both["notes"], json({note}));
+    EXPECT_EQ(both["xUnique"].get<int>() + both["yUnique"].get<int>(), 1) << "the model of all rows has it";
+    ASSERT_EQ(both["components"].size(), 2U);
+    EXPECT_LT(both["components"][0]["q2"].get<double>(), 1.0);
+    EXPECT_TRUE(both["components"][1]["q2"].is_null());
+    EXPECT_EQ(both["components"][1]["code"], "NA");
+  }
+  EXPECT_EQ(fit(left, follows, "1", "0")["components"][0]["q2"], fit(left, follows, "0", "0")["components"][0]["q2"]);
+}
+
+TEST(O2plsOfSparseColumns, CutsUniqueComponentsThatTheSearchFoundToThoseOfEveryRound) {
+  // The round that leaves the last row out predicts nothing with the X-unique component, so that it gains by far.
+  const ScratchFolder folder;
+  const CommandResult run =
+      RunKalmia({"o2pls", folder.Write("x.csv", kLeftInOneRow), folder.Write("y.csv", kFollowsA), "--id", "id",
+                 "--scale", "none", "--groups", "8", "--json"});
+  ASSERT_EQ(run.exitCode, 0) << run.error;
+  const json fit = run.Json();
+  EXPECT_EQ(fit["notes"][0],
+            "X-unique components are cut from 1 to 0: a round of the cross-validation has nothing left for the next "
+            "one");
+  EXPECT_EQ(fit["joint"], 1);
+  EXPECT_EQ(fit["xUnique"], 0);
+  ASSERT_EQ(fit["components"].size(), 1U);
+  EXPECT_LT(fit["components"][0]["q2"].get<double>(), 1.0);
 }
 
 TEST(FailureOfO2pls, IsExitCode2WhereTheCommandLineMakesNoSense) {
