@@ -17,14 +17,15 @@ constexpr double kOperationsPerCell = 3;
 
 double PairsOf(int rows) { return 0.5 * rows * (rows - 1); }
 
-void AllDistances(benchmark::State& state, DendroGram::RowDistance kind, double holes) {
+void AllDistances(benchmark::State& state, DendroGram::ElementFunction element, DendroGram::FinishFunction finish,
+                  double holes) {
   const int rows = static_cast<int>(state.range(0));
   const NCDataMatrix<float> table = RandomTable(rows, kColumns, holes, 1);
   std::vector<DendroGram::DistanceAndIndex> pairs(4 * static_cast<std::size_t>(rows));
   FastestPass fastest, yardstick;
   for (auto _ : state) {
     fastest.Run([&] {
-      const DendroGram::RowDistances distances(kind, table);
+      const DendroGram::RowDistances distances(table, element, finish);
       for (int a = 1; a < rows; a += DendroGram::RowDistances::kRowsAtOnce)
         benchmark::DoNotOptimize(
             distances.Calculate(a, std::min(DendroGram::RowDistances::kRowsAtOnce, rows - a), pairs.data()));
@@ -37,10 +38,14 @@ void AllDistances(benchmark::State& state, DendroGram::RowDistance kind, double 
   state.counters["ns_per_pair"] = 1e9 * fastest.Seconds() / PairsOf(rows);
   state.counters["of_machine"] = rate / (kOperations / yardstick.Seconds());
 }
-BENCHMARK_CAPTURE(AllDistances, single_linkage, DendroGram::RowDistanceEuclidean, 0.0)->Arg(1000)->Arg(4000);
-BENCHMARK_CAPTURE(AllDistances, single_linkage_holes, DendroGram::RowDistanceEuclidean, 0.05)->Arg(1000)->Arg(4000);
-BENCHMARK_CAPTURE(AllDistances, ward, DendroGram::RowDistanceWard, 0.0)->Arg(1000)->Arg(4000);
-BENCHMARK_CAPTURE(AllDistances, ward_holes, DendroGram::RowDistanceWard, 0.05)->Arg(1000)->Arg(4000);
+using DendroGram::HalfSquaredDifference, DendroGram::SquaredDifference;
+using DendroGram::SquareRootOfDistance, DendroGram::Unchanged;
+BENCHMARK_CAPTURE(AllDistances, single_linkage, SquaredDifference, SquareRootOfDistance, 0.0)->Arg(1000)->Arg(4000);
+BENCHMARK_CAPTURE(AllDistances, single_linkage_holes, SquaredDifference, SquareRootOfDistance, 0.05)
+    ->Arg(1000)
+    ->Arg(4000);
+BENCHMARK_CAPTURE(AllDistances, ward, HalfSquaredDifference, Unchanged, 0.0)->Arg(1000)->Arg(4000);
+BENCHMARK_CAPTURE(AllDistances, ward_holes, HalfSquaredDifference, Unchanged, 0.05)->Arg(1000)->Arg(4000);
 
 /// "init" is the share of the distances and their sort.
 template <class Calculator>

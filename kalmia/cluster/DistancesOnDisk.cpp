@@ -94,14 +94,15 @@ std::unique_ptr<MegaDistances> DistancesOnDisk(const NCDataMatrix<float>& data, 
   const std::int64_t pairs = PairCount(rows);
   const std::string directory = TemporaryDirectory();
   TellOfDisk(rows, directory, BytesFree(directory));
+  // First what is of another order than the pairs: the buffer may take all that is free.
+  using DendroGram::RowDistances;
+  const RowDistances distances(data, DendroGram::SquaredDifference, DendroGram::SquareRootOfDistance);
+  std::vector<DistanceAndIndex> some(static_cast<std::size_t>(rows) * RowDistances::kRowsAtOnce);
   std::vector<DistanceAndIndex> memory = LargestBuffer(pairs);
   const StoppableProgress bar(progress);
   bar.SetRange(0, 2);
   bar.PushSubRange(0, 1);
   auto store = std::make_unique<MegaDistances>(memory, progress, static_cast<unsigned>(pairs));
-  using DendroGram::RowDistances;
-  const RowDistances distances(DendroGram::RowDistanceEuclidean, data);
-  std::vector<DistanceAndIndex> some(static_cast<std::size_t>(rows) * RowDistances::kRowsAtOnce);
   for (int a = 1; a < rows; a += RowDistances::kRowsAtOnce) {
     const DistanceAndIndex* const end =
         distances.Calculate(a, std::min(RowDistances::kRowsAtOnce, rows - a), some.data());

@@ -4,9 +4,11 @@
 #include <boost/thread.hpp>
 #include <cmath>
 #include <cstddef>
+#include <utility>
 
 #include "kalmia/cluster/PairSort.h"
 #include "kalmia/cluster/StoppableProgress.h"
+#include "kalmia/containers/Missing.h"
 #include "kalmia/kernels/FirstFailure.h"
 #include "kalmia/kernels/ThreadingControl.h"
 #include "kalmia/kernels/simd/SquareSums.h"
@@ -56,12 +58,11 @@ struct ThreadGroup : std::vector<boost::thread> {
   }
 };
 
-void FillList(const NCDataMatrix<float>& data, RowDistance kind, std::vector<DistanceAndIndex>& list) {
+void FillList(const RowDistances& distances, int size, std::vector<DistanceAndIndex>& list) {
   using NCMultiThreading::ThreadingControl;
-  const std::int64_t rows = data.SizeRows();
+  const std::int64_t rows = size;
   const int processors = ThreadingControl::IsThreadingOn() ? ThreadingControl::GetNumberOfProcessors() : 1;
-  const std::vector<int> ends = SplitRowsForThreads(std::max(1, processors), data.SizeRows());
-  const RowDistances distances(kind, data);
+  const std::vector<int> ends = SplitRowsForThreads(std::max(1, processors), size);
   kalmia::FirstFailure failure;
   ThreadGroup threads;
   threads.reserve(ends.size());
@@ -84,15 +85,37 @@ void FillList(const NCDataMatrix<float>& data, RowDistance kind, std::vector<Dis
 
 void SetMaximumPairsInMemory(std::uint64_t pairs) { maximumPairs = pairs; }
 
-RowDistances::RowDistances(RowDistance kind, const NCDataMatrix<float>& data) : kind_(kind), data_(data) {
-  const int rows = data.SizeRows(), columns = data.SizeColumns(), tiles = (rows + kTileRows - 1) / kTileRows;
+float SquaredDifference(float a, float b) {
+  const double difference = static_cast<double>(a) - b;
+  return static_cast<float>(difference * difference);
+}
+
+float HalfSquaredDifference(float a, float b) {
+  const double difference = static_cast<double>(a) - b;
+  return static_cast<float>(difference * difference / 2);
+}
+
+float Unchanged(float distance) { return distance; }
+
+float SquareRootOfDistance(float distance) { return std::sqrt(distance); }
+
+RowDistances::RowDistances(const NCDataMatrix<float>& data, ElementFunction element, FinishFunction finish)
+    : data_(data), element_(element), finish_(finish) {
+  if (HasTiles()) FillTiles();
+}
+
+/// Whether there is lane code for the squares. The finish is taken as it comes.
+bool RowDistances::HasTiles() const { return element_ == SquaredDifference || element_ == HalfSquaredDifference; }
+
+void RowDistances::FillTiles() {
+  const int rows = data_.SizeRows(), columns = data_.SizeColumns(), tiles = (rows + kTileRows - 1) / kTileRows;
   tiles_.resize(static_cast<std::size_t>(tiles) * kTileRows * static_cast<std::size_t>(columns));
   hasHoles_.resize(static_cast<std::size_t>(tiles));
   for (int r = 0; r < rows; ++r) {
     const int tile = r / kTileRows;
-    if (data[r + 1].GetNumMisVal() > 0) hasHoles_[static_cast<std::size_t>(tile)] = true;
+    if (data_[r + 1].GetNumMisVal() > 0) hasHoles_[static_cast<std::size_t>(tile)] = true;
     float* const cells = tiles_.data() + (TileCells(tile) - tiles_.data()) + r % kTileRows;
-    const float* const row = data[r + 1].begin();
+    const float* const row = std::as_const(data_)[r + 1].begin();
     for (int c = 0; c < columns; ++c) cells[std::ptrdiff_t{c} * kTileRows] = row[c];
   }
 }
@@ -105,7 +128,7 @@ const float* RowDistances::TileCells(int tile) const {
 void RowDistances::CalculateTile(const float* const* rows, int count, bool holesInRows, int tile,
                                  float* distances) const {
   using kalmia::simd::Square;
-  const Square square = kind_ == RowDistanceEuclidean ? Square::Whole : Square::Half;
+  const Square square = element_ == SquaredDifference ? Square::Whole : Square::Half;
   const int columns = data_.SizeColumns(), n = count * kTileRows;
   double sums[kRowsAtOnce * kTileRows], common[kRowsAtOnce * kTileRows];
   if (holesInRows || hasHoles_[static_cast<std::size_t>(tile)]) {
@@ -115,11 +138,34 @@ void RowDistances::CalculateTile(const float* const* rows, int count, bool holes
     kalmia::simd::SquareSums(square, rows, count, TileCells(tile), columns, sums);
     for (int k = 0; k < n; ++k) distances[k] = static_cast<float>(sums[k]);
   }
-  if (kind_ == RowDistanceWard) return;
-  for (int k = 0; k < n; ++k) distances[k] = std::sqrt(distances[k]);
+  if (finish_ == Unchanged) return;
+  if (finish_ == SquareRootOfDistance) {  // in lanes too
+    for (int k = 0; k < n; ++k) distances[k] = std::sqrt(distances[k]);
+  } else {
+    for (int k = 0; k < n; ++k) distances[k] = finish_(distances[k]);
+  }
+}
+
+float RowDistances::DistanceOf(int a, int b) const {
+  const float *const cells = data_[a].begin(), *const others = data_[b].begin();
+  double sum = 0;
+  std::int64_t common = 0;
+  for (int c = 0; c < data_.SizeColumns(); ++c) {
+    if (cells[c] == kalmia::kMissingCell<float> || others[c] == kalmia::kMissingCell<float>) continue;
+    sum += static_cast<double>(element_(cells[c], others[c]));
+    ++common;
+  }
+  return finish_(static_cast<float>(sum * (data_.SizeColumns() / static_cast<double>(common))));
+}
+
+DistanceAndIndex* RowDistances::CalculateOneByOne(int a, int count, DistanceAndIndex* pairs) const {
+  for (int row = a; row < a + count; ++row)
+    for (int b = row + 1; b <= data_.SizeRows(); ++b) *pairs++ = {DistanceOf(row, b), row, b};
+  return pairs;
 }
 
 DistanceAndIndex* RowDistances::Calculate(int a, int count, DistanceAndIndex* pairs) const {
+  if (!HasTiles()) return CalculateOneByOne(a, count, pairs);
   const int rows = data_.SizeRows();
   const float* cells[kRowsAtOnce] = {};
   DistanceAndIndex* to[kRowsAtOnce] = {};
@@ -163,7 +209,7 @@ std::vector<int> SplitRowsForThreads(int threads, int rows) {
 }
 
 void CalculateInitialDistances(const NCDataMatrix<float>& data, NCProgress* progress,
-                               std::vector<DistanceAndIndex>& list, RowDistance kind) {
+                               std::vector<DistanceAndIndex>& list, ElementFunction element, FinishFunction finish) {
   const StoppableProgress bar(progress);
   const int rows = data.SizeRows();
   // The number of pairs is told in 32 bits.
@@ -182,7 +228,7 @@ void CalculateInitialDistances(const NCDataMatrix<float>& data, NCProgress* prog
   text.Format("Calculating %u distances", static_cast<unsigned>(count));
   bar.SetText(text);
   bar.SetValue(1);
-  FillList(data, kind, list);
+  FillList(RowDistances(data, element, finish), rows, list);
   bar.SetValue(2);
   bar.SetText("Sorting");
   if (bar)

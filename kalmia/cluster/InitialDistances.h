@@ -7,35 +7,43 @@
 
 namespace DendroGram {
 
-/// The kinds of distance of two rows: for m common present columns of K, the sum of their squared differences times
-/// K / m. Each square is formed in double and rounded to float before it is added in double, the scaled sum is rounded
-/// to float, and the root, where one is taken, is that of the float. Without a common column it is no number.
-enum RowDistance {
-  RowDistanceEuclidean,       ///< the root of the sum
-  RowDistanceWard,            ///< the sum of the halves of the squares
-  RowDistanceWardSquareRoot,  ///< the root of that
-};
+/// What a column adds to the distance of two rows, and what is made of the sum.
+using ElementFunction = float (*)(float, float);
+using FinishFunction = float (*)(float);
 
-/// The distances of the rows of a table, of which it keeps a copy for that: sixteen rows side by side, column by
-/// column, so that a row's distances to all of them are computed together. Safe to use concurrently.
+float SquaredDifference(float a, float b);      ///< (a - b)^2, formed in double
+float HalfSquaredDifference(float a, float b);  ///< (a - b)^2 / 2, formed in double
+float Unchanged(float distance);
+float SquareRootOfDistance(float distance);
+
+/// The distances of the rows of a table: for m common present columns of K,
+///   finish(float(sum(element(a, b)) * (K / m))),
+/// the sum in double. Without a common column it is no number. For those that the calculators take it keeps a copy of
+/// the table, sixteen rows side by side, column by column, so that a row's distances to all of them are computed
+/// together; others are computed pair by pair. Safe to use concurrently, as far as the functions are.
 class RowDistances {
  public:
   static constexpr int kRowsAtOnce = 4;
 
-  RowDistances(RowDistance kind, const NCDataMatrix<float>& data);
+  RowDistances(const NCDataMatrix<float>& data, ElementFunction element, FinishFunction finish);
 
   /// The pairs of the rows a, ..., a + count - 1, from 1, with all later rows, one behind the other: those of row a
   /// first, with a as `i`. count <= kRowsAtOnce. Returns the end of what it wrote.
   DistanceAndIndex* Calculate(int a, int count, DistanceAndIndex* pairs) const;
 
  private:
+  bool HasTiles() const;
+  void FillTiles();
   void CalculateTile(const float* const* rows, int count, bool holesInRows, int tile, float* distances) const;
   const float* TileCells(int tile) const;
+  float DistanceOf(int a, int b) const;
+  DistanceAndIndex* CalculateOneByOne(int a, int count, DistanceAndIndex* pairs) const;
 
-  RowDistance kind_;
   NCDataMatrix<float> data_;
-  std::vector<float> tiles_;     ///< tile by tile; rows beyond the last are zero
-  std::vector<bool> hasHoles_;   ///< of each tile
+  ElementFunction element_;
+  FinishFunction finish_;
+  std::vector<float> tiles_;    ///< tile by tile; rows beyond the last are zero
+  std::vector<bool> hasHoles_;  ///< of each tile
 };
 
 /// Rows that share the pairs (a, b), a < b <= rows, about equally among `threads` threads: rising boundaries; the rows
@@ -47,7 +55,7 @@ std::vector<int> SplitRowsForThreads(int threads, int rows);
 /// ClusterAllocationError if the list does not fit in memory, and NCError with the same text for more than 65535 rows;
 /// NCError "Cluster analysis aborted." where the user stops, which can be during the sort.
 void CalculateInitialDistances(const NCDataMatrix<float>& data, NCProgress* progress,
-                               std::vector<DistanceAndIndex>& list, RowDistance kind);
+                               std::vector<DistanceAndIndex>& list, ElementFunction element, FinishFunction finish);
 
 }  // namespace DendroGram
 

@@ -5,6 +5,7 @@
 #include <cstdio>
 #include <functional>
 #include <limits>
+#include <utility>
 
 #include "kalmia/cluster/PairSort.h"
 #include "kalmia/cluster/StoppableProgress.h"
@@ -21,38 +22,42 @@ constexpr unsigned kRecordsPerStep = 10000;      ///< while saving, the bar move
 constexpr double kDegreesOfFreedom = 10000;      ///< t of so many stands in for the normal distribution
 constexpr const char* kLoadError = "Internal error in MegaDistances::LoadNextSegment.";
 
-/// Where a distance stands among others: a NaN reaches no limit, so it is below all.
-float RankOf(float distance) { return std::isnan(distance) ? -std::numeric_limits<float>::infinity() : distance; }
+/// What the distances of a file lie between.
+struct DistanceRange {
+  float smallest = std::numeric_limits<float>::infinity();
+  float largest = -std::numeric_limits<float>::infinity();
+  bool hasNaNs = false;
 
-/// The smallest distance in the file that is above the smallest one; NaN if all are equal.
-float SecondSmallest(DistanceFile& file, std::vector<DistanceAndIndex>& buffer) {
-  float smallest = std::numeric_limits<float>::infinity(), second = std::numeric_limits<float>::quiet_NaN();
+  bool HasNumbers() const { return smallest <= largest; }
+  bool IsConstant() const { return hasNaNs ? !HasNumbers() : smallest == largest; }
+};
+
+DistanceRange RangeOf(DistanceFile& file, std::vector<DistanceAndIndex>& buffer) {
+  DistanceRange range;
   file.SeekTo(0);
   for (std::uint32_t done = 0; done < file.count;) {
     const std::size_t chunk = std::min<std::size_t>(buffer.capacity(), file.count - done);
     buffer.resize(chunk);
     if (!file.Read(buffer.data(), chunk)) throw NCError(kLoadError);
     for (const DistanceAndIndex& pair : buffer) {
-      const float distance = RankOf(pair.distance);
-      if (distance < smallest) {
-        if (done > 0 || &pair != buffer.data()) second = smallest;
-        smallest = distance;
-      } else if (distance > smallest && !(distance >= second)) {
-        second = distance;
-      }
+      if (std::isnan(pair.distance)) range.hasNaNs = true;
+      if (pair.distance < range.smallest) range.smallest = pair.distance;
+      if (pair.distance > range.largest) range.largest = pair.distance;
     }
     done += static_cast<std::uint32_t>(chunk);
   }
   buffer.clear();
-  return second;
+  return range;
 }
 
 }  // namespace
 
-DistanceFile::DistanceFile() : name(VexGetTempFileName(nullptr, "kal-", "clu")) {
+DistanceFile::DistanceFile(CString&& nameOfFile) : name(std::move(nameOfFile)) {}
+
+// What is thrown below comes from a whole object already, whose destructor removes the file.
+DistanceFile::DistanceFile() : DistanceFile(VexGetTempFileName(nullptr, "kal-", "clu")) {
   stream.open(static_cast<const char*>(name), std::ios::in | std::ios::out | std::ios::binary | std::ios::trunc);
   if (stream.is_open()) return;
-  std::remove(name);
   CString message;
   message.Format("The temporary file %s could not be opened", static_cast<const char*>(name));
   throw NCError(message);
@@ -164,12 +169,12 @@ void MegaDistances::SplitDistances() {
 }
 
 const DistanceAndIndex& MegaDistances::GetNearest() {
-  if (buffer_.empty()) LoadNextSegment();
+  while (buffer_.empty()) LoadNextSegment();
   return buffer_.back();
 }
 
 void MegaDistances::RemoveNearest() {
-  if (buffer_.empty()) LoadNextSegment();
+  while (buffer_.empty()) LoadNextSegment();
   buffer_.pop_back();
 }
 
@@ -178,8 +183,9 @@ void MegaDistances::ReplaceLastSegment(const DistanceFiles& parts) {
   segments_.insert(segments_.end(), parts.begin(), parts.end());
 }
 
-/// Splits the segment into parts of equal width. Where that divides nothing, as with many equal distances or infinite
-/// limits, its smallest distance is set apart from all others; where there are no others it is marked as constant.
+/// Splits the segment into parts of equal width. Where all of it falls into one part, it is given the limits of what it
+/// really holds, by which the next attempt divides it, or is marked as constant. Two things no width divides: NaNs are
+/// set apart from the numbers; and where the width is no finite number, the largest distance from all others.
 void MegaDistances::SplitLastSegment() {
   const std::shared_ptr<DistanceFile> source = segments_.back();
   const std::uint32_t parts = source->count / memorySize_ + 2;
@@ -193,10 +199,14 @@ void MegaDistances::SplitLastSegment() {
     const DistanceFiles files = DistributeDistances(*source, limits, buffer_, total_, progress_);
     if (files.size() > 1) return ReplaceLastSegment(files);
   }
-  const float second = SecondSmallest(*source, buffer_);
-  source->isConstant = std::isnan(second);
+  const DistanceRange range = RangeOf(*source, buffer_);
+  source->isConstant = range.IsConstant();
   if (source->isConstant) return;
-  limits = {second, std::numeric_limits<float>::infinity()};
+  const bool wasExact = source->minimum == range.smallest && source->maximum == range.largest;
+  source->minimum = range.smallest;
+  source->maximum = range.largest;
+  if (!range.hasNaNs && !wasExact) return;
+  limits = {range.largest, range.hasNaNs ? range.smallest : range.largest};
   ReplaceLastSegment(DistributeDistances(*source, limits, buffer_, total_, progress_));
 }
 

@@ -28,6 +28,9 @@ struct DistanceFile {
   float minimum = 0;        ///< lower limit
   std::uint32_t count = 0;  ///< records
   bool isConstant = false;  ///< known to hold a single distance
+
+ private:
+  explicit DistanceFile(CString&& nameOfFile);
 };
 
 using DistanceFiles = std::vector<std::shared_ptr<DistanceFile>>;
@@ -42,7 +45,7 @@ DistanceFiles DistributeDistances(DistanceFile& source, std::vector<float>& limi
 /// The pairs of a table by rising distance, where they do not fit in memory: on disk, split by distance into segments,
 /// which are loaded and sorted one by one as they are needed. Of each pair 12 bytes lie on disk, twice that while they
 /// are split; each record is written twice and read twice. A segment larger than memory is split again when its turn
-/// comes; one of a single distance is taken in pieces. Each segment keeps its file open: about 2 * pairs / memory.
+/// comes, as often as it takes; one of a single distance is taken in pieces. Each segment keeps its file open: about 2 * pairs / memory.
 class MegaDistances {
  public:
   /// Takes over the storage of `memory`, whose size tells how many records may be in memory; above 0. `total` pairs are
@@ -57,9 +60,11 @@ class MegaDistances {
   /// cannot be read.
   const DistanceAndIndex& GetNearest();
   void RemoveNearest();
+  /// Fills the buffer, which has to be empty, with the segment of the smallest distances left. The two above call it
+  /// themselves, and it throws what they throw.
+  void LoadNextSegment();
 
  private:
-  void LoadNextSegment();
   void SplitLastSegment();
   void ReplaceLastSegment(const DistanceFiles& parts);
 

@@ -1,6 +1,7 @@
 #include "kalmia/cluster/PairSort.h"
 
 #include <algorithm>
+#include <cmath>
 #include <cstdint>
 #include <cstring>
 #include <limits>
@@ -19,23 +20,26 @@ namespace {
 
 constexpr std::size_t kPairsAside = 32768;  ///< what is sorted outside of the list, in the second cache
 constexpr std::size_t kMostCells = 4096;    ///< that pairs aside are counted into
-constexpr std::size_t kMostBuckets = 512;  ///< of the list
-
+constexpr std::size_t kMostBuckets = 512;   ///< of the list
 constexpr std::size_t kPairsAhead = 8;      ///< more than a cache line
-constexpr std::uint32_t kInfinity = 0x7F800000;  ///< as a float; what lies above is no number
+constexpr std::uint32_t kSign = 0x80000000;
 constexpr std::uint32_t kNaN = 0x7FC00000;
 
-/// A number that rises in the order of ComesBefore: the bits of a float that is not negative rise with it.
+/// A number that rises in the order of ComesBefore: the bits of floats rise with them, once those of negative ones are
+/// turned over and put below the others.
 std::uint64_t KeyOf(const DistanceAndIndex& pair) {
+  const float distance = pair.distance + 0.0F;  // no -0
   std::uint32_t bits;
-  std::memcpy(&bits, &pair.distance, sizeof bits);
-  bits = bits > kInfinity ? kNaN : bits;
+  std::memcpy(&bits, &distance, sizeof bits);
+  bits = std::isnan(distance) ? kNaN : bits;
+  const std::uint32_t rising = (bits & kSign) != 0 ? ~bits : bits | kSign;
   const std::uint32_t rows = static_cast<std::uint32_t>(pair.i) << 16 | static_cast<std::uint32_t>(pair.j);
-  return std::uint64_t{~bits} << 32 | rows;
+  return std::uint64_t{~rising} << 32 | rows;
 }
 
 DistanceAndIndex PairOf(std::uint64_t key) {
-  const std::uint32_t bits = ~static_cast<std::uint32_t>(key >> 32);
+  const std::uint32_t rising = ~static_cast<std::uint32_t>(key >> 32);
+  const std::uint32_t bits = (rising & kSign) != 0 ? rising & ~kSign : ~rising;
   DistanceAndIndex pair = {0, static_cast<std::int32_t>(key >> 16 & 0xFFFF), static_cast<std::int32_t>(key & 0xFFFF)};
   std::memcpy(&pair.distance, &bits, sizeof bits);
   return pair;

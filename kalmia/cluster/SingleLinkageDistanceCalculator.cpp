@@ -30,7 +30,7 @@ void SingleLinkageDistanceCalculator::Init(const NCDataMatrix<float>& data, NCPr
   std::iota(labels_.begin(), labels_.end(), 0);
   megaDistances_.reset();
   try {
-    CalculateInitialDistances(data, progress, distances_, RowDistanceEuclidean);
+    CalculateInitialDistances(data, progress, distances_, SquaredDifference, SquareRootOfDistance);
   } catch (const ClusterAllocationError&) {
     megaDistances_ = kalmia::DistancesOnDisk(data, progress);
   }

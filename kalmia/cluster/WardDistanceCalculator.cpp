@@ -28,8 +28,9 @@ void WardDistanceCalculator::Init(const NCDataMatrix<float>& data, NCProgress* p
   data_ = data;
   distances_ = kalmia::WardPairList();
   std::vector<DistanceAndIndex> list;
-  if (type_ == DistanceIncrease) CalculateInitialDistances(data_, progress, list, RowDistanceWard);
-  if (type_ == DistanceRootIncrease) CalculateInitialDistances(data_, progress, list, RowDistanceWardSquareRoot);
+  if (type_ == DistanceIncrease) CalculateInitialDistances(data_, progress, list, HalfSquaredDifference, Unchanged);
+  if (type_ == DistanceRootIncrease)
+    CalculateInitialDistances(data_, progress, list, HalfSquaredDifference, SquareRootOfDistance);
   distances_ = kalmia::WardPairList(std::move(list), data.SizeRows());
   clusters_.assign(static_cast<std::size_t>(data.SizeRows()), Cluster());
   for (std::size_t p = 0; p < clusters_.size(); ++p) {

@@ -26,5 +26,10 @@ CString VexGetTempFileName(const char* directory, const char* prefix, const char
   const int file = mkstemps(path.data(), static_cast<int>(suffix.size()));  // O_EXCL, mode 0600
   if (file < 0) return CString();
   close(file);
-  return CString(path.c_str());
+  try {
+    return CString(path.c_str());
+  } catch (...) {  // nobody would know of the file
+    unlink(path.c_str());
+    throw;
+  }
 }

@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <map>
 #include <memory>
+#include <new>
 #include <sstream>
 #include <stdexcept>
 #include <string>
@@ -230,6 +231,25 @@ TEST(GetDendroGram, DestroysItsNodesWhenTheCalculatorFails) {
     }
   }
   EXPECT_EQ(meter.GetLiveBytes(), 0);
+}
+
+TEST(GetDendroGram, LeavesNothingBehindWhereMemoryRunsOut) {
+  const NCDataMatrix<float> table = RandomMatrix<float>(40, 8, 0.05, 1);  // 780 pairs: a list of several blocks
+  bool failed = true;
+  for (int which = 1; failed; which += 7) {
+    const PeakBytesDuring meter;
+    {
+      WardDistanceCalculator calculator(WardDistanceCalculator::DistanceIncrease);
+      const FailAllocation failure(which);
+      try {
+        Analyse(table, calculator, nullptr, nullptr);
+      } catch (const std::bad_alloc&) {
+      } catch (const DendroGram::ClusterAllocationError&) {  // where it was the list
+      }
+      failed = failure.HasFailed();
+    }
+    ASSERT_TRUE(which == 1 || meter.GetLiveBytes() <= 0) << "allocation " << which;  // the first keeps buffers
+  }
 }
 
 TEST(GetDendroGram, StoresTheTreeAndReturnsItUnseenTheNextTime) {

@@ -19,8 +19,19 @@ using DendroGram::ClusterAllocationError;
 using DendroGram::DistanceAndIndex;
 using Pairs = std::vector<DistanceAndIndex>;
 
-constexpr DendroGram::RowDistance kKinds[] = {DendroGram::RowDistanceEuclidean, DendroGram::RowDistanceWard,
-                                              DendroGram::RowDistanceWardSquareRoot};
+/// What the calculators take.
+struct Kind {
+  DendroGram::ElementFunction element;
+  DendroGram::FinishFunction finish;
+};
+constexpr Kind kEuclidean = {DendroGram::SquaredDifference, DendroGram::SquareRootOfDistance};
+constexpr Kind kWard = {DendroGram::HalfSquaredDifference, DendroGram::Unchanged};
+constexpr Kind kWardRoot = {DendroGram::HalfSquaredDifference, DendroGram::SquareRootOfDistance};
+constexpr Kind kKinds[] = {kEuclidean, kWard, kWardRoot};
+
+void Calculate(const NCDataMatrix<float>& table, NCProgress* progress, Pairs& pairs, const Kind& kind) {
+  DendroGram::CalculateInitialDistances(table, progress, pairs, kind.element, kind.finish);
+}
 
 /// Caps the pairs for the length of a scope.
 struct MaximumPairs {
@@ -36,7 +47,7 @@ TEST(InitialDistances, AreThoseOfEachPairByItself) {
       const NCDataMatrix<float> table = RandomMatrix<float>(41, 9, holes, 4);
       for (const auto kind : kKinds) {
         Pairs pairs;
-        DendroGram::CalculateInitialDistances(table, nullptr, pairs, kind);
+        Calculate(table, nullptr, pairs, kind);
         ASSERT_EQ(pairs.size(), 41U * 40 / 2);
         EXPECT_TRUE(std::is_sorted(pairs.begin(), pairs.end(), kalmia::ComesBefore));
         std::vector<bool> met(42 * 42, false);
@@ -44,29 +55,65 @@ TEST(InitialDistances, AreThoseOfEachPairByItself) {
           ASSERT_LT(pair.i, pair.j);
           EXPECT_FALSE(met[static_cast<std::size_t>(42 * pair.i + pair.j)]);
           met[static_cast<std::size_t>(42 * pair.i + pair.j)] = true;
-          EXPECT_EQ(pair.distance, PlainDistance(table, pair.i, pair.j, kind != DendroGram::RowDistanceEuclidean,
-                                                 kind != DendroGram::RowDistanceWard));
+          EXPECT_EQ(pair.distance, PlainDistance(table, pair.i, pair.j, kind.element != kEuclidean.element,
+                                                 kind.finish != kWard.finish));
         }
       }
     }
 }
 
 /// The distance of the first two rows, and of no others.
-float DistanceOfTwo(DendroGram::RowDistance kind, const NCDataMatrix<float>& table) {
+float DistanceOfTwo(const Kind& kind, const NCDataMatrix<float>& table) {
   DistanceAndIndex pair = {0, 0, 0};
-  DistanceAndIndex* const end = DendroGram::RowDistances(kind, table).Calculate(1, 1, &pair);
+  DistanceAndIndex* const end = DendroGram::RowDistances(table, kind.element, kind.finish).Calculate(1, 1, &pair);
   EXPECT_EQ(end, &pair + 1);
   EXPECT_EQ(pair.i, 1);
   EXPECT_EQ(pair.j, 2);
   return pair.distance;
 }
 
+float AbsoluteDifference(float a, float b) { return std::fabs(a - b); }
+float Negative(float distance) { return -distance; }
+
+TEST(InitialDistances, AreWhatAnyTwoFunctionsMakeOfTheColumns) {
+  const float hole = kHole<float>;
+  const NCDataMatrix<float> table = MatrixOf<float>({{1, 2}, {4, 7}, {hole, 4}});
+  Pairs pairs;
+  Calculate(table, nullptr, pairs, {AbsoluteDifference, Negative});  // 3 + 5; 2 * 2; 3 * 2
+  ASSERT_EQ(pairs.size(), 3U);
+  const DistanceAndIndex expected[] = {{-4, 1, 3}, {-6, 2, 3}, {-8, 1, 2}};
+  for (int k = 0; k < 3; ++k) {
+    EXPECT_EQ(pairs[k].distance, expected[k].distance);
+    EXPECT_EQ(pairs[k].i, expected[k].i);
+    EXPECT_EQ(pairs[k].j, expected[k].j);
+  }
+}
+
+// The same function under another name is not known, and so computed pair by pair.
+float SquaredDifferenceToo(float a, float b) { return DendroGram::SquaredDifference(a, b); }
+float RootToo(float distance) { return std::sqrt(distance); }
+
+TEST(InitialDistances, AreTheSameOneByOneAsManyTogether) {
+  for (const double holes : {0.0, 0.2}) {
+    const NCDataMatrix<float> table = RandomMatrix<float>(45, 7, holes, 11);
+    Pairs together, finishedByOthers, oneByOne;
+    Calculate(table, nullptr, together, kEuclidean);
+    Calculate(table, nullptr, finishedByOthers, {DendroGram::SquaredDifference, RootToo});
+    Calculate(table, nullptr, oneByOne, {SquaredDifferenceToo, RootToo});
+    for (std::size_t k = 0; k < together.size(); ++k) {
+      EXPECT_EQ(together[k].distance, oneByOne[k].distance);
+      EXPECT_EQ(together[k].distance, finishedByOthers[k].distance);
+      EXPECT_EQ(together[k].j, oneByOne[k].j);
+    }
+  }
+}
+
 TEST(InitialDistances, ScaleFromTheCommonColumnsToAll) {
   const float hole = kHole<float>;
   const NCDataMatrix<float> table = MatrixOf<float>({{1, 2, hole, 4}, {4, hole, 7, 8}});
   // Columns 1 and 4 of 4: 9 + 16, times 2.
-  EXPECT_EQ(DistanceOfTwo(DendroGram::RowDistanceWard, table), 25.0F);
-  EXPECT_EQ(DistanceOfTwo(DendroGram::RowDistanceEuclidean, table), std::sqrt(50.0F));
+  EXPECT_EQ(DistanceOfTwo(kWard, table), 25.0F);
+  EXPECT_EQ(DistanceOfTwo(kEuclidean, table), std::sqrt(50.0F));
 }
 
 TEST(InitialDistances, OfRowsWithoutACommonColumnAreNoNumbers) {
@@ -78,13 +125,13 @@ TEST(InitialDistances, OfRowsWithoutACommonColumnAreNoNumbers) {
 TEST(InitialDistances, EachSquareIsRoundedToFloatBeforeItIsAdded) {
   const NCDataMatrix<float> table = MatrixOf<float>({{4097, 4097}, {0, 0}});
   // 4097^2 = 16785409 has 25 bits and becomes 16785408; half of it ends in .5, which rounds to the even 8392704.
-  EXPECT_EQ(DistanceOfTwo(DendroGram::RowDistanceEuclidean, table), std::sqrt(33570816.0F));
-  EXPECT_EQ(DistanceOfTwo(DendroGram::RowDistanceWard, table), 16785408.0F);
+  EXPECT_EQ(DistanceOfTwo(kEuclidean, table), std::sqrt(33570816.0F));
+  EXPECT_EQ(DistanceOfTwo(kWard, table), 16785408.0F);
 }
 
 TEST(InitialDistances, OfSeveralRowsComeOneRowBehindTheOther) {
   const NCDataMatrix<float> table = RandomMatrix<float>(37, 5, 0.1, 2);
-  const DendroGram::RowDistances distances(DendroGram::RowDistanceEuclidean, table);
+  const DendroGram::RowDistances distances(table, kEuclidean.element, kEuclidean.finish);
   for (int a = 1; a < 37; ++a)
     for (int count = 1; count <= std::min(4, 37 - a); ++count) {
       Pairs pairs(4 * 36);
@@ -129,7 +176,7 @@ TEST(InitialDistances, ThatDoNotFitAreAnErrorOfTheirOwn) {
   {
     const MaximumPairs cap(189);
     try {
-      DendroGram::CalculateInitialDistances(table, nullptr, pairs, DendroGram::RowDistanceWard);
+      Calculate(table, nullptr, pairs, kWard);
       ADD_FAILURE() << "190 pairs do not fit";
     } catch (const ClusterAllocationError& error) {
       EXPECT_EQ(error.GetMessage(),
@@ -140,7 +187,7 @@ TEST(InitialDistances, ThatDoNotFitAreAnErrorOfTheirOwn) {
     }
   }
   const MaximumPairs cap(190);
-  DendroGram::CalculateInitialDistances(table, nullptr, pairs, DendroGram::RowDistanceWard);
+  Calculate(table, nullptr, pairs, kWard);
   EXPECT_EQ(pairs.size(), 190U);
 }
 
@@ -150,7 +197,7 @@ TEST(InitialDistances, OfMoreThan65535RowsAreRefusedBeforeAnyProgress) {
   const std::unique_ptr<NCProgress> bar = RecordingBar(&log);
   Pairs pairs;
   try {
-    DendroGram::CalculateInitialDistances(table, bar.get(), pairs, DendroGram::RowDistanceWard);
+    Calculate(table, bar.get(), pairs, kWard);
     ADD_FAILURE() << "65536 rows";
   } catch (const ClusterAllocationError&) {
     ADD_FAILURE() << "an ordinary error, so that nothing goes over to the disk";
@@ -166,8 +213,7 @@ TEST(InitialDistances, OfManyRowsAreCountedBeyond32Bits) {
   const NCDataMatrix<float> table(50000, 1, 1.0F);
   Pairs pairs;
   const MaximumPairs cap(1249974999);  // one less than there are
-  EXPECT_THROW(DendroGram::CalculateInitialDistances(table, nullptr, pairs, DendroGram::RowDistanceWard),
-               ClusterAllocationError);
+  EXPECT_THROW(Calculate(table, nullptr, pairs, kWard), ClusterAllocationError);
   EXPECT_EQ(kalmia::PairCount(50000), 1249975000);
 }
 
@@ -176,20 +222,19 @@ TEST(InitialDistances, TellHowFarTheyAre) {
   ProgressLog log;
   const std::unique_ptr<NCProgress> bar = RecordingBar(&log);
   Pairs pairs;
-  DendroGram::CalculateInitialDistances(table, bar.get(), pairs, DendroGram::RowDistanceEuclidean);
+  Calculate(table, bar.get(), pairs, kEuclidean);
   EXPECT_EQ(log.Joined(),
             "SetRange 0 3; SetText Allocating memory; SetText Calculating 1 distances; SetValue 1; SetValue 2; "
             "SetText Sorting; SetValue 3");  // a single pair is not compared
   log.calls.clear();
-  DendroGram::CalculateInitialDistances(RandomMatrix<float>(9, 2, 0, 1), bar.get(), pairs,
-                                        DendroGram::RowDistanceEuclidean);
+  Calculate(RandomMatrix<float>(9, 2, 0, 1), bar.get(), pairs, kEuclidean);
   EXPECT_GE(log.Count("IsBreakPressed"), 35) << "one for each comparison of the sort";
 }
 
 TEST(InitialDistances, WithoutProcessorsAreMadeByOne) {
   NCMultiThreading::ThreadingControl::SetNumberOfProcessors(0);
   Pairs pairs;
-  DendroGram::CalculateInitialDistances(RandomMatrix<float>(9, 2, 0, 1), nullptr, pairs, DendroGram::RowDistanceWard);
+  Calculate(RandomMatrix<float>(9, 2, 0, 1), nullptr, pairs, kWard);
   NCMultiThreading::ThreadingControl::Reset();
   EXPECT_EQ(pairs.size(), 36U);
 }

@@ -3,89 +3,30 @@
 #include <signal.h>
 #include <sys/resource.h>
 
-#include <cstdlib>
-#include <filesystem>
 #include <functional>
 #include <limits>
 #include <memory>
 #include <string>
 #include <vector>
 
+#include "cluster/OnDisk.h"
 #include "cluster/PlainClustering.h"
 #include "kalmia/cluster/DistancesOnDisk.h"
-#include "kalmia/cluster/InitialDistances.h"
 #include "kalmia/cluster/SingleLinkageDistanceCalculator.h"
 #include "kalmia/cluster/WardDistanceCalculator.h"
-#include "kalmia/support/UserComm.h"
 #include "testing/RandomTables.h"
 #include "testing/RecordingProgress.h"
 
-// Distances that do not fit in memory. Each test has a directory of temporary files of its own, which has to be empty
-// at the end.
+// Single linkage where the distances do not fit in memory.
 
 namespace {
 
-using DendroGram::DistanceAndIndex;
-using DendroGram::DistanceFile;
-using DendroGram::MegaDistances;
 using DendroGram::SingleLinkageDistanceCalculator;
 using ::testing::ElementsAre;
 using ::testing::HasSubstr;
 
 constexpr float kInfinity = std::numeric_limits<float>::infinity();
 constexpr float kNaN = std::numeric_limits<float>::quiet_NaN();
-
-struct Dialogue : UserComm {
-  int Ask(const char* question, const char* message, const char* caption, int buttons) override {
-    questions.push_back(std::string(question) + "|" + message + "|" + caption + "|" + std::to_string(buttons));
-    return answer;
-  }
-  void Show(const char* text, const char* caption, int helpContext) override {
-    shown.push_back(std::string(text) + "|" + caption + "|" + std::to_string(helpContext));
-  }
-  int answer = 0;
-  std::vector<std::string> questions, shown;
-};
-
-class OnDisk : public ::testing::Test {
- protected:
-  OnDisk() {
-    // In memory where the machine has a place for that: hundreds of files are made and removed.
-    std::string name = std::filesystem::is_directory("/dev/shm") ? "/dev/shm" : "/tmp";
-    name += "/kalmia-ondisk-XXXXXX";
-    if (mkdtemp(name.data())) directory_ = name;
-    if (const char* const before = getenv("TMPDIR")) before_ = before;
-    setenv("TMPDIR", directory_.c_str(), 1);
-    UserComm::SetUserComm(&dialogue_);
-  }
-  ~OnDisk() override {
-    UserComm::SetUserComm(nullptr);
-    DendroGram::SetMaximumPairsInMemory(0);
-    before_.empty() ? unsetenv("TMPDIR") : setenv("TMPDIR", before_.c_str(), 1);
-    EXPECT_EQ(Files(), 0) << "files left behind";
-    std::filesystem::remove_all(directory_);
-  }
-  int Files() const {
-    const std::filesystem::directory_iterator files(directory_);
-    return static_cast<int>(std::distance(begin(files), end(files)));
-  }
-  static std::vector<PlainMerge> Merges(const NCDataMatrix<float>& table, std::uint64_t cap) {
-    DendroGram::SetMaximumPairsInMemory(cap);
-    SingleLinkageDistanceCalculator calculator;
-    return MergesOf(calculator, table);
-  }
-  static CString ErrorOf(const std::function<void()>& work) {
-    try {
-      work();
-    } catch (const NCError& error) {
-      return error.GetMessage();
-    }
-    return "";
-  }
-
-  std::string directory_, before_;
-  Dialogue dialogue_;
-};
 
 /// As many files at once as the process may be given.
 void AllowManyFiles() {
@@ -211,17 +152,6 @@ TEST_F(OnDisk, TellsHowFarItIs) {
   EXPECT_EQ(log.Joined(), "SetText Loading distances; SetText Sorting; SetText Merging clusters");
 }
 
-TEST_F(OnDisk, TheBarMovesAtEveryTenThousandthRecord) {
-  std::vector<DistanceAndIndex> memory(10);
-  ProgressLog log;
-  const std::unique_ptr<NCProgress> bar = RecordingBar(&log);
-  MegaDistances store(memory, bar.get(), 40000);
-  for (int k = 1; k <= 20001; ++k) store.AddDistance({1, 1, 2});
-  EXPECT_EQ(log.Count("SetValue"), 2);
-  EXPECT_EQ(log.Count("IsBreakPressed"), 20001);
-  EXPECT_EQ(log.calls[2 + 9999], "SetValue 0.25") << "before the poll of the same record";
-}
-
 TEST_F(OnDisk, ADirectoryThatIsNotThereIsAnErrorThatSaysSo) {
   setenv("TMPDIR", (directory_ + "/absent").c_str(), 1);
   const std::string message(ErrorOf([] { Merges(RandomMatrix<float>(20, 3, 0, 1), 50); }));
@@ -262,72 +192,6 @@ TEST_F(OnDisk, ACopyOfACalculatorWithFilesStartsUninitialised) {
   calculator.Init(table, nullptr);
   calculator = SingleLinkageDistanceCalculator();
   copy = calculator;
-}
-
-TEST_F(OnDisk, AStoreGivesItsPairsByRisingDistanceAndThenAnError) {
-  for (const std::size_t size : {1, 3, 10, 60}) {
-    std::vector<DistanceAndIndex> memory(size);
-    MegaDistances store(memory, nullptr, 60);
-    EXPECT_TRUE(memory.empty());
-    for (int k = 0; k < 60; ++k) store.AddDistance({static_cast<float>((k * 37) % 60), k, k + 1});
-    EXPECT_EQ(Files(), 1);
-    store.SplitDistances();
-    for (int k = 0; k < 60; ++k) {
-      ASSERT_EQ(store.GetNearest().distance, static_cast<float>(k));
-      store.RemoveNearest();
-    }
-    EXPECT_EQ(Files(), 0) << "each file goes when it is loaded";
-    EXPECT_EQ(ErrorOf([&] { store.GetNearest(); }), "Internal error in MegaDistances::LoadNextSegment.");
-    EXPECT_EQ(ErrorOf([&] { store.RemoveNearest(); }), "Internal error in MegaDistances::LoadNextSegment.");
-  }
-}
-
-TEST_F(OnDisk, AStoreKeepsTheRowsOfAPairWhateverTheyAre) {
-  std::vector<DistanceAndIndex> memory(10);
-  MegaDistances store(memory, nullptr, 40);
-  for (int k = 0; k < 40; ++k) store.AddDistance({static_cast<float>(k), 1000000 + k, 2147483647 - k});
-  store.SplitDistances();
-  for (int k = 0; k < 40; ++k, store.RemoveNearest()) {
-    ASSERT_EQ(store.GetNearest().i, 1000000 + k);
-    ASSERT_EQ(store.GetNearest().j, 2147483647 - k);
-  }
-}
-
-TEST_F(OnDisk, IsSplitIntoThreePartsAlsoWhereAllFits) {
-  std::vector<DistanceAndIndex> memory(60);
-  MegaDistances store(memory, nullptr, 60);
-  for (int k = 0; k < 60; ++k) store.AddDistance({static_cast<float>(k), 1, 2});
-  store.SplitDistances();
-  EXPECT_EQ(Files(), 3);
-}
-
-TEST_F(OnDisk, ARecordGoesIntoTheFirstFileWhoseLimitItReaches) {
-  DistanceFile source;
-  source.minimum = 0.5F;
-  const float distances[] = {1, 2, 3, 4, kNaN, 0.75F, 2, kInfinity};
-  for (const float distance : distances) {
-    const DistanceAndIndex pair = {distance, 1, 2};
-    source.Append(&pair, 1);
-    ++source.count;
-  }
-  std::vector<float> limits = {2, 9, 5, 3};
-  std::vector<DistanceAndIndex> buffer;
-  buffer.reserve(3);
-  const DendroGram::DistanceFiles files = DendroGram::DistributeDistances(source, limits, buffer, 8, nullptr);
-  EXPECT_THAT(limits, ElementsAre(9, 5, 3, 2));
-  ASSERT_EQ(files.size(), 4U);
-  EXPECT_TRUE(buffer.empty());
-  EXPECT_GE(buffer.capacity(), 3U);
-  const std::uint32_t counts[] = {1, 2, 2, 3};  // inf; 3 4; 2 2; 1 0.75 and the NaN
-  const float minima[] = {5, 3, 2, 0.5F}, maxima[] = {9, 5, 3, 2};
-  for (std::size_t k = 0; k < 4; ++k) {
-    EXPECT_EQ(files[k]->count, counts[k]);
-    EXPECT_EQ(files[k]->minimum, minima[k]);
-    EXPECT_EQ(files[k]->maximum, maxima[k]);
-  }
-  std::vector<float> few = {100, 50, 9};
-  EXPECT_EQ(DendroGram::DistributeDistances(*files[1], few, buffer, 2, nullptr).size(), 1U) << "empty files go at once";
-  EXPECT_EQ(Files(), 5);
 }
 
 }  // namespace

@@ -49,6 +49,8 @@ TEST(SortPairs, GivesWhatComparingGives) {
       ExpectSorted(AllPairs(rows, [&] { return std::abs(normal(random)); }));
       ExpectSorted(AllPairs(rows, [&] { return static_cast<float>(random() % 3); }));
       ExpectSorted(AllPairs(rows, [] { return 1.5F; }));
+      ExpectSorted(AllPairs(rows, [&] { return normal(random) - 10; }));
+      ExpectSorted(AllPairs(rows, [&] { return 0.0F * (1 - static_cast<float>(random() % 3)); }));  // 0 and -0
     }
 }
 

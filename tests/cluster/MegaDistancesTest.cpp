@@ -1,0 +1,182 @@
+#include "kalmia/cluster/MegaDistances.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+#include <memory>
+#include <vector>
+
+#include "cluster/OnDisk.h"
+#include "testing/AllocationMeter.h"
+#include "testing/RandomTables.h"
+#include "testing/RecordingProgress.h"
+
+// The store of pairs by itself.
+
+namespace {
+
+using DendroGram::DistanceAndIndex;
+using DendroGram::DistanceFile;
+using DendroGram::MegaDistances;
+using ::testing::ElementsAre;
+
+class MegaDistancesOnDisk : public OnDisk {};
+
+constexpr float kInfinity = std::numeric_limits<float>::infinity();
+constexpr float kNaN = std::numeric_limits<float>::quiet_NaN();
+
+TEST_F(MegaDistancesOnDisk, AStoreGivesItsPairsByRisingDistanceAndThenAnError) {
+  for (const std::size_t size : {1, 3, 10, 60}) {
+    std::vector<DistanceAndIndex> memory(size);
+    MegaDistances store(memory, nullptr, 60);
+    EXPECT_TRUE(memory.empty());
+    for (int k = 0; k < 60; ++k) store.AddDistance({static_cast<float>((k * 37) % 60), k, k + 1});
+    EXPECT_EQ(Files(), 1);
+    store.SplitDistances();
+    for (int k = 0; k < 60; ++k) {
+      ASSERT_EQ(store.GetNearest().distance, static_cast<float>(k));
+      store.RemoveNearest();
+    }
+    EXPECT_EQ(Files(), 0) << "each file goes when it is loaded";
+    EXPECT_EQ(ErrorOf([&] { store.GetNearest(); }), "Internal error in MegaDistances::LoadNextSegment.");
+    EXPECT_EQ(ErrorOf([&] { store.RemoveNearest(); }), "Internal error in MegaDistances::LoadNextSegment.");
+  }
+}
+
+TEST_F(MegaDistancesOnDisk, AStoreKeepsTheRowsOfAPairWhateverTheyAre) {
+  std::vector<DistanceAndIndex> memory(10);
+  MegaDistances store(memory, nullptr, 40);
+  for (int k = 0; k < 40; ++k) store.AddDistance({static_cast<float>(k), 1000000 + k, 2147483647 - k});
+  store.SplitDistances();
+  for (int k = 0; k < 40; ++k, store.RemoveNearest()) {
+    ASSERT_EQ(store.GetNearest().i, 1000000 + k);
+    ASSERT_EQ(store.GetNearest().j, 2147483647 - k);
+  }
+}
+
+TEST_F(MegaDistancesOnDisk, IsSplitIntoThreePartsAlsoWhereAllFits) {
+  std::vector<DistanceAndIndex> memory(60);
+  MegaDistances store(memory, nullptr, 60);
+  for (int k = 0; k < 60; ++k) store.AddDistance({static_cast<float>(k), 1, 2});
+  store.SplitDistances();
+  EXPECT_EQ(Files(), 3);
+}
+
+TEST_F(MegaDistancesOnDisk, ARecordGoesIntoTheFirstFileWhoseLimitItReaches) {
+  DistanceFile source;
+  source.minimum = 0.5F;
+  const float distances[] = {1, 2, 3, 4, kNaN, 0.75F, 2, kInfinity};
+  for (const float distance : distances) {
+    const DistanceAndIndex pair = {distance, 1, 2};
+    source.Append(&pair, 1);
+    ++source.count;
+  }
+  std::vector<float> limits = {2, 9, 5, 3};
+  std::vector<DistanceAndIndex> buffer;
+  buffer.reserve(3);
+  const DendroGram::DistanceFiles files = DendroGram::DistributeDistances(source, limits, buffer, 8, nullptr);
+  EXPECT_THAT(limits, ElementsAre(9, 5, 3, 2));
+  ASSERT_EQ(files.size(), 4U);
+  EXPECT_TRUE(buffer.empty());
+  EXPECT_GE(buffer.capacity(), 3U);
+  const std::uint32_t counts[] = {1, 2, 2, 3};  // inf; 3 4; 2 2; 1 0.75 and the NaN
+  const float minima[] = {5, 3, 2, 0.5F}, maxima[] = {9, 5, 3, 2};
+  for (std::size_t k = 0; k < 4; ++k) {
+    EXPECT_EQ(files[k]->count, counts[k]);
+    EXPECT_EQ(files[k]->minimum, minima[k]);
+    EXPECT_EQ(files[k]->maximum, maxima[k]);
+  }
+  std::vector<float> few = {100, 50, 9};
+  EXPECT_EQ(DendroGram::DistributeDistances(*files[1], few, buffer, 2, nullptr).size(), 1U) << "empty files go at once";
+  EXPECT_EQ(Files(), 5);
+}
+
+TEST_F(MegaDistancesOnDisk, TheBarMovesAtEveryTenThousandthRecord) {
+  std::vector<DistanceAndIndex> memory(10);
+  ProgressLog log;
+  const std::unique_ptr<NCProgress> bar = RecordingBar(&log);
+  MegaDistances store(memory, bar.get(), 40000);
+  for (int k = 1; k <= 20001; ++k) store.AddDistance({1, 1, 2});
+  EXPECT_EQ(log.Count("SetValue"), 2);
+  EXPECT_EQ(log.Count("IsBreakPressed"), 20001);
+  EXPECT_EQ(log.calls[2 + 9999], "SetValue 0.25") << "before the poll of the same record";
+}
+
+TEST_F(MegaDistancesOnDisk, WithoutPairsHasNoNearestOne) {
+  std::vector<DistanceAndIndex> memory(3);
+  MegaDistances store(memory, nullptr, 0);
+  EXPECT_EQ(ErrorOf([&] { store.GetNearest(); }), "Internal error in MegaDistances::LoadNextSegment.");
+  EXPECT_EQ(ErrorOf([&] { store.RemoveNearest(); }), "Internal error in MegaDistances::LoadNextSegment.");
+  EXPECT_EQ(ErrorOf([&] { store.LoadNextSegment(); }), "Internal error in MegaDistances::LoadNextSegment.");
+}
+
+/// Takes 399 distances from 0 to 1, equally spaced, and `odd` through a store with memory for ten; returns how often it
+/// divided a segment again.
+int DivisionsBeside(float odd) {
+  std::vector<DistanceAndIndex> memory(10);
+  ProgressLog log;
+  const std::unique_ptr<NCProgress> bar = RecordingBar(&log);
+  MegaDistances store(memory, bar.get(), 400);
+  store.AddDistance({odd, 1, 2});
+  for (int k = 0; k < 399; ++k) store.AddDistance({static_cast<float>(k) / 398, k, k + 1});
+  store.SplitDistances();
+  int next = 0;
+  for (int k = 0; k < 400; ++k, store.RemoveNearest()) {
+    const float distance = store.GetNearest().distance;
+    if (std::isnan(odd) && std::isnan(distance)) continue;
+    EXPECT_EQ(distance, next < 399 ? static_cast<float>(next) / 398 : odd);
+    ++next;
+  }
+  return static_cast<int>(std::count(log.calls.begin(), log.calls.end(), "SetText Re-partitioning"));
+}
+
+TEST_F(MegaDistancesOnDisk, OneDistanceFarOutDoesNotKeepTheOthersFromBeingDivided) {
+  // All but one fall into the segment up to 0.02 of their root mean square, 50000, and of its 41 parts into the first;
+  // then they are divided by their own limits, 41 parts of nine or ten.
+  EXPECT_EQ(DivisionsBeside(1e6F), 2);
+  // The limits are infinite: first it is set apart, then the others are found to lie from 0 to 1, and divided.
+  EXPECT_EQ(DivisionsBeside(kInfinity), 3);
+  // The NaN is the eleventh in the part of the smallest, 0 to 0.024, which is divided again, and then stands alone.
+  EXPECT_LE(DivisionsBeside(kNaN), 3);
+}
+
+TEST_F(MegaDistancesOnDisk, DistancesWhoseWidthIsNoNumberAreSetApartOneByOne) {
+  std::vector<DistanceAndIndex> memory(2);
+  MegaDistances store(memory, nullptr, 8);
+  const float distances[] = {3e38F, -3e38F, kInfinity, kNaN, -kInfinity, 3e38F, 1, kNaN};
+  for (const float distance : distances) store.AddDistance({distance, 1, 2});
+  store.SplitDistances();
+  std::vector<float> numbers;
+  for (int k = 0; k < 8; ++k, store.RemoveNearest())
+    if (!std::isnan(store.GetNearest().distance)) numbers.push_back(store.GetNearest().distance);
+  EXPECT_THAT(numbers, ElementsAre(-kInfinity, -3e38F, 1, 3e38F, 3e38F, kInfinity));
+}
+
+TEST_F(MegaDistancesOnDisk, LeavesNoFileAndNothingElseWhereMemoryRunsOut) {
+  const NCDataMatrix<float> table = RandomMatrix<float>(16, 3, 0, 1);
+  bool failed = true;
+  for (int which = 1; failed; ++which) {
+    const PeakBytesDuring meter;
+    {
+      DendroGram::SetMaximumPairsInMemory(30);
+      DendroGram::SingleLinkageDistanceCalculator calculator;
+      int i = 0, j = 0;
+      const FailAllocation failure(which);
+      try {
+        calculator.Init(table, nullptr);
+        for (int merge = 1; merge < 16; ++merge) calculator.FindNearestAndMerge(i, j);
+      } catch (const std::bad_alloc&) {
+      }
+      failed = failure.HasFailed();
+    }
+    dialogue_.shown.clear();
+    dialogue_.shown.shrink_to_fit();
+    ASSERT_EQ(Files(), 0) << "allocation " << which;
+    ASSERT_TRUE(which == 1 || meter.GetLiveBytes() <= 0) << "allocation " << which;  // the first keeps buffers
+  }
+}
+
+}  // namespace
