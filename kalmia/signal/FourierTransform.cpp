@@ -41,6 +41,29 @@ void Transpose(const double* x, double* y, int rows, int columns) {
     for (int r = 0; r < rows; ++r) y[c * rows + r] = x[r * columns + c];
 }
 
+/// The powers of e^(pi i / half), one after the other, by increments: with 1 - cos(theta) from the sine of half the
+/// angle no digits are lost.
+class TurningRoot {
+ public:
+  explicit TurningRoot(std::size_t half) {
+    const double theta = 6.28318530717959 / static_cast<double>(2 * half), sineOfHalf = std::sin(0.5 * theta);
+    stepRe_ = -2.0 * sineOfHalf * sineOfHalf;
+    stepIm_ = std::sin(theta);
+  }
+
+  void PutAndTurn(double* re, double* im) {
+    *re = re_;
+    *im = im_;
+    const double old = re_;
+    re_ += re_ * stepRe_ - im_ * stepIm_;
+    im_ += im_ * stepRe_ + old * stepIm_;
+  }
+
+ private:
+  double re_ = 1.0, im_ = 0.0;
+  double stepRe_, stepIm_;
+};
+
 bool IsOddPowerOfTwo(int size) {
   bool odd = false;
   for (; size > 1; size /= 2) odd = !odd;
@@ -57,19 +80,15 @@ FourierTransform::FourierTransform(int largest)
       nextIm_(nextRe_ + largest + kApart),
       rootRe_(nextIm_ + largest + kApart),
       rootIm_(rootRe_ + largest + kApart) {
-  for (std::size_t half = 1; half < static_cast<std::size_t>(largest); half *= 2) {
-    // The root goes on by increments: with 1 - cos(theta) from the sine of half the angle no digits are lost.
-    const double theta = 6.28318530717959 / static_cast<double>(2 * half);
-    const double sineOfHalf = std::sin(0.5 * theta);
-    const double stepRe = -2.0 * sineOfHalf * sineOfHalf, stepIm = std::sin(theta);
-    double re = 1.0, im = 0.0;
-    for (std::size_t k = 0; k < half; ++k) {
-      rootRe_[half + k] = re;
-      rootIm_[half + k] = im;
-      const double old = re;
-      re += re * stepRe - im * stepIm;
-      im += im * stepRe + old * stepIm;
-    }
+  if (largest < 2) return;
+  // Each root waits for the one before it: those of the largest size and those of all others, which are as many, are
+  // made side by side.
+  const auto half = static_cast<std::size_t>(largest) / 2;
+  TurningRoot ofLargest(half), ofOthers(1);
+  for (std::size_t i = 0; i < half; ++i) {
+    if (i > 0 && (i & (i - 1)) == 0) ofOthers = TurningRoot(i);  // where the roots of size 2 i begin
+    ofOthers.PutAndTurn(rootRe_ + i, rootIm_ + i);
+    ofLargest.PutAndTurn(rootRe_ + half + i, rootIm_ + half + i);
   }
 }
 
