@@ -52,8 +52,8 @@ NCDataVector<float>* Wavelet::UncompressVector(const NCDataVector<float>* in, co
                                                int originalLength, NCDataVector<float>* out, bool padded) {
   if (!in || !indices || originalLength < 0) return nullptr;
   const int length = padded ? kalmia::PowerLength(originalLength) : originalLength;
-  if ((padded && length < 1) || indices->Size() > length || in->Size() != indices->Size() || !AllWithin(*indices, length)) return nullptr;
-  if (out && out->Size() != length) return nullptr;
+  if ((padded && length < 1) || (out && out->Size() != length)) return nullptr;
+  if (indices->Size() > length || in->Size() != indices->Size() || !AllWithin(*indices, length)) return nullptr;
   std::vector<float> cells(static_cast<std::size_t>(length), 0.0F);
   for (int k = 1; k <= in->Size(); ++k) cells[static_cast<std::size_t>((*indices)[k] - 1)] = (*in)[k];
   kalmia::OutOrNew<Vector> result(out);

@@ -171,6 +171,16 @@ TEST(FFTCorrelation, MayReplaceItsOwnInput) {
   EXPECT_EQ(CellsOf(shared), Signal(30, 1));
 }
 
+TEST(FFTCorrelation, MayReplaceEitherOfTwoInputs) {
+  const std::vector<float> expected = Cross(Signal(30, 1), Signal(30, 2), FFT::DetrendMean, 7);
+  for (const bool first : {true, false}) {
+    NCDataVector<float> a = VectorOfCells(Signal(30, 1)), b = VectorOfCells(Signal(30, 2));
+    FFT::CrossCorrelation(&a, &b, FFT::DetrendMean, 7, first ? &a : &b);
+    EXPECT_EQ(CellsOf(first ? a : b), expected);
+    EXPECT_EQ(CellsOf(first ? b : a), Signal(30, first ? 2 : 1));
+  }
+}
+
 TEST(FFTCorrelation, OfCellsThatAreNoNumbersIsNoNumberThroughout) {
   for (const float bad : {std::numeric_limits<float>::quiet_NaN(), std::numeric_limits<float>::infinity()}) {
     const std::vector<float> r = Auto({1.0F, bad, 2.0F}, FFT::DetrendMean, 2);
