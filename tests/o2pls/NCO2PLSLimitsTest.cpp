@@ -215,6 +215,43 @@ TEST(NCO2PLSLimits, DoNotCountTheLastObservationOfYsScores) {
   ExpectRefusal(RefusalOf([&] { model.Fit(1, 1, 1); }), 1, 1, 0, 1);
 }
 
+/// Share, but for the sum, which is in double.
+double ExactShare(const Table& block, const Table& scores, const Table& loadings) {
+  double sum = 0.0;
+  for (int j = 1; j <= block.SizeColumns(); ++j)
+    for (int n = 1; n <= block.SizeRows(); ++n) sum += std::pow(static_cast<double>(loadings[1][j] * scores[1][n]), 2);
+  return sum / static_cast<double>(block.GetSS());
+}
+
+TEST(NCO2PLSLimits, AddUpInFloat) {
+  // Y has something of what is unique to X, just so much that a sum of thousands of squares in float and one in double
+  // lie on two sides of a twentieth.
+  constexpr int kRows = 3000;
+  const Table noise = RandomMatrix<float>(kRows, 3, 0, 5);
+  int decided = 0;
+  double low = 0.1, high = 0.6;
+  for (int step = 0; step < 40; ++step) {
+    const double size = 0.5 * (low + high);
+    Table X(kRows, 2), Y(kRows, 2);
+    for (int i = 1; i <= kRows; ++i) {
+      X(i, 1, 3.0F * noise[i][1]);
+      X(i, 2, noise[i][2]);
+      Y(i, 1, 3.0F * noise[i][1]);
+      Y(i, 2, static_cast<float>(size * 3.0) * noise[i][2] + 0.1F * noise[i][3]);
+    }
+    NCO2PLS unlimited(X, Y, /*checkDimensions=*/false, kMaxIterations);
+    unlimited.Fit(1, 1, 0);
+    const float share = Share(Y, unlimited.GetTo(), unlimited.GetS(), 1, kRows);
+    const double exact = ExactShare(Y, unlimited.GetTo(), unlimited.GetS());
+    (exact > 0.05 ? high : low) = size;
+    if ((static_cast<double>(share) > 0.05) == (exact > 0.05)) continue;
+    ++decided;
+    NCO2PLS model(X, Y, /*checkDimensions=*/true, kMaxIterations);
+    EXPECT_EQ(RefusalOf([&] { model.Fit(1, 1, 0); }).has_value(), static_cast<double>(share) > 0.05) << size;
+  }
+  EXPECT_GT(decided, 0);
+}
+
 TEST(NCO2PLSLimits, AddUpTheComponentsOfASide) {
   // Some model has components none of which explains a twentieth of Y by itself, but together they do.
   int found = 0;

@@ -35,12 +35,43 @@ Table RowsOf(const Table& table, const Groups& groups, int group, bool heldOut) 
   return rows;
 }
 
-/// Blocks of several shapes: a single rounding shows in some of their numbers, if not in all.
+/// Blocks with something in common, and of nothing but noise, whose Q2 lie so near to 0 that a float there tells any
+/// rounding of its sums: a single rounding shows in some of the numbers, if not in all.
 std::vector<FloatBlocks> SomeBlocks() {
   std::vector<FloatBlocks> all;
-  for (unsigned seed = 1; seed <= 6; ++seed) all.push_back(MakeFloatBlocks({26, 7, 5, 2, 1, 1}, 0.3, seed));
+  for (unsigned seed = 1; seed <= 6; ++seed) {
+    all.push_back(MakeFloatBlocks({26, 7, 5, 2, 1, 1}, 0.3, seed));
+    all.push_back({RandomMatrix<float>(20, 5, 0, seed), RandomMatrix<float>(20, 4, 0, seed + 50)});
+  }
   return all;
 }
+
+/// For the length of a scope, what a component has to gain.
+struct LimitsAre {
+  explicit LimitsAre(float limit) {
+    SetO2PLSQ2Limit(limit);
+    SetO2PLSPredictiveQ2Limit(limit);
+  }
+  ~LimitsAre() {
+    SetO2PLSQ2Limit(0.01F);
+    SetO2PLSPredictiveQ2Limit(0.01F);
+  }
+};
+
+/// Gains that a float holds only roughly, and whether they are above what it holds.
+class Gains {
+ public:
+  static bool CanBeALimit(double gain) { return gain > 1e-4 && gain < 0.9; }
+  bool IsAbove(double gain) {
+    const bool above = gain > static_cast<double>(static_cast<float>(gain));
+    ++(above ? above_ : below_);
+    return above;
+  }
+  bool BothOccurred() const { return above_ > 0 && below_ > 0; }
+
+ private:
+  int above_ = 0, below_ = 0;
+};
 
 // ---- O2PLSPredictiveComponentEstimator
 
@@ -53,6 +84,7 @@ Vector FirstLoading(const Table& table) {
 struct Series {
   std::vector<float> q2, q2X, q2Y, r2, r2X, r2Y;
   std::vector<int> codes;
+  std::vector<double> gains;
 };
 
 double DistanceOf(const Table& a, const Table& b) {
@@ -121,6 +153,7 @@ Series SeriesOf(Table X, Table Y, const Groups& groups, int components) {
     series.q2X.push_back(static_cast<float>(1.0 - pressX / ssX));
     series.q2Y.push_back(static_cast<float>(1.0 - pressY / ssY));
     series.codes.push_back(gain > kLimit ? 0 : 3);
+    series.gains.push_back(gain);
   }
   Table prediction = nothing;
   for (int a = 1; a <= components; ++a) {
@@ -149,6 +182,22 @@ TEST(O2plsRounding, TheEstimatorHasTheSeriesOfItsStepsToTheBit) {
     const auto codes = estimator.GetSignificance();
     EXPECT_EQ(std::vector<int>(codes.begin(), codes.end()), expected.codes);
   }
+}
+
+TEST(O2plsRounding, TheEstimatorHoldsAGainInDoubleAgainstItsLimit) {
+  Gains gains;
+  for (const FloatBlocks& blocks : SomeBlocks()) {
+    const Groups groups = GetDeafultCVGroupsVector(blocks.X.SizeRows(), kGroups);
+    const Series expected = SeriesOf(blocks.X, blocks.Y, groups, 2);
+    for (int a = 1; a <= 2; ++a) {
+      const double gain = expected.gains[static_cast<std::size_t>(a) - 1];
+      if (!Gains::CanBeALimit(gain)) continue;
+      const LimitsAre limit(static_cast<float>(gain));
+      const O2PLSPredictiveComponentEstimator estimator(&blocks.X, &blocks.Y, -1, &groups, 2);
+      EXPECT_EQ(estimator.GetSignificance()[a], gains.IsAbove(gain) ? 0 : 3);
+    }
+  }
+  EXPECT_TRUE(gains.BothOccurred());
 }
 
 // ---- O2PLSCrossValidation
@@ -181,10 +230,12 @@ class Steps {
 
   void Run(int predictive, int ofX, int ofY) {
     for (Validated& round : rounds_) round.model.Fit(predictive, 0, 0);
+    gainsX.clear();
     q2X = AddComponents(true, ofX);
     q2Y = AddComponents(false, ofY);
     if (ofY > 0) {
       for (Validated& round : rounds_) round.model.Fit(predictive, 0, ofY);
+      gainsX.clear();
       q2X = AddComponents(true, ofX);
     }
     Judge(predictive);
@@ -192,6 +243,7 @@ class Steps {
 
   std::vector<float> q2X, q2Y, q2Cum;
   std::vector<std::vector<float>> q2Var, squares;
+  std::vector<double> gainsX, gainsY;
 
  private:
   double Press(bool ofY) const {
@@ -201,7 +253,9 @@ class Steps {
   }
 
   std::vector<float> AddComponents(bool xSide, int count) {
-    const float total = static_cast<float>(xSide ? totalY_ : totalX_);
+    const double exactTotal = xSide ? totalY_ : totalX_;
+    const double total = static_cast<double>(static_cast<float>(exactTotal));
+    double before = 1.0 - Press(xSide) / exactTotal;
     std::vector<float> series;
     for (int o = 0; o < count; ++o) {
       for (Validated& round : rounds_) {
@@ -209,7 +263,10 @@ class Steps {
         round.model.CalculatePredictiveComps(round.model.SizePredComps());
         round.model.Finalise();
       }
-      series.push_back(static_cast<float>(1.0 - Press(xSide) / static_cast<double>(total)));
+      const double q2 = 1.0 - Press(xSide) / total;
+      series.push_back(static_cast<float>(q2));
+      (xSide ? gainsX : gainsY).push_back(q2 - before);
+      before = q2;
     }
     return series;
   }
@@ -244,25 +301,77 @@ class Steps {
   std::vector<Validated> rounds_;
 };
 
+struct Numbers {
+  int predictive, ofX, ofY;
+};
+
+O2PLSCVResults ResultsOf(const FloatBlocks& blocks, Groups groups, const Numbers& n) {
+  return O2PLSCrossValidation(&blocks.X, &blocks.Y, 0, nullptr, &groups, kMaxIterations, n.predictive, n.ofX, n.ofY)
+      .GetResults();
+}
+
 TEST(O2plsRounding, TheCrossValidationHasTheSeriesOfItsStepsToTheBit) {
-  const struct {
-    int predictive, ofX, ofY;
-  } numbers[] = {{2, 1, 1}, {3, 2, 0}, {1, 2, 2}};
   for (const FloatBlocks& blocks : SomeBlocks())
-    for (const auto& n : numbers) {
+    for (const Numbers& n : {Numbers{2, 1, 1}, {3, 2, 0}, {1, 2, 2}}) {
       SCOPED_TRACE(std::to_string(n.predictive) + " predictive");
-      Groups groups = GetDeafultCVGroupsVector(blocks.X.SizeRows(), kGroups);
+      const Groups groups = GetDeafultCVGroupsVector(blocks.X.SizeRows(), kGroups);
       Steps steps(blocks, groups);
       steps.Run(n.predictive, n.ofX, n.ofY);
-      const O2PLSCVResults results = O2PLSCrossValidation(&blocks.X, &blocks.Y, 0, nullptr, &groups, kMaxIterations,
-                                                          n.predictive, n.ofX, n.ofY)
-                                         .GetResults();
+      const O2PLSCVResults results = ResultsOf(blocks, groups, n);
       EXPECT_EQ(CellsOf(results.Q2XSide), steps.q2X);
       EXPECT_EQ(CellsOf(results.Q2YSide), steps.q2Y);
       EXPECT_EQ(CellsOf(results.Q2Cum), steps.q2Cum);
       EXPECT_EQ(CellsOf(results.Q2Var), steps.q2Var);
       EXPECT_EQ(CellsOf(results.SSTable), steps.squares);
     }
+}
+
+TEST(O2plsRounding, TheCrossValidationHoldsAGainInDoubleAgainstItsLimit) {
+  Gains gains;
+  for (const FloatBlocks& blocks : SomeBlocks())
+    for (const Numbers& n : {Numbers{2, 2, 1}, {1, 2, 2}}) {
+      const Groups groups = GetDeafultCVGroupsVector(blocks.X.SizeRows(), kGroups);
+      Steps steps(blocks, groups);
+      steps.Run(n.predictive, n.ofX, n.ofY);
+      for (const bool xSide : {true, false}) {
+        int component = 0;
+        for (const double gain : xSide ? steps.gainsX : steps.gainsY) {
+          ++component;
+          if (!Gains::CanBeALimit(gain)) continue;
+          const LimitsAre limit(static_cast<float>(gain));
+          const O2PLSCVResults results = ResultsOf(blocks, groups, n);
+          const Groups& codes = xSide ? results.XSideSignificance : results.YSideSignificance;
+          EXPECT_EQ(codes[component], gains.IsAbove(gain) ? 0 : 3);
+        }
+      }
+    }
+  EXPECT_TRUE(gains.BothOccurred());
+}
+
+TEST(O2plsRounding, TheCrossValidationHoldsTheGainsOfSingleVariablesInDoubleAgainstItsLimit) {
+  Gains gains;
+  constexpr int kPredictive = 3, kNeeded = 2;  // of four variables
+  for (unsigned seed = 1; seed <= 40; ++seed) {
+    const FloatBlocks blocks{RandomMatrix<float>(25, 8, 0, seed), RandomMatrix<float>(25, 4, 0, seed + 50)};
+    const Groups groups = GetDeafultCVGroupsVector(25, kGroups);
+    const O2PLSPredictiveComponentEstimator estimator(&blocks.X, &blocks.Y, -1, &groups, kPredictive);
+    const O2PLSCVResults before = ResultsOf(blocks, groups, {kPredictive, 0, 0});
+    const std::vector<float> q2 = CellsOf(before.Q2Cum);
+    const int next = static_cast<int>(std::max_element(q2.begin(), q2.end()) - q2.begin()) + 2;
+    if (next > kPredictive || estimator.GetSignificance()[next] != 0) continue;
+    std::vector<double> ofVariables;
+    const Table& q2Var = before.Q2Var;
+    for (int j = 1; j <= 4; ++j)
+      ofVariables.push_back(static_cast<double>(q2Var[next][j]) - static_cast<double>(q2Var[next - 1][j]));
+    std::sort(ofVariables.rbegin(), ofVariables.rend());
+    const double gain = ofVariables[kNeeded - 1];
+    if (!Gains::CanBeALimit(gain)) continue;
+    SetO2PLSQ2Limit(static_cast<float>(gain));
+    const O2PLSCVResults results = ResultsOf(blocks, groups, {kPredictive, 0, 0});
+    SetO2PLSQ2Limit(0.01F);
+    EXPECT_EQ(results.PredictiveSignificance[next], gains.IsAbove(gain) ? 1 : 3) << "seed " << seed;
+  }
+  EXPECT_TRUE(gains.BothOccurred());
 }
 
 }  // namespace
