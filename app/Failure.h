@@ -5,7 +5,8 @@
 
 namespace kalmia::app {
 
-/// What the command's exit code says. A stop by Ctrl-C gives the shells' own code for it, 128 + SIGINT.
+/// What the command's exit code says. A stop by Ctrl-C gives the shells' own code for it, 128 + SIGINT; for stops by
+/// other signals see ExitStatus.
 enum class ExitCode { Success = 0, BadData = 1, Usage = 2, Files = 3, Stopped = 130 };
 
 /// Ends the command: one line for standard error, and the exit code. Whoever throws it has left nothing half done.

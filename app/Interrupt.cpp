@@ -11,11 +11,15 @@ namespace kalmia::app {
 
 namespace {
 
-volatile std::sig_atomic_t interrupted = 0;
+volatile std::sig_atomic_t stopSignal = 0;
 
-extern "C" void NoteInterrupt(int /*signal*/) {
-  if (interrupted != 0) _exit(static_cast<int>(ExitCode::Stopped));
-  interrupted = 1;
+/// A terminal that is closed may hang up twice, which is no haste.
+extern "C" void NoteSignal(int signal) {
+  if (stopSignal == 0) {
+    stopSignal = signal;
+  } else if (signal == SIGINT) {
+    _exit(ExitStatus(ExitCode::Stopped));
+  }
 }
 
 void Handle(int signal, void (*handler)(int)) {
@@ -25,14 +29,28 @@ void Handle(int signal, void (*handler)(int)) {
   sigaction(signal, &action, nullptr);
 }
 
+/// A signal that the starter of the process had ignored, as nohup does, stays ignored.
+void CatchUnlessIgnored(int signal) {
+  struct sigaction before = {};
+  if (sigaction(signal, nullptr, &before) == 0 && before.sa_handler == SIG_IGN) return;
+  Handle(signal, NoteSignal);
+}
+
 }  // namespace
 
 void CatchSignals() {
-  Handle(SIGINT, NoteInterrupt);
+  Handle(SIGINT, NoteSignal);
+  CatchUnlessIgnored(SIGTERM);
+  CatchUnlessIgnored(SIGHUP);
   Handle(SIGXFSZ, SIG_IGN);
 }
 
-bool Interrupted() { return interrupted != 0; }
+bool Interrupted() { return stopSignal != 0; }
+
+int ExitStatus(ExitCode code) {
+  constexpr int kShellsOffset = 128;
+  return code == ExitCode::Stopped && Interrupted() ? kShellsOffset + stopSignal : static_cast<int>(code);
+}
 
 void StopIfInterrupted() {
   if (Interrupted()) throw Failure(ExitCode::Stopped, "stopped");

@@ -45,5 +45,5 @@ int main(int argc, char** argv) {
   } catch (const std::exception& error) {
     PrintError(OneLine(error.what()));
   }
-  return static_cast<int>(code);
+  return ExitStatus(code);
 }

@@ -1,5 +1,7 @@
 // Cluster trees: the distances of all rows as a share of the machine's floating-point rate, and the whole analysis.
 #include <algorithm>
+#include <fstream>
+#include <string>
 #include <vector>
 
 #include "FloatRate.h"
@@ -7,6 +9,7 @@
 #include "Tables.h"
 #include "kalmia/cluster/DendroGram.h"
 #include "kalmia/cluster/InitialDistances.h"
+#include "kalmia/support/UserComm.h"
 
 namespace {
 
@@ -68,6 +71,45 @@ void Tree(benchmark::State& state, const Calculator& fresh) {
 
 void SingleLinkage(benchmark::State& state) { Tree(state, DendroGram::SingleLinkageDistanceCalculator()); }
 BENCHMARK(SingleLinkage)->ArgsProduct({{1000, 2000, 4000, 8000}, {1, 2}})->Iterations(2)->UseRealTime();
+
+/// What went through read and write calls so far.
+double BytesMoved() {
+  std::ifstream file("/proc/self/io");
+  double bytes = 0, number = 0;
+  for (std::string word; file >> word >> number;)
+    if (word == "rchar:" || word == "wchar:") bytes += number;
+  return bytes;
+}
+
+/// The library's questions are not asked.
+struct NoDialogue : UserComm {
+  NoDialogue() { SetUserComm(this); }
+  ~NoDialogue() override { SetUserComm(nullptr); }
+  int Ask(const char*, const char*, const char*, int) override { return 0; }
+  void Show(const char*, const char*, int) override {}
+};
+
+/// The second argument is the share of the pairs that fits in memory, as its reciprocal. "moved" is what was read and
+/// written over the size of the list of pairs: what is written, then read and written while it is split, and read again
+/// up to the last merge would be 4 at most.
+void SingleLinkageOnDisk(benchmark::State& state) {
+  const int rows = static_cast<int>(state.range(0));
+  const NoDialogue dialogue;
+  const NCDataMatrix<float> table = RandomTable(rows, kColumns, 0, 1);
+  DendroGram::SetMaximumPairsInMemory(static_cast<std::uint64_t>(PairsOf(rows)) / state.range(1));
+  const double before = BytesMoved();
+  FastestPass fastest;
+  for (auto _ : state)
+    fastest.Run([&] {
+      DendroGram::SingleLinkageDistanceCalculator calculator;
+      DendroGram::DendroGramNode::Destroy(DendroGram::GetDendroGram(table, calculator, nullptr, nullptr));
+    });
+  DendroGram::SetMaximumPairsInMemory(0);
+  const double list = PairsOf(rows) * sizeof(DendroGram::DistanceAndIndex);
+  state.counters["s"] = fastest.Seconds();
+  state.counters["moved"] = (BytesMoved() - before) / static_cast<double>(state.iterations()) / list;
+}
+BENCHMARK(SingleLinkageOnDisk)->ArgsProduct({{1000, 4000}, {2, 16, 128}})->Iterations(2)->UseRealTime();
 
 void Ward(benchmark::State& state) {
   using DendroGram::WardDistanceCalculator;

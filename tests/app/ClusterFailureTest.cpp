@@ -208,4 +208,19 @@ TEST(Interrupt, StopsAClusterAnalysisAtEachOfItsStepsAndLeavesNothingBehind) {
   }
 }
 
+TEST(Interrupt, ATerminatedClusterAnalysisAndOneWhoseTerminalIsGoneLeaveNothingBehind) {
+  const ScratchFolder folder, temporary;
+  const std::string table = folder.Write("t.csv", UnrelatedTable(3000, 3, 1, 1));
+  for (const int signal : {SIGTERM, SIGHUP}) {
+    const CommandResult run = RunOnTerminal(
+        {"cluster", table, "--method", "single", "--memory", "1M", "--temp", temporary.Path("."), "--merges",
+         folder.Path("m.csv")},
+        "Calculating and saving", signal);
+    EXPECT_EQ(run.exitCode, 128 + signal);
+    EXPECT_THAT(run.error, HasSubstr("kalmia: stopped"));
+    EXPECT_EQ(temporary.Names(), std::vector<std::string>());
+    EXPECT_EQ(folder.Names(), std::vector<std::string>{"t.csv"});
+  }
+}
+
 }  // namespace

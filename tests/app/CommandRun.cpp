@@ -105,7 +105,7 @@ CommandResult RunKalmia(const std::vector<std::string>& arguments, const std::st
   return RunKalmia(run);
 }
 
-CommandResult RunOnTerminal(const std::vector<std::string>& arguments, const std::string& interruptAt) {
+CommandResult RunOnTerminal(const std::vector<std::string>& arguments, const std::string& interruptAt, int signal) {
   int terminal = -1;
   const pid_t process = forkpty(&terminal, nullptr, nullptr, nullptr);
   if (process < 0) throw std::runtime_error("no terminal");
@@ -117,7 +117,7 @@ CommandResult RunOnTerminal(const std::vector<std::string>& arguments, const std
     if (got <= 0) break;
     result.error.append(block.data(), static_cast<std::size_t>(got));
   }
-  if (!interruptAt.empty()) kill(process, SIGINT);
+  if (!interruptAt.empty()) kill(process, signal);
   result.error += Drain(terminal);
   result.exitCode = ExitCode(process);
   close(terminal);

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <csignal>
 #include <nlohmann/json.hpp>
 #include <string>
 #include <vector>
@@ -28,9 +29,10 @@ struct CommandRun {
 CommandResult RunKalmia(const CommandRun& run);
 CommandResult RunKalmia(const std::vector<std::string>& arguments, const std::string& input = "");
 
-/// Runs `kalmia` on a terminal of its own; sends it SIGINT once `interruptAt` has appeared there. `error` then holds
+/// Runs `kalmia` on a terminal of its own; sends it the signal once `interruptAt` has appeared there. `error` then holds
 /// what the terminal showed, both outputs together.
-CommandResult RunOnTerminal(const std::vector<std::string>& arguments, const std::string& interruptAt = "");
+CommandResult RunOnTerminal(const std::vector<std::string>& arguments, const std::string& interruptAt = "",
+                            int signal = SIGINT);
 
 /// Runs `kalmia` with a standard input on which nothing comes, and sends it SIGINT once it waits there.
 CommandResult InterruptWaitingForInput(const std::vector<std::string>& arguments);

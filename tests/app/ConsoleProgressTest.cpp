@@ -95,5 +95,29 @@ TEST_F(ConsoleProgressDeathTest, EndsAtOnceAtTheSecondCtrlC) {
   EXPECT_EXIT(ends(), ::testing::ExitedWithCode(130), "");
 }
 
+TEST_F(ConsoleProgressDeathTest, AHangUpAndARequestToTerminateStopAsCtrlCDoesHoweverOftenTheyCome) {
+  for (const int signal : {SIGHUP, SIGTERM}) {
+    const auto stops = [signal] {
+      CatchSignals();
+      if (Interrupted()) Conclude(false);
+      std::raise(signal);
+      std::raise(SIGHUP);
+      std::raise(SIGTERM);
+      Conclude(Interrupted() && ExitStatus(ExitCode::Stopped) == 128 + signal && ExitStatus(ExitCode::Files) == 3);
+    };
+    EXPECT_EXIT(stops(), ::testing::ExitedWithCode(0), "");
+  }
+}
+
+TEST_F(ConsoleProgressDeathTest, AHangUpThatIsIgnoredStaysIgnored) {
+  const auto goesOn = [] {
+    std::signal(SIGHUP, SIG_IGN);  // as nohup does
+    CatchSignals();
+    std::raise(SIGHUP);
+    Conclude(!Interrupted());
+  };
+  EXPECT_EXIT(goesOn(), ::testing::ExitedWithCode(0), "");
+}
+
 }  // namespace
 }  // namespace kalmia::app
