@@ -8,7 +8,7 @@ namespace kalmia {
 // Steps of models that filter a table X by scores T and weights W (a component a row, as many in both), or multiply it
 // from the left by few rows A, in one pass over it. F below is X after X.AddVprimV(T[a], W[a], -1) for each row a in
 // turn; nobody stores it. The bits are those of the steps taken singly, which is what is done where X or a factor has
-// holes. No vector or factor may be a row of X.
+// holes, or A has so many rows that this is faster. No vector or factor may be a row of X.
 
 /// A X = A.MatrixMultiply(X, false, false). Every row of A takes a row of X while it lies in cache.
 NCDataMatrix<float> MultiplyByFew(const NCDataMatrix<float>& A, const NCDataMatrix<float>& X);

@@ -96,6 +96,10 @@ TEST(FilterPasses, GiveTheBitsOfTheStepsTakenSingly) {
   }
 }
 
+TEST(FilterPasses, GiveTheBitsOfTheStepsHoweverManyTheFewRowsAre) {
+  for (const int factors : {22, 23, 24, 25, 70}) ExpectTheStepsTakenSingly(Case(20, 40, factors, /*components=*/2));
+}
+
 TEST(FilterPasses, GiveTheBitsOfTheStepsTakenSinglyWithTheScalarTwins) {
   kalmia::simd::UseScalarTwins(true);
   ExpectTheStepsTakenSingly(Case(33, 600, 2, 2));
