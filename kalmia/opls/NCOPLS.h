@@ -29,7 +29,7 @@ class NCOPLS {
   /// predictive block, at most the smaller side of Y; 0 or less leaves it to the first block: components of Y'X whose
   /// sum of squares is at least 1 % of the first's. (With one Y it is 1 either way.) `maxIterations` limits the passes
   /// for holes and the rounds of the principal components of Y'X. The tables' cells are shared until the model filters
-  /// them.
+  /// them; models of the same tables belong to the same thread until then.
   NCOPLS(const NCDataMatrix<float>* X, const NCDataMatrix<float>* Y, int predictiveComponents, int maxIterations);
   /// Rebuilds a model from its blocks W, P and C (one per number of orthogonal components, from 0) and its orthogonal
   /// WO, PO and CO (O x ...) on X and Y, by replaying the filter. The size of the block is that of the first W. U is
