@@ -1,6 +1,7 @@
-// Assignments that lack memory: at every allocation in turn.
+// Steps and assignments that lack memory: at every allocation in turn.
 #include <gtest/gtest.h>
 
+#include <functional>
 #include <new>
 #include <string>
 #include <type_traits>
@@ -8,6 +9,7 @@
 #include "OplsCase.h"
 #include "testing/AllocationMeter.h"
 #include "testing/RandomTables.h"
+#include "testing/Threads.h"
 
 namespace {
 
@@ -57,6 +59,62 @@ TEST_F(OplsOutOfMemory, AssigningAValidationOrItsDataChangesAllOrNothing) {
   ExpectAllOrNothing(from, to);
   const OPLSCrossvalidationData dataFrom = *from.GetData(), dataTo = *to.GetData();
   ExpectAllOrNothing(dataFrom, dataTo);
+}
+
+// ---- the caller's tables, whose cells models share
+
+/// Lets every `stride`-th allocation of `work` fail in turn; the tables keep their cells, counts and places.
+void ExpectTablesLeftAlone(const Tables& tables, int stride, const std::function<void()>& work) {
+  const auto x = CellsOf(tables.X), y = CellsOf(tables.Y);
+  const float *const xPlace = tables.X[1].begin(), *const yPlace = tables.Y[1].begin();
+  int failures = 0;
+  for (int which = 1; which < 100000; which += stride) {
+    bool threw = false;
+    {
+      const FailAllocation fail(which);
+      try {
+        work();
+      } catch (const std::bad_alloc&) {
+        threw = true;
+      }
+    }
+    ASSERT_EQ(CellsOf(tables.X), x) << "allocation " << which;
+    ASSERT_EQ(CellsOf(tables.Y), y) << "allocation " << which;
+    if (!threw) break;
+    ++failures;
+  }
+  EXPECT_GT(failures, 20);
+  EXPECT_TRUE(HasExactCounts(tables.X) && HasExactCounts(tables.Y));
+  EXPECT_EQ(tables.X[1].begin(), xPlace);
+  EXPECT_EQ(tables.Y[1].begin(), yPlace);
+}
+
+class OplsOutOfMemoryAtWork : public ::testing::TestWithParam<double> {};  // holes
+INSTANTIATE_TEST_SUITE_P(Holes, OplsOutOfMemoryAtWork, ::testing::Values(0.0, 0.1));
+
+TEST_P(OplsOutOfMemoryAtWork, AModelLeavesTheTablesAlone) {
+  const Tables tables = RelatedTables(6, 4, 2, GetParam(), 1);
+  const NCOPLS whole = FittedOpls(tables, 1, 1);
+  const std::string before = Everything(whole);
+  ExpectTablesLeftAlone(tables, 1, [&tables] { FittedOpls(tables, 1, 1); });
+  EXPECT_EQ(Everything(whole), before) << "a model that shared the tables";
+}
+
+TEST_P(OplsOutOfMemoryAtWork, ARebuiltModelAndItsPredictionLeaveTheTablesAlone) {
+  const Tables tables = RelatedTables(6, 4, 2, GetParam(), 1);
+  const NCOPLS stored = FittedOpls(tables, 2, 1);
+  ExpectTablesLeftAlone(tables, 1, [&] {
+    NCOPLS model(&tables.X, &tables.Y, stored.GetWMatrices(), stored.GetPMatrices(), stored.GetCMatrices(),
+                 stored.GetWOprim(), stored.GetPOprim(), stored.GetCOprim(), 2, 200);
+    PredictedBy(&model, tables.X);
+  });
+}
+
+TEST(OplsOutOfMemoryInATeam, IsAnExceptionForTheCaller) {
+  const Threads team(2);
+  const Tables tables = RelatedTables(4, 9000, 1, 0.0, 1);  // as many cells as pay for a team, in few rows
+  ASSERT_EQ(TeamReallyGot(4 * 9000), 2);
+  ExpectTablesLeftAlone(tables, 5, [&tables] { FittedOpls(tables, 1, 1); });
 }
 
 }  // namespace
