@@ -157,11 +157,12 @@ void Wavelet::SubBackwardTransFormBestBasis(NCDataVector<float>* work, NCDataVec
 void Wavelet::TransformSignalBestBasis(const NCDataVector<float>& in, const BoolVector& decisions,
                                        const WaveletFilters& filters, DetrendMode mode, long double& mean,
                                        long double& slope, NCDataVector<float>& out) {
+  const int length = decisions.Size() + 1;
   Vector work;
-  PrepareSignal(in, mode, mean, slope, decisions.Size() + 1, work);
-  out.CopyContent(work);
-  if (RootIsSplit(decisions))
-    SubForwardTransFormBestBasis(&work, &out, &decisions, filters, 1, 1, /*sequency=*/true);
+  PrepareSignal(in, mode, mean, slope, length, work);
+  std::vector<float> cells(work.begin(), work.end());
+  if (RootIsSplit(decisions)) Packets(decisions, filters, /*sequency=*/true).Forward(cells.data(), length, 1, 1);
+  out.CopyZeroBasedVector(cells.data(), length);
 }
 
 NCDataVector<float>* Wavelet::ForwardTransformBestBasis(const NCDataVector<float>* in, const BoolVector* decisions,

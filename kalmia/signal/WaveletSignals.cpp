@@ -35,12 +35,44 @@ class Collected {
 bool HasMeans(const Trends& trends) { return trends.mode != Wavelet::DetrendNone; }
 bool HasSlopes(const Trends& trends) { return trends.mode == Wavelet::DetrendLinear; }
 
+struct CollectedTrends {
+  CollectedTrends(const Trends& trends, int signals)
+      : means(HasMeans(trends), trends.means, signals), slopes(HasSlopes(trends), trends.slopes, signals) {}
+  void HandOver() {
+    means.HandOver();
+    slopes.HandOver();
+  }
+
+  Collected means, slopes;
+};
+
 bool Fits(bool wanted, const Vector* given, int signals) { return !wanted || !given || given->Size() == signals; }
+
+bool TrendsFit(const Trends& trends, int signals) {
+  return Fits(HasMeans(trends), trends.means, signals) && Fits(HasSlopes(trends), trends.slopes, signals);
+}
 
 bool EveryRowHasPresentCell(const Matrix& in) {
   for (int r = 1; r <= in.SizeRows(); ++r)
     if (!HasPresentCell(&in[r])) return false;
   return true;
+}
+
+/// A table of the right size takes the rows one by one, be it the input itself; any other gives way to a new one.
+void FillRows(const Matrix& in, int length, const SignalTransform& transform, CollectedTrends& trends, Matrix& out) {
+  const int signals = in.SizeRows();
+  const bool fits = out.SizeRows() == signals && out.SizeColumns() == length;
+  Matrix fresh(0, length);
+  if (!fits) fresh.ReserveRows(signals);
+  for (int r = 1; r <= signals; ++r) {
+    long double mean = 0, slope = 0;
+    Vector coefficients;
+    transform(in[r], mean, slope, coefficients);
+    fits ? out.SetRow(r, coefficients) : static_cast<void>(fresh.push_back(coefficients));
+    trends.means.Set(r, mean);
+    trends.slopes.Set(r, slope);
+  }
+  if (!fits) out = fresh;
 }
 
 }  // namespace
@@ -58,48 +90,32 @@ NCDataVector<float> ColumnOf(const NCDataMatrix<float>& table, int c) {
   return column;
 }
 
-/// A table of the right size takes the rows one by one, be it the input itself; any other gives way to a new one.
 NCDataMatrix<float>* TransformRows(const NCDataMatrix<float>* in, int length, const Trends& trends,
                                    NCDataMatrix<float>* out, const SignalTransform& transform) {
-  if (!in) return nullptr;
-  const int signals = in->SizeRows();
-  if (!Fits(HasMeans(trends), trends.means, signals) || !Fits(HasSlopes(trends), trends.slopes, signals) ||
-      !EveryRowHasPresentCell(*in))
-    return nullptr;
-
-  Collected means(HasMeans(trends), trends.means, signals), slopes(HasSlopes(trends), trends.slopes, signals);
-  const bool fits = out && out->SizeRows() == signals && out->SizeColumns() == length;
-  Matrix fresh(0, length);
-  if (!fits) fresh.ReserveRows(signals);
-  for (int r = 1; r <= signals; ++r) {
-    long double mean = 0, slope = 0;
-    Vector coefficients;
-    transform((*in)[r], mean, slope, coefficients);
-    fits ? out->SetRow(r, coefficients) : static_cast<void>(fresh.push_back(coefficients));
-    means.Set(r, mean);
-    slopes.Set(r, slope);
-  }
+  if (!in || !TrendsFit(trends, in->SizeRows()) || !EveryRowHasPresentCell(*in)) return nullptr;
+  CollectedTrends collected(trends, in->SizeRows());
   OutOrNew<Matrix> result(out);
-  if (!fits) *result = fresh;
-  means.HandOver();
-  slopes.HandOver();
+  FillRows(*in, length, transform, collected, *result);
+  collected.HandOver();
   return result.HandOver();
 }
 
 /// Through transposed tables, which are walked in squares: column by column every cell would cost a line of the cache.
 NCDataMatrix<float>* TransformColumns(const NCDataMatrix<float>* in, int length, const Trends& trends,
                                       NCDataMatrix<float>* out, const SignalTransform& transform) {
-  if (!in) return nullptr;
-  auto turned = std::make_unique<Matrix>();
-  turned->CopyContent(*in);  // not a share: others may read the table at the same time
-  turned->Transpose();
-  auto result = std::make_unique<Matrix>();
-  if (!TransformRows(turned.get(), length, trends, result.get(), transform)) return nullptr;
-  turned.reset();
-  result->Transpose();
-  if (!out) return result.release();
-  *out = *result;
-  return out;
+  if (!in || !TrendsFit(trends, in->SizeColumns())) return nullptr;
+  Matrix turned, rows;
+  turned.CopyContent(*in);  // not a share: others may read the table at the same time
+  turned.Transpose();
+  if (!EveryRowHasPresentCell(turned)) return nullptr;
+  CollectedTrends collected(trends, turned.SizeRows());
+  OutOrNew<Matrix> result(out);
+  FillRows(turned, length, transform, collected, rows);
+  turned.Clear();  // its memory may be wanted
+  rows.Transpose();
+  *result = rows;
+  collected.HandOver();
+  return result.HandOver();
 }
 
 }  // namespace kalmia

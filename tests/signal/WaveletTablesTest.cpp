@@ -1,7 +1,10 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <new>
+
 #include "signal/WaveletCase.h"
+#include "testing/AllocationMeter.h"
 
 using ::testing::Each;
 
@@ -175,6 +178,25 @@ TEST_P(WaveletOfTables, AreRefusedForSignalsWithoutCells) {
   const NCDataMatrix<float> table = GetParam().byRow ? NCDataMatrix<float>(6, 0) : NCDataMatrix<float>(0, 6);
   for (bool pad : {false, true}) EXPECT_EQ(Transform(&table, Wavelet::DetrendMean, nullptr, pad), nullptr);
   EXPECT_EQ(means_, nullptr);
+}
+
+TEST_P(WaveletOfTables, LeaveEverythingAsItWasWhereMemoryRunsOut) {
+  const NCDataMatrix<float> table = Table(3, 6, 1), untouched(2, 2, 1.0F);
+  int failures = 0;
+  for (int which = 1;; ++which, ++failures) {
+    NCDataMatrix<float> out(2, 2, 1.0F);
+    try {
+      const FailAllocation fail(which);
+      Transform(&table, Wavelet::DetrendLinear, &out, true);
+      if (!fail.HasFailed()) break;
+      FAIL() << "allocation " << which << " was not missed";
+    } catch (const std::bad_alloc&) {
+    }
+    EXPECT_EQ(out, untouched) << which;
+    EXPECT_EQ(means_, nullptr) << which;
+    EXPECT_EQ(slopes_, nullptr) << which;
+  }
+  EXPECT_GE(failures, 10);  // trends, filters, rows, table
 }
 
 INSTANTIATE_TEST_SUITE_P(BothWays, WaveletOfTables, ::testing::ValuesIn(kDirections),
