@@ -90,9 +90,9 @@ class Wavelet {
   static NCDataVector<float>* ForwardTransform(const NCDataVector<float>* in, const WaveletFilters& filters,
                                                DetrendMode mode, long double& mean, long double& slope,
                                                NCDataVector<float>* out, bool pad);
-  /// Each row of `in` as a signal on its own. `out` is resized; where it has the size already, it takes row by row, also
-  /// if memory runs out in between. `means` gets a cell per signal in all modes but 0, `slopes` in mode 2: null ones are
-  /// replaced by new vectors then, others must have the right length.
+  /// Each row of `in` as a signal on its own. `out` is resized; where it has the size already, it takes row by row,
+  /// also if memory runs out in between. `means` gets a cell per signal in all modes but 0, `slopes` in mode 2: null
+  /// ones are replaced by new vectors then, others must have the right length.
   static NCDataMatrix<float>* ForwardTransformObswise(const NCDataMatrix<float>* in, const WaveletFilters& filters,
                                                       DetrendMode mode, NCDataVector<float>*& means,
                                                       NCDataVector<float>*& slopes, NCDataMatrix<float>* out, bool pad);
