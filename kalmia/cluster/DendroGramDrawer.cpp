@@ -143,7 +143,7 @@ std::list<const DendroGramNode*>* DendroGramDrawer::WidthHitTest(float left, flo
   NodesByPlace nodes;
   Walk({root_, left, right}, [&](const Item& item) {
     const float half = static_cast<float>((static_cast<double>(item.high) - item.low) / (2.0 * item.node->SizeLeafs()));
-    if (from > item.low + half || to < item.high - half) return false;
+    if (!(from <= item.low + half && to >= item.high - half)) return false;  // nothing is inside a NaN
     nodes.emplace(item.low, item.node);
     return true;
   });

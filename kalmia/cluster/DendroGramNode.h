@@ -50,7 +50,6 @@ class DendroGramNode : public VexStreamBase {
   void GetLeafs(std::list<int>& result) const;
   /// The smallest list of nodes that covers exactly the leaves whose items are all in `ids`, which is sorted ascending.
   /// A leaf without items is always covered. Appends to `result`, and relinks the whole of it.
-  /// Cost: the square of the number of selected leaves.
   void GetNodes(const std::vector<int>& ids, std::list<const DendroGramNode*>& result) const;
   std::list<const DendroGramNode*>* GetNodes(const std::vector<int>& ids) const;  ///< a new list, the caller's
   /// Replaces every two children of one parent by the parent, until none are left. A parent takes the place of the

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <iterator>
 
+#include "kalmia/cluster/TreeWalk.h"
+
 namespace DendroGram {
 
 namespace {
@@ -15,9 +17,22 @@ int HalfRoundedUp(int sum) { return sum / 2 + sum % 2; }
 
 }  // namespace
 
+/// The rows from the first leaf to the last, then the merges from the last one back: what is met first is furthest
+/// right, and of two merges in one cell (of leaves without items) that one counts.
 DendroGramNodeLister::DendroGramNodeLister(const DendroGramNode& root) {
-  int centre = 0;
-  columns_ = ListNode(root, centre);
+  std::vector<Stem> leafs;
+  kalmia::TreeWalk walk(&root);
+  while (const DendroGramNode* const node = walk.Next())
+    if (node->IsLeaf()) leafs.push_back(ListLeaf(*node));
+  const auto leaf = [&leafs](const DendroGramNode*) {
+    const Stem stem = leafs.back();
+    leafs.pop_back();
+    return stem;
+  };
+  const auto merge = [this](const DendroGramNode* node, const Stem& left, const Stem& right) {
+    return ListMerge(*node, left, right);
+  };
+  columns_ = kalmia::FoldTree<Stem>(root, leaf, merge).column;
 }
 
 /// Runs that touch or overlap become one.
@@ -45,25 +60,24 @@ bool DendroGramNodeLister::Runs::Has(int line, int place) const {
   return run->first.first == line && run->second >= place;
 }
 
-/// Returns the node's column; `centre` becomes the row of its stem.
-int DendroGramNodeLister::ListNode(const DendroGramNode& node, int& centre) {
-  if (node.IsLeaf()) {
-    rowIds_.insert(rowIds_.end(), node.Items()->begin(), node.Items()->end());
-    centre = HalfRoundedUp(2 * rows_ + node.SizeItems());
-    rows_ += node.SizeItems();
-    breaks_.insert(rows_);
-    return 0;
-  }
-  const int leftColumn = ListNode(*node.GetLeft(), centre), leftRow = centre;
-  const int rightColumn = ListNode(*node.GetRight(), centre), rightRow = centre;
-  const int column = std::max(leftColumn, rightColumn) + 1;
-  horizontal_.Add(leftRow, leftColumn + 1, column - 1);  // the shallower child comes over to this column
-  horizontal_.Add(rightRow, rightColumn + 1, column - 1);
-  vertical_.Add(column, leftRow + 1, rightRow);
-  centre = HalfRoundedUp(leftRow + rightRow);
+DendroGramNodeLister::Stem DendroGramNodeLister::ListLeaf(const DendroGramNode& leaf) {
+  rowIds_.insert(rowIds_.end(), leaf.Items()->begin(), leaf.Items()->end());
+  const int centre = HalfRoundedUp(2 * rows_ + leaf.SizeItems());
+  rows_ += leaf.SizeItems();
+  breaks_.insert(rows_);
+  return {centre, 0};
+}
+
+DendroGramNodeLister::Stem DendroGramNodeLister::ListMerge(const DendroGramNode& node, const Stem& left,
+                                                           const Stem& right) {
+  const int column = std::max(left.column, right.column) + 1;
+  horizontal_.Add(left.row, left.column + 1, column - 1);  // the shallower child comes over to this column
+  horizontal_.Add(right.row, right.column + 1, column - 1);
+  vertical_.Add(column, left.row + 1, right.row);
+  const int centre = HalfRoundedUp(left.row + right.row);
   horizontal_.Add(centre, column, column);
-  merges_[{centre, column}] = node.Height();
-  return column;
+  merges_.emplace(std::make_pair(centre, column), node.Height());
+  return {centre, column};
 }
 
 int DendroGramNodeLister::GetCellBorders(int row, int column) const {

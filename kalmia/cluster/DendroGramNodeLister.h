@@ -10,9 +10,8 @@
 namespace DendroGram {
 
 /// A tree as a grid of cells for a text listing: the observations down the rows, one column for each depth of merges,
-/// the merges from left to right. Copies what it needs: the tree may go. The only part of cluster trees that recurses,
-/// as deep as the tree is. Lines are kept as runs of cells, so that a chain of n leaves takes memory for some n runs,
-/// not for its n^2 / 2 cells.
+/// the merges from left to right. Copies what it needs: the tree may go. Nothing recurses, and lines are kept as runs
+/// of cells, so that a chain of n leaves takes memory for some n runs, not for its n^2 / 2 cells.
 class DendroGramNodeLister {
  public:
   explicit DendroGramNodeLister(const DendroGramNode& root);
@@ -38,7 +37,13 @@ class DendroGramNodeLister {
     std::map<std::pair<int, int>, int> lastOf_;  ///< by line and first cell; there is a gap between any two of a line
   };
 
-  int ListNode(const DendroGramNode& node, int& centre);
+  /// Where the stem of a subtree stands.
+  struct Stem {
+    int row, column;
+  };
+
+  Stem ListLeaf(const DendroGramNode& leaf);
+  Stem ListMerge(const DendroGramNode& node, const Stem& left, const Stem& right);
 
   Runs horizontal_;                              ///< in rows
   Runs vertical_;                                ///< in columns

@@ -1,7 +1,8 @@
 #include <algorithm>
-#include <iterator>
 #include <limits>
 #include <memory>
+#include <queue>
+#include <unordered_map>
 #include <utility>
 
 #include "kalmia/cluster/DendroGramNode.h"
@@ -80,26 +81,60 @@ namespace {
 
 using NodeList = std::list<const DendroGramNode*>;
 
-/// Looks from `first` to `last` for a node under the parent of the one at `at`; if there is one, its entry goes, and
-/// the parent takes the place of `at`, unless both entries are one node. Two roots have no parent in common.
-bool MergeWithSibling(NodeList& nodes, NodeList::iterator at, NodeList::iterator first, NodeList::iterator last) {
-  const DendroGramNode* const parent = (*at)->GetParent();
-  const auto found = std::find_if(first, last, [&](const DendroGramNode* node) {
-    return node == *at || (parent && node->GetParent() == parent);
-  });
-  if (found == last) return false;
-  if (*found != *at) *at = parent;
+/// The entries of a list by the parent of their nodes, seen from an entry that moves from the first to the last.
+class Siblings {
+ public:
+  explicit Siblings(NodeList& nodes) {
+    for (auto at = nodes.begin(); at != nodes.end(); ++at) GroupOf(*at).later.push(at);
+  }
+
+  /// To be told of each entry that is gone to, and of each that is left for good.
+  void Enter(NodeList::iterator at) { GroupOf(*at).later.pop(); }
+  void Leave(NodeList::iterator at) { GroupOf(*at).earlier.push(at); }
+
+  /// The next entry behind the present one, or one in front of it, whose node has the parent of `node` or is `node`;
+  /// it is forgotten. False if there is none. Two entries in front never belong together: the first took the other.
+  bool TakeLater(const DendroGramNode* node, NodeList::iterator& found) { return Take(GroupOf(node).later, found); }
+  bool TakeEarlier(const DendroGramNode* node, NodeList::iterator& found) { return Take(GroupOf(node).earlier, found); }
+
+ private:
+  using Entries = std::queue<NodeList::iterator, std::list<NodeList::iterator>>;
+  struct Group {
+    Entries earlier, later;
+  };
+
+  Group& GroupOf(const DendroGramNode* node) {
+    return node->GetParent() ? ofParents_[node->GetParent()] : ofRoots_[node];  // two roots have no parent in common
+  }
+  static bool Take(Entries& entries, NodeList::iterator& found) {
+    if (entries.empty()) return false;
+    found = entries.front();
+    entries.pop();
+    return true;
+  }
+
+  std::unordered_map<const DendroGramNode*, Group> ofParents_, ofRoots_;
+};
+
+/// The entry `found` goes, and the parent takes the place of `at`, unless both are one node.
+void Merge(NodeList& nodes, NodeList::iterator at, NodeList::iterator found) {
+  if (*found != *at) *at = (*at)->GetParent();
   nodes.erase(found);
-  return true;
 }
 
 }  // namespace
 
 void DendroGramNode::ReLink(std::list<const DendroGramNode*>& nodes) {
-  for (auto at = nodes.begin(); at != nodes.end(); ++at)
-    while (MergeWithSibling(nodes, at, std::next(at), nodes.end()))
-      while (MergeWithSibling(nodes, at, nodes.begin(), at)) {
-      }
+  Siblings siblings(nodes);
+  NodeList::iterator found;
+  for (auto at = nodes.begin(); at != nodes.end(); ++at) {
+    siblings.Enter(at);
+    while (siblings.TakeLater(*at, found)) {
+      Merge(nodes, at, found);
+      while (siblings.TakeEarlier(*at, found)) Merge(nodes, at, found);
+    }
+    siblings.Leave(at);
+  }
 }
 
 }  // namespace DendroGram

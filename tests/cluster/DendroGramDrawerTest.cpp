@@ -273,6 +273,17 @@ TEST_F(DrawnTree, FindsTheHighestNodesInsideABand) {
   EXPECT_THAT(band(1, 3), ElementsAre("(1 2):2")) << "excluded or not";
 }
 
+TEST_F(DrawnTree, HasNothingInABandOrNearACursorThatIsNoNumber) {
+  const float nan = std::numeric_limits<float>::quiet_NaN();
+  EXPECT_THAT(Texts(drawer_.WidthHitTest(0, 8, nan, 8)), IsEmpty());
+  EXPECT_THAT(Texts(drawer_.WidthHitTest(0, 8, 0, nan)), IsEmpty());
+  EXPECT_THAT(Texts(drawer_.WidthHitTest(0, nan, 0, 8)), IsEmpty());
+  for (const bool nearestOnly : {false, true}) {
+    EXPECT_THAT(Hit(nan, 4, 1, nearestOnly), IsEmpty());
+    EXPECT_THAT(Hit(2, 4, nan, nearestOnly), IsEmpty());
+  }
+}
+
 TEST_F(DrawnTree, IsCutIntoTheClustersBelowALine) {
   const auto cut = [this](float y) { return Texts(drawer_.SplitByHeight(0, 8, y)); };
   EXPECT_THAT(cut(2), ElementsAre("(1 2):2", "(3 4):1"));                // at height 3

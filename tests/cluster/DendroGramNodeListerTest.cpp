@@ -172,12 +172,15 @@ TEST(DendroGramNodeLister, HasTheCellsOfAPlainGrid) {
   }
 }
 
-TEST(DendroGramNodeLister, ListsAChainOf2000Leafs) {
-  const Tree tree = Chain(2000, true);
-  const DendroGramNodeLister lister(*tree);
-  EXPECT_EQ(lister.SizeRows(), 2000);
-  EXPECT_EQ(lister.SizeCols(), 1999);
-  EXPECT_EQ(lister.GetCellBorders(2000, 1), 1) << "the last leaf comes over";
+TEST(DendroGramNodeLister, ListsAChainOf100000LeafsWithoutAStack) {
+  const Tree left = Chain(100000, true), right = Chain(100000, false);
+  const DendroGramNodeLister ofLeft(*left), ofRight(*right);
+  for (const DendroGramNodeLister* const lister : {&ofLeft, &ofRight}) {
+    EXPECT_EQ(lister->SizeRows(), 100000);
+    EXPECT_EQ(lister->SizeCols(), 99999);
+  }
+  EXPECT_EQ(ofLeft.GetCellBorders(100000, 1), 1) << "the last leaf comes over";
+  EXPECT_EQ(ofRight.GetCellBorders(1, 99998), 1) << "the first one does";
 }
 
 }  // namespace

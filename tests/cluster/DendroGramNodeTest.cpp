@@ -5,7 +5,10 @@
 
 #include <algorithm>
 #include <functional>
+#include <iterator>
 #include <list>
+#include <memory>
+#include <random>
 #include <sstream>
 #include <string>
 #include <utility>
@@ -265,6 +268,61 @@ TEST(DendroGramNode, ReLinkPutsAParentInThePlaceOfTheEntryThatFoundItsSibling) {
   NodeList roots = {tree.get(), other.get(), tree.get()};
   DendroGramNode::ReLink(roots);
   EXPECT_THAT(roots, ElementsAre(tree.get(), other.get()));
+}
+
+/// ReLink, step by step: a search behind each entry, and after each find one in front of it until it finds nothing.
+void ReLinkPlainly(NodeList& nodes) {
+  const auto belong = [](const DendroGramNode* a, const DendroGramNode* b) {
+    return a == b || (a->GetParent() && a->GetParent() == b->GetParent());
+  };
+  const auto merge = [&nodes](NodeList::iterator at, NodeList::iterator found) {
+    if (*found != *at) *at = (*at)->GetParent();
+    return nodes.erase(found);
+  };
+  for (auto at = nodes.begin(); at != nodes.end();) {
+    const auto behind = std::find_if(std::next(at), nodes.end(), [&](auto* node) { return belong(node, *at); });
+    if (behind == nodes.end()) {
+      ++at;
+      continue;
+    }
+    merge(at, behind);
+    for (bool found = true; found;) {
+      found = false;
+      for (auto front = nodes.begin(); front != at;) {
+        const bool together = belong(*front, *at);
+        found = found || together;
+        front = together ? merge(at, front) : std::next(front);
+      }
+    }
+  }
+}
+
+TEST(DendroGramNode, ReLinkGivesWhatItsStepsGiveForAnyNodesOfAnyTrees) {
+  for (unsigned seed = 1; seed <= 300; ++seed) {
+    const Tree one = RandomTree(1 + static_cast<int>(seed % 12), seed), other = RandomTree(3, seed + 1);
+    std::vector<const DendroGramNode*> nodes = Nodes(*one);
+    for (const DendroGramNode* const node : Nodes(*other)) nodes.push_back(node);
+    std::mt19937 random(seed);
+    NodeList list;
+    for (std::size_t k = 0; k < 2 * nodes.size(); ++k) list.push_back(nodes[random() % nodes.size()]);
+    NodeList expected(list);
+    DendroGramNode::ReLink(list);
+    ReLinkPlainly(expected);
+    EXPECT_EQ(list, expected) << "seed " << seed;
+  }
+}
+
+TEST(DendroGramNode, GetNodesTakesTheTimeOfTheListNotOfItsSquare) {
+  // Without the first of the two deepest leaves no two of a chain's leaves have one parent: a search behind each of
+  // them would take 5e9 steps.
+  const Tree tree = Chain(100000, true);
+  std::vector<int> ids;
+  for (int item = 1; item <= 100000; ++item) ids.push_back(item);
+  const std::unique_ptr<NodeList> all(tree->GetNodes(ids));
+  EXPECT_THAT(*all, ElementsAre(tree.get()));
+  ids.erase(ids.begin());
+  const std::unique_ptr<NodeList> rest(tree->GetNodes(ids));
+  EXPECT_EQ(rest->size(), 99999U);
 }
 
 TEST(DendroGramNode, SplitTurnsALeafOfSeveralItemsIntoTwo) {
