@@ -25,6 +25,9 @@ bool AreSame(const std::string& a, const std::string& b) {
 
 void RefuseToOverwrite(const std::vector<FilePlace>& inputs, const std::vector<FilePlace>& outputs) {
   for (std::size_t i = 0; i < outputs.size(); ++i) {
+    if (outputs[i].path == "-") {
+      throw Failure(ExitCode::Usage, outputs[i].what + " takes a file, not '-': standard output shows the results");
+    }
     for (const FilePlace& input : inputs) {
       if (input.path == "-" || !AreSame(outputs[i].path, input.path)) continue;
       throw Failure(ExitCode::Usage, outputs[i].what + " would overwrite " + input.what + " " + OneLine(input.path));

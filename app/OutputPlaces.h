@@ -12,7 +12,8 @@ struct FilePlace {
 };
 
 /// Throws Failure (Usage) if a file to be written is one that is read, or is the same as another one to be written,
-/// under whatever name. Standard input, "-", is no file.
+/// under whatever name. Standard input, "-", is no file; "-" as an output is refused, for it would be taken for
+/// standard output but be a file of that name.
 void RefuseToOverwrite(const std::vector<FilePlace>& inputs, const std::vector<FilePlace>& outputs);
 
 /// "Wrote ...", a line for each after an empty line; empty where there are none.

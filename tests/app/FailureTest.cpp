@@ -276,6 +276,15 @@ TEST(Failure, NeverStoresAModelOverItsTable) {
   EXPECT_EQ(ReadWholeFile(table), text);
 }
 
+TEST(Failure, ADashIsNoOutput) {
+  const ScratchFolder folder;
+  const std::string table = folder.Write("t.csv", LinearTable(20, 4, 1));
+  ExpectFailure(RunKalmia({"pls", table, "--y", "y", "--id", "name", "--save", "-"}), 2,
+                "--save takes a file, not '-': standard output shows the results");
+  ExpectFailure(RunKalmia({"opls", table, "--y", "y", "--id", "name", "--save-cv", "-"}), 2, "--save-cv takes a file");
+  ExpectFailure(RunKalmia({"fill", table, "--out", "-"}), 2, "--out takes a file");
+}
+
 TEST(Failure, NeverWritesResultsOverATableOrAModel) {
   const ScratchFolder folder;
   const std::string text = LinearTable(20, 4, 1);
