@@ -34,6 +34,20 @@ bool AreSame(const NCIntegralVector<int, -99>& a, const NCIntegralVector<int, -9
   return a.Size() == b.Size() && std::equal(a.begin(), a.end(), b.begin());
 }
 
+/// The first name that is not among the others, in quotes; empty if there is none.
+std::string FirstMissing(const std::vector<std::string>& names, const std::vector<std::string>& others) {
+  for (const std::string& name : names)
+    if (std::find(others.begin(), others.end(), name) == others.end()) return Quoted(name);
+  return "";
+}
+
+/// In what two lists of names differ: by the first name that one of them lacks, or by their order.
+std::string DifferenceOf(const std::vector<std::string>& stored, const std::vector<std::string>& present) {
+  const std::string gone = FirstMissing(stored, present), added = FirstMissing(present, stored);
+  if (!gone.empty()) return gone + " was among them";
+  return added.empty() ? "their order is another" : added + " was not among them";
+}
+
 [[noreturn]] void RefuseBecause(const StoredOplsCv& stored, const std::string& reason) {
   throw Failure(ExitCode::BadData, stored.name + " " + reason);
 }
@@ -115,7 +129,10 @@ void DescribeTable(const ModelData& data, NCScale::Scaling scaling, StoredOplsCv
 }
 
 void RequireSameTable(const StoredOplsCv& stored, const ModelData& data, NCScale::Scaling scaling) {
-  if (stored.xNames != data.xNames) RefuseBecause(stored, "was made of another table: its X columns are others");
+  if (stored.xNames != data.xNames) {
+    RefuseBecause(stored, "was made of another table: its X columns are others, " +
+                              DifferenceOf(stored.xNames, data.xNames));
+  }
   if (stored.yNames != data.yNames) {
     RefuseBecause(stored, "was made of another table: its Y is " + Listed(stored.yNames) + ", not " +
                               Listed(data.yNames));

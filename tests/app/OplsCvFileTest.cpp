@@ -160,6 +160,15 @@ TEST(OplsResume, RefusesAnotherTableOtherGroupsScalingOrBlockWithOneLineEach) {
   otherName.replace(otherName.find("x2"), 2, "z2");
   const std::string table = folder.Write("t.csv", text), cv = folder.Path("cv");
   const std::string withCell = folder.Write("cell.csv", otherCell), withName = folder.Write("name.csv", otherName);
+  std::string exchanged = text;
+  exchanged.replace(exchanged.find("x2"), 2, "x1").replace(exchanged.find("x1"), 2, "x2");
+  std::string more;
+  for (std::size_t from = 0, line = 0; from < text.size(); ++line) {
+    const std::size_t end = text.find('\n', from);
+    more += (line == 0 ? "new" : std::to_string(line)) + "," + text.substr(from, end + 1 - from);
+    from = end + 1;
+  }
+  const std::string turned = folder.Write("turned.csv", exchanged), withColumn = folder.Write("more.csv", more);
   const Words judged = {"--predictive", "1", "--orthogonal", "1"};
   RunWell(Words{"opls", table, "--y", "y1,y2", "--save-cv", cv} + judged);
   struct Case {
@@ -168,8 +177,11 @@ TEST(OplsResume, RefusesAnotherTableOtherGroupsScalingOrBlockWithOneLineEach) {
   };
   const Case cases[] = {
       {Words{"opls", withCell, "--y", "y1,y2"} + judged, cv + " was made of another table: its cells are others"},
-      {Words{"opls", withName, "--y", "y1,y2"} + judged, cv + " was made of another table: its X columns are others"},
-      {Words{"opls", table, "--y", "y1,y2", "--exclude", "x3"} + judged, "its X columns are others"},
+      {Words{"opls", withName, "--y", "y1,y2"} + judged,
+       cv + " was made of another table: its X columns are others, 'x2' was among them"},
+      {Words{"opls", table, "--y", "y1,y2", "--exclude", "x3"} + judged, "others, 'x3' was among them"},
+      {Words{"opls", withColumn, "--y", "y1,y2"} + judged, "its X columns are others, 'new' was not among them"},
+      {Words{"opls", turned, "--y", "y1,y2"} + judged, "its X columns are others, their order is another"},
       {Words{"opls", table, "--y", "y2,y1"} + judged, "of another table: its Y is y1 and y2, not y2 and y1"},
       {Words{"opls", table, "--y", "y1,y2", "--groups", "4"} + judged,
        cv + " was made with 7 cross-validation groups, not 4"},
@@ -182,7 +194,7 @@ TEST(OplsResume, RefusesAnotherTableOtherGroupsScalingOrBlockWithOneLineEach) {
     ExpectFailure(RunKalmia(each.words + Words{"--resume", cv, "--save-cv", out, "--save", folder.Path("nor")}), 1,
                   each.message);
   }
-  EXPECT_EQ(folder.Names(), (Words{"cell.csv", "cv", "name.csv", "t.csv"}));
+  EXPECT_EQ(folder.Names(), (Words{"cell.csv", "cv", "more.csv", "name.csv", "t.csv", "turned.csv"}));
 }
 
 TEST(OplsResume, RefusesAsManyGroupsThatDivideTheRowsInAnotherWay) {
