@@ -185,6 +185,4 @@ TEST_P(OPLSCrossValidationOnTables, CopiesAreValidationsOfTheirOwnAndTheTablesAr
   EXPECT_EQ(CellsOf(tables_.X), x);
 }
 
-// ---- sizes and limits
-
 }  // namespace

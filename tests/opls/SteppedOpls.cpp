@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 
+#include "kalmia/opls/DeepCopy.h"
 #include "kalmia/pcapls/NCPCA.h"
 #include "testing/RandomTables.h"
 
@@ -10,12 +11,7 @@ namespace {
 
 using Matrix = NCDataMatrix<float>;
 using Vector = NCDataVector<float>;
-
-Matrix DeepCopyOf(const Matrix& matrix) {
-  Matrix copy;
-  copy.CopyContent(matrix);
-  return copy;
-}
+using kalmia::DeepCopy;
 
 std::set<std::pair<int, int>> HolesOf(const Matrix& matrix) {
   std::set<std::pair<int, int>> holes;
@@ -50,8 +46,8 @@ double RootOfSS(long double ss) { return std::sqrt(static_cast<double>(ss)); }
 }  // namespace
 
 SteppedOpls::SteppedOpls(const Matrix& X, const Matrix& Y, int predictive, int maxIterations)
-    : x_(DeepCopyOf(X)),
-      y_(DeepCopyOf(Y)),
+    : x_(DeepCopy(X)),
+      y_(DeepCopy(Y)),
       missingX_(HolesOf(X)),
       missingY_(HolesOf(Y)),
       maxIterations_(maxIterations),
@@ -63,7 +59,7 @@ void SteppedOpls::NextComponent() {
 }
 
 void SteppedOpls::AddOrthogonal() {
-  Matrix E = DeepCopyOf(x_);
+  Matrix E = DeepCopy(x_);
   Fill(&y_, missingY_, 0.0F);
   for (int a = 1; a <= W.back().SizeRows(); ++a) E.AddVprimV(tFilter_[a], W.back()[a], -1.0F);
   Fill(&E, missingX_, 0.0F);
@@ -98,7 +94,7 @@ void SteppedOpls::AddOrthogonal() {
 void SteppedOpls::AddBlock() {
   passes_ = 0;
   Fill(&y_, missingY_, 0.0F);
-  Matrix E = DeepCopyOf(x_), S, newW;
+  Matrix E = DeepCopy(x_), S, newW;
   double first = kHole<double>, last = kHole<double>;
   while (true) {
     Fill(&E, missingX_, 0.0F);
@@ -106,21 +102,21 @@ void SteppedOpls::AddBlock() {
     const double n = RootOfSS(G.GetSS());
     if (passes_ == 0) {
       first = last = n;
-      S = DeepCopyOf(G);
+      S = DeepCopy(G);
     } else {
       if (0.01 * first > n || last < n) break;
       last = n;
       S += G;
     }
     newW = WeightsOf(S, newW);
-    E = DeepCopyOf(x_);
+    E = DeepCopy(x_);
     tFilter_ = ScoresOf(&E, newW, newW);
     ++passes_;
     if ((x_.GetNumMisVal() < 1 && y_.GetNumMisVal() < 1) || passes_ >= maxIterations_) break;
   }
   Fill(&y_, missingY_, kHole<float>);
-  E = DeepCopyOf(x_);
-  Matrix F = DeepCopyOf(y_), newP, newC;
+  E = DeepCopy(x_);
+  Matrix F = DeepCopy(y_), newP, newC;
   T.Clear();
   U.Clear();
   for (int a = 1; a <= newW.SizeRows(); ++a) {
@@ -140,7 +136,7 @@ void SteppedOpls::AddBlock() {
 
 NCDataMatrix<float> SteppedOpls::WeightsOf(const Matrix& sum, const Matrix& former) {
   if (sum.SizeRows() <= 1) {
-    Matrix w = DeepCopyOf(sum);
+    Matrix w = DeepCopy(sum);
     if (w.SizeRows() == 1) w(1).Normalise();
     return w;
   }
@@ -189,7 +185,7 @@ void SteppedOpls::CatchUp(const SteppedOpls& stored) {
   CO = stored.CO;
   predictive_ = W.front().SizeRows();
   for (int o = 1; o <= WO.SizeRows(); ++o) {
-    Matrix E = DeepCopyOf(x_);
+    Matrix E = DeepCopy(x_);
     const Matrix& along = W[static_cast<std::size_t>(o - 1)];
     ScoresOf(&E, along, along);
     const Vector t = E.SpecialNipalsRegressRowsFix(WO[o], nullptr, 0);
@@ -199,20 +195,20 @@ void SteppedOpls::CatchUp(const SteppedOpls& stored) {
     TO.InsertRow(o, t);
     UO.InsertRow(o, u);
   }
-  Matrix E = DeepCopyOf(x_);
+  Matrix E = DeepCopy(x_);
   tFilter_ = ScoresOf(&E, W.back(), W.back());
-  E = DeepCopyOf(x_);
+  E = DeepCopy(x_);
   T = ScoresOf(&E, W.back(), P.back());
 }
 
 NCDataMatrix<float> SteppedOpls::XResiduals() const {
-  Matrix E = DeepCopyOf(x_);
+  Matrix E = DeepCopy(x_);
   for (int a = 1; a <= T.SizeRows(); ++a) E.AddVprimV(T[a], P.back()[a], -1.0F);
   return E;
 }
 
 NCDataMatrix<float> SteppedOpls::YResiduals() const {
-  Matrix F = DeepCopyOf(y_);
+  Matrix F = DeepCopy(y_);
   for (int a = 1; a <= T.SizeRows(); ++a) F.AddVprimV(T[a], C.back()[a], -1.0F);
   return F;
 }
