@@ -17,6 +17,7 @@ std::string RunCommand(const O2plsOptions& options, Notes* notes);
 std::string RunCommand(const PredictOptions& options, Notes* notes);
 std::string RunCommand(const FillOptions& options, Notes* notes);
 std::string RunCommand(const FilterOptions& options, Notes* notes);
+std::string RunCommand(const PreprocessOptions& options, Notes* notes);
 std::string RunCommand(const InfoOptions& options, Notes* notes);
 std::string RunCommand(const DescribeOptions& options, Notes* notes);
 std::string RunCommand(const ClusterOptions& options, Notes* notes);

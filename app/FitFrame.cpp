@@ -11,6 +11,7 @@ void FillFrame(const CsvTable& table, const FitOptions& options, const ModelData
   frame->groupColumn = options.groupColumn;
   frame->groups = data.rounds;
   frame->scaling = options.scaling;
+  frame->chain = data.chain;
   frame->xNames = data.xNames;
   frame->rowNames = data.rowNames;
 }

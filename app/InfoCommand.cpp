@@ -10,6 +10,7 @@
 #include "app/OplsTables.h"
 #include "app/PcaTables.h"
 #include "app/Scaling.h"
+#include "app/StepChainJson.h"
 
 namespace kalmia::app {
 
@@ -55,6 +56,13 @@ Json ColumnsJson(const std::vector<std::string>& names, const NCScale& scale) {
     list.push_back({{"name", names[i]}, {"centre", CentreOf(scale, variable)}, {"factor", FactorOf(scale, variable)}});
   }
   return list;
+}
+
+std::string StepsText(const StepChain& chain) {
+  if (chain.Empty()) return "";
+  std::string text = Labelled("Preprocessing", "of " + Counted(chain.inputNames.size(), "column"));
+  for (const LearntStep& step : chain.steps) text += Labelled("", LearntText(step));
+  return text;
 }
 
 // What each kind of model shows of its own: its name, lines of the list, tables below it, and fields of the JSON
@@ -145,6 +153,7 @@ std::string InfoText(const Model& model, const std::string& file) {
   return Labelled("Model file", file + ", version " + std::to_string(model.fileVersion)) +
          Labelled("Kind", KindName(model)) + Labelled("Written by", "kalmia " + OneLine(model.writtenBy)) +
          Labelled("Fitted to", OneLine(model.table)) + Labelled("Rows", RowsText(model)) + OwnLines(model) +
+         StepsText(model.chain) +
          Labelled("X columns", std::to_string(model.xNames.size()) + ", " + ScalingText(model.scaling)) +
          LabelledNames("", model.xNames) + JudgementLines(model) + "\n" + OwnTables(model);
 }
@@ -158,6 +167,7 @@ std::string InfoJson(const Model& model, const std::string& file) {
   json["table"] = model.table;
   json["idColumn"] = model.idColumn.empty() ? Json(nullptr) : Json(model.idColumn);
   json["scaling"] = ScalingWord(model.scaling);
+  json["preprocessing"] = ChainJson(model.chain);
   json["x"] = ColumnsJson(model.xNames, *model.xScale);
   json["rows"] = model.rowNames;
   AddJudgementJson(model, &json);

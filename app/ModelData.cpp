@@ -7,6 +7,7 @@
 #include "app/CellNumber.h"
 #include "app/DisplayText.h"
 #include "app/Failure.h"
+#include "app/StepChainFile.h"
 #include "app/TableColumns.h"
 #include "kalmia/containers/Missing.h"
 #include "kalmia/pcapls/PCACrossValidation.h"
@@ -55,6 +56,7 @@ class Selection {
     NameColumns();
     ReadY();
     ReadX();
+    Preprocess();
     LeaveOutRows();
     if (rows_.size() < 2) Refuse(table_, "there is only one row with X cells: a model takes two or more");
     LeaveOutColumns();
@@ -104,10 +106,13 @@ class Selection {
   void ReadX() {
     for (const int column : XCandidates()) {
       if (std::find(excluded_.begin(), excluded_.end(), column) != excluded_.end()) continue;
-      switch (KindOfColumn(table_, column)) {
-        case ColumnKind::Texts: data_.textColumns.push_back(Name(column)); break;
-        case ColumnKind::Empty: data_.emptyColumns.push_back(Name(column)); break;
-        case ColumnKind::Numbers: x_.push_back({Name(column), ReadNumbers(table_, column, &moved_)});
+      const ColumnKind kind = KindOfColumn(table_, column);
+      if (kind == ColumnKind::Texts) {
+        data_.textColumns.push_back(Name(column));
+      } else if (kind == ColumnKind::Empty && options_.stepsFile.empty()) {
+        data_.emptyColumns.push_back(Name(column));
+      } else {
+        x_.push_back({Name(column), ReadNumbers(table_, column, &moved_)});
       }
     }
     if (!x_.empty()) return;
@@ -115,6 +120,43 @@ class Selection {
     if (!named.empty()) Refuse(table_, "every cell of X is missing; " + named);
     named = Named("text columns", data_.textColumns);
     Refuse(table_, "no column of numbers is left for X" + (named.empty() ? "" : "; " + named));
+  }
+
+  void Preprocess() {
+    if (options_.stepsFile.empty()) return;
+    const StepsFile file = ReadStepsFile(options_.stepsFile);
+    if (file.chain) TakeInputs(*file.chain, file.name);
+    Signals signals{table_.Name(), data_.rowNames, {}, {}, {}};
+    Fill(x_, table_.Rows(), &signals.cells, &signals.names);
+    if (file.chain) {
+      data_.chain = *file.chain;
+      ApplyChain(data_.chain, &signals);
+    } else {
+      data_.chain = LearnChain(file.steps, &signals, notes_);
+    }
+    x_.clear();
+    for (std::size_t k = 0; k < signals.names.size(); ++k) {
+      const NCDataVector<float> cells = signals.cells.GetColumn(static_cast<int>(k) + 1);
+      if (cells.GetNumMisVal() == cells.Size()) {
+        data_.emptyColumns.push_back(signals.names[k]);
+      } else {
+        x_.push_back({signals.names[k], {cells.begin(), cells.end()}});
+      }
+    }
+    if (x_.empty()) Refuse(table_, "no cell of X is left behind the steps of " + file.name);
+  }
+
+  /// Of the columns of X those that the chain takes, in its order.
+  void TakeInputs(const StepChain& chain, const std::string& file) {
+    std::unordered_map<std::string, std::size_t> placeOf;
+    for (std::size_t k = 0; k < x_.size(); ++k) placeOf.emplace(x_[k].name, k);
+    std::vector<Column> taken;
+    for (const std::string& name : chain.inputNames) {
+      const auto place = placeOf.find(name);
+      if (place == placeOf.end()) Refuse(table_, "the steps of " + file + " take column " + Quoted(name) + ", which is not in X");
+      taken.push_back(std::move(x_[place->second]));
+    }
+    x_ = std::move(taken);
   }
 
   void LeaveOutRows() {
@@ -173,12 +215,14 @@ class Selection {
   }
 
   void FillMatrices() {
-    Fill(x_, &data_.x, &data_.xNames);
-    Fill(y_, &data_.y, &data_.yNames);
+    const auto rows = static_cast<int>(rows_.size());
+    Fill(x_, rows, &data_.x, &data_.xNames);
+    Fill(y_, rows, &data_.y, &data_.yNames);
   }
 
-  void Fill(const std::vector<Column>& columns, NCDataMatrix<float>* matrix, std::vector<std::string>* names) const {
-    *matrix = NCDataMatrix<float>(static_cast<int>(rows_.size()), static_cast<int>(columns.size()));
+  static void Fill(const std::vector<Column>& columns, int rows, NCDataMatrix<float>* matrix,
+                   std::vector<std::string>* names) {
+    *matrix = NCDataMatrix<float>(rows, static_cast<int>(columns.size()));
     int c = 0;
     for (const Column& column : columns) {
       ++c;

@@ -7,6 +7,7 @@
 #include "app/CsvTable.h"
 #include "app/Notes.h"
 #include "app/Options.h"
+#include "app/StepChain.h"
 #include "kalmia/containers/NCDataMatrix.h"
 #include "kalmia/containers/NCIntegralVector.h"
 
@@ -14,10 +15,11 @@ namespace kalmia::app {
 
 /// The tables that a model is fitted to, in the units of the file, with the names of their rows and columns.
 struct ModelData {
+  StepChain chain;  ///< what made X of the columns of the table, if the options name steps
   std::vector<std::string> xNames;
   std::vector<std::string> yNames;
   std::vector<std::string> rowNames;
-  NCDataMatrix<float> x;              ///< rows by X columns
+  NCDataMatrix<float> x;              ///< rows by X columns, as the chain has made them
   NCDataMatrix<float> y;              ///< rows by Y columns, of which a model of X alone has none
   NCIntegralVector<int, -99> groups;  ///< cross-validation group of each row, from 0
   int rounds = 0;                     ///< number of groups
@@ -31,8 +33,9 @@ struct ModelData {
 
 /// Selects X, Y, names and groups from the table as the options say; `y` holds the arguments of --y, none for a model
 /// of X alone. Columns without numbers, constant and empty X columns, and rows without any X cell are left out, each
-/// kind with one note. Throws Failure (BadData): a column that does not exist; a Y of text, without values or without
-/// variance; no X column or no X cell left; a row without a group, fewer than two groups; a cell that is no number.
+/// kind with one note. With steps, empty and constant columns take part in them, and those that come out as such are
+/// left out. Throws Failure (Usage, Files) where the file of the steps is no such thing, (BadData): a column that does not exist; a Y of text, without values or without
+/// variance; no X column or no X cell left; X that the steps cannot take; a row without a group, fewer than two groups; a cell that is no number.
 ModelData SelectData(const CsvTable& table, const FitOptions& options, const std::vector<std::string>& y, Notes* notes);
 
 /// "constant columns: a, b; empty columns: c", what was left out of X for want of variance; empty if nothing was.

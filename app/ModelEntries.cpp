@@ -26,16 +26,20 @@ bool ReadText(std::string* text, std::istream& stream) {
   return true;
 }
 
-bool ReadNames(unsigned short entry, InputStreamDirectory* directory, std::vector<std::string>* names) {
-  std::istream* stream = directory->GetInput(entry);
+bool ReadNames(std::istream& stream, std::vector<std::string>* names) {
   int count = 0;
-  if (stream == nullptr || !ReadInteger(&count, *stream) || count < 0) return false;
+  if (!ReadInteger(&count, stream) || count < 0) return false;
   for (int i = 0; i < count; ++i) {
     std::string name;
-    if (!ReadText(&name, *stream)) return false;
+    if (!ReadText(&name, stream)) return false;
     names->push_back(std::move(name));
   }
   return true;
+}
+
+bool ReadNames(unsigned short entry, InputStreamDirectory* directory, std::vector<std::string>* names) {
+  std::istream* stream = directory->GetInput(entry);
+  return stream != nullptr && ReadNames(*stream, names);
 }
 
 bool ReadObject(unsigned short entry, InputStreamDirectory* directory, VexStreamBase* object) {

@@ -24,6 +24,7 @@ enum Entry : unsigned short {
   Model,
   Components,
   Quality,
+  Preprocessing,
   Entries
 };
 
@@ -33,7 +34,8 @@ void WriteNames(const std::vector<std::string>& names, std::ostream& stream);
 bool ReadInteger(int* value, std::istream& stream);
 bool ReadDouble(double* value, std::istream& stream);
 bool ReadText(std::string* text, std::istream& stream);
-/// The names in an entry.
+/// Names behind their count; and those in an entry.
+bool ReadNames(std::istream& stream, std::vector<std::string>* names);
 bool ReadNames(unsigned short entry, InputStreamDirectory* directory, std::vector<std::string>* names);
 /// The object of the library in an entry.
 bool ReadObject(unsigned short entry, InputStreamDirectory* directory, VexStreamBase* object);

@@ -1,17 +1,21 @@
 #include "app/ModelFile.h"
 
+#include <algorithm>
 #include <sstream>
+#include <unordered_set>
 #include <utility>
 
 #include "app/FileFrame.h"
 #include "app/ModelEntries.h"
+#include "app/StepChainFile.h"
 
 namespace kalmia::app {
 
 namespace {
 
 constexpr FileKind kModelFile{"\x8BKALMIA\n", kModelFileVersion, "Kalmia model", "model file"};
-constexpr int kFirstVersionOfKinds = 2;  ///< before it there was nothing but PLS
+constexpr int kFirstVersionOfKinds = 2;          ///< before it there was nothing but PLS
+constexpr int kFirstVersionOfPreprocessing = 3;
 
 template <class Kind>
 void WriteContent(const Kind& model, std::ostream& stream) {
@@ -28,7 +32,14 @@ void WriteContent(const Kind& model, std::ostream& stream) {
   WriteNames(frame.rowNames, directory.GetOutput(RowNames));
   directory.GetOutput(XScaling) << *frame.xScale;
   WriteOwnEntries(model, &directory);
+  WriteStepChain(frame.chain, directory.GetOutput(Preprocessing));
   directory.Close();
+}
+
+/// Whether all of the names are there.
+bool Contains(const std::vector<std::string>& there, const std::vector<std::string>& names) {
+  const std::unordered_set<std::string> set(there.begin(), there.end());
+  return std::all_of(names.begin(), names.end(), [&set](const std::string& name) { return set.count(name) > 0; });
 }
 
 bool ReadGeneral(int version, std::istream* entry, ModelFrame* frame, int* kind) {
@@ -42,6 +53,13 @@ bool ReadGeneral(int version, std::istream* entry, ModelFrame* frame, int* kind)
   frame->scaling = static_cast<NCScale::Scaling>(scaling);
   if (version >= kFirstVersionOfKinds && !ReadInteger(kind, *entry)) return false;
   return scaling >= NCScale::ScalingNone && scaling <= NCScale::ScalingUnitVariance;
+}
+
+/// The chain that makes X, which is among the columns that come out of it.
+bool ReadPreprocessing(int version, std::istream* entry, ModelFrame* frame) {
+  if (version < kFirstVersionOfPreprocessing) return true;
+  if (entry == nullptr || !ReadStepChain(*entry, &frame->chain)) return false;
+  return frame->chain.Empty() || Contains(OutputNames(frame->chain), frame->xNames);
 }
 
 /// The model of the kind with that number, as yet without content; false for a number that no kind has.
@@ -63,7 +81,8 @@ bool ReadContent(int version, std::istream& stream, StoredModel* model) {
   int kind = StoredPls::kKind;
   if (!ReadGeneral(version, directory.GetInput(General), &frame, &kind) || !MakeKind(kind, model) ||
       !ReadNames(XNames, &directory, &frame.xNames) || !ReadNames(RowNames, &directory, &frame.rowNames) ||
-      !ReadObject(XScaling, &directory, frame.xScale.get())) {
+      !ReadObject(XScaling, &directory, frame.xScale.get()) ||
+      !ReadPreprocessing(version, directory.GetInput(Preprocessing), &frame)) {
     return false;
   }
   return std::visit(

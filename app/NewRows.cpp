@@ -19,12 +19,18 @@ int IdColumn(const ModelFrame& model, const CsvTable& table, const std::string& 
   return model.idColumn.empty() ? -1 : table.Find(model.idColumn);
 }
 
-void ReadX(const ModelFrame& model, const CsvTable& table, NewRows* rows) {
-  rows->x = NCDataMatrix<float>(table.Rows(), static_cast<int>(model.xNames.size()));
-  for (std::size_t k = 0; k < model.xNames.size(); ++k) {
-    const int column = table.Find(model.xNames[k]);
+/// Columns of the table that X is made of.
+const std::vector<std::string>& SourceNames(const ModelFrame& model) {
+  return model.chain.Empty() ? model.xNames : model.chain.inputNames;
+}
+
+void ReadSource(const ModelFrame& model, const CsvTable& table, NewRows* rows) {
+  const std::vector<std::string>& names = SourceNames(model);
+  rows->x = NCDataMatrix<float>(table.Rows(), static_cast<int>(names.size()));
+  for (std::size_t k = 0; k < names.size(); ++k) {
+    const int column = table.Find(names[k]);
     if (column < 0) {
-      rows->missingColumns.push_back(model.xNames[k]);
+      rows->missingColumns.push_back(names[k]);
       continue;
     }
     const std::vector<float> cells = ReadNumbers(table, column, &rows->moved);
@@ -34,13 +40,21 @@ void ReadX(const ModelFrame& model, const CsvTable& table, NewRows* rows) {
   }
 }
 
+/// The chain makes more columns than X has: those left out of X for want of variance.
+void Preprocess(const ModelFrame& model, const CsvTable& table, NewRows* rows) {
+  if (model.chain.Empty()) return;
+  Signals signals{table.Name(), rows->names, model.chain.inputNames, {}, rows->x};
+  ApplyChain(model.chain, &signals);
+  rows->x = PickColumns(signals, model.xNames);
+}
+
 }  // namespace
 
 NewRows ReadNewRows(const ModelFrame& model, const CsvTable& table, const std::string& id, Notes* notes) {
   NewRows rows;
   rows.names = RowNames(table, IdColumn(model, table, id));
-  ReadX(model, table, &rows);
-  if (rows.missingColumns.size() == model.xNames.size()) {
+  ReadSource(model, table, &rows);
+  if (rows.missingColumns.size() == SourceNames(model).size()) {
     Refuse(table,
            "no column has the name of one of the model's " + model.inputBlock + " columns" + SeparatorHint(table));
   }
@@ -50,6 +64,7 @@ NewRows ReadNewRows(const ModelFrame& model, const CsvTable& table, const std::s
   if (!rows.missingColumns.empty()) {
     notes->Add("taken as missing cells, not in the table: " + Listed(rows.missingColumns, kColumnsNamed));
   }
+  Preprocess(model, table, &rows);
   return rows;
 }
 

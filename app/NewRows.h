@@ -13,14 +13,15 @@ namespace kalmia::app {
 /// The rows of a new table as a stored model wants them.
 struct NewRows {
   std::vector<std::string> names;
-  std::vector<std::string> missingColumns;  ///< X columns of the model that the table does not have
-  NCDataMatrix<float> x;                    ///< the model's X columns, in the units of the file
+  std::vector<std::string> missingColumns;  ///< columns that X is made of and the table does not have
+  NCDataMatrix<float> x;                    ///< the model's X columns, through its preprocessing
   int moved = 0;                            ///< cells measured as the missing value
 };
 
 /// Matches the columns of the table by name, and notes which are not there. Rows are named by the column `id`, or where
 /// that is empty by the column that named the training rows, or by number.
-/// Throws Failure (BadData): no column of X is there, no cell is; no such `id`; a cell that is no number.
+/// Throws Failure (BadData): no column of X is there, no cell is; no such `id`; a cell that is no number,
+/// or that the preprocessing cannot take.
 NewRows ReadNewRows(const ModelFrame& model, const CsvTable& table, const std::string& id, Notes* notes);
 
 }  // namespace kalmia::app

@@ -9,6 +9,7 @@
 #include "app/CommandOptions.h"
 #include "app/DisplayText.h"
 #include "app/Failure.h"
+#include "app/Steps.h"
 #include "app/Version.h"
 
 namespace kalmia::app {
@@ -35,6 +36,8 @@ void DeclareFit(CommandOptions* command, FitOptions* options, const DeclareCompo
   command->Text("--x", "FIRST..LAST", &options->x, "columns to model from (default: all others of numbers)");
   command->Names("--exclude", &options->exclude, "columns to leave out of X; not with --x");
   command->Exclude("--x", "--exclude");
+  command->Text("--steps-file", "FILE", &options->stepsFile,
+                "preprocess X by these steps, which predict repeats; see kalmia preprocess --help");
   command->Scaling("--scale", &options->scaling, "scaling of X: uv (default), pareto, centre or none");
   declareComponents();
   command->Number("--groups", 2, &options->groups, "number of groups of the cross-validation (default: 7)");
@@ -174,6 +177,27 @@ void DeclareFilter(CommandOptions* command, FilterOptions* options) {
       "  kalmia filter new.csv --model octane.filter --out filtered-new.csv");
 }
 
+void DeclarePreprocess(CommandOptions* command, PreprocessOptions* options) {
+  command->File("TABLE", &options->table, "CSV table with a header; rows are signals, columns are channels");
+  command->Text("--steps", "STEPS", &options->steps, "steps with commas between them; or --steps-file, one is needed");
+  command->Text("--steps-file", "FILE", &options->stepsFile,
+                "file with the steps, also one on each line; or what --save has written, to repeat it as it was");
+  command->Exclude("--steps", "--steps-file");
+  command->Text("--out", "FILE", &options->out, "the other columns, then what the steps make, always needed");
+  command->Require("--out");
+  command->Text("--id", "NAME", &options->id, "column that names the rows");
+  command->Text("--x", "FIRST..LAST", &options->x, "columns to work on (default: all others of numbers)");
+  command->Names("--exclude", &options->exclude, "columns that stay as they are; not with --x");
+  command->Exclude("--x", "--exclude");
+  command->Text("--save", "FILE", &options->save, "store the steps with what they have learnt of this table");
+  command->Flag("--json", &options->json, "print JSON");
+  command->Examples(StepsHelp() +
+      "Examples:\n"
+      "  kalmia preprocess gasoline.csv --steps snv,derivative:1:15:2 --exclude sample,octane --out d1.csv\n"
+      "  kalmia preprocess gasoline.csv --steps wavelet-compress:40 --id sample --exclude octane --out w.csv --save w\n"
+      "  kalmia preprocess new.csv --steps-file w --out new-w.csv");
+}
+
 void DeclareInfo(CommandOptions* command, InfoOptions* options) {
   command->File("MODEL", &options->model, "file that --save has written");
   command->Flag("--json", &options->json, "print JSON");
@@ -205,6 +229,8 @@ class Program {
                         DeclarePredict);
     Add<FillOptions>("fill", "Fill the missing cells of a table by PCA", DeclareFill);
     Add<FilterOptions>("filter", "Take out of X what has nothing to do with Y", DeclareFilter);
+    Add<PreprocessOptions>("preprocess", "Transform, smooth, differentiate and compress the signals in a table",
+                           DeclarePreprocess);
     Add<InfoOptions>("info", "Show what a stored model holds", DeclareInfo);
     Add<DescribeOptions>("describe", "Show counts, means and spread of the columns of a table", DeclareDescribe);
     Add<ClusterOptions>("cluster", "Build a cluster tree of the rows, cut it and draw it", DeclareCluster);

@@ -20,6 +20,7 @@ struct FitOptions {
   std::vector<std::string> exclude;
   NCScale::Scaling scaling = NCScale::ScalingUnitVariance;
   std::optional<int> components;  ///< nothing: as many as cross-validation finds
+  std::string stepsFile;  ///< of the preprocessing of X; empty: there is none
   int groups = 7;
   std::string groupColumn;  ///< empty: `groups` groups, every row in the one after its neighbour's
   std::string save;         ///< empty: the model is not stored
@@ -74,6 +75,18 @@ struct FilterOptions : FitOptions {  // it has no use for groups, groupColumn, c
   std::string out;
 };
 
+struct PreprocessOptions {
+  std::string table;
+  std::string out;
+  std::string steps;      ///< as text; empty where a file has them
+  std::string stepsFile;  ///< of text, or of a chain that --save has written
+  std::string id;         ///< empty: rows are numbered
+  std::string x;          ///< FIRST..LAST; empty: all other columns of numbers
+  std::vector<std::string> exclude;
+  std::string save;       ///< empty: the chain is not stored
+  bool json = false;
+};
+
 struct InfoOptions {
   std::string model;
   bool json = false;
@@ -90,8 +103,8 @@ struct Answer {
 };
 
 using Command = std::variant<PlsOptions, PcaOptions, OplsOptions, O2plsOptions, PredictOptions, FillOptions,
-                             FilterOptions, InfoOptions, DescribeOptions, ClusterOptions, ChartOptions,
-                             HistogramOptions, FisherOptions, QuantileOptions, SpectrumOptions, Answer>;
+                             FilterOptions, PreprocessOptions, InfoOptions, DescribeOptions, ClusterOptions,
+                             ChartOptions, HistogramOptions, FisherOptions, QuantileOptions, SpectrumOptions, Answer>;
 
 /// Reads the command line. Throws Failure (Usage) with one line for anything that makes no sense.
 Command ParseCommandLine(int argc, const char* const* argv);

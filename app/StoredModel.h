@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "app/ComponentRecord.h"
+#include "app/StepChain.h"
 #include "kalmia/o2pls/NCYOrthogonalPLS.h"
 #include "kalmia/pcapls/NCPCA.h"
 #include "kalmia/pcapls/NCPLS.h"
@@ -14,7 +15,7 @@
 namespace kalmia::app {
 
 /// Version of the model file that this command writes; it reads this one and all before it.
-constexpr int kModelFileVersion = 2;
+constexpr int kModelFileVersion = 3;
 
 /// What a stored model has whatever its kind: where it comes from, and what turns new rows of a table into its X.
 struct ModelFrame {
@@ -25,6 +26,7 @@ struct ModelFrame {
   std::string groupColumn;              ///< column of the cross-validation groups; empty for every n-th row
   int groups = 0;
   NCScale::Scaling scaling = NCScale::ScalingUnitVariance;
+  StepChain chain;  ///< what made X of the columns of the table; without steps they are X themselves
   std::vector<std::string> xNames;
   std::vector<std::string> rowNames;
   std::unique_ptr<NCScale> xScale;

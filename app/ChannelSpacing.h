@@ -1,0 +1,14 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace kalmia::app {
+
+/// The distance between neighbouring channels that their names tell: names with one number each, the same text before
+/// it and behind it ("900nm", "902nm"), equally spaced to a hundredth of the distance. It is negative where the numbers
+/// fall. Nothing for other names, or for less than two.
+std::optional<double> ChannelSpacing(const std::vector<std::string>& names);
+
+}  // namespace kalmia::app

@@ -1,0 +1,122 @@
+#include "app/StepChain.h"
+
+#include <algorithm>
+#include <cmath>
+#include <functional>
+#include <string_view>
+#include <unordered_map>
+#include <utility>
+
+#include "app/ChannelSpacing.h"
+#include "app/Numbers.h"
+#include "app/StepWork.h"
+#include "app/WaveletSteps.h"
+
+namespace kalmia::app {
+
+namespace {
+
+std::string Place(std::size_t i, const Step& step) { return "step " + std::to_string(i + 1) + ", " + StepText(step); }
+
+/// The wavelet-compress right before step i, if that is what stands there.
+const LearntStep* CompressBefore(const std::vector<LearntStep>& steps, std::size_t i) {
+  return i > 0 && steps[i - 1].step.kind == StepKind::WaveletCompress ? &steps[i - 1] : nullptr;
+}
+
+/// Coefficients have no distance from one another.
+float SpacingOf(const Signals& signals, const std::string& place, Notes* notes) {
+  const auto spacing = signals.fullNames.empty() ? ChannelSpacing(signals.names) : std::nullopt;
+  if (spacing) return static_cast<float>(*spacing);
+  notes->Add(place + ": per channel, for the names of the columns are no equally spaced numbers");
+  return 1.0F;
+}
+
+/// What the positions of wavelet-compress have to be for signals of so many channels.
+bool AreConsistent(const LearntStep& compress, int channels) {
+  const std::vector<int>& positions = compress.positions;
+  const bool rise = std::adjacent_find(positions.begin(), positions.end(), std::greater_equal<>()) == positions.end();
+  return static_cast<int>(positions.size()) == compress.step.Whole(0) && rise && positions.front() >= 1 &&
+         positions.back() <= Coefficients(channels);
+}
+
+/// A chain without its cells: columns come and go, as in Apply.
+class NameWalk {
+ public:
+  explicit NameWalk(const std::vector<std::string>& names) : names_(names) {}
+
+  bool Pass(const std::vector<LearntStep>& steps, std::size_t i) {
+    const LearntStep& step = steps[i];
+    if (!IsValid(step.step) || !WrongChannels(step.step, static_cast<int>(names_.size())).empty()) return false;
+    if (!std::isfinite(step.spacing) || step.spacing == 0.0F) return false;
+    if (step.step.kind == StepKind::WaveletCompress) {
+      if (!AreConsistent(step, static_cast<int>(names_.size()))) return false;
+      fullNames_ = std::exchange(names_, CoefficientNames(step));
+    } else if (step.step.kind == StepKind::WaveletRestore) {
+      if (CompressBefore(steps, i) == nullptr) return false;
+      names_ = fullNames_;
+    }
+    return true;
+  }
+
+  const std::vector<std::string>& Names() const { return names_; }
+
+ private:
+  std::vector<std::string> names_;
+  std::vector<std::string> fullNames_;
+};
+
+}  // namespace
+
+StepChain LearnChain(const std::vector<Step>& steps, Signals* signals, Notes* notes) {
+  StepChain chain;
+  chain.inputNames = signals->names;
+  for (std::size_t i = 0; i < steps.size(); ++i) {
+    const std::string place = Place(i, steps[i]);
+    LearntStep learnt;
+    learnt.step = steps[i];
+    if (steps[i].kind == StepKind::Derivative) learnt.spacing = SpacingOf(*signals, place, notes);
+    Learn(place, *signals, &learnt);
+    chain.steps.push_back(std::move(learnt));
+    Apply(chain.steps.back(), CompressBefore(chain.steps, i), place, signals);
+  }
+  return chain;
+}
+
+void ApplyChain(const StepChain& chain, Signals* signals) {
+  for (std::size_t i = 0; i < chain.steps.size(); ++i) {
+    Apply(chain.steps[i], CompressBefore(chain.steps, i), Place(i, chain.steps[i].step), signals);
+  }
+}
+
+std::vector<std::string> OutputNames(const StepChain& chain) {
+  NameWalk walk(chain.inputNames);
+  for (std::size_t i = 0; i < chain.steps.size(); ++i) walk.Pass(chain.steps, i);
+  return walk.Names();
+}
+
+std::string LearntText(const LearntStep& step) {
+  std::string text = StepText(step.step);
+  if (step.step.kind == StepKind::Derivative) text += ", channels " + Shortest(step.spacing) + " apart";
+  return text;
+}
+
+NCDataMatrix<float> PickColumns(const Signals& signals, const std::vector<std::string>& names) {
+  std::unordered_map<std::string_view, int> columnOf;
+  for (std::size_t c = 0; c < signals.names.size(); ++c) columnOf.emplace(signals.names[c], static_cast<int>(c) + 1);
+  NCIntegralVector<int, -99> columns;
+  for (const std::string& name : names) columns.push_back(columnOf.at(name));
+  NCDataMatrix<float> picked = signals.cells;
+  picked.ReduceColumns(columns);
+  return picked;
+}
+
+bool IsConsistent(const StepChain& chain) {
+  if (chain.inputNames.empty() || chain.steps.empty()) return false;
+  NameWalk walk(chain.inputNames);
+  for (std::size_t i = 0; i < chain.steps.size(); ++i) {
+    if (!walk.Pass(chain.steps, i)) return false;
+  }
+  return true;
+}
+
+}  // namespace kalmia::app

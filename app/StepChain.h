@@ -1,0 +1,60 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "app/Notes.h"
+#include "app/Steps.h"
+#include "kalmia/containers/NCDataMatrix.h"
+
+namespace kalmia::app {
+
+/// A step with what it took from the table that it was first applied to.
+struct LearntStep {
+  Step step;
+  float spacing = 1.0F;        ///< of a derivative: between neighbouring channels
+  std::vector<int> positions;  ///< of wavelet-compress: of the coefficients that are kept, from 1, in rising order
+};
+
+/// Steps of preprocessing as they are applied to one table after the other.
+struct StepChain {
+  std::vector<std::string> inputNames;  ///< columns that the steps take, at least one
+  std::vector<LearntStep> steps;
+
+  bool Empty() const { return steps.empty(); }
+};
+
+/// A table of signals on its way through a chain: rows are signals, columns are channels.
+struct Signals {
+  std::string table;                   ///< how messages call it
+  std::vector<std::string> rowNames;
+  std::vector<std::string> names;      ///< of the columns
+  std::vector<std::string> fullNames;  ///< while it is compressed: of the columns before; otherwise empty
+  NCDataMatrix<float> cells;
+};
+
+/// Applies the steps to the table in place, one after the other, and keeps what they learn of it. Missing cells: those
+/// of column transformations, snv and detrend stay missing; a window makes do with the cells it has, see Derivate;
+/// wavelets see them filled along straight lines, and wavelet-denoise leaves them missing. A row without a cell stays so.
+/// Notes where the spacing of a derivative is 1 for want of numbers in the names of the channels.
+/// Throws Failure (BadData) that names table, row, column and step: a cell that the step cannot take, or of which it
+/// makes no finite number; a row without variance for snv; a window wider than the signals; more coefficients to keep
+/// than there are.
+StepChain LearnChain(const std::vector<Step>& steps, Signals* signals, Notes* notes);
+
+/// The same steps with what they have learnt. The columns are those of chain.inputNames. Throws as LearnChain.
+void ApplyChain(const StepChain& chain, Signals* signals);
+
+/// Names of the columns that come out of the chain.
+std::vector<std::string> OutputNames(const StepChain& chain);
+
+/// "derivative:1:15:2, channels 2 apart": the step with what it has learnt, for a reader.
+std::string LearntText(const LearntStep& step);
+
+/// The columns of these names, all of which are there, in their order.
+NCDataMatrix<float> PickColumns(const Signals& signals, const std::vector<std::string>& names);
+
+/// Whether the chain, read from a file, could have been learnt.
+bool IsConsistent(const StepChain& chain);
+
+}  // namespace kalmia::app

@@ -1,0 +1,37 @@
+#pragma once
+
+#include <istream>
+#include <optional>
+#include <ostream>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "app/StepChain.h"
+
+namespace kalmia::app {
+
+/// What --steps-file gives: steps that have yet to learn, or a chain that has learnt.
+struct StepsFile {
+  std::string name;  ///< how messages call it
+  std::vector<Step> steps;
+  std::optional<StepChain> chain;
+};
+
+/// Reads either kind: the text of ParseSteps, or what --save has written. Throws Failure (Usage) for a text that makes
+/// no sense, (Files) for a file that cannot be read or is damaged.
+StepsFile ReadStepsFile(const std::string& path);
+
+/// The bytes of a file that keeps a chain: docs/command.md describes them.
+std::string StepChainFileBytes(const StepChain& chain);
+
+/// Whether the bytes begin like such a file; and the chain in them. Throws Failure (Files) for damaged ones.
+bool IsStepChainFile(std::string_view bytes);
+StepChain ReadStepChainFile(std::string_view bytes, const std::string& name);
+
+/// A chain as part of a file; one without steps has no names either. Reading is false, and never throws, on bytes that
+/// no writing has made.
+void WriteStepChain(const StepChain& chain, std::ostream& stream);
+bool ReadStepChain(std::istream& stream, StepChain* chain);
+
+}  // namespace kalmia::app

@@ -1,0 +1,199 @@
+#include "app/StepWork.h"
+
+#include <algorithm>
+#include <cmath>
+#include <memory>
+#include <utility>
+
+#include "app/DisplayText.h"
+#include "app/Failure.h"
+#include "app/Numbers.h"
+#include "app/Scaling.h"
+#include "app/WaveletSteps.h"
+#include "kalmia/containers/Missing.h"
+#include "kalmia/signal/Derivate.h"
+#include "kalmia/signal/NCTransform.h"
+#include "kalmia/signal/Wavelet.h"
+
+namespace kalmia::app {
+
+namespace {
+
+using Matrix = NCDataMatrix<float>;
+using Vector = NCDataVector<float>;
+
+constexpr auto kMissingCell = kalmia::kMissingCell<float>;
+
+/// Rows and columns from 1.
+std::string CellPlace(const Signals& signals, int row, int column) {
+  return "row " + Quoted(signals.rowNames[static_cast<std::size_t>(row) - 1]) + ", column " +
+         Quoted(signals.names[static_cast<std::size_t>(column) - 1]);
+}
+
+[[noreturn]] void Refuse(const Signals& signals, const std::string& place, const std::string& message) {
+  throw Failure(ExitCode::BadData, signals.table + ": " + place + ": " + message);
+}
+
+/// Every row by its own: `work` turns a row with a cell in it into another one.
+template <class Work>
+void EachRow(Signals* signals, const Work& work) {
+  Matrix result;
+  result.ReserveRows(signals->cells.SizeRows());
+  for (int r = 1; r <= signals->cells.SizeRows(); ++r) {
+    Vector row(signals->cells[r]);
+    if (row.GetNumMisVal() < row.Size()) work(r, &row);
+    result.push_back(row);
+  }
+  signals->cells = result;
+}
+
+TransformE::Transform TransformOf(StepKind kind) {
+  switch (kind) {
+    case StepKind::Log: return TransformE::TransformLog;
+    case StepKind::NegLog: return TransformE::TransformNegLog;
+    case StepKind::Logit: return TransformE::TransformLogit;
+    case StepKind::Exp: return TransformE::TransformExp;
+    case StepKind::Power: return TransformE::TransformPower;
+    default: return TransformE::TransformLinear;
+  }
+}
+
+TransformStruct TransformOf(const Step& step) {
+  TransformStruct transform;
+  transform.SetTransform(TransformOf(step.kind));
+  const bool isPower = step.kind == StepKind::Power;  // c stands first, it is the one that has to be said
+  for (std::size_t i = 0; i < step.parameters.size(); ++i) {
+    const std::size_t constant = isPower ? (i == 0 ? 3 : i) : i + 1;
+    transform.SetConstant(static_cast<int>(constant), static_cast<float>(step.parameters[i]));
+  }
+  return transform;
+}
+
+void Transform(const Step& step, const std::string& place, Signals* signals) {
+  const Matrix before = signals->cells;
+  NCTransform transform(before.SizeColumns());
+  for (int c = 1; c <= before.SizeColumns(); ++c) transform[c] = TransformOf(step);
+  const std::unique_ptr<NCTransformErrors> errors(transform.TransformMatrixNoBreak(&signals->cells));
+  if (errors) {
+    const NCTransformError& first = *errors->GetFirstError();
+    Refuse(*signals, place, CellPlace(*signals, first.Row, first.Column) + " is " +
+                                Shortest(before[first.Row][first.Column]) + ", which the step cannot take");
+  }
+  for (int r = 1; r <= before.SizeRows(); ++r) {
+    for (int c = 1; c <= before.SizeColumns(); ++c) {
+      if (before[r][c] == kMissingCell || signals->cells[r][c] != kMissingCell) continue;
+      signals->cells(r, c, UnlessMissing(kMissingCell));
+    }
+  }
+}
+
+void StandardNormalVariate(const std::string& place, Signals* signals) {
+  EachRow(signals, [&](int r, Vector* row) {
+    const auto present = static_cast<double>(row->Size() - row->GetNumMisVal());
+    double sum = 0.0;
+    for (const float cell : *row) sum += cell == kMissingCell ? 0.0 : cell;
+    const double mean = sum / present;
+    double squares = 0.0;
+    for (const float cell : *row) squares += cell == kMissingCell ? 0.0 : (cell - mean) * (cell - mean);
+    const double deviation = std::sqrt(squares / (present - 1.0));
+    if (!(deviation > 0.0)) {
+      Refuse(*signals, place, "row " + Quoted(signals->rowNames[static_cast<std::size_t>(r) - 1]) + " has no variance");
+    }
+    for (int c = 1; c <= row->Size(); ++c) {
+      const float cell = (*row)[c];
+      if (cell != kMissingCell) (*row)(c, UnlessMissing(static_cast<float>((cell - mean) / deviation)));
+    }
+  });
+}
+
+void Detrend(const Step& step, Signals* signals) {
+  EachRow(signals, [&](int /*r*/, Vector* row) {
+    const Vector before(*row);
+    long double intercept = 0;
+    long double slope = 0;
+    if (step.Whole(0) == Wavelet::DetrendMean) {
+      row->DetrendMean(intercept);
+    } else {
+      row->DetrendLinear(intercept, slope);
+    }
+    for (int c = 1; c <= row->Size(); ++c) {
+      if (before[c] != kMissingCell && (*row)[c] == kMissingCell) (*row)(c, UnlessMissing(kMissingCell));
+    }
+  });
+}
+
+Derivate<float> WindowOf(const Step& step) {
+  const std::size_t window = step.kind == StepKind::Derivative ? 1 : 0;
+  return Derivate<float>(static_cast<Derivate<float>::PolynomialOrder>(step.Whole(window + 1)), step.Whole(window));
+}
+
+int WindowSize(const Step& step) { return step.Whole(step.kind == StepKind::Derivative ? 1 : 0); }
+
+void Slide(const LearntStep& learnt, Signals* signals) {
+  const Derivate<float> window = WindowOf(learnt.step);
+  EachRow(signals, [&](int /*r*/, Vector* row) {
+    Vector result;
+    if (learnt.step.kind == StepKind::Derivative) {
+      window.DoDerivate(*row, result, learnt.step.Whole(0), learnt.spacing);
+    } else {
+      window.Smooth(*row, result);
+    }
+    *row = result;
+  });
+}
+
+void RequireFinite(const std::string& place, const Matrix& before, const Signals& signals) {
+  for (int r = 1; r <= signals.cells.SizeRows(); ++r) {
+    const Vector& row = signals.cells[r];
+    for (int c = 1; c <= row.Size(); ++c) {
+      if (std::isfinite(row[c])) continue;
+      const bool sameColumns = before.SizeColumns() == row.Size();
+      Refuse(signals, place, CellPlace(signals, r, c) + " becomes no finite number" +
+                                 (sameColumns ? " from " + Shortest(before[r][c]) : ""));
+    }
+  }
+}
+
+}  // namespace
+
+std::string WrongChannels(const Step& step, int channels) {
+  const std::string counted = Counted(static_cast<std::size_t>(channels), "channel");
+  if (step.kind == StepKind::Smooth || step.kind == StepKind::Derivative) {
+    return WindowSize(step) > channels ? "the window is wider than the signals, which have " + counted : "";
+  }
+  if (step.kind == StepKind::WaveletCompress && step.Whole(0) > Coefficients(channels)) {
+    return "signals of " + counted + " have " + std::to_string(Coefficients(channels)) + " coefficients";
+  }
+  return "";
+}
+
+void Learn(const std::string& place, const Signals& signals, LearntStep* step) {
+  const std::string wrong = WrongChannels(step->step, signals.cells.SizeColumns());
+  if (!wrong.empty()) Refuse(signals, place, wrong);
+  if (step->step.kind == StepKind::WaveletCompress) step->positions = LargestCoefficients(step->step, signals.cells);
+}
+
+void Apply(const LearntStep& learnt, const LearntStep* compress, const std::string& place, Signals* signals) {
+  const Matrix before = signals->cells;
+  switch (learnt.step.kind) {
+    case StepKind::Snv: StandardNormalVariate(place, signals); break;
+    case StepKind::Detrend: Detrend(learnt.step, signals); break;
+    case StepKind::Smooth:
+    case StepKind::Derivative: Slide(learnt, signals); break;
+    case StepKind::WaveletDenoise: signals->cells = Denoised(learnt.step, signals->cells); break;
+    case StepKind::WaveletCompress:
+      signals->cells = Compressed(learnt, signals->cells);
+      signals->fullNames = std::move(signals->names);
+      signals->names = CoefficientNames(learnt);
+      break;
+    case StepKind::WaveletRestore:
+      signals->cells = Restored(*compress, static_cast<int>(signals->fullNames.size()), signals->cells);
+      signals->names = std::move(signals->fullNames);
+      signals->fullNames.clear();
+      break;
+    default: Transform(learnt.step, place, signals);
+  }
+  RequireFinite(place, before, *signals);
+}
+
+}  // namespace kalmia::app
