@@ -23,6 +23,16 @@ std::string Escaped(char byte) {
   return {'\\', 'x', kDigits[code >> 4U], kDigits[code & 15U]};
 }
 
+/// The first names, each on one line, `last` before the last of them.
+std::string Joined(const std::vector<std::string>& names, std::size_t count, const char* last) {
+  std::string text;
+  for (std::size_t i = 0; i < count; ++i) {
+    if (i > 0) text += i + 1 == count ? last : ", ";
+    text += OneLine(names[i]);
+  }
+  return text;
+}
+
 }  // namespace
 
 std::string OneLine(std::string_view text) {
@@ -49,16 +59,11 @@ std::string Quoted(std::string_view text) {
 }
 
 std::string Listed(const std::vector<std::string>& names, std::size_t limit) {
-  const bool cut = limit > 0 && names.size() > limit;
-  const std::size_t shown = cut ? limit : names.size();
-  std::string text;
-  for (std::size_t i = 0; i < shown; ++i) {
-    if (i > 0) text += !cut && i + 1 == shown ? " and " : ", ";
-    text += OneLine(names[i]);
-  }
-  if (cut) text += " and " + std::to_string(names.size() - shown) + " more";
-  return text;
+  if (limit == 0 || names.size() <= limit) return Joined(names, names.size(), " and ");
+  return Joined(names, limit, ", ") + " and " + std::to_string(names.size() - limit) + " more";
 }
+
+std::string Either(const std::vector<std::string>& names) { return Joined(names, names.size(), " or "); }
 
 std::string Counted(std::size_t count, const std::string& noun) {
   return std::to_string(count) + " " + noun + (count == 1 ? "" : "s");

@@ -17,6 +17,9 @@ std::string Quoted(std::string_view text);
 /// "a, b and c", each on one line; with more than `limit` names "a, b and 7 more". A limit of 0 names all.
 std::string Listed(const std::vector<std::string>& names, std::size_t limit = 0);
 
+/// "a, b or c", each on one line.
+std::string Either(const std::vector<std::string>& names);
+
 /// "1 row", "2 rows".
 std::string Counted(std::size_t count, const std::string& noun);
 

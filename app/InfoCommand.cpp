@@ -10,6 +10,7 @@
 #include "app/OplsTables.h"
 #include "app/PcaTables.h"
 #include "app/Scaling.h"
+#include "app/StepChainFile.h"
 #include "app/StepChainJson.h"
 
 namespace kalmia::app {
@@ -175,11 +176,31 @@ std::string InfoJson(const Model& model, const std::string& file) {
   return JsonText(json);
 }
 
+std::string ChainInfoText(const StepChain& chain, const std::string& file) {
+  const std::vector<std::string> names = OutputNames(chain);
+  return Labelled("Steps file", file) + StepsText(chain) + LabelledNames("Takes", chain.inputNames) +
+         Labelled("Makes", Counted(names.size(), "column")) + LabelledNames("", names);
+}
+
+std::string ChainInfoJson(const StepChain& chain, const std::string& file) {
+  Json json = JsonHeader("kalmia-info-steps");
+  json["stepsFile"] = file;
+  json["columns"] = chain.inputNames;
+  json["steps"] = ChainJson(chain);
+  json["outColumns"] = OutputNames(chain);
+  return JsonText(json);
+}
+
 }  // namespace
 
 std::string RunCommand(const InfoOptions& options, Notes* /*notes*/) {
   const std::string file = InputName(options.model);
-  const StoredModel model = ReadModelFile(ReadInput(options.model), file);
+  const std::string bytes = ReadInput(options.model);
+  if (IsStepChainFile(bytes)) {
+    const StepChain chain = ReadStepChainFile(bytes, file);
+    return options.json ? ChainInfoJson(chain, file) : ChainInfoText(chain, file);
+  }
+  const StoredModel model = ReadModelFile(bytes, file);
   return std::visit([&](const auto& own) { return options.json ? InfoJson(own, file) : InfoText(own, file); }, model);
 }
 

@@ -143,7 +143,7 @@ class Selection {
         x_.push_back({signals.names[k], {cells.begin(), cells.end()}});
       }
     }
-    if (x_.empty()) Refuse(table_, "no cell of X is left behind the steps of " + file.name);
+    if (x_.empty()) Refuse(table_, "no cell of X is left after the steps of " + file.name);
   }
 
   /// Of the columns of X those that the chain takes, in its order.
@@ -153,9 +153,17 @@ class Selection {
     std::vector<Column> taken;
     for (const std::string& name : chain.inputNames) {
       const auto place = placeOf.find(name);
-      if (place == placeOf.end()) Refuse(table_, "the steps of " + file + " take column " + Quoted(name) + ", which is not in X");
-      taken.push_back(std::move(x_[place->second]));
+      if (place == placeOf.end()) {
+        Refuse(table_, "the steps of " + file + " take column " + Quoted(name) + ", which is not in X");
+      }
+      taken.push_back(x_[place->second]);
+      placeOf.erase(place);
     }
+    std::vector<std::string> others;
+    for (const Column& column : x_) {
+      if (placeOf.count(column.name) > 0) others.push_back(column.name);
+    }
+    NoteColumns("not among the columns of " + file, others);
     x_ = std::move(taken);
   }
 

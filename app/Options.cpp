@@ -183,19 +183,24 @@ void DeclarePreprocess(CommandOptions* command, PreprocessOptions* options) {
   command->Text("--steps-file", "FILE", &options->stepsFile,
                 "file with the steps, also one on each line; or what --save has written, to repeat it as it was");
   command->Exclude("--steps", "--steps-file");
-  command->Text("--out", "FILE", &options->out, "the other columns, then what the steps make, always needed");
+  command->Text("--out", "FILE", &options->out, "the columns that stay, then what the steps make, always needed");
   command->Require("--out");
-  command->Text("--id", "NAME", &options->id, "column that names the rows");
-  command->Text("--x", "FIRST..LAST", &options->x, "columns to work on (default: all others of numbers)");
+  command->Text("--id", "NAME", &options->id, "column that names the rows in messages; it stays as it is");
+  command->Text("--x", "FIRST..LAST", &options->x, "columns to work on (default: all of numbers)");
   command->Names("--exclude", &options->exclude, "columns that stay as they are; not with --x");
   command->Exclude("--x", "--exclude");
   command->Text("--save", "FILE", &options->save, "store the steps with what they have learnt of this table");
+  command->Flag("--restore", &options->restore,
+                "signals again from the coefficients that the wavelet-compress at the end of saved steps has kept");
+  for (const char* option : {"--steps", "--x", "--exclude", "--save"}) command->Exclude("--restore", option);
   command->Flag("--json", &options->json, "print JSON");
   command->Examples(StepsHelp() +
       "Examples:\n"
-      "  kalmia preprocess gasoline.csv --steps snv,derivative:1:15:2 --exclude sample,octane --out d1.csv\n"
-      "  kalmia preprocess gasoline.csv --steps wavelet-compress:40 --id sample --exclude octane --out w.csv --save w\n"
-      "  kalmia preprocess new.csv --steps-file w --out new-w.csv");
+      "  kalmia preprocess gasoline.csv --steps snv,derivative:1:15:2 --id sample --exclude octane --out d1.csv\n"
+      "  kalmia preprocess gasoline.csv --steps wavelet-compress:40 --id sample --exclude octane --out w.csv \\\n"
+      "      --save forty.steps\n"
+      "  kalmia preprocess new.csv --steps-file forty.steps --out new-w.csv\n"
+      "  kalmia preprocess new-w.csv --steps-file forty.steps --restore --out back.csv");
 }
 
 void DeclareInfo(CommandOptions* command, InfoOptions* options) {

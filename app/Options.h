@@ -84,6 +84,7 @@ struct PreprocessOptions {
   std::string x;          ///< FIRST..LAST; empty: all other columns of numbers
   std::vector<std::string> exclude;
   std::string save;       ///< empty: the chain is not stored
+  bool restore = false;   ///< signals of the coefficients that the stored chain has kept
   bool json = false;
 };
 

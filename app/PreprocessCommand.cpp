@@ -1,5 +1,8 @@
 #include <algorithm>
+#include <utility>
+#include <vector>
 
+#include "app/CellNumber.h"
 #include "app/Commands.h"
 #include "app/CsvTable.h"
 #include "app/CsvText.h"
@@ -12,10 +15,19 @@
 #include "app/StepChainFile.h"
 #include "app/StepChainJson.h"
 #include "app/TableColumns.h"
+#include "kalmia/containers/Missing.h"
 
 namespace kalmia::app {
 
 namespace {
+
+void RefuseToOverwriteInputs(const PreprocessOptions& options) {
+  std::vector<FilePlace> inputs = {{"the table", options.table}};
+  std::vector<FilePlace> outputs = {{"--out", options.out}};
+  if (!options.stepsFile.empty()) inputs.push_back({"--steps-file", options.stepsFile});
+  if (!options.save.empty()) outputs.push_back({"--save", options.save});
+  RefuseToOverwrite(inputs, outputs);
+}
 
 [[noreturn]] void Refuse(const CsvTable& table, const std::string& message) {
   throw Failure(ExitCode::BadData, table.Name() + ": " + message);
@@ -25,9 +37,17 @@ bool Has(const std::vector<int>& columns, int column) {
   return std::find(columns.begin(), columns.end(), column) != columns.end();
 }
 
+/// The columns of these names, from 0.
+std::vector<int> ColumnsNamed(const CsvTable& table, const std::vector<std::string>& names) {
+  std::vector<int> columns;
+  for (const std::string& name : names) columns.push_back(RequireColumn(table, name));
+  return columns;
+}
+
 /// Columns of the table, from 0, that become signals.
 std::vector<int> SignalColumns(const CsvTable& table, const PreprocessOptions& options, const StepsFile& steps) {
-  if (steps.chain) return RequireColumns(table, steps.chain->inputNames);
+  if (options.restore) return ColumnsNamed(table, OutputNames(*steps.chain));
+  if (steps.chain) return ColumnsNamed(table, steps.chain->inputNames);
   std::vector<int> excluded = RequireColumns(table, options.exclude);
   if (!options.id.empty()) excluded.push_back(RequireColumn(table, options.id));
   std::vector<int> candidates;
@@ -61,65 +81,76 @@ Signals ReadSignals(const CsvTable& table, const PreprocessOptions& options, con
   return signals;
 }
 
-/// A column that no step has touched: numbers with a decimal point like all others in the file, texts as they are.
-class KeptColumn {
- public:
-  KeptColumn(const CsvTable& table, int column) : table_(table), column_(column) {
-    int moved = 0;
-    if (KindOfColumn(table, column) == ColumnKind::Numbers) numbers_ = ReadNumbers(table, column, &moved);
-  }
-
-  const std::string& Name() const { return table_.ColumnNames()[static_cast<std::size_t>(column_)]; }
-
-  void AddCell(int row, CsvText* csv) const {
-    if (numbers_.empty()) {
-      csv->Field(std::string(table_.Cell(row, column_)));
-    } else {
-      csv->Cell(numbers_[static_cast<std::size_t>(row)]);
-    }
-  }
-
- private:
-  const CsvTable& table_;
-  int column_;
-  std::vector<float> numbers_;  ///< empty for a column of texts
-};
+/// The cell of a column that no step has touched: a number digit by digit, but with a decimal point like all others in
+/// the file, a missing one empty, a text as it is.
+std::string KeptCell(const CsvTable& table, ColumnKind kind, int row, int column) {
+  std::string text(table.Cell(row, column));
+  if (kind == ColumnKind::Texts) return text;
+  if (ReadCell(text, table.DecimalComma()).kind == CellKind::Missing) return "";
+  if (table.DecimalComma()) std::replace(text.begin(), text.end(), ',', '.');
+  return text;
+}
 
 /// The columns that are no signals, then what has become of the signals.
 std::string OutText(const CsvTable& table, const std::vector<int>& columns, const Signals& signals) {
-  std::vector<KeptColumn> kept;
-  for (int column = 0; column < table.Columns(); ++column) {
-    if (!Has(columns, column)) kept.emplace_back(table, column);
-  }
+  std::vector<std::pair<int, ColumnKind>> kept;
   CsvText csv;
-  for (const KeptColumn& column : kept) {
-    const bool twice = std::find(signals.names.begin(), signals.names.end(), column.Name()) != signals.names.end();
-    if (twice) Refuse(table, "column " + Quoted(column.Name()) + " would stand in the output twice: rename or exclude it");
-    csv.Field(column.Name());
+  for (int column = 0; column < table.Columns(); ++column) {
+    if (Has(columns, column)) continue;
+    const std::string& name = table.ColumnNames()[static_cast<std::size_t>(column)];
+    const bool isTwice = std::find(signals.names.begin(), signals.names.end(), name) != signals.names.end();
+    if (isTwice) Refuse(table, "column " + Quoted(name) + " would stand in the output twice: rename it in the table");
+    kept.emplace_back(column, KindOfColumn(table, column));
+    csv.Field(name);
   }
   for (const std::string& name : signals.names) csv.Field(name);
   csv.EndLine();
+  const bool isAlone = kept.size() + signals.names.size() == 1;  // a missing cell would leave a blank line
   for (int row = 0; row < table.Rows(); ++row) {
-    for (const KeptColumn& column : kept) column.AddCell(row, &csv);
-    for (const float cell : signals.cells[row + 1]) csv.Cell(cell);
+    for (const auto& [column, kind] : kept) {
+      const std::string text = KeptCell(table, kind, row, column);
+      text.empty() ? csv.Cell(kMissingCell<float>) : csv.Field(text);
+    }
+    for (const float cell : signals.cells[row + 1]) {
+      isAlone && cell == kMissingCell<float> ? csv.Field("NA") : csv.Cell(cell);
+    }
     csv.EndLine();
   }
   return csv.Text();
 }
 
+/// What --save has written is applied as it is, or backwards.
+void RequireThatTheChainAgrees(const PreprocessOptions& options, const StepsFile& steps) {
+  if (options.restore && !(steps.chain && EndsCompressed(*steps.chain))) {
+    throw Failure(ExitCode::Usage, "--restore takes saved steps that end with wavelet-compress, not " + steps.name);
+  }
+  if (steps.chain && (!options.x.empty() || !options.exclude.empty() || !options.save.empty())) {
+    throw Failure(ExitCode::Usage, steps.name + " holds saved steps and their columns: --x, --exclude and --save do not "
+                                                "go with it");
+  }
+}
+
 StepsFile StepsOf(const PreprocessOptions& options) {
-  if (!options.stepsFile.empty()) return ReadStepsFile(options.stepsFile);
-  if (options.steps.empty()) {
+  if (options.stepsFile.empty() && options.steps.empty()) {
     throw Failure(ExitCode::Usage, "kalmia preprocess needs --steps or --steps-file; see kalmia preprocess --help");
   }
-  return {"--steps", ParseSteps(options.steps, "--steps"), {}};
+  StepsFile steps{"--steps", {}, {}};
+  if (options.stepsFile.empty()) {
+    steps.steps = ParseSteps(options.steps, steps.name);
+  } else {
+    steps = ReadStepsFile(options.stepsFile);
+  }
+  RequireThatTheChainAgrees(options, steps);
+  return steps;
 }
 
 std::string ResultText(const PreprocessOptions& options, const StepChain& chain, const Signals& signals) {
-  std::string text = "Preprocessed " + Counted(signals.rowNames.size(), "row") + " of " + signals.table + ", " +
-                     Counted(chain.inputNames.size(), "column") + ", into " + OneLine(options.out) + ", " +
+  const std::size_t before = options.restore ? OutputNames(chain).size() : chain.inputNames.size();
+  std::string text = std::string(options.restore ? "Restored " : "Preprocessed ") +
+                     Counted(signals.rowNames.size(), "row") + " of " + signals.table + ", " +
+                     Counted(before, "column") + ", into " + OneLine(options.out) + ", " +
                      Counted(signals.names.size(), "column") + "\n";
-  for (std::size_t i = 0; i < chain.steps.size(); ++i) {
+  for (std::size_t i = options.restore ? chain.steps.size() - 1 : 0; i < chain.steps.size(); ++i) {
     text += "  " + std::to_string(i + 1) + "  " + LearntText(chain.steps[i]) + "\n";
   }
   if (!options.save.empty()) text += "\nSaved the steps as " + OneLine(options.save) + "\n";
@@ -131,7 +162,8 @@ std::string ResultJson(const PreprocessOptions& options, const StepChain& chain,
   Json json = JsonHeader("kalmia-preprocess");
   json["table"] = signals.table;
   json["rows"] = signals.rowNames;
-  json["columns"] = chain.inputNames;
+  json["columns"] = options.restore ? OutputNames(chain) : chain.inputNames;
+  json["restored"] = options.restore;
   json["steps"] = ChainJson(chain);
   json["out"] = options.out;
   json["outColumns"] = signals.names;
@@ -140,22 +172,26 @@ std::string ResultJson(const PreprocessOptions& options, const StepChain& chain,
   return JsonText(json);
 }
 
+/// The chain that the signals have gone through, forwards or, for --restore, its last step backwards.
+StepChain Work(const PreprocessOptions& options, const StepsFile& steps, Signals* signals, Notes* notes) {
+  if (!steps.chain) return LearnChain(steps.steps, signals, notes);
+  if (options.restore) {
+    RestoreSignals(*steps.chain, signals);
+  } else {
+    ApplyChain(*steps.chain, signals);
+  }
+  return *steps.chain;
+}
+
 }  // namespace
 
 std::string RunCommand(const PreprocessOptions& options, Notes* notes) {
-  RefuseToOverwrite({{"the table", options.table}, {"--steps-file", options.stepsFile}},
-                    {{"--out", options.out}, {"--save", options.save}});
+  RefuseToOverwriteInputs(options);
   const StepsFile steps = StepsOf(options);
   const CsvTable table(ReadInput(options.table), InputName(options.table));
   const std::vector<int> columns = SignalColumns(table, options, steps);
   Signals signals = ReadSignals(table, options, columns, notes);
-  StepChain chain;
-  if (steps.chain) {
-    chain = *steps.chain;
-    ApplyChain(chain, &signals);
-  } else {
-    chain = LearnChain(steps.steps, &signals, notes);
-  }
+  const StepChain chain = Work(options, steps, &signals, notes);
   OutputFiles files;
   files.Stage(options.out, OutText(table, columns, signals));
   if (!options.save.empty()) files.Stage(options.save, StepChainFileBytes(chain));

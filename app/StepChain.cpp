@@ -31,11 +31,15 @@ float SpacingOf(const Signals& signals, const std::string& place, Notes* notes) 
   return 1.0F;
 }
 
-/// What the positions of wavelet-compress have to be for signals of so many channels.
-bool AreConsistent(const LearntStep& compress, int channels) {
-  const std::vector<int>& positions = compress.positions;
+/// Whether the step could have learnt this from signals of so many channels.
+bool CouldLearn(const LearntStep& learnt, int channels) {
+  if (!IsValid(learnt.step) || !WrongChannels(learnt.step, channels).empty()) return false;
+  const bool isSpaced = learnt.step.kind == StepKind::Derivative;
+  if (isSpaced ? !std::isfinite(learnt.spacing) || learnt.spacing == 0.0F : learnt.spacing != 1.0F) return false;
+  const std::vector<int>& positions = learnt.positions;
+  if (learnt.step.kind != StepKind::WaveletCompress) return positions.empty();
   const bool rise = std::adjacent_find(positions.begin(), positions.end(), std::greater_equal<>()) == positions.end();
-  return static_cast<int>(positions.size()) == compress.step.Whole(0) && rise && positions.front() >= 1 &&
+  return static_cast<int>(positions.size()) == learnt.step.Whole(0) && rise && positions.front() >= 1 &&
          positions.back() <= Coefficients(channels);
 }
 
@@ -46,10 +50,8 @@ class NameWalk {
 
   bool Pass(const std::vector<LearntStep>& steps, std::size_t i) {
     const LearntStep& step = steps[i];
-    if (!IsValid(step.step) || !WrongChannels(step.step, static_cast<int>(names_.size())).empty()) return false;
-    if (!std::isfinite(step.spacing) || step.spacing == 0.0F) return false;
+    if (!CouldLearn(step, static_cast<int>(names_.size()))) return false;
     if (step.step.kind == StepKind::WaveletCompress) {
-      if (!AreConsistent(step, static_cast<int>(names_.size()))) return false;
       fullNames_ = std::exchange(names_, CoefficientNames(step));
     } else if (step.step.kind == StepKind::WaveletRestore) {
       if (CompressBefore(steps, i) == nullptr) return false;
@@ -59,11 +61,18 @@ class NameWalk {
   }
 
   const std::vector<std::string>& Names() const { return names_; }
+  const std::vector<std::string>& FullNames() const { return fullNames_; }
 
  private:
   std::vector<std::string> names_;
   std::vector<std::string> fullNames_;
 };
+
+NameWalk Walked(const StepChain& chain) {
+  NameWalk walk(chain.inputNames);
+  for (std::size_t i = 0; i < chain.steps.size(); ++i) walk.Pass(chain.steps, i);
+  return walk;
+}
 
 }  // namespace
 
@@ -88,10 +97,17 @@ void ApplyChain(const StepChain& chain, Signals* signals) {
   }
 }
 
-std::vector<std::string> OutputNames(const StepChain& chain) {
-  NameWalk walk(chain.inputNames);
-  for (std::size_t i = 0; i < chain.steps.size(); ++i) walk.Pass(chain.steps, i);
-  return walk.Names();
+std::vector<std::string> OutputNames(const StepChain& chain) { return Walked(chain).Names(); }
+
+bool EndsCompressed(const StepChain& chain) {
+  return !chain.Empty() && chain.steps.back().step.kind == StepKind::WaveletCompress;
+}
+
+void RestoreSignals(const StepChain& chain, Signals* signals) {
+  signals->fullNames = Walked(chain).FullNames();
+  LearntStep restore;
+  restore.step.kind = StepKind::WaveletRestore;
+  Apply(restore, &chain.steps.back(), "restoring, " + StepText(chain.steps.back().step), signals);
 }
 
 std::string LearntText(const LearntStep& step) {

@@ -48,6 +48,11 @@ void ApplyChain(const StepChain& chain, Signals* signals);
 /// Names of the columns that come out of the chain.
 std::vector<std::string> OutputNames(const StepChain& chain);
 
+/// Whether the last step is wavelet-compress; and the signals before that step again, from what it has kept of them:
+/// columns are OutputNames(chain). Coefficients that were not kept are 0, a missing one too; a row without any stays so.
+bool EndsCompressed(const StepChain& chain);
+void RestoreSignals(const StepChain& chain, Signals* signals);
+
 /// "derivative:1:15:2, channels 2 apart": the step with what it has learnt, for a reader.
 std::string LearntText(const LearntStep& step);
 

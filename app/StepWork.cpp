@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <functional>
 #include <memory>
 #include <utility>
 
@@ -32,6 +33,13 @@ std::string CellPlace(const Signals& signals, int row, int column) {
 
 [[noreturn]] void Refuse(const Signals& signals, const std::string& place, const std::string& message) {
   throw Failure(ExitCode::BadData, signals.table + ": " + place + ": " + message);
+}
+
+/// A cell that was there, and has become the missing value as a number, becomes the next one.
+void KeepPresent(const Vector& before, Vector* row) {
+  for (int c = 1; c <= row->Size(); ++c) {
+    if (before[c] != kMissingCell && (*row)[c] == kMissingCell) (*row)(c, UnlessMissing(kMissingCell));
+  }
 }
 
 /// Every row by its own: `work` turns a row with a cell in it into another one.
@@ -77,7 +85,7 @@ void Transform(const Step& step, const std::string& place, Signals* signals) {
   if (errors) {
     const NCTransformError& first = *errors->GetFirstError();
     Refuse(*signals, place, CellPlace(*signals, first.Row, first.Column) + " is " +
-                                Shortest(before[first.Row][first.Column]) + ", which the step cannot take");
+                                Shortest(before[first.Row][first.Column]) + ", of which the step makes no number");
   }
   for (int r = 1; r <= before.SizeRows(); ++r) {
     for (int c = 1; c <= before.SizeColumns(); ++c) {
@@ -87,37 +95,39 @@ void Transform(const Step& step, const std::string& place, Signals* signals) {
   }
 }
 
+/// No two of its cells differ.
+bool IsConstant(const Vector& row) {
+  const auto isPresent = [](float cell) { return cell != kMissingCell; };
+  const auto first = std::find_if(row.begin(), row.end(), isPresent);
+  return std::all_of(first, row.end(), [&](float cell) { return !isPresent(cell) || cell == *first; });
+}
+
 void StandardNormalVariate(const std::string& place, Signals* signals) {
   EachRow(signals, [&](int r, Vector* row) {
-    const auto present = static_cast<double>(row->Size() - row->GetNumMisVal());
-    double sum = 0.0;
-    for (const float cell : *row) sum += cell == kMissingCell ? 0.0 : cell;
-    const double mean = sum / present;
-    double squares = 0.0;
-    for (const float cell : *row) squares += cell == kMissingCell ? 0.0 : (cell - mean) * (cell - mean);
-    const double deviation = std::sqrt(squares / (present - 1.0));
-    if (!(deviation > 0.0)) {
+    if (IsConstant(*row)) {
       Refuse(*signals, place, "row " + Quoted(signals->rowNames[static_cast<std::size_t>(r) - 1]) + " has no variance");
     }
-    for (int c = 1; c <= row->Size(); ++c) {
-      const float cell = (*row)[c];
-      if (cell != kMissingCell) (*row)(c, UnlessMissing(static_cast<float>((cell - mean) / deviation)));
-    }
+    const Vector before(*row);
+    *row = row->SNV();
+    KeepPresent(before, row);
   });
+}
+
+/// What stands at place i on the trend of a row that has a cell.
+std::function<long double(int)> TrendOf(const Step& step, const Vector& row) {
+  long double intercept = row.GetMean();
+  long double slope = 0;
+  // A line needs two cells; where there is only one the mean is all there is.
+  if (step.Whole(0) == Wavelet::DetrendLinear) row.LeastSquare(nullptr, intercept, slope);
+  return [=](int i) { return i * slope + intercept; };
 }
 
 void Detrend(const Step& step, Signals* signals) {
   EachRow(signals, [&](int /*r*/, Vector* row) {
-    const Vector before(*row);
-    long double intercept = 0;
-    long double slope = 0;
-    if (step.Whole(0) == Wavelet::DetrendMean) {
-      row->DetrendMean(intercept);
-    } else {
-      row->DetrendLinear(intercept, slope);
-    }
+    const auto trend = TrendOf(step, *row);
     for (int c = 1; c <= row->Size(); ++c) {
-      if (before[c] != kMissingCell && (*row)[c] == kMissingCell) (*row)(c, UnlessMissing(kMissingCell));
+      const float cell = (*row)[c];
+      if (cell != kMissingCell) (*row)(c, UnlessMissing(static_cast<float>(cell - trend(c))));
     }
   });
 }
@@ -142,14 +152,12 @@ void Slide(const LearntStep& learnt, Signals* signals) {
   });
 }
 
-void RequireFinite(const std::string& place, const Matrix& before, const Signals& signals) {
+void RequireFinite(const std::string& place, const Signals& signals) {
   for (int r = 1; r <= signals.cells.SizeRows(); ++r) {
     const Vector& row = signals.cells[r];
     for (int c = 1; c <= row.Size(); ++c) {
       if (std::isfinite(row[c])) continue;
-      const bool sameColumns = before.SizeColumns() == row.Size();
-      Refuse(signals, place, CellPlace(signals, r, c) + " becomes no finite number" +
-                                 (sameColumns ? " from " + Shortest(before[r][c]) : ""));
+      Refuse(signals, place, CellPlace(signals, r, c) + " becomes no finite number");
     }
   }
 }
@@ -162,7 +170,7 @@ std::string WrongChannels(const Step& step, int channels) {
     return WindowSize(step) > channels ? "the window is wider than the signals, which have " + counted : "";
   }
   if (step.kind == StepKind::WaveletCompress && step.Whole(0) > Coefficients(channels)) {
-    return "signals of " + counted + " have " + std::to_string(Coefficients(channels)) + " coefficients";
+    return "signals of " + counted + " have no more than " + std::to_string(Coefficients(channels)) + " coefficients";
   }
   return "";
 }
@@ -174,7 +182,6 @@ void Learn(const std::string& place, const Signals& signals, LearntStep* step) {
 }
 
 void Apply(const LearntStep& learnt, const LearntStep* compress, const std::string& place, Signals* signals) {
-  const Matrix before = signals->cells;
   switch (learnt.step.kind) {
     case StepKind::Snv: StandardNormalVariate(place, signals); break;
     case StepKind::Detrend: Detrend(learnt.step, signals); break;
@@ -193,7 +200,7 @@ void Apply(const LearntStep& learnt, const LearntStep* compress, const std::stri
       break;
     default: Transform(learnt.step, place, signals);
   }
-  RequireFinite(place, before, *signals);
+  RequireFinite(place, *signals);
 }
 
 }  // namespace kalmia::app

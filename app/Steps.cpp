@@ -56,18 +56,19 @@ const std::vector<Kind>& Kinds() {
        {{"a", Reading::Real, -kAny, kAny, "0"}, {"b", Reading::Real, -kAny, kAny, "1"}}},
       {StepKind::Exp, "exp", "exp(a x + b)", {kA, kB}},
       {StepKind::Power, "power", "(a x + b)^c", {{"c", Reading::Real, -kAny, kAny, nullptr}, kA, kB}},
-      {StepKind::Snv, "snv", "each row less its mean, over its standard deviation", {}},
+      {StepKind::Snv, "snv", "each row less its mean, divided by its standard deviation", {}},
       {StepKind::Detrend, "detrend", "each row less its mean, or its straight line",
        {{"mode", Reading::Mode, 0, 0, "linear"}}},
       {StepKind::Smooth, "smooth", "a polynomial fitted in a sliding window",
        {{"window", Reading::OddWhole, 3, kMostWindow, "11"}, kPolynomial}},
-      {StepKind::Derivative, "derivative", "of the polynomial in a sliding window; per unit of the channel names",
+      {StepKind::Derivative, "derivative",
+       "of that polynomial, per unit of the channel names where they are equally spaced numbers",
        {{"order", Reading::Whole, 1, 3, "1"}, {"window", Reading::OddWhole, 3, kMostWindow, "11"}, kPolynomial}},
       {StepKind::WaveletDenoise, "wavelet-denoise",
-       "details shrunk by s sqrt(2 ln n), s from those of the finest level", {kFamily, kOrder}},
-      {StepKind::WaveletCompress, "wavelet-compress", "the coefficients of largest mean square over the training rows",
+       "details shrunk towards 0 by s sqrt(2 ln n), s the noise of n channels that the finest ones show", {kFamily, kOrder}},
+      {StepKind::WaveletCompress, "wavelet-compress", "instead of the signals the coefficients of largest mean square over all rows",
        {{"count", Reading::Whole, 1, kMostCells, nullptr}, kFamily, kOrder}},
-      {StepKind::WaveletRestore, "wavelet-restore", "signals again, from what wavelet-compress has kept", {}}};
+      {StepKind::WaveletRestore, "wavelet-restore", "right after wavelet-compress: signals again, of what it has kept", {}}};
   return kinds;
 }
 
@@ -89,7 +90,7 @@ std::optional<double> PlaceOf(const std::string& word, const std::array<const ch
 
 template <std::size_t Count>
 std::string Choices(const std::array<const char*, Count>& words) {
-  return Listed({words.begin(), words.end()});
+  return Either({words.begin(), words.end()});
 }
 
 std::vector<std::string> OrderNames(double family) {
@@ -134,15 +135,24 @@ std::optional<double> ValueOf(const Parameter& parameter, const std::string& wor
 std::string RangeText(const Parameter& parameter, const std::vector<double>& before) {
   const std::string range = Shortest(parameter.lowest) + " to " + Shortest(parameter.highest);
   switch (parameter.reading) {
-    case Reading::Real: return "a number";
+    case Reading::Real: return "a number up to 3.4e38";
     case Reading::Whole: return "a whole number from " + range;
     case Reading::OddWhole: return "an odd number from " + range;
     case Reading::Mode: return Choices(kModes);
     case Reading::Family: return Choices(kFamilies);
     case Reading::WaveletOrder: break;
   }
-  return "for " + std::string(kFamilies[static_cast<std::size_t>(before.back())]) + " " +
-         Listed(OrderNames(before.back()));
+  return Either(OrderNames(before.back())) + ", which " +
+         std::string(kFamilies[static_cast<std::size_t>(before.back())]) + " has";
+}
+
+/// "order: a whole number from 1 to 3 (1)", its default in brackets.
+std::string RangeHelp(const Parameter& parameter) {
+  const std::string otherwise = parameter.otherwise == nullptr ? "" : " (" + std::string(parameter.otherwise) + ")";
+  std::string range = RangeText(parameter, {});
+  if (parameter.reading == Reading::Real) range = "a number";
+  if (parameter.reading == Reading::Family) range = "one of those below";
+  return std::string(parameter.name) + ": " + range + otherwise;
 }
 
 const Kind* FindKind(const std::string& name) {
@@ -255,8 +265,12 @@ class StepReader {
   int number_ = 0;
 };
 
-/// Lines without what follows a #, as steps with commas between them.
-std::string WithoutComments(const std::string& text) {
+/// Lines without what follows a #, as steps with commas between them. Line ends are those of any system, and a byte
+/// order mark is dropped.
+std::string WithoutComments(std::string text) {
+  constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
+  if (text.compare(0, kByteOrderMark.size(), kByteOrderMark) == 0) text.erase(0, kByteOrderMark.size());
+  std::replace(text.begin(), text.end(), '\r', '\n');
   std::string steps;
   for (const std::string& line : Split(text, '\n')) steps += line.substr(0, line.find('#')) + ",";
   return steps;
@@ -268,7 +282,7 @@ void RequireOrder(const std::vector<Step>& steps, const std::string& source) {
     const bool restores = steps[i].kind == StepKind::WaveletRestore;
     if (restores && !compressed) {
       throw Failure(ExitCode::Usage, source + ": step " + std::to_string(i + 1) +
-                                         ", wavelet-restore, does not stand right behind a wavelet-compress");
+                                         ", 'wavelet-restore': it has to stand right after a wavelet-compress");
     }
     compressed = steps[i].kind == StepKind::WaveletCompress;
   }
@@ -280,7 +294,7 @@ std::string ParameterText(const Kind& kind, const Step& step, std::size_t i) {
     case Reading::Mode: return kModes[static_cast<std::size_t>(value) - Wavelet::DetrendMean];
     case Reading::Family: return kFamilies[static_cast<std::size_t>(value)];
     case Reading::WaveletOrder: return OrderNames(step.parameters[i - 1])[static_cast<std::size_t>(value) - 1];
-    default: return Shortest(value);
+    default: return Shortest(static_cast<float>(value));  // all that is read is a float
   }
 }
 
@@ -329,21 +343,20 @@ bool IsValid(const Step& step) {
 }
 
 std::string StepsHelp() {
-  std::string help = "Steps, in the order in which they are to be taken; in square brackets what may be left out:\n";
+  std::string help = "Steps, taken in their order; what stands in square brackets may be left out:\n";
   for (const Kind& kind : Kinds()) {
     help += "  " + Form(kind) + "\n      " + kind.whatItDoes + "\n";
+    std::string ranges;
     for (const Parameter& parameter : kind.parameters) {
-      if (parameter.reading == Reading::Real && parameter.otherwise == nullptr) continue;
-      if (parameter.reading == Reading::WaveletOrder) continue;
-      help += "      " + std::string(parameter.name) + ": " + RangeText(parameter, {}) +
-              (parameter.otherwise == nullptr ? "" : " (default: " + std::string(parameter.otherwise) + ")") + "\n";
+      if (parameter.reading != Reading::WaveletOrder) ranges += (ranges.empty() ? "" : "; ") + RangeHelp(parameter);
     }
+    if (!ranges.empty()) help += "      " + ranges + "\n";
   }
-  help += "Filters of the families:\n";
+  help += "Families and their filters (8, or the last one of a family that has no 8):\n";
   for (std::size_t family = 0; family < kFamilies.size(); ++family) {
-    help += "  " + std::string(kFamilies[family]) + ": " + Listed(OrderNames(static_cast<double>(family))) + "\n";
+    help += "  " + std::string(kFamilies[family]) + ": " + Either(OrderNames(static_cast<double>(family))) + "\n";
   }
-  return help + "  (default: 8, or the last one where a family has no 8)\n";
+  return help;
 }
 
 }  // namespace kalmia::app

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 #include <memory>
 #include <numeric>
 
@@ -18,6 +19,9 @@ using Vector = NCDataVector<float>;
 using Filters = std::unique_ptr<Wavelet::WaveletFilters, void (*)(Wavelet::WaveletFilters*)>;
 
 constexpr double kDeviationsInMedian = 0.6745;  ///< the upper quartile of the standard normal distribution
+
+constexpr double kInfinity = std::numeric_limits<double>::infinity();
+constexpr float kNoNumber = std::numeric_limits<float>::quiet_NaN();
 
 /// Filters that are cleaned up.
 Filters Owned(const Wavelet::WaveletFilters& filters) {
@@ -62,14 +66,24 @@ NCIntegralVector<int, -99> Indices(const std::vector<int>& positions) {
   return indices;
 }
 
+/// Sums of large cells may go beyond the floats.
+bool AreFinite(const Vector& coefficients) {
+  return std::all_of(coefficients.begin(), coefficients.end(), [](float cell) { return std::isfinite(cell); });
+}
+
+/// The median of |d| over the finest details of the channels: those of the padding are no noise.
+double MedianOfFinest(const Vector& coefficients, int channels) {
+  const int half = coefficients.Size() / 2;
+  Vector finest;
+  for (int i = 1; i <= channels / 2; ++i) finest.push_back(std::fabs(coefficients[half + i]));
+  return static_cast<double>(finest.GetMedian());
+}
+
 void Soften(int channels, Vector* coefficients) {
   const int n = coefficients->Size();
-  if (n < 2) return;
-  std::vector<double> finest;
-  for (int i = n / 2 + 1; i <= n; ++i) finest.push_back(std::fabs((*coefficients)[i]));
-  const auto middle = finest.begin() + static_cast<std::ptrdiff_t>(finest.size() / 2);
-  std::nth_element(finest.begin(), middle, finest.end());
-  const double threshold = *middle / kDeviationsInMedian * std::sqrt(2.0 * std::log(channels));
+  if (channels < 2) return;
+  const double threshold =
+      MedianOfFinest(*coefficients, channels) / kDeviationsInMedian * std::sqrt(2.0 * std::log(channels));
   for (int i = 2; i <= n; ++i) {
     const double detail = (*coefficients)[i];
     const double left = std::max(0.0, std::fabs(detail) - threshold);
@@ -93,7 +107,7 @@ std::vector<int> LargestCoefficients(const Step& step, const Matrix& signals) {
     if (!coefficients) continue;
     for (std::size_t i = 0; i < squares.size(); ++i) {
       const double cell = (*coefficients)[static_cast<int>(i) + 1];
-      squares[i] += cell * cell;
+      squares[i] += std::isfinite(cell) ? cell * cell : kInfinity;  // kept, and refused for it
     }
   }
   std::vector<int> positions(squares.size());
@@ -150,10 +164,11 @@ Matrix Denoised(const Step& step, const Matrix& signals) {
   for (int r = 1; r <= signals.SizeRows(); ++r) {
     const std::unique_ptr<Vector> coefficients = Forward(signals[r], *forward);
     if (!coefficients) continue;
-    Soften(channels, coefficients.get());
+    const bool isFinite = AreFinite(*coefficients);
+    if (isFinite) Soften(channels, coefficients.get());
     const Vector signal = Backward(*coefficients, *backward, channels);
     for (int c = 1; c <= channels; ++c) {
-      if (signals[r][c] != kMissingCell<float>) result(r, c, UnlessMissing(signal[c]));
+      if (signals[r][c] != kMissingCell<float>) result(r, c, isFinite ? UnlessMissing(signal[c]) : kNoNumber);
     }
   }
   return result;

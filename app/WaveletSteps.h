@@ -27,7 +27,8 @@ NCDataMatrix<float> Compressed(const LearntStep& compress, const NCDataMatrix<fl
 NCDataMatrix<float> Restored(const LearntStep& compress, int channels, const NCDataMatrix<float>& coefficients);
 
 /// Details d become sign(d) max(0, |d| - t) with t = s sqrt(2 ln n) for n channels, s being the median of |d| over the
-/// finest level divided by 0.6745. Holes stay holes.
+/// first n / 2 of the finest level, divided by 0.6745: behind them is the padding. Holes stay holes. A row of which a
+/// coefficient is beyond the floats comes out as NaN.
 /// Source: Donoho & Johnstone (1994), Biometrika 81, 425-455.
 NCDataMatrix<float> Denoised(const Step& step, const NCDataMatrix<float>& signals);
 

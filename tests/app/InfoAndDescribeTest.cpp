@@ -34,7 +34,7 @@ TEST(Info, ShowsVersionScalingNamesAndQ2OfAStoredModel) {
                        .Json();
   const CommandResult text = RunKalmia({"info", model});
   EXPECT_EQ(text.exitCode, 0);
-  for (const std::string& part : std::vector<std::string>{"version 2", kWrittenBy, "Pareto scaled", "x1, x2, x3, x4",
+  for (const std::string& part : std::vector<std::string>{"version 3", kWrittenBy, "Pareto scaled", "x1, x2, x3, x4",
                                                           "5 groups", "Q2 cum", "named by column name"}) {
     EXPECT_THAT(text.output, HasSubstr(part));
   }

@@ -153,6 +153,25 @@ TEST(JsonSchema, HoldsForEveryOutputOfFilter) {
   ExpectValid("kalmia-info-filter", RunKalmia({"info", model, "--json"}).Json());
 }
 
+TEST(JsonSchema, HoldsForPreprocessingAndForModelsWithIt) {
+  const ScratchFolder folder;
+  const std::string table = folder.Write("t.csv", LinearTable(12, 9, 3));
+  const std::string saved = folder.Path("saved"), out = folder.Path("out.csv"), model = folder.Path("model");
+  const std::vector<std::string> learn = {"--steps", "derivative:1:3,wavelet-compress:4:daubechies:4", "--id", "name",
+                                          "--exclude", "y", "--save", saved};
+  std::vector<std::string> preprocess = {"preprocess", table, "--out", out, "--json"};
+  preprocess.insert(preprocess.end(), learn.begin(), learn.end());
+  ExpectValid("kalmia-preprocess", RunKalmia(preprocess).Json());
+  ExpectValid("kalmia-preprocess", RunKalmia({"preprocess", out, "--steps-file", saved, "--restore", "--out",
+                                              folder.Path("back.csv"), "--json"}).Json());
+  ExpectValid("kalmia-info-steps", RunKalmia({"info", saved, "--json"}).Json());
+  ASSERT_EQ(RunKalmia({"pls", table, "--y", "y", "--id", "name", "--components", "1", "--steps-file", saved, "--save",
+                       model}).exitCode, 0);
+  const json info = RunKalmia({"info", model, "--json"}).Json();
+  ExpectValid("kalmia-info", info);
+  EXPECT_EQ(info["preprocessing"].size(), 2U);
+}
+
 TEST(JsonSchema, NoticesAFieldThatIsWrongMissingOrUnknown) {
   json good = RunKalmia({"describe", "-", "--json"}, "a\n1\n2\n").Json();
   json wrong = good;

@@ -80,9 +80,21 @@ std::string SmallFilterFile() {
   return ReadWholeFile(folder.Path("m"));
 }
 
+/// The bytes of a PLS model of one component of 8 rows, of 3 columns that went through steps.
+std::string SmallPreprocessedFile() {
+  const ScratchFolder folder;
+  const std::string table = folder.Write("t.csv", UnrelatedTable(8, 3, 1, 1));
+  const std::string steps = folder.Write("s", "derivative:1:3:2,wavelet-compress:3:daubechies:4");
+  const CommandResult run = RunKalmia({"pls", table, "--y", "y1", "--components", "1", "--steps-file", steps,
+                                       "--save", folder.Path("m")});
+  EXPECT_EQ(run.exitCode, 0) << run.error;
+  return ReadWholeFile(folder.Path("m"));
+}
+
 /// One small file of each kind of model.
 std::vector<std::string> SmallFiles() {
-  return {SmallModelFile(), SmallPcaFile(), SmallOplsFile(), SmallO2plsFile(), SmallFilterFile()};
+  return {SmallModelFile(), SmallPcaFile(),    SmallOplsFile(),
+          SmallO2plsFile(), SmallFilterFile(), SmallPreprocessedFile()};
 }
 
 /// The message with which the bytes are refused; "" if they are read.
@@ -147,9 +159,34 @@ TEST(ModelFile, OfTheFirstVersionIsReadAsThePlsModelThatItIs) {
   const auto info = RunKalmia({"info", FileOfVersion1(), "--json"}).Json();
   const auto freshInfo = RunKalmia({"info", fresh, "--json"}).Json();
   EXPECT_EQ(info["modelFileVersion"], 1);
-  EXPECT_EQ(freshInfo["modelFileVersion"], 2);
+  EXPECT_EQ(freshInfo["modelFileVersion"], 3);
   for (const char* field : {"x", "y", "rows", "components", "quality", "pooledDeviation", "scaling", "idColumn"}) {
     EXPECT_EQ(info[field], freshInfo[field]) << field;
+  }
+}
+
+/// What `predict` says of oliveoil.csv with a model file, but for the names of files.
+nlohmann::json AnswersOf(const std::string& model) {
+  const CommandResult run = RunKalmia({"predict", model, ExampleTable("oliveoil.csv"), "--json"});
+  EXPECT_EQ(run.exitCode, 0) << run.error;
+  return run.Json()["rows"];
+}
+
+/// As FileOfVersion1, of the second version; and two principal components of oliveoil.csv.
+TEST(ModelFile, OfTheSecondVersionIsReadAsAModelWithoutPreprocessing) {
+  const ScratchFolder folder;
+  const std::vector<std::vector<std::string>> fits = {{"pls", "--y", "yellow,green"}, {"pca"}};
+  for (std::vector<std::string> fit : fits) {
+    const std::string old = std::string(KALMIA_OLD_FILES_DIR) + "/" + fit.front() + "-version-2.kalmia";
+    const std::string fresh = folder.Path(fit.front());
+    const std::vector<std::string> more = {"--id", "sample", "--components", "2", "--save", fresh};
+    fit.insert(fit.begin() + 1, ExampleTable("oliveoil.csv"));
+    fit.insert(fit.end(), more.begin(), more.end());
+    ASSERT_EQ(RunKalmia(fit).exitCode, 0);
+    EXPECT_EQ(AnswersOf(old), AnswersOf(fresh));
+    const auto info = RunKalmia({"info", old, "--json"}).Json();
+    EXPECT_EQ(info["modelFileVersion"], 2);
+    EXPECT_EQ(info["preprocessing"], nlohmann::json::array());
   }
 }
 
@@ -238,8 +275,8 @@ TEST(ModelFile, EndsInAFailureWhenItsContentIsCutByAForger) {
 TEST(ModelFile, IsRefusedForWhatIsWrong) {
   const std::string bytes = SmallModelFile();
   std::string newer = bytes;
-  newer[8] = 3;
-  EXPECT_EQ(Refusal(newer), "m is a model file of version 3; this kalmia reads versions up to 2");
+  newer[8] = 4;
+  EXPECT_EQ(Refusal(newer), "m is a model file of version 4; this kalmia reads versions up to 3");
   std::string none = bytes;
   none[8] = 0;
   EXPECT_EQ(Refusal(none), "m is damaged: there is no version 0");

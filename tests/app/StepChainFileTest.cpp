@@ -1,0 +1,178 @@
+// Saved steps: what comes back, and what is refused.
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <cstdint>
+
+#include "app/Failure.h"
+#include "app/StepChainFile.h"
+#include "kalmia/support/MD5.h"
+
+namespace {
+
+using kalmia::app::ApplyChain;
+using kalmia::app::ExitCode;
+using kalmia::app::Failure;
+using kalmia::app::IsConsistent;
+using kalmia::app::LearnChain;
+using kalmia::app::Notes;
+using kalmia::app::OutputNames;
+using kalmia::app::ParseSteps;
+using kalmia::app::ReadStepChainFile;
+using kalmia::app::Signals;
+using kalmia::app::StepChain;
+using kalmia::app::StepChainFileBytes;
+using ::testing::HasSubstr;
+
+constexpr std::size_t kLengthAt = 12;  ///< where in the file the parts of its header stand
+constexpr std::size_t kChecksumAt = 20;
+constexpr std::size_t kContentAt = 52;
+
+/// Three rows of five channels.
+Signals SmallSignals() {
+  Signals signals{"t", {"a", "b", "c"}, {"10", "12", "14", "16", "18"}, {}, NCDataMatrix<float>(3, 5)};
+  for (int r = 1; r <= 3; ++r)
+    for (int c = 1; c <= 5; ++c) signals.cells(r, c, static_cast<float>(std::sin(1.0 + r * c) + c));
+  return signals;
+}
+
+StepChain SmallChain() {
+  Signals signals = SmallSignals();
+  Notes notes;
+  return LearnChain(ParseSteps("linear:2:1,derivative:1:3,wavelet-compress:3:daubechies:4,wavelet-restore", "steps"),
+                    &signals, &notes);
+}
+
+/// The message with which the bytes are refused; "" if they are read.
+std::string Refusal(const std::string& bytes) {
+  try {
+    ReadStepChainFile(bytes, "s");
+  } catch (const Failure& failure) {
+    EXPECT_EQ(failure.Code(), ExitCode::Files);
+    EXPECT_EQ(std::string(failure.what()).find('\n'), std::string::npos);
+    return failure.what();
+  }
+  return "";
+}
+
+/// The bytes with a length and a checksum that match their content: what a forger would write.
+std::string Forged(std::string bytes) {
+  const std::uint64_t length = bytes.size() - kContentAt;
+  for (std::size_t i = 0; i < 8; ++i) bytes[kLengthAt + i] = static_cast<char>(length >> (8 * i) & 0xFFU);
+  MD5 md5;
+  md5.Update(bytes.data() + kContentAt, length);
+  md5.Finalize();
+  return bytes.replace(kChecksumAt, 32, md5.GetDigest());
+}
+
+TEST(StepChainFile, ComesBackToTheSameBytesAndTheSameWork) {
+  const StepChain chain = SmallChain();
+  const std::string bytes = StepChainFileBytes(chain);
+  const StepChain read = ReadStepChainFile(bytes, "s");
+  EXPECT_EQ(StepChainFileBytes(read), bytes);
+  EXPECT_EQ(read.steps[1].spacing, 2.0F);
+  EXPECT_EQ(read.steps[2].positions, chain.steps[2].positions);
+  Signals before = SmallSignals(), after = SmallSignals();
+  ApplyChain(chain, &before);
+  ApplyChain(read, &after);
+  EXPECT_TRUE(before.cells == after.cells);
+  EXPECT_EQ(after.names, OutputNames(read));
+}
+
+TEST(StepChainFile, IsRefusedWhenCutAtAnyByte) {
+  const std::string bytes = StepChainFileBytes(SmallChain());
+  EXPECT_EQ(Refusal(""), "s is empty, no chain of preprocessing steps");
+  for (std::size_t length = 1; length < bytes.size(); ++length) {
+    EXPECT_THAT(Refusal(bytes.substr(0, length)), HasSubstr("s is cut")) << length;
+  }
+}
+
+TEST(StepChainFile, IsRefusedWithAnyBitFlipped) {
+  std::string bytes = StepChainFileBytes(SmallChain());
+  for (std::size_t i = 0; i < bytes.size(); ++i) {
+    for (unsigned bit = 0; bit < 8; ++bit) {
+      bytes[i] = static_cast<char>(bytes[i] ^ static_cast<char>(1U << bit));
+      EXPECT_NE(Refusal(bytes), "") << "byte " << i << " bit " << bit;
+      bytes[i] = static_cast<char>(bytes[i] ^ static_cast<char>(1U << bit));
+    }
+  }
+}
+
+TEST(StepChainFile, EndsInAFailureOrAChainThatWorksWhenForged) {
+  const std::string original = StepChainFileBytes(SmallChain());
+  int read = 0;
+  for (std::size_t i = kContentAt; i < original.size(); ++i) {
+    for (unsigned bit = 0; bit < 8; ++bit) {
+      std::string bytes = original;
+      bytes[i] = static_cast<char>(bytes[i] ^ static_cast<char>(1U << bit));
+      try {
+        const StepChain chain = ReadStepChainFile(Forged(bytes), "s");
+        EXPECT_TRUE(IsConsistent(chain));
+        ++read;
+        Signals signals = SmallSignals();
+        signals.names = chain.inputNames;
+        ApplyChain(chain, &signals);
+        EXPECT_EQ(static_cast<std::size_t>(signals.cells.SizeColumns()), OutputNames(chain).size());
+      } catch (const Failure& failure) {
+        if (failure.Code() == ExitCode::BadData) {  // a constant that takes the cells beyond the floats
+          EXPECT_THAT(failure.what(), HasSubstr("becomes no finite number"));
+        } else {
+          EXPECT_STREQ(failure.what(), "s is damaged: its parts do not fit together");
+        }
+      }
+    }
+  }
+  EXPECT_GT(read, 0);  // a flip within a name or a constant is nobody's to notice
+}
+
+TEST(StepChainFile, EndsInAFailureWhenItsContentIsCutByAForger) {
+  const std::string original = StepChainFileBytes(SmallChain());
+  for (std::size_t length = kContentAt; length < original.size(); ++length) {
+    EXPECT_THAT(Refusal(Forged(original.substr(0, length))), HasSubstr("its parts do not fit together")) << length;
+  }
+}
+
+/// A chain that no learning has made, and why.
+struct Lie {
+  const char* what;
+  void (*tell)(StepChain*);
+};
+
+TEST(StepChainFile, IsRefusedWhereTheChainCouldNotHaveBeenLearnt) {
+  const Lie lies[] = {
+      {"no columns", [](StepChain* chain) { chain->inputNames.clear(); }},
+      {"no steps", [](StepChain* chain) { chain->steps.clear(); }},
+      {"fewer columns than the window", [](StepChain* chain) { chain->inputNames.resize(2); }},
+      {"no spacing", [](StepChain* chain) { chain->steps[1].spacing = 0.0F; }},
+      {"a spacing that is no number", [](StepChain* chain) { chain->steps[1].spacing = std::nanf(""); }},
+      {"a spacing where there is none", [](StepChain* chain) { chain->steps[0].spacing = 2.0F; }},
+      {"positions where there are none", [](StepChain* chain) { chain->steps[0].positions = {1}; }},
+      {"a position below 1", [](StepChain* chain) { chain->steps[2].positions = {0, 1, 2}; }},
+      {"a position beyond the coefficients", [](StepChain* chain) { chain->steps[2].positions = {1, 2, 9}; }},
+      {"a position that comes twice", [](StepChain* chain) { chain->steps[2].positions = {1, 2, 2}; }},
+      {"falling positions", [](StepChain* chain) { chain->steps[2].positions = {3, 2, 1}; }},
+      {"fewer positions than kept", [](StepChain* chain) { chain->steps[2].positions = {1, 2}; }},
+      {"nothing to restore from", [](StepChain* chain) { chain->steps.erase(chain->steps.begin() + 2); }},
+      {"a step that does not exist", [](StepChain* chain) { chain->steps[0].step.kind = kalmia::app::StepKind{99}; }},
+      {"too many parameters", [](StepChain* chain) { chain->steps[0].step.parameters.push_back(1.0); }}};
+  for (const Lie& lie : lies) {
+    SCOPED_TRACE(lie.what);
+    StepChain chain = SmallChain();
+    lie.tell(&chain);
+    EXPECT_EQ(Refusal(StepChainFileBytes(chain)), "s is damaged: its parts do not fit together");
+  }
+  StepChain whole = SmallChain();
+  whole.steps[2].positions = {1, 2, 8};
+  EXPECT_EQ(Refusal(StepChainFileBytes(whole)), "");
+}
+
+TEST(StepChainFile, OfANewerVersionIsRefusedByIt) {
+  std::string newer = StepChainFileBytes(SmallChain());
+  newer[8] = 2;
+  EXPECT_EQ(Refusal(newer), "s is a steps file of version 2; this kalmia reads versions up to 1");
+  EXPECT_EQ(Refusal("log, snv"), "s is no chain of preprocessing steps");
+}
+
+}  // namespace
