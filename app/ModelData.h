@@ -34,7 +34,7 @@ struct ModelData {
 /// Selects X, Y, names and groups from the table as the options say; `y` holds the arguments of --y, none for a model
 /// of X alone. Columns without numbers, constant and empty X columns, and rows without any X cell are left out, each
 /// kind with one note. With steps, constant and empty columns take part in them, and those that come out as such are
-/// left out. Throws Failure (Usage, Files) where the file of the steps is none, (BadData): a column that does not exist;
+/// left out. Throws Failure (Usage, Files) where the file of the steps is none, (BadData): a column that is not there;
 /// a Y of text, without values or without variance; no X column or no X cell left; X that the steps cannot take; a row
 /// without a group, fewer than two groups; a cell that is no number.
 ModelData SelectData(const CsvTable& table, const FitOptions& options, const std::vector<std::string>& y, Notes* notes);

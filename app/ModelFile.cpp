@@ -55,8 +55,8 @@ bool ReadGeneral(int version, std::istream* entry, ModelFrame* frame, int* kind)
   return scaling >= NCScale::ScalingNone && scaling <= NCScale::ScalingUnitVariance;
 }
 
-/// The chain that makes X, which is among the columns that come out of it. A file of an older version has no such entry:
-/// one that has it is no such file.
+/// The chain that makes X, which is among the columns that come out of it. A file of an older version has no such
+/// entry: one that has it is no such file.
 bool ReadPreprocessing(int version, std::istream* entry, ModelFrame* frame) {
   if (version < kFirstVersionOfPreprocessing) return entry == nullptr;
   if (entry == nullptr || !ReadStepChain(*entry, &frame->chain)) return false;

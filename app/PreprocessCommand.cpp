@@ -125,8 +125,8 @@ void RequireThatTheChainAgrees(const PreprocessOptions& options, const StepsFile
     throw Failure(ExitCode::Usage, "--restore takes saved steps that end with wavelet-compress, not " + steps.name);
   }
   if (steps.chain && (!options.x.empty() || !options.exclude.empty() || !options.save.empty())) {
-    throw Failure(ExitCode::Usage, steps.name + " holds saved steps and their columns: --x, --exclude and --save do not "
-                                                "go with it");
+    const std::string reason = " holds saved steps and their columns: --x, --exclude and --save do not go with it";
+    throw Failure(ExitCode::Usage, steps.name + reason);
   }
 }
 

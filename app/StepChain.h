@@ -35,7 +35,8 @@ struct Signals {
 
 /// Applies the steps to the table in place, one after the other, and keeps what they learn of it. Missing cells: those
 /// of column transformations, snv and detrend stay missing; a window makes do with the cells it has, see Derivate;
-/// wavelets see them filled along straight lines, and wavelet-denoise leaves them missing. A row without a cell stays so.
+/// wavelets see them filled along straight lines, and wavelet-denoise leaves them missing. A row without a cell stays
+/// so.
 /// Notes where the spacing of a derivative is 1 for want of numbers in the names of the channels.
 /// Throws Failure (BadData) that names table, row, column and step: a cell that the step cannot take, or of which it
 /// makes no finite number; a row without variance for snv; a window wider than the signals; more coefficients to keep
@@ -49,7 +50,8 @@ void ApplyChain(const StepChain& chain, Signals* signals);
 std::vector<std::string> OutputNames(const StepChain& chain);
 
 /// Whether the last step is wavelet-compress; and the signals before that step again, from what it has kept of them:
-/// columns are OutputNames(chain). Coefficients that were not kept are 0, a missing one too; a row without any stays so.
+/// columns are OutputNames(chain). Coefficients that were not kept are 0, a missing one too; a row without any stays
+/// so.
 bool EndsCompressed(const StepChain& chain);
 void RestoreSignals(const StepChain& chain, Signals* signals);
 

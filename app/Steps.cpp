@@ -65,10 +65,11 @@ const std::vector<Kind>& Kinds() {
        "of that polynomial, per unit of the channel names where they are equally spaced numbers",
        {{"order", Reading::Whole, 1, 3, "1"}, {"window", Reading::OddWhole, 3, kMostWindow, "11"}, kPolynomial}},
       {StepKind::WaveletDenoise, "wavelet-denoise",
-       "details shrunk towards 0 by s sqrt(2 ln n), s the noise of n channels that the finest ones show", {kFamily, kOrder}},
-      {StepKind::WaveletCompress, "wavelet-compress", "instead of the signals the coefficients of largest mean square over all rows",
+       "details shrunk towards 0 by s sqrt(2 ln n), s the noise of n channels that the finest show", {kFamily, kOrder}},
+      {StepKind::WaveletCompress, "wavelet-compress",
+       "instead of the signals the coefficients of largest mean square over all rows",
        {{"count", Reading::Whole, 1, kMostCells, nullptr}, kFamily, kOrder}},
-      {StepKind::WaveletRestore, "wavelet-restore", "right after wavelet-compress: signals again, of what it has kept", {}}};
+      {StepKind::WaveletRestore, "wavelet-restore", "after wavelet-compress: signals again from what it kept", {}}};
   return kinds;
 }
 
@@ -161,7 +162,8 @@ const Kind* FindKind(const std::string& name) {
 }
 
 const Kind* FindKind(StepKind number) {
-  const auto place = std::find_if(Kinds().begin(), Kinds().end(), [&](const Kind& kind) { return kind.kind == number; });
+  const auto isIt = [number](const Kind& kind) { return kind.kind == number; };
+  const auto place = std::find_if(Kinds().begin(), Kinds().end(), isIt);
   return place == Kinds().end() ? nullptr : &*place;
 }
 
@@ -257,7 +259,8 @@ class StepReader {
   }
 
   [[noreturn]] void Refuse(const std::string& reason) const {
-    throw Failure(ExitCode::Usage, source_ + ": step " + std::to_string(number_) + ", " + Quoted(text_) + ": " + reason);
+    const std::string place = source_ + ": step " + std::to_string(number_) + ", " + Quoted(text_);
+    throw Failure(ExitCode::Usage, place + ": " + reason);
   }
 
   const std::string& source_;

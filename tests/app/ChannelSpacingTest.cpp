@@ -23,7 +23,7 @@ TEST(ChannelSpacing, IsNegativeWhereTheNumbersFall) {
 }
 
 TEST(ChannelSpacing, AllowsForNamesThatAreRounded) {
-  EXPECT_EQ(ChannelSpacing({"4000", "3996", "3992", "3988", "3985", "3981"}), -3.8);   // each 3.86 from the next
+  EXPECT_EQ(ChannelSpacing({"4000", "3996", "3992", "3988", "3985", "3981"}), -3.8);  // each 3.86 from the next
   EXPECT_EQ(ChannelSpacing({"0", "0.33", "0.67", "1"}), 1.0 / 3.0);
 }
 

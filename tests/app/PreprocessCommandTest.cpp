@@ -63,9 +63,11 @@ TEST_F(Preprocess, WritesNaForAMissingCellWhereThereIsOnlyOneColumn) {
 
 TEST_F(Preprocess, TellsWhatItDid) {
   const CommandResult run = RunWell(Learn("derivative:1:5, wavelet-compress:4") + Words{"--save", saved_});
-  EXPECT_EQ(run.output, "Preprocessed 20 rows of " + table_ + ", 12 columns, into " + out_ +
-                            ", 4 columns\n  1  derivative:1:5:2, channels 1 apart\n  2  wavelet-compress:4:symmlet:8\n\n"
-                            "Saved the steps as " + saved_ + "\n");
+  EXPECT_EQ(run.output,
+            "Preprocessed 20 rows of " + table_ + ", 12 columns, into " + out_ +
+                ", 4 columns\n  1  derivative:1:5:2, channels 1 apart\n  2  wavelet-compress:4:symmlet:8\n\n"
+                "Saved the steps as " +
+                saved_ + "\n");
   EXPECT_EQ(run.error, "");
   const json told = RunWell(Learn("derivative:1:5, wavelet-compress:4") + Words{"--json"}).Json();
   EXPECT_EQ(told["steps"][0], (json{{"step", "derivative:1:5:2"}, {"spacing", 1.0}}));
@@ -114,8 +116,8 @@ TEST_F(Preprocess, RestoresSignalsFromTheCoefficientsThatItKept) {
   EXPECT_EQ(run.output, "Restored 20 rows of " + kept + ", 16 columns, into " + out_ +
                             ", 12 columns\n  2  wavelet-compress:16:symmlet:8\n");
   const auto before = CsvAt(table_), after = CsvAt(out_);
-  EXPECT_EQ(after.ColumnNames(), (Words{"name", "y", "x1", "x2", "x3", "x4", "x5", "x6", "x7", "x8", "x9", "x10", "x11",
-                                        "x12"}));
+  EXPECT_EQ(after.ColumnNames(),
+            (Words{"name", "y", "x1", "x2", "x3", "x4", "x5", "x6", "x7", "x8", "x9", "x10", "x11", "x12"}));
   for (const char* column : {"x1", "x7", "x12"}) {
     const auto x = NumbersOf(before, column), back = NumbersOf(after, column);
     // All coefficients are kept: four levels of floats up to 400 there and back.
@@ -164,7 +166,8 @@ TEST_F(Preprocess, IsRefusedInOneLine) {
       {On(inf) + Words{"--steps", "linear"}, 1, "row 2"},
       {On(fewer) + Words{"--steps-file", saved_}, 1, "there is no column 'x3'"},
       {On(fewer) + Words{"--steps", "snv", "--x", "name"}, 1, "there is no column of numbers to work on"},
-      {On(twice) + Words{"--steps", "wavelet-compress:2", "--x", "a..b"}, 1, "column 'wavelet_1' would stand in the output twice"},
+      {On(twice) + Words{"--steps", "wavelet-compress:2", "--x", "a..b"}, 1,
+       "column 'wavelet_1' would stand in the output twice"},
       {On(table_) + Words{"--steps", "smooth:15", "--id", "name"}, 1, "the window is wider than the signals"},
       {{"preprocess", table_, "--steps", "snv", "--out", table_}, 2, "--out would overwrite the table"},
       {{"preprocess", table_, "--steps-file", steps, "--out", steps}, 2, "--out would overwrite --steps-file"},
@@ -184,7 +187,9 @@ class PreprocessedModel : public Preprocess {
                          model_, "--csv", folder_.Path("csv"), "--json"} +
                    Words(what.begin() + 1, what.end()));
   }
-  json Predicted(const std::string& table) const { return RunWell({"predict", model_, table, "--json"}).Json()["rows"]; }
+  json Predicted(const std::string& table) const {
+    return RunWell({"predict", model_, table, "--json"}).Json()["rows"];
+  }
 
   std::string model_ = folder_.Path("m");
 };
@@ -210,14 +215,13 @@ TEST_F(PreprocessedModel, IsThatOfTheTableThatPreprocessWrites) {
     const json predicted = Predicted(table_);
     RunWell(Learn("snv,derivative:1:5"));
     const std::string there = folder_.Path("there");
-    const json inTwo = RunWell(Words{fit.front(), out_, "--id", "name", "--save", there, "--json"} +
-                               Words(fit.begin() + 1, fit.end()))
-                           .Json();
+    const json inTwo =
+        RunWell(Words{fit.front(), out_, "--id", "name", "--save", there, "--json"} + Words(fit.begin() + 1, fit.end()))
+            .Json();
     EXPECT_EQ(inOne["components"], inTwo["components"]);
     EXPECT_EQ(predicted, RunWell({"predict", there, out_, "--json"}).Json()["rows"]);
     const json info = RunWell({"info", model_, "--json"}).Json();
-    EXPECT_EQ(info["preprocessing"],
-              (json{{{"step", "snv"}}, {{"step", "derivative:1:5:2"}, {"spacing", 1.0}}}));
+    EXPECT_EQ(info["preprocessing"], (json{{{"step", "snv"}}, {{"step", "derivative:1:5:2"}, {"spacing", 1.0}}}));
     EXPECT_THAT(RunWell({"info", model_}).output, HasSubstr("derivative:1:5:2, channels 1 apart"));
   }
 }
@@ -231,7 +235,8 @@ TEST_F(PreprocessedModel, TakesSavedStepsAsTheyAre) {
   const CommandResult part = RunKalmia(fit + Words{"--steps-file", saved_, "--exclude", "x4"});
   ExpectFailure(part, 1, "the steps of " + saved_ + " take column 'x4', which is not in X");
   std::string wider = text_;
-  for (std::size_t at = wider.find(",y\n"); at != std::string::npos; at = std::string::npos) wider.replace(at, 3, ",y,z\n");
+  for (std::size_t at = wider.find(",y\n"); at != std::string::npos; at = std::string::npos)
+    wider.replace(at, 3, ",y,z\n");
   for (std::size_t at = wider.find('\n', wider.find('\n') + 1), i = 0; at != std::string::npos; ++i) {
     wider.insert(at, "," + std::to_string(i * i));
     at = wider.find('\n', wider.find('\n', at) + 1);
@@ -250,7 +255,8 @@ TEST_F(PreprocessedModel, TakesColumnsThatANewTableLacksAsMissing) {
   const CommandResult run = RunWell({"predict", model_, folder_.Write("new.csv", without), "--json"});
   EXPECT_THAT(run.error, HasSubstr("taken as missing cells, not in the table: x5"));
   EXPECT_EQ(run.Json()["missingColumns"], json({"x5"}));
-  ExpectFailure(RunKalmia({"predict", model_, folder_.Write("none.csv", "u,v\n1,2\n3,4\n")}), 1, "no column has the name");
+  ExpectFailure(RunKalmia({"predict", model_, folder_.Write("none.csv", "u,v\n1,2\n3,4\n")}), 1,
+                "no column has the name");
 }
 
 TEST_F(PreprocessedModel, RefusesNewRowsThatTheStepsCannotTake) {
@@ -264,8 +270,8 @@ TEST_F(PreprocessedModel, RefusesNewRowsThatTheStepsCannotTake) {
 TEST_F(PreprocessedModel, LeavesOutRowsAndColumnsThatComeOutEmpty) {
   const std::string table = folder_.Write("h.csv", "a,b,c,y\n1,2,4,1\n,,,2\n3,7,5,3\n2,2,9,1\n8,1,2,6\n");
   const std::string steps = folder_.Write("steps", "snv");
-  const CommandResult run = RunWell({"pls", table, "--y", "y", "--steps-file", steps, "--components", "1", "--groups", "3",
-                                     "--json"});
+  const CommandResult run =
+      RunWell({"pls", table, "--y", "y", "--steps-file", steps, "--components", "1", "--groups", "3", "--json"});
   EXPECT_THAT(run.error, HasSubstr("left out, without any X cell: row 2"));
   const std::string flat = folder_.Write("flat", "linear:0:1");
   ExpectFailure(RunKalmia({"pls", table, "--y", "y", "--steps-file", flat}), 1, "every X column is constant");

@@ -149,11 +149,26 @@ TEST(StepChainFile, IsRefusedWhereTheChainCouldNotHaveBeenLearnt) {
       {"a spacing that is no number", [](StepChain* chain) { chain->steps[1].spacing = std::nanf(""); }},
       {"a spacing where there is none", [](StepChain* chain) { chain->steps[0].spacing = 2.0F; }},
       {"positions where there are none", [](StepChain* chain) { chain->steps[0].positions = {1}; }},
-      {"a position below 1", [](StepChain* chain) { chain->steps[2].positions = {0, 1, 2}; }},
-      {"a position beyond the coefficients", [](StepChain* chain) { chain->steps[2].positions = {1, 2, 9}; }},
-      {"a position that comes twice", [](StepChain* chain) { chain->steps[2].positions = {1, 2, 2}; }},
-      {"falling positions", [](StepChain* chain) { chain->steps[2].positions = {3, 2, 1}; }},
-      {"fewer positions than kept", [](StepChain* chain) { chain->steps[2].positions = {1, 2}; }},
+      {"a position below 1",
+       [](StepChain* chain) {
+         chain->steps[2].positions = {0, 1, 2};
+       }},
+      {"a position beyond the coefficients",
+       [](StepChain* chain) {
+         chain->steps[2].positions = {1, 2, 9};
+       }},
+      {"a position that comes twice",
+       [](StepChain* chain) {
+         chain->steps[2].positions = {1, 2, 2};
+       }},
+      {"falling positions",
+       [](StepChain* chain) {
+         chain->steps[2].positions = {3, 2, 1};
+       }},
+      {"fewer positions than kept",
+       [](StepChain* chain) {
+         chain->steps[2].positions = {1, 2};
+       }},
       {"nothing to restore from", [](StepChain* chain) { chain->steps.erase(chain->steps.begin() + 2); }},
       {"a step that does not exist", [](StepChain* chain) { chain->steps[0].step.kind = kalmia::app::StepKind{99}; }},
       {"too many parameters", [](StepChain* chain) { chain->steps[0].step.parameters.push_back(1.0); }}};

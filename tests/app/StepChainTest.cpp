@@ -320,8 +320,12 @@ TEST(StepChain, LosesNoCellThatHappensToBecomeTheMissingValue) {
 
 TEST(StepChain, GivesEachRowTheSameBitsWhateverRowsAreWithIt) {
   const Matrix x = RandomCells(6, 21, 9);
-  const char* chains[] = {"log", "snv,derivative:2:7:3", "detrend,smooth:5", "wavelet-denoise:coiflet:3",
-                          "linear:2,wavelet-compress:9", "wavelet-compress:9,wavelet-restore,derivative:1:5"};
+  const char* chains[] = {"log",
+                          "snv,derivative:2:7:3",
+                          "detrend,smooth:5",
+                          "wavelet-denoise:coiflet:3",
+                          "linear:2,wavelet-compress:9",
+                          "wavelet-compress:9,wavelet-restore,derivative:1:5"};
   for (const char* steps : chains) {
     SCOPED_TRACE(steps);
     Signals all = SignalsOf(x, 3);
@@ -338,8 +342,10 @@ TEST(StepChain, GivesEachRowTheSameBitsWhateverRowsAreWithIt) {
 }
 
 TEST(StepChain, EndsCompressedOnlyWithWaveletCompressAsItsLastStep) {
-  for (const auto& [steps, ends] : std::vector<std::pair<const char*, bool>>{
-           {"snv,wavelet-compress:3", true}, {"wavelet-compress:3,snv", false}, {"wavelet-compress:3,wavelet-restore", false}}) {
+  for (const auto& [steps, ends] :
+       std::vector<std::pair<const char*, bool>>{{"snv,wavelet-compress:3", true},
+                                                 {"wavelet-compress:3,snv", false},
+                                                 {"wavelet-compress:3,wavelet-restore", false}}) {
     Signals signals = SignalsOf(RandomCells(3, 8));
     Notes notes;
     EXPECT_EQ(EndsCompressed(LearnChain(ParseSteps(steps, "steps"), &signals, &notes)), ends) << steps;
@@ -351,7 +357,8 @@ TEST(StepChain, RefusesCellsByTableStepRowAndColumn) {
   Matrix x = RandomCells(3, 8);
   x(3, 2, -0.25F);
   EXPECT_EQ(RefusalOf("snv,linear,log", Matrix(x)).substr(0, 22), "t: step 3, log:1:0: ro");
-  EXPECT_EQ(RefusalOf("log", x), "t: step 1, log:1:0: row 'r3', column '101' is -0.25, of which the step makes no number");
+  EXPECT_EQ(RefusalOf("log", x),
+            "t: step 1, log:1:0: row 'r3', column '101' is -0.25, of which the step makes no number");
   EXPECT_EQ(RefusalOf("linear:-1,power:0.5", Matrix(1, 2, 4.0F)),
             "t: step 2, power:0.5:1:0: row 'r1', column '100' is -4, of which the step makes no number");
   x(3, 2, 0.0F);

@@ -32,23 +32,25 @@ Texts CanonicalTexts(const std::string& text) {
 TEST(Steps, TakeTheirDefaultsForWhatIsNotSaid) {
   EXPECT_EQ(CanonicalTexts("linear,log,neglog,logit,exp,power:2,snv,detrend,smooth,derivative,wavelet-denoise,"
                            "wavelet-compress:40,wavelet-restore"),
-            (Texts{"linear:1:0", "log:1:0", "neglog:1:0", "logit:0:1", "exp:1:0", "power:2:1:0", "snv", "detrend:linear",
-                   "smooth:11:2", "derivative:1:11:2", "wavelet-denoise:symmlet:8", "wavelet-compress:40:symmlet:8",
-                   "wavelet-restore"}));
+            (Texts{"linear:1:0", "log:1:0", "neglog:1:0", "logit:0:1", "exp:1:0", "power:2:1:0", "snv",
+                   "detrend:linear", "smooth:11:2", "derivative:1:11:2", "wavelet-denoise:symmlet:8",
+                   "wavelet-compress:40:symmlet:8", "wavelet-restore"}));
   EXPECT_EQ(CanonicalTexts("wavelet-denoise:beylkin, wavelet-denoise:coiflet, wavelet-denoise:biorthogonal2"),
             (Texts{"wavelet-denoise:beylkin:N/A", "wavelet-denoise:coiflet:5", "wavelet-denoise:biorthogonal2:8"}));
 }
 
 TEST(Steps, StandOnLinesOfAnySystemWithBlanksCommentsAndBlankLines) {
   const Texts expected = {"log:1:0.5", "snv", "smooth:7:3"};
-  EXPECT_EQ(CanonicalTexts("# first, the logarithm\n log : 1 : 0.5 , snv\n\n   # nothing\n\tsmooth:7:3 # wide\n"), expected);
+  EXPECT_EQ(CanonicalTexts("# first, the logarithm\n log : 1 : 0.5 , snv\n\n   # nothing\n\tsmooth:7:3 # wide\n"),
+            expected);
   EXPECT_EQ(CanonicalTexts("\xEF\xBB\xBFlog:1:.5\r\nsnv\r\n,,\r\nsmooth:7:3"), expected);
   EXPECT_EQ(CanonicalTexts("log:1:5e-1\rsnv,\rsmooth:7:3,"), expected);
 }
 
 TEST(Steps, ReadBackFromTheirOwnTexts) {
-  const Texts texts = CanonicalTexts("linear:0.1:-3e-7,log:2.5:-99,logit:-1:3e38,power:-0.5:1:2,detrend:mean,smooth:3:2,"
-                                     "derivative:3:5:3,wavelet-denoise:daubechies:50,wavelet-compress:7:biorthogonal6:8");
+  const Texts texts = CanonicalTexts(
+      "linear:0.1:-3e-7,log:2.5:-99,logit:-1:3e38,power:-0.5:1:2,detrend:mean,smooth:3:2,"
+      "derivative:3:5:3,wavelet-denoise:daubechies:50,wavelet-compress:7:biorthogonal6:8");
   EXPECT_EQ(texts.front(), "linear:0.1:-3e-07");
   for (const std::string& text : texts) EXPECT_EQ(CanonicalTexts(text), Texts{text});
 }
@@ -64,7 +66,8 @@ TEST(Steps, AreRefusedByNumberAndTextWithWhatWouldBeRight) {
       {" # nothing\n, ,", "steps: there is no step"},
       {"log,Snv", "steps: step 2, 'Snv': there is no such step; there are linear, log, neglog"},
       {"snv:1", "step 1, 'snv:1': it takes the form snv"},
-      {"derivative:1:15:2:4", "step 1, 'derivative:1:15:2:4': it takes the form derivative[:ORDER[:WINDOW[:POLYNOMIAL]]]"},
+      {"derivative:1:15:2:4",
+       "step 1, 'derivative:1:15:2:4': it takes the form derivative[:ORDER[:WINDOW[:POLYNOMIAL]]]"},
       {"derivative:0", "its order is '0', not a whole number from 1 to 3"},
       {"derivative:4", "its order is '4', not a whole number from 1 to 3"},
       {"derivative:1.5", "its order is '1.5', not a whole number from 1 to 3"},
@@ -103,7 +106,8 @@ TEST(Steps, AreRefusedByNumberAndTextWithWhatWouldBeRight) {
 }
 
 TEST(Steps, OfAFileAreValidWhereTheirTextIsReadAndNowhereElse) {
-  for (const Step& step : ParseSteps("linear,power:3,detrend,smooth,derivative,wavelet-denoise,wavelet-compress:3", "")) {
+  for (const Step& step :
+       ParseSteps("linear,power:3,detrend,smooth,derivative,wavelet-denoise,wavelet-compress:3", "")) {
     EXPECT_TRUE(IsValid(step)) << StepText(step);
     for (std::size_t i = 0; i < step.parameters.size(); ++i) {
       for (const double wrong : {std::nan(""), std::numeric_limits<double>::infinity(), -1e300}) {
