@@ -215,6 +215,19 @@ TEST(NCO2PLSLimits, DoNotCountTheLastObservationOfYsScores) {
   ExpectRefusal(RefusalOf([&] { model.Fit(1, 1, 1); }), 1, 1, 0, 1);
 }
 
+TEST(NCO2PLSLimits, GoByTheSumsOfSquaresOfTheModelThatIsAssigned) {
+  // By sums of 0 any orthogonal component would be too much, by those of tables a thousand times as large none.
+  const FloatBlocks blocks = RelatedInTheLastObservation(1.2F);
+  const NCO2PLS refused(blocks.X, blocks.Y, /*checkDimensions=*/true, kMaxIterations);
+  const Table X = RandomMatrix<float>(120, 6, 0, 1), Y = RandomMatrix<float>(120, 5, 0, 101);
+  const NCO2PLS accepted(X * 1000.0L, Y * 1000.0L, /*checkDimensions=*/true, kMaxIterations);
+  NCO2PLS model;
+  model = accepted;
+  EXPECT_NO_THROW(model.Fit(1, 1, 1));
+  model = refused;
+  ExpectRefusal(RefusalOf([&] { model.Fit(1, 1, 1); }), 1, 1, 0, 1);
+}
+
 /// Share, but for the sum, which is in double.
 double ExactShare(const Table& block, const Table& scores, const Table& loadings) {
   double sum = 0.0;

@@ -8,6 +8,7 @@
 #include "O2plsCase.h"
 #include "kalmia/o2pls/NCO2PLS.h"
 #include "kalmia/o2pls/NCO2PLSPred.h"
+#include "kalmia/pcapls/NCPCA.h"
 #include "testing/RandomTables.h"
 
 namespace {
@@ -37,6 +38,51 @@ TEST(NCO2PLS, HasNoComponentsAfterAFitOfNone) {
     const NCO2PLS model = Fitted(blocks, 0, 0, 0, check);
     for (const auto& cells : Everything(model)) EXPECT_TRUE(cells.empty());
   }
+}
+
+TEST(NCO2PLS, StartsAFitAnewFromOrthogonalComponentsAlone) {
+  const FloatBlocks blocks = SmallBlocks();
+  const NCO2PLS whole = Fitted(blocks, 1, 1, 1);
+  for (const bool xSide : {true, false}) {
+    NCO2PLS model(blocks.X, blocks.Y, /*checkDimensions=*/false, kMaxIterations);
+    model.NextOrthogonalComponent(xSide, 1);
+    model.Fit(1, 1, 1);
+    EXPECT_EQ(Everything(model), Everything(whole));
+  }
+}
+
+NCDataVector<float> FirstLoading(const Table& table, int rounds) {
+  NCPCA model(&table, rounds);
+  model.NextComponent(nullptr, nullptr, 0, nullptr);
+  return (*model.GetPprim())[1];
+}
+
+TEST(NCO2PLS, HandsItsLimitOfRoundsToEveryPrincipalComponent) {
+  constexpr int kRounds = 2;
+  const Table X = RandomMatrix<float>(20, 6, 0, 1), Y = RandomMatrix<float>(20, 5, 0, 2);
+  NCO2PLS model(X, Y, /*checkDimensions=*/false, kRounds);
+  model.Fit(2, 1, 1);
+  const auto orthogonalWeights = [](const Table& own, const Table& other, int rounds) {
+    Table rest = own, scores;
+    for (int a = 1; a <= 2; ++a) {
+      const NCDataVector<float> w = FirstLoading(other.MatrixMultiply(rest, true, false), rounds);
+      const NCDataVector<float> t = rest.SpecialNipalsRegressRowsFix(w, nullptr, 0);
+      rest.AddVprimV(t, w, -1.0F);
+      scores.push_back(t);
+    }
+    return CellsOf(FirstLoading(scores.MatrixMultiply(rest, false, false), rounds));
+  };
+  EXPECT_EQ(CellsOf(model.GetWo())[0], orthogonalWeights(X, Y, kRounds));
+  EXPECT_NE(CellsOf(model.GetWo())[0], orthogonalWeights(X, Y, kMaxIterations)) << "else it would show nothing";
+  EXPECT_EQ(CellsOf(model.GetCo())[0], orthogonalWeights(Y, X, kRounds));
+
+  const Table to = model.GetTo(), po = model.GetPo(), uo = model.GetUo(), qo = model.GetQo();
+  Table x = X, y = Y;
+  x.AddVprimV(to[1], po[1], -1.0F);
+  y.AddVprimV(uo[1], qo[1], -1.0F);
+  const Table product = y.MatrixMultiply(x, true, false);
+  EXPECT_EQ(CellsOf(model.GetW())[0], CellsOf(FirstLoading(product, kRounds)));
+  EXPECT_NE(CellsOf(model.GetW())[0], CellsOf(FirstLoading(product, kMaxIterations)));
 }
 
 TEST(NCO2PLS, IsEmptyByDefault) {

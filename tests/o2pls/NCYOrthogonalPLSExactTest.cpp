@@ -3,6 +3,8 @@
 
 #include <cmath>
 #include <cstddef>
+#include <sstream>
+#include <vector>
 
 #include "O2plsCase.h"
 #include "kalmia/o2pls/NCYOrthogonalPLS.h"
@@ -63,6 +65,36 @@ TEST(NCYOrthogonalPLSExact, TheAngleIsThatOfScalarProductsRoundedToFloat) {
     const double cosine = Rounded(v, outside) / std::sqrt(Rounded(outside, outside) * Rounded(v, v));
     EXPECT_EQ(model.GetYAngle(&v), 90.0 - 90.0 * std::acos(cosine) / kPi);
   }
+}
+
+// ---- The limit of the components of the PLS model inside
+
+using Cells = std::vector<std::vector<float>>;
+
+Cells NextWeightsOf(NCYOrthogonalPLS model) {
+  model.NextComponent(/*showProgress=*/false);
+  return CellsOf(*model.GetWprim());
+}
+
+TEST(NCYOrthogonalPLSExact, TakesItsLimitAlongAndKeepsItWhereItReads) {
+  const Table X = RandomMatrix<float>(30, 8, 0, 1), Y = RandomMatrix<float>(30, 2, 0, 2);
+  NCYOrthogonalPLS capped(&X, &Y, kMaxIterations, 1), free(&X, &Y, kMaxIterations, 0);
+  ASSERT_NE(NextWeightsOf(capped), NextWeightsOf(free)) << "by copies that know the limit of theirs";
+  NCYOrthogonalPLS assigned;
+  assigned = capped;
+  capped.NextComponent(/*showProgress=*/false);
+  free.NextComponent(/*showProgress=*/false);
+  EXPECT_EQ(NextWeightsOf(assigned), CellsOf(*capped.GetWprim()));
+
+  // The limit is not stored: the model that reads has its own for what follows.
+  std::stringstream stored;
+  stored << free;
+  NCYOrthogonalPLS reads(&X, &Y, kMaxIterations, 1), readsWithout;
+  ASSERT_TRUE(stored >> reads);
+  std::stringstream again(stored.str());
+  ASSERT_TRUE(again >> readsWithout);
+  EXPECT_EQ(NextWeightsOf(readsWithout), NextWeightsOf(free));
+  EXPECT_NE(NextWeightsOf(reads), NextWeightsOf(free));
 }
 
 }  // namespace

@@ -109,6 +109,25 @@ TEST(O2PLSCrossValidationEdges, ATrialThatFailsInALaterRoundIsTakenBackInAll) {
 
 constexpr const char* kBadGroups = "Internal error in O2PLSCrossValidation::O2PLSCrossValidation";
 
+TEST(O2PLSCrossValidationEdges, TakeAQ2OfZeroToStartFromButNoInfiniteOne) {
+  // The groups of X lie at right angles: what is held out has no score, and Y is predicted as 0.
+  Table X(4, 2, 0.0F), Y(4, 1);
+  NCIntegralVector<int, -99> groups(4);
+  for (int i = 1; i <= 4; ++i) {
+    X(i, i <= 2 ? 1 : 2, i % 2 == 0 ? 1.0F : -1.0F);
+    Y(i, 1, i % 2 == 0 ? 1.0F : -1.0F);
+    groups(i) = i <= 2 ? 0 : 1;
+  }
+  const O2PLSCVResults r = O2PLSCrossValidation(&X, &Y, 2, nullptr, &groups, 500, 1, 0, 0).GetResults();
+  EXPECT_EQ(r.Q2Cum[1], 0.0F);
+  EXPECT_EQ(r.PredictiveComponents, 1);
+  // The rows of one group predict infinite Y of the other one.
+  Table wide(4, 1);
+  for (int i = 1; i <= 4; ++i) wide(i, 1, Y.GetColumn(1)[i] * (i <= 2 ? 1e-5F : 1e35F));
+  EXPECT_EQ(TextOf([&] { O2PLSCrossValidation(&wide, &Y, 2, nullptr, &groups, 500, 1, 0, 0); }),
+            "There is no correlation between X and Y");
+}
+
 TEST(O2PLSCrossValidationEdges, RefuseBlocksOfDifferentLengths) {
   const Table X = RandomMatrix<float>(12, 5, 0, 1);
   for (const int rows : {9, 14})

@@ -222,6 +222,33 @@ TEST(O2PLSPredictiveComponentEstimator, StopsWhereNothingIsLeftOfOneBlockAndKeep
   }
 }
 
+TEST(O2PLSPredictiveComponentEstimator, GoesOnWhereMoreThanAMillionthOfTheHeldOutRowsIsLeft) {
+  int justAbove = 0, justBelow = 0;
+  for (float size = 0.01F; size > 1e-5F; size *= 0.8F) {
+    FloatBlocks blocks{Table(32, 2), Table(32, 3)};
+    for (int i = 1; i <= 32; ++i) {
+      const float first = i % 2 == 0 ? 1.0F : -1.0F, second = (i - 1) / 2 % 2 == 0 ? 1.0F : -1.0F;
+      blocks.X(i, 1, first);
+      blocks.X(i, 2, size * second);
+      blocks.Y(i, 1, first);
+      blocks.Y(i, 2, 0.5F * second);
+      blocks.Y(i, 3, i % 3 == 0 ? 0.5F : -0.25F);
+    }
+    for (const bool swapped : {false, true}) {
+      const FloatBlocks turned = swapped ? FloatBlocks{blocks.Y, blocks.X} : blocks;
+      const Estimator one = Estimate(turned, 1), search = Estimate(turned, -1);
+      ASSERT_EQ(CodesOf(one), std::vector<int>{0});
+      const double left = 1.0 - static_cast<double>((swapped ? one.GetQ2Y() : one.GetQ2X())[1]);
+      if (std::fabs(left - 1e-6) < 1.2e-7) continue;  // Q2 has two roundings of 6e-8
+      EXPECT_EQ(search.GetQ2().Size() > 1, left > 1e-6) << left;
+      justAbove += left > 1e-6 && left < 8e-6 ? 1 : 0;
+      justBelow += left > 2e-7 && left < 1e-6 ? 1 : 0;
+    }
+  }
+  EXPECT_GT(justAbove, 0);
+  EXPECT_GT(justBelow, 0);
+}
+
 TEST(O2PLSPredictiveComponentEstimator, TriesAFixedNumberWhateverTheCodes) {
   const FloatBlocks blocks = MakeFloatBlocks({30, 6, 5, 3, 0, 0}, 0.1, 4);
   const LimitIs limit(0.99F);

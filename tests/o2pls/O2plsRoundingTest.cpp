@@ -23,7 +23,7 @@ using Vector = NCDataVector<float>;
 using Groups = NCIntegralVector<int, -99>;
 
 constexpr int kGroups = 4;
-constexpr int kMaxIterations = 500;
+constexpr int kMaxIterations = 3;  // of the models, so that it shows; the estimator has a limit of its own
 constexpr double kLimit = static_cast<double>(0.01F);
 
 double SquaresOf(const Table& table) { return static_cast<double>(table.GetSS()); }
@@ -35,6 +35,20 @@ Table RowsOf(const Table& table, const Groups& groups, int group, bool heldOut) 
   return rows;
 }
 
+/// Two directions in common, of so nearly the same size that hundreds of rounds do not tell them apart.
+FloatBlocks TwoDirectionsAlike() {
+  const Table noise = RandomMatrix<float>(16, 4, 0, 3);
+  FloatBlocks blocks{Table(16, 2), Table(16, 2)};
+  for (int i = 1; i <= 16; ++i)
+    for (int j = 1; j <= 2; ++j) {
+      const float size = j == 1 ? 1.0F : 0.995F;
+      const float pattern = (i - 1) / (2 * j) % 2 == 0 ? size : -size;
+      blocks.X(i, j, pattern + 0.02F * noise[i][j]);
+      blocks.Y(i, j, pattern + 0.02F * noise[i][j + 2]);
+    }
+  return blocks;
+}
+
 /// Blocks with something in common, and of nothing but noise, whose Q2 lie so near to 0 that a float there tells any
 /// rounding of its sums: a single rounding shows in some of the numbers, if not in all.
 std::vector<FloatBlocks> SomeBlocks() {
@@ -43,6 +57,7 @@ std::vector<FloatBlocks> SomeBlocks() {
     all.push_back(MakeFloatBlocks({26, 7, 5, 2, 1, 1}, 0.3, seed));
     all.push_back({RandomMatrix<float>(20, 5, 0, seed), RandomMatrix<float>(20, 4, 0, seed + 50)});
   }
+  all.push_back(TwoDirectionsAlike());
   return all;
 }
 
@@ -171,8 +186,9 @@ Series SeriesOf(Table X, Table Y, const Groups& groups, int components) {
 TEST(O2plsRounding, TheEstimatorHasTheSeriesOfItsStepsToTheBit) {
   for (const FloatBlocks& blocks : SomeBlocks()) {
     const Groups groups = GetDeafultCVGroupsVector(blocks.X.SizeRows(), kGroups);
-    const Series expected = SeriesOf(blocks.X, blocks.Y, groups, 4);
-    const O2PLSPredictiveComponentEstimator estimator(&blocks.X, &blocks.Y, -1, &groups, 4);
+    const int components = std::min(blocks.Y.SizeColumns(), 4);
+    const Series expected = SeriesOf(blocks.X, blocks.Y, groups, components);
+    const O2PLSPredictiveComponentEstimator estimator(&blocks.X, &blocks.Y, -1, &groups, components);
     EXPECT_EQ(CellsOf(estimator.GetQ2()), expected.q2);
     EXPECT_EQ(CellsOf(estimator.GetQ2X()), expected.q2X);
     EXPECT_EQ(CellsOf(estimator.GetQ2Y()), expected.q2Y);
@@ -313,6 +329,7 @@ O2PLSCVResults ResultsOf(const FloatBlocks& blocks, Groups groups, const Numbers
 TEST(O2plsRounding, TheCrossValidationHasTheSeriesOfItsStepsToTheBit) {
   for (const FloatBlocks& blocks : SomeBlocks())
     for (const Numbers& n : {Numbers{2, 1, 1}, {3, 2, 0}, {1, 2, 2}}) {
+      if (n.predictive + n.ofY > blocks.Y.SizeColumns()) continue;
       SCOPED_TRACE(std::to_string(n.predictive) + " predictive");
       const Groups groups = GetDeafultCVGroupsVector(blocks.X.SizeRows(), kGroups);
       Steps steps(blocks, groups);
@@ -330,6 +347,7 @@ TEST(O2plsRounding, TheCrossValidationHoldsAGainInDoubleAgainstItsLimit) {
   Gains gains;
   for (const FloatBlocks& blocks : SomeBlocks())
     for (const Numbers& n : {Numbers{2, 2, 1}, {1, 2, 2}}) {
+      if (n.predictive + n.ofY > blocks.Y.SizeColumns()) continue;
       const Groups groups = GetDeafultCVGroupsVector(blocks.X.SizeRows(), kGroups);
       Steps steps(blocks, groups);
       steps.Run(n.predictive, n.ofX, n.ofY);
@@ -351,7 +369,7 @@ TEST(O2plsRounding, TheCrossValidationHoldsAGainInDoubleAgainstItsLimit) {
 TEST(O2plsRounding, TheCrossValidationHoldsTheGainsOfSingleVariablesInDoubleAgainstItsLimit) {
   Gains gains;
   constexpr int kPredictive = 3, kNeeded = 2;  // of four variables
-  for (unsigned seed = 1; seed <= 40; ++seed) {
+  for (unsigned seed = 1; seed <= 200 && !gains.BothOccurred(); ++seed) {
     const FloatBlocks blocks{RandomMatrix<float>(25, 8, 0, seed), RandomMatrix<float>(25, 4, 0, seed + 50)};
     const Groups groups = GetDeafultCVGroupsVector(25, kGroups);
     const O2PLSPredictiveComponentEstimator estimator(&blocks.X, &blocks.Y, -1, &groups, kPredictive);
