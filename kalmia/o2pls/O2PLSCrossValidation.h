@@ -68,8 +68,10 @@ class O2PLSCrossValidation {
  public:
   /// X N x K, Y N x M, scaled and without holes. `groups` has one number per observation, from 0 on (an observation
   /// with a negative one is never held out); null stands for GetDeafultCVGroupsVector(N, cvGroups). A group without
-  /// observations predicts nothing. `maxIterations` is for the
-  /// models. The three numbers of components are all negative, for a search, or all given: then these are used.
+  /// observations predicts nothing. `maxIterations` is for the models. The three numbers of components are all
+  /// negative, for a search, or all given: then these are used.
+  /// A round that has exactly nothing left for an X-side component beside one predictive one, with one Y variable, has
+  /// missing scores in ToSet, and its errors are missing too: Q2Cum may then exceed 1.
   /// Without a predictive component the results hold nothing but PredictiveComponents 0 and PredictiveSignificance.
   /// Progress: `progress` may be null; the bar runs from 0 to 7. Only IsBreakPressed stops.
   /// Throws: NCError where the numbers are neither all given nor all searched for, a cell is missing, `groups` has not

@@ -23,9 +23,8 @@ class O2PLSPredictiveComponentEstimator {
  public:
   /// Does all the work, on copies. X N x K, Y N x M, scaled and without holes, which is not checked. `groups` has one
   /// number per observation, from 0 on (an observation with a negative one is never held out); null stands for
-  /// GetDeafultCVGroupsVector(N, cvGroups). A group without
-  /// observations predicts nothing. `fixedComponents`: 0 nothing is computed; negative: search; else exactly so many
-  /// are tried and counted.
+  /// GetDeafultCVGroupsVector(N, cvGroups). A group without observations predicts nothing. `fixedComponents`: 0 nothing
+  /// is computed; negative: search; else exactly so many are tried and counted.
   O2PLSPredictiveComponentEstimator(const NCDataMatrix<float>* X, const NCDataMatrix<float>* Y, int cvGroups,
                                     const NCIntegralVector<int, -99>* groups, int fixedComponents);
 

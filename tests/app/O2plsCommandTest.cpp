@@ -226,12 +226,14 @@ TEST_F(O2pls, AStoredModelPredictsFromXUnlessToldOtherwise) {
 TEST_F(O2pls, PredictsRowsWithHolesAndSaysWhyARowCannotBePredicted) {
   const std::string model = folder_.Path("m");
   RunWell(Fixed({"--save", model}));
-  const std::string table = "y1,y2,y3,y4\n9,9.1,,9.2\n,,,\n9,9,9,9\n";
+  const std::string table = "y1,y2,y3,y4\n9,9.1,,9.2\n,,,\n9,9,9,9\n,9,,\n";
   const json rows = RunKalmia({"predict", model, "-", "--from", "y", "--json"}, table).Json()["rows"];
   EXPECT_TRUE(rows[0]["predicted"][5].is_number());
   EXPECT_EQ(rows[1]["predicted"][5], nullptr);
   EXPECT_EQ(rows[1]["reason"], "none of its 4 Y cells is present");
   EXPECT_EQ(rows[2]["reason"], nullptr);
+  EXPECT_TRUE(rows[3]["predicted"][5].is_number()) << "from one cell, with two components";
+  EXPECT_EQ(rows[3]["distance"], nullptr);
 }
 
 TEST_F(O2pls, PredictsBackwardsWhatTheSwappedModelPredictsForwards) {

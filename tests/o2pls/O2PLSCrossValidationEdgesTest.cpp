@@ -128,6 +128,20 @@ TEST(O2PLSCrossValidationEdges, TakeAQ2OfZeroToStartFromButNoInfiniteOne) {
             "There is no correlation between X and Y");
 }
 
+TEST(O2PLSCrossValidationEdges, HaveMissingScoresOfARoundThatHasNothingLeftBesideOnePredictiveComponentOfOneY) {
+  // The second variable of X is zero but in the last row: without it one direction is all of X.
+  const Table X = MatrixOf<float>({{1, 0}, {-2, 0}, {3, 0}, {-1, 0}, {2, 0}, {-1, 5}});
+  const Table Y = MatrixOf<float>({{1.1F}, {-2.2F}, {2.9F}, {-1.3F}, {2.2F}, {3}});
+  NCIntegralVector<int, -99> groups(6);
+  for (int i = 1; i <= 6; ++i) groups(i) = i - 1;
+  const O2PLSCVResults r = O2PLSCrossValidation(&X, &Y, 6, nullptr, &groups, 500, 1, 1, 0).GetResults();
+  ASSERT_EQ(r.ToSet.size(), 1U);
+  EXPECT_EQ(r.ToSet[0].GetNumMisVal(), 6) << "of the last round all";
+  const Table& squares = r.SSTable;
+  EXPECT_EQ(squares[2][6], -99.0F) << "and no errors";
+  EXPECT_GT(r.Q2Cum[1], 1.0F);
+}
+
 TEST(O2PLSCrossValidationEdges, RefuseBlocksOfDifferentLengths) {
   const Table X = RandomMatrix<float>(12, 5, 0, 1);
   for (const int rows : {9, 14})
