@@ -23,7 +23,7 @@ namespace {
 using simd::kRowsPerStep;
 
 /// From so many rows on, a product in blocks is faster. With a table of 600 x 2000 cells, by two threads on an idle
-/// machine, 8 rows take 0.56 of its time, 16 take 0.81, 24 take 1.18, 64 take 1.43 and 200 take 1.72.
+/// machine, 8 rows take 0.55 of its time, 16 take 0.8, 24 take 1.15, 64 and 200 take 1.4 to 2.3.
 constexpr int kTooManyRows = 24;
 
 /// Whether A is made of few rows, at least one, and a product with it looks at none of its cells.
