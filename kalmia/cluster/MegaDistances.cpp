@@ -50,6 +50,22 @@ DistanceRange RangeOf(DistanceFile& file, std::vector<DistanceAndIndex>& buffer)
   return range;
 }
 
+/// Brings pairs into the order of the files first, ..., last - 1, to which they go, and tells in `ends` where those of
+/// each file end. By halves, so that a pair meets few limits, however many files there are.
+void DealOut(DistanceAndIndex* begin, DistanceAndIndex* end, const DistanceFiles& files, std::size_t first,
+             std::size_t last, std::vector<DistanceAndIndex*>& ends) {
+  if (last - first < 2) {
+    if (first < last) ends[first] = end;
+    return;
+  }
+  const std::size_t middle = first + (last - first) / 2;
+  const float limit = files[middle - 1]->minimum;
+  const auto reaches = [limit](const DistanceAndIndex& pair) { return pair.distance >= limit; };
+  DistanceAndIndex* const rest = std::partition(begin, end, reaches);
+  DealOut(begin, rest, files, first, middle, ends);
+  DealOut(rest, end, files, middle, last, ends);
+}
+
 }  // namespace
 
 DistanceFile::DistanceFile(CString&& nameOfFile) : name(std::move(nameOfFile)) {}
@@ -93,6 +109,7 @@ DistanceFiles DistributeDistances(DistanceFile& source, std::vector<float>& limi
     files.back()->maximum = limits[k];
     files.back()->minimum = k + 1 < limits.size() ? limits[k + 1] : source.minimum;
   }
+  std::vector<DistanceAndIndex*> ends(files.size());
   source.SeekTo(0);
   for (std::uint32_t done = 0; done < source.count;) {
     const std::uint32_t chunk =
@@ -105,14 +122,14 @@ DistanceFiles DistributeDistances(DistanceFile& source, std::vector<float>& limi
     const bool good = source.Read(buffer.data(), chunk);
     report(0.3);
     if (!good) throw NCError("Error when reading from temporary file.");
-    auto rest = buffer.begin();
+    DealOut(buffer.data(), buffer.data() + chunk, files, 0, files.size(), ends);
+    const DistanceAndIndex* rest = buffer.data();
     for (std::size_t k = 0; k < files.size(); ++k) {
       DistanceFile& file = *files[k];
-      const auto reaches = [&file](const DistanceAndIndex& pair) { return pair.distance >= file.minimum; };
-      const auto end = k + 1 < files.size() ? std::partition(rest, buffer.end(), reaches) : buffer.end();
-      file.Append(buffer.data() + (rest - buffer.begin()), static_cast<std::size_t>(end - rest));
-      file.count += static_cast<std::uint32_t>(end - rest);
-      rest = end;
+      const std::size_t n = static_cast<std::size_t>(ends[k] - rest);
+      file.Append(rest, n);
+      file.count += static_cast<std::uint32_t>(n);
+      rest = ends[k];
       report(0.7 * static_cast<double>(k + 1) / static_cast<double>(files.size()) + 0.3);
     }
     done += chunk;
