@@ -90,8 +90,8 @@ struct NoDialogue : UserComm {
 };
 
 /// The second argument is the share of the pairs that fits in memory, as its reciprocal. "moved" is what was read and
-/// written over the size of the list of pairs: what is written, then read and written while it is split, and read again
-/// up to the last merge would be 4 at most.
+/// written over the size of the list of pairs: it is written, read and written while it is split, and read again up to
+/// the last merge, which makes 4 at most; what is split again counts twice more.
 void SingleLinkageOnDisk(benchmark::State& state) {
   const int rows = static_cast<int>(state.range(0));
   const NoDialogue dialogue;
