@@ -1,5 +1,6 @@
-// Feeds bytes to the readers of model files and of stored cross-validations, as they are and with a length and a
-// checksum that match them, as a forger would write them. What is accepted is written, and reads back to the same bytes.
+// Feeds bytes to the readers of model files, of stored cross-validations and of saved steps, as they are and with a
+// length and a checksum that match them, as a forger would write them; and to the reader of steps as text. What is
+// accepted is written, and reads back to the same bytes.
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>
@@ -8,6 +9,8 @@
 #include "app/Failure.h"
 #include "app/ModelFile.h"
 #include "app/OplsCvFile.h"
+#include "app/StepChainFile.h"
+#include "app/Steps.h"
 #include "kalmia/support/MD5.h"
 
 using kalmia::app::ModelFileBytes;
@@ -42,16 +45,34 @@ void Feed(const std::string& bytes, const Read& read, const Write& write) try {
   Require(failure.Code() == kalmia::app::ExitCode::Files);
 }
 
-void FeedBoth(const std::string& bytes) {
+/// Steps as text: those that are read have a text of their own, which stands for the same steps.
+void FeedSteps(const std::string& text) try {
+  std::string canonical;
+  for (const kalmia::app::Step& step : kalmia::app::ParseSteps(text, "text")) {
+    Require(kalmia::app::IsValid(step));
+    canonical += kalmia::app::StepText(step) + "\n";
+  }
+  std::string again;
+  for (const kalmia::app::Step& step : kalmia::app::ParseSteps(canonical, "again")) {
+    again += kalmia::app::StepText(step) + "\n";
+  }
+  Require(again == canonical);
+} catch (const kalmia::app::Failure& failure) {
+  Require(failure.Code() == kalmia::app::ExitCode::Usage);
+}
+
+void FeedAll(const std::string& bytes) {
   Feed(bytes, ReadModelFile, [](const kalmia::app::StoredModel& model) { return ModelFileBytes(model); });
   Feed(bytes, ReadOplsCvFile, OplsCvFileBytes);
+  Feed(bytes, kalmia::app::ReadStepChainFile, kalmia::app::StepChainFileBytes);
 }
 
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   const std::string bytes(data, data + size);
-  FeedBoth(bytes);
-  FeedBoth(Forged(bytes));
+  FeedAll(bytes);
+  FeedAll(Forged(bytes));
+  FeedSteps(bytes);
   return 0;
 }
