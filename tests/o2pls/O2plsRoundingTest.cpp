@@ -51,9 +51,9 @@ FloatBlocks TwoDirectionsAlike() {
 
 /// Blocks with something in common, and of nothing but noise, whose Q2 lie so near to 0 that a float there tells any
 /// rounding of its sums: a single rounding shows in some of the numbers, if not in all.
-std::vector<FloatBlocks> SomeBlocks() {
+std::vector<FloatBlocks> SomeBlocks(unsigned seeds = 4) {
   std::vector<FloatBlocks> all;
-  for (unsigned seed = 1; seed <= 4; ++seed) {
+  for (unsigned seed = 1; seed <= seeds; ++seed) {
     all.push_back(MakeFloatBlocks({26, 7, 5, 2, 1, 1}, 0.3, seed));
     all.push_back({RandomMatrix<float>(20, 5, 0, seed), RandomMatrix<float>(20, 4, 0, seed + 50)});
   }
@@ -345,24 +345,24 @@ TEST(O2plsRounding, TheCrossValidationHasTheSeriesOfItsStepsToTheBit) {
 
 TEST(O2plsRounding, TheCrossValidationHoldsAGainInDoubleAgainstItsLimit) {
   Gains gains;
-  for (const FloatBlocks& blocks : SomeBlocks())
-    for (const Numbers& n : {Numbers{2, 2, 1}, {1, 2, 2}}) {
-      if (n.predictive + n.ofY > blocks.Y.SizeColumns()) continue;
-      const Groups groups = GetDeafultCVGroupsVector(blocks.X.SizeRows(), kGroups);
-      Steps steps(blocks, groups);
-      steps.Run(n.predictive, n.ofX, n.ofY);
-      for (const bool xSide : {true, false}) {
-        int component = 0;
-        for (const double gain : xSide ? steps.gainsX : steps.gainsY) {
-          ++component;
-          if (!Gains::CanBeALimit(gain)) continue;
-          const LimitsAre limit(static_cast<float>(gain));
-          const O2PLSCVResults results = ResultsOf(blocks, groups, n);
-          const Groups& codes = xSide ? results.XSideSignificance : results.YSideSignificance;
-          EXPECT_EQ(codes[component], gains.IsAbove(gain) ? 0 : 3);
-        }
+  constexpr Numbers kNumbers{1, 2, 2};
+  for (const FloatBlocks& blocks : SomeBlocks(10)) {
+    if (kNumbers.predictive + kNumbers.ofY > blocks.Y.SizeColumns()) continue;
+    const Groups groups = GetDeafultCVGroupsVector(blocks.X.SizeRows(), kGroups);
+    Steps steps(blocks, groups);
+    steps.Run(kNumbers.predictive, kNumbers.ofX, kNumbers.ofY);
+    for (const bool xSide : {true, false}) {
+      int component = 0;
+      for (const double gain : xSide ? steps.gainsX : steps.gainsY) {
+        ++component;
+        if (!Gains::CanBeALimit(gain)) continue;
+        const LimitsAre limit(static_cast<float>(gain));
+        const O2PLSCVResults results = ResultsOf(blocks, groups, kNumbers);
+        const Groups& codes = xSide ? results.XSideSignificance : results.YSideSignificance;
+        EXPECT_EQ(codes[component], gains.IsAbove(gain) ? 0 : 3);
       }
     }
+  }
   EXPECT_TRUE(gains.BothOccurred());
 }
 
