@@ -20,7 +20,8 @@ namespace DendroGram {
 /// Missing: the first distance of two rows is their sum over the common columns times K over the number of those; once
 /// a row was merged, the sum of squares of each column and cluster is scaled from the present cells to the size of the
 /// cluster, and a distance may be slightly negative (its root is then 0).
-/// Memory: 12 bytes for each pair of rows; Init throws ClusterAllocationError where it is not there. Cost: a stale
+/// Memory: 12 bytes for each pair of rows; Init throws ClusterAllocationError where it is not there. Beside it the sums
+/// of clusters, up to 10 bytes for each cell of the table. Cost: a stale
 /// distance costs one pass over the columns; a merge those that have come to the end of the list, and one over its rows
 /// for the sums of the merged cluster.
 class WardDistanceCalculator : public ClusterDistanceCalculator {
