@@ -126,7 +126,7 @@ class Selection {
     if (options_.stepsFile.empty()) return;
     const StepsFile file = ReadStepsFile(options_.stepsFile);
     if (file.chain) TakeInputs(*file.chain, file.name);
-    Signals signals{table_.Name(), data_.rowNames, {}, {}, {}};
+    Signals signals{table_.Name(), RowPlaces(table_, idColumn_), {}, {}, {}};
     Fill(x_, table_.Rows(), &signals.cells, &signals.names);
     if (file.chain) {
       data_.chain = *file.chain;

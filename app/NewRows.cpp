@@ -41,9 +41,9 @@ void ReadSource(const ModelFrame& model, const CsvTable& table, NewRows* rows) {
 }
 
 /// The chain makes more columns than X has: those left out of X for want of variance.
-void Preprocess(const ModelFrame& model, const CsvTable& table, NewRows* rows) {
+void Preprocess(const ModelFrame& model, const CsvTable& table, int idColumn, NewRows* rows) {
   if (model.chain.Empty()) return;
-  Signals signals{table.Name(), rows->names, model.chain.inputNames, {}, rows->x};
+  Signals signals{table.Name(), RowPlaces(table, idColumn), model.chain.inputNames, {}, rows->x};
   ApplyChain(model.chain, &signals);
   rows->x = PickColumns(signals, model.xNames);
 }
@@ -52,7 +52,8 @@ void Preprocess(const ModelFrame& model, const CsvTable& table, NewRows* rows) {
 
 NewRows ReadNewRows(const ModelFrame& model, const CsvTable& table, const std::string& id, Notes* notes) {
   NewRows rows;
-  rows.names = RowNames(table, IdColumn(model, table, id));
+  const int idColumn = IdColumn(model, table, id);
+  rows.names = RowNames(table, idColumn);
   ReadSource(model, table, &rows);
   if (rows.missingColumns.size() == SourceNames(model).size()) {
     Refuse(table,
@@ -64,7 +65,7 @@ NewRows ReadNewRows(const ModelFrame& model, const CsvTable& table, const std::s
   if (!rows.missingColumns.empty()) {
     notes->Add("taken as missing cells, not in the table: " + Listed(rows.missingColumns, kColumnsNamed));
   }
-  Preprocess(model, table, &rows);
+  Preprocess(model, table, idColumn, &rows);
   return rows;
 }
 

@@ -64,10 +64,14 @@ std::vector<int> SignalColumns(const CsvTable& table, const PreprocessOptions& o
   return columns;
 }
 
+/// The column that names the rows, from 0; -1 for none.
+int IdColumn(const CsvTable& table, const PreprocessOptions& options) {
+  return options.id.empty() ? -1 : RequireColumn(table, options.id);
+}
+
 Signals ReadSignals(const CsvTable& table, const PreprocessOptions& options, const std::vector<int>& columns,
                     Notes* notes) {
-  const int id = options.id.empty() ? -1 : RequireColumn(table, options.id);
-  Signals signals{table.Name(), RowNames(table, id), {}, {}, {}};
+  Signals signals{table.Name(), RowPlaces(table, IdColumn(table, options)), {}, {}, {}};
   signals.cells = NCDataMatrix<float>(table.Rows(), static_cast<int>(columns.size()));
   int moved = 0;
   for (std::size_t k = 0; k < columns.size(); ++k) {
@@ -147,7 +151,7 @@ StepsFile StepsOf(const PreprocessOptions& options) {
 std::string ResultText(const PreprocessOptions& options, const StepChain& chain, const Signals& signals) {
   const std::size_t before = options.restore ? OutputNames(chain).size() : chain.inputNames.size();
   std::string text = std::string(options.restore ? "Restored " : "Preprocessed ") +
-                     Counted(signals.rowNames.size(), "row") + " of " + signals.table + ", " +
+                     Counted(static_cast<std::size_t>(signals.cells.SizeRows()), "row") + " of " + signals.table + ", " +
                      Counted(before, "column") + ", into " + OneLine(options.out) + ", " +
                      Counted(signals.names.size(), "column") + "\n";
   for (std::size_t i = options.restore ? chain.steps.size() - 1 : 0; i < chain.steps.size(); ++i) {
@@ -157,11 +161,11 @@ std::string ResultText(const PreprocessOptions& options, const StepChain& chain,
   return text;
 }
 
-std::string ResultJson(const PreprocessOptions& options, const StepChain& chain, const Signals& signals,
-                       const Notes& notes) {
+std::string ResultJson(const PreprocessOptions& options, const CsvTable& table, const StepChain& chain,
+                       const Signals& signals, const Notes& notes) {
   Json json = JsonHeader("kalmia-preprocess");
   json["table"] = signals.table;
-  json["rows"] = signals.rowNames;
+  json["rows"] = RowNames(table, IdColumn(table, options));
   json["columns"] = options.restore ? OutputNames(chain) : chain.inputNames;
   json["restored"] = options.restore;
   json["steps"] = ChainJson(chain);
@@ -196,7 +200,7 @@ std::string RunCommand(const PreprocessOptions& options, Notes* notes) {
   files.Stage(options.out, OutText(table, columns, signals));
   if (!options.save.empty()) files.Stage(options.save, StepChainFileBytes(chain));
   files.Commit();
-  return options.json ? ResultJson(options, chain, signals, *notes) : ResultText(options, chain, signals);
+  return options.json ? ResultJson(options, table, chain, signals, *notes) : ResultText(options, chain, signals);
 }
 
 }  // namespace kalmia::app

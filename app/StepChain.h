@@ -27,7 +27,7 @@ struct StepChain {
 /// A table of signals on its way through a chain: rows are signals, columns are channels.
 struct Signals {
   std::string table;                   ///< how messages call it
-  std::vector<std::string> rowNames;
+  std::vector<std::string> rowPlaces;  ///< how messages call each row, see RowPlaces
   std::vector<std::string> names;      ///< of the columns
   std::vector<std::string> fullNames;  ///< while it is compressed: of the columns before; otherwise empty
   NCDataMatrix<float> cells;

@@ -27,7 +27,7 @@ constexpr auto kMissingCell = kalmia::kMissingCell<float>;
 
 /// Rows and columns from 1.
 std::string CellPlace(const Signals& signals, int row, int column) {
-  return "row " + Quoted(signals.rowNames[static_cast<std::size_t>(row) - 1]) + ", column " +
+  return signals.rowPlaces[static_cast<std::size_t>(row) - 1] + ", column " +
          Quoted(signals.names[static_cast<std::size_t>(column) - 1]);
 }
 
@@ -105,7 +105,7 @@ bool IsConstant(const Vector& row) {
 void StandardNormalVariate(const std::string& place, Signals* signals) {
   EachRow(signals, [&](int r, Vector* row) {
     if (IsConstant(*row)) {
-      Refuse(*signals, place, "row " + Quoted(signals->rowNames[static_cast<std::size_t>(r) - 1]) + " has no variance");
+      Refuse(*signals, place, signals->rowPlaces[static_cast<std::size_t>(r) - 1] + " has no variance");
     }
     const Vector before(*row);
     *row = row->SNV();

@@ -162,4 +162,13 @@ std::vector<std::string> RowNames(const CsvTable& table, int column) {
   return names;
 }
 
+std::vector<std::string> RowPlaces(const CsvTable& table, int column) {
+  std::vector<std::string> places;
+  places.reserve(static_cast<std::size_t>(table.Rows()));
+  for (int row = 0; row < table.Rows(); ++row) {
+    places.push_back(table.RowPlace(row) + (column < 0 ? "" : ", " + Quoted(table.Cell(row, column))));
+  }
+  return places;
+}
+
 }  // namespace kalmia::app

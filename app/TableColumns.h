@@ -45,4 +45,8 @@ std::vector<int> RequireColumnRange(const CsvTable& table, const std::string& ra
 /// Names for the rows: the texts of the column, or the numbers from 1 where `column` is -1.
 std::vector<std::string> RowNames(const CsvTable& table, int column);
 
+/// "row 3 (line 4), 'tank 7'": how messages call the rows, the text of the column behind their place; without one
+/// where `column` is -1. Two rows never have the same, whatever the column holds.
+std::vector<std::string> RowPlaces(const CsvTable& table, int column);
+
 }  // namespace kalmia::app

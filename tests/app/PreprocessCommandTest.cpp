@@ -129,12 +129,25 @@ TEST_F(Preprocess, LeavesEveryFileAsItWasWhereItFails) {
   const std::string bad = folder_.Write("bad.csv", "n,a,b\nu,1,2\nv,3,-1\n");
   folder_.Write("out.csv", "before");
   ExpectFailure(RunKalmia(On(bad) + Words{"--steps", "snv,linear,log", "--id", "n", "--save", saved_}), 1,
-                "bad.csv: step 3, log:1:0: row 'u', column 'a' is -0.70710677, of which the step makes no number");
+                "bad.csv: step 3, log:1:0: row 1 (line 2), 'u', column 'a' is -0.70710677, of which the step makes no number");
   ExpectFailure(RunKalmia(On(bad) + Words{"--steps", "log", "--id", "n", "--save", saved_}), 1,
-                "bad.csv: step 1, log:1:0: row 'v', column 'b' is -1, of which the step makes no number");
+                "bad.csv: step 1, log:1:0: row 2 (line 3), 'v', column 'b' is -1, of which the step makes no number");
   ExpectFailure(RunKalmia(On(table_) + Words{"--steps", "snv", "--save", folder_.Path("no/such/folder")}), 3, "");
   EXPECT_EQ(Out(), "before");
   EXPECT_EQ(folder_.Names(), (Words{"bad.csv", "out.csv", "t.csv"}));
+}
+
+TEST_F(Preprocess, FindsTheRowOfAMessageWhereNamesRepeatOrAreEmpty) {
+  const std::string replicates = folder_.Write("r.csv", "n,a,b,y\nu,1,2,1\nu,3,-1,2\n\n\"\",5,5,3\n");
+  const std::string log = folder_.Write("log", "log"), snv = folder_.Write("snv", "linear,snv");
+  ExpectFailure(RunKalmia(On(replicates) + Words{"--steps", "log", "--id", "n"}), 1,
+                "r.csv: step 1, log:1:0: row 2 (line 3), 'u', column 'b' is -1,");
+  ExpectFailure(RunKalmia({"pls", replicates, "--y", "y", "--id", "n", "--steps-file", log}), 1,
+                "r.csv: step 1, log:1:0: row 2 (line 3), 'u', column 'b' is -1,");
+  ExpectFailure(RunKalmia({"pca", replicates, "--x", "a..b", "--id", "n", "--steps-file", snv}), 1,
+                "r.csv: step 2, snv: row 3 (line 5), '' has no variance");
+  ExpectFailure(RunKalmia(On(replicates) + Words{"--steps", "snv", "--x", "a..b"}), 1,
+                "r.csv: step 1, snv: row 3 (line 5) has no variance");
 }
 
 TEST_F(Preprocess, IsRefusedInOneLine) {
@@ -264,7 +277,7 @@ TEST_F(PreprocessedModel, RefusesNewRowsThatTheStepsCannotTake) {
   std::string negative = text_;
   negative.replace(negative.find("\ns1,") + 4, 0, "-");
   ExpectFailure(RunKalmia({"predict", model_, folder_.Write("new.csv", negative)}), 1,
-                "new.csv: step 1, log:1:0: row 's1', column 'x1' is -");
+                "new.csv: step 1, log:1:0: row 1 (line 2), 's1', column 'x1' is -");
 }
 
 TEST_F(PreprocessedModel, LeavesOutRowsAndColumnsThatComeOutEmpty) {

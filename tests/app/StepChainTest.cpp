@@ -37,7 +37,7 @@ constexpr float kHole = -99.0F;
 /// Rows r1, r2... and columns from 100 on, `distance` apart.
 Signals SignalsOf(const Matrix& cells, int distance = 1) {
   Signals signals{"t", {}, {}, {}, cells};
-  for (int r = 1; r <= cells.SizeRows(); ++r) signals.rowNames.push_back("r" + std::to_string(r));
+  for (int r = 1; r <= cells.SizeRows(); ++r) signals.rowPlaces.push_back("row 'r" + std::to_string(r) + "'");
   for (int c = 0; c < cells.SizeColumns(); ++c) signals.names.push_back(std::to_string(100 + c * distance));
   return signals;
 }
