@@ -18,4 +18,9 @@ std::size_t CountRounds(const NCIntegralVector<int, -99>& groups) {
   return last < 0 ? 0 : static_cast<std::size_t>(last) + 1;
 }
 
+bool AreTooManyRounds(const NCIntegralVector<int, -99>& groups) {
+  constexpr std::size_t kMostEmptyRounds = 10000;
+  return CountRounds(groups) > static_cast<std::size_t>(groups.Size()) + kMostEmptyRounds;
+}
+
 }  // namespace kalmia

@@ -41,11 +41,6 @@ kalmia::Q2Limit& LimitOfQ2() {
 
 double SquaresOf(const Matrix& table) { return static_cast<double>(table.GetSS()); }
 
-bool IsNormal(double value) {
-  const int kind = std::fpclassify(value);
-  return kind == FP_NORMAL || kind == FP_ZERO;
-}
-
 /// The caller's bar, which may be absent. What it answers when it is moved is passed over.
 class Bar {
  public:
@@ -156,7 +151,8 @@ void O2PLSCrossValidation::Calculation::Run(int maxIterations, int predictive, i
   bar_.SetText("Calculating initial Q2");
   MakeRounds(maxIterations);
   const double q2 = Q2OfY(/*ySideComponents=*/0);
-  if (!IsNormal(q2)) throw NCError("There is no correlation between X and Y");
+  // A denormal would say nothing either, but 1 - r is 0 or, next to it, at least 2^-53.
+  if (!std::isfinite(q2)) throw NCError("There is no correlation between X and Y");
 
   bar_.ThrowIfStopped();
   bar_.PushSubRange(2.0F, 3.0F);
@@ -383,7 +379,7 @@ O2PLSCrossValidation::O2PLSCrossValidation(const NCDataMatrix<float>* X, const N
     throw NCError("O2PLSCrossValidation, all or none of the number of components must be fixed");
   if (X->GetNumMisVal() > 0 || Y->GetNumMisVal() > 0)
     throw NCError("X and Y can not contain missing values in O2PLSCrossValidation::O2PLSCrossValidation");
-  if (groups && groups->Size() != X->SizeRows())
+  if (groups ? groups->Size() != X->SizeRows() || kalmia::AreTooManyRounds(*groups) : cvGroups < 1)
     throw NCError(kBadGroups);
   if (X->SizeRows() != Y->SizeRows())
     throw NCError("Internal error in NCO2PLS\nX and Y matrices have different number of rows.");

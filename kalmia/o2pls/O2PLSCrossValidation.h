@@ -66,17 +66,18 @@ struct O2PLSCVResults {
 /// are then turned so that their loadings point the way of round 0's, and saved.
 class O2PLSCrossValidation {
  public:
-  /// X N x K, Y N x M, scaled and without holes. `groups` has one number per observation, from 0 on (an observation
-  /// with a negative one is never held out); null stands for GetDeafultCVGroupsVector(N, cvGroups). A group without
-  /// observations predicts nothing. `maxIterations` is for the models. The three numbers of components are all
+  /// X N x K, Y N x M, scaled and without holes. `groups` has one number per observation, from 0 up to N + 9999 (an
+  /// observation with a negative one is never held out); null stands for GetDeafultCVGroupsVector(N, cvGroups), and
+  /// only then is cvGroups read, which is at least 1. A group without observations predicts nothing, but its round is
+  /// fitted and kept like any other. `maxIterations` is for the models. The three numbers of components are all
   /// negative, for a search, or all given: then these are used.
   /// A round that has exactly nothing left for an X-side component beside one predictive one, with one Y variable, has
   /// missing scores in ToSet, and its errors are missing too: Q2Cum may then exceed 1.
   /// Without a predictive component the results hold nothing but PredictiveComponents 0 and PredictiveSignificance.
   /// Progress: `progress` may be null; the bar runs from 0 to 7. Only IsBreakPressed stops.
   /// Throws: NCError where the numbers are neither all given nor all searched for, a cell is missing, `groups` has not
-  /// N cells or no number from 0 on, the blocks differ in their numbers of rows, Q2 without orthogonal components is no
-  /// number, the user stops, or a round cannot be computed.
+  /// N cells, a number above N + 9999 or none from 0 on, cvGroups is read and below 1, the blocks differ in their
+  /// numbers of rows, Q2 without orthogonal components is no number, the user stops, or a round cannot be computed.
   /// Cost: every trial of an orthogonal component fits all rounds, and keeps a copy of their models meanwhile.
   O2PLSCrossValidation(const NCDataMatrix<float>* X, const NCDataMatrix<float>* Y, int cvGroups, NCProgress* progress,
                        NCIntegralVector<int, -99>* groups, int maxIterations, int predictive, int xOrthogonal,

@@ -165,6 +165,7 @@ O2PLSPredictiveComponentEstimator::O2PLSPredictiveComponentEstimator(const NCDat
                                                                      const NCDataMatrix<float>* Y, int cvGroups,
                                                                      const NCIntegralVector<int, -99>* groups,
                                                                      int fixedComponents) {
+  if (!groups && cvGroups < 1) return;  // no groups, no components
   DoCalulations(*X, *Y, groups ? *groups : GetDeafultCVGroupsVector(Y->SizeRows(), cvGroups), fixedComponents);
 }
 
@@ -172,7 +173,7 @@ void O2PLSPredictiveComponentEstimator::DoCalulations(NCDataMatrix<float> X, NCD
                                                       const NCIntegralVector<int, -99>& groups, int fixedComponents) {
   if (fixedComponents == 0) return;
   try {
-    if (X.SizeRows() != Y.SizeRows() || groups.Size() < Y.SizeRows())
+    if (X.SizeRows() != Y.SizeRows() || groups.Size() < Y.SizeRows() || kalmia::AreTooManyRounds(groups))
       throw NCError("Internal error in O2PLSPredictiveComponentEstimator");  // for the handler below
     Blocks blocks(X, Y);
     TryComponents(blocks, groups, fixedComponents);
