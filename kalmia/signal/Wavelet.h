@@ -20,7 +20,8 @@ class WaveletStep;
 ///
 /// Missing: holes of a signal are filled along straight lines first, flat at both ends; a signal without a present cell
 /// is refused. A coefficient that is exactly -99 counts as a hole of its vector, as in all vectors: BackwardTransform
-/// takes it for 0.
+/// takes it for 0. NaN and infinity are cells like others: they spread to all that the taps reach, and through a trend
+/// to every coefficient.
 ///
 /// Numbers: filters are floats; a level sums in double in the order of the taps and rounds each coefficient to float.
 /// An orthogonal family keeps the sum of squares, and transform and inverse give the signal back, to that rounding.
@@ -112,6 +113,8 @@ class Wavelet {
   /// percent of the sum of squares, after the scale of each level, sqrt(2) for each level below the finest and one
   /// more, was divided out; the first coefficient is left out. A column stands for P / columns points in time and shows
   /// the largest value among them. Refused: null, a length that is no power of two. Missing: not provided for.
+  /// Not finite, the first coefficient aside: with a NaN the rows of all levels are NaN. Infinities without a NaN show
+  /// as NaN, and everything beside them as 0.
   static NCDataMatrix<float>* PowerSpectrum(const NCDataVector<float>* in, bool limit, NCDataMatrix<float>* out);
 
   /// Share of each level in the sum of squares of all detail coefficients of all rows, finest level first: J levels, or

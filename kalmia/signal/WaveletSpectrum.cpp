@@ -27,14 +27,16 @@ Vector NormalisedCoefficients(const Vector& in, int levels) {
   return coefficients;
 }
 
-/// Largest power in percent of a level among `width` points in time from `first` on, counted from 0.
+/// Largest power in percent of a level among `width` points in time from `first` on, counted from 0; a NaN if one is
+/// among them.
 float LargestPower(const Vector& coefficients, int level, int first, int width) {
   const int cells = 1 << (level - 1);  // of this level, each of which spans `span` points
   const int span = coefficients.Size() / cells;
   double largest = 0;
   for (int cell = first / span; cell <= (first + width - 1) / span; ++cell) {
     const double x = static_cast<double>(coefficients[cells + cell + 1]);
-    largest = std::max(largest, 100 * x * x);
+    const double power = 100 * x * x;
+    if (power > largest || std::isnan(power)) largest = power;
   }
   return static_cast<float>(largest);
 }
