@@ -10,8 +10,9 @@ class WaveletStep;
 }
 
 /// Periodic discrete wavelet transforms of signals, whole or in the basis of wavelet packets that suits a signal best,
-/// their inverses, and the bookkeeping of compressed coefficients. All indices run from 1. Only static operations,
-/// which change nothing but their `out` arguments and may run on several threads, also on the same input.
+/// their inverses, and the bookkeeping of compressed coefficients. All indices run from 1. Only static operations. They
+/// change nothing but their `out` arguments and take no share of an input, so they may run on several threads, also on
+/// the same input.
 ///
 /// In general: J is the smallest integer with 2^J >= n, n being the length of a signal; P = 2^J. A refused input gives
 /// null, nothing was written then, and nothing is thrown but std::bad_alloc. A null `out` asks for a new object, which
@@ -83,21 +84,25 @@ class Wavelet {
   // "periodization" has the same boundaries and scale but centred windows: with c = L / 2 - 1, one level here is
   // dwt(roll(x, -c))[0] and, negated for orthogonal families, dwt(roll(x, c))[1] there.
   //
-  // `mean` and `slope` receive what the mode takes off, and stay unwritten where it takes off nothing (a line needs two
-  // cells). The line is subtracted as intercept + i slope and given back as mean + (i - 1) slope: after DetrendLinear a
-  // round trip comes back lower by one slope.
+  // `mean` and `slope` receive what the mode takes off. What it does not ask for stays unwritten, and so does a line of
+  // less than two cells. A line is subtracted as intercept + i slope and given back as mean + (i - 1) slope: after
+  // DetrendLinear a round trip comes back lower by one slope. A mean, or a sum, of exactly -99 counts as none:
+  // DetrendMean takes nothing off then, yet `mean` is -99, a hole among the means of a table. The way back adds what it
+  // is given, and the signal comes back lower by 99: give it 0 then.
 
   /// Refused: a null input or filter, a signal without a present cell, padding beyond 2^30 cells.
   static NCDataVector<float>* ForwardTransform(const NCDataVector<float>* in, const WaveletFilters& filters,
                                                DetrendMode mode, long double& mean, long double& slope,
                                                NCDataVector<float>* out, bool pad);
-  /// Each row of `in` as a signal on its own. `out` is resized; where it has the size already, it takes row by row,
-  /// also if memory runs out in between. `means` gets a cell per signal in all modes but 0, `slopes` in mode 2: null
-  /// ones are replaced by new vectors then, others must have the right length.
+  /// Each row of `in` as a signal on its own. `out` is resized. `means` gets a cell per signal in all modes but 0,
+  /// `slopes` in mode 2: null ones are replaced by new vectors then, others must have the right length.
+  /// If memory runs out in between, some signals' results are in an `out` that had the size already, and in given
+  /// `means` and `slopes`; nothing else was written.
   static NCDataMatrix<float>* ForwardTransformObswise(const NCDataMatrix<float>* in, const WaveletFilters& filters,
                                                       DetrendMode mode, NCDataVector<float>*& means,
                                                       NCDataVector<float>*& slopes, NCDataMatrix<float>* out, bool pad);
-  /// The same with columns as signals. Needs the memory of the table once more, or twice.
+  /// The same with columns as signals. Needs the memory of the table once more, or twice; if that runs out, `out` is
+  /// as it was.
   static NCDataMatrix<float>* ForwardTransformVarwise(const NCDataMatrix<float>* in, const WaveletFilters& filters,
                                                       DetrendMode mode, NCDataVector<float>*& means,
                                                       NCDataVector<float>*& slopes, NCDataMatrix<float>* out, bool pad);
@@ -112,14 +117,18 @@ class Wavelet {
   /// 256. Level l from the coarsest (1) to the finest (J) lies in row 2 J - 2 (l - 1), the rows between are 0. Unit:
   /// percent of the sum of squares, after the scale of each level, sqrt(2) for each level below the finest and one
   /// more, was divided out; the first coefficient is left out. A column stands for P / columns points in time and shows
-  /// the largest value among them. Refused: null, a length that is no power of two. Missing: not provided for.
+  /// the largest value among them. Refused: null, a length that is no power of two.
+  /// Missing: not provided for. A hole is the number -99; but a coefficient that becomes exactly -99 without its scale
+  /// (-198 where that is 2) is no part of the sum of squares, and is not divided by it: it shows as 980100.
   /// Not finite, the first coefficient aside: with a NaN the rows of all levels are NaN. Infinities without a NaN show
   /// as NaN, and everything beside them as 0.
   static NCDataMatrix<float>* PowerSpectrum(const NCDataVector<float>* in, bool limit, NCDataMatrix<float>* out);
 
-  /// Share of each level in the sum of squares of all detail coefficients of all rows, finest level first: J levels, or
-  /// J - 1 where the number of columns is no power of two. Nothing is divided where all are 0. A cell that was set
-  /// aside counts with the level from which it was left over, except for that of the first level, which is left out.
+  /// Share of each level in the sum of squares of the coefficients of all rows, finest level first. Nothing is divided
+  /// where all are 0. With a power of two of columns there are J levels, of details alone: the approximation, column 1,
+  /// does not count. With any other number there are J - 1, and a cell of a level's approximations that was set aside
+  /// counts with its details. In the coarsest that is column 1, so that of signals with a mean nearly all energy is
+  /// there. The last of an odd number of columns does not count.
   /// Missing: holes are left out, but a column that has nothing else enters with GetSS(), -99.
   /// Throws NCError: no level (less than two columns, or null); a sum that is no number, infinite or denormal as float.
   static NCDataVector<float> CalcWCEnergy(const NCDataMatrix<float>* coefficients);

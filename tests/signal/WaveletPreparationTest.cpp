@@ -1,6 +1,9 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <cmath>
+#include <vector>
+
 #include "signal/WaveletCase.h"
 
 using ::testing::ElementsAre;
@@ -47,6 +50,12 @@ TEST(WaveletPadding, EndsAtTheVeryStartWhateverTheStep) {
   }
 }
 
+TEST(WaveletPadding, LeavesAVectorWithoutCellsAlone) {
+  NCDataVector<float> none;
+  OpenWavelet::PadVector(&none, 4);
+  EXPECT_EQ(none.Size(), 0);
+}
+
 TEST(WaveletTrend, IsTakenOffByItsMode) {
   const auto signal = Signal({1, 2, 4});
   for (const auto mode : kModes) {
@@ -79,10 +88,57 @@ TEST(WaveletTrend, IsPutBackToEveryCellAlsoToOneThatLooksLikeAHole) {
   EXPECT_EQ(v.GetNumMisVal(), 0);
 }
 
-TEST(WaveletPadding, LeavesAVectorWithoutCellsAlone) {
-  NCDataVector<float> none;
-  OpenWavelet::PadVector(&none, 4);
-  EXPECT_EQ(none.Size(), 0);
+TEST(WaveletTrend, OfAMeanOrSumOfMinus99StaysInTheTransformAndIsPutBackAllTheSame) {
+  const SomeFilters filters;
+  const struct {
+    const char* what;
+    std::vector<float> signal, back;
+  } kCases[] = {{"a sum of -99", {-33, -33, -33}, {-132, -132, -132}},
+                {"a mean of -99", {-100, -98, -100, -98}, {-199, -197, -199, -197}}};
+  for (const auto& trend : kCases) {
+    SCOPED_TRACE(trend.what);
+    const auto signal = Signal(trend.signal);
+    const int n = signal.Size();
+    long double mean = 0, slope = 7;
+    const OwnedVector forward(
+        Wavelet::ForwardTransform(&signal, filters.decomposition, Wavelet::DetrendMean, mean, slope, nullptr, true));
+    EXPECT_EQ(CellsOf(*forward), CellsOf(*Transformed(signal, filters.decomposition, true)));
+    EXPECT_EQ(mean, -99);
+    EXPECT_EQ(slope, 7);
+    const OwnedVector back(Wavelet::BackwardTransform(forward.get(), filters.reconstruction, Wavelet::DetrendMean, n,
+                                                      static_cast<double>(mean), 0, nullptr));
+    EXPECT_LT(LargestGap(*back, Signal(trend.back)), kRoundings * Norm(*back));
+  }
+}
+
+TEST(WaveletTrend, OfMinus99IsAHoleOfTheMeansOfATable) {
+  const SomeFilters filters;
+  NCDataMatrix<float> table(2, 4, 1.0F);
+  table.SetRow(2, Signal({-100, -98, -100, -98}));
+  NCDataVector<float>*means = nullptr, *slopes = nullptr;
+  const OwnedMatrix result(Wavelet::ForwardTransformObswise(&table, filters.decomposition, Wavelet::DetrendMean, means,
+                                                            slopes, nullptr, true));
+  const OwnedVector owned(means);
+  EXPECT_THAT(CellsOf(*means), ElementsAre(1, -99));
+  EXPECT_EQ(means->GetNumMisVal(), 1);
+}
+
+TEST(WaveletTrend, OfALineLeavesTheTransformOfTheResiduals) {
+  const Filters haar(Wavelet::FunctionBiorthogonal1, 1);
+  // By least squares 1 + 0.75 i, with the residuals -0.75, 1.5, -1.25, 4, -3.75, -2.5, 2.75: all of them exact.
+  const auto signal = Signal({1, 4, 2, 8, 1, 3, 9});
+  long double mean = 0, slope = 0;
+  const OwnedVector found(Wavelet::ForwardTransform(&signal, haar.decomposition, Wavelet::DetrendLinear, mean, slope,
+                                                    nullptr, /*pad=*/false));
+  EXPECT_EQ(mean, 1);
+  EXPECT_EQ(slope, 0.75L);
+  // Of the pairs: the second level from the first two sums, the sum that is set aside, the differences; the last cell.
+  const double r = std::sqrt(0.5);
+  const double expected[] = {1.75, -1, -6.25 * r, -2.25 * r, -5.25 * r, -1.25 * r, 2.75};
+  for (int i = 1; i <= 7; ++i) EXPECT_NEAR((*found)[i], expected[i - 1], kRoundings * 10) << i;
+  const OwnedVector back(Wavelet::BackwardTransform(found.get(), haar.reconstruction, Wavelet::DetrendLinear, 7, 1,
+                                                    0.75, nullptr));
+  for (int i = 1; i <= 7; ++i) EXPECT_NEAR((*back)[i], signal[i] - 0.75F, kRoundings * 10) << i;
 }
 
 }  // namespace

@@ -43,7 +43,8 @@ std::vector<std::vector<float>> RowsOf(const NCDataMatrix<float>& m) {
 }
 
 TEST(WaveletPowerSpectrum, ShowsTheCoarsestLevelInTheLastRowButOneAndTheFinestInTheSecond) {
-  // Scales 2 sqrt 2, 2 and 2, then sqrt 2: every coefficient but the first becomes 1, of seven.
+  // Scales 2 sqrt 2, 2 and 2, then sqrt 2: four of the coefficients become 1, with a quarter of the power each, three
+  // are 0, and the first is left out.
   const float coarse = static_cast<float>(2 * std::sqrt(2)), fine = static_cast<float>(std::sqrt(2));
   const OwnedMatrix spectrum(
       Wavelet::PowerSpectrum(std::make_unique<NCDataVector<float>>(Signal({9, coarse, 2, 0, fine, 0, 0, fine})).get(),
@@ -106,6 +107,26 @@ TEST(WaveletPowerSpectrum, OfZerosIsZero) {
     EXPECT_THAT(row, Each(0.0F));
 }
 
+TEST(WaveletPowerSpectrum, TakesAHoleForTheNumberMinus99) {
+  const float hole = -99;  // of scale 2, thus -49.5, beside 0.5, of scale sqrt 2
+  const float fine = static_cast<float>(0.5 * std::sqrt(2));
+  const auto in = Signal({0, 0, hole, 0, fine, 0, 0, 0});
+  const OwnedMatrix spectrum(Wavelet::PowerSpectrum(&in, false, nullptr));
+  const float power = 49.5F * 49.5F, small = 0.25F;
+  for (int c = 1; c <= 8; ++c) {
+    EXPECT_FLOAT_EQ((*spectrum)[4][c], c <= 4 ? 100 * power / (power + small) : 0) << c;
+    EXPECT_FLOAT_EQ((*spectrum)[2][c], c <= 2 ? 100 * small / (power + small) : 0) << c;
+  }
+}
+
+TEST(WaveletPowerSpectrum, LeavesACoefficientThatIsMinus99WithoutItsScaleAsItIs) {
+  const float fine = static_cast<float>(std::sqrt(2));
+  const auto in = Signal({0, 0, -198, 0, fine, 0, 0, 0});  // of scale 2: a hole, beside 1, which is all the power then
+  const OwnedMatrix spectrum(Wavelet::PowerSpectrum(&in, false, nullptr));
+  EXPECT_THAT(CellsOf((*spectrum)[4]), ElementsAre(980100, 980100, 980100, 980100, 0, 0, 0, 0));
+  for (int c = 1; c <= 8; ++c) EXPECT_FLOAT_EQ((*spectrum)[2][c], c <= 2 ? 100 : 0) << c;
+}
+
 TEST(WaveletPowerSpectrum, RefusesLengthsThatAreNoPowerOfTwo) {
   NCDataMatrix<float> out(2, 2, 7.0F);
   for (int n : {0, 3, 5, 6, 7, 100}) {
@@ -152,13 +173,24 @@ TEST(WaveletEnergy, AddsTheRows) {
 }
 
 TEST(WaveletEnergy, CountsACellThatWasSetAsideWithTheLevelThatLeftIt) {
-  // 7 cells: 7 itself is left out; 3 details and the third approximation; then the last two cells.
+  // 7 cells: 7 itself is left out; 3 details and the third approximation; then the last detail and the approximation.
   EXPECT_THAT(EnergyOf(OneRow({1, 1, 1, 1, 1, 1, 9})), ElementsAre(4 / 6.0F, 2 / 6.0F));
-  // 12 cells: 6 details; 3 and the third approximation; the last two.
+  // 12 cells: 6 details; 3 and the third approximation; the last detail and the approximation.
   EXPECT_THAT(EnergyOf(OneRow(std::vector<float>(12, 1.0F))), ElementsAre(0.5F, 4 / 12.0F, 2 / 12.0F));
-  // 11 cells: 5 details and the fifth approximation; 2 and no rest; the last two.
+  // 11 cells: 5 details and the fifth approximation; 2 and no rest; the last detail and the approximation.
   EXPECT_THAT(EnergyOf(OneRow(std::vector<float>(11, 1.0F))), ElementsAre(0.6F, 0.2F, 0.2F));
   EXPECT_THAT(EnergyOf(OneRow({1, 1, 9})), ElementsAre(1));
+}
+
+TEST(WaveletEnergy, CountsTheApproximationWithTheCoarsestLevelButForPowersOfTwo) {
+  for (int columns = 2; columns <= 130; ++columns) {
+    std::vector<float> cells(columns, 0.0F);
+    cells[0] = 3;
+    std::vector<float> energy = EnergyOf(OneRow(cells));
+    EXPECT_EQ(energy.back(), (columns & (columns - 1)) == 0 ? 0 : 1) << columns;
+    energy.pop_back();
+    EXPECT_THAT(energy, Each(0.0F)) << columns;
+  }
 }
 
 TEST(WaveletEnergy, OfZerosIsZeroWithoutADivision) {

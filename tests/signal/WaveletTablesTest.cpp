@@ -2,10 +2,12 @@
 #include <gtest/gtest.h>
 
 #include <new>
+#include <vector>
 
 #include "signal/WaveletCase.h"
 #include "testing/AllocationMeter.h"
 
+using ::testing::AnyOf;
 using ::testing::Each;
 
 namespace {
@@ -197,6 +199,39 @@ TEST_P(WaveletOfTables, LeaveEverythingAsItWasWhereMemoryRunsOut) {
     EXPECT_EQ(slopes_, nullptr) << which;
   }
   EXPECT_GE(failures, 10);  // trends, filters, rows, table
+}
+
+TEST_P(WaveletOfTables, GiveWhatWasGivenTheResultsOfSomeSignalsWhereMemoryRunsOut) {
+  const NCDataMatrix<float> table = Table(3, 8, 1), old(table.SizeRows(), table.SizeColumns(), 7.0F);
+  const OwnedMatrix expected(Transform(&table, Wavelet::DetrendLinear, nullptr, true));
+  const OwnedVector newMeans(means_), newSlopes(slopes_);
+  means_ = new NCDataVector<float>(3, 7.0F);
+  slopes_ = new NCDataVector<float>(3, 7.0F);
+  bool someMean = false;
+  for (int which = 1;; ++which) {
+    means_->SetAllValues(7.0F);
+    slopes_->SetAllValues(7.0F);
+    NCDataMatrix<float> out;
+    out.CopyContent(old);
+    try {
+      const FailAllocation fail(which);
+      Transform(&table, Wavelet::DetrendLinear, &out, true);
+      if (!fail.HasFailed()) break;
+      FAIL() << "allocation " << which << " was not missed";
+    } catch (const std::bad_alloc&) {
+    }
+    for (int i = 1; i <= 3; ++i) {
+      EXPECT_THAT((*means_)[i], AnyOf(7.0F, (*newMeans)[i])) << which;
+      EXPECT_THAT((*slopes_)[i], AnyOf(7.0F, (*newSlopes)[i])) << which;
+      const std::vector<float> cells = CellsOf(GetParam().SignalOf(out, i)), before(8, 7.0F);
+      if (GetParam().byRow)
+        EXPECT_THAT(cells, AnyOf(before, CellsOf((*expected)[i]))) << which;
+      else
+        EXPECT_EQ(cells, before) << which;
+    }
+    someMean = someMean || (*means_)[1] != 7.0F;
+  }
+  EXPECT_TRUE(someMean);  // memory did run out in between
 }
 
 INSTANTIATE_TEST_SUITE_P(BothWays, WaveletOfTables, ::testing::ValuesIn(kDirections),
