@@ -35,9 +35,6 @@ std::vector<FilePlace> OutputsOf(const ChartOptions& options) {
 void CheckFiles(const ChartOptions& options) {
   std::vector<FilePlace> inputs = {{"the table", options.table}};
   if (!options.limitsFrom.empty()) inputs.push_back({"the limits", options.limitsFrom});
-  if (options.table == "-" && options.limitsFrom == "-") {
-    RefuseUsage("only one of TABLE and --limits-from can be -, standard input");
-  }
   RefuseToOverwrite(inputs, OutputsOf(options));
 }
 

@@ -5,6 +5,7 @@
 #include <charconv>
 #include <cmath>
 #include <limits>
+#include <utility>
 
 #include "app/DisplayText.h"
 #include "app/Failure.h"
@@ -72,6 +73,7 @@ CLI::Option* CommandOptions::Add(CLI::Option* option, const std::string& word) {
 
 void CommandOptions::File(const std::string& word, std::string* value, const std::string& help) {
   files_.push_back(Add(command_->add_option(word, *value, help + "; - reads standard input"), " ")->required());
+  inputs_.push_back(files_.back());
 }
 
 void CommandOptions::Word(const std::string& name, const std::vector<std::string>& choices, std::string* value,
@@ -85,6 +87,10 @@ void CommandOptions::Word(const std::string& name, const std::vector<std::string
 void CommandOptions::Text(const std::string& name, const std::string& word, std::string* value,
                           const std::string& help) {
   Add(command_->add_option(name, *value, help), word);
+}
+
+void CommandOptions::Input(const std::string& name, std::string* value, const std::string& help) {
+  inputs_.push_back(Add(command_->add_option(name, *value, help), "FILE"));
 }
 
 void CommandOptions::Names(const std::string& name, std::vector<std::string>* values, const std::string& help) {
@@ -179,6 +185,8 @@ void CommandOptions::Exclude(const std::string& first, const std::string& second
   exclusive_.emplace_back(Find(first), Find(second));
 }
 
+void CommandOptions::Check(std::function<std::string()> reason) { checks_.push_back(std::move(reason)); }
+
 void CommandOptions::Require(const std::string& name) { required_.push_back(Find(name)->required()); }
 
 void CommandOptions::Examples(const std::string& lines) { command_->footer(lines); }
@@ -216,7 +224,12 @@ void CommandOptions::TakeValues() const {
   CheckRest();
   CheckFiles();
   CheckCounts();
+  CheckStandardInput();
   for (const auto& convert : conversions_) convert();
+  for (const auto& check : checks_) {
+    const std::string reason = check();
+    if (!reason.empty()) Refuse(reason);
+  }
 }
 
 /// Unknown options before words that are too many: these may be the values of those.
@@ -260,6 +273,15 @@ void CommandOptions::CheckCounts() const {
     Refuse(option->get_name() + " comes more than once, with " + Quoted(option->results()[0]) + " and " +
            Quoted(option->results()[1]) + "; it takes one " + option->get_option_text());
   }
+}
+
+/// What one file takes from standard input is not there for another.
+void CommandOptions::CheckStandardInput() const {
+  std::vector<std::string> names;
+  for (const CLI::Option* input : inputs_) {
+    if (input->count() > 0 && input->results().front() == "-") names.push_back(input->get_name());
+  }
+  if (names.size() > 1) Refuse("only one of " + Listed(names) + " can be -, standard input");
 }
 
 /// The option of that name, or null.

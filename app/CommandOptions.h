@@ -32,6 +32,9 @@ class CommandOptions {
             const std::string& help);
   /// An option with one text behind it, `word` in the help.
   void Text(const std::string& name, const std::string& word, std::string* value, const std::string& help);
+  /// An option with a file behind it that the command reads, `-` for standard input; of files and such options no two
+  /// can be that.
+  void Input(const std::string& name, std::string* value, const std::string& help);
   /// An option that may come several times, each time with one text behind it.
   void Names(const std::string& name, std::vector<std::string>* values, const std::string& help);
   /// A whole number from `lowest` on.
@@ -52,6 +55,9 @@ class CommandOptions {
   void Flag(const std::string& name, bool* value, const std::string& help);
   /// Two options that cannot come together.
   void Exclude(const std::string& first, const std::string& second);
+  /// What is wrong with the values together, each good for itself; `reason` is empty if nothing is. It sees them as
+  /// TakeValues() has left them.
+  void Check(std::function<std::string()> reason);
   /// The command makes no sense without this option.
   void Require(const std::string& name);
   void Examples(const std::string& lines);
@@ -66,7 +72,7 @@ class CommandOptions {
   /// another option where its value should be; a flag with a value.
   void CheckWords(const std::vector<std::string>& words) const;
   /// Looks at what the parser found: unknown options, files that are missing or too many, options that are missing,
-  /// come twice or exclude each other, values that make no sense. Converts the values.
+  /// come twice or exclude each other, standard input read twice, values that make no sense. Converts the values.
   void TakeValues() const;
 
  private:
@@ -77,16 +83,19 @@ class CommandOptions {
   void CheckRest() const;
   void CheckFiles() const;
   void CheckCounts() const;
+  void CheckStandardInput() const;
   std::string OptionNames() const;
   [[noreturn]] void Refuse(const std::string& message) const;
 
   CLI::App* command_;  ///< owned by the program
   std::vector<CLI::Option*> files_;   ///< what stands without an option before it
   std::string nounOfFiles_ = "file";
+  std::vector<CLI::Option*> inputs_;  ///< files that are read: of files_, and behind options
   std::vector<CLI::Option*> lists_;
   std::vector<CLI::Option*> required_;
   std::vector<std::pair<CLI::Option*, CLI::Option*>> exclusive_;
   std::vector<std::function<void()>> conversions_;
+  std::vector<std::function<std::string()>> checks_;
 };
 
 }  // namespace kalmia::app

@@ -1,92 +1,14 @@
 #pragma once
 
-#include <optional>
 #include <string>
 #include <variant>
-#include <vector>
 
 #include "app/ClusterOptions.h"
+#include "app/ModelOptions.h"
+#include "app/PreprocessOptions.h"
 #include "app/StatisticsOptions.h"
-#include "kalmia/pcapls/NCScale.h"
 
 namespace kalmia::app {
-
-/// What all commands that fit a model take: the table, what of it is X, how X is scaled, how many components there are
-/// and how they are judged, and where the results go.
-struct FitOptions {
-  std::string table;
-  std::string id;  ///< empty: rows are numbered
-  std::string x;   ///< FIRST..LAST; empty: all other columns of numbers
-  std::vector<std::string> exclude;
-  NCScale::Scaling scaling = NCScale::ScalingUnitVariance;
-  std::optional<int> components;  ///< nothing: as many as cross-validation finds
-  std::string stepsFile;  ///< of the preprocessing of X; empty: there is none
-  int groups = 7;
-  std::string groupColumn;  ///< empty: `groups` groups, every row in the one after its neighbour's
-  std::string save;         ///< empty: the model is not stored
-  bool json = false;
-  std::string csvFolder;  ///< empty: no CSV files
-};
-
-struct PlsOptions : FitOptions {
-  std::vector<std::string> y;  ///< arguments of --y as given: names, or names with commas between them
-};
-
-struct PcaOptions : FitOptions {};
-
-struct OplsOptions : FitOptions {  // `components` are the orthogonal ones
-  std::vector<std::string> y;     ///< as for PLS
-  std::optional<int> predictive;  ///< nothing: as many as Y and X have in common
-  std::string saveCv;             ///< empty: the cross-validation is not stored
-  std::string resume;             ///< file of a cross-validation to go on from; empty: it starts anew
-};
-
-/// `table` and `x` are of the X block; there is no use for `exclude`, `components` and `groupColumn`.
-struct O2plsOptions : FitOptions {
-  std::string yTable;
-  std::string y;  ///< FIRST..LAST; empty: all columns of numbers
-  std::optional<int> joint, xUnique, yUnique;  ///< all three or none: as many as cross-validation finds
-  bool automatic = false;  ///< says that none is given
-  bool fill = false;
-};
-
-struct PredictOptions {
-  std::string model;
-  std::string table;
-  std::string from;  ///< block that the table holds: x, y or empty
-  std::string id;  ///< empty: the column that named the rows of the training table, if it is there
-  bool json = false;
-  std::string csvFolder;
-};
-
-struct FillOptions {
-  std::string table;
-  std::string out;
-  std::string id;  ///< empty: rows are numbered
-  std::vector<std::string> exclude;
-  std::optional<int> components;  ///< nothing: as many as cross-validation finds
-  bool report = false;
-  bool json = false;
-};
-
-struct FilterOptions : FitOptions {  // it has no use for groups, groupColumn, csvFolder
-  std::vector<std::string> y;  ///< as for PLS
-  std::string model;           ///< a stored filter to apply; empty: one is made
-  std::string out;
-};
-
-struct PreprocessOptions {
-  std::string table;
-  std::string out;
-  std::string steps;      ///< as text; empty where a file has them
-  std::string stepsFile;  ///< of text, or of a chain that --save has written
-  std::string id;         ///< empty: rows are numbered
-  std::string x;          ///< FIRST..LAST; empty: all other columns of numbers
-  std::vector<std::string> exclude;
-  std::string save;       ///< empty: the chain is not stored
-  bool restore = false;   ///< signals of the coefficients that the stored chain has kept
-  bool json = false;
-};
 
 struct InfoOptions {
   std::string model;

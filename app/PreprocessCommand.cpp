@@ -135,9 +135,6 @@ void RequireThatTheChainAgrees(const PreprocessOptions& options, const StepsFile
 }
 
 StepsFile StepsOf(const PreprocessOptions& options) {
-  if (options.stepsFile.empty() && options.steps.empty()) {
-    throw Failure(ExitCode::Usage, "kalmia preprocess needs --steps or --steps-file; see kalmia preprocess --help");
-  }
   StepsFile steps{"--steps", {}, {}};
   if (options.stepsFile.empty()) {
     steps.steps = ParseSteps(options.steps, steps.name);

@@ -39,8 +39,8 @@ void DeclareChart(CommandOptions* command, ChartOptions* options) {
                 "standard deviation of the process (default: estimated from the column)");
   command->Real("--lambda", &options->lambda, "a number above 0 and up to 1", IsWeight,
                 "weight of ewma and ewma-sd (default: the one with the smallest forecast errors)");
-  command->Text("--limits-from", "FILE", &options->limitsFrom,
-                "take target and limits from this file, which --save-limits has written");
+  command->Input("--limits-from", &options->limitsFrom,
+                 "take target and limits from this file, which --save-limits has written");
   for (const char* own : {"--target", "--sigma", "--lambda"}) command->Exclude("--limits-from", own);
   command->Text("--save-limits", "FILE", &options->saveLimits, "store target and limits");
   command->Text("--csv", "FILE", &options->csv, "write the points, their limits and signals as CSV");

@@ -120,20 +120,36 @@ TEST(Describe, AlignsItsColumns) {
             "  \xC3\xA9t\xC3\xA9 long  3        0  20.1667  10.2510   10  30.5  0.0731441\n");
 }
 
-TEST(Help, HasAnExampleForEachCommand) {
-  for (const auto& arguments : std::vector<std::vector<std::string>>{{"--help"}, {"-h"}}) {
-    const CommandResult run = RunKalmia(arguments);
+/// The commands as the refusal of a line without one lists them: "... commands pls, pca and quantile; see ...".
+std::vector<std::string> AllCommands() {
+  std::string list = RunKalmia(std::vector<std::string>{}).error;
+  list.erase(0, list.find("commands ") + 9);
+  list.erase(list.find(';'));
+  list.replace(list.find(" and "), 5, ", ");
+  std::vector<std::string> commands;
+  for (std::size_t end = 0; end != std::string::npos; list.erase(0, end + 2)) {
+    end = list.find(", ");
+    commands.push_back(list.substr(0, end));
+    if (end == std::string::npos) break;
+  }
+  return commands;
+}
+
+TEST(Help, NamesEachCommandAndHasAnExampleForIt) {
+  const std::vector<std::string> commands = AllCommands();
+  EXPECT_EQ(commands.size(), 16U);
+  for (const char* option : {"--help", "-h"}) {
+    const CommandResult run = RunKalmia({option});
     EXPECT_EQ(run.exitCode, 0);
     EXPECT_EQ(run.error, "");
-    for (const char* command : {"pls", "predict", "info", "describe"}) {
-      EXPECT_THAT(run.output, HasSubstr(std::string("  kalmia ") + command + " "));
-    }
+    for (const std::string& command : commands) EXPECT_THAT(run.output, HasSubstr("\n  " + command + " "));
   }
-  for (const char* command : {"pls", "predict", "info", "describe"}) {
+  for (const std::string& command : commands) {
     const CommandResult run = RunKalmia({command, "--help"});
     EXPECT_EQ(run.exitCode, 0);
-    EXPECT_THAT(run.output, HasSubstr("Example"));
-    EXPECT_THAT(run.output, HasSubstr(std::string("  kalmia ") + command + " "));
+    EXPECT_EQ(run.error, "");
+    EXPECT_THAT(run.output, HasSubstr("\nExample"));
+    EXPECT_THAT(run.output, HasSubstr("\n  kalmia " + command + " "));
   }
 }
 

@@ -1,0 +1,26 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+namespace kalmia::app {
+
+class CommandOptions;
+
+struct PreprocessOptions {
+  std::string table;
+  std::string out;
+  std::string steps;      ///< as text; empty where a file has them
+  std::string stepsFile;  ///< of text, or of a chain that --save has written
+  std::string id;         ///< empty: rows are numbered
+  std::string x;          ///< FIRST..LAST; empty: all other columns of numbers
+  std::vector<std::string> exclude;
+  std::string save;       ///< empty: the chain is not stored
+  bool restore = false;   ///< signals of the coefficients that the stored chain has kept
+  bool json = false;
+};
+
+/// Declares the command to the parser.
+void DeclarePreprocess(CommandOptions* command, PreprocessOptions* options);
+
+}  // namespace kalmia::app
