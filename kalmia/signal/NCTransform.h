@@ -110,12 +110,15 @@ class TransformStruct : public VexStreamBase {
   ///   exponential (ln(x) - b) / a with ln(x) rounded to float; power (x^(1 / c) - b) / a.
   /// ErrorNone, and the cell as it is, as above. ErrorCalculation, and a missing cell, where a = 0 (but for the logit),
   /// p, ln(x) or x^(1 / c) is not finite, 10^x a NaN, or the result out of range; linear and power have no test of the
-  /// result. Linear with a = 0 alone leaves the cell as it is, and returns ErrorCalculation.
+  /// result. For the logarithms an infinite or denormal 10^x fails only where it puts the result out of range.
+  /// Linear with a = 0 alone leaves the cell as it is, and returns ErrorCalculation.
   NCTransformError::Error BackTransformValue(float* value) const;
 
-  /// Transforms each cell of a column (from 1) in the order of the rows. Every cell is written back, failed ones as
-  /// missing, and the matrix counts them. What shares cells with the matrix is left alone. Returns null if nothing
-  /// failed, else the list of errors in the order of the rows, which the caller owns.
+  /// Transforms each cell of a column (from 1) in the order of the rows. Every cell is written back as TransformValue
+  /// or BackTransformValue leaves it, so failed ones as missing but for the linear inverse with a = 0, and the matrix
+  /// counts its holes. What shares cells with the matrix is left alone. Returns null if nothing failed, else the list
+  /// of errors in the order of the rows, which the caller owns. Where memory runs out, the rows above are done, the
+  /// failed cell that could not be listed and those below it are as they were.
   NCTransformErrors* TransformColumn(NCDataMatrix<float>* matrix, int column) const;
   NCTransformErrors* BackTransformColumn(NCDataMatrix<float>* matrix, int column) const;
 
@@ -123,7 +126,8 @@ class TransformStruct : public VexStreamBase {
   /// nothing. The fraction of the logit is printed as (b - x)/(x - a), upside down against what is computed.
   CString ToString(bool html) const;
 
-  /// Keys "TransformType", an integer, and "Constants", an array of four, in this order.
+  /// Keys "TransformType", an integer, and "Constants", an array of four, in this order. What the section throws is
+  /// passed on, and nothing is changed then.
   void Save(ConfigurationSection* section) const;
   void Load(ConfigurationSection* section);
 
@@ -145,7 +149,7 @@ class TransformStruct : public VexStreamBase {
   bool VexStreamableRead(std::istream& stream);
   bool VexStreamableWriteBases(std::ostream& stream);
   bool VexStreamableReadBases(std::istream& stream);
-  mutable bool streamVisited = false;
+  mutable bool streamVisited = false;  ///< copied with the rest; << and >> start by resetting it
 
  protected:
   bool VexStreamableStartWrite(std::ostream& stream) override;
@@ -166,7 +170,7 @@ class TransformStruct : public VexStreamBase {
 class NCTransform : public VexStreamBase {
  public:
   NCTransform();                      ///< no columns: to be read from a stream
-  explicit NCTransform(int columns);  ///< all TransformNone; columns >= 0
+  explicit NCTransform(int columns);  ///< all TransformNone; columns from 0 to below the largest int, not checked
   NCTransform(const NCTransform& other);
   NCTransform& operator=(const NCTransform& other);
   ~NCTransform() override;
@@ -201,7 +205,7 @@ class NCTransform : public VexStreamBase {
   bool VexStreamableRead(std::istream& stream);
   bool VexStreamableWriteBases(std::ostream& stream);
   bool VexStreamableReadBases(std::istream& stream);
-  mutable bool streamVisited = false;
+  mutable bool streamVisited = false;  ///< copied with the rest; << and >> start by resetting it
 
  protected:
   bool VexStreamableStartWrite(std::ostream& stream) override;

@@ -29,8 +29,10 @@ void TransformStruct::Save(ConfigurationSection* section) const {
 }
 
 void TransformStruct::Load(ConfigurationSection* section) {
-  type_ = static_cast<TransformE::Transform>(section->GetInteger("TransformType"));
-  section->GetFloatArray("Constants", constants_, kConstants);
+  TransformStruct loaded = *this;
+  loaded.type_ = static_cast<TransformE::Transform>(section->GetInteger("TransformType"));
+  section->GetFloatArray("Constants", loaded.constants_, kConstants);
+  *this = loaded;
 }
 
 std::istream& TransformStruct::OldRead(std::istream& stream) {
@@ -124,7 +126,7 @@ bool NCTransform::ReadTransforms(std::istream& stream, Transforms& transforms) {
   if (!ReadFourBytes(&columns, 1, stream) || !kalmia::HasBytesFor(stream, columns, kLeastBytesOfAnElement))
     return false;
   transforms.resize(1);  // the rest as it arrives: the length of a pipe is not known, and its count may lie
-  for (int c = 1; c <= columns; ++c) {
+  for (int c = 0; c < columns; ++c) {
     int type = 0;
     TransformStruct transform;
     if (!ReadFourBytes(&type, 1, stream) ||

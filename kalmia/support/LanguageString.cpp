@@ -72,7 +72,7 @@ constexpr Text kEnglish[] = {
     {10161, "The PLS calculation was stopped before the component was complete."},
     {10162, "The residuals of Y can be shuffled before the first component only."},
     {10163, "Cross-validation round %d of %d"},  // the round, the number of rounds
-    {10165, "A value lies outside the domain of the inverse transformation and is missing now."},
+    {10165, "A value lies outside the domain of the inverse transformation."},
     {10374, "The sum of squares of the table is not a finite number."},
 };
 

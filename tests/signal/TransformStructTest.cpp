@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "kalmia/support/LanguageString.h"
 #include "signal/Transforms.h"
 
 namespace {
@@ -47,6 +48,18 @@ TEST(TransformStruct, NamesKindsAndFormulasByTheLanguageTexts) {
     EXPECT_STREQ(T::GetTransformName(T::Transform(type)), "");
     EXPECT_STREQ(T::GetFormula(T::Transform(type)), "");
   }
+}
+
+TEST(TransformStruct, NamesKindsAndFormulasByTextsThatWereReplaced) {
+  LanguageString::Set(10089, "Logarithmus");
+  LanguageString::Set(10095, "lg(a*x + b)");
+  EXPECT_STREQ(T::GetTransformName(T::TransformLog), "Logarithmus");
+  EXPECT_STREQ(NCTransform::GetTransformString(T::TransformLog), "Logarithmus");
+  EXPECT_STREQ(T::GetFormula(T::TransformLog), "lg(a*x + b)");
+  LanguageString::Set(10089, nullptr);
+  LanguageString::Set(10095, nullptr);
+  EXPECT_STREQ(T::GetTransformName(T::TransformLog), "Logarithm");
+  EXPECT_STREQ(T::GetFormula(T::TransformLog), "log10(a*x + b)");
 }
 
 TEST(TransformStruct, CopiesKindAndAllConstants) {
@@ -182,6 +195,7 @@ TEST(TransformStruct, HasNoLogitAtOrOutsideItsLimits) {
   ExpectFailed(Forward(logit, 1));  // x = a: log10(0)
   ExpectFailed(Forward(logit, 6));
   ExpectFailed(Forward(logit, 0));
+  for (const float x : {kNaN, kInfinity, -kInfinity}) ExpectFailed(Forward(logit, x));
   ExpectDone(Forward(logit, 3), 0);
 }
 
@@ -211,9 +225,15 @@ TEST(TransformStruct, LetsTheLargestFloatPassAndNothingBeyond) {
   const TransformStruct same = TransformOf(T::TransformPower, 1, 0, 1);
   ExpectDone(Forward(same, kLargest), kLargest);
   ExpectDone(Forward(same, -kLargest), -kLargest);
-  // The next double above the largest float would still be rounded down to it.
-  const TransformStruct larger = TransformOf(T::TransformPower, 1, 0x1p76F, 1);
-  ExpectFailed(Forward(larger, kLargest));
+  // The next double beyond the largest float, 2^75 from it, would still be rounded back to it.
+  ExpectFailed(Forward(TransformOf(T::TransformPower, 1, 0x1p75F, 1), kLargest));
+  ExpectFailed(Forward(TransformOf(T::TransformPower, 1, -0x1p75F, 1), -kLargest));
+}
+
+TEST(TransformStruct, LetsTheSmallestNormalDoublePassAndNothingBelow) {
+  // Powers of 2 to whole powers are exact.
+  ExpectDone(Forward(TransformOf(T::TransformPower, 1, 0, 14), 0x1p-73F), 0);  // 2^-1022, which is 0 as a float
+  ExpectFailed(Forward(TransformOf(T::TransformPower, 1, 0, 11), 0x1p-93F));   // 2^-1023
 }
 
 }  // namespace

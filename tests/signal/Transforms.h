@@ -3,6 +3,8 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <utility>
+#include <vector>
 
 #include "kalmia/signal/NCTransform.h"
 
@@ -13,6 +15,14 @@ inline TransformStruct TransformOf(TransformE::Transform type, float a, float b,
   const float constants[] = {unread, a, b, c};
   for (int i = 0; i < TransformStruct::kConstants; ++i) transform.SetConstant(i, constants[i]);
   return transform;
+}
+
+/// Row and column of each error, in the order of the list.
+inline std::vector<std::pair<int, int>> PlacesOf(NCTransformErrors& errors) {
+  std::vector<std::pair<int, int>> places;
+  for (const NCTransformError* e = errors.GetFirstError(); e; e = errors.GetNextError())
+    places.emplace_back(e->Row, e->Column);
+  return places;
 }
 
 /// A cell after a transformation, and what that returned.
