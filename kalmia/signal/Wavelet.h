@@ -142,15 +142,18 @@ class Wavelet {
 
   /// The basis in which the energy of the signal has the smallest entropy; a tie keeps a node whole. `decisions` or, if
   /// null, a new vector. Refused: a null input or filter, no present cell, decisions of another size than P - 1.
-  /// Cost: n L multiplications for each of J levels. Source: Coifman & Wickerhauser (1992), IEEE Trans. Inf. Theory 38,
-  /// 713-718.
+  /// Biorthogonal filters do not keep the energy: their shares of it need not add up to 1, and one above 1 counts
+  /// against the entropy, so that the sum found smallest is not that of a distribution. A cell that is not finite
+  /// leaves no entropy but 0, and no node split.
+  /// Cost: n L multiplications and n logarithms, which take most of the time, for each of J levels.
+  /// Source: Coifman & Wickerhauser (1992), IEEE Trans. Inf. Theory 38, 713-718.
   static BoolVector* FindBestBasis(const NCDataVector<float>* in, const WaveletFilters& filters, DetrendMode mode,
                                    BoolVector* decisions);
   /// That of one row, or of the column means for row 0. Refused also: a row that is not there.
   static BoolVector* FindBestBasisObswise(const NCDataMatrix<float>* in, int row, WaveletFilters filters,
                                           DetrendMode mode, BoolVector* decisions);
   /// The P coefficients in the basis of the decisions. Refused: as ForwardTransform; null decisions or not P - 1 of
-  /// them; an `out` that has not P cells.
+  /// them; an `out` that has not P cells. Where memory runs out, `mean` and `slope` may be written already.
   static NCDataVector<float>* ForwardTransformBestBasis(const NCDataVector<float>* in, const BoolVector* decisions,
                                                         WaveletFilters filters, DetrendMode mode, long double& mean,
                                                         long double& slope, NCDataVector<float>* out);
@@ -163,8 +166,9 @@ class Wavelet {
                                                                const BoolVector* decisions, WaveletFilters filters,
                                                                DetrendMode mode, NCDataVector<float>*& means,
                                                                NCDataVector<float>*& slopes, NCDataMatrix<float>* out);
-  /// The inverse. Refused: null, a length that is no power of two, holes, decisions of another size, an `out` that has
-  /// not `originalLength` cells, an `originalLength` above the length or below 0.
+  /// The inverse. Refused: null, a length that is no power of two, holes (and so a coefficient of exactly -99, which
+  /// BackwardTransform takes for 0), decisions of another size, an `out` that has not `originalLength` cells, an
+  /// `originalLength` above the length or below 0.
   static NCDataVector<float>* BackwardTransformBestBasis(const NCDataVector<float>* in, const BoolVector* decisions,
                                                          WaveletFilters filters, DetrendMode mode, int originalLength,
                                                          double mean, double slope, NCDataVector<float>* out);
@@ -183,9 +187,9 @@ class Wavelet {
                                                int originalLength, NCDataVector<float>* out, bool padded);
   /// Sizes of the detail blocks of a transform without padding, from the finest on. A cell that is set aside counts
   /// with the details of the level that left it over, but for that of an odd `length` itself, and but for a block of
-  /// one.
+  /// one. `length` >= 0, not checked; none without levels.
   static NCIntegralVector<int, -99> GetNumInDetails(int length, int levels);
-  /// Positions of the cells that a transform without padding sets aside, from the end on.
+  /// Positions of the cells that a transform without padding sets aside, from the end on. `length` >= 0, not checked.
   static NCIntegralVector<int, -99> GetMovedIndexses(int length, int levels);
 
   /// "prefix_1" to "prefix_count".
@@ -225,7 +229,8 @@ class Wavelet {
   /// of the best bases.
   static void GetBestBasisTree(NCDataVector<float>* tree, BoolVector* decisions);
   /// The node and what the decisions split below it, from the node's block of `work` to that of `out`, in the order of
-  /// frequency with `sequency`, else with the low pass always first. `work` and `out` have the same size.
+  /// frequency with `sequency`, else with the low pass always first. `work`, which is only read, and `out` have the
+  /// same size.
   static void SubForwardTransFormBestBasis(NCDataVector<float>* work, NCDataVector<float>* out,
                                            const BoolVector* decisions, const WaveletFilters& filters, int level,
                                            int index, bool sequency);

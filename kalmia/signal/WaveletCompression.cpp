@@ -64,7 +64,7 @@ NCDataVector<float>* Wavelet::UncompressVector(const NCDataVector<float>* in, co
 NCIntegralVector<int, -99> Wavelet::GetNumInDetails(int length, int levels) {
   Indices sizes;
   int m = length - length % 2;
-  for (int level = 1; level <= levels; ++level) {
+  for (int level = 0; level < levels; ++level) {
     m /= 2;  // without the cell that is set aside, if m is odd
     const bool leavesOne = m % 2 != 0 && m != 1;
     sizes.push_back(leavesOne ? m + 1 : m);
@@ -75,7 +75,7 @@ NCIntegralVector<int, -99> Wavelet::GetNumInDetails(int length, int levels) {
 NCIntegralVector<int, -99> Wavelet::GetMovedIndexses(int length, int levels) {
   Indices moved;
   int m = length;
-  for (int level = 1; level <= levels; ++level) {
+  for (int level = 0; level < levels; ++level) {
     if (m % 2 != 0) {
       moved.push_back(m);
       --m;
@@ -87,7 +87,7 @@ NCIntegralVector<int, -99> Wavelet::GetMovedIndexses(int length, int levels) {
 
 NCStringVector* Wavelet::MakeVarNames(const char* prefix, int count) {
   auto names = std::make_unique<NCStringVector>();
-  for (int i = 1; i <= count; ++i) names->push_back(NameOf(prefix, i));
+  for (int i = 0; i < count; ++i) names->push_back(NameOf(prefix, i + 1));
   return names.release();
 }
 

@@ -3,7 +3,9 @@
 
 #include <cmath>
 #include <limits>
+#include <set>
 #include <utility>
+#include <vector>
 
 #include "signal/PlainWavelet.h"
 #include "signal/WaveletCase.h"
@@ -79,6 +81,18 @@ TEST(WaveletEntropyTree, HoldsTheEntropyOfEveryBlockOfPackets) {
   }
 }
 
+TEST(WaveletEntropyTree, OfASpikeHasNoEntropyAtItsRootAndThatOfZerosNowhere) {
+  const SomeFilters filters;
+  for (const float height : {3.0F, 0.1F, -7.3F, 1e-15F, 1e15F}) {
+    NCDataVector<float> spike(16, 0.0F);
+    spike(5, height);
+    EXPECT_EQ(EntropyOfAll(spike, Norm(spike)), 0) << height;
+    EXPECT_EQ((*OwnedVector(OpenWavelet::MakeEntropyTree(&spike, filters.decomposition)))[1], 0.0F) << height;
+  }
+  const NCDataVector<float> zeros(16, 0.0F);
+  EXPECT_THAT(CellsOf(*OwnedVector(OpenWavelet::MakeEntropyTree(&zeros, filters.decomposition))), Each(0.0F));
+}
+
 TEST(WaveletBestBasisTree, SplitsWhereTheChildrenHaveLessAndKeepsTies) {
   auto tree = Signal({5, 3, 2, 1, 1, 1, 1});  // below: 2 < 3, and 2 = 2; above: 2 + 2 < 5
   BoolVector decisions(3, false);
@@ -122,6 +136,18 @@ TEST(WaveletBestBasis, OfZerosAndOfASpikeIsTheSignalItself) {
   EXPECT_THAT(CellsOf(*OwnedDecisions(
                   Wavelet::FindBestBasis(&zeros, filters.decomposition, Wavelet::DetrendNone, nullptr))),
               Each(false));
+}
+
+TEST(WaveletBestBasis, OfASignalThatIsNotFiniteIsTheSignalItself) {
+  const SomeFilters filters;
+  for (const float odd : {std::numeric_limits<float>::quiet_NaN(), std::numeric_limits<float>::infinity()})
+    for (const auto mode : kModes) {
+      auto signal = RandomSignal(16, 1);
+      signal(5, odd);
+      const OwnedDecisions decisions(Wavelet::FindBestBasis(&signal, filters.decomposition, mode, nullptr));
+      ASSERT_TRUE(decisions);
+      EXPECT_THAT(CellsOf(*decisions), Each(false));  // there are no shares of such an energy, and ties stay whole
+    }
 }
 
 /// All trees below a node of `cells` cells: whole, or split into any two trees.
@@ -184,9 +210,10 @@ TEST(WaveletBestBasis, HasTheLeastEntropyOfAllBasesThereAre) {
 
 TEST(WaveletBestBasis, OfAPreparedSignalIsThatOfTheFilledDetrendedAndPaddedOne) {
   const SomeFilters filters;
+  std::set<std::vector<bool>> decisionsOfModes;
   for (const auto mode : kModes) {
-    const auto holes = Signal({2, -99, 4, 7, 1, 3, 9, 8, -99, 2, 5});
-    auto prepared = Signal({2, 3, 4, 7, 1, 3, 9, 8, 5, 2, 5});
+    const auto holes = Signal({25, -99, 24, 28, 23, 23, 21, 21, -99, 22, 28});
+    auto prepared = Signal({25, 24.5F, 24, 28, 23, 23, 21, 21, 21.5F, 22, 28});
     long double mean = 0, slope = 0;
     if (mode == Wavelet::DetrendMean) prepared.DetrendMean(mean);
     if (mode == Wavelet::DetrendLinear) prepared.DetrendLinear(mean, slope);
@@ -195,7 +222,9 @@ TEST(WaveletBestBasis, OfAPreparedSignalIsThatOfTheFilledDetrendedAndPaddedOne) 
     const OwnedDecisions expected(
         Wavelet::FindBestBasis(&prepared, filters.decomposition, Wavelet::DetrendNone, nullptr));
     EXPECT_EQ(CellsOf(*found), CellsOf(*expected)) << mode;
+    decisionsOfModes.insert(CellsOf(*found));
   }
+  EXPECT_EQ(decisionsOfModes.size(), 3U) << "each mode has a basis of its own here";
 }
 
 TEST(WaveletBestBasis, FillsGivenDecisionsOfTheRightSizeAndNoOthers) {
@@ -248,9 +277,25 @@ TEST(WaveletBestBasis, OfATableIsThatOfARowOrOfTheColumnMeans) {
         Wavelet::FindBestBasisObswise(&table, row, filters.decomposition, Wavelet::DetrendMean, nullptr));
     EXPECT_EQ(CellsOf(*made), CellsOf(*expected)) << row;
   }
+}
+
+TEST(WaveletBestBasis, OfATableIsRefusedWithoutTheRowOrWhereThatOfItsSignalIs) {
+  const SomeFilters filters;
+  const NCDataMatrix<float> table = RandomSignals(3, 16, 1);
   for (int row : {-1, 4})
     EXPECT_EQ(Wavelet::FindBestBasisObswise(&table, row, filters.decomposition, Wavelet::DetrendNone, nullptr),
               nullptr);
+  for (int row : {0, 1}) {
+    BoolVector others(7, true);
+    EXPECT_EQ(Wavelet::FindBestBasisObswise(&table, row, filters.decomposition, Wavelet::DetrendNone, &others),
+              nullptr);
+    EXPECT_THAT(CellsOf(others), Each(true));
+    for (bool low : {false, true}) {
+      Wavelet::WaveletFilters half = filters.decomposition;
+      (low ? half.lowPass : half.highPass) = nullptr;
+      EXPECT_EQ(Wavelet::FindBestBasisObswise(&table, row, half, Wavelet::DetrendNone, nullptr), nullptr);
+    }
+  }
   const NCDataMatrix<float> noRows(0, 4), noColumns(4, 0);
   EXPECT_EQ(Wavelet::FindBestBasisObswise(&noRows, 0, filters.decomposition, Wavelet::DetrendNone, nullptr), nullptr);
   EXPECT_EQ(Wavelet::FindBestBasisObswise(&noColumns, 0, filters.decomposition, Wavelet::DetrendNone, nullptr),

@@ -63,6 +63,16 @@ TEST(WaveletCompression, RefusesAVectorThatIsLongerThanTheList) {
   EXPECT_THAT(CellsOf(out), Each(7.0F));
 }
 
+TEST(WaveletCompression, OfNothingByAnEmptyListIsNothing) {
+  const NCDataVector<float> none;
+  const Indices noIndices;
+  const OwnedVector picked(Wavelet::CompressVector(&none, &noIndices, nullptr));
+  ASSERT_TRUE(picked);
+  EXPECT_EQ(picked->Size(), 0);
+  NCDataVector<float> out;
+  EXPECT_EQ(Wavelet::CompressVector(&none, &noIndices, &out), &out);
+}
+
 TEST(WaveletUncompression, PutsTheCellsWhereTheListSaysAndZerosElsewhere) {
   const auto v = Signal({10, 20});
   const auto indices = Ints({5, 2});
@@ -92,6 +102,22 @@ TEST(WaveletUncompression, WritesIntoAVectorOfTheLengthAndMayBeTheInput) {
   EXPECT_EQ(out.GetNumMisVal(), 0);
   EXPECT_EQ(Wavelet::UncompressVector(&v, &indices, 3, &v, false), &v);
   EXPECT_THAT(CellsOf(v), ElementsAre(20, 30, 10));
+}
+
+TEST(WaveletUncompression, WritesIntoAVectorOfThePaddedLengthAndCountsItsHoles) {
+  const auto v = Signal({10, -99});
+  const auto indices = Ints({5, 2});
+  NCDataVector<float> out(8, -99.0F);
+  EXPECT_EQ(Wavelet::UncompressVector(&v, &indices, 5, &out, true), &out);
+  EXPECT_THAT(CellsOf(out), ElementsAre(0, -99, 0, 0, 10, 0, 0, 0));
+  EXPECT_EQ(out.GetNumMisVal(), 1);
+}
+
+TEST(WaveletUncompression, KeepsTheLastOfSeveralCellsForOnePosition) {
+  const auto v = Signal({10, 20, 30});
+  const auto indices = Ints({2, 3, 2});
+  EXPECT_THAT(CellsOf(*OwnedVector(Wavelet::UncompressVector(&v, &indices, 3, nullptr, false))),
+              ElementsAre(0, 30, 20));
 }
 
 TEST(WaveletUncompression, RefusesWhatDoesNotFit) {

@@ -59,6 +59,40 @@ TEST(WaveletOutOfMemory, LeavesPacketsAndTheirInversesAsTheyWere) {
   });
 }
 
+TEST(WaveletOutOfMemory, LeavesGivenDecisionsAsTheyWere) {
+  const SomeFilters filters;
+  const auto signal = RandomSignal(13, 1);
+  const BoolVector before(15, true);
+  ExpectUntouchedWhereMemoryRunsOut<BoolVector>(before, [&](BoolVector& decisions) {
+    Wavelet::FindBestBasis(&signal, filters.decomposition, Wavelet::DetrendMean, &decisions);
+  });
+}
+
+TEST(WaveletOutOfMemory, KeepsNothingOfNamesThatWereNotMade) {
+  const auto indices = Ints({1, 3, 4});
+  const BoolVector decisions(3, true);
+  const std::function<NCStringVector*()> kMakers[] = {
+      [&] { return Wavelet::MakeVarNames("a name that is long enough for a block of its own", 3); },
+      [&] { return Wavelet::MakeVarNames("a name that is long enough for a block of its own", &indices); },
+      [&] { return Wavelet::MakeVarNames("a name that is long enough for a block of its own", &indices, &decisions); }};
+  for (const auto& make : kMakers) {
+    delete make();  // what a first call leaves behind for good is there now
+    int failures = 0;
+    for (int which = 1;; ++which, ++failures) {
+      const PeakBytesDuring meter;
+      try {
+        const FailAllocation fail(which);
+        delete make();
+        if (!fail.HasFailed()) break;
+        FAIL() << "allocation " << which << " was not missed";
+      } catch (const std::bad_alloc&) {
+      }
+      EXPECT_EQ(meter.GetLiveBytes(), 0) << "allocation " << which;
+    }
+    EXPECT_GT(failures, 3);  // the vector and each name
+  }
+}
+
 TEST(WaveletOutOfMemory, LeavesCompressedVectorsAsTheyWere) {
   const auto two = Signal({10, 20}), three = Signal({1, 2, 3});
   const auto indices = Ints({2, 1}), repeated = Ints({2, 1, 2});
