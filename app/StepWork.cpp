@@ -11,8 +11,8 @@
 #include "app/Numbers.h"
 #include "app/Scaling.h"
 #include "app/WaveletSteps.h"
+#include "app/WindowStep.h"
 #include "kalmia/containers/Missing.h"
-#include "kalmia/signal/Derivate.h"
 #include "kalmia/signal/NCTransform.h"
 #include "kalmia/signal/Wavelet.h"
 
@@ -132,24 +132,9 @@ void Detrend(const Step& step, Signals* signals) {
   });
 }
 
-Derivate<float> WindowOf(const Step& step) {
-  const std::size_t window = step.kind == StepKind::Derivative ? 1 : 0;
-  return Derivate<float>(static_cast<Derivate<float>::PolynomialOrder>(step.Whole(window + 1)), step.Whole(window));
-}
-
-int WindowSize(const Step& step) { return step.Whole(step.kind == StepKind::Derivative ? 1 : 0); }
-
 void Slide(const LearntStep& learnt, Signals* signals) {
-  const Derivate<float> window = WindowOf(learnt.step);
-  EachRow(signals, [&](int /*r*/, Vector* row) {
-    Vector result;
-    if (learnt.step.kind == StepKind::Derivative) {
-      window.DoDerivate(*row, result, learnt.step.Whole(0), learnt.spacing);
-    } else {
-      window.Smooth(*row, result);
-    }
-    *row = result;
-  });
+  const WindowStep window(learnt);
+  EachRow(signals, [&](int /*r*/, Vector* row) { *row = window.Slid(*row); });
 }
 
 void RequireFinite(const std::string& place, const Signals& signals) {
@@ -167,7 +152,7 @@ void RequireFinite(const std::string& place, const Signals& signals) {
 std::string WrongChannels(const Step& step, int channels) {
   const std::string counted = Counted(static_cast<std::size_t>(channels), "channel");
   if (step.kind == StepKind::Smooth || step.kind == StepKind::Derivative) {
-    return WindowSize(step) > channels ? "the window is wider than the signals, which have " + counted : "";
+    return step.Window() > channels ? "the window is wider than the signals, which have " + counted : "";
   }
   if (step.kind == StepKind::WaveletCompress && step.Whole(0) > Coefficients(channels)) {
     return "signals of " + counted + " have no more than " + std::to_string(Coefficients(channels)) + " coefficients";

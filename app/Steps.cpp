@@ -4,16 +4,17 @@
 #include <array>
 #include <cctype>
 #include <cfloat>
+#include <charconv>
 #include <climits>
 #include <cmath>
 #include <optional>
 #include <string_view>
+#include <system_error>
 
 #include "app/CellNumber.h"
 #include "app/DisplayText.h"
 #include "app/Failure.h"
 #include "app/Numbers.h"
-#include "kalmia/signal/Wavelet.h"
 
 namespace kalmia::app {
 
@@ -119,6 +120,18 @@ bool IsInRange(const Parameter& parameter, double value) {
   return parameter.reading != Reading::OddWhole || std::fmod(value, 2.0) == 1.0;
 }
 
+/// The number that the word is: a real one as the nearest float, unless that makes 0 of it, a whole one digit by digit.
+std::optional<double> NumberOf(const std::string& word, Reading reading) {
+  const CellValue cell = ReadCell(word, false);
+  if (cell.kind != CellKind::Number) return std::nullopt;
+  const char* const begin = word.data() + (word.front() == '+' ? 1 : 0);
+  double exact = 0.0;
+  if (std::from_chars(begin, word.data() + word.size(), exact).ec != std::errc()) return std::nullopt;
+  if (reading != Reading::Real) return exact;
+  if (cell.value == 0.0F && exact != 0.0) return std::nullopt;
+  return cell.value;
+}
+
 /// What the word stands for, if it is one that the parameter takes.
 std::optional<double> ValueOf(const Parameter& parameter, const std::string& word, bool isDefault,
                               const std::vector<double>& before) {
@@ -128,15 +141,14 @@ std::optional<double> ValueOf(const Parameter& parameter, const std::string& wor
     case Reading::WaveletOrder: return OrderOf(word, before.back(), isDefault);
     default: break;
   }
-  const CellValue value = ReadCell(word, false);
-  if (value.kind != CellKind::Number || !IsInRange(parameter, value.value)) return std::nullopt;
-  return value.value;
+  const std::optional<double> value = NumberOf(word, parameter.reading);
+  return value && IsInRange(parameter, *value) ? value : std::nullopt;
 }
 
 std::string RangeText(const Parameter& parameter, const std::vector<double>& before) {
   const std::string range = Shortest(parameter.lowest) + " to " + Shortest(parameter.highest);
   switch (parameter.reading) {
-    case Reading::Real: return "a number up to 3.4e38";
+    case Reading::Real: return "a number up to 3.4e38, down to 1e-45 or 0";
     case Reading::Whole: return "a whole number from " + range;
     case Reading::OddWhole: return "an odd number from " + range;
     case Reading::Mode: return Choices(kModes);
@@ -204,9 +216,8 @@ std::string Disagreement(const Step& step) {
   if (!slides) {
     return step.kind == StepKind::Logit && !(step.parameters[0] < step.parameters[1]) ? "a must lie below b" : "";
   }
-  const int polynomial = static_cast<int>(step.parameters.back());
-  const int window = static_cast<int>(step.parameters[step.parameters.size() - 2]);
-  if (window <= polynomial) {
+  const int polynomial = step.Polynomial();
+  if (step.Window() <= polynomial) {
     return "a polynomial of order " + std::to_string(polynomial) + " needs a window above it";
   }
   if (step.kind == StepKind::Derivative && step.Whole(0) > polynomial) {
@@ -297,7 +308,8 @@ std::string ParameterText(const Kind& kind, const Step& step, std::size_t i) {
     case Reading::Mode: return kModes[static_cast<std::size_t>(value) - Wavelet::DetrendMean];
     case Reading::Family: return kFamilies[static_cast<std::size_t>(value)];
     case Reading::WaveletOrder: return OrderNames(step.parameters[i - 1])[static_cast<std::size_t>(value) - 1];
-    default: return Shortest(static_cast<float>(value));  // all that is read is a float
+    case Reading::Real: return Shortest(static_cast<float>(value));
+    default: return std::to_string(step.Whole(i));
   }
 }
 
@@ -312,6 +324,7 @@ bool IsValidParameter(const Kind& kind, const Step& step, std::size_t i) {
     case Reading::Family: return IsNumberOf(value, Wavelet::FunctionBeylkin, Wavelet::FunctionBiorthogonal6);
     case Reading::WaveletOrder:
       return IsNumberOf(value, 1, Wavelet::GetNumFunctionOrder(FamilyOf(step.parameters[i - 1])));
+    case Reading::Real: return IsInRange(kind.parameters[i], value) && static_cast<float>(value) == value;
     default: return IsInRange(kind.parameters[i], value);
   }
 }

@@ -3,6 +3,8 @@
 #include <string>
 #include <vector>
 
+#include "kalmia/signal/Wavelet.h"
+
 namespace kalmia::app {
 
 /// What a step of preprocessing does. The numbers stand in files.
@@ -29,6 +31,12 @@ struct Step {
   std::vector<double> parameters;
 
   int Whole(std::size_t i) const { return static_cast<int>(parameters[i]); }
+  int FromEnd(std::size_t i) const { return Whole(parameters.size() - i); }
+  /// The last two parameters: of smooth and derivative, and of the steps with wavelets.
+  int Window() const { return FromEnd(2); }
+  int Polynomial() const { return FromEnd(1); }
+  Wavelet::WaveletFunctionType Family() const { return static_cast<Wavelet::WaveletFunctionType>(FromEnd(2)); }
+  int Filter() const { return FromEnd(1); }
 };
 
 /// Reads "log, snv, derivative:1:15:2": steps with commas between them, or each on a line of its own; behind a step its

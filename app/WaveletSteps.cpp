@@ -31,19 +31,12 @@ Filters Owned(const Wavelet::WaveletFilters& filters) {
           }};
 }
 
-/// The family and the order of the filters are the last two parameters of their steps.
-Wavelet::WaveletFunctionType FamilyOf(const Step& step) {
-  return static_cast<Wavelet::WaveletFunctionType>(step.Whole(step.parameters.size() - 2));
-}
-
-int OrderOf(const Step& step) { return step.Whole(step.parameters.size() - 1); }
-
 Filters Decomposition(const Step& step) {
-  return Owned(Wavelet::GetDecompositionFilter(FamilyOf(step), OrderOf(step)));
+  return Owned(Wavelet::GetDecompositionFilter(step.Family(), step.Filter()));
 }
 
 Filters Reconstruction(const Step& step) {
-  return Owned(Wavelet::GetReconstructionFilter(FamilyOf(step), OrderOf(step)));
+  return Owned(Wavelet::GetReconstructionFilter(step.Family(), step.Filter()));
 }
 
 /// Null for a row without a cell.
@@ -79,8 +72,10 @@ double MedianOfFinest(const Vector& coefficients, int channels) {
   return static_cast<double>(finest.GetMedian());
 }
 
+/// The first coefficient is no detail and stays.
 void Soften(int channels, Vector* coefficients) {
   const int n = coefficients->Size();
+  (*coefficients)(1, UnlessMissing((*coefficients)[1]));
   if (channels < 2) return;
   const double threshold =
       MedianOfFinest(*coefficients, channels) / kDeviationsInMedian * std::sqrt(2.0 * std::log(channels));

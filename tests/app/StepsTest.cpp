@@ -55,6 +55,12 @@ TEST(Steps, ReadBackFromTheirOwnTexts) {
   for (const std::string& text : texts) EXPECT_EQ(CanonicalTexts(text), Texts{text});
 }
 
+TEST(Steps, KeepWholeNumbersDigitByDigitAndOthersAsFloats) {
+  EXPECT_EQ(CanonicalTexts("wavelet-compress:16777217:symmlet:8,wavelet-compress:1e5:symmlet:8,smooth:+7"),
+            (Texts{"wavelet-compress:16777217:symmlet:8", "wavelet-compress:100000:symmlet:8", "smooth:7:2"}));
+  EXPECT_EQ(CanonicalTexts("linear:16777217:0e-99,linear:1e-45"), (Texts{"linear:16777216:0", "linear:1e-45:0"}));
+}
+
 struct Refused {
   const char* text;
   const char* message;
@@ -82,6 +88,8 @@ TEST(Steps, AreRefusedByNumberAndTextWithWhatWouldBeRight) {
       {"log:x", "its a is 'x', not a number"},
       {"log:1:inf", "its b is 'inf', not a number"},
       {"linear:1e39", "its a is '1e39', not a number up to 3.4e38"},
+      {"linear:1e-50", "its a is '1e-50', not a number up to 3.4e38, down to 1e-45 or 0"},
+      {"linear:-1e-400", "its a is '-1e-400', not a number up to 3.4e38, down to 1e-45 or 0"},
       {"linear:1,5", "step 2, '5': there is no such step"},
       {"logit:1:1", "a must lie below b"},
       {"power", "its c is not said; it takes the form power:c[:a[:b]]"},
@@ -125,6 +133,9 @@ TEST(Steps, OfAFileAreValidWhereTheirTextIsReadAndNowhereElse) {
   EXPECT_FALSE(IsValid({StepKind::Smooth, {4.0, 2.0}}));
   EXPECT_FALSE(IsValid({StepKind::Smooth, {5.5, 2.0}}));
   EXPECT_FALSE(IsValid({StepKind::Logit, {2.0, 1.0}}));
+  EXPECT_TRUE(IsValid({StepKind::Linear, {0.1F, 0.0}}));
+  EXPECT_FALSE(IsValid({StepKind::Linear, {0.1, 0.0}}));  // no float
+  EXPECT_FALSE(IsValid({StepKind::Linear, {1e-300, 0.0}}));
   EXPECT_FALSE(IsValid({StepKind::WaveletDenoise, {0.0, 2.0}}));  // Beylkin has one filter
   EXPECT_FALSE(IsValid({StepKind::WaveletDenoise, {10.0, 1.0}}));
 }

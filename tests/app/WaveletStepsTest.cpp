@@ -1,0 +1,157 @@
+// Steps with wavelets: what is kept, what comes back, what is shrunk.
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <limits>
+#include <memory>
+
+#include "StepTables.h"
+#include "kalmia/signal/Wavelet.h"
+
+namespace {
+
+using kalmia::app::LearnChain;
+using kalmia::app::Notes;
+using kalmia::app::ParseSteps;
+using kalmia::app::RestoreSignals;
+using kalmia::app::Signals;
+using kalmia::app::StepChain;
+using ::testing::HasSubstr;
+using Matrix = NCDataMatrix<float>;
+using Vector = NCDataVector<float>;
+
+std::unique_ptr<Vector> Coefficients(const Vector& row, Wavelet::WaveletFunctionType family, int order) {
+  Wavelet::WaveletFilters filters = Wavelet::GetDecompositionFilter(family, order);
+  long double mean = 0, slope = 0;
+  std::unique_ptr<Vector> result(
+      Wavelet::ForwardTransform(&row, filters, Wavelet::DetrendNone, mean, slope, nullptr, /*pad=*/true));
+  filters.CleanUp();
+  return result;
+}
+
+/// Positions, in rising order, of the `count` largest sums of squares: the plainest search that can be right.
+std::vector<int> LargestByHand(const Matrix& x, int count, int cells) {
+  std::vector<double> squares(static_cast<std::size_t>(cells), 0.0);
+  for (const Vector& row : x) {
+    const auto coefficients = Coefficients(row, Wavelet::FunctionDaubechies, 2);
+    for (int i = 1; i <= cells; ++i) {
+      squares[static_cast<std::size_t>(i) - 1] += static_cast<double>((*coefficients)[i]) * (*coefficients)[i];
+    }
+  }
+  std::vector<bool> taken(squares.size(), false);
+  for (int k = 0; k < count; ++k) {
+    std::size_t best = squares.size();
+    for (std::size_t i = 0; i < squares.size(); ++i) {
+      if (!taken[i] && (best == squares.size() || squares[i] > squares[best])) best = i;
+    }
+    taken[best] = true;
+  }
+  std::vector<int> positions;
+  for (std::size_t i = 0; i < taken.size(); ++i) {
+    if (taken[i]) positions.push_back(static_cast<int>(i) + 1);
+  }
+  return positions;
+}
+
+TEST(WaveletSteps, WaveletCompressKeepsTheCoefficientsOfLargestMeanSquare) {
+  const Matrix x = RandomCells(5, 13, 7);  // padded to 16
+  for (const int count : {1, 4, 16}) {
+    Signals signals = SignalsOf(x);
+    Notes notes;
+    const auto steps = ParseSteps("wavelet-compress:" + std::to_string(count) + ":daubechies:6", "steps");
+    const StepChain chain = LearnChain(steps, &signals, &notes);
+    EXPECT_EQ(chain.steps[0].positions, LargestByHand(x, count, 16));
+    ASSERT_EQ(signals.cells.SizeColumns(), count);
+    for (int k = 1; k <= count; ++k) {
+      const int position = chain.steps[0].positions[static_cast<std::size_t>(k) - 1];
+      EXPECT_EQ(signals.names[static_cast<std::size_t>(k) - 1], "wavelet_" + std::to_string(position));
+      for (int r = 1; r <= 5; ++r) {
+        EXPECT_EQ(signals.cells[r][k], (*Coefficients(x[r], Wavelet::FunctionDaubechies, 2))[position]);
+      }
+    }
+  }
+}
+
+TEST(WaveletSteps, WaveletRestoreGivesTheSignalsBackWhereAllCoefficientsAreKept) {
+  for (const int channels : {1, 2, 13, 16}) {
+    const Matrix x = RandomCells(3, channels);
+    int cells = 1;
+    while (cells < channels) cells *= 2;
+    const std::string compress = "wavelet-compress:" + std::to_string(cells);
+    const Matrix back = After(compress + ",wavelet-restore", x);
+    Signals signals = SignalsOf(x);
+    Notes notes;
+    const StepChain chain = LearnChain(ParseSteps(compress, "steps"), &signals, &notes);
+    RestoreSignals(chain, &signals);
+    ExpectSame(signals.cells, back);
+    EXPECT_EQ(signals.names, chain.inputNames);
+    ASSERT_EQ(back.SizeColumns(), channels);
+    for (int r = 1; r <= 3; ++r)
+      // Four levels there and back of floats up to 2.5, whose filters were rounded to floats.
+      for (int c = 1; c <= channels; ++c) EXPECT_NEAR(back[r][c], x[r][c], 1e-5) << channels;
+  }
+}
+
+TEST(WaveletSteps, WaveletRestoreLeavesOutNoMoreThanTheCoefficientsThatWereNot) {
+  const Matrix x = RandomCells(3, 16);
+  const Matrix few = After("wavelet-compress:6:daubechies:8", x);
+  const Matrix back = After("wavelet-compress:6:daubechies:8,wavelet-restore", x);
+  // Orthogonal filters: the sum of squares of the signals is that of the kept coefficients, to floats' rounding.
+  for (int r = 1; r <= 3; ++r) EXPECT_NEAR(back[r].GetSS() / few[r].GetSS(), 1.0, 1e-5);
+}
+
+TEST(WaveletSteps, WaveletDenoiseShrinksDetailsByTheUniversalThreshold) {
+  const Matrix x = RandomCells(2, 16);
+  const Matrix y = After("wavelet-denoise:daubechies:6", x);
+  for (int r = 1; r <= 2; ++r) {
+    const auto before = Coefficients(x[r], Wavelet::FunctionDaubechies, 2);
+    const auto after = Coefficients(y[r], Wavelet::FunctionDaubechies, 2);
+    Vector finest;
+    for (int i = 9; i <= 16; ++i) finest.push_back(std::fabs((*before)[i]));
+    const double threshold = static_cast<double>(finest.GetMedian()) / 0.6745 * std::sqrt(2.0 * std::log(16.0));
+    EXPECT_GT(threshold, 0.0);
+    for (int i = 1; i <= 16; ++i) {
+      const double d = (*before)[i];
+      const double expected = i == 1 ? d : std::copysign(std::max(0.0, std::fabs(d) - threshold), d);
+      EXPECT_NEAR((*after)[i], expected, 1e-5) << i;  // back and forth again in floats up to 6
+    }
+  }
+}
+
+/// Around -24.75: four levels of orthogonal filters double the mean twice, to -99.
+TEST(WaveletSteps, WaveletDenoiseLosesNoSignalWhoseCoarsestCoefficientIsMinus99) {
+  for (const char* family : {"symmlet:8", "daubechies:6", "biorthogonal1:3"}) {
+    SCOPED_TRACE(family);
+    const std::string step = std::string("wavelet-denoise:") + family;
+    const Matrix flat(1, 16, -24.75F);
+    Matrix noisy = flat;
+    for (int c = 1; c <= 16; ++c) noisy(1, c, -24.75F + (c % 2 == 0 ? 0.0078125F : -0.0078125F));
+    for (const Matrix& x : {flat, noisy}) {
+      const Matrix y = After(step, x);
+      // Four levels there and back of floats up to 99, and noise of 0.008.
+      for (int c = 1; c <= 16; ++c) EXPECT_NEAR(y[1][c], -24.75, 0.01) << c;
+    }
+  }
+}
+
+TEST(WaveletSteps, WaveletDenoiseTakesItsMeasureFromTheChannelsNotFromThePadding) {
+  Matrix x = RandomCells(1, 33);  // of 64 cells 31 are a smooth ramp
+  const Matrix y = After("wavelet-denoise:daubechies:4", x);
+  double before = 0, after = 0;
+  for (int c = 2; c <= 33; ++c) {
+    before += std::fabs(x[1][c] - x[1][c - 1]);
+    after += std::fabs(y[1][c] - y[1][c - 1]);
+  }
+  EXPECT_LT(after, 0.25 * before);  // noise alone: next to nothing is left of it
+}
+
+TEST(WaveletSteps, RefuseSignalsWhoseCoefficientsGoBeyondTheFloats) {
+  const Matrix x(2, 8, std::numeric_limits<float>::max());
+  for (const char* step : {"wavelet-compress:2", "wavelet-denoise"}) {
+    EXPECT_THAT(RefusalOf(step, x), HasSubstr("becomes no finite number")) << step;
+  }
+}
+
+}  // namespace
