@@ -82,7 +82,7 @@ bool Agrees(const StoredO2pls& model) {
   const auto a = static_cast<std::size_t>(model.Joint());
   const auto ox = static_cast<std::size_t>(model.XUnique());
   const auto oy = static_cast<std::size_t>(model.YUnique());
-  return k > 0 && m > 0 && n > 0 && a > 0 && HasComponents(model) &&
+  return k > 0 && m > 0 && n > 0 && a > 0 && model.chain.Empty() && HasComponents(model) &&
          static_cast<std::size_t>(model.xScale->GetVariables()) == k &&
          static_cast<std::size_t>(model.yScale->GetVariables()) == m && HasShape(&o.t, a, n) && HasShape(&o.u, a, n) &&
          HasShape(&o.p, a, k) && HasShape(&o.w, a, k) && HasShape(&o.c, a, m) && HasShape(&o.q, a, m) &&

@@ -5,6 +5,7 @@
 #include <functional>
 #include <string_view>
 #include <unordered_map>
+#include <unordered_set>
 #include <utility>
 
 #include "app/ChannelSpacing.h"
@@ -43,6 +44,12 @@ bool CouldLearn(const LearntStep& learnt, int channels) {
          positions.back() <= Coefficients(channels);
 }
 
+/// As a table has them: all different, none empty.
+bool AreColumnNames(const std::vector<std::string>& names) {
+  const std::unordered_set<std::string_view> set(names.begin(), names.end());
+  return set.size() == names.size() && set.count("") == 0;
+}
+
 /// A chain without its cells: columns come and go, as in Apply.
 class NameWalk {
  public:
@@ -55,12 +62,13 @@ class NameWalk {
       fullNames_ = std::exchange(names_, CoefficientNames(step));
     } else if (step.step.kind == StepKind::WaveletRestore) {
       if (CompressBefore(steps, i) == nullptr) return false;
-      names_ = fullNames_;
+      names_ = std::exchange(fullNames_, {});
     }
     return true;
   }
 
   const std::vector<std::string>& Names() const { return names_; }
+  /// Right after a wavelet-compress: the names before it.
   const std::vector<std::string>& FullNames() const { return fullNames_; }
 
  private:
@@ -127,7 +135,7 @@ NCDataMatrix<float> PickColumns(const Signals& signals, const std::vector<std::s
 }
 
 bool IsConsistent(const StepChain& chain) {
-  if (chain.inputNames.empty() || chain.steps.empty()) return false;
+  if (chain.inputNames.empty() || chain.steps.empty() || !AreColumnNames(chain.inputNames)) return false;
   NameWalk walk(chain.inputNames);
   for (std::size_t i = 0; i < chain.steps.size(); ++i) {
     if (!walk.Pass(chain.steps, i)) return false;

@@ -60,6 +60,7 @@ bool ReadStepChain(std::istream& stream, StepChain* chain) {
   for (LearntStep& step : chain->steps) {
     if (!ReadStep(&step, stream)) return false;
   }
+  if (stream.peek() != std::istream::traits_type::eof()) return false;
   return chain->Empty() ? chain->inputNames.empty() : IsConsistent(*chain);
 }
 

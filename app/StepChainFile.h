@@ -29,8 +29,8 @@ std::string StepChainFileBytes(const StepChain& chain);
 bool IsStepChainFile(std::string_view bytes);
 StepChain ReadStepChainFile(std::string_view bytes, const std::string& name);
 
-/// A chain as part of a file; one without steps has no names either. Reading is false, and never throws, on bytes that
-/// no writing has made.
+/// A chain as the content of a file, or of an entry of one; without steps it has no names either. Reading is false, and
+/// never throws, on bytes that hold no chain which could have been learnt, or more than it.
 void WriteStepChain(const StepChain& chain, std::ostream& stream);
 bool ReadStepChain(std::istream& stream, StepChain* chain);
 

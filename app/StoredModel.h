@@ -26,7 +26,8 @@ struct ModelFrame {
   std::string groupColumn;              ///< column of the cross-validation groups; empty for every n-th row
   int groups = 0;
   NCScale::Scaling scaling = NCScale::ScalingUnitVariance;
-  StepChain chain;  ///< what made X of the columns of the table; without steps they are X themselves
+  StepChain chain;  ///< what made X of the columns of the table; without steps they are X themselves. O2PLS and
+                    ///< filters have none
   std::vector<std::string> xNames;
   std::vector<std::string> rowNames;
   std::unique_ptr<NCScale> xScale;

@@ -223,6 +223,26 @@ TEST(ModelFile, IsRefusedWithAnyBitFlipped) {
   }
 }
 
+/// The bytes of the same model with a chain that could have been learnt of its columns.
+std::string WithStepsGiven(const std::string& bytes) {
+  auto model = ReadModelFile(bytes, "m");
+  std::visit(
+      [](kalmia::app::ModelFrame& frame) {
+        frame.chain.inputNames = frame.xNames;
+        frame.chain.steps = {{kalmia::app::ParseSteps("linear:2", "steps").front(), 1.0F, {}}};
+      },
+      model);
+  return ModelFileBytes(model);
+}
+
+TEST(ModelFile, OfAKindThatIsNeverPreprocessedIsRefusedWithSteps) {
+  EXPECT_EQ(Refusal(WithStepsGiven(SmallO2plsFile())), "m is damaged: its parts do not fit together");
+  EXPECT_EQ(Refusal(WithStepsGiven(SmallFilterFile())), "m is damaged: its parts do not fit together");
+  for (const std::string& bytes : {SmallModelFile(), SmallPcaFile(), SmallOplsFile()}) {
+    EXPECT_EQ(Refusal(WithStepsGiven(bytes)), "");
+  }
+}
+
 std::size_t RowsAnswered(const StoredPls& model, const NCDataMatrix<float>& x) { return PredictRows(model, x).size(); }
 std::size_t RowsAnswered(const kalmia::app::StoredOpls& model, const NCDataMatrix<float>& x) {
   return PredictRows(model, x).size();

@@ -5,6 +5,7 @@
 
 #include <cmath>
 #include <cstdint>
+#include <ctime>
 
 #include "app/Failure.h"
 #include "app/StepChainFile.h"
@@ -143,6 +144,9 @@ struct Lie {
 TEST(StepChainFile, IsRefusedWhereTheChainCouldNotHaveBeenLearnt) {
   const Lie lies[] = {
       {"no columns", [](StepChain* chain) { chain->inputNames.clear(); }},
+      {"two columns of one name", [](StepChain* chain) { chain->inputNames[3] = "10"; }},
+      {"a column without a name", [](StepChain* chain) { chain->inputNames[3].clear(); }},
+      {"a parameter that is no float", [](StepChain* chain) { chain->steps[0].step.parameters[0] = 1e-300; }},
       {"no steps", [](StepChain* chain) { chain->steps.clear(); }},
       {"fewer columns than the window", [](StepChain* chain) { chain->inputNames.resize(2); }},
       {"no spacing", [](StepChain* chain) { chain->steps[1].spacing = 0.0F; }},
@@ -181,6 +185,25 @@ TEST(StepChainFile, IsRefusedWhereTheChainCouldNotHaveBeenLearnt) {
   StepChain whole = SmallChain();
   whole.steps[2].positions = {1, 2, 8};
   EXPECT_EQ(Refusal(StepChainFileBytes(whole)), "");
+}
+
+TEST(StepChainFile, IsRefusedWithBytesBehindItsLastStep) {
+  EXPECT_EQ(Refusal(Forged(StepChainFileBytes(SmallChain()) + '\0')), "s is damaged: its parts do not fit together");
+}
+
+TEST(StepChainFile, IsReadInATimeThatGrowsWithItsLength) {
+  constexpr int kPairs = 20000;
+  StepChain chain;
+  for (int i = 0; i < kPairs; ++i) chain.inputNames.push_back("a column with a long name, number " + std::to_string(i));
+  const auto steps = ParseSteps("wavelet-compress:1:daubechies:4,wavelet-restore", "steps");
+  for (int i = 0; i < kPairs; ++i) {
+    chain.steps.push_back({steps[0], 1.0F, {1}});
+    chain.steps.push_back({steps[1], 1.0F, {}});
+  }
+  const std::string bytes = StepChainFileBytes(chain);
+  const std::clock_t begin = std::clock();
+  EXPECT_EQ(Refusal(bytes), "");
+  EXPECT_LT(std::clock() - begin, 10 * CLOCKS_PER_SEC);  // well below a second; minutes if it grew with the square
 }
 
 TEST(StepChainFile, OfANewerVersionIsRefusedByIt) {
