@@ -5,7 +5,8 @@
 /// Frequency analysis of one signal or of two: autocorrelation, cross-correlation, averaged power spectrum. Each
 /// operation prepares a copy of its signals and leaves these as they are:
 ///   holes      are filled along straight lines, flat at both ends; with no cell present, -99 is a value like others
-///   detrended  as DetrendMode says, over the filled cells
+///   detrended  as DetrendMode says, over the filled cells; but a mean, or a sum, of exactly -99 counts as none and is
+///              not removed, and so nothing is of a signal with no cell present
 ///   padded     to the length that the transforms need, a power of two or whole segments
 /// Transforms run in double; their results are rounded to float once. The operations keep no state and take no share of
 /// a signal: they may run at the same time, on one signal or on several. An `output` is resized, and may be one of the
@@ -32,7 +33,7 @@ class FFT {
   /// with zeros to the power of two at or above n + lags, then centred and divided by the root of its sum of squares:
   /// r(0) = 1. The centring sees the padding too, so without `detrend` a signal that lies far from 0 correlates with
   /// its own step down to the padding. Shifts go round the end of the padded signal.
-  /// Degenerate: a signal without variance gives zeros throughout.
+  /// Degenerate: a signal whose copy does not vary, detrended and padded, gives zeros throughout.
   /// Not done at all, without a word, the output untouched: a null vector, an empty input, lags below 0 or above n.
   /// Cost: two transforms of the padded length s, s log2(s). Throws only std::bad_alloc.
   /// Source: the correlation theorem, e.g. Oppenheim & Schafer (1975), Digital Signal Processing, 11.
@@ -57,8 +58,10 @@ class FFT {
   /// Not done at all, without a word, the output untouched: a null vector, a segmentSize that is no power of two (0 and
   /// negative sizes are none).
   /// Throws NCError "Power spectrum could not be computed.", level 0, the output untouched: a power that is a NaN,
-  /// infinite or denormal as a float (0 is in order); k = 0, so a signal of at most half a segment with `overlap`, or
-  /// an empty one; segmentSize 1; an unknown window; work buffers that find no memory.
+  /// infinite or denormal as a float; k = 0, so a signal of at most half a segment with `overlap`, or an empty one;
+  /// segmentSize 1; an unknown window; work buffers that find no memory. 0 is in order, be it that the power is too
+  /// small even for a denormal float, or that it is denormal and below 2^-48 of the sum of all: rounding leaves as much
+  /// where there is none. Throws std::bad_alloc where the copy of the signal or the output finds no memory.
   /// Cost: k transforms of segmentSize cells: two real segments go through one complex transform.
   /// Source: Welch (1967), IEEE Trans. Audio Electroacoust. 15, 70-73.
   static void PowerSpectrum(const NCDataVector<float>* input, int segmentSize, bool overlap, FFT::DetrendMode detrend,

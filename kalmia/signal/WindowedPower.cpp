@@ -2,6 +2,7 @@
 
 #include <cmath>
 #include <new>
+#include <numeric>
 #include <vector>
 
 #include "kalmia/signal/FourierTransform.h"
@@ -9,6 +10,10 @@
 namespace kalmia {
 
 namespace {
+
+/// Rounding the cells to float changes the length of a transform by up to 2^-24 of the root of the whole power: a
+/// smaller share of it than the square of that may be none.
+constexpr double kLostShare = 0x1p-48;
 
 struct Window {
   std::vector<double> weights;
@@ -85,12 +90,14 @@ bool WindowedPower(const float* signal, int m, int rounds, bool overlap, FFT::Sc
   const double sum = weights.sum, sumOfSquares = weights.sumOfSquares;
   double denominator = 2.0 * rounds * sumOfSquares;
   if (scaling == FFT::ScalingWindow) denominator *= sum * sum / sumOfSquares;
+  const double whole = std::accumulate(sums.begin(), sums.end(), 0.0);
   bool normal = true;
   for (std::size_t j = 0; j < sums.size(); ++j) {
     const float value = static_cast<float>(sums[j] / denominator);
     const int kind = std::fpclassify(value);
-    normal = normal && (kind == FP_NORMAL || kind == FP_ZERO);
-    power[j + 1] = value;
+    const bool lost = kind == FP_SUBNORMAL && sums[j] < kLostShare * whole;
+    normal = normal && (kind == FP_NORMAL || kind == FP_ZERO || lost);
+    power[j + 1] = lost ? 0.0F : value;
   }
   return normal;
 } catch (const std::bad_alloc&) {

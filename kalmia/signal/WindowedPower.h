@@ -23,7 +23,8 @@ SegmentCut CutIntoSegments(int n, int m, bool overlap);
 /// transform; power(1) to power(m + 1) take what FFT::PowerSpectrum says. Both arrays are numbered from 1; `signal` has
 /// the cells of the cut, at least. m is a power of two, not checked. The sums of the window
 /// and of its squares run in float, those of the power in double.
-/// False if a power is a NaN, infinite or denormal (all are written), or if there is no memory (none is).
+/// A power that is denormal and below 2^-48 of the sum of all is what rounding left where there is none: 0. False if a
+/// power is a NaN, infinite or else denormal (all are written), or if there is no memory (none is).
 bool WindowedPower(const float* signal, int m, int rounds, bool overlap, FFT::ScalingMode scaling,
                    FFT::DataWindowMode window, float* power);
 

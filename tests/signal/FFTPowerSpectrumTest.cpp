@@ -34,11 +34,11 @@ void ExpectPower(const std::vector<float>& power, const std::vector<long double>
 
 TEST(FFTPowerSpectrum, IsThatOfTheDefinitionForEveryCut) {
   for (const int segment : {2, 4, 8, 16, 32, 64, 128})
-    for (const int n : {segment / 2 + 1, segment, 2 * segment - 1, 2 * segment, 3 * segment + 1, 131})
+    for (const int n : {1, segment / 2 + 1, segment, 2 * segment - 1, 2 * segment, 3 * segment + 1, 131})
       for (const bool overlap : {false, true})
         for (const FFT::DataWindowMode window : kWindows) {
           if (overlap && n <= segment / 2) continue;
-          const FFT::DetrendMode mode = n < 3 ? FFT::DetrendNone : kModes[(n + window) % 3];  // two cells are a line
+          const FFT::DetrendMode mode = n == 2 ? FFT::DetrendMean : kModes[(n + window) % 3];  // two cells are a line
           const SpectrumCase how = {segment, overlap, mode, FFT::ScalingMode((n + segment) % 2), window};
           SCOPED_TRACE(::testing::Message() << n << " cells, segments of " << segment << (overlap ? ", overlap" : "")
                                             << ", mode " << mode << ", window " << window);
@@ -184,6 +184,44 @@ TEST(FFTPowerSpectrum, OfNothingButZerosIsZeroAndNoFailure) {
   const std::vector<float> constant(40, 7.0F);
   EXPECT_EQ(PowerOf(constant, {8, true, FFT::DetrendMean, FFT::ScalingWindow, FFT::WindowBartlett}),
             std::vector<float>(5, 0.0F));
+}
+
+TEST(FFTPowerSpectrum, HasNoFailureWhereRoundingLeavesADenormalTraceOfNoPower) {
+  // A triangle over whole periods has no power at every other frequency, so neither has a constant beside it.
+  const struct {
+    float constant;
+    int segment;
+  } kCases[] = {{0.1F, 256}, {0.001F, 64}, {0.001F, 1024}, {0.3F, 1024}, {1e-10F, 256}};
+  for (const auto& it : kCases) {
+    SCOPED_TRACE(testing::Message() << it.constant << " in segments of " << it.segment);
+    const std::vector<float> signal(2 * it.segment, it.constant);
+    const SpectrumCase how = {it.segment, true, FFT::DetrendNone, FFT::ScalingPlain, FFT::WindowBartlett};
+    const std::vector<float> power = PowerOf(signal, how);
+    ExpectPower(power, PlainPower(signal, how));
+    for (const float cell : power) EXPECT_TRUE(cell == 0 || std::isnormal(cell)) << cell;
+    EXPECT_GT(power[1], 0);
+  }
+}
+
+TEST(FFTPowerSpectrum, IsZeroWhereThePowerIsBelowAllFloats) {
+  std::vector<float> tiny = Signal(40, 1);
+  for (float& cell : tiny) cell *= 1e-25F;
+  EXPECT_EQ(PowerOf(tiny, {8, true, FFT::DetrendMean, FFT::ScalingPlain, FFT::WindowHann}),
+            std::vector<float>(5, 0.0F));
+}
+
+TEST(FFTPowerSpectrum, OfASignalWithNothingPresentIsThatOfAConstant) {
+  for (const FFT::DetrendMode mode : kModes) {
+    const SpectrumCase how = {8, true, mode, FFT::ScalingPlain, FFT::WindowHann};
+    const std::vector<float> signal(40, kHole<float>);
+    ExpectPower(PowerOf(signal, how), PlainPower(signal, {8, true, FFT::DetrendNone, how.scaling, how.window}));
+  }
+}
+
+TEST(FFTPowerSpectrum, KeepsAMeanOfASumOfMinus99) {
+  const std::vector<float> signal = {-50, -49};
+  const SpectrumCase how = {2, false, FFT::DetrendMean, FFT::ScalingPlain, FFT::WindowWelch};
+  EXPECT_EQ(PowerOf(signal, how), PowerOf(signal, {2, false, FFT::DetrendNone, how.scaling, how.window}));
 }
 
 TEST(FFTPowerSpectrum, FillsHolesInACopyOfTheSignal) {
