@@ -17,7 +17,8 @@ struct WindowFit;
 /// Positions in a window are whole numbers around its middle, -half to half with half = window / 2; the unit of a
 /// derivative is that of the signal over that of `spacing`. With d = x - xMean the polynomial of a window is
 ///   yMean + c0 d + c1 (d^2 - x2Mean) + c2 (d^3 - x3Mean),
-/// the means being those over the window's present cells.
+/// the means being those over the window's present cells. A position of -99, in a window of 199 cells or more, is a
+/// number like any other.
 ///
 /// Windows without holes share one linear filter, which the constructor computes; they cost order * window
 /// multiplications each. A window with holes gets a fit of its own from the cells it has; it fails where no more than
@@ -49,8 +50,8 @@ class Derivate {
   /// n - 1, while cell n stays as SetSize made it.
   /// The result is multiplied by spacing^-order in the end, unless spacing is 1: all of `output`, cells that no window
   /// reached included.
-  /// Throws Exception "Illegal derivate order" for another order: if a window was fitted, `output` having its new size,
-  /// or, with a spacing other than 1, in any case.
+  /// Throws Exception "Illegal derivate order" for another order: if a window was fitted, `output` having its new size
+  /// and the cells that SetSize gives it; or, with a spacing other than 1, in any case.
   void DoDerivate(const NCDataVector<T>& input, NCDataVector<T>& output, int order, float spacing) const;
 
   /// The fitted signal. Shape, edges and holes as above.
@@ -61,7 +62,9 @@ class Derivate {
   /// has no optimum of that kind, or it lies above `window`, or, with limitBelow, below 1.
   /// The vertex is that of c0 and c1: c2 of a cubic takes no part in it.
   /// height: the polynomial at the vertex; written as soon as the optimum is of the wanted kind, whatever is returned.
-  /// With holes -c0 / (2 c1) is taken as x both there and for the place, which then lies xMean further down.
+  /// A c2 of exactly 0 takes no part in it, however far away that is.
+  /// With holes -c0 / (2 c1), which is a d, is taken as x. The vertex is at x + xMean; the height is that at x, and the
+  /// place that of x - xMean, so that it lies 2 xMean below the vertex.
   float GetOptima(const NCDataVector<T>& input, float spacing, bool minimum, bool limitBelow, float& height) const;
 
  private:

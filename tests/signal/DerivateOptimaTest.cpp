@@ -4,6 +4,7 @@
 #include <limits>
 
 #include "kalmia/signal/Derivate.h"
+#include "kalmia/signal/WindowFit.h"
 #include "testing/RandomTables.h"
 
 namespace {
@@ -112,6 +113,17 @@ TEST(DerivateOptima, HasAHeightHoweverFarAwayTheVertexIs) {
   EXPECT_NEAR(optimum.height, height, 8 * 0x1p-24 * std::abs(height));  // filter, c0, c1, x and place are floats
 }
 
+TEST(DerivateOptima, HasTheHeightOfTheParabolaWhereACubicHasNoCubicTerm) {
+  kalmia::WindowFit fit;
+  fit.coefficients[0] = -2;
+  fit.coefficients[1] = 0x1p-45F;
+  fit.x3Mean = 7;  // takes no part either
+  const float vertex = 0x1p45F;  // its cube is beyond a float
+  EXPECT_EQ(fit.GetYHat(vertex), -0x1p45F);
+  fit.coefficients[2] = 0x1p-100F;
+  EXPECT_EQ(fit.GetYHat(vertex), std::numeric_limits<float>::infinity());
+}
+
 TEST(DerivateOptima, FindsNoneWhereACellIsNoNumber) {
   for (const float odd : {std::numeric_limits<float>::quiet_NaN(), std::numeric_limits<float>::infinity()})
     for (const bool minimum : {true, false}) {
@@ -160,8 +172,11 @@ TEST(DerivateOptima, TakesASlopeOrCurvatureOfMinusNinetyNineForAFailure) {
     slope(x + 2, static_cast<float>(x * x - 99 * x));
     curvature(x + 2, static_cast<float>(-99 * x * x + 10));
   }
-  EXPECT_EQ(Find(slope, true, false, 1, Filter::Quadratic, 3).height, 1234);
-  EXPECT_EQ(Find(curvature, false, false, 1, Filter::Quadratic, 3).height, 1234);
+  for (const Optimum& optimum : {Find(slope, true, false, 1, Filter::Quadratic, 3),
+                                 Find(curvature, false, false, 1, Filter::Quadratic, 3)}) {
+    EXPECT_EQ(optimum.place, kMissing);
+    EXPECT_EQ(optimum.height, 1234);
+  }
 }
 
 }  // namespace

@@ -302,6 +302,20 @@ TEST(Derivate, SeesAnIllegalOrderWhereAWindowIsFittedOrASpacingApplied) {
   for (int order = 1; order <= 3; ++order) EXPECT_FALSE(IsIllegal(filter, y, order, 2));
 }
 
+TEST(Derivate, WritesNoCellWhereAFittedWindowMeetsAnIllegalOrder) {
+  const Filter filter(Filter::Quadratic, 3);
+  Signal y = Polynomial(8, 0, 1, 0);
+  for (int i = 1; i <= 3; ++i) y(i, kMissing);  // the first windows fail
+  for (const float spacing : {1.0F, 2.0F}) {
+    Signal kept(8, 5.0F), resized(2, 5.0F);
+    EXPECT_THROW(filter.DoDerivate(y, kept, 4, spacing), Exception);
+    EXPECT_THROW(filter.DoDerivate(y, resized, 4, spacing), Exception);
+    EXPECT_THAT(CellsOf(kept), Each(5.0F));
+    EXPECT_THAT(CellsOf(resized), Each(kMissing));
+    EXPECT_EQ(resized.Size(), 8);
+  }
+}
+
 TEST(Derivate, GivesNoThirdDerivativeOfAQuadratic) {
   EXPECT_THAT(CellsOf(Derived(Filter(Filter::Quadratic, 5), RandomVector<float>(20, 0, 7), 3)), Each(0.0F));
 }

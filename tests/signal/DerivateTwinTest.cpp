@@ -60,6 +60,18 @@ class PlainDerivate {
     if (what != kSmooth && spacing != 1) output *= 1 / std::pow(static_cast<double>(spacing), what);
   }
 
+  float Optimum(const Signal& input, float spacing, bool minimum, bool limitBelow, float& height) const {
+    if (input.Size() < window_) return kMissing;
+    const Fit fit = Estimate(input.begin());
+    if (fit.c[0] == kMissing || fit.c[1] == kMissing) return kMissing;
+    if (minimum ? !(fit.c[1] > 0) : !(fit.c[1] < 0)) return kMissing;
+    const float x = -fit.c[0] / (2 * fit.c[1]);
+    height = fit.Value(kSmooth, x);
+    const float place = x - fit.xMean + (half_ + 1);
+    if ((limitBelow && place < 1) || place > window_) return kMissing;
+    return place * spacing;
+  }
+
  private:
   void SetPowers(Matrix& powers, int row, float x) const {
     for (int k = 1; k <= order_; ++k) powers(row, k, static_cast<float>(std::pow(static_cast<double>(x), k)));
@@ -151,8 +163,53 @@ TEST_P(DerivateTwin, GivesWhatTheStepsGiveWindowByWindow) {
     }
 }
 
+TEST_P(DerivateTwin, FindsTheOptimaThatTheStepsFind) {
+  const auto [order, window, holes] = GetParam();
+  const Derivate<float> filter(static_cast<Derivate<float>::PolynomialOrder>(order), window);
+  const PlainDerivate plain(order, window);
+  int found = 0;
+  for (unsigned seed = 1; seed <= 40; ++seed) {
+    const Signal input = RandomVector<float>(window + 1, holes, seed);
+    for (const bool minimum : {true, false})
+      for (const bool limitBelow : {true, false}) {
+        SCOPED_TRACE("seed " + std::to_string(seed) + (minimum ? ", minimum" : ", maximum"));
+        float ours = 1234, expected = 1234;
+        const float place = filter.GetOptima(input, 0.5F, minimum, limitBelow, ours);
+        EXPECT_EQ(place, plain.Optimum(input, 0.5F, minimum, limitBelow, expected));
+        EXPECT_EQ(ours, expected);
+        found += place != kMissing;
+      }
+  }
+  EXPECT_GT(found, 0);
+}
+
 INSTANTIATE_TEST_SUITE_P(Windows, DerivateTwin,
                          ::testing::Combine(::testing::Values(2, 3), ::testing::Values(4, 5, 6, 7, 9),
                                             ::testing::Values(0.0, 0.2, 0.6)));
+
+TEST(DerivateTwin, GivesTheStepsOfLongSignalsWhereverTheyAreCutIntoBatches) {
+  constexpr int kBatch = 512;  // windows that are filtered together at most, but for the first and the last
+  for (const int order : {2, 3})
+    for (const int window : {5, 8, 9}) {
+      const Derivate<float> filter(static_cast<Derivate<float>::PolynomialOrder>(order), window);
+      const PlainDerivate plain(order, window);
+      for (const int between : {kBatch - 1, kBatch, kBatch + 1, 2 * kBatch, 2 * kBatch + 1})
+        for (const float size : {1.0F, 1000.0F}) {  // with the larger cells a slope of -99 has to be looked for
+          const int n = between + 2 + window - 1;
+          Signal input = RandomVector<float>(n, 0, between), ours, expected;
+          input *= size;
+          for (int what = kSmooth; what <= order; ++what) {
+            SCOPED_TRACE(std::to_string(n) + " cells, window " + std::to_string(window) + ", derivative " +
+                         std::to_string(what));
+            if (what == kSmooth)
+              filter.Smooth(input, ours);
+            else
+              filter.DoDerivate(input, ours, what, 1);
+            plain.Apply(input, expected, what, 1);
+            EXPECT_TRUE(ours == expected);
+          }
+        }
+    }
+}
 
 }  // namespace
