@@ -29,11 +29,11 @@ double LargestStretch(Wavelet::WaveletFunctionType type) {
 
 /// What `levels` levels of packets of this length, there and back, may lose of a signal. A level rounds its results to
 /// float, which errs by 2^-24 of their length; and its taps are rounded, which errs by 2^-24 of what it reads,
-/// stretched by s, the most that its filters stretch with their signs left out. If no level stretches more than g-fold, the cells
-/// of a level are longer than the packets by g for each level from it to them at most, and its errors grow by g for
-/// each level from it to the signal: by g^levels in all, wherever it lies. There and back a level so loses
-/// 2 + s (g + 1 / g): at most 8.6, with the filters of 50 taps (g = 1, s = 3.3); splines of order 3 have 7.8 (g = 2,
-/// s = 2.3).
+/// stretched by s, the most that its filters stretch with their signs left out. If no level stretches more than g-fold,
+/// the cells of a level are longer than the packets by g for each level from it to them at most, and its errors grow by
+/// g for each level from it to the signal: by g^levels in all, wherever it lies. There and back a level so loses 2 + s
+/// (g + 1 / g): at most 8.6, with the filters of 50 taps (g = 1, s = 3.3); splines of order 3 have 7.8 (g = 2, s =
+/// 2.3).
 double LossOf(const NCDataVector<float>& packets, Wavelet::WaveletFunctionType type, int levels) {
   return levels * std::pow(LargestStretch(type), levels) * 8.6 * 0x1p-24 * Norm(packets);
 }
