@@ -24,6 +24,10 @@ std::string Checksum(std::string_view bytes) {
   return md5.GetDigest();
 }
 
+bool HasMagicOf(const FileKind& kind, std::string_view bytes) {
+  return bytes.substr(0, kind.magic.size()) == kind.magic;
+}
+
 std::string FramedBytes(const FileKind& kind, const std::string& content) {
   std::ostringstream file;
   file << kind.magic;

@@ -7,11 +7,13 @@
 #include "app/ModelFile.h"
 #include "app/Numbers.h"
 #include "app/O2plsTables.h"
+#include "app/OplsCvFile.h"
 #include "app/OplsTables.h"
 #include "app/PcaTables.h"
 #include "app/Scaling.h"
 #include "app/StepChainFile.h"
 #include "app/StepChainJson.h"
+#include "app/TextTable.h"
 
 namespace kalmia::app {
 
@@ -20,6 +22,7 @@ namespace {
 constexpr std::size_t kLineWidth = 100;
 constexpr std::size_t kLabelWidth = 18;
 constexpr int kDigits = 6;
+constexpr int kQ2Decimals = 4;
 
 std::string Labelled(const std::string& label, const std::string& text) {
   return label + std::string(kLabelWidth - label.size(), ' ') + text + "\n";
@@ -191,6 +194,43 @@ std::string ChainInfoJson(const StepChain& chain, const std::string& file) {
   return JsonText(json);
 }
 
+/// What the steps of a cross-validation added: the predictive components together, then each orthogonal one.
+std::vector<std::string> CvStepNames(const StoredOplsCv& cv) {
+  std::vector<std::string> names = {Counted(static_cast<std::size_t>(cv.state.predictive), "predictive component")};
+  for (std::size_t s = 1; s < cv.state.steps.size(); ++s) names.push_back("orthogonal " + std::to_string(s));
+  return names;
+}
+
+std::string CvInfoText(const StoredOplsCv& cv, const std::string& file) {
+  TextTable table;
+  table.AddColumn("step", TextTable::Align::Left);
+  table.AddColumn("Q2 cum", TextTable::Align::Right);
+  const std::vector<std::string> names = CvStepNames(cv);
+  for (std::size_t s = 0; s < names.size(); ++s) table.AddRow({names[s], Fixed(cv.state.steps[s].q2Cum, kQ2Decimals)});
+  return Labelled("Cross-validation", file + ", of kalmia opls") +
+         Labelled("Written by", "kalmia " + OneLine(cv.writtenBy)) +
+         Labelled("Rows", std::to_string(cv.groups.Size()) + ", in " + std::to_string(cv.rounds) + " groups") +
+         LabelledNames("Y", cv.yNames) +
+         Labelled("X columns", std::to_string(cv.xNames.size()) + ", " + ScalingText(cv.scaling)) +
+         LabelledNames("", cv.xNames) + "\n" + table.Text();
+}
+
+std::string CvInfoJson(const StoredOplsCv& cv, const std::string& file) {
+  Json json = JsonHeader("kalmia-info-crossvalidation");
+  json["crossValidation"] = file;
+  json["writtenBy"] = cv.writtenBy;
+  json["scaling"] = ScalingWord(cv.scaling);
+  json["x"] = cv.xNames;
+  json["y"] = cv.yNames;
+  json["groups"] = cv.rounds;
+  json["groupOfRow"] = Json::array();
+  for (const int group : cv.groups) json["groupOfRow"].push_back(group + 1);
+  json["predictive"] = cv.state.predictive;
+  json["q2Cum"] = Json::array();
+  for (const OplsCvStep& step : cv.state.steps) json["q2Cum"].push_back(JsonNumber(step.q2Cum));
+  return JsonText(json);
+}
+
 }  // namespace
 
 std::string RunCommand(const InfoOptions& options, Notes* /*notes*/) {
@@ -199,6 +239,10 @@ std::string RunCommand(const InfoOptions& options, Notes* /*notes*/) {
   if (IsStepChainFile(bytes)) {
     const StepChain chain = ReadStepChainFile(bytes, file);
     return options.json ? ChainInfoJson(chain, file) : ChainInfoText(chain, file);
+  }
+  if (IsOplsCvFile(bytes)) {
+    const StoredOplsCv cv = ReadOplsCvFile(bytes, file);
+    return options.json ? CvInfoJson(cv, file) : CvInfoText(cv, file);
   }
   const StoredModel model = ReadModelFile(bytes, file);
   return std::visit([&](const auto& own) { return options.json ? InfoJson(own, file) : InfoText(own, file); }, model);

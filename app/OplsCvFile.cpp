@@ -169,6 +169,8 @@ std::string OplsCvFileBytes(const StoredOplsCv& stored) {
   return FramedBytes(kOplsCvFile, content.str());
 }
 
+bool IsOplsCvFile(std::string_view bytes) { return HasMagicOf(kOplsCvFile, bytes); }
+
 StoredOplsCv ReadOplsCvFile(std::string_view bytes, const std::string& name) {
   const FramedContent content = ReadFrame(kOplsCvFile, bytes, name);
   StoredOplsCv stored;

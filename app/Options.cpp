@@ -29,7 +29,7 @@ constexpr auto kMainFooter =
     "130 stopped with Ctrl-C. 'kalmia COMMAND --help' tells more.";
 
 void DeclareInfo(CommandOptions* command, InfoOptions* options) {
-  command->File("MODEL", &options->model, "file that --save has written");
+  command->File("MODEL", &options->model, "file that --save or --save-cv has written");
   command->Flag("--json", &options->json, "print JSON");
   command->Examples("Example:\n  kalmia info octane.model");
 }

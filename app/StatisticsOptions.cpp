@@ -99,8 +99,8 @@ void DeclareSpectrum(CommandOptions* command, SpectrumOptions* options) {
                   "correlations up to so many rows apart, at most the number of rows (default: a quarter of the rows, "
                   "at most 30)");
   command->Number("--segment", 2, &options->segment,
-                  "rows in a segment of the power spectrum: a power of two below twice the number of rows (default: the "
-                  "largest up to half of the rows, at most 128)");
+                  "rows in a segment of the power spectrum: a power of two below twice the number of rows (default: "
+                  "the largest up to half of the rows, at most 128)");
   command->Choice("--window", "NAME", {"hann", "welch", "bartlett"}, &options->window,
                   "weights of the rows of a segment: hann (default, a raised cosine), welch (a parabola), bartlett (a "
                   "triangle)");

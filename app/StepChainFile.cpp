@@ -70,7 +70,7 @@ std::string StepChainFileBytes(const StepChain& chain) {
   return FramedBytes(kStepsFile, content.str());
 }
 
-bool IsStepChainFile(std::string_view bytes) { return bytes.substr(0, kStepsFile.magic.size()) == kStepsFile.magic; }
+bool IsStepChainFile(std::string_view bytes) { return HasMagicOf(kStepsFile, bytes); }
 
 StepChain ReadStepChainFile(std::string_view bytes, const std::string& name) {
   const FramedContent content = ReadFrame(kStepsFile, bytes, name);

@@ -93,9 +93,11 @@ const int registered = [] {
                                          Pass(state, kernel, table, holes, threads, /*plain=*/false);
                                        })
               ->UseRealTime();
-        benchmark::RegisterBenchmark((name + "/1thread/plain").c_str(), [&kernel, &table, holes](benchmark::State& state) {
-          Pass(state, kernel, table, holes, 1, /*plain=*/true);
-        })->UseRealTime();
+        benchmark::RegisterBenchmark((name + "/1thread/plain").c_str(),
+                                     [&kernel, &table, holes](benchmark::State& state) {
+                                       Pass(state, kernel, table, holes, 1, /*plain=*/true);
+                                     })
+            ->UseRealTime();
       }
     for (double holes : {0.0, 0.3})
       benchmark::RegisterBenchmark((std::string(kernel.name) + "/20x10/" + Share(holes)).c_str(),

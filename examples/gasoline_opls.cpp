@@ -42,7 +42,7 @@ void Centre(NCDataMatrix<float>* table) {
   scale.ScaleWithNewModel(table);
 }
 
-// Orthogonal components that are worth it: each raises the cross-validated Q2 of the whole model by more than the limit.
+// Orthogonal components that are worth it: each raises the cross-validated Q2 of the model by more than the limit.
 int CountOrthogonal(const Spectra& spectra) {
   OPLSCrossValidation validation(&spectra.x, &spectra.y, /*predictiveComponents=*/1, /*rounds=*/7,
                                  /*progress=*/nullptr, /*groups=*/nullptr);

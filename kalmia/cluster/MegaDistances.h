@@ -45,7 +45,8 @@ DistanceFiles DistributeDistances(DistanceFile& source, std::vector<float>& limi
 /// The pairs of a table by rising distance, where they do not fit in memory: on disk, split by distance into segments,
 /// which are loaded and sorted one by one as they are needed. Of each pair 12 bytes lie on disk, twice that while they
 /// are split; each record is written twice and read twice. A segment larger than memory is split again when its turn
-/// comes, as often as it takes; one of a single distance is taken in pieces. Each segment keeps its file open: about 2 * pairs / memory.
+/// comes, as often as it takes; one of a single distance is taken in pieces. Each segment keeps its file open: about
+/// 2 * pairs / memory of them.
 class MegaDistances {
  public:
   /// Takes over the storage of `memory`, whose size tells how many records may be in memory; above 0. `total` pairs are

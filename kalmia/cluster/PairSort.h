@@ -22,9 +22,9 @@ inline bool ComesBefore(const DendroGram::DistanceAndIndex& a, const DendroGram:
   return a.i != b.i ? a.i < b.i : a.j < b.j;
 }
 
-/// Sorts pairs of at most 65535 rows by ComesBefore, in place; -0 may become 0. Long lists are dealt out among buckets by
-/// distance, which a team sorts (American flag sort: McIlroy, Bostic & McIlroy 1993, Computing Systems 6, 5-27). Each
-/// thread uses half a megabyte beside the list.
+/// Sorts pairs of at most 65535 rows by ComesBefore, in place; -0 may become 0. Long lists are dealt out among buckets
+/// by distance, which a team sorts (American flag sort: McIlroy, Bostic & McIlroy 1993, Computing Systems 6, 5-27).
+/// Each thread uses half a megabyte beside the list.
 void SortPairs(DendroGram::DistanceAndIndex* pairs, std::size_t n);
 /// The same on the calling thread, with a call of poll() at each comparison, which may throw: the list is then good for
 /// nothing. One that fits the second cache is sorted by comparing alone.

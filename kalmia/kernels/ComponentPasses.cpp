@@ -18,7 +18,8 @@ bool CalcInOnePass(const NCDataMatrix<float>& X, const WithExcluded<float>& w, N
                    NCDataVector<float>* p) {
   if (X.SizeRows() == 0 || X.SizeColumns() == 0) return false;
   const RowRegression<float> regression(w, /*fix=*/true);
-  ScoresAndSums pass(X, [&](int, int first, int last, float* scores) { return regression.Rows(X, scores, first, last); });
+  ScoresAndSums pass(
+      X, [&](int, int first, int last, float* scores) { return regression.Rows(X, scores, first, last); });
   return pass.Run(t, p);
 }
 

@@ -50,7 +50,7 @@ class InOnePass {
  private:
   std::size_t RoomOfAStep() const { return static_cast<std::size_t>(X_.SizeColumns()) * kRowsPerStep; }
 
-  /// Rows r to r + count - 1. They are stored in `room`, which may be null otherwise, if there are more than two scores.
+  /// Rows r to r + count - 1. They are stored in `room`, which may be null otherwise, with more than two scores.
   int Step(int r, int count, float* room) {
     const int n = X_.SizeColumns(), last = along_.SizeRows();
     const float* row[kRowsPerStep];

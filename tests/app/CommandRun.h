@@ -29,8 +29,8 @@ struct CommandRun {
 CommandResult RunKalmia(const CommandRun& run);
 CommandResult RunKalmia(const std::vector<std::string>& arguments, const std::string& input = "");
 
-/// Runs `kalmia` on a terminal of its own; sends it the signal once `interruptAt` has appeared there. `error` then holds
-/// what the terminal showed, both outputs together.
+/// Runs `kalmia` on a terminal of its own; sends it the signal once `interruptAt` has appeared there. `error` then
+/// holds what the terminal showed, both outputs together.
 CommandResult RunOnTerminal(const std::vector<std::string>& arguments, const std::string& interruptAt = "",
                             int signal = SIGINT);
 

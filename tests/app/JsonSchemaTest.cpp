@@ -112,6 +112,9 @@ TEST(JsonSchema, HoldsForEveryOutput) {
                                  .Json());
   ExpectValid("kalmia-opls", RunKalmia({"opls", "-", "--y", "y1", "--json"}, UnrelatedTable(30, 6, 1, 5)).Json());
   ExpectValid("kalmia-info-opls", RunKalmia({"info", opls, "--json"}).Json());
+  const std::string cv = folder.Path("cv");
+  ASSERT_EQ(RunKalmia({"opls", table, "--y", "y1", "--save-cv", cv}).exitCode, 0);
+  ExpectValid("kalmia-info-crossvalidation", RunKalmia({"info", cv, "--json"}).Json());
   ExpectValid("kalmia-predict", RunKalmia({"predict", opls, table, "--json", "--csv", folder.Path("d")}).Json());
   ExpectValid("kalmia-pls", RunKalmia({"pls", "-", "--y", "y1", "--json"}, UnrelatedTable(30, 6, 1, 5)).Json());
   ExpectValid("kalmia-spectrum", RunKalmia({"spectrum", table, "--column", "a", "--with", "b", "--json"}).Json());

@@ -387,7 +387,26 @@ TEST(OplsCvFile, IsRefusedByTheCommandWithOneLineAndExitCode3) {
     const std::string cv = folder.Write("cv", content);
     ExpectFailure(RunKalmia({"opls", table, "--y", "y1,y2", "--resume", cv}), 3, "kalmia: " + cv + message);
   }
-  ExpectFailure(RunKalmia({"info", folder.Write("cv", bytes)}), 3, folder.Path("cv") + " is no Kalmia model");
+  ExpectFailure(RunKalmia({"info", folder.Write("cv", damaged)}), 3,
+                folder.Path("cv") + " is damaged: its checksum does not match");
+}
+
+TEST(OplsCvFile, IsShownByInfo) {
+  const ScratchFolder folder;
+  const std::string cv = folder.Path("cv");
+  const nlohmann::json fit = RunWell({"opls", folder.Write("t.csv", LinearTable(30, 6, 2)), "--y", "y", "--id", "name",
+                                      "--orthogonal", "2", "--groups", "5", "--save-cv", cv, "--json"}).Json();
+  const std::string text = RunWell({"info", cv}).output;
+  for (const char* part : {"of kalmia opls\n", "Rows              30, in 5 groups\n", "Y                 y\n",
+                           "X columns         6, ", "x1, x2, x3, x4, x5, x6\n", "1 predictive component  ",
+                           "orthogonal 1  ", "orthogonal 2  "}) {
+    EXPECT_THAT(text, HasSubstr(part));
+  }
+  const nlohmann::json info = RunWell({"info", cv, "--json"}).Json();
+  ASSERT_EQ(fit["components"].size(), 3U);
+  for (std::size_t a = 0; a < 3; ++a) EXPECT_EQ(info["q2Cum"][a], fit["components"][a]["q2Cum"]) << a;
+  EXPECT_EQ(info["groupOfRow"][6], 2);
+  EXPECT_EQ(info["x"].size(), 6U);
 }
 
 TEST(OplsHelp, NamesTheOptionsOfStoredCrossValidations) {

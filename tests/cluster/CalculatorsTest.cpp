@@ -112,8 +112,8 @@ TEST(WardDistanceCalculator, IsExactUntilANearerPairIsPassedOver) {
     for (std::size_t k = 0; k < compared; ++k) {
       EXPECT_EQ(merges[k].i, toTheLetter[k].i) << seed << ", merge " << k;
       EXPECT_EQ(merges[k].j, toTheLetter[k].j) << seed << ", merge " << k;
-      // Cells of about 1: sums of squares of some 50 differ, which double takes to 1e-14, and the float rounds once; the
-      // first distances add squares that are floats.
+      // Cells of about 1: sums of squares of some 50 differ, which double takes to 1e-14, and the float rounds once;
+      // the first distances add squares that are floats.
       EXPECT_NEAR(merges[k].height, toTheLetter[k].height, 0x1p-22 * toTheLetter[k].height + 1e-12);
     }
   }

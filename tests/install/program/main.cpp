@@ -23,6 +23,7 @@ int main() {
   // values below 10.
   const NCDataMatrix<float> coefficients = model.GetRegressionCoefficients(-1);
   const double error1 = std::fabs(coefficients[1][1] - 2.0), error2 = std::fabs(coefficients[2][1] + 1.0);
-  std::printf("coefficients %.6f %.6f\n", static_cast<double>(coefficients[1][1]), static_cast<double>(coefficients[2][1]));
+  std::printf("coefficients %.6f %.6f\n", static_cast<double>(coefficients[1][1]),
+              static_cast<double>(coefficients[2][1]));
   return error1 < 1e-5 && error2 < 1e-5 ? 0 : 1;
 }
