@@ -22,4 +22,20 @@ CsvFile FitCsv(const ModelData& data, const std::vector<RowPrediction>& fitted) 
   return {"fit.csv", csv.Text()};
 }
 
+CsvFile CoefficientsCsv(const Coefficients& coefficients, const YModelFrame& model) {
+  CsvText csv;
+  csv.Field("column");
+  for (const std::string& y : model.yNames) csv.Field(y);
+  csv.EndLine();
+  csv.Field("(intercept)");
+  for (const double intercept : coefficients.intercepts) csv.Number(intercept);
+  csv.EndLine();
+  for (std::size_t k = 0; k < model.xNames.size(); ++k) {
+    csv.Field(model.xNames[k]);
+    for (const double slope : coefficients.slopes[k]) csv.Number(slope);
+    csv.EndLine();
+  }
+  return {"coefficients.csv", csv.Text()};
+}
+
 }  // namespace kalmia::app

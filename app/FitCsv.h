@@ -4,11 +4,16 @@
 
 #include "app/CsvText.h"
 #include "app/ModelData.h"
+#include "app/ModelDiagnostics.h"
 #include "app/Prediction.h"
+#include "app/StoredModel.h"
 
 namespace kalmia::app {
 
 /// fit.csv: each row's measured and predicted values of every Y column.
 CsvFile FitCsv(const ModelData& data, const std::vector<RowPrediction>& fitted);
+
+/// coefficients.csv: the intercept of each Y column, then the slopes of each X column.
+CsvFile CoefficientsCsv(const Coefficients& coefficients, const YModelFrame& model);
 
 }  // namespace kalmia::app

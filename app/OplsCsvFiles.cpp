@@ -23,23 +23,6 @@ CsvFile ComponentRecordsCsv(const OplsOutcome& outcome) {
   return {"components.csv", csv.Text()};
 }
 
-CsvFile CoefficientsCsv(const StoredOpls& model) {
-  const Coefficients coefficients = CoefficientsInOriginalUnits(model);
-  CsvText csv;
-  csv.Field("column");
-  for (const std::string& y : model.yNames) csv.Field(y);
-  csv.EndLine();
-  csv.Field("(intercept)");
-  for (const double intercept : coefficients.intercepts) csv.Number(intercept);
-  csv.EndLine();
-  for (std::size_t k = 0; k < model.xNames.size(); ++k) {
-    csv.Field(model.xNames[k]);
-    for (const double slope : coefficients.slopes[k]) csv.Number(slope);
-    csv.EndLine();
-  }
-  return {"coefficients.csv", csv.Text()};
-}
-
 CsvFile VipCsv(const StoredOpls& model) {
   const std::vector<double> predictive = PredictiveImportance(model);
   const std::vector<double> orthogonal = OrthogonalImportance(model);
@@ -88,7 +71,7 @@ std::vector<CsvFile> OplsCsvFiles(const OplsOutcome& outcome) {
           ComponentsCsv("weights.csv", "column", model.xNames, {{"w", opls.w.back()}, {"wo", opls.wo}}),
           ComponentsCsv("y-weights.csv", "column", model.yNames, {{"c", opls.c.back()}, {"co", opls.co}}),
           SPlotCsv(outcome),
-          CoefficientsCsv(model),
+          CoefficientsCsv(CoefficientsInOriginalUnits(model), model),
           VipCsv(model),
           RowsCsv(model.rowNames, HotellingT2(Together(opls.t, opls.to)),
                   DistancesToModel(model, model.Components(), outcome.fitted)),

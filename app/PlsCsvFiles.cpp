@@ -7,23 +7,6 @@ namespace kalmia::app {
 
 namespace {
 
-CsvFile CoefficientsCsv(const StoredPls& model) {
-  const Coefficients coefficients = CoefficientsInOriginalUnits(*model.pls, *model.xScale, *model.yScale);
-  CsvText csv;
-  csv.Field("column");
-  for (const std::string& y : model.yNames) csv.Field(y);
-  csv.EndLine();
-  csv.Field("(intercept)");
-  for (const double intercept : coefficients.intercepts) csv.Number(intercept);
-  csv.EndLine();
-  for (std::size_t k = 0; k < model.xNames.size(); ++k) {
-    csv.Field(model.xNames[k]);
-    for (const double slope : coefficients.slopes[k]) csv.Number(slope);
-    csv.EndLine();
-  }
-  return {"coefficients.csv", csv.Text()};
-}
-
 CsvFile VipCsv(const StoredPls& model) {
   const std::vector<double> vip = VariableImportance(*model.pls);
   CsvText csv;
@@ -62,7 +45,7 @@ std::vector<CsvFile> PlsCsvFiles(const PlsOutcome& outcome) {
           ComponentsCsv("weights.csv", "column", model.xNames, {{"w", *pls.GetWprim()}}),
           ComponentsCsv("w-star.csv", "column", model.xNames, {{"w*", pls.GetWStarPrim()}}),
           ComponentsCsv("y-weights.csv", "column", model.yNames, {{"c", *pls.GetCprim()}}),
-          CoefficientsCsv(model),
+          CoefficientsCsv(CoefficientsInOriginalUnits(pls, *model.xScale, *model.yScale), model),
           VipCsv(model),
           RowsCsv(model.rowNames, HotellingT2(*pls.GetTprim()),
                   DistancesToModel(model, model.Components(), outcome.fitted)),
