@@ -136,17 +136,18 @@ void NCDataMatrix<T>::ForceUnlink() {
 
 template <class T>
 void NCDataMatrix<T>::CopyContent(const NCDataMatrix& other) {
-  const NCDataMatrix source(other);
-  MakeRoom(source.rows_);
-  PrepareRows(source.rows_, source.columns_);
+  if (this == &other) return ForceUnlink();
+  // No share of `other` in passing: several threads may copy it at the same time.
+  MakeRoom(other.rows_);
+  PrepareRows(other.rows_, other.columns_);
   NCIntegralVector<int, -99> counts;
-  counts.CopyContent(*source.columnMisVal_);
-  VacateRows(source.rows_ + 1, rows_);
-  for (int r = 1; r <= source.rows_; ++r) rowArray_[r].CopyContent(source.rowArray_[r]);
+  counts.CopyContent(*other.columnMisVal_);
+  VacateRows(other.rows_ + 1, rows_);
+  for (int r = 1; r <= other.rows_; ++r) rowArray_[r].CopyContent(other.rowArray_[r]);
   *columnMisVal_ = counts;
-  rows_ = source.rows_;
-  columns_ = source.columns_;
-  numMisVal_ = source.numMisVal_;
+  rows_ = other.rows_;
+  columns_ = other.columns_;
+  numMisVal_ = other.numMisVal_;
 }
 
 template <class T>

@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <atomic>
+#include <thread>
 #include <vector>
 
 #include "TableWithTwin.h"
@@ -185,6 +187,24 @@ TYPED_TEST(NCDataMatrixSharing, CopyContentSharesNothingWithItsSource) {
   }
 }
 
+// A copy that shared with the table in passing would lose counts of sharing here, and so free the table's rows.
+TYPED_TEST(NCDataMatrixSharing, CopyContentRunsOnSeveralThreadsOnTheSameTable) {
+  const NCDataMatrix<TypeParam> source = RandomMatrix<TypeParam>(1, 1, 0.0, 2);
+  const Table<TypeParam> cells = CellsOf(source);
+  std::atomic<int> waiting{3};
+  const auto copy = [&] {
+    NCDataMatrix<TypeParam> copy;
+    for (--waiting; waiting > 0;) std::this_thread::yield();
+    for (int round = 0; round < 50000; ++round) copy.CopyContent(source);
+    EXPECT_EQ(CellsOf(copy), cells);
+  };
+  std::thread first(copy), second(copy), third(copy);
+  first.join();
+  second.join();
+  third.join();
+  EXPECT_EQ(CellsOf(source), cells);
+}
+
 TYPED_TEST(NCDataMatrixSharing, CopyContentTakesTheShapeOfASmallerOrLargerTable) {
   const int sizes[][2] = {{2, 2}, {9, 8}, {0, 3}, {3, 0}, {0, 0}};
   for (const auto& [rows, columns] : sizes) {
@@ -201,12 +221,24 @@ TYPED_TEST(NCDataMatrixSharing, CopyContentTakesTheShapeOfASmallerOrLargerTable)
   }
 }
 
-TYPED_TEST(NCDataMatrixSharing, CopyContentOfItselfKeepsTheCells) {
+TYPED_TEST(NCDataMatrixSharing, CopyContentTakesATableThatHasTheTargetsOwnRows) {
   NCDataMatrix<TypeParam> m = RandomMatrix<TypeParam>(3, 4, 0.3, 2);
+  const NCDataMatrix<TypeParam> last = m.GetRowSubMatrix(2, 3);
+  const Table<TypeParam> cells = CellsOf(last);
+  m.CopyContent(last);
+  EXPECT_EQ(CellsOf(m), cells);
+  EXPECT_EQ(CellsOf(last), cells);
+  EXPECT_TRUE(HasExactCounts(m));
+}
+
+TYPED_TEST(NCDataMatrixSharing, CopyContentOfItselfKeepsTheCellsAndSharesThemNoMore) {
+  NCDataMatrix<TypeParam> m = RandomMatrix<TypeParam>(3, 4, 0.3, 2);
+  const NCDataMatrix<TypeParam> share = m;
   const Table<TypeParam> before = CellsOf(m);
   m.CopyContent(m);
   EXPECT_EQ(CellsOf(m), before);
   EXPECT_TRUE(HasExactCounts(m));
+  for (int r = 1; r <= 3; ++r) EXPECT_NE(m[r].GetVector(), share[r].GetVector());
 }
 
 TYPED_TEST(NCDataMatrixAccess, WritesACellWithAllCountsAndReturnsTheValue) {
