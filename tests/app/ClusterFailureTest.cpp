@@ -154,6 +154,9 @@ TEST(FailureOfCluster, LeavesNoTemporaryFileWhereTheDiskFillsUp) {
 }
 
 TEST(FailureOfCluster, LeavesNoTemporaryFileWhereTheyAreTooManyToBeOpen) {
+#ifdef __SANITIZE_ADDRESS__
+  GTEST_SKIP() << "the sanitizers' check of virtual tables opens a pipe, and takes any object for bad without one";
+#endif
   const ScratchFolder folder, temporary;
   CommandRun run;
   run.arguments = OnDisk(folder.Write("t.csv", UnrelatedTable(400, 3, 1, 1)), temporary.Path("."));
