@@ -227,7 +227,7 @@ std::string CvInfoJson(const StoredOplsCv& cv, const std::string& file) {
   for (const int group : cv.groups) json["groupOfRow"].push_back(group + 1);
   json["predictive"] = cv.state.predictive;
   json["q2Cum"] = Json::array();
-  for (const OplsCvStep& step : cv.state.steps) json["q2Cum"].push_back(JsonNumber(step.q2Cum));
+  for (const OplsCvStep& step : cv.state.steps) json["q2Cum"].push_back(JsonNumber(AsWritten(step.q2Cum)));
   return JsonText(json);
 }
 
