@@ -143,53 +143,6 @@ TEST(ModelFile, HoldsNamesScalingModelAndHistory) {
   EXPECT_GT(model.components[0].iterations, 0);
 }
 
-/// oliveoil.csv, yellow and green on all other columns, two components, as the first version of the file stored it.
-std::string FileOfVersion1() { return std::string(KALMIA_OLD_FILES_DIR) + "/pls-version-1.kalmia"; }
-
-TEST(ModelFile, OfTheFirstVersionIsReadAsThePlsModelThatItIs) {
-  const ScratchFolder folder;
-  const std::string table = ExampleTable("oliveoil.csv");
-  const std::string fresh = folder.Path("m");
-  ASSERT_EQ(
-      RunKalmia({"pls", table, "--y", "yellow,green", "--id", "sample", "--components", "2", "--save", fresh}).exitCode,
-      0);
-  const auto ofVersion1 = RunKalmia({"predict", FileOfVersion1(), table, "--json"});
-  ASSERT_EQ(ofVersion1.exitCode, 0) << ofVersion1.error;
-  EXPECT_EQ(ofVersion1.Json()["rows"], RunKalmia({"predict", fresh, table, "--json"}).Json()["rows"]);
-  const auto info = RunKalmia({"info", FileOfVersion1(), "--json"}).Json();
-  const auto freshInfo = RunKalmia({"info", fresh, "--json"}).Json();
-  EXPECT_EQ(info["modelFileVersion"], 1);
-  EXPECT_EQ(freshInfo["modelFileVersion"], 3);
-  for (const char* field : {"x", "y", "rows", "components", "quality", "pooledDeviation", "scaling", "idColumn"}) {
-    EXPECT_EQ(info[field], freshInfo[field]) << field;
-  }
-}
-
-/// What `predict` says of oliveoil.csv with a model file, but for the names of files.
-nlohmann::json AnswersOf(const std::string& model) {
-  const CommandResult run = RunKalmia({"predict", model, ExampleTable("oliveoil.csv"), "--json"});
-  EXPECT_EQ(run.exitCode, 0) << run.error;
-  return run.Json()["rows"];
-}
-
-/// As FileOfVersion1, of the second version; and two principal components of oliveoil.csv.
-TEST(ModelFile, OfTheSecondVersionIsReadAsAModelWithoutPreprocessing) {
-  const ScratchFolder folder;
-  const std::vector<std::vector<std::string>> fits = {{"pls", "--y", "yellow,green"}, {"pca"}};
-  for (std::vector<std::string> fit : fits) {
-    const std::string old = std::string(KALMIA_OLD_FILES_DIR) + "/" + fit.front() + "-version-2.kalmia";
-    const std::string fresh = folder.Path(fit.front());
-    const std::vector<std::string> more = {"--id", "sample", "--components", "2", "--save", fresh};
-    fit.insert(fit.begin() + 1, ExampleTable("oliveoil.csv"));
-    fit.insert(fit.end(), more.begin(), more.end());
-    ASSERT_EQ(RunKalmia(fit).exitCode, 0);
-    EXPECT_EQ(AnswersOf(old), AnswersOf(fresh));
-    const auto info = RunKalmia({"info", old, "--json"}).Json();
-    EXPECT_EQ(info["modelFileVersion"], 2);
-    EXPECT_EQ(info["preprocessing"], nlohmann::json::array());
-  }
-}
-
 TEST(ModelFile, OfAKindThatIsNotKnownIsRefused) {
   std::string bytes = SmallModelFile();
   // The kind ends the general entry: behind the scaling, 4 for unit variance.

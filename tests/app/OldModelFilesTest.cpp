@@ -1,0 +1,92 @@
+// Models stored by earlier versions of the command: they answer as models of today do. Each was fitted to oliveoil.csv.
+
+#include <gtest/gtest.h>
+
+#include "CommandRun.h"
+
+namespace {
+
+using nlohmann::json;
+using Words = std::vector<std::string>;
+
+std::string OldFile(const std::string& name) { return std::string(KALMIA_OLD_FILES_DIR) + "/" + name + ".kalmia"; }
+
+std::string Oils() { return ExampleTable("oliveoil.csv"); }
+
+json JsonOf(const Words& arguments) {
+  const CommandResult run = RunKalmia(arguments);
+  EXPECT_EQ(run.exitCode, 0) << run.error;
+  return run.Json();
+}
+
+/// The fit that the files of version 2 came from, of one kind of model, but for where it is saved.
+struct KindOfModel {
+  const char* name;
+  Words fit;
+  Words more;  ///< words of `predict`
+};
+
+std::vector<KindOfModel> PredictingKinds() {
+  const Words pls = {"pls", Oils(), "--y", "yellow,green", "--id", "sample", "--components", "2"};
+  const Words pca = {"pca", Oils(), "--id", "sample", "--components", "2"};
+  const Words opls = {"opls", Oils(), "--y",          "yellow,green", "--id",         "sample",
+                      "--x",  "Acidity..DK", "--predictive", "1",     "--orthogonal", "1"};
+  const Words o2pls = {"o2pls",          Oils(),    Oils(), "--id",       "sample", "--x",        "Acidity..DK", "--y",
+                       "yellow..syrup", "--joint", "1",    "--x-unique", "1",      "--y-unique", "0"};
+  return {{"pls", pls, {}},     {"pca", pca, {}},     {"opls", opls, {}},
+          {"o2pls", o2pls, {}}, {"o2pls", o2pls, {"--from", "y"}}};
+}
+
+Words operator+(Words words, const Words& more) {
+  words.insert(words.end(), more.begin(), more.end());
+  return words;
+}
+
+/// What `predict` says of the oils, but for names of files.
+json AnswersOf(const std::string& model, const Words& more = {}) {
+  return JsonOf(Words{"predict", model, Oils(), "--json"} + more)["rows"];
+}
+
+/// What `info` says of both files is the same, but for names and versions of files.
+void ExpectSameInfo(const std::string& old, const std::string& fresh, int version) {
+  json info = JsonOf({"info", old, "--json"}), today = JsonOf({"info", fresh, "--json"});
+  EXPECT_EQ(info["modelFileVersion"], version);
+  EXPECT_EQ(today["modelFileVersion"], 3);
+  EXPECT_EQ(info["preprocessing"], json::array());
+  for (json* each : {&info, &today})
+    for (const char* ofTheFile : {"model", "modelFileVersion", "writtenBy", "table", "yTable"}) each->erase(ofTheFile);
+  EXPECT_EQ(info, today);
+}
+
+TEST(OldModelFile, OfVersion1IsReadAsThePlsModelThatItIs) {
+  const ScratchFolder folder;
+  const std::string fresh = folder.Path("m");
+  JsonOf(PredictingKinds().front().fit + Words{"--save", fresh, "--json"});
+  EXPECT_EQ(AnswersOf(OldFile("pls-version-1")), AnswersOf(fresh));
+  ExpectSameInfo(OldFile("pls-version-1"), fresh, 1);
+}
+
+TEST(OldModelFile, OfVersion2IsReadAsAModelWithoutPreprocessing) {
+  const ScratchFolder folder;
+  for (const KindOfModel& kind : PredictingKinds()) {
+    SCOPED_TRACE(kind.name);
+    const std::string old = OldFile(std::string(kind.name) + "-version-2"), fresh = folder.Path(kind.name);
+    JsonOf(kind.fit + Words{"--save", fresh, "--json"});
+    EXPECT_EQ(AnswersOf(old, kind.more), AnswersOf(fresh, kind.more));
+    ExpectSameInfo(old, fresh, 2);
+  }
+}
+
+TEST(OldModelFile, OfVersion2FiltersAsAFilterOfToday) {
+  const ScratchFolder folder;
+  const std::string fresh = folder.Path("m"), oldFilter = OldFile("filter-version-2");
+  JsonOf({"filter", Oils(), "--y", "yellow,green", "--id", "sample", "--x", "Acidity..DK", "--components", "1",
+          "--save", fresh, "--out", folder.Path("fresh.csv"), "--json"});
+  JsonOf({"filter", Oils(), "--model", oldFilter, "--out", folder.Path("old.csv"), "--json"});
+  const std::string filtered = ReadWholeFile(folder.Path("old.csv"));
+  EXPECT_EQ(filtered, ReadWholeFile(folder.Path("fresh.csv")));
+  EXPECT_NE(filtered, ReadWholeFile(Oils()));
+  ExpectSameInfo(oldFilter, fresh, 2);
+}
+
+}  // namespace
