@@ -294,20 +294,6 @@ TEST_F(O2pls, LeavesColumnsOutOfEachBlockThatDoNotVaryInTheCommonRows) {
   EXPECT_EQ(fit["y"]["leftOut"]["emptyColumns"], json({"e"}));
 }
 
-TEST_F(O2pls, TakesBlocksOfOneColumn) {
-  folder_.Write("y.csv", [this] {
-    std::string text = "name,y1\n";
-    const CsvTable table(blocks_.y, "y");
-    for (int row = 0; row < table.Rows(); ++row)
-      text += std::string(table.Cell(row, 0)) + "," + std::string(table.Cell(row, 1)) + "\n";
-    return text;
-  }());
-  const json fit = Json({});
-  EXPECT_EQ(fit["joint"], 1);
-  EXPECT_EQ(fit["yUnique"], 0);
-  EXPECT_NEAR(fit["shares"]["y"]["joint"], 1.0, 1e-6);  // the only direction of Y; rounding of floats
-}
-
 TEST_F(O2pls, SaysSoAndSavesNothingWhereTheBlocksShareNothing) {
   const std::string table = folder_.Write("u.csv", UnrelatedTable(30, 6, 1, 5));
   const CommandResult run = RunKalmia({"o2pls", table, table, "--x", "x1..x6", "--y", "y1..y1", "--save",
