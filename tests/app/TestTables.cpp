@@ -54,6 +54,24 @@ std::string UnrelatedTable(int rows, int columns, int yColumns, unsigned seed) {
   return text.str();
 }
 
+std::string FadingTable(int rows, int columns, unsigned seed) {
+  Noise noise(seed);
+  std::ostringstream text;
+  for (int k = 1; k <= columns; ++k) text << "x" << k << ',';
+  text << "y\n";
+  for (int i = 1; i <= rows; ++i) {
+    double y = 0.0, size = 1.0;
+    for (int k = 1; k <= columns; ++k) {
+      const double share = noise.Next();
+      y += share;
+      text << size * share << ',';
+      size *= 0.8;
+    }
+    text << y << '\n';
+  }
+  return text.str();
+}
+
 TwoBlocks SharedBlocks(int rows, unsigned seed) {
   constexpr double kCommonX[] = {1.0, 0.0, 0.8, 0.6, -0.7, -0.9}, kOwnX[] = {0.0, 1.0, -0.8, 0.6, -0.4, 0.7};
   constexpr double kCommonY[] = {1.0, 0.0, -0.8, 0.7}, kOwnY[] = {0.0, 1.0, 0.9, 0.6};
