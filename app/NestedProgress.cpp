@@ -37,7 +37,9 @@ void NestedProgress::SetText(const char* text) {
 
 bool NestedProgress::PushSubRange(float from, float to) {
   const Level& outer = levels_.back();
-  levels_.push_back({0.0, 1.0, outer.ShareAt(from), outer.ShareAt(to)});
+  share_ = outer.ShareAt(from);
+  levels_.push_back({0.0, 1.0, share_, outer.ShareAt(to)});
+  line_->Show(text_, share_);
   return GoesOn();
 }
 

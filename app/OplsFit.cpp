@@ -7,6 +7,7 @@
 #include "app/Failure.h"
 #include "app/FileFrame.h"
 #include "app/Interrupt.h"
+#include "app/NestedProgress.h"
 #include "app/Numbers.h"
 #include "kalmia/opls/NCOPLS.h"
 #include "kalmia/opls/OPLSCrossValidation.h"
@@ -20,6 +21,7 @@ class Extraction {
  public:
   explicit Extraction(const OplsTask& task)
       : task_(task),
+        progress_(std::make_unique<NestedProgress>(&line_)),
         model_(&task.x, &task.y, task.predictive.value_or(0), kMaxIterations),
         xLeft_(task.x),
         yLeft_(task.y) {}
@@ -33,11 +35,21 @@ class Extraction {
   }
 
  private:
+  static constexpr auto kValidated = ": cross-validation";  ///< behind the component, beside the bar
+
+  static std::string ComponentText(int component) { return "component " + std::to_string(component); }
+
+  void BeginBar(const std::string& text) {
+    progress_.SetRange(0.0F, 1.0F);
+    progress_.SetValue(0.0F);
+    progress_.SetText(text.c_str());
+  }
+
   /// Not with a component that cannot be computed, for there is no model then.
   void StartWithBlock() {
-    progress_.BeginFit(1);
+    BeginBar(ComponentText(1));
     try {
-      model_.NextComponent(progress_.Get());
+      model_.NextComponent(&progress_);
       if (!HasScores(*model_.GetTprim())) throw NCError("X and Y have nothing in common");
       if (task_.resumed == nullptr) StartValidation();
     } catch (const NCError& error) {
@@ -51,10 +63,10 @@ class Extraction {
   }
 
   void StartValidation() {
-    progress_.BeginFit(1);
+    BeginBar(ComponentText(1) + kValidated);
     NCIntegralVector<int, -99> groups = task_.groups;
     validation_ = std::make_unique<OPLSCrossValidation>(&task_.x, &task_.y, model_.SizeComponents(), task_.rounds,
-                                                        progress_.Get(), &groups);
+                                                        &progress_, &groups);
     fit_.validation.predictive = model_.SizeComponents();
     RememberStep();
   }
@@ -98,16 +110,17 @@ class Extraction {
   /// Whether the search goes on behind this component.
   bool AddOrthogonal() {
     StopIfInterrupted();
-    const int component = model_.SizeComponents() + model_.SizeOrthogonalComponents() + 1;
-    progress_.BeginFit(component);
+    const std::string text = ComponentText(model_.SizeComponents() + model_.SizeOrthogonalComponents() + 1);
+    BeginBar(text);
     const NCOPLS before = model_;
     try {
-      model_.NextComponent(progress_.Get());
+      model_.NextComponent(&progress_);
       const int newest = model_.SizeOrthogonalComponents();
       const NCDataVector<float>& t = (*model_.GetTOprim())[newest];
       if (!(t.GetSS() > kExhausted * task_.x.GetSS())) throw NCError(kNothingLeft);
       if (fit_.validation.steps.size() <= static_cast<std::size_t>(newest)) {
-        validation_->NextComponent(progress_.Get());
+        BeginBar(text + kValidated);
+        validation_->NextComponent(&progress_);
         RememberStep();
       }
     } catch (const NCError& error) {
@@ -187,7 +200,8 @@ class Extraction {
   }
 
   const OplsTask& task_;
-  FitProgress progress_;
+  ProgressLine line_;
+  NCProgress progress_;
   NCOPLS model_;
   std::unique_ptr<OPLSCrossValidation> validation_;
   NCDataMatrix<float> xLeft_, yLeft_;      ///< without the components so far

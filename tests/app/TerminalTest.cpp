@@ -90,31 +90,58 @@ TEST(Interrupt, StopsPrincipalComponentsInTheirFitAndInTheirCrossValidation) {
   }
 }
 
-TEST(Progress, ShowsTheStagesOfTheO2plsSearch) {
+TEST(Progress, ShowsTheStagesOfO2pls) {
   const ScratchFolder folder;
   const TwoBlocks blocks = SharedBlocks(60, 1);
-  const CommandResult run = RunOnTerminal(
-      {"o2pls", folder.Write("x.csv", blocks.x), folder.Write("y.csv", blocks.y), "--id", "name"});
-  EXPECT_EQ(run.exitCode, 0);
+  const std::vector<std::string> search = {"o2pls", folder.Write("x.csv", blocks.x), folder.Write("y.csv", blocks.y),
+                                           "--id", "name"};
+  const CommandResult found = RunOnTerminal(search);
+  EXPECT_EQ(found.exitCode, 0);
   for (const char* stage : {"Estimating predictive components", "Calculating initial Q2",
                             "Estimating Y-orthogonal components", "Estimating X-orthogonal components",
                             "Calculating CV results", "Saving CV results", "fitting the model"}) {
-    EXPECT_THAT(run.error, HasSubstr(stage));
+    EXPECT_THAT(found.error, HasSubstr(stage));
+  }
+  std::vector<std::string> given = search;
+  given.insert(given.end(), {"--joint", "1", "--x-unique", "1", "--y-unique", "1"});
+  EXPECT_THAT(RunOnTerminal(given).error, HasSubstr("Final estimation of components")) << "as there are Y-unique ones";
+}
+
+/// Expects that the command stops at Ctrl-C, pressed once the text has appeared, and leaves nothing but these files.
+void ExpectStop(const std::vector<std::string>& arguments, const std::string& text, const ScratchFolder& folder,
+                const std::vector<std::string>& files) {
+  const CommandResult run = RunOnTerminal(arguments, text);
+  EXPECT_THAT(run.error, HasSubstr(text));
+  EXPECT_EQ(run.exitCode, 130) << text;
+  EXPECT_THAT(run.error, HasSubstr("kalmia: stopped"));
+  EXPECT_THAT(run.error, Not(HasSubstr("R2X"))) << text;
+  EXPECT_EQ(folder.Names(), files) << text;
+}
+
+/// A fit takes some milliseconds: its Ctrl-C is noticed there, or at the latest where its cross-validation begins.
+TEST(Interrupt, StopsOplsInEachFitAndEachCrossValidationAndLeavesNothingBehind) {
+  const ScratchFolder folder;
+  const std::string table = folder.Write("t.csv", LongWork());
+  for (const char* text :
+       {"component 1", "component 1: cross-validation", "component 13", "component 13: cross-validation"}) {
+    ExpectStop({"opls", table, "--x", "x1..x60", "--y", "y1,y2,y3,y4,y5,y6,y7,y8,y9,y10,y11,y12", "--predictive", "12",
+                "--orthogonal", "15", "--groups", "400", "--save", folder.Path("m"), "--save-cv", folder.Path("v"),
+                "--csv", folder.Path("d")},
+               text, folder, {"t.csv"});
   }
 }
 
-TEST(Interrupt, StopsEveryStageOfO2plsAndLeavesNothingBehind) {
+/// But for "Saving CV results", which is over before a key is pressed.
+TEST(Interrupt, StopsEveryStageOfO2plsThatLastsAndLeavesNothingBehind) {
   const ScratchFolder folder;
-  const std::string table = folder.Write("t.csv", LongWork());
-  for (const char* stage : {"Estimating predictive components", "Estimating Y-orthogonal components"}) {
-    const CommandResult run = RunOnTerminal(
-        {"o2pls", table, table, "--x", "x1..x60", "--y", "y1..y12", "--groups", "400", "--joint", "3", "--x-unique",
-         "9", "--y-unique", "2", "--save", folder.Path("m"), "--csv", folder.Path("d")},
-        stage);
-    EXPECT_EQ(run.exitCode, 130) << stage;
-    EXPECT_THAT(run.error, HasSubstr("kalmia: stopped"));
-    EXPECT_THAT(run.error, Not(HasSubstr("R2X")));
-    EXPECT_EQ(folder.Names(), std::vector<std::string>{"t.csv"});
+  const std::string table = folder.Write("t.csv", WithHoles(LongWork(), 11));
+  for (const char* stage :
+       {"estimating missing cells", "fitting the model", "Estimating predictive components", "Calculating initial Q2",
+        "Estimating Y-orthogonal components", "Estimating X-orthogonal components", "Final estimation of components",
+        "Calculating CV results"}) {
+    ExpectStop({"o2pls", table, table, "--x", "x1..x60", "--y", "y1..y12", "--fill", "--groups", "400", "--joint", "1",
+                "--x-unique", "1", "--y-unique", "1", "--save", folder.Path("m"), "--csv", folder.Path("d")},
+               stage, folder, {"t.csv"});
   }
 }
 
