@@ -27,8 +27,12 @@ struct MatrixDestroyer {
 /// The table: observations in rows, variables in columns, both from 1. An array of NCDataVector rows with counts of
 /// missing cells per column and in total. Sharing works on two levels: a copy shares the whole row array; once that is
 /// split by a write, the rows go on sharing their cells one by one. Instantiated for `float` and `double`.
-/// No index or shape is checked. Not safe for concurrent writes; counts of sharing are plain memory. What an operation
-/// is given may be a row of the matrix itself, or the matrix; so may a result target, which may be any operand, too.
+/// No index or shape is checked. What an operation is given may be a row of the matrix itself, or the matrix; so may a
+/// result target, which may be any operand, too.
+///
+/// Several threads may read one table, CopyContent from it included. None may write meanwhile, name a result target, or
+/// take a share, for counts of sharing are plain memory: copies do, GetRowSubMatrix, GetSVD and
+/// GetRegressionCoefficients do of the table, and of rows and tables what puts them into another one.
 ///
 /// Writing operations unlink first and keep all counts of missing cells, but for those that say otherwise. Memory that
 /// is not there surfaces as std::bad_alloc: where life, sharing and structure are concerned nothing has changed by then
