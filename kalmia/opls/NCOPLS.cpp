@@ -31,8 +31,7 @@ void FillMatrix(NCDataMatrix<float>* matrix, const std::set<std::pair<int, int>>
 bool IsUnrelated(const NCDataVector<float>& c, const NCDataVector<float>& t, const NCDataMatrix<float>& Y) {
   const double relation = std::sqrt(static_cast<double>(c.GetSS())) * std::sqrt(static_cast<double>(t.GetSS())) /
                           std::sqrt(static_cast<double>(Y.GetSS()));
-  const int kind = std::fpclassify(relation);
-  if (kind == FP_NAN || kind == FP_INFINITE || kind == FP_SUBNORMAL) return true;
+  if (std::isnan(relation) || std::isinf(relation)) return true;  // sums of squares that are missing or too large
   return kSmallestRelation / std::sqrt(static_cast<double>(Y.SizeColumns())) > relation;
 }
 

@@ -45,8 +45,7 @@ class NCOPLS {
   /// The first call computes the predictive block, each further one an orthogonal component and the block after it. An
   /// orthogonal component that has next to nothing to do with Y, the rule, has missing Y scores.
   /// Throws: NCError "OPLS component aborted." of level 2 where `progress` (which may be null) says stop, and what
-  /// NCPCA::NextComponent throws. The model is then to be discarded: holes of Y may hold 0, an orthogonal component may
-  /// have no block.
+  /// NCPCA::NextComponent throws. The model is then to be discarded: an orthogonal component may have no block.
   void NextComponent(NCProgress* progress);
 
   /// Turns an orthogonal component; its Y scores stay as they are.

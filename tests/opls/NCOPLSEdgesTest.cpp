@@ -6,7 +6,6 @@
 
 #include "OplsCase.h"
 #include "kalmia/opls/NCOPLS.h"
-#include "kalmia/support/NCError.h"
 #include "testing/RandomTables.h"
 #include "testing/RecordingProgress.h"
 #include "testing/StreamAttacks.h"
@@ -200,15 +199,6 @@ TEST_P(NCOPLSRebuilt, GoesOnAsTheUninterruptedModelToTheBit) {
   }
 }
 
-TEST(NCOPLSRebuiltOfOneY, GivesNumbersForTheYScoresThatTheModelHadMissing) {
-  const Tables tables = RelatedTables(24, 9, 1, 0.0, 5);
-  const NCOPLS model = FittedOpls(tables, 1, 1);
-  ASSERT_EQ((*model.GetUOprim())[1].GetNumMisVal(), 24);
-  const NCOPLS rebuilt(&tables.X, &tables.Y, model.GetWMatrices(), model.GetPMatrices(), model.GetCMatrices(),
-                       model.GetWOprim(), model.GetPOprim(), model.GetCOprim(), 1, 200);
-  EXPECT_EQ((*rebuilt.GetUOprim())[1].GetNumMisVal(), 0);
-}
-
 TEST(NCOPLSRebuiltFromNothing, IsANewModelWithTheSizeOfItsArgument) {
   const Tables tables = RelatedTables(24, 9, 3, 0.1, 5);
   const std::vector<NCDataMatrix<float>> none;
@@ -217,57 +207,6 @@ TEST(NCOPLSRebuiltFromNothing, IsANewModelWithTheSizeOfItsArgument) {
   EXPECT_EQ(model.SizeComponents(), 0);
   model.NextComponent(nullptr);
   EXPECT_EQ(Everything(model), Everything(FittedOpls(tables, 2, 0)));
-}
-
-TEST(NCOPLSOfSeveralY, YScoresOfAnOrthogonalComponentThatHasToDoWithYAreNumbers) {
-  const NCOPLS model = FittedOpls(RelatedTables(24, 9, 3, 0.0, 5), 1, 1);
-  EXPECT_EQ((*model.GetUOprim())[1].GetNumMisVal(), 0);
-}
-
-/// Missing Y scores of the orthogonal component of tables in which it has |c| |t| / |Y| = relation. Y1 is explained by
-/// X1; X2, which stands at right angles to Y1 and not to X1, is the orthogonal component, and Y2 is a little of it.
-int MissingYScoresAt(float relation, float xUnit, float yUnit) {
-  const NCDataMatrix<float> X = MatrixOf<float>({{1, 0}, {1, xUnit}, {-1, 0}, {0, xUnit}});
-  const float little = relation * yUnit;
-  const NCDataMatrix<float> Y = MatrixOf<float>({{yUnit, 0}, {0, little}, {-yUnit, 0}, {0, little}});
-  const NCOPLS model = FittedOpls({X, Y}, 1, 1);
-  return (*model.GetUOprim())[1].GetNumMisVal();
-}
-
-TEST(NCOPLSOfSeveralY, YScoresAreMissingBelowAMillionthOverTheRootOfTheVariablesInWhateverUnits) {
-  // The limit for two variables is 7.07e-7; that of one would be 1e-6.
-  for (const float xUnit : {1.0F, 8.0F})
-    for (const float yUnit : {1.0F, 32.0F}) {
-      EXPECT_EQ(MissingYScoresAt(7.5e-7F, xUnit, yUnit), 0) << xUnit << ' ' << yUnit;
-      EXPECT_EQ(MissingYScoresAt(6.6e-7F, xUnit, yUnit), 4) << xUnit << ' ' << yUnit;
-    }
-}
-
-// ---- tables that carry nothing
-
-TEST(NCOPLSOfNothing, EndsWithAnErrorOrWithMissingScoresButNeverInACrash) {
-  const NCDataMatrix<float> X = RandomMatrix<float>(6, 4, 0.0, 1);
-  const NCDataMatrix<float> zeros(6, 2, 0.0F), none(6, 2), zeroY(6, 1, 0.0F), noY(6, 0);
-  for (const NCDataMatrix<float>* Y : {&zeros, &none, &zeroY, &noY}) {
-    NCOPLS model(&X, Y, 2, 20);
-    try {
-      for (int i = 0; i < 3; ++i) model.NextComponent(nullptr);
-      EXPECT_TRUE(HasExactCounts(model.GetXResiduals()));
-    } catch (const NCError& error) {
-      EXPECT_STREQ(error.GetMessage(), "PCA component could not be computed.");
-    }
-  }
-}
-
-TEST(NCOPLSOfNothing, GoesBeyondTheComponentsThatTheTableCarries) {
-  const Tables tables = RelatedTables(5, 3, 2, 0.0, 5);
-  NCOPLS model(&tables.X, &tables.Y, 2, 20);
-  try {
-    for (int i = 0; i < 8; ++i) model.NextComponent(nullptr);
-    EXPECT_EQ(model.SizeOrthogonalComponents(), 7);
-  } catch (const NCError& error) {
-    EXPECT_STREQ(error.GetMessage(), "PCA component could not be computed.");
-  }
 }
 
 }  // namespace

@@ -192,7 +192,9 @@ TEST(NCOPLSOfOneRow, EndsWhereTheStepsEnd) {
     const int steps = stepsUntilTheEnd([&model] { model.NextComponent(nullptr); });
     EXPECT_GT(steps, 0);
     EXPECT_EQ(stepsUntilTheEnd([&stepped] { stepped.NextComponent(); }), steps);
-    if (steps == 3) EXPECT_EQ(BitsOf(*model.GetTOprim()), BitsOf(stepped.TO));
+    if (steps == 3) {
+      EXPECT_EQ(BitsOf(*model.GetTOprim()), BitsOf(stepped.TO));
+    }
   }
 }
 

@@ -1,0 +1,93 @@
+// Tables that carry nothing, or fewer components than are asked for.
+#include <gtest/gtest.h>
+
+#include <vector>
+
+#include "OplsCase.h"
+#include "SteppedOpls.h"
+#include "kalmia/opls/NCOPLS.h"
+#include "kalmia/support/NCError.h"
+#include "testing/RandomTables.h"
+#include "testing/StreamAttacks.h"
+
+namespace {
+
+constexpr int kSteps = 4;
+
+struct Nothing {
+  const char* what;
+  Tables tables;
+};
+
+/// Tables of this many Y variables of which one side carries nothing.
+std::vector<Nothing> Nothings(int yVariables) {
+  const NCDataMatrix<float> X = RandomMatrix<float>(6, 4, 0.0, 1), Y = RandomMatrix<float>(6, yVariables, 0.0, 2);
+  return {{"Y of zeros", {X, NCDataMatrix<float>(6, yVariables, 0.0F)}},
+          {"Y without any value", {X, NCDataMatrix<float>(6, yVariables)}},
+          {"X of zeros", {NCDataMatrix<float>(6, 4, 0.0F), Y}},
+          {"X without any value", {NCDataMatrix<float>(6, 4), Y}},
+          {"X without variables", {NCDataMatrix<float>(6, 0), Y}},
+          {"no observations", {NCDataMatrix<float>(0, 4), NCDataMatrix<float>(0, yVariables)}}};
+}
+
+TEST(NCOPLSOfNothing, IsAnErrorForSeveralYWhoseProductWithXHasNoPrincipalComponent) {
+  for (const int predictive : {0, 1, 2})
+    for (const Nothing& nothing : Nothings(2)) {
+      SCOPED_TRACE(nothing.what);
+      NCOPLS model(&nothing.tables.X, &nothing.tables.Y, predictive, 20);
+      try {
+        model.NextComponent(nullptr);
+        ADD_FAILURE() << "computed a block";
+      } catch (const NCError& error) {
+        EXPECT_STREQ(error.GetMessage(), "PCA component could not be computed.");
+      }
+      EXPECT_EQ(model.SizeComponents(), 0);
+    }
+}
+
+void ExpectAllMissing(const NCDataMatrix<float>& matrix, const char* what) {
+  for (int i = 1; i <= matrix.SizeRows(); ++i)
+    EXPECT_EQ(matrix[i].GetNumMisVal(), matrix[i].Size()) << what << ' ' << i;
+}
+
+TEST(NCOPLSOfNothing, HasWeightsOfZeroAndNothingElseForOneY) {
+  for (const int predictive : {0, 1, 2})
+    for (const Nothing& nothing : Nothings(1)) {
+      SCOPED_TRACE(nothing.what);
+      const NCOPLS model = FittedOpls(nothing.tables, predictive, kSteps);
+      EXPECT_EQ(model.SizeComponents(), 1);
+      EXPECT_EQ(model.SizeOrthogonalComponents(), kSteps);
+      for (const NCDataMatrix<float>& W : *model.GetWMatrices()) EXPECT_EQ(W.GetSS(), 0.0L);
+      for (const auto get : {&NCOPLS::GetTprim, &NCOPLS::GetUprim, &NCOPLS::GetPprim, &NCOPLS::GetCprim,
+                             &NCOPLS::GetTOprim, &NCOPLS::GetUOprim, &NCOPLS::GetPOprim, &NCOPLS::GetCOprim})
+        ExpectAllMissing(*(model.*get)(), "result");
+      ExpectAllMissing(model.GetXResiduals(), "X");
+      ExpectAllMissing(model.GetYResiduals(), "Y");
+    }
+}
+
+TEST(NCOPLSOfNothing, HasNoComponentsWithoutYVariables) {
+  const Tables tables{RandomMatrix<float>(6, 4, 0.0, 1), NCDataMatrix<float>(6, 0)};
+  const NCOPLS model = FittedOpls(tables, 2, kSteps);
+  EXPECT_EQ(model.SizeComponents(), 0);
+  EXPECT_EQ(model.SizeOrthogonalComponents(), 0);
+  EXPECT_EQ(StreamOf(model.GetXResiduals()), StreamOf(tables.X));
+}
+
+TEST(NCOPLSBeyondTheRank, GoesOnWithTheBitsOfTheStepsTakenOneByOne) {
+  const int orthogonal = 7;
+  for (const int yVariables : {1, 2}) {
+    const Tables tables = RelatedTables(5, 3, yVariables, 0.0, 5);
+    const NCOPLS model = FittedOpls(tables, 2, orthogonal);
+    SteppedOpls stepped(tables.X, tables.Y, 2, 200);
+    for (int o = 0; o <= orthogonal; ++o) stepped.NextComponent();
+    EXPECT_EQ(model.SizeOrthogonalComponents(), orthogonal);
+    EXPECT_EQ(StreamOf(*model.GetTprim()), StreamOf(stepped.T));
+    EXPECT_EQ(StreamOf(*model.GetTOprim()), StreamOf(stepped.TO));
+    EXPECT_EQ(StreamOf(*model.GetUOprim()), StreamOf(stepped.UO));
+    EXPECT_EQ(StreamOf(model.GetXResiduals()), StreamOf(stepped.XResiduals()));
+    EXPECT_EQ(StreamOf(model.GetYResiduals()), StreamOf(stepped.YResiduals()));
+  }
+}
+
+}  // namespace
