@@ -43,24 +43,48 @@ TEST_P(NCOPLSOfOneY, PredictsAsPlsDoesWithThatManyComponentsAndOneMore) {
   EXPECT_LT(RelativeGapOf(opls.GetYResiduals(), *pls.GetYResiduals()), 100 * (orthogonal + 1) * kUnit);
 }
 
-TEST_P(NCOPLSOfOneY, OrthogonalScoresAreUncorrelatedWithY) {
+/// The columns about their means.
+NCDataMatrix<float> Centred(NCDataMatrix<float> table) {
+  for (int j = 1; j <= table.SizeColumns(); ++j) {
+    const auto mean = static_cast<float>(table.GetColumnMean(j));
+    for (int i = 1; i <= table.SizeRows(); ++i) table(i, j, table[i][j] - mean);
+  }
+  return table;
+}
+
+double CorrelationOf(NCDataVector<float> a, NCDataVector<float> b) {
+  long double mean = 0.0L;
+  a.DetrendMean(mean);
+  b.DetrendMean(mean);
+  return static_cast<double>(a.Correlation(b));
+}
+
+class NCOPLSOfOneCentredY : public ::testing::TestWithParam<int> {  // orthogonal components
+ protected:
+  const Tables uncentred_ = RelatedTables(24, 9, 1, 0.0, 3);
+  const Tables tables_{Centred(uncentred_.X), Centred(uncentred_.Y)};
+};
+
+INSTANTIATE_TEST_SUITE_P(OrthogonalComponents, NCOPLSOfOneCentredY, ::testing::Values(1, 2, 4));
+
+TEST_P(NCOPLSOfOneCentredY, OrthogonalScoresAreUncorrelatedWithY) {
   const NCOPLS opls = FittedOpls(tables_, 1, GetParam());
   const NCDataVector<float> y = tables_.Y.GetColumn(1);
   for (int o = 1; o <= GetParam(); ++o)
     // Each cell of the scores is rounded, and so are the weights, the filtered table and its scores beneath it.
-    EXPECT_LT(std::abs(static_cast<double>((*opls.GetTOprim())[o].Correlation(y))), 100 * kUnit) << o;
+    EXPECT_LT(std::abs(CorrelationOf((*opls.GetTOprim())[o], y)), 100 * kUnit) << o;
 }
 
-TEST_P(NCOPLSOfOneY, OrthogonalScoresAreOrthogonalToEachOtherAndToThePredictiveOnes) {
+TEST_P(NCOPLSOfOneCentredY, OrthogonalScoresAreUncorrelatedWithEachOtherAndWithThePredictiveOnes) {
   const NCOPLS opls = FittedOpls(tables_, 1, GetParam());
   std::vector<NCDataVector<float>> scores = {(*opls.GetTprim())[1]};
   for (int o = 1; o <= GetParam(); ++o) scores.push_back((*opls.GetTOprim())[o]);
   for (std::size_t a = 0; a < scores.size(); ++a)
     for (std::size_t b = 0; b < a; ++b)
-      EXPECT_LT(std::abs(static_cast<double>(scores[a].Correlation(scores[b]))), 100 * kUnit) << a << ' ' << b;
+      EXPECT_LT(std::abs(CorrelationOf(scores[a], scores[b])), 100 * kUnit) << a << ' ' << b;
 }
 
-TEST_P(NCOPLSOfOneY, TheYScoresOfAnOrthogonalComponentAreMissingForItHasNothingToDoWithY) {
+TEST_P(NCOPLSOfOneCentredY, TheYScoresOfAnOrthogonalComponentAreMissingForItHasNothingToDoWithY) {
   const NCOPLS opls = FittedOpls(tables_, 1, GetParam());
   for (int o = 1; o <= GetParam(); ++o) {
     EXPECT_EQ((*opls.GetUOprim())[o].GetNumMisVal(), 24);
@@ -168,19 +192,29 @@ TEST_P(NCOPLSOnTables, CountsOfHolesStayExact) {
     EXPECT_TRUE(HasExactCounts(*matrix));
 }
 
-TEST_P(NCOPLSOnTables, CopiesAreModelsOfTheirOwn) {
-  NCOPLS opls = FittedOpls(tables_, GetParam().predictive, 1);
-  const std::string before = Everything(opls);
-  NCOPLS copy(opls), assigned(&tables_.Y, &tables_.Y, 1, 1);
-  assigned = opls;
-  assigned = *&assigned;
-  for (NCOPLS* other : {&copy, &assigned}) {
-    EXPECT_EQ(Everything(*other), before);
-    other->NegateOComp(1);
-    other->NextComponent(nullptr);
-    EXPECT_EQ(Everything(opls), before);
+TEST_P(NCOPLSOnTables, CopiesAreModelsOfTheirOwnAndGoOnAsTheOriginalDoes) {
+  const auto goOn = [](NCOPLS* model) {
+    if (model->SizeOrthogonalComponents() > 0) {
+      model->NegatePredictiveComp(1);
+      model->NegateOComp(1);
+    }
+    model->NextComponent(nullptr);
+  };
+  for (const int orthogonal : {-1, 1}) {  // -1: no block either
+    SCOPED_TRACE(orthogonal);
+    NCOPLS opls = FittedOpls(tables_, GetParam().predictive, orthogonal);
+    const std::string before = Everything(opls);
+    NCOPLS copy(opls), assigned(&tables_.Y, &tables_.Y, 1, 1);
+    assigned = opls;
+    assigned = *&assigned;
+    for (NCOPLS* other : {&copy, &assigned}) {
+      EXPECT_EQ(Everything(*other), before);
+      goOn(other);
+      EXPECT_EQ(Everything(opls), before);
+    }
+    goOn(&opls);
+    for (const NCOPLS* other : {&copy, &assigned}) EXPECT_EQ(Everything(*other), Everything(opls));
   }
-  EXPECT_EQ(Everything(copy), Everything(assigned));
 }
 
 }  // namespace
