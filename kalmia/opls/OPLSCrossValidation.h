@@ -54,7 +54,9 @@ class OPLSCrossValidation {
   const NCDataVector<float>* GetSSYcv() const { return &ssYcv_; }                  ///< per round: SS of the Y residuals
   const NCDataVector<float>* GetSSYcvOriginal() const { return &ssYcvOriginal_; }  ///< SS of its Y; in new runs
   /// Per predictive component R x N: each observation's score in each round, its own or, where it was left out, the
-  /// predicted one.
+  /// predicted one. Rounds that decide on the size of their block (predictiveComponents 0) may decide differently; the
+  /// sets, and the rows of GetTPred, then grow to the largest block, never shrink with a smaller one after it, and are
+  /// missing in the rounds that have no such component.
   const std::vector<NCDataMatrix<float>>* GetTSets() const { return &tSets_; }
   const NCDataMatrix<float>* GetToSet() const { return &toSet_; }                  ///< the newest orthogonal one, R x N
   const NCDataMatrix<float>* GetYPred() const { return &yPred_; }                  ///< N x M

@@ -33,15 +33,11 @@ NCDataMatrix<float> PartOf(const NCDataMatrix<float>& T, const NCDataMatrix<floa
   return part;
 }
 
-namespace {
-
 std::string StreamOfEach(const std::vector<NCDataMatrix<float>>& matrices) {
   std::string all;
   for (const NCDataMatrix<float>& matrix : matrices) all += StreamOf(matrix);
   return all;
 }
-
-}  // namespace
 
 std::string Everything(const NCOPLS& model) {
   std::string all;
@@ -64,7 +60,7 @@ std::string Everything(const OPLSCrossvalidationData& data) {
   return stream.str();
 }
 
-std::string Everything(OPLSCrossValidation& validation) {
+std::string EverythingButTrainingSS(OPLSCrossValidation& validation) {
   std::ostringstream numbers;
   numbers << validation.SizeCVRounds() << ' ' << validation.SizeOComponents() << ' ' << std::hexfloat
           << validation.GetQ2TotCum();
@@ -73,7 +69,11 @@ std::string Everything(OPLSCrossValidation& validation) {
     all += StreamOf(*vector);
   for (const auto* matrix : {validation.GetToSet(), validation.GetYPred(), validation.GetTPred()})
     all += StreamOf(*matrix);
-  return all;  // without SSYcvOriginal, which a resumed validation does not have
+  return all;
+}
+
+std::string Everything(OPLSCrossValidation& validation) {
+  return EverythingButTrainingSS(validation) + StreamOf(*validation.GetSSYcvOriginal());
 }
 
 double RelativeGapOf(const NCDataMatrix<float>& a, const NCDataMatrix<float>& b) {

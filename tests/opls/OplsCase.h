@@ -1,6 +1,7 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
 #include "kalmia/opls/NCOPLS.h"
 #include "kalmia/opls/NCOPLSPred.h"
@@ -25,6 +26,11 @@ std::string Everything(const NCOPLS& model);
 std::string Everything(NCOPLSPred& prediction);
 std::string Everything(OPLSCrossValidation& validation);
 std::string Everything(const OPLSCrossvalidationData& data);
+/// Without SSYcvOriginal, which a resumed validation does not have.
+std::string EverythingButTrainingSS(OPLSCrossValidation& validation);
+
+/// The streams of matrices one behind the other.
+std::string StreamOfEach(const std::vector<NCDataMatrix<float>>& matrices);
 
 /// |a - b| over all cells relative to |b|; infinite where the holes differ.
 double RelativeGapOf(const NCDataMatrix<float>& a, const NCDataMatrix<float>& b);
