@@ -9,6 +9,7 @@
 #include "app/OutputPlaces.h"
 #include "app/SpectrumResult.h"
 #include "kalmia/signal/FFT.h"
+#include "kalmia/signal/WindowedPower.h"
 #include "kalmia/support/NCError.h"
 
 namespace kalmia::app {
@@ -84,14 +85,31 @@ int SegmentFor(const SpectrumOptions& options, const Signal& signal) {
 
 std::vector<double> Doubles(const NCDataVector<float>& cells) { return {cells.begin(), cells.end()}; }
 
-ColumnSpectrum SpectrumOf(const Signal& signal, int segment, const SpectrumOptions& options) try {
-  NCDataVector<float> power;
-  FFT::PowerSpectrum(&signal.cells, segment, /*overlap=*/true, DetrendModeOf(options.detrend), FFT::ScalingPlain,
-                     WindowOf(options.window), &power);
-  return {signal.name, signal.cells.GetNumMisVal(), Doubles(power)};
-} catch (const NCError&) {
+[[noreturn]] void RefusePower(const Signal& signal) {
   throw Failure(ExitCode::BadData, signal.where + " has a power beyond single precision: its values are too large or "
                                                   "too small, change their unit");
+}
+
+/// Whether anything differs from 0 without what --detrend takes off.
+bool HasRest(const Signal& signal, FFT::DetrendMode detrend) {
+  NCDataVector<float> rest(signal.cells);
+  rest.InterpolateMisVals(nullptr);
+  long double mean = 0, slope = 0;
+  if (detrend == FFT::DetrendMean) rest.DetrendMean(mean);
+  if (detrend == FFT::DetrendLinear) rest.DetrendLinear(mean, slope);
+  return std::any_of(rest.begin(), rest.end(), [](float cell) { return cell != 0.0F; });
+}
+
+ColumnSpectrum SpectrumOf(const Signal& signal, int segment, const SpectrumOptions& options) try {
+  NCDataVector<float> power;
+  const FFT::DetrendMode detrend = DetrendModeOf(options.detrend);
+  FFT::PowerSpectrum(&signal.cells, segment, /*overlap=*/true, detrend, FFT::ScalingPlain, WindowOf(options.window),
+                     &power);
+  const bool hasPower = std::any_of(power.begin(), power.end(), [](float cell) { return cell != 0.0F; });
+  if (!hasPower && HasRest(signal, detrend)) RefusePower(signal);
+  return {signal.name, signal.cells.GetNumMisVal(), Doubles(power)};
+} catch (const NCError&) {
+  RefusePower(signal);
 }
 
 SpectrumResult Analyse(const std::vector<Signal>& signals, const SpectrumOptions& options) {
@@ -102,8 +120,7 @@ SpectrumResult Analyse(const std::vector<Signal>& signals, const SpectrumOptions
   result.window = options.window;
   result.lags = LagsFor(options, first);
   result.segment = SegmentFor(options, first);
-  const int half = result.segment / 2;
-  result.segments = static_cast<int>((static_cast<std::int64_t>(result.rows) + half - 1) / half / 2 * 2);
+  result.segments = 2 * kalmia::CutIntoSegments(result.rows, result.segment / 2, /*overlap=*/true).rounds;
   NCDataVector<float> correlations;
   const FFT::DetrendMode detrend = DetrendModeOf(options.detrend);
   if (signals.size() > 1) {

@@ -28,7 +28,9 @@ std::string PeriodText(const SpectrumResult& result, int i) {
 }
 
 std::string LagSentence(const SpectrumResult& result) {
-  const int lag = result.PeakLag();
+  const std::optional<int> peak = result.PeakLag();
+  if (!peak) return "No correlation: nothing is left of a column\n";
+  const int lag = *peak;
   const std::string column = OneLine(result.parts[0].column), with = OneLine(result.parts[1].column);
   const std::string rows = Counted(static_cast<std::size_t>(std::abs(lag)), "row");
   std::string text = "Furthest from 0 at lag " + std::to_string(lag) + ": ";
@@ -58,6 +60,13 @@ std::string CorrelationText(const SpectrumResult& result) {
          (result.IsCross() ? LagSentence(result) : "") + "\n" + table.Text() + MoreLine(more);
 }
 
+std::string PeakSentence(const SpectrumResult& result, const ColumnSpectrum& part) {
+  const std::optional<int> peak = SpectrumResult::Peak(part);
+  if (!peak) return "No power at any frequency above 0\n";
+  return "Largest at frequency " + Fixed(result.Frequency(*peak), 5) + ", a period of " + PeriodText(result, *peak) +
+         " rows\n";
+}
+
 std::string PowerText(const SpectrumResult& result, const ColumnSpectrum& part) {
   TextTable table;
   for (const char* title : {"frequency", "period", "power"}) table.AddColumn(title, TextTable::Align::Right);
@@ -69,12 +78,10 @@ std::string PowerText(const SpectrumResult& result, const ColumnSpectrum& part) 
     table.AddRow({Fixed(result.Frequency(i), 5), PeriodText(result, i), Significant(power, 5),
                   largest > 0.0 ? Bar(power / largest) : ""});
   }
-  const int peak = SpectrumResult::Peak(part);
   return "Power of " + OneLine(part.column) + " in " +
          Counted(static_cast<std::size_t>(result.segments), "half-overlapping segment") + " of " +
-         std::to_string(result.segment) + " rows, " + result.window + " window\nLargest at frequency " +
-         Fixed(result.Frequency(peak), 5) + ", a period of " + PeriodText(result, peak) + " rows\n\n" + table.Text() +
-         MoreLine(static_cast<std::size_t>(std::max(0, lines - kMostLines)));
+         std::to_string(result.segment) + " rows, " + result.window + " window\n" + PeakSentence(result, part) +
+         "\n" + table.Text() + MoreLine(static_cast<std::size_t>(std::max(0, lines - kMostLines)));
 }
 
 std::string RemovedText(const std::string& detrend) {
@@ -86,11 +93,17 @@ std::string RemovedText(const std::string& detrend) {
 
 double SpectrumResult::CorrelationLimit() const { return 1.96 / std::sqrt(static_cast<double>(rows)); }
 
-int SpectrumResult::Peak(const ColumnSpectrum& part) {
-  return static_cast<int>(std::max_element(part.power.begin() + 1, part.power.end()) - part.power.begin());
+std::optional<int> SpectrumResult::Peak(const ColumnSpectrum& part) {
+  const auto peak = std::max_element(part.power.begin() + 1, part.power.end());
+  if (*peak == 0.0) return std::nullopt;
+  return static_cast<int>(peak - part.power.begin());
 }
 
-int SpectrumResult::PeakLag() const {
+std::optional<int> SpectrumResult::PeakLag() const {
+  const auto isZero = [](double power) { return power == 0.0; };
+  for (const ColumnSpectrum& part : parts) {
+    if (std::all_of(part.power.begin(), part.power.end(), isZero)) return std::nullopt;
+  }
   const auto nearer = [](double a, double b) { return std::abs(a) < std::abs(b); };
   const auto peak = std::max_element(correlations.begin(), correlations.end(), nearer);
   return FirstLag() + static_cast<int>(peak - correlations.begin());
@@ -129,9 +142,10 @@ std::string SpectrumJson(const SpectrumResult& result, const Notes& notes) {
                           {"period", i == 0 ? Json() : JsonNumber(1.0 / result.Frequency(i))},
                           {"power", JsonNumber(part.power[static_cast<std::size_t>(i)])}});
     }
+    const std::optional<int> peak = SpectrumResult::Peak(part);
     columns.push_back({{"name", part.column},
                        {"missing", part.missing},
-                       {"peakFrequency", result.Frequency(SpectrumResult::Peak(part))},
+                       {"peakFrequency", peak ? Json(result.Frequency(*peak)) : Json()},
                        {"spectrum", spectrum}});
   }
   json["columns"] = columns;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -30,10 +31,11 @@ struct SpectrumResult {
   int FirstLag() const { return IsCross() ? -lags : 0; }
   double CorrelationLimit() const;  ///< 1.96 / sqrt(rows): 95 % of the correlations of unrelated rows lie within
   double Frequency(int i) const { return static_cast<double>(i) / segment; }
-  /// The index of the largest power apart from that at frequency 0.
-  static int Peak(const ColumnSpectrum& part);
-  /// The lag of the correlation furthest from 0; the first of equals.
-  int PeakLag() const;
+  /// The index of the largest power apart from that at frequency 0; nothing where all others are 0.
+  static std::optional<int> Peak(const ColumnSpectrum& part);
+  /// The lag of the correlation furthest from 0, the first of equals; nothing where a column has no power at all: what
+  /// comes out then is rounding.
+  std::optional<int> PeakLag() const;
   std::string Title() const;
 };
 

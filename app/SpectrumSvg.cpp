@@ -42,8 +42,10 @@ void DrawPower(const SpectrumResult& result, const ColumnSpectrum& part, double 
     line.emplace_back(plot.X(result.Frequency(i)), plot.Y(part.power[static_cast<std::size_t>(i)]));
   }
   svg->Polyline(line, Svg::Look::Data);
-  const auto peak = line[static_cast<std::size_t>(SpectrumResult::Peak(part))];
-  svg->Circle(peak.first, peak.second, 3.4, Svg::Look::Point);
+  const std::optional<int> peak = SpectrumResult::Peak(part);
+  if (!peak) return;
+  const auto& [x, y] = line[static_cast<std::size_t>(*peak)];
+  svg->Circle(x, y, 3.4, Svg::Look::Point);
 }
 
 }  // namespace

@@ -167,12 +167,23 @@ TEST(Spectrum, DrawsAStemForEachLagAndALineForEachSpectrum) {
   EXPECT_EQ(count("class=\"limit\""), 2);
 }
 
-TEST(Spectrum, DrawsASingleLagAndASpectrumWithoutPowerAtItsFrequencies) {
+TEST(Spectrum, SaysThatThereIsNoPowerWhereDetrendingLeavesNothing) {
   const ScratchFolder folder;
   const CommandResult run =
       RunSpectrum("x\n1\n-1\n", {"--lags", "0", "--svg", folder.Path("s"), "--detrend", "linear"});
   ASSERT_EQ(run.exitCode, 0) << run.error;
-  EXPECT_THAT(ReadWholeFile(folder.Path("s")), Not(HasSubstr("nan")));
+  EXPECT_THAT(run.output, HasSubstr("\nNo power at any frequency above 0\n"));
+  EXPECT_THAT(run.output, Not(HasSubstr("Largest")));
+  const std::string drawing = ReadWholeFile(folder.Path("s"));
+  EXPECT_THAT(drawing, Not(HasSubstr("nan")));
+  EXPECT_EQ(drawing.find("<circle"), drawing.rfind("<circle"));  // that of lag 0; a spectrum without peak has none
+  const std::string two = "x,y\n1,2\n2,0\n3,7\n4,1\n";
+  const CommandResult cross = RunSpectrum(two, {"--with", "y", "--detrend", "linear"});
+  EXPECT_THAT(cross.output, HasSubstr("\nNo correlation: nothing is left of a column\n"));
+  EXPECT_THAT(cross.output, Not(HasSubstr("Furthest")));
+  const json columns = RunSpectrum(two, {"--with", "y", "--detrend", "linear", "--json"}).Json()["columns"];
+  EXPECT_TRUE(columns[0]["peakFrequency"].is_null());
+  EXPECT_TRUE(columns[1]["peakFrequency"].is_number());
 }
 
 struct BadTable {
@@ -198,6 +209,9 @@ TEST(FailureOfSpectrum, IsOneLineWithExitCode1ForBadData) {
       {"x\n1\n2\n3\n4\n", {"--segment", "8"}, "has 4 rows: --segment takes a power of two from 2 to 4, not 8"},
       {"x\n1e30\n-1e30\n1e30\n", {}, "the column 'x' has a power beyond single precision"},
       {"x\n1e-21\n-1e-21\n3e-21\n", {}, "its values are too large or too small, change their unit"},
+      {"x\n1e-30\n-1e-30\n3e-30\n", {}, "the column 'x' has a power beyond single precision"},
+      {"x\n1e-40\n-1e-40\n3e-40\n", {"--detrend", "none"}, "its values are too large or too small"},
+      {"x,y\n1,1e-30\n2,3e-30\n1,1e-30\n", {"--with", "y"}, "the column 'y' has a power beyond single precision"},
       {"x\n", {}, "has a header but no data rows"}};
   for (const BadTable& bad : bads) {
     SCOPED_TRACE(bad.message);

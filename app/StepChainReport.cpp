@@ -1,0 +1,33 @@
+#include "app/StepChainReport.h"
+
+namespace kalmia::app {
+
+std::string ChainText(const StepChain& chain, std::size_t first) {
+  std::string text;
+  for (std::size_t i = first; i < chain.steps.size(); ++i) {
+    text += "  " + std::to_string(i + 1) + "  " + LearntText(chain.steps[i]) + "\n";
+  }
+  return text;
+}
+
+void NoteLearntOfAllRows(const StepChain& chain, Notes* notes) {
+  for (std::size_t i = 0; i < chain.steps.size(); ++i) {
+    const Step& step = chain.steps[i].step;
+    if (step.kind != StepKind::WaveletCompress) continue;
+    notes->Add("step " + std::to_string(i + 1) + ", " + StepText(step) +
+               ": chosen from all rows, those left out in cross-validation too: judge the model by new rows");
+  }
+}
+
+Json ChainJson(const StepChain& chain) {
+  Json list = Json::array();
+  for (const LearntStep& step : chain.steps) {
+    Json entry = {{"step", StepText(step.step)}};
+    if (step.step.kind == StepKind::Derivative) entry["spacing"] = JsonNumber(step.spacing);
+    if (step.step.kind == StepKind::WaveletCompress) entry["positions"] = step.positions;
+    list.push_back(entry);
+  }
+  return list;
+}
+
+}  // namespace kalmia::app
