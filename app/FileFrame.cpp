@@ -17,6 +17,13 @@ constexpr std::size_t kDigits = 32;  ///< of the checksum, in hexadecimals
 
 }  // namespace
 
+const FileKind* KindOfBytes(std::string_view bytes) {
+  for (const FileKind* kind : {&kModelFile, &kStepsFile, &kOplsCvFile}) {
+    if (HasMagicOf(*kind, bytes)) return kind;
+  }
+  return nullptr;
+}
+
 std::string Checksum(std::string_view bytes) {
   MD5 md5;
   md5.Update(bytes.data(), bytes.size());
@@ -42,7 +49,9 @@ FramedContent ReadFrame(const FileKind& kind, std::string_view bytes, const std:
   const std::string_view magic = kind.magic;
   if (bytes.empty()) Refuse(name + " is empty, no " + std::string(kind.content));
   if (bytes.substr(0, magic.size()) != magic.substr(0, bytes.size())) {
-    Refuse(name + " is no " + std::string(kind.content));
+    const FileKind* other = KindOfBytes(bytes);
+    const std::string is = other == nullptr ? " is" : " is a " + std::string(other->nameOfKind) + ",";
+    Refuse(name + is + " no " + std::string(kind.content));
   }
   std::istringstream header{std::string(bytes.substr(0, magic.size() + sizeof(int) + sizeof(std::uint64_t)))};
   header.ignore(static_cast<std::streamsize>(magic.size()));

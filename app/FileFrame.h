@@ -16,6 +16,13 @@ struct FileKind {
   std::string_view nameOfKind;  ///< and the file: "model file"
 };
 
+inline constexpr FileKind kModelFile{"\x8BKALMIA\n", 3, "Kalmia model", "model file"};
+inline constexpr FileKind kStepsFile{"\x8BKALMST\n", 1, "chain of preprocessing steps", "steps file"};
+inline constexpr FileKind kOplsCvFile{"\x8BKALMCV\n", 1, "cross-validation of kalmia opls", "cross-validation file"};
+
+/// Which of them the bytes begin like; null for none.
+const FileKind* KindOfBytes(std::string_view bytes);
+
 /// The content of a file, with the version that the file says.
 struct FramedContent {
   int version;
@@ -31,7 +38,7 @@ bool HasMagicOf(const FileKind& kind, std::string_view bytes);
 /// The bytes of a file.
 std::string FramedBytes(const FileKind& kind, const std::string& content);
 
-/// Its content again, a part of `bytes`. Throws Failure (Files): no such file, cut, damaged, or of a newer version;
+/// Its content again, a part of `bytes`. Throws Failure (Files): another file, cut, damaged, or of a newer version;
 /// `name` is how messages call the file.
 FramedContent ReadFrame(const FileKind& kind, std::string_view bytes, const std::string& name);
 

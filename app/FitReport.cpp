@@ -3,6 +3,7 @@
 #include "app/DisplayText.h"
 #include "app/Numbers.h"
 #include "app/Scaling.h"
+#include "app/StepChainReport.h"
 
 namespace kalmia::app {
 
@@ -26,8 +27,12 @@ std::string MissingText(const ModelData& data) {
 }  // namespace
 
 std::string DataText(const ModelData& data, const ModelFrame& model) {
-  return Counted(data.xNames.size(), "column") + " of " + model.table + ", " + Counted(data.rowNames.size(), "row") +
-         "\nX " + ScalingText(model.scaling) + MissingText(data) + "\n\n";
+  const StepChain& chain = model.chain;
+  const std::string made = chain.Empty() ? "" : "made of " + std::to_string(chain.inputNames.size()) + " ";
+  const std::string steps = chain.Empty() ? "" : "Preprocessing of X:\n" + ChainText(chain);
+  return Counted(data.xNames.size(), "column") + " " + made + "of " + model.table + ", " +
+         Counted(data.rowNames.size(), "row") + "\n" + steps + "X " + ScalingText(model.scaling) + MissingText(data) +
+         "\n\n";
 }
 
 std::string GroupsText(const ModelFrame& model) {
@@ -38,6 +43,7 @@ std::string GroupsText(const ModelFrame& model) {
 void AddDataJson(const CsvTable& table, const ModelData& data, const ModelFrame& model, Json* json) {
   (*json)["table"] = TableJson(table);
   (*json)["scaling"] = ScalingWord(model.scaling);
+  (*json)["preprocessing"] = ChainJson(model.chain);
   (*json)["x"] = {{"columns", data.xNames}, {"missingCells", data.x.GetNumMisVal()}};
   (*json)["rows"] = data.rowNames.size();
   (*json)["leftOut"] = {{"textColumns", data.textColumns},

@@ -12,7 +12,7 @@
 #include "app/PcaTables.h"
 #include "app/Scaling.h"
 #include "app/StepChainFile.h"
-#include "app/StepChainJson.h"
+#include "app/StepChainReport.h"
 #include "app/TextTable.h"
 
 namespace kalmia::app {

@@ -8,6 +8,7 @@
 #include "app/DisplayText.h"
 #include "app/Failure.h"
 #include "app/StepChainFile.h"
+#include "app/StepChainReport.h"
 #include "app/TableColumns.h"
 #include "kalmia/containers/Missing.h"
 #include "kalmia/pcapls/PCACrossValidation.h"
@@ -133,6 +134,7 @@ class Selection {
       ApplyChain(data_.chain, &signals);
     } else {
       data_.chain = LearnChain(file.steps, &signals, notes_);
+      NoteLearntOfAllRows(data_.chain, notes_);
     }
     x_.clear();
     for (std::size_t k = 0; k < signals.names.size(); ++k) {

@@ -13,7 +13,6 @@ namespace kalmia::app {
 
 namespace {
 
-constexpr FileKind kModelFile{"\x8BKALMIA\n", kModelFileVersion, "Kalmia model", "model file"};
 constexpr int kFirstVersionOfKinds = 2;          ///< before it there was nothing but PLS
 constexpr int kFirstVersionOfPreprocessing = 3;
 

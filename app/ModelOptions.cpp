@@ -14,7 +14,8 @@ void DeclareFit(CommandOptions* command, FitOptions* options, const DeclareCompo
   command->Names("--exclude", &options->exclude, "columns to leave out of X; not with --x");
   command->Exclude("--x", "--exclude");
   command->Input("--steps-file", &options->stepsFile,
-                 "preprocess X by these steps, which predict repeats; see kalmia preprocess --help");
+                 "preprocess X by these steps, which predict repeats; what wavelet-compress chooses it chooses from all "
+                 "rows, those that cross-validation leaves out too; see kalmia preprocess --help");
   command->Scaling("--scale", &options->scaling, "scaling of X: uv (default), pareto, centre or none");
   declareComponents();
   command->Number("--groups", 2, &options->groups, "number of groups of the cross-validation (default: 7)");
@@ -67,7 +68,7 @@ void DeclareOpls(CommandOptions* command, OplsOptions* options) {
                           "number of orthogonal components; auto (default): as long as Q2 gains more than its limit");
   });
   command->Text("--save-cv", "FILE", &options->saveCv, "store the cross-validation, for --resume");
-  command->Input("--resume", &options->resume, "go on from what --save-cv has stored of the same table");
+  command->Input("--resume", &options->resume, "go on from what --save-cv has stored of the same table and steps");
   command->Text("--csv", "DIR", &options->csvFolder, "write scores, loadings, coefficients and more as CSV files");
   command->Examples(
       "Examples:\n"
@@ -99,8 +100,8 @@ void DeclareO2pls(CommandOptions* command, O2plsOptions* options) {
   command->Check([options] {
     const bool isAll = options->joint && options->xUnique && options->yUnique;
     const bool isNone = !options->joint && !options->xUnique && !options->yUnique;
-    return isAll || isNone ? ""
-                           : "--joint, --x-unique and --y-unique go together: give all three numbers, or none for --auto";
+    if (isAll || isNone) return "";
+    return "--joint, --x-unique and --y-unique go together: give all three numbers, or none for --auto";
   });
   command->Flag("--fill", &options->fill, "estimate missing cells of each block from the other first");
   command->Number("--groups", 2, &options->groups, "number of groups of the cross-validation (default: 7)");

@@ -4,7 +4,6 @@
 
 #include "app/Commands.h"
 #include "app/CsvTable.h"
-#include "app/Failure.h"
 #include "app/FitFiles.h"
 #include "app/InputFile.h"
 #include "app/ModelFile.h"
@@ -22,9 +21,6 @@ namespace {
 void RefuseToOverwriteInputs(const OplsOptions& options) {
   RefuseToOverwriteTable(options, OplsCsvFileNames(), options.saveCv);
   if (options.resume.empty()) return;
-  if (options.table == "-" && options.resume == "-") {
-    throw Failure(ExitCode::Usage, "TABLE and --resume cannot both be standard input");
-  }
   std::vector<FilePlace> places = PlacesInCsvFolder(options.csvFolder, OplsCsvFileNames());
   if (!options.save.empty()) places.insert(places.begin(), {"--save", options.save});
   RefuseToOverwrite({{"the file of --resume", options.resume}}, places);

@@ -15,13 +15,12 @@ namespace kalmia::app {
 
 namespace {
 
-constexpr FileKind kOplsCvFile{"\x8BKALMCV\n", 1, "cross-validation of kalmia opls", "cross-validation file"};
 constexpr int kSmallestStep = 4;  ///< bytes on a stream, at least
 
 /// The entries of the content, in their order.
 enum CvEntry : unsigned short { CvGeneral, CvXNames, CvYNames, CvGroups, CvSteps, CvData, CvEntries };
 
-/// Of the cells and names that are modelled, in the units of the table.
+/// Of the cells and names that are modelled, before scaling: X as the steps of preprocessing have made it.
 std::string DigestOf(const ModelData& data) {
   std::ostringstream stream;
   WriteNames(data.xNames, stream);
@@ -130,14 +129,16 @@ void DescribeTable(const ModelData& data, NCScale::Scaling scaling, StoredOplsCv
 
 void RequireSameTable(const StoredOplsCv& stored, const ModelData& data, NCScale::Scaling scaling) {
   if (stored.xNames != data.xNames) {
-    RefuseBecause(stored, "was made of another table: its X columns are others, " +
+    RefuseBecause(stored, "was made of another table or with another --steps-file: its X columns are others, " +
                               DifferenceOf(stored.xNames, data.xNames));
   }
   if (stored.yNames != data.yNames) {
     RefuseBecause(stored, "was made of another table: its Y is " + Listed(stored.yNames) + ", not " +
                               Listed(data.yNames));
   }
-  if (stored.digest != DigestOf(data)) RefuseBecause(stored, "was made of another table: its cells are others");
+  if (stored.digest != DigestOf(data)) {
+    RefuseBecause(stored, "was made of another table or with another --steps-file: its cells are others");
+  }
   if (stored.rounds != data.rounds) {
     RefuseBecause(stored, "was made with " + std::to_string(stored.rounds) + " cross-validation groups, not " +
                               std::to_string(data.rounds));

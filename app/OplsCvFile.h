@@ -45,7 +45,8 @@ struct StoredOplsCv {
 /// Fills all but name and state.
 void DescribeTable(const ModelData& data, NCScale::Scaling scaling, StoredOplsCv* stored);
 
-/// Throws Failure (BadData) where the cross-validation was made of another table, with other groups or other scaling.
+/// Throws Failure (BadData) where the cross-validation was made of another table, after other steps, with other groups
+/// or other scaling.
 void RequireSameTable(const StoredOplsCv& stored, const ModelData& data, NCScale::Scaling scaling);
 
 /// The bytes of the file: magic, version, length, checksum, content. docs/command.md describes them.

@@ -13,7 +13,7 @@
 #include "app/OutputFiles.h"
 #include "app/OutputPlaces.h"
 #include "app/StepChainFile.h"
-#include "app/StepChainJson.h"
+#include "app/StepChainReport.h"
 #include "app/TableColumns.h"
 #include "kalmia/containers/Missing.h"
 
@@ -44,10 +44,19 @@ std::vector<int> ColumnsNamed(const CsvTable& table, const std::vector<std::stri
   return columns;
 }
 
+/// The columns of a saved chain. The names of the rows cannot be among them: they stay as they are.
+std::vector<int> ChainColumns(const CsvTable& table, const PreprocessOptions& options, const StepsFile& steps) {
+  const std::vector<std::string> names = options.restore ? OutputNames(*steps.chain) : steps.chain->inputNames;
+  if (std::find(names.begin(), names.end(), options.id) != names.end()) {
+    Refuse(table, "the steps of " + steps.name + " take column " + Quoted(options.id) +
+                      ", which is to name the rows: save them with --id, or leave --id out");
+  }
+  return ColumnsNamed(table, names);
+}
+
 /// Columns of the table, from 0, that become signals.
 std::vector<int> SignalColumns(const CsvTable& table, const PreprocessOptions& options, const StepsFile& steps) {
-  if (options.restore) return ColumnsNamed(table, OutputNames(*steps.chain));
-  if (steps.chain) return ColumnsNamed(table, steps.chain->inputNames);
+  if (steps.chain) return ChainColumns(table, options, steps);
   std::vector<int> excluded = RequireColumns(table, options.exclude);
   if (!options.id.empty()) excluded.push_back(RequireColumn(table, options.id));
   std::vector<int> candidates;
@@ -148,12 +157,10 @@ StepsFile StepsOf(const PreprocessOptions& options) {
 std::string ResultText(const PreprocessOptions& options, const StepChain& chain, const Signals& signals) {
   const std::size_t before = options.restore ? OutputNames(chain).size() : chain.inputNames.size();
   std::string text = std::string(options.restore ? "Restored " : "Preprocessed ") +
-                     Counted(static_cast<std::size_t>(signals.cells.SizeRows()), "row") + " of " + signals.table + ", " +
+                     Counted(signals.rowPlaces.size(), "row") + " of " + signals.table + ", " +
                      Counted(before, "column") + ", into " + OneLine(options.out) + ", " +
                      Counted(signals.names.size(), "column") + "\n";
-  for (std::size_t i = options.restore ? chain.steps.size() - 1 : 0; i < chain.steps.size(); ++i) {
-    text += "  " + std::to_string(i + 1) + "  " + LearntText(chain.steps[i]) + "\n";
-  }
+  text += ChainText(chain, options.restore ? chain.steps.size() - 1 : 0);
   if (!options.save.empty()) text += "\nSaved the steps as " + OneLine(options.save) + "\n";
   return text;
 }

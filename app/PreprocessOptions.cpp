@@ -14,7 +14,8 @@ void DeclarePreprocess(CommandOptions* command, PreprocessOptions* options) {
   command->Text("--out", "FILE", &options->out, "the columns that stay, then what the steps make, always needed");
   command->Require("--out");
   command->Text("--id", "NAME", &options->id, "column that names the rows in messages; it stays as it is");
-  command->Text("--x", "FIRST..LAST", &options->x, "columns to work on (default: all of numbers, those of sample numbers too)");
+  command->Text("--x", "FIRST..LAST", &options->x,
+                "columns to work on (default: all others of numbers, one of sample numbers too)");
   command->Names("--exclude", &options->exclude, "columns that stay as they are; not with --x");
   command->Exclude("--x", "--exclude");
   command->Text("--save", "FILE", &options->save, "store the steps with what they have learnt of this table");
@@ -28,10 +29,10 @@ void DeclarePreprocess(CommandOptions* command, PreprocessOptions* options) {
   command->Examples(StepsHelp() +
       "Examples:\n"
       "  kalmia preprocess gasoline.csv --steps snv,derivative:1:15:2 --id sample --exclude octane --out d1.csv\n"
-      "  kalmia preprocess gasoline.csv --steps wavelet-compress:40 --id sample --exclude octane --out w.csv \\\n"
-      "      --save forty.steps\n"
-      "  kalmia preprocess new.csv --steps-file forty.steps --out new-w.csv\n"
-      "  kalmia preprocess new-w.csv --steps-file forty.steps --restore --out back.csv");
+      "  kalmia preprocess gasoline.csv --steps wavelet-compress:51 --id sample --exclude octane --out w.csv \\\n"
+      "      --save tenth.steps\n"
+      "  kalmia preprocess new.csv --steps-file tenth.steps --out new-w.csv\n"
+      "  kalmia preprocess new-w.csv --steps-file tenth.steps --restore --out back.csv");
 }
 
 }  // namespace kalmia::app

@@ -11,7 +11,6 @@ namespace kalmia::app {
 
 namespace {
 
-constexpr FileKind kStepsFile{"\x8BKALMST\n", 1, "chain of preprocessing steps", "steps file"};
 constexpr int kSmallestStep = 16;  ///< bytes of a step, at least
 
 void WriteStep(const LearntStep& learnt, std::ostream& stream) {
@@ -84,7 +83,7 @@ StepsFile ReadStepsFile(const std::string& path) {
   StepsFile file;
   file.name = InputName(path);
   const std::string bytes = ReadInput(path);
-  if (IsStepChainFile(bytes)) {
+  if (KindOfBytes(bytes) != nullptr) {  // no text: a chain, or a file to be refused by what it is
     file.chain = ReadStepChainFile(bytes, file.name);
   } else {
     file.steps = ParseSteps(bytes, file.name);

@@ -15,6 +15,7 @@
 #include "app/DisplayText.h"
 #include "app/Failure.h"
 #include "app/Numbers.h"
+#include "app/StepLimits.h"
 
 namespace kalmia::app {
 
@@ -367,7 +368,10 @@ std::string StepsHelp() {
       if (parameter.reading != Reading::WaveletOrder) ranges += (ranges.empty() ? "" : "; ") + RangeHelp(parameter);
     }
     if (!ranges.empty()) help += "      " + ranges + "\n";
+    const std::string limits = StepLimits(kind.kind);
+    if (!limits.empty()) help += "      " + limits + "\n";
   }
+  help += CommonStepLimits();
   help += "Families and their filters (8, or the last one of a family that has no 8):\n";
   for (std::size_t family = 0; family < kFamilies.size(); ++family) {
     help += "  " + std::string(kFamilies[family]) + ": " + Either(OrderNames(static_cast<double>(family))) + "\n";

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "app/ComponentRecord.h"
+#include "app/FileFrame.h"
 #include "app/StepChain.h"
 #include "kalmia/o2pls/NCYOrthogonalPLS.h"
 #include "kalmia/pcapls/NCPCA.h"
@@ -15,7 +16,7 @@
 namespace kalmia::app {
 
 /// Version of the model file that this command writes; it reads this one and all before it.
-constexpr int kModelFileVersion = 3;
+constexpr int kModelFileVersion = kModelFile.version;
 
 /// What a stored model has whatever its kind: where it comes from, and what turns new rows of a table into its X.
 struct ModelFrame {

@@ -119,6 +119,9 @@ TEST(JsonSchema, HoldsForEveryOutput) {
   ExpectValid("kalmia-pls", RunKalmia({"pls", "-", "--y", "y1", "--json"}, UnrelatedTable(30, 6, 1, 5)).Json());
   ExpectValid("kalmia-spectrum", RunKalmia({"spectrum", table, "--column", "a", "--with", "b", "--json"}).Json());
   ExpectValid("kalmia-spectrum", RunKalmia({"spectrum", table, "--column", "y1", "--json"}).Json());
+  const std::string line = "x\n1\n2\n3\n";
+  ExpectValid("kalmia-spectrum",
+              RunKalmia({"spectrum", "-", "--column", "x", "--detrend", "linear", "--json"}, line).Json());
   ExpectValid("kalmia-cluster", RunKalmia({"cluster", "-", "--method", "ward", "--cut", "2", "--json", "--svg",
                                            folder.Path("svg")},
                                           "s,k,e,x\na,1,,2\nb,1,,3\nc,1,,7\n")
@@ -168,6 +171,12 @@ TEST(JsonSchema, HoldsForPreprocessingAndForModelsWithIt) {
   ExpectValid("kalmia-preprocess", RunKalmia({"preprocess", out, "--steps-file", saved, "--restore", "--out",
                                               folder.Path("back.csv"), "--json"}).Json());
   ExpectValid("kalmia-info-steps", RunKalmia({"info", saved, "--json"}).Json());
+  for (const char* command : {"pls", "opls"}) {
+    ExpectValid("kalmia-" + std::string(command),
+                RunKalmia({command, table, "--y", "y", "--id", "name", "--steps-file", saved, "--json"}).Json());
+  }
+  ExpectValid("kalmia-pca",
+              RunKalmia({"pca", table, "--exclude", "y", "--id", "name", "--steps-file", saved, "--json"}).Json());
   ASSERT_EQ(RunKalmia({"pls", table, "--y", "y", "--id", "name", "--components", "1", "--steps-file", saved, "--save",
                        model}).exitCode, 0);
   const json info = RunKalmia({"info", model, "--json"}).Json();

@@ -169,6 +169,7 @@ TEST(OplsResume, RefusesAnotherTableOtherGroupsScalingOrBlockWithOneLineEach) {
     from = end + 1;
   }
   const std::string turned = folder.Write("turned.csv", exchanged), withColumn = folder.Write("more.csv", more);
+  const std::string steps = folder.Write("steps", "linear:2");
   const Words judged = {"--predictive", "1", "--orthogonal", "1"};
   RunWell(Words{"opls", table, "--y", "y1,y2", "--save-cv", cv} + judged);
   struct Case {
@@ -176,9 +177,12 @@ TEST(OplsResume, RefusesAnotherTableOtherGroupsScalingOrBlockWithOneLineEach) {
     std::string message;
   };
   const Case cases[] = {
-      {Words{"opls", withCell, "--y", "y1,y2"} + judged, cv + " was made of another table: its cells are others"},
+      {Words{"opls", withCell, "--y", "y1,y2"} + judged,
+       cv + " was made of another table or with another --steps-file: its cells are others"},
+      {Words{"opls", table, "--y", "y1,y2", "--steps-file", steps} + judged,
+       cv + " was made of another table or with another --steps-file: its cells are others"},
       {Words{"opls", withName, "--y", "y1,y2"} + judged,
-       cv + " was made of another table: its X columns are others, 'x2' was among them"},
+       cv + " was made of another table or with another --steps-file: its X columns are others, 'x2' was among them"},
       {Words{"opls", table, "--y", "y1,y2", "--exclude", "x3"} + judged, "others, 'x3' was among them"},
       {Words{"opls", withColumn, "--y", "y1,y2"} + judged, "its X columns are others, 'new' was not among them"},
       {Words{"opls", turned, "--y", "y1,y2"} + judged, "its X columns are others, their order is another"},
@@ -194,7 +198,7 @@ TEST(OplsResume, RefusesAnotherTableOtherGroupsScalingOrBlockWithOneLineEach) {
     ExpectFailure(RunKalmia(each.words + Words{"--resume", cv, "--save-cv", out, "--save", folder.Path("nor")}), 1,
                   each.message);
   }
-  EXPECT_EQ(folder.Names(), (Words{"cell.csv", "cv", "more.csv", "name.csv", "t.csv", "turned.csv"}));
+  EXPECT_EQ(folder.Names(), (Words{"cell.csv", "cv", "more.csv", "name.csv", "steps", "t.csv", "turned.csv"}));
 }
 
 TEST(OplsResume, RefusesAsManyGroupsThatDivideTheRowsInAnotherWay) {
@@ -374,7 +378,7 @@ TEST(OplsCvFile, IsRefusedByTheCommandWithOneLineAndExitCode3) {
   damaged.back() = static_cast<char>(damaged.back() ^ 1);
   const std::pair<std::string, const char*> files[] = {
       {"a,b\n1,2\n", " is no cross-validation of kalmia opls"},
-      {ReadWholeFile(model), " is no cross-validation of kalmia opls"},
+      {ReadWholeFile(model), " is a model file, no cross-validation of kalmia opls"},
       {"", " is empty, no cross-validation of kalmia opls"},
       {bytes.substr(0, 400), " is cut: 348 of "},
       {bytes.substr(0, 30), " is cut: it ends within its header"},

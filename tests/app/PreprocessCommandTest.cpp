@@ -129,7 +129,8 @@ TEST_F(Preprocess, LeavesEveryFileAsItWasWhereItFails) {
   const std::string bad = folder_.Write("bad.csv", "n,a,b\nu,1,2\nv,3,-1\n");
   folder_.Write("out.csv", "before");
   ExpectFailure(RunKalmia(On(bad) + Words{"--steps", "snv,linear,log", "--id", "n", "--save", saved_}), 1,
-                "bad.csv: step 3, log:1:0: row 1 (line 2), 'u', column 'a' is -0.70710677, of which the step makes no number");
+                "bad.csv: step 3, log:1:0: row 1 (line 2), 'u', column 'a' is -0.70710677, of which the step makes no "
+                "number");
   ExpectFailure(RunKalmia(On(bad) + Words{"--steps", "log", "--id", "n", "--save", saved_}), 1,
                 "bad.csv: step 1, log:1:0: row 2 (line 3), 'v', column 'b' is -1, of which the step makes no number");
   ExpectFailure(RunKalmia(On(table_) + Words{"--steps", "snv", "--save", folder_.Path("no/such/folder")}), 3, "");
@@ -177,6 +178,8 @@ TEST_F(Preprocess, IsRefusedInOneLine) {
       {On(table_) + Words{"--steps", "snv", "--x", "x1..x3", "--exclude", "y"}, 2, "--exclude"},
       {On(table_) + Words{"--steps", "snv", "--exclude", "z"}, 1, "there is no column 'z'"},
       {On(inf) + Words{"--steps", "linear"}, 1, "row 2"},
+      {On(table_) + Words{"--steps-file", saved_, "--id", "x2"}, 1,
+       "the steps of " + saved_ + " take column 'x2', which is to name the rows"},
       {On(fewer) + Words{"--steps-file", saved_}, 1, "there is no column 'x3'"},
       {On(fewer) + Words{"--steps", "snv", "--x", "name"}, 1, "there is no column of numbers to work on"},
       {On(twice) + Words{"--steps", "wavelet-compress:2", "--x", "a..b"}, 1,
@@ -190,6 +193,21 @@ TEST_F(Preprocess, IsRefusedInOneLine) {
     SCOPED_TRACE(row.message);
     ExpectFailure(RunKalmia(row.arguments), row.exitCode, row.message);
   }
+}
+
+TEST_F(Preprocess, SaysOfAFileOfAnotherKindWhatItIs) {
+  const std::string model = folder_.Path("m"), cv = folder_.Path("cv");
+  RunWell({"opls", table_, "--y", "y", "--id", "name", "--save", model, "--save-cv", cv});
+  RunWell(Learn("snv") + Words{"--save", saved_});
+  ExpectFailure(RunKalmia(On(table_) + Words{"--steps-file", model}), 3,
+                model + " is a model file, no chain of preprocessing steps");
+  ExpectFailure(RunKalmia({"pca", table_, "--steps-file", cv}), 3,
+                cv + " is a cross-validation file, no chain of preprocessing steps");
+  ExpectFailure(RunKalmia({"predict", saved_, table_}), 3, saved_ + " is a steps file, no Kalmia model");
+  ExpectFailure(RunKalmia({"predict", cv, table_}), 3, cv + " is a cross-validation file, no Kalmia model");
+  ExpectFailure(RunKalmia({"opls", table_, "--y", "y", "--resume", model}), 3,
+                model + " is a model file, no cross-validation of kalmia opls");
+  ExpectFailure(RunKalmia({"info", folder_.Write("text", "snv")}), 3, "text is no Kalmia model");
 }
 
 /// Fits with --steps-file and predicts the training rows with the stored model.
@@ -236,6 +254,39 @@ TEST_F(PreprocessedModel, IsThatOfTheTableThatPreprocessWrites) {
     const json info = RunWell({"info", model_, "--json"}).Json();
     EXPECT_EQ(info["preprocessing"], (json{{{"step", "snv"}}, {{"step", "derivative:1:5:2"}, {"spacing", 1.0}}}));
     EXPECT_THAT(RunWell({"info", model_}).output, HasSubstr("derivative:1:5:2, channels 1 apart"));
+  }
+}
+
+TEST_F(PreprocessedModel, TellsOfItsStepsAsItTellsOfItsColumns) {
+  const std::string steps = folder_.Write("steps", "derivative:1:5, wavelet-compress:3");
+  const std::string told = "made of 12 of " + table_ +
+                           ", 20 rows\nPreprocessing of X:\n  1  derivative:1:5:2, channels 1 apart\n"
+                           "  2  wavelet-compress:3:symmlet:8\nX ";
+  for (const Words& fit : std::vector<Words>{{"pls", "--y", "y", "--components", "1"},
+                                             {"opls", "--y", "y", "--orthogonal", "1"},
+                                             {"pca", "--exclude", "y", "--components", "1"}}) {
+    SCOPED_TRACE(fit.front());
+    const Words words = fit + Words{table_, "--id", "name", "--save", model_};
+    const Words withSteps = words + Words{"--steps-file", steps};
+    const CommandResult run = RunWell(withSteps);
+    EXPECT_THAT(run.output, HasSubstr(" 3 columns " + told));
+    EXPECT_EQ(RunWell(withSteps + Words{"--json"}).Json()["preprocessing"],
+              RunWell({"info", model_, "--json"}).Json()["preprocessing"]);
+    EXPECT_THAT(RunWell(words).output, HasSubstr(" 12 columns of " + table_ + ", 20 rows\nX "));
+    EXPECT_EQ(RunWell(words + Words{"--json"}).Json()["preprocessing"], json::array());
+  }
+}
+
+TEST_F(PreprocessedModel, NotesWhatItsCrossValidationDoesNotLeaveOut) {
+  const Words fit = {"pls", table_, "--y", "y", "--id", "name", "--steps-file"};
+  const std::string note =
+      "note: step 2, wavelet-compress:3:symmlet:8: chosen from all rows, those left out in cross-validation too";
+  EXPECT_THAT(RunWell(fit + Words{folder_.Write("a", "snv,wavelet-compress:3")}).error, HasSubstr(note));
+  EXPECT_EQ(RunWell(fit + Words{folder_.Write("b", "snv,wavelet-denoise")}).error, "");
+  RunWell(Learn("snv,wavelet-compress:3") + Words{"--save", saved_});
+  EXPECT_EQ(RunWell(fit + Words{saved_}).error, "");  // chosen from rows of whatever table it was
+  for (const char* command : {"pls", "opls", "pca"}) {
+    EXPECT_THAT(RunKalmia({command, "--help"}).output, HasSubstr("chooses it chooses from all rows"));
   }
 }
 

@@ -17,7 +17,6 @@ using kalmia::app::IsValid;
 using kalmia::app::ParseSteps;
 using kalmia::app::Step;
 using kalmia::app::StepKind;
-using kalmia::app::StepsHelp;
 using kalmia::app::StepText;
 using ::testing::HasSubstr;
 using Texts = std::vector<std::string>;
@@ -138,17 +137,6 @@ TEST(Steps, OfAFileAreValidWhereTheirTextIsReadAndNowhereElse) {
   EXPECT_FALSE(IsValid({StepKind::Linear, {1e-300, 0.0}}));
   EXPECT_FALSE(IsValid({StepKind::WaveletDenoise, {0.0, 2.0}}));  // Beylkin has one filter
   EXPECT_FALSE(IsValid({StepKind::WaveletDenoise, {10.0, 1.0}}));
-}
-
-TEST(Steps, AreAllInTheHelpWithRangesAndDefaults) {
-  const std::string help = StepsHelp();
-  for (const char* part :
-       {"linear[:a[:b]]", "power:c[:a[:b]]", "(a x + b)^c", "c: a number; a: a number (1)", "detrend[:MODE]",
-        "mode: mean or linear (linear)", "window: an odd number from 3 to 100001 (11)",
-        "polynomial: a whole number from 2 to 3 (2)", "wavelet-compress:COUNT[:FAMILY[:FILTER]]",
-        "daubechies: 4, 6, 8, 10, 12, 20 or 50", "wavelet-restore"}) {
-    EXPECT_THAT(help, HasSubstr(part));
-  }
 }
 
 }  // namespace
