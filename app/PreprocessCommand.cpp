@@ -1,4 +1,6 @@
 #include <algorithm>
+#include <string_view>
+#include <unordered_set>
 #include <utility>
 #include <vector>
 
@@ -33,8 +35,11 @@ void RefuseToOverwriteInputs(const PreprocessOptions& options) {
   throw Failure(ExitCode::BadData, table.Name() + ": " + message);
 }
 
-bool Has(const std::vector<int>& columns, int column) {
-  return std::find(columns.begin(), columns.end(), column) != columns.end();
+/// For each column of the table whether it is among these.
+std::vector<bool> Marked(const CsvTable& table, const std::vector<int>& columns) {
+  std::vector<bool> marked(static_cast<std::size_t>(table.Columns()), false);
+  for (const int column : columns) marked[static_cast<std::size_t>(column)] = true;
+  return marked;
 }
 
 /// The columns of these names, from 0.
@@ -66,8 +71,10 @@ std::vector<int> SignalColumns(const CsvTable& table, const PreprocessOptions& o
     for (int column = 0; column < table.Columns(); ++column) candidates.push_back(column);
   }
   std::vector<int> columns;
+  const std::vector<bool> isExcluded = Marked(table, excluded);
   for (const int column : candidates) {
-    if (!Has(excluded, column) && KindOfColumn(table, column) != ColumnKind::Texts) columns.push_back(column);
+    if (isExcluded[static_cast<std::size_t>(column)]) continue;
+    if (KindOfColumn(table, column) != ColumnKind::Texts) columns.push_back(column);
   }
   if (columns.empty()) Refuse(table, "there is no column of numbers to work on");
   return columns;
@@ -107,12 +114,15 @@ std::string KeptCell(const CsvTable& table, ColumnKind kind, int row, int column
 /// The columns that are no signals, then what has become of the signals.
 std::string OutText(const CsvTable& table, const std::vector<int>& columns, const Signals& signals) {
   std::vector<std::pair<int, ColumnKind>> kept;
+  const std::vector<bool> isSignal = Marked(table, columns);
+  const std::unordered_set<std::string_view> made(signals.names.begin(), signals.names.end());
   CsvText csv;
   for (int column = 0; column < table.Columns(); ++column) {
-    if (Has(columns, column)) continue;
+    if (isSignal[static_cast<std::size_t>(column)]) continue;
     const std::string& name = table.ColumnNames()[static_cast<std::size_t>(column)];
-    const bool isTwice = std::find(signals.names.begin(), signals.names.end(), name) != signals.names.end();
-    if (isTwice) Refuse(table, "column " + Quoted(name) + " would stand in the output twice: rename it in the table");
+    if (made.count(name) > 0) {
+      Refuse(table, "column " + Quoted(name) + " would stand in the output twice: rename it in the table");
+    }
     kept.emplace_back(column, KindOfColumn(table, column));
     csv.Field(name);
   }
