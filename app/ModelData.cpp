@@ -7,6 +7,7 @@
 #include "app/CellNumber.h"
 #include "app/DisplayText.h"
 #include "app/Failure.h"
+#include "app/Scaling.h"
 #include "app/StepChainFile.h"
 #include "app/StepChainReport.h"
 #include "app/TableColumns.h"
@@ -39,12 +40,7 @@ struct Column {
   std::size_t Present() const {
     return cells.size() - static_cast<std::size_t>(std::count(cells.begin(), cells.end(), kMissingCell));
   }
-  /// No two present cells differ.
-  bool IsConstant() const {
-    const auto isPresent = [](float cell) { return cell != kMissingCell; };
-    const auto first = std::find_if(cells.begin(), cells.end(), isPresent);
-    return std::none_of(first, cells.end(), [&](float cell) { return isPresent(cell) && cell != *first; });
-  }
+  bool IsConstant() const { return app::IsConstant(cells.data(), cells.data() + cells.size()); }
 };
 
 /// Works from the columns of the table to the matrices.

@@ -135,6 +135,12 @@ void ApplyScale(NCScale* scale, NCDataMatrix<float>* matrix) {
 
 float UnlessMissing(float number) { return number == kMissingCell ? NextBelow(number) : number; }
 
+bool IsConstant(const float* begin, const float* end) {
+  const auto isPresent = [](float cell) { return cell != kMissingCell; };
+  const float* const first = std::find_if(begin, end, isPresent);
+  return std::none_of(first, end, [&](float cell) { return isPresent(cell) && cell != *first; });
+}
+
 NCScale::Scaling ScalingOfY(NCScale::Scaling scalingOfX) {
   return scalingOfX == NCScale::ScalingUnitVariance ? NCScale::ScalingUnitVariance : NCScale::ScalingCentre;
 }

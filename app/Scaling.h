@@ -24,6 +24,9 @@ void ApplyScale(NCScale* scale, NCDataMatrix<float>* matrix);
 /// The number; the next float below where it is the missing value.
 float UnlessMissing(float number);
 
+/// Whether no two of the cells differ, but for missing ones.
+bool IsConstant(const float* begin, const float* end);
+
 /// The scaling of Y that goes with one of X: unit variance with unit variance, else centring alone.
 NCScale::Scaling ScalingOfY(NCScale::Scaling scalingOfX);
 

@@ -9,13 +9,17 @@
 #include <utility>
 
 #include "app/ChannelSpacing.h"
+#include "app/DisplayText.h"
 #include "app/Numbers.h"
 #include "app/StepWork.h"
 #include "app/WaveletSteps.h"
+#include "kalmia/signal/SignalLength.h"
 
 namespace kalmia::app {
 
 namespace {
+
+constexpr std::size_t kColumnsNamed = 10;  ///< a note names so many columns, and counts the others
 
 std::string Place(std::size_t i, const Step& step) { return "step " + std::to_string(i + 1) + ", " + StepText(step); }
 
@@ -24,12 +28,23 @@ const LearntStep* CompressBefore(const std::vector<LearntStep>& steps, std::size
   return i > 0 && steps[i - 1].step.kind == StepKind::WaveletCompress ? &steps[i - 1] : nullptr;
 }
 
-/// Coefficients have no distance from one another.
 float SpacingOf(const Signals& signals, const std::string& place, Notes* notes) {
-  const auto spacing = signals.fullNames.empty() ? ChannelSpacing(signals.names) : std::nullopt;
+  const bool areCoefficients = !signals.fullNames.empty();
+  const auto spacing = areCoefficients ? std::nullopt : ChannelSpacing(signals.names);
   if (spacing) return static_cast<float>(*spacing);
-  notes->Add(place + ": per channel, for the names of the columns are no equally spaced numbers");
+  notes->Add(place + ": per channel, for " +
+             (areCoefficients ? "wavelet coefficients have no distance from one another"
+                              : "the names of the columns are no equally spaced numbers"));
   return 1.0F;
+}
+
+void NoteEmptyColumns(const Signals& signals, Notes* notes) {
+  std::vector<std::string> empty;
+  for (int c = 1; c <= signals.cells.SizeColumns(); ++c) {
+    const bool isEmpty = signals.cells.GetColumnMisVal(c) == signals.cells.SizeRows();
+    if (isEmpty) empty.push_back(signals.names[static_cast<std::size_t>(c) - 1]);
+  }
+  if (!empty.empty()) notes->Add("no cell, but taken as a channel: " + Listed(empty, kColumnsNamed));
 }
 
 /// Whether the step could have learnt this from signals of so many channels.
@@ -41,7 +56,7 @@ bool CouldLearn(const LearntStep& learnt, int channels) {
   if (learnt.step.kind != StepKind::WaveletCompress) return positions.empty();
   const bool rise = std::adjacent_find(positions.begin(), positions.end(), std::greater_equal<>()) == positions.end();
   return static_cast<int>(positions.size()) == learnt.step.Whole(0) && rise && positions.front() >= 1 &&
-         positions.back() <= Coefficients(channels);
+         positions.back() <= kalmia::PowerLength(channels);
 }
 
 /// As a table has them: all different, none empty.
@@ -87,6 +102,7 @@ NameWalk Walked(const StepChain& chain) {
 StepChain LearnChain(const std::vector<Step>& steps, Signals* signals, Notes* notes) {
   StepChain chain;
   chain.inputNames = signals->names;
+  NoteEmptyColumns(*signals, notes);
   for (std::size_t i = 0; i < steps.size(); ++i) {
     const std::string place = Place(i, steps[i]);
     LearntStep learnt;

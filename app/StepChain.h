@@ -37,7 +37,8 @@ struct Signals {
 /// of column transformations, snv and detrend stay missing; a window makes do with the cells it has, see Derivate;
 /// wavelets see them filled along straight lines, and wavelet-denoise leaves them missing. A row without a cell stays
 /// so.
-/// Notes where the spacing of a derivative is 1 for want of numbers in the names of the channels.
+/// Notes columns without a cell, and where the spacing of a derivative is 1 for want of numbers in the names.
+/// Shows bars; throws Failure (Stopped) after Ctrl-C.
 /// Throws Failure (BadData) that names table, row, column and step: a cell that the step cannot take, or of which it
 /// makes no finite number; a row without variance for snv; a window wider than the signals; more coefficients to keep
 /// than there are.

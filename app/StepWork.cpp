@@ -1,19 +1,21 @@
 #include "app/StepWork.h"
 
-#include <algorithm>
 #include <cmath>
 #include <functional>
 #include <memory>
 #include <utility>
+#include <vector>
 
 #include "app/DisplayText.h"
 #include "app/Failure.h"
 #include "app/Numbers.h"
 #include "app/Scaling.h"
+#include "app/StepProgress.h"
 #include "app/WaveletSteps.h"
 #include "app/WindowStep.h"
 #include "kalmia/containers/Missing.h"
 #include "kalmia/signal/NCTransform.h"
+#include "kalmia/signal/SignalLength.h"
 #include "kalmia/signal/Wavelet.h"
 
 namespace kalmia::app {
@@ -22,6 +24,7 @@ namespace {
 
 using Matrix = NCDataMatrix<float>;
 using Vector = NCDataVector<float>;
+using Cells = std::vector<float>;
 
 constexpr auto kMissingCell = kalmia::kMissingCell<float>;
 
@@ -33,26 +36,6 @@ std::string CellPlace(const Signals& signals, int row, int column) {
 
 [[noreturn]] void Refuse(const Signals& signals, const std::string& place, const std::string& message) {
   throw Failure(ExitCode::BadData, signals.table + ": " + place + ": " + message);
-}
-
-/// A cell that was there, and has become the missing value as a number, becomes the next one.
-void KeepPresent(const Vector& before, Vector* row) {
-  for (int c = 1; c <= row->Size(); ++c) {
-    if (before[c] != kMissingCell && (*row)[c] == kMissingCell) (*row)(c, UnlessMissing(kMissingCell));
-  }
-}
-
-/// Every row by its own: `work` turns a row with a cell in it into another one.
-template <class Work>
-void EachRow(Signals* signals, const Work& work) {
-  Matrix result;
-  result.ReserveRows(signals->cells.SizeRows());
-  for (int r = 1; r <= signals->cells.SizeRows(); ++r) {
-    Vector row(signals->cells[r]);
-    if (row.GetNumMisVal() < row.Size()) work(r, &row);
-    result.push_back(row);
-  }
-  signals->cells = result;
 }
 
 TransformE::Transform TransformOf(StepKind kind) {
@@ -77,39 +60,35 @@ TransformStruct TransformOf(const Step& step) {
   return transform;
 }
 
-void Transform(const Step& step, const std::string& place, Signals* signals) {
-  const Matrix before = signals->cells;
-  NCTransform transform(before.SizeColumns());
-  for (int c = 1; c <= before.SizeColumns(); ++c) transform[c] = TransformOf(step);
-  const std::unique_ptr<NCTransformErrors> errors(transform.TransformMatrixNoBreak(&signals->cells));
-  if (errors) {
-    const NCTransformError& first = *errors->GetFirstError();
-    Refuse(*signals, place, CellPlace(*signals, first.Row, first.Column) + " is " +
-                                Shortest(before[first.Row][first.Column]) + ", of which the step makes no number");
-  }
-  for (int r = 1; r <= before.SizeRows(); ++r) {
-    for (int c = 1; c <= before.SizeColumns(); ++c) {
-      if (before[r][c] == kMissingCell || signals->cells[r][c] != kMissingCell) continue;
-      signals->cells(r, c, UnlessMissing(kMissingCell));
+Matrix Transformed(const Step& step, const std::string& place, const Signals& signals, StepProgress* progress) {
+  const TransformStruct transform = TransformOf(step);
+  return RowByRow(signals.cells, signals.cells.SizeColumns(), progress, [&](int r, const Vector& row) {
+    Cells cells(row.begin(), row.end());
+    for (int c = 1; c <= row.Size(); ++c) {
+      if (row[c] == kMissingCell) continue;
+      float& cell = cells[static_cast<std::size_t>(c) - 1];
+      if (transform.TransformValue(&cell) != NCTransformError::ErrorNone) {
+        Refuse(signals, place,
+               CellPlace(signals, r, c) + " is " + Shortest(row[c]) + ", of which the step makes no number");
+      }
+      cell = UnlessMissing(cell);
     }
-  }
+    return cells;
+  });
 }
 
-/// No two of its cells differ.
-bool IsConstant(const Vector& row) {
-  const auto isPresent = [](float cell) { return cell != kMissingCell; };
-  const auto first = std::find_if(row.begin(), row.end(), isPresent);
-  return std::all_of(first, row.end(), [&](float cell) { return !isPresent(cell) || cell == *first; });
-}
-
-void StandardNormalVariate(const std::string& place, Signals* signals) {
-  EachRow(signals, [&](int r, Vector* row) {
-    if (IsConstant(*row)) {
-      Refuse(*signals, place, signals->rowPlaces[static_cast<std::size_t>(r) - 1] + " has no variance");
+Matrix Standardised(const std::string& place, const Signals& signals, StepProgress* progress) {
+  return RowByRow(signals.cells, signals.cells.SizeColumns(), progress, [&](int r, const Vector& row) {
+    if (IsConstant(row.begin(), row.end())) {
+      Refuse(signals, place, signals.rowPlaces[static_cast<std::size_t>(r) - 1] + " has no variance");
     }
-    const Vector before(*row);
-    *row = row->SNV();
-    KeepPresent(before, row);
+    const Vector standardised = row.SNV();
+    Cells cells(standardised.begin(), standardised.end());
+    for (int c = 1; c <= row.Size(); ++c) {
+      float& cell = cells[static_cast<std::size_t>(c) - 1];
+      if (row[c] != kMissingCell) cell = UnlessMissing(cell);
+    }
+    return cells;
   });
 }
 
@@ -122,19 +101,23 @@ std::function<long double(int)> TrendOf(const Step& step, const Vector& row) {
   return [=](int i) { return i * slope + intercept; };
 }
 
-void Detrend(const Step& step, Signals* signals) {
-  EachRow(signals, [&](int /*r*/, Vector* row) {
-    const auto trend = TrendOf(step, *row);
-    for (int c = 1; c <= row->Size(); ++c) {
-      const float cell = (*row)[c];
-      if (cell != kMissingCell) (*row)(c, UnlessMissing(static_cast<float>(cell - trend(c))));
+Matrix Detrended(const Step& step, const Matrix& signals, StepProgress* progress) {
+  return RowByRow(signals, signals.SizeColumns(), progress, [&](int /*r*/, const Vector& row) {
+    const auto trend = TrendOf(step, row);
+    Cells cells(row.begin(), row.end());
+    int place = 0;
+    for (float& cell : cells) {
+      ++place;
+      if (cell != kMissingCell) cell = UnlessMissing(static_cast<float>(cell - trend(place)));
     }
+    return cells;
   });
 }
 
-void Slide(const LearntStep& learnt, Signals* signals) {
+Matrix Slid(const LearntStep& learnt, const Matrix& signals, StepProgress* progress) {
   const WindowStep window(learnt);
-  EachRow(signals, [&](int /*r*/, Vector* row) { *row = window.Slid(*row); });
+  return RowByRow(signals, signals.SizeColumns(), progress,
+                  [&window](int /*r*/, const Vector& row) { return window.Slid(row); });
 }
 
 void RequireFinite(const std::string& place, const Signals& signals) {
@@ -154,8 +137,9 @@ std::string WrongChannels(const Step& step, int channels) {
   if (step.kind == StepKind::Smooth || step.kind == StepKind::Derivative) {
     return step.Window() > channels ? "the window is wider than the signals, which have " + counted : "";
   }
-  if (step.kind == StepKind::WaveletCompress && step.Whole(0) > Coefficients(channels)) {
-    return "signals of " + counted + " have no more than " + std::to_string(Coefficients(channels)) + " coefficients";
+  const int coefficients = kalmia::PowerLength(channels);
+  if (step.kind == StepKind::WaveletCompress && step.Whole(0) > coefficients) {
+    return "signals of " + counted + " have no more than " + std::to_string(coefficients) + " coefficients";
   }
   return "";
 }
@@ -163,27 +147,29 @@ std::string WrongChannels(const Step& step, int channels) {
 void Learn(const std::string& place, const Signals& signals, LearntStep* step) {
   const std::string wrong = WrongChannels(step->step, signals.cells.SizeColumns());
   if (!wrong.empty()) Refuse(signals, place, wrong);
-  if (step->step.kind == StepKind::WaveletCompress) step->positions = LargestCoefficients(step->step, signals.cells);
+  if (step->step.kind != StepKind::WaveletCompress) return;
+  StepProgress progress(place, signals.cells.SizeRows());
+  step->positions = LargestCoefficients(step->step, signals.cells, &progress);
 }
 
 void Apply(const LearntStep& learnt, const LearntStep* compress, const std::string& place, Signals* signals) {
+  StepProgress progress(place, signals->cells.SizeRows());
+  Matrix& cells = signals->cells;
   switch (learnt.step.kind) {
-    case StepKind::Snv: StandardNormalVariate(place, signals); break;
-    case StepKind::Detrend: Detrend(learnt.step, signals); break;
+    case StepKind::Snv: cells = Standardised(place, *signals, &progress); break;
+    case StepKind::Detrend: cells = Detrended(learnt.step, cells, &progress); break;
     case StepKind::Smooth:
-    case StepKind::Derivative: Slide(learnt, signals); break;
-    case StepKind::WaveletDenoise: signals->cells = Denoised(learnt.step, signals->cells); break;
+    case StepKind::Derivative: cells = Slid(learnt, cells, &progress); break;
+    case StepKind::WaveletDenoise: cells = Denoised(learnt.step, cells, &progress); break;
     case StepKind::WaveletCompress:
-      signals->cells = Compressed(learnt, signals->cells);
-      signals->fullNames = std::move(signals->names);
-      signals->names = CoefficientNames(learnt);
+      cells = Compressed(learnt, cells, &progress);
+      signals->fullNames = std::exchange(signals->names, CoefficientNames(learnt));
       break;
     case StepKind::WaveletRestore:
-      signals->cells = Restored(*compress, static_cast<int>(signals->fullNames.size()), signals->cells);
-      signals->names = std::move(signals->fullNames);
-      signals->fullNames.clear();
+      cells = Restored(*compress, static_cast<int>(signals->fullNames.size()), cells, &progress);
+      signals->names = std::exchange(signals->fullNames, {});
       break;
-    default: Transform(learnt.step, place, signals);
+    default: cells = Transformed(learnt.step, place, *signals, &progress);
   }
   RequireFinite(place, *signals);
 }

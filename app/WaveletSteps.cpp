@@ -8,6 +8,7 @@
 
 #include "app/Scaling.h"
 #include "kalmia/containers/Missing.h"
+#include "kalmia/signal/SignalLength.h"
 #include "kalmia/signal/Wavelet.h"
 
 namespace kalmia::app {
@@ -16,6 +17,7 @@ namespace {
 
 using Matrix = NCDataMatrix<float>;
 using Vector = NCDataVector<float>;
+using Cells = std::vector<float>;
 using Filters = std::unique_ptr<Wavelet::WaveletFilters, void (*)(Wavelet::WaveletFilters*)>;
 
 constexpr double kDeviationsInMedian = 0.6745;  ///< the upper quartile of the standard normal distribution
@@ -64,22 +66,36 @@ bool AreFinite(const Vector& coefficients) {
   return std::all_of(coefficients.begin(), coefficients.end(), [](float cell) { return std::isfinite(cell); });
 }
 
-/// The median of |d| over the finest details of the channels: those of the padding are no noise.
-double MedianOfFinest(const Vector& coefficients, int channels) {
+/// The share of the squares of the filter's taps that fall on present cells of the row, of those that make the finest
+/// detail `which`, from 1. Where the taps go beyond the row they fall on padding.
+double ShareOfCells(const Vector& highPass, const Vector& row, int length, int which) {
+  double all = 0.0;
+  double present = 0.0;
+  for (int i = 1; i <= highPass.Size(); ++i) {
+    const int place = (2 * which - i) % length;
+    const int cell = (place < 0 ? place + length : place) + 1;
+    const double square = static_cast<double>(highPass[i]) * highPass[i];
+    all += square;
+    if (cell <= row.Size() && row[cell] != kMissingCell<float>) present += square;
+  }
+  return present / all;
+}
+
+/// The noise of the cells, by the median of the finest details: see Denoised.
+double NoiseOf(const Vector& row, const Vector& highPass, const Vector& coefficients) {
   const int half = coefficients.Size() / 2;
   Vector finest;
-  for (int i = 1; i <= channels / 2; ++i) finest.push_back(std::fabs(coefficients[half + i]));
-  return static_cast<double>(finest.GetMedian());
+  for (int i = 1; i <= row.Size() / 2; ++i) {
+    const double share = ShareOfCells(highPass, row, coefficients.Size(), i);
+    if (share > 0.0) finest.push_back(static_cast<float>(std::fabs(coefficients[half + i]) / std::sqrt(share)));
+  }
+  return finest.Size() == 0 ? 0.0 : static_cast<double>(finest.GetMedian()) / kDeviationsInMedian;
 }
 
 /// The first coefficient is no detail and stays.
-void Soften(int channels, Vector* coefficients) {
-  const int n = coefficients->Size();
+void Soften(double threshold, Vector* coefficients) {
   (*coefficients)(1, UnlessMissing((*coefficients)[1]));
-  if (channels < 2) return;
-  const double threshold =
-      MedianOfFinest(*coefficients, channels) / kDeviationsInMedian * std::sqrt(2.0 * std::log(channels));
-  for (int i = 2; i <= n; ++i) {
+  for (int i = 2; i <= coefficients->Size(); ++i) {
     const double detail = (*coefficients)[i];
     const double left = std::max(0.0, std::fabs(detail) - threshold);
     (*coefficients)(i, UnlessMissing(static_cast<float>(std::copysign(left, detail))));
@@ -88,17 +104,12 @@ void Soften(int channels, Vector* coefficients) {
 
 }  // namespace
 
-int Coefficients(int channels) {
-  int cells = 1;
-  while (cells < channels) cells *= 2;
-  return cells;
-}
-
-std::vector<int> LargestCoefficients(const Step& step, const Matrix& signals) {
+std::vector<int> LargestCoefficients(const Step& step, const Matrix& signals, StepProgress* progress) {
   const Filters filters = Decomposition(step);
-  std::vector<double> squares(static_cast<std::size_t>(Coefficients(signals.SizeColumns())), 0.0);
-  for (const Vector& row : signals) {
-    const std::unique_ptr<Vector> coefficients = Forward(row, *filters);
+  std::vector<double> squares(static_cast<std::size_t>(kalmia::PowerLength(signals.SizeColumns())), 0.0);
+  for (int r = 1; r <= signals.SizeRows(); ++r) {
+    progress->Begin(r);
+    const std::unique_ptr<Vector> coefficients = Forward(signals[r], *filters);
     if (!coefficients) continue;
     for (std::size_t i = 0; i < squares.size(); ++i) {
       const double cell = (*coefficients)[static_cast<int>(i) + 1];
@@ -123,50 +134,46 @@ std::vector<std::string> CoefficientNames(const LearntStep& compress) {
   return result;
 }
 
-Matrix Compressed(const LearntStep& compress, const Matrix& signals) {
+Matrix Compressed(const LearntStep& compress, const Matrix& signals, StepProgress* progress) {
   const Filters filters = Decomposition(compress.step);
   const auto kept = static_cast<int>(compress.positions.size());
-  Matrix result(signals.SizeRows(), kept);
-  for (int r = 1; r <= signals.SizeRows(); ++r) {
-    const std::unique_ptr<Vector> coefficients = Forward(signals[r], *filters);
-    if (!coefficients) continue;
-    for (int c = 1; c <= kept; ++c) {
-      result(r, c, UnlessMissing((*coefficients)[compress.positions[static_cast<std::size_t>(c) - 1]]));
-    }
-  }
-  return result;
+  return RowByRow(signals, kept, progress, [&](int /*r*/, const Vector& row) {
+    const std::unique_ptr<Vector> coefficients = Forward(row, *filters);
+    Cells cells;
+    for (const int position : compress.positions) cells.push_back(UnlessMissing((*coefficients)[position]));
+    return cells;
+  });
 }
 
-Matrix Restored(const LearntStep& compress, int channels, const Matrix& coefficients) {
+Matrix Restored(const LearntStep& compress, int channels, const Matrix& coefficients, StepProgress* progress) {
   const Filters filters = Reconstruction(compress.step);
   const NCIntegralVector<int, -99> indices = Indices(compress.positions);
-  Matrix result(coefficients.SizeRows(), channels);
-  for (int r = 1; r <= coefficients.SizeRows(); ++r) {
-    const Vector& row = coefficients[r];
-    if (row.GetNumMisVal() == row.Size()) continue;
+  return RowByRow(coefficients, channels, progress, [&](int /*r*/, const Vector& row) {
     const std::unique_ptr<Vector> whole(Wavelet::UncompressVector(&row, &indices, channels, nullptr, true));
     const Vector signal = Backward(*whole, *filters, channels);
-    for (int c = 1; c <= channels; ++c) result(r, c, UnlessMissing(signal[c]));
-  }
-  return result;
+    Cells cells(signal.begin(), signal.end());
+    for (float& cell : cells) cell = UnlessMissing(cell);
+    return cells;
+  });
 }
 
-Matrix Denoised(const Step& step, const Matrix& signals) {
+Matrix Denoised(const Step& step, const Matrix& signals, StepProgress* progress) {
   const Filters forward = Decomposition(step);
   const Filters backward = Reconstruction(step);
   const int channels = signals.SizeColumns();
-  Matrix result(signals.SizeRows(), channels);
-  for (int r = 1; r <= signals.SizeRows(); ++r) {
-    const std::unique_ptr<Vector> coefficients = Forward(signals[r], *forward);
-    if (!coefficients) continue;
+  return RowByRow(signals, channels, progress, [&](int /*r*/, const Vector& row) {
+    const std::unique_ptr<Vector> coefficients = Forward(row, *forward);
     const bool isFinite = AreFinite(*coefficients);
-    if (isFinite) Soften(channels, coefficients.get());
+    const double noise = NoiseOf(row, *forward->highPass, *coefficients);
+    if (isFinite) Soften(noise * std::sqrt(2.0 * std::log(channels)), coefficients.get());
     const Vector signal = Backward(*coefficients, *backward, channels);
+    Cells cells(row.begin(), row.end());
     for (int c = 1; c <= channels; ++c) {
-      if (signals[r][c] != kMissingCell<float>) result(r, c, isFinite ? UnlessMissing(signal[c]) : kNoNumber);
+      float& cell = cells[static_cast<std::size_t>(c) - 1];
+      if (cell != kMissingCell<float>) cell = isFinite ? UnlessMissing(signal[c]) : kNoNumber;
     }
-  }
-  return result;
+    return cells;
+  });
 }
 
 }  // namespace kalmia::app

@@ -4,32 +4,32 @@
 #include <vector>
 
 #include "app/StepChain.h"
+#include "app/StepProgress.h"
 
 namespace kalmia::app {
 
 // The steps of preprocessing that work on wavelet coefficients, row by row: each row is padded to P cells, a power of
 // two, and transformed whole. Rows without a cell come out without one.
 
-/// P for signals of so many channels.
-int Coefficients(int channels);
-
-/// The positions, from 1 and rising, of the coefficients of largest mean square over the rows, as many as the step says
-/// (at most P); of equal ones the first.
-std::vector<int> LargestCoefficients(const Step& step, const NCDataMatrix<float>& signals);
+/// The positions, from 1 and rising, of the coefficients of largest mean square over the rows, as many as the step
+/// says; of equal ones the first. Not checked: that there are so many.
+std::vector<int> LargestCoefficients(const Step& step, const NCDataMatrix<float>& signals, StepProgress* progress);
 
 /// "wavelet_1" and so on, by their positions.
 std::vector<std::string> CoefficientNames(const LearntStep& compress);
 
 /// Each row by its kept coefficients alone.
-NCDataMatrix<float> Compressed(const LearntStep& compress, const NCDataMatrix<float>& signals);
+NCDataMatrix<float> Compressed(const LearntStep& compress, const NCDataMatrix<float>& signals, StepProgress* progress);
 
 /// Signals of so many channels again: coefficients that were not kept are 0. `compress` is the step that made them.
-NCDataMatrix<float> Restored(const LearntStep& compress, int channels, const NCDataMatrix<float>& coefficients);
+NCDataMatrix<float> Restored(const LearntStep& compress, int channels, const NCDataMatrix<float>& coefficients,
+                             StepProgress* progress);
 
-/// Details d become sign(d) max(0, |d| - t) with t = s sqrt(2 ln n) for n channels, s being the median of |d| over the
-/// first n / 2 of the finest level, divided by 0.6745: behind them is the padding. Holes stay holes. A row of which a
-/// coefficient is beyond the floats comes out as NaN.
+/// Details d become sign(d) max(0, |d| - t) with t = s sqrt(2 ln n) for n channels. s is the median of |d| / sqrt(w),
+/// divided by 0.6745, over the first n / 2 of the finest level, behind which is the padding; w is the share of the
+/// squares of their taps that falls on cells of the row, for what is filled in has no noise. Those with w = 0 do not
+/// count. Holes stay holes. A row of which a coefficient is beyond the floats comes out as NaN.
 /// Source: Donoho & Johnstone (1994), Biometrika 81, 425-455.
-NCDataMatrix<float> Denoised(const Step& step, const NCDataMatrix<float>& signals);
+NCDataMatrix<float> Denoised(const Step& step, const NCDataMatrix<float>& signals, StepProgress* progress);
 
 }  // namespace kalmia::app

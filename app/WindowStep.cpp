@@ -54,10 +54,10 @@ Vector WindowStep::AsItIs(const Vector& row, float spacing) const {
   return result;
 }
 
-Vector WindowStep::Slid(const Vector& row) const {
+std::vector<float> WindowStep::Slid(const Vector& row) const {
   const Vector result = AsItIs(row, spacing_);
-  std::vector<float> cells(result.begin(), result.end());  // their count of missing ones leaves out new ones of -99
-  if (std::find(cells.begin(), cells.end(), kMissingCell) == cells.end()) return result;
+  std::vector<float> cells(result.begin(), result.end());
+  if (std::find(cells.begin(), cells.end(), kMissingCell) == cells.end()) return cells;
   // Nothing in or behind a window of a small row reaches -99, and a power of 2 changes no other bit of a cell.
   const int power = PowerOfSmallRow(row);
   const Vector small = AsItIs(Small(row, power), 1.0F);
@@ -68,9 +68,7 @@ Vector WindowStep::Slid(const Vector& row) const {
     if (cell != kMissingCell || small[c] == kMissingCell) continue;
     cell = UnlessMissing(static_cast<float>(std::ldexp(double{small[c]}, -power) * (1 / unit)));
   }
-  Vector whole;
-  whole.CopyZeroBasedVector(cells.data(), row.Size());
-  return whole;
+  return cells;
 }
 
 }  // namespace kalmia::app

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <vector>
+
 #include "app/StepChain.h"
 #include "kalmia/signal/Derivate.h"
 
@@ -13,7 +15,7 @@ class WindowStep {
   /// What Derivate makes of the row, but for this: a cell is missing only where the cells of its window do not
   /// determine the polynomial, not where a slope or the result happens to be -99. Such a result is there, as the next
   /// float.
-  NCDataVector<float> Slid(const NCDataVector<float>& row) const;
+  std::vector<float> Slid(const NCDataVector<float>& row) const;
 
  private:
   NCDataVector<float> AsItIs(const NCDataVector<float>& row, float spacing) const;

@@ -6,6 +6,8 @@
 #include <cmath>
 
 #include "StepTables.h"
+#include "app/Failure.h"
+#include "testing/AllocationMeter.h"
 
 namespace {
 
@@ -76,6 +78,27 @@ TEST(StepChain, NotesWhereTheNamesTellNoSpacingAndCountsChannelsThen) {
   LearnChain(ParseSteps("derivative:1:5", "steps"), &named, &notes);
   for (int c = 1; c <= 9; ++c) EXPECT_EQ(named.cells[1][c] * 4.0F, nameless.cells[1][c]);  // a power of two
   EXPECT_EQ(notes.Lines().size(), 1U);
+}
+
+TEST(StepChain, NotesThatCoefficientsHaveNoDistance) {
+  Signals signals = SignalsOf(RandomCells(3, 16), 2);
+  Notes notes;
+  const StepChain chain = LearnChain(ParseSteps("wavelet-compress:9,derivative:1:5", "steps"), &signals, &notes);
+  EXPECT_THAT(notes.Lines(), ElementsAre("step 2, derivative:1:5:2: per channel, for wavelet coefficients have no "
+                                         "distance from one another"));
+  EXPECT_EQ(chain.steps[1].spacing, 1.0F);
+}
+
+TEST(StepChain, NotesColumnsWithoutACellThatItTakesAsChannels) {
+  Matrix x = RandomCells(3, 8);
+  for (int r = 1; r <= 3; ++r) {
+    x(r, 3, kHole);
+    x(r, 8, kHole);
+  }
+  Signals signals = SignalsOf(x);
+  Notes notes;
+  const StepChain chain = LearnChain(ParseSteps("smooth:7", "steps"), &signals, &notes);
+  EXPECT_THAT(notes.Lines(), ElementsAre("no cell, but taken as a channel: 102 and 107"));
 }
 
 TEST(StepChain, LeavesHolesOfDenoisedSignalsAndRowsWithoutACell) {
@@ -153,6 +176,15 @@ TEST(StepChain, RefusesCellsByTableStepRowAndColumn) {
   EXPECT_THAT(RefusalOf("exp:1000", x), HasSubstr("of which the step makes no number"));
   EXPECT_THAT(RefusalOf("linear:3e38", x), HasSubstr("t: step 1, linear:3e+38:0: row 'r1', column '10"));
   EXPECT_THAT(RefusalOf("linear:3e38", x), HasSubstr("becomes no finite number"));
+}
+
+TEST(StepChain, TakesNoMemoryForAllTheCellsThatItRefuses) {
+  Signals signals = SignalsOf(Matrix(300, 200, -1.0F));
+  const std::vector<kalmia::app::Step> steps = ParseSteps("log", "steps");
+  Notes notes;
+  const PeakBytesDuring peak;
+  EXPECT_THROW(LearnChain(steps, &signals, &notes), kalmia::app::Failure);
+  EXPECT_LT(peak.GetBytes(), 1 << 20);  // the table has 240 kB; a text for each cell would take some 6 MB
 }
 
 TEST(StepChain, RefusesSnvOfARowWithoutVariance) {

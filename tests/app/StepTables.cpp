@@ -37,7 +37,7 @@ Matrix After(const std::string& steps, const Matrix& cells, int distance) {
   Signals signals = SignalsOf(cells, distance);
   Notes notes;
   LearnChain(ParseSteps(steps, "steps"), &signals, &notes);
-  EXPECT_THAT(notes.Lines(), ::testing::IsEmpty());
+  EXPECT_THAT(notes.Lines(), ::testing::Each(::testing::HasSubstr("no cell, but taken as a channel")));
   EXPECT_EQ(static_cast<int>(signals.names.size()), signals.cells.SizeColumns());
   return signals.cells;
 }

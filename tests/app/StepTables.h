@@ -15,7 +15,7 @@ kalmia::app::Signals SignalsOf(const NCDataMatrix<float>& cells, int distance = 
 /// Numbers from 0.5 to 2.5, of which every `holes`-th is missing; 0: none.
 NCDataMatrix<float> RandomCells(int rows, int columns, int holes = 0);
 
-/// What the steps make of SignalsOf(cells, distance); no note is expected.
+/// What the steps make of SignalsOf(cells, distance); no note is expected but of empty columns.
 NCDataMatrix<float> After(const std::string& steps, const NCDataMatrix<float>& cells, int distance = 1);
 
 /// The message with which the steps refuse SignalsOf(cells), as bad data; "" if they do not.

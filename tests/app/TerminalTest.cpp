@@ -160,6 +160,19 @@ TEST(Interrupt, StopsWhileScoresOfRowsWithHolesAreEstimated) {
   EXPECT_EQ(folder.Names(), (std::vector<std::string>{"m", "n.csv", "t.csv"}));
 }
 
+TEST(Interrupt, StopsPreprocessingBetweenRowsBehindABar) {
+  const ScratchFolder folder;
+  // Every window has holes, and so a fit of its own: seconds for all rows.
+  const std::string table = folder.Write("t.csv", WithHoles(UnrelatedTable(400, 800, 1, 3), 7));
+  const CommandResult run = RunOnTerminal({"preprocess", table, "--steps", "linear,smooth:501:3", "--out",
+                                           folder.Path("o"), "--save", folder.Path("s")},
+                                          "step 2, smooth:501:3");
+  EXPECT_EQ(run.exitCode, 130);
+  EXPECT_THAT(run.error, HasSubstr("kalmia: stopped"));
+  EXPECT_THAT(run.error, Not(HasSubstr("[####################]")));
+  EXPECT_EQ(folder.Names(), std::vector<std::string>{"t.csv"});
+}
+
 TEST(Interrupt, StopsWhileInputIsAwaited) {
   const ScratchFolder folder;
   const std::string table = folder.Write("t.csv", LinearTable(20, 4, 1));
