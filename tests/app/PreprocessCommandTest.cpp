@@ -1,44 +1,17 @@
-// `kalmia preprocess`: what it writes and stores; models of preprocessed X, and predictions with them.
+// `kalmia preprocess`: what it writes and stores, and what it refuses.
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "CommandRun.h"
 #include "ExpectFailure.h"
-#include "TestTables.h"
+#include "PreprocessFixture.h"
 
 namespace {
 
 using nlohmann::json;
 using ::testing::HasSubstr;
-using Words = std::vector<std::string>;
 
-Words operator+(Words first, const Words& more) {
-  first.insert(first.end(), more.begin(), more.end());
-  return first;
-}
-
-CommandResult RunWell(const Words& arguments, const std::string& input = "") {
-  CommandResult result = RunKalmia(arguments, input);
-  EXPECT_EQ(result.exitCode, 0) << result.error;
-  return result;
-}
-
-/// The table x1 to x12 and y of 20 rows in t.csv.
-class Preprocess : public ::testing::Test {
- protected:
-  Words On(const std::string& table) const { return {"preprocess", table, "--out", out_}; }
-  Words Learn(const std::string& steps) const {
-    return On(table_) + Words{"--steps", steps, "--id", "name", "--exclude", "y"};
-  }
-  std::string Out() const { return ReadWholeFile(out_); }
-
-  ScratchFolder folder_;
-  std::string text_ = LinearTable(20, 12, 6);
-  std::string table_ = folder_.Write("t.csv", text_);
-  std::string out_ = folder_.Path("out.csv");
-  std::string saved_ = folder_.Path("saved");
-};
+class Preprocess : public PreprocessFixture {};
 
 TEST_F(Preprocess, WritesTheColumnsThatStayThenWhatTheStepsMake) {
   const std::string table = folder_.Write("s.csv", "a,id,b,n\n1,x,10,12345678901\n2,\"y,z\",100,\n,w,1000,7.50\n");
@@ -82,7 +55,8 @@ TEST_F(Preprocess, TakesStepsFromAFileAsFromTheCommandLine) {
   const std::string steps = folder_.Write("steps.txt", "# signals of one size\nsnv\n\nderivative:1:5:2   # slopes\n");
   RunWell(On(table_) + Words{"--steps-file", steps, "--id", "name", "--exclude", "y"});
   EXPECT_EQ(Out(), expected);
-  RunWell(On(table_) + Words{"--steps-file", "-", "--id", "name", "--exclude", "y"}, "snv,derivative:1:5:2");
+  RunWell(On(table_) + Words{"--steps-file", "-", "--id", "name", "--exclude", "y"},
+          "\xEF\xBB\xBFsnv\r\nderivative:1:5:2");
   EXPECT_EQ(Out(), expected);
 }
 
@@ -125,6 +99,32 @@ TEST_F(Preprocess, RestoresSignalsFromTheCoefficientsThatItKept) {
   }
 }
 
+TEST_F(Preprocess, RestoresMissingCoefficientsAsZerosAndNothingOfNone) {
+  RunWell(Learn("wavelet-compress:3") + Words{"--save", saved_});
+  const std::string header = Out().substr(0, Out().find('\n') + 1);  // name, y and three coefficients
+  const auto restored = [&](const std::string& rows) {
+    RunWell(On(folder_.Write("kept.csv", header + rows)) + Words{"--steps-file", saved_, "--restore"});
+    return Out();
+  };
+  EXPECT_EQ(restored("s1,1,30,NA,2\n"), restored("s1,1,30,0,2\n"));
+  EXPECT_NE(restored("s1,1,30,5,2\n"), restored("s1,1,30,0,2\n"));
+  EXPECT_THAT(restored("s1,1,30,5,2\ns2,1,,,\n"), HasSubstr("\ns2,1,,,,,,,,,,,,\n"));
+  const std::string two = header.substr(0, header.rfind(',')) + "\ns1,1,30,5\n";
+  ExpectFailure(RunKalmia(On(folder_.Write("two.csv", two)) + Words{"--steps-file", saved_, "--restore"}), 1,
+                "two.csv: there is no column 'wavelet_");
+}
+
+TEST_F(Preprocess, WritesToDevicesAndFailsWithThemAsAWhole) {
+  RunWell({"preprocess", table_, "--steps", "snv", "--exclude", "y", "--out", "/dev/null", "--save", saved_});
+  EXPECT_EQ(folder_.Names(), (Words{"saved", "t.csv"}));
+  const Words other = {"preprocess", table_, "--steps", "detrend", "--exclude", "y"};
+  const std::string before = ReadWholeFile(saved_);
+  ExpectFailure(RunKalmia(other + Words{"--out", "/dev/full", "--save", saved_}), 3, "cannot write /dev/full");
+  ExpectFailure(RunKalmia(other + Words{"--out", out_, "--save", "/dev/full"}), 3, "cannot write /dev/full");
+  EXPECT_EQ(folder_.Names(), (Words{"saved", "t.csv"}));
+  EXPECT_EQ(ReadWholeFile(saved_), before);
+}
+
 TEST_F(Preprocess, LeavesEveryFileAsItWasWhereItFails) {
   const std::string bad = folder_.Write("bad.csv", "n,a,b\nu,1,2\nv,3,-1\n");
   folder_.Write("out.csv", "before");
@@ -153,6 +153,9 @@ TEST_F(Preprocess, FindsTheRowOfAMessageWhereNamesRepeatOrAreEmpty) {
 
 TEST_F(Preprocess, IsRefusedInOneLine) {
   RunWell(Learn("snv") + Words{"--save", saved_});
+  const std::string compressed = folder_.Path("compressed"), kept = folder_.Path("kept.csv");
+  RunWell({"preprocess", table_, "--steps", "wavelet-compress:16", "--id", "name", "--exclude", "y", "--out", kept,
+           "--save", compressed});
   const std::string damaged = folder_.Write("damaged", ReadWholeFile(saved_).substr(0, 60));
   const std::string steps = folder_.Write("steps", "snv\nsmooth:6\n");
   const std::string inf = folder_.Write("inf.csv", "a,b\n1,2\ninf,3\n");
@@ -180,6 +183,8 @@ TEST_F(Preprocess, IsRefusedInOneLine) {
       {On(inf) + Words{"--steps", "linear"}, 1, "row 2"},
       {On(table_) + Words{"--steps-file", saved_, "--id", "x2"}, 1,
        "the steps of " + saved_ + " take column 'x2', which is to name the rows"},
+      {On(kept) + Words{"--steps-file", compressed, "--restore", "--id", "wavelet_1"}, 1,
+       "the steps of " + compressed + " take column 'wavelet_1', which is to name the rows"},
       {On(fewer) + Words{"--steps-file", saved_}, 1, "there is no column 'x3'"},
       {On(fewer) + Words{"--steps", "snv", "--x", "name"}, 1, "there is no column of numbers to work on"},
       {On(twice) + Words{"--steps", "wavelet-compress:2", "--x", "a..b"}, 1,
@@ -208,137 +213,6 @@ TEST_F(Preprocess, SaysOfAFileOfAnotherKindWhatItIs) {
   ExpectFailure(RunKalmia({"opls", table_, "--y", "y", "--resume", model}), 3,
                 model + " is a model file, no cross-validation of kalmia opls");
   ExpectFailure(RunKalmia({"info", folder_.Write("text", "snv")}), 3, "text is no Kalmia model");
-}
-
-/// Fits with --steps-file and predicts the training rows with the stored model.
-class PreprocessedModel : public Preprocess {
- protected:
-  CommandResult Fit(const Words& what, const std::string& steps) const {
-    return RunWell(Words{what.front(), table_, "--id", "name", "--steps-file", folder_.Write("steps", steps), "--save",
-                         model_, "--csv", folder_.Path("csv"), "--json"} +
-                   Words(what.begin() + 1, what.end()));
-  }
-  json Predicted(const std::string& table) const {
-    return RunWell({"predict", model_, table, "--json"}).Json()["rows"];
-  }
-
-  std::string model_ = folder_.Path("m");
-};
-
-TEST_F(PreprocessedModel, PredictsItsTrainingRowsFromTheRawTableToTheFittedBits) {
-  for (const char* steps : {"log", "snv,derivative:1:5", "detrend:mean,wavelet-compress:6:daubechies:6"}) {
-    SCOPED_TRACE(steps);
-    Fit({"pls", "--y", "y", "--components", "2"}, steps);
-    const auto fitted = NumbersOf(CsvAt(folder_.Path("csv/fit.csv")), "predicted y");
-    RunWell({"predict", model_, table_, "--csv", folder_.Path("new")});
-    const auto predicted = NumbersOf(CsvAt(folder_.Path("new/predictions.csv")), "predicted y");
-    EXPECT_EQ(predicted, fitted);
-    EXPECT_EQ(fitted.size(), 20U);
-  }
-}
-
-TEST_F(PreprocessedModel, IsThatOfTheTableThatPreprocessWrites) {
-  for (const Words& fit : std::vector<Words>{{"pls", "--y", "y", "--components", "2"},
-                                             {"opls", "--y", "y", "--orthogonal", "1"},
-                                             {"pca", "--exclude", "y", "--components", "2"}}) {
-    SCOPED_TRACE(fit.front());
-    const json inOne = Fit(fit, "snv,derivative:1:5").Json();
-    const json predicted = Predicted(table_);
-    RunWell(Learn("snv,derivative:1:5"));
-    const std::string there = folder_.Path("there");
-    const json inTwo =
-        RunWell(Words{fit.front(), out_, "--id", "name", "--save", there, "--json"} + Words(fit.begin() + 1, fit.end()))
-            .Json();
-    EXPECT_EQ(inOne["components"], inTwo["components"]);
-    EXPECT_EQ(predicted, RunWell({"predict", there, out_, "--json"}).Json()["rows"]);
-    const json info = RunWell({"info", model_, "--json"}).Json();
-    EXPECT_EQ(info["preprocessing"], (json{{{"step", "snv"}}, {{"step", "derivative:1:5:2"}, {"spacing", 1.0}}}));
-    EXPECT_THAT(RunWell({"info", model_}).output, HasSubstr("derivative:1:5:2, channels 1 apart"));
-  }
-}
-
-TEST_F(PreprocessedModel, TellsOfItsStepsAsItTellsOfItsColumns) {
-  const std::string steps = folder_.Write("steps", "derivative:1:5, wavelet-compress:3");
-  const std::string told = "made of 12 of " + table_ +
-                           ", 20 rows\nPreprocessing of X:\n  1  derivative:1:5:2, channels 1 apart\n"
-                           "  2  wavelet-compress:3:symmlet:8\nX ";
-  for (const Words& fit : std::vector<Words>{{"pls", "--y", "y", "--components", "1"},
-                                             {"opls", "--y", "y", "--orthogonal", "1"},
-                                             {"pca", "--exclude", "y", "--components", "1"}}) {
-    SCOPED_TRACE(fit.front());
-    const Words words = fit + Words{table_, "--id", "name", "--save", model_};
-    const Words withSteps = words + Words{"--steps-file", steps};
-    const CommandResult run = RunWell(withSteps);
-    EXPECT_THAT(run.output, HasSubstr(" 3 columns " + told));
-    EXPECT_EQ(RunWell(withSteps + Words{"--json"}).Json()["preprocessing"],
-              RunWell({"info", model_, "--json"}).Json()["preprocessing"]);
-    EXPECT_THAT(RunWell(words).output, HasSubstr(" 12 columns of " + table_ + ", 20 rows\nX "));
-    EXPECT_EQ(RunWell(words + Words{"--json"}).Json()["preprocessing"], json::array());
-  }
-}
-
-TEST_F(PreprocessedModel, NotesWhatItsCrossValidationDoesNotLeaveOut) {
-  const Words fit = {"pls", table_, "--y", "y", "--id", "name", "--steps-file"};
-  const std::string note =
-      "note: step 2, wavelet-compress:3:symmlet:8: chosen from all rows, those left out in cross-validation too";
-  EXPECT_THAT(RunWell(fit + Words{folder_.Write("a", "snv,wavelet-compress:3")}).error, HasSubstr(note));
-  EXPECT_EQ(RunWell(fit + Words{folder_.Write("b", "snv,wavelet-denoise")}).error, "");
-  RunWell(Learn("snv,wavelet-compress:3") + Words{"--save", saved_});
-  EXPECT_EQ(RunWell(fit + Words{saved_}).error, "");  // chosen from rows of whatever table it was
-  for (const char* command : {"pls", "opls", "pca"}) {
-    EXPECT_THAT(RunKalmia({command, "--help"}).output, HasSubstr("chooses it chooses from all rows"));
-  }
-}
-
-TEST_F(PreprocessedModel, TakesSavedStepsAsTheyAre) {
-  RunWell(Learn("snv,wavelet-compress:5:daubechies:4") + Words{"--save", saved_});
-  const Words fit = {"pls", table_, "--y", "y", "--id", "name", "--components", "2", "--save", model_, "--json"};
-  const json x = RunWell(fit + Words{"--steps-file", saved_}).Json();
-  EXPECT_EQ(RunWell({"info", model_, "--json"}).Json()["preprocessing"],
-            RunWell({"info", saved_, "--json"}).Json()["steps"]);
-  const CommandResult part = RunKalmia(fit + Words{"--steps-file", saved_, "--exclude", "x4"});
-  ExpectFailure(part, 1, "the steps of " + saved_ + " take column 'x4', which is not in X");
-  std::string wider = text_;
-  for (std::size_t at = wider.find(",y\n"); at != std::string::npos; at = std::string::npos)
-    wider.replace(at, 3, ",y,z\n");
-  for (std::size_t at = wider.find('\n', wider.find('\n') + 1), i = 0; at != std::string::npos; ++i) {
-    wider.insert(at, "," + std::to_string(i * i));
-    at = wider.find('\n', wider.find('\n', at) + 1);
-  }
-  Words onWider = fit + Words{"--steps-file", saved_};
-  onWider[1] = folder_.Write("wider.csv", wider);
-  const CommandResult run = RunWell(onWider);
-  EXPECT_THAT(run.error, HasSubstr("left out of X, not among the columns of " + saved_ + ": z"));
-  EXPECT_EQ(run.Json()["components"], x["components"]);
-}
-
-TEST_F(PreprocessedModel, TakesColumnsThatANewTableLacksAsMissing) {
-  Fit({"pls", "--y", "y", "--components", "2"}, "detrend:mean");
-  std::string without = text_;
-  without.replace(without.find(",x5,"), 4, ",z5,");
-  const CommandResult run = RunWell({"predict", model_, folder_.Write("new.csv", without), "--json"});
-  EXPECT_THAT(run.error, HasSubstr("taken as missing cells, not in the table: x5"));
-  EXPECT_EQ(run.Json()["missingColumns"], json({"x5"}));
-  ExpectFailure(RunKalmia({"predict", model_, folder_.Write("none.csv", "u,v\n1,2\n3,4\n")}), 1,
-                "no column has the name");
-}
-
-TEST_F(PreprocessedModel, RefusesNewRowsThatTheStepsCannotTake) {
-  Fit({"pls", "--y", "y", "--components", "1"}, "log");
-  std::string negative = text_;
-  negative.replace(negative.find("\ns1,") + 4, 0, "-");
-  ExpectFailure(RunKalmia({"predict", model_, folder_.Write("new.csv", negative)}), 1,
-                "new.csv: step 1, log:1:0: row 1 (line 2), 's1', column 'x1' is -");
-}
-
-TEST_F(PreprocessedModel, LeavesOutRowsAndColumnsThatComeOutEmpty) {
-  const std::string table = folder_.Write("h.csv", "a,b,c,y\n1,2,4,1\n,,,2\n3,7,5,3\n2,2,9,1\n8,1,2,6\n");
-  const std::string steps = folder_.Write("steps", "snv");
-  const CommandResult run =
-      RunWell({"pls", table, "--y", "y", "--steps-file", steps, "--components", "1", "--groups", "3", "--json"});
-  EXPECT_THAT(run.error, HasSubstr("left out, without any X cell: row 2"));
-  const std::string flat = folder_.Write("flat", "linear:0:1");
-  ExpectFailure(RunKalmia({"pls", table, "--y", "y", "--steps-file", flat}), 1, "every X column is constant");
 }
 
 }  // namespace
