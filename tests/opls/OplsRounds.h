@@ -12,10 +12,11 @@ struct RoundsCase {
   double holes;
   int predictive;  ///< 0: each round decides
   /// Where it is not -1, Y has two variables, and the second is a thousandth of itself outside of this group: the block
-  /// of the round that leaves the group out then has one component, those of the others have two. Beside half of X stands
-  /// its mirror image with some noise: which of both a component starts from, and so where it points, is up to the rows.
+  /// of the round that leaves the group out then has one component, those of the others have two. Half of X stands
+  /// beside its mirror image with some noise: which of both a component starts from, and so where it points, is up to
+  /// the rows.
   int strongGroup = -1;
-  unsigned seed = 27;    ///< of the cells; with 55 some components have to be turned among blocks of different sizes
+  unsigned seed = 27;  ///< of the cells; with 55 components have to be turned among blocks of different sizes
 };
 
 constexpr int kRounds = 4;
