@@ -1,22 +1,28 @@
 // Feeds bytes to the readers of model files, of stored cross-validations and of saved steps, as they are and with a
-// length and a checksum that match them, as a forger would write them; and to the reader of steps as text. What is
-// accepted is written, and reads back to the same bytes.
+// length and a checksum that match them, as a forger would write them. What is accepted is written, and reads back to
+// the same bytes; saved steps are applied to a small table, those of a model to new rows.
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>
 #include <string>
 
+#include "app/CsvRecords.h"
+#include "app/CsvTable.h"
 #include "app/Failure.h"
 #include "app/ModelFile.h"
+#include "app/NewRows.h"
 #include "app/OplsCvFile.h"
 #include "app/StepChainFile.h"
-#include "app/Steps.h"
 #include "kalmia/support/MD5.h"
 
+using kalmia::app::ExitCode;
+using kalmia::app::Failure;
 using kalmia::app::ModelFileBytes;
 using kalmia::app::OplsCvFileBytes;
 using kalmia::app::ReadModelFile;
 using kalmia::app::ReadOplsCvFile;
+using kalmia::app::Signals;
+using kalmia::app::StepChain;
 
 namespace {
 
@@ -41,30 +47,47 @@ template <class Read, class Write>
 void Feed(const std::string& bytes, const Read& read, const Write& write) try {
   const std::string written = write(read(bytes, "file"));
   Require(write(read(written, "again")) == written);
-} catch (const kalmia::app::Failure& failure) {
-  Require(failure.Code() == kalmia::app::ExitCode::Files);
+} catch (const Failure& failure) {
+  Require(failure.Code() == ExitCode::Files);
 }
 
-/// Steps as text: those that are read have a text of their own, which stands for the same steps.
-void FeedSteps(const std::string& text) try {
-  std::string canonical;
-  for (const kalmia::app::Step& step : kalmia::app::ParseSteps(text, "text")) {
-    Require(kalmia::app::IsValid(step));
-    canonical += kalmia::app::StepText(step) + "\n";
+/// Two rows of the columns that the chain takes, the second with holes.
+void FeedTable(const StepChain& chain) try {
+  const auto columns = static_cast<int>(chain.inputNames.size());
+  Signals signals{"table", {"1", "2"}, chain.inputNames, {}, NCDataMatrix<float>(2, columns)};
+  for (int c = 1; c <= columns; ++c) {
+    signals.cells(1, c, static_cast<float>(c % 5 + 1));
+    if (c % 3 != 0) signals.cells(2, c, 0.5F * static_cast<float>(c % 7));
   }
-  std::string again;
-  for (const kalmia::app::Step& step : kalmia::app::ParseSteps(canonical, "again")) {
-    again += kalmia::app::StepText(step) + "\n";
-  }
-  Require(again == canonical);
-} catch (const kalmia::app::Failure& failure) {
-  Require(failure.Code() == kalmia::app::ExitCode::Usage);
+  ApplyChain(chain, &signals);
+  Require(signals.names == OutputNames(chain) &&
+          signals.names.size() == static_cast<std::size_t>(signals.cells.SizeColumns()));
+  if (EndsCompressed(chain)) RestoreSignals(chain, &signals);
+} catch (const Failure& failure) {
+  Require(failure.Code() == ExitCode::BadData);
+}
+
+/// A table with one column of X, the others missing.
+void FeedNewRows(const kalmia::app::ModelFrame& model) try {
+  const std::string name = model.chain.Empty() ? model.xNames.front() : model.chain.inputNames.front();
+  const kalmia::app::CsvTable table(kalmia::app::CsvField(name) + ",no column of it\n1,2\n3,4\n", "table");
+  kalmia::app::Notes notes;
+  const kalmia::app::NewRows rows = ReadNewRows(model, table, "", &notes);
+  Require(rows.x.SizeRows() == 2 && static_cast<std::size_t>(rows.x.SizeColumns()) == model.xNames.size());
+} catch (const Failure& failure) {
+  Require(failure.Code() == ExitCode::BadData);
 }
 
 void FeedAll(const std::string& bytes) {
-  Feed(bytes, ReadModelFile, [](const kalmia::app::StoredModel& model) { return ModelFileBytes(model); });
+  Feed(bytes, ReadModelFile, [](const kalmia::app::StoredModel& model) {
+    std::visit([](const kalmia::app::ModelFrame& frame) { FeedNewRows(frame); }, model);
+    return ModelFileBytes(model);
+  });
   Feed(bytes, ReadOplsCvFile, OplsCvFileBytes);
-  Feed(bytes, kalmia::app::ReadStepChainFile, kalmia::app::StepChainFileBytes);
+  Feed(bytes, kalmia::app::ReadStepChainFile, [](const StepChain& chain) {
+    FeedTable(chain);
+    return StepChainFileBytes(chain);
+  });
 }
 
 }  // namespace
@@ -73,6 +96,5 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   const std::string bytes(data, data + size);
   FeedAll(bytes);
   FeedAll(Forged(bytes));
-  FeedSteps(bytes);
   return 0;
 }

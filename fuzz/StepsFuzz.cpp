@@ -1,0 +1,92 @@
+// Feeds texts to the reader of preprocessing steps and, line by line, to the reader of distances from the names of
+// channels. Steps that are read have a text of their own, which stands for the same steps; they either refuse a small
+// table, or learn what can be stored and makes of the same table the same again.
+#include <cmath>
+#include <cstddef>
+#include <cstdint>
+#include <cstdlib>
+#include <string>
+#include <vector>
+
+#include "app/ChannelSpacing.h"
+#include "app/Failure.h"
+#include "app/StepChainFile.h"
+#include "app/Steps.h"
+
+using kalmia::app::ExitCode;
+using kalmia::app::Failure;
+using kalmia::app::Signals;
+using kalmia::app::Step;
+using kalmia::app::StepChain;
+
+namespace {
+
+void Require(bool holds) {
+  if (!holds) std::abort();
+}
+
+std::string TextOf(const std::vector<Step>& steps) {
+  std::string text;
+  for (const Step& step : steps) {
+    Require(IsValid(step));
+    text += StepText(step) + "\n";
+  }
+  return text;
+}
+
+/// Whole, with a hole, falling by 99 a channel, and empty.
+Signals SmallTable() {
+  Signals signals{"table", {"1", "2", "3", "4"}, {}, {}, NCDataMatrix<float>(4, 9)};
+  for (int c = 1; c <= 9; ++c) {
+    signals.names.push_back(std::to_string(900 + 2 * c) + "nm");
+    signals.cells(1, c, static_cast<float>(2 + c % 3));
+    if (c != 4) signals.cells(2, c, 0.25F * static_cast<float>(c));
+    signals.cells(3, c, 1000.0F - 99.0F * static_cast<float>(c));
+  }
+  return signals;
+}
+
+void FeedTable(const std::vector<Step>& steps) try {
+  Signals learnt = SmallTable();
+  kalmia::app::Notes notes;
+  const StepChain chain = LearnChain(steps, &learnt, &notes);
+  const std::string bytes = StepChainFileBytes(chain);
+  const StepChain read = kalmia::app::ReadStepChainFile(bytes, "chain");
+  Require(StepChainFileBytes(read) == bytes);
+  Signals applied = SmallTable();
+  ApplyChain(read, &applied);
+  Require(applied.cells == learnt.cells && applied.names == learnt.names && applied.names == OutputNames(read));
+  for (const NCDataVector<float>& row : applied.cells)
+    for (const float cell : row) Require(std::isfinite(cell));
+  if (EndsCompressed(read)) RestoreSignals(read, &applied);
+} catch (const Failure& failure) {
+  Require(failure.Code() == ExitCode::BadData);
+}
+
+void FeedSteps(const std::string& text) try {
+  const std::vector<Step> steps = kalmia::app::ParseSteps(text, "text");
+  const std::string canonical = TextOf(steps);
+  Require(TextOf(kalmia::app::ParseSteps(canonical, "again")) == canonical);
+  constexpr std::size_t kMostSteps = 20;  // each works through the table
+  if (steps.size() <= kMostSteps) FeedTable(steps);
+} catch (const Failure& failure) {
+  Require(failure.Code() == ExitCode::Usage);
+}
+
+void FeedNames(const std::string& text) {
+  std::vector<std::string> names(1);
+  for (const char c : text) c == '\n' ? names.emplace_back() : names.back().push_back(c);
+  const auto spacing = kalmia::app::ChannelSpacing(names);
+  if (!spacing) return;
+  const auto stored = static_cast<float>(*spacing);
+  Require(names.size() > 1 && std::isfinite(stored) && stored != 0.0F);
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+  const std::string text(data, data + size);
+  FeedSteps(text);
+  FeedNames(text);
+  return 0;
+}
