@@ -152,7 +152,10 @@ class Selection {
     for (const std::string& name : chain.inputNames) {
       const auto place = placeOf.find(name);
       if (place == placeOf.end()) {
-        Refuse(table_, "the steps of " + file + " take column " + Quoted(name) + ", which is not in X");
+        const std::vector<std::string>& texts = data_.textColumns;
+        const bool isText = std::find(texts.begin(), texts.end(), name) != texts.end();
+        Refuse(table_, "the steps of " + file + " take column " + Quoted(name) + ", which " +
+                           (isText ? "holds text, not numbers" : "is not in X"));
       }
       taken.push_back(x_[place->second]);
       placeOf.erase(place);

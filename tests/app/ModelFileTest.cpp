@@ -10,6 +10,7 @@
 #include "TestTables.h"
 #include "app/Failure.h"
 #include "app/ModelFile.h"
+#include "app/NewRows.h"
 #include "app/PcaScores.h"
 #include "app/Prediction.h"
 #include "app/Scaling.h"
@@ -196,6 +197,17 @@ TEST(ModelFile, OfAKindThatIsNeverPreprocessedIsRefusedWithSteps) {
   }
 }
 
+/// New rows as `predict` reads them. A forged model may have other names, and steps that refuse the rows.
+void ExpectNewRows(const kalmia::app::ModelFrame& model) try {
+  const kalmia::app::CsvTable table("x1,x2,x3,y1,y2\n1,2,3,4,5\n2,,1,5,3\n", "t");
+  kalmia::app::Notes notes;
+  const kalmia::app::NewRows rows = ReadNewRows(model, table, "", &notes);
+  EXPECT_EQ(rows.x.SizeRows(), 2);
+  EXPECT_EQ(static_cast<std::size_t>(rows.x.SizeColumns()), model.xNames.size());
+} catch (const Failure& failure) {
+  EXPECT_EQ(failure.Code(), ExitCode::BadData);
+}
+
 std::size_t RowsAnswered(const StoredPls& model, const NCDataMatrix<float>& x) { return PredictRows(model, x).size(); }
 std::size_t RowsAnswered(const kalmia::app::StoredOpls& model, const NCDataMatrix<float>& x) {
   return PredictRows(model, x).size();
@@ -204,6 +216,7 @@ std::size_t RowsAnswered(const kalmia::app::StoredOpls& model, const NCDataMatri
 std::size_t RowsAnswered(kalmia::app::StoredO2pls& model, const NCDataMatrix<float>& x) {
   const std::size_t rows = PredictRows(model, x).size();
   TurnAround(&model);
+  ExpectNewRows(model);
   return std::min(rows, PredictRows(model, NCDataMatrix<float>(2, 2, 0.5F)).size());
 }
 std::size_t RowsAnswered(const kalmia::app::StoredFilter& model, NCDataMatrix<float> x) {
@@ -224,6 +237,7 @@ TEST(ModelFile, EndsInAFailureOrAModelThatPredictsWhenForged) {
         bytes[i] = static_cast<char>(bytes[i] ^ static_cast<char>(1U << bit));
         try {
           auto model = ReadModelFile(WithMatchingChecksum(bytes), "m");
+          std::visit(ExpectNewRows, model);
           EXPECT_EQ(std::visit([&x](auto& own) { return RowsAnswered(own, x); }, model), 2U);
           ++read;
         } catch (const Failure& failure) {

@@ -21,6 +21,11 @@ TEST_F(Preprocess, WritesTheColumnsThatStayThenWhatTheStepsMake) {
   EXPECT_EQ(Out(), "a,id,n,b\n1,x,12345678901,1\n2,\"y,z\",,2\n,w,7.50,3\n");
 }
 
+TEST_F(Preprocess, WritesZeroWithoutASign) {
+  RunWell(On(folder_.Write("s.csv", "a,b\n1,10\n")) + Words{"--steps", "neglog"});
+  EXPECT_EQ(Out(), "a,b\n0,-1\n");
+}
+
 TEST_F(Preprocess, WritesDecimalPointsWhateverTheTableHas) {
   const std::string table = folder_.Write("de.csv", "id;a;b\nr1;1,5;0,25\nr2;2,5;NA\n");
   RunWell(On(table) + Words{"--steps", "linear:2", "--x", "a"});

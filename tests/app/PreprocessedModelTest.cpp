@@ -145,6 +145,32 @@ TEST_F(PreprocessedModel, OfPcaAndOplsTakesSavedStepsToo) {
   }
 }
 
+TEST_F(PreprocessedModel, RefusesColumnsOfItsStepsThatHoldText) {
+  RunWell(Learn("snv") + Words{"--save", saved_});
+  std::string swapped = text_;
+  swapped.replace(0, 7, "x1,name");
+  ExpectFailure(RunKalmia({"pls", folder_.Write("swapped.csv", swapped), "--y", "y", "--steps-file", saved_}), 1,
+                "the steps of " + saved_ + " take column 'x1', which holds text, not numbers");
+}
+
+TEST_F(PreprocessedModel, RefusesNewRowsOfOneCellForSnv) {
+  Fit({"pls", "--y", "y", "--components", "1"}, "snv");
+  ExpectFailure(RunKalmia({"predict", model_, folder_.Write("new.csv", "x1,x2,x3\n1,2,3\n,5,\n")}), 1,
+                "new.csv: step 1, snv: row 2 (line 3) has no variance");
+}
+
+TEST_F(PreprocessedModel, NotesAnEmptyColumnThatBecomesAVariable) {
+  const std::string table =
+      folder_.Write("r.csv", "y,a,b,c,remarks\n1,2,3,5,\n2,3,5,4,\n3,3,4,8,\n4,7,5,6,\n5,6,8,8,\n");
+  const std::string steps = folder_.Write("steps", "smooth:3");
+  const Words fit = {"pls", table, "--y", "y", "--components", "1", "--groups", "3"};
+  EXPECT_THAT(RunWell(fit + Words{"--steps-file", steps}).error,
+              HasSubstr("no cell, but taken as a channel: remarks"));
+  EXPECT_THAT(RunWell(fit).error, HasSubstr("left out of X, empty columns: remarks"));
+  const CommandResult run = RunWell(On(table) + Words{"--steps", "smooth:3", "--exclude", "y"});
+  EXPECT_THAT(run.error, HasSubstr("no cell, but taken as a channel: remarks"));
+}
+
 TEST_F(PreprocessedModel, TakesColumnsThatANewTableLacksAsMissing) {
   Fit({"pls", "--y", "y", "--components", "2"}, "detrend:mean");
   std::string without = text_;

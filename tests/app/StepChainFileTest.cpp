@@ -3,13 +3,17 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <climits>
 #include <cmath>
 #include <cstdint>
 #include <ctime>
+#include <sstream>
 
 #include "app/Failure.h"
+#include "app/ModelEntries.h"
 #include "app/StepChainFile.h"
 #include "kalmia/support/MD5.h"
+#include "testing/AllocationMeter.h"
 
 namespace {
 
@@ -189,6 +193,34 @@ TEST(StepChainFile, IsRefusedWhereTheChainCouldNotHaveBeenLearnt) {
 
 TEST(StepChainFile, IsRefusedWithBytesBehindItsLastStep) {
   EXPECT_EQ(Refusal(Forged(StepChainFileBytes(SmallChain()) + '\0')), "s is damaged: its parts do not fit together");
+}
+
+/// The content with another integer where one stands.
+std::string WithInteger(std::string bytes, std::size_t at, int value) {
+  for (std::size_t i = 0; i < 4; ++i) {
+    bytes[kContentAt + at + i] = static_cast<char>(static_cast<unsigned>(value) >> (8 * i) & 0xFFU);
+  }
+  return Forged(bytes);
+}
+
+TEST(StepChainFile, IsRefusedWithACountThatLiesBeforeItTakesMemoryForIt) {
+  const StepChain chain = SmallChain();
+  std::ostringstream names;
+  kalmia::app::WriteNames(chain.inputNames, names);
+  const std::size_t steps = names.str().size();
+  const std::size_t parameters = steps + 8;              // behind the count of steps and the kind of the first one
+  const std::size_t positions = parameters + 4 + 16 + 4;  // behind two parameters and the spacing
+  const std::string bytes = StepChainFileBytes(chain);
+  ASSERT_EQ(WithInteger(WithInteger(WithInteger(bytes, steps, 4), parameters, 2), positions, 0), bytes);
+  for (const std::size_t at : {std::size_t{0}, steps, parameters, positions}) {
+    for (const int lie : {0x7FFFFFFF, 0x10000000, 1000, -1, INT_MIN}) {
+      SCOPED_TRACE(std::to_string(at) + ' ' + std::to_string(lie));
+      const std::string forged = WithInteger(bytes, at, lie);
+      const PeakBytesDuring peak;
+      EXPECT_EQ(Refusal(forged), "s is damaged: its parts do not fit together");
+      EXPECT_LT(peak.GetBytes(), 1 << 16);
+    }
+  }
 }
 
 TEST(StepChainFile, IsReadInATimeThatGrowsWithItsLength) {
