@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <fstream>
 #include <limits>
-#include <string>
 
 namespace kalmia {
 
@@ -45,28 +44,30 @@ std::uint64_t LeftInGroup(const std::string& folder, bool v2) {
 /// What the group `path` below `mount` and all groups above it leave.
 std::uint64_t LeftInGroups(const std::string& mount, std::string path, bool v2) {
   std::uint64_t left = LeftInGroup(mount, v2);
-  while (path.size() > 1) {
+  for (std::size_t slash = path.rfind('/'); slash != std::string::npos; slash = path.rfind('/')) {
     left = std::min(left, LeftInGroup(mount + path, v2));
-    path.erase(path.rfind('/'));
+    path.erase(slash);
   }
   return left;
 }
 
 }  // namespace
 
-std::uint64_t AvailableMemory() {
+std::uint64_t AvailableMemory() { return AvailableMemoryBelow("/"); }
+
+std::uint64_t AvailableMemoryBelow(const std::string& root) {
   std::uint64_t left = kUnlimited;
-  const std::uint64_t kilobytes = NumberBehind("/proc/meminfo", "MemAvailable:", kUnlimited);
+  const std::uint64_t kilobytes = NumberBehind(root + "proc/meminfo", "MemAvailable:", kUnlimited);
   if (kilobytes != kUnlimited) left = kilobytes * 1024;
-  std::ifstream groups("/proc/self/cgroup");  // lines "number:controllers:path"; version 2 has no controllers
+  std::ifstream groups(root + "proc/self/cgroup");  // "number:controllers:path"; version 2 has no controllers
   for (std::string line; std::getline(groups, line);) {
     const std::size_t first = line.find(':'), second = line.find(':', first + 1);
     if (first == std::string::npos || second == std::string::npos) continue;
     const std::string controllers = ',' + line.substr(first + 1, second - first - 1) + ',';
-    const std::string path = line.substr(second + 1);
-    if (controllers == ",,") left = std::min(left, LeftInGroups("/sys/fs/cgroup", path, /*v2=*/true));
+    const std::string path = line.substr(second + 1), mount = root + "sys/fs/cgroup";
+    if (controllers == ",,") left = std::min(left, LeftInGroups(mount, path, /*v2=*/true));
     if (controllers.find(",memory,") != std::string::npos)
-      left = std::min(left, LeftInGroups("/sys/fs/cgroup/memory", path, /*v2=*/false));
+      left = std::min(left, LeftInGroups(mount + "/memory", path, /*v2=*/false));
   }
   return left;
 }

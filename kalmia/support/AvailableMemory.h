@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <string>
 
 namespace kalmia {
 
@@ -8,5 +9,8 @@ namespace kalmia {
 /// the limits of its control groups (a container's) leave. Caches that can be given up count as available. The largest
 /// number where nothing can be learned. An allocation beyond it may succeed by overcommitting, and end in a kill.
 std::uint64_t AvailableMemory();
+
+/// The same, told by the files proc/... and sys/fs/cgroup/... below `root`, which ends in '/'.
+std::uint64_t AvailableMemoryBelow(const std::string& root);
 
 }  // namespace kalmia
