@@ -17,6 +17,7 @@
 #include "app/Numbers.h"
 #include "kalmia/cluster/DendroGram.h"
 #include "kalmia/containers/Missing.h"
+#include "kalmia/support/TempFile.h"
 #include "kalmia/support/UserComm.h"
 
 namespace kalmia::app {
@@ -28,12 +29,6 @@ namespace fs = std::filesystem;
 constexpr std::uint64_t kBytesPerPair = sizeof(DendroGram::DistanceAndIndex);
 constexpr int kGiveUp = 5;  ///< the answer to the library's question that ends the calculation
 constexpr std::size_t kRowsNamed = 10;
-
-/// The folder that the library takes for temporary files.
-std::string TemporaryFolder() {
-  const char* const set = std::getenv("TMPDIR");
-  return set != nullptr && *set != '\0' ? set : "/tmp";
-}
 
 /// Throws Failure (Files) if no file can be made in the folder.
 void CheckFolder(const std::string& folder) {
@@ -114,7 +109,8 @@ std::string DistancesText(int rows) {
 }
 
 [[noreturn]] void FailForSpace(int rows) {
-  const std::string folder = TemporaryFolder();
+  const std::string folder = TemporaryDirectory();
+  CheckFolder(folder);
   std::error_code ignored;
   throw Failure(ExitCode::Files, DistancesText(rows) + " take " + BytesText(PairsOf(rows) * kBytesPerPair * 2) +
                                      " of temporary files, and " + OneLine(folder) + " has " +
@@ -123,7 +119,7 @@ std::string DistancesText(int rows) {
 }
 
 [[noreturn]] void FailForFiles(const NCError& error) {
-  const std::string folder = TemporaryFolder();
+  const std::string folder = TemporaryDirectory();
   CheckFolder(folder);
   throw Failure(ExitCode::Files, "temporary files in " + OneLine(folder) +
                                      " fail (the disk may be full, or there are too many: give more --memory): " +
@@ -184,7 +180,7 @@ OwnedTree BuildTree(const std::string& table, const ClusterData& data, const Clu
     OwnedTree tree(GetDendroGram(data.cells, calculator, progress, /*cache=*/nullptr));
     if (dialogue.UsesDisk()) {
       notes->Add(DistancesText(data.Rows()) + " found no room in memory and were kept in temporary files in " +
-                 OneLine(TemporaryFolder()));
+                 OneLine(TemporaryDirectory()));
     }
     return tree;
   } catch (const ClusterAllocationError&) {

@@ -1,7 +1,6 @@
 #include "kalmia/cluster/DistancesOnDisk.h"
 
 #include <algorithm>
-#include <cstdio>
 #include <filesystem>
 #include <limits>
 #include <string>
@@ -9,6 +8,7 @@
 #include <vector>
 
 #include "kalmia/cluster/InitialDistances.h"
+#include "kalmia/cluster/PairMemory.h"
 #include "kalmia/cluster/StoppableProgress.h"
 #include "kalmia/support/TempFile.h"
 #include "kalmia/support/UserComm.h"
@@ -23,14 +23,7 @@ namespace {
 constexpr const char* kCaption = "Cluster Analysis";
 constexpr int kButtons = 5;          ///< go on or give up; the answer 5 gives up
 constexpr int kHelpContext = 854226;
-constexpr std::uint64_t kBytesPerPair = 2 * sizeof(DistanceAndIndex);  ///< while split, the pairs lie there twice
-
-/// The directory of temporary files: that of a file which is made only to learn it.
-std::string TemporaryDirectory() {
-  const CString name = VexGetTempFileName(nullptr, nullptr, nullptr);
-  std::remove(name);
-  return std::filesystem::path(static_cast<const char*>(name)).parent_path().string();
-}
+constexpr std::uint64_t kBytesOnDisk = 2 * kBytesPerPair;  ///< of a pair: while split, the pairs lie there twice
 
 CString ShortageText(int rows, std::int64_t pairs, const std::string& directory, std::uint64_t bytesFree) {
   const char* const units[] = {"", "Kilo", "Mega", "Giga", "Tera"};
@@ -51,17 +44,13 @@ CString ShortageText(int rows, std::int64_t pairs, const std::string& directory,
   return text;
 }
 
-/// The bytes free in a directory; the largest number where that cannot be learned, which counts as enough.
-std::uint64_t BytesFree(const std::string& directory) {
-  std::error_code error;
-  const std::uint64_t bytes = std::filesystem::space(directory, error).available;
-  return error ? std::numeric_limits<std::uint64_t>::max() : bytes;
-}
-
 /// The largest buffer that can be had by halving, of one record at least.
-std::vector<DistanceAndIndex> LargestBuffer(std::int64_t pairs) {
-  for (std::uint64_t size = static_cast<std::uint64_t>(pairs);; size = std::max<std::uint64_t>(size / 2, 1)) {
-    if (size > PairsThatFit() && size > 1) continue;
+std::vector<DistanceAndIndex> LargestBuffer(const NCDataMatrix<float>& data) {
+  const std::uint64_t fit = PairsThatFit(data.SizeRows(), data.SizeColumns());
+  std::uint64_t size = static_cast<std::uint64_t>(PairCount(data.SizeRows()));
+  const auto halve = [&size] { size = std::max<std::uint64_t>(size / 2, 1); };
+  while (size > fit && size > 1) halve();
+  for (;; halve()) {
     try {
       return std::vector<DistanceAndIndex>(static_cast<std::size_t>(size));
     } catch (const std::bad_alloc&) {
@@ -74,7 +63,7 @@ std::vector<DistanceAndIndex> LargestBuffer(std::int64_t pairs) {
 
 void TellOfDisk(int rows, const std::string& directory, std::uint64_t bytesFree) {
   const std::int64_t pairs = PairCount(rows);
-  if (bytesFree < static_cast<std::uint64_t>(pairs) * kBytesPerPair) {
+  if (bytesFree < static_cast<std::uint64_t>(pairs) * kBytesOnDisk) {
     const CString message = ShortageText(rows, pairs, directory, bytesFree);
     if (UserComm::GetUserComm()->Ask("Do you wish to continue?", message, kCaption, kButtons) == kButtons)
       throw NCError("Cluster analysis aborted.");
@@ -89,16 +78,23 @@ void TellOfDisk(int rows, const std::string& directory, std::uint64_t bytesFree)
   UserComm::GetUserComm()->Show(text, kCaption, kHelpContext);
 }
 
-std::unique_ptr<MegaDistances> DistancesOnDisk(const NCDataMatrix<float>& data, NCProgress* progress) {
+std::uint64_t BytesFree(const std::string& directory) {
+  std::error_code error;
+  const std::uint64_t bytes = std::filesystem::space(directory, error).available;
+  return error ? std::numeric_limits<std::uint64_t>::max() : bytes;
+}
+
+std::unique_ptr<MegaDistances> DistancesOnDisk(const NCDataMatrix<float>& data, NCProgress* progress,
+                                               const FreeSpace& freeSpace) {
   const int rows = data.SizeRows();
   const std::int64_t pairs = PairCount(rows);
   const std::string directory = TemporaryDirectory();
-  TellOfDisk(rows, directory, BytesFree(directory));
-  // First what is of another order than the pairs: the buffer may take all that is free.
+  TellOfDisk(rows, directory, freeSpace(directory));
+  // First what is of another order than the pairs: the buffer may take nearly all that is free.
   using DendroGram::RowDistances;
   const RowDistances distances(data, DendroGram::SquaredDifference, DendroGram::SquareRootOfDistance);
   std::vector<DistanceAndIndex> some(static_cast<std::size_t>(rows) * RowDistances::kRowsAtOnce);
-  std::vector<DistanceAndIndex> memory = LargestBuffer(pairs);
+  std::vector<DistanceAndIndex> memory = LargestBuffer(data);
   const StoppableProgress bar(progress);
   bar.SetRange(0, 2);
   bar.PushSubRange(0, 1);

@@ -6,13 +6,13 @@
 #include <cstddef>
 #include <utility>
 
+#include "kalmia/cluster/PairMemory.h"
 #include "kalmia/cluster/PairSort.h"
 #include "kalmia/cluster/StoppableProgress.h"
 #include "kalmia/containers/Missing.h"
 #include "kalmia/kernels/FirstFailure.h"
 #include "kalmia/kernels/ThreadingControl.h"
 #include "kalmia/kernels/simd/SquareSums.h"
-#include "kalmia/support/AvailableMemory.h"
 
 using kalmia::StoppableProgress;
 using kalmia::simd::kTileRows;
@@ -22,8 +22,6 @@ namespace DendroGram {
 static_assert(RowDistances::kRowsAtOnce <= kalmia::simd::kRowsBesideTile, "rows that are held against a tile at once");
 
 namespace {
-
-std::uint64_t maximumPairs = 0;  // 0: what the machine has free
 
 CString NoMemoryText(int rows) {
   CString text;
@@ -82,8 +80,6 @@ void FillList(const RowDistances& distances, int size, std::vector<DistanceAndIn
 }
 
 }  // namespace
-
-void SetMaximumPairsInMemory(std::uint64_t pairs) { maximumPairs = pairs; }
 
 float SquaredDifference(float a, float b) {
   const double difference = static_cast<double>(a) - b;
@@ -209,7 +205,8 @@ std::vector<int> SplitRowsForThreads(int threads, int rows) {
 }
 
 void CalculateInitialDistances(const NCDataMatrix<float>& data, NCProgress* progress,
-                               std::vector<DistanceAndIndex>& list, ElementFunction element, FinishFunction finish) {
+                               std::vector<DistanceAndIndex>& list, ElementFunction element, FinishFunction finish,
+                               std::uint64_t bytesPerPair) {
   const StoppableProgress bar(progress);
   const int rows = data.SizeRows();
   // The number of pairs is told in 32 bits.
@@ -218,7 +215,8 @@ void CalculateInitialDistances(const NCDataMatrix<float>& data, NCProgress* prog
   bar.SetRange(0, 3);
   bar.SetText("Allocating memory");
   list.clear();
-  if (static_cast<std::uint64_t>(count) > kalmia::PairsThatFit()) throw ClusterAllocationError(NoMemoryText(rows));
+  if (static_cast<std::uint64_t>(count) > kalmia::PairsThatFit(rows, data.SizeColumns(), bytesPerPair))
+    throw ClusterAllocationError(NoMemoryText(rows));
   try {
     list.resize(static_cast<std::size_t>(count));
   } catch (const std::exception&) {
@@ -239,8 +237,3 @@ void CalculateInitialDistances(const NCDataMatrix<float>& data, NCProgress* prog
 }
 
 }  // namespace DendroGram
-
-std::uint64_t kalmia::PairsThatFit() {
-  const std::uint64_t fit = AvailableMemory() / sizeof(DendroGram::DistanceAndIndex);
-  return DendroGram::maximumPairs == 0 ? fit : std::min(fit, DendroGram::maximumPairs);
-}

@@ -52,19 +52,11 @@ std::vector<int> SplitRowsForThreads(int threads, int rows);
 
 /// Makes `list` the pairs of all rows, sorted by descending distance, a NaN in front of every number, equal distances
 /// as their rows come. They are computed by as many threads as ThreadingControl has processors. Throws
-/// ClusterAllocationError if the list does not fit in memory, and NCError with the same text for more than 65535 rows;
-/// NCError "Cluster analysis aborted." where the user stops, which can be during the sort.
+/// ClusterAllocationError if the list does not fit in memory, where its user needs so many bytes for each pair, and
+/// NCError with the same text for more than 65535 rows; NCError "Cluster analysis aborted." where the user stops, which
+/// can be during the sort.
 void CalculateInitialDistances(const NCDataMatrix<float>& data, NCProgress* progress,
-                               std::vector<DistanceAndIndex>& list, ElementFunction element, FinishFunction finish);
+                               std::vector<DistanceAndIndex>& list, ElementFunction element, FinishFunction finish,
+                               std::uint64_t bytesPerPair = sizeof(DistanceAndIndex));
 
 }  // namespace DendroGram
-
-namespace kalmia {
-
-/// Number of pairs of so many rows.
-inline std::int64_t PairCount(std::int64_t rows) { return rows * (rows - 1) / 2; }
-
-/// How many pairs may be held in memory at most; see SetMaximumPairsInMemory.
-std::uint64_t PairsThatFit();
-
-}  // namespace kalmia

@@ -5,6 +5,7 @@
 #include <cstdio>
 #include <functional>
 #include <limits>
+#include <string>
 #include <utility>
 
 #include "kalmia/cluster/PairSort.h"
@@ -19,7 +20,10 @@ namespace DendroGram {
 namespace {
 
 constexpr unsigned kRecordsPerStep = 10000;      ///< while saving, the bar moves once for so many
+constexpr double kMostParts = 1 << 20;           ///< Linux lets no process have more files open (fs.nr_open)
 constexpr double kDegreesOfFreedom = 10000;      ///< t of so many stands in for the normal distribution
+constexpr const char* kPrefix = "kal-";          ///< of the names of temporary files
+constexpr const char* kExtension = "clu";
 constexpr const char* kLoadError = "Internal error in MegaDistances::LoadNextSegment.";
 
 /// What the distances of a file lie between.
@@ -71,11 +75,14 @@ void DealOut(DistanceAndIndex* begin, DistanceAndIndex* end, const DistanceFiles
 DistanceFile::DistanceFile(CString&& nameOfFile) : name(std::move(nameOfFile)) {}
 
 // What is thrown below comes from a whole object already, whose destructor removes the file.
-DistanceFile::DistanceFile() : DistanceFile(VexGetTempFileName(nullptr, "kal-", "clu")) {
+DistanceFile::DistanceFile() : DistanceFile(VexGetTempFileName(nullptr, kPrefix, kExtension)) {
   stream.open(static_cast<const char*>(name), std::ios::in | std::ios::out | std::ios::binary | std::ios::trunc);
   if (stream.is_open()) return;
+  // Without a name none could be made in the directory.
+  const std::string path = name == "" ? kalmia::TemporaryDirectory() + "/" + kPrefix + "XXXXXX." + kExtension
+                                          : static_cast<const char*>(name);
   CString message;
-  message.Format("The temporary file %s could not be opened", static_cast<const char*>(name));
+  message.Format("The temporary file %s could not be opened", path.c_str());
   throw NCError(message);
 }
 
@@ -169,7 +176,7 @@ void MegaDistances::AddDistance(const DistanceAndIndex& pair) {
 /// would just fit.
 void MegaDistances::SplitDistances() {
   const std::shared_ptr<DistanceFile> source = segments_.front();
-  const int parts = static_cast<int>(2.0 * source->count / memorySize_ + 1.0);
+  const int parts = static_cast<int>(std::min(2.0 * source->count / memorySize_ + 1.0, kMostParts));
   const float sigma = static_cast<float>(std::sqrt(sumOfSquares_ / source->count));
   const StoppableProgress bar(progress_);
   bar.SetText("Splitting distances");

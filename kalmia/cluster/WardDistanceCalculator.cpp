@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "kalmia/cluster/InitialDistances.h"
+#include "kalmia/cluster/PairMemory.h"
 #include "kalmia/cluster/PairSort.h"
 #include "kalmia/containers/Missing.h"
 
@@ -28,9 +29,9 @@ void WardDistanceCalculator::Init(const NCDataMatrix<float>& data, NCProgress* p
   data_ = data;
   distances_ = kalmia::WardPairList();
   std::vector<DistanceAndIndex> list;
-  if (type_ == DistanceIncrease) CalculateInitialDistances(data_, progress, list, HalfSquaredDifference, Unchanged);
-  if (type_ == DistanceRootIncrease)
-    CalculateInitialDistances(data_, progress, list, HalfSquaredDifference, SquareRootOfDistance);
+  if (HasDistances())
+    CalculateInitialDistances(data_, progress, list, HalfSquaredDifference,
+                              type_ == DistanceIncrease ? Unchanged : SquareRootOfDistance, kalmia::kBytesPerWardPair);
   distances_ = kalmia::WardPairList(std::move(list), data.SizeRows());
   clusters_.assign(static_cast<std::size_t>(data.SizeRows()), Cluster());
   for (std::size_t p = 0; p < clusters_.size(); ++p) {
@@ -124,8 +125,15 @@ void WardDistanceCalculator::MergeClusters(int a, int b) {
   distances_.Numbers().Merge(a, b);
 }
 
+CString WardDistanceCalculator::NothingToMergeText() const {
+  if (HasDistances()) return "Cluster analysis: there are no two clusters left to merge.";
+  CString text;
+  text.Format("Cluster analysis: %i is no type of Ward's distance.", static_cast<int>(type_));
+  return text;
+}
+
 float WardDistanceCalculator::FindNearestAndMerge(int& i, int& j) {
-  if (distances_.IsEmpty()) throw NCError("Cluster analysis: there are no two clusters left to merge.");
+  if (distances_.IsEmpty()) throw NCError(NothingToMergeText());
   if (distances_.EndsStale()) RepairTail();
   const DistanceAndIndex nearest = distances_.TakeLast();
   i = distances_.Numbers().Position(nearest.i);

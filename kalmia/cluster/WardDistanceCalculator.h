@@ -20,10 +20,10 @@ namespace DendroGram {
 /// Missing: the first distance of two rows is their sum over the common columns times K over the number of those; once
 /// a row was merged, the sum of squares of each column and cluster is scaled from the present cells to the size of the
 /// cluster, and a distance may be slightly negative (its root is then 0).
-/// Memory: 12 bytes for each pair of rows; Init throws ClusterAllocationError where it is not there. Beside it the sums
-/// of clusters, up to 10 bytes for each cell of the table. Cost: a stale
-/// distance costs one pass over the columns; a merge those that have come to the end of the list, and one over its rows
-/// for the sums of the merged cluster.
+/// Memory: 12 bytes for each pair of rows, up to 18 where many rows are alike, and the sums of clusters, up to 10 bytes
+/// for each cell of the table; Init throws ClusterAllocationError where that is not there. Cost: a stale distance costs
+/// one pass over the columns; a merge those that have come to the end of the list, and one over its rows for the sums
+/// of the merged cluster.
 class WardDistanceCalculator : public ClusterDistanceCalculator {
  public:
   enum DistanceType : int {
@@ -31,7 +31,7 @@ class WardDistanceCalculator : public ClusterDistanceCalculator {
     DistanceRootIncrease = 1,  ///< its square root
   };
 
-  /// Any other type has no distances: Init makes none, and a merge throws NCError.
+  /// Any other type has no distances: Init makes none, and a merge throws NCError, which names the type.
   explicit WardDistanceCalculator(DistanceType type) : type_(type) {}
 
   void Init(const NCDataMatrix<float>& data, NCProgress* progress) override;
@@ -58,6 +58,8 @@ class WardDistanceCalculator : public ClusterDistanceCalculator {
   void RepairTail();
   void MergeClusters(int a, int b);
   const Cluster& ClusterOf(int number) const;
+  bool HasDistances() const { return type_ == DistanceIncrease || type_ == DistanceRootIncrease; }
+  CString NothingToMergeText() const;
 
   DistanceType type_;
   NCDataMatrix<float> data_;

@@ -80,8 +80,22 @@ DistanceAndIndex WardPairList::TakeLast() {
   return last;
 }
 
+/// How many pairs stand behind the last one that is neither stale nor gone, those that are gone left out.
+std::size_t WardPairList::StaleTailSize() {
+  std::size_t size = 0;
+  for (auto block = blocks_.rbegin(); block != blocks_.rend(); ++block)
+    for (std::size_t k = block->count; k > 0; --k) {
+      const DistanceAndIndex& pair = Pairs(*block)[k - 1];
+      if (IsGone(pair)) continue;
+      if (!IsStale(pair)) return size;
+      ++size;
+    }
+  return size;
+}
+
 std::vector<DistanceAndIndex> WardPairList::TakeStaleTail() {
   std::vector<DistanceAndIndex> tail;
+  tail.reserve(StaleTailSize());  // not by doubling, since it may be a third of the list
   for (; !IsEmpty() && EndsStale(); RemoveLast())
     tail.push_back({Last()->distance, numbers_.Latest(Last()->i), numbers_.Latest(Last()->j)});
   std::reverse(tail.begin(), tail.end());

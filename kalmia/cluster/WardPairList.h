@@ -80,6 +80,7 @@ class WardPairList {
   void RemoveLast();
   bool IsGone(const DendroGram::DistanceAndIndex& pair);
   bool IsStale(const DendroGram::DistanceAndIndex& pair) const;
+  std::size_t StaleTailSize();
   void Append(const DendroGram::DistanceAndIndex& pair);
   Place FindPlace(float distance, Place end);
   Place Insert(const DendroGram::DistanceAndIndex& pair, Place place);

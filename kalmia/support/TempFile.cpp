@@ -11,16 +11,18 @@ namespace {
 
 bool IsGiven(const char* text) { return text && *text; }
 
-std::string TemporaryDirectory() {
-  const char* set = std::getenv("TMPDIR");
-  return IsGiven(set) ? set : "/tmp";
-}
-
 }  // namespace
+
+std::string kalmia::TemporaryDirectory() {
+  const char* const set = std::getenv("TMPDIR");
+  std::string directory = IsGiven(set) ? set : "/tmp";
+  while (directory.size() > 1 && directory.back() == '/') directory.pop_back();
+  return directory;
+}
 
 CString VexGetTempFileName(const char* directory, const char* prefix, const char* extension) {
   const std::string suffix = IsGiven(extension) ? "." + std::string(extension) : "";
-  std::string path = IsGiven(directory) ? directory : TemporaryDirectory();
+  std::string path = IsGiven(directory) ? directory : kalmia::TemporaryDirectory();
   if (path.back() != '/') path += '/';
   path += (prefix ? prefix : "") + std::string("XXXXXX") + suffix;
   const int file = mkstemps(path.data(), static_cast<int>(suffix.size()));  // O_EXCL, mode 0600

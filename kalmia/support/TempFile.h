@@ -1,9 +1,18 @@
 #pragma once
 
+#include <string>
+
 #include "kalmia/support/CString.h"
 
+namespace kalmia {
+
+/// The directory of temporary files: TMPDIR if that is set, else /tmp; without a slash at the end.
+std::string TemporaryDirectory();
+
+}  // namespace kalmia
+
 /// Creates a new empty file, readable and writable by the user alone, and returns its path: `directory`, then `prefix`,
-/// six random characters, a dot and `extension`. A null or empty directory stands for that of temporary files: TMPDIR
-/// if that is set, else /tmp. A null or empty prefix adds nothing, a null or empty extension neither itself nor a dot.
-/// The file is the caller's to remove. Cannot be created: the empty string. Never touches a file that is there already.
+/// six random characters, a dot and `extension`. A null or empty directory stands for that of temporary files. A null
+/// or empty prefix adds nothing, a null or empty extension neither itself nor a dot. The file is the caller's to remove.
+/// Cannot be created: the empty string. Never touches a file that is there already.
 CString VexGetTempFileName(const char* directory, const char* prefix, const char* extension);

@@ -179,7 +179,7 @@ TEST(FailureOfCluster, RefusesADiskThatIsTooSmallBeforeItBegins) {
     room = static_cast<double>(space.available);
   }
   const int rows = static_cast<int>(std::sqrt(1.1 * room / 12)) + 2;
-  ASSERT_LE(rows, 65535) << folder << " has room for the distances of any table";
+  if (rows > 65535) GTEST_SKIP() << folder << " has room for the distances of any table";
   std::string table = "x\n";
   for (int i = 0; i < rows; ++i) table += std::to_string(i) + "\n";
   const CommandResult run =
@@ -193,13 +193,19 @@ TEST(Interrupt, StopsAClusterAnalysisAtEachOfItsStepsAndLeavesNothingBehind) {
   const ScratchFolder folder, temporary;
   const std::string table = folder.Write("t.csv", UnrelatedTable(3000, 3, 1, 1));
   const std::string few = folder.Write("few.csv", UnrelatedTable(1500, 3, 1, 1));
+  // Many columns: distances are nearly alike, and so in few segments, which have to be divided again.
+  const std::string wide = folder.Write("wide.csv", UnrelatedTable(2000, 150, 1, 1));
   const std::pair<const char*, std::vector<std::string>> steps[] = {
       {"Sorting", {"cluster", few, "--method", "ward"}},
       {"Merging clusters", {"cluster", few, "--method", "ward"}},
       {"Calculating and saving", {"cluster", table, "--method", "single", "--memory", "1M", "--temp",
                                   temporary.Path(".")}},
       {"Splitting distances", {"cluster", table, "--method", "single", "--memory", "1M", "--temp",
-                               temporary.Path(".")}}};
+                               temporary.Path(".")}},
+      {"Re-partitioning", {"cluster", wide, "--method", "single", "--memory", "1M", "--temp", temporary.Path(".")}},
+      {"Sorting", {"cluster", table, "--method", "single"}},
+      {"Merging clusters", {"cluster", table, "--method", "single"}},
+      {"Comparing heights with distances", {"cluster", wide, "--method", "single"}}};
   for (const auto& [step, arguments] : steps) {
     std::vector<std::string> all = arguments;
     all.insert(all.end(), {"--merges", folder.Path("m.csv")});
@@ -207,7 +213,7 @@ TEST(Interrupt, StopsAClusterAnalysisAtEachOfItsStepsAndLeavesNothingBehind) {
     EXPECT_EQ(run.exitCode, 130) << step;
     EXPECT_THAT(run.error, HasSubstr("kalmia: stopped"));
     EXPECT_EQ(temporary.Names(), std::vector<std::string>());
-    EXPECT_EQ(folder.Names(), (std::vector<std::string>{"few.csv", "t.csv"}));
+    EXPECT_EQ(folder.Names(), (std::vector<std::string>{"few.csv", "t.csv", "wide.csv"}));
   }
 }
 

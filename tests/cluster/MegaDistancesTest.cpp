@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "cluster/OnDisk.h"
+#include "cluster/Stops.h"
 #include "testing/AllocationMeter.h"
 #include "testing/RandomTables.h"
 #include "testing/RecordingProgress.h"
@@ -94,6 +95,20 @@ TEST_F(MegaDistancesOnDisk, ARecordGoesIntoTheFirstFileWhoseLimitItReaches) {
   EXPECT_EQ(Files(), 5);
 }
 
+TEST_F(MegaDistancesOnDisk, AFileBeyondFourGigabytesIsReadWhereItsRecordIs) {
+  DistanceFile file;
+  const std::uint32_t number = 400000000;  // 4.8 GB; nothing is written in front of it
+  const DistanceAndIndex pair = {0.5F, 17, 65535};
+  file.stream.seekp(std::streamoff{12} * number);
+  file.Append(&pair, 1);
+  DistanceAndIndex read[2] = {};
+  file.SeekTo(number - 1);
+  ASSERT_TRUE(file.Read(read, 2));
+  EXPECT_EQ(read[0].j, 0) << "a record that was left out";
+  EXPECT_EQ(read[1].distance, 0.5F);
+  EXPECT_EQ(read[1].j, 65535);
+}
+
 TEST_F(MegaDistancesOnDisk, TheBarMovesAtEveryTenThousandthRecord) {
   std::vector<DistanceAndIndex> memory(10);
   ProgressLog log;
@@ -103,6 +118,18 @@ TEST_F(MegaDistancesOnDisk, TheBarMovesAtEveryTenThousandthRecord) {
   EXPECT_EQ(log.Count("SetValue"), 2);
   EXPECT_EQ(log.Count("IsBreakPressed"), 20001);
   EXPECT_EQ(log.calls[2 + 9999], "SetValue 0.25") << "before the poll of the same record";
+}
+
+TEST_F(MegaDistancesOnDisk, AStopToldByTheBarWhileSavingIsHeardBeforeThePoll) {
+  std::vector<DistanceAndIndex> memory(10);
+  ProgressLog log;
+  log.stopAt = 2 + 10000;  // the range and the text, a poll for each of 9999 records, then this
+  const std::unique_ptr<NCProgress> bar = RecordingBar(&log);
+  MegaDistances store(memory, bar.get(), 40000);
+  for (int k = 1; k < 10000; ++k) store.AddDistance({1, 1, 2});
+  EXPECT_EQ(ErrorOf([&] { store.AddDistance({1, 1, 2}); }), "Cluster analysis aborted");
+  EXPECT_EQ(log.calls.back(), "SetValue 0.25");
+  EXPECT_TRUE(EndsAtItsFirstRefusal(log));
 }
 
 TEST_F(MegaDistancesOnDisk, WithoutPairsHasNoNearestOne) {

@@ -1,6 +1,5 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <signal.h>
 #include <sys/resource.h>
 
 #include <functional>
@@ -11,6 +10,7 @@
 
 #include "cluster/OnDisk.h"
 #include "cluster/PlainClustering.h"
+#include "cluster/Stops.h"
 #include "kalmia/cluster/DistancesOnDisk.h"
 #include "kalmia/cluster/SingleLinkageDistanceCalculator.h"
 #include "kalmia/cluster/WardDistanceCalculator.h"
@@ -103,9 +103,37 @@ TEST_F(OnDisk, AsksWhereTheDiskIsTooSmall) {
   kalmia::TellOfDisk(100, "/some/where", 1024);  // both in bytes: 1024 is not above 1024
   EXPECT_THAT(dialogue_.questions[1], HasSubstr("needs 118800.000 bytes"));
   EXPECT_THAT(dialogue_.questions[1], HasSubstr("currently 1024.000 bytes"));
+  // 65535 rows: 2147385345 pairs, 51537248280 bytes, 47.998 gigabytes.
+  kalmia::TellOfDisk(65535, "/some/where", 51537248280);
+  EXPECT_EQ(dialogue_.questions.size(), 2U);
+  kalmia::TellOfDisk(65535, "/some/where", 51537248279);
+  ASSERT_EQ(dialogue_.questions.size(), 3U);
+  EXPECT_THAT(dialogue_.questions[2], HasSubstr("needs 47.998 Gigabytes"));
+  EXPECT_THAT(dialogue_.questions[2], HasSubstr("currently 47.998 Gigabytes"));
+  dialogue_.shown.clear();
   dialogue_.answer = 5;
   EXPECT_EQ(ErrorOf([] { kalmia::TellOfDisk(100, "/some/where", 0); }), "Cluster analysis aborted.");
-  EXPECT_EQ(dialogue_.shown.size(), 3U) << "nothing is shown after a refusal";
+  EXPECT_TRUE(dialogue_.shown.empty()) << "nothing is shown after a refusal";
+}
+
+TEST_F(OnDisk, ARefusalLeavesNoFileAndMakesNoDistances) {
+  const NCDataMatrix<float> table = RandomMatrix<float>(20, 3, 0, 1);
+  DendroGram::SetMaximumPairsInMemory(50);
+  dialogue_.answer = 5;
+  ProgressLog log;
+  const std::unique_ptr<NCProgress> bar = RecordingBar(&log);
+  std::string asked;
+  const kalmia::FreeSpace full = [&asked](const std::string& directory) {
+    asked = directory;
+    return std::uint64_t{4559};  // 190 pairs take 4560
+  };
+  EXPECT_EQ(ErrorOf([&] { kalmia::DistancesOnDisk(table, bar.get(), full); }), "Cluster analysis aborted.");
+  EXPECT_EQ(asked, directory_);
+  EXPECT_EQ(Files(), 0);
+  EXPECT_TRUE(log.calls.empty());
+  dialogue_.answer = 0;
+  EXPECT_NE(kalmia::DistancesOnDisk(table, nullptr, full), nullptr) << "who goes on does so at his own risk";
+  EXPECT_EQ(dialogue_.questions.size(), 2U);
 }
 
 TEST_F(OnDisk, StopsAtWhateverAsksAndLeavesNoFile) {
@@ -129,6 +157,7 @@ TEST_F(OnDisk, StopsAtWhateverAsksAndLeavesNoFile) {
     // Calls that ask nothing cannot stop: the one that does comes later in the log.
     const bool whileSaving = saving != log.calls.end() && saved == log.calls.end();
     EXPECT_EQ(message, whileSaving ? "Cluster analysis aborted" : "Cluster analysis aborted.") << log.Joined();
+    EXPECT_TRUE(EndsAtItsFirstRefusal(log)) << "stop at call " << stopAt << " of " << log.Joined();
   }
 }
 
@@ -138,13 +167,13 @@ TEST_F(OnDisk, TellsHowFarItIs) {
   const std::unique_ptr<NCProgress> bar = RecordingBar(&log);
   SingleLinkageDistanceCalculator calculator;
   calculator.Init(MatrixOf<float>({{0}, {1}, {3}}), bar.get());
-  // Three pairs, memory for 3 >> 1 = 1, seven parts; the quantiles above the maximum 3 are left out.
+  // Three pairs, memory for 3 >> 1 = 1, seven parts; the quantile above the maximum 3, of 6/7, is left out: six files.
   EXPECT_THAT(log.Joined(), ::testing::StartsWith(
                                 "SetRange 0 3; SetText Allocating memory; SetRange 0 2; PushSubRange 0 1; "
                                 "SetRange 0 1; SetText Calculating and saving 3 distances; IsBreakPressed; "
                                 "IsBreakPressed; IsBreakPressed; PopSubRange; PushSubRange 1 2; "
                                 "SetText Splitting distances; SetRange 0 1; IsBreakPressed; SetValue 0.1; "
-                                "IsBreakPressed; SetValue "));
+                                "IsBreakPressed; SetValue 0.138889; IsBreakPressed; "));  // (0.7 / 6 + 0.3) / 3
   EXPECT_EQ(log.calls.back(), "PopSubRange");
   log.calls.clear();
   int i = 0, j = 0;
@@ -154,22 +183,10 @@ TEST_F(OnDisk, TellsHowFarItIs) {
 
 TEST_F(OnDisk, ADirectoryThatIsNotThereIsAnErrorThatSaysSo) {
   setenv("TMPDIR", (directory_ + "/absent").c_str(), 1);
-  const std::string message(ErrorOf([] { Merges(RandomMatrix<float>(20, 3, 0, 1), 50); }));
-  EXPECT_THAT(message, ::testing::StartsWith("The temporary file "));
-  EXPECT_THAT(message, ::testing::EndsWith(" could not be opened"));
-}
-
-TEST_F(OnDisk, AFullDiskShowsAsAFailedRead) {
-  // No file may grow beyond 4 KB, which stands in for a disk that is full.
-  rlimit before = {};
-  getrlimit(RLIMIT_FSIZE, &before);
-  const auto handler = signal(SIGXFSZ, SIG_IGN);
-  const rlimit small = {4096, before.rlim_max};
-  setrlimit(RLIMIT_FSIZE, &small);
-  const CString message = ErrorOf([] { Merges(RandomMatrix<float>(60, 3, 0, 1), 500); });
-  setrlimit(RLIMIT_FSIZE, &before);
-  signal(SIGXFSZ, handler);
-  EXPECT_EQ(message, "Error when reading from temporary file.");
+  EXPECT_EQ(ErrorOf([] { Merges(RandomMatrix<float>(20, 3, 0, 1), 50); }),
+            CString(("The temporary file " + directory_ + "/absent/kal-XXXXXX.clu could not be opened").c_str()));
+  ASSERT_EQ(dialogue_.shown.size(), 1U);
+  EXPECT_THAT(dialogue_.shown[0], HasSubstr("The disk ('" + directory_ + "/absent') will be used"));
 }
 
 TEST_F(OnDisk, WardDoesNotGoThere) {

@@ -81,6 +81,21 @@ TEST(VexGetTempFileName, FallsBackOnTmp) {
   fs::remove(path);
 }
 
+TEST(TemporaryDirectory, IsWhereTheFilesComeWithoutASlashAtTheEnd) {
+  const OwnTemporaryFolder folder;
+  const std::string path = folder.Path().string();
+  EXPECT_EQ(kalmia::TemporaryDirectory(), path);
+  setenv("TMPDIR", (path + "//").c_str(), 1);
+  EXPECT_EQ(kalmia::TemporaryDirectory(), path);
+  EXPECT_EQ(fs::path(std::string(VexGetTempFileName(nullptr, "a", "b"))).parent_path(), path);
+  setenv("TMPDIR", "/", 1);
+  EXPECT_EQ(kalmia::TemporaryDirectory(), "/");
+  for (const char* const unset : {"", static_cast<const char*>(nullptr)}) {
+    unset ? setenv("TMPDIR", unset, 1) : unsetenv("TMPDIR");
+    EXPECT_EQ(kalmia::TemporaryDirectory(), "/tmp");
+  }
+}
+
 TEST(VexGetTempFileName, IsEmptyWhereNoFileCanBeCreated) {
   EXPECT_STREQ(VexGetTempFileName("/no/such/folder", "kal-", "clu"), "");
 }

@@ -1,0 +1,89 @@
+#include "kalmia/cluster/PairMemory.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <string>
+
+#include "cluster/Trees.h"
+#include "kalmia/cluster/DendroGram.h"
+#include "kalmia/cluster/SingleLinkageDistanceCalculator.h"
+#include "kalmia/cluster/WardDistanceCalculator.h"
+#include "testing/AllocationMeter.h"
+#include "testing/RandomTables.h"
+#include "testing/Threads.h"
+
+// How many pairs may be in memory, and that what is set aside for all else is enough.
+
+namespace {
+
+using DendroGram::ClusterDistanceCalculator;
+using DendroGram::SingleLinkageDistanceCalculator;
+using DendroGram::WardDistanceCalculator;
+using kalmia::BytesBesidePairs;
+using kalmia::PairCount;
+using kalmia::PairsThatFitIn;
+
+TEST(PairsThatFit, LeaveRoomForTheTableAndASixteenthOfTheRest) {
+  for (const int rows : {2, 500, 65535})
+    for (const int columns : {1, 20000}) {
+      const std::uint64_t beside = BytesBesidePairs(rows, columns);
+      // The table's cells as floats once more, at least.
+      EXPECT_GT(beside, 4U * static_cast<std::uint64_t>(rows) * static_cast<std::uint64_t>(columns));
+      EXPECT_EQ(PairsThatFitIn(0, rows, columns, 12), 0U);
+      EXPECT_EQ(PairsThatFitIn(beside, rows, columns, 12), 0U);
+      EXPECT_EQ(PairsThatFitIn(beside + 16 * 12, rows, columns, 12), 15U);
+      EXPECT_EQ(PairsThatFitIn(beside + 16 * 18 * std::uint64_t{1000000000}, rows, columns, 18), 15000000000U);
+    }
+}
+
+TEST(PairsThatFit, AreCountedIn64Bits) {
+  EXPECT_EQ(PairCount(50000), 1249975000);
+  EXPECT_EQ(PairCount(65535), 2147385345);  // beyond 2^31 - 1
+}
+
+TEST(PairsThatFit, AreCappedByWhatTheCallerSets) {
+  const std::uint64_t fit = kalmia::PairsThatFit(10, 3);
+  ASSERT_GT(fit, 100U);
+  DendroGram::SetMaximumPairsInMemory(100);
+  EXPECT_EQ(kalmia::PairsThatFit(10, 3), 100U);
+  DendroGram::SetMaximumPairsInMemory(std::uint64_t{1} << 60);
+  EXPECT_LT(kalmia::PairsThatFit(10, 3), std::uint64_t{1} << 60) << "what the machine has is still the limit";
+  DendroGram::SetMaximumPairsInMemory(0);
+}
+
+/// Rows that come twice: when all those are merged, all distances of a Ward list are stale at once, and each cluster of
+/// two rows has sums of its own.
+NCDataMatrix<float> Twins(int rows, int columns, double holes) {
+  const NCDataMatrix<float> half = RandomMatrix<float>(rows / 2, columns, holes, 3);
+  NCDataMatrix<float> table(0, columns);
+  for (int r = 0; r < rows; ++r) table.push_back(half[1 + r / 2]);
+  return table;
+}
+
+/// What the analysis takes at its peak, in bytes, beside `bytesPerPair` for each pair.
+std::int64_t BytesBeside(const NCDataMatrix<float>& table, ClusterDistanceCalculator&& calculator,
+                         std::uint64_t bytesPerPair) {
+  const PeakBytesDuring meter;
+  const Tree tree(DendroGram::GetDendroGram(table, calculator, nullptr, nullptr));
+  return meter.GetBytes() - static_cast<std::int64_t>(bytesPerPair) * PairCount(table.SizeRows());
+}
+
+TEST(PairsThatFit, LeaveRoomForAllElseThatAnAnalysisTakes) {
+  for (const int threads : {1, 2}) {
+    const Threads team(threads);
+    const NCDataMatrix<float> tables[] = {
+        RandomMatrix<float>(2000, 3, 0, 1),    RandomMatrix<float>(300, 300, 0.1, 1),
+        RandomMatrix<float>(40, 5000, 0.1, 1), RandomMatrix<float>(2, 20000, 0, 1),
+        Twins(2000, 3, 0),                     Twins(60, 5000, 0.1)};
+    for (const NCDataMatrix<float>& table : tables) {
+      SCOPED_TRACE(std::to_string(table.SizeRows()) + " x " + std::to_string(table.SizeColumns()));
+      const std::int64_t beside = static_cast<std::int64_t>(BytesBesidePairs(table.SizeRows(), table.SizeColumns()));
+      EXPECT_LE(BytesBeside(table, SingleLinkageDistanceCalculator(), kalmia::kBytesPerPair), beside);
+      for (const auto type : {WardDistanceCalculator::DistanceIncrease, WardDistanceCalculator::DistanceRootIncrease})
+        EXPECT_LE(BytesBeside(table, WardDistanceCalculator(type), kalmia::kBytesPerWardPair), beside);
+    }
+  }
+}
+
+}  // namespace
