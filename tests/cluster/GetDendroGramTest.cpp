@@ -2,22 +2,20 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <map>
 #include <memory>
 #include <new>
-#include <sstream>
 #include <stdexcept>
 #include <string>
 #include <utility>
 #include <vector>
 
 #include "cluster/PlainClustering.h"
+#include "cluster/Stops.h"
 #include "cluster/Trees.h"
 #include "kalmia/cluster/DendroGram.h"
 #include "testing/AllocationMeter.h"
 #include "testing/RandomTables.h"
 #include "testing/RecordingProgress.h"
-#include "testing/StreamAttacks.h"
 
 namespace {
 
@@ -46,35 +44,9 @@ class ScriptedCalculator : public DendroGram::ClusterDistanceCalculator {
   std::vector<PlainMerge> script_;
 };
 
-/// A cache in memory, which counts the streams it still lends.
-class Cache : public VexStreamSource {
- public:
-  std::istream* OpenInput(const char* name) override {
-    asked.push_back(name);
-    const auto found = entries.find(name);
-    return found == entries.end() ? nullptr : new std::istringstream(found->second);
-  }
-  std::ostream* OpenOutput(const char* name) override {
-    ++outputs;
-    return isReadOnly ? nullptr : new Output(&entries[name]);
-  }
-
-  std::map<std::string, std::string> entries;
-  std::vector<std::string> asked;
-  int outputs = 0;
-  bool isReadOnly = false;
-
- private:
-  struct Output : std::ostringstream {
-    explicit Output(std::string* entry) : target(entry) {}
-    ~Output() override { *target = str(); }
-    std::string* target;
-  };
-};
-
 Tree Analyse(const NCDataMatrix<float>& data, DendroGram::ClusterDistanceCalculator& calculator,
-             NCProgress* progress = nullptr, VexStreamSource* cache = nullptr) {
-  return Tree(DendroGram::GetDendroGram(data, calculator, progress, cache));
+             NCProgress* progress = nullptr) {
+  return Tree(DendroGram::GetDendroGram(data, calculator, progress, nullptr));
 }
 
 CString ErrorOf(const NCDataMatrix<float>& data) {
@@ -195,7 +167,8 @@ TEST(GetDendroGram, StopsAtWhateverAsksAndLeavesNothingBehind) {
       break;
     }
     EXPECT_EQ(message, "Cluster analysis aborted.");
-    EXPECT_LT(stopAt, 1000);
+    EXPECT_TRUE(EndsAtItsFirstRefusal(log)) << "stop at call " << stopAt << " of " << log.Joined();
+    ASSERT_LT(stopAt, 1000);
   }
 }
 
@@ -233,6 +206,21 @@ TEST(GetDendroGram, DestroysItsNodesWhenTheCalculatorFails) {
   EXPECT_EQ(meter.GetLiveBytes(), 0);
 }
 
+TEST(GetDendroGram, OfATypeWithoutDistancesIsAnErrorThatNamesItAndLeavesNoLeaf) {
+  const NCDataMatrix<float> table = RandomMatrix<float>(5, 2, 0, 1);
+  const PeakBytesDuring meter;
+  {
+    WardDistanceCalculator calculator(static_cast<WardDistanceCalculator::DistanceType>(2));
+    try {
+      Analyse(table, calculator);
+      ADD_FAILURE() << "there are no distances";
+    } catch (const NCError& error) {
+      EXPECT_EQ(error.GetMessage(), "Cluster analysis: 2 is no type of Ward's distance.");
+    }
+  }
+  EXPECT_EQ(meter.GetLiveBytes(), 0);
+}
+
 TEST(GetDendroGram, LeavesNothingBehindWhereMemoryRunsOut) {
   const NCDataMatrix<float> table = RandomMatrix<float>(40, 8, 0.05, 1);  // 780 pairs: a list of several blocks
   bool failed = true;
@@ -242,7 +230,7 @@ TEST(GetDendroGram, LeavesNothingBehindWhereMemoryRunsOut) {
       WardDistanceCalculator calculator(WardDistanceCalculator::DistanceIncrease);
       const FailAllocation failure(which);
       try {
-        Analyse(table, calculator, nullptr, nullptr);
+        Analyse(table, calculator);
       } catch (const std::bad_alloc&) {
       } catch (const DendroGram::ClusterAllocationError&) {  // where it was the list
       }
@@ -250,74 +238,6 @@ TEST(GetDendroGram, LeavesNothingBehindWhereMemoryRunsOut) {
     }
     ASSERT_TRUE(which == 1 || meter.GetLiveBytes() <= 0) << "allocation " << which;  // the first keeps buffers
   }
-}
-
-TEST(GetDendroGram, StoresTheTreeAndReturnsItUnseenTheNextTime) {
-  const NCDataMatrix<float> table = RandomMatrix<float>(6, 3, 0, 5);
-  Cache cache;
-  SingleLinkageDistanceCalculator first;
-  const Tree tree = Analyse(table, first, nullptr, &cache);
-  ASSERT_EQ(cache.entries.size(), 1U);
-  EXPECT_EQ(cache.entries.begin()->second, StreamOf(*tree));
-  ProgressLog log;
-  const std::unique_ptr<NCProgress> bar = RecordingBar(&log);
-  SingleLinkageDistanceCalculator untouched;
-  const Tree again = Analyse(table, untouched, bar.get(), &cache);
-  EXPECT_TRUE(*again == *tree);
-  EXPECT_TRUE(log.calls.empty());
-  EXPECT_EQ(cache.outputs, 1);
-  int i = 0, j = 0;
-  EXPECT_THROW(untouched.FindNearestAndMerge(i, j), NCError) << "it was never initialised";
-}
-
-TEST(GetDendroGram, AStoredTreeIsReturnedEvenForATableThatTheRulesRefuse) {
-  const NCDataMatrix<float> table = MatrixOf<float>({{kMiss, kMiss, 1}, {1, 2, 3}});
-  Cache cache;
-  SingleLinkageDistanceCalculator calculator;
-  EXPECT_THROW(Analyse(table, calculator, nullptr, &cache), NCError);
-  ASSERT_EQ(cache.asked.size(), 1U) << "the cache is asked before everything";
-  cache.entries[cache.asked[0]] = StreamOf(*FiveLeafs());
-  EXPECT_TRUE(*Analyse(table, calculator, nullptr, &cache) == *FiveLeafs());
-}
-
-TEST(GetDendroGram, ADamagedEntryIsComputedAfreshAndStoredAgain) {
-  const NCDataMatrix<float> table = RandomMatrix<float>(6, 3, 0, 5);
-  Cache cache;
-  SingleLinkageDistanceCalculator first;
-  const Tree tree = Analyse(table, first, nullptr, &cache);
-  std::string& entry = cache.entries.begin()->second;
-  const std::string good = entry;
-  for (const std::size_t length : {std::size_t{0}, std::size_t{5}, good.size() - 1}) {
-    entry.resize(length);
-    SingleLinkageDistanceCalculator calculator;
-    EXPECT_TRUE(*Analyse(table, calculator, nullptr, &cache) == *tree);
-    EXPECT_EQ(entry, good);
-  }
-}
-
-TEST(GetDendroGram, ACacheThatTakesNothingIsNoFailure) {
-  Cache cache;
-  cache.isReadOnly = true;
-  SingleLinkageDistanceCalculator calculator;
-  EXPECT_EQ(Analyse(RandomMatrix<float>(6, 3, 0, 5), calculator, nullptr, &cache)->SizeLeafs(), 6);
-  EXPECT_EQ(cache.outputs, 1);
-}
-
-TEST(GetDendroGram, TheNameOfAnEntryIsThatOfTableAndCalculator) {
-  NCDataMatrix<float> table = MatrixOf<float>({{1, 2}, {3, kMiss}, {5, 6}});
-  Cache cache;
-  const auto nameFor = [&](DendroGram::ClusterDistanceCalculator&& calculator) {
-    Analyse(table, calculator, nullptr, &cache);
-    return cache.asked.back();
-  };
-  const std::string ward = nameFor(WardDistanceCalculator(WardDistanceCalculator::DistanceIncrease));
-  // md5sum of the six cells as little-endian floats and of the text "WardDistanceCalculator0" behind them.
-  EXPECT_EQ(ward, "Dendro_3_2_8ee0554acfade8fb10e576fd570da5ef");
-  EXPECT_EQ(nameFor(WardDistanceCalculator(WardDistanceCalculator::DistanceIncrease)), ward);
-  EXPECT_NE(nameFor(WardDistanceCalculator(WardDistanceCalculator::DistanceRootIncrease)), ward);
-  EXPECT_NE(nameFor(SingleLinkageDistanceCalculator()), ward);
-  table(3, 2, 6.5F);
-  EXPECT_NE(nameFor(WardDistanceCalculator(WardDistanceCalculator::DistanceIncrease)), ward);
 }
 
 }  // namespace

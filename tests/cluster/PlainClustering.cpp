@@ -100,7 +100,7 @@ std::vector<PlainMerge> PlainSingleLinkage(const NCDataMatrix<float>& data) {
   return merges;
 }
 
-std::vector<PlainMerge> PlainWard(const NCDataMatrix<float>& data, bool root, int* passedOver) {
+std::vector<PlainMerge> PlainWard(const NCDataMatrix<float>& data, bool root, WardCounts* counts) {
   std::vector<std::vector<int>> clusters;
   std::vector<Entry> list;
   for (int a = 1; a <= data.SizeRows(); ++a) {
@@ -109,10 +109,11 @@ std::vector<PlainMerge> PlainWard(const NCDataMatrix<float>& data, bool root, in
       list.push_back({PlainDistance(data, a, b, true, root), a - 1, b - 1});
   }
   std::stable_sort(list.begin(), list.end(), Falling);
+  const auto increase = [&](const Entry& entry) {
+    return Increase(data, clusters[static_cast<std::size_t>(entry.a)], clusters[static_cast<std::size_t>(entry.b)]);
+  };
   const auto computed = [&](const Entry& entry) {
-    const float d =
-        Increase(data, clusters[static_cast<std::size_t>(entry.a)], clusters[static_cast<std::size_t>(entry.b)]);
-    return root ? std::sqrt(std::max(d, 0.0F)) : d;
+    return root ? std::sqrt(std::max(increase(entry), 0.0F)) : increase(entry);
   };
   std::vector<PlainMerge> merges;
   while (clusters.size() > 1) {
@@ -120,6 +121,7 @@ std::vector<PlainMerge> PlainWard(const NCDataMatrix<float>& data, bool root, in
       std::size_t tail = list.size();
       while (tail > 0 && list[tail - 1].distance < 0) {
         --tail;
+        if (counts && increase(list[tail]) < 0) ++counts->negative;
         list[tail].distance = computed(list[tail]);
       }
       std::stable_sort(list.begin() + static_cast<std::ptrdiff_t>(tail), list.end(), Falling);
@@ -137,8 +139,8 @@ std::vector<PlainMerge> PlainWard(const NCDataMatrix<float>& data, bool root, in
       }
     }
     const Entry nearest = list.back();
-    if (passedOver)
-      *passedOver += std::any_of(list.begin(), list.end(), [&](const Entry& entry) {
+    if (counts)
+      counts->passedOver += std::any_of(list.begin(), list.end(), [&](const Entry& entry) {
         return entry.distance < 0 && computed(entry) < nearest.distance;
       });
     list.pop_back();

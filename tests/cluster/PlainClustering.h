@@ -18,9 +18,15 @@ float PlainDistance(const NCDataMatrix<float>& data, int a, int b, bool half, bo
 /// Single linkage by looking at all pairs of clusters for each merge; of equal distances the first pair found.
 std::vector<PlainMerge> PlainSingleLinkage(const NCDataMatrix<float>& data);
 
+/// What happened on the way through a list of Ward distances.
+struct WardCounts {
+  int passedOver = 0;  ///< merges at which a stale pair was really nearer
+  int negative = 0;    ///< stale pairs whose increase came out below 0, before a root was taken
+};
+
 /// The sorted list of Ward distances with its stale entries, every step by itself: sums of squares from the rows,
-/// entries inserted one at a time, one thread. `passedOver` counts merges at which a stale pair was really nearer.
-std::vector<PlainMerge> PlainWard(const NCDataMatrix<float>& data, bool root, int* passedOver = nullptr);
+/// entries inserted one at a time, one thread.
+std::vector<PlainMerge> PlainWard(const NCDataMatrix<float>& data, bool root, WardCounts* counts = nullptr);
 
 /// The merges that a calculator makes of a table.
 template <class Calculator>
