@@ -318,18 +318,4 @@ TEST_F(DrawnTree, IsNotCutAtItsTopWhateverTheHeight) {
   }
 }
 
-TEST(DeepDrawing, OfAChainOf100000LeafsNeedsNoStack) {
-  for (const bool left : {false, true}) {
-    const Tree tree = Chain(100000, left);
-    DendroGramDrawer drawer(*tree);
-    // A stem that stands alone: that of the leaf merged last, at one end, from the bottom up to the root's crossbar.
-    const float x = left ? 99999.5F : 0.5F;
-    const std::vector<std::string> hits = Texts(drawer.HitTest(0, 100000, 0, 1000, x, 500, 0.25F, 0.25F, true));
-    EXPECT_THAT(hits, ElementsAre("100000"));
-    // The merges at 50000 to 99999 are undone: 50000 of them, so there is one cluster more.
-    const std::unique_ptr<std::list<const DendroGramNode*>> cut(drawer.SplitByHeight(0, 99999, 49999.5F));
-    EXPECT_EQ(cut->size(), 50001U);
-  }
-}
-
 }  // namespace

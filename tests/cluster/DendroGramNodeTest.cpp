@@ -199,6 +199,8 @@ TEST(DendroGramNode, ANodeIsItsOwnSubNodeAndAHigherOneIsNone) {
   EXPECT_TRUE(other->IsSubNode(other.get()));
   const Tree falling = Merge(1, Merge(2, Leaf({1}), Leaf({2})), Leaf({3}));
   EXPECT_FALSE(falling->IsSubNode(falling->GetLeft()));  // below, but higher
+  const Tree negative = Merge(-0.3F, Leaf({1}), Leaf({2}));
+  EXPECT_FALSE(negative->IsSubNode(negative->GetLeft()));  // a leaf has the height 0
 }
 
 TEST(DendroGramNode, SplitTurnsALeafOfSeveralItemsIntoTwo) {
