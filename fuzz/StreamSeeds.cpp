@@ -6,6 +6,7 @@
 #include <sstream>
 #include <string>
 
+#include "cluster/Trees.h"
 #include "kalmia/kalmia.h"
 #include "testing/RandomTables.h"
 #include "testing/StreamAttacks.h"
@@ -201,6 +202,8 @@ int main(int argc, char** argv) {
   write("filter-without-components", Filter(0));
   write("filter-1", VersionOneFilter());
   write("opls-validation", ValidatedOpls());
+  write("tree", StreamOf(*RandomTree(6, 1)));
+  write("tree-of-several-items", StreamOf(*Merge(0.5F, Leaf({3}), Leaf({4, 2}))));
   for (const short version : {1, 2, 3}) {
     const OldSeeds old(version);
     const std::string ending = "-" + std::to_string(version);

@@ -9,6 +9,7 @@
 #include <functional>
 #include <string>
 
+#include "cluster/Trees.h"
 #include "kalmia/kalmia.h"
 #include "testing/RandomTables.h"
 #include "testing/StreamAttacks.h"
@@ -103,6 +104,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   FeedWithErrors<NCPLS>(bytes, [](const NCPLS& model) { ExpectAgreement(model); });
   FeedWithErrors<NCPCA>(bytes, [](const NCPCA& model) { ExpectAgreement(model); });
   FeedWithErrors<NCYOrthogonalPLS>(bytes, [](const NCYOrthogonalPLS& model) { ExpectAgreement(model); });
+  Feed<HeldTree>(bytes, [](const HeldTree& held) { EXPECT_TRUE(HasSoundLinks(held.Root())); });
   Feed<StreamedOplsData>(bytes, [](const StreamedOplsData& stored) { ExpectExactCountsOf(stored.data); });
   return 0;
 }
