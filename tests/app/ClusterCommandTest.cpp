@@ -210,22 +210,6 @@ TEST(Cluster, ScalesToUnitVarianceUnlessToldOtherwise) {
             RunCluster(table, {"--method", "ward", "--scale", "pareto"}).output);
 }
 
-TEST(Cluster, EveryNumberOfClustersCanBeHadEvenWhereHeightsFall) {
-  const ScratchFolder folder;
-  const std::string csv = folder.Path("c.csv"), merges = folder.Path("m.csv");
-  const std::string table = UnrelatedTable(60, 5, 1, 13);  // one of few on which Ward's heights fall
-  for (const int k : {1, 2, 3, 5, 10, 30, 58, 59, 60}) {
-    const CommandResult run = RunCluster(table, {"--method", "ward", "--scale", "none", "--cut", std::to_string(k),
-                                                 "--csv", csv, "--merges", merges});
-    ASSERT_EQ(run.exitCode, 0);
-    EXPECT_EQ(run.error, "note: 1 merge is lower than one within its cluster\n");
-    const std::vector<int> clusters = ClustersAt(csv);
-    EXPECT_EQ(*std::max_element(clusters.begin(), clusters.end()), k);
-  }
-  const std::vector<double> heights = NumbersOf(CsvAt(merges), "height");
-  EXPECT_FALSE(std::is_sorted(heights.begin(), heights.end()));
-}
-
 TEST(Cluster, QuotesNamesInTheNewickFormat) {
   const ScratchFolder folder;
   const std::string newick = folder.Path("t.nwk");
