@@ -110,8 +110,11 @@ double Tolerance(double spacing, int lastPlace) {
 
 }  // namespace
 
-std::optional<double> ChannelSpacing(const std::vector<std::string>& names) {
+std::optional<double> ChannelSpacing(std::vector<std::string> names, bool decimalComma) {
   if (names.size() < 2) return std::nullopt;
+  for (std::string& name : names) {
+    if (decimalComma) std::replace(name.begin(), name.end(), ',', '.');
+  }
   const int which = NumberThatDiffers(names.front(), names.back());
   const auto first = Divide(names.front(), which);
   const auto last = Divide(names.back(), which);

@@ -7,9 +7,8 @@
 #include "app/CellNumber.h"
 #include "app/DisplayText.h"
 #include "app/Failure.h"
-#include "app/Scaling.h"
+#include "app/PreprocessedX.h"
 #include "app/StepChainFile.h"
-#include "app/StepChainReport.h"
 #include "app/TableColumns.h"
 #include "kalmia/containers/Missing.h"
 #include "kalmia/pcapls/PCACrossValidation.h"
@@ -31,17 +30,6 @@ constexpr int kMostAutomaticComponents = 15;
 std::string Named(const std::string& kind, const std::vector<std::string>& names) {
   return names.empty() ? "" : kind + ": " + Listed(names, kColumnsNamed);
 }
-
-/// A column of numbers with its name.
-struct Column {
-  std::string name;
-  std::vector<float> cells;
-
-  std::size_t Present() const {
-    return cells.size() - static_cast<std::size_t>(std::count(cells.begin(), cells.end(), kMissingCell));
-  }
-  bool IsConstant() const { return app::IsConstant(cells.data(), cells.data() + cells.size()); }
-};
 
 /// Works from the columns of the table to the matrices.
 class Selection {
@@ -121,57 +109,17 @@ class Selection {
 
   void Preprocess() {
     if (options_.stepsFile.empty()) return;
-    const StepsFile file = ReadStepsFile(options_.stepsFile);
-    if (file.chain) TakeInputs(*file.chain, file.name);
-    Signals signals{table_.Name(), RowPlaces(table_, idColumn_), {}, {}, {}};
-    Fill(x_, table_.Rows(), &signals.cells, &signals.names);
-    if (file.chain) {
-      data_.chain = *file.chain;
-      ApplyChain(data_.chain, &signals);
-    } else {
-      data_.chain = LearnChain(file.steps, &signals, notes_);
-      NoteLearntOfAllRows(data_.chain, notes_);
-    }
-    x_.clear();
-    for (std::size_t k = 0; k < signals.names.size(); ++k) {
-      const NCDataVector<float> cells = signals.cells.GetColumn(static_cast<int>(k) + 1);
-      if (cells.GetNumMisVal() == cells.Size()) {
-        data_.emptyColumns.push_back(signals.names[k]);
-      } else {
-        x_.push_back({signals.names[k], {cells.begin(), cells.end()}});
-      }
-    }
-    if (x_.empty()) Refuse(table_, "no cell of X is left after the steps of " + file.name);
-  }
-
-  /// Of the columns of X those that the chain takes, in its order.
-  void TakeInputs(const StepChain& chain, const std::string& file) {
-    std::unordered_map<std::string, std::size_t> placeOf;
-    for (std::size_t k = 0; k < x_.size(); ++k) placeOf.emplace(x_[k].name, k);
-    std::vector<Column> taken;
-    for (const std::string& name : chain.inputNames) {
-      const auto place = placeOf.find(name);
-      if (place == placeOf.end()) {
-        const std::vector<std::string>& texts = data_.textColumns;
-        const bool isText = std::find(texts.begin(), texts.end(), name) != texts.end();
-        Refuse(table_, "the steps of " + file + " take column " + Quoted(name) + ", which " +
-                           (isText ? "holds text, not numbers" : "is not in X"));
-      }
-      taken.push_back(x_[place->second]);
-      placeOf.erase(place);
-    }
-    std::vector<std::string> others;
-    for (const Column& column : x_) {
-      if (placeOf.count(column.name) > 0) others.push_back(column.name);
-    }
-    NoteColumns("not among the columns of " + file, others);
-    x_ = std::move(taken);
+    PreprocessedX made =
+        PreprocessX(table_, idColumn_, ReadStepsFile(options_.stepsFile), x_, data_.textColumns, notes_);
+    data_.chain = std::move(made.chain);
+    data_.emptyColumns = std::move(made.emptyColumns);
+    x_ = std::move(made.columns);
   }
 
   void LeaveOutRows() {
     for (int row = 0; row < table_.Rows(); ++row) {
       const auto r = static_cast<std::size_t>(row);
-      const bool hasX = std::any_of(x_.begin(), x_.end(), [r](const Column& c) { return c.cells[r] != kMissingCell; });
+      const bool hasX = std::any_of(x_.begin(), x_.end(), [r](const NumberColumn& c) { return c.cells[r] != kMissingCell; });
       if (hasX) {
         rows_.push_back(row);
       } else {
@@ -182,8 +130,8 @@ class Selection {
     notes_->Add("left out, without any X cell: " + std::string(data_.leftOutRows.size() == 1 ? "row " : "rows ") +
                 Listed(data_.leftOutRows, kRowsNamed));
     Keep(&data_.rowNames);
-    for (Column& column : x_) Keep(&column.cells);
-    for (Column& column : y_) Keep(&column.cells);
+    for (NumberColumn& column : x_) Keep(&column.cells);
+    for (NumberColumn& column : y_) Keep(&column.cells);
   }
 
   /// Keeps the cells of the rows that stay.
@@ -196,8 +144,8 @@ class Selection {
   }
 
   void LeaveOutColumns() {
-    std::vector<Column> varying;
-    for (Column& column : x_) {
+    std::vector<NumberColumn> varying;
+    for (NumberColumn& column : x_) {
       if (!column.IsConstant()) {
         varying.push_back(std::move(column));
       } else {
@@ -217,7 +165,7 @@ class Selection {
 
   void RequireVariance() {
     const std::string where = data_.leftOutRows.empty() ? "" : " in the rows that have X cells";
-    for (const Column& column : y_) {
+    for (const NumberColumn& column : y_) {
       if (column.Present() == 0) Refuse(table_, "the Y column " + Quoted(column.name) + " has no value" + where);
       if (column.IsConstant()) Refuse(table_, "the Y column " + Quoted(column.name) + " has no variance" + where);
     }
@@ -225,19 +173,8 @@ class Selection {
 
   void FillMatrices() {
     const auto rows = static_cast<int>(rows_.size());
-    Fill(x_, rows, &data_.x, &data_.xNames);
-    Fill(y_, rows, &data_.y, &data_.yNames);
-  }
-
-  static void Fill(const std::vector<Column>& columns, int rows, NCDataMatrix<float>* matrix,
-                   std::vector<std::string>* names) {
-    *matrix = NCDataMatrix<float>(rows, static_cast<int>(columns.size()));
-    int c = 0;
-    for (const Column& column : columns) {
-      ++c;
-      names->push_back(column.name);
-      for (int r = 1; r <= matrix->SizeRows(); ++r) (*matrix)(r, c, column.cells[static_cast<std::size_t>(r - 1)]);
-    }
+    FillMatrix(x_, rows, &data_.x, &data_.xNames);
+    FillMatrix(y_, rows, &data_.y, &data_.yNames);
   }
 
   void MakeGroups() {
@@ -280,8 +217,8 @@ class Selection {
   std::vector<int> excluded_;  ///< columns that X never takes
   int idColumn_ = -1;
   int groupColumn_ = -1;
-  std::vector<Column> x_;
-  std::vector<Column> y_;
+  std::vector<NumberColumn> x_;
+  std::vector<NumberColumn> y_;
   std::vector<int> rows_;  ///< rows of the table that stay
   int moved_ = 0;          ///< cells measured as the missing value
 };

@@ -87,7 +87,7 @@ int IdColumn(const CsvTable& table, const PreprocessOptions& options) {
 
 Signals ReadSignals(const CsvTable& table, const PreprocessOptions& options, const std::vector<int>& columns,
                     Notes* notes) {
-  Signals signals{table.Name(), RowPlaces(table, IdColumn(table, options)), {}, {}, {}};
+  Signals signals{table.Name(), RowPlaces(table, IdColumn(table, options)), {}, {}, {}, table.DecimalComma()};
   signals.cells = NCDataMatrix<float>(table.Rows(), static_cast<int>(columns.size()));
   int moved = 0;
   for (std::size_t k = 0; k < columns.size(); ++k) {

@@ -30,7 +30,7 @@ const LearntStep* CompressBefore(const std::vector<LearntStep>& steps, std::size
 
 float SpacingOf(const Signals& signals, const std::string& place, Notes* notes) {
   const bool areCoefficients = !signals.fullNames.empty();
-  const auto spacing = areCoefficients ? std::nullopt : ChannelSpacing(signals.names);
+  const auto spacing = areCoefficients ? std::nullopt : ChannelSpacing(signals.names, signals.decimalComma);
   if (spacing) return static_cast<float>(*spacing);
   notes->Add(place + ": per channel, for " +
              (areCoefficients ? "wavelet coefficients have no distance from one another"

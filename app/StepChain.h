@@ -31,6 +31,7 @@ struct Signals {
   std::vector<std::string> names;      ///< of the columns
   std::vector<std::string> fullNames;  ///< while it is compressed: of the columns before; otherwise empty
   NCDataMatrix<float> cells;
+  bool decimalComma = false;           ///< whether the numbers of the table, and in names, have one
 };
 
 /// Applies the steps to the table in place, one after the other, and keeps what they learn of it. Missing cells: those

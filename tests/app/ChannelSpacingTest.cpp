@@ -31,6 +31,13 @@ TEST(ChannelSpacing, ReadsPointsAndExponentsAsTheCellsOfATableHaveThem) {
   EXPECT_EQ(ChannelSpacing({"1em", "2em"}), 1.0);
 }
 
+TEST(ChannelSpacing, TakesACommaForAPointInTablesThatHaveCommas) {
+  const Names names = {"900,0 nm", "900,5 nm", "901,0 nm"};
+  EXPECT_EQ(ChannelSpacing(names, true), 0.5);
+  EXPECT_EQ(ChannelSpacing(names, false), std::nullopt);
+  EXPECT_EQ(ChannelSpacing({"1,000", "1,002", "1,004"}, false), 2.0);
+}
+
 TEST(ChannelSpacing, TakesASignWhereNoLetterOrDigitStandsBeforeIt) {
   EXPECT_EQ(ChannelSpacing({"wl -5", "wl -4", "wl -3"}), 1.0);
   EXPECT_EQ(ChannelSpacing({"wl -1", "wl 0", "wl 1"}), 1.0);

@@ -32,6 +32,13 @@ TEST_F(Preprocess, WritesDecimalPointsWhateverTheTableHas) {
   EXPECT_EQ(Out(), "id,b,a\nr1,0.25,3\nr2,,5\n");
 }
 
+TEST_F(Preprocess, ReadsDecimalCommasInTheNamesOfChannelsOfATableThatHasThem) {
+  const std::string table = folder_.Write("de.csv", "id;\"1,0\";\"1,5\";\"2,0\"\nr1;1,5;0,25;2\nr2;2,5;NA;1\n");
+  const CommandResult run = RunWell(On(table) + Words{"--steps", "derivative:1:3"});
+  EXPECT_THAT(run.output, HasSubstr("derivative:1:3:2, channels 0.5 apart"));
+  EXPECT_EQ(run.error, "");
+}
+
 TEST_F(Preprocess, WritesNaForAMissingCellWhereThereIsOnlyOneColumn) {
   const std::string table = folder_.Write("s.csv", "a,b\n1,3\nNA,NA\n2,5\n");
   RunWell(On(table) + Words{"--steps", "wavelet-compress:1:daubechies:4"});
