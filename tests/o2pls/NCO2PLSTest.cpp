@@ -251,26 +251,6 @@ TEST_P(NCO2PLSOnBlocks, LeavesTheBlocksAsTheyAre) {
 
 FloatBlocks SmallBlocks() { return MakeFloatBlocks({20, 6, 5, 2, 1, 1}, 0.05, 3); }
 
-// ---- Coefficients
-
-TEST(NCO2PLS, CoefficientsWithoutOrthogonalWeightsAreThePredictiveTermAlone) {
-  const NCO2PLS m = Fitted(SmallBlocks(), 2, 1, 0);
-  const Table none;
-  const Table coefficients =
-      NCO2PLS::GetCoefficients(m.GetW(), m.GetP(), none, none, m.GetLambda(), none, m.GetQ());
-  // W*' Lambda Q with W* = (W P')^-1 W, in double.
-  const plain::O2pls p = PlainOf(m);
-  const plain::Table wStar = plain::Product(plain::Inverse(plain::Product(p.W, plain::Transposed(p.P))), p.W);
-  const plain::Table expected =
-      plain::Product(plain::Transposed(wStar), plain::Product(p.Lambda, p.Q));
-  ASSERT_EQ(coefficients.SizeRows(), 6);
-  ASSERT_EQ(coefficients.SizeColumns(), 5);
-  for (int k = 1; k <= 6; ++k)
-    for (int j = 1; j <= 5; ++j)
-      EXPECT_NEAR(coefficients[k][j], expected[static_cast<std::size_t>(k) - 1][static_cast<std::size_t>(j) - 1],
-                  kRounding);
-}
-
 // ---- Stops, threads, memory
 
 TEST(NCO2PLS, IsAsBeforeTheStepWheneverTheUserStopsOne) {
