@@ -146,6 +146,8 @@ NCDataVector<float> NCYOrthogonalPLS::NextWeights(const NCDataVector<float>& w, 
     goesOn = AddComponent(&model);
   }
   bar->SpinDone();
+  // Only where cells are no numbers does the validator ask for no component at all, and with such cells the search did
+  // not start: no table comes here. Missing weights would have a missing change, which ends the search.
   if (model.GetComponents() == 0) return Vector(xResiduals_.SizeColumns());
   Vector next = model.GetRegressionCoefficients(-1).GetColumn(1);
   next.Normalise();

@@ -11,6 +11,7 @@
 
 #include "O2plsCase.h"
 #include "kalmia/o2pls/O2PLSCrossValidation.h"
+#include "kalmia/support/CString.h"
 #include "testing/RandomTables.h"
 #include "testing/RecordingProgress.h"
 
@@ -85,12 +86,13 @@ TEST(O2PLSCrossValidationProgress, StopsWhereverTheUserIsAskedAndNowhereElse) {
   EXPECT_GT(stops, 12) << "three searches ask in each of their rounds";
 }
 
-/// A bar that fails itself.
+/// A bar that fails itself, with this error, when it is given a range for that time.
+template <class Error>
 class FailingSink : public NCProgress::Sink {
  public:
-  explicit FailingSink(int which) : which_(which) {}
+  FailingSink(int which, const Error& error) : which_(which), error_(error) {}
   void SetRange(float, float) override {
-    if (++ranges_ == which_) throw NCError("the bar is broken");
+    if (++ranges_ == which_) throw error_;
   }
   bool SetValue(float) override { return true; }
   void SetText(const char*) override {}
@@ -102,19 +104,29 @@ class FailingSink : public NCProgress::Sink {
 
  private:
   int which_;
+  Error error_;
   int ranges_ = 0;
 };
 
-TEST(O2PLSCrossValidationProgress, SaysThatItCouldNotBeComputedWhereASearchFails) {
+/// What comes of an error in range `which` of the bar: 1 is that of the whole, 2 to 4 are those of the searches.
+template <class Error>
+std::optional<std::string> TextOfFailure(int which, const Error& error) {
   const FloatBlocks blocks = SmallBlocks();
-  for (const int which : {2, 3, 4}) {
-    NCProgress bar(std::make_unique<FailingSink>(which));
-    EXPECT_EQ(TextOfValidation(blocks.X, blocks.Y, nullptr, &bar, 1, 1, 1),
+  NCProgress bar(std::make_unique<FailingSink<Error>>(which, error));
+  return TextOfValidation(blocks.X, blocks.Y, nullptr, &bar, 1, 1, 1);
+}
+
+TEST(O2PLSCrossValidationProgress, SaysThatItCouldNotBeComputedWhereASearchFails) {
+  for (const int which : {2, 3, 4})
+    EXPECT_EQ(TextOfFailure(which, NCError("the bar is broken")),
               "Cross validation could not be computed.\nThis can be due to low variance/missing values in the X and/or "
               "Y matrices.");
-  }
-  NCProgress bar(std::make_unique<FailingSink>(1));
-  EXPECT_EQ(TextOfValidation(blocks.X, blocks.Y, nullptr, &bar, 1, 1, 1), "the bar is broken");
+  EXPECT_EQ(TextOfFailure(1, NCError("the bar is broken")), "the bar is broken") << "that is not in a search";
+}
+
+TEST(O2PLSCrossValidationProgress, MakesAnErrorOfABareTextInASearch) {
+  for (const int which : {2, 3, 4}) EXPECT_EQ(TextOfFailure(which, CString("out of paper")), "out of paper");
+  EXPECT_THROW(TextOfFailure(1, CString("out of paper")), CString) << "elsewhere it stays what it is";
 }
 
 TEST(O2PLSCrossValidation, KeepsTheComponentsSoFarWhereARoundCannotHaveAnother) {
