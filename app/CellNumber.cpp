@@ -6,6 +6,7 @@
 #include <system_error>
 
 #include "app/Numbers.h"
+#include "app/TextParts.h"
 
 namespace kalmia::app {
 
@@ -14,12 +15,6 @@ namespace {
 constexpr long long kBeyondAnyDigits = 1'000'000'000'000;
 
 bool IsDigit(char c) { return c >= '0' && c <= '9'; }
-
-std::string_view WithoutBlanks(std::string_view text) {
-  const std::size_t first = text.find_first_not_of(" \t");
-  if (first == std::string_view::npos) return {};
-  return text.substr(first, text.find_last_not_of(" \t") - first + 1);
-}
 
 bool IsMissingWord(std::string_view text) { return text.empty() || text == "NA" || text == "NaN" || text == "nan"; }
 

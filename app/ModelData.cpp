@@ -119,7 +119,8 @@ class Selection {
   void LeaveOutRows() {
     for (int row = 0; row < table_.Rows(); ++row) {
       const auto r = static_cast<std::size_t>(row);
-      const bool hasX = std::any_of(x_.begin(), x_.end(), [r](const NumberColumn& c) { return c.cells[r] != kMissingCell; });
+      const auto isThere = [r](const NumberColumn& column) { return column.cells[r] != kMissingCell; };
+      const bool hasX = std::any_of(x_.begin(), x_.end(), isThere);
       if (hasX) {
         rows_.push_back(row);
       } else {

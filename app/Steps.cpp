@@ -7,27 +7,17 @@
 #include "app/Failure.h"
 #include "app/StepKinds.h"
 #include "app/StepLimits.h"
+#include "app/TextParts.h"
 
 namespace kalmia::app {
 
 namespace {
 
-std::string Trimmed(std::string_view text) {
-  constexpr auto kBlanks = " \t\r\n";
-  const std::size_t first = text.find_first_not_of(kBlanks);
-  if (first == std::string_view::npos) return "";
-  return std::string(text.substr(first, text.find_last_not_of(kBlanks) - first + 1));
-}
-
-std::vector<std::string> Split(const std::string& text, char separator) {
-  std::vector<std::string> parts;
-  std::size_t begin = 0;
-  for (std::size_t end = text.find(separator); end != std::string::npos; end = text.find(separator, begin)) {
-    parts.push_back(Trimmed(std::string_view(text).substr(begin, end - begin)));
-    begin = end + 1;
-  }
-  parts.push_back(Trimmed(std::string_view(text).substr(begin)));
-  return parts;
+/// The parts between the separators, without blanks around them.
+std::vector<std::string> Words(const std::string& text, char separator) {
+  std::vector<std::string> words = Split(text, separator);
+  for (std::string& word : words) word = std::string(WithoutBlanks(word));
+  return words;
 }
 
 /// Reads one step after the other.
@@ -38,7 +28,7 @@ class StepReader {
   Step Read(const std::string& text) {
     ++number_;
     text_ = text;
-    std::vector<std::string> words = Split(text, ':');
+    std::vector<std::string> words = Words(text, ':');
     const Kind* kind = FindKind(words.front());
     if (kind == nullptr) Refuse("there is no such step; there are " + KindNames());
     if (words.size() - 1 > kind->parameters.size()) Refuse("it takes the form " + Form(*kind));
@@ -110,7 +100,7 @@ void RequireOrder(const std::vector<Step>& steps, const std::string& source) {
 std::vector<Step> ParseSteps(const std::string& text, const std::string& source) {
   std::vector<Step> steps;
   StepReader reader(source);
-  for (const std::string& word : Split(WithoutComments(text), ',')) {
+  for (const std::string& word : Words(WithoutComments(text), ',')) {
     if (!word.empty()) steps.push_back(reader.Read(word));
   }
   if (steps.empty()) throw Failure(ExitCode::Usage, source + ": there is no step");

@@ -8,6 +8,7 @@
 #include "app/CellNumber.h"
 #include "app/DisplayText.h"
 #include "app/Failure.h"
+#include "app/TextParts.h"
 #include "kalmia/containers/Missing.h"
 
 namespace kalmia::app {
@@ -36,17 +37,6 @@ constexpr auto kMissingCell = static_cast<float>(kMissing);
   }
   Refuse(table, table.RowPlace(row) + ", column " + Quoted(table.ColumnNames()[static_cast<std::size_t>(column)]) +
                     ": " + what);
-}
-
-std::vector<std::string> SplitAtCommas(const std::string& text) {
-  std::vector<std::string> parts;
-  std::size_t begin = 0;
-  for (;;) {
-    const std::size_t comma = text.find(',', begin);
-    parts.push_back(text.substr(begin, comma - begin));
-    if (comma == std::string::npos) return parts;
-    begin = comma + 1;
-  }
 }
 
 std::vector<int> Sequence(int first, int last) {
@@ -124,7 +114,7 @@ std::vector<int> RequireColumns(const CsvTable& table, const std::vector<std::st
   std::vector<int> columns;
   for (const std::string& argument : arguments) {
     const bool isOneName = table.Find(argument) >= 0 || argument.find(',') == std::string::npos;
-    for (const std::string& name : isOneName ? std::vector<std::string>{argument} : SplitAtCommas(argument)) {
+    for (const std::string& name : isOneName ? std::vector<std::string>{argument} : Split(argument, ',')) {
       const int column = RequireColumn(table, name);
       if (std::find(columns.begin(), columns.end(), column) != columns.end()) {
         Refuse(table, "column " + Quoted(name) + " is named twice");
