@@ -82,7 +82,7 @@ class Fit {
   void ExpectRows(const std::string& file, const std::string& prefix, const Matrix& rows) const {
     for (int a = 1; a <= rows.SizeRows(); ++a) {
       const std::string column = prefix + std::to_string(a);
-      EXPECT_EQ(CellsOf(File(file), column), std::vector<float>(rows[a].begin(), rows[a].end())) << file << column;
+      EXPECT_EQ(CellsOf(File(file), column), std::vector<float>(rows[a].begin(), rows[a].end())) << file << " " << column;
     }
   }
   /// The columns PREFIX1, PREFIX2, ... of a file, as many as there are.
