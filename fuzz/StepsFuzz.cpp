@@ -12,6 +12,7 @@
 #include "app/Failure.h"
 #include "app/StepChainFile.h"
 #include "app/Steps.h"
+#include "app/TextParts.h"
 
 using kalmia::app::ExitCode;
 using kalmia::app::Failure;
@@ -74,8 +75,7 @@ void FeedSteps(const std::string& text) try {
 }
 
 void FeedNames(const std::string& text) {
-  std::vector<std::string> names(1);
-  for (const char c : text) c == '\n' ? names.emplace_back() : names.back().push_back(c);
+  const std::vector<std::string> names = kalmia::app::Split(text, '\n');
   const auto spacing = kalmia::app::ChannelSpacing(names);
   if (!spacing) return;
   const auto stored = static_cast<float>(*spacing);
