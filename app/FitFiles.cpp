@@ -10,12 +10,14 @@ namespace kalmia::app {
 
 namespace fs = std::filesystem;
 
-void RefuseToOverwriteTable(const FitOptions& options, const std::vector<std::string>& csvNames,
+void RefuseToOverwriteInputs(const FitOptions& options, const std::vector<std::string>& csvNames,
                             const std::string& saveCv) {
   std::vector<FilePlace> places = PlacesInCsvFolder(options.csvFolder, csvNames);
   if (!saveCv.empty()) places.insert(places.begin(), {"--save-cv", saveCv});
   if (!options.save.empty()) places.insert(places.begin(), {"--save", options.save});
-  RefuseToOverwrite({{"the table", options.table}}, places);
+  std::vector<FilePlace> inputs = {{"the table", options.table}};
+  if (!options.stepsFile.empty()) inputs.push_back({"the steps file", options.stepsFile});
+  RefuseToOverwrite(inputs, places);
 }
 
 FitFiles WriteFitFiles(const FitOptions& options, const std::function<std::string()>& modelBytes,

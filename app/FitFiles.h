@@ -22,9 +22,9 @@ struct CrossValidationOutput {
   std::function<std::string()> bytes;
 };
 
-/// Throws Failure (Usage) if a fit would write one of its files over the table or over another one. `csvNames` are the
-/// names of those that --csv writes, `saveCv` that of --save-cv or empty.
-void RefuseToOverwriteTable(const FitOptions& options, const std::vector<std::string>& csvNames,
+/// Throws Failure (Usage) if a fit would write one of its files over the table, the steps file or another one of its
+/// own. `csvNames` are the names of those that --csv writes, `saveCv` that of --save-cv or empty.
+void RefuseToOverwriteInputs(const FitOptions& options, const std::vector<std::string>& csvNames,
                             const std::string& saveCv = "");
 
 /// Writes the stored model, the cross-validation and the CSV files that the options ask for, all of them or, with a

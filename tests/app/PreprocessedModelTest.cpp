@@ -223,4 +223,18 @@ TEST_F(PreprocessedModel, LeavesOutRowsAndColumnsThatComeOutEmpty) {
   ExpectFailure(RunKalmia({"pls", table, "--y", "y", "--steps-file", flat}), 1, "every X column is constant");
 }
 
+TEST_F(PreprocessedModel, IsNeverWrittenOverTheStepsFile) {
+  const ScratchFolder csv;
+  const std::string steps = csv.Write("scores.csv", "snv");
+  const Words common = {table_, "--id", "name", "--steps-file", steps};
+  const Words opls = Words{"opls", "--y", "y"} + common;
+  for (const Words& fit : {Words{"pca"} + common, Words{"pls", "--y", "y"} + common, opls}) {
+    ExpectFailure(RunKalmia(fit + Words{"--save", steps}), 2, "--save would overwrite the steps file " + steps);
+    ExpectFailure(RunKalmia(fit + Words{"--csv", csv.Path("")}), 2, "--csv would overwrite the steps file " + steps);
+  }
+  ExpectFailure(RunKalmia(opls + Words{"--save-cv", steps}), 2, "--save-cv would overwrite the steps file " + steps);
+  EXPECT_EQ(ReadWholeFile(steps), "snv");
+  EXPECT_EQ(csv.Names(), Words{"scores.csv"});
+}
+
 }  // namespace
