@@ -4,6 +4,7 @@
 #include <cmath>
 #include <vector>
 
+#include "app/Interrupt.h"
 #include "app/Scaling.h"
 #include "kalmia/containers/Missing.h"
 
@@ -15,14 +16,18 @@ using Vector = NCDataVector<float>;
 
 constexpr auto kMissingCell = kalmia::kMissingCell<float>;
 
-/// Binary places between 1 and the largest cell of a small row. Through four cells side by side at one end of the
-/// widest window, 100001 channels, goes a cubic that at the other end is some 2^51 times as large.
+/// Windows between two looks for Ctrl-C. The widest one, with holes, takes about a millisecond.
+constexpr int kWindowsAtOnce = 256;
+
+/// Binary places between 1 and the largest cell of a small window. A quadratic or cubic through the cells of a window
+/// that has few of them goes far beyond these: through four side by side at one end of the widest window, 100001
+/// channels, goes a cubic that at the other end is some 2^51 times as large.
 constexpr int kPlacesBelowOne = 60;
 
-/// The power of 2 that makes the row a small one.
-int PowerOfSmallRow(const Vector& row) {
+/// The power of 2 that makes the window a small one.
+int PowerOfSmallWindow(const Vector& window) {
   float largest = 0.0F;
-  for (const float cell : row) {
+  for (const float cell : window) {
     if (cell != kMissingCell) largest = std::max(largest, std::fabs(cell));
   }
   int exponent = 0;
@@ -30,19 +35,30 @@ int PowerOfSmallRow(const Vector& row) {
   return -exponent - kPlacesBelowOne;
 }
 
-Vector Small(Vector row, int power) {
-  for (int c = 1; c <= row.Size(); ++c) {
-    if (row[c] != kMissingCell) row(c, std::ldexp(row[c], power));
+Vector Small(const Vector& window, int power) {
+  std::vector<float> cells(window.begin(), window.end());
+  for (float& cell : cells) {
+    if (cell != kMissingCell) cell = std::ldexp(cell, power);
   }
-  return row;
+  Vector small;
+  small.CopyZeroBasedVector(cells.data(), window.Size());
+  return small;
+}
+
+/// `count` cells from place `begin` on, from 0.
+Vector Part(const Vector& row, int begin, int count) {
+  Vector part;
+  part.CopyZeroBasedVector(row.begin() + begin, count);
+  return part;
 }
 
 }  // namespace
 
 WindowStep::WindowStep(const LearntStep& learnt)
     : order_(learnt.step.kind == StepKind::Derivative ? learnt.step.Whole(0) : 0),
+      width_(learnt.step.Window()),
       spacing_(learnt.spacing),
-      window_(static_cast<Derivate<float>::PolynomialOrder>(learnt.step.Polynomial()), learnt.step.Window()) {}
+      window_(static_cast<Derivate<float>::PolynomialOrder>(learnt.step.Polynomial()), width_) {}
 
 Vector WindowStep::AsItIs(const Vector& row, float spacing) const {
   Vector result;
@@ -54,20 +70,48 @@ Vector WindowStep::AsItIs(const Vector& row, float spacing) const {
   return result;
 }
 
-std::vector<float> WindowStep::Slid(const Vector& row) const {
-  const Vector result = AsItIs(row, spacing_);
-  std::vector<float> cells(result.begin(), result.end());
-  if (std::find(cells.begin(), cells.end(), kMissingCell) == cells.end()) return cells;
-  // Nothing in or behind a window of a small row reaches -99, and a power of 2 changes no other bit of a cell.
-  const int power = PowerOfSmallRow(row);
-  const Vector small = AsItIs(Small(row, power), 1.0F);
+std::vector<float> WindowStep::OfSmall(const Vector& window) const {
+  const int power = PowerOfSmallWindow(window);
+  const Vector small = AsItIs(Small(window, power), 1.0F);
   double unit = 1.0;
   for (int k = 0; k < order_; ++k) unit *= spacing_;
-  for (int c = 1; c <= small.Size(); ++c) {
-    float& cell = cells[static_cast<std::size_t>(c) - 1];
-    if (cell != kMissingCell || small[c] == kMissingCell) continue;
-    cell = UnlessMissing(static_cast<float>(std::ldexp(double{small[c]}, -power) * (1 / unit)));
+  std::vector<float> cells(small.begin(), small.end());
+  for (float& cell : cells) {
+    if (cell == kMissingCell) continue;
+    cell = UnlessMissing(static_cast<float>(std::ldexp(double{cell}, -power) * (1 / unit)));
   }
+  return cells;
+}
+
+void WindowStep::FindLost(const Vector& row, std::vector<float>* cells) const {
+  std::vector<float> found;
+  int foundIn = -1;  // the window of these, from 0: at the ends it serves many cells
+  for (int c = 0; c < row.Size(); ++c) {
+    float& cell = (*cells)[static_cast<std::size_t>(c)];
+    if (cell != kMissingCell) continue;
+    const int begin = std::clamp(c - width_ / 2, 0, row.Size() - width_);
+    if (begin != foundIn) {
+      StopIfInterrupted();
+      found = OfSmall(Part(row, begin, width_));
+      foundIn = begin;
+    }
+    cell = found[static_cast<std::size_t>(c - begin)];
+  }
+}
+
+std::vector<float> WindowStep::Slid(const Vector& row) const {
+  std::vector<float> cells(static_cast<std::size_t>(row.Size()), kMissingCell);
+  const int windows = row.Size() - width_ + 1;
+  for (int begin = 0; begin < windows; begin += kWindowsAtOnce) {
+    StopIfInterrupted();
+    const int count = std::min(kWindowsAtOnce, windows - begin);
+    const Vector slid = AsItIs(Part(row, begin, count + width_ - 1), spacing_);
+    // Before and behind the middles of windows are edges, which only the ends of the row have.
+    const int from = begin == 0 ? 0 : width_ / 2;
+    const int to = begin + count == windows ? slid.Size() : width_ / 2 + count;
+    std::copy(slid.begin() + from, slid.begin() + to, cells.begin() + begin + from);
+  }
+  FindLost(row, &cells);
   return cells;
 }
 

@@ -2,13 +2,17 @@
 
 #include <gtest/gtest.h>
 
+#include <chrono>
 #include <csignal>
 #include <cstdlib>
+#include <thread>
 
 #include "app/ConsoleProgress.h"
 #include "app/Failure.h"
 #include "app/Interrupt.h"
 #include "app/PlsFit.h"
+#include "app/WindowStep.h"
+#include "kalmia/containers/Missing.h"
 #include "kalmia/pcapls/PCACrossValidation.h"
 #include "testing/RandomTables.h"
 
@@ -82,6 +86,24 @@ TEST_F(ConsoleProgressDeathTest, StopsAFitBeforeItsNextComponent) {
     if (FitPls(task).kept != 3) Conclude(false);
     PressCtrlC();
     Conclude(IsStopped([&] { FitPls(task); }));
+  };
+  EXPECT_EXIT(stops(), ::testing::ExitedWithCode(0), "");
+}
+
+TEST_F(ConsoleProgressDeathTest, StopsInTheMiddleOfALongRow) {
+  const auto stops = [] {
+    CatchSignals();
+    LearntStep smooth;
+    smooth.step = ParseSteps("smooth:5001:3", "steps").front();
+    NCDataVector<float> row = RandomMatrix<float>(1, 20000, 0.0, 1)[1];
+    for (int c = 50; c <= row.Size(); c += 100) row(c, kMissingCell<float>);  // each window is a fit of its own: 0.5 s
+    std::thread pressing([] {
+      std::this_thread::sleep_for(std::chrono::milliseconds(50));
+      std::raise(SIGINT);
+    });
+    const bool isStopped = IsStopped([&] { WindowStep(smooth).Slid(row); });
+    pressing.join();
+    Conclude(isStopped);
   };
   EXPECT_EXIT(stops(), ::testing::ExitedWithCode(0), "");
 }

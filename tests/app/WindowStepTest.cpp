@@ -78,6 +78,39 @@ TEST(WindowStep, LosesNoCellToASlopeOrResultOfMinus99) {
   EXPECT_GT(found, 20);
 }
 
+TEST(WindowStep, LosesNoCellBesideAHugeOne) {
+  for (const float huge : {1e22F, 1e30F, -3e38F}) {
+    Matrix x(1, 20);
+    for (int c = 1; c <= 20; ++c) x(1, c, static_cast<float>(1099 - 99 * c));
+    x(1, 20, huge);
+    const Matrix smooth = After("smooth:5", x), slopes = After("derivative:1:5", x, 2);
+    for (int c = 1; c <= 17; ++c) {
+      EXPECT_FLOAT_EQ(smooth[1][c], static_cast<float>(1099 - 99 * c)) << c;
+      EXPECT_FLOAT_EQ(slopes[1][c], -49.5F) << c;
+    }
+  }
+}
+
+TEST(WindowStep, GivesLongRowsTheBitsOfTheLibrary) {
+  for (const int holes : {0, 7}) {
+    const Matrix x = RandomCells(2, 1500, holes);
+    for (const int window : {5, 301, 1499}) {
+      const Derivate<float> cubic(Derivate<float>::Cubic, window);
+      const std::string parameters = std::to_string(window) + ":3";
+      ExpectSame(After("smooth:" + parameters, x), MappedRows(x, [&](const Vector& row) {
+                   Vector smooth;
+                   cubic.Smooth(row, smooth);
+                   return smooth;
+                 }));
+      ExpectSame(After("derivative:2:" + parameters, x), MappedRows(x, [&](const Vector& row) {
+                   Vector derived;
+                   cubic.DoDerivate(row, derived, 2, 1.0F);
+                   return derived;
+                 }));
+    }
+  }
+}
+
 TEST(WindowStep, LosesNoCellOfWholeNumbers) {
   std::mt19937 generator(5);
   Matrix x(200, 100);
