@@ -28,8 +28,16 @@ const LearntStep* CompressBefore(const std::vector<LearntStep>& steps, std::size
   return i > 0 && steps[i - 1].step.kind == StepKind::WaveletCompress ? &steps[i - 1] : nullptr;
 }
 
-float SpacingOf(const Signals& signals, const std::string& place, Notes* notes) {
-  const bool areCoefficients = !signals.fullNames.empty();
+/// Whether these steps leave wavelet coefficients: each wavelet-restore undoes one wavelet-compress.
+bool LeaveCoefficients(const std::vector<LearntStep>& steps) {
+  const auto count = [&steps](StepKind kind) {
+    const auto isOfKind = [kind](const LearntStep& learnt) { return learnt.step.kind == kind; };
+    return std::count_if(steps.begin(), steps.end(), isOfKind);
+  };
+  return count(StepKind::WaveletCompress) > count(StepKind::WaveletRestore);
+}
+
+float SpacingOf(const Signals& signals, bool areCoefficients, const std::string& place, Notes* notes) {
   const auto spacing = areCoefficients ? std::nullopt : ChannelSpacing(signals.names, signals.decimalComma);
   if (spacing) return static_cast<float>(*spacing);
   notes->Add(place + ": per channel, for " +
@@ -107,7 +115,9 @@ StepChain LearnChain(const std::vector<Step>& steps, Signals* signals, Notes* no
     const std::string place = Place(i, steps[i]);
     LearntStep learnt;
     learnt.step = steps[i];
-    if (steps[i].kind == StepKind::Derivative) learnt.spacing = SpacingOf(*signals, place, notes);
+    if (steps[i].kind == StepKind::Derivative) {
+      learnt.spacing = SpacingOf(*signals, LeaveCoefficients(chain.steps), place, notes);
+    }
     Learn(place, *signals, &learnt);
     chain.steps.push_back(std::move(learnt));
     Apply(chain.steps.back(), CompressBefore(chain.steps, i), place, signals);

@@ -92,9 +92,16 @@ Matrix Standardised(const std::string& place, const Signals& signals, StepProgre
   });
 }
 
+/// Of the cells of a row that has one. The row's own mean is none where they sum to -99.
+long double MeanOf(const Vector& row) {
+  long double sum = 0;
+  for (const float cell : row) sum += cell == kMissingCell ? 0.0F : cell;
+  return sum / (row.Size() - row.GetNumMisVal());
+}
+
 /// What stands at place i on the trend of a row that has a cell.
 std::function<long double(int)> TrendOf(const Step& step, const Vector& row) {
-  long double intercept = row.GetMean();
+  long double intercept = MeanOf(row);
   long double slope = 0;
   // A line needs two cells; where there is only one the mean is all there is.
   if (step.Whole(0) == Wavelet::DetrendLinear) row.LeastSquare(nullptr, intercept, slope);
@@ -139,7 +146,8 @@ std::string WrongChannels(const Step& step, int channels) {
   }
   const int coefficients = kalmia::PowerLength(channels);
   if (step.kind == StepKind::WaveletCompress && step.Whole(0) > coefficients) {
-    return "signals of " + counted + " have no more than " + std::to_string(coefficients) + " coefficients";
+    return "signals of " + counted + " have no more than " +
+           Counted(static_cast<std::size_t>(coefficients), "coefficient");
   }
   return "";
 }

@@ -67,6 +67,20 @@ TEST(StepChain, DetrendTakesOffAMeanOfMinus99AndTheOnlyCellOfARow) {
   }
 }
 
+TEST(StepChain, DetrendTakesOffTheMeanOfCellsThatSumToMinus99) {
+  Matrix x(2, 5, kHole);
+  const float cells[] = {-50.0F, -59.0F, 10.0F, 0.0F};
+  for (int c = 1; c <= 4; ++c) {
+    x(1, c, cells[c - 1]);
+    x(2, c, 4 * cells[c - 1]);
+  }
+  const Matrix y = After("detrend:mean", x);
+  for (int c = 1; c <= 4; ++c) {
+    EXPECT_EQ(y[1][c], cells[c - 1] + 24.75F);
+    EXPECT_EQ(y[2][c], 4 * y[1][c]);
+  }
+}
+
 TEST(StepChain, NotesWhereTheNamesTellNoSpacingAndCountsChannelsThen) {
   Signals named = SignalsOf(RandomCells(2, 9), 4), nameless = named;
   nameless.names[3] = "water";
@@ -87,6 +101,18 @@ TEST(StepChain, NotesThatCoefficientsHaveNoDistance) {
   EXPECT_THAT(notes.Lines(), ElementsAre("step 2, derivative:1:5:2: per channel, for wavelet coefficients have no "
                                          "distance from one another"));
   EXPECT_EQ(chain.steps[1].spacing, 1.0F);
+}
+
+TEST(StepChain, NotesThatRestoredCoefficientsHaveNoDistanceButRestoredSignalsHave) {
+  const std::string twice = "wavelet-compress:9,wavelet-compress:9,wavelet-restore,";
+  Signals signals = SignalsOf(RandomCells(3, 16), 2);
+  Notes notes;
+  EXPECT_EQ(LearnChain(ParseSteps(twice + "derivative:1:5", "steps"), &signals, &notes).steps[3].spacing, 1.0F);
+  EXPECT_THAT(notes.Lines(), ElementsAre(HasSubstr("wavelet coefficients have no distance from one another")));
+  signals = SignalsOf(RandomCells(3, 16), 2);
+  const auto steps = ParseSteps("wavelet-compress:9,wavelet-restore,derivative:1:5", "steps");
+  EXPECT_EQ(LearnChain(steps, &signals, &notes).steps[2].spacing, 2.0F);
+  EXPECT_EQ(notes.Lines().size(), 1U);
 }
 
 TEST(StepChain, NotesColumnsWithoutACellThatItTakesAsChannels) {
@@ -206,6 +232,7 @@ TEST(StepChain, RefusesStepsThatAskMoreThanTheSignalsHave) {
   EXPECT_EQ(RefusalOf("wavelet-compress:17", x),
             "t: step 1, wavelet-compress:17:symmlet:8: signals of 9 channels have no more than 16 coefficients");
   EXPECT_THAT(RefusalOf("wavelet-compress:4,smooth:5", x), HasSubstr("step 2, smooth:5:2: the window is wider"));
+  EXPECT_THAT(RefusalOf("wavelet-compress:2", RandomCells(3, 1)), HasSubstr("have no more than 1 coefficient"));
 }
 
 }  // namespace
