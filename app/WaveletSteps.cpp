@@ -22,6 +22,8 @@ using Filters = std::unique_ptr<Wavelet::WaveletFilters, void (*)(Wavelet::Wavel
 
 constexpr double kDeviationsInMedian = 0.6745;  ///< the upper quartile of the standard normal distribution
 
+constexpr int kLeastDetails = 4;  ///< a median of fewer is that of one or two cells
+
 constexpr double kInfinity = std::numeric_limits<double>::infinity();
 constexpr float kNoNumber = std::numeric_limits<float>::quiet_NaN();
 
@@ -66,30 +68,26 @@ bool AreFinite(const Vector& coefficients) {
   return std::all_of(coefficients.begin(), coefficients.end(), [](float cell) { return std::isfinite(cell); });
 }
 
-/// The share of the squares of the filter's taps that fall on present cells of the row, of those that make the finest
-/// detail `which`, from 1. Where the taps go beyond the row they fall on padding.
-double ShareOfCells(const Vector& highPass, const Vector& row, int length, int which) {
-  double all = 0.0;
-  double present = 0.0;
+/// Whether all taps that make the finest detail `which`, from 1, fall on present cells of the row. Where they go beyond
+/// the row they fall on padding, and where that is none, on its beginning again.
+bool IsOfCells(const Vector& highPass, const Vector& row, int length, int which) {
   for (int i = 1; i <= highPass.Size(); ++i) {
+    if (highPass[i] == 0.0F) continue;
     const int place = (2 * which - i) % length;
     const int cell = (place < 0 ? place + length : place) + 1;
-    const double square = static_cast<double>(highPass[i]) * highPass[i];
-    all += square;
-    if (cell <= row.Size() && row[cell] != kMissingCell<float>) present += square;
+    if (cell > row.Size() || row[cell] == kMissingCell<float>) return false;
   }
-  return present / all;
+  return true;
 }
 
 /// The noise of the cells, by the median of the finest details: see Denoised.
 double NoiseOf(const Vector& row, const Vector& highPass, const Vector& coefficients) {
   const int half = coefficients.Size() / 2;
   Vector finest;
-  for (int i = 1; i <= row.Size() / 2; ++i) {
-    const double share = ShareOfCells(highPass, row, coefficients.Size(), i);
-    if (share > 0.0) finest.push_back(static_cast<float>(std::fabs(coefficients[half + i]) / std::sqrt(share)));
+  for (int i = 1; i <= half; ++i) {
+    if (IsOfCells(highPass, row, coefficients.Size(), i)) finest.push_back(std::fabs(coefficients[half + i]));
   }
-  return finest.Size() == 0 ? 0.0 : static_cast<double>(finest.GetMedian()) / kDeviationsInMedian;
+  return finest.Size() < kLeastDetails ? 0.0 : static_cast<double>(finest.GetMedian()) / kDeviationsInMedian;
 }
 
 /// The first coefficient is no detail and stays.

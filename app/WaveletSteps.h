@@ -25,10 +25,10 @@ NCDataMatrix<float> Compressed(const LearntStep& compress, const NCDataMatrix<fl
 NCDataMatrix<float> Restored(const LearntStep& compress, int channels, const NCDataMatrix<float>& coefficients,
                              StepProgress* progress);
 
-/// Details d become sign(d) max(0, |d| - t) with t = s sqrt(2 ln n) for n channels. s is the median of |d| / sqrt(w),
-/// divided by 0.6745, over the first n / 2 of the finest level, behind which is the padding; w is the share of the
-/// squares of their taps that falls on cells of the row, for what is filled in has no noise. Those with w = 0 do not
-/// count. Holes stay holes. A row of which a coefficient is beyond the floats comes out as NaN.
+/// Details d become sign(d) max(0, |d| - t) with t = s sqrt(2 ln n) for n channels. s is the median of |d|, divided
+/// by 0.6745, over those of the finest level whose taps all fall on cells of the row: where holes are filled or the row
+/// is padded there is no noise, but a kink. With less than 4 such details the row stays as it is, s = 0. Holes stay
+/// holes. A row of which a coefficient is beyond the floats comes out as NaN.
 /// Source: Donoho & Johnstone (1994), Biometrika 81, 425-455.
 NCDataMatrix<float> Denoised(const Step& step, const NCDataMatrix<float>& signals, StepProgress* progress);
 
