@@ -23,6 +23,8 @@ namespace kalmia::app {
 
 namespace {
 
+constexpr std::size_t kColumnsNamed = 10;  ///< a note names so many columns, and counts the others
+
 void RefuseToOverwriteInputs(const PreprocessOptions& options) {
   std::vector<FilePlace> inputs = {{"the table", options.table}};
   std::vector<FilePlace> outputs = {{"--out", options.out}};
@@ -60,7 +62,8 @@ std::vector<int> ChainColumns(const CsvTable& table, const PreprocessOptions& op
 }
 
 /// Columns of the table, from 0, that become signals.
-std::vector<int> SignalColumns(const CsvTable& table, const PreprocessOptions& options, const StepsFile& steps) {
+std::vector<int> SignalColumns(const CsvTable& table, const PreprocessOptions& options, const StepsFile& steps,
+                               Notes* notes) {
   if (steps.chain) return ChainColumns(table, options, steps);
   std::vector<int> excluded = RequireColumns(table, options.exclude);
   if (!options.id.empty()) excluded.push_back(RequireColumn(table, options.id));
@@ -71,12 +74,19 @@ std::vector<int> SignalColumns(const CsvTable& table, const PreprocessOptions& o
     for (int column = 0; column < table.Columns(); ++column) candidates.push_back(column);
   }
   std::vector<int> columns;
+  std::vector<std::string> texts;
   const std::vector<bool> isExcluded = Marked(table, excluded);
   for (const int column : candidates) {
     if (isExcluded[static_cast<std::size_t>(column)]) continue;
-    if (KindOfColumn(table, column) != ColumnKind::Texts) columns.push_back(column);
+    if (KindOfColumn(table, column) != ColumnKind::Texts) {
+      columns.push_back(column);
+    } else {
+      texts.push_back(table.ColumnNames()[static_cast<std::size_t>(column)]);
+    }
   }
   if (columns.empty()) Refuse(table, "there is no column of numbers to work on");
+  // Those of a range were asked for.
+  if (!options.x.empty() && !texts.empty()) notes->Add("no channel, as it holds text: " + Listed(texts, kColumnsNamed));
   return columns;
 }
 
@@ -101,19 +111,21 @@ Signals ReadSignals(const CsvTable& table, const PreprocessOptions& options, con
   return signals;
 }
 
-/// The cell of a column that no step has touched: a number digit by digit, but with a decimal point like all others in
-/// the file, a missing one empty, a text as it is.
-std::string KeptCell(const CsvTable& table, ColumnKind kind, int row, int column) {
+/// The cell of a column that no step has touched, byte for byte; but in a column of numbers, which does not name the
+/// rows, a missing one empty, and a number with a decimal point like all others in the file.
+std::string KeptCell(const CsvTable& table, bool isOfNumbers, int row, int column) {
   std::string text(table.Cell(row, column));
-  if (kind == ColumnKind::Texts) return text;
-  if (ReadCell(text, table.DecimalComma()).kind == CellKind::Missing) return "";
-  if (table.DecimalComma()) std::replace(text.begin(), text.end(), ',', '.');
+  if (!isOfNumbers) return text;
+  const CellKind kind = ReadCell(text, table.DecimalComma()).kind;
+  if (kind == CellKind::Missing) return "";
+  const bool isNumber = kind == CellKind::Number || kind == CellKind::TooLarge;
+  if (isNumber && table.DecimalComma()) std::replace(text.begin(), text.end(), ',', '.');
   return text;
 }
 
 /// The columns that are no signals, then what has become of the signals.
-std::string OutText(const CsvTable& table, const std::vector<int>& columns, const Signals& signals) {
-  std::vector<std::pair<int, ColumnKind>> kept;
+std::string OutText(const CsvTable& table, int idColumn, const std::vector<int>& columns, const Signals& signals) {
+  std::vector<std::pair<int, bool>> kept;  // and whether it is a column of numbers
   const std::vector<bool> isSignal = Marked(table, columns);
   const std::unordered_set<std::string_view> made(signals.names.begin(), signals.names.end());
   CsvText csv;
@@ -123,15 +135,15 @@ std::string OutText(const CsvTable& table, const std::vector<int>& columns, cons
     if (made.count(name) > 0) {
       Refuse(table, "column " + Quoted(name) + " would stand in the output twice: rename it in the table");
     }
-    kept.emplace_back(column, KindOfColumn(table, column));
+    kept.emplace_back(column, column != idColumn && KindOfColumn(table, column) != ColumnKind::Texts);
     csv.Field(name);
   }
   for (const std::string& name : signals.names) csv.Field(name);
   csv.EndLine();
   const bool isAlone = kept.size() + signals.names.size() == 1;  // a missing cell would leave a blank line
   for (int row = 0; row < table.Rows(); ++row) {
-    for (const auto& [column, kind] : kept) {
-      const std::string text = KeptCell(table, kind, row, column);
+    for (const auto& [column, isOfNumbers] : kept) {
+      const std::string text = KeptCell(table, isOfNumbers, row, column);
       text.empty() ? csv.Cell(kMissingCell<float>) : csv.Field(text);
     }
     for (const float cell : signals.cells[row + 1]) {
@@ -207,11 +219,11 @@ std::string RunCommand(const PreprocessOptions& options, Notes* notes) {
   RefuseToOverwriteInputs(options);
   const StepsFile steps = StepsOf(options);
   const CsvTable table(ReadInput(options.table), InputName(options.table));
-  const std::vector<int> columns = SignalColumns(table, options, steps);
+  const std::vector<int> columns = SignalColumns(table, options, steps, notes);
   Signals signals = ReadSignals(table, options, columns, notes);
   const StepChain chain = Work(options, steps, &signals, notes);
   OutputFiles files;
-  files.Stage(options.out, OutText(table, columns, signals));
+  files.Stage(options.out, OutText(table, IdColumn(table, options), columns, signals));
   if (!options.save.empty()) files.Stage(options.save, StepChainFileBytes(chain));
   files.Commit();
   return options.json ? ResultJson(options, table, chain, signals, *notes) : ResultText(options, chain, signals);

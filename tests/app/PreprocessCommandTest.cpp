@@ -32,6 +32,21 @@ TEST_F(Preprocess, WritesDecimalPointsWhateverTheTableHas) {
   EXPECT_EQ(Out(), "id,b,a\nr1,0.25,3\nr2,,5\n");
 }
 
+TEST_F(Preprocess, ChangesTheDecimalCommasOfNumbersAlone) {
+  const std::string table =
+      folder_.Write("de.csv", "id;remark;b;a\n1,10;\"low, est\";0,25;1,5\nNA;3,5;NA;2,5\nx,1;;1,0e39;3\n");
+  RunWell(On(table) + Words{"--steps", "linear:2", "--id", "id", "--x", "a"});
+  EXPECT_EQ(Out(), "id,remark,b,a\n\"1,10\",\"low, est\",0.25,3\nNA,3.5,,5\n\"x,1\",,1.0e39,6\n");
+}
+
+TEST_F(Preprocess, NotesColumnsOfTextInARange) {
+  const std::string table = folder_.Write("s.csv", "id,a,t,b,u\nr1,1,low,2,x\nr2,3,high,4,y\n");
+  EXPECT_EQ(RunWell(On(table) + Words{"--steps", "linear:2", "--x", "a..b"}).error,
+            "note: no channel, as it holds text: t\n");
+  EXPECT_EQ(Out(), "id,t,u,a,b\nr1,low,x,2,4\nr2,high,y,6,8\n");
+  EXPECT_EQ(RunWell(On(table) + Words{"--steps", "linear:2"}).error, "");
+}
+
 TEST_F(Preprocess, ReadsDecimalCommasInTheNamesOfChannelsOfATableThatHasThem) {
   const std::string table = folder_.Write("de.csv", "id;\"1,0\";\"1,5\";\"2,0\"\nr1;1,5;0,25;2\nr2;2,5;NA;1\n");
   const CommandResult run = RunWell(On(table) + Words{"--steps", "derivative:1:3"});
