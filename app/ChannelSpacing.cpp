@@ -14,6 +14,7 @@ namespace {
 
 constexpr double kTolerance = 0.01;      ///< of the distance
 constexpr double kMostTolerance = 0.24;  ///< the same; a gap in a row of four channels comes to a fourth
+constexpr double kMostChance = 0.1;      ///< that names pass for rounded which are not
 constexpr int kMostExponent = 400;       ///< beyond that of any double
 
 struct NumberedName {
@@ -102,19 +103,36 @@ std::optional<NumberedName> Divide(std::string_view name, int which) {
 
 bool IsFloat(double distance) { return distance >= FLT_TRUE_MIN && distance <= FLT_MAX; }
 
-/// What names that are rounded at that place may be off.
-double Tolerance(double spacing, int lastPlace) {
+/// What so many names, rounded at that place, may be off. Of few names that are no more than unequal numbers too many
+/// would be so near: anywhere within half a distance to both sides, all but the first and the last of them are within
+/// the tolerance t with a chance of (2 t / distance)^(names - 2).
+double Tolerance(double spacing, int lastPlace, std::size_t names) {
   const double distance = std::fabs(spacing);
-  return std::max(kTolerance * distance, std::min(std::pow(10.0, lastPlace), kMostTolerance * distance));
+  const double rounding = std::min(std::pow(10.0, lastPlace), kMostTolerance * distance);
+  const double chance = std::pow(2 * rounding / distance, static_cast<double>(names) - 2);
+  return std::max(kTolerance * distance, chance < kMostChance ? rounding : 0.0);
+}
+
+/// The name with points for decimal commas, and with the minus of keyboards for that of typesetters, U+2212.
+std::string Plain(const std::string& name, bool decimalComma) {
+  const std::string minus = "\xE2\x88\x92";
+  std::string plain;
+  for (std::size_t i = 0; i < name.size(); ++i) {
+    if (name.compare(i, minus.size(), minus) == 0) {
+      plain += '-';
+      i += minus.size() - 1;
+    } else {
+      plain += decimalComma && name[i] == ',' ? '.' : name[i];
+    }
+  }
+  return plain;
 }
 
 }  // namespace
 
 std::optional<double> ChannelSpacing(std::vector<std::string> names, bool decimalComma) {
   if (names.size() < 2) return std::nullopt;
-  for (std::string& name : names) {
-    if (decimalComma) std::replace(name.begin(), name.end(), ',', '.');
-  }
+  for (std::string& name : names) name = Plain(name, decimalComma);
   const int which = NumberThatDiffers(names.front(), names.back());
   const auto first = Divide(names.front(), which);
   const auto last = Divide(names.back(), which);
@@ -130,7 +148,7 @@ std::optional<double> ChannelSpacing(std::vector<std::string> names, bool decima
     farthest = std::max(farthest, std::fabs(name->number - expected));
     lastPlace = std::min(lastPlace, name->lastPlace);
   }
-  if (farthest > Tolerance(spacing, lastPlace)) return std::nullopt;
+  if (farthest > Tolerance(spacing, lastPlace, names.size())) return std::nullopt;
   return spacing;
 }
 

@@ -74,6 +74,21 @@ TEST(ChannelSpacing, IsNegativeWhereTheNumbersFall) {
 TEST(ChannelSpacing, AllowsForNamesThatAreRounded) {
   EXPECT_EQ(ChannelSpacing({"4000", "3996", "3992", "3988", "3985", "3981"}), -3.8);  // each 3.86 from the next
   EXPECT_EQ(ChannelSpacing({"0", "0.33", "0.67", "1"}), 1.0 / 3.0);
+  EXPECT_EQ(ChannelSpacing({"10", "21", "31"}), std::nullopt);
+  EXPECT_EQ(ChannelSpacing({"100", "201", "301"}), 100.5);
+}
+
+TEST(ChannelSpacing, TakesFewNamesOfFewUnitsForUnequalNotForRounded) {
+  EXPECT_EQ(ChannelSpacing({"1", "3", "6"}), std::nullopt);
+  EXPECT_EQ(ChannelSpacing({"1", "5", "10"}), std::nullopt);
+  EXPECT_EQ(ChannelSpacing({"0", "4", "9", "13"}), std::nullopt);
+  EXPECT_EQ(ChannelSpacing({"0", "4", "9", "13", "17", "22", "26"}), 26.0 / 6.0);
+}
+
+TEST(ChannelSpacing, ReadsTheMinusOfTypesettersAsThatOfKeyboards) {
+  EXPECT_EQ(ChannelSpacing({"\u22125", "\u22124", "\u22123"}), 1.0);
+  EXPECT_EQ(ChannelSpacing({"wl \u22120,5", "wl 0", "wl 0,5"}, true), 0.5);
+  EXPECT_EQ(ChannelSpacing({"x\u22125", "x\u22124", "x\u22123"}), -1.0);
 }
 
 TEST(ChannelSpacing, IsNoneWhereNumbersAreMissingUnequalOrElsewhere) {
