@@ -1,14 +1,25 @@
 #include "app/NewRows.h"
 
+#include <algorithm>
+#include <new>
+
 #include "app/DisplayText.h"
 #include "app/Failure.h"
 #include "app/TableColumns.h"
+#include "kalmia/containers/Missing.h"
 
 namespace kalmia::app {
 
 namespace {
 
 constexpr std::size_t kColumnsNamed = 10;  ///< a note names so many missing columns, and counts the others
+constexpr int kCellsAtOnce = 1 << 22;      ///< of the rows that go through the preprocessing together: some 16 MB
+
+/// A column that the table has.
+struct SourceColumn {
+  int place = 0;  ///< among the columns that X is made of, from 1
+  std::vector<float> cells;
+};
 
 [[noreturn]] void Refuse(const CsvTable& table, const std::string& message) {
   throw Failure(ExitCode::BadData, table.Name() + ": " + message);
@@ -24,49 +35,80 @@ const std::vector<std::string>& SourceNames(const ModelFrame& model) {
   return model.chain.Empty() ? model.xNames : model.chain.inputNames;
 }
 
-void ReadSource(const ModelFrame& model, const CsvTable& table, NewRows* rows) {
-  const std::vector<std::string>& names = SourceNames(model);
-  rows->x = NCDataMatrix<float>(table.Rows(), static_cast<int>(names.size()));
-  for (std::size_t k = 0; k < names.size(); ++k) {
-    const int column = table.Find(names[k]);
+std::vector<SourceColumn> ReadSource(const ModelFrame& model, const CsvTable& table, NewRows* rows) {
+  std::vector<SourceColumn> source;
+  int place = 0;
+  for (const std::string& name : SourceNames(model)) {
+    ++place;
+    const int column = table.Find(name);
     if (column < 0) {
-      rows->missingColumns.push_back(names[k]);
-      continue;
-    }
-    const std::vector<float> cells = ReadNumbers(table, column, &rows->moved);
-    for (std::size_t i = 0; i < cells.size(); ++i) {
-      rows->x(static_cast<int>(i) + 1, static_cast<int>(k) + 1, cells[i]);
+      rows->missingColumns.push_back(name);
+    } else {
+      source.push_back({place, ReadNumbers(table, column, &rows->moved)});
     }
   }
+  return source;
 }
 
-/// The chain makes more columns than X has: those left out of X for want of variance.
-void Preprocess(const ModelFrame& model, const CsvTable& table, int idColumn, NewRows* rows) {
-  if (model.chain.Empty()) return;
-  Signals signals{table.Name(), RowPlaces(table, idColumn), model.chain.inputNames, {}, rows->x};
-  ApplyChain(model.chain, &signals);
-  rows->x = PickColumns(signals, model.xNames);
+bool IsWithoutCell(const SourceColumn& column) {
+  return std::all_of(column.cells.begin(), column.cells.end(), [](float cell) { return cell == kMissingCell<float>; });
 }
 
-}  // namespace
+/// Some rows, from 0, of so many columns; those that the table does not have are missing.
+NCDataMatrix<float> RowsOf(const std::vector<SourceColumn>& source, int columns, int first, int count) {
+  NCDataMatrix<float> rows(count, columns);
+  for (const SourceColumn& column : source) {
+    const float* const cells = column.cells.data() + first;
+    for (int r = 0; r < count; ++r) rows(r + 1, column.place, cells[r]);
+  }
+  return rows;
+}
 
-NewRows ReadNewRows(const ModelFrame& model, const CsvTable& table, const std::string& id, Notes* notes) {
+/// The chain may take and make far more columns than the table or X have, so that rows go through it a block at a time.
+NCDataMatrix<float> Preprocessed(const ModelFrame& model, const CsvTable& table, int idColumn,
+                                 const std::vector<SourceColumn>& source) {
+  const auto columns = static_cast<int>(SourceNames(model).size());
+  if (model.chain.Empty()) return RowsOf(source, columns, 0, table.Rows());
+  const std::vector<std::string> places = RowPlaces(table, idColumn);
+  NCDataMatrix<float> x;
+  const int atOnce = std::max(1, kCellsAtOnce / columns);
+  for (int first = 0; first < table.Rows(); first += atOnce) {
+    const int count = std::min(atOnce, table.Rows() - first);
+    const auto place = places.begin() + first;
+    Signals signals{table.Name(), {place, place + count}, model.chain.inputNames, {},
+                    RowsOf(source, columns, first, count)};
+    ApplyChain(model.chain, &signals);
+    for (const NCDataVector<float>& row : PickColumns(signals, model.xNames)) x.push_back(row);
+  }
+  return x;
+}
+
+NewRows Read(const ModelFrame& model, const CsvTable& table, const std::string& id, Notes* notes) {
   NewRows rows;
   const int idColumn = IdColumn(model, table, id);
   rows.names = RowNames(table, idColumn);
-  ReadSource(model, table, &rows);
-  if (rows.missingColumns.size() == SourceNames(model).size()) {
+  const std::vector<SourceColumn> source = ReadSource(model, table, &rows);
+  if (source.empty()) {
     Refuse(table,
            "no column has the name of one of the model's " + model.inputBlock + " columns" + SeparatorHint(table));
   }
-  if (rows.x.GetNumMisVal() == static_cast<long long>(rows.x.SizeRows()) * rows.x.SizeColumns()) {
+  if (std::all_of(source.begin(), source.end(), IsWithoutCell)) {
     Refuse(table, "every cell of the model's " + model.inputBlock + " columns is missing");
   }
   if (!rows.missingColumns.empty()) {
     notes->Add("taken as missing cells, not in the table: " + Listed(rows.missingColumns, kColumnsNamed));
   }
-  Preprocess(model, table, idColumn, &rows);
+  rows.x = Preprocessed(model, table, idColumn, source);
   return rows;
+}
+
+}  // namespace
+
+NewRows ReadNewRows(const ModelFrame& model, const CsvTable& table, const std::string& id, Notes* notes) try {
+  return Read(model, table, id, notes);
+} catch (const std::bad_alloc&) {
+  Refuse(table, "there is not enough memory for " + Counted(static_cast<std::size_t>(table.Rows()), "row") +
+                    " of the " + Counted(SourceNames(model).size(), "column") + " that the model takes");
 }
 
 }  // namespace kalmia::app
