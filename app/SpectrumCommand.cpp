@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <cmath>
 
 #include "app/Commands.h"
 #include "app/DisplayText.h"
@@ -90,23 +91,31 @@ std::vector<double> Doubles(const NCDataVector<float>& cells) { return {cells.be
                                                   "too small, change their unit");
 }
 
-/// Whether anything differs from 0 without what --detrend takes off.
+/// Whether anything is left without what --detrend takes off. A straight line whose cells are rounded to floats is off
+/// by up to 2^-24 of its largest cell, that of least squares through it by less, and filled cells by as much again.
 bool HasRest(const Signal& signal, FFT::DetrendMode detrend) {
   NCDataVector<float> rest(signal.cells);
   rest.InterpolateMisVals(nullptr);
   long double mean = 0, slope = 0;
   if (detrend == FFT::DetrendMean) rest.DetrendMean(mean);
   if (detrend == FFT::DetrendLinear) rest.DetrendLinear(mean, slope);
-  return std::any_of(rest.begin(), rest.end(), [](float cell) { return cell != 0.0F; });
+  float smallest = 0.0F, largest = 0.0F;
+  signal.cells.GetMinMax(smallest, largest);
+  const float size = std::max(std::fabs(smallest), std::fabs(largest));
+  const float rounding = detrend == FFT::DetrendLinear ? std::ldexp(size, -22) : 0.0F;
+  return std::any_of(rest.begin(), rest.end(), [=](float cell) { return std::fabs(cell) > rounding; });
 }
 
 ColumnSpectrum SpectrumOf(const Signal& signal, int segment, const SpectrumOptions& options) try {
   NCDataVector<float> power;
   const FFT::DetrendMode detrend = DetrendModeOf(options.detrend);
+  if (!HasRest(signal, detrend)) {
+    return {signal.name, signal.cells.GetNumMisVal(), std::vector<double>(static_cast<std::size_t>(segment / 2) + 1)};
+  }
   FFT::PowerSpectrum(&signal.cells, segment, /*overlap=*/true, detrend, FFT::ScalingPlain, WindowOf(options.window),
                      &power);
   const bool hasPower = std::any_of(power.begin(), power.end(), [](float cell) { return cell != 0.0F; });
-  if (!hasPower && HasRest(signal, detrend)) RefusePower(signal);
+  if (!hasPower) RefusePower(signal);
   return {signal.name, signal.cells.GetNumMisVal(), Doubles(power)};
 } catch (const NCError&) {
   RefusePower(signal);
@@ -129,6 +138,9 @@ SpectrumResult Analyse(const std::vector<Signal>& signals, const SpectrumOptions
     FFT::AutoCorrelation(&first.cells, detrend, result.lags, &correlations);
   }
   result.correlations = Doubles(correlations);
+  for (const Signal& signal : signals) {
+    if (!HasRest(signal, detrend)) std::fill(result.correlations.begin(), result.correlations.end(), 0.0);
+  }
   for (const Signal& signal : signals) result.parts.push_back(SpectrumOf(signal, result.segment, options));
   return result;
 }

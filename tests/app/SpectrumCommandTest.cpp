@@ -186,6 +186,29 @@ TEST(Spectrum, SaysThatThereIsNoPowerWhereDetrendingLeavesNothing) {
   EXPECT_TRUE(columns[1]["peakFrequency"].is_number());
 }
 
+TEST(Spectrum, TakesTheRoundingOfAStraightLineForNothing) {
+  for (const int scale : {1, 7, 1000}) {
+    std::string table = "x,u\n";
+    for (int row = 0; row < 100; ++row) {
+      const std::string missing = row == 50 ? "NA" : std::to_string(0.1 * scale * row - 3);
+      table += missing + "," + std::to_string(3 + 0.7 * row) + "\n";
+    }
+    const CommandResult run = RunSpectrum(table, {"--detrend", "linear"});
+    EXPECT_THAT(run.output, HasSubstr("\nNo power at any frequency above 0\n")) << scale;
+    EXPECT_THAT(run.output, Not(HasSubstr("  *"))) << scale;
+    EXPECT_THAT(RunSpectrum(table, {"--with", "u", "--detrend", "linear"}).output,
+                HasSubstr("\nNo correlation: nothing is left of a column\n"));
+  }
+  // A hundred-thousandth of the column is more than rounding; and of a mean nothing that varies is.
+  std::string wave = "x\n", steps = "x\n";
+  for (int row = 0; row < 64; ++row) {
+    wave += std::to_string(1000 + row + (row % 4 < 2 ? 0.01 : -0.01)) + "\n";
+    steps += row % 4 < 2 ? "16777216\n" : "16777218\n";
+  }
+  EXPECT_THAT(RunSpectrum(wave, {"--detrend", "linear"}).output, HasSubstr("Largest at frequency 0.25000"));
+  EXPECT_THAT(RunSpectrum(steps).output, HasSubstr("Largest at frequency 0.25000"));
+}
+
 struct BadTable {
   const char* table;
   std::vector<std::string> more;
