@@ -18,7 +18,6 @@ namespace {
 using Matrix = NCDataMatrix<float>;
 using Vector = NCDataVector<float>;
 using Cells = std::vector<float>;
-using Filters = std::unique_ptr<Wavelet::WaveletFilters, void (*)(Wavelet::WaveletFilters*)>;
 
 constexpr double kDeviationsInMedian = 0.6745;  ///< the upper quartile of the standard normal distribution
 
@@ -28,19 +27,26 @@ constexpr double kInfinity = std::numeric_limits<double>::infinity();
 constexpr float kNoNumber = std::numeric_limits<float>::quiet_NaN();
 
 /// Filters that are cleaned up.
-Filters Owned(const Wavelet::WaveletFilters& filters) {
-  return {new Wavelet::WaveletFilters(filters), [](Wavelet::WaveletFilters* owned) {
-            owned->CleanUp();
-            delete owned;
-          }};
-}
+class Filters {
+ public:
+  explicit Filters(const Wavelet::WaveletFilters& filters) : filters_(filters) {}
+  ~Filters() { filters_.CleanUp(); }
+  Filters(const Filters&) = delete;
+  Filters& operator=(const Filters&) = delete;
+
+  const Wavelet::WaveletFilters& operator*() const { return filters_; }
+  const Wavelet::WaveletFilters* operator->() const { return &filters_; }
+
+ private:
+  Wavelet::WaveletFilters filters_;
+};
 
 Filters Decomposition(const Step& step) {
-  return Owned(Wavelet::GetDecompositionFilter(step.Family(), step.Filter()));
+  return Filters(Wavelet::GetDecompositionFilter(step.Family(), step.Filter()));
 }
 
 Filters Reconstruction(const Step& step) {
-  return Owned(Wavelet::GetReconstructionFilter(step.Family(), step.Filter()));
+  return Filters(Wavelet::GetReconstructionFilter(step.Family(), step.Filter()));
 }
 
 /// Null for a row without a cell.
