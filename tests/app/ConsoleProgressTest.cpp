@@ -94,9 +94,9 @@ TEST_F(ConsoleProgressDeathTest, StopsInTheMiddleOfALongRow) {
   const auto stops = [] {
     CatchSignals();
     LearntStep smooth;
-    smooth.step = ParseSteps("smooth:5001:3", "steps").front();
-    NCDataVector<float> row = RandomMatrix<float>(1, 20000, 0.0, 1)[1];
-    for (int c = 50; c <= row.Size(); c += 100) row(c, kMissingCell<float>);  // each window is a fit of its own: 0.5 s
+    smooth.step = ParseSteps("smooth:20001:3", "steps").front();
+    NCDataVector<float> row = RandomMatrix<float>(1, 60000, 0.0, 1)[1];
+    for (int c = 50; c <= row.Size(); c += 100) row(c, kMissingCell<float>);  // a fit for each window: seconds
     std::thread pressing([] {
       std::this_thread::sleep_for(std::chrono::milliseconds(50));
       std::raise(SIGINT);
