@@ -131,8 +131,8 @@ OPLSCrossValidation::~OPLSCrossValidation() = default;
 /// Copies of the tables and the groups, and results of their size without values.
 void OPLSCrossValidation::TakeTables(const NCDataMatrix<float>& X, const NCDataMatrix<float>& Y,
                                      const NCIntegralVector<int, -99>* groups) {
-  x_ = X;
-  y_ = Y;
+  x_.CopyContent(X);
+  y_.CopyContent(Y);
   groups_ = GroupsOrDefault(groups, X.SizeRows(), rounds_);
   yPred_ = NCDataMatrix<float>(Y.SizeRows(), Y.SizeColumns());
   ssYcv_ = NCDataVector<float>(rounds_);

@@ -12,10 +12,9 @@ class NCOPLS;
 
 /// Cross-validation of an OPLS model over groups of observations: one model per group, made without it, predicts it.
 /// Construction does so without orthogonal components, each NextComponent with one more, so that Q2 comes out step by
-/// step; the caller decides where to stop. Unlike the other validations it needs no finished model; it keeps X and Y as
-/// they were given, whatever the caller does with the tables later, and the matrices of each round's model, which can
-/// be stored (GetData) and gone on from. The cells are shared with the caller's tables until somebody changes them, so
-/// that a validation and its tables belong to one thread at a time.
+/// step; the caller decides where to stop. Unlike the other validations it needs no finished model; it keeps its own X
+/// and Y, so that validations of one table may run on several threads, and the matrices of each round's model, which
+/// can be stored (GetData) and gone on from.
 ///
 /// Symbols as in NCOPLS; R rounds, group g being left out in round g + 1. An observation of a group outside 0 to R - 1
 /// is in every round's model and is never predicted. Values that were not computed are missing.
