@@ -16,6 +16,7 @@
 #include "app/Interrupt.h"
 #include "app/Numbers.h"
 #include "kalmia/cluster/DendroGram.h"
+#include "kalmia/cluster/PairMemory.h"
 #include "kalmia/containers/Missing.h"
 #include "kalmia/support/TempFile.h"
 #include "kalmia/support/UserComm.h"
@@ -26,7 +27,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr std::uint64_t kBytesPerPair = sizeof(DendroGram::DistanceAndIndex);
+constexpr std::uint64_t kBytesPerPair = kNeedsOfList.perPair;
 constexpr int kGiveUp = 5;  ///< the answer to the library's question that ends the calculation
 constexpr std::size_t kRowsNamed = 10;
 
@@ -94,17 +95,14 @@ class DiskDialogue : public UserComm {
   bool usesDisk_ = false;
 };
 
-std::uint64_t PairsOf(int rows) {
-  const std::uint64_t n = static_cast<std::uint64_t>(rows);
-  return n * (n - 1) / 2;
-}
+std::uint64_t PairsOf(int rows) { return static_cast<std::uint64_t>(PairCount(rows)); }
 
 std::string DistancesText(int rows) {
   return "the " + std::to_string(PairsOf(rows)) + " distances of " + std::to_string(rows) + " rows";
 }
 
 [[noreturn]] void FailForMemory(int rows) {
-  throw Failure(ExitCode::BadData, DistancesText(rows) + " take " + BytesText(PairsOf(rows) * kBytesPerPair) +
+  throw Failure(ExitCode::BadData, DistancesText(rows) + " take " + BytesText(PairsOf(rows) * kNeedsOfWard.perPair) +
                                        ", more than there is memory for them; --method single can use the disk");
 }
 

@@ -23,7 +23,7 @@ namespace {
 constexpr const char* kCaption = "Cluster Analysis";
 constexpr int kButtons = 5;          ///< go on or give up; the answer 5 gives up
 constexpr int kHelpContext = 854226;
-constexpr std::uint64_t kBytesOnDisk = 2 * kBytesPerPair;  ///< of a pair: while split, the pairs lie there twice
+constexpr std::uint64_t kBytesOnDisk = 2 * sizeof(DistanceAndIndex);  ///< of a pair: two lie there while they are split
 
 CString ShortageText(int rows, std::int64_t pairs, const std::string& directory, std::uint64_t bytesFree) {
   const char* const units[] = {"", "Kilo", "Mega", "Giga", "Tera"};
@@ -46,7 +46,7 @@ CString ShortageText(int rows, std::int64_t pairs, const std::string& directory,
 
 /// The largest buffer that can be had by halving, of one record at least.
 std::vector<DistanceAndIndex> LargestBuffer(const NCDataMatrix<float>& data) {
-  const std::uint64_t fit = PairsThatFit(data.SizeRows(), data.SizeColumns());
+  const std::uint64_t fit = PairsThatFit(data.SizeRows(), data.SizeColumns(), kNeedsOfBuffer);
   std::uint64_t size = static_cast<std::uint64_t>(PairCount(data.SizeRows()));
   const auto halve = [&size] { size = std::max<std::uint64_t>(size / 2, 1); };
   while (size > fit && size > 1) halve();

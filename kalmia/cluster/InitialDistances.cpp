@@ -206,7 +206,7 @@ std::vector<int> SplitRowsForThreads(int threads, int rows) {
 
 void CalculateInitialDistances(const NCDataMatrix<float>& data, NCProgress* progress,
                                std::vector<DistanceAndIndex>& list, ElementFunction element, FinishFunction finish,
-                               std::uint64_t bytesPerPair) {
+                               const kalmia::MemoryNeeds& needs) {
   const StoppableProgress bar(progress);
   const int rows = data.SizeRows();
   // The number of pairs is told in 32 bits.
@@ -214,8 +214,8 @@ void CalculateInitialDistances(const NCDataMatrix<float>& data, NCProgress* prog
   const std::int64_t count = kalmia::PairCount(rows);
   bar.SetRange(0, 3);
   bar.SetText("Allocating memory");
-  list.clear();
-  if (static_cast<std::uint64_t>(count) > kalmia::PairsThatFit(rows, data.SizeColumns(), bytesPerPair))
+  list = std::vector<DistanceAndIndex>();  // that of an earlier analysis does not count as taken
+  if (static_cast<std::uint64_t>(count) > kalmia::PairsThatFit(rows, data.SizeColumns(), needs))
     throw ClusterAllocationError(NoMemoryText(rows));
   try {
     list.resize(static_cast<std::size_t>(count));

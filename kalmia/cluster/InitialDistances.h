@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "kalmia/cluster/ClusterDistanceCalculator.h"
+#include "kalmia/cluster/PairMemory.h"
 
 namespace DendroGram {
 
@@ -52,11 +53,11 @@ std::vector<int> SplitRowsForThreads(int threads, int rows);
 
 /// Makes `list` the pairs of all rows, sorted by descending distance, a NaN in front of every number, equal distances
 /// as their rows come. They are computed by as many threads as ThreadingControl has processors. Throws
-/// ClusterAllocationError if the list does not fit in memory, where its user needs so many bytes for each pair, and
+/// ClusterAllocationError if the list does not fit in memory, where its user has such needs, and
 /// NCError with the same text for more than 65535 rows; NCError "Cluster analysis aborted." where the user stops, which
 /// can be during the sort.
 void CalculateInitialDistances(const NCDataMatrix<float>& data, NCProgress* progress,
                                std::vector<DistanceAndIndex>& list, ElementFunction element, FinishFunction finish,
-                               std::uint64_t bytesPerPair = sizeof(DistanceAndIndex));
+                               const kalmia::MemoryNeeds& needs = kalmia::kNeedsOfList);
 
 }  // namespace DendroGram

@@ -20,7 +20,7 @@ namespace DendroGram {
 namespace {
 
 constexpr unsigned kRecordsPerStep = 10000;      ///< while saving, the bar moves once for so many
-constexpr double kMostParts = 1 << 20;           ///< Linux lets no process have more files open (fs.nr_open)
+constexpr double kMostParts = 1 << 20;           ///< more files than a process may have open, as Linux comes
 constexpr double kDegreesOfFreedom = 10000;      ///< t of so many stands in for the normal distribution
 constexpr const char* kPrefix = "kal-";          ///< of the names of temporary files
 constexpr const char* kExtension = "clu";
@@ -212,7 +212,7 @@ void MegaDistances::ReplaceLastSegment(const DistanceFiles& parts) {
 /// set apart from the numbers; and where the width is no finite number, the largest distance from all others.
 void MegaDistances::SplitLastSegment() {
   const std::shared_ptr<DistanceFile> source = segments_.back();
-  const std::uint32_t parts = source->count / memorySize_ + 2;
+  const auto parts = static_cast<std::uint32_t>(std::min(source->count / memorySize_ + 2.0, kMostParts));
   StoppableProgress(progress_).SetText("Re-partitioning");
   std::vector<float> limits;
   for (std::uint32_t k = 1; k < parts; ++k)

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 
-#include "kalmia/cluster/ClusterDistanceCalculator.h"
 #include "kalmia/kernels/ThreadingControl.h"
 #include "kalmia/kernels/simd/SquareSums.h"
 #include "kalmia/support/AvailableMemory.h"
@@ -13,31 +12,26 @@ namespace {
 
 std::uint64_t maximumPairs = 0;  // 0: what the machine has free
 
-// A cell lies once more, as a float, in the tiles of RowDistances; later, in Ward's sums of the clusters of two rows or
-// more, as two doubles and a count for two cells at least.
-constexpr std::uint64_t kBytesPerCell = 10;
 constexpr std::uint64_t kBytesPerRow = 400;                        // two nodes of the tree, a cluster, their blocks
 constexpr std::uint64_t kBytesPerThread = std::uint64_t{1} << 20;  // keys of pairs that are sorted, a stack
 constexpr int kRowsMore = simd::kTileRows;  // tiles are filled up; the sums of four rows at once are on their way
 
-static_assert(kBytesPerPair == sizeof(DendroGram::DistanceAndIndex));
-
 }  // namespace
 
-std::uint64_t BytesBesidePairs(int rows, int columns) {
+std::uint64_t BytesBesidePairs(int rows, int columns, const MemoryNeeds& needs) {
   const int threads = std::max(1, NCMultiThreading::ThreadingControl::GetNumberOfProcessors());
-  return (kBytesPerCell * static_cast<std::uint64_t>(columns) + kBytesPerRow) *
+  return (needs.perCell * static_cast<std::uint64_t>(columns) + kBytesPerRow) *
              static_cast<std::uint64_t>(rows + kRowsMore) +
          kBytesPerThread * static_cast<std::uint64_t>(threads);
 }
 
-std::uint64_t PairsThatFitIn(std::uint64_t availableBytes, int rows, int columns, std::uint64_t bytesPerPair) {
-  const std::uint64_t left = availableBytes - std::min(availableBytes, BytesBesidePairs(rows, columns));
-  return (left - left / 16) / bytesPerPair;
+std::uint64_t PairsThatFitIn(std::uint64_t availableBytes, int rows, int columns, const MemoryNeeds& needs) {
+  const std::uint64_t left = availableBytes - std::min(availableBytes, BytesBesidePairs(rows, columns, needs));
+  return (left - left / 16) / needs.perPair;
 }
 
-std::uint64_t PairsThatFit(int rows, int columns, std::uint64_t bytesPerPair) {
-  const std::uint64_t fit = PairsThatFitIn(AvailableMemory(), rows, columns, bytesPerPair);
+std::uint64_t PairsThatFit(int rows, int columns, const MemoryNeeds& needs) {
+  const std::uint64_t fit = PairsThatFitIn(AvailableMemory(), rows, columns, needs);
   return maximumPairs == 0 ? fit : std::min(fit, maximumPairs);
 }
 

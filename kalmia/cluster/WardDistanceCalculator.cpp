@@ -31,7 +31,7 @@ void WardDistanceCalculator::Init(const NCDataMatrix<float>& data, NCProgress* p
   std::vector<DistanceAndIndex> list;
   if (HasDistances())
     CalculateInitialDistances(data_, progress, list, HalfSquaredDifference,
-                              type_ == DistanceIncrease ? Unchanged : SquareRootOfDistance, kalmia::kBytesPerWardPair);
+                              type_ == DistanceIncrease ? Unchanged : SquareRootOfDistance, kalmia::kNeedsOfWard);
   distances_ = kalmia::WardPairList(std::move(list), data.SizeRows());
   clusters_.assign(static_cast<std::size_t>(data.SizeRows()), Cluster());
   for (std::size_t p = 0; p < clusters_.size(); ++p) {

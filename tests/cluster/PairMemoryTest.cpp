@@ -21,20 +21,31 @@ using DendroGram::ClusterDistanceCalculator;
 using DendroGram::SingleLinkageDistanceCalculator;
 using DendroGram::WardDistanceCalculator;
 using kalmia::BytesBesidePairs;
+using kalmia::kNeedsOfBuffer;
+using kalmia::kNeedsOfList;
+using kalmia::kNeedsOfWard;
 using kalmia::PairCount;
 using kalmia::PairsThatFitIn;
 
 TEST(PairsThatFit, LeaveRoomForTheTableAndASixteenthOfTheRest) {
   for (const int rows : {2, 500, 65535})
     for (const int columns : {1, 20000}) {
-      const std::uint64_t beside = BytesBesidePairs(rows, columns);
+      const std::uint64_t list = BytesBesidePairs(rows, columns, kNeedsOfList);
+      const std::uint64_t ward = BytesBesidePairs(rows, columns, kNeedsOfWard);
       // The table's cells as floats once more, at least.
-      EXPECT_GT(beside, 4U * static_cast<std::uint64_t>(rows) * static_cast<std::uint64_t>(columns));
-      EXPECT_EQ(PairsThatFitIn(0, rows, columns, 12), 0U);
-      EXPECT_EQ(PairsThatFitIn(beside, rows, columns, 12), 0U);
-      EXPECT_EQ(PairsThatFitIn(beside + 16 * 12, rows, columns, 12), 15U);
-      EXPECT_EQ(PairsThatFitIn(beside + 16 * 18 * std::uint64_t{1000000000}, rows, columns, 18), 15000000000U);
+      EXPECT_GT(list, 4U * static_cast<std::uint64_t>(rows) * static_cast<std::uint64_t>(columns));
+      EXPECT_EQ(PairsThatFitIn(0, rows, columns, kNeedsOfList), 0U);
+      EXPECT_EQ(PairsThatFitIn(list, rows, columns, kNeedsOfList), 0U);
+      EXPECT_EQ(PairsThatFitIn(list + 16 * 12, rows, columns, kNeedsOfList), 15U);
+      EXPECT_EQ(PairsThatFitIn(ward + 16 * 18 * std::uint64_t{1000000000}, rows, columns, kNeedsOfWard), 15000000000U);
     }
+}
+
+// 20000 rows of 10000 columns: the table's copy in tiles takes 0.8 GB. It is there when the buffer is made.
+TEST(PairsThatFit, OnDiskDoNotLeaveRoomForTheTableAgain) {
+  const std::uint64_t free = 700000000;
+  EXPECT_EQ(PairsThatFitIn(free, 20000, 10000, kNeedsOfList), 0U);
+  EXPECT_GT(PairsThatFitIn(free, 20000, 10000, kNeedsOfBuffer), free / 2 / sizeof(DendroGram::DistanceAndIndex));
 }
 
 TEST(PairsThatFit, AreCountedIn64Bits) {
@@ -43,12 +54,12 @@ TEST(PairsThatFit, AreCountedIn64Bits) {
 }
 
 TEST(PairsThatFit, AreCappedByWhatTheCallerSets) {
-  const std::uint64_t fit = kalmia::PairsThatFit(10, 3);
+  const std::uint64_t fit = kalmia::PairsThatFit(10, 3, kNeedsOfList);
   ASSERT_GT(fit, 100U);
   DendroGram::SetMaximumPairsInMemory(100);
-  EXPECT_EQ(kalmia::PairsThatFit(10, 3), 100U);
+  EXPECT_EQ(kalmia::PairsThatFit(10, 3, kNeedsOfList), 100U);
   DendroGram::SetMaximumPairsInMemory(std::uint64_t{1} << 60);
-  EXPECT_LT(kalmia::PairsThatFit(10, 3), std::uint64_t{1} << 60) << "what the machine has is still the limit";
+  EXPECT_LT(kalmia::PairsThatFit(10, 3, kNeedsOfList), std::uint64_t{1} << 60) << "more than there is";
   DendroGram::SetMaximumPairsInMemory(0);
 }
 
@@ -61,12 +72,12 @@ NCDataMatrix<float> Twins(int rows, int columns, double holes) {
   return table;
 }
 
-/// What the analysis takes at its peak, in bytes, beside `bytesPerPair` for each pair.
+/// What the analysis takes at its peak, in bytes, beside what it needs for its pairs.
 std::int64_t BytesBeside(const NCDataMatrix<float>& table, ClusterDistanceCalculator&& calculator,
-                         std::uint64_t bytesPerPair) {
+                         const kalmia::MemoryNeeds& needs) {
   const PeakBytesDuring meter;
   const Tree tree(DendroGram::GetDendroGram(table, calculator, nullptr, nullptr));
-  return meter.GetBytes() - static_cast<std::int64_t>(bytesPerPair) * PairCount(table.SizeRows());
+  return meter.GetBytes() - static_cast<std::int64_t>(needs.perPair) * PairCount(table.SizeRows());
 }
 
 TEST(PairsThatFit, LeaveRoomForAllElseThatAnAnalysisTakes) {
@@ -78,10 +89,12 @@ TEST(PairsThatFit, LeaveRoomForAllElseThatAnAnalysisTakes) {
         Twins(2000, 3, 0),                     Twins(60, 5000, 0.1)};
     for (const NCDataMatrix<float>& table : tables) {
       SCOPED_TRACE(std::to_string(table.SizeRows()) + " x " + std::to_string(table.SizeColumns()));
-      const std::int64_t beside = static_cast<std::int64_t>(BytesBesidePairs(table.SizeRows(), table.SizeColumns()));
-      EXPECT_LE(BytesBeside(table, SingleLinkageDistanceCalculator(), kalmia::kBytesPerPair), beside);
+      const auto setAside = [&table](const kalmia::MemoryNeeds& needs) {
+        return static_cast<std::int64_t>(BytesBesidePairs(table.SizeRows(), table.SizeColumns(), needs));
+      };
+      EXPECT_LE(BytesBeside(table, SingleLinkageDistanceCalculator(), kNeedsOfList), setAside(kNeedsOfList));
       for (const auto type : {WardDistanceCalculator::DistanceIncrease, WardDistanceCalculator::DistanceRootIncrease})
-        EXPECT_LE(BytesBeside(table, WardDistanceCalculator(type), kalmia::kBytesPerWardPair), beside);
+        EXPECT_LE(BytesBeside(table, WardDistanceCalculator(type), kNeedsOfWard), setAside(kNeedsOfWard));
     }
   }
 }
