@@ -14,7 +14,6 @@ namespace kalmia::app {
 namespace {
 
 constexpr int kMostRows = 65535;  ///< the library numbers pairs of rows in 32 bits
-constexpr std::size_t kColumnsNamed = 10;  ///< a failure names so many columns, and counts the others
 
 [[noreturn]] void Refuse(const CsvTable& table, const std::string& message) {
   throw Failure(ExitCode::BadData, table.Name() + ": " + message);

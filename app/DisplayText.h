@@ -14,6 +14,9 @@ std::string OneLine(std::string_view text);
 /// The text on one line, between quotation marks, cut to about 40 characters.
 std::string Quoted(std::string_view text);
 
+/// So many columns a message names; it counts the others.
+constexpr std::size_t kColumnsNamed = 10;
+
 /// "a, b and c", each on one line; with more than `limit` names "a, b and 7 more". A limit of 0 names all.
 std::string Listed(const std::vector<std::string>& names, std::size_t limit = 0);
 

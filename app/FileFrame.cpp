@@ -15,6 +15,10 @@ constexpr std::size_t kDigits = 32;  ///< of the checksum, in hexadecimals
 
 [[noreturn]] void Refuse(const std::string& message) { throw Failure(ExitCode::Files, message); }
 
+bool HasMagicOf(const FileKind& kind, std::string_view bytes) {
+  return bytes.substr(0, kind.magic.size()) == kind.magic;
+}
+
 }  // namespace
 
 const FileKind* KindOfBytes(std::string_view bytes) {
@@ -29,10 +33,6 @@ std::string Checksum(std::string_view bytes) {
   md5.Update(bytes.data(), bytes.size());
   md5.Finalize();
   return md5.GetDigest();
-}
-
-bool HasMagicOf(const FileKind& kind, std::string_view bytes) {
-  return bytes.substr(0, kind.magic.size()) == kind.magic;
 }
 
 std::string FramedBytes(const FileKind& kind, const std::string& content) {

@@ -32,9 +32,6 @@ struct FramedContent {
 /// The MD5 of the bytes, 32 lower-case hexadecimals.
 std::string Checksum(std::string_view bytes);
 
-/// Whether the bytes begin as such a file does.
-bool HasMagicOf(const FileKind& kind, std::string_view bytes);
-
 /// The bytes of a file.
 std::string FramedBytes(const FileKind& kind, const std::string& content);
 

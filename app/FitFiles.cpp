@@ -11,7 +11,7 @@ namespace kalmia::app {
 namespace fs = std::filesystem;
 
 void RefuseToOverwriteInputs(const FitOptions& options, const std::vector<std::string>& csvNames,
-                            const std::string& saveCv) {
+                             const std::string& saveCv) {
   std::vector<FilePlace> places = PlacesInCsvFolder(options.csvFolder, csvNames);
   if (!saveCv.empty()) places.insert(places.begin(), {"--save-cv", saveCv});
   if (!options.save.empty()) places.insert(places.begin(), {"--save", options.save});

@@ -25,7 +25,7 @@ struct CrossValidationOutput {
 /// Throws Failure (Usage) if a fit would write one of its files over the table, the steps file or another one of its
 /// own. `csvNames` are the names of those that --csv writes, `saveCv` that of --save-cv or empty.
 void RefuseToOverwriteInputs(const FitOptions& options, const std::vector<std::string>& csvNames,
-                            const std::string& saveCv = "");
+                             const std::string& saveCv = "");
 
 /// Writes the stored model, the cross-validation and the CSV files that the options ask for, all of them or, with a
 /// Failure (Files), none.

@@ -1,6 +1,7 @@
 #include "app/Commands.h"
 #include "app/ComponentTable.h"
 #include "app/DisplayText.h"
+#include "app/FileFrame.h"
 #include "app/FilterReport.h"
 #include "app/InputFile.h"
 #include "app/Json.h"
@@ -236,11 +237,12 @@ std::string CvInfoJson(const StoredOplsCv& cv, const std::string& file) {
 std::string RunCommand(const InfoOptions& options, Notes* /*notes*/) {
   const std::string file = InputName(options.model);
   const std::string bytes = ReadInput(options.model);
-  if (IsStepChainFile(bytes)) {
+  const FileKind* const kind = KindOfBytes(bytes);
+  if (kind == &kStepsFile) {
     const StepChain chain = ReadStepChainFile(bytes, file);
     return options.json ? ChainInfoJson(chain, file) : ChainInfoText(chain, file);
   }
-  if (IsOplsCvFile(bytes)) {
+  if (kind == &kOplsCvFile) {
     const StoredOplsCv cv = ReadOplsCvFile(bytes, file);
     return options.json ? CvInfoJson(cv, file) : CvInfoText(cv, file);
   }

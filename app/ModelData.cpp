@@ -19,7 +19,6 @@ namespace {
 
 constexpr auto kMissingCell = static_cast<float>(kMissing);
 constexpr std::size_t kRowsNamed = 10;  ///< a note names so many rows, and counts the others
-constexpr std::size_t kColumnsNamed = 10;
 constexpr int kMostAutomaticComponents = 15;
 
 [[noreturn]] void Refuse(const CsvTable& table, const std::string& message) {

@@ -14,8 +14,8 @@ void DeclareFit(CommandOptions* command, FitOptions* options, const DeclareCompo
   command->Names("--exclude", &options->exclude, "columns to leave out of X; not with --x");
   command->Exclude("--x", "--exclude");
   command->Input("--steps-file", &options->stepsFile,
-                 "preprocess X by these steps, which predict repeats; what wavelet-compress chooses it chooses from all "
-                 "rows, those that cross-validation leaves out too; see kalmia preprocess --help");
+                 "preprocess X by these steps, which predict repeats; what wavelet-compress chooses it chooses from "
+                 "all rows, those that cross-validation leaves out too; see kalmia preprocess --help");
   command->Scaling("--scale", &options->scaling, "scaling of X: uv (default), pareto, centre or none");
   declareComponents();
   command->Number("--groups", 2, &options->groups, "number of groups of the cross-validation (default: 7)");

@@ -12,8 +12,7 @@ namespace kalmia::app {
 
 namespace {
 
-constexpr std::size_t kColumnsNamed = 10;  ///< a note names so many missing columns, and counts the others
-constexpr int kCellsAtOnce = 1 << 22;      ///< of the rows that go through the preprocessing together: some 16 MB
+constexpr int kCellsAtOnce = 1 << 22;  ///< of the rows that go through the preprocessing together: some 16 MB
 
 /// A column that the table has.
 struct SourceColumn {

@@ -18,7 +18,7 @@ namespace kalmia::app {
 namespace {
 
 /// --save-cv may replace the file of --resume, once that has been read; no other output may.
-void RefuseToOverwriteInputs(const OplsOptions& options) {
+void CheckFiles(const OplsOptions& options) {
   RefuseToOverwriteInputs(options, OplsCsvFileNames(), options.saveCv);
   if (options.resume.empty()) return;
   std::vector<FilePlace> places = PlacesInCsvFolder(options.csvFolder, OplsCsvFileNames());
@@ -29,7 +29,7 @@ void RefuseToOverwriteInputs(const OplsOptions& options) {
 }  // namespace
 
 std::string RunCommand(const OplsOptions& options, Notes* notes) {
-  RefuseToOverwriteInputs(options);
+  CheckFiles(options);
   std::optional<StoredOplsCv> resumed;
   if (!options.resume.empty()) resumed = ReadOplsCvFile(ReadInput(options.resume), InputName(options.resume));
   const CsvTable table(ReadInput(options.table), InputName(options.table));

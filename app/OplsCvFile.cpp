@@ -97,6 +97,8 @@ bool Agrees(const StoredOplsCv& stored) {
   const std::vector<OplsCvStep>& steps = state.steps;
   const auto& rounds = state.data.WMatricesPerRound;
   if (stored.rounds < 2 || stored.rounds > stored.groups.Size() || steps.empty()) return false;
+  const auto isGroup = [&stored](int group) { return group >= 0 && group < stored.rounds; };
+  if (!std::all_of(stored.groups.begin(), stored.groups.end(), isGroup)) return false;
   for (const OplsCvStep& step : steps)
     if (!Agrees(step, &step == &steps.front(), stored)) return false;
   return rounds.size() == static_cast<std::size_t>(stored.rounds) &&
@@ -169,8 +171,6 @@ std::string OplsCvFileBytes(const StoredOplsCv& stored) {
   directory.Close();
   return FramedBytes(kOplsCvFile, content.str());
 }
-
-bool IsOplsCvFile(std::string_view bytes) { return HasMagicOf(kOplsCvFile, bytes); }
 
 StoredOplsCv ReadOplsCvFile(std::string_view bytes, const std::string& name) {
   const FramedContent content = ReadFrame(kOplsCvFile, bytes, name);

@@ -56,7 +56,4 @@ std::string OplsCvFileBytes(const StoredOplsCv& stored);
 /// messages call the file. The matrices that the rounds go on from are checked only when they do.
 StoredOplsCv ReadOplsCvFile(std::string_view bytes, const std::string& name);
 
-/// Whether the bytes begin like such a file.
-bool IsOplsCvFile(std::string_view bytes);
-
 }  // namespace kalmia::app

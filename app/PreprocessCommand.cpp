@@ -23,8 +23,6 @@ namespace kalmia::app {
 
 namespace {
 
-constexpr std::size_t kColumnsNamed = 10;  ///< a note names so many columns, and counts the others
-
 void RefuseToOverwriteInputs(const PreprocessOptions& options) {
   std::vector<FilePlace> inputs = {{"the table", options.table}};
   std::vector<FilePlace> outputs = {{"--out", options.out}};

@@ -94,15 +94,14 @@ std::vector<double> Doubles(const NCDataVector<float>& cells) { return {cells.be
 /// Whether anything is left without what --detrend takes off. A straight line whose cells are rounded to floats is off
 /// by up to 2^-24 of its largest cell, that of least squares through it by less, and filled cells by as much again.
 bool HasRest(const Signal& signal, FFT::DetrendMode detrend) {
+  if (detrend != FFT::DetrendLinear) return true;  // the column varies
   NCDataVector<float> rest(signal.cells);
   rest.InterpolateMisVals(nullptr);
   long double mean = 0, slope = 0;
-  if (detrend == FFT::DetrendMean) rest.DetrendMean(mean);
-  if (detrend == FFT::DetrendLinear) rest.DetrendLinear(mean, slope);
+  rest.DetrendLinear(mean, slope);
   float smallest = 0.0F, largest = 0.0F;
   signal.cells.GetMinMax(smallest, largest);
-  const float size = std::max(std::fabs(smallest), std::fabs(largest));
-  const float rounding = detrend == FFT::DetrendLinear ? std::ldexp(size, -22) : 0.0F;
+  const float rounding = std::ldexp(std::max(std::fabs(smallest), std::fabs(largest)), -22);
   return std::any_of(rest.begin(), rest.end(), [=](float cell) { return std::fabs(cell) > rounding; });
 }
 

@@ -19,8 +19,6 @@ namespace kalmia::app {
 
 namespace {
 
-constexpr std::size_t kColumnsNamed = 10;  ///< a note names so many columns, and counts the others
-
 std::string Place(std::size_t i, const Step& step) { return "step " + std::to_string(i + 1) + ", " + StepText(step); }
 
 /// The wavelet-compress right before step i, if that is what stands there.

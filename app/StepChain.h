@@ -29,7 +29,8 @@ struct Signals {
   std::string table;                   ///< how messages call it
   std::vector<std::string> rowPlaces;  ///< how messages call each row, see RowPlaces
   std::vector<std::string> names;      ///< of the columns
-  std::vector<std::string> fullNames;  ///< while it is compressed: of the columns before; otherwise empty
+  /// Right after a wavelet-compress, or steps that keep its columns: of the columns before it; otherwise empty.
+  std::vector<std::string> fullNames;
   NCDataMatrix<float> cells;
   bool decimalComma = false;           ///< whether the numbers of the table, and in names, have one
 };

@@ -69,8 +69,6 @@ std::string StepChainFileBytes(const StepChain& chain) {
   return FramedBytes(kStepsFile, content.str());
 }
 
-bool IsStepChainFile(std::string_view bytes) { return HasMagicOf(kStepsFile, bytes); }
-
 StepChain ReadStepChainFile(std::string_view bytes, const std::string& name) {
   const FramedContent content = ReadFrame(kStepsFile, bytes, name);
   StepChain chain;

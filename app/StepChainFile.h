@@ -25,8 +25,7 @@ StepsFile ReadStepsFile(const std::string& path);
 /// The bytes of a file that keeps a chain: docs/command.md describes them.
 std::string StepChainFileBytes(const StepChain& chain);
 
-/// Whether the bytes begin like such a file; and the chain in them. Throws Failure (Files) for damaged ones.
-bool IsStepChainFile(std::string_view bytes);
+/// The chain in the bytes of such a file. Throws Failure (Files) for damaged ones.
 StepChain ReadStepChainFile(std::string_view bytes, const std::string& name);
 
 /// A chain as the content of a file, or of an entry of one; without steps it has no names either. Reading is false, and

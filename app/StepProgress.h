@@ -10,7 +10,7 @@
 
 namespace kalmia::app {
 
-/// How far a step of preprocessing is, as a bar, in rows or in columns.
+/// How far a step of preprocessing is, as a bar, in rows.
 class StepProgress {
  public:
   StepProgress(std::string label, int count) : label_(std::move(label)), count_(count) {}

@@ -15,16 +15,13 @@
 
 namespace kalmia::app {
 
-/// Version of the model file that this command writes; it reads this one and all before it.
-constexpr int kModelFileVersion = kModelFile.version;
-
 /// What a stored model has whatever its kind: where it comes from, and what turns new rows of a table into its X.
 struct ModelFrame {
-  int fileVersion = kModelFileVersion;  ///< of the file that it was read from
-  std::string writtenBy;                ///< version of the command
-  std::string table;                    ///< file that it was fitted to
-  std::string idColumn;                 ///< column that named the rows; empty if they were numbered
-  std::string groupColumn;              ///< column of the cross-validation groups; empty for every n-th row
+  int fileVersion = kModelFile.version;  ///< of the file that it was read from
+  std::string writtenBy;                 ///< version of the command
+  std::string table;                     ///< file that it was fitted to
+  std::string idColumn;                  ///< column that named the rows; empty if they were numbered
+  std::string groupColumn;               ///< column of the cross-validation groups; empty for every n-th row
   int groups = 0;
   NCScale::Scaling scaling = NCScale::ScalingUnitVariance;
   StepChain chain;  ///< what made X of the columns of the table; without steps they are X themselves. O2PLS and

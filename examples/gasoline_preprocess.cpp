@@ -1,5 +1,5 @@
-// Octane numbers from near-infrared spectra as they are, from their first derivatives, and from a tenth of their wavelet
-// coefficients: how far the predictions of left-out samples are off.
+// Octane numbers from near-infrared spectra as they are, from their first derivatives, and from a tenth of their
+// wavelet coefficients: how far the predictions of left-out samples are off.
 //
 //     gasoline_preprocess examples/data/gasoline.csv
 #include <algorithm>

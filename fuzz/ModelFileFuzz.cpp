@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <cstdlib>
 #include <string>
+#include <variant>
 
 #include "app/CsvRecords.h"
 #include "app/CsvTable.h"
@@ -42,10 +43,12 @@ std::string Forged(std::string bytes) {
   return bytes.replace(kChecksumAt, kContentAt - kChecksumAt, md5.GetDigest());
 }
 
-/// `write` is what turns into bytes again what `read` made of them.
-template <class Read, class Write>
-void Feed(const std::string& bytes, const Read& read, const Write& write) try {
-  const std::string written = write(read(bytes, "file"));
+/// `write` is what turns into bytes again what `read` made of them, once `use` has tried it.
+template <class Read, class Write, class Use>
+void Feed(const std::string& bytes, const Read& read, const Write& write, const Use& use) try {
+  const auto object = read(bytes, "file");
+  use(object);
+  const std::string written = write(object);
   Require(write(read(written, "again")) == written);
 } catch (const Failure& failure) {
   Require(failure.Code() == ExitCode::Files);
@@ -79,15 +82,11 @@ void FeedNewRows(const kalmia::app::ModelFrame& model) try {
 }
 
 void FeedAll(const std::string& bytes) {
-  Feed(bytes, ReadModelFile, [](const kalmia::app::StoredModel& model) {
+  Feed(bytes, ReadModelFile, ModelFileBytes, [](const kalmia::app::StoredModel& model) {
     std::visit([](const kalmia::app::ModelFrame& frame) { FeedNewRows(frame); }, model);
-    return ModelFileBytes(model);
   });
-  Feed(bytes, ReadOplsCvFile, OplsCvFileBytes);
-  Feed(bytes, kalmia::app::ReadStepChainFile, [](const StepChain& chain) {
-    FeedTable(chain);
-    return StepChainFileBytes(chain);
-  });
+  Feed(bytes, ReadOplsCvFile, OplsCvFileBytes, [](const kalmia::app::StoredOplsCv&) {});
+  Feed(bytes, kalmia::app::ReadStepChainFile, kalmia::app::StepChainFileBytes, FeedTable);
 }
 
 }  // namespace

@@ -24,9 +24,9 @@ class O2PLSPredictiveComponentEstimator {
   /// Does all the work, on copies. X N x K, Y N x M, scaled and without holes, which is not checked. `groups` has one
   /// number per observation, from 0 on (an observation with a negative one is never held out); null stands for
   /// GetDeafultCVGroupsVector(N, cvGroups), and only then is cvGroups read. A group without observations predicts
-  /// nothing, but its round is computed like any other. `groups` of fewer than N cells or with a number above N + 9999,
-  /// and a cvGroups below 1 that is read, cannot be used. `fixedComponents`: 0 nothing is computed; negative: search;
-  /// else exactly so many are tried and counted.
+  /// nothing, but its round is computed like any other. `groups` of fewer than N cells or with a number above their
+  /// own + 9999, and a cvGroups below 1 that is read, cannot be used. `fixedComponents`: 0 nothing is computed;
+  /// negative: search; else exactly so many are tried and counted.
   O2PLSPredictiveComponentEstimator(const NCDataMatrix<float>* X, const NCDataMatrix<float>* Y, int cvGroups,
                                     const NCIntegralVector<int, -99>* groups, int fixedComponents);
 

@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <cstdint>
+#include <limits>
 #include <string>
 #include <utility>
 #include <vector>
@@ -282,6 +283,14 @@ TEST(OplsCvFile, HoldsGroupsNamesScalingAndTheHistory) {
   EXPECT_EQ(stored.state.predictive, 1);
   EXPECT_EQ(stored.state.steps.size(), 2U);
   EXPECT_EQ(stored.state.data.WOPerRound.size(), 2U);
+}
+
+TEST(OplsCvFile, IsRefusedWithAGroupThatIsNone) {
+  for (const int group : {-1, -98, 2, std::numeric_limits<int>::max()}) {
+    StoredOplsCv stored = ReadOplsCvFile(SmallCvFile(), "cv");
+    stored.groups(3) = group;
+    EXPECT_EQ(Refusal(OplsCvFileBytes(stored)), "cv is damaged: its parts do not fit together") << group;
+  }
 }
 
 TEST(OplsCvFile, IsRefusedWhenCutAtAnyByte) {

@@ -233,6 +233,7 @@ TEST(FailureOfSpectrum, IsOneLineWithExitCode1ForBadData) {
       {"x\n1e30\n-1e30\n1e30\n", {}, "the column 'x' has a power beyond single precision"},
       {"x\n1e-21\n-1e-21\n3e-21\n", {}, "its values are too large or too small, change their unit"},
       {"x\n1e-30\n-1e-30\n3e-30\n", {}, "the column 'x' has a power beyond single precision"},
+      {"x\n0\n1e-45\n", {}, "the column 'x' has a power beyond single precision"},
       {"x\n1e-40\n-1e-40\n3e-40\n", {"--detrend", "none"}, "its values are too large or too small"},
       {"x,y\n1,1e-30\n2,3e-30\n1,1e-30\n", {"--with", "y"}, "the column 'y' has a power beyond single precision"},
       {"x\n", {}, "has a header but no data rows"}};
