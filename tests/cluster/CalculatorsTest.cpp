@@ -139,6 +139,19 @@ TEST(WardDistanceCalculator, TakesAPairByItsPlaceAlthoughAStaleOneIsNearer) {
   EXPECT_TRUE(merges[1] == (PlainMerge{0, 2, 2394.5F}));  // and not {2 4} with 1, at 2086.17
 }
 
+TEST(WardDistanceCalculator, RepeatedRowsHaveTheHeightZeroAndNeverNone) {
+  for (const bool root : {false, true}) {
+    NCDataMatrix<float> table(9, 4, 0);
+    for (int r = 1; r <= 9; ++r)
+      for (int c = 1; c <= 4; ++c) table(r, c, 0.1F * static_cast<float>(c) + (r > 6 ? 0.7F : 0));
+    WardDistanceCalculator calculator(static_cast<WardDistanceCalculator::DistanceType>(root));
+    const std::vector<PlainMerge> merges = MergesOf(calculator, table);
+    EXPECT_EQ(merges[0].height, 0.0F);
+    for (const PlainMerge& merge : merges) EXPECT_FALSE(std::isnan(merge.height));
+    EXPECT_TRUE(merges == PlainWard(table, root));
+  }
+}
+
 TEST(WardDistanceCalculator, IncreasesThatRoundToBelowZeroGiveNoHeightThatIsNoNumber) {
   // Many equal rows have sums of squares that cancel to 0 but for their rounding.
   for (const int different : {1, 2}) {
