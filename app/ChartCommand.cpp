@@ -35,7 +35,7 @@ std::vector<FilePlace> OutputsOf(const ChartOptions& options) {
 void CheckFiles(const ChartOptions& options) {
   std::vector<FilePlace> inputs = {{"the table", options.table}};
   if (!options.limitsFrom.empty()) inputs.push_back({"the limits", options.limitsFrom});
-  RefuseToOverwrite(inputs, OutputsOf(options));
+  CheckPlaces(inputs, OutputsOf(options));
 }
 
 void CheckSettings(const ChartOptions& options, ControlChart::ControlType type, int subgroup) {

@@ -32,7 +32,7 @@ void CheckOptions(const ClusterOptions& options) {
   if (!options.csv.empty() && !IsCutAsked(options)) {
     throw Failure(ExitCode::Usage, "--csv writes clusters: give --cut or --height; see kalmia cluster --help");
   }
-  RefuseToOverwrite({{"the table", options.table}}, OutputsOf(options));
+  CheckPlaces({{"the table", options.table}}, OutputsOf(options));
 }
 
 void CheckCut(const CsvTable& table, const ClusterOptions& options) {

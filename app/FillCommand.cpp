@@ -9,7 +9,7 @@
 namespace kalmia::app {
 
 std::string RunCommand(const FillOptions& options, Notes* notes) {
-  RefuseToOverwrite({{"the table", options.table}}, {{"--out", options.out}});
+  CheckPlaces({{"the table", options.table}}, {{"--out", options.out}});
   const std::string text = ReadInput(options.table);
   const CsvTable table(text, InputName(options.table));
   const FillOutcome outcome = ComputeFill(table, options, notes);

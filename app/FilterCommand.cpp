@@ -15,12 +15,12 @@ namespace kalmia::app {
 
 namespace {
 
-void RefuseToOverwriteInputs(const FilterOptions& options) {
+void CheckFiles(const FilterOptions& options) {
   std::vector<FilePlace> inputs = {{"the table", options.table}};
   std::vector<FilePlace> outputs = {{"--out", options.out}};
   if (!options.model.empty()) inputs.push_back({"the model", options.model});
   if (!options.save.empty()) outputs.push_back({"--save", options.save});
-  RefuseToOverwrite(inputs, outputs);
+  CheckPlaces(inputs, outputs);
 }
 
 StoredFilter ReadFilter(const std::string& file) {
@@ -43,7 +43,7 @@ FilterOutcome Compute(const CsvTable& table, const FilterOptions& options, Notes
 }  // namespace
 
 std::string RunCommand(const FilterOptions& options, Notes* notes) {
-  RefuseToOverwriteInputs(options);
+  CheckFiles(options);
   const std::string text = ReadInput(options.table);
   const CsvTable table(text, InputName(options.table));
   const FilterOutcome outcome = Compute(table, options, notes);

@@ -10,14 +10,13 @@ namespace kalmia::app {
 
 namespace fs = std::filesystem;
 
-void RefuseToOverwriteInputs(const FitOptions& options, const std::vector<std::string>& csvNames,
-                             const std::string& saveCv) {
+void CheckFitPlaces(const FitOptions& options, const std::vector<std::string>& csvNames, const std::string& saveCv) {
   std::vector<FilePlace> places = PlacesInCsvFolder(options.csvFolder, csvNames);
   if (!saveCv.empty()) places.insert(places.begin(), {"--save-cv", saveCv});
   if (!options.save.empty()) places.insert(places.begin(), {"--save", options.save});
   std::vector<FilePlace> inputs = {{"the table", options.table}};
   if (!options.stepsFile.empty()) inputs.push_back({"the steps file", options.stepsFile});
-  RefuseToOverwrite(inputs, places);
+  CheckPlaces(inputs, places);
 }
 
 FitFiles WriteFitFiles(const FitOptions& options, const std::function<std::string()>& modelBytes,

@@ -22,10 +22,10 @@ struct CrossValidationOutput {
   std::function<std::string()> bytes;
 };
 
-/// Throws Failure (Usage) if a fit would write one of its files over the table, the steps file or another one of its
-/// own. `csvNames` are the names of those that --csv writes, `saveCv` that of --save-cv or empty.
-void RefuseToOverwriteInputs(const FitOptions& options, const std::vector<std::string>& csvNames,
-                             const std::string& saveCv = "");
+/// CheckPlaces for a fit: it writes none of its files over the table, the steps file or another one of its own, and can
+/// write them all. `csvNames` are the names of those that --csv writes, `saveCv` that of --save-cv or empty.
+void CheckFitPlaces(const FitOptions& options, const std::vector<std::string>& csvNames,
+                    const std::string& saveCv = "");
 
 /// Writes the stored model, the cross-validation and the CSV files that the options ask for, all of them or, with a
 /// Failure (Files), none.

@@ -125,7 +125,7 @@ std::vector<FilePlace> OutputsOf(const HistogramOptions& options) {
 }  // namespace
 
 std::string RunCommand(const HistogramOptions& options, Notes* notes) {
-  RefuseToOverwrite({{"the table", options.table}}, OutputsOf(options));
+  CheckPlaces({{"the table", options.table}}, OutputsOf(options));
   const CsvTable table(ReadInput(options.table), InputName(options.table));
   const Histogram histogram = HistogramOf(table, options, notes);
   OutputFiles files;

@@ -15,16 +15,16 @@ namespace kalmia::app {
 
 namespace {
 
-void RefuseToOverwriteTables(const O2plsOptions& options) {
+void CheckFiles(const O2plsOptions& options) {
   std::vector<FilePlace> places = PlacesInCsvFolder(options.csvFolder, O2plsCsvFileNames());
   if (!options.save.empty()) places.insert(places.begin(), {"--save", options.save});
-  RefuseToOverwrite({{"the X table", options.table}, {"the Y table", options.yTable}}, places);
+  CheckPlaces({{"the X table", options.table}, {"the Y table", options.yTable}}, places);
 }
 
 }  // namespace
 
 std::string RunCommand(const O2plsOptions& options, Notes* notes) {
-  RefuseToOverwriteTables(options);
+  CheckFiles(options);
   const CsvTable xTable(ReadInput(options.table), InputName(options.table));
   const CsvTable yTable(ReadInput(options.yTable), InputName(options.yTable));
   const O2plsOutcome outcome = ComputeO2pls(xTable, yTable, options, notes);

@@ -19,7 +19,7 @@ namespace {
 
 /// --save-cv may replace the file of --resume, once that has been read; no other output may.
 void CheckFiles(const OplsOptions& options) {
-  RefuseToOverwriteInputs(options, OplsCsvFileNames(), options.saveCv);
+  CheckFitPlaces(options, OplsCsvFileNames(), options.saveCv);
   if (options.resume.empty()) return;
   std::vector<FilePlace> places = PlacesInCsvFolder(options.csvFolder, OplsCsvFileNames());
   if (!options.save.empty()) places.insert(places.begin(), {"--save", options.save});

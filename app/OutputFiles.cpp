@@ -20,6 +20,8 @@ namespace {
 
 namespace fs = std::filesystem;
 
+constexpr int kMostLinks = 40;  ///< as many as the system follows
+
 [[noreturn]] void FailToWrite(const std::string& name, int error) {
   throw Failure(ExitCode::Files, "cannot write " + OneLine(name) + ": " + std::generic_category().message(error));
 }
@@ -87,6 +89,17 @@ void SyncFolder(const std::string& folder) {
 
 }  // namespace
 
+std::string BehindLinks(const std::string& path) {
+  fs::path place = path;
+  std::error_code error;
+  for (int links = 0; links < kMostLinks && fs::is_symlink(place, error); ++links) {
+    const fs::path target = fs::read_symlink(place, error);
+    if (error) break;
+    place = place.parent_path() / target;  // which is the target alone where that is absolute
+  }
+  return place.string();
+}
+
 OutputFiles::~OutputFiles() {
   for (const StagedFile& file : staged_) unlink(file.temporary.c_str());
   for (const std::string& folder : folders_) rmdir(folder.c_str());
@@ -106,20 +119,19 @@ void OutputFiles::MakeFolder(const std::string& path) {
 }
 
 void OutputFiles::Stage(const std::string& path, std::string_view bytes) {
-  std::string target = path;
   struct stat old = {};
   if (stat(path.c_str(), &old) == 0) {
     if (S_ISDIR(old.st_mode)) FailToWrite(path, EISDIR);
+    // The move into its place would ask the folder alone.
+    if (faccessat(AT_FDCWD, path.c_str(), W_OK, AT_EACCESS) != 0) FailToWrite(path, errno);
     if (!S_ISREG(old.st_mode)) {
       direct_.push_back({path, std::string(bytes)});
       return;
     }
-    // The move into its place would ask the folder alone.
-    if (faccessat(AT_FDCWD, path.c_str(), W_OK, AT_EACCESS) != 0) FailToWrite(path, errno);
-    std::error_code error;
-    const fs::path followed = fs::canonical(path, error);
-    if (!error) target = followed.string();
+  } else if (errno != ENOENT) {
+    FailToWrite(path, errno);
   }
+  const std::string target = BehindLinks(path);
   std::string temporary = FolderOf(target) + "/.kalmia-XXXXXX";
   const int file = mkstemp(temporary.data());
   if (file < 0) FailToWrite(path, errno);

@@ -20,7 +20,7 @@ class OutputFiles {
   /// Makes a folder (its parent must exist), or does nothing if it is there.
   void MakeFolder(const std::string& path);
   /// Takes the content of a file. An existing file keeps its permissions, and has to be one that may be written; a
-  /// link is followed. A device or a pipe is written to as it is, when the files are committed.
+  /// link is followed, to a file that is not there yet too. A device or a pipe is written to as it is, when the files are committed.
   void Stage(const std::string& path, std::string_view bytes);
   void Commit();
 
@@ -42,6 +42,10 @@ class OutputFiles {
   std::vector<DirectWrite> direct_;
   std::vector<std::string> folders_;
 };
+
+/// The file that a symbolic link leads to, link after link, whether it is there or not; `path` itself where it is no
+/// link.
+std::string BehindLinks(const std::string& path);
 
 /// Writes to standard output, all of it. Throws Failure (Files) where that is impossible, as on a full disk.
 void WriteStandardOutput(std::string_view text);

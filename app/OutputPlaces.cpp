@@ -5,6 +5,7 @@
 
 #include "app/DisplayText.h"
 #include "app/Failure.h"
+#include "app/OutputFiles.h"
 
 namespace kalmia::app {
 
@@ -12,22 +13,37 @@ namespace {
 
 namespace fs = std::filesystem;
 
+/// Where a file that is not there yet will be.
+fs::path FuturePlace(const std::string& path) {
+  std::error_code ignored;
+  return fs::weakly_canonical(fs::absolute(BehindLinks(path), ignored), ignored);
+}
+
 /// True for one file under two names, be it there or not yet. A device or a pipe is never overwritten.
 bool AreSame(const std::string& a, const std::string& b) {
   std::error_code ignored;
   if (fs::exists(a, ignored)) return fs::is_regular_file(a, ignored) && fs::equivalent(a, b, ignored);
-  const fs::path placeOfA = fs::weakly_canonical(fs::absolute(a, ignored), ignored);
-  const fs::path placeOfB = fs::weakly_canonical(fs::absolute(b, ignored), ignored);
-  return !placeOfA.empty() && placeOfA == placeOfB;
+  const fs::path place = FuturePlace(a);
+  return !place.empty() && place == FuturePlace(b);
+}
+
+/// "-" is the folder itself, or the file where there is no such folder.
+void RefuseStandardOutput(const FilePlace& output) {
+  if ((output.folder.empty() ? output.path : output.folder) != "-") return;
+  throw Failure(ExitCode::Usage, output.what + " takes a " + (output.folder.empty() ? "file" : "folder") +
+                                     ", not '-': standard output shows the results");
 }
 
 }  // namespace
 
+void CheckPlaces(const std::vector<FilePlace>& inputs, const std::vector<FilePlace>& outputs) {
+  RefuseToOverwrite(inputs, outputs);
+  TryOutputs(outputs);
+}
+
 void RefuseToOverwrite(const std::vector<FilePlace>& inputs, const std::vector<FilePlace>& outputs) {
   for (std::size_t i = 0; i < outputs.size(); ++i) {
-    if (outputs[i].path == "-") {
-      throw Failure(ExitCode::Usage, outputs[i].what + " takes a file, not '-': standard output shows the results");
-    }
+    RefuseStandardOutput(outputs[i]);
     for (const FilePlace& input : inputs) {
       if (input.path == "-" || !AreSame(outputs[i].path, input.path)) continue;
       throw Failure(ExitCode::Usage, outputs[i].what + " would overwrite " + input.what + " " + OneLine(input.path));
@@ -40,6 +56,14 @@ void RefuseToOverwrite(const std::vector<FilePlace>& inputs, const std::vector<F
   }
 }
 
+void TryOutputs(const std::vector<FilePlace>& outputs) {
+  OutputFiles trial;  // takes its files back, as they are never committed
+  for (const FilePlace& output : outputs) {
+    if (!output.folder.empty()) trial.MakeFolder(output.folder);
+    trial.Stage(output.path, "");
+  }
+}
+
 std::string WrittenText(const std::vector<FilePlace>& outputs) {
   std::string text;
   for (const FilePlace& place : outputs) text += "Wrote " + OneLine(place.path) + "\n";
@@ -49,7 +73,7 @@ std::string WrittenText(const std::vector<FilePlace>& outputs) {
 std::vector<FilePlace> PlacesInCsvFolder(const std::string& folder, const std::vector<std::string>& names) {
   std::vector<FilePlace> places;
   if (folder.empty()) return places;
-  for (const std::string& name : names) places.push_back({"--csv", (fs::path(folder) / name).string()});
+  for (const std::string& name : names) places.push_back({"--csv", (fs::path(folder) / name).string(), folder});
   return places;
 }
 

@@ -9,12 +9,21 @@ namespace kalmia::app {
 struct FilePlace {
   std::string what;  ///< the option or the kind of file, for messages: "--save", "the table"
   std::string path;
+  std::string folder = {};  ///< of an output, one that is made where it is missing; empty: there is none such
 };
 
+/// What every command does with its places before any work: RefuseToOverwrite, then TryOutputs.
+void CheckPlaces(const std::vector<FilePlace>& inputs, const std::vector<FilePlace>& outputs);
+
 /// Throws Failure (Usage) if a file to be written is one that is read, or is the same as another one to be written,
-/// under whatever name. Standard input, "-", is no file; "-" as an output is refused, for it would be taken for
-/// standard output but be a file of that name.
+/// under whatever name. Standard input, "-", is no file; "-" as an output, or as the folder of --csv, is refused, for
+/// it would be taken for standard output but be a file of that name.
 void RefuseToOverwrite(const std::vector<FilePlace>& inputs, const std::vector<FilePlace>& outputs);
+
+/// Tries whether the files can be written, as the results will be, and takes back whatever that leaves: the work may
+/// take hours, and its results would be lost. Existing files stay as they are. A disk may still become full meanwhile.
+/// Throws Failure (Files) that names the file or the folder.
+void TryOutputs(const std::vector<FilePlace>& outputs);
 
 /// "Wrote ...", a line for each after an empty line; empty where there are none.
 std::string WrittenText(const std::vector<FilePlace>& outputs);

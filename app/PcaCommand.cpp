@@ -10,7 +10,7 @@
 namespace kalmia::app {
 
 std::string RunCommand(const PcaOptions& options, Notes* notes) {
-  RefuseToOverwriteInputs(options, PcaCsvFileNames());
+  CheckFitPlaces(options, PcaCsvFileNames());
   const CsvTable table(ReadInput(options.table), InputName(options.table));
   const PcaOutcome outcome = ComputePca(table, options, notes);
   FitFiles files;

@@ -10,7 +10,7 @@
 namespace kalmia::app {
 
 std::string RunCommand(const PlsOptions& options, Notes* notes) {
-  RefuseToOverwriteInputs(options, PlsCsvFileNames());
+  CheckFitPlaces(options, PlsCsvFileNames());
   const CsvTable table(ReadInput(options.table), InputName(options.table));
   const PlsOutcome outcome = ComputePls(table, options, notes);
   FitFiles files;

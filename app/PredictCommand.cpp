@@ -63,8 +63,8 @@ std::string PredictWith(const StoredFilter& /*model*/, const PredictOptions& opt
 }  // namespace
 
 std::string RunCommand(const PredictOptions& options, Notes* notes) {
-  RefuseToOverwrite({{"the model", options.model}, {"the table", options.table}},
-                    PlacesInCsvFolder(options.csvFolder, {kPredictionsFile}));
+  CheckPlaces({{"the model", options.model}, {"the table", options.table}},
+              PlacesInCsvFolder(options.csvFolder, {kPredictionsFile}));
   StoredModel model = ReadModelFile(ReadInput(options.model), InputName(options.model));
   std::visit([&options](auto& own) { Direct(&own, options); }, model);
   const CsvTable table(ReadInput(options.table), InputName(options.table));

@@ -23,12 +23,12 @@ namespace kalmia::app {
 
 namespace {
 
-void RefuseToOverwriteInputs(const PreprocessOptions& options) {
+void CheckFiles(const PreprocessOptions& options) {
   std::vector<FilePlace> inputs = {{"the table", options.table}};
   std::vector<FilePlace> outputs = {{"--out", options.out}};
   if (!options.stepsFile.empty()) inputs.push_back({"--steps-file", options.stepsFile});
   if (!options.save.empty()) outputs.push_back({"--save", options.save});
-  RefuseToOverwrite(inputs, outputs);
+  CheckPlaces(inputs, outputs);
 }
 
 [[noreturn]] void Refuse(const CsvTable& table, const std::string& message) {
@@ -214,7 +214,7 @@ StepChain Work(const PreprocessOptions& options, const StepsFile& steps, Signals
 }  // namespace
 
 std::string RunCommand(const PreprocessOptions& options, Notes* notes) {
-  RefuseToOverwriteInputs(options);
+  CheckFiles(options);
   const StepsFile steps = StepsOf(options);
   const CsvTable table(ReadInput(options.table), InputName(options.table));
   const std::vector<int> columns = SignalColumns(table, options, steps, notes);

@@ -164,7 +164,7 @@ void WriteFiles(const SpectrumOptions& options, const SpectrumResult& result) {
 
 std::string RunCommand(const SpectrumOptions& options, Notes* notes) {
   CheckSegment(options.segment);
-  RefuseToOverwrite({{"the table", options.table}}, OutputsOf(options));
+  CheckPlaces({{"the table", options.table}}, OutputsOf(options));
   const CsvTable table(ReadInput(options.table), InputName(options.table));
   std::vector<Signal> signals = {ReadSignal(table, options.column, notes)};
   if (!options.with.empty()) signals.push_back(ReadSignal(table, options.with, notes));
