@@ -163,8 +163,8 @@ struct ArrayEntry {
 /// entry, which takes longer than the entries of a short vector. True on success.
 bool WriteDirectory(std::ostream& stream, std::initializer_list<ArrayEntry> entries);
 
-/// The bytes from here to the end of the stream; -1 where that cannot be known (a pipe). 0 for a stream in a failed
-/// state. Exact for entries of a directory. Leaves position and state as they are.
+/// The bytes from here to the end of the stream; -1 where its buffer cannot seek or throws at it: pipes, many filters.
+/// 0 for a failed stream. Exact for entries of a directory. Seeks by offset, and leaves position and state as they are.
 std::int64_t BytesLeft(std::istream& stream);
 
 /// Whether `count` more items of `itemSize` bytes can be there. For entries of a directory and other streams of known

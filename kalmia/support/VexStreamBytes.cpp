@@ -62,6 +62,18 @@ bool ReadText(std::vector<char>& text, std::istream& stream) {
   return true;
 }
 
+constexpr std::int64_t kUnknownLength = -1;
+constexpr std::streamoff kNowhere = -1;
+
+/// Where the buffer stands after the seek, kNowhere where it cannot seek so; what it throws says no more. By offset,
+/// for there are buffers that do not know positions; on the buffer, for the stream's own seekg sets and clears state
+/// bits.
+std::streamoff Seek(std::streambuf* buffer, std::streamoff offset, std::ios_base::seekdir from) try {
+  return buffer->pubseekoff(offset, from, std::ios_base::in);
+} catch (...) {
+  return kNowhere;
+}
+
 }  // namespace
 
 bool WriteArray(const void* items, int count, int itemSize, std::ostream& stream) {
@@ -121,17 +133,16 @@ bool ReadBinaryString(CString& text, std::istream& stream) {
 
 std::int64_t kalmia::BytesLeft(std::istream& stream) {
   if (!stream.good()) return 0;
-  // On the buffer, for the stream's own seekg would set and clear state bits.
-  const std::streampos nowhere(std::streamoff(-1));
   std::streambuf& buffer = *stream.rdbuf();
-  const std::streampos here = buffer.pubseekoff(0, std::ios_base::cur, std::ios_base::in);
-  if (here == nowhere) return -1;
-  const std::streampos end = buffer.pubseekoff(0, std::ios_base::end, std::ios_base::in);
-  if (end == nowhere) return -1;
-  if (buffer.pubseekpos(here, std::ios_base::in) != here) {
+  const std::streamoff here = Seek(&buffer, 0, std::ios_base::cur);
+  if (here == kNowhere) return kUnknownLength;
+  const std::streamoff end = Seek(&buffer, 0, std::ios_base::end);
+  // A buffer that only tells where it stands has not moved. One that went to its end and does not come back is lost.
+  if (Seek(&buffer, here, std::ios_base::beg) != here && Seek(&buffer, 0, std::ios_base::cur) != here) {
     stream.setstate(std::ios_base::badbit);
     return 0;
   }
+  if (end == kNowhere) return kUnknownLength;
   return end < here ? 0 : static_cast<std::int64_t>(end - here);
 }
 

@@ -9,6 +9,7 @@
 
 #include "TableWithTwin.h"
 #include "kalmia/containers/NCDataMatrix.h"
+#include "testing/OddBuffers.h"
 #include "testing/RandomTables.h"
 #include "testing/StreamAttacks.h"
 
@@ -177,6 +178,23 @@ TYPED_TEST(NCDataMatrixStream, LeavesTheStreamBehindItself) {
   EXPECT_TRUE(stream.good());
   EXPECT_TRUE(second == this->table_);
   EXPECT_EQ(second.SizeRows(), 2);
+}
+
+TYPED_TEST(NCDataMatrixStream, IsReadFromBuffersThatThrowWhenTheyAreToSeekOrKnowOffsetsAlone) {
+  const auto m = RandomMatrix<TypeParam>(40, 30, 0.1, 1);
+  const auto expectReadFrom = [&m](std::streambuf&& buffer) {
+    std::istream stream(&buffer);
+    NCDataMatrix<TypeParam> read;
+    EXPECT_TRUE(stream >> read);
+    EXPECT_EQ(CellsOf(read), CellsOf(m));
+    EXPECT_EQ(stream.get(), 'x') << "it stands behind the table";
+  };
+  const std::string bytes = StreamOf(m) + "x";
+  expectReadFrom(PipeBuffer(bytes));
+  expectReadFrom(ThrowingBuffer(bytes));
+  expectReadFrom(TellingBuffer(bytes));
+  expectReadFrom(RunningBuffer(bytes));
+  expectReadFrom(OffsetBuffer(bytes));
 }
 
 TYPED_TEST(NCDataMatrixStream, OldFormsLeaveTheStreamBehindThemselves) {

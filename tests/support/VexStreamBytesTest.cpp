@@ -8,6 +8,7 @@
 #include "kalmia/support/TempFile.h"
 #include "kalmia/support/VexStream.h"
 #include "testing/AllocationMeter.h"
+#include "testing/OddBuffers.h"
 #include "testing/StreamAttacks.h"
 
 namespace {
@@ -199,6 +200,55 @@ TEST(BytesLeft, IsExactForAFile) {
   EXPECT_EQ(kalmia::BytesLeft(in), 19995);
   EXPECT_EQ(in.tellg(), std::streampos(5));
   std::remove(path.c_str());
+}
+
+template <class Buffer>
+struct BytesLeftOfABufferThatCannotSeek : ::testing::Test {};
+using Unseekable = ::testing::Types<PipeBuffer, ThrowingBuffer, TellingBuffer, RunningBuffer>;
+TYPED_TEST_SUITE(BytesLeftOfABufferThatCannotSeek, Unseekable);
+
+TYPED_TEST(BytesLeftOfABufferThatCannotSeek, AreUnknownAndNothingIsHeardOfIt) {
+  TypeParam buffer("abcdefgh");
+  std::istream in(&buffer);
+  in.exceptions(std::ios_base::badbit | std::ios_base::failbit);
+  in.get();
+  EXPECT_EQ(kalmia::BytesLeft(in), -1);
+  EXPECT_TRUE(in.good());
+  EXPECT_EQ(in.get(), 'b') << "the position has to stay";
+}
+
+TYPED_TEST(BytesLeftOfABufferThatCannotSeek, ArriveInADirectoryAsFromAPipe) {
+  std::ostringstream out;
+  OutputStreamDirectory written(out, 1);
+  const std::string text(100000, 'x');
+  WriteBinaryString(text.c_str(), written.GetOutput(0));
+  written.Close();
+  TypeParam buffer(out.str());
+  std::istream in(&buffer);
+  const PeakBytesDuring meter;
+  InputStreamDirectory read(in);
+  ASSERT_NE(read.GetInput(0), nullptr);
+  EXPECT_LE(meter.GetBytes(), MemoryBound(out.str().size()));
+  CString back;
+  EXPECT_TRUE(ReadBinaryString(back, *read.GetInput(0)));
+  EXPECT_EQ(std::string(back), text);
+}
+
+TEST(BytesLeft, IsExactForABufferThatKnowsOffsetsAlone) {
+  OffsetBuffer buffer("abcdefgh");
+  std::istream in(&buffer);
+  in.get();
+  EXPECT_EQ(kalmia::BytesLeft(in), 7);
+  EXPECT_TRUE(in.good());
+  EXPECT_EQ(in.get(), 'b') << "the position has to stay";
+}
+
+TEST(BytesLeft, IsNoneOfABufferThatDoesNotComeBackFromItsEndWhichIsBad) {
+  OneWayBuffer buffer("abcdefgh");
+  std::istream in(&buffer);
+  in.get();
+  EXPECT_EQ(kalmia::BytesLeft(in), 0);
+  EXPECT_TRUE(in.bad());
 }
 
 TEST(HasBytesFor, CountsInWholeItemsWithoutOverflow) {
