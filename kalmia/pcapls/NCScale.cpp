@@ -79,7 +79,12 @@ void NCScale::ScaleMatrix(NCDataMatrix<float>* matrix, bool newModel) {
     ScaleWithCurrentModel(matrix);
 }
 
+void NCScale::RequireVariables(const NCDataMatrix<float>& matrix) const {
+  if (matrix.SizeColumns() != variables_) Refuse(0, NCScaleError::ErrorWrongVariableCount, 10070);
+}
+
 void NCScale::ScaleWithNewModel(NCDataMatrix<float>* matrix) {
+  RequireVariables(*matrix);
   FitCentres(*matrix);
   kalmia::SubtractFromRows(matrix, *centres_);
   FitFactors(*matrix);
@@ -87,7 +92,7 @@ void NCScale::ScaleWithNewModel(NCDataMatrix<float>* matrix) {
 }
 
 void NCScale::ScaleWithCurrentModel(NCDataMatrix<float>* matrix) {
-  if (matrix->SizeColumns() != variables_) Refuse(0, NCScaleError::ErrorWrongVariableCount, 10070);
+  RequireVariables(*matrix);
   kalmia::SubtractFromRows(matrix, *centres_);
   Multiply(matrix);
 }
@@ -97,8 +102,7 @@ void NCScale::Multiply(NCDataMatrix<float>* matrix) const {
 }
 
 void NCScale::FitCentres(const NCDataMatrix<float>& matrix) {
-  std::vector<long double> means = kalmia::ColumnMeans(matrix);
-  if (matrix.SizeRows() == 0) means.resize(types_->size());  // whatever its number of columns
+  const std::vector<long double> means = kalmia::ColumnMeans(matrix);
   for (int j = 1; j <= variables_; ++j) {
     const Scaling type = GetScaleType(j);
     if (type == ScalingNone) (*centres_)(j, kNotFitted);
@@ -110,8 +114,7 @@ void NCScale::FitFactors(const NCDataMatrix<float>& centred) {
   const auto isMultiplied = [](int type) { return IsMultiplied(static_cast<Scaling>(type)); };
   const bool any = std::any_of(types_->begin() + 1, types_->end(), isMultiplied);
   // Around 0 and not around the means: the centres were rounded to float before they were subtracted.
-  std::vector<double> squares = any ? kalmia::ColumnSquares(centred) : std::vector<double>();
-  if (centred.SizeRows() == 0) squares.resize(types_->size());
+  const std::vector<double> squares = any ? kalmia::ColumnSquares(centred) : std::vector<double>();
   for (int j = 1; j <= variables_; ++j) {
     const Scaling type = GetScaleType(j);
     if (type == ScalingNone || type == ScalingCentre) (*scales_)(j, kNotFitted);

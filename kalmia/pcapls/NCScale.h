@@ -8,7 +8,8 @@
 #include "kalmia/support/NCError.h"
 #include "kalmia/support/VexStream.h"
 
-/// Why a matrix could not be scaled. The matrix is then half done and the model half fitted: discard both.
+/// Why a matrix could not be scaled. The matrix is then half done and the model half fitted: discard both. Only with
+/// ErrorWrongVariableCount both are as they were.
 class NCScaleError : public NCError {
  public:
   enum Error : int {
@@ -62,12 +63,11 @@ class NCScale : public VexStreamBase {
   void ScaleMatrix(NCDataMatrix<float>* matrix, bool newModel);
 
   /// Fits centres and factors to the matrix and scales it in place. What shares cells with it is left alone.
-  /// Shape: one column per variable, not checked; any number of columns where there are no rows.
   /// Missing: an empty column gets no centre, nor does one whose mean is exactly -99. Types without a factor never
   /// fail, not on a constant or an empty column either.
-  /// Throws NCScaleError for the first variable with a factor that has too few values, no sum of squares (exactly 0
-  /// after centring) or a factor out of range. All columns are centred then, the factors of lower variables are
-  /// stored, and no column is multiplied yet.
+  /// Throws NCScaleError, before anything is changed, if the number of columns is not GetVariables(); and for the first
+  /// variable with a factor that has too few values, no sum of squares (exactly 0 after centring) or a factor out of
+  /// range. Then all columns are centred, the factors of lower variables are stored, and no column is multiplied yet.
   void ScaleWithNewModel(NCDataMatrix<float>* matrix);
 
   /// Applies the stored centres and factors in place; a model that was never fitted leaves the matrix as it is.
@@ -99,6 +99,7 @@ class NCScale : public VexStreamBase {
   void VexStreamableReset() override;
 
  private:
+  void RequireVariables(const NCDataMatrix<float>& matrix) const;
   void FitCentres(const NCDataMatrix<float>& matrix);
   void FitFactors(const NCDataMatrix<float>& centred);
   /// The factor of a column of n present cells with the sum of squares ss, or NCScaleError.

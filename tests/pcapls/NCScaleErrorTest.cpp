@@ -4,6 +4,7 @@
 #include <cmath>
 #include <initializer_list>
 #include <memory>
+#include <string>
 
 #include "ScaleOf.h"
 #include "kalmia/pcapls/NCScale.h"
@@ -63,19 +64,42 @@ TEST(NCScaleError, NamesTheReasonWhyAColumnCannotBeScaled) {
   }
 }
 
-TEST(NCScaleError, RefusesANewTableOfAnotherWidthAndLeavesItAsItIs) {
-  NCScale scale(3);
-  const NCDataMatrix<float> matrix = RandomMatrix<float>(4, 2, 0.0, 4);
-  NCDataMatrix<float> scaled = matrix;
-  try {
-    scale.ScaleMatrix(&scaled, /*newModel=*/false);
-    ADD_FAILURE() << "no error";
-  } catch (const NCScaleError& error) {
-    EXPECT_EQ(error.Column, 0);
-    EXPECT_EQ(error.Code, NCScaleError::ErrorWrongVariableCount);
-    EXPECT_EQ(error.GetMessage(), LanguageString::Get(10070));
-  }
-  EXPECT_EQ(CellsOf(scaled), CellsOf(matrix));
+struct Width {
+  int rows, columns;
+};
+
+/// Of three variables each scaling is; a table without rows has its columns all the same.
+class NCScaleErrorOfWidth : public ::testing::TestWithParam<Width> {};
+
+INSTANTIATE_TEST_SUITE_P(, NCScaleErrorOfWidth, ::testing::Values(Width{4, 2}, Width{4, 4}, Width{4, 0}, Width{0, 2}),
+                         [](const auto& info) {
+                           return std::to_string(info.param.rows) + "x" + std::to_string(info.param.columns);
+                         });
+
+TEST_P(NCScaleErrorOfWidth, RefusesATableOfAnotherWidthWhetherItIsFittedOrScaledAndLeavesBothAsTheyAre) {
+  const NCDataMatrix<float> matrix =
+      GetParam().rows == 0 ? NCDataMatrix<float>(0, GetParam().columns)
+                           : RandomMatrix<float>(GetParam().rows, GetParam().columns, 0.0, 4);
+  for (const NCScale::Scaling type : {NCScale::ScalingNone, NCScale::ScalingCentre, NCScale::ScalingUnitVariance})
+    for (const bool newModel : {false, true}) {
+      SCOPED_TRACE(std::to_string(type) + (newModel ? ", fitted" : ", scaled"));
+      NCScale scale = ScaleOfAll(3, type);
+      NCDataMatrix<float> fitted = RandomMatrix<float>(5, 3, 0.0, 5);
+      scale.ScaleMatrix(&fitted, /*newModel=*/true);
+      const auto centres = CellsOf(*scale.GetCentres()), factors = CellsOf(*scale.GetScales());
+      NCDataMatrix<float> scaled = matrix;
+      try {
+        scale.ScaleMatrix(&scaled, newModel);
+        ADD_FAILURE() << "no error";
+      } catch (const NCScaleError& error) {
+        EXPECT_EQ(error.Column, 0);
+        EXPECT_EQ(error.Code, NCScaleError::ErrorWrongVariableCount);
+        EXPECT_EQ(error.GetMessage(), LanguageString::Get(10070));
+      }
+      EXPECT_EQ(CellsOf(scaled), CellsOf(matrix));
+      EXPECT_EQ(CellsOf(*scale.GetCentres()), centres);
+      EXPECT_EQ(CellsOf(*scale.GetScales()), factors);
+    }
 }
 
 TEST(NCScaleError, NeverFailsOnColumnsWithoutAFactor) {
