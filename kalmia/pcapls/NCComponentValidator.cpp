@@ -36,8 +36,7 @@ bool PCA_SS_ComponentValidator::IsValid() {
 }
 
 void PCA_SS_ComponentValidator::SetPCAModel(NCPCA* model) {
-  const float initialSS = SumOfSquaresLeft(model);
-  if (!std::isfinite(initialSS)) throw NCError(LanguageString::Get(10374));
   PCAComponentValidator::SetPCAModel(model);
-  initialSS_ = initialSS;
+  initialSS_ = SumOfSquaresLeft(model);
+  if (!std::isfinite(initialSS_)) throw NCError(LanguageString::Get(10374));
 }

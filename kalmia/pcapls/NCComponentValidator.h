@@ -37,8 +37,8 @@ class PCA_SS_ComponentValidator : public PCAComponentValidator {
   /// fraction < SS / SS at the start, all in float. False without a model, and where the sum of squares at the start is
   /// at or below 1e-30 or either is missing.
   bool IsValid() override;
-  /// Starts anew from what is left in this model. Throws NCError where its sum of squares is not finite as a float: the
-  /// validator is then as it was. The constructor does not look.
+  /// Starts anew from what is left in this model; the former one is forgotten. Throws NCError where the sum of squares
+  /// is not finite as a float: nothing of this model is valid then. The constructor does not look.
   void SetPCAModel(NCPCA* model) override;
 
  private:

@@ -120,7 +120,7 @@ TEST(PCA_SS_ComponentValidator, StartsFromWhatIsLeftWhenTheModelIsGiven) {
   EXPECT_TRUE(fromTheTable.IsValid()) << "through the base too";
 }
 
-TEST(PCA_SS_ComponentValidator, RefusesAModelWhoseSumOfSquaresIsNoFiniteFloatAndStaysAsItWas) {
+TEST(PCA_SS_ComponentValidator, RefusesAModelWhoseSumOfSquaresIsNoFiniteFloatAndForgetsTheFormerOne) {
   const NCDataMatrix<float> X = TableWithSecondValue(0.5F);
   NCPCA model(&X, 50);
   const float inf = std::numeric_limits<float>::infinity();
@@ -135,6 +135,8 @@ TEST(PCA_SS_ComponentValidator, RefusesAModelWhoseSumOfSquaresIsNoFiniteFloatAnd
       EXPECT_EQ(error.GetMessage(), LanguageString::Get(10374));
       EXPECT_EQ(error.GetLevel(), NCError::Level0);
     }
+    EXPECT_FALSE(validator.IsValid()) << "it would be, if it still judged the former model";
+    validator.SetPCAModel(&model);
     EXPECT_TRUE(validator.IsValid());
     EXPECT_FALSE(PCA_SS_ComponentValidator(&wrongModel).IsValid()) << "the constructor does not look";
   }
