@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "kalmia/pcapls/ComponentRows.h"
+#include "kalmia/pcapls/CrossValidationGroups.h"
 #include "kalmia/pcapls/Q2.h"
 #include "kalmia/support/LanguageString.h"
 
@@ -20,11 +21,6 @@ constexpr double kFirstRoundsOfIteration = 5.0;
 
 /// Keeps the root of a square from falling below the whole number that it is.
 constexpr double kRootSlack = 1e-5;
-
-/// Default groups where none are given. A table without rows or columns has no rounds, but still group 0.
-NCIntegralVector<int, -99> GroupsOr(const NCIntegralVector<int, -99>* given, int count, int rounds) {
-  return given ? *given : GetDeafultCVGroupsVector(count, std::max(rounds, 1));
-}
 
 /// The cell of the round that left `group` out; missing where there was no such round.
 float CellOfRound(const NCDataMatrix<float>& set, int group, int cell) {
@@ -81,8 +77,8 @@ PCACrossValidation::PCACrossValidation(NCPCA* model, float q2TotCum, const NCDat
   tSet_ = kalmia::WithoutRows(observations, rounds_);
   q2XVar_ = NCDataVector<float>(variables);
   xPredResiduals_ = NCDataMatrix<float>(observations, variables);
-  observationGroups_ = GroupsOr(observationGroups, observations, rounds_);
-  variableGroups_ = GroupsOr(variableGroups, variables, rounds_);
+  observationGroups_ = kalmia::GroupsOrDefault(observationGroups, observations, rounds_, "observations");
+  variableGroups_ = kalmia::GroupsOrDefault(variableGroups, variables, rounds_, "variables");
 }
 
 void PCACrossValidation::NextComponent(const NCDataVector<float>& ss, NCProgress* progress) {

@@ -33,7 +33,7 @@ class PCACrossValidation {
   /// For the first component. `rounds` above the smaller of N and K is cut to it; with 1 round there is nothing to
   /// learn from, and NextComponent may fail. The groups have one number from 0 to (cut) rounds - 1 for each observation
   /// and each variable, and are copied; null stands for GetDeafultCVGroupsVector of the cut rounds. Cells of any other
-  /// group are not predicted.
+  /// group are not predicted; without a round none are. Throws NCError where there is not one group for each.
   PCACrossValidation(NCPCA* model, int rounds, const NCIntegralVector<int, -99>* observationGroups,
                      const NCIntegralVector<int, -99>* variableGroups);
   /// For a later component, with the cumulated values up to then; `q2XVarCum` has K cells.

@@ -5,7 +5,7 @@
 
 #include "kalmia/kernels/ComponentPasses.h"
 #include "kalmia/pcapls/ComponentRows.h"
-#include "kalmia/pcapls/PCACrossValidation.h"
+#include "kalmia/pcapls/CrossValidationGroups.h"
 #include "kalmia/pcapls/Q2.h"
 #include "kalmia/support/LanguageString.h"
 
@@ -45,8 +45,7 @@ PLSCrossValidation::PLSCrossValidation(NCPLS* model, float q2TotCum, const NCDat
     : model_(model), rounds_(std::min(rounds, model->GetYResiduals()->SizeRows())) {
   const NCDataMatrix<float>& Y = *model->GetYResiduals();
   const int variables = model->GetXResiduals()->SizeColumns();
-  observationGroups_ =
-      observationGroups ? *observationGroups : GetDeafultCVGroupsVector(Y.SizeRows(), rounds_);
+  observationGroups_ = kalmia::GroupsOrDefault(observationGroups, Y.SizeRows(), rounds_, "observations");
   results_.yPredResiduals = NCDataMatrix<float>(Y.SizeRows(), Y.SizeColumns());
   results_.wSet = kalmia::WithoutRows(variables, rounds_);
   results_.cSet = kalmia::WithoutRows(Y.SizeColumns(), rounds_);
@@ -55,8 +54,8 @@ PLSCrossValidation::PLSCrossValidation(NCPLS* model, float q2TotCum, const NCDat
   results_.tPred = NCDataVector<float>(Y.SizeRows());
   results_.q2YVar = NCDataVector<float>(Y.SizeColumns());
   results_.q2YVarCum = q2YVarCum;
-  results_.ssY = NCDataVector<float>(rounds);
-  results_.ssYOriginal = NCDataVector<float>(rounds);
+  results_.ssY = NCDataVector<float>(std::max(rounds, 0));
+  results_.ssYOriginal = NCDataVector<float>(std::max(rounds, 0));
   results_.q2TotCum = q2TotCum;
 }
 
@@ -79,8 +78,7 @@ PLSCrossValidation::Division PLSCrossValidation::Divide(int group) const {
   const NCDataMatrix<float>& Y = *model_->GetYResiduals();
   Division division;
   const int rows = X.SizeRows();
-  const auto leftOut = static_cast<int>(
-      std::count(observationGroups_.begin(), observationGroups_.begin() + rows, group));
+  const auto leftOut = static_cast<int>(std::count(observationGroups_.begin(), observationGroups_.end(), group));
   division.X = kalmia::WithoutRows(X.SizeColumns(), rows - leftOut);
   division.Y = kalmia::WithoutRows(Y.SizeColumns(), rows - leftOut);
   division.leftOutX = kalmia::WithoutRows(X.SizeColumns(), leftOut);

@@ -25,9 +25,10 @@
 /// K variables in X, M in Y.
 class PLSCrossValidation : public VexStreamBase {
  public:
-  /// For the first component. `rounds` above N is cut to N; below 2 there is nothing to fit, which is not checked.
-  /// `observationGroups` has one group number from 0 to rounds - 1 for each observation and is copied; null stands for
-  /// GetDeafultCVGroupsVector(N, the cut rounds). An observation of any other group is never left out.
+  /// For the first component. `rounds` above N is cut to N; a single one that leaves all out has nothing to fit, and
+  /// predicts nothing; with less than 1 nothing is left out, and Q2 says nothing. `observationGroups` has one group
+  /// number from 0 to rounds - 1 for each observation and is copied; null stands for GetDeafultCVGroupsVector of N and
+  /// the cut rounds. An observation of any other group is never left out. Throws NCError where there are not N groups.
   PLSCrossValidation(NCPLS* model, int rounds, const NCIntegralVector<int, -99>* observationGroups);
   /// For a later component, with the cumulated values up to then; `q2YVarCum` has M cells.
   PLSCrossValidation(NCPLS* model, float q2TotCum, const NCDataVector<float>& q2YVarCum, int rounds,
@@ -40,7 +41,7 @@ class PLSCrossValidation : public VexStreamBase {
   /// Missing: a prediction that is missing leaves y itself as residual, a missing y a missing residual. Rows with more
   /// holes than variables - 1 (or 0.9999 of them) are predicted 0, the mean.
   /// Progress: `progress` may be null; unless `quiet` a bar is then opened. A wish to stop has no effect here.
-  /// Fails never, but for std::bad_alloc, which leaves this object as it was.
+  /// Never fails, but for std::bad_alloc, which leaves this object as it was.
   /// Cost: a fit of one component to (rounds - 1) / rounds of the table, `rounds` times, without copies of X.
   void NextComponent(const NCDataVector<float>* w, int maxIterations, const NCDataVector<float>& ssY,
                      NCProgress* progress, bool quiet);

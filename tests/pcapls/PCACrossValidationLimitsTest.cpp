@@ -171,6 +171,24 @@ TEST(PCACrossValidation, HasNoRoundsForATableWithoutRowsOrColumns) {
   }
 }
 
+TEST(PCACrossValidation, RefusesGroupsThatAreNotOneForEachObservationAndEachVariable) {
+  PCAValidationCase data(8, 5, 0.0);
+  data.AddComponent();
+  const NCDataVector<float> cumulated(5, 0.0F);
+  const auto refuses = [&](int observations, int variables) {
+    const NCIntegralVector<int, -99> ofRows(observations, 0), ofColumns(variables, 0);
+    const auto first = MessageOf([&] { PCACrossValidation(data.model.get(), 3, &ofRows, &ofColumns); });
+    EXPECT_EQ(MessageOf([&] { PCACrossValidation(data.model.get(), 0.0F, cumulated, 3, &ofRows, &ofColumns); }), first);
+    return first;
+  };
+  const std::string text = "Cross validation: there are ";
+  for (const int count : {0, 7, 9})
+    EXPECT_EQ(refuses(count, 5), text + std::to_string(count) + " groups for 8 observations.");
+  for (const int count : {0, 4, 6})
+    EXPECT_EQ(refuses(8, count), text + std::to_string(count) + " groups for 5 variables.");
+  EXPECT_EQ(refuses(8, 5), std::nullopt);
+}
+
 TEST(PCACrossValidation, PredictsNothingInLessThanOneRound) {
   for (const int rounds : {0, -1}) {
     PCAValidationCase data(6, 3, 0.0);

@@ -2,11 +2,13 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <limits>
 #include <sstream>
 #include <vector>
 
 #include "CrossValidationCase.h"
 #include "kalmia/pcapls/PCACrossValidation.h"
+#include "kalmia/support/NCError.h"
 #include "testing/RandomTables.h"
 #include "testing/RecordingProgress.h"
 #include "testing/StreamAttacks.h"
@@ -188,6 +190,40 @@ TEST(PLSCrossValidationEdges, SetsTheRangeOnceARoundAndNeverMovesTheBarWhateverT
   EXPECT_EQ(log.Count("SetText"), 3) << log.Joined();
   EXPECT_EQ(log.Count("SetRange"), 3);
   EXPECT_EQ(log.calls.size(), 7U) << "and the bar's end";
+}
+
+TEST(PLSCrossValidationEdges, RefusesGroupsThatAreNotOneForEachObservation) {
+  CrossValidationCase data(8, 3, 2, 0.1);
+  data.AddComponent();
+  const NCDataVector<float> cumulated(2, 0.0F);
+  for (const int count : {0, 3, 7, 9}) {
+    SCOPED_TRACE(count);
+    const NCIntegralVector<int, -99> groups(count, 0);
+    EXPECT_THROW(PLSCrossValidation(data.model.get(), 4, &groups), NCError);
+    EXPECT_THROW(PLSCrossValidation(data.model.get(), 0.0F, cumulated, 4, &groups), NCError);
+  }
+  const NCIntegralVector<int, -99> groups(8, 0);
+  EXPECT_NO_THROW(PLSCrossValidation(data.model.get(), 4, &groups));
+}
+
+TEST(PLSCrossValidationEdges, LeavesNothingOutInLessThanOneRound) {
+  for (const int rounds : {0, -1, std::numeric_limits<int>::min()}) {
+    SCOPED_TRACE(rounds);
+    CrossValidationCase data(6, 3, 2, 0.1);
+    data.AddComponent();
+    PLSCrossValidation validation(data.model.get(), rounds, nullptr);
+    data.Validate(&validation);
+    EXPECT_EQ(validation.GetWSet()->SizeRows(), 0);
+    EXPECT_THAT(CellsOf(*validation.GetTPred()), Each(kMissing));
+    EXPECT_EQ(validation.GetYPredResiduals()->GetNumMisVal(), 12);
+    EXPECT_EQ(validation.GetSSY()->Size(), 0);
+  }
+}
+
+TEST(PLSCrossValidationEdges, HasNoRoundsForAModelWithoutObservations) {
+  const NCDataMatrix<float> X(0, 3), Y(0, 2);
+  NCPLS model(&X, &Y, 10);
+  EXPECT_EQ(PLSCrossValidation(&model, 7, nullptr).GetYPredResiduals()->SizeRows(), 0);
 }
 
 TEST(PLSCrossValidationEdges, PredictsNothingInASingleRoundThatLeavesAllOut) {
