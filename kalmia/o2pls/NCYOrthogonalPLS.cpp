@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <new>
 #include <utility>
 
 #include "kalmia/o2pls/FirstLoading.h"
@@ -111,17 +112,24 @@ void NCYOrthogonalPLS::Swap(NCYOrthogonalPLS* other) {
 
 void NCYOrthogonalPLS::SetupYPCA() const {
   if (!y_) throw CannotGoOn();
+  std::unique_ptr<Matrix> y = std::move(y_);  // a stop or a failure of its components is the end of Y
+  try {
+    TakeScoresOf(*y);
+  } catch (const std::bad_alloc&) {
+    y_ = std::move(y);  // more memory may be there next time
+    throw;
+  }
+}
+
+void NCYOrthogonalPLS::TakeScoresOf(const NCDataMatrix<float>& Y) const {
   PCA_SS_ComponentValidator validator(nullptr, kShareOfY);
-  NCPCA model(y_.get(), maxIterations_);
+  NCPCA model(&Y, maxIterations_);
   validator.SetPCAModel(&model);
   while (validator.IsValid()) {
     model.NextComponent(nullptr, nullptr, 0, nullptr);
     model.CalculateResiduals();
   }
-  if (model.GetComponents() == 0) {
-    y_.reset();
-    throw CannotGoOn();
-  }
+  if (model.GetComponents() == 0) throw CannotGoOn();
   auto scores = std::make_unique<Matrix>(*model.GetTprim());
   scores->Transpose();
   auto inverse = std::make_unique<Matrix>(*scores);
@@ -129,7 +137,6 @@ void NCYOrthogonalPLS::SetupYPCA() const {
   inverse->TransformToInverse();
   yScores_ = std::move(scores);
   yScoresInverse_ = std::move(inverse);
-  y_.reset();
 }
 
 NCDataVector<float> NCYOrthogonalPLS::OutsideOfY(const NCDataVector<float>& scores) const {

@@ -17,8 +17,9 @@
 /// Symbols: N observations, K variables; names that end in `prim` hold one component per row.
 /// Source: orthogonal signal correction, Wold, Antti, Lindgren & Oehman (1998), Chemom. Intell. Lab. Syst. 44, 175-185.
 ///
-/// Y is needed once: its principal scores take its place with the first NextComponent or GetYAngle. A model belongs to
-/// one thread at a time, GetYAngle included; copies share nothing.
+/// Y is needed once: its principal scores take its place with the first NextComponent or GetYAngle. Where they fail or
+/// are stopped, Y is gone too, and the model cannot have components any more. A model belongs to one thread at a time,
+/// GetYAngle included; copies share nothing.
 class NCYOrthogonalPLS : public VexStreamBase {
  public:
   NCYOrthogonalPLS();  ///< empty, to be read from a stream
@@ -34,9 +35,10 @@ class NCYOrthogonalPLS : public VexStreamBase {
   /// Computes one component and takes it out of X.
   /// Progress: opens a spinner, `showProgress` being its second flag, whose value rises to 0 as (log10 d + 7) * 10
   /// falls; the models inside open bars of their own.
-  /// Throws: NCError where Y is gone or has no variance, where a PLS model has no first component (level 1), and on a
-  /// user's stop. No component is appended then; the scores of Y may stand in the place of Y. A Y without variance is
-  /// gone after the call.
+  /// Throws: NCError where Y is gone, has no variance or one that is not finite, where a PLS model has no first
+  /// component (level 1), and on a user's stop. No component is appended then. Y is as it was if its scores were not
+  /// begun yet, and gone if they failed or were stopped; if they are there, and after std::bad_alloc, the call can be
+  /// repeated.
   void NextComponent(bool showProgress);
 
   /// Takes the newest component back: X += t p'. Does nothing without one.
@@ -56,7 +58,7 @@ class NCYOrthogonalPLS : public VexStreamBase {
   const NCDataMatrix<float>* GetWprim() const { return &wprim_; }            ///< A x K
   const NCDataMatrix<float>* GetTprim() const { return &tprim_; }            ///< A x N
   const NCDataMatrix<float>* GetXResiduals() const { return &xResiduals_; }  ///< N x K
-  const NCDataMatrix<float>* GetY() const { return y_.get(); }               ///< null once its scores are there
+  const NCDataMatrix<float>* GetY() const { return y_.get(); }               ///< null once its scores were begun
 
   // Persistence: magic "YOPLS", version 2; version 1 is read. Y is not stored: a model that was written before its
   // first component cannot go on when it is read; nor is the limit of PLS components. A stream that is cut, or whose
@@ -81,6 +83,7 @@ class NCYOrthogonalPLS : public VexStreamBase {
 
  private:
   void SetupYPCA() const;
+  void TakeScoresOf(const NCDataMatrix<float>& Y) const;
   NCDataVector<float> OutsideOfY(const NCDataVector<float>& scores) const;
   NCDataVector<float> NextWeights(const NCDataVector<float>& w, NCProgress* bar) const;
   NCDataVector<float> FindWeights(bool showProgress) const;

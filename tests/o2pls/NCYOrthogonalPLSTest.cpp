@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstddef>
+#include <limits>
 #include <string>
 #include <vector>
 
@@ -268,11 +269,12 @@ TEST(NCYOrthogonalPLS, AppendsNothingWheneverTheUserStops) {
   const FloatBlocks blocks = Noise(8, 4, 2);
   const Model whole = ModelOf(blocks, 1);
   bool stopped = true;
-  int stops = 0, ownStops = 0;
+  int stops = 0, ownStops = 0, stopsOfY = 0;
   for (int stopAt = 1; stopped; ++stopAt) {
     SCOPED_TRACE("stop at call " + std::to_string(stopAt));
     Model model(&blocks.X, &blocks.Y, kMaxIterations, 0);
     const auto before = Everything(model);
+    bool isYLost = false;
     {
       ProgressLog log;
       log.stopAt = stopAt;
@@ -281,14 +283,20 @@ TEST(NCYOrthogonalPLS, AppendsNothingWheneverTheUserStops) {
       stopped = text.has_value();
       EXPECT_EQ(log.Count("open"), log.Count("~"));
       ownStops += text == CannotGoOn() ? 1 : 0;
+      isYLost = !model.GetY() && text == LanguageString::Get(10147);  // a stop of a principal component, and not of X
+      stopsOfY += isYLost ? 1 : 0;
     }
     if (!stopped) break;
     ++stops;
     ASSERT_EQ(Everything(model), before);
     ASSERT_EQ(model.GetComponents(), 0);
-    model.NextComponent(/*showProgress=*/false);
-    ASSERT_EQ(Everything(model), Everything(whole)) << "it can go on afterwards";
+    const auto again = TextOf([&] { model.NextComponent(/*showProgress=*/false); });
+    if (isYLost)
+      ASSERT_EQ(again, CannotGoOn());
+    else
+      ASSERT_EQ(Everything(model), Everything(whole)) << "it can go on afterwards";
   }
+  EXPECT_GT(stopsOfY, 0);
   EXPECT_GT(stops, ownStops) << "the models inside stop too";
   EXPECT_GT(ownStops, 1);
 }
@@ -329,6 +337,21 @@ TEST(NCYOrthogonalPLS, CannotStartFromAYWithoutVariance) {
   EXPECT_EQ(model.GetComponents(), 0);
   const NCDataVector<float> v = RandomVector<float>(10, 0, 3);
   EXPECT_EQ(TextOf([&] { model.GetYAngle(&v); }), CannotGoOn());
+}
+
+TEST(NCYOrthogonalPLS, HasNoYAnyMoreOnceItsComponentsHaveFailed) {
+  const Table X = RandomMatrix<float>(10, 4, 0, 1);
+  const NCDataVector<float> v = RandomVector<float>(10, 0, 3);
+  for (const float cell : {1e30F, std::numeric_limits<float>::infinity()}) {  // of squares beyond a float
+    Table Y = RandomMatrix<float>(10, 2, 0, 2);
+    Y(3, 1, cell);
+    Model model(&X, &Y, kMaxIterations, 0);
+    EXPECT_EQ(TextOf([&] { model.NextComponent(/*showProgress=*/false); }), LanguageString::Get(10374));
+    EXPECT_EQ(model.GetY(), nullptr);
+    EXPECT_EQ(TextOf([&] { model.NextComponent(/*showProgress=*/false); }), CannotGoOn());
+    EXPECT_EQ(TextOf([&] { model.GetYAngle(&v); }), CannotGoOn());
+    EXPECT_EQ(model.GetComponents(), 0);
+  }
 }
 
 TEST(NCYOrthogonalPLS, PassesOnThatThereIsNoFirstComponentInside) {
