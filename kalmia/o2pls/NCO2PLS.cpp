@@ -163,8 +163,14 @@ void NCO2PLS::ThrowIfNoDimensionIsLeft(bool xSide, int predictive) const {
     throw NCO2PLSDimensionalityException(xSide ? kXSide : kYSide, predictive, to_.SizeRows(), uo_.SizeRows());
 }
 
+void NCO2PLS::RequireColumns(const NCDataMatrix<float>& X, const NCDataMatrix<float>& Y) {
+  if (X.SizeColumns() == 0) throw NCError("The X block has no columns.");
+  if (Y.SizeColumns() == 0) throw NCError("The Y block has no columns.");
+}
+
 void NCO2PLS::NextOrthogonalComponent(bool xSide, int predictive) {
   EndFit();
+  RequireColumns(x_, y_);
   if (checkDimensions_) ThrowIfNoDimensionIsLeft(xSide, predictive);
   if (predictive < 1)
     throw NCError("Internal error in NCO2PLS\nAn orthogonal component needs a predictive component.");
@@ -211,6 +217,7 @@ void NCO2PLS::InitPredCompCalculation() {
 void NCO2PLS::NextPredictiveComp() {
   if (xResiduals_.SizeRows() == 0)
     throw NCError("Internal error in NCO2PLS::NextPredictiveComp.\nFunction call out of sequence.");
+  RequireColumns(xResiduals_, yResiduals_);
   const Matrix product = yResiduals_.MatrixMultiply(xResiduals_, /*transposeThis=*/true, /*transposeOther=*/false);
   const Vector w = kalmia::FirstLoading(product, maxIterations_);
   const Vector t = xResiduals_.SpecialNipalsRegressRowsFix(w, nullptr, 0);

@@ -56,7 +56,8 @@ class NCO2PLS {
   NCO2PLS& operator=(const NCO2PLS& other);
   void swap(NCO2PLS& other);
 
-  /// The whole model, in place of one that is there. Numbers are not negative.
+  /// The whole model, in place of one that is there. Numbers are not negative. A block without columns can have no
+  /// component: the NCError names it.
   /// Throws what the steps throw. What was computed by then stays, and is fit for UnFit or another Fit alone; where it
   /// was Finalise that threw, the working blocks stay too.
   void Fit(int predictive, int xOrthogonal, int yOrthogonal);
@@ -67,8 +68,8 @@ class NCO2PLS {
   /// cleared, also when the call fails; nothing else has changed then.
   /// Where exactly nothing is left beside one predictive component, the weight is zero and the scores are missing.
   /// Throws: NCO2PLSDimensionalityException, if dimensions are checked, from a + predictive = min(K + 1, N) on (Y side:
-  /// M + 1), for a components of the side so far; NCError without a predictive component to be orthogonal to
-  /// (predictive < 1), and as NCPCA does.
+  /// M + 1), for a components of the side so far; NCError where a block has no columns, without a predictive component
+  /// to be orthogonal to (predictive < 1), and as NCPCA does.
   void NextOrthogonalComponent(bool xSide, int predictive);
 
   /// Starts the predictive components anew: the working blocks are X and Y without their orthogonal components.
@@ -76,7 +77,7 @@ class NCO2PLS {
 
   /// Appends one predictive component of the working blocks, which it does not change: w, the first loading of Y'X;
   /// t = Xw; p = X't / t't; c, along Y't, of unit length; u = Yc; q = Y'u / u'u.
-  /// Throws: NCError without working blocks, and as NCPCA does. The model is then as it was.
+  /// Throws: NCError without working blocks or columns, and as NCPCA does. The model is then as it was.
   void NextPredictiveComp();
 
   /// Takes the newest component out of the working blocks: X -= t p', Y -= u q'. There has to be one, which is not
@@ -137,11 +138,13 @@ class NCO2PLS {
                                              const NCDataMatrix<float>& Q);
 
  private:
-  friend class O2PLSCrossValidation;  // for SharingBlocks
+  friend class O2PLSCrossValidation;  // for SharingBlocks and RequireColumns
 
   NCO2PLS(const NCDataMatrix<float>& X, const NCDataMatrix<float>& Y, const NCO2PLS& components);
   /// A copy that shares the two blocks, which never change, with this model: for use in one thread.
   NCO2PLS SharingBlocks() const { return NCO2PLS(x_, y_, *this); }
+  /// Throws the NCError of a block without columns: its directions would have no cells.
+  static void RequireColumns(const NCDataMatrix<float>& X, const NCDataMatrix<float>& Y);
   static void CalculateOrthogonalComp(const NCDataMatrix<float>& own, const NCDataMatrix<float>& other,
                                       NCDataMatrix<float>& scores, NCDataMatrix<float>& weights,
                                       NCDataMatrix<float>& loadings, int predictive, int maxIterations);

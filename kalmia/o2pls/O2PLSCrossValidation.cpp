@@ -207,7 +207,6 @@ void O2PLSCrossValidation::Calculation::MakeRounds(int maxIterations) {
   totalSSX_ = SquaresOf(X_);
   leastTraining_ = X_.SizeRows();
   const std::size_t rounds = kalmia::CountRounds(groups_);
-  if (rounds == 0) throw NCError(kBadGroups);
   results_.SSTable.Resize(1, static_cast<int>(rounds));
   results_.Q2Cum.Reserve(results_.PredictiveComponents);
   rounds_.reserve(rounds);
@@ -384,6 +383,8 @@ O2PLSCrossValidation::O2PLSCrossValidation(const NCDataMatrix<float>* X, const N
   if (X->SizeRows() != Y->SizeRows())
     throw NCError("Internal error in NCO2PLS\nX and Y matrices have different number of rows.");
   const Groups used = groups ? *groups : GetDeafultCVGroupsVector(X->SizeRows(), cvGroups);
+  if (predictive > 0 && kalmia::CountRounds(used) == 0) throw NCError(kBadGroups);  // a search finds no component
+  NCO2PLS::RequireColumns(*X, *Y);
   Calculation(*X, *Y, used, progress, &results_).Run(maxIterations, predictive, xOrthogonal, yOrthogonal);
 }
 

@@ -77,7 +77,8 @@ class O2PLSCrossValidation {
   /// Progress: `progress` may be null; the bar runs from 0 to 7. Only IsBreakPressed stops.
   /// Throws: NCError where the numbers are neither all given nor all searched for, a cell is missing, `groups` has not
   /// N cells, a number above N + 9999 or none from 0 on, cvGroups is read and below 1, the blocks differ in their
-  /// numbers of rows, Q2 without orthogonal components is no number, the user stops, or a round cannot be computed.
+  /// numbers of rows or one has no columns, Q2 without orthogonal components is no number, the user stops, or a round
+  /// cannot be computed.
   /// Cost: every trial of an orthogonal component fits all rounds, and keeps a copy of their models meanwhile.
   O2PLSCrossValidation(const NCDataMatrix<float>* X, const NCDataMatrix<float>* Y, int cvGroups, NCProgress* progress,
                        NCIntegralVector<int, -99>* groups, int maxIterations, int predictive, int xOrthogonal,

@@ -173,7 +173,8 @@ void O2PLSPredictiveComponentEstimator::DoCalulations(NCDataMatrix<float> X, NCD
                                                       const NCIntegralVector<int, -99>& groups, int fixedComponents) {
   if (fixedComponents == 0) return;
   try {
-    if (X.SizeRows() != Y.SizeRows() || groups.Size() < Y.SizeRows() || kalmia::AreTooManyRounds(groups))
+    if (X.SizeRows() != Y.SizeRows() || X.SizeColumns() == 0 || Y.SizeColumns() == 0 ||
+        groups.Size() < Y.SizeRows() || kalmia::AreTooManyRounds(groups))
       throw NCError("Internal error in O2PLSPredictiveComponentEstimator");  // for the handler below
     Blocks blocks(X, Y);
     TryComponents(blocks, groups, fixedComponents);

@@ -17,8 +17,8 @@
 /// not R1 does not count.
 ///
 /// Without components, where the calculation fails in the search: blocks that differ in their numbers of observations,
-/// groups that cannot be used, and an NCError of a principal component, a user's stop of its bar included, do not leave
-/// the constructor. Where it fails later, those components count whose results are complete.
+/// a block without columns, groups that cannot be used, and an NCError of a principal component, a user's stop of its
+/// bar included, do not leave the constructor. Where it fails later, those components count whose results are complete.
 class O2PLSPredictiveComponentEstimator {
  public:
   /// Does all the work, on copies. X N x K, Y N x M, scaled and without holes, which is not checked. `groups` has one

@@ -93,6 +93,7 @@ float Reconstruction(const NCPLS& model, int components, int i, int j) {
 
 /// X with its holes filled; X itself is not changed.
 NCDataMatrix<float> Completed(const NCDataMatrix<float>& X, const NCDataMatrix<float>& Y) {
+  if (X.SizeRows() != Y.SizeRows()) throw NCError("The two tables have not the same number of rows.");
   NCPLS model(&X, &Y, kMaxIterations);
   const int components = ExtractComponents(&model);
   NCDataMatrix<float> completed = X;

@@ -9,6 +9,7 @@
 #include "kalmia/opls/OPLSProgress.h"
 #include "kalmia/pcapls/ComponentRows.h"
 #include "kalmia/pcapls/NCPCA.h"
+#include "kalmia/support/NCError.h"
 
 namespace {
 
@@ -49,7 +50,9 @@ NCOPLS::NCOPLS(const NCDataMatrix<float>* X, const NCDataMatrix<float>* Y, int p
       maxIterations_(maxIterations),
       predictiveComponents_(CutToY(predictiveComponents, *Y)),
       x_(*X),
-      y_(*Y) {}
+      y_(*Y) {
+  if (X->SizeRows() != Y->SizeRows()) throw NCError("OPLS: X and Y have not the same observations.");
+}
 
 NCOPLS::NCOPLS(const NCDataMatrix<float>* X, const NCDataMatrix<float>* Y, const std::vector<NCDataMatrix<float>>* W,
                const std::vector<NCDataMatrix<float>>* P, const std::vector<NCDataMatrix<float>>* C,

@@ -29,11 +29,13 @@ class NCOPLS {
   /// predictive block, at most the smaller side of Y; 0 or less leaves it to the first block: components of Y'X whose
   /// sum of squares is at least 1 % of the first's. (With one Y it is 1 either way.) `maxIterations` limits the passes
   /// for holes and the rounds of the principal components of Y'X. The tables' cells are shared until the model filters
-  /// them; models of the same tables belong to the same thread until then.
+  /// them; models of the same tables belong to the same thread until then. Throws NCError where X and Y have not the
+  /// same number of rows.
   NCOPLS(const NCDataMatrix<float>* X, const NCDataMatrix<float>* Y, int predictiveComponents, int maxIterations);
   /// Rebuilds a model from its blocks W, P and C (one per number of orthogonal components, from 0) and its orthogonal
   /// WO, PO and CO (O x ...) on X and Y, by replaying the filter. The size of the block is that of the first W. U is
-  /// not rebuilt; NextComponent goes on with orthogonal component O + 1. Shapes are not checked.
+  /// not rebuilt; NextComponent goes on with orthogonal component O + 1. The numbers of rows are checked as above,
+  /// the shapes of the other matrices are not.
   NCOPLS(const NCDataMatrix<float>* X, const NCDataMatrix<float>* Y, const std::vector<NCDataMatrix<float>>* W,
          const std::vector<NCDataMatrix<float>>* P, const std::vector<NCDataMatrix<float>>* C,
          const NCDataMatrix<float>* WO, const NCDataMatrix<float>* PO, const NCDataMatrix<float>* CO,

@@ -5,6 +5,19 @@
 #include "kalmia/kernels/ScoresInTurn.h"
 #include "kalmia/opls/DeepCopy.h"
 #include "kalmia/pcapls/ComponentRows.h"
+#include "kalmia/support/NCError.h"
+
+namespace {
+
+using Blocks = std::vector<NCDataMatrix<float>>;
+
+/// A model has no blocks before its first component.
+int SizeYColumns(const Blocks& W, const Blocks& P, const Blocks& C) {
+  if (W.empty() || P.empty() || C.empty()) throw NCError("OPLS prediction: the model has no components.");
+  return C.front().SizeColumns();
+}
+
+}  // namespace
 
 NCOPLSPred::NCOPLSPred(const NCDataMatrix<float>* X, NCOPLS* model)
     : NCOPLSPred(X, model->GetWMatrices(), model->GetPMatrices(), model->GetCMatrices(), model->GetWOprim(),
@@ -14,7 +27,7 @@ NCOPLSPred::NCOPLSPred(const NCDataMatrix<float>* X, const std::vector<NCDataMat
                        const std::vector<NCDataMatrix<float>>* P, const std::vector<NCDataMatrix<float>>* C,
                        const NCDataMatrix<float>* WO, const NCDataMatrix<float>* PO, const NCDataMatrix<float>* CO)
     : xOrthoResiduals_(kalmia::DeepCopy(*X)),
-      yPred_(X->SizeRows(), C->front().SizeColumns(), 0.0F),
+      yPred_(X->SizeRows(), SizeYColumns(*W, *P, *C), 0.0F),
       wMatrices_(kalmia::DeepCopy(*W)),
       pMatrices_(kalmia::DeepCopy(*P)),
       cMatrices_(kalmia::DeepCopy(*C)),

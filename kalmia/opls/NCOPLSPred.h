@@ -9,7 +9,8 @@
 /// predictive scores and predicted Y after each. It starts without orthogonal components.
 ///
 /// Symbols as in NCOPLS, for n new observations. Holes leave every sum, however many there are; an observation without
-/// any value has no scores and no prediction. Throws std::bad_alloc alone. Copies are deep.
+/// any value has no scores and no prediction. Throws std::bad_alloc, and NCError for a model without components. Copies
+/// are deep.
 class NCOPLSPred {
  public:
   /// X (n x K), scaled as the model's.

@@ -22,6 +22,34 @@ constexpr float kMissing = kHole<float>;
 
 // ---- Which table is filled from which
 
+TEST(PLSMissingValueEstimator, RefusesToFillATableFromOneOfAnotherNumberOfRowsAndChangesNothing) {
+  const Table filled = RandomMatrix<float>(9, 4, 0.2, 1);
+  const Table complete = RandomMatrix<float>(9, 4, 0, 1);
+  for (const Table& other : {RandomMatrix<float>(8, 2, 0.2, 2), RandomMatrix<float>(10, 2, 0.2, 2), Table(0, 2), Table()})
+    for (const bool both : {false, true}) {
+      SCOPED_TRACE(std::to_string(other.SizeRows()) + (both ? " rows, both" : " rows"));
+      Table X = filled, Y = other;
+      EXPECT_THROW(PLSMissingValueEstimator(X, Y, both), NCError);
+      EXPECT_EQ(CellsOf(X), CellsOf(filled));
+      EXPECT_EQ(CellsOf(Y), CellsOf(other));
+      if (other.SizeRows() == 0) continue;
+      X = complete;
+      const auto fillY = [&] { PLSMissingValueEstimator(X, Y, both); };
+      if (both)
+        EXPECT_THROW(fillY(), NCError);
+      else
+        EXPECT_NO_THROW(fillY()) << "there is nothing to fill";
+      EXPECT_EQ(CellsOf(Y), CellsOf(other));
+    }
+}
+
+TEST(PLSMissingValueEstimator, HasNoFirstComponentWithoutYColumns) {
+  const Table filled = RandomMatrix<float>(9, 4, 0.2, 1);
+  Table X = filled, Y(9, 0);
+  EXPECT_THROW(PLSMissingValueEstimator(X, Y, /*both=*/true), NCError);
+  EXPECT_EQ(CellsOf(X), CellsOf(filled));
+}
+
 TEST(PLSMissingValueEstimator, DoesNothingToCompleteTables) {
   const Tables tables = RelatedTables(12, 4, 2, 2, 0.1F);
   for (const bool both : {false, true}) {

@@ -3,14 +3,45 @@
 
 #include <memory>
 #include <string>
+#include <vector>
 
 #include "OplsCase.h"
 #include "kalmia/opls/NCOPLS.h"
+#include "kalmia/support/NCError.h"
 #include "testing/RandomTables.h"
 #include "testing/RecordingProgress.h"
 #include "testing/StreamAttacks.h"
 
 namespace {
+
+TEST(NCOPLS, RefusesTablesOfDifferentNumbersOfRows) {
+  const NCDataMatrix<float> X = RandomMatrix<float>(6, 4, 0.1, 1), none;
+  const std::vector<NCDataMatrix<float>> blocks;
+  for (const NCDataMatrix<float>& Y : {RandomMatrix<float>(5, 2, 0.1, 2), RandomMatrix<float>(7, 2, 0.1, 2),
+                                       NCDataMatrix<float>(0, 2), NCDataMatrix<float>()}) {
+    SCOPED_TRACE(Y.SizeRows());
+    EXPECT_THROW(NCOPLS(&X, &Y, 1, 100), NCError);
+    EXPECT_THROW(NCOPLS(&Y, &X, 1, 100), NCError);
+    EXPECT_THROW(NCOPLS(&X, &Y, &blocks, &blocks, &blocks, &none, &none, &none, 1, 100), NCError);
+  }
+}
+
+TEST(NCOPLS, HasNoPredictiveBlockOfSeveralYWithoutXColumns) {
+  const NCDataMatrix<float> X(6, 0), Y = RandomMatrix<float>(6, 2, 0.0, 2);
+  for (const int predictive : {0, 1, 2}) {
+    NCOPLS model(&X, &Y, predictive, 100);
+    EXPECT_THROW(model.NextComponent(nullptr), NCError);
+  }
+}
+
+TEST(NCOPLS, HasABlockWithoutCellsOfOneYWithoutXColumns) {
+  const NCDataMatrix<float> X(6, 0), Y = RandomMatrix<float>(6, 1, 0.0, 2);
+  NCOPLS model(&X, &Y, 1, 100);
+  for (int a = 0; a < 2; ++a) model.NextComponent(nullptr);
+  EXPECT_EQ(model.GetWprim()->SizeColumns(), 0);
+  EXPECT_EQ(model.GetTprim()->GetNumMisVal(), 6);
+  EXPECT_EQ(CellsOf(model.GetYResiduals()).size(), 6U);
+}
 
 /// The size that a model decides on for Y'X = diag(values), which Y = 1 and X = diag(values) have.
 int SizeDecidedFor(std::initializer_list<float> values) {

@@ -2,10 +2,12 @@
 
 #include <gtest/gtest.h>
 
+#include <array>
 #include <string>
 #include <vector>
 
 #include "OplsCase.h"
+#include "kalmia/support/NCError.h"
 #include "testing/RandomTables.h"
 #include "testing/StreamAttacks.h"
 
@@ -96,6 +98,18 @@ TEST(NCOPLSPred, TakesAnyNumberOfHoles) {
   NCDataMatrix<float> X(1, 9);
   X(1, 6, 1.0F);
   EXPECT_EQ(PredictedBy(&model, X).GetYPred()->GetNumMisVal(), 0);
+}
+
+TEST(NCOPLSPred, RefusesAModelWithoutComponents) {
+  const Tables tables = RelatedTables(12, 4, 2, 0.0, 5);
+  NCOPLS fresh(&tables.X, &tables.Y, 1, 100);
+  EXPECT_THROW(NCOPLSPred(&tables.X, &fresh), NCError);
+  const NCOPLS model = FittedOpls(tables, 1, 1);
+  using Blocks = std::vector<NCDataMatrix<float>>;
+  const Blocks &W = *model.GetWMatrices(), &P = *model.GetPMatrices(), &C = *model.GetCMatrices(), none;
+  for (const auto& [w, p, c] : {std::array{&none, &P, &C}, {&W, &none, &C}, {&W, &P, &none}, {&none, &none, &none}})
+    EXPECT_THROW(
+        NCOPLSPred(&tables.X, w, p, c, model.GetWOprim(), model.GetPOprim(), model.GetCOprim()), NCError);
 }
 
 TEST(NCOPLSPred, OfNoObservationsIsEmpty) {
