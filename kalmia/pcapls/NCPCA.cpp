@@ -1,10 +1,12 @@
 #include "kalmia/pcapls/NCPCA.h"
 
+#include <algorithm>
 #include <utility>
 
 #include "kalmia/kernels/ComponentPasses.h"
 #include "kalmia/pcapls/ComponentRows.h"
 #include "kalmia/pcapls/ConvergenceBar.h"
+#include "kalmia/pcapls/ModelParts.h"
 #include "kalmia/support/LanguageString.h"
 #include "kalmia/support/NCError.h"
 
@@ -56,6 +58,8 @@ NCPCA::~NCPCA() = default;
 bool NCPCA::NextComponent(NCProgress* progress, const NCIntegralVector<int, -99>* groups, int group,
                           const NCDataVector<float>* start) {
   ++components_;
+  if (!kalmia::HasRowsOf(pprim_, residuals_.SizeColumns()) || !kalmia::HasRowsOf(tprim_, residuals_.SizeRows()))
+    throw NCError("PCA: the table does not belong to the components of the model.");
   Append(residuals_.SizeRows() == 1 ? OfOneRow() : Iterate({groups, group}, start, progress));
   return true;
 }
@@ -90,8 +94,12 @@ NCPCA::Component NCPCA::Iterate(const Excluded& excluded, const NCDataVector<flo
 }
 
 void NCPCA::Append(const Component& component) {
-  NCDataMatrix<float> pprim = kalmia::WithRow(pprim_, components_, component.p);
-  NCDataMatrix<float> tprim = kalmia::WithRow(tprim_, components_, component.t);
+  const int stored = std::max(pprim_.SizeRows(), tprim_.SizeRows());
+  const auto longer = [this, stored](const NCDataMatrix<float>& rows, const NCDataVector<float>& newest) {
+    return kalmia::WithRow(kalmia::OrMissingRows(rows, stored, newest.Size()), components_, newest);
+  };
+  NCDataMatrix<float> pprim = longer(pprim_, component.p);
+  NCDataMatrix<float> tprim = longer(tprim_, component.t);
   pprim_.swap(pprim);
   tprim_.swap(tprim);
   iterations_ = component.rounds;

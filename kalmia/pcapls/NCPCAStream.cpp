@@ -4,6 +4,7 @@
 #include <ostream>
 #include <utility>
 
+#include "kalmia/pcapls/ModelParts.h"
 #include "kalmia/pcapls/NCPCA.h"
 
 NCPCA::DerivedStreamableData NCPCA::MyStreamableData(2, "NCPCA");
@@ -39,8 +40,10 @@ bool NCPCA::VexStreamableRead(std::istream& stream) {
 }
 
 bool NCPCA::ShapesAgree() const {
-  return tprim_.SizeRows() == pprim_.SizeRows() && pprim_.SizeColumns() == residuals_.SizeColumns() &&
-         tprim_.SizeColumns() == residuals_.SizeRows();
+  kalmia::CommonSize components, observations, variables;
+  return kalmia::PartsAgree({{&pprim_, &components, &variables},
+                             {&tprim_, &components, &observations},
+                             {&residuals_, &observations, &variables}});
 }
 
 void NCPCA::Swap(NCPCA* other) {

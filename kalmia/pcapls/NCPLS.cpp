@@ -1,11 +1,13 @@
 #include "kalmia/pcapls/NCPLS.h"
 
+#include <algorithm>
 #include <cmath>
 #include <utility>
 
 #include "kalmia/kernels/ComponentPasses.h"
 #include "kalmia/pcapls/ComponentRows.h"
 #include "kalmia/pcapls/ConvergenceBar.h"
+#include "kalmia/pcapls/ModelParts.h"
 #include "kalmia/support/LanguageString.h"
 #include "kalmia/support/NCError.h"
 
@@ -36,6 +38,10 @@ NCDataMatrix<float> AsMatrix(const NCDataVector<float>& column) {
   NCDataMatrix<float> matrix;
   matrix.InsertColumn(1, column);
   return matrix;
+}
+
+void RequireSameComponents(const NCDataMatrix<float>& W, const NCDataMatrix<float>& other) {
+  if (W.SizeRows() != other.SizeRows()) throw NCError("PLS: the model lacks weights or loadings of its components.");
 }
 
 /// The same cells with their missing ones counted anew.
@@ -124,7 +130,16 @@ void NCPLS::InitialiseResults() {
   tprim_ = kalmia::WithoutRows(xResiduals_.SizeRows());
 }
 
+void NCPLS::RequireTablesOfTheModel() const {
+  const int observations = xResiduals_.SizeRows();
+  if (yResiduals_.SizeRows() != observations || !kalmia::HasRowsOf(tprim_, observations) ||
+      !kalmia::HasRowsOf(uprim_, observations) || !kalmia::HasRowsOf(pprim_, xResiduals_.SizeColumns()) ||
+      !kalmia::HasRowsOf(wprim_, xResiduals_.SizeColumns()) || !kalmia::HasRowsOf(cprim_, yResiduals_.SizeColumns()))
+    throw NCError("PLS: X, Y and the components of the model do not belong together.");
+}
+
 void NCPLS::NextComponent(NCProgress* progress, const NCDataVector<float>* start, bool quiet, bool strict) {
+  RequireTablesOfTheModel();
   RoundsBar bar(progress, components_ + 1, quiet, strict);
   Component component = Iterate(start, strict, &bar);
   bar.ThrowIfStopped();
@@ -171,11 +186,16 @@ NCPLS::Component NCPLS::Iterate(const NCDataVector<float>* start, bool strict, R
 
 void NCPLS::Append(const Component& component) {
   const int row = components_ + 1;
-  NCDataMatrix<float> wprim = kalmia::WithRow(wprim_, row, component.w);
-  NCDataMatrix<float> pprim = kalmia::WithRow(pprim_, row, component.p);
-  NCDataMatrix<float> tprim = kalmia::WithRow(tprim_, row, component.t);
-  NCDataMatrix<float> uprim = kalmia::WithRow(uprim_, row, component.u);
-  NCDataMatrix<float> cprim = kalmia::WithRow(cprim_, row, component.c);
+  const int stored = std::max({wprim_.SizeRows(), pprim_.SizeRows(), tprim_.SizeRows(), uprim_.SizeRows(),
+                               cprim_.SizeRows()});
+  const auto longer = [row, stored](const NCDataMatrix<float>& rows, const NCDataVector<float>& newest) {
+    return kalmia::WithRow(kalmia::OrMissingRows(rows, stored, newest.Size()), row, newest);
+  };
+  NCDataMatrix<float> wprim = longer(wprim_, component.w);
+  NCDataMatrix<float> pprim = longer(pprim_, component.p);
+  NCDataMatrix<float> tprim = longer(tprim_, component.t);
+  NCDataMatrix<float> uprim = longer(uprim_, component.u);
+  NCDataMatrix<float> cprim = longer(cprim_, component.c);
   wprim_.swap(wprim);
   pprim_.swap(pprim);
   tprim_.swap(tprim);
@@ -201,6 +221,7 @@ void NCPLS::CalculateResiduals() {
 }
 
 NCDataMatrix<float> NCPLS::GetWStarPrim(const NCDataMatrix<float>& W, const NCDataMatrix<float>& P) {
+  RequireSameComponents(W, P);
   NCDataMatrix<float> wStar = W;
   for (int a = 2; a <= W.SizeRows(); ++a) {
     NCDataVector<float> row = W[a];
@@ -214,17 +235,21 @@ NCDataMatrix<float> NCPLS::GetWStarPrim() const { return GetWStarPrim(wprim_, pp
 
 NCDataMatrix<float> NCPLS::GetRegressionCoefficients(const NCDataMatrix<float>& P, const NCDataMatrix<float>& W,
                                                      const NCDataMatrix<float>& C) {
+  RequireSameComponents(W, C);
   return GetWStarPrim(W, P).MatrixMultiply(C, /*transposeThis=*/true, /*transposeOther=*/false);
 }
 
 NCDataMatrix<float> NCPLS::GetRegressionCoefficients(int components) const {
   if (components == -1 || components == pprim_.SizeRows()) return GetRegressionCoefficients(pprim_, wprim_, cprim_);
+  RequireSameComponents(wprim_, pprim_);
+  RequireSameComponents(wprim_, cprim_);
   return GetRegressionCoefficients(pprim_.GetRowSubMatrix(1, components), wprim_.GetRowSubMatrix(1, components),
                                    cprim_.GetRowSubMatrix(1, components));
 }
 
 void NCPLS::FlipComponent(int component) {
-  for (NCDataMatrix<float>* rows : {&cprim_, &pprim_, &wprim_, &uprim_, &tprim_}) rows->MultiplyRow(component, -1.0F);
+  for (NCDataMatrix<float>* rows : {&cprim_, &pprim_, &wprim_, &uprim_, &tprim_})
+    if (rows->SizeRows() > 0) rows->MultiplyRow(component, -1.0F);
 }
 
 void NCPLS::ShuffleYResiduals(int* order) {

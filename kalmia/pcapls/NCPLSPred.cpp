@@ -4,16 +4,27 @@
 #include <utility>
 
 #include "kalmia/pcapls/ScoredRows.h"
+#include "kalmia/support/NCError.h"
 
 namespace {
 
 constexpr float kNoScore = kalmia::kMissingCell<float>;
 
+/// A model that was restored may lack some of its matrices.
+const NCDataMatrix<float>& WithComponentsOf(const NCDataMatrix<float>& P, const NCDataMatrix<float>& part) {
+  if (part.SizeRows() < P.SizeRows()) throw NCError("PLS prediction: the model lacks weights of its components.");
+  return part;
+}
+
 }  // namespace
 
 NCPLSResiduals::NCPLSResiduals(NCDataMatrix<float>* X, const NCDataMatrix<float>& W, const NCDataMatrix<float>& P,
                                float tolerance)
-    : NCDataVector<float>(X->SizeRows()), xResiduals_(X), w_(W), p_(P), missingTolerance_(tolerance) {}
+    : NCDataVector<float>(X->SizeRows()),
+      xResiduals_(X),
+      w_(WithComponentsOf(P, W)),
+      p_(P),
+      missingTolerance_(tolerance) {}
 
 void NCPLSResiduals::CalcNextComponent() {
   CalcScores();
@@ -47,7 +58,7 @@ NCPLSPred::NCPLSPred(const NCDataMatrix<float>& X, const NCDataMatrix<float>& W,
 
 NCPLSPred::NCPLSPred(bool, NCDataMatrix<float>* X, NCDataMatrix<float>* yPred, const NCDataMatrix<float>& W,
                      const NCDataMatrix<float>& P, const NCDataMatrix<float>& C, float tolerance)
-    : NCPLSResiduals(X, W, P, tolerance), c_(C), yPred_(yPred) {
+    : NCPLSResiduals(X, W, P, tolerance), c_(WithComponentsOf(P, C)), yPred_(yPred) {
   yPred_->SetAllValues(0.0F);
 }
 
@@ -56,7 +67,7 @@ NCPLSPred::NCPLSPred(OwnedMatrix X, OwnedMatrix yPred, const NCDataMatrix<float>
     : NCPLSResiduals(X.get(), W, P, tolerance),
       ownedX_(std::move(X)),
       ownedYPred_(std::move(yPred)),
-      c_(C),
+      c_(WithComponentsOf(P, C)),
       yPred_(ownedYPred_.get()) {}
 
 void NCPLSPred::CalcNextComponent() {

@@ -11,7 +11,8 @@
 class NCPLSResiduals : public NCDataVector<float> {
  public:
   /// X (N x K) is kept as a pointer and changed in place; W and P (A x K) are the model's, one component per row.
-  /// `tolerance` is the share of the variables that may be missing in an observation.
+  /// `tolerance` is the share of the variables that may be missing in an observation. Throws NCError where W has fewer
+  /// components than P.
   NCPLSResiduals(NCDataMatrix<float>* X, const NCDataMatrix<float>& W, const NCDataMatrix<float>& P, float tolerance);
   NCPLSResiduals(const NCPLSResiduals&) = delete;
   NCPLSResiduals& operator=(const NCPLSResiduals&) = delete;
@@ -46,6 +47,7 @@ class NCPLSResiduals : public NCDataVector<float> {
 class NCPLSPred : public NCPLSResiduals {
  public:
   /// Works in a copy of X (N x K; shared until the first step). W and P are A x K, C is A x M. See NCPLSResiduals.
+  /// Throws NCError where W or C has fewer components than P.
   NCPLSPred(const NCDataMatrix<float>* X, const NCDataMatrix<float>* W, const NCDataMatrix<float>* P,
             const NCDataMatrix<float>* C, float tolerance);
   NCPLSPred(const NCDataMatrix<float>& X, const NCDataMatrix<float>& W, const NCDataMatrix<float>& P,

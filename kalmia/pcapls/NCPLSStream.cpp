@@ -5,6 +5,7 @@
 #include <ostream>
 #include <utility>
 
+#include "kalmia/pcapls/ModelParts.h"
 #include "kalmia/pcapls/NCPLS.h"
 
 NCPLS::DerivedStreamableData NCPLS::MyStreamableData(2, "NCPLS");
@@ -42,15 +43,14 @@ bool NCPLS::VexStreamableRead(std::istream& stream) {
 }
 
 bool NCPLS::ShapesAgree() const {
-  const int components = pprim_.SizeRows();
-  const int observations = xResiduals_.SizeRows();
-  const int xVariables = xResiduals_.SizeColumns();
-  const auto has = [](const NCDataMatrix<float>& matrix, int rows, int columns) {
-    return matrix.SizeRows() == rows && matrix.SizeColumns() == columns;
-  };
-  return yResiduals_.SizeRows() == observations && has(cprim_, components, yResiduals_.SizeColumns()) &&
-         has(pprim_, components, xVariables) && has(wprim_, components, xVariables) &&
-         has(uprim_, components, observations) && has(tprim_, components, observations);
+  kalmia::CommonSize components, observations, xVariables, yVariables;
+  return kalmia::PartsAgree({{&cprim_, &components, &yVariables},
+                             {&pprim_, &components, &xVariables},
+                             {&wprim_, &components, &xVariables},
+                             {&uprim_, &components, &observations},
+                             {&tprim_, &components, &observations},
+                             {&xResiduals_, &observations, &xVariables},
+                             {&yResiduals_, &observations, &yVariables}});
 }
 
 void NCPLS::Swap(NCPLS* other) {

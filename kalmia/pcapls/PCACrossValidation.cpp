@@ -11,6 +11,7 @@
 #include "kalmia/pcapls/CrossValidationGroups.h"
 #include "kalmia/pcapls/Q2.h"
 #include "kalmia/support/LanguageString.h"
+#include "kalmia/support/NCError.h"
 
 namespace {
 
@@ -82,6 +83,8 @@ PCACrossValidation::PCACrossValidation(NCPCA* model, float q2TotCum, const NCDat
 }
 
 void PCACrossValidation::NextComponent(const NCDataVector<float>& ss, NCProgress* progress) {
+  if (rounds_ > 0 && (model_->GetPprim()->SizeRows() == 0 || model_->GetTprim()->SizeRows() == 0))
+    throw NCError("PCA cross validation: the model has no component to judge.");
   std::unique_ptr<NCProgress> own;
   if (!progress) own = std::make_unique<NCProgress>("", 0.0F, 1.0F, false, false, true, nullptr);
   NCProgress* bar = own ? own.get() : progress;

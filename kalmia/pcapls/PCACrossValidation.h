@@ -50,7 +50,8 @@ class PCACrossValidation {
   /// Progress: `progress` may be null; a bar is then opened. Its range is 0 to rounds, and each half of a round is a
   /// range within it. What opening and closing these say of a stop is passed over: a stop comes in between the
   /// iterations of a half.
-  /// Throws: NCError where a round has no component or the user stops, std::bad_alloc. GetPSet() and GetTSet() then
+  /// Throws: NCError where the model has no component or lacks its matrix P or T, a round has no component, or the user
+  /// stops; std::bad_alloc. GetPSet() and GetTSet() then
   /// hold the rounds that were done, everything else is as it was.
   /// Cost: twice `rounds` components of at most 5 + sqrt(a - 1) rounds for component a.
   void NextComponent(const NCDataVector<float>& ss, NCProgress* progress);

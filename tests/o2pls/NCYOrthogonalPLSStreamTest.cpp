@@ -164,6 +164,27 @@ TEST(NCYOrthogonalPLSStream, DropsTheYOfTheObjectThatReads) {
   EXPECT_EQ(model.GetY(), nullptr);
 }
 
+TEST(NCYOrthogonalPLSStream, ReadsEveryFormThatItWrites) {
+  const FloatBlocks blocks{RandomMatrix<float>(8, 4, 0.1, 1), RandomMatrix<float>(8, 2, 0.1, 2)};
+  const FloatBlocks rowless{Table(0, 4), Table(0, 2)}, noVariance{blocks.X, Table(8, 2, 0.0F)};
+  std::vector<std::pair<const char*, Model>> models;
+  models.emplace_back("empty", Model());
+  models.emplace_back("fresh", Model(&blocks.X, &blocks.Y, 50, 0));
+  models.emplace_back("without rows", Model(&rowless.X, &rowless.Y, 50, 0));
+  models.emplace_back("without a Y to go on from", Model(&noVariance.X, &noVariance.Y, 50, 0));
+  EXPECT_THROW(models.back().second.NextComponent(/*showProgress=*/false), NCError);
+  models.emplace_back("two components", Model(&blocks.X, &blocks.Y, 50, 0));
+  for (int a = 0; a < 2; ++a) models.back().second.NextComponent(/*showProgress=*/false);
+  models.emplace_back("two taken back", models.back().second);
+  for (int a = 0; a < 2; ++a) models.back().second.RemoveComponent();
+  for (const auto& [what, model] : models) {
+    SCOPED_TRACE(what);
+    Model read;
+    EXPECT_TRUE(Read(StreamOf(model), &read));
+    EXPECT_TRUE(StreamOf(read) == StreamOf(model));
+  }
+}
+
 TEST(NCYOrthogonalPLSStream, RefusesPartsThatDisagreeOrAreMissing) {
   std::vector<std::pair<const char*, Stored>> lies;
   const auto lie = [&lies](const char* what) -> Stored& { return lies.emplace_back(what, Stored()).second; };

@@ -69,6 +69,26 @@ TEST(OPLSCrossvalidationData, ComesBackFromAStreamToTheBit) {
   }
 }
 
+TEST(OPLSCrossvalidationData, ComesBackWhicheverOfItsFieldsAreEmpty) {
+  for (unsigned empty = 0; empty < 1U << 7; ++empty) {
+    SCOPED_TRACE(empty);
+    OPLSCrossvalidationData data = Small(), read;
+    unsigned bit = 1;
+    for (auto* rounds : {&data.WMatricesPerRound, &data.PMatricesPerRound, &data.CMatricesPerRound}) {
+      if (empty & bit) rounds->clear();
+      bit <<= 1U;
+    }
+    for (auto* matrices : {&data.WOPerRound, &data.POPerRound, &data.COPerRound}) {
+      if (empty & bit) matrices->front() = NCDataMatrix<float>();
+      bit <<= 1U;
+    }
+    if (empty & bit) data.SSY.Clear();
+    std::istringstream stream(Everything(data));
+    ASSERT_TRUE(read.ReadObject(stream));
+    EXPECT_EQ(Everything(read), Everything(data));
+  }
+}
+
 TEST(OPLSCrossvalidationData, WritesEntriesOneToSevenOfEleven) {
   std::istringstream stream(Everything(Small()));
   unsigned short version = 0;
