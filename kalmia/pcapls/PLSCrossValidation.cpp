@@ -8,6 +8,7 @@
 #include "kalmia/pcapls/CrossValidationGroups.h"
 #include "kalmia/pcapls/Q2.h"
 #include "kalmia/support/LanguageString.h"
+#include "kalmia/support/NCError.h"
 
 namespace {
 
@@ -61,6 +62,8 @@ PLSCrossValidation::PLSCrossValidation(NCPLS* model, float q2TotCum, const NCDat
 
 void PLSCrossValidation::NextComponent(const NCDataVector<float>* w, int maxIterations, const NCDataVector<float>& ssY,
                                        NCProgress* progress, bool quiet) {
+  if (model_->GetXResiduals()->SizeRows() != model_->GetYResiduals()->SizeRows())
+    throw NCError("PLS cross validation: X and Y have not the same observations.");
   std::unique_ptr<NCProgress> own;
   if (!progress && !quiet) own = std::make_unique<NCProgress>("", 0.0F, 1.0F, false, false, true, nullptr);
   NCProgress* bar = own ? own.get() : progress;

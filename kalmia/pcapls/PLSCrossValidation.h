@@ -41,7 +41,7 @@ class PLSCrossValidation : public VexStreamBase {
   /// Missing: a prediction that is missing leaves y itself as residual, a missing y a missing residual. Rows with more
   /// holes than variables - 1 (or 0.9999 of them) are predicted 0, the mean.
   /// Progress: `progress` may be null; unless `quiet` a bar is then opened. A wish to stop has no effect here.
-  /// Never fails, but for std::bad_alloc, which leaves this object as it was.
+  /// Throws: NCError for a model restored without X or without Y; std::bad_alloc. This object is then as it was.
   /// Cost: a fit of one component to (rounds - 1) / rounds of the table, `rounds` times, without copies of X.
   void NextComponent(const NCDataVector<float>* w, int maxIterations, const NCDataVector<float>& ssY,
                      NCProgress* progress, bool quiet);

@@ -179,13 +179,16 @@ TEST(PartialPLS, IsExtendedWhereXAndYAreThereAndReadBackAgain) {
   });
 }
 
-TEST(PartialPLS, IsCrossValidatedWithoutReadingWhatIsAbsent) {
-  const NCDataVector<float> w = RandomVector<float>(kXVariables, 0, 7), ssY(kYVariables, 1.0F);
+TEST(PartialPLS, IsNotCrossValidatedWithOneTableAlone) {
+  const NCDataVector<float> w = RandomVector<float>(kXVariables, 0, 7);
   ForEachSubset(PartsOfAPls(), [&](unsigned absent, const Parts& parts) {
     const auto model = ReadBack(*RestoredPls(parts));
     PLSCrossValidation validation(model.get(), 3, nullptr);
-    validation.NextComponent(&w, 20, ssY, nullptr, /*quiet=*/true);
-    EXPECT_EQ(validation.GetWSet()->SizeRows(), absent & kY ? 0 : 3);
+    const NCDataVector<float> ssY(parts[1].SizeColumns(), 1.0F);
+    const auto validate = [&] { validation.NextComponent(&w, 20, ssY, nullptr, /*quiet=*/true); };
+    const unsigned tables = absent & (kX | kY);
+    EXPECT_EQ(Throws(validate), tables == kX || tables == kY);
+    EXPECT_EQ(validation.GetWSet()->SizeRows(), tables == 0 ? 3 : 0);
   });
 }
 
@@ -250,7 +253,6 @@ TEST(PartialPCA, IsExtendedWhereXIsThereAndReadBackAgain) {
 
 TEST(PartialPCA, PredictsFromItsLoadingsAndIsCrossValidatedWithBothParts) {
   const Matrix X = RandomMatrix<float>(3, kXVariables, 0.1, 5);
-  const NCDataVector<float> ss(kXVariables, 1.0F);
   ForEachSubset(PartsOfAPca(), [&](unsigned absent, const Parts& parts) {
     const auto model = ReadBack(*RestoredPca(parts));
     if (absent & 2U) {
@@ -259,6 +261,7 @@ TEST(PartialPCA, PredictsFromItsLoadingsAndIsCrossValidatedWithBothParts) {
       EXPECT_EQ(NCPCAPred(&X, model->GetPprim(), 50, 0.9F).GetTPredPrim()->SizeRows(), 2);
     }
     PCACrossValidation validation(model.get(), 3, nullptr, nullptr);
+    const NCDataVector<float> ss(parts[0].SizeColumns(), 1.0F);
     EXPECT_EQ(Throws([&] { validation.NextComponent(ss, nullptr); }), !(absent & 1U) && absent != 0U);
   });
 }
