@@ -1,7 +1,5 @@
 #include "app/StatisticsOptions.h"
 
-#include <limits>
-
 #include "app/ChartTypes.h"
 #include "app/CommandOptions.h"
 
@@ -13,13 +11,7 @@ bool IsAnything(double /*value*/) { return true; }
 bool IsPositive(double value) { return value > 0.0; }
 bool IsWeight(double value) { return value > 0.0 && value <= 1.0; }
 
-/// Probabilities and degrees of freedom reach the library in single precision.
-bool IsInsideZeroToOne(double value) {
-  return value > 0.0 && value < 1.0 && static_cast<float>(value) > 0 && static_cast<float>(value) < 1;
-}
-bool IsPositiveFloat(double value) {
-  return value > 0.0 && value <= std::numeric_limits<float>::max() && static_cast<float>(value) > 0;
-}
+bool IsInsideZeroToOne(double value) { return value > 0.0 && value < 1.0; }
 
 }  // namespace
 
@@ -72,21 +64,24 @@ void DeclareFisher(CommandOptions* command, FisherOptions* options) {
 }
 
 void DeclareQuantile(CommandOptions* command, QuantileOptions* options) {
-  command->Word("DISTRIBUTION", {"t", "f"}, &options->distribution,
-                "t: what |T| stays below; f: what F exceeds; with the probability given");
+  command->Word("DISTRIBUTION", {"t", "f", "chi2", "normal"}, &options->distribution,
+                "t, normal: what |T| or |Z| stays below; f, chi2: what F or Chi2 exceeds; with the probability given");
   const char* const inside = "a number above 0 and below 1";
   command->Real("--probability", &options->probability, inside, IsInsideZeroToOne, "always needed");
   command->Require("--probability");
-  command->Real("--df", &options->df, "a number above 0", IsPositiveFloat,
-                "degrees of freedom, of f those of the numerator; always needed");
-  command->Require("--df");
-  command->Real("--df2", &options->df2, "a number above 0", IsPositiveFloat,
+  command->Real("--df", &options->df, "a number above 0", IsPositive,
+                "degrees of freedom, of f those of the numerator; t, f and chi2 need it");
+  command->Real("--df2", &options->df2, "a number above 0", IsPositive,
                 "degrees of freedom of the denominator; f needs it");
-  command->Flag("--one-sided", &options->oneSided, "t: what T itself stays below, for probabilities from 0.5 on");
+  command->Flag("--one-sided", &options->oneSided, "t, normal: what T or Z itself stays below");
+  command->Flag("--complement", &options->complement,
+                "the probability is the other one: of exceeding for t and normal, of staying below for f and chi2");
+  command->Flag("--json", &options->json, "print JSON");
   command->Examples(
       "Examples:\n"
       "  kalmia quantile t --probability 0.95 --df 10\n"
-      "  kalmia quantile f --probability 0.05 --df 3 --df2 20");
+      "  kalmia quantile f --probability 0.05 --df 3 --df2 20\n"
+      "  kalmia quantile normal --one-sided --complement --probability 1e-9");
 }
 
 void DeclareSpectrum(CommandOptions* command, SpectrumOptions* options) {

@@ -34,10 +34,13 @@ struct FisherOptions {
 };
 
 struct QuantileOptions {
-  std::string distribution;  ///< t or f
-  std::optional<double> probability, df;
+  std::string distribution;  ///< t, f, chi2 or normal
+  std::optional<double> probability;
+  std::optional<double> df;   ///< of all but normal
   std::optional<double> df2;  ///< of f alone
-  bool oneSided = false;      ///< of t alone
+  bool oneSided = false;      ///< of t and normal alone
+  bool complement = false;    ///< the probability is that of the other tail
+  bool json = false;
 };
 
 struct SpectrumOptions {

@@ -159,6 +159,12 @@ TEST(JsonSchema, HoldsForEveryOutputOfFilter) {
   ExpectValid("kalmia-info-filter", RunKalmia({"info", model, "--json"}).Json());
 }
 
+TEST(JsonSchema, HoldsForEveryOutputOfStatistics) {
+  ExpectValid("kalmia-quantile", RunKalmia({"quantile", "normal", "--probability", "0.9", "--json"}).Json());
+  ExpectValid("kalmia-quantile",
+              RunKalmia({"quantile", "f", "--probability", "0.1", "--df", "2", "--df2", "3", "--json"}).Json());
+}
+
 TEST(JsonSchema, HoldsForPreprocessingAndForModelsWithIt) {
   const ScratchFolder folder;
   const std::string table = folder.Write("t.csv", LinearTable(12, 9, 3));
