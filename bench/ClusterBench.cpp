@@ -1,6 +1,8 @@
 // Cluster trees: the distances of all rows as a share of the machine's floating-point rate, and the whole analysis.
 #include <algorithm>
 #include <fstream>
+#include <memory>
+#include <random>
 #include <string>
 #include <vector>
 
@@ -9,6 +11,7 @@
 #include "Tables.h"
 #include "kalmia/cluster/DendroGram.h"
 #include "kalmia/cluster/InitialDistances.h"
+#include "kalmia/cluster/PairSort.h"
 #include "kalmia/support/UserComm.h"
 
 namespace {
@@ -116,5 +119,111 @@ void Ward(benchmark::State& state) {
   Tree(state, WardDistanceCalculator(WardDistanceCalculator::DistanceIncrease));
 }
 BENCHMARK(Ward)->ArgsProduct({{1000, 2000, 4000, 8000}, {1, 2}})->Iterations(2)->UseRealTime();
+
+/// A bar whose user never wants to stop.
+struct PatientUser : NCProgress::Sink {
+  void SetRange(float, float) override {}
+  bool SetValue(float) override { return true; }
+  void SetText(const char*) override {}
+  bool PushSubRange(float, float) override { return true; }
+  bool PopSubRange() override { return true; }
+  bool IsBreakPressed() override { return false; }
+  bool NextSpin() override { return true; }
+  void SpinDone() override {}
+};
+
+/// "asked" is the time of the distances and their sort with a progress object over that without one, of tables with
+/// two columns, so that the sort is most of it.
+void SortWithProgress(benchmark::State& state) {
+  const ThreadsOfTheLibrary threads(static_cast<int>(state.range(1)));
+  const NCDataMatrix<float> table = RandomTable(static_cast<int>(state.range(0)), 2, 0, 1);
+  NCProgress progress(std::make_unique<PatientUser>());
+  std::vector<DendroGram::DistanceAndIndex> pairs;
+  FastestPass silent, asked;
+  const auto distances = [&](NCProgress* bar) {
+    DendroGram::CalculateInitialDistances(table, bar, pairs, SquaredDifference, SquareRootOfDistance);
+  };
+  for (auto _ : state) {
+    silent.Run([&] { distances(nullptr); });
+    asked.Run([&] { distances(&progress); });
+  }
+  state.counters["ns_per_pair"] = 1e9 * silent.Seconds() / PairsOf(table.SizeRows());
+  state.counters["asked"] = asked.Seconds() / silent.Seconds();
+}
+BENCHMARK(SortWithProgress)->ArgsProduct({{300, 1000, 4000}, {1, 2}})->Iterations(4)->UseRealTime();
+
+using OwnedTree = std::unique_ptr<DendroGram::DendroGramNode, void (*)(DendroGram::DendroGramNode*)>;
+
+/// A tree over so many leaves: a chain, or one whose clusters are merged at random.
+OwnedTree TreeOf(int leafs, bool chain) {
+  using DendroGram::DendroGramNode;
+  std::vector<DendroGramNode*> clusters;
+  for (int item = 1; item <= leafs; ++item) clusters.push_back(new DendroGramNode(item));
+  std::mt19937 random(1);
+  for (float height = 1; clusters.size() > 1; ++height) {
+    DendroGramNode* const last = clusters.back();
+    clusters.pop_back();
+    DendroGramNode*& other = clusters[chain ? clusters.size() - 1 : random() % clusters.size()];
+    other = new DendroGramNode(height, last, other);
+  }
+  return OwnedTree(clusters.front(), DendroGramNode::Destroy);
+}
+
+/// Some of the nodes: every `step`-th, from the top down.
+std::vector<const DendroGram::DendroGramNode*> SomeNodes(const DendroGram::DendroGramNode& root, int step) {
+  std::vector<const DendroGram::DendroGramNode*> pending = {&root}, some;
+  for (int n = 1; !pending.empty(); ++n) {
+    const DendroGram::DendroGramNode* const node = pending.back();
+    pending.pop_back();
+    if (n % step == 0) some.push_back(node);
+    if (node->IsLeaf()) continue;
+    pending.push_back(node->GetRight());
+    pending.push_back(node->GetLeft());
+  }
+  return some;
+}
+
+/// Takes lines as a picture does that keeps them.
+struct Lines : DendroGram::DendroGramDrawOutput {
+  struct Line {
+    float x1, y1, x2, y2;
+  };
+  void DrawLine(float x1, float y1, float x2, float y2, const DendroGram::DendroGramNode*) override {
+    lines.push_back({x1, y1, x2, y2});
+  }
+  void DrawLabel(const std::vector<int>*, float x, float y) override { lines.push_back({x, y, x, y}); }
+  bool GetLabelRect(const std::vector<int>*, float, float, float*, float*, float*, float*) override { return false; }
+  std::vector<Line> lines;
+};
+
+/// "excluded" is the time of a drawing with some leaves left out over that of the whole tree; "hit" the same of hit
+/// tests. Those left out are the leaves among every so many-th node, so that nearly all of the tree is still drawn.
+void DrawWithExcluded(benchmark::State& state, bool chain) {
+  const OwnedTree tree = TreeOf(60000, chain);
+  DendroGram::DendroGramDrawer whole(*tree), part(*tree);
+  for (const DendroGram::DendroGramNode* const node : SomeNodes(*tree, static_cast<int>(state.range(0))))
+    if (node->IsLeaf()) part.AddExcluded(node);
+  Lines lines;
+  const auto draw = [&lines](const DendroGram::DendroGramDrawer& drawer) {
+    lines.lines.clear();
+    drawer.Draw(lines, 0, 1000, 0, 1000);
+    benchmark::DoNotOptimize(lines.lines.data());
+  };
+  const auto hit = [](const DendroGram::DendroGramDrawer& drawer) {
+    delete drawer.HitTest(0, 1000, 0, 1000, 500, 500, 5, 5, /*nearestOnly=*/true);
+  };
+  FastestPass drawnWhole, drawnInPart, hitWhole, hitInPart;
+  for (auto _ : state) {
+    drawnWhole.Run([&] { draw(whole); });
+    drawnInPart.Run([&] { draw(part); });
+    hitWhole.Run([&] { hit(whole); });
+    hitInPart.Run([&] { hit(part); });
+  }
+  state.counters["ms"] = 1e3 * drawnWhole.Seconds();
+  state.counters["excluded"] = drawnInPart.Seconds() / drawnWhole.Seconds();
+  state.counters["hit"] = hitInPart.Seconds() / hitWhole.Seconds();
+}
+BENCHMARK_CAPTURE(DrawWithExcluded, chain, true)->Arg(100000)->Arg(1000)->Arg(10)->Arg(2)->UseRealTime();
+BENCHMARK_CAPTURE(DrawWithExcluded, bushy, false)->Arg(100000)->Arg(1000)->Arg(10)->Arg(2)->UseRealTime();
 
 }  // namespace

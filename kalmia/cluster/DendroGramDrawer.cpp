@@ -32,10 +32,28 @@ NodeList* InOrder(const NodesByPlace& nodes) {
 
 }  // namespace
 
-/// A subtree and its horizontal range.
+/// The largest height among excluded nodes, if there are any.
+class DendroGramDrawer::ExcludedHeight {
+ public:
+  void Add(float height) {
+    // A height that is no number is above all others: no node is higher.
+    if (std::isnan(height)) height = std::numeric_limits<float>::infinity();
+    largest_ = any_ ? std::max(largest_, height) : height;
+    any_ = true;
+  }
+  /// Whether one of the excluded nodes, all of them above a node of this height, takes it along.
+  bool Covers(float height) const { return any_ && !(largest_ < height); }
+
+ private:
+  float largest_ = 0;
+  bool any_ = false;
+};
+
+/// A subtree, its horizontal range, and what is excluded above it.
 struct DendroGramDrawer::Item {
   const DendroGramNode* node;
   float low, high;
+  ExcludedHeight excluded;
 };
 
 /// How heights become y.
@@ -50,37 +68,48 @@ struct DendroGramDrawer::Frame {
 };
 
 /// Visits the subtree from the top down, left before right; where visit(item) is true it does not descend. The children
-/// share the range by their leaves, so that all leaves are equally wide.
+/// share the range by their leaves, so that all leaves are equally wide. A visitor may add to what is excluded: the
+/// children take it over.
 template <class Visitor>
 void DendroGramDrawer::Walk(const Item& start, const Visitor& visit) {
   std::vector<Item> pending = {start};
   while (!pending.empty()) {
-    const Item item = pending.back();
+    Item item = pending.back();
     pending.pop_back();
     if (visit(item) || item.node->IsLeaf()) continue;
     const float split = static_cast<float>(static_cast<double>(item.low) +
                                            static_cast<double>(item.high - item.low) *
                                                ShareOf(item.node->GetLeft(), item.node));
-    pending.push_back({item.node->GetRight(), split, item.high});
-    pending.push_back({item.node->GetLeft(), item.low, split});
+    pending.push_back({item.node->GetRight(), split, item.high, item.excluded});
+    pending.push_back({item.node->GetLeft(), item.low, split, item.excluded});
   }
 }
 
+DendroGramDrawer::Item DendroGramDrawer::WholeTree(float left, float right) const {
+  Item item = {root_, left, right, {}};
+  for (const DendroGramNode* above = root_->GetParent(); above && !excluded_.empty(); above = above->GetParent())
+    NoteIfExcluded(above, &item.excluded);
+  return item;
+}
+
+/// Where drawing starts. What is excluded above an item is noted with it; the item itself is still to be looked up.
 std::vector<DendroGramDrawer::Item> DendroGramDrawer::StartItems(float left, float right) const {
+  if (drawn_.empty()) return {WholeTree(left, right)};
   std::vector<Item> items;
-  if (drawn_.empty()) return {{root_, left, right}};
-  Walk({root_, left, right}, [this, &items](const Item& item) {
+  Walk(WholeTree(left, right), [this, &items](Item& item) {
     if (items.size() == drawn_.size()) return true;
-    if (drawn_.count(item.node) == 0) return false;
+    if (drawn_.count(item.node) == 0) {
+      NoteIfExcluded(item.node, &item.excluded);
+      return false;
+    }
     items.push_back(item);
     return true;
   });
   return items;
 }
 
-bool DendroGramDrawer::IsExcluded(const DendroGramNode* node) const {
-  return std::any_of(excluded_.begin(), excluded_.end(),
-                     [node](const DendroGramNode* excluded) { return excluded->IsSubNode(node); });
+void DendroGramDrawer::NoteIfExcluded(const DendroGramNode* node, ExcludedHeight* excluded) const {
+  if (excluded_.count(node) > 0) excluded->Add(node->Height());
 }
 
 void DendroGramDrawer::DrawItem(DendroGramDrawOutput& output, const Item& item, const Frame& frame) const {
@@ -106,8 +135,9 @@ void DendroGramDrawer::DrawItem(DendroGramDrawOutput& output, const Item& item, 
 void DendroGramDrawer::Draw(DendroGramDrawOutput& output, float left, float right, float top, float bottom) const {
   const Frame frame = {bottom, static_cast<double>(bottom) - top, root_->Height()};
   for (const Item& start : StartItems(left, right))
-    Walk(start, [&](const Item& item) {
-      if (IsExcluded(item.node)) return true;
+    Walk(start, [&](Item& item) {
+      NoteIfExcluded(item.node, &item.excluded);
+      if (item.excluded.Covers(item.node->Height())) return true;
       DrawItem(output, item, frame);
       return false;
     });
@@ -118,7 +148,7 @@ void DendroGramDrawer::AdjustForLabels(DendroGramDrawOutput& output, float& left
   if (!displayLabels_) return;
   bool found = false;
   float lowest = 0;
-  Walk({root_, left, right}, [&](const Item& item) {
+  Walk({root_, left, right, {}}, [&](const Item& item) {
     if (excluded_.count(item.node) > 0) return true;
     float x = 0, y = 0, width = 0, height = 0;
     if (item.node->IsLeaf() &&
@@ -141,7 +171,7 @@ std::list<const DendroGramNode*>* DendroGramDrawer::HitTest(float left, float ri
 std::list<const DendroGramNode*>* DendroGramDrawer::WidthHitTest(float left, float right, float from, float to) const {
   if (to < from) std::swap(from, to);
   NodesByPlace nodes;
-  Walk({root_, left, right}, [&](const Item& item) {
+  Walk({root_, left, right, {}}, [&](const Item& item) {
     const float half = static_cast<float>((static_cast<double>(item.high) - item.low) / (2.0 * item.node->SizeLeafs()));
     if (!(from <= item.low + half && to >= item.high - half)) return false;  // nothing is inside a NaN
     nodes.emplace(item.low, item.node);
@@ -155,7 +185,7 @@ std::list<const DendroGramNode*>* DendroGramDrawer::SplitByHeight(float top, flo
   const float h = static_cast<float>((static_cast<double>(bottom) - y) * root_->Height() /
                                      (static_cast<double>(bottom) - top));
   NodesByPlace nodes;
-  Walk({root_, 0, std::numeric_limits<float>::max()}, [&](const Item& item) {
+  Walk({root_, 0, std::numeric_limits<float>::max(), {}}, [&](const Item& item) {
     const DendroGramNode* const parent = item.node->GetParent();
     if (h <= item.node->Height() || (parent && !(h < parent->Height()))) return false;  // nothing is below a NaN
     nodes.emplace(item.low, item.node);

@@ -2,7 +2,7 @@
 
 #include <list>
 #include <map>
-#include <set>
+#include <unordered_set>
 #include <vector>
 
 #include "kalmia/cluster/DendroGramNode.h"
@@ -28,15 +28,18 @@ class DendroGramDrawer {
   explicit DendroGramDrawer(const DendroGramNode& root) : root_(&root) {}
 
   void DisplayLabels(bool display) { displayLabels_ = display; }  ///< on at the beginning
-  void AddExcluded(const DendroGramNode* node) { excluded_.insert(node); }  ///< leaves it out; its place stays empty
-  void AddDrawn(const DendroGramNode* node) { drawn_.insert(node); }        ///< draws only the subtrees that were added
+  /// Leaves the subtree out; its place stays empty. Null is ignored.
+  void AddExcluded(const DendroGramNode* node) {
+    if (node) excluded_.insert(node);
+  }
+  void AddDrawn(const DendroGramNode* node) { drawn_.insert(node); }  ///< draws only the subtrees that were added
   void ClearExcluded() { excluded_.clear(); }
   void ClearDrawn() { drawn_.clear(); }
 
   /// One crossbar for each inner node, one stem up to the parent's crossbar for each node with a parent (so a subtree's
   /// drawer draws a stem beyond its top), one label for each leaf. Under a root of height 0 all bars are at y = -99.
   /// A node below an excluded one, but higher than it, is drawn all the same: see DendroGramNode::IsSubNode.
-  /// Cost: one visit for each node, and a search for each excluded one.
+  /// Cost: one visit and one look-up for each node, however many are excluded.
   void Draw(DendroGramDrawOutput& output, float left, float right, float top, float bottom) const;
 
   /// Raises `bottom` by as much as the labels, asked for at the present one, reach below it. Without labels nothing
@@ -57,17 +60,19 @@ class DendroGramDrawer {
   std::list<const DendroGramNode*>* SplitByHeight(float top, float bottom, float y) const;
 
  private:
+  class ExcludedHeight;
   struct Item;
   struct Frame;
   template <class Visitor>
   static void Walk(const Item& start, const Visitor& visit);
+  Item WholeTree(float left, float right) const;
   std::vector<Item> StartItems(float left, float right) const;
-  bool IsExcluded(const DendroGramNode* node) const;
+  void NoteIfExcluded(const DendroGramNode* node, ExcludedHeight* excluded) const;
   void DrawItem(DendroGramDrawOutput& output, const Item& item, const Frame& frame) const;
 
   const DendroGramNode* root_;
-  std::set<const DendroGramNode*> excluded_;
-  std::set<const DendroGramNode*> drawn_;
+  std::unordered_set<const DendroGramNode*> excluded_;
+  std::unordered_set<const DendroGramNode*> drawn_;
   bool displayLabels_ = true;
 };
 

@@ -6,8 +6,10 @@
 #include <limits>
 #include <list>
 #include <memory>
+#include <random>
 #include <sstream>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "cluster/Trees.h"
@@ -144,6 +146,90 @@ TEST_F(DrawnTree, DrawsAHigherNodeBelowAnExcludedOne) {
   Notes high;
   below.Draw(high, 0, 8, 0, 8);
   EXPECT_EQ(high.lines.size(), 2U) << "its crossbar and stem; its leaves are excluded";
+}
+
+/// What a drawing should hold: the nodes that no excluded one has in its subtree, found by asking each of these.
+std::vector<std::string> LabelsOfTheRest(const DendroGramNode& root, const std::vector<const DendroGramNode*>& excluded) {
+  std::vector<std::string> texts;
+  std::vector<const DendroGramNode*> pending = {&root};
+  while (!pending.empty()) {
+    const DendroGramNode* const node = pending.back();
+    pending.pop_back();
+    bool leftOut = false;
+    for (const DendroGramNode* const other : excluded) leftOut = leftOut || other->IsSubNode(node);
+    if (leftOut) continue;
+    if (node->IsLeaf()) texts.push_back(std::to_string(node->Items()->at(0)));
+    if (node->IsLeaf()) continue;
+    pending.push_back(node->GetRight());
+    pending.push_back(node->GetLeft());
+  }
+  return texts;
+}
+
+std::vector<std::string> DrawnLabels(const DendroGramDrawer& drawer) {
+  Notes notes;
+  drawer.Draw(notes, 0, 1024, 0, 8);
+  std::vector<std::string> texts;
+  for (const std::string& label : notes.labels) texts.push_back(label.substr(0, label.find(' ')));
+  return texts;
+}
+
+/// A tree of random shape whose heights rise and fall, some of them no numbers.
+Tree TreeOfAnyHeights(int leafs, std::mt19937& random) {
+  const float heights[] = {0, 1, 2, 3, 4, 5, -1, std::numeric_limits<float>::quiet_NaN()};
+  std::vector<Tree> trees;
+  for (int item = 1; item <= leafs; ++item) trees.push_back(Leaf({item}));
+  while (trees.size() > 1) {
+    Tree last = std::move(trees.back());
+    trees.pop_back();
+    Tree& other = trees[random() % trees.size()];
+    other = Merge(heights[random() % 8], std::move(last), std::move(other));
+  }
+  return std::move(trees.front());
+}
+
+TEST_F(DrawnTree, LeavesOutWhatAnExcludedNodeHasAsItsSubNodeWhateverTheHeights) {
+  std::mt19937 random(1);
+  for (int run = 0; run < 300; ++run) {
+    const Tree tree = TreeOfAnyHeights(2 + static_cast<int>(random() % 20), random);
+    const std::vector<const DendroGramNode*> nodes = Nodes(*tree);
+    // The drawer of a part of the tree: nodes above it may be excluded, too.
+    const DendroGramNode& root = *nodes[run % 2 == 0 ? 0 : random() % nodes.size()];
+    DendroGramDrawer drawer(root);
+    std::vector<const DendroGramNode*> excluded;
+    for (unsigned k = random() % 5; k > 0; --k) excluded.push_back(nodes[random() % nodes.size()]);
+    for (const DendroGramNode* const node : excluded) drawer.AddExcluded(node);
+    EXPECT_EQ(DrawnLabels(drawer), LabelsOfTheRest(root, excluded)) << Text(*tree);
+    const DendroGramNode* const drawn = Nodes(root)[random() % Nodes(root).size()];
+    drawer.AddDrawn(drawn);
+    EXPECT_EQ(DrawnLabels(drawer), LabelsOfTheRest(*drawn, excluded)) << Text(*drawn) << " of " << Text(*tree);
+  }
+}
+
+/// With a search of the tree for each excluded node this would take hours.
+TEST_F(DrawnTree, OfSixtyThousandLeafsTakesAnyNumberOfExcludedOnes) {
+  const int leafs = 60000;
+  const Tree tree = Chain(leafs, /*deepOnTheLeft=*/true);
+  DendroGramDrawer drawer(*tree);
+  for (const DendroGramNode* const node : Nodes(*tree))
+    if (node->IsLeaf() && node->Items()->at(0) % 2 == 0) drawer.AddExcluded(node);
+  struct Counter : DendroGram::DendroGramDrawOutput {
+    void DrawLine(float, float, float, float, const DendroGramNode*) override { ++lines; }
+    void DrawLabel(const std::vector<int>*, float, float) override { ++labels; }
+    bool GetLabelRect(const std::vector<int>*, float, float, float*, float*, float*, float*) override { return false; }
+    int lines = 0, labels = 0;
+  } counter;
+  drawer.Draw(counter, 0, 1, 0, 1);
+  EXPECT_EQ(counter.labels, leafs / 2);
+  EXPECT_EQ(counter.lines, 2 * (leafs - 1) - 1 + leafs / 2);  // a bar and a stem for each merge, the root without one
+}
+
+TEST_F(DrawnTree, IgnoresAnExcludedNodeThatIsNull) {
+  drawer_.AddExcluded(nullptr);
+  EXPECT_EQ(Drawn().lines.size(), 9U);
+  drawer_.AddExcluded(left_);
+  EXPECT_EQ(Drawn().lines.size(), 5U);
+  EXPECT_THAT(Hit(4, 8, 1, true), ElementsAre("3"));
 }
 
 TEST_F(DrawnTree, DrawsASelectedSubtreeOnceThoughAPartOfItIsSelectedToo) {
