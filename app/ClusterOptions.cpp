@@ -28,7 +28,8 @@ void DeclareCluster(CommandOptions* command, ClusterOptions* options) {
   command->Text("--newick", "FILE", &options->newick, "write the tree in the Newick format");
   command->Text("--csv", "FILE", &options->csv, "write the cluster of each row as CSV; with --cut or --height");
   command->Size("--memory", &options->memory,
-                "room for the distances, 12 bytes a pair of rows, such as 500M or 4G (default: what is free)");
+                "room for the distances, 12 bytes a pair of rows with either method, such as 500M or 4G (default: what "
+                "is free)");
   command->Text("--temp", "DIR", &options->temp,
                 "folder for distances that find no room in memory, with --method single (default: TMPDIR, or /tmp)");
   command->Flag("--json", &options->json, "print JSON");

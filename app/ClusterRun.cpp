@@ -17,7 +17,6 @@
 #include "app/Numbers.h"
 #include "kalmia/cluster/DendroGram.h"
 #include "kalmia/cluster/PairMemory.h"
-#include "kalmia/containers/Missing.h"
 #include "kalmia/support/TempFile.h"
 #include "kalmia/support/UserComm.h"
 
@@ -28,6 +27,7 @@ namespace {
 namespace fs = std::filesystem;
 
 constexpr std::uint64_t kBytesPerPair = kNeedsOfList.perPair;
+static_assert(kBytesPerPair == kNeedsOfWard.perPair, "--memory is the room of either list");
 constexpr int kGiveUp = 5;  ///< the answer to the library's question that ends the calculation
 constexpr std::size_t kRowsNamed = 10;
 
@@ -102,7 +102,7 @@ std::string DistancesText(int rows) {
 }
 
 [[noreturn]] void FailForMemory(int rows) {
-  throw Failure(ExitCode::BadData, DistancesText(rows) + " take " + BytesText(PairsOf(rows) * kNeedsOfWard.perPair) +
+  throw Failure(ExitCode::BadData, DistancesText(rows) + " take " + BytesText(PairsOf(rows) * kBytesPerPair) +
                                        ", more than there is memory for them; --method single can use the disk");
 }
 
@@ -124,31 +124,23 @@ std::string DistancesText(int rows) {
                                      OneLine(static_cast<const char*>(error.GetMessage())));
 }
 
-/// The rows that miss more than half of their cells; or, if there are none, the two that have least in common.
+/// The rows that miss more than half of their cells.
 std::string RowsWithHoles(const ClusterData& data) {
   std::vector<std::string> names;
-  const int columns = data.cells.SizeColumns();
   for (int r = 1; r <= data.Rows(); ++r) {
-    if (2 * data.cells[r].GetNumMisVal() > columns) names.push_back(data.rowNames[static_cast<std::size_t>(r) - 1]);
-  }
-  if (!names.empty()) {
-    return "more than half of the cells are missing in " + std::string(names.size() == 1 ? "row " : "rows ") +
-           Listed(names, kRowsNamed);
-  }
-  int fewest = columns + 1, first = 0, second = 0;
-  for (int a = 1; a <= data.Rows(); ++a) {
-    for (int b = a + 1; b <= data.Rows(); ++b) {
-      int common = 0;
-      for (int c = 1; c <= columns; ++c) {
-        common += data.cells[a][c] != kMissingCell<float> && data.cells[b][c] != kMissingCell<float> ? 1 : 0;
-      }
-      if (common >= fewest) continue;
-      fewest = common, first = a, second = b;
+    if (2 * data.cells[r].GetNumMisVal() > data.cells.SizeColumns()) {
+      names.push_back(data.rowNames[static_cast<std::size_t>(r) - 1]);
     }
   }
-  return "the rows " + Quoted(data.rowNames[static_cast<std::size_t>(first) - 1]) + " and " +
-         Quoted(data.rowNames[static_cast<std::size_t>(second) - 1]) + " have " + std::to_string(fewest) + " of " +
-         Counted(static_cast<std::size_t>(columns), "column") +
+  return "more than half of the cells are missing in " + std::string(names.size() == 1 ? "row " : "rows ") +
+         Listed(names, kRowsNamed);
+}
+
+std::string RowsWithLittleInCommon(const ClusterData& data, const DendroGram::CommonColumnsError& error) {
+  const auto name = [&data](int row) { return Quoted(data.rowNames[static_cast<std::size_t>(row) - 1]); };
+  return "the rows " + name(error.firstRow) + " and " + name(error.secondRow) + " have " +
+         std::to_string(error.commonColumns) + " of " +
+         Counted(static_cast<std::size_t>(data.cells.SizeColumns()), "column") +
          " in common, and perhaps other rows too: less than the square root of the number of columns";
 }
 
@@ -183,6 +175,8 @@ OwnedTree BuildTree(const std::string& table, const ClusterData& data, const Clu
     return tree;
   } catch (const ClusterAllocationError&) {
     FailForMemory(data.Rows());
+  } catch (const CommonColumnsError& error) {
+    throw Failure(ExitCode::BadData, table + ": " + RowsWithLittleInCommon(data, error));
   } catch (const NCError& error) {
     StopIfInterrupted();
     if (dialogue.Refused()) FailForSpace(data.Rows());

@@ -2,16 +2,20 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstdint>
 #include <limits>
 
 #include "app/Failure.h"
 #include "kalmia/containers/Missing.h"
 #include "kalmia/containers/NCDataVector.h"
 #include "kalmia/containers/NCIntegralVector.h"
+#include "kalmia/kernels/StoppableTeam.h"
 
 namespace kalmia::app {
 
 namespace {
+
+constexpr std::int64_t kCellsPerQuestion = std::int64_t{1} << 22;  ///< some milliseconds
 
 std::size_t At(int place) { return static_cast<std::size_t>(place); }
 
@@ -151,11 +155,16 @@ double CopheneticCorrelation(const NCDataMatrix<float>& cells, const std::vector
   PairSums sums;
   progress->SetText("Comparing heights with distances");
   progress->SetRange(0, static_cast<float>(rows));
+  const Ask ask = [progress] {
+    if (progress->IsBreakPressed()) throw Failure(ExitCode::Stopped, "stopped");
+  };
+  WorkMeter meter(ask, kCellsPerQuestion);
   for (int a = 0; a < rows; ++a) {
     if (!progress->SetValue(static_cast<float>(a))) throw Failure(ExitCode::Stopped, "stopped");
     FillHeights(merges, places, a, &heights);
     const float* const row = cells[a + 1].GetVector();
     for (int b = a + 1; b < rows; ++b) {
+      meter.Add(cells.SizeColumns());
       sums.Add(DistanceOf(row, cells[b + 1].GetVector(), cells.SizeColumns()), heights[At(places.PlaceOf(b))]);
     }
   }

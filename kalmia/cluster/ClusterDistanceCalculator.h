@@ -30,7 +30,8 @@ class ClusterDistanceCalculator {
   virtual ~ClusterDistanceCalculator() = default;
 
   /// Makes ready for merging the rows of `data`, each a cluster of its own, at the positions 0, 1, ... Throws NCError
-  /// where the user stops or the distances cannot be had. `progress` may be null.
+  /// where the user stops or the distances cannot be had. `progress` may be null; else it has to live as long as
+  /// clusters are merged, since a merge may ask it too, and throws NCError then.
   virtual void Init(const NCDataMatrix<float>& data, NCProgress* progress) = 0;
   /// Merges the two nearest clusters: `i` and `j` become their positions, the merged one takes the lower position, and
   /// those behind the higher one move up. Returns their distance. NCError when fewer than two clusters are left.

@@ -1,6 +1,5 @@
 #include "kalmia/cluster/DendroGram.h"
 
-#include <cmath>
 #include <cstddef>
 #include <istream>
 #include <memory>
@@ -8,8 +7,8 @@
 #include <utility>
 #include <vector>
 
+#include "kalmia/cluster/CommonColumns.h"
 #include "kalmia/cluster/StoppableProgress.h"
-#include "kalmia/containers/Missing.h"
 #include "kalmia/support/MD5.h"
 
 using kalmia::StoppableProgress;
@@ -49,28 +48,14 @@ void WriteToCache(VexStreamSource& cache, const CString& name, const DendroGramN
   if (stream) *stream << root;
 }
 
-int CommonColumns(const NCDataVector<float>& a, const NCDataVector<float>& b) {
-  int common = 0;
-  for (int c = 1; c <= a.Size(); ++c)
-    if (a[c] != kalmia::kMissingCell<float> && b[c] != kalmia::kMissingCell<float>) ++common;
-  return common;
-}
-
-void CheckMissingData(const NCDataMatrix<float>& data) {
-  const int rows = data.SizeRows(), columns = data.SizeColumns();
-  for (int r = 1; r <= rows; ++r)
-    if (static_cast<double>(data[r].GetNumMisVal()) / columns > 0.5)
-      throw NCError("Cluster analysis can not be performed on data that has rows with more than 50% missing values");
-  const int needed = static_cast<int>(static_cast<float>(std::sqrt(static_cast<double>(columns))) + 0.5);
-  for (int a = 1; a <= rows; ++a)
-    for (int b = a + 1; b <= rows; ++b) {
-      // With fewer holes than that there are enough columns left by counting alone.
-      if (data[b].GetNumMisVal() < columns - data[a].GetNumMisVal() - needed) continue;
-      if (CommonColumns(data[a], data[b]) < needed)
-        throw NCError(
-            "Cluster analysis can not be performed on data where two rows have less than\nthe square root of the "
-            "number of columns common non-missing elements.");
-    }
+/// Questions of a search of which nothing is seen where it is short.
+kalmia::Ask QuestionsOfCheck(const StoppableProgress& bar) {
+  if (!bar) return {};
+  return [bar, told = false]() mutable {
+    if (!told) bar.SetText("Comparing missing cells");
+    told = true;
+    bar.Poll();
+  };
 }
 
 /// Merges clusters i and j of the list at the place of the lower one.
@@ -111,7 +96,7 @@ DendroGramNode* GetDendroGram(const NCDataMatrix<float>& data, ClusterDistanceCa
   const StoppableProgress bar(progress);
   bar.SetRange(0, 10);
   bar.PushSubRange(0, 5);
-  if (data.GetNumMisVal() > 0) CheckMissingData(data);
+  if (data.GetNumMisVal() > 0) kalmia::CheckMissingData(data, QuestionsOfCheck(bar));
   std::vector<Tree> list;
   list.reserve(static_cast<std::size_t>(data.SizeRows()));
   for (int r = 1; r <= data.SizeRows(); ++r) list.emplace_back(new DendroGramNode(r));

@@ -3,6 +3,7 @@
 // Cluster analysis: all that belongs to it.
 
 #include "kalmia/cluster/ClusterDistanceCalculator.h"
+#include "kalmia/cluster/CommonColumns.h"
 #include "kalmia/cluster/DendroGramDrawer.h"
 #include "kalmia/cluster/DendroGramNode.h"
 #include "kalmia/cluster/DendroGramNodeLister.h"
@@ -22,8 +23,8 @@ namespace DendroGram {
 /// checked or calculated; any other result is stored, also in place of an entry that cannot be read. The name of an
 /// entry is "Dendro_", rows and columns with an underscore in between, another one, and the MD5 of cells and id.
 ///
-/// Missing: NCError where a row misses more than half of its cells, or where two rows have less than the root of the
-/// number of columns, rounded, in common. Throws NCError "Cluster analysis aborted." when the user stops, and for a
+/// Missing: NCError where a row misses more than half of its cells, and CommonColumnsError where two rows have less than
+/// the root of the number of columns, rounded, in common. Throws NCError "Cluster analysis aborted." when the user stops, and for a
 /// table without rows or columns; what the calculator throws passes through. Then nothing is left behind.
 DendroGramNode* GetDendroGram(const NCDataMatrix<float>& data, ClusterDistanceCalculator& calculator,
                               NCProgress* progress, VexStreamSource* cache);

@@ -45,14 +45,16 @@ CString ShortageText(int rows, std::int64_t pairs, const std::string& directory,
 }
 
 /// The largest buffer that can be had by halving, of one record at least.
-std::vector<DistanceAndIndex> LargestBuffer(const NCDataMatrix<float>& data) {
+std::vector<DistanceAndIndex> LargestBuffer(const NCDataMatrix<float>& data, const Ask& ask) {
   const std::uint64_t fit = PairsThatFit(data.SizeRows(), data.SizeColumns(), kNeedsOfBuffer);
   std::uint64_t size = static_cast<std::uint64_t>(PairCount(data.SizeRows()));
   const auto halve = [&size] { size = std::max<std::uint64_t>(size / 2, 1); };
   while (size > fit && size > 1) halve();
   for (;; halve()) {
     try {
-      return std::vector<DistanceAndIndex>(static_cast<std::size_t>(size));
+      std::vector<DistanceAndIndex> buffer;
+      GrowTo(static_cast<std::size_t>(size), ask, &buffer);
+      return buffer;
     } catch (const std::bad_alloc&) {
       if (size == 1) throw;
     }
@@ -92,16 +94,18 @@ std::unique_ptr<MegaDistances> DistancesOnDisk(const NCDataMatrix<float>& data, 
   TellOfDisk(rows, directory, freeSpace(directory));
   // First what is of another order than the pairs: the buffer may take nearly all that is free.
   using DendroGram::RowDistances;
-  const RowDistances distances(data, DendroGram::SquaredDifference, DendroGram::SquareRootOfDistance);
-  std::vector<DistanceAndIndex> some(static_cast<std::size_t>(rows) * RowDistances::kRowsAtOnce);
-  std::vector<DistanceAndIndex> memory = LargestBuffer(data);
   const StoppableProgress bar(progress);
+  const Ask poll = QuestionsTo(bar);
+  const RowDistances distances(data, DendroGram::SquaredDifference, DendroGram::SquareRootOfDistance, poll);
+  std::vector<DistanceAndIndex> some(static_cast<std::size_t>(rows) * RowDistances::kRowsAtOnce);
+  std::vector<DistanceAndIndex> memory = LargestBuffer(data, poll);
+  WorkMeter cells(poll, RowDistances::kCellsPerQuestion);
   bar.SetRange(0, 2);
   bar.PushSubRange(0, 1);
   auto store = std::make_unique<MegaDistances>(memory, progress, static_cast<unsigned>(pairs));
   for (int a = 1; a < rows; a += RowDistances::kRowsAtOnce) {
     const DistanceAndIndex* const end =
-        distances.Calculate(a, std::min(RowDistances::kRowsAtOnce, rows - a), some.data());
+        distances.Calculate(a, std::min(RowDistances::kRowsAtOnce, rows - a), some.data(), &cells);
     for (const DistanceAndIndex* pair = some.data(); pair != end; ++pair) store->AddDistance(*pair);
   }
   bar.PopSubRange();

@@ -1,7 +1,6 @@
 #include "kalmia/cluster/InitialDistances.h"
 
 #include <algorithm>
-#include <boost/thread.hpp>
 #include <cmath>
 #include <cstddef>
 #include <utility>
@@ -10,11 +9,11 @@
 #include "kalmia/cluster/PairSort.h"
 #include "kalmia/cluster/StoppableProgress.h"
 #include "kalmia/containers/Missing.h"
-#include "kalmia/kernels/FirstFailure.h"
-#include "kalmia/kernels/ThreadingControl.h"
 #include "kalmia/kernels/simd/SquareSums.h"
 
+using kalmia::Ask;
 using kalmia::StoppableProgress;
+using kalmia::WorkMeter;
 using kalmia::simd::kTileRows;
 
 namespace DendroGram {
@@ -32,51 +31,44 @@ CString NoMemoryText(int rows) {
   return text;
 }
 
-/// The pairs of the rows first to last with all later rows, on one thread.
-struct InitDistancesThreadClass {
-  const RowDistances& distances;
-  int first;
-  int last;
-  DistanceAndIndex* pairs;
+constexpr std::int64_t kMostShares = 256;              ///< of the rows, which threads take one by one
+constexpr std::int64_t kPairsSortedPerQuestion = 1024;  ///< about: eight passes, each with a question for eight times so many
 
-  int operator()() const {
-    DistanceAndIndex* at = pairs;
-    for (int a = first; a <= last; a += RowDistances::kRowsAtOnce)
-      at = distances.Calculate(a, std::min(RowDistances::kRowsAtOnce, last - a + 1), at);
-    return last - first + 1;
-  }
-};
+/// So many, whatever the number of threads, that each is worth a question.
+int SharesOf(std::int64_t cells) {
+  return static_cast<int>(std::min(kMostShares, cells / RowDistances::kCellsPerQuestion + 1));
+}
 
-/// Joins its threads at the end, whatever happens.
-struct ThreadGroup : std::vector<boost::thread> {
-  ~ThreadGroup() { Join(); }
-  void Join() {
-    for (boost::thread& thread : *this)
-      if (thread.joinable()) thread.join();
-  }
-};
-
-void FillList(const RowDistances& distances, int size, std::vector<DistanceAndIndex>& list) {
-  using NCMultiThreading::ThreadingControl;
+void FillList(const RowDistances& distances, int size, int shares, std::vector<DistanceAndIndex>& list,
+              const Ask& ask) {
   const std::int64_t rows = size;
-  const int processors = ThreadingControl::IsThreadingOn() ? ThreadingControl::GetNumberOfProcessors() : 1;
-  const std::vector<int> ends = SplitRowsForThreads(std::max(1, processors), size);
-  kalmia::FirstFailure failure;
-  ThreadGroup threads;
-  threads.reserve(ends.size());
-  int first = 1;
-  for (const int end : ends) {
-    if (end <= first) continue;
-    const std::int64_t offset = (first - 1) * rows - std::int64_t{first} * (first - 1) / 2;
-    const InitDistancesThreadClass work = {distances, first, end - 1, list.data() + offset};
-    if (end == ends.back())
-      failure.Run(work);  // the calling thread takes the last share
-    else
-      threads.emplace_back([work, &failure] { failure.Run(work); });
-    first = end;
-  }
-  threads.Join();
-  failure.Rethrow();
+  const std::vector<int> ends = SplitRowsForThreads(shares, size);
+  const auto fill = [&](int share, const Ask& askToo) {
+    WorkMeter cells(askToo, RowDistances::kCellsPerQuestion);
+    const int first = share == 0 ? 1 : ends[static_cast<std::size_t>(share) - 1];
+    const int end = ends[static_cast<std::size_t>(share)];
+    DistanceAndIndex* at = list.data() + ((first - 1) * rows - std::int64_t{first} * (first - 1) / 2);
+    for (int a = first; a < end; a += RowDistances::kRowsAtOnce)
+      at = distances.Calculate(a, std::min(RowDistances::kRowsAtOnce, end - a), at, &cells);
+    if (shares > 1 && askToo) askToo();
+  };
+  kalmia::ForPieces(static_cast<int>(ends.size()), kalmia::ThreadsForLongWork(), ask, fill);
+}
+
+/// Questions in the course of a step that takes the bar from `from` on by 1: about `expected` of them.
+Ask QuestionsOfStep(const StoppableProgress& bar, float from, std::int64_t expected) {
+  if (!bar) return {};
+  return [&bar, from, expected, asked = std::int64_t{0}]() mutable {
+    bar.Poll();
+    if (++asked < expected) bar.SetValue(from + static_cast<float>(asked) / static_cast<float>(expected));
+  };
+}
+
+/// The questions of a sort: a short one asks too often for each to move the bar.
+Ask QuestionsOfSort(const StoppableProgress& bar, std::int64_t pairs) {
+  if (pairs > static_cast<std::int64_t>(kalmia::kPairsAskedOneByOne))
+    return QuestionsOfStep(bar, 2, pairs / kPairsSortedPerQuestion);
+  return kalmia::QuestionsTo(bar);
 }
 
 }  // namespace
@@ -95,15 +87,17 @@ float Unchanged(float distance) { return distance; }
 
 float SquareRootOfDistance(float distance) { return std::sqrt(distance); }
 
-RowDistances::RowDistances(const NCDataMatrix<float>& data, ElementFunction element, FinishFunction finish)
+RowDistances::RowDistances(const NCDataMatrix<float>& data, ElementFunction element, FinishFunction finish,
+                           const Ask& ask)
     : data_(data), element_(element), finish_(finish) {
-  if (HasTiles()) FillTiles();
+  if (HasTiles()) FillTiles(ask);
 }
 
 /// Whether there is lane code for the squares. The finish is taken as it comes.
 bool RowDistances::HasTiles() const { return element_ == SquaredDifference || element_ == HalfSquaredDifference; }
 
-void RowDistances::FillTiles() {
+void RowDistances::FillTiles(const Ask& ask) {
+  WorkMeter meter(ask, kCellsPerQuestion);
   const int rows = data_.SizeRows(), columns = data_.SizeColumns(), tiles = (rows + kTileRows - 1) / kTileRows;
   tiles_.resize(static_cast<std::size_t>(tiles) * kTileRows * static_cast<std::size_t>(columns));
   hasHoles_.resize(static_cast<std::size_t>(tiles));
@@ -113,6 +107,7 @@ void RowDistances::FillTiles() {
     float* const cells = tiles_.data() + (TileCells(tile) - tiles_.data()) + r % kTileRows;
     const float* const row = std::as_const(data_)[r + 1].begin();
     for (int c = 0; c < columns; ++c) cells[std::ptrdiff_t{c} * kTileRows] = row[c];
+    meter.Add(columns);
   }
 }
 
@@ -154,14 +149,17 @@ float RowDistances::DistanceOf(int a, int b) const {
   return finish_(static_cast<float>(sum * (data_.SizeColumns() / static_cast<double>(common))));
 }
 
-DistanceAndIndex* RowDistances::CalculateOneByOne(int a, int count, DistanceAndIndex* pairs) const {
+DistanceAndIndex* RowDistances::CalculateOneByOne(int a, int count, DistanceAndIndex* pairs, WorkMeter* cells) const {
   for (int row = a; row < a + count; ++row)
-    for (int b = row + 1; b <= data_.SizeRows(); ++b) *pairs++ = {DistanceOf(row, b), row, b};
+    for (int b = row + 1; b <= data_.SizeRows(); ++b) {
+      *pairs++ = {DistanceOf(row, b), row, b};
+      if (cells) cells->Add(data_.SizeColumns());
+    }
   return pairs;
 }
 
-DistanceAndIndex* RowDistances::Calculate(int a, int count, DistanceAndIndex* pairs) const {
-  if (!HasTiles()) return CalculateOneByOne(a, count, pairs);
+DistanceAndIndex* RowDistances::Calculate(int a, int count, DistanceAndIndex* pairs, WorkMeter* meter) const {
+  if (!HasTiles()) return CalculateOneByOne(a, count, pairs, meter);
   const int rows = data_.SizeRows();
   const float* cells[kRowsAtOnce] = {};
   DistanceAndIndex* to[kRowsAtOnce] = {};
@@ -179,6 +177,7 @@ DistanceAndIndex* RowDistances::Calculate(int a, int count, DistanceAndIndex* pa
     for (int r = 0; r < count; ++r)
       for (int b = std::max(begin, a + r + 1); b < end; ++b)
         *to[r]++ = {distances[r * kTileRows + b - begin], a + r, b};
+    if (meter) meter->Add(std::int64_t{count} * kTileRows * data_.SizeColumns());
   }
   return pairs;
 }
@@ -218,21 +217,23 @@ void CalculateInitialDistances(const NCDataMatrix<float>& data, NCProgress* prog
   if (static_cast<std::uint64_t>(count) > kalmia::PairsThatFit(rows, data.SizeColumns(), needs))
     throw ClusterAllocationError(NoMemoryText(rows));
   try {
-    list.resize(static_cast<std::size_t>(count));
+    list.reserve(static_cast<std::size_t>(count));
   } catch (const std::exception&) {
     throw ClusterAllocationError(NoMemoryText(rows));
   }
+  const Ask poll = kalmia::QuestionsTo(bar);
+  kalmia::GrowTo(static_cast<std::size_t>(count), poll, &list);
   CString text;
   text.Format("Calculating %u distances", static_cast<unsigned>(count));
   bar.SetText(text);
   bar.SetValue(1);
-  FillList(RowDistances(data, element, finish), rows, list);
+  const std::int64_t cells = count * data.SizeColumns();
+  const int shares = SharesOf(cells);
+  FillList(RowDistances(data, element, finish, poll), rows, shares, list,
+           QuestionsOfStep(bar, 1, cells / RowDistances::kCellsPerQuestion + shares));
   bar.SetValue(2);
   bar.SetText("Sorting");
-  if (bar)
-    kalmia::SortPairs(list.data(), list.size(), [&bar] { bar.Poll(); });
-  else
-    kalmia::SortPairs(list.data(), list.size());
+  kalmia::SortPairs(list.data(), list.size(), QuestionsOfSort(bar, count));
   bar.SetValue(3);
 }
 

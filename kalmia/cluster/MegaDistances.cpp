@@ -5,6 +5,7 @@
 #include <cstdio>
 #include <functional>
 #include <limits>
+#include <numeric>
 #include <string>
 #include <utility>
 
@@ -20,6 +21,7 @@ namespace DendroGram {
 namespace {
 
 constexpr unsigned kRecordsPerStep = 10000;      ///< while saving, the bar moves once for so many
+constexpr std::size_t kRecordsAtOnce = 65536;    ///< are read, and dealt out, between two questions
 constexpr double kMostParts = 1 << 20;           ///< more files than a process may have open, as Linux comes
 constexpr double kDegreesOfFreedom = 10000;      ///< t of so many stands in for the normal distribution
 constexpr const char* kPrefix = "kal-";          ///< of the names of temporary files
@@ -36,11 +38,16 @@ struct DistanceRange {
   bool IsConstant() const { return hasNaNs ? !HasNumbers() : smallest == largest; }
 };
 
-DistanceRange RangeOf(DistanceFile& file, std::vector<DistanceAndIndex>& buffer) {
+/// How many records are read at once into a buffer of which no more than the capacity may be used.
+std::size_t ChunkOf(const std::vector<DistanceAndIndex>& buffer, std::uint32_t left) {
+  return std::min({buffer.capacity(), kRecordsAtOnce, static_cast<std::size_t>(left)});
+}
+
+DistanceRange RangeOf(DistanceFile& file, std::vector<DistanceAndIndex>& buffer, const StoppableProgress& bar) {
   DistanceRange range;
   file.SeekTo(0);
   for (std::uint32_t done = 0; done < file.count;) {
-    const std::size_t chunk = std::min<std::size_t>(buffer.capacity(), file.count - done);
+    const std::size_t chunk = ChunkOf(buffer, file.count - done);
     buffer.resize(chunk);
     if (!file.Read(buffer.data(), chunk)) throw NCError(kLoadError);
     for (const DistanceAndIndex& pair : buffer) {
@@ -49,26 +56,47 @@ DistanceRange RangeOf(DistanceFile& file, std::vector<DistanceAndIndex>& buffer)
       if (pair.distance > range.largest) range.largest = pair.distance;
     }
     done += static_cast<std::uint32_t>(chunk);
+    if (done < file.count) bar.Poll();
   }
   buffer.clear();
   return range;
 }
 
-/// Brings pairs into the order of the files first, ..., last - 1, to which they go, and tells in `ends` where those of
-/// each file end. By halves, so that a pair meets few limits, however many files there are.
-void DealOut(DistanceAndIndex* begin, DistanceAndIndex* end, const DistanceFiles& files, std::size_t first,
-             std::size_t last, std::vector<DistanceAndIndex*>& ends) {
-  if (last - first < 2) {
-    if (first < last) ends[first] = end;
-    return;
+/// Deals records out to the files that they go to, without changing their order within a file: who reads a file of equal
+/// distances finds the rows in the order in which they were written.
+class Dealer {
+ public:
+  explicit Dealer(const DistanceFiles& files) : begins_(files.size() + 1) {
+    for (std::size_t k = 0; k + 1 < files.size(); ++k) limits_.push_back(files[k]->minimum);
   }
-  const std::size_t middle = first + (last - first) / 2;
-  const float limit = files[middle - 1]->minimum;
-  const auto reaches = [limit](const DistanceAndIndex& pair) { return pair.distance >= limit; };
-  DistanceAndIndex* const rest = std::partition(begin, end, reaches);
-  DealOut(begin, rest, files, first, middle, ends);
-  DealOut(rest, end, files, middle, last, ends);
-}
+
+  void Deal(const std::vector<DistanceAndIndex>& records) {
+    fileOf_.clear();
+    std::fill(begins_.begin(), begins_.end(), 0);
+    for (const DistanceAndIndex& record : records) {
+      fileOf_.push_back(FileOf(record.distance));
+      ++begins_[fileOf_.back() + 1];
+    }
+    std::partial_sum(begins_.begin(), begins_.end(), begins_.begin());
+    sorted_.resize(records.size());
+    std::vector<std::size_t> next(begins_.begin(), begins_.end() - 1);
+    for (std::size_t k = 0; k < records.size(); ++k) sorted_[next[fileOf_[k]]++] = records[k];
+  }
+  const DistanceAndIndex* RecordsOf(std::size_t file) const { return sorted_.data() + begins_[file]; }
+  std::size_t CountOf(std::size_t file) const { return begins_[file + 1] - begins_[file]; }
+
+ private:
+  std::uint32_t FileOf(float distance) const {
+    const auto reached = std::partition_point(limits_.begin(), limits_.end(),
+                                              [distance](float limit) { return !(distance >= limit); });
+    return static_cast<std::uint32_t>(reached - limits_.begin());
+  }
+
+  std::vector<float> limits_;  ///< of all files but the last
+  std::vector<std::uint32_t> fileOf_;
+  std::vector<DistanceAndIndex> sorted_;
+  std::vector<std::size_t> begins_;  ///< by file, and the end
+};
 
 }  // namespace
 
@@ -108,6 +136,7 @@ bool DistanceFile::Read(DistanceAndIndex* pairs, std::size_t n) {
 
 DistanceFiles DistributeDistances(DistanceFile& source, std::vector<float>& limits,
                                   std::vector<DistanceAndIndex>& buffer, unsigned total, NCProgress* progress) {
+  if (buffer.capacity() == 0) throw NCError("Cluster analysis: a buffer without room cannot distribute distances.");
   const StoppableProgress bar(progress);
   std::sort(limits.begin(), limits.end(), std::greater<>());
   DistanceFiles files;
@@ -116,30 +145,25 @@ DistanceFiles DistributeDistances(DistanceFile& source, std::vector<float>& limi
     files.back()->maximum = limits[k];
     files.back()->minimum = k + 1 < limits.size() ? limits[k + 1] : source.minimum;
   }
-  std::vector<DistanceAndIndex*> ends(files.size());
+  Dealer dealer(files);
   source.SeekTo(0);
   for (std::uint32_t done = 0; done < source.count;) {
-    const std::uint32_t chunk =
-        static_cast<std::uint32_t>(std::min<std::uint64_t>(buffer.capacity(), source.count - done));
+    const std::size_t chunk = ChunkOf(buffer, source.count - done);
     const auto report = [&](double fraction) {
       bar.Poll();
-      if (total != 0) bar.SetValue(static_cast<float>((chunk * fraction + done) / total));
+      if (total != 0) bar.SetValue(static_cast<float>((static_cast<double>(chunk) * fraction + done) / total));
     };
     buffer.resize(chunk);
     const bool good = source.Read(buffer.data(), chunk);
     report(0.3);
     if (!good) throw NCError("Error when reading from temporary file.");
-    DealOut(buffer.data(), buffer.data() + chunk, files, 0, files.size(), ends);
-    const DistanceAndIndex* rest = buffer.data();
+    dealer.Deal(buffer);
     for (std::size_t k = 0; k < files.size(); ++k) {
-      DistanceFile& file = *files[k];
-      const std::size_t n = static_cast<std::size_t>(ends[k] - rest);
-      file.Append(rest, n);
-      file.count += static_cast<std::uint32_t>(n);
-      rest = ends[k];
+      files[k]->Append(dealer.RecordsOf(k), dealer.CountOf(k));
+      files[k]->count += static_cast<std::uint32_t>(dealer.CountOf(k));
       report(0.7 * static_cast<double>(k + 1) / static_cast<double>(files.size()) + 0.3);
     }
-    done += chunk;
+    done += static_cast<std::uint32_t>(chunk);
   }
   files.erase(std::remove_if(files.begin(), files.end(), [](const auto& file) { return file->count == 0; }),
               files.end());
@@ -149,6 +173,7 @@ DistanceFiles DistributeDistances(DistanceFile& source, std::vector<float>& limi
 
 MegaDistances::MegaDistances(std::vector<DistanceAndIndex>& memory, NCProgress* progress, unsigned total)
     : memorySize_(static_cast<std::uint32_t>(memory.size())), progress_(progress), total_(total) {
+  if (memory.empty()) throw NCError("Cluster analysis: distances on disk take memory for one of them at least.");
   segments_.push_back(std::make_shared<DistanceFile>());
   buffer_ = std::move(memory);
   buffer_.clear();
@@ -223,7 +248,7 @@ void MegaDistances::SplitLastSegment() {
     const DistanceFiles files = DistributeDistances(*source, limits, buffer_, total_, progress_);
     if (files.size() > 1) return ReplaceLastSegment(files);
   }
-  const DistanceRange range = RangeOf(*source, buffer_);
+  const DistanceRange range = RangeOf(*source, buffer_, StoppableProgress(progress_));
   source->isConstant = range.IsConstant();
   if (source->isConstant) return;
   const bool wasExact = source->minimum == range.smallest && source->maximum == range.largest;
@@ -234,21 +259,36 @@ void MegaDistances::SplitLastSegment() {
   ReplaceLastSegment(DistributeDistances(*source, limits, buffer_, total_, progress_));
 }
 
+/// The last records of a file.
+void MegaDistances::Load(DistanceFile& file, std::uint32_t n) {
+  const StoppableProgress bar(progress_);
+  bar.SetText("Loading distances");
+  file.SeekTo(file.count - n);
+  for (std::size_t done = 0; done < n;) {
+    const std::size_t chunk = std::min<std::size_t>(n - done, kRecordsAtOnce);
+    buffer_.resize(done + chunk);
+    if (!file.Read(buffer_.data() + done, chunk)) throw NCError(kLoadError);
+    done += chunk;
+    if (done < n) bar.Poll();
+  }
+  bar.SetText("Sorting");
+  kalmia::SortPairs(buffer_.data(), buffer_.size(), kalmia::QuestionsTo(bar));
+}
+
 void MegaDistances::LoadNextSegment() {
   if (segments_.empty()) throw NCError(kLoadError);
   while (segments_.back()->count > memorySize_ && !segments_.back()->isConstant) SplitLastSegment();
-  const StoppableProgress bar(progress_);
-  bar.SetText("Loading distances");
   DistanceFile& file = *segments_.back();
   const std::uint32_t n = std::min(file.count, memorySize_);  // less than all only of equal distances
-  buffer_.resize(n);
-  file.SeekTo(file.count - n);
-  if (!file.Read(buffer_.data(), n)) throw NCError(kLoadError);
+  try {
+    Load(file, n);
+  } catch (...) {
+    buffer_.clear();  // the file has them still
+    throw;
+  }
   file.count -= n;
   if (file.count == 0) segments_.pop_back();
-  bar.SetText("Sorting");
-  std::sort(buffer_.begin(), buffer_.end(), kalmia::IsFartherPair);
-  bar.SetText("Merging clusters");
+  StoppableProgress(progress_).SetText("Merging clusters");
 }
 
 }  // namespace DendroGram

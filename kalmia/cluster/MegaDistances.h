@@ -37,8 +37,9 @@ using DistanceFiles = std::vector<std::shared_ptr<DistanceFile>>;
 
 /// Distributes the records of `source` over new files, one for each limit, from the largest distances to the smallest:
 /// a record goes into the first file whose lower limit, the next limit, it reaches; the last file takes all others and
-/// has the source's lower limit. Files without records are left out. `buffer` lends its capacity, and is empty then.
-/// Throws NCError "Error when reading from temporary file." and, on a stop, "Cluster analysis aborted.".
+/// has the source's lower limit. Files without records are left out. Records of one file keep their order.
+/// `buffer` lends its capacity, and is empty then. Throws NCError where it has none, before anything is done; "Error
+/// when reading from temporary file."; and, on a stop, "Cluster analysis aborted.".
 DistanceFiles DistributeDistances(DistanceFile& source, std::vector<float>& limits,
                                   std::vector<DistanceAndIndex>& buffer, unsigned total, NCProgress* progress);
 
@@ -46,19 +47,21 @@ DistanceFiles DistributeDistances(DistanceFile& source, std::vector<float>& limi
 /// which are loaded and sorted one by one as they are needed. Of each pair 12 bytes lie on disk, twice that while they
 /// are split; each record is written twice and read twice. A segment larger than memory is split again when its turn
 /// comes, as often as it takes; one of a single distance is taken in pieces. Each segment keeps its file open: about
-/// 2 * pairs / memory of them.
+/// 2 * pairs / memory of them. Beside its memory it takes a megabyte. Pairs are to be added in the order of their
+/// rows; then equal distances come in the order in which a list in memory gives them, whatever the size of the memory.
 class MegaDistances {
  public:
-  /// Takes over the storage of `memory`, whose size tells how many records may be in memory; above 0. `total` pairs are
-  /// to come.
+  /// Takes over the storage of `memory`, whose size tells how many records may be in memory: NCError if it is 0.
+  /// `total` pairs are to come.
   MegaDistances(std::vector<DistanceAndIndex>& memory, NCProgress* progress, unsigned total);
 
   /// Throws NCError "Cluster analysis aborted" when the user stops.
   void AddDistance(const DistanceAndIndex& pair);
   /// To be called once, after the last AddDistance. Throws as DistributeDistances.
   void SplitDistances();
-  /// The nearest pair left. Throws NCError "Internal error in MegaDistances::LoadNextSegment." if there is none or it
-  /// cannot be read.
+  /// The nearest pair left; of equal distances that of the latest rows. Throws NCError "Internal error in
+  /// MegaDistances::LoadNextSegment." if there is none or it cannot be read, and "Cluster analysis aborted." where the
+  /// user stops while it is loaded: then it can be loaded again.
   const DistanceAndIndex& GetNearest();
   void RemoveNearest();
   /// Fills the buffer, which has to be empty, with the segment of the smallest distances left. The two above call it
@@ -68,6 +71,7 @@ class MegaDistances {
  private:
   void SplitLastSegment();
   void ReplaceLastSegment(const DistanceFiles& parts);
+  void Load(DistanceFile& file, std::uint32_t n);
 
   std::uint32_t memorySize_;
   double sumOfSquares_ = 0;

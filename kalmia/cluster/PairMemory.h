@@ -1,8 +1,10 @@
 #pragma once
 
 #include <cstdint>
+#include <vector>
 
 #include "kalmia/cluster/ClusterDistanceCalculator.h"
+#include "kalmia/kernels/StoppableTeam.h"
 
 namespace kalmia {
 
@@ -16,20 +18,23 @@ struct MemoryNeeds {
 
 /// A list of pairs. The cells lie once more, as floats, in the tiles that distances are computed of.
 constexpr MemoryNeeds kNeedsOfList{sizeof(DendroGram::DistanceAndIndex), sizeof(float)};
-/// Ward's list. Where many rows are equal or nearly so, up to a third of the pairs come to its end stale at once: they
-/// are copied, and sorted by way of half as much. Beside the tiles there are the sums of the clusters of two rows or
-/// more: two doubles and a count for two cells at least.
-constexpr MemoryNeeds kNeedsOfWard{18, 10};
+/// Ward's list. Beside the tiles there are the sums of the clusters of two rows or more: two doubles and a count for two
+/// cells at least.
+constexpr MemoryNeeds kNeedsOfWard{sizeof(DendroGram::DistanceAndIndex), 10};
 /// A buffer for pairs that lie on disk, which is made when the tiles are there already.
 constexpr MemoryNeeds kNeedsOfBuffer{sizeof(DendroGram::DistanceAndIndex), 0};
 
-/// The most bytes, nearly, that an analysis of a table of this size takes beside its list of pairs.
+/// The most bytes, nearly, that an analysis of a table of this size takes beside its list of pairs. What threads take
+/// is bounded, however many processors ThreadingControl was told of: see ThreadsForLongWork.
 std::uint64_t BytesBesidePairs(int rows, int columns, const MemoryNeeds& needs);
 
 /// How many pairs of such a table may be held where so many bytes are available: what is beside them is set aside, and
 /// a sixteenth of the rest, for what grows with the pairs or with time (the index of Ward's list, page tables, a buffer
 /// for each temporary file, the needs of other programs).
 std::uint64_t PairsThatFitIn(std::uint64_t availableBytes, int rows, int columns, const MemoryNeeds& needs);
+
+/// Fills a list up to so many pairs, all zero, and asks once for some megabytes.
+void GrowTo(std::size_t pairs, const Ask& ask, std::vector<DendroGram::DistanceAndIndex>* list);
 
 /// How many pairs of such a table may be held in memory now; see SetMaximumPairsInMemory.
 std::uint64_t PairsThatFit(int rows, int columns, const MemoryNeeds& needs);

@@ -6,10 +6,9 @@
 #include <cstring>
 #include <limits>
 #include <numeric>
+#include <utility>
 #include <vector>
 
-#include "kalmia/kernels/Slices.h"
-#include "kalmia/kernels/Team.h"
 #include "kalmia/kernels/simd/Fetch.h"
 
 using DendroGram::DistanceAndIndex;
@@ -22,16 +21,26 @@ constexpr std::size_t kPairsAside = 32768;  ///< what is sorted outside of the l
 constexpr std::size_t kMostCells = 4096;    ///< that pairs aside are counted into
 constexpr std::size_t kMostBuckets = 512;   ///< of the list
 constexpr std::size_t kPairsAhead = 8;      ///< more than a cache line
+constexpr std::size_t kPairsPerQuestion = 8192;
+constexpr std::int64_t kComparisonsPerQuestion = 65536;
+constexpr std::size_t kPairsOfPart = 65536;  ///< about, that a thread takes at a time
+constexpr std::size_t kMostParts = 256;
+constexpr std::uint32_t kMostInKey = 0xFFFF;  ///< the largest row
 constexpr std::uint32_t kSign = 0x80000000;
 constexpr std::uint32_t kNaN = 0x7FC00000;
+
+/// The bits of a distance, without -0, and of one NaN for all.
+std::uint32_t BitsOf(float distance) {
+  distance += 0.0F;
+  std::uint32_t bits;
+  std::memcpy(&bits, &distance, sizeof bits);
+  return std::isnan(distance) ? kNaN : bits;
+}
 
 /// A number that rises in the order of ComesBefore: the bits of floats rise with them, once those of negative ones are
 /// turned over and put below the others.
 std::uint64_t KeyOf(const DistanceAndIndex& pair) {
-  const float distance = pair.distance + 0.0F;  // no -0
-  std::uint32_t bits;
-  std::memcpy(&bits, &distance, sizeof bits);
-  bits = std::isnan(distance) ? kNaN : bits;
+  const std::uint32_t bits = BitsOf(pair.distance);
   const std::uint32_t rising = (bits & kSign) != 0 ? ~bits : bits | kSign;
   const std::uint32_t rows = static_cast<std::uint32_t>(pair.i) << 16 | static_cast<std::uint32_t>(pair.j);
   return std::uint64_t{~rising} << 32 | rows;
@@ -64,54 +73,86 @@ class KeyRanges {
 /// From counts[range + 1] of each range to where it begins.
 void SumUp(std::vector<std::size_t>& counts) { std::partial_sum(counts.begin(), counts.end(), counts.begin()); }
 
+/// Calls step(first, end) for runs of kPairsPerQuestion positions, and asks after each.
+template <class Step>
+void ForRuns(std::size_t n, const Ask& ask, const Step& step) {
+  for (std::size_t first = 0; first < n; first += kPairsPerQuestion) {
+    step(first, std::min(n, first + kPairsPerQuestion));
+    if (ask) ask();
+  }
+}
+
+/// The lowest and the highest key.
+struct KeyBounds {
+  std::uint64_t lowest = std::numeric_limits<std::uint64_t>::max(), highest = 0;
+
+  void Take(std::uint64_t key) {
+    lowest = std::min(lowest, key);
+    highest = std::max(highest, key);
+  }
+};
+
 /// Sorts up to kPairsAside pairs by way of their keys.
 class SorterAside {
  public:
   SorterAside() : keys_(kPairsAside), sorted_(kPairsAside) {}
 
-  void operator()(DistanceAndIndex* pairs, std::size_t n) {
+  void operator()(DistanceAndIndex* pairs, std::size_t n, const Ask& ask) {
     if (n < 2) return;
-    std::uint64_t lowest = std::numeric_limits<std::uint64_t>::max(), highest = 0;
-    for (std::size_t k = 0; k < n; ++k) {
-      const std::uint64_t key = keys_[k] = KeyOf(pairs[k]);
-      lowest = std::min(lowest, key);
-      highest = std::max(highest, key);
-    }
-    const KeyRanges cells(lowest, highest, std::min(kMostCells, n));
+    KeyBounds bounds;
+    ForRuns(n, ask, [&](std::size_t first, std::size_t end) {
+      for (std::size_t k = first; k < end; ++k) bounds.Take(keys_[k] = KeyOf(pairs[k]));
+    });
+    const KeyRanges cells(bounds.lowest, bounds.highest, std::min(kMostCells, n));
     begins_.assign(cells.Count() + 2, 0);
     for (std::size_t k = 0; k < n; ++k) ++begins_[cells.Of(keys_[k]) + 2];
     SumUp(begins_);
-    for (std::size_t k = 0; k < n; ++k) sorted_[begins_[cells.Of(keys_[k]) + 1]++] = keys_[k];
-    for (std::size_t cell = 0; cell < cells.Count(); ++cell) SortCell(begins_[cell], begins_[cell + 1]);
-    for (std::size_t k = 0; k < n; ++k) pairs[k] = PairOf(sorted_[k]);
+    ForRuns(n, ask, [&](std::size_t first, std::size_t end) {
+      for (std::size_t k = first; k < end; ++k) sorted_[begins_[cells.Of(keys_[k]) + 1]++] = keys_[k];
+    });
+    SortCells(cells.Count(), ask);
+    ForRuns(n, ask, [&](std::size_t first, std::size_t end) {
+      for (std::size_t k = first; k < end; ++k) pairs[k] = PairOf(sorted_[k]);
+    });
   }
 
  private:
-  void SortCell(std::size_t begin, std::size_t end) {
-    if (end - begin > 1) std::sort(sorted_.data() + begin, sorted_.data() + end);
+  void SortCells(std::size_t cells, const Ask& ask) {
+    std::int64_t comparisons = 0;
+    WorkMeter meter(ask, kComparisonsPerQuestion);
+    for (std::size_t cell = 0; cell < cells; ++cell) {
+      if (begins_[cell + 1] - begins_[cell] < 2) continue;
+      std::sort(sorted_.data() + begins_[cell], sorted_.data() + begins_[cell + 1],
+                [&comparisons](std::uint64_t a, std::uint64_t b) {
+                  ++comparisons;
+                  return a < b;
+                });
+      meter.Add(std::exchange(comparisons, 0));
+    }
   }
 
   std::vector<std::uint64_t> keys_, sorted_;
   std::vector<std::size_t> begins_;
 };
 
-KeyRanges BucketsFor(const DistanceAndIndex* pairs, std::size_t n) {
-  std::uint64_t lowest = KeyOf(pairs[0]), highest = lowest;
-  for (std::size_t k = 1; k < n; ++k) {
-    const std::uint64_t key = KeyOf(pairs[k]);
-    lowest = std::min(lowest, key);
-    highest = std::max(highest, key);
-  }
-  return KeyRanges(lowest, highest, std::min(kMostBuckets, n / kPairsAside * 8 + 2));
+KeyRanges BucketsFor(const DistanceAndIndex* pairs, std::size_t n, const Ask& ask) {
+  KeyBounds bounds;
+  ForRuns(n, ask, [&](std::size_t first, std::size_t end) {
+    for (std::size_t k = first; k < end; ++k) bounds.Take(KeyOf(pairs[k]));
+  });
+  return KeyRanges(bounds.lowest, bounds.highest, std::min(kMostBuckets, n / kPairsAside * 8 + 2));
 }
 
 /// Brings each pair into its bucket; returns where the buckets begin, and n.
-std::vector<std::size_t> DealOut(DistanceAndIndex* pairs, std::size_t n) {
-  const KeyRanges buckets = BucketsFor(pairs, n);
+std::vector<std::size_t> DealOut(DistanceAndIndex* pairs, std::size_t n, const Ask& ask) {
+  const KeyRanges buckets = BucketsFor(pairs, n, ask);
   std::vector<std::size_t> begins(buckets.Count() + 1, 0);
-  for (std::size_t k = 0; k < n; ++k) ++begins[buckets.Of(KeyOf(pairs[k])) + 1];
+  ForRuns(n, ask, [&](std::size_t first, std::size_t end) {
+    for (std::size_t k = first; k < end; ++k) ++begins[buckets.Of(KeyOf(pairs[k])) + 1];
+  });
   SumUp(begins);
   std::vector<std::size_t> next(begins.begin(), begins.end() - 1);
+  WorkMeter meter(ask, kPairsPerQuestion);
   for (std::size_t b = 0; b < buckets.Count(); ++b)
     while (next[b] < begins[b + 1]) {
       std::uint64_t key = KeyOf(pairs[next[b]]);
@@ -121,54 +162,68 @@ std::vector<std::size_t> DealOut(DistanceAndIndex* pairs, std::size_t n) {
         const std::uint64_t turnedOut = KeyOf(place);
         place = PairOf(key);
         key = turnedOut;
+        meter.Add(1);
       }
       pairs[next[b]++] = PairOf(key);
+      meter.Add(1);
     }
   return begins;
 }
 
-/// Deals the pairs out until sortFew(pairs, n) can take them. Ends, since each bucket holds a smaller range of keys
-/// than the whole.
-template <class SortFew>
-void SortOnOneThread(DistanceAndIndex* pairs, std::size_t n, SortFew& sortFew) {
-  if (n <= kPairsAside) return sortFew(pairs, n);
-  const std::vector<std::size_t> begins = DealOut(pairs, n);
+/// Deals the pairs out until they can be sorted aside. Ends, since each bucket holds a smaller range of keys than the
+/// whole.
+void SortOnOneThread(DistanceAndIndex* pairs, std::size_t n, SorterAside& aside, const Ask& ask) {
+  if (n <= kPairsAside) return aside(pairs, n, ask);
+  const std::vector<std::size_t> begins = DealOut(pairs, n, ask);
   if (begins.size() == 2) return;  // all the same
   for (std::size_t b = 0; b + 1 < begins.size(); ++b)
-    SortOnOneThread(pairs + begins[b], begins[b + 1] - begins[b], sortFew);
+    SortOnOneThread(pairs + begins[b], begins[b + 1] - begins[b], aside, ask);
+}
+
+/// Sorts a long list. Each part takes the buckets that begin in it; parts do not depend on the number of threads.
+void SortByTeam(DistanceAndIndex* pairs, std::size_t n, const Ask& ask) {
+  const std::vector<std::size_t> begins = DealOut(pairs, n, ask);
+  const std::size_t parts = std::min(kMostParts, n / kPairsOfPart + 1);
+  const auto bucketAt = [&](int part) {
+    const std::size_t bound = n * static_cast<std::size_t>(part) / parts;
+    return static_cast<std::size_t>(std::lower_bound(begins.begin(), begins.end() - 1, bound) - begins.begin());
+  };
+  ForPieces(static_cast<int>(parts), ThreadsForLongWork(), ask, [&](int part, const Ask& askToo) {
+    SorterAside aside;
+    for (std::size_t b = bucketAt(part), end = bucketAt(part + 1); b < end; ++b)
+      SortOnOneThread(pairs + begins[b], begins[b + 1] - begins[b], aside, askToo);
+  });
+}
+
+void SortByComparing(DistanceAndIndex* pairs, std::size_t n, const Ask& ask) {
+  for (std::size_t k = 0; k < n; ++k) {
+    const std::uint32_t bits = BitsOf(pairs[k].distance);
+    std::memcpy(&pairs[k].distance, &bits, sizeof bits);
+  }
+  WorkMeter meter(ask, n <= kPairsAskedOneByOne ? 1 : kComparisonsPerQuestion);
+  std::sort(pairs, pairs + n, [&meter](const DistanceAndIndex& a, const DistanceAndIndex& b) {
+    meter.Add(1);
+    return ComesBefore(a, b);
+  });
+}
+
+bool FitKeys(const DistanceAndIndex* pairs, std::size_t n, const Ask& ask) {
+  std::uint32_t rows = 0;
+  ForRuns(n, ask, [&](std::size_t first, std::size_t end) {
+    for (std::size_t k = first; k < end; ++k)
+      rows |= static_cast<std::uint32_t>(pairs[k].i) | static_cast<std::uint32_t>(pairs[k].j);
+  });
+  return rows <= kMostInKey;
 }
 
 }  // namespace
 
-void SortPairs(DistanceAndIndex* pairs, std::size_t n) {
-  const int team = n <= kPairsAside ? 1 : TeamSize(static_cast<std::int64_t>(n));
-  if (team < 2) {
-    SorterAside aside;
-    return SortOnOneThread(pairs, n, aside);
-  }
-  const std::vector<std::size_t> begins = DealOut(pairs, n);
-  // Each share takes the buckets that begin in its part of the list.
-  ForSlices(team, team, 1, [&](int first, int last) {
-    SorterAside aside;
-    const auto bucketAt = [&](int share) {
-      const std::size_t bound = n * static_cast<std::size_t>(share) / static_cast<std::size_t>(team);
-      return static_cast<std::size_t>(std::lower_bound(begins.begin(), begins.end() - 1, bound) - begins.begin());
-    };
-    const std::size_t end = bucketAt(last);
-    for (std::size_t b = bucketAt(first - 1); b < end; ++b)
-      SortOnOneThread(pairs + begins[b], begins[b + 1] - begins[b], aside);
-    return last - first + 1;
-  });
-}
-
-void SortPairs(DistanceAndIndex* pairs, std::size_t n, const std::function<void()>& poll) {
-  const auto sortFew = [&poll](DistanceAndIndex* some, std::size_t count) {
-    std::sort(some, some + count, [&poll](const DistanceAndIndex& a, const DistanceAndIndex& b) {
-      poll();
-      return ComesBefore(a, b);
-    });
-  };
-  SortOnOneThread(pairs, n, sortFew);
+void SortPairs(DistanceAndIndex* pairs, std::size_t n, const Ask& ask) {
+  const bool oneByOne = ask && n <= kPairsAskedOneByOne;
+  if (oneByOne || !FitKeys(pairs, n, ask)) return SortByComparing(pairs, n, ask);
+  if (n > kPairsAside) return SortByTeam(pairs, n, ask);
+  SorterAside aside;
+  aside(pairs, n, ask);
 }
 
 }  // namespace kalmia

@@ -2,9 +2,9 @@
 
 #include <cmath>
 #include <cstddef>
-#include <functional>
 
 #include "kalmia/cluster/ClusterDistanceCalculator.h"
+#include "kalmia/kernels/StoppableTeam.h"
 
 namespace kalmia {
 
@@ -22,12 +22,16 @@ inline bool ComesBefore(const DendroGram::DistanceAndIndex& a, const DendroGram:
   return a.i != b.i ? a.i < b.i : a.j < b.j;
 }
 
-/// Sorts pairs of at most 65535 rows by ComesBefore, in place; -0 may become 0. Long lists are dealt out among buckets
-/// by distance, which a team sorts (American flag sort: McIlroy, Bostic & McIlroy 1993, Computing Systems 6, 5-27).
-/// Each thread uses half a megabyte beside the list.
-void SortPairs(DendroGram::DistanceAndIndex* pairs, std::size_t n);
-/// The same on the calling thread, with a call of poll() at each comparison, which may throw: the list is then good for
-/// nothing. One that fits the second cache is sorted by comparing alone.
-void SortPairs(DendroGram::DistanceAndIndex* pairs, std::size_t n, const std::function<void()>& poll);
+/// Up to so many pairs, who asks does so at each comparison.
+constexpr std::size_t kPairsAskedOneByOne = 65536;
+
+/// Sorts pairs by ComesBefore, in place; -0 becomes 0, and all NaNs the same one. Pairs of at most 65535 rows are dealt
+/// out among buckets by distance, which a team sorts (American flag sort: McIlroy, Bostic & McIlroy 1993, Computing
+/// Systems 6, 5-27); each thread uses half a megabyte beside the list. Others are sorted by comparing alone.
+///
+/// `ask`, if it is not empty, is called on the calling thread: at each comparison of a short list; else once for at most
+/// 8192 pairs that a pass goes over, or 65536 comparisons. It may throw: the list is then good for nothing. The result
+/// does not depend on whether anybody asks, nor on the number of threads.
+void SortPairs(DendroGram::DistanceAndIndex* pairs, std::size_t n, const Ask& ask = {});
 
 }  // namespace kalmia

@@ -1,12 +1,20 @@
 #include "kalmia/cluster/SingleLinkageDistanceCalculator.h"
 
+#include <cstdint>
 #include <numeric>
 #include <utility>
 
 #include "kalmia/cluster/DistancesOnDisk.h"
 #include "kalmia/cluster/InitialDistances.h"
+#include "kalmia/cluster/StoppableProgress.h"
 
 namespace DendroGram {
+
+namespace {
+
+constexpr std::int64_t kPairsPerQuestion = 65536;  ///< of one cluster that a merge passes over
+
+}  // namespace
 
 SingleLinkageDistanceCalculator::SingleLinkageDistanceCalculator() = default;
 SingleLinkageDistanceCalculator::~SingleLinkageDistanceCalculator() = default;
@@ -19,6 +27,7 @@ SingleLinkageDistanceCalculator::SingleLinkageDistanceCalculator(const SingleLin
 SingleLinkageDistanceCalculator& SingleLinkageDistanceCalculator::operator=(
     const SingleLinkageDistanceCalculator& other) {
   if (this == &other) return *this;
+  ask_ = other.ask_;
   distances_ = other.distances_;
   labels_ = other.megaDistances_ ? std::vector<int>() : other.labels_;
   megaDistances_.reset();
@@ -29,6 +38,7 @@ void SingleLinkageDistanceCalculator::Init(const NCDataMatrix<float>& data, NCPr
   labels_.resize(static_cast<std::size_t>(data.SizeRows()));
   std::iota(labels_.begin(), labels_.end(), 0);
   megaDistances_.reset();
+  ask_ = kalmia::QuestionsTo(kalmia::StoppableProgress(progress));
   try {
     CalculateInitialDistances(data, progress, distances_, SquaredDifference, SquareRootOfDistance);
   } catch (const ClusterAllocationError&) {
@@ -49,7 +59,9 @@ DistanceAndIndex SingleLinkageDistanceCalculator::TakeNearest() {
 }
 
 float SingleLinkageDistanceCalculator::FindNearestAndMerge(int& i, int& j) {
+  kalmia::WorkMeter pairs(ask_, kPairsPerQuestion);
   while (true) {
+    pairs.Add(1);
     const DistanceAndIndex pair = TakeNearest();
     int low = labels_[static_cast<std::size_t>(pair.i) - 1], high = labels_[static_cast<std::size_t>(pair.j) - 1];
     if (low == high) continue;  // two rows of one cluster

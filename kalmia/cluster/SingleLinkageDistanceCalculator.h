@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "kalmia/cluster/ClusterDistanceCalculator.h"
+#include "kalmia/kernels/StoppableTeam.h"
 
 namespace DendroGram {
 
@@ -12,8 +13,8 @@ class MegaDistances;
 /// Single linkage: the distance of two clusters is that of their nearest two rows, the root of the sum of squared
 /// differences, scaled from the m columns that both rows have to all K by the factor K / m under the root. The pairs
 /// are walked by rising distance, so that the merges are those of a minimum spanning tree (Kruskal 1956, Proc. AMS 7,
-/// 48-50). Heights never fall. Of equal distances that of the latest rows is taken first; where the pairs lie
-/// on disk, any.
+/// 48-50). Heights never fall. Of equal distances that of the latest rows is taken first, in memory and on
+/// disk.
 /// Memory: 12 bytes for each pair of rows. Where that is not there the pairs go to temporary files, which are gone with
 /// the calculator; the user is told through UserComm, and asked where the disk is too small.
 /// Cost: the sort of the pairs; each merge is linear in the number of rows.
@@ -32,6 +33,7 @@ class SingleLinkageDistanceCalculator : public ClusterDistanceCalculator {
  private:
   DistanceAndIndex TakeNearest();
 
+  kalmia::Ask ask_;                          ///< empty where there is no progress object
   std::vector<DistanceAndIndex> distances_;  ///< sorted by descending distance
   std::vector<int> labels_;                  ///< of each row the position of its cluster
   std::unique_ptr<MegaDistances> megaDistances_;  ///< the pairs where they do not fit in memory, else null

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "kalmia/kernels/StoppableTeam.h"
 #include "kalmia/support/NCError.h"
 #include "kalmia/support/NCProgress.h"
 
@@ -30,5 +31,10 @@ class StoppableProgress {
 
   NCProgress* progress_;
 };
+
+/// Polls of the bar, by a copy of it; nothing where there is none.
+inline Ask QuestionsTo(const StoppableProgress& bar) {
+  return bar ? Ask([bar] { bar.Poll(); }) : Ask();
+}
 
 }  // namespace kalmia

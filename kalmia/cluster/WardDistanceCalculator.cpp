@@ -3,12 +3,13 @@
 #include <algorithm>
 #include <cmath>
 #include <cstddef>
+#include <cstdint>
 #include <iterator>
 #include <utility>
 
 #include "kalmia/cluster/InitialDistances.h"
 #include "kalmia/cluster/PairMemory.h"
-#include "kalmia/cluster/PairSort.h"
+#include "kalmia/cluster/StoppableProgress.h"
 #include "kalmia/containers/Missing.h"
 
 namespace DendroGram {
@@ -21,12 +22,15 @@ double ScaledSS(double sum, double sumOfSquares, int count, int size) {
   return count < size ? static_cast<double>(size) / count * ss : ss;
 }
 
+constexpr std::int64_t kCellsPerQuestion = std::int64_t{1} << 20;  ///< some milliseconds
+
 int SizeOf(const std::vector<int>& rows) { return static_cast<int>(rows.size()); }
 
 }  // namespace
 
 void WardDistanceCalculator::Init(const NCDataMatrix<float>& data, NCProgress* progress) {
   data_ = data;
+  ask_ = kalmia::QuestionsTo(kalmia::StoppableProgress(progress));
   distances_ = kalmia::WardPairList();
   std::vector<DistanceAndIndex> list;
   if (HasDistances())
@@ -34,9 +38,11 @@ void WardDistanceCalculator::Init(const NCDataMatrix<float>& data, NCProgress* p
                               type_ == DistanceIncrease ? Unchanged : SquareRootOfDistance, kalmia::kNeedsOfWard);
   distances_ = kalmia::WardPairList(std::move(list), data.SizeRows());
   clusters_.assign(static_cast<std::size_t>(data.SizeRows()), Cluster());
+  kalmia::WorkMeter cells(ask_, kCellsPerQuestion);
   for (std::size_t p = 0; p < clusters_.size(); ++p) {
     clusters_[p].rows.assign(1, static_cast<int>(p) + 1);
     SetErrorSS(clusters_[p]);
+    cells.Add(data.SizeColumns());
   }
 }
 
@@ -52,7 +58,9 @@ WardDistanceCalculator::ColumnSums WardDistanceCalculator::CalcColumnSS(const Cl
   const bool holes = std::any_of(cluster.rows.begin(), cluster.rows.end(),
                                  [this](int row) { return data_[row].GetNumMisVal() > 0; });
   ColumnSums all = {std::vector<double>(columns), std::vector<double>(columns), std::vector<int>(holes ? columns : 0)};
+  kalmia::WorkMeter meter(ask_, kCellsPerQuestion);
   for (const int row : cluster.rows) {
+    meter.Add(data_.SizeColumns());
     const float* const cells = data_[row].begin();
     for (std::size_t c = 0; c < columns; ++c) {
       const double cell = static_cast<double>(cells[c]);
@@ -105,10 +113,12 @@ void WardDistanceCalculator::UpdateDistance(DistanceAndIndex& entry) const {
 
 /// Computes the stale distances at the end of the list anew and brings them to their places.
 void WardDistanceCalculator::RepairTail() {
-  std::vector<DistanceAndIndex> tail = distances_.TakeStaleTail();
-  for (DistanceAndIndex& entry : tail) UpdateDistance(entry);
-  std::stable_sort(tail.begin(), tail.end(), kalmia::IsFartherPair);
-  distances_.PutBack(tail);
+  kalmia::WorkMeter cells(ask_, kCellsPerQuestion);
+  const auto update = [this, &cells](DistanceAndIndex* entry) {
+    UpdateDistance(*entry);
+    cells.Add(data_.SizeColumns());
+  };
+  distances_.RepairTail(update, ask_);
 }
 
 void WardDistanceCalculator::MergeClusters(int a, int b) {
@@ -133,7 +143,7 @@ CString WardDistanceCalculator::NothingToMergeText() const {
 }
 
 float WardDistanceCalculator::FindNearestAndMerge(int& i, int& j) {
-  if (distances_.IsEmpty()) throw NCError(NothingToMergeText());
+  if (distances_.IsEmpty(ask_)) throw NCError(NothingToMergeText());
   if (distances_.EndsStale()) RepairTail();
   const DistanceAndIndex nearest = distances_.TakeLast();
   i = distances_.Numbers().Position(nearest.i);

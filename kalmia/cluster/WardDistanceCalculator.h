@@ -20,10 +20,10 @@ namespace DendroGram {
 /// Missing: the first distance of two rows is their sum over the common columns times K over the number of those; once
 /// a row was merged, the sum of squares of each column and cluster is scaled from the present cells to the size of the
 /// cluster, and a distance may be slightly negative (its root is then 0).
-/// Memory: 12 bytes for each pair of rows, up to 18 where many rows are alike, and the sums of clusters, up to 10 bytes
-/// for each cell of the table; Init throws ClusterAllocationError where that is not there. Cost: a stale distance costs
+/// Memory: 12 bytes for each pair of rows, and the sums of clusters, up to 10 bytes for each cell of the table; Init
+/// throws ClusterAllocationError where that is not there. Cost: a stale distance costs
 /// one pass over the columns; a merge those that have come to the end of the list, and one over its rows for the sums
-/// of the merged cluster.
+/// of the merged cluster. A stop during a merge leaves the calculator good for another Init alone.
 class WardDistanceCalculator : public ClusterDistanceCalculator {
  public:
   enum DistanceType : int {
@@ -62,6 +62,7 @@ class WardDistanceCalculator : public ClusterDistanceCalculator {
   CString NothingToMergeText() const;
 
   DistanceType type_;
+  kalmia::Ask ask_;  ///< empty where there is no progress object
   NCDataMatrix<float> data_;
   kalmia::WardPairList distances_;
   std::vector<Cluster> clusters_;  ///< by their first row

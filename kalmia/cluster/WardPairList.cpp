@@ -1,6 +1,7 @@
 #include "kalmia/cluster/WardPairList.h"
 
 #include <algorithm>
+#include <cstdint>
 #include <numeric>
 #include <utility>
 
@@ -9,6 +10,12 @@
 using DendroGram::DistanceAndIndex;
 
 namespace kalmia {
+
+namespace {
+
+constexpr std::int64_t kPairsPerQuestion = 8192;
+
+}  // namespace
 
 ClusterNumbers::ClusterNumbers(int rows)
     : next_(static_cast<std::size_t>(rows), kCurrent), firstRow_(next_.size()), position_(next_.size()) {
@@ -36,12 +43,11 @@ int ClusterNumbers::Merge(int a, int b) {
 WardPairList::WardPairList(std::vector<DistanceAndIndex>&& pairs, int rows) : numbers_(rows), pairs_(std::move(pairs)) {
   for (std::size_t slice = 0; slice < FirstSlices(); ++slice)
     blocks_.push_back({slice, kBlockSize, pairs_[slice * kBlockSize].distance});
-  for (std::size_t k = FirstSlices() * kBlockSize; k < pairs_.size(); ++k) Append(pairs_[k]);
+  for (std::size_t k = FirstSlices() * kBlockSize; k < pairs_.size(); ++k) AppendTo(&blocks_, pairs_[k]);
 }
 
-DistanceAndIndex* WardPairList::Pairs(const Block& block) {
-  return block.slice < FirstSlices() ? pairs_.data() + block.slice * kBlockSize
-                                     : added_[block.slice - FirstSlices()].data();
+DistanceAndIndex* WardPairList::Slice(std::size_t slice) {
+  return slice < FirstSlices() ? pairs_.data() + slice * kBlockSize : added_[slice - FirstSlices()].data();
 }
 
 std::size_t WardPairList::NewSlice() {
@@ -69,8 +75,8 @@ void WardPairList::RemoveLast() {
   blocks_.pop_back();
 }
 
-bool WardPairList::IsEmpty() {
-  while (!blocks_.empty() && IsGone(*Last())) RemoveLast();
+bool WardPairList::IsEmpty(const Ask& ask) {
+  for (WorkMeter meter(ask, kPairsPerQuestion); !blocks_.empty() && IsGone(*Last()); RemoveLast()) meter.Add(1);
   return blocks_.empty();
 }
 
@@ -80,48 +86,117 @@ DistanceAndIndex WardPairList::TakeLast() {
   return last;
 }
 
-/// How many pairs stand behind the last one that is neither stale nor gone, those that are gone left out.
-std::size_t WardPairList::StaleTailSize() {
-  std::size_t size = 0;
-  for (auto block = blocks_.rbegin(); block != blocks_.rend(); ++block)
-    for (std::size_t k = block->count; k > 0; --k) {
-      const DistanceAndIndex& pair = Pairs(*block)[k - 1];
-      if (IsGone(pair)) continue;
-      if (!IsStale(pair)) return size;
-      ++size;
+/// The stale pairs at the end, present numbers and distances in them, as sorted runs from the end towards the front.
+/// Each run lies in slices that its pairs have left.
+std::vector<WardPairList::Run> WardPairList::TakeStaleTail(const std::function<void(DistanceAndIndex*)>& update,
+                                                           const Ask& ask) {
+  WorkMeter meter(ask, kPairsPerQuestion);
+  std::vector<Run> runs;
+  std::vector<DistanceAndIndex> pairs;
+  while (!IsEmpty(ask) && EndsStale()) {
+    pairs.clear();
+    for (; pairs.size() < kRunSize && !IsEmpty(ask) && EndsStale(); RemoveLast())
+      pairs.push_back({Last()->distance, numbers_.Latest(Last()->i), numbers_.Latest(Last()->j)});
+    std::reverse(pairs.begin(), pairs.end());
+    for (DistanceAndIndex& pair : pairs) {
+      update(&pair);
+      meter.Add(1);
     }
-  return size;
+    std::stable_sort(pairs.begin(), pairs.end(), IsFartherPair);
+    runs.push_back(StoreRun(pairs));
+  }
+  return runs;
 }
 
-std::vector<DistanceAndIndex> WardPairList::TakeStaleTail() {
-  std::vector<DistanceAndIndex> tail;
-  tail.reserve(StaleTailSize());  // not by doubling, since it may be a third of the list
-  for (; !IsEmpty() && EndsStale(); RemoveLast())
-    tail.push_back({Last()->distance, numbers_.Latest(Last()->i), numbers_.Latest(Last()->j)});
-  std::reverse(tail.begin(), tail.end());
-  return tail;
+WardPairList::Run WardPairList::StoreRun(const std::vector<DistanceAndIndex>& pairs) {
+  Run run;
+  for (; run.count < pairs.size(); run.count += std::min(kBlockSize, pairs.size() - run.count)) {
+    run.slices.push_back(NewSlice());
+    const auto from = pairs.begin() + static_cast<std::ptrdiff_t>(run.count);
+    std::copy_n(from, std::min(kBlockSize, pairs.size() - run.count), Slice(run.slices.back()));
+  }
+  return run;
 }
 
-void WardPairList::Append(const DistanceAndIndex& pair) {
-  if (blocks_.empty() || blocks_.back().count == kBlockSize) blocks_.push_back({NewSlice(), 0, pair.distance});
-  Block& block = blocks_.back();
+const DistanceAndIndex& WardPairList::LastOf(const Run& run) {
+  return Slice(run.slices.back())[(run.count - 1) % kBlockSize];
+}
+
+void WardPairList::RemoveLastOf(Run* run) {
+  if (--run->count % kBlockSize > 0) return;
+  free_.push_back(run->slices.back());
+  run->slices.pop_back();
+}
+
+/// The pairs of sorted runs from the nearest to the farthest, equal ones from that on which stood last in the list.
+class WardPairList::RunsByDistance {
+ public:
+  RunsByDistance(WardPairList* list, std::vector<Run>* runs) : list_(list), runs_(runs) {
+    for (std::size_t run = 0; run < runs->size(); ++run) Push(run);
+  }
+  bool IsEmpty() const { return heads_.empty(); }
+  const DistanceAndIndex& Nearest() const { return heads_.front().pair; }
+  void RemoveNearest() {
+    std::pop_heap(heads_.begin(), heads_.end(), ComesLater);
+    const std::size_t run = heads_.back().run;
+    heads_.pop_back();
+    list_->RemoveLastOf(&(*runs_)[run]);
+    if ((*runs_)[run].count > 0) Push(run);
+  }
+
+ private:
+  struct Head {
+    DistanceAndIndex pair;
+    std::size_t run;  ///< from the end of the list
+  };
+  static bool ComesLater(const Head& a, const Head& b) {
+    if (IsFartherPair(a.pair, b.pair)) return true;
+    return !IsFartherPair(b.pair, a.pair) && a.run > b.run;
+  }
+  void Push(std::size_t run) {
+    heads_.push_back({list_->LastOf((*runs_)[run]), run});
+    std::push_heap(heads_.begin(), heads_.end(), ComesLater);
+  }
+
+  WardPairList* list_;
+  std::vector<Run>* runs_;
+  std::vector<Head> heads_;
+};
+
+void WardPairList::AppendTo(std::vector<Block>* blocks, const DistanceAndIndex& pair) {
+  if (blocks->empty() || blocks->back().count == kBlockSize) blocks->push_back({NewSlice(), 0, pair.distance});
+  Block& block = blocks->back();
   Pairs(block)[block.count++] = pair;
 }
 
-void WardPairList::PutBack(const std::vector<DistanceAndIndex>& tail) {
-  auto rest = tail.begin();
-  if (!IsEmpty()) {
-    const float limit = Last()->distance;
-    rest = std::partition_point(tail.begin(), tail.end(), [limit](const DistanceAndIndex& pair) {
-      return IsFarther(pair.distance, limit);
-    });
-    Place place = {blocks_.size() - 1, blocks_.back().count};
-    for (auto pair = rest; pair != tail.begin();) {
-      --pair;
-      place = Insert(*pair, FindPlace(pair->distance, place));
+/// Puts blocks with pairs by rising distance at the end of the list, turned round.
+void WardPairList::AppendReversed(std::vector<Block>* blocks) {
+  for (; !blocks->empty(); blocks->pop_back()) {
+    Block block = blocks->back();
+    std::reverse(Pairs(block), Pairs(block) + block.count);
+    block.first = Pairs(block)->distance;
+    blocks_.push_back(block);
+  }
+}
+
+void WardPairList::RepairTail(const std::function<void(DistanceAndIndex*)>& update, const Ask& ask) {
+  std::vector<Run> runs = TakeStaleTail(update, ask);
+  RunsByDistance tail(this, &runs);
+  WorkMeter meter(ask, kPairsPerQuestion);
+  const bool isWhole = IsEmpty(ask);
+  const float limit = isWhole ? 0 : Last()->distance;
+  std::vector<Block> nearest;
+  for (; !tail.IsEmpty() && (isWhole || !IsFarther(tail.Nearest().distance, limit)); tail.RemoveNearest()) {
+    AppendTo(&nearest, tail.Nearest());
+    meter.Add(1);
+  }
+  if (!tail.IsEmpty()) {
+    for (Place place = {blocks_.size() - 1, blocks_.back().count}; !tail.IsEmpty(); tail.RemoveNearest()) {
+      place = Insert(tail.Nearest(), FindPlace(tail.Nearest().distance, place));
+      meter.Add(1);
     }
   }
-  for (; rest != tail.end(); ++rest) Append(*rest);
+  AppendReversed(&nearest);
 }
 
 /// The place behind the last pair in front of `end` that is not stale and not nearer, or in front of it where it is

@@ -1,9 +1,11 @@
 #pragma once
 
 #include <cstddef>
+#include <functional>
 #include <vector>
 
 #include "kalmia/cluster/ClusterDistanceCalculator.h"
+#include "kalmia/kernels/StoppableTeam.h"
 
 namespace kalmia {
 
@@ -40,6 +42,9 @@ class ClusterNumbers {
 ///
 /// The distance of a stale pair says only where it stands: along the list distances never rise. So the place of a pair
 /// is found by bisection, and since the list lies in blocks, no more than a block is moved for it.
+///
+/// Beside the pairs it takes an index of one in 512; while its end is repaired half a megabyte, and a block for each
+/// 32768 pairs that are.
 class WardPairList {
  public:
   WardPairList() = default;
@@ -48,19 +53,21 @@ class WardPairList {
 
   ClusterNumbers& Numbers() { return numbers_; }
   const ClusterNumbers& Numbers() const { return numbers_; }
-  /// Whether no pair is left. Asked before any of the following three.
-  bool IsEmpty();
+  /// Whether no pair is left; drops those at the end that are gone. To be called before any of the following three.
+  bool IsEmpty(const Ask& ask = {});
   bool EndsStale() { return IsStale(*Last()); }
   DendroGram::DistanceAndIndex TakeLast();
-  /// Takes out the stale pairs at the end, and gives them in their order, with the present numbers of their clusters.
-  std::vector<DendroGram::DistanceAndIndex> TakeStaleTail();
-  /// Puts these, sorted by descending distance, back behind the rest, and those that are farther than the last pair
-  /// there to their places: each behind the last pair that is not stale and not nearer, but in front of one that is
-  /// equally far, so that it is taken later.
-  void PutBack(const std::vector<DendroGram::DistanceAndIndex>& tail);
+  /// Repairs the stale pairs at the end: update(pair) is called for each, which has the present numbers of its clusters
+  /// and is given its present distance. Those that are not farther than the last pair in front of them stay at the end,
+  /// sorted, equal ones in the order in which they stood. The others go to their places: each behind the last pair that
+  /// is not stale and not nearer, but in front of one that is equally far, so that it is taken later.
+  /// It is done in runs of 32768 pairs, which are sorted one by one and merged; the list does not depend on the runs.
+  /// Asks once for 8192 pairs at most. What is thrown leaves the list good for nothing.
+  void RepairTail(const std::function<void(DendroGram::DistanceAndIndex* pair)>& update, const Ask& ask = {});
 
  private:
   static constexpr std::size_t kBlockSize = 512;
+  static constexpr std::size_t kRunSize = 32768;
 
   struct Block {
     std::size_t slice;  ///< which part of the storage
@@ -73,15 +80,27 @@ class WardPairList {
     std::size_t count;
   };
 
+  /// Pairs that were taken out of the list, sorted by descending distance; full slices but for the last.
+  struct Run {
+    std::vector<std::size_t> slices;
+    std::size_t count = 0;
+  };
+  class RunsByDistance;
+
   std::size_t FirstSlices() const { return pairs_.size() / kBlockSize; }
-  DendroGram::DistanceAndIndex* Pairs(const Block& block);
+  DendroGram::DistanceAndIndex* Slice(std::size_t slice);
+  DendroGram::DistanceAndIndex* Pairs(const Block& block) { return Slice(block.slice); }
   DendroGram::DistanceAndIndex* Last() { return Pairs(blocks_.back()) + blocks_.back().count - 1; }
   std::size_t NewSlice();
   void RemoveLast();
   bool IsGone(const DendroGram::DistanceAndIndex& pair);
   bool IsStale(const DendroGram::DistanceAndIndex& pair) const;
-  std::size_t StaleTailSize();
-  void Append(const DendroGram::DistanceAndIndex& pair);
+  std::vector<Run> TakeStaleTail(const std::function<void(DendroGram::DistanceAndIndex* pair)>& update, const Ask& ask);
+  Run StoreRun(const std::vector<DendroGram::DistanceAndIndex>& pairs);
+  const DendroGram::DistanceAndIndex& LastOf(const Run& run);
+  void RemoveLastOf(Run* run);
+  void AppendTo(std::vector<Block>* blocks, const DendroGram::DistanceAndIndex& pair);
+  void AppendReversed(std::vector<Block>* blocks);
   Place FindPlace(float distance, Place end);
   Place Insert(const DendroGram::DistanceAndIndex& pair, Place place);
   void DropGone(Place& place);

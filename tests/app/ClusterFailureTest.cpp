@@ -118,7 +118,7 @@ std::vector<std::string> OnDisk(const std::string& table, const std::string& tem
 
 TEST(FailureOfCluster, IsWantOfMemoryForWardWhichHasNoWayOverTheDisk) {
   ExpectFailure(RunKalmia({"cluster", "-", "--method", "ward", "--memory", "900K"}, UnrelatedTable(400, 3, 1, 1)), 1,
-                "the 79800 distances of 400 rows take 1.4 MiB, more than there is memory for them; --method single "
+                "the 79800 distances of 400 rows take 935.2 KiB, more than there is memory for them; --method single "
                 "can use the disk");
   EXPECT_EQ(RunKalmia({"cluster", "-", "--method", "ward", "--memory", "1M"}, UnrelatedTable(400, 3, 1, 1)).exitCode,
             0);

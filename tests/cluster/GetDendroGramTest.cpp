@@ -12,6 +12,7 @@
 #include "cluster/PlainClustering.h"
 #include "cluster/Stops.h"
 #include "cluster/Trees.h"
+#include "kalmia/cluster/CommonColumns.h"
 #include "kalmia/cluster/DendroGram.h"
 #include "testing/AllocationMeter.h"
 #include "testing/RandomTables.h"
@@ -130,6 +131,96 @@ TEST(GetDendroGram, NeedsTheRoundedRootOfTheColumnsInCommon) {
           << row.columns << " columns, " << common << " in common";
     }
   }
+}
+
+TEST(GetDendroGram, NamesTheFirstTwoRowsThatHaveTooFewColumnsInCommon) {
+  // Of 150 columns, three words of bits, twelve are needed. Rows 3 and 5 share eleven, the last of them in the third
+  // word; so do 4 and 5.
+  NCDataMatrix<float> table(6, 150, 1.0F);
+  for (int c = 1; c <= 70; ++c) table(3, c, kMiss);
+  for (int c = 1; c <= 70; ++c) table(4, c, kMiss);
+  for (int c = 71; c <= 139; ++c) table(5, c, kMiss);
+  SingleLinkageDistanceCalculator calculator;
+  try {
+    Analyse(table, calculator);
+    ADD_FAILURE() << "eleven columns";
+  } catch (const DendroGram::CommonColumnsError& error) {
+    EXPECT_EQ(error.firstRow, 3);
+    EXPECT_EQ(error.secondRow, 5);
+    EXPECT_EQ(error.commonColumns, 11);
+    EXPECT_EQ(error.GetMessage(), kTooLittleInCommon);
+    const std::unique_ptr<NCError> clone(error.Clone());
+    EXPECT_EQ(dynamic_cast<DendroGram::CommonColumnsError&>(*clone).secondRow, 5);
+  }
+  table(5, 100, 1.0F);
+  EXPECT_EQ(ErrorOf(table), "");
+}
+
+TEST(PresentCells, CountTheColumnsThatTwoRowsShare) {
+  for (const int columns : {1, 63, 64, 65, 128, 200}) {
+    const NCDataMatrix<float> table = RandomMatrix<float>(6, columns, 0.4, static_cast<unsigned>(columns));
+    const kalmia::PresentCells present(table);
+    for (int a = 1; a <= 6; ++a)
+      for (int b = 1; b <= 6; ++b) {
+        int common = 0;
+        for (int c = 1; c <= columns; ++c) common += table[a][c] != kMiss && table[b][c] != kMiss ? 1 : 0;
+        EXPECT_EQ(present.Common(a, b, columns + 1), common);
+        EXPECT_GE(present.Common(a, b, 3), std::min(3, common)) << "at least so many";
+        EXPECT_LE(present.Common(a, b, 3), common);
+      }
+  }
+}
+
+/// A table of which no two rows can be passed by counting their holes alone.
+NCDataMatrix<float> HalfMissing(int rows) {
+  NCDataMatrix<float> table(rows, 16, 1.0F);
+  for (int r = 1; r <= rows; ++r)
+    for (int c = 1; c <= 8; ++c) table(r, c, kMiss);
+  return table;
+}
+
+TEST(GetDendroGram, AsksWhileItLooksForRowsWithoutCommonColumns) {
+  ScriptedCalculator calculator({});
+  const NCDataMatrix<float> table = HalfMissing(3000);  // 4.5 million pairs of one word
+  ProgressLog log;
+  const std::unique_ptr<NCProgress> bar = RecordingBar(&log);
+  EXPECT_THROW(Analyse(table, calculator, bar.get()), std::out_of_range);  // there is no script
+  const auto text = std::find(log.calls.begin(), log.calls.end(), "SetText Comparing missing cells");
+  ASSERT_NE(text, log.calls.end());
+  const auto end = std::find(text, log.calls.end(), "PopSubRange");
+  // A pair and its word are two pieces of work, of which a million come with each question.
+  EXPECT_EQ(std::count(text, end, "IsBreakPressed"), 2 * 4498500 / 1048576);
+  log.calls.clear();
+  log.stopAt = 4;  // the range, the sub-range, the text and this
+  ScriptedCalculator stopped({});
+  EXPECT_THROW(Analyse(table, stopped, bar.get()), NCError);
+  EXPECT_EQ(stopped.inits, 0);
+  EXPECT_TRUE(EndsAtItsFirstRefusal(log));
+}
+
+/// How often the user is asked once the merges have begun.
+std::ptrdiff_t QuestionsWhileMerging(const NCDataMatrix<float>& table, DendroGram::ClusterDistanceCalculator&& calculator) {
+  ProgressLog log;
+  const std::unique_ptr<NCProgress> bar = RecordingBar(&log);
+  Analyse(table, calculator, bar.get());
+  const auto merging = std::find(log.calls.begin(), log.calls.end(), "SetText Merging clusters");
+  return std::count(merging, log.calls.end(), "IsBreakPressed");
+}
+
+TEST(GetDendroGram, AsksDuringAMergeThatPassesOverManyPairs) {
+  // Two rows of equally spaced points, far apart: 998 merges take the nearest pairs, the last one passes over all others
+  // within the two, 248502.
+  NCDataMatrix<float> table(1000, 1);
+  for (int r = 1; r <= 1000; ++r) table(r, 1, static_cast<float>(r <= 500 ? r : r + 1000000));
+  EXPECT_EQ(QuestionsWhileMerging(table, SingleLinkageDistanceCalculator()), 999 + 248502 / 65536);
+}
+
+TEST(GetDendroGram, AsksDuringAMergeThatComputesManyDistancesAnew) {
+  // Points that come twice: after 500 merges the 124750 distances of all clusters are stale.
+  NCDataMatrix<float> table(1000, 1);
+  for (int r = 1; r <= 1000; ++r) table(r, 1, static_cast<float>((r - 1) / 2));
+  EXPECT_GE(QuestionsWhileMerging(table, WardDistanceCalculator(WardDistanceCalculator::DistanceIncrease)),
+            999 + 2 * (124750 / 8192));
 }
 
 TEST(GetDendroGram, TellsHowFarItIs) {

@@ -3,13 +3,18 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <atomic>
 #include <cmath>
+#include <cstring>
 #include <memory>
+#include <string>
 
 #include "cluster/PlainClustering.h"
+#include "cluster/Stops.h"
 #include "kalmia/cluster/PairMemory.h"
 #include "kalmia/cluster/PairSort.h"
 #include "kalmia/kernels/ThreadingControl.h"
+#include "testing/NoMoreThreads.h"
 #include "testing/RandomTables.h"
 #include "testing/RecordingProgress.h"
 #include "testing/Threads.h"
@@ -223,6 +228,107 @@ TEST(InitialDistances, TellHowFarTheyAre) {
   Calculate(RandomMatrix<float>(9, 2, 0, 1), bar.get(), pairs, kEuclidean);
   // One for each comparison: to tell the 36! orders of as many distances apart takes log2(36!) = 138 of them.
   EXPECT_GE(log.Count("IsBreakPressed"), 138);
+}
+
+bool SameBits(const Pairs& a, const Pairs& b) {
+  return a.size() == b.size() && std::memcmp(a.data(), b.data(), a.size() * sizeof(DistanceAndIndex)) == 0;
+}
+
+TEST(InitialDistances, AreTheSameBitsForAnyNumberOfThreadsAskedOrNot) {
+  for (const int rows : {60, 500}) {  // 124750 pairs are calculated in three shares, and sorted in two parts
+    const NCDataMatrix<float> table = WholeNumbers(rows, 40, 2, 0.1, 1);
+    Pairs first;
+    Calculate(table, nullptr, first, kEuclidean);
+    for (const int threads : {1, 2, 5}) {
+      const Threads team(threads);
+      ProgressLog log;
+      const std::unique_ptr<NCProgress> bar = RecordingBar(&log);
+      Pairs silent, asked;
+      Calculate(table, nullptr, silent, kEuclidean);
+      Calculate(table, bar.get(), asked, kEuclidean);
+      EXPECT_TRUE(SameBits(silent, first)) << threads;
+      EXPECT_TRUE(SameBits(asked, first)) << threads;
+    }
+  }
+}
+
+TEST(InitialDistances, WithoutACommonColumnAreTheSameNaNAskedOrNot) {
+  const NCDataMatrix<float> table = MatrixOf<float>({{1, kHole<float>}, {kHole<float>, 4}, {2, 3}});
+  ProgressLog log;
+  const std::unique_ptr<NCProgress> bar = RecordingBar(&log);
+  Pairs silent, asked;
+  Calculate(table, nullptr, silent, kEuclidean);
+  Calculate(table, bar.get(), asked, kEuclidean);
+  EXPECT_TRUE(SameBits(silent, asked));
+}
+
+/// A difference that counts how often it is taken.
+std::atomic<int> differences{0};
+float CountedDifference(float a, float b) {
+  ++differences;
+  return DendroGram::SquaredDifference(a, b);
+}
+
+TEST(InitialDistances, OfManyColumnsAreStoppedWhileTheyAreCalculated) {
+  const NCDataMatrix<float> table = RandomMatrix<float>(300, 200, 0, 1);  // 44850 pairs, 9 million differences
+  ProgressLog whole;
+  const std::unique_ptr<NCProgress> bar = RecordingBar(&whole);
+  Pairs pairs;
+  Calculate(table, bar.get(), pairs, {CountedDifference, DendroGram::SquareRootOfDistance});
+  const int all = differences.exchange(0);
+  EXPECT_EQ(all, 44850 * 200);
+  const auto calculating = std::find(whole.calls.begin(), whole.calls.end(), "SetValue 1");
+  ASSERT_NE(calculating, whole.calls.end());
+  ASSERT_EQ(*(calculating + 1), "IsBreakPressed");
+  ProgressLog log;
+  log.stopAt = static_cast<int>(calculating - whole.calls.begin()) + 2;
+  const std::unique_ptr<NCProgress> stopping = RecordingBar(&log);
+  try {
+    Calculate(table, stopping.get(), pairs, {CountedDifference, DendroGram::SquareRootOfDistance});
+    ADD_FAILURE() << "not stopped";
+  } catch (const NCError& error) {
+    EXPECT_EQ(error.GetMessage(), "Cluster analysis aborted.");
+  }
+  EXPECT_TRUE(EndsAtItsFirstRefusal(log));
+  EXPECT_LT(differences.exchange(0), all) << "the rest is left";
+}
+
+TEST(InitialDistances, OfALongListMoveTheBarForwardOnly) {
+  ProgressLog log;
+  const std::unique_ptr<NCProgress> bar = RecordingBar(&log);
+  Pairs pairs;
+  Calculate(RandomMatrix<float>(800, 40, 0, 1), bar.get(), pairs, kEuclidean);  // 319600 pairs
+  double last = 0;
+  int moves = 0;
+  for (const std::string& call : log.calls) {
+    if (call.rfind("SetValue ", 0) != 0) continue;
+    const double value = std::stod(call.substr(9));
+    EXPECT_GE(value, last);
+    last = value;
+    ++moves;
+  }
+  EXPECT_EQ(last, 3);
+  EXPECT_GT(moves, 50);
+}
+
+TEST(InitialDistances, WithoutThreadsAreMadeByTheCallingOne) {
+  const NCDataMatrix<float> table = RandomMatrix<float>(500, 50, 0.05, 3);
+  Pairs pairs, alone;
+  Calculate(table, nullptr, pairs, kWard);
+  const Threads team(8);
+  const NoMoreThreads none;
+  Calculate(table, nullptr, alone, kWard);
+  EXPECT_TRUE(SameBits(alone, pairs));
+}
+
+TEST(InitialDistances, FitInMemoryWhateverTheNumberOfProcessorsTold) {
+  using NCMultiThreading::ThreadingControl;
+  ThreadingControl::SetNumberOfProcessors(2000000000);
+  ThreadingControl::SetThreadingIsOn(true);
+  Pairs pairs;
+  EXPECT_NO_THROW(Calculate(RandomMatrix<float>(400, 3, 0, 1), nullptr, pairs, kWard));
+  ThreadingControl::Reset();
+  EXPECT_EQ(pairs.size(), 79800U);
 }
 
 TEST(InitialDistances, WithoutProcessorsAreMadeByOne) {

@@ -7,10 +7,12 @@
 #include <cmath>
 #include <limits>
 #include <memory>
+#include <string>
 #include <vector>
 
 #include "cluster/OnDisk.h"
 #include "cluster/Stops.h"
+#include "kalmia/cluster/PairSort.h"
 #include "testing/AllocationMeter.h"
 #include "testing/RandomTables.h"
 #include "testing/RecordingProgress.h"
@@ -93,6 +95,103 @@ TEST_F(MegaDistancesOnDisk, ARecordGoesIntoTheFirstFileWhoseLimitItReaches) {
   std::vector<float> few = {100, 50, 9};
   EXPECT_EQ(DendroGram::DistributeDistances(*files[1], few, buffer, 2, nullptr).size(), 1U) << "empty files go at once";
   EXPECT_EQ(Files(), 5);
+}
+
+TEST_F(MegaDistancesOnDisk, RecordsOfAFileKeepTheOrderInWhichTheyWereWritten) {
+  DistanceFile source;
+  for (int k = 0; k < 100; ++k) {
+    const DistanceAndIndex pair = {static_cast<float>(k % 3), k, k + 1};
+    source.Append(&pair, 1);
+    ++source.count;
+  }
+  std::vector<float> limits = {2, 1};
+  std::vector<DistanceAndIndex> buffer;
+  buffer.reserve(7);
+  const DendroGram::DistanceFiles files = DendroGram::DistributeDistances(source, limits, buffer, 100, nullptr);
+  ASSERT_EQ(files.size(), 2U);
+  for (const auto& file : files) {
+    std::vector<DistanceAndIndex> read(file->count);
+    file->SeekTo(0);
+    ASSERT_TRUE(file->Read(read.data(), read.size()));
+    for (std::size_t k = 1; k < read.size(); ++k) EXPECT_LT(read[k - 1].i, read[k].i);
+  }
+}
+
+TEST_F(MegaDistancesOnDisk, ABufferWithoutRoomIsAnErrorAndMakesNoFile) {
+  DistanceFile source;
+  const DistanceAndIndex pair = {1, 1, 2};
+  source.Append(&pair, 1);
+  ++source.count;
+  std::vector<float> limits = {2, 1};
+  std::vector<DistanceAndIndex> buffer;
+  EXPECT_EQ(ErrorOf([&] { DendroGram::DistributeDistances(source, limits, buffer, 1, nullptr); }),
+            "Cluster analysis: a buffer without room cannot distribute distances.");
+  EXPECT_EQ(Files(), 1);
+  EXPECT_EQ(ErrorOf([&] { MegaDistances(buffer, nullptr, 1); }),
+            "Cluster analysis: distances on disk take memory for one of them at least.");
+  EXPECT_EQ(Files(), 1);
+}
+
+TEST_F(MegaDistancesOnDisk, EqualDistancesComeFromTheLatestRowsOnWhateverTheMemory) {
+  for (const std::size_t size : {1, 7, 50, 300}) {
+    std::vector<DistanceAndIndex> memory(size), inMemory;
+    MegaDistances store(memory, nullptr, 300);
+    for (int i = 1; i < 25; ++i)
+      for (int j = i + 1; j <= 25; ++j) inMemory.push_back({static_cast<float>((i * j) % 4 < 3), i, j});
+    for (const DistanceAndIndex& pair : inMemory) store.AddDistance(pair);
+    store.SplitDistances();
+    std::sort(inMemory.begin(), inMemory.end(), kalmia::ComesBefore);
+    for (; !inMemory.empty(); inMemory.pop_back(), store.RemoveNearest()) {
+      ASSERT_EQ(store.GetNearest().distance, inMemory.back().distance) << size;
+      ASSERT_EQ(store.GetNearest().i, inMemory.back().i) << size;
+      ASSERT_EQ(store.GetNearest().j, inMemory.back().j) << size;
+    }
+  }
+}
+
+/// The calls of a bar from a text on.
+std::vector<std::string> CallsFrom(const ProgressLog& log, const std::string& text) {
+  return {std::find(log.calls.begin(), log.calls.end(), text), log.calls.end()};
+}
+
+TEST_F(MegaDistancesOnDisk, AsksWhileItDealsOutAndLoadsAndSortsWhatIsLarge) {
+  const int pairs = 400000;
+  std::vector<DistanceAndIndex> memory(pairs);
+  ProgressLog log;
+  const std::unique_ptr<NCProgress> bar = RecordingBar(&log);
+  MegaDistances store(memory, bar.get(), pairs);
+  for (int k = 0; k < pairs; ++k) store.AddDistance({static_cast<float>(k % 5 == 0 ? k : 1), 1 + k / 60000, 60001});
+  log.calls.clear();
+  store.SplitDistances();
+  // 400000 records are seven runs of 65536 at most; each is read, and written to each of the files.
+  EXPECT_EQ(log.Count("IsBreakPressed"), 7 * (1 + Files()));
+  log.calls.clear();
+  EXPECT_EQ(store.GetNearest().distance, 0);
+  const std::vector<std::string> calls = CallsFrom(log, "SetText Loading distances");
+  const auto sorting = std::find(calls.begin(), calls.end(), "SetText Sorting");
+  const auto merging = std::find(calls.begin(), calls.end(), "SetText Merging clusters");
+  ASSERT_NE(merging, calls.end());
+  // The first segment holds the ones, 320000, and some more: five runs at least, four questions in between.
+  EXPECT_GE(std::count(calls.begin(), sorting, "IsBreakPressed"), 4);
+  EXPECT_GE(std::count(sorting, merging, "IsBreakPressed"), std::lgamma(320001.0) / std::log(2.0) / 65536);
+}
+
+TEST_F(MegaDistancesOnDisk, ASegmentWhoseLoadingIsStoppedIsLoadedAgain) {
+  for (int stopAt = 1;; ++stopAt) {
+    std::vector<DistanceAndIndex> memory(60);
+    ProgressLog log;
+    const std::unique_ptr<NCProgress> bar = RecordingBar(&log);
+    MegaDistances store(memory, bar.get(), 60);
+    for (int k = 0; k < 60; ++k) store.AddDistance({static_cast<float>((k * 37) % 60), k, k + 1});
+    store.SplitDistances();
+    log.calls.clear();
+    log.stopAt = stopAt;
+    const bool stopped = ErrorOf([&] { store.GetNearest(); }) == "Cluster analysis aborted.";
+    EXPECT_EQ(EndsAtItsFirstRefusal(log), stopped);
+    log.stopAt = 0;
+    for (int k = 0; k < 60; ++k, store.RemoveNearest()) ASSERT_EQ(store.GetNearest().distance, static_cast<float>(k));
+    if (!stopped) break;
+  }
 }
 
 TEST_F(MegaDistancesOnDisk, AFileBeyondFourGigabytesIsReadWhereItsRecordIs) {

@@ -66,6 +66,15 @@ TEST_F(OnDisk, GivesTheHeightsAndClustersOfTheMemoryWhereDistancesAreEqual) {
   }
 }
 
+TEST_F(OnDisk, GivesTheVeryMergesOfTheMemoryWhereDistancesAreEqual) {
+  AllowManyFiles();
+  for (unsigned seed = 1; seed <= 4; ++seed) {
+    const NCDataMatrix<float> table = WholeNumbers(60, 3, 1 + static_cast<int>(seed), 0, seed);  // 1770 pairs
+    const std::vector<PlainMerge> inMemory = Merges(table, 0);
+    for (const std::uint64_t cap : {1769, 900, 100, 1770 / 400}) EXPECT_TRUE(Merges(table, cap) == inMemory) << cap;
+  }
+}
+
 TEST_F(OnDisk, EqualAndInfiniteDistancesAndNaNsComeToAnEnd) {
   NCDataMatrix<float> equal(20, 1, 1.0F), odd = RandomMatrix<float>(20, 2, 0, 3);
   for (const PlainMerge& merge : Merges(equal, 40)) EXPECT_EQ(merge.height, 0.0F);

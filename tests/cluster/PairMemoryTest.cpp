@@ -2,13 +2,17 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstdint>
 #include <string>
+#include <thread>
 
+#include "cluster/PlainClustering.h"
 #include "cluster/Trees.h"
 #include "kalmia/cluster/DendroGram.h"
 #include "kalmia/cluster/SingleLinkageDistanceCalculator.h"
 #include "kalmia/cluster/WardDistanceCalculator.h"
+#include "kalmia/kernels/ThreadingControl.h"
 #include "testing/AllocationMeter.h"
 #include "testing/RandomTables.h"
 #include "testing/Threads.h"
@@ -37,7 +41,7 @@ TEST(PairsThatFit, LeaveRoomForTheTableAndASixteenthOfTheRest) {
       EXPECT_EQ(PairsThatFitIn(0, rows, columns, kNeedsOfList), 0U);
       EXPECT_EQ(PairsThatFitIn(list, rows, columns, kNeedsOfList), 0U);
       EXPECT_EQ(PairsThatFitIn(list + 16 * 12, rows, columns, kNeedsOfList), 15U);
-      EXPECT_EQ(PairsThatFitIn(ward + 16 * 18 * std::uint64_t{1000000000}, rows, columns, kNeedsOfWard), 15000000000U);
+      EXPECT_EQ(PairsThatFitIn(ward + 16 * 12 * std::uint64_t{1000000000}, rows, columns, kNeedsOfWard), 15000000000U);
     }
 }
 
@@ -46,6 +50,17 @@ TEST(PairsThatFit, OnDiskDoNotLeaveRoomForTheTableAgain) {
   const std::uint64_t free = 700000000;
   EXPECT_EQ(PairsThatFitIn(free, 20000, 10000, kNeedsOfList), 0U);
   EXPECT_GT(PairsThatFitIn(free, 20000, 10000, kNeedsOfBuffer), free / 2 / sizeof(DendroGram::DistanceAndIndex));
+}
+
+TEST(PairsThatFit, AreNotFewerForProcessorsThatNobodyHas) {
+  using NCMultiThreading::ThreadingControl;
+  ThreadingControl::SetNumberOfProcessors(2000000000);
+  ThreadingControl::SetThreadingIsOn(true);
+  const std::uint64_t beside = BytesBesidePairs(10, 3, kNeedsOfList);
+  ThreadingControl::Reset();
+  // A megabyte for each of 64 threads, or of the machine's own where these are more.
+  EXPECT_LE(beside, std::uint64_t{1 << 20} * std::max(64U, std::thread::hardware_concurrency()) + 100000);
+  EXPECT_GE(beside, std::uint64_t{1 << 20} * 64);
 }
 
 TEST(PairsThatFit, AreCountedIn64Bits) {
@@ -63,8 +78,8 @@ TEST(PairsThatFit, AreCappedByWhatTheCallerSets) {
   DendroGram::SetMaximumPairsInMemory(0);
 }
 
-/// Rows that come twice: when all those are merged, all distances of a Ward list are stale at once, and each cluster of
-/// two rows has sums of its own.
+/// Rows that come twice: when all those are merged, all distances of a Ward list are stale at once, a quarter of all,
+/// and each cluster of two rows has sums of its own.
 NCDataMatrix<float> Twins(int rows, int columns, double holes) {
   const NCDataMatrix<float> half = RandomMatrix<float>(rows / 2, columns, holes, 3);
   NCDataMatrix<float> table(0, columns);
@@ -86,7 +101,8 @@ TEST(PairsThatFit, LeaveRoomForAllElseThatAnAnalysisTakes) {
     const NCDataMatrix<float> tables[] = {
         RandomMatrix<float>(2000, 3, 0, 1),    RandomMatrix<float>(300, 300, 0.1, 1),
         RandomMatrix<float>(40, 5000, 0.1, 1), RandomMatrix<float>(2, 20000, 0, 1),
-        Twins(2000, 3, 0),                     Twins(60, 5000, 0.1)};
+        Twins(2000, 3, 0),                     Twins(60, 5000, 0.1),
+        WholeNumbers(1000, 3, 3, 0, 1),        WholeNumbers(1000, 8, 2, 0, 1)};
     for (const NCDataMatrix<float>& table : tables) {
       SCOPED_TRACE(std::to_string(table.SizeRows()) + " x " + std::to_string(table.SizeColumns()));
       const auto setAside = [&table](const kalmia::MemoryNeeds& needs) {

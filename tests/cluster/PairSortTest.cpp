@@ -4,10 +4,12 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstring>
 #include <limits>
 #include <random>
 #include <vector>
 
+#include "testing/NoMoreThreads.h"
 #include "testing/Threads.h"
 
 namespace {
@@ -83,6 +85,83 @@ TEST(SortPairs, GivesUpWhereTheQuestionThrows) {
       EXPECT_THROW(kalmia::SortPairs(pairs.data(), pairs.size(), poll), int);
       EXPECT_EQ(polls, last);
     }
+}
+
+/// Many equal distances, and some that are alone.
+Pairs ManyTies(int rows, unsigned seed) {
+  std::mt19937 random(seed);
+  return AllPairs(rows, [&] { return static_cast<float>(random() % 4 == 0 ? random() % 100000 : random() % 5); });
+}
+
+bool SameBits(const Pairs& a, const Pairs& b) {
+  return a.size() == b.size() && std::memcmp(a.data(), b.data(), a.size() * sizeof(DistanceAndIndex)) == 0;
+}
+
+TEST(SortPairs, GivesTheSameBitsForAnyNumberOfThreadsAskedOrNot) {
+  for (const int rows : {40, 300, 600}) {  // 600: 179700 pairs, which are not asked for one by one
+    Pairs sorted = ManyTies(rows, 1);
+    sorted[5].distance = -0.0F;
+    sorted[6].distance = -kNaN;
+    const Pairs pairs = sorted;
+    kalmia::SortPairs(sorted.data(), sorted.size());
+    for (const int threads : {1, 2, 5}) {
+      const Threads team(threads);
+      Pairs silent = pairs, asked = pairs;
+      kalmia::SortPairs(silent.data(), silent.size());
+      kalmia::SortPairs(asked.data(), asked.size(), [] {});
+      EXPECT_TRUE(SameBits(silent, sorted)) << threads;
+      EXPECT_TRUE(SameBits(asked, sorted)) << threads;
+    }
+  }
+}
+
+TEST(SortPairs, AsksOftenEnoughInALongListTheSameNumberOfTimesForAnyNumberOfThreads) {
+  for (const int rows : {370, 600, 1500}) {  // 68265, 179700 and 1124250 pairs
+    std::vector<int> questions;
+    for (const int threads : {1, 2, 5}) {
+      const Threads team(threads);
+      Pairs pairs = ManyTies(rows, 2);
+      questions.push_back(0);
+      kalmia::SortPairs(pairs.data(), pairs.size(), [&questions] { ++questions.back(); });
+    }
+    // Sorting n pairs by comparing takes log2(n!) comparisons, 65536 of which a question may stand for.
+    const double n = 0.5 * rows * (rows - 1);
+    EXPECT_GE(questions[0], std::lgamma(n + 1) / std::log(2.0) / 65536);
+    EXPECT_LT(questions[0], n / 100) << "and seldom enough to cost nothing";
+    EXPECT_EQ(questions[1], questions[0]);
+    EXPECT_EQ(questions[2], questions[0]);
+  }
+}
+
+TEST(SortPairs, GivesUpALongListWhereTheQuestionThrowsOnWhicheverThreadItWasWanted) {
+  for (const int threads : {1, 3})
+    for (int last = 1; last <= 120; last += 7) {
+      const Threads team(threads);
+      Pairs pairs = ManyTies(600, 3);
+      int polls = 0;
+      EXPECT_THROW(kalmia::SortPairs(pairs.data(), pairs.size(), [&] { if (++polls == last) throw last; }), int);
+      EXPECT_EQ(polls, last);
+    }
+}
+
+TEST(SortPairs, OfRowsBeyond65535ComparesThem) {
+  for (const int rows : {20, 400}) {
+    Pairs pairs = ManyTies(rows, 4);
+    for (DistanceAndIndex& pair : pairs) pair.j += 1000000;
+    ExpectSorted(pairs);
+    int questions = 0;
+    Pairs asked = pairs;
+    kalmia::SortPairs(asked.data(), asked.size(), [&questions] { ++questions; });
+    kalmia::SortPairs(pairs.data(), pairs.size());
+    EXPECT_TRUE(SameBits(asked, pairs));
+    EXPECT_GE(questions, std::lgamma(static_cast<double>(pairs.size()) + 1) / std::log(2.0) / 65536);
+  }
+}
+
+TEST(SortPairs, WithoutThreadsIsDoneByTheCallingOne) {
+  const Threads team(8);
+  const NoMoreThreads none;
+  ExpectSorted(ManyTies(600, 5));
 }
 
 TEST(SortPairs, PutsInfinitiesInFrontAndNaNsBeforeThem) {
