@@ -66,8 +66,7 @@ std::string RunCommand(const FisherOptions& options, Notes* notes) {
                      "\n\n  probability " + Significant(probability, kDigits) +
                      "\n\nCounted, of the tables with these sums of rows and columns: " + MeaningOf(side) + "\n";
   if (options.hybrid && !isFourfold) {
-    text +=
-        "Hybrid: chi-square for parts whose expected counts are at least 1 all, and at least 5 in 80 % of the cells\n";
+    text += "Hybrid: chi-square for parts whose expected counts are above 1 all, and at least 5 in 80 % of the cells\n";
   }
   return text;
 }

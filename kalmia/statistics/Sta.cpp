@@ -4,7 +4,7 @@
 #include <cmath>
 
 #include "kalmia/containers/Missing.h"
-#include "kalmia/statistics/ContingencyNetwork.h"
+#include "kalmia/statistics/ExactTest.h"
 #include "kalmia/statistics/IncompleteBeta.h"
 
 using kalmia::IncompleteBeta;

@@ -35,13 +35,19 @@ long double BinomialCoefficient(int n, int k);
 /// Fisher's exact test of the counts in `table`, row after row: the probability, if the margins are given and rows and
 /// columns independent, of all tables that are not more probable than this one; for 2 x 2 of those that `sidedNess`
 /// says (then nothing else plays a part, and nothing is thrown; one step per table, so that its time grows with the
-/// counts). Other sizes go through a network of partial tables: `hybrid` takes chi-square probabilities for partial
-/// tables whose expected counts are at least 1 all, and at least 5 in 80 % of the cells. `workspace` limits the
-/// network, in units of four bytes, 64 bytes a partial table and 16 a path to it; 0 or less stands for the cap of 2^28
-/// units, 1 GiB. Room for growth, and the stage before, can take up to eight times that.
+/// counts). Other sizes go through a network of partial tables, which fills the longer side's columns (or rows) one
+/// after the other.
+/// `hybrid`: the smallest column is filled first. What is then left of a table is judged by the chi-square distribution
+/// of Freeman and Halton's statistic -2 ln(gamma P) where its expected counts are all above 1, and 80 % of them 5 or
+/// more; its empty rows do not count. The whole table is never judged so, unless its smallest column is empty.
+/// Quicker, and no longer exact: which parts are approximated depends on the side whose columns are filled, so that a
+/// square table and its transpose can differ.
+/// `workspace` limits the network's memory, in units of four bytes: at most one and a half times as much is taken,
+/// beside half a megabyte of logarithms. 0 or less stands for 2^29 units, 2 GiB.
 /// Throws NCError, "Error in fexact.\n" in front: fewer than two rows, a negative cell, no cell above 0, margins whose
 /// product is beyond int, too small a workspace.
-/// Source: Mehta & Patel (1986), ACM Trans. Math. Software 12, 154-161 (and Algorithm 643).
+/// Source: Mehta & Patel (1986), ACM Trans. Math. Software 12, 154-161 (and Algorithm 643); Clarkson, Fan & Joe (1993),
+/// ACM Trans. Math. Software 19, 484-488.
 float GetFisherExactProbability(const int* table, int rows, int columns, bool hybrid, SidedNess sidedNess,
                                 int workspace);
 

@@ -8,10 +8,11 @@
 #include <string>
 #include <vector>
 
+#include "FisherHybridReference.h"
 #include "FisherReference.h"
-#include "kalmia/statistics/ContingencyNetwork.h"
 #include "kalmia/statistics/Sta.h"
 #include "kalmia/support/NCError.h"
+#include "testing/AllocationMeter.h"
 
 namespace {
 
@@ -28,6 +29,13 @@ std::string FailureOf(const Cells& cells, int rows, int columns, int workspace =
     return static_cast<const char*>(error.GetMessage());
   }
   return "no failure";
+}
+
+Cells CellsOf(const char* text) {
+  std::istringstream in(text);
+  Cells cells;
+  for (int x; in >> x;) cells.push_back(x);
+  return cells;
 }
 
 double LogFactorial(int n) { return std::lgamma(n + 1.0); }
@@ -164,11 +172,13 @@ TEST(FisherExact, TableProbabilityIsHypergeometric) {
 /// Float rounding of the result; sums of logarithms near 1e2 in double add 1e-13, tables within 1e-7 count as equal.
 double Tolerance(double p) { return 2e-7 * p; }
 
+/// Hybrid values are a sum of chi-square tails good to 1e-12, but R pools paths that differ by less than its own
+/// tolerance, about 1e-7 of the logarithm, and takes this from the observed table: a few 1e-6 of p.
+double HybridTolerance(double p) { return 5e-6 * p; }
+
 TEST(FisherExact, LargerTablesGiveTheProbabilitiesOfR) {
   for (const FisherReference& known : kFisherReferences) {
-    std::istringstream in(known.cells);
-    Cells cells;
-    for (int x; in >> x;) cells.push_back(x);
+    const Cells cells = CellsOf(known.cells);
     ASSERT_EQ(cells.size(), static_cast<std::size_t>(known.rows * known.columns));
     const double tolerance = known.rows == 2 && known.columns == 2 ? 1e-5 * known.p : Tolerance(known.p);
     EXPECT_NEAR(ExactP(cells, known.rows, known.columns), known.p, tolerance)
@@ -213,6 +223,8 @@ TEST(FisherExact, TableOfIndependentCountsHasProbabilityOne) {
   EXPECT_FLOAT_EQ(ExactP({2, 4, 6, 1, 2, 3, 3, 6, 9}, 3, 3), 1.0F) << "the most probable table: all others count";
 }
 
+// ---- Hybrid
+
 TEST(FisherExact, HybridTakesChiSquareWhereExpectedCountsAreLargeAndIsExactElsewhere) {
   const Cells sparse{3, 0, 2, 1, 4, 1};
   EXPECT_EQ(ExactP(sparse, 2, 3, true), ExactP(sparse, 2, 3, false)) << "expected counts of 2.2: no approximation";
@@ -222,6 +234,47 @@ TEST(FisherExact, HybridTakesChiSquareWhereExpectedCountsAreLargeAndIsExactElsew
   const double exact = ExactP(large, 2, 6), hybrid = ExactP(large, 2, 6, true);
   EXPECT_NE(hybrid, exact);
   EXPECT_NEAR(hybrid, exact, 0.08 * exact);
+}
+
+TEST(FisherExact, HybridJudgesTheRestOnceTheSmallestColumnIsOutAndNeverTheWhole) {
+  struct { const char* cells; int rows, columns; double hybrid, exact; } const known[] = {  // R 4.2.2, fisher.test
+      {"8 10 9  11 11 3", 2, 3, 0.183456505698, 0.186662115864},
+      {"2 17 4 7  11 17 6 11", 2, 4, 0.192627229919, 0.195740212104},
+      {"8 8 3 7  10 18 11 0  16 3 5 16", 3, 4, 3.00363475626e-06, 1.96081252629e-06},
+      {"9 2 10  6 4 3  6 0 4", 3, 3, 0.245487727476, 0.245241601821}};  // its parts meet the conditions, not the whole
+  for (const auto& table : known) {
+    const Cells cells = CellsOf(table.cells);
+    EXPECT_NEAR(ExactP(cells, table.rows, table.columns, true), table.hybrid, HybridTolerance(table.hybrid));
+    EXPECT_NEAR(ExactP(cells, table.rows, table.columns), table.exact, Tolerance(table.exact));
+  }
+}
+
+TEST(FisherExact, HybridGivesTheProbabilitiesOfR) {
+  int approximated = 0;
+  for (const FisherHybridReference& known : kFisherHybridReferences) {
+    const Cells cells = CellsOf(known.cells);
+    ASSERT_EQ(cells.size(), static_cast<std::size_t>(known.rows * known.columns));
+    if (std::fabs(known.hybrid - known.exact) > 2 * HybridTolerance(known.exact)) ++approximated;
+    EXPECT_NEAR(ExactP(cells, known.rows, known.columns, true), known.hybrid, HybridTolerance(known.hybrid))
+        << known.rows << " x " << known.columns << ": " << known.cells;
+    EXPECT_NEAR(ExactP(cells, known.rows, known.columns), known.exact, Tolerance(known.exact));
+  }
+  EXPECT_GE(approximated, 75) << "tables that tell the approximation from the exact test";
+}
+
+TEST(FisherExact, HybridAsksForExpectedCountsAboveOneAndOfFiveInFourFifthsOfTheCells) {
+  // A column of 2 out, the part (21 21) has 2 of 10 expected counts of exactly 1 and 8 of 5 or more: not enough.
+  // p of R 4.2.2, whose value for conditions met there as well would be 0.89965.
+  const Cells one = CellsOf("1 1 7 5 7 5  1 1 5 7 5 7");
+  EXPECT_NEAR(ExactP(one, 2, 6, true), 0.924063453977, HybridTolerance(0.924063453977));
+  EXPECT_NE(ExactP(one, 2, 6, true), ExactP(one, 2, 6)) << "other parts are approximated";
+}
+
+TEST(FisherExact, HybridOfASquareTableTakesItsColumnsOutAndOfAnotherTheLongerSide) {
+  const Cells square{9, 2, 10, 6, 4, 3, 6, 0, 4}, turned{9, 6, 6, 2, 4, 0, 10, 3, 4};
+  EXPECT_NEAR(ExactP(square, 3, 3, true), 0.245487727476, HybridTolerance(0.245487727476));  // R 4.2.2
+  EXPECT_NEAR(ExactP(turned, 3, 3, true), 0.245241601821, HybridTolerance(0.245241601821));
+  EXPECT_EQ(ExactP({8, 10, 9, 11, 11, 3}, 2, 3, true), ExactP({8, 11, 10, 11, 9, 3}, 3, 2, true));
 }
 
 // ---- Failures
@@ -260,6 +313,36 @@ TEST(FisherExact, SaysThatAWorkspaceIsTooSmallForItsNodesOrPaths) {
   for (const int workspace : {4000000, 0, -1}) {
     EXPECT_EQ(FailureOf(manyNodes, 4, 6, workspace), "no failure");
     EXPECT_EQ(FailureOf(manyPaths, 2, 12, workspace), "no failure");
+  }
+}
+
+// ---- Memory
+
+/// The peak of a test beside the workspace told in bytes.
+struct MemoryUse {
+  double share;
+  std::string failure;
+};
+
+MemoryUse UseOf(const Cells& cells, int rows, int columns, int megabytes) {
+  const PeakBytesDuring peak;
+  const std::string failure = FailureOf(cells, rows, columns, megabytes * 250000);
+  return {static_cast<double>(peak.GetBytes()) / (megabytes * 1e6), failure};
+}
+
+TEST(FisherExact, MemoryStaysWithinOneAndAHalfTimesTheWorkspace) {
+  // Few nodes with many paths each, many nodes with few paths, and something between: all outgrow what they are told.
+  struct { int rows, columns, total, megabytes; } const hungry[] = {
+      {2, 14, 400, 1}, {2, 14, 400, 8}, {2, 14, 400, 20}, {3, 10, 200, 1}, {5, 6, 100, 1}};
+  for (const auto& table : hungry) {
+    std::mt19937 random(4);
+    const Cells cells = RandomCells(table.rows, table.columns, table.total, &random);
+    const MemoryUse use = UseOf(cells, table.rows, table.columns, table.megabytes);
+    SCOPED_TRACE(::testing::Message() << table.rows << " x " << table.columns << ", " << table.megabytes << " MB");
+    EXPECT_EQ(use.failure,
+              "Error in fexact.\nLDSTP is too small for this problem.\nTry increasing the size of the workspace.");
+    EXPECT_LT(use.share, 1.5);
+    EXPECT_GT(use.share, 0.9) << "it is of use, too";
   }
 }
 
