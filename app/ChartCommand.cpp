@@ -12,6 +12,7 @@
 #include "app/Failure.h"
 #include "app/InputFile.h"
 #include "app/MeasuredColumn.h"
+#include "app/MovingRange.h"
 #include "app/OutputFiles.h"
 #include "app/OutputPlaces.h"
 #include "kalmia/containers/Missing.h"
@@ -44,6 +45,17 @@ void CheckSettings(const ChartOptions& options, ControlChart::ControlType type, 
     RefuseUsage("--type " + options.type + " takes subgroups of 2 to 25 values, not of " + std::to_string(subgroup) +
                 ": give --subgroup");
   }
+  if (!options.sigmaFrom.empty() && subgroup != 1) {
+    RefuseUsage("--sigma-from goes with subgroups of 1 value, not of " + std::to_string(subgroup));
+  }
+  if (options.sigmaFrom == kFromMovingRange && type == ControlChart::EWMAStdDev) {
+    RefuseUsage("--type ewma-sd takes the standard deviation of the values: take --type ewma for --sigma-from " +
+                options.sigmaFrom);
+  }
+  if (!options.rules.empty() && !TakesRunRules(type)) {
+    RefuseUsage("--rules goes with --type individual, mean-range and mean-sd, not " + options.type +
+                ", whose points lean on those before");
+  }
   const bool takesAnySigma = type == ControlChart::Individual || subgroup == 1;
   if (options.sigma && !takesAnySigma && !HasFactors(subgroup)) {
     RefuseUsage("--sigma with --type " + options.type + " takes subgroups of at most 25 values, not of " +
@@ -68,6 +80,23 @@ double TargetBeside99(double target) {
   return target == kMissing ? std::nextafter(target, std::numeric_limits<double>::lowest()) : target;
 }
 
+/// Where the standard deviation comes from; empty for the estimate that the type makes of subgroups.
+std::string SigmaFromFor(const ChartOptions& options, ControlChart::ControlType type, int subgroup) {
+  if (options.sigma) return kGiven;
+  if (subgroup != 1) return "";
+  return options.sigmaFrom.empty() ? DefaultSigmaFrom(type) : options.sigmaFrom;
+}
+
+/// Throws Failure (BadData) where there are values, but none beside each other.
+void SetMovingRange(const std::string& where, const NCDataVector<float>& series, ControlChart* chart) {
+  const double spread = SpreadOfMovingRanges(series);
+  if (spread == kMissing && series.Size() - series.GetNumMisVal() > 1) {
+    throw Failure(ExitCode::BadData, where + " has no two values beside each other, which a moving range takes: give " +
+                                         "--sigma-from values");
+  }
+  chart->SetStdDevSubgroup(spread);
+}
+
 void ApplySettings(const ChartOptions& options, ControlChart* chart) {
   if (options.target) chart->SetTarget(TargetBeside99(*options.target));
   if (options.sigma) chart->SetStdDevSubgroup(*options.sigma);
@@ -80,13 +109,19 @@ void CheckSeries(const std::string& where, const NCDataVector<float>& series, in
                                        ", less than one subgroup of " + std::to_string(subgroup));
 }
 
+void NoteRowsLeft(int left, Notes* notes) {
+  if (left == 0) return;
+  notes->Add("the last " + Counted(static_cast<std::size_t>(left), "row") + (left == 1 ? " is" : " are") +
+             " no whole subgroup and left out");
+}
+
 void CheckPanels(const std::string& where, const ChartResult& result) {
   if (!HasLimits(result.chart)) {
     throw Failure(ExitCode::BadData, where + " has too few values for the limits of a chart of type " +
                                          WordOfChartType(result.chart.GetControlType()));
   }
   for (const ChartPanel& panel : result.panels) {
-    for (const double number : {panel.lower, panel.centre, panel.upper}) {
+    for (const double number : {panel.zones.lower, panel.zones.centre, panel.zones.upper}) {
       if (std::isinf(number)) throw Failure(ExitCode::BadData, where + " has values too large for a chart");
     }
     for (const ChartSeries& series : panel.judged) {
@@ -101,7 +136,7 @@ void WriteFiles(const ChartOptions& options, const ChartResult& result) {
   OutputFiles files;
   if (!options.saveLimits.empty()) {
     files.Stage(options.saveLimits, LimitsText({result.table, result.column, result.chart.GetControlType(),
-                                                result.subgroup, result.chart.GetLimits()}));
+                                                result.subgroup, result.sigmaFrom, result.chart.GetLimits()}));
   }
   if (!options.csv.empty()) files.Stage(options.csv, ChartCsv(result));
   if (!options.svg.empty()) files.Stage(options.svg, ChartSvg(result));
@@ -126,23 +161,21 @@ std::string RunCommand(const ChartOptions& options, Notes* notes) {
   const std::string where = table.Name() + ": the column " + Quoted(options.column);
   CheckSeries(where, series, subgroup);
   const int left = series.Size() % subgroup;
-  if (left > 0) {
-    notes->Add("the last " + Counted(static_cast<std::size_t>(left), "row") + (left == 1 ? " is" : " are") +
-               " no whole subgroup and left out");
-  }
-
+  NoteRowsLeft(left, notes);
+  const std::string sigmaFrom = stored ? stored->sigmaFrom : SigmaFromFor(options, type, subgroup);
   ControlChart chart(type, series, subgroup);
   if (stored) chart.ImportLimits(stored->limits);
+  if (!stored && sigmaFrom == kFromMovingRange) SetMovingRange(where, series, &chart);
   ApplySettings(options, &chart);
   ChartResult result = {table.Name(), options.column, std::move(chart), subgroup, series.Size() - left, 0,
-                        options.lambda || stored, options.limitsFrom.empty() ? "" : InputName(options.limitsFrom), {},
-                        {}};
+                        options.lambda || stored, options.limitsFrom.empty() ? "" : InputName(options.limitsFrom),
+                        sigmaFrom, options.rules, options.texts, {}, {}};
   for (int row = 1; row <= result.values; ++row) result.missing += series[row] == kMissingCell<float> ? 1 : 0;
   result.panels = ChartPanels(result.chart, subgroup);
   CheckPanels(where, result);
-  result.signals = ChartSignals(result.panels);
+  result.signals = ChartSignals(result.panels, result.rules);
   WriteFiles(options, result);
-  return ChartText(result) + WrittenText(OutputsOf(options));
+  return options.json ? ChartJson(result, *notes) : ChartText(result) + WrittenText(OutputsOf(options));
 }
 
 }  // namespace kalmia::app

@@ -61,6 +61,23 @@ void CheckHeader(const Json& json, const std::string& name) {
   }
 }
 
+/// Files of earlier versions do not say where sigma comes from: for single values it was that of the values, or given.
+std::string UnsaidSigmaFrom(const StoredLimits& stored) {
+  if (stored.subgroup != 1) return "";
+  const double process = stored.limits.stdDevProcess;
+  return process == kMissing || process == stored.limits.stdDevIndividual ? kFromValues : kGiven;
+}
+
+std::string SigmaFromOf(const Json& json, const StoredLimits& stored, const std::string& name) {
+  const auto found = json.find("sigmaFrom");
+  if (found == json.end()) return UnsaidSigmaFrom(stored);
+  if (found->is_null()) return "";
+  for (const char* word : {kFromMovingRange, kFromValues, kGiven}) {
+    if (*found == word) return word;
+  }
+  Refuse(name, "it does not say where its standard deviation comes from");
+}
+
 std::string TextOf(const Json& json, const char* field) {
   const Json text = json.value(field, Json());
   return text.is_string() ? text.get<std::string>() : std::string();
@@ -74,6 +91,7 @@ std::string LimitsText(const StoredLimits& stored) {
   json["column"] = stored.column;
   json["type"] = WordOfChartType(stored.type);
   json["subgroup"] = stored.subgroup;
+  json["sigmaFrom"] = stored.sigmaFrom.empty() ? Json(nullptr) : Json(stored.sigmaFrom);
   for (const LimitField& field : kFields) {
     const double number = stored.limits.*field.number;
     json["limits"][field.name] = number == kMissing ? Json(nullptr) : JsonNumber(number);
@@ -91,8 +109,9 @@ StoredLimits ReadLimits(const std::string& text, const std::string& name) {
   if (!subgroup.is_number_integer() || subgroup.get<int>() < 1) Refuse(name, "it names no size of subgroups");
   const Json limits = json.value("limits", Json());
   if (!limits.is_object()) Refuse(name, "it holds no limits");
-  StoredLimits stored = {TextOf(json, "table"), TextOf(json, "column"), *type, subgroup.get<int>(), {}};
+  StoredLimits stored = {TextOf(json, "table"), TextOf(json, "column"), *type, subgroup.get<int>(), "", {}};
   for (const LimitField& field : kFields) stored.limits.*field.number = NumberOf(limits, field.name, name);
+  stored.sigmaFrom = SigmaFromOf(json, stored, name);
   return stored;
 }
 

@@ -12,6 +12,7 @@ struct StoredLimits {
   std::string column;
   ControlChart::ControlType type;
   int subgroup;
+  std::string sigmaFrom;  ///< moving-range, values or given; empty where subgroups give the estimate of the type
   ControlChart::Limits limits;
 };
 

@@ -1,5 +1,6 @@
 #include "app/ChartPanels.h"
 
+#include <algorithm>
 #include <cmath>
 #include <limits>
 
@@ -34,12 +35,12 @@ double IndividualSpread(const ControlChart& chart) {
 
 ChartPanel Means(const ControlChart& chart, int subgroup, double lower, double upper) {
   const std::string name = subgroup == 1 ? "value" : "mean";
-  return {name, {{name, Cells(*chart.GetMeanVector())}}, {}, chart.GetTarget(), lower, upper};
+  return {name, {{name, Cells(*chart.GetMeanVector())}}, {}, {chart.GetTarget(), lower, upper}, /*takesRuns=*/true};
 }
 
 ChartPanel Spreads(const std::string& name, const NCDataVector<float>& cells, double centre, double lower,
                    double upper) {
-  return {name, {{name, Cells(cells)}}, {}, centre, lower, upper};
+  return {name, {{name, Cells(cells)}}, {}, {centre, lower, upper}};
 }
 
 ChartPanel CuSums(const ControlChart& chart) {
@@ -47,18 +48,35 @@ ChartPanel CuSums(const ControlChart& chart) {
   return {"CuSum",
           {{"high CuSum", FullCells(*chart.GetHighCuSum(), 1.0)}, {"low CuSum", FullCells(*chart.GetLowCuSum(), -1.0)}},
           {},
-          0.0,
-          -limit,
-          limit};
+          {0.0, -limit, limit}};
 }
 
 ChartPanel Ewma(const ControlChart& chart, int subgroup) {
   return {"EWMA",
           {{"EWMA", FullCells(*chart.GetEWMA(), 1.0)}},
           {subgroup == 1 ? "value" : "mean", Cells(*chart.GetMeanVector())},
-          chart.GetTarget(),
-          chart.GetEWMALCL(),
-          chart.GetEWMAUCL()};
+          {chart.GetTarget(), chart.GetEWMALCL(), chart.GetEWMAUCL()}};
+}
+
+const char* DirectionOf(const RunSignal& run) {
+  switch (run.rule->pattern) {
+    case RunRule::Pattern::Beyond: return run.side > 0 ? "above" : "below";
+    case RunRule::Pattern::Trend: return run.side > 0 ? "rising" : "falling";
+    case RunRule::Pattern::Alternation: return "alternating";
+    case RunRule::Pattern::Within: return "within";
+    case RunRule::Pattern::Outside: break;
+  }
+  return "outside";
+}
+
+ChartSignal SignalOf(const RunSignal& run, const ChartSeries& series, const RunZones& zones) {
+  const bool hasLine = run.rule->pattern == RunRule::Pattern::Beyond;
+  return {run.point,
+          series.name,
+          series.values[run.point],
+          hasLine ? zones.Line(run.side * run.rule->sigmas) : kNone,
+          *run.rule,
+          DirectionOf(run)};
 }
 
 }  // namespace
@@ -92,18 +110,23 @@ std::vector<ChartPanel> ChartPanels(const ControlChart& chart, int subgroup) {
   }
 }
 
-std::vector<ChartSignal> ChartSignals(const std::vector<ChartPanel>& panels) {
+bool ChartPanel::HasLimits() const { return !std::isnan(zones.upper); }
+
+std::vector<ChartSignal> ChartSignals(const std::vector<ChartPanel>& panels, const std::string& rules) {
   std::vector<ChartSignal> signals;
   for (const ChartPanel& panel : panels) {
-    if (std::isnan(panel.upper)) continue;
-    const std::size_t points = panel.judged.front().values.size();
-    for (std::size_t point = 0; point < points; ++point) {
-      for (const ChartSeries& series : panel.judged) {
-        const double value = series.values[point];
-        if (value > panel.upper) signals.push_back({point, series.name, value, panel.upper});
-        if (value < panel.lower) signals.push_back({point, series.name, value, panel.lower});
+    if (!panel.HasLimits()) continue;
+    std::vector<ChartSignal> found;
+    std::vector<RunRule> judged = RunRulesOfWord(rules);
+    if (!panel.takesRuns) judged.resize(1);  // the limits
+    for (const ChartSeries& series : panel.judged) {
+      for (const RunSignal& run : FindRuns(series.values, panel.zones, judged)) {
+        found.push_back(SignalOf(run, series, panel.zones));
       }
     }
+    std::stable_sort(found.begin(), found.end(),
+                     [](const ChartSignal& a, const ChartSignal& b) { return a.point < b.point; });
+    signals.insert(signals.end(), found.begin(), found.end());
   }
   return signals;
 }

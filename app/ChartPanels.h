@@ -3,6 +3,7 @@
 #include <string>
 #include <vector>
 
+#include "app/RunRules.h"
 #include "kalmia/statistics/ControlChart.h"
 
 namespace kalmia::app {
@@ -18,18 +19,20 @@ struct ChartPanel {
   std::string name;
   std::vector<ChartSeries> judged;  ///< drawn as a line, a signal wherever they leave the limits
   ChartSeries background;           ///< drawn as dots, judged by nobody; often empty
-  double centre;
-  double lower;
-  double upper;
+  RunZones zones;
+  bool takesRuns = false;  ///< whether runs of its points tell anything: they do not lean on each other
+
+  bool HasLimits() const;
 };
 
-/// A point beyond a limit.
+/// A point that breaks a rule: that of the limits, or one of a set of run rules.
 struct ChartSignal {
   std::size_t point = 0;  ///< from 0
   std::string series;
   double value = 0.0;
-  double limit = 0.0;
-  bool IsAbove() const { return value > limit; }
+  double limit = 0.0;  ///< the line beyond which it lies; NaN for a rule without one
+  RunRule rule = {};
+  std::string direction;  ///< above, below, rising, falling, alternating, within, outside
 };
 
 /// What a chart shows, by type: means (of single values: the values) with the limits of the type, and below them
@@ -41,7 +44,8 @@ std::vector<ChartPanel> ChartPanels(const ControlChart& chart, int subgroup);
 /// Whether the spread that the limits rest on is known.
 bool HasLimits(const ControlChart& chart);
 
-/// The points strictly beyond their limits: panel after panel, each in the order of its points.
-std::vector<ChartSignal> ChartSignals(const std::vector<ChartPanel>& panels);
+/// The points that break the rules of that word, see RunRulesOfWord(): panel after panel, each in the order of its
+/// points. Panels that take no runs know the limits alone.
+std::vector<ChartSignal> ChartSignals(const std::vector<ChartPanel>& panels, const std::string& rules);
 
 }  // namespace kalmia::app

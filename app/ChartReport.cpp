@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <map>
 
 #include "app/ChartResult.h"
 #include "app/ChartTypes.h"
@@ -25,22 +26,28 @@ std::string LimitsTable(const ChartResult& result) {
   table.AddColumn("", TextTable::Align::Left);
   for (const char* title : {"lower limit", "centre", "upper limit"}) table.AddColumn(title, TextTable::Align::Right);
   for (const ChartPanel& panel : result.panels) {
-    table.AddRow({panel.name, Significant(panel.lower, kDigits), Significant(panel.centre, kDigits),
-                  Significant(panel.upper, kDigits)});
+    table.AddRow({panel.name, Significant(panel.zones.lower, kDigits), Significant(panel.zones.centre, kDigits),
+                  Significant(panel.zones.upper, kDigits)});
   }
   return table.Text();
+}
+
+/// Where the standard deviation of the process comes from, if not from subgroups.
+std::string SourceText(const ChartResult& result) {
+  if (result.sigmaFrom == kFromMovingRange) return " (mean moving range / 1.128)";
+  return result.sigmaFrom == kGiven ? " (given)" : "";
 }
 
 /// "Standard deviation of the process 0.05, of the values 0.06": what is known of them.
 std::string SpreadText(const ChartResult& result) {
   const ControlChart& chart = result.chart;
   std::vector<std::string> parts;
-  const auto add = [&parts](const char* what, double spread) {
-    if (spread != kMissing) parts.push_back(what + Significant(spread, kDigits));
+  const auto add = [&parts](const char* what, double spread, const std::string& source) {
+    if (spread != kMissing) parts.push_back(what + Significant(spread, kDigits) + source);
   };
-  add("of the process ", chart.GetStdDevProcess());
-  add("of the values ", chart.GetStdDevIndividual());
-  if (chart.GetControlType() == ControlChart::CuSum) add("dead band of the CuSum ", chart.GetDeadBand());
+  add("of the process ", chart.GetStdDevProcess(), SourceText(result));
+  add("of the values ", chart.GetStdDevIndividual(), "");
+  if (chart.GetControlType() == ControlChart::CuSum) add("dead band of the CuSum ", chart.GetDeadBand(), "");
   std::string text = parts.empty() ? "" : "Standard deviation " + Listed(parts) + "\n";
   if (IsEwma(chart.GetControlType())) {
     text += "Weight lambda " + Significant(chart.GetEWMALambda(), kDigits) +
@@ -49,36 +56,60 @@ std::string SpreadText(const ChartResult& result) {
   return text;
 }
 
+std::string SignalName(const ChartSignal& signal) { return signal.series + " " + signal.direction; }
+
+/// What the numbers of the broken rules stand for.
+std::string RulesText(const ChartResult& result) {
+  if (result.rules.empty()) return "";
+  std::map<int, std::string> rules;
+  for (const ChartSignal& signal : result.signals) rules[signal.rule.number] = signal.rule.meaning;
+  std::string text = "\n";
+  for (const auto& [number, meaning] : rules) text += "  rule " + std::to_string(number) + ": " + meaning + "\n";
+  return text;
+}
+
 std::string SignalsText(const ChartResult& result) {
-  if (result.signals.empty()) return "No signals: every point lies within its limits\n";
+  if (result.signals.empty()) {
+    return std::string("No signals: every point lies within its limits") +
+           (result.rules.empty() ? "\n" : ", and no run breaks a rule\n");
+  }
   TextTable table;
   table.AddColumn(result.IsSingle() ? "row" : "subgroup", TextTable::Align::Right);
   if (!result.IsSingle()) table.AddColumn("rows", TextTable::Align::Right);
   table.AddColumn("signal", TextTable::Align::Left);
   table.AddColumn("value", TextTable::Align::Right);
   table.AddColumn("limit", TextTable::Align::Right);
+  if (!result.rules.empty()) table.AddColumn(result.rules + " rule", TextTable::Align::Right);
   for (std::size_t i = 0; i < result.signals.size() && i < kMostSignals; ++i) {
     const ChartSignal& signal = result.signals[i];
     std::vector<std::string> row = {std::to_string(signal.point + 1)};
     if (!result.IsSingle()) row.push_back(RowsOf(result, signal.point));
-    row.push_back(signal.series + (signal.IsAbove() ? " above" : " below"));
+    row.push_back(SignalName(signal));
     row.push_back(Significant(signal.value, kDigits));
     row.push_back(Significant(signal.limit, kDigits));
+    if (!result.rules.empty()) row.push_back(std::to_string(signal.rule.number));
     table.AddRow(row);
   }
   const std::size_t more = result.signals.size() - std::min(result.signals.size(), kMostSignals);
   return Counted(result.signals.size(), "signal") + "\n\n" + table.Text() +
-         (more == 0 ? "" : "  and " + std::to_string(more) + " more; --csv writes all of them\n");
+         (more == 0 ? "" : "  and " + std::to_string(more) + " more; --csv writes all of them\n") + RulesText(result);
 }
 
-std::string SignalsAt(const ChartResult& result, std::size_t point, const std::vector<std::size_t>& order,
-                      std::size_t* next) {
-  std::string text;
+/// What the signals of one point are, and which rules they break, in the same order.
+struct SignalFields {
+  std::string signals, rules;
+};
+
+SignalFields SignalsAt(const ChartResult& result, std::size_t point, const std::vector<std::size_t>& order,
+                       std::size_t* next) {
+  SignalFields fields;
   for (; *next < order.size() && result.signals[order[*next]].point == point; ++*next) {
     const ChartSignal& signal = result.signals[order[*next]];
-    text += (text.empty() ? "" : "; ") + signal.series + (signal.IsAbove() ? " above" : " below");
+    const char* const between = fields.signals.empty() ? "" : "; ";
+    fields.signals += between + SignalName(signal);
+    fields.rules += between + result.RuleName(signal);
   }
-  return text;
+  return fields;
 }
 
 /// The signals by point: panels follow each other in the result.
@@ -98,7 +129,9 @@ void CsvTitles(const ChartResult& result, CsvText* csv) {
     for (const ChartSeries& series : panel.judged) csv->Field(series.name);
     csv->Field(panel.name + " lower limit").Field(panel.name + " centre").Field(panel.name + " upper limit");
   }
-  csv->Field("signal").EndLine();
+  csv->Field("signal");
+  if (!result.rules.empty()) csv->Field("rule");
+  csv->EndLine();
 }
 
 /// The points are cells of the library, single precision: full precision has so many digits.
@@ -108,6 +141,10 @@ void AddCell(double value, CsvText* csv) { csv->Number(AsWritten(static_cast<flo
 
 std::string ChartResult::Title() const {
   return OneLine(column) + " of " + OneLine(table) + ": " + WordOfChartType(chart.GetControlType()) + " chart";
+}
+
+std::string ChartResult::RuleName(const ChartSignal& signal) const {
+  return rules.empty() ? "limits" : rules + " " + std::to_string(signal.rule.number);
 }
 
 std::string ChartText(const ChartResult& result) {
@@ -134,9 +171,12 @@ std::string ChartCsv(const ChartResult& result) {
     for (const ChartPanel& panel : result.panels) {
       if (!panel.background.values.empty()) AddCell(panel.background.values[point], &csv);
       for (const ChartSeries& series : panel.judged) AddCell(series.values[point], &csv);
-      csv.Number(panel.lower).Number(panel.centre).Number(panel.upper);
+      csv.Number(panel.zones.lower).Number(panel.zones.centre).Number(panel.zones.upper);
     }
-    csv.Field(SignalsAt(result, point, order, &next)).EndLine();
+    const SignalFields fields = SignalsAt(result, point, order, &next);
+    csv.Field(fields.signals);
+    if (!result.rules.empty()) csv.Field(fields.rules);
+    csv.EndLine();
   }
   return csv.Text();
 }

@@ -32,4 +32,17 @@ bool IsEwma(ControlChart::ControlType type) {
   return type == ControlChart::EWMA || type == ControlChart::EWMAStdDev;
 }
 
+bool TakesRunRules(ControlChart::ControlType type) {
+  return type == ControlChart::Individual || type == ControlChart::MeanRange || type == ControlChart::MeanStdDev;
+}
+
+const std::vector<std::string>& SigmaFromWords() {
+  static const std::vector<std::string> words = {kFromMovingRange, kFromValues};
+  return words;
+}
+
+const char* DefaultSigmaFrom(ControlChart::ControlType type) {
+  return type == ControlChart::Individual || type == ControlChart::EWMA ? kFromMovingRange : kFromValues;
+}
+
 }  // namespace kalmia::app

@@ -17,5 +17,16 @@ const std::string& WordOfChartType(ControlChart::ControlType type);
 bool NeedsFactors(ControlChart::ControlType type);
 bool HasFactors(int subgroup);
 bool IsEwma(ControlChart::ControlType type);
+/// Whether its points are judged one by one, so that runs of them can be told from chance.
+bool TakesRunRules(ControlChart::ControlType type);
+
+// Where the standard deviation of a process comes from that is measured in single values.
+constexpr auto kFromMovingRange = "moving-range";
+constexpr auto kFromValues = "values";
+constexpr auto kGiven = "given";  ///< by --sigma
+/// Those that --sigma-from takes.
+const std::vector<std::string>& SigmaFromWords();
+/// That of --sigma-from where it is not given. The type ewma-sd is by its meaning that of the values.
+const char* DefaultSigmaFrom(ControlChart::ControlType type);
 
 }  // namespace kalmia::app

@@ -37,16 +37,18 @@ double NumberOf(std::uint64_t bits) {
   return number;
 }
 
-/// The smallest double at which `isReached`; it stays so from there on. At most 64 questions.
+/// The smallest double at which `isReached`; it stays so from there on. At most 64 questions, none of them at the ends,
+/// where Boost.Math gives up.
 template <class Question>
 double FirstWhere(const Question& isReached) {
   std::uint64_t low = BitsOf(std::numeric_limits<double>::min()), high = BitsOf(std::numeric_limits<double>::max());
-  if (isReached(NumberOf(low))) Refuse("is nearer to 0 than 2.2e-308");
-  if (!isReached(NumberOf(high))) Refuse("is beyond 1.79e308");
+  const std::uint64_t smallest = low + 1, largest = high;
   while (high - low > 1) {
     const std::uint64_t middle = low + (high - low) / 2;
     (isReached(NumberOf(middle)) ? high : low) = middle;
   }
+  if (high == smallest) Refuse("is nearer to 0 than 2.2e-308");
+  if (high == largest) Refuse("is beyond 1.79e308");
   return NumberOf(high);
 }
 

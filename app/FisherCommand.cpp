@@ -5,6 +5,7 @@
 #include "app/DisplayText.h"
 #include "app/Failure.h"
 #include "app/InputFile.h"
+#include "app/Json.h"
 #include "app/Numbers.h"
 #include "kalmia/statistics/Sta.h"
 #include "kalmia/support/NCError.h"
@@ -47,6 +48,20 @@ float ProbabilityOf(const CountTable& table, const FisherOptions& options, const
   }
 }
 
+std::string FisherJson(const FisherOptions& options, const std::string& name, const CountTable& table,
+                       float probability, const Notes& notes) {
+  Json json = JsonHeader("kalmia-fisher");
+  json["table"] = name;
+  json["rows"] = table.rows;
+  json["columns"] = table.columns;
+  json["total"] = table.total;
+  json["alternative"] = options.alternative;
+  json["hybrid"] = options.hybrid && !(table.rows == 2 && table.columns == 2);
+  json["probability"] = JsonNumber(AsWritten(probability));
+  json["notes"] = notes.Lines();
+  return JsonText(json);
+}
+
 }  // namespace
 
 std::string RunCommand(const FisherOptions& options, Notes* notes) {
@@ -61,6 +76,7 @@ std::string RunCommand(const FisherOptions& options, Notes* notes) {
   }
   if (isFourfold && options.hybrid) notes->Add("--hybrid plays no part in a table of 2 x 2");
   const float probability = ProbabilityOf(table, options, csv.Name());
+  if (options.json) return FisherJson(options, csv.Name(), table, probability, *notes);
   std::string text = "Fisher's exact test of " + csv.Name() + ", " + std::to_string(table.rows) + " x " +
                      std::to_string(table.columns) + ", " + Counted(static_cast<std::size_t>(table.total), "count") +
                      "\n\n  probability " + Significant(probability, kDigits) +

@@ -6,6 +6,7 @@
 #include "app/CsvText.h"
 #include "app/DisplayText.h"
 #include "app/InputFile.h"
+#include "app/Json.h"
 #include "app/MeasuredColumn.h"
 #include "app/Numbers.h"
 #include "app/OutputFiles.h"
@@ -99,14 +100,37 @@ std::string HistogramCsv(const Histogram& histogram) {
   return csv.Text();
 }
 
-std::string HistogramSvg(const Histogram& histogram) {
+std::string HistogramJson(const Histogram& histogram, const Notes& notes) {
+  Json json = JsonHeader("kalmia-histogram");
+  json["table"] = histogram.table;
+  json["column"] = histogram.column;
+  json["values"] = histogram.values;
+  json["missing"] = histogram.missing;
+  json["width"] = JsonNumber(histogram.width);
+  Json bins = Json::array();
+  for (int bin = 1; bin <= histogram.Bins(); ++bin) {
+    bins.push_back({{"from", JsonNumber(histogram.From(bin))},
+                    {"to", JsonNumber(histogram.To(bin))},
+                    {"count", histogram.Count(bin)},
+                    {"rows", histogram.bins.members[static_cast<std::size_t>(bin) - 1]}});
+  }
+  json["bins"] = bins;
+  json["notes"] = notes.Lines();
+  return JsonText(json);
+}
+
+std::string TextOr(const std::string& text, const std::string& otherwise) { return text.empty() ? otherwise : text; }
+
+std::string HistogramSvg(const Histogram& histogram, const PlotTexts& texts) {
   constexpr double kLeft = 80, kTop = 46, kWidth = 600, kHeight = 300;
-  Svg svg(kLeft + kWidth + 40, kTop + kHeight + 54, histogram.Title());
-  svg.Text(kLeft, 26, histogram.Title(), Svg::Font::Title, Svg::Anchor::Start);
+  const std::string title = TextOr(texts.title, histogram.Title());
+  Svg svg(kLeft + kWidth + 40, kTop + kHeight + 54, title);
+  svg.Text(kLeft, 26, Svg::Fitting(title, kWidth + 30, Svg::Font::Title), Svg::Font::Title, Svg::Anchor::Start);
   const ValueRange values = {histogram.From(1), histogram.To(histogram.Bins())};
   const ValueRange counts = {0.0, 1.05 * histogram.LargestCount()};
   const Plot plot(&svg, {kLeft, kTop, kWidth, kHeight}, values, counts);
-  plot.DrawAxes(OneLine(histogram.column), "values", /*wholeX=*/false, /*wholeY=*/true);
+  plot.DrawAxes(TextOr(texts.xLabel, histogram.column), TextOr(texts.yLabel, "count"),
+                EdgeTicks(histogram.From(1), histogram.width, histogram.Bins(), kWidth), /*wholeY=*/true);
   for (int bin = 1; bin <= histogram.Bins(); ++bin) {
     const double left = plot.X(histogram.From(bin)), top = plot.Y(histogram.Count(bin));
     if (histogram.Count(bin) == 0) continue;
@@ -130,9 +154,9 @@ std::string RunCommand(const HistogramOptions& options, Notes* notes) {
   const Histogram histogram = HistogramOf(table, options, notes);
   OutputFiles files;
   if (!options.csv.empty()) files.Stage(options.csv, HistogramCsv(histogram));
-  if (!options.svg.empty()) files.Stage(options.svg, HistogramSvg(histogram));
+  if (!options.svg.empty()) files.Stage(options.svg, HistogramSvg(histogram, options.texts));
   files.Commit();
-  return HistogramText(histogram) + WrittenText(OutputsOf(options));
+  return options.json ? HistogramJson(histogram, *notes) : HistogramText(histogram) + WrittenText(OutputsOf(options));
 }
 
 }  // namespace kalmia::app

@@ -15,6 +15,7 @@ constexpr double kPlainLabel = 1e7;
 constexpr int kMostDecimals = 6;
 constexpr double kPixelsPerXTick = 80;
 constexpr double kPixelsPerYTick = 35;
+constexpr double kBeyondPanel = 50;  ///< of a text beside it: panels are farther apart
 
 /// A step of 1, 2 or 5 times a power of ten.
 struct RoundStep {
@@ -60,6 +61,26 @@ std::vector<Tick> RoundTicks(double low, double high, int count, bool whole) {
   return ticks;
 }
 
+std::vector<Tick> EdgeTicks(double low, double width, int bins, double pixels) {
+  int decimals = 0;  // as many as the width has
+  const auto isRough = [width](int places) {
+    const double scaled = width * std::pow(10.0, places);
+    return std::fabs(scaled - std::round(scaled)) > kFlat * scaled;
+  };
+  while (decimals < kMostDecimals && isRough(decimals)) ++decimals;
+  const bool isPlain = !isRough(decimals) && std::fabs(low) < kPlainLabel && std::fabs(low + bins * width) < kPlainLabel;
+  const auto label = [&](double edge) {
+    return isPlain ? Fixed(edge, decimals) : Shortest(static_cast<float>(edge));
+  };
+  std::size_t longest = 0;
+  for (const double edge : {low, low + width, low + bins * width}) longest = std::max(longest, label(edge).size());
+  const double room = std::max(1.0, pixels / (Svg::WidthOf(std::string(longest + 2, '0'), Svg::Font::Tick)));
+  const double every = StepOf(std::max(1.0, bins / room)).Times(1);
+  std::vector<Tick> ticks;
+  for (double edge = 0; edge <= bins; edge += every) ticks.push_back({low + edge * width, label(low + edge * width)});
+  return ticks;
+}
+
 void ValueRange::Include(double value) {
   if (!std::isfinite(value)) return;
   low = std::min(low, value);
@@ -75,9 +96,14 @@ void ValueRange::Widen(double share) {
 }
 
 void Plot::DrawAxes(const std::string& xName, const std::string& yName, bool wholeX, bool wholeY) const {
-  const int xCount = std::max(2, static_cast<int>(place_.width / kPixelsPerXTick));
+  const int count = std::max(2, static_cast<int>(place_.width / kPixelsPerXTick));
+  DrawAxes(xName, yName, RoundTicks(x_.low, x_.high, count, wholeX), wholeY);
+}
+
+void Plot::DrawAxes(const std::string& xName, const std::string& yName, const std::vector<Tick>& xTicks,
+                    bool wholeY) const {
   const int yCount = std::max(2, static_cast<int>(place_.height / kPixelsPerYTick));
-  for (const Tick& tick : RoundTicks(x_.low, x_.high, xCount, wholeX)) {
+  for (const Tick& tick : xTicks) {
     svg_->Line(X(tick.value), place_.top, X(tick.value), Bottom() + 4, Svg::Look::Grid);
     svg_->Text(X(tick.value), Bottom() + 17, tick.label, Svg::Font::Tick, Svg::Anchor::Middle);
   }
@@ -86,8 +112,10 @@ void Plot::DrawAxes(const std::string& xName, const std::string& yName, bool who
     svg_->Text(place_.left - 8, Y(tick.value) + 4, tick.label, Svg::Font::Tick, Svg::Anchor::End);
   }
   svg_->Rectangle(place_.left, place_.top, place_.width, place_.height, Svg::Look::Frame);
-  svg_->Text(place_.left + place_.width / 2, Bottom() + 35, xName, Svg::Font::Axis, Svg::Anchor::Middle);
-  svg_->UprightText(place_.left - 62, place_.top + place_.height / 2, yName, Svg::Font::Axis);
+  svg_->Text(place_.left + place_.width / 2, Bottom() + 35, Svg::Fitting(xName, place_.width, Svg::Font::Axis),
+             Svg::Font::Axis, Svg::Anchor::Middle);
+  svg_->UprightText(place_.left - 62, place_.top + place_.height / 2,
+                    Svg::Fitting(yName, place_.height + kBeyondPanel, Svg::Font::Axis), Svg::Font::Axis);
 }
 
 void Plot::DrawLevel(double value, const std::string& name, Svg::Look look, double shift) const {

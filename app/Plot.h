@@ -18,6 +18,10 @@ struct Tick {
 /// low < high, both finite.
 std::vector<Tick> RoundTicks(double low, double high, int count, bool whole);
 
+/// Ticks at the edges of bins, the first `low` and then one each `width`, `bins` of them: as many as have room, in steps
+/// of 1, 2 or 5 times a power of ten bins, with equally many decimals.
+std::vector<Tick> EdgeTicks(double low, double width, int bins, double pixels);
+
 /// The values from `low` to `high`; grows.
 struct ValueRange {
   double low;
@@ -44,6 +48,8 @@ class Plot {
 
   /// Grid, frame and the numbers beside them. Drawn first, below the data.
   void DrawAxes(const std::string& xName, const std::string& yName, bool wholeX, bool wholeY) const;
+  /// The same with ticks of the caller's on the axis below.
+  void DrawAxes(const std::string& xName, const std::string& yName, const std::vector<Tick>& xTicks, bool wholeY) const;
   /// A line over the whole width, with its name and value on the right, `shift` pixels lower than the line.
   void DrawLevel(double value, const std::string& name, Svg::Look look, double shift) const;
 

@@ -2,6 +2,7 @@
 
 #include "app/ChartTypes.h"
 #include "app/CommandOptions.h"
+#include "app/RunRules.h"
 
 namespace kalmia::app {
 
@@ -12,6 +13,12 @@ bool IsPositive(double value) { return value > 0.0; }
 bool IsWeight(double value) { return value > 0.0 && value <= 1.0; }
 
 bool IsInsideZeroToOne(double value) { return value > 0.0 && value < 1.0; }
+
+void DeclareTexts(CommandOptions* command, PlotTexts* texts, const std::string& yMeaning) {
+  command->Text("--title", "TEXT", &texts->title, "title of the drawing");
+  command->Text("--x-label", "TEXT", &texts->xLabel, "what stands below the drawing");
+  command->Text("--y-label", "TEXT", &texts->yLabel, yMeaning);
+}
 
 }  // namespace
 
@@ -29,17 +36,27 @@ void DeclareChart(CommandOptions* command, ChartOptions* options) {
   command->Real("--target", &options->target, "a number", IsAnything, "centre line (default: the mean of the means)");
   command->Real("--sigma", &options->sigma, "a number above 0", IsPositive,
                 "standard deviation of the process (default: estimated from the column)");
+  command->Choice("--sigma-from", "HOW", SigmaFromWords(), &options->sigmaFrom,
+                  "for subgroups of 1: take the standard deviation from the mean moving-range (of neighbours, / 1.128; "
+                  "default of individual and ewma) or from the values (default of cusum and ewma-sd)");
   command->Real("--lambda", &options->lambda, "a number above 0 and up to 1", IsWeight,
                 "weight of ewma and ewma-sd (default: the one with the smallest forecast errors)");
   command->Input("--limits-from", &options->limitsFrom,
                  "take target and limits from this file, which --save-limits has written");
-  for (const char* own : {"--target", "--sigma", "--lambda"}) command->Exclude("--limits-from", own);
+  for (const char* own : {"--target", "--sigma", "--sigma-from", "--lambda"}) command->Exclude("--limits-from", own);
+  command->Exclude("--sigma", "--sigma-from");
+  command->Choice("--rules", "NAME", RunRuleWords(), &options->rules,
+                  "individual, mean-range and mean-sd: look for runs too, by the 4 rules western-electric or the 8 of "
+                  "nelson");
   command->Text("--save-limits", "FILE", &options->saveLimits, "store target and limits");
   command->Text("--csv", "FILE", &options->csv, "write the points, their limits and signals as CSV");
   command->Text("--svg", "FILE", &options->svg, "draw the chart");
+  DeclareTexts(command, &options->texts, "what was measured, in the drawing (default: the name of the column)");
+  command->Flag("--json", &options->json, "print JSON");
   command->Examples(
       "Examples:\n"
       "  kalmia chart drift.csv --column diameter --type mean-range --subgroup 5 --svg chart.svg\n"
+      "  kalmia chart first.csv --column ph --type individual --rules nelson\n"
       "  kalmia chart first.csv --column ph --type cusum --save-limits ph.limits\n"
       "  kalmia chart next.csv --column ph --type cusum --limits-from ph.limits");
 }
@@ -50,6 +67,8 @@ void DeclareHistogram(CommandOptions* command, HistogramOptions* options) {
   command->Require("--column");
   command->Text("--csv", "FILE", &options->csv, "write the bins and the rows in each as CSV");
   command->Text("--svg", "FILE", &options->svg, "draw the histogram");
+  DeclareTexts(command, &options->texts, "what stands beside the drawing (default: count)");
+  command->Flag("--json", &options->json, "print JSON");
   command->Examples("Example:\n  kalmia histogram wine.csv --column alcohol --svg alcohol.svg");
 }
 
@@ -60,6 +79,7 @@ void DeclareFisher(CommandOptions* command, FisherOptions* options) {
                   "not more probable)");
   command->Flag("--hybrid", &options->hybrid,
                 "larger tables: take chi-square for parts whose expected counts are large enough");
+  command->Flag("--json", &options->json, "print JSON");
   command->Examples("Example:\n  kalmia fisher counts.csv --alternative greater");
 }
 

@@ -8,16 +8,25 @@ namespace kalmia::app {
 
 class CommandOptions;
 
+/// Texts of a drawing that the user chose; an empty one takes its default.
+struct PlotTexts {
+  std::string title, xLabel, yLabel;
+};
+
 struct ChartOptions {
   std::string table;
   std::string column;
   std::string type;    ///< one of ChartTypeWords()
   int subgroup = 0;    ///< 0: that of the limits read, otherwise 1
   std::optional<double> target, sigma, lambda;
+  std::string sigmaFrom;   ///< moving-range or values; empty: what suits the type
+  std::string rules;       ///< one of RunRuleWords(); empty: the limits alone
   std::string limitsFrom;  ///< this and those below: empty for no file
   std::string saveLimits;
   std::string csv;
   std::string svg;
+  PlotTexts texts;
+  bool json = false;
 };
 
 struct HistogramOptions {
@@ -25,12 +34,15 @@ struct HistogramOptions {
   std::string column;
   std::string csv;  ///< this and the next: empty for no file
   std::string svg;
+  PlotTexts texts;
+  bool json = false;
 };
 
 struct FisherOptions {
   std::string table;
   std::string alternative = "two-sided";  ///< or less or greater
   bool hybrid = false;
+  bool json = false;
 };
 
 struct QuantileOptions {

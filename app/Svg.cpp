@@ -10,7 +10,8 @@ namespace kalmia::app {
 
 namespace {
 
-/// Signals differ from points by shape and size too, limits from the centre line by dashes: black and white will do.
+/// Signals differ from points by shape and size too, limits from the centre line and a second series from the first by
+/// dashes, its points by their shape: black and white will do.
 constexpr auto kStyle = R"(<style>
 text { font-family: Helvetica, Arial, sans-serif; font-size: 12px; fill: #222; }
 text.title { font-size: 14px; font-weight: bold; }
@@ -24,6 +25,14 @@ text.tick, text.label { font-size: 11px; }
 .limit { stroke: #b3261e; stroke-width: 1.2; stroke-dasharray: 6 4; fill: none; }
 .signal { fill: #b3261e; stroke: #fff; stroke-width: 0.8; }
 .bar { fill: #7fa6c9; stroke: #1f5a8c; stroke-width: 0.8; }
+</style>
+)";
+
+constexpr auto kChartStyle = R"(<style>
+.second-data { stroke: #a85b00; stroke-width: 1.4; stroke-dasharray: 5 3; stroke-linejoin: round; fill: none; }
+.second-point { fill: #fff; stroke: #a85b00; stroke-width: 1.3; }
+.run { stroke: #b3261e; stroke-width: 1.5; fill: none; }
+text.mark { font-size: 11px; fill: #b3261e; stroke: #fff; stroke-width: 3px; paint-order: stroke; }
 </style>
 )";
 
@@ -53,11 +62,14 @@ const char* ClassOf(Svg::Look look) {
     case Svg::Look::Grid: return "grid";
     case Svg::Look::Frame: return "frame";
     case Svg::Look::Data: return "data";
+    case Svg::Look::SecondData: return "second-data";
     case Svg::Look::Faint: return "faint";
     case Svg::Look::Point: return "point";
+    case Svg::Look::SecondPoint: return "second-point";
     case Svg::Look::Centre: return "centre";
     case Svg::Look::Limit: return "limit";
     case Svg::Look::Signal: return "signal";
+    case Svg::Look::Run: return "run";
     case Svg::Look::Branch: return "branch";
     case Svg::Look::Cut: return "cut";
     case Svg::Look::Bar: break;
@@ -70,6 +82,7 @@ const char* ClassOf(Svg::Font font) {
     case Svg::Font::Title: return "title";
     case Svg::Font::Axis: return "axis";
     case Svg::Font::Tick: return "tick";
+    case Svg::Font::Mark: return "mark";
     case Svg::Font::Small: return "small";
     case Svg::Font::Label: break;
   }
@@ -79,6 +92,19 @@ const char* ClassOf(Svg::Font font) {
 const char* WordOf(Svg::Anchor anchor) {
   if (anchor == Svg::Anchor::Start) return "start";
   return anchor == Svg::Anchor::Middle ? "middle" : "end";
+}
+
+/// Of a letter of Helvetica or DejaVu Sans, and a little more: the mean of ordinary text is below it.
+double LetterWidth(Svg::Font font) {
+  switch (font) {
+    case Svg::Font::Title: return 8.8;
+    case Svg::Font::Axis: return 7.0;
+    case Svg::Font::Small: return 4.2;
+    case Svg::Font::Tick:
+    case Svg::Font::Mark:
+    case Svg::Font::Label: break;
+  }
+  return 6.5;
 }
 
 /// A hundredth of a pixel is finer than any printer.
@@ -96,6 +122,8 @@ Svg::Svg(double width, double height, const std::string& title)
     : text_("<svg xmlns=\"http://www.w3.org/2000/svg\"" + Attribute("width", width) + Attribute("height", height) +
             " viewBox=\"0 0 " + Number(width) + " " + Number(height) + "\">\n<title>" + XmlText(title) + "</title>\n" +
             kStyle + "<rect width=\"100%\" height=\"100%\" fill=\"#fff\"/>\n") {}
+
+void Svg::AddChartStyle() { text_ += kChartStyle; }
 
 void Svg::AddTreeStyle() { text_ += TreeStyle(); }
 
@@ -144,6 +172,25 @@ void Svg::Text(double x, double y, const std::string& text, Font font, Anchor an
 void Svg::UprightText(double x, double y, const std::string& text, Font font, Anchor anchor) {
   text_ += "<text transform=\"translate(" + Number(x) + " " + Number(y) + ") rotate(-90)\"" + Class(ClassOf(font)) +
            " text-anchor=\"" + WordOf(anchor) + "\">" + XmlText(text) + "</text>\n";
+}
+
+double Svg::WidthOf(const std::string& text, Font font) {
+  return static_cast<double>(DisplayWidth(OneLine(text))) * LetterWidth(font);
+}
+
+std::string Svg::Fitting(const std::string& text, double pixels, Font font) {
+  const std::string line = OneLine(text), dots = "...";
+  if (WidthOf(line, font) <= pixels) return line;
+  const double room = pixels - WidthOf(dots, font);
+  std::string cut;
+  for (std::size_t at = 0; at < line.size();) {
+    std::size_t end = at + 1;
+    while (end < line.size() && (static_cast<unsigned char>(line[end]) & 0xC0U) == 0x80U) ++end;  // one character
+    if (WidthOf(cut, font) + LetterWidth(font) > room) break;
+    cut += line.substr(at, end - at);
+    at = end;
+  }
+  return cut + dots;
 }
 
 std::string XmlText(std::string_view text) {

@@ -12,8 +12,10 @@ namespace kalmia::app {
 class Svg {
  public:
   /// What a shape or a text is.
-  enum class Look { Grid, Frame, Data, Faint, Point, Centre, Limit, Signal, Bar, Branch, Cut };
-  enum class Font { Title, Axis, Tick, Label, Small };
+  enum class Look {
+    Grid, Frame, Data, SecondData, Faint, Point, SecondPoint, Centre, Limit, Signal, Run, Bar, Branch, Cut
+  };
+  enum class Font { Title, Axis, Tick, Label, Mark, Small };
   enum class Anchor { Start, Middle, End };
   using Points = std::vector<std::pair<double, double>>;
 
@@ -21,6 +23,8 @@ class Svg {
   Svg(double width, double height, const std::string& title);
 
   void Line(double x1, double y1, double x2, double y2, Look look);
+  /// The looks of control charts: SecondData, SecondPoint, Run and Mark. Before the first of them.
+  void AddChartStyle();
   /// The looks of trees: Branch, Cut, Small and the colours of clusters. Before the first of them.
   void AddTreeStyle();
   /// In one of the colours of clusters, from 0; they repeat, but those of neighbouring numbers differ.
@@ -33,6 +37,11 @@ class Svg {
   void Text(double x, double y, const std::string& text, Font font, Anchor anchor);
   /// Runs upwards; `y` is its start, its middle or its end.
   void UprightText(double x, double y, const std::string& text, Font font, Anchor anchor = Anchor::Middle);
+
+  /// The text, cut to what fits into so many pixels even where its letters are wide ones.
+  static std::string Fitting(const std::string& text, double pixels, Font font);
+  /// How wide a text is at most, but for one of wide letters alone.
+  static double WidthOf(const std::string& text, Font font);
 
   /// The whole file.
   std::string File() const { return text_ + "</svg>\n"; }

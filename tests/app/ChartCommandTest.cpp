@@ -56,7 +56,8 @@ int CountOf(const std::string& text, const std::string& part) {
 }
 
 TEST(Chart, ShowsTargetAndThreeStandardDeviationsOfTheValuesForTheIndividualType) {
-  const CommandResult run = RunKalmia({"chart", "-", "--column", "x", "--type", "individual"}, kTwelve);
+  const CommandResult run =
+      RunKalmia({"chart", "-", "--column", "x", "--type", "individual", "--sigma-from", "values"}, kTwelve);
   ASSERT_EQ(run.exitCode, 0) << run.error;
   // Sum 72, sum of squares 650: mean 6, s = sqrt((650 - 72^2 / 12) / 11) = 4.45176, 6 +- 3 s = -7.35528 and 19.3553.
   EXPECT_THAT(run.output, HasSubstr("value     -7.35528  6.00000      19.3553"));
@@ -91,6 +92,46 @@ TEST(Chart, MeanAndRangeLimitsOfThreeSubgroupsAreThoseWorkedByHand) {
   EXPECT_NEAR(NumbersOf(csv, "mean lower limit")[2], 6 - 0.729 * 9, 1e-6);
   EXPECT_NEAR(NumbersOf(csv, "range upper limit")[1], 2.282 * 9, 2e-6);
   EXPECT_EQ(NumbersOf(csv, "range lower limit")[1], 0);
+}
+
+// NIST/SEMATECH e-Handbook of Statistical Methods, 6.3.2.2: ten batches of a process.
+const char* const kBatches = "flow\n49.6\n47.6\n49.9\n51.3\n47.8\n51.2\n52.6\n52.4\n53.6\n52.1\n";
+
+TEST(Chart, IndividualLimitsFromMovingRangesAreThosePublished) {
+  const CommandResult run = RunKalmia({"chart", "-", "--column", "flow", "--type", "individual"}, kBatches);
+  ASSERT_EQ(run.exitCode, 0) << run.error;
+  // Published: centre 50.81, mean moving range 1.8778, limits 45.8159 and 55.8041.
+  EXPECT_THAT(run.output, HasSubstr("value      45.8159  50.8100      55.8041\n"));
+  EXPECT_THAT(run.output, HasSubstr("Standard deviation of the process 1.66470 (mean moving range / 1.128) and of the "
+                                    "values 2.03385\n"));
+}
+
+TEST(Chart, MovingRangesAreTheDefaultOfIndividualAndEwmaAloneAndCanBeChosenForACuSum) {
+  // Of kTwelve the moving ranges add up to 2 + 2 + 2 + 5 + 2 + 2 + 2 + 4 + 8 + 5 + 14 = 48: 48 / 11 / 1.128 = 3.86847.
+  const std::vector<std::string> line = {"chart", "-", "--column", "x", "--type"};
+  const auto outputOf = [&line](std::vector<std::string> more) {
+    more.insert(more.begin(), line.begin(), line.end());
+    return RunKalmia(more, kTwelve).output;
+  };
+  const char* const moving = "process 3.86847 (mean moving range / 1.128)";
+  for (const char* type : {"individual", "ewma"}) {
+    EXPECT_EQ(outputOf({type}), outputOf({type, "--sigma-from", "moving-range"}));
+    EXPECT_THAT(outputOf({type}), HasSubstr(moving));
+    EXPECT_THAT(outputOf({type, "--sigma-from", "values"}), Not(HasSubstr(moving)));
+  }
+  for (const char* type : {"cusum", "ewma-sd"}) {
+    EXPECT_EQ(outputOf({type}), outputOf({type, "--sigma-from", "values"}));
+    EXPECT_THAT(outputOf({type}), HasSubstr("Standard deviation of the process 4.45176"));
+  }
+  EXPECT_THAT(outputOf({"cusum", "--sigma-from", "moving-range"}), HasSubstr("dead band of the CuSum 1.93424"));
+  // A given standard deviation is taken as it is: 6 +- 3 x 4.
+  EXPECT_THAT(outputOf({"individual", "--sigma", "4"}), HasSubstr("-6.00000  6.00000      18.0000"));
+}
+
+TEST(Chart, MovingRangesLeaveOutPairsWithAMissingValue) {
+  const CommandResult run =
+      RunKalmia({"chart", "-", "--column", "x", "--type", "individual"}, "x,y\n1,0\n3,0\n,0\n50,0\n51,0\n");
+  EXPECT_THAT(run.output, HasSubstr("process 1.32979 (mean"));  // (2 + 1) / 2 / 1.128
 }
 
 struct Quantity {
@@ -247,6 +288,143 @@ TEST(Chart, StoredLimitsAreTheSameWhenTheyAreStoredAgain) {
   }
 }
 
+std::string WithoutField(const std::string& limits, const std::string& field) {
+  nlohmann::json json = nlohmann::json::parse(limits);
+  EXPECT_EQ(json.erase(field), 1U);
+  return json.dump();
+}
+
+TEST(Chart, StoredLimitsSayWhereTheirStandardDeviationComesFrom) {
+  const ScratchFolder folder;
+  const std::string table = folder.Write("t.csv", kTwelve);
+  const std::vector<std::string> line = {"chart", table, "--column", "x", "--type", "individual"};
+  const auto with = [&line](std::vector<std::string> more) {
+    more.insert(more.begin(), line.begin(), line.end());
+    return RunKalmia(more);
+  };
+  const std::string limits = folder.Path("limits"), again = folder.Path("again");
+  const std::pair<std::vector<std::string>, const char*> ways[] = {
+      {{}, "moving-range"}, {{"--sigma-from", "values"}, "values"}, {{"--sigma", "4"}, "given"}};
+  for (const auto& [way, word] : ways) {
+    SCOPED_TRACE(word);
+    std::vector<std::string> save = way;
+    save.insert(save.end(), {"--save-limits", limits});
+    const std::string saved = with(save).output;
+    EXPECT_EQ(nlohmann::json::parse(ReadWholeFile(limits))["sigmaFrom"], word);
+    const std::string read = with({"--limits-from", limits, "--save-limits", again}).output;
+    EXPECT_EQ(ReadWholeFile(limits), ReadWholeFile(again));
+    // The table of limits is the same, to the last digit shown.
+    EXPECT_THAT(read, HasSubstr(saved.substr(saved.find("  value"), saved.find('\n', saved.find("  value")))));
+  }
+}
+
+TEST(Chart, StoredLimitsThatDoNotSaySoAreThoseOfTheValuesOrGiven) {
+  const ScratchFolder folder;
+  const std::string table = folder.Write("t.csv", kTwelve), limits = folder.Path("limits");
+  const auto run = [&](std::vector<std::string> more) {
+    more.insert(more.begin(), {"chart", table, "--column", "x", "--type", "individual"});
+    return RunKalmia(more);
+  };
+  // Earlier versions wrote the same numbers without the word.
+  ASSERT_EQ(run({"--sigma-from", "values", "--save-limits", limits}).exitCode, 0);
+  const std::string old = folder.Write("old", WithoutField(ReadWholeFile(limits), "sigmaFrom"));
+  EXPECT_THAT(run({"--limits-from", old}).output, HasSubstr("value     -7.35528  6.00000      19.3553"));
+  EXPECT_EQ(run({"--limits-from", old, "--json"}).Json()["sigmaFrom"], "values");
+  ASSERT_EQ(run({"--sigma", "4", "--save-limits", limits}).exitCode, 0);
+  const std::string given = folder.Write("given", WithoutField(ReadWholeFile(limits), "sigmaFrom"));
+  EXPECT_THAT(run({"--limits-from", given}).output, HasSubstr("value     -6.00000  6.00000      18.0000"));
+  EXPECT_EQ(run({"--limits-from", given, "--json"}).Json()["sigmaFrom"], "given");
+}
+
+/// Centre 0, sigma 1: nine points above 0, the last one beyond 3.
+const char* const kShifted = "x\n-1\n0.5\n0.5\n0.5\n0.5\n0.5\n0.5\n0.5\n0.5\n4\n";
+const std::vector<std::string> kRuled = {"chart",    "-", "--column", "x", "--type", "individual",
+                                         "--target", "0", "--sigma",  "1", "--rules", "nelson"};
+
+TEST(Chart, NamesTheRuleThatEachSignalBreaks) {
+  const CommandResult run = RunKalmia(kRuled, kShifted);
+  ASSERT_EQ(run.exitCode, 0) << run.error;
+  EXPECT_THAT(run.output,
+              HasSubstr("2 signals\n\n"
+                        "  row  signal         value    limit  nelson rule\n"
+                        "   10  value above  4.00000  3.00000            1\n"
+                        "   10  value above  4.00000  0.00000            2\n\n"
+                        "  rule 1: 1 point beyond 3 sigma\n"
+                        "  rule 2: 9 points in a row on one side of the centre line\n"));
+  const ScratchFolder folder;
+  std::vector<std::string> line = kRuled;
+  line.insert(line.end(), {"--csv", folder.Path("c.csv"), "--svg", folder.Path("c.svg")});
+  ASSERT_EQ(RunKalmia(line, kShifted).exitCode, 0);
+  const CsvTable csv = CsvAt(folder.Path("c.csv"));
+  EXPECT_EQ(csv.Cell(9, csv.Columns() - 2), "value above; value above");
+  EXPECT_EQ(csv.Cell(9, csv.Columns() - 1), "nelson 1; nelson 2");
+  const std::string drawing = ReadWholeFile(folder.Path("c.svg"));
+  EXPECT_EQ(CountOf(drawing, "class=\"run\""), 1);
+  EXPECT_EQ(CountOf(drawing, "class=\"signal\""), 1);
+  EXPECT_THAT(drawing, HasSubstr(">2</text>"));
+  EXPECT_THAT(drawing, HasSubstr(">nelson 2: 9 points in a row on one side of the centre line</text>"));
+  line = kRuled;
+  line.emplace_back("--json");
+  const nlohmann::json json = RunKalmia(line, kShifted).Json();
+  EXPECT_EQ(json["rules"], "nelson");
+  ASSERT_EQ(json["signals"].size(), 2U);
+  EXPECT_EQ(json["signals"][1]["rule"], "nelson 2");
+  EXPECT_EQ(json["signals"][1]["firstRow"], 10);
+}
+
+TEST(Chart, SaysThatNoRunBreaksARule) {
+  EXPECT_THAT(RunKalmia(kRuled, "x\n0.5\n-0.5\n").output,
+              HasSubstr("No signals: every point lies within its limits, and no run breaks a rule\n"));
+}
+
+TEST(Chart, RangesAreJudgedByTheirLimitsAloneAndMeansByEveryRule) {
+  // Twenty pairs: means of 5.1, but 4.9 in the first five; ranges of 1.
+  std::string table = "x\n";
+  for (int i = 0; i < 20; ++i) table += i < 5 ? "4.4\n5.4\n" : "4.6\n5.6\n";
+  const nlohmann::json json = RunKalmia({"chart", "-", "--column", "x", "--type", "mean-range", "--subgroup", "2",
+                                         "--target", "5", "--rules", "western-electric", "--json"},
+                                        table)
+                                  .Json();
+  std::vector<int> points;
+  for (const nlohmann::json& signal : json["signals"]) {
+    EXPECT_EQ(signal["series"], "mean");
+    EXPECT_EQ(signal["rule"], "western-electric 4");
+    points.push_back(signal["point"]);
+  }
+  EXPECT_THAT(points, ElementsAre(13, 14, 15, 16, 17, 18, 19, 20));  // 6 to 13 are the first eight
+}
+
+TEST(Chart, DrawsTheTitleAndTheAxisTextsGiven) {
+  const ScratchFolder folder;
+  const std::string svg = folder.Path("c.svg");
+  const std::vector<std::string> line = {"chart", "-", "--column", "x", "--type", "cusum", "--svg", svg};
+  ASSERT_EQ(RunKalmia(line, kTwelve).exitCode, 0);
+  for (const char* text : {">x of standard input: cusum chart</text>", ">row</text>", ">x</text>",
+                           ">CuSum of x</text>", ">high CuSum</text>", ">low CuSum</text>"}) {
+    EXPECT_THAT(ReadWholeFile(svg), HasSubstr(text));
+  }
+  std::vector<std::string> named = line;
+  named.insert(named.end(), {"--title", "Bath <3>", "--x-label", "hour", "--y-label", "pH"});
+  ASSERT_EQ(RunKalmia(named, kTwelve).exitCode, 0);
+  for (const char* text : {">Bath &lt;3&gt;</text>", "<title>Bath &lt;3&gt;</title>", ">hour</text>", ">pH</text>",
+                           ">CuSum of pH</text>"}) {
+    EXPECT_THAT(ReadWholeFile(svg), HasSubstr(text));
+  }
+}
+
+TEST(Chart, TellsHighAndLowCuSumApartByColourDashesAndShape) {
+  const ScratchFolder folder;
+  const std::string svg = folder.Path("c.svg");
+  ASSERT_EQ(RunKalmia({"chart", "-", "--column", "x", "--type", "cusum", "--svg", svg}, kTwelve).exitCode, 0);
+  const std::string drawing = ReadWholeFile(svg);
+  // Twelve points each, and one in the legend; the values of the panel above are twelve circles more.
+  EXPECT_EQ(CountOf(drawing, "class=\"second-point\""), 13);
+  EXPECT_EQ(CountOf(drawing, "class=\"point\""), 25);
+  EXPECT_EQ(CountOf(drawing, "<polyline"), 3);
+  EXPECT_EQ(CountOf(drawing, "class=\"second-data\""), 2);
+  EXPECT_THAT(drawing, HasSubstr(".second-data { stroke: #a85b00; stroke-width: 1.4; stroke-dasharray: 5 3;"));
+}
+
 TEST(Chart, DrawsEveryPointAndMarksEverySignal) {
   const ScratchFolder folder;
   const std::string svg = folder.Path("c.svg"), table = folder.Write("t.csv", Series(100, 50, 0.05));
@@ -273,6 +451,21 @@ TEST(Chart, ThinsOutALongSeriesButLosesNoSignal) {
   const std::string drawing = ReadWholeFile(svg);
   EXPECT_LT(drawing.size(), 40000U);
   EXPECT_EQ(CountOf(drawing, "class=\"signal\""), 1);
+}
+
+TEST(Chart, ThinsOutRingsOfRunsThatShareAPlace) {
+  std::string text = "x\n";
+  for (int i = 0; i < 12000; ++i) text += i < 6000 ? "0.5\n" : i % 2 == 0 ? "-0.5\n" : "0.5\n";
+  const ScratchFolder folder;
+  const std::string svg = folder.Path("c.svg");
+  const CommandResult run = RunKalmia({"chart", "-", "--column", "x", "--type", "individual", "--target", "0",
+                                       "--sigma", "1", "--rules", "western-electric", "--svg", svg},
+                                      text);
+  EXPECT_THAT(run.output, HasSubstr("5993 signals"));  // from the eighth on
+  const std::string drawing = ReadWholeFile(svg);
+  // Twenty points share a place: one ring at the first signal, then one at each whole score up to 6000.
+  EXPECT_EQ(CountOf(drawing, "class=\"run\""), 300);
+  EXPECT_EQ(CountOf(drawing, ">4</text>"), 1);
 }
 
 TEST(Chart, ListsNoMoreSignalsThanAReaderReads) {

@@ -27,6 +27,10 @@ const BadInput kBadInputs[] = {
     {"one value", "x\n1\n", {"--type", "cusum"}, "too few values for the limits of a chart of type cusum"},
     {"one value", "x\n1\n", {"--type", "ewma"}, "too few values for the limits of a chart of type ewma"},
     {"one value", "x\n1\n", {"--type", "ewma-sd"}, "too few values for the limits of a chart of type ewma-sd"},
+    {"no two values beside each other",
+     "x,y\n1,1\n,2\n3,3\n,4\n5,5\n",
+     {"--type", "individual"},
+     "the column 'x' has no two values beside each other, which a moving range takes: give --sigma-from values"},
     {"no subgroup with two values",
      "x,y\n1,1\n,2\n3,3\n,4\n",
      {"--type", "mean-sd", "--subgroup", "2"},
@@ -84,7 +88,20 @@ TEST(FailureOfChart, IsExitCode2ForACommandLineThatMakesNoSense) {
        "--limits-from 'f' and --target '1' do not go together"},
       {{"--column", "x", "--type", "cusum", "--limits-from", "f", "--sigma", "1"}, "do not go together"},
       {{"--column", "x", "--type", "ewma", "--limits-from", "f", "--lambda", "1"}, "do not go together"},
-      {{"--column", "x", "--type", "cusum", "--json"}, "chart has no option '--json'"}};
+      {{"--column", "x", "--type", "cusum", "--limits-from", "f", "--sigma-from", "values"}, "do not go together"},
+      {{"--column", "x", "--type", "cusum", "--sigma", "1", "--sigma-from", "values"}, "do not go together"},
+      {{"--column", "x", "--type", "cusum", "--sigma-from", "range"},
+       "--sigma-from takes one of moving-range and values, not 'range'"},
+      {{"--column", "x", "--type", "cusum", "--subgroup", "2", "--sigma-from", "values"},
+       "--sigma-from goes with subgroups of 1 value, not of 2"},
+      {{"--column", "x", "--type", "ewma-sd", "--sigma-from", "moving-range"},
+       "--type ewma-sd takes the standard deviation of the values: take --type ewma"},
+      {{"--column", "x", "--type", "individual", "--rules", "shewhart"},
+       "--rules takes one of western-electric and nelson, not 'shewhart'"},
+      {{"--column", "x", "--type", "cusum", "--rules", "nelson"},
+       "--rules goes with --type individual, mean-range and mean-sd, not cusum, whose points lean on those before"},
+      {{"--column", "x", "--type", "ewma", "--rules", "nelson"}, "not ewma, whose points"},
+      {{"--column", "x", "--type", "cusum", "--yaml"}, "chart has no option '--yaml'"}};
   for (const auto& [options, message] : lines) {
     SCOPED_TRACE(::testing::PrintToString(options));
     const ScratchFolder folder;
@@ -123,6 +140,8 @@ TEST(FailureOfChart, SaysWhatIsWrongWithStoredLimits) {
       {changed("/type", 3), "it names no type of chart"},
       {changed("/subgroup", 0), "it names no size of subgroups"},
       {changed("/subgroup", "five"), "it names no size of subgroups"},
+      {changed("/sigmaFrom", "ranges"), "it does not say where its standard deviation comes from"},
+      {changed("/sigmaFrom", 7), "it does not say where its standard deviation comes from"},
       {changed("/limits", 5), "it holds no limits"},
       {changed("/limits/target", "high"), "its limit 'target' is not a number"},
       {lacking.dump(), "it has no limit 'target'"}};

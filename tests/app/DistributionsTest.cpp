@@ -3,13 +3,37 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <limits>
 
+#include "TestTables.h"
 #include "app/Failure.h"
 
 namespace kalmia::app {
 namespace {
 
 constexpr double kGood = 1e-11;  ///< of x, as the header promises; ten digits are shown
+
+double QuantileOfRow(const CsvTable& table, int row) {
+  const auto number = [&](int column) { return std::strtod(std::string(table.Cell(row, column)).c_str(), nullptr); };
+  const std::string name(table.Cell(row, 0));
+  const Tail tail = table.Cell(row, 1) == "upper" ? Tail::Upper : Tail::Lower;
+  const double share = number(2), df = number(3), df2 = number(4);
+  if (name == "normal") return QuantileOfAbsoluteNormal(share, tail);
+  if (name == "t") return QuantileOfAbsoluteT(share, tail, df);
+  return name == "chi2" ? QuantileOfChiSquared(share, tail, df) : QuantileOfF(share, tail, df, df2);
+}
+
+TEST(Distributions, GiveTheQuantilesThatFortyDigitsGive) {  // data/quantiles.py, mpmath 1.2.1
+  const CsvTable table = CsvAt(KALMIA_OLD_FILES_DIR "/quantiles.csv");
+  ASSERT_GT(table.Rows(), 90);
+  for (int row = 0; row < table.Rows(); ++row) {
+    // Nearest double to the forty digits: 1e-16, far below what is promised.
+    const double expected = std::strtod(std::string(table.Cell(row, 5)).c_str(), nullptr);
+    EXPECT_LT(std::fabs(QuantileOfRow(table, row) / expected - 1.0), kGood)
+        << table.Cell(row, 0) << " " << table.Cell(row, 1) << " " << table.Cell(row, 2) << " " << table.Cell(row, 3)
+        << " " << table.Cell(row, 4);
+  }
+}
 
 TEST(Distributions, TailsOfOneQuantileAreEachOthersComplement) {
   // 1 - share is exact from 0.5 on, so both ask for the same number.

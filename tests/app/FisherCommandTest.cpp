@@ -108,6 +108,16 @@ TEST(FailureOfFisher, IsExitCode2ForACommandLineThatMakesNoSense) {
   ExpectFailure(RunKalmia({"fisher", "t.csv", "--hybrid=yes"}), 2, "--hybrid takes no value, not 'yes'");
 }
 
+TEST(Fisher, TellsTheSameAsJson) {
+  const nlohmann::json json = RunKalmia({"fisher", "-", "--alternative", "less", "--json"}, kTea).Json();
+  EXPECT_EQ(json["alternative"], "less");
+  EXPECT_EQ(json["total"], 8);
+  EXPECT_NEAR(json["probability"], 69.0 / 70, 2e-6);  // as in the text
+  const nlohmann::json hybrid = RunKalmia({"fisher", "-", "--hybrid", "--json"}, kTea).Json();
+  EXPECT_EQ(hybrid["hybrid"], false);
+  EXPECT_EQ(hybrid["notes"][0], "--hybrid plays no part in a table of 2 x 2");
+}
+
 TEST(Fisher, HelpGivesAnExample) {
   EXPECT_THAT(RunKalmia({"fisher", "--help"}).output, HasSubstr("kalmia fisher counts.csv --alternative greater"));
 }

@@ -130,7 +130,7 @@ TEST(FailureOfHistogram, IsExitCode2ForACommandLineThatMakesNoSense) {
   ExpectFailure(RunKalmia({"histogram", "t.csv"}), 2, "histogram needs --column NAME: ");
   ExpectFailure(RunKalmia({"histogram", "--column", "x"}), 2, "histogram needs a TABLE: ");
   ExpectFailure(RunKalmia({"histogram", "t.csv", "--column", "x", "--bins", "3"}), 2,
-                "histogram has no option '--bins'; it takes --column, --csv, --svg and --help");
+                "histogram has no option '--bins'; it takes --column, --csv, --svg, --title, --x-label, --y-label, --json and --help");
 }
 
 TEST(FailureOfHistogram, NeverWritesOverItsTableAndLeavesNothingWhereAFileCannotBeWritten) {
@@ -144,6 +144,31 @@ TEST(FailureOfHistogram, NeverWritesOverItsTableAndLeavesNothingWhereAFileCannot
                 "cannot write " + table + "/s");
   EXPECT_EQ(folder.Names(), std::vector<std::string>{"t.csv"});
   EXPECT_EQ(ReadWholeFile(table), "x\n1\n2\n");
+}
+
+TEST(Histogram, DrawsTicksAtTheEdgesOfItsBins) {
+  const ScratchFolder folder;
+  const std::string svg = folder.Path("h.svg");
+  const std::string nine = "x\n1\n2\n3\n4\n5\n6\n7\n8\n9\n";
+  ASSERT_EQ(RunHistogram(nine, {"--svg", svg}).exitCode, 0);
+  for (const char* text : {">1.0</text>", ">3.5</text>", ">6.0</text>", ">8.5</text>", ">11.0</text>",
+                           ">count</text>", ">x</text>", ">x of standard input</text>"}) {
+    EXPECT_THAT(ReadWholeFile(svg), HasSubstr(text));
+  }
+  ASSERT_EQ(RunHistogram(nine, {"--svg", svg, "--title", "Nine", "--x-label", "length", "--y-label", "parts"}).exitCode,
+            0);
+  for (const char* text : {">Nine</text>", ">length</text>", ">parts</text>"}) {
+    EXPECT_THAT(ReadWholeFile(svg), HasSubstr(text));
+  }
+}
+
+TEST(Histogram, TellsItsBinsAsJson) {
+  const nlohmann::json json = RunHistogram("x\n1\n2\n3\n4\n5\n6\n7\n8\n9\nNA\n", {"--json"}).Json();
+  EXPECT_EQ(json["width"], 2.5);
+  EXPECT_EQ(json["values"], 9);
+  EXPECT_EQ(json["missing"], 1);
+  ASSERT_EQ(json["bins"].size(), 4U);
+  EXPECT_EQ(json["bins"][1], (nlohmann::json{{"from", 3.5}, {"to", 6.0}, {"count", 2}, {"rows", {4, 5}}}));
 }
 
 TEST(Histogram, HelpGivesAnExample) {

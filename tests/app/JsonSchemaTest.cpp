@@ -160,6 +160,30 @@ TEST(JsonSchema, HoldsForEveryOutputOfFilter) {
 }
 
 TEST(JsonSchema, HoldsForEveryOutputOfStatistics) {
+  const std::string series = "x\n1\n2\n3\nNA\n5\n6\n7\n8\n9\n10\n11\n12\n40\n";
+  for (const char* type : {"individual", "cusum", "ewma", "ewma-sd"}) {
+    ExpectValid("kalmia-chart", RunKalmia({"chart", "-", "--column", "x", "--type", type, "--json"}, series).Json());
+  }
+  const ScratchFolder folder;
+  for (const char* type : {"mean-range", "mean-sd"}) {
+    const std::string limits = folder.Path("limits");
+    ExpectValid("kalmia-chart", RunKalmia({"chart", "-", "--column", "x", "--type", type, "--subgroup", "2", "--rules",
+                                           "nelson", "--save-limits", limits, "--json"},
+                                          series)
+                                    .Json());
+    ExpectValid("kalmia-chart",
+                RunKalmia({"chart", "-", "--column", "x", "--type", type, "--limits-from", limits, "--json"}, series)
+                    .Json());
+  }
+  const json signals = RunKalmia({"chart", "-", "--column", "x", "--type", "individual", "--rules", "nelson", "--sigma",
+                                  "1", "--json"},
+                                 series)
+                           .Json();
+  EXPECT_GT(signals["signals"].size(), 3U);
+  ExpectValid("kalmia-chart", signals);
+  ExpectValid("kalmia-histogram", RunKalmia({"histogram", "-", "--column", "x", "--json"}, series).Json());
+  ExpectValid("kalmia-fisher", RunKalmia({"fisher", "-", "--json"}, "s,a,b\nu,1,2\nv,3,4\n").Json());
+  ExpectValid("kalmia-fisher", RunKalmia({"fisher", "-", "--hybrid", "--json"}, "a,b,c\n9,8,7\n8,7,9\n").Json());
   ExpectValid("kalmia-quantile", RunKalmia({"quantile", "normal", "--probability", "0.9", "--json"}).Json());
   ExpectValid("kalmia-quantile",
               RunKalmia({"quantile", "f", "--probability", "0.1", "--df", "2", "--df2", "3", "--json"}).Json());

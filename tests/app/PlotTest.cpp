@@ -53,6 +53,44 @@ TEST(RoundTicks, LieWithinTheAxisAndAreNeitherNoneNorTooMany) {
   }
 }
 
+std::vector<std::string> EdgeLabels(double low, double width, int bins, double pixels) {
+  std::vector<std::string> labels;
+  for (const Tick& tick : EdgeTicks(low, width, bins, pixels)) labels.push_back(tick.label);
+  return labels;
+}
+
+TEST(EdgeTicks, StandAtEveryEdgeWhileThereIsRoom) {
+  EXPECT_THAT(EdgeLabels(1, 2.5, 4, 600), ElementsAre("1.0", "3.5", "6.0", "8.5", "11.0"));
+  EXPECT_THAT(EdgeLabels(6.7, 0.065, 2, 600), ElementsAre("6.700", "6.765", "6.830"));
+  EXPECT_THAT(EdgeLabels(-5, 5, 2, 600), ElementsAre("-5", "0", "5"));
+}
+
+TEST(EdgeTicks, SkipEdgesInStepsOfOneTwoOrFive) {
+  EXPECT_THAT(EdgeLabels(0, 1, 100, 300), ElementsAre("0", "20", "40", "60", "80", "100"));
+  for (const int bins : {1, 7, 60, 999, 100000}) {
+    const std::vector<Tick> ticks = EdgeTicks(0, 1, bins, 600);
+    EXPECT_GE(ticks.size(), 2U) << bins;
+    EXPECT_LE(ticks.size(), 40U) << bins;
+    for (const Tick& tick : ticks) EXPECT_EQ(tick.value, std::round(tick.value));
+  }
+}
+
+TEST(EdgeTicks, StayShortForNumbersOfAnySize) {
+  EXPECT_THAT(EdgeLabels(0, 1e20, 2, 600), ElementsAre("0", "1e+20", "2e+20"));
+  EXPECT_THAT(EdgeLabels(0, 1e-20, 1, 600), ElementsAre("0", "1e-20"));
+}
+
+TEST(SvgText, IsCutWhereItMightNotFitAndNeverWithinALetter) {
+  EXPECT_EQ(Svg::Fitting("diameter", 600, Svg::Font::Axis), "diameter");
+  const std::string cut = Svg::Fitting(std::string(200, 'x'), 300, Svg::Font::Axis);
+  EXPECT_LE(Svg::WidthOf(cut, Svg::Font::Axis), 300);
+  EXPECT_EQ(cut.substr(cut.size() - 3), "...");
+  std::string umlauts;
+  for (int i = 0; i < 200; ++i) umlauts += "\xC3\xA4";
+  const std::string shorter = Svg::Fitting(umlauts, 300, Svg::Font::Axis);
+  EXPECT_EQ((shorter.size() - 3) % 2, 0U);
+}
+
 TEST(ValueRange, GrowsToFiniteValuesAloneAndWidensOnBothSides) {
   ValueRange range = {1, 2};
   range.Include(5);
