@@ -9,9 +9,10 @@
 #include "FloatRate.h"
 #include "MemoryBandwidth.h"
 #include "Tables.h"
+#include "kalmia/cluster/CommonColumns.h"
 #include "kalmia/cluster/DendroGram.h"
 #include "kalmia/cluster/InitialDistances.h"
-#include "kalmia/cluster/PairSort.h"
+#include "kalmia/containers/Missing.h"
 #include "kalmia/support/UserComm.h"
 
 namespace {
@@ -150,7 +151,36 @@ void SortWithProgress(benchmark::State& state) {
   state.counters["ns_per_pair"] = 1e9 * silent.Seconds() / PairsOf(table.SizeRows());
   state.counters["asked"] = asked.Seconds() / silent.Seconds();
 }
-BENCHMARK(SortWithProgress)->ArgsProduct({{300, 1000, 4000}, {1, 2}})->Iterations(4)->UseRealTime();
+BENCHMARK(SortWithProgress)->ArgsProduct({{300, 1000, 4000}, {1, 2}})->Iterations(10)->UseRealTime();
+
+/// "of_cells" is the time of the check for rows without common columns over that of comparing the cells of each pair,
+/// one by one. All rows miss half of their cells, so that each pair is looked at.
+void MissingCells(benchmark::State& state) {
+  const int rows = 2000, columns = static_cast<int>(state.range(0));
+  NCDataMatrix<float> table(rows, columns, kalmia::kMissingCell<float>);
+  for (int r = 1; r <= rows; ++r)
+    for (int c = 0; c < (columns + 1) / 2; ++c) table(r, 1 + (c + r / 1000) % columns, 1.0F);
+  const auto cellByCell = [&] {
+    int fewest = columns;
+    for (int a = 1; a <= rows; ++a)
+      for (int b = a + 1; b <= rows; ++b) {
+        const float *const x = table[a].begin(), *const y = table[b].begin();
+        int common = 0;
+        for (int c = 0; c < columns; ++c)
+          if (x[c] != kalmia::kMissingCell<float> && y[c] != kalmia::kMissingCell<float>) ++common;
+        fewest = std::min(fewest, common);
+      }
+    benchmark::DoNotOptimize(fewest);
+  };
+  FastestPass bits, cells;
+  for (auto _ : state) {
+    bits.Run([&] { kalmia::CheckMissingData(table, {}); });
+    cells.Run(cellByCell);
+  }
+  state.counters["ns_per_pair"] = 1e9 * bits.Seconds() / PairsOf(rows);
+  state.counters["of_cells"] = bits.Seconds() / cells.Seconds();
+}
+BENCHMARK(MissingCells)->Arg(20)->Arg(100)->Arg(1000)->UseRealTime();
 
 using OwnedTree = std::unique_ptr<DendroGram::DendroGramNode, void (*)(DendroGram::DendroGramNode*)>;
 

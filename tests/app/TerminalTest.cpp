@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <cstddef>
 #include <iterator>
+#include <random>
 
 #include "CommandRun.h"
 #include "TestTables.h"
@@ -201,6 +202,38 @@ TEST(Interrupt, StopsPreprocessingBetweenRowsBehindABar) {
   EXPECT_THAT(run.error, HasSubstr("kalmia: stopped"));
   EXPECT_THAT(run.error, Not(HasSubstr("[####################]")));
   EXPECT_EQ(folder.Names(), std::vector<std::string>{"t.csv"});
+}
+
+/// Rows of 200 cells that miss one of each of 95 pairs of them: only a look at each two rows tells that they have enough
+/// columns in common, some 57.
+std::string RowsToCompare(int rows) {
+  std::mt19937 random(1);
+  std::string table;
+  for (int c = 1; c <= 200; ++c) table += (c == 1 ? "x" : ",x") + std::to_string(c);
+  table += "\n";
+  for (int r = 1; r <= rows; ++r) {
+    for (int pair = 1; pair <= 100; ++pair) {
+      const std::string cell = std::to_string(random() % 10);
+      const char* const comma = pair == 1 ? "" : ",";
+      table += pair > 95 ? comma + cell + "," + cell : random() % 2 == 0 ? comma + cell + "," : comma + ("," + cell);
+    }
+    table += "\n";
+  }
+  return table;
+}
+
+TEST(Interrupt, StopsEachStepOfAClusterAnalysisAndLeavesNothingBehind) {
+  const ScratchFolder folder;
+  const std::string table = folder.Write("t.csv", RowsToCompare(3000));
+  const std::vector<std::string> inMemory = {"cluster", table, "--method", "ward", "--scale", "none", "--svg",
+                                             folder.Path("s")};
+  for (const char* text : {"Comparing missing cells", "Calculating 4498500 distances", "Sorting", "Merging clusters",
+                           "Comparing heights with distances"})
+    ExpectStop(inMemory, text, folder);
+  const std::vector<std::string> onDisk = {"cluster", table, "--method", "single", "--scale", "none", "--memory", "10M",
+                                           "--temp", folder.Path("."), "--svg", folder.Path("s")};
+  for (const char* text : {"Calculating and saving 4498500 distances", "Splitting distances", "Loading distances"})
+    ExpectStop(onDisk, text, folder);
 }
 
 TEST(Interrupt, StopsWhileInputIsAwaited) {
