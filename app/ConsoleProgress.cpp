@@ -59,8 +59,9 @@ void ProgressLine::ShowAtOnce(const std::string& label, double share) {
   if (!onTerminal_) return;
   drawn_ = true;
   lastDrawn_ = std::chrono::steady_clock::now();
-  const std::string line = Bar(share) + label;
-  Draw(std::string(kWipe) + line.substr(0, TerminalWidth() - 1));
+  const std::size_t room = TerminalWidth() - 1;  // a full line would make the terminal go on to the next one
+  const std::string bar = Bar(share).substr(0, room);
+  Draw(std::string(kWipe) + bar + ShortenedTo(room - bar.size(), label));
 }
 
 void ConsoleProgress::BeginFit(int component) { BeginFit("component " + std::to_string(component)); }

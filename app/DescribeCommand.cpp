@@ -7,6 +7,7 @@
 #include "app/InputFile.h"
 #include "app/Json.h"
 #include "app/Numbers.h"
+#include "app/Skewness.h"
 #include "app/TableColumns.h"
 #include "app/TextTable.h"
 #include "kalmia/containers/NCDataMatrix.h"
@@ -65,7 +66,10 @@ ColumnSummary Summarise(const std::string& name, const std::vector<float>& cells
   matrix.GetColumnMinMax(1, summary.min, summary.max);
   if (summary.n < 2) return summary;
   summary.standardDeviation = static_cast<double>(matrix.GetColumnStdDev(1));
-  if (!summary.IsConstant()) summary.skewness = static_cast<double>(matrix.GetColumnSkewness(1));
+  if (!summary.IsConstant() && summary.n > 2) {
+    summary.skewness = TellableSkewness(cells, summary.mean, summary.standardDeviation,
+                                        static_cast<double>(matrix.GetColumnSkewness(1)));
+  }
   return summary;
 }
 

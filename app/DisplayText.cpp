@@ -73,4 +73,17 @@ std::size_t DisplayWidth(std::string_view text) {
   return static_cast<std::size_t>(std::count_if(text.begin(), text.end(), [](char c) { return !IsContinuation(c); }));
 }
 
+std::string ShortenedTo(std::size_t columns, const std::string& text) {
+  const std::string dots = "...";
+  if (DisplayWidth(text) <= columns) return text;
+  if (columns < dots.size()) return "";
+  std::string words = text;
+  while (DisplayWidth(words) + dots.size() > columns) {
+    const std::size_t blank = words.find_last_of(' ');
+    const std::size_t end = blank == std::string::npos ? blank : words.find_last_not_of(' ', blank);
+    words.erase(end == std::string::npos ? 0 : end + 1);
+  }
+  return words + dots;
+}
+
 }  // namespace kalmia::app

@@ -26,6 +26,10 @@ std::string Either(const std::vector<std::string>& names);
 /// "1 row", "2 rows".
 std::string Counted(std::size_t count, const std::string& noun);
 
+/// The text, or as many whole words of its beginning as fit into so many columns of a terminal with "..." behind them;
+/// where not even that fits, nothing.
+std::string ShortenedTo(std::size_t columns, const std::string& text);
+
 /// Columns that the text takes on a terminal, one per code point of UTF-8.
 std::size_t DisplayWidth(std::string_view text);
 

@@ -28,6 +28,14 @@ const FileKind* KindOfBytes(std::string_view bytes) {
   return nullptr;
 }
 
+bool EndWithinMagic(std::string_view bytes) {
+  for (const FileKind* kind : {&kModelFile, &kStepsFile, &kOplsCvFile}) {
+    const bool isBeginning = bytes.size() < kind->magic.size() && kind->magic.substr(0, bytes.size()) == bytes;
+    if (isBeginning && !bytes.empty()) return true;
+  }
+  return false;
+}
+
 std::string Checksum(std::string_view bytes) {
   MD5 md5;
   md5.Update(bytes.data(), bytes.size());

@@ -23,6 +23,10 @@ inline constexpr FileKind kOplsCvFile{"\x8BKALMCV\n", 1, "cross-validation of ka
 /// Which of them the bytes begin like; null for none.
 const FileKind* KindOfBytes(std::string_view bytes);
 
+/// Whether there is not more of them than the beginning of such a file, before it says of which kind it is. No text
+/// begins so.
+bool EndWithinMagic(std::string_view bytes);
+
 /// The content of a file, with the version that the file says.
 struct FramedContent {
   int version;

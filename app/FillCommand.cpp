@@ -10,6 +10,7 @@ namespace kalmia::app {
 
 std::string RunCommand(const FillOptions& options, Notes* notes) {
   CheckPlaces({{"the table", options.table}}, {{"--out", options.out}});
+  if (options.report) notes->Add("--report is called --check now");
   const std::string text = ReadInput(options.table);
   const CsvTable table(text, InputName(options.table));
   const FillOutcome outcome = ComputeFill(table, options, notes);

@@ -36,7 +36,7 @@ class Computation {
     ReadColumns();
     if (!options_.components && columns_.cells.GetNumMisVal() > 0) outcome_.choice = ChooseComponents(columns_);
     outcome_.filled = FillColumns(columns_, options_.components.value_or(outcome_.choice.components));
-    if (options_.report) outcome_.trial = TryFilling(columns_, options_.components);
+    if (options_.check || options_.report) outcome_.trial = TryFilling(columns_, options_.components);
     CountFilled();
     NoteWhatWasDone();
     return std::move(outcome_);

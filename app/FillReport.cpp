@@ -34,7 +34,9 @@ std::string ChoiceText(const FillChoice& choice) {
     const std::string remark = AsSize(choice.components) == a ? "chosen" : "";
     table.AddRow({std::to_string(a), Significant(choice.errors[a], kDigits), remark});
   }
-  return "\nRoot mean square error of hidden cells filled again, in standard deviations:\n" + table.Text();
+  return "\n" + Counted(AsSize(choice.components), "component") + " chosen: root mean square error of " +
+         Counted(AsSize(choice.hiddenCells), "cell") + ", hidden in " + Counted(AsSize(choice.trials), "trial") +
+         " and filled again, in standard deviations:\n" + table.Text();
 }
 
 std::string ReasonText(const LeftEmpty& left) {
@@ -56,11 +58,18 @@ std::string LeftText(const std::vector<LeftEmpty>& leftEmpty) {
   return text;
 }
 
-std::string TrialText(const FillTrial& trial) {
+/// The number was chosen anew, so that the hidden cells had no say in it.
+std::string TrialChoiceText(const FillTrial& trial, const FillChoice& choice) {
+  if (trial.choice.errors.empty()) return "";
+  const std::string ofAll = choice.errors.empty() ? "" : "; of all cells " + std::to_string(choice.components);
+  return " (" + std::to_string(trial.choice.components) + " chosen from the cells that were left" + ofAll + ")";
+}
+
+std::string TrialText(const FillTrial& trial, const FillChoice& choice) {
   if (trial.all.cells == 0) return "\nTrial: there are too few cells to hide a tenth of them\n";
   std::string text = "\nTrial: " + Counted(AsSize(trial.all.cells), "present cell") +
                      " hidden and filled again, with " + Counted(AsSize(trial.components), "component") +
-                     "\nRoot mean square error " + Significant(trial.all.filled, kDigits) +
+                     TrialChoiceText(trial, choice) + "\nRoot mean square error " + Significant(trial.all.filled, kDigits) +
                      " standard deviations; of filling with means " + Significant(trial.all.means, kDigits) +
                      "; ratio " + Significant(trial.all.Ratio(), kDigits) + "\n\n";
   TextTable table;
@@ -90,8 +99,12 @@ Json ErrorJson(const FillError& error) {
           {"ratio", JsonNumber(error.Ratio())}};
 }
 
+/// Null where none was chosen.
+Json ChosenJson(const FillChoice& choice) { return choice.errors.empty() ? Json(nullptr) : Json(choice.components); }
+
 Json TrialJson(const FillTrial& trial) {
   Json json = ErrorJson(trial.all);
+  json["chosenComponents"] = ChosenJson(trial.choice);
   json["components"] = trial.components;
   json["columns"] = Json::array();
   for (const FillError& column : trial.columns) {
@@ -122,7 +135,7 @@ std::string FillText(const CsvTable& table, const FillOutcome& outcome, const st
                                OneLine(out) + "\n";
   if (outcome.filledCells > 0) text += ModelText(outcome.filled) + ChoiceText(outcome.choice);
   text += LeftText(outcome.leftEmpty);
-  if (outcome.trial) text += TrialText(*outcome.trial);
+  if (outcome.trial) text += TrialText(*outcome.trial, outcome.choice);
   return text;
 }
 
@@ -140,6 +153,7 @@ std::string FillJson(const CsvTable& table, const FillOutcome& outcome, const st
   json["constantColumns"] = outcome.filled.constantColumns;
   json["model"] = ModelJson(outcome.filled);
   json["choice"] = outcome.choice.errors;
+  json["chosenComponents"] = ChosenJson(outcome.choice);
   json["trial"] = outcome.trial ? TrialJson(*outcome.trial) : Json(nullptr);
   json["notes"] = notes.Lines();
   return JsonText(json);

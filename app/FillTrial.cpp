@@ -139,6 +139,8 @@ FillChoice ChooseComponents(const NumberColumns& columns) {
   FillChoice choice;
   const std::vector<Hidden> trials = TrialsOfChoice(columns);
   if (trials.empty()) return choice;
+  choice.trials = static_cast<int>(trials.size());
+  for (const Hidden& hidden : trials) choice.hiddenCells += static_cast<int>(hidden.places.size());
   for (int components = 0; components <= kMostComponents; ++components) {
     const std::optional<double> error = ErrorWith(columns, trials, components);
     if (!error) break;
@@ -151,8 +153,10 @@ FillChoice ChooseComponents(const NumberColumns& columns) {
 
 FillTrial TryFilling(const NumberColumns& columns, const std::optional<int>& components) {
   const Hidden hidden = Hide(columns, kSeedOfReport);
-  const int used = components ? *components : ChooseComponents(hidden.rest).components;
-  return Compare(columns, hidden, FillColumns(hidden.rest, used));
+  const FillChoice choice = components ? FillChoice{} : ChooseComponents(hidden.rest);
+  FillTrial trial = Compare(columns, hidden, FillColumns(hidden.rest, components.value_or(choice.components)));
+  trial.choice = choice;
+  return trial;
 }
 
 }  // namespace kalmia::app

@@ -17,17 +17,20 @@ struct FillError {
   double Ratio() const { return filled / means; }
 };
 
+/// How the number of components was chosen: by hiding cells, and filling them again with 0, 1, 2, ... components.
+struct FillChoice {
+  std::vector<double> errors;  ///< with so many components, in standard deviations; empty where nothing was chosen
+  int components = 0;          ///< the last number that made the error smaller by more than 1 %
+  int trials = 0;
+  int hiddenCells = 0;         ///< in all trials
+};
+
 /// A trial of filling: a tenth of the present cells is hidden, and filled again.
 struct FillTrial {
   FillError all;                   ///< errors over the standard deviations of the columns
   std::vector<FillError> columns;  ///< in the units of the columns; those without a hidden cell are left out
   int components = 0;
-};
-
-/// How the number of components was chosen: by hiding cells, and filling them again with 0, 1, 2, ... components.
-struct FillChoice {
-  std::vector<double> errors;  ///< with so many components, in standard deviations; empty where nothing was chosen
-  int components = 0;          ///< the last number that made the error smaller by more than 1 %
+  FillChoice choice;  ///< of their number, from the cells that were not hidden; empty where a number was asked for
 };
 
 /// Chooses the number of components, at most 15. Each trial hides a tenth of the present cells of columns that vary;

@@ -134,9 +134,10 @@ void DeclareFill(CommandOptions* command, FillOptions* options) {
   command->Names("--exclude", &options->exclude, "further columns that take no part and stay as they are");
   command->NumberOrAuto("--components", 0, &options->components,
                         "number of components; auto (default): as many as bring hidden cells back best; 0: means");
-  command->Flag("--report", &options->report, "hide a tenth of the present cells as well, and tell how they come back");
+  command->Flag("--check", &options->check, "hide a tenth of the present cells as well, and tell how they come back");
+  command->Flag("--report", &options->report, "the old name of --check");
   command->Flag("--json", &options->json, "print JSON");
-  command->Examples("Example:\n  kalmia fill wine.csv --out filled.csv --id sample --exclude cultivar --report");
+  command->Examples("Example:\n  kalmia fill wine.csv --out filled.csv --id sample --exclude cultivar --check");
 }
 
 void DeclareFilter(CommandOptions* command, FilterOptions* options) {

@@ -64,7 +64,8 @@ struct FillOptions {
   std::string id;  ///< empty: rows are numbered
   std::vector<std::string> exclude;
   std::optional<int> components;  ///< nothing: as many as cross-validation finds
-  bool report = false;
+  bool check = false;
+  bool report = false;  ///< the old name of `check`
   bool json = false;
 };
 

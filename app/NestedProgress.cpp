@@ -1,5 +1,7 @@
 #include "app/NestedProgress.h"
 
+#include <algorithm>
+
 #include "app/DisplayText.h"
 #include "app/Interrupt.h"
 
@@ -17,6 +19,18 @@ double NestedProgress::Level::ShareAt(double value) const {
 
 bool NestedProgress::GoesOn() const { return !Interrupted(); }
 
+/// A convergence may become worse, and a step may be shorter than the one before it was said to be.
+void NestedProgress::FillUpTo(double share) {
+  share_ = std::max(share_, share);
+  line_->Show(text_, share_);
+}
+
+void NestedProgress::Begin(const std::string& text) {
+  levels_ = {Level{0.0, 1.0, 0.0, 1.0}};
+  share_ = 0.0;
+  SetText(text.c_str());
+}
+
 void NestedProgress::SetRange(float from, float to) {
   GoesOn();
   levels_.back().from = from;
@@ -24,8 +38,7 @@ void NestedProgress::SetRange(float from, float to) {
 }
 
 bool NestedProgress::SetValue(float value) {
-  share_ = levels_.back().ShareAt(value);
-  line_->Show(text_, share_);
+  FillUpTo(levels_.back().ShareAt(value));
   return GoesOn();
 }
 
@@ -37,9 +50,9 @@ void NestedProgress::SetText(const char* text) {
 
 bool NestedProgress::PushSubRange(float from, float to) {
   const Level& outer = levels_.back();
-  share_ = outer.ShareAt(from);
-  levels_.push_back({0.0, 1.0, share_, outer.ShareAt(to)});
-  line_->Show(text_, share_);
+  const double begin = outer.ShareAt(from);
+  levels_.push_back({0.0, 1.0, begin, outer.ShareAt(to)});
+  FillUpTo(begin);
   return GoesOn();
 }
 

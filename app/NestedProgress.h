@@ -8,10 +8,14 @@
 namespace kalmia::app {
 
 /// Progress of a calculation that shows its steps as ranges within ranges, each with a text of its own: one bar for all
-/// of it. On Ctrl-C the answer to whatever the calculation says or asks is to stop.
+/// of it, which never goes back, whatever the calculation says. On Ctrl-C the answer to all that it says or asks is to
+/// stop.
 class NestedProgress : public NCProgress::Sink {
  public:
   explicit NestedProgress(ProgressLine* line) : line_(line) {}
+
+  /// A bar of its own for the calculation that comes now.
+  void Begin(const std::string& text);
 
   void SetRange(float from, float to) override;
   bool SetValue(float value) override;
@@ -34,9 +38,11 @@ class NestedProgress : public NCProgress::Sink {
     double ShareAt(double value) const;
   };
 
+  void FillUpTo(double share);
+
   ProgressLine* line_;
   std::string text_;
-  double share_ = 0.0;  ///< of the bar that was last filled
+  double share_ = 0.0;  ///< of the bar that is filled
   unsigned polls_ = 0;
   std::vector<Level> levels_ = {{0.0, 1.0, 0.0, 1.0}};
 };

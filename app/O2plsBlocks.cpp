@@ -7,6 +7,7 @@
 #include "app/CellNumber.h"
 #include "app/DisplayText.h"
 #include "app/Failure.h"
+#include "app/SharedColumns.h"
 #include "app/TableColumns.h"
 #include "kalmia/containers/Missing.h"
 #include "kalmia/pcapls/PCACrossValidation.h"
@@ -64,6 +65,7 @@ class Selection {
     }
     LeaveOutColumns(xTable_, "X", &pair_.x);
     LeaveOutColumns(yTable_, "Y", &pair_.y);
+    RefuseSharedColumns();
     if (!options_.fill) RefuseHoles();
     MakeGroups();
     NoteMovedCells(moved_, notes_);
@@ -230,6 +232,14 @@ class Selection {
 
   void NoteColumns(const std::string& block, const std::string& kind, const std::vector<std::string>& names) {
     if (!names.empty()) notes_->Add("left out of " + block + ", " + kind + ": " + Listed(names, kNamed));
+  }
+
+  void RefuseSharedColumns() const {
+    const std::string shared = SharedColumnsText(pair_.x, pair_.y);
+    if (shared.empty()) return;
+    throw Failure(ExitCode::BadData, xTable_.Name() + " and " + yTable_.Name() +
+                                         ": the same column is in both blocks, which would predict it from itself: " +
+                                         shared + "; choose other columns by --x and --y, or name the rows by --id");
   }
 
   void RefuseHoles() const {

@@ -42,7 +42,7 @@ bool HasScores(const NCDataMatrix<float>& scores, const NCDataMatrix<float>& blo
 class Fitting {
  public:
   Fitting(const O2plsTask& task, Notes* notes)
-      : task_(task), notes_(notes), progress_(std::make_unique<StageProgress>(&line_)) {}
+      : task_(task), notes_(notes), sink_(new StageProgress(&line_)), progress_(std::unique_ptr<NCProgress::Sink>(sink_)) {}
 
   O2plsFit Run() {
     if (task_.numbers) {
@@ -87,7 +87,7 @@ class Fitting {
   }
 
   void Fit(const O2plsNumbers& numbers) {
-    progress_.SetText("fitting the model");
+    sink_->Begin("fitting the model");
     try {
       TryFit(numbers);
     } catch (const NCError& error) {
@@ -118,7 +118,7 @@ class Fitting {
     }
     O2plsNumbers numbers = {results_.PredictiveComponents, results_.XSideComponents, results_.YSideComponents};
     for (;;) {
-      progress_.SetText("fitting the model");
+      sink_->Begin("fitting the model");
       try {
         TryFit(numbers);
         break;
@@ -147,6 +147,7 @@ class Fitting {
   /// -1 in all numbers searches.
   void Validate(const O2plsNumbers& numbers) {
     NCIntegralVector<int, -99> groups = task_.groups;
+    sink_->Begin("cross-validation");
     try {
       results_ = O2PLSCrossValidation(&task_.x, &task_.y, task_.rounds, &progress_, &groups, kMaxIterations,
                                       numbers.joint, numbers.xUnique, numbers.yUnique)
@@ -243,6 +244,7 @@ class Fitting {
   Notes* notes_;
   StoppableBars bars_;
   ProgressLine line_;
+  StageProgress* sink_;  ///< owned by progress_
   NCProgress progress_;
   NCO2PLS model_;
   O2PLSCVResults results_;

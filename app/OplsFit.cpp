@@ -21,7 +21,8 @@ class Extraction {
  public:
   explicit Extraction(const OplsTask& task)
       : task_(task),
-        progress_(std::make_unique<NestedProgress>(&line_)),
+        sink_(new NestedProgress(&line_)),
+        progress_(std::unique_ptr<NCProgress::Sink>(sink_)),
         model_(&task.x, &task.y, task.predictive.value_or(0), kMaxIterations),
         xLeft_(task.x),
         yLeft_(task.y) {}
@@ -39,15 +40,9 @@ class Extraction {
 
   static std::string ComponentText(int component) { return "component " + std::to_string(component); }
 
-  void BeginBar(const std::string& text) {
-    progress_.SetRange(0.0F, 1.0F);
-    progress_.SetValue(0.0F);
-    progress_.SetText(text.c_str());
-  }
-
   /// Not with a component that cannot be computed, for there is no model then.
   void StartWithBlock() {
-    BeginBar(ComponentText(1));
+    sink_->Begin(ComponentText(1));
     try {
       model_.NextComponent(&progress_);
       if (!HasScores(*model_.GetTprim())) throw NCError("X and Y have nothing in common");
@@ -63,7 +58,7 @@ class Extraction {
   }
 
   void StartValidation() {
-    BeginBar(ComponentText(1) + kValidated);
+    sink_->Begin(ComponentText(1) + kValidated);
     NCIntegralVector<int, -99> groups = task_.groups;
     validation_ = std::make_unique<OPLSCrossValidation>(&task_.x, &task_.y, model_.SizeComponents(), task_.rounds,
                                                         &progress_, &groups);
@@ -111,7 +106,7 @@ class Extraction {
   bool AddOrthogonal() {
     StopIfInterrupted();
     const std::string text = ComponentText(model_.SizeComponents() + model_.SizeOrthogonalComponents() + 1);
-    BeginBar(text);
+    sink_->Begin(text);
     const NCOPLS before = model_;
     try {
       model_.NextComponent(&progress_);
@@ -119,7 +114,7 @@ class Extraction {
       const NCDataVector<float>& t = (*model_.GetTOprim())[newest];
       if (!(t.GetSS() > kExhausted * task_.x.GetSS())) throw NCError(kNothingLeft);
       if (fit_.validation.steps.size() <= static_cast<std::size_t>(newest)) {
-        BeginBar(text + kValidated);
+        sink_->Begin(text + kValidated);
         validation_->NextComponent(&progress_);
         RememberStep();
       }
@@ -201,6 +196,7 @@ class Extraction {
 
   const OplsTask& task_;
   ProgressLine line_;
+  NestedProgress* sink_;  ///< owned by progress_
   NCProgress progress_;
   NCOPLS model_;
   std::unique_ptr<OPLSCrossValidation> validation_;

@@ -2,6 +2,8 @@
 
 #include <sstream>
 
+#include "app/DisplayText.h"
+#include "app/Failure.h"
 #include "app/FileFrame.h"
 #include "app/InputFile.h"
 #include "app/ModelEntries.h"
@@ -81,6 +83,9 @@ StepsFile ReadStepsFile(const std::string& path) {
   StepsFile file;
   file.name = InputName(path);
   const std::string bytes = ReadInput(path);
+  if (EndWithinMagic(bytes)) {
+    throw Failure(ExitCode::Files, file.name + " is not a steps file: it is cut after " + Counted(bytes.size(), "byte"));
+  }
   if (KindOfBytes(bytes) != nullptr) {  // no text: a chain, or a file to be refused by what it is
     file.chain = ReadStepChainFile(bytes, file.name);
   } else {

@@ -124,6 +124,21 @@ CommandResult RunOnTerminal(const std::vector<std::string>& arguments, const std
   return result;
 }
 
+std::string ShownOnTerminal(const std::function<void()>& work) {
+  int terminal = -1;
+  const pid_t process = forkpty(&terminal, nullptr, nullptr, nullptr);
+  if (process < 0) throw std::runtime_error("no terminal");
+  if (process == 0) {
+    alarm(kLongestRun);
+    work();
+    _exit(0);
+  }
+  const std::string shown = Drain(terminal);
+  ExitCode(process);
+  close(terminal);
+  return shown;
+}
+
 CommandResult InterruptWaitingForInput(const std::vector<std::string>& arguments) {
   const ScratchFolder folder;
   const std::string output = folder.Write("output", "");

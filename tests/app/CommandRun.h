@@ -1,6 +1,7 @@
 #pragma once
 
 #include <csignal>
+#include <functional>
 #include <nlohmann/json.hpp>
 #include <string>
 #include <vector>
@@ -33,6 +34,9 @@ CommandResult RunKalmia(const std::vector<std::string>& arguments, const std::st
 /// holds what the terminal showed, both outputs together.
 CommandResult RunOnTerminal(const std::vector<std::string>& arguments, const std::string& interruptAt = "",
                             int signal = SIGINT);
+
+/// Does some work in a process of its own on a terminal of its own; what the terminal showed.
+std::string ShownOnTerminal(const std::function<void()>& work);
 
 /// Runs `kalmia` with a standard input on which nothing comes, and sends it SIGINT once it waits there.
 CommandResult InterruptWaitingForInput(const std::vector<std::string>& arguments);

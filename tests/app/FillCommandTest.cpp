@@ -16,6 +16,7 @@ namespace {
 using nlohmann::json;
 using ::testing::HasSubstr;
 using ::testing::IsEmpty;
+using ::testing::Not;
 
 class Fill : public ::testing::Test {
  protected:
@@ -99,6 +100,12 @@ Errors ErrorsOfWine(const std::string& holed, const std::string& filled) {
 
 const std::vector<std::string> kWineOptions = {"--id", "sample", "--exclude", "cultivar"};
 
+std::vector<std::string> OfWineWith(const std::vector<std::string>& more) {
+  std::vector<std::string> options = kWineOptions;
+  options.insert(options.end(), more.begin(), more.end());
+  return options;
+}
+
 TEST_F(Fill, BringsCellsOfWineBackWithAtMostFourFifthsOfTheErrorOfMeans) {
   Errors all;
   for (const unsigned seed : {1U, 2U, 3U}) {
@@ -113,8 +120,7 @@ TEST_F(Fill, BringsCellsOfWineBackWithAtMostFourFifthsOfTheErrorOfMeans) {
 
 TEST_F(Fill, TellsBeforehandHowWellItWillDo) {
   const std::string holed = WineWithHoles(0.1, 6);
-  std::vector<std::string> options = kWineOptions;
-  options.emplace_back("--report");
+  const std::vector<std::string> options = OfWineWith({"--check"});
   const json trial = Json(holed, options)["trial"];
   EXPECT_LE(trial["ratio"], 0.8);
   const Errors errors = ErrorsOfWine(holed, ReadWholeFile(Out()));
@@ -126,6 +132,37 @@ TEST_F(Fill, TellsBeforehandHowWellItWillDo) {
   EXPECT_EQ(trial["cells"], cells);
   EXPECT_EQ(Json(holed, kWineOptions)["trial"], nullptr);
   EXPECT_THAT(Run(holed, options).output, HasSubstr("Trial: "));
+}
+
+TEST_F(Fill, NamesTheNumbersOfComponentsThatItChose) {
+  const std::string holed = WineWithHoles(0.1, 6);
+  const std::vector<std::string> check = OfWineWith({"--check"});
+  const json result = Json(holed, check);
+  const std::vector<double> errors = result["choice"];
+  const int chosen = result["chosenComponents"];
+  EXPECT_EQ(chosen, result["model"]["components"]);
+  // The last number that made the error smaller by more than 1 %.
+  for (std::size_t a = static_cast<std::size_t>(chosen); a < errors.size(); ++a) {
+    EXPECT_GE(errors[a], 0.99 * errors[static_cast<std::size_t>(chosen)]);
+  }
+  const int ofTrial = result["trial"]["chosenComponents"];
+  EXPECT_EQ(ofTrial, result["trial"]["components"]);
+  const std::string text = Run(holed, check).output;
+  EXPECT_THAT(text, HasSubstr("\n" + std::to_string(chosen) + " components chosen: root mean square error of "));
+  EXPECT_THAT(text, HasSubstr("(" + std::to_string(ofTrial) + " chosen from the cells that were left; of all cells " +
+                              std::to_string(chosen) + ")"));
+  const std::vector<std::string> asked = OfWineWith({"--check", "--components", "2"});
+  EXPECT_EQ(Json(holed, asked)["chosenComponents"], nullptr);
+  EXPECT_EQ(Json(holed, asked)["trial"]["chosenComponents"], nullptr);
+  EXPECT_THAT(Run(holed, asked).output, Not(HasSubstr("chosen")));
+}
+
+TEST_F(Fill, UnderstandsTheOldNameOfItsCheckWithANote) {
+  const std::string holed = WineWithHoles(0.1, 6);
+  const json now = Json(holed, OfWineWith({"--check"})), before = Json(holed, OfWineWith({"--report"}));
+  EXPECT_EQ(now["notes"], json::array());
+  EXPECT_EQ(before["notes"], json::array({"--report is called --check now"}));
+  EXPECT_EQ(before["trial"], now["trial"]);
 }
 
 TEST_F(Fill, LeavesEveryPresentFieldAsItIs) {

@@ -4,6 +4,9 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <iomanip>
+#include <sstream>
+#include <vector>
 
 #include "CommandRun.h"
 #include "TestTables.h"
@@ -75,6 +78,38 @@ TEST(Describe, GivesTheStatisticsOfEachColumn) {
   EXPECT_EQ(described["columns"][1]["n"], 3);
   EXPECT_EQ(described["columns"][1]["missing"], 1);
   EXPECT_DOUBLE_EQ(described["columns"][1]["mean"], 30.0);
+}
+
+/// The JSON description of one column of numbers.
+json DescribeColumn(const std::vector<double>& numbers) {
+  std::ostringstream text;
+  text << std::setprecision(9) << "x\n";
+  for (const double number : numbers) text << number << "\n";
+  return Describe(text.str())["columns"][0];
+}
+
+TEST(Describe, PrintsASkewnessThatIsNothingButRoundingAsZero) {
+  std::vector<double> whole, tenths, far;
+  for (int i = 1; i <= 60; ++i) {
+    whole.push_back(i);
+    tenths.push_back(i / 10.0);  // single precision holds none but the halves
+    far.push_back(1e6 + i / 10.0);
+  }
+  for (const std::vector<double>& numbers : {whole, tenths, far}) {
+    EXPECT_EQ(DescribeColumn(numbers)["skewness"].dump(), "0.0") << numbers[0];
+  }
+}
+
+TEST(Describe, KeepsASkewnessThatSingleDigitsOfTheCellsTell) {
+  // 1000 ... 1060, the last one 2^-10 more, the float next to 1060.001. To first order g becomes 3 n / ((n - 1) (n - 2))
+  // (z^2 - (n - 1) / n) 2^-10 / s with n = 61, s = 17.7529, z = 30 / s: 5.3235e-6; the next order is 2^-10 / s of that,
+  // below 1e-9. Rounding all cells to single precision could make 2.1e-6 of it.
+  std::vector<double> numbers;
+  for (int i = 0; i <= 60; ++i) numbers.push_back(1000 + i);
+  EXPECT_EQ(DescribeColumn(numbers)["skewness"], 0.0);
+  numbers.back() += 0.001;
+  const double skewness = DescribeColumn(numbers)["skewness"];
+  EXPECT_NEAR(skewness, 5.3235e-6, 1e-9);
 }
 
 TEST(Describe, NamesTextConstantAndEmptyColumns) {

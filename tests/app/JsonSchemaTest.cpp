@@ -93,9 +93,9 @@ TEST(JsonSchema, HoldsForEveryOutput) {
   ExpectValid("kalmia-predict", RunKalmia({"predict", model, table, "--json", "--csv", folder.Path("d")}).Json());
   ExpectValid("kalmia-predict", RunKalmia({"predict", model, "-", "--json"}, "a\n1\nNA\n").Json());
   const std::string filled = folder.Path("filled.csv");
-  ExpectValid("kalmia-fill", RunKalmia({"fill", table, "--out", filled, "--json", "--report"}).Json());
+  ExpectValid("kalmia-fill", RunKalmia({"fill", table, "--out", filled, "--json", "--check"}).Json());
   ExpectValid("kalmia-fill",
-              RunKalmia({"fill", "-", "--out", filled, "--json", "--report"}, WithHoles(LinearTable(30, 6, 2), 7))
+              RunKalmia({"fill", "-", "--out", filled, "--json", "--check"}, WithHoles(LinearTable(30, 6, 2), 7))
                   .Json());
   ExpectValid("kalmia-describe", RunKalmia({"describe", table, "--json"}).Json());
   const std::string pca = folder.Path("pca");

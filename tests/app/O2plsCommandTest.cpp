@@ -160,6 +160,19 @@ TEST_F(O2pls, TakesBothBlocksFromOneTable) {
   EXPECT_EQ(run.Json()["y"]["columns"], json({"y1", "y2", "y3"}));
 }
 
+TEST_F(O2pls, RefusesAColumnOfTheSameCellsInBothBlocksWhateverItsName) {
+  const std::string both = folder_.Write("both.csv", UnrelatedTable(20, 4, 3, 2));
+  ExpectFailure(RunKalmia({"o2pls", both, both, "--x", "x1..x4", "--y", "x4..y3"}), 1,
+                "the same column is in both blocks, which would predict it from itself: 'x4' of X is 'x4' of Y");
+  ExpectFailure(RunKalmia({"o2pls", both, both}), 1, "'x1' of X is 'x1' of Y, 'x2' of X is 'x2' of Y, ");
+  // In another order of the rows, beside a hole, with zeros of another sign and digits that single precision drops.
+  const std::string x = folder_.Write("x.csv", "id,a,b\n1,1,0\n2,2,-1\n3,,1\n4,4,5\n5,1,3\n");
+  const std::string y = folder_.Write("y.csv", "id,c,d\n5,3,2\n4,5.00000000001,1\n3,1,7\n2,-1,4\n1,-0.0,5\n");
+  ExpectFailure(RunKalmia({"o2pls", x, y, "--id", "id", "--fill"}), 1, "from itself: 'b' of X is 'c' of Y; choose");
+  const std::string other = folder_.Write("o.csv", "id,c,d\n5,3,2\n4,5,1\n3,1,7\n2,-1,4\n1,0.5,5\n");
+  EXPECT_THAT(RunKalmia({"o2pls", x, other, "--id", "id", "--fill"}).error, Not(HasSubstr("from itself")));
+}
+
 StoredO2pls ModelAt(const std::string& path) {
   return std::get<StoredO2pls>(kalmia::app::ReadModelFile(ReadWholeFile(path), path));
 }

@@ -227,6 +227,19 @@ TEST_F(Preprocess, IsRefusedInOneLine) {
   }
 }
 
+TEST_F(Preprocess, TakesTheFirstBytesOfAStepsFileForNoText) {
+  RunWell(Learn("snv") + Words{"--save", saved_});
+  const std::string bytes = ReadWholeFile(saved_);
+  for (std::size_t length = 1; length < 8; ++length) {
+    const std::string cut = folder_.Write("cut", bytes.substr(0, length));
+    const std::string message = cut + " is not a steps file: it is cut after " + std::to_string(length) + " byte";
+    ExpectFailure(RunKalmia(On(table_) + Words{"--steps-file", cut}), 3, message);
+    ExpectFailure(RunKalmia({"pca", table_, "--steps-file", cut}), 3, message);
+  }
+  ExpectFailure(RunKalmia(On(table_) + Words{"--steps-file", folder_.Write("cut", bytes.substr(0, 8))}), 3,
+                "is cut: it ends within its header");
+}
+
 TEST_F(Preprocess, SaysOfAFileOfAnotherKindWhatItIs) {
   const std::string model = folder_.Path("m"), cv = folder_.Path("cv");
   RunWell({"opls", table_, "--y", "y", "--id", "name", "--save", model, "--save-cv", cv});

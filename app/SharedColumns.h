@@ -1,0 +1,14 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "app/O2plsBlocks.h"
+
+namespace kalmia::app {
+
+/// Columns of the two blocks that hold the same cells in all rows, missing ones too: "'a' of X is 'b' of Y", the first
+/// ones, others counted; empty where there are none. Such a column would be predicted from itself.
+std::string SharedColumnsText(const Block& x, const Block& y);
+
+}  // namespace kalmia::app
