@@ -17,7 +17,8 @@ void DeclareCluster(CommandOptions* command, ClusterOptions* options) {
                   "of two clusters)");
   command->Require("--method");
   command->Text("--id", "NAME", &options->id, "column that names the rows");
-  command->Names("--exclude", &options->exclude, "columns to leave out");
+  command->Names("--exclude", &options->exclude,
+                 "columns to leave out, names and ranges FIRST..LAST with commas between them", "COLUMNS");
   command->Scaling("--scale", &options->scaling, "scaling of the columns: uv (default), pareto, centre or none");
   command->Number("--cut", 1, &options->cut, "cut the tree into so many clusters");
   command->Real("--height", &options->height, "a number from 0 on", IsHeight,

@@ -93,9 +93,10 @@ void CommandOptions::Input(const std::string& name, std::string* value, const st
   inputs_.push_back(Add(command_->add_option(name, *value, help), "FILE"));
 }
 
-void CommandOptions::Names(const std::string& name, std::vector<std::string>* values, const std::string& help) {
+void CommandOptions::Names(const std::string& name, std::vector<std::string>* values, const std::string& help,
+                           const std::string& word) {
   // One word each time, so that a file name can follow.
-  lists_.push_back(command_->add_option(name, *values, help)->option_text("NAME")->allow_extra_args(false));
+  lists_.push_back(command_->add_option(name, *values, help)->option_text(word)->allow_extra_args(false));
 }
 
 void CommandOptions::Number(const std::string& name, int lowest, int* value, const std::string& help) {

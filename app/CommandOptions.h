@@ -36,7 +36,8 @@ class CommandOptions {
   /// can be that.
   void Input(const std::string& name, std::string* value, const std::string& help);
   /// An option that may come several times, each time with one text behind it.
-  void Names(const std::string& name, std::vector<std::string>* values, const std::string& help);
+  void Names(const std::string& name, std::vector<std::string>* values, const std::string& help,
+             const std::string& word = "NAME");
   /// A whole number from `lowest` on.
   void Number(const std::string& name, int lowest, int* value, const std::string& help);
   void Number(const std::string& name, int lowest, std::optional<int>* value, const std::string& help);

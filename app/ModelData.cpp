@@ -80,20 +80,13 @@ class Selection {
     }
   }
 
-  std::vector<int> XCandidates() const {
-    if (!options_.x.empty()) return RequireColumnRange(table_, options_.x);
-    std::vector<int> all;
-    for (int column = 0; column < table_.Columns(); ++column) all.push_back(column);
-    return all;
-  }
-
   void ReadX() {
-    for (const int column : XCandidates()) {
+    for (const int column : RequireColumnsOrAll(table_, options_.x)) {
       if (std::find(excluded_.begin(), excluded_.end(), column) != excluded_.end()) continue;
       const ColumnKind kind = KindOfColumn(table_, column);
       if (kind == ColumnKind::Texts) {
         data_.textColumns.push_back(Name(column));
-      } else if (kind == ColumnKind::Empty && options_.stepsFile.empty()) {
+      } else if (kind == ColumnKind::Empty && !options_.HasSteps()) {
         data_.emptyColumns.push_back(Name(column));
       } else {
         x_.push_back({Name(column), ReadNumbers(table_, column, &moved_)});
@@ -107,9 +100,9 @@ class Selection {
   }
 
   void Preprocess() {
-    if (options_.stepsFile.empty()) return;
-    PreprocessedX made =
-        PreprocessX(table_, idColumn_, ReadStepsFile(options_.stepsFile), x_, data_.textColumns, notes_);
+    if (!options_.HasSteps()) return;
+    const GivenSteps steps = ReadSteps(options_.steps, options_.stepsFile);
+    PreprocessedX made = PreprocessX(table_, idColumn_, steps, x_, data_.textColumns, notes_);
     data_.chain = std::move(made.chain);
     data_.emptyColumns = std::move(made.emptyColumns);
     x_ = std::move(made.columns);

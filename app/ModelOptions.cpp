@@ -6,16 +6,24 @@ namespace kalmia::app {
 
 namespace {
 
+const std::string kColumnsHelp = "names and ranges FIRST..LAST with commas between them";
+
 /// The options of every command that fits a model. The table is declared before, so that it comes first in the help.
 template <class DeclareComponents>
 void DeclareFit(CommandOptions* command, FitOptions* options, const DeclareComponents& declareComponents) {
   command->Text("--id", "NAME", &options->id, "column that names the rows");
-  command->Text("--x", "FIRST..LAST", &options->x, "columns to model from (default: all others of numbers)");
-  command->Names("--exclude", &options->exclude, "columns to leave out of X; not with --x");
+  command->Names("--x", &options->x, "columns to model from, " + kColumnsHelp + " (default: all others of numbers)",
+                 "COLUMNS");
+  command->Names("--exclude", &options->exclude, "columns to leave out of X, named likewise; not with --x", "COLUMNS");
   command->Exclude("--x", "--exclude");
+  command->Text("--steps", "STEPS", &options->steps,
+                "preprocess X by these steps, with commas between them, which predict repeats; what wavelet-compress "
+                "chooses it chooses from all rows, those that cross-validation leaves out too; see kalmia preprocess "
+                "--help");
   command->Input("--steps-file", &options->stepsFile,
-                 "preprocess X by these steps, which predict repeats; what wavelet-compress chooses it chooses from "
-                 "all rows, those that cross-validation leaves out too; see kalmia preprocess --help");
+                 "the same by the steps in this file, also one on each line, or by those that kalmia preprocess --save "
+                 "has written");
+  command->Exclude("--steps", "--steps-file");
   command->Scaling("--scale", &options->scaling, "scaling of X: uv (default), pareto, centre or none");
   declareComponents();
   command->Number("--groups", 2, &options->groups, "number of groups of the cross-validation (default: 7)");
@@ -83,9 +91,9 @@ void DeclareO2pls(CommandOptions* command, O2plsOptions* options) {
   command->File("Y", &options->yTable,
                 "CSV table with a header, the Y block; it may be the same file, with --x and --y");
   command->Text("--id", "NAME", &options->id, "column of both tables that names the rows and matches them");
-  command->Text("--x", "FIRST..LAST", &options->x,
-                "columns of the X table that are the block (default: all of numbers)");
-  command->Text("--y", "FIRST..LAST", &options->y, "the same of the Y table");
+  command->Names("--x", &options->x,
+                 "columns of the X table that are the block, " + kColumnsHelp + " (default: all of numbers)", "COLUMNS");
+  command->Names("--y", &options->y, "the same of the Y table", "COLUMNS");
   command->Scaling("--scale", &options->scaling, "scaling of both blocks: uv (default), pareto, centre or none");
   command->Number("--joint", 1, &options->joint, "number of components that the blocks share (predictive components)");
   command->Number("--x-unique", 0, &options->xUnique,
@@ -131,7 +139,8 @@ void DeclareFill(CommandOptions* command, FillOptions* options) {
   command->Text("--out", "FILE", &options->out, "the table with its missing cells filled, always needed");
   command->Require("--out");
   command->Text("--id", "NAME", &options->id, "column that names the rows; it takes no part");
-  command->Names("--exclude", &options->exclude, "further columns that take no part and stay as they are");
+  command->Names("--exclude", &options->exclude,
+                 "further columns that take no part and stay as they are, " + kColumnsHelp, "COLUMNS");
   command->NumberOrAuto("--components", 0, &options->components,
                         "number of components; auto (default): as many as bring hidden cells back best; 0: means");
   command->Flag("--check", &options->check, "hide a tenth of the present cells as well, and tell how they come back");
@@ -148,8 +157,9 @@ void DeclareFilter(CommandOptions* command, FilterOptions* options) {
                  "column that the filter leaves alone what has to do with; several: repeat, or put commas between");
   command->Number("--components", 1, &options->components, "number of components to take out");
   command->Text("--id", "NAME", &options->id, "column that names the rows; it takes no part");
-  command->Text("--x", "FIRST..LAST", &options->x, "columns to filter (default: all others of numbers)");
-  command->Names("--exclude", &options->exclude, "columns to leave out of X; not with --x");
+  command->Names("--x", &options->x, "columns to filter, " + kColumnsHelp + " (default: all others of numbers)",
+                 "COLUMNS");
+  command->Names("--exclude", &options->exclude, "columns to leave out of X, named likewise; not with --x", "COLUMNS");
   command->Exclude("--x", "--exclude");
   command->Scaling("--scale", &options->scaling, "scaling of X: uv (default), pareto, centre or none");
   command->Text("--save", "FILE", &options->save, "store the filter");

@@ -15,20 +15,23 @@ class CommandOptions;
 struct FitOptions {
   std::string table;
   std::string id;  ///< empty: rows are numbered
-  std::string x;   ///< FIRST..LAST; empty: all other columns of numbers
+  std::vector<std::string> x;  ///< arguments for RequireColumns; empty: all other columns of numbers
   std::vector<std::string> exclude;
   NCScale::Scaling scaling = NCScale::ScalingUnitVariance;
   std::optional<int> components;  ///< nothing: as many as cross-validation finds
-  std::string stepsFile;  ///< of the preprocessing of X; empty: there is none
+  std::string steps;      ///< of the preprocessing of X, as text; empty: a file has them, or there are none
+  std::string stepsFile;
   int groups = 7;
   std::string groupColumn;  ///< empty: `groups` groups, every row in the one after its neighbour's
   std::string save;         ///< empty: the model is not stored
   bool json = false;
   std::string csvFolder;  ///< empty: no CSV files
+
+  bool HasSteps() const { return !steps.empty() || !stepsFile.empty(); }
 };
 
 struct PlsOptions : FitOptions {
-  std::vector<std::string> y;  ///< arguments of --y as given: names, or names with commas between them
+  std::vector<std::string> y;  ///< arguments for RequireColumns
 };
 
 struct PcaOptions : FitOptions {};
@@ -43,7 +46,7 @@ struct OplsOptions : FitOptions {  // `components` are the orthogonal ones
 /// `table` and `x` are of the X block; there is no use for `exclude`, `components` and `groupColumn`.
 struct O2plsOptions : FitOptions {
   std::string yTable;
-  std::string y;  ///< FIRST..LAST; empty: all columns of numbers
+  std::vector<std::string> y;  ///< as x
   std::optional<int> joint, xUnique, yUnique;  ///< all three or none: as many as cross-validation finds
   bool automatic = false;  ///< says that none is given
   bool fill = false;

@@ -127,12 +127,12 @@ class Selection {
     if (!rows.empty()) notes_->Add("left out, " + what + ": " + Listed(rows, kNamed));
   }
 
-  void ReadBlock(const CsvTable& table, const std::string& range, const std::vector<int>& rows,
+  void ReadBlock(const CsvTable& table, const std::vector<std::string>& arguments, const std::vector<int>& rows,
                  const std::string& name, Block* block) {
     block->table = table.Name();
     std::vector<std::vector<float>> columns;
     const int id = &table == &xTable_ ? xId_ : yId_;
-    for (const int column : Candidates(table, range)) {
+    for (const int column : RequireColumnsOrAll(table, arguments)) {
       const std::string& title = table.ColumnNames()[static_cast<std::size_t>(column)];
       if (column == id) continue;
       switch (KindOfColumn(table, column)) {
@@ -148,13 +148,6 @@ class Selection {
     for (std::size_t c = 0; c < columns.size(); ++c)
       for (std::size_t r = 0; r < rows.size(); ++r)
         block->cells(static_cast<int>(r) + 1, static_cast<int>(c) + 1, columns[c][static_cast<std::size_t>(rows[r])]);
-  }
-
-  static std::vector<int> Candidates(const CsvTable& table, const std::string& range) {
-    if (!range.empty()) return RequireColumnRange(table, range);
-    std::vector<int> all;
-    for (int column = 0; column < table.Columns(); ++column) all.push_back(column);
-    return all;
   }
 
   /// A row without a cell in one of the blocks says nothing of what they share; it would be filled with means.

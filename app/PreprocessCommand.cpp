@@ -50,7 +50,7 @@ std::vector<int> ColumnsNamed(const CsvTable& table, const std::vector<std::stri
 }
 
 /// The columns of a saved chain. The names of the rows cannot be among them: they stay as they are.
-std::vector<int> ChainColumns(const CsvTable& table, const PreprocessOptions& options, const StepsFile& steps) {
+std::vector<int> ChainColumns(const CsvTable& table, const PreprocessOptions& options, const GivenSteps& steps) {
   const std::vector<std::string> names = options.restore ? OutputNames(*steps.chain) : steps.chain->inputNames;
   if (std::find(names.begin(), names.end(), options.id) != names.end()) {
     Refuse(table, "the steps of " + steps.name + " take column " + Quoted(options.id) +
@@ -60,21 +60,15 @@ std::vector<int> ChainColumns(const CsvTable& table, const PreprocessOptions& op
 }
 
 /// Columns of the table, from 0, that become signals.
-std::vector<int> SignalColumns(const CsvTable& table, const PreprocessOptions& options, const StepsFile& steps,
+std::vector<int> SignalColumns(const CsvTable& table, const PreprocessOptions& options, const GivenSteps& steps,
                                Notes* notes) {
   if (steps.chain) return ChainColumns(table, options, steps);
   std::vector<int> excluded = RequireColumns(table, options.exclude);
   if (!options.id.empty()) excluded.push_back(RequireColumn(table, options.id));
-  std::vector<int> candidates;
-  if (!options.x.empty()) {
-    candidates = RequireColumnRange(table, options.x);
-  } else {
-    for (int column = 0; column < table.Columns(); ++column) candidates.push_back(column);
-  }
   std::vector<int> columns;
   std::vector<std::string> texts;
   const std::vector<bool> isExcluded = Marked(table, excluded);
-  for (const int column : candidates) {
+  for (const int column : RequireColumnsOrAll(table, options.x)) {
     if (isExcluded[static_cast<std::size_t>(column)]) continue;
     if (KindOfColumn(table, column) != ColumnKind::Texts) {
       columns.push_back(column);
@@ -153,7 +147,7 @@ std::string OutText(const CsvTable& table, int idColumn, const std::vector<int>&
 }
 
 /// What --save has written is applied as it is, or backwards.
-void RequireThatTheChainAgrees(const PreprocessOptions& options, const StepsFile& steps) {
+void RequireThatTheChainAgrees(const PreprocessOptions& options, const GivenSteps& steps) {
   if (options.restore && !(steps.chain && EndsCompressed(*steps.chain))) {
     throw Failure(ExitCode::Usage, "--restore takes saved steps that end with wavelet-compress, not " + steps.name);
   }
@@ -163,13 +157,8 @@ void RequireThatTheChainAgrees(const PreprocessOptions& options, const StepsFile
   }
 }
 
-StepsFile StepsOf(const PreprocessOptions& options) {
-  StepsFile steps{"--steps", {}, {}};
-  if (options.stepsFile.empty()) {
-    steps.steps = ParseSteps(options.steps, steps.name);
-  } else {
-    steps = ReadStepsFile(options.stepsFile);
-  }
+GivenSteps StepsOf(const PreprocessOptions& options) {
+  GivenSteps steps = ReadSteps(options.steps, options.stepsFile);
   RequireThatTheChainAgrees(options, steps);
   return steps;
 }
@@ -201,7 +190,7 @@ std::string ResultJson(const PreprocessOptions& options, const CsvTable& table, 
 }
 
 /// The chain that the signals have gone through, forwards or, for --restore, its last step backwards.
-StepChain Work(const PreprocessOptions& options, const StepsFile& steps, Signals* signals, Notes* notes) {
+StepChain Work(const PreprocessOptions& options, const GivenSteps& steps, Signals* signals, Notes* notes) {
   if (!steps.chain) return LearnChain(steps.steps, signals, notes);
   if (options.restore) {
     RestoreSignals(*steps.chain, signals);
@@ -215,7 +204,7 @@ StepChain Work(const PreprocessOptions& options, const StepsFile& steps, Signals
 
 std::string RunCommand(const PreprocessOptions& options, Notes* notes) {
   CheckFiles(options);
-  const StepsFile steps = StepsOf(options);
+  const GivenSteps steps = StepsOf(options);
   const CsvTable table(ReadInput(options.table), InputName(options.table));
   const std::vector<int> columns = SignalColumns(table, options, steps, notes);
   Signals signals = ReadSignals(table, options, columns, notes);

@@ -14,9 +14,12 @@ void DeclarePreprocess(CommandOptions* command, PreprocessOptions* options) {
   command->Text("--out", "FILE", &options->out, "the columns that stay, then what the steps make, always needed");
   command->Require("--out");
   command->Text("--id", "NAME", &options->id, "column that names the rows in messages; it stays as it is");
-  command->Text("--x", "FIRST..LAST", &options->x,
-                "columns to work on (default: all others of numbers, one of sample numbers too)");
-  command->Names("--exclude", &options->exclude, "columns that stay as they are; not with --x");
+  command->Names("--x", &options->x,
+                 "columns to work on, names and ranges FIRST..LAST with commas between them (default: all others of "
+                 "numbers, one of sample numbers too)",
+                 "COLUMNS");
+  command->Names("--exclude", &options->exclude, "columns that stay as they are, named likewise; not with --x",
+                 "COLUMNS");
   command->Exclude("--x", "--exclude");
   command->Text("--save", "FILE", &options->save, "store the steps with what they have learnt of this table");
   command->Flag("--restore", &options->restore,

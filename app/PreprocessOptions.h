@@ -13,7 +13,7 @@ struct PreprocessOptions {
   std::string steps;      ///< as text; empty where a file has them
   std::string stepsFile;  ///< of text, or of a chain that --save has written
   std::string id;         ///< empty: rows are numbered
-  std::string x;          ///< FIRST..LAST; empty: all other columns of numbers
+  std::vector<std::string> x;  ///< arguments for RequireColumns; empty: all other columns of numbers
   std::vector<std::string> exclude;
   std::string save;       ///< empty: the chain is not stored
   bool restore = false;   ///< signals of the coefficients that the stored chain has kept

@@ -19,16 +19,16 @@ namespace {
 }
 
 /// Of the columns those that the chain takes, in its order.
-std::vector<NumberColumn> Inputs(const CsvTable& table, const StepsFile& file, const std::vector<NumberColumn>& x,
+std::vector<NumberColumn> Inputs(const CsvTable& table, const GivenSteps& given, const std::vector<NumberColumn>& x,
                                  const std::vector<std::string>& textColumns, Notes* notes) {
   std::unordered_map<std::string, std::size_t> placeOf;
   for (std::size_t k = 0; k < x.size(); ++k) placeOf.emplace(x[k].name, k);
   std::vector<NumberColumn> taken;
-  for (const std::string& name : file.chain->inputNames) {
+  for (const std::string& name : given.chain->inputNames) {
     const auto place = placeOf.find(name);
     if (place == placeOf.end()) {
       const bool isText = std::find(textColumns.begin(), textColumns.end(), name) != textColumns.end();
-      Refuse(table, "the steps of " + file.name + " take column " + Quoted(name) + ", which " +
+      Refuse(table, "the steps of " + given.name + " take column " + Quoted(name) + ", which " +
                         (isText ? "holds text, not numbers" : "is not in X"));
     }
     taken.push_back(x[place->second]);
@@ -38,7 +38,7 @@ std::vector<NumberColumn> Inputs(const CsvTable& table, const StepsFile& file, c
   for (const NumberColumn& column : x) {
     if (placeOf.count(column.name) > 0) others.push_back(column.name);
   }
-  if (!others.empty()) notes->Add("left out of X, not among the columns of " + file.name + ": " + Listed(others));
+  if (!others.empty()) notes->Add("left out of X, not among the columns of " + given.name + ": " + Listed(others));
   return taken;
 }
 
@@ -61,18 +61,18 @@ void FillMatrix(const std::vector<NumberColumn>& columns, int rows, NCDataMatrix
   }
 }
 
-PreprocessedX PreprocessX(const CsvTable& table, int idColumn, const StepsFile& file,
+PreprocessedX PreprocessX(const CsvTable& table, int idColumn, const GivenSteps& given,
                           const std::vector<NumberColumn>& x, const std::vector<std::string>& textColumns,
                           Notes* notes) {
   PreprocessedX made;
   Signals signals{table.Name(), RowPlaces(table, idColumn), {}, {}, {}, table.DecimalComma()};
-  if (file.chain) {
-    FillMatrix(Inputs(table, file, x, textColumns, notes), table.Rows(), &signals.cells, &signals.names);
-    made.chain = *file.chain;
+  if (given.chain) {
+    FillMatrix(Inputs(table, given, x, textColumns, notes), table.Rows(), &signals.cells, &signals.names);
+    made.chain = *given.chain;
     ApplyChain(made.chain, &signals);
   } else {
     FillMatrix(x, table.Rows(), &signals.cells, &signals.names);
-    made.chain = LearnChain(file.steps, &signals, notes);
+    made.chain = LearnChain(given.steps, &signals, notes);
     NoteLearntOfAllRows(made.chain, notes);
   }
   for (std::size_t k = 0; k < signals.names.size(); ++k) {
@@ -83,7 +83,7 @@ PreprocessedX PreprocessX(const CsvTable& table, int idColumn, const StepsFile& 
       made.columns.push_back({signals.names[k], {cells.begin(), cells.end()}});
     }
   }
-  if (made.columns.empty()) Refuse(table, "no cell of X is left after the steps of " + file.name);
+  if (made.columns.empty()) Refuse(table, "no cell of X is left after the steps of " + given.name);
   return made;
 }
 

@@ -79,8 +79,9 @@ StepChain ReadStepChainFile(std::string_view bytes, const std::string& name) {
   return chain;
 }
 
-StepsFile ReadStepsFile(const std::string& path) {
-  StepsFile file;
+GivenSteps ReadSteps(const std::string& text, const std::string& path) {
+  if (!text.empty()) return {"--steps", ParseSteps(text, "--steps"), {}};
+  GivenSteps file;
   file.name = InputName(path);
   const std::string bytes = ReadInput(path);
   if (EndWithinMagic(bytes)) {

@@ -11,16 +11,17 @@
 
 namespace kalmia::app {
 
-/// What --steps-file gives: steps that have yet to learn, or a chain that has learnt.
-struct StepsFile {
-  std::string name;  ///< how messages call it
+/// What --steps or --steps-file gives: steps that have yet to learn, or a chain that has learnt.
+struct GivenSteps {
+  std::string name;  ///< how messages call the source
   std::vector<Step> steps;
   std::optional<StepChain> chain;
 };
 
-/// Reads either kind: the text of ParseSteps, or what --save has written. Throws Failure (Usage) for a text that makes
-/// no sense, (Files) for a file that cannot be read or is damaged.
-StepsFile ReadStepsFile(const std::string& path);
+/// Reads the steps in the text of --steps, or, where that is empty, those in the file of --steps-file, of either kind:
+/// the text of ParseSteps, or what --save has written. Throws Failure (Usage) for a text that makes no sense, (Files)
+/// for a file that cannot be read or is damaged.
+GivenSteps ReadSteps(const std::string& text, const std::string& path);
 
 /// The bytes of a file that keeps a chain: docs/command.md describes them.
 std::string StepChainFileBytes(const StepChain& chain);

@@ -1,14 +1,11 @@
 #include "app/TableColumns.h"
 
-#include <algorithm>
 #include <cmath>
 #include <limits>
-#include <numeric>
 
 #include "app/CellNumber.h"
 #include "app/DisplayText.h"
 #include "app/Failure.h"
-#include "app/TextParts.h"
 #include "kalmia/containers/Missing.h"
 
 namespace kalmia::app {
@@ -37,12 +34,6 @@ constexpr auto kMissingCell = static_cast<float>(kMissing);
   }
   Refuse(table, table.RowPlace(row) + ", column " + Quoted(table.ColumnNames()[static_cast<std::size_t>(column)]) +
                     ": " + what);
-}
-
-std::vector<int> Sequence(int first, int last) {
-  std::vector<int> columns(static_cast<std::size_t>(last - first + 1));
-  std::iota(columns.begin(), columns.end(), first);
-  return columns;
 }
 
 }  // namespace
@@ -108,39 +99,6 @@ int RequireColumn(const CsvTable& table, const std::string& name) {
   const int column = table.Find(name);
   if (column < 0) Refuse(table, "there is no column " + Quoted(name) + SeparatorHint(table));
   return column;
-}
-
-std::vector<int> RequireColumns(const CsvTable& table, const std::vector<std::string>& arguments) {
-  std::vector<int> columns;
-  for (const std::string& argument : arguments) {
-    const bool isOneName = table.Find(argument) >= 0 || argument.find(',') == std::string::npos;
-    for (const std::string& name : isOneName ? std::vector<std::string>{argument} : Split(argument, ',')) {
-      const int column = RequireColumn(table, name);
-      if (std::find(columns.begin(), columns.end(), column) != columns.end()) {
-        Refuse(table, "column " + Quoted(name) + " is named twice");
-      }
-      columns.push_back(column);
-    }
-  }
-  return columns;
-}
-
-std::vector<int> RequireColumnRange(const CsvTable& table, const std::string& range) {
-  const std::string dots = "..";
-  for (std::size_t at = range.find(dots); at != std::string::npos; at = range.find(dots, at + 1)) {
-    const int first = table.Find(range.substr(0, at));
-    const int last = table.Find(range.substr(at + dots.size()));
-    if (first < 0 || last < 0) continue;
-    if (last < first) Refuse(table, "in the range " + Quoted(range) + " the last column stands before the first");
-    return Sequence(first, last);
-  }
-  const std::size_t at = range.find(dots);
-  if (table.Find(range) >= 0 || at == std::string::npos) {
-    const int only = RequireColumn(table, range);
-    return Sequence(only, only);
-  }
-  const int first = RequireColumn(table, range.substr(0, at));
-  return Sequence(first, RequireColumn(table, range.substr(at + dots.size())));
 }
 
 std::vector<std::string> RowNames(const CsvTable& table, int column) {

@@ -33,14 +33,14 @@ void NoteMovedCells(int moved, Notes* notes);
 /// The column of that name. Throws Failure (BadData) if there is none.
 int RequireColumn(const CsvTable& table, const std::string& name);
 
-/// The columns that the arguments of an option name, in their order: each argument is the name of one column, or, where
-/// no column is called so, several names with commas between them.
-/// Throws Failure (BadData) if a name is not in the table or comes twice.
+/// The columns that the arguments of an option name, in their order: each argument names columns and ranges with commas
+/// between them. "FIRST..LAST" is a range in the order of the table, both included. Names may hold commas and dots: of
+/// what can be read in more than one way, the longest name or range from the left is taken, and a name before a range.
+/// Throws Failure (BadData) if a name is not in the table or a column comes twice, or if LAST stands before FIRST.
 std::vector<int> RequireColumns(const CsvTable& table, const std::vector<std::string>& arguments);
 
-/// The columns from the first name to the last in "FIRST..LAST", both included; one name alone stands for itself.
-/// Throws Failure (BadData) if a name is not in the table or LAST stands before FIRST.
-std::vector<int> RequireColumnRange(const CsvTable& table, const std::string& range);
+/// The same; without any argument all columns.
+std::vector<int> RequireColumnsOrAll(const CsvTable& table, const std::vector<std::string>& arguments);
 
 /// Names for the rows: the texts of the column, or the numbers from 1 where `column` is -1.
 std::vector<std::string> RowNames(const CsvTable& table, int column);

@@ -223,6 +223,21 @@ TEST_F(PreprocessedModel, LeavesOutRowsAndColumnsThatComeOutEmpty) {
   ExpectFailure(RunKalmia({"pls", table, "--y", "y", "--steps-file", flat}), 1, "every X column is constant");
 }
 
+TEST_F(PreprocessedModel, TakesItsStepsFromTheCommandLineAsFromAFile) {
+  const std::string steps = "snv,derivative:1:5";
+  const Words file = {"--steps-file", folder_.Write("steps", steps)}, text = {"--steps", steps};
+  for (const Words& what : {Words{"pls", table_, "--y", "y", "--components", "2"},
+                            Words{"opls", table_, "--y", "y", "--orthogonal", "1"},
+                            Words{"pca", table_, "--exclude", "y", "--components", "2"}}) {
+    const Words common = what + Words{"--id", "name", "--json"};
+    const json fitted = RunWell(common + text).Json();
+    EXPECT_EQ(fitted, RunWell(common + file).Json()) << what.front();
+    EXPECT_EQ(fitted["preprocessing"]["steps"].size(), 2U);
+    ExpectFailure(RunKalmia(common + text + file), 2, "do not go together");
+    ExpectFailure(RunKalmia(common + Words{"--steps", "snv,cube"}), 2, "--steps: step 2, 'cube': there is no such step");
+  }
+}
+
 TEST_F(PreprocessedModel, IsNeverWrittenOverTheStepsFile) {
   const ScratchFolder csv;
   const std::string steps = csv.Write("scores.csv", "snv");
