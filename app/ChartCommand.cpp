@@ -138,7 +138,7 @@ void WriteFiles(const ChartOptions& options, const ChartResult& result) {
     files.Stage(options.saveLimits, LimitsText({result.table, result.column, result.chart.GetControlType(),
                                                 result.subgroup, result.sigmaFrom, result.chart.GetLimits()}));
   }
-  if (!options.csv.empty()) files.Stage(options.csv, ChartCsv(result));
+  if (!options.csv.empty()) files.Stage(options.csv, ChartCsv(result, MarksOf(options.csvMarks)));
   if (!options.svg.empty()) files.Stage(options.svg, ChartSvg(result));
   files.Commit();
 }

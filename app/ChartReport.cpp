@@ -157,8 +157,8 @@ std::string ChartText(const ChartResult& result) {
   return text + "\n\n" + LimitsTable(result) + "\n" + SpreadText(result) + "\n" + SignalsText(result);
 }
 
-std::string ChartCsv(const ChartResult& result) {
-  CsvText csv;
+std::string ChartCsv(const ChartResult& result, const CsvMarks& marks) {
+  CsvText csv(marks);
   CsvTitles(result, &csv);
   const std::vector<std::size_t> order = ByPoint(result.signals);
   std::size_t next = 0;

@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "app/ChartPanels.h"
+#include "app/CsvMarks.h"
 #include "app/Notes.h"
 #include "app/StatisticsOptions.h"
 
@@ -39,7 +40,7 @@ std::string ChartText(const ChartResult& result);
 std::string ChartJson(const ChartResult& result, const Notes& notes);
 
 /// A line for each point: its rows, each series with its limits, the signals, with run rules also their names.
-std::string ChartCsv(const ChartResult& result);
+std::string ChartCsv(const ChartResult& result, const CsvMarks& marks);
 
 /// The panels below each other. Of more points than a page can tell apart it draws the highest and the lowest of each
 /// stretch, so that no signal is lost.

@@ -73,9 +73,9 @@ void NoteFallingHeights(const std::vector<ClusterMerge>& merges, Notes* notes) {
 void WriteFiles(const ClusterOptions& options, const ClusterResult& result) {
   OutputFiles files;
   if (!options.svg.empty()) files.Stage(options.svg, ClusterSvg(result));
-  if (!options.merges.empty()) files.Stage(options.merges, MergesCsv(result));
+  if (!options.merges.empty()) files.Stage(options.merges, MergesCsv(result, MarksOf(options.csvMarks)));
   if (!options.newick.empty()) files.Stage(options.newick, NewickText(result));
-  if (!options.csv.empty()) files.Stage(options.csv, ClusterCsv(result));
+  if (!options.csv.empty()) files.Stage(options.csv, ClusterCsv(result, MarksOf(options.csvMarks)));
   files.Commit();
 }
 

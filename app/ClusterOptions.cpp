@@ -28,6 +28,7 @@ void DeclareCluster(CommandOptions* command, ClusterOptions* options) {
   command->Text("--merges", "FILE", &options->merges, "write the merges as CSV, in the columns of a linkage matrix");
   command->Text("--newick", "FILE", &options->newick, "write the tree in the Newick format");
   command->Text("--csv", "FILE", &options->csv, "write the cluster of each row as CSV; with --cut or --height");
+  DeclareCsvMarks(command, &options->csvMarks);
   command->Size("--memory", &options->memory,
                 "room for the distances, 12 bytes a pair of rows with either method, such as 500M or 4G (default: what "
                 "is free)");

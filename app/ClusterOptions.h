@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "app/CsvMarks.h"
 #include "kalmia/pcapls/NCScale.h"
 
 namespace kalmia::app {
@@ -23,6 +24,7 @@ struct ClusterOptions {
   std::string merges;
   std::string newick;
   std::string csv;
+  CsvMarkOptions csvMarks;
   std::optional<std::uint64_t> memory;  ///< bytes for the distances; nothing: what the machine has free
   std::string temp;                     ///< folder of temporary files; empty: TMPDIR, or /tmp
   bool json = false;

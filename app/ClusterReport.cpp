@@ -118,8 +118,8 @@ std::string ClusterJson(const CsvTable& table, const ClusterResult& result, cons
   return JsonText(json);
 }
 
-std::string ClusterCsv(const ClusterResult& result) {
-  CsvText csv;
+std::string ClusterCsv(const ClusterResult& result, const CsvMarks& marks) {
+  CsvText csv(marks);
   csv.Field("row").Field("cluster").EndLine();
   for (std::size_t r = 0; r < result.clusterOf.size(); ++r) {
     csv.Field(result.data.rowNames[r]).Field(std::to_string(result.clusterOf[r])).EndLine();
@@ -127,8 +127,8 @@ std::string ClusterCsv(const ClusterResult& result) {
   return csv.Text();
 }
 
-std::string MergesCsv(const ClusterResult& result) {
-  CsvText csv;
+std::string MergesCsv(const ClusterResult& result, const CsvMarks& marks) {
+  CsvText csv(marks);
   for (const char* title : {"cluster 1", "cluster 2", "height", "rows"}) csv.Field(title);
   csv.EndLine();
   for (const ClusterMerge& merge : result.merges) {

@@ -6,6 +6,7 @@
 
 #include "app/ClusterData.h"
 #include "app/ClusterTree.h"
+#include "app/CsvMarks.h"
 #include "app/Json.h"
 #include "app/Notes.h"
 #include "app/OutputPlaces.h"
@@ -42,9 +43,9 @@ std::string ClusterText(const ClusterResult& result);
 std::string ClusterJson(const CsvTable& table, const ClusterResult& result, const Notes& notes,
                         const std::vector<FilePlace>& written);
 /// name,cluster of each row.
-std::string ClusterCsv(const ClusterResult& result);
+std::string ClusterCsv(const ClusterResult& result, const CsvMarks& marks);
 /// The merges in the columns of a linkage matrix: two clusters, the smaller number first, height, rows.
-std::string MergesCsv(const ClusterResult& result);
+std::string MergesCsv(const ClusterResult& result, const CsvMarks& marks);
 /// The tree in the Newick format. The length of a branch is the difference between the heights of its ends.
 std::string NewickText(const ClusterResult& result);
 /// A drawing of the tree. Labels that would overlap are thinned out, beyond 200 rows.

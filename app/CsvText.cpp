@@ -8,15 +8,21 @@ namespace kalmia::app {
 
 CsvText& CsvText::Field(const std::string& text) { return Plain(CsvField(text)); }
 
-CsvText& CsvText::Number(double value) { return Plain(Shortest(value)); }
+CsvText& CsvText::Number(double value) { return Digits(Shortest(value)); }
 
 CsvText& CsvText::Cell(float cell) {
-  return Plain(cell == static_cast<float>(kMissing) ? std::string() : Shortest(cell));
+  return Digits(cell == static_cast<float>(kMissing) ? std::string() : Shortest(cell));
+}
+
+CsvText& CsvText::Digits(std::string number) {
+  const std::size_t point = number.find('.');
+  if (point != std::string::npos) number[point] = marks_.decimal;
+  return Plain(number);
 }
 
 /// A field that needs no quotation marks, not even where it is empty.
 CsvText& CsvText::Plain(const std::string& field) {
-  if (!lineIsEmpty_) text_ += ',';
+  if (!lineIsEmpty_) text_ += marks_.separator;
   text_ += field;
   lineIsEmpty_ = false;
   return *this;
@@ -28,8 +34,8 @@ void CsvText::EndLine() {
 }
 
 CsvFile ComponentsCsv(const std::string& file, const std::string& what, const std::vector<std::string>& names,
-                      const std::vector<NamedComponents>& parts) {
-  CsvText csv;
+                      const std::vector<NamedComponents>& parts, const CsvMarks& marks) {
+  CsvText csv(marks);
   csv.Field(what);
   for (const NamedComponents& part : parts)
     for (int a = 1; a <= part.prim.SizeRows(); ++a) csv.Field(part.symbol + std::to_string(a));
@@ -44,8 +50,8 @@ CsvFile ComponentsCsv(const std::string& file, const std::string& what, const st
 }
 
 CsvFile RowsCsv(const std::vector<std::string>& names, const std::vector<double>& t2,
-                const std::vector<double>& distances) {
-  CsvText csv;
+                const std::vector<double>& distances, const CsvMarks& marks) {
+  CsvText csv(marks);
   csv.Field("row").Field("T2").Field("distance").EndLine();
   for (std::size_t i = 0; i < names.size(); ++i) csv.Field(names[i]).Number(t2[i]).Number(distances[i]).EndLine();
   return {"rows.csv", csv.Text()};

@@ -3,6 +3,7 @@
 #include <string>
 #include <vector>
 
+#include "app/CsvMarks.h"
 #include "kalmia/containers/NCDataMatrix.h"
 
 namespace kalmia::app {
@@ -13,14 +14,18 @@ struct CsvFile {
   std::string bytes;
 };
 
-/// A CSV text under construction, line by line: commas, decimal points, full precision; an empty field for what is
-/// missing or no finite number.
+/// A CSV text under construction, line by line, in full precision; an empty field for what is missing or no finite
+/// number.
 class CsvText {
  public:
+  explicit CsvText(const CsvMarks& marks = {}) : marks_(marks) {}
+
   CsvText& Field(const std::string& text);
   CsvText& Number(double value);
   /// A cell of the library, where -99 is missing.
   CsvText& Cell(float cell);
+  /// A number that is text already, with a decimal point.
+  CsvText& Digits(std::string number);
   void EndLine();
 
   const std::string& Text() const { return text_; }
@@ -28,6 +33,7 @@ class CsvText {
  private:
   CsvText& Plain(const std::string& field);
 
+  CsvMarks marks_;
   std::string text_;
   bool lineIsEmpty_ = true;
 };
@@ -41,10 +47,10 @@ struct NamedComponents {
 /// One line for each name, one column for each component, its symbol and its number: matrices with components in rows,
 /// turned. `what` is the title of the names.
 CsvFile ComponentsCsv(const std::string& file, const std::string& what, const std::vector<std::string>& names,
-                      const std::vector<NamedComponents>& parts);
+                      const std::vector<NamedComponents>& parts, const CsvMarks& marks);
 
 /// rows.csv: Hotelling's T2 and the distance to the model of each row.
 CsvFile RowsCsv(const std::vector<std::string>& names, const std::vector<double>& t2,
-                const std::vector<double>& distances);
+                const std::vector<double>& distances, const CsvMarks& marks);
 
 }  // namespace kalmia::app

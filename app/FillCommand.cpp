@@ -15,7 +15,7 @@ std::string RunCommand(const FillOptions& options, Notes* notes) {
   const CsvTable table(text, InputName(options.table));
   const FillOutcome outcome = ComputeFill(table, options, notes);
   OutputFiles files;
-  files.Stage(options.out, FilledText(text, table, outcome));
+  files.Stage(options.out, FilledText(text, table, outcome, options));
   files.Commit();
   return options.json ? FillJson(table, outcome, options.out, *notes) : FillText(table, outcome, options.out);
 }

@@ -4,11 +4,11 @@
 #include <stdexcept>
 
 #include "app/CellNumber.h"
-#include "app/CsvFields.h"
 #include "app/DisplayText.h"
 #include "app/Failure.h"
 #include "app/Numbers.h"
 #include "app/TableColumns.h"
+#include "app/TableText.h"
 #include "kalmia/containers/Missing.h"
 
 namespace kalmia::app {
@@ -128,21 +128,22 @@ FillOutcome ComputeFill(const CsvTable& table, const FillOptions& options, Notes
   return Computation(table, options, notes).Compute();
 }
 
-std::string FilledText(const std::string& text, const CsvTable& table, const FillOutcome& outcome) {
+std::string FilledText(const std::string& text, const CsvTable& table, const FillOutcome& outcome,
+                       const FillOptions& options) {
   std::vector<int> matrixColumn(static_cast<std::size_t>(table.Columns()), 0);  // from 1; 0: not filled
   for (std::size_t c = 0; c < outcome.columns.size(); ++c) {
     matrixColumn[static_cast<std::size_t>(outcome.columns[c])] = static_cast<int>(c) + 1;
   }
   int replaced = 0;
-  const auto replacement = [&](std::size_t record, std::size_t field) -> std::optional<std::string> {
-    const int column = record == 0 ? 0 : matrixColumn.at(field);
-    if (column == 0 || !IsMissing(table, static_cast<int>(record) - 1, static_cast<int>(field))) return std::nullopt;
-    const float cell = outcome.filled.cells[static_cast<int>(record)][column];
+  const auto filledCell = [&](int row, int column) -> std::optional<float> {
+    const int place = matrixColumn.at(static_cast<std::size_t>(column));
+    if (place == 0 || !IsMissing(table, row, column)) return std::nullopt;
+    const float cell = outcome.filled.cells[row + 1][place];
     if (cell == kMissingCell) return std::nullopt;
     ++replaced;
-    return CellText(cell, table.DecimalComma());
+    return cell;
   };
-  std::string filled = WithFieldsReplaced(text, table.Separator(), replacement);
+  std::string filled = WithNewCells(text, table, options.id, options.csvMarks, filledCell);
   if (replaced != outcome.filledCells) throw std::logic_error("fields are not where the table has them");
   return filled;
 }

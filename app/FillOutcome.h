@@ -36,8 +36,8 @@ struct FillOutcome {
 /// column of numbers; and as FillColumns.
 FillOutcome ComputeFill(const CsvTable& table, const FillOptions& options, Notes* notes);
 
-/// The text of the table with the filled cells in it; every other byte is as it was. Numbers have as few digits as
-/// bring the same single-precision number back, and the decimal mark of the table.
-std::string FilledText(const std::string& text, const CsvTable& table, const FillOutcome& outcome);
+/// The text of the table with the filled cells in it, as WithNewCells writes it.
+std::string FilledText(const std::string& text, const CsvTable& table, const FillOutcome& outcome,
+                       const FillOptions& options);
 
 }  // namespace kalmia::app

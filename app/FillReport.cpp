@@ -69,7 +69,8 @@ std::string TrialText(const FillTrial& trial, const FillChoice& choice) {
   if (trial.all.cells == 0) return "\nTrial: there are too few cells to hide a tenth of them\n";
   std::string text = "\nTrial: " + Counted(AsSize(trial.all.cells), "present cell") +
                      " hidden and filled again, with " + Counted(AsSize(trial.components), "component") +
-                     TrialChoiceText(trial, choice) + "\nRoot mean square error " + Significant(trial.all.filled, kDigits) +
+                     TrialChoiceText(trial, choice) + "\nRoot mean square error " +
+                     Significant(trial.all.filled, kDigits) +
                      " standard deviations; of filling with means " + Significant(trial.all.means, kDigits) +
                      "; ratio " + Significant(trial.all.Ratio(), kDigits) + "\n\n";
   TextTable table;

@@ -48,7 +48,7 @@ std::string RunCommand(const FilterOptions& options, Notes* notes) {
   const CsvTable table(text, InputName(options.table));
   const FilterOutcome outcome = Compute(table, options, notes);
   OutputFiles files;
-  files.Stage(options.out, FilteredText(text, table, outcome));
+  files.Stage(options.out, FilteredText(text, table, outcome, options));
   if (!options.save.empty()) files.Stage(options.save, ModelFileBytes(outcome.filter));
   files.Commit();
   return options.json ? FilterJson(table, outcome, options, *notes) : FilterText(table, outcome, options);

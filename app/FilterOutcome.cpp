@@ -4,8 +4,6 @@
 #include <optional>
 #include <utility>
 
-#include "app/CellNumber.h"
-#include "app/CsvFields.h"
 #include "app/DisplayText.h"
 #include "app/Failure.h"
 #include "app/FilterFit.h"
@@ -14,6 +12,7 @@
 #include "app/NewRows.h"
 #include "app/Scaling.h"
 #include "app/TableColumns.h"
+#include "app/TableText.h"
 #include "kalmia/containers/Missing.h"
 
 namespace kalmia::app {
@@ -107,7 +106,8 @@ FilteredTable ApplyFilter(const StoredFilter& filter, const CsvTable& table, Not
   return filtered;
 }
 
-std::string FilteredText(const std::string& text, const CsvTable& table, const FilterOutcome& outcome) {
+std::string FilteredText(const std::string& text, const CsvTable& table, const FilterOutcome& outcome,
+                         const FilterOptions& options) {
   const StoredFilter& filter = outcome.filter;
   const FilteredTable& filtered = outcome.filtered;
   std::vector<int> matrixColumn(static_cast<std::size_t>(table.Columns()), 0);  // from 1; 0: not filtered
@@ -115,14 +115,11 @@ std::string FilteredText(const std::string& text, const CsvTable& table, const F
     const int column = table.Find(filter.xNames[k]);
     if (column >= 0) matrixColumn[static_cast<std::size_t>(column)] = static_cast<int>(k) + 1;
   }
-  return WithFieldsReplaced(text, table.Separator(),
-                            [&](std::size_t record, std::size_t field) -> std::optional<std::string> {
-                              const int column = record == 0 ? 0 : matrixColumn.at(field);
-                              if (column == 0) return std::nullopt;
-                              const float cell = filtered.cells[static_cast<int>(record)][column];
-                              if (cell == kMissingCell) return std::nullopt;
-                              return CellText(cell, table.DecimalComma());
-                            });
+  return WithNewCells(text, table, filter.idColumn, options.csvMarks, [&](int row, int column) -> std::optional<float> {
+    const int place = matrixColumn.at(static_cast<std::size_t>(column));
+    if (place == 0 || filtered.cells[row + 1][place] == kMissingCell) return std::nullopt;
+    return filtered.cells[row + 1][place];
+  });
 }
 
 }  // namespace kalmia::app

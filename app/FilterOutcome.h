@@ -35,8 +35,8 @@ FilterOutcome MakeFilter(const CsvTable& table, const FilterOptions& options, No
 /// Throws Failure (BadData) as ReadNewRows, and where the numbers overflow.
 FilteredTable ApplyFilter(const StoredFilter& filter, const CsvTable& table, Notes* notes);
 
-/// The text of the table with the filtered cells in it, every other byte as it was: other columns, missing cells, line
-/// ends. Numbers have as few digits as bring the same single-precision number back, and the decimal mark of the table.
-std::string FilteredText(const std::string& text, const CsvTable& table, const FilterOutcome& outcome);
+/// The text of the table with the filtered cells in it, as WithNewCells writes it; a missing cell stays as it is.
+std::string FilteredText(const std::string& text, const CsvTable& table, const FilterOutcome& outcome,
+                         const FilterOptions& options);
 
 }  // namespace kalmia::app

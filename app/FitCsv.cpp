@@ -5,9 +5,9 @@
 
 namespace kalmia::app {
 
-CsvFile FitCsv(const ModelData& data, const std::vector<RowPrediction>& fitted) {
+CsvFile FitCsv(const ModelData& data, const std::vector<RowPrediction>& fitted, const CsvMarks& marks) {
   constexpr double kNone = std::numeric_limits<double>::quiet_NaN();
-  CsvText csv;
+  CsvText csv(marks);
   csv.Field("row");
   for (const std::string& y : data.yNames) csv.Field("measured " + y).Field("predicted " + y);
   csv.EndLine();
@@ -22,8 +22,8 @@ CsvFile FitCsv(const ModelData& data, const std::vector<RowPrediction>& fitted) 
   return {"fit.csv", csv.Text()};
 }
 
-CsvFile CoefficientsCsv(const Coefficients& coefficients, const YModelFrame& model) {
-  CsvText csv;
+CsvFile CoefficientsCsv(const Coefficients& coefficients, const YModelFrame& model, const CsvMarks& marks) {
+  CsvText csv(marks);
   csv.Field("column");
   for (const std::string& y : model.yNames) csv.Field(y);
   csv.EndLine();

@@ -11,9 +11,9 @@
 namespace kalmia::app {
 
 /// fit.csv: each row's measured and predicted values of every Y column.
-CsvFile FitCsv(const ModelData& data, const std::vector<RowPrediction>& fitted);
+CsvFile FitCsv(const ModelData& data, const std::vector<RowPrediction>& fitted, const CsvMarks& marks);
 
 /// coefficients.csv: the intercept of each Y column, then the slopes of each X column.
-CsvFile CoefficientsCsv(const Coefficients& coefficients, const YModelFrame& model);
+CsvFile CoefficientsCsv(const Coefficients& coefficients, const YModelFrame& model, const CsvMarks& marks);
 
 }  // namespace kalmia::app

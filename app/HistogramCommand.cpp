@@ -84,8 +84,8 @@ std::string HistogramText(const Histogram& histogram) {
   return text + "\n\n" + table.Text() + (more > 0 ? "  and " + std::to_string(more) + " more; --csv has all\n" : "");
 }
 
-std::string HistogramCsv(const Histogram& histogram) {
-  CsvText csv;
+std::string HistogramCsv(const Histogram& histogram, const CsvMarks& marks) {
+  CsvText csv(marks);
   for (const char* title : {"from", "to", "centre", "values", "rows"}) csv.Field(title);
   csv.EndLine();
   for (int bin = 1; bin <= histogram.Bins(); ++bin) {
@@ -153,7 +153,7 @@ std::string RunCommand(const HistogramOptions& options, Notes* notes) {
   const CsvTable table(ReadInput(options.table), InputName(options.table));
   const Histogram histogram = HistogramOf(table, options, notes);
   OutputFiles files;
-  if (!options.csv.empty()) files.Stage(options.csv, HistogramCsv(histogram));
+  if (!options.csv.empty()) files.Stage(options.csv, HistogramCsv(histogram, MarksOf(options.csvMarks)));
   if (!options.svg.empty()) files.Stage(options.svg, HistogramSvg(histogram, options.texts));
   files.Commit();
   return options.json ? HistogramJson(histogram, *notes) : HistogramText(histogram) + WrittenText(OutputsOf(options));

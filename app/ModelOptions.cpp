@@ -49,6 +49,7 @@ void DeclarePls(CommandOptions* command, PlsOptions* options) {
   command->Require("--y");
   DeclareFit(command, options);
   command->Text("--csv", "DIR", &options->csvFolder, "write scores, loadings, coefficients and more as CSV files");
+  DeclareCsvMarks(command, &options->csvMarks);
   command->Examples(
       "Examples:\n"
       "  kalmia pls gasoline.csv --y octane --id sample --scale centre --save octane.model\n"
@@ -59,6 +60,7 @@ void DeclarePca(CommandOptions* command, PcaOptions* options) {
   command->File("TABLE", &options->table, "CSV table with a header");
   DeclareFit(command, options);
   command->Text("--csv", "DIR", &options->csvFolder, "write scores, loadings and more as CSV files");
+  DeclareCsvMarks(command, &options->csvMarks);
   command->Examples(
       "Examples:\n"
       "  kalmia pca wine.csv --id sample --exclude cultivar\n"
@@ -78,6 +80,7 @@ void DeclareOpls(CommandOptions* command, OplsOptions* options) {
   command->Text("--save-cv", "FILE", &options->saveCv, "store the cross-validation, for --resume");
   command->Input("--resume", &options->resume, "go on from what --save-cv has stored of the same table and steps");
   command->Text("--csv", "DIR", &options->csvFolder, "write scores, loadings, coefficients and more as CSV files");
+  DeclareCsvMarks(command, &options->csvMarks);
   command->Examples(
       "Examples:\n"
       "  kalmia opls gasoline.csv --y octane --id sample --scale centre --save octane.model\n"
@@ -92,7 +95,8 @@ void DeclareO2pls(CommandOptions* command, O2plsOptions* options) {
                 "CSV table with a header, the Y block; it may be the same file, with --x and --y");
   command->Text("--id", "NAME", &options->id, "column of both tables that names the rows and matches them");
   command->Names("--x", &options->x,
-                 "columns of the X table that are the block, " + kColumnsHelp + " (default: all of numbers)", "COLUMNS");
+                 "columns of the X table that are the block, " + kColumnsHelp + " (default: all of numbers)",
+                 "COLUMNS");
   command->Names("--y", &options->y, "the same of the Y table", "COLUMNS");
   command->Scaling("--scale", &options->scaling, "scaling of both blocks: uv (default), pareto, centre or none");
   command->Number("--joint", 1, &options->joint, "number of components that the blocks share (predictive components)");
@@ -116,6 +120,7 @@ void DeclareO2pls(CommandOptions* command, O2plsOptions* options) {
   command->Text("--save", "FILE", &options->save, "store the model");
   command->Flag("--json", &options->json, "print JSON");
   command->Text("--csv", "DIR", &options->csvFolder, "write scores, loadings, weights and fitted values as CSV files");
+  DeclareCsvMarks(command, &options->csvMarks);
   command->Examples(
       "Examples:\n"
       "  kalmia o2pls chemistry.csv panel.csv --id sample --save oils.model\n"
@@ -131,6 +136,7 @@ void DeclarePredict(CommandOptions* command, PredictOptions* options) {
                   "block that the table holds: an O2PLS model predicts Y from X (x, the default) or X from Y (y)");
   command->Flag("--json", &options->json, "print JSON");
   command->Text("--csv", "DIR", &options->csvFolder, "write predictions.csv");
+  DeclareCsvMarks(command, &options->csvMarks);
   command->Examples("Example:\n  kalmia predict octane.model new.csv");
 }
 
@@ -145,6 +151,7 @@ void DeclareFill(CommandOptions* command, FillOptions* options) {
                         "number of components; auto (default): as many as bring hidden cells back best; 0: means");
   command->Flag("--check", &options->check, "hide a tenth of the present cells as well, and tell how they come back");
   command->Flag("--report", &options->report, "the old name of --check");
+  DeclareCsvMarks(command, &options->csvMarks);
   command->Flag("--json", &options->json, "print JSON");
   command->Examples("Example:\n  kalmia fill wine.csv --out filled.csv --id sample --exclude cultivar --check");
 }
@@ -163,6 +170,7 @@ void DeclareFilter(CommandOptions* command, FilterOptions* options) {
   command->Exclude("--x", "--exclude");
   command->Scaling("--scale", &options->scaling, "scaling of X: uv (default), pareto, centre or none");
   command->Text("--save", "FILE", &options->save, "store the filter");
+  DeclareCsvMarks(command, &options->csvMarks);
   command->Input("--model", &options->model, "apply this stored filter instead of making one");
   for (const char* option : {"--y", "--components", "--id", "--x", "--exclude", "--scale", "--save"}) {
     command->Exclude("--model", option);

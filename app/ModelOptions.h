@@ -4,6 +4,7 @@
 #include <string>
 #include <vector>
 
+#include "app/CsvMarks.h"
 #include "kalmia/pcapls/NCScale.h"
 
 namespace kalmia::app {
@@ -26,6 +27,7 @@ struct FitOptions {
   std::string save;         ///< empty: the model is not stored
   bool json = false;
   std::string csvFolder;  ///< empty: no CSV files
+  CsvMarkOptions csvMarks;
 
   bool HasSteps() const { return !steps.empty() || !stepsFile.empty(); }
 };
@@ -59,6 +61,7 @@ struct PredictOptions {
   std::string id;  ///< empty: the column that named the rows of the training table, if it is there
   bool json = false;
   std::string csvFolder;
+  CsvMarkOptions csvMarks;
 };
 
 struct FillOptions {
@@ -70,6 +73,7 @@ struct FillOptions {
   bool check = false;
   bool report = false;  ///< the old name of `check`
   bool json = false;
+  CsvMarkOptions csvMarks;
 };
 
 struct FilterOptions : FitOptions {  // it has no use for groups, groupColumn, csvFolder

@@ -31,7 +31,8 @@ std::string RunCommand(const O2plsOptions& options, Notes* notes) {
   FitFiles files;
   if (outcome.AnyKept()) {
     files = WriteFitFiles(
-        options, [&outcome] { return ModelFileBytes(outcome.model); }, [&outcome] { return O2plsCsvFiles(outcome); });
+        options, [&] { return ModelFileBytes(outcome.model); },
+        [&] { return O2plsCsvFiles(outcome, MarksOf(options.csvMarks)); });
   }
   return options.json ? O2plsJson(outcome, *notes, files) : O2plsText(outcome, files);
 }

@@ -8,8 +8,8 @@ namespace kalmia::app {
 
 namespace {
 
-CsvFile ComponentRecordsCsv(const O2plsOutcome& outcome) {
-  CsvText csv;
+CsvFile ComponentRecordsCsv(const O2plsOutcome& outcome, const CsvMarks& marks) {
+  CsvText csv(marks);
   csv.Field("component");
   for (const char* title : {"R2X", "R2Y", "Q2", "Q2 limit", "code", "kept"}) csv.Field(title);
   csv.EndLine();
@@ -22,8 +22,8 @@ CsvFile ComponentRecordsCsv(const O2plsOutcome& outcome) {
   return {"components.csv", csv.Text()};
 }
 
-CsvFile SharesCsv(const O2plsOutcome& outcome) {
-  CsvText csv;
+CsvFile SharesCsv(const O2plsOutcome& outcome, const CsvMarks& marks) {
+  CsvText csv(marks);
   csv.Field("block").Field("joint").Field("unique").Field("rest").Field("R2 predicted").EndLine();
   const BlockShares x = SharesOfX(outcome.components), y = SharesOfY(outcome.components);
   csv.Field("X").Number(x.joint).Number(x.unique).Number(x.Rest()).Number(outcome.r2x).EndLine();
@@ -33,9 +33,9 @@ CsvFile SharesCsv(const O2plsOutcome& outcome) {
 
 /// Measured and predicted values of one block.
 CsvFile FittedCsv(const std::string& file, const Block& block, const std::vector<std::string>& rowNames,
-                  const std::vector<RowPrediction>& fitted) {
+                  const std::vector<RowPrediction>& fitted, const CsvMarks& marks) {
   constexpr double kNone = std::numeric_limits<double>::quiet_NaN();
-  CsvText csv;
+  CsvText csv(marks);
   csv.Field("row");
   for (const std::string& name : block.names) csv.Field("measured " + name).Field("predicted " + name);
   csv.EndLine();
@@ -52,19 +52,19 @@ CsvFile FittedCsv(const std::string& file, const Block& block, const std::vector
 
 }  // namespace
 
-std::vector<CsvFile> O2plsCsvFiles(const O2plsOutcome& outcome) {
+std::vector<CsvFile> O2plsCsvFiles(const O2plsOutcome& outcome, const CsvMarks& marks) {
   const StoredO2pls& model = outcome.model;
   const O2plsMatrices& o = model.o2pls;
-  return {ComponentRecordsCsv(outcome),
-          SharesCsv(outcome),
-          ComponentsCsv("x-scores.csv", "row", model.rowNames, {{"t", o.t}, {"to", o.to}}),
-          ComponentsCsv("y-scores.csv", "row", model.rowNames, {{"u", o.u}, {"uo", o.uo}}),
-          ComponentsCsv("x-loadings.csv", "column", model.xNames, {{"p", o.p}, {"po", o.po}}),
-          ComponentsCsv("y-loadings.csv", "column", model.yNames, {{"q", o.q}, {"qo", o.qo}}),
-          ComponentsCsv("x-weights.csv", "column", model.xNames, {{"w", o.w}, {"wo", o.wo}}),
-          ComponentsCsv("y-weights.csv", "column", model.yNames, {{"c", o.c}, {"co", o.co}}),
-          FittedCsv("y-fit.csv", outcome.data.y, model.rowNames, outcome.fittedY),
-          FittedCsv("x-fit.csv", outcome.data.x, model.rowNames, outcome.fittedX)};
+  return {ComponentRecordsCsv(outcome, marks),
+          SharesCsv(outcome, marks),
+          ComponentsCsv("x-scores.csv", "row", model.rowNames, {{"t", o.t}, {"to", o.to}}, marks),
+          ComponentsCsv("y-scores.csv", "row", model.rowNames, {{"u", o.u}, {"uo", o.uo}}, marks),
+          ComponentsCsv("x-loadings.csv", "column", model.xNames, {{"p", o.p}, {"po", o.po}}, marks),
+          ComponentsCsv("y-loadings.csv", "column", model.yNames, {{"q", o.q}, {"qo", o.qo}}, marks),
+          ComponentsCsv("x-weights.csv", "column", model.xNames, {{"w", o.w}, {"wo", o.wo}}, marks),
+          ComponentsCsv("y-weights.csv", "column", model.yNames, {{"c", o.c}, {"co", o.co}}, marks),
+          FittedCsv("y-fit.csv", outcome.data.y, model.rowNames, outcome.fittedY, marks),
+          FittedCsv("x-fit.csv", outcome.data.x, model.rowNames, outcome.fittedX, marks)};
 }
 
 std::vector<std::string> O2plsCsvFileNames() {

@@ -9,7 +9,7 @@
 namespace kalmia::app {
 
 /// The files that `kalmia o2pls --csv` writes; docs/command.md describes them. `outcome` has a model.
-std::vector<CsvFile> O2plsCsvFiles(const O2plsOutcome& outcome);
+std::vector<CsvFile> O2plsCsvFiles(const O2plsOutcome& outcome, const CsvMarks& marks);
 
 /// Their names, before there is anything to write.
 std::vector<std::string> O2plsCsvFileNames();

@@ -42,7 +42,10 @@ bool HasScores(const NCDataMatrix<float>& scores, const NCDataMatrix<float>& blo
 class Fitting {
  public:
   Fitting(const O2plsTask& task, Notes* notes)
-      : task_(task), notes_(notes), sink_(new StageProgress(&line_)), progress_(std::unique_ptr<NCProgress::Sink>(sink_)) {}
+      : task_(task),
+        notes_(notes),
+        sink_(new StageProgress(&line_)),
+        progress_(std::unique_ptr<NCProgress::Sink>(sink_)) {}
 
   O2plsFit Run() {
     if (task_.numbers) {

@@ -35,7 +35,8 @@ std::string RunCommand(const OplsOptions& options, Notes* notes) {
   const CsvTable table(ReadInput(options.table), InputName(options.table));
   const OplsOutcome outcome = ComputeOpls(table, options, resumed ? &*resumed : nullptr, notes);
   const FitFiles files = WriteFitFiles(
-      options, [&outcome] { return ModelFileBytes(outcome.model); }, [&outcome] { return OplsCsvFiles(outcome); },
+      options, [&] { return ModelFileBytes(outcome.model); },
+      [&] { return OplsCsvFiles(outcome, MarksOf(options.csvMarks)); },
       {options.saveCv, [&outcome] { return OplsCvFileBytes(outcome.validation); }});
   if (!files.csv.empty()) NoteNoDistances(outcome.model, outcome.model.Components(), notes);
   return options.json ? OplsJson(table, outcome, *notes, files) : OplsText(outcome, files);

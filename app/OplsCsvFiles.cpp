@@ -9,8 +9,8 @@ namespace kalmia::app {
 
 namespace {
 
-CsvFile ComponentRecordsCsv(const OplsOutcome& outcome) {
-  CsvText csv;
+CsvFile ComponentRecordsCsv(const OplsOutcome& outcome, const CsvMarks& marks) {
+  CsvText csv(marks);
   csv.Field("component");
   for (const char* title : {"R2X", "R2Y", "Q2", "Q2 cum", "Q2 limit"}) csv.Field(title);
   csv.Field("significant").Field("kept").EndLine();
@@ -23,19 +23,19 @@ CsvFile ComponentRecordsCsv(const OplsOutcome& outcome) {
   return {"components.csv", csv.Text()};
 }
 
-CsvFile VipCsv(const StoredOpls& model) {
+CsvFile VipCsv(const StoredOpls& model, const CsvMarks& marks) {
   const std::vector<double> predictive = PredictiveImportance(model);
   const std::vector<double> orthogonal = OrthogonalImportance(model);
-  CsvText csv;
+  CsvText csv(marks);
   csv.Field("column").Field("VIP predictive").Field("VIP orthogonal").EndLine();
   for (std::size_t k = 0; k < predictive.size(); ++k)
     csv.Field(model.xNames[k]).Number(predictive[k]).Number(orthogonal[k]).EndLine();
   return {"vip.csv", csv.Text()};
 }
 
-CsvFile SPlotCsv(const OplsOutcome& outcome) {
+CsvFile SPlotCsv(const OplsOutcome& outcome, const CsvMarks& marks) {
   const StoredOpls& model = outcome.model;
-  CsvText csv;
+  CsvText csv(marks);
   csv.Field("column");
   for (int a = 1; a <= model.Predictive(); ++a)
     csv.Field("covariance t" + std::to_string(a)).Field("correlation t" + std::to_string(a));
@@ -59,23 +59,23 @@ NCDataMatrix<float> Together(const NCDataMatrix<float>& above, const NCDataMatri
 
 }  // namespace
 
-std::vector<CsvFile> OplsCsvFiles(const OplsOutcome& outcome) {
+std::vector<CsvFile> OplsCsvFiles(const OplsOutcome& outcome, const CsvMarks& marks) {
   const StoredOpls& model = outcome.model;
   const OplsMatrices& opls = model.opls;
   const CrossValidatedScores& left = outcome.crossValidated;
-  return {ComponentRecordsCsv(outcome),
-          ComponentsCsv("scores.csv", "row", model.rowNames, {{"t", opls.t}, {"to", opls.to}}),
-          ComponentsCsv("cross-validated-scores.csv", "row", model.rowNames, {{"t", left.t}, {"to", left.to}}),
-          ComponentsCsv("y-scores.csv", "row", model.rowNames, {{"u", outcome.u}}),
-          ComponentsCsv("loadings.csv", "column", model.xNames, {{"p", opls.p.back()}, {"po", opls.po}}),
-          ComponentsCsv("weights.csv", "column", model.xNames, {{"w", opls.w.back()}, {"wo", opls.wo}}),
-          ComponentsCsv("y-weights.csv", "column", model.yNames, {{"c", opls.c.back()}, {"co", opls.co}}),
-          SPlotCsv(outcome),
-          CoefficientsCsv(CoefficientsInOriginalUnits(model), model),
-          VipCsv(model),
+  return {ComponentRecordsCsv(outcome, marks),
+          ComponentsCsv("scores.csv", "row", model.rowNames, {{"t", opls.t}, {"to", opls.to}}, marks),
+          ComponentsCsv("cross-validated-scores.csv", "row", model.rowNames, {{"t", left.t}, {"to", left.to}}, marks),
+          ComponentsCsv("y-scores.csv", "row", model.rowNames, {{"u", outcome.u}}, marks),
+          ComponentsCsv("loadings.csv", "column", model.xNames, {{"p", opls.p.back()}, {"po", opls.po}}, marks),
+          ComponentsCsv("weights.csv", "column", model.xNames, {{"w", opls.w.back()}, {"wo", opls.wo}}, marks),
+          ComponentsCsv("y-weights.csv", "column", model.yNames, {{"c", opls.c.back()}, {"co", opls.co}}, marks),
+          SPlotCsv(outcome, marks),
+          CoefficientsCsv(CoefficientsInOriginalUnits(model), model, marks),
+          VipCsv(model, marks),
           RowsCsv(model.rowNames, HotellingT2(Together(opls.t, opls.to)),
-                  DistancesToModel(model, model.Components(), outcome.fitted)),
-          FitCsv(outcome.data, outcome.fitted)};
+                  DistancesToModel(model, model.Components(), outcome.fitted), marks),
+          FitCsv(outcome.data, outcome.fitted, marks)};
 }
 
 std::vector<std::string> OplsCsvFileNames() {

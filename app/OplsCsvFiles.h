@@ -9,7 +9,7 @@
 namespace kalmia::app {
 
 /// The files that `kalmia opls --csv` writes; docs/command.md describes them. `outcome` has a model.
-std::vector<CsvFile> OplsCsvFiles(const OplsOutcome& outcome);
+std::vector<CsvFile> OplsCsvFiles(const OplsOutcome& outcome, const CsvMarks& marks);
 
 /// Their names, before there is anything to write.
 std::vector<std::string> OplsCsvFileNames();

@@ -20,7 +20,8 @@ class OutputFiles {
   /// Makes a folder (its parent must exist), or does nothing if it is there.
   void MakeFolder(const std::string& path);
   /// Takes the content of a file. An existing file keeps its permissions, and has to be one that may be written; a
-  /// link is followed, to a file that is not there yet too. A device or a pipe is written to as it is, when the files are committed.
+  /// link is followed, to a file that is not there yet too. A device or a pipe is written to as it is, when the files
+  /// are committed.
   void Stage(const std::string& path, std::string_view bytes);
   void Commit();
 

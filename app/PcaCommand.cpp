@@ -16,7 +16,8 @@ std::string RunCommand(const PcaOptions& options, Notes* notes) {
   FitFiles files;
   if (outcome.AnyKept()) {
     files = WriteFitFiles(
-        options, [&outcome] { return ModelFileBytes(outcome.model); }, [&outcome] { return PcaCsvFiles(outcome); });
+        options, [&] { return ModelFileBytes(outcome.model); },
+        [&] { return PcaCsvFiles(outcome, MarksOf(options.csvMarks)); });
     if (!files.csv.empty()) NoteNoDistances(outcome.model, outcome.model.Components(), notes);
   }
   return options.json ? PcaJson(table, outcome, *notes, files) : PcaText(outcome, files);

@@ -6,8 +6,8 @@ namespace kalmia::app {
 
 namespace {
 
-CsvFile ComponentRecordsCsv(const PcaOutcome& outcome) {
-  CsvText csv;
+CsvFile ComponentRecordsCsv(const PcaOutcome& outcome, const CsvMarks& marks) {
+  CsvText csv(marks);
   csv.Field("component");
   for (const char* title : {"R2X", "R2X cum", "Q2", "Q2 cum", "Q2 limit"}) csv.Field(title);
   csv.Field("significant").Field("enough left").Field("kept").EndLine();
@@ -21,8 +21,8 @@ CsvFile ComponentRecordsCsv(const PcaOutcome& outcome) {
   return {"components.csv", csv.Text()};
 }
 
-CsvFile ColumnsCsv(const PcaOutcome& outcome) {
-  CsvText csv;
+CsvFile ColumnsCsv(const PcaOutcome& outcome, const CsvMarks& marks) {
+  CsvText csv(marks);
   csv.Field("column").Field("R2X cum").Field("Q2 cum").EndLine();
   for (std::size_t k = 0; k < outcome.columnR2.size(); ++k) {
     csv.Field(outcome.model.xNames[k]).Number(outcome.columnR2[k]).Number(outcome.columnQ2[k]).EndLine();
@@ -32,13 +32,15 @@ CsvFile ColumnsCsv(const PcaOutcome& outcome) {
 
 }  // namespace
 
-std::vector<CsvFile> PcaCsvFiles(const PcaOutcome& outcome) {
+std::vector<CsvFile> PcaCsvFiles(const PcaOutcome& outcome, const CsvMarks& marks) {
   const StoredPca& model = outcome.model;
   const NCDataMatrix<float>& scores = *model.pca->GetTprim();
-  return {ComponentRecordsCsv(outcome), ComponentsCsv("scores.csv", "row", model.rowNames, {{"t", scores}}),
-          ComponentsCsv("loadings.csv", "column", model.xNames, {{"p", *model.pca->GetPprim()}}), ColumnsCsv(outcome),
+  return {ComponentRecordsCsv(outcome, marks),
+          ComponentsCsv("scores.csv", "row", model.rowNames, {{"t", scores}}, marks),
+          ComponentsCsv("loadings.csv", "column", model.xNames, {{"p", *model.pca->GetPprim()}}, marks),
+          ColumnsCsv(outcome, marks),
           RowsCsv(model.rowNames, HotellingT2(scores),
-                  DistancesToModel(model, model.Components(), outcome.rows))};
+                  DistancesToModel(model, model.Components(), outcome.rows), marks)};
 }
 
 std::vector<std::string> PcaCsvFileNames() {

@@ -70,8 +70,9 @@ void AddPredictJson(const StoredPca& model, const PcaPredictions& result, Json* 
   (*json)["rows"] = list;
 }
 
-CsvFile PredictCsv(const StoredPca& model, const PcaPredictions& result, const std::string& file) {
-  CsvText csv;
+CsvFile PredictCsv(const StoredPca& model, const PcaPredictions& result, const std::string& file,
+                   const CsvMarks& marks) {
+  CsvText csv(marks);
   csv.Field("row");
   for (std::size_t a = 1; a <= CountOf(model); ++a) csv.Field("t" + std::to_string(a));
   csv.Field("distance").Field("reason").EndLine();

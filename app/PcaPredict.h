@@ -25,6 +25,7 @@ std::string PredictText(const StoredPca& model, const CsvTable& table, const Pca
 constexpr auto PredictFormat(const StoredPca& /*model*/) { return "kalmia-predict-pca"; }
 void AddPredictJson(const StoredPca& model, const PcaPredictions& result, Json* json);
 /// For each row its scores, its distance to the model and the reason where it has none.
-CsvFile PredictCsv(const StoredPca& model, const PcaPredictions& result, const std::string& file);
+CsvFile PredictCsv(const StoredPca& model, const PcaPredictions& result, const std::string& file,
+                   const CsvMarks& marks);
 
 }  // namespace kalmia::app

@@ -16,7 +16,8 @@ std::string RunCommand(const PlsOptions& options, Notes* notes) {
   FitFiles files;
   if (outcome.AnyKept()) {
     files = WriteFitFiles(
-        options, [&outcome] { return ModelFileBytes(outcome.model); }, [&outcome] { return PlsCsvFiles(outcome); });
+        options, [&] { return ModelFileBytes(outcome.model); },
+        [&] { return PlsCsvFiles(outcome, MarksOf(options.csvMarks)); });
     if (!files.csv.empty()) NoteNoDistances(outcome.model, outcome.model.Components(), notes);
   }
   return options.json ? PlsJson(table, outcome, *notes, files) : PlsText(outcome, files);

@@ -7,16 +7,16 @@ namespace kalmia::app {
 
 namespace {
 
-CsvFile VipCsv(const StoredPls& model) {
+CsvFile VipCsv(const StoredPls& model, const CsvMarks& marks) {
   const std::vector<double> vip = VariableImportance(*model.pls);
-  CsvText csv;
+  CsvText csv(marks);
   csv.Field("column").Field("VIP").EndLine();
   for (std::size_t k = 0; k < vip.size(); ++k) csv.Field(model.xNames[k]).Number(vip[k]).EndLine();
   return {"vip.csv", csv.Text()};
 }
 
-CsvFile QCsv(const PlsOutcome& outcome) {
-  CsvText csv;
+CsvFile QCsv(const PlsOutcome& outcome, const CsvMarks& marks) {
+  CsvText csv(marks);
   csv.Field("component").Field("Y");
   for (const char* title : {"R2X", "R2X cum", "R2Y", "R2Y cum", "Q2", "Q2 cum", "Q2 limit"}) csv.Field(title);
   csv.Field("significant").Field("kept").EndLine();
@@ -35,21 +35,21 @@ CsvFile QCsv(const PlsOutcome& outcome) {
 
 }  // namespace
 
-std::vector<CsvFile> PlsCsvFiles(const PlsOutcome& outcome) {
+std::vector<CsvFile> PlsCsvFiles(const PlsOutcome& outcome, const CsvMarks& marks) {
   const StoredPls& model = outcome.model;
   const NCPLS& pls = *model.pls;
-  return {QCsv(outcome),
-          ComponentsCsv("scores.csv", "row", model.rowNames, {{"t", *pls.GetTprim()}}),
-          ComponentsCsv("y-scores.csv", "row", model.rowNames, {{"u", *pls.GetUprim()}}),
-          ComponentsCsv("loadings.csv", "column", model.xNames, {{"p", *pls.GetPprim()}}),
-          ComponentsCsv("weights.csv", "column", model.xNames, {{"w", *pls.GetWprim()}}),
-          ComponentsCsv("w-star.csv", "column", model.xNames, {{"w*", pls.GetWStarPrim()}}),
-          ComponentsCsv("y-weights.csv", "column", model.yNames, {{"c", *pls.GetCprim()}}),
-          CoefficientsCsv(CoefficientsInOriginalUnits(pls, *model.xScale, *model.yScale), model),
-          VipCsv(model),
+  return {QCsv(outcome, marks),
+          ComponentsCsv("scores.csv", "row", model.rowNames, {{"t", *pls.GetTprim()}}, marks),
+          ComponentsCsv("y-scores.csv", "row", model.rowNames, {{"u", *pls.GetUprim()}}, marks),
+          ComponentsCsv("loadings.csv", "column", model.xNames, {{"p", *pls.GetPprim()}}, marks),
+          ComponentsCsv("weights.csv", "column", model.xNames, {{"w", *pls.GetWprim()}}, marks),
+          ComponentsCsv("w-star.csv", "column", model.xNames, {{"w*", pls.GetWStarPrim()}}, marks),
+          ComponentsCsv("y-weights.csv", "column", model.yNames, {{"c", *pls.GetCprim()}}, marks),
+          CoefficientsCsv(CoefficientsInOriginalUnits(pls, *model.xScale, *model.yScale), model, marks),
+          VipCsv(model, marks),
           RowsCsv(model.rowNames, HotellingT2(*pls.GetTprim()),
-                  DistancesToModel(model, model.Components(), outcome.fitted)),
-          FitCsv(outcome.data, outcome.fitted)};
+                  DistancesToModel(model, model.Components(), outcome.fitted), marks),
+          FitCsv(outcome.data, outcome.fitted, marks)};
 }
 
 std::vector<std::string> PlsCsvFileNames() {

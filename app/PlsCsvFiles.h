@@ -10,7 +10,7 @@ namespace kalmia::app {
 
 /// The files of `kalmia pls --csv`, for a model that kept components: one line for each row or column of the table,
 /// under its name.
-std::vector<CsvFile> PlsCsvFiles(const PlsOutcome& outcome);
+std::vector<CsvFile> PlsCsvFiles(const PlsOutcome& outcome, const CsvMarks& marks);
 
 /// The names of these files, before there is a model.
 std::vector<std::string> PlsCsvFileNames();

@@ -162,8 +162,9 @@ void AddPredictJson(const StoredO2pls& model, const PlsPredictions& result, Json
   AddPredictJson(frame, result, json);
 }
 
-CsvFile PredictCsv(const YModelFrame& model, const PlsPredictions& result, const std::string& file) {
-  CsvText csv;
+CsvFile PredictCsv(const YModelFrame& model, const PlsPredictions& result, const std::string& file,
+                   const CsvMarks& marks) {
+  CsvText csv(marks);
   csv.Field("row");
   for (std::size_t j = 0; j < model.yNames.size(); ++j) {
     if (!result.measured[j].empty()) csv.Field("measured " + model.yNames[j]);

@@ -32,6 +32,7 @@ void AddPredictJson(const YModelFrame& model, const PlsPredictions& result, Json
 void AddPredictJson(const StoredO2pls& model, const PlsPredictions& result, Json* json);
 /// For each row the predicted values, and the measured ones under "measured NAME" where the table has a column for a Y
 /// (empty where it has none), the distance to the model and the reason for a missing prediction.
-CsvFile PredictCsv(const YModelFrame& model, const PlsPredictions& result, const std::string& file);
+CsvFile PredictCsv(const YModelFrame& model, const PlsPredictions& result, const std::string& file,
+                   const CsvMarks& marks);
 
 }  // namespace kalmia::app

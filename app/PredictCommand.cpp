@@ -39,7 +39,7 @@ std::string PredictWith(const Model& model, const PredictOptions& options, const
   if (!options.csvFolder.empty()) {
     files.MakeFolder(options.csvFolder);
     csvFiles.push_back((std::filesystem::path(options.csvFolder) / kPredictionsFile).string());
-    files.Stage(csvFiles.back(), PredictCsv(model, result, kPredictionsFile).bytes);
+    files.Stage(csvFiles.back(), PredictCsv(model, result, kPredictionsFile, MarksOf(options.csvMarks)).bytes);
   }
   files.Commit();
   if (!options.json) return PredictText(model, table, result);

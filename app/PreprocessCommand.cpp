@@ -17,6 +17,7 @@
 #include "app/StepChainFile.h"
 #include "app/StepChainReport.h"
 #include "app/TableColumns.h"
+#include "app/TableText.h"
 #include "kalmia/containers/Missing.h"
 
 namespace kalmia::app {
@@ -103,40 +104,40 @@ Signals ReadSignals(const CsvTable& table, const PreprocessOptions& options, con
   return signals;
 }
 
-/// The cell of a column that no step has touched, byte for byte; but in a column of numbers, which does not name the
-/// rows, a missing one empty, and a number with a decimal point like all others in the file.
-std::string KeptCell(const CsvTable& table, bool isOfNumbers, int row, int column) {
-  std::string text(table.Cell(row, column));
-  if (!isOfNumbers) return text;
-  const CellKind kind = ReadCell(text, table.DecimalComma()).kind;
-  if (kind == CellKind::Missing) return "";
-  const bool isNumber = kind == CellKind::Number || kind == CellKind::TooLarge;
-  if (isNumber && table.DecimalComma()) std::replace(text.begin(), text.end(), ',', '.');
-  return text;
+/// The cell of a column that no step has touched: a missing one of numbers, and an empty text, as an empty field.
+void AddKeptCell(const CsvTable& table, int row, int column, bool isOfNumbers, CsvText* csv) {
+  const std::string text(table.Cell(row, column));
+  const bool isMissing = isOfNumbers && ReadCell(text, table.DecimalComma()).kind == CellKind::Missing;
+  if (isMissing || text.empty()) {
+    csv->Cell(kMissingCell<float>);
+  } else {
+    AddTableCell(table, row, column, isOfNumbers, csv);
+  }
 }
 
 /// The columns that are no signals, then what has become of the signals.
-std::string OutText(const CsvTable& table, int idColumn, const std::vector<int>& columns, const Signals& signals) {
-  std::vector<std::pair<int, bool>> kept;  // and whether it is a column of numbers
+std::string OutText(const CsvTable& table, int idColumn, const std::vector<int>& columns, const Signals& signals,
+                    const CsvMarks& marks) {
+  std::vector<int> kept;
+  const std::vector<bool> isOfNumbers = ColumnsOfNumbers(table, idColumn);
   const std::vector<bool> isSignal = Marked(table, columns);
   const std::unordered_set<std::string_view> made(signals.names.begin(), signals.names.end());
-  CsvText csv;
+  CsvText csv(marks);
   for (int column = 0; column < table.Columns(); ++column) {
     if (isSignal[static_cast<std::size_t>(column)]) continue;
     const std::string& name = table.ColumnNames()[static_cast<std::size_t>(column)];
     if (made.count(name) > 0) {
       Refuse(table, "column " + Quoted(name) + " would stand in the output twice: rename it in the table");
     }
-    kept.emplace_back(column, column != idColumn && KindOfColumn(table, column) != ColumnKind::Texts);
+    kept.push_back(column);
     csv.Field(name);
   }
   for (const std::string& name : signals.names) csv.Field(name);
   csv.EndLine();
   const bool isAlone = kept.size() + signals.names.size() == 1;  // a missing cell would leave a blank line
   for (int row = 0; row < table.Rows(); ++row) {
-    for (const auto& [column, isOfNumbers] : kept) {
-      const std::string text = KeptCell(table, isOfNumbers, row, column);
-      text.empty() ? csv.Cell(kMissingCell<float>) : csv.Field(text);
+    for (const int column : kept) {
+      AddKeptCell(table, row, column, isOfNumbers[static_cast<std::size_t>(column)], &csv);
     }
     for (const float cell : signals.cells[row + 1]) {
       isAlone && cell == kMissingCell<float> ? csv.Field("NA") : csv.Cell(cell);
@@ -210,7 +211,7 @@ std::string RunCommand(const PreprocessOptions& options, Notes* notes) {
   Signals signals = ReadSignals(table, options, columns, notes);
   const StepChain chain = Work(options, steps, &signals, notes);
   OutputFiles files;
-  files.Stage(options.out, OutText(table, IdColumn(table, options), columns, signals));
+  files.Stage(options.out, OutText(table, IdColumn(table, options), columns, signals, MarksOf(options.csvMarks)));
   if (!options.save.empty()) files.Stage(options.save, StepChainFileBytes(chain));
   files.Commit();
   return options.json ? ResultJson(options, table, chain, signals, *notes) : ResultText(options, chain, signals);

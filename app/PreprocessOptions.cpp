@@ -13,6 +13,7 @@ void DeclarePreprocess(CommandOptions* command, PreprocessOptions* options) {
   command->Exclude("--steps", "--steps-file");
   command->Text("--out", "FILE", &options->out, "the columns that stay, then what the steps make, always needed");
   command->Require("--out");
+  DeclareCsvMarks(command, &options->csvMarks);
   command->Text("--id", "NAME", &options->id, "column that names the rows in messages; it stays as it is");
   command->Names("--x", &options->x,
                  "columns to work on, names and ranges FIRST..LAST with commas between them (default: all others of "

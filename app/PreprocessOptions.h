@@ -3,6 +3,8 @@
 #include <string>
 #include <vector>
 
+#include "app/CsvMarks.h"
+
 namespace kalmia::app {
 
 class CommandOptions;
@@ -17,6 +19,7 @@ struct PreprocessOptions {
   std::vector<std::string> exclude;
   std::string save;       ///< empty: the chain is not stored
   bool restore = false;   ///< signals of the coefficients that the stored chain has kept
+  CsvMarkOptions csvMarks;
   bool json = false;
 };
 

@@ -9,9 +9,9 @@ namespace kalmia::app {
 /// z = (x - mean) / s the skewness g = n / ((n - 1) (n - 2)) sum(z^3) changes by
 ///   3 n / ((n - 1) (n - 2) s) (z^2 - (n - 1) / n - z (n - 2) g / n)
 /// for a unit of one cell, and independent uniform errors of all cells give it a standard deviation; three of these are
-/// the bound. What the sums add is far below it: they run in double, 29 binary digits finer. Nothing that a sample tells
-/// is lost: the bound is about 3 * 2^-24 |x| / s of the sampling error sqrt(6 / n) of a normal distribution, which is
-/// little unless the cells differ in their last digits alone. Missing cells take no part.
+/// the bound. What the sums add is far below it: they run in double, 29 binary digits finer. Nothing that a sample
+/// tells is lost: the bound is about 3 * 2^-24 |x| / s of the sampling error sqrt(6 / n) of a normal distribution, a
+/// small part unless the cells differ in their last digits alone. Missing cells take no part.
 /// Shape: n >= 3 present cells that are not all equal, with their skewness `g`. Cost: one pass.
 double TellableSkewness(const std::vector<float>& cells, double mean, double standardDeviation, double g);
 

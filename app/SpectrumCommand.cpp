@@ -154,7 +154,9 @@ void WriteFiles(const SpectrumOptions& options, const SpectrumResult& result) {
   OutputFiles files;
   if (!options.csvFolder.empty()) {
     files.MakeFolder(options.csvFolder);
-    for (const CsvFile& file : SpectrumCsvFiles(result)) files.Stage(options.csvFolder + "/" + file.name, file.bytes);
+    for (const CsvFile& file : SpectrumCsvFiles(result, MarksOf(options.csvMarks))) {
+      files.Stage(options.csvFolder + "/" + file.name, file.bytes);
+    }
   }
   if (!options.svg.empty()) files.Stage(options.svg, SpectrumSvg(result));
   files.Commit();

@@ -153,12 +153,12 @@ std::string SpectrumJson(const SpectrumResult& result, const Notes& notes) {
   return JsonText(json);
 }
 
-std::vector<CsvFile> SpectrumCsvFiles(const SpectrumResult& result) {
-  CsvText correlation;
+std::vector<CsvFile> SpectrumCsvFiles(const SpectrumResult& result, const CsvMarks& marks) {
+  CsvText correlation(marks);
   correlation.Field("lag").Field("correlation").EndLine();
   int lag = result.FirstLag();
   for (const double r : result.correlations) correlation.Number(lag++).Number(r).EndLine();
-  CsvText power;
+  CsvText power(marks);
   power.Field("frequency").Field("period");
   for (const ColumnSpectrum& part : result.parts) power.Field("power of " + part.column);
   power.EndLine();

@@ -42,7 +42,7 @@ struct SpectrumResult {
 std::string SpectrumText(const SpectrumResult& result);
 std::string SpectrumJson(const SpectrumResult& result, const Notes& notes);
 /// correlation.csv and power.csv.
-std::vector<CsvFile> SpectrumCsvFiles(const SpectrumResult& result);
+std::vector<CsvFile> SpectrumCsvFiles(const SpectrumResult& result, const CsvMarks& marks);
 /// The correlations, and below them the power of each column.
 std::string SpectrumSvg(const SpectrumResult& result);
 

@@ -4,6 +4,8 @@
 #include <string>
 #include <vector>
 
+#include "app/CsvMarks.h"
+
 namespace kalmia::app {
 
 class CommandOptions;
@@ -25,6 +27,7 @@ struct ChartOptions {
   std::string saveLimits;
   std::string csv;
   std::string svg;
+  CsvMarkOptions csvMarks;
   PlotTexts texts;
   bool json = false;
 };
@@ -34,6 +37,7 @@ struct HistogramOptions {
   std::string column;
   std::string csv;  ///< this and the next: empty for no file
   std::string svg;
+  CsvMarkOptions csvMarks;
   PlotTexts texts;
   bool json = false;
 };
@@ -65,6 +69,7 @@ struct SpectrumOptions {
   std::string detrend = "mean";  ///< or none or linear
   bool json = false;
   std::string csvFolder;  ///< empty: no CSV files
+  CsvMarkOptions csvMarks;
   std::string svg;        ///< empty: no drawing
 };
 

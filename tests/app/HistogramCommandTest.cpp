@@ -130,7 +130,8 @@ TEST(FailureOfHistogram, IsExitCode2ForACommandLineThatMakesNoSense) {
   ExpectFailure(RunKalmia({"histogram", "t.csv"}), 2, "histogram needs --column NAME: ");
   ExpectFailure(RunKalmia({"histogram", "--column", "x"}), 2, "histogram needs a TABLE: ");
   ExpectFailure(RunKalmia({"histogram", "t.csv", "--column", "x", "--bins", "3"}), 2,
-                "histogram has no option '--bins'; it takes --column, --csv, --svg, --title, --x-label, --y-label, --json and --help");
+                "histogram has no option '--bins'; it takes --column, --csv, --separator, --decimal, --svg, --title, "
+                "--x-label, --y-label, --json and --help");
 }
 
 TEST(FailureOfHistogram, NeverWritesOverItsTableAndLeavesNothingWhereAFileCannotBeWritten) {

@@ -101,9 +101,9 @@ TEST(Describe, PrintsASkewnessThatIsNothingButRoundingAsZero) {
 }
 
 TEST(Describe, KeepsASkewnessThatSingleDigitsOfTheCellsTell) {
-  // 1000 ... 1060, the last one 2^-10 more, the float next to 1060.001. To first order g becomes 3 n / ((n - 1) (n - 2))
-  // (z^2 - (n - 1) / n) 2^-10 / s with n = 61, s = 17.7529, z = 30 / s: 5.3235e-6; the next order is 2^-10 / s of that,
-  // below 1e-9. Rounding all cells to single precision could make 2.1e-6 of it.
+  // 1000 ... 1060, the last one 2^-10 more, the float next to 1060.001. To first order g becomes
+  // 3 n / ((n - 1) (n - 2)) (z^2 - (n - 1) / n) 2^-10 / s with n = 61, s = 17.7529, z = 30 / s: 5.3235e-6; the next
+  // order is 2^-10 / s of that, below 1e-9. Rounding all cells to single precision could make 2.1e-6 of it.
   std::vector<double> numbers;
   for (int i = 0; i <= 60; ++i) numbers.push_back(1000 + i);
   EXPECT_EQ(DescribeColumn(numbers)["skewness"], 0.0);

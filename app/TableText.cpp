@@ -1,0 +1,66 @@
+#include "app/TableText.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "app/CellNumber.h"
+#include "app/CsvFields.h"
+#include "app/TableColumns.h"
+
+namespace kalmia::app {
+
+namespace {
+
+std::string WrittenAnew(const CsvTable& table, const std::string& id, const CsvMarks& marks, const NewCell& newCell) {
+  const std::vector<bool> isOfNumbers = ColumnsOfNumbers(table, id.empty() ? -1 : table.Find(id));
+  CsvText csv(marks);
+  for (const std::string& name : table.ColumnNames()) csv.Field(name);
+  csv.EndLine();
+  for (int row = 0; row < table.Rows(); ++row) {
+    for (int column = 0; column < table.Columns(); ++column) {
+      if (const std::optional<float> number = newCell(row, column)) {
+        csv.Cell(*number);
+      } else {
+        AddTableCell(table, row, column, isOfNumbers[static_cast<std::size_t>(column)], &csv);
+      }
+    }
+    csv.EndLine();
+  }
+  return csv.Text();
+}
+
+}  // namespace
+
+std::vector<bool> ColumnsOfNumbers(const CsvTable& table, int idColumn) {
+  std::vector<bool> isOfNumbers;
+  for (int column = 0; column < table.Columns(); ++column) {
+    isOfNumbers.push_back(column != idColumn && KindOfColumn(table, column) != ColumnKind::Texts);
+  }
+  return isOfNumbers;
+}
+
+void AddTableCell(const CsvTable& table, int row, int column, bool isOfNumbers, CsvText* csv) {
+  std::string text(table.Cell(row, column));
+  const CellKind kind = isOfNumbers ? ReadCell(text, table.DecimalComma()).kind : CellKind::Word;
+  if (kind != CellKind::Number && kind != CellKind::TooLarge) {
+    csv->Field(text);
+    return;
+  }
+  if (table.DecimalComma()) std::replace(text.begin(), text.end(), ',', '.');
+  csv->Digits(std::move(text));
+}
+
+std::string WithNewCells(const std::string& text, const CsvTable& table, const std::string& id,
+                         const CsvMarkOptions& marks, const NewCell& newCell) {
+  const char decimal = table.DecimalComma() ? ',' : '.';
+  if (marks.Given()) return WrittenAnew(table, id, MarksOf(marks, {table.Separator(), decimal}), newCell);
+  const auto replacement = [&](std::size_t record, std::size_t field) -> std::optional<std::string> {
+    if (record == 0) return std::nullopt;
+    const std::optional<float> number = newCell(static_cast<int>(record) - 1, static_cast<int>(field));
+    if (!number) return std::nullopt;
+    return CellText(*number, table.DecimalComma());
+  };
+  return WithFieldsReplaced(text, table.Separator(), replacement);
+}
+
+}  // namespace kalmia::app
