@@ -157,6 +157,7 @@ std::string BytesText(std::uint64_t bytes) {
 OwnedTree BuildTree(const std::string& table, const ClusterData& data, const ClusterOptions& options,
                     NCProgress* progress, Notes* notes) {
   using namespace DendroGram;
+  const DeadlineHold whileThereAreTemporaryFiles;
   if (!options.temp.empty()) CheckFolder(options.temp);
   const TemporaryFolderSetting folder(options.temp);
   const MemorySetting memory(options.memory);

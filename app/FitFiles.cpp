@@ -2,6 +2,7 @@
 
 #include <filesystem>
 
+#include "app/ConsoleProgress.h"
 #include "app/DisplayText.h"
 #include "app/OutputFiles.h"
 #include "app/OutputPlaces.h"
@@ -23,6 +24,8 @@ FitFiles WriteFitFiles(const FitOptions& options, const std::function<std::strin
                        const std::function<std::vector<CsvFile>()>& csvFiles,
                        const CrossValidationOutput& crossValidation) {
   FitFiles written;
+  ProgressLine line;
+  line.ShowAtOnce("writing the results", 0.0);
   OutputFiles files;
   if (!options.save.empty()) {
     files.Stage(options.save, modelBytes());

@@ -9,6 +9,23 @@ namespace kalmia::app {
 /// an ordinary error too.
 void CatchSignals();
 
+/// The same, and such a stop comes at the latest 100 ms after the signal, also where the work is deaf: the process then
+/// removes its temporary paths, says that it was stopped, and ends. For main(): nothing is unwound.
+void CatchSignalsWithDeadline();
+
+/// The stop has come: the deadline is off, and what main() has to say is said once.
+void CancelDeadline();
+
+/// The deadline waits while one of these lives: in a step that must not be left half done, or where a library has
+/// temporary files of its own.
+class DeadlineHold {
+ public:
+  DeadlineHold();
+  ~DeadlineHold();
+  DeadlineHold(const DeadlineHold&) = delete;
+  DeadlineHold& operator=(const DeadlineHold&) = delete;
+};
+
 /// Whether Ctrl-C was pressed, or one of the others came.
 bool Interrupted();
 

@@ -10,6 +10,7 @@
 #include <filesystem>
 #include <system_error>
 
+#include "app/ConsoleProgress.h"
 #include "app/DisplayText.h"
 #include "app/Failure.h"
 #include "app/Interrupt.h"
@@ -20,6 +21,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
+constexpr std::size_t kWrittenAtOnce = std::size_t{1} << 24U;
 constexpr int kMostLinks = 40;  ///< as many as the system follows
 
 [[noreturn]] void FailToWrite(const std::string& name, int error) {
@@ -48,9 +50,21 @@ mode_t ModeFor(const std::string& path) {
   return 0666U & ~mask;
 }
 
+/// The same, with a bar where there is much to write.
+int WriteWithBar(int file, std::string_view bytes, const std::string& path) {
+  ProgressLine line;
+  for (std::size_t done = 0; done < bytes.size(); done += kWrittenAtOnce) {
+    const auto share = static_cast<double>(done) / static_cast<double>(bytes.size());
+    if (bytes.size() > kWrittenAtOnce) line.Show("writing " + OneLine(path), share);
+    const int error = WriteAll(file, bytes.substr(done, kWrittenAtOnce));
+    if (error != 0) return error;
+  }
+  return 0;
+}
+
 /// Writes, sets the permissions, brings the bytes to the disk and closes; the error number, or 0.
-int FinishTemporary(int file, std::string_view bytes, mode_t mode) {
-  int error = WriteAll(file, bytes);
+int FinishTemporary(int file, std::string_view bytes, const std::string& path, mode_t mode) {
+  int error = WriteWithBar(file, bytes, path);
   if (error == 0 && fchmod(file, mode) != 0) error = errno;
   if (error == 0 && fsync(file) != 0) error = errno;
   if (close(file) != 0 && error == 0) error = errno;
@@ -100,14 +114,10 @@ std::string BehindLinks(const std::string& path) {
   return place.string();
 }
 
-OutputFiles::~OutputFiles() {
-  for (const StagedFile& file : staged_) unlink(file.temporary.c_str());
-  for (const std::string& folder : folders_) rmdir(folder.c_str());
-}
-
 void OutputFiles::MakeFolder(const std::string& path) {
+  const DeadlineHold untilItIsNoted;
   if (mkdir(path.c_str(), 0777) == 0) {
-    folders_.push_back(path);
+    folders_.emplace_back(path, TemporaryPath::Kind::Folder);
     return;
   }
   const int error = errno;
@@ -132,12 +142,19 @@ void OutputFiles::Stage(const std::string& path, std::string_view bytes) {
     FailToWrite(path, errno);
   }
   const std::string target = BehindLinks(path);
+  const int file = MakeTemporary(target);
+  if (file < 0) FailToWrite(path, errno);
+  const int error = FinishTemporary(file, bytes, path, ModeFor(target));
+  if (error != 0) FailToWrite(path, error);
+}
+
+/// Stages an empty file for this place; the descriptor, or -1.
+int OutputFiles::MakeTemporary(const std::string& target) {
+  const DeadlineHold untilItIsNoted;
   std::string temporary = FolderOf(target) + "/.kalmia-XXXXXX";
   const int file = mkstemp(temporary.data());
-  if (file < 0) FailToWrite(path, errno);
-  staged_.push_back({temporary, target, ""});
-  const int error = FinishTemporary(file, bytes, ModeFor(target));
-  if (error != 0) FailToWrite(path, error);
+  if (file >= 0) staged_.push_back({TemporaryPath(temporary, TemporaryPath::Kind::File), target, ""});
+  return file;
 }
 
 void OutputFiles::Commit() {
@@ -145,23 +162,26 @@ void OutputFiles::Commit() {
   for (const DirectWrite& file : direct_) WriteDirectly(file.path, file.bytes);
   direct_.clear();
   MoveAll();
-  folders_.clear();
 }
 
 void OutputFiles::MoveAll() {
+  const DeadlineHold untilAllAreMoved;
   for (std::size_t i = 0; i < staged_.size(); ++i) {
     StagedFile& file = staged_[i];
-    file.backup = BackUp(file.path, file.temporary + ".old");
-    if (std::rename(file.temporary.c_str(), file.path.c_str()) == 0) continue;
+    file.backup = BackUp(file.path, file.temporary.Path() + ".old");
+    if (std::rename(file.temporary.Path().c_str(), file.path.c_str()) == 0) continue;
     const int error = errno;
     if (!file.backup.empty()) std::rename(file.backup.c_str(), file.path.c_str());
     TakeBack(i);
     FailToWrite(file.path, error);
   }
-  for (const StagedFile& file : staged_) {
+  for (TemporaryPath& folder : folders_) folder.Keep();
+  for (StagedFile& file : staged_) {
+    file.temporary.Keep();
     if (!file.backup.empty()) unlink(file.backup.c_str());
     SyncFolder(FolderOf(file.path));
   }
+  folders_.clear();
   staged_.clear();
 }
 

@@ -4,6 +4,8 @@
 #include <string_view>
 #include <vector>
 
+#include "app/TemporaryPath.h"
+
 namespace kalmia::app {
 
 /// Files that appear together and whole, or not at all: each is first written under a temporary name beside its place
@@ -13,7 +15,6 @@ namespace kalmia::app {
 class OutputFiles {
  public:
   OutputFiles() = default;
-  ~OutputFiles();
   OutputFiles(const OutputFiles&) = delete;
   OutputFiles& operator=(const OutputFiles&) = delete;
 
@@ -27,7 +28,7 @@ class OutputFiles {
 
  private:
   struct StagedFile {
-    std::string temporary;
+    TemporaryPath temporary;
     std::string path;
     std::string backup;  ///< what was under `path` before the move; empty if there was nothing
   };
@@ -36,12 +37,13 @@ class OutputFiles {
     std::string bytes;
   };
 
+  int MakeTemporary(const std::string& target);
   void MoveAll();
   void TakeBack(std::size_t moved);
 
+  std::vector<TemporaryPath> folders_;  // outlive the files in them
   std::vector<StagedFile> staged_;
   std::vector<DirectWrite> direct_;
-  std::vector<std::string> folders_;
 };
 
 /// The file that a symbolic link leads to, link after link, whether it is there or not; `path` itself where it is no

@@ -4,6 +4,7 @@
 #include <limits>
 
 #include "app/Scaling.h"
+#include "app/StepProgress.h"
 #include "kalmia/containers/Missing.h"
 #include "kalmia/o2pls/NCO2PLSPred.h"
 #include "kalmia/opls/NCOPLSPred.h"
@@ -12,6 +13,8 @@
 namespace kalmia::app {
 
 namespace {
+
+constexpr auto kPredicting = "predicting";  ///< beside the bar
 
 /// Why a row of `present` among `variables` cells has no score in a component (from 1).
 std::string ReasonFor(const std::string& block, int present, int variables, int component) {
@@ -57,7 +60,9 @@ std::vector<RowPrediction> PredictRows(const StoredPls& model, NCDataMatrix<floa
   std::vector<RowPrediction> rows(static_cast<std::size_t>(x.SizeRows()));
   const NCPLS& pls = *model.pls;
   NCPLSPred prediction(&x, pls.GetWprim(), pls.GetPprim(), pls.GetCprim(), kMissingTolerance);
+  StepProgress progress(kPredicting, prediction.GetMaxComp());
   for (int a = 1; a <= prediction.GetMaxComp(); ++a) {
+    progress.Begin(a);
     prediction.CalcNextComponent();
     for (int r = 1; r <= x.SizeRows(); ++r) {
       std::string& reason = rows[static_cast<std::size_t>(r - 1)].reason;
@@ -74,7 +79,11 @@ std::vector<RowPrediction> PredictRows(const StoredOpls& model, NCDataMatrix<flo
   ApplyScale(model.xScale.get(), &x);
   const OplsMatrices& opls = model.opls;
   NCOPLSPred prediction(&x, &opls.w, &opls.p, &opls.c, &opls.wo, &opls.po, &opls.co);
-  while (prediction.SizeOComps() < prediction.GetMaxComp()) prediction.CalcNextComponent();
+  StepProgress progress(kPredicting, prediction.GetMaxComp());
+  while (prediction.SizeOComps() < prediction.GetMaxComp()) {
+    progress.Begin(prediction.SizeOComps() + 1);
+    prediction.CalcNextComponent();
+  }
   std::vector<RowPrediction> rows(static_cast<std::size_t>(x.SizeRows()));
   NoteMissingScores(model.inputBlock, x, *prediction.GetTOPred(), 0, &rows);
   NoteMissingScores(model.inputBlock, x, *prediction.GetTPred(), model.Orthogonal(), &rows);

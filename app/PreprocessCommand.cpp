@@ -16,6 +16,7 @@
 #include "app/OutputPlaces.h"
 #include "app/StepChainFile.h"
 #include "app/StepChainReport.h"
+#include "app/StepProgress.h"
 #include "app/TableColumns.h"
 #include "app/TableText.h"
 #include "kalmia/containers/Missing.h"
@@ -135,7 +136,9 @@ std::string OutText(const CsvTable& table, int idColumn, const std::vector<int>&
   for (const std::string& name : signals.names) csv.Field(name);
   csv.EndLine();
   const bool isAlone = kept.size() + signals.names.size() == 1;  // a missing cell would leave a blank line
+  StepProgress progress("writing the table", table.Rows());
   for (int row = 0; row < table.Rows(); ++row) {
+    progress.Begin(row + 1);
     for (const int column : kept) {
       AddKeptCell(table, row, column, isOfNumbers[static_cast<std::size_t>(column)], &csv);
     }

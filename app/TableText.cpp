@@ -5,6 +5,7 @@
 
 #include "app/CellNumber.h"
 #include "app/CsvFields.h"
+#include "app/StepProgress.h"
 #include "app/TableColumns.h"
 
 namespace kalmia::app {
@@ -16,7 +17,9 @@ std::string WrittenAnew(const CsvTable& table, const std::string& id, const CsvM
   CsvText csv(marks);
   for (const std::string& name : table.ColumnNames()) csv.Field(name);
   csv.EndLine();
+  StepProgress progress("writing the table", table.Rows());
   for (int row = 0; row < table.Rows(); ++row) {
+    progress.Begin(row + 1);
     for (int column = 0; column < table.Columns(); ++column) {
       if (const std::optional<float> number = newCell(row, column)) {
         csv.Cell(*number);
@@ -54,8 +57,10 @@ std::string WithNewCells(const std::string& text, const CsvTable& table, const s
                          const CsvMarkOptions& marks, const NewCell& newCell) {
   const char decimal = table.DecimalComma() ? ',' : '.';
   if (marks.Given()) return WrittenAnew(table, id, MarksOf(marks, {table.Separator(), decimal}), newCell);
+  StepProgress progress("writing the table", table.Rows());
   const auto replacement = [&](std::size_t record, std::size_t field) -> std::optional<std::string> {
     if (record == 0) return std::nullopt;
+    if (field == 0) progress.Begin(static_cast<int>(record));
     const std::optional<float> number = newCell(static_cast<int>(record) - 1, static_cast<int>(field));
     if (!number) return std::nullopt;
     return CellText(*number, table.DecimalComma());

@@ -20,9 +20,10 @@ void PrintError(const std::string& message) { std::cerr << "kalmia: " << message
 
 void RunCommandLine(int argc, char** argv) {
   const Command command = ParseCommandLine(argc, argv);
-  CatchSignals();
+  CatchSignalsWithDeadline();
   Notes notes;
   const std::string output = std::visit([&notes](const auto& options) { return RunCommand(options, &notes); }, command);
+  StopIfInterrupted();
   for (const std::string& line : notes.Lines()) std::cerr << "note: " << line << '\n';
   std::cerr.flush();
   WriteStandardOutput(output);
@@ -36,6 +37,7 @@ int main(int argc, char** argv) {
     RunCommandLine(argc, argv);
     return static_cast<int>(ExitCode::Success);
   } catch (const Failure& failure) {
+    CancelDeadline();
     PrintError(failure.what());
     code = failure.Code();
   } catch (const Exception& error) {

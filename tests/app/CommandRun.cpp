@@ -124,7 +124,7 @@ CommandResult RunOnTerminal(const std::vector<std::string>& arguments, const std
   return result;
 }
 
-std::string ShownOnTerminal(const std::function<void()>& work) {
+CommandResult DoOnTerminal(const std::function<void()>& work) {
   int terminal = -1;
   const pid_t process = forkpty(&terminal, nullptr, nullptr, nullptr);
   if (process < 0) throw std::runtime_error("no terminal");
@@ -133,10 +133,11 @@ std::string ShownOnTerminal(const std::function<void()>& work) {
     work();
     _exit(0);
   }
-  const std::string shown = Drain(terminal);
-  ExitCode(process);
+  CommandResult result;
+  result.error = Drain(terminal);
+  result.exitCode = ExitCode(process);
   close(terminal);
-  return shown;
+  return result;
 }
 
 CommandResult InterruptWaitingForInput(const std::vector<std::string>& arguments) {

@@ -35,8 +35,9 @@ CommandResult RunKalmia(const std::vector<std::string>& arguments, const std::st
 CommandResult RunOnTerminal(const std::vector<std::string>& arguments, const std::string& interruptAt = "",
                             int signal = SIGINT);
 
-/// Does some work in a process of its own on a terminal of its own; what the terminal showed.
-std::string ShownOnTerminal(const std::function<void()>& work);
+/// Does some work in a process of its own, with exit code 0 at its end, on a terminal of its own; `error` holds what the
+/// terminal showed.
+CommandResult DoOnTerminal(const std::function<void()>& work);
 
 /// Runs `kalmia` with a standard input on which nothing comes, and sends it SIGINT once it waits there.
 CommandResult InterruptWaitingForInput(const std::vector<std::string>& arguments);

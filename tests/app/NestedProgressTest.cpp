@@ -31,7 +31,7 @@ TEST(NestedProgress, NeverGoesBackButStartsAnewForAnotherCalculation) {
     progress.SetText("still first");  // drawn at once
     progress.Begin("second");         // this too
   };
-  const std::string shown = ShownOnTerminal(bars);
+  const std::string shown = DoOnTerminal(bars).error;
   EXPECT_THAT(shown, HasSubstr("[################....] still first"));
   EXPECT_THAT(shown, HasSubstr("[....................] second"));
 }
@@ -49,7 +49,7 @@ TEST(ProgressLine, CutsTextsBetweenWordsWhereTheTerminalIsNarrow) {
     ioctl(STDERR_FILENO, TIOCSWINSZ, &narrow);
     ProgressLine().ShowAtOnce("Estimating predictive components", 0.5);
   };
-  EXPECT_THAT(ShownOnTerminal(bar), HasSubstr("[##########..........] Estimating...\r"));
+  EXPECT_THAT(DoOnTerminal(bar).error, HasSubstr("[##########..........] Estimating...\r"));
 }
 
 }  // namespace

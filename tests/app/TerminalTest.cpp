@@ -110,6 +110,16 @@ TEST(Progress, ShowsTheStagesOfO2pls) {
   EXPECT_THAT(RunOnTerminal(given).error, HasSubstr("Final estimation of components")) << "as there are Y-unique ones";
 }
 
+TEST(Progress, ShowsPredictionsAndTheWritingOfResults) {
+  const ScratchFolder folder;
+  const std::string table = folder.Write("t.csv", LinearTable(30, 5, 1)), model = folder.Path("m");
+  EXPECT_THAT(RunOnTerminal({"pls", table, "--y", "y", "--id", "name", "--save", model}).error,
+              HasSubstr("writing the results"));
+  EXPECT_THAT(RunOnTerminal({"predict", model, table}).error, HasSubstr("predicting"));
+  EXPECT_THAT(RunOnTerminal({"preprocess", table, "--id", "name", "--steps", "snv", "--out", folder.Path("o")}).error,
+              HasSubstr("writing the table"));
+}
+
 /// Expects that the command stops at Ctrl-C, pressed once the text has appeared, prints nothing, and leaves nothing but
 /// the table t.csv. What the terminal showed.
 std::string ExpectStop(const std::vector<std::string>& arguments, const std::string& text,
