@@ -124,7 +124,7 @@ std::string DistancesText(int rows) {
                                      OneLine(static_cast<const char*>(error.GetMessage())));
 }
 
-/// The rows that miss more than half of their cells.
+/// The rows that miss more than half of their cells; empty where there are none.
 std::string RowsWithHoles(const ClusterData& data) {
   std::vector<std::string> names;
   for (int r = 1; r <= data.Rows(); ++r) {
@@ -132,6 +132,7 @@ std::string RowsWithHoles(const ClusterData& data) {
       names.push_back(data.rowNames[static_cast<std::size_t>(r) - 1]);
     }
   }
+  if (names.empty()) return "";
   return "more than half of the cells are missing in " + std::string(names.size() == 1 ? "row " : "rows ") +
          Listed(names, kRowsNamed);
 }
@@ -182,8 +183,9 @@ OwnedTree BuildTree(const std::string& table, const ClusterData& data, const Clu
     StopIfInterrupted();
     if (dialogue.Refused()) FailForSpace(data.Rows());
     if (dialogue.UsesDisk()) FailForFiles(error);
-    if (data.cells.GetNumMisVal() == 0) throw;
-    throw Failure(ExitCode::BadData, table + ": " + RowsWithHoles(data));
+    const std::string rows = RowsWithHoles(data);
+    if (rows.empty()) throw;
+    throw Failure(ExitCode::BadData, table + ": " + rows);
   }
 }
 

@@ -233,7 +233,7 @@ void CalculateInitialDistances(const NCDataMatrix<float>& data, NCProgress* prog
            QuestionsOfStep(bar, 1, cells / RowDistances::kCellsPerQuestion + shares));
   bar.SetValue(2);
   bar.SetText("Sorting");
-  kalmia::SortPairs(list.data(), list.size(), QuestionsOfSort(bar, count));
+  kalmia::SortListOfAnalysis(list.data(), list.size(), QuestionsOfSort(bar, count));
   bar.SetValue(3);
 }
 

@@ -38,12 +38,19 @@ struct DistanceRange {
   bool IsConstant() const { return hasNaNs ? !HasNumbers() : smallest == largest; }
 };
 
+/// Empties a buffer that was lent, whichever way the borrower is left.
+struct EmptiedAtTheEnd {
+  std::vector<DistanceAndIndex>& buffer;
+  ~EmptiedAtTheEnd() { buffer.clear(); }
+};
+
 /// How many records are read at once into a buffer of which no more than the capacity may be used.
 std::size_t ChunkOf(const std::vector<DistanceAndIndex>& buffer, std::uint32_t left) {
   return std::min({buffer.capacity(), kRecordsAtOnce, static_cast<std::size_t>(left)});
 }
 
 DistanceRange RangeOf(DistanceFile& file, std::vector<DistanceAndIndex>& buffer, const StoppableProgress& bar) {
+  const EmptiedAtTheEnd lent = {buffer};
   DistanceRange range;
   file.SeekTo(0);
   for (std::uint32_t done = 0; done < file.count;) {
@@ -58,7 +65,6 @@ DistanceRange RangeOf(DistanceFile& file, std::vector<DistanceAndIndex>& buffer,
     done += static_cast<std::uint32_t>(chunk);
     if (done < file.count) bar.Poll();
   }
-  buffer.clear();
   return range;
 }
 
@@ -137,6 +143,7 @@ bool DistanceFile::Read(DistanceAndIndex* pairs, std::size_t n) {
 DistanceFiles DistributeDistances(DistanceFile& source, std::vector<float>& limits,
                                   std::vector<DistanceAndIndex>& buffer, unsigned total, NCProgress* progress) {
   if (buffer.capacity() == 0) throw NCError("Cluster analysis: a buffer without room cannot distribute distances.");
+  const EmptiedAtTheEnd lent = {buffer};
   const StoppableProgress bar(progress);
   std::sort(limits.begin(), limits.end(), std::greater<>());
   DistanceFiles files;
@@ -167,7 +174,6 @@ DistanceFiles DistributeDistances(DistanceFile& source, std::vector<float>& limi
   }
   files.erase(std::remove_if(files.begin(), files.end(), [](const auto& file) { return file->count == 0; }),
               files.end());
-  buffer.clear();
   return files;
 }
 

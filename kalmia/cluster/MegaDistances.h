@@ -38,7 +38,7 @@ using DistanceFiles = std::vector<std::shared_ptr<DistanceFile>>;
 /// Distributes the records of `source` over new files, one for each limit, from the largest distances to the smallest:
 /// a record goes into the first file whose lower limit, the next limit, it reaches; the last file takes all others and
 /// has the source's lower limit. Files without records are left out. Records of one file keep their order.
-/// `buffer` lends its capacity, and is empty then. Throws NCError where it has none, before anything is done; "Error
+/// `buffer` lends its capacity, and is empty afterwards, also where something is thrown. Throws NCError where it has none, before anything is done; "Error
 /// when reading from temporary file."; and, on a stop, "Cluster analysis aborted.".
 DistanceFiles DistributeDistances(DistanceFile& source, std::vector<float>& limits,
                                   std::vector<DistanceAndIndex>& buffer, unsigned total, NCProgress* progress);
@@ -61,7 +61,7 @@ class MegaDistances {
   void SplitDistances();
   /// The nearest pair left; of equal distances that of the latest rows. Throws NCError "Internal error in
   /// MegaDistances::LoadNextSegment." if there is none or it cannot be read, and "Cluster analysis aborted." where the
-  /// user stops while it is loaded: then it can be loaded again.
+  /// user stops while it is split again or loaded: then it can be loaded again.
   const DistanceAndIndex& GetNearest();
   void RemoveNearest();
   /// Fills the buffer, which has to be empty, with the segment of the smallest distances left. The two above call it

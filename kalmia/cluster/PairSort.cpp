@@ -195,12 +195,14 @@ void SortByTeam(DistanceAndIndex* pairs, std::size_t n, const Ask& ask) {
   });
 }
 
-void SortByComparing(DistanceAndIndex* pairs, std::size_t n, const Ask& ask) {
-  for (std::size_t k = 0; k < n; ++k) {
-    const std::uint32_t bits = BitsOf(pairs[k].distance);
-    std::memcpy(&pairs[k].distance, &bits, sizeof bits);
-  }
-  WorkMeter meter(ask, n <= kPairsAskedOneByOne ? 1 : kComparisonsPerQuestion);
+void SortByComparing(DistanceAndIndex* pairs, std::size_t n, const Ask& ask, std::int64_t comparisonsPerQuestion) {
+  ForRuns(n, comparisonsPerQuestion > 1 ? ask : Ask(), [pairs](std::size_t first, std::size_t end) {
+    for (std::size_t k = first; k < end; ++k) {
+      const std::uint32_t bits = BitsOf(pairs[k].distance);
+      std::memcpy(&pairs[k].distance, &bits, sizeof bits);
+    }
+  });
+  WorkMeter meter(ask, comparisonsPerQuestion);
   std::sort(pairs, pairs + n, [&meter](const DistanceAndIndex& a, const DistanceAndIndex& b) {
     meter.Add(1);
     return ComesBefore(a, b);
@@ -219,11 +221,16 @@ bool FitKeys(const DistanceAndIndex* pairs, std::size_t n, const Ask& ask) {
 }  // namespace
 
 void SortPairs(DistanceAndIndex* pairs, std::size_t n, const Ask& ask) {
-  const bool oneByOne = ask && n <= kPairsAskedOneByOne;
-  if (oneByOne || !FitKeys(pairs, n, ask)) return SortByComparing(pairs, n, ask);
+  if (n < 2) return SortByComparing(pairs, n, {}, kComparisonsPerQuestion);
+  if (!FitKeys(pairs, n, ask)) return SortByComparing(pairs, n, ask, kComparisonsPerQuestion);
   if (n > kPairsAside) return SortByTeam(pairs, n, ask);
   SorterAside aside;
   aside(pairs, n, ask);
+}
+
+void SortListOfAnalysis(DistanceAndIndex* pairs, std::size_t n, const Ask& ask) {
+  const bool oneByOne = ask && n <= kPairsAskedOneByOne;
+  oneByOne ? SortByComparing(pairs, n, ask, 1) : SortPairs(pairs, n, ask);
 }
 
 }  // namespace kalmia

@@ -75,8 +75,13 @@ void WardPairList::RemoveLast() {
   blocks_.pop_back();
 }
 
+void WardPairList::RemoveGoneTail(WorkMeter* meter) {
+  for (; !blocks_.empty() && IsGone(*Last()); RemoveLast()) meter->Add(1);
+}
+
 bool WardPairList::IsEmpty(const Ask& ask) {
-  for (WorkMeter meter(ask, kPairsPerQuestion); !blocks_.empty() && IsGone(*Last()); RemoveLast()) meter.Add(1);
+  WorkMeter meter(ask, kPairsPerQuestion);
+  RemoveGoneTail(&meter);
   return blocks_.empty();
 }
 
@@ -91,11 +96,15 @@ DistanceAndIndex WardPairList::TakeLast() {
 std::vector<WardPairList::Run> WardPairList::TakeStaleTail(const std::function<void(DistanceAndIndex*)>& update,
                                                            const Ask& ask) {
   WorkMeter meter(ask, kPairsPerQuestion);
+  const auto hasStaleTail = [this, &meter] {
+    RemoveGoneTail(&meter);
+    return !blocks_.empty() && EndsStale();
+  };
   std::vector<Run> runs;
   std::vector<DistanceAndIndex> pairs;
-  while (!IsEmpty(ask) && EndsStale()) {
+  while (hasStaleTail()) {
     pairs.clear();
-    for (; pairs.size() < kRunSize && !IsEmpty(ask) && EndsStale(); RemoveLast())
+    for (; pairs.size() < kRunSize && hasStaleTail(); RemoveLast())
       pairs.push_back({Last()->distance, numbers_.Latest(Last()->i), numbers_.Latest(Last()->j)});
     std::reverse(pairs.begin(), pairs.end());
     for (DistanceAndIndex& pair : pairs) {
@@ -170,8 +179,9 @@ void WardPairList::AppendTo(std::vector<Block>* blocks, const DistanceAndIndex& 
 }
 
 /// Puts blocks with pairs by rising distance at the end of the list, turned round.
-void WardPairList::AppendReversed(std::vector<Block>* blocks) {
+void WardPairList::AppendReversed(std::vector<Block>* blocks, WorkMeter* meter) {
   for (; !blocks->empty(); blocks->pop_back()) {
+    meter->Add(static_cast<std::int64_t>(blocks->back().count));
     Block block = blocks->back();
     std::reverse(Pairs(block), Pairs(block) + block.count);
     block.first = Pairs(block)->distance;
@@ -183,7 +193,7 @@ void WardPairList::RepairTail(const std::function<void(DistanceAndIndex*)>& upda
   std::vector<Run> runs = TakeStaleTail(update, ask);
   RunsByDistance tail(this, &runs);
   WorkMeter meter(ask, kPairsPerQuestion);
-  const bool isWhole = IsEmpty(ask);
+  const bool isWhole = blocks_.empty();
   const float limit = isWhole ? 0 : Last()->distance;
   std::vector<Block> nearest;
   for (; !tail.IsEmpty() && (isWhole || !IsFarther(tail.Nearest().distance, limit)); tail.RemoveNearest()) {
@@ -192,50 +202,55 @@ void WardPairList::RepairTail(const std::function<void(DistanceAndIndex*)>& upda
   }
   if (!tail.IsEmpty()) {
     for (Place place = {blocks_.size() - 1, blocks_.back().count}; !tail.IsEmpty(); tail.RemoveNearest()) {
-      place = Insert(tail.Nearest(), FindPlace(tail.Nearest().distance, place));
+      place = Insert(tail.Nearest(), FindPlace(tail.Nearest().distance, place, &meter), &meter);
       meter.Add(1);
     }
   }
-  AppendReversed(&nearest);
+  AppendReversed(&nearest, &meter);
 }
 
 /// The place behind the last pair in front of `end` that is not stale and not nearer, or in front of it where it is
 /// equally far. Of the stale pairs that are passed over the distances are lowered: whatever is not stale stays, and
 /// distances still fall along the whole list when the pair is inserted.
-WardPairList::Place WardPairList::FindPlace(float distance, Place end) {
+WardPairList::Place WardPairList::FindPlace(float distance, Place end, WorkMeter* meter) {
   const auto firstBlock = blocks_.begin(), lastBlock = firstBlock + static_cast<std::ptrdiff_t>(end.block) + 1;
   const auto nearer = std::partition_point(firstBlock, lastBlock, [distance](const Block& block) {
     return !IsFarther(distance, block.first);
   });
   if (nearer == firstBlock) return {0, 0};
   Place place = {static_cast<std::size_t>(nearer - firstBlock) - 1, 0};
-  DistanceAndIndex* pairs = Pairs(blocks_[place.block]);
-  DistanceAndIndex* const pairsEnd = pairs + (place.block == end.block ? end.count : blocks_[place.block].count);
-  const auto behind = std::partition_point(pairs, pairsEnd, [distance](const DistanceAndIndex& pair) {
-    return !IsFarther(distance, pair.distance);
-  });
-  for (place.count = static_cast<std::size_t>(behind - pairs);; --place.count) {
-    if (place.count == 0) {
-      if (place.block == 0) return place;
-      place = {place.block - 1, blocks_[place.block - 1].count};
-      pairs = Pairs(blocks_[place.block]);
-    }
-    DistanceAndIndex& pair = pairs[place.count - 1];
-    if (!IsStale(pair)) break;
-    pair.distance = distance;
-    if (place.count == 1) blocks_[place.block].first = distance;
+  const Block& cut = blocks_[place.block];
+  const std::size_t count = place.block == end.block ? end.count : cut.count;
+  const DistanceAndIndex* const pairs = Pairs(cut);
+  const auto isNotNearer = [distance](const DistanceAndIndex& pair) { return !IsFarther(distance, pair.distance); };
+  place.count = cut.isPassed ? count  // all of them stand where the first one does
+                             : static_cast<std::size_t>(std::partition_point(pairs, pairs + count, isNotNearer) - pairs);
+  while ((place.count = PassStale(distance, place, meter)) == 0) {
+    if (place.block == 0) return place;
+    place = {place.block - 1, blocks_[place.block - 1].count};
   }
-  if (!IsFarther(pairs[place.count - 1].distance, distance)) --place.count;
+  if (!IsFarther(Pairs(blocks_[place.block])[place.count - 1].distance, distance)) --place.count;
   return place;
 }
 
-/// Returns the place in front of the pair.
-WardPairList::Place WardPairList::Insert(const DistanceAndIndex& pair, Place place) {
-  if (blocks_[place.block].count == kBlockSize) {
-    DropGone(place);
-    if (blocks_[place.block].count > kBlockSize * 3 / 4) Split(place);
-  }
+/// Lowers the distances of the stale pairs right in front of a place; returns how many of its block are left there.
+std::size_t WardPairList::PassStale(float distance, Place place, WorkMeter* meter) {
   Block& block = blocks_[place.block];
+  std::size_t left = block.isPassed ? 0 : place.count;
+  for (DistanceAndIndex* const pairs = Pairs(block); left > 0 && IsStale(pairs[left - 1]); --left)
+    pairs[left - 1].distance = distance;
+  meter->Add(block.isPassed ? 1 : static_cast<std::int64_t>(place.count - left) + 1);
+  if (left > 0 || place.count == 0) return left;
+  block.first = distance;
+  block.isPassed = place.count == block.count;
+  return 0;
+}
+
+/// Returns the place in front of the pair.
+WardPairList::Place WardPairList::Insert(const DistanceAndIndex& pair, Place place, WorkMeter* meter) {
+  if (blocks_[place.block].count == kBlockSize) MakeRoom(&place, meter);
+  Block& block = blocks_[place.block];
+  WriteDistances(&block);
   DistanceAndIndex* const pairs = Pairs(block);
   std::copy_backward(pairs + place.count, pairs + block.count, pairs + block.count + 1);
   pairs[place.count] = pair;
@@ -244,29 +259,109 @@ WardPairList::Place WardPairList::Insert(const DistanceAndIndex& pair, Place pla
   return place;
 }
 
-void WardPairList::DropGone(Place& place) {
-  Block& block = blocks_[place.block];
+/// To be done before a block that was passed gets pairs that do not stand where all of it stands.
+void WardPairList::WriteDistances(Block* block) {
+  if (!block->isPassed) return;
+  DistanceAndIndex* const pairs = Pairs(*block);
+  for (std::size_t k = 0; k < block->count; ++k) pairs[k].distance = block->first;
+  block->isPassed = false;
+}
+
+void WardPairList::DropGone(Place* place) {
+  Block& block = blocks_[place->block];
   DistanceAndIndex* const pairs = Pairs(block);
   std::size_t kept = 0, inFront = 0;
   for (std::size_t k = 0; k < block.count; ++k) {
-    if (k == place.count) inFront = kept;
+    if (k == place->count) inFront = kept;
     if (!IsGone(pairs[k])) pairs[kept++] = pairs[k];
   }
-  place.count = place.count == block.count ? kept : inFront;
+  place->count = place->count == block.count ? kept : inFront;
   block.count = kept;
 }
 
+/// Makes room at a place in a full block: by dropping pairs that are gone, else from the nearest neighbour that has
+/// some, else by a split. So a list of full blocks is split at one block in 32 at most, until what came by that is full.
+void WardPairList::MakeRoom(Place* place, WorkMeter* meter) {
+  meter->Add(kBlockSize);
+  WriteDistances(&blocks_[place->block]);
+  DropGone(place);
+  if (blocks_[place->block].HasRoom()) return;
+  const std::size_t target = NearestWithRoom(place->block);
+  if (target == place->block) return Split(place);
+  const std::size_t blocks = target > place->block ? target - place->block : place->block - target;
+  meter->Add(static_cast<std::int64_t>(blocks * kBlockSize));
+  target > place->block ? ShiftBehind(place, target) : ShiftInFront(place, target);
+}
+
+/// The block itself if there is none.
+std::size_t WardPairList::NearestWithRoom(std::size_t block) const {
+  for (std::size_t away = 1; away <= kNeighbours; ++away) {
+    if (block + away < blocks_.size() && blocks_[block + away].HasRoom()) return block + away;
+    if (away <= block && blocks_[block - away].HasRoom()) return block - away;
+  }
+  return block;
+}
+
+/// The last n pairs of a block become the first ones of the next.
+void WardPairList::MoveToNext(std::size_t block, std::size_t n) {
+  if (n == 0) return;
+  Block &from = blocks_[block], &to = blocks_[block + 1];
+  WriteDistances(&from);
+  WriteDistances(&to);
+  DistanceAndIndex* const pairs = Pairs(to);
+  std::copy_backward(pairs, pairs + to.count, pairs + to.count + n);
+  std::copy_n(Pairs(from) + from.count - n, n, pairs);
+  from.count -= n;
+  to.count += n;
+  to.first = pairs[0].distance;
+}
+
+/// The first n pairs of a block become the last ones of that in front of it.
+void WardPairList::MoveToPrevious(std::size_t block, std::size_t n) {
+  if (n == 0) return;
+  Block &from = blocks_[block], &to = blocks_[block - 1];
+  WriteDistances(&from);
+  WriteDistances(&to);
+  DistanceAndIndex* const pairs = Pairs(from);
+  std::copy_n(pairs, n, Pairs(to) + to.count);
+  std::copy(pairs + n, pairs + from.count, pairs);
+  from.count -= n;
+  to.count += n;
+  to.first = Pairs(to)[0].distance;
+  from.first = pairs[0].distance;
+}
+
+/// Moves pairs from block to block up to one behind the place that has room; a place among them becomes that in front of
+/// the next block.
+void WardPairList::ShiftBehind(Place* place, std::size_t target) {
+  const std::size_t n = (kBlockSize - blocks_[target].count) / 2;
+  for (std::size_t block = target - 1; block > place->block; --block) MoveToNext(block, n);
+  const std::size_t behind = blocks_[place->block].count - place->count;
+  MoveToNext(place->block, std::min(n, behind));
+  if (behind < n) *place = {place->block + 1, 0};
+}
+
+/// The same towards the front.
+void WardPairList::ShiftInFront(Place* place, std::size_t target) {
+  const std::size_t n = (kBlockSize - blocks_[target].count) / 2;
+  for (std::size_t block = target + 1; block < place->block; ++block) MoveToPrevious(block, n);
+  const std::size_t inFront = place->count;
+  MoveToPrevious(place->block, std::min(n, inFront));
+  place->count -= std::min(n, inFront);
+  if (inFront < n) *place = {place->block - 1, blocks_[place->block - 1].count};
+}
+
 /// Moves the second half of a block into a new one behind it; the place stays between the same two pairs.
-void WardPairList::Split(Place& place) {
-  Block behind = {NewSlice(), blocks_[place.block].count / 2, 0};
-  Block& block = blocks_[place.block];
+void WardPairList::Split(Place* place) {
+  Block behind = {NewSlice(), blocks_[place->block].count / 2, 0};
+  Block& block = blocks_[place->block];
   block.count -= behind.count;
   const DistanceAndIndex* const moved = Pairs(block) + block.count;
   std::copy(moved, moved + behind.count, Pairs(behind));
   behind.first = moved->distance;
-  blocks_.insert(blocks_.begin() + static_cast<std::ptrdiff_t>(place.block) + 1, behind);
-  const std::size_t firstHalf = blocks_[place.block].count;
-  if (place.count > firstHalf) place = {place.block + 1, place.count - firstHalf};
+  blocks_.insert(blocks_.begin() + static_cast<std::ptrdiff_t>(place->block) + 1, behind);
+  const std::size_t firstHalf = blocks_[place->block].count;
+  if (place->count > firstHalf) *place = {place->block + 1, place->count - firstHalf};
 }
 
 }  // namespace kalmia

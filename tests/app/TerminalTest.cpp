@@ -242,7 +242,8 @@ TEST(Interrupt, StopsEachStepOfAClusterAnalysisAndLeavesNothingBehind) {
     ExpectStop(inMemory, text, folder);
   const std::vector<std::string> onDisk = {"cluster", table, "--method", "single", "--scale", "none", "--memory", "10M",
                                            "--temp", folder.Path("."), "--svg", folder.Path("s")};
-  for (const char* text : {"Calculating and saving 4498500 distances", "Splitting distances", "Loading distances"})
+  // Each lasts long enough to be drawn; the short steps behind them are stopped in the tests of the library.
+  for (const char* text : {"Calculating and saving 4498500 distances", "Splitting distances"})
     ExpectStop(onDisk, text, folder);
 }
 

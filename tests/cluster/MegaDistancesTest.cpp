@@ -194,6 +194,68 @@ TEST_F(MegaDistancesOnDisk, ASegmentWhoseLoadingIsStoppedIsLoadedAgain) {
   }
 }
 
+/// A store with memory for ten of 400 pairs: one is far out, so that the segment of the others is divided twice before it
+/// can be loaded, the second time by the range of what it holds.
+std::unique_ptr<MegaDistances> StoreToDivideAgain(NCProgress* progress) {
+  std::vector<DistanceAndIndex> memory(10);
+  auto store = std::make_unique<MegaDistances>(memory, progress, 400);
+  store->AddDistance({1e6F, 1, 2});
+  for (int k = 0; k < 399; ++k) store->AddDistance({static_cast<float>((k * 100) % 399), k, k + 1});
+  store->SplitDistances();
+  return store;
+}
+
+TEST_F(MegaDistancesOnDisk, ASegmentWhoseDivisionIsStoppedWhereverItIsIsDividedAgain) {
+  ProgressLog log;
+  const std::unique_ptr<NCProgress> bar = RecordingBar(&log);
+  // The range is read in 40 steps: one in 31 calls meets it, and each of the divisions, which ask for each file.
+  int stopAt = 1;
+  for (bool stopped = true; stopped; stopAt += 31) {
+    const std::unique_ptr<MegaDistances> store = StoreToDivideAgain(bar.get());
+    log.calls.clear();
+    log.stopAt = stopAt;
+    stopped = ErrorOf([&] { store->GetNearest(); }) == "Cluster analysis aborted.";
+    log.stopAt = 0;
+    if (!stopped) {
+      EXPECT_EQ(std::count(log.calls.begin(), log.calls.end(), "SetText Re-partitioning"), 2);
+    }
+    for (int k = 0; k < 400; ++k, store->RemoveNearest())
+      ASSERT_EQ(store->GetNearest().distance, k < 399 ? static_cast<float>(k) : 1e6F) << "stopped at " << stopAt;
+    EXPECT_EQ(Files(), 0);
+  }
+  EXPECT_GE(stopAt, 3 * 40);
+}
+
+TEST_F(MegaDistancesOnDisk, ABufferThatWasLentComesBackEmptyAlsoAfterAStop) {
+  DistanceFile source;
+  const DistanceAndIndex pairs[] = {{1, 1, 2}, {2, 1, 3}, {3, 2, 3}};
+  source.Append(pairs, 3);
+  source.count = 3;
+  ProgressLog log;
+  log.stopAt = 1;
+  const std::unique_ptr<NCProgress> bar = RecordingBar(&log);
+  std::vector<float> limits = {3, 2};
+  std::vector<DistanceAndIndex> buffer;
+  buffer.reserve(2);
+  EXPECT_EQ(ErrorOf([&] { DendroGram::DistributeDistances(source, limits, buffer, 3, bar.get()); }),
+            "Cluster analysis aborted.");
+  EXPECT_TRUE(buffer.empty());
+  EXPECT_GE(buffer.capacity(), 2U);
+}
+
+TEST_F(MegaDistancesOnDisk, AsksSeldomWhileItSortsASmallSegment) {
+  std::vector<DistanceAndIndex> memory(30000);
+  ProgressLog log;
+  const std::unique_ptr<NCProgress> bar = RecordingBar(&log);
+  MegaDistances store(memory, bar.get(), 30000);
+  for (int k = 0; k < 30000; ++k) store.AddDistance({static_cast<float>((k * 7919) % 30000), k / 200 + 1, 300 + k % 200});
+  store.SplitDistances();
+  log.calls.clear();
+  EXPECT_EQ(store.GetNearest().distance, 0);
+  // Three passes over up to 30000 pairs, each asking for 8192; there are some 400000 comparisons.
+  EXPECT_LE(log.Count("IsBreakPressed"), 30);
+}
+
 TEST_F(MegaDistancesOnDisk, AFileBeyondFourGigabytesIsReadWhereItsRecordIs) {
   DistanceFile file;
   const std::uint32_t number = 400000000;  // 4.8 GB; nothing is written in front of it

@@ -169,6 +169,61 @@ TEST(WardPairList, RepairsALongTailInRunsAsItWouldAtOnce) {
   }
 }
 
+/// How many questions the repair of a list's tail takes where each pair of it is given this distance.
+int QuestionsOfRepair(WardPairList* list, float distance) {
+  int questions = 0;
+  list->RepairTail([distance](DistanceAndIndex* pair) { pair->distance = distance; }, [&questions] { ++questions; });
+  return questions;
+}
+
+/// Merges rows two by two up to a row: of each two, one pair is stale with each other two, and three are gone.
+void MergeTwoByTwo(WardPairList* list, int rows) {
+  for (int row = 1; row < rows; row += 2) list->Numbers().Merge(row, row + 1);
+}
+
+TEST(WardPairList, AsksForThePairsThatAnInsertionPassesAndPassesThemAsBlocksTheNextTime) {
+  const int rows = 420;
+  Pairs pairs = {{100000, 417, 418}};
+  for (int i = 3; i <= 416; ++i)
+    for (int j = i + 1; j <= 416; ++j) pairs.push_back({static_cast<float>(99999 - pairs.size()), i, j});
+  const int passed = static_cast<int>(pairs.size()) - 1;
+  for (const DistanceAndIndex& pair : Pairs{{4, 417, 419}, {3, 1, 3}, {2, 419, 420}, {1, 1, 5}}) pairs.push_back(pair);
+  WardPairList list(std::move(pairs), rows);
+  MergeTwoByTwo(&list, 416);
+  ASSERT_FALSE(list.IsEmpty());
+  ASSERT_TRUE(list.EndsStale());
+  EXPECT_GE(QuestionsOfRepair(&list, 4.5F), passed / 8192) << "1 and 2 with 5 and 6 go behind 417 with 418";
+  EXPECT_EQ(list.TakeLast().distance, 2);
+  ASSERT_FALSE(list.IsEmpty());
+  ASSERT_TRUE(list.EndsStale());
+  EXPECT_EQ(QuestionsOfRepair(&list, 4.25F), 0) << "1 and 2 with 3 and 4 go there, too, past some 170 blocks";
+  std::vector<float> fresh;
+  while (!list.IsEmpty()) {
+    const bool stale = list.EndsStale();
+    const float distance = list.TakeLast().distance;
+    if (!stale) fresh.push_back(distance);
+  }
+  EXPECT_THAT(fresh, ::testing::ElementsAre(4, 4.25F, 4.5F, 100000));
+}
+
+TEST(WardPairList, AsksForThePairsThatAreGoneBetweenTheStaleOnesOfItsTail) {
+  const int rows = 420;
+  Pairs pairs;
+  for (int i = 1; i <= rows; ++i)
+    for (int j = i + 1; j <= rows; ++j) pairs.push_back({1, i, j});
+  WardPairList list(std::move(pairs), rows);
+  MergeTwoByTwo(&list, rows);
+  const int stale = 210 * 209 / 2;
+  EXPECT_GE(QuestionsOfRepair(&list, 1), 87990 / 8192 + 2 * stale / 8192) << "and put back, and turned round";
+}
+
+TEST(WardPairList, AsksForThePairsThatItComputesPutsBackAndTurns) {
+  WardPairList list(FallingPairs(420, 87990), 420);
+  ASSERT_FALSE(list.IsEmpty());
+  // All stay at the end, in blocks that are turned round when all have been put into them.
+  EXPECT_GE(QuestionsOfRepair(&list, 1), 2 * (87990 / 8192) + 87990 / 8192);
+}
+
 TEST(WardPairList, IsLeftByAQuestionThatThrowsAtWhicheverItIs) {
   const auto update = [](DistanceAndIndex* pair) { pair->distance = static_cast<float>(pair->j); };
   for (int last = 1; last <= 20; ++last) {
@@ -189,6 +244,23 @@ TEST(WardPairList, RepairsItsTailInLittleMoreThanItsOwnMemory) {
   list.RepairTail([](DistanceAndIndex* pair) { pair->distance = static_cast<float>(pair->j % 100); });
   // A run of 32768 pairs and the room of its sort, 0.6 MB; a slice of 512 pairs for each of 35 runs, 0.2 MB; an index.
   EXPECT_LE(meter.GetBytes(), 1200000);
+}
+
+TEST(WardPairList, GrowsLittleWhereManyPairsGoToScatteredPlacesOfFullBlocks) {
+  const int rows = 1500, stale = 8000;
+  const std::size_t bytes = 1124250 * sizeof(DistanceAndIndex);
+  WardPairList list(FallingPairs(rows, stale), rows);
+  ASSERT_FALSE(list.IsEmpty());
+  const PeakBytesDuring meter;
+  list.RepairTail([](DistanceAndIndex* pair) {
+    pair->distance = static_cast<float>((static_cast<unsigned>(pair->i) * 7919U + static_cast<unsigned>(pair->j) * 104729U) %
+                                        139529U + 1000U);
+  });
+  // A 32nd for blocks that were split; the tail and the room of its sort, twice 8000 pairs and a half, and an index.
+  EXPECT_LE(meter.GetBytes(), static_cast<std::int64_t>(bytes / 32 + 8000 * 12 * 3 + 131072));
+  const std::vector<float> distances = DistancesFromTheEnd(list);
+  EXPECT_EQ(distances.size(), 1124250U);
+  EXPECT_TRUE(std::is_sorted(distances.begin(), distances.end()));
 }
 
 /// A copy of the list that goes on beside it.
