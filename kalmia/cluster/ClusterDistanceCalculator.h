@@ -24,7 +24,7 @@ class ClusterAllocationError : public NCError {
 };
 
 /// What "near" means, and with it the work of a cluster analysis: the strategy of one run of GetDendroGram. A copy has
-/// its own state.
+/// its own state, but asks the progress object of Init too.
 class ClusterDistanceCalculator {
  public:
   virtual ~ClusterDistanceCalculator() = default;

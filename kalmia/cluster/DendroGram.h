@@ -24,8 +24,8 @@ namespace DendroGram {
 /// entry is "Dendro_", rows and columns with an underscore in between, another one, and the MD5 of cells and id.
 ///
 /// Missing: NCError where a row misses more than half of its cells, and CommonColumnsError where two rows have less than
-/// the root of the number of columns, rounded, in common. Throws NCError "Cluster analysis aborted." when the user stops, and for a
-/// table without rows or columns; what the calculator throws passes through. Then nothing is left behind.
+/// the root of the number of columns, rounded, in common. Throws NCError "Cluster analysis aborted." when the user stops,
+/// and for a table without rows or columns; what the calculator throws passes through. Then nothing is left behind.
 DendroGramNode* GetDendroGram(const NCDataMatrix<float>& data, ClusterDistanceCalculator& calculator,
                               NCProgress* progress, VexStreamSource* cache);
 
