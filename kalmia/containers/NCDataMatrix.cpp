@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "kalmia/containers/AlignedBlock.h"
+#include "kalmia/containers/SizeLimit.h"
 
 using kalmia::kMissingCell;
 
@@ -27,6 +28,7 @@ NCDataMatrix<T>::NCDataMatrix() {
 
 template <class T>
 NCDataMatrix<T>::NCDataMatrix(int rows, int columns, T value) : NCDataMatrix() {
+  kalmia::RequireTableSize(rows, columns);
   const bool missing = value == kMissingCell<T>;
   MoveRows(rows);
   for (int r = 1; r <= rows; ++r) rowArray_[r].InsertValues(1, columns, value);

@@ -27,12 +27,17 @@ struct MatrixDestroyer {
 /// The table: observations in rows, variables in columns, both from 1. An array of NCDataVector rows with counts of
 /// missing cells per column and in total. Sharing works on two levels: a copy shares the whole row array; once that is
 /// split by a write, the rows go on sharing their cells one by one. Instantiated for `float` and `double`.
-/// No index or shape is checked. What an operation is given may be a row of the matrix itself, or the matrix; so may a
-/// result target, which may be any operand, too.
+/// No index and no shape of an operand is checked. What an operation is given may be a row of the matrix itself, or the
+/// matrix; so may a result target, which may be any operand, too.
 ///
-/// Several threads may read one table, CopyContent from it included. None may write meanwhile, name a result target, or
-/// take a share, for counts of sharing are plain memory: copies do, GetRowSubMatrix, GetSVD and
-/// GetRegressionCoefficients do of the table, and of rows and tables what puts them into another one.
+/// A table has at most 2^31 - 1 cells, so that every count is an `int`. Constructors, SetSize, Resize and whatever adds
+/// rows or columns throw NCError for more, and for a negative size, before they take memory; so does an operation whose
+/// result would be larger.
+///
+/// Several threads may read one table at the same time: every const operation may run but those named here. None may
+/// write meanwhile, name a result target, write the table to a stream (`operator<<` marks it as visited), or share it,
+/// for counts of sharing are plain memory. Sharing are copies and GetRowSubMatrix; InsertRow, push_back, SetRow and
+/// ConcatRows of what they are given; and InsertColumns of a table whose columns go into one of 0 by 0.
 ///
 /// Writing operations unlink first and keep all counts of missing cells, but for those that say otherwise. Memory that
 /// is not there surfaces as std::bad_alloc: where life, sharing and structure are concerned nothing has changed by then
@@ -226,7 +231,8 @@ class NCDataMatrix : public virtual VexStreamBase {
 
   // Persistence: magic "NCDM", version 4; versions 1 to 3 are read. The cells decide: counts are taken from them. Sizes
   // that the stream does not cover, rows of another length than `columns` and column counts of another number are
-  // refused, in version 4 by a VexStreamError, in older ones by a false read; the matrix is then 0 by 0.
+  // refused, and so are more than 2^31 - 1 cells, in version 4 by a VexStreamError, in older ones by a false read; the
+  // matrix is then 0 by 0.
   class DerivedStreamableData : public VexStreamableData {
    public:
     using VexStreamableData::VexStreamableData;

@@ -4,6 +4,7 @@
 
 #include "kalmia/containers/NCDataMatrix.h"
 #include "kalmia/containers/OldLayout.h"
+#include "kalmia/containers/SizeLimit.h"
 
 namespace {
 
@@ -75,7 +76,7 @@ bool NCDataMatrix<T>::ReadStreamDirectory(std::istream& stream) {
   ReadFromStreamDir(rows, directory, kRows, /*must=*/true);
   ReadFromStreamDir(read.columns_, directory, kColumns, /*must=*/true);
   ReadFromStreamDir(missing, directory, kMissingCells, /*must=*/true);
-  if (rows < 0 || read.columns_ < 0) kalmia::ThrowReadError();
+  if (!kalmia::CanBeTable(rows, read.columns_)) kalmia::ThrowReadError();
   if (rows > 0) {
     std::istream* cells = directory.GetInput(kCells);
     if (!cells) throw VexStreamError();
@@ -106,7 +107,7 @@ bool NCDataMatrix<T>::ReadOldLayout(std::istream& stream, short version) {
   int missing = 0;  // what the cells say counts
   if (!ReadFourBytes(&rows, 1, stream) || !ReadFourBytes(&columns, 1, stream) || !ReadFourBytes(&missing, 1, stream))
     return false;
-  if (rows < 0 || columns < 0) return false;
+  if (!kalmia::CanBeTable(rows, columns)) return false;
 
   // The stream may not know its length: only cells that were really there decide how large the matrix becomes.
   std::vector<T> cells;

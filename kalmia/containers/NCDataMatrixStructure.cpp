@@ -6,6 +6,8 @@
 
 #include "kalmia/containers/CapacityRule.h"
 #include "kalmia/containers/NCDataMatrix.h"
+#include "kalmia/containers/RowOperand.h"
+#include "kalmia/containers/SizeLimit.h"
 
 using kalmia::kMissingCell;
 
@@ -42,6 +44,7 @@ void NCDataMatrix<T>::VacateRows(int first, int last) {
 template <class T>
 void NCDataMatrix<T>::SetSize(int r, int c) {
   if (r == rows_ && c == columns_) return;
+  kalmia::RequireTableSize(r, c);
   MakeRoom(r);
   PrepareRows(r, c);
   const NCIntegralVector<int, -99> counts(c, r);
@@ -58,6 +61,7 @@ void NCDataMatrix<T>::SetSize(int r, int c) {
 
 template <class T>
 void NCDataMatrix<T>::Resize(int r, int c) {
+  kalmia::RequireTableSize(r, c);
   if (r < rows_) RemoveRows(r + 1, rows_ - r);
   if (c < columns_) RemoveColumns(c + 1, columns_ - c);
   if (c > columns_) InsertColumns(columns_ + 1, c - columns_);
@@ -78,6 +82,7 @@ void NCDataMatrix<T>::ReserveColumns(int n) {
 template <class T>
 void NCDataMatrix<T>::InsertRows(int at, int n) {
   if (n == 0) return;
+  kalmia::RequireTableSize(std::int64_t{rows_} + n, columns_);
   MakeRoom(rows_ + n);
   std::vector<NCDataVector<T>> inserted(static_cast<std::size_t>(n));
   for (NCDataVector<T>& row : inserted) row.SetSize(columns_);
@@ -91,6 +96,7 @@ void NCDataMatrix<T>::InsertRows(int at, int n) {
 
 template <class T>
 void NCDataMatrix<T>::InsertRow(int at, const NCDataVector<T>& v) {
+  kalmia::RequireTableSize(std::int64_t{rows_} + 1, rows_ == 0 ? v.Size() : columns_);
   const NCDataVector<T> row(v);  // v may be a row of this matrix, which moves
   MakeRoom(rows_ + 1);
   if (rows_ == 0) SetSize(0, row.Size());
@@ -140,6 +146,7 @@ void NCDataMatrix<T>::RemoveRows(const NCIntegralVector<int, -99>& indices) {
 template <class T>
 void NCDataMatrix<T>::InsertColumns(int at, int n) {
   if (n == 0) return;
+  kalmia::RequireTableSize(rows_, std::int64_t{columns_} + n);
   Unlink();
   PrepareRows(rows_, columns_ + n);
   at = std::min(at, columns_ + 1);
@@ -156,7 +163,10 @@ void NCDataMatrix<T>::InsertColumns(int at, const NCDataMatrix& m) {
     *this = m;
     return;
   }
-  const NCDataMatrix source(m);  // m may be this matrix
+  kalmia::RequireTableSize(rows_, std::int64_t{columns_} + m.columns_);
+  NCDataMatrix held;  // keeps what is inserted where m is this matrix; no share of any other in passing
+  if (this == &m) held = m;
+  const NCDataMatrix& source = this == &m ? held : m;
   Unlink();
   PrepareRows(rows_, columns_ + source.columns_);
   at = std::min(at, columns_ + 1);
@@ -168,12 +178,12 @@ void NCDataMatrix<T>::InsertColumns(int at, const NCDataMatrix& m) {
 
 template <class T>
 void NCDataMatrix<T>::InsertColumn(int at, const NCDataVector<T>& v) {
-  const NCDataVector<T> column(v);  // v may be a row of this matrix
+  const kalmia::RowOperand<T> column(v, *this);
   if (columns_ == 0)
-    SetSize(column.Size(), 1);
+    SetSize((*column).Size(), 1);
   else
     InsertColumns(at, 1);
-  SetColumn(std::min(at, columns_), column);
+  SetColumn(std::min(at, columns_), *column);
 }
 
 template <class T>
@@ -189,6 +199,7 @@ void NCDataMatrix<T>::RemoveColumns(int at, int n) {
 
 template <class T>
 void NCDataMatrix<T>::ReduceColumns(const NCIntegralVector<int, -99>& indices) {
+  kalmia::RequireTableSize(rows_, indices.Size());
   NCDataMatrix reduced(*this);
   reduced.MoveRows(rowCapacity_);
   for (int r = 1; r <= rows_; ++r) reduced.rowArray_[r].Reduce(indices);
@@ -203,6 +214,7 @@ void NCDataMatrix<T>::ReduceColumns(const NCIntegralVector<int, -99>& indices) {
 template <class T>
 void NCDataMatrix<T>::ConcatRows(const NCDataMatrix& m) {
   if (m.rows_ == 0) return;
+  kalmia::RequireTableSize(std::int64_t{rows_} + m.rows_, rows_ == 0 ? m.columns_ : columns_);
   const NCDataMatrix source(m);  // m may be this matrix
   MoveRows(rows_ + source.rows_);
   if (rows_ == 0) SetSize(0, source.columns_);
@@ -219,6 +231,7 @@ void NCDataMatrix<T>::ConcatColumns(const NCDataMatrix& m) {
 
 template <class T>
 void NCDataMatrix<T>::RearrangeColumns(const std::vector<int>& order) {
+  kalmia::RequireTableSize(rows_, static_cast<std::int64_t>(order.size()));
   const NCDataMatrix old(*this);
   NCDataMatrix rearranged;
   for (const int c : order) rearranged.InsertColumn(rearranged.columns_ + 1, old.GetColumn(c));

@@ -7,6 +7,7 @@
 #include "kalmia/containers/CapacityRule.h"
 #include "kalmia/containers/IntPool.h"
 #include "kalmia/containers/MoveCells.h"
+#include "kalmia/containers/SizeLimit.h"
 
 // Life, sharing and access. The other members are defined by theme in NCDataVector*.cpp and in kernels/.
 
@@ -161,6 +162,7 @@ void NCDataVector<T>::ReplaceBlock(kalmia::AlignedBlock<T>& block, int capacity)
 
 template <class T>
 void NCDataVector<T>::PrepareToOverwrite(int n) {
+  kalmia::RequireVectorSize(n);
   // A shared vector gets the room that it would have after an unlink, without the copy that nobody would read.
   const bool shared = *refCount_ > 1;
   const int capacity = kalmia::GrownCapacity(shared ? size_ : capacity_, n);
@@ -177,7 +179,9 @@ void NCDataVector<T>::PrepareToOverwrite(int n) {
 
 template <class T>
 void NCDataVector<T>::CountMissing() {
-  numMisVal_ = static_cast<int>(std::count(begin(), end(), kMissingCell<T>));
+  int holes = 0;  // an int all along: std::count would count in 64 bits, half as many cells to a register
+  for (const T* cell = begin(); cell != end(); ++cell) holes += *cell == kMissingCell<T> ? 1 : 0;
+  numMisVal_ = holes;
 }
 
 template <class T>

@@ -31,7 +31,11 @@ struct VectorDestroyer {
 /// The data vector: cells from 1, any of them possibly missing (-99), with a count of the missing ones. Copies share
 /// storage until one of them is written to: reads never unlink, every non-const operation does unless it says
 /// otherwise. Instantiated for `float` and `double`; sums run in double, cells are stored as `T`.
-/// No index, position or size is checked. A vector that is shared must not be copied or released from two threads.
+/// No index or position is checked, nor that operands have one size. More than 2^31 - 1 cells, or fewer than none, are
+/// refused with an NCError before memory is taken; only the constructors take a negative number for 0.
+///
+/// Several threads may read one vector at the same time. None may write meanwhile, name a result target, write the
+/// vector to a stream (`operator<<` marks it as visited), or copy or release it or a share of it.
 ///
 /// An operation that returns a vector builds it in the target that `Result` named, if one was named: the target must
 /// have the size of the result already.
@@ -144,6 +148,8 @@ class NCDataVector : public virtual VexStreamBase {
 
   // Statistics; n counts the present cells, -99 is "no estimate". Defined in NCDataVectorStatistics.cpp, ...Order.cpp
   // and ...Trend.cpp. A NaN is a cell like any other, but has no place in an order: it comes behind all numbers.
+  // Skewness, kurtosis, SNV, both detrendings and the line over positions are worked out in double throughout, and
+  // what they return is a double; they are defined in kernels/NCDataVectorStandardise.cpp.
   long double GetMean() const;                     ///< sum(x) / n; -99 when there is none, or where the sum is -99
   long double GetVariance() const;                 ///< over n - 1; 0 for n = 1, -99 for n = 0 or a mean of -99
   long double GetStdDev() const;                   ///< -99 below 2 cells
@@ -233,6 +239,8 @@ class NCDataVector : public virtual VexStreamBase {
   void UnInitialisedInsert(int at, int n);         ///< opens a gap of n undefined cells; size + n
   void CountMissing();                             ///< numMisVal_ from the cells
   void SetCountOfCombination(bool complete);       ///< 0 if the sources were complete, else from the cells
+  void SNVInto(NCDataVector& out) const;           ///< `out` has the size of this one, and may be this one
+  void FitOverPositions(double& intercept, double& slope) const;  ///< the line of LeastSquare; at least 2 cells present
   static void Add(NCDataVector& out, const NCDataVector& a, const NCDataVector& b);
   T* Cells() { return data_ ? data_ + 1 : nullptr; }  ///< begin() for writing; the caller has unlinked
   bool ReadCells(std::istream& stream, int size);  ///< the size is from a stream, and may be a lie

@@ -4,6 +4,7 @@
 #include "kalmia/containers/CapacityRule.h"
 #include "kalmia/containers/MoveCells.h"
 #include "kalmia/containers/NCDataVector.h"
+#include "kalmia/containers/SizeLimit.h"
 
 // Size, insertion, removal.
 
@@ -37,6 +38,7 @@ void NCDataVector<T>::SetSize(int n) {
 
 template <class T>
 NCDataVector<T>& NCDataVector<T>::Resize(int n, T fill) {
+  kalmia::RequireVectorSize(n);
   if (n < size_) {
     RemoveValues(n + 1, size_ - n);
   } else {
@@ -47,6 +49,7 @@ NCDataVector<T>& NCDataVector<T>::Resize(int n, T fill) {
 
 template <class T>
 void NCDataVector<T>::UnInitialisedInsert(int at, int n) {
+  kalmia::RequireVectorSize(std::int64_t{size_} + n);
   const bool shared = *refCount_ > 1;
   const int behind = size_ - at + 1;
   const int capacity = kalmia::GrownCapacity(shared ? size_ : capacity_, size_ + n);

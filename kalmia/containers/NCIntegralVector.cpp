@@ -5,6 +5,7 @@
 
 #include "kalmia/containers/CapacityRule.h"
 #include "kalmia/containers/MoveCells.h"
+#include "kalmia/containers/SizeLimit.h"
 
 // Life, sharing, access and structure. Order and search are in NCIntegralVectorOrder.cpp, the stream form in
 // NCIntegralVectorStream.cpp.
@@ -31,6 +32,7 @@ NCIntegralVector<T, M>::NCIntegralVector(int n, T value) {
 
 template <class T, int M>
 NCIntegralVector<T, M>::NCIntegralVector(const T* p, int n) : size_(n), capacity_(n), storage_(NewCells<T>(n)) {
+  kalmia::RequireVectorSize(n);
   MoveCells(storage_.Get() ? storage_.Get() + 1 : nullptr, p, n);
 }
 
@@ -83,6 +85,7 @@ void NCIntegralVector<T, M>::CopyContent(const NCIntegralVector& other) {
 template <class T, int M>
 void NCIntegralVector<T, M>::SetSize(int n) {
   if (n == size_) return;
+  kalmia::RequireVectorSize(n);
   const int capacity = kalmia::GrownCapacity(capacity_, n);
   if (capacity != capacity_) {
     storage_ = NewCells<T>(capacity);
@@ -95,6 +98,7 @@ void NCIntegralVector<T, M>::SetSize(int n) {
 
 template <class T, int M>
 void NCIntegralVector<T, M>::SetNumValues(int n, T value) {
+  kalmia::RequireVectorSize(n);
   storage_ = NewCells<T>(n);
   size_ = capacity_ = n;
   SetAllValues(value);
@@ -131,6 +135,7 @@ void NCIntegralVector<T, M>::Reserve(int n) {
 
 template <class T, int M>
 void NCIntegralVector<T, M>::Insert(int at, int n) {
+  kalmia::RequireVectorSize(std::int64_t{size_} + n);
   const int behind = size_ - at + 1;
   const int capacity = kalmia::GrownCapacity(capacity_, size_ + n);
   if (capacity != capacity_) {
@@ -160,7 +165,9 @@ template <class T, int M>
 void NCIntegralVector<T, M>::InsertValues(int at, const NCIntegralVector& v) {
   if (v.size_ == 0) return;
   at = std::min(at, size_ + 1);
-  const NCIntegralVector source(v);  // holds the cells also where v is this vector
+  NCIntegralVector held;  // keeps the cells where v is this vector; no share of any other in passing
+  if (this == &v) held = v;
+  const NCIntegralVector& source = this == &v ? held : v;
   Insert(at, source.size_);
   MoveCells(storage_.Get() + at, source.begin(), source.size_);
 }
@@ -198,6 +205,7 @@ T* NCIntegralVector<T, M>::erase(const T* first, const T* last) {
 
 template <class T, int M>
 NCIntegralVector<T, M>& NCIntegralVector<T, M>::Resize(int n, T fill) {
+  kalmia::RequireVectorSize(n);
   if (n < size_) {
     RemoveValues(n + 1, size_ - n);
   } else {
@@ -216,7 +224,10 @@ void NCIntegralVector<T, M>::RemoveValues(int at, int n) {
 
 template <class T, int M>
 void NCIntegralVector<T, M>::Remove(const NCIntegralVector<int, -99>& indices) {
-  const NCIntegralVector<int, -99> listed(indices);  // unlinked below, should it be this vector
+  NCIntegralVector<int, -99> held;  // keeps the list where it is this vector; no share of any other in passing
+  const bool isThis = static_cast<const void*>(this) == &indices;
+  if (isThis) held = indices;
+  const NCIntegralVector<int, -99>& listed = isThis ? held : indices;
   ForceUnlink();
   int kept = 0;
   for (int i = 1; i <= size_; ++i)

@@ -7,7 +7,7 @@
 
 /// Vector of whole numbers, positions from 1: indices, group numbers, flags, counts. Copies share storage until one of
 /// them is written. `M` is the missing constant of the type, only a default: no count of missing cells is kept.
-/// Instantiated for <int,-99>, <bool,0> and <unsigned long,0>. No index is checked.
+/// Instantiated for <int,-99>, <bool,0> and <unsigned long,0>. No index is checked; sizes are, as in NCDataVector.
 template <class T, int M>
 class NCIntegralVector : public virtual VexStreamBase {
  public:

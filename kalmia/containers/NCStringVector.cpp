@@ -2,8 +2,11 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <cstdint>
 #include <iterator>
 #include <utility>
+
+#include "kalmia/containers/SizeLimit.h"
 
 namespace {
 
@@ -47,6 +50,7 @@ void NCStringVector::Reserve(int n) {
 }
 
 void NCStringVector::push_back(const CString& s) {
+  kalmia::RequireVectorSize(std::int64_t{Size()} + 1);
   Unlink();
   strings_->push_back(s);
 }
@@ -61,7 +65,9 @@ void NCStringVector::InsertStrings(int at) { InsertStrings(at, 1); }
 void NCStringVector::InsertStrings(int at, int n) { InsertStrings(at, n, CString()); }
 
 void NCStringVector::InsertStrings(int at, int n, const CString& s) {
-  if (n > 0) Insert(at, Strings(ToSize(n), s));
+  if (n < 1) return;
+  kalmia::RequireVectorSize(std::int64_t{Size()} + n);
+  Insert(at, Strings(ToSize(n), s));
 }
 
 /// The strings are there already and only move into place: where memory runs out the list is as it was.
@@ -96,6 +102,7 @@ void NCStringVector::Reduce(const NCIntegralVector<int, -99>& indices) {
 }
 
 void NCStringVector::Concat(const NCStringVector& v) {
+  kalmia::RequireVectorSize(std::int64_t{Size()} + v.Size());
   if (!v.empty()) Insert(Size() + 1, *v.strings_);
 }
 

@@ -11,7 +11,7 @@
 /// Names of variables and observations: a vector of strings, positions from 1. Copies share storage until one of them
 /// is written; where nothing is inserted or removed they go on sharing. No index is checked, but where strings are
 /// inserted or removed positions below 1 count as 1, positions and lengths beyond the end are cut to it. Absence is
-/// reported as position 0. Throws std::bad_alloc: the strings are as they were then, or gone after a read.
+/// position 0. Throws std::bad_alloc, NCError for more than 2^31 - 1: the strings stay then, or are gone after a read.
 ///
 /// The orders of the sorted operations: with `numeric`, two strings that are both numbers (VexString::ToFloat) compare
 /// as numbers; every other pair compares by text, byte by byte with `caseSensitive`, else A to Z count as a to z.

@@ -4,8 +4,8 @@
 #include <cstdint>
 
 #include "kalmia/containers/NCDataMatrix.h"
+#include "kalmia/containers/RowOperand.h"
 #include "kalmia/kernels/Regression.h"
-#include "kalmia/kernels/RowOperand.h"
 #include "kalmia/kernels/Slices.h"
 #include "kalmia/kernels/Team.h"
 #include "kalmia/kernels/UnlinkedRows.h"

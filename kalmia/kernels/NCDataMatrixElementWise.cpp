@@ -3,7 +3,7 @@
 #include <functional>
 
 #include "kalmia/containers/NCDataMatrix.h"
-#include "kalmia/kernels/RowOperand.h"
+#include "kalmia/containers/RowOperand.h"
 
 using kalmia::kMissing;
 using kalmia::kMissingCell;

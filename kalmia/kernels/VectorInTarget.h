@@ -1,7 +1,7 @@
 #pragma once
 
 #include "kalmia/containers/NCDataMatrix.h"
-#include "kalmia/kernels/RowOperand.h"
+#include "kalmia/containers/RowOperand.h"
 
 namespace kalmia {
 

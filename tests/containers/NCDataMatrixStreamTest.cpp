@@ -380,6 +380,11 @@ std::vector<Lie<T>> Lies() {
           {"one column more than there is", [](C& c) { ++c.columns; }},
           {"one column less than there is", [](C& c) { --c.columns; }},
           {"rows times columns beyond 32 bits", [](C& c) { c.rows = c.columns = 65536; }},
+          {"one cell more than a table holds",
+           [](C& c) {
+             c.rows = 65536;
+             c.columns = 32768;
+           }},
           {"columns without end and no row",
            [](C& c) {
              c.rows = 0;
