@@ -1,5 +1,10 @@
 #pragma once
 
+#include <cstdint>
+#include <cstring>
+
+#include "kalmia/containers/Missing.h"
+
 namespace kalmia {
 
 /// Accumulators of every sum over a vector, whatever the width of the machine.
@@ -23,6 +28,23 @@ inline double LaneSum(int n, Term term) {
     for (int k = 0; k < kLanes; ++k) lane[k] += term(i + k);
   for (int k = 0; i < n; ++i, ++k) lane[k] += term(i);
   return FoldInHalves(lane);
+}
+
+/// x, or +0 where it is not kept, without a branch: which cells are holes cannot be foreseen. A sum that started at +0
+/// stays the same to the bit when +0 is added, so a term that is not kept takes no part.
+inline double Kept(bool keep, double x) {
+  std::uint64_t bits;
+  std::memcpy(&bits, &x, sizeof bits);
+  bits &= std::uint64_t{0} - static_cast<std::uint64_t>(keep);
+  std::memcpy(&x, &bits, sizeof x);
+  return x;
+}
+
+/// Sum of f(x) over the present cells among the n from 0 on.
+template <class T, class F>
+double SumPresent(const T* x, int n, bool complete, F f) {
+  if (complete) return LaneSum(n, [=](int i) { return f(static_cast<double>(x[i])); });
+  return LaneSum(n, [=](int i) { return Kept(x[i] != kMissingCell<T>, f(static_cast<double>(x[i]))); });
 }
 
 }  // namespace kalmia

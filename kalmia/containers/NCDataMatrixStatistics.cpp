@@ -7,6 +7,7 @@
 #include "kalmia/containers/SampleMoments.h"
 
 using kalmia::kMissing;
+using kalmia::kMissingCell;
 
 namespace {
 
@@ -25,14 +26,30 @@ int PresentInColumn(const NCDataMatrix<T>& m, int c) {
   return m.SizeRows() == 0 ? 0 : m.SizeRows() - m.GetColumnMisVal(c);
 }
 
-/// sum(((x - mean) / sd)^power) over the present cells of column c.
 template <class T>
-long double SumOfStandardisedPowers(const NCDataMatrix<T>& m, int c, long double sd, int power) {
-  const long double mean = m.GetColumnMean(c);
-  long double sum = 0;
-  ForEachPresent(m, c, [&](T x) {
-    sum += kalmia::PowerOf((x - mean) / sd, power);
-  });
+double SumOfColumn(const NCDataMatrix<T>& m, int c) {
+  double sum = 0;
+  ForEachPresent(m, c, [&sum](T x) { sum += x; });
+  return sum;
+}
+
+/// What standardises the present cells of column c, in double: the sum of squares is taken over `divisor`, or over one
+/// less than the cells where that is missing. False where the moments of higher order have no estimate.
+template <class T>
+bool GetColumnMeanAndSd(const NCDataMatrix<T>& m, int c, float divisor, double& mean, double& sd) {
+  const int n = PresentInColumn(m, c);
+  const double denominator = divisor == kMissing ? n - 1 : static_cast<double>(divisor);
+  if (n < 2 || denominator <= 0) return false;
+  mean = SumOfColumn(m, c) / n;
+  sd = std::sqrt(static_cast<double>(m.GetColumnSS(c, mean)) / denominator);
+  return sd != 0;
+}
+
+/// sum(((x - mean) / sd)^power) over the present cells of column c.
+template <int power, class T>
+double SumOfStandardisedPowers(const NCDataMatrix<T>& m, int c, double mean, double sd) {
+  double sum = 0;
+  ForEachPresent(m, c, [&sum, mean, sd](T x) { sum += kalmia::PowerOf<power>((x - mean) / sd); });
   return sum;
 }
 
@@ -56,9 +73,7 @@ long double NCDataMatrix<T>::GetColumnMean(int c) const {
   if (rows_ == 0) return 0;
   const int n = PresentInColumn(*this, c);
   if (n == 0) return kMissing;
-  double sum = 0;
-  ForEachPresent(*this, c, [&sum](T x) { sum += x; });
-  return static_cast<long double>(sum) / n;
+  return static_cast<long double>(SumOfColumn(*this, c)) / n;
 }
 
 template <class T>
@@ -81,23 +96,22 @@ long double NCDataMatrix<T>::GetColumnStdDev(int c, float divisor) const {
 
 template <class T>
 long double NCDataMatrix<T>::GetColumnSkewness(int c, int divisor) const {
-  const int n = PresentInColumn(*this, c);
-  const long double sd = GetColumnStdDev(c, static_cast<float>(divisor));
-  if (n < 2 || sd == 0 || sd == kMissing) return kMissing;
-  return kalmia::SkewnessFromCubes(SumOfStandardisedPowers(*this, c, sd, 3), n);
+  double mean, sd;
+  if (!GetColumnMeanAndSd(*this, c, static_cast<float>(divisor), mean, sd)) return kMissing;
+  return kalmia::SkewnessFromCubes(SumOfStandardisedPowers<3>(*this, c, mean, sd), PresentInColumn(*this, c));
 }
 
 template <class T>
 long double NCDataMatrix<T>::GetColumnSkewnessTest(int c, int divisor) const {
-  return kalmia::SkewnessOverStandardError(GetColumnSkewness(c, divisor), PresentInColumn(*this, c));
+  const double skewness = static_cast<double>(GetColumnSkewness(c, divisor));
+  return kalmia::SkewnessOverStandardError(skewness, PresentInColumn(*this, c));
 }
 
 template <class T>
 long double NCDataMatrix<T>::GetColumnKurtosis(int c) const {
-  const int n = PresentInColumn(*this, c);
-  const long double sd = GetColumnStdDev(c);  // -99 below 2 cells
-  if (sd == 0 || sd == kMissing) return kMissing;
-  return kalmia::KurtosisFromFourthPowers(SumOfStandardisedPowers(*this, c, sd, 4), n);
+  double mean, sd;
+  if (!GetColumnMeanAndSd(*this, c, kMissingCell<float>, mean, sd)) return kMissing;
+  return kalmia::KurtosisFromFourthPowers(SumOfStandardisedPowers<4>(*this, c, mean, sd), PresentInColumn(*this, c));
 }
 
 template <class T>
@@ -130,7 +144,7 @@ NCDataMatrix<T> NCDataMatrix<T>::SNV() const {
   MatrixDestroyer<T> holder;
   GetReturnMatrix(holder, rows_, columns_);
   NCDataMatrix& result = *holder.matrix;
-  for (int r = 1; r <= rows_; ++r) rowArray_[r].Result(&result.rowArray_[r]).SNV();
+  for (int r = 1; r <= rows_; ++r) rowArray_[r].SNVInto(result.rowArray_[r]);
   result.CountMissing();
   return result;
 }

@@ -1,27 +1,18 @@
 #include <algorithm>
 #include <cmath>
 
+#include "kalmia/containers/MapCells.h"
 #include "kalmia/containers/NCDataVector.h"
 
 // Arithmetic cell by cell, in double. Every result vector is fetched (and unlinked) before a source's cells are looked
 // at, since it may be one of the sources.
 
 using kalmia::kMissingCell;
+using kalmia::Map;
 
 namespace {
 
-/// out[i] = f(a[i]) in the n cells from 0 on, missing where `a` is.
-template <class T, class F>
-void Map(T* out, const T* a, int n, bool complete, F f) {
-  if (complete) {
-    for (int i = 0; i < n; ++i) out[i] = static_cast<T>(f(static_cast<double>(a[i])));
-  } else {
-    for (int i = 0; i < n; ++i)
-      out[i] = a[i] == kMissingCell<T> ? kMissingCell<T> : static_cast<T>(f(static_cast<double>(a[i])));
-  }
-}
-
-/// The same, but a cell of `out` opposite a hole is left as it is.
+/// As Map, but a cell of `out` opposite a hole is left as it is.
 template <class T, class F>
 void MapPresent(T* out, const T* a, int n, bool complete, F f) {
   if (complete) return Map(out, a, n, true, f);

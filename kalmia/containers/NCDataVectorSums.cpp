@@ -8,15 +8,9 @@
 // Sums, extremes and comparison.
 
 using kalmia::kMissingCell;
+using kalmia::SumPresent;
 
 namespace {
-
-/// Sum of f(x) over the present cells among the n from 0 on.
-template <class T, class F>
-double SumPresent(const T* x, int n, bool complete, F f) {
-  if (complete) return kalmia::LaneSum(n, [=](int i) { return f(static_cast<double>(x[i])); });
-  return kalmia::LaneSum(n, [=](int i) { return x[i] == kMissingCell<T> ? 0.0 : f(static_cast<double>(x[i])); });
-}
 
 /// Sum of f(a, b) over the pairs of present cells.
 template <class T, class F>

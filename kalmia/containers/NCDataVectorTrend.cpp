@@ -1,4 +1,3 @@
-#include <cmath>
 #include <limits>
 
 #include "kalmia/containers/NCDataVector.h"
@@ -7,7 +6,7 @@ using kalmia::kMissing;
 
 namespace {
 
-/// Sums of the least-squares line over the points that are present.
+/// Sums of the least-squares line over abscissas of the caller's.
 struct LineSums {
   int n = 0;
   long double x = 0, xx = 0, y = 0, xy = 0;
@@ -46,11 +45,18 @@ bool NCDataVector<T>::LeastSquare(const NCDataVector* x, long double& intercept,
   const bool complete = numMisVal_ == 0;
   if (size_ - numMisVal_ < 2 || (x != nullptr && complete && x->numMisVal_ != 0)) return false;
 
+  if (x == nullptr) {
+    double start, rise;
+    FitOverPositions(start, rise);
+    intercept = start;
+    slope = rise;
+    return true;
+  }
   LineSums sum;
   for (int i = 1; i <= size_; ++i) {
     if (!complete && data_[i] == kMissing) continue;
-    if (x != nullptr && !complete && x->data_[i] == kMissing) return false;
-    sum.Add(x != nullptr ? static_cast<long double>(x->data_[i]) : i, data_[i]);
+    if (!complete && x->data_[i] == kMissing) return false;
+    sum.Add(x->data_[i], data_[i]);
   }
   const long double d = sum.xx - sum.x * sum.x / sum.n;
   if (d == 0 || sum.equalAbscissas) {
@@ -60,28 +66,6 @@ bool NCDataVector<T>::LeastSquare(const NCDataVector* x, long double& intercept,
   slope = (sum.xy - sum.x * sum.y / sum.n) / d;
   intercept = (sum.y - sum.x * slope) / sum.n;
   return true;
-}
-
-template <class T>
-void NCDataVector<T>::DetrendMean(long double& mean) {
-  mean = GetMean();
-  if (mean == kMissing) return;
-  Unlink();
-  const bool complete = numMisVal_ == 0;
-  for (int i = 1; i <= size_; ++i)
-    if (complete || data_[i] != kMissing) data_[i] = static_cast<T>(data_[i] - mean);
-  CountMissing();  // a difference may land on -99
-}
-
-template <class T>
-void NCDataVector<T>::DetrendLinear(long double& intercept, long double& slope) {
-  if (size_ - numMisVal_ < 2) return;
-  LeastSquare(nullptr, intercept, slope);
-  Unlink();
-  const bool complete = numMisVal_ == 0;
-  for (int i = 1; i <= size_; ++i)
-    if (complete || data_[i] != kMissing) data_[i] = static_cast<T>(data_[i] - (i * slope + intercept));
-  CountMissing();  // a difference may land on -99
 }
 
 template <class T>
@@ -116,31 +100,6 @@ bool NCDataVector<T>::InterpolateMisVals(const NCDataVector* x) {
 }
 
 template <class T>
-NCDataVector<T> NCDataVector<T>::SNV() const {
-  const int n = size_ - numMisVal_;
-  VectorDestroyer<T> holder;
-  if (n < 2) {
-    GetReturnVector(holder, size_);
-    holder.vector->SetAllValues(static_cast<T>(kMissing));
-    return *holder.vector;
-  }
-  const long double mean = GetSum() / n;
-  const long double ss = GetSS(mean);
-  const long double sd = std::sqrt(ss / (n - 1));
-  GetReturnVector(holder, size_);  // may be this vector itself, unlinked
-  T* z = holder.vector->data_;
-  const bool complete = numMisVal_ == 0;
-  for (int i = 1; i <= size_; ++i) {
-    if (!complete && data_[i] == kMissing)
-      z[i] = static_cast<T>(kMissing);
-    else
-      z[i] = ss == 0 ? T(0) : static_cast<T>((data_[i] - mean) / sd);
-  }
-  holder.vector->numMisVal_ = numMisVal_;
-  return *holder.vector;
-}
-
-template <class T>
 void NCDataVector<T>::Lag(int k) {
   if (k == 0 || size_ == 0) return;
   if (k >= size_ || k <= -size_) {
@@ -160,10 +119,7 @@ void NCDataVector<T>::Lag(int k) {
 
 #define KALMIA_INSTANTIATE(T)                                                                            \
   template bool NCDataVector<T>::LeastSquare(const NCDataVector<T>*, long double&, long double&) const;  \
-  template void NCDataVector<T>::DetrendMean(long double&);                                              \
-  template void NCDataVector<T>::DetrendLinear(long double&, long double&);                              \
   template bool NCDataVector<T>::InterpolateMisVals(const NCDataVector<T>*);                             \
-  template NCDataVector<T> NCDataVector<T>::SNV() const;                                                 \
   template void NCDataVector<T>::Lag(int);
 KALMIA_INSTANTIATE(float)
 KALMIA_INSTANTIATE(double)

@@ -6,19 +6,19 @@
 
 namespace kalmia {
 
-long double SkewnessFromCubes(long double sumOfCubes, int n) {
-  const long double count = n;
+double SkewnessFromCubes(double sumOfCubes, int n) {
+  const double count = n;
   return sumOfCubes * count / ((count - 1) * (count - 2));
 }
 
-long double SkewnessOverStandardError(long double skewness, int n) {
+double SkewnessOverStandardError(double skewness, int n) {
   if (n < 3 || skewness == kMissing) return skewness;
-  const long double count = n;
+  const double count = n;
   return skewness / std::sqrt(6 * count * (count - 1) / ((count + 3) * (count + 1) * (count - 2)));
 }
 
-long double KurtosisFromFourthPowers(long double sumOfFourthPowers, int n) {
-  const long double count = n;
+double KurtosisFromFourthPowers(double sumOfFourthPowers, int n) {
+  const double count = n;
   return sumOfFourthPowers * count * (count + 1) / ((count - 1) * (count - 2) * (count - 3)) -
          3 * (count - 1) * (count - 1) / ((count - 2) * (count - 3));
 }

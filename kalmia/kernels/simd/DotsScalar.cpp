@@ -1,6 +1,3 @@
-#include <cstdint>
-#include <cstring>
-
 #include "kalmia/containers/LaneSum.h"
 #include "kalmia/containers/Missing.h"
 #include "kalmia/kernels/simd/Dots.h"
@@ -8,16 +5,6 @@
 namespace kalmia::simd {
 namespace scalar {
 namespace {
-
-/// x, or +0 where it is not kept, without a branch: which cells are holes cannot be foreseen. A sum that started at +0
-/// stays the same to the bit when +0 is added, so a term that is not kept takes no part.
-double Kept(bool keep, double x) {
-  std::uint64_t bits;
-  std::memcpy(&bits, &x, sizeof bits);
-  bits &= std::uint64_t{0} - static_cast<std::uint64_t>(keep);
-  std::memcpy(&x, &bits, sizeof x);
-  return x;
-}
 
 template <class T>
 double DotTwin(const T* a, const T* b, int n) {
