@@ -3,6 +3,7 @@
 #include <type_traits>
 
 #include "kalmia/containers/NCDataMatrix.h"
+#include "kalmia/containers/RowOperand.h"
 
 using kalmia::kMissing;
 using kalmia::kMissingCell;
@@ -37,8 +38,8 @@ void NCDataMatrix<T>::SetColumn(int c, const T* p) {
 
 template <class T>
 void NCDataMatrix<T>::SetColumn(int c, const NCDataVector<T>& v) {
-  const NCDataVector<T> column(v);  // v may be a row of this matrix
-  SetColumn(c, column.GetVector());
+  const kalmia::RowOperand<T> column(v, *this);
+  SetColumn(c, (*column).GetVector());
 }
 
 template <class T>
@@ -159,7 +160,8 @@ void NCDataMatrix<T>::TransformToColumnScaled(const NCDataVector<T>& s) {
 
 template <class T>
 void NCDataMatrix<T>::TransformToDotSubRowVector(const NCDataVector<T>& v) {
-  const NCDataVector<T> subtrahend(v);  // v may be a row of this matrix
+  const kalmia::RowOperand<T> operand(v, *this);
+  const NCDataVector<T>& subtrahend = *operand;
   ForceUnlink();
   for (int r = 1; r <= rows_; ++r) {
     T* row = rowArray_[r].data_;

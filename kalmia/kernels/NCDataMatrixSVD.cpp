@@ -47,7 +47,8 @@ NCSVD<T>* NCDataMatrix<T>::SVD(NCDataMatrix* m) {
 
 template <class T>
 NCSVD<T>* NCDataMatrix<T>::GetSVD() const {
-  auto copy = std::make_unique<NCDataMatrix>(*this);
+  auto copy = std::make_unique<NCDataMatrix>();
+  copy->CopyContent(*this);  // no share: several threads may read this table
   NCSVD<T>* const result = SVD(copy.get());
   if (result->GetStatus() == NCSVD<T>::StatusSuccess) copy.release();
   return result;
