@@ -5,5 +5,5 @@
 class IntPool {
  public:
   static int* GetInt();
-  static void ReleaseInt(int* cell);
+  static void ReleaseInt(int* cell);  ///< one of GetInt, which is not checked
 };

@@ -11,7 +11,7 @@ namespace NCMultiThreading {
 /// the last ones: a slice has ceil(n / processors) of the n columns, and there may be fewer slices than processors
 /// (9 columns on 4 processors: three slices of 3). No columns give no slices. Fewer than one processor counts as one.
 struct ColumnSliceRange {
-  ColumnSliceRange(int first, int last, int processors);
+  ColumnSliceRange(int first, int last, int processors);  ///< first is at least 1, which is not checked
 
   bool Empty() const { return current > last; }  ///< all slices are handed out
   /// The next slice as a half-open range: its first column, and one past its last. Not to be called when Empty().
@@ -27,7 +27,7 @@ struct ColumnSliceRange {
 
 /// The work of one thread on one slice of columns: an operation such as NCDataMatrix::SpecialNipalsRegressOneColumnFix,
 /// called for each column of the slice in turn. Several of them may run side by side on one output: slices are
-/// disjoint, the inputs are only read, and each counts into a number of its own.
+/// disjoint, the inputs are only read, and each counts into a number of its own. No column or pointer is checked.
 template <class T>
 struct MatrixColumnVectorOperationThread {
   using Operation = boost::function<void(T* out, int c, const NCDataMatrix<T>& X, const NCDataVector<T>& v,

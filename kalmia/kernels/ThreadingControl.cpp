@@ -2,6 +2,8 @@
 
 #include <omp.h>
 
+#include <algorithm>
+
 namespace NCMultiThreading {
 
 // Good before the initialiser below has run, too: one thread.
@@ -18,7 +20,7 @@ void ThreadingControl::Reset() {
 
 void ThreadingControl::SetThreadingIsOn(bool on) {
   threadingIsOn_ = on;
-  omp_set_num_threads(on ? numberOfProcessors_ : 1);
+  omp_set_num_threads(on ? std::max(numberOfProcessors_, 1) : 1);
 }
 
 bool ThreadingControl::IsThreadingOn() { return threadingIsOn_; }

@@ -17,7 +17,7 @@ class ThreadingControl {
   /// Switches threading on or off, and gives OpenMP GetNumberOfProcessors() threads or one.
   static void SetThreadingIsOn(bool on);
   static bool IsThreadingOn();
-  /// Stores n and nothing else: OpenMP learns of it at the next SetThreadingIsOn(true).
+  /// Stores n and nothing else: OpenMP learns of it at the next SetThreadingIsOn(true), of less than one as of one.
   static void SetNumberOfProcessors(int n);
   static int GetNumberOfProcessors();
 

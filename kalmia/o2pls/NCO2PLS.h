@@ -56,7 +56,7 @@ class NCO2PLS {
   NCO2PLS& operator=(const NCO2PLS& other);
   void swap(NCO2PLS& other);
 
-  /// The whole model, in place of one that is there. Numbers are not negative. A block without columns can have no
+  /// The whole model, in place of one that is there. A number below 0 counts as 0. A block without columns can have no
   /// component: the NCError names it.
   /// Throws what the steps throw. What was computed by then stays, and is fit for UnFit or another Fit alone; where it
   /// was Finalise that threw, the working blocks stay too.

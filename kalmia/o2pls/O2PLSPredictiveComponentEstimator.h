@@ -31,7 +31,7 @@ class O2PLSPredictiveComponentEstimator {
                                     const NCIntegralVector<int, -99>* groups, int fixedComponents);
 
   int GetNumberOfPredictiveComponents() const { return numberOfPredictiveComponents_; }
-  // One value per component that was tried.
+  // One value per component that was tried. The getters give shares: for one thread at a time.
   NCDataVector<float> GetQ2() const { return q2_; }
   NCDataVector<float> GetQ2X() const { return q2X_; }  ///< 1 - what is left of the held-out rows of X / SS of X
   NCDataVector<float> GetQ2Y() const { return q2Y_; }

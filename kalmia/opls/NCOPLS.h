@@ -50,9 +50,9 @@ class NCOPLS {
   /// NCPCA::NextComponent throws. The model is then to be discarded: an orthogonal component may have no block.
   void NextComponent(NCProgress* progress);
 
-  /// Turns an orthogonal component; its Y scores stay as they are.
+  /// Turns an orthogonal component (from 1, not checked); its Y scores stay as they are.
   void NegateOComp(int component);
-  /// Turns a component of the last predictive block; its Y scores stay as they are.
+  /// Turns a component of the last predictive block (from 1, not checked); its Y scores stay as they are.
   void NegatePredictiveComp(int component);
 
   // The last block; not before the first NextComponent.

@@ -11,7 +11,7 @@
 class OPLSCrossvalidationData {
  public:
   OPLSCrossvalidationData();
-  /// `rounds` empty models, and the sum of squares about 0 of each column of Y.
+  /// `rounds` empty models (not negative, which is not checked), and the sum of squares about 0 of each column of Y.
   OPLSCrossvalidationData(int rounds, const NCDataMatrix<float>& Y);
   OPLSCrossvalidationData(const OPLSCrossvalidationData& other);
   OPLSCrossvalidationData& operator=(const OPLSCrossvalidationData& other);

@@ -80,7 +80,7 @@ class NCPLS : public VexStreamBase {
   void FlipComponent(int component);
 
   /// Puts the rows of Y into another order, for a permutation test: row i becomes the old row order[i], i from 1 to N;
-  /// order[0] is not looked at. Before the first component only: NCError otherwise.
+  /// order[0] is not looked at, and the others are not checked. Before the first component only: NCError otherwise.
   void ShuffleYResiduals(int* order);
 
   /// Components appended since construction, after restoring or reading version 1 those of the stored model too. A

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 
+#include "kalmia/containers/SizeLimit.h"
 #include "kalmia/kernels/RowShift.h"
 #include "kalmia/pcapls/ColumnMoments.h"
 #include "kalmia/support/LanguageString.h"
@@ -36,11 +37,12 @@ NCScaleError* NCScaleError::Clone() const { return new NCScaleError(*this); }
 
 NCScale::NCScale() : NCScale(0) {}
 
-NCScale::NCScale(int variables)
-    : centres_(std::make_shared<NCDataVector<float>>(variables)),
-      scales_(std::make_shared<NCDataVector<float>>(variables)),
-      types_(std::make_shared<std::vector<int>>(static_cast<std::size_t>(variables) + 1, ScalingNone)),
-      variables_(variables) {}
+NCScale::NCScale(int variables) : variables_(variables) {
+  kalmia::RequireVectorSize(variables);
+  centres_ = std::make_shared<NCDataVector<float>>(variables);
+  scales_ = std::make_shared<NCDataVector<float>>(variables);
+  types_ = std::make_shared<std::vector<int>>(static_cast<std::size_t>(variables) + 1, ScalingNone);
+}
 
 NCScale::NCScale(const NCScale& other)
     : VexStreamBase(other),

@@ -46,7 +46,7 @@ class NCScale : public VexStreamBase {
   };
 
   NCScale();                         ///< no variables: to be read from a stream
-  explicit NCScale(int variables);   ///< nothing fitted, every type ScalingNone
+  explicit NCScale(int variables);   ///< nothing fitted, every type ScalingNone; NCError for fewer than 0
   NCScale(const NCScale& other);     ///< a deep copy
   /// Shares: from now on both objects have the same centres, factors and types, and what is set in or fitted by one
   /// shows in the other, until either is assigned or read anew.

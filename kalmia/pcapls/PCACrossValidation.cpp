@@ -57,6 +57,7 @@ struct PCACrossValidation::HalfRound {
 };
 
 NCIntegralVector<int, -99> GetDeafultCVGroupsVector(int count, int groups) {
+  if (groups < 1) throw NCError("Cross-validation needs at least one group.");
   NCIntegralVector<int, -99> result(count);
   for (int i = 1; i <= count; ++i) result(i) = i % groups;
   return result;

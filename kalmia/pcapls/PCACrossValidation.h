@@ -9,8 +9,8 @@
 #include "kalmia/support/NCProgress.h"
 
 /// The default cross-validation groups of all model families: `count` cells, cell i (from 1) being i mod `groups`.
-/// Group values start at 0: with 7 groups the cells run 1, 2, 3, 4, 5, 6, 0, 1 and so on. `groups` is at least 1, which
-/// is not checked.
+/// Group values start at 0: with 7 groups the cells run 1, 2, 3, 4, 5, 6, 0, 1 and so on. `groups` is at least 1;
+/// throws NCError otherwise.
 NCIntegralVector<int, -99> GetDeafultCVGroupsVector(int count, int groups);
 
 /// Judges one component of a PCA model by cross-validation over groups of observations and groups of variables. In

@@ -11,7 +11,7 @@ class ScoreEstimator {
   ScoreEstimator(const NCDataMatrix<float>& P, int maxIterations);
 
   /// Writes the scores of x into column `observation` of T. Does nothing without variables.
-  /// Shape: x has K cells, T A rows, which is not checked.
+  /// Shape: x has K cells, T A rows and that column, which is not checked.
   ///
   /// A complete x: t_a = p_a'r for one component after the other, where r starts as x and loses t_a p_a each time, all
   /// in float; that keeps the scores right for loadings that are not quite orthogonal. A missing loading takes no part.

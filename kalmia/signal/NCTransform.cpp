@@ -2,6 +2,7 @@
 
 #include <memory>
 
+#include "kalmia/containers/SizeLimit.h"
 #include "kalmia/support/LanguageString.h"
 
 // A matrix by its columns, and the errors.
@@ -50,7 +51,10 @@ NCTransformError* NCTransformErrors::GetNextError() {
 
 NCTransform::NCTransform() = default;
 
-NCTransform::NCTransform(int columns) : transforms_(static_cast<std::size_t>(columns) + 1) {}
+NCTransform::NCTransform(int columns) {
+  kalmia::RequireVectorSize(columns);
+  transforms_.resize(static_cast<std::size_t>(columns) + 1);
+}
 
 NCTransform::NCTransform(const NCTransform& other) = default;
 

@@ -114,8 +114,8 @@ class TransformStruct : public VexStreamBase {
   /// Linear with a = 0 alone leaves the cell as it is, and returns ErrorCalculation.
   NCTransformError::Error BackTransformValue(float* value) const;
 
-  /// Transforms each cell of a column (from 1) in the order of the rows. Every cell is written back as TransformValue
-  /// or BackTransformValue leaves it, so failed ones as missing but for the linear inverse with a = 0, and the matrix
+  /// Transforms each cell of a column (from 1, not checked), row by row. Every cell is left as TransformValue
+  /// or BackTransformValue makes it, so failed ones as missing but for the linear inverse with a = 0, and the matrix
   /// counts its holes. What shares cells with the matrix is left alone. Returns null if nothing failed, else the list
   /// of errors in the order of the rows, which the caller owns. Where memory runs out, the rows above are done, the
   /// failed cell that could not be listed and those below it are as they were.
@@ -170,7 +170,7 @@ class TransformStruct : public VexStreamBase {
 class NCTransform : public VexStreamBase {
  public:
   NCTransform();                      ///< no columns: to be read from a stream
-  explicit NCTransform(int columns);  ///< all TransformNone; columns from 0 to below the largest int, not checked
+  explicit NCTransform(int columns);  ///< all TransformNone; NCError for fewer than 0
   NCTransform(const NCTransform& other);
   NCTransform& operator=(const NCTransform& other);
   ~NCTransform() override;

@@ -137,7 +137,7 @@ class Wavelet {
   // the order of their frequency. Decisions say for the nodes of levels 1 to J, at Node(level, index), whether they are
   // split; P - 1 in all. Signals of other lengths are padded to P, as above.
 
-  /// Position of a node in the full binary tree: 2^(level - 1) + index - 1. Levels 1 to 31, not checked.
+  /// Position of a node in the full binary tree: 2^(level - 1) + index - 1. Levels 1 to 31; neither number is checked.
   static int Node(int level, int index);
 
   /// The basis in which the energy of the signal has the smallest entropy; a tie keeps a node whole. `decisions` or, if
@@ -192,7 +192,7 @@ class Wavelet {
   /// Positions of the cells that a transform without padding sets aside, from the end on. `length` >= 0, not checked.
   static NCIntegralVector<int, -99> GetMovedIndexses(int length, int levels);
 
-  /// "prefix_1" to "prefix_count".
+  /// "prefix_1" to "prefix_count"; none for a count below 1.
   static NCStringVector* MakeVarNames(const char* prefix, int count);
   /// "prefix_i" for each index i; null without indices.
   static NCStringVector* MakeVarNames(const char* prefix, const NCIntegralVector<int, -99>* indices);
@@ -214,14 +214,14 @@ class Wavelet {
   /// wanted, else a ramp from its end to its start.
   static void PadVector(NCDataVector<float>* v, int length);
 
-  // One level on the n cells from the smaller of lowStart and highStart on, where n is even: the halves of the
+  // One level on the n cells from the smaller of lowStart and highStart on, where n is even (unchecked): halves of the
   // coefficients begin at lowStart and highStart. `in` and `out` may be one vector.
   static void SubForwardTransform(const NCDataVector<float>* in, NCDataVector<float>* out, int n, int lowStart,
                                   int highStart, const WaveletFilters& filters);
   static void SubBackwardTransform(const NCDataVector<float>* in, NCDataVector<float>* out, int n, int lowStart,
                                    int highStart, const WaveletFilters& filters);
 
-  /// Shannon entropy -sum x ln x of the shares x = (cell / norm)^2 of `count` cells from `start` on, in double.
+  /// Shannon entropy -sum x ln x of the shares x = (cell / norm)^2 of `count` cells from `start`, unchecked, in double.
   static double CalcEntropy(const NCDataVector<float>* v, int start, int count, double norm);
   /// The entropies of all blocks of packets of v, which has a power of two of cells, by Node: 2 P - 1 cells.
   static NCDataVector<float>* MakeEntropyTree(const NCDataVector<float>* v, WaveletFilters filters);

@@ -26,17 +26,17 @@ float PFTest(float f1, float df1, float f2, float df2);
 /// and 99999, down to a relative 1e-5 or an absolute 5e-5. -1 where the probability is not inside 0 to 1.
 float FFTest(float df1, float df2, float probability);
 
-/// Hypergeometric probability of the table (a b / c d) among those of its margins.
+/// Hypergeometric probability of the table (a b / c d) among those of its margins. Counts from 0 on, not checked.
 long double GetTableProbability(int a, int b, int c, int d);
 
-/// n over k = n! / (k! (n - k)!), from log gammas.
+/// n over k = n! / (k! (n - k)!), from log gammas. 0 <= k <= n, not checked.
 long double BinomialCoefficient(int n, int k);
 
-/// Fisher's exact test of the counts in `table`, row after row: the probability, if the margins are given and rows and
-/// columns independent, of all tables that are not more probable than this one; for 2 x 2 of those that `sidedNess`
-/// says (then nothing else plays a part, and nothing is thrown; one step per table, so that its time grows with the
-/// counts). Other sizes go through a network of partial tables, which fills the longer side's columns (or rows) one
-/// after the other.
+/// Fisher's exact test of the counts in `table`, row after row (rows * columns cells, not checked): the probability, if
+/// the margins are given and rows and columns independent, of all tables that are not more probable than this one; for
+/// 2 x 2 of those that `sidedNess` says (then nothing else plays a part, and nothing is thrown; one step per table, so
+/// that its time grows with the counts). Other sizes go through a network of partial tables, which fills the longer
+/// side's columns (or rows) one after the other.
 /// `hybrid`: the smallest column is filled first. What is then left of a table is judged by the chi-square distribution
 /// of Freeman and Halton's statistic -2 ln(gamma P) where its expected counts are all above 1, and 80 % of them 5 or
 /// more; its empty rows do not count. The whole table is never judged so, unless its smallest column is empty.

@@ -13,7 +13,7 @@ class MD5 {
   MD5& operator=(const MD5&) = delete;
 
   void Update(const char* text);                     ///< the text's bytes without the closing zero; null feeds nothing
-  void Update(const void* bytes, std::size_t count);
+  void Update(const void* bytes, std::size_t count);  ///< so many bytes, which is not checked
   void Finalize();                                   ///< makes the digest; whatever is fed afterwards is ignored
   /// The digest as 32 lower-case hexadecimal digits, owned by this object; "" before Finalize.
   const char* GetDigest() const { return digest_; }

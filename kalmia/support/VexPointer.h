@@ -58,5 +58,5 @@ class VexVecPointer : public kalmia::CountedPointer<T, std::default_delete<T[]>>
  public:
   explicit VexVecPointer(T* array = nullptr) : kalmia::CountedPointer<T, std::default_delete<T[]>>(array) {}
 
-  T& operator[](int i) const { return this->Get()[i]; }
+  T& operator[](int i) const { return this->Get()[i]; }  ///< i is not checked
 };

@@ -39,7 +39,7 @@ class VexStreamBase {
 };
 
 /// One complete pass over an object: reset, then start. A write or read that returns false sets the fail bit.
-/// Throws VexStreamError where the class says so.
+/// Throws VexStreamError where the class says so. Both mark the object as visited: one thread at a time, also to write.
 std::ostream& operator<<(std::ostream& stream, const VexStreamBase& object);
 std::istream& operator>>(std::istream& stream, VexStreamBase& object);
 
@@ -110,8 +110,8 @@ class InputStreamDirectory {
   std::unique_ptr<State> state_;
 };
 
-// Byte helpers; true on success, else the stream's fail bit is set. `count` is a number of items; a negative one fails,
-// and `items` may be null when it is 0. Items of 2, 4 and 8 bytes are numbers, of any other size bytes as they stand.
+// Byte helpers; true on success, else the stream's fail bit is set, as for a negative count and a size below 1. `items`
+// may be null where the count is 0; its room is not checked. Items of 2, 4 and 8 bytes are numbers, others plain bytes.
 bool WriteBytes(const void* items, int count, std::ostream& stream);
 bool ReadBytes(void* items, int count, std::istream& stream);
 bool WriteTwoBytes(const void* items, int count, std::ostream& stream);

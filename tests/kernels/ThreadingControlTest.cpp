@@ -51,4 +51,12 @@ TEST_F(ThreadingControlTest, SettingTheNumberOfProcessorsLeavesTheCountOfOpenMP)
   EXPECT_EQ(omp_get_max_threads(), before + 2);
 }
 
+TEST_F(ThreadingControlTest, FewerProcessorsThanOneCountAsOne) {
+  for (const int n : {0, -3}) {
+    ThreadingControl::SetNumberOfProcessors(n);
+    ThreadingControl::SetThreadingIsOn(true);
+    EXPECT_EQ(omp_get_max_threads(), 1);
+  }
+}
+
 }  // namespace

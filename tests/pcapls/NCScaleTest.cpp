@@ -34,6 +34,8 @@ TEST(NCScale, StartsWithNothingFittedAndNoScaling) {
   for (int j = 1; j <= 3; ++j) EXPECT_EQ(scale.GetScaleType(j), NCScale::ScalingNone);
 }
 
+TEST(NCScale, RefusesANegativeNumberOfVariables) { EXPECT_THROW(NCScale(-1), NCError); }
+
 TEST(NCScale, HasNoVariablesByDefault) {
   const NCScale scale;
   EXPECT_EQ(scale.GetVariables(), 0);

@@ -46,6 +46,11 @@ TEST(GetDeafultCVGroupsVector, LeavesGroupsEmptyThatAreMoreThanTheElements) {
   EXPECT_THAT(GroupsOf(2, 5), ElementsAre(1, 2));
 }
 
+TEST(GetDeafultCVGroupsVector, NeedsAGroup) {
+  EXPECT_THROW(GroupsOf(3, 0), NCError);
+  EXPECT_THROW(GroupsOf(3, -2), NCError);
+}
+
 TEST(GetDeafultCVGroupsVector, IsEmptyWithoutElements) { EXPECT_TRUE(GroupsOf(0, 3).empty()); }
 
 // ---- Set-up

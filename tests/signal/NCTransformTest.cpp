@@ -42,6 +42,8 @@ TEST(NCTransform, NumbersItsColumnsFromOne) {
   EXPECT_EQ(constant[3].GetTransform(), T::TransformLog);
 }
 
+TEST(NCTransform, RefusesANegativeNumberOfColumns) { EXPECT_THROW(NCTransform(-1), NCError); }
+
 TEST(NCTransform, CopiesShareNothing) {
   NCTransform original = ThreeColumns();
   const NCTransform copy(original);
