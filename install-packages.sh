@@ -7,7 +7,7 @@ packages=(
   libboost-dev libboost-thread-dev libboost-filesystem-dev  # threads, paths, functions
   libhwy-dev                                                # vector instructions
   libssl-dev                                                # MD5
-  libcli11-dev nlohmann-json3-dev libcsv-dev                # the command: options, JSON, CSV
+  libcli11-dev nlohmann-json3-dev zlib1g-dev                # the command: options, JSON, gzip
   libgtest-dev libgmock-dev                                 # the tests
 )
 

@@ -1,7 +1,13 @@
 #include "app/CellNumber.h"
 
 #include <algorithm>
+#include <array>
 #include <charconv>
+#include <cmath>
+#include <cstddef>
+#include <cstdint>
+#include <cstdlib>
+#include <cstring>
 #include <string>
 #include <system_error>
 
@@ -47,36 +53,138 @@ bool IsBelowOne(std::string_view number) {
   return exponent + (place > 0 ? place - 1 : place) < 0;
 }
 
+/// Whether the double may lie halfway between two floats: those have one bit more than a float.
+bool MayBeHalfway(double value) {
+  constexpr std::uint64_t kBeyondHalfway = (std::uint64_t{1} << 28U) - 1;
+  std::uint64_t bits = 0;
+  std::memcpy(&bits, &value, sizeof(bits));
+  return (bits & kBeyondHalfway) == 0 && value != static_cast<double>(static_cast<float>(value));
+}
+
+/// Moves a double from halfway between two floats to the side on which the text lies, if it lies on one.
+double OffHalfway(double value, std::string_view text) {
+  float nearest = 0.0F;
+  const auto result = std::from_chars(text.data(), text.data() + text.size(), nearest);
+  if (result.ec == std::errc::result_out_of_range) return value;
+  return static_cast<float>(value) == nearest ? value : std::nextafter(value, static_cast<double>(nearest));
+}
+
 /// Reads digits with a decimal point; the text begins with a digit or the point.
-CellValue ReadPlainNumber(std::string_view text, bool negative) {
-  float value = 0.0F;
+CellValue ReadUnsigned(std::string_view text) {
+  double value = 0.0;
   const auto result = std::from_chars(text.data(), text.data() + text.size(), value);
   if (result.ptr != text.data() + text.size() || result.ec == std::errc::invalid_argument) {
-    return {CellKind::Word, 0.0F};
+    return {CellKind::Word, 0.0};
   }
   if (result.ec == std::errc::result_out_of_range) {
-    if (!IsBelowOne(text)) return {CellKind::TooLarge, 0.0F};
-    value = 0.0F;
+    if (!IsBelowOne(text)) return {CellKind::TooLarge, 0.0};
+    value = 0.0;
   }
-  return {CellKind::Number, negative ? -value : value};
+  if (MayBeHalfway(value)) value = OffHalfway(value, text);
+  if (std::isinf(static_cast<float>(value))) return {CellKind::TooLarge, 0.0};
+  return {CellKind::Number, value};
+}
+
+bool Contains(const std::vector<std::string>& words, std::string_view text) {
+  return std::find(words.begin(), words.end(), text) != words.end();
+}
+
+CellValue ReadNumber(std::string_view text, bool decimalComma) {
+  const bool negative = text.front() == '-';
+  if (negative || text.front() == '+') text.remove_prefix(1);
+  if (IsInfinityWord(text)) return {CellKind::Infinite, 0.0};
+  const char mark = decimalComma ? ',' : '.';
+  if (text.empty() || (!IsDigit(text.front()) && text.front() != mark)) return {CellKind::Word, 0.0};
+  CellValue cell;
+  if (!decimalComma) {
+    cell = ReadUnsigned(text);
+  } else if (text.find('.') == std::string_view::npos) {
+    std::string pointed(text);
+    const std::size_t comma = pointed.find(',');
+    if (comma != std::string::npos) pointed[comma] = '.';
+    cell = ReadUnsigned(pointed);
+  } else {
+    return {CellKind::Word, 0.0};
+  }
+  if (negative) cell.value = -cell.value;
+  return cell;
+}
+
+CellValue ReadCell(std::string_view text, bool decimalComma, const std::vector<std::string>& missingWords) {
+  text = WithoutBlanks(text);
+  if (IsMissingWord(text) || Contains(missingWords, text)) return {CellKind::Missing, 0.0};
+  return ReadNumber(text, decimalComma);
+}
+
+/// Powers of ten that a double holds exactly.
+constexpr std::array<double, 23> kPowersOfTen = {1e0,  1e1,  1e2,  1e3,  1e4,  1e5,  1e6,  1e7,  1e8,  1e9,  1e10, 1e11,
+                                                 1e12, 1e13, 1e14, 1e15, 1e16, 1e17, 1e18, 1e19, 1e20, 1e21, 1e22};
+
+/// Reads digits as far as they go and appends them to a whole number, which wraps around behind 19 of them. The place
+/// behind them.
+const char* TakeDigits(const char* at, const char* end, std::uint64_t* number) {
+  std::uint64_t digits = *number;
+  for (; at != end; ++at) {
+    const unsigned digit = static_cast<unsigned char>(*at) - static_cast<unsigned>('0');
+    if (digit > 9) break;
+    digits = 10 * digits + digit;
+  }
+  *number = digits;
+  return at;
+}
+
+/// Reads an exponent, if one follows, and adds it. The place behind it; null if its digits are missing or too many.
+const char* TakeExponent(const char* at, const char* end, int* exponent) {
+  if (at == end || (*at != 'e' && *at != 'E')) return at;
+  ++at;
+  const bool negative = at != end && *at == '-';
+  if (at != end && (*at == '-' || *at == '+')) ++at;
+  std::uint64_t digits = 0;
+  const char* const behind = TakeDigits(at, end, &digits);
+  if (behind == at || behind - at > 3) return nullptr;
+  *exponent += (negative ? -1 : 1) * static_cast<int>(digits);
+  return behind;
 }
 
 }  // namespace
 
-CellValue ReadCell(std::string_view text, bool decimalComma) {
-  text = WithoutBlanks(text);
-  if (IsMissingWord(text)) return {CellKind::Missing, 0.0F};
-  const bool negative = text.front() == '-';
-  if (negative || text.front() == '+') text.remove_prefix(1);
-  if (IsInfinityWord(text)) return {CellKind::Infinite, 0.0F};
-  const char mark = decimalComma ? ',' : '.';
-  if (text.empty() || (!IsDigit(text.front()) && text.front() != mark)) return {CellKind::Word, 0.0F};
-  if (!decimalComma) return ReadPlainNumber(text, negative);
-  if (text.find('.') != std::string_view::npos) return {CellKind::Word, 0.0F};
-  std::string pointed(text);
-  const std::size_t comma = pointed.find(',');
-  if (comma != std::string::npos) pointed[comma] = '.';
-  return ReadPlainNumber(pointed, negative);
+CellValue ReadCell(std::string_view text, const CellFormat& format) {
+  return ReadCell(text, format.decimalComma, format.missingWords);
+}
+
+CellValue ReadCell(std::string_view text, bool decimalComma) { return ReadCell(text, decimalComma, {}); }
+
+PlainNumber ReadPlainNumber(const char* begin, const char* end, char mark) {
+  constexpr std::ptrdiff_t kSafeDigits = 19;  // cannot exceed 64 bits
+  constexpr std::uint64_t kExactIntegers = std::uint64_t{1} << 53U;
+  constexpr std::array<double, 2> kSigns = {1.0, -1.0};
+  if (begin == end) return {};
+  // Signs come at random: they are counted and multiplied in, as no processor foresees a branch on them.
+  const int negative = static_cast<int>(*begin == '-');
+  const char* const first = begin + (negative | static_cast<int>(*begin == '+'));
+  std::uint64_t digits = 0;
+  const char* at = TakeDigits(first, end, &digits);
+  std::ptrdiff_t count = at - first;
+  PlainNumber number;
+  number.hasMark = at != end && *at == mark;
+  std::ptrdiff_t decimals = 0;
+  if (number.hasMark) {
+    const char* const behindMark = at + 1;
+    at = TakeDigits(behindMark, end, &digits);
+    decimals = at - behindMark;
+    count += decimals;
+  }
+  if (count == 0 || count > kSafeDigits || digits > kExactIntegers) return {};
+  auto exponent = -static_cast<int>(decimals);
+  at = TakeExponent(at, end, &exponent);
+  if (at == nullptr || std::abs(exponent) >= static_cast<int>(kPowersOfTen.size())) return {};
+  const double power = kPowersOfTen[static_cast<std::size_t>(std::abs(exponent))];
+  const auto whole = static_cast<double>(static_cast<std::int64_t>(digits));
+  const double value = exponent < 0 ? whole / power : whole * power;  // exact operands: rounded once
+  if (MayBeHalfway(value)) return {};
+  number.value = value * kSigns[static_cast<std::size_t>(negative)];
+  number.end = at;
+  return number;
 }
 
 std::string CellText(float value, bool decimalComma) {

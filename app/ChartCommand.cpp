@@ -15,6 +15,7 @@
 #include "app/MovingRange.h"
 #include "app/OutputFiles.h"
 #include "app/OutputPlaces.h"
+#include "app/ReadTable.h"
 #include "kalmia/containers/Missing.h"
 
 namespace kalmia::app {
@@ -156,7 +157,7 @@ std::string RunCommand(const ChartOptions& options, Notes* notes) {
   const int subgroup = stored ? stored->subgroup : std::max(options.subgroup, 1);
   CheckSettings(options, type, subgroup);
 
-  const CsvTable table(ReadInput(options.table), InputName(options.table));
+  const CsvTable table = ReadTable(options.table, options.reading);
   const NCDataVector<float> series = ReadMeasurements(table, options.column, notes);
   const std::string where = table.Name() + ": the column " + Quoted(options.column);
   CheckSeries(where, series, subgroup);

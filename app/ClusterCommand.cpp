@@ -8,10 +8,10 @@
 #include "app/Commands.h"
 #include "app/DisplayText.h"
 #include "app/Failure.h"
-#include "app/InputFile.h"
 #include "app/NestedProgress.h"
 #include "app/OutputFiles.h"
 #include "app/OutputPlaces.h"
+#include "app/ReadTable.h"
 
 namespace kalmia::app {
 
@@ -83,7 +83,7 @@ void WriteFiles(const ClusterOptions& options, const ClusterResult& result) {
 
 std::string RunCommand(const ClusterOptions& options, Notes* notes) {
   CheckOptions(options);
-  const CsvTable table(ReadInput(options.table), InputName(options.table));
+  const CsvTable table = ReadTable(options.table, options.reading);
   CheckCut(table, options);
   const ClusterResult result = ClusterRows(table, options, notes);
   NoteFallingHeights(result.merges, notes);

@@ -35,6 +35,7 @@ void DeclareCluster(CommandOptions* command, ClusterOptions* options) {
   command->Text("--temp", "DIR", &options->temp,
                 "folder for distances that find no room in memory, with --method single (default: TMPDIR, or /tmp)");
   command->Flag("--json", &options->json, "print JSON");
+  DeclareReading(command, &options->reading);
   command->Examples(
       "Examples:\n"
       "  kalmia cluster wine.csv --method ward --id sample --exclude cultivar --cut 3 --svg tree.svg\n"

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "app/CsvMarks.h"
+#include "app/ReadOptions.h"
 #include "kalmia/pcapls/NCScale.h"
 
 namespace kalmia::app {
@@ -14,6 +15,7 @@ class CommandOptions;
 
 struct ClusterOptions {
   std::string table;
+  ReadOptions reading;
   std::string method;  ///< ward or single
   std::string id;      ///< empty: rows are numbered
   std::vector<std::string> exclude;

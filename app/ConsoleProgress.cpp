@@ -44,7 +44,8 @@ std::string Bar(double share) {
 
 }  // namespace
 
-ProgressLine::ProgressLine() : onTerminal_(isatty(STDERR_FILENO) == 1) {}
+ProgressLine::ProgressLine(std::chrono::milliseconds moments)
+    : onTerminal_(isatty(STDERR_FILENO) == 1), begin_(std::chrono::steady_clock::now() + moments) {}
 
 ProgressLine::~ProgressLine() {
   if (drawn_) Draw(kWipe);
@@ -56,9 +57,10 @@ void ProgressLine::Show(const std::string& label, double share) {
 }
 
 void ProgressLine::ShowAtOnce(const std::string& label, double share) {
-  if (!onTerminal_) return;
+  const auto now = std::chrono::steady_clock::now();
+  if (!onTerminal_ || now < begin_) return;
   drawn_ = true;
-  lastDrawn_ = std::chrono::steady_clock::now();
+  lastDrawn_ = now;
   const std::size_t room = TerminalWidth() - 1;  // a full line would make the terminal go on to the next one
   const std::string bar = Bar(share).substr(0, room);
   Draw(std::string(kWipe) + bar + ShortenedTo(room - bar.size(), label));

@@ -8,10 +8,10 @@
 namespace kalmia::app {
 
 /// One line on standard error that shows how far the work is; wiped away at the end. Shows nothing where standard error
-/// is no terminal.
+/// is no terminal, and nothing in the first moments, if so wished: for work that is mostly short.
 class ProgressLine {
  public:
-  ProgressLine();
+  explicit ProgressLine(std::chrono::milliseconds moments = {});
   ~ProgressLine();
   ProgressLine(const ProgressLine&) = delete;
   ProgressLine& operator=(const ProgressLine&) = delete;
@@ -24,6 +24,7 @@ class ProgressLine {
  private:
   bool onTerminal_;
   bool drawn_ = false;
+  std::chrono::steady_clock::time_point begin_;
   std::chrono::steady_clock::time_point lastDrawn_;
 };
 

@@ -8,6 +8,7 @@
 #include "app/CellNumber.h"
 #include "app/DisplayText.h"
 #include "app/Failure.h"
+#include "app/Interrupt.h"
 #include "app/TableColumns.h"
 
 namespace kalmia::app {
@@ -26,23 +27,23 @@ constexpr float kExactFloats = 16777216.0F;  ///< 2^24: larger whole numbers may
 }
 
 /// Digits alone are read as they are; other forms of a whole number ("3.0", "1e3") while single precision is exact.
-std::int64_t ReadCount(const CsvTable& table, int row, int column) {
-  const std::string_view text = table.Cell(row, column);
+std::int64_t ReadCount(const CsvTable& table, int row, int column, const std::string& text) {
   const std::string quoted = Quoted(text);
   std::int64_t digits = 0;
   const auto result = std::from_chars(text.data(), text.data() + text.size(), digits);
-  const CellValue cell = ReadCell(text, table.DecimalComma());
+  const CellValue cell = table.ValueOf(text);
+  const auto value = static_cast<float>(cell.value);
   if (cell.kind == CellKind::Missing) RefuseCell(table, row, column, "a count is missing");
   if (cell.kind == CellKind::Infinite) RefuseCell(table, row, column, quoted + " is infinite");
-  if (cell.kind == CellKind::Word) RefuseCell(table, row, column, quoted + " is not a number");
-  if (cell.kind == CellKind::TooLarge) RefuseCell(table, row, column, quoted + " is too large for a count");
-  if (cell.value < 0.0F) RefuseCell(table, row, column, "the count " + quoted + " is negative");
-  if (result.ec == std::errc() && result.ptr == text.data() + text.size()) return digits;
-  if (cell.value >= kExactFloats) RefuseCell(table, row, column, quoted + " is too large for a count");
-  if (cell.value != std::floor(cell.value)) {
-    RefuseCell(table, row, column, "the count " + quoted + " is not a whole number");
+  if (cell.kind == CellKind::Word) {
+    RefuseCell(table, row, column, quoted + " is not a number" + MissingWordsHint(table));
   }
-  return static_cast<std::int64_t>(cell.value);
+  if (cell.kind == CellKind::TooLarge) RefuseCell(table, row, column, quoted + " is too large for a count");
+  if (value < 0.0F) RefuseCell(table, row, column, "the count " + quoted + " is negative");
+  if (result.ec == std::errc() && result.ptr == text.data() + text.size()) return digits;
+  if (value >= kExactFloats) RefuseCell(table, row, column, quoted + " is too large for a count");
+  if (value != std::floor(value)) RefuseCell(table, row, column, "the count " + quoted + " is not a whole number");
+  return static_cast<std::int64_t>(value);
 }
 
 std::vector<int> ColumnsOfCounts(const CsvTable& table, Notes* notes) {
@@ -72,8 +73,10 @@ CountTable ReadCounts(const CsvTable& table, Notes* notes) {
   }
   std::int64_t total = 0;
   for (int row = 0; row < counts.rows; ++row) {
+    StopIfInterrupted();
+    const std::vector<std::string> texts = table.RowTexts(row);
     for (const int column : columns) {
-      const std::int64_t count = ReadCount(table, row, column);
+      const std::int64_t count = ReadCount(table, row, column, texts[static_cast<std::size_t>(column)]);
       if (count > std::numeric_limits<int>::max() - total) {
         Refuse(table, "the counts add up to more than " + std::to_string(std::numeric_limits<int>::max()));
       }

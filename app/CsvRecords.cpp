@@ -1,113 +1,143 @@
 #include "app/CsvRecords.h"
 
-#include <csv.h>
-
-#include <new>
-
 #include "app/Failure.h"
 
 namespace kalmia::app {
 
 namespace {
 
-/// The parser of the CSV library with the record that it is filling.
-class RecordParser {
- public:
-  RecordParser(char separator, const std::string& name) : name_(name) {
-    if (csv_init(&parser_, CSV_STRICT | CSV_STRICT_FINI) != 0) throw std::bad_alloc();
-    csv_set_delim(&parser_, static_cast<unsigned char>(separator));
+/// The closing quotation mark of a field whose content begins at `at`, or npos.
+std::size_t ClosingMark(std::string_view text, std::size_t at, bool* hasDoubled) {
+  for (std::size_t mark = text.find('"', at); mark != std::string_view::npos; mark = text.find('"', mark + 2)) {
+    if (mark + 1 == text.size() || text[mark + 1] != '"') return mark;
+    *hasDoubled = true;
   }
-  ~RecordParser() { csv_free(&parser_); }
-  RecordParser(const RecordParser&) = delete;
-  RecordParser& operator=(const RecordParser&) = delete;
+  return std::string_view::npos;
+}
 
-  /// Reads one line with its end. True if the record is complete with it.
-  bool Feed(std::string_view line, int number) {
-    if (!begun_) Begin(number);
-    if (csv_parse(&parser_, line.data(), line.size(), TakeField, TakeEnd, this) != line.size()) Fail(number);
-    Check(number);
-    const bool hasContent = !record_.fields.empty() || line.find_first_not_of(" \t\r\n") != std::string_view::npos;
-    begun_ = !complete_ && (begun_ || hasContent);
-    return complete_;
+bool EndsField(std::string_view text, std::size_t at, const CsvFormat& format) {
+  return at == text.size() || text[at] == format.separator || IsLineEnd(text[at]);
+}
+
+std::size_t BehindBlanks(std::string_view text, std::size_t at, const CsvFormat& format) {
+  while (at < text.size() && format.IsBlank(text[at])) ++at;
+  return at;
+}
+
+bool FindQuoted(std::string_view text, std::size_t mark, const CsvFormat& format, FieldPlace* field) {
+  field->begin = mark + 1;
+  field->end = ClosingMark(text, field->begin, &field->hasDoubled);
+  if (field->end == std::string_view::npos) return false;
+  field->next = BehindBlanks(text, field->end + 1, format);
+  return EndsField(text, field->next, format);
+}
+
+std::size_t LineEnds(std::string_view text) {
+  std::size_t ends = 0;
+  for (std::size_t i = 0; i < text.size(); ++i) {
+    if (IsLineEnd(text[i]) && BehindLineEnd(text, i) == i + 1) ++ends;
   }
-
-  /// Ends the text. True if that completes a record.
-  bool Finish(int lastLine) {
-    if (!begun_) Begin(lastLine);
-    if (csv_fini(&parser_, TakeField, TakeEnd, this) != 0) Fail(lastLine);
-    Check(lastLine);
-    return complete_;
-  }
-
-  const CsvRecord& Record() const { return record_; }
-
- private:
-  void Begin(int line) {
-    record_.fields.clear();
-    record_.line = line;
-    complete_ = false;
-  }
-
-  // Called from C: no exception may leave these.
-  static void TakeField(void* bytes, std::size_t length, void* self) {
-    auto* parser = static_cast<RecordParser*>(self);
-    try {
-      parser->record_.fields.emplace_back(static_cast<const char*>(bytes), length);
-    } catch (const std::bad_alloc&) {
-      parser->outOfMemory_ = true;
-    }
-  }
-  static void TakeEnd(int /*character*/, void* self) { static_cast<RecordParser*>(self)->complete_ = true; }
-
-  void Check(int line) {
-    if (outOfMemory_) throw std::bad_alloc();
-    if (csv_error(&parser_) != CSV_SUCCESS) Fail(line);
-  }
-
-  [[noreturn]] void Fail(int line) {
-    if (csv_error(&parser_) != CSV_EPARSE) throw std::bad_alloc();
-    throw Failure(ExitCode::BadData, name_ + ": a quotation mark on line " +
-                                         std::to_string(begun_ ? record_.line : line) +
-                                         " is never closed, or stands inside a field that does not begin with one");
-  }
-
-  csv_parser parser_ = {};
-  const std::string& name_;
-  CsvRecord record_;
-  bool begun_ = false;  ///< inside a record that the lines so far do not complete
-  bool complete_ = false;
-  bool outOfMemory_ = false;
-};
-
-/// The length of the first line of the text, its end included.
-std::size_t LineLength(std::string_view text) {
-  const std::size_t end = text.find_first_of("\r\n");
-  if (end == std::string_view::npos) return text.size();
-  return text[end] == '\r' && end + 1 < text.size() && text[end + 1] == '\n' ? end + 2 : end + 1;
+  return ends;
 }
 
 }  // namespace
 
-void ForEachCsvRecord(std::string_view text, char separator, const std::string& name,
-                      const std::function<bool(const CsvRecord&)>& take) {
-  RecordParser parser(separator, name);
-  int line = 0;
-  while (!text.empty()) {
-    ++line;
-    const std::size_t length = LineLength(text);
-    if (parser.Feed(text.substr(0, length), line) && !take(parser.Record())) return;
-    text.remove_prefix(length);
+bool FindField(std::string_view text, std::size_t at, const CsvFormat& format, FieldPlace* field) {
+  *field = {};
+  at = BehindBlanks(text, at, format);
+  if (at < text.size() && text[at] == '"') return FindQuoted(text, at, format, field);
+  field->begin = at;
+  for (; !EndsField(text, at, format); ++at) {
+    if (text[at] == '"') return false;
   }
-  if (parser.Finish(line)) take(parser.Record());
+  field->next = at;
+  while (at > field->begin && format.IsBlank(text[at - 1])) --at;
+  field->end = at;
+  return true;
+}
+
+std::string ContentOf(std::string_view text, const FieldPlace& field) {
+  const std::string_view content = text.substr(field.begin, field.end - field.begin);
+  if (!field.hasDoubled) return std::string(content);
+  std::string single;
+  for (std::size_t i = 0; i < content.size(); ++i) {
+    single += content[i];
+    if (content[i] == '"') ++i;
+  }
+  return single;
+}
+
+std::size_t BehindLineEnd(std::string_view text, std::size_t at) {
+  return text[at] == '\r' && at + 1 < text.size() && text[at + 1] == '\n' ? at + 2 : at + 1;
+}
+
+std::size_t EndOfLine(std::string_view text, std::size_t at) {
+  while (at < text.size() && !IsLineEnd(text[at])) ++at;
+  return at;
+}
+
+bool FindRecord(std::string_view text, const CsvFormat& format, CsvPlace* place) {
+  while (place->at < text.size()) {
+    std::size_t at = BehindBlanks(text, place->at, format);
+    if (at == text.size()) break;
+    const bool isComment = format.comment != '\0' && text[at] == format.comment;
+    if (!isComment && !IsLineEnd(text[at])) return true;
+    at = EndOfLine(text, at);
+    if (at == text.size()) break;
+    *place = {BehindLineEnd(text, at), place->line + 1};
+  }
+  place->at = text.size();
+  return false;
+}
+
+bool PassRecord(std::string_view text, const CsvFormat& format, CsvPlace* place, std::vector<FieldPlace>* fields) {
+  fields->clear();
+  CsvPlace end = *place;
+  for (;;) {
+    FieldPlace field;
+    if (!FindField(text, end.at, format, &field)) return false;
+    end.line += LineEnds(text.substr(field.begin, field.end - field.begin));
+    fields->push_back(field);
+    end.at = field.next;
+    if (end.at == text.size()) break;
+    const bool isLast = text[end.at] != format.separator;
+    end.at = isLast ? BehindLineEnd(text, end.at) : end.at + 1;
+    if (!isLast) continue;
+    ++end.line;
+    break;
+  }
+  *place = end;
+  return true;
+}
+
+std::string UnpairedMarks(std::size_t line) {
+  return "a quotation mark on line " + std::to_string(line) +
+         " is never closed, or stands inside a field that does not begin with one";
+}
+
+void ForEachCsvRecord(std::string_view text, const CsvFormat& format, const std::string& name,
+                      const std::function<bool(const CsvRecord&)>& take) {
+  CsvPlace place{format.begin, format.firstLine};
+  std::vector<FieldPlace> fields;
+  CsvRecord record;
+  while (FindRecord(text, format, &place)) {
+    record.line = place.line;
+    if (!PassRecord(text, format, &place, &fields)) {
+      throw Failure(ExitCode::BadData, name + ": " + UnpairedMarks(record.line));
+    }
+    record.fields.clear();
+    for (const FieldPlace& field : fields) record.fields.push_back(ContentOf(text, field));
+    if (!take(record)) return;
+  }
 }
 
 std::string CsvField(std::string_view text) {
   const bool plain = !text.empty() && text.find_first_of(",;\t\"\r\n") == std::string_view::npos &&
                      text.front() != ' ' && text.back() != ' ';
   if (plain) return std::string(text);
-  std::string field(csv_write(nullptr, 0, text.data(), text.size()), '\0');
-  csv_write(field.data(), field.size(), text.data(), text.size());
-  return field;
+  std::string field = "\"";
+  for (const char byte : text) field.append(byte == '"' ? 2 : 1, byte);
+  return field + '"';
 }
 
 }  // namespace kalmia::app

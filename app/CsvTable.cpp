@@ -1,12 +1,10 @@
 #include "app/CsvTable.h"
 
 #include <algorithm>
-#include <array>
-#include <cstdint>
 #include <limits>
+#include <utility>
 
-#include "app/CellNumber.h"
-#include "app/CsvRecords.h"
+#include "app/CsvDialect.h"
 #include "app/DisplayText.h"
 #include "app/Failure.h"
 
@@ -14,41 +12,20 @@ namespace kalmia::app {
 
 namespace {
 
-constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
+constexpr auto kMostRows = static_cast<std::size_t>(std::numeric_limits<int>::max());
+constexpr auto kMostColumns = kMostRows / 2;
+constexpr double kShareOfRows = 0.1;        ///< of the time, to find where they begin
+constexpr std::size_t kSampleRows = 64;     ///< that the decimal mark is guessed from
+constexpr std::size_t kNamesAtOnce = 4096;  ///< between two questions whether to stop
 
 [[noreturn]] void Refuse(const std::string& message) { throw Failure(ExitCode::BadData, message); }
 
-void RefuseOtherThanText(std::string_view text, const std::string& name) {
-  const std::string_view start = text.substr(0, 2);
-  if (start == "\xFF\xFE" || start == "\xFE\xFF") Refuse(name + " is UTF-16 text: save it as UTF-8");
-  const std::size_t zero = text.find('\0');
-  if (zero == std::string_view::npos) return;
-  const auto before = text.substr(0, zero);
-  Refuse(name + " is not a text file: line " + std::to_string(1 + std::count(before.begin(), before.end(), '\n')) +
-         " holds a zero byte");
-}
-
-/// Fields of the header and of the first row, as one separator divides them; 0 where there is none.
-struct Division {
-  std::size_t header = 0;
-  std::size_t firstRow = 0;
-};
-
-Division Divide(std::string_view text, char separator, const std::string& name) {
-  Division division;
-  try {
-    ForEachCsvRecord(text, separator, name, [&division](const CsvRecord& record) {
-      if (division.header == 0) {
-        division.header = record.fields.size();
-        return true;
-      }
-      division.firstRow = record.fields.size();
-      return false;
-    });
-  } catch (const Failure&) {
-    return {};  // with this separator the quotation marks do not pair up
-  }
-  return division;
+/// Moves the bar onto a share of the range.
+Proceed ShareOf(double from, double to, NCProgress* progress) {
+  return [=](double share) {
+    if (progress == nullptr || progress->SetValue(static_cast<float>(from + (to - from) * share))) return;
+    throw Failure(ExitCode::Stopped, "stopped");
+  };
 }
 
 bool IsDigits(const std::string& text) {
@@ -61,18 +38,24 @@ bool MayBeNumbersCutAtCommas(const std::vector<std::string>& fields) {
   return IsDigits(fields.back()) && IsDigits(before.substr(before.find_first_not_of("+-") == 1 ? 1 : 0));
 }
 
-std::string FieldCount(std::size_t count) { return Counted(count, "field"); }
+std::vector<std::string> ContentsOf(std::string_view text, const std::vector<FieldPlace>& fields) {
+  std::vector<std::string> contents;
+  contents.reserve(fields.size());
+  for (const FieldPlace& field : fields) contents.push_back(ContentOf(text, field));
+  return contents;
+}
 
 }  // namespace
 
-CsvTable::CsvTable(std::string_view text, const std::string& name) : name_(name) {
-  RefuseOtherThanText(text, name);
-  if (text.substr(0, kByteOrderMark.size()) == kByteOrderMark) text.remove_prefix(kByteOrderMark.size());
-  if (text.find_first_not_of(" \t\r\n") == std::string_view::npos) Refuse(name + " is empty");
-  DetectSeparator(text);
-  Read(text);
-  if (lines_.empty()) Refuse(name + " has a header but no data rows");
-  if (separator_ != ',') DetectDecimalComma();
+CsvTable::CsvTable(std::string text, const std::string& name, const ReadOptions& options, NCProgress* progress,
+                   std::size_t bytesAtOnce)
+    : name_(name), text_(std::move(text)), format_(DetectFormat(text_, name, options)) {
+  cellFormat_.missingWords = options.missingWords;
+  const CsvPlace headerEnd = ReadHeader(ShareOf(0.0, 0.0, progress));
+  rows_ = FindRows(text_, format_, headerEnd, bytesAtOnce, ShareOf(0.0, kShareOfRows, progress));
+  if (rows_.Size() == 0) Refuse(name_ + " has a header but no data rows");
+  if (rows_.Size() > kMostRows) Refuse(name_ + " has more than " + std::to_string(kMostRows) + " rows");
+  ReadRows(bytesAtOnce, ShareOf(kShareOfRows, 1.0, progress));
 }
 
 int CsvTable::Find(const std::string& columnName) const {
@@ -80,48 +63,41 @@ int CsvTable::Find(const std::string& columnName) const {
   return found == columnOf_.end() ? -1 : found->second;
 }
 
-std::string_view CsvTable::Cell(int row, int column) const {
-  const std::size_t cell = static_cast<std::size_t>(row) * columnNames_.size() + static_cast<std::size_t>(column);
-  const std::size_t begin = cell == 0 ? 0 : ends_[cell - 1];
-  return std::string_view(cells_).substr(begin, ends_[cell] - begin);
+std::vector<std::string> CsvTable::RowTexts(int row) const {
+  CsvPlace place{rows_.Begin(static_cast<std::size_t>(row)), 0};
+  std::vector<FieldPlace> fields;
+  PassRecord(text_, format_, &place, &fields);
+  return ContentsOf(text_, fields);
+}
+
+std::string CsvTable::Cell(int row, int column) const {
+  std::size_t at = rows_.Begin(static_cast<std::size_t>(row));
+  FieldPlace field;
+  for (int c = 0; c <= column; ++c, at = field.next + 1) FindField(text_, at, format_, &field);
+  return ContentOf(text_, field);
+}
+
+std::vector<std::string> CsvTable::ColumnTexts(int column) const {
+  std::vector<std::string> texts;
+  texts.reserve(rows_.Size());
+  for (int row = 0; row < Rows(); ++row) texts.push_back(Cell(row, column));
+  return texts;
 }
 
 std::string CsvTable::RowPlace(int row) const {
-  return "row " + std::to_string(row + 1) + " (line " + std::to_string(lines_[static_cast<std::size_t>(row)]) + ")";
+  return "row " + std::to_string(row + 1) + " (line " + std::to_string(Line(row)) + ")";
 }
 
-void CsvTable::DetectSeparator(std::string_view text) {
-  std::size_t most = 1;
-  for (const char candidate : {'\t', ';', ','}) {
-    const Division division = Divide(text, candidate, name_);
-    if (division.header > 1 && division.header == division.firstRow) {
-      separator_ = candidate;
-      return;
-    }
-    if (division.header > most) {
-      most = division.header;
-      separator_ = candidate;
-    }
-  }
-}
-
-void CsvTable::Read(std::string_view text) {
-  cells_.reserve(text.size());
-  ForEachCsvRecord(text, separator_, name_, [this](const CsvRecord& record) {
-    if (columnNames_.empty()) {
-      TakeHeader(record.fields);
-    } else {
-      TakeRow(record.fields, record.line);
-    }
-    return true;
-  });
-}
-
-void CsvTable::TakeHeader(const std::vector<std::string>& fields) {
-  constexpr auto kMost = static_cast<std::size_t>(std::numeric_limits<int>::max() / 2);
-  if (fields.size() > kMost) Refuse(name_ + ": too many columns");
-  columnNames_ = fields;
+CsvPlace CsvTable::ReadHeader(const Proceed& proceed) {
+  CsvPlace place{format_.begin, format_.firstLine};
+  FindRecord(text_, format_, &place);
+  const std::size_t line = place.line;
+  std::vector<FieldPlace> fields;
+  if (!PassRecord(text_, format_, &place, &fields)) Refuse(name_ + ": " + UnpairedMarks(line));
+  if (fields.size() > kMostColumns) Refuse(name_ + ": too many columns");
+  columnNames_ = ContentsOf(text_, fields);
   for (std::size_t c = 0; c < columnNames_.size(); ++c) {
+    if (c % kNamesAtOnce == 0) proceed(0.0);
     if (columnNames_[c].empty()) columnNames_[c] = "column " + std::to_string(c + 1);
     const auto [first, isNew] = columnOf_.emplace(columnNames_[c], static_cast<int>(c));
     if (!isNew) {
@@ -129,37 +105,40 @@ void CsvTable::TakeHeader(const std::vector<std::string>& fields) {
              " have the same name, " + Quoted(columnNames_[c]));
     }
   }
+  const std::size_t end = fields.back().next;
+  return {end, end == text_.size() ? place.line : place.line - 1};
 }
 
-void CsvTable::TakeRow(const std::vector<std::string>& fields, int line) {
-  if (fields.size() != columnNames_.size()) {
-    const bool tooMany = separator_ == ',' && fields.size() > columnNames_.size();
-    const bool hint = tooMany && MayBeNumbersCutAtCommas(fields);
-    Refuse(name_ + ": row " + std::to_string(lines_.size() + 1) + " (line " + std::to_string(line) + ") has " +
-           FieldCount(fields.size()) + ", the header has " + std::to_string(columnNames_.size()) +
-           (hint ? "; if the numbers have decimal commas, separate the columns by ; or tabs" : ""));
+void CsvTable::ReadRows(std::size_t bytesAtOnce, const Proceed& proceed) {
+  const std::size_t bytesInARow = std::max<std::size_t>(text_.size() / rows_.Size(), 1);
+  const std::size_t rowsAtOnce = std::max<std::size_t>(bytesAtOnce / bytesInARow, 1);
+  const auto read = [&](std::size_t rows, const Proceed& report) {
+    CsvCells cells = ReadCells(text_, format_, rows_, rows, columnNames_.size(), cellFormat_, rowsAtOnce, report);
+    if (cells.badRow) RefuseRow(*cells.badRow);
+    return cells;
+  };
+  const auto hasCommas = [this](const CsvCells& cells) {
+    return format_.separator != ',' && cells.commas > cells.points;
+  };
+  cellFormat_.decimalComma = hasCommas(read(std::min(rows_.Size(), kSampleRows), [](double) {}));
+  CsvCells cells = read(rows_.Size(), proceed);
+  if (hasCommas(cells) != cellFormat_.decimalComma) {  // the first rows were not like the others
+    cellFormat_.decimalComma = !cellFormat_.decimalComma;
+    cells = read(rows_.Size(), proceed);
   }
-  for (const std::string& field : fields) {
-    cells_ += field;
-    ends_.push_back(cells_.size());
-  }
-  lines_.push_back(line);
+  cells_ = std::move(cells);
 }
 
-void CsvTable::DetectDecimalComma() {
-  std::int64_t commas = 0;
-  std::int64_t points = 0;
-  for (int row = 0; row < Rows(); ++row) {
-    for (int column = 0; column < Columns(); ++column) {
-      const std::string_view cell = Cell(row, column);
-      if (cell.find(',') != std::string_view::npos) {
-        commas += ReadCell(cell, /*decimalComma=*/true).kind == CellKind::Number ? 1 : 0;
-      } else if (cell.find('.') != std::string_view::npos) {
-        points += ReadCell(cell, /*decimalComma=*/false).kind == CellKind::Number ? 1 : 0;
-      }
-    }
-  }
-  decimalComma_ = commas > points;
+void CsvTable::RefuseRow(std::size_t row) const {
+  CsvPlace place{rows_.Begin(row), 0};
+  std::vector<FieldPlace> places;
+  if (!PassRecord(text_, format_, &place, &places)) Refuse(name_ + ": " + UnpairedMarks(rows_.Line(row)));
+  const std::vector<std::string> fields = ContentsOf(text_, places);
+  const bool tooMany = format_.separator == ',' && fields.size() > columnNames_.size();
+  const bool hint = tooMany && MayBeNumbersCutAtCommas(fields);
+  Refuse(name_ + ": " + RowPlace(static_cast<int>(row)) + " has " + Counted(fields.size(), "field") +
+         ", the header has " + std::to_string(columnNames_.size()) +
+         (hint ? "; if the numbers have decimal commas, separate the columns by ; or tabs" : ""));
 }
 
 }  // namespace kalmia::app

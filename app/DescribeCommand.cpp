@@ -1,36 +1,44 @@
-#include <limits>
+#include <atomic>
+#include <cmath>
 
+#include "app/ColumnMoments.h"
 #include "app/Commands.h"
 #include "app/CsvTable.h"
 #include "app/DisplayText.h"
 #include "app/Failure.h"
-#include "app/InputFile.h"
+#include "app/Interrupt.h"
 #include "app/Json.h"
 #include "app/Numbers.h"
+#include "app/ReadTable.h"
+#include "app/SharedWork.h"
 #include "app/Skewness.h"
 #include "app/TableColumns.h"
 #include "app/TextTable.h"
-#include "kalmia/containers/NCDataMatrix.h"
 
 namespace kalmia::app {
 
 namespace {
 
-constexpr double kNone = std::numeric_limits<double>::quiet_NaN();
 constexpr int kDigits = 6;
+constexpr std::size_t kWordsShown = 3;  ///< of a column of numbers
 
-/// What is told of one column; not a number where there are too few cells for it.
+/// A cell among numbers that is none: text, or infinite, or beyond single precision.
+struct StrayWord {
+  std::string text;
+  int row = 0;  ///< from 1
+  std::size_t line = 0;
+};
+
+/// What is told of one column.
 struct ColumnSummary {
   std::string name;
-  int n = 0;
   int missing = 0;
-  double mean = kNone;
-  double standardDeviation = kNone;
-  float min = std::numeric_limits<float>::quiet_NaN();
-  float max = std::numeric_limits<float>::quiet_NaN();
-  double skewness = kNone;
+  int words = 0;
+  std::vector<StrayWord> firstWords;
+  ColumnMoments moments;
 
-  bool IsConstant() const { return n > 0 && min == max; }
+  bool IsConstant() const { return moments.n > 0 && moments.min == moments.max; }
+  bool IsEmpty() const { return moments.n == 0 && words == 0; }
 };
 
 struct TableSummary {
@@ -49,42 +57,55 @@ struct TableSummary {
     return Names([](const ColumnSummary& column) { return column.IsConstant(); });
   }
   std::vector<std::string> Empty() const {
-    return Names([](const ColumnSummary& column) { return column.n == 0; });
+    return Names([](const ColumnSummary& column) { return column.IsEmpty(); });
+  }
+  std::vector<std::string> WithWords() const {
+    return Names([](const ColumnSummary& column) { return column.words > 0; });
   }
 };
 
-/// The library answers -99 for "no estimate"; how many cells there are says so without doubt.
-ColumnSummary Summarise(const std::string& name, const std::vector<float>& cells) {
-  NCDataMatrix<float> matrix(static_cast<int>(cells.size()), 1);
-  for (std::size_t i = 0; i < cells.size(); ++i) matrix(static_cast<int>(i) + 1, 1, cells[i]);
-  ColumnSummary summary;
-  summary.name = name;
-  summary.missing = matrix.GetColumnMisVal(1);
-  summary.n = matrix.SizeRows() - summary.missing;
-  if (summary.n == 0) return summary;
-  summary.mean = static_cast<double>(matrix.GetColumnMean(1));
-  matrix.GetColumnMinMax(1, summary.min, summary.max);
-  if (summary.n < 2) return summary;
-  summary.standardDeviation = static_cast<double>(matrix.GetColumnStdDev(1));
-  if (!summary.IsConstant() && summary.n > 2) {
-    summary.skewness = TellableSkewness(cells, summary.mean, summary.standardDeviation,
-                                        static_cast<double>(matrix.GetColumnSkewness(1)));
+void NameWords(const CsvTable& table, int column, ColumnSummary* summary) {
+  for (const int row : RowsOfStrays(table, column, kWordsShown)) {
+    summary->firstWords.push_back({table.Cell(row, column), row + 1, table.Line(row)});
   }
-  return summary;
+}
+
+/// Adds the moments of the columns. How many cells were measured as -99.
+int SummariseNumbers(const CsvTable& table, const std::vector<int>& columns, std::vector<ColumnSummary>* summaries) {
+  std::atomic<int> moved{0};
+  ShareWork(columns.size(), [](double) { StopIfInterrupted(); },
+            [&](std::size_t k) {
+              int movedHere = 0;
+              const std::vector<float> cells = NumbersBesideStrays(table, columns[k], &movedHere);
+              ColumnMoments& moments = (*summaries)[k].moments;
+              moments = MomentsOf(cells);
+              if (!std::isnan(moments.skewness)) {
+                moments.skewness =
+                    TellableSkewness(cells, moments.mean, moments.standardDeviation, moments.skewness);
+              }
+              moved += movedHere;
+            });
+  return moved;
 }
 
 TableSummary SummariseTable(const CsvTable& table, Notes* notes) {
   TableSummary summary;
-  int moved = 0;
+  std::vector<int> columns;
   for (int column = 0; column < table.Columns(); ++column) {
     const std::string& name = table.ColumnNames()[static_cast<std::size_t>(column)];
-    if (KindOfColumn(table, column) == ColumnKind::Texts) {
+    const CsvColumn& cells = table.Column(column);
+    if (cells.kind == ColumnKind::Texts) {
       summary.textColumns.push_back(name);
-    } else {
-      summary.columns.push_back(Summarise(name, ReadNumbers(table, column, &moved)));
+      continue;
     }
+    columns.push_back(column);
+    summary.columns.emplace_back();
+    summary.columns.back().name = name;
+    summary.columns.back().missing = cells.missing;
+    summary.columns.back().words = cells.strays;
+    NameWords(table, column, &summary.columns.back());
   }
-  NoteMovedCells(moved, notes);
+  NoteMovedCells(SummariseNumbers(table, columns, &summary.columns), notes);
   if (table.Columns() == 1 && !summary.textColumns.empty()) {
     notes->Add("the table has one column only, of text: columns are separated by commas, ; or tabs");
   }
@@ -98,24 +119,55 @@ std::string NamedColumns(const std::string& kind, const std::vector<std::string>
   return names.empty() ? "" : kind + ": " + Listed(names) + "\n";
 }
 
+/// "'n/a' in row 3 (line 4), 'x' in row 7 (line 8) and 5 more".
+std::string WordsText(const ColumnSummary& column) {
+  std::vector<std::string> words;
+  for (const StrayWord& word : column.firstWords) {
+    words.push_back(Quoted(word.text) + " in row " + std::to_string(word.row) + " (line " + std::to_string(word.line) +
+                    ")");
+  }
+  const std::size_t others = static_cast<std::size_t>(column.words) - words.size();
+  if (others > 0) words.push_back(std::to_string(others) + " more");
+  return Listed(words);
+}
+
 std::string DescribeText(const CsvTable& table, const TableSummary& summary) {
+  const bool hasWords = !summary.WithWords().empty();
   TextTable text;
   text.AddColumn("column", TextTable::Align::Left);
-  for (const char* title : {"n", "missing", "mean", "sd", "min", "max", "skewness"}) {
-    text.AddColumn(title, TextTable::Align::Right);
-  }
+  std::vector<const char*> titles = {"n", "missing", "mean", "sd", "min", "max", "skewness"};
+  if (hasWords) titles.insert(titles.begin() + 2, "words");
+  for (const char* title : titles) text.AddColumn(title, TextTable::Align::Right);
   for (const ColumnSummary& column : summary.columns) {
-    text.AddRow({column.name, std::to_string(column.n), std::to_string(column.missing),
-                 Significant(column.mean, kDigits), Significant(column.standardDeviation, kDigits),
-                 Shortest(column.min, "-"), Shortest(column.max, "-"), Significant(column.skewness, kDigits)});
+    std::vector<std::string> row = {column.name,
+                                    std::to_string(column.moments.n),
+                                    std::to_string(column.missing),
+                                    Significant(column.moments.mean, kDigits),
+                                    Significant(column.moments.standardDeviation, kDigits),
+                                    Shortest(column.moments.min, "-"),
+                                    Shortest(column.moments.max, "-"),
+                                    Significant(column.moments.skewness, kDigits)};
+    if (hasWords) row.insert(row.begin() + 3, std::to_string(column.words));
+    text.AddRow(row);
   }
   std::string lists = NamedColumns("Text columns", summary.textColumns) +
                       NamedColumns("Constant columns", summary.Constant()) +
                       NamedColumns("Empty columns", summary.Empty());
+  for (const ColumnSummary& column : summary.columns) {
+    if (column.words > 0) lists += "Words among the numbers of " + OneLine(column.name) + ": " + WordsText(column) + "\n";
+  }
   if (!lists.empty()) lists.insert(0, "\n");
   return table.Name() + ": " + Counted(static_cast<std::size_t>(table.Rows()), "row") + ", " +
          Counted(static_cast<std::size_t>(table.Columns()), "column") + "\n\n" +
          (summary.columns.empty() ? "" : text.Text()) + lists;
+}
+
+Json WordsJson(const ColumnSummary& column) {
+  Json words = Json::array();
+  for (const StrayWord& word : column.firstWords) {
+    words.push_back({{"word", word.text}, {"row", word.row}, {"line", word.line}});
+  }
+  return words;
 }
 
 std::string DescribeJson(const CsvTable& table, const TableSummary& summary, const Notes& notes) {
@@ -125,13 +177,15 @@ std::string DescribeJson(const CsvTable& table, const TableSummary& summary, con
   Json columns = Json::array();
   for (const ColumnSummary& column : summary.columns) {
     columns.push_back({{"name", column.name},
-                       {"n", column.n},
+                       {"n", column.moments.n},
                        {"missing", column.missing},
-                       {"mean", JsonNumber(column.mean)},
-                       {"standardDeviation", JsonNumber(column.standardDeviation)},
-                       {"min", JsonNumber(AsWritten(column.min))},
-                       {"max", JsonNumber(AsWritten(column.max))},
-                       {"skewness", JsonNumber(column.skewness)}});
+                       {"words", column.words},
+                       {"firstWords", WordsJson(column)},
+                       {"mean", JsonNumber(column.moments.mean)},
+                       {"standardDeviation", JsonNumber(column.moments.standardDeviation)},
+                       {"min", JsonNumber(AsWritten(column.moments.min))},
+                       {"max", JsonNumber(AsWritten(column.moments.max))},
+                       {"skewness", JsonNumber(column.moments.skewness)}});
   }
   json["columns"] = columns;
   json["textColumns"] = summary.textColumns;
@@ -144,7 +198,7 @@ std::string DescribeJson(const CsvTable& table, const TableSummary& summary, con
 }  // namespace
 
 std::string RunCommand(const DescribeOptions& options, Notes* notes) {
-  const CsvTable table(ReadInput(options.table), InputName(options.table));
+  const CsvTable table = ReadTable(options.table, options.reading);
   const TableSummary summary = SummariseTable(table, notes);
   return options.json ? DescribeJson(table, summary, *notes) : DescribeText(table, summary);
 }

@@ -2,20 +2,19 @@
 #include "app/CsvTable.h"
 #include "app/FillOutcome.h"
 #include "app/FillReport.h"
-#include "app/InputFile.h"
 #include "app/OutputFiles.h"
 #include "app/OutputPlaces.h"
+#include "app/ReadTable.h"
 
 namespace kalmia::app {
 
 std::string RunCommand(const FillOptions& options, Notes* notes) {
   CheckPlaces({{"the table", options.table}}, {{"--out", options.out}});
   if (options.report) notes->Add("--report is called --check now");
-  const std::string text = ReadInput(options.table);
-  const CsvTable table(text, InputName(options.table));
+  const CsvTable table = ReadTable(options.table, options.reading);
   const FillOutcome outcome = ComputeFill(table, options, notes);
   OutputFiles files;
-  files.Stage(options.out, FilledText(text, table, outcome, options));
+  files.Stage(options.out, FilledText(table, outcome, options));
   files.Commit();
   return options.json ? FillJson(table, outcome, options.out, *notes) : FillText(table, outcome, options.out);
 }

@@ -1,6 +1,7 @@
 #include "app/FillOutcome.h"
 
 #include <algorithm>
+#include <cmath>
 #include <stdexcept>
 
 #include "app/CellNumber.h"
@@ -20,10 +21,6 @@ constexpr std::size_t kNamed = 10;  ///< a note names so many columns, and count
 
 [[noreturn]] void Refuse(const CsvTable& table, const std::string& message) {
   throw Failure(ExitCode::BadData, table.Name() + ": " + message);
-}
-
-bool IsMissing(const CsvTable& table, int row, int column) {
-  return ReadCell(table.Cell(row, column), table.DecimalComma()).kind == CellKind::Missing;
 }
 
 /// Works from the table to the outcome.
@@ -74,8 +71,7 @@ class Computation {
 
   /// Counts the missing cells of a column that is not filled.
   void LeaveColumn(int column, LeftEmpty::Reason reason) {
-    int cells = 0;
-    for (int row = 0; row < table_.Rows(); ++row) cells += IsMissing(table_, row, column) ? 1 : 0;
+    const int cells = table_.Column(column).missing;
     outcome_.missing += cells;
     if (cells > 0) outcome_.leftEmpty.push_back({reason, Name(column), cells});
   }
@@ -128,7 +124,7 @@ FillOutcome ComputeFill(const CsvTable& table, const FillOptions& options, Notes
   return Computation(table, options, notes).Compute();
 }
 
-std::string FilledText(const std::string& text, const CsvTable& table, const FillOutcome& outcome,
+std::string FilledText(const CsvTable& table, const FillOutcome& outcome,
                        const FillOptions& options) {
   std::vector<int> matrixColumn(static_cast<std::size_t>(table.Columns()), 0);  // from 1; 0: not filled
   for (std::size_t c = 0; c < outcome.columns.size(); ++c) {
@@ -137,13 +133,13 @@ std::string FilledText(const std::string& text, const CsvTable& table, const Fil
   int replaced = 0;
   const auto filledCell = [&](int row, int column) -> std::optional<float> {
     const int place = matrixColumn.at(static_cast<std::size_t>(column));
-    if (place == 0 || !IsMissing(table, row, column)) return std::nullopt;
+    if (place == 0 || !std::isnan(table.Column(column).numbers[row])) return std::nullopt;
     const float cell = outcome.filled.cells[row + 1][place];
     if (cell == kMissingCell) return std::nullopt;
     ++replaced;
     return cell;
   };
-  std::string filled = WithNewCells(text, table, options.id, options.csvMarks, filledCell);
+  std::string filled = WithNewCells(table, options.id, options.csvMarks, filledCell);
   if (replaced != outcome.filledCells) throw std::logic_error("fields are not where the table has them");
   return filled;
 }

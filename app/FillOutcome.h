@@ -37,7 +37,7 @@ struct FillOutcome {
 FillOutcome ComputeFill(const CsvTable& table, const FillOptions& options, Notes* notes);
 
 /// The text of the table with the filled cells in it, as WithNewCells writes it.
-std::string FilledText(const std::string& text, const CsvTable& table, const FillOutcome& outcome,
+std::string FilledText(const CsvTable& table, const FillOutcome& outcome,
                        const FillOptions& options);
 
 }  // namespace kalmia::app

@@ -10,6 +10,7 @@
 #include "app/ModelFile.h"
 #include "app/OutputFiles.h"
 #include "app/OutputPlaces.h"
+#include "app/ReadTable.h"
 
 namespace kalmia::app {
 
@@ -44,11 +45,10 @@ FilterOutcome Compute(const CsvTable& table, const FilterOptions& options, Notes
 
 std::string RunCommand(const FilterOptions& options, Notes* notes) {
   CheckFiles(options);
-  const std::string text = ReadInput(options.table);
-  const CsvTable table(text, InputName(options.table));
+  const CsvTable table = ReadTable(options.table, options.reading);
   const FilterOutcome outcome = Compute(table, options, notes);
   OutputFiles files;
-  files.Stage(options.out, FilteredText(text, table, outcome, options));
+  files.Stage(options.out, FilteredText(table, outcome, options));
   if (!options.save.empty()) files.Stage(options.save, ModelFileBytes(outcome.filter));
   files.Commit();
   return options.json ? FilterJson(table, outcome, options, *notes) : FilterText(table, outcome, options);

@@ -106,7 +106,7 @@ FilteredTable ApplyFilter(const StoredFilter& filter, const CsvTable& table, Not
   return filtered;
 }
 
-std::string FilteredText(const std::string& text, const CsvTable& table, const FilterOutcome& outcome,
+std::string FilteredText(const CsvTable& table, const FilterOutcome& outcome,
                          const FilterOptions& options) {
   const StoredFilter& filter = outcome.filter;
   const FilteredTable& filtered = outcome.filtered;
@@ -115,7 +115,7 @@ std::string FilteredText(const std::string& text, const CsvTable& table, const F
     const int column = table.Find(filter.xNames[k]);
     if (column >= 0) matrixColumn[static_cast<std::size_t>(column)] = static_cast<int>(k) + 1;
   }
-  return WithNewCells(text, table, filter.idColumn, options.csvMarks, [&](int row, int column) -> std::optional<float> {
+  return WithNewCells(table, filter.idColumn, options.csvMarks, [&](int row, int column) -> std::optional<float> {
     const int place = matrixColumn.at(static_cast<std::size_t>(column));
     if (place == 0 || filtered.cells[row + 1][place] == kMissingCell) return std::nullopt;
     return filtered.cells[row + 1][place];

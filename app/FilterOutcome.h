@@ -36,7 +36,7 @@ FilterOutcome MakeFilter(const CsvTable& table, const FilterOptions& options, No
 FilteredTable ApplyFilter(const StoredFilter& filter, const CsvTable& table, Notes* notes);
 
 /// The text of the table with the filtered cells in it, as WithNewCells writes it; a missing cell stays as it is.
-std::string FilteredText(const std::string& text, const CsvTable& table, const FilterOutcome& outcome,
+std::string FilteredText(const CsvTable& table, const FilterOutcome& outcome,
                          const FilterOptions& options);
 
 }  // namespace kalmia::app

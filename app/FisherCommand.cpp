@@ -4,9 +4,9 @@
 #include "app/CountTable.h"
 #include "app/DisplayText.h"
 #include "app/Failure.h"
-#include "app/InputFile.h"
 #include "app/Json.h"
 #include "app/Numbers.h"
+#include "app/ReadTable.h"
 #include "kalmia/statistics/Sta.h"
 #include "kalmia/support/NCError.h"
 
@@ -65,7 +65,7 @@ std::string FisherJson(const FisherOptions& options, const std::string& name, co
 }  // namespace
 
 std::string RunCommand(const FisherOptions& options, Notes* notes) {
-  const CsvTable csv(ReadInput(options.table), InputName(options.table));
+  const CsvTable csv = ReadTable(options.table, options.reading);
   const CountTable table = ReadCounts(csv, notes);
   const bool isFourfold = table.rows == 2 && table.columns == 2;
   const Sta::SidedNess side = SideOf(options.alternative);

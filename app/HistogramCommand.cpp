@@ -5,13 +5,13 @@
 #include "app/Commands.h"
 #include "app/CsvText.h"
 #include "app/DisplayText.h"
-#include "app/InputFile.h"
 #include "app/Json.h"
 #include "app/MeasuredColumn.h"
 #include "app/Numbers.h"
 #include "app/OutputFiles.h"
 #include "app/OutputPlaces.h"
 #include "app/Plot.h"
+#include "app/ReadTable.h"
 #include "app/TextTable.h"
 #include "kalmia/statistics/FrequencyHistogram.h"
 
@@ -150,7 +150,7 @@ std::vector<FilePlace> OutputsOf(const HistogramOptions& options) {
 
 std::string RunCommand(const HistogramOptions& options, Notes* notes) {
   CheckPlaces({{"the table", options.table}}, OutputsOf(options));
-  const CsvTable table(ReadInput(options.table), InputName(options.table));
+  const CsvTable table = ReadTable(options.table, options.reading);
   const Histogram histogram = HistogramOf(table, options, notes);
   OutputFiles files;
   if (!options.csv.empty()) files.Stage(options.csv, HistogramCsv(histogram, MarksOf(options.csvMarks)));

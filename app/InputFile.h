@@ -2,11 +2,14 @@
 
 #include <string>
 
+#include "kalmia/support/NCProgress.h"
+
 namespace kalmia::app {
 
-/// The whole content of a file, or of standard input where the name is "-". Stops on Ctrl-C.
-/// Throws Failure (Files) when it cannot be read, (Stopped) on Ctrl-C.
-std::string ReadInput(const std::string& name);
+/// The whole content of a file, or of standard input where the name is "-". Stops on Ctrl-C, also while it waits for
+/// somebody to write into a pipe. `progress` (may be null) moves from 0 to 1 where the file tells its size.
+/// Throws Failure (Files) when it cannot be read, (Stopped) on Ctrl-C or a stop of the progress.
+std::string ReadInput(const std::string& name, NCProgress* progress = nullptr);
 
 /// How messages call the file: "standard input" for "-", otherwise its name on one line.
 std::string InputName(const std::string& name);

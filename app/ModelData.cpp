@@ -188,8 +188,8 @@ class Selection {
   void NumberGroups() {
     std::unordered_map<std::string, int> numberOf;
     for (const int row : rows_) {
-      const std::string group(table_.Cell(row, groupColumn_));
-      if (ReadCell(group, table_.DecimalComma()).kind == CellKind::Missing) {
+      const std::string group = table_.Cell(row, groupColumn_);
+      if (table_.ValueOf(group).kind == CellKind::Missing) {
         Refuse(table_, table_.RowPlace(row) + " has no group in column " + Quoted(Name(groupColumn_)));
       }
       data_.groups.push_back(numberOf.emplace(group, static_cast<int>(numberOf.size())).first->second);

@@ -50,6 +50,7 @@ void DeclarePls(CommandOptions* command, PlsOptions* options) {
   DeclareFit(command, options);
   command->Text("--csv", "DIR", &options->csvFolder, "write scores, loadings, coefficients and more as CSV files");
   DeclareCsvMarks(command, &options->csvMarks);
+  DeclareReading(command, &options->reading);
   command->Examples(
       "Examples:\n"
       "  kalmia pls gasoline.csv --y octane --id sample --scale centre --save octane.model\n"
@@ -61,6 +62,7 @@ void DeclarePca(CommandOptions* command, PcaOptions* options) {
   DeclareFit(command, options);
   command->Text("--csv", "DIR", &options->csvFolder, "write scores, loadings and more as CSV files");
   DeclareCsvMarks(command, &options->csvMarks);
+  DeclareReading(command, &options->reading);
   command->Examples(
       "Examples:\n"
       "  kalmia pca wine.csv --id sample --exclude cultivar\n"
@@ -81,6 +83,7 @@ void DeclareOpls(CommandOptions* command, OplsOptions* options) {
   command->Input("--resume", &options->resume, "go on from what --save-cv has stored of the same table and steps");
   command->Text("--csv", "DIR", &options->csvFolder, "write scores, loadings, coefficients and more as CSV files");
   DeclareCsvMarks(command, &options->csvMarks);
+  DeclareReading(command, &options->reading);
   command->Examples(
       "Examples:\n"
       "  kalmia opls gasoline.csv --y octane --id sample --scale centre --save octane.model\n"
@@ -121,6 +124,7 @@ void DeclareO2pls(CommandOptions* command, O2plsOptions* options) {
   command->Flag("--json", &options->json, "print JSON");
   command->Text("--csv", "DIR", &options->csvFolder, "write scores, loadings, weights and fitted values as CSV files");
   DeclareCsvMarks(command, &options->csvMarks);
+  DeclareReading(command, &options->reading);
   command->Examples(
       "Examples:\n"
       "  kalmia o2pls chemistry.csv panel.csv --id sample --save oils.model\n"
@@ -137,6 +141,7 @@ void DeclarePredict(CommandOptions* command, PredictOptions* options) {
   command->Flag("--json", &options->json, "print JSON");
   command->Text("--csv", "DIR", &options->csvFolder, "write predictions.csv");
   DeclareCsvMarks(command, &options->csvMarks);
+  DeclareReading(command, &options->reading);
   command->Examples("Example:\n  kalmia predict octane.model new.csv");
 }
 
@@ -153,6 +158,7 @@ void DeclareFill(CommandOptions* command, FillOptions* options) {
   command->Flag("--report", &options->report, "the old name of --check");
   DeclareCsvMarks(command, &options->csvMarks);
   command->Flag("--json", &options->json, "print JSON");
+  DeclareReading(command, &options->reading);
   command->Examples("Example:\n  kalmia fill wine.csv --out filled.csv --id sample --exclude cultivar --check");
 }
 
@@ -182,6 +188,7 @@ void DeclareFilter(CommandOptions* command, FilterOptions* options) {
                : "filter needs --y and --components to make a filter, or --model to apply one";
   });
   command->Flag("--json", &options->json, "print JSON");
+  DeclareReading(command, &options->reading);
   command->Examples(
       "Examples:\n"
       "  kalmia filter gasoline.csv --y octane --id sample --components 1 --out filtered.csv --save octane.filter\n"

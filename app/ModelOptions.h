@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "app/CsvMarks.h"
+#include "app/ReadOptions.h"
 #include "kalmia/pcapls/NCScale.h"
 
 namespace kalmia::app {
@@ -15,6 +16,7 @@ class CommandOptions;
 /// and how they are judged, and where the results go.
 struct FitOptions {
   std::string table;
+  ReadOptions reading;
   std::string id;  ///< empty: rows are numbered
   std::vector<std::string> x;  ///< arguments for RequireColumns; empty: all other columns of numbers
   std::vector<std::string> exclude;
@@ -57,6 +59,7 @@ struct O2plsOptions : FitOptions {
 struct PredictOptions {
   std::string model;
   std::string table;
+  ReadOptions reading;
   std::string from;  ///< block that the table holds: x, y or empty
   std::string id;  ///< empty: the column that named the rows of the training table, if it is there
   bool json = false;
@@ -66,6 +69,7 @@ struct PredictOptions {
 
 struct FillOptions {
   std::string table;
+  ReadOptions reading;
   std::string out;
   std::string id;  ///< empty: rows are numbered
   std::vector<std::string> exclude;

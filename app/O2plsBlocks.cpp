@@ -33,8 +33,8 @@ struct RowPairs {
 std::unordered_map<std::string, int> RowsOfIds(const CsvTable& table, int column) {
   std::unordered_map<std::string, int> rows;
   for (int row = 0; row < table.Rows(); ++row) {
-    const std::string id(table.Cell(row, column));
-    if (ReadCell(id, table.DecimalComma()).kind == CellKind::Missing) {
+    const std::string id = table.Cell(row, column);
+    if (table.ValueOf(id).kind == CellKind::Missing) {
       Refuse(table, table.RowPlace(row) + " has no id in column " +
                         Quoted(table.ColumnNames()[static_cast<std::size_t>(column)]));
     }
@@ -101,7 +101,7 @@ class Selection {
     const auto rowsOfY = RowsOfIds(yTable_, yId_);
     std::vector<bool> taken(static_cast<std::size_t>(yTable_.Rows()), false);
     for (int row = 0; row < xTable_.Rows(); ++row) {
-      const std::string id(xTable_.Cell(row, xId_));
+      const std::string id = xTable_.Cell(row, xId_);
       const auto found = rowsOfY.find(id);
       if (found == rowsOfY.end()) {
         pair_.onlyInX.push_back(id);
@@ -113,7 +113,7 @@ class Selection {
       pair_.rowNames.push_back(id);
     }
     for (int row = 0; row < yTable_.Rows(); ++row) {
-      if (!taken[static_cast<std::size_t>(row)]) pair_.onlyInY.emplace_back(yTable_.Cell(row, yId_));
+      if (!taken[static_cast<std::size_t>(row)]) pair_.onlyInY.push_back(yTable_.Cell(row, yId_));
     }
     if (rows_.x.empty()) {
       throw Failure(ExitCode::BadData, xTable_.Name() + " and " + yTable_.Name() + " have no id of column " +

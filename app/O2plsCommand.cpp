@@ -4,12 +4,12 @@
 #include "app/Commands.h"
 #include "app/CsvTable.h"
 #include "app/FitFiles.h"
-#include "app/InputFile.h"
 #include "app/ModelFile.h"
 #include "app/O2plsCsvFiles.h"
 #include "app/O2plsOutcome.h"
 #include "app/O2plsReport.h"
 #include "app/OutputPlaces.h"
+#include "app/ReadTable.h"
 
 namespace kalmia::app {
 
@@ -25,8 +25,8 @@ void CheckFiles(const O2plsOptions& options) {
 
 std::string RunCommand(const O2plsOptions& options, Notes* notes) {
   CheckFiles(options);
-  const CsvTable xTable(ReadInput(options.table), InputName(options.table));
-  const CsvTable yTable(ReadInput(options.yTable), InputName(options.yTable));
+  const CsvTable xTable = ReadTable(options.table, options.reading);
+  const CsvTable yTable = ReadTable(options.yTable, options.reading);
   const O2plsOutcome outcome = ComputeO2pls(xTable, yTable, options, notes);
   FitFiles files;
   if (outcome.AnyKept()) {

@@ -12,6 +12,7 @@
 #include "app/OplsOutcome.h"
 #include "app/OplsReport.h"
 #include "app/OutputPlaces.h"
+#include "app/ReadTable.h"
 
 namespace kalmia::app {
 
@@ -32,7 +33,7 @@ std::string RunCommand(const OplsOptions& options, Notes* notes) {
   CheckFiles(options);
   std::optional<StoredOplsCv> resumed;
   if (!options.resume.empty()) resumed = ReadOplsCvFile(ReadInput(options.resume), InputName(options.resume));
-  const CsvTable table(ReadInput(options.table), InputName(options.table));
+  const CsvTable table = ReadTable(options.table, options.reading);
   const OplsOutcome outcome = ComputeOpls(table, options, resumed ? &*resumed : nullptr, notes);
   const FitFiles files = WriteFitFiles(
       options, [&] { return ModelFileBytes(outcome.model); },

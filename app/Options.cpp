@@ -37,6 +37,7 @@ void DeclareInfo(CommandOptions* command, InfoOptions* options) {
 void DeclareDescribe(CommandOptions* command, DescribeOptions* options) {
   command->File("TABLE", &options->table, "CSV table with a header");
   command->Flag("--json", &options->json, "print JSON");
+  DeclareReading(command, &options->reading);
   command->Examples("Example:\n  kalmia describe gasoline.csv");
 }
 

@@ -6,6 +6,7 @@
 #include "app/ClusterOptions.h"
 #include "app/ModelOptions.h"
 #include "app/PreprocessOptions.h"
+#include "app/ReadOptions.h"
 #include "app/StatisticsOptions.h"
 
 namespace kalmia::app {
@@ -17,6 +18,7 @@ struct InfoOptions {
 
 struct DescribeOptions {
   std::string table;
+  ReadOptions reading;
   bool json = false;
 };
 

@@ -1,17 +1,17 @@
 #include "app/Commands.h"
 #include "app/CsvTable.h"
 #include "app/FitFiles.h"
-#include "app/InputFile.h"
 #include "app/ModelFile.h"
 #include "app/PcaCsvFiles.h"
 #include "app/PcaOutcome.h"
 #include "app/PcaReport.h"
+#include "app/ReadTable.h"
 
 namespace kalmia::app {
 
 std::string RunCommand(const PcaOptions& options, Notes* notes) {
   CheckFitPlaces(options, PcaCsvFileNames());
-  const CsvTable table(ReadInput(options.table), InputName(options.table));
+  const CsvTable table = ReadTable(options.table, options.reading);
   const PcaOutcome outcome = ComputePca(table, options, notes);
   FitFiles files;
   if (outcome.AnyKept()) {

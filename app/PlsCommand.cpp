@@ -1,17 +1,17 @@
 #include "app/Commands.h"
 #include "app/CsvTable.h"
 #include "app/FitFiles.h"
-#include "app/InputFile.h"
 #include "app/ModelFile.h"
 #include "app/PlsCsvFiles.h"
 #include "app/PlsOutcome.h"
 #include "app/PlsReport.h"
+#include "app/ReadTable.h"
 
 namespace kalmia::app {
 
 std::string RunCommand(const PlsOptions& options, Notes* notes) {
   CheckFitPlaces(options, PlsCsvFileNames());
-  const CsvTable table(ReadInput(options.table), InputName(options.table));
+  const CsvTable table = ReadTable(options.table, options.reading);
   const PlsOutcome outcome = ComputePls(table, options, notes);
   FitFiles files;
   if (outcome.AnyKept()) {

@@ -11,6 +11,7 @@
 #include "app/OutputPlaces.h"
 #include "app/PcaPredict.h"
 #include "app/PlsPredict.h"
+#include "app/ReadTable.h"
 
 namespace kalmia::app {
 
@@ -67,7 +68,7 @@ std::string RunCommand(const PredictOptions& options, Notes* notes) {
               PlacesInCsvFolder(options.csvFolder, {kPredictionsFile}));
   StoredModel model = ReadModelFile(ReadInput(options.model), InputName(options.model));
   std::visit([&options](auto& own) { Direct(&own, options); }, model);
-  const CsvTable table(ReadInput(options.table), InputName(options.table));
+  const CsvTable table = ReadTable(options.table, options.reading);
   return std::visit([&](const auto& own) { return PredictWith(own, options, table, notes); }, model);
 }
 

@@ -10,10 +10,10 @@
 #include "app/CsvText.h"
 #include "app/DisplayText.h"
 #include "app/Failure.h"
-#include "app/InputFile.h"
 #include "app/Json.h"
 #include "app/OutputFiles.h"
 #include "app/OutputPlaces.h"
+#include "app/ReadTable.h"
 #include "app/StepChainFile.h"
 #include "app/StepChainReport.h"
 #include "app/StepProgress.h"
@@ -106,13 +106,12 @@ Signals ReadSignals(const CsvTable& table, const PreprocessOptions& options, con
 }
 
 /// The cell of a column that no step has touched: a missing one of numbers, and an empty text, as an empty field.
-void AddKeptCell(const CsvTable& table, int row, int column, bool isOfNumbers, CsvText* csv) {
-  const std::string text(table.Cell(row, column));
-  const bool isMissing = isOfNumbers && ReadCell(text, table.DecimalComma()).kind == CellKind::Missing;
+void AddKeptCell(const CsvTable& table, std::string text, bool isOfNumbers, CsvText* csv) {
+  const bool isMissing = isOfNumbers && table.ValueOf(text).kind == CellKind::Missing;
   if (isMissing || text.empty()) {
     csv->Cell(kMissingCell<float>);
   } else {
-    AddTableCell(table, row, column, isOfNumbers, csv);
+    AddTableCell(table, std::move(text), isOfNumbers, csv);
   }
 }
 
@@ -139,8 +138,10 @@ std::string OutText(const CsvTable& table, int idColumn, const std::vector<int>&
   StepProgress progress("writing the table", table.Rows());
   for (int row = 0; row < table.Rows(); ++row) {
     progress.Begin(row + 1);
+    std::vector<std::string> texts = kept.empty() ? std::vector<std::string>() : table.RowTexts(row);
     for (const int column : kept) {
-      AddKeptCell(table, row, column, isOfNumbers[static_cast<std::size_t>(column)], &csv);
+      const auto c = static_cast<std::size_t>(column);
+      AddKeptCell(table, std::move(texts[c]), isOfNumbers[c], &csv);
     }
     for (const float cell : signals.cells[row + 1]) {
       isAlone && cell == kMissingCell<float> ? csv.Field("NA") : csv.Cell(cell);
@@ -209,7 +210,7 @@ StepChain Work(const PreprocessOptions& options, const GivenSteps& steps, Signal
 std::string RunCommand(const PreprocessOptions& options, Notes* notes) {
   CheckFiles(options);
   const GivenSteps steps = StepsOf(options);
-  const CsvTable table(ReadInput(options.table), InputName(options.table));
+  const CsvTable table = ReadTable(options.table, options.reading);
   const std::vector<int> columns = SignalColumns(table, options, steps, notes);
   Signals signals = ReadSignals(table, options, columns, notes);
   const StepChain chain = Work(options, steps, &signals, notes);

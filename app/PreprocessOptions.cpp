@@ -30,6 +30,7 @@ void DeclarePreprocess(CommandOptions* command, PreprocessOptions* options) {
   command->Check([options] {
     return options->steps.empty() && options->stepsFile.empty() ? "preprocess needs --steps or --steps-file" : "";
   });
+  DeclareReading(command, &options->reading);
   command->Examples(StepsHelp() +
       "Examples:\n"
       "  kalmia preprocess gasoline.csv --steps snv,derivative:1:15:2 --id sample --exclude octane --out d1.csv\n"

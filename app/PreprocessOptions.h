@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "app/CsvMarks.h"
+#include "app/ReadOptions.h"
 
 namespace kalmia::app {
 
@@ -11,6 +12,7 @@ class CommandOptions;
 
 struct PreprocessOptions {
   std::string table;
+  ReadOptions reading;
   std::string out;
   std::string steps;      ///< as text; empty where a file has them
   std::string stepsFile;  ///< of text, or of a chain that --save has written

@@ -4,10 +4,10 @@
 #include "app/Commands.h"
 #include "app/DisplayText.h"
 #include "app/Failure.h"
-#include "app/InputFile.h"
 #include "app/MeasuredColumn.h"
 #include "app/OutputFiles.h"
 #include "app/OutputPlaces.h"
+#include "app/ReadTable.h"
 #include "app/SpectrumResult.h"
 #include "kalmia/signal/FFT.h"
 #include "kalmia/signal/WindowedPower.h"
@@ -167,7 +167,7 @@ void WriteFiles(const SpectrumOptions& options, const SpectrumResult& result) {
 std::string RunCommand(const SpectrumOptions& options, Notes* notes) {
   CheckSegment(options.segment);
   CheckPlaces({{"the table", options.table}}, OutputsOf(options));
-  const CsvTable table(ReadInput(options.table), InputName(options.table));
+  const CsvTable table = ReadTable(options.table, options.reading);
   std::vector<Signal> signals = {ReadSignal(table, options.column, notes)};
   if (!options.with.empty()) signals.push_back(ReadSignal(table, options.with, notes));
   SpectrumResult result = Analyse(signals, options);

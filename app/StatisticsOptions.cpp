@@ -54,6 +54,7 @@ void DeclareChart(CommandOptions* command, ChartOptions* options) {
   command->Text("--svg", "FILE", &options->svg, "draw the chart");
   DeclareTexts(command, &options->texts, "what was measured, in the drawing (default: the name of the column)");
   command->Flag("--json", &options->json, "print JSON");
+  DeclareReading(command, &options->reading);
   command->Examples(
       "Examples:\n"
       "  kalmia chart drift.csv --column diameter --type mean-range --subgroup 5 --svg chart.svg\n"
@@ -71,6 +72,7 @@ void DeclareHistogram(CommandOptions* command, HistogramOptions* options) {
   command->Text("--svg", "FILE", &options->svg, "draw the histogram");
   DeclareTexts(command, &options->texts, "what stands beside the drawing (default: count)");
   command->Flag("--json", &options->json, "print JSON");
+  DeclareReading(command, &options->reading);
   command->Examples("Example:\n  kalmia histogram wine.csv --column alcohol --svg alcohol.svg");
 }
 
@@ -82,6 +84,7 @@ void DeclareFisher(CommandOptions* command, FisherOptions* options) {
   command->Flag("--hybrid", &options->hybrid,
                 "larger tables: take chi-square for parts whose expected counts are large enough");
   command->Flag("--json", &options->json, "print JSON");
+  DeclareReading(command, &options->reading);
   command->Examples("Example:\n  kalmia fisher counts.csv --alternative greater");
 }
 
@@ -127,6 +130,7 @@ void DeclareSpectrum(CommandOptions* command, SpectrumOptions* options) {
   command->Text("--csv", "DIR", &options->csvFolder, "write correlation.csv and power.csv");
   DeclareCsvMarks(command, &options->csvMarks);
   command->Text("--svg", "FILE", &options->svg, "draw correlations and spectra");
+  DeclareReading(command, &options->reading);
   command->Examples(
       "Examples:\n"
       "  kalmia spectrum tank.csv --column level --lags 48 --svg level.svg\n"

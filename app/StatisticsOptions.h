@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "app/CsvMarks.h"
+#include "app/ReadOptions.h"
 
 namespace kalmia::app {
 
@@ -17,6 +18,7 @@ struct PlotTexts {
 
 struct ChartOptions {
   std::string table;
+  ReadOptions reading;
   std::string column;
   std::string type;    ///< one of ChartTypeWords()
   int subgroup = 0;    ///< 0: that of the limits read, otherwise 1
@@ -34,6 +36,7 @@ struct ChartOptions {
 
 struct HistogramOptions {
   std::string table;
+  ReadOptions reading;
   std::string column;
   std::string csv;  ///< this and the next: empty for no file
   std::string svg;
@@ -44,6 +47,7 @@ struct HistogramOptions {
 
 struct FisherOptions {
   std::string table;
+  ReadOptions reading;
   std::string alternative = "two-sided";  ///< or less or greater
   bool hybrid = false;
   bool json = false;
@@ -61,6 +65,7 @@ struct QuantileOptions {
 
 struct SpectrumOptions {
   std::string table;
+  ReadOptions reading;
   std::string column;
   std::string with;   ///< empty: the column alone
   int lags = -1;      ///< -1: a quarter of the rows, at most 30

@@ -80,8 +80,9 @@ std::optional<double> NumberOf(const std::string& word, Reading reading) {
   double exact = 0.0;
   if (std::from_chars(begin, word.data() + word.size(), exact).ec != std::errc()) return std::nullopt;
   if (reading != Reading::Real) return exact;
-  if (cell.value == 0.0F && exact != 0.0) return std::nullopt;
-  return cell.value;
+  const auto nearest = static_cast<double>(static_cast<float>(cell.value));
+  if (nearest == 0.0 && exact != 0.0) return std::nullopt;
+  return nearest;
 }
 
 bool IsNumberOf(double value, int first, int last) {

@@ -6,6 +6,8 @@
 #include "app/CellNumber.h"
 #include "app/DisplayText.h"
 #include "app/Failure.h"
+#include "app/Interrupt.h"
+#include "app/NearestName.h"
 #include "kalmia/containers/Missing.h"
 
 namespace kalmia::app {
@@ -18,8 +20,9 @@ constexpr auto kMissingCell = static_cast<float>(kMissing);
   throw Failure(ExitCode::BadData, table.Name() + ": " + message);
 }
 
-[[noreturn]] void RefuseCell(const CsvTable& table, int row, int column, CellKind kind) {
-  const std::string_view cell = table.Cell(row, column);
+[[noreturn]] void RefuseCell(const CsvTable& table, int row, int column) {
+  const std::string cell = table.Cell(row, column);
+  const CellKind kind = table.ValueOf(cell).kind;
   std::string what = Quoted(cell);
   if (kind == CellKind::Infinite) {
     what += " is infinite";
@@ -30,7 +33,7 @@ constexpr auto kMissingCell = static_cast<float>(kMissing);
                                  : " is no number in a table with decimal points";
     if (table.Separator() == ',') what += " (decimal commas take ; or tabs between the columns)";
   } else {
-    what += " is not a number";
+    what += " is not a number" + MissingWordsHint(table);
   }
   Refuse(table, table.RowPlace(row) + ", column " + Quoted(table.ColumnNames()[static_cast<std::size_t>(column)]) +
                     ": " + what);
@@ -38,46 +41,48 @@ constexpr auto kMissingCell = static_cast<float>(kMissing);
 
 }  // namespace
 
+std::string MissingWordsHint(const CsvTable& table) {
+  std::vector<std::string> words = {"NA", "NaN", "nan"};
+  words.insert(words.end(), table.MissingWords().begin(), table.MissingWords().end());
+  return "; missing cells are empty or " + Either(words) + " (--na WORD adds to these)";
+}
+
 std::string SeparatorHint(const CsvTable& table) {
   if (table.Columns() > 1) return "";
   return "; the table has one column only, " + Quoted(table.ColumnNames().front()) +
          " (columns are separated by commas, ; or tabs)";
 }
 
-ColumnKind KindOfColumn(const CsvTable& table, int column) {
-  bool words = false;
-  bool infinities = false;
-  for (int row = 0; row < table.Rows(); ++row) {
-    const std::string_view cell = table.Cell(row, column);
-    switch (ReadCell(cell, table.DecimalComma()).kind) {
-      case CellKind::Missing: break;
-      case CellKind::Infinite: infinities = true; break;
-      case CellKind::Number:
-      case CellKind::TooLarge: return ColumnKind::Numbers;
-      case CellKind::Word:
-        // A number with the other decimal mark makes a column of numbers too: it is refused then, not left out.
-        if (ReadCell(cell, !table.DecimalComma()).kind == CellKind::Number) return ColumnKind::Numbers;
-        words = true;
-    }
-  }
-  if (words) return ColumnKind::Texts;
-  return infinities ? ColumnKind::Numbers : ColumnKind::Empty;
-}
+ColumnKind KindOfColumn(const CsvTable& table, int column) { return table.Column(column).kind; }
 
 std::vector<float> ReadNumbers(const CsvTable& table, int column, int* moved) {
-  std::vector<float> numbers(static_cast<std::size_t>(table.Rows()), kMissingCell);
-  for (int row = 0; row < table.Rows(); ++row) {
-    const CellValue cell = ReadCell(table.Cell(row, column), table.DecimalComma());
-    if (cell.kind == CellKind::Missing) continue;
-    if (cell.kind != CellKind::Number) RefuseCell(table, row, column, cell.kind);
-    float& number = numbers[static_cast<std::size_t>(row)];
-    number = cell.value;
-    if (number == kMissingCell) {
-      number = std::nextafter(kMissingCell, std::numeric_limits<float>::lowest());
-      ++*moved;
-    }
+  const CsvColumn& source = table.Column(column);
+  if (source.strays > 0) RefuseCell(table, source.firstStray, column);
+  return NumbersBesideStrays(table, column, moved);
+}
+
+std::vector<float> NumbersBesideStrays(const CsvTable& table, int column, int* moved) {
+  const double* const source = table.Column(column).numbers;
+  std::vector<float> numbers(static_cast<std::size_t>(table.Rows()));
+  for (std::size_t row = 0; row < numbers.size(); ++row) {
+    numbers[row] = std::isnan(source[row]) ? kMissingCell : static_cast<float>(source[row]);
+    if (numbers[row] != kMissingCell || std::isnan(source[row])) continue;
+    numbers[row] = std::nextafter(kMissingCell, std::numeric_limits<float>::lowest());
+    ++*moved;
   }
   return numbers;
+}
+
+std::vector<int> RowsOfStrays(const CsvTable& table, int column, std::size_t most) {
+  const CsvColumn& source = table.Column(column);
+  most = std::min(most, static_cast<std::size_t>(source.strays));
+  std::vector<int> rows;
+  for (int row = source.firstStray; rows.size() < most; ++row) {
+    if (!std::isnan(source.numbers[static_cast<std::size_t>(row)])) continue;
+    StopIfInterrupted();
+    if (table.ValueOf(table.Cell(row, column)).kind != CellKind::Missing) rows.push_back(row);
+  }
+  return rows;
 }
 
 NCDataMatrix<float> MatrixOf(const std::vector<std::vector<float>>& columns, int rows) {
@@ -97,16 +102,17 @@ void NoteMovedCells(int moved, Notes* notes) {
 
 int RequireColumn(const CsvTable& table, const std::string& name) {
   const int column = table.Find(name);
-  if (column < 0) Refuse(table, "there is no column " + Quoted(name) + SeparatorHint(table));
+  if (column < 0) {
+    Refuse(table, "there is no column " + Quoted(name) + DidYouMean(name, table.ColumnNames()) + SeparatorHint(table));
+  }
   return column;
 }
 
 std::vector<std::string> RowNames(const CsvTable& table, int column) {
+  if (column >= 0) return table.ColumnTexts(column);
   std::vector<std::string> names;
   names.reserve(static_cast<std::size_t>(table.Rows()));
-  for (int row = 0; row < table.Rows(); ++row) {
-    names.push_back(column < 0 ? std::to_string(row + 1) : std::string(table.Cell(row, column)));
-  }
+  for (int row = 0; row < table.Rows(); ++row) names.push_back(std::to_string(row + 1));
   return names;
 }
 

@@ -9,11 +9,10 @@
 
 namespace kalmia::app {
 
-/// What a column holds: numbers as soon as one cell is one, with either decimal mark, or where there is nothing but
-/// infinities; texts if there are words and no number; nothing.
-enum class ColumnKind { Numbers, Texts, Empty };
-
 ColumnKind KindOfColumn(const CsvTable& table, int column);
+
+/// What counts as missing in the table, for messages about a word: "; missing cells are empty or NA, ...".
+std::string MissingWordsHint(const CsvTable& table);
 
 /// What to look at where a name is not found in a table that turned out to have one column only; empty for any other.
 std::string SeparatorHint(const CsvTable& table);
@@ -21,8 +20,14 @@ std::string SeparatorHint(const CsvTable& table);
 /// The cells of a column as numbers, missing ones as the library's missing value. A cell measured as exactly that value
 /// becomes the next float below it, and is counted in `moved`.
 /// Throws Failure (BadData) with row, column and text of a cell that is neither a number nor missing, infinite or
-/// beyond the largest float.
+/// beyond the largest float. Such cells are known as the strays of the column.
 std::vector<float> ReadNumbers(const CsvTable& table, int column, int* moved);
+
+/// The same with strays taken for missing cells.
+std::vector<float> NumbersBesideStrays(const CsvTable& table, int column, int* moved);
+
+/// The rows of the first strays of a column, up to `most`. Stops on Ctrl-C.
+std::vector<int> RowsOfStrays(const CsvTable& table, int column, std::size_t most);
 
 /// Columns of so many cells each as a matrix, one cell for each row.
 NCDataMatrix<float> MatrixOf(const std::vector<std::vector<float>>& columns, int rows);
@@ -30,7 +35,7 @@ NCDataMatrix<float> MatrixOf(const std::vector<std::vector<float>>& columns, int
 /// Says in one line how many cells ReadNumbers moved, if any.
 void NoteMovedCells(int moved, Notes* notes);
 
-/// The column of that name. Throws Failure (BadData) if there is none.
+/// The column of that name. Throws Failure (BadData) if there is none, with the name that was probably meant.
 int RequireColumn(const CsvTable& table, const std::string& name);
 
 /// The columns that the arguments of an option name, in their order: each argument names columns and ranges with commas

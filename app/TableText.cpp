@@ -20,11 +20,13 @@ std::string WrittenAnew(const CsvTable& table, const std::string& id, const CsvM
   StepProgress progress("writing the table", table.Rows());
   for (int row = 0; row < table.Rows(); ++row) {
     progress.Begin(row + 1);
+    std::vector<std::string> texts = table.RowTexts(row);
     for (int column = 0; column < table.Columns(); ++column) {
+      const auto c = static_cast<std::size_t>(column);
       if (const std::optional<float> number = newCell(row, column)) {
         csv.Cell(*number);
       } else {
-        AddTableCell(table, row, column, isOfNumbers[static_cast<std::size_t>(column)], &csv);
+        AddTableCell(table, std::move(texts[c]), isOfNumbers[c], &csv);
       }
     }
     csv.EndLine();
@@ -42,9 +44,8 @@ std::vector<bool> ColumnsOfNumbers(const CsvTable& table, int idColumn) {
   return isOfNumbers;
 }
 
-void AddTableCell(const CsvTable& table, int row, int column, bool isOfNumbers, CsvText* csv) {
-  std::string text(table.Cell(row, column));
-  const CellKind kind = isOfNumbers ? ReadCell(text, table.DecimalComma()).kind : CellKind::Word;
+void AddTableCell(const CsvTable& table, std::string text, bool isOfNumbers, CsvText* csv) {
+  const CellKind kind = isOfNumbers ? table.ValueOf(text).kind : CellKind::Word;
   if (kind != CellKind::Number && kind != CellKind::TooLarge) {
     csv->Field(text);
     return;
@@ -53,8 +54,8 @@ void AddTableCell(const CsvTable& table, int row, int column, bool isOfNumbers, 
   csv->Digits(std::move(text));
 }
 
-std::string WithNewCells(const std::string& text, const CsvTable& table, const std::string& id,
-                         const CsvMarkOptions& marks, const NewCell& newCell) {
+std::string WithNewCells(const CsvTable& table, const std::string& id, const CsvMarkOptions& marks,
+                         const NewCell& newCell) {
   const char decimal = table.DecimalComma() ? ',' : '.';
   if (marks.Given()) return WrittenAnew(table, id, MarksOf(marks, {table.Separator(), decimal}), newCell);
   StepProgress progress("writing the table", table.Rows());
@@ -65,7 +66,7 @@ std::string WithNewCells(const std::string& text, const CsvTable& table, const s
     if (!number) return std::nullopt;
     return CellText(*number, table.DecimalComma());
   };
-  return WithFieldsReplaced(text, table.Separator(), replacement);
+  return WithFieldsReplaced(table.Text(), table.Format(), replacement);
 }
 
 }  // namespace kalmia::app

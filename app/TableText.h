@@ -15,8 +15,8 @@ namespace kalmia::app {
 /// The column `idColumn`, which names the rows, holds texts; -1 for none.
 std::vector<bool> ColumnsOfNumbers(const CsvTable& table, int idColumn);
 
-/// Adds a cell of the table as it is, but a number of a column of numbers with the decimal mark of the CSV text.
-void AddTableCell(const CsvTable& table, int row, int column, bool isOfNumbers, CsvText* csv);
+/// Adds a cell of the table, given by its text, as it is, but a number of a column of numbers with the decimal mark of the CSV text.
+void AddTableCell(const CsvTable& table, std::string text, bool isOfNumbers, CsvText* csv);
 
 /// The number that a cell is to become, by its row and its column, both from 0; nothing for a cell that stays.
 using NewCell = std::function<std::optional<float>(int row, int column)>;
@@ -24,8 +24,8 @@ using NewCell = std::function<std::optional<float>(int row, int column)>;
 /// The text of the table with some cells as other numbers, with as few digits as bring the same single-precision number
 /// back. Where no marks are asked for, every other byte stays and the numbers have the decimal mark of the table;
 /// otherwise the table is written anew with the marks, lines ending with LF. Rows are named by the column `id`, or by
-/// none where that is empty.
-std::string WithNewCells(const std::string& text, const CsvTable& table, const std::string& id,
-                         const CsvMarkOptions& marks, const NewCell& newCell);
+/// none where that is empty. Stops on Ctrl-C.
+std::string WithNewCells(const CsvTable& table, const std::string& id, const CsvMarkOptions& marks,
+                         const NewCell& newCell);
 
 }  // namespace kalmia::app

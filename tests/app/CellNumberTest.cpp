@@ -2,6 +2,7 @@
 
 #include <cmath>
 #include <limits>
+#include <random>
 #include <string>
 
 #include "app/CellNumber.h"
@@ -12,7 +13,7 @@ namespace {
 float NumberIn(const std::string& text, bool decimalComma = false) {
   const CellValue cell = ReadCell(text, decimalComma);
   EXPECT_EQ(cell.kind, CellKind::Number) << text;
-  return cell.value;
+  return static_cast<float>(cell.value);
 }
 
 CellKind KindOf(const std::string& text, bool decimalComma = false) { return ReadCell(text, decimalComma).kind; }
@@ -74,6 +75,56 @@ TEST(ReadCell, TakesDecimalCommasAndThenNoPoints) {
   EXPECT_EQ(NumberIn("2", true), 2.0F);
   EXPECT_EQ(NumberIn("1,5e-1", true), 0.15F);
   for (const char* text : {"1.5", "1.234,5", "1,2,3", ","}) EXPECT_EQ(KindOf(text, true), CellKind::Word) << text;
+}
+
+TEST(ReadCell, KeepsTheNearestDouble) {
+  EXPECT_EQ(ReadCell("0.1", false).value, 0.1);
+  EXPECT_EQ(ReadCell("-1234.56789", false).value, -1234.56789);
+  EXPECT_EQ(ReadCell("3,3333333333333335", true).value, 10.0 / 3.0);
+}
+
+TEST(ReadCell, LeavesThePlaceHalfwayBetweenTwoFloatsWhereTheFloatNearestToTheTextIsTheOther) {
+  const double half = 1.0 + 0x1p-24;
+  EXPECT_EQ(ReadCell("1.000000059604644775390625", false).value, half);
+  EXPECT_EQ(ReadCell("1.000000059604644775390624", false).value, half) << "which becomes 1, as it should";
+  EXPECT_EQ(ReadCell("1.000000059604644775390626", false).value, std::nextafter(half, 2.0));
+  EXPECT_EQ(ReadCell("-16777217,0000000001", true).value, std::nextafter(-16777217.0, -2e7));
+}
+
+TEST(ReadCell, TakesTheWordsOfTheFormatForMissingCells) {
+  const CellFormat format = {false, {"-999", "n/a"}};
+  for (const char* text : {"-999", " n/a ", "NA", ""}) EXPECT_EQ(ReadCell(text, format).kind, CellKind::Missing) << text;
+  EXPECT_EQ(ReadCell("-999.0", format).kind, CellKind::Number);
+  EXPECT_EQ(ReadCell("N/A", format).kind, CellKind::Word);
+}
+
+TEST(ReadPlainNumber, GivesTheValueOfReadCellForEveryNumberThatItTakes) {
+  std::mt19937_64 random(7);
+  int taken = 0;
+  for (int i = 0; i < 200000; ++i) {
+    std::string text = std::to_string(random() >> (random() % 64));
+    if (random() % 4 != 0) text.insert(random() % (text.size() + 1), ".");
+    if (random() % 3 == 0) text.insert(0, random() % 2 == 0 ? "-" : "+");
+    if (random() % 3 == 0) text += "e" + std::to_string(static_cast<int>(random() % 60) - 30);
+    const std::string followed = text + ",5";
+    const PlainNumber number = ReadPlainNumber(followed.data(), followed.data() + followed.size(), '.');
+    if (number.end == nullptr) continue;
+    ++taken;
+    ASSERT_EQ(static_cast<std::size_t>(number.end - followed.data()), text.size()) << text;
+    ASSERT_EQ(number.hasMark, text.find('.') != std::string::npos) << text;
+    ASSERT_EQ(ReadCell(text, false).kind, CellKind::Number) << text;
+    ASSERT_EQ(number.value, ReadCell(text, false).value) << text;
+  }
+  EXPECT_GT(taken, 100000);
+}
+
+TEST(ReadPlainNumber, LeavesEverythingElseToReadCell) {
+  for (const std::string text : {"", "-", ".", "+.", "e5", "1e", "1e+", "1e1000", "12345678901234567890", "1e23", "x",
+                                 "9007199254740993", "16777217", "0,5"}) {
+    const PlainNumber number = ReadPlainNumber(text.data(), text.data() + text.size(), '.');
+    const bool isTaken = number.end == text.data() + text.size();
+    EXPECT_FALSE(isTaken) << text;
+  }
 }
 
 }  // namespace

@@ -1,9 +1,14 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <cmath>
+
 #include "app/CsvRecords.h"
 #include "app/CsvTable.h"
 #include "app/Failure.h"
+#include "testing/RecordingProgress.h"
+#include "testing/Threads.h"
 
 namespace kalmia::app {
 namespace {
@@ -128,6 +133,122 @@ TEST(CsvTable, RefusesWhatIsNoTable) {
                                 "a\0,\0",
                                 6)),
             "t.csv is UTF-16 text: save it as UTF-8");
+  const std::string little("\xFF\xFE\0\0a\0\0\0", 8), big("\0\0\xFE\xFF\0\0\0a", 8);
+  for (const std::string& text : {little, big}) EXPECT_EQ(Refusal(text), "t.csv is UTF-32 text: save it as UTF-8");
+}
+
+TEST(CsvTable, CallsAWorkbookAndAnArchiveWhatTheyAreAndSaysWhatToDo) {
+  const std::string zip("PK\x03\x04\0\0", 6);
+  EXPECT_EQ(Refusal(zip + "xl/workbook.xml"),
+            "t.csv is an Excel workbook: open it and save the sheet as CSV (UTF-8)");
+  EXPECT_EQ(Refusal("\xD0\xCF\x11\xE0\xA1\xB1\x1A\xE1" + std::string(8, '\0')),
+            "t.csv is an Excel workbook of the old form: open it and save the sheet as CSV (UTF-8)");
+  EXPECT_EQ(Refusal(zip + "mimetypeapplication/vnd.oasis.opendocument.spreadsheet"),
+            "t.csv is an OpenDocument spreadsheet: open it and save the sheet as CSV (UTF-8)");
+  EXPECT_EQ(Refusal(zip + "table.csv"), "t.csv is a zip archive: unpack it, and give the table that is in it");
+}
+
+TEST(CsvTable, TakesTheSeparatorThatAFirstLineNames) {
+  for (const std::string first : {"sep=|\n", "sep=|\r\n", "\"sep=|\"\n", "\xEF\xBB\xBFsep=|\n"}) {
+    const CsvTable table(first + "a,b|c\n1,5|2\n3|4\n", "t");
+    EXPECT_EQ(table.Separator(), '|');
+    EXPECT_TRUE(table.DecimalComma());
+    EXPECT_THAT(table.ColumnNames(), ElementsAre("a,b", "c"));
+    EXPECT_EQ(table.RowPlace(0), "row 1 (line 3)");
+  }
+}
+
+TEST(CsvTable, TakesAFirstLineThatOnlyLooksSimilarForAHeader) {
+  for (const std::string first : {"sep=x", "sep=", "sep", "set=|"}) {
+    EXPECT_EQ(CsvTable(first + "\n1\n2\n", "t").Rows(), 2) << first;
+  }
+}
+
+ReadOptions Skipping(int lines, const std::string& comment = "") {
+  ReadOptions options;
+  options.skipLines = lines;
+  options.comment = comment;
+  return options;
+}
+
+TEST(CsvTable, LeavesOutLinesBeforeTheHeaderAndCountsThem) {
+  const std::string text = "made by \"them\nand, them\n\na,b\n1,2\n";
+  const CsvTable table(text, "t", Skipping(2));
+  EXPECT_THAT(table.ColumnNames(), ElementsAre("a", "b"));
+  EXPECT_EQ(table.RowPlace(0), "row 1 (line 5)");
+  EXPECT_THROW(CsvTable(text, "t", Skipping(9)), Failure);
+}
+
+TEST(CsvTable, PassesOverCommentsWhateverTheyHold) {
+  const std::string text = "# it's 5\" wide\na,b\n1,2\n # \"\n#\n3,# 4\n\"#\n#\",5\n#";
+  const CsvTable table(text, "t", Skipping(0, "#"));
+  EXPECT_EQ(table.Rows(), 3);
+  EXPECT_THAT(RowOf(table, 1), ElementsAre("3", "# 4"));
+  EXPECT_THAT(RowOf(table, 2), ElementsAre("#\n#", "5"));
+  EXPECT_EQ(table.RowPlace(2), "row 3 (line 7)");
+}
+
+TEST(CsvTable, SetsAsideNoMoreMemoryThanTheTextWarrants) {
+  // 20,000 columns and 500,000 short rows: were they good, their cells would take 80 GB.
+  std::string text = "c0";
+  for (int c = 1; c < 20000; ++c) text += ",c" + std::to_string(c);
+  text += '\n';
+  for (int r = 0; r < 500000; ++r) text += "1\n";
+  EXPECT_EQ(Refusal(text), "t.csv: row 1 (line 2) has 1 field, the header has 20000");
+}
+
+TEST(CsvTable, KeepsNumbersByColumnAndHolesAsNaN) {
+  const CsvTable table("a,b,c\n1.5,x,\nNA,7,\n", "t");
+  const CsvColumn& a = table.Column(0);
+  EXPECT_EQ(a.kind, ColumnKind::Numbers);
+  EXPECT_EQ(a.numbers[0], 1.5);
+  EXPECT_TRUE(std::isnan(a.numbers[1]));
+  EXPECT_EQ(a.missing, 1);
+  EXPECT_EQ(table.Column(1).strays, 1);
+  EXPECT_EQ(table.Column(1).firstStray, 0);
+  EXPECT_EQ(table.Column(2).kind, ColumnKind::Empty);
+}
+
+TEST(CsvTable, ReadsDecimalCommasThatBeginBelowManyRowsWithoutThem) {
+  std::string text = "a;b\n";
+  for (int r = 0; r < 100; ++r) text += "1;1.5\n";
+  for (int r = 0; r < 101; ++r) text += "2;2,5\n";
+  const CsvTable table(text, "t");
+  EXPECT_TRUE(table.DecimalComma());
+  EXPECT_EQ(table.Column(1).strays, 100);
+  EXPECT_EQ(table.Column(1).numbers[150], 2.5);
+}
+
+TEST(CsvTable, TellsItsShareAndStopsAtEveryQuestion) {
+  const Threads oneThread(1);  // the calling thread, which runs every task
+  std::string text = "a,b\n";
+  for (int r = 0; r < 50; ++r) text += "1,2\n";
+  const auto read = [&text](ProgressLog* log) {
+    const auto progress = RecordingBar(log);
+    return CsvTable(text, "t", {}, progress.get(), /*bytesAtOnce=*/16).Rows();
+  };
+  ProgressLog all;
+  EXPECT_EQ(read(&all), 50);
+  const int questions = all.Count("SetValue");
+  EXPECT_GT(questions, 20);
+  std::vector<double> shares;
+  for (const std::string& call : all.calls) {
+    if (call.rfind("SetValue ", 0) == 0) shares.push_back(std::stod(call.substr(9)));
+  }
+  EXPECT_TRUE(std::is_sorted(shares.begin(), shares.end()));
+  EXPECT_EQ(shares.front(), 0.0);
+  EXPECT_EQ(shares.back(), 1.0);
+  for (int stopAt = 1; stopAt <= questions; ++stopAt) {
+    ProgressLog log;
+    log.stopAt = stopAt;
+    try {
+      read(&log);
+      ADD_FAILURE() << "goes on behind question " << stopAt;
+    } catch (const Failure& failure) {
+      EXPECT_EQ(failure.Code(), ExitCode::Stopped);
+    }
+    EXPECT_EQ(log.Count("SetValue"), stopAt);
+  }
 }
 
 TEST(CsvTable, RefusesARowOfAnotherLengthWithItsNumber) {

@@ -131,7 +131,7 @@ TEST(FailureOfHistogram, IsExitCode2ForACommandLineThatMakesNoSense) {
   ExpectFailure(RunKalmia({"histogram", "--column", "x"}), 2, "histogram needs a TABLE: ");
   ExpectFailure(RunKalmia({"histogram", "t.csv", "--column", "x", "--bins", "3"}), 2,
                 "histogram has no option '--bins'; it takes --column, --csv, --separator, --decimal, --svg, --title, "
-                "--x-label, --y-label, --json and --help");
+                "--x-label, --y-label, --json, --na, --skip-lines, --comment and --help");
 }
 
 TEST(FailureOfHistogram, NeverWritesOverItsTableAndLeavesNothingWhereAFileCannotBeWritten) {

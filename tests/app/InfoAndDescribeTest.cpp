@@ -133,6 +133,35 @@ TEST(Describe, SaysNothingWhereThereAreTooFewCells) {
   EXPECT_EQ(columns[3]["skewness"], nullptr);
 }
 
+TEST(Describe, CountsAndShowsStrayWordsAmongNumbers) {
+  const std::string table = "a,b\n1,x\nNA,2\n\"two\nlines\",4\ninf,y\n5,1e99\n,z\n";
+  const json columns = Describe(table)["columns"];
+  EXPECT_EQ(columns[0]["n"], 2);
+  EXPECT_EQ(columns[0]["missing"], 2);
+  EXPECT_EQ(columns[0]["words"], 2);
+  EXPECT_EQ(columns[0]["mean"], 3.0);
+  EXPECT_EQ(columns[0]["firstWords"], json::parse(R"([{"word": "two\nlines", "row": 3, "line": 4},
+                                                      {"word": "inf", "row": 4, "line": 6}])"));
+  EXPECT_EQ(columns[1]["n"], 2);
+  EXPECT_EQ(columns[1]["missing"], 0);
+  EXPECT_EQ(columns[1]["words"], 4);
+  EXPECT_EQ(columns[1]["firstWords"].size(), 3);
+  const CommandResult text = RunKalmia({"describe", "-"}, table);
+  EXPECT_EQ(text.exitCode, 0);
+  EXPECT_THAT(text.output, HasSubstr("  column  n  missing  words     mean"));
+  EXPECT_THAT(text.output, HasSubstr("Words among the numbers of a: 'two\\nlines' in row 3 (line 4) and 'inf' in row 4 "
+                                     "(line 6)\n"));
+  EXPECT_THAT(text.output, HasSubstr("Words among the numbers of b: 'x' in row 1 (line 2), 'y' in row 4 (line 6), "
+                                     "'1e99' in row 5 (line 7) and 1 more\n"));
+}
+
+TEST(Describe, HasNoWordsInAColumnOfNumbersOrOfTextAlone) {
+  const json described = Describe("a,t\n1,x\n2,y\n");
+  EXPECT_EQ(described["columns"][0]["words"], 0);
+  EXPECT_THAT(described["columns"][0]["firstWords"].get<std::vector<json>>(), IsEmpty());
+  EXPECT_EQ(described["columns"].size(), 1);
+}
+
 TEST(Describe, TellsAMeanOf99FromAMissingOne) {
   const json column = Describe("a\n-98\n-100\n")["columns"][0];
   EXPECT_EQ(column["mean"], -99.0);

@@ -1,7 +1,10 @@
 // The progress bar, and Ctrl-C through it.
 
+#include <fcntl.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <cstddef>
@@ -256,6 +259,56 @@ TEST(Interrupt, StopsWhileInputIsAwaited) {
   EXPECT_EQ(run.exitCode, 130);
   EXPECT_EQ(run.error, "kalmia: stopped\n");
   EXPECT_EQ(run.output, "");
+}
+
+/// A pipe with a name in the folder.
+std::string MakePipe(const ScratchFolder& folder) {
+  const std::string pipe = folder.Path("pipe");
+  EXPECT_EQ(mkfifo(pipe.c_str(), 0600), 0);
+  return pipe;
+}
+
+TEST(Interrupt, StopsEveryCommandThatWaitsForSomebodyToOpenAPipe) {
+  const ScratchFolder folder;
+  const std::string pipe = MakePipe(folder);
+  for (const std::vector<std::string>& arguments :
+       {std::vector<std::string>{"describe", pipe}, {"pls", pipe, "--y", "y"}, {"cluster", pipe, "--method", "ward"},
+        {"info", pipe}, {"predict", pipe, "-"}, {"chart", pipe, "--column", "x", "--type", "individual"}}) {
+    const CommandResult run = InterruptWaitingForInput(arguments);
+    EXPECT_EQ(run.exitCode, 130) << arguments[0];
+    EXPECT_EQ(run.error, "kalmia: stopped\n");
+    EXPECT_EQ(run.output, "");
+  }
+}
+
+TEST(Interrupt, StopsWhileTheRestOfATableIsAwaited) {
+  const ScratchFolder folder;
+  const std::string pipe = MakePipe(folder);
+  const int writer = open(pipe.c_str(), O_RDWR | O_CLOEXEC);
+  const std::string begun = "a,b\n1,2\n";
+  ASSERT_EQ(write(writer, begun.data(), begun.size()), static_cast<ssize_t>(begun.size()));
+  const CommandResult run = InterruptWaitingForInput({"describe", pipe});
+  EXPECT_EQ(run.exitCode, 130);
+  EXPECT_EQ(run.output, "");
+  close(writer);
+}
+
+TEST(Progress, ShowsABarWhereReadingTakesLongAndStopsThere) {
+  const ScratchFolder folder;
+  const std::string pipe = MakePipe(folder);
+  const int writer = open(pipe.c_str(), O_RDWR | O_CLOEXEC);  // nothing comes: longer than a moment
+  const CommandResult run = RunOnTerminal({"describe", pipe}, "] reading " + pipe.substr(0, 10));
+  EXPECT_THAT(run.error, HasSubstr("] reading "));
+  EXPECT_THAT(run.error, HasSubstr("kalmia: stopped"));
+  EXPECT_EQ(run.exitCode, 130);
+  close(writer);
+}
+
+TEST(Progress, ShowsNoBarForATableThatIsReadAtOnce) {
+  const ScratchFolder folder;
+  const CommandResult run = RunOnTerminal({"describe", folder.Write("t.csv", LinearTable(30, 5, 1))});
+  EXPECT_EQ(run.exitCode, 0);
+  EXPECT_THAT(run.error, Not(HasSubstr("reading")));
 }
 
 }  // namespace

@@ -1,0 +1,31 @@
+#include "app/ReadOptions.h"
+
+#include <string_view>
+
+#include "app/CommandOptions.h"
+#include "app/DisplayText.h"
+
+namespace kalmia::app {
+
+namespace {
+
+/// Characters that tell lines and fields apart cannot open a comment.
+bool MayOpenComments(const std::string& text) {
+  return text.size() == 1 && std::string_view("\"\r\n \t,;").find(text) == std::string_view::npos;
+}
+
+}  // namespace
+
+void DeclareReading(CommandOptions* command, ReadOptions* options) {
+  command->Names("--na", &options->missingWords,
+                 "further word for a missing cell, beside NA, NaN, nan and an empty cell; may be repeated", "WORD");
+  command->Number("--skip-lines", 0, &options->skipLines, "leave out so many lines at the beginning of the table");
+  command->Text("--comment", "CHAR", &options->comment, "leave out lines of the table that begin with this character");
+  command->Check([options] {
+    if (options->comment.empty() || MayOpenComments(options->comment)) return std::string();
+    return "--comment takes one character, and no blank, comma, semicolon or quotation mark, not " +
+           Quoted(options->comment);
+  });
+}
+
+}  // namespace kalmia::app

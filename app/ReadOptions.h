@@ -1,0 +1,20 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+namespace kalmia::app {
+
+class CommandOptions;
+
+/// How the text of a table is to be understood, beyond what the text itself tells.
+struct ReadOptions {
+  std::vector<std::string> missingWords;  ///< taken for missing cells, beside empty ones, NA, NaN and nan
+  int skipLines = 0;                      ///< lines before the header
+  std::string comment;                    ///< a character: lines that begin with it are passed over; empty for none
+};
+
+/// Declares --na, --skip-lines and --comment: options of every command that reads a table.
+void DeclareReading(CommandOptions* command, ReadOptions* options);
+
+}  // namespace kalmia::app

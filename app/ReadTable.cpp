@@ -1,0 +1,42 @@
+#include "app/ReadTable.h"
+
+#include <chrono>
+#include <memory>
+#include <utility>
+
+#include "app/ConsoleProgress.h"
+#include "app/Gunzip.h"
+#include "app/InputFile.h"
+#include "app/NestedProgress.h"
+
+namespace kalmia::app {
+
+namespace {
+
+constexpr std::chrono::milliseconds kShort{400};  ///< reading within this time shows no bar
+
+// Shares of the bar.
+constexpr float kRead = 0.2F;
+constexpr float kUnpacked = 0.5F;
+
+}  // namespace
+
+CsvTable ReadTable(const std::string& file, const ReadOptions& options) {
+  const std::string name = InputName(file);
+  ProgressLine line(kShort);
+  NCProgress progress(std::make_unique<NestedProgress>(&line));
+  progress.SetText(("reading " + name).c_str());
+  progress.PushSubRange(0.0F, kRead);
+  std::string bytes = ReadInput(file, &progress);
+  progress.PopSubRange();
+  const bool isGzip = IsGzip(bytes);
+  if (isGzip) {
+    progress.PushSubRange(kRead, kUnpacked);
+    bytes = Gunzip(bytes, name, &progress);
+    progress.PopSubRange();
+  }
+  progress.PushSubRange(isGzip ? kUnpacked : kRead, 1.0F);
+  return CsvTable(std::move(bytes), name, options, &progress);
+}
+
+}  // namespace kalmia::app

@@ -1,0 +1,15 @@
+#pragma once
+
+#include <string>
+
+#include "app/CsvTable.h"
+#include "app/ReadOptions.h"
+
+namespace kalmia::app {
+
+/// The table in a file, or on standard input where the name is "-"; unpacked first if it is a gzip file. Where that
+/// takes long, a bar shows how much of it is done. Stops on Ctrl-C.
+/// Throws Failure (Files) when it cannot be read, (BadData) when it is no table, (Stopped) on Ctrl-C.
+CsvTable ReadTable(const std::string& file, const ReadOptions& options);
+
+}  // namespace kalmia::app

@@ -1,0 +1,23 @@
+#pragma once
+
+#include <cstddef>
+#include <string>
+#include <vector>
+
+#include "app/CsvCells.h"
+
+/// A table as a plain reader sees it, which goes through the text byte by byte, in the order in which it stands: the
+/// witness of CsvTable.
+struct PlainTable {
+  std::string refusal;  ///< the message, without the name of the text; what follows is good only if it is empty
+  char separator = ',';
+  bool decimalComma = false;
+  std::vector<std::string> names;
+  std::vector<std::vector<std::string>> rows;
+  std::vector<std::size_t> lines;  ///< on which each row begins
+
+  kalmia::app::ColumnKind KindOf(std::size_t column) const;
+};
+
+/// Reads a text without zero bytes. `comment` is zero where there are no comments.
+PlainTable ReadPlainTable(const std::string& text, char comment);
