@@ -162,8 +162,9 @@ void DrawLevels(const ChartPanel& panel, const Plot& plot) {
   plot.DrawLevel(zones.lower, "lower", Svg::Look::Limit, std::max(0.0, kLabelHeight - lowerGap));
 }
 
-/// What the lines and points of a panel with more than one series are, above its right end.
-void DrawLegend(const ChartPanel& panel, const Plot& plot, double top, Svg* svg) {
+/// What the lines and points of a panel with more than one series are, above its right end; the lines with points where
+/// they are drawn so.
+void DrawLegend(const ChartPanel& panel, const Plot& plot, double top, bool hasPoints, Svg* svg) {
   const bool hasBackground = !panel.background.values.empty();
   if (panel.judged.size() < 2 && !hasBackground) return;
   double x = plot.Right();
@@ -181,7 +182,7 @@ void DrawLegend(const ChartPanel& panel, const Plot& plot, double top, Svg* svg)
   for (std::size_t i = panel.judged.size(); i-- > 0;) {
     name(panel.judged[i].name);
     svg->Line(x, y - 4, x + kLegendLine - 4, y - 4, LookOf(i).line);
-    DrawPoint(x + kLegendLine / 2 - 2, y - 4, LookOf(i).point, svg);
+    if (hasPoints) DrawPoint(x + kLegendLine / 2 - 2, y - 4, LookOf(i).point, svg);
     x -= kLegendGap;
   }
 }
@@ -204,7 +205,8 @@ void DrawPanel(const ChartPanel& panel, double top, const ChartResult& result, S
   const Plot plot(svg, {kLeft, top, kPlotWidth, kPlotHeight}, x, RangeOf(panel));
   plot.DrawAxes(XLabelOf(result), QuantityOf(panel, result), /*wholeX=*/true, /*wholeY=*/false);
   DrawLevels(panel, plot);
-  DrawLegend(panel, plot, top, svg);
+  const bool hasPoints = result.Points() <= kMostDots;
+  DrawLegend(panel, plot, top, hasPoints, svg);
   if (!panel.background.values.empty()) {
     DrawPoints(panel.background, PointsToDraw(panel.background.values), Svg::Look::Faint, plot, svg);
   }
@@ -212,7 +214,7 @@ void DrawPanel(const ChartPanel& panel, double top, const ChartResult& result, S
     const ChartSeries& series = panel.judged[i];
     const std::vector<std::size_t> drawn = PointsToDraw(series.values);
     DrawLine(series, drawn, LookOf(i).line, plot, svg);
-    if (result.Points() <= kMostDots) DrawPoints(series, drawn, LookOf(i).point, plot, svg);
+    if (hasPoints) DrawPoints(series, drawn, LookOf(i).point, plot, svg);
     DrawSignals(panel, series, drawn, plot, svg);
   }
   DrawRuns(panel, result, plot, svg);

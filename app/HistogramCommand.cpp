@@ -1,10 +1,10 @@
 #include <algorithm>
 #include <cmath>
-#include <cstdlib>
 
 #include "app/Commands.h"
 #include "app/CsvText.h"
 #include "app/DisplayText.h"
+#include "app/Failure.h"
 #include "app/Json.h"
 #include "app/MeasuredColumn.h"
 #include "app/Numbers.h"
@@ -31,8 +31,9 @@ struct Histogram {
   FrequencyHistogram::HistogramInfo bins;
 
   int Bins() const { return bins.counts.Size(); }
-  double From(int bin) const { return bins.centres[bin] - width / 2; }
-  double To(int bin) const { return bins.centres[bin] + width / 2; }
+  double First() const { return bins.centres[1] - width / 2; }
+  double From(int bin) const { return BinEdge(First(), width, bin - 1); }
+  double To(int bin) const { return BinEdge(First(), width, bin); }
   int Count(int bin) const { return static_cast<int>(bins.members[static_cast<std::size_t>(bin) - 1].size()); }
   int LargestCount() const {
     int largest = 0;
@@ -54,7 +55,14 @@ double WidthOf(const NCDataVector<float>& data, const NCDataVector<float>& centr
   } else if (smallest < largest) {
     width = 2.0 * (static_cast<double>(largest) - centres[1]);
   }
-  return std::strtod(Significant(width, 4).c_str(), nullptr);
+  return Rounded(width, 4);
+}
+
+/// Whether the bins have edges that differ, in single precision.
+bool HasEdges(const Histogram& histogram) {
+  if (!(histogram.width > 0.0) || !std::isfinite(histogram.width)) return false;
+  const double first = histogram.From(1), last = histogram.To(histogram.Bins());
+  return first < histogram.To(1) && std::isfinite(static_cast<float>(first)) && std::isfinite(static_cast<float>(last));
 }
 
 Histogram HistogramOf(const CsvTable& table, const HistogramOptions& options, Notes* notes) {
@@ -62,6 +70,10 @@ Histogram HistogramOf(const CsvTable& table, const HistogramOptions& options, No
   Histogram histogram = {table.Name(), options.column, data.Size() - data.GetNumMisVal(), data.GetNumMisVal(), 0.0, {}};
   FrequencyHistogram().CreateHistogram(data, histogram.bins);
   histogram.width = WidthOf(data, histogram.bins.centres);
+  if (!HasEdges(histogram)) {
+    throw Failure(ExitCode::BadData,
+                  table.Name() + ": the column " + Quoted(options.column) + " has values too large for a histogram");
+  }
   return histogram;
 }
 
@@ -130,7 +142,7 @@ std::string HistogramSvg(const Histogram& histogram, const PlotTexts& texts) {
   const ValueRange counts = {0.0, 1.05 * histogram.LargestCount()};
   const Plot plot(&svg, {kLeft, kTop, kWidth, kHeight}, values, counts);
   plot.DrawAxes(TextOr(texts.xLabel, histogram.column), TextOr(texts.yLabel, "count"),
-                EdgeTicks(histogram.From(1), histogram.width, histogram.Bins(), kWidth), /*wholeY=*/true);
+                EdgeTicks(histogram.First(), histogram.width, histogram.Bins(), kWidth), /*wholeY=*/true);
   for (int bin = 1; bin <= histogram.Bins(); ++bin) {
     const double left = plot.X(histogram.From(bin)), top = plot.Y(histogram.Count(bin));
     if (histogram.Count(bin) == 0) continue;

@@ -21,6 +21,12 @@ std::string Text(T value, const std::string& none, Form... form) {
   return {text.data(), end};
 }
 
+double NumberIn(const std::string& text, double otherwise) {
+  double number = otherwise;
+  std::from_chars(text.data(), text.data() + text.size(), number);
+  return number;
+}
+
 }  // namespace
 
 std::string Fixed(double value, int decimals, const std::string& none) {
@@ -44,12 +50,12 @@ std::string Shortest(double value, const std::string& none) { return Text(value,
 
 std::string Shortest(float value, const std::string& none) { return Text(value, none); }
 
-double AsWritten(float value) {
-  if (!std::isfinite(value)) return value;
-  const std::string text = Shortest(value);
-  double written = value;
-  std::from_chars(text.data(), text.data() + text.size(), written);
-  return written;
+double TimesPowerOfTen(double whole, int exponent) {
+  return NumberIn(Fixed(whole, 0) + "e" + std::to_string(exponent), whole);
 }
+
+double Rounded(double value, int digits) { return NumberIn(Significant(value, digits), value); }
+
+double AsWritten(float value) { return std::isfinite(value) ? NumberIn(Shortest(value), value) : value; }
 
 }  // namespace kalmia::app

@@ -14,6 +14,12 @@ std::string Significant(double value, int digits, const std::string& none = "-")
 std::string Shortest(double value, const std::string& none = "");
 std::string Shortest(float value, const std::string& none = "");
 
+/// whole * 10^exponent, as exact as a double can be.
+double TimesPowerOfTen(double whole, int exponent);
+
+/// To so many digits that count.
+double Rounded(double value, int digits);
+
 /// The double that the fewest digits of a float name: 0.05 for 0.05F, which as a double is 0.0500000007. Order and
 /// value as a float stay.
 double AsWritten(float value);

@@ -1,7 +1,6 @@
 #include "app/Plot.h"
 
 #include <algorithm>
-#include <charconv>
 #include <cmath>
 
 #include "app/Numbers.h"
@@ -13,6 +12,8 @@ namespace {
 constexpr double kFlat = 1e-9;  ///< of the size of the values: a shorter range cannot be told apart on paper
 constexpr double kPlainLabel = 1e7;
 constexpr int kMostDecimals = 6;
+constexpr int kMostDigits = 9;  ///< of a number too large or too small for decimals
+constexpr int kEdgeDigits = 4;  ///< of the width of a bin, to which its edges are rounded
 constexpr double kPixelsPerXTick = 80;
 constexpr double kPixelsPerYTick = 35;
 constexpr double kBeyondPanel = 50;  ///< of a text beside it: panels are farther apart
@@ -23,12 +24,7 @@ struct RoundStep {
   int exponent;
 
   /// multiple * step, as exact as a double can be.
-  double Times(double multiple) const {
-    const std::string text = Fixed(multiple * digit, 0) + "e" + std::to_string(exponent);
-    double value = 0.0;
-    std::from_chars(text.data(), text.data() + text.size(), value);
-    return value;
-  }
+  double Times(double multiple) const { return TimesPowerOfTen(multiple * digit, exponent); }
 };
 
 RoundStep StepOf(double smallest) {
@@ -40,10 +36,19 @@ RoundStep StepOf(double smallest) {
   return {1, step.exponent + 1};
 }
 
+/// For a number too large or too small for decimals.
+std::string ShortLabel(double value) { return Shortest(Rounded(value, kMostDigits)); }
+
 std::string Label(double value, const RoundStep& step) {
   const int decimals = std::max(0, -step.exponent);
   const bool isPlain = decimals <= kMostDecimals && std::fabs(value) < kPlainLabel;
-  return isPlain ? Fixed(value, decimals) : Shortest(static_cast<float>(value));
+  return isPlain ? Fixed(value, decimals) : ShortLabel(value);
+}
+
+/// Whether the number has digits behind so many decimals.
+bool IsRough(double number, int decimals) {
+  const double scaled = number * std::pow(10.0, decimals);
+  return std::fabs(scaled - std::round(scaled)) > kFlat * std::fabs(scaled);
 }
 
 }  // namespace
@@ -61,23 +66,30 @@ std::vector<Tick> RoundTicks(double low, double high, int count, bool whole) {
   return ticks;
 }
 
+double BinEdge(double low, double width, int edge) {
+  const int place = static_cast<int>(std::floor(std::log10(width))) + 1 - kEdgeDigits;
+  return TimesPowerOfTen(std::round((low + edge * width) / TimesPowerOfTen(1, place)), place);
+}
+
 std::vector<Tick> EdgeTicks(double low, double width, int bins, double pixels) {
-  int decimals = 0;  // as many as the width has
-  const auto isRough = [width](int places) {
-    const double scaled = width * std::pow(10.0, places);
-    return std::fabs(scaled - std::round(scaled)) > kFlat * scaled;
+  const double first = BinEdge(low, width, 0), last = BinEdge(low, width, bins);
+  int decimals = 0;  // as many as the width and the first edge have
+  const auto isRough = [&] { return IsRough(width, decimals) || IsRough(first, decimals); };
+  while (decimals < kMostDecimals && isRough()) ++decimals;
+  const bool isPlain = !isRough() && std::max(std::fabs(first), std::fabs(last)) < kPlainLabel;
+  const auto label = [&](int edge) {
+    const double value = BinEdge(low, width, edge);
+    return isPlain ? Fixed(value, decimals) : ShortLabel(value);
   };
-  while (decimals < kMostDecimals && isRough(decimals)) ++decimals;
-  const bool isPlain = !isRough(decimals) && std::fabs(low) < kPlainLabel && std::fabs(low + bins * width) < kPlainLabel;
-  const auto label = [&](double edge) {
-    return isPlain ? Fixed(edge, decimals) : Shortest(static_cast<float>(edge));
-  };
-  std::size_t longest = 0;
-  for (const double edge : {low, low + width, low + bins * width}) longest = std::max(longest, label(edge).size());
-  const double room = std::max(1.0, pixels / (Svg::WidthOf(std::string(longest + 2, '0'), Svg::Font::Tick)));
+  double widest = 0.0;
+  for (int edge = 0; edge <= bins; ++edge) widest = std::max(widest, Svg::WidthOf(label(edge) + "00", Svg::Font::Tick));
+  const double room = std::max(1.0, pixels / widest);
   const double every = StepOf(std::max(1.0, bins / room)).Times(1);
   std::vector<Tick> ticks;
-  for (double edge = 0; edge <= bins; edge += every) ticks.push_back({low + edge * width, label(low + edge * width)});
+  for (double at = 0; at <= bins; at += every) {
+    const int edge = static_cast<int>(at);
+    ticks.push_back({BinEdge(low, width, edge), label(edge)});
+  }
   return ticks;
 }
 

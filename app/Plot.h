@@ -18,8 +18,12 @@ struct Tick {
 /// low < high, both finite.
 std::vector<Tick> RoundTicks(double low, double high, int count, bool whole);
 
-/// Ticks at the edges of bins, the first `low` and then one each `width`, `bins` of them: as many as have room, in steps
-/// of 1, 2 or 5 times a power of ten bins, with equally many decimals.
+/// The edge behind so many bins of a row of them that begins at `low`, rounded to four digits of the width: a first
+/// edge from single precision is a little off the round number that it stands for. width > 0.
+double BinEdge(double low, double width, int edge);
+
+/// Ticks at the edges of `bins` bins, as BinEdge() has them: as many as have room, in steps of 1, 2 or 5 times a power
+/// of ten bins, with equally many decimals. Cost: one label an edge.
 std::vector<Tick> EdgeTicks(double low, double width, int bins, double pixels);
 
 /// The values from `low` to `high`; grows.

@@ -1,5 +1,7 @@
 #include "app/StatisticsOptions.h"
 
+#include <utility>
+
 #include "app/ChartTypes.h"
 #include "app/CommandOptions.h"
 #include "app/RunRules.h"
@@ -14,10 +16,20 @@ bool IsWeight(double value) { return value > 0.0 && value <= 1.0; }
 
 bool IsInsideZeroToOne(double value) { return value > 0.0 && value < 1.0; }
 
-void DeclareTexts(CommandOptions* command, PlotTexts* texts, const std::string& yMeaning) {
+/// The texts of the drawing that `svg` names.
+void DeclareTexts(CommandOptions* command, PlotTexts* texts, const std::string& yMeaning, const std::string* svg) {
   command->Text("--title", "TEXT", &texts->title, "title of the drawing");
   command->Text("--x-label", "TEXT", &texts->xLabel, "what stands below the drawing");
   command->Text("--y-label", "TEXT", &texts->yLabel, yMeaning);
+  command->Check([texts, svg]() -> std::string {
+    if (!svg->empty()) return "";
+    const std::pair<const char*, const std::string*> given[] = {
+        {"--title", &texts->title}, {"--x-label", &texts->xLabel}, {"--y-label", &texts->yLabel}};
+    for (const auto& [name, text] : given) {
+      if (!text->empty()) return std::string(name) + " is a text of the drawing: give --svg too";
+    }
+    return "";
+  });
 }
 
 }  // namespace
@@ -52,7 +64,8 @@ void DeclareChart(CommandOptions* command, ChartOptions* options) {
   command->Text("--csv", "FILE", &options->csv, "write the points, their limits and signals as CSV");
   DeclareCsvMarks(command, &options->csvMarks);
   command->Text("--svg", "FILE", &options->svg, "draw the chart");
-  DeclareTexts(command, &options->texts, "what was measured, in the drawing (default: the name of the column)");
+  DeclareTexts(command, &options->texts, "what was measured, in the drawing (default: the name of the column)",
+               &options->svg);
   command->Flag("--json", &options->json, "print JSON");
   DeclareReading(command, &options->reading);
   command->Examples(
@@ -70,7 +83,7 @@ void DeclareHistogram(CommandOptions* command, HistogramOptions* options) {
   command->Text("--csv", "FILE", &options->csv, "write the bins and the rows in each as CSV");
   DeclareCsvMarks(command, &options->csvMarks);
   command->Text("--svg", "FILE", &options->svg, "draw the histogram");
-  DeclareTexts(command, &options->texts, "what stands beside the drawing (default: count)");
+  DeclareTexts(command, &options->texts, "what stands beside the drawing (default: count)", &options->svg);
   command->Flag("--json", &options->json, "print JSON");
   DeclareReading(command, &options->reading);
   command->Examples("Example:\n  kalmia histogram wine.csv --column alcohol --svg alcohol.svg");

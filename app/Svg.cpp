@@ -1,5 +1,6 @@
 #include "app/Svg.h"
 
+#include <cstring>
 #include <iterator>
 
 #include "app/DisplayText.h"
@@ -94,17 +95,49 @@ const char* WordOf(Svg::Anchor anchor) {
   return anchor == Svg::Anchor::Middle ? "middle" : "end";
 }
 
-/// Of a letter of Helvetica or DejaVu Sans, and a little more: the mean of ordinary text is below it.
-double LetterWidth(Svg::Font font) {
+/// Pixels of an em. Bold letters are wider by up to a sixth.
+double EmOf(Svg::Font font) {
   switch (font) {
-    case Svg::Font::Title: return 8.8;
-    case Svg::Font::Axis: return 7.0;
-    case Svg::Font::Small: return 4.2;
+    case Svg::Font::Title: return 14.0 * 7.0 / 6.0;
+    case Svg::Font::Axis: return 12.0;
+    case Svg::Font::Small: return 7.0;
     case Svg::Font::Tick:
     case Svg::Font::Mark:
     case Svg::Font::Label: break;
   }
-  return 6.5;
+  return 11.0;
+}
+
+struct LetterClass {
+  const char* letters;
+  double ems;
+};
+/// The letters of ASCII by the wider of their advance widths in Helvetica and in DejaVu Sans, which stands in for it.
+constexpr LetterClass kLetterClasses[] = {{"ijlI|.,:;' ", 0.34},         {"frt()[]-/\\!", 0.42}, {"\"`*", 0.50},
+                                          {"#&+<=>^~w", 0.84},           {"mMW%@", 1.02},
+                                          {"ABCDEGHKNOPQRSTUVXYZ", 0.79}};
+constexpr double kOtherLetter = 0.64;  ///< digits, most small letters
+constexpr double kLongLetter = 1.1;    ///< of two or three bytes in UTF-8: other alphabets, square signs
+constexpr double kPicture = 1.4;       ///< of four bytes
+
+bool ContinuesLetter(char byte) { return (static_cast<unsigned char>(byte) & 0xC0U) == 0x80U; }
+
+/// In ems, of the letter that begins with this byte.
+double LetterWidth(char first) {
+  const auto byte = static_cast<unsigned char>(first);
+  if (byte >= 0x80U) return byte >= 0xF0U ? kPicture : kLongLetter;
+  for (const LetterClass& letters : kLetterClasses) {
+    if (std::strchr(letters.letters, first) != nullptr) return letters.ems;
+  }
+  return kOtherLetter;
+}
+
+/// U+FFFE and U+FFFF, which XML has no place for, become U+FFFD.
+std::string WithoutNonCharacters(std::string text) {
+  for (const char* code : {"\xEF\xBF\xBE", "\xEF\xBF\xBF"}) {
+    for (std::size_t at = text.find(code); at != std::string::npos; at = text.find(code, at)) text[at + 2] = '\xBD';
+  }
+  return text;
 }
 
 /// A hundredth of a pixel is finer than any printer.
@@ -175,29 +208,29 @@ void Svg::UprightText(double x, double y, const std::string& text, Font font, An
 }
 
 double Svg::WidthOf(const std::string& text, Font font) {
-  return static_cast<double>(DisplayWidth(OneLine(text))) * LetterWidth(font);
+  double ems = 0.0;
+  for (const char byte : OneLine(text)) ems += ContinuesLetter(byte) ? 0.0 : LetterWidth(byte);
+  return ems * EmOf(font);
 }
 
 std::string Svg::Fitting(const std::string& text, double pixels, Font font) {
   const std::string line = OneLine(text), dots = "...";
   if (WidthOf(line, font) <= pixels) return line;
-  const double room = pixels - WidthOf(dots, font);
-  std::string cut;
-  for (std::size_t at = 0; at < line.size();) {
-    std::size_t end = at + 1;
-    while (end < line.size() && (static_cast<unsigned char>(line[end]) & 0xC0U) == 0x80U) ++end;  // one character
-    if (WidthOf(cut, font) + LetterWidth(font) > room) break;
-    cut += line.substr(at, end - at);
-    at = end;
+  double room = pixels - WidthOf(dots, font);
+  std::size_t end = 0;
+  for (; end < line.size(); ++end) {
+    if (ContinuesLetter(line[end])) continue;
+    room -= LetterWidth(line[end]) * EmOf(font);
+    if (room < 0.0) break;
   }
-  return cut + dots;
+  return line.substr(0, end) + dots;
 }
 
 std::string XmlText(std::string_view text) {
   // The JSON library knows what is no UTF-8, and puts U+FFFD there.
   const Json valid = Json::parse(Json(OneLine(text)).dump(-1, ' ', false, Json::error_handler_t::replace));
   std::string escaped;
-  for (const char c : valid.get<std::string>()) {
+  for (const char c : WithoutNonCharacters(valid.get<std::string>())) {
     switch (c) {
       case '&': escaped += "&amp;"; break;
       case '<': escaped += "&lt;"; break;

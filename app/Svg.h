@@ -38,9 +38,9 @@ class Svg {
   /// Runs upwards; `y` is its start, its middle or its end.
   void UprightText(double x, double y, const std::string& text, Font font, Anchor anchor = Anchor::Middle);
 
-  /// The text, cut to what fits into so many pixels even where its letters are wide ones.
+  /// The text, cut to what fits into so many pixels by WidthOf(), with "..." behind it.
   static std::string Fitting(const std::string& text, double pixels, Font font);
-  /// How wide a text is at most, but for one of wide letters alone.
+  /// How wide a text is at most, letter by letter, in Helvetica, Arial or DejaVu Sans.
   static double WidthOf(const std::string& text, Font font);
 
   /// The whole file.
@@ -54,7 +54,7 @@ class Svg {
 };
 
 /// The text as content of an XML element: & < > " escaped, control characters as \x1b, bytes that are no
-/// UTF-8 as U+FFFD.
+/// UTF-8 as U+FFFD, so too U+FFFE and U+FFFF.
 std::string XmlText(std::string_view text);
 
 }  // namespace kalmia::app

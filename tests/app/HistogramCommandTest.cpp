@@ -114,6 +114,9 @@ const BadInput kBadInputs[] = {{"y\n1\n", "standard input: there is no column 'x
                                {"x\n1\ninf\n", "row 2 (line 3), column 'x': 'inf' is infinite"},
                                {"x\n1\n1e39\n", "'1e39' is too large for single precision"},
                                {"x\n1\none\n", "'one' is not a number"},
+                               {"x\n1\n3e38\n", "standard input: the column 'x' has values too large for a histogram"},
+                               {"x\n1e-38\n3e38\n", "has values too large for a histogram"},
+                               {"x\n3e38\n3e38\n", "has values too large for a histogram"},
                                {"x\n", "has a header but no data rows"},
                                {"", "standard input is empty"}};
 
@@ -129,6 +132,10 @@ TEST(FailureOfHistogram, IsOneLineWithExitCode1ForBadData) {
 TEST(FailureOfHistogram, IsExitCode2ForACommandLineThatMakesNoSense) {
   ExpectFailure(RunKalmia({"histogram", "t.csv"}), 2, "histogram needs --column NAME: ");
   ExpectFailure(RunKalmia({"histogram", "--column", "x"}), 2, "histogram needs a TABLE: ");
+  for (const char* text : {"--title", "--x-label", "--y-label"}) {
+    ExpectFailure(RunKalmia({"histogram", "t.csv", "--column", "x", text, "T"}), 2,
+                  std::string(text) + " is a text of the drawing: give --svg too");
+  }
   ExpectFailure(RunKalmia({"histogram", "t.csv", "--column", "x", "--bins", "3"}), 2,
                 "histogram has no option '--bins'; it takes --column, --csv, --separator, --decimal, --svg, --title, "
                 "--x-label, --y-label, --json, --na, --skip-lines, --comment and --help");
@@ -161,6 +168,18 @@ TEST(Histogram, DrawsTicksAtTheEdgesOfItsBins) {
   for (const char* text : {">Nine</text>", ">length</text>", ">parts</text>"}) {
     EXPECT_THAT(ReadWholeFile(svg), HasSubstr(text));
   }
+}
+
+TEST(Histogram, EdgesAreRoundNumbersWhereTheRangeIsNarrow) {
+  const ScratchFolder folder;
+  const std::string svg = folder.Path("h.svg");
+  const nlohmann::json json = RunHistogram("x\n1e-6\n2.1e-6\n3.25e-6\n", {"--svg", svg, "--json"}).Json();
+  // In units of 1e-6 the smallest lies just below 1 in single precision, so the first bin begins at 0.
+  EXPECT_EQ(json["bins"][0]["from"], 0);
+  EXPECT_EQ(json["bins"][1]["from"], 1e-6);
+  EXPECT_EQ(json["bins"][0]["to"], json["bins"][1]["from"]);
+  EXPECT_THAT(ReadWholeFile(svg), HasSubstr(">0</text>"));
+  EXPECT_THAT(ReadWholeFile(svg), HasSubstr(">1e-06</text>"));
 }
 
 TEST(Histogram, TellsItsBinsAsJson) {
