@@ -57,6 +57,10 @@ void CheckSettings(const ChartOptions& options, ControlChart::ControlType type, 
     RefuseUsage("--rules goes with --type individual, mean-range and mean-sd, not " + options.type +
                 ", whose points lean on those before");
   }
+  if (!options.rules.empty() && type == ControlChart::Individual && subgroup != 1) {
+    RefuseUsage("--rules with --type individual takes single values, not means of " + std::to_string(subgroup) +
+                ", whose limits are those of the values: take --type mean-range or mean-sd");
+  }
   const bool takesAnySigma = type == ControlChart::Individual || subgroup == 1;
   if (options.sigma && !takesAnySigma && !HasFactors(subgroup)) {
     RefuseUsage("--sigma with --type " + options.type + " takes subgroups of at most 25 values, not of " +
@@ -98,8 +102,14 @@ void SetMovingRange(const std::string& where, const NCDataVector<float>& series,
   chart->SetStdDevSubgroup(spread);
 }
 
+bool HasMeans(const ControlChart& chart) {
+  const NCDataVector<float>& means = *chart.GetMeanVector();
+  return means.Size() > means.GetNumMisVal();
+}
+
 void ApplySettings(const ChartOptions& options, ControlChart* chart) {
-  if (options.target) chart->SetTarget(TargetBeside99(*options.target));
+  const bool isMean99 = chart->GetTarget() == kMissing && HasMeans(*chart);
+  if (options.target || isMean99) chart->SetTarget(TargetBeside99(options.target.value_or(kMissing)));
   if (options.sigma) chart->SetStdDevSubgroup(*options.sigma);
   if (options.lambda) chart->SetEWMALambda(*options.lambda);
 }

@@ -82,6 +82,7 @@ ChartSignal SignalOf(const RunSignal& run, const ChartSeries& series, const RunZ
 }  // namespace
 
 bool HasLimits(const ControlChart& chart) {
+  if (chart.GetTarget() == kMissing) return false;
   switch (chart.GetControlType()) {
     case ControlChart::MeanRange: return IsKnown(chart.GetRangeUCL());
     case ControlChart::MeanStdDev: return IsKnown(chart.GetStdDevUCL());

@@ -9,7 +9,7 @@ namespace {
 
 using Pattern = RunRule::Pattern;
 
-constexpr auto kOnePoint = "1 point beyond 3 sigma";
+constexpr auto kOnePoint = "1 point beyond a limit";
 constexpr auto kTwoOfThree = "2 of 3 points beyond 2 sigma on one side";
 constexpr auto kFourOfFive = "4 of 5 points beyond 1 sigma on one side";
 
@@ -105,7 +105,7 @@ const std::vector<std::string>& RunRuleWords() {
 }
 
 const std::vector<RunRule>& RunRulesOfWord(const std::string& word) {
-  static const std::vector<RunRule> limits = {{1, Pattern::Beyond, 1, 1, 3, "1 point beyond a limit"}};
+  static const std::vector<RunRule> limits = {{1, Pattern::Beyond, 1, 1, 3, kOnePoint}};
   static const std::vector<RunRule> westernElectric = {
       {1, Pattern::Beyond, 1, 1, 3, kOnePoint},
       {2, Pattern::Beyond, 2, 3, 2, kTwoOfThree},

@@ -349,7 +349,7 @@ TEST(Chart, NamesTheRuleThatEachSignalBreaks) {
                         "  row  signal         value    limit  nelson rule\n"
                         "   10  value above  4.00000  3.00000            1\n"
                         "   10  value above  4.00000  0.00000            2\n\n"
-                        "  rule 1: 1 point beyond 3 sigma\n"
+                        "  rule 1: 1 point beyond a limit\n"
                         "  rule 2: 9 points in a row on one side of the centre line\n"));
   const ScratchFolder folder;
   std::vector<std::string> line = kRuled;
@@ -490,6 +490,43 @@ TEST(Chart, TargetOfMinus99IsATargetLikeAnyOther) {
   const CommandResult run = RunKalmia(
       {"chart", "-", "--column", "x", "--type", "individual", "--target", "-99", "--sigma", "1"}, "x\n-98\n-97\n");
   EXPECT_THAT(run.output, HasSubstr("value     -102.000  -99.0000     -96.0000"));
+}
+
+TEST(Chart, MeanOfExactlyMinus99IsATargetThatCanBeStored) {
+  const ScratchFolder folder;
+  const std::vector<std::string> line = {"chart", "-", "--column", "x", "--type", "mean-range", "--subgroup", "2"};
+  std::vector<std::string> save = line, judge = line;
+  save.insert(save.end(), {"--save-limits", folder.Path("limits")});
+  judge.insert(judge.end(), {"--limits-from", folder.Path("limits")});
+  const std::string values = "x\n-98\n-100\n-98\n-100\n";
+  EXPECT_THAT(RunKalmia(save, values).output, HasSubstr("mean      -102.760  -99.0000     -95.2400"));  // A2 = 1.880
+  EXPECT_THAT(RunKalmia(judge, values).output, HasSubstr("mean      -102.760  -99.0000     -95.2400"));
+}
+
+TEST(Chart, LimitsBeyondSinglePrecisionAreNumbersInTheDrawing) {
+  const ScratchFolder folder;
+  const std::string svg = folder.Path("c.svg");
+  const std::string values = "x\n-3e38\n3e38\n-3e38\n3e38\n";
+  ASSERT_EQ(RunKalmia({"chart", "-", "--column", "x", "--type", "individual", "--sigma", "5e38", "--svg", svg}, values)
+                .exitCode,
+            0);
+  const std::string drawing = ReadWholeFile(svg);
+  for (const char* text : {">upper 1.5e+39</text>", ">lower -1.5e+39</text>", ">1e+39</text>"}) {
+    EXPECT_THAT(drawing, HasSubstr(text));
+  }
+  EXPECT_THAT(drawing, Not(HasSubstr("></text>")));
+}
+
+TEST(Chart, LegendShowsPointsOnlyWhereThePointsAreDrawn) {
+  const ScratchFolder folder;
+  const std::string svg = folder.Path("c.svg");
+  for (const int size : {150, 151}) {
+    const std::string table = folder.Write("t.csv", Series(size, 1000, 0));
+    ASSERT_EQ(RunKalmia(ChartOf(table, "cusum", {"--svg", svg})).exitCode, 0);
+    const std::string drawing = ReadWholeFile(svg);
+    EXPECT_EQ(CountOf(drawing, "class=\"second-point\""), size == 150 ? 151 : 0);
+    EXPECT_EQ(CountOf(drawing, "class=\"second-data\""), 2);  // the line and its sample
+  }
 }
 
 TEST(Chart, ProcessWithoutSpreadHasLimitsOnItsTarget) {

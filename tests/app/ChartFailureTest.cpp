@@ -43,6 +43,10 @@ const BadInput kBadInputs[] = {
      "x\n1\n2\n3\n",
      {"--type", "mean-range", "--subgroup", "4"},
      "the column 'x' has 3 rows, less than one subgroup of 4"},
+    {"a target that is not known",
+     "x,y\n,1\n,2\n3,3\n",
+     {"--type", "cusum", "--subgroup", "2", "--sigma", "1"},
+     "too few values for the limits of a chart of type cusum"},
     {"a range beyond single precision",
      "x\n-3e38\n3e38\n-3e38\n3e38\n",
      {"--type", "mean-range", "--subgroup", "2"},
@@ -101,6 +105,11 @@ TEST(FailureOfChart, IsExitCode2ForACommandLineThatMakesNoSense) {
       {{"--column", "x", "--type", "cusum", "--rules", "nelson"},
        "--rules goes with --type individual, mean-range and mean-sd, not cusum, whose points lean on those before"},
       {{"--column", "x", "--type", "ewma", "--rules", "nelson"}, "not ewma, whose points"},
+      {{"--column", "x", "--type", "individual", "--subgroup", "2", "--rules", "nelson"},
+       "--rules with --type individual takes single values, not means of 2, whose limits are those of the values"},
+      {{"--column", "x", "--type", "cusum", "--title", "T"}, "--title is a text of the drawing: give --svg too"},
+      {{"--column", "x", "--type", "cusum", "--x-label", "X"}, "--x-label is a text of the drawing"},
+      {{"--column", "x", "--type", "cusum", "--y-label", "Y"}, "--y-label is a text of the drawing"},
       {{"--column", "x", "--type", "cusum", "--yaml"}, "chart has no option '--yaml'"}};
   for (const auto& [options, message] : lines) {
     SCOPED_TRACE(::testing::PrintToString(options));
@@ -127,6 +136,11 @@ TEST(FailureOfChart, SaysWhatIsWrongWithStoredLimits) {
   };
   nlohmann::json lacking = good;
   lacking["limits"].erase("target");
+  nlohmann::json ofFive = good, upsideDown = good;
+  ofFive["subgroup"] = 5;
+  ofFive["sigmaFrom"] = "moving-range";
+  upsideDown["limits"]["ewmaLower"] = 2;
+  upsideDown["limits"]["ewmaUpper"] = 1;
   const std::pair<std::string, const char*> files[] = {
       {"", "it is not JSON"},
       {"{\"a\":", "it is not JSON"},
@@ -136,14 +150,23 @@ TEST(FailureOfChart, SaysWhatIsWrongWithStoredLimits) {
       {changed("/formatVersion", "one"), "it has no format version"},
       {changed("/formatVersion", 0), "it has no format version"},
       {changed("/formatVersion", 2), "has version 2; this program reads versions up to 1"},
+      {changed("/formatVersion", 4294967297), "has version 4294967297; this program reads versions up to 1"},
+      {changed("/formatVersion", 18446744073709551615U), "has version 18446744073709551615; this program reads"},
       {changed("/type", "shewhart"), "it names no type of chart"},
       {changed("/type", 3), "it names no type of chart"},
       {changed("/subgroup", 0), "it names no size of subgroups"},
+      {changed("/subgroup", 4294967297), "it names no size of subgroups"},
       {changed("/subgroup", "five"), "it names no size of subgroups"},
       {changed("/sigmaFrom", "ranges"), "it does not say where its standard deviation comes from"},
       {changed("/sigmaFrom", 7), "it does not say where its standard deviation comes from"},
+      {changed("/sigmaFrom", nullptr), "it does not say where its standard deviation comes from"},
+      {ofFive.dump(), "it does not say where its standard deviation comes from"},
       {changed("/limits", 5), "it holds no limits"},
       {changed("/limits/target", "high"), "its limit 'target' is not a number"},
+      {changed("/limits/target", nullptr), "it does not say what its target is"},
+      {changed("/limits/sdProcess", -3), "its limit 'sdProcess' is below 0"},
+      {changed("/limits/deadBand", -0.5), "its limit 'deadBand' is below 0"},
+      {upsideDown.dump(), "its limit 'ewmaLower' is above 'ewmaUpper'"},
       {lacking.dump(), "it has no limit 'target'"}};
   for (const auto& [text, message] : files) {
     SCOPED_TRACE(text);
