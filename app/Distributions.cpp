@@ -16,9 +16,9 @@ namespace kalmia::app {
 
 namespace {
 
-/// Boost.Math 1.74's own quantiles give up in some far tails of t and F, and are good to 4e-11 only near the median of t;
-/// in double precision those of F are off by up to 3 %. Its distribution functions are good to all digits of a double
-/// where they are computed in more.
+/// Boost.Math 1.74's own quantiles give up in some far tails of t and F, and are good to 4e-11 only near the median of
+/// t; in double precision those of F are off by up to 3 %. Its distribution functions are good to all digits of a
+/// double where they are computed in more.
 using Real = long double;
 
 [[noreturn]] void Refuse(const char* why) {

@@ -41,7 +41,8 @@ void CheckDf(const Kind& kind, int place, const char* option, const std::optiona
   const std::string word = kind.word, name = option;
   if (df && place > kind.dfs) Refuse(name + " goes with " + (place == 1 ? "t, f and chi2" : "f") + ", not " + word);
   if (!df && place <= kind.dfs) {
-    Refuse("quantile " + word + " needs " + name + " X: degrees of freedom" + (place == 2 ? " of the denominator" : ""));
+    Refuse("quantile " + word + " needs " + name + " X: degrees of freedom" +
+           (place == 2 ? " of the denominator" : ""));
   }
   if (!df || (*df >= kLeastDf && *df <= kMostDf)) return;
   Refuse(name + " takes degrees of freedom from " + Shortest(kLeastDf) + " to " + Significant(kMostDf, 1) + ", not " +

@@ -44,7 +44,7 @@ TEST(Distributions, TailsOfOneQuantileAreEachOthersComplement) {
 }
 
 TEST(Distributions, AreEachOthersLimitsAndSquares) {
-  // T with 1 degree of freedom is Cauchy's; T squared is F; chi-square with 2 degrees is exponential; with 1, Z squared.
+  // T with 1 degree of freedom is Cauchy's; T squared is F; chi-square with 2 degrees is exponential, with 1 Z squared
   const double pi = std::acos(-1.0);
   for (const double share : {1e-12, 0.05, 0.5, 0.9}) {
     const double t = QuantileOfAbsoluteT(share, Tail::Upper, 9), z = QuantileOfAbsoluteNormal(share, Tail::Upper);

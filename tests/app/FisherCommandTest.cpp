@@ -222,7 +222,8 @@ TEST(FailureOfQuantile, IsExitCode2ForACommandLineThatMakesNoSense) {
       {{"t", "--probability", "0.5", "--df", "3", "--df2", "4"}, "--df2 goes with f, not t"},
       {{"f", "--probability", "0.5", "--df", "3"}, "quantile f needs --df2 X: "},
       {{"f", "--probability", "0.5", "--df", "3", "--df2", "-1"}, "--df2 takes a number above 0, not '-1'"},
-      {{"f", "--probability", "0.5", "--df", "3", "--df2", "4", "--one-sided"}, "--one-sided goes with t and normal, not f"}};
+      {{"f", "--probability", "0.5", "--df", "3", "--df2", "4", "--one-sided"},
+       "--one-sided goes with t and normal, not f"}};
   for (const auto& [words, message] : lines) {
     SCOPED_TRACE(::testing::PrintToString(words));
     std::vector<std::string> line = {"quantile"};
