@@ -498,9 +498,9 @@ TEST(Chart, MeanOfExactlyMinus99IsATargetThatCanBeStored) {
   std::vector<std::string> save = line, judge = line;
   save.insert(save.end(), {"--save-limits", folder.Path("limits")});
   judge.insert(judge.end(), {"--limits-from", folder.Path("limits")});
-  const std::string values = "x\n-98\n-100\n-98\n-100\n";
-  EXPECT_THAT(RunKalmia(save, values).output, HasSubstr("mean      -102.760  -99.0000     -95.2400"));  // A2 = 1.880
-  EXPECT_THAT(RunKalmia(judge, values).output, HasSubstr("mean      -102.760  -99.0000     -95.2400"));
+  const std::string values = "x\n-98.5\n-97.5\n-100.5\n-99.5\n";
+  EXPECT_THAT(RunKalmia(save, values).output, HasSubstr("-100.880  -99.0000     -97.1200"));  // A2 = 1.880
+  EXPECT_THAT(RunKalmia(judge, values).output, HasSubstr("-100.880  -99.0000     -97.1200"));
 }
 
 TEST(Chart, LimitsBeyondSinglePrecisionAreNumbersInTheDrawing) {
