@@ -6,11 +6,30 @@
 #include "kalmia/support/CString.h"
 #include "kalmia/support/NCError.h"
 
-NCIntegralVector<int, -99> kalmia::GroupsOrDefault(const NCIntegralVector<int, -99>* given, int count, int rounds,
-                                                   const char* what) {
+namespace kalmia {
+
+NCIntegralVector<int, -99> GroupsOrDefault(const NCIntegralVector<int, -99>* given, int count, int rounds,
+                                           const char* what) {
   if (!given) return GetDeafultCVGroupsVector(count, std::max(rounds, 1));
   if (given->Size() == count) return *given;
   CString message;
   message.Format("Cross validation: there are %i groups for %i %s.", given->Size(), count, what);
   throw NCError(message);
 }
+
+void RequireSizeOfModel(int size, int sizeOfModel, const char* what) {
+  if (size == sizeOfModel) return;
+  CString message;
+  message.Format("Cross validation: the model has %i %s, and had %i when the validation was made.", sizeOfModel, what,
+                 size);
+  throw NCError(message);
+}
+
+void RequireCellPerVariable(int cells, int variables, const char* name) {
+  if (cells == variables) return;
+  CString message;
+  message.Format("Cross validation: %s has %i cells for %i variables.", name, cells, variables);
+  throw NCError(message);
+}
+
+}  // namespace kalmia

@@ -10,4 +10,11 @@ namespace kalmia {
 NCIntegralVector<int, -99> GroupsOrDefault(const NCIntegralVector<int, -99>* given, int count, int rounds,
                                            const char* what);
 
+/// Throws NCError where the model has not the `size` observations or variables any more that its validation was made
+/// for; `what` says which, in the plural.
+void RequireSizeOfModel(int size, int sizeOfModel, const char* what);
+
+/// Throws NCError where an argument of a validation has not one cell for each variable. `name` is the argument's.
+void RequireCellPerVariable(int cells, int variables, const char* name);
+
 }  // namespace kalmia

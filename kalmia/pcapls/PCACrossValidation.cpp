@@ -86,6 +86,11 @@ PCACrossValidation::PCACrossValidation(NCPCA* model, float q2TotCum, const NCDat
 void PCACrossValidation::NextComponent(const NCDataVector<float>& ss, NCProgress* progress) {
   if (rounds_ > 0 && (model_->GetPprim()->SizeRows() == 0 || model_->GetTprim()->SizeRows() == 0))
     throw NCError("PCA cross validation: the model has no component to judge.");
+  const NCDataMatrix<float>& X = *model_->GetResiduals();
+  kalmia::RequireSizeOfModel(observationGroups_.Size(), X.SizeRows(), "observations");
+  kalmia::RequireSizeOfModel(variableGroups_.Size(), X.SizeColumns(), "variables");
+  kalmia::RequireCellPerVariable(q2XVarCum_.Size(), X.SizeColumns(), "q2XVarCum");
+  kalmia::RequireCellPerVariable(ss.Size(), X.SizeColumns(), "ss");
   std::unique_ptr<NCProgress> own;
   if (!progress) own = std::make_unique<NCProgress>("", 0.0F, 1.0F, false, false, true, nullptr);
   NCProgress* bar = own ? own.get() : progress;

@@ -36,7 +36,7 @@ class PCACrossValidation {
   /// group are not predicted; without a round none are. Throws NCError where there is not one group for each.
   PCACrossValidation(NCPCA* model, int rounds, const NCIntegralVector<int, -99>* observationGroups,
                      const NCIntegralVector<int, -99>* variableGroups);
-  /// For a later component, with the cumulated values up to then; `q2XVarCum` has K cells.
+  /// For a later component, with the cumulated values up to then; `q2XVarCum` has K cells, which NextComponent checks.
   PCACrossValidation(NCPCA* model, float q2TotCum, const NCDataVector<float>& q2XVarCum, int rounds,
                      const NCIntegralVector<int, -99>* observationGroups,
                      const NCIntegralVector<int, -99>* variableGroups);
@@ -50,9 +50,10 @@ class PCACrossValidation {
   /// Progress: `progress` may be null; a bar is then opened. Its range is 0 to rounds, and each half of a round is a
   /// range within it. What opening and closing these say of a stop is passed over: a stop comes in between the
   /// iterations of a half.
-  /// Throws: NCError where the model has no component or lacks its matrix P or T, a round has no component, or the user
-  /// stops; std::bad_alloc. GetPSet() and GetTSet() then
-  /// hold the rounds that were done, everything else is as it was.
+  /// Throws: NCError where the model has no component or lacks its matrix P or T, or has other numbers of observations
+  /// or variables than when this object was made, where a vector has another number of cells, a round has no component,
+  /// or the user stops; std::bad_alloc. GetPSet() and GetTSet() then hold the rounds that were done, everything else is
+  /// as it was.
   /// Cost: twice `rounds` components of at most 5 + sqrt(a - 1) rounds for component a.
   void NextComponent(const NCDataVector<float>& ss, NCProgress* progress);
 

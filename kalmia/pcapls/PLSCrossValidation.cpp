@@ -21,6 +21,9 @@ constexpr float kMissingTolerance = 0.9999F;
 constexpr int kFewObservations = 100;
 constexpr float kQ2LimitOfFew = 0.05F;
 
+/// Rounds that were asked for beyond the observations have sums of squares too, all missing, but no more than so many.
+constexpr int kMostRoundsWithoutRows = 9999;
+
 /// y - yPred where both are there; y without a prediction, missing without y.
 float PredictionError(float y, float yPred) {
   if (yPred == kMissing) return y;
@@ -55,15 +58,14 @@ PLSCrossValidation::PLSCrossValidation(NCPLS* model, float q2TotCum, const NCDat
   results_.tPred = NCDataVector<float>(Y.SizeRows());
   results_.q2YVar = NCDataVector<float>(Y.SizeColumns());
   results_.q2YVarCum = q2YVarCum;
-  results_.ssY = NCDataVector<float>(std::max(rounds, 0));
-  results_.ssYOriginal = NCDataVector<float>(std::max(rounds, 0));
+  results_.ssY = NCDataVector<float>(std::max(rounds_, 0) + std::clamp(rounds - rounds_, 0, kMostRoundsWithoutRows));
+  results_.ssYOriginal = results_.ssY;
   results_.q2TotCum = q2TotCum;
 }
 
 void PLSCrossValidation::NextComponent(const NCDataVector<float>* w, int maxIterations, const NCDataVector<float>& ssY,
                                        NCProgress* progress, bool quiet) {
-  if (model_->GetXResiduals()->SizeRows() != model_->GetYResiduals()->SizeRows())
-    throw NCError("PLS cross validation: X and Y have not the same observations.");
+  RequireShapes(w->Size(), ssY.Size());
   std::unique_ptr<NCProgress> own;
   if (!progress && !quiet) own = std::make_unique<NCProgress>("", 0.0F, 1.0F, false, false, true, nullptr);
   NCProgress* bar = own ? own.get() : progress;
@@ -74,6 +76,19 @@ void PLSCrossValidation::NextComponent(const NCDataVector<float>* w, int maxIter
   for (int group = 0; group < rounds_; ++group) CalcRound(group, *w, maxIterations, bar, quiet, &results);
   Judge(ssY, &results);
   results_ = results;
+}
+
+void PLSCrossValidation::RequireShapes(int cellsOfW, int cellsOfSSY) const {
+  const NCDataMatrix<float>& X = *model_->GetXResiduals();
+  const NCDataMatrix<float>& Y = *model_->GetYResiduals();
+  if (X.SizeRows() != Y.SizeRows())
+    throw NCError("PLS cross validation: X and Y have not the same observations.");
+  kalmia::RequireSizeOfModel(observationGroups_.Size(), Y.SizeRows(), "observations");
+  kalmia::RequireSizeOfModel(results_.wSet.SizeColumns(), X.SizeColumns(), "X variables");
+  kalmia::RequireSizeOfModel(results_.q2YVar.Size(), Y.SizeColumns(), "Y variables");
+  kalmia::RequireCellPerVariable(results_.q2YVarCum.Size(), Y.SizeColumns(), "q2YVarCum");
+  kalmia::RequireCellPerVariable(cellsOfSSY, Y.SizeColumns(), "ssY");
+  if (rounds_ > 0) kalmia::RequireCellPerVariable(cellsOfW, X.SizeColumns(), "w");
 }
 
 PLSCrossValidation::Division PLSCrossValidation::Divide(int group) const {
@@ -147,16 +162,18 @@ void PLSCrossValidation::AppendRound(const NCPLS& round, const NCDataVector<floa
 
 void PLSCrossValidation::Judge(const NCDataVector<float>& ssY, Results* results) const {
   const NCDataMatrix<float>& Y = *model_->GetYResiduals();
+  const bool isPredicted = rounds_ > 0;  // else there is nothing to judge, as in a Y without variance
   double press = 0.0;
   for (int j = 1; j <= Y.SizeColumns(); ++j) {
     const double pressOfColumn = static_cast<double>(results->yPredResiduals.GetColumnSS(j, 0.0L));
     if (pressOfColumn != kMissing) press += pressOfColumn;
-    const double ss = static_cast<double>(Y.GetColumnSS(j, 0.0L));
+    const double ss = isPredicted ? static_cast<double>(Y.GetColumnSS(j, 0.0L)) : 0.0;
     const kalmia::Q2 q2 = kalmia::JudgeVariable(ss, pressOfColumn, results->q2YVarCum[j], ssY[j]);
     results->q2YVar(j, q2.value);
     results->q2YVarCum(j, q2.cumulated);
   }
-  const kalmia::Q2 total = kalmia::JudgeTotal(static_cast<double>(Y.GetSS()), press, results->q2TotCum);
+  const double ssOfAll = isPredicted ? static_cast<double>(Y.GetSS()) : 0.0;
+  const kalmia::Q2 total = kalmia::JudgeTotal(ssOfAll, press, results->q2TotCum);
   results->q2Tot = total.value;
   results->q2TotCum = total.cumulated;
 }

@@ -26,22 +26,24 @@
 class PLSCrossValidation : public VexStreamBase {
  public:
   /// For the first component. `rounds` above N is cut to N; a single one that leaves all out has nothing to fit, and
-  /// predicts nothing; with less than 1 nothing is left out, and Q2 says nothing. `observationGroups` has one group
+  /// predicts nothing; with less than 1 nothing is left out, and every Q2 is 0. `observationGroups` has one group
   /// number from 0 to rounds - 1 for each observation and is copied; null stands for GetDeafultCVGroupsVector of N and
   /// the cut rounds. An observation of any other group is never left out. Throws NCError where there are not N groups.
   PLSCrossValidation(NCPLS* model, int rounds, const NCIntegralVector<int, -99>* observationGroups);
-  /// For a later component, with the cumulated values up to then; `q2YVarCum` has M cells.
+  /// For a later component, with the cumulated values up to then; `q2YVarCum` has M cells, which NextComponent checks.
   PLSCrossValidation(NCPLS* model, float q2TotCum, const NCDataVector<float>& q2YVarCum, int rounds,
                      const NCIntegralVector<int, -99>* observationGroups);
 
   /// One cross-validation of the component that NCPLS::NextComponent has just appended.
   /// Shape: `w` (K cells, not null) is the model's weight vector of that component: the start of each round and the
   /// reference of its sign. `ssY` (M cells) holds the sums of squares of Y before the first component: a Y variable
-  /// without variance left gets Q2 0, and cumulated 1 if it had variance then, else 0.
+  /// without variance left gets Q2 0, and cumulated 1 if it had variance then, else 0. Without a round all do.
   /// Missing: a prediction that is missing leaves y itself as residual, a missing y a missing residual. Rows with more
   /// holes than variables - 1 (or 0.9999 of them) are predicted 0, the mean.
   /// Progress: `progress` may be null; unless `quiet` a bar is then opened. A wish to stop has no effect here.
-  /// Throws: NCError for a model restored without X or without Y; std::bad_alloc. This object is then as it was.
+  /// Throws: NCError where X and Y of the model differ in their numbers of rows, or the model has other numbers of
+  /// observations or variables than when this object was made, or a vector another number of cells; std::bad_alloc.
+  /// This object is then as it was.
   /// Cost: a fit of one component to (rounds - 1) / rounds of the table, `rounds` times, without copies of X.
   void NextComponent(const NCDataVector<float>* w, int maxIterations, const NCDataVector<float>& ssY,
                      NCProgress* progress, bool quiet);
@@ -63,7 +65,9 @@ class PLSCrossValidation : public VexStreamBase {
   /// Predicted scores, N: each from the round that left the observation out, with that round's own sign.
   const NCDataVector<float>* GetTPred() const { return &results_.tPred; }
   const NCDataMatrix<float>* GetYPredResiduals() const { return &results_.yPredResiduals; }  ///< y - prediction, N x M
-  const NCDataVector<float>* GetSSY() const { return &results_.ssY; }  ///< SS of a round's Y after its component
+  /// SS of a round's Y after its component: one cell for each round that was asked for, those beyond the cut rounds
+  /// missing, of which there are at most 9999.
+  const NCDataVector<float>* GetSSY() const { return &results_.ssY; }
   /// SS of a round's Y before its component: exactly so for a model of one component, else the SSY of the last call.
   const NCDataVector<float>* GetSSYOriginal() const { return &results_.ssYOriginal; }
 
@@ -85,6 +89,7 @@ class PLSCrossValidation : public VexStreamBase {
   };
   struct Division;
 
+  void RequireShapes(int cellsOfW, int cellsOfSSY) const;
   Division Divide(int group) const;
   void CalcRound(int group, const NCDataVector<float>& w, int maxIterations, NCProgress* progress, bool quiet,
                  Results* results) const;

@@ -6,6 +6,7 @@
 #include <limits>
 #include <memory>
 #include <optional>
+#include <sstream>
 #include <string>
 #include <utility>
 #include <vector>
@@ -13,6 +14,7 @@
 #include "PCAValidationCase.h"
 #include "testing/Ints.h"
 #include "testing/RandomTables.h"
+#include "testing/StreamAttacks.h"
 
 namespace {
 
@@ -187,6 +189,46 @@ TEST(PCACrossValidation, RefusesGroupsThatAreNotOneForEachObservationAndEachVari
   for (const int count : {0, 4, 6})
     EXPECT_EQ(refuses(8, count), text + std::to_string(count) + " groups for 5 variables.");
   EXPECT_EQ(refuses(8, 5), std::nullopt);
+}
+
+TEST(PCACrossValidation, RefusesAModelThatHasBecomeAnotherOneOfAnotherSize) {
+  struct Other {
+    int rows, columns;
+    const char* what;
+  };
+  for (const Other& other : {Other{600, 5, "600 observations, and had 8"}, {7, 5, "7 observations, and had 8"},
+                             {8, 50, "50 variables, and had 5"}, {8, 4, "4 variables, and had 5"}}) {
+    SCOPED_TRACE(other.what);
+    PCAValidationCase data(8, 5, 0.0), another(other.rows, other.columns, 0.0);
+    data.AddComponent();
+    another.AddComponent();
+    PCACrossValidation validation(data.model.get(), 3, nullptr, nullptr);
+    data.Validate(&validation);
+    const std::string before = Everything(validation);
+    std::istringstream stream(StreamOf(*another.model));
+    ASSERT_TRUE(stream >> *data.model);
+    EXPECT_EQ(MessageOf([&] { validation.NextComponent(another.ss, nullptr); }),
+              std::string("Cross validation: the model has ") + other.what + " when the validation was made.");
+    EXPECT_EQ(Everything(validation), before);
+  }
+}
+
+TEST(PCACrossValidation, RefusesVectorsThatHaveNotOneCellForEachVariable) {
+  PCAValidationCase data(8, 5, 0.0);
+  data.AddComponent();
+  const auto refusal = [&](int cellsOfSS, int cellsOfCumulated) {
+    return MessageOf([&] {
+      const NCDataVector<float> cumulated(cellsOfCumulated, 0.5F);
+      PCACrossValidation validation(data.model.get(), 0.5F, cumulated, 3, nullptr, nullptr);
+      validation.NextComponent(NCDataVector<float>(cellsOfSS, 1.0F), nullptr);
+    });
+  };
+  EXPECT_EQ(refusal(5, 5), std::nullopt);
+  for (const int cells : {0, 4, 6}) {
+    const std::string text = " has " + std::to_string(cells) + " cells for 5 variables.";
+    EXPECT_EQ(refusal(cells, 5), "Cross validation: ss" + text);
+    EXPECT_EQ(refusal(5, cells), "Cross validation: q2XVarCum" + text);
+  }
 }
 
 TEST(PCACrossValidation, PredictsNothingInLessThanOneRound) {

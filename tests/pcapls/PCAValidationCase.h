@@ -1,15 +1,14 @@
 #pragma once
 
 #include <memory>
-#include <optional>
 #include <string>
 
 #include "kalmia/containers/NCDataMatrix.h"
 #include "kalmia/containers/NCDataVector.h"
 #include "kalmia/pcapls/NCPCA.h"
 #include "kalmia/pcapls/PCACrossValidation.h"
-#include "kalmia/support/NCError.h"
 #include "kalmia/support/NCProgress.h"
+#include "testing/MessageOf.h"
 
 /// A random table of three directions, each 0.6 times as strong as the one before, and some noise. A cell is a hole
 /// with the probability `holes`.
@@ -33,14 +32,3 @@ struct PCAValidationCase {
 /// What a validation judges and accumulates, for comparisons to the bit.
 std::string Judgement(const PCACrossValidation& validation);
 std::string Everything(const PCACrossValidation& validation);  ///< the sets of its rounds, too
-
-/// The message of the NCError that the call ends with; none where it ends well.
-template <class Call>
-std::optional<std::string> MessageOf(const Call& call) {
-  try {
-    call();
-  } catch (const NCError& error) {
-    return static_cast<const char*>(error.GetMessage());
-  }
-  return std::nullopt;
-}

@@ -3,12 +3,16 @@
 
 #include <algorithm>
 #include <limits>
+#include <optional>
 #include <sstream>
+#include <string>
+#include <utility>
 #include <vector>
 
 #include "CrossValidationCase.h"
 #include "kalmia/pcapls/PCACrossValidation.h"
 #include "kalmia/support/NCError.h"
+#include "testing/MessageOf.h"
 #include "testing/RandomTables.h"
 #include "testing/RecordingProgress.h"
 #include "testing/StreamAttacks.h"
@@ -18,6 +22,7 @@
 namespace {
 
 using ::testing::Each;
+using ::testing::ElementsAre;
 using Groups = NCIntegralVector<int, -99>;
 
 constexpr float kMissing = kHole<float>;
@@ -58,6 +63,7 @@ TEST(PLSCrossValidationEdges, KeepsRoomForTheSumsOfAllRoundsAskedFor) {
   data.AddComponent();
   PLSCrossValidation validation(data.model.get(), 100, nullptr);
   EXPECT_EQ(validation.GetSSY()->Size(), 100);
+  EXPECT_EQ(validation.GetSSYOriginal()->Size(), 100);
   data.Validate(&validation);
   ASSERT_EQ(validation.GetSSY()->Size(), 100);
   ASSERT_EQ(validation.GetSSYOriginal()->Size(), 100);
@@ -65,6 +71,12 @@ TEST(PLSCrossValidationEdges, KeepsRoomForTheSumsOfAllRoundsAskedFor) {
     EXPECT_EQ((*validation.GetSSY())[g] != kMissing, g <= 5);
     EXPECT_EQ((*validation.GetSSYOriginal())[g] != kMissing, g <= 5);
   }
+}
+
+TEST(PLSCrossValidationEdges, KeepsRoomForTenThousandRoundsWithoutObservationsAtMost) {
+  CrossValidationCase data(5, 3, 1, 0.0);
+  for (const auto& [rounds, sums] : {std::pair{10004, 10004}, {10005, 10004}, {std::numeric_limits<int>::max(), 10004}})
+    EXPECT_EQ(PLSCrossValidation(data.model.get(), rounds, nullptr).GetSSY()->Size(), sums);
 }
 
 TEST(PLSCrossValidationEdges, JudgesAVariableFromTheSmallestVarianceOn) {
@@ -199,8 +211,9 @@ TEST(PLSCrossValidationEdges, RefusesGroupsThatAreNotOneForEachObservation) {
   for (const int count : {0, 3, 7, 9}) {
     SCOPED_TRACE(count);
     const NCIntegralVector<int, -99> groups(count, 0);
-    EXPECT_THROW(PLSCrossValidation(data.model.get(), 4, &groups), NCError);
-    EXPECT_THROW(PLSCrossValidation(data.model.get(), 0.0F, cumulated, 4, &groups), NCError);
+    const std::string text = "Cross validation: there are " + std::to_string(count) + " groups for 8 observations.";
+    EXPECT_EQ(MessageOf([&] { PLSCrossValidation(data.model.get(), 4, &groups); }), text);
+    EXPECT_EQ(MessageOf([&] { PLSCrossValidation(data.model.get(), 0.0F, cumulated, 4, &groups); }), text);
   }
   const NCIntegralVector<int, -99> groups(8, 0);
   EXPECT_NO_THROW(PLSCrossValidation(data.model.get(), 4, &groups));
@@ -220,10 +233,76 @@ TEST(PLSCrossValidationEdges, LeavesNothingOutInLessThanOneRound) {
   }
 }
 
+TEST(PLSCrossValidationEdges, JudgesNothingInLessThanOneRoundSoThatNoComponentPasses) {
+  for (const int rounds : {0, -1, std::numeric_limits<int>::min()}) {
+    SCOPED_TRACE(rounds);
+    CrossValidationCase data(6, 3, 2, 0.1);
+    data.AddComponent();
+    data.ssY(2, 0.0F);
+    PLSCrossValidation validation = ContinuedFrom(data, 0.5F, rounds, nullptr);
+    data.Validate(&validation);
+    EXPECT_EQ(validation.GetQ2Tot(), 0.0F);
+    EXPECT_EQ(validation.GetQ2TotCum(), 1.0F) << "as where no variance is left";
+    EXPECT_THAT(CellsOf(*validation.GetQ2YVar()), ElementsAre(0.0F, 0.0F));
+    EXPECT_THAT(CellsOf(*validation.GetQ2YVarCum()), ElementsAre(1.0F, 0.0F));
+  }
+}
+
 TEST(PLSCrossValidationEdges, HasNoRoundsForAModelWithoutObservations) {
   const NCDataMatrix<float> X(0, 3), Y(0, 2);
   NCPLS model(&X, &Y, 10);
-  EXPECT_EQ(PLSCrossValidation(&model, 7, nullptr).GetYPredResiduals()->SizeRows(), 0);
+  PLSCrossValidation validation(&model, 7, nullptr);
+  EXPECT_EQ(validation.GetYPredResiduals()->SizeRows(), 0);
+  const NCDataVector<float> w(3, 1.0F), ssY(2, 1.0F);
+  validation.NextComponent(&w, 10, ssY, nullptr, /*quiet=*/true);
+  EXPECT_EQ(validation.GetQ2Tot(), 0.0F);
+  EXPECT_THAT(CellsOf(*validation.GetQ2YVar()), Each(0.0F));
+  EXPECT_EQ(validation.GetWSet()->SizeRows(), 0);
+}
+
+TEST(PLSCrossValidationEdges, RefusesAModelThatHasBecomeAnotherOneOfAnotherSize) {
+  struct Other {
+    int rows, xVariables, yVariables;
+    const char* what;
+  };
+  const Other others[] = {{600, 3, 2, "600 observations, and had 6"}, {5, 3, 2, "5 observations, and had 6"},
+                          {6, 40, 2, "40 X variables, and had 3"},    {6, 2, 2, "2 X variables, and had 3"},
+                          {6, 3, 30, "30 Y variables, and had 2"},    {6, 3, 1, "1 Y variables, and had 2"}};
+  for (const Other& other : others) {
+    SCOPED_TRACE(other.what);
+    CrossValidationCase data(6, 3, 2, 0.1), another(other.rows, other.xVariables, other.yVariables, 0.1);
+    data.AddComponent();
+    another.AddComponent();
+    PLSCrossValidation validation(data.model.get(), 3, nullptr);
+    data.Validate(&validation);
+    const std::string before = Everything(validation);
+    std::istringstream stream(StreamOf(*another.model));
+    ASSERT_TRUE(stream >> *data.model);
+    const NCDataVector<float>& w = (*data.model->GetWprim())[1];
+    EXPECT_EQ(MessageOf([&] { validation.NextComponent(&w, 20, another.ssY, nullptr, /*quiet=*/true); }),
+              std::string("Cross validation: the model has ") + other.what + " when the validation was made.");
+    EXPECT_EQ(Everything(validation), before);
+  }
+}
+
+TEST(PLSCrossValidationEdges, RefusesVectorsThatHaveNotOneCellForEachVariable) {
+  CrossValidationCase data(6, 3, 2, 0.1);
+  data.AddComponent();
+  const NCDataVector<float> one(1, 0.5F), two(2, 0.5F), three(3, 0.5F), four(4, 0.5F);
+  const auto refusal = [&](const NCDataVector<float>& w, const NCDataVector<float>& ssY,
+                           const NCDataVector<float>& cumulated) {
+    return MessageOf([&] {
+      PLSCrossValidation validation(data.model.get(), 0.5F, cumulated, 3, nullptr);
+      validation.NextComponent(&w, 20, ssY, nullptr, /*quiet=*/true);
+    });
+  };
+  EXPECT_EQ(refusal(three, two, two), std::nullopt);
+  EXPECT_EQ(refusal(two, two, two), "Cross validation: w has 2 cells for 3 variables.");
+  EXPECT_EQ(refusal(four, two, two), "Cross validation: w has 4 cells for 3 variables.");
+  EXPECT_EQ(refusal(three, one, two), "Cross validation: ssY has 1 cells for 2 variables.");
+  EXPECT_EQ(refusal(three, three, two), "Cross validation: ssY has 3 cells for 2 variables.");
+  EXPECT_EQ(refusal(three, two, one), "Cross validation: q2YVarCum has 1 cells for 2 variables.");
+  EXPECT_EQ(refusal(three, two, three), "Cross validation: q2YVarCum has 3 cells for 2 variables.");
 }
 
 TEST(PLSCrossValidationEdges, PredictsNothingInASingleRoundThatLeavesAllOut) {
