@@ -1,11 +1,14 @@
 #include "kalmia/pcapls/ModelParts.h"
 
+#include <algorithm>
+
 namespace kalmia {
 
 bool PartsAgree(std::initializer_list<ModelPart> parts) {
-  for (const auto& [matrix, rows, columns] : parts)
-    if (matrix->SizeRows() > 0 && !(rows->Takes(matrix->SizeRows()) && columns->Takes(matrix->SizeColumns())))
-      return false;
+  for (const auto& [matrix, columns, rows] : parts) {
+    if (matrix->SizeRows() == 0) continue;
+    if (!columns->Takes(matrix->SizeColumns()) || (rows && !rows->Takes(matrix->SizeRows()))) return false;
+  }
   return true;
 }
 
@@ -13,8 +16,15 @@ bool HasRowsOf(const NCDataMatrix<float>& part, int cells) {
   return part.SizeRows() == 0 || part.SizeColumns() == cells;
 }
 
-NCDataMatrix<float> OrMissingRows(const NCDataMatrix<float>& part, int rows, int columns) {
-  return part.SizeRows() > 0 || rows == 0 ? part : NCDataMatrix<float>(rows, columns);
+bool HasAnyOf(std::initializer_list<const NCDataMatrix<float>*> parts) {
+  return std::any_of(parts.begin(), parts.end(), [](const auto* part) { return part->SizeRows() > 0; });
+}
+
+NCDataMatrix<float> FilledUpTo(int rows, int columns, const NCDataMatrix<float>& part) {
+  if (part.SizeRows() >= rows) return part;
+  NCDataMatrix<float> filled(rows, columns);
+  for (int a = 1; a <= part.SizeRows(); ++a) filled.SetRow(a, part[a]);
+  return filled;
 }
 
 }  // namespace kalmia

@@ -55,11 +55,18 @@ NCPCA::NCPCA(const NCDataMatrix<float>* X, const NCDataMatrix<float>* P, const N
 
 NCPCA::~NCPCA() = default;
 
+void NCPCA::RequireTableOfTheModel() const {
+  // Scores without cells are those of a table without rows, which is there then.
+  const bool isAbsent = !kalmia::HasAnyOf({&residuals_, &tprim_}) && kalmia::HasAnyOf({&pprim_});
+  if (isAbsent || !kalmia::HasRowsOf(pprim_, residuals_.SizeColumns()) ||
+      !kalmia::HasRowsOf(tprim_, residuals_.SizeRows()))
+    throw NCError("PCA: the table does not belong to the components of the model.");
+}
+
 bool NCPCA::NextComponent(NCProgress* progress, const NCIntegralVector<int, -99>* groups, int group,
                           const NCDataVector<float>* start) {
   ++components_;
-  if (!kalmia::HasRowsOf(pprim_, residuals_.SizeColumns()) || !kalmia::HasRowsOf(tprim_, residuals_.SizeRows()))
-    throw NCError("PCA: the table does not belong to the components of the model.");
+  RequireTableOfTheModel();
   Append(residuals_.SizeRows() == 1 ? OfOneRow() : Iterate({groups, group}, start, progress));
   return true;
 }
@@ -96,7 +103,7 @@ NCPCA::Component NCPCA::Iterate(const Excluded& excluded, const NCDataVector<flo
 void NCPCA::Append(const Component& component) {
   const int stored = std::max(pprim_.SizeRows(), tprim_.SizeRows());
   const auto longer = [this, stored](const NCDataMatrix<float>& rows, const NCDataVector<float>& newest) {
-    return kalmia::WithRow(kalmia::OrMissingRows(rows, stored, newest.Size()), components_, newest);
+    return kalmia::WithRow(kalmia::FilledUpTo(stored, newest.Size(), rows), components_, newest);
   };
   NCDataMatrix<float> pprim = longer(pprim_, component.p);
   NCDataMatrix<float> tprim = longer(tprim_, component.t);

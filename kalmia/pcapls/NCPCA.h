@@ -25,9 +25,9 @@ class NCPCA : public VexStreamBase {
   /// round always runs.
   NCPCA(const NCDataMatrix<float>* X, int maxIterations);
   /// Restores a model of as many components as P has rows, from the deflated X (N x K), P (A x K) and T (A x N), which
-  /// is not checked. It can be extended. Any of them may be absent, that is without rows: such a model is stored and
-  /// read like any other, has no residuals to calculate without P or T, and is extended if X is there; the part that
-  /// was absent then has missing rows for the components before.
+  /// is not checked. It can be extended. Any of them may be absent, that is without rows, or P or T lack rows: such a
+  /// model is stored and read like any other, has no residuals to calculate without P or T, and is extended if X is
+  /// there; the part that lacked rows then has missing ones for the components before.
   NCPCA(const NCDataMatrix<float>* X, const NCDataMatrix<float>* P, const NCDataMatrix<float>* T, int maxIterations);
   NCPCA(const NCPCA&) = delete;
   NCPCA& operator=(const NCPCA&) = delete;
@@ -47,8 +47,8 @@ class NCPCA : public VexStreamBase {
   /// Missing: holes leave every sum; a coefficient's denominator never falls below a third of the full sum of squares.
   /// Progress: `progress` may be null; the bar runs from -m to 0, with m = (log10 d + 10) * 10, and moves from the
   /// second round on. Without a caller's bar one is opened after the first round.
-  /// Throws: NCError where t and its predecessor have no cell in common or are no longer finite, where X does not have
-  /// the shape that P and T tell, and where the bar says stop; std::bad_alloc. T, P, X and GetIterations() are then as
+  /// Throws: NCError where t and its predecessor have no cell in common or are no longer finite, where X is absent or does
+  /// not have the shape that P and T tell, and where the bar says stop; std::bad_alloc. T, P, X and GetIterations() are then as
   /// before the call, but GetComponents() is one more than before: the model is to be discarded, or restored from its
   /// matrices.
   bool NextComponent(NCProgress* progress, const NCIntegralVector<int, -99>* groups, int group,
@@ -67,9 +67,9 @@ class NCPCA : public VexStreamBase {
   const NCDataMatrix<float>* GetTprim() const { return &tprim_; }          ///< A x N
   const NCDataMatrix<float>* GetResiduals() const { return &residuals_; }  ///< the working X, N x K
 
-  // Persistence: magic "NCPCA", version 2; version 1 is read. A stream that is cut, or whose matrices disagree in
-  // their sizes (one without rows agrees with any), is refused by a false read (version 1 may throw VexStreamError),
-  // and the model is then empty.
+  // Persistence: magic "NCPCA", version 2; version 1 is read. A stream that is cut, or whose matrices disagree in their
+  // numbers of observations or variables (one without rows agrees with any), is refused by a false read (version 1 may
+  // throw VexStreamError), and the model is then empty.
   class DerivedStreamableData : public VexStreamableData {
    public:
     using VexStreamableData::VexStreamableData;
@@ -92,6 +92,8 @@ class NCPCA : public VexStreamBase {
   struct Component;
   struct Excluded;
 
+  /// Throws NCError where X is absent, or has another shape than the components tell.
+  void RequireTableOfTheModel() const;
   Component OfOneRow() const;
   Component Iterate(const Excluded& excluded, const NCDataVector<float>* start, NCProgress* progress) const;
   void Append(const Component& component);  ///< all or nothing

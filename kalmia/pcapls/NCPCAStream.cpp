@@ -40,10 +40,8 @@ bool NCPCA::VexStreamableRead(std::istream& stream) {
 }
 
 bool NCPCA::ShapesAgree() const {
-  kalmia::CommonSize components, observations, variables;
-  return kalmia::PartsAgree({{&pprim_, &components, &variables},
-                             {&tprim_, &components, &observations},
-                             {&residuals_, &observations, &variables}});
+  kalmia::CommonSize observations, variables;
+  return kalmia::PartsAgree({{&pprim_, &variables}, {&tprim_, &observations}, {&residuals_, &variables, &observations}});
 }
 
 void NCPCA::Swap(NCPCA* other) {

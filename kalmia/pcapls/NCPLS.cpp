@@ -40,8 +40,12 @@ NCDataMatrix<float> AsMatrix(const NCDataVector<float>& column) {
   return matrix;
 }
 
-void RequireSameComponents(const NCDataMatrix<float>& W, const NCDataMatrix<float>& other) {
-  if (W.SizeRows() != other.SizeRows()) throw NCError("PLS: the model lacks weights or loadings of its components.");
+[[noreturn]] void RefuseComponents() { throw NCError("Weights and loadings are not of the same components."); }
+
+/// The first rows, all of which have to be there.
+NCDataMatrix<float> RowsUpTo(const NCDataMatrix<float>& matrix, int rows) {
+  if (rows < 0 || rows > matrix.SizeRows()) RefuseComponents();
+  return matrix.GetRowSubMatrix(1, rows);
 }
 
 /// The same cells with their missing ones counted anew.
@@ -132,7 +136,10 @@ void NCPLS::InitialiseResults() {
 
 void NCPLS::RequireTablesOfTheModel() const {
   const int observations = xResiduals_.SizeRows();
-  if (yResiduals_.SizeRows() != observations || !kalmia::HasRowsOf(tprim_, observations) ||
+  // Scores without cells are those of tables without rows, which are there then.
+  const bool areAbsent = observations == 0 && !kalmia::HasAnyOf({&tprim_, &uprim_}) &&
+                         kalmia::HasAnyOf({&pprim_, &wprim_, &cprim_});
+  if (areAbsent || yResiduals_.SizeRows() != observations || !kalmia::HasRowsOf(tprim_, observations) ||
       !kalmia::HasRowsOf(uprim_, observations) || !kalmia::HasRowsOf(pprim_, xResiduals_.SizeColumns()) ||
       !kalmia::HasRowsOf(wprim_, xResiduals_.SizeColumns()) || !kalmia::HasRowsOf(cprim_, yResiduals_.SizeColumns()))
     throw NCError("PLS: X, Y and the components of the model do not belong together.");
@@ -189,7 +196,7 @@ void NCPLS::Append(const Component& component) {
   const int stored = std::max({wprim_.SizeRows(), pprim_.SizeRows(), tprim_.SizeRows(), uprim_.SizeRows(),
                                cprim_.SizeRows()});
   const auto longer = [row, stored](const NCDataMatrix<float>& rows, const NCDataVector<float>& newest) {
-    return kalmia::WithRow(kalmia::OrMissingRows(rows, stored, newest.Size()), row, newest);
+    return kalmia::WithRow(kalmia::FilledUpTo(stored, newest.Size(), rows), row, newest);
   };
   NCDataMatrix<float> wprim = longer(wprim_, component.w);
   NCDataMatrix<float> pprim = longer(pprim_, component.p);
@@ -221,7 +228,7 @@ void NCPLS::CalculateResiduals() {
 }
 
 NCDataMatrix<float> NCPLS::GetWStarPrim(const NCDataMatrix<float>& W, const NCDataMatrix<float>& P) {
-  RequireSameComponents(W, P);
+  if (P.SizeRows() < W.SizeRows() - 1) RefuseComponents();
   NCDataMatrix<float> wStar = W;
   for (int a = 2; a <= W.SizeRows(); ++a) {
     NCDataVector<float> row = W[a];
@@ -235,21 +242,18 @@ NCDataMatrix<float> NCPLS::GetWStarPrim() const { return GetWStarPrim(wprim_, pp
 
 NCDataMatrix<float> NCPLS::GetRegressionCoefficients(const NCDataMatrix<float>& P, const NCDataMatrix<float>& W,
                                                      const NCDataMatrix<float>& C) {
-  RequireSameComponents(W, C);
+  if (W.SizeRows() != C.SizeRows()) RefuseComponents();
   return GetWStarPrim(W, P).MatrixMultiply(C, /*transposeThis=*/true, /*transposeOther=*/false);
 }
 
 NCDataMatrix<float> NCPLS::GetRegressionCoefficients(int components) const {
   if (components == -1 || components == pprim_.SizeRows()) return GetRegressionCoefficients(pprim_, wprim_, cprim_);
-  RequireSameComponents(wprim_, pprim_);
-  RequireSameComponents(wprim_, cprim_);
-  return GetRegressionCoefficients(pprim_.GetRowSubMatrix(1, components), wprim_.GetRowSubMatrix(1, components),
-                                   cprim_.GetRowSubMatrix(1, components));
+  return GetRegressionCoefficients(pprim_, RowsUpTo(wprim_, components), RowsUpTo(cprim_, components));
 }
 
 void NCPLS::FlipComponent(int component) {
   for (NCDataMatrix<float>* rows : {&cprim_, &pprim_, &wprim_, &uprim_, &tprim_})
-    if (rows->SizeRows() > 0) rows->MultiplyRow(component, -1.0F);
+    if (component >= 1 && component <= rows->SizeRows()) rows->MultiplyRow(component, -1.0F);
 }
 
 void NCPLS::ShuffleYResiduals(int* order) {

@@ -26,9 +26,9 @@ class NCPLS : public VexStreamBase {
   NCPLS(const NCDataMatrix<float>* X, const NCDataMatrix<float>* Y, int maxIterations);
   /// Restores a model of as many components as P has rows, from the deflated X and Y and the result matrices in the
   /// order C, P, W, U, T, whose shapes are not checked. It can be extended. Any of them may be absent, that is without
-  /// rows: such a model is stored and read like any other, and is extended if X and Y are there; the parts that were
-  /// absent then have missing rows for the components before. What has to read an absent part does nothing or throws
-  /// NCError.
+  /// rows, and the result matrices may lack rows: such a model is stored and read like any other, and is extended if X
+  /// and Y are there; the parts that lacked rows then have missing ones for the components before. What has to read a
+  /// row that is not there does nothing or throws NCError.
   NCPLS(const NCDataMatrix<float>* X, const NCDataMatrix<float>* Y, const NCDataMatrix<float>* C,
         const NCDataMatrix<float>* P, const NCDataMatrix<float>* W, const NCDataMatrix<float>* U,
         const NCDataMatrix<float>* T, int maxIterations);
@@ -47,8 +47,8 @@ class NCPLS : public VexStreamBase {
   /// Missing: holes leave every sum; a coefficient's denominator never falls below a third of the full sum of squares.
   /// Progress: `progress` may be null; unless `quiet`, the bar runs from -m to 0, with m = (log10 d + 10) * 10, and
   /// without a caller's bar one is opened. Only `strict` moves it after its range is set.
-  /// Throws: NCError of level 0 where X and Y have not the same number of rows, or not the shapes that the components
-  /// tell.
+  /// Throws: NCError of level 0 where X and Y are absent or have not the same number of rows, or not the shapes that
+  /// the components tell.
   /// Throws, only if `strict`: NCError of level 1 if X and u are as good as unrelated,
   ///   |w| |u| / |X| < 1e-6 / sqrt(K) for w not normalised yet, or not a normal number;
   /// of level 2 if the bar says stop, of level 0 if a stop was asked for by the end of the loop (a caller's bar is
@@ -63,20 +63,21 @@ class NCPLS : public VexStreamBase {
 
   /// W*, the weights that give the scores from the X before any component was taken out, T = X W*: row a is
   /// w_a - sum over j < a of (p_j' w_a) w*_j, which is W (P'W)^-1.
-  /// Shape: W and P A x K, result A x K; NCError where the numbers of rows differ, the columns are not checked.
+  /// Shape: W and P A x K, result A x K; the last row of P is not read and may be left out, more rows of P than of W
+  /// are not read either. NCError where P has fewer rows; the columns are not checked.
   /// Missing: a hole of w*_j makes the cell of later rows missing.
   static NCDataMatrix<float> GetWStarPrim(const NCDataMatrix<float>& W, const NCDataMatrix<float>& P);
   NCDataMatrix<float> GetWStarPrim() const;
 
   /// B = W* C', so that Y is estimated as X B in the scaled units: one row per X variable, one column per Y variable.
-  /// Throws NCError where P, W and C have not the same number of rows.
+  /// Throws NCError where W and C have not the same number of rows, or P has fewer than W*, see above.
   static NCDataMatrix<float> GetRegressionCoefficients(const NCDataMatrix<float>& P, const NCDataMatrix<float>& W,
                                                        const NCDataMatrix<float>& C);
-  /// Of the first `components` components; -1 for all. More than there are is not checked.
+  /// Of the first `components` components; -1 for all. NCError where the model has not so many weights w and c.
   NCDataMatrix<float> GetRegressionCoefficients(int components) const;
 
-  /// Turns the sign of a component, 1 to the number of rows (not checked): c, p, w, u and t times -1. The products
-  /// t p' and t c' stay as they are, and so do coefficients and residuals.
+  /// Turns the sign of a component, from 1: c, p, w, u and t times -1, as far as they are there. The products t p' and
+  /// t c' stay as they are, and so do coefficients and residuals.
   void FlipComponent(int component);
 
   /// Puts the rows of Y into another order, for a permutation test: row i becomes the old row order[i], i from 1 to N;
@@ -96,9 +97,9 @@ class NCPLS : public VexStreamBase {
   const NCDataMatrix<float>* GetXResiduals() const { return &xResiduals_; }  ///< the working X, N x K
   const NCDataMatrix<float>* GetYResiduals() const { return &yResiduals_; }  ///< the working Y, N x M
 
-  // Persistence: magic "NCPLS", version 2; version 1 is read. A stream that is cut, or whose matrices disagree in shape
-  // (one without rows agrees with any), makes the read fail and leaves an empty model; damage within a matrix of a
-  // version 1 stream may also throw VexStreamError, with an empty model too.
+  // Persistence: magic "NCPLS", version 2; version 1 is read. A stream that is cut, or whose matrices disagree in their
+  // numbers of observations or variables (one without rows agrees with any), makes the read fail and leaves an empty
+  // model; damage within a matrix of a version 1 stream may also throw VexStreamError, with an empty model too.
   class DerivedStreamableData : public VexStreamableData {
    public:
     using VexStreamableData::VexStreamableData;
@@ -122,6 +123,7 @@ class NCPLS : public VexStreamBase {
   struct Component;
   class RoundsBar;
 
+  /// Throws NCError where X and Y are absent, or have other shapes than the components tell.
   void RequireTablesOfTheModel() const;
   void InitialiseResults();                        ///< five result matrices without rows
   NCDataVector<float> StartOfU(const NCDataVector<float>* start) const;

@@ -43,14 +43,14 @@ bool NCPLS::VexStreamableRead(std::istream& stream) {
 }
 
 bool NCPLS::ShapesAgree() const {
-  kalmia::CommonSize components, observations, xVariables, yVariables;
-  return kalmia::PartsAgree({{&cprim_, &components, &yVariables},
-                             {&pprim_, &components, &xVariables},
-                             {&wprim_, &components, &xVariables},
-                             {&uprim_, &components, &observations},
-                             {&tprim_, &components, &observations},
-                             {&xResiduals_, &observations, &xVariables},
-                             {&yResiduals_, &observations, &yVariables}});
+  kalmia::CommonSize observations, xVariables, yVariables;
+  return kalmia::PartsAgree({{&cprim_, &yVariables},
+                             {&pprim_, &xVariables},
+                             {&wprim_, &xVariables},
+                             {&uprim_, &observations},
+                             {&tprim_, &observations},
+                             {&xResiduals_, &xVariables, &observations},
+                             {&yResiduals_, &yVariables, &observations}});
 }
 
 void NCPLS::Swap(NCPLS* other) {

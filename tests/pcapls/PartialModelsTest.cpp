@@ -1,6 +1,8 @@
-// Models that were restored from some of their matrices only: they are stored, read, and asked for everything.
+// Models that were restored from some of their matrices, or some of their rows: they are stored, read, and asked for
+// everything.
 #include <gtest/gtest.h>
 
+#include <limits>
 #include <memory>
 #include <sstream>
 #include <string>
@@ -13,6 +15,7 @@
 #include "kalmia/pcapls/PCACrossValidation.h"
 #include "kalmia/pcapls/PLSCrossValidation.h"
 #include "kalmia/support/NCError.h"
+#include "testing/MessageOf.h"
 #include "testing/RandomTables.h"
 #include "testing/StreamAttacks.h"
 
@@ -29,10 +32,12 @@ std::vector<std::vector<std::vector<float>>> CellsOfEach(const std::vector<const
   return cells;
 }
 
-/// The parts without those whose bit is set, which keep no columns or, `wide`, some.
-Parts Without(Parts parts, unsigned absent, bool wide) {
+constexpr int kItsOwn = -1;
+
+/// The parts without those whose bit is set, which keep this many columns.
+Parts Without(Parts parts, unsigned absent, int columns) {
   for (std::size_t i = 0; i < parts.size(); ++i)
-    if (absent >> i & 1U) parts[i] = wide ? Matrix(0, 9) : Matrix();
+    if (absent >> i & 1U) parts[i] = Matrix(0, columns == kItsOwn ? parts[i].SizeColumns() : columns);
   return parts;
 }
 
@@ -40,9 +45,9 @@ Parts Without(Parts parts, unsigned absent, bool wide) {
 template <class Test>
 void ForEachSubset(const Parts& whole, const Test& test) {
   for (unsigned absent = 0; absent < 1U << whole.size(); ++absent)
-    for (const bool wide : {false, true}) {
-      SCOPED_TRACE("absent " + std::to_string(absent) + (wide ? " with columns" : ""));
-      test(absent, Without(whole, absent, wide));
+    for (const int columns : {0, 9, kItsOwn}) {
+      SCOPED_TRACE("absent " + std::to_string(absent) + " with columns " + std::to_string(columns));
+      test(absent, Without(whole, absent, columns));
     }
 }
 
@@ -55,6 +60,14 @@ bool Throws(const Call& call) {
   }
   return false;
 }
+
+/// `table` without t p', t and p being the rows `component` of the two matrices.
+Matrix Deflated(Matrix table, const Matrix& T, const Matrix& P, int component) {
+  table.AddVprimV(T[component], P[component], -1.0F);
+  return table;
+}
+
+Matrix FirstRows(const Matrix& matrix, int rows) { return matrix.GetRowSubMatrix(1, rows); }
 
 template <class Model>
 std::unique_ptr<Model> ReadBack(const Model& written) {
@@ -101,15 +114,43 @@ TEST(PartialPLS, IsReadBackWhicheverPartsAreAbsent) {
 TEST(PartialPLS, GivesCoefficientsWithWeightsAndBothLoadingsAndRefusesThemOtherwise) {
   ForEachSubset(PartsOfAPls(), [](unsigned absent, const Parts& parts) {
     const auto model = ReadBack(*RestoredPls(parts));
-    const bool hasNone = (absent & kW) && (absent & kP);
-    EXPECT_EQ(Throws([&] { model->GetWStarPrim(); }), !hasNone && (absent & (kW | kP)));
-    const bool hasNoneOfC = hasNone && (absent & kC);
-    const bool isRefused = !hasNoneOfC && (absent & (kW | kP | kC));
+    EXPECT_EQ(Throws([&] { model->GetWStarPrim(); }), !(absent & kW) && (absent & kP)) << "without W there is no W*";
+    const bool hasNone = (absent & kW) && (absent & kC);
+    const bool isRefused = !hasNone && (absent & (kW | kP | kC));
     EXPECT_EQ(Throws([&] { model->GetRegressionCoefficients(-1); }), isRefused);
     if (!isRefused) return;
-    EXPECT_THROW(model->GetRegressionCoefficients(1), NCError);
     EXPECT_THROW(model->GetRegressionCoefficients(2), NCError);
+    EXPECT_EQ(Throws([&] { model->GetRegressionCoefficients(1); }), (absent & (kW | kC)) != 0) << "reads no row of P";
   });
+}
+
+TEST(PartialPLS, GivesWeightsOfTheColumnsOfWWhereWHasNoRows) {
+  const Matrix W(0, 4), P = RandomMatrix<float>(2, 4, 0.0, 1), C(0, 2);
+  EXPECT_EQ(NCPLS::GetWStarPrim(W, P).SizeRows(), 0);
+  EXPECT_EQ(NCPLS::GetWStarPrim(W, P).SizeColumns(), 4);
+  const Matrix B = NCPLS::GetRegressionCoefficients(P, W, C);
+  EXPECT_EQ(CellsOf(B), CellsOf(Matrix(4, 2, 0.0F)));
+}
+
+TEST(PartialPLS, ReadsTheRowsOfPBelowTheLastOfWForItsWeights) {
+  const Matrix W = RandomMatrix<float>(3, 4, 0.0, 1), P = RandomMatrix<float>(4, 4, 0.0, 2);
+  const Matrix C = RandomMatrix<float>(3, 2, 0.0, 3);
+  const auto wStar = CellsOf(NCPLS::GetWStarPrim(W, FirstRows(P, 3)));
+  const auto coefficients = CellsOf(NCPLS::GetRegressionCoefficients(FirstRows(P, 3), W, C));
+  for (const int rows : {2, 4}) {
+    EXPECT_EQ(CellsOf(NCPLS::GetWStarPrim(W, FirstRows(P, rows))), wStar);
+    EXPECT_EQ(CellsOf(NCPLS::GetRegressionCoefficients(FirstRows(P, rows), W, C)), coefficients);
+  }
+  const std::string text = "Weights and loadings are not of the same components.";
+  for (const int rows : {0, 1}) EXPECT_EQ(MessageOf([&] { NCPLS::GetWStarPrim(W, FirstRows(P, rows)); }), text);
+  for (const int rows : {0, 2})
+    EXPECT_EQ(MessageOf([&] { NCPLS::GetRegressionCoefficients(P, W, FirstRows(C, rows)); }), text);
+}
+
+TEST(PartialPLS, RefusesCoefficientsOfMoreOrFewerComponentsThanItMayHave) {
+  const auto model = RestoredPls(PartsOfAPls());
+  for (const int components : {3, 1000, -2, std::numeric_limits<int>::min()})
+    EXPECT_THROW(model->GetRegressionCoefficients(components), NCError) << components;
 }
 
 TEST(PartialPLS, PredictsWithWeightsAndBothLoadingsAndRefusesToOtherwise) {
@@ -152,12 +193,21 @@ TEST(PartialPLS, IsExtendedWhereXAndYAreThereAndReadBackAgain) {
       const auto before = CellsOfEach(PartsOf(*model));
       const int components = model->GetComponents();
       model->CalculateResiduals();  // again, or where a part is lacking not at all
+      const bool isNewestThere = components == 2 && !(absent & (kC | kT));
+      const Matrix X = isNewestThere && !(absent & kX) ? Deflated(parts[0], parts[6], parts[3], 2) : parts[0];
+      const Matrix Y = isNewestThere && !(absent & kY) ? Deflated(parts[1], parts[6], parts[2], 2) : parts[1];
+      EXPECT_EQ(CellsOf(*model->GetXResiduals()), CellsOf(X));
+      EXPECT_EQ(CellsOf(*model->GetYResiduals()), CellsOf(Y));
       model = RestoredPls(parts);
       if (isRead) model = ReadBack(*model);
       const auto next = [&] { model->NextComponent(nullptr, nullptr, /*quiet=*/true, /*strict=*/false); };
       if (absent & (kX | kY)) {
         EXPECT_EQ(Throws(next), absent != kAll);
-        EXPECT_TRUE(absent == kAll || CellsOfEach(PartsOf(*model)) == before);
+        if (absent == kAll)
+          for (std::size_t i = 0; i < parts.size(); ++i) EXPECT_EQ(PartsOf(*model)[i]->SizeRows(), i < 2 ? 0 : 1) << i;
+        else
+          EXPECT_EQ(CellsOfEach(PartsOf(*model)), before);
+        EXPECT_EQ(model->GetComponents(), absent == kAll ? 1 : components);
         continue;
       }
       next();
@@ -190,6 +240,53 @@ TEST(PartialPLS, IsNotCrossValidatedWithOneTableAlone) {
     EXPECT_EQ(Throws(validate), tables == kX || tables == kY);
     EXPECT_EQ(validation.GetWSet()->SizeRows(), tables == 0 ? 3 : 0);
   });
+}
+
+// A result matrix of which a row is lacking: U, T, W, C or P of the first component alone.
+
+Parts WithoutSecondRowOf(Parts parts, std::size_t part) {
+  parts[part] = FirstRows(parts[part], 1);
+  return parts;
+}
+
+TEST(PartialPLS, IsReadBackWhicheverPartLacksARow) {
+  for (std::size_t part = 2; part < 7; ++part) {
+    SCOPED_TRACE(part);
+    const auto written = RestoredPls(WithoutSecondRowOf(PartsOfAPls(), part));
+    EXPECT_EQ(CellsOfEach(PartsOf(*ReadBack(*written))), CellsOfEach(PartsOf(*written)));
+  }
+}
+
+TEST(PartialPLS, TurnsTheRowsThatAreThere) {
+  for (std::size_t part = 2; part < 7; ++part) {
+    SCOPED_TRACE(part);
+    const Parts parts = WithoutSecondRowOf(PartsOfAPls(), part);
+    const auto model = ReadBack(*RestoredPls(parts));
+    for (const int beyond : {3, 0, -1}) model->FlipComponent(beyond);
+    EXPECT_EQ(CellsOfEach(PartsOf(*model)), CellsOfEach(PartsOf(*RestoredPls(parts))));
+    model->FlipComponent(2);
+    for (std::size_t i = 2; i < 7; ++i) {
+      Matrix turned = parts[i];
+      if (i != part) turned.MultiplyRow(2, -1.0F);
+      EXPECT_EQ(CellsOf(*PartsOf(*model)[i]), CellsOf(turned)) << i;
+    }
+  }
+}
+
+TEST(PartialPLS, IsExtendedBehindMissingRowsWhereAPartLacksOne) {
+  const Parts whole = PartsOfAPls();
+  const auto complete = RestoredPls(whole);
+  complete->NextComponent(nullptr, nullptr, /*quiet=*/true, /*strict=*/true);
+  for (const std::size_t part : {2U, 4U, 5U, 6U}) {  // P tells the number of components
+    SCOPED_TRACE(part);
+    const auto model = RestoredPls(WithoutSecondRowOf(whole, part));
+    model->NextComponent(nullptr, nullptr, /*quiet=*/true, /*strict=*/true);
+    for (std::size_t i = 2; i < 7; ++i) {
+      Matrix expected = *PartsOf(*complete)[i];
+      if (i == part) expected.SetRow(2, kHole<float>);
+      EXPECT_EQ(CellsOf(*PartsOf(*model)[i]), CellsOf(expected)) << i;
+    }
+  }
 }
 
 // ---- PCA: X, P, T
@@ -229,13 +326,22 @@ TEST(PartialPCA, IsExtendedWhereXIsThereAndReadBackAgain) {
       SCOPED_TRACE(isRead);
       auto model = RestoredPca(parts);
       if (isRead) model = ReadBack(*model);
+      const int components = model->GetComponents();
+      const auto before = CellsOfEach(PartsOf(*model));
       model->CalculateResiduals();  // again, or where a part is lacking not at all
+      const bool isThere = components == 2 && !(absent & 4U) && !(absent & 1U);
+      EXPECT_EQ(CellsOf(*model->GetResiduals()),
+                CellsOf(isThere ? Deflated(parts[0], parts[2], parts[1], 2) : parts[0]));
       model = RestoredPca(parts);
       if (isRead) model = ReadBack(*model);
-      const int components = model->GetComponents();
       const auto next = [&] { model->NextComponent(nullptr, nullptr, 0, nullptr); };
       if (absent & 1U) {
         EXPECT_EQ(Throws(next), absent != 7U);
+        if (absent == 7U)
+          for (std::size_t i = 0; i < parts.size(); ++i) EXPECT_EQ(PartsOf(*model)[i]->SizeRows(), i < 1 ? 0 : 1) << i;
+        else
+          EXPECT_EQ(CellsOfEach(PartsOf(*model)), before);
+        EXPECT_EQ(model->GetComponents(), components + 1) << "counts the one that failed too";
         continue;
       }
       next();
@@ -249,6 +355,24 @@ TEST(PartialPCA, IsExtendedWhereXIsThereAndReadBackAgain) {
       ReadBack(*model);
     }
   });
+}
+
+TEST(PartialPCA, IsReadBackAndExtendedBehindMissingRowsWhereAPartLacksOne) {
+  const Parts whole = PartsOfAPca();
+  const auto complete = RestoredPca(whole);
+  complete->NextComponent(nullptr, nullptr, 0, nullptr);
+  for (const std::size_t part : {1U, 2U}) {
+    const auto written = RestoredPca(WithoutSecondRowOf(whole, part));
+    EXPECT_EQ(CellsOfEach(PartsOf(*ReadBack(*written))), CellsOfEach(PartsOf(*written)));
+  }
+  const auto model = RestoredPca(WithoutSecondRowOf(whole, 2));
+  model->CalculateResiduals();
+  EXPECT_EQ(CellsOf(*model->GetResiduals()), CellsOf(whole[0])) << "the component has no scores";
+  model->NextComponent(nullptr, nullptr, 0, nullptr);
+  Matrix T = *complete->GetTprim();
+  T.SetRow(2, kHole<float>);
+  EXPECT_EQ(CellsOf(*model->GetTprim()), CellsOf(T));
+  EXPECT_EQ(CellsOf(*model->GetPprim()), CellsOf(*complete->GetPprim()));
 }
 
 TEST(PartialPCA, PredictsFromItsLoadingsAndIsCrossValidatedWithBothParts) {
