@@ -6,6 +6,7 @@
 #include "kalmia/kernels/FilterPasses.h"
 #include "kalmia/kernels/ScoresInTurn.h"
 #include "kalmia/opls/DeepCopy.h"
+#include "kalmia/opls/OPLSBlocks.h"
 #include "kalmia/opls/OPLSProgress.h"
 #include "kalmia/pcapls/ComponentRows.h"
 #include "kalmia/pcapls/NCPCA.h"
@@ -36,6 +37,11 @@ bool IsUnrelated(const NCDataVector<float>& c, const NCDataVector<float>& t, con
   return kSmallestRelation / std::sqrt(static_cast<double>(Y.SizeColumns())) > relation;
 }
 
+/// `scores` has a row for each component.
+void RequireComponent(int component, const NCDataMatrix<float>& scores) {
+  if (component < 1 || component > scores.SizeRows()) throw NCError("OPLS: the model has no such component.");
+}
+
 /// The size of the block that was asked for, as Y allows it; 0 or less stays.
 int CutToY(int predictiveComponents, const NCDataMatrix<float>& Y) {
   return predictiveComponents > 0 ? std::min({predictiveComponents, Y.SizeRows(), Y.SizeColumns()})
@@ -59,6 +65,7 @@ NCOPLS::NCOPLS(const NCDataMatrix<float>* X, const NCDataMatrix<float>* Y, const
                const NCDataMatrix<float>* WO, const NCDataMatrix<float>* PO, const NCDataMatrix<float>* CO,
                int predictiveComponents, int maxIterations)
     : NCOPLS(X, Y, W->empty() ? predictiveComponents : W->front().SizeRows(), maxIterations) {
+  kalmia::RequireWholeBlocks({W, P, C, WO, PO, CO}, X->SizeColumns(), Y->SizeColumns());
   wMatrices_ = kalmia::DeepCopy(*W);
   pMatrices_ = kalmia::DeepCopy(*P);
   cMatrices_ = kalmia::DeepCopy(*C);
@@ -181,7 +188,7 @@ NCDataVector<float> NCOPLS::DirectionOf(const NCDataMatrix<float>& rows) const {
 }
 
 void NCOPLS::CatchUp() {
-  const int orthogonal = std::min(woprim_.SizeRows(), static_cast<int>(wMatrices_.size()) - 1);
+  const int orthogonal = woprim_.SizeRows();
   for (int o = 1; o <= orthogonal; ++o) {
     const auto block = static_cast<std::size_t>(o - 1);
     const NCDataMatrix<float>& W = wMatrices_[block];
@@ -198,10 +205,12 @@ void NCOPLS::CatchUp() {
 }
 
 void NCOPLS::NegateOComp(int component) {
+  RequireComponent(component, toprim_);
   for (NCDataMatrix<float>* matrix : {&woprim_, &poprim_, &coprim_, &toprim_}) matrix->MultiplyRow(component, -1.0F);
 }
 
 void NCOPLS::NegatePredictiveComp(int component) {
+  RequireComponent(component, tprim_);
   for (NCDataMatrix<float>* matrix : {&wMatrices_.back(), &pMatrices_.back(), &cMatrices_.back(), &tprim_, &tFilter_})
     matrix->MultiplyRow(component, -1.0F);
 }

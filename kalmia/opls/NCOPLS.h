@@ -34,8 +34,9 @@ class NCOPLS {
   NCOPLS(const NCDataMatrix<float>* X, const NCDataMatrix<float>* Y, int predictiveComponents, int maxIterations);
   /// Rebuilds a model from its blocks W, P and C (one per number of orthogonal components, from 0) and its orthogonal
   /// WO, PO and CO (O x ...) on X and Y, by replaying the filter. The size of the block is that of the first W. U is
-  /// not rebuilt; NextComponent goes on with orthogonal component O + 1. The numbers of rows are checked as above,
-  /// the shapes of the other matrices are not.
+  /// not rebuilt; NextComponent goes on with orthogonal component O + 1. Throws NCError, beside the above, where there
+  /// are fewer than O + 1 blocks, P or C of a block has fewer rows than its W, or PO or CO than WO, or a matrix that has
+  /// rows is not as wide as X or Y. Of W, P, C, WO, PO and CO all may be empty: the model is then a new one.
   NCOPLS(const NCDataMatrix<float>* X, const NCDataMatrix<float>* Y, const std::vector<NCDataMatrix<float>>* W,
          const std::vector<NCDataMatrix<float>>* P, const std::vector<NCDataMatrix<float>>* C,
          const NCDataMatrix<float>* WO, const NCDataMatrix<float>* PO, const NCDataMatrix<float>* CO,
@@ -50,9 +51,10 @@ class NCOPLS {
   /// NCPCA::NextComponent throws. The model is then to be discarded: an orthogonal component may have no block.
   void NextComponent(NCProgress* progress);
 
-  /// Turns an orthogonal component (from 1, not checked); its Y scores stay as they are.
+  /// Turns an orthogonal component, from 1; its Y scores stay as they are. Throws NCError without such a component.
   void NegateOComp(int component);
-  /// Turns a component of the last predictive block (from 1, not checked); its Y scores stay as they are.
+  /// Turns a component of the last predictive block, from 1; its Y scores stay as they are. Throws NCError without such
+  /// a component: always before the first NextComponent.
   void NegatePredictiveComp(int component);
 
   // The last block; not before the first NextComponent.

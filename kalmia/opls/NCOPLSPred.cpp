@@ -4,17 +4,20 @@
 
 #include "kalmia/kernels/ScoresInTurn.h"
 #include "kalmia/opls/DeepCopy.h"
+#include "kalmia/opls/OPLSBlocks.h"
 #include "kalmia/pcapls/ComponentRows.h"
 #include "kalmia/support/NCError.h"
 
 namespace {
 
-using Blocks = std::vector<NCDataMatrix<float>>;
-
-/// A model has no blocks before its first component.
-int SizeYColumns(const Blocks& W, const Blocks& P, const Blocks& C) {
-  if (W.empty() || P.empty() || C.empty()) throw NCError("OPLS prediction: the model has no components.");
-  return C.front().SizeColumns();
+/// The variables of Y, of a model whose matrices belong to X. A model has no blocks before its first component.
+int SizeYColumns(const NCDataMatrix<float>& X, const kalmia::OPLSBlocks& blocks) {
+  if (blocks.W->empty() || blocks.P->empty() || blocks.C->empty())
+    throw NCError("OPLS prediction: the model has no components.");
+  const int yColumns = blocks.C->front().SizeColumns();
+  const int xColumns = X.SizeRows() > 0 ? X.SizeColumns() : blocks.W->front().SizeColumns();
+  kalmia::RequireWholeBlocks(blocks, xColumns, yColumns);
+  return yColumns;
 }
 
 }  // namespace
@@ -27,7 +30,7 @@ NCOPLSPred::NCOPLSPred(const NCDataMatrix<float>* X, const std::vector<NCDataMat
                        const std::vector<NCDataMatrix<float>>* P, const std::vector<NCDataMatrix<float>>* C,
                        const NCDataMatrix<float>* WO, const NCDataMatrix<float>* PO, const NCDataMatrix<float>* CO)
     : xOrthoResiduals_(kalmia::DeepCopy(*X)),
-      yPred_(X->SizeRows(), SizeYColumns(*W, *P, *C), 0.0F),
+      yPred_(X->SizeRows(), SizeYColumns(*X, {W, P, C, WO, PO, CO}), 0.0F),
       wMatrices_(kalmia::DeepCopy(*W)),
       pMatrices_(kalmia::DeepCopy(*P)),
       cMatrices_(kalmia::DeepCopy(*C)),

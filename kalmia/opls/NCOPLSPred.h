@@ -13,9 +13,10 @@
 /// are deep.
 class NCOPLSPred {
  public:
-  /// X (n x K), scaled as the model's.
+  /// X (n x K), scaled as the model's. Its width is checked, as are the matrices of a model that was stopped.
   NCOPLSPred(const NCDataMatrix<float>* X, NCOPLS* model);
-  /// The same from a model's matrices, see NCOPLS. Shapes are not checked.
+  /// The same from a model's matrices, see NCOPLS. Throws NCError where they do not belong to X and to each other, as
+  /// the constructor of NCOPLS that rebuilds a model does; without rows X has any width.
   NCOPLSPred(const NCDataMatrix<float>* X, const std::vector<NCDataMatrix<float>>* W,
              const std::vector<NCDataMatrix<float>>* P, const std::vector<NCDataMatrix<float>>* C,
              const NCDataMatrix<float>* WO, const NCDataMatrix<float>* PO, const NCDataMatrix<float>* CO);

@@ -1,13 +1,17 @@
 // Sizes of the block, passes for holes, turned components, models rebuilt from their matrices.
 #include <gtest/gtest.h>
 
+#include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
 #include "OplsCase.h"
 #include "kalmia/opls/NCOPLS.h"
+#include "kalmia/opls/NCOPLSPred.h"
 #include "kalmia/support/NCError.h"
+#include "testing/MessageOf.h"
 #include "testing/RandomTables.h"
 #include "testing/RecordingProgress.h"
 #include "testing/StreamAttacks.h"
@@ -228,6 +232,113 @@ TEST_P(NCOPLSRebuilt, GoesOnAsTheUninterruptedModelToTheBit) {
       EXPECT_EQ(StreamOf(*(rebuilt.*get)()), StreamOf(*(model.*get)()));
     EXPECT_EQ(StreamOf(rebuilt.GetXResiduals()), StreamOf(model.GetXResiduals()));
   }
+}
+
+// ---- matrices that are not those of a model
+
+/// What a model is rebuilt from, and predicts with.
+struct Matrices {
+  explicit Matrices(const NCOPLS& model)
+      : W(*model.GetWMatrices()),
+        P(*model.GetPMatrices()),
+        C(*model.GetCMatrices()),
+        WO(*model.GetWOprim()),
+        PO(*model.GetPOprim()),
+        CO(*model.GetCOprim()) {}
+
+  std::vector<NCDataMatrix<float>> W, P, C;
+  NCDataMatrix<float> WO, PO, CO;
+};
+
+constexpr const char* kNoBlock = "OPLS: the model has not a block after each of its orthogonal components.";
+constexpr const char* kNoMatch = "OPLS: weights, loadings and tables of the model do not belong together.";
+
+struct Lack {
+  const char* what;
+  std::function<void(Matrices*)> make;
+  const char* text;
+};
+
+void CutLastRow(NCDataMatrix<float>* matrix) { *matrix = matrix->GetRowSubMatrix(1, matrix->SizeRows() - 1); }
+NCDataMatrix<float> Wider(NCDataMatrix<float> matrix) {
+  matrix.InsertColumn(1, NCDataVector<float>(matrix.SizeRows(), 1.0F));
+  return matrix;
+}
+
+const Lack kLacks[] = {
+    {"a block of W", [](Matrices* m) { m->W.pop_back(); }, kNoBlock},
+    {"a block of P", [](Matrices* m) { m->P.pop_back(); }, kNoBlock},
+    {"a block of C", [](Matrices* m) { m->C.pop_back(); }, kNoBlock},
+    {"a row of the first P", [](Matrices* m) { CutLastRow(&m->P.front()); }, kNoMatch},
+    {"a row of the last C", [](Matrices* m) { CutLastRow(&m->C.back()); }, kNoMatch},
+    {"a row of PO", [](Matrices* m) { CutLastRow(&m->PO); }, kNoMatch},
+    {"a row of CO", [](Matrices* m) { CutLastRow(&m->CO); }, kNoMatch},
+    {"the width of the second W", [](Matrices* m) { m->W[1] = Wider(m->W[1]); }, kNoMatch},
+    {"the width of the last P", [](Matrices* m) { m->P.back() = Wider(m->P.back()); }, kNoMatch},
+    {"the width of the last C", [](Matrices* m) { m->C.back() = Wider(m->C.back()); }, kNoMatch},
+    {"the width of WO", [](Matrices* m) { m->WO = Wider(m->WO); }, kNoMatch},
+    {"the width of PO", [](Matrices* m) { m->PO = Wider(m->PO); }, kNoMatch},
+    {"the width of CO", [](Matrices* m) { m->CO = Wider(m->CO); }, kNoMatch}};
+
+TEST(NCOPLSOfMatrices, IsRefusedWhereTheyLackWhatTheFilterReads) {
+  const Tables tables = RelatedTables(24, 9, 3, 0.1, 5);
+  const Matrices whole(FittedOpls(tables, 2, 2));
+  const auto rebuild = [&](const Matrices& m) {
+    NCOPLS(&tables.X, &tables.Y, &m.W, &m.P, &m.C, &m.WO, &m.PO, &m.CO, 2, 200);
+  };
+  const auto predict = [&](const Matrices& m) { NCOPLSPred(&tables.X, &m.W, &m.P, &m.C, &m.WO, &m.PO, &m.CO); };
+  EXPECT_EQ(MessageOf([&] { rebuild(whole); }), std::nullopt);
+  EXPECT_EQ(MessageOf([&] { predict(whole); }), std::nullopt);
+  for (const Lack& lack : kLacks) {
+    SCOPED_TRACE(lack.what);
+    Matrices matrices = whole;
+    lack.make(&matrices);
+    EXPECT_EQ(MessageOf([&] { rebuild(matrices); }), lack.text);
+    EXPECT_EQ(MessageOf([&] { predict(matrices); }), lack.text);
+  }
+}
+
+TEST(NCOPLSOfMatrices, IsRefusedWithABlockOfWAlone) {
+  const Tables tables = RelatedTables(24, 9, 3, 0.1, 5);
+  const Matrices whole(FittedOpls(tables, 2, 0));
+  const std::vector<NCDataMatrix<float>> none;
+  EXPECT_EQ(MessageOf([&] {
+              NCOPLS(&tables.X, &tables.Y, &whole.W, &none, &whole.C, &whole.WO, &whole.PO, &whole.CO, 2, 200);
+            }),
+            kNoBlock);
+}
+
+TEST(NCOPLSOfMatrices, PredictsRowsOfTheModelsWidthAlone) {
+  const Tables tables = RelatedTables(24, 9, 3, 0.1, 5);
+  NCOPLS model = FittedOpls(tables, 2, 1);
+  for (const int columns : {0, 8, 10}) {
+    const NCDataMatrix<float> X(3, columns, 1.0F), none(0, columns);
+    EXPECT_EQ(MessageOf([&] { NCOPLSPred(&X, &model); }), kNoMatch);
+    EXPECT_EQ(NCOPLSPred(&none, &model).GetYPred()->SizeRows(), 0);
+  }
+}
+
+TEST(NCOPLSStopped, DoesNotPredictWithAComponentThatHasNoBlock) {
+  const Tables tables = RelatedTables(24, 9, 3, 0.1, 5);
+  NCOPLS model = FittedOpls(tables, 2, 0);
+  ProgressLog log;
+  log.stopAt = 3;  // the range for the block, after the component itself
+  const std::unique_ptr<NCProgress> bar = RecordingBar(&log);
+  EXPECT_THROW(model.NextComponent(bar.get()), NCError);
+  ASSERT_EQ(model.SizeOrthogonalComponents(), 1);
+  ASSERT_EQ(model.GetWMatrices()->size(), 1U);
+  EXPECT_EQ(MessageOf([&] { NCOPLSPred(&tables.X, &model); }), kNoBlock);
+}
+
+TEST_F(NCOPLSTurned, IsRefusedOfAComponentThatIsNotThere) {
+  const std::string text = "OPLS: the model has no such component.";
+  NCOPLS model(&tables_.X, &tables_.Y, 2, 100);
+  EXPECT_EQ(MessageOf([&] { model.NegatePredictiveComp(1); }), text) << "before the first component";
+  model = FittedOpls(tables_, 2, 1);
+  const std::string before = Everything(model);
+  for (const int component : {-1, 0, 3}) EXPECT_EQ(MessageOf([&] { model.NegatePredictiveComp(component); }), text);
+  for (const int component : {-1, 0, 2}) EXPECT_EQ(MessageOf([&] { model.NegateOComp(component); }), text);
+  EXPECT_EQ(Everything(model), before);
 }
 
 TEST(NCOPLSRebuiltFromNothing, IsANewModelWithTheSizeOfItsArgument) {
