@@ -93,7 +93,6 @@ float Reconstruction(const NCPLS& model, int components, int i, int j) {
 
 /// X with its holes filled; X itself is not changed.
 NCDataMatrix<float> Completed(const NCDataMatrix<float>& X, const NCDataMatrix<float>& Y) {
-  if (X.SizeRows() != Y.SizeRows()) throw NCError("The two tables have not the same number of rows.");
   NCPLS model(&X, &Y, kMaxIterations);
   const int components = ExtractComponents(&model);
   NCDataMatrix<float> completed = X;
@@ -108,6 +107,7 @@ NCDataMatrix<float> Completed(const NCDataMatrix<float>& X, const NCDataMatrix<f
 }  // namespace
 
 void PLSMissingValueEstimator(NCDataMatrix<float>& X, NCDataMatrix<float>& Y, bool both) {
+  if (X.SizeRows() != Y.SizeRows()) throw NCError("The two tables have not the same number of rows.");
   if (X.GetNumMisVal() > 0) X = Completed(X, Y);
   if (both) PLSMissingValueEstimator(Y, X, /*both=*/false);
 }

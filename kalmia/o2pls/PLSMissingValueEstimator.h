@@ -14,11 +14,11 @@
 /// count. With A = 0 the cells become 0, the mean of scaled data; so does a cell whose row has no score or whose column
 /// has no loading.
 ///
-/// Shape: X N x K, Y N x M, scaled already, which is not checked. N is at least 2 to fit anything.
+/// Shape: X N x K, Y N x M, scaled already; N is checked, the scaling is not. N is at least 2 to fit anything.
 /// Progress: each component and each cross-validation opens a bar of its own (NCProgress::SetSinkFactory).
-/// Throws: NCError where holes are to be filled from a table of another number of rows; of level 1 if not even a first
-/// component can be computed, of level 0 or 2 on the user's stop; std::bad_alloc. The table whose holes
-/// were to be filled is then as it was; a failure in filling Y leaves X complete.
+/// Throws: NCError where the numbers of rows differ, whatever is to be filled; of level 1 if not even a first component
+/// can be computed, of level 0 or 2 on the user's stop; std::bad_alloc. The table whose holes were to be filled is then
+/// as it was; a failure in filling Y leaves X complete.
 /// Cost: A + 1 components and as many cross-validations, for each of the tables that has holes.
 /// Source: the filling is PCA's and PLS' reconstruction, Nelson, Taylor & MacGregor (1996), Chemom. Intell. Lab. Syst.
 /// 35, 45-65; the rules of the search are our own.

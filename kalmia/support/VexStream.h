@@ -163,8 +163,8 @@ struct ArrayEntry {
 /// entry, which takes longer than the entries of a short vector. True on success.
 bool WriteDirectory(std::ostream& stream, std::initializer_list<ArrayEntry> entries);
 
-/// The bytes from here to the end of the stream; -1 where its buffer cannot seek or throws at it: pipes, many filters.
-/// 0 for a failed stream. Exact for entries of a directory. Seeks by offset, and leaves position and state as they are.
+/// The bytes from here to the end of the stream, by seeking: -1 where its buffer cannot or throws (pipes, many filters),
+/// 0 for a failed stream. Position and state stay, unless the buffer finds no way back from its end: bad then.
 std::int64_t BytesLeft(std::istream& stream);
 
 /// Whether `count` more items of `itemSize` bytes can be there. For entries of a directory and other streams of known

@@ -71,10 +71,13 @@ TEST(O2plsRowlessBlocks, HaveNoComponents) {
   const Table X(0, 3), Y(0, 2), none;
   for (const Table* x : {&X, &none}) {
     NCO2PLS model(*x, Y, /*checkDimensions=*/false, 100);
-    EXPECT_THROW(model.Fit(1, 0, 0), NCError);
-    EXPECT_THROW(model.Fit(1, 1, 0), NCError);
-    EXPECT_THROW(model.Fit(1, 0, 1), NCError);
-    EXPECT_THROW(O2PLSCrossValidation(x, &Y, 3, nullptr, nullptr, 100, 1, 0, 0), NCError);
+    const std::string text = x == &none ? "The X block has no columns." : "PCA component could not be computed.";
+    EXPECT_EQ(TextOf([&] { model.Fit(1, 0, 0); }),
+              "Internal error in NCO2PLS::NextPredictiveComp.\nFunction call out of sequence.");
+    EXPECT_EQ(TextOf([&] { model.Fit(1, 1, 0); }), text);
+    EXPECT_EQ(TextOf([&] { model.Fit(1, 0, 1); }), text);
+    EXPECT_EQ(TextOf([&] { O2PLSCrossValidation(x, &Y, 3, nullptr, nullptr, 100, 1, 0, 0); }),
+              "Internal error in O2PLSCrossValidation::O2PLSCrossValidation");
     EXPECT_EQ(O2PLSPredictiveComponentEstimator(x, &Y, 3, nullptr, 1).GetNumberOfPredictiveComponents(), 0);
     EXPECT_EQ(O2PLSPredictiveComponentEstimator(x, &Y, 3, nullptr, -1).GetNumberOfPredictiveComponents(), 0);
   }
