@@ -237,6 +237,7 @@ void NCO2PLS::NextPredictiveComp() {
 }
 
 void NCO2PLS::SubtractLastPredictiveComp() {
+  if (t_.SizeRows() == 0) throw NCError("NCO2PLS::SubtractLastPredictiveComp: there is no component.");
   Matrix y = yResiduals_;
   y.AddVprimV(u_.back(), q_.back(), -1.0F);
   xResiduals_.AddVprimV(t_.back(), p_.back(), -1.0F);

@@ -80,8 +80,8 @@ class NCO2PLS {
   /// Throws: NCError without working blocks or columns, and as NCPCA does. The model is then as it was.
   void NextPredictiveComp();
 
-  /// Takes the newest component out of the working blocks: X -= t p', Y -= u q'. There has to be one, which is not
-  /// checked.
+  /// Takes the newest component out of the working blocks: X -= t p', Y -= u q'. Throws NCError
+  /// without one.
   void SubtractLastPredictiveComp();
 
   void CalculatePredictiveComps(int predictive);  ///< InitPredCompCalculation, then all of them

@@ -1,11 +1,22 @@
 #include "kalmia/o2pls/NCO2PLSPred.h"
 
+#include "kalmia/pcapls/ModelParts.h"
+#include "kalmia/support/NCError.h"
+
 NCO2PLSPred::NCO2PLSPred(const NCDataMatrix<float>& P, const NCDataMatrix<float>& W, const NCDataMatrix<float>& Q,
                          const NCDataMatrix<float>& Wo, const NCDataMatrix<float>& Po, const NCDataMatrix<float>& S,
                          const NCDataMatrix<float>& Lambda)
     : p_(P), w_(W), q_(Q), wo_(Wo), po_(Po), s_(S), lambda_(Lambda) {}
 
+void NCO2PLSPred::RequireRowsOfTheModel() const {
+  const int columns = residuals_.SizeColumns();
+  if (residuals_.SizeRows() > 0 && !(kalmia::HasRowsOf(p_, columns) && kalmia::HasRowsOf(w_, columns) &&
+                                     kalmia::HasRowsOf(po_, columns) && kalmia::HasRowsOf(wo_, columns)))
+    throw NCError("O2PLS prediction: the rows are not of the model's number of columns.");
+}
+
 void NCO2PLSPred::Predict(int outputColumns) {
+  RequireRowsOfTheModel();
   prediction_ = NCDataMatrix<float>(residuals_.SizeRows(), outputColumns, 0.0F);
   for (int o = 1; o <= po_.SizeRows(); ++o) AddOrthogonalComponent(o);
   for (int a = 1; a <= p_.SizeRows(); ++a) AddPredictiveComponent(a);

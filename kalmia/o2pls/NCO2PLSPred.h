@@ -5,7 +5,8 @@
 
 /// Applies an O2PLS model to new observations of one block and predicts the other block. The whole work is done by the
 /// constructors of the derived classes; the object keeps no link to the model. New rows arrive scaled as the model's
-/// were. Shapes are not checked. The getters give shares of the results: an object belongs to one thread at a time.
+/// were: NCError for rows of another number of columns. Other shapes are not checked. The getters give shares of the
+/// results: an object belongs to one thread at a time.
 ///
 /// In the names of the X block, for N' new rows: for each orthogonal component, to is the score that Wo gives of the
 /// rows without their predictive directions (taken out by W); it takes to po' out of the rows and adds to s' to the
@@ -38,6 +39,7 @@ class NCO2PLSPred {
   NCDataMatrix<float> prediction_;
 
  private:
+  void RequireRowsOfTheModel() const;
   void AddOrthogonalComponent(int component);
   void AddPredictiveComponent(int component);
 };

@@ -207,6 +207,8 @@ void NCYOrthogonalPLS::RemoveComponent() {
 }
 
 void NCYOrthogonalPLS::CalculateResiduals(NCDataMatrix<float>* matrix) const {
+  if (matrix->SizeRows() > 0 && components_ > 0 && matrix->SizeColumns() != wprim_.SizeColumns())
+    throw NCError("The filter is for a table of another number of columns.");
   for (int a = 1; a <= components_; ++a) matrix->AddVprimV(matrix->RegressRows(wprim_[a]), pprim_[a], -1.0F);
 }
 
@@ -214,6 +216,7 @@ NCDataMatrix<float> NCYOrthogonalPLS::GetWStarPrim() const { return NCPLS::GetWS
 
 double NCYOrthogonalPLS::GetYAngle(const NCDataVector<float>* vector) const {
   if (!yScores_) SetupYPCA();
+  if (vector->Size() != yScores_->SizeRows()) throw NCError("The vector has not one cell for each observation.");
   const Vector outside = OutsideOfY(*vector);
   const double share = RoundedToFloat(*vector * outside);
   const double squares = RoundedToFloat(outside * outside) * RoundedToFloat(*vector * *vector);

@@ -67,7 +67,11 @@ bool NCPCA::NextComponent(NCProgress* progress, const NCIntegralVector<int, -99>
                           const NCDataVector<float>* start) {
   ++components_;
   RequireTableOfTheModel();
-  Append(residuals_.SizeRows() == 1 ? OfOneRow() : Iterate({groups, group}, start, progress));
+  const bool isOneRow = residuals_.SizeRows() == 1;
+  if (!isOneRow && ((groups && groups->Size() != residuals_.SizeColumns()) ||
+                    (start && start->Size() != residuals_.SizeRows())))
+    throw NCError("PCA: groups or start are not of the table's size.");
+  Append(isOneRow ? OfOneRow() : Iterate({groups, group}, start, progress));
   return true;
 }
 

@@ -41,7 +41,7 @@ class NCPCA : public VexStreamBase {
   /// and shows in GetIterations() alone: components of nearly equal variance converge slowly. t starts as the column of
   /// X of largest sum of squares, or as `start`. A table of one row is the component itself: p its row at unit length,
   /// t the length, one round; all arguments are then ignored.
-  /// Shape: `start` has N cells, `groups` K cells, which is not checked. Both may be null.
+  /// Shape: `start` has N cells, `groups` K cells; NCError otherwise. Both may be null.
   /// Groups: a variable whose cell in `groups` equals `group` takes no part; its loading is missing, and so is its
   /// column of X after CalculateResiduals.
   /// Missing: holes leave every sum; a coefficient's denominator never falls below a third of the full sum of squares.

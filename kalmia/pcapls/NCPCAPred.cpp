@@ -1,7 +1,9 @@
 #include "kalmia/pcapls/NCPCAPred.h"
 
+#include "kalmia/pcapls/ModelParts.h"
 #include "kalmia/pcapls/ScoreEstimator.h"
 #include "kalmia/pcapls/ScoredRows.h"
+#include "kalmia/support/NCError.h"
 
 NCPCAPred::NCPCAPred(const NCDataMatrix<float>* X, const NCDataMatrix<float>* P, int maxIterations, float tolerance)
     : xResiduals_(*X), tPredPrim_(P->SizeRows(), X->SizeRows()), pprim_(*P), missingTolerance_(tolerance) {
@@ -9,6 +11,8 @@ NCPCAPred::NCPCAPred(const NCDataMatrix<float>* X, const NCDataMatrix<float>* P,
 }
 
 void NCPCAPred::CalculateScores(int maxIterations) {
+  if (xResiduals_.SizeRows() > 0 && !kalmia::HasRowsOf(pprim_, xResiduals_.SizeColumns()))
+    throw NCError("PCA prediction: the table has not the variables of the model.");
   const ScoreEstimator estimator(pprim_, maxIterations);
   for (int i = 1; i <= xResiduals_.SizeRows(); ++i) {
     const NCDataVector<float>& x = xResiduals_[i];

@@ -3,7 +3,7 @@
 #include "kalmia/containers/NCDataMatrix.h"
 
 /// Projects new observations on the loadings of a PCA model: all scores at construction, then what is left of X, one
-/// component at a time. X arrives scaled as the model's X was. Shapes are not checked.
+/// component at a time. X arrives scaled as the model's X was: NCError where it has rows of another width.
 class NCPCAPred {
  public:
   /// Works in a copy of X (N x K; shared until the first step). P (A x K) is the model's, one component per row.

@@ -3,12 +3,20 @@
 #include <algorithm>
 #include <utility>
 
+#include "kalmia/pcapls/ModelParts.h"
 #include "kalmia/pcapls/ScoredRows.h"
 #include "kalmia/support/NCError.h"
 
 namespace {
 
 constexpr float kNoScore = kalmia::kMissingCell<float>;
+
+/// Weights or loadings, which are as wide as X.
+const NCDataMatrix<float>& ForVariablesOf(const NCDataMatrix<float>& X, const NCDataMatrix<float>& part) {
+  if (X.SizeRows() > 0 && !kalmia::HasRowsOf(part, X.SizeColumns()))
+    throw NCError("PLS prediction: the table has not the variables of the model.");
+  return part;
+}
 
 /// A model that was restored may lack some of its matrices.
 const NCDataMatrix<float>& WithComponentsOf(const NCDataMatrix<float>& P, const NCDataMatrix<float>& part) {
@@ -22,8 +30,8 @@ NCPLSResiduals::NCPLSResiduals(NCDataMatrix<float>* X, const NCDataMatrix<float>
                                float tolerance)
     : NCDataVector<float>(X->SizeRows()),
       xResiduals_(X),
-      w_(WithComponentsOf(P, W)),
-      p_(P),
+      w_(ForVariablesOf(*X, WithComponentsOf(P, W))),
+      p_(ForVariablesOf(*X, P)),
       missingTolerance_(tolerance) {}
 
 void NCPLSResiduals::CalcNextComponent() {

@@ -7,12 +7,12 @@
 
 /// Takes new observations through the components of a PLS model, one at a time: their scores, and what is left of X.
 /// The object itself is the score vector t of the component computed last, one cell per observation, missing before the
-/// first step. X arrives scaled as the model's X was. Shapes are not checked. Cannot be copied.
+/// first step. X arrives scaled as the model's X was. The width of its rows is checked. Cannot be copied.
 class NCPLSResiduals : public NCDataVector<float> {
  public:
   /// X (N x K) is kept as a pointer and changed in place; W and P (A x K) are the model's, one component per row.
   /// `tolerance` is the share of the variables that may be missing in an observation. Throws NCError where W has fewer
-  /// components than P.
+  /// components than P, or X has rows that are not as wide as W and P.
   NCPLSResiduals(NCDataMatrix<float>* X, const NCDataMatrix<float>& W, const NCDataMatrix<float>& P, float tolerance);
   NCPLSResiduals(const NCPLSResiduals&) = delete;
   NCPLSResiduals& operator=(const NCPLSResiduals&) = delete;

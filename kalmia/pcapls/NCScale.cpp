@@ -58,7 +58,12 @@ NCScale& NCScale::operator=(const NCScale& other) = default;
 
 NCScale::~NCScale() = default;
 
+void NCScale::RequireVariable(int variable) const {
+  if (variable < 1 || variable > variables_) throw NCError("Scaling: there is no such variable.");
+}
+
 void NCScale::SetType(int variable, Scaling type) {
+  RequireVariable(variable);
   int& present = (*types_)[static_cast<std::size_t>(variable)];
   if (present == type) return;
   (*centres_)(variable, kNotFitted);
@@ -67,6 +72,7 @@ void NCScale::SetType(int variable, Scaling type) {
 }
 
 NCScale::Scaling NCScale::GetScaleType(int variable) const {
+  RequireVariable(variable);
   return static_cast<Scaling>((*types_)[static_cast<std::size_t>(variable)]);
 }
 

@@ -54,6 +54,7 @@ class NCScale : public VexStreamBase {
   ~NCScale() override;
 
   /// Another type than the present one also forgets the variable's centre and factor; the same type keeps them.
+  /// Both throw NCError without a variable of that number, from 1.
   void SetType(int variable, Scaling type);
   Scaling GetScaleType(int variable) const;
   /// The display name of a type, 0 to 4; the range is not checked.
@@ -99,6 +100,7 @@ class NCScale : public VexStreamBase {
   void VexStreamableReset() override;
 
  private:
+  void RequireVariable(int variable) const;
   void RequireVariables(const NCDataMatrix<float>& matrix) const;
   void FitCentres(const NCDataMatrix<float>& matrix);
   void FitFactors(const NCDataMatrix<float>& centred);
