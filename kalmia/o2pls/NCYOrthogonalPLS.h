@@ -44,14 +44,14 @@ class NCYOrthogonalPLS : public VexStreamBase {
   /// Takes the newest component back: X += t p'. Does nothing without one.
   void RemoveComponent();
 
-  /// Filters another table of K columns, in place: t = Xw and X -= t p' for each component in turn. Throws NCError where
-  /// it has rows of another number of columns, and the filter components.
+  /// Filters another table of K columns, in place: t = Xw and X -= t p' for each component in turn. NCError for rows of
+  /// another number of columns, once the filter has a component.
   void CalculateResiduals(NCDataMatrix<float>* matrix) const;
 
   /// 90 - 90 acos(c) / pi, with c the cosine between the vector (N) and its part outside of the principal scores of Y:
   /// 90 for a vector that has no share in them, towards 45 as it comes to lie in them. Of one that lies in them
-  /// exactly, c is what rounding makes of it, or no number. Throws as NextComponent does where Y is needed and gone, and
-  /// NCError for a vector of another size.
+  /// exactly, c is what rounding makes of it, or no number. Throws as NextComponent does where Y is needed and gone,
+  /// and NCError for a vector of another size.
   double GetYAngle(const NCDataVector<float>* vector) const;
 
   NCDataMatrix<float> GetWStarPrim() const;  ///< NCPLS::GetWStarPrim of W and P

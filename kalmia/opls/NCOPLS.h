@@ -35,7 +35,7 @@ class NCOPLS {
   /// Rebuilds a model from its blocks W, P and C (one per number of orthogonal components, from 0) and its orthogonal
   /// WO, PO and CO (O x ...) on X and Y, by replaying the filter. The size of the block is that of the first W. U is
   /// not rebuilt; NextComponent goes on with orthogonal component O + 1. Throws NCError, beside the above, where there
-  /// are fewer than O + 1 blocks, P or C of a block has fewer rows than its W, or PO or CO than WO, or a matrix that has
+  /// are fewer than O + 1 blocks, P or C of a block has fewer rows than its W, or PO or CO than WO, or a matrix with
   /// rows is not as wide as X or Y. Of W, P, C, WO, PO and CO all may be empty: the model is then a new one.
   NCOPLS(const NCDataMatrix<float>* X, const NCDataMatrix<float>* Y, const std::vector<NCDataMatrix<float>>* W,
          const std::vector<NCDataMatrix<float>>* P, const std::vector<NCDataMatrix<float>>* C,

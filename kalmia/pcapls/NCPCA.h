@@ -47,10 +47,10 @@ class NCPCA : public VexStreamBase {
   /// Missing: holes leave every sum; a coefficient's denominator never falls below a third of the full sum of squares.
   /// Progress: `progress` may be null; the bar runs from -m to 0, with m = (log10 d + 10) * 10, and moves from the
   /// second round on. Without a caller's bar one is opened after the first round.
-  /// Throws: NCError where t and its predecessor have no cell in common or are no longer finite, where X is absent or does
-  /// not have the shape that P and T tell, and where the bar says stop; std::bad_alloc. T, P, X and GetIterations() are then as
-  /// before the call, but GetComponents() is one more than before: the model is to be discarded, or restored from its
-  /// matrices.
+  /// Throws: NCError where t and its predecessor have no cell in common or are no longer finite, where X is absent or
+  /// does not have the shape that P and T tell, and where the bar says stop; std::bad_alloc. T, P, X and
+  /// GetIterations() are then as before the call, but GetComponents() is one more than before: the model is to be
+  /// discarded, or restored from its matrices.
   bool NextComponent(NCProgress* progress, const NCIntegralVector<int, -99>* groups, int group,
                      const NCDataVector<float>* start);
 

@@ -41,7 +41,8 @@ bool NCPCA::VexStreamableRead(std::istream& stream) {
 
 bool NCPCA::ShapesAgree() const {
   kalmia::CommonSize observations, variables;
-  return kalmia::PartsAgree({{&pprim_, &variables}, {&tprim_, &observations}, {&residuals_, &variables, &observations}});
+  return kalmia::PartsAgree(
+      {{&pprim_, &variables}, {&tprim_, &observations}, {&residuals_, &variables, &observations}});
 }
 
 void NCPCA::Swap(NCPCA* other) {

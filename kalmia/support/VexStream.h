@@ -163,7 +163,7 @@ struct ArrayEntry {
 /// entry, which takes longer than the entries of a short vector. True on success.
 bool WriteDirectory(std::ostream& stream, std::initializer_list<ArrayEntry> entries);
 
-/// The bytes from here to the end of the stream, by seeking: -1 where its buffer cannot or throws (pipes, many filters),
+/// The bytes from here to the end of the stream, by seeking: -1 where its buffer cannot or throws (pipes, filters),
 /// 0 for a failed stream. Position and state stay, unless the buffer finds no way back from its end: bad then.
 std::int64_t BytesLeft(std::istream& stream);
 
