@@ -82,7 +82,8 @@ void FeedNewRows(const kalmia::app::ModelFrame& model) try {
 }
 
 void FeedAll(const std::string& bytes) {
-  Feed(bytes, ReadModelFile, ModelFileBytes, [](const kalmia::app::StoredModel& model) {
+  const auto write = [](const kalmia::app::StoredModel& model) { return ModelFileBytes(model); };
+  Feed(bytes, ReadModelFile, write, [](const kalmia::app::StoredModel& model) {
     std::visit([](const kalmia::app::ModelFrame& frame) { FeedNewRows(frame); }, model);
   });
   Feed(bytes, ReadOplsCvFile, OplsCvFileBytes, [](const kalmia::app::StoredOplsCv&) {});
