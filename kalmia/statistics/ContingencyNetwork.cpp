@@ -40,7 +40,7 @@ double ContingencyNetwork::Probability() {
   if (wholeLongest_ <= observed_ + kTolerance) return 1;
   Node start;
   start.paths.Add(0, 1, &workspace_);
-  workspace_.Take(kNodeBytes);
+  workspace_.Take(kNodeBytes + kFinderBytes);
   next_.emplace(KeyOf(rest_), std::move(start));
   while (ColumnsLeft() > 1) GoToNextStage();
   return std::min(probability_, 1.0);
@@ -50,6 +50,7 @@ double ContingencyNetwork::Probability() {
 void ContingencyNetwork::GoToNextStage() {
   Stage current;
   current.swap(next_);
+  const std::size_t finderBytes = current.size() * kFinderBytes;
   column_ = TakeColumn();
   for (auto& [key, node] : current) node.paths.Settle(&workspace_);
   for (auto at = current.begin(); at != current.end(); at = current.erase(at)) {
@@ -57,6 +58,8 @@ void ContingencyNetwork::GoToNextStage() {
     if (!paths.GetSettled().empty()) Expand(at->first, paths.GetSettled());
     workspace_.Give(paths.GetBytes() + kNodeBytes);
   }
+  Stage().swap(current);
+  workspace_.Give(finderBytes);
 }
 
 void ContingencyNetwork::Expand(std::int32_t key, const std::vector<Path>& paths) {
@@ -141,7 +144,7 @@ ContingencyNetwork::Node* ContingencyNetwork::FindOrAdd() {
   const auto found = next_.find(key);
   if (found != next_.end()) return &found->second;
   workspace_.RequireNode(next_.size());
-  workspace_.Take(kNodeBytes);
+  workspace_.Take(kNodeBytes + kFinderBytes);
   Node& node = next_[key];
   node.completions = Complete(RestOf(rest_));
   return &node;

@@ -19,7 +19,7 @@ namespace kalmia {
 /// out one after the other; partial tables that leave the same row margins, in whatever order, meet in a node. Paths of
 /// which all completions count, or none, go no further. Under Cochran's conditions the other paths to a node go no
 /// further either: the chi-square distribution says which share of the completions counts. The whole table is never
-/// judged so.
+/// judged so, unless its smallest column is empty: what is left without that one is all of it.
 /// The exact test takes the largest column first. Under conditions the smallest goes first, as published: the order
 /// decides which parts are approximated, and with them the result.
 class ContingencyNetwork {
@@ -46,9 +46,11 @@ class ContingencyNetwork {
   };
   using Stage = std::unordered_map<std::int32_t, Node>;  ///< by KeyOf() the rows that are left
 
-  /// With a pointer to the next node, the allocator's part, and three pointers of the table that finds them.
-  static constexpr std::size_t kNodeBytes =
-      NetworkWorkspace::BlockBytes(sizeof(Stage::value_type) + sizeof(void*)) + 3 * sizeof(void*);
+  /// With a pointer to the next node and the allocator's part.
+  static constexpr std::size_t kNodeBytes = NetworkWorkspace::BlockBytes(sizeof(Stage::value_type) + sizeof(void*));
+  /// What the table that finds the nodes takes for each: up to three pointers while it grows. It stays as long as its
+  /// stage, however many of the nodes are freed.
+  static constexpr std::size_t kFinderBytes = 3 * sizeof(void*);
 
   // One step: the paths of a node go on through every way to fill the next column.
   void GoToNextStage();

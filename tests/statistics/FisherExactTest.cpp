@@ -22,9 +22,9 @@ float ExactP(const Cells& cells, int rows, int columns, bool hybrid = false, int
   return Sta::GetFisherExactProbability(cells.data(), rows, columns, hybrid, Sta::TwoSided, workspace);
 }
 
-std::string FailureOf(const Cells& cells, int rows, int columns, int workspace = 0) {
+std::string FailureOf(const Cells& cells, int rows, int columns, int workspace = 0, bool hybrid = false) {
   try {
-    ExactP(cells, rows, columns, false, workspace);
+    ExactP(cells, rows, columns, hybrid, workspace);
   } catch (const NCError& error) {
     return static_cast<const char*>(error.GetMessage());
   }
@@ -262,6 +262,19 @@ TEST(FisherExact, HybridGivesTheProbabilitiesOfR) {
   EXPECT_GE(approximated, 75) << "tables that tell the approximation from the exact test";
 }
 
+TEST(FisherExact, HybridOfATableWithASideLongerThanTheOtherIsThatOfItsTranspose) {
+  for (const FisherHybridReference& known : kFisherHybridReferences) {
+    if (known.rows == known.columns) continue;
+    const Cells cells = CellsOf(known.cells);
+    Cells turned;
+    for (int j = 0; j < known.columns; ++j)
+      for (int i = 0; i < known.rows; ++i) turned.push_back(cells[static_cast<std::size_t>(i * known.columns + j)]);
+    const double p = ExactP(cells, known.rows, known.columns, true);
+    // The same network; only the observed table's logarithms are added in another order.
+    EXPECT_NEAR(ExactP(turned, known.columns, known.rows, true), p, Tolerance(p)) << known.cells;
+  }
+}
+
 TEST(FisherExact, HybridAsksForExpectedCountsAboveOneAndOfFiveInFourFifthsOfTheCells) {
   // A column of 2 out, the part (21 21) has 2 of 10 expected counts of exactly 1 and 8 of 5 or more: not enough.
   // p of R 4.2.2, whose value for conditions met there as well would be 0.89965.
@@ -324,21 +337,24 @@ struct MemoryUse {
   std::string failure;
 };
 
-MemoryUse UseOf(const Cells& cells, int rows, int columns, int megabytes) {
+MemoryUse UseOf(const Cells& cells, int rows, int columns, int megabytes, bool hybrid) {
   const PeakBytesDuring peak;
-  const std::string failure = FailureOf(cells, rows, columns, megabytes * 250000);
+  const std::string failure = FailureOf(cells, rows, columns, megabytes * 250000, hybrid);
   return {static_cast<double>(peak.GetBytes()) / (megabytes * 1e6), failure};
 }
 
 TEST(FisherExact, MemoryStaysWithinOneAndAHalfTimesTheWorkspace) {
   // Few nodes with many paths each, many nodes with few paths, and something between: all outgrow what they are told.
-  struct { int rows, columns, total, megabytes; } const hungry[] = {
-      {2, 14, 400, 1}, {2, 14, 400, 8}, {2, 14, 400, 20}, {3, 10, 200, 1}, {5, 6, 100, 1}};
+  // Hybrid ones of low expected counts, so that few of their parts are approximated.
+  struct { int rows, columns, total, megabytes; bool hybrid; } const hungry[] = {
+      {2, 14, 400, 1, false}, {2, 14, 400, 8, false}, {2, 14, 400, 20, false}, {3, 10, 200, 1, false},
+      {5, 6, 100, 1, false}, {2, 14, 3000, 80, false}, {2, 30, 200, 1, true}, {5, 8, 150, 8, true}};
   for (const auto& table : hungry) {
     std::mt19937 random(4);
     const Cells cells = RandomCells(table.rows, table.columns, table.total, &random);
-    const MemoryUse use = UseOf(cells, table.rows, table.columns, table.megabytes);
-    SCOPED_TRACE(::testing::Message() << table.rows << " x " << table.columns << ", " << table.megabytes << " MB");
+    const MemoryUse use = UseOf(cells, table.rows, table.columns, table.megabytes, table.hybrid);
+    SCOPED_TRACE(::testing::Message() << table.rows << " x " << table.columns << ", " << table.megabytes << " MB"
+                                      << (table.hybrid ? ", hybrid" : ""));
     EXPECT_EQ(use.failure,
               "Error in fexact.\nLDSTP is too small for this problem.\nTry increasing the size of the workspace.");
     EXPECT_LT(use.share, 1.5);

@@ -2,7 +2,7 @@
 #   Rscript tests/statistics/data/fisher_hybrid.R > tests/statistics/FisherHybridReference.h
 # Random tables of many shapes, and p of fisher.test(t, hybrid = TRUE) at its usual hybridPars. Their counts are near
 # those that decide about the approximation, so that parts of most tables are judged by chi-square and others are not.
-# Some have empty rows or columns, some equal margins; each second table that is not square comes once more, transposed.
+# Some have empty rows or columns, some equal margins. No two have the same margins and cells, transposed or not.
 set.seed(20)
 shapes <- list(c(2, 3), c(2, 4), c(2, 5), c(2, 7), c(3, 3), c(3, 3), c(3, 4), c(3, 5), c(4, 4), c(2, 6))
 mostExact <- 30  # of 100 tables that no approximation takes part in
@@ -28,15 +28,17 @@ line <- function(t) {
 }
 
 lines <- character(0)
+tables <- list()
 exact <- 0
 for (number in 1:1000) {
   t <- draw(number)
   if (min(dim(t)) < 2 || sum(rowSums(t) > 0) < 2 || sum(colSums(t) > 0) < 2 || all(dim(t) == 2)) next
+  if (any(sapply(tables, function(other) identical(other, t) || identical(other, t(t))))) next
   isExact <- abs(p(t, TRUE) - p(t, FALSE)) <= 1e-6 * p(t, FALSE)
   if (isExact && exact == mostExact) next
   exact <- exact + isExact
-  lines <- c(lines, line(t))
-  if (number %% 2 == 0 && nrow(t) != ncol(t)) lines <- c(lines, line(t(t)))
+  tables <- c(tables, list(t))
+  lines <- c(lines, line(if (number %% 2 == 0) t(t) else t))
   if (length(lines) >= 100) break
 }
 
