@@ -15,6 +15,9 @@ enum class CellKind {
   Word
 };
 
+/// Whether the text is a number, if maybe one that no float can hold.
+inline bool IsNumber(CellKind kind) { return kind == CellKind::Number || kind == CellKind::TooLarge; }
+
 /// A number whose rounding to float is the float nearest to the text.
 struct CellValue {
   CellKind kind = CellKind::Missing;

@@ -112,10 +112,8 @@ class RowReader {
   double ReadText(std::string_view text, std::size_t column) {
     const CellValue cell = ReadCell(text, cellFormat_);
     Tally& tally = tallies_[column];
-    if (cell.kind == CellKind::Number) {
-      ownMarks_ += text.find(mark_) != std::string_view::npos ? 1 : 0;
-      return cell.value;
-    }
+    if (IsNumber(cell.kind)) ownMarks_ += text.find(mark_) != std::string_view::npos ? 1 : 0;
+    if (cell.kind == CellKind::Number) return cell.value;
     if (cell.kind == CellKind::Missing) {
       ++tally.missing;
       return kHole;
@@ -124,7 +122,7 @@ class RowReader {
     tally.firstStray = std::min(tally.firstStray, row_);
     if (cell.kind == CellKind::Infinite) ++tally.infinities;
     if (cell.kind == CellKind::TooLarge) ++tally.likeNumbers;
-    if (cell.kind == CellKind::Word && ReadCell(text, !cellFormat_.decimalComma).kind == CellKind::Number) {
+    if (cell.kind == CellKind::Word && IsNumber(ReadCell(text, !cellFormat_.decimalComma).kind)) {
       // It makes a column of numbers too, which is refused for it, not left out.
       ++tally.likeNumbers;
       ++otherMarks_;

@@ -131,9 +131,10 @@ void ForEachCsvRecord(std::string_view text, const CsvFormat& format, const std:
   }
 }
 
-std::string CsvField(std::string_view text) {
+std::string CsvField(std::string_view text, const CsvFormat& format) {
   const bool plain = !text.empty() && text.find_first_of(",;\t\"\r\n") == std::string_view::npos &&
-                     text.front() != ' ' && text.back() != ' ';
+                     text.find(format.separator) == std::string_view::npos && text.front() != ' ' &&
+                     text.back() != ' ' && (format.comment == '\0' || text.front() != format.comment);
   if (plain) return std::string(text);
   std::string field = "\"";
   for (const char byte : text) field.append(byte == '"' ? 2 : 1, byte);

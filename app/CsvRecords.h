@@ -72,7 +72,8 @@ struct CsvRecord {
 void ForEachCsvRecord(std::string_view text, const CsvFormat& format, const std::string& name,
                       const std::function<bool(const CsvRecord&)>& take);
 
-/// The text as one field of a CSV line, quoted where it has to be.
-std::string CsvField(std::string_view text);
+/// The text as one field of a CSV line, quoted where a reader of the format, or one that detects the separator, could
+/// take it for anything else: also at the beginning of a line, where it could be a comment.
+std::string CsvField(std::string_view text, const CsvFormat& format = {});
 
 }  // namespace kalmia::app

@@ -7,6 +7,7 @@
 #include "app/CsvDialect.h"
 #include "app/DisplayText.h"
 #include "app/Failure.h"
+#include "app/TextParts.h"
 
 namespace kalmia::app {
 
@@ -50,7 +51,7 @@ std::vector<std::string> ContentsOf(std::string_view text, const std::vector<Fie
 CsvTable::CsvTable(std::string text, const std::string& name, const ReadOptions& options, NCProgress* progress,
                    std::size_t bytesAtOnce)
     : name_(name), text_(std::move(text)), format_(DetectFormat(text_, name, options)) {
-  cellFormat_.missingWords = options.missingWords;
+  for (const std::string& word : options.missingWords) cellFormat_.missingWords.emplace_back(WithoutBlanks(word));
   const CsvPlace headerEnd = ReadHeader(ShareOf(0.0, 0.0, progress));
   rows_ = FindRows(text_, format_, headerEnd, bytesAtOnce, ShareOf(0.0, kShareOfRows, progress));
   if (rows_.Size() == 0) Refuse(name_ + " has a header but no data rows");

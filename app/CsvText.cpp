@@ -6,7 +6,9 @@
 
 namespace kalmia::app {
 
-CsvText& CsvText::Field(const std::string& text) { return Plain(CsvField(text)); }
+void CsvText::NameSeparator() { text_ += std::string("sep=") + format_.separator + '\n'; }
+
+CsvText& CsvText::Field(const std::string& text) { return Plain(CsvField(text, format_)); }
 
 CsvText& CsvText::Number(double value) { return Digits(Shortest(value)); }
 
@@ -16,13 +18,13 @@ CsvText& CsvText::Cell(float cell) {
 
 CsvText& CsvText::Digits(std::string number) {
   const std::size_t point = number.find('.');
-  if (point != std::string::npos) number[point] = marks_.decimal;
+  if (point != std::string::npos) number[point] = decimal_;
   return Plain(number);
 }
 
 /// A field that needs no quotation marks, not even where it is empty.
 CsvText& CsvText::Plain(const std::string& field) {
-  if (!lineIsEmpty_) text_ += marks_.separator;
+  if (!lineIsEmpty_) text_ += format_.separator;
   text_ += field;
   lineIsEmpty_ = false;
   return *this;

@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "app/CsvMarks.h"
+#include "app/CsvRecords.h"
 #include "kalmia/containers/NCDataMatrix.h"
 
 namespace kalmia::app {
@@ -18,8 +19,13 @@ struct CsvFile {
 /// number.
 class CsvText {
  public:
-  explicit CsvText(const CsvMarks& marks = {}) : marks_(marks) {}
+  /// `comment` is what begins comments where the text may be read; zero if nothing does.
+  explicit CsvText(const CsvMarks& marks = {}, char comment = '\0') : format_(marks.separator), decimal_(marks.decimal) {
+    format_.comment = comment;
+  }
 
+  /// A first line that names the separator, for readers that would not detect it.
+  void NameSeparator();
   CsvText& Field(const std::string& text);
   CsvText& Number(double value);
   /// A cell of the library, where -99 is missing.
@@ -33,7 +39,8 @@ class CsvText {
  private:
   CsvText& Plain(const std::string& field);
 
-  CsvMarks marks_;
+  CsvFormat format_;
+  char decimal_;
   std::string text_;
   bool lineIsEmpty_ = true;
 };

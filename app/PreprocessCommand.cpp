@@ -122,7 +122,7 @@ std::string OutText(const CsvTable& table, int idColumn, const std::vector<int>&
   const std::vector<bool> isOfNumbers = ColumnsOfNumbers(table, idColumn);
   const std::vector<bool> isSignal = Marked(table, columns);
   const std::unordered_set<std::string_view> made(signals.names.begin(), signals.names.end());
-  CsvText csv(marks);
+  CsvText csv(marks, table.Format().comment);
   for (int column = 0; column < table.Columns(); ++column) {
     if (isSignal[static_cast<std::size_t>(column)]) continue;
     const std::string& name = table.ColumnNames()[static_cast<std::size_t>(column)];

@@ -9,9 +9,11 @@ namespace kalmia::app {
 
 namespace {
 
-/// Characters that tell lines and fields apart cannot open a comment.
+/// Characters that tell lines and fields apart cannot open a comment, and those that numbers begin with must not: rows
+/// would be left out.
 bool MayOpenComments(const std::string& text) {
-  return text.size() == 1 && std::string_view("\"\r\n \t,;").find(text) == std::string_view::npos;
+  return text.size() == 1 && static_cast<unsigned char>(text.front()) < 0x80 &&
+         std::string_view("\"\r\n \t,;+-.0123456789").find(text) == std::string_view::npos;
 }
 
 }  // namespace
@@ -23,7 +25,8 @@ void DeclareReading(CommandOptions* command, ReadOptions* options) {
   command->Text("--comment", "CHAR", &options->comment, "leave out lines of the table that begin with this character");
   command->Check([options] {
     if (options->comment.empty() || MayOpenComments(options->comment)) return std::string();
-    return "--comment takes one character, and no blank, comma, semicolon or quotation mark, not " +
+    return "--comment takes one ASCII character, and no blank, comma, semicolon, quotation mark, digit, sign or point, "
+           "not " +
            Quoted(options->comment);
   });
 }

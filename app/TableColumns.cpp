@@ -28,7 +28,7 @@ constexpr auto kMissingCell = static_cast<float>(kMissing);
     what += " is infinite";
   } else if (kind == CellKind::TooLarge) {
     what += " is too large for single precision";
-  } else if (ReadCell(cell, !table.DecimalComma()).kind == CellKind::Number) {
+  } else if (IsNumber(ReadCell(cell, !table.DecimalComma()).kind)) {
     what += table.DecimalComma() ? " is no number in a table with decimal commas"
                                  : " is no number in a table with decimal points";
     if (table.Separator() == ',') what += " (decimal commas take ; or tabs between the columns)";

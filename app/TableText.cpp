@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "app/CellNumber.h"
+#include "app/CsvDialect.h"
 #include "app/CsvFields.h"
 #include "app/StepProgress.h"
 #include "app/TableColumns.h"
@@ -12,9 +13,16 @@ namespace kalmia::app {
 
 namespace {
 
+/// Whether a reader would not find the separator of the table by itself: of one column with decimal commas it would take
+/// them for separators.
+bool HidesSeparator(const CsvTable& table, const CsvMarks& marks) {
+  return !IsDetected(marks.separator) || (table.Columns() == 1 && marks.decimal == ',');
+}
+
 std::string WrittenAnew(const CsvTable& table, const std::string& id, const CsvMarks& marks, const NewCell& newCell) {
   const std::vector<bool> isOfNumbers = ColumnsOfNumbers(table, id.empty() ? -1 : table.Find(id));
-  CsvText csv(marks);
+  CsvText csv(marks, table.Format().comment);
+  if (HidesSeparator(table, marks)) csv.NameSeparator();
   for (const std::string& name : table.ColumnNames()) csv.Field(name);
   csv.EndLine();
   StepProgress progress("writing the table", table.Rows());

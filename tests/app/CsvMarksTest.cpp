@@ -147,6 +147,44 @@ TEST(CsvMarks, AreReadAgainAsTheyWereWritten) {
   EXPECT_EQ(RunKalmia({"describe", steps}).output, plain);
 }
 
+TEST(CsvMarks, KeepASeparatorThatTheFirstLineNamesWithThatLine) {
+  const ScratchFolder folder;
+  const std::string table = folder.Write("t.csv", "sep=|\nid|\"a|b\"|c\n\"x|y\"|1,5|2\nu||3,25\nv;w|0,5|1\n");
+  const std::string out = folder.Path("out");
+  const auto filled = [&](const Words& marks) {
+    const CommandResult run = RunKalmia(Words{"fill", table, "--id", "id", "--components", "0", "--out", out} + marks);
+    EXPECT_EQ(run.exitCode, 0) << run.error;
+    return ReadWholeFile(out);
+  };
+  EXPECT_EQ(filled({"--decimal", "point"}), "sep=|\nid|\"a|b\"|c\n\"x|y\"|1.5|2\nu|1|3.25\n\"v;w\"|0.5|1\n");
+  const CsvTable again = CsvAt(out);
+  EXPECT_EQ(again.Separator(), '|');
+  EXPECT_EQ(again.Cell(0, 0), "x|y");
+  EXPECT_EQ(filled({"--decimal", "comma"}), "sep=|\nid|\"a|b\"|c\n\"x|y\"|1,5|2\nu|1|3,25\n\"v;w\"|0,5|1\n");
+  EXPECT_EQ(filled({"--separator", "semicolon"}), "id;a|b;c\nx|y;1,5;2\nu;1;3,25\n\"v;w\";0,5;1\n");
+  EXPECT_EQ(filled({"--separator", "comma"}), "id,a|b,c\nx|y,1.5,2\nu,1,3.25\n\"v;w\",0.5,1\n");
+}
+
+TEST(CsvMarks, NameTheSeparatorWhereDecimalCommasOfOneColumnWouldBeTakenForIt) {
+  const ScratchFolder folder;
+  const std::string table = folder.Write("t.csv", "a\n1.5\nNA\n0.5\n"), out = folder.Path("out");
+  ASSERT_EQ(RunKalmia({"fill", table, "--components", "0", "--out", out, "--decimal", "comma"}).exitCode, 0);
+  EXPECT_EQ(ReadWholeFile(out), "sep=;\na\n1,5\nNA\n0,5\n");
+  EXPECT_EQ(CsvAt(out).Column(0).numbers[2], 0.5);
+}
+
+TEST(CsvMarks, KeepQuotationMarksAroundWhatWouldBeAComment) {
+  const ScratchFolder folder;
+  const std::string table = folder.Write("t.csv", "id;a;b\n\"#r1\";1,5;2\n# left out\nr2;;3\nr3;0,5;1\n");
+  const std::string out = folder.Path("out"), steps = folder.Path("steps");
+  const Words reading = {"--id", "id", "--comment", "#"};
+  ASSERT_EQ(RunKalmia(Words{"fill", table, "--components", "0", "--out", out, "--separator", "comma"} + reading).exitCode,
+            0);
+  EXPECT_EQ(ReadWholeFile(out), "id,a,b\n\"#r1\",1.5,2\nr2,1,3\nr3,0.5,1\n");
+  ASSERT_EQ(RunKalmia(Words{"preprocess", table, "--steps", "linear", "--out", steps} + reading).exitCode, 0);
+  EXPECT_THAT(ReadWholeFile(steps), HasSubstr("\n\"#r1\",1.5,2\n"));
+}
+
 TEST(CsvMarks, AreRefusedWhereTheyMakeNoSense) {
   const std::pair<Words, const char*> lines[] = {
       {{"--separator", "|"}, "--separator takes comma, semicolon or tab, not '|'"},

@@ -34,6 +34,13 @@ std::string Refusal(const std::string& text) {
   return "";
 }
 
+ReadOptions Skipping(int lines, const std::string& comment = "") {
+  ReadOptions options;
+  options.skipLines = lines;
+  options.comment = comment;
+  return options;
+}
+
 struct Dialect {
   const char* what;
   std::string text;
@@ -78,6 +85,26 @@ TEST(CsvTable, DetectsDecimalCommasWithSemicolonsAndTabs) {
 TEST(CsvTable, LetsTheMajorityOfCellsDecideOnTheDecimalMark) {
   EXPECT_FALSE(CsvTable("name;b;c\n1,2;0.5;0.25\n", "t").DecimalComma());
   EXPECT_TRUE(CsvTable("name;b;c\n1.2;0,5;0,25\n", "t").DecimalComma());
+}
+
+TEST(CsvTable, CountsNumbersTooLargeForAFloatAsNumbersWithTheirDecimalMark) {
+  const CsvTable table("a;b\n1,5e99;x\n-2,5e400;y\n", "t");
+  EXPECT_TRUE(table.DecimalComma());
+  EXPECT_EQ(table.Column(0).kind, ColumnKind::Numbers);
+  EXPECT_EQ(table.Column(0).strays, 2);
+  EXPECT_EQ(table.Column(1).kind, ColumnKind::Texts);
+  const CsvTable mixed("a;b\n1,5e99;0.5\n;1.5\n", "t");
+  EXPECT_FALSE(mixed.DecimalComma());
+  EXPECT_EQ(mixed.Column(0).kind, ColumnKind::Numbers) << "refused for the mark, not left out as text";
+}
+
+TEST(CsvTable, DropsBlanksAroundWordsForMissingCells) {
+  ReadOptions options;
+  options.missingWords = {" not known ", "\t-9"};
+  const CsvTable table("a,b\nnot known,-9\n\" not known\", -9 \n1,2\n", "t", options);
+  EXPECT_EQ(table.Column(0).missing, 2);
+  EXPECT_EQ(table.Column(1).missing, 2);
+  EXPECT_THAT(table.MissingWords(), ElementsAre("not known", "-9"));
 }
 
 TEST(CsvTable, NeverTakesDecimalCommasWhereCommasSeparate) {
@@ -135,6 +162,23 @@ TEST(CsvTable, RefusesWhatIsNoTable) {
             "t.csv is UTF-16 text: save it as UTF-8");
   const std::string little("\xFF\xFE\0\0a\0\0\0", 8), big("\0\0\xFE\xFF\0\0\0a", 8);
   for (const std::string& text : {little, big}) EXPECT_EQ(Refusal(text), "t.csv is UTF-32 text: save it as UTF-8");
+  EXPECT_EQ(Refusal("sep=;"), "t.csv is empty but for the line that names the separator");
+  EXPECT_EQ(Refusal("sep=;\n \n"), "t.csv is empty but for the line that names the separator");
+}
+
+TEST(CsvTable, TellsWhatThereIsInATableWithoutAHeader) {
+  const auto refusal = [](const std::string& text) {
+    try {
+      const CsvTable table(text, "t.csv", Skipping(1, "#"));
+    } catch (const Failure& failure) {
+      return std::string(failure.what());
+    }
+    return std::string();
+  };
+  EXPECT_EQ(refusal("title\n"), "t.csv is empty but for the 1 line skipped");
+  EXPECT_EQ(refusal("title\n#\n"), "t.csv is empty but for the 1 line skipped and comments");
+  EXPECT_EQ(refusal("title\n#\nsep=;\n"),
+            "t.csv is empty but for the 1 line skipped, the line that names the separator and comments");
 }
 
 TEST(CsvTable, CallsAWorkbookAndAnArchiveWhatTheyAreAndSaysWhatToDo) {
@@ -146,6 +190,33 @@ TEST(CsvTable, CallsAWorkbookAndAnArchiveWhatTheyAreAndSaysWhatToDo) {
   EXPECT_EQ(Refusal(zip + "mimetypeapplication/vnd.oasis.opendocument.spreadsheet"),
             "t.csv is an OpenDocument spreadsheet: open it and save the sheet as CSV (UTF-8)");
   EXPECT_EQ(Refusal(zip + "table.csv"), "t.csv is a zip archive: unpack it, and give the table that is in it");
+  EXPECT_EQ(Refusal("PK\x05\x06" + std::string(18, '\0')), "t.csv is an empty zip archive");
+  const std::string unpack = ": unpack it, and give the table that is in it";
+  EXPECT_EQ(Refusal("BZh91AY&SY\x12"), "t.csv is packed by bzip2" + unpack);
+  EXPECT_EQ(Refusal(std::string("\xFD" "7zXZ\0\0", 7)), "t.csv is packed by xz" + unpack);
+  EXPECT_EQ(Refusal("\x28\xB5\x2F\xFD\x04"), "t.csv is packed by zstd" + unpack);
+  EXPECT_EQ(Refusal("7z\xBC\xAF\x27\x1C\x04"), "t.csv is a 7z archive" + unpack);
+}
+
+TEST(CsvTable, TakesATableThatBeginsWithTheLettersOfAPacker) {
+  for (const std::string name : {"BZh", "BZh9", "BZh91AY", "PK", "7z"}) {
+    EXPECT_THAT(CsvTable(name + ",b\n1,2\n", "t").ColumnNames(), ElementsAre(name, "b"));
+  }
+}
+
+/// The text with zeros before or behind each letter.
+std::string Widened(const std::string& text, std::size_t before, std::size_t behind) {
+  std::string wide;
+  for (const char letter : text) wide += std::string(before, '\0') + letter + std::string(behind, '\0');
+  return wide;
+}
+
+TEST(CsvTable, NamesTheEncodingOfAsciiInTwoOrFourBytesWithoutAByteOrderMark) {
+  const std::string text = "a,b\n1,2\n";
+  EXPECT_EQ(Refusal(Widened(text, 0, 1)), "t.csv is UTF-16 text: save it as UTF-8");
+  EXPECT_EQ(Refusal(Widened(text, 1, 0)), "t.csv is UTF-16 text: save it as UTF-8");
+  EXPECT_EQ(Refusal(Widened(text, 0, 3)), "t.csv is UTF-32 text: save it as UTF-8");
+  EXPECT_EQ(Refusal(Widened(text, 3, 0)), "t.csv is UTF-32 text: save it as UTF-8");
 }
 
 TEST(CsvTable, TakesTheSeparatorThatAFirstLineNames) {
@@ -158,17 +229,32 @@ TEST(CsvTable, TakesTheSeparatorThatAFirstLineNames) {
   }
 }
 
-TEST(CsvTable, TakesAFirstLineThatOnlyLooksSimilarForAHeader) {
-  for (const std::string first : {"sep=x", "sep=", "sep", "set=|"}) {
-    EXPECT_EQ(CsvTable(first + "\n1\n2\n", "t").Rows(), 2) << first;
+TEST(CsvTable, TakesTheLineThatNamesTheSeparatorBehindBlankLinesAndCommentsAndInItsOtherForms) {
+  for (const std::string first : {"\n \nsep=|\n", "# made by\nsep=|\n", "\xEF\xBB\xBF\n#\n\nsep=|\n", "SEP=|\n", "Sep=|\r",
+                                  "sep=|||\r\n", "\"sep=|\"|\n"}) {
+    const CsvTable table(first + "a,b|c\n1,5|2\n3|4\n", "t", Skipping(0, "#"));
+    EXPECT_EQ(table.Separator(), '|') << first;
+    EXPECT_THAT(table.ColumnNames(), ElementsAre("a,b", "c"));
+    const auto lines = static_cast<std::size_t>(std::count(first.begin(), first.end(), '\n'));
+    EXPECT_EQ(table.Line(0), std::max<std::size_t>(lines, 1) + 2) << first;
   }
 }
 
-ReadOptions Skipping(int lines, const std::string& comment = "") {
-  ReadOptions options;
-  options.skipLines = lines;
-  options.comment = comment;
-  return options;
+TEST(CsvTable, RefusesASeparatorThatBeginsComments) {
+  try {
+    const CsvTable table("sep=|\na|b\n1|2\n", "t.csv", Skipping(0, "|"));
+    ADD_FAILURE() << "rows would be left out";
+  } catch (const Failure& failure) {
+    EXPECT_EQ(failure.Code(), ExitCode::BadData);
+    EXPECT_STREQ(failure.what(),
+                 "t.csv: line 1 says that '|' separates the columns, and --comment that it begins comments");
+  }
+}
+
+TEST(CsvTable, TakesAFirstLineThatOnlyLooksSimilarForAHeader) {
+  for (const std::string first : {"sep=x", "sep=", "sep", "set=|", "sep=|x", "sep=-"}) {
+    EXPECT_EQ(CsvTable(first + "\n1\n2\n", "t").Rows(), 2) << first;
+  }
 }
 
 TEST(CsvTable, LeavesOutLinesBeforeTheHeaderAndCountsThem) {
@@ -307,6 +393,16 @@ TEST(CsvField, BringsEveryTextBackThroughTheReader) {
     });
     EXPECT_THAT(fields, ElementsAre(text, "x"));
   }
+}
+
+TEST(CsvField, QuotesTheSeparatorOfAnyFormatAndTheBeginningOfAComment) {
+  CsvFormat format('|');
+  format.comment = '#';
+  EXPECT_EQ(CsvField("a|b", format), "\"a|b\"");
+  EXPECT_EQ(CsvField("a|b"), "a|b");
+  EXPECT_EQ(CsvField("#1", format), "\"#1\"");
+  EXPECT_EQ(CsvField("1#", format), "1#");
+  EXPECT_EQ(CsvField("#1"), "#1");
 }
 
 }  // namespace

@@ -173,8 +173,8 @@ bool HasDecimalCommas(const PlainTable& table) {
     for (const std::string& cell : row) {
       const bool hasComma = cell.find(',') != std::string::npos;
       const bool hasPoint = !hasComma && cell.find('.') != std::string::npos;
-      commas += hasComma && ReadCell(cell, true).kind == CellKind::Number ? 1 : 0;
-      points += hasPoint && ReadCell(cell, false).kind == CellKind::Number ? 1 : 0;
+      commas += hasComma && IsNumber(ReadCell(cell, true).kind) ? 1 : 0;
+      points += hasPoint && IsNumber(ReadCell(cell, false).kind) ? 1 : 0;
     }
   }
   return table.separator != ',' && commas > points;
@@ -192,8 +192,8 @@ ColumnKind PlainTable::KindOf(std::size_t column) const {
   bool words = false, infinities = false;
   for (const auto& row : rows) {
     const CellKind kind = ReadCell(row[column], decimalComma).kind;
-    const bool isOther = ReadCell(row[column], !decimalComma).kind == CellKind::Number;
-    if (kind == CellKind::Number || kind == CellKind::TooLarge || (kind == CellKind::Word && isOther)) {
+    const bool isOther = IsNumber(ReadCell(row[column], !decimalComma).kind);
+    if (IsNumber(kind) || (kind == CellKind::Word && isOther)) {
       return ColumnKind::Numbers;
     }
     words = words || kind == CellKind::Word;

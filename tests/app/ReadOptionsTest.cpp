@@ -109,8 +109,8 @@ TEST(ReadOptions, AreUnderstoodByPredictAndPreprocess) {
 }
 
 TEST(ReadOptions, RefuseWhatIsNoCommentCharacterAndNoNumberOfLines) {
-  for (const std::string comment : {"//", " ", ",", ";", "\"", "\t"}) {
-    ExpectFailure(RunKalmia({"describe", "-", "--comment", comment}), 2, "--comment takes one character");
+  for (const std::string comment : {"//", " ", ",", ";", "\"", "\t", "-", "+", ".", "0", "7", "§", "\xA7"}) {
+    ExpectFailure(RunKalmia({"describe", "-", "--comment=" + comment}), 2, "--comment takes one ASCII character");
   }
   ExpectFailure(RunKalmia({"describe", "-", "--skip-lines", "-1"}), 2, "--skip-lines takes a whole number from 0 on");
   ExpectFailure(RunKalmia({"describe", "-", "--skip-lines", "3"}, "a\n1\n"), 1,
