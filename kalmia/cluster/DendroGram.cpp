@@ -1,5 +1,6 @@
 #include "kalmia/cluster/DendroGram.h"
 
+#include <algorithm>
 #include <cstddef>
 #include <istream>
 #include <memory>
@@ -22,11 +23,19 @@ struct DestroyTree {
 };
 using Tree = std::unique_ptr<DendroGramNode, DestroyTree>;
 
-CString CacheName(const NCDataMatrix<float>& data, ClusterDistanceCalculator& calculator) {
+constexpr int kCellsDigestedAtOnce = 1 << 20;  ///< some milliseconds
+
+CString CacheName(const NCDataMatrix<float>& data, ClusterDistanceCalculator& calculator, const kalmia::Ask& ask) {
   MD5 digest;
+  kalmia::WorkMeter meter(ask, kCellsDigestedAtOnce);
   const int rows = data.SizeRows(), columns = data.SizeColumns();
-  for (int r = 1; columns > 0 && r <= rows; ++r)
-    digest.Update(data[r].begin(), sizeof(float) * static_cast<std::size_t>(columns));
+  for (int r = 1; r <= rows; ++r)
+    for (int done = 0; done < columns;) {
+      const int cells = std::min(kCellsDigestedAtOnce, columns - done);
+      digest.Update(data[r].begin() + done, sizeof(float) * static_cast<std::size_t>(cells));
+      meter.Add(cells);
+      done += cells;
+    }
   digest.Update(calculator.GetId());
   digest.Finalize();
   CString name;
@@ -87,13 +96,13 @@ void MergeAll(std::vector<Tree>& list, ClusterDistanceCalculator& calculator, co
 
 DendroGramNode* GetDendroGram(const NCDataMatrix<float>& data, ClusterDistanceCalculator& calculator,
                               NCProgress* progress, VexStreamSource* cache) {
-  const CString name = cache ? CacheName(data, calculator) : CString();
+  const StoppableProgress bar(progress);
+  const CString name = cache ? CacheName(data, calculator, kalmia::QuestionsTo(bar)) : CString();
   if (cache)
     if (Tree stored = ReadFromCache(*cache, name)) return stored.release();
   if (data.SizeRows() < 1 || data.SizeColumns() < 1)
     throw NCError("Cluster analysis can not be performed on data without rows or columns.");
 
-  const StoppableProgress bar(progress);
   bar.SetRange(0, 10);
   bar.PushSubRange(0, 5);
   if (data.GetNumMisVal() > 0) kalmia::CheckMissingData(data, QuestionsOfCheck(bar));

@@ -23,9 +23,11 @@ namespace DendroGram {
 /// checked or calculated; any other result is stored, also in place of an entry that cannot be read. The name of an
 /// entry is "Dendro_", rows and columns with an underscore in between, another one, and the MD5 of cells and id.
 ///
-/// Missing: NCError where a row misses more than half of its cells, and CommonColumnsError where two rows have less than
-/// the root of the number of columns, rounded, in common. Throws NCError "Cluster analysis aborted." when the user stops,
-/// and for a table without rows or columns; what the calculator throws passes through. Then nothing is left behind.
+/// Missing: NCError where a row misses more than half of its cells, and CommonColumnsError where two rows have less
+/// than the root of the number of columns, rounded, in common.
+/// Throws NCError for a table without rows or columns, and "Cluster analysis aborted." when the user stops: some
+/// milliseconds lie between two questions, except while a stored tree is read or written. What the calculator throws
+/// passes through. Then nothing is left behind.
 DendroGramNode* GetDendroGram(const NCDataMatrix<float>& data, ClusterDistanceCalculator& calculator,
                               NCProgress* progress, VexStreamSource* cache);
 

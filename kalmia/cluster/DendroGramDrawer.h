@@ -32,7 +32,10 @@ class DendroGramDrawer {
   void AddExcluded(const DendroGramNode* node) {
     if (node) excluded_.insert(node);
   }
-  void AddDrawn(const DendroGramNode* node) { drawn_.insert(node); }  ///< draws only the subtrees that were added
+  /// Draws only the subtrees that were added. Null is ignored.
+  void AddDrawn(const DendroGramNode* node) {
+    if (node) drawn_.insert(node);
+  }
   void ClearExcluded() { excluded_.clear(); }
   void ClearDrawn() { drawn_.clear(); }
 

@@ -31,8 +31,9 @@ CString NoMemoryText(int rows) {
   return text;
 }
 
-constexpr std::int64_t kMostShares = 256;              ///< of the rows, which threads take one by one
-constexpr std::int64_t kPairsSortedPerQuestion = 1024;  ///< about: eight passes, each with a question for eight times so many
+constexpr std::int64_t kMostShares = 256;  ///< of the rows, which threads take one by one
+/// About: eight passes, each with a question for eight times so many.
+constexpr std::int64_t kPairsSortedPerQuestion = 1024;
 
 /// So many, whatever the number of threads, that each is worth a question.
 int SharesOf(std::int64_t cells) {
@@ -99,7 +100,7 @@ bool RowDistances::HasTiles() const { return element_ == SquaredDifference || el
 void RowDistances::FillTiles(const Ask& ask) {
   WorkMeter meter(ask, kCellsPerQuestion);
   const int rows = data_.SizeRows(), columns = data_.SizeColumns(), tiles = (rows + kTileRows - 1) / kTileRows;
-  tiles_.resize(static_cast<std::size_t>(tiles) * kTileRows * static_cast<std::size_t>(columns));
+  kalmia::GrowTo(static_cast<std::size_t>(tiles) * kTileRows * static_cast<std::size_t>(columns), ask, &tiles_);
   hasHoles_.resize(static_cast<std::size_t>(tiles));
   for (int r = 0; r < rows; ++r) {
     const int tile = r / kTileRows;

@@ -23,8 +23,8 @@ float SquareRootOfDistance(float distance);
 /// the sum in double. Without a common column it is no number. For those that the calculators take it keeps a copy of
 /// the table, sixteen rows side by side, column by column, so that a row's distances to all of them are computed
 /// together; others are computed pair by pair. Safe to use concurrently, as far as the functions are.
-/// Who wants to be able to stop gives a question, or a meter of the cells gone over, kCellsPerQuestion of which take some
-/// milliseconds at most. What it throws passes through.
+/// Who wants to be able to stop gives a question, or a meter of the cells gone over, kCellsPerQuestion of which take
+/// some milliseconds at most. What it throws passes through.
 class RowDistances {
  public:
   static constexpr int kRowsAtOnce = 4;
@@ -58,11 +58,12 @@ class RowDistances {
 std::vector<int> SplitRowsForThreads(int threads, int rows);
 
 /// Makes `list` the pairs of all rows, sorted by descending distance, a NaN in front of every number, equal distances
-/// as their rows come: the same list for any number of threads, with a progress object and without. They are computed by
-/// as many threads as ThreadingControl has processors, or as can be had. Throws ClusterAllocationError if the list does
-/// not fit in memory, where its user has such needs, and NCError with the same text for more than 65535 rows; NCError
-/// "Cluster analysis aborted." where the user stops. Up to 65536 pairs are sorted with a question at each comparison; in
-/// longer work, some milliseconds lie between two questions.
+/// as their rows come: the same list for any number of threads, with a progress object and without. They are computed
+/// by as many threads as ThreadingControl has processors, or as can be had. Throws ClusterAllocationError if the list
+/// does not fit in memory, where its user has such needs, and NCError with the same text for more than 65535 rows;
+/// NCError "Cluster analysis aborted." where the user stops. Up to 65536 pairs are sorted with a question at each
+/// comparison; in longer work, some milliseconds lie between two questions. Nothing is asked while an earlier list is
+/// given back to the system.
 void CalculateInitialDistances(const NCDataMatrix<float>& data, NCProgress* progress,
                                std::vector<DistanceAndIndex>& list, ElementFunction element, FinishFunction finish,
                                const kalmia::MemoryNeeds& needs = kalmia::kNeedsOfList);

@@ -68,8 +68,8 @@ DistanceRange RangeOf(DistanceFile& file, std::vector<DistanceAndIndex>& buffer,
   return range;
 }
 
-/// Deals records out to the files that they go to, without changing their order within a file: who reads a file of equal
-/// distances finds the rows in the order in which they were written.
+/// Deals records out to the files that they go to, without changing their order within a file: who reads a file of
+/// equal distances finds the rows in the order in which they were written.
 class Dealer {
  public:
   explicit Dealer(const DistanceFiles& files) : begins_(files.size() + 1) {

@@ -17,9 +17,13 @@ struct DistanceFile {
   DistanceFile(const DistanceFile&) = delete;
   DistanceFile& operator=(const DistanceFile&) = delete;
 
-  /// Not checked: what a full disk loses is missed by a later read.
+  // Numbers are of records, from 0, and the caller's: nothing here looks at `count` or changes it.
+  /// Writes n records where the stream stands, its end as long as nothing was read. Not checked: what a full disk loses
+  /// is missed by a later read.
   void Append(const DistanceAndIndex* pairs, std::size_t n);
-  void SeekTo(std::uint32_t record);  ///< forgets earlier failures
+  /// To the record that is read next; beyond the last one the read fails. Forgets earlier failures.
+  void SeekTo(std::uint32_t record);
+  /// Reads n records; false where there are not so many left, and the rest of `pairs` is then as it was.
   bool Read(DistanceAndIndex* pairs, std::size_t n);
 
   CString name;
@@ -38,8 +42,9 @@ using DistanceFiles = std::vector<std::shared_ptr<DistanceFile>>;
 /// Distributes the records of `source` over new files, one for each limit, from the largest distances to the smallest:
 /// a record goes into the first file whose lower limit, the next limit, it reaches; the last file takes all others and
 /// has the source's lower limit. Files without records are left out. Records of one file keep their order.
-/// `buffer` lends its capacity, and is empty afterwards, also where something is thrown. Throws NCError where it has none, before anything is done; "Error
-/// when reading from temporary file."; and, on a stop, "Cluster analysis aborted.".
+/// `buffer` lends its capacity, and is empty afterwards, also where something is thrown. Throws NCError where it has
+/// none, before anything is done; "Error when reading from temporary file."; and, on a stop, "Cluster analysis
+/// aborted.".
 DistanceFiles DistributeDistances(DistanceFile& source, std::vector<float>& limits,
                                   std::vector<DistanceAndIndex>& buffer, unsigned total, NCProgress* progress);
 

@@ -13,7 +13,6 @@ std::uint64_t maximumPairs = 0;  // 0: what the machine has free
 
 constexpr std::uint64_t kBytesPerRow = 400;                        // two nodes of the tree, a cluster, their blocks
 constexpr std::uint64_t kBytesPerThread = std::uint64_t{1} << 20;  // keys of pairs that are sorted, a stack
-constexpr std::size_t kPairsGrownAtOnce = 1 << 20;                 // some milliseconds of fresh pages
 constexpr int kRowsMore = simd::kTileRows;  // tiles are filled up; the sums of four rows at once are on their way
 
 }  // namespace
@@ -27,14 +26,6 @@ std::uint64_t BytesBesidePairs(int rows, int columns, const MemoryNeeds& needs) 
 std::uint64_t PairsThatFitIn(std::uint64_t availableBytes, int rows, int columns, const MemoryNeeds& needs) {
   const std::uint64_t left = availableBytes - std::min(availableBytes, BytesBesidePairs(rows, columns, needs));
   return (left - left / 16) / needs.perPair;
-}
-
-void GrowTo(std::size_t pairs, const Ask& ask, std::vector<DendroGram::DistanceAndIndex>* list) {
-  list->reserve(pairs);
-  while (list->size() < pairs) {
-    list->resize(std::min(pairs, list->size() + kPairsGrownAtOnce));
-    if (ask && list->size() < pairs) ask();
-  }
 }
 
 std::uint64_t PairsThatFit(int rows, int columns, const MemoryNeeds& needs) {

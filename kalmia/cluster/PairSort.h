@@ -26,9 +26,9 @@ inline bool ComesBefore(const DendroGram::DistanceAndIndex& a, const DendroGram:
 /// out among buckets by distance, which a team sorts (American flag sort: McIlroy, Bostic & McIlroy 1993, Computing
 /// Systems 6, 5-27); each thread uses half a megabyte beside the list. Others are sorted by comparing alone.
 ///
-/// `ask`, if it is not empty, is called on the calling thread, once for at most 8192 pairs that a pass goes over, or 65536
-/// comparisons. It may throw: the list is then good for nothing. The result
-/// does not depend on whether anybody asks, nor on the number of threads.
+/// `ask`, if it is not empty, is called on the calling thread, once for at most 8192 pairs that a pass goes over, or
+/// 65536 comparisons. It may throw: the list is then good for nothing. The result does not depend on whether anybody
+/// asks, nor on the number of threads.
 void SortPairs(DendroGram::DistanceAndIndex* pairs, std::size_t n, const Ask& ask = {});
 
 /// Up to so many pairs, the list of an analysis asks at each comparison.

@@ -5,35 +5,10 @@
 #include <vector>
 
 #include "kalmia/cluster/ClusterDistanceCalculator.h"
+#include "kalmia/cluster/ClusterNumbers.h"
 #include "kalmia/kernels/StoppableTeam.h"
 
 namespace kalmia {
-
-/// What has become of clusters. Rows have the numbers 1, 2, ...; each merge makes a new number, and the numbers of what
-/// it merged lead to it: from the earlier cluster as from a former name, from the later one to nowhere.
-class ClusterNumbers {
- public:
-  explicit ClusterNumbers(int rows = 0);
-
-  bool IsCurrent(int number) const { return next_[Index(number)] == kCurrent; }
-  /// The present number of the cluster that was called so; 0 where it went into an earlier one.
-  int Latest(int number);
-  /// The place of the row at which the cluster began, from 0: the clusters keep the order of these.
-  int FirstRow(int number) const { return firstRow_[Index(number)]; }
-  /// The position of a current cluster among all that are current, from 0.
-  int Position(int number) const { return position_[Index(FirstRow(number) + 1)]; }
-  /// Merges two current clusters, a in front of b, into a new one, which stands where a stood. Returns its number.
-  int Merge(int a, int b);
-
- private:
-  static constexpr int kCurrent = 0;
-  static constexpr int kGone = -1;
-  static std::size_t Index(int number) { return static_cast<std::size_t>(number) - 1; }
-
-  std::vector<int> next_;      ///< by number: kCurrent, kGone, or a later number of the same cluster
-  std::vector<int> firstRow_;  ///< by number
-  std::vector<int> position_;  ///< by first row
-};
 
 /// The pairs of clusters by descending distance. A merge leaves the pairs of the two clusters where they are: those of
 /// the later one are gone, those of the earlier one are stale, whatever distance they hold. Nothing is moved for it:
@@ -45,8 +20,8 @@ class ClusterNumbers {
 /// one is full. Stale pairs that are passed on the way stand at the place of what passed them; a block of nothing else
 /// is passed as a whole the next time.
 ///
-/// Beside the pairs it takes an index of one in 512, and where pairs go into full blocks up to a 32nd of the list; while
-/// its end is repaired half a megabyte, and a block for each 32768 pairs that are.
+/// Beside the pairs it takes an index of one in 512, and where pairs go into full blocks up to a 32nd of the list;
+/// while its end is repaired half a megabyte, and a block for each 32768 pairs that are.
 class WardPairList {
  public:
   WardPairList() = default;
@@ -64,8 +39,8 @@ class WardPairList {
   /// sorted, equal ones in the order in which they stood. The others go to their places: each behind the last pair that
   /// is not stale and not nearer, but in front of one that is equally far, so that it is taken later.
   /// It is done in runs of 32768 pairs, which are sorted one by one and merged; the list does not depend on the runs.
-  /// Asks once for 8192 pairs at most, whether they are computed, moved, or passed on the way to a place. What is thrown
-  /// leaves the list good for nothing.
+  /// Asks once for 8192 pairs at most, whether they are computed, moved, or passed on the way to a place. What is
+  /// thrown leaves the list good for nothing.
   void RepairTail(const std::function<void(DendroGram::DistanceAndIndex* pair)>& update, const Ask& ask = {});
 
  private:

@@ -9,9 +9,9 @@ namespace NCMultiThreading {
 /// welcome, and which thread runs a task is left to chance: what a task does must not depend on it.
 ///
 /// `ended` (may be empty) is called once for each task that has ended, by the calling thread alone: between its own
-/// tasks, and within milliseconds while it waits for those of others. It is the place to show progress and, by throwing,
-/// to stop. After it or a task has thrown no further task begins; what was thrown first is thrown again when all threads
-/// have ended. Costs some tens of microseconds beside the tasks themselves.
+/// tasks, and within milliseconds while it waits for those of others. It is the place to show progress and, by
+/// throwing, to stop. After it or a task has thrown no further task begins; what was thrown first is thrown again when
+/// all threads have ended. Costs some tens of microseconds beside the tasks themselves.
 void RunTasks(int count, const std::function<void()>& ended, const std::function<void(int)>& task);
 
 }  // namespace NCMultiThreading

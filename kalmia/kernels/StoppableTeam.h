@@ -26,8 +26,8 @@ class WorkMeter {
   std::int64_t done_ = 0;
 };
 
-/// How many threads long work is given: 1 where threading is off; else the processors that ThreadingControl was told of,
-/// but no more than 64, or than the machine has if these are more.
+/// How many threads long work is given: 1 where threading is off; else the processors that ThreadingControl was told
+/// of, but no more than 64, or than the machine has if these are more.
 int ThreadsForLongWork();
 
 /// Calls work(piece, ask) for the pieces 0, 1, ..., pieces - 1, on up to `threads` threads, the calling one among them;

@@ -149,7 +149,8 @@ TEST_F(DrawnTree, DrawsAHigherNodeBelowAnExcludedOne) {
 }
 
 /// What a drawing should hold: the nodes that no excluded one has in its subtree, found by asking each of these.
-std::vector<std::string> LabelsOfTheRest(const DendroGramNode& root, const std::vector<const DendroGramNode*>& excluded) {
+std::vector<std::string> LabelsOfTheRest(const DendroGramNode& root,
+                                         const std::vector<const DendroGramNode*>& excluded) {
   std::vector<std::string> texts;
   std::vector<const DendroGramNode*> pending = {&root};
   while (!pending.empty()) {
@@ -230,6 +231,14 @@ TEST_F(DrawnTree, IgnoresAnExcludedNodeThatIsNull) {
   drawer_.AddExcluded(left_);
   EXPECT_EQ(Drawn().lines.size(), 5U);
   EXPECT_THAT(Hit(4, 8, 1, true), ElementsAre("3"));
+}
+
+TEST_F(DrawnTree, IgnoresADrawnNodeThatIsNull) {
+  drawer_.AddDrawn(nullptr);
+  EXPECT_EQ(Drawn().lines.size(), 9U) << "nothing is selected";
+  drawer_.AddDrawn(right_);
+  drawer_.AddDrawn(nullptr);
+  EXPECT_THAT(Drawn().labels, ElementsAre("3 at 5,8", "4 at 7,8"));
 }
 
 TEST_F(DrawnTree, DrawsASelectedSubtreeOnceThoughAPartOfItIsSelectedToo) {

@@ -8,6 +8,7 @@
 
 #include "cluster/Trees.h"
 #include "kalmia/cluster/DendroGram.h"
+#include "kalmia/support/MD5.h"
 #include "testing/RandomTables.h"
 #include "testing/RecordingProgress.h"
 #include "testing/StreamAttacks.h"
@@ -131,6 +132,31 @@ TEST(CachedTree, TheNameOfAnEntryIsThatOfTableAndCalculator) {
   EXPECT_NE(nameFor(SingleLinkageDistanceCalculator()), ward);
   table(3, 2, 6.5F);
   EXPECT_NE(nameFor(WardDistanceCalculator(WardDistanceCalculator::DistanceIncrease)), ward);
+}
+
+TEST(CachedTree, AsksWhileTheNameOfALargeTableIsMade) {
+  const int columns = (1 << 20) + 5;  // the first question comes within the first row
+  const NCDataMatrix<float> table(2, columns, 1.5F);
+  Cache cache;
+  ProgressLog log;
+  log.stopAt = 1;
+  const std::unique_ptr<NCProgress> stopping = RecordingBar(&log);
+  SingleLinkageDistanceCalculator calculator;
+  try {
+    Analyse(table, calculator, cache, stopping.get());
+    ADD_FAILURE() << "not stopped";
+  } catch (const NCError& error) {
+    EXPECT_EQ(error.GetMessage(), "Cluster analysis aborted.");
+  }
+  EXPECT_EQ(log.Joined(), "IsBreakPressed");
+  EXPECT_TRUE(cache.asked.empty());
+
+  Analyse(table, calculator, cache);
+  MD5 digest;
+  for (int r = 1; r <= 2; ++r) digest.Update(table[r].begin(), sizeof(float) * columns);
+  digest.Update(calculator.GetId());
+  digest.Finalize();
+  EXPECT_EQ(cache.asked.back(), "Dendro_2_1048581_" + std::string(digest.GetDigest())) << "pieces do not show";
 }
 
 }  // namespace

@@ -199,7 +199,8 @@ TEST(GetDendroGram, AsksWhileItLooksForRowsWithoutCommonColumns) {
 }
 
 /// How often the user is asked once the merges have begun.
-std::ptrdiff_t QuestionsWhileMerging(const NCDataMatrix<float>& table, DendroGram::ClusterDistanceCalculator&& calculator) {
+std::ptrdiff_t QuestionsWhileMerging(const NCDataMatrix<float>& table,
+                                     DendroGram::ClusterDistanceCalculator&& calculator) {
   ProgressLog log;
   const std::unique_ptr<NCProgress> bar = RecordingBar(&log);
   Analyse(table, calculator, bar.get());
@@ -208,8 +209,8 @@ std::ptrdiff_t QuestionsWhileMerging(const NCDataMatrix<float>& table, DendroGra
 }
 
 TEST(GetDendroGram, AsksDuringAMergeThatPassesOverManyPairs) {
-  // Two rows of equally spaced points, far apart: 998 merges take the nearest pairs, the last one passes over all others
-  // within the two, 248502.
+  // Two rows of equally spaced points, far apart: 998 merges take the nearest pairs, the last one passes over all
+  // others within the two, 248502.
   NCDataMatrix<float> table(1000, 1);
   for (int r = 1; r <= 1000; ++r) table(r, 1, static_cast<float>(r <= 500 ? r : r + 1000000));
   EXPECT_EQ(QuestionsWhileMerging(table, SingleLinkageDistanceCalculator()), 999 + 248502 / 65536);

@@ -283,6 +283,7 @@ TEST(InitialDistances, OfManyColumnsAreStoppedWhileTheyAreCalculated) {
   ProgressLog log;
   log.stopAt = static_cast<int>(calculating - whole.calls.begin()) + 2;
   const std::unique_ptr<NCProgress> stopping = RecordingBar(&log);
+  const Threads alone(1);  // others go on until their own next question
   try {
     Calculate(table, stopping.get(), pairs, {CountedDifference, DendroGram::SquareRootOfDistance});
     ADD_FAILURE() << "not stopped";
@@ -290,7 +291,23 @@ TEST(InitialDistances, OfManyColumnsAreStoppedWhileTheyAreCalculated) {
     EXPECT_EQ(error.GetMessage(), "Cluster analysis aborted.");
   }
   EXPECT_TRUE(EndsAtItsFirstRefusal(log));
-  EXPECT_LT(differences.exchange(0), all) << "the rest is left";
+  const std::int64_t untilTheFirstQuestion = DendroGram::RowDistances::kCellsPerQuestion;
+  EXPECT_LE(differences.exchange(0), untilTheFirstQuestion + 200) << "the question comes after a pair";
+}
+
+TEST(InitialDistances, AskWhileTheTableIsLaidOutInTiles) {
+  const NCDataMatrix<float> table(16, 300000, 1);
+  int questions = 0;
+  const DendroGram::RowDistances distances(table, kWard.element, kWard.finish, [&questions] { ++questions; });
+  // 4.8 million cells are allocated in steps of 2^20, the last of which asks no more; 14 rows are 2 times 2^21 cells.
+  EXPECT_EQ(questions, 4 + 2);
+  questions = 0;
+  const auto stop = [&questions] {
+    ++questions;
+    throw 1;
+  };
+  EXPECT_THROW(DendroGram::RowDistances(table, kWard.element, kWard.finish, stop), int);
+  EXPECT_EQ(questions, 1);
 }
 
 TEST(InitialDistances, OfALongListMoveTheBarForwardOnly) {

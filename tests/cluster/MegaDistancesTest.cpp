@@ -194,8 +194,8 @@ TEST_F(MegaDistancesOnDisk, ASegmentWhoseLoadingIsStoppedIsLoadedAgain) {
   }
 }
 
-/// A store with memory for ten of 400 pairs: one is far out, so that the segment of the others is divided twice before it
-/// can be loaded, the second time by the range of what it holds.
+/// A store with memory for ten of 400 pairs: one is far out, so that the segment of the others is divided twice before
+/// it can be loaded, the second time by the range of what it holds.
 std::unique_ptr<MegaDistances> StoreToDivideAgain(NCProgress* progress) {
   std::vector<DistanceAndIndex> memory(10);
   auto store = std::make_unique<MegaDistances>(memory, progress, 400);
@@ -248,7 +248,8 @@ TEST_F(MegaDistancesOnDisk, AsksSeldomWhileItSortsASmallSegment) {
   ProgressLog log;
   const std::unique_ptr<NCProgress> bar = RecordingBar(&log);
   MegaDistances store(memory, bar.get(), 30000);
-  for (int k = 0; k < 30000; ++k) store.AddDistance({static_cast<float>((k * 7919) % 30000), k / 200 + 1, 300 + k % 200});
+  for (int k = 0; k < 30000; ++k)
+    store.AddDistance({static_cast<float>((k * 7919) % 30000), k / 200 + 1, 300 + k % 200});
   store.SplitDistances();
   log.calls.clear();
   EXPECT_EQ(store.GetNearest().distance, 0);
@@ -365,6 +366,26 @@ TEST_F(MegaDistancesOnDisk, LeavesNoFileAndNothingElseWhereMemoryRunsOut) {
     ASSERT_EQ(Files(), 0) << "allocation " << which;
     ASSERT_TRUE(which == 1 || meter.GetLiveBytes() <= 0) << "allocation " << which;  // the first keeps buffers
   }
+}
+
+TEST(DistanceFile, CountsRecordsInWritingSeekingAndReading) {
+  DistanceFile file;
+  const DistanceAndIndex pairs[] = {{1, 1, 2}, {2, 1, 3}, {3, 2, 3}};
+  file.Append(pairs, 2);
+  file.Append(pairs + 2, 1);
+  DistanceAndIndex read[3] = {};
+  file.SeekTo(1);
+  ASSERT_TRUE(file.Read(read, 2));
+  EXPECT_EQ(read[0].distance, 2);
+  EXPECT_EQ(read[1].j, 3);
+  EXPECT_FALSE(file.Read(read, 1)) << "there is no fourth";
+  file.SeekTo(2);
+  EXPECT_FALSE(file.Read(read, 2)) << "one record is left";
+  file.SeekTo(3);
+  EXPECT_FALSE(file.Read(read, 1));
+  file.SeekTo(0);
+  EXPECT_TRUE(file.Read(read, 3)) << "failures are forgotten";
+  EXPECT_EQ(file.count, 0U) << "the caller's";
 }
 
 }  // namespace

@@ -19,34 +19,8 @@ namespace {
 
 using DendroGram::DistanceAndIndex;
 using DendroGram::WardDistanceCalculator;
-using kalmia::ClusterNumbers;
 using kalmia::WardPairList;
 using Pairs = std::vector<DistanceAndIndex>;
-
-TEST(ClusterNumbers, LeadFromTheEarlierClusterToTheMergedOneAndFromTheLaterOneNowhere) {
-  ClusterNumbers numbers(5);
-  EXPECT_EQ(numbers.Merge(2, 4), 6);
-  EXPECT_EQ(numbers.Merge(3, 5), 7);
-  EXPECT_EQ(numbers.Merge(6, 7), 8);
-  const int latest[] = {1, 8, 0, 0, 0, 8, 0, 8};
-  for (int number = 1; number <= 8; ++number) {
-    EXPECT_EQ(numbers.Latest(number), latest[number - 1]) << number;
-    EXPECT_EQ(numbers.Latest(number), latest[number - 1]) << number << " once more";
-    EXPECT_EQ(numbers.IsCurrent(number), number == 1 || number == 8);
-  }
-  EXPECT_EQ(numbers.FirstRow(8), 1);
-  EXPECT_EQ(numbers.Position(1), 0);
-  EXPECT_EQ(numbers.Position(8), 1);
-}
-
-TEST(ClusterNumbers, CountThePositionsOfThoseThatAreLeft) {
-  ClusterNumbers numbers(5);
-  const int merged = numbers.Merge(1, 3);
-  EXPECT_EQ(numbers.Position(merged), 0);
-  EXPECT_EQ(numbers.Position(2), 1);
-  EXPECT_EQ(numbers.Position(4), 2);
-  EXPECT_EQ(numbers.Position(5), 3);
-}
 
 /// All pairs of a list, from its end.
 std::vector<float> DistancesFromTheEnd(WardPairList& list) {
@@ -149,7 +123,8 @@ TEST(WardPairList, RepairsALongTailInRunsAsItWouldAtOnce) {
   for (const Case& c : {Case{87990, 1000, 1}, Case{87990, 3, 1}, Case{70000, 500, 5}, Case{33000, 1000, 8}}) {
     SCOPED_TRACE(c.stale);
     const auto update = [&c](DistanceAndIndex* pair) {
-      const unsigned mixed = (static_cast<unsigned>(pair->i) * 7919U + static_cast<unsigned>(pair->j) * 104729U) % 65521U;
+      const unsigned i = static_cast<unsigned>(pair->i), j = static_cast<unsigned>(pair->j);
+      const unsigned mixed = (i * 7919U + j * 104729U) % 65521U;
       pair->distance = c.scale * static_cast<float>(mixed % c.distances);
     };
     const Pairs pairs = FallingPairs(rows, c.stale), plain = PlainlyRepaired(pairs, c.stale, update);
@@ -253,8 +228,8 @@ TEST(WardPairList, GrowsLittleWhereManyPairsGoToScatteredPlacesOfFullBlocks) {
   ASSERT_FALSE(list.IsEmpty());
   const PeakBytesDuring meter;
   list.RepairTail([](DistanceAndIndex* pair) {
-    pair->distance = static_cast<float>((static_cast<unsigned>(pair->i) * 7919U + static_cast<unsigned>(pair->j) * 104729U) %
-                                        139529U + 1000U);
+    const unsigned mixed = static_cast<unsigned>(pair->i) * 7919U + static_cast<unsigned>(pair->j) * 104729U;
+    pair->distance = static_cast<float>(mixed % 139529U + 1000U);
   });
   // A 32nd for blocks that were split; the tail and the room of its sort, twice 8000 pairs and a half, and an index.
   EXPECT_LE(meter.GetBytes(), static_cast<std::int64_t>(bytes / 32 + 8000 * 12 * 3 + 131072));

@@ -4,6 +4,7 @@
 
 #include <atomic>
 #include <boost/thread.hpp>
+#include <chrono>
 #include <mutex>
 #include <new>
 #include <set>
@@ -98,6 +99,29 @@ TEST(ForPieces, ThrowsWhatAPieceThrowsWhenAllThreadsHaveLeftTheirs) {
                            }),
                  std::bad_alloc);
     EXPECT_EQ(inside, 0);
+  }
+}
+
+TEST(ForPieces, ThrowsWhatAPieceThrowsWhereNobodyIsToBeAsked) {
+  for (const int threads : {1, 2, 5}) {
+    std::atomic<int> begun{0}, inside{0};
+    std::atomic<bool> thrown{false};
+    const auto work = [&](int piece, const Ask& ask) {
+      EXPECT_FALSE(ask);
+      ++begun;
+      if (piece == 0) {
+        thrown = true;
+        throw std::bad_alloc();
+      }
+      ++inside;
+      while (!thrown) std::this_thread::yield();
+      std::this_thread::sleep_for(std::chrono::milliseconds(20));  // for the failure to be noted
+      --inside;
+    };
+    EXPECT_THROW(ForPieces(1000, threads, {}, work), std::bad_alloc);
+    EXPECT_EQ(inside, 0) << "the others have ended their pieces";
+    EXPECT_LT(begun, 1000) << "and begin no more";
+    EXPECT_GE(begun, 1);
   }
 }
 
