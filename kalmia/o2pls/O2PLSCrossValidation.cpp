@@ -12,7 +12,7 @@
 #include "kalmia/o2pls/O2PLSRounds.h"
 #include "kalmia/o2pls/Q2Limit.h"
 #include "kalmia/o2pls/SignificanceE.h"
-#include "kalmia/pcapls/PCACrossValidation.h"
+#include "kalmia/pcapls/CrossValidationGroups.h"
 #include "kalmia/support/CString.h"
 #include "kalmia/support/NCError.h"
 
@@ -382,7 +382,7 @@ O2PLSCrossValidation::O2PLSCrossValidation(const NCDataMatrix<float>* X, const N
     throw NCError(kBadGroups);
   if (X->SizeRows() != Y->SizeRows())
     throw NCError("Internal error in NCO2PLS\nX and Y matrices have different number of rows.");
-  const Groups used = groups ? *groups : GetDeafultCVGroupsVector(X->SizeRows(), cvGroups);
+  const Groups used = kalmia::GroupsOrDefault(groups, X->SizeRows(), cvGroups);
   if (predictive > 0 && kalmia::CountRounds(used) == 0) throw NCError(kBadGroups);  // a search finds no component
   NCO2PLS::RequireColumns(*X, *Y);
   Calculation(*X, *Y, used, progress, &results_).Run(maxIterations, predictive, xOrthogonal, yOrthogonal);

@@ -9,7 +9,7 @@
 #include "kalmia/o2pls/GroupSplit.h"
 #include "kalmia/o2pls/Q2Limit.h"
 #include "kalmia/pcapls/ComponentRows.h"
-#include "kalmia/pcapls/PCACrossValidation.h"
+#include "kalmia/pcapls/CrossValidationGroups.h"
 #include "kalmia/support/NCError.h"
 
 namespace {
@@ -166,7 +166,7 @@ O2PLSPredictiveComponentEstimator::O2PLSPredictiveComponentEstimator(const NCDat
                                                                      const NCIntegralVector<int, -99>* groups,
                                                                      int fixedComponents) {
   if (!groups && cvGroups < 1) return;  // no groups, no components
-  DoCalulations(*X, *Y, groups ? *groups : GetDeafultCVGroupsVector(Y->SizeRows(), cvGroups), fixedComponents);
+  DoCalulations(*X, *Y, kalmia::GroupsOrDefault(groups, Y->SizeRows(), cvGroups), fixedComponents);
 }
 
 void O2PLSPredictiveComponentEstimator::DoCalulations(NCDataMatrix<float> X, NCDataMatrix<float> Y,

@@ -6,7 +6,7 @@
 #include "kalmia/opls/NCOPLS.h"
 #include "kalmia/opls/OPLSCrossValidationRound.h"
 #include "kalmia/opls/OPLSProgress.h"
-#include "kalmia/pcapls/PCACrossValidation.h"
+#include "kalmia/pcapls/CrossValidationGroups.h"
 #include "kalmia/pcapls/Q2.h"
 #include "kalmia/support/NCError.h"
 
@@ -22,18 +22,10 @@ constexpr float kQ2LimitOfFew = 0.05F;
 
 using Matrices = std::vector<NCDataMatrix<float>>;
 
-NCIntegralVector<int, -99> GroupsOrDefault(const NCIntegralVector<int, -99>* groups, int observations, int rounds) {
-  if (!groups) return rounds > 0 ? GetDeafultCVGroupsVector(observations, rounds) : NCIntegralVector<int, -99>();
-  NCIntegralVector<int, -99> copy;
-  copy.CopyContent(*groups);
-  return copy;
-}
-
 void RequireMatchingTables(const NCDataMatrix<float>& X, const NCDataMatrix<float>& Y,
                            const NCIntegralVector<int, -99>* groups) {
   if (X.SizeRows() != Y.SizeRows()) throw NCError("OPLS cross validation: X and Y have not the same observations.");
-  if (groups && groups->Size() != X.SizeRows())
-    throw NCError("OPLS cross validation: there is not one group for each observation.");
+  if (groups) kalmia::RequireGroupForEach(*groups, X.SizeRows(), "observations");
 }
 
 void Require(bool matches) {
@@ -133,7 +125,7 @@ void OPLSCrossValidation::TakeTables(const NCDataMatrix<float>& X, const NCDataM
                                      const NCIntegralVector<int, -99>* groups) {
   x_.CopyContent(X);
   y_.CopyContent(Y);
-  groups_ = GroupsOrDefault(groups, X.SizeRows(), rounds_);
+  groups_ = kalmia::GroupsOrDefault(groups, X.SizeRows(), rounds_);
   yPred_ = NCDataMatrix<float>(Y.SizeRows(), Y.SizeColumns());
   ssYcv_ = NCDataVector<float>(rounds_);
   ssYcvOriginal_ = NCDataVector<float>(rounds_);

@@ -8,12 +8,17 @@
 
 namespace kalmia {
 
-NCIntegralVector<int, -99> GroupsOrDefault(const NCIntegralVector<int, -99>* given, int count, int rounds,
-                                           const char* what) {
+NCIntegralVector<int, -99> GroupsOrDefault(const NCIntegralVector<int, -99>* given, int count, int rounds) {
   if (!given) return GetDeafultCVGroupsVector(count, std::max(rounds, 1));
-  if (given->Size() == count) return *given;
+  NCIntegralVector<int, -99> copy;
+  copy.CopyContent(*given);
+  return copy;
+}
+
+void RequireGroupForEach(const NCIntegralVector<int, -99>& groups, int count, const char* what) {
+  if (groups.Size() == count) return;
   CString message;
-  message.Format("Cross validation: there are %i groups for %i %s.", given->Size(), count, what);
+  message.Format("Cross validation: there are %i groups for %i %s.", groups.Size(), count, what);
   throw NCError(message);
 }
 

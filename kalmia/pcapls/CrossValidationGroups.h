@@ -4,11 +4,13 @@
 
 namespace kalmia {
 
-/// The groups of a cross-validation: those given or, for null, GetDeafultCVGroupsVector of the rounds; with less than 1
-/// round there is still group 0. Throws NCError where there is not one group for each of `count` observations or
-/// variables: `what` says which, in the plural.
-NCIntegralVector<int, -99> GroupsOrDefault(const NCIntegralVector<int, -99>* given, int count, int rounds,
-                                           const char* what);
+/// The groups of a cross-validation: a deep copy of those given or, for null, GetDeafultCVGroupsVector of `count`
+/// observations or variables and the rounds; with less than 1 round there is still group 0.
+NCIntegralVector<int, -99> GroupsOrDefault(const NCIntegralVector<int, -99>* given, int count, int rounds);
+
+/// Throws NCError where there is not one group for each of `count` observations or variables: `what` says which, in the
+/// plural.
+void RequireGroupForEach(const NCIntegralVector<int, -99>& groups, int count, const char* what);
 
 /// Throws NCError where the model has not the `size` observations or variables any more that its validation was made
 /// for; `what` says which, in the plural.

@@ -79,8 +79,10 @@ PCACrossValidation::PCACrossValidation(NCPCA* model, float q2TotCum, const NCDat
   tSet_ = kalmia::WithoutRows(observations, rounds_);
   q2XVar_ = NCDataVector<float>(variables);
   xPredResiduals_ = NCDataMatrix<float>(observations, variables);
-  observationGroups_ = kalmia::GroupsOrDefault(observationGroups, observations, rounds_, "observations");
-  variableGroups_ = kalmia::GroupsOrDefault(variableGroups, variables, rounds_, "variables");
+  observationGroups_ = kalmia::GroupsOrDefault(observationGroups, observations, rounds_);
+  variableGroups_ = kalmia::GroupsOrDefault(variableGroups, variables, rounds_);
+  kalmia::RequireGroupForEach(observationGroups_, observations, "observations");
+  kalmia::RequireGroupForEach(variableGroups_, variables, "variables");
 }
 
 void PCACrossValidation::NextComponent(const NCDataVector<float>& ss, NCProgress* progress) {

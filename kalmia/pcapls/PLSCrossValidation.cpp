@@ -49,7 +49,8 @@ PLSCrossValidation::PLSCrossValidation(NCPLS* model, float q2TotCum, const NCDat
     : model_(model), rounds_(std::min(rounds, model->GetYResiduals()->SizeRows())) {
   const NCDataMatrix<float>& Y = *model->GetYResiduals();
   const int variables = model->GetXResiduals()->SizeColumns();
-  observationGroups_ = kalmia::GroupsOrDefault(observationGroups, Y.SizeRows(), rounds_, "observations");
+  observationGroups_ = kalmia::GroupsOrDefault(observationGroups, Y.SizeRows(), rounds_);
+  kalmia::RequireGroupForEach(observationGroups_, Y.SizeRows(), "observations");
   results_.yPredResiduals = NCDataMatrix<float>(Y.SizeRows(), Y.SizeColumns());
   results_.wSet = kalmia::WithoutRows(variables, rounds_);
   results_.cSet = kalmia::WithoutRows(Y.SizeColumns(), rounds_);

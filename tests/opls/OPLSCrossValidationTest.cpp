@@ -10,6 +10,7 @@
 #include "kalmia/pcapls/PCACrossValidation.h"
 #include "kalmia/support/NCError.h"
 #include "testing/Ints.h"
+#include "testing/MessageOf.h"
 #include "testing/RandomTables.h"
 
 namespace {
@@ -100,7 +101,8 @@ TEST(OPLSCrossValidation, ARoundWithoutObservationsLeavesNobodyOut) {
 TEST(OPLSCrossValidation, RefusesGroupsAndTablesOfDifferentLengths) {
   const Tables tables = RelatedTables(12, 4, 1, 0.0, 1);
   Groups groups = GetDeafultCVGroupsVector(11, 3);
-  EXPECT_THROW(Validated(tables, 1, 3, 0, &groups), NCError);
+  EXPECT_EQ(MessageOf([&] { Validated(tables, 1, 3, 0, &groups); }),
+            "Cross validation: there are 11 groups for 12 observations.") << "as all validations say it";
   EXPECT_THROW(Validated({tables.X, RandomMatrix<float>(11, 1, 0.0, 1)}, 1, 3, 0), NCError);
   OPLSCrossValidation fresh = Validated(tables, 1, 3, 0);
   EXPECT_THROW(OPLSCrossValidation(&tables.X, &tables.Y, fresh.GetData(), &groups), NCError);

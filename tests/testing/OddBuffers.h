@@ -43,6 +43,18 @@ class TellingBuffer : public OffsetBuffer {
   }
 };
 
+/// The same, but it says so quietly.
+class QuietBuffer : public OffsetBuffer {
+ public:
+  using OffsetBuffer::OffsetBuffer;
+
+ protected:
+  pos_type seekoff(off_type offset, std::ios_base::seekdir from, std::ios_base::openmode which) override {
+    if (from != std::ios_base::cur || offset != 0) return pos_type(off_type(-1));
+    return OffsetBuffer::seekoff(offset, from, which);
+  }
+};
+
 /// Runs through to its end before it throws, but finds back.
 class RunningBuffer : public OffsetBuffer {
  public:
