@@ -1,0 +1,1 @@
+// Exists so that the precompiled headers belong to a target.
