@@ -120,6 +120,7 @@ void Ward(benchmark::State& state) {
   Tree(state, WardDistanceCalculator(WardDistanceCalculator::DistanceIncrease));
 }
 BENCHMARK(Ward)->ArgsProduct({{1000, 2000, 4000, 8000}, {1, 2}})->Iterations(2)->UseRealTime();
+BENCHMARK(Ward)->ArgsProduct({{12000, 20000}, {2}})->Iterations(1)->UseRealTime();  // 0.9 and 2.4 GB
 
 /// A bar whose user never wants to stop.
 struct PatientUser : NCProgress::Sink {

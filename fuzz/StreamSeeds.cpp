@@ -107,6 +107,25 @@ std::string FittedPls() {
   return StreamOf(model);
 }
 
+/// A model that was restored without the scores of Y.
+std::string PlsWithoutU() {
+  const NCDataMatrix<float> x = RandomMatrix<float>(5, 3, 0.1, 3), y = RandomMatrix<float>(5, 2, 0.1, 4);
+  NCPLS fitted(&x, &y, /*maxIterations=*/50);
+  for (int a = 0; a < 2; ++a) {
+    fitted.NextComponent(nullptr, nullptr, /*quiet=*/true, /*strict=*/true);
+    fitted.CalculateResiduals();
+  }
+  const NCDataMatrix<float> none;
+  return StreamOf(NCPLS(fitted.GetXResiduals(), fitted.GetYResiduals(), fitted.GetCprim(), fitted.GetPprim(),
+                        fitted.GetWprim(), &none, fitted.GetTprim(), /*maxIterations=*/50));
+}
+
+/// Loadings and scores alone.
+std::string PcaWithoutX() {
+  const NCDataMatrix<float> none, P = RandomMatrix<float>(2, 3, 0, 5), T = RandomMatrix<float>(2, 4, 0.1, 6);
+  return StreamOf(NCPCA(&none, &P, &T, /*maxIterations=*/50));
+}
+
 std::string FittedPca() {
   NCPCA model(&Table(), /*maxIterations=*/50);
   model.NextComponent(nullptr, nullptr, 0, nullptr);
@@ -197,6 +216,8 @@ int main(int argc, char** argv) {
   write("transforms-1", VersionOneTransforms());
   write("pca", FittedPca());
   write("pls", FittedPls());
+  write("pls-without-u", PlsWithoutU());
+  write("pca-without-x", PcaWithoutX());
   write("pls-1", VersionOnePls());
   write("filter", Filter(1));
   write("filter-without-components", Filter(0));

@@ -1,14 +1,16 @@
 // Feeds bytes to every reader of streams. Each reader gets every input; one with another magic refuses it at once. What
 // is demanded is what the tests demand of a damaged stream: a refusal as the class promises it, or an object whose
 // invariants hold and which writes and reads back to the same bytes; from a pipe as from a stream of known length;
-// within the memory that a reader may take.
+// within the memory that a reader may take. Then the object is put to use.
 #include <gtest/gtest.h>
 
 #include <cstddef>
 #include <cstdint>
 #include <functional>
+#include <sstream>
 #include <string>
 
+#include "Operations.h"
 #include "cluster/Trees.h"
 #include "kalmia/kalmia.h"
 #include "testing/RandomTables.h"
@@ -20,12 +22,28 @@ namespace {
 template <class Object>
 using Invariants = std::function<void(const Object&)>;
 
+void UseObject(NCPLS& model) { Use(&model); }
+void UseObject(NCPCA& model) { Use(&model); }
+void UseObject(NCYOrthogonalPLS& filter) { Use(&filter); }
+void UseObject(NCScale& scale) { Use(&scale); }
+void UseObject(NCTransform& transform) { Use(transform); }
+void UseObject(StreamedOplsData& stored) { Use(stored.data); }
+void UseObject(HeldTree& held) { Use(held.Root()); }
+void UseObject(const VexStreamBase&) {}  // containers: models make use of them
+
+template <class Object>
+void UseWhatIsRead(const std::string& bytes) {
+  std::istringstream stream(bytes);
+  Object object;
+  if (stream >> object) UseObject(object);
+}
+
 /// A refusal is a false read.
 template <class Object>
 void Feed(const std::string& bytes, const Invariants<Object>& accepted = [](const Object&) {}) {
   StreamAttacks<Object> attacks;
   attacks.accepted = accepted;
-  attacks.Read(bytes);
+  if (attacks.Read(bytes)) UseWhatIsRead<Object>(bytes);
 }
 
 /// A refusal may be a VexStreamError too.
@@ -34,7 +52,7 @@ void FeedWithErrors(const std::string& bytes, const Invariants<Object>& accepted
   StreamAttacks<Object> attacks;
   attacks.accepted = accepted;
   attacks.mayThrow = true;
-  attacks.Read(bytes);
+  if (attacks.Read(bytes)) UseWhatIsRead<Object>(bytes);
 }
 
 template <class Container>
