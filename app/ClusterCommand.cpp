@@ -33,6 +33,7 @@ void CheckOptions(const ClusterOptions& options) {
     throw Failure(ExitCode::Usage, "--csv writes clusters: give --cut or --height; see kalmia cluster --help");
   }
   CheckPlaces({{"the table", options.table}}, OutputsOf(options));
+  if (!options.temp.empty()) CheckTemporaryFolder(options.temp);
 }
 
 void CheckCut(const CsvTable& table, const ClusterOptions& options) {

@@ -15,6 +15,7 @@
 #include "app/Failure.h"
 #include "app/Interrupt.h"
 #include "app/Numbers.h"
+#include "app/TemporaryPath.h"
 #include "kalmia/cluster/DendroGram.h"
 #include "kalmia/cluster/PairMemory.h"
 #include "kalmia/support/TempFile.h"
@@ -31,37 +32,41 @@ static_assert(kBytesPerPair == kNeedsOfWard.perPair, "--memory is the room of ei
 constexpr int kGiveUp = 5;  ///< the answer to the library's question that ends the calculation
 constexpr std::size_t kRowsNamed = 10;
 
-/// Throws Failure (Files) if no file can be made in the folder.
-void CheckFolder(const std::string& folder) {
-  std::string name = folder + "/.kalmia-XXXXXX";
-  const int file = mkstemp(name.data());
-  if (file < 0) {
-    throw Failure(ExitCode::Files, "cannot make temporary files in " + OneLine(folder) + ": " +
-                                       std::generic_category().message(errno));
-  }
-  close(file);
-  unlink(name.c_str());
+std::string FolderFor(const ClusterOptions& options) {
+  return options.temp.empty() ? TemporaryDirectory() : options.temp;
 }
 
-/// TMPDIR as it should be while the object lives.
-class TemporaryFolderSetting {
+/// Makes a folder of its own in this one; empty, with errno, where none can be made.
+std::string MakeFolderIn(const std::string& folder) {
+  std::string path = folder + "/.kalmia-XXXXXX";
+  return mkdtemp(path.data()) == nullptr ? "" : path;
+}
+
+/// A folder of the library's temporary files while the object lives: its own, in the one that is named, so that whatever
+/// is in it goes with it, by a signal too. Where none can be made the library meets the same trouble, if it needs one.
+class TemporaryFolder {
  public:
-  explicit TemporaryFolderSetting(const std::string& folder) {
+  explicit TemporaryFolder(const std::string& folder) {
     if (const char* const before = std::getenv("TMPDIR")) before_ = before;
-    if (!folder.empty()) setenv("TMPDIR", folder.c_str(), 1);
+    const DeadlineHold untilItIsNoted;
+    const std::string path = MakeFolderIn(folder);
+    if (path.empty()) return;
+    own_.emplace(path, TemporaryPath::Kind::FolderWithFiles);
+    setenv("TMPDIR", path.c_str(), 1);
   }
-  ~TemporaryFolderSetting() {
+  ~TemporaryFolder() {
     if (before_) {
       setenv("TMPDIR", before_->c_str(), 1);
     } else {
       unsetenv("TMPDIR");
     }
   }
-  TemporaryFolderSetting(const TemporaryFolderSetting&) = delete;
-  TemporaryFolderSetting& operator=(const TemporaryFolderSetting&) = delete;
+  TemporaryFolder(const TemporaryFolder&) = delete;
+  TemporaryFolder& operator=(const TemporaryFolder&) = delete;
 
  private:
   std::optional<std::string> before_;
+  std::optional<TemporaryPath> own_;
 };
 
 /// The cap on the distances in memory while the object lives.
@@ -106,9 +111,8 @@ std::string DistancesText(int rows) {
                                        ", more than there is memory for them; --method single can use the disk");
 }
 
-[[noreturn]] void FailForSpace(int rows) {
-  const std::string folder = TemporaryDirectory();
-  CheckFolder(folder);
+[[noreturn]] void FailForSpace(const std::string& folder, int rows) {
+  CheckTemporaryFolder(folder);
   std::error_code ignored;
   throw Failure(ExitCode::Files, DistancesText(rows) + " take " + BytesText(PairsOf(rows) * kBytesPerPair * 2) +
                                      " of temporary files, and " + OneLine(folder) + " has " +
@@ -116,9 +120,8 @@ std::string DistancesText(int rows) {
                                      " free: name another folder with --temp, or give more --memory");
 }
 
-[[noreturn]] void FailForFiles(const NCError& error) {
-  const std::string folder = TemporaryDirectory();
-  CheckFolder(folder);
+[[noreturn]] void FailForFiles(const std::string& folder, const NCError& error) {
+  CheckTemporaryFolder(folder);
   throw Failure(ExitCode::Files, "temporary files in " + OneLine(folder) +
                                      " fail (the disk may be full, or there are too many: give more --memory): " +
                                      OneLine(static_cast<const char*>(error.GetMessage())));
@@ -147,6 +150,16 @@ std::string RowsWithLittleInCommon(const ClusterData& data, const DendroGram::Co
 
 }  // namespace
 
+void CheckTemporaryFolder(const std::string& folder) {
+  const DeadlineHold untilItIsGone;
+  const std::string path = MakeFolderIn(folder);
+  if (path.empty()) {
+    throw Failure(ExitCode::Files, "cannot make temporary files in " + OneLine(folder) + ": " +
+                                       std::generic_category().message(errno));
+  }
+  rmdir(path.c_str());
+}
+
 std::string BytesText(std::uint64_t bytes) {
   const char* const units[] = {"bytes", "KiB", "MiB", "GiB", "TiB"};
   double size = static_cast<double>(bytes);
@@ -158,9 +171,8 @@ std::string BytesText(std::uint64_t bytes) {
 OwnedTree BuildTree(const std::string& table, const ClusterData& data, const ClusterOptions& options,
                     NCProgress* progress, Notes* notes) {
   using namespace DendroGram;
-  const DeadlineHold whileThereAreTemporaryFiles;
-  if (!options.temp.empty()) CheckFolder(options.temp);
-  const TemporaryFolderSetting folder(options.temp);
+  const std::string folder = FolderFor(options);
+  const TemporaryFolder temporary(folder);
   const MemorySetting memory(options.memory);
   const DiskDialogue dialogue;
   // Its roots are on the scale of distances: for two rows it is their distance over the root of two.
@@ -172,7 +184,7 @@ OwnedTree BuildTree(const std::string& table, const ClusterData& data, const Clu
     OwnedTree tree(GetDendroGram(data.cells, calculator, progress, /*cache=*/nullptr));
     if (dialogue.UsesDisk()) {
       notes->Add(DistancesText(data.Rows()) + " found no room in memory and were kept in temporary files in " +
-                 OneLine(TemporaryDirectory()));
+                 OneLine(folder));
     }
     return tree;
   } catch (const ClusterAllocationError&) {
@@ -181,8 +193,8 @@ OwnedTree BuildTree(const std::string& table, const ClusterData& data, const Clu
     throw Failure(ExitCode::BadData, table + ": " + RowsWithLittleInCommon(data, error));
   } catch (const NCError& error) {
     StopIfInterrupted();
-    if (dialogue.Refused()) FailForSpace(data.Rows());
-    if (dialogue.UsesDisk()) FailForFiles(error);
+    if (dialogue.Refused()) FailForSpace(folder, data.Rows());
+    if (dialogue.UsesDisk()) FailForFiles(folder, error);
     const std::string rows = RowsWithHoles(data);
     if (rows.empty()) throw;
     throw Failure(ExitCode::BadData, table + ": " + rows);

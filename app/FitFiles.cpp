@@ -27,6 +27,7 @@ FitFiles WriteFitFiles(const FitOptions& options, const std::function<std::strin
   ProgressLine line;
   line.ShowAtOnce("writing the results", 0.0);
   OutputFiles files;
+  if (!options.csvFolder.empty()) files.MakeFolder(options.csvFolder);  // first: the model may be to lie in it
   if (!options.save.empty()) {
     files.Stage(options.save, modelBytes());
     written.saved = options.save;
@@ -36,7 +37,6 @@ FitFiles WriteFitFiles(const FitOptions& options, const std::function<std::strin
     written.savedCv = crossValidation.path;
   }
   if (!options.csvFolder.empty()) {
-    files.MakeFolder(options.csvFolder);
     for (const CsvFile& file : csvFiles()) {
       written.csv.push_back((fs::path(options.csvFolder) / file.name).string());
       files.Stage(written.csv.back(), file.bytes);

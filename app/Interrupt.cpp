@@ -1,11 +1,13 @@
 #include "app/Interrupt.h"
 
+#include <poll.h>
+#include <pthread.h>
 #include <signal.h>
 #include <time.h>
 #include <unistd.h>
 
 #include <atomic>
-#include <csignal>
+#include <cerrno>
 #include <string_view>
 
 #include "app/Failure.h"
@@ -15,43 +17,70 @@ namespace kalmia::app {
 
 namespace {
 
-constexpr long kPatience = 100'000'000;       ///< nanoseconds from the signal to the deadline
-constexpr long kPatienceOnHold = 20'000'000;  ///< and from one look at the holds to the next
-constexpr int kDeadlineSignal = SIGVTALRM;     ///< of a timer that nothing else uses
+constexpr long kPatience = 100'000'000;     ///< nanoseconds from the signal to the deadline
+constexpr int kDeadlineSignal = SIGVTALRM;  ///< of a timer that nothing else uses
 
-volatile std::sig_atomic_t stopSignal = 0;
-volatile std::sig_atomic_t hasDeadline = 0;
-timer_t deadline;
+// Other threads read the flag; everything else is of the main thread and of the handlers that interrupt it.
+std::atomic<int> stopSignal{0};
+std::atomic<bool> hasDeadline{false};
 std::atomic<int> holds{0};
+std::atomic<bool> endsAfterHolds{false};
+static_assert(std::atomic<int>::is_always_lock_free && std::atomic<bool>::is_always_lock_free, "handlers use them");
 
-/// A signal handler may call it.
-void StartDeadline(long nanoseconds) {
+// Set before the first handler is.
+timer_t deadline;
+pthread_t mainThread;
+bool errorIsTerminal = false;
+
+void StartDeadline() {
   itimerspec time = {};
-  time.it_value.tv_nsec = nanoseconds;
+  time.it_value.tv_nsec = kPatience;
   timer_settime(deadline, 0, &time, nullptr);
 }
 
-/// A terminal that is closed may hang up twice, which is no haste.
-extern "C" void NoteSignal(int signal) {
+/// Nothing where standard error cannot take it, as a pipe that nobody reads: the end waits for nobody.
+void SayStopped() {
+  constexpr std::string_view kWiped = "\r\x1b[Kkalmia: stopped\n";  // the first characters wipe the bar
+  const std::string_view text = kWiped.substr(errorIsTerminal ? 0 : kWiped.find('k'));
+  pollfd error = {STDERR_FILENO, POLLOUT, 0};
+  if (poll(&error, 1, 0) != 1) return;
+  [[maybe_unused]] const ssize_t written = write(STDERR_FILENO, text.data(), text.size());
+}
+
+[[noreturn]] void End() {
+  RemoveTemporaryPaths();
+  SayStopped();
+  _exit(ExitStatus(ExitCode::Stopped));
+}
+
+void EndUnlessHeld() {
+  if (holds == 0) End();
+  endsAfterHolds = true;
+}
+
+void NoteSignal(int signal) {
   if (stopSignal == 0) {
     stopSignal = signal;
-    if (hasDeadline != 0) StartDeadline(kPatience);
+    if (hasDeadline) StartDeadline();
   } else if (signal == SIGINT) {
-    _exit(ExitStatus(ExitCode::Stopped));
+    EndUnlessHeld();
   }
 }
 
-extern "C" void EndAtDeadline(int /*signal*/) {
-  if (hasDeadline == 0) return;
-  if (holds > 0) {
-    StartDeadline(kPatienceOnHold);
-    return;
+void MeetDeadline(int /*signal*/) {
+  if (hasDeadline) EndUnlessHeld();
+}
+
+/// Handles a signal in the main thread alone, so that no hold begins while the handler looks at the holds.
+template <void (*handle)(int)>
+void InMainThread(int signal) {
+  const int error = errno;
+  if (pthread_equal(pthread_self(), mainThread) != 0) {
+    handle(signal);
+  } else {
+    pthread_kill(mainThread, signal);
   }
-  RemoveTemporaryPaths();
-  constexpr std::string_view kWiped = "\r\x1b[Kkalmia: stopped\n";  // the first characters wipe the bar
-  const std::string_view text = kWiped.substr(isatty(STDERR_FILENO) == 1 ? 0 : kWiped.find('k'));
-  [[maybe_unused]] const ssize_t written = write(STDERR_FILENO, text.data(), text.size());
-  _exit(ExitStatus(ExitCode::Stopped));
+  errno = error;
 }
 
 void Handle(int signal, void (*handler)(int)) {
@@ -65,33 +94,48 @@ void Handle(int signal, void (*handler)(int)) {
 void CatchUnlessIgnored(int signal) {
   struct sigaction before = {};
   if (sigaction(signal, nullptr, &before) == 0 && before.sa_handler == SIG_IGN) return;
-  Handle(signal, NoteSignal);
+  Handle(signal, InMainThread<NoteSignal>);
+}
+
+/// False where there is no timer: the work then stops where it looks.
+bool MakeDeadline() {
+  sigevent event = {};
+  event.sigev_notify = SIGEV_SIGNAL;
+  event.sigev_signo = kDeadlineSignal;
+  if (timer_create(CLOCK_MONOTONIC, &event, &deadline) != 0) return false;
+  sigset_t own = {};
+  sigemptyset(&own);
+  sigaddset(&own, kDeadlineSignal);  // which the starter of the process may have blocked
+  return pthread_sigmask(SIG_UNBLOCK, &own, nullptr) == 0;
 }
 
 }  // namespace
 
 void CatchSignals() {
-  Handle(SIGINT, NoteSignal);
+  mainThread = pthread_self();
+  errorIsTerminal = isatty(STDERR_FILENO) == 1;
+  Handle(SIGINT, InMainThread<NoteSignal>);
   CatchUnlessIgnored(SIGTERM);
   CatchUnlessIgnored(SIGHUP);
   Handle(SIGXFSZ, SIG_IGN);
 }
 
 void CatchSignalsWithDeadline() {
-  CatchSignals();
-  sigevent event = {};
-  event.sigev_notify = SIGEV_SIGNAL;
-  event.sigev_signo = kDeadlineSignal;
-  if (timer_create(CLOCK_MONOTONIC, &event, &deadline) != 0) return;  // the work still stops where it looks
-  Handle(kDeadlineSignal, EndAtDeadline);
-  hasDeadline = 1;
+  mainThread = pthread_self();
+  if (MakeDeadline()) {
+    Handle(kDeadlineSignal, InMainThread<MeetDeadline>);
+    hasDeadline = true;
+  }
+  CatchSignals();  // last: a signal finds its deadline
 }
 
-void CancelDeadline() { hasDeadline = 0; }
+void CancelDeadline() { hasDeadline = false; }
 
 DeadlineHold::DeadlineHold() { ++holds; }
 
-DeadlineHold::~DeadlineHold() { --holds; }
+DeadlineHold::~DeadlineHold() {
+  if (--holds == 0 && endsAfterHolds) End();
+}
 
 bool Interrupted() { return stopSignal != 0; }
 

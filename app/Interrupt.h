@@ -4,20 +4,28 @@
 
 namespace kalmia::app {
 
-/// From here on Ctrl-C, a request to terminate and a terminal that hangs up only raise a flag, which the work looks at
-/// where it can stop cleanly. A Ctrl-C after that ends the process at once. Writing beyond a limit of file size becomes
-/// an ordinary error too.
+// What a signal does, for Ctrl-C (SIGINT), a request to terminate (SIGTERM) and a terminal that hangs up (SIGHUP):
+//
+// - the first one raises a flag. The work stops where it looks at the flag. Where it has not ended within 100 ms, the
+//   process ends where it stands: it removes its temporary paths and says that it was stopped;
+// - a second Ctrl-C ends the process in the same way at once. A second one of the others does nothing: a terminal that
+//   is closed may hang up twice, which is no haste;
+// - no end comes within a step that must not be left half done (DeadlineHold), but at the end of that step.
+//
+// A run that met a signal exits with 128 + its number, whatever else went wrong.
+
+/// From here on the signals raise the flag, and a second Ctrl-C ends the process. For the main thread: handlers run
+/// there, whichever thread the signal comes to, and calls that wait there end with EINTR. Writing beyond a limit of
+/// file size becomes an ordinary error too.
 void CatchSignals();
 
-/// The same, and such a stop comes at the latest 100 ms after the signal, also where the work is deaf: the process then
-/// removes its temporary paths, says that it was stopped, and ends. For main(): nothing is unwound.
+/// The same, with the deadline of 100 ms. For main(): nothing is unwound there.
 void CatchSignalsWithDeadline();
 
 /// The stop has come: the deadline is off, and what main() has to say is said once.
 void CancelDeadline();
 
-/// The deadline waits while one of these lives: in a step that must not be left half done, or where a library has
-/// temporary files of its own.
+/// No signal ends the process while one of these lives. For short steps of the main thread.
 class DeadlineHold {
  public:
   DeadlineHold();

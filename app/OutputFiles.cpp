@@ -1,6 +1,7 @@
 #include "app/OutputFiles.h"
 
 #include <fcntl.h>
+#include <signal.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -71,8 +72,34 @@ int FinishTemporary(int file, std::string_view bytes, const std::string& path, m
   return error;
 }
 
+/// A pipe without a reader any more is an error while one of these lives, not the end of the process.
+class BrokenPipesAsErrors {
+ public:
+  BrokenPipesAsErrors() {
+    struct sigaction ignored = {};
+    ignored.sa_handler = SIG_IGN;
+    sigaction(SIGPIPE, &ignored, &before_);
+  }
+  ~BrokenPipesAsErrors() { sigaction(SIGPIPE, &before_, nullptr); }
+  BrokenPipesAsErrors(const BrokenPipesAsErrors&) = delete;
+  BrokenPipesAsErrors& operator=(const BrokenPipesAsErrors&) = delete;
+
+ private:
+  struct sigaction before_ = {};
+};
+
+/// Opens for writing, or -1. A pipe with a name makes this wait until somebody reads from it.
+int OpenDirectly(const std::string& path) {
+  for (;;) {
+    const int file = open(path.c_str(), O_WRONLY | O_CLOEXEC | O_NOCTTY);
+    if (file >= 0 || errno != EINTR) return file;
+    StopIfInterrupted();
+  }
+}
+
 void WriteDirectly(const std::string& path, std::string_view bytes) {
-  const int file = open(path.c_str(), O_WRONLY | O_CLOEXEC);
+  const BrokenPipesAsErrors here;
+  const int file = OpenDirectly(path);
   if (file < 0) FailToWrite(path, errno);
   int error = WriteAll(file, bytes);
   if (close(file) != 0 && error == 0) error = errno;
@@ -84,13 +111,13 @@ std::string FolderOf(const std::string& path) {
   return folder.empty() ? "." : folder;
 }
 
-/// Gives the file under `path` a second name, or, on a file system without links, moves it there. Returns that name;
-/// nothing if there is no file.
-std::string BackUp(const std::string& path, const std::string& backup) {
-  struct stat old = {};
-  if (stat(path.c_str(), &old) != 0 || !S_ISREG(old.st_mode)) return "";
-  if (link(path.c_str(), backup.c_str()) == 0) return backup;
-  return std::rename(path.c_str(), backup.c_str()) == 0 ? backup : "";
+/// Whether the user may take a file of this folder away, as a move into its place does. In a folder with the sticky bit,
+/// as /tmp, only who owns the file or the folder may.
+bool MayReplace(const struct stat& file, const std::string& folder) {
+  struct stat of = {};
+  const uid_t user = geteuid();
+  if (user == 0 || stat(folder.c_str(), &of) != 0 || (of.st_mode & S_ISVTX) == 0) return true;
+  return file.st_uid == user || of.st_uid == user;
 }
 
 /// The new names reach the disk with their folder. Not every file system can; the files themselves are safe by then.
@@ -115,9 +142,10 @@ std::string BehindLinks(const std::string& path) {
 }
 
 void OutputFiles::MakeFolder(const std::string& path) {
+  const std::string target = BehindLinks(path);
   const DeadlineHold untilItIsNoted;
-  if (mkdir(path.c_str(), 0777) == 0) {
-    folders_.emplace_back(path, TemporaryPath::Kind::Folder);
+  if (mkdir(target.c_str(), 0777) == 0) {
+    folders_.emplace_back(target, TemporaryPath::Kind::Folder);
     return;
   }
   const int error = errno;
@@ -138,6 +166,7 @@ void OutputFiles::Stage(const std::string& path, std::string_view bytes) {
       direct_.push_back({path, std::string(bytes)});
       return;
     }
+    if (!MayReplace(old, FolderOf(BehindLinks(path)))) FailToWrite(path, EPERM);
   } else if (errno != ENOENT) {
     FailToWrite(path, errno);
   }
@@ -153,7 +182,7 @@ int OutputFiles::MakeTemporary(const std::string& target) {
   const DeadlineHold untilItIsNoted;
   std::string temporary = FolderOf(target) + "/.kalmia-XXXXXX";
   const int file = mkstemp(temporary.data());
-  if (file >= 0) staged_.push_back({TemporaryPath(temporary, TemporaryPath::Kind::File), target, ""});
+  if (file >= 0) staged_.push_back({TemporaryPath(temporary, TemporaryPath::Kind::File), target, temporary + ".old"});
   return file;
 }
 
@@ -162,38 +191,54 @@ void OutputFiles::Commit() {
   for (const DirectWrite& file : direct_) WriteDirectly(file.path, file.bytes);
   direct_.clear();
   MoveAll();
+  for (const StagedFile& file : staged_) SyncFolder(FolderOf(file.path));
+  staged_.clear();
+  folders_.clear();
+}
+
+/// Gives what is to be replaced a second name, or, on a file system without links, moves it there; the error number, or
+/// 0, also where there is no file.
+int OutputFiles::BackUp(StagedFile* file) {
+  struct stat old = {};
+  if (stat(file->path.c_str(), &old) != 0 || !S_ISREG(old.st_mode)) return 0;
+  file->hasBackup = link(file->path.c_str(), file->backup.c_str()) == 0 ||
+                    std::rename(file->path.c_str(), file->backup.c_str()) == 0;
+  return file->hasBackup ? 0 : errno;
+}
+
+/// The error number, or 0. After an error all is as before.
+int OutputFiles::Move(StagedFile* file) {
+  int error = BackUp(file);
+  if (error != 0) return error;
+  if (std::rename(file->temporary.Path().c_str(), file->path.c_str()) == 0) return 0;
+  error = errno;
+  if (file->hasBackup) TakeBack(*file);
+  return error;
+}
+
+/// Undoes a move: what was replaced returns, what is new goes.
+void OutputFiles::TakeBack(const StagedFile& file) {
+  if (!file.hasBackup) {
+    unlink(file.path.c_str());
+    return;
+  }
+  std::rename(file.backup.c_str(), file.path.c_str());
+  unlink(file.backup.c_str());  // still there where both were names of one file: then the renaming does nothing
 }
 
 void OutputFiles::MoveAll() {
   const DeadlineHold untilAllAreMoved;
+  StopIfInterrupted();
   for (std::size_t i = 0; i < staged_.size(); ++i) {
-    StagedFile& file = staged_[i];
-    file.backup = BackUp(file.path, file.temporary.Path() + ".old");
-    if (std::rename(file.temporary.Path().c_str(), file.path.c_str()) == 0) continue;
-    const int error = errno;
-    if (!file.backup.empty()) std::rename(file.backup.c_str(), file.path.c_str());
-    TakeBack(i);
-    FailToWrite(file.path, error);
+    const int error = Move(&staged_[i]);
+    if (error == 0) continue;
+    for (std::size_t k = 0; k < i; ++k) TakeBack(staged_[k]);
+    FailToWrite(staged_[i].path, error);
   }
   for (TemporaryPath& folder : folders_) folder.Keep();
   for (StagedFile& file : staged_) {
     file.temporary.Keep();
-    if (!file.backup.empty()) unlink(file.backup.c_str());
-    SyncFolder(FolderOf(file.path));
-  }
-  folders_.clear();
-  staged_.clear();
-}
-
-/// Undoes the first moves: what was replaced returns, what is new goes.
-void OutputFiles::TakeBack(std::size_t moved) {
-  for (std::size_t i = 0; i < moved; ++i) {
-    const StagedFile& file = staged_[i];
-    if (file.backup.empty()) {
-      unlink(file.path.c_str());
-    } else {
-      std::rename(file.backup.c_str(), file.path.c_str());
-    }
+    if (file.hasBackup) unlink(file.backup.c_str());
   }
 }
 

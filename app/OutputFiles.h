@@ -10,7 +10,8 @@ namespace kalmia::app {
 
 /// Files that appear together and whole, or not at all: each is first written under a temporary name beside its place
 /// and brought to the disk; Commit() then moves them all. Files that they replace stay at hand until the last move, and
-/// come back where one fails. What was not committed vanishes with the object.
+/// come back where one fails. No signal ends the process between the first move and the last. What was not committed
+/// vanishes with the object.
 /// Every operation throws Failure (Files) that names the file.
 class OutputFiles {
  public:
@@ -18,19 +19,22 @@ class OutputFiles {
   OutputFiles(const OutputFiles&) = delete;
   OutputFiles& operator=(const OutputFiles&) = delete;
 
-  /// Makes a folder (its parent must exist), or does nothing if it is there.
+  /// Makes a folder (its parent must exist), or does nothing if it is there. A link to a folder that is not there yet
+  /// is followed.
   void MakeFolder(const std::string& path);
-  /// Takes the content of a file. An existing file keeps its permissions, and has to be one that may be written; a
-  /// link is followed, to a file that is not there yet too. A device or a pipe is written to as it is, when the files
-  /// are committed.
+  /// Takes the content of a file. An existing file keeps its permissions, and has to be one that may be written, and
+  /// replaced; a link is followed, to a file that is not there yet too. A device or a pipe is written to as it is, when
+  /// the files are committed, before any of them moves: what it refuses keeps them from appearing.
   void Stage(const std::string& path, std::string_view bytes);
+  /// Also throws Failure (Stopped) after a signal, with no file moved.
   void Commit();
 
  private:
   struct StagedFile {
     TemporaryPath temporary;
     std::string path;
-    std::string backup;  ///< what was under `path` before the move; empty if there was nothing
+    std::string backup;      ///< name for what was under `path` before the move
+    bool hasBackup = false;  ///< whether it is there
   };
   struct DirectWrite {
     std::string path;
@@ -38,8 +42,10 @@ class OutputFiles {
   };
 
   int MakeTemporary(const std::string& target);
+  static int BackUp(StagedFile* file);
+  static int Move(StagedFile* file);
+  static void TakeBack(const StagedFile& file);
   void MoveAll();
-  void TakeBack(std::size_t moved);
 
   std::vector<TemporaryPath> folders_;  // outlive the files in them
   std::vector<StagedFile> staged_;

@@ -6,11 +6,11 @@ namespace kalmia::app {
 
 struct TemporaryEntry;
 
-/// A file, or an empty folder, that is removed with the object, or where the process ends at the deadline after a
-/// signal (Interrupt.h); unless it is kept. Made by one thread alone.
+/// A file, an empty folder, or a folder with the files in it, that is removed with the object, or where a signal ends
+/// the process (Interrupt.h); unless it is kept. Made by one thread alone.
 class TemporaryPath {
  public:
-  enum class Kind { File, Folder };
+  enum class Kind { File, Folder, FolderWithFiles };
 
   TemporaryPath(const std::string& path, Kind kind);
   ~TemporaryPath();

@@ -29,23 +29,32 @@ void RunCommandLine(int argc, char** argv) {
   WriteStandardOutput(output);
 }
 
+/// What the exception that is being handled says.
+Failure FailureOfException() {
+  try {
+    throw;
+  } catch (const Failure& failure) {
+    return failure;
+  } catch (const Exception& error) {
+    return {ExitCode::BadData, OneLine(static_cast<const char*>(error.GetMessage()))};
+  } catch (const std::bad_alloc&) {
+    return {ExitCode::BadData, "not enough memory"};
+  } catch (const std::exception& error) {
+    return {ExitCode::BadData, OneLine(error.what())};
+  }
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
-  ExitCode code = ExitCode::BadData;
   try {
     RunCommandLine(argc, argv);
     return static_cast<int>(ExitCode::Success);
-  } catch (const Failure& failure) {
+  } catch (...) {
     CancelDeadline();
+    // A run that was to stop has stopped, whatever came in between.
+    const Failure failure = Interrupted() ? Failure(ExitCode::Stopped, "stopped") : FailureOfException();
     PrintError(failure.what());
-    code = failure.Code();
-  } catch (const Exception& error) {
-    PrintError(OneLine(static_cast<const char*>(error.GetMessage())));
-  } catch (const std::bad_alloc&) {
-    PrintError("not enough memory");
-  } catch (const std::exception& error) {
-    PrintError(OneLine(error.what()));
+    return ExitStatus(failure.Code());
   }
-  return ExitStatus(code);
 }

@@ -232,4 +232,16 @@ TEST(Interrupt, ATerminatedClusterAnalysisAndOneWhoseTerminalIsGoneLeaveNothingB
   }
 }
 
+TEST(SecondCtrlC, RemovesTheTemporaryFilesOfAClusterAnalysis) {
+  const ScratchFolder folder, temporary;
+  const std::string table = folder.Write("t.csv", UnrelatedTable(3000, 3, 1, 1));
+  for (const char* step : {"Calculating and saving", "Splitting distances"}) {
+    const CommandResult run = RunOnTerminal(
+        {"cluster", table, "--method", "single", "--memory", "1M", "--temp", temporary.Path(".")}, step, SIGINT, 2);
+    EXPECT_EQ(run.exitCode, 130) << step;
+    EXPECT_THAT(run.error, HasSubstr("kalmia: stopped"));
+    EXPECT_EQ(temporary.Names(), std::vector<std::string>()) << step;
+  }
+}
+
 }  // namespace

@@ -64,8 +64,8 @@ void Prepare(const CommandRun& run, const std::string& input, const std::string&
   }
 }
 
-/// Whether the process catches SIGINT by now and sleeps: it waits for input.
-bool IsReading(pid_t process) {
+/// Whether the process catches SIGINT by now and sleeps.
+bool IsAsleep(pid_t process) {
   std::ifstream status("/proc/" + std::to_string(process) + "/status");
   bool sleeps = false;
   bool catches = false;
@@ -74,6 +74,12 @@ bool IsReading(pid_t process) {
     if (line.rfind("SigCgt:", 0) == 0) catches = (std::stoull(line.substr(7), nullptr, 16) >> (SIGINT - 1) & 1U) != 0;
   }
   return sleeps && catches;
+}
+
+/// Returns once the process waits for input, or for somebody to take its output: it has been asleep for some time.
+void AwaitItsWait(pid_t process) {
+  constexpr int kLooks = 20;  // a calculation does not sleep through so many
+  for (int asleep = 0; asleep < kLooks; asleep = IsAsleep(process) ? asleep + 1 : 0) usleep(1000);
 }
 
 }  // namespace
@@ -105,7 +111,8 @@ CommandResult RunKalmia(const std::vector<std::string>& arguments, const std::st
   return RunKalmia(run);
 }
 
-CommandResult RunOnTerminal(const std::vector<std::string>& arguments, const std::string& interruptAt, int signal) {
+CommandResult RunOnTerminal(const std::vector<std::string>& arguments, const std::string& interruptAt, int signal,
+                            int times) {
   int terminal = -1;
   const pid_t process = forkpty(&terminal, nullptr, nullptr, nullptr);
   if (process < 0) throw std::runtime_error("no terminal");
@@ -117,7 +124,10 @@ CommandResult RunOnTerminal(const std::vector<std::string>& arguments, const std
     if (got <= 0) break;
     result.error.append(block.data(), static_cast<std::size_t>(got));
   }
-  if (!interruptAt.empty()) kill(process, signal);
+  for (int i = 0; i < times && !interruptAt.empty(); ++i) {
+    if (i > 0) usleep(1000);  // two that come together are one
+    kill(process, signal);
+  }
   result.error += Drain(terminal);
   result.exitCode = ExitCode(process);
   close(terminal);
@@ -140,7 +150,7 @@ CommandResult DoOnTerminal(const std::function<void()>& work) {
   return result;
 }
 
-CommandResult InterruptWaitingForInput(const std::vector<std::string>& arguments) {
+CommandResult InterruptWaiting(const std::vector<std::string>& arguments) {
   const ScratchFolder folder;
   const std::string output = folder.Write("output", "");
   const std::string error = folder.Write("error", "");
@@ -153,7 +163,7 @@ CommandResult InterruptWaitingForInput(const std::vector<std::string>& arguments
     Prepare({}, pipe, output, error);
     Execute(arguments);
   }
-  while (!IsReading(process)) usleep(1000);
+  AwaitItsWait(process);
   kill(process, SIGINT);
   CommandResult result;
   result.exitCode = ExitCode(process);

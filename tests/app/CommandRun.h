@@ -30,17 +30,18 @@ struct CommandRun {
 CommandResult RunKalmia(const CommandRun& run);
 CommandResult RunKalmia(const std::vector<std::string>& arguments, const std::string& input = "");
 
-/// Runs `kalmia` on a terminal of its own; sends it the signal once `interruptAt` has appeared there. `error` then
-/// holds what the terminal showed, both outputs together.
+/// Runs `kalmia` on a terminal of its own; sends it the signal, so many times, once `interruptAt` has appeared there.
+/// `error` then holds what the terminal showed, both outputs together.
 CommandResult RunOnTerminal(const std::vector<std::string>& arguments, const std::string& interruptAt = "",
-                            int signal = SIGINT);
+                            int signal = SIGINT, int times = 1);
 
 /// Does some work in a process of its own, with exit code 0 at its end, on a terminal of its own; `error` holds what the
 /// terminal showed.
 CommandResult DoOnTerminal(const std::function<void()>& work);
 
-/// Runs `kalmia` with a standard input on which nothing comes, and sends it SIGINT once it waits there.
-CommandResult InterruptWaitingForInput(const std::vector<std::string>& arguments);
+/// Runs `kalmia` with a standard input on which nothing comes, and sends it SIGINT once it waits: there, or for somebody
+/// to open or to empty a pipe.
+CommandResult InterruptWaiting(const std::vector<std::string>& arguments);
 
 /// A folder of its own for one test, removed with all that is in it.
 class ScratchFolder {

@@ -4,7 +4,9 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <chrono>
 #include <filesystem>
+#include <thread>
 
 #include "CommandRun.h"
 #include "app/Failure.h"
@@ -168,6 +170,84 @@ TEST(OutputFiles, LeaveNoSecondNameOfWhatTheyReplaced) {
   files.Commit();
   EXPECT_EQ(ReadWholeFile(folder.Path("a")), "new");
   EXPECT_THAT(folder.Names(), ElementsAre("a"));
+}
+
+TEST(OutputFiles, LeaveNoSecondNameWhereAMoveFails) {
+  const ScratchFolder folder;
+  const std::string old = folder.Write("a", "old");
+  {
+    OutputFiles files;
+    files.Stage(old, "new");
+    for (const std::string& name : folder.Names()) {
+      if (name != "a") unlink(folder.Path(name).c_str());  // what was to be moved
+    }
+    EXPECT_THROW(files.Commit(), Failure);
+    EXPECT_THAT(folder.Names(), ElementsAre("a"));
+  }
+  EXPECT_THAT(folder.Names(), ElementsAre("a"));
+  EXPECT_EQ(ReadWholeFile(old), "old");
+}
+
+TEST(OutputFiles, RefuseAFileOfSomebodyElseInAFolderWithTheStickyBit) {
+  if (geteuid() != 0) GTEST_SKIP() << "takes two users";
+  const ScratchFolder folder;
+  const std::string path = folder.Write("old", "keep me");
+  chmod(path.c_str(), 0666);
+  chmod(folder.Path("").c_str(), 01777);
+  {
+    const AsOrdinaryUser user;
+    OutputFiles files;
+    files.Stage(folder.Path("own"), "whose owner may");
+    files.Commit();
+    EXPECT_NO_THROW(files.Stage(folder.Path("own"), "again"));
+    EXPECT_THROW(files.Stage(path, "new"), Failure);
+  }
+  EXPECT_EQ(ReadWholeFile(path), "keep me");
+  EXPECT_THAT(folder.Names(), ElementsAre("old", "own"));
+}
+
+TEST(OutputFiles, FollowALinkToAFolderThatIsNotThereYet) {
+  const ScratchFolder folder;
+  std::filesystem::create_symlink("real", folder.Path("link"));
+  const auto stage = [&folder](OutputFiles* files) {
+    files->MakeFolder(folder.Path("link"));
+    files->Stage(folder.Path("link/a"), "first");
+  };
+  {
+    OutputFiles notCommitted;
+    stage(&notCommitted);
+  }
+  EXPECT_THAT(folder.Names(), ElementsAre("link"));
+  OutputFiles files;
+  stage(&files);
+  files.Commit();
+  EXPECT_EQ(ReadWholeFile(folder.Path("real/a")), "first");
+  EXPECT_TRUE(std::filesystem::is_symlink(folder.Path("link")));
+}
+
+TEST(OutputFiles, DoNotAppearWhereAPipeLosesItsReader) {
+  const ScratchFolder folder;
+  const std::string pipe = folder.Path("pipe");
+  ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
+  const int reader = open(pipe.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
+  std::thread leaving([reader] {
+    std::this_thread::sleep_for(std::chrono::milliseconds(50));
+    close(reader);
+  });
+  {
+    OutputFiles files;
+    files.Stage(folder.Path("a"), "first");
+    files.Stage(pipe, std::string(1U << 20U, 'x'));  // more than a pipe holds
+    try {
+      files.Commit();
+      ADD_FAILURE() << "not refused";
+    } catch (const Failure& failure) {
+      EXPECT_EQ(failure.what(), "cannot write " + pipe + ": Broken pipe");
+      EXPECT_EQ(failure.Code(), ExitCode::Files);
+    }
+  }
+  leaving.join();
+  EXPECT_THAT(folder.Names(), ElementsAre("pipe"));
 }
 
 }  // namespace

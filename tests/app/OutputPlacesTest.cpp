@@ -122,4 +122,50 @@ TEST(OutputPlaces, AreOneWhereADanglingLinkLeadsToTheOther) {
                 "--save and --save-cv would both write");
 }
 
+TEST(OutputPlaces, AreNoFileWhereTheFolderOfOtherResultsIs) {
+  const ScratchFolder folder;
+  const std::string table = folder.Write("t.csv", LinearTable(40, 4, 1)), place = folder.Path("oo");
+  const Words fit = {"--id", "name", "--y", "y"};
+  ExpectFailure(RunKalmia(Words{"pls", table} + fit + Words{"--save", place, "--csv", place}), 2,
+                "--save would write the file " + place + ", which is the folder of --csv");
+  ExpectFailure(RunKalmia(Words{"opls", table} + fit + Words{"--save-cv", place, "--csv", folder.Path("./oo")}), 2,
+                "--save-cv would write the file " + place + ", which is the folder of --csv");
+  ExpectFailure(RunKalmia({"spectrum", table, "--column", "y", "--svg", place, "--csv", place}), 2,
+                "--svg would write the file " + place + ", which is the folder of --csv");
+  EXPECT_EQ(folder.Names(), Words{"t.csv"});
+}
+
+TEST(OutputPlaces, MayLieInTheFolderOfOtherResultsBeforeItIsThere) {
+  const ScratchFolder folder;
+  const std::string table = folder.Write("t.csv", LinearTable(20, 4, 1));
+  const CommandResult run = RunKalmia({"pls", table, "--y", "y", "--id", "name", "--save", folder.Path("out/model"),
+                                       "--csv", folder.Path("out")});
+  EXPECT_EQ(run.exitCode, 0) << run.error;
+  EXPECT_TRUE(std::filesystem::is_regular_file(folder.Path("out/model")));
+  EXPECT_TRUE(std::filesystem::is_regular_file(folder.Path("out/scores.csv")));
+}
+
+TEST(OutputPlaces, AreNotWhereStandardOutputGoes) {
+  const ScratchFolder folder;
+  CommandRun run;
+  run.outputFile = folder.Path("printed");
+  const std::string table = folder.Write("t.csv", LinearTable(20, 4, 1));
+  for (const std::string& place : {std::string("/dev/stdout"), run.outputFile}) {
+    run.arguments = {"histogram", table, "--column", "y", "--csv", place};
+    ExpectFailure(RunKalmia(run), 2, "--csv would overwrite " + place + ", which is where standard output goes");
+  }
+  run.arguments = {"histogram", table, "--column", "y", "--csv", "/dev/stderr"};
+  ExpectFailure(RunKalmia(run), 2, "--csv would overwrite /dev/stderr, which is where standard error goes");
+  run.outputFile = "/dev/null";
+  run.arguments = {"histogram", table, "--column", "y", "--csv", "/dev/null"};
+  EXPECT_EQ(RunKalmia(run).exitCode, 0) << "a device keeps nothing that could be lost";
+}
+
+TEST(OutputPlaces, OfTemporaryFilesAreTriedBeforeTheTableIsRead) {
+  const ScratchFolder folder;
+  const std::string table = folder.Write("t.csv", "header only\n"), place = folder.Path("no/such/place");
+  ExpectFailure(RunKalmia({"cluster", table, "--method", "single", "--temp", place}), 3,
+                "cannot make temporary files in " + place);
+}
+
 }  // namespace

@@ -255,7 +255,7 @@ TEST(Interrupt, StopsWhileInputIsAwaited) {
   const std::string table = folder.Write("t.csv", LinearTable(20, 4, 1));
   const std::string model = folder.Path("m");
   ASSERT_EQ(RunKalmia({"pls", table, "--y", "y", "--id", "name", "--save", model}).exitCode, 0);
-  const CommandResult run = InterruptWaitingForInput({"predict", model, "-"});
+  const CommandResult run = InterruptWaiting({"predict", model, "-"});
   EXPECT_EQ(run.exitCode, 130);
   EXPECT_EQ(run.error, "kalmia: stopped\n");
   EXPECT_EQ(run.output, "");
@@ -274,11 +274,38 @@ TEST(Interrupt, StopsEveryCommandThatWaitsForSomebodyToOpenAPipe) {
   for (const std::vector<std::string>& arguments :
        {std::vector<std::string>{"describe", pipe}, {"pls", pipe, "--y", "y"}, {"cluster", pipe, "--method", "ward"},
         {"info", pipe}, {"predict", pipe, "-"}, {"chart", pipe, "--column", "x", "--type", "individual"}}) {
-    const CommandResult run = InterruptWaitingForInput(arguments);
+    const CommandResult run = InterruptWaiting(arguments);
     EXPECT_EQ(run.exitCode, 130) << arguments[0];
     EXPECT_EQ(run.error, "kalmia: stopped\n");
     EXPECT_EQ(run.output, "");
   }
+}
+
+TEST(Interrupt, StopsEveryCommandThatWaitsForSomebodyToOpenThePipeItWritesTo) {
+  const ScratchFolder folder;
+  const std::string pipe = MakePipe(folder), table = folder.Write("t.csv", LinearTable(20, 4, 1));
+  for (const std::vector<std::string>& arguments :
+       {std::vector<std::string>{"histogram", table, "--column", "y", "--svg", folder.Path("s"), "--csv", pipe},
+        {"pls", table, "--y", "y", "--id", "name", "--csv", folder.Path("d"), "--save", pipe},
+        {"fill", table, "--id", "name", "--out", pipe}}) {
+    const CommandResult run = InterruptWaiting(arguments);
+    EXPECT_EQ(run.exitCode, 130) << arguments[0];
+    EXPECT_EQ(run.error, "kalmia: stopped\n");
+    EXPECT_EQ(run.output, "");
+    EXPECT_EQ(folder.Names(), (std::vector<std::string>{"pipe", "t.csv"}));
+  }
+}
+
+TEST(Interrupt, StopsWhereNobodyEmptiesThePipeThatIsWrittenTo) {
+  const ScratchFolder folder;
+  const std::string pipe = MakePipe(folder);
+  const int reader = open(pipe.c_str(), O_RDWR | O_CLOEXEC);
+  const CommandResult run =
+      InterruptWaiting({"chart", folder.Write("t.csv", LinearTable(20000, 1, 1)), "--column", "y", "--type",
+                        "individual", "--csv", pipe, "--svg", folder.Path("s")});
+  EXPECT_EQ(run.exitCode, 130);
+  EXPECT_EQ(folder.Names(), (std::vector<std::string>{"pipe", "t.csv"}));
+  close(reader);
 }
 
 TEST(Interrupt, StopsWhileTheRestOfATableIsAwaited) {
@@ -287,7 +314,7 @@ TEST(Interrupt, StopsWhileTheRestOfATableIsAwaited) {
   const int writer = open(pipe.c_str(), O_RDWR | O_CLOEXEC);
   const std::string begun = "a,b\n1,2\n";
   ASSERT_EQ(write(writer, begun.data(), begun.size()), static_cast<ssize_t>(begun.size()));
-  const CommandResult run = InterruptWaitingForInput({"describe", pipe});
+  const CommandResult run = InterruptWaiting({"describe", pipe});
   EXPECT_EQ(run.exitCode, 130);
   EXPECT_EQ(run.output, "");
   close(writer);
