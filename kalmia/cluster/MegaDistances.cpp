@@ -110,7 +110,8 @@ DistanceFile::DistanceFile(CString&& nameOfFile) : name(std::move(nameOfFile)) {
 
 // What is thrown below comes from a whole object already, whose destructor removes the file.
 DistanceFile::DistanceFile() : DistanceFile(VexGetTempFileName(nullptr, kPrefix, kExtension)) {
-  stream.open(static_cast<const char*>(name), std::ios::in | std::ios::out | std::ios::binary | std::ios::trunc);
+  // Without trunc, as the file is empty: of one that was cut to nothing some file systems write all when it is closed.
+  stream.open(static_cast<const char*>(name), std::ios::in | std::ios::out | std::ios::binary);
   if (stream.is_open()) return;
   // Without a name none could be made in the directory.
   const std::string path = name == "" ? kalmia::TemporaryDirectory() + "/" + kPrefix + "XXXXXX." + kExtension
