@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <memory>
 #include <string>
+#include <vector>
 
 #include "testing/RandomTables.h"
 #include "testing/StreamAttacks.h"
@@ -15,7 +16,8 @@ using Matrix = NCDataMatrix<float>;
 using Vector = NCDataVector<float>;
 
 constexpr int kMaxIterations = 20;
-constexpr int kRows = 6;         ///< of tables that the objects are tried on
+constexpr int kRows = 6;  ///< of tables that the objects are tried on
+constexpr int kMostColumns = 1000;
 constexpr float kTolerance = 0.5F;
 
 /// A user who wants to stop after a while: a stream may ask for 2^31 iterations.
@@ -70,6 +72,12 @@ void ExpectSuccessOrNoChange(Model* model, const Operation& operation) {
   if (!Succeeds(operation)) EXPECT_TRUE(StreamOf(*model) == before) << "a failure left a trace";
 }
 
+/// The model's own table, one without rows, and a new one of as many columns as the loadings.
+std::vector<Matrix> TablesToPredict(const Matrix& own, const Matrix& loadings) {
+  const int columns = std::max(own.SizeColumns(), loadings.SizeColumns());
+  return {own, Matrix(), RandomMatrix<float>(kRows, std::min(columns, kMostColumns), 0.1, 1)};
+}
+
 void Predict(const NCPLS& model, const Matrix& X) {
   NCPLSPred prediction(X, *model.GetWprim(), *model.GetPprim(), *model.GetCprim(), kTolerance);
   while (prediction.GetCompComputed() < prediction.GetMaxComp()) prediction.CalcNextComponent();
@@ -90,6 +98,22 @@ void ExpectTwoFlipsAreNone(NCPLS* model) {
   const std::string before = StreamOf(*model);
   FlipAllTwice(model);
   EXPECT_TRUE(StreamOf(*model) == before);
+}
+
+/// Of the newest component.
+void Validate(NCPLS* model) {
+  const int components = model->GetWprim()->SizeRows();
+  const Vector w = components > 0 ? (*model->GetWprim())[components] : Vector();
+  PLSCrossValidation validation(model, /*rounds=*/2, nullptr);
+  validation.NextComponent(&w, kMaxIterations, Vector(model->GetYResiduals()->SizeColumns(), 1), nullptr,
+                           /*quiet=*/true);
+  ExpectExactCounts(*validation.GetYPredResiduals());
+}
+
+void Validate(NCPCA* model) {
+  PCACrossValidation validation(model, /*rounds=*/2, nullptr, nullptr);
+  NCProgress bar = ImpatientBar();
+  validation.NextComponent(Vector(model->GetResiduals()->SizeColumns(), 1), &bar);
 }
 
 void Extend(NCPLS* model) {
@@ -160,9 +184,9 @@ void Use(NCPLS* model) {
   Succeeds([model] { ExpectExactCounts(model->GetWStarPrim()); });
   for (int a = -1; a <= model->GetPprim()->SizeRows() + 1; ++a)
     Succeeds([model, a] { ExpectExactCounts(model->GetRegressionCoefficients(a)); });
-  const int columns = std::max(model->GetPprim()->SizeColumns(), model->GetXResiduals()->SizeColumns());
-  for (const Matrix& X : {*model->GetXResiduals(), Matrix(), RandomMatrix<float>(kRows, std::min(columns, 1000), 0.1, 1)})
+  for (const Matrix& X : TablesToPredict(*model->GetXResiduals(), *model->GetPprim()))
     Succeeds([&] { Predict(*model, X); });
+  Succeeds([model] { Validate(model); });
   NCPLS restored(model->GetXResiduals(), model->GetYResiduals(), model->GetCprim(), model->GetPprim(),
                  model->GetWprim(), model->GetUprim(), model->GetTprim(), kMaxIterations);
   Extend(&restored);
@@ -171,9 +195,9 @@ void Use(NCPLS* model) {
 
 void Use(NCPCA* model) {
   const ImpatientOwnBars bars;
-  const int columns = std::max(model->GetPprim()->SizeColumns(), model->GetResiduals()->SizeColumns());
-  for (const Matrix& X : {*model->GetResiduals(), Matrix(), RandomMatrix<float>(kRows, std::min(columns, 1000), 0.1, 1)})
+  for (const Matrix& X : TablesToPredict(*model->GetResiduals(), *model->GetPprim()))
     Succeeds([&] { Project(*model, X); });
+  Succeeds([model] { Validate(model); });
   NCPCA restored(model->GetResiduals(), model->GetPprim(), model->GetTprim(), kMaxIterations);
   Extend(&restored);
   Extend(model);
@@ -200,8 +224,8 @@ void Use(NCYOrthogonalPLS* filter) {
 void Use(const OPLSCrossvalidationData& data) {
   const ImpatientOwnBars bars;
   const auto W = OfRound(OfRound(data.WMatricesPerRound, 0), 0);
-  const Matrix X = RandomMatrix<float>(kRows, std::min(W.SizeColumns(), 1000), 0.1, 1);
-  const Matrix Y = RandomMatrix<float>(kRows, std::min(data.SSY.Size(), 1000), 0.1, 2);
+  const Matrix X = RandomMatrix<float>(kRows, std::min(W.SizeColumns(), kMostColumns), 0.1, 1);
+  const Matrix Y = RandomMatrix<float>(kRows, std::min(data.SSY.Size(), kMostColumns), 0.1, 2);
   const std::size_t rounds = std::max(data.WMatricesPerRound.size(), data.WOPerRound.size());
   for (std::size_t round = 0; round < std::min<std::size_t>(rounds, 4); ++round) UseRound(data, round, X, Y);
   Succeeds([&] {
