@@ -21,8 +21,8 @@ inline bool IsNumber(CellKind kind) { return kind == CellKind::Number || kind ==
 /// A number whose rounding to float is the float nearest to the text.
 struct CellValue {
   CellKind kind = CellKind::Missing;
-  /// Of a Number: the nearest double; but where that lies halfway between two floats, the text does not, and rounding to
-  /// float would go the wrong way, the next double on the text's side.
+  /// Of a Number: the nearest double; but where that lies halfway between two floats, the text does not, and rounding
+  /// to float would go the wrong way, the next double on the text's side.
   double value = 0.0;
 };
 
