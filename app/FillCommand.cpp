@@ -14,7 +14,7 @@ std::string RunCommand(const FillOptions& options, Notes* notes) {
   const CsvTable table = ReadTable(options.table, options.reading);
   const FillOutcome outcome = ComputeFill(table, options, notes);
   OutputFiles files;
-  files.Stage(options.out, FilledText(table, outcome, options));
+  files.Stage(options.out, FilledText(table, outcome, options, notes));
   files.Commit();
   return options.json ? FillJson(table, outcome, options.out, *notes) : FillText(table, outcome, options.out);
 }

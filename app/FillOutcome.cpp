@@ -124,8 +124,7 @@ FillOutcome ComputeFill(const CsvTable& table, const FillOptions& options, Notes
   return Computation(table, options, notes).Compute();
 }
 
-std::string FilledText(const CsvTable& table, const FillOutcome& outcome,
-                       const FillOptions& options) {
+std::string FilledText(const CsvTable& table, const FillOutcome& outcome, const FillOptions& options, Notes* notes) {
   std::vector<int> matrixColumn(static_cast<std::size_t>(table.Columns()), 0);  // from 1; 0: not filled
   for (std::size_t c = 0; c < outcome.columns.size(); ++c) {
     matrixColumn[static_cast<std::size_t>(outcome.columns[c])] = static_cast<int>(c) + 1;
@@ -139,7 +138,7 @@ std::string FilledText(const CsvTable& table, const FillOutcome& outcome,
     ++replaced;
     return cell;
   };
-  std::string filled = WithNewCells(table, options.id, options.csvMarks, filledCell);
+  std::string filled = WithNewCells(table, options.id, options.csvMarks, filledCell, notes);
   if (replaced != outcome.filledCells) throw std::logic_error("fields are not where the table has them");
   return filled;
 }

@@ -36,8 +36,7 @@ struct FillOutcome {
 /// column of numbers; and as FillColumns.
 FillOutcome ComputeFill(const CsvTable& table, const FillOptions& options, Notes* notes);
 
-/// The text of the table with the filled cells in it, as WithNewCells writes it.
-std::string FilledText(const CsvTable& table, const FillOutcome& outcome,
-                       const FillOptions& options);
+/// The text of the table with the filled cells in it, as WithNewCells writes it, with its note.
+std::string FilledText(const CsvTable& table, const FillOutcome& outcome, const FillOptions& options, Notes* notes);
 
 }  // namespace kalmia::app

@@ -48,7 +48,7 @@ std::string RunCommand(const FilterOptions& options, Notes* notes) {
   const CsvTable table = ReadTable(options.table, options.reading);
   const FilterOutcome outcome = Compute(table, options, notes);
   OutputFiles files;
-  files.Stage(options.out, FilteredText(table, outcome, options));
+  files.Stage(options.out, FilteredText(table, outcome, options, notes));
   if (!options.save.empty()) files.Stage(options.save, ModelFileBytes(outcome.filter));
   files.Commit();
   return options.json ? FilterJson(table, outcome, options, *notes) : FilterText(table, outcome, options);

@@ -106,8 +106,7 @@ FilteredTable ApplyFilter(const StoredFilter& filter, const CsvTable& table, Not
   return filtered;
 }
 
-std::string FilteredText(const CsvTable& table, const FilterOutcome& outcome,
-                         const FilterOptions& options) {
+std::string FilteredText(const CsvTable& table, const FilterOutcome& outcome, const FilterOptions& options, Notes* notes) {
   const StoredFilter& filter = outcome.filter;
   const FilteredTable& filtered = outcome.filtered;
   std::vector<int> matrixColumn(static_cast<std::size_t>(table.Columns()), 0);  // from 1; 0: not filtered
@@ -115,11 +114,12 @@ std::string FilteredText(const CsvTable& table, const FilterOutcome& outcome,
     const int column = table.Find(filter.xNames[k]);
     if (column >= 0) matrixColumn[static_cast<std::size_t>(column)] = static_cast<int>(k) + 1;
   }
-  return WithNewCells(table, filter.idColumn, options.csvMarks, [&](int row, int column) -> std::optional<float> {
+  const auto filteredCell = [&](int row, int column) -> std::optional<float> {
     const int place = matrixColumn.at(static_cast<std::size_t>(column));
     if (place == 0 || filtered.cells[row + 1][place] == kMissingCell) return std::nullopt;
     return filtered.cells[row + 1][place];
-  });
+  };
+  return WithNewCells(table, filter.idColumn, options.csvMarks, filteredCell, notes);
 }
 
 }  // namespace kalmia::app

@@ -35,8 +35,8 @@ FilterOutcome MakeFilter(const CsvTable& table, const FilterOptions& options, No
 /// Throws Failure (BadData) as ReadNewRows, and where the numbers overflow.
 FilteredTable ApplyFilter(const StoredFilter& filter, const CsvTable& table, Notes* notes);
 
-/// The text of the table with the filtered cells in it, as WithNewCells writes it; a missing cell stays as it is.
-std::string FilteredText(const CsvTable& table, const FilterOutcome& outcome,
-                         const FilterOptions& options);
+/// The text of the table with the filtered cells in it, as WithNewCells writes it, with its note; a missing cell stays as
+/// it is.
+std::string FilteredText(const CsvTable& table, const FilterOutcome& outcome, const FilterOptions& options, Notes* notes);
 
 }  // namespace kalmia::app

@@ -6,8 +6,10 @@
 #include "app/CellNumber.h"
 #include "app/CsvDialect.h"
 #include "app/CsvFields.h"
+#include "app/DisplayText.h"
 #include "app/StepProgress.h"
 #include "app/TableColumns.h"
+#include "kalmia/containers/Missing.h"
 
 namespace kalmia::app {
 
@@ -18,6 +20,41 @@ namespace {
 bool HidesSeparator(const CsvTable& table, const CsvMarks& marks) {
   return !IsDetected(marks.separator) || (table.Columns() == 1 && marks.decimal == ',');
 }
+
+/// Whether a cell is missing by one of the user's words for it alone.
+bool IsFurtherMissingWord(const CsvTable& table, const std::string& text) {
+  if (table.MissingWords().empty() || table.ValueOf(text).kind != CellKind::Missing) return false;
+  return ReadCell(text, table.DecimalComma()).kind != CellKind::Missing;
+}
+
+/// Counts the user's words for missing cells that stay where the table is not written anew.
+class KeptWords {
+ public:
+  KeptWords(const CsvTable& table, const std::string& id) : table_(table) {
+    if (!table.MissingWords().empty()) isOfNumbers_ = ColumnsOfNumbers(table, id.empty() ? -1 : table.Find(id));
+  }
+
+  /// A cell that stays.
+  void Take(int row, std::size_t column) {
+    if (isOfNumbers_.empty() || !isOfNumbers_[column]) return;
+    if (row != row_) texts_ = table_.RowTexts(row);
+    row_ = row;
+    if (IsFurtherMissingWord(table_, texts_[column])) ++count_;
+  }
+
+  void Note(Notes* notes) const {
+    if (count_ == 0) return;
+    notes->Add(Counted(count_, "missing cell") + (count_ == 1 ? " stays " : " stay ") + Either(table_.MissingWords()) +
+               " in the output: read it with --na too");
+  }
+
+ private:
+  const CsvTable& table_;
+  std::vector<bool> isOfNumbers_;
+  int row_ = -1;
+  std::vector<std::string> texts_;
+  std::size_t count_ = 0;
+};
 
 std::string WrittenAnew(const CsvTable& table, const std::string& id, const CsvMarks& marks, const NewCell& newCell) {
   const std::vector<bool> isOfNumbers = ColumnsOfNumbers(table, id.empty() ? -1 : table.Find(id));
@@ -53,9 +90,13 @@ std::vector<bool> ColumnsOfNumbers(const CsvTable& table, int idColumn) {
 }
 
 void AddTableCell(const CsvTable& table, std::string text, bool isOfNumbers, CsvText* csv) {
-  const CellKind kind = isOfNumbers ? table.ValueOf(text).kind : CellKind::Word;
-  if (kind != CellKind::Number && kind != CellKind::TooLarge) {
-    csv->Field(text);
+  if (isOfNumbers && IsFurtherMissingWord(table, text)) text.clear();
+  if (text.empty() && table.Columns() > 1) {
+    csv->Cell(kMissingCell<float>);
+    return;
+  }
+  if (!isOfNumbers || !IsNumber(table.ValueOf(text).kind)) {
+    csv->Field(text);  // quoted where it is empty: a blank line would be no row
     return;
   }
   if (table.DecimalComma()) std::replace(text.begin(), text.end(), ',', '.');
@@ -63,18 +104,23 @@ void AddTableCell(const CsvTable& table, std::string text, bool isOfNumbers, Csv
 }
 
 std::string WithNewCells(const CsvTable& table, const std::string& id, const CsvMarkOptions& marks,
-                         const NewCell& newCell) {
+                         const NewCell& newCell, Notes* notes) {
   const char decimal = table.DecimalComma() ? ',' : '.';
   if (marks.Given()) return WrittenAnew(table, id, MarksOf(marks, {table.Separator(), decimal}), newCell);
   StepProgress progress("writing the table", table.Rows());
+  KeptWords words(table, id);
   const auto replacement = [&](std::size_t record, std::size_t field) -> std::optional<std::string> {
     if (record == 0) return std::nullopt;
-    if (field == 0) progress.Begin(static_cast<int>(record));
-    const std::optional<float> number = newCell(static_cast<int>(record) - 1, static_cast<int>(field));
-    if (!number) return std::nullopt;
-    return CellText(*number, table.DecimalComma());
+    const auto row = static_cast<int>(record) - 1;
+    if (field == 0) progress.Begin(row + 1);
+    const std::optional<float> number = newCell(row, static_cast<int>(field));
+    if (number) return CellText(*number, table.DecimalComma());
+    words.Take(row, field);
+    return std::nullopt;
   };
-  return WithFieldsReplaced(table.Text(), table.Format(), replacement);
+  std::string text = WithFieldsReplaced(table.Text(), table.Format(), replacement);
+  words.Note(notes);
+  return text;
 }
 
 }  // namespace kalmia::app

@@ -8,6 +8,7 @@
 #include "app/CsvMarks.h"
 #include "app/CsvTable.h"
 #include "app/CsvText.h"
+#include "app/Notes.h"
 
 namespace kalmia::app {
 
@@ -15,7 +16,8 @@ namespace kalmia::app {
 /// The column `idColumn`, which names the rows, holds texts; -1 for none.
 std::vector<bool> ColumnsOfNumbers(const CsvTable& table, int idColumn);
 
-/// Adds a cell of the table, given by its text, as it is, but a number of a column of numbers with the decimal mark of the CSV text.
+/// Adds a cell of the table, given by its text, as it is; in a column of numbers, a number with the decimal mark of the CSV
+/// text, and a missing cell of one of the user's words for it as an empty field, which needs none of them.
 void AddTableCell(const CsvTable& table, std::string text, bool isOfNumbers, CsvText* csv);
 
 /// The number that a cell is to become, by its row and its column, both from 0; nothing for a cell that stays.
@@ -24,8 +26,9 @@ using NewCell = std::function<std::optional<float>(int row, int column)>;
 /// The text of the table with some cells as other numbers, with as few digits as bring the same single-precision number
 /// back. Where no marks are asked for, every other byte stays and the numbers have the decimal mark of the table;
 /// otherwise the table is written anew with the marks, lines ending with LF. Rows are named by the column `id`, or by
-/// none where that is empty. Stops on Ctrl-C.
+/// none where that is empty. A note tells how many cells among numbers stay missing by the user's words alone. Stops on
+/// Ctrl-C.
 std::string WithNewCells(const CsvTable& table, const std::string& id, const CsvMarkOptions& marks,
-                         const NewCell& newCell);
+                         const NewCell& newCell, Notes* notes);
 
 }  // namespace kalmia::app

@@ -92,6 +92,51 @@ TEST(ReadOptions, LeaveWhatTheyPassOverWhereATableIsWrittenAgain) {
   EXPECT_EQ(ReadWholeFile(filtered).substr(0, text.find("r0")), text.substr(0, text.find("r0")));
 }
 
+/// A table in which -999 is missing in a column that is filled, in one that is not, and in a name.
+const std::string kMinus = "id,a,b,c\n-999,1,2,-999\nv,-999,3,1\nw,3,NA,\nz,2,1,4\n";
+const Words kMinusMissing = {"--na=-999", "--id", "id"};
+
+TEST(ReadOptions, TellHowManyCellsStayMissingByAWordThatTheNextReaderDoesNotKnow) {
+  const ScratchFolder folder;
+  const std::string table = folder.Write("t.csv", kMinus), out = folder.Path("o.csv");
+  Words fill = {"fill", table, "--exclude", "c", "--components", "0", "--out", out, "--json"};
+  fill.insert(fill.end(), kMinusMissing.begin(), kMinusMissing.end());
+  const CommandResult filled = RunKalmia(fill);
+  EXPECT_EQ(filled.exitCode, 0);
+  EXPECT_EQ(ReadWholeFile(out), "id,a,b,c\n-999,1,2,-999\nv,2,3,1\nw,3,2,\nz,2,1,4\n");
+  const std::string note = "1 missing cell stays -999 in the output: read it with --na too";
+  EXPECT_EQ(filled.Json()["notes"].back(), note);
+  EXPECT_THAT(filled.error, HasSubstr("note: " + note));
+
+  Words filter = {"filter", table, "--y", "b", "--components", "1", "--out", out, "--na", "?"};
+  filter.insert(filter.end(), kMinusMissing.begin(), kMinusMissing.end());
+  const CommandResult filtered = RunKalmia(filter);
+  EXPECT_EQ(filtered.exitCode, 0) << filtered.error;
+  EXPECT_THAT(filtered.error, HasSubstr("note: 2 missing cells stay ? or -999 in the output: read it with --na too"));
+
+  const std::string plain = folder.Write("p.csv", "id,a,b\nu,1,2\nv,-999,3\nw,NA,1\n");
+  EXPECT_THAT(RunKalmia({"fill", plain, "--components", "0", "--out", out, "--na=-999", "--id", "id"}).error,
+              ::testing::Not(HasSubstr("in the output"))) << "it is filled";
+}
+
+TEST(ReadOptions, LeaveEmptyFieldsWhereATableIsWrittenAnewSoThatNobodyHasToKnowTheirWords) {
+  const ScratchFolder folder;
+  const std::string table = folder.Write("t.csv", kMinus), out = folder.Path("o.csv");
+  Words fill = {"fill", table, "--exclude", "c", "--components", "0", "--out", out, "--separator", "semicolon"};
+  fill.insert(fill.end(), kMinusMissing.begin(), kMinusMissing.end());
+  const CommandResult filled = RunKalmia(fill);
+  EXPECT_EQ(filled.exitCode, 0);
+  EXPECT_EQ(ReadWholeFile(out), "id;a;b;c\n-999;1;2;\nv;2;3;1\nw;3;2;\nz;2;1;4\n") << "names stay";
+  EXPECT_THAT(filled.error, ::testing::Not(HasSubstr("in the output")));
+  Words steps = {"preprocess", table, "--x", "a", "--steps", "linear", "--out", out};
+  steps.insert(steps.end(), kMinusMissing.begin(), kMinusMissing.end());
+  EXPECT_EQ(RunKalmia(steps).exitCode, 0);
+  EXPECT_EQ(ReadWholeFile(out), "id,b,c,a\n-999,2,,1\nv,3,1,\nw,,,3\nz,1,4,2\n");
+  const std::string alone = folder.Write("a.csv", "a\n-999\n1\n");
+  EXPECT_EQ(RunKalmia({"fill", alone, "--components", "0", "--out", out, "--na=-999", "--decimal", "point"}).exitCode, 0);
+  EXPECT_EQ(ReadWholeFile(out), "a\n\"\"\n1\n") << "a blank line would be no row";
+}
+
 TEST(ReadOptions, AreUnderstoodByPredictAndPreprocess) {
   const ScratchFolder folder;
   const std::string table = folder.Write("t.csv", kPlain), odd = folder.Write("o.csv", kOdd), model = folder.Path("m");
