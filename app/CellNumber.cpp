@@ -25,6 +25,7 @@ bool IsDigit(char c) { return c >= '0' && c <= '9'; }
 bool IsMissingWord(std::string_view text) { return text.empty() || text == "NA" || text == "NaN" || text == "nan"; }
 
 bool IsInfinityWord(std::string_view unsignedText) {
+  if (unsignedText.empty() || (unsignedText.front() | 0x20) != 'i') return false;
   std::string lower(unsignedText);
   std::transform(lower.begin(), lower.end(), lower.begin(),
                  [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; });
@@ -120,8 +121,50 @@ CellValue ReadCell(std::string_view text, bool decimalComma, const std::vector<s
 constexpr std::array<double, 23> kPowersOfTen = {1e0,  1e1,  1e2,  1e3,  1e4,  1e5,  1e6,  1e7,  1e8,  1e9,  1e10, 1e11,
                                                  1e12, 1e13, 1e14, 1e15, 1e16, 1e17, 1e18, 1e19, 1e20, 1e21, 1e22};
 
+#if defined(__BYTE_ORDER__) && __BYTE_ORDER__ == __ORDER_LITTLE_ENDIAN__
+
+constexpr std::array<std::uint64_t, 9> kWholePowersOfTen = {1,      10,      100,      1000,     10000,
+                                                            100000, 1000000, 10000000, 100000000};
+
+/// How many of eight bytes, from the first in memory on, are digits.
+int DigitsAmong(std::uint64_t bytes) {
+  constexpr std::uint64_t kHigh = 0xF0F0F0F0F0F0F0F0U, kZeros = 0x3030303030303030U, kSixes = 0x0606060606060606U;
+  // A digit has 3 in its upper half, and keeps it when six is added.
+  const std::uint64_t others = ((bytes & kHigh) ^ kZeros) | (((bytes + kSixes) & kHigh) ^ kZeros);
+  return others == 0 ? 8 : __builtin_ctzll(others) / 8;
+}
+
+/// The number that the first `count` of eight bytes are the digits of; count >= 1. Neighbours are joined in pairs, fours
+/// and all eight; zeros come in front where there are fewer.
+std::uint64_t NumberOf(std::uint64_t bytes, int count) {
+  bytes <<= 64 - 8 * count;
+  bytes = ((bytes & 0x0F0F0F0F0F0F0F0FU) * 2561) >> 8U;
+  bytes = ((bytes & 0x00FF00FF00FF00FFU) * 6553601) >> 16U;
+  return ((bytes & 0x0000FFFF0000FFFFU) * 42949672960001U) >> 32U;
+}
+
 /// Reads digits as far as they go and appends them to a whole number, which wraps around behind 19 of them. The place
-/// behind them.
+/// behind them. Eight bytes at a time, as nobody foresees where digits end; the last bytes of a text are left.
+const char* TakeManyDigits(const char* at, const char* end, std::uint64_t* number) {
+  while (end - at >= 8) {
+    std::uint64_t bytes = 0;
+    std::memcpy(&bytes, at, sizeof(bytes));
+    const int count = DigitsAmong(bytes);
+    if (count == 0) break;
+    *number = *number * kWholePowersOfTen[static_cast<std::size_t>(count)] + NumberOf(bytes, count);
+    at += count;
+    if (count < 8) break;
+  }
+  return at;
+}
+
+#else
+
+const char* TakeManyDigits(const char* at, const char* /*end*/, std::uint64_t* /*number*/) { return at; }
+
+#endif
+
+/// The same byte by byte, to the end.
 const char* TakeDigits(const char* at, const char* end, std::uint64_t* number) {
   std::uint64_t digits = *number;
   for (; at != end; ++at) {
@@ -170,7 +213,7 @@ PlainNumber ReadPlainNumber(const char* begin, const char* end, char mark) {
   std::ptrdiff_t decimals = 0;
   if (number.hasMark) {
     const char* const behindMark = at + 1;
-    at = TakeDigits(behindMark, end, &digits);
+    at = TakeDigits(TakeManyDigits(behindMark, end, &digits), end, &digits);
     decimals = at - behindMark;
     count += decimals;
   }

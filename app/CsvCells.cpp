@@ -1,6 +1,7 @@
 #include "app/CsvCells.h"
 
 #include <algorithm>
+#include <array>
 #include <limits>
 #include <mutex>
 #include <string>
@@ -11,7 +12,7 @@ namespace kalmia::app {
 
 namespace {
 
-constexpr double kHole = std::numeric_limits<double>::quiet_NaN();
+constexpr float kHole = std::numeric_limits<float>::quiet_NaN();
 
 /// What the rows read so far say of a column.
 struct Tally {
@@ -19,14 +20,23 @@ struct Tally {
   int strays = 0;
   int infinities = 0;   ///< of the strays
   int likeNumbers = 0;  ///< of the strays: too large, or with the other decimal mark
-  std::size_t firstStray = std::numeric_limits<std::size_t>::max();
+  std::array<std::size_t, kStraysKept> firstStrays;  ///< rows, in their order: as many as there are strays
 
+  std::size_t StraysKept() const { return std::min<std::size_t>(static_cast<std::size_t>(strays), kStraysKept); }
+  void AddStray(std::size_t row) {
+    if (StraysKept() < kStraysKept) firstStrays[StraysKept()] = row;
+    ++strays;
+  }
+  /// Takes the tally of other rows, which come before these or after them.
   void Add(const Tally& other) {
+    std::array<std::size_t, 2 * kStraysKept> rows;
+    const auto end = std::merge(firstStrays.begin(), firstStrays.begin() + StraysKept(), other.firstStrays.begin(),
+                                other.firstStrays.begin() + other.StraysKept(), rows.begin());
+    std::copy(rows.begin(), std::min(end, rows.begin() + kStraysKept), firstStrays.begin());
     missing += other.missing;
     strays += other.strays;
     infinities += other.infinities;
     likeNumbers += other.likeNumbers;
-    firstStray = std::min(firstStray, other.firstStray);
   }
   ColumnKind KindAmong(std::size_t rows) const {
     const bool hasNumbers = static_cast<std::size_t>(missing) + static_cast<std::size_t>(strays) < rows;
@@ -56,7 +66,7 @@ class RowReader {
         tallies_(columns) {}
 
   /// Reads the row that begins at `begin` into one cell for each column. False if it has not that many fields.
-  bool Read(std::size_t row, std::size_t begin, double* cells) {
+  bool Read(std::size_t row, std::size_t begin, float* cells) {
     row_ = row;
     const char* at = text_.data() + begin;
     for (std::size_t column = 0; column < tallies_.size(); ++column) {
@@ -82,7 +92,7 @@ class RowReader {
   bool EndsField(const char* at) const { return at == end_ || *at == format_.separator || IsLineEnd(*at); }
 
   /// Reads one field that begins without blanks. Its end, or null where quotation marks do not pair up.
-  const char* ReadField(const char* at, std::size_t column, double* cell) {
+  const char* ReadField(const char* at, std::size_t column, float* cell) {
     if (EndsField(at)) {
       ++tallies_[column].missing;
       *cell = kHole;
@@ -94,7 +104,7 @@ class RowReader {
         const char* const next = BehindBlanks(number.end);
         if (EndsField(next)) {
           ownMarks_ += number.hasMark ? 1 : 0;
-          *cell = number.value;
+          *cell = static_cast<float>(number.value);
           return next;
         }
       }
@@ -109,25 +119,29 @@ class RowReader {
     return text_.data() + field.next;
   }
 
-  double ReadText(std::string_view text, std::size_t column) {
+  float ReadText(std::string_view text, std::size_t column) {
     const CellValue cell = ReadCell(text, cellFormat_);
     Tally& tally = tallies_[column];
     if (IsNumber(cell.kind)) ownMarks_ += text.find(mark_) != std::string_view::npos ? 1 : 0;
-    if (cell.kind == CellKind::Number) return cell.value;
+    if (cell.kind == CellKind::Number) return static_cast<float>(cell.value);
     if (cell.kind == CellKind::Missing) {
       ++tally.missing;
       return kHole;
     }
-    ++tally.strays;
-    tally.firstStray = std::min(tally.firstStray, row_);
+    tally.AddStray(row_);
     if (cell.kind == CellKind::Infinite) ++tally.infinities;
     if (cell.kind == CellKind::TooLarge) ++tally.likeNumbers;
-    if (cell.kind == CellKind::Word && IsNumber(ReadCell(text, !cellFormat_.decimalComma).kind)) {
+    if (cell.kind == CellKind::Word && IsNumberWithOtherMark(text)) {
       // It makes a column of numbers too, which is refused for it, not left out.
       ++tally.likeNumbers;
       ++otherMarks_;
     }
     return kHole;
+  }
+
+  bool IsNumberWithOtherMark(std::string_view text) const {
+    const bool hasOtherMark = text.find(cellFormat_.decimalComma ? '.' : ',') != std::string_view::npos;
+    return hasOtherMark && IsNumber(ReadCell(text, !cellFormat_.decimalComma).kind);
   }
 
   std::string_view text_;
@@ -150,17 +164,17 @@ class Columns {
   Columns(std::size_t rows, std::size_t columns, std::size_t bytes)
       : rows_(rows), room_(std::min(rows, bytes / columns + 1)), tallies_(columns) {
     cells_.columns.resize(columns);
-    cells_.numbers.reset(new double[room_ * columns]);  // not cleared: the threads that fill it touch it first
-    PreferLargePages(cells_.numbers.get(), room_ * columns * sizeof(double));
+    cells_.numbers.reset(new float[room_ * columns]);  // not cleared: the threads that fill it touch it first
+    PreferLargePages(cells_.numbers.get(), room_ * columns * sizeof(float));
   }
 
   /// Takes `count` rows, which lie one behind the other in `cells`.
-  void Store(std::size_t first, std::size_t count, const double* cells) {
+  void Store(std::size_t first, std::size_t count, const float* cells) {
     if (first >= room_) return;
     const std::size_t stored = std::min(count, room_ - first);
     const std::size_t columns = cells_.columns.size();
     for (std::size_t c = 0; c < columns; ++c) {
-      double* const column = cells_.numbers.get() + c * room_ + first;
+      float* const column = cells_.numbers.get() + c * room_ + first;
       for (std::size_t r = 0; r < stored; ++r) column[r] = cells[r * columns + c];
     }
   }
@@ -186,7 +200,9 @@ class Columns {
       column.kind = tallies_[c].KindAmong(rows_);
       column.missing = tallies_[c].missing;
       column.strays = tallies_[c].strays;
-      if (column.strays > 0) column.firstStray = static_cast<int>(tallies_[c].firstStray);
+      for (std::size_t k = 0; k < tallies_[c].StraysKept(); ++k) {
+        column.firstStrays.push_back(static_cast<int>(tallies_[c].firstStrays[k]));
+      }
       if (column.kind != ColumnKind::Texts) column.numbers = cells_.numbers.get() + c * room_;
     }
     return std::move(cells_);
@@ -203,7 +219,7 @@ class Columns {
 /// Rows that are read before they go to their columns together: a cache line of each, unless rows are very wide.
 std::size_t RowsInABatch(std::size_t columns) {
   constexpr std::size_t kCells = 65536;
-  return std::clamp<std::size_t>(kCells / columns, 1, 8);
+  return std::clamp<std::size_t>(kCells / columns, 1, 16);
 }
 
 }  // namespace
@@ -216,7 +232,7 @@ CsvCells ReadCells(std::string_view text, const CsvFormat& format, const CsvRows
     const std::size_t end = std::min((k + 1) * rowsAtOnce, count);
     if (made.IsBehindBadRow(k * rowsAtOnce)) return;
     RowReader reader(text, format, cellFormat, columns);
-    std::vector<double> cells(batch * columns);
+    std::vector<float> cells(batch * columns);
     for (std::size_t first = k * rowsAtOnce; first < end; first += batch) {
       const std::size_t read = std::min(batch, end - first);
       for (std::size_t r = 0; r < read; ++r) {

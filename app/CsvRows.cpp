@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cstdint>
 #include <cstring>
 #include <utility>
 
@@ -43,34 +44,53 @@ class MarkFinder {
 
 /// What is found in one part of a text.
 struct Part {
-  struct Row {
-    std::size_t begin;
-    std::size_t line;  ///< line ends before it in this part
+  /// From this row of the part on so many more line ends than rows are before a row, until the next lead.
+  struct Lead {
+    std::uint32_t row;
+    std::uint32_t lines;
   };
-  /// Rows behind line ends with an even number of quotation marks before them in this part, and with an odd one.
-  std::array<std::vector<Row>, 2> rows;
-  std::size_t lines = 0;
+  /// Rows behind line ends: where they begin, counted from the beginning of the part.
+  struct Rows {
+    std::vector<std::uint32_t> begins;
+    std::vector<Lead> leads;
+
+    void Add(std::uint32_t begin, std::uint32_t lineEnds) {
+      const auto row = static_cast<std::uint32_t>(begins.size());
+      if (leads.empty() || leads.back().lines != lineEnds - row) leads.push_back({row, lineEnds - row});
+      begins.push_back(begin);
+    }
+  };
+  std::size_t begin = 0;
+  std::array<Rows, 2> rows;  ///< with an even number of quotation marks before them in this part, and with an odd one
+  std::uint32_t lines = 0;
   unsigned marks = 0;  ///< 1 where their number is odd
 };
 
 /// Searches one part.
 class PartReader {
  public:
-  PartReader(std::string_view text, const CsvFormat& format) : text_(text), format_(format) {}
+  /// `marks` before the part, 1 where their number is odd, tell comments; without comments it may be anything.
+  PartReader(std::string_view text, const CsvFormat& format, unsigned marks)
+      : text_(text), format_(format), marksBefore_(marks) {}
 
-  Part Read(std::size_t begin, std::size_t end) {
+  /// Searches from `begin` to `end`, and a comment to its end. The place to go on at.
+  std::size_t Read(std::size_t begin, std::size_t end, Part* part) {
+    part_ = part;
+    part_->begin = begin;
     const char* const bytes = text_.data();
     const char* const stop = bytes + end;
     MarkFinder finder(bytes + begin, stop);
-    for (const char* at = finder.Find(bytes + begin); at < stop; at = finder.Find(at)) {
+    const char* at = finder.Find(bytes + begin);
+    while (at < stop) {
       if (*at == '"') {
-        part_.marks ^= 1U;
+        part_->marks ^= 1U;
         ++at;
       } else {
         at = bytes + TakeLineEnd(static_cast<std::size_t>(at - bytes));
       }
+      if (at < stop) at = finder.Find(at);
     }
-    return std::move(part_);
+    return static_cast<std::size_t>(at - bytes);
   }
 
  private:
@@ -78,19 +98,20 @@ class PartReader {
   std::size_t TakeLineEnd(std::size_t at) {
     const std::size_t behind = at + 1;
     if (BehindLineEnd(text_, at) != behind) return behind;  // its LF follows
-    ++part_.lines;
+    ++part_->lines;
     std::size_t first = behind;
     while (first < text_.size() && format_.IsBlank(text_[first])) ++first;
     if (first == text_.size() || IsLineEnd(text_[first])) return behind;
-    const bool isComment = format_.comment != '\0' && text_[first] == format_.comment && part_.marks == 0;
+    const bool isComment = format_.comment != '\0' && text_[first] == format_.comment && part_->marks == marksBefore_;
     if (isComment) return EndOfLine(text_, first);
-    part_.rows[part_.marks].push_back({behind, part_.lines});
+    part_->rows[part_->marks].Add(static_cast<std::uint32_t>(behind - part_->begin), part_->lines);
     return behind;
   }
 
   std::string_view text_;
   const CsvFormat& format_;
-  Part part_;
+  unsigned marksBefore_;
+  Part* part_ = nullptr;
 };
 
 }  // namespace
@@ -106,16 +127,31 @@ class CsvRowMerger {
  public:
   explicit CsvRowMerger(std::size_t line) : line_(line) {}
 
-  void Take(const Part& part) {
-    for (const Part::Row& row : part.rows[marks_]) {
-      const std::size_t number = rows_.Size();
-      const std::size_t lead = line_ + row.line - number;
-      if (rows_.leads_.empty() || rows_.leads_.back().lines != lead) rows_.leads_.push_back({number, lead});
-      rows_.begins_.push_back(row.begin);
+  /// Sets room aside for the rows of these parts.
+  void Await(const std::vector<Part>& parts) {
+    std::size_t count = 0;
+    unsigned marks = marks_;
+    for (const Part& part : parts) {
+      count += part.rows[marks].begins.size();
+      marks ^= part.marks;
     }
+    rows_.begins_.reserve(count);
+  }
+
+  void Take(const Part& part) {
+    const Part::Rows& rows = part.rows[marks_];
+    const std::size_t before = rows_.Size();
+    for (const Part::Lead& lead : rows.leads) {
+      const std::size_t lines = line_ + lead.lines - before;
+      if (rows_.leads_.empty() || rows_.leads_.back().lines != lines) rows_.leads_.push_back({before + lead.row, lines});
+    }
+    for (const std::uint32_t begin : rows.begins) rows_.begins_.push_back(part.begin + begin);
     marks_ ^= part.marks;
     line_ += part.lines;
   }
+
+  /// Quotation marks so far: 1 where their number is odd.
+  unsigned Marks() const { return marks_; }
   CsvRows Rows() { return std::move(rows_); }
 
  private:
@@ -124,17 +160,38 @@ class CsvRowMerger {
   CsvRows rows_;
 };
 
+namespace {
+
+/// One part behind the other, as comments may hold any marks: where a comment begins depends on those before it.
+CsvRows FindRowsInTurn(std::string_view text, const CsvFormat& format, const CsvPlace& end, std::size_t bytesInPart,
+                       const Proceed& proceed) {
+  CsvRowMerger merger(end.line);
+  for (std::size_t at = end.at; at < text.size();) {
+    Part part;
+    at = PartReader(text, format, merger.Marks()).Read(at, std::min(at + bytesInPart, text.size()), &part);
+    merger.Take(part);
+    proceed(static_cast<double>(at) / static_cast<double>(text.size()));
+  }
+  return merger.Rows();
+}
+
+}  // namespace
+
 CsvRows FindRows(std::string_view text, const CsvFormat& format, const CsvPlace& end, std::size_t bytesInPart,
                  const Proceed& proceed) {
+  if (format.comment != '\0') return FindRowsInTurn(text, format, end, bytesInPart, proceed);
   const std::size_t bytes = text.size() - end.at;
-  const std::size_t size = format.comment == '\0' ? bytesInPart : std::max<std::size_t>(bytes, 1);
-  std::vector<Part> parts(bytes / size + (bytes % size > 0 ? 1 : 0));
+  std::vector<Part> parts(bytes / bytesInPart + (bytes % bytesInPart > 0 ? 1 : 0));
   ShareWork(parts.size(), proceed, [&](std::size_t k) {
-    const std::size_t begin = end.at + k * size;
-    parts[k] = PartReader(text, format).Read(begin, std::min(begin + size, text.size()));
+    const std::size_t begin = end.at + k * bytesInPart;
+    PartReader(text, format, 0).Read(begin, std::min(begin + bytesInPart, text.size()), &parts[k]);
   });
   CsvRowMerger merger(end.line);
-  for (Part& part : parts) merger.Take(std::exchange(part, {}));
+  merger.Await(parts);
+  for (Part& part : parts) {
+    merger.Take(std::exchange(part, {}));
+    proceed(1.0);
+  }
   return merger.Rows();
 }
 

@@ -16,7 +16,9 @@ namespace {
 constexpr auto kMostRows = static_cast<std::size_t>(std::numeric_limits<int>::max());
 constexpr auto kMostColumns = kMostRows / 2;
 constexpr double kShareOfRows = 0.1;        ///< of the time, to find where they begin
-constexpr std::size_t kSampleRows = 64;     ///< that the decimal mark is guessed from
+constexpr double kShareOfFirstReading = 0.9;  ///< of the rows, where they may have to be read again
+constexpr std::size_t kSampleRows = 64;       ///< that the decimal mark is guessed from, or fewer
+constexpr std::size_t kSampleBytes = std::size_t{1} << 20U;  ///< where they are longer than this
 constexpr std::size_t kNamesAtOnce = 4096;  ///< between two questions whether to stop
 
 [[noreturn]] void Refuse(const std::string& message) { throw Failure(ExitCode::BadData, message); }
@@ -48,12 +50,12 @@ std::vector<std::string> ContentsOf(std::string_view text, const std::vector<Fie
 
 }  // namespace
 
-CsvTable::CsvTable(std::string text, const std::string& name, const ReadOptions& options, NCProgress* progress,
+CsvTable::CsvTable(TextBuffer text, const std::string& name, const ReadOptions& options, NCProgress* progress,
                    std::size_t bytesAtOnce)
-    : name_(name), text_(std::move(text)), format_(DetectFormat(text_, name, options)) {
+    : name_(name), text_(std::move(text)), format_(DetectFormat(Text(), name, options)) {
   for (const std::string& word : options.missingWords) cellFormat_.missingWords.emplace_back(WithoutBlanks(word));
   const CsvPlace headerEnd = ReadHeader(ShareOf(0.0, 0.0, progress));
-  rows_ = FindRows(text_, format_, headerEnd, bytesAtOnce, ShareOf(0.0, kShareOfRows, progress));
+  rows_ = FindRows(Text(), format_, headerEnd, bytesAtOnce, ShareOf(0.0, kShareOfRows, progress));
   if (rows_.Size() == 0) Refuse(name_ + " has a header but no data rows");
   if (rows_.Size() > kMostRows) Refuse(name_ + " has more than " + std::to_string(kMostRows) + " rows");
   ReadRows(bytesAtOnce, ShareOf(kShareOfRows, 1.0, progress));
@@ -67,15 +69,15 @@ int CsvTable::Find(const std::string& columnName) const {
 std::vector<std::string> CsvTable::RowTexts(int row) const {
   CsvPlace place{rows_.Begin(static_cast<std::size_t>(row)), 0};
   std::vector<FieldPlace> fields;
-  PassRecord(text_, format_, &place, &fields);
-  return ContentsOf(text_, fields);
+  PassRecord(Text(), format_, &place, &fields);
+  return ContentsOf(Text(), fields);
 }
 
 std::string CsvTable::Cell(int row, int column) const {
   std::size_t at = rows_.Begin(static_cast<std::size_t>(row));
   FieldPlace field;
-  for (int c = 0; c <= column; ++c, at = field.next + 1) FindField(text_, at, format_, &field);
-  return ContentOf(text_, field);
+  for (int c = 0; c <= column; ++c, at = field.next + 1) FindField(Text(), at, format_, &field);
+  return ContentOf(Text(), field);
 }
 
 std::vector<std::string> CsvTable::ColumnTexts(int column) const {
@@ -91,12 +93,12 @@ std::string CsvTable::RowPlace(int row) const {
 
 CsvPlace CsvTable::ReadHeader(const Proceed& proceed) {
   CsvPlace place{format_.begin, format_.firstLine};
-  FindRecord(text_, format_, &place);
+  FindRecord(Text(), format_, &place);
   const std::size_t line = place.line;
   std::vector<FieldPlace> fields;
-  if (!PassRecord(text_, format_, &place, &fields)) Refuse(name_ + ": " + UnpairedMarks(line));
+  if (!PassRecord(Text(), format_, &place, &fields)) Refuse(name_ + ": " + UnpairedMarks(line));
   if (fields.size() > kMostColumns) Refuse(name_ + ": too many columns");
-  columnNames_ = ContentsOf(text_, fields);
+  columnNames_ = ContentsOf(Text(), fields);
   for (std::size_t c = 0; c < columnNames_.size(); ++c) {
     if (c % kNamesAtOnce == 0) proceed(0.0);
     if (columnNames_[c].empty()) columnNames_[c] = "column " + std::to_string(c + 1);
@@ -107,34 +109,50 @@ CsvPlace CsvTable::ReadHeader(const Proceed& proceed) {
     }
   }
   const std::size_t end = fields.back().next;
-  return {end, end == text_.size() ? place.line : place.line - 1};
+  return {end, end == Text().size() ? place.line : place.line - 1};
+}
+
+std::size_t CsvTable::RowsInSample() const {
+  const std::size_t most = std::min(rows_.Size(), kSampleRows);
+  std::size_t count = 1;
+  while (count < most && rows_.Begin(count) - rows_.Begin(0) < kSampleBytes) ++count;
+  return count;
 }
 
 void CsvTable::ReadRows(std::size_t bytesAtOnce, const Proceed& proceed) {
-  const std::size_t bytesInARow = std::max<std::size_t>(text_.size() / rows_.Size(), 1);
+  const std::size_t bytesInARow = std::max<std::size_t>(Text().size() / rows_.Size(), 1);
   const std::size_t rowsAtOnce = std::max<std::size_t>(bytesAtOnce / bytesInARow, 1);
-  const auto read = [&](std::size_t rows, const Proceed& report) {
-    CsvCells cells = ReadCells(text_, format_, rows_, rows, columnNames_.size(), cellFormat_, rowsAtOnce, report);
+  const auto read = [&](std::size_t rows, double from, double to) {
+    const auto report = [&](double share) { proceed(from + (to - from) * share); };
+    CsvCells cells = ReadCells(Text(), format_, rows_, rows, columnNames_.size(), cellFormat_, rowsAtOnce, report);
     if (cells.badRow) RefuseRow(*cells.badRow);
-    return cells;
+    cells_ = std::move(cells);
+    return cells_.commas > cells_.points;
   };
-  const auto hasCommas = [this](const CsvCells& cells) {
-    return format_.separator != ',' && cells.commas > cells.points;
-  };
-  cellFormat_.decimalComma = hasCommas(read(std::min(rows_.Size(), kSampleRows), [](double) {}));
-  CsvCells cells = read(rows_.Size(), proceed);
-  if (hasCommas(cells) != cellFormat_.decimalComma) {  // the first rows were not like the others
-    cellFormat_.decimalComma = !cellFormat_.decimalComma;
-    cells = read(rows_.Size(), proceed);
+  if (format_.separator == ',') {
+    read(rows_.Size(), 0.0, 1.0);
+    return;
   }
-  cells_ = std::move(cells);
+  const std::size_t sample = RowsInSample();  // tells the mark, most of the time
+  if (read(sample, 0.0, 0.0)) {
+    cellFormat_.decimalComma = true;
+  } else if (sample == rows_.Size()) {
+    proceed(1.0);
+    return;
+  }
+  const bool hasCommas = read(rows_.Size(), 0.0, kShareOfFirstReading);
+  if (hasCommas != cellFormat_.decimalComma) {  // the first rows were not like the others
+    cellFormat_.decimalComma = hasCommas;
+    read(rows_.Size(), kShareOfFirstReading, 1.0);
+  }
+  proceed(1.0);
 }
 
 void CsvTable::RefuseRow(std::size_t row) const {
   CsvPlace place{rows_.Begin(row), 0};
   std::vector<FieldPlace> places;
-  if (!PassRecord(text_, format_, &place, &places)) Refuse(name_ + ": " + UnpairedMarks(rows_.Line(row)));
-  const std::vector<std::string> fields = ContentsOf(text_, places);
+  if (!PassRecord(Text(), format_, &place, &places)) Refuse(name_ + ": " + UnpairedMarks(rows_.Line(row)));
+  const std::vector<std::string> fields = ContentsOf(Text(), places);
   const bool tooMany = format_.separator == ',' && fields.size() > columnNames_.size();
   const bool hint = tooMany && MayBeNumbersCutAtCommas(fields);
   Refuse(name_ + ": " + RowPlace(static_cast<int>(row)) + " has " + Counted(fields.size(), "field") +

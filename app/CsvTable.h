@@ -10,6 +10,7 @@
 #include "app/CsvRecords.h"
 #include "app/CsvRows.h"
 #include "app/ReadOptions.h"
+#include "app/TextBuffer.h"
 #include "kalmia/support/NCProgress.h"
 
 namespace kalmia::app {
@@ -28,11 +29,11 @@ class CsvTable {
   /// ("column 3"). `name` is how messages call the text. `progress` (may be null) moves from 0 to 1.
   /// Throws Failure (BadData): what DetectFormat refuses, no data rows, a row with another number of fields than the
   /// header, two columns of one name, quotation marks that do not pair up; (Stopped) on a stop of the progress.
-  CsvTable(std::string text, const std::string& name, const ReadOptions& options = {}, NCProgress* progress = nullptr,
+  CsvTable(TextBuffer text, const std::string& name, const ReadOptions& options = {}, NCProgress* progress = nullptr,
            std::size_t bytesAtOnce = kBytesAtOnce);
 
   const std::string& Name() const { return name_; }
-  const std::string& Text() const { return text_; }
+  std::string_view Text() const { return text_.View(); }
   const CsvFormat& Format() const { return format_; }
   char Separator() const { return format_.separator; }
   bool DecimalComma() const { return cellFormat_.decimalComma; }
@@ -61,11 +62,12 @@ class CsvTable {
  private:
   /// Reads the header. The place where its last line ends.
   CsvPlace ReadHeader(const Proceed& proceed);
+  std::size_t RowsInSample() const;
   void ReadRows(std::size_t bytesAtOnce, const Proceed& proceed);
   [[noreturn]] void RefuseRow(std::size_t row) const;
 
   std::string name_;
-  std::string text_;
+  TextBuffer text_;
   CsvFormat format_;
   CellFormat cellFormat_;
   std::vector<std::string> columnNames_;

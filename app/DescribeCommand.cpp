@@ -1,8 +1,11 @@
+#include <algorithm>
 #include <atomic>
+#include <chrono>
 #include <cmath>
 
 #include "app/ColumnMoments.h"
 #include "app/Commands.h"
+#include "app/ConsoleProgress.h"
 #include "app/CsvTable.h"
 #include "app/DisplayText.h"
 #include "app/Failure.h"
@@ -20,11 +23,11 @@ namespace kalmia::app {
 namespace {
 
 constexpr int kDigits = 6;
-constexpr std::size_t kWordsShown = 3;  ///< of a column of numbers
+constexpr std::chrono::milliseconds kShort{400};  ///< a command within this time shows no bar
 
 /// A cell among numbers that is none: text, or infinite, or beyond single precision.
 struct StrayWord {
-  std::string text;
+  std::string text;  ///< its beginning
   int row = 0;  ///< from 1
   std::size_t line = 0;
 };
@@ -64,16 +67,39 @@ struct TableSummary {
   }
 };
 
-void NameWords(const CsvTable& table, int column, ColumnSummary* summary) {
-  for (const int row : RowsOfStrays(table, column, kWordsShown)) {
-    summary->firstWords.push_back({table.Cell(row, column), row + 1, table.Line(row)});
+/// Adds the first words of the columns. Each row that holds some of them is gone through once.
+void NameWords(const CsvTable& table, const std::vector<int>& columns, std::vector<ColumnSummary>* summaries) {
+  struct Place {
+    int row;
+    std::size_t column;
+  };
+  std::vector<Place> places;
+  for (std::size_t k = 0; k < columns.size(); ++k) {
+    for (const int row : table.Column(columns[k]).firstStrays) places.push_back({row, k});
+  }
+  std::stable_sort(places.begin(), places.end(), [](const Place& a, const Place& b) { return a.row < b.row; });
+  int rowRead = -1;
+  std::vector<std::string> texts;
+  for (const Place& place : places) {
+    if (place.row != rowRead) {
+      StopIfInterrupted();
+      texts = table.RowTexts(place.row);
+      rowRead = place.row;
+    }
+    const std::string& text = texts[static_cast<std::size_t>(columns[place.column])];
+    (*summaries)[place.column].firstWords.push_back({Beginning(text), place.row + 1, table.Line(place.row)});
   }
 }
 
 /// Adds the moments of the columns. How many cells were measured as -99.
-int SummariseNumbers(const CsvTable& table, const std::vector<int>& columns, std::vector<ColumnSummary>* summaries) {
+int SummariseNumbers(const CsvTable& table, const std::vector<int>& columns, ProgressLine* line,
+                     std::vector<ColumnSummary>* summaries) {
+  const auto proceed = [&](double share) {
+    StopIfInterrupted();
+    line->Show("describing " + Counted(columns.size(), "column"), share);
+  };
   std::atomic<int> moved{0};
-  ShareWork(columns.size(), [](double) { StopIfInterrupted(); },
+  ShareWork(columns.size(), proceed,
             [&](std::size_t k) {
               int movedHere = 0;
               const std::vector<float> cells = NumbersBesideStrays(table, columns[k], &movedHere);
@@ -88,7 +114,7 @@ int SummariseNumbers(const CsvTable& table, const std::vector<int>& columns, std
   return moved;
 }
 
-TableSummary SummariseTable(const CsvTable& table, Notes* notes) {
+TableSummary SummariseTable(const CsvTable& table, ProgressLine* line, Notes* notes) {
   TableSummary summary;
   std::vector<int> columns;
   for (int column = 0; column < table.Columns(); ++column) {
@@ -103,9 +129,9 @@ TableSummary SummariseTable(const CsvTable& table, Notes* notes) {
     summary.columns.back().name = name;
     summary.columns.back().missing = cells.missing;
     summary.columns.back().words = cells.strays;
-    NameWords(table, column, &summary.columns.back());
   }
-  NoteMovedCells(SummariseNumbers(table, columns, &summary.columns), notes);
+  NameWords(table, columns, &summary.columns);
+  NoteMovedCells(SummariseNumbers(table, columns, line, &summary.columns), notes);
   if (table.Columns() == 1 && !summary.textColumns.empty()) {
     notes->Add("the table has one column only, of text: columns are separated by commas, ; or tabs");
   }
@@ -198,8 +224,9 @@ std::string DescribeJson(const CsvTable& table, const TableSummary& summary, con
 }  // namespace
 
 std::string RunCommand(const DescribeOptions& options, Notes* notes) {
+  ProgressLine line(kShort);
   const CsvTable table = ReadTable(options.table, options.reading);
-  const TableSummary summary = SummariseTable(table, notes);
+  const TableSummary summary = SummariseTable(table, &line, notes);
   return options.json ? DescribeJson(table, summary, *notes) : DescribeText(table, summary);
 }
 

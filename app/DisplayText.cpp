@@ -48,15 +48,14 @@ std::string OneLine(std::string_view text) {
   return line;
 }
 
-std::string Quoted(std::string_view text) {
-  std::string line = OneLine(text);
-  if (line.size() > kLongestQuotation) {
-    std::size_t end = kLongestQuotation;
-    while (end > 0 && IsContinuation(line[end])) --end;  // never cut inside a character
-    line = line.substr(0, end) + "...";
-  }
-  return "'" + line + "'";
+std::string Beginning(std::string_view text) {
+  if (text.size() <= kLongestQuotation) return std::string(text);
+  std::size_t end = kLongestQuotation;
+  while (end > 0 && IsContinuation(text[end])) --end;  // never cut inside a character
+  return std::string(text.substr(0, end)) + "...";
 }
+
+std::string Quoted(std::string_view text) { return "'" + Beginning(OneLine(text)) + "'"; }
 
 std::string Listed(const std::vector<std::string>& names, std::size_t limit) {
   if (limit == 0 || names.size() <= limit) return Joined(names, names.size(), " and ");

@@ -11,7 +11,10 @@ namespace kalmia::app {
 /// from files that anybody may have written; a terminal sees them through this.
 std::string OneLine(std::string_view text);
 
-/// The text on one line, between quotation marks, cut to about 40 characters.
+/// The text, or where it is longer than about 40 characters its beginning and "...".
+std::string Beginning(std::string_view text);
+
+/// The beginning of the text on one line, between quotation marks.
 std::string Quoted(std::string_view text);
 
 /// So many columns a message names; it counts the others.

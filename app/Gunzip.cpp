@@ -6,16 +6,16 @@
 #include <cstdint>
 #include <limits>
 #include <new>
-#include <vector>
+#include <stdexcept>
+#include <utility>
 
 #include "app/Failure.h"
-#include "kalmia/support/AvailableMemory.h"
 
 namespace kalmia::app {
 
 namespace {
 
-constexpr std::size_t kPiece = std::size_t{1} << 18U;
+constexpr std::string_view kMagic = "\x1F\x8B";
 constexpr int kGzipWindow = 15 + 16;  ///< the largest window, and the gzip form alone
 
 [[noreturn]] void Refuse(const std::string& message) { throw Failure(ExitCode::BadData, message); }
@@ -23,7 +23,8 @@ constexpr int kGzipWindow = 15 + 16;  ///< the largest window, and the gzip form
 /// Unpacks the members of a file.
 class Unpacker {
  public:
-  Unpacker(std::string_view bytes, const std::string& name) : bytes_(bytes), name_(name), piece_(kPiece) {
+  Unpacker(std::string_view bytes, const std::string& name, const MemoryLeft& memoryLeft)
+      : bytes_(bytes), name_(name), memoryLeft_(memoryLeft) {
     if (inflateInit2(&stream_, kGzipWindow) != Z_OK) throw std::bad_alloc();
   }
   ~Unpacker() { inflateEnd(&stream_); }
@@ -33,14 +34,16 @@ class Unpacker {
   /// Unpacks one more piece. False at the end of the file.
   bool Step() {
     if (atMemberEnd_ && !BeginMember()) return false;
+    MakeRoom();
     const std::size_t in = std::min<std::size_t>(bytes_.size() - at_, std::numeric_limits<uInt>::max());
+    const std::size_t out = std::min(text_.FreeRoom(), kGunzipPiece);
     stream_.next_in = reinterpret_cast<Bytef*>(const_cast<char*>(bytes_.data() + at_));
     stream_.avail_in = static_cast<uInt>(in);
-    stream_.next_out = piece_.data();
-    stream_.avail_out = static_cast<uInt>(piece_.size());
+    stream_.next_out = reinterpret_cast<Bytef*>(text_.Free());
+    stream_.avail_out = static_cast<uInt>(out);
     const int result = inflate(&stream_, Z_NO_FLUSH);
     at_ += in - stream_.avail_in;
-    Take(piece_.size() - stream_.avail_out);
+    text_.Grow(out - stream_.avail_out);
     if (result == Z_MEM_ERROR) throw std::bad_alloc();
     if (result == Z_BUF_ERROR || (result == Z_OK && at_ == bytes_.size() && stream_.avail_out > 0)) {
       Refuse(name_ + " is a gzip file that ends early: it was cut short");
@@ -51,41 +54,45 @@ class Unpacker {
   }
 
   double Share() const { return static_cast<double>(at_) / static_cast<double>(bytes_.size()); }
-  std::string Text() { return std::move(text_); }
+  TextBuffer Text() { return std::move(text_); }
 
  private:
   /// False where nothing but zeros is left.
   bool BeginMember() {
     if (bytes_.find_first_not_of('\0', at_) == std::string_view::npos) return false;
+    const std::string_view rest = bytes_.substr(at_);
+    if (!IsGzip(rest) && rest != kMagic.substr(0, 1)) {
+      Refuse(name_ + " is a gzip file with other bytes behind its end: unpack it with gzip, which passes them over");
+    }
+    if (inflateReset(&stream_) != Z_OK) throw std::logic_error("a stream that has come to its end is in order");
     atMemberEnd_ = false;
-    return inflateReset(&stream_) == Z_OK;
+    return true;
   }
 
-  void Take(std::size_t count) {
-    const std::size_t needed = text_.size() + count;
-    if (needed > text_.capacity()) {
-      const std::size_t room = std::max(needed, 2 * text_.capacity());
-      if (room > AvailableMemory()) Refuse(name_ + " holds more than there is memory for, unpacked");
-      text_.reserve(room);
-    }
-    text_.append(reinterpret_cast<const char*>(piece_.data()), count);
+  /// Doubles the room, or takes what memory is left.
+  void MakeRoom() {
+    if (text_.FreeRoom() > 0) return;
+    const std::uint64_t left = memoryLeft_();
+    if (left < kGunzipPiece) Refuse(name_ + " holds more than there is memory for, unpacked");
+    const std::uint64_t more = std::min<std::uint64_t>(std::max(text_.Size(), kGunzipPiece), left);
+    text_.Reserve(text_.Size() + static_cast<std::size_t>(more));
   }
 
   std::string_view bytes_;
   const std::string& name_;
-  std::vector<Bytef> piece_;
+  const MemoryLeft& memoryLeft_;
   z_stream stream_ = {};
   std::size_t at_ = 0;  ///< of the bytes
   bool atMemberEnd_ = false;
-  std::string text_;
+  TextBuffer text_;
 };
 
 }  // namespace
 
-bool IsGzip(std::string_view bytes) { return bytes.substr(0, 2) == "\x1F\x8B"; }
+bool IsGzip(std::string_view bytes) { return bytes.substr(0, kMagic.size()) == kMagic; }
 
-std::string Gunzip(std::string_view bytes, const std::string& name, NCProgress* progress) {
-  Unpacker unpacker(bytes, name);
+TextBuffer Gunzip(std::string_view bytes, const std::string& name, NCProgress* progress, const MemoryLeft& memoryLeft) {
+  Unpacker unpacker(bytes, name, memoryLeft);
   while (unpacker.Step()) {
     if (progress == nullptr || progress->SetValue(static_cast<float>(unpacker.Share()))) continue;
     throw Failure(ExitCode::Stopped, "stopped");

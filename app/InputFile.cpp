@@ -5,21 +5,25 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
+#include <atomic>
 #include <cerrno>
 #include <optional>
 #include <system_error>
-#include <vector>
+#include <utility>
 
 #include "app/DisplayText.h"
 #include "app/Failure.h"
 #include "app/Interrupt.h"
-#include "kalmia/support/LargePages.h"
+#include "app/SharedWork.h"
 
 namespace kalmia::app {
 
 namespace {
 
 constexpr std::size_t kBlock = std::size_t{1} << 18U;
+constexpr std::size_t kPiece = std::size_t{1} << 21U;  ///< of a file that several threads read
+constexpr std::size_t kWorthSharing = 4 * kPiece;
 constexpr int kLongestWait = 50;  ///< milliseconds between two looks for Ctrl-C, which may come just before a wait
 
 [[noreturn]] void FailToRead(const std::string& name, int error) {
@@ -58,12 +62,29 @@ class OpenedFile {
     return ready > 0;
   }
 
-  /// Reads some bytes; 0 at the end, nothing where they are not there yet.
-  std::optional<std::size_t> Read(std::vector<char>* block) const {
-    const ssize_t got = read(file_, block->data(), block->size());
-    if (got >= 0) return static_cast<std::size_t>(got);
+  /// Reads some bytes into the free room; 0 at the end, nothing where they are not there yet.
+  std::optional<std::size_t> Read(TextBuffer* text) const {
+    const ssize_t got = read(file_, text->Free(), std::min(text->FreeRoom(), kBlock));
+    if (got >= 0) {
+      text->Grow(static_cast<std::size_t>(got));
+      return static_cast<std::size_t>(got);
+    }
     if (errno != EINTR && errno != EAGAIN) FailToRead(name_, errno);
     return std::nullopt;
+  }
+
+  /// Reads so many bytes from a place on. False if the file ends before them.
+  bool ReadAt(std::size_t place, char* bytes, std::size_t count) const {
+    while (count > 0) {
+      const ssize_t got = pread(file_, bytes, count, static_cast<off_t>(place));
+      if (got == 0) return false;
+      if (got < 0 && errno != EINTR) FailToRead(name_, errno);
+      const auto read = static_cast<std::size_t>(std::max<ssize_t>(got, 0));
+      place += read;
+      bytes += read;
+      count -= read;
+    }
+    return true;
   }
 
  private:
@@ -71,30 +92,56 @@ class OpenedFile {
   int file_;
 };
 
-void Show(std::size_t bytes, std::size_t size, NCProgress* progress) {
+void Show(double share, NCProgress* progress) {
   if (progress == nullptr) return;
-  const double share = size == 0 ? 0.0 : static_cast<double>(bytes) / static_cast<double>(size);
   if (!progress->SetValue(static_cast<float>(share))) throw Failure(ExitCode::Stopped, "stopped");
+}
+
+/// Reads until the end comes.
+TextBuffer ReadToTheEnd(const OpenedFile& file, NCProgress* progress) {
+  if (file.IsTerminal()) progress = nullptr;  // a bar would write into what is being typed
+  const std::size_t size = file.Size();
+  TextBuffer text;
+  text.Reserve(size + kBlock);
+  for (;;) {
+    Show(size == 0 ? 0.0 : static_cast<double>(text.Size()) / static_cast<double>(size), progress);
+    if (!file.Await()) continue;
+    if (text.FreeRoom() == 0) text.Reserve(2 * text.Size());
+    if (file.Read(&text) == std::size_t{0}) return text;
+  }
+}
+
+/// Reads `size` bytes of a file, each thread some pieces of them. Nothing if they are not all there, or more are.
+std::optional<TextBuffer> ReadPieces(const OpenedFile& file, std::size_t size, NCProgress* progress) {
+  TextBuffer text;
+  text.Reserve(size);
+  std::atomic<bool> isWhole{true};
+  const auto proceed = [progress](double share) {
+    StopIfInterrupted();
+    Show(share, progress);
+  };
+  ShareWork((size + kPiece - 1) / kPiece, proceed, [&](std::size_t k) {
+    const std::size_t begin = k * kPiece;
+    if (!file.ReadAt(begin, text.Free() + begin, std::min(kPiece, size - begin))) isWhole = false;
+  });
+  char next = 0;
+  if (!isWhole || file.ReadAt(size, &next, 1)) return std::nullopt;
+  text.Grow(size);
+  return text;
 }
 
 }  // namespace
 
-std::string ReadInput(const std::string& name, NCProgress* progress) {
+TextBuffer ReadText(const std::string& name, NCProgress* progress) {
   const OpenedFile file(name);
-  if (file.IsTerminal()) progress = nullptr;  // a bar would write into what is being typed
-  const std::size_t size = file.Size();
-  std::string bytes;
-  bytes.reserve(size);
-  PreferLargePages(bytes.data(), bytes.capacity());
-  std::vector<char> block(kBlock);
-  for (;;) {
-    Show(bytes.size(), size, progress);
-    if (!file.Await()) continue;
-    const std::optional<std::size_t> got = file.Read(&block);
-    if (got && *got == 0) return bytes;
-    bytes.append(block.data(), got.value_or(0));
+  const std::size_t size = name == "-" ? 0 : file.Size();  // standard input may have been read in part
+  if (size >= kWorthSharing) {
+    if (std::optional<TextBuffer> text = ReadPieces(file, size, progress)) return *std::move(text);
   }
+  return ReadToTheEnd(file, progress);
 }
+
+std::string ReadInput(const std::string& name) { return std::string(ReadText(name).View()); }
 
 std::string InputName(const std::string& name) { return name == "-" ? "standard input" : OneLine(name); }
 

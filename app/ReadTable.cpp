@@ -27,16 +27,16 @@ CsvTable ReadTable(const std::string& file, const ReadOptions& options) {
   NCProgress progress(std::make_unique<NestedProgress>(&line));
   progress.SetText(("reading " + name).c_str());
   progress.PushSubRange(0.0F, kRead);
-  std::string bytes = ReadInput(file, &progress);
+  TextBuffer text = ReadText(file, &progress);
   progress.PopSubRange();
-  const bool isGzip = IsGzip(bytes);
+  const bool isGzip = IsGzip(text.View());
   if (isGzip) {
     progress.PushSubRange(kRead, kUnpacked);
-    bytes = Gunzip(bytes, name, &progress);
+    text = Gunzip(text.View(), name, &progress);
     progress.PopSubRange();
   }
   progress.PushSubRange(isGzip ? kUnpacked : kRead, 1.0F);
-  return CsvTable(std::move(bytes), name, options, &progress);
+  return CsvTable(std::move(text), name, options, &progress);
 }
 
 }  // namespace kalmia::app

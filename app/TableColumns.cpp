@@ -6,7 +6,6 @@
 #include "app/CellNumber.h"
 #include "app/DisplayText.h"
 #include "app/Failure.h"
-#include "app/Interrupt.h"
 #include "app/NearestName.h"
 #include "kalmia/containers/Missing.h"
 
@@ -57,32 +56,20 @@ ColumnKind KindOfColumn(const CsvTable& table, int column) { return table.Column
 
 std::vector<float> ReadNumbers(const CsvTable& table, int column, int* moved) {
   const CsvColumn& source = table.Column(column);
-  if (source.strays > 0) RefuseCell(table, source.firstStray, column);
+  if (source.strays > 0) RefuseCell(table, source.firstStrays.front(), column);
   return NumbersBesideStrays(table, column, moved);
 }
 
 std::vector<float> NumbersBesideStrays(const CsvTable& table, int column, int* moved) {
-  const double* const source = table.Column(column).numbers;
+  const float* const source = table.Column(column).numbers;
   std::vector<float> numbers(static_cast<std::size_t>(table.Rows()));
   for (std::size_t row = 0; row < numbers.size(); ++row) {
-    numbers[row] = std::isnan(source[row]) ? kMissingCell : static_cast<float>(source[row]);
+    numbers[row] = std::isnan(source[row]) ? kMissingCell : source[row];
     if (numbers[row] != kMissingCell || std::isnan(source[row])) continue;
     numbers[row] = std::nextafter(kMissingCell, std::numeric_limits<float>::lowest());
     ++*moved;
   }
   return numbers;
-}
-
-std::vector<int> RowsOfStrays(const CsvTable& table, int column, std::size_t most) {
-  const CsvColumn& source = table.Column(column);
-  most = std::min(most, static_cast<std::size_t>(source.strays));
-  std::vector<int> rows;
-  for (int row = source.firstStray; rows.size() < most; ++row) {
-    if (!std::isnan(source.numbers[static_cast<std::size_t>(row)])) continue;
-    StopIfInterrupted();
-    if (table.ValueOf(table.Cell(row, column)).kind != CellKind::Missing) rows.push_back(row);
-  }
-  return rows;
 }
 
 NCDataMatrix<float> MatrixOf(const std::vector<std::vector<float>>& columns, int rows) {

@@ -26,9 +26,6 @@ std::vector<float> ReadNumbers(const CsvTable& table, int column, int* moved);
 /// The same with strays taken for missing cells.
 std::vector<float> NumbersBesideStrays(const CsvTable& table, int column, int* moved);
 
-/// The rows of the first strays of a column, up to `most`. Stops on Ctrl-C.
-std::vector<int> RowsOfStrays(const CsvTable& table, int column, std::size_t most);
-
 /// Columns of so many cells each as a matrix, one cell for each row.
 NCDataMatrix<float> MatrixOf(const std::vector<std::vector<float>>& columns, int rows);
 

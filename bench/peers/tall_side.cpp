@@ -18,7 +18,7 @@ namespace {
 double SumOf(const kalmia::app::CsvTable& table) {
   double sum = 0.0;
   for (int column = 0; column < table.Columns(); ++column) {
-    const double* const numbers = table.Column(column).numbers;
+    const float* const numbers = table.Column(column).numbers;
     for (int row = 0; numbers != nullptr && row < table.Rows(); ++row) {
       sum += std::isnan(numbers[row]) ? 0.0 : numbers[row];
     }
@@ -38,7 +38,7 @@ int main(int argc, char** argv) {
   double sum = 0.0;
   for (int repeat = std::atoi(argv[3]); repeat > 0; --repeat) {
     const auto begin = std::chrono::steady_clock::now();
-    const kalmia::app::CsvTable table(kalmia::app::ReadInput(argv[1]), argv[1]);
+    const kalmia::app::CsvTable table(kalmia::app::ReadText(argv[1]), argv[1]);
     const std::chrono::duration<double> seconds = std::chrono::steady_clock::now() - begin;
     best = std::min(best, seconds.count());
     sum = SumOf(table);

@@ -106,7 +106,8 @@ TEST(ReadPlainNumber, GivesTheValueOfReadCellForEveryNumberThatItTakes) {
     if (random() % 4 != 0) text.insert(random() % (text.size() + 1), ".");
     if (random() % 3 == 0) text.insert(0, random() % 2 == 0 ? "-" : "+");
     if (random() % 3 == 0) text += "e" + std::to_string(static_cast<int>(random() % 60) - 30);
-    const std::string followed = text + ",5";
+    static const char* const kBehind[] = {",5", ";", "\n12345678", ",-123456789", "\xFF\xFE 1234567", "/:/:/:/:"};
+    const std::string followed = text + kBehind[random() % 6];
     const PlainNumber number = ReadPlainNumber(followed.data(), followed.data() + followed.size(), '.');
     if (number.end == nullptr) continue;
     ++taken;

@@ -291,7 +291,7 @@ TEST(CsvTable, KeepsNumbersByColumnAndHolesAsNaN) {
   EXPECT_TRUE(std::isnan(a.numbers[1]));
   EXPECT_EQ(a.missing, 1);
   EXPECT_EQ(table.Column(1).strays, 1);
-  EXPECT_EQ(table.Column(1).firstStray, 0);
+  EXPECT_THAT(table.Column(1).firstStrays, ElementsAre(0));
   EXPECT_EQ(table.Column(2).kind, ColumnKind::Empty);
 }
 
@@ -334,6 +334,70 @@ TEST(CsvTable, TellsItsShareAndStopsAtEveryQuestion) {
       EXPECT_EQ(failure.Code(), ExitCode::Stopped);
     }
     EXPECT_EQ(log.Count("SetValue"), stopAt);
+  }
+}
+
+/// What the bar of a text is told, read in small parts by one thread; stopped at one of the questions, or at none.
+ProgressLog LogOfReading(const std::string& text, const ReadOptions& options = {}, int stopAt = 0) {
+  const Threads oneThread(1);
+  ProgressLog log;
+  log.stopAt = stopAt;
+  const auto progress = RecordingBar(&log);
+  try {
+    const CsvTable table(text, "t", options, progress.get(), /*bytesAtOnce=*/64);
+    EXPECT_EQ(stopAt, 0);
+  } catch (const Failure& failure) {
+    EXPECT_EQ(failure.Code(), ExitCode::Stopped);
+  }
+  return log;
+}
+
+std::vector<double> SharesIn(const ProgressLog& log) {
+  std::vector<double> shares;
+  for (const std::string& call : log.calls) {
+    if (call.rfind("SetValue ", 0) == 0) shares.push_back(std::stod(call.substr(9)));
+  }
+  return shares;
+}
+
+TEST(CsvTable, ReadsAShortTableOnceWhateverItsSeparator) {
+  std::string text = "a,b\n";
+  for (int r = 0; r < 60; ++r) text += "1.5,2\n";
+  const std::size_t commas = SharesIn(LogOfReading(text)).size();
+  std::replace(text.begin(), text.end(), ',', ';');
+  EXPECT_EQ(SharesIn(LogOfReading(text)).size(), commas + 1) << "one more tells that it was the sample";
+}
+
+TEST(CsvTable, NeverTakesTheBarBackAndStopsAtEveryQuestionWhereRowsAreReadAgain) {
+  std::string text = "a;b\n";
+  for (int r = 0; r < 70; ++r) text += "1;1.5\n";
+  for (int r = 0; r < 90; ++r) text += "2;2,5\n";
+  const std::vector<double> shares = SharesIn(LogOfReading(text));
+  EXPECT_TRUE(std::is_sorted(shares.begin(), shares.end()));
+  EXPECT_EQ(shares.back(), 1.0);
+  EXPECT_GT(std::count_if(shares.begin(), shares.end(), [](double share) { return share > 0.92 && share < 1.0; }), 5);
+  for (std::size_t stopAt = 1; stopAt <= shares.size(); ++stopAt) {
+    EXPECT_EQ(SharesIn(LogOfReading(text, {}, static_cast<int>(stopAt))).size(), stopAt);
+  }
+}
+
+TEST(CsvTable, TellsItsShareWhileItLooksForRowsAmongComments) {
+  std::string text = "a,b\n";
+  for (int r = 0; r < 100; ++r) text += "1,2\n# comment\n";
+  const std::vector<double> shares = SharesIn(LogOfReading(text, Skipping(0, "#")));
+  EXPECT_TRUE(std::is_sorted(shares.begin(), shares.end()));
+  EXPECT_GT(std::count_if(shares.begin(), shares.end(), [](double share) { return share > 0.0 && share < 0.1; }), 10);
+}
+
+TEST(CsvTable, KnowsTheFirstThreeStraysOfAColumnInTheirOrderWhateverTheParts) {
+  std::string text = "a,b\n";
+  for (int r = 0; r < 500; ++r) text += std::string(r % 100 == 77 ? "x" : r % 2 == 0 ? "" : "1") + ",1\n";
+  for (const int count : {1, 3}) {
+    const Threads threads(count);
+    const CsvTable table(text, "t", {}, nullptr, /*bytesAtOnce=*/16);
+    EXPECT_EQ(table.Column(0).strays, 5);
+    EXPECT_THAT(table.Column(0).firstStrays, ElementsAre(77, 177, 277));
+    EXPECT_THAT(table.Column(1).firstStrays, ElementsAre());
   }
 }
 

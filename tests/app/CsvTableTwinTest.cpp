@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 #include <random>
 
@@ -31,18 +32,23 @@ class TextMaker {
     static const char* const kPieces[] = {"1",  "2.5", "3,5", "a",   "NA", "inf", "\"", "\"\"", "\n",   "\n",
                                           "\r", "\r\n", ",",  ",",   ";",  "\t",  " ",  "#",    "-1e9", "1e99"};
     std::string text = Below(8) == 0 ? "\xEF\xBB\xBF" : "";
+    if (Below(4) == 0) text += OneOf(kSeparatorLines);
     for (std::size_t length = Below(40); length > 0; --length) text += OneOf(kPieces);
     return text;
   }
 
-  /// A table, most of the time a good one, of cells in every form.
+  /// A table, most of the time a good one, of cells in every form. One in twenty has so many rows that the first ones
+  /// do not tell the decimal mark, which may change on the way.
   std::string Table() {
-    static const char* const kSeparators[] = {",", ";", "\t"};
+    static const char* const kSeparators[] = {",", ";", "\t", ",", ";", "\t", "|"};
     static const char* const kEnds[] = {"\n", "\n", "\r\n", "\r"};
     const std::string separator = OneOf(kSeparators), end = OneOf(kEnds);
-    const std::size_t columns = 1 + Below(5), rows = Below(12);
+    const std::size_t columns = 1 + Below(5), rows = Below(20) == 0 ? 50 + Below(200) : Below(12);
+    const std::size_t commasFrom = Below(2) == 0 ? Below(rows + 1) : rows + 1, commasTo = commasFrom + Below(rows + 1);
     std::string text = Below(8) == 0 ? "\xEF\xBB\xBF" : "";
+    if (separator == "|") text += "sep=|" + end;
     for (std::size_t row = 0; row <= rows; ++row) {
+      hasCommas_ = row >= commasFrom && row < commasTo;
       if (Below(6) == 0) text += Between() + end;
       const std::size_t fields = Below(60) == 0 ? columns + Below(3) : columns;
       for (std::size_t c = 0; c < fields; ++c) {
@@ -58,11 +64,15 @@ class TextMaker {
     static const char* const kLines[] = {"", " ", "# a \" mark", " \t", "  # \"two\" marks"};
     return OneOf(kLines);
   }
+  static constexpr const char* kSeparatorLines[] = {"sep=;\n",   "sep=,\r\n", "SEP=|\r", "\"sep=\t\"\n", "sep=#\n",
+                                                    "\n#\nsep=;", "sep=;;\n",  "sep=-\n", " sep=;\n",    "\"sep=;\n"};
+
   std::string Cell(const std::string& separator, bool mayBeWord) {
     static const char* const kNumbers[] = {"1",     "-2.5", "3.25e2", "0,5", "",     " 7 ", "NA", "+.5",
                                            "1e-60", "007",  "1e400",  "nan", "-inf", "5.",  "16777217"};
     static const char* const kWords[] = {"a", "b c", "\"x\ny\"", "\"say \"\"x\"\"\"", "\"a\r\nb\" ", "1.2.3", "\"\"", "#"};
     std::string cell = mayBeWord && Below(2) == 0 ? OneOf(kWords) : OneOf(kNumbers);
+    if (hasCommas_ && cell.find('.') == cell.rfind('.')) std::replace(cell.begin(), cell.end(), '.', ',');
     if (Below(400) == 0) cell += "\"";
     const bool isQuoted = cell.find('"') != std::string::npos;
     if (!isQuoted && (cell.find(separator) != std::string::npos || Below(5) == 0)) cell = '"' + cell + '"';
@@ -70,6 +80,7 @@ class TextMaker {
   }
 
   std::mt19937 random_;
+  bool hasCommas_ = false;
 };
 
 void ExpectSameCells(const CsvTable& table, const PlainTable& plain) {
@@ -78,18 +89,19 @@ void ExpectSameCells(const CsvTable& table, const PlainTable& plain) {
     const CsvColumn& cells = table.Column(column);
     ASSERT_EQ(cells.kind, plain.KindOf(c));
     const std::vector<std::string> texts = table.ColumnTexts(column);
-    int missing = 0, strays = 0, firstStray = -1;
+    int missing = 0, strays = 0;
+    std::vector<int> firstStrays;
     for (std::size_t r = 0; r < plain.rows.size(); ++r) {
       const std::string& text = plain.rows[r][c];
       ASSERT_EQ(texts[r], text);
       ASSERT_EQ(table.Cell(static_cast<int>(r), column), text);
-      const CellValue cell = ReadCell(text, plain.decimalComma);
+      const CellValue cell = plain.ValueOf(text);
       const bool isNumber = cell.kind == CellKind::Number;
       missing += cell.kind == CellKind::Missing ? 1 : 0;
-      if (cell.kind != CellKind::Missing && !isNumber && strays++ == 0) firstStray = static_cast<int>(r);
+      if (cell.kind != CellKind::Missing && !isNumber && strays++ < 3) firstStrays.push_back(static_cast<int>(r));
       if (cells.kind == ColumnKind::Texts) continue;
       if (isNumber) {
-        ASSERT_EQ(cells.numbers[r], cell.value);
+        ASSERT_EQ(cells.numbers[r], static_cast<float>(cell.value));
         ASSERT_EQ(std::signbit(cells.numbers[r]), std::signbit(cell.value));
       } else {
         ASSERT_TRUE(std::isnan(cells.numbers[r]));
@@ -97,15 +109,13 @@ void ExpectSameCells(const CsvTable& table, const PlainTable& plain) {
     }
     ASSERT_EQ(cells.missing, missing);
     ASSERT_EQ(cells.strays, strays);
-    ASSERT_EQ(cells.firstStray, firstStray);
+    ASSERT_EQ(cells.firstStrays, firstStrays);
   }
 }
 
 /// Whether both readers took the text; the test fails where they do not agree.
-bool ExpectSameTable(const std::string& text, char comment, std::size_t bytesAtOnce) {
-  const PlainTable plain = ReadPlainTable(text, comment);
-  ReadOptions options;
-  if (comment != '\0') options.comment = comment;
+bool ExpectSameTable(const std::string& text, const ReadOptions& options, std::size_t bytesAtOnce) {
+  const PlainTable plain = ReadPlainTable(text, options);
   try {
     const CsvTable table(text, "t", options, nullptr, bytesAtOnce);
     EXPECT_EQ(plain.refusal, "");
@@ -140,12 +150,16 @@ int CountTables(int texts, const Make& make) {
   TextMaker maker(20240101);
   for (int i = 0; i < texts && !::testing::Test::HasFailure(); ++i) {
     const std::string text = make(&maker);
-    const char comment = maker.Below(3) == 0 ? '#' : '\0';
+    ReadOptions options;
+    if (maker.Below(3) == 0) options.comment = "#";
+    if (maker.Below(6) == 0) options.skipLines = static_cast<int>(maker.Below(3));
+    if (maker.Below(4) == 0) options.missingWords = {" a", "-2.5", "1,5"};
     const std::size_t part = kParts[maker.Below(std::size(kParts))];
     const Threads threads(1 + static_cast<int>(maker.Below(3)));
-    SCOPED_TRACE(::testing::PrintToString(text) + (comment == '#' ? " with comments" : "") + " in parts of " +
-                 std::to_string(part));
-    tables += ExpectSameTable(text, comment, part) ? 1 : 0;
+    SCOPED_TRACE(::testing::PrintToString(text) + (options.comment.empty() ? "" : " with comments") +
+                 (options.missingWords.empty() ? "" : " with words for missing cells") + " behind " +
+                 std::to_string(options.skipLines) + " lines, in parts of " + std::to_string(part));
+    tables += ExpectSameTable(text, options, part) ? 1 : 0;
   }
   return tables;
 }
@@ -161,7 +175,16 @@ TEST(CsvTableTwin, ReadsAnyTextAsThePlainReaderDoes) {
 TEST(CsvTableTwin, AgreesAtEveryCutOfOneText) {
   const std::string text =
       "name;\"a;\"\"b\";c\r\n\"s\n\"\"1\";1,5;-2e3\r\n\r\n \t\"s\r\n2\" ; NA;+7\r\n\"\";\"0,25\";16777217,0000000001\r\rx;;\n";
-  for (std::size_t part = 1; part <= text.size(); ++part) EXPECT_TRUE(ExpectSameTable(text, '\0', part)) << part;
+  for (std::size_t part = 1; part <= text.size(); ++part) EXPECT_TRUE(ExpectSameTable(text, {}, part)) << part;
+}
+
+TEST(CsvTableTwin, ReadsLongTablesAgainWhoseFirstRowsMisleadAsThePlainReaderDoes) {
+  for (const bool commasFirst : {false, true}) {
+    std::string text = "a;b\n";
+    for (int row = 0; row < 200; ++row) text += ((row < 70) == commasFirst ? "1,5;2," : "1.5;2.") + std::to_string(row) + "\n";
+    for (const std::size_t part : kParts) EXPECT_TRUE(ExpectSameTable(text, {}, part)) << part;
+    EXPECT_EQ(CsvTable(text, "t").DecimalComma(), !commasFirst);
+  }
 }
 
 }  // namespace

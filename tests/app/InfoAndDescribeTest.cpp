@@ -247,4 +247,38 @@ TEST(Describe, SaysSoWhereTheSeparatorSeemsToBeAnother) {
   EXPECT_EQ(RunKalmia({"describe", "-"}, "x\n1\n3\n").error, "");
 }
 
+TEST(Describe, NamesTheFirstWordsOfEveryColumnOfAWideTable) {
+  std::string header, numbers, holes, words;
+  for (int c = 0; c < 3000; ++c) {
+    const std::string comma = c == 0 ? "" : ",";
+    header += comma + "x" + std::to_string(c);
+    numbers += comma + "1";
+    holes += comma;
+    words += comma + "w" + std::to_string(c);
+  }
+  holes.insert(0, "NA");
+  std::string text = header + "\n" + numbers + "\n";
+  for (int r = 0; r < 20; ++r) text += holes + "\n";
+  for (int r = 0; r < 4; ++r) text += words + "\n" + numbers + "\n";
+  const auto described = RunKalmia({"describe", "-", "--json"}, text).Json();
+  ASSERT_EQ(described["columns"].size(), 3000U);
+  for (int c = 0; c < 3000; ++c) {
+    const auto& column = described["columns"][static_cast<std::size_t>(c)];
+    ASSERT_EQ(column["words"], 4);
+    ASSERT_EQ(column["firstWords"].size(), 3U);
+    for (int k = 0; k < 3; ++k) {
+      const auto& word = column["firstWords"][static_cast<std::size_t>(k)];
+      ASSERT_EQ(word["word"], "w" + std::to_string(c));
+      ASSERT_EQ(word["row"], 22 + 2 * k);
+      ASSERT_EQ(word["line"], 23 + 2 * k);
+    }
+  }
+}
+
+TEST(Describe, ShowsTheBeginningOfALongWord) {
+  const std::string text = "a\n1\n" + std::string(39, 'x') + "\xC3\xA9" + std::string(100, 'y') + "\n";
+  const auto described = RunKalmia({"describe", "-", "--json"}, text).Json();
+  EXPECT_EQ(described["columns"][0]["firstWords"][0]["word"], std::string(39, 'x') + "...") << "never half a letter";
+}
+
 }  // namespace

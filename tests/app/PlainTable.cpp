@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <optional>
+#include <regex>
+#include <utility>
 
 #include "app/CellNumber.h"
 
@@ -25,7 +27,7 @@ struct Records {
 /// A machine that takes one byte after the other.
 class Machine {
  public:
-  Machine(char separator, char comment) : separator_(separator), comment_(comment) {}
+  Machine(char separator, char comment, std::size_t line) : separator_(separator), comment_(comment), line_(line) {}
 
   Records Run(const std::string& text) {
     for (std::size_t i = 0; i < text.size() && !records_.badLine; ++i) {
@@ -110,7 +112,7 @@ class Machine {
   char separator_;
   char comment_;
   State state_ = State::BeforeRecord;
-  std::size_t line_ = 1;
+  std::size_t line_;
   Record record_;
   std::string field_;
   std::string blanks_;  ///< that belong to the field if anything follows them
@@ -127,7 +129,7 @@ char SeparatorOf(const std::string& text, char comment) {
   char best = ',';
   std::size_t most = 1;
   for (const char candidate : {'\t', ';', ','}) {
-    const Records records = Machine(candidate, comment).Run(text);
+    const Records records = Machine(candidate, comment, 1).Run(text);
     if (records.all.empty() || (records.all.size() < 2 && records.badLine)) continue;
     const std::size_t header = records.all[0].fields.size();
     const std::size_t first = records.all.size() > 1 ? records.all[1].fields.size() : 0;
@@ -173,11 +175,76 @@ bool HasDecimalCommas(const PlainTable& table) {
     for (const std::string& cell : row) {
       const bool hasComma = cell.find(',') != std::string::npos;
       const bool hasPoint = !hasComma && cell.find('.') != std::string::npos;
-      commas += hasComma && IsNumber(ReadCell(cell, true).kind) ? 1 : 0;
-      points += hasPoint && IsNumber(ReadCell(cell, false).kind) ? 1 : 0;
+      commas += hasComma && IsNumber(ReadCell(cell, kalmia::app::CellFormat{true, table.missingWords}).kind) ? 1 : 0;
+      points += hasPoint && IsNumber(ReadCell(cell, kalmia::app::CellFormat{false, table.missingWords}).kind) ? 1 : 0;
     }
   }
   return table.separator != ',' && commas > points;
+}
+
+bool IsBlank(const std::string& text) { return text.find_first_not_of(" \t\r\n") == std::string::npos; }
+
+/// The lines of a text, one after the other.
+class Lines {
+ public:
+  explicit Lines(std::string text) : rest_(std::move(text)) {}
+
+  const std::string& Rest() const { return rest_; }
+  std::size_t Number() const { return number_; }
+  std::string Next() const { return rest_.substr(0, rest_.find_first_of("\r\n")); }
+  std::string Take() {
+    const std::string line = Next();
+    const std::size_t pair = rest_.compare(line.size(), 2, "\r\n") == 0 ? 2 : 1;
+    rest_.erase(0, line.size() + pair);
+    ++number_;
+    return line;
+  }
+
+ private:
+  std::string rest_;
+  std::size_t number_ = 1;
+};
+
+bool IsPassedOver(const std::string& line, char comment) {
+  return IsBlank(line) || (comment != '\0' && line[line.find_first_not_of(" \t")] == comment);
+}
+
+std::optional<char> SeparatorNamedBy(const std::string& line) {
+  static const std::string kMark = R"(([!#$%&()*,/:;<=>?@\[\\\]^`{|}~\t]))";
+  static const std::regex kPlain("sep=" + kMark + R"(\1*)", std::regex::icase);
+  static const std::regex kQuoted("\"sep=" + kMark + R"("\1*)", std::regex::icase);
+  std::smatch match;
+  if (!std::regex_match(line, match, kPlain) && !std::regex_match(line, match, kQuoted)) return std::nullopt;
+  return match.str(1)[0];
+}
+
+std::string WhatIsThere(int skipLines, bool namesSeparator, bool hasComments) {
+  std::vector<std::string> parts;
+  if (skipLines > 0) parts.push_back("the " + std::to_string(skipLines) + (skipLines == 1 ? " line" : " lines") + " skipped");
+  if (namesSeparator) parts.push_back("the line that names the separator");
+  if (hasComments) parts.push_back("comments");
+  std::string text;
+  for (std::size_t i = 0; i < parts.size(); ++i) {
+    text += (i == 0 ? "" : i + 1 == parts.size() ? " and " : ", ") + parts[i];
+  }
+  return text;
+}
+
+/// Makes the header and the rows of the records, or a refusal.
+void ReadRecords(const Records& records, PlainTable* table) {
+  table->names = records.all[0].fields;
+  for (std::size_t c = 0; c < table->names.size(); ++c) {
+    if (table->names[c].empty()) table->names[c] = "column " + std::to_string(c + 1);
+  }
+  table->refusal = RefusalOfNames(table->names);
+  for (std::size_t r = 1; r < records.all.size() && table->refusal.empty(); ++r) {
+    table->refusal = RefusalOfRow(*table, records.all[r]);
+    table->rows.push_back(records.all[r].fields);
+    table->lines.push_back(records.all[r].line);
+  }
+  if (table->refusal.empty() && records.badLine) table->refusal = BadMarks(*records.badLine);
+  if (table->refusal.empty() && table->rows.empty()) table->refusal = " has a header but no data rows";
+  if (table->refusal.empty()) table->decimalComma = HasDecimalCommas(*table);
 }
 
 PlainTable Refused(const std::string& refusal) {
@@ -188,10 +255,14 @@ PlainTable Refused(const std::string& refusal) {
 
 }  // namespace
 
+kalmia::app::CellValue PlainTable::ValueOf(const std::string& cell) const {
+  return ReadCell(cell, kalmia::app::CellFormat{decimalComma, missingWords});
+}
+
 ColumnKind PlainTable::KindOf(std::size_t column) const {
   bool words = false, infinities = false;
   for (const auto& row : rows) {
-    const CellKind kind = ReadCell(row[column], decimalComma).kind;
+    const CellKind kind = ValueOf(row[column]).kind;
     const bool isOther = IsNumber(ReadCell(row[column], !decimalComma).kind);
     if (IsNumber(kind) || (kind == CellKind::Word && isOther)) {
       return ColumnKind::Numbers;
@@ -203,26 +274,35 @@ ColumnKind PlainTable::KindOf(std::size_t column) const {
   return infinities ? ColumnKind::Numbers : ColumnKind::Empty;
 }
 
-PlainTable ReadPlainTable(const std::string& text, char comment) {
+PlainTable ReadPlainTable(const std::string& text, const kalmia::app::ReadOptions& options) {
   PlainTable table;
+  const char comment = options.comment.empty() ? '\0' : options.comment[0];
+  for (const std::string& word : options.missingWords) {
+    table.missingWords.push_back(std::regex_replace(word, std::regex("^[ \t]+|[ \t]+$"), ""));
+  }
   const std::string mark = "\xEF\xBB\xBF";
-  const std::string body = text.compare(0, mark.size(), mark) == 0 ? text.substr(mark.size()) : text;
-  if (body.find_first_not_of(" \t\r\n") == std::string::npos) return Refused(" is empty");
-  table.separator = SeparatorOf(body, comment);
-  const Records records = Machine(table.separator, comment).Run(body);
-  if (records.all.empty()) return Refused(records.badLine ? BadMarks(*records.badLine) : " is empty but for comments");
-  table.names = records.all[0].fields;
-  for (std::size_t c = 0; c < table.names.size(); ++c) {
-    if (table.names[c].empty()) table.names[c] = "column " + std::to_string(c + 1);
+  Lines lines(text.compare(0, mark.size(), mark) == 0 ? text.substr(mark.size()) : text);
+  if (IsBlank(lines.Rest())) return Refused(" is empty");
+  for (int i = 0; i < options.skipLines && !lines.Rest().empty(); ++i) lines.Take();
+  Lines ahead = lines;
+  bool hasComments = false;
+  while (IsPassedOver(ahead.Next(), comment) && !ahead.Rest().empty()) hasComments = !IsBlank(ahead.Take()) || hasComments;
+  const std::optional<char> named = SeparatorNamedBy(ahead.Next());
+  if (named && *named == comment) {
+    return Refused(": line " + std::to_string(ahead.Number()) + " says that '" + *named +
+                   "' separates the columns, and --comment that it begins comments");
   }
-  table.refusal = RefusalOfNames(table.names);
-  for (std::size_t r = 1; r < records.all.size() && table.refusal.empty(); ++r) {
-    table.refusal = RefusalOfRow(table, records.all[r]);
-    table.rows.push_back(records.all[r].fields);
-    table.lines.push_back(records.all[r].line);
+  if (named) {
+    ahead.Take();
+    lines = ahead;
   }
-  if (table.refusal.empty() && records.badLine) table.refusal = BadMarks(*records.badLine);
-  if (table.refusal.empty() && table.rows.empty()) table.refusal = " has a header but no data rows";
-  if (table.refusal.empty()) table.decimalComma = HasDecimalCommas(table);
+  table.separator = named ? *named : SeparatorOf(lines.Rest(), comment);
+  const Records records = Machine(table.separator, comment, lines.Number()).Run(lines.Rest());
+  if (records.all.empty() && records.badLine) return Refused(BadMarks(*records.badLine));
+  if (records.all.empty()) {
+    hasComments = (named && hasComments) || !IsBlank(lines.Rest());
+    return Refused(" is empty but for " + WhatIsThere(options.skipLines, named.has_value(), hasComments));
+  }
+  ReadRecords(records, &table);
   return table;
 }

@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "app/CsvCells.h"
+#include "app/ReadOptions.h"
 
 /// A table as a plain reader sees it, which goes through the text byte by byte, in the order in which it stands: the
 /// witness of CsvTable.
@@ -16,8 +17,11 @@ struct PlainTable {
   std::vector<std::vector<std::string>> rows;
   std::vector<std::size_t> lines;  ///< on which each row begins
 
+  std::vector<std::string> missingWords;  ///< of the user
+
+  kalmia::app::CellValue ValueOf(const std::string& cell) const;
   kalmia::app::ColumnKind KindOf(std::size_t column) const;
 };
 
-/// Reads a text without zero bytes. `comment` is zero where there are no comments.
-PlainTable ReadPlainTable(const std::string& text, char comment);
+/// Reads a text without zero bytes.
+PlainTable ReadPlainTable(const std::string& text, const kalmia::app::ReadOptions& options);
