@@ -16,8 +16,8 @@ namespace kalmia::app {
 /// The column `idColumn`, which names the rows, holds texts; -1 for none.
 std::vector<bool> ColumnsOfNumbers(const CsvTable& table, int idColumn);
 
-/// Adds a cell of the table, given by its text, as it is; in a column of numbers, a number with the decimal mark of the CSV
-/// text, and a missing cell of one of the user's words for it as an empty field, which needs none of them.
+/// Adds a cell of the table, given by its text, as it is; but in a column of numbers, a number with the decimal mark of
+/// the CSV text, and one of the user's words for a missing cell as an empty field, which needs none of them.
 void AddTableCell(const CsvTable& table, std::string text, bool isOfNumbers, CsvText* csv);
 
 /// The number that a cell is to become, by its row and its column, both from 0; nothing for a cell that stays.
