@@ -11,7 +11,7 @@ bool IsHeight(double value) { return value >= 0.0; }
 }  // namespace
 
 void DeclareCluster(CommandOptions* command, ClusterOptions* options) {
-  command->File("TABLE", &options->table, "CSV table with a header");
+  command->File("TABLE", &options->table, "CSV table with a header, also as .gz");
   command->Choice("--method", "METHOD", {"ward", "single"}, &options->method,
                   "always needed: ward (least increase in the sum of squares within clusters) or single (nearest rows "
                   "of two clusters)");

@@ -6,6 +6,7 @@
 #include <mutex>
 #include <string>
 
+#include "app/PlainNumber.h"
 #include "kalmia/support/LargePages.h"
 
 namespace kalmia::app {
@@ -99,7 +100,7 @@ class RowReader {
       return at;
     }
     if (readsPlain_) {
-      const PlainNumber number = ReadPlainNumber(at, end_, mark_);
+      const PlainNumber number = TakePlainNumber(at, end_, mark_);
       if (number.end != nullptr) {
         const char* const next = BehindBlanks(number.end);
         if (EndsField(next)) {

@@ -44,7 +44,7 @@ void DeclareFit(CommandOptions* command, FitOptions* options) {
 }  // namespace
 
 void DeclarePls(CommandOptions* command, PlsOptions* options) {
-  command->File("TABLE", &options->table, "CSV table with a header");
+  command->File("TABLE", &options->table, "CSV table with a header, also as .gz");
   command->Names("--y", &options->y, "column to model, always needed; several: repeat, or put commas between");
   command->Require("--y");
   DeclareFit(command, options);
@@ -58,7 +58,7 @@ void DeclarePls(CommandOptions* command, PlsOptions* options) {
 }
 
 void DeclarePca(CommandOptions* command, PcaOptions* options) {
-  command->File("TABLE", &options->table, "CSV table with a header");
+  command->File("TABLE", &options->table, "CSV table with a header, also as .gz");
   DeclareFit(command, options);
   command->Text("--csv", "DIR", &options->csvFolder, "write scores, loadings and more as CSV files");
   DeclareCsvMarks(command, &options->csvMarks);
@@ -70,7 +70,7 @@ void DeclarePca(CommandOptions* command, PcaOptions* options) {
 }
 
 void DeclareOpls(CommandOptions* command, OplsOptions* options) {
-  command->File("TABLE", &options->table, "CSV table with a header");
+  command->File("TABLE", &options->table, "CSV table with a header, also as .gz");
   command->Names("--y", &options->y, "column to model, always needed; several: repeat, or put commas between");
   command->Require("--y");
   DeclareFit(command, options, [=] {
@@ -93,9 +93,9 @@ void DeclareOpls(CommandOptions* command, OplsOptions* options) {
 }
 
 void DeclareO2pls(CommandOptions* command, O2plsOptions* options) {
-  command->File("X", &options->table, "CSV table with a header, the X block");
+  command->File("X", &options->table, "CSV table with a header, also as .gz, the X block");
   command->File("Y", &options->yTable,
-                "CSV table with a header, the Y block; it may be the same file, with --x and --y");
+                "CSV table with a header, also as .gz, the Y block; it may be the same file, with --x and --y");
   command->Text("--id", "NAME", &options->id, "column of both tables that names the rows and matches them");
   command->Names("--x", &options->x,
                  "columns of the X table that are the block, " + kColumnsHelp + " (default: all of numbers)",
@@ -134,7 +134,7 @@ void DeclareO2pls(CommandOptions* command, O2plsOptions* options) {
 
 void DeclarePredict(CommandOptions* command, PredictOptions* options) {
   command->File("MODEL", &options->model, "file that --save has written");
-  command->File("TABLE", &options->table, "CSV table with columns named as the model's");
+  command->File("TABLE", &options->table, "CSV table with columns named as the model's, also as .gz");
   command->Text("--id", "NAME", &options->id, "column that names the rows (default: the model's, if it is there)");
   command->Choice("--from", "x|y", {"x", "y"}, &options->from,
                   "block that the table holds: an O2PLS model predicts Y from X (x, the default) or X from Y (y)");
@@ -146,7 +146,7 @@ void DeclarePredict(CommandOptions* command, PredictOptions* options) {
 }
 
 void DeclareFill(CommandOptions* command, FillOptions* options) {
-  command->File("TABLE", &options->table, "CSV table with a header");
+  command->File("TABLE", &options->table, "CSV table with a header, also as .gz");
   command->Text("--out", "FILE", &options->out, "the table with its missing cells filled, always needed");
   command->Require("--out");
   command->Text("--id", "NAME", &options->id, "column that names the rows; it takes no part");
@@ -163,7 +163,7 @@ void DeclareFill(CommandOptions* command, FillOptions* options) {
 }
 
 void DeclareFilter(CommandOptions* command, FilterOptions* options) {
-  command->File("TABLE", &options->table, "CSV table with a header");
+  command->File("TABLE", &options->table, "CSV table with a header, also as .gz");
   command->Text("--out", "FILE", &options->out, "the table with its X columns filtered, always needed");
   command->Require("--out");
   command->Names("--y", &options->y,

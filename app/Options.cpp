@@ -35,7 +35,7 @@ void DeclareInfo(CommandOptions* command, InfoOptions* options) {
 }
 
 void DeclareDescribe(CommandOptions* command, DescribeOptions* options) {
-  command->File("TABLE", &options->table, "CSV table with a header");
+  command->File("TABLE", &options->table, "CSV table with a header, also as .gz");
   command->Flag("--json", &options->json, "print JSON");
   DeclareReading(command, &options->reading);
   command->Examples("Example:\n  kalmia describe gasoline.csv");

@@ -35,7 +35,7 @@ void DeclareTexts(CommandOptions* command, PlotTexts* texts, const std::string& 
 }  // namespace
 
 void DeclareChart(CommandOptions* command, ChartOptions* options) {
-  command->File("TABLE", &options->table, "CSV table with a header");
+  command->File("TABLE", &options->table, "CSV table with a header, also as .gz");
   command->Text("--column", "NAME", &options->column, "column of the measurements in their order, always needed");
   command->Require("--column");
   command->Choice("--type", "TYPE", ChartTypeWords(), &options->type,
@@ -77,7 +77,7 @@ void DeclareChart(CommandOptions* command, ChartOptions* options) {
 }
 
 void DeclareHistogram(CommandOptions* command, HistogramOptions* options) {
-  command->File("TABLE", &options->table, "CSV table with a header");
+  command->File("TABLE", &options->table, "CSV table with a header, also as .gz");
   command->Text("--column", "NAME", &options->column, "column of numbers, always needed");
   command->Require("--column");
   command->Text("--csv", "FILE", &options->csv, "write the bins and the rows in each as CSV");
@@ -90,7 +90,7 @@ void DeclareHistogram(CommandOptions* command, HistogramOptions* options) {
 }
 
 void DeclareFisher(CommandOptions* command, FisherOptions* options) {
-  command->File("COUNTS", &options->table, "CSV table of counts with a header; columns of text are left out");
+  command->File("COUNTS", &options->table, "CSV table of counts with a header, also as .gz; columns of text are left out");
   command->Choice("--alternative", "A", {"less", "greater", "two-sided"}, &options->alternative,
                   "of a 2 x 2 table: less (smaller first cells), greater, or two-sided (default: all tables that are "
                   "not more probable)");
@@ -123,7 +123,7 @@ void DeclareQuantile(CommandOptions* command, QuantileOptions* options) {
 }
 
 void DeclareSpectrum(CommandOptions* command, SpectrumOptions* options) {
-  command->File("TABLE", &options->table, "CSV table with a header; its rows are equally far apart in time");
+  command->File("TABLE", &options->table, "CSV table with a header, also as .gz; its rows are equally far apart in time");
   command->Text("--column", "NAME", &options->column, "column of numbers, in the order of the rows, always needed");
   command->Require("--column");
   command->Text("--with", "NAME", &options->with,

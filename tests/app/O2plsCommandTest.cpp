@@ -484,7 +484,7 @@ TEST(FailureOfO2pls, IsExitCode2WhereTheCommandLineMakesNoSense) {
     ExpectFailure(RunKalmia(arguments), 2, message);
   }
   ExpectFailure(RunKalmia({"o2pls", "-", "-"}), 2, "only one of X and Y can be -, standard input");
-  ExpectFailure(RunKalmia({"o2pls", "x.csv"}), 2, "o2pls needs a Y: CSV table with a header, the Y block");
+  ExpectFailure(RunKalmia({"o2pls", "x.csv"}), 2, "o2pls needs a Y: CSV table with a header, also as .gz, the Y block");
 }
 
 TEST(FailureOfO2pls, NeverWritesOverOneOfItsTablesNorLeavesHalfOfItsFiles) {

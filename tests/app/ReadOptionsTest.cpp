@@ -58,6 +58,16 @@ TEST(ReadOptions, AreUnderstoodByEveryCommandThatReadsATable) {
                 "row 2 (line 5), column 'b': a count is missing");
 }
 
+TEST(ReadOptions, AreToldByTheHelpOfEveryCommandThatReadsATableWithWhatItUnderstandsBesides) {
+  for (const std::string command : {"describe", "pls", "pca", "opls", "o2pls", "predict", "fill", "filter", "preprocess",
+                                    "cluster", "chart", "histogram", "spectrum", "fisher"}) {
+    const std::string help = RunKalmia({command, "--help"}).output;
+    for (const char* word : {"--na WORD", "--skip-lines N", "--comment CHAR", "sep=;", ".gz"}) {
+      EXPECT_THAT(help, HasSubstr(word)) << command;
+    }
+  }
+}
+
 TEST(ReadOptions, AreUnderstoodByBothTablesOfO2pls) {
   const ScratchFolder folder;
   const std::string x = folder.Write("x.csv", "# \"\nid,a,b\nu,1,3\nv,2,1\nw,4,4\nz,5,2\n");
