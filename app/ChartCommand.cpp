@@ -1,6 +1,5 @@
 #include <algorithm>
 #include <cmath>
-#include <limits>
 #include <optional>
 #include <utility>
 
@@ -78,11 +77,6 @@ void CheckMatch(const StoredLimits& stored, const ChartOptions& options, const s
     throw Failure(ExitCode::BadData, name + " holds limits for subgroups of " + std::to_string(stored.subgroup) +
                                          ", not of " + std::to_string(options.subgroup));
   }
-}
-
-/// The library passes over a target of exactly -99.
-double TargetBeside99(double target) {
-  return target == kMissing ? std::nextafter(target, std::numeric_limits<double>::lowest()) : target;
 }
 
 /// Where the standard deviation comes from; empty for the estimate that the type makes of subgroups.

@@ -63,10 +63,16 @@ double NumberOf(const Json& limits, const LimitField& field, const std::string& 
   return number;
 }
 
-Limits LimitsOf(const Json& json, const std::string& name) {
+/// Files of the first form do not say where sigma comes from, and have null for a target of exactly -99, which the
+/// program does not store any more.
+bool IsOfFirstForm(const Json& file) { return file.find("sigmaFrom") == file.end(); }
+
+Limits LimitsOf(const Json& file, const std::string& name) {
+  const Json json = file.value("limits", Json());
   if (!json.is_object()) Refuse(name, "it holds no limits");
   Limits limits = {};
   for (const LimitField& field : kFields) limits.*field.number = NumberOf(json, field, name);
+  if (IsOfFirstForm(file)) limits.target = TargetBeside99(limits.target);
   if (limits.target == kMissing) Refuse(name, "it does not say what its target is");
   for (const LimitPair& pair : kPairs) {
     const double lower = limits.*pair.lower.number, upper = limits.*pair.upper.number;
@@ -127,11 +133,11 @@ bool CanComeFrom(const std::string& word, const StoredLimits& stored) {
 }
 
 std::string SigmaFromOf(const Json& json, const StoredLimits& stored, const std::string& name) {
-  const auto found = json.find("sigmaFrom");
-  if (found == json.end()) return UnsaidSigmaFrom(stored);
+  if (IsOfFirstForm(json)) return UnsaidSigmaFrom(stored);
+  const Json& found = json["sigmaFrom"];
   for (const char* word : {"", kFromMovingRange, kFromValues, kGiven}) {
     const Json written = *word == '\0' ? Json() : Json(word);
-    if (*found == written && CanComeFrom(word, stored)) return word;
+    if (found == written && CanComeFrom(word, stored)) return word;
   }
   Refuse(name, "it does not say where its standard deviation comes from");
 }
@@ -166,7 +172,7 @@ StoredLimits ReadLimits(const std::string& text, const std::string& name) {
   const std::optional<int> subgroup = CountOf(json.value("subgroup", Json()));
   if (!subgroup || *subgroup == std::numeric_limits<int>::max()) Refuse(name, "it names no size of subgroups");
   StoredLimits stored = {TextOf(json, "table"), TextOf(json, "column"), *type, *subgroup, "",
-                         LimitsOf(json.value("limits", Json()), name)};
+                         LimitsOf(json, name)};
   stored.sigmaFrom = SigmaFromOf(json, stored, name);
   return stored;
 }

@@ -1,7 +1,10 @@
 #include "app/ChartTypes.h"
 
 #include <algorithm>
+#include <cmath>
+#include <limits>
 
+#include "kalmia/containers/Missing.h"
 #include "kalmia/statistics/ControlChartFactors.h"
 
 namespace kalmia::app {
@@ -43,6 +46,10 @@ const std::vector<std::string>& SigmaFromWords() {
 
 const char* DefaultSigmaFrom(ControlChart::ControlType type) {
   return type == ControlChart::Individual || type == ControlChart::EWMA ? kFromMovingRange : kFromValues;
+}
+
+double TargetBeside99(double target) {
+  return target == kMissing ? std::nextafter(target, std::numeric_limits<double>::lowest()) : target;
 }
 
 }  // namespace kalmia::app

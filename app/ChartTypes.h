@@ -29,4 +29,7 @@ const std::vector<std::string>& SigmaFromWords();
 /// That of --sigma-from where it is not given. The type ewma-sd is by its meaning that of the values.
 const char* DefaultSigmaFrom(ControlChart::ControlType type);
 
+/// The target, or where it is exactly -99, which the library takes for one that is not known, the number next to it.
+double TargetBeside99(double target);
+
 }  // namespace kalmia::app

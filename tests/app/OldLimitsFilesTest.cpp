@@ -4,14 +4,13 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "ChartTables.h"
 #include "CommandRun.h"
 #include "TestTables.h"
 
 namespace {
 
 using ::testing::HasSubstr;
-
-const char* const kTwelve = "x\n2\n4\n6\n8\n3\n5\n7\n5\n1\n9\n4\n18\n";
 
 struct OldFile {
   const char* name;  ///< the type, and what else sets it apart
@@ -40,6 +39,21 @@ TEST(OldLimitsFiles, MeanWhatTheyMeantAndSayWhereTheirSpreadComesFromAsFarAsItSh
     line.emplace_back("--json");
     EXPECT_EQ(RunKalmia(line, kTwelve).Json()["sigmaFrom"], old.sigmaFrom);
   }
+}
+
+TEST(OldLimitsFiles, HaveATargetOfMinus99WhereTheySayNone) {
+  const ScratchFolder folder;
+  nlohmann::json json =
+      nlohmann::json::parse(ReadWholeFile(std::string(KALMIA_OLD_FILES_DIR) + "/limits/individual-given.limits"));
+  json["limits"]["target"] = nullptr;
+  json["limits"]["meanLower"] = -102;
+  json["limits"]["meanUpper"] = -96;
+  json["limits"]["sdProcess"] = 1;
+  const std::string file = folder.Write("limits", json.dump());
+  const CommandResult run = RunKalmia(
+      {"chart", "-", "--column", "x", "--type", "individual", "--limits-from", file}, "x\n-98\n-97\n-95\n");
+  EXPECT_THAT(run.output, HasSubstr("value     -102.000  -99.0000     -96.0000"));
+  EXPECT_THAT(run.output, HasSubstr("1 signal\n"));
 }
 
 }  // namespace
