@@ -31,12 +31,13 @@ void NoteLeftOut(const std::string& kind, const std::vector<std::string>& names,
   if (!names.empty()) notes->Add("left out, " + kind + " columns: " + Listed(names));
 }
 
-/// The columns of numbers that are not excluded; the others by kind.
-NumberColumns ReadColumns(const CsvTable& table, const std::vector<int>& excluded, ClusterData* data, Notes* notes) {
+/// The columns of numbers among those that are chosen and not excluded; the others by kind.
+NumberColumns ReadColumns(const CsvTable& table, const std::vector<int>& chosen, const std::vector<int>& excluded,
+                          ClusterData* data, Notes* notes) {
   NumberColumns columns;
   std::vector<std::vector<float>> numbers;
   int moved = 0;
-  for (int column = 0; column < table.Columns(); ++column) {
+  for (const int column : chosen) {
     if (std::find(excluded.begin(), excluded.end(), column) != excluded.end()) continue;
     const std::string& name = table.ColumnNames()[static_cast<std::size_t>(column)];
     switch (KindOfColumn(table, column)) {
@@ -94,11 +95,12 @@ std::string NothingLeftText(const ClusterData& data) {
 ClusterData SelectClusterData(const CsvTable& table, const ClusterOptions& options, Notes* notes) {
   CheckRows(table);
   ClusterData data;
-  std::vector<int> excluded = RequireColumns(table, options.exclude);
+  std::vector<int> excluded = ColumnsToExclude(table, options.exclude);
   const int idColumn = options.id.empty() ? -1 : RequireColumn(table, options.id);
   if (idColumn >= 0) excluded.push_back(idColumn);
   data.rowNames = RowNames(table, idColumn);
-  TakeColumns(ReadColumns(table, excluded, &data, notes), options.scaling, &data);
+  const std::vector<int> chosen = RequireColumnsOrAll(table, options.x);
+  TakeColumns(ReadColumns(table, chosen, excluded, &data, notes), options.scaling, &data);
   if (data.columnNames.empty()) Refuse(table, NothingLeftText(data));
   NoteLeftOut("text", data.textColumns, notes);
   NoteLeftOut("constant", data.constantColumns, notes);

@@ -17,8 +17,11 @@ void DeclareCluster(CommandOptions* command, ClusterOptions* options) {
                   "of two clusters)");
   command->Require("--method");
   command->Text("--id", "NAME", &options->id, "column that names the rows");
-  command->Names("--exclude", &options->exclude,
-                 "columns to leave out, names and ranges FIRST..LAST with commas between them", "COLUMNS");
+  command->Names("--x", &options->x,
+                 "columns to cluster by, names and ranges FIRST..LAST with commas between them (default: all of numbers)",
+                 "COLUMNS");
+  command->Names("--exclude", &options->exclude, "columns to leave out, named likewise; not with --x", "COLUMNS");
+  command->Exclude("--x", "--exclude");
   command->Scaling("--scale", &options->scaling, "scaling of the columns: uv (default), pareto, centre or none");
   command->Number("--cut", 1, &options->cut, "cut the tree into so many clusters");
   command->Real("--height", &options->height, "a number from 0 on", IsHeight,
@@ -28,7 +31,7 @@ void DeclareCluster(CommandOptions* command, ClusterOptions* options) {
   command->Text("--merges", "FILE", &options->merges, "write the merges as CSV, in the columns of a linkage matrix");
   command->Text("--newick", "FILE", &options->newick, "write the tree in the Newick format");
   command->Text("--csv", "FILE", &options->csv, "write the cluster of each row as CSV; with --cut or --height");
-  DeclareCsvMarks(command, &options->csvMarks);
+  DeclareCsvMarks(command, &options->csvMarks, {{"--csv", &options->csv}, {"--merges", &options->merges}});
   command->Size("--memory", &options->memory,
                 "room for the distances, 12 bytes a pair of rows with either method, such as 500M or 4G (default: what "
                 "is free)");

@@ -18,6 +18,7 @@ struct ClusterOptions {
   ReadOptions reading;
   std::string method;  ///< ward or single
   std::string id;      ///< empty: rows are numbered
+  std::vector<std::string> x;  ///< empty: all columns but those to exclude
   std::vector<std::string> exclude;
   NCScale::Scaling scaling = NCScale::ScalingUnitVariance;
   int cut = 0;  ///< clusters to cut the tree into; 0: it is not cut, or at `height`

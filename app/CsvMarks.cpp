@@ -1,8 +1,10 @@
 #include "app/CsvMarks.h"
 
+#include <algorithm>
 #include <optional>
 
 #include "app/CommandOptions.h"
+#include "app/CsvTable.h"
 #include "app/DisplayText.h"
 
 namespace kalmia::app {
@@ -35,14 +37,25 @@ std::string Fault(const CsvMarkOptions& options) {
   return "";
 }
 
+/// Why the marks have nothing to shape; empty where they have.
+std::string WithoutUse(const CsvMarkOptions& options, const std::vector<CsvOption>& csv) {
+  const auto isGiven = [](const CsvOption& option) { return !option.place->empty(); };
+  if (!options.Given() || csv.empty() || std::any_of(csv.begin(), csv.end(), isGiven)) return "";
+  std::string names;
+  for (const CsvOption& option : csv) names += (names.empty() ? "" : " or ") + std::string(option.name);
+  return std::string(options.separator.empty() ? "--decimal" : "--separator") + " is for CSV that is written: give " +
+         names + " too";
+}
+
 }  // namespace
 
-void DeclareCsvMarks(CommandOptions* command, CsvMarkOptions* options) {
+void DeclareCsvMarks(CommandOptions* command, CsvMarkOptions* options, const std::vector<CsvOption>& csv) {
   command->Text("--separator", "MARK", &options->separator,
                 "what separates the columns of all CSV that is written: comma, semicolon or tab");
   command->Text("--decimal", "MARK", &options->decimal,
                 "decimal mark of the numbers in it: point or comma, which takes another separator");
   command->Check([options] { return Fault(*options); });
+  command->Check([options, csv] { return WithoutUse(*options, csv); });
 }
 
 CsvMarks MarksOf(const CsvMarkOptions& options, const CsvMarks& otherwise) {
@@ -55,6 +68,12 @@ CsvMarks MarksOf(const CsvMarkOptions& options, const CsvMarks& otherwise) {
     marks.decimal = '.';
   }
   return marks;
+}
+
+void NoteDecimalsThatGiveWay(const CsvMarkOptions& options, const CsvTable& table, Notes* notes) {
+  if (!table.DecimalComma() || !options.decimal.empty()) return;
+  if (MarksOf(options, {table.Separator(), ','}).decimal == ',') return;
+  notes->Add("the decimal commas of the table are written as points, as commas separate its columns now");
 }
 
 }  // namespace kalmia::app

@@ -12,11 +12,12 @@ std::string RunCommand(const FillOptions& options, Notes* notes) {
   CheckPlaces({{"the table", options.table}}, {{"--out", options.out}});
   if (options.report) notes->Add("--report is called --check now");
   const CsvTable table = ReadTable(options.table, options.reading);
+  NoteDecimalsThatGiveWay(options.csvMarks, table, notes);
   const FillOutcome outcome = ComputeFill(table, options, notes);
   OutputFiles files;
   files.Stage(options.out, FilledText(table, outcome, options, notes));
   files.Commit();
-  return options.json ? FillJson(table, outcome, options.out, *notes) : FillText(table, outcome, options.out);
+  return options.json ? FillJson(table, outcome, options.out, *notes) : FillText(table, outcome, options);
 }
 
 }  // namespace kalmia::app

@@ -43,7 +43,7 @@ class Computation {
   const std::string& Name(int column) const { return table_.ColumnNames()[static_cast<std::size_t>(column)]; }
 
   void ReadColumns() {
-    std::vector<int> excluded = RequireColumns(table_, options_.exclude);
+    std::vector<int> excluded = ColumnsToExclude(table_, options_.exclude);
     const int idColumn = options_.id.empty() ? -1 : RequireColumn(table_, options_.id);
     if (idColumn >= 0) excluded.push_back(idColumn);
     rowNames_ = RowNames(table_, idColumn);

@@ -66,7 +66,7 @@ std::string TrialChoiceText(const FillTrial& trial, const FillChoice& choice) {
 }
 
 std::string TrialText(const FillTrial& trial, const FillChoice& choice) {
-  if (trial.all.cells == 0) return "\nTrial: there are too few cells to hide a tenth of them\n";
+  if (trial.all.cells == 0) return "\nTrial: there are too few cells to hide a tenth of them and fill them again\n";
   std::string text = "\nTrial: " + Counted(AsSize(trial.all.cells), "present cell") +
                      " hidden and filled again, with " + Counted(AsSize(trial.components), "component") +
                      TrialChoiceText(trial, choice) + "\nRoot mean square error " +
@@ -128,9 +128,11 @@ Json ModelJson(const FilledColumns& filled) {
 
 }  // namespace
 
-std::string FillText(const CsvTable& table, const FillOutcome& outcome, const std::string& out) {
+std::string FillText(const CsvTable& table, const FillOutcome& outcome, const FillOptions& options) {
+  const std::string& out = options.out;
+  const std::string hasAll = options.csvMarks.Given() ? " holds the same cells" : " is the same";
   std::string text = outcome.missing == 0
-                         ? "No cell of " + table.Name() + " is missing; " + OneLine(out) + " is the same\n"
+                         ? "No cell of " + table.Name() + " is missing; " + OneLine(out) + hasAll + "\n"
                          : "Filled " + std::to_string(outcome.filledCells) + " of " +
                                Counted(AsSize(outcome.missing), "missing cell") + " of " + table.Name() + " into " +
                                OneLine(out) + "\n";

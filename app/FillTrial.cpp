@@ -119,7 +119,8 @@ std::vector<Hidden> TrialsOfChoice(const NumberColumns& columns) {
   return trials;
 }
 
-/// The root mean square error of all trials with so many components; nothing where some have fewer.
+/// The root mean square error of all trials with so many components; nothing where some have fewer, or where no hidden
+/// cell could be filled.
 std::optional<double> ErrorWith(const NumberColumns& columns, const std::vector<Hidden>& trials, int components) {
   double squares = 0.0;
   int cells = 0;
@@ -130,6 +131,7 @@ std::optional<double> ErrorWith(const NumberColumns& columns, const std::vector<
     squares += error.filled * error.filled * error.cells;
     cells += error.cells;
   }
+  if (cells == 0) return std::nullopt;
   return std::sqrt(squares / cells);
 }
 

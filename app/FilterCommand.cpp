@@ -46,6 +46,7 @@ FilterOutcome Compute(const CsvTable& table, const FilterOptions& options, Notes
 std::string RunCommand(const FilterOptions& options, Notes* notes) {
   CheckFiles(options);
   const CsvTable table = ReadTable(options.table, options.reading);
+  NoteDecimalsThatGiveWay(options.csvMarks, table, notes);
   const FilterOutcome outcome = Compute(table, options, notes);
   OutputFiles files;
   files.Stage(options.out, FilteredText(table, outcome, options, notes));

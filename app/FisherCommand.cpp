@@ -1,6 +1,7 @@
 #include <algorithm>
 
 #include "app/Commands.h"
+#include "app/ConsoleProgress.h"
 #include "app/CountTable.h"
 #include "app/DisplayText.h"
 #include "app/Failure.h"
@@ -40,6 +41,8 @@ std::string ReasonOf(const NCError& error) {
 }
 
 float ProbabilityOf(const CountTable& table, const FisherOptions& options, const std::string& name) {
+  ProgressLine line;
+  if (table.rows > 2 || table.columns > 2) line.ShowAtOnce("exact test", 0.0);  // which tells nothing of its way
   try {
     return Sta::GetFisherExactProbability(table.counts.data(), table.rows, table.columns, options.hybrid,
                                           SideOf(options.alternative), kNoLimit);

@@ -56,7 +56,7 @@ class Selection {
 
   void NameColumns() {
     yColumns_ = RequireColumns(table_, yArguments_);
-    excluded_ = RequireColumns(table_, options_.exclude);
+    excluded_ = ColumnsToExclude(table_, options_.exclude);
     excluded_.insert(excluded_.end(), yColumns_.begin(), yColumns_.end());
     if (!options_.id.empty()) idColumn_ = RequireColumn(table_, options_.id);
     if (!options_.groupColumn.empty()) groupColumn_ = RequireColumn(table_, options_.groupColumn);

@@ -49,7 +49,7 @@ void DeclarePls(CommandOptions* command, PlsOptions* options) {
   command->Require("--y");
   DeclareFit(command, options);
   command->Text("--csv", "DIR", &options->csvFolder, "write scores, loadings, coefficients and more as CSV files");
-  DeclareCsvMarks(command, &options->csvMarks);
+  DeclareCsvMarks(command, &options->csvMarks, {{"--csv", &options->csvFolder}});
   DeclareReading(command, &options->reading);
   command->Examples(
       "Examples:\n"
@@ -61,7 +61,7 @@ void DeclarePca(CommandOptions* command, PcaOptions* options) {
   command->File("TABLE", &options->table, "CSV table with a header, also as .gz");
   DeclareFit(command, options);
   command->Text("--csv", "DIR", &options->csvFolder, "write scores, loadings and more as CSV files");
-  DeclareCsvMarks(command, &options->csvMarks);
+  DeclareCsvMarks(command, &options->csvMarks, {{"--csv", &options->csvFolder}});
   DeclareReading(command, &options->reading);
   command->Examples(
       "Examples:\n"
@@ -82,7 +82,7 @@ void DeclareOpls(CommandOptions* command, OplsOptions* options) {
   command->Text("--save-cv", "FILE", &options->saveCv, "store the cross-validation, for --resume");
   command->Input("--resume", &options->resume, "go on from what --save-cv has stored of the same table and steps");
   command->Text("--csv", "DIR", &options->csvFolder, "write scores, loadings, coefficients and more as CSV files");
-  DeclareCsvMarks(command, &options->csvMarks);
+  DeclareCsvMarks(command, &options->csvMarks, {{"--csv", &options->csvFolder}});
   DeclareReading(command, &options->reading);
   command->Examples(
       "Examples:\n"
@@ -123,7 +123,7 @@ void DeclareO2pls(CommandOptions* command, O2plsOptions* options) {
   command->Text("--save", "FILE", &options->save, "store the model");
   command->Flag("--json", &options->json, "print JSON");
   command->Text("--csv", "DIR", &options->csvFolder, "write scores, loadings, weights and fitted values as CSV files");
-  DeclareCsvMarks(command, &options->csvMarks);
+  DeclareCsvMarks(command, &options->csvMarks, {{"--csv", &options->csvFolder}});
   DeclareReading(command, &options->reading);
   command->Examples(
       "Examples:\n"
@@ -140,7 +140,7 @@ void DeclarePredict(CommandOptions* command, PredictOptions* options) {
                   "block that the table holds: an O2PLS model predicts Y from X (x, the default) or X from Y (y)");
   command->Flag("--json", &options->json, "print JSON");
   command->Text("--csv", "DIR", &options->csvFolder, "write predictions.csv");
-  DeclareCsvMarks(command, &options->csvMarks);
+  DeclareCsvMarks(command, &options->csvMarks, {{"--csv", &options->csvFolder}});
   DeclareReading(command, &options->reading);
   command->Examples("Example:\n  kalmia predict octane.model new.csv");
 }

@@ -65,7 +65,7 @@ std::vector<int> ChainColumns(const CsvTable& table, const PreprocessOptions& op
 std::vector<int> SignalColumns(const CsvTable& table, const PreprocessOptions& options, const GivenSteps& steps,
                                Notes* notes) {
   if (steps.chain) return ChainColumns(table, options, steps);
-  std::vector<int> excluded = RequireColumns(table, options.exclude);
+  std::vector<int> excluded = ColumnsToExclude(table, options.exclude);
   if (!options.id.empty()) excluded.push_back(RequireColumn(table, options.id));
   std::vector<int> columns;
   std::vector<std::string> texts;
@@ -122,19 +122,21 @@ std::string OutText(const CsvTable& table, int idColumn, const std::vector<int>&
   const std::vector<bool> isOfNumbers = ColumnsOfNumbers(table, idColumn);
   const std::vector<bool> isSignal = Marked(table, columns);
   const std::unordered_set<std::string_view> made(signals.names.begin(), signals.names.end());
-  CsvText csv(marks, table.Format().comment);
   for (int column = 0; column < table.Columns(); ++column) {
-    if (isSignal[static_cast<std::size_t>(column)]) continue;
+    if (!isSignal[static_cast<std::size_t>(column)]) kept.push_back(column);
+  }
+  const bool isAlone = kept.size() + signals.names.size() == 1;
+  CsvText csv(marks, table.Format().comment);
+  if (isAlone && marks.decimal == ',') csv.NameSeparator();  // for which a reader would take the decimal commas
+  for (const int column : kept) {
     const std::string& name = table.ColumnNames()[static_cast<std::size_t>(column)];
     if (made.count(name) > 0) {
       Refuse(table, "column " + Quoted(name) + " would stand in the output twice: rename it in the table");
     }
-    kept.push_back(column);
     csv.Field(name);
   }
   for (const std::string& name : signals.names) csv.Field(name);
   csv.EndLine();
-  const bool isAlone = kept.size() + signals.names.size() == 1;  // a missing cell would leave a blank line
   StepProgress progress("writing the table", table.Rows());
   for (int row = 0; row < table.Rows(); ++row) {
     progress.Begin(row + 1);
@@ -144,7 +146,8 @@ std::string OutText(const CsvTable& table, int idColumn, const std::vector<int>&
       AddKeptCell(table, std::move(texts[c]), isOfNumbers[c], &csv);
     }
     for (const float cell : signals.cells[row + 1]) {
-      isAlone && cell == kMissingCell<float> ? csv.Field("NA") : csv.Cell(cell);
+      const bool leavesABlankLine = isAlone && cell == kMissingCell<float>;
+      leavesABlankLine ? csv.Field("NA") : csv.Cell(cell);
     }
     csv.EndLine();
   }

@@ -62,7 +62,7 @@ void DeclareChart(CommandOptions* command, ChartOptions* options) {
                   "nelson");
   command->Text("--save-limits", "FILE", &options->saveLimits, "store target and limits");
   command->Text("--csv", "FILE", &options->csv, "write the points, their limits and signals as CSV");
-  DeclareCsvMarks(command, &options->csvMarks);
+  DeclareCsvMarks(command, &options->csvMarks, {{"--csv", &options->csv}});
   command->Text("--svg", "FILE", &options->svg, "draw the chart");
   DeclareTexts(command, &options->texts, "what was measured, in the drawing (default: the name of the column)",
                &options->svg);
@@ -81,7 +81,7 @@ void DeclareHistogram(CommandOptions* command, HistogramOptions* options) {
   command->Text("--column", "NAME", &options->column, "column of numbers, always needed");
   command->Require("--column");
   command->Text("--csv", "FILE", &options->csv, "write the bins and the rows in each as CSV");
-  DeclareCsvMarks(command, &options->csvMarks);
+  DeclareCsvMarks(command, &options->csvMarks, {{"--csv", &options->csv}});
   command->Text("--svg", "FILE", &options->svg, "draw the histogram");
   DeclareTexts(command, &options->texts, "what stands beside the drawing (default: count)", &options->svg);
   command->Flag("--json", &options->json, "print JSON");
@@ -141,7 +141,7 @@ void DeclareSpectrum(CommandOptions* command, SpectrumOptions* options) {
                   "what is taken off first: none, the mean (default), or linear, a straight line");
   command->Flag("--json", &options->json, "print JSON");
   command->Text("--csv", "DIR", &options->csvFolder, "write correlation.csv and power.csv");
-  DeclareCsvMarks(command, &options->csvMarks);
+  DeclareCsvMarks(command, &options->csvMarks, {{"--csv", &options->csvFolder}});
   command->Text("--svg", "FILE", &options->svg, "draw correlations and spectra");
   DeclareReading(command, &options->reading);
   command->Examples(

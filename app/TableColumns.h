@@ -41,7 +41,10 @@ int RequireColumn(const CsvTable& table, const std::string& name);
 /// Throws Failure (BadData) if a name is not in the table or a column comes twice, or if LAST stands before FIRST.
 std::vector<int> RequireColumns(const CsvTable& table, const std::vector<std::string>& arguments);
 
-/// The same; without any argument all columns.
+/// Those that the arguments of --exclude name, in the same way; a column that is named again changes nothing.
+std::vector<int> ColumnsToExclude(const CsvTable& table, const std::vector<std::string>& arguments);
+
+/// As RequireColumns; without any argument all columns.
 std::vector<int> RequireColumnsOrAll(const CsvTable& table, const std::vector<std::string>& arguments);
 
 /// Names for the rows: the texts of the column, or the numbers from 1 where `column` is -1.

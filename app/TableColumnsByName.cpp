@@ -14,10 +14,14 @@ namespace {
 
 constexpr std::string_view kDots = "..";
 
+/// What a column that is named a second time is.
+enum class Repeats { Refused, PassedOver };
+
 /// Reads the arguments of one option.
 class ColumnReader {
  public:
-  explicit ColumnReader(const CsvTable& table) : table_(table), taken_(static_cast<std::size_t>(table.Columns())) {
+  ColumnReader(const CsvTable& table, Repeats repeats)
+      : table_(table), repeats_(repeats), taken_(static_cast<std::size_t>(table.Columns())) {
     for (const std::string& name : table.ColumnNames()) longestName_ = std::max(longestName_, name.size());
   }
 
@@ -40,7 +44,7 @@ class ColumnReader {
       if (TryPart(argument.substr(begin, end - begin))) return end;
     }
     const std::string part = argument.substr(begin, firstEnd - begin);
-    if (!TryPart(part)) RefusePart(part);
+    if (!TryPart(part)) RefusePart(part, argument);
     return firstEnd;
   }
 
@@ -64,6 +68,7 @@ class ColumnReader {
   void Take(int first, int last) {
     for (int column = first; column <= last; ++column) {
       const auto c = static_cast<std::size_t>(column);
+      if (taken_[c] && repeats_ == Repeats::PassedOver) continue;
       if (taken_[c]) Refuse("column " + Quoted(table_.ColumnNames()[c]) + " is named twice");
       taken_[c] = true;
       columns_.push_back(column);
@@ -71,8 +76,14 @@ class ColumnReader {
   }
 
   /// Names what the table does not have: an end of a range, or the text as a whole.
-  [[noreturn]] void RefusePart(const std::string& part) const {
+  [[noreturn]] void RefusePart(const std::string& part, const std::string& argument) const {
+    if (part.empty()) Refuse("there is no column '': a name is missing beside a comma of " + Quoted(argument));
     const std::size_t at = part.find(kDots);
+    if (at == 0) Refuse("the range " + Quoted(part) + " lacks its first column");
+    if (at != std::string::npos && at + kDots.size() == part.size()) {
+      RequireColumn(table_, part.substr(0, at));
+      Refuse("the range " + Quoted(part) + " lacks its last column");
+    }
     if (at != std::string::npos) {
       RequireColumn(table_, part.substr(0, at));
       RequireColumn(table_, part.substr(at + kDots.size()));
@@ -86,17 +97,26 @@ class ColumnReader {
   }
 
   const CsvTable& table_;
+  Repeats repeats_;
   std::size_t longestName_ = 0;
   std::vector<bool> taken_;
   std::vector<int> columns_;
 };
 
+std::vector<int> ReadColumns(const CsvTable& table, const std::vector<std::string>& arguments, Repeats repeats) {
+  ColumnReader reader(table, repeats);
+  for (const std::string& argument : arguments) reader.Read(argument);
+  return reader.Columns();
+}
+
 }  // namespace
 
 std::vector<int> RequireColumns(const CsvTable& table, const std::vector<std::string>& arguments) {
-  ColumnReader reader(table);
-  for (const std::string& argument : arguments) reader.Read(argument);
-  return reader.Columns();
+  return ReadColumns(table, arguments, Repeats::Refused);
+}
+
+std::vector<int> ColumnsToExclude(const CsvTable& table, const std::vector<std::string>& arguments) {
+  return ReadColumns(table, arguments, Repeats::PassedOver);
 }
 
 std::vector<int> RequireColumnsOrAll(const CsvTable& table, const std::vector<std::string>& arguments) {

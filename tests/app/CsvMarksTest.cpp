@@ -185,6 +185,48 @@ TEST(CsvMarks, KeepQuotationMarksAroundWhatWouldBeAComment) {
   EXPECT_THAT(ReadWholeFile(steps), HasSubstr("\n\"#r1\",1.5,2\n"));
 }
 
+TEST(CsvMarks, NameTheSeparatorOfOneColumnThatPreprocessWritesToo) {
+  const ScratchFolder folder;
+  const std::string table = folder.Write("t.csv", "a\n1.5\nNA\n0.5\n"), out = folder.Path("out");
+  const Words preprocess = {"preprocess", table, "--steps", "linear", "--out", out};
+  ASSERT_EQ(RunKalmia(preprocess + Words{"--decimal", "comma"}).exitCode, 0);
+  EXPECT_EQ(ReadWholeFile(out), "sep=;\na\n1,5\nNA\n0,5\n");
+  ASSERT_EQ(RunKalmia(preprocess + Words{"--separator", "tab"}).exitCode, 0);
+  EXPECT_EQ(ReadWholeFile(out), "a\n1.5\nNA\n0.5\n") << "points are no separators";
+}
+
+TEST(CsvMarks, TellWhereDecimalCommasOfTheTableBecomePoints) {
+  const ScratchFolder folder;
+  const std::string commas = folder.Write("c.csv", "a;b\n1,5;2\n;3,25\n0,5;1\n"), out = folder.Path("out");
+  const std::string points = folder.Write("p.csv", "a;b\n1.5;2\n;3.25\n0.5;1\n");
+  const auto notes = [&](const std::string& table, const Words& marks) {
+    return RunKalmia(Words{"fill", table, "--components", "0", "--out", out} + marks).error;
+  };
+  const std::string note = "note: the decimal commas of the table are written as points, as commas separate its columns "
+                           "now\n";
+  EXPECT_THAT(notes(commas, {"--separator", "comma"}), HasSubstr(note));
+  EXPECT_THAT(notes(commas, {"--separator", "comma", "--decimal", "point"}), Not(HasSubstr(note))) << "was asked for";
+  EXPECT_THAT(notes(commas, {"--separator", "tab"}), Not(HasSubstr(note)));
+  EXPECT_THAT(notes(points, {"--separator", "comma"}), Not(HasSubstr(note)));
+}
+
+TEST(CsvMarks, AreRefusedWhereNoCsvIsWritten) {
+  const std::pair<Words, const char*> commands[] = {{{"pls", "t.csv", "--y", "y"}, "--csv"},
+                                                    {{"pca", "t.csv"}, "--csv"},
+                                                    {{"opls", "t.csv", "--y", "y"}, "--csv"},
+                                                    {{"o2pls", "t.csv", "u.csv"}, "--csv"},
+                                                    {{"predict", "m", "t.csv"}, "--csv"},
+                                                    {{"cluster", "t.csv", "--method", "ward"}, "--csv or --merges"},
+                                                    {{"chart", "t.csv", "--column", "y", "--type", "cusum"}, "--csv"},
+                                                    {{"histogram", "t.csv", "--column", "y"}, "--csv"},
+                                                    {{"spectrum", "t.csv", "--column", "y"}, "--csv"}};
+  for (const auto& [command, needed] : commands) {
+    for (const Words& mark : {Words{"--separator", "tab"}, Words{"--decimal", "comma"}}) {
+      ExpectFailure(RunKalmia(command + mark), 2, mark[0] + " is for CSV that is written: give " + needed + " too");
+    }
+  }
+}
+
 TEST(CsvMarks, AreRefusedWhereTheyMakeNoSense) {
   const std::pair<Words, const char*> lines[] = {
       {{"--separator", "|"}, "--separator takes comma, semicolon or tab, not '|'"},

@@ -234,6 +234,18 @@ TEST(ChooseComponents, ChoosesNothingWhereThereAreTooFewCells) {
   EXPECT_TRUE(choice.errors.empty());
 }
 
+TEST(ChooseComponents, ChoosesNothingWhereNoHiddenCellCanBeFilledAgain) {
+  NCDataMatrix<float> cells(40, 2);  // a row without its cell of the column that varies says nothing
+  for (int r = 1; r <= 40; ++r) {
+    cells(r, 1, 5.0F);
+    cells(r, 2, static_cast<float>(r));
+  }
+  const FillChoice choice = ChooseComponents({{"constant", "varies"}, cells});
+  EXPECT_GT(choice.hiddenCells, 0);
+  EXPECT_TRUE(choice.errors.empty());
+  EXPECT_EQ(choice.components, 0);
+}
+
 TEST(TryFilling, HidesATenthOfThePresentCellsAndComparesThemWithMeans) {
   const Matrix cells = WithHoles(StructuredTable(100, 15, 2, 0.1), 0.1);
   const NumberColumns columns{std::vector<std::string>(15, "x"), cells};

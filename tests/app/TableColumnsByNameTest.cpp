@@ -66,6 +66,22 @@ TEST(TableColumnsByName, AreRefusedByTheNameThatIsMissingOrTwice) {
   EXPECT_THAT(Refusal("a;b;c", {"c..a"}), HasSubstr("in the range 'c..a' the last column stands before the first"));
 }
 
+TEST(TableColumnsByName, AreRefusedByWhatTheirTextLacks) {
+  EXPECT_EQ(Refusal("a;b;c", {"..b"}), "t.csv: the range '..b' lacks its first column");
+  EXPECT_EQ(Refusal("a;b;c", {"c,a.."}), "t.csv: the range 'a..' lacks its last column");
+  EXPECT_EQ(Refusal("a;b;c", {".."}), "t.csv: the range '..' lacks its first column");
+  EXPECT_EQ(Refusal("a;b;c", {"a,"}), "t.csv: there is no column '': a name is missing beside a comma of 'a,'");
+  EXPECT_EQ(Refusal("a;b;c", {",,"}), "t.csv: there is no column '': a name is missing beside a comma of ',,'");
+  EXPECT_EQ(Refusal("a;b;c", {"a,,c"}), "t.csv: there is no column '': a name is missing beside a comma of 'a,,c'");
+}
+
+TEST(TableColumnsByName, MayBeExcludedMoreThanOnce) {
+  const CsvTable table("a;b;c;d\n1;2;3;4\n", "t.csv");
+  EXPECT_THAT(ColumnsToExclude(table, {"c", "c"}), ElementsAre(2));
+  EXPECT_THAT(ColumnsToExclude(table, {"b..c,a", "c..d"}), ElementsAre(1, 2, 0, 3));
+  EXPECT_THROW(ColumnsToExclude(table, {"c", "q"}), Failure);
+}
+
 TEST(TableColumnsByName, GoThroughThousandsOfNamesInOneArgument) {
   std::string header, argument;
   constexpr int kColumns = 5000;
@@ -104,7 +120,9 @@ TEST(TableColumnsByName, AreTakenByEveryCommandThatChoosesColumns) {
     EXPECT_EQ(run({"filter", table, "--y", "y", "--components", "1", "--out", out, "--json", what[0], what[1]})["x"],
               chosen);
   }
-  EXPECT_EQ(run({"cluster", table, "--method", "single", "--json", "--exclude", "id,c..d,y"})["x"]["columns"], chosen);
+  for (const Words& what : {Words{"--x", "a..b,e"}, Words{"--exclude", "id,c..d,y"}}) {
+    EXPECT_EQ(run({"cluster", table, "--method", "single", "--json", what[0], what[1]})["x"]["columns"], chosen);
+  }
   EXPECT_EQ(run({"o2pls", table, table, "--x", "a..b,e", "--y", "d,y", "--joint", "1", "--x-unique", "0", "--y-unique",
                  "0", "--json"})["x"]["columns"],
             chosen);
