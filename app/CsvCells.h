@@ -35,7 +35,7 @@ struct CsvCells {
   std::vector<CsvColumn> columns;
   std::int64_t commas = 0;  ///< numbers with a decimal comma, if that is the mark
   std::int64_t points = 0;  ///< numbers with a decimal point, if that is the mark
-  std::optional<std::size_t> badRow;  ///< the first row whose fields are not one for each column; nothing else is then good
+  std::optional<std::size_t> badRow;  ///< the first row without one field for each column; nothing else is then good
 };
 
 /// Reads the first `count` rows, each in one go, on all threads, so many rows at once. Needs memory in proportion to

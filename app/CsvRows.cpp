@@ -10,8 +10,8 @@ namespace kalmia::app {
 
 namespace {
 
-/// Finds quotation marks and line ends one after the other. Each kind is searched by itself, as the bytes of a table are
-/// mostly neither, and searches for one byte are fast.
+/// Finds quotation marks and line ends one after the other. Each kind is searched by itself, as the bytes of a table
+/// are mostly neither, and searches for one byte are fast.
 class MarkFinder {
  public:
   MarkFinder(const char* begin, const char* end) : end_(end) {
@@ -143,7 +143,8 @@ class CsvRowMerger {
     const std::size_t before = rows_.Size();
     for (const Part::Lead& lead : rows.leads) {
       const std::size_t lines = line_ + lead.lines - before;
-      if (rows_.leads_.empty() || rows_.leads_.back().lines != lines) rows_.leads_.push_back({before + lead.row, lines});
+      const bool isNew = rows_.leads_.empty() || rows_.leads_.back().lines != lines;
+      if (isNew) rows_.leads_.push_back({before + lead.row, lines});
     }
     for (const std::uint32_t begin : rows.begins) rows_.begins_.push_back(part.begin + begin);
     marks_ ^= part.marks;

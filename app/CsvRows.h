@@ -34,8 +34,8 @@ class CsvRows {
 /// a row begins with each line behind a line end outside quotation marks that is neither blank nor a comment. Whether a
 /// place lies inside quotation marks is the parity of the marks before it, so the text is searched in parts of so many
 /// bytes (below 2^32), on all threads, and the rows do not depend on the parts. (Comments may hold single marks: with
-/// comments the parts are searched one behind the other.) From a row on whose marks do not pair up, rows are not where a
-/// reader would see them. Needs 8 bytes for each row, half as many again while it searches.
+/// comments the parts are searched one behind the other.) From a row on whose marks do not pair up, rows are not where
+/// a reader would see them. Needs 8 bytes for each row, half as many again while it searches.
 CsvRows FindRows(std::string_view text, const CsvFormat& format, const CsvPlace& end, std::size_t bytesInPart,
                  const Proceed& proceed);
 

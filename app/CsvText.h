@@ -20,7 +20,8 @@ struct CsvFile {
 class CsvText {
  public:
   /// `comment` is what begins comments where the text may be read; zero if nothing does.
-  explicit CsvText(const CsvMarks& marks = {}, char comment = '\0') : format_(marks.separator), decimal_(marks.decimal) {
+  explicit CsvText(const CsvMarks& marks = {}, char comment = '\0')
+      : format_(marks.separator), decimal_(marks.decimal) {
     format_.comment = comment;
   }
 

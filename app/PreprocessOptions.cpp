@@ -6,7 +6,8 @@
 namespace kalmia::app {
 
 void DeclarePreprocess(CommandOptions* command, PreprocessOptions* options) {
-  command->File("TABLE", &options->table, "CSV table with a header, also as .gz; rows are signals, columns are channels");
+  command->File("TABLE", &options->table,
+                "CSV table with a header, also as .gz; rows are signals, columns are channels");
   command->Text("--steps", "STEPS", &options->steps, "steps with commas between them; or --steps-file, one is needed");
   command->Input("--steps-file", &options->stepsFile,
                  "file with the steps, also one on each line; or what --save has written, to repeat it as it was");
