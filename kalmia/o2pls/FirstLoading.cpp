@@ -4,9 +4,9 @@
 
 namespace kalmia {
 
-NCDataVector<float> FirstLoading(const NCDataMatrix<float>& table, int maxIterations) {
+NCDataVector<float> FirstLoading(const NCDataMatrix<float>& table, int maxIterations, NCProgress* progress) {
   NCPCA model(&table, maxIterations);
-  model.NextComponent(nullptr, nullptr, 0, nullptr);
+  model.NextComponent(progress, nullptr, 0, nullptr);
   return (*model.GetPprim())[1];
 }
 

@@ -146,11 +146,11 @@ std::array<NCDataMatrix<float>*, 18> NCO2PLS::Results() {
           &uo_, &co_, &qo_, &r_, &s_, &lambda_, &xLambda_, &xResiduals_, &yResiduals_};
 }
 
-void NCO2PLS::Fit(int predictive, int xOrthogonal, int yOrthogonal) {
+void NCO2PLS::Fit(int predictive, int xOrthogonal, int yOrthogonal, NCProgress* progress) {
   if (t_.SizeRows() > 0 || to_.SizeRows() > 0 || uo_.SizeRows() > 0) UnFit();
-  for (int i = 0; i < xOrthogonal; ++i) NextOrthogonalComponent(/*xSide=*/true, predictive);
-  for (int i = 0; i < yOrthogonal; ++i) NextOrthogonalComponent(/*xSide=*/false, predictive);
-  CalculatePredictiveComps(predictive);
+  for (int i = 0; i < xOrthogonal; ++i) NextOrthogonalComponent(/*xSide=*/true, predictive, progress);
+  for (int i = 0; i < yOrthogonal; ++i) NextOrthogonalComponent(/*xSide=*/false, predictive, progress);
+  CalculatePredictiveComps(predictive, progress);
   Finalise();
   EndFit();
 }
@@ -168,33 +168,34 @@ void NCO2PLS::RequireColumns(const NCDataMatrix<float>& X, const NCDataMatrix<fl
   if (Y.SizeColumns() == 0) throw NCError("The Y block has no columns.");
 }
 
-void NCO2PLS::NextOrthogonalComponent(bool xSide, int predictive) {
+void NCO2PLS::NextOrthogonalComponent(bool xSide, int predictive, NCProgress* progress) {
   EndFit();
   RequireColumns(x_, y_);
   if (checkDimensions_) ThrowIfNoDimensionIsLeft(xSide, predictive);
   if (predictive < 1)
     throw NCError("Internal error in NCO2PLS\nAn orthogonal component needs a predictive component.");
   if (xSide) {
-    CalculateOrthogonalComp(x_, y_, to_, wo_, po_, predictive, maxIterations_);
+    CalculateOrthogonalComp(x_, y_, to_, wo_, po_, predictive, maxIterations_, progress);
   } else {
-    CalculateOrthogonalComp(y_, x_, uo_, co_, qo_, predictive, maxIterations_);
+    CalculateOrthogonalComp(y_, x_, uo_, co_, qo_, predictive, maxIterations_, progress);
   }
 }
 
 void NCO2PLS::CalculateOrthogonalComp(const NCDataMatrix<float>& own, const NCDataMatrix<float>& other,
                                       NCDataMatrix<float>& scores, NCDataMatrix<float>& weights,
-                                      NCDataMatrix<float>& loadings, int predictive, int maxIterations) {
+                                      NCDataMatrix<float>& loadings, int predictive, int maxIterations,
+                                      NCProgress* progress) {
   const Matrix ownWithoutOrthogonal = Without(own, scores, loadings);
   Matrix rest = ownWithoutOrthogonal;
   Matrix predictiveScores = kalmia::WithoutRows(own.SizeRows(), predictive);
   for (int i = 0; i < predictive; ++i) {
     const Matrix product = other.MatrixMultiply(rest, /*transposeThis=*/true, /*transposeOther=*/false);
-    const Vector w = kalmia::FirstLoading(product, maxIterations);
+    const Vector w = kalmia::FirstLoading(product, maxIterations, progress);
     const Vector t = rest.SpecialNipalsRegressRowsFix(w, nullptr, 0);
     rest.AddVprimV(t, w, -1.0F);
     predictiveScores.push_back(t);
   }
-  const Vector wo = kalmia::FirstLoading(predictiveScores * rest, maxIterations);
+  const Vector wo = kalmia::FirstLoading(predictiveScores * rest, maxIterations, progress);
   const Vector to = rest.SpecialNipalsRegressRowsFix(wo, nullptr, 0);
   const Vector po = ownWithoutOrthogonal.SpecialNipalsRegressColumnsFix(to);
 
@@ -214,12 +215,12 @@ void NCO2PLS::InitPredCompCalculation() {
   yResiduals_.swap(y);
 }
 
-void NCO2PLS::NextPredictiveComp() {
+void NCO2PLS::NextPredictiveComp(NCProgress* progress) {
   if (xResiduals_.SizeRows() == 0)
     throw NCError("Internal error in NCO2PLS::NextPredictiveComp.\nFunction call out of sequence.");
   RequireColumns(xResiduals_, yResiduals_);
   const Matrix product = yResiduals_.MatrixMultiply(xResiduals_, /*transposeThis=*/true, /*transposeOther=*/false);
-  const Vector w = kalmia::FirstLoading(product, maxIterations_);
+  const Vector w = kalmia::FirstLoading(product, maxIterations_, progress);
   const Vector t = xResiduals_.SpecialNipalsRegressRowsFix(w, nullptr, 0);
   const Vector p = xResiduals_.SpecialNipalsRegressColumnsFix(t);
   Vector c = yResiduals_.SpecialNipalsRegressColumnsFix(t);
@@ -244,10 +245,10 @@ void NCO2PLS::SubtractLastPredictiveComp() {
   yResiduals_.swap(y);
 }
 
-void NCO2PLS::CalculatePredictiveComps(int predictive) {
+void NCO2PLS::CalculatePredictiveComps(int predictive, NCProgress* progress) {
   InitPredCompCalculation();
   for (int i = 1; i <= predictive; ++i) {
-    NextPredictiveComp();
+    NextPredictiveComp(progress);
     if (i < predictive) SubtractLastPredictiveComp();
   }
 }

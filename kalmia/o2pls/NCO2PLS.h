@@ -6,6 +6,7 @@
 #include "kalmia/containers/NCDataMatrix.h"
 #include "kalmia/containers/NCDataVector.h"
 #include "kalmia/support/NCError.h"
+#include "kalmia/support/NCProgress.h"
 
 /// Says that a block has no more dimensions that are unrelated to the other block.
 class NCO2PLSDimensionalityException : public NCError {
@@ -41,8 +42,8 @@ class NCO2PLSDimensionalityException : public NCError {
 /// EndFit. Finalise may also be called between predictive components, and NextOrthogonalComponent on a finished model,
 /// where CalculatePredictiveComps and Finalise have to follow.
 ///
-/// The blocks arrive scaled, and without holes. Each cross product opens a bar of its own for its principal component
-/// (NCProgress::SetSinkFactory), through which a user's stop comes in as NCError.
+/// The blocks arrive scaled, and without holes. The bar `progress` shows the principal component of each cross product;
+/// where it is null, each opens a bar of its own (NCProgress::SetSinkFactory). A user's stop comes in as NCError.
 /// A model belongs to one thread at a time; copies share nothing with each other.
 class NCO2PLS {
  public:
@@ -60,7 +61,7 @@ class NCO2PLS {
   /// component: the NCError names it.
   /// Throws what the steps throw. What was computed by then stays, and is fit for UnFit or another Fit alone; where it
   /// was Finalise that threw, the working blocks stay too.
-  void Fit(int predictive, int xOrthogonal, int yOrthogonal);
+  void Fit(int predictive, int xOrthogonal, int yOrthogonal, NCProgress* progress = nullptr);
 
   /// One more orthogonal component of a side of a model that has, or is to have, `predictive` predictive components:
   /// these directions are taken out of the side's block (without its orthogonal components so far) by their weights,
@@ -70,7 +71,7 @@ class NCO2PLS {
   /// Throws: NCO2PLSDimensionalityException, if dimensions are checked, from a + predictive = min(K + 1, N) on (Y side:
   /// M + 1), for a components of the side so far; NCError where a block has no columns, without a predictive component
   /// to be orthogonal to (predictive < 1), and as NCPCA does.
-  void NextOrthogonalComponent(bool xSide, int predictive);
+  void NextOrthogonalComponent(bool xSide, int predictive, NCProgress* progress = nullptr);
 
   /// Starts the predictive components anew: the working blocks are X and Y without their orthogonal components.
   void InitPredCompCalculation();
@@ -78,13 +79,14 @@ class NCO2PLS {
   /// Appends one predictive component of the working blocks, which it does not change: w, the first loading of Y'X;
   /// t = Xw; p = X't / t't; c, along Y't, of unit length; u = Yc; q = Y'u / u'u.
   /// Throws: NCError without working blocks or columns, and as NCPCA does. The model is then as it was.
-  void NextPredictiveComp();
+  void NextPredictiveComp(NCProgress* progress = nullptr);
 
   /// Takes the newest component out of the working blocks: X -= t p', Y -= u q'. Throws NCError
   /// without one.
   void SubtractLastPredictiveComp();
 
-  void CalculatePredictiveComps(int predictive);  ///< InitPredCompCalculation, then all of them
+  /// InitPredCompCalculation, then all of them.
+  void CalculatePredictiveComps(int predictive, NCProgress* progress = nullptr);
 
   /// Computes the inner relations Lambda and XLambda, R and S.
   /// Throws, if dimensions are checked, NCO2PLSDimensionalityException where orthogonal components are related to the
@@ -147,7 +149,8 @@ class NCO2PLS {
   static void RequireColumns(const NCDataMatrix<float>& X, const NCDataMatrix<float>& Y);
   static void CalculateOrthogonalComp(const NCDataMatrix<float>& own, const NCDataMatrix<float>& other,
                                       NCDataMatrix<float>& scores, NCDataMatrix<float>& weights,
-                                      NCDataMatrix<float>& loadings, int predictive, int maxIterations);
+                                      NCDataMatrix<float>& loadings, int predictive, int maxIterations,
+                                      NCProgress* progress);
   void ThrowIfNoDimensionIsLeft(bool xSide, int predictive) const;
   void CalculateInnerRelations();
   std::array<NCDataMatrix<float>*, 18> Results();  ///< all matrices but X and Y

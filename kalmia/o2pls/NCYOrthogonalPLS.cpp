@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <new>
+#include <optional>
 #include <utility>
 
 #include "kalmia/o2pls/FirstLoading.h"
@@ -25,6 +26,9 @@ using Vector = NCDataVector<float>;
 constexpr unsigned kTitle = 10123;
 constexpr unsigned kCannotGoOn = 10124;
 
+constexpr float kBarBegins = -1.0F;
+constexpr float kBarEnds = 0.0F;
+
 /// Principal components of Y are worth having as long as more than this share of it is left.
 constexpr float kShareOfY = 0.001F;
 
@@ -45,8 +49,8 @@ double MeasureOfSearch(long double change) {
 }
 
 /// One component more; false where the model can have no further one.
-bool AddComponent(NCPLS* model) try {
-  model->NextComponent(nullptr, nullptr, /*quiet=*/false, /*strict=*/true);
+bool AddComponent(NCProgress* progress, NCPLS* model) try {
+  model->NextComponent(progress, nullptr, /*quiet=*/false, /*strict=*/true);
   model->CalculateResiduals();
   return true;
 } catch (const NCError& error) {
@@ -110,23 +114,23 @@ void NCYOrthogonalPLS::Swap(NCYOrthogonalPLS* other) {
   std::swap(maxPLSComponents_, other->maxPLSComponents_);
 }
 
-void NCYOrthogonalPLS::SetupYPCA() const {
+void NCYOrthogonalPLS::SetupYPCA(NCProgress* progress) const {
   if (!y_) throw CannotGoOn();
   std::unique_ptr<Matrix> y = std::move(y_);  // a stop or a failure of its components is the end of Y
   try {
-    TakeScoresOf(*y);
+    TakeScoresOf(*y, progress);
   } catch (const std::bad_alloc&) {
     y_ = std::move(y);  // more memory may be there next time
     throw;
   }
 }
 
-void NCYOrthogonalPLS::TakeScoresOf(const NCDataMatrix<float>& Y) const {
+void NCYOrthogonalPLS::TakeScoresOf(const NCDataMatrix<float>& Y, NCProgress* progress) const {
   PCA_SS_ComponentValidator validator(nullptr, kShareOfY);
   NCPCA model(&Y, maxIterations_);
   validator.SetPCAModel(&model);
   while (validator.IsValid()) {
-    model.NextComponent(nullptr, nullptr, 0, nullptr);
+    model.NextComponent(progress, nullptr, 0, nullptr);
     model.CalculateResiduals();
   }
   if (model.GetComponents() == 0) throw CannotGoOn();
@@ -143,14 +147,15 @@ NCDataVector<float> NCYOrthogonalPLS::OutsideOfY(const NCDataVector<float>& scor
   return scores - *yScores_ * (*yScoresInverse_ * yScores_->PreMultiply(scores));
 }
 
-NCDataVector<float> NCYOrthogonalPLS::NextWeights(const NCDataVector<float>& w, NCProgress* bar) const {
+NCDataVector<float> NCYOrthogonalPLS::NextWeights(const NCDataVector<float>& w, NCProgress* bar,
+                                                  NCProgress* ofModels) const {
   const Vector t = OutsideOfY(xResiduals_.RegressRows(w));
   NCPLS model(&xResiduals_, &t, maxIterations_);
   OSCPLSComponentValidator validator(&model, maxPLSComponents_);
   bool goesOn = true;
   while (goesOn && validator.IsValid()) {
     if (!bar->NextSpin()) throw CannotGoOn();
-    goesOn = AddComponent(&model);
+    goesOn = AddComponent(ofModels, &model);
   }
   bar->SpinDone();
   // Only where cells are no numbers does the validator ask for no component at all, and with such cells the search did
@@ -161,26 +166,33 @@ NCDataVector<float> NCYOrthogonalPLS::NextWeights(const NCDataVector<float>& w, 
   return next;
 }
 
-NCDataVector<float> NCYOrthogonalPLS::FindWeights(bool showProgress) const {
-  Vector w = kalmia::FirstLoading(xResiduals_, maxIterations_);
-  if (!yScores_) SetupYPCA();
+NCDataVector<float> NCYOrthogonalPLS::FindWeights(bool showProgress, NCProgress* progress) const {
+  Vector w = kalmia::FirstLoading(xResiduals_, maxIterations_, progress);
+  if (!yScores_) SetupYPCA(progress);
   CString title;
   title.Format(LanguageString::Get(kTitle), components_ + 1);
-  NCProgress bar(title, -1.0F, 0.0F, true, showProgress, true, nullptr);
+  std::optional<NCProgress> own;
+  if (!progress) own.emplace(title, kBarBegins, kBarEnds, true, showProgress, true, nullptr);
+  NCProgress* bar = own ? &*own : progress;
   double measure = 0.0;
   int rounds = 0;
   do {
-    const Vector next = NextWeights(w, &bar);
+    const Vector next = NextWeights(w, bar, progress);
     measure = MeasureOfSearch(next.Difference(w));
     w = next;
     ++rounds;
-    if (!bar.SetValue(static_cast<float>(-measure))) throw CannotGoOn();
+    if (progress) progress->SetRange(kBarBegins, kBarEnds);  // the models inside have set theirs
+    if (!bar->SetValue(static_cast<float>(-measure))) throw CannotGoOn();
   } while (measure > 0.0 && rounds < maxIterations_);
   return w;
 }
 
-void NCYOrthogonalPLS::NextComponent(bool showProgress) {
-  const Vector w = FindWeights(showProgress);
+void NCYOrthogonalPLS::NextComponent(bool showProgress) { AppendComponent(showProgress, nullptr); }
+
+void NCYOrthogonalPLS::NextComponent(NCProgress* progress) { AppendComponent(/*showProgress=*/false, progress); }
+
+void NCYOrthogonalPLS::AppendComponent(bool showProgress, NCProgress* progress) {
+  const Vector w = FindWeights(showProgress, progress);
   const Vector t = xResiduals_.RegressRows(w);
   const Vector p = xResiduals_.RegressColumns(t);
   Matrix tprim = kalmia::WithRow(tprim_, components_ + 1, t);
@@ -215,7 +227,7 @@ void NCYOrthogonalPLS::CalculateResiduals(NCDataMatrix<float>* matrix) const {
 NCDataMatrix<float> NCYOrthogonalPLS::GetWStarPrim() const { return NCPLS::GetWStarPrim(wprim_, pprim_); }
 
 double NCYOrthogonalPLS::GetYAngle(const NCDataVector<float>* vector) const {
-  if (!yScores_) SetupYPCA();
+  if (!yScores_) SetupYPCA(/*progress=*/nullptr);
   if (vector->Size() != yScores_->SizeRows()) throw NCError("The vector has not one cell for each observation.");
   const Vector outside = OutsideOfY(*vector);
   const double share = RoundedToFloat(*vector * outside);

@@ -40,6 +40,9 @@ class NCYOrthogonalPLS : public VexStreamBase {
   /// begun yet, and gone if they failed or were stopped; if they are there, and after std::bad_alloc, the call can be
   /// repeated.
   void NextComponent(bool showProgress);
+  /// The same with the caller's bar, for the search and the models inside alike, each of which sets its range; null is
+  /// NextComponent(false).
+  void NextComponent(NCProgress* progress);
 
   /// Takes the newest component back: X += t p'. Does nothing without one.
   void RemoveComponent();
@@ -84,11 +87,12 @@ class NCYOrthogonalPLS : public VexStreamBase {
   void VexStreamableReset() override;
 
  private:
-  void SetupYPCA() const;
-  void TakeScoresOf(const NCDataMatrix<float>& Y) const;
+  void SetupYPCA(NCProgress* progress) const;
+  void TakeScoresOf(const NCDataMatrix<float>& Y, NCProgress* progress) const;
   NCDataVector<float> OutsideOfY(const NCDataVector<float>& scores) const;
-  NCDataVector<float> NextWeights(const NCDataVector<float>& w, NCProgress* bar) const;
-  NCDataVector<float> FindWeights(bool showProgress) const;
+  NCDataVector<float> NextWeights(const NCDataVector<float>& w, NCProgress* bar, NCProgress* ofModels) const;
+  NCDataVector<float> FindWeights(bool showProgress, NCProgress* progress) const;
+  void AppendComponent(bool showProgress, NCProgress* progress);
   bool ReadStreamDirectory(std::istream& stream);
   bool ReadOldLayout(std::istream& stream);
   bool PartsAgree() const;

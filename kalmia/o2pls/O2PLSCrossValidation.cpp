@@ -88,9 +88,9 @@ void Restore(std::vector<NCO2PLS>* backup, std::vector<O2PLSRound>* rounds) {
 }
 
 /// One more orthogonal component in the model; false where it cannot be computed.
-bool AddOrthogonalComponent(bool xSide, NCO2PLS* model) try {
-  model->NextOrthogonalComponent(xSide, model->SizePredComps());
-  model->CalculatePredictiveComps(model->SizePredComps());
+bool AddOrthogonalComponent(bool xSide, NCProgress* progress, NCO2PLS* model) try {
+  model->NextOrthogonalComponent(xSide, model->SizePredComps(), progress);
+  model->CalculatePredictiveComps(model->SizePredComps(), progress);
   model->Finalise();
   model->EndFit();
   return true;
@@ -113,8 +113,9 @@ void O2PLSCVResults::FlipPredictiveModel(const std::vector<bool>& xFlips, const 
 /// The whole search, stage by stage.
 class O2PLSCrossValidation::Calculation {
  public:
-  Calculation(const Matrix& X, const Matrix& Y, const Groups& groups, NCProgress* progress, O2PLSCVResults* results)
-      : X_(X), Y_(Y), groups_(groups), bar_(progress), results_(*results) {}
+  Calculation(const Matrix& X, const Matrix& Y, const Groups& groups, NCProgress* progress, NCProgress* ofModels,
+              O2PLSCVResults* results)
+      : X_(X), Y_(Y), groups_(groups), bar_(progress), ofModels_(ofModels), results_(*results) {}
 
   void Run(int maxIterations, int predictive, int xOrthogonal, int yOrthogonal);
 
@@ -136,6 +137,7 @@ class O2PLSCrossValidation::Calculation {
   const Matrix& Y_;
   const Groups& groups_;
   Bar bar_;
+  NCProgress* ofModels_;
   O2PLSCVResults& results_;
   std::vector<O2PLSRound> rounds_;
   Vector ssY_;            ///< of the variables of Y
@@ -194,7 +196,7 @@ void O2PLSCrossValidation::Calculation::Run(int maxIterations, int predictive, i
 bool O2PLSCrossValidation::Calculation::EstimatePredictiveComponents(int wanted) {
   bar_.SetRange(0.0F, kStages);
   bar_.SetText("Estimating predictive components");
-  const O2PLSPredictiveComponentEstimator estimator(&X_, &Y_, -1, &groups_, wanted);
+  const O2PLSPredictiveComponentEstimator estimator(&X_, &Y_, -1, &groups_, wanted, ofModels_);
   results_.PredictiveComponents = estimator.GetNumberOfPredictiveComponents();
   results_.PredictiveSignificance = estimator.GetSignificance();
   return results_.PredictiveComponents != 0;
@@ -222,7 +224,7 @@ void O2PLSCrossValidation::Calculation::MakeRounds(int maxIterations) {
 double O2PLSCrossValidation::Calculation::Q2OfY(int ySideComponents) {
   double press = 0.0;
   for (O2PLSRound& round : rounds_) {
-    round.model.Fit(results_.PredictiveComponents, 0, ySideComponents);
+    round.model.Fit(results_.PredictiveComponents, 0, ySideComponents, ofModels_);
     press += SquaresOf(kalmia::ErrorsOfY(round));
   }
   return 1.0 - press / totalSSY_;
@@ -277,7 +279,7 @@ bool O2PLSCrossValidation::Calculation::TryOneMore(SideSearch* search) {
   backup.reserve(rounds_.size());
   for (O2PLSRound& round : rounds_) {
     backup.push_back(round.model.SharingBlocks());
-    if (!AddOrthogonalComponent(search->xSide, &round.model)) {
+    if (!AddOrthogonalComponent(search->xSide, ofModels_, &round.model)) {
       Restore(&backup, &rounds_);
       return false;
     }
@@ -317,7 +319,7 @@ void O2PLSCrossValidation::Calculation::JudgePredictiveComponents() {
 void O2PLSCrossValidation::Calculation::JudgePredictiveComponent(int component, std::size_t g, Vector* press) {
   const bool isLast = component == results_.PredictiveComponents;
   O2PLSRound& round = rounds_[g];
-  round.model.NextPredictiveComp();
+  round.model.NextPredictiveComp(ofModels_);
   if (!isLast) round.model.SubtractLastPredictiveComp();
   round.model.Finalise();
   const NCO2PLSYPred prediction(&round.heldOutX, &round.model);
@@ -363,7 +365,7 @@ void O2PLSCrossValidation::Calculation::ChoosePredictiveComponents(bool isSearch
   if (!isSearch || first > tried) return;
   results_.PredictiveComponents = chosen;
   for (O2PLSRound& round : rounds_) {
-    round.model.Fit(chosen, results_.XSideComponents, results_.YSideComponents);
+    round.model.Fit(chosen, results_.XSideComponents, results_.YSideComponents, ofModels_);
     round.ofY.reset();
     round.ofX.reset();
   }
@@ -371,7 +373,8 @@ void O2PLSCrossValidation::Calculation::ChoosePredictiveComponents(bool isSearch
 
 O2PLSCrossValidation::O2PLSCrossValidation(const NCDataMatrix<float>* X, const NCDataMatrix<float>* Y, int cvGroups,
                                            NCProgress* progress, NCIntegralVector<int, -99>* groups,
-                                           int maxIterations, int predictive, int xOrthogonal, int yOrthogonal) {
+                                           int maxIterations, int predictive, int xOrthogonal, int yOrthogonal,
+                                           NCProgress* ofModels) {
   results_.PredictiveComponents = 0;
   const bool isSearch = predictive < 0;
   if ((xOrthogonal < 0) != isSearch || (yOrthogonal < 0) != isSearch)
@@ -385,7 +388,7 @@ O2PLSCrossValidation::O2PLSCrossValidation(const NCDataMatrix<float>* X, const N
   const Groups used = kalmia::GroupsOrDefault(groups, X->SizeRows(), cvGroups);
   if (predictive > 0 && kalmia::CountRounds(used) == 0) throw NCError(kBadGroups);  // a search finds no component
   NCO2PLS::RequireColumns(*X, *Y);
-  Calculation(*X, *Y, used, progress, &results_).Run(maxIterations, predictive, xOrthogonal, yOrthogonal);
+  Calculation(*X, *Y, used, progress, ofModels, &results_).Run(maxIterations, predictive, xOrthogonal, yOrthogonal);
 }
 
 float O2PLSCrossValidation::GetQ2Lim(int /*observations*/, int /*components*/) { return LimitOfQ2().Get(); }

@@ -36,8 +36,8 @@ Matrix CrossProduct(const Matrix& Y, const Matrix& X) {
 
 /// One component of two blocks: the direction that covaries most, and the Y direction and the scores that go with it.
 struct Component {
-  Component(const Matrix& X, const Matrix& Y, const Matrix& crossProduct)
-      : w(kalmia::FirstLoading(crossProduct, kMaxIterations)),
+  Component(const Matrix& X, const Matrix& Y, const Matrix& crossProduct, NCProgress* progress)
+      : w(kalmia::FirstLoading(crossProduct, kMaxIterations, progress)),
         t(X.SpecialNipalsRegressRowsFix(w, nullptr, 0)),
         c(Y.SpecialNipalsRegressColumnsFix(t)) {
     c.Normalise();
@@ -98,8 +98,8 @@ struct O2PLSPredictiveComponentEstimator::Blocks {
 /// The rounds of the cross-validation with their components so far.
 class O2PLSPredictiveComponentEstimator::Rounds {
  public:
-  Rounds(const Blocks& blocks, const NCIntegralVector<int, -99>& groups)
-      : blocks_(blocks), groups_(groups), rounds_(kalmia::CountRounds(groups)) {}
+  Rounds(const Blocks& blocks, const NCIntegralVector<int, -99>& groups, NCProgress* progress)
+      : blocks_(blocks), groups_(groups), progress_(progress), rounds_(kalmia::CountRounds(groups)) {}
 
   /// One component more in every round.
   void AddComponent();
@@ -114,6 +114,7 @@ class O2PLSPredictiveComponentEstimator::Rounds {
 
   const Blocks& blocks_;
   const NCIntegralVector<int, -99>& groups_;
+  NCProgress* progress_;
   std::vector<std::vector<RoundComponent>> rounds_;
   double pressX_ = 0.0;
   double pressY_ = 0.0;
@@ -135,7 +136,7 @@ void O2PLSPredictiveComponentEstimator::Rounds::AddComponentToRound(int group) {
     Y.training.AddVprimV(earlier.trained.u, earlier.trained.c, -1.0F);
     Y.heldOut.AddVprimV(earlier.uHeldOut, earlier.trained.c, -1.0F);
   }
-  const Component trained(X.training, Y.training, CrossProduct(Y.training, X.training));
+  const Component trained(X.training, Y.training, CrossProduct(Y.training, X.training), progress_);
   const Vector t = X.heldOut.SpecialNipalsRegressRowsFix(trained.w, nullptr, 0);
   const Vector u = Y.heldOut.SpecialNipalsRegressRowsFix(trained.c, nullptr, 0);
   components.push_back({trained, t, u});
@@ -164,23 +165,24 @@ NCDataMatrix<float> O2PLSPredictiveComponentEstimator::Rounds::Prediction() cons
 O2PLSPredictiveComponentEstimator::O2PLSPredictiveComponentEstimator(const NCDataMatrix<float>* X,
                                                                      const NCDataMatrix<float>* Y, int cvGroups,
                                                                      const NCIntegralVector<int, -99>* groups,
-                                                                     int fixedComponents) {
+                                                                     int fixedComponents, NCProgress* progress) {
   if (!groups && cvGroups < 1) return;  // no groups, no components
-  DoCalulations(*X, *Y, kalmia::GroupsOrDefault(groups, Y->SizeRows(), cvGroups), fixedComponents);
+  DoCalulations(*X, *Y, kalmia::GroupsOrDefault(groups, Y->SizeRows(), cvGroups), fixedComponents, progress);
 }
 
 void O2PLSPredictiveComponentEstimator::DoCalulations(NCDataMatrix<float> X, NCDataMatrix<float> Y,
-                                                      const NCIntegralVector<int, -99>& groups, int fixedComponents) {
+                                                      const NCIntegralVector<int, -99>& groups, int fixedComponents,
+                                                      NCProgress* progress) {
   if (fixedComponents == 0) return;
   try {
     if (X.SizeRows() != Y.SizeRows() || X.SizeColumns() == 0 || Y.SizeColumns() == 0 ||
         groups.Size() < Y.SizeRows() || kalmia::AreTooManyRounds(groups))
       throw NCError("Internal error in O2PLSPredictiveComponentEstimator");  // for the handler below
     Blocks blocks(X, Y);
-    TryComponents(blocks, groups, fixedComponents);
+    TryComponents(blocks, groups, fixedComponents, progress);
     numberOfPredictiveComponents_ = SizeTried();
     if (fixedComponents < 0 && !LastIsSignificant()) --numberOfPredictiveComponents_;
-    FitToAll(&blocks);
+    FitToAll(&blocks, progress);
   } catch (const NCError&) {
     CutToCompleteComponents();
   }
@@ -191,10 +193,10 @@ bool O2PLSPredictiveComponentEstimator::LastIsSignificant() const {
 }
 
 void O2PLSPredictiveComponentEstimator::TryComponents(const Blocks& blocks, const NCIntegralVector<int, -99>& groups,
-                                                      int fixedComponents) {
+                                                      int fixedComponents, NCProgress* progress) {
   const int most = std::min(blocks.Y.SizeColumns(), blocks.X.SizeColumns());
   const auto isLeft = [](double press, double ss) { return std::fabs(1.0 - press / ss - 1.0) > kNothingLeft; };
-  Rounds rounds(blocks, groups);
+  Rounds rounds(blocks, groups, progress);
   bool goesOn = true;
   while (goesOn) {
     rounds.AddComponent();
@@ -222,11 +224,11 @@ void O2PLSPredictiveComponentEstimator::Judge(const Blocks& blocks, const Rounds
   }
 }
 
-void O2PLSPredictiveComponentEstimator::FitToAll(Blocks* blocks) {
+void O2PLSPredictiveComponentEstimator::FitToAll(Blocks* blocks, NCProgress* progress) {
   auto& [X, Y, crossProduct, absoluteSum, ssX, ssY] = *blocks;
   Matrix prediction(Y.SizeColumns(), X.SizeColumns(), 0.0F);
   for (int a = 0; a < numberOfPredictiveComponents_; ++a) {
-    const Component component(X, Y, a == 0 ? crossProduct : CrossProduct(Y, X));
+    const Component component(X, Y, a == 0 ? crossProduct : CrossProduct(Y, X), progress);
     const auto& [w, t, c, u] = component;
     X.TransformToSub_V_x_Vt(t, w);
     Y.TransformToSub_V_x_Vt(u, c);

@@ -4,6 +4,7 @@
 #include "kalmia/containers/NCDataVector.h"
 #include "kalmia/containers/NCIntegralVector.h"
 #include "kalmia/o2pls/SignificanceE.h"
+#include "kalmia/support/NCProgress.h"
 
 /// How many components two blocks share, before there is a model of them: cross-validation of the cross product Y'X.
 /// In each round, for one component after the other, w is the first loading of the training rows' Y'X, t = Xw, c is
@@ -26,9 +27,11 @@ class O2PLSPredictiveComponentEstimator {
   /// GetDeafultCVGroupsVector(N, cvGroups), and only then is cvGroups read. A group without observations predicts
   /// nothing, but its round is computed like any other. `groups` of fewer than N cells or with a number above their
   /// own + 9999, and a cvGroups below 1 that is read, cannot be used. `fixedComponents`: 0 nothing is computed;
-  /// negative: search; else exactly so many are tried and counted.
+  /// negative: search; else exactly so many are tried and counted. `progress` is the bar of the principal components;
+  /// where it is null each opens its own.
   O2PLSPredictiveComponentEstimator(const NCDataMatrix<float>* X, const NCDataMatrix<float>* Y, int cvGroups,
-                                    const NCIntegralVector<int, -99>* groups, int fixedComponents);
+                                    const NCIntegralVector<int, -99>* groups, int fixedComponents,
+                                    NCProgress* progress = nullptr);
 
   int GetNumberOfPredictiveComponents() const { return numberOfPredictiveComponents_; }
   // One value per component that was tried. The getters give shares: for one thread at a time.
@@ -46,12 +49,13 @@ class O2PLSPredictiveComponentEstimator {
   struct Blocks;
 
   void DoCalulations(NCDataMatrix<float> X, NCDataMatrix<float> Y, const NCIntegralVector<int, -99>& groups,
-                     int fixedComponents);
-  void TryComponents(const Blocks& blocks, const NCIntegralVector<int, -99>& groups, int fixedComponents);
+                     int fixedComponents, NCProgress* progress);
+  void TryComponents(const Blocks& blocks, const NCIntegralVector<int, -99>& groups, int fixedComponents,
+                     NCProgress* progress);
   void Judge(const Blocks& blocks, const Rounds& rounds);
   int SizeTried() const { return q2_.Size(); }
   bool LastIsSignificant() const;
-  void FitToAll(Blocks* blocks);
+  void FitToAll(Blocks* blocks, NCProgress* progress);
   void CutToCompleteComponents();
 
   NCDataVector<float> q2_;

@@ -61,15 +61,15 @@ bool FitOfY::LastExplainsTooLittle(const NCDataMatrix<float>& residuals) {
 }
 
 /// Extracts components until one does not count, and tells how many do.
-int ExtractComponents(NCPLS* model) {
+int ExtractComponents(NCProgress* progress, NCPLS* model) {
   FitOfY fit(*model->GetYResiduals());
-  const auto nextComponent = [model] { model->NextComponent(nullptr, nullptr, /*quiet=*/false, /*strict=*/true); };
+  const auto nextComponent = [=] { model->NextComponent(progress, nullptr, /*quiet=*/false, /*strict=*/true); };
   nextComponent();
   PLSCrossValidation validation(model, kRounds, nullptr);
   try {
     for (;; nextComponent()) {
       const NCDataVector<float>& w = (*model->GetWprim())[model->GetComponents()];
-      validation.NextComponent(&w, kMaxIterations, fit.SumsOfSquares(), nullptr, /*quiet=*/false);
+      validation.NextComponent(&w, kMaxIterations, fit.SumsOfSquares(), progress, /*quiet=*/false);
       if (!(validation.GetQ2Tot() > validation.GetQ2Lim())) return model->GetComponents() - 1;
       model->CalculateResiduals();
       if (fit.LastExplainsTooLittle(*model->GetYResiduals())) return model->GetComponents() - 1;
@@ -92,9 +92,9 @@ float Reconstruction(const NCPLS& model, int components, int i, int j) {
 }
 
 /// X with its holes filled; X itself is not changed.
-NCDataMatrix<float> Completed(const NCDataMatrix<float>& X, const NCDataMatrix<float>& Y) {
+NCDataMatrix<float> Completed(const NCDataMatrix<float>& X, const NCDataMatrix<float>& Y, NCProgress* progress) {
   NCPLS model(&X, &Y, kMaxIterations);
-  const int components = ExtractComponents(&model);
+  const int components = ExtractComponents(progress, &model);
   NCDataMatrix<float> completed = X;
   for (int i = 1; i <= X.SizeRows(); ++i) {
     if (X[i].GetNumMisVal() == 0) continue;
@@ -106,8 +106,8 @@ NCDataMatrix<float> Completed(const NCDataMatrix<float>& X, const NCDataMatrix<f
 
 }  // namespace
 
-void PLSMissingValueEstimator(NCDataMatrix<float>& X, NCDataMatrix<float>& Y, bool both) {
+void PLSMissingValueEstimator(NCDataMatrix<float>& X, NCDataMatrix<float>& Y, bool both, NCProgress* progress) {
   if (X.SizeRows() != Y.SizeRows()) throw NCError("The two tables have not the same number of rows.");
-  if (X.GetNumMisVal() > 0) X = Completed(X, Y);
-  if (both) PLSMissingValueEstimator(Y, X, /*both=*/false);
+  if (X.GetNumMisVal() > 0) X = Completed(X, Y, progress);
+  if (both) PLSMissingValueEstimator(Y, X, /*both=*/false, progress);
 }

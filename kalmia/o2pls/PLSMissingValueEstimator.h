@@ -1,6 +1,7 @@
 #pragma once
 
 #include "kalmia/containers/NCDataMatrix.h"
+#include "kalmia/support/NCProgress.h"
 
 /// Fills the holes of X with what a cross-validated PLS model of X and Y makes of them, for models that take complete
 /// tables only: x_ij = sum over a <= A of t_ia p_ja, in place. Cells that held values are not touched. With `both` the
@@ -15,11 +16,13 @@
 /// has no loading.
 ///
 /// Shape: X N x K, Y N x M, scaled already; N is checked, the scaling is not. N is at least 2 to fit anything.
-/// Progress: each component and each cross-validation opens a bar of its own (NCProgress::SetSinkFactory).
+/// Progress: each component and each cross-validation reports to `progress`; where it is null, each opens a bar of its
+/// own (NCProgress::SetSinkFactory).
 /// Throws: NCError where the numbers of rows differ, whatever is to be filled; of level 1 if not even a first component
 /// can be computed, of level 0 or 2 on the user's stop; std::bad_alloc. The table whose holes were to be filled is then
 /// as it was; a failure in filling Y leaves X complete.
 /// Cost: A + 1 components and as many cross-validations, for each of the tables that has holes.
 /// Source: the filling is PCA's and PLS' reconstruction, Nelson, Taylor & MacGregor (1996), Chemom. Intell. Lab. Syst.
 /// 35, 45-65; the rules of the search are our own.
-void PLSMissingValueEstimator(NCDataMatrix<float>& X, NCDataMatrix<float>& Y, bool both);
+void PLSMissingValueEstimator(NCDataMatrix<float>& X, NCDataMatrix<float>& Y, bool both,
+                              NCProgress* progress = nullptr);
