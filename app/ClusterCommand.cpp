@@ -6,9 +6,9 @@
 #include "app/ClusterResult.h"
 #include "app/ClusterRun.h"
 #include "app/Commands.h"
+#include "app/ConsoleProgress.h"
 #include "app/DisplayText.h"
 #include "app/Failure.h"
-#include "app/NestedProgress.h"
 #include "app/OutputFiles.h"
 #include "app/OutputPlaces.h"
 #include "app/ReadTable.h"
@@ -51,7 +51,7 @@ ClusterResult ClusterRows(const CsvTable& table, const ClusterOptions& options, 
   ClusterResult result = {table.Name(), options.method, options.scaling, SelectClusterData(table, options, notes),
                           nullptr, {}, 0.0, 0, options.height, {}};
   ProgressLine line;
-  NCProgress building(std::make_unique<NestedProgress>(&line)), comparing(std::make_unique<NestedProgress>(&line));
+  NCProgress building(std::make_unique<ConsoleProgress>(&line)), comparing(std::make_unique<ConsoleProgress>(&line));
   result.root = BuildTree(table.Name(), result.data, options, &building, notes);
   result.merges = MergesOf(*result.root);
   CheckHeights(table, result.merges);

@@ -7,6 +7,7 @@
 #include <cmath>
 #include <cstddef>
 #include <string_view>
+#include <utility>
 
 #include "app/DisplayText.h"
 #include "app/Interrupt.h"
@@ -18,6 +19,8 @@ namespace {
 constexpr std::size_t kBarWidth = 20;
 constexpr std::size_t kUsualTerminalWidth = 80;
 constexpr std::chrono::milliseconds kRedraw{50};
+constexpr int kFew = 32;
+constexpr unsigned kPollsPerLook = 1U << 16;  ///< a poll comes with each comparison of a sort
 constexpr std::string_view kWipe = "\r\x1b[K";
 
 std::size_t TerminalWidth() {
@@ -66,48 +69,55 @@ void ProgressLine::ShowAtOnce(const std::string& label, double share) {
   Draw(std::string(kWipe) + bar + ShortenedTo(room - bar.size(), label));
 }
 
-void ConsoleProgress::BeginFit(int component) { BeginFit("component " + std::to_string(component)); }
-
-void ConsoleProgress::BeginFit(const std::string& label) {
-  steps_ = 0;
-  label_ = label;
-  line_->Show(label_, 0.0);
-}
-
-void ConsoleProgress::BeginRounds(int component, int steps) {
-  steps_ = steps;
-  stepsBegun_ = 0;
-  label_ = "component " + std::to_string(component);
+bool FewInASecond::IsOneOfThem() {
+  const auto now = std::chrono::steady_clock::now();
+  if (now - begin_ >= std::chrono::seconds(1)) {
+    begin_ = now;
+    count_ = 0;
+  }
+  return ++count_ <= kFew;
 }
 
 void ConsoleProgress::SetRange(float from, float to) {
-  from_ = from;
-  to_ = to;
-  if (steps_ > 0) StopIfInterrupted();
+  if (ranges_.IsOutermost()) {
+    ranges_ = NestedRanges();
+    isNew_ = true;
+  }
+  ranges_.SetRange(from, to);
 }
 
 bool ConsoleProgress::SetValue(float value) {
-  if (steps_ > 0) {
-    StopIfInterrupted();  // the bar shows the rounds, not the iterations of one
-    return true;
-  }
-  line_->Show(label_, (static_cast<double>(value) - from_) / (static_cast<double>(to_) - from_));
+  ranges_.MoveTo(value);
+  line_->Show(text_, ranges_.Share());
   return !Interrupted();
 }
 
-/// A cross-validation sets a text at the beginning of each step.
 void ConsoleProgress::SetText(const char* text) {
-  if (steps_ == 0) return;
-  StopIfInterrupted();
-  line_->Show(label_ + ": " + OneLine(text), static_cast<double>(stepsBegun_) / steps_);
-  ++stepsBegun_;
+  text_ = OneLine(text);
+  FewInASecond& drawnAtOnce = std::exchange(isNew_, false) ? newBars_ : otherTexts_;
+  if (drawnAtOnce.IsOneOfThem()) {
+    line_->ShowAtOnce(text_, ranges_.Share());
+  } else {
+    line_->Show(text_, ranges_.Share());
+  }
 }
 
-bool ConsoleProgress::PushSubRange(float /*from*/, float /*to*/) { return !Interrupted(); }
+bool ConsoleProgress::PushSubRange(float from, float to) {
+  ranges_.Push(from, to);
+  line_->Show(text_, ranges_.Share());
+  return !Interrupted();
+}
 
-bool ConsoleProgress::PopSubRange() { return !Interrupted(); }
+bool ConsoleProgress::PopSubRange() {
+  ranges_.Pop();
+  return !Interrupted();
+}
 
-bool ConsoleProgress::IsBreakPressed() { return Interrupted(); }
+/// Some steps say nothing but poll, and soon after their text is set, before it could be seen.
+bool ConsoleProgress::IsBreakPressed() {
+  if (++polls_ % kPollsPerLook == 0) line_->Show(text_, ranges_.Share());
+  return Interrupted();
+}
 
 bool ConsoleProgress::NextSpin() { return !Interrupted(); }
 

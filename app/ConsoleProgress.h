@@ -1,8 +1,10 @@
 #pragma once
 
 #include <chrono>
+#include <memory>
 #include <string>
 
+#include "app/NestedRanges.h"
 #include "kalmia/support/NCProgress.h"
 
 namespace kalmia::app {
@@ -28,17 +30,22 @@ class ProgressLine {
   std::chrono::steady_clock::time_point lastDrawn_;
 };
 
-/// The command's side of the library's progress objects: draws their bars on the line and hands Ctrl-C to the
-/// calculation. While a component is fitted, a stop is the answer that the calculation asks for. A cross-validation
-/// asks for none, or passes it over: it is left by a Failure (Stopped) thrown from its next call.
+/// The first few in each second: a text a millisecond would keep a slow terminal busy.
+class FewInASecond {
+ public:
+  bool IsOneOfThem();
+
+ private:
+  int count_ = 0;
+  std::chrono::steady_clock::time_point begin_;  ///< of the second
+};
+
+/// The command's side of the library's progress objects: draws them on the line, ranges within ranges as one bar that
+/// never goes back. A new range of the outermost level begins a new bar. The first texts of new bars in a second, and the
+/// first others, are drawn at once. After Ctrl-C the answer to all that is said or asked is to stop.
 class ConsoleProgress : public NCProgress::Sink {
  public:
   explicit ConsoleProgress(ProgressLine* line) : line_(line) {}
-
-  void BeginFit(int component);
-  void BeginFit(const std::string& label);
-  /// `steps` are the texts that the cross-validation sets.
-  void BeginRounds(int component, int steps);
 
   void SetRange(float from, float to) override;
   bool SetValue(float value) override;
@@ -51,11 +58,26 @@ class ConsoleProgress : public NCProgress::Sink {
 
  private:
   ProgressLine* line_;
-  std::string label_;
-  float from_ = 0.0F;
-  float to_ = 1.0F;
-  int steps_ = 0;  ///< of the cross-validation under way; 0 while a component is fitted
-  int stepsBegun_ = 0;
+  std::string text_;
+  NestedRanges ranges_;
+  unsigned polls_ = 0;
+  bool isNew_ = true;  ///< a bar without a text of its own yet
+  FewInASecond newBars_;
+  FewInASecond otherTexts_;
+};
+
+/// A bar on the terminal, as a command hands it to its work.
+class TerminalBar {
+ public:
+  TerminalBar() : bar_(std::make_unique<ConsoleProgress>(&line_)) {}
+  TerminalBar(const TerminalBar&) = delete;
+  TerminalBar& operator=(const TerminalBar&) = delete;
+
+  NCProgress* Get() { return &bar_; }
+
+ private:
+  ProgressLine line_;
+  NCProgress bar_;
 };
 
 }  // namespace kalmia::app

@@ -1,4 +1,5 @@
 #include "app/Commands.h"
+#include "app/ConsoleProgress.h"
 #include "app/CsvTable.h"
 #include "app/FillOutcome.h"
 #include "app/FillReport.h"
@@ -13,9 +14,10 @@ std::string RunCommand(const FillOptions& options, Notes* notes) {
   if (options.report) notes->Add("--report is called --check now");
   const CsvTable table = ReadTable(options.table, options.reading);
   NoteDecimalsThatGiveWay(options.csvMarks, table, notes);
-  const FillOutcome outcome = ComputeFill(table, options, notes);
+  TerminalBar bar;
+  const FillOutcome outcome = ComputeFill(table, options, notes, bar.Get());
   OutputFiles files;
-  files.Stage(options.out, FilledText(table, outcome, options, notes));
+  files.Stage(options.out, FilledText(table, outcome, options, notes, bar.Get()));
   files.Commit();
   return options.json ? FillJson(table, outcome, options.out, *notes) : FillText(table, outcome, options);
 }

@@ -3,14 +3,12 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdint>
-#include <memory>
 #include <utility>
 #include <vector>
 
-#include "app/ConsoleProgress.h"
 #include "app/DisplayText.h"
-#include "app/Interrupt.h"
 #include "app/Scaling.h"
+#include "app/WorkProgress.h"
 #include "kalmia/containers/Missing.h"
 #include "kalmia/pcapls/NCPCA.h"
 #include "kalmia/support/NCError.h"
@@ -67,13 +65,8 @@ float Estimate(const NCPCA& model, const std::vector<double>& shares, double mea
 
 class Filling {
  public:
-  Filling(const NCDataMatrix<float>& table, FillModel* model)
-      : table_(table),
-        filled_(table),
-        holes_(HolesOf(table)),
-        sink_(new ConsoleProgress(&line_)),
-        progress_(std::unique_ptr<NCProgress::Sink>(sink_)),
-        model_(model) {}
+  Filling(const NCDataMatrix<float>& table, FillModel* model, NCProgress* progress)
+      : table_(table), filled_(table), holes_(HolesOf(table)), progress_(progress), model_(model) {}
 
   NCDataMatrix<float> Run(int components) {
     EstimateFromPresentCells(components);
@@ -100,12 +93,11 @@ class Filling {
 
   /// False if the model has no further component.
   bool Extract(NCPCA* model, const NCDataVector<float>* start, const std::string& label) {
-    StopIfInterrupted();
-    sink_->BeginFit(label);
+    progress_.Begin(label);
     try {
-      return model->NextComponent(&progress_, nullptr, 0, start);
+      return model->NextComponent(progress_.Bar(), nullptr, 0, start);
     } catch (const NCError& error) {
-      StopIfInterrupted();
+      progress_.Ask();
       model_->endedEarly = OneLine(static_cast<const char*>(error.GetMessage()));
       return false;
     }
@@ -163,9 +155,7 @@ class Filling {
   NCDataMatrix<float> filled_;
   std::vector<Place> holes_;
   std::vector<NCDataVector<float>> scores_;  ///< of the components of the last round
-  ProgressLine line_;
-  ConsoleProgress* sink_;  ///< owned by progress_
-  NCProgress progress_;
+  WorkProgress progress_;
   FillModel* model_;
 };
 
@@ -177,8 +167,9 @@ int MostFillComponents(const NCDataMatrix<float>& table) {
   return std::max(std::min(table.SizeRows(), table.SizeColumns()) - 1, 0);
 }
 
-NCDataMatrix<float> FillScaled(const NCDataMatrix<float>& table, int components, FillModel* model) {
-  return Filling(table, model).Run(components);
+NCDataMatrix<float> FillScaled(const NCDataMatrix<float>& table, int components, FillModel* model,
+                               NCProgress* progress) {
+  return Filling(table, model, progress).Run(components);
 }
 
 }  // namespace kalmia::app

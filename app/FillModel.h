@@ -3,6 +3,7 @@
 #include <string>
 
 #include "kalmia/containers/NCDataMatrix.h"
+#include "kalmia/support/NCProgress.h"
 
 namespace kalmia::app {
 
@@ -32,10 +33,11 @@ int MostFillComponents(const NCDataMatrix<float>& table);
 ///   v = SS(residuals) / max(1, (N - 1 - A) (K - A) - number of holes)
 /// for N rows and K columns: a component is shrunk by what noise of variance v contributes to it. Unshrunk, the filled
 /// cells make the noise that they have taken up look like structure in the next round. With A = 0 the cells become 0,
-/// the mean. `components` is A, cut to MostFillComponents. Shows a bar on a terminal. Throws Failure (Stopped) on
-/// Ctrl-C.
+/// the mean. `components` is A, cut to MostFillComponents. `progress` may be null. Throws Failure (Stopped) where
+/// the bar wants to stop.
 /// Source: Josse & Husson (2012), Journal de la Societe Francaise de Statistique 153, 79-99, but for the degrees of
 /// freedom, from which the holes are taken here.
-NCDataMatrix<float> FillScaled(const NCDataMatrix<float>& table, int components, FillModel* model);
+NCDataMatrix<float> FillScaled(const NCDataMatrix<float>& table, int components, FillModel* model,
+                               NCProgress* progress = nullptr);
 
 }  // namespace kalmia::app

@@ -26,14 +26,16 @@ constexpr std::size_t kNamed = 10;  ///< a note names so many columns, and count
 /// Works from the table to the outcome.
 class Computation {
  public:
-  Computation(const CsvTable& table, const FillOptions& options, Notes* notes)
-      : table_(table), options_(options), notes_(notes) {}
+  Computation(const CsvTable& table, const FillOptions& options, Notes* notes, NCProgress* progress)
+      : table_(table), options_(options), notes_(notes), progress_(progress) {}
 
   FillOutcome Compute() {
     ReadColumns();
-    if (!options_.components && columns_.cells.GetNumMisVal() > 0) outcome_.choice = ChooseComponents(columns_);
-    outcome_.filled = FillColumns(columns_, options_.components.value_or(outcome_.choice.components));
-    if (options_.check || options_.report) outcome_.trial = TryFilling(columns_, options_.components);
+    if (!options_.components && columns_.cells.GetNumMisVal() > 0) {
+      outcome_.choice = ChooseComponents(columns_, progress_);
+    }
+    outcome_.filled = FillColumns(columns_, options_.components.value_or(outcome_.choice.components), progress_);
+    if (options_.check || options_.report) outcome_.trial = TryFilling(columns_, options_.components, progress_);
     CountFilled();
     NoteWhatWasDone();
     return std::move(outcome_);
@@ -113,6 +115,7 @@ class Computation {
   const CsvTable& table_;
   const FillOptions& options_;
   Notes* notes_;
+  NCProgress* progress_;
   NumberColumns columns_;
   std::vector<std::string> rowNames_;
   FillOutcome outcome_;
@@ -120,11 +123,12 @@ class Computation {
 
 }  // namespace
 
-FillOutcome ComputeFill(const CsvTable& table, const FillOptions& options, Notes* notes) {
-  return Computation(table, options, notes).Compute();
+FillOutcome ComputeFill(const CsvTable& table, const FillOptions& options, Notes* notes, NCProgress* progress) {
+  return Computation(table, options, notes, progress).Compute();
 }
 
-std::string FilledText(const CsvTable& table, const FillOutcome& outcome, const FillOptions& options, Notes* notes) {
+std::string FilledText(const CsvTable& table, const FillOutcome& outcome, const FillOptions& options, Notes* notes,
+                       NCProgress* progress) {
   std::vector<int> matrixColumn(static_cast<std::size_t>(table.Columns()), 0);  // from 1; 0: not filled
   for (std::size_t c = 0; c < outcome.columns.size(); ++c) {
     matrixColumn[static_cast<std::size_t>(outcome.columns[c])] = static_cast<int>(c) + 1;
@@ -138,7 +142,7 @@ std::string FilledText(const CsvTable& table, const FillOutcome& outcome, const 
     ++replaced;
     return cell;
   };
-  std::string filled = WithNewCells(table, options.id, options.csvMarks, filledCell, notes);
+  std::string filled = WithNewCells(table, options.id, options.csvMarks, filledCell, notes, progress);
   if (replaced != outcome.filledCells) throw std::logic_error("fields are not where the table has them");
   return filled;
 }

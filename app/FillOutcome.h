@@ -32,11 +32,12 @@ struct FillOutcome {
   std::optional<FillTrial> trial;
 };
 
-/// Fills the columns of numbers. Throws Failure (BadData): a column that does not exist, a cell that is no number, no
-/// column of numbers; and as FillColumns.
-FillOutcome ComputeFill(const CsvTable& table, const FillOptions& options, Notes* notes);
+/// Fills the columns of numbers. Here as below `progress` may be null. Throws Failure (BadData): a column that does not
+/// exist, a cell that is no number, no column of numbers; and as FillColumns.
+FillOutcome ComputeFill(const CsvTable& table, const FillOptions& options, Notes* notes, NCProgress* progress);
 
 /// The text of the table with the filled cells in it, as WithNewCells writes it, with its note.
-std::string FilledText(const CsvTable& table, const FillOutcome& outcome, const FillOptions& options, Notes* notes);
+std::string FilledText(const CsvTable& table, const FillOutcome& outcome, const FillOptions& options, Notes* notes,
+                       NCProgress* progress);
 
 }  // namespace kalmia::app

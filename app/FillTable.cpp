@@ -81,7 +81,7 @@ bool IsConstant(const NCDataMatrix<float>& cells, int column) {
   return smallest == largest;
 }
 
-FilledColumns FillColumns(const NumberColumns& columns, int components) {
+FilledColumns FillColumns(const NumberColumns& columns, int components, NCProgress* progress) {
   FilledColumns filled;
   filled.cells = columns.cells;
   if (columns.cells.GetNumMisVal() == 0) return filled;
@@ -96,7 +96,7 @@ FilledColumns FillColumns(const NumberColumns& columns, int components) {
   for (const int c : modelled.columns) names.push_back(columns.names[static_cast<std::size_t>(c) - 1]);
   NCDataMatrix<float> scaled = Part(columns.cells, modelled);
   const auto scale = ScaleColumns(NCScale::ScalingUnitVariance, names, &scaled);
-  TakeBack(FillScaled(scaled, components, &filled.model), *scale, modelled, &filled.cells);
+  TakeBack(FillScaled(scaled, components, &filled.model, progress), *scale, modelled, &filled.cells);
   return filled;
 }
 

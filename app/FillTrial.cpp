@@ -121,11 +121,12 @@ std::vector<Hidden> TrialsOfChoice(const NumberColumns& columns) {
 
 /// The root mean square error of all trials with so many components; nothing where some have fewer, or where no hidden
 /// cell could be filled.
-std::optional<double> ErrorWith(const NumberColumns& columns, const std::vector<Hidden>& trials, int components) {
+std::optional<double> ErrorWith(const NumberColumns& columns, const std::vector<Hidden>& trials, int components,
+                                NCProgress* progress) {
   double squares = 0.0;
   int cells = 0;
   for (const Hidden& hidden : trials) {
-    const FilledColumns filled = FillColumns(hidden.rest, components);
+    const FilledColumns filled = FillColumns(hidden.rest, components, progress);
     if (filled.model.components < components) return std::nullopt;
     const FillError error = Compare(columns, hidden, filled).all;
     squares += error.filled * error.filled * error.cells;
@@ -137,14 +138,14 @@ std::optional<double> ErrorWith(const NumberColumns& columns, const std::vector<
 
 }  // namespace
 
-FillChoice ChooseComponents(const NumberColumns& columns) {
+FillChoice ChooseComponents(const NumberColumns& columns, NCProgress* progress) {
   FillChoice choice;
   const std::vector<Hidden> trials = TrialsOfChoice(columns);
   if (trials.empty()) return choice;
   choice.trials = static_cast<int>(trials.size());
   for (const Hidden& hidden : trials) choice.hiddenCells += static_cast<int>(hidden.places.size());
   for (int components = 0; components <= kMostComponents; ++components) {
-    const std::optional<double> error = ErrorWith(columns, trials, components);
+    const std::optional<double> error = ErrorWith(columns, trials, components, progress);
     if (!error) break;
     choice.errors.push_back(*error);
     if (*error < kSmaller * choice.errors[static_cast<std::size_t>(choice.components)]) choice.components = components;
@@ -153,10 +154,11 @@ FillChoice ChooseComponents(const NumberColumns& columns) {
   return choice;
 }
 
-FillTrial TryFilling(const NumberColumns& columns, const std::optional<int>& components) {
+FillTrial TryFilling(const NumberColumns& columns, const std::optional<int>& components, NCProgress* progress) {
   const Hidden hidden = Hide(columns, kSeedOfReport);
-  const FillChoice choice = components ? FillChoice{} : ChooseComponents(hidden.rest);
-  FillTrial trial = Compare(columns, hidden, FillColumns(hidden.rest, components.value_or(choice.components)));
+  const FillChoice choice = components ? FillChoice{} : ChooseComponents(hidden.rest, progress);
+  FillTrial trial =
+      Compare(columns, hidden, FillColumns(hidden.rest, components.value_or(choice.components), progress));
   trial.choice = choice;
   return trial;
 }

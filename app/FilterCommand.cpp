@@ -2,6 +2,7 @@
 #include <utility>
 
 #include "app/Commands.h"
+#include "app/ConsoleProgress.h"
 #include "app/CsvTable.h"
 #include "app/Failure.h"
 #include "app/FilterOutcome.h"
@@ -33,11 +34,11 @@ StoredFilter ReadFilter(const std::string& file) {
   return std::move(*filter);
 }
 
-FilterOutcome Compute(const CsvTable& table, const FilterOptions& options, Notes* notes) {
-  if (options.model.empty()) return MakeFilter(table, options, notes);
+FilterOutcome Compute(const CsvTable& table, const FilterOptions& options, Notes* notes, NCProgress* progress) {
+  if (options.model.empty()) return MakeFilter(table, options, notes, progress);
   FilterOutcome outcome;
   outcome.filter = ReadFilter(options.model);
-  outcome.filtered = ApplyFilter(outcome.filter, table, notes);
+  outcome.filtered = ApplyFilter(outcome.filter, table, notes, progress);
   return outcome;
 }
 
@@ -47,9 +48,10 @@ std::string RunCommand(const FilterOptions& options, Notes* notes) {
   CheckFiles(options);
   const CsvTable table = ReadTable(options.table, options.reading);
   NoteDecimalsThatGiveWay(options.csvMarks, table, notes);
-  const FilterOutcome outcome = Compute(table, options, notes);
+  TerminalBar bar;
+  const FilterOutcome outcome = Compute(table, options, notes, bar.Get());
   OutputFiles files;
-  files.Stage(options.out, FilteredText(table, outcome, options, notes));
+  files.Stage(options.out, FilteredText(table, outcome, options, notes, bar.Get()));
   if (!options.save.empty()) files.Stage(options.save, ModelFileBytes(outcome.filter));
   files.Commit();
   return options.json ? FilterJson(table, outcome, options, *notes) : FilterText(table, outcome, options);

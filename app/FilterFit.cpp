@@ -4,7 +4,7 @@
 
 #include "app/DisplayText.h"
 #include "app/Failure.h"
-#include "app/StageProgress.h"
+#include "app/WorkProgress.h"
 #include "kalmia/support/NCError.h"
 
 namespace kalmia::app {
@@ -17,8 +17,8 @@ bool HasScores(const NCDataVector<float>& scores, const NCDataMatrix<float>& x) 
 }
 
 /// One more component; throws NCError where there is none.
-void AddComponent(const NCDataMatrix<float>& x, NCYOrthogonalPLS* filter) {
-  filter->NextComponent(/*showProgress=*/false);
+void AddComponent(const NCDataMatrix<float>& x, NCYOrthogonalPLS* filter, NCProgress* bar) {
+  filter->NextComponent(bar);
   if (HasScores((*filter->GetTprim())[filter->GetComponents()], x)) return;
   filter->RemoveComponent();
   throw NCError(kNothingLeft);
@@ -26,16 +26,15 @@ void AddComponent(const NCDataMatrix<float>& x, NCYOrthogonalPLS* filter) {
 
 }  // namespace
 
-FilterFit FitFilter(const NCDataMatrix<float>& x, const NCDataMatrix<float>& y, int components) {
-  const StoppableBars bars;
-  ProgressLine line;
+FilterFit FitFilter(const NCDataMatrix<float>& x, const NCDataMatrix<float>& y, int components, NCProgress* progress) {
+  WorkProgress work(progress);
   FilterFit fit;
   double removed = 0.0;
   try {
     fit.filter = std::make_unique<NCYOrthogonalPLS>(&x, &y, kMaxIterations, /*maxPLSComponents=*/0);
     for (int a = 1; a <= components; ++a) {
-      line.ShowAtOnce("component " + std::to_string(a), static_cast<double>(a - 1) / components);
-      AddComponent(x, fit.filter.get());
+      work.Begin(ComponentText(a), static_cast<double>(a - 1) / components);
+      AddComponent(x, fit.filter.get(), work.SilentBar());
       FilterComponentRecord record;
       record.r2xCum = DescribedShare(x, *fit.filter->GetXResiduals());
       record.r2x = record.r2xCum - removed;

@@ -54,11 +54,11 @@ float InUnitsOfTheTable(const StoredFilter& filter, float scaled, int column) {
 
 }  // namespace
 
-FilterOutcome MakeFilter(const CsvTable& table, const FilterOptions& options, Notes* notes) {
+FilterOutcome MakeFilter(const CsvTable& table, const FilterOptions& options, Notes* notes, NCProgress* progress) {
   FilterOutcome made;
   FitOptions selection = options;
   selection.groups = kFewestGroups;
-  ModelData data = SelectData(table, selection, options.y, notes);
+  ModelData data = SelectData(table, selection, options.y, notes, progress);
   LeaveOutRowsWithoutY(&data, notes);
   StoredFilter& filter = made.filter;
   FillFrame(table, options, data, &filter);
@@ -69,17 +69,17 @@ FilterOutcome MakeFilter(const CsvTable& table, const FilterOptions& options, No
   filter.xScale = ScaleColumns(options.scaling, data.xNames, &x);
   ScaleColumns(ScalingOfY(options.scaling), data.yNames, &y);
   const int most = MostComponents(data, options.components, notes);
-  FilterFit fit = FitOrNameLeftOut(data, [&] { return FitFilter(x, y, most); });
+  FilterFit fit = FitOrNameLeftOut(data, [&] { return FitFilter(x, y, most, progress); });
   filter.filter = std::move(fit.filter);
   filter.components = std::move(fit.components);
   made.endedEarly = std::move(fit.endedEarly);
   Notes said;  // by the selection of the data already
-  made.filtered = ApplyFilter(filter, table, &said);
+  made.filtered = ApplyFilter(filter, table, &said, progress);
   return made;
 }
 
-FilteredTable ApplyFilter(const StoredFilter& filter, const CsvTable& table, Notes* notes) {
-  NewRows rows = ReadNewRows(filter, table, "", notes);
+FilteredTable ApplyFilter(const StoredFilter& filter, const CsvTable& table, Notes* notes, NCProgress* progress) {
+  NewRows rows = ReadNewRows(filter, table, "", notes, progress);
   NoteMovedCells(rows.moved, notes);
   FilteredTable filtered;
   filtered.missingColumns = std::move(rows.missingColumns);
@@ -106,7 +106,8 @@ FilteredTable ApplyFilter(const StoredFilter& filter, const CsvTable& table, Not
   return filtered;
 }
 
-std::string FilteredText(const CsvTable& table, const FilterOutcome& outcome, const FilterOptions& options, Notes* notes) {
+std::string FilteredText(const CsvTable& table, const FilterOutcome& outcome, const FilterOptions& options,
+                         Notes* notes, NCProgress* progress) {
   const StoredFilter& filter = outcome.filter;
   const FilteredTable& filtered = outcome.filtered;
   std::vector<int> matrixColumn(static_cast<std::size_t>(table.Columns()), 0);  // from 1; 0: not filtered
@@ -119,7 +120,7 @@ std::string FilteredText(const CsvTable& table, const FilterOutcome& outcome, co
     if (place == 0 || filtered.cells[row + 1][place] == kMissingCell) return std::nullopt;
     return filtered.cells[row + 1][place];
   };
-  return WithNewCells(table, filter.idColumn, options.csvMarks, filteredCell, notes);
+  return WithNewCells(table, filter.idColumn, options.csvMarks, filteredCell, notes, progress);
 }
 
 }  // namespace kalmia::app

@@ -8,6 +8,7 @@
 #include "app/Options.h"
 #include "app/StoredModel.h"
 #include "kalmia/containers/NCDataMatrix.h"
+#include "kalmia/support/NCProgress.h"
 
 namespace kalmia::app {
 
@@ -26,17 +27,18 @@ struct FilterOutcome {
 };
 
 /// Makes the filter that the options ask for, and applies it. Rows without any X cell, or without any Y cell, take no
-/// part in the fit, with a note; they are filtered like the others. Throws Failure as SelectData, FitFilter and
-/// ApplyFilter do.
-FilterOutcome MakeFilter(const CsvTable& table, const FilterOptions& options, Notes* notes);
+/// part in the fit, with a note; they are filtered like the others. Here as below `progress` may be null. Throws Failure
+/// as SelectData, FitFilter and ApplyFilter do.
+FilterOutcome MakeFilter(const CsvTable& table, const FilterOptions& options, Notes* notes, NCProgress* progress);
 
 /// Filters the rows of a table, whose columns are matched by name. The table that a filter was made of comes out as it
 /// does with the stored filter, to the bit. A missing cell stays missing.
 /// Throws Failure (BadData) as ReadNewRows, and where the numbers overflow.
-FilteredTable ApplyFilter(const StoredFilter& filter, const CsvTable& table, Notes* notes);
+FilteredTable ApplyFilter(const StoredFilter& filter, const CsvTable& table, Notes* notes, NCProgress* progress);
 
 /// The text of the table with the filtered cells in it, as WithNewCells writes it, with its note; a missing cell stays as
 /// it is.
-std::string FilteredText(const CsvTable& table, const FilterOutcome& outcome, const FilterOptions& options, Notes* notes);
+std::string FilteredText(const CsvTable& table, const FilterOutcome& outcome, const FilterOptions& options,
+                         Notes* notes, NCProgress* progress);
 
 }  // namespace kalmia::app

@@ -2,10 +2,10 @@
 
 #include <filesystem>
 
-#include "app/ConsoleProgress.h"
 #include "app/DisplayText.h"
 #include "app/OutputFiles.h"
 #include "app/OutputPlaces.h"
+#include "app/WorkProgress.h"
 
 namespace kalmia::app {
 
@@ -21,11 +21,10 @@ void CheckFitPlaces(const FitOptions& options, const std::vector<std::string>& c
 }
 
 FitFiles WriteFitFiles(const FitOptions& options, const std::function<std::string()>& modelBytes,
-                       const std::function<std::vector<CsvFile>()>& csvFiles,
+                       const std::function<std::vector<CsvFile>()>& csvFiles, NCProgress* progress,
                        const CrossValidationOutput& crossValidation) {
   FitFiles written;
-  ProgressLine line;
-  line.ShowAtOnce("writing the results", 0.0);
+  WorkProgress(progress).Begin("writing the results");
   OutputFiles files;
   if (!options.csvFolder.empty()) files.MakeFolder(options.csvFolder);  // first: the model may be to lie in it
   if (!options.save.empty()) {

@@ -6,6 +6,7 @@
 
 #include "app/CsvText.h"
 #include "app/Options.h"
+#include "kalmia/support/NCProgress.h"
 
 namespace kalmia::app {
 
@@ -28,9 +29,9 @@ void CheckFitPlaces(const FitOptions& options, const std::vector<std::string>& c
                     const std::string& saveCv = "");
 
 /// Writes the stored model, the cross-validation and the CSV files that the options ask for, all of them or, with a
-/// Failure (Files), none.
+/// Failure (Files), none. `progress` may be null.
 FitFiles WriteFitFiles(const FitOptions& options, const std::function<std::string()>& modelBytes,
-                       const std::function<std::vector<CsvFile>()>& csvFiles,
+                       const std::function<std::vector<CsvFile>()>& csvFiles, NCProgress* progress,
                        const CrossValidationOutput& crossValidation = {});
 
 /// "Saved the model as ...", "Wrote 11 files into ...", each after an empty line; empty where nothing was written.

@@ -30,6 +30,8 @@ class SumsOfSquares {
 
 }  // namespace
 
+std::string ComponentText(int component) { return "component " + std::to_string(component); }
+
 std::string ReasonToEnd(const FitRules& rules, int component, const std::string& reason, const std::string& whose) {
   if (component > 1) return reason;
   const std::string hint = " (or " + whose + " numbers are too small; try --scale uv)";

@@ -1,12 +1,9 @@
 #pragma once
 
-#include <memory>
 #include <string>
 
-#include "app/ConsoleProgress.h"
 #include "kalmia/containers/NCDataMatrix.h"
 #include "kalmia/containers/NCDataVector.h"
-#include "kalmia/support/NCProgress.h"
 
 namespace kalmia::app {
 
@@ -28,6 +25,9 @@ struct FitRules {
   bool unitVariance = true;  ///< of the columns: their numbers are not too small for the fit
 };
 
+/// "component 2", beside the bar.
+std::string ComponentText(int component);
+
 /// The reason why there is no component of that number, with a hint for the first one; `whose` numbers may be too
 /// small, "its" or "their". Throws Failure (BadData) where it is the first one and a number of components was asked
 /// for.
@@ -44,20 +44,5 @@ NCDataMatrix<float> WithoutLastRow(const NCDataMatrix<float>* prim);
 
 /// The sum of squares of each column.
 NCDataVector<float> ColumnSumsOfSquares(const NCDataMatrix<float>& table);
-
-/// The progress of a fit, on the terminal.
-class FitProgress {
- public:
-  FitProgress() : sink_(new ConsoleProgress(&line_)), progress_(std::unique_ptr<NCProgress::Sink>(sink_)) {}
-
-  void BeginFit(int component) { sink_->BeginFit(component); }
-  void BeginRounds(int component, int steps) { sink_->BeginRounds(component, steps); }
-  NCProgress* Get() { return &progress_; }
-
- private:
-  ProgressLine line_;
-  ConsoleProgress* sink_;  ///< owned by progress_
-  NCProgress progress_;
-};
 
 }  // namespace kalmia::app

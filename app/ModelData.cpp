@@ -33,8 +33,9 @@ std::string Named(const std::string& kind, const std::vector<std::string>& names
 /// Works from the columns of the table to the matrices.
 class Selection {
  public:
-  Selection(const CsvTable& table, const FitOptions& options, const std::vector<std::string>& y, Notes* notes)
-      : table_(table), options_(options), yArguments_(y), notes_(notes) {}
+  Selection(const CsvTable& table, const FitOptions& options, const std::vector<std::string>& y, Notes* notes,
+            NCProgress* progress)
+      : table_(table), options_(options), yArguments_(y), notes_(notes), progress_(progress) {}
 
   ModelData Select() {
     NameColumns();
@@ -102,7 +103,7 @@ class Selection {
   void Preprocess() {
     if (!options_.HasSteps()) return;
     const GivenSteps steps = ReadSteps(options_.steps, options_.stepsFile);
-    PreprocessedX made = PreprocessX(table_, idColumn_, steps, x_, data_.textColumns, notes_);
+    PreprocessedX made = PreprocessX(table_, idColumn_, steps, x_, data_.textColumns, notes_, progress_);
     data_.chain = std::move(made.chain);
     data_.emptyColumns = std::move(made.emptyColumns);
     x_ = std::move(made.columns);
@@ -205,6 +206,7 @@ class Selection {
   const FitOptions& options_;
   const std::vector<std::string>& yArguments_;
   Notes* notes_;
+  NCProgress* progress_;
   ModelData data_;
   std::vector<int> yColumns_;
   std::vector<int> excluded_;  ///< columns that X never takes
@@ -219,8 +221,8 @@ class Selection {
 }  // namespace
 
 ModelData SelectData(const CsvTable& table, const FitOptions& options, const std::vector<std::string>& y,
-                     Notes* notes) {
-  return Selection(table, options, y, notes).Select();
+                     Notes* notes, NCProgress* progress) {
+  return Selection(table, options, y, notes, progress).Select();
 }
 
 std::string LeftOutText(const ModelData& data) {

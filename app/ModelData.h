@@ -10,6 +10,7 @@
 #include "app/StepChain.h"
 #include "kalmia/containers/NCDataMatrix.h"
 #include "kalmia/containers/NCIntegralVector.h"
+#include "kalmia/support/NCProgress.h"
 
 namespace kalmia::app {
 
@@ -34,10 +35,11 @@ struct ModelData {
 /// Selects X, Y, names and groups from the table as the options say; `y` holds the arguments of --y, none for a model
 /// of X alone. Columns without numbers, constant and empty X columns, and rows without any X cell are left out, each
 /// kind with one note. With steps, constant and empty columns take part in them, and those that come out as such are
-/// left out. Throws Failure (Usage, Files) where the file of the steps is none, (BadData): a column that is not there;
-/// a Y of text, without values or without variance; no X column or no X cell left; X that the steps cannot take; a row
+/// left out. `progress`, which may be null, shows the steps. Throws Failure (Usage, Files) where the file of the steps
+/// is none, (BadData): a column that is not there; a Y of text, without values or without variance; no X column or no X cell left; X that the steps cannot take; a row
 /// without a group, fewer than two groups; a cell that is no number.
-ModelData SelectData(const CsvTable& table, const FitOptions& options, const std::vector<std::string>& y, Notes* notes);
+ModelData SelectData(const CsvTable& table, const FitOptions& options, const std::vector<std::string>& y, Notes* notes,
+                     NCProgress* progress);
 
 /// "constant columns: a, b; empty columns: c", what was left out of X for want of variance; empty if nothing was.
 std::string LeftOutText(const ModelData& data);

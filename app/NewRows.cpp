@@ -65,7 +65,7 @@ NCDataMatrix<float> RowsOf(const std::vector<SourceColumn>& source, int columns,
 
 /// The chain may take and make far more columns than the table or X have, so that rows go through it a block at a time.
 NCDataMatrix<float> Preprocessed(const ModelFrame& model, const CsvTable& table, int idColumn,
-                                 const std::vector<SourceColumn>& source) {
+                                 const std::vector<SourceColumn>& source, NCProgress* progress) {
   const auto columns = static_cast<int>(SourceNames(model).size());
   if (model.chain.Empty()) return RowsOf(source, columns, 0, table.Rows());
   const std::vector<std::string> places = RowPlaces(table, idColumn);
@@ -76,13 +76,14 @@ NCDataMatrix<float> Preprocessed(const ModelFrame& model, const CsvTable& table,
     const auto place = places.begin() + first;
     Signals signals{table.Name(), {place, place + count}, model.chain.inputNames, {},
                     RowsOf(source, columns, first, count)};
-    ApplyChain(model.chain, &signals);
+    ApplyChain(model.chain, &signals, progress);
     for (const NCDataVector<float>& row : PickColumns(signals, model.xNames)) x.push_back(row);
   }
   return x;
 }
 
-NewRows Read(const ModelFrame& model, const CsvTable& table, const std::string& id, Notes* notes) {
+NewRows Read(const ModelFrame& model, const CsvTable& table, const std::string& id, Notes* notes,
+             NCProgress* progress) {
   NewRows rows;
   const int idColumn = IdColumn(model, table, id);
   rows.names = RowNames(table, idColumn);
@@ -97,14 +98,15 @@ NewRows Read(const ModelFrame& model, const CsvTable& table, const std::string& 
   if (!rows.missingColumns.empty()) {
     notes->Add("taken as missing cells, not in the table: " + Listed(rows.missingColumns, kColumnsNamed));
   }
-  rows.x = Preprocessed(model, table, idColumn, source);
+  rows.x = Preprocessed(model, table, idColumn, source, progress);
   return rows;
 }
 
 }  // namespace
 
-NewRows ReadNewRows(const ModelFrame& model, const CsvTable& table, const std::string& id, Notes* notes) try {
-  return Read(model, table, id, notes);
+NewRows ReadNewRows(const ModelFrame& model, const CsvTable& table, const std::string& id, Notes* notes,
+                    NCProgress* progress) try {
+  return Read(model, table, id, notes, progress);
 } catch (const std::bad_alloc&) {
   Refuse(table, "there is not enough memory for " + Counted(static_cast<std::size_t>(table.Rows()), "row") +
                     " of the " + Counted(SourceNames(model).size(), "column") + " that the model takes");

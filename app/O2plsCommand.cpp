@@ -2,6 +2,7 @@
 #include <vector>
 
 #include "app/Commands.h"
+#include "app/ConsoleProgress.h"
 #include "app/CsvTable.h"
 #include "app/FitFiles.h"
 #include "app/ModelFile.h"
@@ -27,12 +28,13 @@ std::string RunCommand(const O2plsOptions& options, Notes* notes) {
   CheckFiles(options);
   const CsvTable xTable = ReadTable(options.table, options.reading);
   const CsvTable yTable = ReadTable(options.yTable, options.reading);
-  const O2plsOutcome outcome = ComputeO2pls(xTable, yTable, options, notes);
+  TerminalBar bar;
+  const O2plsOutcome outcome = ComputeO2pls(xTable, yTable, options, notes, bar.Get());
   FitFiles files;
   if (outcome.AnyKept()) {
     files = WriteFitFiles(
         options, [&] { return ModelFileBytes(outcome.model); },
-        [&] { return O2plsCsvFiles(outcome, MarksOf(options.csvMarks)); });
+        [&] { return O2plsCsvFiles(outcome, MarksOf(options.csvMarks)); }, bar.Get());
   }
   return options.json ? O2plsJson(outcome, *notes, files) : O2plsText(outcome, files);
 }

@@ -3,14 +3,12 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
-#include <memory>
 
 #include "app/DisplayText.h"
 #include "app/Failure.h"
 #include "app/FitRules.h"
-#include "app/Interrupt.h"
 #include "app/Numbers.h"
-#include "app/StageProgress.h"
+#include "app/WorkProgress.h"
 #include "kalmia/o2pls/NCO2PLS.h"
 #include "kalmia/o2pls/O2PLSCrossValidation.h"
 #include "kalmia/support/NCError.h"
@@ -41,11 +39,8 @@ bool HasScores(const NCDataMatrix<float>& scores, const NCDataMatrix<float>& blo
 
 class Fitting {
  public:
-  Fitting(const O2plsTask& task, Notes* notes)
-      : task_(task),
-        notes_(notes),
-        sink_(new StageProgress(&line_)),
-        progress_(std::unique_ptr<NCProgress::Sink>(sink_)) {}
+  Fitting(const O2plsTask& task, Notes* notes, NCProgress* progress)
+      : task_(task), notes_(notes), progress_(progress) {}
 
   O2plsFit Run() {
     if (task_.numbers) {
@@ -86,11 +81,11 @@ class Fitting {
   /// The model of all rows. Throws NCO2PLSDimensionalityException where there are not so many unique components.
   void TryFit(const O2plsNumbers& numbers) {
     model_ = NCO2PLS(task_.x, task_.y, /*checkDimensions=*/true, kMaxIterations);
-    model_.Fit(numbers.joint, numbers.xUnique, numbers.yUnique);
+    model_.Fit(numbers.joint, numbers.xUnique, numbers.yUnique, progress_.SilentBar());
   }
 
   void Fit(const O2plsNumbers& numbers) {
-    sink_->Begin("fitting the model");
+    progress_.Begin("fitting the model");
     try {
       TryFit(numbers);
     } catch (const NCError& error) {
@@ -121,7 +116,7 @@ class Fitting {
     }
     O2plsNumbers numbers = {results_.PredictiveComponents, results_.XSideComponents, results_.YSideComponents};
     for (;;) {
-      sink_->Begin("fitting the model");
+      progress_.Begin("fitting the model");
       try {
         TryFit(numbers);
         break;
@@ -150,10 +145,11 @@ class Fitting {
   /// -1 in all numbers searches.
   void Validate(const O2plsNumbers& numbers) {
     NCIntegralVector<int, -99> groups = task_.groups;
-    sink_->Begin("cross-validation");
+    progress_.Begin("cross-validation");
     try {
-      results_ = O2PLSCrossValidation(&task_.x, &task_.y, task_.rounds, &progress_, &groups, kMaxIterations,
-                                      numbers.joint, numbers.xUnique, numbers.yUnique)
+      results_ = O2PLSCrossValidation(&task_.x, &task_.y, task_.rounds, progress_.Bar(), &groups,
+                                      kMaxIterations, numbers.joint, numbers.xUnique, numbers.yUnique,
+                                      progress_.SilentBar())
                      .GetResults();
     } catch (const NCError& error) {
       Refuse("cross-validation: " + TextOf(error));
@@ -245,10 +241,7 @@ class Fitting {
 
   const O2plsTask& task_;
   Notes* notes_;
-  StoppableBars bars_;
-  ProgressLine line_;
-  StageProgress* sink_;  ///< owned by progress_
-  NCProgress progress_;
+  WorkProgress progress_;
   NCO2PLS model_;
   O2PLSCVResults results_;
   O2plsFit fit_;
@@ -256,6 +249,8 @@ class Fitting {
 
 }  // namespace
 
-O2plsFit FitO2pls(const O2plsTask& task, Notes* notes) { return Fitting(task, notes).Run(); }
+O2plsFit FitO2pls(const O2plsTask& task, Notes* notes, NCProgress* progress) {
+  return Fitting(task, notes, progress).Run();
+}
 
 }  // namespace kalmia::app

@@ -9,6 +9,7 @@
 #include "app/StoredModel.h"
 #include "kalmia/containers/NCDataMatrix.h"
 #include "kalmia/containers/NCIntegralVector.h"
+#include "kalmia/support/NCProgress.h"
 
 namespace kalmia::app {
 
@@ -36,9 +37,10 @@ struct O2plsFit {
 
 /// Cross-validates the numbers of components, or finds them, and fits the model to all rows. Numbers that are found
 /// are cut, with a note, where the whole blocks have fewer dimensions that are unrelated to the other block, or a round
-/// has fewer at all; given ones are not judged there. Shows the stages on a terminal.
-/// Throws Failure (Stopped) on Ctrl-C, (BadData) for numbers that the blocks cannot carry, or where nothing can be
-/// computed.
-O2plsFit FitO2pls(const O2plsTask& task, Notes* notes);
+/// has fewer at all; given ones are not judged there. `progress`, which may be null, shows
+/// the stages.
+/// Throws Failure (Stopped) where the bar wants to stop, (BadData) for numbers that the blocks cannot carry, or where
+/// nothing can be computed.
+O2plsFit FitO2pls(const O2plsTask& task, Notes* notes, NCProgress* progress = nullptr);
 
 }  // namespace kalmia::app

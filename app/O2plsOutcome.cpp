@@ -6,8 +6,8 @@
 #include "app/Failure.h"
 #include "app/FitRules.h"
 #include "app/Scaling.h"
-#include "app/StageProgress.h"
 #include "app/Version.h"
+#include "app/WorkProgress.h"
 #include "kalmia/o2pls/NCO2PLSPred.h"
 #include "kalmia/o2pls/PLSMissingValueEstimator.h"
 #include "kalmia/support/NCError.h"
@@ -29,15 +29,14 @@ void FillFrame(const O2plsOptions& options, const BlockPair& data, StoredO2pls* 
 }
 
 /// Estimates the missing cells of the scaled blocks, each from the other.
-void FillHoles(O2plsTask* task, O2plsOutcome* outcome, Notes* notes) {
+void FillHoles(O2plsTask* task, O2plsOutcome* outcome, Notes* notes, NCProgress* progress) {
   outcome->filledX = task->x.GetNumMisVal();
   outcome->filledY = task->y.GetNumMisVal();
   if (outcome->filledX + outcome->filledY == 0) return;
-  ProgressLine line;
-  line.Show("estimating missing cells", 0.0);
-  const StoppableBars bars;
+  WorkProgress work(progress);
+  work.Begin("estimating missing cells");
   try {
-    PLSMissingValueEstimator(task->x, task->y, /*both=*/true);
+    PLSMissingValueEstimator(task->x, task->y, /*both=*/true, work.SilentBar());
   } catch (const NCError& error) {
     throw Failure(ExitCode::BadData, "the missing cells cannot be estimated: " +
                                          OneLine(static_cast<const char*>(error.GetMessage())));
@@ -49,7 +48,7 @@ void FillHoles(O2plsTask* task, O2plsOutcome* outcome, Notes* notes) {
 }
 
 /// What the predictions in both directions describe of the scaled blocks.
-void JudgePredictions(const O2plsTask& task, O2plsOutcome* outcome) {
+void JudgePredictions(const O2plsTask& task, O2plsOutcome* outcome, NCProgress* progress) {
   StoredO2pls& model = outcome->model;
   const O2plsMatrices& o2pls = model.o2pls;
   const NCDataMatrix<float> y = NCO2PLSYPred(task.x, o2pls.p, o2pls.w, o2pls.q, o2pls.wo, o2pls.po, o2pls.s,
@@ -60,17 +59,18 @@ void JudgePredictions(const O2plsTask& task, O2plsOutcome* outcome) {
                                     .GetXPred();
   outcome->r2y = DescribedShare(task.y, task.y - y);
   outcome->r2x = DescribedShare(task.x, task.x - x);
-  outcome->fittedY = PredictRows(model, outcome->data.x.cells);
+  outcome->fittedY = PredictRows(model, outcome->data.x.cells, progress);
   model.pooledDeviation = PooledDeviationOf(outcome->fittedY, model.Components());
   TurnAround(&model);
-  outcome->fittedX = PredictRows(model, outcome->data.y.cells);
+  outcome->fittedX = PredictRows(model, outcome->data.y.cells, progress);
   model.pooledDeviation = PooledDeviationOf(outcome->fittedX, model.Components());
   TurnAround(&model);
 }
 
 }  // namespace
 
-O2plsOutcome ComputeO2pls(const CsvTable& xTable, const CsvTable& yTable, const O2plsOptions& options, Notes* notes) {
+O2plsOutcome ComputeO2pls(const CsvTable& xTable, const CsvTable& yTable, const O2plsOptions& options, Notes* notes,
+                          NCProgress* progress) {
   O2plsOutcome outcome;
   outcome.data = SelectBlocks(xTable, yTable, options, notes);
   O2plsTask task;
@@ -83,13 +83,13 @@ O2plsOutcome ComputeO2pls(const CsvTable& xTable, const CsvTable& yTable, const 
   FillFrame(options, outcome.data, &model);
   model.xScale = ScaleColumns(options.scaling, outcome.data.x.names, &task.x);
   model.yScale = ScaleColumns(options.scaling, outcome.data.y.names, &task.y);
-  FillHoles(&task, &outcome, notes);
-  O2plsFit fit = FitO2pls(task, notes);
+  FillHoles(&task, &outcome, notes, progress);
+  O2plsFit fit = FitO2pls(task, notes, progress);
   outcome.components = fit.components;
   for (const O2plsComponentRecord& record : fit.components)
     if (record.kept) model.components.push_back(record);
   model.o2pls = std::move(fit.model);
-  if (outcome.AnyKept()) JudgePredictions(task, &outcome);
+  if (outcome.AnyKept()) JudgePredictions(task, &outcome, progress);
   return outcome;
 }
 

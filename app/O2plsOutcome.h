@@ -8,6 +8,7 @@
 #include "app/Options.h"
 #include "app/Prediction.h"
 #include "app/StoredModel.h"
+#include "kalmia/support/NCProgress.h"
 
 namespace kalmia::app {
 
@@ -26,8 +27,10 @@ struct O2plsOutcome {
   bool AnyKept() const { return model.Joint() > 0; }
 };
 
-/// Fits the model that the options ask for and judges it. Adds notes about what was left out or filled.
+/// Fits the model that the options ask for and judges it. Adds notes about what was left out or filled. `progress` may be
+/// null.
 /// Throws Failure as SelectBlocks and FitO2pls do, and (BadData) where missing cells cannot be estimated.
-O2plsOutcome ComputeO2pls(const CsvTable& xTable, const CsvTable& yTable, const O2plsOptions& options, Notes* notes);
+O2plsOutcome ComputeO2pls(const CsvTable& xTable, const CsvTable& yTable, const O2plsOptions& options, Notes* notes,
+                          NCProgress* progress);
 
 }  // namespace kalmia::app

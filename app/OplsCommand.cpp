@@ -3,6 +3,7 @@
 #include <vector>
 
 #include "app/Commands.h"
+#include "app/ConsoleProgress.h"
 #include "app/CsvTable.h"
 #include "app/FitFiles.h"
 #include "app/InputFile.h"
@@ -34,10 +35,11 @@ std::string RunCommand(const OplsOptions& options, Notes* notes) {
   std::optional<StoredOplsCv> resumed;
   if (!options.resume.empty()) resumed = ReadOplsCvFile(ReadInput(options.resume), InputName(options.resume));
   const CsvTable table = ReadTable(options.table, options.reading);
-  const OplsOutcome outcome = ComputeOpls(table, options, resumed ? &*resumed : nullptr, notes);
+  TerminalBar bar;
+  const OplsOutcome outcome = ComputeOpls(table, options, resumed ? &*resumed : nullptr, notes, bar.Get());
   const FitFiles files = WriteFitFiles(
       options, [&] { return ModelFileBytes(outcome.model); },
-      [&] { return OplsCsvFiles(outcome, MarksOf(options.csvMarks)); },
+      [&] { return OplsCsvFiles(outcome, MarksOf(options.csvMarks)); }, bar.Get(),
       {options.saveCv, [&outcome] { return OplsCvFileBytes(outcome.validation); }});
   if (!files.csv.empty()) NoteNoDistances(outcome.model, outcome.model.Components(), notes);
   return options.json ? OplsJson(table, outcome, *notes, files) : OplsText(outcome, files);

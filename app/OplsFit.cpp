@@ -6,9 +6,8 @@
 #include "app/DisplayText.h"
 #include "app/Failure.h"
 #include "app/FileFrame.h"
-#include "app/Interrupt.h"
-#include "app/NestedProgress.h"
 #include "app/Numbers.h"
+#include "app/WorkProgress.h"
 #include "kalmia/opls/NCOPLS.h"
 #include "kalmia/opls/OPLSCrossValidation.h"
 #include "kalmia/support/NCError.h"
@@ -19,10 +18,9 @@ namespace {
 
 class Extraction {
  public:
-  explicit Extraction(const OplsTask& task)
+  Extraction(const OplsTask& task, NCProgress* progress)
       : task_(task),
-        sink_(new NestedProgress(&line_)),
-        progress_(std::unique_ptr<NCProgress::Sink>(sink_)),
+        progress_(progress),
         model_(&task.x, &task.y, task.predictive.value_or(0), kMaxIterations),
         xLeft_(task.x),
         yLeft_(task.y) {}
@@ -38,17 +36,15 @@ class Extraction {
  private:
   static constexpr auto kValidated = ": cross-validation";  ///< behind the component, beside the bar
 
-  static std::string ComponentText(int component) { return "component " + std::to_string(component); }
-
   /// Not with a component that cannot be computed, for there is no model then.
   void StartWithBlock() {
-    sink_->Begin(ComponentText(1));
+    progress_.Begin(ComponentText(1));
     try {
-      model_.NextComponent(&progress_);
+      model_.NextComponent(progress_.Bar());
       if (!HasScores(*model_.GetTprim())) throw NCError("X and Y have nothing in common");
       if (task_.resumed == nullptr) StartValidation();
     } catch (const NCError& error) {
-      StopIfInterrupted();
+      progress_.Ask();
       throw Failure(ExitCode::BadData, "no component can be computed: " + TextOf(error));
     }
     if (task_.resumed != nullptr) ResumeValidation();
@@ -58,10 +54,10 @@ class Extraction {
   }
 
   void StartValidation() {
-    sink_->Begin(ComponentText(1) + kValidated);
+    progress_.Begin(ComponentText(1) + kValidated);
     NCIntegralVector<int, -99> groups = task_.groups;
     validation_ = std::make_unique<OPLSCrossValidation>(&task_.x, &task_.y, model_.SizeComponents(), task_.rounds,
-                                                        &progress_, &groups);
+                                                        progress_.Bar(), &groups);
     fit_.validation.predictive = model_.SizeComponents();
     RememberStep();
   }
@@ -104,22 +100,22 @@ class Extraction {
 
   /// Whether the search goes on behind this component.
   bool AddOrthogonal() {
-    StopIfInterrupted();
+    progress_.Ask();
     const std::string text = ComponentText(model_.SizeComponents() + model_.SizeOrthogonalComponents() + 1);
-    sink_->Begin(text);
+    progress_.Begin(text);
     const NCOPLS before = model_;
     try {
-      model_.NextComponent(&progress_);
+      model_.NextComponent(progress_.Bar());
       const int newest = model_.SizeOrthogonalComponents();
       const NCDataVector<float>& t = (*model_.GetTOprim())[newest];
       if (!(t.GetSS() > kExhausted * task_.x.GetSS())) throw NCError(kNothingLeft);
       if (fit_.validation.steps.size() <= static_cast<std::size_t>(newest)) {
-        sink_->Begin(text + kValidated);
-        validation_->NextComponent(&progress_);
+        progress_.Begin(text + kValidated);
+        validation_->NextComponent(progress_.Bar());
         RememberStep();
       }
     } catch (const NCError& error) {
-      StopIfInterrupted();
+      progress_.Ask();
       fit_.endedEarly = TextOf(error);
       model_ = before;
       return false;
@@ -195,9 +191,7 @@ class Extraction {
   }
 
   const OplsTask& task_;
-  ProgressLine line_;
-  NestedProgress* sink_;  ///< owned by progress_
-  NCProgress progress_;
+  WorkProgress progress_;
   NCOPLS model_;
   std::unique_ptr<OPLSCrossValidation> validation_;
   NCDataMatrix<float> xLeft_, yLeft_;      ///< without the components so far
@@ -209,6 +203,6 @@ class Extraction {
 
 }  // namespace
 
-OplsFit FitOpls(const OplsTask& task) { return Extraction(task).Run(); }
+OplsFit FitOpls(const OplsTask& task, NCProgress* progress) { return Extraction(task, progress).Run(); }
 
 }  // namespace kalmia::app

@@ -10,6 +10,7 @@
 #include "app/StoredModel.h"
 #include "kalmia/containers/NCDataMatrix.h"
 #include "kalmia/containers/NCIntegralVector.h"
+#include "kalmia/support/NCProgress.h"
 
 namespace kalmia::app {
 
@@ -42,10 +43,9 @@ struct OplsFit {
 };
 
 /// Computes the predictive block, which is always kept, and orthogonal components one by one, and cross-validates each
-/// step. What `resumed` has judged already is taken from there, with the same result. Shows a progress bar on a
-/// terminal.
-/// Throws Failure (Stopped) on Ctrl-C, (BadData) where not even the block can be computed or where that of `resumed`
-/// has another size, (Files) where the parts of `resumed` do not fit together.
-OplsFit FitOpls(const OplsTask& task);
+/// step. What `resumed` has judged already is taken from there, with the same result. `progress` may be null.
+/// Throws Failure (Stopped) where the bar wants to stop, (BadData) where not even the block can be computed or where that
+/// of `resumed` has another size, (Files) where the parts of `resumed` do not fit together.
+OplsFit FitOpls(const OplsTask& task, NCProgress* progress = nullptr);
 
 }  // namespace kalmia::app

@@ -54,9 +54,10 @@ void CutComponents(const OplsOptions& options, const ModelData& data, OplsTask* 
 
 }  // namespace
 
-OplsOutcome ComputeOpls(const CsvTable& table, const OplsOptions& options, const StoredOplsCv* resumed, Notes* notes) {
+OplsOutcome ComputeOpls(const CsvTable& table, const OplsOptions& options, const StoredOplsCv* resumed, Notes* notes,
+                        NCProgress* progress) {
   OplsOutcome outcome;
-  outcome.data = SelectData(table, options, options.y, notes);
+  outcome.data = SelectData(table, options, options.y, notes, progress);
   if (resumed != nullptr) RequireSameTable(*resumed, outcome.data, options.scaling);
   RequireInEachRound(outcome.data, outcome.data.y, outcome.data.yNames, "Y", /*variance=*/true);
   RequireInEachRound(outcome.data, outcome.data.x, outcome.data.xNames, "X", /*variance=*/false);
@@ -73,7 +74,7 @@ OplsOutcome ComputeOpls(const CsvTable& table, const OplsOptions& options, const
   model.yNames = outcome.data.yNames;
   model.xScale = ScaleColumns(options.scaling, outcome.data.xNames, &task.x);
   model.yScale = ScaleColumns(ScalingOfY(options.scaling), outcome.data.yNames, &task.y);
-  OplsFit fit = FitOrNameLeftOut(outcome.data, [&task] { return FitOpls(task); });
+  OplsFit fit = FitOrNameLeftOut(outcome.data, [&] { return FitOpls(task, progress); });
   DescribeTable(outcome.data, options.scaling, &outcome.validation);
   outcome.validation.state = std::move(fit.validation);
   outcome.scaledX = task.x;
@@ -84,7 +85,7 @@ OplsOutcome ComputeOpls(const CsvTable& table, const OplsOptions& options, const
   if (!fit.components.back().kept) fit.components.pop_back();
   model.components = std::move(fit.components);
   model.opls = std::move(fit.model);
-  outcome.fitted = PredictRows(model, outcome.data.x);
+  outcome.fitted = PredictRows(model, outcome.data.x, progress);
   JudgeModel(outcome.data, outcome.fitted, model.Components(), fit.crossValidatedResiduals, &model);
   return outcome;
 }

@@ -10,6 +10,7 @@
 #include "app/OplsFit.h"
 #include "app/Prediction.h"
 #include "app/StoredModel.h"
+#include "kalmia/support/NCProgress.h"
 
 namespace kalmia::app {
 
@@ -27,10 +28,11 @@ struct OplsOutcome {
 };
 
 /// Fits the model that the options ask for and judges it, from `resumed` on unless that is null. Adds notes about what
-/// was cut.
+/// was cut. `progress` may be null.
 /// Throws Failure as SelectData and FitOpls do, and (BadData) where `resumed` was made of another table or with other
 /// groups or scaling, or where without the rows of a group a Y column has no value or no variance, or an X column no
 /// value.
-OplsOutcome ComputeOpls(const CsvTable& table, const OplsOptions& options, const StoredOplsCv* resumed, Notes* notes);
+OplsOutcome ComputeOpls(const CsvTable& table, const OplsOptions& options, const StoredOplsCv* resumed, Notes* notes,
+                        NCProgress* progress = nullptr);
 
 }  // namespace kalmia::app

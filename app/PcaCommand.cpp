@@ -1,4 +1,5 @@
 #include "app/Commands.h"
+#include "app/ConsoleProgress.h"
 #include "app/CsvTable.h"
 #include "app/FitFiles.h"
 #include "app/ModelFile.h"
@@ -12,12 +13,13 @@ namespace kalmia::app {
 std::string RunCommand(const PcaOptions& options, Notes* notes) {
   CheckFitPlaces(options, PcaCsvFileNames());
   const CsvTable table = ReadTable(options.table, options.reading);
-  const PcaOutcome outcome = ComputePca(table, options, notes);
+  TerminalBar bar;
+  const PcaOutcome outcome = ComputePca(table, options, notes, bar.Get());
   FitFiles files;
   if (outcome.AnyKept()) {
     files = WriteFitFiles(
         options, [&] { return ModelFileBytes(outcome.model); },
-        [&] { return PcaCsvFiles(outcome, MarksOf(options.csvMarks)); });
+        [&] { return PcaCsvFiles(outcome, MarksOf(options.csvMarks)); }, bar.Get());
     if (!files.csv.empty()) NoteNoDistances(outcome.model, outcome.model.Components(), notes);
   }
   return options.json ? PcaJson(table, outcome, *notes, files) : PcaText(outcome, files);

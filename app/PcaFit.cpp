@@ -4,8 +4,8 @@
 #include <utility>
 
 #include "app/DisplayText.h"
-#include "app/Interrupt.h"
 #include "app/Numbers.h"
+#include "app/WorkProgress.h"
 #include "kalmia/pcapls/NCComponentValidator.h"
 #include "kalmia/pcapls/PCACrossValidation.h"
 #include "kalmia/support/NCError.h"
@@ -19,8 +19,11 @@ constexpr double kNone = std::numeric_limits<double>::quiet_NaN();
 
 class Extraction {
  public:
-  explicit Extraction(const PcaTask& task)
-      : task_(task), columnSs_(ColumnSumsOfSquares(task.x)), columnQ2Cum_(task.x.SizeColumns()) {
+  Extraction(const PcaTask& task, NCProgress* progress)
+      : task_(task),
+        progress_(progress),
+        columnSs_(ColumnSumsOfSquares(task.x)),
+        columnQ2Cum_(task.x.SizeColumns()) {
     fit_.model = std::make_unique<NCPCA>(&task.x, kMaxIterations);
     validator_.SetPCAModel(fit_.model.get());
     for (int k = 1; k <= columnQ2Cum_.Size(); ++k) columnQ2Cum_(k, 0.0F);
@@ -28,7 +31,7 @@ class Extraction {
 
   PcaFit Run() {
     while (fit_.kept < task_.mostComponents) {
-      StopIfInterrupted();
+      progress_.Ask();
       PcaComponentRecord record;
       record.enoughLeft = validator_.IsValid();
       if (!record.enoughLeft && !IsWorthTrying()) break;
@@ -58,12 +61,12 @@ class Extraction {
 
   /// False if no component can be computed. What was there before is restored then.
   bool Extract(int component, PcaComponentRecord* record) {
-    progress_.BeginFit(component);
+    progress_.Begin(ComponentText(component));
     const NCDataMatrix<float> x = *fit_.model->GetResiduals();
     try {
-      fit_.model->NextComponent(progress_.Get(), /*groups=*/nullptr, /*group=*/0, /*start=*/nullptr);
+      fit_.model->NextComponent(progress_.Bar(), /*groups=*/nullptr, /*group=*/0, /*start=*/nullptr);
     } catch (const NCError& error) {
-      StopIfInterrupted();
+      progress_.Ask();
       const std::string reason = OneLine(static_cast<const char*>(error.GetMessage()));
       fit_.endedEarly = ReasonToEnd(task_, component, reason, "its");
       Restore(x, *fit_.model->GetPprim(), *fit_.model->GetTprim());
@@ -76,20 +79,20 @@ class Extraction {
 
   /// A component that cross-validation cannot judge is not significant.
   void CrossValidate(int component, PcaComponentRecord* record) {
-    progress_.BeginRounds(component, 2 * task_.rounds);  // rows and columns in turn
+    progress_.BeginRounds(ComponentText(component), 2 * task_.rounds);  // rows and columns in turn
     crossValidation_ = std::make_unique<PCACrossValidation>(fit_.model.get(), q2Cum_, columnQ2Cum_, task_.rounds,
                                                             &task_.groups, /*variableGroups=*/nullptr);
     const float limit = crossValidation_->GetQ2Lim(component, task_.centred);
     record->q2Limit = AsWritten(limit);
     try {
-      crossValidation_->NextComponent(columnSs_, progress_.Get());
+      crossValidation_->NextComponent(columnSs_, progress_.Bar());
     } catch (const NCError& error) {
-      StopIfInterrupted();
+      progress_.Ask();
       fit_.notJudged = OneLine(static_cast<const char*>(error.GetMessage()));
       record->q2 = record->q2Cum = kNone;
       return;
     }
-    StopIfInterrupted();
+    progress_.Ask();
     record->q2 = AsWritten(crossValidation_->GetQ2Tot());
     record->q2Cum = AsWritten(crossValidation_->GetQ2TotCum());
     record->significant = crossValidation_->GetQ2Tot() > limit;
@@ -117,7 +120,7 @@ class Extraction {
   }
 
   const PcaTask& task_;
-  FitProgress progress_;
+  WorkProgress progress_;
   NCDataVector<float> columnSs_;
   NCDataVector<float> columnQ2Cum_;  ///< over the kept components
   float q2Cum_ = 0.0F;
@@ -128,6 +131,6 @@ class Extraction {
 
 }  // namespace
 
-PcaFit FitPca(const PcaTask& task) { return Extraction(task).Run(); }
+PcaFit FitPca(const PcaTask& task, NCProgress* progress) { return Extraction(task, progress).Run(); }
 
 }  // namespace kalmia::app

@@ -10,6 +10,7 @@
 #include "kalmia/containers/NCDataVector.h"
 #include "kalmia/containers/NCIntegralVector.h"
 #include "kalmia/pcapls/NCPCA.h"
+#include "kalmia/support/NCProgress.h"
 
 namespace kalmia::app {
 
@@ -33,9 +34,10 @@ struct PcaFit {
   std::string notJudged;  ///< why cross-validation could not judge a component; empty if it could all of them
 };
 
-/// Extracts components one by one and cross-validates each. Shows a progress bar on a terminal. With
-/// `stopAtFirstFailure` it also stops where the rule on what is left of X says so.
-/// Throws Failure (Stopped) on Ctrl-C, (BadData) where components were asked for and not even one can be computed.
-PcaFit FitPca(const PcaTask& task);
+/// Extracts components one by one and cross-validates each; `progress` may be null. With `stopAtFirstFailure` it
+/// also stops where the rule on what is left of X says so.
+/// Throws Failure (Stopped) where the bar wants to stop, (BadData) where components were asked for and not even one can
+/// be computed.
+PcaFit FitPca(const PcaTask& task, NCProgress* progress = nullptr);
 
 }  // namespace kalmia::app

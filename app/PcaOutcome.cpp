@@ -44,9 +44,9 @@ void NoteComponents(const PcaFit& fit, Notes* notes) {
 
 }  // namespace
 
-PcaOutcome ComputePca(const CsvTable& table, const PcaOptions& options, Notes* notes) {
+PcaOutcome ComputePca(const CsvTable& table, const PcaOptions& options, Notes* notes, NCProgress* progress) {
   PcaOutcome outcome;
-  outcome.data = SelectData(table, options, /*y=*/{}, notes);
+  outcome.data = SelectData(table, options, /*y=*/{}, notes, progress);
   RequireTwoColumns(table, outcome.data);
   CutGroupsToColumns(options, &outcome.data, notes);
   PcaTask task;
@@ -57,7 +57,7 @@ PcaOutcome ComputePca(const CsvTable& table, const PcaOptions& options, Notes* n
   task.centred = options.scaling != NCScale::ScalingNone;
   FillFrame(table, options, outcome.data, &outcome.model);
   outcome.model.xScale = ScaleColumns(options.scaling, outcome.data.xNames, &task.x);
-  PcaFit fit = FitOrNameLeftOut(outcome.data, [&task] { return FitPca(task); });
+  PcaFit fit = FitOrNameLeftOut(outcome.data, [&] { return FitPca(task, progress); });
   NoteComponents(fit, notes);
   outcome.components = fit.components;
   outcome.endedEarly = fit.endedEarly;
@@ -67,7 +67,7 @@ PcaOutcome ComputePca(const CsvTable& table, const PcaOptions& options, Notes* n
   outcome.model.components = std::move(fit.components);
   outcome.model.pca = std::move(fit.model);
   if (!outcome.AnyKept()) return outcome;
-  outcome.rows = ScoreRows(outcome.model, outcome.data.x);
+  outcome.rows = ScoreRows(outcome.model, outcome.data.x, progress);
   outcome.model.pooledDeviation = PooledDeviationOf(outcome.rows, outcome.model.Components());
   return outcome;
 }

@@ -9,6 +9,7 @@
 #include "app/Options.h"
 #include "app/PcaScores.h"
 #include "app/StoredModel.h"
+#include "kalmia/support/NCProgress.h"
 
 namespace kalmia::app {
 
@@ -25,8 +26,8 @@ struct PcaOutcome {
   bool AnyKept() const { return model.Components() > 0; }
 };
 
-/// Fits the model that the options ask for and judges it. Adds notes about what was cut.
+/// Fits the model that the options ask for and judges it. Adds notes about what was cut. `progress` may be null.
 /// Throws Failure as SelectData and FitPca do, and (BadData) where there is one column only.
-PcaOutcome ComputePca(const CsvTable& table, const PcaOptions& options, Notes* notes);
+PcaOutcome ComputePca(const CsvTable& table, const PcaOptions& options, Notes* notes, NCProgress* progress);
 
 }  // namespace kalmia::app

@@ -28,11 +28,12 @@ std::size_t CountOf(const StoredPca& model) { return model.components.size(); }
 
 }  // namespace
 
-PcaPredictions PredictTable(const StoredPca& model, const CsvTable& /*table*/, NewRows rows, Notes* notes) {
+PcaPredictions PredictTable(const StoredPca& model, const CsvTable& /*table*/, NewRows rows, Notes* notes,
+                            NCProgress* progress) {
   PcaPredictions result;
   result.rows = std::move(rows);
   NoteMovedCells(result.rows.moved, notes);
-  result.scores = ScoreRows(model, result.rows.x);
+  result.scores = ScoreRows(model, result.rows.x, progress);
   return result;
 }
 

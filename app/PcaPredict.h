@@ -20,7 +20,8 @@ struct PcaPredictions {
 
 // `kalmia predict` for a PCA model, step by step.
 
-PcaPredictions PredictTable(const StoredPca& model, const CsvTable& table, NewRows rows, Notes* notes);
+PcaPredictions PredictTable(const StoredPca& model, const CsvTable& table, NewRows rows, Notes* notes,
+                            NCProgress* progress);
 std::string PredictText(const StoredPca& model, const CsvTable& table, const PcaPredictions& result);
 constexpr auto PredictFormat(const StoredPca& /*model*/) { return "kalmia-predict-pca"; }
 void AddPredictJson(const StoredPca& model, const PcaPredictions& result, Json* json);

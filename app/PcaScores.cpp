@@ -4,10 +4,9 @@
 #include <cmath>
 #include <string>
 
-#include "app/ConsoleProgress.h"
 #include "app/FitRules.h"
-#include "app/Interrupt.h"
 #include "app/Scaling.h"
+#include "app/WorkProgress.h"
 #include "kalmia/containers/Missing.h"
 #include "kalmia/pcapls/NCPCAPred.h"
 
@@ -15,7 +14,7 @@ namespace kalmia::app {
 
 namespace {
 
-constexpr int kRowsAtATime = 64;  ///< a row with holes may take a while: Ctrl-C is looked at in between
+constexpr int kRowsAtATime = 64;  ///< a row with holes may take a while: the wish to stop is looked at in between
 
 RowScores ScoresOf(const NCDataMatrix<float>& tPrim, int row, int present, int variables) {
   RowScores scores;
@@ -43,14 +42,13 @@ void AppendScores(const NCPCA& model, const NCDataMatrix<float>& x, std::vector<
 
 }  // namespace
 
-std::vector<RowScores> ScoreRows(const StoredPca& model, NCDataMatrix<float> x) {
+std::vector<RowScores> ScoreRows(const StoredPca& model, NCDataMatrix<float> x, NCProgress* progress) {
   ApplyScale(model.xScale.get(), &x);
   std::vector<RowScores> rows;
-  ProgressLine line;
+  WorkProgress work(progress);
   for (int first = 1; first <= x.SizeRows(); first += kRowsAtATime) {
-    StopIfInterrupted();
-    line.Show("row " + std::to_string(first) + " of " + std::to_string(x.SizeRows()),
-              static_cast<double>(first - 1) / x.SizeRows());
+    work.Begin("row " + std::to_string(first) + " of " + std::to_string(x.SizeRows()),
+               static_cast<double>(first - 1) / x.SizeRows());
     const int last = std::min(x.SizeRows() - first, kRowsAtATime - 1) + first;
     AppendScores(*model.pca, x.GetRowSubMatrix(first, last), &rows);
   }

@@ -5,6 +5,7 @@
 #include "app/Prediction.h"
 #include "app/StoredModel.h"
 #include "kalmia/containers/NCDataMatrix.h"
+#include "kalmia/support/NCProgress.h"
 
 namespace kalmia::app {
 
@@ -14,8 +15,8 @@ struct RowScores : RowFit {
 };
 
 /// The scores of the rows of a table that has the model's columns in the model's order, in the units of the file, and
-/// -99 for what is missing. The same rows give the same bits, alone or among others. Shows a bar on a
-/// terminal. Throws Failure (Stopped) on Ctrl-C.
-std::vector<RowScores> ScoreRows(const StoredPca& model, NCDataMatrix<float> x);
+/// -99 for what is missing. The same rows give the same bits, alone or among others. `progress` may be
+/// null. Throws Failure (Stopped) where the bar wants to stop.
+std::vector<RowScores> ScoreRows(const StoredPca& model, NCDataMatrix<float> x, NCProgress* progress = nullptr);
 
 }  // namespace kalmia::app

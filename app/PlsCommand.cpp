@@ -1,4 +1,5 @@
 #include "app/Commands.h"
+#include "app/ConsoleProgress.h"
 #include "app/CsvTable.h"
 #include "app/FitFiles.h"
 #include "app/ModelFile.h"
@@ -12,12 +13,13 @@ namespace kalmia::app {
 std::string RunCommand(const PlsOptions& options, Notes* notes) {
   CheckFitPlaces(options, PlsCsvFileNames());
   const CsvTable table = ReadTable(options.table, options.reading);
-  const PlsOutcome outcome = ComputePls(table, options, notes);
+  TerminalBar bar;
+  const PlsOutcome outcome = ComputePls(table, options, notes, bar.Get());
   FitFiles files;
   if (outcome.AnyKept()) {
     files = WriteFitFiles(
         options, [&] { return ModelFileBytes(outcome.model); },
-        [&] { return PlsCsvFiles(outcome, MarksOf(options.csvMarks)); });
+        [&] { return PlsCsvFiles(outcome, MarksOf(options.csvMarks)); }, bar.Get());
     if (!files.csv.empty()) NoteNoDistances(outcome.model, outcome.model.Components(), notes);
   }
   return options.json ? PlsJson(table, outcome, *notes, files) : PlsText(outcome, files);

@@ -3,8 +3,8 @@
 #include <utility>
 
 #include "app/DisplayText.h"
-#include "app/Interrupt.h"
 #include "app/Numbers.h"
+#include "app/WorkProgress.h"
 #include "kalmia/containers/NCDataVector.h"
 #include "kalmia/pcapls/PLSCrossValidation.h"
 #include "kalmia/support/NCError.h"
@@ -15,14 +15,15 @@ namespace {
 
 class Extraction {
  public:
-  explicit Extraction(const FitTask& task) : task_(task), ssY_(ColumnSumsOfSquares(task.y)) {
+  Extraction(const FitTask& task, NCProgress* progress)
+      : task_(task), progress_(progress), ssY_(ColumnSumsOfSquares(task.y)) {
     fit_.model = std::make_unique<NCPLS>(&task.x, &task.y, kMaxIterations);
     crossValidation_ = std::make_unique<PLSCrossValidation>(fit_.model.get(), task.rounds, &task.groups);
   }
 
   PlsFit Run() {
     while (fit_.kept < task_.mostComponents) {
-      StopIfInterrupted();
+      progress_.Ask();
       const int component = fit_.kept + 1;
       if (!Extract(component)) break;
       CrossValidate(component);
@@ -44,11 +45,11 @@ class Extraction {
  private:
   /// False if X and Y have nothing more in common, or if nothing is left of X.
   bool Extract(int component) {
-    progress_.BeginFit(component);
+    progress_.Begin(ComponentText(component));
     try {
-      fit_.model->NextComponent(progress_.Get(), /*start=*/nullptr, /*quiet=*/false, /*strict=*/true);
+      fit_.model->NextComponent(progress_.Bar(), /*start=*/nullptr, /*quiet=*/false, /*strict=*/true);
     } catch (const NCError& error) {
-      StopIfInterrupted();
+      progress_.Ask();
       const std::string reason = OneLine(static_cast<const char*>(error.GetMessage()));
       fit_.endedEarly = ReasonToEnd(task_, component, reason, "their");
       return false;
@@ -62,10 +63,10 @@ class Extraction {
   }
 
   void CrossValidate(int component) {
-    progress_.BeginRounds(component, task_.rounds);
+    progress_.BeginRounds(ComponentText(component), task_.rounds);
     const NCDataVector<float> w = fit_.model->GetWprim()->back();
-    crossValidation_->NextComponent(&w, kMaxIterations, ssY_, progress_.Get(), /*quiet=*/false);
-    StopIfInterrupted();
+    crossValidation_->NextComponent(&w, kMaxIterations, ssY_, progress_.Bar(), /*quiet=*/false);
+    progress_.Ask();
   }
 
   ComponentRecord Judge() const {
@@ -125,7 +126,7 @@ class Extraction {
   }
 
   const FitTask& task_;
-  FitProgress progress_;
+  WorkProgress progress_;
   NCDataVector<float> ssY_;
   PlsFit fit_;
   std::unique_ptr<PLSCrossValidation> crossValidation_;
@@ -133,6 +134,6 @@ class Extraction {
 
 }  // namespace
 
-PlsFit FitPls(const FitTask& task) { return Extraction(task).Run(); }
+PlsFit FitPls(const FitTask& task, NCProgress* progress) { return Extraction(task, progress).Run(); }
 
 }  // namespace kalmia::app

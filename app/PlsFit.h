@@ -9,6 +9,7 @@
 #include "kalmia/containers/NCDataMatrix.h"
 #include "kalmia/containers/NCIntegralVector.h"
 #include "kalmia/pcapls/NCPLS.h"
+#include "kalmia/support/NCProgress.h"
 
 namespace kalmia::app {
 
@@ -31,9 +32,10 @@ struct PlsFit {
   std::string endedEarly;
 };
 
-/// Extracts components one by one and cross-validates each. Shows a progress bar on a terminal.
+/// Extracts components one by one and cross-validates each. `progress` may be null.
 /// R2 is 1 - SS(residuals) / SS(table), both over the cells that the model describes.
-/// Throws Failure (Stopped) on Ctrl-C, (BadData) where components were asked for and not even one can be computed.
-PlsFit FitPls(const FitTask& task);
+/// Throws Failure (Stopped) where the bar wants to stop, (BadData) where components were asked for and not even one can
+/// be computed.
+PlsFit FitPls(const FitTask& task, NCProgress* progress = nullptr);
 
 }  // namespace kalmia::app

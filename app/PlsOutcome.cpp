@@ -10,9 +10,9 @@
 
 namespace kalmia::app {
 
-PlsOutcome ComputePls(const CsvTable& table, const PlsOptions& options, Notes* notes) {
+PlsOutcome ComputePls(const CsvTable& table, const PlsOptions& options, Notes* notes, NCProgress* progress) {
   PlsOutcome outcome;
-  outcome.data = SelectData(table, options, options.y, notes);
+  outcome.data = SelectData(table, options, options.y, notes, progress);
   FitTask task;
   task.x = outcome.data.x;
   task.y = outcome.data.y;
@@ -23,7 +23,7 @@ PlsOutcome ComputePls(const CsvTable& table, const PlsOptions& options, Notes* n
   outcome.model.yNames = outcome.data.yNames;
   outcome.model.xScale = ScaleColumns(options.scaling, outcome.data.xNames, &task.x);
   outcome.model.yScale = ScaleColumns(ScalingOfY(options.scaling), outcome.data.yNames, &task.y);
-  PlsFit fit = FitOrNameLeftOut(outcome.data, [&task] { return FitPls(task); });
+  PlsFit fit = FitOrNameLeftOut(outcome.data, [&] { return FitPls(task, progress); });
   for (std::size_t a = 0; a < fit.components.size(); ++a) {
     NoteIterations(a + 1, fit.components[a].iterations, kMaxIterations, notes);
   }
@@ -33,7 +33,7 @@ PlsOutcome ComputePls(const CsvTable& table, const PlsOptions& options, Notes* n
   outcome.model.components = std::move(fit.components);
   outcome.model.pls = std::move(fit.model);
   if (!outcome.AnyKept()) return outcome;
-  outcome.fitted = PredictRows(outcome.model, outcome.data.x);
+  outcome.fitted = PredictRows(outcome.model, outcome.data.x, progress);
   JudgeModel(outcome.data, outcome.fitted, outcome.model.Components(), fit.crossValidatedResiduals, &outcome.model);
   return outcome;
 }

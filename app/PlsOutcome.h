@@ -9,6 +9,7 @@
 #include "app/Options.h"
 #include "app/Prediction.h"
 #include "app/StoredModel.h"
+#include "kalmia/support/NCProgress.h"
 
 namespace kalmia::app {
 
@@ -23,8 +24,8 @@ struct PlsOutcome {
   bool AnyKept() const { return model.Components() > 0; }
 };
 
-/// Fits the model that the options ask for and judges it. Adds notes about what was cut.
+/// Fits the model that the options ask for and judges it. Adds notes about what was cut. `progress` may be null.
 /// Throws Failure as SelectData and FitPls do.
-PlsOutcome ComputePls(const CsvTable& table, const PlsOptions& options, Notes* notes);
+PlsOutcome ComputePls(const CsvTable& table, const PlsOptions& options, Notes* notes, NCProgress* progress);
 
 }  // namespace kalmia::app

@@ -93,28 +93,32 @@ Json RowsJson(const YModelFrame& model, const PlsPredictions& result) {
 }
 
 template <class Model>
-PlsPredictions PredictWith(const Model& model, const CsvTable& table, NewRows rows, Notes* notes) {
+PlsPredictions PredictWith(const Model& model, const CsvTable& table, NewRows rows, Notes* notes,
+                            NCProgress* progress) {
   PlsPredictions result;
   result.components = model.Components();
   result.rows = std::move(rows);
   ReadMeasured(model, table, &result, notes);
   NoteMovedCells(result.rows.moved, notes);
-  result.predictions = PredictRows(model, result.rows.x);
+  result.predictions = PredictRows(model, result.rows.x, progress);
   return result;
 }
 
 }  // namespace
 
-PlsPredictions PredictTable(const StoredPls& model, const CsvTable& table, NewRows rows, Notes* notes) {
-  return PredictWith(model, table, std::move(rows), notes);
+PlsPredictions PredictTable(const StoredPls& model, const CsvTable& table, NewRows rows, Notes* notes,
+                            NCProgress* progress) {
+  return PredictWith(model, table, std::move(rows), notes, progress);
 }
 
-PlsPredictions PredictTable(const StoredOpls& model, const CsvTable& table, NewRows rows, Notes* notes) {
-  return PredictWith(model, table, std::move(rows), notes);
+PlsPredictions PredictTable(const StoredOpls& model, const CsvTable& table, NewRows rows, Notes* notes,
+                            NCProgress* progress) {
+  return PredictWith(model, table, std::move(rows), notes, progress);
 }
 
-PlsPredictions PredictTable(const StoredO2pls& model, const CsvTable& table, NewRows rows, Notes* notes) {
-  return PredictWith(model, table, std::move(rows), notes);
+PlsPredictions PredictTable(const StoredO2pls& model, const CsvTable& table, NewRows rows, Notes* notes,
+                            NCProgress* progress) {
+  return PredictWith(model, table, std::move(rows), notes, progress);
 }
 
 std::string PredictText(const YModelFrame& model, const CsvTable& table, const PlsPredictions& result) {

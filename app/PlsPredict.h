@@ -22,9 +22,12 @@ struct PlsPredictions {
 
 // `kalmia predict` for a PLS, OPLS or O2PLS model, step by step. Measured values of Y serve as a check.
 
-PlsPredictions PredictTable(const StoredPls& model, const CsvTable& table, NewRows rows, Notes* notes);
-PlsPredictions PredictTable(const StoredOpls& model, const CsvTable& table, NewRows rows, Notes* notes);
-PlsPredictions PredictTable(const StoredO2pls& model, const CsvTable& table, NewRows rows, Notes* notes);
+PlsPredictions PredictTable(const StoredPls& model, const CsvTable& table, NewRows rows, Notes* notes,
+                            NCProgress* progress);
+PlsPredictions PredictTable(const StoredOpls& model, const CsvTable& table, NewRows rows, Notes* notes,
+                            NCProgress* progress);
+PlsPredictions PredictTable(const StoredO2pls& model, const CsvTable& table, NewRows rows, Notes* notes,
+                            NCProgress* progress);
 std::string PredictText(const YModelFrame& model, const CsvTable& table, const PlsPredictions& result);
 constexpr auto PredictFormat(const YModelFrame& /*model*/) { return "kalmia-predict"; }
 constexpr auto PredictFormat(const StoredO2pls& /*model*/) { return "kalmia-predict-o2pls"; }

@@ -2,6 +2,7 @@
 #include <utility>
 
 #include "app/Commands.h"
+#include "app/ConsoleProgress.h"
 #include "app/CsvTable.h"
 #include "app/Failure.h"
 #include "app/InputFile.h"
@@ -33,7 +34,9 @@ void Direct(StoredO2pls* model, const PredictOptions& options) {
 /// What was asked for with a stored model of one kind.
 template <class Model>
 std::string PredictWith(const Model& model, const PredictOptions& options, const CsvTable& table, Notes* notes) {
-  const auto result = PredictTable(model, table, ReadNewRows(model, table, options.id, notes), notes);
+  TerminalBar bar;
+  NewRows rows = ReadNewRows(model, table, options.id, notes, bar.Get());
+  const auto result = PredictTable(model, table, std::move(rows), notes, bar.Get());
   NoteNoDistances(model, model.Components(), notes);
   std::vector<std::string> csvFiles;
   OutputFiles files;

@@ -4,7 +4,7 @@
 #include <limits>
 
 #include "app/Scaling.h"
-#include "app/StepProgress.h"
+#include "app/WorkProgress.h"
 #include "kalmia/containers/Missing.h"
 #include "kalmia/o2pls/NCO2PLSPred.h"
 #include "kalmia/opls/NCOPLSPred.h"
@@ -55,14 +55,15 @@ void FillRows(const YModelFrame& model, const NCDataMatrix<float>& yPred, const 
 
 }  // namespace
 
-std::vector<RowPrediction> PredictRows(const StoredPls& model, NCDataMatrix<float> x) {
+std::vector<RowPrediction> PredictRows(const StoredPls& model, NCDataMatrix<float> x, NCProgress* progress) {
   ApplyScale(model.xScale.get(), &x);
   std::vector<RowPrediction> rows(static_cast<std::size_t>(x.SizeRows()));
   const NCPLS& pls = *model.pls;
   NCPLSPred prediction(&x, pls.GetWprim(), pls.GetPprim(), pls.GetCprim(), kMissingTolerance);
-  StepProgress progress(kPredicting, prediction.GetMaxComp());
+  WorkProgress work(progress);
+  work.Begin(kPredicting);
   for (int a = 1; a <= prediction.GetMaxComp(); ++a) {
-    progress.Begin(a);
+    work.MoveToPart(a, prediction.GetMaxComp());
     prediction.CalcNextComponent();
     for (int r = 1; r <= x.SizeRows(); ++r) {
       std::string& reason = rows[static_cast<std::size_t>(r - 1)].reason;
@@ -75,13 +76,14 @@ std::vector<RowPrediction> PredictRows(const StoredPls& model, NCDataMatrix<floa
   return rows;
 }
 
-std::vector<RowPrediction> PredictRows(const StoredOpls& model, NCDataMatrix<float> x) {
+std::vector<RowPrediction> PredictRows(const StoredOpls& model, NCDataMatrix<float> x, NCProgress* progress) {
   ApplyScale(model.xScale.get(), &x);
   const OplsMatrices& opls = model.opls;
   NCOPLSPred prediction(&x, &opls.w, &opls.p, &opls.c, &opls.wo, &opls.po, &opls.co);
-  StepProgress progress(kPredicting, prediction.GetMaxComp());
+  WorkProgress work(progress);
+  work.Begin(kPredicting);
   while (prediction.SizeOComps() < prediction.GetMaxComp()) {
-    progress.Begin(prediction.SizeOComps() + 1);
+    work.MoveToPart(prediction.SizeOComps() + 1, prediction.GetMaxComp());
     prediction.CalcNextComponent();
   }
   std::vector<RowPrediction> rows(static_cast<std::size_t>(x.SizeRows()));
@@ -93,7 +95,8 @@ std::vector<RowPrediction> PredictRows(const StoredOpls& model, NCDataMatrix<flo
   return rows;
 }
 
-std::vector<RowPrediction> PredictRows(const StoredO2pls& model, NCDataMatrix<float> x) {
+std::vector<RowPrediction> PredictRows(const StoredO2pls& model, NCDataMatrix<float> x, NCProgress* progress) {
+  WorkProgress(progress).Ask();
   ApplyScale(model.xScale.get(), &x);
   const O2plsMatrices& o2pls = model.o2pls;
   const NCO2PLSYPred prediction(x, o2pls.p, o2pls.w, o2pls.q, o2pls.wo, o2pls.po, o2pls.s, o2pls.lambda,

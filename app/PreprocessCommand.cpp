@@ -6,6 +6,7 @@
 
 #include "app/CellNumber.h"
 #include "app/Commands.h"
+#include "app/ConsoleProgress.h"
 #include "app/CsvTable.h"
 #include "app/CsvText.h"
 #include "app/DisplayText.h"
@@ -16,9 +17,9 @@
 #include "app/ReadTable.h"
 #include "app/StepChainFile.h"
 #include "app/StepChainReport.h"
-#include "app/StepProgress.h"
 #include "app/TableColumns.h"
 #include "app/TableText.h"
+#include "app/WorkProgress.h"
 #include "kalmia/containers/Missing.h"
 
 namespace kalmia::app {
@@ -117,7 +118,7 @@ void AddKeptCell(const CsvTable& table, std::string text, bool isOfNumbers, CsvT
 
 /// The columns that are no signals, then what has become of the signals.
 std::string OutText(const CsvTable& table, int idColumn, const std::vector<int>& columns, const Signals& signals,
-                    const CsvMarks& marks) {
+                    const CsvMarks& marks, NCProgress* progress) {
   std::vector<int> kept;
   const std::vector<bool> isOfNumbers = ColumnsOfNumbers(table, idColumn);
   const std::vector<bool> isSignal = Marked(table, columns);
@@ -137,9 +138,10 @@ std::string OutText(const CsvTable& table, int idColumn, const std::vector<int>&
   }
   for (const std::string& name : signals.names) csv.Field(name);
   csv.EndLine();
-  StepProgress progress("writing the table", table.Rows());
+  WorkProgress work(progress);
+  work.Begin("writing the table");
   for (int row = 0; row < table.Rows(); ++row) {
-    progress.Begin(row + 1);
+    work.MoveToPart(row + 1, table.Rows());
     std::vector<std::string> texts = kept.empty() ? std::vector<std::string>() : table.RowTexts(row);
     for (const int column : kept) {
       const auto c = static_cast<std::size_t>(column);
@@ -198,12 +200,13 @@ std::string ResultJson(const PreprocessOptions& options, const CsvTable& table, 
 }
 
 /// The chain that the signals have gone through, forwards or, for --restore, its last step backwards.
-StepChain Work(const PreprocessOptions& options, const GivenSteps& steps, Signals* signals, Notes* notes) {
-  if (!steps.chain) return LearnChain(steps.steps, signals, notes);
+StepChain Work(const PreprocessOptions& options, const GivenSteps& steps, Signals* signals, Notes* notes,
+               NCProgress* progress) {
+  if (!steps.chain) return LearnChain(steps.steps, signals, notes, progress);
   if (options.restore) {
-    RestoreSignals(*steps.chain, signals);
+    RestoreSignals(*steps.chain, signals, progress);
   } else {
-    ApplyChain(*steps.chain, signals);
+    ApplyChain(*steps.chain, signals, progress);
   }
   return *steps.chain;
 }
@@ -216,9 +219,11 @@ std::string RunCommand(const PreprocessOptions& options, Notes* notes) {
   const CsvTable table = ReadTable(options.table, options.reading);
   const std::vector<int> columns = SignalColumns(table, options, steps, notes);
   Signals signals = ReadSignals(table, options, columns, notes);
-  const StepChain chain = Work(options, steps, &signals, notes);
+  TerminalBar bar;
+  const StepChain chain = Work(options, steps, &signals, notes, bar.Get());
   OutputFiles files;
-  files.Stage(options.out, OutText(table, IdColumn(table, options), columns, signals, MarksOf(options.csvMarks)));
+  const CsvMarks marks = MarksOf(options.csvMarks);
+  files.Stage(options.out, OutText(table, IdColumn(table, options), columns, signals, marks, bar.Get()));
   if (!options.save.empty()) files.Stage(options.save, StepChainFileBytes(chain));
   files.Commit();
   return options.json ? ResultJson(options, table, chain, signals, *notes) : ResultText(options, chain, signals);

@@ -63,16 +63,16 @@ void FillMatrix(const std::vector<NumberColumn>& columns, int rows, NCDataMatrix
 
 PreprocessedX PreprocessX(const CsvTable& table, int idColumn, const GivenSteps& given,
                           const std::vector<NumberColumn>& x, const std::vector<std::string>& textColumns,
-                          Notes* notes) {
+                          Notes* notes, NCProgress* progress) {
   PreprocessedX made;
   Signals signals{table.Name(), RowPlaces(table, idColumn), {}, {}, {}, table.DecimalComma()};
   if (given.chain) {
     FillMatrix(Inputs(table, given, x, textColumns, notes), table.Rows(), &signals.cells, &signals.names);
     made.chain = *given.chain;
-    ApplyChain(made.chain, &signals);
+    ApplyChain(made.chain, &signals, progress);
   } else {
     FillMatrix(x, table.Rows(), &signals.cells, &signals.names);
-    made.chain = LearnChain(given.steps, &signals, notes);
+    made.chain = LearnChain(given.steps, &signals, notes, progress);
     NoteLearntOfAllRows(made.chain, notes);
   }
   for (std::size_t k = 0; k < signals.names.size(); ++k) {

@@ -7,7 +7,6 @@
 #include "app/ConsoleProgress.h"
 #include "app/Gunzip.h"
 #include "app/InputFile.h"
-#include "app/NestedProgress.h"
 
 namespace kalmia::app {
 
@@ -24,7 +23,7 @@ constexpr float kUnpacked = 0.5F;
 CsvTable ReadTable(const std::string& file, const ReadOptions& options) {
   const std::string name = InputName(file);
   ProgressLine line(kShort);
-  NCProgress progress(std::make_unique<NestedProgress>(&line));
+  NCProgress progress(std::make_unique<ConsoleProgress>(&line));
   progress.SetText(("reading " + name).c_str());
   progress.PushSubRange(0.0F, kRead);
   TextBuffer text = ReadText(file, &progress);

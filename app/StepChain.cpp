@@ -105,7 +105,7 @@ NameWalk Walked(const StepChain& chain) {
 
 }  // namespace
 
-StepChain LearnChain(const std::vector<Step>& steps, Signals* signals, Notes* notes) {
+StepChain LearnChain(const std::vector<Step>& steps, Signals* signals, Notes* notes, NCProgress* progress) {
   StepChain chain;
   chain.inputNames = signals->names;
   NoteEmptyColumns(*signals, notes);
@@ -116,16 +116,16 @@ StepChain LearnChain(const std::vector<Step>& steps, Signals* signals, Notes* no
     if (steps[i].kind == StepKind::Derivative) {
       learnt.spacing = SpacingOf(*signals, LeaveCoefficients(chain.steps), place, notes);
     }
-    Learn(place, *signals, &learnt);
+    Learn(place, *signals, &learnt, progress);
     chain.steps.push_back(std::move(learnt));
-    Apply(chain.steps.back(), CompressBefore(chain.steps, i), place, signals);
+    Apply(chain.steps.back(), CompressBefore(chain.steps, i), place, signals, progress);
   }
   return chain;
 }
 
-void ApplyChain(const StepChain& chain, Signals* signals) {
+void ApplyChain(const StepChain& chain, Signals* signals, NCProgress* progress) {
   for (std::size_t i = 0; i < chain.steps.size(); ++i) {
-    Apply(chain.steps[i], CompressBefore(chain.steps, i), Place(i, chain.steps[i].step), signals);
+    Apply(chain.steps[i], CompressBefore(chain.steps, i), Place(i, chain.steps[i].step), signals, progress);
   }
 }
 
@@ -135,11 +135,12 @@ bool EndsCompressed(const StepChain& chain) {
   return !chain.Empty() && chain.steps.back().step.kind == StepKind::WaveletCompress;
 }
 
-void RestoreSignals(const StepChain& chain, Signals* signals) {
+void RestoreSignals(const StepChain& chain, Signals* signals, NCProgress* progress) {
   signals->fullNames = Walked(chain).FullNames();
   LearntStep restore;
   restore.step.kind = StepKind::WaveletRestore;
-  Apply(restore, &chain.steps.back(), "restoring, " + StepText(chain.steps.back().step), signals);
+  Apply(restore, &chain.steps.back(), "restoring, " + StepText(chain.steps.back().step), signals,
+        progress);
 }
 
 std::string LearntText(const LearntStep& step) {

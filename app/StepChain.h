@@ -6,6 +6,7 @@
 #include "app/Notes.h"
 #include "app/Steps.h"
 #include "kalmia/containers/NCDataMatrix.h"
+#include "kalmia/support/NCProgress.h"
 
 namespace kalmia::app {
 
@@ -40,14 +41,14 @@ struct Signals {
 /// wavelets see them filled along straight lines, and wavelet-denoise leaves them missing. A row without a cell stays
 /// so.
 /// Notes columns without a cell, and where the spacing of a derivative is 1 for want of numbers in the names.
-/// Shows bars; throws Failure (Stopped) after Ctrl-C.
+/// `progress` may be null. Throws Failure (Stopped) where the bar wants to stop.
 /// Throws Failure (BadData) that names table, row, column and step: a cell that the step cannot take, or of which it
 /// makes no finite number; a row without variance for snv; a window wider than the signals; more coefficients to keep
 /// than there are.
-StepChain LearnChain(const std::vector<Step>& steps, Signals* signals, Notes* notes);
+StepChain LearnChain(const std::vector<Step>& steps, Signals* signals, Notes* notes, NCProgress* progress = nullptr);
 
 /// The same steps with what they have learnt. The columns are those of chain.inputNames. Throws as LearnChain.
-void ApplyChain(const StepChain& chain, Signals* signals);
+void ApplyChain(const StepChain& chain, Signals* signals, NCProgress* progress = nullptr);
 
 /// Names of the columns that come out of the chain.
 std::vector<std::string> OutputNames(const StepChain& chain);
@@ -56,7 +57,7 @@ std::vector<std::string> OutputNames(const StepChain& chain);
 /// columns are OutputNames(chain). Coefficients that were not kept are 0, a missing one too; a row without any stays
 /// so.
 bool EndsCompressed(const StepChain& chain);
-void RestoreSignals(const StepChain& chain, Signals* signals);
+void RestoreSignals(const StepChain& chain, Signals* signals, NCProgress* progress = nullptr);
 
 /// "derivative:1:15:2, channels 2 apart": the step with what it has learnt, for a reader.
 std::string LearntText(const LearntStep& step);

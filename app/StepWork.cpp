@@ -9,8 +9,8 @@
 #include "app/DisplayText.h"
 #include "app/Failure.h"
 #include "app/Numbers.h"
+#include "app/RowByRow.h"
 #include "app/Scaling.h"
-#include "app/StepProgress.h"
 #include "app/WaveletSteps.h"
 #include "app/WindowStep.h"
 #include "kalmia/containers/Missing.h"
@@ -60,7 +60,7 @@ TransformStruct TransformOf(const Step& step) {
   return transform;
 }
 
-Matrix Transformed(const Step& step, const std::string& place, const Signals& signals, StepProgress* progress) {
+Matrix Transformed(const Step& step, const std::string& place, const Signals& signals, WorkProgress* progress) {
   const TransformStruct transform = TransformOf(step);
   return RowByRow(signals.cells, signals.cells.SizeColumns(), progress, [&](int r, const Vector& row) {
     Cells cells(row.begin(), row.end());
@@ -77,7 +77,7 @@ Matrix Transformed(const Step& step, const std::string& place, const Signals& si
   });
 }
 
-Matrix Standardised(const std::string& place, const Signals& signals, StepProgress* progress) {
+Matrix Standardised(const std::string& place, const Signals& signals, WorkProgress* progress) {
   return RowByRow(signals.cells, signals.cells.SizeColumns(), progress, [&](int r, const Vector& row) {
     if (IsConstant(row.begin(), row.end())) {
       Refuse(signals, place, signals.rowPlaces[static_cast<std::size_t>(r) - 1] + " has no variance");
@@ -108,7 +108,7 @@ std::function<long double(int)> TrendOf(const Step& step, const Vector& row) {
   return [=](int i) { return i * slope + intercept; };
 }
 
-Matrix Detrended(const Step& step, const Matrix& signals, StepProgress* progress) {
+Matrix Detrended(const Step& step, const Matrix& signals, WorkProgress* progress) {
   return RowByRow(signals, signals.SizeColumns(), progress, [&](int /*r*/, const Vector& row) {
     const auto trend = TrendOf(step, row);
     Cells cells(row.begin(), row.end());
@@ -121,10 +121,10 @@ Matrix Detrended(const Step& step, const Matrix& signals, StepProgress* progress
   });
 }
 
-Matrix Slid(const LearntStep& learnt, const Matrix& signals, StepProgress* progress) {
+Matrix Slid(const LearntStep& learnt, const Matrix& signals, WorkProgress* progress) {
   const WindowStep window(learnt);
   return RowByRow(signals, signals.SizeColumns(), progress,
-                  [&window](int /*r*/, const Vector& row) { return window.Slid(row); });
+                  [&](int /*r*/, const Vector& row) { return window.Slid(row, progress); });
 }
 
 void RequireFinite(const std::string& place, const Signals& signals) {
@@ -152,32 +152,35 @@ std::string WrongChannels(const Step& step, int channels) {
   return "";
 }
 
-void Learn(const std::string& place, const Signals& signals, LearntStep* step) {
+void Learn(const std::string& place, const Signals& signals, LearntStep* step, NCProgress* progress) {
   const std::string wrong = WrongChannels(step->step, signals.cells.SizeColumns());
   if (!wrong.empty()) Refuse(signals, place, wrong);
   if (step->step.kind != StepKind::WaveletCompress) return;
-  StepProgress progress(place, signals.cells.SizeRows());
-  step->positions = LargestCoefficients(step->step, signals.cells, &progress);
+  WorkProgress work(progress);
+  work.Begin(place);
+  step->positions = LargestCoefficients(step->step, signals.cells, &work);
 }
 
-void Apply(const LearntStep& learnt, const LearntStep* compress, const std::string& place, Signals* signals) {
-  StepProgress progress(place, signals->cells.SizeRows());
+void Apply(const LearntStep& learnt, const LearntStep* compress, const std::string& place, Signals* signals,
+           NCProgress* progress) {
+  WorkProgress work(progress);
+  work.Begin(place);
   Matrix& cells = signals->cells;
   switch (learnt.step.kind) {
-    case StepKind::Snv: cells = Standardised(place, *signals, &progress); break;
-    case StepKind::Detrend: cells = Detrended(learnt.step, cells, &progress); break;
+    case StepKind::Snv: cells = Standardised(place, *signals, &work); break;
+    case StepKind::Detrend: cells = Detrended(learnt.step, cells, &work); break;
     case StepKind::Smooth:
-    case StepKind::Derivative: cells = Slid(learnt, cells, &progress); break;
-    case StepKind::WaveletDenoise: cells = Denoised(learnt.step, cells, &progress); break;
+    case StepKind::Derivative: cells = Slid(learnt, cells, &work); break;
+    case StepKind::WaveletDenoise: cells = Denoised(learnt.step, cells, &work); break;
     case StepKind::WaveletCompress:
-      cells = Compressed(learnt, cells, &progress);
+      cells = Compressed(learnt, cells, &work);
       signals->fullNames = std::exchange(signals->names, CoefficientNames(learnt));
       break;
     case StepKind::WaveletRestore:
-      cells = Restored(*compress, static_cast<int>(signals->fullNames.size()), cells, &progress);
+      cells = Restored(*compress, static_cast<int>(signals->fullNames.size()), cells, &work);
       signals->names = std::exchange(signals->fullNames, {});
       break;
-    default: cells = Transformed(learnt.step, place, *signals, &progress);
+    default: cells = Transformed(learnt.step, place, *signals, &work);
   }
   RequireFinite(place, *signals);
 }

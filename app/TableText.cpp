@@ -7,8 +7,8 @@
 #include "app/CsvDialect.h"
 #include "app/CsvFields.h"
 #include "app/DisplayText.h"
-#include "app/StepProgress.h"
 #include "app/TableColumns.h"
+#include "app/WorkProgress.h"
 #include "kalmia/containers/Missing.h"
 
 namespace kalmia::app {
@@ -56,15 +56,15 @@ class KeptWords {
   std::size_t count_ = 0;
 };
 
-std::string WrittenAnew(const CsvTable& table, const std::string& id, const CsvMarks& marks, const NewCell& newCell) {
+std::string WrittenAnew(const CsvTable& table, const std::string& id, const CsvMarks& marks, const NewCell& newCell,
+                        WorkProgress* progress) {
   const std::vector<bool> isOfNumbers = ColumnsOfNumbers(table, id.empty() ? -1 : table.Find(id));
   CsvText csv(marks, table.Format().comment);
   if (HidesSeparator(table, marks)) csv.NameSeparator();
   for (const std::string& name : table.ColumnNames()) csv.Field(name);
   csv.EndLine();
-  StepProgress progress("writing the table", table.Rows());
   for (int row = 0; row < table.Rows(); ++row) {
-    progress.Begin(row + 1);
+    progress->MoveToPart(row + 1, table.Rows());
     std::vector<std::string> texts = table.RowTexts(row);
     for (int column = 0; column < table.Columns(); ++column) {
       const auto c = static_cast<std::size_t>(column);
@@ -104,15 +104,16 @@ void AddTableCell(const CsvTable& table, std::string text, bool isOfNumbers, Csv
 }
 
 std::string WithNewCells(const CsvTable& table, const std::string& id, const CsvMarkOptions& marks,
-                         const NewCell& newCell, Notes* notes) {
+                         const NewCell& newCell, Notes* notes, NCProgress* progress) {
+  WorkProgress work(progress);
+  work.Begin("writing the table");
   const char decimal = table.DecimalComma() ? ',' : '.';
-  if (marks.Given()) return WrittenAnew(table, id, MarksOf(marks, {table.Separator(), decimal}), newCell);
-  StepProgress progress("writing the table", table.Rows());
+  if (marks.Given()) return WrittenAnew(table, id, MarksOf(marks, {table.Separator(), decimal}), newCell, &work);
   KeptWords words(table, id);
   const auto replacement = [&](std::size_t record, std::size_t field) -> std::optional<std::string> {
     if (record == 0) return std::nullopt;
     const auto row = static_cast<int>(record) - 1;
-    if (field == 0) progress.Begin(row + 1);
+    if (field == 0) work.MoveToPart(row + 1, table.Rows());
     const std::optional<float> number = newCell(row, static_cast<int>(field));
     if (number) return CellText(*number, table.DecimalComma());
     words.Take(row, field);

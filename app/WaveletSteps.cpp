@@ -6,6 +6,7 @@
 #include <memory>
 #include <numeric>
 
+#include "app/RowByRow.h"
 #include "app/Scaling.h"
 #include "kalmia/containers/Missing.h"
 #include "kalmia/signal/SignalLength.h"
@@ -108,11 +109,11 @@ void Soften(double threshold, Vector* coefficients) {
 
 }  // namespace
 
-std::vector<int> LargestCoefficients(const Step& step, const Matrix& signals, StepProgress* progress) {
+std::vector<int> LargestCoefficients(const Step& step, const Matrix& signals, WorkProgress* progress) {
   const Filters filters = Decomposition(step);
   std::vector<double> squares(static_cast<std::size_t>(kalmia::PowerLength(signals.SizeColumns())), 0.0);
   for (int r = 1; r <= signals.SizeRows(); ++r) {
-    progress->Begin(r);
+    progress->MoveToPart(r, signals.SizeRows());
     const std::unique_ptr<Vector> coefficients = Forward(signals[r], *filters);
     if (!coefficients) continue;
     for (std::size_t i = 0; i < squares.size(); ++i) {
@@ -138,7 +139,7 @@ std::vector<std::string> CoefficientNames(const LearntStep& compress) {
   return result;
 }
 
-Matrix Compressed(const LearntStep& compress, const Matrix& signals, StepProgress* progress) {
+Matrix Compressed(const LearntStep& compress, const Matrix& signals, WorkProgress* progress) {
   const Filters filters = Decomposition(compress.step);
   const auto kept = static_cast<int>(compress.positions.size());
   return RowByRow(signals, kept, progress, [&](int /*r*/, const Vector& row) {
@@ -149,7 +150,7 @@ Matrix Compressed(const LearntStep& compress, const Matrix& signals, StepProgres
   });
 }
 
-Matrix Restored(const LearntStep& compress, int channels, const Matrix& coefficients, StepProgress* progress) {
+Matrix Restored(const LearntStep& compress, int channels, const Matrix& coefficients, WorkProgress* progress) {
   const Filters filters = Reconstruction(compress.step);
   const NCIntegralVector<int, -99> indices = Indices(compress.positions);
   return RowByRow(coefficients, channels, progress, [&](int /*r*/, const Vector& row) {
@@ -161,7 +162,7 @@ Matrix Restored(const LearntStep& compress, int channels, const Matrix& coeffici
   });
 }
 
-Matrix Denoised(const Step& step, const Matrix& signals, StepProgress* progress) {
+Matrix Denoised(const Step& step, const Matrix& signals, WorkProgress* progress) {
   const Filters forward = Decomposition(step);
   const Filters backward = Reconstruction(step);
   const int channels = signals.SizeColumns();

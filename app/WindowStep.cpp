@@ -4,7 +4,6 @@
 #include <cmath>
 #include <vector>
 
-#include "app/Interrupt.h"
 #include "app/Scaling.h"
 #include "kalmia/containers/Missing.h"
 
@@ -16,7 +15,7 @@ using Vector = NCDataVector<float>;
 
 constexpr auto kMissingCell = kalmia::kMissingCell<float>;
 
-/// Windows between two looks for Ctrl-C. The widest one, with holes, takes about a millisecond.
+/// Windows between two looks whether to stop. The widest one, with holes, takes about a millisecond.
 constexpr int kWindowsAtOnce = 256;
 
 /// Binary places between 1 and the largest cell of a small window. A quadratic or cubic through the cells of a window
@@ -83,7 +82,7 @@ std::vector<float> WindowStep::OfSmall(const Vector& window) const {
   return cells;
 }
 
-void WindowStep::FindLost(const Vector& row, std::vector<float>* cells) const {
+void WindowStep::FindLost(const Vector& row, std::vector<float>* cells, WorkProgress* progress) const {
   std::vector<float> found;
   int foundIn = -1;  // the window of these, from 0: at the ends it serves many cells
   for (int c = 0; c < row.Size(); ++c) {
@@ -91,7 +90,7 @@ void WindowStep::FindLost(const Vector& row, std::vector<float>* cells) const {
     if (cell != kMissingCell) continue;
     const int begin = std::clamp(c - width_ / 2, 0, row.Size() - width_);
     if (begin != foundIn) {
-      StopIfInterrupted();
+      progress->Ask();
       found = OfSmall(Part(row, begin, width_));
       foundIn = begin;
     }
@@ -99,11 +98,11 @@ void WindowStep::FindLost(const Vector& row, std::vector<float>* cells) const {
   }
 }
 
-std::vector<float> WindowStep::Slid(const Vector& row) const {
+std::vector<float> WindowStep::Slid(const Vector& row, WorkProgress* progress) const {
   std::vector<float> cells(static_cast<std::size_t>(row.Size()), kMissingCell);
   const int windows = row.Size() - width_ + 1;
   for (int begin = 0; begin < windows; begin += kWindowsAtOnce) {
-    StopIfInterrupted();
+    progress->Ask();
     const int count = std::min(kWindowsAtOnce, windows - begin);
     const Vector slid = AsItIs(Part(row, begin, count + width_ - 1), spacing_);
     // Before and behind the middles of windows are edges, which only the ends of the row have.
@@ -111,7 +110,7 @@ std::vector<float> WindowStep::Slid(const Vector& row) const {
     const int to = begin + count == windows ? slid.Size() : width_ / 2 + count;
     std::copy(slid.begin() + from, slid.begin() + to, cells.begin() + begin + from);
   }
-  FindLost(row, &cells);
+  FindLost(row, &cells, progress);
   return cells;
 }
 

@@ -3,6 +3,7 @@
 #include <vector>
 
 #include "app/StepChain.h"
+#include "app/WorkProgress.h"
 #include "kalmia/signal/Derivate.h"
 
 namespace kalmia::app {
@@ -14,9 +15,9 @@ class WindowStep {
 
   /// What Derivate makes of the row, but for this: a cell is missing only where the cells of its window do not
   /// determine the polynomial, not where a slope or the result happens to be -99. Such a result is there, as the next
-  /// float. The row is at least as long as the window: not checked. Throws Failure (Stopped) after Ctrl-C, however long
-  /// the row is.
-  std::vector<float> Slid(const NCDataVector<float>& row) const;
+  /// float. The row is at least as long as the window: not checked. Asks `progress`, and so
+  /// throws Failure (Stopped), however long the row is.
+  std::vector<float> Slid(const NCDataVector<float>& row, WorkProgress* progress) const;
 
  private:
   NCDataVector<float> AsItIs(const NCDataVector<float>& row, float spacing) const;
@@ -24,7 +25,7 @@ class WindowStep {
   /// bit of a cell. One that is 2^66 times smaller than the largest of the window is rounded.
   std::vector<float> OfSmall(const NCDataVector<float>& window) const;
   /// The missing ones of what the row has become, each from its window alone.
-  void FindLost(const NCDataVector<float>& row, std::vector<float>* cells) const;
+  void FindLost(const NCDataVector<float>& row, std::vector<float>* cells, WorkProgress* progress) const;
 
   int order_;  ///< of the derivative; 0: the smoothed row is wanted
   int width_;  ///< of the window, in channels

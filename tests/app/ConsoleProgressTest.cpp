@@ -12,6 +12,7 @@
 #include "app/Interrupt.h"
 #include "app/PlsFit.h"
 #include "app/WindowStep.h"
+#include "app/WorkProgress.h"
 #include "kalmia/containers/Missing.h"
 #include "kalmia/pcapls/PCACrossValidation.h"
 #include "testing/RandomTables.h"
@@ -48,12 +49,11 @@ TEST_F(ConsoleProgressDeathTest, AnswersThatAFitIsToStop) {
   const auto answers = [] {
     ProgressLine line;
     ConsoleProgress progress(&line);
-    progress.BeginFit(1);
     progress.SetRange(-10.0F, 0.0F);
     const bool wentOn = progress.SetValue(-5.0F) && !progress.IsBreakPressed() && progress.PushSubRange(0.0F, 1.0F) &&
                         progress.PopSubRange() && progress.NextSpin();
     PressCtrlC();
-    progress.SetRange(-10.0F, 0.0F);  // throws nothing while a component is fitted
+    progress.SetRange(-10.0F, 0.0F);  // these have no answer
     progress.SetText("text");
     Conclude(wentOn && !progress.SetValue(-4.0F) && progress.IsBreakPressed() && !progress.PushSubRange(0.0F, 1.0F) &&
              !progress.PopSubRange() && !progress.NextSpin());
@@ -63,9 +63,10 @@ TEST_F(ConsoleProgressDeathTest, AnswersThatAFitIsToStop) {
 
 TEST_F(ConsoleProgressDeathTest, LeavesACrossValidationFromAnyOfItsCalls) {
   const auto leaves = [] {
-    ProgressLine line;
-    ConsoleProgress progress(&line);
-    progress.BeginRounds(1, 7);
+    TerminalBar bar;
+    WorkProgress work(bar.Get());
+    NCProgress& progress = *work.Bar();
+    work.BeginRounds("component 1", 7);
     progress.SetText("round 1");
     progress.SetRange(-1.0F, 0.0F);
     PressCtrlC();
@@ -83,9 +84,10 @@ TEST_F(ConsoleProgressDeathTest, StopsAFitBeforeItsNextComponent) {
     task.rounds = 4;
     task.groups = GetDeafultCVGroupsVector(20, 4);
     task.mostComponents = 3;
-    if (FitPls(task).kept != 3) Conclude(false);
+    TerminalBar bar;
+    if (FitPls(task, bar.Get()).kept != 3) Conclude(false);
     PressCtrlC();
-    Conclude(IsStopped([&] { FitPls(task); }));
+    Conclude(IsStopped([&] { FitPls(task, bar.Get()); }));
   };
   EXPECT_EXIT(stops(), ::testing::ExitedWithCode(0), "");
 }
@@ -101,7 +103,9 @@ TEST_F(ConsoleProgressDeathTest, StopsInTheMiddleOfALongRow) {
       std::this_thread::sleep_for(std::chrono::milliseconds(50));
       std::raise(SIGINT);
     });
-    const bool isStopped = IsStopped([&] { WindowStep(smooth).Slid(row); });
+    TerminalBar bar;
+    WorkProgress work(bar.Get());
+    const bool isStopped = IsStopped([&] { WindowStep(smooth).Slid(row, &work); });
     pressing.join();
     Conclude(isStopped);
   };

@@ -5,23 +5,24 @@
 #include <sys/ioctl.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cmath>
 #include <string>
 
 #include "CommandRun.h"
+#include "app/ConsoleProgress.h"
 #include "app/DisplayText.h"
-#include "app/NestedProgress.h"
 
 namespace kalmia::app {
 namespace {
 
 using ::testing::HasSubstr;
 
-TEST(NestedProgress, NeverGoesBackButStartsAnewForAnotherCalculation) {
+TEST(ConsoleProgress, NeverGoesBackButStartsAnewWithAnotherRange) {
   const auto bars = [] {
     ProgressLine line;
-    NestedProgress progress(&line);
-    progress.Begin("first");
+    ConsoleProgress progress(&line);
+    progress.SetText("first");
     progress.SetRange(0, 10);
     progress.SetValue(8);
     progress.SetValue(5);            // a convergence that becomes worse
@@ -29,7 +30,8 @@ TEST(NestedProgress, NeverGoesBackButStartsAnewForAnotherCalculation) {
     progress.SetValue(NAN);
     progress.PopSubRange();
     progress.SetText("still first");  // drawn at once
-    progress.Begin("second");         // this too
+    progress.SetRange(0, 1);
+    progress.SetText("second");       // this too
   };
   const std::string shown = DoOnTerminal(bars).error;
   EXPECT_THAT(shown, HasSubstr("[################....] still first"));
@@ -50,6 +52,19 @@ TEST(ProgressLine, CutsTextsBetweenWordsWhereTheTerminalIsNarrow) {
     ProgressLine().ShowAtOnce("Estimating predictive components", 0.5);
   };
   EXPECT_THAT(DoOnTerminal(bar).error, HasSubstr("[##########..........] Estimating...\r"));
+}
+
+TEST(ConsoleProgress, DrawsTheFirstTextsOfASecondAtOnceAndAllOthersAsThereIsTime) {
+  const auto texts = [] {
+    ProgressLine line;
+    ConsoleProgress progress(&line);
+    for (int i = 1; i <= 2000; ++i) progress.SetText(("text " + std::to_string(i)).c_str());
+  };
+  const std::string shown = DoOnTerminal(texts).error;
+  for (const char* text : {"text 1\r", "text 2\r", "text 20\r"}) EXPECT_THAT(shown, HasSubstr(text));
+  // Some machine takes a second for what lasts a millisecond: 32 texts, and twenty more in each second.
+  const auto drawn = std::count(shown.begin(), shown.end(), '[') / 2;  // one of the bar, one of the wipe before it
+  EXPECT_LT(drawn, 500);
 }
 
 }  // namespace
