@@ -14,10 +14,12 @@ std::string RunCommand(const FillOptions& options, Notes* notes) {
   if (options.report) notes->Add("--report is called --check now");
   const CsvTable table = ReadTable(options.table, options.reading);
   NoteDecimalsThatGiveWay(options.csvMarks, table, notes);
+  FillRecipe recipe = options.recipe;
+  recipe.check = recipe.check || options.report;
   TerminalBar bar;
-  const FillOutcome outcome = ComputeFill(table, options, notes, bar.Get());
+  const FillOutcome outcome = ComputeFill(table, recipe, notes, bar.Get());
   OutputFiles files;
-  files.Stage(options.out, FilledText(table, outcome, options, notes, bar.Get()));
+  files.Stage(options.out, FilledText(table, outcome, recipe.id, options.csvMarks, notes, bar.Get()));
   files.Commit();
   return options.json ? FillJson(table, outcome, options.out, *notes) : FillText(table, outcome, options);
 }

@@ -26,16 +26,16 @@ constexpr std::size_t kNamed = 10;  ///< a note names so many columns, and count
 /// Works from the table to the outcome.
 class Computation {
  public:
-  Computation(const CsvTable& table, const FillOptions& options, Notes* notes, NCProgress* progress)
-      : table_(table), options_(options), notes_(notes), progress_(progress) {}
+  Computation(const CsvTable& table, const FillRecipe& recipe, Notes* notes, NCProgress* progress)
+      : table_(table), recipe_(recipe), notes_(notes), progress_(progress) {}
 
   FillOutcome Compute() {
     ReadColumns();
-    if (!options_.components && columns_.cells.GetNumMisVal() > 0) {
+    if (!recipe_.components && columns_.cells.GetNumMisVal() > 0) {
       outcome_.choice = ChooseComponents(columns_, progress_);
     }
-    outcome_.filled = FillColumns(columns_, options_.components.value_or(outcome_.choice.components), progress_);
-    if (options_.check || options_.report) outcome_.trial = TryFilling(columns_, options_.components, progress_);
+    outcome_.filled = FillColumns(columns_, recipe_.components.value_or(outcome_.choice.components), progress_);
+    if (recipe_.check) outcome_.trial = TryFilling(columns_, recipe_.components, progress_);
     CountFilled();
     NoteWhatWasDone();
     return std::move(outcome_);
@@ -45,8 +45,8 @@ class Computation {
   const std::string& Name(int column) const { return table_.ColumnNames()[static_cast<std::size_t>(column)]; }
 
   void ReadColumns() {
-    std::vector<int> excluded = ColumnsToExclude(table_, options_.exclude);
-    const int idColumn = options_.id.empty() ? -1 : RequireColumn(table_, options_.id);
+    std::vector<int> excluded = ColumnsToExclude(table_, recipe_.exclude);
+    const int idColumn = recipe_.id.empty() ? -1 : RequireColumn(table_, recipe_.id);
     if (idColumn >= 0) excluded.push_back(idColumn);
     rowNames_ = RowNames(table_, idColumn);
     std::vector<std::vector<float>> numbers;
@@ -95,8 +95,8 @@ class Computation {
                   Listed(filled.constantColumns, kNamed));
     }
     const FillModel& model = filled.model;
-    if (options_.components && *options_.components > model.components) {
-      notes_->Add(std::to_string(*options_.components) + " components are cut to " +
+    if (recipe_.components && *recipe_.components > model.components) {
+      notes_->Add(std::to_string(*recipe_.components) + " components are cut to " +
                   std::to_string(model.components) + ": " +
                   (model.endedEarly.empty() ? "there are " + Counted(AsSize(filled.modelRows), "row") + " and " +
                                                   Counted(AsSize(filled.modelColumns), "column")
@@ -113,7 +113,7 @@ class Computation {
   static std::size_t AsSize(int count) { return static_cast<std::size_t>(count); }
 
   const CsvTable& table_;
-  const FillOptions& options_;
+  const FillRecipe& recipe_;
   Notes* notes_;
   NCProgress* progress_;
   NumberColumns columns_;
@@ -123,12 +123,12 @@ class Computation {
 
 }  // namespace
 
-FillOutcome ComputeFill(const CsvTable& table, const FillOptions& options, Notes* notes, NCProgress* progress) {
-  return Computation(table, options, notes, progress).Compute();
+FillOutcome ComputeFill(const CsvTable& table, const FillRecipe& recipe, Notes* notes, NCProgress* progress) {
+  return Computation(table, recipe, notes, progress).Compute();
 }
 
-std::string FilledText(const CsvTable& table, const FillOutcome& outcome, const FillOptions& options, Notes* notes,
-                       NCProgress* progress) {
+std::string FilledText(const CsvTable& table, const FillOutcome& outcome, const std::string& id,
+                       const CsvMarkOptions& marks, Notes* notes, NCProgress* progress) {
   std::vector<int> matrixColumn(static_cast<std::size_t>(table.Columns()), 0);  // from 1; 0: not filled
   for (std::size_t c = 0; c < outcome.columns.size(); ++c) {
     matrixColumn[static_cast<std::size_t>(outcome.columns[c])] = static_cast<int>(c) + 1;
@@ -142,7 +142,7 @@ std::string FilledText(const CsvTable& table, const FillOutcome& outcome, const 
     ++replaced;
     return cell;
   };
-  std::string filled = WithNewCells(table, options.id, options.csvMarks, filledCell, notes, progress);
+  std::string filled = WithNewCells(table, id, marks, filledCell, notes, progress);
   if (replaced != outcome.filledCells) throw std::logic_error("fields are not where the table has them");
   return filled;
 }

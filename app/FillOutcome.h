@@ -4,11 +4,12 @@
 #include <string>
 #include <vector>
 
+#include "app/CsvMarks.h"
 #include "app/CsvTable.h"
 #include "app/FillTable.h"
 #include "app/FillTrial.h"
+#include "app/FitRecipes.h"
 #include "app/Notes.h"
-#include "app/Options.h"
 
 namespace kalmia::app {
 
@@ -34,10 +35,11 @@ struct FillOutcome {
 
 /// Fills the columns of numbers. Here as below `progress` may be null. Throws Failure (BadData): a column that does not
 /// exist, a cell that is no number, no column of numbers; and as FillColumns.
-FillOutcome ComputeFill(const CsvTable& table, const FillOptions& options, Notes* notes, NCProgress* progress);
+FillOutcome ComputeFill(const CsvTable& table, const FillRecipe& recipe, Notes* notes, NCProgress* progress);
 
-/// The text of the table with the filled cells in it, as WithNewCells writes it, with its note.
-std::string FilledText(const CsvTable& table, const FillOutcome& outcome, const FillOptions& options, Notes* notes,
-                       NCProgress* progress);
+/// The text of the table with the filled cells in it, as WithNewCells writes it, with its note. `id` is that of the
+/// recipe.
+std::string FilledText(const CsvTable& table, const FillOutcome& outcome, const std::string& id,
+                       const CsvMarkOptions& marks, Notes* notes, NCProgress* progress);
 
 }  // namespace kalmia::app

@@ -35,7 +35,7 @@ StoredFilter ReadFilter(const std::string& file) {
 }
 
 FilterOutcome Compute(const CsvTable& table, const FilterOptions& options, Notes* notes, NCProgress* progress) {
-  if (options.model.empty()) return MakeFilter(table, options, notes, progress);
+  if (options.model.empty()) return MakeFilter(table, options.recipe, notes, progress);
   FilterOutcome outcome;
   outcome.filter = ReadFilter(options.model);
   outcome.filtered = ApplyFilter(outcome.filter, table, notes, progress);
@@ -51,7 +51,7 @@ std::string RunCommand(const FilterOptions& options, Notes* notes) {
   TerminalBar bar;
   const FilterOutcome outcome = Compute(table, options, notes, bar.Get());
   OutputFiles files;
-  files.Stage(options.out, FilteredText(table, outcome, options, notes, bar.Get()));
+  files.Stage(options.out, FilteredText(table, outcome, options.csvMarks, notes, bar.Get()));
   if (!options.save.empty()) files.Stage(options.save, ModelFileBytes(outcome.filter));
   files.Commit();
   return options.json ? FilterJson(table, outcome, options, *notes) : FilterText(table, outcome, options);

@@ -54,21 +54,22 @@ float InUnitsOfTheTable(const StoredFilter& filter, float scaled, int column) {
 
 }  // namespace
 
-FilterOutcome MakeFilter(const CsvTable& table, const FilterOptions& options, Notes* notes, NCProgress* progress) {
+FilterOutcome MakeFilter(const CsvTable& table, const FilterRecipe& recipe, Notes* notes, NCProgress* progress) {
   FilterOutcome made;
-  FitOptions selection = options;
+  FitRecipe selection;
+  static_cast<XRecipe&>(selection) = recipe;
   selection.groups = kFewestGroups;
-  ModelData data = SelectData(table, selection, options.y, notes, progress);
+  ModelData data = SelectData(table, selection, recipe.y, notes, progress);
   LeaveOutRowsWithoutY(&data, notes);
   StoredFilter& filter = made.filter;
-  FillFrame(table, options, data, &filter);
+  FillFrame(table, selection, data, &filter);
   filter.groups = 0;
   filter.yNames = data.yNames;
   NCDataMatrix<float> x = data.x;
   NCDataMatrix<float> y = data.y;
-  filter.xScale = ScaleColumns(options.scaling, data.xNames, &x);
-  ScaleColumns(ScalingOfY(options.scaling), data.yNames, &y);
-  const int most = MostComponents(data, options.components, notes);
+  filter.xScale = ScaleColumns(recipe.scaling, data.xNames, &x);
+  ScaleColumns(ScalingOfY(recipe.scaling), data.yNames, &y);
+  const int most = MostComponents(data, recipe.components, notes);
   FilterFit fit = FitOrNameLeftOut(data, [&] { return FitFilter(x, y, most, progress); });
   filter.filter = std::move(fit.filter);
   filter.components = std::move(fit.components);
@@ -106,7 +107,7 @@ FilteredTable ApplyFilter(const StoredFilter& filter, const CsvTable& table, Not
   return filtered;
 }
 
-std::string FilteredText(const CsvTable& table, const FilterOutcome& outcome, const FilterOptions& options,
+std::string FilteredText(const CsvTable& table, const FilterOutcome& outcome, const CsvMarkOptions& marks,
                          Notes* notes, NCProgress* progress) {
   const StoredFilter& filter = outcome.filter;
   const FilteredTable& filtered = outcome.filtered;
@@ -120,7 +121,7 @@ std::string FilteredText(const CsvTable& table, const FilterOutcome& outcome, co
     if (place == 0 || filtered.cells[row + 1][place] == kMissingCell) return std::nullopt;
     return filtered.cells[row + 1][place];
   };
-  return WithNewCells(table, filter.idColumn, options.csvMarks, filteredCell, notes, progress);
+  return WithNewCells(table, filter.idColumn, marks, filteredCell, notes, progress);
 }
 
 }  // namespace kalmia::app

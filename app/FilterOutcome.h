@@ -3,9 +3,10 @@
 #include <string>
 #include <vector>
 
+#include "app/CsvMarks.h"
 #include "app/CsvTable.h"
+#include "app/FitRecipes.h"
 #include "app/Notes.h"
-#include "app/Options.h"
 #include "app/StoredModel.h"
 #include "kalmia/containers/NCDataMatrix.h"
 #include "kalmia/support/NCProgress.h"
@@ -26,10 +27,10 @@ struct FilterOutcome {
   FilteredTable filtered;
 };
 
-/// Makes the filter that the options ask for, and applies it. Rows without any X cell, or without any Y cell, take no
+/// Makes the filter that the recipe asks for, and applies it. Rows without any X cell, or without any Y cell, take no
 /// part in the fit, with a note; they are filtered like the others. Here as below `progress` may be null. Throws Failure
 /// as SelectData, FitFilter and ApplyFilter do.
-FilterOutcome MakeFilter(const CsvTable& table, const FilterOptions& options, Notes* notes, NCProgress* progress);
+FilterOutcome MakeFilter(const CsvTable& table, const FilterRecipe& recipe, Notes* notes, NCProgress* progress);
 
 /// Filters the rows of a table, whose columns are matched by name. The table that a filter was made of comes out as it
 /// does with the stored filter, to the bit. A missing cell stays missing.
@@ -38,7 +39,7 @@ FilteredTable ApplyFilter(const StoredFilter& filter, const CsvTable& table, Not
 
 /// The text of the table with the filtered cells in it, as WithNewCells writes it, with its note; a missing cell stays as
 /// it is.
-std::string FilteredText(const CsvTable& table, const FilterOutcome& outcome, const FilterOptions& options,
+std::string FilteredText(const CsvTable& table, const FilterOutcome& outcome, const CsvMarkOptions& marks,
                          Notes* notes, NCProgress* progress);
 
 }  // namespace kalmia::app

@@ -20,6 +20,11 @@ void CheckFitPlaces(const FitOptions& options, const std::vector<std::string>& c
   CheckPlaces(inputs, places);
 }
 
+std::optional<GivenSteps> ReadFitSteps(const FitOptions& options) {
+  if (options.steps.empty() && options.stepsFile.empty()) return std::nullopt;
+  return ReadSteps(options.steps, options.stepsFile);
+}
+
 FitFiles WriteFitFiles(const FitOptions& options, const std::function<std::string()>& modelBytes,
                        const std::function<std::vector<CsvFile>()>& csvFiles, NCProgress* progress,
                        const CrossValidationOutput& crossValidation) {

@@ -1,11 +1,13 @@
 #pragma once
 
 #include <functional>
+#include <optional>
 #include <string>
 #include <vector>
 
 #include "app/CsvText.h"
 #include "app/Options.h"
+#include "app/StepChainFile.h"
 #include "kalmia/support/NCProgress.h"
 
 namespace kalmia::app {
@@ -27,6 +29,9 @@ struct CrossValidationOutput {
 /// write them all. `csvNames` are the names of those that --csv writes, `saveCv` that of --save-cv or empty.
 void CheckFitPlaces(const FitOptions& options, const std::vector<std::string>& csvNames,
                     const std::string& saveCv = "");
+
+/// The steps that the options name, read as ReadSteps does; nothing where they name none.
+std::optional<GivenSteps> ReadFitSteps(const FitOptions& options);
 
 /// Writes the stored model, the cross-validation and the CSV files that the options ask for, all of them or, with a
 /// Failure (Files), none. `progress` may be null.

@@ -4,23 +4,23 @@
 
 namespace kalmia::app {
 
-void FillFrame(const CsvTable& table, const FitOptions& options, const ModelData& data, ModelFrame* frame) {
+void FillFrame(const CsvTable& table, const FitRecipe& recipe, const ModelData& data, ModelFrame* frame) {
   frame->writtenBy = kVersion;
   frame->table = table.Name();
-  frame->idColumn = options.id;
-  frame->groupColumn = options.groupColumn;
+  frame->idColumn = recipe.id;
+  frame->groupColumn = recipe.groupColumn;
   frame->groups = data.rounds;
-  frame->scaling = options.scaling;
+  frame->scaling = recipe.scaling;
   frame->chain = data.chain;
   frame->xNames = data.xNames;
   frame->rowNames = data.rowNames;
 }
 
-FitRules RulesOf(const FitOptions& options, const ModelData& data, Notes* notes) {
+FitRules RulesOf(const FitRecipe& recipe, const ModelData& data, Notes* notes) {
   FitRules rules;
-  rules.mostComponents = MostComponents(data, options.components, notes);
-  rules.stopAtFirstFailure = !options.components;
-  rules.unitVariance = options.scaling == NCScale::ScalingUnitVariance;
+  rules.mostComponents = MostComponents(data, recipe.components, notes);
+  rules.stopAtFirstFailure = !recipe.components;
+  rules.unitVariance = recipe.scaling == NCScale::ScalingUnitVariance;
   return rules;
 }
 

@@ -4,10 +4,10 @@
 
 #include "app/CsvTable.h"
 #include "app/Failure.h"
+#include "app/FitRecipes.h"
 #include "app/FitRules.h"
 #include "app/ModelData.h"
 #include "app/Notes.h"
-#include "app/Options.h"
 #include "app/StoredModel.h"
 
 namespace kalmia::app {
@@ -15,10 +15,10 @@ namespace kalmia::app {
 // What every fitting command does around the fit itself.
 
 /// Fills the frame of a model but for the scaling and the pooled deviation.
-void FillFrame(const CsvTable& table, const FitOptions& options, const ModelData& data, ModelFrame* frame);
+void FillFrame(const CsvTable& table, const FitRecipe& recipe, const ModelData& data, ModelFrame* frame);
 
-/// When the extraction of components stops, as the options say. Notes a cut of their number.
-FitRules RulesOf(const FitOptions& options, const ModelData& data, Notes* notes);
+/// When the extraction of components stops, as the recipe says. Notes a cut of their number.
+FitRules RulesOf(const FitRecipe& recipe, const ModelData& data, Notes* notes);
 
 /// What `fit` returns. Where it fails for bad data, the failure also names what X had to do without.
 template <class Fit>

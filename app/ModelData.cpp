@@ -8,7 +8,6 @@
 #include "app/DisplayText.h"
 #include "app/Failure.h"
 #include "app/PreprocessedX.h"
-#include "app/StepChainFile.h"
 #include "app/TableColumns.h"
 #include "kalmia/containers/Missing.h"
 #include "kalmia/pcapls/PCACrossValidation.h"
@@ -33,9 +32,9 @@ std::string Named(const std::string& kind, const std::vector<std::string>& names
 /// Works from the columns of the table to the matrices.
 class Selection {
  public:
-  Selection(const CsvTable& table, const FitOptions& options, const std::vector<std::string>& y, Notes* notes,
+  Selection(const CsvTable& table, const FitRecipe& recipe, const std::vector<std::string>& y, Notes* notes,
             NCProgress* progress)
-      : table_(table), options_(options), yArguments_(y), notes_(notes), progress_(progress) {}
+      : table_(table), recipe_(recipe), yArguments_(y), notes_(notes), progress_(progress) {}
 
   ModelData Select() {
     NameColumns();
@@ -57,10 +56,10 @@ class Selection {
 
   void NameColumns() {
     yColumns_ = RequireColumns(table_, yArguments_);
-    excluded_ = ColumnsToExclude(table_, options_.exclude);
+    excluded_ = ColumnsToExclude(table_, recipe_.exclude);
     excluded_.insert(excluded_.end(), yColumns_.begin(), yColumns_.end());
-    if (!options_.id.empty()) idColumn_ = RequireColumn(table_, options_.id);
-    if (!options_.groupColumn.empty()) groupColumn_ = RequireColumn(table_, options_.groupColumn);
+    if (!recipe_.id.empty()) idColumn_ = RequireColumn(table_, recipe_.id);
+    if (!recipe_.groupColumn.empty()) groupColumn_ = RequireColumn(table_, recipe_.groupColumn);
     for (const int column : {idColumn_, groupColumn_}) {
       if (column < 0) continue;
       if (std::find(yColumns_.begin(), yColumns_.end(), column) != yColumns_.end()) {
@@ -82,12 +81,12 @@ class Selection {
   }
 
   void ReadX() {
-    for (const int column : RequireColumnsOrAll(table_, options_.x)) {
+    for (const int column : RequireColumnsOrAll(table_, recipe_.x)) {
       if (std::find(excluded_.begin(), excluded_.end(), column) != excluded_.end()) continue;
       const ColumnKind kind = KindOfColumn(table_, column);
       if (kind == ColumnKind::Texts) {
         data_.textColumns.push_back(Name(column));
-      } else if (kind == ColumnKind::Empty && !options_.HasSteps()) {
+      } else if (kind == ColumnKind::Empty && !recipe_.steps) {
         data_.emptyColumns.push_back(Name(column));
       } else {
         x_.push_back({Name(column), ReadNumbers(table_, column, &moved_)});
@@ -101,9 +100,8 @@ class Selection {
   }
 
   void Preprocess() {
-    if (!options_.HasSteps()) return;
-    const GivenSteps steps = ReadSteps(options_.steps, options_.stepsFile);
-    PreprocessedX made = PreprocessX(table_, idColumn_, steps, x_, data_.textColumns, notes_, progress_);
+    if (!recipe_.steps) return;
+    PreprocessedX made = PreprocessX(table_, idColumn_, *recipe_.steps, x_, data_.textColumns, notes_, progress_);
     data_.chain = std::move(made.chain);
     data_.emptyColumns = std::move(made.emptyColumns);
     x_ = std::move(made.columns);
@@ -177,9 +175,9 @@ class Selection {
       NumberGroups();
       return;
     }
-    data_.rounds = std::min(options_.groups, rows);
-    if (data_.rounds < options_.groups) {
-      notes_->Add(std::to_string(options_.groups) + " groups are cut to " + std::to_string(rows) +
+    data_.rounds = std::min(recipe_.groups, rows);
+    if (data_.rounds < recipe_.groups) {
+      notes_->Add(std::to_string(recipe_.groups) + " groups are cut to " + std::to_string(rows) +
                   ", the number of rows");
     }
     data_.groups = GetDeafultCVGroupsVector(rows, data_.rounds);
@@ -203,7 +201,7 @@ class Selection {
   }
 
   const CsvTable& table_;
-  const FitOptions& options_;
+  const FitRecipe& recipe_;
   const std::vector<std::string>& yArguments_;
   Notes* notes_;
   NCProgress* progress_;
@@ -220,9 +218,9 @@ class Selection {
 
 }  // namespace
 
-ModelData SelectData(const CsvTable& table, const FitOptions& options, const std::vector<std::string>& y,
+ModelData SelectData(const CsvTable& table, const FitRecipe& recipe, const std::vector<std::string>& y,
                      Notes* notes, NCProgress* progress) {
-  return Selection(table, options, y, notes, progress).Select();
+  return Selection(table, recipe, y, notes, progress).Select();
 }
 
 std::string LeftOutText(const ModelData& data) {

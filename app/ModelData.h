@@ -5,8 +5,8 @@
 #include <vector>
 
 #include "app/CsvTable.h"
+#include "app/FitRecipes.h"
 #include "app/Notes.h"
-#include "app/Options.h"
 #include "app/StepChain.h"
 #include "kalmia/containers/NCDataMatrix.h"
 #include "kalmia/containers/NCIntegralVector.h"
@@ -16,7 +16,7 @@ namespace kalmia::app {
 
 /// The tables that a model is fitted to, in the units of the file, with the names of their rows and columns.
 struct ModelData {
-  StepChain chain;  ///< what made X of the columns of the table, if the options name steps
+  StepChain chain;  ///< what made X of the columns of the table, if the recipe has steps
   std::vector<std::string> xNames;
   std::vector<std::string> yNames;
   std::vector<std::string> rowNames;
@@ -32,13 +32,12 @@ struct ModelData {
   std::vector<std::string> leftOutRows;  ///< rows without any cell of X
 };
 
-/// Selects X, Y, names and groups from the table as the options say; `y` holds the arguments of --y, none for a model
+/// Selects X, Y, names and groups from the table as the recipe says; `y` names the columns of Y, none for a model
 /// of X alone. Columns without numbers, constant and empty X columns, and rows without any X cell are left out, each
 /// kind with one note. With steps, constant and empty columns take part in them, and those that come out as such are
-/// left out. `progress`, which may be null, shows the steps. Throws Failure (Usage, Files) where the file of the steps
-/// is none, (BadData): a column that is not there; a Y of text, without values or without variance; no X column or no X cell left; X that the steps cannot take; a row
+/// left out. `progress`, which may be null, shows the steps. Throws Failure (BadData): a column that is not there; a Y of text, without values or without variance; no X column or no X cell left; X that the steps cannot take; a row
 /// without a group, fewer than two groups; a cell that is no number.
-ModelData SelectData(const CsvTable& table, const FitOptions& options, const std::vector<std::string>& y, Notes* notes,
+ModelData SelectData(const CsvTable& table, const FitRecipe& recipe, const std::vector<std::string>& y, Notes* notes,
                      NCProgress* progress);
 
 /// "constant columns: a, b; empty columns: c", what was left out of X for want of variance; empty if nothing was.

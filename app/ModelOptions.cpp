@@ -10,11 +10,12 @@ const std::string kColumnsHelp = "names and ranges FIRST..LAST with commas betwe
 
 /// The options of every command that fits a model. The table is declared before, so that it comes first in the help.
 template <class DeclareComponents>
-void DeclareFit(CommandOptions* command, FitOptions* options, const DeclareComponents& declareComponents) {
-  command->Text("--id", "NAME", &options->id, "column that names the rows");
-  command->Names("--x", &options->x, "columns to model from, " + kColumnsHelp + " (default: all others of numbers)",
+void DeclareFit(CommandOptions* command, FitOptions* options, FitRecipe* recipe,
+                const DeclareComponents& declareComponents) {
+  command->Text("--id", "NAME", &recipe->id, "column that names the rows");
+  command->Names("--x", &recipe->x, "columns to model from, " + kColumnsHelp + " (default: all others of numbers)",
                  "COLUMNS");
-  command->Names("--exclude", &options->exclude, "columns to leave out of X, named likewise; not with --x", "COLUMNS");
+  command->Names("--exclude", &recipe->exclude, "columns to leave out of X, named likewise; not with --x", "COLUMNS");
   command->Exclude("--x", "--exclude");
   command->Text("--steps", "STEPS", &options->steps,
                 "preprocess X by these steps, with commas between them, which predict repeats; what wavelet-compress "
@@ -24,19 +25,19 @@ void DeclareFit(CommandOptions* command, FitOptions* options, const DeclareCompo
                  "the same by the steps in this file, also one on each line, or by those that kalmia preprocess --save "
                  "has written");
   command->Exclude("--steps", "--steps-file");
-  command->Scaling("--scale", &options->scaling, "scaling of X: uv (default), pareto, centre or none");
+  command->Scaling("--scale", &recipe->scaling, "scaling of X: uv (default), pareto, centre or none");
   declareComponents();
-  command->Number("--groups", 2, &options->groups, "number of groups of the cross-validation (default: 7)");
-  command->Text("--group-column", "NAME", &options->groupColumn,
+  command->Number("--groups", 2, &recipe->groups, "number of groups of the cross-validation (default: 7)");
+  command->Text("--group-column", "NAME", &recipe->groupColumn,
                 "column whose values are the groups; not with --groups");
   command->Exclude("--groups", "--group-column");
   command->Text("--save", "FILE", &options->save, "store the model");
   command->Flag("--json", &options->json, "print JSON");
 }
 
-void DeclareFit(CommandOptions* command, FitOptions* options) {
-  DeclareFit(command, options, [=] {
-    command->NumberOrAuto("--components", 1, &options->components,
+void DeclareFit(CommandOptions* command, FitOptions* options, FitRecipe* recipe) {
+  DeclareFit(command, options, recipe, [=] {
+    command->NumberOrAuto("--components", 1, &recipe->components,
                           "number of components; auto (default): as long as Q2 exceeds its limit");
   });
 }
@@ -45,9 +46,9 @@ void DeclareFit(CommandOptions* command, FitOptions* options) {
 
 void DeclarePls(CommandOptions* command, PlsOptions* options) {
   command->File("TABLE", &options->table, "CSV table with a header, also as .gz");
-  command->Names("--y", &options->y, "column to model, always needed; several: repeat, or put commas between");
+  command->Names("--y", &options->recipe.y, "column to model, always needed; several: repeat, or put commas between");
   command->Require("--y");
-  DeclareFit(command, options);
+  DeclareFit(command, options, &options->recipe);
   command->Text("--csv", "DIR", &options->csvFolder, "write scores, loadings, coefficients and more as CSV files");
   DeclareCsvMarks(command, &options->csvMarks, {{"--csv", &options->csvFolder}});
   DeclareReading(command, &options->reading);
@@ -59,7 +60,7 @@ void DeclarePls(CommandOptions* command, PlsOptions* options) {
 
 void DeclarePca(CommandOptions* command, PcaOptions* options) {
   command->File("TABLE", &options->table, "CSV table with a header, also as .gz");
-  DeclareFit(command, options);
+  DeclareFit(command, options, &options->recipe);
   command->Text("--csv", "DIR", &options->csvFolder, "write scores, loadings and more as CSV files");
   DeclareCsvMarks(command, &options->csvMarks, {{"--csv", &options->csvFolder}});
   DeclareReading(command, &options->reading);
@@ -71,12 +72,12 @@ void DeclarePca(CommandOptions* command, PcaOptions* options) {
 
 void DeclareOpls(CommandOptions* command, OplsOptions* options) {
   command->File("TABLE", &options->table, "CSV table with a header, also as .gz");
-  command->Names("--y", &options->y, "column to model, always needed; several: repeat, or put commas between");
+  command->Names("--y", &options->recipe.y, "column to model, always needed; several: repeat, or put commas between");
   command->Require("--y");
-  DeclareFit(command, options, [=] {
-    command->NumberOrAuto("--predictive", 1, &options->predictive,
+  DeclareFit(command, options, &options->recipe, [=] {
+    command->NumberOrAuto("--predictive", 1, &options->recipe.predictive,
                           "number of predictive components; auto (default): those of note in Y'X");
-    command->NumberOrAuto("--orthogonal", 0, &options->components,
+    command->NumberOrAuto("--orthogonal", 0, &options->recipe.components,
                           "number of orthogonal components; auto (default): as long as Q2 gains more than its limit");
   });
   command->Text("--save-cv", "FILE", &options->saveCv, "store the cross-validation, for --resume");
@@ -96,12 +97,12 @@ void DeclareO2pls(CommandOptions* command, O2plsOptions* options) {
   command->File("X", &options->table, "CSV table with a header, also as .gz, the X block");
   command->File("Y", &options->yTable,
                 "CSV table with a header, also as .gz, the Y block; it may be the same file, with --x and --y");
-  command->Text("--id", "NAME", &options->id, "column of both tables that names the rows and matches them");
-  command->Names("--x", &options->x,
+  command->Text("--id", "NAME", &options->recipe.id, "column of both tables that names the rows and matches them");
+  command->Names("--x", &options->recipe.x,
                  "columns of the X table that are the block, " + kColumnsHelp + " (default: all of numbers)",
                  "COLUMNS");
-  command->Names("--y", &options->y, "the same of the Y table", "COLUMNS");
-  command->Scaling("--scale", &options->scaling, "scaling of both blocks: uv (default), pareto, centre or none");
+  command->Names("--y", &options->recipe.y, "the same of the Y table", "COLUMNS");
+  command->Scaling("--scale", &options->recipe.scaling, "scaling of both blocks: uv (default), pareto, centre or none");
   command->Number("--joint", 1, &options->joint, "number of components that the blocks share (predictive components)");
   command->Number("--x-unique", 0, &options->xUnique,
                   "number of components of X that have nothing to do with Y; the library's X side, which the progress "
@@ -118,8 +119,8 @@ void DeclareO2pls(CommandOptions* command, O2plsOptions* options) {
     if (isAll || isNone) return "";
     return "--joint, --x-unique and --y-unique go together: give all three numbers, or none for --auto";
   });
-  command->Flag("--fill", &options->fill, "estimate missing cells of each block from the other first");
-  command->Number("--groups", 2, &options->groups, "number of groups of the cross-validation (default: 7)");
+  command->Flag("--fill", &options->recipe.fill, "estimate missing cells of each block from the other first");
+  command->Number("--groups", 2, &options->recipe.groups, "number of groups of the cross-validation (default: 7)");
   command->Text("--save", "FILE", &options->save, "store the model");
   command->Flag("--json", &options->json, "print JSON");
   command->Text("--csv", "DIR", &options->csvFolder, "write scores, loadings, weights and fitted values as CSV files");
@@ -149,12 +150,13 @@ void DeclareFill(CommandOptions* command, FillOptions* options) {
   command->File("TABLE", &options->table, "CSV table with a header, also as .gz");
   command->Text("--out", "FILE", &options->out, "the table with its missing cells filled, always needed");
   command->Require("--out");
-  command->Text("--id", "NAME", &options->id, "column that names the rows; it takes no part");
-  command->Names("--exclude", &options->exclude,
+  command->Text("--id", "NAME", &options->recipe.id, "column that names the rows; it takes no part");
+  command->Names("--exclude", &options->recipe.exclude,
                  "further columns that take no part and stay as they are, " + kColumnsHelp, "COLUMNS");
-  command->NumberOrAuto("--components", 0, &options->components,
+  command->NumberOrAuto("--components", 0, &options->recipe.components,
                         "number of components; auto (default): as many as bring hidden cells back best; 0: means");
-  command->Flag("--check", &options->check, "hide a tenth of the present cells as well, and tell how they come back");
+  command->Flag("--check", &options->recipe.check,
+                "hide a tenth of the present cells as well, and tell how they come back");
   command->Flag("--report", &options->report, "the old name of --check");
   DeclareCsvMarks(command, &options->csvMarks);
   command->Flag("--json", &options->json, "print JSON");
@@ -166,15 +168,16 @@ void DeclareFilter(CommandOptions* command, FilterOptions* options) {
   command->File("TABLE", &options->table, "CSV table with a header, also as .gz");
   command->Text("--out", "FILE", &options->out, "the table with its X columns filtered, always needed");
   command->Require("--out");
-  command->Names("--y", &options->y,
+  command->Names("--y", &options->recipe.y,
                  "column that the filter leaves alone what has to do with; several: repeat, or put commas between");
-  command->Number("--components", 1, &options->components, "number of components to take out");
-  command->Text("--id", "NAME", &options->id, "column that names the rows; it takes no part");
-  command->Names("--x", &options->x, "columns to filter, " + kColumnsHelp + " (default: all others of numbers)",
+  command->Number("--components", 1, &options->recipe.components, "number of components to take out");
+  command->Text("--id", "NAME", &options->recipe.id, "column that names the rows; it takes no part");
+  command->Names("--x", &options->recipe.x, "columns to filter, " + kColumnsHelp + " (default: all others of numbers)",
                  "COLUMNS");
-  command->Names("--exclude", &options->exclude, "columns to leave out of X, named likewise; not with --x", "COLUMNS");
+  command->Names("--exclude", &options->recipe.exclude, "columns to leave out of X, named likewise; not with --x",
+                 "COLUMNS");
   command->Exclude("--x", "--exclude");
-  command->Scaling("--scale", &options->scaling, "scaling of X: uv (default), pareto, centre or none");
+  command->Scaling("--scale", &options->recipe.scaling, "scaling of X: uv (default), pareto, centre or none");
   command->Text("--save", "FILE", &options->save, "store the filter");
   DeclareCsvMarks(command, &options->csvMarks);
   command->Input("--model", &options->model, "apply this stored filter instead of making one");
@@ -182,7 +185,7 @@ void DeclareFilter(CommandOptions* command, FilterOptions* options) {
     command->Exclude("--model", option);
   }
   command->Check([options] {
-    const bool isMade = !options->y.empty() && options->components;
+    const bool isMade = !options->recipe.y.empty() && options->recipe.components;
     return isMade || !options->model.empty()
                ? ""
                : "filter needs --y and --components to make a filter, or --model to apply one";

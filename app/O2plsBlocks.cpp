@@ -50,14 +50,14 @@ std::unordered_map<std::string, int> RowsOfIds(const CsvTable& table, int column
 /// Works from the two tables to the blocks.
 class Selection {
  public:
-  Selection(const CsvTable& xTable, const CsvTable& yTable, const O2plsOptions& options, Notes* notes)
-      : xTable_(xTable), yTable_(yTable), options_(options), notes_(notes) {}
+  Selection(const CsvTable& xTable, const CsvTable& yTable, const O2PLSRecipe& recipe, Notes* notes)
+      : xTable_(xTable), yTable_(yTable), recipe_(recipe), notes_(notes) {}
 
   BlockPair Select() {
     PairRows();
-    ReadBlock(xTable_, options_.x, rows_.x, "X", &pair_.x);
-    ReadBlock(yTable_, options_.y, rows_.y, "Y", &pair_.y);
-    if (options_.fill) LeaveOutEmptyRows();
+    ReadBlock(xTable_, recipe_.x, rows_.x, "X", &pair_.x);
+    ReadBlock(yTable_, recipe_.y, rows_.y, "Y", &pair_.y);
+    if (recipe_.fill) LeaveOutEmptyRows();
     if (rows_.x.size() < 2) {
       throw Failure(ExitCode::BadData, xTable_.Name() + " and " + yTable_.Name() + " have only " +
                                            Counted(rows_.x.size(), "row") +
@@ -66,7 +66,7 @@ class Selection {
     LeaveOutColumns(xTable_, "X", &pair_.x);
     LeaveOutColumns(yTable_, "Y", &pair_.y);
     RefuseSharedColumns();
-    if (!options_.fill) RefuseHoles();
+    if (!recipe_.fill) RefuseHoles();
     MakeGroups();
     NoteMovedCells(moved_, notes_);
     return std::move(pair_);
@@ -74,7 +74,7 @@ class Selection {
 
  private:
   void PairRows() {
-    if (options_.id.empty()) {
+    if (recipe_.id.empty()) {
       PairRowsByPlace();
     } else {
       PairRowsById();
@@ -95,8 +95,8 @@ class Selection {
   }
 
   void PairRowsById() {
-    xId_ = RequireColumn(xTable_, options_.id);
-    yId_ = RequireColumn(yTable_, options_.id);
+    xId_ = RequireColumn(xTable_, recipe_.id);
+    yId_ = RequireColumn(yTable_, recipe_.id);
     RowsOfIds(xTable_, xId_);
     const auto rowsOfY = RowsOfIds(yTable_, yId_);
     std::vector<bool> taken(static_cast<std::size_t>(yTable_.Rows()), false);
@@ -117,7 +117,7 @@ class Selection {
     }
     if (rows_.x.empty()) {
       throw Failure(ExitCode::BadData, xTable_.Name() + " and " + yTable_.Name() + " have no id of column " +
-                                           Quoted(options_.id) + " in common");
+                                           Quoted(recipe_.id) + " in common");
     }
     NoteRows("rows of " + xTable_.Name() + " that " + yTable_.Name() + " lacks", pair_.onlyInX);
     NoteRows("rows of " + yTable_.Name() + " that " + xTable_.Name() + " lacks", pair_.onlyInY);
@@ -253,9 +253,9 @@ class Selection {
 
   void MakeGroups() {
     const auto rows = static_cast<int>(rows_.x.size());
-    pair_.rounds = std::min(options_.groups, rows);
-    if (pair_.rounds < options_.groups) {
-      notes_->Add(std::to_string(options_.groups) + " groups are cut to " + std::to_string(rows) +
+    pair_.rounds = std::min(recipe_.groups, rows);
+    if (pair_.rounds < recipe_.groups) {
+      notes_->Add(std::to_string(recipe_.groups) + " groups are cut to " + std::to_string(rows) +
                   ", the number of rows");
     }
     pair_.groups = GetDeafultCVGroupsVector(rows, pair_.rounds);
@@ -263,7 +263,7 @@ class Selection {
 
   const CsvTable& xTable_;
   const CsvTable& yTable_;
-  const O2plsOptions& options_;
+  const O2PLSRecipe& recipe_;
   Notes* notes_;
   BlockPair pair_;
   int xId_ = -1;
@@ -274,8 +274,8 @@ class Selection {
 
 }  // namespace
 
-BlockPair SelectBlocks(const CsvTable& xTable, const CsvTable& yTable, const O2plsOptions& options, Notes* notes) {
-  return Selection(xTable, yTable, options, notes).Select();
+BlockPair SelectBlocks(const CsvTable& xTable, const CsvTable& yTable, const O2PLSRecipe& recipe, Notes* notes) {
+  return Selection(xTable, yTable, recipe, notes).Select();
 }
 
 }  // namespace kalmia::app

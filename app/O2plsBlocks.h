@@ -4,8 +4,8 @@
 #include <vector>
 
 #include "app/CsvTable.h"
+#include "app/FitRecipes.h"
 #include "app/Notes.h"
-#include "app/Options.h"
 #include "kalmia/containers/NCDataMatrix.h"
 #include "kalmia/containers/NCIntegralVector.h"
 
@@ -39,6 +39,6 @@ struct BlockPair {
 /// Throws Failure (BadData): a column that does not exist; a row without an id, an id that comes twice, no common id;
 /// without --id tables of different length; a block without a column that varies; a column of the same cells in
 /// both blocks; a hole, unless --fill is given; fewer than two rows; a cell that is no number.
-BlockPair SelectBlocks(const CsvTable& xTable, const CsvTable& yTable, const O2plsOptions& options, Notes* notes);
+BlockPair SelectBlocks(const CsvTable& xTable, const CsvTable& yTable, const O2PLSRecipe& recipe, Notes* notes);
 
 }  // namespace kalmia::app

@@ -22,6 +22,13 @@ void CheckFiles(const O2plsOptions& options) {
   CheckPlaces({{"the X table", options.table}, {"the Y table", options.yTable}}, places);
 }
 
+/// The numbers come all three or not at all.
+O2PLSRecipe RecipeOf(const O2plsOptions& options) {
+  O2PLSRecipe recipe = options.recipe;
+  if (options.joint) recipe.numbers = {*options.joint, *options.xUnique, *options.yUnique};
+  return recipe;
+}
+
 }  // namespace
 
 std::string RunCommand(const O2plsOptions& options, Notes* notes) {
@@ -29,7 +36,7 @@ std::string RunCommand(const O2plsOptions& options, Notes* notes) {
   const CsvTable xTable = ReadTable(options.table, options.reading);
   const CsvTable yTable = ReadTable(options.yTable, options.reading);
   TerminalBar bar;
-  const O2plsOutcome outcome = ComputeO2pls(xTable, yTable, options, notes, bar.Get());
+  const O2plsOutcome outcome = ComputeO2pls(xTable, yTable, RecipeOf(options), notes, bar.Get());
   FitFiles files;
   if (outcome.AnyKept()) {
     files = WriteFitFiles(

@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "app/ComponentRecord.h"
+#include "app/FitRecipes.h"
 #include "app/Notes.h"
 #include "app/StoredModel.h"
 #include "kalmia/containers/NCDataMatrix.h"
@@ -12,13 +13,6 @@
 #include "kalmia/support/NCProgress.h"
 
 namespace kalmia::app {
-
-/// How many components a model has of each kind.
-struct O2plsNumbers {
-  int joint = 0;
-  int xUnique = 0;
-  int yUnique = 0;
-};
 
 /// What an O2PLS fit takes: complete scaled blocks of the same rows.
 struct O2plsTask {

@@ -16,13 +16,13 @@ namespace kalmia::app {
 
 namespace {
 
-void FillFrame(const O2plsOptions& options, const BlockPair& data, StoredO2pls* model) {
+void FillFrame(const O2PLSRecipe& recipe, const BlockPair& data, StoredO2pls* model) {
   model->writtenBy = kVersion;
   model->table = data.x.table;
   model->yTable = data.y.table;
-  model->idColumn = options.id;
+  model->idColumn = recipe.id;
   model->groups = data.rounds;
-  model->scaling = options.scaling;
+  model->scaling = recipe.scaling;
   model->xNames = data.x.names;
   model->yNames = data.y.names;
   model->rowNames = data.rowNames;
@@ -69,20 +69,20 @@ void JudgePredictions(const O2plsTask& task, O2plsOutcome* outcome, NCProgress* 
 
 }  // namespace
 
-O2plsOutcome ComputeO2pls(const CsvTable& xTable, const CsvTable& yTable, const O2plsOptions& options, Notes* notes,
+O2plsOutcome ComputeO2pls(const CsvTable& xTable, const CsvTable& yTable, const O2PLSRecipe& recipe, Notes* notes,
                           NCProgress* progress) {
   O2plsOutcome outcome;
-  outcome.data = SelectBlocks(xTable, yTable, options, notes);
+  outcome.data = SelectBlocks(xTable, yTable, recipe, notes);
   O2plsTask task;
   task.x = outcome.data.x.cells;
   task.y = outcome.data.y.cells;
   task.groups = outcome.data.groups;
   task.rounds = outcome.data.rounds;
-  if (options.joint) task.numbers = {*options.joint, *options.xUnique, *options.yUnique};
+  task.numbers = recipe.numbers;
   StoredO2pls& model = outcome.model;
-  FillFrame(options, outcome.data, &model);
-  model.xScale = ScaleColumns(options.scaling, outcome.data.x.names, &task.x);
-  model.yScale = ScaleColumns(options.scaling, outcome.data.y.names, &task.y);
+  FillFrame(recipe, outcome.data, &model);
+  model.xScale = ScaleColumns(recipe.scaling, outcome.data.x.names, &task.x);
+  model.yScale = ScaleColumns(recipe.scaling, outcome.data.y.names, &task.y);
   FillHoles(&task, &outcome, notes, progress);
   O2plsFit fit = FitO2pls(task, notes, progress);
   outcome.components = fit.components;

@@ -3,9 +3,9 @@
 #include <vector>
 
 #include "app/CsvTable.h"
+#include "app/FitRecipes.h"
 #include "app/O2plsBlocks.h"
 #include "app/O2plsFit.h"
-#include "app/Options.h"
 #include "app/Prediction.h"
 #include "app/StoredModel.h"
 #include "kalmia/support/NCProgress.h"
@@ -27,10 +27,10 @@ struct O2plsOutcome {
   bool AnyKept() const { return model.Joint() > 0; }
 };
 
-/// Fits the model that the options ask for and judges it. Adds notes about what was left out or filled. `progress` may be
+/// Fits the model that the recipe asks for and judges it. Adds notes about what was left out or filled. `progress` may be
 /// null.
 /// Throws Failure as SelectBlocks and FitO2pls do, and (BadData) where missing cells cannot be estimated.
-O2plsOutcome ComputeO2pls(const CsvTable& xTable, const CsvTable& yTable, const O2plsOptions& options, Notes* notes,
+O2plsOutcome ComputeO2pls(const CsvTable& xTable, const CsvTable& yTable, const O2PLSRecipe& recipe, Notes* notes,
                           NCProgress* progress);
 
 }  // namespace kalmia::app

@@ -35,8 +35,10 @@ std::string RunCommand(const OplsOptions& options, Notes* notes) {
   std::optional<StoredOplsCv> resumed;
   if (!options.resume.empty()) resumed = ReadOplsCvFile(ReadInput(options.resume), InputName(options.resume));
   const CsvTable table = ReadTable(options.table, options.reading);
+  OPLSRecipe recipe = options.recipe;
+  recipe.steps = ReadFitSteps(options);
   TerminalBar bar;
-  const OplsOutcome outcome = ComputeOpls(table, options, resumed ? &*resumed : nullptr, notes, bar.Get());
+  const OplsOutcome outcome = ComputeOpls(table, recipe, resumed ? &*resumed : nullptr, notes, bar.Get());
   const FitFiles files = WriteFitFiles(
       options, [&] { return ModelFileBytes(outcome.model); },
       [&] { return OplsCsvFiles(outcome, MarksOf(options.csvMarks)); }, bar.Get(),

@@ -37,28 +37,28 @@ void RequireInEachRound(const ModelData& data, const NCDataMatrix<float>& table,
 }
 
 /// As many predictive components as Y has columns, at most, and both kinds together as the table carries.
-void CutComponents(const OplsOptions& options, const ModelData& data, OplsTask* task, Notes* notes) {
+void CutComponents(const OPLSRecipe& recipe, const ModelData& data, OplsTask* task, Notes* notes) {
   const int yColumns = data.y.SizeColumns();
-  task->predictive = options.predictive;
-  if (options.predictive && *options.predictive > yColumns) {
-    notes->Add(std::to_string(*options.predictive) + " predictive components are cut to " + std::to_string(yColumns) +
+  task->predictive = recipe.predictive;
+  if (recipe.predictive && *recipe.predictive > yColumns) {
+    notes->Add(std::to_string(*recipe.predictive) + " predictive components are cut to " + std::to_string(yColumns) +
                ", the number of Y columns");
     task->predictive = yColumns;
   }
-  if (options.components && *options.components == 0) {
+  if (recipe.components && *recipe.components == 0) {
     task->mostComponents = 0;
     return;
   }
-  task->mostComponents = MostComponents(data, options.components, notes);
+  task->mostComponents = MostComponents(data, recipe.components, notes);
 }
 
 }  // namespace
 
-OplsOutcome ComputeOpls(const CsvTable& table, const OplsOptions& options, const StoredOplsCv* resumed, Notes* notes,
+OplsOutcome ComputeOpls(const CsvTable& table, const OPLSRecipe& recipe, const StoredOplsCv* resumed, Notes* notes,
                         NCProgress* progress) {
   OplsOutcome outcome;
-  outcome.data = SelectData(table, options, options.y, notes, progress);
-  if (resumed != nullptr) RequireSameTable(*resumed, outcome.data, options.scaling);
+  outcome.data = SelectData(table, recipe, recipe.y, notes, progress);
+  if (resumed != nullptr) RequireSameTable(*resumed, outcome.data, recipe.scaling);
   RequireInEachRound(outcome.data, outcome.data.y, outcome.data.yNames, "Y", /*variance=*/true);
   RequireInEachRound(outcome.data, outcome.data.x, outcome.data.xNames, "X", /*variance=*/false);
   OplsTask task;
@@ -67,15 +67,15 @@ OplsOutcome ComputeOpls(const CsvTable& table, const OplsOptions& options, const
   task.groups = outcome.data.groups;
   task.rounds = outcome.data.rounds;
   task.resumed = resumed;
-  CutComponents(options, outcome.data, &task, notes);
-  task.stopAtFirstFailure = !options.components;
+  CutComponents(recipe, outcome.data, &task, notes);
+  task.stopAtFirstFailure = !recipe.components;
   StoredOpls& model = outcome.model;
-  FillFrame(table, options, outcome.data, &model);
+  FillFrame(table, recipe, outcome.data, &model);
   model.yNames = outcome.data.yNames;
-  model.xScale = ScaleColumns(options.scaling, outcome.data.xNames, &task.x);
-  model.yScale = ScaleColumns(ScalingOfY(options.scaling), outcome.data.yNames, &task.y);
+  model.xScale = ScaleColumns(recipe.scaling, outcome.data.xNames, &task.x);
+  model.yScale = ScaleColumns(ScalingOfY(recipe.scaling), outcome.data.yNames, &task.y);
   OplsFit fit = FitOrNameLeftOut(outcome.data, [&] { return FitOpls(task, progress); });
-  DescribeTable(outcome.data, options.scaling, &outcome.validation);
+  DescribeTable(outcome.data, recipe.scaling, &outcome.validation);
   outcome.validation.state = std::move(fit.validation);
   outcome.scaledX = task.x;
   outcome.components = fit.components;

@@ -4,8 +4,8 @@
 #include <vector>
 
 #include "app/CsvTable.h"
+#include "app/FitRecipes.h"
 #include "app/ModelData.h"
-#include "app/Options.h"
 #include "app/OplsCvFile.h"
 #include "app/OplsFit.h"
 #include "app/Prediction.h"
@@ -27,12 +27,12 @@ struct OplsOutcome {
   StoredOplsCv validation;                      ///< what --save-cv stores
 };
 
-/// Fits the model that the options ask for and judges it, from `resumed` on unless that is null. Adds notes about what
+/// Fits the model that the recipe asks for and judges it, from `resumed` on unless that is null. Adds notes about what
 /// was cut. `progress` may be null.
 /// Throws Failure as SelectData and FitOpls do, and (BadData) where `resumed` was made of another table or with other
 /// groups or scaling, or where without the rows of a group a Y column has no value or no variance, or an X column no
 /// value.
-OplsOutcome ComputeOpls(const CsvTable& table, const OplsOptions& options, const StoredOplsCv* resumed, Notes* notes,
+OplsOutcome ComputeOpls(const CsvTable& table, const OPLSRecipe& recipe, const StoredOplsCv* resumed, Notes* notes,
                         NCProgress* progress = nullptr);
 
 }  // namespace kalmia::app

@@ -13,8 +13,10 @@ namespace kalmia::app {
 std::string RunCommand(const PcaOptions& options, Notes* notes) {
   CheckFitPlaces(options, PcaCsvFileNames());
   const CsvTable table = ReadTable(options.table, options.reading);
+  PCARecipe recipe = options.recipe;
+  recipe.steps = ReadFitSteps(options);
   TerminalBar bar;
-  const PcaOutcome outcome = ComputePca(table, options, notes, bar.Get());
+  const PcaOutcome outcome = ComputePca(table, recipe, notes, bar.Get());
   FitFiles files;
   if (outcome.AnyKept()) {
     files = WriteFitFiles(

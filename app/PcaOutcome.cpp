@@ -22,13 +22,13 @@ void RequireTwoColumns(const CsvTable& table, const ModelData& data) {
 }
 
 /// Cross-validation leaves groups of columns out too, as many as there are groups of rows.
-void CutGroupsToColumns(const PcaOptions& options, ModelData* data, Notes* notes) {
+void CutGroupsToColumns(const PCARecipe& recipe, ModelData* data, Notes* notes) {
   const int columns = data->x.SizeColumns();
   if (data->rounds <= columns) return;
-  notes->Add(std::to_string(data->rounds) + " groups are " + (options.groupColumn.empty() ? "cut" : "merged") + " to " +
+  notes->Add(std::to_string(data->rounds) + " groups are " + (recipe.groupColumn.empty() ? "cut" : "merged") + " to " +
              std::to_string(columns) + ", the number of X columns");
   data->rounds = columns;
-  if (options.groupColumn.empty()) {
+  if (recipe.groupColumn.empty()) {
     data->groups = GetDeafultCVGroupsVector(data->x.SizeRows(), columns);
     return;
   }
@@ -44,19 +44,19 @@ void NoteComponents(const PcaFit& fit, Notes* notes) {
 
 }  // namespace
 
-PcaOutcome ComputePca(const CsvTable& table, const PcaOptions& options, Notes* notes, NCProgress* progress) {
+PcaOutcome ComputePca(const CsvTable& table, const PCARecipe& recipe, Notes* notes, NCProgress* progress) {
   PcaOutcome outcome;
-  outcome.data = SelectData(table, options, /*y=*/{}, notes, progress);
+  outcome.data = SelectData(table, recipe, /*y=*/{}, notes, progress);
   RequireTwoColumns(table, outcome.data);
-  CutGroupsToColumns(options, &outcome.data, notes);
+  CutGroupsToColumns(recipe, &outcome.data, notes);
   PcaTask task;
   task.x = outcome.data.x;
   task.groups = outcome.data.groups;
   task.rounds = outcome.data.rounds;
-  static_cast<FitRules&>(task) = RulesOf(options, outcome.data, notes);
-  task.centred = options.scaling != NCScale::ScalingNone;
-  FillFrame(table, options, outcome.data, &outcome.model);
-  outcome.model.xScale = ScaleColumns(options.scaling, outcome.data.xNames, &task.x);
+  static_cast<FitRules&>(task) = RulesOf(recipe, outcome.data, notes);
+  task.centred = recipe.scaling != NCScale::ScalingNone;
+  FillFrame(table, recipe, outcome.data, &outcome.model);
+  outcome.model.xScale = ScaleColumns(recipe.scaling, outcome.data.xNames, &task.x);
   PcaFit fit = FitOrNameLeftOut(outcome.data, [&] { return FitPca(task, progress); });
   NoteComponents(fit, notes);
   outcome.components = fit.components;

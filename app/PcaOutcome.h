@@ -5,8 +5,8 @@
 
 #include "app/ComponentRecord.h"
 #include "app/CsvTable.h"
+#include "app/FitRecipes.h"
 #include "app/ModelData.h"
-#include "app/Options.h"
 #include "app/PcaScores.h"
 #include "app/StoredModel.h"
 #include "kalmia/support/NCProgress.h"
@@ -26,8 +26,8 @@ struct PcaOutcome {
   bool AnyKept() const { return model.Components() > 0; }
 };
 
-/// Fits the model that the options ask for and judges it. Adds notes about what was cut. `progress` may be null.
+/// Fits the model that the recipe asks for and judges it. Adds notes about what was cut. `progress` may be null.
 /// Throws Failure as SelectData and FitPca do, and (BadData) where there is one column only.
-PcaOutcome ComputePca(const CsvTable& table, const PcaOptions& options, Notes* notes, NCProgress* progress);
+PcaOutcome ComputePca(const CsvTable& table, const PCARecipe& recipe, Notes* notes, NCProgress* progress);
 
 }  // namespace kalmia::app

@@ -13,8 +13,10 @@ namespace kalmia::app {
 std::string RunCommand(const PlsOptions& options, Notes* notes) {
   CheckFitPlaces(options, PlsCsvFileNames());
   const CsvTable table = ReadTable(options.table, options.reading);
+  PLSRecipe recipe = options.recipe;
+  recipe.steps = ReadFitSteps(options);
   TerminalBar bar;
-  const PlsOutcome outcome = ComputePls(table, options, notes, bar.Get());
+  const PlsOutcome outcome = ComputePls(table, recipe, notes, bar.Get());
   FitFiles files;
   if (outcome.AnyKept()) {
     files = WriteFitFiles(

@@ -10,19 +10,19 @@
 
 namespace kalmia::app {
 
-PlsOutcome ComputePls(const CsvTable& table, const PlsOptions& options, Notes* notes, NCProgress* progress) {
+PlsOutcome ComputePls(const CsvTable& table, const PLSRecipe& recipe, Notes* notes, NCProgress* progress) {
   PlsOutcome outcome;
-  outcome.data = SelectData(table, options, options.y, notes, progress);
+  outcome.data = SelectData(table, recipe, recipe.y, notes, progress);
   FitTask task;
   task.x = outcome.data.x;
   task.y = outcome.data.y;
   task.groups = outcome.data.groups;
   task.rounds = outcome.data.rounds;
-  static_cast<FitRules&>(task) = RulesOf(options, outcome.data, notes);
-  FillFrame(table, options, outcome.data, &outcome.model);
+  static_cast<FitRules&>(task) = RulesOf(recipe, outcome.data, notes);
+  FillFrame(table, recipe, outcome.data, &outcome.model);
   outcome.model.yNames = outcome.data.yNames;
-  outcome.model.xScale = ScaleColumns(options.scaling, outcome.data.xNames, &task.x);
-  outcome.model.yScale = ScaleColumns(ScalingOfY(options.scaling), outcome.data.yNames, &task.y);
+  outcome.model.xScale = ScaleColumns(recipe.scaling, outcome.data.xNames, &task.x);
+  outcome.model.yScale = ScaleColumns(ScalingOfY(recipe.scaling), outcome.data.yNames, &task.y);
   PlsFit fit = FitOrNameLeftOut(outcome.data, [&] { return FitPls(task, progress); });
   for (std::size_t a = 0; a < fit.components.size(); ++a) {
     NoteIterations(a + 1, fit.components[a].iterations, kMaxIterations, notes);

@@ -5,8 +5,8 @@
 
 #include "app/ComponentRecord.h"
 #include "app/CsvTable.h"
+#include "app/FitRecipes.h"
 #include "app/ModelData.h"
-#include "app/Options.h"
 #include "app/Prediction.h"
 #include "app/StoredModel.h"
 #include "kalmia/support/NCProgress.h"
@@ -24,8 +24,8 @@ struct PlsOutcome {
   bool AnyKept() const { return model.Components() > 0; }
 };
 
-/// Fits the model that the options ask for and judges it. Adds notes about what was cut. `progress` may be null.
+/// Fits the model that the recipe asks for and judges it. Adds notes about what was cut. `progress` may be null.
 /// Throws Failure as SelectData and FitPls do.
-PlsOutcome ComputePls(const CsvTable& table, const PlsOptions& options, Notes* notes, NCProgress* progress);
+PlsOutcome ComputePls(const CsvTable& table, const PLSRecipe& recipe, Notes* notes, NCProgress* progress);
 
 }  // namespace kalmia::app

@@ -333,11 +333,11 @@ TEST(OplsCvFile, IsReadOrRefusedButNeverHarmsWhenForged) {
 TEST(OplsCvFile, EndsInAFailureOrAFitWhenAForgedOneIsGoneOnFrom) {
   const std::string original = SmallCvFile();
   const kalmia::app::CsvTable table(UnrelatedTable(8, 3, 2, 1), "t.csv");
-  kalmia::app::OplsOptions options;
-  options.y = {"y1,y2"};
-  options.predictive = 1;
-  options.components = 2;
-  options.groups = 2;
+  kalmia::app::OPLSRecipe recipe;
+  recipe.y = {"y1,y2"};
+  recipe.predictive = 1;
+  recipe.components = 2;
+  recipe.groups = 2;
   int fitted = 0, refused = 0;
   for (std::size_t i = kContentAt; i < original.size(); ++i) {
     std::string bytes = original;
@@ -345,7 +345,7 @@ TEST(OplsCvFile, EndsInAFailureOrAFitWhenAForgedOneIsGoneOnFrom) {
     try {
       const StoredOplsCv stored = ReadOplsCvFile(WithMatchingChecksum(bytes), "cv");
       kalmia::app::Notes notes;
-      EXPECT_GE(ComputeOpls(table, options, &stored, &notes).components.size(), 1U);
+      EXPECT_GE(ComputeOpls(table, recipe, &stored, &notes).components.size(), 1U);
       ++fitted;
     } catch (const Failure& failure) {
       EXPECT_EQ(std::string(failure.what()).substr(0, 3), "cv ");
