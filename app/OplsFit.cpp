@@ -40,7 +40,7 @@ class Extraction {
   void StartWithBlock() {
     progress_.Begin(ComponentText(1));
     try {
-      model_.NextComponent(progress_.Bar());
+      model_.NextComponent(progress_.Bar(), progress_.SilentBar());
       if (!HasScores(*model_.GetTprim())) throw NCError("X and Y have nothing in common");
       if (task_.resumed == nullptr) StartValidation();
     } catch (const NCError& error) {
@@ -57,7 +57,7 @@ class Extraction {
     progress_.Begin(ComponentText(1) + kValidated);
     NCIntegralVector<int, -99> groups = task_.groups;
     validation_ = std::make_unique<OPLSCrossValidation>(&task_.x, &task_.y, model_.SizeComponents(), task_.rounds,
-                                                        progress_.Bar(), &groups);
+                                                        progress_.Bar(), &groups, progress_.SilentBar());
     fit_.validation.predictive = model_.SizeComponents();
     RememberStep();
   }
@@ -105,13 +105,13 @@ class Extraction {
     progress_.Begin(text);
     const NCOPLS before = model_;
     try {
-      model_.NextComponent(progress_.Bar());
+      model_.NextComponent(progress_.Bar(), progress_.SilentBar());
       const int newest = model_.SizeOrthogonalComponents();
       const NCDataVector<float>& t = (*model_.GetTOprim())[newest];
       if (!(t.GetSS() > kExhausted * task_.x.GetSS())) throw NCError(kNothingLeft);
       if (fit_.validation.steps.size() <= static_cast<std::size_t>(newest)) {
         progress_.Begin(text + kValidated);
-        validation_->NextComponent(progress_.Bar());
+        validation_->NextComponent(progress_.Bar(), progress_.SilentBar());
         RememberStep();
       }
     } catch (const NCError& error) {

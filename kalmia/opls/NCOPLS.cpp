@@ -114,14 +114,14 @@ NCOPLS& NCOPLS::operator=(const NCOPLS& other) {
 
 NCOPLS::~NCOPLS() = default;
 
-void NCOPLS::NextComponent(NCProgress* progress) {
-  if (tprim_.SizeRows() == 0) return CalcOPLS(progress, CrossProduct(x_));
+void NCOPLS::NextComponent(NCProgress* progress, NCProgress* ofModels) {
+  if (tprim_.SizeRows() == 0) return CalcOPLS(progress, ofModels, CrossProduct(x_));
   const kalmia::OPLSProgress bar(progress, "OPLS component aborted.");
   bar.SetRange(0.0F, 10.0F);
   bar.ThrowIfBreakPressed();
-  const NCDataMatrix<float> crossProduct = AppendOrthogonalComponent();
+  const NCDataMatrix<float> crossProduct = AppendOrthogonalComponent(ofModels);
   bar.PushSubRange(1.0F, 10.0F);
-  CalcOPLS(progress, crossProduct);
+  CalcOPLS(progress, ofModels, crossProduct);
   bar.PopSubRange();
 }
 
@@ -140,9 +140,9 @@ NCDataMatrix<float> NCOPLS::FilledYprim() const {
 }
 
 /// Returns the cross-product Y'X of what the component leaves.
-NCDataMatrix<float> NCOPLS::AppendOrthogonalComponent() {
+NCDataMatrix<float> NCOPLS::AppendOrthogonalComponent(NCProgress* ofModels) {
   NCDataVector<float> w, t, p;
-  CalcOrthogonal(&w, &t, &p);
+  CalcOrthogonal(ofModels, &w, &t, &p);
   const NCDataVector<float> c = y_.SpecialNipalsRegressColumnsFix(t);
   NCDataVector<float> u = y_.SpecialNipalsRegressRowsFix(c, nullptr, 0);
   if (IsUnrelated(c, t, y_)) u.SetAllValues(kalmia::kMissing);
@@ -160,30 +160,31 @@ NCDataMatrix<float> NCOPLS::AppendOrthogonalComponent() {
 
 /// Weights, scores and loadings of the next orthogonal component. The weights are the direction of what is left of X
 /// along the predictive scores, holes being 0.
-void NCOPLS::CalcOrthogonal(NCDataVector<float>* w, NCDataVector<float>* t, NCDataVector<float>* p) const {
+void NCOPLS::CalcOrthogonal(NCProgress* ofModels, NCDataVector<float>* w, NCDataVector<float>* t,
+                            NCDataVector<float>* p) const {
   const NCDataMatrix<float>& W = wMatrices_.back();
   if (missingX_.empty()) {
-    *w = DirectionOf(kalmia::MultiplyFilteredByFew(tFilter_, x_, tFilter_, W));
+    *w = DirectionOf(kalmia::MultiplyFilteredByFew(tFilter_, x_, tFilter_, W), ofModels);
     kalmia::CalcFilteredScoresAndLoadings(x_, tFilter_, W, *w, t, p);
     return;
   }
   NCDataMatrix<float> filtered = kalmia::Filtered(x_, tFilter_, W);
   FillMatrix(&filtered, missingX_, 0.0F);
-  *w = DirectionOf(kalmia::MultiplyByFew(tFilter_, filtered));
+  *w = DirectionOf(kalmia::MultiplyByFew(tFilter_, filtered), ofModels);
   FillMatrix(&filtered, missingX_, kalmia::kMissing);
   *t = filtered.SpecialNipalsRegressRowsFix(*w, nullptr, 0);
   *p = x_.SpecialNipalsRegressColumnsFix(*t);
 }
 
 /// The one row, or the first principal component of several, of unit length.
-NCDataVector<float> NCOPLS::DirectionOf(const NCDataMatrix<float>& rows) const {
+NCDataVector<float> NCOPLS::DirectionOf(const NCDataMatrix<float>& rows, NCProgress* ofModels) const {
   if (rows.SizeRows() < 2) {
     NCDataVector<float> w = rows[1];
     w.Normalise();
     return w;
   }
   NCPCA components(&rows, maxIterations_);
-  components.NextComponent(nullptr, nullptr, 0, nullptr);
+  components.NextComponent(ofModels, nullptr, 0, nullptr);
   return (*components.GetPprim())[1];
 }
 

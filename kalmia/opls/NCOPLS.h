@@ -49,7 +49,8 @@ class NCOPLS {
   /// orthogonal component that has next to nothing to do with Y, the rule, has missing Y scores.
   /// Throws: NCError "OPLS component aborted." of level 2 where `progress` (which may be null) says stop, and what
   /// NCPCA::NextComponent throws. The model is then to be discarded: an orthogonal component may have no block.
-  void NextComponent(NCProgress* progress);
+  /// `ofModels` is the bar of the principal components inside; where it is null, each opens its own.
+  void NextComponent(NCProgress* progress, NCProgress* ofModels = nullptr);
 
   /// Turns an orthogonal component, from 1; its Y scores stay as they are. Throws NCError without such a component.
   void NegateOComp(int component);
@@ -90,17 +91,19 @@ class NCOPLS {
   };
 
   void CatchUp();
-  void CalcOPLS(NCProgress* progress, const NCDataMatrix<float>& crossProduct);
+  void CalcOPLS(NCProgress* progress, NCProgress* ofModels, const NCDataMatrix<float>& crossProduct);
   NCDataMatrix<float> CrossProduct(NCDataMatrix<float> X) const;
   NCDataMatrix<float> FilledYprim() const;
-  NCDataMatrix<float> AppendOrthogonalComponent();
-  void CalcOrthogonal(NCDataVector<float>* w, NCDataVector<float>* t, NCDataVector<float>* p) const;
-  NCDataVector<float> DirectionOf(const NCDataMatrix<float>& rows) const;
-  Block SettleWeights(NCProgress* progress, NCDataMatrix<float> crossProduct);
+  NCDataMatrix<float> AppendOrthogonalComponent(NCProgress* ofModels);
+  void CalcOrthogonal(NCProgress* ofModels, NCDataVector<float>* w, NCDataVector<float>* t,
+                      NCDataVector<float>* p) const;
+  NCDataVector<float> DirectionOf(const NCDataMatrix<float>& rows, NCProgress* ofModels) const;
+  Block SettleWeights(NCProgress* progress, NCProgress* ofModels, NCDataMatrix<float> crossProduct);
   NCDataMatrix<float> FilterAlong(const NCDataMatrix<float>& W);
   void TakeScoresAlong(Block* block);
-  NCDataMatrix<float> WeightsOf(const NCDataMatrix<float>& crossProduct, const NCDataMatrix<float>& former);
-  NCDataMatrix<float> ComponentsOf(const NCDataMatrix<float>& crossProduct, int size) const;
+  NCDataMatrix<float> WeightsOf(const NCDataMatrix<float>& crossProduct, const NCDataMatrix<float>& former,
+                                NCProgress* ofModels);
+  NCDataMatrix<float> ComponentsOf(const NCDataMatrix<float>& crossProduct, int size, NCProgress* ofModels) const;
   int SizeOfBlock(const NCDataMatrix<float>& former) const;
   void AppendBlock(const Block& block);
 

@@ -22,19 +22,19 @@ NCDataMatrix<float> RowsUpTo(const NCDataMatrix<float>& matrix, int last) {
 
 }  // namespace
 
-void NCOPLS::CalcOPLS(NCProgress* progress, const NCDataMatrix<float>& crossProduct) {
+void NCOPLS::CalcOPLS(NCProgress* progress, NCProgress* ofModels, const NCDataMatrix<float>& crossProduct) {
   const kalmia::OPLSProgress bar(progress, "OPLS component aborted.");
   bar.SetRange(0.0F, 10.0F);
   bar.PushSubRange(0.0F, 9.0F);
   bar.SetRange(0.0F, 1.0F);
-  const Block block = SettleWeights(progress, crossProduct);
+  const Block block = SettleWeights(progress, ofModels, crossProduct);
   bar.PopSubRange();
   AppendBlock(block);
   bar.SetValue(10.0F);
 }
 
 /// Pass after pass, the cross-product of what is not explained yet, holes being 0 again, is added to the first one.
-NCOPLS::Block NCOPLS::SettleWeights(NCProgress* progress, NCDataMatrix<float> crossProduct) {
+NCOPLS::Block NCOPLS::SettleWeights(NCProgress* progress, NCProgress* ofModels, NCDataMatrix<float> crossProduct) {
   const kalmia::OPLSProgress bar(progress, "OPLS component aborted.");
   passes_ = 0;
   NCDataMatrix<float> sum;
@@ -54,7 +54,7 @@ NCOPLS::Block NCOPLS::SettleWeights(NCProgress* progress, NCDataMatrix<float> cr
       sum += crossProduct;
     }
     lastNorm = norm;
-    W = WeightsOf(sum, W);
+    W = WeightsOf(sum, W, ofModels);
     ++passes_;
     const int holesOfY = y_.GetNumMisVal() - static_cast<int>(missingY_.size());  // those that are not 0 here
     again = (x_.GetNumMisVal() >= 1 || holesOfY >= 1) && passes_ < maxIterations_;
@@ -90,14 +90,15 @@ void NCOPLS::TakeScoresAlong(Block* block) {
   tFilter_.InsertRow(1, t);
 }
 
-NCDataMatrix<float> NCOPLS::WeightsOf(const NCDataMatrix<float>& crossProduct, const NCDataMatrix<float>& former) {
+NCDataMatrix<float> NCOPLS::WeightsOf(const NCDataMatrix<float>& crossProduct, const NCDataMatrix<float>& former,
+                                      NCProgress* ofModels) {
   if (crossProduct.SizeRows() < 2) {
     NCDataMatrix<float> W = kalmia::DeepCopy(crossProduct);
     if (W.SizeRows() == 1) W(1).Normalise();
     return W;
   }
   const int size = SizeOfBlock(former);
-  const NCDataMatrix<float> W = ComponentsOf(crossProduct, size);
+  const NCDataMatrix<float> W = ComponentsOf(crossProduct, size, ofModels);
   if (size <= 0) predictiveComponents_ = W.SizeRows();  // decided once for the model
   return W;
 }
@@ -110,12 +111,13 @@ int NCOPLS::SizeOfBlock(const NCDataMatrix<float>& former) const {
 }
 
 /// Loadings of the first `size` principal components of the cross-product; 0 or less: of those that are large enough.
-NCDataMatrix<float> NCOPLS::ComponentsOf(const NCDataMatrix<float>& crossProduct, int size) const {
+NCDataMatrix<float> NCOPLS::ComponentsOf(const NCDataMatrix<float>& crossProduct, int size,
+                                         NCProgress* ofModels) const {
   NCPCA components(&crossProduct, maxIterations_);
-  components.NextComponent(nullptr, nullptr, 0, nullptr);
+  components.NextComponent(ofModels, nullptr, 0, nullptr);
   for (int a = 2; a <= size; ++a) {
     components.CalculateResiduals();
-    components.NextComponent(nullptr, nullptr, 0, nullptr);
+    components.NextComponent(ofModels, nullptr, 0, nullptr);
   }
   if (size > 0) return *components.GetPprim();
 
@@ -124,7 +126,7 @@ NCDataMatrix<float> NCOPLS::ComponentsOf(const NCDataMatrix<float>& crossProduct
   double ss = 0.0;
   do {
     components.CalculateResiduals();
-    components.NextComponent(nullptr, nullptr, 0, nullptr);
+    components.NextComponent(ofModels, nullptr, 0, nullptr);
     ss = newestSS();
   } while (components.GetComponents() < crossProduct.SizeRows() && ss > threshold);
   const NCDataMatrix<float>& P = *components.GetPprim();

@@ -47,7 +47,7 @@ NCDataVector<float> DeepCopyOf(const NCDataVector<float>& vector) {
 
 OPLSCrossValidation::OPLSCrossValidation(const NCDataMatrix<float>* X, const NCDataMatrix<float>* Y,
                                          int predictiveComponents, int rounds, NCProgress* progress,
-                                         NCIntegralVector<int, -99>* groups)
+                                         NCIntegralVector<int, -99>* groups, NCProgress* ofModels)
     : rounds_(std::max(0, std::min(rounds, X->SizeRows()))), predictiveComponents_(predictiveComponents) {
   RequireMatchingTables(*X, *Y, groups);
   TakeTables(*X, *Y, groups);
@@ -58,7 +58,7 @@ OPLSCrossValidation::OPLSCrossValidation(const NCDataMatrix<float>* X, const NCD
     bar.PushSubRange(static_cast<float>(group), static_cast<float>(group) + kShareOfTheModel);
     const Round round = Divide(group);
     NCOPLS model(&round.trainX, &round.trainY, predictiveComponents_, kMaxIterations);
-    model.NextComponent(progress);
+    model.NextComponent(progress, ofModels);
     bar.PopSubRange();
     ssYcvOriginal_(group + 1, static_cast<float>(round.trainY.GetSS()));
     SaveModelMatrices(&model, group);
@@ -158,7 +158,7 @@ void OPLSCrossValidation::RequireMatchingData(const OPLSCrossvalidationData& dat
   }
 }
 
-void OPLSCrossValidation::NextComponent(NCProgress* progress) {
+void OPLSCrossValidation::NextComponent(NCProgress* progress, NCProgress* ofModels) {
   const kalmia::OPLSProgress bar(progress, kStopped);
   bar.SetRange(0.0F, static_cast<float>(rounds_));
   for (int group = 0; group < rounds_; ++group) {
@@ -168,7 +168,7 @@ void OPLSCrossValidation::NextComponent(NCProgress* progress) {
     NCOPLS model(&round.trainX, &round.trainY, &data_.WMatricesPerRound[g], &data_.PMatricesPerRound[g],
                  &data_.CMatricesPerRound[g], &data_.WOPerRound[g], &data_.POPerRound[g], &data_.COPerRound[g],
                  predictiveComponents_, kMaxIterations);
-    model.NextComponent(nullptr);
+    model.NextComponent(nullptr, ofModels);
     bar.PopSubRange();
     SaveModelMatrices(&model, group);
     SaveGroupResults(&model, round);

@@ -22,12 +22,13 @@ class NCOPLS;
 class OPLSCrossValidation {
  public:
   /// Runs all rounds without orthogonal components. `rounds` is cut to the observations. Without groups, which have a
-  /// cell per observation, cell i is in group i mod rounds. `progress` may be null.
+  /// cell per observation, cell i is in group i mod rounds. `progress` may be null. `ofModels` is the bar of the
+  /// principal components inside; where it is null, each opens its own.
   /// Throws: NCError of level 2 where the bar says stop, "OPLS cross validation aborted.", or, inside a round, "OPLS
   /// component aborted."; what NCPCA::NextComponent throws; NCError for groups of another length and for tables of
   /// different lengths.
   OPLSCrossValidation(const NCDataMatrix<float>* X, const NCDataMatrix<float>* Y, int predictiveComponents, int rounds,
-                      NCProgress* progress, NCIntegralVector<int, -99>* groups);
+                      NCProgress* progress, NCIntegralVector<int, -99>* groups, NCProgress* ofModels = nullptr);
   /// Goes on from stored data of the same X, Y and groups; the results mean something after the next NextComponent.
   /// Throws NCError where the data do not belong to tables of these shapes.
   OPLSCrossValidation(const NCDataMatrix<float>* X, const NCDataMatrix<float>* Y, const OPLSCrossvalidationData* data,
@@ -38,7 +39,7 @@ class OPLSCrossValidation {
 
   /// One orthogonal component more in every round. Throws as the first constructor; the object is then to be discarded,
   /// as some rounds have the component and others not.
-  void NextComponent(NCProgress* progress);
+  void NextComponent(NCProgress* progress, NCProgress* ofModels = nullptr);
 
   /// What Q2TotCum should gain by a component: 0.05 up to 100 observations, 0 beyond.
   float GetQ2Lim() const;
