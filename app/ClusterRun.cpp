@@ -17,7 +17,6 @@
 #include "app/Numbers.h"
 #include "app/TemporaryPath.h"
 #include "kalmia/cluster/DendroGram.h"
-#include "kalmia/cluster/PairMemory.h"
 #include "kalmia/support/TempFile.h"
 #include "kalmia/support/UserComm.h"
 
@@ -27,8 +26,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr std::uint64_t kBytesPerPair = kNeedsOfList.perPair;
-static_assert(kBytesPerPair == kNeedsOfWard.perPair, "--memory is the room of either list");
+constexpr std::uint64_t kBytesPerPair = sizeof(DendroGram::DistanceAndIndex);  ///< in the list of either method
 constexpr int kGiveUp = 5;  ///< the answer to the library's question that ends the calculation
 constexpr std::size_t kRowsNamed = 10;
 
@@ -100,7 +98,10 @@ class DiskDialogue : public UserComm {
   bool usesDisk_ = false;
 };
 
-std::uint64_t PairsOf(int rows) { return static_cast<std::uint64_t>(PairCount(rows)); }
+std::uint64_t PairsOf(int rows) {
+  const auto n = static_cast<std::uint64_t>(rows);
+  return n * (n - 1) / 2;
+}
 
 std::string DistancesText(int rows) {
   return "the " + std::to_string(PairsOf(rows)) + " distances of " + std::to_string(rows) + " rows";

@@ -2,6 +2,7 @@
 
 // Every public header.
 
+#include "kalmia/support/AvailableMemory.h"
 #include "kalmia/support/CString.h"
 #include "kalmia/support/CompareWithTolerance.h"
 #include "kalmia/support/ConfigurationSection.h"
@@ -19,6 +20,7 @@
 
 #include "kalmia/containers/BoolVector.h"
 #include "kalmia/containers/IntPool.h"
+#include "kalmia/containers/Missing.h"
 #include "kalmia/containers/NCDataMatrix.h"
 #include "kalmia/containers/NCDataVector.h"
 #include "kalmia/containers/NCDataVectorUtilities.h"
@@ -29,9 +31,11 @@
 
 #include "kalmia/kernels/MatrixColumnVectorOperationThread.h"
 #include "kalmia/kernels/NCSVD.h"
+#include "kalmia/kernels/ParallelTasks.h"
 #include "kalmia/kernels/ThreadingControl.h"
 
 #include "kalmia/statistics/ControlChart.h"
+#include "kalmia/statistics/ControlChartFactors.h"
 #include "kalmia/statistics/FrequencyHistogram.h"
 #include "kalmia/statistics/OneDimMinimum.h"
 #include "kalmia/statistics/Sta.h"
@@ -39,7 +43,9 @@
 #include "kalmia/signal/Derivate.h"
 #include "kalmia/signal/FFT.h"
 #include "kalmia/signal/NCTransform.h"
+#include "kalmia/signal/SignalLength.h"
 #include "kalmia/signal/Wavelet.h"
+#include "kalmia/signal/WindowedPower.h"
 
 #include "kalmia/pcapls/NCComponentValidator.h"
 #include "kalmia/pcapls/NCPCA.h"
@@ -66,6 +72,7 @@
 #include "kalmia/o2pls/SignificanceE.h"
 
 #include "kalmia/cluster/ClusterDistanceCalculator.h"
+#include "kalmia/cluster/CommonColumnsError.h"
 #include "kalmia/cluster/DendroGram.h"
 #include "kalmia/cluster/DendroGramDrawer.h"
 #include "kalmia/cluster/DendroGramNode.h"

@@ -3,11 +3,10 @@
 // Cluster analysis: all that belongs to it.
 
 #include "kalmia/cluster/ClusterDistanceCalculator.h"
-#include "kalmia/cluster/CommonColumns.h"
+#include "kalmia/cluster/CommonColumnsError.h"
 #include "kalmia/cluster/DendroGramDrawer.h"
 #include "kalmia/cluster/DendroGramNode.h"
 #include "kalmia/cluster/DendroGramNodeLister.h"
-#include "kalmia/cluster/InitialDistances.h"
 #include "kalmia/cluster/MegaDistances.h"
 #include "kalmia/cluster/SingleLinkageDistanceCalculator.h"
 #include "kalmia/cluster/WardDistanceCalculator.h"

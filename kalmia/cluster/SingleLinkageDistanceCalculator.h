@@ -1,10 +1,10 @@
 #pragma once
 
+#include <functional>
 #include <memory>
 #include <vector>
 
 #include "kalmia/cluster/ClusterDistanceCalculator.h"
-#include "kalmia/kernels/StoppableTeam.h"
 
 namespace DendroGram {
 
@@ -33,7 +33,7 @@ class SingleLinkageDistanceCalculator : public ClusterDistanceCalculator {
  private:
   DistanceAndIndex TakeNearest();
 
-  kalmia::Ask ask_;                          ///< empty where there is no progress object
+  std::function<void()> ask_;                ///< empty where there is no progress object
   std::vector<DistanceAndIndex> distances_;  ///< sorted by descending distance
   std::vector<int> labels_;                  ///< of each row the position of its cluster
   std::unique_ptr<MegaDistances> megaDistances_;  ///< the pairs where they do not fit in memory, else null

@@ -1,9 +1,8 @@
 #pragma once
 
-#include <vector>
+#include <memory>
 
 #include "kalmia/cluster/ClusterDistanceCalculator.h"
-#include "kalmia/cluster/WardPairList.h"
 
 namespace DendroGram {
 
@@ -32,40 +31,24 @@ class WardDistanceCalculator : public ClusterDistanceCalculator {
   };
 
   /// Any other type has no distances: Init makes none, and a merge throws NCError, which names the type.
-  explicit WardDistanceCalculator(DistanceType type) : type_(type) {}
+  explicit WardDistanceCalculator(DistanceType type);
+  WardDistanceCalculator(const WardDistanceCalculator& other);
+  WardDistanceCalculator& operator=(const WardDistanceCalculator& other);
+  ~WardDistanceCalculator() override;
 
   void Init(const NCDataMatrix<float>& data, NCProgress* progress) override;
   float FindNearestAndMerge(int& i, int& j) override;
   CString GetId() override;  ///< "WardDistanceCalculator" and the number of the type
 
  private:
-  /// The present cells of each column in a cluster.
-  struct ColumnSums {
-    std::vector<double> sums;
-    std::vector<double> sumsOfSquares;
-    std::vector<int> counts;  ///< empty where no cell is missing
-  };
-  struct Cluster {
-    std::vector<int> rows;  ///< ascending, from 1
-    ColumnSums columns;     ///< empty for a single row, whose cells say it all
-    double errorSS = 0;     ///< within the cluster, scaled up column by column
-  };
+  struct State;
 
-  ColumnSums CalcColumnSS(const Cluster& cluster) const;
-  void SetErrorSS(Cluster& cluster) const;
-  float GetErrorSS(const Cluster& first, const Cluster& second) const;
-  void UpdateDistance(DistanceAndIndex& entry) const;
   void RepairTail();
-  void MergeClusters(int a, int b);
-  const Cluster& ClusterOf(int number) const;
   bool HasDistances() const { return type_ == DistanceIncrease || type_ == DistanceRootIncrease; }
   CString NothingToMergeText() const;
 
   DistanceType type_;
-  kalmia::Ask ask_;  ///< empty where there is no progress object
-  NCDataMatrix<float> data_;
-  kalmia::WardPairList distances_;
-  std::vector<Cluster> clusters_;  ///< by their first row
+  std::unique_ptr<State> state_;
 };
 
 }  // namespace DendroGram

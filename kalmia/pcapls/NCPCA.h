@@ -3,9 +3,12 @@
 #include "kalmia/containers/NCDataMatrix.h"
 #include "kalmia/containers/NCDataVector.h"
 #include "kalmia/containers/NCIntegralVector.h"
-#include "kalmia/pcapls/ModelStream.h"
 #include "kalmia/support/NCProgress.h"
 #include "kalmia/support/VexStream.h"
+
+namespace kalmia {
+struct ModelFields;
+}
 
 /// Principal components by NIPALS of a table with holes, one at a time. For each component the caller calls
 /// NextComponent, then whatever has to see the table with that component still in it (PCACrossValidation, a

@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "kalmia/pcapls/ModelParts.h"
+#include "kalmia/pcapls/ModelStream.h"
 #include "kalmia/pcapls/NCPCA.h"
 
 NCPCA::DerivedStreamableData NCPCA::MyStreamableData(2, "NCPCA");

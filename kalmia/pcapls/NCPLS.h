@@ -2,9 +2,12 @@
 
 #include "kalmia/containers/NCDataMatrix.h"
 #include "kalmia/containers/NCDataVector.h"
-#include "kalmia/pcapls/ModelStream.h"
 #include "kalmia/support/NCProgress.h"
 #include "kalmia/support/VexStream.h"
+
+namespace kalmia {
+struct ModelFields;
+}
 
 /// Partial least squares by NIPALS on tables with holes, one component at a time. For each component the caller calls
 /// NextComponent, then whatever has to see the tables with that component still in them (PLSCrossValidation), then

@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "kalmia/pcapls/ModelParts.h"
+#include "kalmia/pcapls/ModelStream.h"
 #include "kalmia/pcapls/NCPLS.h"
 
 NCPLS::DerivedStreamableData NCPLS::MyStreamableData(2, "NCPLS");
