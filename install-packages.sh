@@ -4,7 +4,7 @@ set -euo pipefail
 
 packages=(
   g++ cmake ninja-build
-  libboost-dev libboost-thread-dev libboost-filesystem-dev  # threads, paths, functions
+  libboost-dev libboost-thread-dev                          # threads, functions
   libhwy-dev                                                # vector instructions
   libssl-dev                                                # MD5
   libcli11-dev nlohmann-json3-dev zlib1g-dev                # the command: options, JSON, gzip

@@ -4,6 +4,7 @@
 
 #include "kalmia/containers/NCDataMatrix.h"
 #include "kalmia/support/CString.h"
+#include "kalmia/support/Export.h"
 #include "kalmia/support/NCError.h"
 #include "kalmia/support/NCProgress.h"
 
@@ -17,7 +18,7 @@ struct DistanceAndIndex {
 };
 
 /// The list of all pairs finds no room in memory.
-class ClusterAllocationError : public NCError {
+class KALMIA_EXPORT ClusterAllocationError : public NCError {
  public:
   explicit ClusterAllocationError(const char* message) : NCError(CString(message)) {}
   NCError* Clone() const override { return new ClusterAllocationError(*this); }
@@ -25,7 +26,7 @@ class ClusterAllocationError : public NCError {
 
 /// What "near" means, and with it the work of a cluster analysis: the strategy of one run of GetDendroGram. A copy has
 /// its own state, but asks the progress object of Init too.
-class ClusterDistanceCalculator {
+class KALMIA_EXPORT ClusterDistanceCalculator {
  public:
   virtual ~ClusterDistanceCalculator() = default;
 
@@ -47,6 +48,6 @@ class ClusterDistanceCalculator {
 
 /// Caps the list of pairs, 12 bytes each, for the whole process: one that has more pairs does not fit in memory. 0, the
 /// default, leaves it to the machine: what it and the limits of a container have free. Not while an analysis runs.
-void SetMaximumPairsInMemory(std::uint64_t pairs);
+KALMIA_EXPORT void SetMaximumPairsInMemory(std::uint64_t pairs);
 
 }  // namespace DendroGram

@@ -10,6 +10,7 @@
 #include "kalmia/cluster/MegaDistances.h"
 #include "kalmia/cluster/SingleLinkageDistanceCalculator.h"
 #include "kalmia/cluster/WardDistanceCalculator.h"
+#include "kalmia/support/Export.h"
 #include "kalmia/support/VexStreamSource.h"
 
 namespace DendroGram {
@@ -27,7 +28,7 @@ namespace DendroGram {
 /// Throws NCError for a table without rows or columns, and "Cluster analysis aborted." when the user stops: some
 /// milliseconds lie between two questions, except while a stored tree is read or written. What the calculator throws
 /// passes through. Then nothing is left behind.
-DendroGramNode* GetDendroGram(const NCDataMatrix<float>& data, ClusterDistanceCalculator& calculator,
-                              NCProgress* progress, VexStreamSource* cache);
+KALMIA_EXPORT DendroGramNode* GetDendroGram(const NCDataMatrix<float>& data, ClusterDistanceCalculator& calculator,
+                                            NCProgress* progress, VexStreamSource* cache);
 
 }  // namespace DendroGram

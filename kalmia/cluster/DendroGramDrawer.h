@@ -6,11 +6,12 @@
 #include <vector>
 
 #include "kalmia/cluster/DendroGramNode.h"
+#include "kalmia/support/Export.h"
 
 namespace DendroGram {
 
 /// The surface that a tree is drawn on; the application's. y runs downward.
-class DendroGramDrawOutput {
+class KALMIA_EXPORT DendroGramDrawOutput {
  public:
   virtual ~DendroGramDrawOutput() = default;
   virtual void DrawLine(float x1, float y1, float x2, float y2, const DendroGramNode* node) = 0;  ///< a line of `node`
@@ -23,7 +24,7 @@ class DendroGramDrawOutput {
 /// Draws a tree: the root's crossbar at the top, leaves at the bottom, all leaves equally wide. Refers to the tree,
 /// which has to outlive it, and keeps nothing else but its settings. No walk recurses. The lists that it returns are
 /// new and the caller's.
-class DendroGramDrawer {
+class KALMIA_EXPORT DendroGramDrawer {
  public:
   explicit DendroGramDrawer(const DendroGramNode& root) : root_(&root) {}
 
@@ -80,7 +81,7 @@ class DendroGramDrawer {
 };
 
 /// Measures, instead of drawing, how far each line is from a cursor. For one test.
-class HitTester : public DendroGramDrawOutput {
+class KALMIA_EXPORT HitTester : public DendroGramDrawOutput {
  public:
   /// Lines outside the rectangle do not count.
   HitTester(float left, float top, float right, float bottom, float x, float y)

@@ -5,6 +5,7 @@
 
 #include "kalmia/containers/NCDataVector.h"
 #include "kalmia/containers/NCIntegralVector.h"
+#include "kalmia/support/Export.h"
 #include "kalmia/support/VexStream.h"
 
 namespace DendroGram {
@@ -14,7 +15,7 @@ namespace DendroGram {
 /// A tree may be a chain as deep as the table is long, so nothing here recurses. For one thread at a time: the
 /// re-ordering operations are const, since they change the order of children alone, and yet they write.
 /// Where a cost is not told it is one visit for each node. Throws std::bad_alloc, and NCError where told.
-class DendroGramNode : public VexStreamBase {
+class KALMIA_EXPORT DendroGramNode : public VexStreamBase {
  public:
   DendroGramNode();                   ///< a leaf without items
   explicit DendroGramNode(int item);  ///< a leaf of this observation
@@ -131,10 +132,11 @@ class DendroGramNode : public VexStreamBase {
 /// Leaves have the ids 1 to n by the rank of their smallest item, the merge of row r makes the id n + r. The vectors
 /// get one cell for each row. Where a child is a leaf, its row of `leftItems` or `rightItems` (from 0) has its items;
 /// else that row is empty. Both are given, or both null: else NCError "Internal error in DendroGram::CreateMergeData".
-void CreateMergeData(const DendroGramNode& root, NCDataVector<float>& heights,
-                     NCIntegralVector<unsigned long, 0>& leftIds, NCIntegralVector<unsigned long, 0>& rightIds,
-                     NCIntegralVector<unsigned long, 0>& mergedIds,
-                     std::vector<std::vector<unsigned long>>* leftItems = nullptr,
-                     std::vector<std::vector<unsigned long>>* rightItems = nullptr);
+KALMIA_EXPORT void CreateMergeData(const DendroGramNode& root, NCDataVector<float>& heights,
+                                   NCIntegralVector<unsigned long, 0>& leftIds,
+                                   NCIntegralVector<unsigned long, 0>& rightIds,
+                                   NCIntegralVector<unsigned long, 0>& mergedIds,
+                                   std::vector<std::vector<unsigned long>>* leftItems = nullptr,
+                                   std::vector<std::vector<unsigned long>>* rightItems = nullptr);
 
 }  // namespace DendroGram

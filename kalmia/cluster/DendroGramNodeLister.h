@@ -6,13 +6,14 @@
 #include <vector>
 
 #include "kalmia/cluster/DendroGramNode.h"
+#include "kalmia/support/Export.h"
 
 namespace DendroGram {
 
 /// A tree as a grid of cells for a text listing: the observations down the rows, one column for each depth of merges,
 /// the merges from left to right. Copies what it needs: the tree may go. Nothing recurses, and lines are kept as runs
 /// of cells, so that a chain of n leaves takes memory for some n runs, not for its n^2 / 2 cells.
-class DendroGramNodeLister {
+class KALMIA_EXPORT DendroGramNodeLister {
  public:
   explicit DendroGramNodeLister(const DendroGramNode& root);
 

@@ -6,11 +6,12 @@
 #include <vector>
 
 #include "kalmia/cluster/ClusterDistanceCalculator.h"
+#include "kalmia/support/Export.h"
 
 namespace DendroGram {
 
 /// A temporary file of pairs: records of 12 bytes, unsorted. Gone, from the disk too, with its last owner.
-struct DistanceFile {
+struct KALMIA_EXPORT DistanceFile {
   /// Creates the file. Throws NCError "The temporary file %s could not be opened".
   DistanceFile();
   ~DistanceFile();
@@ -45,8 +46,9 @@ using DistanceFiles = std::vector<std::shared_ptr<DistanceFile>>;
 /// `buffer` lends its capacity, and is empty afterwards, also where something is thrown. Throws NCError where it has
 /// none, before anything is done; "Error when reading from temporary file."; and, on a stop, "Cluster analysis
 /// aborted.".
-DistanceFiles DistributeDistances(DistanceFile& source, std::vector<float>& limits,
-                                  std::vector<DistanceAndIndex>& buffer, unsigned total, NCProgress* progress);
+KALMIA_EXPORT DistanceFiles DistributeDistances(DistanceFile& source, std::vector<float>& limits,
+                                                std::vector<DistanceAndIndex>& buffer, unsigned total,
+                                                NCProgress* progress);
 
 /// The pairs of a table by rising distance, where they do not fit in memory: on disk, split by distance into segments,
 /// which are loaded and sorted one by one as they are needed. Of each pair 12 bytes lie on disk, twice that while they
@@ -54,7 +56,7 @@ DistanceFiles DistributeDistances(DistanceFile& source, std::vector<float>& limi
 /// comes, as often as it takes; one of a single distance is taken in pieces. Each segment keeps its file open: about
 /// 2 * pairs / memory of them. Beside its memory it takes a megabyte. Pairs are to be added in the order of their
 /// rows; then equal distances come in the order in which a list in memory gives them, whatever the size of the memory.
-class MegaDistances {
+class KALMIA_EXPORT MegaDistances {
  public:
   /// Takes over the storage of `memory`, whose size tells how many records may be in memory: NCError if it is 0.
   /// `total` pairs are to come.

@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "kalmia/cluster/ClusterDistanceCalculator.h"
+#include "kalmia/support/Export.h"
 
 namespace DendroGram {
 
@@ -18,7 +19,7 @@ class MegaDistances;
 /// Memory: 12 bytes for each pair of rows. Where that is not there the pairs go to temporary files, which are gone with
 /// the calculator; the user is told through UserComm, and asked where the disk is too small.
 /// Cost: the sort of the pairs; each merge is linear in the number of rows.
-class SingleLinkageDistanceCalculator : public ClusterDistanceCalculator {
+class KALMIA_EXPORT SingleLinkageDistanceCalculator : public ClusterDistanceCalculator {
  public:
   SingleLinkageDistanceCalculator();
   /// A copy has its own list; the copy of one whose pairs lie on disk has to be initialised first.

@@ -3,6 +3,7 @@
 #include <memory>
 
 #include "kalmia/cluster/ClusterDistanceCalculator.h"
+#include "kalmia/support/Export.h"
 
 namespace DendroGram {
 
@@ -23,7 +24,7 @@ namespace DendroGram {
 /// throws ClusterAllocationError where that is not there. Cost: a stale distance costs
 /// one pass over the columns; a merge those that have come to the end of the list, and one over its rows for the sums
 /// of the merged cluster. A stop during a merge leaves the calculator good for another Init alone.
-class WardDistanceCalculator : public ClusterDistanceCalculator {
+class KALMIA_EXPORT WardDistanceCalculator : public ClusterDistanceCalculator {
  public:
   enum DistanceType : int {
     DistanceIncrease = 0,      ///< the increase in the sum of squares

@@ -1,10 +1,11 @@
 #pragma once
 
 #include "kalmia/containers/NCIntegralVector.h"
+#include "kalmia/support/Export.h"
 
 /// A vector of flags that persists under a name of its own; everything else it has from its base.
 /// On the stream: magic "BoolVector", version 3; versions 1 and 2 are read.
-class BoolVector : public NCIntegralVector<bool, 0> {
+class KALMIA_EXPORT BoolVector : public NCIntegralVector<bool, 0> {
  public:
   using NCIntegralVector<bool, 0>::NCIntegralVector;
   BoolVector() = default;

@@ -5,6 +5,7 @@
 #include "kalmia/containers/Missing.h"
 #include "kalmia/containers/NCDataVector.h"
 #include "kalmia/containers/NCIntegralVector.h"
+#include "kalmia/support/Export.h"
 #include "kalmia/support/VexStream.h"
 
 template <class T>
@@ -14,7 +15,7 @@ class NCDataMatrix;
 
 /// Holder of a work matrix: deletes it at the end if it owns it. See NCDataMatrix::GetReturnMatrix.
 template <class T>
-struct MatrixDestroyer {
+struct KALMIA_EXPORT MatrixDestroyer {
   MatrixDestroyer() = default;
   MatrixDestroyer(const MatrixDestroyer&) = delete;
   MatrixDestroyer& operator=(const MatrixDestroyer&) = delete;
@@ -46,7 +47,7 @@ struct MatrixDestroyer {
 /// An operation that returns a vector or a matrix builds it in the target that `Result` named, if one was named: the
 /// target must have the size of the result already.
 template <class T>
-class NCDataMatrix : public virtual VexStreamBase {
+class KALMIA_EXPORT NCDataMatrix : public virtual VexStreamBase {
  public:
   using value_type = NCDataVector<T>;
 

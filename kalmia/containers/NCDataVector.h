@@ -2,6 +2,7 @@
 
 #include "kalmia/containers/Missing.h"
 #include "kalmia/containers/NCIntegralVector.h"
+#include "kalmia/support/Export.h"
 #include "kalmia/support/VexStream.h"
 
 template <class T>
@@ -18,7 +19,7 @@ class UnlinkedRows;
 
 /// Holder of a work vector: deletes it at the end if it owns it. See NCDataVector::GetReturnVector.
 template <class T>
-struct VectorDestroyer {
+struct KALMIA_EXPORT VectorDestroyer {
   VectorDestroyer() = default;
   VectorDestroyer(const VectorDestroyer&) = delete;
   VectorDestroyer& operator=(const VectorDestroyer&) = delete;
@@ -40,7 +41,7 @@ struct VectorDestroyer {
 /// An operation that returns a vector builds it in the target that `Result` named, if one was named: the target must
 /// have the size of the result already.
 template <class T>
-class NCDataVector : public virtual VexStreamBase {
+class KALMIA_EXPORT NCDataVector : public virtual VexStreamBase {
  public:
   using value_type = T;
 

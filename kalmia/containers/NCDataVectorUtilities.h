@@ -1,6 +1,7 @@
 #pragma once
 
 #include "kalmia/containers/NCDataVector.h"
+#include "kalmia/support/Export.h"
 
 /// Straight-line interpolation between spectra and along curves. Instantiated for `float` and `double`.
 ///
@@ -14,7 +15,8 @@ namespace NCDataVectorUtilities {
 /// (b, v[i]) at x. Outside a .. b the nearer spectrum holds with `clamp`; without, the line goes on.
 /// Shape: `v` has the size of `u`, not checked. Throws nothing.
 template <class T>
-NCDataVector<T> InterPolate(float a, float b, const NCDataVector<T>& u, const NCDataVector<T>& v, float x, bool clamp);
+KALMIA_EXPORT NCDataVector<T> InterPolate(float a, float b, const NCDataVector<T>& u, const NCDataVector<T>& v, float x,
+                                          bool clamp);
 
 /// For each cell of x, in order, the value there of the piecewise line through the points (xs, ys); x ascends, the
 /// points may come in any order. A point whose ys is missing, or whose xs is NaN, is no point.
@@ -24,6 +26,7 @@ NCDataVector<T> InterPolate(float a, float b, const NCDataVector<T>& u, const NC
 /// without a bracket (x not ascending, x NaN, no point at all) is missing. Throws nothing.
 /// Cost: (n + m) log m for n cells and m points.
 template <class T>
-NCDataVector<T> InterPolate(const NCDataVector<T>& x, const NCDataVector<T>& xs, const NCDataVector<T>& ys);
+KALMIA_EXPORT NCDataVector<T> InterPolate(const NCDataVector<T>& x, const NCDataVector<T>& xs,
+                                          const NCDataVector<T>& ys);
 
 }  // namespace NCDataVectorUtilities

@@ -2,6 +2,7 @@
 
 #include <vector>
 
+#include "kalmia/support/Export.h"
 #include "kalmia/support/VexPointer.h"
 #include "kalmia/support/VexStream.h"
 
@@ -9,7 +10,7 @@
 /// them is written. `M` is the missing constant of the type, only a default: no count of missing cells is kept.
 /// Instantiated for <int,-99>, <bool,0> and <unsigned long,0>. No index is checked; sizes are, as in NCDataVector.
 template <class T, int M>
-class NCIntegralVector : public virtual VexStreamBase {
+class KALMIA_EXPORT NCIntegralVector : public virtual VexStreamBase {
  public:
   using value_type = T;
 
@@ -127,5 +128,5 @@ extern template class NCIntegralVector<bool, 0>;
 extern template class NCIntegralVector<unsigned long, 0>;
 
 /// For each cell of `wanted` its first position in `table`, or -1.
-NCIntegralVector<int, -99> GetIndexLookupVector(const NCIntegralVector<unsigned long, 0>& wanted,
-                                                const NCIntegralVector<unsigned long, 0>& table);
+KALMIA_EXPORT NCIntegralVector<int, -99> GetIndexLookupVector(const NCIntegralVector<unsigned long, 0>& wanted,
+                                                              const NCIntegralVector<unsigned long, 0>& table);

@@ -1,9 +1,10 @@
 #pragma once
 
 #include "kalmia/containers/NCIntegralVector.h"
+#include "kalmia/support/Export.h"
 
 /// What callers of the containers need beside them.
-class NCMatUtilities {
+class KALMIA_EXPORT NCMatUtilities {
  public:
   /// The quiet NaN of the platform, for callers above the library. Nothing inside uses it: a missing cell is -99.
   static float NCGetQuietNaN();

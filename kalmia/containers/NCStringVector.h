@@ -5,6 +5,7 @@
 
 #include "kalmia/containers/NCIntegralVector.h"
 #include "kalmia/support/CString.h"
+#include "kalmia/support/Export.h"
 #include "kalmia/support/VexPointer.h"
 #include "kalmia/support/VexStream.h"
 
@@ -15,7 +16,7 @@
 ///
 /// The orders of the sorted operations: with `numeric`, two strings that are both numbers (VexString::ToFloat) compare
 /// as numbers; every other pair compares by text, byte by byte with `caseSensitive`, else A to Z count as a to z.
-class NCStringVector : public VexStreamBase {
+class KALMIA_EXPORT NCStringVector : public VexStreamBase {
  public:
   NCStringVector();
   explicit NCStringVector(int n);  ///< n empty strings

@@ -3,6 +3,8 @@
 #include <memory>
 #include <vector>
 
+#include "kalmia/support/Export.h"
+
 /// Cells in any number of dimensions, which is chosen at run time; each dimension is counted from 1. Only cells that
 /// were written take memory, so that a grid of many dimensions costs what its points cost. Copies share their cells
 /// for good: what is set through one is seen through the other. Instantiated for `int`.
@@ -14,7 +16,7 @@
 /// constructor where it is below 1. Throws Exception "dimension error" where it does not fit the matrix, the list of
 /// sizes or the index, and std::out_of_range for an index outside the sizes.
 template <class T>
-class NDimensionalMatrix {
+class KALMIA_EXPORT NDimensionalMatrix {
  public:
   /// sizes[k] cells in dimension k, all `value`. Throws std::length_error for a negative size.
   NDimensionalMatrix(const std::vector<int>& sizes, T value, int level = -1);

@@ -4,13 +4,14 @@
 #include <utility>
 
 #include "kalmia/containers/NCDataMatrix.h"
+#include "kalmia/support/Export.h"
 
 namespace NCMultiThreading {
 
 /// Cuts the columns `first` to `last`, both included, into one slice for each processor, all of the same size but for
 /// the last ones: a slice has ceil(n / processors) of the n columns, and there may be fewer slices than processors
 /// (9 columns on 4 processors: three slices of 3). No columns give no slices. Fewer than one processor counts as one.
-struct ColumnSliceRange {
+struct KALMIA_EXPORT ColumnSliceRange {
   ColumnSliceRange(int first, int last, int processors);  ///< first is at least 1, which is not checked
 
   bool Empty() const { return current > last; }  ///< all slices are handed out
@@ -29,7 +30,7 @@ struct ColumnSliceRange {
 /// called for each column of the slice in turn. Several of them may run side by side on one output: slices are
 /// disjoint, the inputs are only read, and each counts into a number of its own. No column or pointer is checked.
 template <class T>
-struct MatrixColumnVectorOperationThread {
+struct KALMIA_EXPORT MatrixColumnVectorOperationThread {
   using Operation = boost::function<void(T* out, int c, const NCDataMatrix<T>& X, const NCDataVector<T>& v,
                                          long double ss, int misValMode, int& numMisVal)>;
 

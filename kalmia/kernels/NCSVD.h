@@ -3,6 +3,7 @@
 #include "kalmia/containers/Missing.h"
 #include "kalmia/containers/NCDataMatrix.h"
 #include "kalmia/containers/NCDataVector.h"
+#include "kalmia/support/Export.h"
 
 /// A finished singular value decomposition A = U diag(W) V' of a matrix without holes: what NCDataMatrix::GetSVD and
 /// TransformToSVD return. It owns its matrices; the pointers that the accessors give stay its own, and are null unless
@@ -13,7 +14,7 @@
 /// * 1e-16, 1.1754943508222875e-38) is exactly 0, in `float` as in `double`: rounding in `float` leaves more than that,
 /// so a matrix of low rank has cells of exactly 0 only where the reduction happens to be exact.
 template <class T>
-class NCSVD {
+class KALMIA_EXPORT NCSVD {
  public:
   enum Status {
     StatusSuccess = 0,
@@ -61,7 +62,7 @@ class NCSVD {
 
 /// The NCSVD that can be made; NCDataMatrix::SVD is its user.
 template <class T>
-class SVDBuilder : public NCSVD<T> {
+class KALMIA_EXPORT SVDBuilder : public NCSVD<T> {
  public:
   SVDBuilder() = default;
 };

@@ -2,6 +2,8 @@
 
 #include <functional>
 
+#include "kalmia/support/Export.h"
+
 namespace NCMultiThreading {
 
 /// Runs task(0), task(1), ... task(count - 1), each once, on the threads that ThreadingControl allows; the calling
@@ -12,6 +14,6 @@ namespace NCMultiThreading {
 /// tasks, and within milliseconds while it waits for those of others. It is the place to show progress and, by
 /// throwing, to stop. After it or a task has thrown no further task begins; what was thrown first is thrown again when
 /// all threads have ended. Costs some tens of microseconds beside the tasks themselves.
-void RunTasks(int count, const std::function<void()>& ended, const std::function<void(int)>& task);
+KALMIA_EXPORT void RunTasks(int count, const std::function<void()>& ended, const std::function<void(int)>& task);
 
 }  // namespace NCMultiThreading

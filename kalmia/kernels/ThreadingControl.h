@@ -1,5 +1,7 @@
 #pragma once
 
+#include "kalmia/support/Export.h"
+
 namespace NCMultiThreading {
 
 /// The process-wide switch for parallel work. Starts as Reset() leaves it: the initialiser stands in the object file of
@@ -8,7 +10,7 @@ namespace NCMultiThreading {
 ///
 /// To be changed only while no calculation runs: nothing is locked. OpenMP keeps the number of threads for each thread
 /// that starts regions, so the calls below reach the regions of the calling thread; the flag itself holds for all.
-class ThreadingControl {
+class KALMIA_EXPORT ThreadingControl {
  public:
   /// All processors of the machine: lets OpenMP adjust teams to the load of the machine (omp_set_dynamic(1)), takes the
   /// number of processors from omp_get_num_procs(), gives it to omp_set_num_threads, and switches threading on where

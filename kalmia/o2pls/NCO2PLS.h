@@ -5,11 +5,12 @@
 
 #include "kalmia/containers/NCDataMatrix.h"
 #include "kalmia/containers/NCDataVector.h"
+#include "kalmia/support/Export.h"
 #include "kalmia/support/NCError.h"
 #include "kalmia/support/NCProgress.h"
 
 /// Says that a block has no more dimensions that are unrelated to the other block.
-class NCO2PLSDimensionalityException : public NCError {
+class KALMIA_EXPORT NCO2PLSDimensionalityException : public NCError {
  public:
   /// `type` is a set of bits: 1 for the X side, 2 for the Y side. The limits are the numbers of orthogonal components
   /// that each side can have; the text names those of the sides in `type`.
@@ -45,7 +46,7 @@ class NCO2PLSDimensionalityException : public NCError {
 /// The blocks arrive scaled, and without holes. The bar `progress` shows the principal component of each cross product;
 /// where it is null, each opens a bar of its own (NCProgress::SetSinkFactory). A user's stop comes in as NCError.
 /// A model belongs to one thread at a time; copies share nothing with each other.
-class NCO2PLS {
+class KALMIA_EXPORT NCO2PLS {
  public:
   NCO2PLS();  ///< empty blocks
   /// X N x K, Y N x M, shared until they are written elsewhere. `checkDimensions` makes the limits of

@@ -2,6 +2,7 @@
 
 #include "kalmia/containers/NCDataMatrix.h"
 #include "kalmia/o2pls/NCO2PLS.h"
+#include "kalmia/support/Export.h"
 
 /// Applies an O2PLS model to new observations of one block and predicts the other block. The whole work is done by the
 /// constructors of the derived classes; the object keeps no link to the model. New rows arrive scaled as the model's
@@ -14,7 +15,7 @@
 /// prediction.
 /// Missing: the regressions go over the present cells. A row without a score in a component is missing from there on,
 /// and so is its prediction.
-class NCO2PLSPred {
+class KALMIA_EXPORT NCO2PLSPred {
  protected:
   /// The matrices of the input block (Q and S of the output block) in the names of X; one component per row.
   NCO2PLSPred(const NCDataMatrix<float>& P, const NCDataMatrix<float>& W, const NCDataMatrix<float>& Q,
@@ -45,7 +46,7 @@ class NCO2PLSPred {
 };
 
 /// Predicts Y from rows of X.
-class NCO2PLSYPred : public NCO2PLSPred {
+class KALMIA_EXPORT NCO2PLSYPred : public NCO2PLSPred {
  public:
   NCO2PLSYPred(const NCDataMatrix<float>* X, const NCO2PLS* model);  ///< X N' x K
   /// The same from stored matrices of the model; `outputColumns` is M.
@@ -59,7 +60,7 @@ class NCO2PLSYPred : public NCO2PLSPred {
 };
 
 /// Predicts X from rows of Y.
-class NCO2PLSXPred : public NCO2PLSPred {
+class KALMIA_EXPORT NCO2PLSXPred : public NCO2PLSPred {
  public:
   NCO2PLSXPred(const NCDataMatrix<float>* Y, const NCO2PLS* model);  ///< Y N' x M
   /// The same from stored matrices of the model; `outputColumns` is K.

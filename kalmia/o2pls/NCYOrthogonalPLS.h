@@ -4,6 +4,7 @@
 
 #include "kalmia/containers/NCDataMatrix.h"
 #include "kalmia/containers/NCDataVector.h"
+#include "kalmia/support/Export.h"
 #include "kalmia/support/NCProgress.h"
 #include "kalmia/support/VexStream.h"
 
@@ -20,7 +21,7 @@
 /// Y is needed once: its principal scores take its place with the first NextComponent or GetYAngle. Where they fail or
 /// are stopped, Y is gone too, and the model cannot have components any more. A model belongs to one thread at a time,
 /// GetYAngle included; copies share nothing.
-class NCYOrthogonalPLS : public VexStreamBase {
+class KALMIA_EXPORT NCYOrthogonalPLS : public VexStreamBase {
  public:
   NCYOrthogonalPLS();  ///< empty, to be read from a stream
   /// X N x K, Y N x M, shared until they are written. `maxIterations` limits the rounds of the search, and those of

@@ -5,6 +5,7 @@
 #include "kalmia/containers/NCDataMatrix.h"
 #include "kalmia/containers/NCDataVector.h"
 #include "kalmia/containers/NCIntegralVector.h"
+#include "kalmia/support/Export.h"
 #include "kalmia/support/NCProgress.h"
 
 /// What O2PLSCrossValidation finds. N observations, K variables in X, M in Y, G rounds: round g (from 0) is row g + 1
@@ -64,7 +65,7 @@ struct O2PLSCVResults {
 /// largest Q2 of Y stay, and of the significant ones that follow each as long as enough single variables gain more than
 /// the limit: about sqrt(M) of up to 24 variables, a fifth of more (code R2; the others become NS). The rounds' models
 /// are then turned so that their loadings point the way of round 0's, and saved.
-class O2PLSCrossValidation {
+class KALMIA_EXPORT O2PLSCrossValidation {
  public:
   /// X N x K, Y N x M, scaled and without holes. `groups` has one number per observation, from 0 up to N + 9999 (an
   /// observation with a negative one is never held out); null stands for GetDeafultCVGroupsVector(N, cvGroups), and
@@ -98,4 +99,4 @@ class O2PLSCrossValidation {
 };
 
 /// What GetQ2Lim gives from now on, for the whole process. A value below 0, from 1 on, or not a number is ignored.
-void SetO2PLSQ2Limit(float limit);
+KALMIA_EXPORT void SetO2PLSQ2Limit(float limit);

@@ -4,6 +4,7 @@
 #include "kalmia/containers/NCDataVector.h"
 #include "kalmia/containers/NCIntegralVector.h"
 #include "kalmia/o2pls/SignificanceE.h"
+#include "kalmia/support/Export.h"
 #include "kalmia/support/NCProgress.h"
 
 /// How many components two blocks share, before there is a model of them: cross-validation of the cross product Y'X.
@@ -20,7 +21,7 @@
 /// Without components, where the calculation fails in the search: blocks that differ in their numbers of observations,
 /// a block without columns, groups that cannot be used, and an NCError of a principal component, a user's stop of its
 /// bar included, do not leave the constructor. Where it fails later, those components count whose results are complete.
-class O2PLSPredictiveComponentEstimator {
+class KALMIA_EXPORT O2PLSPredictiveComponentEstimator {
  public:
   /// Does all the work, on copies. X N x K, Y N x M, scaled and without holes, which is not checked. `groups` has one
   /// number per observation, from 0 on (an observation with a negative one is never held out); null stands for
@@ -70,4 +71,4 @@ class O2PLSPredictiveComponentEstimator {
 
 /// What a component has to gain, for the whole process, from now on. A value below 0, from 1 on, or not a number is
 /// ignored.
-void SetO2PLSPredictiveQ2Limit(float limit);
+KALMIA_EXPORT void SetO2PLSPredictiveQ2Limit(float limit);

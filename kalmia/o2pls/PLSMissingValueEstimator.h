@@ -1,6 +1,7 @@
 #pragma once
 
 #include "kalmia/containers/NCDataMatrix.h"
+#include "kalmia/support/Export.h"
 #include "kalmia/support/NCProgress.h"
 
 /// Fills the holes of X with what a cross-validated PLS model of X and Y makes of them, for models that take complete
@@ -24,5 +25,5 @@
 /// Cost: A + 1 components and as many cross-validations, for each of the tables that has holes.
 /// Source: the filling is PCA's and PLS' reconstruction, Nelson, Taylor & MacGregor (1996), Chemom. Intell. Lab. Syst.
 /// 35, 45-65; the rules of the search are our own.
-void PLSMissingValueEstimator(NCDataMatrix<float>& X, NCDataMatrix<float>& Y, bool both,
-                              NCProgress* progress = nullptr);
+KALMIA_EXPORT void PLSMissingValueEstimator(NCDataMatrix<float>& X, NCDataMatrix<float>& Y, bool both,
+                                            NCProgress* progress = nullptr);

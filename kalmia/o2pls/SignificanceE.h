@@ -1,8 +1,10 @@
 #pragma once
 
+#include "kalmia/support/Export.h"
+
 /// Why a component was accepted or refused by a cross-validation. The O2PLS code gives R1, R2, NS and N3; the others
 /// belong to the same scheme, and have only their names here.
-class SignificanceE {
+class KALMIA_EXPORT SignificanceE {
  public:
   enum Significance {
     R1 = 0,   ///< its Q2 gains more than the limit

@@ -6,6 +6,7 @@
 
 #include "kalmia/containers/NCDataMatrix.h"
 #include "kalmia/containers/NCDataVector.h"
+#include "kalmia/support/Export.h"
 #include "kalmia/support/NCProgress.h"
 
 /// Orthogonal PLS of tables with holes: what X has to do with Y stands in a small predictive block of components; what
@@ -23,7 +24,7 @@
 /// the first orthogonal component empties it in the working X and Y.
 ///
 /// A model belongs to one thread at a time. Copies are deep.
-class NCOPLS {
+class KALMIA_EXPORT NCOPLS {
  public:
   /// A model of X (N x K) and Y (N x M), both scaled, without components yet. `predictiveComponents` is the size of the
   /// predictive block, at most the smaller side of Y; 0 or less leaves it to the first block: components of Y'X whose

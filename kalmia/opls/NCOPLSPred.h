@@ -4,6 +4,7 @@
 
 #include "kalmia/containers/NCDataMatrix.h"
 #include "kalmia/opls/NCOPLS.h"
+#include "kalmia/support/Export.h"
 
 /// Applies an OPLS model to new observations: filters their X by one orthogonal component after the other, and gives
 /// predictive scores and predicted Y after each. It starts without orthogonal components.
@@ -11,7 +12,7 @@
 /// Symbols as in NCOPLS, for n new observations. Holes leave every sum, however many there are; an observation without
 /// any value has no scores and no prediction. Throws std::bad_alloc, and NCError for a model without components. Copies
 /// are deep.
-class NCOPLSPred {
+class KALMIA_EXPORT NCOPLSPred {
  public:
   /// X (n x K), scaled as the model's. Its width is checked, as are the matrices of a model that was stopped.
   NCOPLSPred(const NCDataMatrix<float>* X, NCOPLS* model);

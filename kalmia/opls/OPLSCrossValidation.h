@@ -6,6 +6,7 @@
 #include "kalmia/containers/NCDataVector.h"
 #include "kalmia/containers/NCIntegralVector.h"
 #include "kalmia/opls/OPLSCrossvalidationData.h"
+#include "kalmia/support/Export.h"
 #include "kalmia/support/NCProgress.h"
 
 class NCOPLS;
@@ -19,7 +20,7 @@ class NCOPLS;
 /// Symbols as in NCOPLS; R rounds, group g being left out in round g + 1. An observation of a group outside 0 to R - 1
 /// is in every round's model and is never predicted. Values that were not computed are missing.
 /// Copies are deep.
-class OPLSCrossValidation {
+class KALMIA_EXPORT OPLSCrossValidation {
  public:
   /// Runs all rounds without orthogonal components. `rounds` is cut to the observations. Without groups, which have a
   /// cell per observation, cell i is in group i mod rounds. `progress` may be null. `ofModels` is the bar of the

@@ -5,10 +5,11 @@
 
 #include "kalmia/containers/NCDataMatrix.h"
 #include "kalmia/containers/NCDataVector.h"
+#include "kalmia/support/Export.h"
 
 /// What a cross-validation of an OPLS model keeps of its rounds: the matrices that each round's model is rebuilt from.
 /// Public fields, for OPLSCrossValidation to fill; copies are deep.
-class OPLSCrossvalidationData {
+class KALMIA_EXPORT OPLSCrossvalidationData {
  public:
   OPLSCrossvalidationData();
   /// `rounds` empty models (not negative, which is not checked), and the sum of squares about 0 of each column of Y.

@@ -2,6 +2,7 @@
 
 #include "kalmia/containers/Missing.h"
 #include "kalmia/pcapls/NCPCA.h"
+#include "kalmia/support/Export.h"
 
 /// A rule that tells a loop over components whether there is another one worth having, so that the loop need not know
 /// the rule:
@@ -9,7 +10,7 @@
 ///   validator.SetPCAModel(&model);
 ///   while (validator.IsValid()) { model.NextComponent(...); model.CalculateResiduals(); }
 ///   validator.Done();
-class NCComponentValidator {
+class KALMIA_EXPORT NCComponentValidator {
  public:
   virtual ~NCComponentValidator();
   virtual bool IsPreComponentValidator() = 0;  ///< to be asked before the next component is computed; false: after it
@@ -18,7 +19,7 @@ class NCComponentValidator {
 };
 
 /// A rule that looks at a PCA model, which it does not own and which may come later, or never: null.
-class PCAComponentValidator : public NCComponentValidator {
+class KALMIA_EXPORT PCAComponentValidator : public NCComponentValidator {
  public:
   explicit PCAComponentValidator(NCPCA* model) : model_(model) {}
   virtual void SetPCAModel(NCPCA* model);
@@ -29,7 +30,7 @@ class PCAComponentValidator : public NCComponentValidator {
 
 /// A further component is worth computing as long as more than `fraction` of the sum of squares is left that the
 /// model's working matrix had when the model was given.
-class PCA_SS_ComponentValidator : public PCAComponentValidator {
+class KALMIA_EXPORT PCA_SS_ComponentValidator : public PCAComponentValidator {
  public:
   explicit PCA_SS_ComponentValidator(NCPCA* model = nullptr, float fraction = 0.001F);
 

@@ -3,6 +3,7 @@
 #include "kalmia/containers/NCDataMatrix.h"
 #include "kalmia/containers/NCDataVector.h"
 #include "kalmia/containers/NCIntegralVector.h"
+#include "kalmia/support/Export.h"
 #include "kalmia/support/NCProgress.h"
 #include "kalmia/support/VexStream.h"
 
@@ -21,7 +22,7 @@ struct ModelFields;
 /// Source: Wold, Esbensen & Geladi (1987), Chemom. Intell. Lab. Syst. 2, 37-52.
 ///
 /// A model belongs to one thread at a time. It cannot be copied.
-class NCPCA : public VexStreamBase {
+class KALMIA_EXPORT NCPCA : public VexStreamBase {
  public:
   NCPCA();  ///< empty, to be read from a stream
   /// The table (N x K) is shared until the first write. `maxIterations` limits the rounds of one component; the first

@@ -1,10 +1,11 @@
 #pragma once
 
 #include "kalmia/containers/NCDataMatrix.h"
+#include "kalmia/support/Export.h"
 
 /// Projects new observations on the loadings of a PCA model: all scores at construction, then what is left of X, one
 /// component at a time. X arrives scaled as the model's X was: NCError where it has rows of another width.
-class NCPCAPred {
+class KALMIA_EXPORT NCPCAPred {
  public:
   /// Works in a copy of X (N x K; shared until the first step). P (A x K) is the model's, one component per row.
   /// `maxIterations` is for the observations with holes, see ScoreEstimator, which tells how scores are estimated.

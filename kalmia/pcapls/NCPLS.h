@@ -2,6 +2,7 @@
 
 #include "kalmia/containers/NCDataMatrix.h"
 #include "kalmia/containers/NCDataVector.h"
+#include "kalmia/support/Export.h"
 #include "kalmia/support/NCProgress.h"
 #include "kalmia/support/VexStream.h"
 
@@ -20,7 +21,7 @@ struct ModelFields;
 /// Source: Wold, Sjoestroem & Eriksson (2001), Chemom. Intell. Lab. Syst. 58, 109-130.
 ///
 /// A model belongs to one thread at a time. It cannot be copied.
-class NCPLS : public VexStreamBase {
+class KALMIA_EXPORT NCPLS : public VexStreamBase {
  public:
   NCPLS();  ///< empty, to be read from a stream
   /// The tables are shared until the first write. Shape: X N x K, y N cells or Y N x M, K and M at least 1; nothing is

@@ -4,11 +4,12 @@
 
 #include "kalmia/containers/NCDataMatrix.h"
 #include "kalmia/containers/NCDataVector.h"
+#include "kalmia/support/Export.h"
 
 /// Takes new observations through the components of a PLS model, one at a time: their scores, and what is left of X.
 /// The object itself is the score vector t of the component computed last, one cell per observation, missing before the
 /// first step. X arrives scaled as the model's X was. The width of its rows is checked. Cannot be copied.
-class NCPLSResiduals : public NCDataVector<float> {
+class KALMIA_EXPORT NCPLSResiduals : public NCDataVector<float> {
  public:
   /// X (N x K) is kept as a pointer and changed in place; W and P (A x K) are the model's, one component per row.
   /// `tolerance` is the share of the variables that may be missing in an observation. Throws NCError where W has fewer
@@ -44,7 +45,7 @@ class NCPLSResiduals : public NCDataVector<float> {
 /// The same with the prediction of Y: after each step YPred is the sum of t c' over the components done, in the scaled
 /// units of Y. An observation without a score in a step gets nothing added: one that never has a score is predicted 0,
 /// the mean.
-class NCPLSPred : public NCPLSResiduals {
+class KALMIA_EXPORT NCPLSPred : public NCPLSResiduals {
  public:
   /// Works in a copy of X (N x K; shared until the first step). W and P are A x K, C is A x M. See NCPLSResiduals.
   /// Throws NCError where W or C has fewer components than P.

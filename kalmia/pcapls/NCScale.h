@@ -5,12 +5,13 @@
 
 #include "kalmia/containers/NCDataMatrix.h"
 #include "kalmia/containers/NCDataVector.h"
+#include "kalmia/support/Export.h"
 #include "kalmia/support/NCError.h"
 #include "kalmia/support/VexStream.h"
 
 /// Why a matrix could not be scaled. The matrix is then half done and the model half fitted: discard both. Only with
 /// ErrorWrongVariableCount both are as they were.
-class NCScaleError : public NCError {
+class KALMIA_EXPORT NCScaleError : public NCError {
  public:
   enum Error : int {
     ErrorTooFewValues = 2,        ///< a variance needs 2 present cells
@@ -34,7 +35,7 @@ class NCScaleError : public NCError {
 /// (x - centre) * factor, where the factor is 1 / s (unit variance) or 1 / sqrt(s) (Pareto scaling, van den Berg et al.
 /// (2006), BMC Genomics 7, 142). Centres and factors are stored as float; a missing one (-99) leaves the column alone.
 /// Holes of the matrix stay holes. Variables are numbered from 1; no variable number is checked.
-class NCScale : public VexStreamBase {
+class KALMIA_EXPORT NCScale : public VexStreamBase {
  public:
   /// Values beyond these, as a stream may bring them, behave like ScalingUndefined.
   enum Scaling : int {

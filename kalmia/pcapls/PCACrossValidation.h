@@ -6,12 +6,13 @@
 #include "kalmia/containers/NCDataVector.h"
 #include "kalmia/containers/NCIntegralVector.h"
 #include "kalmia/pcapls/NCPCA.h"
+#include "kalmia/support/Export.h"
 #include "kalmia/support/NCProgress.h"
 
 /// The default cross-validation groups of all model families: `count` cells, cell i (from 1) being i mod `groups`.
 /// Group values start at 0: with 7 groups the cells run 1, 2, 3, 4, 5, 6, 0, 1 and so on. `groups` is at least 1;
 /// throws NCError otherwise.
-NCIntegralVector<int, -99> GetDeafultCVGroupsVector(int count, int groups);
+KALMIA_EXPORT NCIntegralVector<int, -99> GetDeafultCVGroupsVector(int count, int groups);
 
 /// Judges one component of a PCA model by cross-validation over groups of observations and groups of variables. In
 /// round g a loading is learnt without the observations of group g and a score without the variables of group g, each
@@ -28,7 +29,7 @@ NCIntegralVector<int, -99> GetDeafultCVGroupsVector(int count, int groups);
 ///
 /// Copies have all members of their own but the model, which is the caller's and has to outlive them. N observations,
 /// K variables.
-class PCACrossValidation {
+class KALMIA_EXPORT PCACrossValidation {
  public:
   /// For the first component. `rounds` above the smaller of N and K is cut to it; with 1 round there is nothing to
   /// learn from, and NextComponent may fail. The groups have one number from 0 to (cut) rounds - 1 for each observation

@@ -7,6 +7,7 @@
 #include "kalmia/containers/NCIntegralVector.h"
 #include "kalmia/pcapls/NCPLS.h"
 #include "kalmia/pcapls/NCPLSPred.h"
+#include "kalmia/support/Export.h"
 #include "kalmia/support/NCProgress.h"
 
 /// Judges one component of a PLS model by cross-validation over groups of observations: each group in turn is left out,
@@ -23,7 +24,7 @@
 ///
 /// Copies have all members of their own but the model, which is the caller's and has to outlive them. N observations,
 /// K variables in X, M in Y.
-class PLSCrossValidation : public VexStreamBase {
+class KALMIA_EXPORT PLSCrossValidation : public VexStreamBase {
  public:
   /// For the first component. `rounds` above N is cut to N; a single one that leaves all out has nothing to fit, and
   /// predicts nothing; with less than 1 nothing is left out, and every Q2 is 0. `observationGroups` has one group

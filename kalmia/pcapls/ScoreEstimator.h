@@ -2,10 +2,11 @@
 
 #include "kalmia/containers/NCDataMatrix.h"
 #include "kalmia/containers/NCDataVector.h"
+#include "kalmia/support/Export.h"
 
 /// Estimates the scores of one observation after another on the loadings of a PCA model. It keeps nothing from one to
 /// the next.
-class ScoreEstimator {
+class KALMIA_EXPORT ScoreEstimator {
  public:
   /// P (A x K) is the model's, one component per row. `maxIterations` limits the rounds of the regression below.
   ScoreEstimator(const NCDataMatrix<float>& P, int maxIterations);

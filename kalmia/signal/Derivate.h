@@ -5,6 +5,7 @@
 
 #include "kalmia/containers/NCDataMatrix.h"
 #include "kalmia/containers/NCDataVector.h"
+#include "kalmia/support/Export.h"
 
 namespace kalmia {
 class FitterWithHoles;
@@ -34,7 +35,7 @@ struct WindowFit;
 /// nothing. A window below 1 fits nothing, as one longer than the signal.
 /// Source: Savitzky & Golay (1964), Anal. Chem. 36, 1627-1639; edges: Gorry (1990), Anal. Chem. 62, 570-573.
 template <class T>
-class Derivate {
+class KALMIA_EXPORT Derivate {
  public:
   enum PolynomialOrder : int { Quadratic = 2, Cubic = 3 };  ///< any other value counts as Quadratic
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "kalmia/containers/NCDataVector.h"
+#include "kalmia/support/Export.h"
 
 /// Frequency analysis of one signal or of two: autocorrelation, cross-correlation, averaged power spectrum. Each
 /// operation prepares a copy of its signals and leaves these as they are:
@@ -11,7 +12,7 @@
 /// Transforms run in double; their results are rounded to float once. The operations keep no state and take no share of
 /// a signal: they may run at the same time, on one signal or on several. An `output` is resized, and may be one of the
 /// signals.
-class FFT {
+class KALMIA_EXPORT FFT {
  public:
   enum DetrendMode : int {
     DetrendNone = 0,   ///< nothing is removed

@@ -8,11 +8,12 @@
 #include "kalmia/containers/NCDataMatrix.h"
 #include "kalmia/support/CString.h"
 #include "kalmia/support/ConfigurationSection.h"
+#include "kalmia/support/Export.h"
 #include "kalmia/support/NCError.h"
 #include "kalmia/support/VexStream.h"
 
 /// What can be done to the cells of a column. a, b and c are constants 1, 2 and 3 of a TransformStruct.
-class TransformE {
+class KALMIA_EXPORT TransformE {
  public:
   /// Values beyond these, as a stream may bring them, do nothing, like the first two.
   enum Transform : int {
@@ -33,7 +34,7 @@ class TransformE {
 };
 
 /// Why a cell or a matrix could not be transformed.
-class NCTransformError : public NCError {
+class KALMIA_EXPORT NCTransformError : public NCError {
  public:
   enum Error : int {
     ErrorNone = 1,
@@ -52,7 +53,7 @@ class NCTransformError : public NCError {
 };
 
 /// A list of errors and a position in it.
-class NCTransformErrors {
+class KALMIA_EXPORT NCTransformErrors {
  public:
   NCTransformErrors();
   NCTransformErrors(const NCTransformErrors&) = delete;
@@ -77,7 +78,7 @@ class NCTransformErrors {
 ///
 /// Cells are read as float, computed in double and written as float. "In range" is a double that is no NaN, infinite or
 /// denormal, and not beyond the largest float; 0 is in range, and so is what only becomes denormal or 0 as a float.
-class TransformStruct : public VexStreamBase {
+class KALMIA_EXPORT TransformStruct : public VexStreamBase {
  public:
   static constexpr int kConstants = 4;
 
@@ -167,7 +168,7 @@ class TransformStruct : public VexStreamBase {
 
 /// A transformation for each column of a matrix, to be applied before scaling. Columns are numbered from 1; no column
 /// number is checked.
-class NCTransform : public VexStreamBase {
+class KALMIA_EXPORT NCTransform : public VexStreamBase {
  public:
   NCTransform();                      ///< no columns: to be read from a stream
   explicit NCTransform(int columns);  ///< all TransformNone; NCError for fewer than 0

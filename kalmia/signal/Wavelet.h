@@ -4,6 +4,7 @@
 #include "kalmia/containers/NCDataMatrix.h"
 #include "kalmia/containers/NCDataVector.h"
 #include "kalmia/containers/NCStringVector.h"
+#include "kalmia/support/Export.h"
 
 namespace kalmia {
 class WaveletStep;
@@ -28,7 +29,7 @@ class WaveletStep;
 /// An orthogonal family keeps the sum of squares, and transform and inverse give the signal back, to that rounding.
 /// Cost: n L multiplications for each level and 2 n L for all, L being the length of the filters.
 /// Source: Mallat (1989), IEEE Trans. Pattern Anal. Mach. Intell. 11, 674-693; filters: WaveletTables.cpp.
-class Wavelet {
+class KALMIA_EXPORT Wavelet {
  public:
   /// What is taken off a signal before its transform: each as NCDataVector::DetrendMean and DetrendLinear do it.
   enum DetrendMode : int { DetrendNone = 0, DetrendMean = 1, DetrendLinear = 2 };

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "kalmia/containers/NCDataVector.h"
+#include "kalmia/support/Export.h"
 
 namespace kalmia {
 struct ControlChartFactors;
@@ -15,7 +16,7 @@ struct ControlChartFactors;
 /// the chart: one chart serves one thread at a time.
 /// Sources: Montgomery (2009), Introduction to Statistical Quality Control, 6th ed., chapters 6 (limits), 9.1 (tabular
 /// CuSum), 9.2 (EWMA).
-class ControlChart {
+class KALMIA_EXPORT ControlChart {
  public:
   enum ControlType : int { Individual = 0, MeanRange = 1, MeanStdDev = 2, CuSum = 3, EWMA = 4, EWMAStdDev = 5 };
 

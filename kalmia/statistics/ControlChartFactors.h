@@ -1,5 +1,7 @@
 #pragma once
 
+#include "kalmia/support/Export.h"
+
 namespace kalmia {
 
 /// Factors that turn a mean range or a mean standard deviation of subgroups of one size into limits (three standard
@@ -17,6 +19,6 @@ struct ControlChartFactors {
 
 /// The factors for subgroups of `size` cells; null outside 2 to 25. Rounded to three or four decimals, as published:
 /// ASTM MNL 7 (2010), Manual on Presentation of Data and Control Chart Analysis, 8th ed., table 6.
-const ControlChartFactors* FindControlChartFactors(int size);
+KALMIA_EXPORT const ControlChartFactors* FindControlChartFactors(int size);
 
 }  // namespace kalmia

@@ -4,10 +4,11 @@
 #include <vector>
 
 #include "kalmia/containers/NCDataVector.h"
+#include "kalmia/support/Export.h"
 
 /// Sorts values into bins of a round width, and records which values fall into each, so that a bar can be linked back
 /// to its points. Holes are in no bin. Throws nothing; pure.
-class FrequencyHistogram {
+class KALMIA_EXPORT FrequencyHistogram {
  public:
   struct HistogramInfo {
     NCDataVector<float> counts;          ///< values in each bin

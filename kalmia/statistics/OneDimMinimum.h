@@ -1,10 +1,12 @@
 #pragma once
 
+#include "kalmia/support/Export.h"
+
 /// A minimum of a function of one variable, without derivatives: first a bracket, then a search inside it. In single
 /// precision. An exception of the function passes through.
 /// Source: Brent (1973), Algorithms for Minimization without Derivatives, chapter 5; Kiefer (1953), Proc. Amer. Math.
 /// Soc. 4, 502-506 (golden section).
-class OneDimMinimum {
+class KALMIA_EXPORT OneDimMinimum {
  public:
   /// The function to minimise.
   struct CallBack {

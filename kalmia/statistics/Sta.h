@@ -1,5 +1,7 @@
 #pragma once
 
+#include "kalmia/support/Export.h"
+
 /// Probabilities and quantiles of distributions. Pure functions; those without a word about it throw nothing. About six
 /// figures are exact: arguments are float, and log gamma is rounded to float, so that with 10000 degrees of freedom the
 /// third decimal of a quantile of t is the last good one.
@@ -16,21 +18,21 @@ enum SidedNess : int {
 
 /// The t that |T| stays below with `probability` (one-sided: that T stays below), T having Student's distribution; from
 /// a bisection of 0 to 64 down to 0.0001, so never above 64. 0 where the two-sided probability is outside 0 to 1.
-float GetStudentsT(float probability, float degreesOfFreedom, bool oneSided);
+KALMIA_EXPORT float GetStudentsT(float probability, float degreesOfFreedom, bool oneSided);
 
 /// Probability that an F variable with (df1, df2) degrees of freedom exceeds the ratio f1 / f2 of two variances.
 /// Degenerate: -99 where f1 or f2 is negative; 0 for f2 = 0 (and a larger f1), 1 for f1 = 0.
-float PFTest(float f1, float df1, float f2, float df2);
+KALMIA_EXPORT float PFTest(float f1, float df1, float f2, float df2);
 
 /// The F that an F variable with (df1, df2) degrees of freedom exceeds with `probability`; by bisection between 1e-6
 /// and 99999, down to a relative 1e-5 or an absolute 5e-5. -1 where the probability is not inside 0 to 1.
-float FFTest(float df1, float df2, float probability);
+KALMIA_EXPORT float FFTest(float df1, float df2, float probability);
 
 /// Hypergeometric probability of the table (a b / c d) among those of its margins. Counts from 0 on, not checked.
-long double GetTableProbability(int a, int b, int c, int d);
+KALMIA_EXPORT long double GetTableProbability(int a, int b, int c, int d);
 
 /// n over k = n! / (k! (n - k)!), from log gammas. 0 <= k <= n, not checked.
-long double BinomialCoefficient(int n, int k);
+KALMIA_EXPORT long double BinomialCoefficient(int n, int k);
 
 /// Fisher's exact test of the counts in `table`, row after row (rows * columns cells, not checked): the probability, if
 /// the margins are given and rows and columns independent, of all tables that are not more probable than this one; for
@@ -48,7 +50,7 @@ long double BinomialCoefficient(int n, int k);
 /// product is beyond int, too small a workspace.
 /// Source: Mehta & Patel (1986), ACM Trans. Math. Software 12, 154-161 (and Algorithm 643); Clarkson, Fan & Joe (1993),
 /// ACM Trans. Math. Software 19, 484-488.
-float GetFisherExactProbability(const int* table, int rows, int columns, bool hybrid, SidedNess sidedNess,
-                                int workspace);
+KALMIA_EXPORT float GetFisherExactProbability(const int* table, int rows, int columns, bool hybrid, SidedNess sidedNess,
+                                              int workspace);
 
 }  // namespace Sta

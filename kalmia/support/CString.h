@@ -2,10 +2,12 @@
 
 #include <memory>
 
+#include "kalmia/support/Export.h"
+
 /// The string of the interface: messages, names of variables and observations. Bytes, closed by a zero byte;
 /// no encoding is assumed. One pointer wide, and no heap for the empty string, so that long lists of short names stay
 /// small. Throws nothing but std::bad_alloc.
-class CString {
+class KALMIA_EXPORT CString {
  public:
   CString() = default;
   CString(const char* text);  // NOLINT: implicit on purpose; a null pointer gives the empty string
@@ -30,21 +32,21 @@ class CString {
 };
 
 // Equality and order of the bytes, as of Compare.
-bool operator==(const CString& a, const CString& b);
-bool operator==(const CString& a, const char* b);
-bool operator==(const char* a, const CString& b);
-bool operator!=(const CString& a, const CString& b);
-bool operator!=(const CString& a, const char* b);
-bool operator!=(const char* a, const CString& b);
-bool operator<(const CString& a, const CString& b);
-bool operator<(const CString& a, const char* b);
-bool operator<(const char* a, const CString& b);
-bool operator>(const CString& a, const CString& b);
-bool operator>(const CString& a, const char* b);
-bool operator>(const char* a, const CString& b);
-bool operator<=(const CString& a, const CString& b);
-bool operator<=(const CString& a, const char* b);
-bool operator<=(const char* a, const CString& b);
-bool operator>=(const CString& a, const CString& b);
-bool operator>=(const CString& a, const char* b);
-bool operator>=(const char* a, const CString& b);
+KALMIA_EXPORT bool operator==(const CString& a, const CString& b);
+KALMIA_EXPORT bool operator==(const CString& a, const char* b);
+KALMIA_EXPORT bool operator==(const char* a, const CString& b);
+KALMIA_EXPORT bool operator!=(const CString& a, const CString& b);
+KALMIA_EXPORT bool operator!=(const CString& a, const char* b);
+KALMIA_EXPORT bool operator!=(const char* a, const CString& b);
+KALMIA_EXPORT bool operator<(const CString& a, const CString& b);
+KALMIA_EXPORT bool operator<(const CString& a, const char* b);
+KALMIA_EXPORT bool operator<(const char* a, const CString& b);
+KALMIA_EXPORT bool operator>(const CString& a, const CString& b);
+KALMIA_EXPORT bool operator>(const CString& a, const char* b);
+KALMIA_EXPORT bool operator>(const char* a, const CString& b);
+KALMIA_EXPORT bool operator<=(const CString& a, const CString& b);
+KALMIA_EXPORT bool operator<=(const CString& a, const char* b);
+KALMIA_EXPORT bool operator<=(const char* a, const CString& b);
+KALMIA_EXPORT bool operator>=(const CString& a, const CString& b);
+KALMIA_EXPORT bool operator>=(const CString& a, const char* b);
+KALMIA_EXPORT bool operator>=(const char* a, const CString& b);

@@ -1,7 +1,9 @@
 #pragma once
 
+#include "kalmia/support/Export.h"
+
 /// The application's settings: values by key.
-class ConfigurationSection {
+class KALMIA_EXPORT ConfigurationSection {
  public:
   virtual ~ConfigurationSection() = default;
   virtual void SetInteger(const char* key, int value) = 0;

@@ -1,9 +1,10 @@
 #pragma once
 
 #include "kalmia/support/CString.h"
+#include "kalmia/support/Export.h"
 
 /// Root of what the library throws. Thrown by value, caught by reference.
-class Exception {
+class KALMIA_EXPORT Exception {
  public:
   explicit Exception(const CString& message);
   Exception(const Exception&) = default;

@@ -2,10 +2,12 @@
 
 #include <vector>
 
+#include "kalmia/support/Export.h"
+
 /// The library's user-visible texts by number. Built-in texts are English; an application replaces them by its own.
 /// Some are printf formats (marked in LanguageString.cpp); format them with CString::Format, for a replacement may be
 /// of any length.
-class LanguageString {
+class KALMIA_EXPORT LanguageString {
  public:
   /// The text of `id`, "" if there is none. Valid as long as the process lives, whatever is set later.
   static const char* Get(unsigned id);
@@ -19,7 +21,7 @@ class LanguageString {
 
 /// A list of ids of texts, fixed at construction. Its constructor takes them one by one, a 0 closes the list. The
 /// entries -1 and -2 stand for "no text".
-class VexLanguageStringVector {
+class KALMIA_EXPORT VexLanguageStringVector {
  public:
   template <class... Ids>
   explicit VexLanguageStringVector(unsigned first, Ids... rest)
@@ -38,10 +40,10 @@ class VexLanguageStringVector {
 namespace kalmia {
 
 // The tables of names, each in the order of its enumeration.
-const VexLanguageStringVector& ScalingNames();          ///< from the undefined scaling on
-const VexLanguageStringVector& TransformNames();        ///< from the undefined transform on
-const VexLanguageStringVector& TransformFormulas();     ///< the same; the first two transforms have none
-const VexLanguageStringVector& DetrendNames();          ///< none, mean, linear trend
-const VexLanguageStringVector& WaveletFunctionNames();  ///< the wavelet families
+KALMIA_EXPORT const VexLanguageStringVector& ScalingNames();          ///< from the undefined scaling on
+KALMIA_EXPORT const VexLanguageStringVector& TransformNames();        ///< from the undefined transform on
+KALMIA_EXPORT const VexLanguageStringVector& TransformFormulas();     ///< the same; the first two transforms have none
+KALMIA_EXPORT const VexLanguageStringVector& DetrendNames();          ///< none, mean, linear trend
+KALMIA_EXPORT const VexLanguageStringVector& WaveletFunctionNames();  ///< the wavelet families
 
 }  // namespace kalmia

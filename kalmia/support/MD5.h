@@ -3,9 +3,11 @@
 #include <cstddef>
 #include <memory>
 
+#include "kalmia/support/Export.h"
+
 /// The MD5 message digest of all bytes fed to it: a name for content, no protection against forgery.
 /// Source: Rivest (1992), RFC 1321. Throws Exception where the machine's cryptographic library refuses MD5.
-class MD5 {
+class KALMIA_EXPORT MD5 {
  public:
   MD5();
   ~MD5();

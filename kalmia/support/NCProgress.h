@@ -3,10 +3,12 @@
 #include <functional>
 #include <memory>
 
+#include "kalmia/support/Export.h"
+
 /// A progress bar and the user's wish to stop, handed into every long calculation as a pointer that may be null: then
 /// nothing is reported and nothing can be stopped. What a bar looks like is the application's: it supplies a Sink.
 /// Called from the thread of the calculation alone.
-class NCProgress {
+class KALMIA_EXPORT NCProgress {
  public:
   /// The application's side of a bar: one operation for each of NCProgress. Its destructor closes the bar.
   class Sink {

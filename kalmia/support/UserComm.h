@@ -1,8 +1,10 @@
 #pragma once
 
+#include "kalmia/support/Export.h"
+
 /// The dialogue with the user: one object for the process, which the application derives and sets. The default one
 /// prints to standard error and answers every question with "go on".
-class UserComm {
+class KALMIA_EXPORT UserComm {
  public:
   virtual ~UserComm();
 

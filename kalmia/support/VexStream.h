@@ -13,19 +13,20 @@
 
 #include "kalmia/support/CString.h"
 #include "kalmia/support/Exception.h"
+#include "kalmia/support/Export.h"
 
 // The binary form of every persistent class. All numbers are little-endian on every machine; floating-point cells are
 // their IEEE 754 bits. docs/streams.md describes the bytes.
 
 /// Malformed or truncated stream data.
-class VexStreamError : public Exception {
+class KALMIA_EXPORT VexStreamError : public Exception {
  public:
   VexStreamError();
   explicit VexStreamError(const CString& message);
 };
 
 /// Root of persistence. It writes no bytes of its own.
-class VexStreamBase {
+class KALMIA_EXPORT VexStreamBase {
  public:
   virtual ~VexStreamBase();
 
@@ -40,11 +41,11 @@ class VexStreamBase {
 
 /// One complete pass over an object: reset, then start. A write or read that returns false sets the fail bit.
 /// Throws VexStreamError where the class says so. Both mark the object as visited: one thread at a time, also to write.
-std::ostream& operator<<(std::ostream& stream, const VexStreamBase& object);
-std::istream& operator>>(std::istream& stream, VexStreamBase& object);
+KALMIA_EXPORT std::ostream& operator<<(std::ostream& stream, const VexStreamBase& object);
+KALMIA_EXPORT std::istream& operator>>(std::istream& stream, VexStreamBase& object);
 
 /// Magic and version of a class, and the version that the last Check found. Not for two threads at once.
-class VexStreamableData {
+class KALMIA_EXPORT VexStreamableData {
  public:
   VexStreamableData(short version, const char* magic);
 
@@ -60,7 +61,7 @@ class VexStreamableData {
 };
 
 /// The same record for classes outside the hierarchy.
-class VexStreamLight {
+class KALMIA_EXPORT VexStreamLight {
  public:
   static bool WriteMagicStringAndVersionNumber(std::ostream& stream, unsigned short version, const char* magic);
   static bool CheckMagicStringAndVersionNumber(std::istream& stream, unsigned short& version, const char* magic);
@@ -68,7 +69,7 @@ class VexStreamLight {
 
 /// A table of numbered entries, each a byte stream of its own: a class adds fields by adding entries, and a reader that
 /// does not know an entry passes it over. For the length of one write.
-class OutputStreamDirectory {
+class KALMIA_EXPORT OutputStreamDirectory {
  public:
   /// Nothing reaches `stream` before Close.
   OutputStreamDirectory(std::ostream& stream, unsigned short entries);
@@ -90,7 +91,7 @@ class OutputStreamDirectory {
 /// For the length of one read. A table that promises more than is there sets the stream's fail bit and has no entries;
 /// no memory is taken on the promise. The bytes of the outermost directory are held in memory once; a directory inside
 /// an entry looks into the same bytes.
-class InputStreamDirectory {
+class KALMIA_EXPORT InputStreamDirectory {
  public:
   explicit InputStreamDirectory(std::istream& stream);
   ~InputStreamDirectory();
@@ -112,29 +113,31 @@ class InputStreamDirectory {
 
 // Byte helpers; true on success, else the stream's fail bit is set, as for a negative count and a size below 1. `items`
 // may be null where the count is 0; its room is not checked. Items of 2, 4 and 8 bytes are numbers, others plain bytes.
-bool WriteBytes(const void* items, int count, std::ostream& stream);
-bool ReadBytes(void* items, int count, std::istream& stream);
-bool WriteTwoBytes(const void* items, int count, std::ostream& stream);
-bool ReadTwoBytes(void* items, int count, std::istream& stream);
-bool WriteFourBytes(const void* items, int count, std::ostream& stream);
-bool ReadFourBytes(void* items, int count, std::istream& stream);
-bool WriteArray(const void* items, int count, int itemSize, std::ostream& stream);
-bool ReadArray(void* items, int count, int itemSize, std::istream& stream);
+KALMIA_EXPORT bool WriteBytes(const void* items, int count, std::ostream& stream);
+KALMIA_EXPORT bool ReadBytes(void* items, int count, std::istream& stream);
+KALMIA_EXPORT bool WriteTwoBytes(const void* items, int count, std::ostream& stream);
+KALMIA_EXPORT bool ReadTwoBytes(void* items, int count, std::istream& stream);
+KALMIA_EXPORT bool WriteFourBytes(const void* items, int count, std::ostream& stream);
+KALMIA_EXPORT bool ReadFourBytes(void* items, int count, std::istream& stream);
+KALMIA_EXPORT bool WriteArray(const void* items, int count, int itemSize, std::ostream& stream);
+KALMIA_EXPORT bool ReadArray(void* items, int count, int itemSize, std::istream& stream);
 /// A text with its length; null writes the empty text. A text with a zero byte inside is refused by the readers.
-bool WriteBinaryString(const char* text, std::ostream& stream);
-bool ReadBinaryString(char** text, std::istream& stream);  ///< a new char[] that the caller frees; null on failure
-bool ReadBinaryString(CString& text, std::istream& stream);  ///< on failure `text` keeps its value
+KALMIA_EXPORT bool WriteBinaryString(const char* text, std::ostream& stream);
+/// A new char[] that the caller frees; null on failure.
+KALMIA_EXPORT bool ReadBinaryString(char** text, std::istream& stream);
+KALMIA_EXPORT bool ReadBinaryString(CString& text, std::istream& stream);  ///< on failure `text` keeps its value
 
 /// Reads a 4-byte field or a persistent object from entry `index`. An absent entry or a failed read gives false, or,
 /// with `must`, VexStreamError "ReadFromStreamDir failed" or "Error when reading from stream". A field keeps its value
 /// on failure.
-bool ReadFromStreamDir(int& target, InputStreamDirectory& directory, unsigned short index, bool must);
-bool ReadFromStreamDir(VexStreamBase& target, InputStreamDirectory& directory, unsigned short index, bool must);
+KALMIA_EXPORT bool ReadFromStreamDir(int& target, InputStreamDirectory& directory, unsigned short index, bool must);
+KALMIA_EXPORT bool ReadFromStreamDir(VexStreamBase& target, InputStreamDirectory& directory, unsigned short index,
+                                     bool must);
 
 namespace kalmia {
 
 /// Throws the VexStreamError of a stream that lies or ends too early: "Error when reading from stream".
-[[noreturn]] void ThrowReadError();
+[[noreturn]] KALMIA_EXPORT void ThrowReadError();
 
 /// The start operations of a persistent class: where the object was not visited in this pass yet, it is now, and its
 /// magic and version, its base and its own fields are written; or the magic is checked and VexStreamableRead called.
@@ -161,15 +164,15 @@ struct ArrayEntry {
 
 /// Writes a directory of such entries: the bytes that an OutputStreamDirectory would write, without a stream for each
 /// entry, which takes longer than the entries of a short vector. True on success.
-bool WriteDirectory(std::ostream& stream, std::initializer_list<ArrayEntry> entries);
+KALMIA_EXPORT bool WriteDirectory(std::ostream& stream, std::initializer_list<ArrayEntry> entries);
 
 /// The bytes from here to the end of the stream, by seeking: -1 where its buffer cannot or throws (pipes, filters),
 /// 0 for a failed stream. Position and state stay, unless the buffer finds no way back from its end: bad then.
-std::int64_t BytesLeft(std::istream& stream);
+KALMIA_EXPORT std::int64_t BytesLeft(std::istream& stream);
 
 /// Whether `count` more items of `itemSize` bytes can be there. For entries of a directory and other streams of known
 /// length the answer is exact; for a stream whose length cannot be known it is true. False for a negative count.
-bool HasBytesFor(std::istream& stream, std::int64_t count, int itemSize);
+KALMIA_EXPORT bool HasBytesFor(std::istream& stream, std::int64_t count, int itemSize);
 
 /// Reads `count` items into `cells`, for sizes that come from the stream itself: memory is taken at once where the
 /// stream's length is known to cover it, else piece by piece as the bytes arrive, never more than three times what was
@@ -180,7 +183,7 @@ bool ReadCells(std::istream& stream, std::int64_t count, std::vector<Item>& cell
 }  // namespace kalmia
 
 /// Registers how to make an object of a class from its plain name, for containers that hold persistent objects.
-class ClassCreatorRegistrator {
+class KALMIA_EXPORT ClassCreatorRegistrator {
  public:
   ClassCreatorRegistrator(const char* typeName, const char* name, VexStreamBase* (*creator)());
   /// A new default object of the class with this plain name, owned by the caller; null if the name is unknown. A class

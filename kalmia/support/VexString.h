@@ -1,5 +1,7 @@
 #pragma once
 
+#include "kalmia/support/Export.h"
+
 namespace kalmia {
 
 /// A null pointer counts as the empty text.
@@ -8,7 +10,7 @@ inline const char* OrEmpty(const char* text) { return text ? text : ""; }
 }  // namespace kalmia
 
 /// Helpers for C strings.
-class VexString {
+class KALMIA_EXPORT VexString {
  public:
   /// sprintf: prints into `buffer`, which has to be large enough, and returns the number of characters or a negative
   /// number on failure.
