@@ -8,6 +8,7 @@
 #include "app/ModelData.h"
 #include "app/OplsCvFile.h"
 #include "app/OplsFit.h"
+#include "app/Options.h"
 #include "app/Prediction.h"
 #include "app/StoredModel.h"
 #include "kalmia/support/NCProgress.h"

@@ -9,9 +9,9 @@
 #include "FloatRate.h"
 #include "MemoryBandwidth.h"
 #include "Tables.h"
-#include "kalmia/cluster/CommonColumns.h"
 #include "kalmia/cluster/DendroGram.h"
-#include "kalmia/cluster/InitialDistances.h"
+#include "kalmia/cluster/internal/CommonColumns.h"
+#include "kalmia/cluster/internal/InitialDistances.h"
 #include "kalmia/containers/Missing.h"
 #include "kalmia/support/UserComm.h"
 

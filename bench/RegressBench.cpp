@@ -6,7 +6,7 @@
 #include "MemoryBandwidth.h"
 #include "Tables.h"
 #include "kalmia/containers/NCDataMatrix.h"
-#include "kalmia/kernels/ComponentPasses.h"
+#include "kalmia/kernels/passes/ComponentPasses.h"
 #include "kalmia/kernels/simd/Lanes.h"
 
 namespace {

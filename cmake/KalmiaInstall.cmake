@@ -3,8 +3,9 @@ include(CMakePackageConfigHelpers)
 
 set(KALMIA_PACKAGE_DIR ${CMAKE_INSTALL_LIBDIR}/cmake/Kalmia)
 install(TARGETS kalmia EXPORT KalmiaTargets)
+# What lies inside a room is no interface: its internal/, and of the kernels all floors.
 install(DIRECTORY kalmia DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}
-        FILES_MATCHING PATTERN "*.h" PATTERN simd EXCLUDE)
+        FILES_MATCHING PATTERN "*.h" PATTERN internal EXCLUDE REGEX "/kernels/[a-z]+$" EXCLUDE)
 install(EXPORT KalmiaTargets NAMESPACE Kalmia:: DESTINATION ${KALMIA_PACKAGE_DIR})
 configure_package_config_file(cmake/KalmiaConfig.cmake.in ${PROJECT_BINARY_DIR}/KalmiaConfig.cmake
                               INSTALL_DESTINATION ${KALMIA_PACKAGE_DIR})

@@ -7,6 +7,7 @@
 #include "kalmia/support/CompareWithTolerance.h"
 #include "kalmia/support/ConfigurationSection.h"
 #include "kalmia/support/Exception.h"
+#include "kalmia/support/Export.h"
 #include "kalmia/support/LanguageString.h"
 #include "kalmia/support/MD5.h"
 #include "kalmia/support/NCError.h"

@@ -5,7 +5,7 @@
 #include <vector>
 
 #include "kalmia/cluster/DendroGramNode.h"
-#include "kalmia/cluster/TreeWalk.h"
+#include "kalmia/cluster/internal/TreeWalk.h"
 #include "kalmia/support/NCError.h"
 
 namespace DendroGram {

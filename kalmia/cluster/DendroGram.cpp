@@ -8,8 +8,8 @@
 #include <utility>
 #include <vector>
 
-#include "kalmia/cluster/CommonColumns.h"
-#include "kalmia/cluster/StoppableProgress.h"
+#include "kalmia/cluster/internal/CommonColumns.h"
+#include "kalmia/cluster/internal/StoppableProgress.h"
 #include "kalmia/support/MD5.h"
 
 using kalmia::StoppableProgress;

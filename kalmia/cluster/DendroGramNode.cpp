@@ -4,7 +4,7 @@
 #include <cstdint>
 #include <utility>
 
-#include "kalmia/cluster/TreeWalk.h"
+#include "kalmia/cluster/internal/TreeWalk.h"
 #include "kalmia/support/NCError.h"
 
 using kalmia::TreeWalk;

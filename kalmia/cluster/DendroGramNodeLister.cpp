@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <iterator>
 
-#include "kalmia/cluster/TreeWalk.h"
+#include "kalmia/cluster/internal/TreeWalk.h"
 
 namespace DendroGram {
 

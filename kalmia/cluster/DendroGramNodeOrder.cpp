@@ -6,7 +6,7 @@
 #include <utility>
 
 #include "kalmia/cluster/DendroGramNode.h"
-#include "kalmia/cluster/TreeWalk.h"
+#include "kalmia/cluster/internal/TreeWalk.h"
 
 // The order of children, and lists of nodes.
 

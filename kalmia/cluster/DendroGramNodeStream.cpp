@@ -3,7 +3,7 @@
 #include <vector>
 
 #include "kalmia/cluster/DendroGramNode.h"
-#include "kalmia/cluster/TreeWalk.h"
+#include "kalmia/cluster/internal/TreeWalk.h"
 
 // The stream form: the nodes from the top down, left before right. Which node is whose child follows from that order
 // and from which of them are leaves.

@@ -9,8 +9,8 @@
 #include <string>
 #include <utility>
 
-#include "kalmia/cluster/PairSort.h"
-#include "kalmia/cluster/StoppableProgress.h"
+#include "kalmia/cluster/internal/PairSort.h"
+#include "kalmia/cluster/internal/StoppableProgress.h"
 #include "kalmia/statistics/Sta.h"
 #include "kalmia/support/TempFile.h"
 

@@ -4,9 +4,9 @@
 #include <numeric>
 #include <utility>
 
-#include "kalmia/cluster/DistancesOnDisk.h"
-#include "kalmia/cluster/InitialDistances.h"
-#include "kalmia/cluster/StoppableProgress.h"
+#include "kalmia/cluster/internal/DistancesOnDisk.h"
+#include "kalmia/cluster/internal/InitialDistances.h"
+#include "kalmia/cluster/internal/StoppableProgress.h"
 
 namespace DendroGram {
 

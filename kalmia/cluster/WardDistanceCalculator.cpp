@@ -4,11 +4,11 @@
 #include <utility>
 #include <vector>
 
-#include "kalmia/cluster/InitialDistances.h"
-#include "kalmia/cluster/PairMemory.h"
-#include "kalmia/cluster/StoppableProgress.h"
-#include "kalmia/cluster/WardClusters.h"
-#include "kalmia/cluster/WardPairList.h"
+#include "kalmia/cluster/internal/InitialDistances.h"
+#include "kalmia/cluster/internal/PairMemory.h"
+#include "kalmia/cluster/internal/StoppableProgress.h"
+#include "kalmia/cluster/internal/WardClusters.h"
+#include "kalmia/cluster/internal/WardPairList.h"
 
 namespace DendroGram {
 

@@ -1,5 +1,5 @@
 // Room for another pair in a full block.
-#include "kalmia/cluster/WardPairList.h"
+#include "kalmia/cluster/internal/WardPairList.h"
 
 #include <algorithm>
 

@@ -6,8 +6,8 @@
 #include <memory>
 #include <utility>
 
-#include "kalmia/containers/AlignedBlock.h"
-#include "kalmia/containers/SizeLimit.h"
+#include "kalmia/containers/internal/AlignedBlock.h"
+#include "kalmia/containers/internal/SizeLimit.h"
 
 using kalmia::kMissingCell;
 

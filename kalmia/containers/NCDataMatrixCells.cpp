@@ -3,7 +3,7 @@
 #include <type_traits>
 
 #include "kalmia/containers/NCDataMatrix.h"
-#include "kalmia/containers/RowOperand.h"
+#include "kalmia/containers/internal/RowOperand.h"
 
 using kalmia::kMissing;
 using kalmia::kMissingCell;

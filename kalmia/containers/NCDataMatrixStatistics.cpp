@@ -3,8 +3,8 @@
 #include <vector>
 
 #include "kalmia/containers/NCDataMatrix.h"
-#include "kalmia/containers/OrderStatistics.h"
-#include "kalmia/containers/SampleMoments.h"
+#include "kalmia/containers/internal/OrderStatistics.h"
+#include "kalmia/containers/internal/SampleMoments.h"
 
 using kalmia::kMissing;
 using kalmia::kMissingCell;

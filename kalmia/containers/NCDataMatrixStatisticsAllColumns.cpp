@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "kalmia/containers/NCDataMatrix.h"
-#include "kalmia/containers/SampleMoments.h"
+#include "kalmia/containers/internal/SampleMoments.h"
 
 using kalmia::kMissing;
 

@@ -3,8 +3,8 @@
 #include <vector>
 
 #include "kalmia/containers/NCDataMatrix.h"
-#include "kalmia/containers/OldLayout.h"
-#include "kalmia/containers/SizeLimit.h"
+#include "kalmia/containers/internal/OldLayout.h"
+#include "kalmia/containers/internal/SizeLimit.h"
 
 namespace {
 

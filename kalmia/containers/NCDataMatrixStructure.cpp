@@ -4,10 +4,10 @@
 #include <utility>
 #include <vector>
 
-#include "kalmia/containers/CapacityRule.h"
 #include "kalmia/containers/NCDataMatrix.h"
-#include "kalmia/containers/RowOperand.h"
-#include "kalmia/containers/SizeLimit.h"
+#include "kalmia/containers/internal/CapacityRule.h"
+#include "kalmia/containers/internal/RowOperand.h"
+#include "kalmia/containers/internal/SizeLimit.h"
 
 using kalmia::kMissingCell;
 

@@ -3,11 +3,11 @@
 #include <algorithm>
 #include <utility>
 
-#include "kalmia/containers/AlignedBlock.h"
-#include "kalmia/containers/CapacityRule.h"
 #include "kalmia/containers/IntPool.h"
-#include "kalmia/containers/MoveCells.h"
-#include "kalmia/containers/SizeLimit.h"
+#include "kalmia/containers/internal/AlignedBlock.h"
+#include "kalmia/containers/internal/CapacityRule.h"
+#include "kalmia/containers/internal/MoveCells.h"
+#include "kalmia/containers/internal/SizeLimit.h"
 
 // Life, sharing and access. The other members are defined by theme in NCDataVector*.cpp and in kernels/.
 

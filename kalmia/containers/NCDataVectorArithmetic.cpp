@@ -1,8 +1,8 @@
 #include <algorithm>
 #include <cmath>
 
-#include "kalmia/containers/MapCells.h"
 #include "kalmia/containers/NCDataVector.h"
+#include "kalmia/containers/internal/MapCells.h"
 
 // Arithmetic cell by cell, in double. Every result vector is fetched (and unlinked) before a source's cells are looked
 // at, since it may be one of the sources.

@@ -3,7 +3,7 @@
 #include <vector>
 
 #include "kalmia/containers/NCDataVector.h"
-#include "kalmia/containers/OrderStatistics.h"
+#include "kalmia/containers/internal/OrderStatistics.h"
 
 using kalmia::kMissing;
 

@@ -1,7 +1,7 @@
 #include <cmath>
 
 #include "kalmia/containers/NCDataVector.h"
-#include "kalmia/containers/SampleMoments.h"
+#include "kalmia/containers/internal/SampleMoments.h"
 
 using kalmia::kMissing;
 

@@ -1,8 +1,8 @@
 #include <vector>
 
-#include "kalmia/containers/AlignedBlock.h"
 #include "kalmia/containers/NCDataVector.h"
-#include "kalmia/containers/OldLayout.h"
+#include "kalmia/containers/internal/AlignedBlock.h"
+#include "kalmia/containers/internal/OldLayout.h"
 
 // The stream form. Version 4: a directory with the size, the count of missing cells, the cells. Versions 1 and 3: the
 // same three straight on the stream; version 2: a text before them.

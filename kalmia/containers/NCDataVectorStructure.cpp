@@ -1,10 +1,10 @@
 #include <algorithm>
 
-#include "kalmia/containers/AlignedBlock.h"
-#include "kalmia/containers/CapacityRule.h"
-#include "kalmia/containers/MoveCells.h"
 #include "kalmia/containers/NCDataVector.h"
-#include "kalmia/containers/SizeLimit.h"
+#include "kalmia/containers/internal/AlignedBlock.h"
+#include "kalmia/containers/internal/CapacityRule.h"
+#include "kalmia/containers/internal/MoveCells.h"
+#include "kalmia/containers/internal/SizeLimit.h"
 
 // Size, insertion, removal.
 

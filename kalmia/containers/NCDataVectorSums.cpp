@@ -2,8 +2,8 @@
 #include <cmath>
 #include <cstring>
 
-#include "kalmia/containers/LaneSum.h"
 #include "kalmia/containers/NCDataVector.h"
+#include "kalmia/containers/internal/LaneSum.h"
 
 // Sums, extremes and comparison.
 

@@ -3,9 +3,9 @@
 #include <algorithm>
 #include <cstdint>
 
-#include "kalmia/containers/CapacityRule.h"
-#include "kalmia/containers/MoveCells.h"
-#include "kalmia/containers/SizeLimit.h"
+#include "kalmia/containers/internal/CapacityRule.h"
+#include "kalmia/containers/internal/MoveCells.h"
+#include "kalmia/containers/internal/SizeLimit.h"
 
 // Life, sharing, access and structure. Order and search are in NCIntegralVectorOrder.cpp, the stream form in
 // NCIntegralVectorStream.cpp.

@@ -5,7 +5,7 @@
 #include <vector>
 
 #include "kalmia/containers/NCIntegralVector.h"
-#include "kalmia/containers/OldLayout.h"
+#include "kalmia/containers/internal/OldLayout.h"
 
 // The stream form. Version 4: a directory whose one entry holds the size and the cells. Versions 1 and 3: the same two
 // straight on the stream; version 2: a text before them.

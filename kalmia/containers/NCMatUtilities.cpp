@@ -5,7 +5,7 @@
 #include <limits>
 #include <vector>
 
-#include "kalmia/containers/SizeLimit.h"
+#include "kalmia/containers/internal/SizeLimit.h"
 
 float NCMatUtilities::NCGetQuietNaN() { return std::numeric_limits<float>::quiet_NaN(); }
 

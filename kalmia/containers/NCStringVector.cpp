@@ -6,7 +6,7 @@
 #include <iterator>
 #include <utility>
 
-#include "kalmia/containers/SizeLimit.h"
+#include "kalmia/containers/internal/SizeLimit.h"
 
 namespace {
 

@@ -1,6 +1,6 @@
 #include "kalmia/kernels/ParallelTasks.h"
 
-#include "kalmia/kernels/StoppableTeam.h"
+#include "kalmia/kernels/threads/StoppableTeam.h"
 
 namespace NCMultiThreading {
 

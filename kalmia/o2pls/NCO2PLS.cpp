@@ -5,11 +5,11 @@
 #include <cstdint>
 #include <utility>
 
-#include "kalmia/o2pls/FirstLoading.h"
-#include "kalmia/o2pls/FlipRows.h"
-#include "kalmia/opls/DeepCopy.h"
-#include "kalmia/pcapls/ComponentRows.h"
+#include "kalmia/o2pls/internal/FirstLoading.h"
+#include "kalmia/o2pls/internal/FlipRows.h"
+#include "kalmia/opls/internal/DeepCopy.h"
 #include "kalmia/pcapls/NCPLS.h"
+#include "kalmia/pcapls/internal/ComponentRows.h"
 
 namespace {
 

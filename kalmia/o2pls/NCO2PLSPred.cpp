@@ -1,6 +1,6 @@
 #include "kalmia/o2pls/NCO2PLSPred.h"
 
-#include "kalmia/pcapls/ModelParts.h"
+#include "kalmia/pcapls/internal/ModelParts.h"
 #include "kalmia/support/NCError.h"
 
 NCO2PLSPred::NCO2PLSPred(const NCDataMatrix<float>& P, const NCDataMatrix<float>& W, const NCDataMatrix<float>& Q,

@@ -6,14 +6,14 @@
 #include <optional>
 #include <utility>
 
-#include "kalmia/o2pls/FirstLoading.h"
 #include "kalmia/o2pls/OSCPLSComponentValidator.h"
-#include "kalmia/opls/DeepCopy.h"
-#include "kalmia/pcapls/ComponentRows.h"
-#include "kalmia/pcapls/ConvergenceBar.h"
+#include "kalmia/o2pls/internal/FirstLoading.h"
+#include "kalmia/opls/internal/DeepCopy.h"
 #include "kalmia/pcapls/NCComponentValidator.h"
 #include "kalmia/pcapls/NCPCA.h"
 #include "kalmia/pcapls/NCPLS.h"
+#include "kalmia/pcapls/internal/ComponentRows.h"
+#include "kalmia/pcapls/internal/ConvergenceBar.h"
 #include "kalmia/support/CString.h"
 #include "kalmia/support/LanguageString.h"
 #include "kalmia/support/NCError.h"

@@ -6,13 +6,13 @@
 #include <optional>
 #include <vector>
 
-#include "kalmia/o2pls/FlipRows.h"
-#include "kalmia/o2pls/GroupSplit.h"
 #include "kalmia/o2pls/O2PLSPredictiveComponentEstimator.h"
-#include "kalmia/o2pls/O2PLSRounds.h"
-#include "kalmia/o2pls/Q2Limit.h"
 #include "kalmia/o2pls/SignificanceE.h"
-#include "kalmia/pcapls/CrossValidationGroups.h"
+#include "kalmia/o2pls/internal/FlipRows.h"
+#include "kalmia/o2pls/internal/GroupSplit.h"
+#include "kalmia/o2pls/internal/O2PLSRounds.h"
+#include "kalmia/o2pls/internal/Q2Limit.h"
+#include "kalmia/pcapls/internal/CrossValidationGroups.h"
 #include "kalmia/support/CString.h"
 #include "kalmia/support/NCError.h"
 

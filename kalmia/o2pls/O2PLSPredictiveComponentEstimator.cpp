@@ -5,11 +5,11 @@
 #include <cstddef>
 #include <vector>
 
-#include "kalmia/o2pls/FirstLoading.h"
-#include "kalmia/o2pls/GroupSplit.h"
-#include "kalmia/o2pls/Q2Limit.h"
-#include "kalmia/pcapls/ComponentRows.h"
-#include "kalmia/pcapls/CrossValidationGroups.h"
+#include "kalmia/o2pls/internal/FirstLoading.h"
+#include "kalmia/o2pls/internal/GroupSplit.h"
+#include "kalmia/o2pls/internal/Q2Limit.h"
+#include "kalmia/pcapls/internal/ComponentRows.h"
+#include "kalmia/pcapls/internal/CrossValidationGroups.h"
 #include "kalmia/support/NCError.h"
 
 namespace {

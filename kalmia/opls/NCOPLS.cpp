@@ -3,13 +3,13 @@
 #include <algorithm>
 #include <cmath>
 
-#include "kalmia/kernels/FilterPasses.h"
-#include "kalmia/kernels/ScoresInTurn.h"
-#include "kalmia/opls/DeepCopy.h"
-#include "kalmia/opls/OPLSBlocks.h"
-#include "kalmia/opls/OPLSProgress.h"
-#include "kalmia/pcapls/ComponentRows.h"
+#include "kalmia/kernels/passes/FilterPasses.h"
+#include "kalmia/kernels/passes/ScoresInTurn.h"
+#include "kalmia/opls/internal/DeepCopy.h"
+#include "kalmia/opls/internal/OPLSBlocks.h"
+#include "kalmia/opls/internal/OPLSProgress.h"
 #include "kalmia/pcapls/NCPCA.h"
+#include "kalmia/pcapls/internal/ComponentRows.h"
 #include "kalmia/support/NCError.h"
 
 namespace {

@@ -2,11 +2,11 @@
 #include <algorithm>
 #include <cmath>
 
-#include "kalmia/kernels/ComponentPasses.h"
-#include "kalmia/kernels/ScoresInTurn.h"
-#include "kalmia/opls/DeepCopy.h"
+#include "kalmia/kernels/passes/ComponentPasses.h"
+#include "kalmia/kernels/passes/ScoresInTurn.h"
 #include "kalmia/opls/NCOPLS.h"
-#include "kalmia/opls/OPLSProgress.h"
+#include "kalmia/opls/internal/DeepCopy.h"
+#include "kalmia/opls/internal/OPLSProgress.h"
 #include "kalmia/pcapls/NCPCA.h"
 
 namespace {

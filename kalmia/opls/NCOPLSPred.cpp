@@ -2,10 +2,10 @@
 
 #include <utility>
 
-#include "kalmia/kernels/ScoresInTurn.h"
-#include "kalmia/opls/DeepCopy.h"
-#include "kalmia/opls/OPLSBlocks.h"
-#include "kalmia/pcapls/ComponentRows.h"
+#include "kalmia/kernels/passes/ScoresInTurn.h"
+#include "kalmia/opls/internal/DeepCopy.h"
+#include "kalmia/opls/internal/OPLSBlocks.h"
+#include "kalmia/pcapls/internal/ComponentRows.h"
 #include "kalmia/support/NCError.h"
 
 namespace {

@@ -2,12 +2,12 @@
 
 #include <algorithm>
 
-#include "kalmia/opls/DeepCopy.h"
 #include "kalmia/opls/NCOPLS.h"
-#include "kalmia/opls/OPLSCrossValidationRound.h"
-#include "kalmia/opls/OPLSProgress.h"
-#include "kalmia/pcapls/CrossValidationGroups.h"
-#include "kalmia/pcapls/Q2.h"
+#include "kalmia/opls/internal/DeepCopy.h"
+#include "kalmia/opls/internal/OPLSCrossValidationRound.h"
+#include "kalmia/opls/internal/OPLSProgress.h"
+#include "kalmia/pcapls/internal/CrossValidationGroups.h"
+#include "kalmia/pcapls/internal/Q2.h"
 #include "kalmia/support/NCError.h"
 
 namespace {

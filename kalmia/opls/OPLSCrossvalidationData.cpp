@@ -3,7 +3,7 @@
 #include <istream>
 #include <ostream>
 
-#include "kalmia/opls/DeepCopy.h"
+#include "kalmia/opls/internal/DeepCopy.h"
 #include "kalmia/support/VexStream.h"
 
 namespace {

@@ -3,10 +3,10 @@
 #include <algorithm>
 #include <utility>
 
-#include "kalmia/kernels/ComponentPasses.h"
-#include "kalmia/pcapls/ComponentRows.h"
-#include "kalmia/pcapls/ConvergenceBar.h"
-#include "kalmia/pcapls/ModelParts.h"
+#include "kalmia/kernels/passes/ComponentPasses.h"
+#include "kalmia/pcapls/internal/ComponentRows.h"
+#include "kalmia/pcapls/internal/ConvergenceBar.h"
+#include "kalmia/pcapls/internal/ModelParts.h"
 #include "kalmia/support/LanguageString.h"
 #include "kalmia/support/NCError.h"
 

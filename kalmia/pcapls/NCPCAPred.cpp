@@ -1,8 +1,8 @@
 #include "kalmia/pcapls/NCPCAPred.h"
 
-#include "kalmia/pcapls/ModelParts.h"
 #include "kalmia/pcapls/ScoreEstimator.h"
-#include "kalmia/pcapls/ScoredRows.h"
+#include "kalmia/pcapls/internal/ModelParts.h"
+#include "kalmia/pcapls/internal/ScoredRows.h"
 #include "kalmia/support/NCError.h"
 
 NCPCAPred::NCPCAPred(const NCDataMatrix<float>* X, const NCDataMatrix<float>* P, int maxIterations, float tolerance)

@@ -4,9 +4,9 @@
 #include <ostream>
 #include <utility>
 
-#include "kalmia/pcapls/ModelParts.h"
-#include "kalmia/pcapls/ModelStream.h"
 #include "kalmia/pcapls/NCPCA.h"
+#include "kalmia/pcapls/internal/ModelParts.h"
+#include "kalmia/pcapls/internal/ModelStream.h"
 
 NCPCA::DerivedStreamableData NCPCA::MyStreamableData(2, "NCPCA");
 

@@ -3,8 +3,8 @@
 #include <algorithm>
 #include <utility>
 
-#include "kalmia/pcapls/ModelParts.h"
-#include "kalmia/pcapls/ScoredRows.h"
+#include "kalmia/pcapls/internal/ModelParts.h"
+#include "kalmia/pcapls/internal/ScoredRows.h"
 #include "kalmia/support/NCError.h"
 
 namespace {

@@ -5,9 +5,9 @@
 #include <ostream>
 #include <utility>
 
-#include "kalmia/pcapls/ModelParts.h"
-#include "kalmia/pcapls/ModelStream.h"
 #include "kalmia/pcapls/NCPLS.h"
+#include "kalmia/pcapls/internal/ModelParts.h"
+#include "kalmia/pcapls/internal/ModelStream.h"
 
 NCPLS::DerivedStreamableData NCPLS::MyStreamableData(2, "NCPLS");
 

@@ -3,9 +3,9 @@
 #include <algorithm>
 #include <cmath>
 
-#include "kalmia/containers/SizeLimit.h"
-#include "kalmia/kernels/RowShift.h"
-#include "kalmia/pcapls/ColumnMoments.h"
+#include "kalmia/containers/internal/SizeLimit.h"
+#include "kalmia/kernels/rows/RowShift.h"
+#include "kalmia/pcapls/internal/ColumnMoments.h"
 #include "kalmia/support/LanguageString.h"
 
 namespace {

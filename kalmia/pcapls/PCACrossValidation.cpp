@@ -7,9 +7,9 @@
 #include <memory>
 #include <vector>
 
-#include "kalmia/pcapls/ComponentRows.h"
-#include "kalmia/pcapls/CrossValidationGroups.h"
-#include "kalmia/pcapls/Q2.h"
+#include "kalmia/pcapls/internal/ComponentRows.h"
+#include "kalmia/pcapls/internal/CrossValidationGroups.h"
+#include "kalmia/pcapls/internal/Q2.h"
 #include "kalmia/support/LanguageString.h"
 #include "kalmia/support/NCError.h"
 

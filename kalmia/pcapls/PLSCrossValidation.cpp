@@ -3,10 +3,10 @@
 #include <algorithm>
 #include <memory>
 
-#include "kalmia/kernels/ComponentPasses.h"
-#include "kalmia/pcapls/ComponentRows.h"
-#include "kalmia/pcapls/CrossValidationGroups.h"
-#include "kalmia/pcapls/Q2.h"
+#include "kalmia/kernels/passes/ComponentPasses.h"
+#include "kalmia/pcapls/internal/ComponentRows.h"
+#include "kalmia/pcapls/internal/CrossValidationGroups.h"
+#include "kalmia/pcapls/internal/Q2.h"
 #include "kalmia/support/LanguageString.h"
 #include "kalmia/support/NCError.h"
 

@@ -4,7 +4,7 @@
 #include <cmath>
 
 #include "kalmia/kernels/simd/SlidingWindows.h"
-#include "kalmia/signal/WindowFit.h"
+#include "kalmia/signal/internal/WindowFit.h"
 
 using kalmia::FitterWithHoles;
 using kalmia::kMissingCell;

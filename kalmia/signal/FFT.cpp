@@ -7,10 +7,10 @@
 #include <new>
 #include <vector>
 
-#include "kalmia/containers/LaneSum.h"
-#include "kalmia/signal/Correlation.h"
+#include "kalmia/containers/internal/LaneSum.h"
 #include "kalmia/signal/SignalLength.h"
 #include "kalmia/signal/WindowedPower.h"
+#include "kalmia/signal/internal/Correlation.h"
 #include "kalmia/support/NCError.h"
 
 namespace {

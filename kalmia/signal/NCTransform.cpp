@@ -2,7 +2,7 @@
 
 #include <memory>
 
-#include "kalmia/containers/SizeLimit.h"
+#include "kalmia/containers/internal/SizeLimit.h"
 #include "kalmia/support/LanguageString.h"
 
 // A matrix by its columns, and the errors.

@@ -4,7 +4,7 @@
 #include <cstring>
 #include <memory>
 
-#include "kalmia/signal/WaveletTables.h"
+#include "kalmia/signal/internal/WaveletTables.h"
 #include "kalmia/support/LanguageString.h"
 
 // Names and filters. Transforms are defined in WaveletTransform.cpp, WaveletBestBasis.cpp and their neighbours.

@@ -4,11 +4,11 @@
 #include <memory>
 #include <vector>
 
-#include "kalmia/signal/OutOrNew.h"
 #include "kalmia/signal/SignalLength.h"
 #include "kalmia/signal/Wavelet.h"
-#include "kalmia/signal/WaveletSignals.h"
-#include "kalmia/signal/WaveletStep.h"
+#include "kalmia/signal/internal/OutOrNew.h"
+#include "kalmia/signal/internal/WaveletSignals.h"
+#include "kalmia/signal/internal/WaveletStep.h"
 
 // Wavelet packets: the best basis of a signal, and transforms in it. In the order of frequency the two halves of every
 // block of even number change places, since a high pass that is halved in rate turns the frequencies round.

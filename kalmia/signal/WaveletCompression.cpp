@@ -3,10 +3,10 @@
 #include <memory>
 #include <vector>
 
-#include "kalmia/signal/OutOrNew.h"
 #include "kalmia/signal/SignalLength.h"
 #include "kalmia/signal/Wavelet.h"
-#include "kalmia/signal/WaveletSignals.h"
+#include "kalmia/signal/internal/OutOrNew.h"
+#include "kalmia/signal/internal/WaveletSignals.h"
 
 // Compressed vectors of coefficients and the names of their cells.
 

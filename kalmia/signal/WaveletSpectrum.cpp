@@ -1,10 +1,10 @@
 #include <algorithm>
 #include <cmath>
 
-#include "kalmia/signal/OutOrNew.h"
 #include "kalmia/signal/SignalLength.h"
 #include "kalmia/signal/Wavelet.h"
-#include "kalmia/signal/WaveletSignals.h"
+#include "kalmia/signal/internal/OutOrNew.h"
+#include "kalmia/signal/internal/WaveletSignals.h"
 #include "kalmia/support/NCError.h"
 
 // What coefficients tell about time and scale: the power spectrum and the energy of the levels.

@@ -1,11 +1,11 @@
 #include <algorithm>
 #include <vector>
 
-#include "kalmia/signal/OutOrNew.h"
 #include "kalmia/signal/SignalLength.h"
 #include "kalmia/signal/Wavelet.h"
-#include "kalmia/signal/WaveletSignals.h"
-#include "kalmia/signal/WaveletStep.h"
+#include "kalmia/signal/internal/OutOrNew.h"
+#include "kalmia/signal/internal/WaveletSignals.h"
+#include "kalmia/signal/internal/WaveletStep.h"
 
 // The transform of one signal and its inverse, and the transforms of tables.
 

@@ -5,7 +5,7 @@
 #include <numeric>
 #include <vector>
 
-#include "kalmia/signal/FourierTransform.h"
+#include "kalmia/signal/internal/FourierTransform.h"
 
 namespace kalmia {
 

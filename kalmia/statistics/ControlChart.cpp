@@ -3,7 +3,7 @@
 #include <cstring>
 
 #include "kalmia/statistics/ControlChartFactors.h"
-#include "kalmia/statistics/Subgroups.h"
+#include "kalmia/statistics/internal/Subgroups.h"
 #include "kalmia/support/CompareWithTolerance.h"
 
 namespace {

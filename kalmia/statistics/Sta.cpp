@@ -4,8 +4,8 @@
 #include <cmath>
 
 #include "kalmia/containers/Missing.h"
-#include "kalmia/statistics/ExactTest.h"
-#include "kalmia/statistics/IncompleteBeta.h"
+#include "kalmia/statistics/internal/ExactTest.h"
+#include "kalmia/statistics/internal/IncompleteBeta.h"
 
 using kalmia::IncompleteBeta;
 using kalmia::LogGamma;

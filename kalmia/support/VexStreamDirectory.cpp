@@ -7,8 +7,8 @@
 #include <optional>
 #include <string>
 
-#include "kalmia/support/StreamView.h"
 #include "kalmia/support/VexStream.h"
+#include "kalmia/support/internal/StreamView.h"
 
 namespace {
 

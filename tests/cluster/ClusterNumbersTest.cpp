@@ -1,4 +1,4 @@
-#include "kalmia/cluster/ClusterNumbers.h"
+#include "kalmia/cluster/internal/ClusterNumbers.h"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "kalmia/cluster/InitialDistances.h"
+#include "kalmia/cluster/internal/InitialDistances.h"
 
 #include <gtest/gtest.h>
 
@@ -11,8 +11,8 @@
 
 #include "cluster/PlainClustering.h"
 #include "cluster/Stops.h"
-#include "kalmia/cluster/PairMemory.h"
-#include "kalmia/cluster/PairSort.h"
+#include "kalmia/cluster/internal/PairMemory.h"
+#include "kalmia/cluster/internal/PairSort.h"
 #include "kalmia/kernels/ThreadingControl.h"
 #include "testing/NoMoreThreads.h"
 #include "testing/RandomTables.h"

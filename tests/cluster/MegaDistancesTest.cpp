@@ -12,7 +12,7 @@
 
 #include "cluster/OnDisk.h"
 #include "cluster/Stops.h"
-#include "kalmia/cluster/PairSort.h"
+#include "kalmia/cluster/internal/PairSort.h"
 #include "testing/AllocationMeter.h"
 #include "testing/RandomTables.h"
 #include "testing/RecordingProgress.h"

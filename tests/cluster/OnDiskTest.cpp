@@ -11,9 +11,9 @@
 #include "cluster/OnDisk.h"
 #include "cluster/PlainClustering.h"
 #include "cluster/Stops.h"
-#include "kalmia/cluster/DistancesOnDisk.h"
 #include "kalmia/cluster/SingleLinkageDistanceCalculator.h"
 #include "kalmia/cluster/WardDistanceCalculator.h"
+#include "kalmia/cluster/internal/DistancesOnDisk.h"
 #include "testing/RandomTables.h"
 #include "testing/RecordingProgress.h"
 

@@ -1,4 +1,4 @@
-#include "kalmia/cluster/PairMemory.h"
+#include "kalmia/cluster/internal/PairMemory.h"
 
 #include <gtest/gtest.h>
 

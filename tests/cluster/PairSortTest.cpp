@@ -1,4 +1,4 @@
-#include "kalmia/cluster/PairSort.h"
+#include "kalmia/cluster/internal/PairSort.h"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "kalmia/cluster/WardPairList.h"
+#include "kalmia/cluster/internal/WardPairList.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -10,8 +10,8 @@
 #include <vector>
 
 #include "cluster/PlainClustering.h"
-#include "kalmia/cluster/PairSort.h"
 #include "kalmia/cluster/WardDistanceCalculator.h"
+#include "kalmia/cluster/internal/PairSort.h"
 #include "testing/AllocationMeter.h"
 #include "testing/RandomTables.h"
 

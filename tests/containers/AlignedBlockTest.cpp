@@ -1,4 +1,4 @@
-#include "kalmia/containers/AlignedBlock.h"
+#include "kalmia/containers/internal/AlignedBlock.h"
 
 #include <gtest/gtest.h>
 

@@ -4,8 +4,8 @@
 #include <vector>
 
 #include "AppendedUntilTheBlockMoves.h"
-#include "kalmia/containers/CapacityRule.h"
 #include "kalmia/containers/NCDataVector.h"
+#include "kalmia/containers/internal/CapacityRule.h"
 #include "testing/RandomTables.h"
 
 // Room for cells: reserved, and taken by the rule of growth.

@@ -4,8 +4,8 @@
 #include <limits>
 #include <vector>
 
-#include "kalmia/containers/LaneSum.h"
 #include "kalmia/containers/NCDataVector.h"
+#include "kalmia/containers/internal/LaneSum.h"
 #include "testing/RandomTables.h"
 
 // Sums, extremes and comparison.

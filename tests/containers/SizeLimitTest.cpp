@@ -1,4 +1,4 @@
-#include "kalmia/containers/SizeLimit.h"
+#include "kalmia/containers/internal/SizeLimit.h"
 
 #include <gtest/gtest.h>
 

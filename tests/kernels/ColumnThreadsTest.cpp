@@ -1,4 +1,4 @@
-#include "kalmia/kernels/ColumnThreads.h"
+#include "kalmia/kernels/threads/ColumnThreads.h"
 
 #include <gtest/gtest.h>
 
@@ -11,7 +11,7 @@
 #include <thread>
 #include <vector>
 
-#include "kalmia/kernels/Slices.h"
+#include "kalmia/kernels/threads/Slices.h"
 #include "kernels/SameBits.h"
 #include "testing/AllocationMeter.h"
 #include "testing/RandomTables.h"

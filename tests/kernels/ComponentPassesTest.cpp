@@ -1,4 +1,4 @@
-#include "kalmia/kernels/ComponentPasses.h"
+#include "kalmia/kernels/passes/ComponentPasses.h"
 
 #include <gtest/gtest.h>
 #include <omp.h>

@@ -1,5 +1,5 @@
 // Steps in one pass against the steps taken singly: bits and counts.
-#include "kalmia/kernels/FilterPasses.h"
+#include "kalmia/kernels/passes/FilterPasses.h"
 
 #include <gtest/gtest.h>
 

@@ -3,7 +3,7 @@
 #include <cmath>
 
 #include "kalmia/containers/NCDataMatrix.h"
-#include "kalmia/kernels/Regression.h"
+#include "kalmia/kernels/regression/Regression.h"
 #include "kernels/SameBits.h"
 #include "testing/RandomTables.h"
 

@@ -1,4 +1,4 @@
-#include "kalmia/kernels/RowDots.h"
+#include "kalmia/kernels/product/RowDots.h"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "kalmia/kernels/RowShift.h"
+#include "kalmia/kernels/rows/RowShift.h"
 
 #include <gtest/gtest.h>
 

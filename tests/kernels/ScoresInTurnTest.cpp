@@ -1,4 +1,4 @@
-#include "kalmia/kernels/ScoresInTurn.h"
+#include "kalmia/kernels/passes/ScoresInTurn.h"
 
 #include <gtest/gtest.h>
 

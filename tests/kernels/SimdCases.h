@@ -8,8 +8,8 @@
 #include <string>
 #include <vector>
 
-#include "kalmia/kernels/simd/Targets.h"
 #include "hwy/highway.h"
+#include "kalmia/kernels/simd/Targets.h"
 #include "kernels/SameBits.h"
 #include "testing/RandomTables.h"
 

@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include "kalmia/kernels/ColumnRegression.h"
+#include "kalmia/kernels/regression/ColumnRegression.h"
 #include "kernels/SimdCases.h"
 
 namespace simd = kalmia::simd;

@@ -1,4 +1,4 @@
-#include "kalmia/kernels/StoppableTeam.h"
+#include "kalmia/kernels/threads/StoppableTeam.h"
 
 #include <gtest/gtest.h>
 

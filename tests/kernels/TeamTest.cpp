@@ -1,4 +1,4 @@
-#include "kalmia/kernels/Team.h"
+#include "kalmia/kernels/threads/Team.h"
 
 #include <gtest/gtest.h>
 

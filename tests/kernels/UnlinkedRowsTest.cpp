@@ -1,4 +1,4 @@
-#include "kalmia/kernels/UnlinkedRows.h"
+#include "kalmia/kernels/rows/UnlinkedRows.h"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "kalmia/kernels/VectorPath.h"
+#include "kalmia/kernels/regression/VectorPath.h"
 
 #include <gtest/gtest.h>
 

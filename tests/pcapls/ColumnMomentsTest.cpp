@@ -1,4 +1,4 @@
-#include "kalmia/pcapls/ColumnMoments.h"
+#include "kalmia/pcapls/internal/ColumnMoments.h"
 
 #include <gtest/gtest.h>
 

@@ -4,7 +4,7 @@
 #include <limits>
 
 #include "kalmia/signal/Derivate.h"
-#include "kalmia/signal/WindowFit.h"
+#include "kalmia/signal/internal/WindowFit.h"
 #include "testing/RandomTables.h"
 
 namespace {

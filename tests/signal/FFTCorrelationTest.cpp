@@ -5,8 +5,8 @@
 #include <limits>
 #include <thread>
 
-#include "kalmia/signal/Correlation.h"
 #include "kalmia/signal/FFT.h"
+#include "kalmia/signal/internal/Correlation.h"
 #include "signal/PlainFourier.h"
 #include "testing/RandomTables.h"
 

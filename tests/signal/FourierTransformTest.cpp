@@ -1,4 +1,4 @@
-#include "kalmia/signal/FourierTransform.h"
+#include "kalmia/signal/internal/FourierTransform.h"
 
 #include <gtest/gtest.h>
 

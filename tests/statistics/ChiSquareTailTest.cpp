@@ -1,4 +1,4 @@
-#include "kalmia/statistics/ChiSquareTail.h"
+#include "kalmia/statistics/internal/ChiSquareTail.h"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "kalmia/statistics/CompletionBounds.h"
+#include "kalmia/statistics/internal/CompletionBounds.h"
 
 #include <gtest/gtest.h>
 

@@ -7,7 +7,7 @@
 #include <cmath>
 #include <limits>
 
-#include "kalmia/statistics/IncompleteBeta.h"
+#include "kalmia/statistics/internal/IncompleteBeta.h"
 
 namespace {
 

@@ -2,8 +2,8 @@
 
 #include <omp.h>
 
-#include "kalmia/kernels/Team.h"
 #include "kalmia/kernels/ThreadingControl.h"
+#include "kalmia/kernels/threads/Team.h"
 
 using NCMultiThreading::ThreadingControl;
 

@@ -1,4 +1,4 @@
-#include "kalmia/containers/LaneSum.h"
+#include "kalmia/containers/internal/LaneSum.h"
 #include "kalmia/kernels/simd/DeflatedRows.h"
 
 namespace kalmia::simd {

@@ -1,5 +1,5 @@
-#include "kalmia/containers/LaneSum.h"
 #include "kalmia/containers/Missing.h"
+#include "kalmia/containers/internal/LaneSum.h"
 #include "kalmia/kernels/simd/Dots.h"
 
 namespace kalmia::simd {

@@ -12,8 +12,8 @@
 
 #include "hwy/cache_control.h"
 #include "hwy/highway.h"
-#include "kalmia/containers/LaneSum.h"
 #include "kalmia/containers/Missing.h"
+#include "kalmia/containers/internal/LaneSum.h"
 #include "kalmia/kernels/simd/Lanes.h"
 
 HWY_BEFORE_NAMESPACE();

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "kalmia/containers/LaneSum.h"
+#include "kalmia/containers/internal/LaneSum.h"
 
 /// Sums of squared differences of rows of float cells with others, which lie side by side in a tile: cell l of the
 /// tile's column c is tile[c * kTileRows + l]. Each difference is formed and squared in double, halved where told,

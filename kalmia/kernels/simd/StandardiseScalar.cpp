@@ -1,8 +1,8 @@
 #include <algorithm>
 
-#include "kalmia/containers/LaneSum.h"
-#include "kalmia/containers/MapCells.h"
 #include "kalmia/containers/Missing.h"
+#include "kalmia/containers/internal/LaneSum.h"
+#include "kalmia/containers/internal/MapCells.h"
 #include "kalmia/kernels/simd/Standardise.h"
 
 namespace kalmia::simd {

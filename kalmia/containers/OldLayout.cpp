@@ -1,8 +1,0 @@
-#include "kalmia/containers/OldLayout.h"
-
-#include "kalmia/support/VexStream.h"
-
-bool kalmia::BeginOldLayout(std::istream& stream, short version) {
-  CString dropped;
-  return version == 1 || (version == 2 && ReadBinaryString(dropped, stream)) || version == 3;
-}
