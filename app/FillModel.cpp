@@ -60,7 +60,7 @@ float Estimate(const NCPCA& model, const std::vector<double>& shares, double mea
       sum += shares[static_cast<std::size_t>(a) - 1] * static_cast<double>(t) * static_cast<double>(p);
     }
   }
-  return UnlessMissing(static_cast<float>(sum));
+  return AvoidMissingValue(static_cast<float>(sum));
 }
 
 class Filling {

@@ -67,7 +67,7 @@ void TakeBack(const NCDataMatrix<float>& scaled, const NCScale& scale, const Mod
     for (int c = 1; c <= scaled.SizeColumns(); ++c) {
       const int column = modelled.columns[static_cast<std::size_t>(c) - 1];
       if (before[row][column] != kMissingCell) continue;
-      (*cells)(row, column, UnlessMissing(static_cast<float>(scaled[r][c] / FactorOf(scale, c) + CentreOf(scale, c))));
+      (*cells)(row, column, AvoidMissingValue(static_cast<float>(scaled[r][c] / FactorOf(scale, c) + CentreOf(scale, c))));
     }
   }
 }

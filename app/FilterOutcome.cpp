@@ -102,7 +102,7 @@ FilteredTable ApplyFilter(const StoredFilter& filter, const CsvTable& table, Not
         throw Failure(ExitCode::BadData, table.Name() + ": " + table.RowPlace(r - 1) +
                                              ": its cells are too large for single precision");
       }
-      filtered.cells(r, c, UnlessMissing(cell));
+      filtered.cells(r, c, AvoidMissingValue(cell));
     }
   return filtered;
 }

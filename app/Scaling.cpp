@@ -37,7 +37,7 @@ bool MoveLostCells(const NCScale& scale, NCDataMatrix<float>* matrix) {
       const float cell = (*static_cast<const NCDataMatrix<float>*>(matrix))[r][c];
       if (cell == kMissingCell) continue;
       if (centre != kMissingCell && cell - centre != kMissingCell) continue;
-      (*matrix)(r, c, UnlessMissing(MovedDown(cell, centre)));
+      (*matrix)(r, c, AvoidMissingValue(MovedDown(cell, centre)));
       any = true;
     }
   }
@@ -73,8 +73,8 @@ const ScalingName& NameOf(NCScale::Scaling scaling) {
 
 /// A present cell scaled; the next float below where a step of it gives the missing value.
 float ScaledCell(const NCScale& scale, float cell, int c) {
-  const auto centred = UnlessMissing(static_cast<float>(cell - CentreOf(scale, c)));
-  return UnlessMissing(static_cast<float>(centred * FactorOf(scale, c)));
+  const auto centred = AvoidMissingValue(static_cast<float>(cell - CentreOf(scale, c)));
+  return AvoidMissingValue(static_cast<float>(centred * FactorOf(scale, c)));
 }
 
 /// Whether a cell that was there is missing now.
@@ -133,7 +133,7 @@ void ApplyScale(NCScale* scale, NCDataMatrix<float>* matrix) {
   KeepAllCells(*scale, before, matrix);
 }
 
-float UnlessMissing(float number) { return number == kMissingCell ? NextBelow(number) : number; }
+float AvoidMissingValue(float number) { return number == kMissingCell ? NextBelow(number) : number; }
 
 bool IsConstant(const float* begin, const float* end) {
   const auto isPresent = [](float cell) { return cell != kMissingCell; };

@@ -22,7 +22,7 @@ std::unique_ptr<NCScale> ScaleColumns(NCScale::Scaling type, const std::vector<s
 void ApplyScale(NCScale* scale, NCDataMatrix<float>* matrix);
 
 /// The number; the next float below where it is the missing value.
-float UnlessMissing(float number);
+float AvoidMissingValue(float number);
 
 /// Whether no two of the cells differ, but for missing ones.
 bool IsConstant(const float* begin, const float* end);

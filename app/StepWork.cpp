@@ -71,7 +71,7 @@ Matrix Transformed(const Step& step, const std::string& place, const Signals& si
         Refuse(signals, place,
                CellPlace(signals, r, c) + " is " + Shortest(row[c]) + ", of which the step makes no number");
       }
-      cell = UnlessMissing(cell);
+      cell = AvoidMissingValue(cell);
     }
     return cells;
   });
@@ -86,7 +86,7 @@ Matrix Standardised(const std::string& place, const Signals& signals, WorkProgre
     Cells cells(standardised.begin(), standardised.end());
     for (int c = 1; c <= row.Size(); ++c) {
       float& cell = cells[static_cast<std::size_t>(c) - 1];
-      if (row[c] != kMissingCell) cell = UnlessMissing(cell);
+      if (row[c] != kMissingCell) cell = AvoidMissingValue(cell);
     }
     return cells;
   });
@@ -115,7 +115,7 @@ Matrix Detrended(const Step& step, const Matrix& signals, WorkProgress* progress
     int place = 0;
     for (float& cell : cells) {
       ++place;
-      if (cell != kMissingCell) cell = UnlessMissing(static_cast<float>(cell - trend(place)));
+      if (cell != kMissingCell) cell = AvoidMissingValue(static_cast<float>(cell - trend(place)));
     }
     return cells;
   });

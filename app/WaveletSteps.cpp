@@ -99,11 +99,11 @@ double NoiseOf(const Vector& row, const Vector& highPass, const Vector& coeffici
 
 /// The first coefficient is no detail and stays.
 void Soften(double threshold, Vector* coefficients) {
-  (*coefficients)(1, UnlessMissing((*coefficients)[1]));
+  (*coefficients)(1, AvoidMissingValue((*coefficients)[1]));
   for (int i = 2; i <= coefficients->Size(); ++i) {
     const double detail = (*coefficients)[i];
     const double left = std::max(0.0, std::fabs(detail) - threshold);
-    (*coefficients)(i, UnlessMissing(static_cast<float>(std::copysign(left, detail))));
+    (*coefficients)(i, AvoidMissingValue(static_cast<float>(std::copysign(left, detail))));
   }
 }
 
@@ -145,7 +145,7 @@ Matrix Compressed(const LearntStep& compress, const Matrix& signals, WorkProgres
   return RowByRow(signals, kept, progress, [&](int /*r*/, const Vector& row) {
     const std::unique_ptr<Vector> coefficients = Forward(row, *filters);
     Cells cells;
-    for (const int position : compress.positions) cells.push_back(UnlessMissing((*coefficients)[position]));
+    for (const int position : compress.positions) cells.push_back(AvoidMissingValue((*coefficients)[position]));
     return cells;
   });
 }
@@ -157,7 +157,7 @@ Matrix Restored(const LearntStep& compress, int channels, const Matrix& coeffici
     const std::unique_ptr<Vector> whole(Wavelet::UncompressVector(&row, &indices, channels, nullptr, true));
     const Vector signal = Backward(*whole, *filters, channels);
     Cells cells(signal.begin(), signal.end());
-    for (float& cell : cells) cell = UnlessMissing(cell);
+    for (float& cell : cells) cell = AvoidMissingValue(cell);
     return cells;
   });
 }
@@ -175,7 +175,7 @@ Matrix Denoised(const Step& step, const Matrix& signals, WorkProgress* progress)
     Cells cells(row.begin(), row.end());
     for (int c = 1; c <= channels; ++c) {
       float& cell = cells[static_cast<std::size_t>(c) - 1];
-      if (cell != kMissingCell<float>) cell = isFinite ? UnlessMissing(signal[c]) : kNoNumber;
+      if (cell != kMissingCell<float>) cell = isFinite ? AvoidMissingValue(signal[c]) : kNoNumber;
     }
     return cells;
   });

@@ -77,7 +77,7 @@ std::vector<float> WindowStep::OfSmall(const Vector& window) const {
   std::vector<float> cells(small.begin(), small.end());
   for (float& cell : cells) {
     if (cell == kMissingCell) continue;
-    cell = UnlessMissing(static_cast<float>(std::ldexp(double{cell}, -power) * (1 / unit)));
+    cell = AvoidMissingValue(static_cast<float>(std::ldexp(double{cell}, -power) * (1 / unit)));
   }
   return cells;
 }

@@ -33,9 +33,9 @@ void AllDistances(benchmark::State& state, DendroGram::ElementFunction element, 
   for (auto _ : state) {
     fastest.Run([&] {
       const DendroGram::RowDistances distances(table, element, finish);
-      for (int a = 1; a < rows; a += DendroGram::RowDistances::kRowsAtOnce)
+      for (int a = 1; a < rows; a += DendroGram::RowDistances::kRowsSideBySide)
         benchmark::DoNotOptimize(
-            distances.Calculate(a, std::min(DendroGram::RowDistances::kRowsAtOnce, rows - a), pairs.data()));
+            distances.Calculate(a, std::min(DendroGram::RowDistances::kRowsSideBySide, rows - a), pairs.data()));
     });
     state.PauseTiming();
     yardstick.Run(DoOperations);

@@ -3,7 +3,7 @@
 #include <type_traits>
 
 #include "kalmia/containers/NCDataMatrix.h"
-#include "kalmia/containers/internal/RowOperand.h"
+#include "kalmia/containers/internal/AliasSafeRow.h"
 
 using kalmia::kMissing;
 using kalmia::kMissingCell;
@@ -38,7 +38,7 @@ void NCDataMatrix<T>::SetColumn(int c, const T* p) {
 
 template <class T>
 void NCDataMatrix<T>::SetColumn(int c, const NCDataVector<T>& v) {
-  const kalmia::RowOperand<T> column(v, *this);
+  const kalmia::AliasSafeRow<T> column(v, *this);
   SetColumn(c, (*column).GetVector());
 }
 
@@ -160,7 +160,7 @@ void NCDataMatrix<T>::TransformToColumnScaled(const NCDataVector<T>& s) {
 
 template <class T>
 void NCDataMatrix<T>::TransformToDotSubRowVector(const NCDataVector<T>& v) {
-  const kalmia::RowOperand<T> operand(v, *this);
+  const kalmia::AliasSafeRow<T> operand(v, *this);
   const NCDataVector<T>& subtrahend = *operand;
   ForceUnlink();
   for (int r = 1; r <= rows_; ++r) {

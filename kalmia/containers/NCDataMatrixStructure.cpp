@@ -6,7 +6,7 @@
 
 #include "kalmia/containers/NCDataMatrix.h"
 #include "kalmia/containers/internal/CapacityRule.h"
-#include "kalmia/containers/internal/RowOperand.h"
+#include "kalmia/containers/internal/AliasSafeRow.h"
 #include "kalmia/containers/internal/SizeLimit.h"
 
 using kalmia::kMissingCell;
@@ -178,7 +178,7 @@ void NCDataMatrix<T>::InsertColumns(int at, const NCDataMatrix& m) {
 
 template <class T>
 void NCDataMatrix<T>::InsertColumn(int at, const NCDataVector<T>& v) {
-  const kalmia::RowOperand<T> column(v, *this);
+  const kalmia::AliasSafeRow<T> column(v, *this);
   if (columns_ == 0)
     SetSize((*column).Size(), 1);
   else

@@ -187,7 +187,7 @@ void NCO2PLS::CalculateOrthogonalComp(const NCDataMatrix<float>& own, const NCDa
                                       NCProgress* progress) {
   const Matrix ownWithoutOrthogonal = Without(own, scores, loadings);
   Matrix rest = ownWithoutOrthogonal;
-  Matrix predictiveScores = kalmia::WithoutRows(own.SizeRows(), predictive);
+  Matrix predictiveScores = kalmia::EmptyMatrix(own.SizeRows(), predictive);
   for (int i = 0; i < predictive; ++i) {
     const Matrix product = other.MatrixMultiply(rest, /*transposeThis=*/true, /*transposeOther=*/false);
     const Vector w = kalmia::FirstLoading(product, maxIterations, progress);

@@ -66,9 +66,9 @@ NCYOrthogonalPLS::NCYOrthogonalPLS() : y_(std::make_unique<Matrix>()) {}
 
 NCYOrthogonalPLS::NCYOrthogonalPLS(const NCDataMatrix<float>* X, const NCDataMatrix<float>* Y, int maxIterations,
                                    int maxPLSComponents)
-    : pprim_(kalmia::WithoutRows(X->SizeColumns())),
-      wprim_(kalmia::WithoutRows(X->SizeColumns())),
-      tprim_(kalmia::WithoutRows(X->SizeRows())),
+    : pprim_(kalmia::EmptyMatrix(X->SizeColumns())),
+      wprim_(kalmia::EmptyMatrix(X->SizeColumns())),
+      tprim_(kalmia::EmptyMatrix(X->SizeRows())),
       xResiduals_(*X),
       y_(std::make_unique<Matrix>(*Y)),
       maxIterations_(maxIterations),

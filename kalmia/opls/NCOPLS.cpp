@@ -3,8 +3,8 @@
 #include <algorithm>
 #include <cmath>
 
-#include "kalmia/kernels/passes/FilterPasses.h"
-#include "kalmia/kernels/passes/ScoresInTurn.h"
+#include "kalmia/kernels/passes/FilteredProducts.h"
+#include "kalmia/kernels/passes/SequentialScores.h"
 #include "kalmia/opls/internal/DeepCopy.h"
 #include "kalmia/opls/internal/OPLSBlocks.h"
 #include "kalmia/opls/internal/OPLSProgress.h"
@@ -128,7 +128,7 @@ void NCOPLS::NextComponent(NCProgress* progress, NCProgress* ofModels) {
 /// Y'X of Y as it is and of an X like x_, holes being 0.
 NCDataMatrix<float> NCOPLS::CrossProduct(NCDataMatrix<float> X) const {
   FillMatrix(&X, missingX_, 0.0F);
-  return kalmia::MultiplyByFew(FilledYprim(), X);
+  return kalmia::MultiplyByFewRows(FilledYprim(), X);
 }
 
 /// Y as it is, its columns as rows, holes being 0.
@@ -153,7 +153,7 @@ NCDataMatrix<float> NCOPLS::AppendOrthogonalComponent(NCProgress* ofModels) {
   coprim_.InsertRow(row, c);
   woprim_.InsertRow(row, w);
   uoprim_.InsertRow(row, u);
-  if (missingX_.empty()) return kalmia::DeflateAndMultiplyByFew(FilledYprim(), &x_, t, p);
+  if (missingX_.empty()) return kalmia::DeflateAndMultiplyByFewRows(FilledYprim(), &x_, t, p);
   x_.AddVprimV(t, p, -1.0F);
   return CrossProduct(x_);
 }
@@ -170,7 +170,7 @@ void NCOPLS::CalcOrthogonal(NCProgress* ofModels, NCDataVector<float>* w, NCData
   }
   NCDataMatrix<float> filtered = kalmia::Filtered(x_, tFilter_, W);
   FillMatrix(&filtered, missingX_, 0.0F);
-  *w = DirectionOf(kalmia::MultiplyByFew(tFilter_, filtered), ofModels);
+  *w = DirectionOf(kalmia::MultiplyByFewRows(tFilter_, filtered), ofModels);
   FillMatrix(&filtered, missingX_, kalmia::kMissing);
   *t = filtered.SpecialNipalsRegressRowsFix(*w, nullptr, 0);
   *p = x_.SpecialNipalsRegressColumnsFix(*t);
@@ -193,7 +193,7 @@ void NCOPLS::CatchUp() {
   for (int o = 1; o <= orthogonal; ++o) {
     const auto block = static_cast<std::size_t>(o - 1);
     const NCDataMatrix<float>& W = wMatrices_[block];
-    toprim_.InsertRow(o, kalmia::ScoresInTurn(x_, kalmia::WithRow(W, W.SizeRows() + 1, woprim_[o]), W).back());
+    toprim_.InsertRow(o, kalmia::SequentialScores(x_, kalmia::WithRow(W, W.SizeRows() + 1, woprim_[o]), W).back());
     uoprim_.InsertRow(o, y_.SpecialNipalsRegressRowsFix(coprim_[o], nullptr, 0));
     x_.AddVprimV(toprim_[o], poprim_[o], -1.0F);
     y_.AddVprimV(toprim_[o], coprim_[o], -1.0F);
@@ -201,8 +201,8 @@ void NCOPLS::CatchUp() {
   if (wMatrices_.empty()) return;
   const auto block = static_cast<std::size_t>(orthogonal);
   const NCDataMatrix<float>& W = wMatrices_[block];
-  tFilter_ = kalmia::ScoresInTurn(x_, W, W);
-  tprim_ = W.SizeRows() == 1 ? tFilter_ : kalmia::ScoresInTurn(x_, W, pMatrices_[block]);
+  tFilter_ = kalmia::SequentialScores(x_, W, W);
+  tprim_ = W.SizeRows() == 1 ? tFilter_ : kalmia::SequentialScores(x_, W, pMatrices_[block]);
 }
 
 void NCOPLS::NegateOComp(int component) {

@@ -3,7 +3,7 @@
 #include <cmath>
 
 #include "kalmia/kernels/passes/ComponentPasses.h"
-#include "kalmia/kernels/passes/ScoresInTurn.h"
+#include "kalmia/kernels/passes/SequentialScores.h"
 #include "kalmia/opls/NCOPLS.h"
 #include "kalmia/opls/internal/DeepCopy.h"
 #include "kalmia/opls/internal/OPLSProgress.h"
@@ -81,7 +81,7 @@ NCDataMatrix<float> NCOPLS::FilterAlong(const NCDataMatrix<float>& W) {
 void NCOPLS::TakeScoresAlong(Block* block) {
   const NCDataMatrix<float>& W = block->W;
   if (W.SizeRows() != 1) {
-    tFilter_ = kalmia::ScoresInTurn(x_, W, W);
+    tFilter_ = kalmia::SequentialScores(x_, W, W);
     return;
   }
   NCDataVector<float> t;

@@ -2,7 +2,7 @@
 
 #include <utility>
 
-#include "kalmia/kernels/passes/ScoresInTurn.h"
+#include "kalmia/kernels/passes/SequentialScores.h"
 #include "kalmia/opls/internal/DeepCopy.h"
 #include "kalmia/opls/internal/OPLSBlocks.h"
 #include "kalmia/pcapls/internal/ComponentRows.h"
@@ -69,7 +69,7 @@ NCOPLSPred::~NCOPLSPred() = default;
 /// Adds the predictive part, as the newest block has it, to what stands in yPred_.
 void NCOPLSPred::Finalise() {
   const NCDataMatrix<float>& C = cMatrices_[Block()];
-  tPred_ = kalmia::ScoresInTurn(xOrthoResiduals_, wMatrices_[Block()], pMatrices_[Block()]);
+  tPred_ = kalmia::SequentialScores(xOrthoResiduals_, wMatrices_[Block()], pMatrices_[Block()]);
   for (int a = 1; a <= tPred_.SizeRows(); ++a) yPred_.AddVprimV(tPred_[a], C[a], 1.0F);
 }
 
@@ -77,7 +77,7 @@ void NCOPLSPred::CalcNextComponent() {
   const int next = toPred_.SizeRows() + 1;
   const NCDataMatrix<float>& W = wMatrices_[Block()];
   const NCDataMatrix<float> along = kalmia::WithRow(W, W.SizeRows() + 1, woprim_[next]);
-  toPred_.InsertRow(next, kalmia::ScoresInTurn(xOrthoResiduals_, along, W).back());
+  toPred_.InsertRow(next, kalmia::SequentialScores(xOrthoResiduals_, along, W).back());
   xOrthoResiduals_.AddVprimV(toPred_[next], poprim_[next], -1.0F);
   yPred_.SetAllValues(0.0F);
   for (int o = 1; o <= next; ++o) yPred_.AddVprimV(toPred_[o], coprim_[o], 1.0F);

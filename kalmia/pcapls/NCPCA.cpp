@@ -44,8 +44,8 @@ void Report(kalmia::ConvergenceBar* bar, int component, int round, double measur
 NCPCA::NCPCA() = default;
 
 NCPCA::NCPCA(const NCDataMatrix<float>* X, int maxIterations)
-    : pprim_(kalmia::WithoutRows(X->SizeColumns())),
-      tprim_(kalmia::WithoutRows(X->SizeRows())),
+    : pprim_(kalmia::EmptyMatrix(X->SizeColumns())),
+      tprim_(kalmia::EmptyMatrix(X->SizeRows())),
       residuals_(*X),
       maxIterations_(maxIterations) {}
 

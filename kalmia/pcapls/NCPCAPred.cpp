@@ -24,5 +24,6 @@ void NCPCAPred::CalculateScores(int maxIterations) {
 
 void NCPCAPred::CalcNextResidual() {
   ++residualsCompComputed_;
-  kalmia::AddToScoredRows(&xResiduals_, tPredPrim_[residualsCompComputed_], pprim_[residualsCompComputed_], -1.0F);
+  kalmia::AddOuterProductWhereScored(&xResiduals_, tPredPrim_[residualsCompComputed_], pprim_[residualsCompComputed_],
+                                     -1.0F);
 }

@@ -127,11 +127,11 @@ NCPLS::NCPLS(const NCDataMatrix<float>* X, const NCDataMatrix<float>* Y, const N
 NCPLS::~NCPLS() = default;
 
 void NCPLS::InitialiseResults() {
-  cprim_ = kalmia::WithoutRows(yResiduals_.SizeColumns());
-  pprim_ = kalmia::WithoutRows(xResiduals_.SizeColumns());
-  wprim_ = kalmia::WithoutRows(xResiduals_.SizeColumns());
-  uprim_ = kalmia::WithoutRows(xResiduals_.SizeRows());
-  tprim_ = kalmia::WithoutRows(xResiduals_.SizeRows());
+  cprim_ = kalmia::EmptyMatrix(yResiduals_.SizeColumns());
+  pprim_ = kalmia::EmptyMatrix(xResiduals_.SizeColumns());
+  wprim_ = kalmia::EmptyMatrix(xResiduals_.SizeColumns());
+  uprim_ = kalmia::EmptyMatrix(xResiduals_.SizeRows());
+  tprim_ = kalmia::EmptyMatrix(xResiduals_.SizeRows());
 }
 
 void NCPLS::RequireTablesOfTheModel() const {
@@ -258,7 +258,7 @@ void NCPLS::FlipComponent(int component) {
 
 void NCPLS::ShuffleYResiduals(int* order) {
   if (components_ >= 1) throw NCError(LanguageString::Get(10162));
-  NCDataMatrix<float> shuffled = kalmia::WithoutRows(yResiduals_.SizeColumns(), yResiduals_.SizeRows());
+  NCDataMatrix<float> shuffled = kalmia::EmptyMatrix(yResiduals_.SizeColumns(), yResiduals_.SizeRows());
   for (int i = 1; i <= yResiduals_.SizeRows(); ++i) shuffled.push_back(Recounted(yResiduals_[order[i]]));
   yResiduals_.swap(shuffled);
 }

@@ -36,7 +36,7 @@ NCPLSResiduals::NCPLSResiduals(NCDataMatrix<float>* X, const NCDataMatrix<float>
 
 void NCPLSResiduals::CalcNextComponent() {
   CalcScores();
-  kalmia::AddToScoredRows(xResiduals_, *this, p_[compComputed_], -1.0F);
+  kalmia::AddOuterProductWhereScored(xResiduals_, *this, p_[compComputed_], -1.0F);
 }
 
 int NCPLSResiduals::MissingLimit() const {
@@ -88,4 +88,4 @@ void NCPLSPred::CalcLastComponent() {
   AddToPrediction();
 }
 
-void NCPLSPred::AddToPrediction() { kalmia::AddToScoredRows(yPred_, *this, c_[GetCompComputed()], 1.0F); }
+void NCPLSPred::AddToPrediction() { kalmia::AddOuterProductWhereScored(yPred_, *this, c_[GetCompComputed()], 1.0F); }

@@ -4,7 +4,7 @@
 #include <cmath>
 
 #include "kalmia/containers/internal/SizeLimit.h"
-#include "kalmia/kernels/rows/RowShift.h"
+#include "kalmia/kernels/rows/SubtractRow.h"
 #include "kalmia/pcapls/internal/ColumnMoments.h"
 #include "kalmia/support/LanguageString.h"
 
@@ -94,14 +94,14 @@ void NCScale::RequireVariables(const NCDataMatrix<float>& matrix) const {
 void NCScale::ScaleWithNewModel(NCDataMatrix<float>* matrix) {
   RequireVariables(*matrix);
   FitCentres(*matrix);
-  kalmia::SubtractFromRows(matrix, *centres_);
+  kalmia::SubtractRow(matrix, *centres_);
   FitFactors(*matrix);
   Multiply(matrix);
 }
 
 void NCScale::ScaleWithCurrentModel(NCDataMatrix<float>* matrix) {
   RequireVariables(*matrix);
-  kalmia::SubtractFromRows(matrix, *centres_);
+  kalmia::SubtractRow(matrix, *centres_);
   Multiply(matrix);
 }
 

@@ -75,8 +75,8 @@ PCACrossValidation::PCACrossValidation(NCPCA* model, float q2TotCum, const NCDat
   const int observations = model->GetResiduals()->SizeRows();
   const int variables = model->GetResiduals()->SizeColumns();
   rounds_ = std::min({rounds, observations, variables});
-  pSet_ = kalmia::WithoutRows(variables, rounds_);
-  tSet_ = kalmia::WithoutRows(observations, rounds_);
+  pSet_ = kalmia::EmptyMatrix(variables, rounds_);
+  tSet_ = kalmia::EmptyMatrix(observations, rounds_);
   q2XVar_ = NCDataVector<float>(variables);
   xPredResiduals_ = NCDataMatrix<float>(observations, variables);
   observationGroups_ = kalmia::GroupsOrDefault(observationGroups, observations, rounds_);
@@ -97,8 +97,8 @@ void PCACrossValidation::NextComponent(const NCDataVector<float>& ss, NCProgress
   if (!progress) own = std::make_unique<NCProgress>("", 0.0F, 1.0F, false, false, true, nullptr);
   NCProgress* bar = own ? own.get() : progress;
   bar->SetRange(0.0F, static_cast<float>(rounds_));
-  pSet_ = kalmia::WithoutRows(pSet_.SizeColumns(), rounds_);
-  tSet_ = kalmia::WithoutRows(tSet_.SizeColumns(), rounds_);
+  pSet_ = kalmia::EmptyMatrix(pSet_.SizeColumns(), rounds_);
+  tSet_ = kalmia::EmptyMatrix(tSet_.SizeColumns(), rounds_);
   for (int group = 0; group < rounds_; ++group) {
     const float from = static_cast<float>(group);
     AddLoadingWithoutObservations({group, from, bar});
@@ -136,7 +136,7 @@ void PCACrossValidation::AddScoreWithoutVariables(const HalfRound& half) {
 
 NCDataMatrix<float> PCACrossValidation::RowsOutsideGroup(int group) const {
   const NCDataMatrix<float>& X = *model_->GetResiduals();
-  NCDataMatrix<float> rest = kalmia::WithoutRows(X.SizeColumns(), X.SizeRows());
+  NCDataMatrix<float> rest = kalmia::EmptyMatrix(X.SizeColumns(), X.SizeRows());
   for (int i = 1; i <= X.SizeRows(); ++i)
     if (observationGroups_[i] != group) rest.push_back(X[i]);
   return rest;
@@ -186,7 +186,7 @@ void PCACrossValidation::Judge(const NCDataVector<float>& ss) {
     q2XVar(j, q2.value);
     q2XVarCum(j, q2.cumulated);
   }
-  const kalmia::Q2 q2 = kalmia::JudgeTotal(total.ss, total.press, q2TotCum_);
+  const kalmia::Q2 q2 = kalmia::Q2OfAllVariables(total.ss, total.press, q2TotCum_);
   xPredResiduals_ = residuals;
   q2XVar_ = q2XVar;
   q2XVarCum_ = q2XVarCum;

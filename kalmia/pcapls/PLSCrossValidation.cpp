@@ -52,10 +52,10 @@ PLSCrossValidation::PLSCrossValidation(NCPLS* model, float q2TotCum, const NCDat
   observationGroups_ = kalmia::GroupsOrDefault(observationGroups, Y.SizeRows(), rounds_);
   kalmia::RequireGroupForEach(observationGroups_, Y.SizeRows(), "observations");
   results_.yPredResiduals = NCDataMatrix<float>(Y.SizeRows(), Y.SizeColumns());
-  results_.wSet = kalmia::WithoutRows(variables, rounds_);
-  results_.cSet = kalmia::WithoutRows(Y.SizeColumns(), rounds_);
-  results_.pSet = kalmia::WithoutRows(variables, rounds_);
-  results_.tSet = kalmia::WithoutRows(Y.SizeRows(), rounds_);
+  results_.wSet = kalmia::EmptyMatrix(variables, rounds_);
+  results_.cSet = kalmia::EmptyMatrix(Y.SizeColumns(), rounds_);
+  results_.pSet = kalmia::EmptyMatrix(variables, rounds_);
+  results_.tSet = kalmia::EmptyMatrix(Y.SizeRows(), rounds_);
   results_.tPred = NCDataVector<float>(Y.SizeRows());
   results_.q2YVar = NCDataVector<float>(Y.SizeColumns());
   results_.q2YVarCum = q2YVarCum;
@@ -72,7 +72,7 @@ void PLSCrossValidation::NextComponent(const NCDataVector<float>* w, int maxIter
   NCProgress* bar = own ? own.get() : progress;
   Results results = results_;
   for (NCDataMatrix<float>* set : {&results.wSet, &results.cSet, &results.pSet, &results.tSet})
-    *set = kalmia::WithoutRows(set->SizeColumns(), rounds_);
+    *set = kalmia::EmptyMatrix(set->SizeColumns(), rounds_);
   results.ssYOriginal = results.ssY;
   for (int group = 0; group < rounds_; ++group) CalcRound(group, *w, maxIterations, bar, quiet, &results);
   Judge(ssY, &results);
@@ -98,9 +98,9 @@ PLSCrossValidation::Division PLSCrossValidation::Divide(int group) const {
   Division division;
   const int rows = X.SizeRows();
   const auto leftOut = static_cast<int>(std::count(observationGroups_.begin(), observationGroups_.end(), group));
-  division.X = kalmia::WithoutRows(X.SizeColumns(), rows - leftOut);
-  division.Y = kalmia::WithoutRows(Y.SizeColumns(), rows - leftOut);
-  division.leftOutX = kalmia::WithoutRows(X.SizeColumns(), leftOut);
+  division.X = kalmia::EmptyMatrix(X.SizeColumns(), rows - leftOut);
+  division.Y = kalmia::EmptyMatrix(Y.SizeColumns(), rows - leftOut);
+  division.leftOutX = kalmia::EmptyMatrix(X.SizeColumns(), leftOut);
   for (int i = 1; i <= X.SizeRows(); ++i)
     if (observationGroups_[i] == group) {
       division.leftOutX.push_back(X[i]);
@@ -174,7 +174,7 @@ void PLSCrossValidation::Judge(const NCDataVector<float>& ssY, Results* results)
     results->q2YVarCum(j, q2.cumulated);
   }
   const double ssOfAll = isPredicted ? static_cast<double>(Y.GetSS()) : 0.0;
-  const kalmia::Q2 total = kalmia::JudgeTotal(ssOfAll, press, results->q2TotCum);
+  const kalmia::Q2 total = kalmia::Q2OfAllVariables(ssOfAll, press, results->q2TotCum);
   results->q2Tot = total.value;
   results->q2TotCum = total.cumulated;
 }

@@ -3,7 +3,7 @@
 #include <cmath>
 
 #include "kalmia/containers/NCDataMatrix.h"
-#include "kalmia/kernels/passes/ColumnWalk.h"
+#include "kalmia/kernels/passes/BlockedColumnSums.h"
 #include "kernels/SameBits.h"
 #include "testing/RandomTables.h"
 

@@ -43,7 +43,7 @@ void ForAllSteps(const Check& check) {
     SCOPED_TRACE(hwy::TargetName(target));
     const OneTarget only(target);
     for (int n : TellingLengths())
-      for (int count = 0; count <= simd::kRowsPerStep; ++count)
+      for (int count = 0; count <= simd::kRowsSideBySide; ++count)
         for (HolePattern pattern : {HolePattern::None, HolePattern::Random, HolePattern::EveryThird, HolePattern::All})
           check(Step<T>(count, n, pattern), count, n);
   }

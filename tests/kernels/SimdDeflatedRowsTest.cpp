@@ -4,7 +4,7 @@
 
 #include "kalmia/kernels/simd/ColumnSums.h"
 #include "kalmia/kernels/simd/Dots.h"
-#include "kalmia/kernels/simd/RowsAdd.h"
+#include "kalmia/kernels/simd/AddScaledToRows.h"
 #include "kernels/SimdCases.h"
 
 namespace simd = kalmia::simd;
@@ -91,13 +91,13 @@ TEST(SimdDeflatedRows, AreTheRowsLessTheirMultiples) {
 
 TEST(SimdDeflatedRows, GiveTheBitsOfAStoredDeflationAndWhatIsMadeOfItsRows) {
   const int n = 100;
-  const Case of = RandomCase(simd::kRowsPerStep, n, 1);
+  const Case of = RandomCase(simd::kRowsSideBySide, n, 1);
   const Made made = ByLanes(of);
   Rows rows = of.rows;
-  simd::AddScaledToRows(PointersTo<float*>(rows).data(), of.factors.data(), simd::kRowsPerStep, of.w.data(), n);
-  std::vector<double> sums(n, 0.25), dots(simd::kRowsPerStep);
-  simd::AddRows(PointersTo<const float*>(rows).data(), of.v.data(), simd::kRowsPerStep, n, sums.data());
-  simd::DotRows(of.u.data(), PointersTo<const float*>(rows).data(), simd::kRowsPerStep, n, dots.data());
+  simd::AddScaledToRows(PointersTo<float*>(rows).data(), of.factors.data(), simd::kRowsSideBySide, of.w.data(), n);
+  std::vector<double> sums(n, 0.25), dots(simd::kRowsSideBySide);
+  simd::AddRows(PointersTo<const float*>(rows).data(), of.v.data(), simd::kRowsSideBySide, n, sums.data());
+  simd::DotRows(of.u.data(), PointersTo<const float*>(rows).data(), simd::kRowsSideBySide, n, dots.data());
   EXPECT_TRUE(SameBits(made.stored, rows));
   EXPECT_TRUE(SameBits(made.sums, sums));
   EXPECT_TRUE(SameBits(made.dots, dots));
@@ -108,7 +108,7 @@ TEST(SimdDeflatedRows, LanesGiveTheBitsOfTheScalarTwinForEveryNumberOfRows) {
     SCOPED_TRACE(hwy::TargetName(target));
     const OneTarget only(target);
     for (int n : TellingLengths())
-      for (int count = 0; count <= simd::kRowsPerStep; ++count) {
+      for (int count = 0; count <= simd::kRowsSideBySide; ++count) {
         SCOPED_TRACE(std::to_string(count) + " rows of " + std::to_string(n));
         const Case of = RandomCase(count, n, static_cast<unsigned>(n));
         const Made lanes = ByLanes(of), twins = ByTwins(of);

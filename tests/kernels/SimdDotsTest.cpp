@@ -24,7 +24,7 @@ void ForAllCases(const Check& check) {
       for (HolePattern ofRows : kHolePatterns) {
         std::vector<T> v = Cells<T>(n, ofV, n);
         std::vector<std::vector<T>> rows;
-        for (int k = 0; k < simd::kRowsAtOnce; ++k) {
+        for (int k = 0; k < simd::kRowsSideBySide; ++k) {
           rows.push_back(Cells<T>(n, ofRows, 1000 * n + k));
           PoisonOppositeHoles(v, rows.back());
         }
@@ -94,7 +94,7 @@ TYPED_TEST(SimdDots, LanesGiveTheBitsOfTheScalarTwinForEveryNumberOfRows) {
     ForAllCases<TypeParam>([](const auto& v, const auto& rows) {
       const int n = static_cast<int>(v.size());
       const auto pointers = Pointers(rows);
-      for (int count = 1; count <= simd::kRowsAtOnce; ++count) {
+      for (int count = 1; count <= simd::kRowsSideBySide; ++count) {
         std::vector<double> lanes(count), twins(count);
         simd::DotRowsMasked(v.data(), pointers.data(), count, n, lanes.data());
         simd::scalar::DotRowsMasked(v.data(), pointers.data(), count, n, twins.data());
@@ -111,9 +111,9 @@ TYPED_TEST(SimdDots, LanesGiveTheBitsOfTheScalarTwinWhereNoCellIsLookedAt) {
     for (int n : TellingLengths()) {
       const auto v = Cells<TypeParam>(n, HolePattern::EveryThird, n);
       std::vector<std::vector<TypeParam>> rows;
-      for (int k = 0; k < simd::kRowsAtOnce; ++k) rows.push_back(Cells<TypeParam>(n, HolePattern::Random, n + k));
+      for (int k = 0; k < simd::kRowsSideBySide; ++k) rows.push_back(Cells<TypeParam>(n, HolePattern::Random, n + k));
       const auto pointers = Pointers(rows);
-      for (int count = 1; count <= simd::kRowsAtOnce; ++count) {
+      for (int count = 1; count <= simd::kRowsSideBySide; ++count) {
         std::vector<double> lanes(count), twins(count);
         simd::DotRows(v.data(), pointers.data(), count, n, lanes.data());
         simd::scalar::DotRows(v.data(), pointers.data(), count, n, twins.data());
@@ -130,7 +130,7 @@ TYPED_TEST(SimdDots, LanesGiveTheBitsOfTheScalarTwinForPairSums) {
     ForAllCases<TypeParam>([](const auto& v, const auto& rows) {
       const int n = static_cast<int>(v.size());
       const auto pointers = Pointers(rows);
-      for (int count = 1; count <= simd::kRowsAtOnce; ++count) {
+      for (int count = 1; count <= simd::kRowsSideBySide; ++count) {
         std::vector<simd::PairSums> lanes(count), twins(count);
         simd::PairRows(v.data(), pointers.data(), count, n, simd::Holes::InBoth, lanes.data());
         simd::scalar::PairRows(v.data(), pointers.data(), count, n, simd::Holes::InBoth, twins.data());

@@ -97,15 +97,15 @@ std::unique_ptr<MegaDistances> DistancesOnDisk(const NCDataMatrix<float>& data, 
   const StoppableProgress bar(progress);
   const Ask poll = QuestionsTo(bar);
   const RowDistances distances(data, DendroGram::SquaredDifference, DendroGram::SquareRootOfDistance, poll);
-  std::vector<DistanceAndIndex> some(static_cast<std::size_t>(rows) * RowDistances::kRowsAtOnce);
+  std::vector<DistanceAndIndex> some(static_cast<std::size_t>(rows) * RowDistances::kRowsSideBySide);
   std::vector<DistanceAndIndex> memory = LargestBuffer(data, poll);
   WorkMeter cells(poll, RowDistances::kCellsPerQuestion);
   bar.SetRange(0, 2);
   bar.PushSubRange(0, 1);
   auto store = std::make_unique<MegaDistances>(memory, progress, static_cast<unsigned>(pairs));
-  for (int a = 1; a < rows; a += RowDistances::kRowsAtOnce) {
+  for (int a = 1; a < rows; a += RowDistances::kRowsSideBySide) {
     const DistanceAndIndex* const end =
-        distances.Calculate(a, std::min(RowDistances::kRowsAtOnce, rows - a), some.data(), &cells);
+        distances.Calculate(a, std::min(RowDistances::kRowsSideBySide, rows - a), some.data(), &cells);
     for (const DistanceAndIndex* pair = some.data(); pair != end; ++pair) store->AddDistance(*pair);
   }
   bar.PopSubRange();

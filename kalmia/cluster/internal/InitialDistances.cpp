@@ -18,7 +18,8 @@ using kalmia::simd::kTileRows;
 
 namespace DendroGram {
 
-static_assert(RowDistances::kRowsAtOnce <= kalmia::simd::kRowsBesideTile, "rows that are held against a tile at once");
+static_assert(RowDistances::kRowsSideBySide <= kalmia::simd::kRowsBesideTile,
+              "rows that are held against a tile at once");
 
 namespace {
 
@@ -49,8 +50,8 @@ void FillList(const RowDistances& distances, int size, int shares, std::vector<D
     const int first = share == 0 ? 1 : ends[static_cast<std::size_t>(share) - 1];
     const int end = ends[static_cast<std::size_t>(share)];
     DistanceAndIndex* at = list.data() + ((first - 1) * rows - std::int64_t{first} * (first - 1) / 2);
-    for (int a = first; a < end; a += RowDistances::kRowsAtOnce)
-      at = distances.Calculate(a, std::min(RowDistances::kRowsAtOnce, end - a), at, &cells);
+    for (int a = first; a < end; a += RowDistances::kRowsSideBySide)
+      at = distances.Calculate(a, std::min(RowDistances::kRowsSideBySide, end - a), at, &cells);
     if (shares > 1 && askToo) askToo();
   };
   kalmia::ForPieces(static_cast<int>(ends.size()), kalmia::ThreadsForLongWork(), ask, fill);
@@ -122,7 +123,7 @@ void RowDistances::CalculateTile(const float* const* rows, int count, bool holes
   using kalmia::simd::Square;
   const Square square = element_ == SquaredDifference ? Square::Whole : Square::Half;
   const int columns = data_.SizeColumns(), n = count * kTileRows;
-  double sums[kRowsAtOnce * kTileRows], common[kRowsAtOnce * kTileRows];
+  double sums[kRowsSideBySide * kTileRows], common[kRowsSideBySide * kTileRows];
   if (holesInRows || hasHoles_[static_cast<std::size_t>(tile)]) {
     kalmia::simd::SquareSumsMasked(square, rows, count, TileCells(tile), columns, sums, common);
     for (int k = 0; k < n; ++k) distances[k] = static_cast<float>(sums[k] * (columns / common[k]));
@@ -162,8 +163,8 @@ DistanceAndIndex* RowDistances::CalculateOneByOne(int a, int count, DistanceAndI
 DistanceAndIndex* RowDistances::Calculate(int a, int count, DistanceAndIndex* pairs, WorkMeter* meter) const {
   if (!HasTiles()) return CalculateOneByOne(a, count, pairs, meter);
   const int rows = data_.SizeRows();
-  const float* cells[kRowsAtOnce] = {};
-  DistanceAndIndex* to[kRowsAtOnce] = {};
+  const float* cells[kRowsSideBySide] = {};
+  DistanceAndIndex* to[kRowsSideBySide] = {};
   bool holes = false;
   for (int r = 0; r < count; ++r) {
     cells[r] = data_[a + r].begin();
@@ -171,7 +172,7 @@ DistanceAndIndex* RowDistances::Calculate(int a, int count, DistanceAndIndex* pa
     to[r] = pairs;
     pairs += rows - a - r;
   }
-  float distances[kRowsAtOnce * kTileRows];
+  float distances[kRowsSideBySide * kTileRows];
   for (int tile = a / kTileRows; tile * kTileRows < rows; ++tile) {
     CalculateTile(cells, count, holes, tile, distances);
     const int begin = tile * kTileRows + 1, end = std::min(begin + kTileRows, rows + 1);  // rows of the tile

@@ -27,7 +27,7 @@ float SquareRootOfDistance(float distance);
 /// some milliseconds at most. What it throws passes through.
 class RowDistances {
  public:
-  static constexpr int kRowsAtOnce = 4;
+  static constexpr int kRowsSideBySide = 4;
 
   static constexpr std::int64_t kCellsPerQuestion = std::int64_t{1} << 21;
 
@@ -35,7 +35,7 @@ class RowDistances {
                const kalmia::Ask& ask = {});
 
   /// The pairs of the rows a, ..., a + count - 1, from 1, with all later rows, one behind the other: those of row a
-  /// first, with a as `i`. count <= kRowsAtOnce. Returns the end of what it wrote.
+  /// first, with a as `i`. count <= kRowsSideBySide. Returns the end of what it wrote.
   DistanceAndIndex* Calculate(int a, int count, DistanceAndIndex* pairs, kalmia::WorkMeter* cells = nullptr) const;
 
  private:

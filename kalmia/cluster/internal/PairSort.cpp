@@ -158,7 +158,7 @@ std::vector<std::size_t> DealOut(DistanceAndIndex* pairs, std::size_t n, const A
       std::uint64_t key = KeyOf(pairs[next[b]]);
       for (std::size_t home = buckets.Of(key); home != b; home = buckets.Of(key)) {
         DistanceAndIndex& place = pairs[next[home]++];
-        simd::FetchAhead(pairs + std::min(next[home] + kPairsAhead, n - 1));
+        simd::Prefetch(pairs + std::min(next[home] + kPairsAhead, n - 1));
         const std::uint64_t turnedOut = KeyOf(place);
         place = PairOf(key);
         key = turnedOut;

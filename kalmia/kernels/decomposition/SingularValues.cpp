@@ -55,10 +55,10 @@ void RotateNeighboursInRows(T** rows, int first, const std::vector<Rotation>& ro
 /// A chain of rotations of neighbouring columns, on the rows 1 to `count`.
 template <class T>
 void RotateNeighbours(T** rows, int count, int first, const std::vector<Rotation>& rotations) {
-  constexpr int kRowsAtOnce = 4;  // a chain within one row waits for each product; four rows wait together
+  constexpr int kRowsSideBySide = 4;  // a chain within one row waits for each product; four rows wait together
   int r = 1;
-  for (; r + kRowsAtOnce <= count + 1; r += kRowsAtOnce)
-    RotateNeighboursInRows<kRowsAtOnce>(rows + r, first, rotations);
+  for (; r + kRowsSideBySide <= count + 1; r += kRowsSideBySide)
+    RotateNeighboursInRows<kRowsSideBySide>(rows + r, first, rotations);
   for (; r <= count; ++r) RotateNeighboursInRows<1>(rows + r, first, rotations);
 }
 

@@ -20,6 +20,6 @@ inline bool IsComplete(const NCDataMatrix<float>& m) {
 /// Whether a deflation by this score empties its row: it does too where minus the score looks like the missing value.
 inline bool EmptiesItsRow(float score) { return std::fabs(score) == -kMissing; }
 
-inline bool TakesEveryRow(const NCDataVector<float>& t) { return std::none_of(t.begin(), t.end(), EmptiesItsRow); }
+inline bool HasEveryScore(const NCDataVector<float>& t) { return std::none_of(t.begin(), t.end(), EmptiesItsRow); }
 
 }  // namespace kalmia

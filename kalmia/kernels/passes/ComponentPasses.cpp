@@ -2,7 +2,7 @@
 
 #include <vector>
 
-#include "kalmia/kernels/passes/ScoresAndSums.h"
+#include "kalmia/kernels/passes/ScoresAndLoadingsPass.h"
 #include "kalmia/kernels/regression/ExcludedPositions.h"
 #include "kalmia/kernels/regression/Regression.h"
 #include "kalmia/kernels/regression/RowRegression.h"
@@ -14,11 +14,11 @@ namespace {
 constexpr float kHole = kMissingCell<float>;
 
 /// Both steps of CalcScoresAndLoadings in one pass, or false, and t and p are what they were.
-bool CalcInOnePass(const NCDataMatrix<float>& X, const WithExcluded<float>& w, NCDataVector<float>* t,
+bool CalcInOnePass(const NCDataMatrix<float>& X, const VectorWithExclusions<float>& w, NCDataVector<float>* t,
                    NCDataVector<float>* p) {
   if (X.SizeRows() == 0 || X.SizeColumns() == 0) return false;
   const RowRegression<float> regression(w, /*fix=*/true);
-  ScoresAndSums pass(
+  ScoresAndLoadingsPass pass(
       X, [&](int, int first, int last, float* scores) { return regression.Rows(X, scores, first, last); });
   return pass.Run(t, p);
 }
@@ -27,7 +27,7 @@ bool CalcInOnePass(const NCDataMatrix<float>& X, const WithExcluded<float>& w, N
 
 void CalcScoresAndLoadings(const NCDataMatrix<float>& X, const NCDataVector<float>& w, NCDataVector<float>* t,
                            NCDataVector<float>* p) {
-  if (CalcInOnePass(X, WithExcluded<float>(w), t, p)) return;
+  if (CalcInOnePass(X, VectorWithExclusions<float>(w), t, p)) return;
   *t = X.SpecialNipalsRegressRowsFix(w, nullptr, 0);
   *p = X.SpecialNipalsRegressColumnsFix(*t);
 }
@@ -35,8 +35,8 @@ void CalcScoresAndLoadings(const NCDataMatrix<float>& X, const NCDataVector<floa
 void CalcScoresAndLoadings(const NCDataMatrix<float>& X, const NCDataVector<float>& w,
                            const NCIntegralVector<int, -99>* groups, int group, NCDataVector<float>* t,
                            NCDataVector<float>* p) {
-  if (!groups && CalcInOnePass(X, WithExcluded<float>(w), t, p)) return;
-  if (groups && CalcInOnePass(X, WithExcluded<float>(w, *groups, group), t, p)) {
+  if (!groups && CalcInOnePass(X, VectorWithExclusions<float>(w), t, p)) return;
+  if (groups && CalcInOnePass(X, VectorWithExclusions<float>(w, *groups, group), t, p)) {
     for (int c = 1; c <= p->Size(); ++c)
       if ((*groups)[c] == group) (*p)(c, kHole);
     return;

@@ -1,5 +1,5 @@
 #include "kalmia/containers/NCDataMatrix.h"
-#include "kalmia/kernels/simd/RowAdd.h"
+#include "kalmia/kernels/simd/AddScaled.h"
 
 // The row step of a deflation.
 

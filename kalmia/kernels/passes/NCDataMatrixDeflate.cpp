@@ -4,17 +4,17 @@
 #include <cstdint>
 
 #include "kalmia/containers/NCDataMatrix.h"
-#include "kalmia/containers/internal/RowOperand.h"
+#include "kalmia/containers/internal/AliasSafeRow.h"
 #include "kalmia/kernels/regression/Regression.h"
 #include "kalmia/kernels/rows/UnlinkedRows.h"
-#include "kalmia/kernels/simd/RowsAdd.h"
+#include "kalmia/kernels/simd/AddScaledToRows.h"
 #include "kalmia/kernels/threads/Slices.h"
 #include "kalmia/kernels/threads/Team.h"
 
 using kalmia::kMissing;
 using kalmia::kMissingCell;
-using kalmia::RowOperand;
-using kalmia::simd::kRowsToAddTo;
+using kalmia::AliasSafeRow;
+using kalmia::simd::kRowsSideBySide;
 
 namespace {
 
@@ -41,8 +41,8 @@ struct Batch {
                               : kalmia::simd::AddScaledToPresent(rows, factors, count, w, n);
   }
 
-  T* rows[kRowsToAddTo];
-  T factors[kRowsToAddTo];
+  T* rows[kRowsSideBySide];
+  T factors[kRowsSideBySide];
   int count = 0;
 };
 
@@ -50,7 +50,7 @@ struct Batch {
 
 template <class T>
 void NCDataMatrix<T>::AddVprimV(const NCDataVector<T>& u, const NCDataVector<T>& w, T f) {
-  const RowOperand<T> alongRows(u, *this), alongColumns(w, *this);
+  const AliasSafeRow<T> alongRows(u, *this), alongColumns(w, *this);
   const kalmia::UnlinkedRows<T> rows(this);
   if (rows_ == 0 || columns_ == 0) return;
   const T* scores = (*alongRows).GetVector();
@@ -61,9 +61,9 @@ void NCDataMatrix<T>::AddVprimV(const NCDataVector<T>& u, const NCDataVector<T>&
   const int team = kalmia::TeamSize(std::int64_t{rows_} * columns_);
   const auto slice = [&](int begin, int end) {
     int emptied = 0;
-    for (int first = begin; first <= end; first += kRowsToAddTo) {
+    for (int first = begin; first <= end; first += kRowsSideBySide) {
       Batch<T> batch;
-      for (int r = first; r < first + kRowsToAddTo && r <= end; ++r) {
+      for (int r = first; r < first + kRowsSideBySide && r <= end; ++r) {
         T* const row = rows.Fetch(r);
         const T factor = scores[r] == kMissing ? kMissingCell<T> : static_cast<T>(scores[r] * f);
         if (step == RowStep::HolesInBoth || factor == kMissing)
@@ -75,7 +75,7 @@ void NCDataMatrix<T>::AddVprimV(const NCDataVector<T>& u, const NCDataVector<T>&
     }
     return emptied;
   };
-  const int grain = std::min(kRowsToAddTo, (rows_ - 1) / team + 1);
+  const int grain = std::min(kRowsSideBySide, (rows_ - 1) / team + 1);
   numMisVal_ += kalmia::ForSlices(rows_, team, grain, slice);
 }
 

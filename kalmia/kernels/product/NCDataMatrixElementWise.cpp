@@ -3,11 +3,11 @@
 #include <functional>
 
 #include "kalmia/containers/NCDataMatrix.h"
-#include "kalmia/containers/internal/RowOperand.h"
+#include "kalmia/containers/internal/AliasSafeRow.h"
 
 using kalmia::kMissing;
 using kalmia::kMissingCell;
-using kalmia::RowOperand;
+using kalmia::AliasSafeRow;
 
 template <class T>
 template <class FillRow>
@@ -87,7 +87,7 @@ template <class T>
 NCDataMatrix<T> NCDataMatrix<T>::DotMultiplyVector(const NCDataVector<T>& v) const {
   MatrixDestroyer<T> holder;
   GetReturnMatrix(holder, rows_, columns_);
-  const RowOperand<T> operand(v, *holder.matrix);
+  const AliasSafeRow<T> operand(v, *holder.matrix);
   holder.matrix->FillRows([&](int r, T* out) {
     CombineWithNumber(rowArray_[r].data_, (*operand)[r], columns_, out, std::multiplies<T>());
   });
@@ -98,7 +98,7 @@ template <class T>
 NCDataMatrix<T> NCDataMatrix<T>::DotDivideVector(const NCDataVector<T>& v) const {
   MatrixDestroyer<T> holder;
   GetReturnMatrix(holder, rows_, columns_);
-  const RowOperand<T> operand(v, *holder.matrix);
+  const AliasSafeRow<T> operand(v, *holder.matrix);
   holder.matrix->FillRows([&](int r, T* out) {
     CombineWithNumber(rowArray_[r].data_, (*operand)[r], columns_, out, std::divides<T>());
   });
@@ -109,7 +109,7 @@ template <class T>
 NCDataMatrix<T> NCDataMatrix<T>::DotPreMultiplyVector(const NCDataVector<T>& v) const {
   MatrixDestroyer<T> holder;
   GetReturnMatrix(holder, rows_, columns_);
-  const RowOperand<T> operand(v, *holder.matrix);
+  const AliasSafeRow<T> operand(v, *holder.matrix);
   holder.matrix->FillRows([&](int r, T* out) {
     CombineCells(rowArray_[r].data_, (*operand).GetVector(), columns_, out, std::multiplies<T>());
   });
@@ -120,7 +120,7 @@ template <class T>
 NCDataMatrix<T> NCDataMatrix<T>::DotPreDivideVector(const NCDataVector<T>& v) const {
   MatrixDestroyer<T> holder;
   GetReturnMatrix(holder, rows_, columns_);
-  const RowOperand<T> operand(v, *holder.matrix);
+  const AliasSafeRow<T> operand(v, *holder.matrix);
   holder.matrix->FillRows([&](int r, T* out) {
     CombineCells(rowArray_[r].data_, (*operand).GetVector(), columns_, out, std::divides<T>());
   });

@@ -2,8 +2,8 @@
 #include <utility>
 
 #include "kalmia/containers/NCDataMatrix.h"
-#include "kalmia/kernels/passes/ColumnWalk.h"
-#include "kalmia/kernels/rows/VectorInTarget.h"
+#include "kalmia/kernels/passes/BlockedColumnSums.h"
+#include "kalmia/kernels/rows/BuildInTarget.h"
 #include "kalmia/kernels/threads/Slices.h"
 #include "kalmia/kernels/threads/Team.h"
 
@@ -32,12 +32,12 @@ NCDataVector<T> NCDataMatrix<T>::PreMultiply(const NCDataVector<T>& v) const {
 
 template <class T>
 NCDataVector<T> NCDataMatrix<T>::PreMultiplyNonMisVal(const NCDataVector<T>& v) const {
-  return kalmia::VectorInTarget(*this, &v, columns_, [&](NCDataVector<T>& result) {
+  return kalmia::BuildInTarget(*this, &v, columns_, [&](NCDataVector<T>& result) {
     T* out = result.data_;
     SumOverBlocks(*this, [&](int first, int n) {
-      const kalmia::BlockRoom<T> room(n);
-      kalmia::SumColumns(*this, v, first, n, room.Products());
-      for (int j = 0; j < n; ++j) out[first + j] = static_cast<T>(room.Products()[j]);
+      const kalmia::SumsBuffer<T> buffer(n);
+      kalmia::SumColumns(*this, v, first, n, buffer.Products());
+      for (int j = 0; j < n; ++j) out[first + j] = static_cast<T>(buffer.Products()[j]);
       return 0;
     });
     result.numMisVal_ = 0;
@@ -46,22 +46,22 @@ NCDataVector<T> NCDataMatrix<T>::PreMultiplyNonMisVal(const NCDataVector<T>& v) 
 
 template <class T>
 NCDataVector<T> NCDataMatrix<T>::PreMultiplyMisVal(const NCDataVector<T>& v) const {
-  return kalmia::VectorInTarget(*this, &v, columns_, [&](NCDataVector<T>& result) {
+  return kalmia::BuildInTarget(*this, &v, columns_, [&](NCDataVector<T>& result) {
     result.SetAllValues(kalmia::kMissingCell<T>);
     if (v.numMisVal_ >= rows_) return;
     T* out = result.data_;
     const bool vHasHoles = v.numMisVal_ > 0;
     result.numMisVal_ -= SumOverBlocks(*this, [&](int first, int n) {
-      const kalmia::BlockRoom<T> room(n);
-      kalmia::MarkColumnsWithHoles(*this, first, n, room.Holes());
+      const kalmia::SumsBuffer<T> buffer(n);
+      kalmia::MarkColumnsWithHoles(*this, first, n, buffer.Holes());
       kalmia::SumColumnPairs(*this, v, vHasHoles ? kalmia::RowsUsed::WithV : kalmia::RowsUsed::All,
-                             kalmia::RowWeight::One, first, n, room.Holes(), room.Products(), room.Weights());
+                             kalmia::RowWeight::One, first, n, buffer.Holes(), buffer.Products(), buffer.Weights());
       int written = 0;
       for (int j = 0; j < n; ++j) {
         const int holes = GetColumnMisVal(first + j);
         const bool complete = holes == 0 && !vHasHoles;
-        if (holes == rows_ || (room.Weights()[j] == 0 && !complete)) continue;
-        out[first + j] = static_cast<T>(room.Products()[j]);
+        if (holes == rows_ || (buffer.Weights()[j] == 0 && !complete)) continue;
+        out[first + j] = static_cast<T>(buffer.Products()[j]);
         written += out[first + j] != kalmia::kMissing;
       }
       return written;

@@ -7,7 +7,7 @@
 #include "kalmia/containers/NCDataMatrix.h"
 #include "kalmia/kernels/product/MatrixProduct.h"
 #include "kalmia/kernels/product/RowDots.h"
-#include "kalmia/kernels/rows/VectorInTarget.h"
+#include "kalmia/kernels/rows/BuildInTarget.h"
 #include "kalmia/kernels/simd/Dots.h"
 #include "kalmia/kernels/threads/Slices.h"
 #include "kalmia/kernels/threads/Team.h"
@@ -109,7 +109,7 @@ void NCDataMatrix<T>::TransformToMprim_mul_M() {
 
 template <class T>
 NCDataVector<T> NCDataMatrix<T>::operator*(const NCDataVector<T>& v) const {
-  return kalmia::VectorInTarget(*this, &v, rows_, [&](NCDataVector<T>& product) {
+  return kalmia::BuildInTarget(*this, &v, rows_, [&](NCDataVector<T>& product) {
     constexpr int kRowsPerGrain = 8;
     T* cells = product.data_;
     const int team = kalmia::TeamSize(std::int64_t{rows_} * columns_);

@@ -6,7 +6,7 @@
 namespace kalmia {
 
 using simd::Holes;
-using simd::kRowsAtOnce;
+using simd::kRowsSideBySide;
 using simd::PairSums;
 
 template <class T>
@@ -19,7 +19,7 @@ int DotRows(const NCDataMatrix<T>& X, const NCDataVector<T>& v, T* out, int firs
     missing += out[r] == kMissing;
   };
   const auto complete = [&](const RowBatch<T>& rows) {
-    double dots[kRowsAtOnce];
+    double dots[kRowsSideBySide];
     vHasHoles ? simd::DotRowsMasked(v.begin(), rows.cells, rows.count, n, dots)
               : simd::DotRows(v.begin(), rows.cells, rows.count, n, dots);
     for (int k = 0; k < rows.count; ++k) write(rows.row[k], vIsEmpty ? kMissing : dots[k]);
@@ -30,7 +30,7 @@ int DotRows(const NCDataMatrix<T>& X, const NCDataVector<T>& v, T* out, int firs
     return pairs > 0;
   };
   const auto withHoles = [&](const RowBatch<T>& rows) {
-    PairSums sums[kRowsAtOnce];
+    PairSums sums[kRowsSideBySide];
     simd::PairRows(v.begin(), rows.cells, rows.count, n, vHasHoles ? Holes::InBoth : Holes::InRows, sums);
     for (int k = 0; k < rows.count; ++k) {
       // Without any pair the sum is 0; only where v has holes too does that mean that there is no result.

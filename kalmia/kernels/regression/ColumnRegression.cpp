@@ -32,28 +32,28 @@ template <class T>
 int ColumnRegression<T>::Slice(T* out, int first, int last) const {
   int change = 0;
   ForColumnBlocks(first, last, [&](int c, int n) {
-    const BlockRoom<T> room(n);
+    const SumsBuffer<T> buffer(n);
     const bool vHasHoles = misValMode >= 2;
-    if (vHasHoles) std::fill_n(room.Holes(), n, kMissingCell<T>);
-    const bool holes = vHasHoles || (misValMode == 1 && MarkColumnsWithHoles(X, c, n, room.Holes()));
-    change += holes ? BlockWithHoles(out, c, n, room) : CompleteBlock(out, c, n, room);
+    if (vHasHoles) std::fill_n(buffer.Holes(), n, kMissingCell<T>);
+    const bool holes = vHasHoles || (misValMode == 1 && MarkColumnsWithHoles(X, c, n, buffer.Holes()));
+    change += holes ? BlockWithHoles(out, c, n, buffer) : CompleteBlock(out, c, n, buffer);
   });
   return change;
 }
 
 template <class T>
-int ColumnRegression<T>::CompleteBlock(T* out, int first, int n, const BlockRoom<T>& room) const {
-  SumColumns(X, v, first, n, room.Products());
+int ColumnRegression<T>::CompleteBlock(T* out, int first, int n, const SumsBuffer<T>& buffer) const {
+  SumColumns(X, v, first, n, buffer.Products());
   int change = 0;
-  WriteQuotients(out + first, room.Products(), n, ss, change);
+  WriteQuotients(out + first, buffer.Products(), n, ss, change);
   return change;
 }
 
 template <class T>
-int ColumnRegression<T>::BlockWithHoles(T* out, int first, int n, const BlockRoom<T>& room) const {
+int ColumnRegression<T>::BlockWithHoles(T* out, int first, int n, const SumsBuffer<T>& buffer) const {
   const RowsUsed used = misValMode == 1 ? RowsUsed::All : RowsUsed::WithV;
-  SumColumnPairs(X, v, used, RowWeight::Square, first, n, room.Holes(), room.Products(), room.Weights());
-  return Write(out, first, n, room.Products(), room.Weights());
+  SumColumnPairs(X, v, used, RowWeight::Square, first, n, buffer.Holes(), buffer.Products(), buffer.Weights());
+  return Write(out, first, n, buffer.Products(), buffer.Weights());
 }
 
 template <class T>
@@ -64,7 +64,7 @@ int ColumnRegression<T>::Write(T* out, int first, int n, const double* products,
     const int holes = X.GetColumnMisVal(first + j);
     if (misValMode == 1 && holes > 0 && holes == X.SizeRows()) continue;
     const bool complete = misValMode == 1 && holes == 0;
-    const long double denominator = complete ? ss : fix ? HeldUpAt(third, weights[j]) : weights[j];
+    const long double denominator = complete ? ss : fix ? ClampDenominator(third, weights[j]) : weights[j];
     WriteQuotient(out[first + j], products[j], denominator, change);
   }
   return change;

@@ -4,7 +4,7 @@
 
 #include "kalmia/containers/Missing.h"
 #include "kalmia/containers/NCDataMatrix.h"
-#include "kalmia/kernels/passes/ColumnWalk.h"
+#include "kalmia/kernels/passes/BlockedColumnSums.h"
 
 namespace kalmia {
 
@@ -40,8 +40,8 @@ struct ColumnRegression {
   int Write(T* out, int first, int n, const double* products, const double* weights) const;
 
  private:
-  int CompleteBlock(T* out, int first, int n, const BlockRoom<T>& room) const;
-  int BlockWithHoles(T* out, int first, int n, const BlockRoom<T>& room) const;
+  int CompleteBlock(T* out, int first, int n, const SumsBuffer<T>& buffer) const;
+  int BlockWithHoles(T* out, int first, int n, const SumsBuffer<T>& buffer) const;
 };
 
 extern template struct ColumnRegression<float>;

@@ -16,14 +16,14 @@ namespace kalmia {
 /// without holes, with 0 at the positions left out: that changes no bit of a sum, unless an infinity or a NaN stands
 /// opposite.
 template <class T>
-class WithExcluded {
+class VectorWithExclusions {
  public:
   /// Nothing is left out.
-  explicit WithExcluded(const NCDataVector<T>& v)
+  explicit VectorWithExclusions(const NCDataVector<T>& v)
       : cells_(v.begin()), size_(v.Size()), hasHoles_(v.GetNumMisVal() > 0) {}
 
   /// Leaves out position i (from 1) where i mod stride is `start`; a stride below 2 leaves out nothing.
-  WithExcluded(const NCDataVector<T>& v, int start, int stride) : WithExcluded(v) {
+  VectorWithExclusions(const NCDataVector<T>& v, int start, int stride) : VectorWithExclusions(v) {
     if (stride < 2) return;
     T* copy = Copy();
     int counter = 1;
@@ -34,14 +34,15 @@ class WithExcluded {
   }
 
   /// Leaves out the positions whose cell of `groups` is `group`.
-  WithExcluded(const NCDataVector<T>& v, const NCIntegralVector<int, -99>& groups, int group) : WithExcluded(v) {
+  VectorWithExclusions(const NCDataVector<T>& v, const NCIntegralVector<int, -99>& groups, int group)
+      : VectorWithExclusions(v) {
     T* copy = Copy();
     for (int i = 0; i < size_; ++i)
       if (groups[i + 1] == group) copy[i] = leftOut_;
   }
 
-  WithExcluded(const WithExcluded&) = delete;
-  WithExcluded& operator=(const WithExcluded&) = delete;
+  VectorWithExclusions(const VectorWithExclusions&) = delete;
+  VectorWithExclusions& operator=(const VectorWithExclusions&) = delete;
 
   const T* begin() const { return cells_; }
   int Size() const { return size_; }

@@ -4,7 +4,7 @@
 #include "kalmia/kernels/ThreadingControl.h"
 #include "kalmia/kernels/regression/ColumnRegression.h"
 #include "kalmia/kernels/regression/Regression.h"
-#include "kalmia/kernels/rows/VectorInTarget.h"
+#include "kalmia/kernels/rows/BuildInTarget.h"
 #include "kalmia/kernels/threads/ColumnThreads.h"
 #include "kalmia/kernels/threads/Slices.h"
 #include "kalmia/kernels/threads/Team.h"
@@ -55,7 +55,7 @@ int ByThreads(const kalmia::ColumnRegression<T>& regression, T* out, int columns
 
 template <class T>
 NCDataVector<T> NCDataMatrix<T>::RegressColumns(const NCDataVector<T>& v) const {
-  return kalmia::VectorInTarget(*this, &v, columns_, [&](NCDataVector<T>& result) {
+  return kalmia::BuildInTarget(*this, &v, columns_, [&](NCDataVector<T>& result) {
     const kalmia::ColumnRegression<T> regression{*this, v, v.GetSS(), kalmia::MisValMode(numMisVal_, v.numMisVal_),
                                                  /*fix=*/false};
     NCDataVector<T>& out = AllMissingAndUnshared(result);
@@ -66,7 +66,7 @@ NCDataVector<T> NCDataMatrix<T>::RegressColumns(const NCDataVector<T>& v) const 
 template <class T>
 NCDataVector<T> NCDataMatrix<T>::SpecialNipalsRegressColumnsFix(const NCDataVector<T>& v) const {
   if (numMisVal_ == 0 && v.numMisVal_ == 0) return RegressColumns(v);
-  return kalmia::VectorInTarget(*this, &v, columns_, [&](NCDataVector<T>& result) {
+  return kalmia::BuildInTarget(*this, &v, columns_, [&](NCDataVector<T>& result) {
     const kalmia::ColumnRegression<T> regression{*this, v, v.GetSS(), kalmia::MisValMode(numMisVal_, v.numMisVal_),
                                                  /*fix=*/true};
     NCDataVector<T>& out = AllMissingAndUnshared(result);
@@ -78,7 +78,7 @@ template <class T>
 NCDataVector<T> NCDataMatrix<T>::SpecialNipalsRegressColumnsFix(const NCDataVector<T>& v,
                                                                 const NCIntegralVector<int, -99>* groups,
                                                                 int group) const {
-  return kalmia::VectorInTarget(*this, &v, columns_, [&](NCDataVector<T>& result) {
+  return kalmia::BuildInTarget(*this, &v, columns_, [&](NCDataVector<T>& result) {
     const int mode = kalmia::MisValMode(numMisVal_, v.numMisVal_);
     const long double ss = mode < 2 ? v.GetSS() : SumOfSquaresInOrder(v);
     const kalmia::ColumnRegression<T> regression{*this, v, ss, mode, /*fix=*/true};

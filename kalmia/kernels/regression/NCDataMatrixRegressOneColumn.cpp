@@ -60,7 +60,7 @@ void NCDataMatrix<T>::SpecialNipalsRegressOneColumnFix(T* out, int c, const NCDa
     if (misValMode == 1 && holes == X.SizeRows()) return;
     const ColumnSums sums = PairsWithColumn(X, c, v, misValMode != 1);
     numerator = sums.product;
-    denominator = kalmia::HeldUpAt(kalmia::ThirdOf(ss), sums.square);
+    denominator = kalmia::ClampDenominator(kalmia::ThirdOf(ss), sums.square);
   }
   kalmia::WriteQuotient(out[c], numerator, denominator, numMisVal);
 }

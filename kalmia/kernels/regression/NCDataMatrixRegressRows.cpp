@@ -1,7 +1,7 @@
 #include "kalmia/containers/NCDataMatrix.h"
 #include "kalmia/kernels/regression/ExcludedPositions.h"
 #include "kalmia/kernels/regression/RowRegression.h"
-#include "kalmia/kernels/rows/VectorInTarget.h"
+#include "kalmia/kernels/rows/BuildInTarget.h"
 #include "kalmia/kernels/threads/Slices.h"
 #include "kalmia/kernels/threads/Team.h"
 
@@ -12,7 +12,7 @@ namespace {
 /// Fills `out`, one cell for each row, and counts its missing cells. Cells of different rows are independent, so any
 /// team gives the same bits.
 template <class T>
-int RegressAllRows(const NCDataMatrix<T>& X, const kalmia::WithExcluded<T>& v, bool fix, T* out) {
+int RegressAllRows(const NCDataMatrix<T>& X, const kalmia::VectorWithExclusions<T>& v, bool fix, T* out) {
   constexpr int kRowsPerGrain = 16;
   const kalmia::RowRegression<T> regression(v, fix);
   const int team = kalmia::TeamSize(static_cast<std::int64_t>(X.SizeRows()) * v.Size());
@@ -24,8 +24,8 @@ int RegressAllRows(const NCDataMatrix<T>& X, const kalmia::WithExcluded<T>& v, b
 
 template <class T>
 NCDataVector<T> NCDataMatrix<T>::RegressRows(const NCDataVector<T>& v) const {
-  const kalmia::WithExcluded<T> cells(v);
-  return kalmia::VectorInTarget(*this, &v, rows_, [&](NCDataVector<T>& result) {
+  const kalmia::VectorWithExclusions<T> cells(v);
+  return kalmia::BuildInTarget(*this, &v, rows_, [&](NCDataVector<T>& result) {
     result.numMisVal_ = RegressAllRows(*this, cells, /*fix=*/false, result.data_);
   });
 }
@@ -34,9 +34,9 @@ template <class T>
 NCDataVector<T> NCDataMatrix<T>::SpecialNipalsRegressRowsFix(const NCDataVector<T>& v,
                                                              const NCIntegralVector<int, -99>* groups,
                                                              int group) const {
-  using Cells = kalmia::WithExcluded<T>;
+  using Cells = kalmia::VectorWithExclusions<T>;
   const Cells cells = groups ? Cells(v, *groups, group) : Cells(v);
-  return kalmia::VectorInTarget(*this, &v, rows_, [&](NCDataVector<T>& result) {
+  return kalmia::BuildInTarget(*this, &v, rows_, [&](NCDataVector<T>& result) {
     result.numMisVal_ = RegressAllRows(*this, cells, /*fix=*/true, result.data_);
   });
 }
@@ -44,8 +44,8 @@ NCDataVector<T> NCDataMatrix<T>::SpecialNipalsRegressRowsFix(const NCDataVector<
 template <class T>
 NCDataVector<T> NCDataMatrix<T>::SpecialNipalsRegressRowsFixWithExclude(const NCDataVector<T>& v, int start,
                                                                         int stride) const {
-  const kalmia::WithExcluded<T> cells(v, start, stride);
-  return kalmia::VectorInTarget(*this, &v, rows_, [&](NCDataVector<T>& result) {
+  const kalmia::VectorWithExclusions<T> cells(v, start, stride);
+  return kalmia::BuildInTarget(*this, &v, rows_, [&](NCDataVector<T>& result) {
     result.numMisVal_ = RegressAllRows(*this, cells, /*fix=*/true, result.data_);
   });
 }

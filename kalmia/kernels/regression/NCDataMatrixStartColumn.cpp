@@ -3,8 +3,8 @@
 #include <cstdint>
 
 #include "kalmia/containers/NCDataMatrix.h"
-#include "kalmia/kernels/passes/ColumnWalk.h"
-#include "kalmia/kernels/rows/VectorInTarget.h"
+#include "kalmia/kernels/passes/BlockedColumnSums.h"
+#include "kalmia/kernels/rows/BuildInTarget.h"
 #include "kalmia/kernels/threads/Slices.h"
 #include "kalmia/kernels/threads/Team.h"
 
@@ -21,9 +21,9 @@ void SumSquares(const NCDataMatrix<T>& X, double* squares) {
   const int team = kalmia::TeamSize(static_cast<std::int64_t>(X.SizeRows()) * X.SizeColumns());
   kalmia::ForSlices(X.SizeColumns(), team, kalmia::kColumnsPerGrain, [&](int first, int last) {
     kalmia::ForColumnBlocks(first, last, [&](int c, int n) {
-      const kalmia::BlockRoom<T> room(n);
-      kalmia::MarkColumnsWithHoles(X, c, n, room.Holes());
-      kalmia::SumColumnSquares(X, c, n, room.Holes(), squares + (c - 1));
+      const kalmia::SumsBuffer<T> buffer(n);
+      kalmia::MarkColumnsWithHoles(X, c, n, buffer.Holes());
+      kalmia::SumColumnSquares(X, c, n, buffer.Holes(), squares + (c - 1));
     });
     return 0;
   });
@@ -32,13 +32,13 @@ void SumSquares(const NCDataMatrix<T>& X, double* squares) {
 /// The first column of largest sum of squares, up to the lead; the first of all where none exceeds 0.
 template <class T>
 int ColumnOfLargestSumOfSquares(const NCDataMatrix<T>& X) {
-  const kalmia::BlockRoom<T> room(X.SizeColumns());
-  SumSquares(X, room.Products());
+  const kalmia::SumsBuffer<T> buffer(X.SizeColumns());
+  SumSquares(X, buffer.Products());
   double best = 0;
   int chosen = 1;
   for (int j = 0; j < X.SizeColumns(); ++j) {
-    if (!(room.Products()[j] > best * kLeadOfALaterColumn)) continue;
-    best = room.Products()[j];
+    if (!(buffer.Products()[j] > best * kLeadOfALaterColumn)) continue;
+    best = buffer.Products()[j];
     chosen = j + 1;
   }
   return chosen;
@@ -63,7 +63,7 @@ void FillHoles(T* cells, int n) {
 
 template <class T>
 NCDataVector<T> NCDataMatrix<T>::GetNIPALSStartColumn() const {
-  return kalmia::VectorInTarget<T>(*this, nullptr, rows_, [&](NCDataVector<T>& start) {
+  return kalmia::BuildInTarget<T>(*this, nullptr, rows_, [&](NCDataVector<T>& start) {
     if (columns_ < 1) {
       start.SetAllValues(kalmia::kMissingCell<T>);
       return;

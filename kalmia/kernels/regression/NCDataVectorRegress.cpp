@@ -38,7 +38,8 @@ struct Primitives {
 
 /// The three sums of v1, with what is left out of it, and v2.
 template <class T>
-kalmia::RegressionSums SumsOf(const kalmia::WithExcluded<T>& v1, const NCDataVector<T>& v2, const Primitives<T>& use) {
+kalmia::RegressionSums SumsOf(const kalmia::VectorWithExclusions<T>& v1, const NCDataVector<T>& v2,
+                              const Primitives<T>& use) {
   const int n = v1.Size();
   const T *a = v1.begin(), *b = v2.begin();
   kalmia::RegressionSums sums;
@@ -60,7 +61,7 @@ kalmia::RegressionSums SumsOf(const kalmia::WithExcluded<T>& v1, const NCDataVec
 template <class T>
 void NCDataVector<T>::Calculate_V1txV2_and_V1txV1(long double& v1tv2, long double& v1tv1, long double& v1tv1All,
                                                   const NCDataVector& v2, int start, int stride) const {
-  const Primitives<T> use{kalmia::VectorPath::Pays<T>(size_, numMisVal_, v2.numMisVal_, stride)};
+  const Primitives<T> use{kalmia::VectorPath::LanesPayOff<T>(size_, numMisVal_, v2.numMisVal_, stride)};
   const auto sums = SumsOf({*this, start, stride}, v2, use);
   std::tie(v1tv2, v1tv1, v1tv1All) = std::tie(sums.v1tv2, sums.v1tv1, sums.v1tv1All);
 }
@@ -69,7 +70,7 @@ template <class T>
 void NCDataVector<T>::Calculate_V1txV2_and_V1txV1(long double& v1tv2, long double& v1tv1, long double& v1tv1All,
                                                   const NCDataVector& v2, const NCIntegralVector<int, -99>& groups,
                                                   int group) const {
-  const Primitives<T> use{kalmia::VectorPath::Pays<T>(size_, numMisVal_, v2.numMisVal_, /*stride=*/1)};
+  const Primitives<T> use{kalmia::VectorPath::LanesPayOff<T>(size_, numMisVal_, v2.numMisVal_, /*stride=*/1)};
   const auto sums = SumsOf({*this, groups, group}, v2, use);
   std::tie(v1tv2, v1tv1, v1tv1All) = std::tie(sums.v1tv2, sums.v1tv1, sums.v1tv1All);
 }
@@ -104,7 +105,7 @@ long double NCDataVector<T>::SpecialNipalsRegressFixWithExclude(const NCDataVect
 
 template <class T>
 long double NCDataVector<T>::operator*(const NCDataVector& v) const {
-  const Primitives<T> use{kalmia::VectorPath::Pays<T>(size_, numMisVal_, v.numMisVal_, /*stride=*/1)};
+  const Primitives<T> use{kalmia::VectorPath::LanesPayOff<T>(size_, numMisVal_, v.numMisVal_, /*stride=*/1)};
   switch (kalmia::MisValMode(numMisVal_, v.numMisVal_)) {
     case 0:
       return use.Dot(begin(), v.begin(), size_);

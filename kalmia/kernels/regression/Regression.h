@@ -34,7 +34,7 @@ inline long double CoefficientWithFix(const RegressionSums& sums) {
 /// The least denominator of the fix on columns: the full sum of squares divided by 3, rather than times a third.
 inline long double ThirdOf(long double fullSumOfSquares) { return fullSumOfSquares / 3.0; }
 
-inline long double HeldUpAt(long double third, long double denominator) {
+inline long double ClampDenominator(long double third, long double denominator) {
   return third > denominator ? third : denominator;
 }
 

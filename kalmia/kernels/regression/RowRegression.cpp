@@ -7,11 +7,11 @@
 namespace kalmia {
 
 using simd::Holes;
-using simd::kRowsAtOnce;
+using simd::kRowsSideBySide;
 using simd::PairSums;
 
 template <class T>
-RowRegression<T>::RowRegression(const WithExcluded<T>& v, bool fix)
+RowRegression<T>::RowRegression(const VectorWithExclusions<T>& v, bool fix)
     : v_(v),
       fix_(fix),
       sumOfSquares_(v.HasHoles() ? simd::DotMasked(v.begin(), v.begin(), v.Size())
@@ -36,13 +36,13 @@ template <class T>
 int RowRegression<T>::Rows(const NCDataMatrix<T>& X, T* out, int first, int last) const {
   int missing = 0;
   const auto complete = [&](const RowBatch<T>& rows) {
-    double dots[kRowsAtOnce];
+    double dots[kRowsSideBySide];
     v_.HasHoles() ? simd::DotRowsMasked(v_.begin(), rows.cells, rows.count, v_.Size(), dots)
                   : simd::DotRows(v_.begin(), rows.cells, rows.count, v_.Size(), dots);
     for (int k = 0; k < rows.count; ++k) missing += Write(out + rows.row[k], dots[k], sumOfSquares_);
   };
   const auto withHoles = [&](const RowBatch<T>& rows) {
-    PairSums pairs[kRowsAtOnce];
+    PairSums pairs[kRowsSideBySide];
     simd::PairRows(v_.begin(), rows.cells, rows.count, v_.Size(), v_.HasHoles() ? Holes::InBoth : Holes::InRows,
                    pairs);
     for (int k = 0; k < rows.count; ++k) missing += Write(out + rows.row[k], pairs[k].product, pairs[k].square);

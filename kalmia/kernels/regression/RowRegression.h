@@ -11,7 +11,7 @@ namespace kalmia {
 template <class T>
 class RowRegression {
  public:
-  RowRegression(const WithExcluded<T>& v, bool fix);
+  RowRegression(const VectorWithExclusions<T>& v, bool fix);
 
   /// Rows first to last, both included, into the 1-based cells of `out`. Returns how many of them are missing.
   int Rows(const NCDataMatrix<T>& X, T* out, int first, int last) const;
@@ -23,7 +23,7 @@ class RowRegression {
   /// Writes the coefficient that the sums over pairs make; true if it is missing.
   bool Write(T* cell, double product, double square) const;
 
-  const WithExcluded<T>& v_;
+  const VectorWithExclusions<T>& v_;
   bool fix_;
   double sumOfSquares_;  ///< of v, over its present cells
 };

@@ -16,7 +16,7 @@ struct VectorPath {
 
   /// `stride` as in the exclusion rule, below 2 for none; `missing1` and `missing2` count the holes of the two vectors.
   template <class T>
-  static bool Pays(int size, int missing1, int missing2, int stride) {
+  static bool LanesPayOff(int size, int missing1, int missing2, int stride) {
     if (!std::is_same_v<T, float> || !simd::HasVectorInstructions()) return false;
     if (stride >= 2 && stride <= kLargestSlowStride) return false;
     if (missing1 == 0 && missing2 == 0) return true;

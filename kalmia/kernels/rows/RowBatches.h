@@ -9,8 +9,8 @@ namespace kalmia {
 template <class T>
 struct RowBatch {
   int count = 0;
-  int row[simd::kRowsAtOnce];         ///< their numbers
-  const T* cells[simd::kRowsAtOnce];  ///< their first cells
+  int row[simd::kRowsSideBySide];         ///< their numbers
+  const T* cells[simd::kRowsSideBySide];  ///< their first cells
 };
 
 /// Goes over rows first to last, both included: collects complete rows and rows with holes, as their counts say, and
@@ -30,7 +30,7 @@ void ForRowBatches(const NCDataMatrix<T>& X, int first, int last, const Complete
     RowBatch<T>& batch = batches[holes];
     batch.row[batch.count] = r;
     batch.cells[batch.count] = X[r].begin();
-    if (++batch.count == simd::kRowsAtOnce) flush(holes);
+    if (++batch.count == simd::kRowsSideBySide) flush(holes);
   }
   flush(false);
   flush(true);

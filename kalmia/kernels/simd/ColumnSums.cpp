@@ -17,7 +17,7 @@ struct RowsFrom {
   RowsFrom(const T* const* rows, int count, int j) {
     for (int k = 0; k < count; ++k) row[k] = rows[k] + j;
   }
-  const T* row[kRowsPerStep];
+  const T* row[kRowsSideBySide];
 };
 
 /// The number of rows of a step: known to the compiler for a full one, whose loops over the rows unroll, so that all
@@ -28,12 +28,12 @@ struct Count {
   operator int() const { return kKnown > 0 ? kKnown : any; }
   int any;
 };
-using FullCount = Count<kRowsPerStep>;
+using FullCount = Count<kRowsSideBySide>;
 using AnyCount = Count<0>;
 
 /// A number for each row of the step, in every lane of a vector.
 template <class Count>
-HWY_INLINE void Broadcast(const double* numbers, Count count, WideVector (&out)[kRowsPerStep]) {
+HWY_INLINE void Broadcast(const double* numbers, Count count, WideVector (&out)[kRowsSideBySide]) {
   for (int k = 0; k < count; ++k) out[k] = hn::Set(Wide(), numbers[k]);
 }
 
@@ -47,7 +47,7 @@ HWY_INLINE void FetchRowsAhead(const T* const* rows, Count count, int j) {
 template <class T, class Count>
 void Products(const T* const* rows, const double* v, Count count, int n, double* sums) {
   const Wide d;
-  WideVector factor[kRowsPerStep];
+  WideVector factor[kRowsSideBySide];
   Broadcast(v, count, factor);
   int j = 0;
   for (; n - j >= kWidth; j += kWidth) {
@@ -63,7 +63,7 @@ template <class T, class Count>
 void MaskedProducts(const T* const* rows, const double* v, const double* w, Count count, int n, const T* hole,
                     double* sums, double* weights) {
   const Wide d;
-  WideVector factor[kRowsPerStep], weightOfRow[kRowsPerStep];
+  WideVector factor[kRowsSideBySide], weightOfRow[kRowsSideBySide];
   Broadcast(v, count, factor);
   Broadcast(w, count, weightOfRow);
   int j = 0;
@@ -104,7 +104,7 @@ void MaskedSquares(const T* const* rows, Count count, int n, const T* hole, doub
 /// run(count) with the count as the compiler knows it best.
 template <class Run>
 HWY_INLINE void ByCount(int count, const Run& run) {
-  count == kRowsPerStep ? run(FullCount(count)) : run(AnyCount(count));
+  count == kRowsSideBySide ? run(FullCount(count)) : run(AnyCount(count));
 }
 
 void FloatProducts(const float* const* rows, const double* v, int count, int n, double* sums) {

@@ -1,14 +1,13 @@
 #pragma once
 
+#include "kalmia/kernels/simd/Lanes.h"
+
 /// Sums down the columns of a table, in the order of its rows: the caller walks down the rows, a few at a time, and
 /// each call adds them to one accumulator a column. Every accumulator takes its terms one by one in the order of the
 /// rows, each with one rounding, so the bits are those of a loop down one column. `rows[k]` points at the first of n
-/// cells of row k; 0 <= count <= kRowsPerStep, n >= 0, any alignment; outputs do not overlap inputs. `v` holds cells of
-/// the table's own type widened to double. Pointers are not read where n is 0.
+/// cells of row k; 0 <= count <= kRowsSideBySide, n >= 0, any alignment; outputs do not overlap inputs. `v` holds cells
+/// of the table's own type widened to double. Pointers are not read where n is 0.
 namespace kalmia::simd {
-
-/// Rows that one call takes at most: their sums stay in registers that long.
-constexpr int kRowsPerStep = 8;
 
 /// sums[j] += v[k] rows[k][j], for k = 0 to count - 1 in this order. No cell is looked at.
 void AddRows(const float* const* rows, const double* v, int count, int n, double* sums);

@@ -17,7 +17,7 @@ struct DeflatedFrom {
   DeflatedFrom(const DeflatedRows& all, int j) : rows{row, all.factors, all.count, all.w + j, all.n - j} {
     for (int k = 0; k < all.count; ++k) row[k] = all.rows[k] + j;
   }
-  const float* row[kRowsPerStep];
+  const float* row[kRowsSideBySide];
   DeflatedRows rows;
 };
 
@@ -62,7 +62,7 @@ void Pass(const DeflatedRows& all, int first, float* const* to, const double* v,
 /// Full steps at once, what is left over row by row.
 template <bool kStore, bool kAdd>
 void Passes(const DeflatedRows& all, float* const* to, const double* v, double* sums) {
-  if (all.count == kRowsPerStep) return Pass<kRowsPerStep, kStore, kAdd>(all, 0, to, v, sums);
+  if (all.count == kRowsSideBySide) return Pass<kRowsSideBySide, kStore, kAdd>(all, 0, to, v, sums);
   for (int k = 0; k < all.count; ++k) Pass<1, kStore, kAdd>(all, k, to, v, sums);
 }
 
@@ -108,7 +108,7 @@ void DotsOf(const DeflatedRows& all, int first, const float* u, double* dots) {
 }
 
 void Dots(const DeflatedRows& all, const float* u, double* dots) {
-  if (kVectors <= 2 && all.count == kRowsPerStep) return DotsOf<kRowsPerStep>(all, 0, u, dots);
+  if (kVectors <= 2 && all.count == kRowsSideBySide) return DotsOf<kRowsSideBySide>(all, 0, u, dots);
   int k = 0;
   for (; all.count - k >= 2; k += 2) DotsOf<2>(all, k, u, dots);
   if (k < all.count) DotsOf<1>(all, k, u, dots);

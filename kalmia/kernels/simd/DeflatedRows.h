@@ -3,8 +3,8 @@
 /// Rows to each of which a multiple of another row is added, as a deflation does, and what is made of them on the way,
 /// so that nobody has to store them or to fetch them again. Cell j of row k is
 ///   e[k][j] = float(double(rows[k][j]) + double(w[j]) * double(factors[k])),
-/// to the bit the cell that RowsAdd.h stores. Rows start at their first cell and lie at any alignment; no cell is
-/// looked at. 0 <= count <= kRowsPerStep, n >= 0.
+/// to the bit the cell that AddScaledToRows.h stores. Rows start at their first cell and lie at any alignment; no cell
+/// is looked at. 0 <= count <= kRowsSideBySide, n >= 0.
 namespace kalmia::simd {
 
 struct DeflatedRows {

@@ -80,7 +80,7 @@ void Pairs(const T* v, const T* const* rows, int n, PairSums* out) {
 }
 
 /// Rows whose accumulators are held at once. Only the widest machine has registers for all of them.
-constexpr int kMostRows = kVectors <= 2 ? kRowsAtOnce : 2;
+constexpr int kMostRows = kVectors <= 2 ? kRowsSideBySide : 2;
 
 /// Calls some(first, number of rows as a constant) for runs of kRows, then of half as many and so on, until all `count`
 /// rows are done.

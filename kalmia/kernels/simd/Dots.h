@@ -1,5 +1,7 @@
 #pragma once
 
+#include "kalmia/kernels/simd/Lanes.h"
+
 /// Dot products of vectors with holes. All arrays start at their first cell and may lie at any alignment; they may be
 /// equal or overlap; n >= 0. Products and sums are formed in double, in the sixteen lanes of LaneSum: the same bits on
 /// every machine. A hole (-99) takes no part, whatever stands opposite, an infinity or a NaN included. Pointers are not
@@ -17,10 +19,6 @@ enum class Holes {
   InBoth
 };
 
-/// Rows that the row functions take at most: v and its squares are loaded once for all of them, and memory is busiest
-/// with so many rows under way.
-constexpr int kRowsAtOnce = 8;
-
 double Dot(const float* a, const float* b, int n);                       ///< sum a b, no cell is looked at
 double Dot(const double* a, const double* b, int n);
 double DotMasked(const float* a, const float* b, int n);                 ///< over the present cells of a
@@ -28,7 +26,7 @@ double DotMasked(const double* a, const double* b, int n);
 double DotMasked2(const float* a, const float* b, int n, int& pairs);    ///< over the pairs, and how many there are
 double DotMasked2(const double* a, const double* b, int n, int& pairs);
 
-/// dots[k] = Dot(v, rows[k]) for k < count, 1 <= count <= kRowsAtOnce.
+/// dots[k] = Dot(v, rows[k]) for k < count, 1 <= count <= kRowsSideBySide.
 void DotRows(const float* v, const float* const* rows, int count, int n, double* dots);
 void DotRows(const double* v, const double* const* rows, int count, int n, double* dots);
 /// dots[k] = DotMasked(v, rows[k]) for k < count.

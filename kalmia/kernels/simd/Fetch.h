@@ -6,7 +6,7 @@ namespace kalmia::simd {
 
 /// Starts to bring the memory at p into the caches, for loops that jump where the hardware does not foresee it.
 template <class T>
-inline void FetchAhead(const T* p) {
+inline void Prefetch(const T* p) {
   hwy::Prefetch(p);
 }
 

@@ -6,6 +6,10 @@ namespace kalmia::simd {
 /// eight rows that are read at once; nearer comes too late, farther pushes out what is still needed.
 constexpr int kBytesAhead = 384;
 
+/// Rows that a call takes at most, and that a caller does well to hand over: vectors beside them are loaded once for
+/// all, column sums stay in registers that long, and memory is busiest with so many rows under way.
+constexpr int kRowsSideBySide = 8;
+
 /// Whether the processor has vector instructions that the lane code was built for. Asked once, then kept.
 bool HasVectorInstructions();
 

@@ -1,5 +1,5 @@
 #include "kalmia/containers/Missing.h"
-#include "kalmia/kernels/simd/RowAdd.h"
+#include "kalmia/kernels/simd/AddScaled.h"
 
 namespace kalmia::simd {
 namespace scalar {

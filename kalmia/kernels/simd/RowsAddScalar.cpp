@@ -1,5 +1,5 @@
 #include "kalmia/containers/Missing.h"
-#include "kalmia/kernels/simd/RowsAdd.h"
+#include "kalmia/kernels/simd/AddScaledToRows.h"
 
 namespace kalmia::simd {
 namespace scalar {

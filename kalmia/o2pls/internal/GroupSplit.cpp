@@ -7,7 +7,7 @@
 namespace kalmia {
 
 GroupSplit SplitByGroup(const NCDataMatrix<float>& table, const NCIntegralVector<int, -99>& groups, int group) {
-  GroupSplit split{WithoutRows(table.SizeColumns()), WithoutRows(table.SizeColumns())};
+  GroupSplit split{EmptyMatrix(table.SizeColumns()), EmptyMatrix(table.SizeColumns())};
   for (int i = 1; i <= table.SizeRows(); ++i)
     (groups[i] == group ? split.heldOut : split.training).push_back(table[i]);
   return split;

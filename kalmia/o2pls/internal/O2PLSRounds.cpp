@@ -39,7 +39,7 @@ PerRound OfRounds(const std::vector<O2PLSRound>& rounds, const std::function<Mat
 
 /// Row `component` of each round's matrix, one below the other.
 Matrix RowsOf(const PerRound& matrices, int component) {
-  Matrix rows = WithoutRows(matrices.front().SizeColumns(), static_cast<int>(matrices.size()));
+  Matrix rows = EmptyMatrix(matrices.front().SizeColumns(), static_cast<int>(matrices.size()));
   for (const Matrix& matrix : matrices) rows.push_back(matrix[component]);
   return rows;
 }

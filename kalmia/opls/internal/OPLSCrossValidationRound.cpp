@@ -23,9 +23,9 @@ OPLSCrossValidation::Round OPLSCrossValidation::Divide(int group) const {
   for (int i = 1; i <= rows; ++i) leftOut += groups_[i] == group;
   Round round;
   round.group = group;
-  round.trainX = kalmia::WithoutRows(x_.SizeColumns(), rows - leftOut);
-  round.trainY = kalmia::WithoutRows(y_.SizeColumns(), rows - leftOut);
-  round.testX = kalmia::WithoutRows(x_.SizeColumns(), leftOut);
+  round.trainX = kalmia::EmptyMatrix(x_.SizeColumns(), rows - leftOut);
+  round.trainY = kalmia::EmptyMatrix(y_.SizeColumns(), rows - leftOut);
+  round.testX = kalmia::EmptyMatrix(x_.SizeColumns(), leftOut);
   for (int i = 1; i <= rows; ++i)
     if (groups_[i] == group) {
       round.testX.push_back(x_[i]);

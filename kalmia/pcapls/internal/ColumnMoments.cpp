@@ -3,7 +3,7 @@
 #include <cstdint>
 
 #include "kalmia/containers/NCDataVector.h"
-#include "kalmia/kernels/passes/ColumnWalk.h"
+#include "kalmia/kernels/passes/BlockedColumnSums.h"
 #include "kalmia/kernels/threads/Slices.h"
 #include "kalmia/kernels/threads/Team.h"
 
@@ -21,14 +21,14 @@ void ForAllColumns(const NCDataMatrix<float>& matrix, const Block& block) {
   });
 }
 
-/// Sums of the present cells of columns first to first + n - 1 into the products of `room`.
+/// Sums of the present cells of columns first to first + n - 1 into the products of `buffer`.
 void SumPresent(const NCDataMatrix<float>& matrix, const NCDataVector<float>& ones, int first, int n,
-                const BlockRoom<float>& room) {
-  if (MarkColumnsWithHoles(matrix, first, n, room.Holes()))
-    SumColumnPairs(matrix, ones, RowsUsed::All, RowWeight::One, first, n, room.Holes(), room.Products(),
-                   room.Weights());
+                const SumsBuffer<float>& buffer) {
+  if (MarkColumnsWithHoles(matrix, first, n, buffer.Holes()))
+    SumColumnPairs(matrix, ones, RowsUsed::All, RowWeight::One, first, n, buffer.Holes(), buffer.Products(),
+                   buffer.Weights());
   else
-    SumColumns(matrix, ones, first, n, room.Products());
+    SumColumns(matrix, ones, first, n, buffer.Products());
 }
 
 }  // namespace
@@ -39,11 +39,11 @@ std::vector<long double> ColumnMeans(const NCDataMatrix<float>& matrix) {
   if (rows == 0) return means;
   const NCDataVector<float> ones(rows, 1.0F);
   ForAllColumns(matrix, [&](int first, int n) {
-    const BlockRoom<float> room(n);
-    SumPresent(matrix, ones, first, n, room);
+    const SumsBuffer<float> buffer(n);
+    SumPresent(matrix, ones, first, n, buffer);
     for (int j = 0; j < n; ++j) {
       const int present = rows - matrix.GetColumnMisVal(first + j);
-      const long double sum = room.Products()[j];
+      const long double sum = buffer.Products()[j];
       means[static_cast<std::size_t>(first + j)] = present == 0 ? kMissing : sum / present;
     }
   });
@@ -55,9 +55,9 @@ std::vector<double> ColumnSquares(const NCDataMatrix<float>& matrix) {
   std::vector<double> squares(static_cast<std::size_t>(matrix.SizeColumns()) + 1);
   if (rows == 0) return squares;
   ForAllColumns(matrix, [&](int first, int n) {
-    const BlockRoom<float> room(n);
-    MarkColumnsWithHoles(matrix, first, n, room.Holes());
-    SumColumnSquares(matrix, first, n, room.Holes(), squares.data() + first);
+    const SumsBuffer<float> buffer(n);
+    MarkColumnsWithHoles(matrix, first, n, buffer.Holes());
+    SumColumnSquares(matrix, first, n, buffer.Holes(), squares.data() + first);
     for (int j = first; j < first + n; ++j)
       if (matrix.GetColumnMisVal(j) == rows) squares[static_cast<std::size_t>(j)] = kMissing;
   });

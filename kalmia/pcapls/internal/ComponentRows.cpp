@@ -2,7 +2,7 @@
 
 namespace kalmia {
 
-NCDataMatrix<float> WithoutRows(int columns, int room) {
+NCDataMatrix<float> EmptyMatrix(int columns, int room) {
   NCDataMatrix<float> matrix;
   matrix.SetSize(0, columns);
   matrix.ReserveRows(room);

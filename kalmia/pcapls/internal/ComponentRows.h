@@ -9,7 +9,7 @@ namespace kalmia {
 // with one round per row, and parts of a table.
 
 /// No rows yet, but this many columns, and room for that many rows.
-NCDataMatrix<float> WithoutRows(int columns, int room = 0);
+NCDataMatrix<float> EmptyMatrix(int columns, int room = 0);
 
 /// A share of `rows` with a further row in front of row `at`, or at the end where it has no such row.
 NCDataMatrix<float> WithRow(const NCDataMatrix<float>& rows, int at, const NCDataVector<float>& row);

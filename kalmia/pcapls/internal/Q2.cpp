@@ -18,7 +18,7 @@ Q2 JudgeVariable(double ss, double press, float cumulated, float ssOriginal) {
   return {0.0F, ssOriginal >= kSmallestVariance ? 1.0F : 0.0F};  // -99 is below
 }
 
-Q2 JudgeTotal(double ss, double press, float cumulated) {
+Q2 Q2OfAllVariables(double ss, double press, float cumulated) {
   if (ss >= kSmallestVariance) return Judge(ss, press, cumulated);
   return {0.0F, 1.0F};
 }

@@ -22,6 +22,6 @@ struct Q2 {
 Q2 JudgeVariable(double ss, double press, float cumulated, float ssOriginal);
 
 /// Q2 over all variables together. Degenerate: without variance left 0, and cumulated 1.
-Q2 JudgeTotal(double ss, double press, float cumulated);
+Q2 Q2OfAllVariables(double ss, double press, float cumulated);
 
 }  // namespace kalmia

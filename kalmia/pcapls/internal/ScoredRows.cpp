@@ -5,7 +5,8 @@
 
 namespace kalmia {
 
-void AddToScoredRows(NCDataMatrix<float>* matrix, const NCDataVector<float>& t, const NCDataVector<float>& v, float f) {
+void AddOuterProductWhereScored(NCDataMatrix<float>* matrix, const NCDataVector<float>& t, const NCDataVector<float>& v,
+                                float f) {
   if (t.GetNumMisVal() == 0) return matrix->AddVprimV(t, v, f);
   NCDataVector<float> scores = t;
   std::vector<std::pair<int, NCDataVector<float>>> unscored;

@@ -44,7 +44,7 @@ std::size_t PathTable::BytesOf(std::size_t slots) {
 }
 
 void PathTable::Prefetch(double past) const {
-  if (!slots_.empty()) simd::FetchAhead(&slots_[FirstSlot(OnGrid(past), slots_.size())]);
+  if (!slots_.empty()) simd::Prefetch(&slots_[FirstSlot(OnGrid(past), slots_.size())]);
 }
 
 Path* PathTable::FindSlot(double past) {

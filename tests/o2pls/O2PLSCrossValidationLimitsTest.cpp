@@ -54,7 +54,7 @@ O2PLSCVResults Validate(const FloatBlocks& blocks, int predictive, int xOrthogon
 
 std::vector<int> CodesOf(const Groups& codes) { return {codes.begin(), codes.end()}; }
 
-TEST(O2PLSCrossValidationEdges, AGainThatEqualsTheLimitIsKeptAndCountedThoughNotSignificant) {
+TEST(O2PLSCrossValidationLimits, AGainThatEqualsTheLimitIsKeptAndCountedThoughNotSignificant) {
   FloatBlocks blocks = Overlaid();
   blocks.Y.RemoveColumns(2, 1);
   ASSERT_EQ(Validate(blocks, 1, 0, 0).Q2Cum[1], 0.5F);
@@ -78,7 +78,7 @@ TEST(O2PLSCrossValidationEdges, AGainThatEqualsTheLimitIsKeptAndCountedThoughNot
   }
 }
 
-TEST(O2PLSCrossValidationEdges, ATrialThatFailsLeavesTheComponentsThatWereAccepted) {
+TEST(O2PLSCrossValidationLimits, ATrialThatFailsLeavesTheComponentsThatWereAccepted) {
   const O2PLSCVResults r = Validate(Overlaid(), 1, 3, 0);  // z's component, and then nothing is left to find one in
   EXPECT_EQ(r.XSideComponents, 1);
   EXPECT_EQ(CodesOf(r.XSideSignificance), std::vector<int>{0});
@@ -87,7 +87,7 @@ TEST(O2PLSCrossValidationEdges, ATrialThatFailsLeavesTheComponentsThatWereAccept
   EXPECT_EQ(r.Q2Cum[1], 1.0F) << "the models are those of one component";
 }
 
-TEST(O2PLSCrossValidationEdges, ATrialThatFailsInALaterRoundIsTakenBackInAll) {
+TEST(O2PLSCrossValidationLimits, ATrialThatFailsInALaterRoundIsTakenBackInAll) {
   // z occurs in the third group only: without it there is nothing to be had, in the other rounds there is.
   FloatBlocks blocks = Overlaid();
   for (int i = 1; i <= kRows; ++i)
@@ -109,7 +109,7 @@ TEST(O2PLSCrossValidationEdges, ATrialThatFailsInALaterRoundIsTakenBackInAll) {
 
 constexpr const char* kBadGroups = "Internal error in O2PLSCrossValidation::O2PLSCrossValidation";
 
-TEST(O2PLSCrossValidationEdges, TakeAQ2OfZeroToStartFromButNoInfiniteOne) {
+TEST(O2PLSCrossValidationLimits, TakeAQ2OfZeroToStartFromButNoInfiniteOne) {
   // The groups of X lie at right angles: what is held out has no score, and Y is predicted as 0.
   Table X(4, 2, 0.0F), Y(4, 1);
   NCIntegralVector<int, -99> groups(4);
@@ -128,7 +128,7 @@ TEST(O2PLSCrossValidationEdges, TakeAQ2OfZeroToStartFromButNoInfiniteOne) {
             "There is no correlation between X and Y");
 }
 
-TEST(O2PLSCrossValidationEdges, HaveMissingScoresOfARoundThatHasNothingLeftBesideOnePredictiveComponentOfOneY) {
+TEST(O2PLSCrossValidationLimits, HaveMissingScoresOfARoundThatHasNothingLeftBesideOnePredictiveComponentOfOneY) {
   // The second variable of X is zero but in the last row: without it one direction is all of X.
   const Table X = MatrixOf<float>({{1, 0}, {-2, 0}, {3, 0}, {-1, 0}, {2, 0}, {-1, 5}});
   const Table Y = MatrixOf<float>({{1.1F}, {-2.2F}, {2.9F}, {-1.3F}, {2.2F}, {3}});
@@ -142,7 +142,7 @@ TEST(O2PLSCrossValidationEdges, HaveMissingScoresOfARoundThatHasNothingLeftBesid
   EXPECT_GT(r.Q2Cum[1], 1.0F);
 }
 
-TEST(O2PLSCrossValidationEdges, RefuseBlocksOfDifferentLengths) {
+TEST(O2PLSCrossValidationLimits, RefuseBlocksOfDifferentLengths) {
   const Table X = RandomMatrix<float>(12, 5, 0, 1);
   for (const int rows : {9, 14})
     for (const int numbers : {-1, 1}) {
@@ -157,7 +157,7 @@ TEST(O2PLSCrossValidationEdges, RefuseBlocksOfDifferentLengths) {
     }
 }
 
-TEST(O2PLSCrossValidationEdges, RefuseGroupsOfWhichNoneIsHeldOut) {
+TEST(O2PLSCrossValidationLimits, RefuseGroupsOfWhichNoneIsHeldOut) {
   const FloatBlocks blocks = MakeFloatBlocks({12, 5, 4, 1, 0, 0}, 0.1, 3);
   for (const int number : {-1, -3, -99}) {
     Groups groups(12, number);
@@ -173,7 +173,7 @@ TEST(O2PLSCrossValidationEdges, RefuseGroupsOfWhichNoneIsHeldOut) {
   EXPECT_EQ(TextOf([&] { O2PLSCrossValidation(&none, &none, 4, nullptr, nullptr, 100, 1, 1, 1); }), kBadGroups);
 }
 
-TEST(O2PLSCrossValidationEdges, NeverHoldOutAnObservationOfANegativeGroup) {
+TEST(O2PLSCrossValidationLimits, NeverHoldOutAnObservationOfANegativeGroup) {
   const FloatBlocks blocks = MakeFloatBlocks({12, 5, 4, 1, 0, 0}, 0.1, 3);
   Groups groups = Ints({-99, -1, 0, 1, 2, 0, 1, 2, 0, 1, 2, 0});
   const O2PLSCVResults r =
@@ -187,7 +187,7 @@ TEST(O2PLSCrossValidationEdges, NeverHoldOutAnObservationOfANegativeGroup) {
 
 // ---- Memory
 
-TEST(O2PLSCrossValidationEdges, HoldWideBlocksAFewTimes) {
+TEST(O2PLSCrossValidationLimits, HoldWideBlocksAFewTimes) {
   const FloatBlocks blocks = MakeFloatBlocks({40, 3000, 5, 1, 1, 1}, 0.05, 3);
   const PeakBytesDuring meter;
   const O2PLSCVResults r =
@@ -201,7 +201,7 @@ TEST(O2PLSCrossValidationEdges, HoldWideBlocksAFewTimes) {
 
 // ---- Stops in the bars of the components inside
 
-TEST(O2PLSCrossValidationEdges, AStopInsideEndsTheWholeOrASearchButNeverLeavesHalfAResult) {
+TEST(O2PLSCrossValidationLimits, AStopInsideEndsTheWholeOrASearchButNeverLeavesHalfAResult) {
   const FloatBlocks blocks = MakeFloatBlocks({16, 5, 4, 1, 1, 1}, 0.1, 3);
   const auto x = CellsOf(blocks.X), y = CellsOf(blocks.Y);
   const auto validate = [&] {

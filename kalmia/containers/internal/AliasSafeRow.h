@@ -17,15 +17,15 @@ bool IsRowOf(const NCDataVector<T>& v, const NCDataMatrix<T>& m) {
 /// by a share, so that its cells outlive the change (the matrix must unlink its rows before writing); any other vector
 /// is only referred to, and its use count is left alone.
 template <class T>
-class RowOperand {
+class AliasSafeRow {
  public:
-  RowOperand(const NCDataVector<T>& v, const NCDataMatrix<T>& written) : operand_(&v) {
+  AliasSafeRow(const NCDataVector<T>& v, const NCDataMatrix<T>& written) : operand_(&v) {
     if (!IsRowOf(v, written)) return;
     share_ = v;
     operand_ = &share_;
   }
-  RowOperand(const RowOperand&) = delete;
-  RowOperand& operator=(const RowOperand&) = delete;
+  AliasSafeRow(const AliasSafeRow&) = delete;
+  AliasSafeRow& operator=(const AliasSafeRow&) = delete;
   const NCDataVector<T>& operator*() const { return *operand_; }
 
  private:

@@ -9,7 +9,7 @@ namespace kalmia {
 /// is. Nobody stores E: a row has all its scores before the next ones are looked at, so that the table is read once.
 /// The bits are those of the steps taken singly, which is what is done where something has holes or a score is missing.
 /// Shape: `away` as `along`; its last row is not read and may be left out.
-NCDataMatrix<float> ScoresInTurn(const NCDataMatrix<float>& X, const NCDataMatrix<float>& along,
+NCDataMatrix<float> SequentialScores(const NCDataMatrix<float>& X, const NCDataMatrix<float>& along,
                                  const NCDataMatrix<float>& away);
 
 }  // namespace kalmia

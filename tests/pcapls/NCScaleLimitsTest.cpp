@@ -30,7 +30,7 @@ NCScale ReadFrom(const NCDataVector<float>& centres, const NCDataVector<float>& 
   return scale;
 }
 
-TEST(NCScaleEdges, KeepsAndAppliesCentreAndFactorOfAnUndefinedOrUnknownTypeUnderANewFit) {
+TEST(NCScaleLimits, KeepsAndAppliesCentreAndFactorOfAnUndefinedOrUnknownTypeUnderANewFit) {
   NCScale scale = ReadFrom(VectorOf<float>({10, -4}), VectorOf<float>({2, 0.5F}), {0, -7});
   NCDataMatrix<float> matrix = MatrixOf<float>({{1, 2}, {3, kMissing}});
   scale.ScaleMatrix(&matrix, /*newModel=*/true);
@@ -39,7 +39,7 @@ TEST(NCScaleEdges, KeepsAndAppliesCentreAndFactorOfAnUndefinedOrUnknownTypeUnder
   EXPECT_THAT(CellsOf(matrix), ElementsAre(ElementsAre(-18.0F, 3.0F), ElementsAre(-14.0F, kMissing)));
 }
 
-TEST(NCScaleEdges, FitsCentresOfZeroToATableWithoutRows) {
+TEST(NCScaleLimits, FitsCentresOfZeroToATableWithoutRows) {
   NCDataMatrix<float> matrix;
   matrix.SetSize(0, 3);
   NCScale none(3);
@@ -53,7 +53,7 @@ TEST(NCScaleEdges, FitsCentresOfZeroToATableWithoutRows) {
   EXPECT_EQ(matrix.SizeColumns(), 3);
 }
 
-TEST(NCScaleEdges, HasTooFewValuesForAFactorInATableWithoutRows) {
+TEST(NCScaleLimits, HasTooFewValuesForAFactorInATableWithoutRows) {
   for (const NCScale::Scaling type : {NCScale::ScalingPareto, NCScale::ScalingUnitVariance}) {
     NCDataMatrix<float> matrix;
     matrix.SetSize(0, 3);
@@ -67,7 +67,7 @@ TEST(NCScaleEdges, HasTooFewValuesForAFactorInATableWithoutRows) {
   }
 }
 
-TEST(NCScaleEdges, TakesFactorsJustWithinTheirLimits) {
+TEST(NCScaleLimits, TakesFactorsJustWithinTheirLimits) {
   for (const float factor : {5e34F, 2e-35F}) {
     SCOPED_TRACE(factor);
     const float cell = static_cast<float>(1.0 / (static_cast<double>(factor) * std::sqrt(2.0)));
@@ -79,7 +79,7 @@ TEST(NCScaleEdges, TakesFactorsJustWithinTheirLimits) {
   }
 }
 
-TEST(NCScaleEdges, DividesByTheRootOfTheMeanSquareWhereTheMeanIsTheMissingValueItself) {
+TEST(NCScaleLimits, DividesByTheRootOfTheMeanSquareWhereTheMeanIsTheMissingValueItself) {
   const double deviation = std::sqrt(98.0 * 98.0 + 100.0 * 100.0);  // not centred: around 0, and n - 1 is 1
   const struct {
     NCScale::Scaling type;
@@ -96,7 +96,7 @@ TEST(NCScaleEdges, DividesByTheRootOfTheMeanSquareWhereTheMeanIsTheMissingValueI
   }
 }
 
-TEST(NCScaleEdges, TreatsACentredCellThatLandsOnTheMissingValueAsTheTableDoes) {
+TEST(NCScaleLimits, TreatsACentredCellThatLandsOnTheMissingValueAsTheTableDoes) {
   const NCDataMatrix<float> cells = MatrixOf<float>({{-100.0F}, {98.0F}, {-1.0F}});  // the mean is -1
   NCDataMatrix<float> expected = cells;
   expected.TransformToDotSubRowVector(VectorOf<float>({-1}));
@@ -116,7 +116,7 @@ TEST(NCScaleEdges, TreatsACentredCellThatLandsOnTheMissingValueAsTheTableDoes) {
   EXPECT_EQ(CellsOf(scaled), CellsOf(expected));
 }
 
-TEST(NCScaleEdges, ForgetsWhatAStreamBroughtForTypesWithoutItUnderANewFit) {
+TEST(NCScaleLimits, ForgetsWhatAStreamBroughtForTypesWithoutItUnderANewFit) {
   NCScale scale = ReadFrom(VectorOf<float>({10, 20}), VectorOf<float>({2, 3}),
                            {NCScale::ScalingNone, NCScale::ScalingCentre});
   NCDataMatrix<float> matrix = MatrixOf<float>({{1, 2}, {3, 4}});
@@ -126,7 +126,7 @@ TEST(NCScaleEdges, ForgetsWhatAStreamBroughtForTypesWithoutItUnderANewFit) {
   EXPECT_THAT(CellsOf(matrix), ElementsAre(ElementsAre(1.0F, -1.0F), ElementsAre(3.0F, 1.0F)));
 }
 
-TEST(NCScaleEdges, AppliesWhatIsStoredWhateverTheTypes) {
+TEST(NCScaleLimits, AppliesWhatIsStoredWhateverTheTypes) {
   NCScale scale = ReadFrom(VectorOf<float>({10, kMissing, 20}), VectorOf<float>({2, 3, kMissing}),
                            {NCScale::ScalingNone, NCScale::ScalingCentre, NCScale::ScalingUnitVariance});
   NCDataMatrix<float> matrix = MatrixOf<float>({{1, 2, 3}, {4, kMissing, 6}});
@@ -134,7 +134,7 @@ TEST(NCScaleEdges, AppliesWhatIsStoredWhateverTheTypes) {
   EXPECT_THAT(CellsOf(matrix), ElementsAre(ElementsAre(-18.0F, 6.0F, -17.0F), ElementsAre(-12.0F, kMissing, -14.0F)));
 }
 
-TEST(NCScaleEdges, KeepsTheFactorsOfAnEarlierFitFromTheVariableOnThatCannotBeScaled) {
+TEST(NCScaleLimits, KeepsTheFactorsOfAnEarlierFitFromTheVariableOnThatCannotBeScaled) {
   NCDataMatrix<float> first = MatrixOf<float>({{-1, -2, -4}, {1, 2, 4}});
   NCScale scale = ScaleOfAll(3, NCScale::ScalingUnitVariance);
   scale.ScaleMatrix(&first, /*newModel=*/true);
@@ -144,7 +144,7 @@ TEST(NCScaleEdges, KeepsTheFactorsOfAnEarlierFitFromTheVariableOnThatCannotBeSca
   EXPECT_THAT(CellsOf(*scale.GetScales()), ElementsAre(factors[2], factors[1], factors[2]));
 }
 
-TEST(NCScaleEdges, LeavesItsOwnVectorsAloneWhereTheTableSharesTheirCells) {
+TEST(NCScaleLimits, LeavesItsOwnVectorsAloneWhereTheTableSharesTheirCells) {
   const NCDataVector<float> centres = VectorOf<float>({10, 20});
   const NCDataVector<float> factors = VectorOf<float>({2, 3});
   NCScale scale = ReadFrom(centres, factors, {NCScale::ScalingUnitVariance, NCScale::ScalingUnitVariance});
@@ -157,7 +157,7 @@ TEST(NCScaleEdges, LeavesItsOwnVectorsAloneWhereTheTableSharesTheirCells) {
   EXPECT_EQ(CellsOf(*scale.GetScales()), CellsOf(factors));
 }
 
-TEST(NCScaleEdges, CopiesDeeplyFromOneThatSharesToo) {
+TEST(NCScaleLimits, CopiesDeeplyFromOneThatSharesToo) {
   NCScale original = ScaleOfAll(1, NCScale::ScalingUnitVariance);
   NCScale sharing;
   sharing = original;

@@ -1,4 +1,4 @@
-#include "kalmia/kernels/simd/RowAdd.h"
+#include "kalmia/kernels/simd/AddScaled.h"
 
 #include <gtest/gtest.h>
 
@@ -9,10 +9,10 @@ namespace simd = kalmia::simd;
 namespace {
 
 template <class T>
-class SimdRowAdd : public ::testing::Test {};
-TYPED_TEST_SUITE(SimdRowAdd, CellTypes, CellTypeNames);
+class SimdAddScaled : public ::testing::Test {};
+TYPED_TEST_SUITE(SimdAddScaled, CellTypes, CellTypeNames);
 
-TYPED_TEST(SimdRowAdd, AddsTheMultipleToEveryCell) {
+TYPED_TEST(SimdAddScaled, AddsTheMultipleToEveryCell) {
   TypeParam row[] = {1, 2, -99};
   const TypeParam w[] = {10, 20, 30};
   simd::scalar::AddScaled(row, w, TypeParam(2), 3);
@@ -21,7 +21,7 @@ TYPED_TEST(SimdRowAdd, AddsTheMultipleToEveryCell) {
   EXPECT_EQ(row[2], -39);
 }
 
-TYPED_TEST(SimdRowAdd, LeavesHolesAndCellsOppositeHolesAloneAndCountsTheLatter) {
+TYPED_TEST(SimdAddScaled, LeavesHolesAndCellsOppositeHolesAloneAndCountsTheLatter) {
   TypeParam row[] = {1, -99, 3, -99};
   const TypeParam w[] = {10, 20, -99, -99};
   EXPECT_EQ(simd::scalar::AddScaledMasked(row, w, TypeParam(2), 4), 1);
@@ -31,14 +31,14 @@ TYPED_TEST(SimdRowAdd, LeavesHolesAndCellsOppositeHolesAloneAndCountsTheLatter) 
   EXPECT_EQ(row[3], -99);
 }
 
-TEST(SimdRowAdd, AFloatCellIsRoundedFromTheExactProductAndADoubleSum) {
+TEST(SimdAddScaled, AFloatCellIsRoundedFromTheExactProductAndADoubleSum) {
   float row[] = {-1.0f};
   const float w[] = {1.0f + 0x1p-12f};
   simd::scalar::AddScaled(row, w, w[0], 1);
   EXPECT_EQ(row[0], 0x1p-11f + 0x1p-24f);  // the last bit of (1 + 2^-12)^2, which no float product would have
 }
 
-TYPED_TEST(SimdRowAdd, LanesGiveTheBitsOfTheScalarTwin) {
+TYPED_TEST(SimdAddScaled, LanesGiveTheBitsOfTheScalarTwin) {
   for (int64_t target : TargetsOfThisMachine()) {
     SCOPED_TRACE(hwy::TargetName(target));
     const OneTarget only(target);
@@ -52,7 +52,7 @@ TYPED_TEST(SimdRowAdd, LanesGiveTheBitsOfTheScalarTwin) {
   }
 }
 
-TYPED_TEST(SimdRowAdd, LanesGiveTheBitsOfTheScalarTwinWithHoles) {
+TYPED_TEST(SimdAddScaled, LanesGiveTheBitsOfTheScalarTwinWithHoles) {
   for (int64_t target : TargetsOfThisMachine()) {
     SCOPED_TRACE(hwy::TargetName(target));
     const OneTarget only(target);
@@ -69,7 +69,7 @@ TYPED_TEST(SimdRowAdd, LanesGiveTheBitsOfTheScalarTwinWithHoles) {
   }
 }
 
-TYPED_TEST(SimdRowAdd, SpecialValuesComeOutAsTheyDoFromTheScalarTwin) {
+TYPED_TEST(SimdAddScaled, SpecialValuesComeOutAsTheyDoFromTheScalarTwin) {
   using T = TypeParam;
   const T factors[] = {T(0.7), std::numeric_limits<T>::max(), std::numeric_limits<T>::denorm_min(), T(-0.0)};
   for (int64_t target : TargetsOfThisMachine()) {
@@ -89,7 +89,7 @@ TYPED_TEST(SimdRowAdd, SpecialValuesComeOutAsTheyDoFromTheScalarTwin) {
   }
 }
 
-TYPED_TEST(SimdRowAdd, WhatExceedsTheTypeOfTheCellsIsInfinite) {
+TYPED_TEST(SimdAddScaled, WhatExceedsTheTypeOfTheCellsIsInfinite) {
   using T = TypeParam;
   const T most = std::numeric_limits<T>::max(), infinity = std::numeric_limits<T>::infinity();
   for (int64_t target : TargetsOfThisMachine()) {
@@ -102,7 +102,7 @@ TYPED_TEST(SimdRowAdd, WhatExceedsTheTypeOfTheCellsIsInfinite) {
   }
 }
 
-TYPED_TEST(SimdRowAdd, StartsAtAnyAlignment) {
+TYPED_TEST(SimdAddScaled, StartsAtAnyAlignment) {
   using T = TypeParam;
   const auto row = Cells<T>(80, HolePattern::Random, 1), w = Cells<T>(80, HolePattern::EveryThird, 2);
   for (int64_t target : TargetsOfThisMachine()) {
@@ -120,7 +120,7 @@ TYPED_TEST(SimdRowAdd, StartsAtAnyAlignment) {
   }
 }
 
-TYPED_TEST(SimdRowAdd, NothingIsReadWithoutCells) {
+TYPED_TEST(SimdAddScaled, NothingIsReadWithoutCells) {
   TypeParam* none = nullptr;
   for (int64_t target : TargetsOfThisMachine()) {
     const OneTarget only(target);

@@ -1,9 +1,9 @@
-#include "kalmia/kernels/simd/RowAdd.h"
+#include "kalmia/kernels/simd/AddScaled.h"
 
 #include "kalmia/kernels/simd/Targets.h"
 
 #undef HWY_TARGET_INCLUDE
-#define HWY_TARGET_INCLUDE "kalmia/kernels/simd/RowAdd.cpp"
+#define HWY_TARGET_INCLUDE "kalmia/kernels/simd/AddScaled.cpp"
 #include "hwy/foreach_target.h"
 #include "hwy/highway.h"
 #include "kalmia/kernels/simd/RowSum-inl.h"

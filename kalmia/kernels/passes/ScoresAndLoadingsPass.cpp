@@ -1,4 +1,4 @@
-#include "kalmia/kernels/passes/ScoresAndSums.h"
+#include "kalmia/kernels/passes/ScoresAndLoadingsPass.h"
 
 #include <omp.h>
 
@@ -6,7 +6,7 @@
 #include <cstdint>
 #include <utility>
 
-#include "kalmia/kernels/passes/ColumnWalk.h"
+#include "kalmia/kernels/passes/BlockedColumnSums.h"
 #include "kalmia/kernels/regression/ColumnRegression.h"
 #include "kalmia/kernels/simd/ColumnSums.h"
 #include "kalmia/kernels/threads/Slices.h"
@@ -29,11 +29,11 @@ int RowsPerBlock(const NCDataMatrix<float>& X, int team) {
 
 }  // namespace
 
-int ScoresAndSums::TeamFor(const NCDataMatrix<float>& X) {
+int ScoresAndLoadingsPass::TeamFor(const NCDataMatrix<float>& X) {
   return TeamSize(std::int64_t{X.SizeRows()} * X.SizeColumns());
 }
 
-ScoresAndSums::ScoresAndSums(const NCDataMatrix<float>& X, ScoreRows scoreRows)
+ScoresAndLoadingsPass::ScoresAndLoadingsPass(const NCDataMatrix<float>& X, ScoreRows scoreRows)
     : X_(X),
       scoreRows_(std::move(scoreRows)),
       team_(TeamFor(X)),
@@ -47,7 +47,7 @@ ScoresAndSums::ScoresAndSums(const NCDataMatrix<float>& X, ScoreRows scoreRows)
 }
 
 /// Returns how many scores are missing. The sums are what they should be if there are none.
-int ScoresAndSums::Sum() {
+int ScoresAndLoadingsPass::Sum() {
   if (team_ < 2) return RunThread(0, 1);
   int missing = 0;
 #pragma omp parallel num_threads(team_) reduction(+ : missing)
@@ -57,7 +57,7 @@ int ScoresAndSums::Sum() {
 
 /// What thread `me` of a team does: its rows of a block and then, when all rows of the block have their scores, its
 /// columns.
-int ScoresAndSums::RunThread(int me, int team) {
+int ScoresAndLoadingsPass::RunThread(int me, int team) {
   const int rows = X_.SizeRows();
   const int firstColumn = SliceBound(X_.SizeColumns(), kColumnsPerGrain, me, team);
   const int endOfColumns = SliceBound(X_.SizeColumns(), kColumnsPerGrain, me + 1, team);
@@ -76,13 +76,13 @@ int ScoresAndSums::RunThread(int me, int team) {
 }
 
 /// Adds rows first to last to the sums of columns begin to end - 1, from 0.
-void ScoresAndSums::AddToSums(int first, int last, int begin, int end) {
+void ScoresAndLoadingsPass::AddToSums(int first, int last, int begin, int end) {
   ForColumnBlocks(begin + 1, end, [&](int firstColumn, int n) {
     const int c = firstColumn - 1;
-    for (int r = first; r <= last; r += simd::kRowsPerStep) {
-      const float* row[simd::kRowsPerStep];
-      double t[simd::kRowsPerStep], squares[simd::kRowsPerStep];
-      const int count = std::min(simd::kRowsPerStep, last - r + 1);
+    for (int r = first; r <= last; r += simd::kRowsSideBySide) {
+      const float* row[simd::kRowsSideBySide];
+      double t[simd::kRowsSideBySide], squares[simd::kRowsSideBySide];
+      const int count = std::min(simd::kRowsSideBySide, last - r + 1);
       for (int k = 0; k < count; ++k) {
         row[k] = X_[r + k].begin() + c;
         t[k] = scores_[static_cast<std::size_t>(r + k)];
@@ -97,7 +97,7 @@ void ScoresAndSums::AddToSums(int first, int last, int begin, int end) {
 
 /// The regression of the columns on the scores t, of which none is missing, into the 1-based cells of `loadings`, which
 /// are missing so far. Returns how many of them stay missing.
-int ScoresAndSums::Loadings(const NCDataVector<float>& t, float* loadings) const {
+int ScoresAndLoadingsPass::Loadings(const NCDataVector<float>& t, float* loadings) const {
   const ColumnRegression<float> regression{X_, t, t.GetSS(), /*misValMode=*/holes_.empty() ? 0 : 1, /*fix=*/true};
   return X_.SizeColumns() + ForSlices(X_.SizeColumns(), team_, kColumnsPerGrain, [&](int first, int last) {
     const int n = last - first + 1;
@@ -111,7 +111,7 @@ int ScoresAndSums::Loadings(const NCDataVector<float>& t, float* loadings) const
   });
 }
 
-bool ScoresAndSums::Run(NCDataVector<float>* t, NCDataVector<float>* p) {
+bool ScoresAndLoadingsPass::Run(NCDataVector<float>* t, NCDataVector<float>* p) {
   if (Sum() > 0) return false;
   NCDataVector<float> newT;
   newT.CopyZeroBasedVector(scores_.data() + 1, X_.SizeRows());

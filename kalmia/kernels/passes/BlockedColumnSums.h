@@ -23,9 +23,9 @@ void ForColumnBlocks(int first, int last, const Block& block) {
 
 /// Room for the sums of one block of n columns, not initialised. Small tables take no memory from the heap.
 template <class T>
-class BlockRoom {
+class SumsBuffer {
  public:
-  explicit BlockRoom(int n) {
+  explicit SumsBuffer(int n) {
     if (n <= kColumnsOnStack) return;
     sumsOnHeap_.reset(new double[2 * static_cast<std::size_t>(n)]);
     holesOnHeap_.reset(new T[n]);
@@ -33,8 +33,8 @@ class BlockRoom {
     weights_ = products_ + n;
     holes_ = holesOnHeap_.get();
   }
-  BlockRoom(const BlockRoom&) = delete;
-  BlockRoom& operator=(const BlockRoom&) = delete;
+  SumsBuffer(const SumsBuffer&) = delete;
+  SumsBuffer& operator=(const SumsBuffer&) = delete;
 
   double* Products() const { return products_; }
   double* Weights() const { return weights_; }

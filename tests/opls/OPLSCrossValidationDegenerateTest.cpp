@@ -22,7 +22,7 @@ void SetYOfTheFirstGroup(Tables* tables, float value) {
 void EmptyYOfTheFirstGroup(Tables* tables) { SetYOfTheFirstGroup(tables, kHole<float>); }
 void FlatYOfTheFirstGroup(Tables* tables) { SetYOfTheFirstGroup(tables, 0.0F); }
 
-struct Hopeless {
+struct Degenerate {
   const char* name;
   void (*spoil)(Tables*);
   int rounds;
@@ -31,7 +31,7 @@ struct Hopeless {
   bool severalYFails;  ///< some round's Y'X has no principal component
 };
 
-const Hopeless kHopeless[] = {
+const Degenerate kDegenerate[] = {
     {"AColumnOfXIsEmptyInARound", EmptyXColumnOfTheFirstGroup, 2, false, kRows, false},
     {"AColumnOfXIsEmptyWhereItIsLeftOut", EmptyXColumnOfTheFirstGroup, 1, false, kGroup, false},
     {"YIsEmptyInARound", EmptyYOfTheFirstGroup, 2, false, kGroup, true},
@@ -42,7 +42,7 @@ const Hopeless kHopeless[] = {
     {"NobodyIsLeftForTheModel", Nothing, 1, true, 0, true},
 };
 
-class OPLSCrossValidationHopeless : public ::testing::TestWithParam<Hopeless> {
+class OPLSCrossValidationDegenerate : public ::testing::TestWithParam<Degenerate> {
  protected:
   Tables SpoiltTables(int yVariables) const {
     Tables tables{RandomMatrix<float>(kRows, 3, 0.0, 1), RandomMatrix<float>(kRows, yVariables, 0.0, 2)};
@@ -63,10 +63,10 @@ class OPLSCrossValidationHopeless : public ::testing::TestWithParam<Hopeless> {
   }
 };
 
-INSTANTIATE_TEST_SUITE_P(, OPLSCrossValidationHopeless, ::testing::ValuesIn(kHopeless),
-                         [](const ::testing::TestParamInfo<Hopeless>& info) { return info.param.name; });
+INSTANTIATE_TEST_SUITE_P(, OPLSCrossValidationDegenerate, ::testing::ValuesIn(kDegenerate),
+                         [](const ::testing::TestParamInfo<Degenerate>& info) { return info.param.name; });
 
-TEST_P(OPLSCrossValidationHopeless, OfOneYGoesOnWithoutTheScoresAndPredictionsOfTheSpoiltRound) {
+TEST_P(OPLSCrossValidationDegenerate, OfOneYGoesOnWithoutTheScoresAndPredictionsOfTheSpoiltRound) {
   OPLSCrossValidation validation = ValidatedWithGroups(SpoiltTables(1));
   EXPECT_EQ(validation.SizeOComponents(), kOrthogonal);
   ExpectPredictions(validation, GetParam().predicted);
@@ -80,7 +80,7 @@ TEST_P(OPLSCrossValidationHopeless, OfOneYGoesOnWithoutTheScoresAndPredictionsOf
   }
 }
 
-TEST_P(OPLSCrossValidationHopeless, OfTwoYFailsWhereTheSpoiltRoundHasNoPrincipalComponent) {
+TEST_P(OPLSCrossValidationDegenerate, OfTwoYFailsWhereTheSpoiltRoundHasNoPrincipalComponent) {
   const Tables tables = SpoiltTables(2);
   if (!GetParam().severalYFails) {
     ExpectPredictions(ValidatedWithGroups(tables), GetParam().predicted);

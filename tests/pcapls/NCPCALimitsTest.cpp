@@ -38,7 +38,7 @@ bool CannotBeComputed(const NCDataMatrix<float>& X) {
   }
 }
 
-TEST(NCPCAEdges, CannotComputeAComponentOfNothing) {
+TEST(NCPCALimits, CannotComputeAComponentOfNothing) {
   EXPECT_TRUE(CannotBeComputed(NCDataMatrix<float>(3, 4)));        // all missing
   EXPECT_TRUE(CannotBeComputed(NCDataMatrix<float>(3, 4, 0.0F)));  // nothing but zeros
   EXPECT_TRUE(CannotBeComputed(NCDataMatrix<float>(3, 1)));
@@ -47,7 +47,7 @@ TEST(NCPCAEdges, CannotComputeAComponentOfNothing) {
   EXPECT_TRUE(CannotBeComputed(noColumns));
 }
 
-TEST(NCPCAEdges, CannotComputeAComponentOfCellsThatAreNotFinite) {
+TEST(NCPCALimits, CannotComputeAComponentOfCellsThatAreNotFinite) {
   for (const float wrong : {std::numeric_limits<float>::infinity(), -std::numeric_limits<float>::infinity(),
                             std::numeric_limits<float>::quiet_NaN()})
     for (const double holes : {0.0, 0.2}) {
@@ -57,7 +57,7 @@ TEST(NCPCAEdges, CannotComputeAComponentOfCellsThatAreNotFinite) {
     }
 }
 
-TEST(NCPCAEdges, OfOneRowAreWhatTheRowGivesEvenNothing) {
+TEST(NCPCALimits, OfOneRowAreWhatTheRowGivesEvenNothing) {
   struct Row {
     NCDataMatrix<float> X;
     std::vector<float> p;
@@ -83,7 +83,7 @@ TEST(NCPCAEdges, OfOneRowAreWhatTheRowGivesEvenNothing) {
   EXPECT_EQ((*model.GetTprim())[1][1], inf);
 }
 
-TEST(NCPCAEdges, OfOneRowWithoutColumnsHaveAScoreOfZero) {
+TEST(NCPCALimits, OfOneRowWithoutColumnsHaveAScoreOfZero) {
   NCDataMatrix<float> X;
   X.SetSize(1, 0);
   NCPCA model(&X, 50);
@@ -93,7 +93,7 @@ TEST(NCPCAEdges, OfOneRowWithoutColumnsHaveAScoreOfZero) {
   EXPECT_THAT(CellsOf((*model.GetTprim())[1]), ElementsAre(0.0F));
 }
 
-TEST(NCPCAEdges, OfOneColumnAreTheColumnItself) {
+TEST(NCPCALimits, OfOneColumnAreTheColumnItself) {
   const NCDataMatrix<float> X = MatrixOf<float>({{3}, {-1}, {kMissing}, {2}});
   NCPCA model(&X, 50);
   AddComponent(&model);
@@ -105,7 +105,7 @@ TEST(NCPCAEdges, OfOneColumnAreTheColumnItself) {
   EXPECT_TRUE(CannotBeComputed(*model.GetResiduals())) << "nothing is left";
 }
 
-TEST(NCPCAEdges, GiveAConstantColumnThatIsCentredNoLoading) {
+TEST(NCPCALimits, GiveAConstantColumnThatIsCentredNoLoading) {
   NCDataMatrix<float> X = TableOfThreeDirections(10, 5, 0.0);
   X.SetColumn(3, 0.0F);
   NCPCA model(&X, 200);
@@ -116,7 +116,7 @@ TEST(NCPCAEdges, GiveAConstantColumnThatIsCentredNoLoading) {
   for (int i = 1; i <= 10; ++i) EXPECT_EQ((*model.GetResiduals())[i][3], 0.0F);
 }
 
-TEST(NCPCAEdges, PassOverAnEmptyRowAndAnEmptyColumn) {
+TEST(NCPCALimits, PassOverAnEmptyRowAndAnEmptyColumn) {
   NCDataMatrix<float> X = TableOfThreeDirections(10, 5, 0.0);
   NCDataMatrix<float> holed = X;
   holed.SetRow(4, kMissing);
@@ -143,7 +143,7 @@ TEST(NCPCAEdges, PassOverAnEmptyRowAndAnEmptyColumn) {
   }
 }
 
-TEST(NCPCAEdges, GiveAnEmptyColumnNoLoading) {
+TEST(NCPCALimits, GiveAnEmptyColumnNoLoading) {
   NCDataMatrix<float> X = TableOfThreeDirections(10, 5, 0.0);
   X.SetColumn(2, kMissing);
   NCPCA model(&X, 200);
@@ -152,7 +152,7 @@ TEST(NCPCAEdges, GiveAnEmptyColumnNoLoading) {
   EXPECT_EQ(model.GetResiduals()->GetNumMisVal(), 10);
 }
 
-TEST(NCPCAEdges, OfRepeatedColumnsLoadThemAlike) {
+TEST(NCPCALimits, OfRepeatedColumnsLoadThemAlike) {
   const NCDataVector<float> column = RandomVector<float>(8, 0.0, 1);
   NCDataMatrix<float> X;
   for (int k = 1; k <= 3; ++k) X.InsertColumn(k, column);
@@ -164,7 +164,7 @@ TEST(NCPCAEdges, OfRepeatedColumnsLoadThemAlike) {
   EXPECT_FLOAT_EQ(p[1], static_cast<float>(std::sqrt(1.0 / 3.0)));
 }
 
-TEST(NCPCAEdges, OfRepeatedRowsScoreThemAlike) {
+TEST(NCPCALimits, OfRepeatedRowsScoreThemAlike) {
   const NCDataVector<float> row = RandomVector<float>(5, 0.0, 1);
   NCDataMatrix<float> X = RandomMatrix<float>(4, 5, 0.0, 2);
   for (int i = 1; i <= 3; ++i) X.push_back(row);
@@ -177,7 +177,7 @@ TEST(NCPCAEdges, OfRepeatedRowsScoreThemAlike) {
   }
 }
 
-TEST(NCPCAEdges, BehindTheRankAreRoundingOrCannotBeComputed) {
+TEST(NCPCALimits, BehindTheRankAreRoundingOrCannotBeComputed) {
   // Rank 2, and every product of the table exact: what is left behind the second component is rounding alone.
   const NCDataMatrix<float> scores = MatrixOf<float>({{1, 2, -3, 4, -2}, {2, -1, 0, 1, 3}});
   const NCDataMatrix<float> loadings = MatrixOf<float>({{1, 0, 2, -1}, {0, 1, -1, 2}});
@@ -200,7 +200,7 @@ TEST(NCPCAEdges, BehindTheRankAreRoundingOrCannotBeComputed) {
   }
 }
 
-TEST(NCPCAEdges, OfTwoEqualSingularValuesSpanTheirPlane) {
+TEST(NCPCALimits, OfTwoEqualSingularValuesSpanTheirPlane) {
   // Any two orthogonal directions of the plane will do: with the third they still give the whole table.
   const NCDataMatrix<float> X = MatrixOf<float>({{4, 4, 0}, {4, -4, 0}, {0, 0, 1}, {0, 0, -1}});
   NCPCA model(&X, 100);
@@ -217,7 +217,7 @@ TEST(NCPCAEdges, OfTwoEqualSingularValuesSpanTheirPlane) {
   EXPECT_LT(static_cast<double>(model.GetResiduals()->GetSS()), 66 * 16 * 0x1p-48);
 }
 
-TEST(NCPCAEdges, HoldAColumnWithFewValuesUpByAThirdOfTheScores) {
+TEST(NCPCALimits, HoldAColumnWithFewValuesUpByAThirdOfTheScores) {
   // t = (1, 1, 1) from the start; the second column has one cell left, with a third of t't: just not held up. Of four
   // rows it has a quarter: 8 / (4 / 3) = 6 rather than 8.
   for (const int rows : {3, 4}) {
@@ -233,7 +233,7 @@ TEST(NCPCAEdges, HoldAColumnWithFewValuesUpByAThirdOfTheScores) {
   }
 }
 
-TEST(NCPCAEdges, EmptyTheRowOfAnObservationWithoutAScoreWhenTheComponentIsTakenOut) {
+TEST(NCPCALimits, EmptyTheRowOfAnObservationWithoutAScoreWhenTheComponentIsTakenOut) {
   // The only cell of the last row belongs to a variable that is left out, so that there is nothing to score it by.
   const NCDataMatrix<float> X = MatrixOf<float>({{1, 2, 3}, {2, 1, 4}, {kMissing, kMissing, 5}});
   const NCIntegralVector<int, -99> groups = Ints({0, 0, 1});

@@ -14,12 +14,12 @@ namespace {
 
 using Groups = NCIntegralVector<int, -99>;
 
-class OPLSCrossValidationGoesOn : public ::testing::TestWithParam<RoundsCase> {
+class OPLSCrossValidationResume : public ::testing::TestWithParam<RoundsCase> {
  protected:
   const Tables tables_ = TablesOf(GetParam());
 };
 
-INSTANTIATE_TEST_SUITE_P(, OPLSCrossValidationGoesOn, ::testing::ValuesIn(RoundsCases()),
+INSTANTIATE_TEST_SUITE_P(, OPLSCrossValidationResume, ::testing::ValuesIn(RoundsCases()),
                          [](const ::testing::TestParamInfo<RoundsCase>& info) { return info.param.name; });
 
 OPLSCrossvalidationData ThroughAStream(const OPLSCrossvalidationData& data) {
@@ -43,7 +43,7 @@ void ExpectEqualWhenResumed(const Tables& tables, int predictive, Groups* groups
   }
 }
 
-TEST_P(OPLSCrossValidationGoesOn, StoredAndResumedAfterEachComponentAsTheUninterruptedOneToTheBit) {
+TEST_P(OPLSCrossValidationResume, StoredAndResumedAfterEachComponentAsTheUninterruptedOneToTheBit) {
   ExpectEqualWhenResumed(tables_, GetParam().predictive, nullptr);
 }
 
@@ -56,7 +56,7 @@ Groups GroupsOfNeighbours(int observations) {
   return Ints(groups);
 }
 
-TEST_P(OPLSCrossValidationGoesOn, ResumedWithGivenGroupsToTheBit) {
+TEST_P(OPLSCrossValidationResume, ResumedWithGivenGroupsToTheBit) {
   Groups groups = GroupsOfNeighbours(tables_.X.SizeRows());
   ExpectEqualWhenResumed(tables_, GetParam().predictive, &groups);
   const OPLSCrossValidation other = Validated(tables_, GetParam().predictive, kRounds, 1);
@@ -65,7 +65,7 @@ TEST_P(OPLSCrossValidationGoesOn, ResumedWithGivenGroupsToTheBit) {
       << "the groups make a difference";
 }
 
-TEST_P(OPLSCrossValidationGoesOn, CopiedOrAssignedAsTheOriginalDoesAndOnItsOwn) {
+TEST_P(OPLSCrossValidationResume, CopiedOrAssignedAsTheOriginalDoesAndOnItsOwn) {
   Groups groups = GroupsOfNeighbours(tables_.X.SizeRows());
   OPLSCrossValidation validation = Validated(tables_, GetParam().predictive, kRounds, 1, &groups);
   const std::string before = Everything(validation);
@@ -81,7 +81,7 @@ TEST_P(OPLSCrossValidationGoesOn, CopiedOrAssignedAsTheOriginalDoesAndOnItsOwn) 
   for (OPLSCrossValidation* other : {&copy, &assigned}) EXPECT_EQ(Everything(*other), Everything(validation));
 }
 
-TEST_P(OPLSCrossValidationGoesOn, LeavingTheTablesAlone) {
+TEST_P(OPLSCrossValidationResume, LeavingTheTablesAlone) {
   const auto x = CellsOf(tables_.X), y = CellsOf(tables_.Y);
   Validated(tables_, GetParam().predictive, kRounds, 1);
   EXPECT_EQ(CellsOf(tables_.X), x);

@@ -7,6 +7,6 @@ namespace kalmia {
 
 /// X->TransformToDotSubRowVector(v) to the bit, by a team and with lanes: v is subtracted from every row, and cells
 /// where either side is missing stay. Counts are left as they are. Shape: v as long as X has columns, not checked.
-void SubtractFromRows(NCDataMatrix<float>* X, const NCDataVector<float>& v);
+void SubtractRow(NCDataMatrix<float>* X, const NCDataVector<float>& v);
 
 }  // namespace kalmia

@@ -1,4 +1,4 @@
-#include "kalmia/kernels/rows/RowShift.h"
+#include "kalmia/kernels/rows/SubtractRow.h"
 
 #include <gtest/gtest.h>
 
@@ -13,14 +13,14 @@ namespace {
 void ExpectBitsOfTheMatrix(const NCDataMatrix<float>& X, const NCDataVector<float>& v) {
   NCDataMatrix<float> shifted = X;
   NCDataMatrix<float> expected = X;
-  kalmia::SubtractFromRows(&shifted, v);
+  kalmia::SubtractRow(&shifted, v);
   expected.TransformToDotSubRowVector(v);
   EXPECT_EQ(shifted.SizeRows(), expected.SizeRows());
   EXPECT_TRUE(shifted == expected);  // byte by byte
   EXPECT_EQ(shifted.GetNumMisVal(), expected.GetNumMisVal());
 }
 
-TEST(SubtractFromRows, GivesTheBitsOfTheMatrixOperation) {
+TEST(SubtractRow, GivesTheBitsOfTheMatrixOperation) {
   for (const int threads : {1, 2, 3}) {
     const Threads team(threads);
     for (const int columns : {1, 3, 16, 33, 400})
@@ -33,7 +33,7 @@ TEST(SubtractFromRows, GivesTheBitsOfTheMatrixOperation) {
   }
 }
 
-TEST(SubtractFromRows, GivesTheBitsOfTheMatrixOperationForCellsOfAllSizes) {
+TEST(SubtractRow, GivesTheBitsOfTheMatrixOperationForCellsOfAllSizes) {
   const float inf = std::numeric_limits<float>::infinity();
   const float tiny = std::numeric_limits<float>::denorm_min();
   const float cells[] = {0.0F, -0.0F, 1.0F, -99.0F, 99.0F, 3e38F, -3e38F, tiny, 1e-38F, inf, 16777217.0F, 0.1F};
@@ -47,22 +47,22 @@ TEST(SubtractFromRows, GivesTheBitsOfTheMatrixOperationForCellsOfAllSizes) {
   ExpectBitsOfTheMatrix(X, v);
 }
 
-TEST(SubtractFromRows, LeavesHolesThatTheTableDoesNotKnowOf) {
+TEST(SubtractRow, LeavesHolesThatTheTableDoesNotKnowOf) {
   auto X = RandomMatrix<float>(3, 4, 0.0, 1);
   X(2)(3, kHole<float>);
   ASSERT_EQ(X.GetNumMisVal(), 0);
   ExpectBitsOfTheMatrix(X, RandomVector<float>(4, 0.0, 2));
 }
 
-TEST(SubtractFromRows, LeavesATableThatSharesItsCellsAlone) {
+TEST(SubtractRow, LeavesATableThatSharesItsCellsAlone) {
   const auto X = RandomMatrix<float>(3, 4, 0.1, 1);
   const auto before = CellsOf(X);
   NCDataMatrix<float> shifted = X;
-  kalmia::SubtractFromRows(&shifted, RandomVector<float>(4, 0.0, 2));
+  kalmia::SubtractRow(&shifted, RandomVector<float>(4, 0.0, 2));
   EXPECT_EQ(CellsOf(X), before);
 }
 
-TEST(SubtractFromRows, DoesNothingToATableWithoutCells) {
+TEST(SubtractRow, DoesNothingToATableWithoutCells) {
   NCDataMatrix<float> none;
   none.SetSize(0, 3);
   ExpectBitsOfTheMatrix(none, NCDataVector<float>(3, 1.0F));

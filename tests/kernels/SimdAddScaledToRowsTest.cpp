@@ -1,8 +1,8 @@
-#include "kalmia/kernels/simd/RowsAdd.h"
+#include "kalmia/kernels/simd/AddScaledToRows.h"
 
 #include <gtest/gtest.h>
 
-#include "kalmia/kernels/simd/RowAdd.h"
+#include "kalmia/kernels/simd/AddScaled.h"
 #include "kernels/SimdCases.h"
 
 namespace simd = kalmia::simd;
@@ -20,24 +20,24 @@ std::vector<T*> PointersTo(Rows<T>& rows) {
 }
 
 template <class T>
-class SimdRowsAdd : public ::testing::Test {};
-TYPED_TEST_SUITE(SimdRowsAdd, CellTypes, CellTypeNames);
+class SimdAddScaledToRows : public ::testing::Test {};
+TYPED_TEST_SUITE(SimdAddScaledToRows, CellTypes, CellTypeNames);
 
-TYPED_TEST(SimdRowsAdd, AddsToEachRowItsMultiple) {
+TYPED_TEST(SimdAddScaledToRows, AddsToEachRowItsMultiple) {
   Rows<TypeParam> rows = {{1, -99}, {3, 4}};
   const TypeParam factors[] = {2, -1}, w[] = {10, 20};
   simd::scalar::AddScaledToRows(PointersTo(rows).data(), factors, 2, w, 2);
   EXPECT_EQ(rows, (Rows<TypeParam>{{21, -59}, {-7, -16}}));
 }
 
-TYPED_TEST(SimdRowsAdd, LeavesHolesAloneWhereToldThatThereAreSome) {
+TYPED_TEST(SimdAddScaledToRows, LeavesHolesAloneWhereToldThatThereAreSome) {
   Rows<TypeParam> rows = {{1, -99}, {-99, 4}};
   const TypeParam factors[] = {2, -1}, w[] = {10, 20};
   simd::scalar::AddScaledToPresent(PointersTo(rows).data(), factors, 2, w, 2);
   EXPECT_EQ(rows, (Rows<TypeParam>{{21, -99}, {-99, -16}}));
 }
 
-TYPED_TEST(SimdRowsAdd, GivesTheBitsOfOneRowAtATime) {
+TYPED_TEST(SimdAddScaledToRows, GivesTheBitsOfOneRowAtATime) {
   using T = TypeParam;
   Rows<T> rows;
   for (int k = 0; k < 11; ++k) rows.push_back(Cells<T>(100, HolePattern::Random, k));
@@ -53,13 +53,13 @@ TYPED_TEST(SimdRowsAdd, GivesTheBitsOfOneRowAtATime) {
   EXPECT_TRUE(SameBits(present, presentOneByOne));
 }
 
-TYPED_TEST(SimdRowsAdd, LanesGiveTheBitsOfTheScalarTwinForEveryNumberOfRows) {
+TYPED_TEST(SimdAddScaledToRows, LanesGiveTheBitsOfTheScalarTwinForEveryNumberOfRows) {
   using T = TypeParam;
   for (int64_t target : TargetsOfThisMachine()) {
     SCOPED_TRACE(hwy::TargetName(target));
     const OneTarget only(target);
     for (int n : TellingLengths())
-      for (int count = 0; count <= 2 * simd::kRowsToAddTo + 3; ++count) {
+      for (int count = 0; count <= 2 * simd::kRowsSideBySide + 3; ++count) {
         Rows<T> rows;
         for (int k = 0; k < count; ++k) rows.push_back(Cells<T>(n, kHolePatterns[k % 7], n + k));
         const auto w = Cells<T>(n, HolePattern::None, n + 100), factors = Cells<T>(count, HolePattern::None, n + 101);
@@ -74,7 +74,7 @@ TYPED_TEST(SimdRowsAdd, LanesGiveTheBitsOfTheScalarTwinForEveryNumberOfRows) {
   }
 }
 
-TYPED_TEST(SimdRowsAdd, SpecialValuesComeOutAsTheyDoFromTheScalarTwin) {
+TYPED_TEST(SimdAddScaledToRows, SpecialValuesComeOutAsTheyDoFromTheScalarTwin) {
   using T = TypeParam;
   const std::vector<T> factors = {T(0.7), std::numeric_limits<T>::max(), std::numeric_limits<T>::denorm_min(), T(-0.0),
                                   T(1),   T(-2),                         T(1e-30),                             T(1e30)};

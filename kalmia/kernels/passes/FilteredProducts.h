@@ -11,14 +11,14 @@ namespace kalmia {
 // holes, or A has so many rows that this is faster. No vector or factor may be a row of X.
 
 /// A X = A.MatrixMultiply(X, false, false). Every row of A takes a row of X while it lies in cache.
-NCDataMatrix<float> MultiplyByFew(const NCDataMatrix<float>& A, const NCDataMatrix<float>& X);
+NCDataMatrix<float> MultiplyByFewRows(const NCDataMatrix<float>& A, const NCDataMatrix<float>& X);
 
 /// A F, as by A.MatrixMultiply.
 NCDataMatrix<float> MultiplyFilteredByFew(const NCDataMatrix<float>& A, const NCDataMatrix<float>& X,
                                           const NCDataMatrix<float>& T, const NCDataMatrix<float>& W);
 
 /// X->AddVprimV(t, p, -1), and A times what X is then.
-NCDataMatrix<float> DeflateAndMultiplyByFew(const NCDataMatrix<float>& A, NCDataMatrix<float>* X,
+NCDataMatrix<float> DeflateAndMultiplyByFewRows(const NCDataMatrix<float>& A, NCDataMatrix<float>* X,
                                             const NCDataVector<float>& t, const NCDataVector<float>& p);
 
 /// t = F.SpecialNipalsRegressRowsFix(w, null, 0) and p = X.SpecialNipalsRegressColumnsFix(t): scores of the filtered

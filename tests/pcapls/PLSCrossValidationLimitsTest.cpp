@@ -33,7 +33,7 @@ PLSCrossValidation ContinuedFrom(const CrossValidationCase& data, float cumulate
                             groups);
 }
 
-TEST(PLSCrossValidationEdges, ScoresAnObservationWithOneVariableOfSix) {
+TEST(PLSCrossValidationLimits, ScoresAnObservationWithOneVariableOfSix) {
   CrossValidationCase data(8, 6, 1, 0.0);
   for (int k = 1; k <= 5; ++k) data.X(3, k, kMissing);
   data.Restart();
@@ -44,7 +44,7 @@ TEST(PLSCrossValidationEdges, ScoresAnObservationWithOneVariableOfSix) {
   EXPECT_NE((*validation.GetYPredResiduals())[3][1], data.Y[3][1]);
 }
 
-TEST(PLSCrossValidationEdges, DoesNotScoreAnObservationWithOneVariableOfTwentyThousand) {
+TEST(PLSCrossValidationLimits, DoesNotScoreAnObservationWithOneVariableOfTwentyThousand) {
   // A share of 0.9999 of 20000 is at most 19998 holes, one less than the variables would allow.
   constexpr int kMany = 20000;
   CrossValidationCase data(4, kMany, 1, 0.0);
@@ -58,7 +58,7 @@ TEST(PLSCrossValidationEdges, DoesNotScoreAnObservationWithOneVariableOfTwentyTh
   EXPECT_NE((*validation.GetTPred())[1], kMissing);
 }
 
-TEST(PLSCrossValidationEdges, KeepsRoomForTheSumsOfAllRoundsAskedFor) {
+TEST(PLSCrossValidationLimits, KeepsRoomForTheSumsOfAllRoundsAskedFor) {
   CrossValidationCase data(5, 3, 1, 0.0);
   data.AddComponent();
   PLSCrossValidation validation(data.model.get(), 100, nullptr);
@@ -73,13 +73,13 @@ TEST(PLSCrossValidationEdges, KeepsRoomForTheSumsOfAllRoundsAskedFor) {
   }
 }
 
-TEST(PLSCrossValidationEdges, KeepsRoomForTenThousandRoundsWithoutObservationsAtMost) {
+TEST(PLSCrossValidationLimits, KeepsRoomForTenThousandRoundsWithoutObservationsAtMost) {
   CrossValidationCase data(5, 3, 1, 0.0);
   for (const auto& [rounds, sums] : {std::pair{10004, 10004}, {10005, 10004}, {std::numeric_limits<int>::max(), 10004}})
     EXPECT_EQ(PLSCrossValidation(data.model.get(), rounds, nullptr).GetSSY()->Size(), sums);
 }
 
-TEST(PLSCrossValidationEdges, JudgesAVariableFromTheSmallestVarianceOn) {
+TEST(PLSCrossValidationLimits, JudgesAVariableFromTheSmallestVarianceOn) {
   // One cell of this size each, squared 1e-37 and 1.2e-37: below and above ten times the smallest normal float.
   const float below = 3.1622777e-19F;
   const float above = 3.4641016e-19F;
@@ -99,7 +99,7 @@ TEST(PLSCrossValidationEdges, JudgesAVariableFromTheSmallestVarianceOn) {
   EXPECT_EQ((*validation.GetQ2YVarCum())[2], static_cast<float>(1.0 - 0.5 * std::min(e / s, 1.1)));
 }
 
-TEST(PLSCrossValidationEdges, JudgesATableFromTheSmallestVarianceOn) {
+TEST(PLSCrossValidationLimits, JudgesATableFromTheSmallestVarianceOn) {
   for (const bool enough : {false, true}) {
     NCDataMatrix<float> Y(10, 1, 0.0F);
     Y(4, 1, enough ? 3.4641016e-19F : 3.1622777e-19F);  // squared 1.2e-37 and 1e-37
@@ -113,7 +113,7 @@ TEST(PLSCrossValidationEdges, JudgesATableFromTheSmallestVarianceOn) {
   }
 }
 
-TEST(PLSCrossValidationEdges, TakesTheMissingSumOfNoResidualAsANumberForItsVariableButNotForTheTotal) {
+TEST(PLSCrossValidationLimits, TakesTheMissingSumOfNoResidualAsANumberForItsVariableButNotForTheTotal) {
   CrossValidationCase data(6, 3, 1, 0.0);
   data.AddComponent();
   const Groups nobody(std::vector<int>(6, -1).data(), 6);
@@ -127,7 +127,7 @@ TEST(PLSCrossValidationEdges, TakesTheMissingSumOfNoResidualAsANumberForItsVaria
   EXPECT_EQ(validation.GetQ2TotCum(), 1.0F);
 }
 
-TEST(PLSCrossValidationEdges, TurnsARoundThatHasNoPairWithTheWeightsButNotOneAtARightAngle) {
+TEST(PLSCrossValidationLimits, TurnsARoundThatHasNoPairWithTheWeightsButNotOneAtARightAngle) {
   CrossValidationCase data(8, 3, 1, 0.0);  // one Y variable: the weights are no start
   data.AddComponent();
   PLSCrossValidation rightAngle(data.model.get(), 4, nullptr);
@@ -153,7 +153,7 @@ TEST(PLSCrossValidationEdges, TurnsARoundThatHasNoPairWithTheWeightsButNotOneAtA
     for (int k = 1; k <= 3; ++k) EXPECT_EQ((*noPair.GetWSet())[g][k], -(*rightAngle.GetWSet())[g][k]);
 }
 
-TEST(PLSCrossValidationEdges, TakesItsOwnResultsAsArguments) {
+TEST(PLSCrossValidationLimits, TakesItsOwnResultsAsArguments) {
   CrossValidationCase data(10, 4, 2, 0.1);
   data.AddComponent();
   PLSCrossValidation aliased(data.model.get(), 5, nullptr);
@@ -173,7 +173,7 @@ TEST(PLSCrossValidationEdges, TakesItsOwnResultsAsArguments) {
   EXPECT_EQ(aliased.GetQ2TotCum(), copied.GetQ2TotCum());
 }
 
-TEST(PLSCrossValidationEdges, OverwritesTheOriginalSumsOnlyForAModelOfOneComponent) {
+TEST(PLSCrossValidationLimits, OverwritesTheOriginalSumsOnlyForAModelOfOneComponent) {
   CrossValidationCase data(12, 4, 2, 0.1);
   data.AddComponent();
   NCPLS read;  // of version 2: it has a component and counts none
@@ -192,7 +192,7 @@ TEST(PLSCrossValidationEdges, OverwritesTheOriginalSumsOnlyForAModelOfOneCompone
   EXPECT_THAT(CellsOf(*later.GetSSYOriginal()), Each(kMissing));
 }
 
-TEST(PLSCrossValidationEdges, SetsTheRangeOnceARoundAndNeverMovesTheBarWhateverTheIterations) {
+TEST(PLSCrossValidationLimits, SetsTheRangeOnceARoundAndNeverMovesTheBarWhateverTheIterations) {
   CrossValidationCase data(12, 4, 3, 0.1);
   data.AddComponent();
   ASSERT_GT(data.model->GetIterations(), 1);
@@ -204,7 +204,7 @@ TEST(PLSCrossValidationEdges, SetsTheRangeOnceARoundAndNeverMovesTheBarWhateverT
   EXPECT_EQ(log.calls.size(), 7U) << "and the bar's end";
 }
 
-TEST(PLSCrossValidationEdges, RefusesGroupsThatAreNotOneForEachObservation) {
+TEST(PLSCrossValidationLimits, RefusesGroupsThatAreNotOneForEachObservation) {
   CrossValidationCase data(8, 3, 2, 0.1);
   data.AddComponent();
   const NCDataVector<float> cumulated(2, 0.0F);
@@ -219,7 +219,7 @@ TEST(PLSCrossValidationEdges, RefusesGroupsThatAreNotOneForEachObservation) {
   EXPECT_NO_THROW(PLSCrossValidation(data.model.get(), 4, &groups));
 }
 
-TEST(PLSCrossValidationEdges, LeavesNothingOutInLessThanOneRound) {
+TEST(PLSCrossValidationLimits, LeavesNothingOutInLessThanOneRound) {
   for (const int rounds : {0, -1, std::numeric_limits<int>::min()}) {
     SCOPED_TRACE(rounds);
     CrossValidationCase data(6, 3, 2, 0.1);
@@ -233,7 +233,7 @@ TEST(PLSCrossValidationEdges, LeavesNothingOutInLessThanOneRound) {
   }
 }
 
-TEST(PLSCrossValidationEdges, JudgesNothingInLessThanOneRoundSoThatNoComponentPasses) {
+TEST(PLSCrossValidationLimits, JudgesNothingInLessThanOneRoundSoThatNoComponentPasses) {
   for (const int rounds : {0, -1, std::numeric_limits<int>::min()}) {
     SCOPED_TRACE(rounds);
     CrossValidationCase data(6, 3, 2, 0.1);
@@ -248,7 +248,7 @@ TEST(PLSCrossValidationEdges, JudgesNothingInLessThanOneRoundSoThatNoComponentPa
   }
 }
 
-TEST(PLSCrossValidationEdges, HasNoRoundsForAModelWithoutObservations) {
+TEST(PLSCrossValidationLimits, HasNoRoundsForAModelWithoutObservations) {
   const NCDataMatrix<float> X(0, 3), Y(0, 2);
   NCPLS model(&X, &Y, 10);
   PLSCrossValidation validation(&model, 7, nullptr);
@@ -260,7 +260,7 @@ TEST(PLSCrossValidationEdges, HasNoRoundsForAModelWithoutObservations) {
   EXPECT_EQ(validation.GetWSet()->SizeRows(), 0);
 }
 
-TEST(PLSCrossValidationEdges, RefusesAModelThatHasBecomeAnotherOneOfAnotherSize) {
+TEST(PLSCrossValidationLimits, RefusesAModelThatHasBecomeAnotherOneOfAnotherSize) {
   struct Other {
     int rows, xVariables, yVariables;
     const char* what;
@@ -285,7 +285,7 @@ TEST(PLSCrossValidationEdges, RefusesAModelThatHasBecomeAnotherOneOfAnotherSize)
   }
 }
 
-TEST(PLSCrossValidationEdges, RefusesVectorsThatHaveNotOneCellForEachVariable) {
+TEST(PLSCrossValidationLimits, RefusesVectorsThatHaveNotOneCellForEachVariable) {
   CrossValidationCase data(6, 3, 2, 0.1);
   data.AddComponent();
   const NCDataVector<float> one(1, 0.5F), two(2, 0.5F), three(3, 0.5F), four(4, 0.5F);
@@ -305,7 +305,7 @@ TEST(PLSCrossValidationEdges, RefusesVectorsThatHaveNotOneCellForEachVariable) {
   EXPECT_EQ(refusal(three, two, three), "Cross validation: q2YVarCum has 3 cells for 2 variables.");
 }
 
-TEST(PLSCrossValidationEdges, PredictsNothingInASingleRoundThatLeavesAllOut) {
+TEST(PLSCrossValidationLimits, PredictsNothingInASingleRoundThatLeavesAllOut) {
   CrossValidationCase data(6, 3, 2, 0.1);
   data.AddComponent();
   PLSCrossValidation validation(data.model.get(), 1, nullptr);

@@ -30,7 +30,7 @@ std::vector<Nothing> Nothings(int yVariables) {
           {"no observations", {NCDataMatrix<float>(0, 4), NCDataMatrix<float>(0, yVariables)}}};
 }
 
-TEST(NCOPLSOfNothing, IsAnErrorForSeveralYWhoseProductWithXHasNoPrincipalComponent) {
+TEST(NCOPLSEmpty, IsAnErrorForSeveralYWhoseProductWithXHasNoPrincipalComponent) {
   for (const int predictive : {0, 1, 2})
     for (const Nothing& nothing : Nothings(2)) {
       SCOPED_TRACE(nothing.what);
@@ -50,7 +50,7 @@ void ExpectAllMissing(const NCDataMatrix<float>& matrix, const char* what) {
     EXPECT_EQ(matrix[i].GetNumMisVal(), matrix[i].Size()) << what << ' ' << i;
 }
 
-TEST(NCOPLSOfNothing, HasWeightsOfZeroAndNothingElseForOneY) {
+TEST(NCOPLSEmpty, HasWeightsOfZeroAndNothingElseForOneY) {
   for (const int predictive : {0, 1, 2})
     for (const Nothing& nothing : Nothings(1)) {
       SCOPED_TRACE(nothing.what);
@@ -66,7 +66,7 @@ TEST(NCOPLSOfNothing, HasWeightsOfZeroAndNothingElseForOneY) {
     }
 }
 
-TEST(NCOPLSOfNothing, HasNoComponentsWithoutYVariables) {
+TEST(NCOPLSEmpty, HasNoComponentsWithoutYVariables) {
   const Tables tables{RandomMatrix<float>(6, 4, 0.0, 1), NCDataMatrix<float>(6, 0)};
   const NCOPLS model = FittedOpls(tables, 2, kSteps);
   EXPECT_EQ(model.SizeComponents(), 0);

@@ -10,7 +10,7 @@ namespace kalmia {
 
 /// One pass over a table: scores of its rows, from 1, and the sums over its columns that the regression on those scores
 /// is made of, from 0. Some rows at a time are scored and then, still in cache, added to the sums.
-class ScoresAndSums {
+class ScoresAndLoadingsPass {
  public:
   /// Writes the scores of rows first to last, both included, to their places and returns how many of them are missing.
   /// Called by thread `me`, from 0, of a team; must not throw.
@@ -19,7 +19,7 @@ class ScoresAndSums {
   /// How many threads go over a table, at most.
   static int TeamFor(const NCDataMatrix<float>& X);
 
-  ScoresAndSums(const NCDataMatrix<float>& X, ScoreRows scoreRows);
+  ScoresAndLoadingsPass(const NCDataMatrix<float>& X, ScoreRows scoreRows);
 
   /// Scores and loadings, or false, and t and p are what they were: where a score is missing, or a loading is a number
   /// that looks like the missing value.

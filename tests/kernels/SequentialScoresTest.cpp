@@ -1,4 +1,4 @@
-#include "kalmia/kernels/passes/ScoresInTurn.h"
+#include "kalmia/kernels/passes/SequentialScores.h"
 
 #include <gtest/gtest.h>
 
@@ -15,7 +15,7 @@ using Matrix = NCDataMatrix<float>;
 /// Against the steps taken singly: bits and counts.
 void ExpectTheStepsTakenSingly(const Matrix& X, const Matrix& along, const Matrix& away) {
   const auto before = CellsOf(X);
-  const Matrix found = kalmia::ScoresInTurn(X, along, away);
+  const Matrix found = kalmia::SequentialScores(X, along, away);
   ASSERT_EQ(found.SizeRows(), along.SizeRows());
   Matrix left = X;
   int missing = 0;
@@ -36,7 +36,7 @@ struct Shape {
 
 const Shape kShapes[] = {{1, 1}, {1, 40}, {7, 3}, {8, 16}, {9, 17}, {33, 100}, {50, 1025}, {70, 601}, {3700, 9}};
 
-TEST(ScoresInTurn, HaveTheBitsOfTheStepsTakenSingly) {
+TEST(SequentialScores, HaveTheBitsOfTheStepsTakenSingly) {
   for (const int threads : {1, 2}) {
     const Threads team(threads);
     for (const Shape& shape : kShapes)
@@ -52,35 +52,35 @@ TEST(ScoresInTurn, HaveTheBitsOfTheStepsTakenSingly) {
   }
 }
 
-TEST(ScoresInTurn, HaveTheBitsOfTheStepsWithTheScalarTwins) {
+TEST(SequentialScores, HaveTheBitsOfTheStepsWithTheScalarTwins) {
   kalmia::simd::UseScalarTwins(true);
   ExpectTheStepsTakenSingly(RandomMatrix<float>(33, 100, 0.0, 1), RandomMatrix<float>(3, 100, 0.0, 2),
                             RandomMatrix<float>(3, 100, 0.0, 3));
   kalmia::simd::UseScalarTwins(false);
 }
 
-TEST(ScoresInTurn, HaveTheBitsOfTheStepsWhereWhatTheyRunAlongOrTakeOutHasHoles) {
+TEST(SequentialScores, HaveTheBitsOfTheStepsWhereWhatTheyRunAlongOrTakeOutHasHoles) {
   const auto X = RandomMatrix<float>(33, 100, 0.0, 1), complete = RandomMatrix<float>(3, 100, 0.0, 2);
   const auto holes = RandomMatrix<float>(3, 100, 0.2, 3);
   ExpectTheStepsTakenSingly(X, holes, complete);
   ExpectTheStepsTakenSingly(X, complete, holes);
 }
 
-TEST(ScoresInTurn, EmptyARowWhoseScoreOrItsOppositeLooksLikeTheMissingValueAsADeflationDoes) {
+TEST(SequentialScores, EmptyARowWhoseScoreOrItsOppositeLooksLikeTheMissingValueAsADeflationDoes) {
   Matrix X = RandomMatrix<float>(9, 3, 0.0, 1);
   X(4, 1, 99.0F);  // the score along the first variable, or minus the score along its opposite
   for (const float sign : {1.0F, -1.0F})
     ExpectTheStepsTakenSingly(X, MatrixOf<float>({{sign, 0, 0}, {1, 2, 3}}), MatrixOf<float>({{1, 1, 0}, {0, 1, 1}}));
 }
 
-TEST(ScoresInTurn, AreMissingWhereNothingCanBeEstimated) {
+TEST(SequentialScores, AreMissingWhereNothingCanBeEstimated) {
   const auto X = RandomMatrix<float>(9, 3, 0.0, 1);
   ExpectTheStepsTakenSingly(X, MatrixOf<float>({{0, 0, 0}, {1, 2, 3}}), MatrixOf<float>({{1, 1, 0}, {0, 1, 1}}));
   ExpectTheStepsTakenSingly(Matrix(9, 3), MatrixOf<float>({{1, 2, 3}}), Matrix());
 }
 
-TEST(ScoresInTurn, OfNothingOrAlongNothingAreNone) {
-  EXPECT_EQ(kalmia::ScoresInTurn(RandomMatrix<float>(9, 3, 0.0, 1), Matrix(), Matrix()).SizeRows(), 0);
+TEST(SequentialScores, OfNothingOrAlongNothingAreNone) {
+  EXPECT_EQ(kalmia::SequentialScores(RandomMatrix<float>(9, 3, 0.0, 1), Matrix(), Matrix()).SizeRows(), 0);
   Matrix none;
   none.SetSize(0, 3);
   ExpectTheStepsTakenSingly(none, MatrixOf<float>({{1, 2, 3}, {3, 2, 1}}), MatrixOf<float>({{1, 1, 0}}));

@@ -20,7 +20,7 @@ using ::testing::ElementsAre;
 
 constexpr float kMissing = kHole<float>;
 
-TEST(NCPLSEdges, GoesOnWhereWhatIsLeftOfUIsZero) {
+TEST(NCPLSLimits, GoesOnWhereWhatIsLeftOfUIsZero) {
   // t = (-49.5, -49.5), c = (4, 2), u = (-99, 0): the first cell of u is lost by accident, and the other is 0, from
   // which every change counts as large. The second round has nothing to go by and ends.
   const NCDataMatrix<float> X = MatrixOf<float>({{49.5F}, {49.5F}});
@@ -33,7 +33,7 @@ TEST(NCPLSEdges, GoesOnWhereWhatIsLeftOfUIsZero) {
   EXPECT_EQ(model.GetIterations(), 2);
 }
 
-TEST(NCPLSEdges, EmptiesTheRowsOfAnObservationWithoutAScore) {
+TEST(NCPLSLimits, EmptiesTheRowsOfAnObservationWithoutAScore) {
   Tables tables = RelatedTables(8, 3, 2, 0.0, 9);
   tables.X.SetRow(4, kMissing);
   NCPLS model(&tables.X, &tables.Y, 50);
@@ -47,7 +47,7 @@ TEST(NCPLSEdges, EmptiesTheRowsOfAnObservationWithoutAScore) {
   }
 }
 
-TEST(NCPLSEdges, LeavesCopiesOfItsResultsAloneWhenAComponentIsTurnedOrAppended) {
+TEST(NCPLSLimits, LeavesCopiesOfItsResultsAloneWhenAComponentIsTurnedOrAppended) {
   const Tables tables = RelatedTables(8, 3, 2, 0.1, 10);
   NCPLS model(&tables.X, &tables.Y, 50);
   AddComponent(&model);
@@ -66,7 +66,7 @@ TEST(NCPLSEdges, LeavesCopiesOfItsResultsAloneWhenAComponentIsTurnedOrAppended) 
   expectUntouched();
 }
 
-TEST(NCPLSEdges, TakesTheProductWithAnEmptyRowOfLoadingsIntoWStarAsTheNumberItIs) {
+TEST(NCPLSLimits, TakesTheProductWithAnEmptyRowOfLoadingsIntoWStarAsTheNumberItIs) {
   const NCDataMatrix<float> P = MatrixOf<float>({{kMissing, kMissing}, {0, 1}});
   // With a complete row of weights the product is 0.
   const NCDataMatrix<float> complete = NCPLS::GetWStarPrim(MatrixOf<float>({{1, 2}, {3, 5}}), P);
@@ -77,7 +77,7 @@ TEST(NCPLSEdges, TakesTheProductWithAnEmptyRowOfLoadingsIntoWStarAsTheNumberItIs
   EXPECT_TRUE(HasExactCounts(holed));
 }
 
-TEST(NCPLSEdges, CountsFromOneAndPutsNewRowsInFrontAfterAReadOfVersionTwo) {
+TEST(NCPLSLimits, CountsFromOneAndPutsNewRowsInFrontAfterAReadOfVersionTwo) {
   const Tables tables = RelatedTables(8, 4, 2, 0.1, 11);
   NCPLS whole(&tables.X, &tables.Y, 50);
   AddComponent(&whole);
@@ -98,7 +98,7 @@ TEST(NCPLSEdges, CountsFromOneAndPutsNewRowsInFrontAfterAReadOfVersionTwo) {
   EXPECT_EQ(CellsOf(*read.GetYResiduals()), CellsOf(*whole.GetYResiduals()));
 }
 
-TEST(NCPLSEdges, HasNothingToSayOfTablesWithoutRows) {
+TEST(NCPLSLimits, HasNothingToSayOfTablesWithoutRows) {
   NCDataMatrix<float> X;
   NCDataMatrix<float> Y;
   X.SetSize(0, 3);

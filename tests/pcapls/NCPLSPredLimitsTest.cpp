@@ -13,7 +13,7 @@ using ::testing::ElementsAre;
 constexpr float kMissing = kHole<float>;
 
 /// One component of one X and one Y variable: with w = 1/2 a cell x has the score 2 x.
-class NCPLSPredEdges : public ::testing::Test {
+class NCPLSPredLimits : public ::testing::Test {
  protected:
   NCPLSPred PredictionOf(const NCDataMatrix<float>& X) const { return NCPLSPred(X, half_, half_, three_, 1.0F); }
 
@@ -21,7 +21,7 @@ class NCPLSPredEdges : public ::testing::Test {
   const NCDataMatrix<float> three_{1, 1, 3.0F};
 };
 
-TEST_F(NCPLSPredEdges, TakesAScoreThatLandsOnTheMissingValueAsMissing) {
+TEST_F(NCPLSPredLimits, TakesAScoreThatLandsOnTheMissingValueAsMissing) {
   NCPLSPred prediction = PredictionOf(MatrixOf<float>({{-49.5F}, {1.0F}}));
   prediction.CalcNextComponent();
   EXPECT_THAT(CellsOf(*prediction.GetTPred()), ElementsAre(kMissing, 2.0F));
@@ -31,7 +31,7 @@ TEST_F(NCPLSPredEdges, TakesAScoreThatLandsOnTheMissingValueAsMissing) {
   EXPECT_TRUE(HasExactCounts(*prediction.GetXResiduals()));
 }
 
-TEST_F(NCPLSPredEdges, EmptiesARowOfXWhoseScoreIsTheMissingValueWithAnotherSign) {
+TEST_F(NCPLSPredLimits, EmptiesARowOfXWhoseScoreIsTheMissingValueWithAnotherSign) {
   // What is added to X is -t p': -99 there says that nothing is known. The prediction takes t itself.
   for (const float second : {1.0F, kMissing}) {  // without and with an observation that has no score
     NCPLSPred prediction = PredictionOf(MatrixOf<float>({{49.5F}, {second}}));

@@ -1,4 +1,4 @@
-#include "kalmia/kernels/passes/ScoresInTurn.h"
+#include "kalmia/kernels/passes/SequentialScores.h"
 
 #include <algorithm>
 #include <cstddef>
@@ -20,7 +20,7 @@ namespace kalmia {
 
 namespace {
 
-using simd::kRowsPerStep;
+using simd::kRowsSideBySide;
 
 /// All scores of a complete table in one pass.
 class InOnePass {
@@ -36,11 +36,11 @@ class InOnePass {
   /// False where a score is missing or empties its row: the scores are not to be used then.
   bool Run() {
     const int team = TeamSize(std::int64_t{X_.SizeRows()} * X_.SizeColumns());
-    return ForSlices(X_.SizeRows(), team, kRowsPerStep, [&](int first, int last) {
-             std::vector<float> room(along_.SizeRows() > 2 ? RoomOfAStep() : 0);
+    return ForSlices(X_.SizeRows(), team, kRowsSideBySide, [&](int first, int last) {
+             std::vector<float> buffer(along_.SizeRows() > 2 ? RoomOfAStep() : 0);
              int unusable = 0;
-             for (int r = first; r <= last; r += kRowsPerStep)
-               unusable += Step(r, std::min(kRowsPerStep, last - r + 1), room.data());
+             for (int r = first; r <= last; r += kRowsSideBySide)
+               unusable += Step(r, std::min(kRowsSideBySide, last - r + 1), buffer.data());
              return unusable;
            }) == 0;
   }
@@ -48,17 +48,17 @@ class InOnePass {
   const NCDataMatrix<float>& Scores() const { return scores_; }
 
  private:
-  std::size_t RoomOfAStep() const { return static_cast<std::size_t>(X_.SizeColumns()) * kRowsPerStep; }
+  std::size_t RoomOfAStep() const { return static_cast<std::size_t>(X_.SizeColumns()) * kRowsSideBySide; }
 
-  /// Rows r to r + count - 1. They are stored in `room`, which may be null otherwise, with more than two scores.
-  int Step(int r, int count, float* room) {
+  /// Rows r to r + count - 1. They are stored in `buffer`, which may be null otherwise, with more than two scores.
+  int Step(int r, int count, float* buffer) {
     const int n = X_.SizeColumns(), last = along_.SizeRows();
-    const float* row[kRowsPerStep];
-    float *stored[kRowsPerStep], factors[kRowsPerStep];
-    double dots[kRowsPerStep];
+    const float* row[kRowsSideBySide];
+    float *stored[kRowsSideBySide], factors[kRowsSideBySide];
+    double dots[kRowsSideBySide];
     for (int k = 0; k < count; ++k) {
       row[k] = X_[r + k].begin();
-      if (last > 2) stored[k] = room + std::ptrdiff_t{k} * n;
+      if (last > 2) stored[k] = buffer + std::ptrdiff_t{k} * n;
     }
     int unusable = 0;
     for (int a = 1; a <= last; ++a) {
@@ -88,13 +88,13 @@ class InOnePass {
   const NCDataMatrix<float>& away_;
   NCDataMatrix<float> scores_;
   const RowPointers<float> cells_;
-  std::deque<WithExcluded<float>> vectors_;  ///< which the regressions refer to
+  std::deque<VectorWithExclusions<float>> vectors_;  ///< which the regressions refer to
   std::vector<RowRegression<float>> regressions_;
 };
 
 }  // namespace
 
-NCDataMatrix<float> ScoresInTurn(const NCDataMatrix<float>& X, const NCDataMatrix<float>& along,
+NCDataMatrix<float> SequentialScores(const NCDataMatrix<float>& X, const NCDataMatrix<float>& along,
                                  const NCDataMatrix<float>& away) {
   if (!HasNoCells(X) && !HasNoCells(along) && IsComplete(X) && IsComplete(along) && IsComplete(away)) {
     InOnePass pass(X, along, away);

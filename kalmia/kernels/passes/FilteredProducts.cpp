@@ -1,4 +1,4 @@
-#include "kalmia/kernels/passes/FilterPasses.h"
+#include "kalmia/kernels/passes/FilteredProducts.h"
 
 #include <algorithm>
 #include <cstddef>
@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "kalmia/kernels/passes/CompleteTables.h"
-#include "kalmia/kernels/passes/ScoresAndSums.h"
+#include "kalmia/kernels/passes/ScoresAndLoadingsPass.h"
 #include "kalmia/kernels/regression/ExcludedPositions.h"
 #include "kalmia/kernels/regression/RowRegression.h"
 #include "kalmia/kernels/rows/RowPointers.h"
@@ -20,7 +20,7 @@ namespace kalmia {
 
 namespace {
 
-using simd::kRowsPerStep;
+using simd::kRowsSideBySide;
 
 /// From so many rows on, a product in blocks is faster. With a table of 600 x 2000 cells, by two threads on an idle
 /// machine, 8 rows take 0.55 of its time, 16 take 0.8, 24 take 1.15, 64 and 200 take 1.4 to 2.3.
@@ -34,21 +34,21 @@ bool IsFewRowsWithoutHoles(const NCDataMatrix<float>& A) {
 /// Whether there is something to filter, and no step of it looks at a cell.
 bool FiltersWithoutHoles(const NCDataMatrix<float>& X, const NCDataMatrix<float>& T, const NCDataMatrix<float>& W) {
   return !HasNoCells(X) && !HasNoCells(T) && IsComplete(X) && IsComplete(W) &&
-         std::all_of(T.begin(), T.end(), TakesEveryRow);
+         std::all_of(T.begin(), T.end(), HasEveryScore);
 }
 
 /// A step of rows of F, cells `first` to first + n - 1 of rows r to r + count - 1: all components but the last are
-/// taken out into `room`, for a step of rows of n cells, which may be null where there is only one; the last one is
+/// taken out into `buffer`, for a step of rows of n cells, which may be null where there is only one; the last one is
 /// left to who goes over the rows.
 class FilteredStep {
  public:
   FilteredStep(const NCDataMatrix<float>& X, const NCDataMatrix<float>& T, const NCDataMatrix<float>& W, int r,
-               int count, int first, int n, float* room)
+               int count, int first, int n, float* buffer)
       : rows_{row_, factors_, count, nullptr, n} {
-    float* stored[kRowsPerStep];
+    float* stored[kRowsSideBySide];
     for (int k = 0; k < count; ++k) {
       row_[k] = X[r + k].begin() + first;
-      if (T.SizeRows() > 1) stored[k] = room + std::ptrdiff_t{k} * n;
+      if (T.SizeRows() > 1) stored[k] = buffer + std::ptrdiff_t{k} * n;
     }
     for (int a = 1; a <= T.SizeRows(); ++a) {
       for (int k = 0; k < count; ++k) factors_[k] = -T[a][r + k];
@@ -64,8 +64,8 @@ class FilteredStep {
   const simd::DeflatedRows& Rows() const { return rows_; }
 
  private:
-  const float* row_[kRowsPerStep];
-  float factors_[kRowsPerStep];
+  const float* row_[kRowsSideBySide];
+  float factors_[kRowsSideBySide];
   simd::DeflatedRows rows_;
 };
 
@@ -115,7 +115,7 @@ class ProductByFew {
 
   template <class AddRows>
   void AddTo(int a, int r, int count, int c, const AddRows& addRows) {
-    double v[kRowsPerStep];
+    double v[kRowsSideBySide];
     for (int k = 0; k < count; ++k) v[k] = A_[a][r + k];
     addRows(v, Sums(a, c));
   }
@@ -123,9 +123,9 @@ class ProductByFew {
   /// Columns begin to end - 1, from 0.
   template <class Add>
   void Block(int begin, int end, const Add& add) {
-    for (int r = 1; r <= rows_; r += kRowsPerStep)
+    for (int r = 1; r <= rows_; r += kRowsSideBySide)
       for (int c = begin; c < end; c += kColumnsPerChunk)
-        add(r, std::min(kRowsPerStep, rows_ - r + 1), c, std::min(kColumnsPerChunk, end - c));
+        add(r, std::min(kRowsSideBySide, rows_ - r + 1), c, std::min(kColumnsPerChunk, end - c));
     for (int a = 1; a <= A_.SizeRows(); ++a)
       for (int c = begin; c < end; ++c) cells_.Get()[a][c + 1] = static_cast<float>(*Sums(a, c));
   }
@@ -139,11 +139,11 @@ class ProductByFew {
 
 }  // namespace
 
-NCDataMatrix<float> MultiplyByFew(const NCDataMatrix<float>& A, const NCDataMatrix<float>& X) {
+NCDataMatrix<float> MultiplyByFewRows(const NCDataMatrix<float>& A, const NCDataMatrix<float>& X) {
   if (!IsFewRowsWithoutHoles(A) || HasNoCells(X) || !IsComplete(X)) return A.MatrixMultiply(X, false, false);
   ProductByFew product(A, X);
   return product.Run([&](int r, int count, int c, int n) {
-    const float* row[kRowsPerStep];
+    const float* row[kRowsSideBySide];
     for (int k = 0; k < count; ++k) row[k] = X[r + k].begin() + c;
     product.AddAll(row, r, count, c, n);
   });
@@ -155,14 +155,14 @@ NCDataMatrix<float> MultiplyFilteredByFew(const NCDataMatrix<float>& A, const NC
     return A.MatrixMultiply(Filtered(X, T, W), false, false);
   ProductByFew product(A, X);
   return product.Run([&](int r, int count, int c, int n) {
-    float room[kRowsPerStep * kColumnsPerChunk];
-    const FilteredStep step(X, T, W, r, count, c, n, room);
+    float buffer[kRowsSideBySide * kColumnsPerChunk];
+    const FilteredStep step(X, T, W, r, count, c, n, buffer);
     if (A.SizeRows() == 1) {
       product.AddFirst(r, count, c, [&](const double* v, double* sums) { simd::AddDeflated(step.Rows(), v, sums); });
       return;
     }
-    float* row[kRowsPerStep];
-    for (int k = 0; k < count; ++k) row[k] = room + k * n;
+    float* row[kRowsSideBySide];
+    for (int k = 0; k < count; ++k) row[k] = buffer + k * n;
     product.AddFirst(r, count, c, [&](const double* v, double* sums) {
       simd::StoreAndAddDeflated(step.Rows(), row, v, sums);
     });
@@ -170,17 +170,17 @@ NCDataMatrix<float> MultiplyFilteredByFew(const NCDataMatrix<float>& A, const NC
   });
 }
 
-NCDataMatrix<float> DeflateAndMultiplyByFew(const NCDataMatrix<float>& A, NCDataMatrix<float>* X,
+NCDataMatrix<float> DeflateAndMultiplyByFewRows(const NCDataMatrix<float>& A, NCDataMatrix<float>* X,
                                             const NCDataVector<float>& t, const NCDataVector<float>& p) {
-  if (!IsFewRowsWithoutHoles(A) || HasNoCells(*X) || !IsComplete(*X) || p.GetNumMisVal() > 0 || !TakesEveryRow(t)) {
+  if (!IsFewRowsWithoutHoles(A) || HasNoCells(*X) || !IsComplete(*X) || p.GetNumMisVal() > 0 || !HasEveryScore(t)) {
     X->AddVprimV(t, p, -1.0F);
-    return MultiplyByFew(A, *X);
+    return MultiplyByFewRows(A, *X);
   }
   ProductByFew product(A, *X);
   const UnlinkedRows<float> unlinked(X);  // the last to take memory: X has no cells until they are written
   return product.Run([&](int r, int count, int c, int n) {
-    const float* from[kRowsPerStep];
-    float *to[kRowsPerStep], factors[kRowsPerStep];
+    const float* from[kRowsSideBySide];
+    float *to[kRowsSideBySide], factors[kRowsSideBySide];
     for (int k = 0; k < count; ++k) {
       from[k] = unlinked.OldCells(r + k) + c;
       to[k] = unlinked.NewCells(r + k) + c;
@@ -198,17 +198,17 @@ void CalcFilteredScoresAndLoadings(const NCDataMatrix<float>& X, const NCDataMat
                                    NCDataVector<float>* p) {
   if (FiltersWithoutHoles(X, T, W) && w.GetNumMisVal() == 0) {
     const int columns = X.SizeColumns();
-    const std::size_t ofOneThread = static_cast<std::size_t>(columns) * kRowsPerStep;
+    const std::size_t ofOneThread = static_cast<std::size_t>(columns) * kRowsSideBySide;
     const bool stores = T.SizeRows() > 1;
-    std::vector<float> room(stores ? ofOneThread * static_cast<std::size_t>(ScoresAndSums::TeamFor(X)) : 0);
-    const WithExcluded<float> weights(w);
+    std::vector<float> buffer(stores ? ofOneThread * static_cast<std::size_t>(ScoresAndLoadingsPass::TeamFor(X)) : 0);
+    const VectorWithExclusions<float> weights(w);
     const RowRegression<float> regression(weights, /*fix=*/true);
-    ScoresAndSums pass(X, [&](int me, int first, int last, float* scores) {
-      float* const mine = stores ? room.data() + ofOneThread * static_cast<std::size_t>(me) : nullptr;
+    ScoresAndLoadingsPass pass(X, [&](int me, int first, int last, float* scores) {
+      float* const mine = stores ? buffer.data() + ofOneThread * static_cast<std::size_t>(me) : nullptr;
       int missing = 0;
-      for (int r = first; r <= last; r += kRowsPerStep) {
-        const int count = std::min(kRowsPerStep, last - r + 1);
-        double dots[kRowsPerStep];
+      for (int r = first; r <= last; r += kRowsSideBySide) {
+        const int count = std::min(kRowsSideBySide, last - r + 1);
+        double dots[kRowsSideBySide];
         simd::DotDeflated(FilteredStep(X, T, W, r, count, 0, columns, mine).Rows(), w.begin(), dots);
         missing += regression.CompleteRows(dots, count, scores + r);
       }

@@ -1,4 +1,4 @@
-#include "kalmia/kernels/passes/ColumnWalk.h"
+#include "kalmia/kernels/passes/BlockedColumnSums.h"
 
 #include <algorithm>
 #include <limits>
@@ -8,17 +8,17 @@
 namespace kalmia {
 namespace {
 
-using simd::kRowsPerStep;
+using simd::kRowsSideBySide;
 
 /// The rows of one step: where their cells start, and what they bring with them.
 template <class T>
 struct Step {
   int count = 0;
-  const T* row[kRowsPerStep];
-  double v[kRowsPerStep];
-  double weight[kRowsPerStep];
+  const T* row[kRowsSideBySide];
+  double v[kRowsSideBySide];
+  double weight[kRowsSideBySide];
 
-  bool IsFull() const { return count == kRowsPerStep; }
+  bool IsFull() const { return count == kRowsSideBySide; }
 };
 
 /// Calls add(step) for the rows in their order, a step at a time.
@@ -66,9 +66,9 @@ template <class T>
 void SumColumnSquares(const NCDataMatrix<T>& X, int first, int n, const T* hole, double* squares) {
   std::fill_n(squares, n, 0.0);
   if (n < 1) return;
-  const T* row[kRowsPerStep];
-  for (int r = 1; r <= X.SizeRows(); r += kRowsPerStep) {
-    const int count = std::min(kRowsPerStep, X.SizeRows() - r + 1);
+  const T* row[kRowsSideBySide];
+  for (int r = 1; r <= X.SizeRows(); r += kRowsSideBySide) {
+    const int count = std::min(kRowsSideBySide, X.SizeRows() - r + 1);
     for (int k = 0; k < count; ++k) row[k] = X[r + k].GetVector() + first;
     simd::AddSquaresMasked(row, count, n, hole, squares);
   }

@@ -1,5 +1,5 @@
 // Steps in one pass against the steps taken singly: bits and counts.
-#include "kalmia/kernels/passes/FilterPasses.h"
+#include "kalmia/kernels/passes/FilteredProducts.h"
 
 #include <gtest/gtest.h>
 
@@ -46,7 +46,7 @@ void ExpectSame(const Matrix& found, const Matrix& expected) {
 
 void ExpectTheStepsTakenSingly(const Case& of) {
   const Matrix before = DeepCopyOf(of.X);
-  ExpectSame(kalmia::MultiplyByFew(of.A, of.X), of.A.MatrixMultiply(of.X, false, false));
+  ExpectSame(kalmia::MultiplyByFewRows(of.A, of.X), of.A.MatrixMultiply(of.X, false, false));
 
   Matrix filtered = of.X;
   for (int a = 1; a <= of.T.SizeRows(); ++a) filtered.AddVprimV(of.T[a], of.W[a], -1.0F);
@@ -67,7 +67,7 @@ void ExpectTheStepsTakenSingly(const Case& of) {
     expected.AddVprimV(of.T[1], of.W[1], -1.0F);
     for (const char* whose : {"shared cells", "its own cells"}) {
       SCOPED_TRACE(whose);
-      ExpectSame(kalmia::DeflateAndMultiplyByFew(of.A, &left, of.T[1], of.W[1]),
+      ExpectSame(kalmia::DeflateAndMultiplyByFewRows(of.A, &left, of.T[1], of.W[1]),
                  of.A.MatrixMultiply(expected, false, false));
       ExpectSame(left, expected);
       expected.AddVprimV(of.T[1], of.W[1], -1.0F);
@@ -84,7 +84,7 @@ struct Shape {
 const Shape kShapes[] = {{1, 1},    {1, 40},    {7, 3},    {8, 16},    {9, 17},     {33, 100},
                          {50, 511}, {50, 1025}, {16, 513}, {70, 2001}, {3, 23000}, {600, 9}};
 
-TEST(FilterPasses, GiveTheBitsOfTheStepsTakenSingly) {
+TEST(FilteredProducts, GiveTheBitsOfTheStepsTakenSingly) {
   for (const int threads : {1, 2}) {
     const Threads team(threads);
     for (const Shape& shape : kShapes)
@@ -96,17 +96,17 @@ TEST(FilterPasses, GiveTheBitsOfTheStepsTakenSingly) {
   }
 }
 
-TEST(FilterPasses, GiveTheBitsOfTheStepsHoweverManyTheFewRowsAre) {
+TEST(FilteredProducts, GiveTheBitsOfTheStepsHoweverManyTheFewRowsAre) {
   for (const int factors : {22, 23, 24, 25, 70}) ExpectTheStepsTakenSingly(Case(20, 40, factors, /*components=*/2));
 }
 
-TEST(FilterPasses, GiveTheBitsOfTheStepsTakenSinglyWithTheScalarTwins) {
+TEST(FilteredProducts, GiveTheBitsOfTheStepsTakenSinglyWithTheScalarTwins) {
   kalmia::simd::UseScalarTwins(true);
   ExpectTheStepsTakenSingly(Case(33, 600, 2, 2));
   kalmia::simd::UseScalarTwins(false);
 }
 
-TEST(FilterPasses, GiveTheBitsOfTheStepsWhereSomethingHasHoles) {
+TEST(FilteredProducts, GiveTheBitsOfTheStepsWhereSomethingHasHoles) {
   for (const int threads : {1, 2}) {
     const Threads team(threads);
     for (const Shape& shape : {Shape{9, 17}, Shape{70, 601}}) {
@@ -124,7 +124,7 @@ TEST(FilterPasses, GiveTheBitsOfTheStepsWhereSomethingHasHoles) {
   }
 }
 
-TEST(FilterPasses, EmptyARowWhoseScoreOrItsOppositeLooksLikeTheMissingValueAsADeflationDoes) {
+TEST(FilteredProducts, EmptyARowWhoseScoreOrItsOppositeLooksLikeTheMissingValueAsADeflationDoes) {
   for (const float score : {99.0F, -99.0F}) {
     Case of(9, 17, 2, 2);
     of.T(1)(4, score);  // through the row, so that the matrix does not know of it
@@ -135,14 +135,14 @@ TEST(FilterPasses, EmptyARowWhoseScoreOrItsOppositeLooksLikeTheMissingValueAsADe
   }
 }
 
-TEST(FilterPasses, TakeACellThatNoCountKnowsAsTheStepsDo) {
+TEST(FilteredProducts, TakeACellThatNoCountKnowsAsTheStepsDo) {
   Case of(9, 17, 2, 2);
   of.X(4)(4, kHole<float>);  // the row knows of it
   ASSERT_EQ(of.X.GetNumMisVal(), 0);
   ExpectTheStepsTakenSingly(of);
 }
 
-TEST(FilterPasses, GiveWhatTheStepsGiveWhereNoScoreCanBeEstimatedOrNothingIsThere) {
+TEST(FilteredProducts, GiveWhatTheStepsGiveWhereNoScoreCanBeEstimatedOrNothingIsThere) {
   Case noWeights(9, 17, 2, 1);
   noWeights.w = Vector(17, 0.0F);
   ExpectTheStepsTakenSingly(noWeights);
@@ -150,7 +150,7 @@ TEST(FilterPasses, GiveWhatTheStepsGiveWhereNoScoreCanBeEstimatedOrNothingIsTher
   ExpectTheStepsTakenSingly(Case(9, 17, /*factors=*/0, 1));
 }
 
-TEST(DeflateAndMultiplyByFew, ChangesNothingWhereMemoryLacks) {
+TEST(DeflateAndMultiplyByFewRows, ChangesNothingWhereMemoryLacks) {
   const Case of(9, 17, 2, 1);
   const Matrix before = DeepCopyOf(of.X);
   int failures = 0;
@@ -160,7 +160,7 @@ TEST(DeflateAndMultiplyByFew, ChangesNothingWhereMemoryLacks) {
     {
       const FailAllocation fail(which);
       try {
-        kalmia::DeflateAndMultiplyByFew(of.A, &left, of.T[1], of.W[1]);
+        kalmia::DeflateAndMultiplyByFewRows(of.A, &left, of.T[1], of.W[1]);
       } catch (const std::bad_alloc&) {
         threw = true;
       }

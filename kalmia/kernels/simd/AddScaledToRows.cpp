@@ -1,9 +1,9 @@
-#include "kalmia/kernels/simd/RowsAdd.h"
+#include "kalmia/kernels/simd/AddScaledToRows.h"
 
 #include "kalmia/kernels/simd/Targets.h"
 
 #undef HWY_TARGET_INCLUDE
-#define HWY_TARGET_INCLUDE "kalmia/kernels/simd/RowsAdd.cpp"
+#define HWY_TARGET_INCLUDE "kalmia/kernels/simd/AddScaledToRows.cpp"
 #include "hwy/foreach_target.h"
 #include "hwy/highway.h"
 #include "kalmia/kernels/simd/RowSum-inl.h"
@@ -44,7 +44,8 @@ void AddTo(T* const* rows, const T* factors, const T* w, int n) {
 template <bool kHoles, class T>
 void AddToAll(T* const* rows, const T* factors, int count, const T* w, int n) {
   int k = 0;
-  for (; count - k >= kRowsToAddTo; k += kRowsToAddTo) AddTo<kRowsToAddTo, kHoles>(rows + k, factors + k, w, n);
+  for (; count - k >= kRowsSideBySide; k += kRowsSideBySide)
+    AddTo<kRowsSideBySide, kHoles>(rows + k, factors + k, w, n);
   for (; count - k >= 2; k += 2) AddTo<2, kHoles>(rows + k, factors + k, w, n);
   if (k < count) AddTo<1, kHoles>(rows + k, factors + k, w, n);
 }

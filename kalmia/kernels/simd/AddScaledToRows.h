@@ -1,14 +1,13 @@
 #pragma once
 
+#include "kalmia/kernels/simd/Lanes.h"
+
 /// Multiples of one row added to several at a time: the deflation of a block of rows. Each cell becomes
 ///   T(double(rows[k][j]) + double(w[j]) * double(factors[k])),
-/// as in RowAdd.h, to the bit. One row alone leaves the memory waiting; from eight rows side by side it delivers all it
-/// can, and w is loaded once for all of them. Rows start at their first cell, lie at any alignment, and overlap neither
-/// each other nor w; count >= 0, n >= 0. No cell of w is looked at: it is known to have no holes.
+/// as in AddScaled.h, to the bit. One row alone leaves the memory waiting; from eight rows side by side it delivers all
+/// it can, and w is loaded once for all of them. Rows start at their first cell, lie at any alignment, and overlap
+/// neither each other nor w; count >= 0, n >= 0. No cell of w is looked at: it is known to have no holes.
 namespace kalmia::simd {
-
-/// Rows that a step takes at most; a caller does well to hand over as many.
-constexpr int kRowsToAddTo = 8;
 
 void AddScaledToRows(float* const* rows, const float* factors, int count, const float* w, int n);
 void AddScaledToRows(double* const* rows, const double* factors, int count, const double* w, int n);
