@@ -22,7 +22,7 @@ double SecondsOf(const std::function<void()>& task) {
   return std::chrono::duration<double>(std::chrono::steady_clock::now() - begin).count();
 }
 
-void FitPls(const NCDataMatrix<float>& x, const NCDataMatrix<float>& y, int components) {
+void FitPLS(const NCDataMatrix<float>& x, const NCDataMatrix<float>& y, int components) {
   NCPLS model(&x, &y, /*maxIterations=*/500);
   for (int a = 0; a < components; ++a) {
     if (a > 0) model.CalculateResiduals();  // nobody reads those of the last component
@@ -31,7 +31,7 @@ void FitPls(const NCDataMatrix<float>& x, const NCDataMatrix<float>& y, int comp
   benchmark::DoNotOptimize(model.GetTprim());
 }
 
-void FitOpls(const NCDataMatrix<float>& x, const NCDataMatrix<float>& y, int orthogonal) {
+void FitOPLS(const NCDataMatrix<float>& x, const NCDataMatrix<float>& y, int orthogonal) {
   NCOPLS model(&x, &y, /*predictiveComponents=*/1, /*maxIterations=*/200);
   for (int o = 0; o <= orthogonal; ++o) model.NextComponent(nullptr);
   benchmark::DoNotOptimize(model.GetTprim());
@@ -68,18 +68,18 @@ void Compare(benchmark::State& state, const std::function<void()>& task, const s
   state.counters["ratio"] = best / bestYardstick;
 }
 
-void OplsFitBesidePls(benchmark::State& state) {
+void OPLSFitBesidePLS(benchmark::State& state) {
   const NCDataMatrix<float> x = RandomTable(2000, 5000, 0, 1), y = RandomTable(2000, 1, 0, 2);
-  Compare(state, [&] { FitOpls(x, y, 3); }, [&] { FitPls(x, y, 4); });
+  Compare(state, [&] { FitOPLS(x, y, 3); }, [&] { FitPLS(x, y, 4); });
 }
-BENCHMARK(OplsFitBesidePls)->Unit(benchmark::kMillisecond)->Iterations(5);
+BENCHMARK(OPLSFitBesidePLS)->Unit(benchmark::kMillisecond)->Iterations(5);
 
 /// The rounds leave out a seventh of the rows each: their yardstick is fitted to six sevenths.
-void OplsValidationBesideItsFits(benchmark::State& state) {
+void OPLSValidationBesideItsFits(benchmark::State& state) {
   const NCDataMatrix<float> x = RandomTable(700, 2000, 0, 1), y = RandomTable(700, 1, 0, 2);
   const NCDataMatrix<float> kept = x.GetRowSubMatrix(1, 600), keptY = y.GetRowSubMatrix(1, 600);
   Compare(state, [&] { Validate(x, y, 2); }, [&] { FitRounds(kept, keptY, 2); });
 }
-BENCHMARK(OplsValidationBesideItsFits)->Unit(benchmark::kMillisecond)->Iterations(5);
+BENCHMARK(OPLSValidationBesideItsFits)->Unit(benchmark::kMillisecond)->Iterations(5);
 
 }  // namespace

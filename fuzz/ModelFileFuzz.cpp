@@ -12,16 +12,16 @@
 #include "app/Failure.h"
 #include "app/ModelFile.h"
 #include "app/NewRows.h"
-#include "app/OplsCvFile.h"
+#include "app/OPLSCvFile.h"
 #include "app/StepChainFile.h"
 #include "kalmia/support/MD5.h"
 
 using kalmia::app::ExitCode;
 using kalmia::app::Failure;
 using kalmia::app::ModelFileBytes;
-using kalmia::app::OplsCvFileBytes;
+using kalmia::app::OPLSCvFileBytes;
 using kalmia::app::ReadModelFile;
-using kalmia::app::ReadOplsCvFile;
+using kalmia::app::ReadOPLSCvFile;
 using kalmia::app::Signals;
 using kalmia::app::StepChain;
 
@@ -86,7 +86,7 @@ void FeedAll(const std::string& bytes) {
   Feed(bytes, ReadModelFile, write, [](const kalmia::app::StoredModel& model) {
     std::visit([](const kalmia::app::ModelFrame& frame) { FeedNewRows(frame); }, model);
   });
-  Feed(bytes, ReadOplsCvFile, OplsCvFileBytes, [](const kalmia::app::StoredOplsCv&) {});
+  Feed(bytes, ReadOPLSCvFile, OPLSCvFileBytes, [](const kalmia::app::StoredOPLSCv&) {});
   Feed(bytes, kalmia::app::ReadStepChainFile, kalmia::app::StepChainFileBytes, FeedTable);
 }
 

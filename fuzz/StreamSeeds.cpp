@@ -100,7 +100,7 @@ std::string VersionOneTransforms() {
   });
 }
 
-std::string FittedPls() {
+std::string FittedPLS() {
   const NCDataMatrix<float> x = RandomMatrix<float>(5, 3, 0, 3), y = RandomMatrix<float>(5, 2, 0, 4);
   NCPLS model(&x, &y, /*maxIterations=*/50);
   model.NextComponent(nullptr, nullptr, /*quiet=*/true, /*strict=*/true);
@@ -108,7 +108,7 @@ std::string FittedPls() {
 }
 
 /// A model that was restored without the scores of Y.
-std::string PlsWithoutU() {
+std::string PLSWithoutU() {
   const NCDataMatrix<float> x = RandomMatrix<float>(5, 3, 0.1, 3), y = RandomMatrix<float>(5, 2, 0.1, 4);
   NCPLS fitted(&x, &y, /*maxIterations=*/50);
   for (int a = 0; a < 2; ++a) {
@@ -121,12 +121,12 @@ std::string PlsWithoutU() {
 }
 
 /// Loadings and scores alone.
-std::string PcaWithoutX() {
+std::string PCAWithoutX() {
   const NCDataMatrix<float> none, P = RandomMatrix<float>(2, 3, 0, 5), T = RandomMatrix<float>(2, 4, 0.1, 6);
   return StreamOf(NCPCA(&none, &P, &T, /*maxIterations=*/50));
 }
 
-std::string FittedPca() {
+std::string FittedPCA() {
   NCPCA model(&Table(), /*maxIterations=*/50);
   model.NextComponent(nullptr, nullptr, 0, nullptr);
   return StreamOf(model);
@@ -153,7 +153,7 @@ std::string VersionOneFilter() {
   });
 }
 
-std::string ValidatedOpls() {
+std::string ValidatedOPLS() {
   const NCDataMatrix<float> x = RandomMatrix<float>(4, 2, 0, 8), y = RandomMatrix<float>(4, 1, 0, 9);
   OPLSCrossValidation validation(&x, &y, /*predictiveComponents=*/1, /*rounds=*/2, nullptr, nullptr);
   validation.NextComponent(nullptr);
@@ -162,7 +162,7 @@ std::string ValidatedOpls() {
   return stream.str();
 }
 
-std::string VersionOnePls() {
+std::string VersionOnePLS() {
   return OldStream("NCPLS", 1, /*text=*/false, [](std::ostream& stream) {
     const int shapes[][2] = {{1, 2}, {1, 3}, {1, 3}, {1, 4}, {1, 4}, {4, 3}, {4, 2}};  // C', P', W', U', T', X, Y
     for (const auto& shape : shapes) stream << RandomMatrix<float>(shape[0], shape[1], 0.1, 5);
@@ -214,15 +214,15 @@ int main(int argc, char** argv) {
   write("transform", StreamOf(Transforms()[1]));
   write("transforms", StreamOf(Transforms()));
   write("transforms-1", VersionOneTransforms());
-  write("pca", FittedPca());
-  write("pls", FittedPls());
-  write("pls-without-u", PlsWithoutU());
-  write("pca-without-x", PcaWithoutX());
-  write("pls-1", VersionOnePls());
+  write("pca", FittedPCA());
+  write("pls", FittedPLS());
+  write("pls-without-u", PLSWithoutU());
+  write("pca-without-x", PCAWithoutX());
+  write("pls-1", VersionOnePLS());
   write("filter", Filter(1));
   write("filter-without-components", Filter(0));
   write("filter-1", VersionOneFilter());
-  write("opls-validation", ValidatedOpls());
+  write("opls-validation", ValidatedOPLS());
   write("tree", StreamOf(*RandomTree(6, 1)));
   write("tree-of-several-items", StreamOf(*Merge(0.5F, Leaf({3}), Leaf({4, 2}))));
   for (const short version : {1, 2, 3}) {

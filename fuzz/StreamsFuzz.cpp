@@ -15,7 +15,7 @@
 #include "kalmia/kalmia.h"
 #include "testing/RandomTables.h"
 #include "testing/StreamAttacks.h"
-#include "testing/StreamedOplsData.h"
+#include "testing/StreamedOPLSData.h"
 
 namespace {
 
@@ -129,6 +129,6 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   FeedWithErrors<NCPCA>(bytes, [](const NCPCA& model) { ExpectAgreement(model); });
   FeedWithErrors<NCYOrthogonalPLS>(bytes, [](const NCYOrthogonalPLS& model) { ExpectAgreement(model); });
   Feed<HeldTree>(bytes, [](const HeldTree& held) { EXPECT_TRUE(HasSoundLinks(held.Root())); });
-  Feed<StreamedOplsData>(bytes, [](const StreamedOplsData& stored) { ExpectExactCountsOf(stored.data); });
+  Feed<StreamedOPLSData>(bytes, [](const StreamedOPLSData& stored) { ExpectExactCountsOf(stored.data); });
   return 0;
 }

@@ -4,8 +4,8 @@
 #include <cstddef>
 #include <string>
 
-#include "O2plsCase.h"
-#include "PlainO2pls.h"
+#include "O2PLSCase.h"
+#include "PlainO2PLS.h"
 #include "kalmia/o2pls/NCO2PLS.h"
 #include "testing/RandomTables.h"
 
@@ -112,7 +112,7 @@ TEST(NCO2PLSCoefficients, OfAFittedModelWithoutOrthogonalWeightsAreThePredictive
   const FloatBlocks blocks = MakeFloatBlocks({20, kVariables, kOtherVariables, 2, 1, 1}, 0.05, 3);
   NCO2PLS model(blocks.X, blocks.Y, /*checkDimensions=*/false, 500);
   model.Fit(2, 1, 0);
-  const plain::O2pls m = PlainOf(model);
+  const plain::O2PLS m = PlainOf(model);
   const Table coefficients = CoefficientsOf({m.W, m.P, {}, {}, m.Lambda, {}, m.Q});
   // Of a fitted model W* is (W P')^-1 W.
   const plain::Table wStar = plain::Product(plain::Inverse(plain::Product(m.W, plain::Transposed(m.P))), m.W);

@@ -7,8 +7,8 @@
 #include <string>
 #include <utility>
 
-#include "O2plsCase.h"
-#include "PlainO2pls.h"
+#include "O2PLSCase.h"
+#include "PlainO2PLS.h"
 #include "kalmia/o2pls/NCO2PLS.h"
 #include "testing/RandomTables.h"
 

@@ -8,8 +8,8 @@
 #include <memory>
 #include <utility>
 
-#include "O2plsCase.h"
-#include "PlainO2pls.h"
+#include "O2PLSCase.h"
+#include "PlainO2PLS.h"
 #include "testing/RandomTables.h"
 
 namespace {
@@ -48,7 +48,7 @@ TEST(NCO2PLSPred, PredictsBothBlocksAsAPlainTwinDoes) {
   const Case c;
   for (const auto& [xOrthogonal, yOrthogonal] : {std::pair{0, 0}, {1, 0}, {2, 1}}) {
     const NCO2PLS model = Fitted(c.fit, 2, xOrthogonal, yOrthogonal);
-    const plain::O2pls plainModel = PlainOf(model);
+    const plain::O2PLS plainModel = PlainOf(model);
     const plain::Prediction ofY = plain::PredictY(plain::Of(c.fresh.X), plainModel, 6);
     const NCO2PLSYPred y(&c.fresh.X, &model);
     ExpectNear(y.GetYPred(), ofY.predicted, "Y");
@@ -114,7 +114,7 @@ TEST(NCO2PLSPred, GoesByTheMatricesItIsGivenEvenIfNoFitGivesSuch) {
     for (plain::Vector& row : table) plain::Normalise(&row);
     return table;
   };
-  plain::O2pls m;
+  plain::O2PLS m;
   m.P = random(2, 5, 1);
   m.W = ofUnitLength(2, 5, 2);
   m.Q = random(2, 4, 3);
@@ -176,7 +176,7 @@ TEST(NCO2PLSPred, TakesTheScoresOfRowsWithHolesFromTheCellsThatAreThere) {
   // The first orthogonal score by hand: the cells that are there over what of the weights lies opposite them, held up
   // at a third.
   plain::Table row = plain::Of(holed.GetRowSubMatrix(3, 3));
-  const plain::O2pls p = PlainOf(m);
+  const plain::O2PLS p = PlainOf(m);
   const auto score = [&](const plain::Vector& w) {
     double sum = 0.0, squares = 0.0;
     for (std::size_t k = 0; k < w.size(); ++k) {

@@ -5,7 +5,7 @@
 #include <utility>
 #include <vector>
 
-#include "O2plsCase.h"
+#include "O2PLSCase.h"
 #include "kalmia/o2pls/NCO2PLS.h"
 #include "kalmia/o2pls/NCO2PLSPred.h"
 #include "kalmia/pcapls/NCPCA.h"

@@ -8,8 +8,8 @@
 #include <utility>
 #include <vector>
 
-#include "O2plsCase.h"
-#include "PlainO2pls.h"
+#include "O2PLSCase.h"
+#include "PlainO2PLS.h"
 #include "kalmia/o2pls/NCO2PLSPred.h"
 #include "testing/AllocationMeter.h"
 #include "testing/RandomTables.h"
@@ -79,9 +79,9 @@ INSTANTIATE_TEST_SUITE_P(, NCO2PLSOnBlocks, ::testing::ValuesIn(kShapes),
 
 TEST_P(NCO2PLSOnBlocks, HasTheMatricesOfAPlainTwin) {
   const Shape& s = GetParam();
-  const plain::O2pls expected = plain::FitO2pls(plain::Of(blocks_.X), plain::Of(blocks_.Y), s.predictive,
+  const plain::O2PLS expected = plain::FitO2PLS(plain::Of(blocks_.X), plain::Of(blocks_.Y), s.predictive,
                                                 s.xOrthogonal, s.yOrthogonal);
-  const plain::O2pls model = PlainOf(model_);
+  const plain::O2PLS model = PlainOf(model_);
   ExpectSameRows(model.W, expected.W, "W");
   ExpectSameRows(model.T, expected.T, "T");
   ExpectSameRows(model.P, expected.P, "P");
@@ -110,7 +110,7 @@ TEST_P(NCO2PLSOnBlocks, KeepsOrthogonalScoresAtRightAnglesToItsOwnPredictiveScor
       for (const plain::Vector& b : others)
         EXPECT_LT(std::abs(plain::Dot(a, b)) / (Length(a) * Length(b)), kRounding);
   };
-  const plain::O2pls m = PlainOf(model_);
+  const plain::O2PLS m = PlainOf(model_);
   expectRightAngles(m.To, m.T);
   expectRightAngles(m.Uo, m.U);
 }
@@ -118,7 +118,7 @@ TEST_P(NCO2PLSOnBlocks, KeepsOrthogonalScoresAtRightAnglesToItsOwnPredictiveScor
 TEST_P(NCO2PLSOnBlocks, KeepsOrthogonalWeightsAtRightAnglesToThePredictiveOnesWhereTheCrossProductHasTheirRank) {
   FloatBlocks clean = MakeFloatBlocks(GetParam().blocks, 0.0, 7);
   const Shape& s = GetParam();
-  const plain::O2pls m = PlainOf(Fitted(clean, s.predictive, s.xOrthogonal, s.yOrthogonal));
+  const plain::O2PLS m = PlainOf(Fitted(clean, s.predictive, s.xOrthogonal, s.yOrthogonal));
   for (const auto& [some, others] : {std::pair{&m.Wo, &m.W}, {&m.Co, &m.C}})
     for (const plain::Vector& a : *some)
       for (const plain::Vector& b : *others) EXPECT_LT(std::abs(plain::Dot(a, b)), kConvergence);
@@ -128,7 +128,7 @@ TEST_P(NCO2PLSOnBlocks, LeavesNothingOfBlocksWithoutNoise) {
   // X = T'P + To'Po and Y = U'Q + Uo'Qo: the residual is what the iterations and rounding leave.
   const Shape& s = GetParam();
   const FloatBlocks clean = MakeFloatBlocks(s.blocks, 0.0, 7);
-  const plain::O2pls m = PlainOf(Fitted(clean, s.predictive, s.xOrthogonal, s.yOrthogonal));
+  const plain::O2PLS m = PlainOf(Fitted(clean, s.predictive, s.xOrthogonal, s.yOrthogonal));
   const auto left = [](plain::Table block, const plain::Table& T, const plain::Table& P, const plain::Table& To,
                        const plain::Table& Po) {
     const double all = plain::Squares(block);
@@ -143,7 +143,7 @@ TEST_P(NCO2PLSOnBlocks, LeavesNothingOfBlocksWithoutNoise) {
 TEST_P(NCO2PLSOnBlocks, SplitsTheSumOfSquaresIntoJointOrthogonalAndResidual) {
   // The scores of a block, predictive and orthogonal, are all at right angles to each other, and the residual to them:
   // so the squares of the parts add up to those of the block, noise and all.
-  const plain::O2pls m = PlainOf(model_);
+  const plain::O2PLS m = PlainOf(model_);
   const auto expectSum = [](plain::Table block, const plain::Table& T, const plain::Table& P, const plain::Table& To,
                             const plain::Table& Po) {
     const double all = plain::Squares(block);
@@ -166,7 +166,7 @@ TEST_P(NCO2PLSOnBlocks, SplitsTheSumOfSquaresIntoJointOrthogonalAndResidual) {
 }
 
 TEST_P(NCO2PLSOnBlocks, RelatesTheScoresByLeastSquares) {
-  const plain::O2pls m = PlainOf(model_);
+  const plain::O2PLS m = PlainOf(model_);
   const auto expectRelation = [](const plain::Table& relation, const plain::Table& from, const plain::Table& to) {
     const plain::Table expected = plain::Product(plain::Inverse(plain::Product(from, plain::Transposed(from))),
                                                  plain::Product(from, plain::Transposed(to)));
@@ -184,7 +184,7 @@ TEST_P(NCO2PLSOnBlocks, RelatesTheScoresByLeastSquares) {
 }
 
 TEST_P(NCO2PLSOnBlocks, RegressesTheWholeBlocksOnTheOrthogonalScoresOfTheOther) {
-  const plain::O2pls m = PlainOf(model_);
+  const plain::O2PLS m = PlainOf(model_);
   const auto expectRegression = [](const plain::Table& block, const plain::Table& scores, const plain::Table& result) {
     ASSERT_EQ(result.size(), scores.size());
     for (std::size_t a = 0; a < scores.size(); ++a) {

@@ -3,7 +3,7 @@
 
 #include <limits>
 
-#include "O2plsCase.h"
+#include "O2PLSCase.h"
 #include "kalmia/o2pls/NCYOrthogonalPLS.h"
 #include "testing/RandomTables.h"
 

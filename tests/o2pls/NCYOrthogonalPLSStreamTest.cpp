@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "O2plsCase.h"
+#include "O2PLSCase.h"
 #include "kalmia/o2pls/NCYOrthogonalPLS.h"
 #include "kalmia/support/LanguageString.h"
 #include "testing/RandomTables.h"

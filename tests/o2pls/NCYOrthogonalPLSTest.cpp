@@ -10,8 +10,8 @@
 #include <string>
 #include <vector>
 
-#include "O2plsCase.h"
-#include "PlainO2pls.h"
+#include "O2PLSCase.h"
+#include "PlainO2PLS.h"
 #include "kalmia/o2pls/OSCPLSComponentValidator.h"
 #include "kalmia/pcapls/NCPLS.h"
 #include "kalmia/support/LanguageString.h"
@@ -62,7 +62,7 @@ plain::Vector OutsideOf(const plain::Table& Y, const plain::Vector& v) {
 }
 
 /// The coefficients of a PLS model of one y, of `most` components or until a ten-thousandth of X is left.
-plain::Vector PlsCoefficients(plain::Table X, plain::Vector y, int most) {
+plain::Vector PLSCoefficients(plain::Table X, plain::Vector y, int most) {
   const double limit = 0.0001 * plain::Squares(X);
   plain::Table W, P;
   plain::Vector c;
@@ -82,10 +82,10 @@ plain::Vector PlsCoefficients(plain::Table X, plain::Vector y, int most) {
 }
 
 /// The weights after so many rounds.
-plain::Vector WeightsOfTwin(const plain::Table& X, const plain::Table& Y, int rounds, int mostPls) {
+plain::Vector WeightsOfTwin(const plain::Table& X, const plain::Table& Y, int rounds, int mostPLS) {
   plain::Vector w = plain::FirstLoading(X);
   for (int i = 0; i < rounds; ++i) {
-    w = PlsCoefficients(X, OutsideOf(Y, plain::Product(X, w)), mostPls);
+    w = PLSCoefficients(X, OutsideOf(Y, plain::Product(X, w)), mostPLS);
     plain::Normalise(&w);
   }
   return w;
@@ -93,7 +93,7 @@ plain::Vector WeightsOfTwin(const plain::Table& X, const plain::Table& Y, int ro
 
 struct Shape {
   const char* name;
-  int rows, xVariables, yVariables, cap, mostPls;
+  int rows, xVariables, yVariables, cap, mostPLS;
 };
 
 class NCYOrthogonalPLSOnTables : public ::testing::TestWithParam<Shape> {};
@@ -116,7 +116,7 @@ TEST_P(NCYOrthogonalPLSOnTables, FindsTheWeightsOfAPlainTwinInAsManyRounds) {
   const int rounds = log.Count("SpinDone");
   EXPECT_GE(rounds, 2);
   // The first direction is that of an iteration that ends at a change of 1e-5; no round magnifies it ten times.
-  const plain::Vector expected = WeightsOfTwin(plain::Of(blocks.X), plain::Of(blocks.Y), rounds, s.mostPls);
+  const plain::Vector expected = WeightsOfTwin(plain::Of(blocks.X), plain::Of(blocks.Y), rounds, s.mostPLS);
   EXPECT_LT(plain::SineOfAngle(plain::Of(*model.GetWprim())[0], expected), 1e-4);
 }
 
@@ -141,7 +141,7 @@ TEST_P(NCYOrthogonalPLSOnTables, GoesOnUntilTheWeightsMoveByATenMillionthAndSays
   // The first round's move by the twin: -(log10 d + 7) * 10, d being the squared change over the squares. Its weights
   // are right to 1e-4 and move a good deal further.
   const plain::Table X = plain::Of(blocks.X), Y = plain::Of(blocks.Y);
-  const plain::Vector first = WeightsOfTwin(X, Y, 0, s.mostPls), second = WeightsOfTwin(X, Y, 1, s.mostPls);
+  const plain::Vector first = WeightsOfTwin(X, Y, 0, s.mostPLS), second = WeightsOfTwin(X, Y, 1, s.mostPLS);
   double change = 0.0;
   const double sign = plain::Dot(first, second) < 0.0 ? -1.0 : 1.0;  // coefficients of Xw point the way of w
   for (std::size_t k = 0; k < first.size(); ++k) change += std::pow(second[k] - sign * first[k], 2);

@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "O2plsCase.h"
+#include "O2PLSCase.h"
 #include "kalmia/o2pls/O2PLSCrossValidation.h"
 #include "kalmia/o2pls/O2PLSPredictiveComponentEstimator.h"
 #include "testing/AllocationMeter.h"

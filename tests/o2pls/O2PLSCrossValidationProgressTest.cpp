@@ -9,7 +9,7 @@
 #include <tuple>
 #include <vector>
 
-#include "O2plsCase.h"
+#include "O2PLSCase.h"
 #include "kalmia/o2pls/O2PLSCrossValidation.h"
 #include "kalmia/support/CString.h"
 #include "testing/RandomTables.h"

@@ -7,9 +7,9 @@
 #include <string>
 #include <vector>
 
-#include "O2plsCase.h"
-#include "O2plsTwin.h"
-#include "PlainO2pls.h"
+#include "O2PLSCase.h"
+#include "O2PLSTwin.h"
+#include "PlainO2PLS.h"
 #include "kalmia/o2pls/O2PLSCrossValidation.h"
 #include "kalmia/pcapls/PCACrossValidation.h"
 
@@ -57,7 +57,7 @@ void Turn(plain::Vector* v, double sign) {
 }
 
 /// The twin's model with the signs of the saved round.
-plain::O2pls WithSignsOf(const O2PLSCVResults& r, std::size_t round, plain::O2pls m) {
+plain::O2PLS WithSignsOf(const O2PLSCVResults& r, std::size_t round, plain::O2PLS m) {
   for (std::size_t a = 0; a < m.P.size(); ++a) {
     const double x = SignOf(RowOf(r.PSet[a], round), m.P[a]), y = SignOf(RowOf(r.CSet[a], round), m.C[a]);
     for (plain::Table* rows : {&m.T, &m.P, &m.W}) Turn(&(*rows)[a], x);
@@ -133,7 +133,7 @@ plain::Table InOrder(const plain::Table& fitted, const plain::Table& predicted, 
 TEST_P(O2PLSCrossValidationSaves, TheComponentsOfEveryRound) {
   const Numbers& n = GetParam();
   const O2PLSCVResults& s = results_;
-  const O2plsTwin twin(blocks_, kGroups);
+  const O2PLSTwin twin(blocks_, kGroups);
   ASSERT_EQ(s.LambdaSet.size(), static_cast<std::size_t>(kGroups));
   ASSERT_EQ(s.XLambdaSet.size(), static_cast<std::size_t>(kGroups));
   ASSERT_EQ(s.PSet.size(), static_cast<std::size_t>(n.predictive));
@@ -143,8 +143,8 @@ TEST_P(O2PLSCrossValidationSaves, TheComponentsOfEveryRound) {
     SCOPED_TRACE("round " + std::to_string(g));
     const int round = static_cast<int>(g);
     const TwinRound& r = twin.rounds[g];
-    const plain::O2pls m = WithSignsOf(
-        s, g, plain::FitO2pls(r.trainX, r.trainY, n.predictive, n.xOrthogonal, n.yOrthogonal));
+    const plain::O2PLS m = WithSignsOf(
+        s, g, plain::FitO2PLS(r.trainX, r.trainY, n.predictive, n.xOrthogonal, n.yOrthogonal));
     const plain::Prediction ofY = plain::PredictY(r.testX, m, kYVariables),
                             ofX = plain::PredictY(r.testY, plain::Swapped(m), kXVariables);
     ExpectRows(s.TSet, g, InOrder(m.T, ofY.scores, round), "T");

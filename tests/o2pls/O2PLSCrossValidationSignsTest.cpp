@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "O2plsCase.h"
+#include "O2PLSCase.h"
 #include "kalmia/o2pls/NCO2PLSPred.h"
 #include "kalmia/o2pls/O2PLSCrossValidation.h"
 #include "kalmia/pcapls/PCACrossValidation.h"

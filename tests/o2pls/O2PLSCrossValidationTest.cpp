@@ -9,9 +9,9 @@
 #include <utility>
 #include <vector>
 
-#include "O2plsCase.h"
-#include "O2plsTwin.h"
-#include "PlainO2pls.h"
+#include "O2PLSCase.h"
+#include "O2PLSTwin.h"
+#include "PlainO2PLS.h"
 #include "kalmia/o2pls/O2PLSPredictiveComponentEstimator.h"
 #include "kalmia/pcapls/PCACrossValidation.h"
 #include "testing/Ints.h"
@@ -40,7 +40,7 @@ struct LimitIs {
 // ---- Given numbers of components, against a twin
 
 /// The first `count` predictive components of a model.
-plain::O2pls FirstOf(plain::O2pls m, std::size_t count) {
+plain::O2PLS FirstOf(plain::O2PLS m, std::size_t count) {
   for (plain::Table* rows : {&m.T, &m.U, &m.P, &m.W, &m.C, &m.Q}) rows->resize(count);
   const plain::Table inverse = plain::Inverse(plain::Product(m.T, plain::Transposed(m.T)));
   m.Lambda = plain::Product(inverse, plain::Product(m.T, plain::Transposed(m.U)));
@@ -60,7 +60,7 @@ class O2PLSCrossValidationOfFixedNumbers : public ::testing::TestWithParam<Numbe
         results_(Validate(blocks_, GetParam().predictive, GetParam().xOrthogonal, GetParam().yOrthogonal)) {}
 
   FloatBlocks blocks_;
-  O2plsTwin twin_;
+  O2PLSTwin twin_;
   O2PLSCVResults results_;
 };
 
@@ -106,8 +106,8 @@ TEST_P(O2PLSCrossValidationOfFixedNumbers, HasTheErrorsOfAPlainTwinAfterEachPred
     plain::Vector ofVariable(6, 0.0), ssOfVariable(6, 0.0);
     for (std::size_t g = 0; g < 5; ++g) {
       const TwinRound& r = twin_.rounds[g];
-      const plain::O2pls model = FirstOf(
-          plain::FitO2pls(r.trainX, r.trainY, n.predictive, n.xOrthogonal, n.yOrthogonal), static_cast<std::size_t>(a));
+      const plain::O2PLS model = FirstOf(
+          plain::FitO2PLS(r.trainX, r.trainY, n.predictive, n.xOrthogonal, n.yOrthogonal), static_cast<std::size_t>(a));
       const plain::Table predicted = plain::PredictY(r.testX, model, 6).predicted;
       const double errors = SquaredErrors(predicted, r.testY);
       const int column = static_cast<int>(g) + 1;

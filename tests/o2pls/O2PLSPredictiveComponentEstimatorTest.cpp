@@ -10,8 +10,8 @@
 #include <utility>
 #include <vector>
 
-#include "O2plsCase.h"
-#include "PlainO2pls.h"
+#include "O2PLSCase.h"
+#include "PlainO2PLS.h"
 #include "kalmia/pcapls/PCACrossValidation.h"
 #include "testing/Ints.h"
 #include "testing/RandomTables.h"

@@ -3,8 +3,8 @@
 
 #include <vector>
 
-#include "OplsCase.h"
-#include "SteppedOpls.h"
+#include "OPLSCase.h"
+#include "SteppedOPLS.h"
 #include "kalmia/opls/NCOPLS.h"
 #include "kalmia/support/NCError.h"
 #include "testing/RandomTables.h"
@@ -54,7 +54,7 @@ TEST(NCOPLSEmpty, HasWeightsOfZeroAndNothingElseForOneY) {
   for (const int predictive : {0, 1, 2})
     for (const Nothing& nothing : Nothings(1)) {
       SCOPED_TRACE(nothing.what);
-      const NCOPLS model = FittedOpls(nothing.tables, predictive, kSteps);
+      const NCOPLS model = FittedOPLS(nothing.tables, predictive, kSteps);
       EXPECT_EQ(model.SizeComponents(), 1);
       EXPECT_EQ(model.SizeOrthogonalComponents(), kSteps);
       for (const NCDataMatrix<float>& W : *model.GetWMatrices()) EXPECT_EQ(W.GetSS(), 0.0L);
@@ -68,7 +68,7 @@ TEST(NCOPLSEmpty, HasWeightsOfZeroAndNothingElseForOneY) {
 
 TEST(NCOPLSEmpty, HasNoComponentsWithoutYVariables) {
   const Tables tables{RandomMatrix<float>(6, 4, 0.0, 1), NCDataMatrix<float>(6, 0)};
-  const NCOPLS model = FittedOpls(tables, 2, kSteps);
+  const NCOPLS model = FittedOPLS(tables, 2, kSteps);
   EXPECT_EQ(model.SizeComponents(), 0);
   EXPECT_EQ(model.SizeOrthogonalComponents(), 0);
   EXPECT_EQ(StreamOf(model.GetXResiduals()), StreamOf(tables.X));
@@ -78,8 +78,8 @@ TEST(NCOPLSBeyondTheRank, GoesOnWithTheBitsOfTheStepsTakenOneByOne) {
   const int orthogonal = 7;
   for (const int yVariables : {1, 2}) {
     const Tables tables = RelatedTables(5, 3, yVariables, 0.0, 5);
-    const NCOPLS model = FittedOpls(tables, 2, orthogonal);
-    SteppedOpls stepped(tables.X, tables.Y, 2, 200);
+    const NCOPLS model = FittedOPLS(tables, 2, orthogonal);
+    SteppedOPLS stepped(tables.X, tables.Y, 2, 200);
     for (int o = 0; o <= orthogonal; ++o) stepped.NextComponent();
     EXPECT_EQ(model.SizeOrthogonalComponents(), orthogonal);
     EXPECT_EQ(StreamOf(*model.GetTprim()), StreamOf(stepped.T));

@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "OplsCase.h"
+#include "OPLSCase.h"
 #include "kalmia/opls/NCOPLS.h"
 #include "kalmia/opls/NCOPLSPred.h"
 #include "kalmia/support/NCError.h"
@@ -77,25 +77,25 @@ TEST(NCOPLSBlock, KeepsAComponentOfExactlyOneHundredthAndLooksNoFurther) {
 TEST(NCOPLSBlock, HasOneRowWhereTheSecondYIsNoise) {
   Tables tables = RelatedTables(30, 6, 2, 0.0, 5);
   for (int i = 1; i <= 30; ++i) tables.Y(i, 2, 0.01F * tables.Y[i][2]);
-  EXPECT_EQ(FittedOpls(tables, 0, 0).SizeComponents(), 1);
-  EXPECT_EQ(FittedOpls(RelatedTables(30, 6, 2, 0.0, 5), 0, 0).SizeComponents(), 2);
+  EXPECT_EQ(FittedOPLS(tables, 0, 0).SizeComponents(), 1);
+  EXPECT_EQ(FittedOPLS(RelatedTables(30, 6, 2, 0.0, 5), 0, 0).SizeComponents(), 2);
 }
 
 TEST(NCOPLSBlock, IsDecidedOnceForTheModel) {
-  const NCOPLS model = FittedOpls(RelatedTables(24, 9, 3, 0.1, 5), 0, 3);
+  const NCOPLS model = FittedOPLS(RelatedTables(24, 9, 3, 0.1, 5), 0, 3);
   for (const NCDataMatrix<float>& W : *model.GetWMatrices()) EXPECT_EQ(W.SizeRows(), model.SizeComponents());
 }
 
 TEST(NCOPLSBlock, HasOneRowForOneYWhateverWasAskedFor) {
   const Tables tables = RelatedTables(24, 9, 1, 0.0, 5);
-  const std::string one = Everything(FittedOpls(tables, 1, 1));
-  for (const int asked : {-1, 0, 2}) EXPECT_EQ(Everything(FittedOpls(tables, asked, 1)), one) << asked;
+  const std::string one = Everything(FittedOPLS(tables, 1, 1));
+  for (const int asked : {-1, 0, 2}) EXPECT_EQ(Everything(FittedOPLS(tables, asked, 1)), one) << asked;
 }
 
 TEST(NCOPLSBlock, IsCutToTheSmallerSideOfY) {
-  EXPECT_EQ(FittedOpls(RelatedTables(24, 9, 3, 0.0, 5), 5, 1).SizeComponents(), 3);
+  EXPECT_EQ(FittedOPLS(RelatedTables(24, 9, 3, 0.0, 5), 5, 1).SizeComponents(), 3);
   const Tables few{RandomMatrix<float>(2, 6, 0.0, 1), RandomMatrix<float>(2, 4, 0.0, 2)};
-  EXPECT_EQ(FittedOpls(few, 5, 0).SizeComponents(), 2) << "two rows";
+  EXPECT_EQ(FittedOPLS(few, 5, 0).SizeComponents(), 2) << "two rows";
 }
 
 // ---- passes for holes: every pass but the first sets a value of the bar, and the end sets one
@@ -129,7 +129,7 @@ TEST(NCOPLSPasses, AreLimitedByTheIterations) {
 TEST(NCOPLSEmptyRow, HasNoScoresAndTheOrthogonalComponentEmptiesItInY) {
   Tables tables = RelatedTables(24, 9, 3, 0.1, 5);
   tables.X.SetRow(4, kHole<float>);
-  const NCOPLS model = FittedOpls(tables, 2, 2);
+  const NCOPLS model = FittedOPLS(tables, 2, 2);
   for (const auto* scores : {model.GetTprim(), model.GetTOprim(), model.GetUprim()})
     for (int a = 1; a <= scores->SizeRows(); ++a) EXPECT_EQ((*scores)[a][4], kHole<float>);
   EXPECT_EQ(model.GetXResiduals()[4].GetNumMisVal(), 9);
@@ -142,7 +142,7 @@ TEST(NCOPLSEmptyColumn, HasWeightsOfZeroAndNoLoadings) {
   for (const int predictive : {1, 2}) {
     Tables tables = RelatedTables(24, 9, 3, 0.1, 5);
     tables.X.SetColumn(4, kHole<float>);
-    const NCOPLS model = FittedOpls(tables, predictive, 2);
+    const NCOPLS model = FittedOPLS(tables, predictive, 2);
     for (const auto* weights : {model.GetWprim(), model.GetWOprim()})
       for (int a = 1; a <= weights->SizeRows(); ++a) EXPECT_EQ((*weights)[a][4], 0.0F);
     for (const auto* loadings : {model.GetPprim(), model.GetPOprim()})
@@ -165,7 +165,7 @@ NCDataMatrix<float> WithTurnedRow(NCDataMatrix<float> matrix, int row) {
 }
 
 TEST_F(NCOPLSTurned, OrthogonalComponentKeepsItsYScores) {
-  NCOPLS model = FittedOpls(tables_, 2, 2);
+  NCOPLS model = FittedOPLS(tables_, 2, 2);
   const NCOPLS before(model);
   model.NegateOComp(2);
   for (const auto get : {&NCOPLS::GetTOprim, &NCOPLS::GetPOprim, &NCOPLS::GetCOprim, &NCOPLS::GetWOprim})
@@ -175,7 +175,7 @@ TEST_F(NCOPLSTurned, OrthogonalComponentKeepsItsYScores) {
 }
 
 TEST_F(NCOPLSTurned, PredictiveComponentKeepsItsYScoresAndTheBlocksBeforeStay) {
-  NCOPLS model = FittedOpls(tables_, 2, 1);
+  NCOPLS model = FittedOPLS(tables_, 2, 1);
   const NCOPLS before(model);
   model.NegatePredictiveComp(2);
   for (const auto get : {&NCOPLS::GetTprim, &NCOPLS::GetPprim, &NCOPLS::GetCprim, &NCOPLS::GetWprim})
@@ -186,7 +186,7 @@ TEST_F(NCOPLSTurned, PredictiveComponentKeepsItsYScoresAndTheBlocksBeforeStay) {
 
 TEST_F(NCOPLSTurned, PredictiveComponentLeadsToTheSameOrthogonalOnesToTheBit) {
   const Tables tables = RelatedTables(24, 9, 1, 0.1, 5);
-  NCOPLS model = FittedOpls(tables, 1, 0), straight(model);
+  NCOPLS model = FittedOPLS(tables, 1, 0), straight(model);
   model.NegatePredictiveComp(1);
   for (NCOPLS* either : {&model, &straight}) either->NextComponent(nullptr);
   EXPECT_EQ(StreamOf(*model.GetWOprim()), StreamOf(WithTurnedRow(*straight.GetWOprim(), 1)));
@@ -210,7 +210,7 @@ INSTANTIATE_TEST_SUITE_P(YVariables, NCOPLSRebuilt, ::testing::Values(1, 3));
 
 TEST_P(NCOPLSRebuilt, HasTheScoresAndResidualsToTheBitButNoPredictiveYScores) {
   for (const int orthogonal : {0, 1, 3}) {
-    const NCOPLS model = FittedOpls(tables_, 2, orthogonal);
+    const NCOPLS model = FittedOPLS(tables_, 2, orthogonal);
     const NCOPLS rebuilt = Rebuilt(model, /*predictive=*/7);
     for (const auto get : {&NCOPLS::GetTprim, &NCOPLS::GetTOprim, &NCOPLS::GetWOprim, &NCOPLS::GetPOprim})
       EXPECT_EQ(StreamOf(*(rebuilt.*get)()), StreamOf(*(model.*get)()));
@@ -223,7 +223,7 @@ TEST_P(NCOPLSRebuilt, HasTheScoresAndResidualsToTheBitButNoPredictiveYScores) {
 
 TEST_P(NCOPLSRebuilt, GoesOnAsTheUninterruptedModelToTheBit) {
   for (const int predictive : {0, 3}) {  // of no account: the size is that of the blocks
-    NCOPLS model = FittedOpls(tables_, 2, 2);
+    NCOPLS model = FittedOPLS(tables_, 2, 2);
     NCOPLS rebuilt = Rebuilt(model, predictive);
     for (NCOPLS* either : {&model, &rebuilt}) either->NextComponent(nullptr);
     for (const auto get : {&NCOPLS::GetTprim, &NCOPLS::GetUprim, &NCOPLS::GetTOprim, &NCOPLS::GetPOprim,
@@ -282,7 +282,7 @@ const Lack kLacks[] = {
 
 TEST(NCOPLSOfMatrices, IsRefusedWhereTheyLackWhatTheFilterReads) {
   const Tables tables = RelatedTables(24, 9, 3, 0.1, 5);
-  const Matrices whole(FittedOpls(tables, 2, 2));
+  const Matrices whole(FittedOPLS(tables, 2, 2));
   const auto rebuild = [&](const Matrices& m) {
     NCOPLS(&tables.X, &tables.Y, &m.W, &m.P, &m.C, &m.WO, &m.PO, &m.CO, 2, 200);
   };
@@ -300,7 +300,7 @@ TEST(NCOPLSOfMatrices, IsRefusedWhereTheyLackWhatTheFilterReads) {
 
 TEST(NCOPLSOfMatrices, IsRefusedWithABlockOfWAlone) {
   const Tables tables = RelatedTables(24, 9, 3, 0.1, 5);
-  const Matrices whole(FittedOpls(tables, 2, 0));
+  const Matrices whole(FittedOPLS(tables, 2, 0));
   const std::vector<NCDataMatrix<float>> none;
   EXPECT_EQ(MessageOf([&] {
               NCOPLS(&tables.X, &tables.Y, &whole.W, &none, &whole.C, &whole.WO, &whole.PO, &whole.CO, 2, 200);
@@ -310,7 +310,7 @@ TEST(NCOPLSOfMatrices, IsRefusedWithABlockOfWAlone) {
 
 TEST(NCOPLSOfMatrices, PredictsRowsOfTheModelsWidthAlone) {
   const Tables tables = RelatedTables(24, 9, 3, 0.1, 5);
-  NCOPLS model = FittedOpls(tables, 2, 1);
+  NCOPLS model = FittedOPLS(tables, 2, 1);
   for (const int columns : {0, 8, 10}) {
     const NCDataMatrix<float> X(3, columns, 1.0F), none(0, columns);
     EXPECT_EQ(MessageOf([&] { NCOPLSPred(&X, &model); }), kNoMatch);
@@ -320,7 +320,7 @@ TEST(NCOPLSOfMatrices, PredictsRowsOfTheModelsWidthAlone) {
 
 TEST(NCOPLSStopped, DoesNotPredictWithAComponentThatHasNoBlock) {
   const Tables tables = RelatedTables(24, 9, 3, 0.1, 5);
-  NCOPLS model = FittedOpls(tables, 2, 0);
+  NCOPLS model = FittedOPLS(tables, 2, 0);
   ProgressLog log;
   log.stopAt = 3;  // the range for the block, after the component itself
   const std::unique_ptr<NCProgress> bar = RecordingBar(&log);
@@ -334,7 +334,7 @@ TEST_F(NCOPLSTurned, IsRefusedOfAComponentThatIsNotThere) {
   const std::string text = "OPLS: the model has no such component.";
   NCOPLS model(&tables_.X, &tables_.Y, 2, 100);
   EXPECT_EQ(MessageOf([&] { model.NegatePredictiveComp(1); }), text) << "before the first component";
-  model = FittedOpls(tables_, 2, 1);
+  model = FittedOPLS(tables_, 2, 1);
   const std::string before = Everything(model);
   for (const int component : {-1, 0, 3}) EXPECT_EQ(MessageOf([&] { model.NegatePredictiveComp(component); }), text);
   for (const int component : {-1, 0, 2}) EXPECT_EQ(MessageOf([&] { model.NegateOComp(component); }), text);
@@ -348,7 +348,7 @@ TEST(NCOPLSRebuiltFromNothing, IsANewModelWithTheSizeOfItsArgument) {
   NCOPLS model(&tables.X, &tables.Y, &none, &none, &none, &empty, &empty, &empty, 2, 200);
   EXPECT_EQ(model.SizeComponents(), 0);
   model.NextComponent(nullptr);
-  EXPECT_EQ(Everything(model), Everything(FittedOpls(tables, 2, 0)));
+  EXPECT_EQ(Everything(model), Everything(FittedOPLS(tables, 2, 0)));
 }
 
 }  // namespace

@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "OplsCase.h"
+#include "OPLSCase.h"
 #include "kalmia/support/NCError.h"
 #include "testing/RandomTables.h"
 #include "testing/StreamAttacks.h"
@@ -15,7 +15,7 @@ namespace {
 
 TEST(NCOPLSPred, IsCompleteAfterConstructionForAModelWithoutOrthogonalComponents) {
   const Tables tables = RelatedTables(24, 9, 3, 0.0, 5);
-  NCOPLS model = FittedOpls(tables, 2, 0);
+  NCOPLS model = FittedOPLS(tables, 2, 0);
   NCOPLSPred prediction(&tables.X, &model);
   EXPECT_EQ(prediction.GetMaxComp(), 0);
   EXPECT_EQ(prediction.SizePComps(), 2);
@@ -30,10 +30,10 @@ INSTANTIATE_TEST_SUITE_P(YVariables, NCOPLSPredOfTheTrainingX, ::testing::Values
 
 TEST_P(NCOPLSPredOfTheTrainingX, GivesTheFitAfterEveryComponentWithTheOrthogonalPartInIt) {
   const Tables tables = RelatedTables(24, 9, GetParam(), 0.0, 5);
-  NCOPLS model = FittedOpls(tables, 1, 3);
+  NCOPLS model = FittedOPLS(tables, 1, 3);
   NCOPLSPred prediction(&tables.X, &model);
   for (int o = 0; o <= 3; ++o) {
-    NCOPLS shorter = FittedOpls(tables, 1, o);
+    NCOPLS shorter = FittedOPLS(tables, 1, o);
     // Each component is rounded to float in its product and in the sum, on both ways, in cells up to ten times larger
     // than what is left.
     EXPECT_LT(RelativeGapOf(tables.Y - *prediction.GetYPred(), shorter.GetYResiduals()), 40 * (o + 1) * 0x1p-24);
@@ -46,7 +46,7 @@ TEST_P(NCOPLSPredOfTheTrainingX, GivesTheFitAfterEveryComponentWithTheOrthogonal
 
 TEST(NCOPLSPred, OrthogonalFilterLeavesXAsTheModelDoes) {
   const Tables tables = RelatedTables(24, 9, 2, 0.1, 5);
-  NCOPLS model = FittedOpls(tables, 2, 2);
+  NCOPLS model = FittedOPLS(tables, 2, 2);
   NCOPLSPred prediction = PredictedBy(&model, tables.X);
   NCDataMatrix<float> left = prediction.GetXOrthoResiduals();
   for (int a = 1; a <= 2; ++a) left.AddVprimV((*prediction.GetTPred())[a], (*model.GetPprim())[a], -1.0F);
@@ -55,7 +55,7 @@ TEST(NCOPLSPred, OrthogonalFilterLeavesXAsTheModelDoes) {
 
 TEST(NCOPLSPred, FromMatricesIsThatFromTheModelToTheBit) {
   const Tables tables = RelatedTables(24, 9, 3, 0.1, 5);
-  NCOPLS model = FittedOpls(tables, 2, 2);
+  NCOPLS model = FittedOPLS(tables, 2, 2);
   NCOPLSPred fromModel = PredictedBy(&model, tables.X);
   NCOPLSPred fromMatrices(&tables.X, model.GetWMatrices(), model.GetPMatrices(), model.GetCMatrices(),
                           model.GetWOprim(), model.GetPOprim(), model.GetCOprim());
@@ -65,7 +65,7 @@ TEST(NCOPLSPred, FromMatricesIsThatFromTheModelToTheBit) {
 
 TEST(NCOPLSPred, ARowWithoutAnyValueHasNoScoresAndNoPredictionAndTheOthersAreUntouched) {
   const Tables tables = RelatedTables(24, 9, 3, 0.1, 5);
-  NCOPLS model = FittedOpls(tables, 2, 2);
+  NCOPLS model = FittedOPLS(tables, 2, 2);
   NCDataMatrix<float> X = RandomMatrix<float>(7, 9, 0.2, 8);
   const NCDataMatrix<float> whole = *PredictedBy(&model, X).GetYPred();
   X.SetRow(3, kHole<float>);
@@ -82,7 +82,7 @@ TEST(NCOPLSPred, ARowWithoutAnyValueHasNoScoresAndNoPredictionAndTheOthersAreUnt
 
 TEST(NCOPLSPred, RowsArePredictedOneByOneAsTogether) {
   const Tables tables = RelatedTables(24, 9, 2, 0.1, 5);
-  NCOPLS model = FittedOpls(tables, 2, 2);
+  NCOPLS model = FittedOPLS(tables, 2, 2);
   const NCDataMatrix<float> X = RandomMatrix<float>(5, 9, 0.3, 8);
   const NCDataMatrix<float> together = *PredictedBy(&model, X).GetYPred();
   for (int i = 1; i <= 5; ++i) {
@@ -94,7 +94,7 @@ TEST(NCOPLSPred, RowsArePredictedOneByOneAsTogether) {
 
 TEST(NCOPLSPred, TakesAnyNumberOfHoles) {
   const Tables tables = RelatedTables(24, 9, 2, 0.0, 5);
-  NCOPLS model = FittedOpls(tables, 2, 1);
+  NCOPLS model = FittedOPLS(tables, 2, 1);
   NCDataMatrix<float> X(1, 9);
   X(1, 6, 1.0F);
   EXPECT_EQ(PredictedBy(&model, X).GetYPred()->GetNumMisVal(), 0);
@@ -104,7 +104,7 @@ TEST(NCOPLSPred, RefusesAModelWithoutComponents) {
   const Tables tables = RelatedTables(12, 4, 2, 0.0, 5);
   NCOPLS fresh(&tables.X, &tables.Y, 1, 100);
   EXPECT_THROW(NCOPLSPred(&tables.X, &fresh), NCError);
-  const NCOPLS model = FittedOpls(tables, 1, 1);
+  const NCOPLS model = FittedOPLS(tables, 1, 1);
   using Blocks = std::vector<NCDataMatrix<float>>;
   const Blocks &W = *model.GetWMatrices(), &P = *model.GetPMatrices(), &C = *model.GetCMatrices(), none;
   for (const auto& [w, p, c] : {std::array{&none, &P, &C}, {&W, &none, &C}, {&W, &P, &none}, {&none, &none, &none}})
@@ -114,7 +114,7 @@ TEST(NCOPLSPred, RefusesAModelWithoutComponents) {
 
 TEST(NCOPLSPred, OfNoObservationsIsEmpty) {
   const Tables tables = RelatedTables(24, 9, 2, 0.0, 5);
-  NCOPLS model = FittedOpls(tables, 2, 2);
+  NCOPLS model = FittedOPLS(tables, 2, 2);
   NCOPLSPred prediction = PredictedBy(&model, NCDataMatrix<float>(0, 9));
   EXPECT_EQ(prediction.GetYPred()->SizeRows(), 0);
   EXPECT_EQ(prediction.GetXOrthoResiduals().SizeRows(), 0);
@@ -125,7 +125,7 @@ TEST(NCOPLSPred, OfNoObservationsIsEmpty) {
 TEST(NCOPLSPred, LeavesTheCallersXAloneAndCopiesGoOnOnTheirOwnAsTheOriginalDoes) {
   const Tables tables = RelatedTables(24, 9, 2, 0.1, 5);
   const auto cells = CellsOf(tables.X);
-  NCOPLS model = FittedOpls(tables, 2, 2);
+  NCOPLS model = FittedOPLS(tables, 2, 2);
   NCOPLSPred prediction(&tables.X, &model);
   const std::string before = Everything(prediction);
   NCOPLSPred copy(prediction), assigned(&tables.X, &model);

@@ -5,10 +5,10 @@
 #include <string>
 #include <vector>
 
-#include "OplsCase.h"
+#include "OPLSCase.h"
 #include "kalmia/opls/NCOPLS.h"
 #include "kalmia/support/NCError.h"
-#include "pcapls/PlainPls.h"
+#include "pcapls/PlainPLS.h"
 #include "testing/RandomTables.h"
 #include "testing/RecordingProgress.h"
 #include "testing/StreamAttacks.h"
@@ -24,7 +24,7 @@ std::string CallsOfNextComponent(NCOPLS* model) {
 }
 
 TEST(NCOPLSProgress, RunsThroughTheBlockAndNestsItInAnOrthogonalStep) {
-  NCOPLS model = FittedOpls(RelatedTables(20, 6, 2, 0.0, 1), 2, -1);
+  NCOPLS model = FittedOPLS(RelatedTables(20, 6, 2, 0.0, 1), 2, -1);
   const std::string block = "SetRange 0 10; PushSubRange 0 9; SetRange 0 1; PopSubRange; SetValue 10";
   EXPECT_EQ(CallsOfNextComponent(&model), block);
   EXPECT_EQ(CallsOfNextComponent(&model),
@@ -75,7 +75,7 @@ double CrossProductOf(const Tables& tables) {
 TEST(NCOPLSProgress, ShowsOneLessTheShareThatIsLeftAboveOneHundredth) {
   Tables tables = RelatedTables(20, 6, 1, 0.0, 1);
   for (int i = 1; i <= 20; i += 3) tables.X(i, 1 + i % 6, kHole<float>);
-  const NCOPLS onePass = FittedOpls(tables, 1, 0, /*maxIterations=*/1);
+  const NCOPLS onePass = FittedOPLS(tables, 1, 0, /*maxIterations=*/1);
   const NCDataVector<float> w = (*onePass.GetWprim())[1];
   Tables left = tables;
   left.X.AddVprimV(tables.X.SpecialNipalsRegressRowsFix(w, nullptr, 0), w, -1.0F);
@@ -95,19 +95,19 @@ TEST(NCOPLSProgress, ChangesNoNumber) {
   const Tables tables = RelatedTables(20, 6, 2, 0.1, 1);
   NCOPLS watched(&tables.X, &tables.Y, 2, 200);
   for (int o = 0; o <= 2; ++o) CallsOfNextComponent(&watched);
-  EXPECT_EQ(Everything(watched), Everything(FittedOpls(tables, 2, 2)));
+  EXPECT_EQ(Everything(watched), Everything(FittedOPLS(tables, 2, 2)));
 }
 
 TEST(NCOPLSProgress, EveryStopThrowsAndLeavesTheTablesAndOtherModelsAlone) {
   const Tables tables = RelatedTables(20, 6, 2, 0.1, 1);
   const auto x = CellsOf(tables.X);
   const auto y = CellsOf(tables.Y);
-  const NCOPLS expected = FittedOpls(tables, 2, 2);
+  const NCOPLS expected = FittedOPLS(tables, 2, 2);
   for (const int done : {-1, 0, 1}) {  // orthogonal components before the step; -1: no block either
     int questions = 0;
     for (int stopAt = 1; stopAt < 1000; ++stopAt) {
       SCOPED_TRACE("stopped at call " + std::to_string(stopAt) + " of the step after " + std::to_string(done));
-      NCOPLS model = FittedOpls(tables, 2, done);
+      NCOPLS model = FittedOPLS(tables, 2, done);
       ProgressLog log;
       log.stopAt = stopAt;
       const std::unique_ptr<NCProgress> bar = RecordingBar(&log);
@@ -122,7 +122,7 @@ TEST(NCOPLSProgress, EveryStopThrowsAndLeavesTheTablesAndOtherModelsAlone) {
       }
       EXPECT_EQ(CellsOf(tables.X), x);
       EXPECT_EQ(CellsOf(tables.Y), y);
-      model = FittedOpls(tables, 2, 2);
+      model = FittedOPLS(tables, 2, 2);
       EXPECT_EQ(Everything(model), Everything(expected)) << "assigned over, it is as good as new";
     }
     EXPECT_GT(questions, 3);

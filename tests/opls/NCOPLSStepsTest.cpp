@@ -7,8 +7,8 @@
 #include <string>
 #include <vector>
 
-#include "OplsCase.h"
-#include "SteppedOpls.h"
+#include "OPLSCase.h"
+#include "SteppedOPLS.h"
 #include "kalmia/support/NCError.h"
 #include "testing/RandomTables.h"
 #include "testing/StreamAttacks.h"
@@ -23,7 +23,7 @@ std::string StreamsOf(const std::vector<const NCDataMatrix<float>*>& matrices) {
 }
 
 /// What Everything tells of a model.
-std::string Everything(const SteppedOpls& model) {
+std::string Everything(const SteppedOPLS& model) {
   std::vector<const NCDataMatrix<float>*> matrices = {&model.T,  &model.U,  &model.TO, &model.PO,
                                                       &model.CO, &model.WO, &model.UO};
   for (const auto* blocks : {&model.W, &model.P, &model.C})
@@ -34,7 +34,7 @@ std::string Everything(const SteppedOpls& model) {
 }
 
 /// What Everything tells of the prediction of X, after `orthogonal` components one by one.
-std::string PredictionBySteps(const SteppedOpls& model, const NCDataMatrix<float>& X, int orthogonal) {
+std::string PredictionBySteps(const SteppedOPLS& model, const NCDataMatrix<float>& X, int orthogonal) {
   NCDataMatrix<float> left, Y, T, TO;
   left.CopyContent(X);
   const auto scores = [](NCDataMatrix<float>* table, const NCDataVector<float>& along,
@@ -120,7 +120,7 @@ TEST_P(NCOPLSStepByStep, GivesTheBitsOfTheModel) {
   for (const int threads : {1, 2}) {
     const Threads team(threads);
     NCOPLS model(&tables_.X, &tables_.Y, GetParam().predictive, 200);
-    SteppedOpls stepped(tables_.X, tables_.Y, GetParam().predictive, 200);
+    SteppedOPLS stepped(tables_.X, tables_.Y, GetParam().predictive, 200);
     for (int o = 0; o <= 3; ++o) {
       model.NextComponent(nullptr);
       stepped.NextComponent();
@@ -130,7 +130,7 @@ TEST_P(NCOPLSStepByStep, GivesTheBitsOfTheModel) {
 }
 
 TEST_P(NCOPLSStepByStep, GivesTheBitsOfARebuiltModelThatGoesOnAndOfThePrediction) {
-  SteppedOpls stepped(tables_.X, tables_.Y, GetParam().predictive, 200);
+  SteppedOPLS stepped(tables_.X, tables_.Y, GetParam().predictive, 200);
   for (int o = 0; o <= 2; ++o) stepped.NextComponent();
   const Tables others = RelatedTables(GetParam().rows, GetParam().xVariables, GetParam().yVariables, 0.0, 4);
   for (const int threads : {1, 2})
@@ -138,7 +138,7 @@ TEST_P(NCOPLSStepByStep, GivesTheBitsOfARebuiltModelThatGoesOnAndOfThePrediction
       const Threads team(threads);
       NCOPLS model(&tables.X, &tables.Y, &stepped.W, &stepped.P, &stepped.C, &stepped.WO, &stepped.PO, &stepped.CO,
                    7, 200);
-      SteppedOpls rebuilt(tables.X, tables.Y, 7, 200);
+      SteppedOPLS rebuilt(tables.X, tables.Y, 7, 200);
       rebuilt.CatchUp(stepped);
       EXPECT_TRUE(Everything(model) == Everything(rebuilt)) << threads << " threads";
       model.NextComponent(nullptr);
@@ -165,8 +165,8 @@ std::string BitsOf(const NCDataMatrix<float>& matrix) {
 TEST(NCOPLSOfAnInfinity, HasNumbersWhereTheStepsHaveThem) {
   Tables tables = RelatedTables(24, 9, 1, 0.0, 3);
   tables.X(3, 3, std::numeric_limits<float>::infinity());
-  NCOPLS model = FittedOpls(tables, 1, 1);
-  SteppedOpls stepped(tables.X, tables.Y, 1, 200);
+  NCOPLS model = FittedOPLS(tables, 1, 1);
+  SteppedOPLS stepped(tables.X, tables.Y, 1, 200);
   for (int o = 0; o <= 1; ++o) stepped.NextComponent();
   EXPECT_EQ(BitsOf(*model.GetTprim()), BitsOf(stepped.T));
   EXPECT_EQ(BitsOf(*model.GetTOprim()), BitsOf(stepped.TO));
@@ -178,7 +178,7 @@ TEST(NCOPLSOfOneRow, EndsWhereTheStepsEnd) {
   for (const int yVariables : {1, 2}) {
     const Tables tables = RelatedTables(1, 9, yVariables, 0.0, 3);
     NCOPLS model(&tables.X, &tables.Y, 1, 200);
-    SteppedOpls stepped(tables.X, tables.Y, 1, 200);
+    SteppedOPLS stepped(tables.X, tables.Y, 1, 200);
     const auto stepsUntilTheEnd = [](const std::function<void()>& next) {
       for (int step = 0; step < 3; ++step) {
         try {

@@ -6,11 +6,11 @@
 #include <string>
 #include <vector>
 
-#include "OplsCase.h"
+#include "OPLSCase.h"
 #include "kalmia/opls/NCOPLSPred.h"
 #include "kalmia/pcapls/NCPLS.h"
 #include "kalmia/pcapls/NCPLSPred.h"
-#include "pcapls/PlainPls.h"
+#include "pcapls/PlainPLS.h"
 #include "testing/RandomTables.h"
 
 namespace {
@@ -27,9 +27,9 @@ class NCOPLSOfOneY : public ::testing::TestWithParam<int> {  // orthogonal compo
 
 INSTANTIATE_TEST_SUITE_P(OrthogonalComponents, NCOPLSOfOneY, ::testing::Values(0, 1, 2, 4));
 
-TEST_P(NCOPLSOfOneY, PredictsAsPlsDoesWithThatManyComponentsAndOneMore) {
+TEST_P(NCOPLSOfOneY, PredictsAsPLSDoesWithThatManyComponentsAndOneMore) {
   const int orthogonal = GetParam();
-  NCOPLS opls = FittedOpls(tables_, 1, orthogonal);
+  NCOPLS opls = FittedOPLS(tables_, 1, orthogonal);
   NCPLS pls(&tables_.X, &tables_.Y, 200);
   for (int a = 0; a <= orthogonal; ++a) AddComponent(&pls);
   for (const NCDataMatrix<float>& X : {tables_.X, RelatedTables(10, 9, 1, 0.0, 4).X}) {
@@ -68,7 +68,7 @@ class NCOPLSOfOneCentredY : public ::testing::TestWithParam<int> {  // orthogona
 INSTANTIATE_TEST_SUITE_P(OrthogonalComponents, NCOPLSOfOneCentredY, ::testing::Values(1, 2, 4));
 
 TEST_P(NCOPLSOfOneCentredY, OrthogonalScoresAreUncorrelatedWithY) {
-  const NCOPLS opls = FittedOpls(tables_, 1, GetParam());
+  const NCOPLS opls = FittedOPLS(tables_, 1, GetParam());
   const NCDataVector<float> y = tables_.Y.GetColumn(1);
   for (int o = 1; o <= GetParam(); ++o)
     // Each cell of the scores is rounded, and so are the weights, the filtered table and its scores beneath it.
@@ -76,7 +76,7 @@ TEST_P(NCOPLSOfOneCentredY, OrthogonalScoresAreUncorrelatedWithY) {
 }
 
 TEST_P(NCOPLSOfOneCentredY, OrthogonalScoresAreUncorrelatedWithEachOtherAndWithThePredictiveOnes) {
-  const NCOPLS opls = FittedOpls(tables_, 1, GetParam());
+  const NCOPLS opls = FittedOPLS(tables_, 1, GetParam());
   std::vector<NCDataVector<float>> scores = {(*opls.GetTprim())[1]};
   for (int o = 1; o <= GetParam(); ++o) scores.push_back((*opls.GetTOprim())[o]);
   for (std::size_t a = 0; a < scores.size(); ++a)
@@ -85,7 +85,7 @@ TEST_P(NCOPLSOfOneCentredY, OrthogonalScoresAreUncorrelatedWithEachOtherAndWithT
 }
 
 TEST_P(NCOPLSOfOneCentredY, TheYScoresOfAnOrthogonalComponentAreMissingForItHasNothingToDoWithY) {
-  const NCOPLS opls = FittedOpls(tables_, 1, GetParam());
+  const NCOPLS opls = FittedOPLS(tables_, 1, GetParam());
   for (int o = 1; o <= GetParam(); ++o) {
     EXPECT_EQ((*opls.GetUOprim())[o].GetNumMisVal(), 24);
     for (const auto* matrix : {opls.GetTOprim(), opls.GetPOprim(), opls.GetCOprim(), opls.GetWOprim()})
@@ -95,7 +95,7 @@ TEST_P(NCOPLSOfOneCentredY, TheYScoresOfAnOrthogonalComponentAreMissingForItHasN
 
 TEST(NCOPLS, WeightOfOneYIsTheNormalisedProductOfYAndX) {
   const Tables tables = RelatedTables(24, 9, 1, 0.0, 3);
-  const NCOPLS opls = FittedOpls(tables, 1, 0);
+  const NCOPLS opls = FittedOPLS(tables, 1, 0);
   plain::Vector w;
   for (const plain::Vector& column : plain::Transposed(plain::TableOf(tables.X)))
     w.push_back(plain::Dot(plain::VectorOf(tables.Y.GetColumn(1)), column));
@@ -127,7 +127,7 @@ INSTANTIATE_TEST_SUITE_P(, NCOPLSOnTables, ::testing::ValuesIn(kShapes),
                          [](const ::testing::TestParamInfo<Shape>& info) { return info.param.name; });
 
 TEST_P(NCOPLSOnTables, PredictivePartOrthogonalPartAndResidualsGiveTheTablesBack) {
-  const NCOPLS opls = FittedOpls(tables_, GetParam().predictive, 2);
+  const NCOPLS opls = FittedOPLS(tables_, GetParam().predictive, 2);
   const NCDataMatrix<float> x = PartOf(*opls.GetTprim(), *opls.GetPprim()) +
                                 PartOf(*opls.GetTOprim(), *opls.GetPOprim()) + opls.GetXResiduals();
   const NCDataMatrix<float> y = PartOf(*opls.GetTprim(), *opls.GetCprim()) +
@@ -139,7 +139,7 @@ TEST_P(NCOPLSOnTables, PredictivePartOrthogonalPartAndResidualsGiveTheTablesBack
 }
 
 TEST_P(NCOPLSOnTables, EveryComponentStandsInARowAndEveryBlockIsKept) {
-  const NCOPLS opls = FittedOpls(tables_, GetParam().predictive, 2);
+  const NCOPLS opls = FittedOPLS(tables_, GetParam().predictive, 2);
   const auto [name, N, K, M, holes, A] = GetParam();
   EXPECT_EQ(opls.SizeComponents(), A);
   EXPECT_EQ(opls.SizeOrthogonalComponents(), 2);
@@ -163,7 +163,7 @@ TEST_P(NCOPLSOnTables, EveryComponentStandsInARowAndEveryBlockIsKept) {
 }
 
 TEST_P(NCOPLSOnTables, WeightsHaveUnitLengthAndOrthogonalOnesStandAtRightAnglesToTheBlockBeforeThem) {
-  const NCOPLS opls = FittedOpls(tables_, GetParam().predictive, 2);
+  const NCOPLS opls = FittedOPLS(tables_, GetParam().predictive, 2);
   for (const NCDataMatrix<float>& W : *opls.GetWMatrices())
     for (int a = 1; a <= W.SizeRows(); ++a) EXPECT_NEAR(static_cast<double>(W[a].GetSS()), 1.0, 4 * kUnit);
   for (int o = 1; o <= 2; ++o) {
@@ -179,13 +179,13 @@ TEST_P(NCOPLSOnTables, WeightsHaveUnitLengthAndOrthogonalOnesStandAtRightAnglesT
 TEST_P(NCOPLSOnTables, LeavesTheCallersTablesAlone) {
   const auto x = CellsOf(tables_.X);
   const auto y = CellsOf(tables_.Y);
-  FittedOpls(tables_, GetParam().predictive, 2);
+  FittedOPLS(tables_, GetParam().predictive, 2);
   EXPECT_EQ(CellsOf(tables_.X), x);
   EXPECT_EQ(CellsOf(tables_.Y), y);
 }
 
 TEST_P(NCOPLSOnTables, CountsOfHolesStayExact) {
-  const NCOPLS opls = FittedOpls(tables_, GetParam().predictive, 2);
+  const NCOPLS opls = FittedOPLS(tables_, GetParam().predictive, 2);
   EXPECT_TRUE(HasExactCounts(opls.GetXResiduals()));
   EXPECT_TRUE(HasExactCounts(opls.GetYResiduals()));
   for (const auto* matrix : {opls.GetTprim(), opls.GetUprim(), opls.GetTOprim(), opls.GetUOprim(), opls.GetWprim()})
@@ -202,7 +202,7 @@ TEST_P(NCOPLSOnTables, CopiesAreModelsOfTheirOwnAndGoOnAsTheOriginalDoes) {
   };
   for (const int orthogonal : {-1, 1}) {  // -1: no block either
     SCOPED_TRACE(orthogonal);
-    NCOPLS opls = FittedOpls(tables_, GetParam().predictive, orthogonal);
+    NCOPLS opls = FittedOPLS(tables_, GetParam().predictive, orthogonal);
     const std::string before = Everything(opls);
     NCOPLS copy(opls), assigned(&tables_.Y, &tables_.Y, 1, 1);
     assigned = opls;

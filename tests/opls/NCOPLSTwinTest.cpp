@@ -3,8 +3,8 @@
 
 #include <string>
 
-#include "OplsCase.h"
-#include "PlainOpls.h"
+#include "OPLSCase.h"
+#include "PlainOPLS.h"
 #include "testing/RandomTables.h"
 
 namespace {
@@ -45,8 +45,8 @@ TEST_P(NCOPLSBesideItsTwin, HasItsBlocksAndOrthogonalComponentsAndPredictsAlike)
   // Two rounds of principal components that need more, and two passes, so that both sides do the same number.
   const int limit = 2;
   const int orthogonal = 2;
-  NCOPLS model = FittedOpls(tables, shape.predictive, orthogonal, limit);
-  const plain::Opls twin(plain::TableOf(tables.X), plain::TableOf(tables.Y), shape.predictive, orthogonal, limit,
+  NCOPLS model = FittedOPLS(tables, shape.predictive, orthogonal, limit);
+  const plain::OPLS twin(plain::TableOf(tables.X), plain::TableOf(tables.Y), shape.predictive, orthogonal, limit,
                          limit);
   // Some ten roundings to float in a row, 2^-24 each, in what a component stands on; a component takes up to 90 % of
   // what is left, which makes an error ten times as large in relation, once for each of the components before it.

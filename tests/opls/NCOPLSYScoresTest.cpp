@@ -4,7 +4,7 @@
 #include <cmath>
 #include <limits>
 
-#include "OplsCase.h"
+#include "OPLSCase.h"
 #include "kalmia/opls/NCOPLS.h"
 #include "testing/RandomTables.h"
 
@@ -17,12 +17,12 @@ constexpr float kInfinity = std::numeric_limits<float>::infinity();
 int MissingYScoresOf(const NCOPLS& model) { return (*model.GetUOprim())[1].GetNumMisVal(); }
 
 TEST(NCOPLSYScores, AreNumbersOfAComponentThatHasToDoWithY) {
-  EXPECT_EQ(MissingYScoresOf(FittedOpls(RelatedTables(kRows, 9, 3, 0.0, 5), 1, 1)), 0);
+  EXPECT_EQ(MissingYScoresOf(FittedOPLS(RelatedTables(kRows, 9, 3, 0.0, 5), 1, 1)), 0);
 }
 
 TEST(NCOPLSYScores, OfARebuiltModelAreNumbersWhereTheModelHadThemMissing) {
   const Tables tables = RelatedTables(kRows, 9, 1, 0.0, 5);
-  const NCOPLS model = FittedOpls(tables, 1, 1);
+  const NCOPLS model = FittedOPLS(tables, 1, 1);
   ASSERT_EQ(MissingYScoresOf(model), kRows);
   const NCOPLS rebuilt(&tables.X, &tables.Y, model.GetWMatrices(), model.GetPMatrices(), model.GetCMatrices(),
                        model.GetWOprim(), model.GetPOprim(), model.GetCOprim(), 1, 200);
@@ -35,7 +35,7 @@ NCOPLS ModelOfRelation(float relation, float xUnit, float yUnit) {
   const NCDataMatrix<float> X = MatrixOf<float>({{1, 0}, {1, xUnit}, {-1, 0}, {0, xUnit}});
   const float little = relation * yUnit;
   const NCDataMatrix<float> Y = MatrixOf<float>({{yUnit, 0}, {0, little}, {-yUnit, 0}, {0, little}});
-  return FittedOpls({X, Y}, 1, 1);
+  return FittedOPLS({X, Y}, 1, 1);
 }
 
 TEST(NCOPLSYScores, AreMissingBelowAMillionthOverTheRootOfTheVariablesInWhateverUnits) {
@@ -66,9 +66,9 @@ Tables InUnits(float xUnit, float yUnit) {
 
 TEST(NCOPLSYScores, AreMissingWhereTheRelationIsInfinite) {
   const int holes = RelatedTables(kRows, 9, 1, 0.1, 5).Y.GetNumMisVal();
-  const NCOPLS finite = FittedOpls(InUnits(1e-10F, 1.0F), 1, 1);
+  const NCOPLS finite = FittedOPLS(InUnits(1e-10F, 1.0F), 1, 1);
   EXPECT_EQ(MissingYScoresOf(finite), holes) << "rows without Y alone";
-  const NCOPLS infinite = FittedOpls(InUnits(1e-10F, 1e30F), 1, 1);  // Y per X is beyond the floats
+  const NCOPLS infinite = FittedOPLS(InUnits(1e-10F, 1e30F), 1, 1);  // Y per X is beyond the floats
   ASSERT_TRUE(std::isinf((*infinite.GetCOprim())[1][1]));
   EXPECT_EQ(MissingYScoresOf(infinite), kRows);
 }
@@ -76,14 +76,14 @@ TEST(NCOPLSYScores, AreMissingWhereTheRelationIsInfinite) {
 TEST(NCOPLSYScores, AreMissingWhereTheRelationIsNoNumber) {
   Tables tables = RelatedTables(kRows, 9, 1, 0.0, 3);
   tables.X(3, 3, kInfinity);
-  const NCOPLS model = FittedOpls(tables, 1, 1);
+  const NCOPLS model = FittedOPLS(tables, 1, 1);
   ASSERT_TRUE(std::isnan((*model.GetCOprim())[1][1]));
   EXPECT_EQ(MissingYScoresOf(model), kRows);
 }
 
 TEST(NCOPLSYScores, AreMissingWhereTheComponentHasNoScores) {
   // The predictive component takes all of the only variable; the root of its missing sums of squares is no number.
-  const NCOPLS model = FittedOpls(RelatedTables(kRows, 1, 1, 0.0, 3), 1, 1);
+  const NCOPLS model = FittedOPLS(RelatedTables(kRows, 1, 1, 0.0, 3), 1, 1);
   EXPECT_EQ((*model.GetTOprim())[1].GetNumMisVal(), kRows);
   EXPECT_EQ((*model.GetCOprim())[1].GetSS(), static_cast<long double>(kHole<float>));
   EXPECT_EQ(MissingYScoresOf(model), kRows);

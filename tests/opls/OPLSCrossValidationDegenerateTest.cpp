@@ -1,7 +1,7 @@
 // Cross-validations with rounds whose tables carry nothing: what each leads to.
 #include <gtest/gtest.h>
 
-#include "OplsCase.h"
+#include "OPLSCase.h"
 #include "kalmia/support/NCError.h"
 #include "testing/Ints.h"
 #include "testing/RandomTables.h"

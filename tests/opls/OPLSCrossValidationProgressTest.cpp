@@ -4,7 +4,7 @@
 #include <memory>
 #include <string>
 
-#include "OplsCase.h"
+#include "OPLSCase.h"
 #include "kalmia/support/NCError.h"
 #include "testing/RandomTables.h"
 #include "testing/RecordingProgress.h"

@@ -5,8 +5,8 @@
 #include <string>
 #include <vector>
 
-#include "OplsCase.h"
-#include "OplsRounds.h"
+#include "OPLSCase.h"
+#include "OPLSRounds.h"
 #include "testing/Ints.h"
 #include "testing/RandomTables.h"
 

@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "OplsCase.h"
+#include "OPLSCase.h"
 #include "kalmia/pcapls/PCACrossValidation.h"
 #include "kalmia/support/NCError.h"
 #include "testing/Ints.h"

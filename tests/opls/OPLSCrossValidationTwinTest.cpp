@@ -4,8 +4,8 @@
 #include <cmath>
 #include <string>
 
-#include "OplsCase.h"
-#include "PlainOpls.h"
+#include "OPLSCase.h"
+#include "PlainOPLS.h"
 #include "kalmia/pcapls/PCACrossValidation.h"
 
 namespace {
@@ -50,7 +50,7 @@ TEST_P(OPLSCrossValidationOnTables, Q2IsThatOfATwinInDoubleThatLeavesEachGroupOu
     SCOPED_TRACE(std::to_string(o) + " orthogonal components");
     plain::Table errors = Y;
     for (int group = 0; group < rounds; ++group) {
-      const plain::Opls model(RowsOf(X, groups, group, false), RowsOf(Y, groups, group, false), shape.predictive, o,
+      const plain::OPLS model(RowsOf(X, groups, group, false), RowsOf(Y, groups, group, false), shape.predictive, o,
                               /*rounds=*/1000, /*passes=*/200);
       plain::Table predicted = model.Predict(RowsOf(X, groups, group, true));
       auto row = predicted.begin();

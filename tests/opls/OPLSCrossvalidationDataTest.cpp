@@ -5,11 +5,11 @@
 #include <sstream>
 #include <string>
 
-#include "OplsCase.h"
+#include "OPLSCase.h"
 #include "kalmia/support/VexStream.h"
 #include "testing/RandomTables.h"
 #include "testing/StreamAttacks.h"
-#include "testing/StreamedOplsData.h"
+#include "testing/StreamedOPLSData.h"
 
 namespace {
 
@@ -26,9 +26,9 @@ bool IsEmpty(const OPLSCrossvalidationData& data) {
          data.WOPerRound.empty() && data.POPerRound.empty() && data.COPerRound.empty() && data.SSY.Size() == 0;
 }
 
-StreamAttacks<StreamedOplsData> Attacks() {
-  StreamAttacks<StreamedOplsData> attacks;
-  attacks.refused = [](const StreamedOplsData& stored) { EXPECT_TRUE(IsEmpty(stored.data)); };
+StreamAttacks<StreamedOPLSData> Attacks() {
+  StreamAttacks<StreamedOPLSData> attacks;
+  attacks.refused = [](const StreamedOPLSData& stored) { EXPECT_TRUE(IsEmpty(stored.data)); };
   return attacks;
 }
 
@@ -163,7 +163,7 @@ TEST(OPLSCrossvalidationData, CopiesAreDeep) {
 
 /// A stream with one matrix in each vector but for W, whose single round has two.
 std::string SmallStream() {
-  StreamedOplsData stored;
+  StreamedOPLSData stored;
   stored.data = OPLSCrossvalidationData(1, MatrixOf<float>({{1, 2}}));
   stored.data.WMatricesPerRound[0] = {MatrixOf<float>({{1, kHole<float>}}), MatrixOf<float>({{2, 3}})};
   stored.data.WOPerRound[0] = MatrixOf<float>({{4, 5}});

@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "PCAValidationCase.h"
-#include "PlainPca.h"
+#include "PlainPCA.h"
 #include "kalmia/pcapls/NCPCA.h"
 #include "kalmia/support/NCError.h"
 #include "testing/Ints.h"

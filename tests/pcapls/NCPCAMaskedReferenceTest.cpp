@@ -11,7 +11,7 @@
 #include <memory>
 #include <string>
 
-#include "PlainPca.h"
+#include "PlainPCA.h"
 #include "RealTables.h"
 #include "kalmia/pcapls/NCPCA.h"
 #include "testing/RandomTables.h"

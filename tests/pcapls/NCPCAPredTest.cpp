@@ -7,7 +7,7 @@
 #include <cmath>
 
 #include "PCAValidationCase.h"
-#include "PlainPls.h"
+#include "PlainPLS.h"
 #include "kalmia/pcapls/NCPCA.h"
 #include "kalmia/pcapls/ScoreEstimator.h"
 #include "testing/RandomTables.h"

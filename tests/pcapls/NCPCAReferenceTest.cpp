@@ -5,7 +5,7 @@
 #include <ostream>
 #include <string>
 
-#include "PlainPca.h"
+#include "PlainPCA.h"
 #include "RealTables.h"
 #include "kalmia/pcapls/NCPCA.h"
 

@@ -10,7 +10,7 @@
 #include <vector>
 
 #include "PCAValidationCase.h"
-#include "PlainPca.h"
+#include "PlainPCA.h"
 #include "testing/Ints.h"
 #include "testing/RandomTables.h"
 #include "testing/StreamAttacks.h"
@@ -60,7 +60,7 @@ TEST_P(NCPCAOnTables, EachComponentIsThatOfThePlainAlgorithmInDouble) {
     SCOPED_TRACE("component " + std::to_string(a));
     const plain::Table X = plain::TableOf(*model_.GetResiduals());
     AddComponent(&model_);
-    const plain::PrincipalComponent twin = plain::FitPca(X, {model_.GetIterations()});
+    const plain::PrincipalComponent twin = plain::FitPCA(X, {model_.GetIterations()});
     // A round rounds p and t to float, 2^-24 of their length each, and takes half or more of the error of the round
     // before away; tables with holes amplify it by at most the third below a denominator: 2 * 2 * 3, and some.
     EXPECT_LT(plain::RelativeGap(plain::VectorOf((*model_.GetPprim())[a]), twin.p), 16 * 0x1p-24);
@@ -199,7 +199,7 @@ TEST(NCPCA, StartsFromTheScoresThatAreGiven) {
   NCPCA model(&X, 2);
   model.NextComponent(nullptr, nullptr, 0, &start);
   const plain::Vector cells = plain::VectorOf(start);
-  const plain::PrincipalComponent twin = plain::FitPca(plain::TableOf(X), {2, &cells});
+  const plain::PrincipalComponent twin = plain::FitPCA(plain::TableOf(X), {2, &cells});
   // As against the plain algorithm above: two rounds.
   EXPECT_LT(plain::RelativeGap(plain::VectorOf((*model.GetTprim())[1]), twin.t), 16 * 0x1p-24);
   EXPECT_LT(plain::RelativeGap(plain::VectorOf((*model.GetPprim())[1]), twin.p), 16 * 0x1p-24);
@@ -265,7 +265,7 @@ TEST(NCPCA, LeavesOutTheVariablesOfAGroupAndEmptiesTheirColumnsAfterwards) {
   NCDataMatrix<float> without = X;
   for (const int k : {2, 5}) without.SetColumn(k, kMissing);
   const plain::Vector start = plain::VectorOf(X.GetNIPALSStartColumn());
-  const plain::PrincipalComponent twin = plain::FitPca(plain::TableOf(without), {model.GetIterations(), &start});
+  const plain::PrincipalComponent twin = plain::FitPCA(plain::TableOf(without), {model.GetIterations(), &start});
   EXPECT_LT(plain::RelativeGap(plain::VectorOf(p), twin.p), 16 * 0x1p-24);
   EXPECT_LT(plain::RelativeGap(plain::VectorOf((*model.GetTprim())[1]), twin.t), 16 * 0x1p-24);
 

@@ -1,7 +1,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "PlainPls.h"
+#include "PlainPLS.h"
 #include "RelatedTables.h"
 #include "kalmia/pcapls/NCPLS.h"
 #include "testing/RandomTables.h"

@@ -9,7 +9,7 @@
 #include <string>
 #include <type_traits>
 
-#include "PlainPls.h"
+#include "PlainPLS.h"
 #include "kalmia/pcapls/NCPLS.h"
 #include "testing/RandomTables.h"
 

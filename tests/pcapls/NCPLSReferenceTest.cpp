@@ -10,7 +10,7 @@
 #include <tuple>
 #include <vector>
 
-#include "PlainPls.h"
+#include "PlainPLS.h"
 #include "RealTables.h"
 #include "kalmia/pcapls/NCPLS.h"
 

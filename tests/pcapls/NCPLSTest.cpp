@@ -7,7 +7,7 @@
 #include <memory>
 #include <string>
 
-#include "PlainPls.h"
+#include "PlainPLS.h"
 #include "RelatedTables.h"
 #include "kalmia/support/LanguageString.h"
 #include "kalmia/support/NCError.h"

@@ -8,7 +8,7 @@
 #include <vector>
 
 #include "PCAValidationCase.h"
-#include "PlainPca.h"
+#include "PlainPCA.h"
 #include "testing/RandomTables.h"
 #include "testing/StreamAttacks.h"
 
@@ -47,14 +47,14 @@ plain::Table ErrorsOfTwin(const plain::Table& X, const plain::Vector& p, const p
     for (std::size_t i = 0; i < X.size(); ++i)
       if (groupOf(i) != group) rest.push_back(X[i]);
     const plain::Vector scoresOfRest = plain::RegressRows(rest, p);
-    plain::Vector loading = plain::FitPca(rest, {roundsOfIteration, &scoresOfRest, /*endsWhenConverged=*/true}).p;
+    plain::Vector loading = plain::FitPCA(rest, {roundsOfIteration, &scoresOfRest, /*endsWhenConverged=*/true}).p;
     if (plain::Dot(loading, p) < 0)
       for (double& cell : loading) cell = -cell;
     loadings.push_back(loading);
 
     std::vector<bool> isLeftOut;
     for (std::size_t j = 0; j < variables; ++j) isLeftOut.push_back(groupOf(j) == group);
-    plain::Vector score = plain::FitPca(X, {roundsOfIteration, &t, /*endsWhenConverged=*/true, isLeftOut}).t;
+    plain::Vector score = plain::FitPCA(X, {roundsOfIteration, &t, /*endsWhenConverged=*/true, isLeftOut}).t;
     const auto leftOut = std::count(isLeftOut.begin(), isLeftOut.end(), true);
     double scale = std::sqrt(static_cast<double>(variables) / static_cast<double>(variables - leftOut));
     if (plain::Dot(score, t) < 0) scale = -scale;

@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "CrossValidationCase.h"
-#include "PlainPls.h"
+#include "PlainPLS.h"
 #include "kalmia/pcapls/NCPLSPred.h"
 #include "kalmia/pcapls/PCACrossValidation.h"
 #include "kalmia/pcapls/PLSCrossValidation.h"

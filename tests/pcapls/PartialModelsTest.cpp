@@ -80,18 +80,18 @@ std::unique_ptr<Model> ReadBack(const Model& written) {
 
 // ---- PLS: X, Y, C, P, W, U, T
 
-enum PlsPart : unsigned { kX = 1, kY = 2, kC = 4, kP = 8, kW = 16, kU = 32, kT = 64, kAll = 127 };
+enum PLSPart : unsigned { kX = 1, kY = 2, kC = 4, kP = 8, kW = 16, kU = 32, kT = 64, kAll = 127 };
 
 std::vector<const Matrix*> PartsOf(const NCPLS& model) {
   return {model.GetXResiduals(), model.GetYResiduals(), model.GetCprim(), model.GetPprim(),
           model.GetWprim(),      model.GetUprim(),      model.GetTprim()};
 }
 
-std::unique_ptr<NCPLS> RestoredPls(const Parts& parts) {
+std::unique_ptr<NCPLS> RestoredPLS(const Parts& parts) {
   return std::make_unique<NCPLS>(&parts[0], &parts[1], &parts[2], &parts[3], &parts[4], &parts[5], &parts[6], 50);
 }
 
-Parts PartsOfAPls() {
+Parts PartsOfAPLS() {
   const Matrix X = RandomMatrix<float>(kObservations, kXVariables, 0.1, 1);
   const Matrix Y = RandomMatrix<float>(kObservations, kYVariables, 0.1, 2);
   NCPLS model(&X, &Y, 50);
@@ -105,15 +105,15 @@ Parts PartsOfAPls() {
 }
 
 TEST(PartialPLS, IsReadBackWhicheverPartsAreAbsent) {
-  ForEachSubset(PartsOfAPls(), [](unsigned, const Parts& parts) {
-    const auto written = RestoredPls(parts);
+  ForEachSubset(PartsOfAPLS(), [](unsigned, const Parts& parts) {
+    const auto written = RestoredPLS(parts);
     EXPECT_EQ(CellsOfEach(PartsOf(*ReadBack(*written))), CellsOfEach(PartsOf(*written)));
   });
 }
 
 TEST(PartialPLS, GivesCoefficientsWithWeightsAndBothLoadingsAndRefusesThemOtherwise) {
-  ForEachSubset(PartsOfAPls(), [](unsigned absent, const Parts& parts) {
-    const auto model = ReadBack(*RestoredPls(parts));
+  ForEachSubset(PartsOfAPLS(), [](unsigned absent, const Parts& parts) {
+    const auto model = ReadBack(*RestoredPLS(parts));
     EXPECT_EQ(Throws([&] { model->GetWStarPrim(); }), !(absent & kW) && (absent & kP)) << "without W there is no W*";
     const bool hasNone = (absent & kW) && (absent & kC);
     const bool isRefused = !hasNone && (absent & (kW | kP | kC));
@@ -148,15 +148,15 @@ TEST(PartialPLS, ReadsTheRowsOfPBelowTheLastOfWForItsWeights) {
 }
 
 TEST(PartialPLS, RefusesCoefficientsOfMoreOrFewerComponentsThanItMayHave) {
-  const auto model = RestoredPls(PartsOfAPls());
+  const auto model = RestoredPLS(PartsOfAPLS());
   for (const int components : {3, 1000, -2, std::numeric_limits<int>::min()})
     EXPECT_THROW(model->GetRegressionCoefficients(components), NCError) << components;
 }
 
 TEST(PartialPLS, PredictsWithWeightsAndBothLoadingsAndRefusesToOtherwise) {
   const Matrix X = RandomMatrix<float>(3, kXVariables, 0.1, 5);
-  ForEachSubset(PartsOfAPls(), [&X](unsigned absent, const Parts& parts) {
-    const auto model = ReadBack(*RestoredPls(parts));
+  ForEachSubset(PartsOfAPLS(), [&X](unsigned absent, const Parts& parts) {
+    const auto model = ReadBack(*RestoredPLS(parts));
     const bool isRefused = !(absent & kP) && (absent & (kW | kC));
     EXPECT_EQ(Throws([&] {
                 NCPLSPred prediction(&X, model->GetWprim(), model->GetPprim(), model->GetCprim(), 0.9F);
@@ -167,8 +167,8 @@ TEST(PartialPLS, PredictsWithWeightsAndBothLoadingsAndRefusesToOtherwise) {
 }
 
 TEST(PartialPLS, TurnsTheComponentsThatAreThere) {
-  ForEachSubset(PartsOfAPls(), [](unsigned, const Parts& parts) {
-    const auto model = ReadBack(*RestoredPls(parts));
+  ForEachSubset(PartsOfAPLS(), [](unsigned, const Parts& parts) {
+    const auto model = ReadBack(*RestoredPLS(parts));
     model->FlipComponent(2);
     for (std::size_t i = 2; i < parts.size(); ++i) {
       if (parts[i].SizeRows() == 0) continue;
@@ -181,14 +181,14 @@ TEST(PartialPLS, TurnsTheComponentsThatAreThere) {
 }
 
 TEST(PartialPLS, IsExtendedWhereXAndYAreThereAndReadBackAgain) {
-  const Parts whole = PartsOfAPls();
-  const auto complete = RestoredPls(whole);
+  const Parts whole = PartsOfAPLS();
+  const auto complete = RestoredPLS(whole);
   complete->NextComponent(nullptr, nullptr, /*quiet=*/true, /*strict=*/true);
   complete->CalculateResiduals();
   ForEachSubset(whole, [&](unsigned absent, const Parts& parts) {
     for (const bool isRead : {false, true}) {
       SCOPED_TRACE(isRead);
-      auto model = RestoredPls(parts);
+      auto model = RestoredPLS(parts);
       if (isRead) model = ReadBack(*model);
       const auto before = CellsOfEach(PartsOf(*model));
       const int components = model->GetComponents();
@@ -198,7 +198,7 @@ TEST(PartialPLS, IsExtendedWhereXAndYAreThereAndReadBackAgain) {
       const Matrix Y = isNewestThere && !(absent & kY) ? Deflated(parts[1], parts[6], parts[2], 2) : parts[1];
       EXPECT_EQ(CellsOf(*model->GetXResiduals()), CellsOf(X));
       EXPECT_EQ(CellsOf(*model->GetYResiduals()), CellsOf(Y));
-      model = RestoredPls(parts);
+      model = RestoredPLS(parts);
       if (isRead) model = ReadBack(*model);
       const auto next = [&] { model->NextComponent(nullptr, nullptr, /*quiet=*/true, /*strict=*/false); };
       if (absent & (kX | kY)) {
@@ -231,8 +231,8 @@ TEST(PartialPLS, IsExtendedWhereXAndYAreThereAndReadBackAgain) {
 
 TEST(PartialPLS, IsNotCrossValidatedWithOneTableAlone) {
   const NCDataVector<float> w = RandomVector<float>(kXVariables, 0, 7);
-  ForEachSubset(PartsOfAPls(), [&](unsigned absent, const Parts& parts) {
-    const auto model = ReadBack(*RestoredPls(parts));
+  ForEachSubset(PartsOfAPLS(), [&](unsigned absent, const Parts& parts) {
+    const auto model = ReadBack(*RestoredPLS(parts));
     PLSCrossValidation validation(model.get(), 3, nullptr);
     const NCDataVector<float> ssY(parts[1].SizeColumns(), 1.0F);
     const auto validate = [&] { validation.NextComponent(&w, 20, ssY, nullptr, /*quiet=*/true); };
@@ -252,7 +252,7 @@ Parts WithoutSecondRowOf(Parts parts, std::size_t part) {
 TEST(PartialPLS, IsReadBackWhicheverPartLacksARow) {
   for (std::size_t part = 2; part < 7; ++part) {
     SCOPED_TRACE(part);
-    const auto written = RestoredPls(WithoutSecondRowOf(PartsOfAPls(), part));
+    const auto written = RestoredPLS(WithoutSecondRowOf(PartsOfAPLS(), part));
     EXPECT_EQ(CellsOfEach(PartsOf(*ReadBack(*written))), CellsOfEach(PartsOf(*written)));
   }
 }
@@ -260,10 +260,10 @@ TEST(PartialPLS, IsReadBackWhicheverPartLacksARow) {
 TEST(PartialPLS, TurnsTheRowsThatAreThere) {
   for (std::size_t part = 2; part < 7; ++part) {
     SCOPED_TRACE(part);
-    const Parts parts = WithoutSecondRowOf(PartsOfAPls(), part);
-    const auto model = ReadBack(*RestoredPls(parts));
+    const Parts parts = WithoutSecondRowOf(PartsOfAPLS(), part);
+    const auto model = ReadBack(*RestoredPLS(parts));
     for (const int beyond : {3, 0, -1}) model->FlipComponent(beyond);
-    EXPECT_EQ(CellsOfEach(PartsOf(*model)), CellsOfEach(PartsOf(*RestoredPls(parts))));
+    EXPECT_EQ(CellsOfEach(PartsOf(*model)), CellsOfEach(PartsOf(*RestoredPLS(parts))));
     model->FlipComponent(2);
     for (std::size_t i = 2; i < 7; ++i) {
       Matrix turned = parts[i];
@@ -274,12 +274,12 @@ TEST(PartialPLS, TurnsTheRowsThatAreThere) {
 }
 
 TEST(PartialPLS, IsExtendedBehindMissingRowsWhereAPartLacksOne) {
-  const Parts whole = PartsOfAPls();
-  const auto complete = RestoredPls(whole);
+  const Parts whole = PartsOfAPLS();
+  const auto complete = RestoredPLS(whole);
   complete->NextComponent(nullptr, nullptr, /*quiet=*/true, /*strict=*/true);
   for (const std::size_t part : {2U, 4U, 5U, 6U}) {  // P tells the number of components
     SCOPED_TRACE(part);
-    const auto model = RestoredPls(WithoutSecondRowOf(whole, part));
+    const auto model = RestoredPLS(WithoutSecondRowOf(whole, part));
     model->NextComponent(nullptr, nullptr, /*quiet=*/true, /*strict=*/true);
     for (std::size_t i = 2; i < 7; ++i) {
       Matrix expected = *PartsOf(*complete)[i];
@@ -295,11 +295,11 @@ std::vector<const Matrix*> PartsOf(const NCPCA& model) {
   return {model.GetResiduals(), model.GetPprim(), model.GetTprim()};
 }
 
-std::unique_ptr<NCPCA> RestoredPca(const Parts& parts) {
+std::unique_ptr<NCPCA> RestoredPCA(const Parts& parts) {
   return std::make_unique<NCPCA>(&parts[0], &parts[1], &parts[2], 50);
 }
 
-Parts PartsOfAPca() {
+Parts PartsOfAPCA() {
   const Matrix X = RandomMatrix<float>(kObservations, kXVariables, 0.1, 1);
   NCPCA model(&X, 50);
   for (int a = 0; a < 2; ++a) {
@@ -310,21 +310,21 @@ Parts PartsOfAPca() {
 }
 
 TEST(PartialPCA, IsReadBackWhicheverPartsAreAbsent) {
-  ForEachSubset(PartsOfAPca(), [](unsigned, const Parts& parts) {
-    const auto written = RestoredPca(parts);
+  ForEachSubset(PartsOfAPCA(), [](unsigned, const Parts& parts) {
+    const auto written = RestoredPCA(parts);
     EXPECT_EQ(CellsOfEach(PartsOf(*ReadBack(*written))), CellsOfEach(PartsOf(*written)));
   });
 }
 
 TEST(PartialPCA, IsExtendedWhereXIsThereAndReadBackAgain) {
-  const Parts whole = PartsOfAPca();
-  const auto complete = RestoredPca(whole);
+  const Parts whole = PartsOfAPCA();
+  const auto complete = RestoredPCA(whole);
   complete->NextComponent(nullptr, nullptr, 0, nullptr);
   complete->CalculateResiduals();
   ForEachSubset(whole, [&](unsigned absent, const Parts& parts) {
     for (const bool isRead : {false, true}) {
       SCOPED_TRACE(isRead);
-      auto model = RestoredPca(parts);
+      auto model = RestoredPCA(parts);
       if (isRead) model = ReadBack(*model);
       const int components = model->GetComponents();
       const auto before = CellsOfEach(PartsOf(*model));
@@ -332,7 +332,7 @@ TEST(PartialPCA, IsExtendedWhereXIsThereAndReadBackAgain) {
       const bool isThere = components == 2 && !(absent & 4U) && !(absent & 1U);
       EXPECT_EQ(CellsOf(*model->GetResiduals()),
                 CellsOf(isThere ? Deflated(parts[0], parts[2], parts[1], 2) : parts[0]));
-      model = RestoredPca(parts);
+      model = RestoredPCA(parts);
       if (isRead) model = ReadBack(*model);
       const auto next = [&] { model->NextComponent(nullptr, nullptr, 0, nullptr); };
       if (absent & 1U) {
@@ -358,14 +358,14 @@ TEST(PartialPCA, IsExtendedWhereXIsThereAndReadBackAgain) {
 }
 
 TEST(PartialPCA, IsReadBackAndExtendedBehindMissingRowsWhereAPartLacksOne) {
-  const Parts whole = PartsOfAPca();
-  const auto complete = RestoredPca(whole);
+  const Parts whole = PartsOfAPCA();
+  const auto complete = RestoredPCA(whole);
   complete->NextComponent(nullptr, nullptr, 0, nullptr);
   for (const std::size_t part : {1U, 2U}) {
-    const auto written = RestoredPca(WithoutSecondRowOf(whole, part));
+    const auto written = RestoredPCA(WithoutSecondRowOf(whole, part));
     EXPECT_EQ(CellsOfEach(PartsOf(*ReadBack(*written))), CellsOfEach(PartsOf(*written)));
   }
-  const auto model = RestoredPca(WithoutSecondRowOf(whole, 2));
+  const auto model = RestoredPCA(WithoutSecondRowOf(whole, 2));
   model->CalculateResiduals();
   EXPECT_EQ(CellsOf(*model->GetResiduals()), CellsOf(whole[0])) << "the component has no scores";
   model->NextComponent(nullptr, nullptr, 0, nullptr);
@@ -377,8 +377,8 @@ TEST(PartialPCA, IsReadBackAndExtendedBehindMissingRowsWhereAPartLacksOne) {
 
 TEST(PartialPCA, PredictsFromItsLoadingsAndIsCrossValidatedWithBothParts) {
   const Matrix X = RandomMatrix<float>(3, kXVariables, 0.1, 5);
-  ForEachSubset(PartsOfAPca(), [&](unsigned absent, const Parts& parts) {
-    const auto model = ReadBack(*RestoredPca(parts));
+  ForEachSubset(PartsOfAPCA(), [&](unsigned absent, const Parts& parts) {
+    const auto model = ReadBack(*RestoredPCA(parts));
     if (absent & 2U) {
       EXPECT_EQ(NCPCAPred(&X, model->GetPprim(), 50, 0.9F).GetMaxComp(), 0);
     } else {

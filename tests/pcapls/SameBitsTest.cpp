@@ -40,9 +40,9 @@ NCDataMatrix<float> TableWithStructure(const NCDataMatrix<float>& scores, int co
 class SameBits : public testing::TestWithParam<Fit> {
  protected:
   /// The stored model after three components.
-  std::string StoredModel() const { return GetParam().yVariables == 0 ? StoredPca() : StoredPls(); }
+  std::string StoredModel() const { return GetParam().yVariables == 0 ? StoredPCA() : StoredPLS(); }
 
-  std::string StoredPca() const {
+  std::string StoredPCA() const {
     NCPCA model(&x_, /*maxIterations=*/4);
     for (int a = 1; a <= kComponents; ++a) {
       model.NextComponent(nullptr, nullptr, 0, nullptr);
@@ -51,7 +51,7 @@ class SameBits : public testing::TestWithParam<Fit> {
     return StreamOf(model);
   }
 
-  std::string StoredPls() const {
+  std::string StoredPLS() const {
     NCPLS model(&x_, &y_, /*maxIterations=*/20);
     for (int a = 1; a <= kComponents; ++a) {
       model.NextComponent(nullptr, nullptr, /*quiet=*/true, /*strict=*/true);
@@ -131,11 +131,11 @@ INSTANTIATE_TEST_SUITE_P(Tables, SameBits,
                                          Fit{"SixYComplete", 301, 400, 6, 0}, Fit{"SixYWithHoles", 301, 400, 6, 0.1},
                                          Fit{"ManyYWithHoles", 500, 100, 90, 0.3},
                                          Fit{"LargeWithHoles", 800, 600, 1, 0.05},
-                                         Fit{"PcaTallComplete", 1501, 80, 0, 0},
-                                         Fit{"PcaTallWithHoles", 1501, 80, 0, 0.1},
-                                         Fit{"PcaWideComplete", 80, 1501, 0, 0},
-                                         Fit{"PcaWideWithHoles", 80, 1501, 0, 0.1},
-                                         Fit{"PcaLargeWithHoles", 800, 600, 0, 0.05}),
+                                         Fit{"PCATallComplete", 1501, 80, 0, 0},
+                                         Fit{"PCATallWithHoles", 1501, 80, 0, 0.1},
+                                         Fit{"PCAWideComplete", 80, 1501, 0, 0},
+                                         Fit{"PCAWideWithHoles", 80, 1501, 0, 0.1},
+                                         Fit{"PCALargeWithHoles", 800, 600, 0, 0.05}),
                          [](const auto& info) { return info.param.what; });
 
 }  // namespace

@@ -11,7 +11,7 @@
 #include <vector>
 
 #include "PCAValidationCase.h"
-#include "PlainPls.h"
+#include "PlainPLS.h"
 #include "kalmia/pcapls/NCPCA.h"
 #include "kalmia/pcapls/NCPLS.h"
 #include "testing/RandomTables.h"

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "PlainPls.h"
+#include "PlainPLS.h"
 
 namespace plain {
 
@@ -17,7 +17,7 @@ struct Nipals {
 };
 
 /// The first principal component by NIPALS, all in double. A single row is its own component.
-PrincipalComponent FitPca(const Table& X, const Nipals& how);
+PrincipalComponent FitPCA(const Table& X, const Nipals& how);
 
 /// A table without holes as the sum of value * left right', values descending, vectors of unit length.
 struct SingularVectors {

@@ -2,15 +2,15 @@
 
 #include <vector>
 
-#include "pcapls/PlainPls.h"
+#include "pcapls/PlainPLS.h"
 
 namespace plain {
 
 /// OPLS once more, as plainly as it can be written and all in double: the witness of the tests.
-struct Opls {
+struct OPLS {
   /// A model of the tables with this many predictive and orthogonal components. Each principal component of a
   /// cross-product takes exactly `rounds` rounds; at most `passes` passes let the holes settle.
-  Opls(const Table& X, const Table& Y, int predictive, int orthogonal, int rounds, int passes);
+  OPLS(const Table& X, const Table& Y, int predictive, int orthogonal, int rounds, int passes);
 
   Table Predict(Table X) const;  ///< Y of new observations
 

@@ -4,7 +4,7 @@
 #include "kalmia/support/VexStream.h"
 
 /// The data of an OPLS cross-validation, with its own operations behind the stream operators, for StreamAttacks.
-class StreamedOplsData : public VexStreamBase {
+class StreamedOPLSData : public VexStreamBase {
  public:
   OPLSCrossvalidationData data;
 

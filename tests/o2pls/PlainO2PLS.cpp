@@ -1,4 +1,4 @@
-#include "PlainO2pls.h"
+#include "PlainO2PLS.h"
 
 #include <cmath>
 #include <cstddef>
@@ -147,8 +147,8 @@ Table Relation(const Table& from, const Table& to) {
 
 }  // namespace
 
-O2pls FitO2pls(const Table& X, const Table& Y, int predictive, int xOrthogonal, int yOrthogonal) {
-  O2pls m;
+O2PLS FitO2PLS(const Table& X, const Table& Y, int predictive, int xOrthogonal, int yOrthogonal) {
+  O2PLS m;
   for (int i = 0; i < xOrthogonal; ++i) AddOrthogonal(X, Y, predictive, &m.To, &m.Wo, &m.Po);
   for (int i = 0; i < yOrthogonal; ++i) AddOrthogonal(Y, X, predictive, &m.Uo, &m.Co, &m.Qo);
   Table E = Without(X, m.To, m.Po), F = Without(Y, m.Uo, m.Qo);
@@ -176,7 +176,7 @@ O2pls FitO2pls(const Table& X, const Table& Y, int predictive, int xOrthogonal, 
   return m;
 }
 
-Prediction PredictY(const Table& X, const O2pls& model, int yColumns) {
+Prediction PredictY(const Table& X, const O2PLS& model, int yColumns) {
   Prediction result;
   result.predicted.assign(X.size(), Vector(static_cast<std::size_t>(yColumns), 0.0));
   Table rest = X;
@@ -199,7 +199,7 @@ Prediction PredictY(const Table& X, const O2pls& model, int yColumns) {
   return result;
 }
 
-O2pls Swapped(const O2pls& m) {
+O2PLS Swapped(const O2PLS& m) {
   return {m.U, m.T, m.Q, m.C, m.W, m.P, m.Uo, m.Co, m.Qo, m.To, m.Wo, m.Po, m.S, m.R, m.XLambda, m.Lambda};
 }
 

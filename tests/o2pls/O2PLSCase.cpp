@@ -1,4 +1,4 @@
-#include "O2plsCase.h"
+#include "O2PLSCase.h"
 
 #include "testing/RandomTables.h"
 
@@ -17,7 +17,7 @@ std::vector<std::vector<std::vector<float>>> Everything(const NCO2PLS& model) {
   return all;
 }
 
-plain::O2pls PlainOf(const NCO2PLS& m) {
+plain::O2PLS PlainOf(const NCO2PLS& m) {
   using plain::Of;
   return {Of(m.GetT()),  Of(m.GetU()),  Of(m.GetP()),  Of(m.GetW()),  Of(m.GetC()), Of(m.GetQ()), Of(m.GetTo()),
           Of(m.GetWo()), Of(m.GetPo()), Of(m.GetUo()), Of(m.GetCo()), Of(m.GetQo()), Of(m.GetR()), Of(m.GetS()),

@@ -6,7 +6,7 @@
 #include <string>
 #include <type_traits>
 
-#include "OplsCase.h"
+#include "OPLSCase.h"
 #include "testing/AllocationMeter.h"
 #include "testing/RandomTables.h"
 #include "testing/Threads.h"
@@ -36,23 +36,23 @@ void ExpectAllOrNothing(Object& from, Object& to) {
   EXPECT_GT(failures, 10);
 }
 
-class OplsOutOfMemory : public ::testing::Test {
+class OPLSOutOfMemory : public ::testing::Test {
  protected:
   const Tables some_ = RelatedTables(8, 3, 2, 0.1, 1), others_ = RelatedTables(7, 4, 1, 0.0, 2);
 };
 
-TEST_F(OplsOutOfMemory, AssigningAModelChangesAllOrNothing) {
-  NCOPLS from = FittedOpls(some_, 2, 1), to = FittedOpls(others_, 1, 1);
+TEST_F(OPLSOutOfMemory, AssigningAModelChangesAllOrNothing) {
+  NCOPLS from = FittedOPLS(some_, 2, 1), to = FittedOPLS(others_, 1, 1);
   ExpectAllOrNothing(from, to);
 }
 
-TEST_F(OplsOutOfMemory, AssigningAPredictionChangesAllOrNothing) {
-  NCOPLS some = FittedOpls(some_, 2, 1), others = FittedOpls(others_, 1, 1);
+TEST_F(OPLSOutOfMemory, AssigningAPredictionChangesAllOrNothing) {
+  NCOPLS some = FittedOPLS(some_, 2, 1), others = FittedOPLS(others_, 1, 1);
   NCOPLSPred from = PredictedBy(&some, some_.X), to = PredictedBy(&others, others_.X);
   ExpectAllOrNothing(from, to);
 }
 
-TEST_F(OplsOutOfMemory, AssigningAValidationOrItsDataChangesAllOrNothing) {
+TEST_F(OPLSOutOfMemory, AssigningAValidationOrItsDataChangesAllOrNothing) {
   OPLSCrossValidation from(&some_.X, &some_.Y, 2, 2, nullptr, nullptr);
   OPLSCrossValidation to(&others_.X, &others_.Y, 1, 2, nullptr, nullptr);
   for (OPLSCrossValidation* either : {&from, &to}) either->NextComponent(nullptr);
@@ -89,20 +89,20 @@ void ExpectTablesLeftAlone(const Tables& tables, int stride, const std::function
   EXPECT_EQ(tables.Y[1].begin(), yPlace);
 }
 
-class OplsOutOfMemoryAtWork : public ::testing::TestWithParam<double> {};  // holes
-INSTANTIATE_TEST_SUITE_P(Holes, OplsOutOfMemoryAtWork, ::testing::Values(0.0, 0.1));
+class OPLSOutOfMemoryAtWork : public ::testing::TestWithParam<double> {};  // holes
+INSTANTIATE_TEST_SUITE_P(Holes, OPLSOutOfMemoryAtWork, ::testing::Values(0.0, 0.1));
 
-TEST_P(OplsOutOfMemoryAtWork, AModelLeavesTheTablesAlone) {
+TEST_P(OPLSOutOfMemoryAtWork, AModelLeavesTheTablesAlone) {
   const Tables tables = RelatedTables(6, 4, 2, GetParam(), 1);
-  const NCOPLS whole = FittedOpls(tables, 1, 1);
+  const NCOPLS whole = FittedOPLS(tables, 1, 1);
   const std::string before = Everything(whole);
-  ExpectTablesLeftAlone(tables, 1, [&tables] { FittedOpls(tables, 1, 1); });
+  ExpectTablesLeftAlone(tables, 1, [&tables] { FittedOPLS(tables, 1, 1); });
   EXPECT_EQ(Everything(whole), before) << "a model that shared the tables";
 }
 
-TEST_P(OplsOutOfMemoryAtWork, ARebuiltModelAndItsPredictionLeaveTheTablesAlone) {
+TEST_P(OPLSOutOfMemoryAtWork, ARebuiltModelAndItsPredictionLeaveTheTablesAlone) {
   const Tables tables = RelatedTables(6, 4, 2, GetParam(), 1);
-  const NCOPLS stored = FittedOpls(tables, 2, 1);
+  const NCOPLS stored = FittedOPLS(tables, 2, 1);
   ExpectTablesLeftAlone(tables, 1, [&] {
     NCOPLS model(&tables.X, &tables.Y, stored.GetWMatrices(), stored.GetPMatrices(), stored.GetCMatrices(),
                  stored.GetWOprim(), stored.GetPOprim(), stored.GetCOprim(), 2, 200);
@@ -110,11 +110,11 @@ TEST_P(OplsOutOfMemoryAtWork, ARebuiltModelAndItsPredictionLeaveTheTablesAlone) 
   });
 }
 
-TEST(OplsOutOfMemoryInATeam, IsAnExceptionForTheCaller) {
+TEST(OPLSOutOfMemoryInATeam, IsAnExceptionForTheCaller) {
   const Threads team(2);
   const Tables tables = RelatedTables(4, 9000, 1, 0.0, 1);  // as many cells as pay for a team, in few rows
   ASSERT_EQ(TeamReallyGot(4 * 9000), 2);
-  ExpectTablesLeftAlone(tables, 5, [&tables] { FittedOpls(tables, 1, 1); });
+  ExpectTablesLeftAlone(tables, 5, [&tables] { FittedOPLS(tables, 1, 1); });
 }
 
 }  // namespace

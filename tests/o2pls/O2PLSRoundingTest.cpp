@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "O2plsCase.h"
+#include "O2PLSCase.h"
 #include "kalmia/o2pls/NCO2PLS.h"
 #include "kalmia/o2pls/NCO2PLSPred.h"
 #include "kalmia/o2pls/O2PLSCrossValidation.h"
@@ -183,7 +183,7 @@ Series SeriesOf(Table X, Table Y, const Groups& groups, int components) {
   return series;
 }
 
-TEST(O2plsRounding, TheEstimatorHasTheSeriesOfItsStepsToTheBit) {
+TEST(O2PLSRounding, TheEstimatorHasTheSeriesOfItsStepsToTheBit) {
   for (const FloatBlocks& blocks : SomeBlocks()) {
     const Groups groups = GetDeafultCVGroupsVector(blocks.X.SizeRows(), kGroups);
     const int components = std::min(blocks.Y.SizeColumns(), 4);
@@ -200,7 +200,7 @@ TEST(O2plsRounding, TheEstimatorHasTheSeriesOfItsStepsToTheBit) {
   }
 }
 
-TEST(O2plsRounding, TheEstimatorHoldsAGainInDoubleAgainstItsLimit) {
+TEST(O2PLSRounding, TheEstimatorHoldsAGainInDoubleAgainstItsLimit) {
   Gains gains;
   for (const FloatBlocks& blocks : SomeBlocks()) {
     const Groups groups = GetDeafultCVGroupsVector(blocks.X.SizeRows(), kGroups);
@@ -326,7 +326,7 @@ O2PLSCVResults ResultsOf(const FloatBlocks& blocks, Groups groups, const Numbers
       .GetResults();
 }
 
-TEST(O2plsRounding, TheCrossValidationHasTheSeriesOfItsStepsToTheBit) {
+TEST(O2PLSRounding, TheCrossValidationHasTheSeriesOfItsStepsToTheBit) {
   for (const FloatBlocks& blocks : SomeBlocks())
     for (const Numbers& n : {Numbers{2, 1, 1}, {3, 2, 0}, {1, 2, 2}}) {
       if (n.predictive + n.ofY > blocks.Y.SizeColumns()) continue;
@@ -343,7 +343,7 @@ TEST(O2plsRounding, TheCrossValidationHasTheSeriesOfItsStepsToTheBit) {
     }
 }
 
-TEST(O2plsRounding, TheCrossValidationHoldsAGainInDoubleAgainstItsLimit) {
+TEST(O2PLSRounding, TheCrossValidationHoldsAGainInDoubleAgainstItsLimit) {
   Gains gains;
   constexpr Numbers kNumbers{1, 2, 2};
   for (const FloatBlocks& blocks : SomeBlocks(10)) {
@@ -366,7 +366,7 @@ TEST(O2plsRounding, TheCrossValidationHoldsAGainInDoubleAgainstItsLimit) {
   EXPECT_TRUE(gains.BothOccurred());
 }
 
-TEST(O2plsRounding, TheCrossValidationHoldsTheGainsOfSingleVariablesInDoubleAgainstItsLimit) {
+TEST(O2PLSRounding, TheCrossValidationHoldsTheGainsOfSingleVariablesInDoubleAgainstItsLimit) {
   Gains gains;
   constexpr int kPredictive = 3, kNeeded = 2;  // of four variables
   for (unsigned seed = 1; seed <= 200 && !gains.BothOccurred(); ++seed) {

@@ -6,7 +6,7 @@
 #include <cmath>
 #include <cstdio>
 
-#include "O2plsCase.h"
+#include "O2PLSCase.h"
 #include "kalmia/o2pls/O2PLSCrossValidation.h"
 
 namespace {
@@ -47,12 +47,12 @@ const Draws kDraws[] = {{"OneInCommon", {30, 8, 6, 1, 0, 0}, 19},
                         {"OneInCommonAndSomeOfTheirOwn", {40, 10, 8, 1, 1, 1}, 16},
                         {"TwoInCommonAndSomeOfTheirOwn", {50, 16, 12, 2, 1, 1}, 16}};
 
-class O2plsSimulatedBlocks : public ::testing::TestWithParam<Draws> {};
+class O2PLSSimulatedBlocks : public ::testing::TestWithParam<Draws> {};
 
-INSTANTIATE_TEST_SUITE_P(, O2plsSimulatedBlocks, ::testing::ValuesIn(kDraws),
+INSTANTIATE_TEST_SUITE_P(, O2PLSSimulatedBlocks, ::testing::ValuesIn(kDraws),
                          [](const ::testing::TestParamInfo<Draws>& info) { return info.param.name; });
 
-TEST_P(O2plsSimulatedBlocks, AreFoundToHaveWhatTheyHaveInCommonWhereItStandsOutOfTheNoise) {
+TEST_P(O2PLSSimulatedBlocks, AreFoundToHaveWhatTheyHaveInCommonWhereItStandsOutOfTheNoise) {
   const auto& [name, shape, leastHits] = GetParam();
   std::printf("%s: %d x %d and %d x %d, %d in common, %d and %d of their own; right in so many of %d draws:\n", name,
               shape.rows, shape.xVariables, shape.rows, shape.yVariables, shape.common, shape.xUnique, shape.yUnique,
@@ -75,7 +75,7 @@ TEST_P(O2plsSimulatedBlocks, AreFoundToHaveWhatTheyHaveInCommonWhereItStandsOutO
   }
 }
 
-TEST(O2plsNoise, IsFoundToHaveNothingInCommonInHalfOfTheDrawsAtLeast) {
+TEST(O2PLSNoise, IsFoundToHaveNothingInCommonInHalfOfTheDrawsAtLeast) {
   // Held-out rows show their own covariance along weights that they had no part in: of pure chance that is as often
   // with the whole as against it, so Q2 rises above the limit in about half of the draws, and not in more.
   int none = 0;

@@ -1,4 +1,4 @@
-#include "PlainPca.h"
+#include "PlainPCA.h"
 
 #include <algorithm>
 #include <cmath>
@@ -58,7 +58,7 @@ double RelativeSquaredChange(const Vector& t, const Vector& before) {
 
 }  // namespace
 
-PrincipalComponent FitPca(const Table& X, const Nipals& how) {
+PrincipalComponent FitPCA(const Table& X, const Nipals& how) {
   PrincipalComponent component;
   auto& [p, t] = component;
   if (X.size() == 1) {

@@ -1,4 +1,4 @@
-#include "OplsRounds.h"
+#include "OPLSRounds.h"
 
 #include <algorithm>
 
@@ -56,7 +56,7 @@ void Align(NCOPLS* model, const NCOPLS& first, Turns* turns) {
 
 std::vector<NCOPLS> ModelsOf(const std::vector<Division>& rounds, int predictive, int orthogonal, Turns* turns) {
   std::vector<NCOPLS> models;
-  for (const Division& round : rounds) models.push_back(FittedOpls(round.kept, predictive, -1));
+  for (const Division& round : rounds) models.push_back(FittedOPLS(round.kept, predictive, -1));
   Turns counted;
   for (int o = 0; o <= orthogonal; ++o)
     for (NCOPLS& model : models) {

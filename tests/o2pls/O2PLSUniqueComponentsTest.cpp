@@ -8,9 +8,9 @@
 #include <functional>
 #include <string>
 
-#include "O2plsCase.h"
-#include "O2plsTwin.h"
-#include "PlainO2pls.h"
+#include "O2PLSCase.h"
+#include "O2PLSTwin.h"
+#include "PlainO2PLS.h"
 #include "kalmia/o2pls/O2PLSCrossValidation.h"
 
 namespace {
@@ -31,9 +31,9 @@ const Size kSizes[] = {{"Small", {40, 7, 6, 1, 1, 1}},       {"Medium", {40, 10,
                        {"Long", {100, 8, 6, 1, 1, 1}},       {"WideX", {30, 40, 6, 1, 1, 1}},
                        {"TwoInCommon", {50, 16, 12, 2, 1, 1}}};
 
-class O2plsUniqueComponentsOfBlocks : public ::testing::TestWithParam<Size> {};
+class O2PLSUniqueComponentsOfBlocks : public ::testing::TestWithParam<Size> {};
 
-INSTANTIATE_TEST_SUITE_P(, O2plsUniqueComponentsOfBlocks, ::testing::ValuesIn(kSizes),
+INSTANTIATE_TEST_SUITE_P(, O2PLSUniqueComponentsOfBlocks, ::testing::ValuesIn(kSizes),
                          [](const ::testing::TestParamInfo<Size>& info) { return info.param.name; });
 
 O2PLSCVResults Search(const FloatBlocks& blocks) {
@@ -60,7 +60,7 @@ struct Kept {
   int x, y;
 };
 
-Kept KeptByTwin(const O2plsTwin& twin, const plain::BlocksShape& shape, int predictive) {
+Kept KeptByTwin(const O2PLSTwin& twin, const plain::BlocksShape& shape, int predictive) {
   const int training = shape.rows - shape.rows / kGroups;
   const int mostX = std::min(shape.xVariables, training) - predictive;
   const int mostY = std::min(shape.yVariables, training) - predictive;
@@ -71,7 +71,7 @@ Kept KeptByTwin(const O2plsTwin& twin, const plain::BlocksShape& shape, int pred
   return {y > 0 ? ofX(y) : first, y};  // with Y's own in the models X's own are counted anew
 }
 
-TEST_P(O2plsUniqueComponentsOfBlocks, AreThoseByWhichATwinGains) {
+TEST_P(O2PLSUniqueComponentsOfBlocks, AreThoseByWhichATwinGains) {
   const plain::BlocksShape& shape = GetParam().shape;
   for (const double noise : {kLeastNoise, 0.1, 0.3}) {
     int compared = 0;
@@ -81,7 +81,7 @@ TEST_P(O2plsUniqueComponentsOfBlocks, AreThoseByWhichATwinGains) {
       const O2PLSCVResults r = Search(blocks);
       const int predictive = r.Q2Cum.Size();  // in the models of the search; some may have been cut off behind it
       if (predictive == 0) continue;
-      const O2plsTwin twin(blocks, kGroups);
+      const O2PLSTwin twin(blocks, kGroups);
       for (int o = 1; o <= r.Q2XSide.Size(); ++o)
         EXPECT_NEAR(r.Q2XSide[o], twin.Q2OfY(predictive, o, r.YSideComponents), kConvergence) << "trial " << o;
       const Kept kept = KeptByTwin(twin, shape, predictive);
@@ -138,7 +138,7 @@ Found CountFound(const plain::BlocksShape& shape) {
   return found;
 }
 
-TEST(O2plsUniqueComponents, AreFoundWhereTheirOverlapWithOneInCommonIsWorthTheLimitSeveralTimes) {
+TEST(O2PLSUniqueComponents, AreFoundWhereTheirOverlapWithOneInCommonIsWorthTheLimitSeveralTimes) {
   for (const auto& [name, shape] : kSizes) {
     if (shape.common != 1) continue;  // with two in common there is no such simple angle
     SCOPED_TRACE(name);

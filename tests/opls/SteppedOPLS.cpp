@@ -1,4 +1,4 @@
-#include "SteppedOpls.h"
+#include "SteppedOPLS.h"
 
 #include <algorithm>
 #include <cmath>
@@ -45,7 +45,7 @@ double RootOfSS(long double ss) { return std::sqrt(static_cast<double>(ss)); }
 
 }  // namespace
 
-SteppedOpls::SteppedOpls(const Matrix& X, const Matrix& Y, int predictive, int maxIterations)
+SteppedOPLS::SteppedOPLS(const Matrix& X, const Matrix& Y, int predictive, int maxIterations)
     : x_(DeepCopy(X)),
       y_(DeepCopy(Y)),
       missingX_(HolesOf(X)),
@@ -53,12 +53,12 @@ SteppedOpls::SteppedOpls(const Matrix& X, const Matrix& Y, int predictive, int m
       maxIterations_(maxIterations),
       predictive_(predictive > 0 ? std::min({predictive, Y.SizeRows(), Y.SizeColumns()}) : predictive) {}
 
-void SteppedOpls::NextComponent() {
+void SteppedOPLS::NextComponent() {
   if (T.SizeRows() > 0) AddOrthogonal();
   AddBlock();
 }
 
-void SteppedOpls::AddOrthogonal() {
+void SteppedOPLS::AddOrthogonal() {
   Matrix E = DeepCopy(x_);
   Fill(&y_, missingY_, 0.0F);
   for (int a = 1; a <= W.back().SizeRows(); ++a) E.AddVprimV(tFilter_[a], W.back()[a], -1.0F);
@@ -91,7 +91,7 @@ void SteppedOpls::AddOrthogonal() {
   UO.InsertRow(row, u);
 }
 
-void SteppedOpls::AddBlock() {
+void SteppedOPLS::AddBlock() {
   passes_ = 0;
   Fill(&y_, missingY_, 0.0F);
   Matrix E = DeepCopy(x_), S, newW;
@@ -134,7 +134,7 @@ void SteppedOpls::AddBlock() {
   C.push_back(newC);
 }
 
-NCDataMatrix<float> SteppedOpls::WeightsOf(const Matrix& sum, const Matrix& former) {
+NCDataMatrix<float> SteppedOPLS::WeightsOf(const Matrix& sum, const Matrix& former) {
   if (sum.SizeRows() <= 1) {
     Matrix w = DeepCopy(sum);
     if (w.SizeRows() == 1) w(1).Normalise();
@@ -159,7 +159,7 @@ NCDataMatrix<float> SteppedOpls::WeightsOf(const Matrix& sum, const Matrix& form
   return w;
 }
 
-NCDataMatrix<float> SteppedOpls::AutomaticWeightsOf(const Matrix& sum) const {
+NCDataMatrix<float> SteppedOPLS::AutomaticWeightsOf(const Matrix& sum) const {
   NCPCA components(&sum, maxIterations_);
   components.NextComponent(nullptr, nullptr, 0, nullptr);
   const double limit = 0.01 * static_cast<double>((*components.GetTprim())[1].GetSS());
@@ -176,7 +176,7 @@ NCDataMatrix<float> SteppedOpls::AutomaticWeightsOf(const Matrix& sum) const {
   return large;
 }
 
-void SteppedOpls::CatchUp(const SteppedOpls& stored) {
+void SteppedOPLS::CatchUp(const SteppedOPLS& stored) {
   W = stored.W;
   P = stored.P;
   C = stored.C;
@@ -201,13 +201,13 @@ void SteppedOpls::CatchUp(const SteppedOpls& stored) {
   T = ScoresOf(&E, W.back(), P.back());
 }
 
-NCDataMatrix<float> SteppedOpls::XResiduals() const {
+NCDataMatrix<float> SteppedOPLS::XResiduals() const {
   Matrix E = DeepCopy(x_);
   for (int a = 1; a <= T.SizeRows(); ++a) E.AddVprimV(T[a], P.back()[a], -1.0F);
   return E;
 }
 
-NCDataMatrix<float> SteppedOpls::YResiduals() const {
+NCDataMatrix<float> SteppedOPLS::YResiduals() const {
   Matrix F = DeepCopy(y_);
   for (int a = 1; a <= T.SizeRows(); ++a) F.AddVprimV(T[a], C.back()[a], -1.0F);
   return F;

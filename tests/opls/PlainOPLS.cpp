@@ -1,8 +1,8 @@
-#include "PlainOpls.h"
+#include "PlainOPLS.h"
 
 #include <cmath>
 
-#include "pcapls/PlainPca.h"
+#include "pcapls/PlainPCA.h"
 
 namespace plain {
 
@@ -55,7 +55,7 @@ void AddTo(Table* table, const Vector& t, const Vector& v) {
 
 }  // namespace
 
-Opls::Opls(const Table& X, const Table& Y, int predictive, int orthogonal, int rounds, int passes)
+OPLS::OPLS(const Table& X, const Table& Y, int predictive, int orthogonal, int rounds, int passes)
     : xLeft(X), yLeft(Y), x_(X), y_(Y), predictive_(predictive), rounds_(rounds), passes_(passes) {
   AddBlock();
   for (int o = 0; o < orthogonal; ++o) {
@@ -64,18 +64,18 @@ Opls::Opls(const Table& X, const Table& Y, int predictive, int orthogonal, int r
   }
 }
 
-Table Opls::Principal(Table crossProduct, int components) const {
+Table OPLS::Principal(Table crossProduct, int components) const {
   if (crossProduct.size() == 1) return {Normalised(crossProduct[0])};
   Table loadings;
   for (int a = 0; a < components; ++a) {
-    const PrincipalComponent component = FitPca(crossProduct, Nipals{rounds_});
+    const PrincipalComponent component = FitPCA(crossProduct, Nipals{rounds_});
     loadings.push_back(component.p);
     Deflate(&crossProduct, component.t, component.p);
   }
   return loadings;
 }
 
-void Opls::AddBlock() {
+void OPLS::AddBlock() {
   const bool hasHoles = HasHoles(xLeft);
   const Table y = WithZeros(yLeft, y_);
   Table left = xLeft, sum, weights;
@@ -111,7 +111,7 @@ void Opls::AddBlock() {
   C.push_back(yWeights);
 }
 
-void Opls::AddOrthogonalComponent() {
+void OPLS::AddOrthogonalComponent() {
   Table E = xLeft;
   for (std::size_t a = 0; a < tFilter_.size(); ++a) Deflate(&E, tFilter_[a], W.back()[a]);
   E = WithZeros(E, x_);
@@ -123,7 +123,7 @@ void Opls::AddOrthogonalComponent() {
   Deflate(&yLeft, TO.back(), CO.back());
 }
 
-Table Opls::Predict(Table X) const {
+Table OPLS::Predict(Table X) const {
   Table Y(X.size(), Vector(y_[0].size(), 0.0));
   for (std::size_t o = 0; o < WO.size(); ++o) {
     Table E = X;

@@ -2,8 +2,8 @@
 
 #include <vector>
 
-#include "O2plsCase.h"
-#include "PlainO2pls.h"
+#include "O2PLSCase.h"
+#include "PlainO2PLS.h"
 
 /// The iterations inside end at a change of 1e-5; Q2 is of the order of 1, and passes a few such errors on.
 constexpr double kConvergence = 2e-4;
@@ -15,9 +15,9 @@ struct TwinRound {
 
 double SquaredErrors(const plain::Table& predicted, const plain::Table& truth);
 
-/// The cross-validation of O2PLS models of given numbers of components, by plain::FitO2pls.
-struct O2plsTwin {
-  O2plsTwin(const FloatBlocks& blocks, int groups);  ///< the default groups
+/// The cross-validation of O2PLS models of given numbers of components, by plain::FitO2PLS.
+struct O2PLSTwin {
+  O2PLSTwin(const FloatBlocks& blocks, int groups);  ///< the default groups
 
   double Q2OfY(int predictive, int xOrthogonal, int yOrthogonal) const;
   double Q2OfX(int predictive, int xOrthogonal, int yOrthogonal) const;

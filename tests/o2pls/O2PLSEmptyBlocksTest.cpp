@@ -4,7 +4,7 @@
 #include <optional>
 #include <string>
 
-#include "O2plsCase.h"
+#include "O2PLSCase.h"
 #include "kalmia/o2pls/NCO2PLS.h"
 #include "kalmia/o2pls/O2PLSCrossValidation.h"
 #include "kalmia/o2pls/O2PLSPredictiveComponentEstimator.h"
@@ -25,16 +25,16 @@ const Case kCases[] = {{"XWithoutColumns", 0, 3, "The X block has no columns."},
                        {"YWithoutColumns", 3, 0, "The Y block has no columns."},
                        {"BothWithoutColumns", 0, 0, "The X block has no columns."}};
 
-class O2plsEmptyBlocks : public ::testing::TestWithParam<Case> {
+class O2PLSEmptyBlocks : public ::testing::TestWithParam<Case> {
  protected:
   const Table X_ = RandomMatrix<float>(9, GetParam().xColumns, 0, 1);
   const Table Y_ = RandomMatrix<float>(9, GetParam().yColumns, 0, 2);
 };
 
-INSTANTIATE_TEST_SUITE_P(, O2plsEmptyBlocks, ::testing::ValuesIn(kCases),
+INSTANTIATE_TEST_SUITE_P(, O2PLSEmptyBlocks, ::testing::ValuesIn(kCases),
                          [](const auto& info) { return info.param.what; });
 
-TEST_P(O2plsEmptyBlocks, AreRefusedByNameByEveryStepOfAModel) {
+TEST_P(O2PLSEmptyBlocks, AreRefusedByNameByEveryStepOfAModel) {
   for (const bool checkDimensions : {false, true}) {
     NCO2PLS model(X_, Y_, checkDimensions, 100);
     EXPECT_EQ(TextOf([&] { model.Fit(1, 0, 0); }), GetParam().text);
@@ -48,7 +48,7 @@ TEST_P(O2plsEmptyBlocks, AreRefusedByNameByEveryStepOfAModel) {
   }
 }
 
-TEST_P(O2plsEmptyBlocks, AreRefusedByNameByACrossValidation) {
+TEST_P(O2PLSEmptyBlocks, AreRefusedByNameByACrossValidation) {
   NCIntegralVector<int, -99> groups = GetDeafultCVGroupsVector(9, 3);
   for (const int n : {-1, 0, 1}) {
     EXPECT_EQ(TextOf([&] { O2PLSCrossValidation(&X_, &Y_, 3, nullptr, nullptr, 100, n, n, n); }), GetParam().text);
@@ -56,7 +56,7 @@ TEST_P(O2plsEmptyBlocks, AreRefusedByNameByACrossValidation) {
   }
 }
 
-TEST_P(O2plsEmptyBlocks, HaveNoPredictiveComponentsWhetherSearchedForOrGiven) {
+TEST_P(O2PLSEmptyBlocks, HaveNoPredictiveComponentsWhetherSearchedForOrGiven) {
   for (const int components : {-1, 0, 1, 2}) {
     SCOPED_TRACE(components);
     const O2PLSPredictiveComponentEstimator estimator(&X_, &Y_, 3, nullptr, components);
@@ -67,7 +67,7 @@ TEST_P(O2plsEmptyBlocks, HaveNoPredictiveComponentsWhetherSearchedForOrGiven) {
   }
 }
 
-TEST(O2plsRowlessBlocks, HaveNoComponents) {
+TEST(O2PLSRowlessBlocks, HaveNoComponents) {
   const Table X(0, 3), Y(0, 2), none;
   for (const Table* x : {&X, &none}) {
     NCO2PLS model(*x, Y, /*checkDimensions=*/false, 100);

@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "PlainO2pls.h"
+#include "PlainO2PLS.h"
 #include "kalmia/o2pls/NCO2PLS.h"
 #include "kalmia/support/NCError.h"
 
@@ -31,4 +31,4 @@ std::optional<std::string> TextOf(const Call& call) {
 std::vector<std::vector<std::vector<float>>> Everything(const NCO2PLS& model);
 
 /// The model's matrices in double.
-plain::O2pls PlainOf(const NCO2PLS& model);
+plain::O2PLS PlainOf(const NCO2PLS& model);

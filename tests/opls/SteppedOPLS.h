@@ -9,13 +9,13 @@
 
 /// An OPLS model as a plain row of steps, each an operation of the tables of its own that stores what it makes: the
 /// witness of a model that joins them. Public fields bear the names of NCOPLS.
-class SteppedOpls {
+class SteppedOPLS {
  public:
-  SteppedOpls(const NCDataMatrix<float>& X, const NCDataMatrix<float>& Y, int predictive, int maxIterations);
+  SteppedOPLS(const NCDataMatrix<float>& X, const NCDataMatrix<float>& Y, int predictive, int maxIterations);
 
   void NextComponent();
   /// Goes on from the blocks and orthogonal components of another one, on tables of its own.
-  void CatchUp(const SteppedOpls& stored);
+  void CatchUp(const SteppedOPLS& stored);
 
   NCDataMatrix<float> XResiduals() const;
   NCDataMatrix<float> YResiduals() const;

@@ -2,7 +2,7 @@
 
 #include <vector>
 
-#include "OplsCase.h"
+#include "OPLSCase.h"
 #include "kalmia/containers/NCIntegralVector.h"
 
 /// Tables to validate, and the size of the block that is asked for.

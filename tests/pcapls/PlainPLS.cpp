@@ -1,4 +1,4 @@
-#include "PlainPls.h"
+#include "PlainPLS.h"
 
 #include <algorithm>
 #include <cmath>

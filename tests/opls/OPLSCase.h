@@ -9,7 +9,7 @@
 #include "pcapls/RelatedTables.h"
 
 /// A model of the tables with this many orthogonal components.
-NCOPLS FittedOpls(const Tables& tables, int predictive, int orthogonal, int maxIterations = 200);
+NCOPLS FittedOPLS(const Tables& tables, int predictive, int orthogonal, int maxIterations = 200);
 
 /// A model's prediction of X with all of its orthogonal components.
 NCOPLSPred PredictedBy(NCOPLS* model, const NCDataMatrix<float>& X);

@@ -1,14 +1,14 @@
-#include "OplsCase.h"
+#include "OPLSCase.h"
 
 #include <gtest/gtest.h>
 
 #include <sstream>
 #include <vector>
 
-#include "pcapls/PlainPls.h"
+#include "pcapls/PlainPLS.h"
 #include "testing/StreamAttacks.h"
 
-NCOPLS FittedOpls(const Tables& tables, int predictive, int orthogonal, int maxIterations) {
+NCOPLS FittedOPLS(const Tables& tables, int predictive, int orthogonal, int maxIterations) {
   NCOPLS model(&tables.X, &tables.Y, predictive, maxIterations);
   for (int o = 0; o <= orthogonal; ++o) model.NextComponent(nullptr);
   return model;

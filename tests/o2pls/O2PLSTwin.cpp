@@ -1,4 +1,4 @@
-#include "O2plsTwin.h"
+#include "O2PLSTwin.h"
 
 #include <algorithm>
 #include <cmath>
@@ -29,26 +29,26 @@ double SquaredErrors(const plain::Table& predicted, const plain::Table& truth) {
   return sum;
 }
 
-O2plsTwin::O2plsTwin(const FloatBlocks& blocks, int groups)
+O2PLSTwin::O2PLSTwin(const FloatBlocks& blocks, int groups)
     : rounds(RoundsOf(blocks, GetDeafultCVGroupsVector(blocks.X.SizeRows(), groups))),
       ssX(plain::Squares(plain::Of(blocks.X))),
       ssY(plain::Squares(plain::Of(blocks.Y))),
       xColumns(blocks.X.SizeColumns()),
       yColumns(blocks.Y.SizeColumns()) {}
 
-double O2plsTwin::Q2OfY(int predictive, int xOrthogonal, int yOrthogonal) const {
+double O2PLSTwin::Q2OfY(int predictive, int xOrthogonal, int yOrthogonal) const {
   double press = 0.0;
   for (const TwinRound& r : rounds) {
-    const plain::O2pls m = plain::FitO2pls(r.trainX, r.trainY, predictive, xOrthogonal, yOrthogonal);
+    const plain::O2PLS m = plain::FitO2PLS(r.trainX, r.trainY, predictive, xOrthogonal, yOrthogonal);
     press += SquaredErrors(plain::PredictY(r.testX, m, yColumns).predicted, r.testY);
   }
   return 1 - press / ssY;
 }
 
-double O2plsTwin::Q2OfX(int predictive, int xOrthogonal, int yOrthogonal) const {
+double O2PLSTwin::Q2OfX(int predictive, int xOrthogonal, int yOrthogonal) const {
   double press = 0.0;
   for (const TwinRound& r : rounds) {
-    const plain::O2pls m = plain::FitO2pls(r.trainX, r.trainY, predictive, xOrthogonal, yOrthogonal);
+    const plain::O2PLS m = plain::FitO2PLS(r.trainX, r.trainY, predictive, xOrthogonal, yOrthogonal);
     press += SquaredErrors(plain::PredictY(r.testY, plain::Swapped(m), xColumns).predicted, r.testX);
   }
   return 1 - press / ssX;

@@ -4,7 +4,7 @@
 #include <functional>
 #include <new>
 
-#include "O2plsCase.h"
+#include "O2PLSCase.h"
 #include "kalmia/o2pls/NCO2PLS.h"
 #include "kalmia/o2pls/NCO2PLSPred.h"
 #include "kalmia/o2pls/NCYOrthogonalPLS.h"
@@ -54,9 +54,9 @@ void ExpectNothingIsLeft(int stride, const std::function<void()>& call) {
   EXPECT_GT(which, 10 * stride);
 }
 
-class O2plsOutOfMemory : public ::testing::Test {
+class O2PLSOutOfMemory : public ::testing::Test {
  protected:
-  O2plsOutOfMemory() : fitted_(blocks_.X, blocks_.Y, /*checkDimensions=*/false, 100) { fitted_.Fit(2, 1, 1); }
+  O2PLSOutOfMemory() : fitted_(blocks_.X, blocks_.Y, /*checkDimensions=*/false, 100) { fitted_.Fit(2, 1, 1); }
 
   /// `step` on a copy of `model` does all or nothing, where `show` is all that there is to see.
   template <class Model>
@@ -94,7 +94,7 @@ Cells AllOf(NCO2PLS* model) {
   return all;
 }
 
-TEST_F(O2plsOutOfMemory, AStepOfTheModelDoesAllOrNothing) {
+TEST_F(O2PLSOutOfMemory, AStepOfTheModelDoesAllOrNothing) {
   using Step = std::function<void(NCO2PLS*)>;
   NCO2PLS extracting(blocks_.X, blocks_.Y, /*checkDimensions=*/false, 100);
   extracting.NextOrthogonalComponent(/*xSide=*/true, 2);
@@ -121,7 +121,7 @@ TEST_F(O2plsOutOfMemory, AStepOfTheModelDoesAllOrNothing) {
   }
 }
 
-TEST_F(O2plsOutOfMemory, AFitLeavesAModelThatCanBeFittedAgain) {
+TEST_F(O2PLSOutOfMemory, AFitLeavesAModelThatCanBeFittedAgain) {
   const auto whole = Everything(fitted_);
   NCO2PLS model(blocks_.X, blocks_.Y, /*checkDimensions=*/false, 100);
   FailEvery(
@@ -132,7 +132,7 @@ TEST_F(O2plsOutOfMemory, AFitLeavesAModelThatCanBeFittedAgain) {
       });
 }
 
-TEST_F(O2plsOutOfMemory, NothingIsLeftOfAPrediction) {
+TEST_F(O2PLSOutOfMemory, NothingIsLeftOfAPrediction) {
   ExpectNothingIsLeft(1, [&] {
     const NCO2PLSYPred y(&blocks_.X, &fitted_);
     const NCO2PLSXPred x(&blocks_.Y, &fitted_);
@@ -140,14 +140,14 @@ TEST_F(O2plsOutOfMemory, NothingIsLeftOfAPrediction) {
   });
 }
 
-TEST_F(O2plsOutOfMemory, NothingIsLeftOfASearch) {
+TEST_F(O2PLSOutOfMemory, NothingIsLeftOfASearch) {
   // A stride that has no factor in common with what the rounds repeat comes by every place sooner or later.
   ExpectNothingIsLeft(211, [&] {
     const O2PLSCrossValidation validation(&blocks_.X, &blocks_.Y, 3, nullptr, nullptr, 100, 2, 1, 1);
   });
 }
 
-TEST_F(O2plsOutOfMemory, NothingIsLeftOfAnEstimate) {
+TEST_F(O2PLSOutOfMemory, NothingIsLeftOfAnEstimate) {
   ExpectNothingIsLeft(5, [&] {
     const O2PLSPredictiveComponentEstimator estimator(&blocks_.X, &blocks_.Y, 3, nullptr, 2);
   });
@@ -158,7 +158,7 @@ Cells AllOfFilter(NCYOrthogonalPLS* model) {
           CellsOf(*model->GetXResiduals()), {{static_cast<float>(model->GetComponents())}}};
 }
 
-TEST_F(O2plsOutOfMemory, AStepOfTheFilterDoesAllOrNothingAndCanBeRepeated) {
+TEST_F(O2PLSOutOfMemory, AStepOfTheFilterDoesAllOrNothingAndCanBeRepeated) {
   const FloatBlocks noise{RandomMatrix<float>(8, 4, 0.05, 1), RandomMatrix<float>(8, 2, 0.05, 2)};
   NCYOrthogonalPLS fresh(&noise.X, &noise.Y, /*maxIterations=*/2, 0);
   NCYOrthogonalPLS one(fresh);
@@ -179,7 +179,7 @@ TEST_F(O2plsOutOfMemory, AStepOfTheFilterDoesAllOrNothingAndCanBeRepeated) {
       });
 }
 
-TEST_F(O2plsOutOfMemory, AReadFilterIsWholeOrEmpty) {
+TEST_F(O2PLSOutOfMemory, AReadFilterIsWholeOrEmpty) {
   NCYOrthogonalPLS written(&blocks_.X, &blocks_.Y, /*maxIterations=*/2, 0);
   written.NextComponent(/*showProgress=*/false);
   const std::string bytes = StreamOf(written);
