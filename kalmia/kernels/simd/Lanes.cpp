@@ -3,8 +3,8 @@
 #include <cstdlib>
 #include <cstring>
 
-#include "hwy/highway.h"
 #include "kalmia/kernels/simd/Targets.h"
+#include "hwy/highway.h"
 
 namespace kalmia::simd {
 namespace {
