@@ -9,7 +9,7 @@
 #include "kalmia/containers/Missing.h"
 #include "kalmia/containers/NCDataVector.h"
 #include "kalmia/containers/NCIntegralVector.h"
-#include "kalmia/kernels/threads/StoppableTeam.h"
+#include "kalmia/support/WorkMeter.h"
 
 namespace kalmia::app {
 

@@ -7,7 +7,7 @@
 #include <string>
 
 #include "app/PlainNumber.h"
-#include "kalmia/support/internal/LargePages.h"
+#include "kalmia/support/LargePages.h"
 
 namespace kalmia::app {
 

@@ -9,6 +9,7 @@
 #include "kalmia/support/Exception.h"
 #include "kalmia/support/Export.h"
 #include "kalmia/support/LanguageString.h"
+#include "kalmia/support/LargePages.h"
 #include "kalmia/support/MD5.h"
 #include "kalmia/support/NCError.h"
 #include "kalmia/support/NCProgress.h"
@@ -18,6 +19,7 @@
 #include "kalmia/support/VexStream.h"
 #include "kalmia/support/VexStreamSource.h"
 #include "kalmia/support/VexString.h"
+#include "kalmia/support/WorkMeter.h"
 
 #include "kalmia/containers/BoolVector.h"
 #include "kalmia/containers/IntPool.h"

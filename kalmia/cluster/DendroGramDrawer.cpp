@@ -7,11 +7,13 @@
 #include <unordered_set>
 #include <utility>
 
+#include "kalmia/containers/Missing.h"
+
 namespace DendroGram {
 
 namespace {
 
-constexpr float kNoHeight = -99.0F;  ///< the y of crossbars where the root has the height 0
+constexpr float kNoHeight = kalmia::kMissingCell<float>;  ///< the y of crossbars where the root has the height 0
 
 float Middle(float low, float high) { return static_cast<float>((static_cast<double>(low) + high) * 0.5); }
 

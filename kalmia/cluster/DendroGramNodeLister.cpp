@@ -4,6 +4,7 @@
 #include <iterator>
 
 #include "kalmia/cluster/internal/TreeWalk.h"
+#include "kalmia/containers/Missing.h"
 
 namespace DendroGram {
 
@@ -11,7 +12,7 @@ namespace {
 
 constexpr int kHorizontal = 1;
 constexpr int kVertical = 2;
-constexpr float kNoValue = -99.0F;
+constexpr float kNoValue = kalmia::kMissingCell<float>;
 
 int HalfRoundedUp(int sum) { return sum / 2 + sum % 2; }
 

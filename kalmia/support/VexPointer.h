@@ -3,12 +3,14 @@
 #include <memory>
 #include <utility>
 
+#include "kalmia/support/Export.h"
+
 namespace kalmia {
 
 /// What the two pointers below have in common: the last holder gives the object to a `Deleter`. Self-assignment is
 /// harmless. The use count is plain memory: not to be copied or released by two threads at once.
 template <class T, class Deleter>
-class CountedPointer {
+class KALMIA_EXPORT CountedPointer {
  public:
   /// Owns `object` from the call on, also where the use count finds no memory and std::bad_alloc is thrown.
   explicit CountedPointer(T* object) try : count_(new int(1)), object_(object) {
@@ -44,7 +46,7 @@ class CountedPointer {
 
 /// Shared ownership of one heap object; the last holder deletes it.
 template <class T>
-class VexPointer : public kalmia::CountedPointer<T, std::default_delete<T>> {
+class KALMIA_EXPORT VexPointer : public kalmia::CountedPointer<T, std::default_delete<T>> {
  public:
   explicit VexPointer(T* object = nullptr) : kalmia::CountedPointer<T, std::default_delete<T>>(object) {}
 
@@ -54,7 +56,7 @@ class VexPointer : public kalmia::CountedPointer<T, std::default_delete<T>> {
 
 /// The same for an array from array-new.
 template <class T>
-class VexVecPointer : public kalmia::CountedPointer<T, std::default_delete<T[]>> {
+class KALMIA_EXPORT VexVecPointer : public kalmia::CountedPointer<T, std::default_delete<T[]>> {
  public:
   explicit VexVecPointer(T* array = nullptr) : kalmia::CountedPointer<T, std::default_delete<T[]>>(array) {}
 

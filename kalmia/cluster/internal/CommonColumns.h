@@ -4,7 +4,7 @@
 #include <vector>
 
 #include "kalmia/containers/NCDataMatrix.h"
-#include "kalmia/kernels/threads/StoppableTeam.h"
+#include "kalmia/support/WorkMeter.h"
 
 namespace kalmia {
 

@@ -5,7 +5,7 @@
 
 #include "kalmia/cluster/ClusterDistanceCalculator.h"
 #include "kalmia/cluster/internal/PairMemory.h"
-#include "kalmia/kernels/threads/StoppableTeam.h"
+#include "kalmia/support/WorkMeter.h"
 
 namespace DendroGram {
 

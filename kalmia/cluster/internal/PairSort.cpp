@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "kalmia/kernels/simd/Fetch.h"
+#include "kalmia/kernels/threads/StoppableTeam.h"
 
 using DendroGram::DistanceAndIndex;
 

@@ -4,7 +4,7 @@
 #include <cstddef>
 
 #include "kalmia/cluster/ClusterDistanceCalculator.h"
-#include "kalmia/kernels/threads/StoppableTeam.h"
+#include "kalmia/support/WorkMeter.h"
 
 namespace kalmia {
 

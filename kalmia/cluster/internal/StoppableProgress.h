@@ -1,8 +1,8 @@
 #pragma once
 
-#include "kalmia/kernels/threads/StoppableTeam.h"
 #include "kalmia/support/NCError.h"
 #include "kalmia/support/NCProgress.h"
+#include "kalmia/support/WorkMeter.h"
 
 namespace kalmia {
 

@@ -6,7 +6,7 @@
 
 #include "kalmia/cluster/ClusterDistanceCalculator.h"
 #include "kalmia/cluster/internal/ClusterNumbers.h"
-#include "kalmia/kernels/threads/StoppableTeam.h"
+#include "kalmia/support/WorkMeter.h"
 
 namespace kalmia {
 

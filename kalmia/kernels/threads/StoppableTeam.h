@@ -1,30 +1,10 @@
 #pragma once
 
-#include <cstdint>
 #include <functional>
 
+#include "kalmia/support/WorkMeter.h"
+
 namespace kalmia {
-
-/// Asks whether the work goes on, and throws if not. Empty where there is nobody to ask.
-using Ask = std::function<void()>;
-
-/// Asks once for so much work, whatever it is counted in.
-class WorkMeter {
- public:
-  /// Refers to `ask`.
-  WorkMeter(const Ask& ask, std::int64_t workPerQuestion) : ask_(ask), workPerQuestion_(workPerQuestion) {}
-  void Add(std::int64_t work) {
-    done_ += work;
-    if (done_ < workPerQuestion_) return;
-    done_ = 0;
-    if (ask_) ask_();
-  }
-
- private:
-  const Ask& ask_;
-  std::int64_t workPerQuestion_;
-  std::int64_t done_ = 0;
-};
 
 /// How many threads long work is given: 1 where threading is off; else the processors that ThreadingControl was told
 /// of, but no more than 64, or than the machine has if these are more.

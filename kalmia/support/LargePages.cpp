@@ -1,4 +1,4 @@
-#include "kalmia/support/internal/LargePages.h"
+#include "kalmia/support/LargePages.h"
 
 #include <sys/mman.h>
 #include <unistd.h>
