@@ -8,8 +8,9 @@
 #include <string>
 #include <vector>
 
+#include "kalmia/kernels/simd/Targets.h"  // before any header of Highway
+
 #include "hwy/highway.h"
-#include "kalmia/kernels/simd/Targets.h"
 #include "kernels/SameBits.h"
 #include "testing/RandomTables.h"
 

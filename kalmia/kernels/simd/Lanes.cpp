@@ -3,7 +3,8 @@
 #include <cstdlib>
 #include <cstring>
 
-#include "kalmia/kernels/simd/Targets.h"
+#include "kalmia/kernels/simd/Targets.h"  // before any header of Highway
+
 #include "hwy/highway.h"
 
 namespace kalmia::simd {
