@@ -17,9 +17,10 @@ void DeclareCluster(CommandOptions* command, ClusterOptions* options) {
                   "of two clusters)");
   command->Require("--method");
   command->Text("--id", "NAME", &options->id, "column that names the rows");
-  command->Names("--x", &options->x,
-                 "columns to cluster by, names and ranges FIRST..LAST with commas between them (default: all of numbers)",
-                 "COLUMNS");
+  command->Names(
+      "--x", &options->x,
+      "columns to cluster by, names and ranges FIRST..LAST with commas between them (default: all of numbers)",
+      "COLUMNS");
   command->Names("--exclude", &options->exclude, "columns to leave out, named likewise; not with --x", "COLUMNS");
   command->Exclude("--x", "--exclude");
   command->Scaling("--scale", &options->scaling, "scaling of the columns: uv (default), pareto, centre or none");

@@ -40,8 +40,9 @@ std::string MakeFolderIn(const std::string& folder) {
   return mkdtemp(path.data()) == nullptr ? "" : path;
 }
 
-/// A folder of the library's temporary files while the object lives: its own, in the one that is named, so that whatever
-/// is in it goes with it, by a signal too. Where none can be made the library meets the same trouble, if it needs one.
+/// A folder of the library's temporary files while the object lives: its own, in the one that is named, so that
+/// whatever is in it goes with it, by a signal too. Where none can be made the library meets the same trouble, if it
+/// needs one.
 class TemporaryFolder {
  public:
   explicit TemporaryFolder(const std::string& folder) {

@@ -10,10 +10,10 @@ namespace kalmia::app {
 // One function for each subcommand: does the work, writes its files, and returns the text for standard output.
 // Throws Failure, and leaves no file behind then. `notes` takes what it did of its own accord.
 
-std::string RunCommand(const PlsOptions& options, Notes* notes);
-std::string RunCommand(const PcaOptions& options, Notes* notes);
-std::string RunCommand(const OplsOptions& options, Notes* notes);
-std::string RunCommand(const O2plsOptions& options, Notes* notes);
+std::string RunCommand(const PLSOptions& options, Notes* notes);
+std::string RunCommand(const PCAOptions& options, Notes* notes);
+std::string RunCommand(const OPLSOptions& options, Notes* notes);
+std::string RunCommand(const O2PLSOptions& options, Notes* notes);
 std::string RunCommand(const PredictOptions& options, Notes* notes);
 std::string RunCommand(const FillOptions& options, Notes* notes);
 std::string RunCommand(const FilterOptions& options, Notes* notes);

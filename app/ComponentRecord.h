@@ -27,7 +27,7 @@ struct ComponentRecord {
 };
 
 /// What is known of one component of an OPLS model; shares of 1. The predictive components are judged together.
-struct OplsComponentRecord {
+struct OPLSComponentRecord {
   bool orthogonal = false;
   bool kept = false;
   bool significant = false;  ///< Q2 is strictly above its limit
@@ -39,7 +39,7 @@ struct OplsComponentRecord {
 };
 
 /// What is known of one component of an O2PLS model; shares of 1.
-struct O2plsComponentRecord {
+struct O2PLSComponentRecord {
   enum Kind { Joint, XUnique, YUnique };
 
   Kind kind = Joint;
@@ -52,7 +52,7 @@ struct O2plsComponentRecord {
 };
 
 /// What is known of one principal component; shares of 1. Not a number where nothing can be said.
-struct PcaComponentRecord {
+struct PCAComponentRecord {
   bool kept = false;
   bool significant = false;  ///< cross-validation: Q2 is strictly above its limit
   bool enoughLeft = false;   ///< the rule on what is left of X: more than kSmallestShareLeft before this component

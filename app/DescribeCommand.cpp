@@ -180,7 +180,8 @@ std::string DescribeText(const CsvTable& table, const TableSummary& summary) {
                       NamedColumns("Constant columns", summary.Constant()) +
                       NamedColumns("Empty columns", summary.Empty());
   for (const ColumnSummary& column : summary.columns) {
-    if (column.words > 0) lists += "Words among the numbers of " + OneLine(column.name) + ": " + WordsText(column) + "\n";
+    if (column.words > 0)
+      lists += "Words among the numbers of " + OneLine(column.name) + ": " + WordsText(column) + "\n";
   }
   if (!lists.empty()) lists.insert(0, "\n");
   return table.Name() + ": " + Counted(static_cast<std::size_t>(table.Rows()), "row") + ", " +

@@ -22,14 +22,14 @@ bool HasMagicOf(const FileKind& kind, std::string_view bytes) {
 }  // namespace
 
 const FileKind* KindOfBytes(std::string_view bytes) {
-  for (const FileKind* kind : {&kModelFile, &kStepsFile, &kOplsCvFile}) {
+  for (const FileKind* kind : {&kModelFile, &kStepsFile, &kOPLSCvFile}) {
     if (HasMagicOf(*kind, bytes)) return kind;
   }
   return nullptr;
 }
 
 bool EndWithinMagic(std::string_view bytes) {
-  for (const FileKind* kind : {&kModelFile, &kStepsFile, &kOplsCvFile}) {
+  for (const FileKind* kind : {&kModelFile, &kStepsFile, &kOPLSCvFile}) {
     const bool isBeginning = bytes.size() < kind->magic.size() && kind->magic.substr(0, bytes.size()) == bytes;
     if (isBeginning && !bytes.empty()) return true;
   }

@@ -18,7 +18,7 @@ struct FileKind {
 
 inline constexpr FileKind kModelFile{"\x8BKALMIA\n", 3, "Kalmia model", "model file"};
 inline constexpr FileKind kStepsFile{"\x8BKALMST\n", 1, "chain of preprocessing steps", "steps file"};
-inline constexpr FileKind kOplsCvFile{"\x8BKALMCV\n", 1, "cross-validation of kalmia opls", "cross-validation file"};
+inline constexpr FileKind kOPLSCvFile{"\x8BKALMCV\n", 1, "cross-validation of kalmia opls", "cross-validation file"};
 
 /// Which of them the bytes begin like; null for none.
 const FileKind* KindOfBytes(std::string_view bytes);

@@ -17,7 +17,6 @@ namespace kalmia::app {
 
 namespace {
 
-constexpr auto kMissingCell = static_cast<float>(kMissing);
 constexpr int kMaxIterations = 500;
 
 struct Place {
@@ -30,7 +29,7 @@ std::vector<Place> HolesOf(const NCDataMatrix<float>& table) {
   holes.reserve(static_cast<std::size_t>(table.GetNumMisVal()));
   for (int r = 1; r <= table.SizeRows(); ++r) {
     for (int c = 1; c <= table.SizeColumns(); ++c) {
-      if (table[r][c] == kMissingCell) holes.push_back({r, c});
+      if (table[r][c] == kMissingCell<float>) holes.push_back({r, c});
     }
   }
   return holes;
@@ -56,7 +55,7 @@ float Estimate(const NCPCA& model, const std::vector<double>& shares, double mea
   for (int a = 1; a <= static_cast<int>(shares.size()); ++a) {
     const float t = (*model.GetTprim())[a][place.row];
     const float p = (*model.GetPprim())[a][place.column];
-    if (t != kMissingCell && p != kMissingCell) {
+    if (t != kMissingCell<float> && p != kMissingCell<float>) {
       sum += shares[static_cast<std::size_t>(a) - 1] * static_cast<double>(t) * static_cast<double>(p);
     }
   }

@@ -16,7 +16,6 @@ namespace kalmia::app {
 
 namespace {
 
-constexpr auto kMissingCell = static_cast<float>(kMissing);
 constexpr std::size_t kNamed = 10;  ///< a note names so many columns, and counts the others
 
 [[noreturn]] void Refuse(const CsvTable& table, const std::string& message) {
@@ -138,7 +137,7 @@ std::string FilledText(const CsvTable& table, const FillOutcome& outcome, const 
     const int place = matrixColumn.at(static_cast<std::size_t>(column));
     if (place == 0 || !std::isnan(table.Column(column).numbers[row])) return std::nullopt;
     const float cell = outcome.filled.cells[row + 1][place];
-    if (cell == kMissingCell) return std::nullopt;
+    if (cell == kMissingCell<float>) return std::nullopt;
     ++replaced;
     return cell;
   };

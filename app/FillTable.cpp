@@ -7,8 +7,6 @@ namespace kalmia::app {
 
 namespace {
 
-constexpr auto kMissingCell = static_cast<float>(kMissing);
-
 /// Rows and columns, from 1, that a model can be made of.
 struct Modelled {
   std::vector<int> rows;
@@ -17,7 +15,7 @@ struct Modelled {
 
 bool HasCell(const NCDataMatrix<float>& cells, int row, const std::vector<int>& columns) {
   for (const int column : columns) {
-    if (cells[row][column] != kMissingCell) return true;
+    if (cells[row][column] != kMissingCell<float>) return true;
   }
   return false;
 }
@@ -66,8 +64,9 @@ void TakeBack(const NCDataMatrix<float>& scaled, const NCScale& scale, const Mod
     const int row = modelled.rows[static_cast<std::size_t>(r) - 1];
     for (int c = 1; c <= scaled.SizeColumns(); ++c) {
       const int column = modelled.columns[static_cast<std::size_t>(c) - 1];
-      if (before[row][column] != kMissingCell) continue;
-      (*cells)(row, column, AvoidMissingValue(static_cast<float>(scaled[r][c] / FactorOf(scale, c) + CentreOf(scale, c))));
+      if (before[row][column] != kMissingCell<float>) continue;
+      (*cells)(row, column,
+               AvoidMissingValue(static_cast<float>(scaled[r][c] / FactorOf(scale, c) + CentreOf(scale, c))));
     }
   }
 }

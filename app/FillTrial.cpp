@@ -13,7 +13,6 @@ namespace kalmia::app {
 
 namespace {
 
-constexpr auto kMissingCell = static_cast<float>(kMissing);
 constexpr std::size_t kOneOf = 10;  ///< one of so many present cells is hidden
 constexpr int kMostComponents = 15;
 constexpr int kEnoughCells = 1000;  ///< hidden in all the trials of a choice
@@ -33,7 +32,7 @@ std::vector<Place> Candidates(const NCDataMatrix<float>& cells) {
   for (int c = 1; c <= cells.SizeColumns(); ++c) {
     if (IsConstant(cells, c)) continue;
     for (int r = 1; r <= cells.SizeRows(); ++r) {
-      if (cells[r][c] != kMissingCell) places.push_back({r, c});
+      if (cells[r][c] != kMissingCell<float>) places.push_back({r, c});
     }
   }
   return places;
@@ -63,7 +62,7 @@ Hidden Hide(const NumberColumns& columns, std::uint32_t seed) {
     const bool lastOfRow = now[place.row].GetNumMisVal() + 1 == now.SizeColumns();
     const bool lastOfColumn = now.GetColumnMisVal(place.column) + 1 == now.SizeRows();
     if (lastOfRow || lastOfColumn) continue;
-    rest(place.row, place.column, kMissingCell);
+    rest(place.row, place.column, kMissingCell<float>);
     hidden.places.push_back(place);
   }
   return hidden;
@@ -88,7 +87,7 @@ FillTrial Compare(const NumberColumns& columns, const Hidden& hidden, const Fill
   std::vector<FillError> errors(columns.names.size());
   for (const Place& place : hidden.places) {
     const float estimate = filled.cells[place.row][place.column];
-    if (estimate == kMissingCell) continue;  // of a row that is left with constant columns
+    if (estimate == kMissingCell<float>) continue;  // of a row that is left with constant columns
     const auto variance = std::pow(static_cast<double>(columns.cells.GetColumnStdDev(place.column)), 2);
     const double truth = columns.cells[place.row][place.column];
     const double mean = static_cast<double>(hidden.rest.cells.GetColumnMean(place.column));

@@ -19,7 +19,6 @@ namespace kalmia::app {
 
 namespace {
 
-constexpr auto kMissingCell = static_cast<float>(kMissing);
 constexpr std::size_t kRowsNamed = 10;  ///< a note names so many rows, and counts the others
 constexpr int kFewestGroups = 2;        ///< selecting data makes groups, which a filter has no use for
 
@@ -93,8 +92,8 @@ FilteredTable ApplyFilter(const StoredFilter& filter, const CsvTable& table, Not
   const NCDataMatrix<float>& residuals = left;
   for (int r = 1; r <= left.SizeRows(); ++r)
     for (int c = 1; c <= left.SizeColumns(); ++c) {
-      if (scaled[r][c] == kMissingCell) {
-        filtered.cells(r, c, kMissingCell);
+      if (scaled[r][c] == kMissingCell<float>) {
+        filtered.cells(r, c, kMissingCell<float>);
         continue;
       }
       const float cell = InUnitsOfTheTable(filter, residuals[r][c], c);
@@ -118,7 +117,7 @@ std::string FilteredText(const CsvTable& table, const FilterOutcome& outcome, co
   }
   const auto filteredCell = [&](int row, int column) -> std::optional<float> {
     const int place = matrixColumn.at(static_cast<std::size_t>(column));
-    if (place == 0 || filtered.cells[row + 1][place] == kMissingCell) return std::nullopt;
+    if (place == 0 || filtered.cells[row + 1][place] == kMissingCell<float>) return std::nullopt;
     return filtered.cells[row + 1][place];
   };
   return WithNewCells(table, filter.idColumn, marks, filteredCell, notes, progress);

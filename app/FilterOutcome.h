@@ -28,8 +28,8 @@ struct FilterOutcome {
 };
 
 /// Makes the filter that the recipe asks for, and applies it. Rows without any X cell, or without any Y cell, take no
-/// part in the fit, with a note; they are filtered like the others. Here as below `progress` may be null. Throws Failure
-/// as SelectData, FitFilter and ApplyFilter do.
+/// part in the fit, with a note; they are filtered like the others. Here as below `progress` may be null. Throws
+/// Failure as SelectData, FitFilter and ApplyFilter do.
 FilterOutcome MakeFilter(const CsvTable& table, const FilterRecipe& recipe, Notes* notes, NCProgress* progress);
 
 /// Filters the rows of a table, whose columns are matched by name. The table that a filter was made of comes out as it
@@ -37,8 +37,8 @@ FilterOutcome MakeFilter(const CsvTable& table, const FilterRecipe& recipe, Note
 /// Throws Failure (BadData) as ReadNewRows, and where the numbers overflow.
 FilteredTable ApplyFilter(const StoredFilter& filter, const CsvTable& table, Notes* notes, NCProgress* progress);
 
-/// The text of the table with the filtered cells in it, as WithNewCells writes it, with its note; a missing cell stays as
-/// it is.
+/// The text of the table with the filtered cells in it, as WithNewCells writes it, with its note; a missing cell stays
+/// as it is.
 std::string FilteredText(const CsvTable& table, const FilterOutcome& outcome, const CsvMarkOptions& marks,
                          Notes* notes, NCProgress* progress);
 

@@ -40,7 +40,7 @@ struct OPLSRecipe : FitRecipe {  // `components` are the orthogonal ones
 };
 
 /// How many components an O2PLS model has of each kind.
-struct O2plsNumbers {
+struct O2PLSNumbers {
   int joint = 0;
   int xUnique = 0;
   int yUnique = 0;
@@ -52,7 +52,7 @@ struct O2PLSRecipe {
   std::vector<std::string> x;  ///< empty: all columns of numbers
   std::vector<std::string> y;  ///< the same of the Y table
   NCScale::Scaling scaling = NCScale::ScalingUnitVariance;  ///< of both blocks
-  std::optional<O2plsNumbers> numbers;  ///< nothing: those that cross-validation finds
+  std::optional<O2PLSNumbers> numbers;  ///< nothing: those that cross-validation finds
   bool fill = false;                    ///< whether missing cells are estimated, each from the other block
   int groups = 7;
 };

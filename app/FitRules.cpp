@@ -9,13 +9,11 @@ namespace kalmia::app {
 
 namespace {
 
-constexpr auto kMissingCell = static_cast<float>(kMissing);
-
 /// Sums of squares of a table and of what is left of it, over the cells present in both.
 class SumsOfSquares {
  public:
   void Add(float cell, float left) {
-    if (cell == kMissingCell || left == kMissingCell) return;
+    if (cell == kMissingCell<float> || left == kMissingCell<float>) return;
     table_ += static_cast<double>(cell) * cell;
     residual_ += static_cast<double>(left) * left;
   }

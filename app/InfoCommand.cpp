@@ -7,10 +7,10 @@
 #include "app/Json.h"
 #include "app/ModelFile.h"
 #include "app/Numbers.h"
-#include "app/O2plsTables.h"
-#include "app/OplsCvFile.h"
-#include "app/OplsTables.h"
-#include "app/PcaTables.h"
+#include "app/O2PLSTables.h"
+#include "app/OPLSCvFile.h"
+#include "app/OPLSTables.h"
+#include "app/PCATables.h"
 #include "app/Scaling.h"
 #include "app/StepChainFile.h"
 #include "app/StepChainReport.h"
@@ -73,16 +73,16 @@ std::string StepsText(const StepChain& chain) {
 // What each kind of model shows of its own: its name, lines of the list, tables below it, and fields of the JSON
 // output.
 
-std::string KindName(const StoredPls& /*model*/) { return "PLS"; }
-std::string KindName(const StoredPca& /*model*/) { return "PCA"; }
-std::string KindName(const StoredOpls& /*model*/) { return "OPLS"; }
-std::string KindName(const StoredO2pls& /*model*/) { return "O2PLS"; }
+std::string KindName(const StoredPLS& /*model*/) { return "PLS"; }
+std::string KindName(const StoredPCA& /*model*/) { return "PCA"; }
+std::string KindName(const StoredOPLS& /*model*/) { return "OPLS"; }
+std::string KindName(const StoredO2PLS& /*model*/) { return "O2PLS"; }
 std::string KindName(const StoredFilter& /*model*/) { return "filter of what has nothing to do with Y"; }
 
-const char* InfoFormat(const StoredPls& /*model*/) { return "kalmia-info"; }
-const char* InfoFormat(const StoredPca& /*model*/) { return "kalmia-info-pca"; }
-const char* InfoFormat(const StoredOpls& /*model*/) { return "kalmia-info-opls"; }
-const char* InfoFormat(const StoredO2pls& /*model*/) { return "kalmia-info-o2pls"; }
+const char* InfoFormat(const StoredPLS& /*model*/) { return "kalmia-info"; }
+const char* InfoFormat(const StoredPCA& /*model*/) { return "kalmia-info-pca"; }
+const char* InfoFormat(const StoredOPLS& /*model*/) { return "kalmia-info-opls"; }
+const char* InfoFormat(const StoredO2PLS& /*model*/) { return "kalmia-info-o2pls"; }
 const char* InfoFormat(const StoredFilter& /*model*/) { return "kalmia-info-filter"; }
 
 std::string JudgementLines(const ModelFrame& model) {
@@ -100,8 +100,8 @@ void AddJudgementJson(const ModelFrame& model, Json* json) {
 void AddJudgementJson(const StoredFilter& /*model*/, Json* /*json*/) {}
 
 std::string OwnLines(const YModelFrame& model) { return LabelledNames("Y", model.yNames); }
-std::string OwnLines(const StoredPca& /*model*/) { return ""; }
-std::string OwnLines(const StoredO2pls& model) {
+std::string OwnLines(const StoredPCA& /*model*/) { return ""; }
+std::string OwnLines(const StoredO2PLS& model) {
   return Labelled("Y block of", OneLine(model.yTable)) +
          Labelled("Y columns", std::to_string(model.yNames.size()) + ", " + ScalingText(model.scaling)) +
          LabelledNames("", model.yNames) +
@@ -110,41 +110,41 @@ std::string OwnLines(const StoredO2pls& model) {
 
 std::string OwnLines(const StoredFilter& model) { return LabelledNames("Y", model.yNames); }
 
-std::string OwnTables(const StoredPls& model) {
+std::string OwnTables(const StoredPLS& model) {
   return ComponentText(model.components, model.yNames) + "\n" + QualityText(model);
 }
 
-std::string OwnTables(const StoredPca& model) { return PcaComponentText(model.components); }
+std::string OwnTables(const StoredPCA& model) { return PCAComponentText(model.components); }
 
-std::string OwnTables(const StoredOpls& model) {
-  return OplsComponentText(model.components) + "\n" + QualityText(model);
+std::string OwnTables(const StoredOPLS& model) {
+  return OPLSComponentText(model.components) + "\n" + QualityText(model);
 }
 
-std::string OwnTables(const StoredO2pls& model) {
-  return O2plsComponentText(model.components) + "\n" + SharesText(model.components);
+std::string OwnTables(const StoredO2PLS& model) {
+  return O2PLSComponentText(model.components) + "\n" + SharesText(model.components);
 }
 
 std::string OwnTables(const StoredFilter& model) { return FilterComponentText(model.components); }
 
-void AddOwnJson(const StoredPls& model, Json* json) {
+void AddOwnJson(const StoredPLS& model, Json* json) {
   (*json)["y"] = ColumnsJson(model.yNames, *model.yScale);
   (*json)["components"] = ComponentJson(model.components, model.yNames);
   (*json)["quality"] = QualityJson(model);
 }
 
-void AddOwnJson(const StoredPca& model, Json* json) { (*json)["components"] = PcaComponentJson(model.components); }
+void AddOwnJson(const StoredPCA& model, Json* json) { (*json)["components"] = PCAComponentJson(model.components); }
 
-void AddOwnJson(const StoredOpls& model, Json* json) {
+void AddOwnJson(const StoredOPLS& model, Json* json) {
   (*json)["y"] = ColumnsJson(model.yNames, *model.yScale);
-  (*json)["components"] = OplsComponentJson(model.components);
+  (*json)["components"] = OPLSComponentJson(model.components);
   (*json)["quality"] = QualityJson(model);
 }
 
-void AddOwnJson(const StoredO2pls& model, Json* json) {
+void AddOwnJson(const StoredO2PLS& model, Json* json) {
   (*json)["yTable"] = model.yTable;
   (*json)["y"] = ColumnsJson(model.yNames, *model.yScale);
   (*json)["yPooledDeviation"] = JsonNumber(model.yPooledDeviation);
-  (*json)["components"] = O2plsComponentJson(model.components);
+  (*json)["components"] = O2PLSComponentJson(model.components);
   (*json)["shares"] = SharesJson(model.components);
 }
 
@@ -196,13 +196,13 @@ std::string ChainInfoJson(const StepChain& chain, const std::string& file) {
 }
 
 /// What the steps of a cross-validation added: the predictive components together, then each orthogonal one.
-std::vector<std::string> CvStepNames(const StoredOplsCv& cv) {
+std::vector<std::string> CvStepNames(const StoredOPLSCv& cv) {
   std::vector<std::string> names = {Counted(static_cast<std::size_t>(cv.state.predictive), "predictive component")};
   for (std::size_t s = 1; s < cv.state.steps.size(); ++s) names.push_back("orthogonal " + std::to_string(s));
   return names;
 }
 
-std::string CvInfoText(const StoredOplsCv& cv, const std::string& file) {
+std::string CvInfoText(const StoredOPLSCv& cv, const std::string& file) {
   TextTable table;
   table.AddColumn("step", TextTable::Align::Left);
   table.AddColumn("Q2 cum", TextTable::Align::Right);
@@ -216,7 +216,7 @@ std::string CvInfoText(const StoredOplsCv& cv, const std::string& file) {
          LabelledNames("", cv.xNames) + "\n" + table.Text();
 }
 
-std::string CvInfoJson(const StoredOplsCv& cv, const std::string& file) {
+std::string CvInfoJson(const StoredOPLSCv& cv, const std::string& file) {
   Json json = JsonHeader("kalmia-info-crossvalidation");
   json["crossValidation"] = file;
   json["writtenBy"] = cv.writtenBy;
@@ -228,7 +228,7 @@ std::string CvInfoJson(const StoredOplsCv& cv, const std::string& file) {
   for (const int group : cv.groups) json["groupOfRow"].push_back(group + 1);
   json["predictive"] = cv.state.predictive;
   json["q2Cum"] = Json::array();
-  for (const OplsCvStep& step : cv.state.steps) json["q2Cum"].push_back(JsonNumber(AsWritten(step.q2Cum)));
+  for (const OPLSCvStep& step : cv.state.steps) json["q2Cum"].push_back(JsonNumber(AsWritten(step.q2Cum)));
   return JsonText(json);
 }
 
@@ -242,8 +242,8 @@ std::string RunCommand(const InfoOptions& options, Notes* /*notes*/) {
     const StepChain chain = ReadStepChainFile(bytes, file);
     return options.json ? ChainInfoJson(chain, file) : ChainInfoText(chain, file);
   }
-  if (kind == &kOplsCvFile) {
-    const StoredOplsCv cv = ReadOplsCvFile(bytes, file);
+  if (kind == &kOPLSCvFile) {
+    const StoredOPLSCv cv = ReadOPLSCvFile(bytes, file);
     return options.json ? CvInfoJson(cv, file) : CvInfoText(cv, file);
   }
   const StoredModel model = ReadModelFile(bytes, file);

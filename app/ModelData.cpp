@@ -16,7 +16,6 @@ namespace kalmia::app {
 
 namespace {
 
-constexpr auto kMissingCell = static_cast<float>(kMissing);
 constexpr std::size_t kRowsNamed = 10;  ///< a note names so many rows, and counts the others
 constexpr int kMostAutomaticComponents = 15;
 
@@ -110,7 +109,7 @@ class Selection {
   void LeaveOutRows() {
     for (int row = 0; row < table_.Rows(); ++row) {
       const auto r = static_cast<std::size_t>(row);
-      const auto isThere = [r](const NumberColumn& column) { return column.cells[r] != kMissingCell; };
+      const auto isThere = [r](const NumberColumn& column) { return column.cells[r] != kMissingCell<float>; };
       const bool hasX = std::any_of(x_.begin(), x_.end(), isThere);
       if (hasX) {
         rows_.push_back(row);

@@ -50,15 +50,15 @@ bool HasRows(const NCDataMatrix<float>& matrix, std::size_t rows, std::size_t co
 // What a kind of model has beside its frame. Reading also checks that the parts belong together, the frame's among
 // them: later work relies on their shapes.
 
-void WriteOwnEntries(const StoredPls& model, OutputStreamDirectory* directory);
-void WriteOwnEntries(const StoredPca& model, OutputStreamDirectory* directory);
-void WriteOwnEntries(const StoredOpls& model, OutputStreamDirectory* directory);
-void WriteOwnEntries(const StoredO2pls& model, OutputStreamDirectory* directory);
+void WriteOwnEntries(const StoredPLS& model, OutputStreamDirectory* directory);
+void WriteOwnEntries(const StoredPCA& model, OutputStreamDirectory* directory);
+void WriteOwnEntries(const StoredOPLS& model, OutputStreamDirectory* directory);
+void WriteOwnEntries(const StoredO2PLS& model, OutputStreamDirectory* directory);
 void WriteOwnEntries(const StoredFilter& model, OutputStreamDirectory* directory);
-bool ReadOwnEntries(InputStreamDirectory* directory, StoredPls* model);
-bool ReadOwnEntries(InputStreamDirectory* directory, StoredPca* model);
-bool ReadOwnEntries(InputStreamDirectory* directory, StoredOpls* model);
-bool ReadOwnEntries(InputStreamDirectory* directory, StoredO2pls* model);
+bool ReadOwnEntries(InputStreamDirectory* directory, StoredPLS* model);
+bool ReadOwnEntries(InputStreamDirectory* directory, StoredPCA* model);
+bool ReadOwnEntries(InputStreamDirectory* directory, StoredOPLS* model);
+bool ReadOwnEntries(InputStreamDirectory* directory, StoredO2PLS* model);
 bool ReadOwnEntries(InputStreamDirectory* directory, StoredFilter* model);
 
 }  // namespace kalmia::app

@@ -78,7 +78,7 @@ bool ReadContent(int version, std::istream& stream, StoredModel* model) {
   InputStreamDirectory directory(stream);
   ModelFrame frame;
   frame.xScale = std::make_unique<NCScale>();
-  int kind = StoredPls::kKind;
+  int kind = StoredPLS::kKind;
   if (!ReadGeneral(version, directory.GetInput(General), &frame, &kind) || !MakeKind(kind, model) ||
       !ReadNames(XNames, &directory, &frame.xNames) || !ReadNames(RowNames, &directory, &frame.rowNames) ||
       !ReadObject(XScaling, &directory, frame.xScale.get()) ||
@@ -102,13 +102,13 @@ std::string FileBytes(const Kind& model) {
 
 }  // namespace
 
-std::string ModelFileBytes(const StoredPls& model) { return FileBytes(model); }
+std::string ModelFileBytes(const StoredPLS& model) { return FileBytes(model); }
 
-std::string ModelFileBytes(const StoredPca& model) { return FileBytes(model); }
+std::string ModelFileBytes(const StoredPCA& model) { return FileBytes(model); }
 
-std::string ModelFileBytes(const StoredOpls& model) { return FileBytes(model); }
+std::string ModelFileBytes(const StoredOPLS& model) { return FileBytes(model); }
 
-std::string ModelFileBytes(const StoredO2pls& model) { return FileBytes(model); }
+std::string ModelFileBytes(const StoredO2PLS& model) { return FileBytes(model); }
 
 std::string ModelFileBytes(const StoredFilter& model) { return FileBytes(model); }
 

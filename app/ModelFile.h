@@ -8,10 +8,10 @@
 namespace kalmia::app {
 
 /// The bytes of a model file: magic, version, length, checksum, content. docs/command.md describes them.
-std::string ModelFileBytes(const StoredPls& model);
-std::string ModelFileBytes(const StoredPca& model);
-std::string ModelFileBytes(const StoredOpls& model);
-std::string ModelFileBytes(const StoredO2pls& model);
+std::string ModelFileBytes(const StoredPLS& model);
+std::string ModelFileBytes(const StoredPCA& model);
+std::string ModelFileBytes(const StoredOPLS& model);
+std::string ModelFileBytes(const StoredO2PLS& model);
 std::string ModelFileBytes(const StoredFilter& model);
 std::string ModelFileBytes(const StoredModel& model);
 

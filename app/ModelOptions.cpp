@@ -44,7 +44,7 @@ void DeclareFit(CommandOptions* command, FitOptions* options, FitRecipe* recipe)
 
 }  // namespace
 
-void DeclarePls(CommandOptions* command, PlsOptions* options) {
+void DeclarePLS(CommandOptions* command, PLSOptions* options) {
   command->File("TABLE", &options->table, "CSV table with a header, also as .gz");
   command->Names("--y", &options->recipe.y, "column to model, always needed; several: repeat, or put commas between");
   command->Require("--y");
@@ -58,7 +58,7 @@ void DeclarePls(CommandOptions* command, PlsOptions* options) {
       "  kalmia pls oil.csv --y yellow --y green --id sample --x Acidity..DK --csv results");
 }
 
-void DeclarePca(CommandOptions* command, PcaOptions* options) {
+void DeclarePCA(CommandOptions* command, PCAOptions* options) {
   command->File("TABLE", &options->table, "CSV table with a header, also as .gz");
   DeclareFit(command, options, &options->recipe);
   command->Text("--csv", "DIR", &options->csvFolder, "write scores, loadings and more as CSV files");
@@ -70,7 +70,7 @@ void DeclarePca(CommandOptions* command, PcaOptions* options) {
       "  kalmia pca gasoline.csv --id sample --exclude octane --scale centre --save spectra.model --csv results");
 }
 
-void DeclareOpls(CommandOptions* command, OplsOptions* options) {
+void DeclareOPLS(CommandOptions* command, OPLSOptions* options) {
   command->File("TABLE", &options->table, "CSV table with a header, also as .gz");
   command->Names("--y", &options->recipe.y, "column to model, always needed; several: repeat, or put commas between");
   command->Require("--y");
@@ -93,7 +93,7 @@ void DeclareOpls(CommandOptions* command, OplsOptions* options) {
       "  kalmia opls gasoline.csv --y octane --id sample --orthogonal 5 --resume octane.cv");
 }
 
-void DeclareO2pls(CommandOptions* command, O2plsOptions* options) {
+void DeclareO2PLS(CommandOptions* command, O2PLSOptions* options) {
   command->File("X", &options->table, "CSV table with a header, also as .gz, the X block");
   command->File("Y", &options->yTable,
                 "CSV table with a header, also as .gz, the Y block; it may be the same file, with --x and --y");

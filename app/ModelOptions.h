@@ -25,22 +25,22 @@ struct FitOptions {
   CsvMarkOptions csvMarks;
 };
 
-struct PlsOptions : FitOptions {
+struct PLSOptions : FitOptions {
   PLSRecipe recipe;
 };
 
-struct PcaOptions : FitOptions {
+struct PCAOptions : FitOptions {
   PCARecipe recipe;
 };
 
-struct OplsOptions : FitOptions {
+struct OPLSOptions : FitOptions {
   OPLSRecipe recipe;
   std::string saveCv;  ///< empty: the cross-validation is not stored
   std::string resume;  ///< file of a cross-validation to go on from; empty: it starts anew
 };
 
 /// `table` is of the X block; there are no steps.
-struct O2plsOptions : FitOptions {
+struct O2PLSOptions : FitOptions {
   O2PLSRecipe recipe;  ///< but for the numbers of components
   std::string yTable;
   std::optional<int> joint, xUnique, yUnique;  ///< all three or none: as many as cross-validation finds
@@ -81,10 +81,10 @@ struct FilterOptions {
 
 // Declare the commands to the parser.
 
-void DeclarePls(CommandOptions* command, PlsOptions* options);
-void DeclarePca(CommandOptions* command, PcaOptions* options);
-void DeclareOpls(CommandOptions* command, OplsOptions* options);
-void DeclareO2pls(CommandOptions* command, O2plsOptions* options);
+void DeclarePLS(CommandOptions* command, PLSOptions* options);
+void DeclarePCA(CommandOptions* command, PCAOptions* options);
+void DeclareOPLS(CommandOptions* command, OPLSOptions* options);
+void DeclareO2PLS(CommandOptions* command, O2PLSOptions* options);
 void DeclarePredict(CommandOptions* command, PredictOptions* options);
 void DeclareFill(CommandOptions* command, FillOptions* options);
 void DeclareFilter(CommandOptions* command, FilterOptions* options);

@@ -51,10 +51,10 @@ class Program {
     app_.require_subcommand(0, 1);
     app_.footer(kMainFooter);
     app_.set_help_flag("-h,--help", "print this text and end");  // subcommands inherit it
-    Add<PlsOptions>("pls", "Fit a PLS model and judge every component by cross-validation", DeclarePls);
-    Add<PcaOptions>("pca", "Fit principal components and judge every one by cross-validation", DeclarePca);
-    Add<OplsOptions>("opls", "Fit an OPLS model: what predicts Y, apart from what does not", DeclareOpls);
-    Add<O2plsOptions>("o2pls", "Fit an O2PLS model: what two blocks share, and what is each one's own", DeclareO2pls);
+    Add<PLSOptions>("pls", "Fit a PLS model and judge every component by cross-validation", DeclarePLS);
+    Add<PCAOptions>("pca", "Fit principal components and judge every one by cross-validation", DeclarePCA);
+    Add<OPLSOptions>("opls", "Fit an OPLS model: what predicts Y, apart from what does not", DeclareOPLS);
+    Add<O2PLSOptions>("o2pls", "Fit an O2PLS model: what two blocks share, and what is each one's own", DeclareO2PLS);
     Add<PredictOptions>("predict",
                         "Predict new rows with a stored PLS, OPLS or O2PLS model, or place them in a PCA model",
                         DeclarePredict);

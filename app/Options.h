@@ -27,7 +27,7 @@ struct Answer {
   std::string text;
 };
 
-using Command = std::variant<PlsOptions, PcaOptions, OplsOptions, O2plsOptions, PredictOptions, FillOptions,
+using Command = std::variant<PLSOptions, PCAOptions, OPLSOptions, O2PLSOptions, PredictOptions, FillOptions,
                              FilterOptions, PreprocessOptions, InfoOptions, DescribeOptions, ClusterOptions,
                              ChartOptions, HistogramOptions, FisherOptions, QuantileOptions, SpectrumOptions, Answer>;
 

@@ -111,8 +111,8 @@ std::string FolderOf(const std::string& path) {
   return folder.empty() ? "." : folder;
 }
 
-/// Whether the user may take a file of this folder away, as a move into its place does. In a folder with the sticky bit,
-/// as /tmp, only who owns the file or the folder may.
+/// Whether the user may take a file of this folder away, as a move into its place does. In a folder with the sticky
+/// bit, as /tmp, only who owns the file or the folder may.
 bool MayReplace(const struct stat& file, const std::string& folder) {
   struct stat of = {};
   const uid_t user = geteuid();

@@ -52,7 +52,8 @@ bool GoesTo(int descriptor, const std::string& path) {
 
 /// What is printed would be lost with the file that is replaced.
 void RefuseWhatIsPrinted(const FilePlace& output) {
-  for (const auto& [descriptor, name] : {std::pair{STDOUT_FILENO, "standard output"}, {STDERR_FILENO, "standard error"}}) {
+  for (const auto& [descriptor, name] :
+       {std::pair{STDOUT_FILENO, "standard output"}, {STDERR_FILENO, "standard error"}}) {
     if (!GoesTo(descriptor, output.path)) continue;
     throw Failure(ExitCode::Usage,
                   output.what + " would overwrite " + OneLine(output.path) + ", which is where " + name + " goes");

@@ -36,8 +36,8 @@ inline int DigitsAmong(std::uint64_t bytes) {
   return others == 0 ? 8 : __builtin_ctzll(others) / 8;
 }
 
-/// The number that the first `count` of eight bytes are the digits of; count >= 1. Neighbours are joined in pairs, fours
-/// and all eight; zeros come in front where there are fewer.
+/// The number that the first `count` of eight bytes are the digits of; count >= 1. Neighbours are joined in pairs,
+/// fours and all eight; zeros come in front where there are fewer.
 inline std::uint64_t NumberOf(std::uint64_t bytes, int count) {
   bytes <<= 64 - 8 * count;
   bytes = ((bytes & 0x0F0F0F0F0F0F0F0FU) * 2561) >> 8U;

@@ -10,8 +10,8 @@
 #include "app/NewRows.h"
 #include "app/OutputFiles.h"
 #include "app/OutputPlaces.h"
-#include "app/PcaPredict.h"
-#include "app/PlsPredict.h"
+#include "app/PCAPredict.h"
+#include "app/PLSPredict.h"
 #include "app/ReadTable.h"
 
 namespace kalmia::app {
@@ -27,7 +27,7 @@ void Direct(Model* /*model*/, const PredictOptions& options) {
   throw Failure(ExitCode::Usage, InputName(options.model) + " predicts from X only: --from y takes an O2PLS model");
 }
 
-void Direct(StoredO2pls* model, const PredictOptions& options) {
+void Direct(StoredO2PLS* model, const PredictOptions& options) {
   if (options.from == "y") TurnAround(model);
 }
 

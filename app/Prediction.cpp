@@ -55,7 +55,7 @@ void FillRows(const YModelFrame& model, const NCDataMatrix<float>& yPred, const 
 
 }  // namespace
 
-std::vector<RowPrediction> PredictRows(const StoredPls& model, NCDataMatrix<float> x, NCProgress* progress) {
+std::vector<RowPrediction> PredictRows(const StoredPLS& model, NCDataMatrix<float> x, NCProgress* progress) {
   ApplyScale(model.xScale.get(), &x);
   std::vector<RowPrediction> rows(static_cast<std::size_t>(x.SizeRows()));
   const NCPLS& pls = *model.pls;
@@ -76,9 +76,9 @@ std::vector<RowPrediction> PredictRows(const StoredPls& model, NCDataMatrix<floa
   return rows;
 }
 
-std::vector<RowPrediction> PredictRows(const StoredOpls& model, NCDataMatrix<float> x, NCProgress* progress) {
+std::vector<RowPrediction> PredictRows(const StoredOPLS& model, NCDataMatrix<float> x, NCProgress* progress) {
   ApplyScale(model.xScale.get(), &x);
-  const OplsMatrices& opls = model.opls;
+  const OPLSMatrices& opls = model.opls;
   NCOPLSPred prediction(&x, &opls.w, &opls.p, &opls.c, &opls.wo, &opls.po, &opls.co);
   WorkProgress work(progress);
   work.Begin(kPredicting);
@@ -95,10 +95,10 @@ std::vector<RowPrediction> PredictRows(const StoredOpls& model, NCDataMatrix<flo
   return rows;
 }
 
-std::vector<RowPrediction> PredictRows(const StoredO2pls& model, NCDataMatrix<float> x, NCProgress* progress) {
+std::vector<RowPrediction> PredictRows(const StoredO2PLS& model, NCDataMatrix<float> x, NCProgress* progress) {
   WorkProgress(progress).Ask();
   ApplyScale(model.xScale.get(), &x);
-  const O2plsMatrices& o2pls = model.o2pls;
+  const O2PLSMatrices& o2pls = model.o2pls;
   const NCO2PLSYPred prediction(x, o2pls.p, o2pls.w, o2pls.q, o2pls.wo, o2pls.po, o2pls.s, o2pls.lambda,
                                 static_cast<int>(model.yNames.size()));
   const NCDataMatrix<float> to = prediction.GetTo(), t = prediction.GetT();

@@ -21,8 +21,9 @@ bool MayOpenComments(const std::string& text) {
 void DeclareReading(CommandOptions* command, ReadOptions* options) {
   command->Names("--na", &options->missingWords,
                  "further word for a missing cell, beside NA, NaN, nan and an empty cell; may be repeated", "WORD");
-  command->Number("--skip-lines", 0, &options->skipLines,
-                  "leave out so many lines at the beginning of the table; a line sep=; behind them names the separator");
+  command->Number(
+      "--skip-lines", 0, &options->skipLines,
+      "leave out so many lines at the beginning of the table; a line sep=; behind them names the separator");
   command->Text("--comment", "CHAR", &options->comment, "leave out lines of the table that begin with this character");
   command->Check([options] {
     if (options->comment.empty() || MayOpenComments(options->comment)) return std::string();

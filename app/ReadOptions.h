@@ -9,7 +9,8 @@ class CommandOptions;
 
 /// How the text of a table is to be understood, beyond what the text itself tells.
 struct ReadOptions {
-  std::vector<std::string> missingWords;  ///< taken for missing cells, beside empty ones, NA, NaN and nan; blanks around them are dropped
+  std::vector<std::string>
+      missingWords;  ///< taken for missing cells, beside empty ones, NA, NaN and nan; blanks around them are dropped
   int skipLines = 0;                      ///< lines before the header
   std::string comment;                    ///< a character: lines that begin with it are passed over; empty for none
 };

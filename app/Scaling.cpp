@@ -13,14 +13,13 @@ namespace kalmia::app {
 
 namespace {
 
-constexpr auto kMissingCell = static_cast<float>(kMissing);
 constexpr double kTwoStepsBelow = -99.0000153;  ///< the second float below the missing value, or next to it
 
 float NextBelow(float cell) { return std::nextafter(cell, std::numeric_limits<float>::lowest()); }
 
 /// Moves a cell down so far that, once centred, it is no missing value; by two float steps where the centre is.
 float MovedDown(float cell, float centre) {
-  if (centre == kMissingCell) return NextBelow(NextBelow(cell));
+  if (centre == kMissingCell<float>) return NextBelow(NextBelow(cell));
   return std::min(NextBelow(cell), static_cast<float>(centre + kTwoStepsBelow));
 }
 
@@ -35,8 +34,8 @@ bool MoveLostCells(const NCScale& scale, NCDataMatrix<float>* matrix) {
     const float centre = (*scale.GetCentres())[c];
     for (int r = 1; r <= matrix->SizeRows(); ++r) {
       const float cell = (*static_cast<const NCDataMatrix<float>*>(matrix))[r][c];
-      if (cell == kMissingCell) continue;
-      if (centre != kMissingCell && cell - centre != kMissingCell) continue;
+      if (cell == kMissingCell<float>) continue;
+      if (centre != kMissingCell<float> && cell - centre != kMissingCell<float>) continue;
       (*matrix)(r, c, AvoidMissingValue(MovedDown(cell, centre)));
       any = true;
     }
@@ -81,7 +80,7 @@ float ScaledCell(const NCScale& scale, float cell, int c) {
 bool AnyLost(const NCDataMatrix<float>& before, const NCDataMatrix<float>& after) {
   for (int r = 1; r <= before.SizeRows(); ++r) {
     for (int c = 1; c <= before.SizeColumns(); ++c) {
-      if (after[r][c] == kMissingCell && before[r][c] != kMissingCell) return true;
+      if (after[r][c] == kMissingCell<float> && before[r][c] != kMissingCell<float>) return true;
     }
   }
   return false;
@@ -93,7 +92,7 @@ NCDataMatrix<float> WithLostCells(const NCScale& scale, const NCDataMatrix<float
   NCDataMatrix<float> whole(before.SizeRows(), before.SizeColumns());
   for (int r = 1; r <= before.SizeRows(); ++r) {
     for (int c = 1; c <= before.SizeColumns(); ++c) {
-      const bool lost = after[r][c] == kMissingCell && before[r][c] != kMissingCell;
+      const bool lost = after[r][c] == kMissingCell<float> && before[r][c] != kMissingCell<float>;
       whole(r, c, lost ? ScaledCell(scale, before[r][c], c) : after[r][c]);
     }
   }
@@ -133,10 +132,10 @@ void ApplyScale(NCScale* scale, NCDataMatrix<float>* matrix) {
   KeepAllCells(*scale, before, matrix);
 }
 
-float AvoidMissingValue(float number) { return number == kMissingCell ? NextBelow(number) : number; }
+float AvoidMissingValue(float number) { return number == kMissingCell<float> ? NextBelow(number) : number; }
 
 bool IsConstant(const float* begin, const float* end) {
-  const auto isPresent = [](float cell) { return cell != kMissingCell; };
+  const auto isPresent = [](float cell) { return cell != kMissingCell<float>; };
   const float* const first = std::find_if(begin, end, isPresent);
   return std::none_of(first, end, [&](float cell) { return isPresent(cell) && cell != *first; });
 }

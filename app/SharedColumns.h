@@ -3,7 +3,7 @@
 #include <string>
 #include <vector>
 
-#include "app/O2plsBlocks.h"
+#include "app/O2PLSBlocks.h"
 
 namespace kalmia::app {
 

@@ -90,7 +90,8 @@ void DeclareHistogram(CommandOptions* command, HistogramOptions* options) {
 }
 
 void DeclareFisher(CommandOptions* command, FisherOptions* options) {
-  command->File("COUNTS", &options->table, "CSV table of counts with a header, also as .gz; columns of text are left out");
+  command->File("COUNTS", &options->table,
+                "CSV table of counts with a header, also as .gz; columns of text are left out");
   command->Choice("--alternative", "A", {"less", "greater", "two-sided"}, &options->alternative,
                   "of a 2 x 2 table: less (smaller first cells), greater, or two-sided (default: all tables that are "
                   "not more probable)");
@@ -123,7 +124,8 @@ void DeclareQuantile(CommandOptions* command, QuantileOptions* options) {
 }
 
 void DeclareSpectrum(CommandOptions* command, SpectrumOptions* options) {
-  command->File("TABLE", &options->table, "CSV table with a header, also as .gz; its rows are equally far apart in time");
+  command->File("TABLE", &options->table,
+                "CSV table with a header, also as .gz; its rows are equally far apart in time");
   command->Text("--column", "NAME", &options->column, "column of numbers, in the order of the rows, always needed");
   command->Require("--column");
   command->Text("--with", "NAME", &options->with,

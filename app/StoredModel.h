@@ -48,7 +48,7 @@ struct YModelFrame : ModelFrame {
 };
 
 /// A PLS model with everything that turns new rows of a table into predictions.
-struct StoredPls : YModelFrame {
+struct StoredPLS : YModelFrame {
   static constexpr int kKind = 1;
 
   std::unique_ptr<NCPLS> pls;
@@ -58,28 +58,28 @@ struct StoredPls : YModelFrame {
 };
 
 /// Principal components with everything that turns new rows of a table into scores.
-struct StoredPca : ModelFrame {
+struct StoredPCA : ModelFrame {
   static constexpr int kKind = 2;
 
   std::unique_ptr<NCPCA> pca;
-  std::vector<PcaComponentRecord> components;  ///< one for each component of the model
+  std::vector<PCAComponentRecord> components;  ///< one for each component of the model
 
   int Components() const { return static_cast<int>(components.size()); }
 };
 
 /// The matrices of an OPLS model of A predictive and O orthogonal components, see NCOPLS: components in rows.
-struct OplsMatrices {
+struct OPLSMatrices {
   std::vector<NCDataMatrix<float>> w, p, c;  ///< O + 1 blocks of A rows
   NCDataMatrix<float> wo, po, co, to;        ///< O rows
   NCDataMatrix<float> t;                     ///< A rows
 };
 
 /// An OPLS model with everything that turns new rows of a table into predictions.
-struct StoredOpls : YModelFrame {
+struct StoredOPLS : YModelFrame {
   static constexpr int kKind = 3;
 
-  OplsMatrices opls;
-  std::vector<OplsComponentRecord> components;  ///< the predictive components of the model, then the orthogonal ones
+  OPLSMatrices opls;
+  std::vector<OPLSComponentRecord> components;  ///< the predictive components of the model, then the orthogonal ones
 
   int Components() const { return static_cast<int>(components.size()); }
   int Predictive() const { return opls.t.SizeRows(); }
@@ -88,7 +88,7 @@ struct StoredOpls : YModelFrame {
 
 /// The matrices of an O2PLS model of A joint components, Ox unique to X and Oy unique to Y, see NCO2PLS: components in
 /// rows.
-struct O2plsMatrices {
+struct O2PLSMatrices {
   NCDataMatrix<float> t, u, p, w, c, q;     ///< A rows
   NCDataMatrix<float> to, wo, po, s;        ///< Ox rows
   NCDataMatrix<float> uo, co, qo, r;        ///< Oy rows
@@ -97,12 +97,12 @@ struct O2plsMatrices {
 
 /// An O2PLS model with everything that turns new rows of one block into predictions of the other. As a YModelFrame it
 /// predicts Y from X; TurnAround makes it predict X from Y.
-struct StoredO2pls : YModelFrame {
+struct StoredO2PLS : YModelFrame {
   static constexpr int kKind = 4;
 
   std::string yTable;     ///< file of the Y block
-  O2plsMatrices o2pls;
-  std::vector<O2plsComponentRecord> components;  ///< the joint ones, those unique to X, those unique to Y
+  O2PLSMatrices o2pls;
+  std::vector<O2PLSComponentRecord> components;  ///< the joint ones, those unique to X, those unique to Y
   double yPooledDeviation = 0.0;                 ///< of Y, pooled s of the training rows
 
   int Joint() const { return o2pls.t.SizeRows(); }
@@ -112,7 +112,7 @@ struct StoredO2pls : YModelFrame {
 };
 
 /// Swaps the blocks: the model then predicts what it did predict from. `components` stay as they are.
-void TurnAround(StoredO2pls* model);
+void TurnAround(StoredO2PLS* model);
 
 /// A filter that takes out of X what has nothing to do with Y, with everything that applies it to new rows of a table.
 struct StoredFilter : ModelFrame {
@@ -126,6 +126,6 @@ struct StoredFilter : ModelFrame {
 };
 
 /// A model of any kind. Each kind has its number in the file, kKind, its frame, and Components().
-using StoredModel = std::variant<StoredPls, StoredPca, StoredOpls, StoredO2pls, StoredFilter>;
+using StoredModel = std::variant<StoredPLS, StoredPCA, StoredOPLS, StoredO2PLS, StoredFilter>;
 
 }  // namespace kalmia::app

@@ -13,8 +13,6 @@ namespace kalmia::app {
 
 namespace {
 
-constexpr auto kMissingCell = static_cast<float>(kMissing);
-
 [[noreturn]] void Refuse(const CsvTable& table, const std::string& message) {
   throw Failure(ExitCode::BadData, table.Name() + ": " + message);
 }
@@ -64,9 +62,9 @@ std::vector<float> NumbersBesideStrays(const CsvTable& table, int column, int* m
   const float* const source = table.Column(column).numbers;
   std::vector<float> numbers(static_cast<std::size_t>(table.Rows()));
   for (std::size_t row = 0; row < numbers.size(); ++row) {
-    numbers[row] = std::isnan(source[row]) ? kMissingCell : source[row];
-    if (numbers[row] != kMissingCell || std::isnan(source[row])) continue;
-    numbers[row] = std::nextafter(kMissingCell, std::numeric_limits<float>::lowest());
+    numbers[row] = std::isnan(source[row]) ? kMissingCell<float> : source[row];
+    if (numbers[row] != kMissingCell<float> || std::isnan(source[row])) continue;
+    numbers[row] = std::nextafter(kMissingCell<float>, std::numeric_limits<float>::lowest());
     ++*moved;
   }
   return numbers;

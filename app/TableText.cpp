@@ -15,8 +15,8 @@ namespace kalmia::app {
 
 namespace {
 
-/// Whether a reader would not find the separator of the table by itself: of one column with decimal commas it would take
-/// them for separators.
+/// Whether a reader would not find the separator of the table by itself: of one column with decimal commas it would
+/// take them for separators.
 bool HidesSeparator(const CsvTable& table, const CsvMarks& marks) {
   return !IsDetected(marks.separator) || (table.Columns() == 1 && marks.decimal == ',');
 }

@@ -27,7 +27,7 @@ void UseObject(NCPCA& model) { Use(&model); }
 void UseObject(NCYOrthogonalPLS& filter) { Use(&filter); }
 void UseObject(NCScale& scale) { Use(&scale); }
 void UseObject(NCTransform& transform) { Use(transform); }
-void UseObject(StreamedOplsData& stored) { Use(stored.data); }
+void UseObject(StreamedOPLSData& stored) { Use(stored.data); }
 void UseObject(HeldTree& held) { Use(held.Root()); }
 void UseObject(const VexStreamBase&) {}  // containers: models make use of them
 

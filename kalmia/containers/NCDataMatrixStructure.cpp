@@ -5,8 +5,8 @@
 #include <vector>
 
 #include "kalmia/containers/NCDataMatrix.h"
-#include "kalmia/containers/internal/CapacityRule.h"
 #include "kalmia/containers/internal/AliasSafeRow.h"
+#include "kalmia/containers/internal/CapacityRule.h"
 #include "kalmia/containers/internal/SizeLimit.h"
 
 using kalmia::kMissingCell;

@@ -76,13 +76,13 @@ class KALMIA_EXPORT O2PLSCrossValidation {
   /// missing scores in ToSet, and its errors are missing too: Q2Cum may then exceed 1.
   /// Without a predictive component the results hold nothing but PredictiveComponents 0 and PredictiveSignificance: a
   /// search has none where no observation is ever held out.
-  /// Progress: `progress` may be null; the bar runs from 0 to 7. Only IsBreakPressed stops. `ofModels` is the bar of the
-  /// principal components inside; where it is null, each opens its own.
-  /// Throws: NCError where the numbers are neither all given nor all searched for, a cell is missing, `groups` has not
-  /// N cells, a number above N + 9999 or, where predictive components are given, none from 0 on, cvGroups is read and
-  /// below 1, the blocks differ in their numbers of rows or one has no columns, Q2 without orthogonal components is no
-  /// number, the user stops, or a round cannot be computed.
-  /// Cost: every trial of an orthogonal component fits all rounds, and keeps a copy of their models meanwhile.
+  /// Progress: `progress` may be null; the bar runs from 0 to 7. Only IsBreakPressed stops. `ofModels` is the bar of
+  /// the principal components inside; where it is null, each opens its own. Throws: NCError where the numbers are
+  /// neither all given nor all searched for, a cell is missing, `groups` has not N cells, a number above N + 9999 or,
+  /// where predictive components are given, none from 0 on, cvGroups is read and below 1, the blocks differ in their
+  /// numbers of rows or one has no columns, Q2 without orthogonal components is no number, the user stops, or a round
+  /// cannot be computed. Cost: every trial of an orthogonal component fits all rounds, and keeps a copy of their models
+  /// meanwhile.
   O2PLSCrossValidation(const NCDataMatrix<float>* X, const NCDataMatrix<float>* Y, int cvGroups, NCProgress* progress,
                        NCIntegralVector<int, -99>* groups, int maxIterations, int predictive, int xOrthogonal,
                        int yOrthogonal, NCProgress* ofModels = nullptr);

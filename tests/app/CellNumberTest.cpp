@@ -93,7 +93,8 @@ TEST(ReadCell, LeavesThePlaceHalfwayBetweenTwoFloatsWhereTheFloatNearestToTheTex
 
 TEST(ReadCell, TakesTheWordsOfTheFormatForMissingCells) {
   const CellFormat format = {false, {"-999", "n/a"}};
-  for (const char* text : {"-999", " n/a ", "NA", ""}) EXPECT_EQ(ReadCell(text, format).kind, CellKind::Missing) << text;
+  for (const char* text : {"-999", " n/a ", "NA", ""})
+    EXPECT_EQ(ReadCell(text, format).kind, CellKind::Missing) << text;
   EXPECT_EQ(ReadCell("-999.0", format).kind, CellKind::Number);
   EXPECT_EQ(ReadCell("N/A", format).kind, CellKind::Word);
 }

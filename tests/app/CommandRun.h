@@ -35,12 +35,12 @@ CommandResult RunKalmia(const std::vector<std::string>& arguments, const std::st
 CommandResult RunOnTerminal(const std::vector<std::string>& arguments, const std::string& interruptAt = "",
                             int signal = SIGINT, int times = 1);
 
-/// Does some work in a process of its own, with exit code 0 at its end, on a terminal of its own; `error` holds what the
-/// terminal showed.
+/// Does some work in a process of its own, with exit code 0 at its end, on a terminal of its own; `error` holds what
+/// the terminal showed.
 CommandResult DoOnTerminal(const std::function<void()>& work);
 
-/// Runs `kalmia` with a standard input on which nothing comes, and sends it SIGINT once it waits: there, or for somebody
-/// to open or to empty a pipe.
+/// Runs `kalmia` with a standard input on which nothing comes, and sends it SIGINT once it waits: there, or for
+/// somebody to open or to empty a pipe.
 CommandResult InterruptWaiting(const std::vector<std::string>& arguments);
 
 /// A folder of its own for one test, removed with all that is in it.

@@ -10,7 +10,7 @@
 #include "app/ConsoleProgress.h"
 #include "app/Failure.h"
 #include "app/Interrupt.h"
-#include "app/PlsFit.h"
+#include "app/PLSFit.h"
 #include "app/WindowStep.h"
 #include "app/WorkProgress.h"
 #include "kalmia/containers/Missing.h"
@@ -85,9 +85,9 @@ TEST_F(ConsoleProgressDeathTest, StopsAFitBeforeItsNextComponent) {
     task.groups = GetDeafultCVGroupsVector(20, 4);
     task.mostComponents = 3;
     TerminalBar bar;
-    if (FitPls(task, bar.Get()).kept != 3) Conclude(false);
+    if (FitPLS(task, bar.Get()).kept != 3) Conclude(false);
     PressCtrlC();
-    Conclude(IsStopped([&] { FitPls(task, bar.Get()); }));
+    Conclude(IsStopped([&] { FitPLS(task, bar.Get()); }));
   };
   EXPECT_EXIT(stops(), ::testing::ExitedWithCode(0), "");
 }

@@ -178,8 +178,8 @@ TEST(CsvMarks, KeepQuotationMarksAroundWhatWouldBeAComment) {
   const std::string table = folder.Write("t.csv", "id;a;b\n\"#r1\";1,5;2\n# left out\nr2;;3\nr3;0,5;1\n");
   const std::string out = folder.Path("out"), steps = folder.Path("steps");
   const Words reading = {"--id", "id", "--comment", "#"};
-  ASSERT_EQ(RunKalmia(Words{"fill", table, "--components", "0", "--out", out, "--separator", "comma"} + reading).exitCode,
-            0);
+  ASSERT_EQ(
+      RunKalmia(Words{"fill", table, "--components", "0", "--out", out, "--separator", "comma"} + reading).exitCode, 0);
   EXPECT_EQ(ReadWholeFile(out), "id,a,b\n\"#r1\",1.5,2\nr2,1,3\nr3,0.5,1\n");
   ASSERT_EQ(RunKalmia(Words{"preprocess", table, "--steps", "linear", "--out", steps} + reading).exitCode, 0);
   EXPECT_THAT(ReadWholeFile(steps), HasSubstr("\n\"#r1\",1.5,2\n"));
@@ -202,8 +202,9 @@ TEST(CsvMarks, TellWhereDecimalCommasOfTheTableBecomePoints) {
   const auto notes = [&](const std::string& table, const Words& marks) {
     return RunKalmia(Words{"fill", table, "--components", "0", "--out", out} + marks).error;
   };
-  const std::string note = "note: the decimal commas of the table are written as points, as commas separate its columns "
-                           "now\n";
+  const std::string note =
+      "note: the decimal commas of the table are written as points, as commas separate its columns "
+      "now\n";
   EXPECT_THAT(notes(commas, {"--separator", "comma"}), HasSubstr(note));
   EXPECT_THAT(notes(commas, {"--separator", "comma", "--decimal", "point"}), Not(HasSubstr(note))) << "was asked for";
   EXPECT_THAT(notes(commas, {"--separator", "tab"}), Not(HasSubstr(note)));

@@ -230,8 +230,8 @@ TEST(CsvTable, TakesTheSeparatorThatAFirstLineNames) {
 }
 
 TEST(CsvTable, TakesTheLineThatNamesTheSeparatorBehindBlankLinesAndCommentsAndInItsOtherForms) {
-  for (const std::string first : {"\n \nsep=|\n", "# made by\nsep=|\n", "\xEF\xBB\xBF\n#\n\nsep=|\n", "SEP=|\n", "Sep=|\r",
-                                  "sep=|||\r\n", "\"sep=|\"|\n"}) {
+  for (const std::string first : {"\n \nsep=|\n", "# made by\nsep=|\n", "\xEF\xBB\xBF\n#\n\nsep=|\n", "SEP=|\n",
+                                  "Sep=|\r", "sep=|||\r\n", "\"sep=|\"|\n"}) {
     const CsvTable table(first + "a,b|c\n1,5|2\n3|4\n", "t", Skipping(0, "#"));
     EXPECT_EQ(table.Separator(), '|') << first;
     EXPECT_THAT(table.ColumnNames(), ElementsAre("a,b", "c"));

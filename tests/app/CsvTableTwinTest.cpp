@@ -70,7 +70,8 @@ class TextMaker {
   std::string Cell(const std::string& separator, bool mayBeWord) {
     static const char* const kNumbers[] = {"1",     "-2.5", "3.25e2", "0,5", "",     " 7 ", "NA", "+.5",
                                            "1e-60", "007",  "1e400",  "nan", "-inf", "5.",  "16777217"};
-    static const char* const kWords[] = {"a", "b c", "\"x\ny\"", "\"say \"\"x\"\"\"", "\"a\r\nb\" ", "1.2.3", "\"\"", "#"};
+    static const char* const kWords[] = {"a",           "b c",   "\"x\ny\"", "\"say \"\"x\"\"\"",
+                                         "\"a\r\nb\" ", "1.2.3", "\"\"",     "#"};
     std::string cell = mayBeWord && Below(2) == 0 ? OneOf(kWords) : OneOf(kNumbers);
     if (hasCommas_ && cell.find('.') == cell.rfind('.')) std::replace(cell.begin(), cell.end(), '.', ',');
     if (Below(400) == 0) cell += "\"";
@@ -174,14 +175,16 @@ TEST(CsvTableTwin, ReadsAnyTextAsThePlainReaderDoes) {
 
 TEST(CsvTableTwin, AgreesAtEveryCutOfOneText) {
   const std::string text =
-      "name;\"a;\"\"b\";c\r\n\"s\n\"\"1\";1,5;-2e3\r\n\r\n \t\"s\r\n2\" ; NA;+7\r\n\"\";\"0,25\";16777217,0000000001\r\rx;;\n";
+      "name;\"a;\"\"b\";c\r\n\"s\n\"\"1\";1,5;-2e3\r\n\r\n \t\"s\r\n2\" ; "
+      "NA;+7\r\n\"\";\"0,25\";16777217,0000000001\r\rx;;\n";
   for (std::size_t part = 1; part <= text.size(); ++part) EXPECT_TRUE(ExpectSameTable(text, {}, part)) << part;
 }
 
 TEST(CsvTableTwin, ReadsLongTablesAgainWhoseFirstRowsMisleadAsThePlainReaderDoes) {
   for (const bool commasFirst : {false, true}) {
     std::string text = "a;b\n";
-    for (int row = 0; row < 200; ++row) text += ((row < 70) == commasFirst ? "1,5;2," : "1.5;2.") + std::to_string(row) + "\n";
+    for (int row = 0; row < 200; ++row)
+      text += ((row < 70) == commasFirst ? "1,5;2," : "1.5;2.") + std::to_string(row) + "\n";
     for (const std::size_t part : kParts) EXPECT_TRUE(ExpectSameTable(text, {}, part)) << part;
     EXPECT_EQ(CsvTable(text, "t").DecimalComma(), !commasFirst);
   }

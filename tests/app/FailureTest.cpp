@@ -106,7 +106,7 @@ const BadTable kBadTables[] = {
      {"--y", "y", "--components", "1", "--scale", "centre"},
      "(or their numbers are too small; try --scale uv)"}};
 
-TEST(FailureOfPls, IsOneLineWithExitCode1ForBadData) {
+TEST(FailureOfPLS, IsOneLineWithExitCode1ForBadData) {
   for (const BadTable& bad : kBadTables) {
     SCOPED_TRACE(bad.what);
     const ScratchFolder folder;
@@ -120,7 +120,7 @@ TEST(FailureOfPls, IsOneLineWithExitCode1ForBadData) {
   }
 }
 
-TEST(FailureOfPca, IsOneLineWithExitCode1ForBadData) {
+TEST(FailureOfPCA, IsOneLineWithExitCode1ForBadData) {
   const BadTable tables[] = {
       {"one column",
        "x,c\n1,7\n2,7\n",
@@ -154,7 +154,7 @@ TEST(FailureOfPca, IsOneLineWithExitCode1ForBadData) {
   }
 }
 
-TEST(FailureOfPca, NeverWritesOverItsTableNorLeavesHalfOfItsFiles) {
+TEST(FailureOfPCA, NeverWritesOverItsTableNorLeavesHalfOfItsFiles) {
   const ScratchFolder folder;
   const std::string text = LinearTable(20, 4, 1);
   const std::string table = folder.Write("loadings.csv", text);
@@ -223,7 +223,8 @@ const BadLine kBadLines[] = {
     {{""}, "there is no command ''"},
     {{"--frobnicate"}, "there is no option '--frobnicate'; kalmia takes one of the commands pls, "},
     {{"--json", "describe", "t.csv"}, "there is no option '--json'; kalmia takes one of the commands"},
-    {{"pls", "--y", "y"}, "pls needs a TABLE: CSV table with a header, also as .gz; - reads standard input; see kalmia pls --help"},
+    {{"pls", "--y", "y"},
+     "pls needs a TABLE: CSV table with a header, also as .gz; - reads standard input; see kalmia pls --help"},
     {{"predict", "m"}, "predict needs a TABLE: CSV table with columns named as the model's"},
     {{"predict"}, "predict needs a MODEL: file that --save has written"},
     {{"describe", ""}, "TABLE needs the name of a file, not an empty text; see kalmia describe --help"},

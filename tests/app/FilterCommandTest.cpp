@@ -81,7 +81,7 @@ TEST_F(Filter, WritesWhatTheFilterLeavesOfXInTheUnitsOfTheTable) {
     }
 }
 
-TEST_F(Filter, LeavesSpectraOfWhichOneComponentOfPlsTellsNearlyAllOfOctane) {
+TEST_F(Filter, LeavesSpectraOfWhichOneComponentOfPLSTellsNearlyAllOfOctane) {
   const std::string spectra = ExampleTable("gasoline.csv");
   const json run = RunWell({"--y", "octane", "--id", "sample", "--scale", "centre", "--components", "1", "--json"},
                            spectra)

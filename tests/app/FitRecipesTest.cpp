@@ -10,10 +10,10 @@
 #include "TestTables.h"
 #include "app/FillOutcome.h"
 #include "app/FilterOutcome.h"
-#include "app/O2plsOutcome.h"
-#include "app/OplsOutcome.h"
-#include "app/PcaOutcome.h"
-#include "app/PlsOutcome.h"
+#include "app/O2PLSOutcome.h"
+#include "app/OPLSOutcome.h"
+#include "app/PCAOutcome.h"
+#include "app/PLSOutcome.h"
 
 namespace kalmia::app {
 namespace {
@@ -25,7 +25,7 @@ TEST(FitRecipes, AsTheyAreMadeTakeAllColumnsAtUnitVarianceSevenGroupsAndTheCompo
   recipe.id = "name";
   recipe.y = {"y"};
   Notes notes;
-  const PlsOutcome pls = ComputePls(Table(), recipe, &notes, /*progress=*/nullptr);
+  const PLSOutcome pls = ComputePLS(Table(), recipe, &notes, /*progress=*/nullptr);
   EXPECT_EQ(pls.data.xNames.size(), 5U);
   EXPECT_EQ(pls.data.rounds, 7);
   EXPECT_EQ(pls.model.scaling, NCScale::ScalingUnitVariance);
@@ -40,7 +40,7 @@ TEST(FitRecipes, HoldTheStepsThemselvesWhichTheModelKeepsAsLearnt) {
   recipe.components = 1;
   recipe.steps = ReadSteps("snv,linear:2:1", "");
   Notes notes;
-  const PcaOutcome pca = ComputePca(Table(), recipe, &notes, /*progress=*/nullptr);
+  const PCAOutcome pca = ComputePCA(Table(), recipe, &notes, /*progress=*/nullptr);
   ASSERT_EQ(pca.model.chain.steps.size(), 2U);
   EXPECT_EQ(pca.model.chain.steps[1].step.kind, StepKind::Linear);
   EXPECT_EQ(pca.model.chain.inputNames, pca.data.xNames);
@@ -50,10 +50,10 @@ TEST(FitRecipes, SayHowManyComponentsThereAreOfEachKind) {
   const TwoBlocks blocks = SharedBlocks(60, 1);
   O2PLSRecipe recipe;
   recipe.id = "name";
-  recipe.numbers = O2plsNumbers{1, 1, 1};
+  recipe.numbers = O2PLSNumbers{1, 1, 1};
   Notes notes;
-  const O2plsOutcome o2pls =
-      ComputeO2pls(CsvTable(blocks.x, "x.csv"), CsvTable(blocks.y, "y.csv"), recipe, &notes, /*progress=*/nullptr);
+  const O2PLSOutcome o2pls =
+      ComputeO2PLS(CsvTable(blocks.x, "x.csv"), CsvTable(blocks.y, "y.csv"), recipe, &notes, /*progress=*/nullptr);
   EXPECT_EQ(o2pls.model.Joint(), 1);
   EXPECT_EQ(o2pls.model.XUnique(), 1);
   EXPECT_EQ(o2pls.components.size(), 3U);
@@ -62,7 +62,7 @@ TEST(FitRecipes, SayHowManyComponentsThereAreOfEachKind) {
   opls.id = "name";
   opls.y = {"y"};
   opls.components = 2;
-  EXPECT_EQ(ComputeOpls(Table(), opls, /*resumed=*/nullptr, &notes).model.Orthogonal(), 2);
+  EXPECT_EQ(ComputeOPLS(Table(), opls, /*resumed=*/nullptr, &notes).model.Orthogonal(), 2);
 }
 
 TEST(FitRecipes, OfAFilterAndOfAFillingTakeAndFillWhatTheyName) {

@@ -61,7 +61,8 @@ TEST(Gunzip, RefusesAFileThatEndsEarlyWhereverItIsCut) {
 }
 
 TEST(Gunzip, BringsBackTextsThatEndAboutWhereAPieceDoes) {
-  for (const std::size_t size : {kGunzipPiece - 1, kGunzipPiece, kGunzipPiece + 1, 2 * kGunzipPiece, 3 * kGunzipPiece}) {
+  for (const std::size_t size :
+       {kGunzipPiece - 1, kGunzipPiece, kGunzipPiece + 1, 2 * kGunzipPiece, 3 * kGunzipPiece}) {
     const std::string text = LongText(size).substr(0, size);
     EXPECT_EQ(Unpacked(Gzip(text)), text) << size;
     EXPECT_EQ(Unpacked(Gzip(text) + Gzip("behind") + std::string(3, '\0')), text + "behind") << size;

@@ -217,7 +217,7 @@ TEST(Help, NamesEachCommandAndHasAnExampleForIt) {
   }
 }
 
-TEST(Help, NamesEveryOptionOfPls) {
+TEST(Help, NamesEveryOptionOfPLS) {
   const std::string help = RunKalmia({"pls", "--help"}).output;
   for (const char* option : {"--y", "--id", "--x", "--exclude", "--scale", "--components", "--groups", "--group-column",
                              "--save", "--json", "--csv"}) {

@@ -130,7 +130,7 @@ TEST(JsonSchema, HoldsForEveryOutput) {
               RunKalmia({"cluster", "-", "--method", "single", "--scale", "none", "--json"}, "x\n1\n1\n").Json());
 }
 
-TEST(JsonSchema, HoldsForEveryOutputOfO2pls) {
+TEST(JsonSchema, HoldsForEveryOutputOfO2PLS) {
   const ScratchFolder folder;
   const TwoBlocks blocks = SharedBlocks(40, 1);
   const std::string x = folder.Write("x.csv", WithHoles(blocks.x, 31)), y = folder.Write("y.csv", blocks.y);

@@ -11,7 +11,7 @@
 #include "app/Failure.h"
 #include "app/ModelFile.h"
 #include "app/NewRows.h"
-#include "app/PcaScores.h"
+#include "app/PCAScores.h"
 #include "app/Prediction.h"
 #include "app/Scaling.h"
 #include "kalmia/support/MD5.h"
@@ -24,8 +24,8 @@ using kalmia::app::ModelFileBytes;
 using kalmia::app::PredictRows;
 using kalmia::app::ReadModelFile;
 using kalmia::app::ScoreRows;
-using kalmia::app::StoredPca;
-using kalmia::app::StoredPls;
+using kalmia::app::StoredPCA;
+using kalmia::app::StoredPLS;
 using ::testing::HasSubstr;
 
 constexpr std::size_t kLengthAt = 12;  ///< where in the file the length of the content stands
@@ -42,7 +42,7 @@ std::string SmallModelFile() {
 }
 
 /// The bytes of two principal components of 8 rows and 3 columns.
-std::string SmallPcaFile() {
+std::string SmallPCAFile() {
   const ScratchFolder folder;
   const std::string table = folder.Write("t.csv", UnrelatedTable(8, 2, 1, 1));
   const CommandResult run = RunKalmia({"pca", table, "--components", "2", "--save", folder.Path("m")});
@@ -51,7 +51,7 @@ std::string SmallPcaFile() {
 }
 
 /// The bytes of an OPLS model of one predictive and one orthogonal component of 8 rows, 3 X columns and 2 Y columns.
-std::string SmallOplsFile() {
+std::string SmallOPLSFile() {
   const ScratchFolder folder;
   const std::string table = folder.Write("t.csv", UnrelatedTable(8, 3, 2, 1));
   const CommandResult run = RunKalmia({"opls", table, "--y", "y1,y2", "--predictive", "1", "--orthogonal", "1",
@@ -61,7 +61,7 @@ std::string SmallOplsFile() {
 }
 
 /// The bytes of an O2PLS model of 9 rows, 3 X columns and 2 Y columns with one joint component and one unique to X.
-std::string SmallO2plsFile() {
+std::string SmallO2PLSFile() {
   const ScratchFolder folder;
   const std::string table = folder.Write("t.csv", UnrelatedTable(9, 3, 2, 4));
   const CommandResult run = RunKalmia({"o2pls", table, table, "--x", "x1..x3", "--y", "y1..y2", "--joint", "1",
@@ -94,8 +94,8 @@ std::string SmallPreprocessedFile() {
 
 /// One small file of each kind of model.
 std::vector<std::string> SmallFiles() {
-  return {SmallModelFile(), SmallPcaFile(),    SmallOplsFile(),
-          SmallO2plsFile(), SmallFilterFile(), SmallPreprocessedFile()};
+  return {SmallModelFile(), SmallPCAFile(),    SmallOPLSFile(),
+          SmallO2PLSFile(), SmallFilterFile(), SmallPreprocessedFile()};
 }
 
 /// The message with which the bytes are refused; "" if they are read.
@@ -127,12 +127,12 @@ TEST(ModelFile, ComesBackToTheSameBytes) {
 
 TEST(ModelFile, IsTheSameForTheSameTable) {
   EXPECT_EQ(SmallModelFile().substr(kContentAt + 200), SmallModelFile().substr(kContentAt + 200));
-  EXPECT_EQ(SmallPcaFile().substr(kContentAt + 200), SmallPcaFile().substr(kContentAt + 200));
+  EXPECT_EQ(SmallPCAFile().substr(kContentAt + 200), SmallPCAFile().substr(kContentAt + 200));
 }
 
 TEST(ModelFile, HoldsNamesScalingModelAndHistory) {
   const auto read = ReadModelFile(SmallModelFile(), "m");
-  const auto& model = std::get<StoredPls>(read);
+  const auto& model = std::get<StoredPLS>(read);
   EXPECT_EQ(model.xNames, (std::vector<std::string>{"x1", "x2", "x3"}));
   EXPECT_EQ(model.yNames, (std::vector<std::string>{"y1", "y2"}));
   EXPECT_EQ(model.rowNames.size(), 8U);
@@ -190,9 +190,9 @@ std::string WithStepsGiven(const std::string& bytes) {
 }
 
 TEST(ModelFile, OfAKindThatIsNeverPreprocessedIsRefusedWithSteps) {
-  EXPECT_EQ(Refusal(WithStepsGiven(SmallO2plsFile())), "m is damaged: its parts do not fit together");
+  EXPECT_EQ(Refusal(WithStepsGiven(SmallO2PLSFile())), "m is damaged: its parts do not fit together");
   EXPECT_EQ(Refusal(WithStepsGiven(SmallFilterFile())), "m is damaged: its parts do not fit together");
-  for (const std::string& bytes : {SmallModelFile(), SmallPcaFile(), SmallOplsFile()}) {
+  for (const std::string& bytes : {SmallModelFile(), SmallPCAFile(), SmallOPLSFile()}) {
     EXPECT_EQ(Refusal(WithStepsGiven(bytes)), "");
   }
 }
@@ -208,12 +208,12 @@ void ExpectNewRows(const kalmia::app::ModelFrame& model) try {
   EXPECT_EQ(failure.Code(), ExitCode::BadData);
 }
 
-std::size_t RowsAnswered(const StoredPls& model, const NCDataMatrix<float>& x) { return PredictRows(model, x).size(); }
-std::size_t RowsAnswered(const kalmia::app::StoredOpls& model, const NCDataMatrix<float>& x) {
+std::size_t RowsAnswered(const StoredPLS& model, const NCDataMatrix<float>& x) { return PredictRows(model, x).size(); }
+std::size_t RowsAnswered(const kalmia::app::StoredOPLS& model, const NCDataMatrix<float>& x) {
   return PredictRows(model, x).size();
 }
 /// In both directions.
-std::size_t RowsAnswered(kalmia::app::StoredO2pls& model, const NCDataMatrix<float>& x) {
+std::size_t RowsAnswered(kalmia::app::StoredO2PLS& model, const NCDataMatrix<float>& x) {
   const std::size_t rows = PredictRows(model, x).size();
   TurnAround(&model);
   ExpectNewRows(model);
@@ -224,7 +224,7 @@ std::size_t RowsAnswered(const kalmia::app::StoredFilter& model, NCDataMatrix<fl
   model.filter->CalculateResiduals(&x);
   return static_cast<std::size_t>(x.SizeRows());
 }
-std::size_t RowsAnswered(const StoredPca& model, const NCDataMatrix<float>& x) { return ScoreRows(model, x).size(); }
+std::size_t RowsAnswered(const StoredPCA& model, const NCDataMatrix<float>& x) { return ScoreRows(model, x).size(); }
 
 TEST(ModelFile, EndsInAFailureOrAModelThatPredictsWhenForged) {
   NCDataMatrix<float> x(2, 3, 0.5F);

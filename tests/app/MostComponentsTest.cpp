@@ -51,7 +51,7 @@ nlohmann::json FitOfMany(const char* command, const std::vector<std::string>& mo
   return run.Json();
 }
 
-TEST(MostComponents, OfPlsAre15UnlessMoreAreAskedFor) {
+TEST(MostComponents, OfPLSAre15UnlessMoreAreAskedFor) {
   const nlohmann::json fit = FitOfMany("pls", {});
   EXPECT_EQ(fit["kept"], 15);
   ASSERT_EQ(fit["components"].size(), 15);
@@ -59,7 +59,7 @@ TEST(MostComponents, OfPlsAre15UnlessMoreAreAskedFor) {
   EXPECT_EQ(FitOfMany("pls", {"--components", "17"})["kept"], 17);
 }
 
-TEST(MostComponents, OfOplsAre15OrthogonalOnesUnlessMoreAreAskedFor) {
+TEST(MostComponents, OfOPLSAre15OrthogonalOnesUnlessMoreAreAskedFor) {
   const nlohmann::json fit = FitOfMany("opls", {});
   EXPECT_EQ(fit["orthogonal"], 15);
   ASSERT_EQ(fit["components"].size(), 16);

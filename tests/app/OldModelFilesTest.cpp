@@ -58,7 +58,7 @@ void ExpectSameInfo(const std::string& old, const std::string& fresh, int versio
   EXPECT_EQ(info, today);
 }
 
-TEST(OldModelFile, OfVersion1IsReadAsThePlsModelThatItIs) {
+TEST(OldModelFile, OfVersion1IsReadAsThePLSModelThatItIs) {
   const ScratchFolder folder;
   const std::string fresh = folder.Path("m");
   JsonOf(PredictingKinds().front().fit + Words{"--save", fresh, "--json"});

@@ -220,7 +220,8 @@ std::optional<char> SeparatorNamedBy(const std::string& line) {
 
 std::string WhatIsThere(int skipLines, bool namesSeparator, bool hasComments) {
   std::vector<std::string> parts;
-  if (skipLines > 0) parts.push_back("the " + std::to_string(skipLines) + (skipLines == 1 ? " line" : " lines") + " skipped");
+  if (skipLines > 0)
+    parts.push_back("the " + std::to_string(skipLines) + (skipLines == 1 ? " line" : " lines") + " skipped");
   if (namesSeparator) parts.push_back("the line that names the separator");
   if (hasComments) parts.push_back("comments");
   std::string text;
@@ -286,7 +287,8 @@ PlainTable ReadPlainTable(const std::string& text, const kalmia::app::ReadOption
   for (int i = 0; i < options.skipLines && !lines.Rest().empty(); ++i) lines.Take();
   Lines ahead = lines;
   bool hasComments = false;
-  while (IsPassedOver(ahead.Next(), comment) && !ahead.Rest().empty()) hasComments = !IsBlank(ahead.Take()) || hasComments;
+  while (IsPassedOver(ahead.Next(), comment) && !ahead.Rest().empty())
+    hasComments = !IsBlank(ahead.Take()) || hasComments;
   const std::optional<char> named = SeparatorNamedBy(ahead.Next());
   if (named && *named == comment) {
     return Refused(": line " + std::to_string(ahead.Number()) + " says that '" + *named +

@@ -129,7 +129,7 @@ TEST_F(PreprocessedModel, TakesSavedStepsAsTheyAre) {
   EXPECT_EQ(run.Json()["components"], x["components"]);
 }
 
-TEST_F(PreprocessedModel, OfPcaAndOplsTakesSavedStepsToo) {
+TEST_F(PreprocessedModel, OfPCAAndOPLSTakesSavedStepsToo) {
   const std::string steps = "snv,wavelet-compress:5:daubechies:4";
   RunWell(Learn(steps) + Words{"--save", saved_});
   for (const Words& fit :

@@ -59,8 +59,8 @@ TEST(ReadOptions, AreUnderstoodByEveryCommandThatReadsATable) {
 }
 
 TEST(ReadOptions, AreToldByTheHelpOfEveryCommandThatReadsATableWithWhatItUnderstandsBesides) {
-  for (const std::string command : {"describe", "pls", "pca", "opls", "o2pls", "predict", "fill", "filter", "preprocess",
-                                    "cluster", "chart", "histogram", "spectrum", "fisher"}) {
+  for (const std::string command : {"describe", "pls", "pca", "opls", "o2pls", "predict", "fill", "filter",
+                                    "preprocess", "cluster", "chart", "histogram", "spectrum", "fisher"}) {
     const std::string help = RunKalmia({command, "--help"}).output;
     for (const char* word : {"--na WORD", "--skip-lines N", "--comment CHAR", "sep=;", ".gz"}) {
       EXPECT_THAT(help, HasSubstr(word)) << command;
@@ -68,7 +68,7 @@ TEST(ReadOptions, AreToldByTheHelpOfEveryCommandThatReadsATableWithWhatItUnderst
   }
 }
 
-TEST(ReadOptions, AreUnderstoodByBothTablesOfO2pls) {
+TEST(ReadOptions, AreUnderstoodByBothTablesOfO2PLS) {
   const ScratchFolder folder;
   const std::string x = folder.Write("x.csv", "# \"\nid,a,b\nu,1,3\nv,2,1\nw,4,4\nz,5,2\n");
   const std::string y = folder.Write("y.csv", "id,c,d\n# \"\nu,1,2\nv,2,4\nw,4,1\nz,7,3\n");
@@ -143,7 +143,8 @@ TEST(ReadOptions, LeaveEmptyFieldsWhereATableIsWrittenAnewSoThatNobodyHasToKnowT
   EXPECT_EQ(RunKalmia(steps).exitCode, 0);
   EXPECT_EQ(ReadWholeFile(out), "id,b,c,a\n-999,2,,1\nv,3,1,\nw,,,3\nz,1,4,2\n");
   const std::string alone = folder.Write("a.csv", "a\n-999\n1\n");
-  EXPECT_EQ(RunKalmia({"fill", alone, "--components", "0", "--out", out, "--na=-999", "--decimal", "point"}).exitCode, 0);
+  EXPECT_EQ(RunKalmia({"fill", alone, "--components", "0", "--out", out, "--na=-999", "--decimal", "point"}).exitCode,
+            0);
   EXPECT_EQ(ReadWholeFile(out), "a\n\"\"\n1\n") << "a blank line would be no row";
 }
 

@@ -133,7 +133,8 @@ class NormalNumbers {
   std::mt19937_64 random_{1987};
 };
 
-/// The first point of a process under control at which one of the first `counts` rules is broken, for each row of kSets.
+/// The first point of a process under control at which one of the first `counts` rules is broken, for each row of
+/// kSets.
 using RunLengths = std::array<int, 5>;
 constexpr std::array<const char*, 5> kSets = {"1", "12", "13", "14", "1234"};
 

@@ -94,7 +94,7 @@ TEST(ApplyScale, KeepsACellOfANewTableThatLandsOnTheMissingValue) {
   EXPECT_EQ(fresh.GetNumMisVal(), 0);
 }
 
-TEST(Pls, FitsAYWithAMeanOfMinus99AsOneMovedElsewhere) {
+TEST(PLS, FitsAYWithAMeanOfMinus99AsOneMovedElsewhere) {
   const char* rows[] = {"1,2,-98", "2,5,-97", "3,1,-99.5", "4,6,-96", "5,2,-104.5"};  // mean of y: -99
   std::string table = "a,b,y\n";
   for (const char* row : rows) table += std::string(row) + "\n";

@@ -97,7 +97,7 @@ TEST(Interrupt, StopsPrincipalComponentsInTheirFitAndInTheirCrossValidation) {
   }
 }
 
-TEST(Progress, ShowsTheStagesOfO2pls) {
+TEST(Progress, ShowsTheStagesOfO2PLS) {
   const ScratchFolder folder;
   const TwoBlocks blocks = SharedBlocks(60, 1);
   const std::vector<std::string> search = {"o2pls", folder.Write("x.csv", blocks.x), folder.Write("y.csv", blocks.y),
@@ -143,7 +143,7 @@ std::ptrdiff_t FilledAtTheEnd(const std::string& shown) {
   return std::count(bar.begin(), bar.end(), '#');
 }
 
-TEST(Interrupt, StopsOplsInEachCrossValidationAndLeavesNothingBehind) {
+TEST(Interrupt, StopsOPLSInEachCrossValidationAndLeavesNothingBehind) {
   const ScratchFolder folder;
   const std::string table = folder.Write("t.csv", LongWork());
   for (const char* text : {"component 1: cross-validation", "component 13: cross-validation"}) {
@@ -159,7 +159,7 @@ TEST(Interrupt, StopsOplsInEachCrossValidationAndLeavesNothingBehind) {
 }
 
 /// A fit takes some milliseconds: its Ctrl-C is noticed there or where its cross-validation begins.
-TEST(Interrupt, StopsOplsBehindEachFitAtTheLatest) {
+TEST(Interrupt, StopsOPLSBehindEachFitAtTheLatest) {
   const ScratchFolder folder;
   const std::string table = folder.Write("t.csv", LongWork());
   for (const char* text : {"component 1", "component 13"}) {
@@ -171,7 +171,7 @@ TEST(Interrupt, StopsOplsBehindEachFitAtTheLatest) {
   }
 }
 
-TEST(Interrupt, StopsEveryStageOfO2plsThatLastsAndLeavesNothingBehind) {
+TEST(Interrupt, StopsEveryStageOfO2PLSThatLastsAndLeavesNothingBehind) {
   const ScratchFolder folder;
   const std::string table = folder.Write("t.csv", WithHoles(LongWork(), 11));
   const std::vector<std::string> arguments = {"o2pls", table, table, "--x", "x1..x60", "--y", "y1..y12", "--fill",
@@ -218,8 +218,8 @@ TEST(Interrupt, StopsPreprocessingBetweenRowsBehindABar) {
   EXPECT_EQ(folder.Names(), std::vector<std::string>{"t.csv"});
 }
 
-/// Rows of 200 cells that miss one of each of 95 pairs of them: only a look at each two rows tells that they have enough
-/// columns in common, some 57.
+/// Rows of 200 cells that miss one of each of 95 pairs of them: only a look at each two rows tells that they have
+/// enough columns in common, some 57.
 std::string RowsToCompare(int rows) {
   std::mt19937 random(1);
   std::string table;

@@ -12,8 +12,8 @@ std::string LinearTable(int rows, int columns, unsigned seed);
 /// A table of `rows` rows, `columns` columns x1.. and `yColumns` columns y1.., all independent of each other.
 std::string UnrelatedTable(int rows, int columns, int yColumns, unsigned seed);
 
-/// A table of `rows` rows and columns x1.. and y. Each x column varies less than the one before, by a fifth; y has a share
-/// of each, of one size, and no noise: every component of the centred columns tells something of y.
+/// A table of `rows` rows and columns x1.. and y. Each x column varies less than the one before, by a fifth; y has a
+/// share of each, of one size, and no noise: every component of the centred columns tells something of y.
 std::string FadingTable(int rows, int columns, unsigned seed);
 
 /// Two tables of the same rows, named in the column `name`.

@@ -12,10 +12,10 @@
 #include "app/Failure.h"
 #include "app/FillModel.h"
 #include "app/FilterFit.h"
-#include "app/O2plsFit.h"
-#include "app/OplsFit.h"
-#include "app/PcaFit.h"
-#include "app/PlsFit.h"
+#include "app/O2PLSFit.h"
+#include "app/OPLSFit.h"
+#include "app/PCAFit.h"
+#include "app/PLSFit.h"
 #include "kalmia/pcapls/PCACrossValidation.h"
 #include "testing/RandomTables.h"
 #include "testing/RecordingProgress.h"
@@ -152,7 +152,7 @@ template <class Task>
 Task TaskOn(const NCDataMatrix<float>& x, const NCDataMatrix<float>& y) {
   Task task;
   task.x = x;
-  if constexpr (!std::is_same_v<Task, PcaTask>) task.y = y;
+  if constexpr (!std::is_same_v<Task, PCATask>) task.y = y;
   task.rounds = 4;
   task.groups = GetDeafultCVGroupsVector(x.SizeRows(), task.rounds);
   return task;
@@ -168,26 +168,26 @@ std::vector<Fit> Fits() {
            [=](NCProgress* bar) {
              FitTask task = TaskOn<FitTask>(x, y);
              task.mostComponents = 2;
-             FitPls(task, bar);
+             FitPLS(task, bar);
            }},
           {"PCA",
            [=](NCProgress* bar) {
-             PcaTask task = TaskOn<PcaTask>(x, y);
+             PCATask task = TaskOn<PCATask>(x, y);
              task.mostComponents = 2;
-             FitPca(task, bar);
+             FitPCA(task, bar);
            }},
           {"OPLS",
            [=](NCProgress* bar) {
-             OplsTask task = TaskOn<OplsTask>(x, y);
+             OPLSTask task = TaskOn<OPLSTask>(x, y);
              task.mostComponents = 1;
-             FitOpls(task, bar);
+             FitOPLS(task, bar);
            }},
           {"O2PLS",
            [=](NCProgress* bar) {
-             O2plsTask task = TaskOn<O2plsTask>(x, y);
-             task.numbers = O2plsNumbers{1, 1, 0};
+             O2PLSTask task = TaskOn<O2PLSTask>(x, y);
+             task.numbers = O2PLSNumbers{1, 1, 0};
              Notes notes;
-             FitO2pls(task, &notes, bar);
+             FitO2PLS(task, &notes, bar);
            }},
           {"the filter", [=](NCProgress* bar) { FitFilter(x, y, 1, bar); }},
           {"the filling", [=](NCProgress* bar) {

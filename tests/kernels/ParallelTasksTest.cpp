@@ -60,7 +60,9 @@ TEST_P(ParallelTasks, ThrowWhatATaskThrowsAndBeginNoneAfterwards) {
 
 TEST_P(ParallelTasks, TellNobodyOfATaskThatHasThrown) {
   int told = 0;
-  EXPECT_THROW(RunTasks(1, [&told] { ++told; }, [](int) { throw std::runtime_error("the first"); }), std::runtime_error);
+  EXPECT_THROW(RunTasks(
+                   1, [&told] { ++told; }, [](int) { throw std::runtime_error("the first"); }),
+               std::runtime_error);
   EXPECT_EQ(told, 0);
 }
 

@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "FillingCase.h"
-#include "O2plsCase.h"
+#include "O2PLSCase.h"
 #include "kalmia/o2pls/NCYOrthogonalPLS.h"
 #include "kalmia/o2pls/O2PLSCrossValidation.h"
 #include "kalmia/o2pls/O2PLSPredictiveComponentEstimator.h"

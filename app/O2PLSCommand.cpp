@@ -1,0 +1,49 @@
+#include <string>
+#include <vector>
+
+#include "app/Commands.h"
+#include "app/ConsoleProgress.h"
+#include "app/CsvTable.h"
+#include "app/FitFiles.h"
+#include "app/ModelFile.h"
+#include "app/O2PLSCsvFiles.h"
+#include "app/O2PLSOutcome.h"
+#include "app/O2PLSReport.h"
+#include "app/OutputPlaces.h"
+#include "app/ReadTable.h"
+
+namespace kalmia::app {
+
+namespace {
+
+void CheckFiles(const O2PLSOptions& options) {
+  std::vector<FilePlace> places = PlacesInCsvFolder(options.csvFolder, O2PLSCsvFileNames());
+  if (!options.save.empty()) places.insert(places.begin(), {"--save", options.save});
+  CheckPlaces({{"the X table", options.table}, {"the Y table", options.yTable}}, places);
+}
+
+/// The numbers come all three or not at all.
+O2PLSRecipe RecipeOf(const O2PLSOptions& options) {
+  O2PLSRecipe recipe = options.recipe;
+  if (options.joint) recipe.numbers = {*options.joint, *options.xUnique, *options.yUnique};
+  return recipe;
+}
+
+}  // namespace
+
+std::string RunCommand(const O2PLSOptions& options, Notes* notes) {
+  CheckFiles(options);
+  const CsvTable xTable = ReadTable(options.table, options.reading);
+  const CsvTable yTable = ReadTable(options.yTable, options.reading);
+  TerminalBar bar;
+  const O2PLSOutcome outcome = ComputeO2PLS(xTable, yTable, RecipeOf(options), notes, bar.Get());
+  FitFiles files;
+  if (outcome.AnyKept()) {
+    files = WriteFitFiles(
+        options, [&] { return ModelFileBytes(outcome.model); },
+        [&] { return O2PLSCsvFiles(outcome, MarksOf(options.csvMarks)); }, bar.Get());
+  }
+  return options.json ? O2PLSJson(outcome, *notes, files) : O2PLSText(outcome, files);
+}
+
+}  // namespace kalmia::app

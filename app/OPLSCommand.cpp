@@ -1,0 +1,50 @@
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "app/Commands.h"
+#include "app/ConsoleProgress.h"
+#include "app/CsvTable.h"
+#include "app/FitFiles.h"
+#include "app/InputFile.h"
+#include "app/ModelFile.h"
+#include "app/OPLSCsvFiles.h"
+#include "app/OPLSCvFile.h"
+#include "app/OPLSOutcome.h"
+#include "app/OPLSReport.h"
+#include "app/OutputPlaces.h"
+#include "app/ReadTable.h"
+
+namespace kalmia::app {
+
+namespace {
+
+/// --save-cv may replace the file of --resume, once that has been read; no other output may.
+void CheckFiles(const OPLSOptions& options) {
+  CheckFitPlaces(options, OPLSCsvFileNames(), options.saveCv);
+  if (options.resume.empty()) return;
+  std::vector<FilePlace> places = PlacesInCsvFolder(options.csvFolder, OPLSCsvFileNames());
+  if (!options.save.empty()) places.insert(places.begin(), {"--save", options.save});
+  RefuseToOverwrite({{"the file of --resume", options.resume}}, places);
+}
+
+}  // namespace
+
+std::string RunCommand(const OPLSOptions& options, Notes* notes) {
+  CheckFiles(options);
+  std::optional<StoredOPLSCv> resumed;
+  if (!options.resume.empty()) resumed = ReadOPLSCvFile(ReadInput(options.resume), InputName(options.resume));
+  const CsvTable table = ReadTable(options.table, options.reading);
+  OPLSRecipe recipe = options.recipe;
+  recipe.steps = ReadFitSteps(options);
+  TerminalBar bar;
+  const OPLSOutcome outcome = ComputeOPLS(table, recipe, resumed ? &*resumed : nullptr, notes, bar.Get());
+  const FitFiles files = WriteFitFiles(
+      options, [&] { return ModelFileBytes(outcome.model); },
+      [&] { return OPLSCsvFiles(outcome, MarksOf(options.csvMarks)); }, bar.Get(),
+      {options.saveCv, [&outcome] { return OPLSCvFileBytes(outcome.validation); }});
+  if (!files.csv.empty()) NoteNoDistances(outcome.model, outcome.model.Components(), notes);
+  return options.json ? OPLSJson(table, outcome, *notes, files) : OPLSText(outcome, files);
+}
+
+}  // namespace kalmia::app

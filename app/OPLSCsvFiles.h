@@ -1,0 +1,17 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "app/CsvText.h"
+#include "app/OPLSOutcome.h"
+
+namespace kalmia::app {
+
+/// The files that `kalmia opls --csv` writes; docs/command.md describes them. `outcome` has a model.
+std::vector<CsvFile> OPLSCsvFiles(const OPLSOutcome& outcome, const CsvMarks& marks);
+
+/// Their names, before there is anything to write.
+std::vector<std::string> OPLSCsvFileNames();
+
+}  // namespace kalmia::app
