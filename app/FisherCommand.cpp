@@ -5,6 +5,7 @@
 #include "app/CountTable.h"
 #include "app/DisplayText.h"
 #include "app/Failure.h"
+#include "app/FourfoldTest.h"
 #include "app/Json.h"
 #include "app/Numbers.h"
 #include "app/ReadTable.h"
@@ -15,7 +16,7 @@ namespace kalmia::app {
 
 namespace {
 
-constexpr int kDigits = 6;  ///< as many as the test promises
+constexpr int kDigits = 6;  ///< as many as the test of larger tables promises
 constexpr int kNoLimit = 0;  ///< of the memory, but for the library's own cap
 
 Sta::SidedNess SideOf(const std::string& alternative) {
@@ -40,27 +41,32 @@ std::string ReasonOf(const NCError& error) {
   return OneLine(text);
 }
 
-float ProbabilityOf(const CountTable& table, const FisherOptions& options, const std::string& name) {
+bool IsFourfold(const CountTable& table) { return table.rows == 2 && table.columns == 2; }
+
+double ProbabilityOf(const CountTable& table, const FisherOptions& options, const std::string& name) {
+  const std::vector<int>& n = table.counts;
+  if (IsFourfold(table)) return FourfoldProbability(n[0], n[1], n[2], n[3], SideOf(options.alternative));
   ProgressLine line;
-  if (table.rows > 2 || table.columns > 2) line.ShowAtOnce("exact test", 0.0);  // which tells nothing of its way
+  line.ShowAtOnce("exact test", 0.0);  // which tells nothing of its way
   try {
-    return Sta::GetFisherExactProbability(table.counts.data(), table.rows, table.columns, options.hybrid,
-                                          SideOf(options.alternative), kNoLimit);
+    return AsWritten(Sta::GetFisherExactProbability(n.data(), table.rows, table.columns, options.hybrid, Sta::TwoSided,
+                                                    kNoLimit));
   } catch (const NCError& error) {
-    throw Failure(ExitCode::BadData, name + ": too large a table for the exact test: " + ReasonOf(error));
+    throw Failure(ExitCode::BadData, name + ": too large a table for the exact test: " + ReasonOf(error) +
+                                         " Here: merge rows or columns of small counts.");
   }
 }
 
 std::string FisherJson(const FisherOptions& options, const std::string& name, const CountTable& table,
-                       float probability, const Notes& notes) {
+                       double probability, const Notes& notes) {
   Json json = JsonHeader("kalmia-fisher");
   json["table"] = name;
   json["rows"] = table.rows;
   json["columns"] = table.columns;
   json["total"] = table.total;
   json["alternative"] = options.alternative;
-  json["hybrid"] = options.hybrid && !(table.rows == 2 && table.columns == 2);
-  json["probability"] = JsonNumber(AsWritten(probability));
+  json["hybrid"] = options.hybrid && !IsFourfold(table);
+  json["probability"] = JsonNumber(probability);
   json["notes"] = notes.Lines();
   return JsonText(json);
 }
@@ -70,7 +76,7 @@ std::string FisherJson(const FisherOptions& options, const std::string& name, co
 std::string RunCommand(const FisherOptions& options, Notes* notes) {
   const CsvTable csv = ReadTable(options.table, options.reading);
   const CountTable table = ReadCounts(csv, notes);
-  const bool isFourfold = table.rows == 2 && table.columns == 2;
+  const bool isFourfold = IsFourfold(table);
   const Sta::SidedNess side = SideOf(options.alternative);
   if (!isFourfold && side != Sta::TwoSided) {
     throw Failure(ExitCode::BadData, csv.Name() + ": --alternative " + options.alternative +
@@ -78,7 +84,7 @@ std::string RunCommand(const FisherOptions& options, Notes* notes) {
                                          std::to_string(table.columns));
   }
   if (isFourfold && options.hybrid) notes->Add("--hybrid plays no part in a table of 2 x 2");
-  const float probability = ProbabilityOf(table, options, csv.Name());
+  const double probability = ProbabilityOf(table, options, csv.Name());
   if (options.json) return FisherJson(options, csv.Name(), table, probability, *notes);
   std::string text = "Fisher's exact test of " + csv.Name() + ", " + std::to_string(table.rows) + " x " +
                      std::to_string(table.columns) + ", " + Counted(static_cast<std::size_t>(table.total), "count") +
