@@ -7,6 +7,7 @@
 #include "app/ChartResult.h"
 #include "app/ChartTypes.h"
 #include "app/Commands.h"
+#include "app/ConsoleProgress.h"
 #include "app/DisplayText.h"
 #include "app/Failure.h"
 #include "app/InputFile.h"
@@ -15,6 +16,7 @@
 #include "app/OutputFiles.h"
 #include "app/OutputPlaces.h"
 #include "app/ReadTable.h"
+#include "app/WorkProgress.h"
 #include "kalmia/containers/Missing.h"
 
 namespace kalmia::app {
@@ -162,6 +164,8 @@ std::string RunCommand(const ChartOptions& options, Notes* notes) {
   CheckSettings(options, type, subgroup);
 
   const CsvTable table = ReadTable(options.table, options.reading);
+  TerminalBar bar;
+  WorkProgress(bar.Get()).Begin("computing the chart");
   const NCDataVector<float> series = ReadMeasurements(table, options.column, notes);
   const std::string where = table.Name() + ": the column " + Quoted(options.column);
   CheckSeries(where, series, subgroup);

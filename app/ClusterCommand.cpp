@@ -48,9 +48,10 @@ void CheckHeights(const CsvTable& table, const std::vector<ClusterMerge>& merges
 }
 
 ClusterResult ClusterRows(const CsvTable& table, const ClusterOptions& options, Notes* notes) {
+  ProgressLine line;
+  line.ShowAtOnce("selecting the columns", 0.0);
   ClusterResult result = {table.Name(), options.method, options.scaling, SelectClusterData(table, options, notes),
                           nullptr, {}, 0.0, 0, options.height, {}};
-  ProgressLine line;
   NCProgress building(std::make_unique<ConsoleProgress>(&line)), comparing(std::make_unique<ConsoleProgress>(&line));
   result.root = BuildTree(table.Name(), result.data, options, &building, notes);
   result.merges = MergesOf(*result.root);

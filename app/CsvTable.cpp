@@ -154,10 +154,15 @@ void CsvTable::RefuseRow(std::size_t row) const {
   if (!PassRecord(Text(), format_, &place, &places)) Refuse(name_ + ": " + UnpairedMarks(rows_.Line(row)));
   const std::vector<std::string> fields = ContentsOf(Text(), places);
   const bool tooMany = format_.separator == ',' && fields.size() > columnNames_.size();
-  const bool hint = tooMany && MayBeNumbersCutAtCommas(fields);
+  std::string hint;
+  if (tooMany && MayBeNumbersCutAtCommas(fields)) {
+    hint = "; if the numbers have decimal commas, separate the columns by ; or tabs";
+  } else if (columnNames_.size() == 1 && fields.size() > 1) {
+    hint = "; if there are lines above the header, leave them out by --skip-lines or --comment";
+  }
   Refuse(name_ + ": " + RowPlace(static_cast<int>(row)) + " has " + Counted(fields.size(), "field") +
          ", the header has " + std::to_string(columnNames_.size()) +
-         (hint ? "; if the numbers have decimal commas, separate the columns by ; or tabs" : ""));
+         hint);
 }
 
 }  // namespace kalmia::app

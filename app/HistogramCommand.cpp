@@ -2,6 +2,7 @@
 #include <cmath>
 
 #include "app/Commands.h"
+#include "app/ConsoleProgress.h"
 #include "app/CsvText.h"
 #include "app/DisplayText.h"
 #include "app/Failure.h"
@@ -13,6 +14,7 @@
 #include "app/Plot.h"
 #include "app/ReadTable.h"
 #include "app/TextTable.h"
+#include "app/WorkProgress.h"
 #include "kalmia/statistics/FrequencyHistogram.h"
 
 namespace kalmia::app {
@@ -163,6 +165,8 @@ std::vector<FilePlace> OutputsOf(const HistogramOptions& options) {
 std::string RunCommand(const HistogramOptions& options, Notes* notes) {
   CheckPlaces({{"the table", options.table}}, OutputsOf(options));
   const CsvTable table = ReadTable(options.table, options.reading);
+  TerminalBar bar;
+  WorkProgress(bar.Get()).Begin("computing the histogram");
   const Histogram histogram = HistogramOf(table, options, notes);
   OutputFiles files;
   if (!options.csv.empty()) files.Stage(options.csv, HistogramCsv(histogram, MarksOf(options.csvMarks)));

@@ -72,6 +72,7 @@ void JudgePredictions(const O2PLSTask& task, O2PLSOutcome* outcome, NCProgress* 
 O2PLSOutcome ComputeO2PLS(const CsvTable& xTable, const CsvTable& yTable, const O2PLSRecipe& recipe, Notes* notes,
                           NCProgress* progress) {
   O2PLSOutcome outcome;
+  WorkProgress(progress).Begin("selecting the blocks");
   outcome.data = SelectBlocks(xTable, yTable, recipe, notes);
   O2PLSTask task;
   task.x = outcome.data.x.cells;

@@ -34,9 +34,9 @@ std::string RunCommand(const OPLSOptions& options, Notes* notes) {
   CheckFiles(options);
   std::optional<StoredOPLSCv> resumed;
   if (!options.resume.empty()) resumed = ReadOPLSCvFile(ReadInput(options.resume), InputName(options.resume));
-  const CsvTable table = ReadTable(options.table, options.reading);
   OPLSRecipe recipe = options.recipe;
   recipe.steps = ReadFitSteps(options);
+  const CsvTable table = ReadTable(options.table, options.reading);
   TerminalBar bar;
   const OPLSOutcome outcome = ComputeOPLS(table, recipe, resumed ? &*resumed : nullptr, notes, bar.Get());
   const FitFiles files = WriteFitFiles(

@@ -26,7 +26,7 @@ constexpr auto kMainFooter =
     "  kalmia cluster wine.csv --method ward --id sample --exclude cultivar --cut 3 --svg tree.svg\n"
     "  kalmia chart drift.csv --column diameter --type mean-range --subgroup 5 --svg chart.svg\n\n"
     "Exit codes: 0 done, 1 bad data, 2 wrong usage, 3 a file cannot be read or written,\n"
-    "130 stopped with Ctrl-C. 'kalmia COMMAND --help' tells more.";
+    "130 stopped with Ctrl-C (143, 129 by other signals). 'kalmia COMMAND --help' tells more.";
 
 void DeclareInfo(CommandOptions* command, InfoOptions* options) {
   command->File("MODEL", &options->model, "file that --save or --save-cv has written");
@@ -70,7 +70,8 @@ class Program {
     Add<FisherOptions>("fisher", "Test rows and columns of a table of counts for independence", DeclareFisher);
     Add<SpectrumOptions>("spectrum", "Find what repeats in a column, and what follows what: correlations and power",
                          DeclareSpectrum);
-    Add<QuantileOptions>("quantile", "Tell a quantile of Student's t or of F", DeclareQuantile);
+    Add<QuantileOptions>("quantile", "Tell a quantile of Student's t, F, chi-square or the normal distribution",
+                         DeclareQuantile);
   }
 
   Command Parse(int argc, const char* const* argv) {

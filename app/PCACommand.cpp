@@ -12,9 +12,9 @@ namespace kalmia::app {
 
 std::string RunCommand(const PCAOptions& options, Notes* notes) {
   CheckFitPlaces(options, PCACsvFileNames());
-  const CsvTable table = ReadTable(options.table, options.reading);
   PCARecipe recipe = options.recipe;
   recipe.steps = ReadFitSteps(options);
+  const CsvTable table = ReadTable(options.table, options.reading);
   TerminalBar bar;
   const PCAOutcome outcome = ComputePCA(table, recipe, notes, bar.Get());
   FitFiles files;

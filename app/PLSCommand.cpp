@@ -12,9 +12,9 @@ namespace kalmia::app {
 
 std::string RunCommand(const PLSOptions& options, Notes* notes) {
   CheckFitPlaces(options, PLSCsvFileNames());
-  const CsvTable table = ReadTable(options.table, options.reading);
   PLSRecipe recipe = options.recipe;
   recipe.steps = ReadFitSteps(options);
+  const CsvTable table = ReadTable(options.table, options.reading);
   TerminalBar bar;
   const PLSOutcome outcome = ComputePLS(table, recipe, notes, bar.Get());
   FitFiles files;

@@ -2,6 +2,7 @@
 #include <cmath>
 
 #include "app/Commands.h"
+#include "app/ConsoleProgress.h"
 #include "app/DisplayText.h"
 #include "app/Failure.h"
 #include "app/MeasuredColumn.h"
@@ -9,6 +10,7 @@
 #include "app/OutputPlaces.h"
 #include "app/ReadTable.h"
 #include "app/SpectrumResult.h"
+#include "app/WorkProgress.h"
 #include "kalmia/signal/FFT.h"
 #include "kalmia/signal/WindowedPower.h"
 #include "kalmia/support/NCError.h"
@@ -170,6 +172,8 @@ std::string RunCommand(const SpectrumOptions& options, Notes* notes) {
   const CsvTable table = ReadTable(options.table, options.reading);
   std::vector<Signal> signals = {ReadSignal(table, options.column, notes)};
   if (!options.with.empty()) signals.push_back(ReadSignal(table, options.with, notes));
+  TerminalBar bar;
+  WorkProgress(bar.Get()).Begin("computing correlations and spectra");
   SpectrumResult result = Analyse(signals, options);
   result.table = table.Name();
   WriteFiles(options, result);

@@ -82,6 +82,7 @@ void NCDataMatrix<T>::ReserveColumns(int n) {
 template <class T>
 void NCDataMatrix<T>::InsertRows(int at, int n) {
   if (n == 0) return;
+  kalmia::RequireVectorSize(n);
   kalmia::RequireTableSize(std::int64_t{rows_} + n, columns_);
   MakeRoom(rows_ + n);
   std::vector<NCDataVector<T>> inserted(static_cast<std::size_t>(n));
@@ -146,6 +147,7 @@ void NCDataMatrix<T>::RemoveRows(const NCIntegralVector<int, -99>& indices) {
 template <class T>
 void NCDataMatrix<T>::InsertColumns(int at, int n) {
   if (n == 0) return;
+  kalmia::RequireVectorSize(n);
   kalmia::RequireTableSize(rows_, std::int64_t{columns_} + n);
   Unlink();
   PrepareRows(rows_, columns_ + n);

@@ -49,6 +49,7 @@ NCDataVector<T>& NCDataVector<T>::Resize(int n, T fill) {
 
 template <class T>
 void NCDataVector<T>::UnInitialisedInsert(int at, int n) {
+  kalmia::RequireVectorSize(n);
   kalmia::RequireVectorSize(std::int64_t{size_} + n);
   const bool shared = *refCount_ > 1;
   const int behind = size_ - at + 1;

@@ -135,6 +135,7 @@ void NCIntegralVector<T, M>::Reserve(int n) {
 
 template <class T, int M>
 void NCIntegralVector<T, M>::Insert(int at, int n) {
+  kalmia::RequireVectorSize(n);
   kalmia::RequireVectorSize(std::int64_t{size_} + n);
   const int behind = size_ - at + 1;
   const int capacity = kalmia::GrownCapacity(capacity_, size_ + n);

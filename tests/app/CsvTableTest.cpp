@@ -404,6 +404,9 @@ TEST(CsvTable, KnowsTheFirstThreeStraysOfAColumnInTheirOrderWhateverTheParts) {
 TEST(CsvTable, RefusesARowOfAnotherLengthWithItsNumber) {
   EXPECT_EQ(Refusal("a,b,c\n1,2,3\n\n1,2\n"), "t.csv: row 2 (line 4) has 2 fields, the header has 3");
   EXPECT_EQ(Refusal("a,b,c\n1,2\n"), "t.csv: row 1 (line 2) has 2 fields, the header has 3");
+  EXPECT_EQ(Refusal("Instrument X\nexported; 2024\nid,a,b\n"),
+            "t.csv: row 2 (line 3) has 3 fields, the header has 1; if there are lines above the header, leave them out by "
+            "--skip-lines or --comment");
   EXPECT_EQ(Refusal("a,b,c\n1\n"), "t.csv: row 1 (line 2) has 1 field, the header has 3");
   EXPECT_EQ(Refusal("a,b\n-1,5,2,5\n"),
             "t.csv: row 1 (line 2) has 4 fields, the header has 2; if the numbers have "

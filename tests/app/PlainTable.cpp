@@ -157,11 +157,13 @@ std::string RefusalOfRow(const PlainTable& table, const Record& row) {
   if (fields == table.names.size()) return "";
   std::string refusal = ": row " + std::to_string(table.rows.size() + 1) + " (line " + std::to_string(row.line) +
                         ") has " + Count(fields) + ", the header has " + std::to_string(table.names.size());
-  if (table.separator != ',' || fields < table.names.size()) return refusal;
+  if (fields < table.names.size()) return refusal;
   std::string before = row.fields[fields - 2];
   if (!before.empty() && (before[0] == '-' || before[0] == '+')) before.erase(0, 1);
-  const bool mayBeCut = IsDigits(row.fields.back()) && IsDigits(before);
-  return refusal + (mayBeCut ? "; if the numbers have decimal commas, separate the columns by ; or tabs" : "");
+  if (table.separator == ',' && IsDigits(row.fields.back()) && IsDigits(before))
+    return refusal + "; if the numbers have decimal commas, separate the columns by ; or tabs";
+  if (table.names.size() > 1) return refusal;
+  return refusal + "; if there are lines above the header, leave them out by --skip-lines or --comment";
 }
 
 std::string BadMarks(std::size_t line) {

@@ -142,16 +142,24 @@ TYPED_TEST(SizeLimitOf, AVectorIsHeldWhereItGrows) {
   NCDataVector<TypeParam> v(2, TypeParam(1));
   this->ExpectRefused([&] { v.InsertValues(1, INT_MAX, 1); });
   this->ExpectRefused([&] { v.InsertValues(1, -3, 1); });
+  this->ExpectRefused([&] { v.InsertValues(1, -1, 1); });  // although a vector of one cell could be
   this->ExpectRefused([&] { v.SetSize(-1); });
   this->ExpectRefused([&] { v.Resize(-1); });
   EXPECT_EQ(CellsOf(v), (std::vector<TypeParam>{1, 1}));
+}
+
+TYPED_TEST(SizeLimitOf, ATableTakesNoFewerThanNoNewRowsAndColumns) {
+  NCDataMatrix<TypeParam> m(2, 2, TypeParam(1));
+  this->ExpectRefused([&] { m.InsertRows(1, -1); });
+  this->ExpectRefused([&] { m.InsertColumns(1, -1); });
+  this->ExpectUnchanged(m, 2, 2);
 }
 
 template <class V>
 void ExpectIntegralVectorHeld() {
   V v(2, 1);
   for (const std::function<void()>& grow : std::vector<std::function<void()>>{
-           [&] { v.InsertValues(1, INT_MAX, 1); }, [&] { v.SetSize(-1); }, [&] { v.SetNumValues(-1, 1); },
+           [&] { v.InsertValues(1, INT_MAX, 1); }, [&] { v.InsertValues(1, -1, 1); }, [&] { v.SetSize(-1); }, [&] { v.SetNumValues(-1, 1); },
            [&] { v.Resize(-1); }, [] { V(-1, 1); },
            [] { V(static_cast<const typename V::value_type*>(nullptr), -1); }})
     EXPECT_NE(Refusal(grow).find("the most is 2147483647"), std::string::npos);
