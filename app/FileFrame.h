@@ -6,7 +6,7 @@
 namespace kalmia::app {
 
 // What all binary files of the command have around their content: magic, version, length and checksum of the content.
-// docs/command.md describes it.
+// docs/command/info.md describes it.
 
 /// A kind of file.
 struct FileKind {

@@ -10,8 +10,8 @@
 
 namespace kalmia::app {
 
-// The content of a model file, entry by entry: docs/command.md lists them. Reading is false, and never throws, on bytes
-// that do not hold what it reads, or parts that later work could not rely on.
+// The content of a model file, entry by entry: docs/command/info.md lists them. Reading is false, and never throws, on
+// bytes that do not hold what it reads, or parts that later work could not rely on.
 
 /// The entries of the content, in their order. Those that a kind of model has no use for are empty.
 enum Entry : unsigned short {

@@ -7,7 +7,7 @@
 
 namespace kalmia::app {
 
-/// The bytes of a model file: magic, version, length, checksum, content. docs/command.md describes them.
+/// The bytes of a model file: magic, version, length, checksum, content. docs/command/info.md describes them.
 std::string ModelFileBytes(const StoredPLS& model);
 std::string ModelFileBytes(const StoredPCA& model);
 std::string ModelFileBytes(const StoredOPLS& model);

@@ -8,7 +8,7 @@
 
 namespace kalmia::app {
 
-/// The files that `kalmia o2pls --csv` writes; docs/command.md describes them. `outcome` has a model.
+/// The files that `kalmia o2pls --csv` writes; docs/command/o2pls.md describes them. `outcome` has a model.
 std::vector<CsvFile> O2PLSCsvFiles(const O2PLSOutcome& outcome, const CsvMarks& marks);
 
 /// Their names, before there is anything to write.

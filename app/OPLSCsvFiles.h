@@ -8,7 +8,7 @@
 
 namespace kalmia::app {
 
-/// The files that `kalmia opls --csv` writes; docs/command.md describes them. `outcome` has a model.
+/// The files that `kalmia opls --csv` writes; docs/command/opls.md describes them. `outcome` has a model.
 std::vector<CsvFile> OPLSCsvFiles(const OPLSOutcome& outcome, const CsvMarks& marks);
 
 /// Their names, before there is anything to write.

@@ -49,7 +49,7 @@ void DescribeTable(const ModelData& data, NCScale::Scaling scaling, StoredOPLSCv
 /// or other scaling.
 void RequireSameTable(const StoredOPLSCv& stored, const ModelData& data, NCScale::Scaling scaling);
 
-/// The bytes of the file: magic, version, length, checksum, content. docs/command.md describes them.
+/// The bytes of the file: magic, version, length, checksum, content. docs/command/info.md describes them.
 std::string OPLSCvFileBytes(const StoredOPLSCv& stored);
 
 /// Reads them back. Throws Failure (Files): no cross-validation, cut, damaged, or of a newer version; `name` is how

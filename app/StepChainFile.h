@@ -23,7 +23,7 @@ struct GivenSteps {
 /// for a file that cannot be read or is damaged.
 GivenSteps ReadSteps(const std::string& text, const std::string& path);
 
-/// The bytes of a file that keeps a chain: docs/command.md describes them.
+/// The bytes of a file that keeps a chain: docs/command/info.md describes them.
 std::string StepChainFileBytes(const StepChain& chain);
 
 /// The chain in the bytes of such a file. Throws Failure (Files) for damaged ones.
