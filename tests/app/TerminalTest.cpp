@@ -12,7 +12,6 @@
 #include <random>
 
 #include "CommandRun.h"
-#include "GzipText.h"
 #include "TestTables.h"
 
 namespace {
@@ -337,30 +336,6 @@ TEST(Progress, ShowsNoBarForATableThatIsReadAtOnce) {
   const CommandResult run = RunOnTerminal({"describe", folder.Write("t.csv", LinearTable(30, 5, 1))});
   EXPECT_EQ(run.exitCode, 0);
   EXPECT_THAT(run.error, Not(HasSubstr("reading")));
-}
-
-/// A gzip file of one number, 50 million times: long enough to press a key in each step of reading it.
-std::string LongPackedTable() {
-  std::string line;
-  for (int c = 0; c < 100; ++c) line += c == 0 ? "1" : ",1";
-  std::string text;
-  for (int c = 0; c < 100; ++c) text += (c == 0 ? "x" : ",x") + std::to_string(c);
-  text += '\n';
-  for (int r = 0; r < 500000; ++r) text += line + '\n';
-  return Gzip(text);
-}
-
-TEST(Interrupt, StopsWhileATableIsUnpackedReadAndDescribed) {
-  const ScratchFolder folder;
-  const std::string table = folder.Write("t.csv.gz", LongPackedTable());
-  // The bar is one fifth full once the bytes are there, and half full once they are unpacked.
-  for (const char* text : {"] reading", "[############", "describing 100 columns"}) {
-    const CommandResult run = RunOnTerminal({"describe", table}, text);
-    EXPECT_THAT(run.error, HasSubstr(text));
-    EXPECT_EQ(run.exitCode, 130) << text;
-    EXPECT_THAT(run.error, HasSubstr("kalmia: stopped"));
-    EXPECT_EQ(run.error.find("skewness"), std::string::npos) << text;
-  }
 }
 
 }  // namespace
