@@ -6,18 +6,13 @@ namespace kalmia::app {
 
 namespace {
 
+bool ReadComponent(FilterComponentRecord* record, std::istream& stream) {
+  return ReadDouble(&record->r2x, stream) && ReadDouble(&record->r2xCum, stream) && ReadDouble(&record->angle, stream);
+}
+
 bool ReadComponents(InputStreamDirectory* directory, StoredFilter* filter) {
   std::istream* entry = directory->GetInput(Components);
-  int count = 0;
-  if (entry == nullptr || !ReadInteger(&count, *entry)) return false;
-  for (int a = 0; a < count; ++a) {
-    FilterComponentRecord record;
-    if (!ReadDouble(&record.r2x, *entry) || !ReadDouble(&record.r2xCum, *entry) || !ReadDouble(&record.angle, *entry)) {
-      return false;
-    }
-    filter->components.push_back(record);
-  }
-  return true;
+  return entry != nullptr && ReadRecords(*entry, &filter->components, ReadComponent);
 }
 
 bool Agrees(const StoredFilter& model) {

@@ -37,6 +37,17 @@ bool ReadText(std::string* text, std::istream& stream);
 /// Names behind their count; and those in an entry.
 bool ReadNames(std::istream& stream, std::vector<std::string>* names);
 bool ReadNames(unsigned short entry, InputStreamDirectory* directory, std::vector<std::string>* names);
+/// Records behind their count; read(record, stream) reads one, and is false where it is none.
+template <class Record, class Read>
+bool ReadRecords(std::istream& stream, std::vector<Record>* records, const Read& read) {
+  int count = 0;
+  if (!ReadInteger(&count, stream)) return false;
+  for (int a = 0; a < count; ++a) {
+    records->emplace_back();
+    if (!read(&records->back(), stream)) return false;
+  }
+  return true;
+}
 /// The object of the library in an entry.
 bool ReadObject(unsigned short entry, InputStreamDirectory* directory, VexStreamBase* object);
 /// The pooled deviation, and the quality of each Y column.

@@ -40,13 +40,8 @@ bool ReadComponent(O2PLSComponentRecord* record, std::istream& stream) {
 
 bool ReadComponents(InputStreamDirectory* directory, StoredO2PLS* model) {
   std::istream* entry = directory->GetInput(Components);
-  int count = 0;
-  if (entry == nullptr || !ReadText(&model->yTable, *entry) || !ReadInteger(&count, *entry)) return false;
-  for (int a = 0; a < count; ++a) {
-    model->components.emplace_back();
-    if (!ReadComponent(&model->components.back(), *entry)) return false;
-  }
-  return true;
+  return entry != nullptr && ReadText(&model->yTable, *entry) &&
+         ReadRecords(*entry, &model->components, ReadComponent);
 }
 
 bool ReadMatrices(InputStreamDirectory* directory, O2PLSMatrices* o2pls) {

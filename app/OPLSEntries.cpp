@@ -38,13 +38,7 @@ bool ReadComponent(OPLSComponentRecord* record, std::istream& stream) {
 
 bool ReadComponents(InputStreamDirectory* directory, StoredOPLS* model) {
   std::istream* entry = directory->GetInput(Components);
-  int count = 0;
-  if (entry == nullptr || !ReadInteger(&count, *entry)) return false;
-  for (int a = 0; a < count; ++a) {
-    model->components.emplace_back();
-    if (!ReadComponent(&model->components.back(), *entry)) return false;
-  }
-  return true;
+  return entry != nullptr && ReadRecords(*entry, &model->components, ReadComponent);
 }
 
 /// The number of blocks stands in front of the matrices. Each of these takes bytes of the stream, so that a lie ends

@@ -29,13 +29,7 @@ bool ReadComponent(PCAComponentRecord* record, std::istream& stream) {
 
 bool ReadComponents(InputStreamDirectory* directory, StoredPCA* model) {
   std::istream* entry = directory->GetInput(Components);
-  int count = 0;
-  if (entry == nullptr || !ReadInteger(&count, *entry)) return false;
-  for (int a = 0; a < count; ++a) {
-    model->components.emplace_back();
-    if (!ReadComponent(&model->components.back(), *entry)) return false;
-  }
-  return true;
+  return entry != nullptr && ReadRecords(*entry, &model->components, ReadComponent);
 }
 
 bool ReadQuality(InputStreamDirectory* directory, StoredPCA* model) {

@@ -37,13 +37,10 @@ bool ReadComponent(ComponentRecord* record, std::size_t yColumns, std::istream& 
 
 bool ReadComponents(InputStreamDirectory* directory, StoredPLS* model) {
   std::istream* entry = directory->GetInput(Components);
-  int count = 0;
-  if (entry == nullptr || !ReadInteger(&count, *entry)) return false;
-  for (int a = 0; a < count; ++a) {
-    model->components.emplace_back();
-    if (!ReadComponent(&model->components.back(), model->yNames.size(), *entry)) return false;
-  }
-  return true;
+  const auto read = [model](ComponentRecord* record, std::istream& stream) {
+    return ReadComponent(record, model->yNames.size(), stream);
+  };
+  return entry != nullptr && ReadRecords(*entry, &model->components, read);
 }
 
 bool Agrees(const StoredPLS& model) {

@@ -1,6 +1,7 @@
 #include "CommandRun.h"
 
 #include <fcntl.h>
+#include <gtest/gtest.h>
 #include <pty.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
@@ -109,6 +110,12 @@ CommandResult RunKalmia(const std::vector<std::string>& arguments, const std::st
   run.arguments = arguments;
   run.input = input;
   return RunKalmia(run);
+}
+
+CommandResult RunWell(const std::vector<std::string>& arguments, const std::string& input) {
+  CommandResult result = RunKalmia(arguments, input);
+  EXPECT_EQ(result.exitCode, 0) << result.error;
+  return result;
 }
 
 CommandResult RunOnTerminal(const std::vector<std::string>& arguments, const std::string& interruptAt, int signal,

@@ -29,6 +29,8 @@ struct CommandRun {
 /// Runs `kalmia` to its end, at most a minute.
 CommandResult RunKalmia(const CommandRun& run);
 CommandResult RunKalmia(const std::vector<std::string>& arguments, const std::string& input = "");
+/// The same; the test fails where the exit code is not 0.
+CommandResult RunWell(const std::vector<std::string>& arguments, const std::string& input = "");
 
 /// Runs `kalmia` on a terminal of its own; sends it the signal, so many times, once `interruptAt` has appeared there.
 /// `error` then holds what the terminal showed, both outputs together.

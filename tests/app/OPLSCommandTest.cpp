@@ -16,12 +16,6 @@ using kalmia::app::CsvTable;
 using nlohmann::json;
 using ::testing::HasSubstr;
 
-CommandResult RunWell(const std::vector<std::string>& arguments, const std::string& input = "") {
-  CommandResult result = RunKalmia(arguments, input);
-  EXPECT_EQ(result.exitCode, 0) << result.error;
-  return result;
-}
-
 std::vector<std::string> GasolineOptions(std::vector<std::string> more) {
   more.insert(more.begin(), {"opls", ExampleTable("gasoline.csv"), "--y", "octane", "--id", "sample", "--scale",
                              "centre"});

@@ -38,12 +38,6 @@ Words operator+(Words first, const Words& more) {
   return first;
 }
 
-CommandResult RunWell(const Words& arguments, const std::string& input = "") {
-  CommandResult result = RunKalmia(arguments, input);
-  EXPECT_EQ(result.exitCode, 0) << result.error;
-  return result;
-}
-
 /// What a run prints, and the files that it writes, but for the names of files.
 struct Result {
   nlohmann::json printed;

@@ -16,12 +16,6 @@ using ::testing::ElementsAre;
 using ::testing::HasSubstr;
 using ::testing::IsEmpty;
 
-CommandResult RunWell(const std::vector<std::string>& arguments, const std::string& input = "") {
-  CommandResult result = RunKalmia(arguments, input);
-  EXPECT_EQ(result.exitCode, 0) << result.error;
-  return result;
-}
-
 /// The JSON output of a fit to a table on standard input.
 json Fit(const std::string& table, std::vector<std::string> options) {
   options.insert(options.begin(), {"pca", "-", "--json"});

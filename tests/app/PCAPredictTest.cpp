@@ -27,9 +27,7 @@ class PCAPredict : public ::testing::Test {
   CommandResult Run(const std::string& table, const std::vector<std::string>& options = {}) const {
     std::vector<std::string> arguments = {"predict", model_, "-"};
     arguments.insert(arguments.end(), options.begin(), options.end());
-    CommandResult result = RunKalmia(arguments, table);
-    EXPECT_EQ(result.exitCode, 0) << result.error;
-    return result;
+    return RunWell(arguments, table);
   }
   json Json(const std::string& table) const { return Run(table, {"--json"}).Json(); }
 

@@ -15,12 +15,6 @@ inline Words operator+(Words first, const Words& more) {
   return first;
 }
 
-inline CommandResult RunWell(const Words& arguments, const std::string& input = "") {
-  CommandResult result = RunKalmia(arguments, input);
-  EXPECT_EQ(result.exitCode, 0) << result.error;
-  return result;
-}
-
 /// `kalmia preprocess` with the table x1 to x12 and y of 20 rows in t.csv.
 class PreprocessFixture : public ::testing::Test {
  protected:

@@ -1,8 +1,6 @@
 // Calculations that open bars of their own report to the caller's instead, where one is given.
 #include <gtest/gtest.h>
 
-#include <functional>
-#include <string>
 #include <vector>
 
 #include "FillingCase.h"
@@ -11,27 +9,16 @@
 #include "kalmia/o2pls/O2PLSCrossValidation.h"
 #include "kalmia/o2pls/O2PLSPredictiveComponentEstimator.h"
 #include "kalmia/o2pls/PLSMissingValueEstimator.h"
-#include "testing/RecordingProgress.h"
+#include "testing/CallersBar.h"
+#include "testing/RandomTables.h"
 
 namespace {
 
 using Matrix = NCDataMatrix<float>;
-using Cells = std::vector<std::vector<float>>;
-
-Cells CellsOf(const Matrix& matrix) {
-  Cells cells;
-  for (const NCDataVector<float>& row : matrix) cells.emplace_back(row.begin(), row.end());
-  return cells;
-}
 
 FloatBlocks Blocks() { return MakeFloatBlocks({24, 6, 5, 1, 1, 1}, 0.1, 3); }
 
-struct Calculation {
-  const char* what;
-  std::function<Cells(NCProgress*)> run;  ///< some of its results
-};
-
-std::vector<Calculation> Calculations() {
+std::vector<CalculationWithABar> Calculations() {
   return {{"a model",
            [](NCProgress* bar) {
              NCO2PLS model(Blocks().X, Blocks().Y, /*checkDimensions=*/false, 200);
@@ -52,26 +39,9 @@ std::vector<Calculation> Calculations() {
            }}};
 }
 
-TEST(CallersBar, TakesThePlaceOfTheOwnBarsAndChangesNoResult) {
-  for (const Calculation& calculation : Calculations()) {
-    SCOPED_TRACE(calculation.what);
-    ProgressLog given, own;
-    const RecordOwnBars bars(&own);
-    const Cells with = calculation.run(RecordingBar(&given).get());
-    EXPECT_GT(given.Count("SetRange"), 0);
-    EXPECT_EQ(own.calls, std::vector<std::string>{});
-    EXPECT_EQ(with, calculation.run(nullptr));
-    EXPECT_GT(own.Count("open"), 0);
-  }
-}
+TEST(CallersBar, TakesThePlaceOfTheOwnBarsAndChangesNoResult) { ExpectTheCallersBarInPlaceOfTheOwn(Calculations()); }
 
-TEST(CallersBar, StopsTheCalculationWithAnNCError) {
-  for (const Calculation& calculation : Calculations()) {
-    ProgressLog log;
-    log.stopAt = 1;
-    EXPECT_TRUE(TextOf([&] { calculation.run(RecordingBar(&log).get()); })) << calculation.what;
-  }
-}
+TEST(CallersBar, StopsTheCalculationWithAnNCError) { ExpectNCErrorsOnceTheCallersBarStops(Calculations()); }
 
 /// A stop is to these a principal component that cannot be computed, as O2PLSPredictiveComponentEstimator says.
 TEST(CallersBar, ShowsThePrincipalComponentsOfACrossValidation) {
@@ -83,13 +53,7 @@ TEST(CallersBar, ShowsThePrincipalComponentsOfACrossValidation) {
                                           1, bar);
     return CellsOf(validation.GetResults().TSet.front());
   };
-  ProgressLog given, own;
-  const RecordOwnBars bars(&own);
-  const Cells with = scores(RecordingBar(&given).get());
-  EXPECT_GT(given.Count("SetRange"), 0);
-  EXPECT_EQ(own.calls, std::vector<std::string>{});
-  EXPECT_EQ(with, scores(nullptr));
-  EXPECT_GT(own.Count("open"), 0);
+  ExpectTheCallersBarInPlaceOfTheOwn({{"cross-validations", scores}});
 }
 
 }  // namespace
