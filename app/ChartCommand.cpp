@@ -23,9 +23,7 @@ namespace kalmia::app {
 
 namespace {
 
-[[noreturn]] void RefuseUsage(const std::string& message) {
-  throw Failure(ExitCode::Usage, message + "; see kalmia chart --help");
-}
+[[noreturn]] void RefuseUsage(const std::string& message) { throw BadRequest(message + "; see kalmia chart --help"); }
 
 std::vector<FilePlace> OutputsOf(const ChartOptions& options) {
   std::vector<FilePlace> places;
@@ -69,15 +67,15 @@ void CheckSettings(const ChartOptions& options, ControlChart::ControlType type, 
   }
 }
 
-/// Throws Failure (BadData) where the limits were made for another kind of chart.
+/// Throws BadData where the limits were made for another kind of chart.
 void CheckMatch(const StoredLimits& stored, const ChartOptions& options, const std::string& name) {
   const std::string& type = WordOfChartType(stored.type);
   if (type != options.type) {
-    throw Failure(ExitCode::BadData, name + " holds limits of type " + type + ", not " + options.type);
+    throw BadData(name + " holds limits of type " + type + ", not " + options.type);
   }
   if (options.subgroup != 0 && options.subgroup != stored.subgroup) {
-    throw Failure(ExitCode::BadData, name + " holds limits for subgroups of " + std::to_string(stored.subgroup) +
-                                         ", not of " + std::to_string(options.subgroup));
+    throw BadData(name + " holds limits for subgroups of " + std::to_string(stored.subgroup) + ", not of " +
+                  std::to_string(options.subgroup));
   }
 }
 
@@ -88,12 +86,12 @@ std::string SigmaFromFor(const ChartOptions& options, ControlChart::ControlType 
   return options.sigmaFrom.empty() ? DefaultSigmaFrom(type) : options.sigmaFrom;
 }
 
-/// Throws Failure (BadData) where there are values, but none beside each other.
+/// Throws BadData where there are values, but none beside each other.
 void SetMovingRange(const std::string& where, const NCDataVector<float>& series, ControlChart* chart) {
   const double spread = SpreadOfMovingRanges(series);
   if (spread == kMissing && series.Size() - series.GetNumMisVal() > 1) {
-    throw Failure(ExitCode::BadData, where + " has no two values beside each other, which a moving range takes: give " +
-                                         "--sigma-from values");
+    throw BadData(where + " has no two values beside each other, which a moving range takes: give " +
+                  "--sigma-from values");
   }
   chart->SetStdDevSubgroup(spread);
 }
@@ -112,8 +110,8 @@ void ApplySettings(const ChartOptions& options, ControlChart* chart) {
 
 void CheckSeries(const std::string& where, const NCDataVector<float>& series, int subgroup) {
   if (series.Size() >= subgroup) return;
-  throw Failure(ExitCode::BadData, where + " has " + Counted(static_cast<std::size_t>(series.Size()), "row") +
-                                       ", less than one subgroup of " + std::to_string(subgroup));
+  throw BadData(where + " has " + Counted(static_cast<std::size_t>(series.Size()), "row") +
+                ", less than one subgroup of " + std::to_string(subgroup));
 }
 
 void NoteRowsLeft(int left, Notes* notes) {
@@ -124,16 +122,16 @@ void NoteRowsLeft(int left, Notes* notes) {
 
 void CheckPanels(const std::string& where, const ChartResult& result) {
   if (!HasLimits(result.chart)) {
-    throw Failure(ExitCode::BadData, where + " has too few values for the limits of a chart of type " +
-                                         WordOfChartType(result.chart.GetControlType()));
+    throw BadData(where + " has too few values for the limits of a chart of type " +
+                  WordOfChartType(result.chart.GetControlType()));
   }
   for (const ChartPanel& panel : result.panels) {
     for (const double number : {panel.zones.lower, panel.zones.centre, panel.zones.upper}) {
-      if (std::isinf(number)) throw Failure(ExitCode::BadData, where + " has values too large for a chart");
+      if (std::isinf(number)) throw BadData(where + " has values too large for a chart");
     }
     for (const ChartSeries& series : panel.judged) {
       for (const double value : series.values) {
-        if (std::isinf(value)) throw Failure(ExitCode::BadData, where + " has values too large for a chart");
+        if (std::isinf(value)) throw BadData(where + " has values too large for a chart");
       }
     }
   }

@@ -49,7 +49,7 @@ constexpr LimitPair kPairs[] = {{kFields[2], kFields[1]}, {kFields[5], kFields[4
                                 {kFields[15], kFields[14]}};
 
 [[noreturn]] void Refuse(const std::string& name, const std::string& why) {
-  throw Failure(ExitCode::Files, name + " is no file of limits that --save-limits has written: " + why);
+  throw BadFile(name + " is no file of limits that --save-limits has written: " + why);
 }
 
 /// What is not known is null in the file.
@@ -100,8 +100,8 @@ void CheckHeader(const Json& json, const std::string& name) {
   const std::optional<int> number = CountOf(version);
   if (!number) Refuse(name, "it has no format version");
   if (*number > kJsonVersion) {
-    throw Failure(ExitCode::Files, name + " has version " + version.dump() + "; this program reads versions up to " +
-                                       std::to_string(kJsonVersion));
+    throw BadFile(name + " has version " + version.dump() + "; this program reads versions up to " +
+                  std::to_string(kJsonVersion));
   }
 }
 

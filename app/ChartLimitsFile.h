@@ -18,7 +18,7 @@ struct StoredLimits {
 
 std::string LimitsText(const StoredLimits& stored);
 
-/// Throws Failure (Files) for a text that LimitsText() has not written; `name` is how messages call it.
+/// Throws BadFile for a text that LimitsText() has not written; `name` is how messages call it.
 StoredLimits ReadLimits(const std::string& text, const std::string& name);
 
 }  // namespace kalmia::app

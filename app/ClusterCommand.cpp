@@ -30,7 +30,7 @@ bool IsCutAsked(const ClusterOptions& options) { return options.cut > 0 || optio
 
 void CheckOptions(const ClusterOptions& options) {
   if (!options.csv.empty() && !IsCutAsked(options)) {
-    throw Failure(ExitCode::Usage, "--csv writes clusters: give --cut or --height; see kalmia cluster --help");
+    throw BadRequest("--csv writes clusters: give --cut or --height; see kalmia cluster --help");
   }
   CheckPlaces({{"the table", options.table}}, OutputsOf(options));
   if (!options.temp.empty()) CheckTemporaryFolder(options.temp);
@@ -38,13 +38,13 @@ void CheckOptions(const ClusterOptions& options) {
 
 void CheckCut(const CsvTable& table, const ClusterOptions& options) {
   if (options.cut <= table.Rows()) return;
-  throw Failure(ExitCode::BadData, table.Name() + ": " + Counted(static_cast<std::size_t>(table.Rows()), "row") +
-                                       " cannot be cut into " + std::to_string(options.cut) + " clusters");
+  throw BadData(table.Name() + ": " + Counted(static_cast<std::size_t>(table.Rows()), "row") + " cannot be cut into " +
+                std::to_string(options.cut) + " clusters");
 }
 
 void CheckHeights(const CsvTable& table, const std::vector<ClusterMerge>& merges) {
   if (std::all_of(merges.begin(), merges.end(), [](const ClusterMerge& m) { return std::isfinite(m.height); })) return;
-  throw Failure(ExitCode::BadData, table.Name() + ": distances are too large for single precision; try --scale uv");
+  throw BadData(table.Name() + ": distances are too large for single precision; try --scale uv");
 }
 
 ClusterResult ClusterRows(const CsvTable& table, const ClusterOptions& options, Notes* notes) {

@@ -16,7 +16,7 @@ namespace {
 constexpr int kMostRows = 65535;  ///< the library numbers pairs of rows in 32 bits
 
 [[noreturn]] void Refuse(const CsvTable& table, const std::string& message) {
-  throw Failure(ExitCode::BadData, table.Name() + ": " + message);
+  throw BadData(table.Name() + ": " + message);
 }
 
 void CheckRows(const CsvTable& table) {

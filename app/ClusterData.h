@@ -26,7 +26,7 @@ struct ClusterData {
 
 /// Selects columns and row names as the options say, and scales. Columns without numbers and empty ones are left out;
 /// so are constant ones where columns are divided by their spread. Each kind with one note.
-/// Throws Failure (BadData): a column that does not exist; no column or one row left; more rows than can be clustered;
+/// Throws BadData: a column that does not exist; no column or one row left; more rows than can be clustered;
 /// a cell that is no finite number; a column that cannot be scaled.
 ClusterData SelectClusterData(const CsvTable& table, const ClusterOptions& options, Notes* notes);
 

@@ -109,24 +109,24 @@ std::string DistancesText(int rows) {
 }
 
 [[noreturn]] void FailForMemory(int rows) {
-  throw Failure(ExitCode::BadData, DistancesText(rows) + " take " + BytesText(PairsOf(rows) * kBytesPerPair) +
-                                       ", more than there is memory for them; --method single can use the disk");
+  throw BadData(DistancesText(rows) + " take " + BytesText(PairsOf(rows) * kBytesPerPair) +
+                ", more than there is memory for them; --method single can use the disk");
 }
 
 [[noreturn]] void FailForSpace(const std::string& folder, int rows) {
   CheckTemporaryFolder(folder);
   std::error_code ignored;
-  throw Failure(ExitCode::Files, DistancesText(rows) + " take " + BytesText(PairsOf(rows) * kBytesPerPair * 2) +
-                                     " of temporary files, and " + OneLine(folder) + " has " +
-                                     BytesText(fs::space(folder, ignored).available) +
-                                     " free: name another folder with --temp, or give more --memory");
+  throw BadFile(DistancesText(rows) + " take " + BytesText(PairsOf(rows) * kBytesPerPair * 2) +
+                " of temporary files, and " + OneLine(folder) + " has " +
+                BytesText(fs::space(folder, ignored).available) +
+                " free: name another folder with --temp, or give more --memory");
 }
 
 [[noreturn]] void FailForFiles(const std::string& folder, const NCError& error) {
   CheckTemporaryFolder(folder);
-  throw Failure(ExitCode::Files, "temporary files in " + OneLine(folder) +
-                                     " fail (the disk may be full, or there are too many: give more --memory): " +
-                                     OneLine(static_cast<const char*>(error.GetMessage())));
+  throw BadFile("temporary files in " + OneLine(folder) +
+                " fail (the disk may be full, or there are too many: give more --memory): " +
+                OneLine(static_cast<const char*>(error.GetMessage())));
 }
 
 /// The rows that miss more than half of their cells; empty where there are none.
@@ -156,8 +156,7 @@ void CheckTemporaryFolder(const std::string& folder) {
   const DeadlineHold untilItIsGone;
   const std::string path = MakeFolderIn(folder);
   if (path.empty()) {
-    throw Failure(ExitCode::Files, "cannot make temporary files in " + OneLine(folder) + ": " +
-                                       std::generic_category().message(errno));
+    throw BadFile("cannot make temporary files in " + OneLine(folder) + ": " + std::generic_category().message(errno));
   }
   rmdir(path.c_str());
 }
@@ -192,14 +191,14 @@ OwnedTree BuildTree(const std::string& table, const ClusterData& data, const Clu
   } catch (const ClusterAllocationError&) {
     FailForMemory(data.Rows());
   } catch (const CommonColumnsError& error) {
-    throw Failure(ExitCode::BadData, table + ": " + RowsWithLittleInCommon(data, error));
+    throw BadData(table + ": " + RowsWithLittleInCommon(data, error));
   } catch (const NCError& error) {
     StopIfInterrupted();
     if (dialogue.Refused()) FailForSpace(folder, data.Rows());
     if (dialogue.UsesDisk()) FailForFiles(folder, error);
     const std::string rows = RowsWithHoles(data);
     if (rows.empty()) throw;
-    throw Failure(ExitCode::BadData, table + ": " + rows);
+    throw BadData(table + ": " + rows);
   }
 }
 

@@ -156,11 +156,11 @@ double CopheneticCorrelation(const NCDataMatrix<float>& cells, const std::vector
   progress->SetText("Comparing heights with distances");
   progress->SetRange(0, static_cast<float>(rows));
   const Ask ask = [progress] {
-    if (progress->IsBreakPressed()) throw Failure(ExitCode::Stopped, "stopped");
+    if (progress->IsBreakPressed()) throw Stopped("stopped");
   };
   WorkMeter meter(ask, kCellsPerQuestion);
   for (int a = 0; a < rows; ++a) {
-    if (!progress->SetValue(static_cast<float>(a))) throw Failure(ExitCode::Stopped, "stopped");
+    if (!progress->SetValue(static_cast<float>(a))) throw Stopped("stopped");
     FillHeights(merges, places, a, &heights);
     const float* const row = cells[a + 1].GetVector();
     for (int b = a + 1; b < rows; ++b) {

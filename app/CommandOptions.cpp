@@ -299,7 +299,7 @@ std::string CommandOptions::OptionNames() const {
 }
 
 void CommandOptions::Refuse(const std::string& message) const {
-  throw Failure(ExitCode::Usage, message + "; see kalmia " + Name() + " --help");
+  throw BadRequest(message + "; see kalmia " + Name() + " --help");
 }
 
 }  // namespace kalmia::app

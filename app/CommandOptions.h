@@ -67,7 +67,7 @@ class CommandOptions {
   /// Whether the command line calls this subcommand; known once it is parsed.
   bool IsCalled() const;
 
-  // These throw Failure (Usage) with one line that names the option, what came, and what would be right.
+  // These throw BadRequest with one line that names the option, what came, and what would be right.
 
   /// Looks at the words behind the subcommand, before they are parsed: an option with nothing behind it, or with
   /// another option where its value should be; a flag with a value.

@@ -18,7 +18,7 @@ namespace {
 constexpr float kExactFloats = 16777216.0F;  ///< 2^24: larger whole numbers may have been rounded
 
 [[noreturn]] void Refuse(const CsvTable& table, const std::string& message) {
-  throw Failure(ExitCode::BadData, table.Name() + ": " + message);
+  throw BadData(table.Name() + ": " + message);
 }
 
 [[noreturn]] void RefuseCell(const CsvTable& table, int row, int column, const std::string& what) {

@@ -17,7 +17,7 @@ struct CountTable {
 };
 
 /// The columns of numbers as counts; a note says which columns of text are left out.
-/// Throws Failure (BadData) with row and column: a cell that is missing, no number, negative, no whole number; and
+/// Throws BadData with row and column: a cell that is missing, no number, negative, no whole number; and
 /// where there are fewer than two rows or columns, no count above 0, or more counts in all than an int holds.
 CountTable ReadCounts(const CsvTable& table, Notes* notes);
 

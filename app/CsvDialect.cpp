@@ -16,7 +16,7 @@ namespace {
 constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
 constexpr std::string_view kDetected = "\t;,";  ///< separators, the most telling first
 
-[[noreturn]] void Refuse(const std::string& message) { throw Failure(ExitCode::BadData, message); }
+[[noreturn]] void Refuse(const std::string& message) { throw BadData(message); }
 
 bool BeginsWith(std::string_view text, std::string_view start) { return text.substr(0, start.size()) == start; }
 

@@ -18,7 +18,7 @@ bool IsDetected(char separator);
 /// . + - _.
 /// Otherwise the separator is the first of tab, semicolon and comma that divides the header and the first row into the
 /// same number of fields, else the one that divides the header most.
-/// Throws Failure (BadData) where there is no header, where the separator that is named begins comments, and where the
+/// Throws BadData where there is no header, where the separator that is named begins comments, and where the
 /// bytes are no text that can be read (see RefuseOtherThanText). `name` is how messages call the text.
 CsvFormat DetectFormat(std::string_view text, const std::string& name, const ReadOptions& options);
 

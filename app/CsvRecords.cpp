@@ -123,7 +123,7 @@ void ForEachCsvRecord(std::string_view text, const CsvFormat& format, const std:
   while (FindRecord(text, format, &place)) {
     record.line = place.line;
     if (!PassRecord(text, format, &place, &fields)) {
-      throw Failure(ExitCode::BadData, name + ": " + UnpairedMarks(record.line));
+      throw BadData(name + ": " + UnpairedMarks(record.line));
     }
     record.fields.clear();
     for (const FieldPlace& field : fields) record.fields.push_back(ContentOf(text, field));

@@ -67,7 +67,7 @@ struct CsvRecord {
 
 /// Hands the records of a CSV text to `take` one after the other, until that returns false. The same object is used
 /// for all of them. Lines end with LF, CRLF or CR; blanks around unquoted fields are dropped, blank lines and comments
-/// passed over. Throws Failure (BadData) with the line where quotation marks do not pair up; `name` is how messages
+/// passed over. Throws BadData with the line where quotation marks do not pair up; `name` is how messages
 /// call the text.
 void ForEachCsvRecord(std::string_view text, const CsvFormat& format, const std::string& name,
                       const std::function<bool(const CsvRecord&)>& take);

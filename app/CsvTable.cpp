@@ -21,13 +21,13 @@ constexpr std::size_t kSampleRows = 64;       ///< that the decimal mark is gues
 constexpr std::size_t kSampleBytes = std::size_t{1} << 20U;  ///< where they are longer than this
 constexpr std::size_t kNamesAtOnce = 4096;  ///< between two questions whether to stop
 
-[[noreturn]] void Refuse(const std::string& message) { throw Failure(ExitCode::BadData, message); }
+[[noreturn]] void Refuse(const std::string& message) { throw BadData(message); }
 
 /// Moves the bar onto a share of the range.
 Proceed ShareOf(double from, double to, NCProgress* progress) {
   return [=](double share) {
     if (progress == nullptr || progress->SetValue(static_cast<float>(from + (to - from) * share))) return;
-    throw Failure(ExitCode::Stopped, "stopped");
+    throw Stopped("stopped");
   };
 }
 

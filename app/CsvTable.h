@@ -27,8 +27,8 @@ class CsvTable {
   /// detected as DetectFormat says. With every one but the comma, decimal commas are detected too: they are taken where
   /// more cells are numbers with a comma than with a point. A column without a name is called after its place
   /// ("column 3"). `name` is how messages call the text. `progress` (may be null) moves from 0 to 1.
-  /// Throws Failure (BadData): what DetectFormat refuses, no data rows, a row with another number of fields than the
-  /// header, two columns of one name, quotation marks that do not pair up; (Stopped) on a stop of the progress.
+  /// Throws BadData: what DetectFormat refuses, no data rows, a row with another number of fields than the
+  /// header, two columns of one name, quotation marks that do not pair up; Stopped on a stop of the progress.
   CsvTable(TextBuffer text, const std::string& name, const ReadOptions& options = {}, NCProgress* progress = nullptr,
            std::size_t bytesAtOnce = kBytesAtOnce);
 

@@ -136,7 +136,7 @@ TableSummary SummariseTable(const CsvTable& table, ProgressLine* line, Notes* no
     notes->Add("the table has one column only, of text: columns are separated by commas, ; or tabs");
   }
   if (summary.Empty().size() == static_cast<std::size_t>(table.Columns())) {
-    throw Failure(ExitCode::BadData, table.Name() + ": every cell is missing");
+    throw BadData(table.Name() + ": every cell is missing");
   }
   return summary;
 }

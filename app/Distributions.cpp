@@ -22,7 +22,7 @@ namespace {
 using Real = long double;
 
 [[noreturn]] void Refuse(const char* why) {
-  throw Failure(ExitCode::Usage, std::string("the quantile ") + why + "; see kalmia quantile --help");
+  throw BadRequest(std::string("the quantile ") + why + "; see kalmia quantile --help");
 }
 
 // Positive doubles have the order of their bits.

@@ -9,7 +9,7 @@ enum class Tail { Lower, Upper };
 // bisection of Boost.Math's distribution function, on the smaller of the two tails: 1 - share is taken only where it is
 // exact, from 0.5 on. Good to 1e-11 of x for degrees of freedom from kLeastDf to kMostDf and any share of double
 // precision above 0 and below 1; outside the result is not checked.
-// Throws Failure (Usage) where x is too large or too small for double precision.
+// Throws BadRequest where x is too large or too small for double precision.
 
 constexpr double kLeastDf = 1e-3;
 constexpr double kMostDf = 1e9;

@@ -1,23 +1,37 @@
 #pragma once
 
 #include <stdexcept>
-#include <string>
 
 namespace kalmia::app {
 
-/// What the command's exit code says. A stop by Ctrl-C gives the shells' own code for it, 128 + SIGINT; for stops by
-/// other signals see ExitStatus.
-enum class ExitCode { Success = 0, BadData = 1, Usage = 2, Files = 3, Stopped = 130 };
-
-/// Ends the command: one line for standard error, and the exit code. Whoever throws it has left nothing half done.
+/// What ended the work, as one sentence for the person who asked for it. Whoever throws it has left nothing half done.
 class Failure : public std::runtime_error {
  public:
-  Failure(ExitCode code, const std::string& message) : std::runtime_error(message), code_(code) {}
+  using std::runtime_error::runtime_error;
+};
 
-  ExitCode Code() const { return code_; }
+/// The data, or what they lead to: a cell that is no number, a column without variance, a fit that cannot be computed.
+class BadData : public Failure {
+ public:
+  using Failure::Failure;
+};
 
- private:
-  ExitCode code_;
+/// What was asked for makes no sense, whatever the data.
+class BadRequest : public Failure {
+ public:
+  using Failure::Failure;
+};
+
+/// A file that cannot be read or written, or that is not what it should be.
+class BadFile : public Failure {
+ public:
+  using Failure::Failure;
+};
+
+/// The user wanted to stop.
+class Stopped : public Failure {
+ public:
+  using Failure::Failure;
 };
 
 }  // namespace kalmia::app

@@ -13,7 +13,7 @@ namespace {
 
 constexpr std::size_t kDigits = 32;  ///< of the checksum, in hexadecimals
 
-[[noreturn]] void Refuse(const std::string& message) { throw Failure(ExitCode::Files, message); }
+[[noreturn]] void Refuse(const std::string& message) { throw BadFile(message); }
 
 bool HasMagicOf(const FileKind& kind, std::string_view bytes) {
   return bytes.substr(0, kind.magic.size()) == kind.magic;

@@ -39,11 +39,11 @@ std::string Checksum(std::string_view bytes);
 /// The bytes of a file.
 std::string FramedBytes(const FileKind& kind, const std::string& content);
 
-/// Its content again, a part of `bytes`. Throws Failure (Files): another file, cut, damaged, or of a newer version;
+/// Its content again, a part of `bytes`. Throws BadFile: another file, cut, damaged, or of a newer version;
 /// `name` is how messages call the file.
 FramedContent ReadFrame(const FileKind& kind, std::string_view bytes, const std::string& name);
 
-/// Throws Failure (Files) for content that no writing has made.
+/// Throws BadFile for content that no writing has made.
 [[noreturn]] void RefuseParts(const std::string& name);
 
 }  // namespace kalmia::app

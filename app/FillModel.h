@@ -33,7 +33,7 @@ int MostFillComponents(const NCDataMatrix<float>& table);
 ///   v = SS(residuals) / max(1, (N - 1 - A) (K - A) - number of holes)
 /// for N rows and K columns: a component is shrunk by what noise of variance v contributes to it. Unshrunk, the filled
 /// cells make the noise that they have taken up look like structure in the next round. With A = 0 the cells become 0,
-/// the mean. `components` is A, cut to MostFillComponents. `progress` may be null. Throws Failure (Stopped) where
+/// the mean. `components` is A, cut to MostFillComponents. `progress` may be null. Throws Stopped where
 /// the bar wants to stop.
 /// Source: Josse & Husson (2012), Journal de la Societe Francaise de Statistique 153, 79-99, but for the degrees of
 /// freedom, from which the holes are taken here.

@@ -19,7 +19,7 @@ namespace {
 constexpr std::size_t kNamed = 10;  ///< a note names so many columns, and counts the others
 
 [[noreturn]] void Refuse(const CsvTable& table, const std::string& message) {
-  throw Failure(ExitCode::BadData, table.Name() + ": " + message);
+  throw BadData(table.Name() + ": " + message);
 }
 
 /// Works from the table to the outcome.

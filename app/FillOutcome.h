@@ -33,7 +33,7 @@ struct FillOutcome {
   std::optional<FillTrial> trial;
 };
 
-/// Fills the columns of numbers. Here as below `progress` may be null. Throws Failure (BadData): a column that does not
+/// Fills the columns of numbers. Here as below `progress` may be null. Throws BadData: a column that does not
 /// exist, a cell that is no number, no column of numbers; and as FillColumns.
 FillOutcome ComputeFill(const CsvTable& table, const FillRecipe& recipe, Notes* notes, NCProgress* progress);
 

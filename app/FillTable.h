@@ -30,7 +30,7 @@ struct FilledColumns {
 /// Fills the holes by PCA of the columns at unit variance (FillScaled) with so many components. Centre and scale are
 /// those of the present cells and stay. Every column has a present cell; present cells stay as they are. Without a hole
 /// no model is made.
-/// Throws Failure (BadData), naming the column, where a variance is out of range, (Stopped) where the bar, which may
+/// Throws BadData, naming the column, where a variance is out of range, Stopped where the bar, which may
 /// be null, wants to stop.
 FilledColumns FillColumns(const NumberColumns& columns, int components, NCProgress* progress = nullptr);
 

@@ -29,7 +29,7 @@ StoredFilter ReadFilter(const std::string& file) {
   StoredModel model = ReadModelFile(ReadInput(file), InputName(file));
   auto* filter = std::get_if<StoredFilter>(&model);
   if (filter == nullptr) {
-    throw Failure(ExitCode::BadData, InputName(file) + " holds no filter; kalmia predict takes models of other kinds");
+    throw BadData(InputName(file) + " holds no filter; kalmia predict takes models of other kinds");
   }
   return std::move(*filter);
 }

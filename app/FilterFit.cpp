@@ -45,7 +45,7 @@ FilterFit FitFilter(const NCDataMatrix<float>& x, const NCDataMatrix<float>& y, 
   } catch (const NCError& error) {
     fit.endedEarly = OneLine(static_cast<const char*>(error.GetMessage()));
     if (fit.components.empty()) {
-      throw Failure(ExitCode::BadData, "no component can be computed: " + fit.endedEarly);
+      throw BadData("no component can be computed: " + fit.endedEarly);
     }
   }
   return fit;

@@ -20,7 +20,7 @@ struct FilterFit {
 
 /// Takes components out of the scaled x that have nothing to do with the scaled y, as many as asked for if so many can
 /// be computed. No row of either is without a cell. `progress` may be null.
-/// Throws Failure (Stopped) where the bar wants to stop, (BadData) where not even one can be computed.
+/// Throws Stopped where the bar wants to stop, BadData where not even one can be computed.
 FilterFit FitFilter(const NCDataMatrix<float>& x, const NCDataMatrix<float>& y, int components,
                     NCProgress* progress = nullptr);
 

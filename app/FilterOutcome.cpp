@@ -98,8 +98,7 @@ FilteredTable ApplyFilter(const StoredFilter& filter, const CsvTable& table, Not
       }
       const float cell = InUnitsOfTheTable(filter, residuals[r][c], c);
       if (!std::isfinite(cell)) {
-        throw Failure(ExitCode::BadData, table.Name() + ": " + table.RowPlace(r - 1) +
-                                             ": its cells are too large for single precision");
+        throw BadData(table.Name() + ": " + table.RowPlace(r - 1) + ": its cells are too large for single precision");
       }
       filtered.cells(r, c, AvoidMissingValue(cell));
     }

@@ -34,7 +34,7 @@ FilterOutcome MakeFilter(const CsvTable& table, const FilterRecipe& recipe, Note
 
 /// Filters the rows of a table, whose columns are matched by name. The table that a filter was made of comes out as it
 /// does with the stored filter, to the bit. A missing cell stays missing.
-/// Throws Failure (BadData) as ReadNewRows, and where the numbers overflow.
+/// Throws BadData as ReadNewRows, and where the numbers overflow.
 FilteredTable ApplyFilter(const StoredFilter& filter, const CsvTable& table, Notes* notes, NCProgress* progress);
 
 /// The text of the table with the filtered cells in it, as WithNewCells writes it, with its note; a missing cell stays

@@ -52,8 +52,8 @@ double ProbabilityOf(const CountTable& table, const FisherOptions& options, cons
     return AsWritten(Sta::GetFisherExactProbability(n.data(), table.rows, table.columns, options.hybrid, Sta::TwoSided,
                                                     kNoLimit));
   } catch (const NCError& error) {
-    throw Failure(ExitCode::BadData, name + ": too large a table for the exact test: " + ReasonOf(error) +
-                                         " Here: merge rows or columns of small counts.");
+    throw BadData(name + ": too large a table for the exact test: " + ReasonOf(error) +
+                  " Here: merge rows or columns of small counts.");
   }
 }
 
@@ -79,9 +79,8 @@ std::string RunCommand(const FisherOptions& options, Notes* notes) {
   const bool isFourfold = IsFourfold(table);
   const Sta::SidedNess side = SideOf(options.alternative);
   if (!isFourfold && side != Sta::TwoSided) {
-    throw Failure(ExitCode::BadData, csv.Name() + ": --alternative " + options.alternative +
-                                         " goes with a table of 2 x 2, not of " + std::to_string(table.rows) + " x " +
-                                         std::to_string(table.columns));
+    throw BadData(csv.Name() + ": --alternative " + options.alternative + " goes with a table of 2 x 2, not of " +
+                  std::to_string(table.rows) + " x " + std::to_string(table.columns));
   }
   if (isFourfold && options.hybrid) notes->Add("--hybrid plays no part in a table of 2 x 2");
   const double probability = ProbabilityOf(table, options, csv.Name());

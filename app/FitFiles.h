@@ -34,7 +34,7 @@ void CheckFitPlaces(const FitOptions& options, const std::vector<std::string>& c
 std::optional<GivenSteps> ReadFitSteps(const FitOptions& options);
 
 /// Writes the stored model, the cross-validation and the CSV files that the options ask for, all of them or, with a
-/// Failure (Files), none. `progress` may be null.
+/// BadFile, none. `progress` may be null.
 FitFiles WriteFitFiles(const FitOptions& options, const std::function<std::string()>& modelBytes,
                        const std::function<std::vector<CsvFile>()>& csvFiles, NCProgress* progress,
                        const CrossValidationOutput& crossValidation = {});

@@ -25,10 +25,10 @@ template <class Fit>
 auto FitOrNameLeftOut(const ModelData& data, const Fit& fit) {
   try {
     return fit();
-  } catch (const Failure& failure) {
+  } catch (const BadData& failure) {
     const std::string leftOut = LeftOutText(data);
-    if (failure.Code() != ExitCode::BadData || leftOut.empty()) throw;
-    throw Failure(failure.Code(), std::string(failure.what()) + "; left out of X: " + leftOut);
+    if (leftOut.empty()) throw;
+    throw BadData(std::string(failure.what()) + "; left out of X: " + leftOut);
   }
 }
 

@@ -34,7 +34,7 @@ std::string ReasonToEnd(const FitRules& rules, int component, const std::string&
   if (component > 1) return reason;
   const std::string hint = " (or " + whose + " numbers are too small; try --scale uv)";
   const std::string text = reason + (rules.unitVariance ? "" : hint);
-  if (!rules.stopAtFirstFailure) throw Failure(ExitCode::BadData, "no component can be computed: " + text);
+  if (!rules.stopAtFirstFailure) throw BadData("no component can be computed: " + text);
   return text;
 }
 

@@ -29,7 +29,7 @@ struct FitRules {
 std::string ComponentText(int component);
 
 /// The reason why there is no component of that number, with a hint for the first one; `whose` numbers may be too
-/// small, "its" or "their". Throws Failure (BadData) where it is the first one and a number of components was asked
+/// small, "its" or "their". Throws BadData where it is the first one and a number of components was asked
 /// for.
 std::string ReasonToEnd(const FitRules& rules, int component, const std::string& reason, const std::string& whose);
 

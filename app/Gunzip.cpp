@@ -18,7 +18,7 @@ namespace {
 constexpr std::string_view kMagic = "\x1F\x8B";
 constexpr int kGzipWindow = 15 + 16;  ///< the largest window, and the gzip form alone
 
-[[noreturn]] void Refuse(const std::string& message) { throw Failure(ExitCode::BadData, message); }
+[[noreturn]] void Refuse(const std::string& message) { throw BadData(message); }
 
 /// Unpacks the members of a file.
 class Unpacker {
@@ -95,7 +95,7 @@ TextBuffer Gunzip(std::string_view bytes, const std::string& name, NCProgress* p
   Unpacker unpacker(bytes, name, memoryLeft);
   while (unpacker.Step()) {
     if (progress == nullptr || progress->SetValue(static_cast<float>(unpacker.Share()))) continue;
-    throw Failure(ExitCode::Stopped, "stopped");
+    throw Stopped("stopped");
   }
   return unpacker.Text();
 }

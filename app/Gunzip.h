@@ -24,8 +24,8 @@ using MemoryLeft = std::function<std::uint64_t()>;
 /// What a gzip file of one or several members holds; zeros behind the last one are passed over. Takes memory for what
 /// comes out alone, piece by piece, and never more than is left. `progress` (may be null) moves from 0 to 1 with the
 /// bytes that have gone in. `name` is how messages call the file.
-/// Throws Failure (BadData) where the file is damaged, ends early, has anything but zeros behind its end or holds more
-/// than there is memory for, (Stopped) on a stop of the progress.
+/// Throws BadData where the file is damaged, ends early, has anything but zeros behind its end or holds more
+/// than there is memory for, Stopped on a stop of the progress.
 TextBuffer Gunzip(std::string_view bytes, const std::string& name, NCProgress* progress,
                   const MemoryLeft& memoryLeft = AvailableMemory);
 

@@ -73,8 +73,7 @@ Histogram HistogramOf(const CsvTable& table, const HistogramOptions& options, No
   FrequencyHistogram().CreateHistogram(data, histogram.bins);
   histogram.width = WidthOf(data, histogram.bins.centres);
   if (!HasEdges(histogram)) {
-    throw Failure(ExitCode::BadData,
-                  table.Name() + ": the column " + Quoted(options.column) + " has values too large for a histogram");
+    throw BadData(table.Name() + ": the column " + Quoted(options.column) + " has values too large for a histogram");
   }
   return histogram;
 }

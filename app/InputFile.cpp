@@ -27,7 +27,7 @@ constexpr std::size_t kWorthSharing = 4 * kPiece;
 constexpr int kLongestWait = 50;  ///< milliseconds between two looks for Ctrl-C, which may come just before a wait
 
 [[noreturn]] void FailToRead(const std::string& name, int error) {
-  throw Failure(ExitCode::Files, "cannot read " + InputName(name) + ": " + std::generic_category().message(error));
+  throw BadFile("cannot read " + InputName(name) + ": " + std::generic_category().message(error));
 }
 
 /// A file opened for reading that closes itself; standard input is left open.
@@ -94,7 +94,7 @@ class OpenedFile {
 
 void Show(double share, NCProgress* progress) {
   if (progress == nullptr) return;
-  if (!progress->SetValue(static_cast<float>(share))) throw Failure(ExitCode::Stopped, "stopped");
+  if (!progress->SetValue(static_cast<float>(share))) throw Stopped("stopped");
 }
 
 /// Reads until the end comes.

@@ -10,7 +10,7 @@ namespace kalmia::app {
 /// The whole content of a file, or of standard input where the name is "-". Large files are read by all threads. Stops
 /// on Ctrl-C, also while it waits for somebody to write into a pipe. `progress` (may be null) moves from 0 to 1 where
 /// the file tells its size.
-/// Throws Failure (Files) when it cannot be read, (Stopped) on Ctrl-C or a stop of the progress.
+/// Throws BadFile when it cannot be read, Stopped on Ctrl-C or a stop of the progress.
 TextBuffer ReadText(const std::string& name, NCProgress* progress = nullptr);
 
 /// The same as a string, for files that are small.

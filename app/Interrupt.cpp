@@ -145,7 +145,7 @@ int ExitStatus(ExitCode code) {
 }
 
 void StopIfInterrupted() {
-  if (Interrupted()) throw Failure(ExitCode::Stopped, "stopped");
+  if (Interrupted()) throw Stopped("stopped");
 }
 
 }  // namespace kalmia::app

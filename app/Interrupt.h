@@ -1,6 +1,6 @@
 #pragma once
 
-#include "app/Failure.h"
+#include "app/ExitCode.h"
 
 namespace kalmia::app {
 
@@ -37,7 +37,7 @@ class DeadlineHold {
 /// Whether Ctrl-C was pressed, or one of the others came.
 bool Interrupted();
 
-/// Throws Failure (Stopped) if so.
+/// Throws Stopped if so.
 void StopIfInterrupted();
 
 /// What the process returns: the code, or for a stop the shells' own number, 128 + that of the signal.

@@ -11,7 +11,7 @@ namespace kalmia::app {
 NCDataVector<float> ReadMeasurements(const CsvTable& table, const std::string& column, Notes* notes) {
   const int place = RequireColumn(table, column);
   const auto refuse = [&](const std::string& what) {
-    throw Failure(ExitCode::BadData, table.Name() + ": the column " + Quoted(column) + " " + what);
+    throw BadData(table.Name() + ": the column " + Quoted(column) + " " + what);
   };
   const ColumnKind kind = KindOfColumn(table, place);
   if (kind == ColumnKind::Texts) refuse("holds text, not numbers");

@@ -20,7 +20,7 @@ constexpr std::size_t kRowsNamed = 10;  ///< a note names so many rows, and coun
 constexpr int kMostAutomaticComponents = 15;
 
 [[noreturn]] void Refuse(const CsvTable& table, const std::string& message) {
-  throw Failure(ExitCode::BadData, table.Name() + ": " + message);
+  throw BadData(table.Name() + ": " + message);
 }
 
 /// "KIND: a, b"; empty without names. A failure names so many columns, and counts the others.

@@ -35,7 +35,7 @@ struct ModelData {
 /// Selects X, Y, names and groups from the table as the recipe says; `y` names the columns of Y, none for a model
 /// of X alone. Columns without numbers, constant and empty X columns, and rows without any X cell are left out, each
 /// kind with one note. With steps, constant and empty columns take part in them, and those that come out as such are
-/// left out. `progress`, which may be null, shows the steps. Throws Failure (BadData): a column that is not there; a Y
+/// left out. `progress`, which may be null, shows the steps. Throws BadData: a column that is not there; a Y
 /// of text, without values or without variance; no X column or no X cell left; X that the steps cannot take; a row
 /// without a group, fewer than two groups; a cell that is no number.
 ModelData SelectData(const CsvTable& table, const FitRecipe& recipe, const std::vector<std::string>& y, Notes* notes,

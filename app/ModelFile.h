@@ -15,7 +15,7 @@ std::string ModelFileBytes(const StoredO2PLS& model);
 std::string ModelFileBytes(const StoredFilter& model);
 std::string ModelFileBytes(const StoredModel& model);
 
-/// Reads them back. Throws Failure (Files): no model, cut, damaged, or of a newer version; `name` is how messages call
+/// Reads them back. Throws BadFile: no model, cut, damaged, or of a newer version; `name` is how messages call
 /// the file.
 StoredModel ReadModelFile(std::string_view bytes, const std::string& name);
 

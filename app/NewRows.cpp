@@ -21,7 +21,7 @@ struct SourceColumn {
 };
 
 [[noreturn]] void Refuse(const CsvTable& table, const std::string& message) {
-  throw Failure(ExitCode::BadData, table.Name() + ": " + message);
+  throw BadData(table.Name() + ": " + message);
 }
 
 int IdColumn(const ModelFrame& model, const CsvTable& table, const std::string& id) {

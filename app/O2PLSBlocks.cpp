@@ -19,7 +19,7 @@ namespace {
 constexpr std::size_t kNamed = 10;  ///< a note names so many rows or columns, and counts the others
 
 [[noreturn]] void Refuse(const CsvTable& table, const std::string& message) {
-  throw Failure(ExitCode::BadData, table.Name() + ": " + message);
+  throw BadData(table.Name() + ": " + message);
 }
 
 /// Rows of both tables, from 0, that belong together.
@@ -58,9 +58,8 @@ class Selection {
     ReadBlock(yTable_, recipe_.y, rows_.y, "Y", &pair_.y);
     if (recipe_.fill) LeaveOutEmptyRows();
     if (rows_.x.size() < 2) {
-      throw Failure(ExitCode::BadData, xTable_.Name() + " and " + yTable_.Name() + " have only " +
-                                           Counted(rows_.x.size(), "row") +
-                                           " with cells in both: a model takes two or more");
+      throw BadData(xTable_.Name() + " and " + yTable_.Name() + " have only " + Counted(rows_.x.size(), "row") +
+                    " with cells in both: a model takes two or more");
     }
     LeaveOutColumns(xTable_, "X", &pair_.x);
     LeaveOutColumns(yTable_, "Y", &pair_.y);
@@ -115,8 +114,8 @@ class Selection {
       if (!taken[static_cast<std::size_t>(row)]) pair_.onlyInY.push_back(yTable_.Cell(row, yId_));
     }
     if (rows_.x.empty()) {
-      throw Failure(ExitCode::BadData, xTable_.Name() + " and " + yTable_.Name() + " have no id of column " +
-                                           Quoted(recipe_.id) + " in common");
+      throw BadData(xTable_.Name() + " and " + yTable_.Name() + " have no id of column " + Quoted(recipe_.id) +
+                    " in common");
     }
     NoteRows("rows of " + xTable_.Name() + " that " + yTable_.Name() + " lacks", pair_.onlyInX);
     NoteRows("rows of " + yTable_.Name() + " that " + xTable_.Name() + " lacks", pair_.onlyInY);
@@ -229,9 +228,9 @@ class Selection {
   void RefuseSharedColumns() const {
     const std::string shared = SharedColumnsText(pair_.x, pair_.y);
     if (shared.empty()) return;
-    throw Failure(ExitCode::BadData, xTable_.Name() + " and " + yTable_.Name() +
-                                         ": the same column is in both blocks, which would predict it from itself: " +
-                                         shared + "; choose other columns by --x and --y, or name the rows by --id");
+    throw BadData(xTable_.Name() + " and " + yTable_.Name() +
+                  ": the same column is in both blocks, which would predict it from itself: " + shared +
+                  "; choose other columns by --x and --y, or name the rows by --id");
   }
 
   void RefuseHoles() const {

@@ -21,7 +21,7 @@ constexpr double kNone = std::numeric_limits<double>::quiet_NaN();
 constexpr int kXSide = 1;  ///< bits of NCO2PLSDimensionalityException::Type
 constexpr int kYSide = 2;
 
-[[noreturn]] void Refuse(const std::string& message) { throw Failure(ExitCode::BadData, message); }
+[[noreturn]] void Refuse(const std::string& message) { throw BadData(message); }
 
 /// The text of an error as a part of one line.
 std::string TextOf(const NCError& error) {

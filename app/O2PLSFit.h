@@ -33,7 +33,7 @@ struct O2PLSFit {
 /// are cut, with a note, where the whole blocks have fewer dimensions that are unrelated to the other block, or a round
 /// has fewer at all; given ones are not judged there. `progress`, which may be null, shows
 /// the stages.
-/// Throws Failure (Stopped) where the bar wants to stop, (BadData) for numbers that the blocks cannot carry, or where
+/// Throws Stopped where the bar wants to stop, BadData for numbers that the blocks cannot carry, or where
 /// nothing can be computed.
 O2PLSFit FitO2PLS(const O2PLSTask& task, Notes* notes, NCProgress* progress = nullptr);
 

@@ -38,8 +38,7 @@ void FillHoles(O2PLSTask* task, O2PLSOutcome* outcome, Notes* notes, NCProgress*
   try {
     PLSMissingValueEstimator(task->x, task->y, /*both=*/true, work.SilentBar());
   } catch (const NCError& error) {
-    throw Failure(ExitCode::BadData, "the missing cells cannot be estimated: " +
-                                         OneLine(static_cast<const char*>(error.GetMessage())));
+    throw BadData("the missing cells cannot be estimated: " + OneLine(static_cast<const char*>(error.GetMessage())));
   }
   for (const auto& [block, cells] : {std::make_pair("X", outcome->filledX), std::make_pair("Y", outcome->filledY)}) {
     if (cells == 0) continue;

@@ -28,7 +28,7 @@ struct O2PLSOutcome {
 };
 
 /// Fits the model that the recipe asks for and judges it. Adds notes about what was left out or filled. `progress` may
-/// be null. Throws Failure as SelectBlocks and FitO2PLS do, and (BadData) where missing cells cannot be estimated.
+/// be null. Throws Failure as SelectBlocks and FitO2PLS do, and BadData where missing cells cannot be estimated.
 O2PLSOutcome ComputeO2PLS(const CsvTable& xTable, const CsvTable& yTable, const O2PLSRecipe& recipe, Notes* notes,
                           NCProgress* progress);
 

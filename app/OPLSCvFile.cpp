@@ -48,7 +48,7 @@ std::string DifferenceOf(const std::vector<std::string>& stored, const std::vect
 }
 
 [[noreturn]] void RefuseBecause(const StoredOPLSCv& stored, const std::string& reason) {
-  throw Failure(ExitCode::BadData, stored.name + " " + reason);
+  throw BadData(stored.name + " " + reason);
 }
 
 void WriteSteps(const std::vector<OPLSCvStep>& steps, std::ostream& stream) {

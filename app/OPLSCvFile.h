@@ -45,14 +45,14 @@ struct StoredOPLSCv {
 /// Fills all but name and state.
 void DescribeTable(const ModelData& data, NCScale::Scaling scaling, StoredOPLSCv* stored);
 
-/// Throws Failure (BadData) where the cross-validation was made of another table, after other steps, with other groups
+/// Throws BadData where the cross-validation was made of another table, after other steps, with other groups
 /// or other scaling.
 void RequireSameTable(const StoredOPLSCv& stored, const ModelData& data, NCScale::Scaling scaling);
 
 /// The bytes of the file: magic, version, length, checksum, content. docs/command/info.md describes them.
 std::string OPLSCvFileBytes(const StoredOPLSCv& stored);
 
-/// Reads them back. Throws Failure (Files): no cross-validation, cut, damaged, or of a newer version; `name` is how
+/// Reads them back. Throws BadFile: no cross-validation, cut, damaged, or of a newer version; `name` is how
 /// messages call the file. The matrices that the rounds go on from are checked only when they do.
 StoredOPLSCv ReadOPLSCvFile(std::string_view bytes, const std::string& name);
 

@@ -45,7 +45,7 @@ class Extraction {
       if (task_.resumed == nullptr) StartValidation();
     } catch (const NCError& error) {
       progress_.Ask();
-      throw Failure(ExitCode::BadData, "no component can be computed: " + TextOf(error));
+      throw BadData("no component can be computed: " + TextOf(error));
     }
     if (task_.resumed != nullptr) ResumeValidation();
     q2Cum_ = fit_.validation.steps.front().q2Cum;
@@ -65,10 +65,9 @@ class Extraction {
   void ResumeValidation() {
     fit_.validation = task_.resumed->state;
     if (fit_.validation.predictive != model_.SizeComponents()) {
-      throw Failure(ExitCode::BadData,
-                    task_.resumed->name + " was made with " +
-                        Counted(static_cast<std::size_t>(fit_.validation.predictive), "predictive component") +
-                        ", not " + std::to_string(model_.SizeComponents()));
+      throw BadData(task_.resumed->name + " was made with " +
+                    Counted(static_cast<std::size_t>(fit_.validation.predictive), "predictive component") + ", not " +
+                    std::to_string(model_.SizeComponents()));
     }
     NCIntegralVector<int, -99> groups = task_.groups;
     try {

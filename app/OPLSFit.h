@@ -44,8 +44,8 @@ struct OPLSFit {
 
 /// Computes the predictive block, which is always kept, and orthogonal components one by one, and cross-validates each
 /// step. What `resumed` has judged already is taken from there, with the same result. `progress` may be null.
-/// Throws Failure (Stopped) where the bar wants to stop, (BadData) where not even the block can be computed or where
-/// that of `resumed` has another size, (Files) where the parts of `resumed` do not fit together.
+/// Throws Stopped where the bar wants to stop, BadData where not even the block can be computed or where
+/// that of `resumed` has another size, BadFile where the parts of `resumed` do not fit together.
 OPLSFit FitOPLS(const OPLSTask& task, NCProgress* progress = nullptr);
 
 }  // namespace kalmia::app

@@ -29,10 +29,9 @@ void RequireInEachRound(const ModelData& data, const NCDataMatrix<float>& table,
         any = true;
       }
       if (any && (varies || !variance)) continue;
-      throw Failure(ExitCode::BadData, "cross-validation round " + std::to_string(group + 1) +
-                                           ": without the rows of its group the " + kind + " column " +
-                                           Quoted(names[static_cast<std::size_t>(c - 1)]) + " has no " +
-                                           (any ? "variance" : "value"));
+      throw BadData("cross-validation round " + std::to_string(group + 1) + ": without the rows of its group the " +
+                    kind + " column " + Quoted(names[static_cast<std::size_t>(c - 1)]) + " has no " +
+                    (any ? "variance" : "value"));
     }
 }
 

@@ -30,7 +30,7 @@ struct OPLSOutcome {
 
 /// Fits the model that the recipe asks for and judges it, from `resumed` on unless that is null. Adds notes about what
 /// was cut. `progress` may be null.
-/// Throws Failure as SelectData and FitOPLS do, and (BadData) where `resumed` was made of another table or with other
+/// Throws Failure as SelectData and FitOPLS do, and BadData where `resumed` was made of another table or with other
 /// groups or scaling, or where without the rows of a group a Y column has no value or no variance, or an X column no
 /// value.
 OPLSOutcome ComputeOPLS(const CsvTable& table, const OPLSRecipe& recipe, const StoredOPLSCv* resumed, Notes* notes,

@@ -84,7 +84,7 @@ class Program {
     } catch (const CLI::ParseError& way) {
       if (way.get_exit_code() == 0) return AnswerOf(way);
       TakeValues();  // says it better, if it is something that the checks there know
-      throw Failure(ExitCode::Usage, OneLine(FirstLine(way.what())) + "; see kalmia --help");
+      throw BadRequest(OneLine(FirstLine(way.what())) + "; see kalmia --help");
     }
     return TakeValues();
   }
@@ -109,7 +109,7 @@ class Program {
       subcommand.options->TakeValues();
       return subcommand.read();
     }
-    throw Failure(ExitCode::Usage, "kalmia needs one of the commands " + CommandNames() + "; see kalmia --help");
+    throw BadRequest("kalmia needs one of the commands " + CommandNames() + "; see kalmia --help");
   }
 
   std::string CommandNames() const {
@@ -127,10 +127,9 @@ class Program {
     for (const char* option : {"--help", "-h", "--version"}) {
       if (word == option) return;
     }
-    throw Failure(ExitCode::Usage,
-                  std::string(word.rfind('-', 0) == 0 ? "there is no option " : "there is no command ") + Quoted(word) +
-                      "; kalmia takes one of the commands " + CommandNames() +
-                      ", or --help, or --version; see kalmia --help");
+    throw BadRequest(std::string(word.rfind('-', 0) == 0 ? "there is no option " : "there is no command ") +
+                     Quoted(word) + "; kalmia takes one of the commands " + CommandNames() +
+                     ", or --help, or --version; see kalmia --help");
   }
 
   /// What a way out of the parser that is no error prints: help or version.

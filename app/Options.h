@@ -31,7 +31,7 @@ using Command = std::variant<PLSOptions, PCAOptions, OPLSOptions, O2PLSOptions, 
                              FilterOptions, PreprocessOptions, InfoOptions, DescribeOptions, ClusterOptions,
                              ChartOptions, HistogramOptions, FisherOptions, QuantileOptions, SpectrumOptions, Answer>;
 
-/// Reads the command line. Throws Failure (Usage) with one line for anything that makes no sense.
+/// Reads the command line. Throws BadRequest with one line for anything that makes no sense.
 Command ParseCommandLine(int argc, const char* const* argv);
 
 }  // namespace kalmia::app

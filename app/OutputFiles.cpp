@@ -26,7 +26,7 @@ constexpr std::size_t kWrittenAtOnce = std::size_t{1} << 24U;
 constexpr int kMostLinks = 40;  ///< as many as the system follows
 
 [[noreturn]] void FailToWrite(const std::string& name, int error) {
-  throw Failure(ExitCode::Files, "cannot write " + OneLine(name) + ": " + std::generic_category().message(error));
+  throw BadFile("cannot write " + OneLine(name) + ": " + std::generic_category().message(error));
 }
 
 /// Writes all bytes; the error number, or 0. A signal does not end it: what is begun is finished or removed.
@@ -151,8 +151,8 @@ void OutputFiles::MakeFolder(const std::string& path) {
   const int error = errno;
   std::error_code ignored;
   if (error != EEXIST || !fs::is_directory(path, ignored)) {
-    throw Failure(ExitCode::Files, "cannot make the folder " + OneLine(path) + ": " +
-                                       std::generic_category().message(error == EEXIST ? ENOTDIR : error));
+    throw BadFile("cannot make the folder " + OneLine(path) + ": " +
+                  std::generic_category().message(error == EEXIST ? ENOTDIR : error));
   }
 }
 

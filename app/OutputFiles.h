@@ -12,7 +12,7 @@ namespace kalmia::app {
 /// and brought to the disk; Commit() then moves them all. Files that they replace stay at hand until the last move, and
 /// come back where one fails. No signal ends the process between the first move and the last. What was not committed
 /// vanishes with the object.
-/// Every operation throws Failure (Files) that names the file.
+/// Every operation throws BadFile that names the file.
 class OutputFiles {
  public:
   OutputFiles() = default;
@@ -26,7 +26,7 @@ class OutputFiles {
   /// replaced; a link is followed, to a file that is not there yet too. A device or a pipe is written to as it is, when
   /// the files are committed, before any of them moves: what it refuses keeps them from appearing.
   void Stage(const std::string& path, std::string_view bytes);
-  /// Also throws Failure (Stopped) after a signal, with no file moved.
+  /// Also throws Stopped after a signal, with no file moved.
   void Commit();
 
  private:
@@ -56,7 +56,7 @@ class OutputFiles {
 /// link.
 std::string BehindLinks(const std::string& path);
 
-/// Writes to standard output, all of it. Throws Failure (Files) where that is impossible, as on a full disk.
+/// Writes to standard output, all of it. Throws BadFile where that is impossible, as on a full disk.
 void WriteStandardOutput(std::string_view text);
 
 }  // namespace kalmia::app

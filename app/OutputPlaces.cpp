@@ -39,8 +39,8 @@ bool AreSame(const std::string& a, const std::string& b) {
 /// "-" is the folder itself, or the file where there is no such folder.
 void RefuseStandardOutput(const FilePlace& output) {
   if ((output.folder.empty() ? output.path : output.folder) != "-") return;
-  throw Failure(ExitCode::Usage, output.what + " takes a " + (output.folder.empty() ? "file" : "folder") +
-                                     ", not '-': standard output shows the results");
+  throw BadRequest(output.what + " takes a " + (output.folder.empty() ? "file" : "folder") +
+                   ", not '-': standard output shows the results");
 }
 
 /// True if what the process prints to this descriptor goes to a file of that name.
@@ -55,22 +55,21 @@ void RefuseWhatIsPrinted(const FilePlace& output) {
   for (const auto& [descriptor, name] :
        {std::pair{STDOUT_FILENO, "standard output"}, {STDERR_FILENO, "standard error"}}) {
     if (!GoesTo(descriptor, output.path)) continue;
-    throw Failure(ExitCode::Usage,
-                  output.what + " would overwrite " + OneLine(output.path) + ", which is where " + name + " goes");
+    throw BadRequest(output.what + " would overwrite " + OneLine(output.path) + ", which is where " + name + " goes");
   }
 }
 
 void RefuseFolderAsFile(const FilePlace& file, const FilePlace& inFolder) {
   if (inFolder.folder.empty() || !HaveOnePlace(file.path, inFolder.folder)) return;
-  throw Failure(ExitCode::Usage, file.what + " would write the file " + OneLine(file.path) +
-                                     ", which is the folder of " + inFolder.what);
+  throw BadRequest(file.what + " would write the file " + OneLine(file.path) + ", which is the folder of " +
+                   inFolder.what);
 }
 
 void RefuseTwice(const FilePlace& one, const FilePlace& other) {
   RefuseFolderAsFile(one, other);
   RefuseFolderAsFile(other, one);
   if (!AreSame(other.path, one.path)) return;
-  throw Failure(ExitCode::Usage, one.what + " and " + other.what + " would both write " + OneLine(other.path));
+  throw BadRequest(one.what + " and " + other.what + " would both write " + OneLine(other.path));
 }
 
 }  // namespace
@@ -85,7 +84,7 @@ void RefuseToOverwrite(const std::vector<FilePlace>& inputs, const std::vector<F
     RefuseStandardOutput(outputs[i]);
     for (const FilePlace& input : inputs) {
       if (input.path == "-" || !AreSame(outputs[i].path, input.path)) continue;
-      throw Failure(ExitCode::Usage, outputs[i].what + " would overwrite " + input.what + " " + OneLine(input.path));
+      throw BadRequest(outputs[i].what + " would overwrite " + input.what + " " + OneLine(input.path));
     }
     for (std::size_t j = 0; j < i; ++j) RefuseTwice(outputs[j], outputs[i]);
     RefuseWhatIsPrinted(outputs[i]);

@@ -15,7 +15,7 @@ struct FilePlace {
 /// What every command does with its places before any work: RefuseToOverwrite, then TryOutputs.
 void CheckPlaces(const std::vector<FilePlace>& inputs, const std::vector<FilePlace>& outputs);
 
-/// Throws Failure (Usage) if a file to be written is one that is read, or is the same as another one to be written, as
+/// Throws BadRequest if a file to be written is one that is read, or is the same as another one to be written, as
 /// a folder of others, or as the file that standard output or standard error goes to, under whatever name. Standard
 /// input,
 /// "-", is no file; "-" as an output, or as the folder of --csv, is refused, for it would be taken for standard output
@@ -25,7 +25,7 @@ void RefuseToOverwrite(const std::vector<FilePlace>& inputs, const std::vector<F
 /// Tries whether the files can be written, as the results will be, and takes back whatever that leaves: the work may
 /// take hours, and its results would be lost. Existing files stay as they are. A disk may still become full meanwhile,
 /// and devices and pipes are not written to.
-/// Throws Failure (Files) that names the file or the folder.
+/// Throws BadFile that names the file or the folder.
 void TryOutputs(const std::vector<FilePlace>& outputs);
 
 /// "Wrote ...", a line for each after an empty line; empty where there are none.

@@ -36,7 +36,7 @@ struct PCAFit {
 
 /// Extracts components one by one and cross-validates each; `progress` may be null. With `stopAtFirstFailure` it
 /// also stops where the rule on what is left of X says so.
-/// Throws Failure (Stopped) where the bar wants to stop, (BadData) where components were asked for and not even one can
+/// Throws Stopped where the bar wants to stop, BadData where components were asked for and not even one can
 /// be computed.
 PCAFit FitPCA(const PCATask& task, NCProgress* progress = nullptr);
 

@@ -16,9 +16,8 @@ namespace {
 void RequireTwoColumns(const CsvTable& table, const ModelData& data) {
   if (data.xNames.size() > 1) return;
   const std::string leftOut = LeftOutText(data);
-  throw Failure(ExitCode::BadData, table.Name() + ": there is only one column for X, " + Quoted(data.xNames.front()) +
-                                       ": principal components take two or more" +
-                                       (leftOut.empty() ? "" : "; left out of X: " + leftOut));
+  throw BadData(table.Name() + ": there is only one column for X, " + Quoted(data.xNames.front()) +
+                ": principal components take two or more" + (leftOut.empty() ? "" : "; left out of X: " + leftOut));
 }
 
 /// Cross-validation leaves groups of columns out too, as many as there are groups of rows.

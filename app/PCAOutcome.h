@@ -27,7 +27,7 @@ struct PCAOutcome {
 };
 
 /// Fits the model that the recipe asks for and judges it. Adds notes about what was cut. `progress` may be null.
-/// Throws Failure as SelectData and FitPCA do, and (BadData) where there is one column only.
+/// Throws Failure as SelectData and FitPCA do, and BadData where there is one column only.
 PCAOutcome ComputePCA(const CsvTable& table, const PCARecipe& recipe, Notes* notes, NCProgress* progress);
 
 }  // namespace kalmia::app

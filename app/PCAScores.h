@@ -16,7 +16,7 @@ struct RowScores : RowFit {
 
 /// The scores of the rows of a table that has the model's columns in the model's order, in the units of the file, and
 /// -99 for what is missing. The same rows give the same bits, alone or among others. `progress` may be
-/// null. Throws Failure (Stopped) where the bar wants to stop.
+/// null. Throws Stopped where the bar wants to stop.
 std::vector<RowScores> ScoreRows(const StoredPCA& model, NCDataMatrix<float> x, NCProgress* progress = nullptr);
 
 }  // namespace kalmia::app

@@ -34,7 +34,7 @@ struct PLSFit {
 
 /// Extracts components one by one and cross-validates each. `progress` may be null.
 /// R2 is 1 - SS(residuals) / SS(table), both over the cells that the model describes.
-/// Throws Failure (Stopped) where the bar wants to stop, (BadData) where components were asked for and not even one can
+/// Throws Stopped where the bar wants to stop, BadData where components were asked for and not even one can
 /// be computed.
 PLSFit FitPLS(const FitTask& task, NCProgress* progress = nullptr);
 

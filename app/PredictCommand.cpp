@@ -24,7 +24,7 @@ constexpr auto kPredictionsFile = "predictions.csv";
 template <class Model>
 void Direct(Model* /*model*/, const PredictOptions& options) {
   if (options.from != "y") return;
-  throw Failure(ExitCode::Usage, InputName(options.model) + " predicts from X only: --from y takes an O2PLS model");
+  throw BadRequest(InputName(options.model) + " predicts from X only: --from y takes an O2PLS model");
 }
 
 void Direct(StoredO2PLS* model, const PredictOptions& options) {
@@ -60,8 +60,8 @@ std::string PredictWith(const Model& model, const PredictOptions& options, const
 
 std::string PredictWith(const StoredFilter& /*model*/, const PredictOptions& options, const CsvTable& /*table*/,
                         Notes* /*notes*/) {
-  throw Failure(ExitCode::BadData, InputName(options.model) + " holds a filter: kalmia filter TABLE --model " +
-                                       InputName(options.model) + " --out FILE applies it");
+  throw BadData(InputName(options.model) + " holds a filter: kalmia filter TABLE --model " + InputName(options.model) +
+                " --out FILE applies it");
 }
 
 }  // namespace

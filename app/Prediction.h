@@ -31,7 +31,7 @@ struct RowPrediction : RowFit {
 
 /// Predicts the rows of a table that has the model's X columns in the model's order, in the units of the file, and -99
 /// for what is missing. The same rows give the same bits, alone or among others, with a model just fitted or stored.
-/// `progress` may be null. Throws Failure (Stopped) where the bar wants to stop.
+/// `progress` may be null. Throws Stopped where the bar wants to stop.
 std::vector<RowPrediction> PredictRows(const StoredPLS& model, NCDataMatrix<float> x, NCProgress* progress = nullptr);
 std::vector<RowPrediction> PredictRows(const StoredOPLS& model, NCDataMatrix<float> x, NCProgress* progress = nullptr);
 std::vector<RowPrediction> PredictRows(const StoredO2PLS& model, NCDataMatrix<float> x, NCProgress* progress = nullptr);

@@ -35,7 +35,7 @@ void CheckFiles(const PreprocessOptions& options) {
 }
 
 [[noreturn]] void Refuse(const CsvTable& table, const std::string& message) {
-  throw Failure(ExitCode::BadData, table.Name() + ": " + message);
+  throw BadData(table.Name() + ": " + message);
 }
 
 /// For each column of the table whether it is among these.
@@ -159,11 +159,11 @@ std::string OutText(const CsvTable& table, int idColumn, const std::vector<int>&
 /// What --save has written is applied as it is, or backwards.
 void RequireThatTheChainAgrees(const PreprocessOptions& options, const GivenSteps& steps) {
   if (options.restore && !(steps.chain && EndsCompressed(*steps.chain))) {
-    throw Failure(ExitCode::Usage, "--restore takes saved steps that end with wavelet-compress, not " + steps.name);
+    throw BadRequest("--restore takes saved steps that end with wavelet-compress, not " + steps.name);
   }
   if (steps.chain && (!options.x.empty() || !options.exclude.empty() || !options.save.empty())) {
     const std::string reason = " holds saved steps and their columns: --x, --exclude and --save do not go with it";
-    throw Failure(ExitCode::Usage, steps.name + reason);
+    throw BadRequest(steps.name + reason);
   }
 }
 

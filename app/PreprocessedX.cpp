@@ -15,7 +15,7 @@ namespace kalmia::app {
 namespace {
 
 [[noreturn]] void Refuse(const CsvTable& table, const std::string& message) {
-  throw Failure(ExitCode::BadData, table.Name() + ": " + message);
+  throw BadData(table.Name() + ": " + message);
 }
 
 /// Of the columns those that the chain takes, in its order.

@@ -34,7 +34,7 @@ struct PreprocessedX {
 /// Applies a saved chain to the columns of the table that it takes, noting others, or lets steps learn of all. Rows are
 /// named by the column `idColumn`, -1 for none; `textColumns` are those of X that hold no numbers. `progress` may
 /// be null.
-/// Throws Failure (BadData): a column of the chain that is not there; what LearnChain throws; no cell left.
+/// Throws BadData: a column of the chain that is not there; what LearnChain throws; no cell left.
 PreprocessedX PreprocessX(const CsvTable& table, int idColumn, const GivenSteps& given,
                           const std::vector<NumberColumn>& x, const std::vector<std::string>& textColumns,
                           Notes* notes, NCProgress* progress);

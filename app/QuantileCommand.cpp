@@ -12,9 +12,7 @@ namespace {
 
 constexpr int kDigits = 10;
 
-[[noreturn]] void Refuse(const std::string& message) {
-  throw Failure(ExitCode::Usage, message + "; see kalmia quantile --help");
-}
+[[noreturn]] void Refuse(const std::string& message) { throw BadRequest(message + "; see kalmia quantile --help"); }
 
 /// A distribution that the command knows: whether it is that of a number of either sign, of which the size is judged,
 /// and its degrees of freedom.

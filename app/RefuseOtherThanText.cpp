@@ -67,7 +67,7 @@ std::string KindByZeros(std::string_view bytes, std::size_t zero) {
 }  // namespace
 
 void RefuseOtherThanText(std::string_view bytes, const std::string& name) {
-  const auto refuse = [&name](const std::string& what) { throw Failure(ExitCode::BadData, name + " is " + what); };
+  const auto refuse = [&name](const std::string& what) { throw BadData(name + " is " + what); };
   if (BeginsWith(bytes, "PK\x03\x04"sv)) refuse(KindOfArchive(bytes));
   for (const FileKind& kind : kKinds) {
     if (IsOfKind(bytes, kind)) refuse(std::string(kind.what) + kind.remedy);

@@ -49,8 +49,8 @@ void Fit(const std::vector<std::string>& names, NCScale* scale, NCDataMatrix<flo
     scale->ScaleMatrix(matrix, /*newModel=*/true);
   } catch (const NCScaleError& error) {
     const std::string& name = names[static_cast<std::size_t>(error.Column - 1)];
-    throw Failure(ExitCode::BadData, "column " + Quoted(name) +
-                                         " cannot be scaled: " + OneLine(static_cast<const char*>(error.GetMessage())));
+    throw BadData("column " + Quoted(name) +
+                  " cannot be scaled: " + OneLine(static_cast<const char*>(error.GetMessage())));
   }
 }
 

@@ -13,7 +13,7 @@ namespace kalmia::app {
 /// Fits a scaling of one type for all columns and applies it to the matrix in place.
 /// A column whose mean is the missing value -99 itself gets a centre a few float steps below, and a cell that centring
 /// turns into it takes part in the fit that far below: none is taken as "not centred" or as missing.
-/// Throws Failure (BadData), naming the column, if a column has too few values or its variance is out of range.
+/// Throws BadData, naming the column, if a column has too few values or its variance is out of range.
 std::unique_ptr<NCScale> ScaleColumns(NCScale::Scaling type, const std::vector<std::string>& names,
                                       NCDataMatrix<float>* matrix);
 

@@ -41,9 +41,8 @@ int PowerOfTwoUpTo(std::int64_t most) {
 
 void CheckSegment(int segment) {
   if (segment == 0 || PowerOfTwoUpTo(segment) == segment) return;
-  throw Failure(ExitCode::Usage, "spectrum: --segment takes a power of two, such as " +
-                                     std::to_string(PowerOfTwoUpTo(segment)) + ", not " + std::to_string(segment) +
-                                     "; see kalmia spectrum --help");
+  throw BadRequest("spectrum: --segment takes a power of two, such as " + std::to_string(PowerOfTwoUpTo(segment)) +
+                   ", not " + std::to_string(segment) + "; see kalmia spectrum --help");
 }
 
 struct Signal {
@@ -57,7 +56,7 @@ Signal ReadSignal(const CsvTable& table, const std::string& column, Notes* notes
   float smallest = 0.0F, largest = 0.0F;
   signal.cells.GetMinMax(smallest, largest);
   if (smallest == largest) {
-    throw Failure(ExitCode::BadData, signal.where + " does not vary: it has neither correlations nor a spectrum");
+    throw BadData(signal.where + " does not vary: it has neither correlations nor a spectrum");
   }
   const int missing = signal.cells.GetNumMisVal();
   if (missing > 0) {
@@ -71,8 +70,8 @@ int LagsFor(const SpectrumOptions& options, const Signal& signal) {
   const int rows = signal.cells.Size();
   if (options.lags < 0) return std::min(kMostLags, std::max(1, rows / 4));
   if (options.lags <= rows) return options.lags;
-  throw Failure(ExitCode::BadData, signal.where + " has " + std::to_string(rows) + " rows: --lags takes 0 to " +
-                                       std::to_string(rows) + ", not " + std::to_string(options.lags));
+  throw BadData(signal.where + " has " + std::to_string(rows) + " rows: --lags takes 0 to " + std::to_string(rows) +
+                ", not " + std::to_string(options.lags));
 }
 
 /// The library needs more than half a segment. A column that varies has two rows at least.
@@ -81,16 +80,16 @@ int SegmentFor(const SpectrumOptions& options, const Signal& signal) {
   if (options.segment == 0) return std::min(kLargestSegment, std::max(2, PowerOfTwoUpTo(rows / 2)));
   if (options.segment / 2 < rows) return options.segment;
   const int most = PowerOfTwoUpTo(2 * static_cast<std::int64_t>(rows) - 1);
-  throw Failure(ExitCode::BadData, signal.where + " has " + std::to_string(rows) +
-                                       " rows: --segment takes a power of two from 2 to " + std::to_string(most) +
-                                       ", not " + std::to_string(options.segment));
+  throw BadData(signal.where + " has " + std::to_string(rows) + " rows: --segment takes a power of two from 2 to " +
+                std::to_string(most) + ", not " + std::to_string(options.segment));
 }
 
 std::vector<double> Doubles(const NCDataVector<float>& cells) { return {cells.begin(), cells.end()}; }
 
 [[noreturn]] void RefusePower(const Signal& signal) {
-  throw Failure(ExitCode::BadData, signal.where + " has a power beyond single precision: its values are too large or "
-                                                  "too small, change their unit");
+  throw BadData(signal.where +
+                " has a power beyond single precision: its values are too large or "
+                "too small, change their unit");
 }
 
 /// Whether anything is left without what --detrend takes off. A straight line whose cells are rounded to floats is off

@@ -41,8 +41,8 @@ struct Signals {
 /// wavelets see them filled along straight lines, and wavelet-denoise leaves them missing. A row without a cell stays
 /// so.
 /// Notes columns without a cell, and where the spacing of a derivative is 1 for want of numbers in the names.
-/// `progress` may be null. Throws Failure (Stopped) where the bar wants to stop.
-/// Throws Failure (BadData) that names table, row, column and step: a cell that the step cannot take, or of which it
+/// `progress` may be null. Throws Stopped where the bar wants to stop.
+/// Throws BadData that names table, row, column and step: a cell that the step cannot take, or of which it
 /// makes no finite number; a row without variance for snv; a window wider than the signals; more coefficients to keep
 /// than there are.
 StepChain LearnChain(const std::vector<Step>& steps, Signals* signals, Notes* notes, NCProgress* progress = nullptr);

@@ -85,8 +85,7 @@ GivenSteps ReadSteps(const std::string& text, const std::string& path) {
   file.name = InputName(path);
   const std::string bytes = ReadInput(path);
   if (EndWithinMagic(bytes)) {
-    throw Failure(ExitCode::Files,
-                  file.name + " is not a steps file: it is cut after " + Counted(bytes.size(), "byte"));
+    throw BadFile(file.name + " is not a steps file: it is cut after " + Counted(bytes.size(), "byte"));
   }
   if (KindOfBytes(bytes) != nullptr) {  // no text: a chain, or a file to be refused by what it is
     file.chain = ReadStepChainFile(bytes, file.name);

@@ -19,14 +19,14 @@ struct GivenSteps {
 };
 
 /// Reads the steps in the text of --steps, or, where that is empty, those in the file of --steps-file, of either kind:
-/// the text of ParseSteps, or what --save has written. Throws Failure (Usage) for a text that makes no sense, (Files)
+/// the text of ParseSteps, or what --save has written. Throws BadRequest for a text that makes no sense, BadFile
 /// for a file that cannot be read or is damaged.
 GivenSteps ReadSteps(const std::string& text, const std::string& path);
 
 /// The bytes of a file that keeps a chain: docs/command/info.md describes them.
 std::string StepChainFileBytes(const StepChain& chain);
 
-/// The chain in the bytes of such a file. Throws Failure (Files) for damaged ones.
+/// The chain in the bytes of such a file. Throws BadFile for damaged ones.
 StepChain ReadStepChainFile(std::string_view bytes, const std::string& name);
 
 /// A chain as the content of a file, or of an entry of one; without steps it has no names either. Reading is false, and

@@ -35,7 +35,7 @@ std::string CellPlace(const Signals& signals, int row, int column) {
 }
 
 [[noreturn]] void Refuse(const Signals& signals, const std::string& place, const std::string& message) {
-  throw Failure(ExitCode::BadData, signals.table + ": " + place + ": " + message);
+  throw BadData(signals.table + ": " + place + ": " + message);
 }
 
 TransformE::Transform TransformOf(StepKind kind) {

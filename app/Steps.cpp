@@ -64,7 +64,7 @@ class StepReader {
 
   [[noreturn]] void Refuse(const std::string& reason) const {
     const std::string place = source_ + ": step " + std::to_string(number_) + ", " + Quoted(text_);
-    throw Failure(ExitCode::Usage, place + ": " + reason);
+    throw BadRequest(place + ": " + reason);
   }
 
   const std::string& source_;
@@ -88,8 +88,8 @@ void RequireOrder(const std::vector<Step>& steps, const std::string& source) {
   for (std::size_t i = 0; i < steps.size(); ++i) {
     const bool restores = steps[i].kind == StepKind::WaveletRestore;
     if (restores && !compressed) {
-      throw Failure(ExitCode::Usage, source + ": step " + std::to_string(i + 1) +
-                                         ", 'wavelet-restore': it has to stand right after a wavelet-compress");
+      throw BadRequest(source + ": step " + std::to_string(i + 1) +
+                       ", 'wavelet-restore': it has to stand right after a wavelet-compress");
     }
     compressed = steps[i].kind == StepKind::WaveletCompress;
   }
@@ -103,7 +103,7 @@ std::vector<Step> ParseSteps(const std::string& text, const std::string& source)
   for (const std::string& word : Words(WithoutComments(text), ',')) {
     if (!word.empty()) steps.push_back(reader.Read(word));
   }
-  if (steps.empty()) throw Failure(ExitCode::Usage, source + ": there is no step");
+  if (steps.empty()) throw BadRequest(source + ": there is no step");
   RequireOrder(steps, source);
   return steps;
 }

@@ -41,7 +41,7 @@ struct Step {
 
 /// Reads "log, snv, derivative:1:15:2": steps with commas between them, or each on a line of its own; behind a step its
 /// parameters, each after a colon; what is not said takes its default. Blank lines and what follows # are passed over.
-/// Throws Failure (Usage) that names the step and says what would be right; `source` is how it calls the text.
+/// Throws BadRequest that names the step and says what would be right; `source` is how it calls the text.
 std::vector<Step> ParseSteps(const std::string& text, const std::string& source);
 
 /// The step as ParseSteps reads it, with every parameter: "derivative:1:15:2".

@@ -14,7 +14,7 @@ namespace kalmia::app {
 namespace {
 
 [[noreturn]] void Refuse(const CsvTable& table, const std::string& message) {
-  throw Failure(ExitCode::BadData, table.Name() + ": " + message);
+  throw BadData(table.Name() + ": " + message);
 }
 
 [[noreturn]] void RefuseCell(const CsvTable& table, int row, int column) {

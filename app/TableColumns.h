@@ -19,7 +19,7 @@ std::string SeparatorHint(const CsvTable& table);
 
 /// The cells of a column as numbers, missing ones as the library's missing value. A cell measured as exactly that value
 /// becomes the next float below it, and is counted in `moved`.
-/// Throws Failure (BadData) with row, column and text of a cell that is neither a number nor missing, infinite or
+/// Throws BadData with row, column and text of a cell that is neither a number nor missing, infinite or
 /// beyond the largest float. Such cells are known as the strays of the column.
 std::vector<float> ReadNumbers(const CsvTable& table, int column, int* moved);
 
@@ -32,13 +32,13 @@ NCDataMatrix<float> MatrixOf(const std::vector<std::vector<float>>& columns, int
 /// Says in one line how many cells ReadNumbers moved, if any.
 void NoteMovedCells(int moved, Notes* notes);
 
-/// The column of that name. Throws Failure (BadData) if there is none, with the name that was probably meant.
+/// The column of that name. Throws BadData if there is none, with the name that was probably meant.
 int RequireColumn(const CsvTable& table, const std::string& name);
 
 /// The columns that the arguments of an option name, in their order: each argument names columns and ranges with commas
 /// between them. "FIRST..LAST" is a range in the order of the table, both included. Names may hold commas and dots: of
 /// what can be read in more than one way, the longest name or range from the left is taken, and a name before a range.
-/// Throws Failure (BadData) if a name is not in the table or a column comes twice, or if LAST stands before FIRST.
+/// Throws BadData if a name is not in the table or a column comes twice, or if LAST stands before FIRST.
 std::vector<int> RequireColumns(const CsvTable& table, const std::vector<std::string>& arguments);
 
 /// Those that the arguments of --exclude name, in the same way; a column that is named again changes nothing.

@@ -92,9 +92,7 @@ class ColumnReader {
     throw std::logic_error("a part of names that is there was not taken");
   }
 
-  [[noreturn]] void Refuse(const std::string& message) const {
-    throw Failure(ExitCode::BadData, table_.Name() + ": " + message);
-  }
+  [[noreturn]] void Refuse(const std::string& message) const { throw BadData(table_.Name() + ": " + message); }
 
   const CsvTable& table_;
   Repeats repeats_;

@@ -16,7 +16,7 @@ class WindowStep {
   /// What Derivate makes of the row, but for this: a cell is missing only where the cells of its window do not
   /// determine the polynomial, not where a slope or the result happens to be -99. Such a result is there, as the next
   /// float. The row is at least as long as the window: not checked. Asks `progress`, and so
-  /// throws Failure (Stopped), however long the row is.
+  /// throws Stopped, however long the row is.
   std::vector<float> Slid(const NCDataVector<float>& row, WorkProgress* progress) const;
 
  private:

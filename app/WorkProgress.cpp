@@ -9,7 +9,7 @@ namespace kalmia::app {
 
 namespace {
 
-[[noreturn]] void Stop() { throw Failure(ExitCode::Stopped, "stopped"); }
+[[noreturn]] void Stop() { throw Stopped("stopped"); }
 
 }  // namespace
 

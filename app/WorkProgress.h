@@ -10,7 +10,7 @@ namespace kalmia::app {
 /// How far a piece of work is, on the caller's bar, which may be null: then nothing is shown and nothing stops. The
 /// work is one named step after the other. Each has the bar from 0 to 1, and never goes back on it.
 ///
-/// Every call throws Failure (Stopped) once the caller's bar wants to stop, and so does every call of the bars that it
+/// Every call throws Stopped once the caller's bar wants to stop, and so does every call of the bars that it
 /// hands to the library: some calculations ask for no answer, or pass it over, and are left by the exception.
 class WorkProgress {
  public:

@@ -6,6 +6,7 @@
 
 #include "app/Commands.h"
 #include "app/DisplayText.h"
+#include "app/ExitCode.h"
 #include "app/Failure.h"
 #include "app/Interrupt.h"
 #include "app/Options.h"
@@ -29,12 +30,17 @@ void RunCommandLine(int argc, char** argv) {
   WriteStandardOutput(output);
 }
 
+struct Ending {
+  ExitCode code;
+  std::string message;
+};
+
 /// What the exception that is being handled says.
-Failure FailureOfException() {
+Ending EndingOfException() {
   try {
     throw;
   } catch (const Failure& failure) {
-    return failure;
+    return {ExitCodeOf(failure), failure.what()};
   } catch (const Exception& error) {
     return {ExitCode::BadData, OneLine(static_cast<const char*>(error.GetMessage()))};
   } catch (const std::bad_alloc&) {
@@ -53,8 +59,8 @@ int main(int argc, char** argv) {
   } catch (...) {
     CancelDeadline();
     // A run that was to stop has stopped, whatever came in between.
-    const Failure failure = Interrupted() ? Failure(ExitCode::Stopped, "stopped") : FailureOfException();
-    PrintError(failure.what());
-    return ExitStatus(failure.Code());
+    const Ending ending = Interrupted() ? Ending{ExitCode::Stopped, "stopped"} : EndingOfException();
+    PrintError(ending.message);
+    return ExitStatus(ending.code);
   }
 }

@@ -9,7 +9,7 @@
 
 #include "app/CsvRecords.h"
 #include "app/CsvTable.h"
-#include "app/Failure.h"
+#include "app/ExitCode.h"
 #include "app/ModelFile.h"
 #include "app/NewRows.h"
 #include "app/OPLSCvFile.h"
@@ -17,6 +17,7 @@
 #include "kalmia/support/MD5.h"
 
 using kalmia::app::ExitCode;
+using kalmia::app::ExitCodeOf;
 using kalmia::app::Failure;
 using kalmia::app::ModelFileBytes;
 using kalmia::app::OPLSCvFileBytes;
@@ -51,7 +52,7 @@ void Feed(const std::string& bytes, const Read& read, const Write& write, const 
   const std::string written = write(object);
   Require(write(read(written, "again")) == written);
 } catch (const Failure& failure) {
-  Require(failure.Code() == ExitCode::Files);
+  Require(ExitCodeOf(failure) == ExitCode::Files);
 }
 
 /// Two rows of the columns that the chain takes, the second with holes.
@@ -67,7 +68,7 @@ void FeedTable(const StepChain& chain) try {
           signals.names.size() == static_cast<std::size_t>(signals.cells.SizeColumns()));
   if (EndsCompressed(chain)) RestoreSignals(chain, &signals);
 } catch (const Failure& failure) {
-  Require(failure.Code() == ExitCode::BadData);
+  Require(ExitCodeOf(failure) == ExitCode::BadData);
 }
 
 /// A table with one column of X, the others missing.
@@ -78,7 +79,7 @@ void FeedNewRows(const kalmia::app::ModelFrame& model) try {
   const kalmia::app::NewRows rows = ReadNewRows(model, table, "", &notes);
   Require(rows.x.SizeRows() == 2 && static_cast<std::size_t>(rows.x.SizeColumns()) == model.xNames.size());
 } catch (const Failure& failure) {
-  Require(failure.Code() == ExitCode::BadData);
+  Require(ExitCodeOf(failure) == ExitCode::BadData);
 }
 
 void FeedAll(const std::string& bytes) {

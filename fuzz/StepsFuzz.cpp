@@ -9,12 +9,13 @@
 #include <vector>
 
 #include "app/ChannelSpacing.h"
-#include "app/Failure.h"
+#include "app/ExitCode.h"
 #include "app/StepChainFile.h"
 #include "app/Steps.h"
 #include "app/TextParts.h"
 
 using kalmia::app::ExitCode;
+using kalmia::app::ExitCodeOf;
 using kalmia::app::Failure;
 using kalmia::app::Signals;
 using kalmia::app::Step;
@@ -61,7 +62,7 @@ void FeedTable(const std::vector<Step>& steps) try {
     for (const float cell : row) Require(std::isfinite(cell));
   if (EndsCompressed(read)) RestoreSignals(read, &applied);
 } catch (const Failure& failure) {
-  Require(failure.Code() == ExitCode::BadData);
+  Require(ExitCodeOf(failure) == ExitCode::BadData);
 }
 
 void FeedSteps(const std::string& text) try {
@@ -71,7 +72,7 @@ void FeedSteps(const std::string& text) try {
   constexpr std::size_t kMostSteps = 20;  // each works through the table
   if (steps.size() <= kMostSteps) FeedTable(steps);
 } catch (const Failure& failure) {
-  Require(failure.Code() == ExitCode::Usage);
+  Require(ExitCodeOf(failure) == ExitCode::Usage);
 }
 
 void FeedNames(const std::string& text) {

@@ -9,7 +9,7 @@
 #include "app/CellNumber.h"
 #include "app/CsvRecords.h"
 #include "app/CsvTable.h"
-#include "app/Failure.h"
+#include "app/ExitCode.h"
 
 using kalmia::app::CsvTable;
 
@@ -56,6 +56,6 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   if (table.Columns() > 1) RequireTheSameFromItsText(table);
   return 0;
 } catch (const kalmia::app::Failure& failure) {
-  Require(failure.Code() == kalmia::app::ExitCode::BadData);
+  Require(ExitCodeOf(failure) == kalmia::app::ExitCode::BadData);
   return 0;
 }

@@ -8,7 +8,7 @@
 #include <thread>
 
 #include "app/ConsoleProgress.h"
-#include "app/Failure.h"
+#include "app/ExitCode.h"
 #include "app/Interrupt.h"
 #include "app/PLSFit.h"
 #include "app/WindowStep.h"
@@ -33,7 +33,7 @@ bool IsStopped(const Call& call) {
   try {
     call();
   } catch (const Failure& failure) {
-    return failure.Code() == ExitCode::Stopped;
+    return ExitCodeOf(failure) == ExitCode::Stopped;
   }
   return false;
 }

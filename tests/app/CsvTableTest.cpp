@@ -6,7 +6,7 @@
 
 #include "app/CsvRecords.h"
 #include "app/CsvTable.h"
-#include "app/Failure.h"
+#include "app/ExitCode.h"
 #include "testing/RecordingProgress.h"
 #include "testing/Threads.h"
 
@@ -27,7 +27,7 @@ std::string Refusal(const std::string& text) {
   try {
     const CsvTable table(text, "t.csv");
   } catch (const Failure& failure) {
-    EXPECT_EQ(failure.Code(), ExitCode::BadData);
+    EXPECT_EQ(ExitCodeOf(failure), ExitCode::BadData);
     return failure.what();
   }
   ADD_FAILURE() << "not refused: " << text;
@@ -245,7 +245,7 @@ TEST(CsvTable, RefusesASeparatorThatBeginsComments) {
     const CsvTable table("sep=|\na|b\n1|2\n", "t.csv", Skipping(0, "|"));
     ADD_FAILURE() << "rows would be left out";
   } catch (const Failure& failure) {
-    EXPECT_EQ(failure.Code(), ExitCode::BadData);
+    EXPECT_EQ(ExitCodeOf(failure), ExitCode::BadData);
     EXPECT_STREQ(failure.what(),
                  "t.csv: line 1 says that '|' separates the columns, and --comment that it begins comments");
   }
@@ -331,7 +331,7 @@ TEST(CsvTable, TellsItsShareAndStopsAtEveryQuestion) {
       read(&log);
       ADD_FAILURE() << "goes on behind question " << stopAt;
     } catch (const Failure& failure) {
-      EXPECT_EQ(failure.Code(), ExitCode::Stopped);
+      EXPECT_EQ(ExitCodeOf(failure), ExitCode::Stopped);
     }
     EXPECT_EQ(log.Count("SetValue"), stopAt);
   }
@@ -347,7 +347,7 @@ ProgressLog LogOfReading(const std::string& text, const ReadOptions& options = {
     const CsvTable table(text, "t", options, progress.get(), /*bytesAtOnce=*/64);
     EXPECT_EQ(stopAt, 0);
   } catch (const Failure& failure) {
-    EXPECT_EQ(failure.Code(), ExitCode::Stopped);
+    EXPECT_EQ(ExitCodeOf(failure), ExitCode::Stopped);
   }
   return log;
 }
@@ -443,7 +443,7 @@ TEST(CsvTable, EndsInAWholeTableOrARefusalWhateverTheBytes) {
             for (int c = 0; c < table.Columns(); ++c) EXPECT_EQ(table.Cell(row, c).find('\0'), std::string_view::npos);
           }
         } catch (const Failure& failure) {
-          EXPECT_EQ(failure.Code(), ExitCode::BadData);
+          EXPECT_EQ(ExitCodeOf(failure), ExitCode::BadData);
         }
       }
     }

@@ -8,7 +8,7 @@
 
 #include "PlainTable.h"
 #include "app/CsvTable.h"
-#include "app/Failure.h"
+#include "app/ExitCode.h"
 #include "testing/Threads.h"
 
 namespace kalmia::app {
@@ -133,7 +133,7 @@ bool ExpectSameTable(const std::string& text, const ReadOptions& options, std::s
     ExpectSameCells(table, plain);
     return true;
   } catch (const Failure& failure) {
-    EXPECT_EQ(failure.Code(), ExitCode::BadData);
+    EXPECT_EQ(ExitCodeOf(failure), ExitCode::BadData);
     const std::string message = failure.what();
     if (plain.refusal.find("have the same name") == std::string::npos) {
       EXPECT_EQ(message, "t" + plain.refusal);

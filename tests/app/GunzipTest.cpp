@@ -1,7 +1,5 @@
 // Tables in gzip files.
 
-#include "app/Gunzip.h"
-
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -10,7 +8,8 @@
 #include "CommandRun.h"
 #include "ExpectFailure.h"
 #include "GzipText.h"
-#include "app/Failure.h"
+#include "app/ExitCode.h"
+#include "app/Gunzip.h"
 #include "testing/RecordingProgress.h"
 
 namespace kalmia::app {
@@ -24,7 +23,7 @@ std::string Refusal(const std::string& bytes) {
   try {
     Unpacked(bytes);
   } catch (const Failure& failure) {
-    EXPECT_EQ(failure.Code(), ExitCode::BadData);
+    EXPECT_EQ(ExitCodeOf(failure), ExitCode::BadData);
     return failure.what();
   }
   return "";
@@ -85,7 +84,7 @@ TEST(Gunzip, TellsItsShareAndStopsAtEveryQuestion) {
       Gunzip(packed, "t.gz", stopping.get());
       ADD_FAILURE() << "goes on behind question " << stopAt;
     } catch (const Failure& failure) {
-      EXPECT_EQ(failure.Code(), ExitCode::Stopped);
+      EXPECT_EQ(ExitCodeOf(failure), ExitCode::Stopped);
     }
     EXPECT_EQ(log.Count("SetValue"), stopAt);
   }
@@ -104,7 +103,7 @@ TEST(Gunzip, RefusesAFileThatHoldsMoreThanThereIsMemoryFor) {
     Gunzip(packed, "t.gz", nullptr, left);
     ADD_FAILURE();
   } catch (const Failure& failure) {
-    EXPECT_EQ(failure.Code(), ExitCode::BadData);
+    EXPECT_EQ(ExitCodeOf(failure), ExitCode::BadData);
     EXPECT_STREQ(failure.what(), "t.gz holds more than there is memory for, unpacked");
   }
   EXPECT_EQ(questions, 3);
@@ -121,7 +120,7 @@ TEST(Gunzip, GivesTheTextOrARefusalWhicheverBitIsWrong) {
         EXPECT_EQ(Unpacked(damaged), text);
         ++taken;
       } catch (const Failure& failure) {
-        EXPECT_EQ(failure.Code(), ExitCode::BadData);
+        EXPECT_EQ(ExitCodeOf(failure), ExitCode::BadData);
         EXPECT_THAT(failure.what(), HasSubstr("t.gz is a ")) << at;
       }
     }

@@ -8,7 +8,7 @@
 
 #include "CommandRun.h"
 #include "TestTables.h"
-#include "app/Failure.h"
+#include "app/ExitCode.h"
 #include "app/ModelFile.h"
 #include "app/NewRows.h"
 #include "app/PCAScores.h"
@@ -19,6 +19,7 @@
 namespace {
 
 using kalmia::app::ExitCode;
+using kalmia::app::ExitCodeOf;
 using kalmia::app::Failure;
 using kalmia::app::ModelFileBytes;
 using kalmia::app::PredictRows;
@@ -103,7 +104,7 @@ std::string Refusal(const std::string& bytes) {
   try {
     ReadModelFile(bytes, "m");
   } catch (const Failure& failure) {
-    EXPECT_EQ(failure.Code(), ExitCode::Files);
+    EXPECT_EQ(ExitCodeOf(failure), ExitCode::Files);
     return failure.what();
   }
   return "";
@@ -205,7 +206,7 @@ void ExpectNewRows(const kalmia::app::ModelFrame& model) try {
   EXPECT_EQ(rows.x.SizeRows(), 2);
   EXPECT_EQ(static_cast<std::size_t>(rows.x.SizeColumns()), model.xNames.size());
 } catch (const Failure& failure) {
-  EXPECT_EQ(failure.Code(), ExitCode::BadData);
+  EXPECT_EQ(ExitCodeOf(failure), ExitCode::BadData);
 }
 
 std::size_t RowsAnswered(const StoredPLS& model, const NCDataMatrix<float>& x) { return PredictRows(model, x).size(); }

@@ -12,7 +12,7 @@
 #include "CommandRun.h"
 #include "ExpectFailure.h"
 #include "TestTables.h"
-#include "app/Failure.h"
+#include "app/ExitCode.h"
 #include "app/OPLSCvFile.h"
 #include "app/OPLSOutcome.h"
 #include "kalmia/support/MD5.h"
@@ -20,6 +20,7 @@
 namespace {
 
 using kalmia::app::ExitCode;
+using kalmia::app::ExitCodeOf;
 using kalmia::app::Failure;
 using kalmia::app::OPLSCvFileBytes;
 using kalmia::app::ReadOPLSCvFile;
@@ -242,7 +243,7 @@ std::string Refusal(const std::string& bytes) {
   try {
     ReadOPLSCvFile(bytes, "cv");
   } catch (const Failure& failure) {
-    EXPECT_EQ(failure.Code(), ExitCode::Files);
+    EXPECT_EQ(ExitCodeOf(failure), ExitCode::Files);
     return failure.what();
   }
   return "";

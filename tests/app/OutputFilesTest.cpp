@@ -9,7 +9,7 @@
 #include <thread>
 
 #include "CommandRun.h"
-#include "app/Failure.h"
+#include "app/ExitCode.h"
 #include "app/OutputFiles.h"
 
 namespace kalmia::app {
@@ -94,7 +94,7 @@ TEST(OutputFiles, RefuseToReplaceAFileThatMayNotBeWritten) {
       ADD_FAILURE() << "not refused";
     } catch (const Failure& failure) {
       EXPECT_EQ(failure.what(), "cannot write " + path + ": Permission denied");
-      EXPECT_EQ(failure.Code(), ExitCode::Files);
+      EXPECT_EQ(ExitCodeOf(failure), ExitCode::Files);
     }
   }
   EXPECT_EQ(ReadWholeFile(path), "keep me");
@@ -243,7 +243,7 @@ TEST(OutputFiles, DoNotAppearWhereAPipeLosesItsReader) {
       ADD_FAILURE() << "not refused";
     } catch (const Failure& failure) {
       EXPECT_EQ(failure.what(), "cannot write " + pipe + ": Broken pipe");
-      EXPECT_EQ(failure.Code(), ExitCode::Files);
+      EXPECT_EQ(ExitCodeOf(failure), ExitCode::Files);
     }
   }
   leaving.join();

@@ -9,7 +9,7 @@
 #include <ctime>
 #include <sstream>
 
-#include "app/Failure.h"
+#include "app/ExitCode.h"
 #include "app/ModelEntries.h"
 #include "app/StepChainFile.h"
 #include "kalmia/support/MD5.h"
@@ -19,6 +19,7 @@ namespace {
 
 using kalmia::app::ApplyChain;
 using kalmia::app::ExitCode;
+using kalmia::app::ExitCodeOf;
 using kalmia::app::Failure;
 using kalmia::app::IsConsistent;
 using kalmia::app::LearnChain;
@@ -55,7 +56,7 @@ std::string Refusal(const std::string& bytes) {
   try {
     ReadStepChainFile(bytes, "s");
   } catch (const Failure& failure) {
-    EXPECT_EQ(failure.Code(), ExitCode::Files);
+    EXPECT_EQ(ExitCodeOf(failure), ExitCode::Files);
     EXPECT_EQ(std::string(failure.what()).find('\n'), std::string::npos);
     return failure.what();
   }
@@ -121,7 +122,7 @@ TEST(StepChainFile, EndsInAFailureOrAChainThatWorksWhenForged) {
         ApplyChain(chain, &signals);
         EXPECT_EQ(static_cast<std::size_t>(signals.cells.SizeColumns()), OutputNames(chain).size());
       } catch (const Failure& failure) {
-        if (failure.Code() == ExitCode::BadData) {  // a constant that takes the cells beyond the floats
+        if (ExitCodeOf(failure) == ExitCode::BadData) {  // a constant that takes the cells beyond the floats
           EXPECT_THAT(failure.what(), HasSubstr("becomes no finite number"));
         } else {
           EXPECT_STREQ(failure.what(), "s is damaged: its parts do not fit together");

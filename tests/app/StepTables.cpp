@@ -5,7 +5,7 @@
 
 #include <random>
 
-#include "app/Failure.h"
+#include "app/ExitCode.h"
 
 using kalmia::app::LearnChain;
 using kalmia::app::Notes;
@@ -48,7 +48,7 @@ std::string RefusalOf(const std::string& steps, const Matrix& cells) {
   try {
     LearnChain(ParseSteps(steps, "steps"), &signals, &notes);
   } catch (const kalmia::app::Failure& failure) {
-    EXPECT_EQ(failure.Code(), kalmia::app::ExitCode::BadData);
+    EXPECT_EQ(ExitCodeOf(failure), kalmia::app::ExitCode::BadData);
     return failure.what();
   }
   return "";

@@ -6,12 +6,13 @@
 #include <cmath>
 #include <limits>
 
-#include "app/Failure.h"
+#include "app/ExitCode.h"
 #include "app/Steps.h"
 
 namespace {
 
 using kalmia::app::ExitCode;
+using kalmia::app::ExitCodeOf;
 using kalmia::app::Failure;
 using kalmia::app::IsValid;
 using kalmia::app::ParseSteps;
@@ -106,7 +107,7 @@ TEST(Steps, AreRefusedByNumberAndTextWithWhatWouldBeRight) {
       ParseSteps(row.text, "steps");
       ADD_FAILURE() << "was read";
     } catch (const Failure& failure) {
-      EXPECT_EQ(failure.Code(), ExitCode::Usage);
+      EXPECT_EQ(ExitCodeOf(failure), ExitCode::Usage);
       EXPECT_THAT(failure.what(), HasSubstr(row.message));
     }
   }

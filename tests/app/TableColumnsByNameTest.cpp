@@ -8,7 +8,7 @@
 #include <vector>
 
 #include "CommandRun.h"
-#include "app/Failure.h"
+#include "app/ExitCode.h"
 #include "app/TableColumns.h"
 
 namespace kalmia::app {
@@ -33,7 +33,7 @@ std::string Refusal(const std::string& header, const Words& arguments) {
   try {
     Named(header, arguments);
   } catch (const Failure& failure) {
-    EXPECT_EQ(failure.Code(), ExitCode::BadData);
+    EXPECT_EQ(ExitCodeOf(failure), ExitCode::BadData);
     return failure.what();
   }
   return "";

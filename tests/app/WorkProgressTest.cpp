@@ -1,5 +1,3 @@
-#include "app/WorkProgress.h"
-
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -9,13 +7,14 @@
 #include <type_traits>
 #include <vector>
 
-#include "app/Failure.h"
+#include "app/ExitCode.h"
 #include "app/FillModel.h"
 #include "app/FilterFit.h"
 #include "app/O2PLSFit.h"
 #include "app/OPLSFit.h"
 #include "app/PCAFit.h"
 #include "app/PLSFit.h"
+#include "app/WorkProgress.h"
 #include "kalmia/pcapls/PCACrossValidation.h"
 #include "testing/RandomTables.h"
 #include "testing/RecordingProgress.h"
@@ -32,7 +31,7 @@ bool IsStopped(const std::function<void()>& call) {
     call();
   } catch (const Failure& failure) {
     EXPECT_STREQ(failure.what(), "stopped");
-    return failure.Code() == ExitCode::Stopped;
+    return ExitCodeOf(failure) == ExitCode::Stopped;
   }
   return false;
 }
