@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 
+#include "app/BinEdge.h"
 #include "app/Numbers.h"
 
 namespace kalmia::app {
@@ -13,7 +14,6 @@ constexpr double kFlat = 1e-9;  ///< of the size of the values: a shorter range 
 constexpr double kPlainLabel = 1e7;
 constexpr int kMostDecimals = 6;
 constexpr int kMostDigits = 9;  ///< of a number too large or too small for decimals
-constexpr int kEdgeDigits = 4;  ///< of the width of a bin, to which its edges are rounded
 constexpr double kPixelsPerXTick = 80;
 constexpr double kPixelsPerYTick = 35;
 constexpr double kBeyondPanel = 50;  ///< of a text beside it: panels are farther apart
@@ -64,11 +64,6 @@ std::vector<Tick> RoundTicks(double low, double high, int count, bool whole) {
     if (value >= low) ticks.push_back({value, Label(value, step)});
   }
   return ticks;
-}
-
-double BinEdge(double low, double width, int edge) {
-  const int place = static_cast<int>(std::floor(std::log10(width))) + 1 - kEdgeDigits;
-  return TimesPowerOfTen(std::round((low + edge * width) / TimesPowerOfTen(1, place)), place);
 }
 
 std::vector<Tick> EdgeTicks(double low, double width, int bins, double pixels) {

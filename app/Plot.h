@@ -7,6 +7,11 @@
 
 namespace kalmia::app {
 
+/// Texts of a drawing that somebody chose; an empty one takes its default.
+struct PlotTexts {
+  std::string title, xLabel, yLabel;
+};
+
 /// A place on an axis, with the number to stand there.
 struct Tick {
   double value;
@@ -17,10 +22,6 @@ struct Tick {
 /// never more than twice that. The labels of one axis have equally many decimals. With `whole` steps are at least 1.
 /// low < high, both finite.
 std::vector<Tick> RoundTicks(double low, double high, int count, bool whole);
-
-/// The edge behind so many bins of a row of them that begins at `low`, rounded to four digits of the width: a first
-/// edge from single precision is a little off the round number that it stands for. width > 0.
-double BinEdge(double low, double width, int edge);
 
 /// Ticks at the edges of `bins` bins, as BinEdge() has them: as many as have room, in steps of 1, 2 or 5 times a power
 /// of ten bins, with equally many decimals. Cost: one label an edge.

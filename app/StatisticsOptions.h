@@ -5,16 +5,12 @@
 #include <vector>
 
 #include "app/CsvMarks.h"
+#include "app/Plot.h"
 #include "app/ReadOptions.h"
 
 namespace kalmia::app {
 
 class CommandOptions;
-
-/// Texts of a drawing that the user chose; an empty one takes its default.
-struct PlotTexts {
-  std::string title, xLabel, yLabel;
-};
 
 struct ChartOptions {
   std::string table;
