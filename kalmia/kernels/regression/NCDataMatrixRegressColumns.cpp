@@ -1,11 +1,7 @@
-#include <algorithm>
-
 #include "kalmia/containers/NCDataMatrix.h"
-#include "kalmia/kernels/ThreadingControl.h"
 #include "kalmia/kernels/regression/ColumnRegression.h"
 #include "kalmia/kernels/regression/Regression.h"
 #include "kalmia/kernels/rows/BuildInTarget.h"
-#include "kalmia/kernels/threads/ColumnThreads.h"
 #include "kalmia/kernels/threads/Slices.h"
 #include "kalmia/kernels/threads/Team.h"
 
@@ -13,22 +9,7 @@
 
 namespace {
 
-/// A table with fewer cells is done before a thread has been created and joined.
-constexpr std::int64_t kCellsThatPayForThreads = 400000;
-
-template <class T>
-std::int64_t Cells(const NCDataMatrix<T>& X) {
-  return static_cast<std::int64_t>(X.SizeRows()) * X.SizeColumns();
-}
-
-template <class T>
-NCDataVector<T>& AllMissingAndUnshared(NCDataVector<T>& v) {
-  v.SetAllValues(kalmia::kMissingCell<T>);
-  v.ForceUnlink();
-  return v;
-}
-
-/// The sum of v^2 in the order of the cells, as the loop over a column's rows forms it; 0 where no cell is present.
+/// Sum of v^2 in the order of the cells, as a loop down a column forms it. 0 without a present cell.
 template <class T>
 double SumOfSquaresInOrder(const NCDataVector<T>& v) {
   double sum = 0;
@@ -37,40 +18,37 @@ double SumOfSquaresInOrder(const NCDataVector<T>& v) {
   return sum;
 }
 
+/// Writes the coefficient of each column into `out`, whose 1-based cells are missing before; a column without an
+/// estimate stays missing. Returns the change of the number of missing cells. Columns are independent, so any team gives
+/// the same bits.
 template <class T>
-int ByTeam(const kalmia::ColumnRegression<T>& regression, T* out, int columns) {
-  return kalmia::ForSlices(columns, kalmia::TeamSize(Cells(regression.X)), kalmia::kColumnsPerGrain,
+int RegressAllColumns(const kalmia::ColumnRegression<T>& regression, T* out) {
+  const int columns = regression.X.SizeColumns();
+  const int team = kalmia::TeamSize(static_cast<std::int64_t>(regression.X.SizeRows()) * columns);
+  return kalmia::ForSlices(columns, team, kalmia::kColumnsPerGrain,
                            [&](int first, int last) { return regression.Slice(out, first, last); });
-}
-
-template <class T>
-int ByThreads(const kalmia::ColumnRegression<T>& regression, T* out, int columns) {
-  const auto slice = [&](int first, int last) { return regression.Slice(out, first, last); };
-  const bool pays = Cells(regression.X) >= kCellsThatPayForThreads;
-  if (pays && NCMultiThreading::ThreadingControl::IsThreadingOn()) return kalmia::ForColumnThreads(columns, slice);
-  return slice(1, columns);
 }
 
 }  // namespace
 
 template <class T>
 NCDataVector<T> NCDataMatrix<T>::RegressColumns(const NCDataVector<T>& v) const {
+  const kalmia::ColumnRegression<T> regression{*this, v, v.GetSS(), kalmia::MisValMode(numMisVal_, v.numMisVal_),
+                                               /*fix=*/false};
   return kalmia::BuildInTarget(*this, &v, columns_, [&](NCDataVector<T>& result) {
-    const kalmia::ColumnRegression<T> regression{*this, v, v.GetSS(), kalmia::MisValMode(numMisVal_, v.numMisVal_),
-                                                 /*fix=*/false};
-    NCDataVector<T>& out = AllMissingAndUnshared(result);
-    out.numMisVal_ += ByTeam(regression, out.data_, columns_);
+    result.SetAllValues(kalmia::kMissingCell<T>);
+    result.numMisVal_ += RegressAllColumns(regression, result.data_);
   });
 }
 
 template <class T>
 NCDataVector<T> NCDataMatrix<T>::SpecialNipalsRegressColumnsFix(const NCDataVector<T>& v) const {
   if (numMisVal_ == 0 && v.numMisVal_ == 0) return RegressColumns(v);
+  const kalmia::ColumnRegression<T> regression{*this, v, v.GetSS(), kalmia::MisValMode(numMisVal_, v.numMisVal_),
+                                               /*fix=*/true};
   return kalmia::BuildInTarget(*this, &v, columns_, [&](NCDataVector<T>& result) {
-    const kalmia::ColumnRegression<T> regression{*this, v, v.GetSS(), kalmia::MisValMode(numMisVal_, v.numMisVal_),
-                                                 /*fix=*/true};
-    NCDataVector<T>& out = AllMissingAndUnshared(result);
-    out.numMisVal_ += ByThreads(regression, out.data_, columns_);
+    result.SetAllValues(kalmia::kMissingCell<T>);
+    result.numMisVal_ += RegressAllColumns(regression, result.data_);
   });
 }
 
@@ -78,16 +56,15 @@ template <class T>
 NCDataVector<T> NCDataMatrix<T>::SpecialNipalsRegressColumnsFix(const NCDataVector<T>& v,
                                                                 const NCIntegralVector<int, -99>* groups,
                                                                 int group) const {
+  const int misValMode = kalmia::MisValMode(numMisVal_, v.numMisVal_);
+  const long double ss = v.numMisVal_ == 0 ? v.GetSS() : SumOfSquaresInOrder(v);
+  const kalmia::ColumnRegression<T> regression{*this, v, ss, misValMode, /*fix=*/true};
   return kalmia::BuildInTarget(*this, &v, columns_, [&](NCDataVector<T>& result) {
-    const int mode = kalmia::MisValMode(numMisVal_, v.numMisVal_);
-    const long double ss = mode < 2 ? v.GetSS() : SumOfSquaresInOrder(v);
-    const kalmia::ColumnRegression<T> regression{*this, v, ss, mode, /*fix=*/true};
-    NCDataVector<T>& out = AllMissingAndUnshared(result);
-    ByTeam(regression, out.data_, columns_);
-    if (groups)
-      for (int c = 1; c <= columns_; ++c)
-        if ((*groups)[c] == group) out.data_[c] = kalmia::kMissingCell<T>;
-    out.CountMissing();
+    result.SetAllValues(kalmia::kMissingCell<T>);
+    RegressAllColumns(regression, result.data_);
+    for (int c = 1; groups && c <= columns_; ++c)
+      if ((*groups)[c] == group) result.data_[c] = kalmia::kMissingCell<T>;
+    result.CountMissing();  // a coefficient that happens to be -99 too
   });
 }
 
