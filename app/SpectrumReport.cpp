@@ -1,11 +1,13 @@
+#include "app/SpectrumReport.h"
+
 #include <algorithm>
 #include <cmath>
 #include <cstdlib>
+#include <optional>
 
 #include "app/DisplayText.h"
 #include "app/Json.h"
 #include "app/Numbers.h"
-#include "app/SpectrumResult.h"
 #include "app/TextTable.h"
 
 namespace kalmia::app {
@@ -90,28 +92,6 @@ std::string RemovedText(const std::string& detrend) {
 }
 
 }  // namespace
-
-double SpectrumResult::CorrelationLimit() const { return 1.96 / std::sqrt(static_cast<double>(rows)); }
-
-std::optional<int> SpectrumResult::Peak(const ColumnSpectrum& part) {
-  const auto peak = std::max_element(part.power.begin() + 1, part.power.end());
-  if (*peak == 0.0) return std::nullopt;
-  return static_cast<int>(peak - part.power.begin());
-}
-
-std::optional<int> SpectrumResult::PeakLag() const {
-  const auto isZero = [](double power) { return power == 0.0; };
-  for (const ColumnSpectrum& part : parts) {
-    if (std::all_of(part.power.begin(), part.power.end(), isZero)) return std::nullopt;
-  }
-  const auto nearer = [](double a, double b) { return std::abs(a) < std::abs(b); };
-  const auto peak = std::max_element(correlations.begin(), correlations.end(), nearer);
-  return FirstLag() + static_cast<int>(peak - correlations.begin());
-}
-
-std::string SpectrumResult::Title() const {
-  return OneLine(parts[0].column) + (IsCross() ? " and " + OneLine(parts[1].column) : "") + " of " + OneLine(table);
-}
 
 std::string SpectrumText(const SpectrumResult& result) {
   std::string text = result.Title() + ": " + Counted(static_cast<std::size_t>(result.rows), "row") + ", " +

@@ -1,13 +1,36 @@
 #pragma once
 
+#include <cstdint>
 #include <optional>
 #include <string>
 #include <vector>
 
-#include "app/CsvText.h"
+#include "app/CsvTable.h"
 #include "app/Notes.h"
+#include "kalmia/support/NCProgress.h"
 
 namespace kalmia::app {
+
+/// The words that a recipe takes.
+const std::vector<std::string>& WindowWords();
+const std::vector<std::string>& DetrendWords();
+
+/// What to compute, of rows that are equally far apart.
+struct SpectrumRecipe {
+  std::string column;
+  std::string with;  ///< correlated with the column, and a spectrum of it too; empty: the column alone
+  int lags = -1;     ///< at most the number of rows; negative: a quarter of the rows, at most 30
+  int segment = 0;   ///< rows, a power of two below twice their number; 0: up to half of the rows, at most 128
+  std::string window = "hann";   ///< one of WindowWords()
+  std::string detrend = "mean";  ///< taken off first, one of DetrendWords()
+};
+
+/// Whether a segment can have so many rows: a power of two, at least 2.
+bool IsSegment(int rows);
+/// The largest power of two up to `most`, which is at least 1, and up to 2^30.
+int PowerOfTwoUpTo(std::int64_t most);
+/// The largest segment for a column of so many rows, at least 2: more than half of it has to be there.
+int LargestSegment(int rows);
 
 /// One column and its mean power in segments.
 struct ColumnSpectrum {
@@ -16,15 +39,15 @@ struct ColumnSpectrum {
   std::vector<double> power;  ///< at the frequencies i / segment, i = 0 to segment / 2, per row
 };
 
-/// What `kalmia spectrum` found.
+/// Correlations and power spectra of a column, or of two.
 struct SpectrumResult {
   std::string table;
   int rows;
-  std::string detrend, window;  ///< the words of the options
+  std::string detrend, window;  ///< the words of the recipe
   int lags;
   int segment;
   int segments;                       ///< so many, each half over the next
-  std::vector<ColumnSpectrum> parts;  ///< the column, and the one of --with if there is one
+  std::vector<ColumnSpectrum> parts;  ///< the column, and the one it is correlated with if there is one
   std::vector<double> correlations;   ///< of the column with itself from lag 0, with the other one from lag -lags on
 
   bool IsCross() const { return parts.size() > 1; }
@@ -39,11 +62,11 @@ struct SpectrumResult {
   std::string Title() const;
 };
 
-std::string SpectrumText(const SpectrumResult& result);
-std::string SpectrumJson(const SpectrumResult& result, const Notes& notes);
-/// correlation.csv and power.csv.
-std::vector<CsvFile> SpectrumCsvFiles(const SpectrumResult& result, const CsvMarks& marks);
-/// The correlations, and below them the power of each column.
-std::string SpectrumSvg(const SpectrumResult& result);
+/// The correlations and spectra that the recipe asks for. Missing cells are filled along straight lines between their
+/// neighbours, with a note. `progress` may be null.
+/// Throws BadData as ReadMeasurements, for a column that does not vary, and for a power beyond single precision;
+/// BadRequest for a recipe that makes no sense, or not for so many rows; Stopped where the bar wants to stop.
+SpectrumResult ComputeSpectrum(const CsvTable& table, const SpectrumRecipe& recipe, Notes* notes,
+                               NCProgress* progress);
 
 }  // namespace kalmia::app

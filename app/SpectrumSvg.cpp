@@ -1,8 +1,10 @@
+#include "app/SpectrumSvg.h"
+
 #include <algorithm>
+#include <optional>
 
 #include "app/DisplayText.h"
 #include "app/Plot.h"
-#include "app/SpectrumResult.h"
 
 namespace kalmia::app {
 

@@ -126,20 +126,20 @@ void DeclareQuantile(CommandOptions* command, QuantileOptions* options) {
 void DeclareSpectrum(CommandOptions* command, SpectrumOptions* options) {
   command->File("TABLE", &options->table,
                 "CSV table with a header, also as .gz; its rows are equally far apart in time");
-  command->Text("--column", "NAME", &options->column, "column of numbers, in the order of the rows, always needed");
+  command->Text("--column", "NAME", &options->recipe.column, "column of numbers, in the order of the rows, always needed");
   command->Require("--column");
-  command->Text("--with", "NAME", &options->with,
+  command->Text("--with", "NAME", &options->recipe.with,
                 "correlate the column with this one, not with itself, and take the spectra of both");
-  command->Number("--lags", 0, &options->lags,
+  command->Number("--lags", 0, &options->recipe.lags,
                   "correlations up to so many rows apart, at most the number of rows (default: a quarter of the rows, "
                   "at most 30)");
-  command->Number("--segment", 2, &options->segment,
+  command->Number("--segment", 2, &options->recipe.segment,
                   "rows in a segment of the power spectrum: a power of two below twice the number of rows (default: "
                   "the largest up to half of the rows, at most 128)");
-  command->Choice("--window", "NAME", {"hann", "welch", "bartlett"}, &options->window,
+  command->Choice("--window", "NAME", WindowWords(), &options->recipe.window,
                   "weights of the rows of a segment: hann (default, a raised cosine), welch (a parabola), bartlett (a "
                   "triangle)");
-  command->Choice("--detrend", "NAME", {"none", "mean", "linear"}, &options->detrend,
+  command->Choice("--detrend", "NAME", DetrendWords(), &options->recipe.detrend,
                   "what is taken off first: none, the mean (default), or linear, a straight line");
   command->Flag("--json", &options->json, "print JSON");
   command->Text("--csv", "DIR", &options->csvFolder, "write correlation.csv and power.csv");

@@ -7,6 +7,7 @@
 #include "app/CsvMarks.h"
 #include "app/Plot.h"
 #include "app/ReadOptions.h"
+#include "app/SpectrumResult.h"
 
 namespace kalmia::app {
 
@@ -62,12 +63,7 @@ struct QuantileOptions {
 struct SpectrumOptions {
   std::string table;
   ReadOptions reading;
-  std::string column;
-  std::string with;   ///< empty: the column alone
-  int lags = -1;      ///< -1: a quarter of the rows, at most 30
-  int segment = 0;    ///< 0: a power of two up to half of the rows, at most 128
-  std::string window = "hann";   ///< or bartlett or welch
-  std::string detrend = "mean";  ///< or none or linear
+  SpectrumRecipe recipe;
   bool json = false;
   std::string csvFolder;  ///< empty: no CSV files
   CsvMarkOptions csvMarks;
