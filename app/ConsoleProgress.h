@@ -66,10 +66,11 @@ class ConsoleProgress : public NCProgress::Sink {
   FewInASecond otherTexts_;
 };
 
-/// A bar on the terminal, as a command hands it to its work.
+/// A bar on the terminal, as a command hands it to its work; without one in the first moments, if so wished.
 class TerminalBar {
  public:
-  TerminalBar() : bar_(std::make_unique<ConsoleProgress>(&line_)) {}
+  explicit TerminalBar(std::chrono::milliseconds moments = {})
+      : line_(moments), bar_(std::make_unique<ConsoleProgress>(&line_)) {}
   TerminalBar(const TerminalBar&) = delete;
   TerminalBar& operator=(const TerminalBar&) = delete;
 
