@@ -8,8 +8,8 @@
 #include "app/CellNumber.h"
 #include "app/DisplayText.h"
 #include "app/Failure.h"
-#include "app/Interrupt.h"
 #include "app/TableColumns.h"
+#include "app/WorkProgress.h"
 
 namespace kalmia::app {
 
@@ -62,9 +62,10 @@ std::vector<int> ColumnsOfCounts(const CsvTable& table, Notes* notes) {
 
 }  // namespace
 
-CountTable ReadCounts(const CsvTable& table, Notes* notes) {
+CountTable ReadCounts(const CsvTable& table, Notes* notes, NCProgress* progress) {
   const std::vector<int> columns = ColumnsOfCounts(table, notes);
   CountTable counts;
+  counts.name = table.Name();
   counts.rows = table.Rows();
   counts.columns = static_cast<int>(columns.size());
   if (counts.rows < 2 || counts.columns < 2) {
@@ -72,8 +73,10 @@ CountTable ReadCounts(const CsvTable& table, Notes* notes) {
                       " and " + std::to_string(counts.columns) + SeparatorHint(table));
   }
   std::int64_t total = 0;
+  WorkProgress work(progress);
+  work.Begin("reading the counts");
   for (int row = 0; row < counts.rows; ++row) {
-    StopIfInterrupted();
+    work.MoveToPart(row + 1, counts.rows);
     const std::vector<std::string> texts = table.RowTexts(row);
     for (const int column : columns) {
       const std::int64_t count = ReadCount(table, row, column, texts[static_cast<std::size_t>(column)]);

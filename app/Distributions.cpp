@@ -21,9 +21,7 @@ namespace {
 /// double where they are computed in more.
 using Real = long double;
 
-[[noreturn]] void Refuse(const char* why) {
-  throw BadRequest(std::string("the quantile ") + why + "; see kalmia quantile --help");
-}
+[[noreturn]] void Refuse(const char* why) { throw BadRequest(std::string("the quantile ") + why); }
 
 // Positive doubles have the order of their bits.
 std::uint64_t BitsOf(double number) {

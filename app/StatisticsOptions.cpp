@@ -4,6 +4,7 @@
 
 #include "app/ChartTypes.h"
 #include "app/CommandOptions.h"
+#include "app/Quantile.h"
 #include "app/RunRules.h"
 
 namespace kalmia::app {
@@ -92,10 +93,10 @@ void DeclareHistogram(CommandOptions* command, HistogramOptions* options) {
 void DeclareFisher(CommandOptions* command, FisherOptions* options) {
   command->File("COUNTS", &options->table,
                 "CSV table of counts with a header, also as .gz; columns of text are left out");
-  command->Choice("--alternative", "A", {"less", "greater", "two-sided"}, &options->alternative,
+  command->Choice("--alternative", "A", AlternativeWords(), &options->recipe.alternative,
                   "of a 2 x 2 table: less (smaller first cells), greater, or two-sided (default: all tables that are "
                   "not more probable)");
-  command->Flag("--hybrid", &options->hybrid,
+  command->Flag("--hybrid", &options->recipe.hybrid,
                 "larger tables: take chi-square for parts whose expected counts are large enough");
   command->Flag("--json", &options->json, "print JSON");
   DeclareReading(command, &options->reading);
@@ -103,7 +104,7 @@ void DeclareFisher(CommandOptions* command, FisherOptions* options) {
 }
 
 void DeclareQuantile(CommandOptions* command, QuantileOptions* options) {
-  command->Word("DISTRIBUTION", {"t", "f", "chi2", "normal"}, &options->distribution,
+  command->Word("DISTRIBUTION", DistributionWords(), &options->distribution,
                 "t, normal: what |T| or |Z| stays below; f, chi2: what F or Chi2 exceeds; with the probability given");
   const char* const inside = "a number above 0 and below 1";
   command->Real("--probability", &options->probability, inside, IsInsideZeroToOne, "always needed");

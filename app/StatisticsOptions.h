@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "app/CsvMarks.h"
+#include "app/ExactTest.h"
 #include "app/Plot.h"
 #include "app/ReadOptions.h"
 #include "app/SpectrumResult.h"
@@ -45,8 +46,7 @@ struct HistogramOptions {
 struct FisherOptions {
   std::string table;
   ReadOptions reading;
-  std::string alternative = "two-sided";  ///< or less or greater
-  bool hybrid = false;
+  ExactTestRecipe recipe;
   bool json = false;
 };
 
