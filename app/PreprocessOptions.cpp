@@ -15,16 +15,16 @@ void DeclarePreprocess(CommandOptions* command, PreprocessOptions* options) {
   command->Text("--out", "FILE", &options->out, "the columns that stay, then what the steps make, always needed");
   command->Require("--out");
   DeclareCsvMarks(command, &options->csvMarks);
-  command->Text("--id", "NAME", &options->id, "column that names the rows in messages; it stays as it is");
-  command->Names("--x", &options->x,
+  command->Text("--id", "NAME", &options->recipe.id, "column that names the rows in messages; it stays as it is");
+  command->Names("--x", &options->recipe.x,
                  "columns to work on, names and ranges FIRST..LAST with commas between them (default: all others of "
                  "numbers, one of sample numbers too)",
                  "COLUMNS");
-  command->Names("--exclude", &options->exclude, "columns that stay as they are, named likewise; not with --x",
+  command->Names("--exclude", &options->recipe.exclude, "columns that stay as they are, named likewise; not with --x",
                  "COLUMNS");
   command->Exclude("--x", "--exclude");
   command->Text("--save", "FILE", &options->save, "store the steps with what they have learnt of this table");
-  command->Flag("--restore", &options->restore,
+  command->Flag("--restore", &options->recipe.restore,
                 "signals again from the coefficients that the wavelet-compress at the end of saved steps has kept");
   for (const char* option : {"--steps", "--x", "--exclude", "--save"}) command->Exclude("--restore", option);
   command->Flag("--json", &options->json, "print JSON");
