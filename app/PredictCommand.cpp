@@ -1,5 +1,4 @@
 #include <filesystem>
-#include <utility>
 
 #include "app/Commands.h"
 #include "app/ConsoleProgress.h"
@@ -7,11 +6,10 @@
 #include "app/Failure.h"
 #include "app/InputFile.h"
 #include "app/ModelFile.h"
-#include "app/NewRows.h"
 #include "app/OutputFiles.h"
 #include "app/OutputPlaces.h"
-#include "app/PCAPredict.h"
-#include "app/PLSPredict.h"
+#include "app/PredictReport.h"
+#include "app/PredictResult.h"
 #include "app/ReadTable.h"
 
 namespace kalmia::app {
@@ -35,27 +33,16 @@ void Direct(StoredO2PLS* model, const PredictOptions& options) {
 template <class Model>
 std::string PredictWith(const Model& model, const PredictOptions& options, const CsvTable& table, Notes* notes) {
   TerminalBar bar;
-  NewRows rows = ReadNewRows(model, table, options.id, notes, bar.Get());
-  const auto result = PredictTable(model, table, std::move(rows), notes, bar.Get());
-  NoteNoDistances(model, model.Components(), notes);
-  std::vector<std::string> csvFiles;
+  const auto result = Predict(model, table, options.id, notes, bar.Get());
+  PredictFiles written = {InputName(options.model), InputName(options.table), {}};
   OutputFiles files;
   if (!options.csvFolder.empty()) {
     files.MakeFolder(options.csvFolder);
-    csvFiles.push_back((std::filesystem::path(options.csvFolder) / kPredictionsFile).string());
-    files.Stage(csvFiles.back(), PredictCsv(model, result, kPredictionsFile, MarksOf(options.csvMarks)).bytes);
+    written.csv.push_back((std::filesystem::path(options.csvFolder) / kPredictionsFile).string());
+    files.Stage(written.csv.back(), PredictCsv(model, result, kPredictionsFile, MarksOf(options.csvMarks)).bytes);
   }
   files.Commit();
-  if (!options.json) return PredictText(model, table, result);
-  Json json = JsonHeader(PredictFormat(model));
-  json["model"] = InputName(options.model);
-  json["table"] = InputName(options.table);
-  json["components"] = model.Components();
-  json["missingColumns"] = result.rows.missingColumns;
-  AddPredictJson(model, result, &json);
-  json["csvFiles"] = csvFiles;
-  json["notes"] = notes->Lines();
-  return JsonText(json);
+  return options.json ? PredictJson(model, result, written, *notes) : PredictText(model, table, result);
 }
 
 std::string PredictWith(const StoredFilter& /*model*/, const PredictOptions& options, const CsvTable& /*table*/,
