@@ -1,5 +1,7 @@
 #!/usr/bin/env bash
 # Installs the Debian packages that Kalmia is built from, but only those that are missing.
+#   ./install-packages.sh        what the command, the demo and the tests need
+#   ./install-packages.sh clang  and what the presets of clang++ need
 set -euo pipefail
 
 packages=(
@@ -9,7 +11,11 @@ packages=(
   libssl-dev                                                # MD5
   libcli11-dev nlohmann-json3-dev zlib1g-dev                # the command: options, JSON, gzip
   libgtest-dev libgmock-dev python3                         # the tests, the check of the documentation's links
+  libbenchmark-dev                                          # the guard of the speed
 )
+if [ "${1:-}" = clang ]; then
+  packages+=(clang libomp-dev libclang-rt-dev llvm)         # OpenMP, sanitizers, names in their reports
+fi
 
 missing=()
 for package in "${packages[@]}"; do

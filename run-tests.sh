@@ -2,13 +2,17 @@
 # Installs what is missing, builds, and runs every test.
 #   ./run-tests.sh               the optimised build: unit tests, the command, the installed package, the demo
 #   ./run-tests.sh asan release  the named presets one after the other (asan: address and undefined-behaviour sanitizers)
+# All builds with one summary: .ci/run.
 set -euo pipefail
 cd "$(dirname "$0")"
 
 presets=("$@")
 if [ ${#presets[@]} -eq 0 ]; then presets=(release); fi
 
-./install-packages.sh
+case " ${presets[*]} " in
+  *" clang "* | *" tsan "* | *" fuzz "*) ./install-packages.sh clang ;;
+  *) ./install-packages.sh ;;
+esac
 if command -v ccache >/dev/null; then export CMAKE_CXX_COMPILER_LAUNCHER=${CMAKE_CXX_COMPILER_LAUNCHER-ccache}; fi
 
 for preset in "${presets[@]}"; do
