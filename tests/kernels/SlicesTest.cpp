@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
+#include <chrono>
 #include <cstdint>
 #include <mutex>
 #include <new>
@@ -78,6 +79,47 @@ TEST(Slices, StartAtWholeGrains) {
     return 0;
   });
   for (int first : starts) EXPECT_EQ((first - 1) % 16, 0);
+}
+
+TEST(ForBlocksInTwoSteps, BeginsASecondStepWhenTheWholeTeamHasEndedTheFirst) {
+  constexpr int kBlocks = 200;
+  for (int team : {1, 2, 3}) {
+    const Threads threads(team);
+    std::vector<std::atomic<int>> ended(kBlocks);
+    std::atomic<int> tooEarly{0};
+    const auto first = [&](int block, kalmia::TeamMember me) {
+      if (block % 50 == me.number) std::this_thread::sleep_for(std::chrono::milliseconds(2));
+      return ++ended[block], 1;
+    };
+    const auto second = [&](int block, kalmia::TeamMember me) { tooEarly += ended[block] < me.team; };
+    EXPECT_EQ(kalmia::ForBlocksInTwoSteps(kBlocks, team, first, second), kBlocks * team);
+    EXPECT_EQ(tooEarly, 0);
+    for (const auto& count : ended) EXPECT_EQ(count, team);
+  }
+}
+
+TEST(ForBlocksInTwoSteps, TakesEveryPositionOfABlockOnceInEachStep) {
+  for (int team : {1, 2, 3}) {
+    const Threads threads(team);
+    Ledger rows(100), columns(100);
+    const auto first = [&](int block, kalmia::TeamMember me) {
+      const auto [begin, end] = me.SliceOf({1 + block * 50, 50 + block * 50}, 16);
+      return rows.Take(begin, end);
+    };
+    const auto second = [&](int block, kalmia::TeamMember me) {
+      const auto [begin, end] = me.SliceOf({1, 100}, 16);
+      if (block == 0) columns.Take(begin, end);
+    };
+    EXPECT_EQ(kalmia::ForBlocksInTwoSteps(2, team, first, second), 100);
+    EXPECT_TRUE(rows.EachOnce());
+    EXPECT_TRUE(columns.EachOnce());
+  }
+}
+
+TEST(ForBlocksInTwoSteps, CallsNothingWithoutBlocks) {
+  const auto first = [](int, kalmia::TeamMember) { return ADD_FAILURE(), 1; };
+  const auto second = [](int, kalmia::TeamMember) { ADD_FAILURE(); };
+  for (int team : {1, 2}) EXPECT_EQ(kalmia::ForBlocksInTwoSteps(0, team, first, second), 0);
 }
 
 /// The most memory that `run` holds at a time.

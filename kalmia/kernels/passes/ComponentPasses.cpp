@@ -2,6 +2,7 @@
 
 #include <vector>
 
+#include "kalmia/kernels/passes/CompleteTables.h"
 #include "kalmia/kernels/passes/ScoresAndLoadingsPass.h"
 #include "kalmia/kernels/regression/ExcludedPositions.h"
 #include "kalmia/kernels/regression/Regression.h"
@@ -13,14 +14,25 @@ namespace {
 
 constexpr float kHole = kMissingCell<float>;
 
+/// Scores are the regression of the rows on w.
+class ScoreAlong final : public RowScorer {
+ public:
+  ScoreAlong(const NCDataMatrix<float>& X, const VectorWithExclusions<float>& w)
+      : X_(X), regression_(w, /*fix=*/true) {}
+
+  int Score(int, int first, int last, float* scores) const override {
+    return regression_.Rows(X_, scores, first, last);
+  }
+
+ private:
+  const NCDataMatrix<float>& X_;
+  const RowRegression<float> regression_;
+};
+
 /// Both steps of CalcScoresAndLoadings in one pass, or false, and t and p are what they were.
 bool CalcInOnePass(const NCDataMatrix<float>& X, const VectorWithExclusions<float>& w, NCDataVector<float>* t,
                    NCDataVector<float>* p) {
-  if (X.SizeRows() == 0 || X.SizeColumns() == 0) return false;
-  const RowRegression<float> regression(w, /*fix=*/true);
-  ScoresAndLoadingsPass pass(
-      X, [&](int, int first, int last, float* scores) { return regression.Rows(X, scores, first, last); });
-  return pass.Run(t, p);
+  return !HasNoCells(X) && CalcScoresAndLoadingsInOnePass(X, ScoreAlong(X, w), t, p);
 }
 
 }  // namespace

@@ -137,6 +137,40 @@ class ProductByFew {
   std::vector<double> sums_;
 };
 
+/// Scores along w of the rows that are left of X without the components of T and W.
+class FilteredScore final : public RowScorer {
+ public:
+  FilteredScore(const NCDataMatrix<float>& X, const NCDataMatrix<float>& T, const NCDataMatrix<float>& W,
+                const NCDataVector<float>& w)
+      : X_(X), T_(T), W_(W), w_(w), regression_(w_, /*fix=*/true) {
+    if (T.SizeRows() > 1) buffers_.resize(CellsOfAStep() * static_cast<std::size_t>(TeamForScoresAndLoadings(X)));
+  }
+
+  int Score(int thread, int first, int last, float* scores) const override {
+    const std::size_t start = CellsOfAStep() * static_cast<std::size_t>(thread);
+    float* const buffer = buffers_.empty() ? nullptr : buffers_.data() + start;
+    int missing = 0;
+    for (int r = first; r <= last; r += kRowsSideBySide) {
+      const int count = std::min(kRowsSideBySide, last - r + 1);
+      double dots[kRowsSideBySide];
+      const FilteredStep step(X_, T_, W_, r, count, 0, X_.SizeColumns(), buffer);
+      simd::DotDeflated(step.Rows(), w_.begin(), dots);
+      missing += regression_.CompleteRows(dots, count, scores + r);
+    }
+    return missing;
+  }
+
+ private:
+  std::size_t CellsOfAStep() const { return static_cast<std::size_t>(X_.SizeColumns()) * kRowsSideBySide; }
+
+  const NCDataMatrix<float>& X_;
+  const NCDataMatrix<float>& T_;
+  const NCDataMatrix<float>& W_;
+  const VectorWithExclusions<float> w_;
+  const RowRegression<float> regression_;
+  mutable std::vector<float> buffers_;  ///< a step of rows for each thread; empty where a step needs none
+};
+
 }  // namespace
 
 NCDataMatrix<float> MultiplyByFewRows(const NCDataMatrix<float>& A, const NCDataMatrix<float>& X) {
@@ -196,26 +230,9 @@ NCDataMatrix<float> DeflateAndMultiplyByFewRows(const NCDataMatrix<float>& A, NC
 void CalcFilteredScoresAndLoadings(const NCDataMatrix<float>& X, const NCDataMatrix<float>& T,
                                    const NCDataMatrix<float>& W, const NCDataVector<float>& w, NCDataVector<float>* t,
                                    NCDataVector<float>* p) {
-  if (FiltersWithoutHoles(X, T, W) && w.GetNumMisVal() == 0) {
-    const int columns = X.SizeColumns();
-    const std::size_t ofOneThread = static_cast<std::size_t>(columns) * kRowsSideBySide;
-    const bool stores = T.SizeRows() > 1;
-    std::vector<float> buffer(stores ? ofOneThread * static_cast<std::size_t>(ScoresAndLoadingsPass::TeamFor(X)) : 0);
-    const VectorWithExclusions<float> weights(w);
-    const RowRegression<float> regression(weights, /*fix=*/true);
-    ScoresAndLoadingsPass pass(X, [&](int me, int first, int last, float* scores) {
-      float* const mine = stores ? buffer.data() + ofOneThread * static_cast<std::size_t>(me) : nullptr;
-      int missing = 0;
-      for (int r = first; r <= last; r += kRowsSideBySide) {
-        const int count = std::min(kRowsSideBySide, last - r + 1);
-        double dots[kRowsSideBySide];
-        simd::DotDeflated(FilteredStep(X, T, W, r, count, 0, columns, mine).Rows(), w.begin(), dots);
-        missing += regression.CompleteRows(dots, count, scores + r);
-      }
-      return missing;
-    });
-    if (pass.Run(t, p)) return;
-  }
+  if (FiltersWithoutHoles(X, T, W) && w.GetNumMisVal() == 0 &&
+      CalcScoresAndLoadingsInOnePass(X, FilteredScore(X, T, W, w), t, p))
+    return;
   *t = Filtered(X, T, W).SpecialNipalsRegressRowsFix(w, nullptr, 0);
   *p = X.SpecialNipalsRegressColumnsFix(*t);
 }

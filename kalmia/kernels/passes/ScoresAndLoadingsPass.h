@@ -1,44 +1,29 @@
 #pragma once
 
-#include <functional>
-#include <vector>
-
 #include "kalmia/containers/NCDataMatrix.h"
 #include "kalmia/containers/NCDataVector.h"
 
 namespace kalmia {
 
-/// One pass over a table: scores of its rows, from 1, and the sums over its columns that the regression on those scores
-/// is made of, from 0. Some rows at a time are scored and then, still in cache, added to the sums.
-class ScoresAndLoadingsPass {
+/// How the rows of a table get their scores.
+class RowScorer {
  public:
-  /// Writes the scores of rows first to last, both included, to their places and returns how many of them are missing.
-  /// Called by thread `me`, from 0, of a team; must not throw.
-  using ScoreRows = std::function<int(int me, int first, int last, float* scores)>;
+  virtual ~RowScorer() = default;
 
-  /// How many threads go over a table, at most.
-  static int TeamFor(const NCDataMatrix<float>& X);
-
-  ScoresAndLoadingsPass(const NCDataMatrix<float>& X, ScoreRows scoreRows);
-
-  /// Scores and loadings, or false, and t and p are what they were: where a score is missing, or a loading is a number
-  /// that looks like the missing value.
-  bool Run(NCDataVector<float>* t, NCDataVector<float>* p);
-
- private:
-  int Sum();
-  int RunThread(int me, int team);
-  void AddToSums(int first, int last, int begin, int end);
-  int Loadings(const NCDataVector<float>& t, float* loadings) const;
-
-  const NCDataMatrix<float>& X_;
-  const ScoreRows scoreRows_;
-  const int team_;
-  const int rowsPerBlock_;
-  std::vector<float> scores_;
-  std::vector<double> products_;
-  std::vector<double> weights_;  ///< sums of t^2 over the pairs of each column; only if X has holes
-  std::vector<float> holes_;     ///< what a hole of each column looks like; only if X has holes
+  /// Writes the scores of rows first to last, both included, into the 1-based `scores`; returns how many of them are
+  /// missing. The threads of a team call this at the same time for different rows; `thread` is the caller's number, from
+  /// 0 and below TeamForScoresAndLoadings. Must not throw.
+  virtual int Score(int thread, int first, int last, float* scores) const = 0;
 };
+
+/// The largest team that goes over a table.
+int TeamForScoresAndLoadings(const NCDataMatrix<float>& X);
+
+/// Scores t of the rows of X, and p = X.SpecialNipalsRegressColumnsFix(t), in one pass: a block of rows gets its scores
+/// and is added to the sums of the columns while it is still in cache. The bits are those of two passes.
+/// Returns false, with t and p as they were, where a score is missing or a loading is a number that happens to be -99.
+/// Shape: X has at least one cell, not checked; t and p of any size.
+bool CalcScoresAndLoadingsInOnePass(const NCDataMatrix<float>& X, const RowScorer& scorer, NCDataVector<float>* t,
+                                    NCDataVector<float>* p);
 
 }  // namespace kalmia
