@@ -16,14 +16,16 @@ namespace {
 /// Below this over sqrt(K), |w| |u| / |X| says that X and u have nothing in common but rounding.
 constexpr double kSmallestRelation = 1e-6;
 
-/// A deflation shortens X, up to the rounding of its cells.
-constexpr double kRoomForRounding = 1.001;
+/// A deflation rounds cells to float: that lengthens X by less than this factor.
+constexpr double kRoomForRounding = 1.00001;
 
-/// Whether the weights w, not normalised yet, that u gave are too small, or not a number to go on with.
-bool IsUnrelated(const NCDataVector<float>& w, const NCDataVector<float>& u, double squaresOfX) {
-  const double normOfW = std::sqrt(static_cast<double>(w.GetSS()));
-  const double normOfU = std::sqrt(static_cast<double>(u.GetSS()));
-  const double relation = normOfW * normOfU / std::sqrt(squaresOfX);
+/// NaN where every cell is missing.
+double Length(const NCDataVector<float>& v) { return std::sqrt(static_cast<double>(v.GetSS())); }
+
+/// Whether the weights w, not normalised yet, that u gave are too small for an X of this length, or not a number to go
+/// on with.
+bool IsUnrelated(const NCDataVector<float>& w, const NCDataVector<float>& u, double lengthOfX) {
+  const double relation = Length(w) * Length(u) / lengthOfX;
   const int kind = std::fpclassify(relation);
   if (kind == FP_NAN || kind == FP_INFINITE || kind == FP_SUBNORMAL) return true;
   return kSmallestRelation / std::sqrt(static_cast<double>(w.Size())) > relation;
@@ -162,9 +164,10 @@ NCDataVector<float> NCPLS::StartOfU(const NCDataVector<float>* start) const {
 }
 
 bool NCPLS::AreUnrelated(const NCDataVector<float>& w, const NCDataVector<float>& u) {
-  if (xSquares_ >= 0.0 && !IsUnrelated(w, u, xSquares_ * kRoomForRounding)) return false;
-  xSquares_ = static_cast<double>(xResiduals_.GetSS());
-  return IsUnrelated(w, u, xSquares_);
+  // What is related to a longer X is related to X. Most components need no pass over X for its length that way.
+  if (!IsUnrelated(w, u, xLengthAtMost_)) return false;
+  xLengthAtMost_ = std::sqrt(static_cast<double>(xResiduals_.GetSS()));
+  return IsUnrelated(w, u, xLengthAtMost_);
 }
 
 NCPLS::Component NCPLS::Iterate(const NCDataVector<float>* start, bool strict, RoundsBar* bar) {
@@ -210,7 +213,6 @@ void NCPLS::Append(const Component& component) {
   cprim_.swap(cprim);
   components_ = row;
   iterations_ = component.rounds;
-  isDeflated_ = false;
 }
 
 bool NCPLS::HasNewestComponent() const {
@@ -220,11 +222,12 @@ bool NCPLS::HasNewestComponent() const {
 
 void NCPLS::CalculateResiduals() {
   if (!HasNewestComponent()) return;
+  const NCDataVector<float> t = tprim_[components_], p = pprim_[components_];
   yResiduals_.ForceUnlink();  // memory for Y is taken before X changes
-  if (isDeflated_) xSquares_ = kUnknown;  // what is taken out twice may make X longer
-  xResiduals_.AddVprimV(tprim_[components_], pprim_[components_], -1.0F);
-  yResiduals_.AddVprimV(tprim_[components_], cprim_[components_], -1.0F);
-  isDeflated_ = true;
+  xResiduals_.AddVprimV(t, p, -1.0F);
+  yResiduals_.AddVprimV(t, cprim_[components_], -1.0F);
+  // |X - t p'| is at most |X| + |t| |p|, whichever t and p, and however often they are taken out.
+  xLengthAtMost_ = (xLengthAtMost_ + Length(t) * Length(p)) * kRoomForRounding;
 }
 
 NCDataMatrix<float> NCPLS::GetWStarPrim(const NCDataMatrix<float>& W, const NCDataMatrix<float>& P) {

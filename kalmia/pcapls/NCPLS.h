@@ -1,5 +1,7 @@
 #pragma once
 
+#include <limits>
+
 #include "kalmia/containers/NCDataMatrix.h"
 #include "kalmia/containers/NCDataVector.h"
 #include "kalmia/support/Export.h"
@@ -123,7 +125,6 @@ class KALMIA_EXPORT NCPLS : public VexStreamBase {
   void VexStreamableReset() override;
 
  private:
-  static constexpr double kUnknown = -1.0;
   struct Component;
   class RoundsBar;
 
@@ -131,7 +132,7 @@ class KALMIA_EXPORT NCPLS : public VexStreamBase {
   void RequireTablesOfTheModel() const;
   void InitialiseResults();                        ///< five result matrices without rows
   NCDataVector<float> StartOfU(const NCDataVector<float>* start) const;
-  /// Whether |w| |u| / |X| is too small. The X of before a deflation is longer: it decides unless it is close.
+  /// Whether |w| |u| / |X| is too small, or not a normal number.
   bool AreUnrelated(const NCDataVector<float>& w, const NCDataVector<float>& u);
   Component Iterate(const NCDataVector<float>* start, bool strict, RoundsBar* bar);
   void Append(const Component& component);         ///< all or nothing
@@ -150,6 +151,5 @@ class KALMIA_EXPORT NCPLS : public VexStreamBase {
   int components_ = 0;
   int maxIterations_ = 0;
   int iterations_ = 0;
-  double xSquares_ = kUnknown;  ///< xResiduals_.GetSS(), or more: what it was before deflations
-  bool isDeflated_ = true;      ///< the newest component is out of X already
+  double xLengthAtMost_ = std::numeric_limits<double>::infinity();  ///< not below sqrt(xResiduals_.GetSS())
 };

@@ -61,6 +61,5 @@ void NCPLS::Swap(NCPLS* other) {
   std::swap(components_, other->components_);
   std::swap(maxIterations_, other->maxIterations_);
   std::swap(iterations_, other->iterations_);
-  std::swap(xSquares_, other->xSquares_);
-  std::swap(isDeflated_, other->isDeflated_);
+  std::swap(xLengthAtMost_, other->xLengthAtMost_);
 }

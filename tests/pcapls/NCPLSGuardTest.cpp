@@ -109,6 +109,18 @@ TEST(NCPLSGuard, MeasuresXAsTheDeflationsLeftIt) {
   EXPECT_NO_THROW(model.NextComponent(nullptr, nullptr, /*quiet=*/true, /*strict=*/true));
 }
 
+TEST(NCPLSGuard, MeasuresXAsDeflationsThatWereRepeatedMadeItLonger) {
+  // Nearly orthogonal, with a cosine of 3e-8: X and u both grow by 1 - n along the first row with n deflations. After 11
+  // their cosine is 3e-7, which is too small still; only beside the X of the beginning, a tenth as long, it would pass.
+  const Tables tables = NearlyOrthogonal(1, 3e-8F);
+  NCPLS model(&tables.X, &tables.Y, 50);
+  EXPECT_THROW(model.NextComponent(nullptr, nullptr, /*quiet=*/true, /*strict=*/true), NCError);
+  model.NextComponent(nullptr, nullptr, /*quiet=*/true, /*strict=*/false);
+  for (int i = 0; i < 11; ++i) model.CalculateResiduals();
+  ASSERT_EQ((*model.GetXResiduals())[1][1], -10.0F);
+  EXPECT_THROW(model.NextComponent(nullptr, nullptr, /*quiet=*/true, /*strict=*/true), NCError);
+}
+
 TEST(NCPLSGuard, MeasuresXAsItWasReadAndNotTheOneBefore) {
   const NCDataMatrix<float> shortX = MatrixOf<float>({{1.0F}, {2.0F}, {-1.0F}});
   const NCDataMatrix<float> y = MatrixOf<float>({{1.0F}, {1.0F}, {-3.0F}});
