@@ -22,6 +22,7 @@
 #include "kalmia/support/WorkMeter.h"
 
 #include "kalmia/containers/BoolVector.h"
+#include "kalmia/containers/DeepCopied.h"
 #include "kalmia/containers/IntPool.h"
 #include "kalmia/containers/Missing.h"
 #include "kalmia/containers/NCDataMatrix.h"

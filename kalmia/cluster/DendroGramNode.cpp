@@ -33,7 +33,7 @@ DendroGramNode::DendroGramNode(std::vector<int>::const_iterator first, std::vect
   std::sort(items_.begin(), items_.end());
 }
 
-DendroGramNode::DendroGramNode(const DendroGramNode& other) : VexStreamBase() {
+DendroGramNode::DendroGramNode(const DendroGramNode& other) : Persistent() {
   try {
     CopyTree(other);
   } catch (...) {  // the destructor would free this node alone

@@ -15,7 +15,7 @@ namespace DendroGram {
 /// A tree may be a chain as deep as the table is long, so nothing here recurses. For one thread at a time: the
 /// re-ordering operations are const, since they change the order of children alone, and yet they write.
 /// Where a cost is not told it is one visit for each node. Throws std::bad_alloc, and NCError where told.
-class KALMIA_EXPORT DendroGramNode : public VexStreamBase {
+class KALMIA_EXPORT DendroGramNode : public kalmia::Persistent<DendroGramNode> {
  public:
   DendroGramNode();                   ///< a leaf without items
   explicit DendroGramNode(int item);  ///< a leaf of this observation
@@ -84,23 +84,9 @@ class KALMIA_EXPORT DendroGramNode : public VexStreamBase {
 
   // Persistence: magic "Dendro", version 1; the nodes from the top down, left before right. A failed read leaves a tree
   // that is good for Destroy and nothing else, but for another magic or version: then the node stays as it was.
-  class DerivedStreamableData : public VexStreamableData {
-   public:
-    using VexStreamableData::VexStreamableData;
-  };
   static DerivedStreamableData MyStreamableData;
-  short GetVexStreamVersionNumber() const { return MyStreamableData.GetVexStreamVersionNumber(); }
-  short GetMyVexStreamVersionNumber() const { return MyStreamableData.GetMyVexStreamVersionNumber(); }
   bool VexStreamableWrite(std::ostream& stream);
   bool VexStreamableRead(std::istream& stream);
-  bool VexStreamableWriteBases(std::ostream& stream);
-  bool VexStreamableReadBases(std::istream& stream);
-  mutable bool streamVisited = false;
-
- protected:
-  bool VexStreamableStartWrite(std::ostream& stream) override;
-  bool VexStreamableStartRead(std::istream& stream) override;
-  void VexStreamableReset() override;
 
  private:
   ~DendroGramNode() override;  ///< frees this node alone

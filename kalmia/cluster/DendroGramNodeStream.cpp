@@ -27,18 +27,6 @@ bool ReadItems(std::istream& stream, std::vector<int>& items) {
 
 DendroGramNode::DerivedStreamableData DendroGramNode::MyStreamableData(1, "Dendro");
 
-bool DendroGramNode::VexStreamableStartWrite(std::ostream& stream) { return kalmia::StartWrite(*this, stream); }
-bool DendroGramNode::VexStreamableStartRead(std::istream& stream) { return kalmia::StartRead(*this, stream); }
-void DendroGramNode::VexStreamableReset() { streamVisited = false; }
-
-bool DendroGramNode::VexStreamableWriteBases(std::ostream& stream) {
-  return VexStreamBase::VexStreamableStartWrite(stream);
-}
-
-bool DendroGramNode::VexStreamableReadBases(std::istream& stream) {
-  return VexStreamBase::VexStreamableStartRead(stream);
-}
-
 bool DendroGramNode::VexStreamableWrite(std::ostream& stream) {
   kalmia::TreeWalk walk(this);
   while (const DendroGramNode* const node = walk.Next())

@@ -2,24 +2,9 @@
 
 #include <vector>
 
-using Base = NCIntegralVector<bool, 0>;
-
 BoolVector::DerivedStreamableData BoolVector::MyStreamableData(3, "BoolVector");
 
-BoolVector::BoolVector(const Base& other) : VexStreamBase(other), Base(other) {}
-
-bool BoolVector::VexStreamableStartWrite(std::ostream& stream) { return kalmia::StartWrite(*this, stream); }
-
-bool BoolVector::VexStreamableStartRead(std::istream& stream) { return kalmia::StartRead(*this, stream); }
-
-void BoolVector::VexStreamableReset() {
-  streamVisited = false;
-  Base::VexStreamableReset();
-}
-
-bool BoolVector::VexStreamableWriteBases(std::ostream& stream) { return Base::VexStreamableStartWrite(stream); }
-
-bool BoolVector::VexStreamableReadBases(std::istream& stream) { return Base::VexStreamableStartRead(stream); }
+BoolVector::BoolVector(const NCIntegralVector<bool, 0>& other) : Persistent(other) {}
 
 bool BoolVector::VexStreamableWrite(std::ostream& stream) {
   OutputStreamDirectory directory(stream, 0);

@@ -40,7 +40,7 @@ NCDataMatrix<T>::NCDataMatrix(int rows, int columns, T value) : NCDataMatrix() {
 
 template <class T>
 NCDataMatrix<T>::NCDataMatrix(const NCDataMatrix& other)
-    : VexStreamBase(),
+    : Persistence(),
       linkCount_(other.linkCount_),
       columns_(other.columns_),
       rows_(other.rows_),

@@ -47,7 +47,9 @@ struct KALMIA_EXPORT MatrixDestroyer {
 /// An operation that returns a vector or a matrix builds it in the target that `Result` named, if one was named: the
 /// target must have the size of the result already.
 template <class T>
-class KALMIA_EXPORT NCDataMatrix : public virtual VexStreamBase {
+class KALMIA_EXPORT NCDataMatrix : public kalmia::Persistent<NCDataMatrix<T>, kalmia::VirtualStreamBase> {
+  using Persistence = kalmia::Persistent<NCDataMatrix, kalmia::VirtualStreamBase>;
+
  public:
   using value_type = NCDataVector<T>;
 
@@ -234,18 +236,10 @@ class KALMIA_EXPORT NCDataMatrix : public virtual VexStreamBase {
   // that the stream does not cover, rows of another length than `columns` and column counts of another number are
   // refused, and so are more than 2^31 - 1 cells, in version 4 by a VexStreamError, in older ones by a false read; the
   // matrix is then 0 by 0.
-  class DerivedStreamableData : public VexStreamableData {
-   public:
-    using VexStreamableData::VexStreamableData;
-  };
+  using typename Persistence::DerivedStreamableData;
   static DerivedStreamableData MyStreamableData;
-  short GetVexStreamVersionNumber() const { return MyStreamableData.GetVexStreamVersionNumber(); }
-  short GetMyVexStreamVersionNumber() const { return MyStreamableData.GetMyVexStreamVersionNumber(); }
   bool VexStreamableWrite(std::ostream& stream);
   bool VexStreamableRead(std::istream& stream);
-  bool VexStreamableWriteBases(std::ostream& stream);
-  bool VexStreamableReadBases(std::istream& stream);
-  mutable bool streamVisited = false;
 
  protected:
   void Unlink();                                         ///< UnlinkMe if shared
@@ -257,9 +251,6 @@ class KALMIA_EXPORT NCDataMatrix : public virtual VexStreamBase {
   NCDataMatrix MultiplyTransposeOther(const NCDataMatrix& B) const;
   NCDataMatrix MultiplyTransposeBoth(const NCDataMatrix& B) const;
   static NCSVD<T>* SVD(NCDataMatrix* m);
-  bool VexStreamableStartWrite(std::ostream& stream) override;
-  bool VexStreamableStartRead(std::istream& stream) override;
-  void VexStreamableReset() override;
 
  private:
   friend class kalmia::UnlinkedRows<T>;

@@ -22,31 +22,6 @@ void RequireReadToItsEnd(InputStreamDirectory& directory, Entry entry) {
 }  // namespace
 
 template <class T>
-void NCDataMatrix<T>::VexStreamableReset() {
-  streamVisited = false;
-}
-
-template <class T>
-bool NCDataMatrix<T>::VexStreamableStartWrite(std::ostream& stream) {
-  return kalmia::StartWrite(*this, stream);
-}
-
-template <class T>
-bool NCDataMatrix<T>::VexStreamableStartRead(std::istream& stream) {
-  return kalmia::StartRead(*this, stream);
-}
-
-template <class T>
-bool NCDataMatrix<T>::VexStreamableWriteBases(std::ostream& stream) {
-  return VexStreamBase::VexStreamableStartWrite(stream);
-}
-
-template <class T>
-bool NCDataMatrix<T>::VexStreamableReadBases(std::istream& stream) {
-  return VexStreamBase::VexStreamableStartRead(stream);
-}
-
-template <class T>
 bool NCDataMatrix<T>::VexStreamableWrite(std::ostream& stream) {
   OutputStreamDirectory directory(stream, kEntries);
   WriteFourBytes(&rows_, 1, directory.GetOutput(kRows));
@@ -60,9 +35,9 @@ bool NCDataMatrix<T>::VexStreamableWrite(std::ostream& stream) {
 
 template <class T>
 bool NCDataMatrix<T>::VexStreamableRead(std::istream& stream) {
-  if (!VexStreamableReadBases(stream)) return false;
+  if (!this->VexStreamableReadBases(stream)) return false;
   Clear();
-  const short version = GetVexStreamVersionNumber();
+  const short version = this->GetVexStreamVersionNumber();
   return version == 4 ? ReadStreamDirectory(stream) : ReadOldLayout(stream, version);
 }
 
@@ -129,11 +104,6 @@ bool NCDataMatrix<T>::ReadOldLayout(std::istream& stream, short version) {
 }
 
 #define KALMIA_INSTANTIATE(T)                                                        \
-  template void NCDataMatrix<T>::VexStreamableReset();                               \
-  template bool NCDataMatrix<T>::VexStreamableStartWrite(std::ostream&);             \
-  template bool NCDataMatrix<T>::VexStreamableStartRead(std::istream&);              \
-  template bool NCDataMatrix<T>::VexStreamableWriteBases(std::ostream&);             \
-  template bool NCDataMatrix<T>::VexStreamableReadBases(std::istream&);              \
   template bool NCDataMatrix<T>::VexStreamableWrite(std::ostream&);                  \
   template bool NCDataMatrix<T>::VexStreamableRead(std::istream&);                   \
   template bool NCDataMatrix<T>::ReadStreamDirectory(std::istream&);                 \

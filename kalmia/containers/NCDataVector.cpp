@@ -49,7 +49,7 @@ NCDataVector<T>::NCDataVector(int n, T value) : NCDataVector() {
 
 template <class T>
 NCDataVector<T>::NCDataVector(const NCDataVector& other)
-    : VexStreamBase(other),
+    : Persistence(),
       alignmentOffset_(other.alignmentOffset_),
       size_(other.size_),
       data_(other.data_),

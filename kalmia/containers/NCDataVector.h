@@ -41,7 +41,9 @@ struct KALMIA_EXPORT VectorDestroyer {
 /// An operation that returns a vector builds it in the target that `Result` named, if one was named: the target must
 /// have the size of the result already.
 template <class T>
-class KALMIA_EXPORT NCDataVector : public virtual VexStreamBase {
+class KALMIA_EXPORT NCDataVector : public kalmia::Persistent<NCDataVector<T>, kalmia::VirtualStreamBase> {
+  using Persistence = kalmia::Persistent<NCDataVector, kalmia::VirtualStreamBase>;
+
  public:
   using value_type = T;
 
@@ -202,18 +204,10 @@ class KALMIA_EXPORT NCDataVector : public virtual VexStreamBase {
                                                  int group) const;
 
   // Persistence: magic "NCDV", version 4; versions 1 to 3 are read.
-  class DerivedStreamableData : public VexStreamableData {
-   public:
-    using VexStreamableData::VexStreamableData;
-  };
+  using typename Persistence::DerivedStreamableData;
   static DerivedStreamableData MyStreamableData;
-  short GetVexStreamVersionNumber() const { return MyStreamableData.GetVexStreamVersionNumber(); }
-  short GetMyVexStreamVersionNumber() const { return MyStreamableData.GetMyVexStreamVersionNumber(); }
   bool VexStreamableWrite(std::ostream& stream);
   bool VexStreamableRead(std::istream& stream);
-  bool VexStreamableWriteBases(std::ostream& stream);
-  bool VexStreamableReadBases(std::istream& stream);
-  mutable bool streamVisited = false;
 
  protected:
   void Unlink();                                   ///< ForceUnlink if shared
@@ -225,9 +219,6 @@ class KALMIA_EXPORT NCDataVector : public virtual VexStreamBase {
                                    const NCDataVector& v2, int start, int stride) const;
   void Calculate_V1txV2_and_V1txV1(long double& v1tv2, long double& v1tv1, long double& v1tv1All,
                                    const NCDataVector& v2, const NCIntegralVector<int, -99>& groups, int group) const;
-  bool VexStreamableStartWrite(std::ostream& stream) override;
-  bool VexStreamableStartRead(std::istream& stream) override;
-  void VexStreamableReset() override;
 
  private:
   friend class NCDataMatrix<T>;

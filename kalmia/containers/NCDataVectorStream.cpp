@@ -8,31 +8,6 @@
 // same three straight on the stream; version 2: a text before them.
 
 template <class T>
-bool NCDataVector<T>::VexStreamableStartWrite(std::ostream& stream) {
-  return kalmia::StartWrite(*this, stream);
-}
-
-template <class T>
-bool NCDataVector<T>::VexStreamableStartRead(std::istream& stream) {
-  return kalmia::StartRead(*this, stream);
-}
-
-template <class T>
-void NCDataVector<T>::VexStreamableReset() {
-  streamVisited = false;
-}
-
-template <class T>
-bool NCDataVector<T>::VexStreamableWriteBases(std::ostream& stream) {
-  return VexStreamBase::VexStreamableStartWrite(stream);
-}
-
-template <class T>
-bool NCDataVector<T>::VexStreamableReadBases(std::istream& stream) {
-  return VexStreamBase::VexStreamableStartRead(stream);
-}
-
-template <class T>
 bool NCDataVector<T>::VexStreamableWrite(std::ostream& stream) {
   return kalmia::WriteDirectory(
       stream, {{&size_, 1, 4}, {&numMisVal_, 1, 4}, {size_ > 0 ? data_ + 1 : nullptr, size_, sizeof(T)}});
@@ -40,9 +15,9 @@ bool NCDataVector<T>::VexStreamableWrite(std::ostream& stream) {
 
 template <class T>
 bool NCDataVector<T>::VexStreamableRead(std::istream& stream) {
-  const short version = GetVexStreamVersionNumber();
+  const short version = this->GetVexStreamVersionNumber();
   Clear();
-  bool good = VexStreamableReadBases(stream);
+  bool good = this->VexStreamableReadBases(stream);
   if (good) good = version == 4 ? ReadDirectory(stream) : ReadOldLayout(stream, version);
   if (!good) Clear();
   return good;
@@ -83,11 +58,6 @@ bool NCDataVector<T>::ReadCells(std::istream& stream, int size) {
 }
 
 #define KALMIA_INSTANTIATE(T)                                               \
-  template bool NCDataVector<T>::VexStreamableStartWrite(std::ostream&);    \
-  template bool NCDataVector<T>::VexStreamableStartRead(std::istream&);     \
-  template void NCDataVector<T>::VexStreamableReset();                      \
-  template bool NCDataVector<T>::VexStreamableWriteBases(std::ostream&);    \
-  template bool NCDataVector<T>::VexStreamableReadBases(std::istream&);     \
   template bool NCDataVector<T>::VexStreamableWrite(std::ostream&);         \
   template bool NCDataVector<T>::VexStreamableRead(std::istream&);          \
   template bool NCDataVector<T>::ReadDirectory(std::istream&);              \

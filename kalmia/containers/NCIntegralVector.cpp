@@ -38,7 +38,7 @@ NCIntegralVector<T, M>::NCIntegralVector(const T* p, int n) : size_(n), capacity
 
 template <class T, int M>
 NCIntegralVector<T, M>::NCIntegralVector(const NCIntegralVector& other)
-    : VexStreamBase(other), size_(other.size_), capacity_(other.capacity_), storage_(other.storage_) {}
+    : Persistence(), size_(other.size_), capacity_(other.capacity_), storage_(other.storage_) {}
 
 template <class T, int M>
 NCIntegralVector<T, M>& NCIntegralVector<T, M>::operator=(const NCIntegralVector& other) {

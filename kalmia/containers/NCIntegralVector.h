@@ -10,7 +10,9 @@
 /// them is written. `M` is the missing constant of the type, only a default: no count of missing cells is kept.
 /// Instantiated for <int,-99>, <bool,0> and <unsigned long,0>. No index is checked; sizes are, as in NCDataVector.
 template <class T, int M>
-class KALMIA_EXPORT NCIntegralVector : public virtual VexStreamBase {
+class KALMIA_EXPORT NCIntegralVector : public kalmia::Persistent<NCIntegralVector<T, M>, kalmia::VirtualStreamBase> {
+  using Persistence = kalmia::Persistent<NCIntegralVector, kalmia::VirtualStreamBase>;
+
  public:
   using value_type = T;
 
@@ -92,24 +94,14 @@ class KALMIA_EXPORT NCIntegralVector : public virtual VexStreamBase {
   void Scramble();
 
   // Persistence: magic "NCIV", version 4; versions 1 to 3 are read.
-  class DerivedStreamableData : public VexStreamableData {
-   public:
-    using VexStreamableData::VexStreamableData;
-  };
+  using typename Persistence::DerivedStreamableData;
   static DerivedStreamableData MyStreamableData;
-  short GetVexStreamVersionNumber() const { return MyStreamableData.GetVexStreamVersionNumber(); }
-  short GetMyVexStreamVersionNumber() const { return MyStreamableData.GetMyVexStreamVersionNumber(); }
   bool VexStreamableWrite(std::ostream& stream);
   bool VexStreamableRead(std::istream& stream);
-  bool VexStreamableWriteBases(std::ostream& stream);
-  bool VexStreamableReadBases(std::istream& stream);
-  mutable bool streamVisited = false;
 
  protected:
   void Insert(int at, int n);  ///< opens a gap of n undefined cells
   bool VexStreamableStartWrite(std::ostream& stream) override;
-  bool VexStreamableStartRead(std::istream& stream) override;
-  void VexStreamableReset() override;
 
  private:
   static void UnLinkVecPointer(VexVecPointer<T>& storage, int capacity);

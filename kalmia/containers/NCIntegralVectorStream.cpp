@@ -32,27 +32,7 @@ bool NCIntegralVector<T, M>::CanBeStored() const {
 
 template <class T, int M>
 bool NCIntegralVector<T, M>::VexStreamableStartWrite(std::ostream& stream) {
-  return (streamVisited || CanBeStored()) && kalmia::StartWrite(*this, stream);
-}
-
-template <class T, int M>
-bool NCIntegralVector<T, M>::VexStreamableStartRead(std::istream& stream) {
-  return kalmia::StartRead(*this, stream);
-}
-
-template <class T, int M>
-void NCIntegralVector<T, M>::VexStreamableReset() {
-  streamVisited = false;
-}
-
-template <class T, int M>
-bool NCIntegralVector<T, M>::VexStreamableWriteBases(std::ostream& stream) {
-  return VexStreamBase::VexStreamableStartWrite(stream);
-}
-
-template <class T, int M>
-bool NCIntegralVector<T, M>::VexStreamableReadBases(std::istream& stream) {
-  return VexStreamBase::VexStreamableStartRead(stream);
+  return (this->streamVisited || CanBeStored()) && Persistence::VexStreamableStartWrite(stream);
 }
 
 template <class T, int M>
@@ -69,9 +49,9 @@ bool NCIntegralVector<T, M>::VexStreamableWrite(std::ostream& stream) {
 
 template <class T, int M>
 bool NCIntegralVector<T, M>::VexStreamableRead(std::istream& stream) {
-  const short version = GetVexStreamVersionNumber();
+  const short version = this->GetVexStreamVersionNumber();
   Clear();
-  bool good = VexStreamableReadBases(stream);
+  bool good = this->VexStreamableReadBases(stream);
   if (good) good = version == 4 ? ReadDirectory(stream) : ReadOldLayout(stream, version);
   if (!good) Clear();
   return good;
@@ -105,10 +85,6 @@ bool NCIntegralVector<T, M>::ReadSizeAndCells(std::istream& stream) {
 #define KALMIA_INSTANTIATE(T, M)                                                   \
   template bool NCIntegralVector<T, M>::CanBeStored() const;                       \
   template bool NCIntegralVector<T, M>::VexStreamableStartWrite(std::ostream&);    \
-  template bool NCIntegralVector<T, M>::VexStreamableStartRead(std::istream&);     \
-  template void NCIntegralVector<T, M>::VexStreamableReset();                      \
-  template bool NCIntegralVector<T, M>::VexStreamableWriteBases(std::ostream&);    \
-  template bool NCIntegralVector<T, M>::VexStreamableReadBases(std::istream&);     \
   template bool NCIntegralVector<T, M>::VexStreamableWrite(std::ostream&);         \
   template bool NCIntegralVector<T, M>::VexStreamableRead(std::istream&);          \
   template bool NCIntegralVector<T, M>::ReadDirectory(std::istream&);              \

@@ -20,7 +20,7 @@ NCStringVector::NCStringVector(int n) : strings_(new Strings(ToSize(n))) {}
 
 NCStringVector::NCStringVector(std::vector<CString> strings) : strings_(new Strings(std::move(strings))) {}
 
-NCStringVector::NCStringVector(const NCStringVector& other) : VexStreamBase(other), strings_(other.strings_) {}
+NCStringVector::NCStringVector(const NCStringVector& other) : Persistent(), strings_(other.strings_) {}
 
 NCStringVector& NCStringVector::operator=(const NCStringVector& other) {
   strings_ = other.strings_;

@@ -16,7 +16,7 @@
 ///
 /// The orders of the sorted operations: with `numeric`, two strings that are both numbers (VexString::ToFloat) compare
 /// as numbers; every other pair compares by text, byte by byte with `caseSensitive`, else A to Z count as a to z.
-class KALMIA_EXPORT NCStringVector : public VexStreamBase {
+class KALMIA_EXPORT NCStringVector : public kalmia::Persistent<NCStringVector> {
  public:
   NCStringVector();
   explicit NCStringVector(int n);  ///< n empty strings
@@ -74,23 +74,9 @@ class KALMIA_EXPORT NCStringVector : public VexStreamBase {
 
   // Persistence: magic "NCSV", version 2; version 1 is read. A version that is not known reads as the empty vector, and
   // is no failure. What is written with the name "NCStringVector" can be made again by ClassCreatorRegistrator.
-  class DerivedStreamableData : public VexStreamableData {
-   public:
-    using VexStreamableData::VexStreamableData;
-  };
   static DerivedStreamableData MyStreamableData;
-  short GetVexStreamVersionNumber() const { return MyStreamableData.GetVexStreamVersionNumber(); }
-  short GetMyVexStreamVersionNumber() const { return MyStreamableData.GetMyVexStreamVersionNumber(); }
   bool VexStreamableWrite(std::ostream& stream);
   bool VexStreamableRead(std::istream& stream);
-  bool VexStreamableWriteBases(std::ostream& stream);
-  bool VexStreamableReadBases(std::istream& stream);
-  mutable bool streamVisited = false;
-
- protected:
-  bool VexStreamableStartWrite(std::ostream& stream) override;
-  bool VexStreamableStartRead(std::istream& stream) override;
-  void VexStreamableReset() override;
 
  private:
   using Strings = std::vector<CString>;

@@ -8,20 +8,6 @@ NCStringVector::DerivedStreamableData NCStringVector::MyStreamableData(2, "NCSV"
 
 VexStreamBase* NCStringVector::CreateObject() { return new NCStringVector; }
 
-bool NCStringVector::VexStreamableStartWrite(std::ostream& stream) { return kalmia::StartWrite(*this, stream); }
-
-bool NCStringVector::VexStreamableStartRead(std::istream& stream) { return kalmia::StartRead(*this, stream); }
-
-void NCStringVector::VexStreamableReset() { streamVisited = false; }
-
-bool NCStringVector::VexStreamableWriteBases(std::ostream& stream) {
-  return VexStreamBase::VexStreamableStartWrite(stream);
-}
-
-bool NCStringVector::VexStreamableReadBases(std::istream& stream) {
-  return VexStreamBase::VexStreamableStartRead(stream);
-}
-
 bool NCStringVector::VexStreamableWrite(std::ostream& stream) {
   OutputStreamDirectory directory(stream, 1);
   std::ostream& entry = directory.GetOutput(0);

@@ -3,6 +3,7 @@
 #include <array>
 #include <vector>
 
+#include "kalmia/containers/DeepCopied.h"
 #include "kalmia/containers/NCDataMatrix.h"
 #include "kalmia/containers/NCDataVector.h"
 #include "kalmia/support/Export.h"
@@ -143,9 +144,11 @@ class KALMIA_EXPORT NCO2PLS {
  private:
   friend class O2PLSCrossValidation;  // for SharingBlocks and RequireColumns
 
-  NCO2PLS(const NCDataMatrix<float>& X, const NCDataMatrix<float>& Y, const NCO2PLS& components);
+  using Result = kalmia::DeepCopied<NCDataMatrix<float>>;
+  static const std::array<Result NCO2PLS::*, 18> kResults;  ///< all matrices but X and Y
+
   /// A copy that shares the two blocks, which never change, with this model: for use in one thread.
-  NCO2PLS SharingBlocks() const { return NCO2PLS(x_, y_, *this); }
+  NCO2PLS SharingBlocks() const;
   /// Throws the NCError of a block without columns: its directions would have no cells.
   static void RequireColumns(const NCDataMatrix<float>& X, const NCDataMatrix<float>& Y);
   static void CalculateOrthogonalComp(const NCDataMatrix<float>& own, const NCDataMatrix<float>& other,
@@ -154,29 +157,28 @@ class KALMIA_EXPORT NCO2PLS {
                                       NCProgress* progress);
   void ThrowIfNoDimensionIsLeft(bool xSide, int predictive) const;
   void CalculateInnerRelations();
-  std::array<NCDataMatrix<float>*, 18> Results();  ///< all matrices but X and Y
 
-  NCDataMatrix<float> x_;
-  NCDataMatrix<float> y_;
+  Result x_;
+  Result y_;
   int maxIterations_ = 0;
-  NCDataMatrix<float> t_;
-  NCDataMatrix<float> u_;
-  NCDataMatrix<float> p_;
-  NCDataMatrix<float> w_;
-  NCDataMatrix<float> c_;
-  NCDataMatrix<float> q_;
-  NCDataMatrix<float> to_;
-  NCDataMatrix<float> wo_;
-  NCDataMatrix<float> po_;
-  NCDataMatrix<float> uo_;
-  NCDataMatrix<float> co_;
-  NCDataMatrix<float> qo_;
-  NCDataMatrix<float> r_;
-  NCDataMatrix<float> s_;
-  NCDataMatrix<float> lambda_;
-  NCDataMatrix<float> xLambda_;
-  NCDataMatrix<float> xResiduals_;
-  NCDataMatrix<float> yResiduals_;
+  Result t_;
+  Result u_;
+  Result p_;
+  Result w_;
+  Result c_;
+  Result q_;
+  Result to_;
+  Result wo_;
+  Result po_;
+  Result uo_;
+  Result co_;
+  Result qo_;
+  Result r_;
+  Result s_;
+  Result lambda_;
+  Result xLambda_;
+  Result xResiduals_;
+  Result yResiduals_;
   float ssX_ = 0.0F;
   float ssY_ = 0.0F;
   bool checkDimensions_ = false;

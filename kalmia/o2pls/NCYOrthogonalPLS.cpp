@@ -8,7 +8,6 @@
 
 #include "kalmia/o2pls/OSCPLSComponentValidator.h"
 #include "kalmia/o2pls/internal/FirstLoading.h"
-#include "kalmia/opls/internal/DeepCopy.h"
 #include "kalmia/pcapls/NCComponentValidator.h"
 #include "kalmia/pcapls/NCPCA.h"
 #include "kalmia/pcapls/NCPLS.h"
@@ -35,10 +34,6 @@ constexpr float kShareOfY = 0.001F;
 constexpr double kHalfTurnIsNinety = 90.0;
 
 NCError CannotGoOn() { return NCError(LanguageString::Get(kCannotGoOn)); }
-
-std::unique_ptr<Matrix> DeepCopyOf(const std::unique_ptr<Matrix>& matrix) {
-  return matrix ? std::make_unique<Matrix>(kalmia::DeepCopy(*matrix)) : nullptr;
-}
 
 bool IsEmptyRow(const Matrix& table, int row) { return table[row].GetNumMisVal() == table.SizeColumns(); }
 
@@ -80,18 +75,7 @@ NCYOrthogonalPLS::NCYOrthogonalPLS(const NCDataMatrix<float>* X, const NCDataMat
   }
 }
 
-NCYOrthogonalPLS::NCYOrthogonalPLS(const NCYOrthogonalPLS& other)
-    : VexStreamBase(),
-      pprim_(kalmia::DeepCopy(other.pprim_)),
-      wprim_(kalmia::DeepCopy(other.wprim_)),
-      tprim_(kalmia::DeepCopy(other.tprim_)),
-      xResiduals_(kalmia::DeepCopy(other.xResiduals_)),
-      y_(DeepCopyOf(other.y_)),
-      yScores_(DeepCopyOf(other.yScores_)),
-      yScoresInverse_(DeepCopyOf(other.yScoresInverse_)),
-      components_(other.components_),
-      maxIterations_(other.maxIterations_),
-      maxPLSComponents_(other.maxPLSComponents_) {}
+NCYOrthogonalPLS::NCYOrthogonalPLS(const NCYOrthogonalPLS& other) = default;
 
 NCYOrthogonalPLS& NCYOrthogonalPLS::operator=(const NCYOrthogonalPLS& other) {
   NCYOrthogonalPLS copy(other);

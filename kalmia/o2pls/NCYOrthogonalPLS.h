@@ -2,6 +2,7 @@
 
 #include <memory>
 
+#include "kalmia/containers/DeepCopied.h"
 #include "kalmia/containers/NCDataMatrix.h"
 #include "kalmia/containers/NCDataVector.h"
 #include "kalmia/support/Export.h"
@@ -21,7 +22,7 @@
 /// Y is needed once: its principal scores take its place with the first NextComponent or GetYAngle. Where they fail or
 /// are stopped, Y is gone too, and the model cannot have components any more. A model belongs to one thread at a time,
 /// GetYAngle included; copies share nothing.
-class KALMIA_EXPORT NCYOrthogonalPLS : public VexStreamBase {
+class KALMIA_EXPORT NCYOrthogonalPLS : public kalmia::Persistent<NCYOrthogonalPLS> {
  public:
   NCYOrthogonalPLS();  ///< empty, to be read from a stream
   /// X N x K, Y N x M, shared until they are written. `maxIterations` limits the rounds of the search, and those of
@@ -69,23 +70,9 @@ class KALMIA_EXPORT NCYOrthogonalPLS : public VexStreamBase {
   // Persistence: magic "YOPLS", version 2; version 1 is read. Y is not stored: a model that was written before its
   // first component cannot go on when it is read; nor is the limit of PLS components. A stream that is cut, or whose
   // parts disagree, is refused by a false read (version 1 may throw VexStreamError), and the model is then empty.
-  class DerivedStreamableData : public VexStreamableData {
-   public:
-    using VexStreamableData::VexStreamableData;
-  };
   static DerivedStreamableData MyStreamableData;
-  short GetVexStreamVersionNumber() const { return MyStreamableData.GetVexStreamVersionNumber(); }
-  short GetMyVexStreamVersionNumber() const { return MyStreamableData.GetMyVexStreamVersionNumber(); }
   bool VexStreamableWrite(std::ostream& stream);
   bool VexStreamableRead(std::istream& stream);
-  bool VexStreamableWriteBases(std::ostream& stream);
-  bool VexStreamableReadBases(std::istream& stream);
-  mutable bool streamVisited = false;
-
- protected:
-  bool VexStreamableStartWrite(std::ostream& stream) override;
-  bool VexStreamableStartRead(std::istream& stream) override;
-  void VexStreamableReset() override;
 
  private:
   void SetupYPCA(NCProgress* progress) const;
@@ -99,15 +86,15 @@ class KALMIA_EXPORT NCYOrthogonalPLS : public VexStreamBase {
   bool PartsAgree() const;
   void Swap(NCYOrthogonalPLS* other);
 
-  NCDataMatrix<float> pprim_;
-  NCDataMatrix<float> wprim_;
-  NCDataMatrix<float> tprim_;
-  NCDataMatrix<float> xResiduals_;
+  kalmia::DeepCopied<NCDataMatrix<float>> pprim_;
+  kalmia::DeepCopied<NCDataMatrix<float>> wprim_;
+  kalmia::DeepCopied<NCDataMatrix<float>> tprim_;
+  kalmia::DeepCopied<NCDataMatrix<float>> xResiduals_;
   // Y, or its principal scores (N x B) with the inverse of their products (B x B). A model that was read has the latter
   // or nothing.
-  mutable std::unique_ptr<NCDataMatrix<float>> y_;
-  mutable std::unique_ptr<NCDataMatrix<float>> yScores_;
-  mutable std::unique_ptr<NCDataMatrix<float>> yScoresInverse_;
+  mutable kalmia::DeepCopied<std::unique_ptr<NCDataMatrix<float>>> y_;
+  mutable kalmia::DeepCopied<std::unique_ptr<NCDataMatrix<float>>> yScores_;
+  mutable kalmia::DeepCopied<std::unique_ptr<NCDataMatrix<float>>> yScoresInverse_;
   int components_ = 0;
   int maxIterations_ = 0;
   int maxPLSComponents_ = 0;

@@ -32,23 +32,6 @@ bool ReadBehindFlag(std::istream& stream, OwnedMatrix* matrix) {
 
 NCYOrthogonalPLS::DerivedStreamableData NCYOrthogonalPLS::MyStreamableData(2, "YOPLS");
 
-bool NCYOrthogonalPLS::VexStreamableStartWrite(std::ostream& stream) { return kalmia::StartWrite(*this, stream); }
-
-bool NCYOrthogonalPLS::VexStreamableStartRead(std::istream& stream) { return kalmia::StartRead(*this, stream); }
-
-void NCYOrthogonalPLS::VexStreamableReset() {
-  streamVisited = false;
-  VexStreamBase::VexStreamableReset();
-}
-
-bool NCYOrthogonalPLS::VexStreamableWriteBases(std::ostream& stream) {
-  return VexStreamBase::VexStreamableStartWrite(stream);
-}
-
-bool NCYOrthogonalPLS::VexStreamableReadBases(std::istream& stream) {
-  return VexStreamBase::VexStreamableStartRead(stream);
-}
-
 bool NCYOrthogonalPLS::VexStreamableWrite(std::ostream& stream) {
   OutputStreamDirectory directory(stream, kEntries);
   const NCDataMatrix<float>* const matrices[] = {&pprim_,      &wprim_,        &tprim_,

@@ -2,10 +2,10 @@
 
 #include <algorithm>
 #include <cmath>
+#include <initializer_list>
 
 #include "kalmia/kernels/passes/FilteredProducts.h"
 #include "kalmia/kernels/passes/SequentialScores.h"
-#include "kalmia/opls/internal/DeepCopy.h"
 #include "kalmia/opls/internal/OPLSBlocks.h"
 #include "kalmia/opls/internal/OPLSProgress.h"
 #include "kalmia/pcapls/NCPCA.h"
@@ -42,6 +42,10 @@ void RequireComponent(int component, const NCDataMatrix<float>& scores) {
   if (component < 1 || component > scores.SizeRows()) throw NCError("OPLS: the model has no such component.");
 }
 
+void FlipRow(int row, std::initializer_list<NCDataMatrix<float>*> matrices) {
+  for (NCDataMatrix<float>* matrix : matrices) matrix->MultiplyRow(row, -1.0F);
+}
+
 /// The size of the block that was asked for, as Y allows it; 0 or less stays.
 int CutToY(int predictiveComponents, const NCDataMatrix<float>& Y) {
   return predictiveComponents > 0 ? std::min({predictiveComponents, Y.SizeRows(), Y.SizeColumns()})
@@ -75,25 +79,7 @@ NCOPLS::NCOPLS(const NCDataMatrix<float>* X, const NCDataMatrix<float>* Y, const
   CatchUp();
 }
 
-NCOPLS::NCOPLS(const NCOPLS& other)
-    : wMatrices_(kalmia::DeepCopy(other.wMatrices_)),
-      tprim_(kalmia::DeepCopy(other.tprim_)),
-      uprim_(kalmia::DeepCopy(other.uprim_)),
-      pMatrices_(kalmia::DeepCopy(other.pMatrices_)),
-      cMatrices_(kalmia::DeepCopy(other.cMatrices_)),
-      tFilter_(kalmia::DeepCopy(other.tFilter_)),
-      toprim_(kalmia::DeepCopy(other.toprim_)),
-      poprim_(kalmia::DeepCopy(other.poprim_)),
-      coprim_(kalmia::DeepCopy(other.coprim_)),
-      woprim_(kalmia::DeepCopy(other.woprim_)),
-      uoprim_(kalmia::DeepCopy(other.uoprim_)),
-      missingX_(other.missingX_),
-      missingY_(other.missingY_),
-      maxIterations_(other.maxIterations_),
-      passes_(other.passes_),
-      predictiveComponents_(other.predictiveComponents_),
-      x_(kalmia::DeepCopy(other.x_)),
-      y_(kalmia::DeepCopy(other.y_)) {}
+NCOPLS::NCOPLS(const NCOPLS& other) = default;
 
 NCOPLS& NCOPLS::operator=(const NCOPLS& other) {
   if (this == &other) return *this;
@@ -207,19 +193,18 @@ void NCOPLS::CatchUp() {
 
 void NCOPLS::NegateOComp(int component) {
   RequireComponent(component, toprim_);
-  for (NCDataMatrix<float>* matrix : {&woprim_, &poprim_, &coprim_, &toprim_}) matrix->MultiplyRow(component, -1.0F);
+  FlipRow(component, {&woprim_, &poprim_, &coprim_, &toprim_});
 }
 
 void NCOPLS::NegatePredictiveComp(int component) {
   RequireComponent(component, tprim_);
-  for (NCDataMatrix<float>* matrix : {&wMatrices_.back(), &pMatrices_.back(), &cMatrices_.back(), &tprim_, &tFilter_})
-    matrix->MultiplyRow(component, -1.0F);
+  FlipRow(component, {&wMatrices_.back(), &pMatrices_.back(), &cMatrices_.back(), &tprim_, &tFilter_});
 }
 
 NCDataMatrix<float> NCOPLS::GetXResiduals() const {
-  return tprim_.SizeRows() == 0 ? x_ : kalmia::Filtered(x_, tprim_, pMatrices_.back());
+  return tprim_.SizeRows() == 0 ? x_.AsValue() : kalmia::Filtered(x_, tprim_, pMatrices_.back());
 }
 
 NCDataMatrix<float> NCOPLS::GetYResiduals() const {
-  return tprim_.SizeRows() == 0 ? y_ : kalmia::Filtered(y_, tprim_, cMatrices_.back());
+  return tprim_.SizeRows() == 0 ? y_.AsValue() : kalmia::Filtered(y_, tprim_, cMatrices_.back());
 }

@@ -4,6 +4,7 @@
 #include <utility>
 #include <vector>
 
+#include "kalmia/containers/DeepCopied.h"
 #include "kalmia/containers/NCDataMatrix.h"
 #include "kalmia/containers/NCDataVector.h"
 #include "kalmia/support/Export.h"
@@ -108,17 +109,17 @@ class KALMIA_EXPORT NCOPLS {
   int SizeOfBlock(const NCDataMatrix<float>& former) const;
   void AppendBlock(const Block& block);
 
-  std::vector<NCDataMatrix<float>> wMatrices_;
-  NCDataMatrix<float> tprim_;
-  NCDataMatrix<float> uprim_;
-  std::vector<NCDataMatrix<float>> pMatrices_;
-  std::vector<NCDataMatrix<float>> cMatrices_;
-  NCDataMatrix<float> tFilter_;  ///< scores of X on the last W, each W taken out before the next
-  NCDataMatrix<float> toprim_;
-  NCDataMatrix<float> poprim_;
-  NCDataMatrix<float> coprim_;
-  NCDataMatrix<float> woprim_;
-  NCDataMatrix<float> uoprim_;
+  kalmia::DeepCopied<std::vector<NCDataMatrix<float>>> wMatrices_;
+  kalmia::DeepCopied<NCDataMatrix<float>> tprim_;
+  kalmia::DeepCopied<NCDataMatrix<float>> uprim_;
+  kalmia::DeepCopied<std::vector<NCDataMatrix<float>>> pMatrices_;
+  kalmia::DeepCopied<std::vector<NCDataMatrix<float>>> cMatrices_;
+  kalmia::DeepCopied<NCDataMatrix<float>> tFilter_;  ///< scores of X on the last W, each W taken out before the next
+  kalmia::DeepCopied<NCDataMatrix<float>> toprim_;
+  kalmia::DeepCopied<NCDataMatrix<float>> poprim_;
+  kalmia::DeepCopied<NCDataMatrix<float>> coprim_;
+  kalmia::DeepCopied<NCDataMatrix<float>> woprim_;
+  kalmia::DeepCopied<NCDataMatrix<float>> uoprim_;
   Cells missingX_;
   Cells missingY_;
   int maxIterations_;
@@ -128,6 +129,6 @@ class KALMIA_EXPORT NCOPLS {
   // Last, so that the tables are the first to be destroyed. While results lie behind a table on the heap, its rows join
   // to one free block; as the last ones to go they would be given back to the system few by few, which took longer than
   // a component.
-  NCDataMatrix<float> x_;  ///< without the orthogonal components
-  NCDataMatrix<float> y_;  ///< likewise
+  kalmia::DeepCopied<NCDataMatrix<float>> x_;  ///< without the orthogonal components
+  kalmia::DeepCopied<NCDataMatrix<float>> y_;  ///< likewise
 };

@@ -3,9 +3,9 @@
 #include <cmath>
 
 #include "kalmia/kernels/passes/ComponentPasses.h"
+#include "kalmia/containers/DeepCopied.h"
 #include "kalmia/kernels/passes/SequentialScores.h"
 #include "kalmia/opls/NCOPLS.h"
-#include "kalmia/opls/internal/DeepCopy.h"
 #include "kalmia/opls/internal/OPLSProgress.h"
 #include "kalmia/pcapls/NCPCA.h"
 

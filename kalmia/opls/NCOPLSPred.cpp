@@ -3,7 +3,6 @@
 #include <utility>
 
 #include "kalmia/kernels/passes/SequentialScores.h"
-#include "kalmia/opls/internal/DeepCopy.h"
 #include "kalmia/opls/internal/OPLSBlocks.h"
 #include "kalmia/pcapls/internal/ComponentRows.h"
 #include "kalmia/support/NCError.h"
@@ -30,7 +29,7 @@ NCOPLSPred::NCOPLSPred(const NCDataMatrix<float>* X, const std::vector<NCDataMat
                        const std::vector<NCDataMatrix<float>>* P, const std::vector<NCDataMatrix<float>>* C,
                        const NCDataMatrix<float>* WO, const NCDataMatrix<float>* PO, const NCDataMatrix<float>* CO)
     : xOrthoResiduals_(kalmia::DeepCopy(*X)),
-      yPred_(X->SizeRows(), SizeYColumns(*X, {W, P, C, WO, PO, CO}), 0.0F),
+      yPred_(NCDataMatrix<float>(X->SizeRows(), SizeYColumns(*X, {W, P, C, WO, PO, CO}), 0.0F)),
       wMatrices_(kalmia::DeepCopy(*W)),
       pMatrices_(kalmia::DeepCopy(*P)),
       cMatrices_(kalmia::DeepCopy(*C)),
@@ -40,17 +39,7 @@ NCOPLSPred::NCOPLSPred(const NCDataMatrix<float>* X, const std::vector<NCDataMat
   Finalise();
 }
 
-NCOPLSPred::NCOPLSPred(const NCOPLSPred& other)
-    : xOrthoResiduals_(kalmia::DeepCopy(other.xOrthoResiduals_)),
-      yPred_(kalmia::DeepCopy(other.yPred_)),
-      wMatrices_(kalmia::DeepCopy(other.wMatrices_)),
-      pMatrices_(kalmia::DeepCopy(other.pMatrices_)),
-      cMatrices_(kalmia::DeepCopy(other.cMatrices_)),
-      woprim_(kalmia::DeepCopy(other.woprim_)),
-      poprim_(kalmia::DeepCopy(other.poprim_)),
-      coprim_(kalmia::DeepCopy(other.coprim_)),
-      tPred_(kalmia::DeepCopy(other.tPred_)),
-      toPred_(kalmia::DeepCopy(other.toPred_)) {}
+NCOPLSPred::NCOPLSPred(const NCOPLSPred& other) = default;
 
 NCOPLSPred& NCOPLSPred::operator=(const NCOPLSPred& other) {
   if (this == &other) return *this;

@@ -2,6 +2,7 @@
 
 #include <vector>
 
+#include "kalmia/containers/DeepCopied.h"
 #include "kalmia/containers/NCDataMatrix.h"
 #include "kalmia/opls/NCOPLS.h"
 #include "kalmia/support/Export.h"
@@ -42,14 +43,14 @@ class KALMIA_EXPORT NCOPLSPred {
   void Finalise();
   std::size_t Block() const { return static_cast<std::size_t>(toPred_.SizeRows()); }
 
-  NCDataMatrix<float> xOrthoResiduals_;
-  NCDataMatrix<float> yPred_;
-  std::vector<NCDataMatrix<float>> wMatrices_;
-  std::vector<NCDataMatrix<float>> pMatrices_;
-  std::vector<NCDataMatrix<float>> cMatrices_;
-  NCDataMatrix<float> woprim_;
-  NCDataMatrix<float> poprim_;
-  NCDataMatrix<float> coprim_;
-  NCDataMatrix<float> tPred_;
-  NCDataMatrix<float> toPred_;
+  kalmia::DeepCopied<NCDataMatrix<float>> xOrthoResiduals_;
+  kalmia::DeepCopied<NCDataMatrix<float>> yPred_;
+  kalmia::DeepCopied<std::vector<NCDataMatrix<float>>> wMatrices_;
+  kalmia::DeepCopied<std::vector<NCDataMatrix<float>>> pMatrices_;
+  kalmia::DeepCopied<std::vector<NCDataMatrix<float>>> cMatrices_;
+  kalmia::DeepCopied<NCDataMatrix<float>> woprim_;
+  kalmia::DeepCopied<NCDataMatrix<float>> poprim_;
+  kalmia::DeepCopied<NCDataMatrix<float>> coprim_;
+  kalmia::DeepCopied<NCDataMatrix<float>> tPred_;
+  kalmia::DeepCopied<NCDataMatrix<float>> toPred_;
 };

@@ -3,7 +3,6 @@
 #include <algorithm>
 
 #include "kalmia/opls/NCOPLS.h"
-#include "kalmia/opls/internal/DeepCopy.h"
 #include "kalmia/opls/internal/OPLSCrossValidationRound.h"
 #include "kalmia/opls/internal/OPLSProgress.h"
 #include "kalmia/pcapls/internal/CrossValidationGroups.h"
@@ -35,12 +34,6 @@ void Require(bool matches) {
 /// `rows` by `columns`; the number of columns of a matrix without rows means nothing.
 void RequireShape(const NCDataMatrix<float>& matrix, int rows, int columns) {
   Require(matrix.SizeRows() == rows && (rows == 0 || matrix.SizeColumns() == columns));
-}
-
-NCDataVector<float> DeepCopyOf(const NCDataVector<float>& vector) {
-  NCDataVector<float> copy;
-  copy.CopyContent(vector);
-  return copy;
 }
 
 }  // namespace
@@ -79,23 +72,7 @@ OPLSCrossValidation::OPLSCrossValidation(const NCDataMatrix<float>* X, const NCD
   MakeRoomForScores(predictiveComponents_);
 }
 
-OPLSCrossValidation::OPLSCrossValidation(const OPLSCrossValidation& other)
-    : x_(kalmia::DeepCopy(other.x_)),
-      y_(kalmia::DeepCopy(other.y_)),
-      data_(other.data_),
-      rounds_(other.rounds_),
-      yPred_(kalmia::DeepCopy(other.yPred_)),
-      predictiveComponents_(other.predictiveComponents_),
-      ssYcv_(DeepCopyOf(other.ssYcv_)),
-      tPred_(kalmia::DeepCopy(other.tPred_)),
-      toPred_(DeepCopyOf(other.toPred_)),
-      tSets_(kalmia::DeepCopy(other.tSets_)),
-      toSet_(kalmia::DeepCopy(other.toSet_)),
-      ssYcvOriginal_(DeepCopyOf(other.ssYcvOriginal_)),
-      q2TotCum_(other.q2TotCum_),
-      q2YVarCum_(DeepCopyOf(other.q2YVarCum_)) {
-  groups_.CopyContent(other.groups_);
-}
+OPLSCrossValidation::OPLSCrossValidation(const OPLSCrossValidation& other) = default;
 
 OPLSCrossValidation& OPLSCrossValidation::operator=(const OPLSCrossValidation& other) {
   if (this == &other) return *this;
@@ -106,15 +83,15 @@ OPLSCrossValidation& OPLSCrossValidation::operator=(const OPLSCrossValidation& o
   rounds_ = copy.rounds_;
   yPred_.swap(copy.yPred_);
   predictiveComponents_ = copy.predictiveComponents_;
-  ssYcv_ = copy.ssYcv_;
+  ssYcv_ = copy.ssYcv_.AsValue();
   tPred_.swap(copy.tPred_);
-  toPred_ = copy.toPred_;
+  toPred_ = copy.toPred_.AsValue();
   tSets_.swap(copy.tSets_);
   toSet_.swap(copy.toSet_);
-  ssYcvOriginal_ = copy.ssYcvOriginal_;
+  ssYcvOriginal_ = copy.ssYcvOriginal_.AsValue();
   q2TotCum_ = copy.q2TotCum_;
-  q2YVarCum_ = copy.q2YVarCum_;
-  groups_ = copy.groups_;
+  q2YVarCum_ = copy.q2YVarCum_.AsValue();
+  groups_ = copy.groups_.AsValue();
   return *this;
 }
 

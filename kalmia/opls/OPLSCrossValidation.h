@@ -2,6 +2,7 @@
 
 #include <vector>
 
+#include "kalmia/containers/DeepCopied.h"
 #include "kalmia/containers/NCDataMatrix.h"
 #include "kalmia/containers/NCDataVector.h"
 #include "kalmia/containers/NCIntegralVector.h"
@@ -78,19 +79,19 @@ class KALMIA_EXPORT OPLSCrossValidation {
   void MakeRoomForScores(int predictiveComponents);
   NCDataMatrix<float>& ScoresOf(int component) { return tSets_[static_cast<std::size_t>(component - 1)]; }
 
-  NCDataMatrix<float> x_;
-  NCDataMatrix<float> y_;
+  kalmia::DeepCopied<NCDataMatrix<float>> x_;
+  kalmia::DeepCopied<NCDataMatrix<float>> y_;
   OPLSCrossvalidationData data_;
   int rounds_;
-  NCDataMatrix<float> yPred_;
+  kalmia::DeepCopied<NCDataMatrix<float>> yPred_;
   int predictiveComponents_;
-  NCDataVector<float> ssYcv_;
-  NCDataMatrix<float> tPred_;
-  NCDataVector<float> toPred_;
-  std::vector<NCDataMatrix<float>> tSets_;
-  NCDataMatrix<float> toSet_;
-  NCDataVector<float> ssYcvOriginal_;
+  kalmia::DeepCopied<NCDataVector<float>> ssYcv_;
+  kalmia::DeepCopied<NCDataMatrix<float>> tPred_;
+  kalmia::DeepCopied<NCDataVector<float>> toPred_;
+  kalmia::DeepCopied<std::vector<NCDataMatrix<float>>> tSets_;
+  kalmia::DeepCopied<NCDataMatrix<float>> toSet_;
+  kalmia::DeepCopied<NCDataVector<float>> ssYcvOriginal_;
   float q2TotCum_ = kalmia::kMissing;
-  NCDataVector<float> q2YVarCum_;
-  NCIntegralVector<int, -99> groups_;
+  kalmia::DeepCopied<NCDataVector<float>> q2YVarCum_;
+  kalmia::DeepCopied<NCIntegralVector<int, -99>> groups_;
 };

@@ -3,7 +3,7 @@
 #include <istream>
 #include <ostream>
 
-#include "kalmia/opls/internal/DeepCopy.h"
+#include "kalmia/containers/DeepCopied.h"
 #include "kalmia/support/VexStream.h"
 
 namespace {
@@ -14,13 +14,6 @@ constexpr unsigned short kEntries = 11;
 constexpr unsigned short kFirstEntry = 1;
 constexpr int kSmallestMatrix = 32;  ///< bytes on a stream: less than magic, version and directory of an empty one
 constexpr int kSmallestVector = 4;   ///< its count
-
-std::vector<Matrices> DeepCopyOfEach(const std::vector<Matrices>& rounds) {
-  std::vector<Matrices> copies;
-  copies.reserve(rounds.size());
-  for (const Matrices& round : rounds) copies.push_back(kalmia::DeepCopy(round));
-  return copies;
-}
 
 template <class Item>
 void WriteCount(std::ostream& stream, const std::vector<Item>& items) {
@@ -87,14 +80,13 @@ OPLSCrossvalidationData::OPLSCrossvalidationData(int rounds, const NCDataMatrix<
 }
 
 OPLSCrossvalidationData::OPLSCrossvalidationData(const OPLSCrossvalidationData& other)
-    : WMatricesPerRound(DeepCopyOfEach(other.WMatricesPerRound)),
-      PMatricesPerRound(DeepCopyOfEach(other.PMatricesPerRound)),
-      CMatricesPerRound(DeepCopyOfEach(other.CMatricesPerRound)),
+    : WMatricesPerRound(kalmia::DeepCopy(other.WMatricesPerRound)),
+      PMatricesPerRound(kalmia::DeepCopy(other.PMatricesPerRound)),
+      CMatricesPerRound(kalmia::DeepCopy(other.CMatricesPerRound)),
       WOPerRound(kalmia::DeepCopy(other.WOPerRound)),
       POPerRound(kalmia::DeepCopy(other.POPerRound)),
-      COPerRound(kalmia::DeepCopy(other.COPerRound)) {
-  SSY.CopyContent(other.SSY);
-}
+      COPerRound(kalmia::DeepCopy(other.COPerRound)),
+      SSY(kalmia::DeepCopy(other.SSY)) {}
 
 OPLSCrossvalidationData& OPLSCrossvalidationData::operator=(const OPLSCrossvalidationData& other) {
   if (this == &other) return *this;

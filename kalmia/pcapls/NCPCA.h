@@ -22,7 +22,7 @@ struct ModelFields;
 /// Source: Wold, Esbensen & Geladi (1987), Chemom. Intell. Lab. Syst. 2, 37-52.
 ///
 /// A model belongs to one thread at a time. It cannot be copied.
-class KALMIA_EXPORT NCPCA : public VexStreamBase {
+class KALMIA_EXPORT NCPCA : public kalmia::Persistent<NCPCA> {
  public:
   NCPCA();  ///< empty, to be read from a stream
   /// The table (N x K) is shared until the first write. `maxIterations` limits the rounds of one component; the first
@@ -74,23 +74,9 @@ class KALMIA_EXPORT NCPCA : public VexStreamBase {
   // Persistence: magic "NCPCA", version 2; version 1 is read. A stream that is cut, or whose matrices disagree in their
   // numbers of observations or variables (one without rows agrees with any), is refused by a false read (version 1 may
   // throw VexStreamError), and the model is then empty.
-  class DerivedStreamableData : public VexStreamableData {
-   public:
-    using VexStreamableData::VexStreamableData;
-  };
   static DerivedStreamableData MyStreamableData;
-  short GetVexStreamVersionNumber() const { return MyStreamableData.GetVexStreamVersionNumber(); }
-  short GetMyVexStreamVersionNumber() const { return MyStreamableData.GetMyVexStreamVersionNumber(); }
   bool VexStreamableWrite(std::ostream& stream);
   bool VexStreamableRead(std::istream& stream);
-  bool VexStreamableWriteBases(std::ostream& stream);
-  bool VexStreamableReadBases(std::istream& stream);
-  mutable bool streamVisited = false;
-
- protected:
-  bool VexStreamableStartWrite(std::ostream& stream) override;
-  bool VexStreamableStartRead(std::istream& stream) override;
-  void VexStreamableReset() override;
 
  private:
   struct Component;

@@ -10,19 +10,6 @@
 
 NCPCA::DerivedStreamableData NCPCA::MyStreamableData(2, "NCPCA");
 
-bool NCPCA::VexStreamableStartWrite(std::ostream& stream) { return kalmia::StartWrite(*this, stream); }
-
-bool NCPCA::VexStreamableStartRead(std::istream& stream) { return kalmia::StartRead(*this, stream); }
-
-void NCPCA::VexStreamableReset() {
-  streamVisited = false;
-  VexStreamBase::VexStreamableReset();
-}
-
-bool NCPCA::VexStreamableWriteBases(std::ostream& stream) { return VexStreamBase::VexStreamableStartWrite(stream); }
-
-bool NCPCA::VexStreamableReadBases(std::istream& stream) { return VexStreamBase::VexStreamableStartRead(stream); }
-
 kalmia::ModelFields NCPCA::Fields() { return {{&pprim_, &tprim_, &residuals_}, &maxIterations_, &iterations_}; }
 
 bool NCPCA::VexStreamableWrite(std::ostream& stream) { return kalmia::WriteModel(stream, Fields()); }

@@ -23,7 +23,7 @@ struct ModelFields;
 /// Source: Wold, Sjoestroem & Eriksson (2001), Chemom. Intell. Lab. Syst. 58, 109-130.
 ///
 /// A model belongs to one thread at a time. It cannot be copied.
-class KALMIA_EXPORT NCPLS : public VexStreamBase {
+class KALMIA_EXPORT NCPLS : public kalmia::Persistent<NCPLS> {
  public:
   NCPLS();  ///< empty, to be read from a stream
   /// The tables are shared until the first write. Shape: X N x K, y N cells or Y N x M, K and M at least 1; nothing is
@@ -106,23 +106,9 @@ class KALMIA_EXPORT NCPLS : public VexStreamBase {
   // Persistence: magic "NCPLS", version 2; version 1 is read. A stream that is cut, or whose matrices disagree in their
   // numbers of observations or variables (one without rows agrees with any), makes the read fail and leaves an empty
   // model; damage within a matrix of a version 1 stream may also throw VexStreamError, with an empty model too.
-  class DerivedStreamableData : public VexStreamableData {
-   public:
-    using VexStreamableData::VexStreamableData;
-  };
   static DerivedStreamableData MyStreamableData;
-  short GetVexStreamVersionNumber() const { return MyStreamableData.GetVexStreamVersionNumber(); }
-  short GetMyVexStreamVersionNumber() const { return MyStreamableData.GetMyVexStreamVersionNumber(); }
   bool VexStreamableWrite(std::ostream& stream);
   bool VexStreamableRead(std::istream& stream);
-  bool VexStreamableWriteBases(std::ostream& stream);
-  bool VexStreamableReadBases(std::istream& stream);
-  mutable bool streamVisited = false;
-
- protected:
-  bool VexStreamableStartWrite(std::ostream& stream) override;
-  bool VexStreamableStartRead(std::istream& stream) override;
-  void VexStreamableReset() override;
 
  private:
   struct Component;

@@ -11,19 +11,6 @@
 
 NCPLS::DerivedStreamableData NCPLS::MyStreamableData(2, "NCPLS");
 
-bool NCPLS::VexStreamableStartWrite(std::ostream& stream) { return kalmia::StartWrite(*this, stream); }
-
-bool NCPLS::VexStreamableStartRead(std::istream& stream) { return kalmia::StartRead(*this, stream); }
-
-void NCPLS::VexStreamableReset() {
-  streamVisited = false;
-  VexStreamBase::VexStreamableReset();
-}
-
-bool NCPLS::VexStreamableWriteBases(std::ostream& stream) { return VexStreamBase::VexStreamableStartWrite(stream); }
-
-bool NCPLS::VexStreamableReadBases(std::istream& stream) { return VexStreamBase::VexStreamableStartRead(stream); }
-
 kalmia::ModelFields NCPLS::Fields() {
   return {{&cprim_, &pprim_, &wprim_, &uprim_, &tprim_, &xResiduals_, &yResiduals_}, &maxIterations_, &iterations_};
 }

@@ -45,7 +45,7 @@ NCScale::NCScale(int variables) : variables_(variables) {
 }
 
 NCScale::NCScale(const NCScale& other)
-    : VexStreamBase(other),
+    : Persistent(),
       centres_(std::make_shared<NCDataVector<float>>()),
       scales_(std::make_shared<NCDataVector<float>>()),
       types_(std::make_shared<std::vector<int>>(*other.types_)),

@@ -35,7 +35,7 @@ class KALMIA_EXPORT NCScaleError : public NCError {
 /// (x - centre) * factor, where the factor is 1 / s (unit variance) or 1 / sqrt(s) (Pareto scaling, van den Berg et al.
 /// (2006), BMC Genomics 7, 142). Centres and factors are stored as float; a missing one (-99) leaves the column alone.
 /// Holes of the matrix stay holes. Variables are numbered from 1; no variable number is checked.
-class KALMIA_EXPORT NCScale : public VexStreamBase {
+class KALMIA_EXPORT NCScale : public kalmia::Persistent<NCScale> {
  public:
   /// Values beyond these, as a stream may bring them, behave like ScalingUndefined.
   enum Scaling : int {
@@ -82,23 +82,9 @@ class KALMIA_EXPORT NCScale : public VexStreamBase {
 
   // Persistence: magic "NCS", version 2; version 1 is read. A stream that is cut, or whose centres, factors and types
   // disagree in number, makes the read fail and leaves no variables. A read ends any sharing with other objects.
-  class DerivedStreamableData : public VexStreamableData {
-   public:
-    using VexStreamableData::VexStreamableData;
-  };
   static DerivedStreamableData MyStreamableData;
-  short GetVexStreamVersionNumber() const { return MyStreamableData.GetVexStreamVersionNumber(); }
-  short GetMyVexStreamVersionNumber() const { return MyStreamableData.GetMyVexStreamVersionNumber(); }
   bool VexStreamableWrite(std::ostream& stream);
   bool VexStreamableRead(std::istream& stream);
-  bool VexStreamableWriteBases(std::ostream& stream);
-  bool VexStreamableReadBases(std::istream& stream);
-  mutable bool streamVisited = false;
-
- protected:
-  bool VexStreamableStartWrite(std::ostream& stream) override;
-  bool VexStreamableStartRead(std::istream& stream) override;
-  void VexStreamableReset() override;
 
  private:
   void RequireVariable(int variable) const;

@@ -6,19 +6,6 @@
 
 NCScale::DerivedStreamableData NCScale::MyStreamableData(2, "NCS");
 
-bool NCScale::VexStreamableStartWrite(std::ostream& stream) { return kalmia::StartWrite(*this, stream); }
-
-bool NCScale::VexStreamableStartRead(std::istream& stream) { return kalmia::StartRead(*this, stream); }
-
-void NCScale::VexStreamableReset() {
-  streamVisited = false;
-  VexStreamBase::VexStreamableReset();
-}
-
-bool NCScale::VexStreamableWriteBases(std::ostream& stream) { return VexStreamBase::VexStreamableStartWrite(stream); }
-
-bool NCScale::VexStreamableReadBases(std::istream& stream) { return VexStreamBase::VexStreamableStartRead(stream); }
-
 bool NCScale::VexStreamableWrite(std::ostream& stream) {
   OutputStreamDirectory directory(stream, 3);
   directory.GetOutput(0) << *centres_;

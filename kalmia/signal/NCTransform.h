@@ -78,7 +78,7 @@ class KALMIA_EXPORT NCTransformErrors {
 ///
 /// Cells are read as float, computed in double and written as float. "In range" is a double that is no NaN, infinite or
 /// denormal, and not beyond the largest float; 0 is in range, and so is what only becomes denormal or 0 as a float.
-class KALMIA_EXPORT TransformStruct : public VexStreamBase {
+class KALMIA_EXPORT TransformStruct : public kalmia::Persistent<TransformStruct> {
  public:
   static constexpr int kConstants = 4;
 
@@ -139,23 +139,9 @@ class KALMIA_EXPORT TransformStruct : public VexStreamBase {
   // Persistence: magic "TS", version 1. The kind takes 2 bytes; one that they cannot hold is written as
   // TransformUndefined, which does as little. Fields that are not there throw VexStreamError, another version gives a
   // false read; nothing is changed then.
-  class DerivedStreamableData : public VexStreamableData {
-   public:
-    using VexStreamableData::VexStreamableData;
-  };
   static DerivedStreamableData MyStreamableData;
-  short GetVexStreamVersionNumber() const { return MyStreamableData.GetVexStreamVersionNumber(); }
-  short GetMyVexStreamVersionNumber() const { return MyStreamableData.GetMyVexStreamVersionNumber(); }
   bool VexStreamableWrite(std::ostream& stream);
   bool VexStreamableRead(std::istream& stream);
-  bool VexStreamableWriteBases(std::ostream& stream);
-  bool VexStreamableReadBases(std::istream& stream);
-  mutable bool streamVisited = false;  ///< copied with the rest; << and >> start by resetting it
-
- protected:
-  bool VexStreamableStartWrite(std::ostream& stream) override;
-  bool VexStreamableStartRead(std::istream& stream) override;
-  void VexStreamableReset() override;
 
  private:
   double A() const { return constants_[1]; }
@@ -168,7 +154,7 @@ class KALMIA_EXPORT TransformStruct : public VexStreamBase {
 
 /// A transformation for each column of a matrix, to be applied before scaling. Columns are numbered from 1; no column
 /// number is checked.
-class KALMIA_EXPORT NCTransform : public VexStreamBase {
+class KALMIA_EXPORT NCTransform : public kalmia::Persistent<NCTransform> {
  public:
   NCTransform();                      ///< no columns: to be read from a stream
   explicit NCTransform(int columns);  ///< all TransformNone; NCError for fewer than 0
@@ -195,23 +181,9 @@ class KALMIA_EXPORT NCTransform : public VexStreamBase {
 
   // Persistence: magic "NCT", version 2; version 1 is read. False for a count that the stream does not cover, a missing
   // entry or another version; VexStreamError where an element throws it. No columns are left then.
-  class DerivedStreamableData : public VexStreamableData {
-   public:
-    using VexStreamableData::VexStreamableData;
-  };
   static DerivedStreamableData MyStreamableData;
-  short GetVexStreamVersionNumber() const { return MyStreamableData.GetVexStreamVersionNumber(); }
-  short GetMyVexStreamVersionNumber() const { return MyStreamableData.GetMyVexStreamVersionNumber(); }
   bool VexStreamableWrite(std::ostream& stream);
   bool VexStreamableRead(std::istream& stream);
-  bool VexStreamableWriteBases(std::ostream& stream);
-  bool VexStreamableReadBases(std::istream& stream);
-  mutable bool streamVisited = false;  ///< copied with the rest; << and >> start by resetting it
-
- protected:
-  bool VexStreamableStartWrite(std::ostream& stream) override;
-  bool VexStreamableStartRead(std::istream& stream) override;
-  void VexStreamableReset() override;
 
  private:
   using Transforms = std::vector<TransformStruct>;

@@ -45,23 +45,6 @@ std::istream& TransformStruct::OldRead(std::istream& stream) {
   return stream;
 }
 
-bool TransformStruct::VexStreamableStartWrite(std::ostream& stream) { return kalmia::StartWrite(*this, stream); }
-
-bool TransformStruct::VexStreamableStartRead(std::istream& stream) { return kalmia::StartRead(*this, stream); }
-
-void TransformStruct::VexStreamableReset() {
-  streamVisited = false;
-  VexStreamBase::VexStreamableReset();
-}
-
-bool TransformStruct::VexStreamableWriteBases(std::ostream& stream) {
-  return VexStreamBase::VexStreamableStartWrite(stream);
-}
-
-bool TransformStruct::VexStreamableReadBases(std::istream& stream) {
-  return VexStreamBase::VexStreamableStartRead(stream);
-}
-
 bool TransformStruct::VexStreamableWrite(std::ostream& stream) {
   const std::int16_t type = TwoBytesOf(type_);
   OutputStreamDirectory directory(stream, 2);
@@ -85,21 +68,6 @@ bool TransformStruct::VexStreamableRead(std::istream& stream) {
   std::copy_n(read, kConstants, constants_);
   return stream.good();
 }
-
-bool NCTransform::VexStreamableStartWrite(std::ostream& stream) { return kalmia::StartWrite(*this, stream); }
-
-bool NCTransform::VexStreamableStartRead(std::istream& stream) { return kalmia::StartRead(*this, stream); }
-
-void NCTransform::VexStreamableReset() {
-  streamVisited = false;
-  VexStreamBase::VexStreamableReset();
-}
-
-bool NCTransform::VexStreamableWriteBases(std::ostream& stream) {
-  return VexStreamBase::VexStreamableStartWrite(stream);
-}
-
-bool NCTransform::VexStreamableReadBases(std::istream& stream) { return VexStreamBase::VexStreamableStartRead(stream); }
 
 bool NCTransform::VexStreamableWrite(std::ostream& stream) {
   OutputStreamDirectory directory(stream, 1);

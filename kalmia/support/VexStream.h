@@ -139,21 +139,54 @@ namespace kalmia {
 /// Throws the VexStreamError of a stream that lies or ends too early: "Error when reading from stream".
 [[noreturn]] KALMIA_EXPORT void ThrowReadError();
 
-/// The start operations of a persistent class: where the object was not visited in this pass yet, it is now, and its
-/// magic and version, its base and its own fields are written; or the magic is checked and VexStreamableRead called.
-template <class Object>
-bool StartWrite(Object& object, std::ostream& stream) {
-  if (object.streamVisited) return true;
-  object.streamVisited = true;
-  return Object::MyStreamableData.Write(stream) && object.VexStreamableWriteBases(stream) &&
-         object.VexStreamableWrite(stream);
-}
-template <class Object>
-bool StartRead(Object& object, std::istream& stream) {
-  if (object.streamVisited) return true;
-  object.streamVisited = true;
-  return Object::MyStreamableData.Check(stream) && object.VexStreamableRead(stream);
-}
+/// A root of persistence that classes share however often they derive from it, as containers do.
+class KALMIA_EXPORT VirtualStreamBase : public virtual VexStreamBase {};
+
+/// What every persistent class has beside its fields. `Class` derives from Persistent<Class> and declares, in public,
+///   static DerivedStreamableData MyStreamableData;   its magic and version
+///   bool VexStreamableWrite(std::ostream& stream);   writes its fields; true on success
+///   bool VexStreamableRead(std::istream& stream);    reads them, after the magic and the version
+/// `Base` is the persistent class that it extends.
+template <class Class, class Base = VexStreamBase>
+class KALMIA_EXPORT Persistent : public Base {
+ public:
+  class DerivedStreamableData : public VexStreamableData {
+   public:
+    using VexStreamableData::VexStreamableData;
+  };
+
+  using Base::Base;
+  Persistent() = default;
+  explicit Persistent(const Base& other) : Base(other) {}
+
+  short GetVexStreamVersionNumber() const { return Class::MyStreamableData.GetVexStreamVersionNumber(); }
+  short GetMyVexStreamVersionNumber() const { return Class::MyStreamableData.GetMyVexStreamVersionNumber(); }
+  bool VexStreamableWriteBases(std::ostream& stream) { return Base::VexStreamableStartWrite(stream); }
+  bool VexStreamableReadBases(std::istream& stream) { return Base::VexStreamableStartRead(stream); }
+
+  mutable bool streamVisited = false;  ///< in this pass; << and >> start by resetting it
+
+ protected:
+  /// Writes magic and version, the base and the fields, unless the object was visited in this pass.
+  bool VexStreamableStartWrite(std::ostream& stream) override {
+    if (streamVisited) return true;
+    streamVisited = true;
+    return Class::MyStreamableData.Write(stream) && VexStreamableWriteBases(stream) && Self().VexStreamableWrite(stream);
+  }
+  /// Checks the magic and has the rest read, unless the object was visited in this pass.
+  bool VexStreamableStartRead(std::istream& stream) override {
+    if (streamVisited) return true;
+    streamVisited = true;
+    return Class::MyStreamableData.Check(stream) && Self().VexStreamableRead(stream);
+  }
+  void VexStreamableReset() override {
+    streamVisited = false;
+    Base::VexStreamableReset();
+  }
+
+ private:
+  Class& Self() { return static_cast<Class&>(*this); }
+};
 
 /// An entry of a directory that is an array of items, as WriteArray takes it; null items leave the entry out.
 struct ArrayEntry {

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <cmath>
 
-#include "kalmia/opls/internal/DeepCopy.h"
+#include "kalmia/containers/DeepCopied.h"
 #include "kalmia/pcapls/NCPCA.h"
 #include "testing/RandomTables.h"
 

@@ -3,9 +3,9 @@
 
 #include <algorithm>
 
+#include "kalmia/containers/DeepCopied.h"
 #include "kalmia/opls/NCOPLS.h"
 #include "kalmia/opls/NCOPLSPred.h"
-#include "kalmia/opls/internal/DeepCopy.h"
 #include "kalmia/pcapls/internal/ComponentRows.h"
 
 namespace {

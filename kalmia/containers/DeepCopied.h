@@ -1,0 +1,71 @@
+#pragma once
+
+#include <memory>
+#include <utility>
+#include <vector>
+
+#include "kalmia/containers/NCDataMatrix.h"
+#include "kalmia/containers/NCDataVector.h"
+#include "kalmia/containers/NCIntegralVector.h"
+#include "kalmia/support/Export.h"
+
+namespace kalmia {
+
+// Copies that share no storage with their originals. Tables and vectors count their sharers without locks, so what two
+// threads use must not be shared between them.
+
+template <class Container>
+Container DeepCopyOfCells(const Container& original) {
+  Container copy;
+  copy.CopyContent(original);
+  return copy;
+}
+
+template <class T>
+NCDataMatrix<T> DeepCopy(const NCDataMatrix<T>& matrix) {
+  return DeepCopyOfCells(matrix);
+}
+
+template <class T>
+NCDataVector<T> DeepCopy(const NCDataVector<T>& vector) {
+  return DeepCopyOfCells(vector);
+}
+
+template <class T, int M>
+NCIntegralVector<T, M> DeepCopy(const NCIntegralVector<T, M>& vector) {
+  return DeepCopyOfCells(vector);
+}
+
+/// A copy of what is there; null for null.
+template <class T>
+std::unique_ptr<T> DeepCopy(const std::unique_ptr<T>& original) {
+  return original ? std::make_unique<T>(DeepCopy(*original)) : nullptr;
+}
+
+/// A copy of each element.
+template <class Item>
+std::vector<Item> DeepCopy(const std::vector<Item>& items) {
+  std::vector<Item> copies;
+  copies.reserve(items.size());
+  for (const Item& item : items) copies.push_back(DeepCopy(item));
+  return copies;
+}
+
+/// A member that is a Value in everything, but whose copies are deep: a class whose tables are such members has deep
+/// copies by default. A Value is taken in, and given out as one, as Value copies itself: tables are shared.
+template <class Value>
+class KALMIA_EXPORT DeepCopied : public Value {
+ public:
+  DeepCopied() = default;
+  explicit DeepCopied(Value value) : Value(std::move(value)) {}
+  DeepCopied(const DeepCopied& other) : Value(DeepCopy(other.AsValue())) {}
+  DeepCopied& operator=(const DeepCopied& other) { return *this = DeepCopy(other.AsValue()); }
+  DeepCopied& operator=(Value value) {
+    Value::operator=(std::move(value));
+    return *this;
+  }
+
+  const Value& AsValue() const { return *this; }  ///< to share it rather than to copy it
+};
+
+}  // namespace kalmia
