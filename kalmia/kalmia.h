@@ -69,6 +69,7 @@
 #include "kalmia/o2pls/NCO2PLS.h"
 #include "kalmia/o2pls/NCO2PLSPred.h"
 #include "kalmia/o2pls/NCYOrthogonalPLS.h"
+#include "kalmia/o2pls/O2PLSCVResults.h"
 #include "kalmia/o2pls/O2PLSCrossValidation.h"
 #include "kalmia/o2pls/O2PLSPredictiveComponentEstimator.h"
 #include "kalmia/o2pls/OSCPLSComponentValidator.h"

@@ -8,11 +8,11 @@
 #include <utility>
 #include <vector>
 
+#include "kalmia/cluster/internal/ClusterProgress.h"
 #include "kalmia/cluster/internal/CommonColumns.h"
-#include "kalmia/cluster/internal/StoppableProgress.h"
 #include "kalmia/support/MD5.h"
 
-using kalmia::StoppableProgress;
+using kalmia::ClusterProgress;
 
 namespace DendroGram {
 
@@ -58,12 +58,12 @@ void WriteToCache(VexStreamSource& cache, const CString& name, const DendroGramN
 }
 
 /// Questions of a search of which nothing is seen where it is short.
-kalmia::Ask QuestionsOfCheck(const StoppableProgress& bar) {
-  if (!bar) return {};
+kalmia::Ask QuestionsOfCheck(const ClusterProgress& bar) {
+  if (!bar.IsThere()) return {};
   return [bar, told = false]() mutable {
     if (!told) bar.SetText("Comparing missing cells");
     told = true;
-    bar.Poll();
+    bar.ThrowIfStopped();
   };
 }
 
@@ -81,14 +81,14 @@ void Merge(std::vector<Tree>& list, int i, int j, float height) {
 }
 
 /// Merges until one node is left.
-void MergeAll(std::vector<Tree>& list, ClusterDistanceCalculator& calculator, const StoppableProgress& bar) {
+void MergeAll(std::vector<Tree>& list, ClusterDistanceCalculator& calculator, const ClusterProgress& bar) {
   int merges = 0;
   while (list.size() >= 2) {
     int i = 0, j = 0;
     const float height = calculator.FindNearestAndMerge(i, j);
     Merge(list, i, j, height);
     if (++merges % 10 == 0) bar.SetValue(static_cast<float>(merges));
-    bar.Poll();
+    bar.ThrowIfStopped();
   }
 }
 
@@ -96,7 +96,7 @@ void MergeAll(std::vector<Tree>& list, ClusterDistanceCalculator& calculator, co
 
 DendroGramNode* GetDendroGram(const NCDataMatrix<float>& data, ClusterDistanceCalculator& calculator,
                               NCProgress* progress, VexStreamSource* cache) {
-  const StoppableProgress bar(progress);
+  const ClusterProgress bar(progress);
   const CString name = cache ? CacheName(data, calculator, kalmia::QuestionsTo(bar)) : CString();
   if (cache)
     if (Tree stored = ReadFromCache(*cache, name)) return stored.release();

@@ -9,12 +9,12 @@
 #include <string>
 #include <utility>
 
+#include "kalmia/cluster/internal/ClusterProgress.h"
 #include "kalmia/cluster/internal/PairSort.h"
-#include "kalmia/cluster/internal/StoppableProgress.h"
 #include "kalmia/statistics/Sta.h"
 #include "kalmia/support/TempFile.h"
 
-using kalmia::StoppableProgress;
+using kalmia::ClusterProgress;
 
 namespace DendroGram {
 
@@ -49,7 +49,7 @@ std::size_t ChunkOf(const std::vector<DistanceAndIndex>& buffer, std::uint32_t l
   return std::min({buffer.capacity(), kRecordsAtOnce, static_cast<std::size_t>(left)});
 }
 
-DistanceRange RangeOf(DistanceFile& file, std::vector<DistanceAndIndex>& buffer, const StoppableProgress& bar) {
+DistanceRange RangeOf(DistanceFile& file, std::vector<DistanceAndIndex>& buffer, const ClusterProgress& bar) {
   const EmptiedAtTheEnd lent = {buffer};
   DistanceRange range;
   file.SeekTo(0);
@@ -63,7 +63,7 @@ DistanceRange RangeOf(DistanceFile& file, std::vector<DistanceAndIndex>& buffer,
       if (pair.distance > range.largest) range.largest = pair.distance;
     }
     done += static_cast<std::uint32_t>(chunk);
-    if (done < file.count) bar.Poll();
+    if (done < file.count) bar.ThrowIfStopped();
   }
   return range;
 }
@@ -145,7 +145,7 @@ DistanceFiles DistributeDistances(DistanceFile& source, std::vector<float>& limi
                                   std::vector<DistanceAndIndex>& buffer, unsigned total, NCProgress* progress) {
   if (buffer.capacity() == 0) throw NCError("Cluster analysis: a buffer without room cannot distribute distances.");
   const EmptiedAtTheEnd lent = {buffer};
-  const StoppableProgress bar(progress);
+  const ClusterProgress bar(progress);
   std::sort(limits.begin(), limits.end(), std::greater<>());
   DistanceFiles files;
   for (std::size_t k = 0; k < limits.size(); ++k) {
@@ -158,7 +158,7 @@ DistanceFiles DistributeDistances(DistanceFile& source, std::vector<float>& limi
   for (std::uint32_t done = 0; done < source.count;) {
     const std::size_t chunk = ChunkOf(buffer, source.count - done);
     const auto report = [&](double fraction) {
-      bar.Poll();
+      bar.ThrowIfStopped();
       if (total != 0) bar.SetValue(static_cast<float>((static_cast<double>(chunk) * fraction + done) / total));
     };
     buffer.resize(chunk);
@@ -184,7 +184,7 @@ MegaDistances::MegaDistances(std::vector<DistanceAndIndex>& memory, NCProgress* 
   segments_.push_back(std::make_shared<DistanceFile>());
   buffer_ = std::move(memory);
   buffer_.clear();
-  const StoppableProgress bar(progress_);
+  const ClusterProgress bar(progress_);
   bar.SetRange(0, 1);
   CString text;
   text.Format("Calculating and saving %u distances", total_);
@@ -210,7 +210,7 @@ void MegaDistances::SplitDistances() {
   const std::shared_ptr<DistanceFile> source = segments_.front();
   const int parts = static_cast<int>(std::min(2.0 * source->count / memorySize_ + 1.0, kMostParts));
   const float sigma = static_cast<float>(std::sqrt(sumOfSquares_ / source->count));
-  const StoppableProgress bar(progress_);
+  const ClusterProgress bar(progress_);
   bar.SetText("Splitting distances");
   bar.SetRange(0, 1);
   std::vector<float> limits;
@@ -245,7 +245,7 @@ void MegaDistances::ReplaceLastSegment(const DistanceFiles& parts) {
 void MegaDistances::SplitLastSegment() {
   const std::shared_ptr<DistanceFile> source = segments_.back();
   const auto parts = static_cast<std::uint32_t>(std::min(source->count / memorySize_ + 2.0, kMostParts));
-  StoppableProgress(progress_).SetText("Re-partitioning");
+  ClusterProgress(progress_).SetText("Re-partitioning");
   std::vector<float> limits;
   for (std::uint32_t k = 1; k < parts; ++k)
     limits.push_back(static_cast<float>(k) * (source->maximum - source->minimum) / static_cast<float>(parts) +
@@ -255,7 +255,7 @@ void MegaDistances::SplitLastSegment() {
     const DistanceFiles files = DistributeDistances(*source, limits, buffer_, total_, progress_);
     if (files.size() > 1) return ReplaceLastSegment(files);
   }
-  const DistanceRange range = RangeOf(*source, buffer_, StoppableProgress(progress_));
+  const DistanceRange range = RangeOf(*source, buffer_, ClusterProgress(progress_));
   source->isConstant = range.IsConstant();
   if (source->isConstant) return;
   const bool wasExact = source->minimum == range.smallest && source->maximum == range.largest;
@@ -268,7 +268,7 @@ void MegaDistances::SplitLastSegment() {
 
 /// The last records of a file.
 void MegaDistances::Load(DistanceFile& file, std::uint32_t n) {
-  const StoppableProgress bar(progress_);
+  const ClusterProgress bar(progress_);
   bar.SetText("Loading distances");
   file.SeekTo(file.count - n);
   for (std::size_t done = 0; done < n;) {
@@ -276,7 +276,7 @@ void MegaDistances::Load(DistanceFile& file, std::uint32_t n) {
     buffer_.resize(done + chunk);
     if (!file.Read(buffer_.data() + done, chunk)) throw NCError(kLoadError);
     done += chunk;
-    if (done < n) bar.Poll();
+    if (done < n) bar.ThrowIfStopped();
   }
   bar.SetText("Sorting");
   kalmia::SortPairs(buffer_.data(), buffer_.size(), kalmia::QuestionsTo(bar));
@@ -295,7 +295,7 @@ void MegaDistances::LoadNextSegment() {
   }
   file.count -= n;
   if (file.count == 0) segments_.pop_back();
-  StoppableProgress(progress_).SetText("Merging clusters");
+  ClusterProgress(progress_).SetText("Merging clusters");
 }
 
 }  // namespace DendroGram

@@ -4,9 +4,9 @@
 #include <numeric>
 #include <utility>
 
+#include "kalmia/cluster/internal/ClusterProgress.h"
 #include "kalmia/cluster/internal/DistancesOnDisk.h"
 #include "kalmia/cluster/internal/InitialDistances.h"
-#include "kalmia/cluster/internal/StoppableProgress.h"
 
 namespace DendroGram {
 
@@ -38,7 +38,7 @@ void SingleLinkageDistanceCalculator::Init(const NCDataMatrix<float>& data, NCPr
   labels_.resize(static_cast<std::size_t>(data.SizeRows()));
   std::iota(labels_.begin(), labels_.end(), 0);
   megaDistances_.reset();
-  ask_ = kalmia::QuestionsTo(kalmia::StoppableProgress(progress));
+  ask_ = kalmia::QuestionsTo(kalmia::ClusterProgress(progress));
   try {
     CalculateInitialDistances(data, progress, distances_, SquaredDifference, SquareRootOfDistance);
   } catch (const ClusterAllocationError&) {

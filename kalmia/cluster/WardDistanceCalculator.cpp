@@ -4,9 +4,9 @@
 #include <utility>
 #include <vector>
 
+#include "kalmia/cluster/internal/ClusterProgress.h"
 #include "kalmia/cluster/internal/InitialDistances.h"
 #include "kalmia/cluster/internal/PairMemory.h"
-#include "kalmia/cluster/internal/StoppableProgress.h"
 #include "kalmia/cluster/internal/WardClusters.h"
 #include "kalmia/cluster/internal/WardPairList.h"
 
@@ -37,7 +37,7 @@ WardDistanceCalculator::~WardDistanceCalculator() = default;
 
 void WardDistanceCalculator::Init(const NCDataMatrix<float>& data, NCProgress* progress) {
   *state_ = State();
-  state_->ask = kalmia::QuestionsTo(kalmia::StoppableProgress(progress));
+  state_->ask = kalmia::QuestionsTo(kalmia::ClusterProgress(progress));
   std::vector<DistanceAndIndex> list;
   if (HasDistances())
     CalculateInitialDistances(data, progress, list, HalfSquaredDifference,

@@ -10,6 +10,10 @@
 #include "kalmia/support/NCError.h"
 #include "kalmia/support/NCProgress.h"
 
+namespace kalmia {
+class OrthogonalSearch;
+}
+
 /// Says that a block has no more dimensions that are unrelated to the other block.
 class KALMIA_EXPORT NCO2PLSDimensionalityException : public NCError {
  public:
@@ -142,7 +146,8 @@ class KALMIA_EXPORT NCO2PLS {
                                              const NCDataMatrix<float>& Q);
 
  private:
-  friend class O2PLSCrossValidation;  // for SharingBlocks and RequireColumns
+  friend class O2PLSCrossValidation;      // for RequireColumns
+  friend class kalmia::OrthogonalSearch;  // for SharingBlocks
 
   using Result = kalmia::DeepCopied<NCDataMatrix<float>>;
   static const std::array<Result NCO2PLS::*, 18> kResults;  ///< all matrices but X and Y

@@ -8,13 +8,13 @@
 
 #include "kalmia/o2pls/O2PLSPredictiveComponentEstimator.h"
 #include "kalmia/o2pls/SignificanceE.h"
-#include "kalmia/o2pls/internal/FlipRows.h"
 #include "kalmia/o2pls/internal/GroupSplit.h"
 #include "kalmia/o2pls/internal/O2PLSRounds.h"
+#include "kalmia/o2pls/internal/OrthogonalSearch.h"
 #include "kalmia/o2pls/internal/Q2Limit.h"
 #include "kalmia/pcapls/internal/CrossValidationGroups.h"
-#include "kalmia/support/CString.h"
 #include "kalmia/support/NCError.h"
+#include "kalmia/support/internal/OptionalProgress.h"
 
 namespace {
 
@@ -41,74 +41,7 @@ kalmia::Q2Limit& LimitOfQ2() {
 
 double SquaresOf(const Matrix& table) { return static_cast<double>(table.GetSS()); }
 
-/// The caller's bar, which may be absent. What it answers when it is moved is passed over.
-class Bar {
- public:
-  explicit Bar(NCProgress* bar) : bar_(bar) {}
-
-  void SetRange(float from, float to) const {
-    if (bar_) bar_->SetRange(from, to);
-  }
-  void SetText(const char* text) const {
-    if (bar_) bar_->SetText(text);
-  }
-  void SetValue(float value) const {
-    if (bar_) bar_->SetValue(value);
-  }
-  void PushSubRange(float from, float to) const {
-    if (bar_) bar_->PushSubRange(from, to);
-  }
-  void PopSubRange() const {
-    if (bar_) bar_->PopSubRange();
-  }
-  bool IsStopped() const { return bar_ && bar_->IsBreakPressed(); }
-  void ThrowIfStopped() const {
-    if (IsStopped()) throw NCError("Computations aborted.");
-  }
-
- private:
-  NCProgress* bar_;
-};
-
-/// One side's search for orthogonal components: what it may do, and what it finds.
-struct SideSearch {
-  bool xSide;
-  bool isSearch;        ///< false: all of `most` are taken
-  int most;
-  float totalSS;        ///< of the block whose prediction is judged
-  double q2;            ///< of the models as they stand
-  int* found;
-  Vector* q2Series;
-  Groups* significance;
-};
-
-/// Takes the models of the first rounds back to where they were.
-void Restore(std::vector<NCO2PLS>* backup, std::vector<O2PLSRound>* rounds) {
-  for (std::size_t g = 0; g < backup->size(); ++g) (*rounds)[g].model.swap((*backup)[g]);
-}
-
-/// One more orthogonal component in the model; false where it cannot be computed.
-bool AddOrthogonalComponent(bool xSide, NCProgress* progress, NCO2PLS* model) try {
-  model->NextOrthogonalComponent(xSide, model->SizePredComps(), progress);
-  model->CalculatePredictiveComps(model->SizePredComps(), progress);
-  model->Finalise();
-  model->EndFit();
-  return true;
-} catch (const NCError&) {
-  return false;
-}
-
 }  // namespace
-
-void O2PLSCVResults::FlipPredictiveModel(const std::vector<bool>& xFlips, const std::vector<bool>& yFlips) {
-  for (std::size_t i = 0; i < TSet.size(); ++i) {
-    const bool anyX = kalmia::FlipRows(xFlips, {&TSet[i], &PSet[i], &WSet[i]});
-    const bool anyY = kalmia::FlipRows(yFlips, {&USet[i], &CSet[i], &QSet[i]});
-    if (!anyX && !anyY) continue;
-    LambdaSet[i] = TSet[i].GetRegressionCoefficients(USet[i]);
-    XLambdaSet[i] = USet[i].GetRegressionCoefficients(TSet[i]);
-  }
-}
 
 /// The whole search, stage by stage.
 class O2PLSCrossValidation::Calculation {
@@ -120,14 +53,16 @@ class O2PLSCrossValidation::Calculation {
   void Run(int maxIterations, int predictive, int xOrthogonal, int yOrthogonal);
 
  private:
+  void ThrowIfStopped() const {
+    if (!bar_.GoesOn()) throw NCError("Computations aborted.");
+  }
   bool EstimatePredictiveComponents(int wanted);
   void MakeRounds(int maxIterations);
   double Q2OfY(int ySideComponents);  ///< of new models without X-side components
   void SearchXSide(int wanted, double q2);
   void SearchYSide(int wanted);
   int MostComponents(int wanted, int variables) const;
-  void AddOrthogonalComponents(SideSearch* search);
-  bool TryOneMore(SideSearch* search);
+  double LeastGain() const { return static_cast<double>(GetQ2Lim(X_.SizeRows(), results_.PredictiveComponents)); }
   void JudgePredictiveComponents();
   void JudgePredictiveComponent(int component, std::size_t round, Vector* press);
   bool EnoughVariablesGain(int component) const;
@@ -136,7 +71,7 @@ class O2PLSCrossValidation::Calculation {
   const Matrix& X_;
   const Matrix& Y_;
   const Groups& groups_;
-  Bar bar_;
+  kalmia::OptionalProgress bar_;
   NCProgress* ofModels_;
   O2PLSCVResults& results_;
   std::vector<O2PLSRound> rounds_;
@@ -148,7 +83,7 @@ class O2PLSCrossValidation::Calculation {
 
 void O2PLSCrossValidation::Calculation::Run(int maxIterations, int predictive, int xOrthogonal, int yOrthogonal) {
   if (!EstimatePredictiveComponents(predictive)) return;
-  bar_.ThrowIfStopped();
+  ThrowIfStopped();
   bar_.SetValue(1.0F);
   bar_.SetText("Calculating initial Q2");
   MakeRounds(maxIterations);
@@ -156,17 +91,17 @@ void O2PLSCrossValidation::Calculation::Run(int maxIterations, int predictive, i
   // A denormal would say nothing either, but 1 - r is 0 or, next to it, at least 2^-53.
   if (!std::isfinite(q2)) throw NCError("There is no correlation between X and Y");
 
-  bar_.ThrowIfStopped();
+  ThrowIfStopped();
   bar_.PushSubRange(2.0F, 3.0F);
   bar_.SetText("Estimating Y-orthogonal components");
   SearchXSide(xOrthogonal, q2);
 
-  bar_.ThrowIfStopped();
+  ThrowIfStopped();
   bar_.PopSubRange();
   bar_.PushSubRange(3.0F, 4.0F);
   bar_.SetText("Estimating X-orthogonal components");
   SearchYSide(yOrthogonal);
-  bar_.ThrowIfStopped();
+  ThrowIfStopped();
   bar_.PopSubRange();
   bar_.SetValue(4.0F);
 
@@ -185,11 +120,11 @@ void O2PLSCrossValidation::Calculation::Run(int maxIterations, int predictive, i
   JudgePredictiveComponents();
   ChoosePredictiveComponents(/*isSearch=*/predictive < 0);
   kalmia::AlignRounds(&rounds_);
-  bar_.ThrowIfStopped();
+  ThrowIfStopped();
   bar_.SetValue(6.0F);
   bar_.SetText("Saving CV results");
   kalmia::SaveRounds(rounds_, groups_, &results_);
-  bar_.ThrowIfStopped();
+  ThrowIfStopped();
   bar_.SetValue(kStages);
 }
 
@@ -235,69 +170,27 @@ int O2PLSCrossValidation::Calculation::MostComponents(int wanted, int variables)
 }
 
 void O2PLSCrossValidation::Calculation::SearchXSide(int wanted, double q2) {
-  SideSearch search{/*xSide=*/true,
-                    wanted < 0,
-                    MostComponents(wanted, X_.SizeColumns()),
-                    static_cast<float>(totalSSY_),
-                    q2,
-                    &results_.XSideComponents,
-                    &results_.Q2XSide,
-                    &results_.XSideSignificance};
-  AddOrthogonalComponents(&search);
+  kalmia::OrthogonalSearch search(&rounds_, bar_, ofModels_);
+  search.xSide = true;
+  search.isSearch = wanted < 0;
+  search.most = MostComponents(wanted, X_.SizeColumns());
+  search.totalSS = static_cast<float>(totalSSY_);
+  search.q2 = q2;
+  search.leastGain = LeastGain();
+  search.Run(&results_.XSideComponents, &results_.Q2XSide, &results_.XSideSignificance);
 }
 
 void O2PLSCrossValidation::Calculation::SearchYSide(int wanted) {
   double press = 0.0;
   for (const O2PLSRound& round : rounds_) press += SquaresOf(kalmia::ErrorsOfX(round));
-  SideSearch search{/*xSide=*/false,
-                    wanted < 0,
-                    MostComponents(wanted, Y_.SizeColumns()),
-                    static_cast<float>(totalSSX_),
-                    1.0 - press / totalSSX_,
-                    &results_.YSideComponents,
-                    &results_.Q2YSide,
-                    &results_.YSideSignificance};
-  AddOrthogonalComponents(&search);
-}
-
-void O2PLSCrossValidation::Calculation::AddOrthogonalComponents(SideSearch* search) try {
-  *search->found = 0;
-  if (search->most < 1) return;
-  bar_.SetRange(0.0F, static_cast<float>(rounds_.size() - 1));
-  while (*search->found < search->most && TryOneMore(search)) ++*search->found;
-} catch (const CString& text) {
-  throw NCError(text);
-} catch (const NCError&) {
-  throw NCError(
-      "Cross validation could not be computed.\nThis can be due to low variance/missing values in the X and/or Y "
-      "matrices.");
-}
-
-bool O2PLSCrossValidation::Calculation::TryOneMore(SideSearch* search) {
-  double press = 0.0;
-  std::vector<NCO2PLS> backup;
-  backup.reserve(rounds_.size());
-  for (O2PLSRound& round : rounds_) {
-    backup.push_back(round.model.SharingBlocks());
-    if (!AddOrthogonalComponent(search->xSide, ofModels_, &round.model)) {
-      Restore(&backup, &rounds_);
-      return false;
-    }
-    press += SquaresOf(search->xSide ? kalmia::ErrorsOfY(round) : kalmia::ErrorsOfX(round));
-    if (bar_.IsStopped()) throw CString("Computations aborted");
-    bar_.SetValue(static_cast<float>(backup.size()));
-  }
-  const double q2 = 1.0 - press / static_cast<double>(search->totalSS);
-  const double gain = q2 - search->q2;
-  const double limit = static_cast<double>(GetQ2Lim(X_.SizeRows(), *search->found + 1 + results_.PredictiveComponents));
-  search->q2Series->push_back(static_cast<float>(q2));
-  search->significance->push_back(gain > limit ? SignificanceE::R1 : SignificanceE::NS);
-  if (search->isSearch && gain < limit) {  // a gain that equals the limit is kept, though not significant
-    Restore(&backup, &rounds_);
-    return false;
-  }
-  search->q2 = q2;
-  return true;
+  kalmia::OrthogonalSearch search(&rounds_, bar_, ofModels_);
+  search.xSide = false;
+  search.isSearch = wanted < 0;
+  search.most = MostComponents(wanted, Y_.SizeColumns());
+  search.totalSS = static_cast<float>(totalSSX_);
+  search.q2 = 1.0 - press / totalSSX_;
+  search.leastGain = LeastGain();
+  search.Run(&results_.YSideComponents, &results_.Q2YSide, &results_.YSideSignificance);
 }
 
 void O2PLSCrossValidation::Calculation::JudgePredictiveComponents() {

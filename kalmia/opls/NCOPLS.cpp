@@ -7,10 +7,10 @@
 #include "kalmia/kernels/passes/FilteredProducts.h"
 #include "kalmia/kernels/passes/SequentialScores.h"
 #include "kalmia/opls/internal/OPLSBlocks.h"
-#include "kalmia/opls/internal/OPLSProgress.h"
 #include "kalmia/pcapls/NCPCA.h"
 #include "kalmia/pcapls/internal/ComponentRows.h"
 #include "kalmia/support/NCError.h"
+#include "kalmia/support/internal/OptionalProgress.h"
 
 namespace {
 
@@ -102,9 +102,9 @@ NCOPLS::~NCOPLS() = default;
 
 void NCOPLS::NextComponent(NCProgress* progress, NCProgress* ofModels) {
   if (tprim_.SizeRows() == 0) return CalcOPLS(progress, ofModels, CrossProduct(x_));
-  const kalmia::OPLSProgress bar(progress, "OPLS component aborted.");
+  const kalmia::StoppableProgress bar(progress, "OPLS component aborted.", NCError::Level2);
   bar.SetRange(0.0F, 10.0F);
-  bar.ThrowIfBreakPressed();
+  bar.ThrowIfStopped();
   const NCDataMatrix<float> crossProduct = AppendOrthogonalComponent(ofModels);
   bar.PushSubRange(1.0F, 10.0F);
   CalcOPLS(progress, ofModels, crossProduct);

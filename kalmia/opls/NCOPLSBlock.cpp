@@ -2,12 +2,12 @@
 #include <algorithm>
 #include <cmath>
 
-#include "kalmia/kernels/passes/ComponentPasses.h"
 #include "kalmia/containers/DeepCopied.h"
+#include "kalmia/kernels/passes/ComponentPasses.h"
 #include "kalmia/kernels/passes/SequentialScores.h"
 #include "kalmia/opls/NCOPLS.h"
-#include "kalmia/opls/internal/OPLSProgress.h"
 #include "kalmia/pcapls/NCPCA.h"
+#include "kalmia/support/internal/OptionalProgress.h"
 
 namespace {
 
@@ -23,7 +23,7 @@ NCDataMatrix<float> RowsUpTo(const NCDataMatrix<float>& matrix, int last) {
 }  // namespace
 
 void NCOPLS::CalcOPLS(NCProgress* progress, NCProgress* ofModels, const NCDataMatrix<float>& crossProduct) {
-  const kalmia::OPLSProgress bar(progress, "OPLS component aborted.");
+  const kalmia::StoppableProgress bar(progress, "OPLS component aborted.", NCError::Level2);
   bar.SetRange(0.0F, 10.0F);
   bar.PushSubRange(0.0F, 9.0F);
   bar.SetRange(0.0F, 1.0F);
@@ -35,7 +35,7 @@ void NCOPLS::CalcOPLS(NCProgress* progress, NCProgress* ofModels, const NCDataMa
 
 /// Pass after pass, the cross-product of what is not explained yet, holes being 0 again, is added to the first one.
 NCOPLS::Block NCOPLS::SettleWeights(NCProgress* progress, NCProgress* ofModels, NCDataMatrix<float> crossProduct) {
-  const kalmia::OPLSProgress bar(progress, "OPLS component aborted.");
+  const kalmia::StoppableProgress bar(progress, "OPLS component aborted.", NCError::Level2);
   passes_ = 0;
   NCDataMatrix<float> sum;
   Block block;

@@ -3,11 +3,12 @@
 #include <algorithm>
 
 #include "kalmia/opls/NCOPLS.h"
+#include "kalmia/opls/NCOPLSPred.h"
 #include "kalmia/opls/internal/OPLSCrossValidationRound.h"
-#include "kalmia/opls/internal/OPLSProgress.h"
 #include "kalmia/pcapls/internal/CrossValidationGroups.h"
 #include "kalmia/pcapls/internal/Q2.h"
 #include "kalmia/support/NCError.h"
+#include "kalmia/support/internal/OptionalProgress.h"
 
 namespace {
 
@@ -45,16 +46,16 @@ OPLSCrossValidation::OPLSCrossValidation(const NCDataMatrix<float>* X, const NCD
   RequireMatchingTables(*X, *Y, groups);
   TakeTables(*X, *Y, groups);
   data_ = OPLSCrossvalidationData(rounds_, y_);
-  const kalmia::OPLSProgress bar(progress, kStopped);
+  const kalmia::StoppableProgress bar(progress, kStopped, NCError::Level2);
   bar.SetRange(0.0F, static_cast<float>(rounds_));
   for (int group = 0; group < rounds_; ++group) {
     bar.PushSubRange(static_cast<float>(group), static_cast<float>(group) + kShareOfTheModel);
-    const Round round = Divide(group);
+    const kalmia::OPLSRound round = kalmia::DivideByGroup(x_, y_, groups_, group);
     NCOPLS model(&round.trainX, &round.trainY, predictiveComponents_, kMaxIterations);
     model.NextComponent(progress, ofModels);
     bar.PopSubRange();
     ssYcvOriginal_(group + 1, static_cast<float>(round.trainY.GetSS()));
-    SaveModelMatrices(&model, group);
+    kalmia::StoreModel(&model, group, &data_);
     SaveGroupResults(&model, round);
   }
   CalculateQ2();
@@ -136,18 +137,18 @@ void OPLSCrossValidation::RequireMatchingData(const OPLSCrossvalidationData& dat
 }
 
 void OPLSCrossValidation::NextComponent(NCProgress* progress, NCProgress* ofModels) {
-  const kalmia::OPLSProgress bar(progress, kStopped);
+  const kalmia::StoppableProgress bar(progress, kStopped, NCError::Level2);
   bar.SetRange(0.0F, static_cast<float>(rounds_));
   for (int group = 0; group < rounds_; ++group) {
     bar.PushSubRange(static_cast<float>(group), static_cast<float>(group) + kShareOfTheModel);
-    const Round round = Divide(group);
+    const kalmia::OPLSRound round = kalmia::DivideByGroup(x_, y_, groups_, group);
     const auto g = static_cast<std::size_t>(group);
     NCOPLS model(&round.trainX, &round.trainY, &data_.WMatricesPerRound[g], &data_.PMatricesPerRound[g],
                  &data_.CMatricesPerRound[g], &data_.WOPerRound[g], &data_.POPerRound[g], &data_.COPerRound[g],
                  predictiveComponents_, kMaxIterations);
     model.NextComponent(nullptr, ofModels);
     bar.PopSubRange();
-    SaveModelMatrices(&model, group);
+    kalmia::StoreModel(&model, group, &data_);
     SaveGroupResults(&model, round);
   }
   CalculateQ2();
@@ -176,3 +177,42 @@ int OPLSCrossValidation::SizeOComponents() {
 }
 
 NCDataMatrix<float> OPLSCrossValidation::GetYPredResiduals() { return y_ - yPred_; }
+
+void OPLSCrossValidation::SaveGroupResults(NCOPLS* model, const kalmia::OPLSRound& round) {
+  const int row = round.group + 1;
+  MakeRoomForScores(model->SizeComponents());
+  NCOPLSPred prediction(&round.testX, model);
+  ssYcv_(row, static_cast<float>(model->GetYResiduals().GetSS()));
+  const int orthogonal = model->SizeOrthogonalComponents();
+  for (int o = 1; o <= orthogonal; ++o) prediction.CalcNextComponent();
+
+  int k = 0;
+  for (const int i : round.trainIndex) {
+    ++k;
+    for (int a = 1; a <= model->SizeComponents(); ++a) ScoresOf(a)(row, i, (*model->GetTprim())[a][k]);
+    if (orthogonal > 0) toSet_(row, i, (*model->GetTOprim())[orthogonal][k]);
+  }
+  k = 0;
+  for (const int i : round.testIndex) {
+    ++k;
+    for (int a = 1; a <= model->SizeComponents(); ++a) {
+      const float score = (*prediction.GetTPred())[a][k];
+      ScoresOf(a)(row, i, score);
+      tPred_(a, i, score);
+    }
+    if (orthogonal > 0) {
+      const float score = (*prediction.GetTOPred())[orthogonal][k];
+      toSet_(row, i, score);
+      toPred_(i, score);
+    }
+    for (int j = 1; j <= y_.SizeColumns(); ++j) yPred_(i, j, (*prediction.GetYPred())[k][j]);
+  }
+}
+
+/// Scores of so many predictive components at least; new ones are missing.
+void OPLSCrossValidation::MakeRoomForScores(int predictiveComponents) {
+  while (static_cast<int>(tSets_.size()) < predictiveComponents) {
+    tSets_.emplace_back(rounds_, x_.SizeRows());
+    tPred_.InsertRow(tPred_.SizeRows() + 1, NCDataVector<float>(x_.SizeRows()));
+  }
+}

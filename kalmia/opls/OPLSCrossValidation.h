@@ -12,6 +12,10 @@
 
 class NCOPLS;
 
+namespace kalmia {
+struct OPLSRound;
+}
+
 /// Cross-validation of an OPLS model over groups of observations: one model per group, made without it, predicts it.
 /// Construction does so without orthogonal components, each NextComponent with one more, so that Q2 comes out step by
 /// step; the caller decides where to stop. Unlike the other validations it needs no finished model; it keeps its own X
@@ -67,14 +71,10 @@ class KALMIA_EXPORT OPLSCrossValidation {
   const NCDataVector<float>* GetToPred() const { return &toPred_; }                ///< the newest orthogonal one, N
 
  private:
-  struct Round;
-
   void TakeTables(const NCDataMatrix<float>& X, const NCDataMatrix<float>& Y, const NCIntegralVector<int, -99>* groups);
   static void RequireMatchingData(const OPLSCrossvalidationData& data, const NCDataMatrix<float>& X,
                                   const NCDataMatrix<float>& Y);
-  Round Divide(int group) const;
-  void SaveModelMatrices(NCOPLS* model, int group);
-  void SaveGroupResults(NCOPLS* model, const Round& round);
+  void SaveGroupResults(NCOPLS* model, const kalmia::OPLSRound& round);
   void CalculateQ2();
   void MakeRoomForScores(int predictiveComponents);
   NCDataMatrix<float>& ScoresOf(int component) { return tSets_[static_cast<std::size_t>(component - 1)]; }

@@ -7,9 +7,9 @@
 #include <system_error>
 #include <vector>
 
+#include "kalmia/cluster/internal/ClusterProgress.h"
 #include "kalmia/cluster/internal/InitialDistances.h"
 #include "kalmia/cluster/internal/PairMemory.h"
-#include "kalmia/cluster/internal/StoppableProgress.h"
 #include "kalmia/support/TempFile.h"
 #include "kalmia/support/UserComm.h"
 
@@ -94,7 +94,7 @@ std::unique_ptr<MegaDistances> DistancesOnDisk(const NCDataMatrix<float>& data, 
   TellOfDisk(rows, directory, freeSpace(directory));
   // First what is of another order than the pairs: the buffer may take nearly all that is free.
   using DendroGram::RowDistances;
-  const StoppableProgress bar(progress);
+  const ClusterProgress bar(progress);
   const Ask poll = QuestionsTo(bar);
   const RowDistances distances(data, DendroGram::SquaredDifference, DendroGram::SquareRootOfDistance, poll);
   std::vector<DistanceAndIndex> some(static_cast<std::size_t>(rows) * RowDistances::kRowsSideBySide);

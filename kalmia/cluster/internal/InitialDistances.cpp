@@ -5,14 +5,14 @@
 #include <cstddef>
 #include <utility>
 
+#include "kalmia/cluster/internal/ClusterProgress.h"
 #include "kalmia/cluster/internal/PairMemory.h"
 #include "kalmia/cluster/internal/PairSort.h"
-#include "kalmia/cluster/internal/StoppableProgress.h"
 #include "kalmia/containers/Missing.h"
 #include "kalmia/kernels/simd/SquareSums.h"
 
 using kalmia::Ask;
-using kalmia::StoppableProgress;
+using kalmia::ClusterProgress;
 using kalmia::WorkMeter;
 using kalmia::simd::kTileRows;
 
@@ -58,16 +58,16 @@ void FillList(const RowDistances& distances, int size, int shares, std::vector<D
 }
 
 /// Questions in the course of a step that takes the bar from `from` on by 1: about `expected` of them.
-Ask QuestionsOfStep(const StoppableProgress& bar, float from, std::int64_t expected) {
-  if (!bar) return {};
+Ask QuestionsOfStep(const ClusterProgress& bar, float from, std::int64_t expected) {
+  if (!bar.IsThere()) return {};
   return [&bar, from, expected, asked = std::int64_t{0}]() mutable {
-    bar.Poll();
+    bar.ThrowIfStopped();
     if (++asked < expected) bar.SetValue(from + static_cast<float>(asked) / static_cast<float>(expected));
   };
 }
 
 /// The questions of a sort: a short one asks too often for each to move the bar.
-Ask QuestionsOfSort(const StoppableProgress& bar, std::int64_t pairs) {
+Ask QuestionsOfSort(const ClusterProgress& bar, std::int64_t pairs) {
   if (pairs > static_cast<std::int64_t>(kalmia::kPairsAskedOneByOne))
     return QuestionsOfStep(bar, 2, pairs / kPairsSortedPerQuestion);
   return kalmia::QuestionsTo(bar);
@@ -208,7 +208,7 @@ std::vector<int> SplitRowsForThreads(int threads, int rows) {
 void CalculateInitialDistances(const NCDataMatrix<float>& data, NCProgress* progress,
                                std::vector<DistanceAndIndex>& list, ElementFunction element, FinishFunction finish,
                                const kalmia::MemoryNeeds& needs) {
-  const StoppableProgress bar(progress);
+  const ClusterProgress bar(progress);
   const int rows = data.SizeRows();
   // The number of pairs is told in 32 bits.
   if (rows > std::sqrt(4294967294.0)) throw NCError(NoMemoryText(rows));

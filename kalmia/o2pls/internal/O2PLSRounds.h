@@ -7,7 +7,7 @@
 #include "kalmia/containers/NCIntegralVector.h"
 #include "kalmia/o2pls/NCO2PLS.h"
 #include "kalmia/o2pls/NCO2PLSPred.h"
-#include "kalmia/o2pls/O2PLSCrossValidation.h"
+#include "kalmia/o2pls/O2PLSCVResults.h"
 
 namespace kalmia {
 
