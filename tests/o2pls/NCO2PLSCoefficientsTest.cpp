@@ -23,7 +23,7 @@ constexpr int kVariables = 7, kOtherVariables = 4;
 /// Of no model: a fitted one has right angles by which terms could be left out or exchanged.
 Matrices RandomMatrices(int predictive, int orthogonal, unsigned seed) {
   const auto random = [&seed](int rows, int columns) {
-    return plain::Of(RandomMatrix<float>(rows, columns, 0, seed++));
+    return plain::TableOf(RandomMatrix<float>(rows, columns, 0, seed++));
   };
   return {random(predictive, kVariables), random(predictive, kVariables), random(orthogonal, kVariables),
           random(orthogonal, kVariables), random(predictive, predictive), random(orthogonal, kOtherVariables),

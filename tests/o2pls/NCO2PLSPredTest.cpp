@@ -49,12 +49,12 @@ TEST(NCO2PLSPred, PredictsBothBlocksAsAPlainTwinDoes) {
   for (const auto& [xOrthogonal, yOrthogonal] : {std::pair{0, 0}, {1, 0}, {2, 1}}) {
     const NCO2PLS model = Fitted(c.fit, 2, xOrthogonal, yOrthogonal);
     const plain::O2PLS plainModel = PlainOf(model);
-    const plain::Prediction ofY = plain::PredictY(plain::Of(c.fresh.X), plainModel, 6);
+    const plain::Prediction ofY = plain::PredictY(plain::TableOf(c.fresh.X), plainModel, 6);
     const NCO2PLSYPred y(&c.fresh.X, &model);
     ExpectNear(y.GetYPred(), ofY.predicted, "Y");
     ExpectNear(y.GetT(), ofY.scores, "T");
     ExpectNear(y.GetTo(), ofY.orthogonalScores, "To");
-    const plain::Prediction ofX = plain::PredictY(plain::Of(c.fresh.Y), plain::Swapped(plainModel), 7);
+    const plain::Prediction ofX = plain::PredictY(plain::TableOf(c.fresh.Y), plain::Swapped(plainModel), 7);
     const NCO2PLSXPred x(&c.fresh.Y, &model);
     ExpectNear(x.GetXPred(), ofX.predicted, "X");
     ExpectNear(x.GetU(), ofX.scores, "U");
@@ -107,7 +107,7 @@ TEST(NCO2PLSPred, PredictsTheSameBitsFromStoredMatrices) {
 TEST(NCO2PLSPred, GoesByTheMatricesItIsGivenEvenIfNoFitGivesSuch) {
   // Of a fitted model weights and loadings have right angles by which some steps could be exchanged.
   const auto random = [](int rows, int columns, unsigned seed) {
-    return plain::Of(RandomMatrix<float>(rows, columns, 0, seed));
+    return plain::TableOf(RandomMatrix<float>(rows, columns, 0, seed));
   };
   const auto ofUnitLength = [&](int rows, int columns, unsigned seed) {
     plain::Table table = random(rows, columns, seed);
@@ -126,7 +126,7 @@ TEST(NCO2PLSPred, GoesByTheMatricesItIsGivenEvenIfNoFitGivesSuch) {
   using plain::ToFloat;
   const NCO2PLSYPred y(X, ToFloat(m.P), ToFloat(m.W), ToFloat(m.Q), ToFloat(m.Wo), ToFloat(m.Po), ToFloat(m.S),
                        ToFloat(m.Lambda), 4);
-  const plain::Prediction expected = plain::PredictY(plain::Of(X), m, 4);
+  const plain::Prediction expected = plain::PredictY(plain::TableOf(X), m, 4);
   ExpectNear(y.GetYPred(), expected.predicted, "Y");
   ExpectNear(y.GetT(), expected.scores, "T");
   ExpectNear(y.GetTo(), expected.orthogonalScores, "To");
@@ -175,7 +175,7 @@ TEST(NCO2PLSPred, TakesTheScoresOfRowsWithHolesFromTheCellsThatAreThere) {
   const NCO2PLSYPred y(&holed, &m);
   // The first orthogonal score by hand: the cells that are there over what of the weights lies opposite them, held up
   // at a third.
-  plain::Table row = plain::Of(holed.GetRowSubMatrix(3, 3));
+  plain::Table row = plain::TableOf(holed.GetRowSubMatrix(3, 3));
   const plain::O2PLS p = PlainOf(m);
   const auto score = [&](const plain::Vector& w) {
     double sum = 0.0, squares = 0.0;

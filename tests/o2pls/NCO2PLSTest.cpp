@@ -79,7 +79,7 @@ INSTANTIATE_TEST_SUITE_P(, NCO2PLSOnBlocks, ::testing::ValuesIn(kShapes),
 
 TEST_P(NCO2PLSOnBlocks, HasTheMatricesOfAPlainTwin) {
   const Shape& s = GetParam();
-  const plain::O2PLS expected = plain::FitO2PLS(plain::Of(blocks_.X), plain::Of(blocks_.Y), s.predictive,
+  const plain::O2PLS expected = plain::FitO2PLS(plain::TableOf(blocks_.X), plain::TableOf(blocks_.Y), s.predictive,
                                                 s.xOrthogonal, s.yOrthogonal);
   const plain::O2PLS model = PlainOf(model_);
   ExpectSameRows(model.W, expected.W, "W");
@@ -100,8 +100,8 @@ TEST_P(NCO2PLSOnBlocks, HasTheMatricesOfAPlainTwin) {
 
 TEST_P(NCO2PLSOnBlocks, PutsTheFirstWeightAlongTheFirstRightSingularVectorOfTheCrossProduct) {
   if (GetParam().xOrthogonal + GetParam().yOrthogonal > 0) model_ = Fitted(blocks_, GetParam().predictive, 0, 0);
-  const plain::Table product = plain::Product(plain::Transposed(plain::Of(blocks_.Y)), plain::Of(blocks_.X));
-  EXPECT_LT(plain::SineOfAngle(plain::Of(model_.GetW())[0], plain::FirstLoading(product)), kConvergence);
+  const plain::Table product = plain::Product(plain::Transposed(plain::TableOf(blocks_.Y)), plain::TableOf(blocks_.X));
+  EXPECT_LT(plain::SineOfAngle(plain::TableOf(model_.GetW())[0], plain::FirstLoading(product)), kConvergence);
 }
 
 TEST_P(NCO2PLSOnBlocks, KeepsOrthogonalScoresAtRightAnglesToItsOwnPredictiveScores) {
@@ -131,13 +131,13 @@ TEST_P(NCO2PLSOnBlocks, LeavesNothingOfBlocksWithoutNoise) {
   const plain::O2PLS m = PlainOf(Fitted(clean, s.predictive, s.xOrthogonal, s.yOrthogonal));
   const auto left = [](plain::Table block, const plain::Table& T, const plain::Table& P, const plain::Table& To,
                        const plain::Table& Po) {
-    const double all = plain::Squares(block);
+    const double all = plain::SquaresOf(block);
     for (std::size_t a = 0; a < T.size(); ++a) plain::AddOuter(&block, T[a], P[a], -1.0);
     for (std::size_t a = 0; a < To.size(); ++a) plain::AddOuter(&block, To[a], Po[a], -1.0);
-    return std::sqrt(plain::Squares(block) / all);
+    return std::sqrt(plain::SquaresOf(block) / all);
   };
-  EXPECT_LT(left(plain::Of(clean.X), m.T, m.P, m.To, m.Po), kConvergence);
-  EXPECT_LT(left(plain::Of(clean.Y), m.U, m.Q, m.Uo, m.Qo), kConvergence);
+  EXPECT_LT(left(plain::TableOf(clean.X), m.T, m.P, m.To, m.Po), kConvergence);
+  EXPECT_LT(left(plain::TableOf(clean.Y), m.U, m.Q, m.Uo, m.Qo), kConvergence);
 }
 
 TEST_P(NCO2PLSOnBlocks, SplitsTheSumOfSquaresIntoJointOrthogonalAndResidual) {
@@ -146,7 +146,7 @@ TEST_P(NCO2PLSOnBlocks, SplitsTheSumOfSquaresIntoJointOrthogonalAndResidual) {
   const plain::O2PLS m = PlainOf(model_);
   const auto expectSum = [](plain::Table block, const plain::Table& T, const plain::Table& P, const plain::Table& To,
                             const plain::Table& Po) {
-    const double all = plain::Squares(block);
+    const double all = plain::SquaresOf(block);
     double parts = 0.0;
     const auto take = [&](const plain::Table& scores, const plain::Table& loadings) {
       for (std::size_t a = 0; a < scores.size(); ++a) {
@@ -156,13 +156,13 @@ TEST_P(NCO2PLSOnBlocks, SplitsTheSumOfSquaresIntoJointOrthogonalAndResidual) {
     };
     take(T, P);
     take(To, Po);
-    EXPECT_NEAR(parts + plain::Squares(block), all, kRounding * all);
+    EXPECT_NEAR(parts + plain::SquaresOf(block), all, kRounding * all);
     for (const plain::Table* scores : {&T, &To})
       for (const plain::Vector& t : *scores)
         EXPECT_LT(Length(plain::TransposedProduct(block, t)), kRounding * Length(t) * std::sqrt(all));
   };
-  expectSum(plain::Of(blocks_.Y), m.U, m.Q, m.Uo, m.Qo);
-  expectSum(plain::Of(blocks_.X), m.T, m.P, m.To, m.Po);
+  expectSum(plain::TableOf(blocks_.Y), m.U, m.Q, m.Uo, m.Qo);
+  expectSum(plain::TableOf(blocks_.X), m.T, m.P, m.To, m.Po);
 }
 
 TEST_P(NCO2PLSOnBlocks, RelatesTheScoresByLeastSquares) {
@@ -191,11 +191,11 @@ TEST_P(NCO2PLSOnBlocks, RegressesTheWholeBlocksOnTheOrthogonalScoresOfTheOther) 
       const plain::Vector sums = plain::TransposedProduct(block, scores[a]);
       const double ss = plain::Dot(scores[a], scores[a]);
       for (std::size_t j = 0; j < sums.size(); ++j)
-        EXPECT_NEAR(result[a][j], sums[j] / ss, kRounding * std::sqrt(plain::Squares(block) / ss));
+        EXPECT_NEAR(result[a][j], sums[j] / ss, kRounding * std::sqrt(plain::SquaresOf(block) / ss));
     }
   };
-  expectRegression(plain::Of(blocks_.X), m.Uo, m.R);
-  expectRegression(plain::Of(blocks_.Y), m.To, m.S);
+  expectRegression(plain::TableOf(blocks_.X), m.Uo, m.R);
+  expectRegression(plain::TableOf(blocks_.Y), m.To, m.S);
 }
 
 TEST_P(NCO2PLSOnBlocks, CoefficientsReproduceThePredictionOfBothBlocks) {

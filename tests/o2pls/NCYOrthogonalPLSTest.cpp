@@ -63,10 +63,10 @@ plain::Vector OutsideOf(const plain::Table& Y, const plain::Vector& v) {
 
 /// The coefficients of a PLS model of one y, of `most` components or until a ten-thousandth of X is left.
 plain::Vector PLSCoefficients(plain::Table X, plain::Vector y, int most) {
-  const double limit = 0.0001 * plain::Squares(X);
+  const double limit = 0.0001 * plain::SquaresOf(X);
   plain::Table W, P;
   plain::Vector c;
-  for (int a = 0; a < most && limit <= plain::Squares(X); ++a) {
+  for (int a = 0; a < most && limit <= plain::SquaresOf(X); ++a) {
     plain::Vector w = plain::TransposedProduct(X, y);
     plain::Normalise(&w);
     const plain::Vector t = plain::Product(X, w);
@@ -116,8 +116,8 @@ TEST_P(NCYOrthogonalPLSOnTables, FindsTheWeightsOfAPlainTwinInAsManyRounds) {
   const int rounds = log.Count("SpinDone");
   EXPECT_GE(rounds, 2);
   // The first direction is that of an iteration that ends at a change of 1e-5; no round magnifies it ten times.
-  const plain::Vector expected = WeightsOfTwin(plain::Of(blocks.X), plain::Of(blocks.Y), rounds, s.mostPLS);
-  EXPECT_LT(plain::SineOfAngle(plain::Of(*model.GetWprim())[0], expected), 1e-4);
+  const plain::Vector expected = WeightsOfTwin(plain::TableOf(blocks.X), plain::TableOf(blocks.Y), rounds, s.mostPLS);
+  EXPECT_LT(plain::SineOfAngle(plain::TableOf(*model.GetWprim())[0], expected), 1e-4);
 }
 
 /// What the spinner was told at the end of each round: the call behind SpinDone.
@@ -140,7 +140,7 @@ TEST_P(NCYOrthogonalPLSOnTables, GoesOnUntilTheWeightsMoveByATenMillionthAndSays
   EXPECT_TRUE(values.back() >= 0.0 || values.size() == kMaxIterations) << values.back();
   // The first round's move by the twin: -(log10 d + 7) * 10, d being the squared change over the squares. Its weights
   // are right to 1e-4 and move a good deal further.
-  const plain::Table X = plain::Of(blocks.X), Y = plain::Of(blocks.Y);
+  const plain::Table X = plain::TableOf(blocks.X), Y = plain::TableOf(blocks.Y);
   const plain::Vector first = WeightsOfTwin(X, Y, 0, s.mostPLS), second = WeightsOfTwin(X, Y, 1, s.mostPLS);
   double change = 0.0;
   const double sign = plain::Dot(first, second) < 0.0 ? -1.0 : 1.0;  // coefficients of Xw point the way of w
@@ -229,8 +229,8 @@ TEST(NCYOrthogonalPLS, LeavesTheTablesAsTheyAre) {
 TEST(NCYOrthogonalPLS, TakesOutWhatIsUniqueToXAndLeavesWhatIsInCommon) {
   const FloatBlocks blocks = MakeFloatBlocks({60, 10, 4, 1, 1, 0}, 0.01, 5);
   const Model model = ModelOf(blocks, 1);
-  const plain::Vector t = plain::Of(*model.GetTprim())[0];
-  const plain::Vector outside = OutsideOf(plain::Of(blocks.Y), t);
+  const plain::Vector t = plain::TableOf(*model.GetTprim())[0];
+  const plain::Vector outside = OutsideOf(plain::TableOf(blocks.Y), t);
   // The model inside stops short of all of t, so something of Y comes in again; the loading of the score in common has
   // a length of 10, that of the unique one 8, so that without the search it would be most of t.
   EXPECT_GT(plain::Dot(outside, outside), 0.9 * plain::Dot(t, t));

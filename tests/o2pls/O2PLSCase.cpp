@@ -18,8 +18,8 @@ std::vector<std::vector<std::vector<float>>> Everything(const NCO2PLS& model) {
 }
 
 plain::O2PLS PlainOf(const NCO2PLS& m) {
-  using plain::Of;
-  return {Of(m.GetT()),  Of(m.GetU()),  Of(m.GetP()),  Of(m.GetW()),  Of(m.GetC()), Of(m.GetQ()), Of(m.GetTo()),
-          Of(m.GetWo()), Of(m.GetPo()), Of(m.GetUo()), Of(m.GetCo()), Of(m.GetQo()), Of(m.GetR()), Of(m.GetS()),
-          Of(m.GetLambda()), Of(m.GetXLambda())};
+  const auto of = plain::TableOf;
+  return {of(m.GetT()),  of(m.GetU()),  of(m.GetP()),  of(m.GetW()),  of(m.GetC()), of(m.GetQ()), of(m.GetTo()),
+          of(m.GetWo()), of(m.GetPo()), of(m.GetUo()), of(m.GetCo()), of(m.GetQo()), of(m.GetR()), of(m.GetS()),
+          of(m.GetLambda()), of(m.GetXLambda())};
 }

@@ -47,7 +47,7 @@ INSTANTIATE_TEST_SUITE_P(, O2PLSCrossValidationSaves,
                                            Numbers{"YSide", 1, 0, 2}),
                          [](const ::testing::TestParamInfo<Numbers>& info) { return info.param.name; });
 
-plain::Vector RowOf(const Table& table, std::size_t row) { return plain::Of(table)[row]; }
+plain::Vector RowOf(const Table& table, std::size_t row) { return plain::TableOf(table)[row]; }
 
 /// -1 where the vectors point away from each other, otherwise 1.
 double SignOf(const plain::Vector& a, const plain::Vector& b) { return plain::Dot(a, b) < 0.0 ? -1.0 : 1.0; }
@@ -108,7 +108,7 @@ void ExpectRegressions(const Set& set, std::size_t round, const plain::Table& ex
   SCOPED_TRACE(what);
   ASSERT_EQ(set.size(), expected.size());
   for (std::size_t a = 0; a < set.size(); ++a)
-    ExpectClose(RowOf(set[a], round), expected[a], std::sqrt(plain::Squares(block)) / Length(scores[a]));
+    ExpectClose(RowOf(set[a], round), expected[a], std::sqrt(plain::SquaresOf(block)) / Length(scores[a]));
 }
 
 /// The inner relation of one round; its largest cell is of the order of 1.

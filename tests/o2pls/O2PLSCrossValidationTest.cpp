@@ -111,7 +111,7 @@ TEST_P(O2PLSCrossValidationOfFixedNumbers, HasTheErrorsOfAPlainTwinAfterEachPred
       const plain::Table predicted = plain::PredictY(r.testX, model, 6).predicted;
       const double errors = SquaredErrors(predicted, r.testY);
       const int column = static_cast<int>(g) + 1;
-      EXPECT_NEAR(results_.SSTable[1][column], plain::Squares(r.testY), 1e-6 * twin_.ssY);
+      EXPECT_NEAR(results_.SSTable[1][column], plain::SquaresOf(r.testY), 1e-6 * twin_.ssY);
       EXPECT_NEAR(results_.SSTable[a + 1][column], errors, kConvergence * twin_.ssY);
       press += errors;
       for (std::size_t i = 0; i < r.testY.size(); ++i)

@@ -65,7 +65,7 @@ double Absolute(const plain::Table& a, const plain::Table& b) {
 }
 
 Expected Twin(const FloatBlocks& blocks, const NCIntegralVector<int, -99>& groups, int components) {
-  const plain::Table X = plain::Of(blocks.X), Y = plain::Of(blocks.Y);
+  const plain::Table X = plain::TableOf(blocks.X), Y = plain::TableOf(blocks.Y);
   const plain::Table product = plain::Product(plain::Transposed(Y), X);
   const plain::Table zeros(Y[0].size(), plain::Vector(X[0].size(), 0.0));
   const double all = Absolute(product, zeros);
@@ -91,8 +91,8 @@ Expected Twin(const FloatBlocks& blocks, const NCIntegralVector<int, -99>& group
       plain::AddOuter(&trainY, plain::Product(trainY, d.c), d.c, -1.0);
       plain::AddOuter(&testX, tTest.back(), d.w, -1.0);
       plain::AddOuter(&testY, uTest.back(), d.c, -1.0);
-      pressX[a] += plain::Squares(testX);
-      pressY[a] += plain::Squares(testY);
+      pressX[a] += plain::SquaresOf(testX);
+      pressY[a] += plain::SquaresOf(testY);
       for (std::size_t i = 0; i <= a; ++i)
         for (std::size_t j = 0; j <= a; ++j)
           plain::AddOuter(&predictions[a], C[i], W[j], plain::Dot(uTest[i], tTest[j]));
@@ -102,16 +102,16 @@ Expected Twin(const FloatBlocks& blocks, const NCIntegralVector<int, -99>& group
   plain::Table leftX = X, leftY = Y, fitted = zeros;
   for (std::size_t a = 0; a < n; ++a) {
     e.q2.push_back(1 - Absolute(product, predictions[a]) / all);
-    e.q2X.push_back(1 - pressX[a] / plain::Squares(X));
-    e.q2Y.push_back(1 - pressY[a] / plain::Squares(Y));
+    e.q2X.push_back(1 - pressX[a] / plain::SquaresOf(X));
+    e.q2Y.push_back(1 - pressY[a] / plain::SquaresOf(Y));
     const Direction d = DirectionOf(leftX, leftY);
     const plain::Vector t = plain::Product(leftX, d.w), u = plain::Product(leftY, d.c);
     plain::AddOuter(&leftX, t, d.w, -1.0);
     plain::AddOuter(&leftY, u, d.c, -1.0);
     plain::AddOuter(&fitted, d.c, d.w, plain::Dot(t, u));
     e.r2.push_back(1 - Absolute(product, fitted) / all);
-    e.r2X.push_back(1 - plain::Squares(leftX) / plain::Squares(X));
-    e.r2Y.push_back(1 - plain::Squares(leftY) / plain::Squares(Y));
+    e.r2X.push_back(1 - plain::SquaresOf(leftX) / plain::SquaresOf(X));
+    e.r2Y.push_back(1 - plain::SquaresOf(leftY) / plain::SquaresOf(Y));
   }
   return e;
 }

@@ -9,7 +9,7 @@
 namespace {
 
 std::vector<TwinRound> RoundsOf(const FloatBlocks& blocks, const NCIntegralVector<int, -99>& groups) {
-  const plain::Table X = plain::Of(blocks.X), Y = plain::Of(blocks.Y);
+  const plain::Table X = plain::TableOf(blocks.X), Y = plain::TableOf(blocks.Y);
   std::vector<TwinRound> rounds(static_cast<std::size_t>(*std::max_element(groups.begin(), groups.end())) + 1);
   for (std::size_t g = 0; g < rounds.size(); ++g)
     for (std::size_t i = 0; i < X.size(); ++i) {
@@ -31,8 +31,8 @@ double SquaredErrors(const plain::Table& predicted, const plain::Table& truth) {
 
 O2PLSTwin::O2PLSTwin(const FloatBlocks& blocks, int groups)
     : rounds(RoundsOf(blocks, GetDeafultCVGroupsVector(blocks.X.SizeRows(), groups))),
-      ssX(plain::Squares(plain::Of(blocks.X))),
-      ssY(plain::Squares(plain::Of(blocks.Y))),
+      ssX(plain::SquaresOf(plain::TableOf(blocks.X))),
+      ssY(plain::SquaresOf(plain::TableOf(blocks.Y))),
       xColumns(blocks.X.SizeColumns()),
       yColumns(blocks.Y.SizeColumns()) {}
 

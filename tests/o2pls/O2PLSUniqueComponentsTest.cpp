@@ -106,7 +106,7 @@ double WorthOfOverlap(const plain::Table& block, const plain::Table& other) {
   const plain::Vector w = plain::FirstLoading(plain::Product(plain::Transposed(other), block));
   const plain::Vector t = plain::Product(block, w);
   const double squares = plain::Dot(t, t);
-  return kSquaredLength / plain::Squares(other) * (squares - kSquaredLength) / squares;
+  return kSquaredLength / plain::SquaresOf(other) * (squares - kSquaredLength) / squares;
 }
 
 /// How often a side was found to have something of its own, where that is worth a lot and where it is worth little.

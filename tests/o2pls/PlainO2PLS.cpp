@@ -8,97 +8,12 @@
 
 namespace plain {
 
-Table Of(const NCDataMatrix<float>& table) {
-  Table copy;
-  for (const auto& row : CellsOf(table)) copy.emplace_back(row.begin(), row.end());
-  return copy;
-}
-
-NCDataMatrix<float> ToFloat(const Table& table) {
-  NCDataMatrix<float> copy(static_cast<int>(table.size()), table.empty() ? 0 : static_cast<int>(table[0].size()));
-  for (std::size_t i = 0; i < table.size(); ++i)
-    for (std::size_t j = 0; j < table[i].size(); ++j)
-      copy(static_cast<int>(i) + 1, static_cast<int>(j) + 1, static_cast<float>(table[i][j]));
-  return copy;
-}
-
-Table Transposed(const Table& a) {
-  Table result(a.empty() ? 0 : a[0].size(), Vector(a.size()));
-  for (std::size_t i = 0; i < a.size(); ++i)
-    for (std::size_t j = 0; j < a[i].size(); ++j) result[j][i] = a[i][j];
-  return result;
-}
-
-double Dot(const Vector& a, const Vector& b) {
-  double sum = 0.0;
-  for (std::size_t i = 0; i < a.size(); ++i) sum += a[i] * b[i];
-  return sum;
-}
-
-Vector TransposedProduct(const Table& a, const Vector& v) { return Product(Transposed(a), v); }
-
-Vector Product(const Table& a, const Vector& v) {
-  Vector result;
-  for (const Vector& row : a) result.push_back(Dot(row, v));
-  return result;
-}
-
-Table Product(const Table& a, const Table& b) {
-  const Table columns = Transposed(b);
-  Table result;
-  for (const Vector& row : a) result.push_back(Product(columns, row));
-  return result;
-}
-
-void Normalise(Vector* v) {
-  const double length = std::sqrt(Dot(*v, *v));
-  for (double& cell : *v) cell /= length;
-}
-
-void AddOuter(Table* a, const Vector& rows, const Vector& columns, double factor) {
-  for (std::size_t i = 0; i < a->size(); ++i)
-    for (std::size_t j = 0; j < columns.size(); ++j) (*a)[i][j] += factor * rows[i] * columns[j];
-}
-
-Table Inverse(Table a) {
-  const std::size_t n = a.size();
-  Table inverse(n, Vector(n, 0.0));
-  for (std::size_t i = 0; i < n; ++i) inverse[i][i] = 1.0;
-  for (std::size_t c = 0; c < n; ++c) {
-    std::size_t pivot = c;
-    for (std::size_t r = c; r < n; ++r)
-      if (std::abs(a[r][c]) > std::abs(a[pivot][c])) pivot = r;
-    std::swap(a[c], a[pivot]);
-    std::swap(inverse[c], inverse[pivot]);
-    const double divisor = a[c][c];
-    for (std::size_t j = 0; j < n; ++j) {
-      a[c][j] /= divisor;
-      inverse[c][j] /= divisor;
-    }
-    for (std::size_t r = 0; r < n; ++r) {
-      if (r == c) continue;
-      const double factor = a[r][c];
-      for (std::size_t j = 0; j < n; ++j) {
-        a[r][j] -= factor * a[c][j];
-        inverse[r][j] -= factor * inverse[c][j];
-      }
-    }
-  }
-  return inverse;
-}
-
-double Squares(const Table& a) {
-  double sum = 0.0;
-  for (const Vector& row : a) sum += Dot(row, row);
-  return sum;
-}
-
 Vector FirstLoading(const Table& a) {
   // The smaller of A'A and AA', squared twelve times, is its 4096th power.
   const bool wide = a[0].size() > a.size();
   Table power = wide ? Product(a, Transposed(a)) : Product(Transposed(a), a);
   for (int i = 0; i < 12; ++i) {
-    const double scale = 1.0 / std::sqrt(Squares(power));
+    const double scale = 1.0 / std::sqrt(SquaresOf(power));
     for (Vector& row : power)
       for (double& cell : row) cell *= scale;
     power = Product(power, power);
@@ -205,7 +120,7 @@ O2PLS Swapped(const O2PLS& m) {
 
 Blocks MakeBlocks(const BlocksShape& shape, double noise, unsigned seed) {
   const auto directions = [&](int count, int cells, unsigned offset) {  // at right angles, of unit length
-    Table rows = Of(RandomMatrix<float>(count, cells, 0, seed + offset));
+    Table rows = TableOf(RandomMatrix<float>(count, cells, 0, seed + offset));
     for (std::size_t i = 0; i < rows.size(); ++i) {
       for (int pass = 0; pass < 2; ++pass)
         for (std::size_t j = 0; j < i; ++j) {
@@ -218,7 +133,7 @@ Blocks MakeBlocks(const BlocksShape& shape, double noise, unsigned seed) {
   };
   const Table scores = directions(shape.common + shape.xUnique + shape.yUnique, shape.rows, 1);
   const auto block = [&](int columns, int firstOwn, int own, unsigned offset) {
-    Table table = Of(RandomMatrix<float>(shape.rows, columns, 0, seed + offset));
+    Table table = TableOf(RandomMatrix<float>(shape.rows, columns, 0, seed + offset));
     for (Vector& row : table)
       for (double& cell : row) cell *= noise;
     const Table loadings = directions(shape.common, columns, offset + 1);
@@ -226,7 +141,7 @@ Blocks MakeBlocks(const BlocksShape& shape, double noise, unsigned seed) {
       AddOuter(&table, scores[static_cast<std::size_t>(a)], loadings[static_cast<std::size_t>(a)],
                std::ldexp(10.0, -a));
     // Not at right angles to the common loadings: what is unique lies over what is common.
-    Table ownLoadings = Of(RandomMatrix<float>(own, columns, 0, seed + offset + 2));
+    Table ownLoadings = TableOf(RandomMatrix<float>(own, columns, 0, seed + offset + 2));
     for (int a = 0; a < own; ++a) {
       Vector& loading = ownLoadings[static_cast<std::size_t>(a)];
       Normalise(&loading);
@@ -236,13 +151,6 @@ Blocks MakeBlocks(const BlocksShape& shape, double noise, unsigned seed) {
   };
   return {block(shape.xVariables, shape.common, shape.xUnique, 10),
           block(shape.yVariables, shape.common + shape.xUnique, shape.yUnique, 20)};
-}
-
-double SineOfAngle(const Vector& a, const Vector& b) {
-  const double share = Dot(a, b) / Dot(b, b);
-  Vector rest = a;
-  for (std::size_t i = 0; i < rest.size(); ++i) rest[i] -= share * b[i];
-  return std::sqrt(Dot(rest, rest) / Dot(a, a));
 }
 
 }  // namespace plain

@@ -1,26 +1,9 @@
 #pragma once
 
-#include <vector>
-
-#include "kalmia/containers/NCDataMatrix.h"
+#include "testing/PlainAlgebra.h"
 
 // O2PLS on complete tables, all in double and in the plainest way, as a witness of the library's.
 namespace plain {
-
-using Vector = std::vector<double>;
-using Table = std::vector<Vector>;  ///< its rows
-
-Table Of(const NCDataMatrix<float>& table);
-NCDataMatrix<float> ToFloat(const Table& table);
-Table Transposed(const Table& a);
-Table Product(const Table& a, const Table& b);
-Vector Product(const Table& a, const Vector& v);
-Vector TransposedProduct(const Table& a, const Vector& v);  ///< a'v
-double Dot(const Vector& a, const Vector& b);
-void Normalise(Vector* v);
-void AddOuter(Table* a, const Vector& rows, const Vector& columns, double factor);
-Table Inverse(Table a);
-double Squares(const Table& a);
 
 /// The first right singular vector, by so many squarings of the table that only equal singular values are left mixed.
 Vector FirstLoading(const Table& a);
@@ -47,8 +30,5 @@ struct BlocksShape {
   int rows, xVariables, yVariables, common, xUnique, yUnique;
 };
 Blocks MakeBlocks(const BlocksShape& shape, double noise, unsigned seed);
-
-/// |sine| of the angle between two vectors.
-double SineOfAngle(const Vector& a, const Vector& b);
 
 }  // namespace plain

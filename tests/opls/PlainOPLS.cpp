@@ -42,16 +42,11 @@ Table Scores(Table* table, const Table& along, const Table& away) {
 }
 
 Vector Normalised(Vector v) {
-  const double length = std::sqrt(SquaresOf(v));
-  for (double& cell : v) cell /= length;
+  Normalise(&v);
   return v;
 }
 
-void AddTo(Table* table, const Vector& t, const Vector& v) {
-  Vector minus = t;
-  for (double& cell : minus) cell = -cell;
-  Deflate(table, minus, v);
-}
+void AddTo(Table* table, const Vector& t, const Vector& v) { AddOuter(table, t, v, 1.0); }
 
 }  // namespace
 

@@ -8,10 +8,6 @@ namespace plain {
 
 namespace {
 
-void Scale(Vector* v, double factor) {
-  for (double& cell : *v) cell *= factor;
-}
-
 /// Turns a and b in their plane.
 void Rotate(Vector* a, Vector* b, double cosine, double sine) {
   for (std::size_t i = 0; i < a->size(); ++i) {
@@ -35,13 +31,6 @@ bool Orthogonalise(Vector* a, Vector* b, Vector* alongA, Vector* alongB) {
   Rotate(a, b, cosine, cosine * tangent);
   Rotate(alongA, alongB, cosine, cosine * tangent);
   return true;
-}
-
-/// Gives p unit length; what its length was.
-double Normalise(Vector* p) {
-  const double length = std::sqrt(SquaresOf(*p));
-  Scale(p, 1.0 / length);
-  return length;
 }
 
 /// |t - before|^2 / |t|^2 over the cells that both have.
@@ -108,14 +97,6 @@ SingularVectors Decompose(const Table& X) {
     result.right.push_back(turns[i]);
   }
   return result;
-}
-
-double SineOfAngle(const Vector& a, const Vector& b) {
-  // What is left of a beside b, which unlike sqrt(1 - cos^2) is exact for small angles.
-  const double along = Dot(a, b) / SquaresOf(b);
-  double beside = 0.0;
-  for (std::size_t i = 0; i < a.size(); ++i) beside += (a[i] - along * b[i]) * (a[i] - along * b[i]);
-  return std::sqrt(beside / SquaresOf(a));
 }
 
 }  // namespace plain

@@ -30,7 +30,4 @@ struct SingularVectors {
 /// large ones. Source: Demmel & Veselic (1992), SIAM J. Matrix Anal. Appl. 13, 1204-1245.
 SingularVectors Decompose(const Table& X);
 
-/// The sine of the angle between two vectors, whatever their lengths and signs.
-double SineOfAngle(const Vector& a, const Vector& b);
-
 }  // namespace plain

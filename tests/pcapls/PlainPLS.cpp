@@ -33,76 +33,6 @@ double Regress(const Vector& cells, const Vector& v) {
 
 }  // namespace
 
-Vector VectorOf(const NCDataVector<float>& vector) {
-  Vector cells(vector.begin(), vector.end());
-  std::replace(cells.begin(), cells.end(), -99.0, kHole);
-  return cells;
-}
-
-Table TableOf(const NCDataMatrix<float>& matrix) {
-  Table table;
-  for (int r = 1; r <= matrix.SizeRows(); ++r) table.push_back(VectorOf(matrix[r]));
-  return table;
-}
-
-double Dot(const Vector& a, const Vector& b) {
-  double sum = 0.0;
-  for (std::size_t i = 0; i < a.size(); ++i)
-    if (IsPair(a[i], b[i])) sum += a[i] * b[i];
-  return sum;
-}
-
-double SquaresOf(const Vector& v) { return Dot(v, v); }
-
-double SquaresOf(const Table& table) {
-  double sum = 0.0;
-  for (const Vector& row : table) sum += SquaresOf(row);
-  return sum;
-}
-
-Table Product(const Table& a, const Table& b) {
-  const Table columns = Transposed(b);
-  Table product;
-  for (const Vector& row : a) {
-    product.emplace_back();
-    for (const Vector& column : columns) product.back().push_back(Dot(row, column));
-  }
-  return product;
-}
-
-Table Transposed(const Table& table) {
-  Table result;
-  for (std::size_t j = 0; j < table.front().size(); ++j) result.push_back(ColumnOf(table, j));
-  return result;
-}
-
-Table Inverse(Table square) {
-  const std::size_t n = square.size();
-  Table inverse(n, Vector(n, 0.0));
-  for (std::size_t i = 0; i < n; ++i) inverse[i][i] = 1.0;
-  for (std::size_t i = 0; i < n; ++i) {
-    std::size_t pivot = i;
-    for (std::size_t r = i; r < n; ++r)
-      if (std::abs(square[r][i]) > std::abs(square[pivot][i])) pivot = r;
-    std::swap(square[i], square[pivot]);
-    std::swap(inverse[i], inverse[pivot]);
-    const double d = square[i][i];
-    for (std::size_t j = 0; j < n; ++j) {
-      square[i][j] /= d;
-      inverse[i][j] /= d;
-    }
-    for (std::size_t r = 0; r < n; ++r) {
-      const double f = square[r][i];
-      if (r == i) continue;
-      for (std::size_t j = 0; j < n; ++j) {
-        square[r][j] -= f * square[i][j];
-        inverse[r][j] -= f * inverse[i][j];
-      }
-    }
-  }
-  return inverse;
-}
-
 Vector StartColumn(const Table& Y) {
   if (Y.front().size() == 1) return ColumnOf(Y, 0);
   double best = 0.0;
@@ -144,8 +74,7 @@ Component Fit(const Table& X, const Table& Y, const Vector* start, int rounds) {
   u = fromStart ? RegressRows(Y, RegressColumns(Y, RegressRows(X, *start))) : StartColumn(Y);
   for (int round = 0; round < rounds; ++round) {
     w = RegressColumns(X, u);
-    const double norm = std::sqrt(SquaresOf(w));
-    for (double& cell : w) cell /= norm;
+    Normalise(&w);
     t = RegressRows(X, w);
     c = RegressColumns(Y, t);
     u = RegressRows(Y, c);
@@ -154,19 +83,6 @@ Component Fit(const Table& X, const Table& Y, const Vector* start, int rounds) {
   return component;
 }
 
-void Deflate(Table* table, const Vector& t, const Vector& v) {
-  for (std::size_t i = 0; i < t.size(); ++i)
-    for (std::size_t j = 0; j < v.size(); ++j) (*table)[i][j] -= t[i] * v[j];
-}
-
-double RelativeGap(const Vector& a, const Vector& b) {
-  double gap = 0.0;
-  if (a.size() != b.size()) return std::numeric_limits<double>::infinity();
-  for (std::size_t i = 0; i < a.size(); ++i) {
-    if (std::isnan(a[i]) != std::isnan(b[i])) return std::numeric_limits<double>::infinity();
-    if (IsPair(a[i], b[i])) gap += (a[i] - b[i]) * (a[i] - b[i]);
-  }
-  return std::sqrt(gap / SquaresOf(b));
-}
+void Deflate(Table* table, const Vector& t, const Vector& v) { AddOuter(table, t, v, -1.0); }
 
 }  // namespace plain
