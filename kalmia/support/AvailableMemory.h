@@ -7,12 +7,12 @@
 
 namespace kalmia {
 
-/// The bytes that this process can take now and really use: what the machine has available without swapping, and what
-/// the limits of its control groups (a container's) leave. Caches that can be given up count as available. The largest
-/// number where nothing can be learned. An allocation beyond it may succeed by overcommitting, and end in a kill.
+/// The bytes that this process can take and use now. The smaller of two numbers: what the machine can give without
+/// swapping (caches that it can drop included), and what the limits of the process's control groups leave.
+/// Returns the largest number if neither is known. A larger allocation may succeed, and the process be killed later.
 KALMIA_EXPORT std::uint64_t AvailableMemory();
 
-/// The same, told by the files proc/... and sys/fs/cgroup/... below `root`, which ends in '/'.
+/// The same, read from proc/... and sys/fs/cgroup/... below `root`, which ends in '/'.
 KALMIA_EXPORT std::uint64_t AvailableMemoryBelow(const std::string& root);
 
 }  // namespace kalmia

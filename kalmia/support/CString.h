@@ -4,9 +4,10 @@
 
 #include "kalmia/support/Export.h"
 
-/// The string of the interface: messages, names of variables and observations. Bytes, closed by a zero byte;
-/// no encoding is assumed. One pointer wide, and no heap for the empty string, so that long lists of short names stay
-/// small. Throws nothing but std::bad_alloc.
+/// The string of the interface, for messages and for names of variables and observations: bytes, closed by a zero byte,
+/// in any encoding. It is one pointer wide, and the empty string takes no heap, so long lists of short names stay
+/// small.
+/// Throws only std::bad_alloc.
 class KALMIA_EXPORT CString {
  public:
   CString() = default;
@@ -19,7 +20,7 @@ class KALMIA_EXPORT CString {
 
   operator const char*() const { return Get(); }  // NOLINT: implicit on purpose
 
-  /// Order by bytes, as of strcmp: below, equal to or above 0. A null pointer counts as "".
+  /// Compares bytes as strcmp does: below, equal to or above 0. A null pointer counts as "".
   int Compare(const char* other) const;
 
   /// Replaces the text by what printf would print. An argument may point into this string.
@@ -31,7 +32,7 @@ class KALMIA_EXPORT CString {
   std::unique_ptr<char[]> text_;  ///< null for the empty string
 };
 
-// Equality and order of the bytes, as of Compare.
+// Equality and order by Compare.
 KALMIA_EXPORT bool operator==(const CString& a, const CString& b);
 KALMIA_EXPORT bool operator==(const CString& a, const char* b);
 KALMIA_EXPORT bool operator==(const char* a, const CString& b);

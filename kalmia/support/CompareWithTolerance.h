@@ -2,8 +2,8 @@
 
 #include "kalmia/support/Export.h"
 
-/// 1, 0 or -1: whether a is above, as good as equal to, or below b. With e the binary exponent (as of frexp) of
-/// whichever has the larger magnitude, the two are as good as equal while |a - b| <= tolerance * 2^e. A NaN on either
-/// side gives 0. Two zeros have e = 0. An infinity equals itself and lies beyond every other number; where
-/// tolerance * 2^e is beyond the range of double, all finite numbers are as good as equal. Throws nothing.
+/// 1 if a is above b, -1 if below, 0 if they are practically equal:  |a - b| <= tolerance * 2^e,  where e is the binary
+/// exponent (frexp) of the number of larger magnitude, and 0 for two zeros.
+/// A NaN on either side gives 0. An infinity equals itself and lies beyond every finite number. If tolerance * 2^e
+/// exceeds the range of double, all finite numbers are equal. Throws nothing.
 KALMIA_EXPORT int CompareWithTolerance(double a, double b, double tolerance);

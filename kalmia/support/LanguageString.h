@@ -9,17 +9,17 @@
 /// of any length.
 class KALMIA_EXPORT LanguageString {
  public:
-  /// The text of `id`, "" if there is none. Valid as long as the process lives, whatever is set later.
+  /// The text of `id`, "" if there is none. The pointer stays valid for the life of the process.
   static const char* Get(unsigned id);
 
-  /// Replaces a text; null brings the built-in one back. False, and nothing is changed, where the placeholders of
-  /// `text` are not those of the built-in text in number, order and type: width and precision may differ, up to 99,
-  /// and an id without a built-in text has none. False for -1 and -2 too, which stand for "no text". Not while another
-  /// thread may Get.
+  /// Replaces a text; null restores the built-in one. Returns false and changes nothing if the placeholders of `text`
+  /// differ from those of the built-in text in number, order or type. Width and precision may differ, up to 99. An id
+  /// without a built-in text takes no placeholders. Also false for -1 and -2, which stand for "no text".
+  /// Must not run while another thread calls Get.
   static bool Set(unsigned id, const char* text);
 };
 
-/// A list of ids of texts, fixed at construction. Its constructor takes them one by one, a 0 closes the list. The
+/// A list of ids of texts, fixed at construction. The constructor takes the ids one by one; a 0 ends the list. The
 /// entries -1 and -2 stand for "no text".
 class KALMIA_EXPORT VexLanguageStringVector {
  public:

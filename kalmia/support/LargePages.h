@@ -6,9 +6,9 @@
 
 namespace kalmia {
 
-/// Asks the system to back these bytes, which nobody has written yet, by large pages as they are touched: hundreds of
-/// megabytes then cost a fraction of the faults. A wish: what the system makes of it changes no content, and nothing is
-/// reported. Worth it from some megabytes on.
+/// Asks the system to back these bytes, not yet written, by large pages: touching hundreds of megabytes then causes far
+/// fewer page faults. The system may ignore the request; contents never change, and nothing is reported. It pays from
+/// some megabytes on.
 KALMIA_EXPORT void PreferLargePages(void* begin, std::size_t bytes);
 
 }  // namespace kalmia

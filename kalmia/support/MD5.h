@@ -5,7 +5,7 @@
 
 #include "kalmia/support/Export.h"
 
-/// The MD5 message digest of all bytes fed to it: a name for content, no protection against forgery.
+/// The MD5 message digest of all bytes given to it. It identifies content; it does not protect against forgery.
 /// Source: Rivest (1992), RFC 1321. Throws Exception where the machine's cryptographic library refuses MD5.
 class KALMIA_EXPORT MD5 {
  public:
@@ -14,9 +14,9 @@ class KALMIA_EXPORT MD5 {
   MD5(const MD5&) = delete;
   MD5& operator=(const MD5&) = delete;
 
-  void Update(const char* text);                     ///< the text's bytes without the closing zero; null feeds nothing
-  void Update(const void* bytes, std::size_t count);  ///< so many bytes, which is not checked
-  void Finalize();                                   ///< makes the digest; whatever is fed afterwards is ignored
+  void Update(const char* text);                     ///< without the closing zero; null adds nothing
+  void Update(const void* bytes, std::size_t count);  ///< the size is not checked
+  void Finalize();                                   ///< makes the digest; later updates are ignored
   /// The digest as 32 lower-case hexadecimal digits, owned by this object; "" before Finalize.
   const char* GetDigest() const { return digest_; }
 

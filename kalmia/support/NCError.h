@@ -3,11 +3,11 @@
 #include "kalmia/support/Exception.h"
 #include "kalmia/support/Export.h"
 
-/// Stops a calculation: the user asked for it, or the model cannot go on. The model's header tells what is left of the
-/// model.
+/// A calculation stopped because the user asked for it or because the model cannot go on. The header of the model says
+/// in which state it is then.
 class KALMIA_EXPORT NCError : public Exception {
  public:
-  /// How a component ended: Level2 the user stopped an iteration, Level1 the model cannot go on, Level0 all else.
+  /// Level2: the user stopped an iteration. Level1: the model cannot go on. Level0: any other error.
   enum Level { Level0 = 0, Level1 = 1, Level2 = 2 };
 
   NCError();

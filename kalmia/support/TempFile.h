@@ -12,8 +12,8 @@ KALMIA_EXPORT std::string TemporaryDirectory();
 
 }  // namespace kalmia
 
-/// Creates a new empty file, readable and writable by the user alone, and returns its path: `directory`, then `prefix`,
-/// six random characters, a dot and `extension`. A null or empty directory stands for that of temporary files. A null
-/// or empty prefix adds nothing, a null or empty extension neither itself nor a dot. The file is the caller's to
-/// remove. Cannot be created: the empty string. Never touches a file that is there already.
+/// Creates a new empty file that only the user can read and write. Returns its path: `directory`, `prefix`, six random
+/// characters, a dot and `extension`; the empty string if the file cannot be created. Never touches an existing file.
+/// The caller removes the file. A null or empty directory means TemporaryDirectory(). A null or empty prefix adds
+/// nothing; without an extension there is no dot either.
 KALMIA_EXPORT CString VexGetTempFileName(const char* directory, const char* prefix, const char* extension);

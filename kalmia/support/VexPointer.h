@@ -7,12 +7,12 @@
 
 namespace kalmia {
 
-/// What the two pointers below have in common: the last holder gives the object to a `Deleter`. Self-assignment is
-/// harmless. The use count is plain memory: not to be copied or released by two threads at once.
+/// The base of the two pointers below: the last holder passes the object to a `Deleter`. The use count is not atomic,
+/// so two threads must not copy or release the same object at the same time. Self-assignment is safe.
 template <class T, class Deleter>
 class KALMIA_EXPORT CountedPointer {
  public:
-  /// Owns `object` from the call on, also where the use count finds no memory and std::bad_alloc is thrown.
+  /// Owns `object` from the call on: it is deleted if memory for the use count lacks and std::bad_alloc is thrown.
   explicit CountedPointer(T* object) try : count_(new int(1)), object_(object) {
   } catch (...) {
     Deleter()(object);

@@ -39,12 +39,12 @@ class KALMIA_EXPORT VexStreamBase {
   friend std::istream& operator>>(std::istream& stream, VexStreamBase& object);
 };
 
-/// One complete pass over an object: reset, then start. A write or read that returns false sets the fail bit.
-/// Throws VexStreamError where the class says so. Both mark the object as visited: one thread at a time, also to write.
+/// One complete pass over an object: reset, then start. Sets the fail bit if the write or read returns false. Throws
+/// VexStreamError if the class says so. Both mark the object as visited, so one thread at a time, even to write.
 KALMIA_EXPORT std::ostream& operator<<(std::ostream& stream, const VexStreamBase& object);
 KALMIA_EXPORT std::istream& operator>>(std::istream& stream, VexStreamBase& object);
 
-/// Magic and version of a class, and the version that the last Check found. Not for two threads at once.
+/// Magic and version of a class, and the version that the last Check found. One thread at a time.
 class KALMIA_EXPORT VexStreamableData {
  public:
   VexStreamableData(short version, const char* magic);
@@ -67,8 +67,8 @@ class KALMIA_EXPORT VexStreamLight {
   static bool CheckMagicStringAndVersionNumber(std::istream& stream, unsigned short& version, const char* magic);
 };
 
-/// A table of numbered entries, each a byte stream of its own: a class adds fields by adding entries, and a reader that
-/// does not know an entry passes it over. For the length of one write.
+/// A table of numbered entries, each a byte stream of its own. A class adds fields by adding entries; a reader skips
+/// the entries that it does not know. One object serves one write.
 class KALMIA_EXPORT OutputStreamDirectory {
  public:
   /// Nothing reaches `stream` before Close.
@@ -77,10 +77,10 @@ class KALMIA_EXPORT OutputStreamDirectory {
   OutputStreamDirectory(const OutputStreamDirectory&) = delete;
   OutputStreamDirectory& operator=(const OutputStreamDirectory&) = delete;
 
-  /// Entry `index`, from 0; std::out_of_range behind the last. What nobody asks for is absent to a reader.
+  /// Entry `index`, from 0; std::out_of_range after the last. An entry never requested is not written.
   std::ostream& GetOutput(unsigned short index);
-  /// Writes table and entries to the underlying stream, once. If an entry's stream failed nothing is written, and the
-  /// underlying stream's fail bit is set.
+  /// Writes table and entries to the underlying stream, once. If the stream of an entry failed, writes nothing and sets
+  /// the fail bit of the underlying stream.
   void Close();
 
  private:
@@ -88,9 +88,9 @@ class KALMIA_EXPORT OutputStreamDirectory {
   std::unique_ptr<State> state_;
 };
 
-/// For the length of one read. A table that promises more than is there sets the stream's fail bit and has no entries;
-/// no memory is taken on the promise. The bytes of the outermost directory are held in memory once; a directory inside
-/// an entry looks into the same bytes.
+/// Reads such a table; one object serves one read. A table that promises more bytes than the stream has sets its fail
+/// bit, has no entries and takes no memory. The bytes of the outermost directory are held in memory once; a directory
+/// inside an entry reads the same bytes.
 class KALMIA_EXPORT InputStreamDirectory {
  public:
   explicit InputStreamDirectory(std::istream& stream);
@@ -98,10 +98,10 @@ class KALMIA_EXPORT InputStreamDirectory {
   InputStreamDirectory(const InputStreamDirectory&) = delete;
   InputStreamDirectory& operator=(const InputStreamDirectory&) = delete;
 
-  /// Entry `index`, from 0; null if the stream has no such entry. The same stream, where it stands, each time.
+  /// Entry `index`, from 0; null if there is no such entry. Every call returns the same stream, at its position.
   std::istream* GetInput(unsigned short index);
-  /// The underlying stream stands behind the directory; GetInput gives null from now on. Streams handed out before live
-  /// as long as the directory.
+  /// Moves the underlying stream to the end of the directory. GetInput returns null afterwards. Streams that it
+  /// returned before stay valid as long as the directory.
   void Close();
 
  private:
@@ -111,8 +111,9 @@ class KALMIA_EXPORT InputStreamDirectory {
   std::unique_ptr<State> state_;
 };
 
-// Byte helpers; true on success, else the stream's fail bit is set, as for a negative count and a size below 1. `items`
-// may be null where the count is 0; its room is not checked. Items of 2, 4 and 8 bytes are numbers, others plain bytes.
+// Byte helpers. They return true on success; otherwise, and for a negative count or a size below 1, they set the fail
+// bit of the stream. `items` may be null if the count is 0; its size is not checked. Items of 2, 4 and 8 bytes are
+// numbers, others plain bytes.
 KALMIA_EXPORT bool WriteBytes(const void* items, int count, std::ostream& stream);
 KALMIA_EXPORT bool ReadBytes(void* items, int count, std::istream& stream);
 KALMIA_EXPORT bool WriteTwoBytes(const void* items, int count, std::ostream& stream);
@@ -127,9 +128,9 @@ KALMIA_EXPORT bool WriteBinaryString(const char* text, std::ostream& stream);
 KALMIA_EXPORT bool ReadBinaryString(char** text, std::istream& stream);
 KALMIA_EXPORT bool ReadBinaryString(CString& text, std::istream& stream);  ///< on failure `text` keeps its value
 
-/// Reads a 4-byte field or a persistent object from entry `index`. An absent entry or a failed read gives false, or,
-/// with `must`, VexStreamError "ReadFromStreamDir failed" or "Error when reading from stream". A field keeps its value
-/// on failure.
+/// Reads a 4-byte field or a persistent object from entry `index`. Returns false if the entry is absent or the read
+/// fails; with `must` it throws VexStreamError instead ("ReadFromStreamDir failed", "Error when reading from stream").
+/// A field keeps its value on failure.
 KALMIA_EXPORT bool ReadFromStreamDir(int& target, InputStreamDirectory& directory, unsigned short index, bool must);
 KALMIA_EXPORT bool ReadFromStreamDir(VexStreamBase& target, InputStreamDirectory& directory, unsigned short index,
                                      bool must);
@@ -139,7 +140,7 @@ namespace kalmia {
 /// Throws the VexStreamError of a stream that lies or ends too early: "Error when reading from stream".
 [[noreturn]] KALMIA_EXPORT void ThrowReadError();
 
-/// A root of persistence that classes share however often they derive from it, as containers do.
+/// The root of persistence as a virtual base, from which the containers derive.
 class KALMIA_EXPORT VirtualStreamBase : public virtual VexStreamBase {};
 
 /// What every persistent class has beside its fields. `Class` derives from Persistent<Class> and declares, in public,
@@ -171,7 +172,8 @@ class KALMIA_EXPORT Persistent : public Base {
   bool VexStreamableStartWrite(std::ostream& stream) override {
     if (streamVisited) return true;
     streamVisited = true;
-    return Class::MyStreamableData.Write(stream) && VexStreamableWriteBases(stream) && Self().VexStreamableWrite(stream);
+    return Class::MyStreamableData.Write(stream) && VexStreamableWriteBases(stream) &&
+           Self().VexStreamableWrite(stream);
   }
   /// Checks the magic and has the rest read, unless the object was visited in this pass.
   bool VexStreamableStartRead(std::istream& stream) override {
@@ -195,27 +197,27 @@ struct ArrayEntry {
   int itemSize;
 };
 
-/// Writes a directory of such entries: the bytes that an OutputStreamDirectory would write, without a stream for each
-/// entry, which takes longer than the entries of a short vector. True on success.
+/// Writes a directory of such entries, with the bytes of an OutputStreamDirectory but without a stream for each entry,
+/// which would take longer than the entries of a short vector. True on success.
 KALMIA_EXPORT bool WriteDirectory(std::ostream& stream, std::initializer_list<ArrayEntry> entries);
 
-/// The bytes from here to the end of the stream, by seeking: -1 where its buffer cannot or throws (pipes, filters),
-/// 0 for a failed stream. Position and state stay, unless the buffer finds no way back from its end: bad then.
+/// The bytes from here to the end of the stream, found by seeking. -1 if the buffer cannot seek or throws (pipes,
+/// filters), 0 for a failed stream. Keeps position and state; sets the bad bit if the buffer cannot seek back.
 KALMIA_EXPORT std::int64_t BytesLeft(std::istream& stream);
 
-/// Whether `count` more items of `itemSize` bytes can be there. For entries of a directory and other streams of known
-/// length the answer is exact; for a stream whose length cannot be known it is true. False for a negative count.
+/// Whether the stream can have `count` more items of `itemSize` bytes. Exact for entries of a directory and other
+/// streams of known length; true if the length is unknown. False for a negative count.
 KALMIA_EXPORT bool HasBytesFor(std::istream& stream, std::int64_t count, int itemSize);
 
-/// Reads `count` items into `cells`, for sizes that come from the stream itself: memory is taken at once where the
-/// stream's length is known to cover it, else piece by piece as the bytes arrive, never more than three times what was
-/// there. On failure `cells` is empty, the fail bit is set, and the result is false.
+/// Reads `count` items into `cells`. The count may come from the stream: if the length of the stream is known, it is
+/// checked before memory is taken; otherwise memory grows as bytes arrive, to at most three times what has arrived.
+/// On failure `cells` is empty, the fail bit is set, and the result is false.
 template <class Item>
 bool ReadCells(std::istream& stream, std::int64_t count, std::vector<Item>& cells);
 
 }  // namespace kalmia
 
-/// Registers how to make an object of a class from its plain name, for containers that hold persistent objects.
+/// Registers a class by its plain name, so that containers of persistent objects can make one of it.
 class KALMIA_EXPORT ClassCreatorRegistrator {
  public:
   ClassCreatorRegistrator(const char* typeName, const char* name, VexStreamBase* (*creator)());

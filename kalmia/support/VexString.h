@@ -16,12 +16,12 @@ class KALMIA_EXPORT VexString {
   /// number on failure.
   static int lsprintf(char* buffer, const char* format, ...) __attribute__((format(printf, 2, 3)));
 
-  /// Whether the whole text is a decimal number that a float can hold; then `value` is the float nearest to it, else it
-  /// stays. The syntax, whatever the locale: an optional sign, digits with at most one point among, before or behind
-  /// them, and optionally e or E, an optional sign and digits. No blanks, no words such as "inf" or "nan", no
-  /// hexadecimals. A number beyond the range of float, or not 0 but nearer to it than the smallest float, is none.
+  /// Returns whether the whole text is a decimal number in the range of float, and if so sets `value` to the nearest
+  /// float. The syntax, in any locale: an optional sign; digits with at most one point among, before or after them;
+  /// optionally e or E, an optional sign and digits. No blanks, no "inf" or "nan", no hexadecimals. Numbers that
+  /// overflow float, or are not 0 but nearer to 0 than the smallest float, are refused.
   static bool ToFloat(const char* text, float& value);
 
-  /// Order by bytes with A to Z counted as a to z, whatever the locale: below, equal to or above 0. Null counts as "".
+  /// Compares bytes with A to Z as a to z, in any locale: below, equal to or above 0. Null counts as "".
   static int CompareWithoutCase(const char* a, const char* b);
 };

@@ -7,13 +7,13 @@
 
 namespace kalmia {
 
-/// Asks whether the work goes on, and throws if not. Empty where there is nobody to ask.
+/// Throws if the work must stop. Empty if there is nobody to ask.
 using Ask = std::function<void()>;
 
-/// Asks once for so much work, whatever it is counted in.
+/// Asks once for each `workPerQuestion` of work, in any unit.
 class KALMIA_EXPORT WorkMeter {
  public:
-  /// Refers to `ask`.
+  /// Keeps a reference to `ask`.
   WorkMeter(const Ask& ask, std::int64_t workPerQuestion) : ask_(ask), workPerQuestion_(workPerQuestion) {}
   void Add(std::int64_t work) {
     done_ += work;
