@@ -3,7 +3,7 @@
 #include "kalmia/containers/NCIntegralVector.h"
 #include "kalmia/support/Export.h"
 
-/// A vector of flags that persists under a name of its own; everything else it has from its base.
+/// A vector of flags with a stream form of its own; all else comes from its base.
 /// On the stream: magic "BoolVector", version 3; versions 1 and 2 are read.
 class KALMIA_EXPORT BoolVector : public kalmia::Persistent<BoolVector, NCIntegralVector<bool, 0>> {
  public:

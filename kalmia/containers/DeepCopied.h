@@ -11,8 +11,8 @@
 
 namespace kalmia {
 
-// Copies that share no storage with their originals. Tables and vectors count their sharers without locks, so what two
-// threads use must not be shared between them.
+// Copies that share no storage with their originals. Share counts are not atomic, so two threads must not use shares of
+// one table or vector.
 
 template <class Container>
 Container DeepCopyOfCells(const Container& original) {
@@ -51,8 +51,8 @@ std::vector<Item> DeepCopy(const std::vector<Item>& items) {
   return copies;
 }
 
-/// A member that is a Value in everything, but whose copies are deep: a class whose tables are such members has deep
-/// copies by default. A Value is taken in, and given out as one, as Value copies itself: tables are shared.
+/// A member that is a Value whose copies are deep: a class with such members has deep copies by default. Taking in a
+/// Value, and giving itself out as one, copies as Value does: tables are shared.
 template <class Value>
 class KALMIA_EXPORT DeepCopied : public Value {
  public:

@@ -9,7 +9,7 @@ constexpr int kMissing = -99;
 template <class T>
 constexpr T kMissingCell = static_cast<T>(kMissing);
 
-/// Below this a denominator gives no estimate; whether it gives one at this very number, each user says for itself.
+/// A smaller denominator gives no estimate. Each user says whether this very number does.
 constexpr double kSmallestDenominator = 1e-30;
 
 }  // namespace kalmia

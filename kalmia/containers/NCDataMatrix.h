@@ -13,7 +13,7 @@ class NCSVD;
 template <class T>
 class NCDataMatrix;
 
-/// Holder of a work matrix: deletes it at the end if it owns it. See NCDataMatrix::GetReturnMatrix.
+/// Holds a work matrix and deletes it at the end if it owns it. See NCDataMatrix::GetReturnMatrix.
 template <class T>
 struct KALMIA_EXPORT MatrixDestroyer {
   MatrixDestroyer() = default;
@@ -26,26 +26,25 @@ struct KALMIA_EXPORT MatrixDestroyer {
 };
 
 /// The table: observations in rows, variables in columns, both from 1. An array of NCDataVector rows with counts of
-/// missing cells per column and in total. Sharing works on two levels: a copy shares the whole row array; once that is
-/// split by a write, the rows go on sharing their cells one by one. Instantiated for `float` and `double`.
-/// No index and no shape of an operand is checked. What an operation is given may be a row of the matrix itself, or the
-/// matrix; so may a result target, which may be any operand, too.
+/// missing cells per column and in total. Sharing works on two levels: a copy shares the whole row array; a write
+/// splits the row array, and each row goes on sharing its cells until it is written. Instantiated for `float` and
+/// `double`. Indices and shapes of operands are not checked. An operand or a result target may be the matrix itself or
+/// one of its rows; a target may also be an operand.
 ///
-/// A table has at most 2^31 - 1 cells, so that every count is an `int`. Constructors, SetSize, Resize and whatever adds
-/// rows or columns throw NCError for more, and for a negative size, before they take memory; so does an operation whose
-/// result would be larger.
+/// A table has at most 2^31 - 1 cells, so that every count is an `int`. Constructors, SetSize, Resize, operations that
+/// add rows or columns, and operations with a larger result throw NCError for more cells or a negative size, before
+/// they take memory.
 ///
-/// Several threads may read one table at the same time: every const operation may run but those named here. None may
-/// write meanwhile, name a result target, write the table to a stream (`operator<<` marks it as visited), or share it,
-/// for counts of sharing are plain memory. Sharing are copies and GetRowSubMatrix; InsertRow, push_back, SetRow and
-/// ConcatRows of what they are given; and InsertColumns of a table whose columns go into one of 0 by 0.
+/// Concurrent reads are safe. Nobody may then write to the table, name a result target, stream the table (`operator<<`
+/// marks it as visited), or share it, because share counts are not atomic. These share: copies; GetRowSubMatrix;
+/// InsertRow, push_back, SetRow and ConcatRows share their argument; InsertColumns does if this table is 0 by 0.
 ///
-/// Writing operations unlink first and keep all counts of missing cells, but for those that say otherwise. Memory that
-/// is not there surfaces as std::bad_alloc: where life, sharing and structure are concerned nothing has changed by then
-/// (of Resize, none or some of its four steps are done); what writes cell by cell may have written some, all counted.
+/// Writing operations unlink first and keep all counts of missing cells, unless they say otherwise. std::bad_alloc
+/// leaves sharing and structure unchanged (Resize may have done some of its four steps); cell-by-cell writes may be
+/// partly done, with correct counts.
 ///
-/// An operation that returns a vector or a matrix builds it in the target that `Result` named, if one was named: the
-/// target must have the size of the result already.
+/// An operation that returns a vector or a matrix builds it in the target named by `Result`, if there is one. The
+/// target must already have the size of the result.
 template <class T>
 class KALMIA_EXPORT NCDataMatrix : public kalmia::Persistent<NCDataMatrix<T>, kalmia::VirtualStreamBase> {
   using Persistence = kalmia::Persistent<NCDataMatrix, kalmia::VirtualStreamBase>;
@@ -71,32 +70,32 @@ class KALMIA_EXPORT NCDataMatrix : public kalmia::Persistent<NCDataMatrix<T>, ka
   int GetNumMisVal() const { return numMisVal_; }
   int GetColumnMisVal(int c) const { return (*columnMisVal_)[c]; }
   const NCDataVector<T>& operator[](int r) const { return rowArray_[r]; }
-  /// The row for writing. What is written through it reaches the row's count of missing cells, not the matrix'.
+  /// The row for writing. Writes through it update the row's count of missing cells, not those of the matrix.
   NCDataVector<T>& operator()(int r);
   T operator()(int r, int c, T value);                   ///< writes the cell and all counts, returns value
   const NCDataVector<T>* begin() const { return rowArray_ ? rowArray_ + 1 : nullptr; }
   const NCDataVector<T>* end() const { return rowArray_ ? rowArray_ + 1 + rows_ : nullptr; }
   const NCDataVector<T>& back() const { return rowArray_[rows_]; }
   NCDataVector<T> GetColumn(int c) const;                ///< rows cells, its holes counted; a target may be a row
-  /// Rows first to last, which share their cells with this matrix; all of them are a share of the matrix itself.
+  /// Rows first to last, sharing their cells with this matrix. All rows: a share of the whole matrix.
   NCDataMatrix GetRowSubMatrix(int first, int last) const;
-  /// New array of rows + 1 pointers, entry r being row r's 1-based cells. With `keep` it aliases the matrix; without,
-  /// the matrix gives its cells away and is fit only for assignment or destruction.
+  /// A new array of rows + 1 pointers; entry r points to the 1-based cells of row r. With `keep` it aliases the matrix.
+  /// Without, the matrix gives its cells away, and may only be assigned to or destroyed.
   static T** GetMatrixAsPointerPointer(NCDataMatrix& m, bool keep);
   /// Frees the array, and with `cells` the cells of its `count` rows (those that `keep` = false gave away).
   static void ReleasePointerPointer(T** rows, int count, bool cells);
 
-  // Structure. Positions to insert at are cut to the end + 1. New cells are missing. Room for rows grows by the rule
-  // that NCDataVector has for cells. A matrix without rows takes its number of columns from the first row put into it,
-  // one without columns its number of rows from a first single column; one of 0 by 0 becomes a share of a table whose
-  // columns are put into it.
+  // Structure. An insert position after the end + 1 counts as the end + 1. New cells are missing. Room for rows grows
+  // by NCDataVector's rule. A matrix without rows takes its number of columns from the first row inserted; one without
+  // columns takes its number of rows from a first single column; a 0 by 0 matrix becomes a share of a table whose
+  // columns are inserted.
   void SetSize(int r, int c);                            ///< another size sets all missing; the present one keeps cells
   void Resize(int r, int c);                             ///< keeps the content
   void ReserveRows(int n);                               ///< room for exactly n rows, if that is more than now
   void ReserveColumns(int n);                            ///< the same for the cells of each row
   void InsertRows(int at, int n);
   void InsertRow(int at, const NCDataVector<T>& v);      ///< the new row shares v's cells
-  const NCDataVector<T>* push_back(const NCDataVector<T>& v);  ///< behind the last row; returns end()
+  const NCDataVector<T>* push_back(const NCDataVector<T>& v);  ///< after the last row; returns end()
   void RemoveRows(int at, int n);
   void RemoveRows(const NCIntegralVector<int, -99>& indices);  ///< listed in any order; repeats count once
   void InsertColumns(int at, int n);
@@ -115,10 +114,10 @@ class KALMIA_EXPORT NCDataMatrix : public kalmia::Persistent<NCDataMatrix<T>, ka
   void SetRow(int r, T value);
   void SetColumn(int c, const T* p);                     ///< p[1] to p[rows], not cells of this matrix
   void SetColumn(int c, const NCDataVector<T>& v);
-  /// Sets the column. Setting it missing does nothing when it has as many holes as the matrix has columns.
+  /// Sets the column. Setting it missing does nothing if it has as many holes as the matrix has columns.
   void SetColumn(int c, T value);
-  /// Makes row `to` a share of row `from`. Column counts are adjusted along the diagonal (of row c, cell c gives way to
-  /// cell c of `from`), the total not at all, and nothing unlinks: for complete tables that nobody shares.
+  /// Makes row `to` a share of row `from`. Neither unlinks nor keeps the counts (column count c changes by cell c of
+  /// row c and of `from`), so only for complete, unshared tables.
   void CopyRow(int from, int to);
   void CopyColumn(int from, int to);
   void CopyColumn(int to, const NCDataMatrix& m, int from);
@@ -130,17 +129,17 @@ class KALMIA_EXPORT NCDataMatrix : public kalmia::Persistent<NCDataMatrix<T>, ka
   /// below (to -99.00001 in double), so that no hole appears.
   void SubtractFromColumn(int c, long double d);
   void LagColumn(int c, int k);                          ///< shifts down by k rows; vacated cells become missing
-  /// Each cell times the cell of s of its column; a missing scale leaves the cell. Unlinks neither matrix nor rows, and
-  /// does not count a product of exactly -99: for a matrix that nobody shares and whose rows share no cells.
+  /// Each cell times the cell of s for its column; a missing scale leaves the cell. Does not count a product of exactly
+  /// -99. Unlinks neither matrix nor rows, so only for a matrix that shares nothing.
   void TransformToColumnScaled(const NCDataVector<T>& s);
   /// Subtracts v from every row; a cell with a hole on either side stays. A difference of exactly -99 is not counted.
   void TransformToDotSubRowVector(const NCDataVector<T>& v);
-  /// Byte equality, row by row, of the left side's rows with the right side's first ones: a left side without rows
-  /// equals anything, one with more rows than the right side nothing.
+  /// Byte equality of the rows on the left with the first rows on the right. A left side without rows equals anything;
+  /// one with more rows than the right side equals nothing.
   bool operator==(const NCDataMatrix& other) const;
   bool operator!=(const NCDataMatrix& other) const { return !(*this == other); }
 
-  // Results in place. A target serves one operation, is unlinked first and never resized.
+  // Results in place. A target serves one operation. It is unlinked first and never resized.
   NCDataMatrix& Result(NCDataMatrix* target);
   const NCDataMatrix& Result(NCDataMatrix* target) const;
   NCDataMatrix& Result(NCDataVector<T>* target);
@@ -150,15 +149,15 @@ class KALMIA_EXPORT NCDataMatrix : public kalmia::Persistent<NCDataMatrix<T>, ka
   /// The work matrix of an operation: the target, or a new one, all missing; without rows it is 0 by 0.
   void GetReturnMatrix(MatrixDestroyer<T>& holder, int rows, int columns) const;
 
-  // Statistics; n counts the present cells, -99 is "no estimate". Those of one column are as on NCDataVector; a column
-  // whose count of holes is 0 is walked without tests. Defined in NCDataMatrixStatistics.cpp and its neighbours.
+  // Statistics; n counts the present cells, -99 is "no estimate". Statistics of a column are as on NCDataVector; if its
+  // count of holes is 0, its cells are not tested. Defined in NCDataMatrixStatistics.cpp and its neighbours.
   long double GetMean() const;                           ///< of all present cells; -99 of none
   long double GetColumnMean(int c) const;                ///< all missing: -99; no rows: 0
   long double GetColumnSS(int c, long double mean) const;  ///< sum (x - mean)^2; all missing: -99; no rows: 0
-  /// Root of the sum of squares around the mean over `divisor`, or over n - 1 where that is the missing value; a
-  /// denominator at or below 0, or no cell, gives -99.
+  /// Root of the sum of squares around the mean over `divisor`, or over n - 1 if `divisor` is -99. A denominator at or
+  /// below 0, or no present cell, gives -99.
   long double GetColumnStdDev(int c, float divisor = static_cast<float>(kalmia::kMissing)) const;
-  /// `divisor` goes to GetColumnStdDev, whose result z is taken with.
+  /// Standardised with GetColumnStdDev(c, divisor).
   long double GetColumnSkewness(int c, int divisor = kalmia::kMissing) const;
   long double GetColumnSkewnessTest(int c, int divisor = kalmia::kMissing) const;
   long double GetColumnKurtosis(int c) const;
@@ -186,7 +185,7 @@ class KALMIA_EXPORT NCDataMatrix : public kalmia::Persistent<NCDataMatrix<T>, ka
   NCDataVector<T> RegressColumns(const NCDataVector<T>& v) const;  ///< sum x v / sum v^2 for each column
   static void RegressOneColumn(T* out, int c, const NCDataMatrix& X, const NCDataVector<T>& v, long double ss,
                                int misValMode, int& numMisVal);
-  /// The same with the denominator held up at a third of v's sum of squares.
+  /// The same with a denominator of at least a third of v's full sum of squares.
   NCDataVector<T> SpecialNipalsRegressColumnsFix(const NCDataVector<T>& v) const;
   /// Leaves out the columns whose cell in `groups` equals `group`; they stay missing. Null leaves out nothing.
   NCDataVector<T> SpecialNipalsRegressColumnsFix(const NCDataVector<T>& v, const NCIntegralVector<int, -99>* groups,
@@ -226,16 +225,15 @@ class KALMIA_EXPORT NCDataMatrix : public kalmia::Persistent<NCDataMatrix<T>, ka
   long double GetSS() const;                             ///< sum of the rows' sums of squares
 
   // Decompositions. Defined in kernels/.
-  NCSVD<T>* GetSVD() const;                              ///< the caller's; look at its status
-  NCSVD<T>* TransformToSVD();                            ///< a heap object turns into U and is owned by the result
-  /// Replaces a square matrix by its inverse; holes are not looked for. False when a row is zero or the matrix not
-  /// square: its cells are then not to be relied upon. A pivot of exactly 0 becomes 1e-20: very large cells, and true.
+  NCSVD<T>* GetSVD() const;                              ///< the caller owns it; look at its status
+  NCSVD<T>* TransformToSVD();                            ///< for a heap object: it becomes U, owned by the result
+  /// Replaces a square matrix by its inverse, without a test for holes. False if a row is zero or the matrix is not
+  /// square; its cells are then undefined. A pivot of exactly 0 counts as 1e-20: very large cells, and true.
   bool TransformToInverse();
 
-  // Persistence: magic "NCDM", version 4; versions 1 to 3 are read. The cells decide: counts are taken from them. Sizes
-  // that the stream does not cover, rows of another length than `columns` and column counts of another number are
-  // refused, and so are more than 2^31 - 1 cells, in version 4 by a VexStreamError, in older ones by a false read; the
-  // matrix is then 0 by 0.
+  // Persistence: magic "NCDM", version 4; versions 1 to 3 are read. Missing cells are counted from the cells. A read
+  // refuses sizes that the stream does not cover, rows of other lengths, another number of column counts, and more than
+  // 2^31 - 1 cells: version 4 throws VexStreamError, older versions return false. The matrix is then 0 by 0.
   using typename Persistence::DerivedStreamableData;
   static DerivedStreamableData MyStreamableData;
   bool VexStreamableWrite(std::ostream& stream);

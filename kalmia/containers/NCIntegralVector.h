@@ -7,8 +7,8 @@
 #include "kalmia/support/VexStream.h"
 
 /// Vector of whole numbers, positions from 1: indices, group numbers, flags, counts. Copies share storage until one of
-/// them is written. `M` is the missing constant of the type, only a default: no count of missing cells is kept.
-/// Instantiated for <int,-99>, <bool,0> and <unsigned long,0>. No index is checked; sizes are, as in NCDataVector.
+/// them is written. `M` is the default cell; missing cells are not counted. Instantiated for <int,-99>, <bool,0> and
+/// <unsigned long,0>. Indices are not checked; sizes are checked as in NCDataVector.
 template <class T, int M>
 class KALMIA_EXPORT NCIntegralVector : public kalmia::Persistent<NCIntegralVector<T, M>, kalmia::VirtualStreamBase> {
   using Persistence = kalmia::Persistent<NCIntegralVector, kalmia::VirtualStreamBase>;
@@ -40,7 +40,7 @@ class KALMIA_EXPORT NCIntegralVector : public kalmia::Persistent<NCIntegralVecto
   void ForceUnlink();
   void CopyContent(const NCIntegralVector& other);  ///< private deep copy of the cells
 
-  // Structure. Positions above size + 1 are cut to it. Capacity grows by the rule of NCDataVector.
+  // Structure. A position above size + 1 counts as size + 1. Capacity grows by the rule of NCDataVector.
   void Clear();
   void clear() { Clear(); }
   void SetSize(int n);                 ///< another size leaves the cells undefined; the present size keeps them
@@ -54,13 +54,13 @@ class KALMIA_EXPORT NCIntegralVector : public kalmia::Persistent<NCIntegralVecto
   void InsertValues(int at, const NCIntegralVector& v);
   void Concat(const NCIntegralVector& v);
   void push_back(T value);
-  T* insert(const T* at, T value);             ///< before `at`, a pointer into this vector; the new cell
-  T* erase(const T* at);                       ///< the cell behind the erased one
+  T* insert(const T* at, T value);             ///< before `at`, a pointer into this vector; returns the new cell
+  T* erase(const T* at);                       ///< returns the cell after the erased one
   T* erase(const T* first, const T* last);
   NCIntegralVector& Resize(int n, T fill = static_cast<T>(M));
   void resize(int n, T fill = static_cast<T>(M)) { Resize(n, fill); }
   void RemoveValues(int at, int n);
-  void Remove(const NCIntegralVector<int, -99>& indices);  ///< keeps the cells whose index is not listed
+  void Remove(const NCIntegralVector<int, -99>& indices);  ///< removes the cells whose index is listed
   void Reduce(const NCIntegralVector<int, -99>& indices);  ///< the listed cells in the order of the list
 
   /// Unlinks and returns the vector; the argument is not applied.
@@ -80,7 +80,7 @@ class KALMIA_EXPORT NCIntegralVector : public kalmia::Persistent<NCIntegralVecto
   bool operator>(const NCIntegralVector& other) const;
   bool operator>=(const NCIntegralVector& other) const;
 
-  // Order. With `misValAware` a missing cell goes behind every other in both directions.
+  // Order. With `misValAware` missing cells come last in both directions.
   bool IsSorted(bool ascending) const;  ///< true below 2 cells; equal neighbours are in order
   void Sort(bool ascending, bool misValAware);
   /// The same; `order` receives the old positions (from 1) in the new order, at its indices 0 to size - 1.
@@ -90,7 +90,7 @@ class KALMIA_EXPORT NCIntegralVector : public kalmia::Persistent<NCIntegralVecto
   /// Position of `value`, or -1. Sorted: binary search over the whole vector. NotSorted: first match from `first` to
   /// `last` inclusive; `last` of -1 means size.
   int Find(T value, SortType type, int first = 1, int last = -1) const;
-  /// Random permutation, drawn from rand(): srand fixes it.
+  /// Random permutation, drawn from rand(); srand makes it repeatable.
   void Scramble();
 
   // Persistence: magic "NCIV", version 4; versions 1 to 3 are read.

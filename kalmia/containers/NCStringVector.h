@@ -10,12 +10,12 @@
 #include "kalmia/support/VexStream.h"
 
 /// Names of variables and observations: a vector of strings, positions from 1. Copies share storage until one of them
-/// is written; where nothing is inserted or removed they go on sharing. No index is checked, but where strings are
-/// inserted or removed positions below 1 count as 1, positions and lengths beyond the end are cut to it. Absence is
-/// position 0. Throws std::bad_alloc, NCError for more than 2^31 - 1: the strings stay then, or are gone after a read.
+/// is written. Indices are not checked. Inserting and removing treats positions below 1 as 1 and cuts positions and
+/// lengths to the end. Position 0 means "not found". Throws std::bad_alloc, and NCError for more than 2^31 - 1 strings;
+/// the strings then stay as they are, or are gone after a read.
 ///
-/// The orders of the sorted operations: with `numeric`, two strings that are both numbers (VexString::ToFloat) compare
-/// as numbers; every other pair compares by text, byte by byte with `caseSensitive`, else A to Z count as a to z.
+/// Order: with `numeric`, two strings that are both numbers (VexString::ToFloat) compare as numbers. Other pairs
+/// compare by text: byte by byte with `caseSensitive`, otherwise with A to Z as a to z.
 class KALMIA_EXPORT NCStringVector : public kalmia::Persistent<NCStringVector> {
  public:
   NCStringVector();
@@ -46,17 +46,17 @@ class KALMIA_EXPORT NCStringVector : public kalmia::Persistent<NCStringVector> {
   void InsertStrings(int at, int n);                    ///< n empty ones
   void InsertStrings(int at, int n, const CString& s);  ///< n copies of s
   void RemoveStrings(int at, int n);
-  void Remove(const NCIntegralVector<int, -99>& indices);  ///< keeps the strings whose index is not listed
+  void Remove(const NCIntegralVector<int, -99>& indices);  ///< removes the strings whose index is listed
   void Reduce(const NCIntegralVector<int, -99>& indices);  ///< the listed strings in the order of the list
   void Concat(const NCStringVector& v);
-  int RemoveString(const char* s, bool caseSensitive);  ///< removes every match; how many there were
+  int RemoveString(const char* s, bool caseSensitive);  ///< removes every match; returns how many
 
   // Search and order.
   /// Position of the first match from position `from` on (below 1 counts as 1), or 0. A null `s` counts as "", here and
   /// below.
   int FindString(const char* s, bool caseSensitive, int from = 1) const;
   /// Equal strings keep their order. A mixture of numbers and names has no consistent numeric order ("10" < "1x" < "9"
-  /// by text, 9 < 10 by number); the result is then some arrangement of all the strings, the same each time.
+  /// by text, 9 < 10 by number): the result is then some arrangement of all strings, always the same one.
   void Sort(bool ascending, bool caseSensitive, bool numeric);
   /// Sorts by text; `order` receives the old positions (from 1) in the new order, at its indices 0 to Size() - 1.
   void SortWithOriginalIndex(bool ascending, bool caseSensitive, std::vector<int>& order);
@@ -72,8 +72,8 @@ class KALMIA_EXPORT NCStringVector : public kalmia::Persistent<NCStringVector> {
   bool operator==(const NCStringVector& other) const;
   bool operator!=(const NCStringVector& other) const { return !(*this == other); }
 
-  // Persistence: magic "NCSV", version 2; version 1 is read. A version that is not known reads as the empty vector, and
-  // is no failure. What is written with the name "NCStringVector" can be made again by ClassCreatorRegistrator.
+  // Persistence: magic "NCSV", version 2; version 1 is read. An unknown version reads as the empty vector, without
+  // failure. ClassCreatorRegistrator makes one by the name "NCStringVector".
   static DerivedStreamableData MyStreamableData;
   bool VexStreamableWrite(std::ostream& stream);
   bool VexStreamableRead(std::istream& stream);

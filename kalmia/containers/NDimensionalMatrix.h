@@ -5,16 +5,13 @@
 
 #include "kalmia/support/Export.h"
 
-/// Cells in any number of dimensions, which is chosen at run time; each dimension is counted from 1. Only cells that
-/// were written take memory, so that a grid of many dimensions costs what its points cost. Copies share their cells
-/// for good: what is set through one is seen through the other. Instantiated for `int`.
+/// Cells in any number of dimensions, chosen at run time; positions count from 1. Only written cells take memory: each
+/// its value and its whole index. Copies share their cells for good: a cell set through one changes in the other.
+/// Instantiated for `int`.
 ///
-/// A cell that was written costs its whole index. NCDataMatrix::GetDensity counts points in such grids, of hundreds of
-/// dimensions and of sizes beyond `int`; it splits the points dimension by dimension instead and keeps no index at all.
-///
-/// `level` is the number of dimensions: that of the index in Get and Set where it is below 0, that of `sizes` in the
-/// constructor where it is below 1. Throws Exception "dimension error" where it does not fit the matrix, the list of
-/// sizes or the index, and std::out_of_range for an index outside the sizes.
+/// `level` is the number of dimensions. In Get and Set a level below 0 means the length of the index; in the
+/// constructor a level below 1 means the number of `sizes`. Throws Exception "dimension error" if it does not fit the
+/// matrix, the sizes or the index, and std::out_of_range for an index outside the sizes.
 template <class T>
 class KALMIA_EXPORT NDimensionalMatrix {
  public:
@@ -24,7 +21,7 @@ class KALMIA_EXPORT NDimensionalMatrix {
   NDimensionalMatrix& operator=(const NDimensionalMatrix& other);
   ~NDimensionalMatrix();
 
-  /// An index longer than `level` is read up to there.
+  /// Only the first `level` numbers of a longer index are read.
   void Set(const std::vector<int>& index, T value, int level = -1);
   T Get(const std::vector<int>& index, int level = -1) const;
 
