@@ -8,14 +8,14 @@
 
 namespace NCMultiThreading {
 
-/// Cuts the columns `first` to `last`, both included, into one slice for each processor, all of the same size but for
-/// the last ones: a slice has ceil(n / processors) of the n columns, and there may be fewer slices than processors
-/// (9 columns on 4 processors: three slices of 3). No columns give no slices. Fewer than one processor counts as one.
+/// Cuts the columns `first` to `last`, both included, into slices of ceil(n / processors) columns; the last one may be
+/// smaller, and there may be fewer slices than processors (9 columns on 4 processors: three slices of 3). No columns
+/// give no slices. Fewer than one processor counts as one.
 struct KALMIA_EXPORT ColumnSliceRange {
   ColumnSliceRange(int first, int last, int processors);  ///< first is at least 1, which is not checked
 
   bool Empty() const { return current > last; }  ///< all slices are handed out
-  /// The next slice as a half-open range: its first column, and one past its last. Not to be called when Empty().
+  /// The next slice as a half-open range: its first column, and one past its last. Must not be called if Empty().
   std::pair<int, int> Next();
   int GetSliceSize() const { return sliceSize; }
   int GetNumSlices() const { return numSlices; }
@@ -26,9 +26,9 @@ struct KALMIA_EXPORT ColumnSliceRange {
   int numSlices;  ///< ceil(n / sliceSize); 0 when there are no columns
 };
 
-/// The work of one thread on one slice of columns: an operation such as NCDataMatrix::SpecialNipalsRegressOneColumnFix,
-/// called for each column of the slice in turn. Several of them may run side by side on one output: slices are
-/// disjoint, the inputs are only read, and each counts into a number of its own. No column or pointer is checked.
+/// The work of one thread on one slice of columns: calls an operation such as
+/// NCDataMatrix::SpecialNipalsRegressOneColumnFix for each column. Several may run at the same time on one output,
+/// because slices are disjoint, inputs are only read, and each has its own count. Columns and pointers are not checked.
 template <class T>
 struct KALMIA_EXPORT MatrixColumnVectorOperationThread {
   using Operation = boost::function<void(T* out, int c, const NCDataMatrix<T>& X, const NCDataVector<T>& v,

@@ -9,10 +9,10 @@
 /// TransformToSVD return. It owns its matrices; the pointers that the accessors give stay its own, and are null unless
 /// the status is StatusSuccess. Instantiated for `float` and `double`. Not to be copied.
 ///
-/// A of r rows and c columns has U of r by c, V of c by c and W of c cells, all of them not negative. Of a wide A only
-/// r columns of U carry anything; the other singular values are zero up to rounding. A singular value below max(largest
-/// * 1e-16, 1.1754943508222875e-38) is exactly 0, in `float` as in `double`: rounding in `float` leaves more than that,
-/// so a matrix of low rank has cells of exactly 0 only where the reduction happens to be exact.
+/// For A of r rows and c columns: U is r by c, V is c by c, W has c cells, none negative. If A is wide, only r columns
+/// of U mean anything, and the other singular values are zero up to rounding. A singular value below max(largest *
+/// 1e-16, 1.1754943508222875e-38) is set to exactly 0, for `float` and `double` alike. Rounding in `float` usually
+/// leaves more, so a matrix of low rank may have no singular value of exactly 0.
 template <class T>
 class KALMIA_EXPORT NCSVD {
  public:
@@ -32,19 +32,18 @@ class KALMIA_EXPORT NCSVD {
   Status GetStatus() const { return status_; }
   bool IsSorted() const { return sorted_; }
 
-  /// Orders the singular values descending, and the columns of U and V with them; equal ones keep their order. Without
-  /// success nothing happens.
+  /// Sorts the singular values descending, with the columns of U and V; equal ones keep their order. Does nothing
+  /// unless the status is success.
   void Sort();
 
-  /// Sorts, then removes the singular values that are exactly 0 with their columns of U and V, for good. Without
-  /// success nothing happens.
+  /// Sorts, then removes the singular values that are exactly 0 with their columns of U and V, for good. Does nothing
+  /// unless the status is success.
   void RemoveZeroSingularValues();
 
-  /// The inverse V diag(1 / W) U' of A; of an A that is not square, or after RemoveZeroSingularValues, the
-  /// pseudo-inverse over the singular values that are left. A new matrix of c by r, the caller's; null if the status is
-  /// not success. With a `maxCondition` zero singular values are removed first, for good; null then also where any was
-  /// removed, where there is none, or where largest / smallest is above maxCondition. With -99 nothing is tested or
-  /// removed, and a zero singular value divides by zero.
+  /// The inverse V diag(1 / W) U' of A; the pseudo-inverse if A is not square or singular values were removed. A new
+  /// matrix of c by r that the caller owns; null unless the status is success. With a `maxCondition`, zero singular
+  /// values are removed first, for good, and the result is null if one was removed, if none is left, or if largest /
+  /// smallest exceeds maxCondition. With -99 nothing is tested or removed; a zero singular value then divides by zero.
   NCDataMatrix<T>* GetInverse(float maxCondition);
 
  protected:
@@ -60,7 +59,7 @@ class KALMIA_EXPORT NCSVD {
   bool sorted_ = false;
 };
 
-/// The NCSVD that can be made; NCDataMatrix::SVD is its user.
+/// An NCSVD that can be constructed; NCDataMatrix::SVD does so.
 template <class T>
 class KALMIA_EXPORT SVDBuilder : public NCSVD<T> {
  public:
