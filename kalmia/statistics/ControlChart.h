@@ -7,30 +7,30 @@ namespace kalmia {
 struct ControlChartFactors;
 }  // namespace kalmia
 
-/// Centre lines, limits and series of statistical process control charts of one series of measurements, which is cut
-/// into consecutive subgroups of n cells (a last incomplete one is left out). Missing cells are left out of their
-/// subgroup; a subgroup without cells is missing itself.
+/// Centre lines, limits and series of a statistical process control chart for one series of measurements. The series is
+/// cut into consecutive subgroups of n cells; an incomplete last one is ignored. Missing cells are ignored; a subgroup
+/// without present cells is missing.
 ///
-/// A number that is not known is -99. Factors exist for n from 2 to 25: for other sizes whatever needs one is -99; for
-/// n below 1 there are no subgroups. Nothing is thrown. The getters that compute on demand store what they computed in
-/// the chart: one chart serves one thread at a time.
+/// An unknown number is -99. Factors exist for n from 2 to 25; for other n, numbers that need a factor are -99. For n
+/// below 1 there are no subgroups. Throws nothing. Getters that compute on demand store their results, so a chart
+/// serves one thread at a time.
 /// Sources: Montgomery (2009), Introduction to Statistical Quality Control, 6th ed., chapters 6 (limits), 9.1 (tabular
 /// CuSum), 9.2 (EWMA).
 class KALMIA_EXPORT ControlChart {
  public:
   enum ControlType : int { Individual = 0, MeanRange = 1, MeanStdDev = 2, CuSum = 3, EWMA = 4, EWMAStdDev = 5 };
 
-  /// The type of a text as FromControlType gives it; `Individual` for any other.
+  /// The type for a text of FromControlType; `Individual` for any other text.
   static ControlType ToControlType(const char* text);
-  /// "Individual", "Mean/Range", "Mean/StdDev", "CuSum"; the types EWMA and EWMAStdDev have no text of their own and
-  /// give "Individual".
+  /// "Individual", "Mean/Range", "Mean/StdDev", "CuSum". The types EWMA and EWMAStdDev have no own text and give
+  /// "Individual".
   static const char* FromControlType(ControlType type);
 
   /// A chart of `data` in subgroups of `subgroupSize` cells. Its target is the mean of the subgroup means (each rounded
   /// to float).
   ControlChart(ControlType type, const NCDataVector<float>& data, int subgroupSize);
 
-  // What the constructor and the setters left.
+  // Results of the constructor and the setters.
   ControlType GetControlType() const { return type_; }
   double GetTarget() const { return target_; }                      ///< the centre line
   double GetMeanUCL() const { return meanUCL_; }                    ///< types MeanRange, MeanStdDev
@@ -48,18 +48,18 @@ class KALMIA_EXPORT ControlChart {
   double GetStdDevIndividual() const { return stdDevIndividual_; }  ///< of the cells themselves
 
   // Computed on demand.
-  /// Root of half the mean square successive difference of the means, sqrt(sum (m(i) - m(i-1))^2 / (2 c - 2)) over
-  /// neighbours that are both present, c the present means; GetStdDevProcess() where n is 1; -99 for c below 2.
+  /// Root of half the mean square successive difference of the means: sqrt(sum (m(i) - m(i-1))^2 / (2 c - 2)) over
+  /// neighbours that are both present, with c present means. GetStdDevProcess() if n is 1; -99 for c below 2.
   double GetMSSD() const;
-  double GetActionLimit() const;  ///< 4.5 GetMSSD(): a CuSum beyond it is a signal
+  double GetActionLimit() const;  ///< 4.5 GetMSSD(); a CuSum above it is a signal
   double GetDeadBand() const;     ///< k = 0.5 GetMSSD()
   /// high(i) = max(0, high(i-1) + x(i) - T - k); a missing mean repeats the cell before.
   const NCDataVector<float>* GetHighCuSum() const;
   /// low(i) = max(0, low(i-1) - (x(i) - T + k)); a missing mean repeats the cell before.
   const NCDataVector<float>* GetLowCuSum() const;
   const NCDataVector<float>* GetDevFromTarget() const;  ///< x(i) - T, missing where the mean is
-  /// The weight that was set, or else the one with the smallest sum of squared one-step forecast errors that a search
-  /// with halving steps from 0.1 upwards and from 1 downwards finds; 0.2 where that is below 1e-5, never above 1.
+  /// The weight that was set. Otherwise the weight with the smallest sum of squared one-step forecast errors found by a
+  /// search with halving steps, from 0.1 upwards and from 1 downwards; 0.2 if this is below 1e-5; at most 1.
   double GetEWMALambda() const;
   /// Forecasts: v(1) = the previous EWMA or the target, v(i) = v(i-1) + lambda (m(i-1) - v(i-1)); a missing mean
   /// repeats the cell before.
@@ -68,27 +68,26 @@ class KALMIA_EXPORT ControlChart {
   double GetEWMAUCL() const;      ///< target + 3 GetEWMAStdDev()
   double GetEWMALCL() const;      ///< target - 3 GetEWMAStdDev()
 
-  /// Moves the centre line and the limits that hang on it (for the type EWMAStdDev nothing else is computed afresh); a
-  /// weight that was estimated stays. -99 is passed over.
+  /// Moves the centre line and the limits that depend on it (only the centre line for the type EWMAStdDev). Keeps an
+  /// estimated weight. Ignores -99.
   void SetTarget(double target);
-  /// Sets the process's standard deviation from outside, and what follows from it. -99 is passed over. Where n is 1, c4
-  /// counts as 1 for the types CuSum, EWMA and EWMAStdDev.
+  /// Sets the standard deviation of the process and recomputes the numbers that depend on it. Ignores -99. If n is 1,
+  /// c4 counts as 1 for the types CuSum, EWMA and EWMAStdDev.
   void SetStdDevSubgroup(double stdDev);
   void SetEWMALambda(double lambda);              ///< -99: to be estimated again
-  /// Goes on from an earlier period, with the types EWMA and EWMAStdDev; other types ignore it. A weight that was
-  /// estimated is estimated again; with one that was set or imported the limits stay.
+  /// Continues from an earlier period, for the types EWMA and EWMAStdDev; other types ignore it. An estimated weight is
+  /// estimated again; with a weight that was set or imported the limits stay.
   void SetPrevious(double ewma);
   void SetPrevious(double low, double high);      ///< the same for the CuSums of the type CuSum
-  /// Takes the centre line, all limits and the EWMA weight of a reference chart; the series of means stay this one's.
+  /// Takes centre line, all limits and EWMA weight from a reference chart. The series of means stay.
   void ImportLimits(const ControlChart& other);
 
-  /// The numbers of a chart that ImportLimits() takes over, to be kept and used again later; -99 for what is not known,
-  /// or was not asked of the chart by then.
+  /// The numbers of a chart that ImportLimits() takes, to be stored and used later. -99: unknown, or not yet computed.
   struct Limits {
     double target, meanUCL, meanLCL, rangeMean, rangeUCL, rangeLCL, stdDevProcess, stdDevIndividual;
     double stdDevMean, stdDevUCL, stdDevLCL, actionLimit, deadBand, lambda, ewmaUCL, ewmaLCL, ewmaStdDev, mssd;
   };
-  Limits GetLimits() const;  ///< estimates the EWMA weight, if that is not known yet
+  Limits GetLimits() const;  ///< estimates the EWMA weight if it is not known yet
   void ImportLimits(const Limits& limits);
 
  private:

@@ -4,8 +4,8 @@
 
 namespace kalmia {
 
-/// Factors that turn a mean range or a mean standard deviation of subgroups of one size into limits (three standard
-/// errors) and into estimates of the process's standard deviation. Normal data are assumed.
+/// Factors for subgroups of one size, for normal data. They turn a mean range or a mean standard deviation into limits
+/// (three standard errors) and into estimates of the standard deviation of the process.
 struct ControlChartFactors {
   float a2;  ///< half width of the limits of means, per mean range
   float a3;  ///< half width of the limits of means, per mean standard deviation
