@@ -12,10 +12,10 @@
 #include "kalmia/support/NCError.h"
 #include "kalmia/support/VexStream.h"
 
-/// What can be done to the cells of a column. a, b and c are constants 1, 2 and 3 of a TransformStruct.
+/// The kinds of transformation of a cell. a, b and c are constants 1, 2 and 3 of a TransformStruct.
 class KALMIA_EXPORT TransformE {
  public:
-  /// Values beyond these, as a stream may bring them, do nothing, like the first two.
+  /// The first two do nothing, and so does any other value (a stream may hold one).
   enum Transform : int {
     TransformUndefined = 0,
     TransformNone = 1,
@@ -27,9 +27,9 @@ class KALMIA_EXPORT TransformE {
     TransformPower = 7    ///< (a x + b)^c
   };
 
-  /// The display name; "" for the undefined transform and for what is none.
+  /// The display name; "" for the undefined transform and for values that are no transform.
   static const char* GetTransformName(Transform type);
-  /// The display formula; "" also where nothing is done.
+  /// The display formula; "" for transforms that do nothing.
   static const char* GetFormula(Transform type);
 };
 
@@ -47,8 +47,8 @@ class KALMIA_EXPORT NCTransformError : public NCError {
 
   NCTransformError* Clone() const override;
 
-  int Column = 0;  ///< from 1; 0 where no single one is concerned
-  int Row = 0;     ///< the same
+  int Column = 0;  ///< from 1; 0 if the error concerns no single column
+  int Row = 0;     ///< from 1; 0 if the error concerns no single row
   Error Code = ErrorNone;
 };
 
@@ -61,11 +61,11 @@ class KALMIA_EXPORT NCTransformErrors {
   ~NCTransformErrors();
 
   int Size() const { return static_cast<int>(errors_.size()); }
-  void AddError(const NCTransformError& error);  ///< behind the last; the position stays
-  void Append(const NCTransformErrors& other);   ///< all of the other's, in their order; it may be this list
+  void AddError(const NCTransformError& error);  ///< at the end; the position stays
+  void Append(const NCTransformErrors& other);   ///< all errors of the other list, which may be this one
   /// Moves the position to the first error. The list keeps what it returns; null of an empty list.
   NCTransformError* GetFirstError();
-  /// Moves the position to the next error; null behind the last one, and before GetFirstError was called.
+  /// Moves the position to the next error; null after the last one, and before GetFirstError was called.
   NCTransformError* GetNextError();
 
  private:
@@ -73,17 +73,18 @@ class KALMIA_EXPORT NCTransformErrors {
   std::list<NCTransformError>::iterator position_ = errors_.end();
 };
 
-/// The transformation of one column: its kind and four constants, of which a, b and c of the formulas are numbers 1, 2
-/// and 3. Number 0 is compared and stored, and no formula reads it. No index of a constant is checked.
+/// The transformation of one column: its kind and four constants. Constants 1, 2 and 3 are a, b and c of the formulas.
+/// Constant 0 is compared and stored, but no formula reads it. Indices of constants are not checked.
 ///
-/// Cells are read as float, computed in double and written as float. "In range" is a double that is no NaN, infinite or
-/// denormal, and not beyond the largest float; 0 is in range, and so is what only becomes denormal or 0 as a float.
+/// Cells are read as float, computed in double and written as float. A result is in range if the double is neither NaN,
+/// infinite nor denormal, and not beyond the largest float. 0 is in range, and so is a result that only becomes
+/// denormal or 0 as a float.
 class KALMIA_EXPORT TransformStruct : public kalmia::Persistent<TransformStruct> {
  public:
   static constexpr int kConstants = 4;
 
   TransformStruct();  ///< TransformNone, all constants -99
-  explicit TransformStruct(const TransformStruct* other);  ///< a copy; of null the default
+  explicit TransformStruct(const TransformStruct* other);  ///< a copy; null gives the default
   TransformStruct(const TransformStruct& other);
   TransformStruct& operator=(const TransformStruct& other);
   ~TransformStruct() override;
@@ -96,49 +97,48 @@ class KALMIA_EXPORT TransformStruct : public kalmia::Persistent<TransformStruct>
   float* GetConstants() { return constants_; }
   const float* GetConstants() const { return constants_; }
 
-  bool operator==(const TransformStruct& other) const;  ///< of kind and all four constants
+  bool operator==(const TransformStruct& other) const;  ///< compares kind and all four constants
   bool operator!=(const TransformStruct& other) const { return !(*this == other); }
   /// By kind, then by constants 0 to 3: the first difference decides. A NaN differs from everything, and is not less.
   bool operator<(const TransformStruct& other) const;
 
-  /// Transforms the cell in place. ErrorNone, and the cell as it is, for a missing cell and for a kind that does
-  /// nothing. ErrorCalculation, and a missing cell, where the result is out of range or, for the logit, x = b. The
-  /// linear kind has no test: a result beyond the floats is infinite. The negative logarithm of 1 is -0.
+  /// Transforms the cell in place. A missing cell, or a kind that does nothing, leaves the cell and returns ErrorNone.
+  /// A result out of range (for the logit also x = b) makes the cell missing and returns ErrorCalculation. The linear
+  /// kind has no such test: a result beyond the floats is infinite. The negative logarithm of 1 is -0.
   NCTransformError::Error TransformValue(float* value) const;
 
-  /// Takes the cell back to what TransformValue made it from:
+  /// Inverts TransformValue in place:
   ///   linear (x - b) / a; logarithms (10^x - b) / a and (10^-x - b) / a; logit (b p + a) / (p + 1) with p = 10^x;
   ///   exponential (ln(x) - b) / a with ln(x) rounded to float; power (x^(1 / c) - b) / a.
-  /// ErrorNone, and the cell as it is, as above. ErrorCalculation, and a missing cell, where a = 0 (but for the logit),
-  /// p, ln(x) or x^(1 / c) is not finite, 10^x a NaN, or the result out of range; linear and power have no test of the
-  /// result. For the logarithms an infinite or denormal 10^x fails only where it puts the result out of range.
-  /// Linear with a = 0 alone leaves the cell as it is, and returns ErrorCalculation.
+  /// ErrorNone as above. ErrorCalculation, and a missing cell: if a = 0 (except logit), if p, ln(x) or x^(1 / c) is not
+  /// finite, if 10^x is a NaN, or if the result is out of range (not tested for linear and power). For the logarithms
+  /// an infinite or denormal 10^x fails only if the result is out of range. Linear with a = 0 is the one failure that
+  /// leaves the cell as it is.
   NCTransformError::Error BackTransformValue(float* value) const;
 
-  /// Transforms each cell of a column (from 1, not checked), row by row. Every cell is left as TransformValue
-  /// or BackTransformValue makes it, so failed ones as missing but for the linear inverse with a = 0, and the matrix
-  /// counts its holes. What shares cells with the matrix is left alone. Returns null if nothing failed, else the list
-  /// of errors in the order of the rows, which the caller owns. Where memory runs out, the rows above are done, the
-  /// failed cell that could not be listed and those below it are as they were.
+  /// Applies TransformValue or BackTransformValue to each cell of a column (from 1, not checked), row by row, and keeps
+  /// the matrix's counts of holes. Shares of the matrix do not change. Returns null if nothing failed, otherwise the
+  /// errors in the order of the rows, which the caller owns. std::bad_alloc leaves the failed cell that could not be
+  /// listed, and all cells below it, unchanged.
   NCTransformErrors* TransformColumn(NCDataMatrix<float>* matrix, int column) const;
   NCTransformErrors* BackTransformColumn(NCDataMatrix<float>* matrix, int column) const;
 
-  /// The formula with its numbers (as of printf's %g), plain or as HTML: "10log(2*x - 3)"; "" for a kind that does
-  /// nothing. The fraction of the logit is printed as (b - x)/(x - a), upside down against what is computed.
+  /// The formula with its numbers (as printf's %g), plain or as HTML: "10log(2*x - 3)"; "" for a kind that does
+  /// nothing. The fraction of the logit is printed upside down, as (b - x)/(x - a).
   CString ToString(bool html) const;
 
-  /// Keys "TransformType", an integer, and "Constants", an array of four, in this order. What the section throws is
-  /// passed on, and nothing is changed then.
+  /// Keys "TransformType", an integer, and "Constants", an array of four, in this order. Exceptions of the section pass
+  /// through and leave this object unchanged.
   void Save(ConfigurationSection* section) const;
   void Load(ConfigurationSection* section);
 
-  /// Reads a form older than the persistent one: the kind (4 bytes), then constants 1 to 3; constant 0 stays as it is.
-  /// A stream that ends too early has its fail bit set, and nothing is changed.
+  /// Reads a form older than the persistent one: the kind (4 bytes), then constants 1 to 3; constant 0 stays. If the
+  /// stream ends too early, its fail bit is set and nothing changes.
   std::istream& OldRead(std::istream& stream);
 
-  // Persistence: magic "TS", version 1. The kind takes 2 bytes; one that they cannot hold is written as
-  // TransformUndefined, which does as little. Fields that are not there throw VexStreamError, another version gives a
-  // false read; nothing is changed then.
+  // Persistence: magic "TS", version 1. The kind takes 2 bytes; a value beyond them is written as TransformUndefined,
+  // which does nothing either. Absent fields throw VexStreamError, another version reads as false; nothing changes
+  // then.
   static DerivedStreamableData MyStreamableData;
   bool VexStreamableWrite(std::ostream& stream);
   bool VexStreamableRead(std::istream& stream);
@@ -152,8 +152,8 @@ class KALMIA_EXPORT TransformStruct : public kalmia::Persistent<TransformStruct>
   TransformE::Transform type_ = TransformE::TransformNone;
 };
 
-/// A transformation for each column of a matrix, to be applied before scaling. Columns are numbered from 1; no column
-/// number is checked.
+/// A transformation for each column of a matrix, applied before scaling. Columns count from 1; column numbers are not
+/// checked.
 class KALMIA_EXPORT NCTransform : public kalmia::Persistent<NCTransform> {
  public:
   NCTransform();                      ///< no columns: to be read from a stream
@@ -170,17 +170,17 @@ class KALMIA_EXPORT NCTransform : public kalmia::Persistent<NCTransform> {
   const TransformStruct& operator[](int column) const { return transforms_[static_cast<std::size_t>(column)]; }
 
   /// Transforms the matrix in place, column by column.
-  /// Throws NCTransformError: with ErrorColumnCount, before anything is changed, if the number of columns is not
-  /// Size(); else for the first cell that fails, once its column is done. Earlier columns are transformed then, that
-  /// one too, with all its failed cells missing; later ones are not.
+  /// Throws NCTransformError: ErrorColumnCount, with nothing changed, if the number of columns is not Size(); otherwise
+  /// for the first cell that fails, after its column is done. Its column (failed cells missing) and those before it are
+  /// then transformed, later ones are not.
   void TransformMatrix(NCDataMatrix<float>* matrix) const;
 
-  /// The same without a stop: every column is transformed. Returns null if nothing failed, else all errors, by columns
-  /// and in each by rows, or the one of a wrong number of columns; the caller owns the list.
+  /// The same for all columns, without throwing. Returns null if nothing failed, otherwise all errors, by columns and
+  /// in each by rows, or the single error of a wrong number of columns. The caller owns the list.
   NCTransformErrors* TransformMatrixNoBreak(NCDataMatrix<float>* matrix) const;
 
-  // Persistence: magic "NCT", version 2; version 1 is read. False for a count that the stream does not cover, a missing
-  // entry or another version; VexStreamError where an element throws it. No columns are left then.
+  // Persistence: magic "NCT", version 2; version 1 is read. A read returns false for a count that the stream does not
+  // cover, an absent entry or another version; VexStreamError of an element passes through. No columns are left then.
   static DerivedStreamableData MyStreamableData;
   bool VexStreamableWrite(std::ostream& stream);
   bool VexStreamableRead(std::istream& stream);

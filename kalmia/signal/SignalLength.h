@@ -5,7 +5,7 @@
 #include "kalmia/containers/NCDataVector.h"
 #include "kalmia/support/Export.h"
 
-// The lengths that transforms of signals want, and what makes a signal that long.
+// The lengths that transforms of signals need, and the padding to them.
 
 namespace kalmia {
 
@@ -15,9 +15,9 @@ KALMIA_EXPORT int Levels(std::int64_t n);
 KALMIA_EXPORT int PowerLength(std::int64_t n);
 KALMIA_EXPORT bool IsPowerOfTwo(int n);
 
-/// Continues a signal of n >= 1 cells, n not checked, to `length` cells so that its end leads back to its start: with
-/// p = length - n new cells, x(n) - t (x(n) - x(1)) / (p - 1) for t = 0 to p - 1. A single new cell is half of
-/// x(n) - x(1), the difference and not the mean. A `length` that is not above n changes nothing.
+/// Extends a signal of n >= 1 cells (not checked) to `length` cells by a ramp from its end back to its start. With
+/// p = length - n, the new cells are x(n) - t (x(n) - x(1)) / (p - 1) for t = 0 to p - 1. A single new cell is half the
+/// difference x(n) - x(1). A `length` of at most n changes nothing.
 KALMIA_EXPORT void PadBackToStart(NCDataVector<float>* signal, int length);
 
 }  // namespace kalmia
