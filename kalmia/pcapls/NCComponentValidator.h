@@ -4,8 +4,7 @@
 #include "kalmia/pcapls/NCPCA.h"
 #include "kalmia/support/Export.h"
 
-/// A rule that tells a loop over components whether there is another one worth having, so that the loop need not know
-/// the rule:
+/// A rule that tells a loop over components whether to compute another one, so that the loop need not know the rule:
 ///
 ///   validator.SetPCAModel(&model);
 ///   while (validator.IsValid()) { model.NextComponent(...); model.CalculateResiduals(); }
@@ -13,12 +12,12 @@
 class KALMIA_EXPORT NCComponentValidator {
  public:
   virtual ~NCComponentValidator();
-  virtual bool IsPreComponentValidator() = 0;  ///< to be asked before the next component is computed; false: after it
+  virtual bool IsPreComponentValidator() = 0;  ///< true: ask IsValid before a component is computed; false: after
   virtual bool IsValid() = 0;
-  virtual void Done();                         ///< the caller is through; does nothing here
+  virtual void Done();                         ///< the caller has finished; does nothing here
 };
 
-/// A rule that looks at a PCA model, which it does not own and which may come later, or never: null.
+/// A rule about a PCA model. It does not own the model, which may be set later, or be null.
 class KALMIA_EXPORT PCAComponentValidator : public NCComponentValidator {
  public:
   explicit PCAComponentValidator(NCPCA* model) : model_(model) {}
@@ -28,18 +27,18 @@ class KALMIA_EXPORT PCAComponentValidator : public NCComponentValidator {
   NCPCA* model_;
 };
 
-/// A further component is worth computing as long as more than `fraction` of the sum of squares is left that the
-/// model's working matrix had when the model was given.
+/// Asks for another component while the model's working matrix has more than `fraction` of the sum of squares that it
+/// had when the model was set.
 class KALMIA_EXPORT PCA_SS_ComponentValidator : public PCAComponentValidator {
  public:
   explicit PCA_SS_ComponentValidator(NCPCA* model = nullptr, float fraction = 0.001F);
 
   bool IsPreComponentValidator() override;     ///< true
-  /// fraction < SS / SS at the start, all in float. False without a model, and where the sum of squares at the start is
+  /// fraction < SS / SS at the start, all in float. False without a model, and if the sum of squares at the start is
   /// at or below 1e-30 or either is missing.
   bool IsValid() override;
-  /// Starts anew from what is left in this model; the former one is forgotten. Throws NCError where the sum of squares
-  /// is not finite as a float: nothing of this model is valid then. The constructor does not look.
+  /// Starts anew with this model and forgets the former one. Throws NCError if the sum of squares is not finite as a
+  /// float (the constructor does not check); IsValid is then false for this model.
   void SetPCAModel(NCPCA* model) override;
 
  private:

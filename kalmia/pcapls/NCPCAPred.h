@@ -3,17 +3,17 @@
 #include "kalmia/containers/NCDataMatrix.h"
 #include "kalmia/support/Export.h"
 
-/// Projects new observations on the loadings of a PCA model: all scores at construction, then what is left of X, one
-/// component at a time. X arrives scaled as the model's X was: NCError where it has rows of another width.
+/// Projects new observations on the loadings of a PCA model. The constructor computes all scores; each step then takes
+/// one component out of X. X must be scaled as the model's X was. NCError for rows of another width.
 class KALMIA_EXPORT NCPCAPred {
  public:
-  /// Works in a copy of X (N x K; shared until the first step). P (A x K) is the model's, one component per row.
-  /// `maxIterations` is for the observations with holes, see ScoreEstimator, which tells how scores are estimated.
+  /// Works on a copy of X (N x K; shared until the first step). P (A x K) is the model's, one component per row.
+  /// ScoreEstimator tells how scores are estimated; `maxIterations` is for observations with holes.
   /// Missing: an observation whose share of missing variables (formed in double) is above `tolerance` has no scores.
   NCPCAPred(const NCDataMatrix<float>* X, const NCDataMatrix<float>* P, int maxIterations, float tolerance);
 
-  /// Takes one component more out of X: X -= t p'. The row of an observation without a score stays as it is; the column
-  /// of a variable without a loading becomes missing in the other rows. Scores do not change.
+  /// Takes one more component out of X: X -= t p'. Rows of observations without a score stay; in the other rows,
+  /// columns of variables without a loading become missing. Scores do not change.
   /// Not beyond GetMaxComp(), which is not checked.
   void CalcNextResidual();
 

@@ -6,9 +6,9 @@
 #include "kalmia/containers/NCDataVector.h"
 #include "kalmia/support/Export.h"
 
-/// Takes new observations through the components of a PLS model, one at a time: their scores, and what is left of X.
-/// The object itself is the score vector t of the component computed last, one cell per observation, missing before the
-/// first step. X arrives scaled as the model's X was. The width of its rows is checked. Cannot be copied.
+/// Takes new observations through the components of a PLS model, one at a time: computes their scores and takes the
+/// component out of X. The object is the score vector t of the newest component, one cell per observation, missing
+/// before the first step. X must be scaled as the model's X was. Cannot be copied.
 class KALMIA_EXPORT NCPLSResiduals : public NCDataVector<float> {
  public:
   /// X (N x K) is kept as a pointer and changed in place; W and P (A x K) are the model's, one component per row.
@@ -42,19 +42,18 @@ class KALMIA_EXPORT NCPLSResiduals : public NCDataVector<float> {
   float missingTolerance_;
 };
 
-/// The same with the prediction of Y: after each step YPred is the sum of t c' over the components done, in the scaled
-/// units of Y. An observation without a score in a step gets nothing added: one that never has a score is predicted 0,
-/// the mean.
+/// The same with the prediction of Y: after each step YPred is the sum of t c' over the components so far, in the
+/// scaled units of Y. A missing score adds nothing, so an observation without any score is predicted 0, the mean.
 class KALMIA_EXPORT NCPLSPred : public NCPLSResiduals {
  public:
-  /// Works in a copy of X (N x K; shared until the first step). W and P are A x K, C is A x M. See NCPLSResiduals.
-  /// Throws NCError where W or C has fewer components than P.
+  /// Works on a copy of X (N x K; shared until the first step). W and P are A x K, C is A x M. See NCPLSResiduals.
+  /// Throws NCError if W or C has fewer components than P.
   NCPLSPred(const NCDataMatrix<float>* X, const NCDataMatrix<float>* W, const NCDataMatrix<float>* P,
             const NCDataMatrix<float>* C, float tolerance);
   NCPLSPred(const NCDataMatrix<float>& X, const NCDataMatrix<float>& W, const NCDataMatrix<float>& P,
             const NCDataMatrix<float>& C, float tolerance);
-  /// Works in the caller's X and yPred (N x M), which have to outlive this object; yPred is set to 0. The bool only
-  /// selects this form.
+  /// Works on the caller's X and yPred (N x M), which must outlive this object; sets yPred to 0. The bool only selects
+  /// this form.
   NCPLSPred(bool inPlace, NCDataMatrix<float>* X, NCDataMatrix<float>* yPred, const NCDataMatrix<float>& W,
             const NCDataMatrix<float>& P, const NCDataMatrix<float>& C, float tolerance);
   NCPLSPred(const NCPLSPred&) = delete;

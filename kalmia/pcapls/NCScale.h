@@ -9,8 +9,8 @@
 #include "kalmia/support/NCError.h"
 #include "kalmia/support/VexStream.h"
 
-/// Why a matrix could not be scaled. The matrix is then half done and the model half fitted: discard both. Only with
-/// ErrorWrongVariableCount both are as they were.
+/// Why a matrix could not be scaled. ErrorWrongVariableCount leaves matrix and model unchanged. After any other error
+/// both are half done: discard them.
 class KALMIA_EXPORT NCScaleError : public NCError {
  public:
   enum Error : int {
@@ -24,20 +24,20 @@ class KALMIA_EXPORT NCScaleError : public NCError {
 
   NCScaleError* Clone() const override;
 
-  int Column;  ///< the variable concerned, from 1; 0 where no single one is
+  int Column;  ///< the variable, from 1; 0 if the error concerns no single one
   Error Code;
 };
 
-/// Column scaling: for each variable of a table a type, a centre and a factor, fitted to one matrix and then applied to
-/// others. The models do not scale anything themselves: X and Y are scaled first. There is no way back.
+/// Column scaling: for each variable of a table a type, a centre and a factor, fitted to one matrix and applied to
+/// others. The models do not scale: X and Y are scaled first. There is no inverse.
 ///
 /// With s the standard deviation of the n present cells of a column (divisor n - 1), a cell x becomes
 /// (x - centre) * factor, where the factor is 1 / s (unit variance) or 1 / sqrt(s) (Pareto scaling, van den Berg et al.
-/// (2006), BMC Genomics 7, 142). Centres and factors are stored as float; a missing one (-99) leaves the column alone.
-/// Holes of the matrix stay holes. Variables are numbered from 1; no variable number is checked.
+/// (2006), BMC Genomics 7, 142). Centres and factors are stored as float; a missing one (-99) is not applied.
+/// Holes of the matrix stay holes. Variables count from 1.
 class KALMIA_EXPORT NCScale : public kalmia::Persistent<NCScale> {
  public:
-  /// Values beyond these, as a stream may bring them, behave like ScalingUndefined.
+  /// Any other value (a stream may hold one) counts as ScalingUndefined.
   enum Scaling : int {
     ScalingUndefined = 0,    ///< centre and factor stay what they are
     ScalingNone = 1,         ///< neither
@@ -49,12 +49,12 @@ class KALMIA_EXPORT NCScale : public kalmia::Persistent<NCScale> {
   NCScale();                         ///< no variables: to be read from a stream
   explicit NCScale(int variables);   ///< nothing fitted, every type ScalingNone; NCError for fewer than 0
   NCScale(const NCScale& other);     ///< a deep copy
-  /// Shares: from now on both objects have the same centres, factors and types, and what is set in or fitted by one
-  /// shows in the other, until either is assigned or read anew.
+  /// Shares: from now on both objects have the same centres, factors and types. A change by one changes the other,
+  /// until one of them is assigned or read anew.
   NCScale& operator=(const NCScale& other);
   ~NCScale() override;
 
-  /// Another type than the present one also forgets the variable's centre and factor; the same type keeps them.
+  /// A new type also forgets the centre and the factor of the variable; the same type keeps them.
   /// Both throw NCError without a variable of that number, from 1.
   void SetType(int variable, Scaling type);
   Scaling GetScaleType(int variable) const;
@@ -64,24 +64,25 @@ class KALMIA_EXPORT NCScale : public kalmia::Persistent<NCScale> {
   /// ScaleWithNewModel or ScaleWithCurrentModel.
   void ScaleMatrix(NCDataMatrix<float>* matrix, bool newModel);
 
-  /// Fits centres and factors to the matrix and scales it in place. What shares cells with it is left alone.
-  /// Missing: an empty column gets no centre, nor does one whose mean is exactly -99. Types without a factor never
-  /// fail, not on a constant or an empty column either.
-  /// Throws NCScaleError, before anything is changed, if the number of columns is not GetVariables(); and for the first
-  /// variable with a factor that has too few values, no sum of squares (exactly 0 after centring) or a factor out of
-  /// range. Then all columns are centred, the factors of lower variables are stored, and no column is multiplied yet.
+  /// Fits centres and factors to the matrix and scales it in place. Shares of the matrix do not change.
+  /// Missing: a column that is empty, or whose mean is exactly -99, gets no centre. Types without a factor never fail,
+  /// even on constant or empty columns.
+  /// Throws NCScaleError, with nothing changed, if the number of columns is not GetVariables(). Throws it too for the
+  /// first variable with a factor that has too few values, a sum of squares of exactly 0 after centring, or a factor
+  /// out of range; then all columns are centred, the factors of lower variables are stored, and no column is
+  /// multiplied.
   void ScaleWithNewModel(NCDataMatrix<float>* matrix);
 
-  /// Applies the stored centres and factors in place; a model that was never fitted leaves the matrix as it is.
-  /// Throws NCScaleError, before anything is changed, if the number of columns is not GetVariables().
+  /// Applies the stored centres and factors in place; a model that was never fitted changes nothing.
+  /// Throws NCScaleError, with nothing changed, if the number of columns is not GetVariables().
   void ScaleWithCurrentModel(NCDataMatrix<float>* matrix);
 
   const NCDataVector<float>* GetCentres() const { return centres_.get(); }  ///< one per variable; -99: not centred
   const NCDataVector<float>* GetScales() const { return scales_.get(); }    ///< factors; -99: not multiplied
   int GetVariables() const { return variables_; }
 
-  // Persistence: magic "NCS", version 2; version 1 is read. A stream that is cut, or whose centres, factors and types
-  // disagree in number, makes the read fail and leaves no variables. A read ends any sharing with other objects.
+  // Persistence: magic "NCS", version 2; version 1 is read. The read fails, and leaves no variables, if the stream is
+  // cut or its centres, factors and types differ in number. A read ends sharing with other objects.
   static DerivedStreamableData MyStreamableData;
   bool VexStreamableWrite(std::ostream& stream);
   bool VexStreamableRead(std::istream& stream);

@@ -14,54 +14,49 @@
 /// throws NCError otherwise.
 KALMIA_EXPORT NCIntegralVector<int, -99> GetDeafultCVGroupsVector(int count, int groups);
 
-/// Judges one component of a PCA model by cross-validation over groups of observations and groups of variables. In
-/// round g a loading is learnt without the observations of group g and a score without the variables of group g, each
-/// by an NCPCA that starts from the model's own component and runs few rounds. Cell (i, j) is then predicted as t_i p_j
-/// with the t that did not see the group of variable j and the p that did not see the group of observation i, so the
-/// cell itself took no part in either. With PRESS the sum of squared prediction errors and SS that of the predicted
-/// cells, Q2 = 1 - PRESS / SS, for each variable and in total; over components the unexplained parts multiply, none by
-/// more than 1.1: Q2cum = 1 - product of min(PRESS / SS, 1.1).
+/// Judges one component of a PCA model by cross-validation over groups of observations and groups of variables. Round g
+/// computes a loading without the observations of group g and a score without the variables of group g, each by an
+/// NCPCA that starts from the model's component and runs few rounds. The prediction of cell (i, j) is t_i p_j, with the
+/// t computed without the group of variable j and the p without the group of observation i: neither uses the cell. With
+/// PRESS the sum of squared prediction errors and SS that of the predicted cells, Q2 = 1 - PRESS / SS, for each
+/// variable and in total. Over components Q2cum = 1 - product of min(PRESS / SS, 1.1).
 /// Source: Eastment & Krzanowski (1982), Technometrics 24, 73-77; Wold (1978), Technometrics 20, 397-405.
 ///
 /// For each component the caller calls NCPCA::NextComponent, then NextComponent of this object, reads Q2, and calls
-/// NCPCA::CalculateResiduals if the component stays. It is significant if GetQ2Tot() is greater than GetQ2Lim(): this
-/// class decides nothing.
+/// NCPCA::CalculateResiduals if the component stays. The component is significant if GetQ2Tot() exceeds GetQ2Lim(); the
+/// caller decides.
 ///
-/// Copies have all members of their own but the model, which is the caller's and has to outlive them. N observations,
-/// K variables.
+/// Copies share only the model, which the caller owns and keeps alive. N observations, K variables.
 class KALMIA_EXPORT PCACrossValidation {
  public:
-  /// For the first component. `rounds` above the smaller of N and K is cut to it; with 1 round there is nothing to
-  /// learn from, and NextComponent may fail. The groups have one number from 0 to (cut) rounds - 1 for each observation
-  /// and each variable, and are copied; null stands for GetDeafultCVGroupsVector of the cut rounds. Cells of any other
-  /// group are not predicted; without a round none are. Throws NCError where there is not one group for each.
+  /// For the first component. `rounds` is cut to the smaller of N and K; with 1 round there is nothing to fit, and
+  /// NextComponent may fail. The groups have one number from 0 to (cut) rounds - 1 for each observation and each
+  /// variable, and are copied; null means GetDeafultCVGroupsVector of the cut rounds. Cells of other groups are not
+  /// predicted. Throws NCError for another number of groups.
   PCACrossValidation(NCPCA* model, int rounds, const NCIntegralVector<int, -99>* observationGroups,
                      const NCIntegralVector<int, -99>* variableGroups);
-  /// For a later component, with the cumulated values up to then; `q2XVarCum` has K cells, which NextComponent checks.
+  /// For a later component, with the cumulated values so far; `q2XVarCum` has K cells, which NextComponent checks.
   PCACrossValidation(NCPCA* model, float q2TotCum, const NCDataVector<float>& q2XVarCum, int rounds,
                      const NCIntegralVector<int, -99>* observationGroups,
                      const NCIntegralVector<int, -99>* variableGroups);
 
   /// One cross-validation of the component that NCPCA::NextComponent has just appended; the model is not changed.
-  /// Shape: `ss` (K cells) holds the sums of squares of the variables before the first component: a variable without
-  /// variance left gets Q2 0, and cumulated 1 if it had variance then, else 0. A table without variance left gets 0,
-  /// and cumulated 1.
-  /// Missing: a cell whose t or p is missing is not predicted and counts nowhere; x itself is its residual. A missing
-  /// cell has a missing residual.
-  /// Progress: `progress` may be null; a bar is then opened. Its range is 0 to rounds, and each half of a round is a
-  /// range within it. What opening and closing these say of a stop is passed over: a stop comes in between the
-  /// iterations of a half.
-  /// Throws: NCError where the model has no component or lacks its matrix P or T, or has other numbers of observations
-  /// or variables than when this object was made, where a vector has another number of cells, a round has no component,
-  /// or the user stops; std::bad_alloc. GetPSet() and GetTSet() then hold the rounds that were done, everything else is
-  /// as it was.
+  /// Shape: `ss` (K cells) holds the sums of squares of the variables before the first component. A variable without
+  /// variance left gets Q2 0, and cumulated 1 if it had variance then, otherwise 0. A table without variance left gets
+  /// 0, and cumulated 1.
+  /// Missing: a cell whose t or p is missing is not predicted and does not count; its residual is x. A missing cell has
+  /// a missing residual.
+  /// Progress: if `progress` is null, a bar is opened. Its range is 0 to rounds, with a range inside for each half of a
+  /// round. The bar is asked about a stop only between the iterations of a half.
+  /// Throws: NCError if the model has no component, lacks its matrix P or T, or has other numbers of observations or
+  /// variables than at construction; if a vector has another number of cells; if a round has no component; if the user
+  /// stops; std::bad_alloc. GetPSet() and GetTSet() then hold the rounds done; everything else is unchanged.
   /// Cost: twice `rounds` components of at most 5 + sqrt(a - 1) rounds for component a.
   void NextComponent(const NCDataVector<float>& ss, NCProgress* progress);
 
-  /// What Q2 of component a (from 1) has to exceed, which is what a component of noise would reach: for N observations,
-  /// one less if `reduceObservations` (centred data),
-  ///   1 - (N - b - a + 1)(K - a + 1) / ((N - a + 1)(K - a + 2)),  b = 1 if reduced, else 0.
-  /// Where the product above the line is not above 0 the limit is 1; -99 for a component below 1.
+  /// The limit for Q2 of component a (from 1), which a component of noise would reach:
+  ///   1 - (N - b - a + 1)(K - a + 1) / ((N - a + 1)(K - a + 2)),
+  /// with b = 1 for `reduceObservations` (centred data), otherwise 0. 1 if the numerator is not above 0; -99 for a component below 1.
   float GetQ2Lim(int component, bool reduceObservations) const;
 
   float GetQ2Tot() const { return q2Tot_; }        ///< of the last call, all cells together

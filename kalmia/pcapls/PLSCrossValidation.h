@@ -10,46 +10,44 @@
 #include "kalmia/support/Export.h"
 #include "kalmia/support/NCProgress.h"
 
-/// Judges one component of a PLS model by cross-validation over groups of observations: each group in turn is left out,
-/// a model of one component is fitted to the rest of the working X and Y, and predicts the group. With PRESS the sum of
-/// squared prediction errors and SS that of Y before the component, Q2 = 1 - PRESS / SS, for each Y variable and in
-/// total; over components the unexplained parts multiply, none by more than 1.1:
-/// Q2cum = 1 - product of min(PRESS / SS, 1.1).
+/// Judges one component of a PLS model by cross-validation over groups of observations. Each round leaves out one
+/// group, fits a model of one component to the rest of the working X and Y, and predicts the group. With PRESS the sum
+/// of squared prediction errors and SS that of Y before the component, Q2 = 1 - PRESS / SS, for each Y variable and in
+/// total. Over components Q2cum = 1 - product of min(PRESS / SS, 1.1).
 /// Source: Wold (1978), Technometrics 20, 397-405.
 ///
 /// For each component the caller calls NCPLS::NextComponent, then NextComponent of this object, reads Q2, and calls
-/// NCPLS::CalculateResiduals if the component stays. It passes if GetQ2Tot() is strictly greater than GetQ2Lim(): this
-/// class decides nothing. Because each round starts from the deflated tables, Q2 differs from that of programs which
-/// refit all components in every round.
+/// NCPLS::CalculateResiduals if the component stays. The component passes if GetQ2Tot() exceeds GetQ2Lim(); the caller
+/// decides. Each round starts from the deflated tables, so Q2 differs from that of programs that refit all components
+/// in every round.
 ///
-/// Copies have all members of their own but the model, which is the caller's and has to outlive them. N observations,
-/// K variables in X, M in Y.
+/// Copies share only the model, which the caller owns and keeps alive. N observations, K variables in X, M in Y.
 class KALMIA_EXPORT PLSCrossValidation : public VexStreamBase {
  public:
-  /// For the first component. `rounds` above N is cut to N; a single one that leaves all out has nothing to fit, and
-  /// predicts nothing; with less than 1 nothing is left out, and every Q2 is 0. `observationGroups` has one group
-  /// number from 0 to rounds - 1 for each observation and is copied; null stands for GetDeafultCVGroupsVector of N and
-  /// the cut rounds. An observation of any other group is never left out. Throws NCError where there are not N groups.
+  /// For the first component. `rounds` is cut to N. A single round that leaves all out has nothing to fit and predicts
+  /// nothing; with fewer than 1, nothing is left out, and every Q2 is 0. `observationGroups` has one number from 0 to
+  /// rounds - 1 for each observation and is copied; null means GetDeafultCVGroupsVector of N and the cut rounds.
+  /// Observations of other groups are never left out. Throws NCError for another number of groups.
   PLSCrossValidation(NCPLS* model, int rounds, const NCIntegralVector<int, -99>* observationGroups);
-  /// For a later component, with the cumulated values up to then; `q2YVarCum` has M cells, which NextComponent checks.
+  /// For a later component, with the cumulated values so far; `q2YVarCum` has M cells, which NextComponent checks.
   PLSCrossValidation(NCPLS* model, float q2TotCum, const NCDataVector<float>& q2YVarCum, int rounds,
                      const NCIntegralVector<int, -99>* observationGroups);
 
   /// One cross-validation of the component that NCPLS::NextComponent has just appended.
-  /// Shape: `w` (K cells, not null) is the model's weight vector of that component: the start of each round and the
-  /// reference of its sign. `ssY` (M cells) holds the sums of squares of Y before the first component: a Y variable
-  /// without variance left gets Q2 0, and cumulated 1 if it had variance then, else 0. Without a round all do.
-  /// Missing: a prediction that is missing leaves y itself as residual, a missing y a missing residual. Rows with more
-  /// holes than variables - 1 (or 0.9999 of them) are predicted 0, the mean.
-  /// Progress: `progress` may be null; unless `quiet` a bar is then opened. A wish to stop has no effect here.
-  /// Throws: NCError where X and Y of the model differ in their numbers of rows, or the model has other numbers of
-  /// observations or variables than when this object was made, or a vector another number of cells; std::bad_alloc.
-  /// This object is then as it was.
+  /// Shape: `w` (K cells, not null) is the model's weight vector of that component, from which each round starts and
+  /// takes its sign. `ssY` (M cells) holds the sums of squares of Y before the first component. A Y variable without
+  /// variance left, and every one without a round, gets Q2 0, and cumulated 1 if it had variance then, otherwise 0.
+  /// Missing: the residual is y if the prediction is missing, and missing if y is. Rows with more holes than variables
+  /// - 1 (or 0.9999 of them) are predicted 0, the mean.
+  /// Progress: if `progress` is null, a bar is opened unless `quiet`. A stop request has no effect.
+  /// Throws: NCError if X and Y of the model differ in their numbers of rows, if the model has other numbers of
+  /// observations or variables than at construction, or if a vector has another number of cells; std::bad_alloc. This
+  /// object is then unchanged.
   /// Cost: a fit of one component to (rounds - 1) / rounds of the table, `rounds` times, without copies of X.
   void NextComponent(const NCDataVector<float>* w, int maxIterations, const NCDataVector<float>& ssY,
                      NCProgress* progress, bool quiet);
 
-  /// What Q2 has to exceed: 0.05 up to 100 observations, 0 above.
+  /// The limit for Q2: 0.05 up to 100 observations, 0 above.
   float GetQ2Lim() const;
 
   float GetQ2Tot() const { return results_.q2Tot; }        ///< of the last call, all cells of Y together
@@ -57,7 +55,7 @@ class KALMIA_EXPORT PLSCrossValidation : public VexStreamBase {
   const NCDataVector<float>* GetQ2YVar() const { return &results_.q2YVar; }        ///< M
   const NCDataVector<float>* GetQ2YVarCum() const { return &results_.q2YVarCum; }  ///< M
 
-  // Of the last call. A round's w, c, p and row of TSet are turned together so that w points along the model's.
+  // Of the last call. Each round's w, c, p and row of TSet are turned so that w points along the model's.
   const NCDataMatrix<float>* GetWSet() const { return &results_.wSet; }  ///< a round's w in each row, rounds x K
   const NCDataMatrix<float>* GetCSet() const { return &results_.cSet; }  ///< rounds x M
   const NCDataMatrix<float>* GetPSet() const { return &results_.pSet; }  ///< rounds x K
@@ -66,10 +64,10 @@ class KALMIA_EXPORT PLSCrossValidation : public VexStreamBase {
   /// Predicted scores, N: each from the round that left the observation out, with that round's own sign.
   const NCDataVector<float>* GetTPred() const { return &results_.tPred; }
   const NCDataMatrix<float>* GetYPredResiduals() const { return &results_.yPredResiduals; }  ///< y - prediction, N x M
-  /// SS of a round's Y after its component: one cell for each round that was asked for, those beyond the cut rounds
-  /// missing, of which there are at most 9999.
+  /// SS of a round's Y after its component: one cell for each requested round. Those after the cut rounds, at most
+  /// 9999, are missing.
   const NCDataVector<float>* GetSSY() const { return &results_.ssY; }
-  /// SS of a round's Y before its component: exactly so for a model of one component, else the SSY of the last call.
+  /// SS of a round's Y before its component if the model has one component; otherwise the SSY of the last call.
   const NCDataVector<float>* GetSSYOriginal() const { return &results_.ssYOriginal; }
 
  private:

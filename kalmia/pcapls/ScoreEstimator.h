@@ -4,8 +4,8 @@
 #include "kalmia/containers/NCDataVector.h"
 #include "kalmia/support/Export.h"
 
-/// Estimates the scores of one observation after another on the loadings of a PCA model. It keeps nothing from one to
-/// the next.
+/// Estimates the scores of observations on the loadings of a PCA model, one observation at a time, each independent of
+/// the others.
 class KALMIA_EXPORT ScoreEstimator {
  public:
   /// P (A x K) is the model's, one component per row. `maxIterations` limits the rounds of the regression below.
@@ -15,15 +15,15 @@ class KALMIA_EXPORT ScoreEstimator {
   /// Shape: x has K cells, T A rows and that column, which is not checked.
   ///
   /// A complete x: t_a = p_a'r for one component after the other, where r starts as x and loses t_a p_a each time, all
-  /// in float; that keeps the scores right for loadings that are not quite orthogonal. A missing loading takes no part.
+  /// in float; the scores are then right for loadings that are not quite orthogonal. Missing loadings are left out.
   ///
-  /// An x with holes: PLS regression of x on the loadings, with the variables as observations and the components as
-  /// variables, since loadings are no longer orthogonal over the variables that are present. It stops at min(cells
-  /// present, A) components; at one with a y weight of 2 or more; when at most 1e-5 of the sum of squares of x is left
-  /// of the loadings' own; or when it cannot go on or its bar (each component opens one) says stop, which is no error.
-  /// The components found by then count. Coefficients that are missing all, as for an x without any cell, give scores
-  /// of 0; a single one is a missing score.
-  /// Throws std::bad_alloc alone.
+  /// An x with holes: PLS regression of x on the loadings, with variables as observations and components as variables,
+  /// because over the present variables the loadings are not orthogonal. It ends at min(present cells, A) components;
+  /// at a component with a y weight of 2 or more; when at most 1e-5 of the loadings' sum of squares is left; and,
+  /// without an error, when it cannot go on or its bar (each component opens one) says stop. The components found so
+  /// far count. If all coefficients are missing, as for an x without cells, the scores are 0; a single missing one is a
+  /// missing score.
+  /// Throws only std::bad_alloc.
   void GetT(NCDataMatrix<float>& T, int observation, const NCDataVector<float>& x) const;
 
  private:
