@@ -10,35 +10,36 @@
 #include "kalmia/support/Export.h"
 #include "kalmia/support/NCProgress.h"
 
-/// Orthogonal PLS of tables with holes: what X has to do with Y stands in a small predictive block of components; what
-/// it has not is taken out of X, one orthogonal component at a time. The predictive block is computed anew from the
-/// filtered X after each of them, and every block is kept: prediction and cross-validation replay the filter.
+/// Orthogonal PLS of tables with holes. A small predictive block of components holds the variation of X related to Y;
+/// orthogonal components take unrelated variation out of X, one at a time. After each orthogonal component the
+/// predictive block is computed anew from the filtered X. Every block is kept, so prediction and cross-validation can
+/// replay the filter.
 ///
 /// Symbols, for N observations, K variables of X and M of Y, A predictive components and O orthogonal ones: predictive
 /// weights W (A x K), scores T (A x N), loadings P (A x K), Y weights C (A x M), Y scores U (A x N); the same with an
-/// index o for the orthogonal components. Names that end in `prim` hold one component per row. After o orthogonal
-/// components block o counts, so that there is one block more than there are orthogonal components.
+/// index o for the orthogonal components. Names that end in `prim` hold one component per row. Block o is the one after
+/// o orthogonal components, so there is one block more than orthogonal components.
 /// Source: Trygg & Wold (2002), J. Chemometrics 16, 119-128; several Y: Trygg (2002), J. Chemometrics 16, 283-293.
 ///
-/// Holes are 0 in the cross-products X'Y; passes over X, which put 0 in again for what is not explained yet, let that
-/// settle. Elsewhere they leave every sum (SpecialNipalsRegress...Fix). A row of X without any value has no scores, and
-/// the first orthogonal component empties it in the working X and Y.
+/// Holes count as 0 in the cross-products X'Y, which repeated passes over X refine. Elsewhere holes leave every sum
+/// (SpecialNipalsRegress...Fix). A row of X without any value has no scores; the first orthogonal component empties it
+/// in the working X and Y.
 ///
 /// A model belongs to one thread at a time. Copies are deep.
 class KALMIA_EXPORT NCOPLS {
  public:
   /// A model of X (N x K) and Y (N x M), both scaled, without components yet. `predictiveComponents` is the size of the
-  /// predictive block, at most the smaller side of Y; 0 or less leaves it to the first block: components of Y'X whose
-  /// sum of squares is at least 1 % of the first's. (With one Y it is 1 either way.) `maxIterations` limits the passes
-  /// for holes and the rounds of the principal components of Y'X. The tables' cells are shared until the model filters
-  /// them; models of the same tables belong to the same thread until then. Throws NCError where X and Y have not the
-  /// same number of rows.
+  /// predictive block, at most the smaller side of Y; 0 or less means the components of Y'X whose sum of squares is at
+  /// least 1 % of that of the first, decided for the first block. (With one Y it is always 1.) `maxIterations` limits
+  /// the passes for holes and the rounds of the principal components of Y'X. The tables' cells are shared until the
+  /// model filters them; until then models of the same tables belong to the same thread. Throws NCError if X and Y
+  /// differ in their numbers of rows.
   NCOPLS(const NCDataMatrix<float>* X, const NCDataMatrix<float>* Y, int predictiveComponents, int maxIterations);
   /// Rebuilds a model from its blocks W, P and C (one per number of orthogonal components, from 0) and its orthogonal
   /// WO, PO and CO (O x ...) on X and Y, by replaying the filter. The size of the block is that of the first W. U is
-  /// not rebuilt; NextComponent goes on with orthogonal component O + 1. Throws NCError, beside the above, where there
-  /// are fewer than O + 1 blocks, P or C of a block has fewer rows than its W, or PO or CO than WO, or a matrix with
-  /// rows is not as wide as X or Y. Of W, P, C, WO, PO and CO all may be empty: the model is then a new one.
+  /// not rebuilt; NextComponent continues with orthogonal component O + 1. Throws NCError as above, and if there are
+  /// fewer than O + 1 blocks, if P or C of a block has fewer rows than its W, or PO or CO than WO, or if a matrix with
+  /// rows is not as wide as X or Y. If W, P, C, WO, PO and CO are all empty, the model is a new one.
   NCOPLS(const NCDataMatrix<float>* X, const NCDataMatrix<float>* Y, const std::vector<NCDataMatrix<float>>* W,
          const std::vector<NCDataMatrix<float>>* P, const std::vector<NCDataMatrix<float>>* C,
          const NCDataMatrix<float>* WO, const NCDataMatrix<float>* PO, const NCDataMatrix<float>* CO,
@@ -47,17 +48,17 @@ class KALMIA_EXPORT NCOPLS {
   NCOPLS& operator=(const NCOPLS& other);
   ~NCOPLS();
 
-  /// The first call computes the predictive block, each further one an orthogonal component and the block after it. An
-  /// orthogonal component that has next to nothing to do with Y, the rule, has missing Y scores.
-  /// Throws: NCError "OPLS component aborted." of level 2 where `progress` (which may be null) says stop, and what
-  /// NCPCA::NextComponent throws. The model is then to be discarded: an orthogonal component may have no block.
-  /// `ofModels` is the bar of the principal components inside; where it is null, each opens its own.
+  /// The first call computes the predictive block, each later one an orthogonal component and the block after it. The Y
+  /// scores of an orthogonal component are missing if it is practically unrelated to Y, which is the rule.
+  /// Throws: NCError "OPLS component aborted." of level 2 if `progress` (which may be null) says stop, and what
+  /// NCPCA::NextComponent throws. Discard the model then: an orthogonal component may have no block.
+  /// `ofModels` is the bar of the principal components inside; if null, each opens its own.
   void NextComponent(NCProgress* progress, NCProgress* ofModels = nullptr);
 
-  /// Turns an orthogonal component, from 1; its Y scores stay as they are. Throws NCError without such a component.
+  /// Turns the sign of an orthogonal component, from 1, but not of its Y scores. NCError without such a component.
   void NegateOComp(int component);
-  /// Turns a component of the last predictive block, from 1; its Y scores stay as they are. Throws NCError without such
-  /// a component: always before the first NextComponent.
+  /// Turns the sign of a component of the last predictive block, from 1, but not of its Y scores. NCError without such
+  /// a component, so always before the first NextComponent.
   void NegatePredictiveComp(int component);
 
   // The last block; not before the first NextComponent.
@@ -68,7 +69,7 @@ class KALMIA_EXPORT NCOPLS {
   const NCDataMatrix<float>* GetUprim() const { return &uprim_; }
   int SizeComponents() const { return tprim_.SizeRows(); }
 
-  // All blocks, element o after o orthogonal components.
+  // All blocks; element o is the one after o orthogonal components.
   const std::vector<NCDataMatrix<float>>* GetWMatrices() const { return &wMatrices_; }
   const std::vector<NCDataMatrix<float>>* GetPMatrices() const { return &pMatrices_; }
   const std::vector<NCDataMatrix<float>>* GetCMatrices() const { return &cMatrices_; }

@@ -10,15 +10,15 @@
 /// Applies an OPLS model to new observations: filters their X by one orthogonal component after the other, and gives
 /// predictive scores and predicted Y after each. It starts without orthogonal components.
 ///
-/// Symbols as in NCOPLS, for n new observations. Holes leave every sum, however many there are; an observation without
-/// any value has no scores and no prediction. Throws std::bad_alloc, and NCError for a model without components. Copies
-/// are deep.
+/// Symbols as in NCOPLS, for n new observations. Any number of holes is allowed; they leave every sum. An observation
+/// without any value has no scores and no prediction. Throws std::bad_alloc, and NCError for a model without
+/// components. Copies are deep.
 class KALMIA_EXPORT NCOPLSPred {
  public:
-  /// X (n x K), scaled as the model's. Its width is checked, as are the matrices of a model that was stopped.
+  /// X (n x K), scaled as the model's. NCError for another width, and for a stopped model without its last block.
   NCOPLSPred(const NCDataMatrix<float>* X, NCOPLS* model);
-  /// The same from a model's matrices, see NCOPLS. Throws NCError where they do not belong to X and to each other, as
-  /// the constructor of NCOPLS that rebuilds a model does; without rows X has any width.
+  /// The same from a model's matrices. Throws NCError if they do not match X and each other, as the constructor of
+  /// NCOPLS that rebuilds a model does; an X without rows may have any width.
   NCOPLSPred(const NCDataMatrix<float>* X, const std::vector<NCDataMatrix<float>>* W,
              const std::vector<NCDataMatrix<float>>* P, const std::vector<NCDataMatrix<float>>* C,
              const NCDataMatrix<float>* WO, const NCDataMatrix<float>* PO, const NCDataMatrix<float>* CO);
@@ -30,7 +30,7 @@ class KALMIA_EXPORT NCOPLSPred {
   void CalcNextComponent();
 
   const NCDataMatrix<float>& GetXOrthoResiduals() { return xOrthoResiduals_; }  ///< X filtered so far, n x K
-  /// n x M, in the units of the scaled Y: the predictive part, and what the orthogonal components took out of Y.
+  /// n x M, in the units of the scaled Y: the predictive part plus the part that orthogonal components took out of Y.
   const NCDataMatrix<float>* GetYPred() { return &yPred_; }
   const NCDataMatrix<float>* GetTPred() const { return &tPred_; }    ///< predictive scores, A x n
   const NCDataMatrix<float>* GetTOPred() const { return &toPred_; }  ///< orthogonal scores so far

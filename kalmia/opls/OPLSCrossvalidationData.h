@@ -7,8 +7,8 @@
 #include "kalmia/containers/NCDataVector.h"
 #include "kalmia/support/Export.h"
 
-/// What a cross-validation of an OPLS model keeps of its rounds: the matrices that each round's model is rebuilt from.
-/// Public fields, for OPLSCrossValidation to fill; copies are deep.
+/// The matrices from which OPLSCrossValidation rebuilds the model of each round. It fills the public fields. Copies are
+/// deep.
 class KALMIA_EXPORT OPLSCrossvalidationData {
  public:
   OPLSCrossvalidationData();
@@ -20,11 +20,11 @@ class KALMIA_EXPORT OPLSCrossvalidationData {
 
   void clear();
 
-  /// Magic and version, then a directory of 11 entries, of which 1 to 7 hold the fields in their order. False where the
+  /// Magic and version, then a directory of 11 entries, of which 1 to 7 hold the fields in their order. False if the
   /// stream fails.
   bool WriteObject(std::ostream& stream) const;
-  /// False, and empty, for bytes that are not such a stream, that lie about their sizes or end too early. Never throws
-  /// VexStreamError. Sizes that disagree between the fields are for OPLSCrossValidation to find.
+  /// Returns false and leaves the object empty if the bytes are no such stream, have wrong sizes or end too early.
+  /// Never throws VexStreamError. OPLSCrossValidation checks that the sizes of the fields match.
   bool ReadObject(std::istream& stream);
 
   static constexpr short Version = 1;
