@@ -14,11 +14,11 @@ namespace kalmia {
 class OrthogonalSearch;
 }
 
-/// Says that a block has no more dimensions that are unrelated to the other block.
+/// A block has no more dimensions that are unrelated to the other block.
 class KALMIA_EXPORT NCO2PLSDimensionalityException : public NCError {
  public:
-  /// `type` is a set of bits: 1 for the X side, 2 for the Y side. The limits are the numbers of orthogonal components
-  /// that each side can have; the text names those of the sides in `type`.
+  /// `type` is a set of bits: 1 for the X side, 2 for the Y side. The limits are the largest numbers of orthogonal
+  /// components of each side; the text names those of the sides in `type`.
   NCO2PLSDimensionalityException(int type, int predictiveComponents, int xLimit, int yLimit);
   NCO2PLSDimensionalityException(const NCO2PLSDimensionalityException&) = default;
   NCO2PLSDimensionalityException& operator=(const NCO2PLSDimensionalityException&) = default;
@@ -32,8 +32,8 @@ class KALMIA_EXPORT NCO2PLSDimensionalityException : public NCError {
   int YLimit;
 };
 
-/// O2PLS: two blocks of the same observations, each split into what it shares with the other block (predictive
-/// components), what is its own (orthogonal components) and a residual:
+/// O2PLS: splits each of two blocks of the same observations into variation shared with the other block (predictive
+/// components), variation of its own (orthogonal components) and a residual:
 ///   X = T'P + To'Po + E,  Y = U'Q + Uo'Qo + F,  with the inner relations U' ~ T' Lambda and T' ~ U' XLambda.
 /// "X side" orthogonal components lie in X and are unrelated to Y; those of the "Y side" lie in Y.
 ///
@@ -42,41 +42,41 @@ class KALMIA_EXPORT NCO2PLSDimensionalityException : public NCError {
 /// regression of X on the rows of Uo, S (M) that of Y on the rows of To.
 /// Source: Trygg & Wold (2003), J. Chemom. 17, 53-64; Trygg (2002), J. Chemom. 16, 283-293.
 ///
-/// `Fit` does everything. Its steps are public too, to be called in this order: NextOrthogonalComponent for each
-/// orthogonal component of either side (the order between the sides does not matter); InitPredCompCalculation; then
-/// NextPredictiveComp for each predictive component, with SubtractLastPredictiveComp between two of them; Finalise;
-/// EndFit. Finalise may also be called between predictive components, and NextOrthogonalComponent on a finished model,
-/// where CalculatePredictiveComps and Finalise have to follow.
+/// `Fit` does everything. To do it in steps, call in this order: NextOrthogonalComponent for each orthogonal component
+/// (the order of the sides does not matter); InitPredCompCalculation; NextPredictiveComp for each predictive component,
+/// with SubtractLastPredictiveComp between two of them; Finalise; EndFit. Finalise may also be called between
+/// predictive components. NextOrthogonalComponent may be called on a finished model; CalculatePredictiveComps and
+/// Finalise must follow.
 ///
-/// The blocks arrive scaled, and without holes. The bar `progress` shows the principal component of each cross product;
-/// where it is null, each opens a bar of its own (NCProgress::SetSinkFactory). A user's stop comes in as NCError.
-/// A model belongs to one thread at a time; copies share nothing with each other.
+/// The blocks must be scaled and without holes. The bar `progress` shows the principal component of each cross product;
+/// if it is null, each opens its own bar (NCProgress::SetSinkFactory). A stop request throws NCError.
+/// A model belongs to one thread at a time; copies share nothing.
 class KALMIA_EXPORT NCO2PLS {
  public:
   NCO2PLS();  ///< empty blocks
-  /// X N x K, Y N x M, shared until they are written elsewhere. `checkDimensions` makes the limits of
-  /// NextOrthogonalComponent and Finalise apply. `maxIterations` limits the rounds of each principal component.
-  /// Throws NCError where the numbers of rows differ or a cell is missing.
+  /// X N x K, Y N x M, shared until they are written elsewhere. `checkDimensions` turns on the limits of
+  /// NextOrthogonalComponent and Finalise. `maxIterations` limits the rounds of each principal component.
+  /// Throws NCError if the numbers of rows differ or a cell is missing.
   NCO2PLS(const NCDataMatrix<float>& X, const NCDataMatrix<float>& Y, bool checkDimensions, int maxIterations);
   NCO2PLS(const NCO2PLS& other);
   NCO2PLS(NCO2PLS&& other);  ///< leaves an empty model
   NCO2PLS& operator=(const NCO2PLS& other);
   void swap(NCO2PLS& other);
 
-  /// The whole model, in place of one that is there. A number below 0 counts as 0. A block without columns can have no
-  /// component: the NCError names it.
-  /// Throws what the steps throw. What was computed by then stays, and is fit for UnFit or another Fit alone; where it
-  /// was Finalise that threw, the working blocks stay too.
+  /// Computes the whole model, replacing an earlier one. A number below 0 counts as 0. A block without columns can have
+  /// no component: NCError names it.
+  /// Throws what the steps throw. The partial model may then only be dropped (UnFit) or fitted again. If Finalise
+  /// threw, the working blocks stay too.
   void Fit(int predictive, int xOrthogonal, int yOrthogonal, NCProgress* progress = nullptr);
 
-  /// One more orthogonal component of a side of a model that has, or is to have, `predictive` predictive components:
-  /// these directions are taken out of the side's block (without its orthogonal components so far) by their weights,
-  /// and the new weight is the direction of the rest that covaries most with their scores. The working blocks are
-  /// cleared, also when the call fails; nothing else has changed then.
-  /// Where exactly nothing is left beside one predictive component, the weight is zero and the scores are missing.
-  /// Throws: NCO2PLSDimensionalityException, if dimensions are checked, from a + predictive = min(K + 1, N) on (Y side:
-  /// M + 1), for a components of the side so far; NCError where a block has no columns, without a predictive component
-  /// to be orthogonal to (predictive < 1), and as NCPCA does.
+  /// One more orthogonal component of a side, for a model of `predictive` predictive components. Takes these directions
+  /// out of the side's block (which is already without its orthogonal components) by their weights; the new weight is
+  /// the direction of the rest that covaries most with their scores. Clears the working blocks, even if it fails; a
+  /// failure changes nothing else. If exactly nothing is left beside one predictive component, the weight is zero and
+  /// the scores are missing.
+  /// Throws: NCO2PLSDimensionalityException, if dimensions are checked and a + predictive >= min(K + 1, N) (Y side:
+  /// M + 1), for a components of the side so far; NCError if a block has no columns, if predictive < 1, and as NCPCA
+  /// does.
   void NextOrthogonalComponent(bool xSide, int predictive, NCProgress* progress = nullptr);
 
   /// Starts the predictive components anew: the working blocks are X and Y without their orthogonal components.
@@ -84,7 +84,7 @@ class KALMIA_EXPORT NCO2PLS {
 
   /// Appends one predictive component of the working blocks, which it does not change: w, the first loading of Y'X;
   /// t = Xw; p = X't / t't; c, along Y't, of unit length; u = Yc; q = Y'u / u'u.
-  /// Throws: NCError without working blocks or columns, and as NCPCA does. The model is then as it was.
+  /// Throws: NCError without working blocks or columns, and as NCPCA does. The model is then unchanged.
   void NextPredictiveComp(NCProgress* progress = nullptr);
 
   /// Takes the newest component out of the working blocks: X -= t p', Y -= u q'. Throws NCError
@@ -95,17 +95,15 @@ class KALMIA_EXPORT NCO2PLS {
   void CalculatePredictiveComps(int predictive, NCProgress* progress = nullptr);
 
   /// Computes the inner relations Lambda and XLambda, R and S.
-  /// Throws, if dimensions are checked, NCO2PLSDimensionalityException where orthogonal components are related to the
-  /// other block after all: where the first i rows of Uo explain more than 5 % of X (of which the last observation is
-  /// not counted), or the first i of To more than 5 % of Y. Both sides are looked at before it throws. What was
-  /// computed stays; R or S then ends with the row that was too much.
+  /// If dimensions are checked, throws NCO2PLSDimensionalityException if orthogonal components are related to the other
+  /// block: if the first i rows of Uo explain more than 5 % of X (not counting the last observation), or the first i of
+  /// To more than 5 % of Y. It checks both sides first. Results stay; R or S then ends with row i.
   void Finalise();
 
   void UnFit();   ///< drops all components; the blocks stay
   void EndFit();  ///< frees the working blocks
 
-  // Signs. Flag i (from 1; element i - 1) is for row i of these matrices; flags beyond the rows, and rows beyond the
-  // flags, are passed over.
+  // Signs. Flag i (from 1; element i - 1) turns row i of these matrices. Surplus flags and rows are ignored.
   /// T, P, W by xFlips, U, C, Q by yFlips. If anything was turned, Lambda and XLambda are computed again.
   void FlipPredictiveModel(const std::vector<bool>& xFlips, const std::vector<bool>& yFlips);
   void FlipXSideModel(const std::vector<bool>& flips);  ///< To, Wo, Po, S

@@ -4,17 +4,17 @@
 #include "kalmia/o2pls/NCO2PLS.h"
 #include "kalmia/support/Export.h"
 
-/// Applies an O2PLS model to new observations of one block and predicts the other block. The whole work is done by the
-/// constructors of the derived classes; the object keeps no link to the model. New rows arrive scaled as the model's
-/// were: NCError for rows of another number of columns. Other shapes are not checked. The getters give shares of the
-/// results: an object belongs to one thread at a time.
+/// Applies an O2PLS model to new observations of one block and predicts the other block. The constructors of the
+/// derived classes do all the work; the object keeps no link to the model. New rows must be scaled as the model's;
+/// NCError for rows of another number of columns. Other shapes are not checked. The getters return shares of the
+/// results, so an object belongs to one thread at a time.
 ///
-/// In the names of the X block, for N' new rows: for each orthogonal component, to is the score that Wo gives of the
-/// rows without their predictive directions (taken out by W); it takes to po' out of the rows and adds to s' to the
+/// In the names of the X block, for N' new rows: for each orthogonal component, to is the score by Wo of the rows
+/// without their predictive directions (removed by W); to po' is taken out of the rows, and to s' is added to the
 /// prediction. Then each predictive component gives t = Xw and takes t p' out, and T' Lambda Q is added to the
 /// prediction.
-/// Missing: the regressions go over the present cells. A row without a score in a component is missing from there on,
-/// and so is its prediction.
+/// Missing: the regressions use the present cells. A row without a score in a component is missing from there on, and
+/// so is its prediction.
 class KALMIA_EXPORT NCO2PLSPred {
  protected:
   /// The matrices of the input block (Q and S of the output block) in the names of X; one component per row.

@@ -9,25 +9,25 @@
 #include "kalmia/support/NCProgress.h"
 #include "kalmia/support/VexStream.h"
 
-/// A filter that takes out of X, one component at a time, variation that has nothing to do with Y. The tables may have
-/// holes; they arrive scaled. New data of the same variables are filtered by CalculateResiduals.
+/// A filter that takes variation unrelated to Y out of X, one component at a time. The tables may have holes and must
+/// be scaled. CalculateResiduals filters new data of the same variables.
 ///
-/// Each component is found by a fixed-point search. From the first principal direction w of what is left of X, a round
-/// takes the scores t = Xw, projects them away from the principal scores of Y, fits a small PLS model of X to what is
-/// left of t, and its coefficients, at unit length, are the next w. Rounds go on until w moves by little (relative
-/// squared change d <= 1e-7) or the limit is reached, which is no failure. Then t = Xw, p = X't / t't, and X -= t p'.
+/// Each component is found by a fixed-point search. It starts from the first principal direction w of the filtered X. A
+/// round takes the scores t = Xw, projects them away from the principal scores of Y, and fits a small PLS model of X to
+/// the rest of t; its coefficients, at unit length, are the next w. Rounds end when w moves little (relative squared
+/// change d <= 1e-7) or at the limit, which is no failure. Then t = Xw, p = X't / t't, and X -= t p'.
 /// Symbols: N observations, K variables; names that end in `prim` hold one component per row.
 /// Source: orthogonal signal correction, Wold, Antti, Lindgren & Oehman (1998), Chemom. Intell. Lab. Syst. 44, 175-185.
 ///
-/// Y is needed once: its principal scores take its place with the first NextComponent or GetYAngle. Where they fail or
-/// are stopped, Y is gone too, and the model cannot have components any more. A model belongs to one thread at a time,
-/// GetYAngle included; copies share nothing.
+/// Y is needed once: the first NextComponent or GetYAngle replaces it by its principal scores. If these fail or are
+/// stopped, Y is gone, and the model can have no more components. A model belongs to one thread at a time, also for
+/// GetYAngle; copies share nothing.
 class KALMIA_EXPORT NCYOrthogonalPLS : public kalmia::Persistent<NCYOrthogonalPLS> {
  public:
   NCYOrthogonalPLS();  ///< empty, to be read from a stream
   /// X N x K, Y N x M, shared until they are written. `maxIterations` limits the rounds of the search, and those of
   /// every model inside. `maxPLSComponents` above 0 limits the components of the PLS model (OSCPLSComponentValidator).
-  /// Throws NCError where the numbers of rows differ, or a row of X or of Y has no present cell.
+  /// Throws NCError if the numbers of rows differ, or if a row of X or of Y has no present cell.
   NCYOrthogonalPLS(const NCDataMatrix<float>* X, const NCDataMatrix<float>* Y, int maxIterations,
                    int maxPLSComponents);
   NCYOrthogonalPLS(const NCYOrthogonalPLS& other);
@@ -35,14 +35,13 @@ class KALMIA_EXPORT NCYOrthogonalPLS : public kalmia::Persistent<NCYOrthogonalPL
   ~NCYOrthogonalPLS() override;
 
   /// Computes one component and takes it out of X.
-  /// Progress: opens a spinner, `showProgress` being its second flag, whose value rises to 0 as (log10 d + 7) * 10
-  /// falls; the models inside open bars of their own.
-  /// Throws: NCError where Y is gone, has no variance or one that is not finite, where a PLS model has no first
-  /// component (level 1), and on a user's stop. No component is appended then. Y is as it was if its scores were not
-  /// begun yet, and gone if they failed or were stopped; if they are there, and after std::bad_alloc, the call can be
-  /// repeated.
+  /// Progress: opens a spinner with `showProgress` as its second flag; its value rises to 0 as (log10 d + 7) * 10
+  /// falls. The models inside open their own bars.
+  /// Throws: NCError if Y is gone, if its variance is 0 or not finite, if a PLS model has no first component (level 1),
+  /// and on a stop request. No component is appended then. Y is gone if its scores failed or were stopped; otherwise,
+  /// and after std::bad_alloc, the call can be repeated.
   void NextComponent(bool showProgress);
-  /// The same with the caller's bar, for the search and the models inside alike, each of which sets its range; null is
+  /// The same with the caller's bar for the search and for the models inside, each of which sets its range. Null means
   /// NextComponent(false).
   void NextComponent(NCProgress* progress);
 
@@ -54,9 +53,9 @@ class KALMIA_EXPORT NCYOrthogonalPLS : public kalmia::Persistent<NCYOrthogonalPL
   void CalculateResiduals(NCDataMatrix<float>* matrix) const;
 
   /// 90 - 90 acos(c) / pi, with c the cosine between the vector (N) and its part outside of the principal scores of Y:
-  /// 90 for a vector that has no share in them, towards 45 as it comes to lie in them. Of one that lies in them
-  /// exactly, c is what rounding makes of it, or no number. Throws as NextComponent does where Y is needed and gone,
-  /// and NCError for a vector of another size.
+  /// 90 for a vector unrelated to them, towards 45 for one that lies in them. For a vector that lies in them exactly, c
+  /// is rounding error, or no number. Throws as NextComponent if Y is needed and gone, and NCError for a vector of
+  /// another size.
   double GetYAngle(const NCDataVector<float>* vector) const;
 
   NCDataMatrix<float> GetWStarPrim() const;  ///< NCPLS::GetWStarPrim of W and P
@@ -67,9 +66,9 @@ class KALMIA_EXPORT NCYOrthogonalPLS : public kalmia::Persistent<NCYOrthogonalPL
   const NCDataMatrix<float>* GetXResiduals() const { return &xResiduals_; }  ///< N x K
   const NCDataMatrix<float>* GetY() const { return y_.get(); }               ///< null once its scores were begun
 
-  // Persistence: magic "YOPLS", version 2; version 1 is read. Y is not stored: a model that was written before its
-  // first component cannot go on when it is read; nor is the limit of PLS components. A stream that is cut, or whose
-  // parts disagree, is refused by a false read (version 1 may throw VexStreamError), and the model is then empty.
+  // Persistence: magic "YOPLS", version 2; version 1 is read. Neither Y nor the limit of PLS components is stored, so a
+  // model written before its first component cannot continue after a read. The read returns false (version 1 may throw
+  // VexStreamError) and leaves an empty model if the stream is cut or its parts do not match.
   static DerivedStreamableData MyStreamableData;
   bool VexStreamableWrite(std::ostream& stream);
   bool VexStreamableRead(std::istream& stream);

@@ -7,8 +7,8 @@
 #include "kalmia/containers/NCIntegralVector.h"
 #include "kalmia/support/Export.h"
 
-/// What O2PLSCrossValidation finds. N observations, K variables in X, M in Y, G rounds: round g (from 0) is row g + 1
-/// of a matrix of rounds. "X side" components lie in X and are orthogonal to Y; those of the "Y side" lie in Y.
+/// The results of O2PLSCrossValidation. N observations, K variables in X, M in Y, G rounds; round g (from 0) is row g +
+/// 1 of a matrix of rounds. "X side" components lie in X and are orthogonal to Y; those of the "Y side" lie in Y.
 struct O2PLSCVResults {
   NCDataVector<float> Q2Cum;    ///< Q2 of all Y after 1, 2, ... predictive components
   NCDataMatrix<float> Q2Var;    ///< the same of each variable of Y: one row per number of components, M columns
@@ -47,9 +47,9 @@ struct O2PLSCVResults {
   /// predictive components.
   NCDataMatrix<float> SSTable;
 
-  /// Turns, in every predictive component, the signs of the rounds that are flagged (flag f, element f - 1, is for row
-  /// f): T, P, W by xFlips, U, C, Q by yFlips. Where entry i was turned, entry i of LambdaSet and XLambdaSet becomes
-  /// the regression between the rounds of TSet[i] and USet[i], G x G. There have to be as many of them as components,
-  /// which is not checked.
+  /// Turns the signs of the flagged rounds in every predictive component (flag f, element f - 1, is for row f): T, P, W
+  /// by xFlips, U, C, Q by yFlips. If entry i was turned, entry i of LambdaSet and XLambdaSet becomes the regression
+  /// between the rounds of TSet[i] and USet[i], G x G. LambdaSet and XLambdaSet need an entry per component, not
+  /// checked.
   void FlipPredictiveModel(const std::vector<bool>& xFlips, const std::vector<bool>& yFlips);
 };

@@ -7,29 +7,28 @@
 #include "kalmia/support/Export.h"
 #include "kalmia/support/NCProgress.h"
 
-/// How many components two blocks share, before there is a model of them: cross-validation of the cross product Y'X.
-/// In each round, for one component after the other, w is the first loading of the training rows' Y'X, t = Xw, c is
-/// along Y't, u = Yc; X loses t w' and Y loses u c', each part of the rows with its own scores. The scores of the rows
-/// that were held out then predict Y'X as the sum over the rounds of C' (U T') W, in which no observation predicted
-/// itself. With D the sum of the absolute values of all cells, Q2 = 1 - D(Y'X - prediction) / D(Y'X).
+/// How many components two blocks share, estimated without a model by cross-validation of the cross product Y'X.
+/// In each round, for one component after the other: w is the first loading of the training rows' Y'X, t = Xw, c is
+/// along Y't, u = Yc; X loses t w' and Y loses u c', training and held-out rows each with their own scores. The scores
+/// of the held-out rows predict Y'X as the sum over the rounds of C' (U T') W; no observation predicts itself. With D
+/// the sum of the absolute values of all cells, Q2 = 1 - D(Y'X - prediction) / D(Y'X).
 ///
-/// A component is significant (R1) if it raises Q2 by more than a limit, 0.01 or what SetO2PLSPredictiveQ2Limit says;
-/// if not it is NS, and from component N - 3 on N3, whatever it gains. A search tries components until one is not R1,
-/// until min(M, K) are tried, or until as good as nothing (1e-6) is left of the held-out rows of a block. One that is
-/// not R1 does not count.
+/// A component is significant (R1) if it raises Q2 by more than a limit, 0.01 or the value of
+/// SetO2PLSPredictiveQ2Limit; otherwise it is NS. From component N - 3 on it is N3, whatever it gains. A search ends at
+/// the first component that is not R1, which does not count, after min(M, K) components, or when practically nothing
+/// (1e-6) is left of the held-out rows of a block.
 ///
-/// Without components, where the calculation fails in the search: blocks that differ in their numbers of observations,
-/// a block without columns, groups that cannot be used, and an NCError of a principal component, a user's stop of its
-/// bar included, do not leave the constructor. Where it fails later, those components count whose results are complete.
+/// Failures do not leave the constructor: blocks of different numbers of observations, a block without columns,
+/// unusable groups, and an NCError of a principal component, also by a stop request. If the search fails there are no
+/// components; after a later failure, the components with complete results count.
 class KALMIA_EXPORT O2PLSPredictiveComponentEstimator {
  public:
-  /// Does all the work, on copies. X N x K, Y N x M, scaled and without holes, which is not checked. `groups` has one
-  /// number per observation, from 0 on (an observation with a negative one is never held out); null stands for
-  /// GetDeafultCVGroupsVector(N, cvGroups), and only then is cvGroups read. A group without observations predicts
-  /// nothing, but its round is computed like any other. `groups` of fewer than N cells or with a number above their
-  /// own + 9999, and a cvGroups below 1 that is read, cannot be used. `fixedComponents`: 0 nothing is computed;
-  /// negative: search; else exactly so many are tried and counted. `progress` is the bar of the principal components;
-  /// where it is null each opens its own.
+  /// Does all the work, on copies. X N x K, Y N x M, scaled and without holes (not checked). `groups` has one number
+  /// per observation, from 0 on; an observation with a negative number is never held out. Null means
+  /// GetDeafultCVGroupsVector(N, cvGroups); only then is cvGroups read. A group without observations predicts nothing,
+  /// but its round is computed. Unusable: `groups` of fewer than N cells or with a number above its size + 9999, and a
+  /// cvGroups below 1 that is read. `fixedComponents`: 0 computes nothing; negative searches; otherwise exactly so many
+  /// are tried and counted. `progress` is the bar of the principal components; if null, each opens its own.
   O2PLSPredictiveComponentEstimator(const NCDataMatrix<float>* X, const NCDataMatrix<float>* Y, int cvGroups,
                                     const NCIntegralVector<int, -99>* groups, int fixedComponents,
                                     NCProgress* progress = nullptr);
@@ -69,6 +68,5 @@ class KALMIA_EXPORT O2PLSPredictiveComponentEstimator {
   NCIntegralVector<int, -99> significance_;
 };
 
-/// What a component has to gain, for the whole process, from now on. A value below 0, from 1 on, or not a number is
-/// ignored.
+/// Sets the gain that a component needs, for the whole process. Ignores values below 0, from 1 on, and NaN.
 KALMIA_EXPORT void SetO2PLSPredictiveQ2Limit(float limit);

@@ -4,19 +4,20 @@
 #include "kalmia/pcapls/NCPLS.h"
 #include "kalmia/support/Export.h"
 
-/// When the PLS model inside NCYOrthogonalPLS has enough components: as soon as it has GetMaxComponents() of them, or
-/// less than a ten-thousandth of the X that it started from is left.
+/// Ends the PLS model inside NCYOrthogonalPLS when it has GetMaxComponents() components, or when less than a
+/// ten-thousandth of its X is left.
 class KALMIA_EXPORT OSCPLSComponentValidator : public NCComponentValidator {
  public:
-  /// `model` is not owned, and has no component out of its X yet. With m the smaller side of its X, `maxComponents`
-  /// above 0 is cut to (3 m + 3) / 4, and otherwise (m + 1) / 2 stands for it, in whole numbers; never more than 25.
+  /// `model` is not owned, and its X must be complete so far. With m the smaller side of X, the limit is
+  /// `maxComponents`, at most (3 m + 3) / 4, or (m + 1) / 2 if `maxComponents` is not above 0, in whole numbers; never
+  /// more than 25.
   OSCPLSComponentValidator(NCPLS* model, int maxComponents);
 
   bool IsPreComponentValidator() override;  ///< true
   bool IsValid() override;
 
   int GetMaxComponents() const { return maxComponents_; }
-  /// 0.0001 times the sum of squares of X; the largest float where that is not finite.
+  /// 0.0001 times the sum of squares of X; the largest float if this is not finite.
   float GetSSLimit() const { return ssLimit_; }
 
  private:
