@@ -5,7 +5,7 @@
 
 namespace DendroGram {
 
-/// Two rows have less columns in common than a distance takes: the first such pair, row by row.
+/// Two rows have too few columns in common for a distance: the first such pair, row by row.
 class KALMIA_EXPORT CommonColumnsError : public NCError {
  public:
   CommonColumnsError(int first, int second, int common);

@@ -10,30 +10,29 @@
 
 namespace DendroGram {
 
-/// The surface that a tree is drawn on; the application's. y runs downward.
+/// The surface on which a tree is drawn, supplied by the application. y runs downward.
 class KALMIA_EXPORT DendroGramDrawOutput {
  public:
   virtual ~DendroGramDrawOutput() = default;
   virtual void DrawLine(float x1, float y1, float x2, float y2, const DendroGramNode* node) = 0;  ///< a line of `node`
   virtual void DrawLabel(const std::vector<int>* items, float x, float y) = 0;  ///< of a leaf, below the base line
-  /// The rectangle that the label would take; false where there is no such label.
+  /// The rectangle of the label; false if there is no such label.
   virtual bool GetLabelRect(const std::vector<int>* items, float x, float y, float* left, float* top, float* width,
                             float* height) = 0;
 };
 
-/// Draws a tree: the root's crossbar at the top, leaves at the bottom, all leaves equally wide. Refers to the tree,
-/// which has to outlive it, and keeps nothing else but its settings. No walk recurses. The lists that it returns are
-/// new and the caller's.
+/// Draws a tree: the root's crossbar at the top, leaves of equal width at the bottom. The tree must outlive the drawer.
+/// Nothing recurses. The caller owns the lists that are returned.
 class KALMIA_EXPORT DendroGramDrawer {
  public:
   explicit DendroGramDrawer(const DendroGramNode& root) : root_(&root) {}
 
   void DisplayLabels(bool display) { displayLabels_ = display; }  ///< on at the beginning
-  /// Leaves the subtree out; its place stays empty. Null is ignored.
+  /// Excludes the subtree; its place stays empty. Ignores null.
   void AddExcluded(const DendroGramNode* node) {
     if (node) excluded_.insert(node);
   }
-  /// Draws only the subtrees that were added. Null is ignored.
+  /// Draws only the subtrees added this way. Ignores null.
   void AddDrawn(const DendroGramNode* node) {
     if (node) drawn_.insert(node);
   }
@@ -42,25 +41,24 @@ class KALMIA_EXPORT DendroGramDrawer {
 
   /// One crossbar for each inner node, one stem up to the parent's crossbar for each node with a parent (so a subtree's
   /// drawer draws a stem beyond its top), one label for each leaf. Under a root of height 0 all bars are at y = -99.
-  /// A node below an excluded one, but higher than it, is drawn all the same: see DendroGramNode::IsSubNode.
-  /// Cost: one visit and one look-up for each node, however many are excluded.
+  /// A node below an excluded one, but of larger height, is still drawn: see DendroGramNode::IsSubNode.
+  /// Cost: one visit and one look-up for each node, for any number of excluded ones.
   void Draw(DendroGramDrawOutput& output, float left, float right, float top, float bottom) const;
 
-  /// Raises `bottom` by as much as the labels, asked for at the present one, reach below it. Without labels nothing
-  /// changes. Excluded subtrees do not count; which subtrees are drawn does not matter.
+  /// Raises `bottom` by the height of the labels below it, measured at the present `bottom`. Without labels nothing
+  /// changes. Excluded subtrees do not count; subtrees that are not drawn do.
   void AdjustForLabels(DendroGramDrawOutput& output, float& left, float& right, float& top, float& bottom) const;
 
-  /// The nodes whose lines cross the rectangle of half sides dx and dy around (x, y), nearest first, each once; or only
-  /// the nearest ones. Of what Draw draws.
+  /// The nodes whose drawn lines cross the rectangle of half sides dx and dy around (x, y), nearest first, each once;
+  /// or only the nearest ones.
   std::list<const DendroGramNode*>* HitTest(float left, float right, float top, float bottom, float x, float y,
                                             float dx, float dy, bool nearestOnly) const;
 
-  /// The highest nodes all of whose leaves have their stems between `from` and `to`, in either order; from left to
-  /// right.
+  /// The highest nodes with the stems of all leaves between `from` and `to`, in either order; from left to right.
   std::list<const DendroGramNode*>* WidthHitTest(float left, float right, float from, float to) const;
 
-  /// The clusters that a horizontal cut at y makes, from left to right: the nodes below the cut whose parents are above
-  /// it. A cut at the very height of a merge takes neither the node nor its children.
+  /// The clusters of a horizontal cut at y, from left to right: the nodes below the cut whose parents are above it. A
+  /// cut at exactly the height of a merge takes neither the node nor its children.
   std::list<const DendroGramNode*>* SplitByHeight(float top, float bottom, float y) const;
 
  private:
@@ -80,10 +78,10 @@ class KALMIA_EXPORT DendroGramDrawer {
   bool displayLabels_ = true;
 };
 
-/// Measures, instead of drawing, how far each line is from a cursor. For one test.
+/// Measures the distance of each line from a cursor instead of drawing it. For one test.
 class KALMIA_EXPORT HitTester : public DendroGramDrawOutput {
  public:
-  /// Lines outside the rectangle do not count.
+  /// Ignores lines outside the rectangle.
   HitTester(float left, float top, float right, float bottom, float x, float y)
       : left_(left), top_(top), right_(right), bottom_(bottom), x_(x), y_(y) {}
 

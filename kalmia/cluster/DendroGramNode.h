@@ -10,11 +10,11 @@
 
 namespace DendroGram {
 
-/// A node of a binary cluster tree, and with it the tree below: leaves hold observation numbers, inner nodes the height
+/// A node of a binary cluster tree, and the tree below it. Leaves hold observation numbers; inner nodes hold the height
 /// at which their two children were merged. Nodes live on the heap; the root owns the tree, and Destroy releases it.
-/// A tree may be a chain as deep as the table is long, so nothing here recurses. For one thread at a time: the
-/// re-ordering operations are const, since they change the order of children alone, and yet they write.
-/// Where a cost is not told it is one visit for each node. Throws std::bad_alloc, and NCError where told.
+/// A tree may be a chain as deep as the table is long, so nothing here recurses. One thread at a time: the re-ordering
+/// operations write, although they are const. Cost: one visit for each node unless told otherwise. Throws
+/// std::bad_alloc, and NCError where told.
 class KALMIA_EXPORT DendroGramNode : public kalmia::Persistent<DendroGramNode> {
  public:
   DendroGramNode();                   ///< a leaf without items
@@ -25,12 +25,11 @@ class KALMIA_EXPORT DendroGramNode : public kalmia::Persistent<DendroGramNode> {
   DendroGramNode(std::list<int>::const_iterator first, std::list<int>::const_iterator last);
   DendroGramNode(std::vector<int>::const_iterator first, std::vector<int>::const_iterator last);
   DendroGramNode(const DendroGramNode& other);  ///< a deep copy of the subtree, with no parent
-  /// Replaces the subtree by a copy of the other's, which may be a part of it; what was below is destroyed. The node
-  /// keeps its place under its parent, whose own count of leaves stays as it is.
+  /// Replaces the subtree by a copy of the other one, which may be a part of it, and destroys the old children. The
+  /// node stays under its parent, whose count of leaves does not change.
   DendroGramNode& operator=(const DendroGramNode& other);
 
-  /// Deletes all nodes of the subtree, also of one that was read by half. Null does nothing. A parent is left with a
-  /// dangling link.
+  /// Deletes all nodes of the subtree, even a half-read one. Null does nothing. A parent keeps a dangling link.
   static void Destroy(DendroGramNode* root) noexcept;
 
   bool IsLeaf() const { return leaf_; }
@@ -38,8 +37,8 @@ class KALMIA_EXPORT DendroGramNode : public kalmia::Persistent<DendroGramNode> {
   const DendroGramNode* GetRight() const { return right_; }  ///< null for a leaf
   const DendroGramNode* GetParent() const { return parent_; }
   float Height() const { return leaf_ ? 0.0F : height_; }
-  /// Where the node's stem stands in the node's own width, from 0 to 1: halfway between the stems of its children,
-  /// which share the width by their leaves. 0.5 for a leaf.
+  /// The place of the node's stem in the node's width, from 0 to 1: halfway between the stems of its children, which
+  /// share the width by their leaves. 0.5 for a leaf.
   float GetXOffset() const { return xOffset_; }
   int GetModel() const { return model_; }                    ///< the application's own number; 0 at creation
   void SetModel(int model) { model_ = model; }
@@ -49,18 +48,18 @@ class KALMIA_EXPORT DendroGramNode : public kalmia::Persistent<DendroGramNode> {
 
   /// Appends the items of all leaves, from left to right.
   void GetLeafs(std::list<int>& result) const;
-  /// The smallest list of nodes that covers exactly the leaves whose items are all in `ids`, which is sorted ascending.
-  /// A leaf without items is always covered. Appends to `result`, and relinks the whole of it.
+  /// The smallest list of nodes that covers exactly the leaves whose items are all in `ids`, sorted ascending. A leaf
+  /// without items is always covered. Appends to `result`, and relinks all of `result`.
   void GetNodes(const std::vector<int>& ids, std::list<const DendroGramNode*>& result) const;
-  std::list<const DendroGramNode*>* GetNodes(const std::vector<int>& ids) const;  ///< a new list, the caller's
-  /// Replaces every two children of one parent by the parent, until none are left. A parent takes the place of the
-  /// first of them in the list; where one of them was itself just put in, the place of that one.
+  std::list<const DendroGramNode*>* GetNodes(const std::vector<int>& ids) const;  ///< a new list, owned by the caller
+  /// Replaces every two children of one parent by the parent, until there are none. A parent takes the place of the
+  /// first of its children in the list, or of a child that was itself just put in.
   static void ReLink(std::list<const DendroGramNode*>& nodes);
-  /// Whether `node` lies in this subtree; a node lies in its own. False for a node that is higher than this one, also
-  /// if it does lie below, as it can where heights fall towards the root.
+  /// Whether `node` is in this subtree, which includes this node. False for a node of larger height, even one below
+  /// this node, as is possible if heights fall towards the root.
   bool IsSubNode(const DendroGramNode* node) const;
 
-  /// Divides the heights of the subtree by this node's own. A leaf stays as it is.
+  /// Divides the heights of the subtree by this node's height. A leaf does not change.
   void Normalise();
 
   // Orders of the children in the whole subtree. Equals keep their order.
@@ -69,21 +68,21 @@ class KALMIA_EXPORT DendroGramNode : public kalmia::Persistent<DendroGramNode> {
   void SortByIndex() const;   ///< the one with the smallest item goes left; one without items stays where it is
   void MirrorImage() const;   ///< all children change sides
 
-  /// Turns a leaf of several items into an inner node over two leaves: `items` left, the others right. The counts of
-  /// leaves of the nodes above stay as they are. Throws NCError "Internal error in DendroGramNode::Split", and changes
-  /// nothing, on an inner node, without items, with one that is not in the leaf, and if no item would remain.
+  /// Turns a leaf of several items into an inner node over two leaves: `items` left, the others right. Nodes above keep
+  /// their counts of leaves. Throws NCError "Internal error in DendroGramNode::Split", with nothing changed, on an
+  /// inner node, without items, with an item that is not in the leaf, and if no item would remain.
   void Split(const std::list<int>& items, float height);
 
-  /// Exchanges all fields of two nodes, links and parents included; the children know their new parents afterwards. The
-  /// nodes above still point at the addresses they did. Not for a node and one of its own children.
+  /// Exchanges all fields of two nodes, links and parents included, and updates the parents of their children. The
+  /// nodes above keep pointing at the same addresses. Not for a node and one of its own children.
   void swap(DendroGramNode& other);
 
-  /// Exact equality of shape, heights, counts, stems and items. Models and what is above do not matter.
+  /// Exact equality of shape, heights, counts, stems and items. Models and parents do not matter.
   bool operator==(const DendroGramNode& other) const;
   bool operator!=(const DendroGramNode& other) const { return !(*this == other); }
 
-  // Persistence: magic "Dendro", version 1; the nodes from the top down, left before right. A failed read leaves a tree
-  // that is good for Destroy and nothing else, but for another magic or version: then the node stays as it was.
+  // Persistence: magic "Dendro", version 1; the nodes from the top down, left before right. Another magic or version
+  // leaves the node unchanged. After any other failed read the tree may only be destroyed.
   static DerivedStreamableData MyStreamableData;
   bool VexStreamableWrite(std::ostream& stream);
   bool VexStreamableRead(std::istream& stream);
@@ -113,11 +112,11 @@ class KALMIA_EXPORT DendroGramNode : public kalmia::Persistent<DendroGramNode> {
   int model_ = 0;
 };
 
-/// The tree as a table of merges, one row for each inner node, children before parents, by rising height; where heights
-/// fall towards the root a node counts as high as the highest one below it. Equal heights: fewer leaves first.
-/// Leaves have the ids 1 to n by the rank of their smallest item, the merge of row r makes the id n + r. The vectors
-/// get one cell for each row. Where a child is a leaf, its row of `leftItems` or `rightItems` (from 0) has its items;
-/// else that row is empty. Both are given, or both null: else NCError "Internal error in DendroGram::CreateMergeData".
+/// The tree as a table of merges, one row for each inner node, children before parents, by rising height. If heights
+/// fall towards the root, a node counts as high as the highest one below it. Equal heights: fewer leaves first. Leaves
+/// have the ids 1 to n by the rank of their smallest item; the merge of row r makes the id n + r. The vectors get one
+/// cell for each row. A row of `leftItems` or `rightItems` (from 0) has the items of a child that is a leaf, and is
+/// empty otherwise. Give both or neither: otherwise NCError "Internal error in DendroGram::CreateMergeData".
 KALMIA_EXPORT void CreateMergeData(const DendroGramNode& root, NCDataVector<float>& heights,
                                    NCIntegralVector<unsigned long, 0>& leftIds,
                                    NCIntegralVector<unsigned long, 0>& rightIds,

@@ -10,9 +10,9 @@
 
 namespace DendroGram {
 
-/// A tree as a grid of cells for a text listing: the observations down the rows, one column for each depth of merges,
-/// the merges from left to right. Copies what it needs: the tree may go. Nothing recurses, and lines are kept as runs
-/// of cells, so that a chain of n leaves takes memory for some n runs, not for its n^2 / 2 cells.
+/// A tree as a grid of cells for a text listing: observations down the rows, one column for each depth of merges,
+/// merges from left to right. It does not need the tree afterwards. Nothing recurses. Lines are kept as runs of cells,
+/// so a chain of n leaves takes memory for about n runs, not for its n^2 / 2 cells.
 class KALMIA_EXPORT DendroGramNodeLister {
  public:
   explicit DendroGramNodeLister(const DendroGramNode& root);
@@ -21,9 +21,9 @@ class KALMIA_EXPORT DendroGramNodeLister {
   int SizeCols() const { return columns_; }  ///< the largest depth of merges
   /// The observation on a row, from 1; not checked.
   int GetRowID(int row) const { return rowIds_[static_cast<std::size_t>(row) - 1]; }
-  /// 1: a horizontal line in the cell; 2: a vertical one; 3: both; 0: none, also outside the grid. From 1.
+  /// The lines in a cell, from 1: 1 horizontal, 2 vertical, 3 both, 0 none. 0 outside the grid.
   int GetCellBorders(int row, int column) const;
-  /// The height of the merge that stands in the cell, -99 if there is none, also outside the grid. From 1.
+  /// The height of the merge in a cell, from 1; -99 if there is none, and outside the grid.
   float GetCellValue(int row, int column) const;
   bool IsBreak(int row) const { return breaks_.count(row) > 0; }  ///< whether the row is the last one of a leaf
 

@@ -10,7 +10,7 @@
 
 namespace DendroGram {
 
-/// A temporary file of pairs: records of 12 bytes, unsorted. Gone, from the disk too, with its last owner.
+/// A temporary file of pairs: records of 12 bytes, unsorted. The last owner deletes it from the disk.
 struct KALMIA_EXPORT DistanceFile {
   /// Creates the file. Throws NCError "The temporary file %s could not be opened".
   DistanceFile();
@@ -18,13 +18,13 @@ struct KALMIA_EXPORT DistanceFile {
   DistanceFile(const DistanceFile&) = delete;
   DistanceFile& operator=(const DistanceFile&) = delete;
 
-  // Numbers are of records, from 0, and the caller's: nothing here looks at `count` or changes it.
-  /// Writes n records where the stream stands, its end as long as nothing was read. Not checked: what a full disk loses
-  /// is missed by a later read.
+  // Numbers are of records, from 0. The caller keeps `count`: nothing here reads or changes it.
+  /// Writes n records at the position of the stream, which is its end unless it was read. Not checked: if the disk is
+  /// full, a later read fails.
   void Append(const DistanceAndIndex* pairs, std::size_t n);
-  /// To the record that is read next; beyond the last one the read fails. Forgets earlier failures.
+  /// Sets the next record to read; a read after the last one fails. Forgets earlier failures.
   void SeekTo(std::uint32_t record);
-  /// Reads n records; false where there are not so many left, and the rest of `pairs` is then as it was.
+  /// Reads n records; false if fewer are left, and the rest of `pairs` is then unchanged.
   bool Read(DistanceAndIndex* pairs, std::size_t n);
 
   CString name;
@@ -40,39 +40,39 @@ struct KALMIA_EXPORT DistanceFile {
 
 using DistanceFiles = std::vector<std::shared_ptr<DistanceFile>>;
 
-/// Distributes the records of `source` over new files, one for each limit, from the largest distances to the smallest:
-/// a record goes into the first file whose lower limit, the next limit, it reaches; the last file takes all others and
-/// has the source's lower limit. Files without records are left out. Records of one file keep their order.
-/// `buffer` lends its capacity, and is empty afterwards, also where something is thrown. Throws NCError where it has
-/// none, before anything is done; "Error when reading from temporary file."; and, on a stop, "Cluster analysis
+/// Distributes the records of `source` over new files, one for each limit, from the largest distances to the smallest.
+/// A record goes into the first file whose lower limit, which is the next limit, it reaches; the last file takes all
+/// others and has the source's lower limit. Files without records are dropped. Records of one file keep their order.
+/// Uses the capacity of `buffer`, which is empty afterwards, also after a throw. Throws NCError: if there is no
+/// capacity, before anything is done; "Error when reading from temporary file."; on a stop request "Cluster analysis
 /// aborted.".
 KALMIA_EXPORT DistanceFiles DistributeDistances(DistanceFile& source, std::vector<float>& limits,
                                                 std::vector<DistanceAndIndex>& buffer, unsigned total,
                                                 NCProgress* progress);
 
-/// The pairs of a table by rising distance, where they do not fit in memory: on disk, split by distance into segments,
-/// which are loaded and sorted one by one as they are needed. Of each pair 12 bytes lie on disk, twice that while they
-/// are split; each record is written twice and read twice. A segment larger than memory is split again when its turn
-/// comes, as often as it takes; one of a single distance is taken in pieces. Each segment keeps its file open: about
-/// 2 * pairs / memory of them. Beside its memory it takes a megabyte. Pairs are to be added in the order of their
-/// rows; then equal distances come in the order in which a list in memory gives them, whatever the size of the memory.
+/// The pairs of a table by rising distance, for tables whose pairs do not fit in memory. They are on disk, split by
+/// distance into segments, which are loaded and sorted one by one. A pair takes 12 bytes on disk, 24 during the split;
+/// each record is written twice and read twice. A segment larger than memory is split again when it is needed, until it
+/// fits; one of a single distance is loaded in pieces. Each segment keeps its file open: about 2 * pairs / memory
+/// files. It takes a megabyte beside its memory. Add pairs in the order of their rows: equal distances then come in the
+/// order of a list in memory, for any size of the memory.
 class KALMIA_EXPORT MegaDistances {
  public:
-  /// Takes over the storage of `memory`, whose size tells how many records may be in memory: NCError if it is 0.
-  /// `total` pairs are to come.
+  /// Takes over the storage of `memory`; its size is the number of records in memory, NCError if it is 0. `total` is
+  /// the number of pairs that will be added.
   MegaDistances(std::vector<DistanceAndIndex>& memory, NCProgress* progress, unsigned total);
 
   /// Throws NCError "Cluster analysis aborted" when the user stops.
   void AddDistance(const DistanceAndIndex& pair);
-  /// To be called once, after the last AddDistance. Throws as DistributeDistances.
+  /// Call it once, after the last AddDistance. Throws as DistributeDistances.
   void SplitDistances();
-  /// The nearest pair left; of equal distances that of the latest rows. Throws NCError "Internal error in
-  /// MegaDistances::LoadNextSegment." if there is none or it cannot be read, and "Cluster analysis aborted." where the
-  /// user stops while it is split again or loaded: then it can be loaded again.
+  /// The nearest pair left; of equal distances the one of the latest rows. Throws NCError "Internal error in
+  /// MegaDistances::LoadNextSegment." if there is none or it cannot be read, and "Cluster analysis aborted." on a stop
+  /// request while a segment is split or loaded; it can then be loaded again.
   const DistanceAndIndex& GetNearest();
   void RemoveNearest();
-  /// Fills the buffer, which has to be empty, with the segment of the smallest distances left. The two above call it
-  /// themselves, and it throws what they throw.
+  /// Fills the empty buffer with the segment of the smallest distances left. The two operations above call it; it
+  /// throws the same.
   void LoadNextSegment();
 
  private:

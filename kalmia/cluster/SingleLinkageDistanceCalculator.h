@@ -11,18 +11,17 @@ namespace DendroGram {
 
 class MegaDistances;
 
-/// Single linkage: the distance of two clusters is that of their nearest two rows, the root of the sum of squared
-/// differences, scaled from the m columns that both rows have to all K by the factor K / m under the root. The pairs
-/// are walked by rising distance, so that the merges are those of a minimum spanning tree (Kruskal 1956, Proc. AMS 7,
-/// 48-50). Heights never fall. Of equal distances that of the latest rows is taken first, in memory and on
-/// disk.
-/// Memory: 12 bytes for each pair of rows. Where that is not there the pairs go to temporary files, which are gone with
-/// the calculator; the user is told through UserComm, and asked where the disk is too small.
+/// Single linkage: the distance of two clusters is the distance of their two nearest rows: the root of the sum of
+/// squared differences over the m columns that both rows have, times K / m under the root for all K columns. Pairs are
+/// taken by rising distance, so the merges are those of a minimum spanning tree (Kruskal 1956, Proc. AMS 7, 48-50).
+/// Heights never fall. Of equal distances, in memory and on disk, the one of the latest rows comes first.
+/// Memory: 12 bytes for each pair of rows. If memory lacks, the pairs go to temporary files, which the calculator
+/// deletes; UserComm informs the user, and asks if the disk is too small.
 /// Cost: the sort of the pairs; each merge is linear in the number of rows.
 class KALMIA_EXPORT SingleLinkageDistanceCalculator : public ClusterDistanceCalculator {
  public:
   SingleLinkageDistanceCalculator();
-  /// A copy has its own list; the copy of one whose pairs lie on disk has to be initialised first.
+  /// A copy has its own list. A copy of a calculator with pairs on disk must be initialised first.
   SingleLinkageDistanceCalculator(const SingleLinkageDistanceCalculator& other);
   SingleLinkageDistanceCalculator& operator=(const SingleLinkageDistanceCalculator& other);
   ~SingleLinkageDistanceCalculator() override;
