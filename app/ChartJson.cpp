@@ -1,4 +1,4 @@
-#include "app/ChartResult.h"
+#include "app/ChartReport.h"
 #include "app/ChartTypes.h"
 #include "app/Json.h"
 #include "app/Numbers.h"

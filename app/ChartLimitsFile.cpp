@@ -49,7 +49,7 @@ constexpr LimitPair kPairs[] = {{kFields[2], kFields[1]}, {kFields[5], kFields[4
                                 {kFields[15], kFields[14]}};
 
 [[noreturn]] void Refuse(const std::string& name, const std::string& why) {
-  throw BadFile(name + " is no file of limits that --save-limits has written: " + why);
+  throw BadFile(name + " is no file of stored limits: " + why);
 }
 
 /// What is not known is null in the file.
@@ -171,7 +171,7 @@ StoredLimits ReadLimits(const std::string& text, const std::string& name) {
   if (!type) Refuse(name, "it names no type of chart");
   const std::optional<int> subgroup = CountOf(json.value("subgroup", Json()));
   if (!subgroup || *subgroup == std::numeric_limits<int>::max()) Refuse(name, "it names no size of subgroups");
-  StoredLimits stored = {TextOf(json, "table"), TextOf(json, "column"), *type, *subgroup, "",
+  StoredLimits stored = {name, TextOf(json, "table"), TextOf(json, "column"), *type, *subgroup, "",
                          LimitsOf(json, name)};
   stored.sigmaFrom = SigmaFromOf(json, stored, name);
   return stored;

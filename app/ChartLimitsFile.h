@@ -2,19 +2,9 @@
 
 #include <string>
 
-#include "kalmia/statistics/ControlChart.h"
+#include "app/ChartResult.h"
 
 namespace kalmia::app {
-
-/// Limits as --save-limits stores them: a JSON text of format kalmia-limits, numbers in full precision.
-struct StoredLimits {
-  std::string table;   ///< that they come from
-  std::string column;
-  ControlChart::ControlType type;
-  int subgroup;
-  std::string sigmaFrom;  ///< moving-range, values or given; empty where subgroups give the estimate of the type
-  ControlChart::Limits limits;
-};
 
 std::string LimitsText(const StoredLimits& stored);
 

@@ -1,7 +1,8 @@
+#include "app/ChartReport.h"
+
 #include <algorithm>
 #include <map>
 
-#include "app/ChartResult.h"
 #include "app/ChartTypes.h"
 #include "app/CsvText.h"
 #include "app/DisplayText.h"
@@ -92,7 +93,7 @@ std::string SignalsText(const ChartResult& result) {
   }
   const std::size_t more = result.signals.size() - std::min(result.signals.size(), kMostSignals);
   return Counted(result.signals.size(), "signal") + "\n\n" + table.Text() +
-         (more == 0 ? "" : "  and " + std::to_string(more) + " more; --csv writes all of them\n") + RulesText(result);
+         (more == 0 ? "" : "  and " + std::to_string(more) + " more; the CSV file has all of them\n") + RulesText(result);
 }
 
 /// What the signals of one point are, and which rules they break, in the same order.
@@ -138,14 +139,6 @@ void CsvTitles(const ChartResult& result, CsvText* csv) {
 void AddCell(double value, CsvText* csv) { csv->Number(AsWritten(static_cast<float>(value))); }
 
 }  // namespace
-
-std::string ChartResult::Title() const {
-  return OneLine(column) + " of " + OneLine(table) + ": " + WordOfChartType(chart.GetControlType()) + " chart";
-}
-
-std::string ChartResult::RuleName(const ChartSignal& signal) const {
-  return rules.empty() ? "limits" : rules + " " + std::to_string(signal.rule.number);
-}
 
 std::string ChartText(const ChartResult& result) {
   std::string text = result.Title() + "\n" + Counted(static_cast<std::size_t>(result.values), "value");

@@ -4,11 +4,23 @@
 #include <vector>
 
 #include "app/ChartPanels.h"
-#include "app/CsvMarks.h"
+#include "app/ChartRecipe.h"
+#include "app/CsvTable.h"
 #include "app/Notes.h"
-#include "app/StatisticsOptions.h"
+#include "kalmia/support/NCProgress.h"
 
 namespace kalmia::app {
+
+/// Target and limits of a chart, for others of the same type.
+struct StoredLimits {
+  std::string source;  ///< how messages call the file that they were read from; empty for those of a chart just made
+  std::string table;   ///< that they come from
+  std::string column;
+  ControlChart::ControlType type;
+  int subgroup;
+  std::string sigmaFrom;  ///< moving-range, values or given; empty where subgroups give the estimate of the type
+  ControlChart::Limits limits;
+};
 
 /// A control chart ready to be told, drawn and written.
 struct ChartResult {
@@ -18,11 +30,10 @@ struct ChartResult {
   int subgroup;
   int values;        ///< in the subgroups, missing ones too
   int missing;       ///< of these
-  bool weightGiven;  ///< of an EWMA: on the command line or by the limits read
-  std::string limitsFrom;  ///< what the limits were read from; empty if nowhere
+  bool weightGiven;  ///< of an EWMA: by the recipe or by the limits given
+  std::string limitsFrom;  ///< source of the limits given; empty without
   std::string sigmaFrom;   ///< as in StoredLimits
   std::string rules;       ///< one of RunRuleWords(); empty for the limits alone
-  PlotTexts texts;
   std::vector<ChartPanel> panels;
   std::vector<ChartSignal> signals;
 
@@ -34,16 +45,17 @@ struct ChartResult {
   std::string RuleName(const ChartSignal& signal) const;
 };
 
-/// What `kalmia chart` prints: the limits of each panel, the spreads they come from, and the signals.
-std::string ChartText(const ChartResult& result);
+/// The limits of a chart, for others.
+StoredLimits LimitsOf(const ChartResult& result);
 
-std::string ChartJson(const ChartResult& result, const Notes& notes);
+/// Throws BadRequest where the parts of a recipe do not go together, and BadData where the limits (null for none) are of
+/// another kind of chart.
+void CheckChart(const ChartRecipe& recipe, const StoredLimits* limits);
 
-/// A line for each point: its rows, each series with its limits, the signals, with run rules also their names.
-std::string ChartCsv(const ChartResult& result, const CsvMarks& marks);
-
-/// The panels below each other. Of more points than a page can tell apart it draws the highest and the lowest of each
-/// stretch, so that no signal is lost.
-std::string ChartSvg(const ChartResult& result);
+/// Makes the chart that the recipe asks for, with the limits that are given unless they are null. `progress` may be
+/// null. Throws as CheckChart and ReadMeasurements do, and BadData: less than one subgroup; too few values for limits;
+/// numbers too large.
+ChartResult ComputeChart(const CsvTable& table, const ChartRecipe& recipe, const StoredLimits* limits, Notes* notes,
+                         NCProgress* progress);
 
 }  // namespace kalmia::app

@@ -1,11 +1,11 @@
+#include "app/ChartSvg.h"
+
 #include <algorithm>
 #include <cmath>
 #include <map>
 #include <set>
 
-#include "app/ChartResult.h"
 #include "app/DisplayText.h"
-#include "app/Plot.h"
 
 namespace kalmia::app {
 
@@ -188,22 +188,22 @@ void DrawLegend(const ChartPanel& panel, const Plot& plot, double top, bool hasP
 }
 
 /// "mean of diameter"; of single values what was measured, without a word more.
-std::string QuantityOf(const ChartPanel& panel, const ChartResult& result) {
-  const std::string measured = result.texts.yLabel.empty() ? OneLine(result.column) : result.texts.yLabel;
+std::string QuantityOf(const ChartPanel& panel, const ChartResult& result, const PlotTexts& texts) {
+  const std::string measured = texts.yLabel.empty() ? OneLine(result.column) : texts.yLabel;
   return panel.name == "value" ? measured : panel.name + " of " + measured;
 }
 
-std::string XLabelOf(const ChartResult& result) {
-  if (!result.texts.xLabel.empty()) return result.texts.xLabel;
+std::string XLabelOf(const ChartResult& result, const PlotTexts& texts) {
+  if (!texts.xLabel.empty()) return texts.xLabel;
   return result.IsSingle() ? "row" : "subgroup of " + std::to_string(result.subgroup) + " rows";
 }
 
-void DrawPanel(const ChartPanel& panel, double top, const ChartResult& result, Svg* svg) {
+void DrawPanel(const ChartPanel& panel, double top, const ChartResult& result, const PlotTexts& texts, Svg* svg) {
   ValueRange x = {1.0, static_cast<double>(result.Points())};
   x.low -= 0.5;
   x.high += 0.5;
   const Plot plot(svg, {kLeft, top, kPlotWidth, kPlotHeight}, x, RangeOf(panel));
-  plot.DrawAxes(XLabelOf(result), QuantityOf(panel, result), /*wholeX=*/true, /*wholeY=*/false);
+  plot.DrawAxes(XLabelOf(result, texts), QuantityOf(panel, result, texts), /*wholeX=*/true, /*wholeY=*/false);
   DrawLevels(panel, plot);
   const bool hasPoints = result.Points() <= kMostDots;
   DrawLegend(panel, plot, top, hasPoints, svg);
@@ -231,18 +231,18 @@ std::map<int, std::string> BrokenRunRules(const ChartResult& result) {
 
 }  // namespace
 
-std::string ChartSvg(const ChartResult& result) {
+std::string ChartSvg(const ChartResult& result, const PlotTexts& texts) {
   const std::map<int, std::string> rules = BrokenRunRules(result);
   const double panels = static_cast<double>(result.panels.size()) * kPanelHeight;
   const double list = rules.empty() ? 0.0 : (static_cast<double>(rules.size()) + 0.5) * kRuleHeight;
-  const std::string title = result.texts.title.empty() ? result.Title() : result.texts.title;
+  const std::string title = texts.title.empty() ? result.Title() : texts.title;
   Svg svg(kWidth, kTop + panels - kBottom + list, title);
   svg.AddChartStyle();
   svg.Text(kLeft, 26, Svg::Fitting(title, kWidth - kLeft - 10, Svg::Font::Title), Svg::Font::Title,
            Svg::Anchor::Start);
   double top = kTop;
   for (const ChartPanel& panel : result.panels) {
-    DrawPanel(panel, top, result, &svg);
+    DrawPanel(panel, top, result, texts, &svg);
     top += kPanelHeight;
   }
   for (const auto& [number, rule] : rules) {

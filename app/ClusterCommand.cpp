@@ -1,17 +1,24 @@
-#include <algorithm>
-#include <cmath>
-#include <memory>
-#include <utility>
+#include <stdlib.h>
+#include <unistd.h>
 
+#include <cerrno>
+#include <optional>
+#include <system_error>
+
+#include "app/ClusterReport.h"
 #include "app/ClusterResult.h"
-#include "app/ClusterRun.h"
+#include "app/ClusterSvg.h"
 #include "app/Commands.h"
 #include "app/ConsoleProgress.h"
 #include "app/DisplayText.h"
 #include "app/Failure.h"
+#include "app/Interrupt.h"
+#include "app/Newick.h"
 #include "app/OutputFiles.h"
 #include "app/OutputPlaces.h"
 #include "app/ReadTable.h"
+#include "app/TemporaryPath.h"
+#include "kalmia/support/TempFile.h"
 
 namespace kalmia::app {
 
@@ -26,58 +33,65 @@ std::vector<FilePlace> OutputsOf(const ClusterOptions& options) {
   return places;
 }
 
-bool IsCutAsked(const ClusterOptions& options) { return options.cut > 0 || options.height.has_value(); }
+/// Makes a folder of its own in this one; empty, with errno, where none can be made.
+std::string MakeFolderIn(const std::string& parent) {
+  std::string path = parent + "/.kalmia-XXXXXX";
+  return mkdtemp(path.data()) == nullptr ? "" : path;
+}
+
+/// Throws BadFile if no temporary files can be made in the folder.
+void CheckTemporaryFolder(const std::string& parent) {
+  const DeadlineHold untilItIsGone;
+  const std::string path = MakeFolderIn(parent);
+  if (path.empty()) {
+    throw BadFile("cannot make temporary files in " + OneLine(parent) + ": " + std::generic_category().message(errno));
+  }
+  rmdir(path.c_str());
+}
+
+/// A folder for temporary files in the one that is named: whatever is in it goes with the object, by a signal too.
+/// Where none can be made it is the one that is named: the calculation meets the same trouble, if it needs files.
+class TemporaryFolder {
+ public:
+  explicit TemporaryFolder(const std::string& parent) : path_(parent) {
+    const DeadlineHold untilItIsNoted;
+    const std::string own = MakeFolderIn(parent);
+    if (own.empty()) return;
+    own_.emplace(own, TemporaryPath::Kind::FolderWithFiles);
+    path_ = own;
+  }
+
+  const std::string& Path() const { return path_; }
+
+ private:
+  std::string path_;
+  std::optional<TemporaryPath> own_;
+};
 
 void CheckOptions(const ClusterOptions& options) {
-  if (!options.csv.empty() && !IsCutAsked(options)) {
+  if (!options.csv.empty() && !options.recipe.IsCutAsked()) {
     throw BadRequest("--csv writes clusters: give --cut or --height; see kalmia cluster --help");
   }
   CheckPlaces({{"the table", options.table}}, OutputsOf(options));
-  if (!options.temp.empty()) CheckTemporaryFolder(options.temp);
+  if (!options.recipe.temporaryFolder.empty()) CheckTemporaryFolder(options.recipe.temporaryFolder);
 }
 
-void CheckCut(const CsvTable& table, const ClusterOptions& options) {
-  if (options.cut <= table.Rows()) return;
-  throw BadData(table.Name() + ": " + Counted(static_cast<std::size_t>(table.Rows()), "row") + " cannot be cut into " +
-                std::to_string(options.cut) + " clusters");
-}
-
-void CheckHeights(const CsvTable& table, const std::vector<ClusterMerge>& merges) {
-  if (std::all_of(merges.begin(), merges.end(), [](const ClusterMerge& m) { return std::isfinite(m.height); })) return;
-  throw BadData(table.Name() + ": distances are too large for single precision; try --scale uv");
-}
-
-ClusterResult ClusterRows(const CsvTable& table, const ClusterOptions& options, Notes* notes) {
-  ProgressLine line;
-  line.ShowAtOnce("selecting the columns", 0.0);
-  ClusterResult result = {table.Name(), options.method, options.scaling, SelectClusterData(table, options, notes),
-                          nullptr, {}, 0.0, 0, options.height, {}};
-  NCProgress building(std::make_unique<ConsoleProgress>(&line)), comparing(std::make_unique<ConsoleProgress>(&line));
-  result.root = BuildTree(table.Name(), result.data, options, &building, notes);
-  result.merges = MergesOf(*result.root);
-  CheckHeights(table, result.merges);
-  result.copheneticCorrelation = CopheneticCorrelation(result.data.cells, result.merges, &comparing);
-  result.keptMerges = static_cast<int>(result.merges.size());
-  if (!IsCutAsked(options)) return result;
-  result.keptMerges = KeptMerges(result.merges, options);
-  result.clusterOf = ClustersOfRows(result.merges, result.keptMerges);
-  return result;
-}
-
-void NoteFallingHeights(const std::vector<ClusterMerge>& merges, Notes* notes) {
-  const std::vector<float> highest = HighestBelow(merges);
-  std::size_t lower = 0;
-  for (std::size_t k = 0; k < merges.size(); ++k) lower += merges[k].height < highest[k] ? 1 : 0;
-  if (lower == 0) return;
-  notes->Add(Counted(lower, "merge") + (lower == 1 ? " is" : " are") + " lower than one within its cluster");
+ClusterResult Compute(const CsvTable& table, const ClusterOptions& options, Notes* notes) {
+  ClusterRecipe recipe = options.recipe;
+  recipe.temporaryFolderName = recipe.temporaryFolder.empty() ? TemporaryDirectory() : recipe.temporaryFolder;
+  const TemporaryFolder folder(recipe.temporaryFolderName);
+  recipe.temporaryFolder = folder.Path();
+  TerminalBar bar;
+  return ComputeClusters(table, recipe, notes, bar.Get());
 }
 
 void WriteFiles(const ClusterOptions& options, const ClusterResult& result) {
   OutputFiles files;
+  const CsvMarks marks = MarksOf(options.csvMarks.Asked());
   if (!options.svg.empty()) files.Stage(options.svg, ClusterSvg(result));
-  if (!options.merges.empty()) files.Stage(options.merges, MergesCsv(result, MarksOf(options.csvMarks)));
+  if (!options.merges.empty()) files.Stage(options.merges, MergesCsv(result, marks));
   if (!options.newick.empty()) files.Stage(options.newick, NewickText(result));
-  if (!options.csv.empty()) files.Stage(options.csv, ClusterCsv(result, MarksOf(options.csvMarks)));
+  if (!options.csv.empty()) files.Stage(options.csv, ClusterCsv(result, marks));
   files.Commit();
 }
 
@@ -86,11 +100,9 @@ void WriteFiles(const ClusterOptions& options, const ClusterResult& result) {
 std::string RunCommand(const ClusterOptions& options, Notes* notes) {
   CheckOptions(options);
   const CsvTable table = ReadTable(options.table, options.reading);
-  CheckCut(table, options);
-  const ClusterResult result = ClusterRows(table, options, notes);
-  NoteFallingHeights(result.merges, notes);
+  const ClusterResult result = Compute(table, options, notes);
   WriteFiles(options, result);
-  if (options.json) return ClusterJson(table, result, *notes, OutputsOf(options));
+  if (options.json) return ClusterJson(table, result, *notes, PathsOf(OutputsOf(options)));
   return ClusterText(result) + WrittenText(OutputsOf(options));
 }
 

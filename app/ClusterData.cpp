@@ -82,7 +82,7 @@ std::string NothingLeftText(const ClusterData& data) {
     return what + ": " + Listed(names, kColumnsNamed);
   };
   if (!data.constantColumns.empty()) {
-    return named("no column varies, so none can be scaled (--scale none would take them); constant columns",
+    return named("no column varies, so none can be scaled (without scaling they would be taken); constant columns",
                  data.constantColumns);
   }
   if (!data.emptyColumns.empty()) return named("every cell is missing; empty columns", data.emptyColumns);
@@ -92,20 +92,20 @@ std::string NothingLeftText(const ClusterData& data) {
 
 }  // namespace
 
-ClusterData SelectClusterData(const CsvTable& table, const ClusterOptions& options, Notes* notes) {
+ClusterData SelectClusterData(const CsvTable& table, const ClusterRecipe& recipe, Notes* notes) {
   CheckRows(table);
   ClusterData data;
-  std::vector<int> excluded = ColumnsToExclude(table, options.exclude);
-  const int idColumn = options.id.empty() ? -1 : RequireColumn(table, options.id);
+  std::vector<int> excluded = ColumnsToExclude(table, recipe.exclude);
+  const int idColumn = recipe.id.empty() ? -1 : RequireColumn(table, recipe.id);
   if (idColumn >= 0) excluded.push_back(idColumn);
   data.rowNames = RowNames(table, idColumn);
-  const std::vector<int> chosen = RequireColumnsOrAll(table, options.x);
-  TakeColumns(ReadColumns(table, chosen, excluded, &data, notes), options.scaling, &data);
+  const std::vector<int> chosen = RequireColumnsOrAll(table, recipe.x);
+  TakeColumns(ReadColumns(table, chosen, excluded, &data, notes), recipe.scaling, &data);
   if (data.columnNames.empty()) Refuse(table, NothingLeftText(data));
   NoteLeftOut("text", data.textColumns, notes);
   NoteLeftOut("constant", data.constantColumns, notes);
   NoteLeftOut("empty", data.emptyColumns, notes);
-  ScaleColumns(options.scaling, data.columnNames, &data.cells);
+  ScaleColumns(recipe.scaling, data.columnNames, &data.cells);
   return data;
 }
 

@@ -3,7 +3,7 @@
 #include <string>
 #include <vector>
 
-#include "app/ClusterOptions.h"
+#include "app/ClusterRecipe.h"
 #include "app/CsvTable.h"
 #include "app/Notes.h"
 #include "kalmia/containers/NCDataMatrix.h"
@@ -24,10 +24,10 @@ struct ClusterData {
   int Rows() const { return cells.SizeRows(); }
 };
 
-/// Selects columns and row names as the options say, and scales. Columns without numbers and empty ones are left out;
+/// Selects columns and row names as the recipe says, and scales. Columns without numbers and empty ones are left out;
 /// so are constant ones where columns are divided by their spread. Each kind with one note.
 /// Throws BadData: a column that does not exist; no column or one row left; more rows than can be clustered;
 /// a cell that is no finite number; a column that cannot be scaled.
-ClusterData SelectClusterData(const CsvTable& table, const ClusterOptions& options, Notes* notes);
+ClusterData SelectClusterData(const CsvTable& table, const ClusterRecipe& recipe, Notes* notes);
 
 }  // namespace kalmia::app

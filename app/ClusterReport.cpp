@@ -1,11 +1,13 @@
+#include "app/ClusterReport.h"
+
 #include <algorithm>
 
-#include "app/ClusterResult.h"
 #include "app/CsvText.h"
 #include "app/DisplayText.h"
 #include "app/Numbers.h"
 #include "app/Scaling.h"
 #include "app/TextTable.h"
+#include "app/TableJson.h"
 
 namespace kalmia::app {
 
@@ -29,7 +31,7 @@ std::string LastMergesText(const ClusterResult& result) {
                   std::to_string(RowsOf(result, merge.left)) + " + " + std::to_string(RowsOf(result, merge.right))});
   }
   const int more = merges - std::min(merges, kMergesShown);
-  return table.Text() + (more == 0 ? "" : "  and " + std::to_string(more) + " more; --merges writes all of them\n");
+  return table.Text() + (more == 0 ? "" : "  and " + std::to_string(more) + " more; the CSV file has all of them\n");
 }
 
 std::string ClustersText(const ClusterResult& result) {
@@ -74,23 +76,6 @@ Json CutJson(const ClusterResult& result) {
 
 }  // namespace
 
-std::string ClusterResult::Title() const {
-  return (method == "ward" ? "Ward" : "Single linkage") + std::string(" clusters of ") + OneLine(table);
-}
-
-std::vector<ClusterSummary> SummariesOf(const ClusterResult& result) {
-  std::vector<ClusterSummary> summaries(static_cast<std::size_t>(result.Clusters()));
-  for (const int cluster : result.clusterOf) ++summaries[static_cast<std::size_t>(cluster) - 1].rows;
-  std::vector<int> clusterOf = result.clusterOf;  // of rows, and of the merges made so far
-  for (int k = 0; k < result.keptMerges; ++k) {
-    const ClusterMerge& merge = result.merges[static_cast<std::size_t>(k)];
-    clusterOf.push_back(clusterOf[static_cast<std::size_t>(merge.left)]);
-    float& highest = summaries[static_cast<std::size_t>(clusterOf.back()) - 1].highest;
-    highest = std::max(highest, merge.height);
-  }
-  return summaries;
-}
-
 std::string ClusterText(const ClusterResult& result) {
   std::string text = result.Title() + ": " + Counted(static_cast<std::size_t>(result.data.Rows()), "row") + ", " +
                      Counted(result.data.columnNames.size(), "column") + " " + ScalingText(result.scaling) +
@@ -100,7 +85,7 @@ std::string ClusterText(const ClusterResult& result) {
 }
 
 std::string ClusterJson(const CsvTable& table, const ClusterResult& result, const Notes& notes,
-                        const std::vector<FilePlace>& written) {
+                        const std::vector<std::string>& written) {
   Json json = JsonHeader("kalmia-cluster");
   json["table"] = TableJson(table);
   json["method"] = result.method;
@@ -113,7 +98,7 @@ std::string ClusterJson(const CsvTable& table, const ClusterResult& result, cons
   json["merges"] = MergesJson(result);
   json["cut"] = CutJson(result);
   json["files"] = Json::array();
-  for (const FilePlace& place : written) json["files"].push_back(place.path);
+  for (const std::string& path : written) json["files"].push_back(path);
   json["notes"] = notes.Lines();
   return JsonText(json);
 }

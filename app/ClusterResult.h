@@ -5,15 +5,15 @@
 #include <vector>
 
 #include "app/ClusterData.h"
+#include "app/ClusterRecipe.h"
 #include "app/ClusterTree.h"
-#include "app/CsvMarks.h"
-#include "app/Json.h"
+#include "app/CsvTable.h"
 #include "app/Notes.h"
-#include "app/OutputPlaces.h"
+#include "kalmia/support/NCProgress.h"
 
 namespace kalmia::app {
 
-/// All that `kalmia cluster` has to report.
+/// A cluster tree of the rows of a table, and where it is cut.
 struct ClusterResult {
   std::string table;
   std::string method;
@@ -39,16 +39,10 @@ struct ClusterSummary {
 
 std::vector<ClusterSummary> SummariesOf(const ClusterResult& result);
 
-std::string ClusterText(const ClusterResult& result);
-std::string ClusterJson(const CsvTable& table, const ClusterResult& result, const Notes& notes,
-                        const std::vector<FilePlace>& written);
-/// name,cluster of each row.
-std::string ClusterCsv(const ClusterResult& result, const CsvMarks& marks);
-/// The merges in the columns of a linkage matrix: two clusters, the smaller number first, height, rows.
-std::string MergesCsv(const ClusterResult& result, const CsvMarks& marks);
-/// The tree in the Newick format. The length of a branch is the difference between the heights of its ends.
-std::string NewickText(const ClusterResult& result);
-/// A drawing of the tree. Labels that would overlap are thinned out, beyond 200 rows.
-std::string ClusterSvg(const ClusterResult& result);
+/// Builds the tree that the recipe asks for, cuts it, and judges it. Notes what it did of its own accord, and merges that
+/// are lower than one within their cluster. `progress` may be null.
+/// Throws BadRequest for a method that there is not, BadData for more clusters than rows and for distances that are too
+/// large, and as SelectClusterData and BuildTree do.
+ClusterResult ComputeClusters(const CsvTable& table, const ClusterRecipe& recipe, Notes* notes, NCProgress* progress);
 
 }  // namespace kalmia::app

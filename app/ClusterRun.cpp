@@ -1,21 +1,15 @@
 #include "app/ClusterRun.h"
 
-#include <stdlib.h>
-#include <unistd.h>
-
 #include <algorithm>
 #include <cerrno>
-#include <cstdlib>
+#include <cstdio>
 #include <filesystem>
-#include <optional>
 #include <system_error>
-#include <utility>
 
 #include "app/DisplayText.h"
 #include "app/Failure.h"
-#include "app/Interrupt.h"
 #include "app/Numbers.h"
-#include "app/TemporaryPath.h"
+#include "app/WorkProgress.h"
 #include "kalmia/cluster/DendroGram.h"
 #include "kalmia/support/TempFile.h"
 #include "kalmia/support/UserComm.h"
@@ -30,61 +24,25 @@ constexpr std::uint64_t kBytesPerPair = sizeof(DendroGram::DistanceAndIndex);  /
 constexpr int kGiveUp = 5;  ///< the answer to the library's question that ends the calculation
 constexpr std::size_t kRowsNamed = 10;
 
-std::string FolderFor(const ClusterOptions& options) {
-  return options.temp.empty() ? TemporaryDirectory() : options.temp;
-}
-
-/// Makes a folder of its own in this one; empty, with errno, where none can be made.
-std::string MakeFolderIn(const std::string& folder) {
-  std::string path = folder + "/.kalmia-XXXXXX";
-  return mkdtemp(path.data()) == nullptr ? "" : path;
-}
-
-/// A folder of the library's temporary files while the object lives: its own, in the one that is named, so that
-/// whatever is in it goes with it, by a signal too. Where none can be made the library meets the same trouble, if it
-/// needs one.
-class TemporaryFolder {
- public:
-  explicit TemporaryFolder(const std::string& folder) {
-    if (const char* const before = std::getenv("TMPDIR")) before_ = before;
-    const DeadlineHold untilItIsNoted;
-    const std::string path = MakeFolderIn(folder);
-    if (path.empty()) return;
-    own_.emplace(path, TemporaryPath::Kind::FolderWithFiles);
-    setenv("TMPDIR", path.c_str(), 1);
-  }
-  ~TemporaryFolder() {
-    if (before_) {
-      setenv("TMPDIR", before_->c_str(), 1);
-    } else {
-      unsetenv("TMPDIR");
-    }
-  }
-  TemporaryFolder(const TemporaryFolder&) = delete;
-  TemporaryFolder& operator=(const TemporaryFolder&) = delete;
-
- private:
-  std::optional<std::string> before_;
-  std::optional<TemporaryPath> own_;
+/// Where temporary files are made.
+struct Folder {
+  std::string path;
+  std::string name;  ///< for messages
 };
 
-/// The cap on the distances in memory while the object lives.
-class MemorySetting {
- public:
-  explicit MemorySetting(const std::optional<std::uint64_t>& bytes) {
-    if (bytes) DendroGram::SetMaximumPairsInMemory(std::max<std::uint64_t>(*bytes / kBytesPerPair, 1));
+/// Throws BadFile if no temporary files can be made in the folder.
+void CheckFolder(const Folder& folder) {
+  const CString file = VexGetTempFileName(folder.path.c_str(), "kalmia", nullptr);
+  if (file == "") {
+    throw BadFile("cannot make temporary files in " + OneLine(folder.name) + ": " +
+                  std::generic_category().message(errno));
   }
-  ~MemorySetting() { DendroGram::SetMaximumPairsInMemory(0); }
-  MemorySetting(const MemorySetting&) = delete;
-  MemorySetting& operator=(const MemorySetting&) = delete;
-};
+  std::remove(file);
+}
 
-/// The library's questions while the object lives: a disk that is too small is refused, and nothing is printed.
+/// Answers the questions of a calculation: a disk that is too small is refused, and nothing is printed.
 class DiskDialogue : public UserComm {
  public:
-  DiskDialogue() { SetUserComm(this); }
-  ~DiskDialogue() override { SetUserComm(nullptr); }
-
   int Ask(const char* /*question*/, const char* /*message*/, const char* /*caption*/, int /*buttons*/) override {
     refused_ = true;
     return kGiveUp;
@@ -110,23 +68,26 @@ std::string DistancesText(int rows) {
 
 [[noreturn]] void FailForMemory(int rows) {
   throw BadData(DistancesText(rows) + " take " + BytesText(PairsOf(rows) * kBytesPerPair) +
-                ", more than there is memory for them; --method single can use the disk");
+                ", more than there is memory for them",
+                Remedy::TakeSingleLinkage);
 }
 
-[[noreturn]] void FailForSpace(const std::string& folder, int rows) {
-  CheckTemporaryFolder(folder);
+[[noreturn]] void FailForSpace(const Folder& folder, int rows) {
+  CheckFolder(folder);
   std::error_code ignored;
   throw BadFile(DistancesText(rows) + " take " + BytesText(PairsOf(rows) * kBytesPerPair * 2) +
-                " of temporary files, and " + OneLine(folder) + " has " +
-                BytesText(fs::space(folder, ignored).available) +
-                " free: name another folder with --temp, or give more --memory");
+                " of temporary files, and " + OneLine(folder.name) + " has " +
+                BytesText(fs::space(folder.path, ignored).available) +
+                " free",
+                Remedy::GiveMemoryOrFolder);
 }
 
-[[noreturn]] void FailForFiles(const std::string& folder, const NCError& error) {
-  CheckTemporaryFolder(folder);
-  throw BadFile("temporary files in " + OneLine(folder) +
-                " fail (the disk may be full, or there are too many: give more --memory): " +
-                OneLine(static_cast<const char*>(error.GetMessage())));
+[[noreturn]] void FailForFiles(const Folder& folder, const NCError& error) {
+  CheckFolder(folder);
+  throw BadFile("temporary files in " + OneLine(folder.name) +
+                " fail (the disk may be full, or there are too many of them): " +
+                    OneLine(static_cast<const char*>(error.GetMessage())),
+                Remedy::GiveMemory);
 }
 
 /// The rows that miss more than half of their cells; empty where there are none.
@@ -152,15 +113,6 @@ std::string RowsWithLittleInCommon(const ClusterData& data, const DendroGram::Co
 
 }  // namespace
 
-void CheckTemporaryFolder(const std::string& folder) {
-  const DeadlineHold untilItIsGone;
-  const std::string path = MakeFolderIn(folder);
-  if (path.empty()) {
-    throw BadFile("cannot make temporary files in " + OneLine(folder) + ": " + std::generic_category().message(errno));
-  }
-  rmdir(path.c_str());
-}
-
 std::string BytesText(std::uint64_t bytes) {
   const char* const units[] = {"bytes", "KiB", "MiB", "GiB", "TiB"};
   double size = static_cast<double>(bytes);
@@ -169,23 +121,25 @@ std::string BytesText(std::uint64_t bytes) {
   return Fixed(size, unit == 0 ? 0 : 1) + " " + units[unit];
 }
 
-OwnedTree BuildTree(const std::string& table, const ClusterData& data, const ClusterOptions& options,
+OwnedTree BuildTree(const std::string& table, const ClusterData& data, const ClusterRecipe& recipe,
                     NCProgress* progress, Notes* notes) {
   using namespace DendroGram;
-  const std::string folder = FolderFor(options);
-  const TemporaryFolder temporary(folder);
-  const MemorySetting memory(options.memory);
-  const DiskDialogue dialogue;
+  const std::string directory = recipe.temporaryFolder.empty() ? TemporaryDirectory() : recipe.temporaryFolder;
+  const Folder folder = {directory, recipe.temporaryFolderName.empty() ? directory : recipe.temporaryFolderName};
+  WorkProgress work(progress);
+  DiskDialogue dialogue;
+  const std::uint64_t pairs = recipe.memory ? std::max<std::uint64_t>(*recipe.memory / kBytesPerPair, 1) : 0;
+  const DistanceStorage storage({pairs, directory, &dialogue});
   // Its roots are on the scale of distances: for two rows it is their distance over the root of two.
   WardDistanceCalculator ward(WardDistanceCalculator::DistanceRootIncrease);
   SingleLinkageDistanceCalculator single;
   ClusterDistanceCalculator& calculator =
-      options.method == "ward" ? static_cast<ClusterDistanceCalculator&>(ward) : single;
+      recipe.method == "ward" ? static_cast<ClusterDistanceCalculator&>(ward) : single;
   try {
     OwnedTree tree(GetDendroGram(data.cells, calculator, progress, /*cache=*/nullptr));
     if (dialogue.UsesDisk()) {
       notes->Add(DistancesText(data.Rows()) + " found no room in memory and were kept in temporary files in " +
-                 OneLine(folder));
+                 OneLine(folder.name));
     }
     return tree;
   } catch (const ClusterAllocationError&) {
@@ -193,12 +147,11 @@ OwnedTree BuildTree(const std::string& table, const ClusterData& data, const Clu
   } catch (const CommonColumnsError& error) {
     throw BadData(table + ": " + RowsWithLittleInCommon(data, error));
   } catch (const NCError& error) {
-    StopIfInterrupted();
+    work.Ask();
     if (dialogue.Refused()) FailForSpace(folder, data.Rows());
     if (dialogue.UsesDisk()) FailForFiles(folder, error);
     const std::string rows = RowsWithHoles(data);
-    if (rows.empty()) throw;
-    throw BadData(table + ": " + rows);
+    throw BadData(table + ": " + (rows.empty() ? OneLine(static_cast<const char*>(error.GetMessage())) : rows));
   }
 }
 

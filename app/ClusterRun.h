@@ -8,14 +8,11 @@
 
 namespace kalmia::app {
 
-/// Throws BadFile if no temporary files can be made in the folder.
-void CheckTemporaryFolder(const std::string& folder);
-
 /// Clusters the rows. Keeps the distances in temporary files, with a note, where they find no room in memory; only
-/// single linkage can. The files lie in a folder of their own and are gone with it afterwards, whatever happens.
-/// Throws Failure: BadData rows with too many holes, too little memory for Ward; BadFile a folder of temporary files
-/// that is not there, cannot be written to, has too little room or fills up; Stopped on Ctrl-C.
-OwnedTree BuildTree(const std::string& table, const ClusterData& data, const ClusterOptions& options,
+/// single linkage can. The files are gone afterwards. `progress` may be null.
+/// Throws BadData: rows with too many holes, too little memory for Ward; BadFile: a folder of temporary files that is
+/// not there, cannot be written to, has too little room or fills up; Stopped where the bar wants to stop.
+OwnedTree BuildTree(const std::string& table, const ClusterData& data, const ClusterRecipe& recipe,
                     NCProgress* progress, Notes* notes);
 
 /// "5.7 MiB" and the like.

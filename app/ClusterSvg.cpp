@@ -1,8 +1,9 @@
+#include "app/ClusterSvg.h"
+
 #include <algorithm>
 #include <cmath>
 #include <unordered_map>
 
-#include "app/ClusterResult.h"
 #include "app/DisplayText.h"
 #include "app/Plot.h"
 #include "kalmia/cluster/DendroGramDrawer.h"

@@ -121,10 +121,10 @@ std::vector<float> HighestBelow(const std::vector<ClusterMerge>& merges) {
   return highest;
 }
 
-int KeptMerges(const std::vector<ClusterMerge>& merges, const ClusterOptions& options) {
-  if (options.cut > 0) return RowsOf(merges) - options.cut;
+int KeptMerges(const std::vector<ClusterMerge>& merges, const ClusterRecipe& recipe) {
+  if (recipe.cut > 0) return RowsOf(merges) - recipe.cut;
   const std::vector<float> highest = HighestBelow(merges);
-  const auto end = std::upper_bound(highest.begin(), highest.end(), static_cast<float>(*options.height));
+  const auto end = std::upper_bound(highest.begin(), highest.end(), static_cast<float>(*recipe.height));
   return static_cast<int>(end - highest.begin());
 }
 

@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "app/ClusterData.h"
-#include "app/ClusterOptions.h"
+#include "app/ClusterRecipe.h"
 #include "kalmia/cluster/DendroGramNode.h"
 #include "kalmia/support/NCProgress.h"
 
@@ -34,7 +34,7 @@ std::vector<float> HighestBelow(const std::vector<ClusterMerge>& merges);
 
 /// How many of the merges, from the first on, stay where a tree is cut into so many clusters, or at a height: the
 /// latter keeps the clusters in which no merge is higher.
-int KeptMerges(const std::vector<ClusterMerge>& merges, const ClusterOptions& options);
+int KeptMerges(const std::vector<ClusterMerge>& merges, const ClusterRecipe& recipe);
 
 /// The cluster of each row, from 1 in the order of their first rows, where only the first `kept` merges are made.
 std::vector<int> ClustersOfRows(const std::vector<ClusterMerge>& merges, int kept);

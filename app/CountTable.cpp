@@ -21,9 +21,11 @@ constexpr float kExactFloats = 16777216.0F;  ///< 2^24: larger whole numbers may
   throw BadData(table.Name() + ": " + message);
 }
 
-[[noreturn]] void RefuseCell(const CsvTable& table, int row, int column, const std::string& what) {
-  Refuse(table, table.RowPlace(row) + ", column " + Quoted(table.ColumnNames()[static_cast<std::size_t>(column)]) +
-                    ": " + what);
+[[noreturn]] void RefuseCell(const CsvTable& table, int row, int column, const std::string& what,
+                             Remedy remedy = Remedy::None) {
+  const std::string& name = table.ColumnNames()[static_cast<std::size_t>(column)];
+  throw BadData(table.Name() + ": " + table.RowPlace(row) + ", column " + Quoted(name) + ": " + what, remedy,
+                {row + 1, name, table.Cell(row, column)});
 }
 
 /// Digits alone are read as they are; other forms of a whole number ("3.0", "1e3") while single precision is exact.
@@ -36,7 +38,7 @@ std::int64_t ReadCount(const CsvTable& table, int row, int column, const std::st
   if (cell.kind == CellKind::Missing) RefuseCell(table, row, column, "a count is missing");
   if (cell.kind == CellKind::Infinite) RefuseCell(table, row, column, quoted + " is infinite");
   if (cell.kind == CellKind::Word) {
-    RefuseCell(table, row, column, quoted + " is not a number" + MissingWordsHint(table));
+    RefuseCell(table, row, column, quoted + " is not a number" + MissingWordsHint(table), Remedy::NameMissingWords);
   }
   if (cell.kind == CellKind::TooLarge) RefuseCell(table, row, column, quoted + " is too large for a count");
   if (value < 0.0F) RefuseCell(table, row, column, "the count " + quoted + " is negative");

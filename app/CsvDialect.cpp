@@ -83,7 +83,7 @@ class FormatFinder {
     if (!separator) return;
     if (*separator == format_.comment) {
       Refuse(name_ + ": line " + std::to_string(place.line) + " says that " + Quoted(std::string(1, *separator)) +
-             " separates the columns, and --comment that it begins comments");
+             " separates the columns, but it is to begin comments");
     }
     hasComments_ = !IsBlank(text_.substr(format_.begin, place.at - format_.begin));
     namesSeparator_ = true;

@@ -155,14 +155,16 @@ void CsvTable::RefuseRow(std::size_t row) const {
   const std::vector<std::string> fields = ContentsOf(Text(), places);
   const bool tooMany = format_.separator == ',' && fields.size() > columnNames_.size();
   std::string hint;
+  Remedy remedy = Remedy::None;
   if (tooMany && MayBeNumbersCutAtCommas(fields)) {
     hint = "; if the numbers have decimal commas, separate the columns by ; or tabs";
   } else if (columnNames_.size() == 1 && fields.size() > 1) {
-    hint = "; if there are lines above the header, leave them out by --skip-lines or --comment";
+    hint = "; if there are lines above the header";
+    remedy = Remedy::LeaveOutLinesAbove;
   }
-  Refuse(name_ + ": " + RowPlace(static_cast<int>(row)) + " has " + Counted(fields.size(), "field") +
-         ", the header has " + std::to_string(columnNames_.size()) +
-         hint);
+  throw BadData(name_ + ": " + RowPlace(static_cast<int>(row)) + " has " + Counted(fields.size(), "field") +
+                    ", the header has " + std::to_string(columnNames_.size()) + hint,
+                remedy, {static_cast<int>(row) + 1});
 }
 
 }  // namespace kalmia::app

@@ -4,8 +4,7 @@
 #include <sstream>
 
 #include "app/Failure.h"
-#include "app/ModelEntries.h"
-#include "kalmia/support/MD5.h"
+#include "app/Bytes.h"
 
 namespace kalmia::app {
 
@@ -34,13 +33,6 @@ bool EndWithinMagic(std::string_view bytes) {
     if (isBeginning && !bytes.empty()) return true;
   }
   return false;
-}
-
-std::string Checksum(std::string_view bytes) {
-  MD5 md5;
-  md5.Update(bytes.data(), bytes.size());
-  md5.Finalize();
-  return md5.GetDigest();
 }
 
 std::string FramedBytes(const FileKind& kind, const std::string& content) {
@@ -84,7 +76,5 @@ FramedContent ReadFrame(const FileKind& kind, std::string_view bytes, const std:
   if (Checksum(content) != bytes.substr(start - kDigits, kDigits)) Refuse(damaged + "its checksum does not match");
   return {version, content};
 }
-
-void RefuseParts(const std::string& name) { Refuse(name + " is damaged: its parts do not fit together"); }
 
 }  // namespace kalmia::app

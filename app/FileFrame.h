@@ -3,6 +3,8 @@
 #include <string>
 #include <string_view>
 
+#include "app/StoredModel.h"
+
 namespace kalmia::app {
 
 // What all binary files of the command have around their content: magic, version, length and checksum of the content.
@@ -16,7 +18,7 @@ struct FileKind {
   std::string_view nameOfKind;  ///< and the file: "model file"
 };
 
-inline constexpr FileKind kModelFile{"\x8BKALMIA\n", 3, "Kalmia model", "model file"};
+inline constexpr FileKind kModelFile{"\x8BKALMIA\n", kModelVersion, "Kalmia model", "model file"};
 inline constexpr FileKind kStepsFile{"\x8BKALMST\n", 1, "chain of preprocessing steps", "steps file"};
 inline constexpr FileKind kOPLSCvFile{"\x8BKALMCV\n", 1, "cross-validation of kalmia opls", "cross-validation file"};
 
@@ -33,17 +35,11 @@ struct FramedContent {
   std::string_view bytes;
 };
 
-/// The MD5 of the bytes, 32 lower-case hexadecimals.
-std::string Checksum(std::string_view bytes);
-
 /// The bytes of a file.
 std::string FramedBytes(const FileKind& kind, const std::string& content);
 
 /// Its content again, a part of `bytes`. Throws BadFile: another file, cut, damaged, or of a newer version;
 /// `name` is how messages call the file.
 FramedContent ReadFrame(const FileKind& kind, std::string_view bytes, const std::string& name);
-
-/// Throws BadFile for content that no writing has made.
-[[noreturn]] void RefuseParts(const std::string& name);
 
 }  // namespace kalmia::app

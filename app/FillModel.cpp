@@ -9,6 +9,7 @@
 #include "app/DisplayText.h"
 #include "app/Scaling.h"
 #include "app/WorkProgress.h"
+#include "app/Prediction.h"
 #include "kalmia/containers/Missing.h"
 #include "kalmia/pcapls/NCPCA.h"
 #include "kalmia/support/NCError.h"

@@ -127,7 +127,7 @@ FillOutcome ComputeFill(const CsvTable& table, const FillRecipe& recipe, Notes* 
 }
 
 std::string FilledText(const CsvTable& table, const FillOutcome& outcome, const std::string& id,
-                       const CsvMarkOptions& marks, Notes* notes, NCProgress* progress) {
+                       const AskedMarks& marks, Notes* notes, NCProgress* progress) {
   std::vector<int> matrixColumn(static_cast<std::size_t>(table.Columns()), 0);  // from 1; 0: not filled
   for (std::size_t c = 0; c < outcome.columns.size(); ++c) {
     matrixColumn[static_cast<std::size_t>(outcome.columns[c])] = static_cast<int>(c) + 1;

@@ -40,6 +40,6 @@ FillOutcome ComputeFill(const CsvTable& table, const FillRecipe& recipe, Notes* 
 /// The text of the table with the filled cells in it, as WithNewCells writes it, with its note. `id` is that of the
 /// recipe.
 std::string FilledText(const CsvTable& table, const FillOutcome& outcome, const std::string& id,
-                       const CsvMarkOptions& marks, Notes* notes, NCProgress* progress);
+                       const AskedMarks& marks, Notes* notes, NCProgress* progress);
 
 }  // namespace kalmia::app

@@ -128,9 +128,8 @@ Json ModelJson(const FilledColumns& filled) {
 
 }  // namespace
 
-std::string FillText(const CsvTable& table, const FillOutcome& outcome, const FillOptions& options) {
-  const std::string& out = options.out;
-  const std::string hasAll = options.csvMarks.Given() ? " holds the same cells" : " is the same";
+std::string FillText(const CsvTable& table, const FillOutcome& outcome, const std::string& out, bool anew) {
+  const std::string hasAll = anew ? " holds the same cells" : " is the same";
   std::string text = outcome.missing == 0
                          ? "No cell of " + table.Name() + " is missing; " + OneLine(out) + hasAll + "\n"
                          : "Filled " + std::to_string(outcome.filledCells) + " of " +

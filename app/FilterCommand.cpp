@@ -12,6 +12,7 @@
 #include "app/OutputFiles.h"
 #include "app/OutputPlaces.h"
 #include "app/ReadTable.h"
+#include "app/Options.h"
 
 namespace kalmia::app {
 
@@ -38,6 +39,7 @@ FilterOutcome Compute(const CsvTable& table, const FilterOptions& options, Notes
   if (options.model.empty()) return MakeFilter(table, options.recipe, notes, progress);
   FilterOutcome outcome;
   outcome.filter = ReadFilter(options.model);
+  outcome.source = InputName(options.model);
   outcome.filtered = ApplyFilter(outcome.filter, table, notes, progress);
   return outcome;
 }
@@ -47,14 +49,15 @@ FilterOutcome Compute(const CsvTable& table, const FilterOptions& options, Notes
 std::string RunCommand(const FilterOptions& options, Notes* notes) {
   CheckFiles(options);
   const CsvTable table = ReadTable(options.table, options.reading);
-  NoteDecimalsThatGiveWay(options.csvMarks, table, notes);
+  NoteDecimalsThatGiveWay(options.csvMarks.Asked(), table, notes);
   TerminalBar bar;
   const FilterOutcome outcome = Compute(table, options, notes, bar.Get());
   OutputFiles files;
-  files.Stage(options.out, FilteredText(table, outcome, options.csvMarks, notes, bar.Get()));
+  files.Stage(options.out, FilteredText(table, outcome, options.csvMarks.Asked(), notes, bar.Get()));
   if (!options.save.empty()) files.Stage(options.save, ModelFileBytes(outcome.filter));
   files.Commit();
-  return options.json ? FilterJson(table, outcome, options, *notes) : FilterText(table, outcome, options);
+  const FilterFiles written = {options.out, options.save};
+  return options.json ? FilterJson(table, outcome, written, *notes) : FilterText(table, outcome, written);
 }
 
 }  // namespace kalmia::app

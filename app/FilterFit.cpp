@@ -5,6 +5,7 @@
 #include "app/DisplayText.h"
 #include "app/Failure.h"
 #include "app/WorkProgress.h"
+#include "app/Prediction.h"
 #include "kalmia/support/NCError.h"
 
 namespace kalmia::app {

@@ -105,7 +105,7 @@ FilteredTable ApplyFilter(const StoredFilter& filter, const CsvTable& table, Not
   return filtered;
 }
 
-std::string FilteredText(const CsvTable& table, const FilterOutcome& outcome, const CsvMarkOptions& marks,
+std::string FilteredText(const CsvTable& table, const FilterOutcome& outcome, const AskedMarks& marks,
                          Notes* notes, NCProgress* progress) {
   const StoredFilter& filter = outcome.filter;
   const FilteredTable& filtered = outcome.filtered;

@@ -23,6 +23,7 @@ struct FilteredTable {
 /// A filter, and what it makes of a table.
 struct FilterOutcome {
   StoredFilter filter;
+  std::string source;      ///< how messages call the file of a stored filter; empty for one just made
   std::string endedEarly;  ///< why a filter just made has fewer components than asked for; or empty
   FilteredTable filtered;
 };
@@ -39,7 +40,7 @@ FilteredTable ApplyFilter(const StoredFilter& filter, const CsvTable& table, Not
 
 /// The text of the table with the filtered cells in it, as WithNewCells writes it, with its note; a missing cell stays
 /// as it is.
-std::string FilteredText(const CsvTable& table, const FilterOutcome& outcome, const CsvMarkOptions& marks,
+std::string FilteredText(const CsvTable& table, const FilterOutcome& outcome, const AskedMarks& marks,
                          Notes* notes, NCProgress* progress);
 
 }  // namespace kalmia::app

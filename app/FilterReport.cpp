@@ -1,11 +1,10 @@
 #include "app/FilterReport.h"
 
 #include "app/DisplayText.h"
-#include "app/InputFile.h"
 #include "app/Numbers.h"
-#include "app/OutputPlaces.h"
 #include "app/Scaling.h"
 #include "app/TextTable.h"
+#include "app/WrittenFiles.h"
 
 namespace kalmia::app {
 
@@ -42,26 +41,26 @@ Json FilterComponentJson(const std::vector<FilterComponentRecord>& components) {
   return list;
 }
 
-std::string FilterText(const CsvTable& table, const FilterOutcome& outcome, const FilterOptions& options) {
+std::string FilterText(const CsvTable& table, const FilterOutcome& outcome, const FilterFiles& files) {
   const StoredFilter& filter = outcome.filter;
   const std::string early = outcome.endedEarly.empty() ? "" : "No further component: " + outcome.endedEarly + ".\n";
-  std::vector<FilePlace> written = {{"--out", options.out}};
-  if (!options.save.empty()) written.push_back({"--save", options.save});
+  std::vector<std::string> written = {files.out};
+  if (!files.saved.empty()) written.push_back(files.saved);
   return "Taken out of X, " + Counted(filter.xNames.size(), "column") + " of " + table.Name() + ", " +
          Counted(static_cast<std::size_t>(table.Rows()), "row") + ": what has nothing to do with " +
          Listed(filter.yNames) + "\nX " + ScalingText(filter.scaling) +
-         (options.model.empty() ? "" : "; the filter of " + InputName(options.model)) + "\n\n" +
+         (outcome.source.empty() ? "" : "; the filter of " + outcome.source) + "\n\n" +
          FilterComponentText(filter.components) + early + "\n" + Share(outcome.filtered.removed) +
          " of the sum of squares of X is taken out of these rows.\n" + WrittenText(written);
 }
 
-std::string FilterJson(const CsvTable& table, const FilterOutcome& outcome, const FilterOptions& options,
+std::string FilterJson(const CsvTable& table, const FilterOutcome& outcome, const FilterFiles& files,
                        const Notes& notes) {
   const StoredFilter& filter = outcome.filter;
   Json json = JsonHeader("kalmia-filter");
   json["table"] = table.Name();
   json["rows"] = table.Rows();
-  json["model"] = options.model.empty() ? Json(nullptr) : Json(InputName(options.model));
+  json["model"] = outcome.source.empty() ? Json(nullptr) : Json(outcome.source);
   json["scaling"] = ScalingWord(filter.scaling);
   json["x"] = filter.xNames;
   json["y"] = filter.yNames;
@@ -69,8 +68,8 @@ std::string FilterJson(const CsvTable& table, const FilterOutcome& outcome, cons
   json["components"] = FilterComponentJson(filter.components);
   json["endedEarly"] = outcome.endedEarly.empty() ? Json(nullptr) : Json(outcome.endedEarly);
   json["removed"] = JsonNumber(outcome.filtered.removed);
-  json["out"] = options.out;
-  json["saved"] = options.save.empty() ? Json(nullptr) : Json(options.save);
+  json["out"] = files.out;
+  json["saved"] = files.saved.empty() ? Json(nullptr) : Json(files.saved);
   json["notes"] = notes.Lines();
   return JsonText(json);
 }

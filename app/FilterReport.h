@@ -8,7 +8,6 @@
 #include "app/FilterOutcome.h"
 #include "app/Json.h"
 #include "app/Notes.h"
-#include "app/Options.h"
 
 namespace kalmia::app {
 
@@ -16,10 +15,16 @@ namespace kalmia::app {
 std::string FilterComponentText(const std::vector<FilterComponentRecord>& components);
 Json FilterComponentJson(const std::vector<FilterComponentRecord>& components);
 
+/// The files that a filter and the filtered table are written to.
+struct FilterFiles {
+  std::string out;
+  std::string saved;  ///< empty if the filter is not stored
+};
+
 /// What `kalmia filter` prints, with a filter just made and with a stored one.
-std::string FilterText(const CsvTable& table, const FilterOutcome& outcome, const FilterOptions& options);
+std::string FilterText(const CsvTable& table, const FilterOutcome& outcome, const FilterFiles& files);
 /// The same as JSON, format kalmia-filter.
-std::string FilterJson(const CsvTable& table, const FilterOutcome& outcome, const FilterOptions& options,
+std::string FilterJson(const CsvTable& table, const FilterOutcome& outcome, const FilterFiles& files,
                        const Notes& notes);
 
 }  // namespace kalmia::app

@@ -4,6 +4,7 @@
 
 #include "app/DisplayText.h"
 #include "app/OutputFiles.h"
+#include "app/ReadSteps.h"
 #include "app/OutputPlaces.h"
 #include "app/WorkProgress.h"
 
@@ -48,17 +49,6 @@ FitFiles WriteFitFiles(const FitOptions& options, const std::function<std::strin
   }
   files.Commit();
   return written;
-}
-
-std::string WrittenText(const FitFiles& files) {
-  std::string text;
-  if (!files.saved.empty()) text += "\nSaved the model as " + OneLine(files.saved) + "\n";
-  if (!files.savedCv.empty()) text += "\nSaved the cross-validation as " + OneLine(files.savedCv) + "\n";
-  if (files.csv.empty()) return text;
-  std::vector<std::string> names;
-  for (const std::string& path : files.csv) names.push_back(fs::path(path).filename().string());
-  const std::string folder = fs::path(files.csv.front()).parent_path().string();
-  return text + "\nWrote " + Counted(names.size(), "file") + " into " + OneLine(folder) + ": " + Listed(names) + "\n";
 }
 
 }  // namespace kalmia::app

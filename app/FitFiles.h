@@ -7,17 +7,11 @@
 
 #include "app/CsvText.h"
 #include "app/Options.h"
-#include "app/StepChainFile.h"
+#include "app/GivenSteps.h"
+#include "app/WrittenFiles.h"
 #include "kalmia/support/NCProgress.h"
 
 namespace kalmia::app {
-
-/// Names of the files that a fit has written.
-struct FitFiles {
-  std::string saved;             ///< the stored model; empty if there is none
-  std::string savedCv;           ///< the cross-validation to go on from; empty if there is none
-  std::vector<std::string> csv;  ///< with the folder
-};
 
 /// A cross-validation to be stored, of the kinds of model that can go on from one.
 struct CrossValidationOutput {
@@ -38,8 +32,5 @@ std::optional<GivenSteps> ReadFitSteps(const FitOptions& options);
 FitFiles WriteFitFiles(const FitOptions& options, const std::function<std::string()>& modelBytes,
                        const std::function<std::vector<CsvFile>()>& csvFiles, NCProgress* progress,
                        const CrossValidationOutput& crossValidation = {});
-
-/// "Saved the model as ...", "Wrote 11 files into ...", each after an empty line; empty where nothing was written.
-std::string WrittenText(const FitFiles& files);
 
 }  // namespace kalmia::app

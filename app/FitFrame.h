@@ -28,7 +28,7 @@ auto FitOrNameLeftOut(const ModelData& data, const Fit& fit) {
   } catch (const BadData& failure) {
     const std::string leftOut = LeftOutText(data);
     if (leftOut.empty()) throw;
-    throw BadData(std::string(failure.what()) + "; left out of X: " + leftOut);
+    throw BadData(std::string(failure.what()) + "; left out of X: " + leftOut, failure.WhatHelps(), failure.Place());
   }
 }
 

@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "app/StepChainFile.h"
+#include "app/GivenSteps.h"
 #include "kalmia/pcapls/NCScale.h"
 
 namespace kalmia::app {

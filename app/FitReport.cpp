@@ -4,6 +4,7 @@
 #include "app/Numbers.h"
 #include "app/Scaling.h"
 #include "app/StepChainReport.h"
+#include "app/TableJson.h"
 
 namespace kalmia::app {
 
@@ -58,12 +59,6 @@ void AddFilesJson(const FitFiles& files, const Notes& notes, Json* json) {
   (*json)["saved"] = files.saved.empty() ? Json(nullptr) : Json(files.saved);
   (*json)["csvFiles"] = files.csv;
   (*json)["notes"] = notes.Lines();
-}
-
-void NoteIterations(std::size_t component, int iterations, int limit, Notes* notes) {
-  if (iterations < limit) return;
-  notes->Add("component " + std::to_string(component) + " was still moving after " + std::to_string(limit) +
-             " iterations and is taken as it then was");
 }
 
 }  // namespace kalmia::app

@@ -4,7 +4,7 @@
 #include <vector>
 
 #include "app/CsvTable.h"
-#include "app/FitFiles.h"
+#include "app/WrittenFiles.h"
 #include "app/Json.h"
 #include "app/ModelData.h"
 #include "app/Notes.h"
@@ -25,8 +25,5 @@ void AddDataJson(const CsvTable& table, const ModelData& data, const ModelFrame&
 
 /// The last fields: the files written, and the notes.
 void AddFilesJson(const FitFiles& files, const Notes& notes, Json* json);
-
-/// Notes a component (from 1) whose iterations ended at the limit.
-void NoteIterations(std::size_t component, int iterations, int limit, Notes* notes);
 
 }  // namespace kalmia::app

@@ -3,6 +3,7 @@
 #include <limits>
 
 #include "app/Failure.h"
+#include "app/Prediction.h"
 #include "kalmia/containers/Missing.h"
 
 namespace kalmia::app {
@@ -32,7 +33,7 @@ std::string ComponentText(int component) { return "component " + std::to_string(
 
 std::string ReasonToEnd(const FitRules& rules, int component, const std::string& reason, const std::string& whose) {
   if (component > 1) return reason;
-  const std::string hint = " (or " + whose + " numbers are too small; try --scale uv)";
+  const std::string hint = " (or " + whose + " numbers are too small; try scaling to unit variance)";
   const std::string text = reason + (rules.unitVariance ? "" : hint);
   if (!rules.stopAtFirstFailure) throw BadData("no component can be computed: " + text);
   return text;
@@ -52,6 +53,12 @@ double DescribedShareOfColumn(const NCDataMatrix<float>& table, const NCDataMatr
   SumsOfSquares sums;
   for (int r = 1; r <= table.SizeRows(); ++r) sums.Add(table[r][c], residual[r][c]);
   return sums.Described();
+}
+
+void NoteIterations(std::size_t component, int iterations, Notes* notes) {
+  if (iterations < kMaxIterations) return;
+  notes->Add("component " + std::to_string(component) + " was still moving after " + std::to_string(kMaxIterations) +
+             " iterations and is taken as it then was");
 }
 
 NCDataMatrix<float> WithoutLastRow(const NCDataMatrix<float>* prim) {

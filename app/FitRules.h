@@ -1,16 +1,15 @@
 #pragma once
 
+#include <cstddef>
 #include <string>
 
+#include "app/Notes.h"
 #include "kalmia/containers/NCDataMatrix.h"
 #include "kalmia/containers/NCDataVector.h"
 
 namespace kalmia::app {
 
 // How components are extracted, one after the other, whatever the kind of model.
-
-/// Rounds of one component at most.
-constexpr int kMaxIterations = 500;
 
 /// What is left of X, as a share of its sum of squares, below which there is nothing but the rounding of float cells:
 /// some 2^-24 of each, squared.
@@ -38,6 +37,9 @@ std::string ReasonToEnd(const FitRules& rules, int component, const std::string&
 double DescribedShare(const NCDataMatrix<float>& table, const NCDataMatrix<float>& residual);
 /// The same of column c, from 1.
 double DescribedShareOfColumn(const NCDataMatrix<float>& table, const NCDataMatrix<float>& residual, int c);
+
+/// Notes a component (from 1) whose iterations ended at the limit.
+void NoteIterations(std::size_t component, int iterations, Notes* notes);
 
 /// The matrix without its last row: a model's matrix without its newest component.
 NCDataMatrix<float> WithoutLastRow(const NCDataMatrix<float>* prim);

@@ -27,7 +27,7 @@ std::string RunCommand(const HistogramOptions& options, Notes* notes) {
   TerminalBar bar;
   const HistogramResult histogram = ComputeHistogram(table, options.column, notes, bar.Get());
   OutputFiles files;
-  if (!options.csv.empty()) files.Stage(options.csv, HistogramCsv(histogram, MarksOf(options.csvMarks)));
+  if (!options.csv.empty()) files.Stage(options.csv, HistogramCsv(histogram, MarksOf(options.csvMarks.Asked())));
   if (!options.svg.empty()) files.Stage(options.svg, HistogramSvg(histogram, options.texts));
   files.Commit();
   return options.json ? HistogramJson(histogram, *notes) : HistogramText(histogram) + WrittenText(OutputsOf(options));

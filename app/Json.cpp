@@ -2,21 +2,12 @@
 
 #include <cmath>
 
-#include "app/CsvTable.h"
 #include "app/Version.h"
 
 namespace kalmia::app {
 
 Json JsonHeader(const std::string& format) {
   return {{"format", format}, {"formatVersion", kJsonVersion}, {"kalmia", kVersion}};
-}
-
-Json TableJson(const CsvTable& table) {
-  return {{"file", table.Name()},
-          {"rows", table.Rows()},
-          {"columns", table.Columns()},
-          {"separator", std::string(1, table.Separator())},
-          {"decimal", table.DecimalComma() ? "," : "."}};
 }
 
 Json JsonNumber(double value) { return std::isfinite(value) ? Json(value) : Json(nullptr); }

@@ -5,8 +5,6 @@
 
 namespace kalmia::app {
 
-class CsvTable;
-
 using Json = nlohmann::ordered_json;
 
 /// Version of the JSON forms, which docs/schema describes. It changes when a field goes or changes its meaning, not
@@ -15,9 +13,6 @@ constexpr int kJsonVersion = 1;
 
 /// The fields that every output begins with; `format` is the name of one of the schemas: kalmia-pls, kalmia-pca...
 Json JsonHeader(const std::string& format);
-
-/// What was read: file, rows, columns, separator, decimal mark.
-Json TableJson(const CsvTable& table);
 
 /// The number, or null for what is no finite number.
 Json JsonNumber(double value);

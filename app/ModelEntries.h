@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "app/StoredModel.h"
+#include "app/Bytes.h"
 #include "kalmia/support/VexStream.h"
 
 namespace kalmia::app {
@@ -28,14 +29,7 @@ enum Entry : unsigned short {
   Entries
 };
 
-void WriteInteger(int value, std::ostream& stream);
-void WriteDoubles(const std::vector<double>& values, std::ostream& stream);
-void WriteNames(const std::vector<std::string>& names, std::ostream& stream);
-bool ReadInteger(int* value, std::istream& stream);
-bool ReadDouble(double* value, std::istream& stream);
-bool ReadText(std::string* text, std::istream& stream);
-/// Names behind their count; and those in an entry.
-bool ReadNames(std::istream& stream, std::vector<std::string>* names);
+/// Names in an entry.
 bool ReadNames(unsigned short entry, InputStreamDirectory* directory, std::vector<std::string>* names);
 /// Records behind their count; read(record, stream) reads one, and is false where it is none.
 template <class Record, class Read>

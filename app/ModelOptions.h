@@ -4,9 +4,8 @@
 #include <string>
 #include <vector>
 
-#include "app/CsvMarks.h"
 #include "app/FitRecipes.h"
-#include "app/ReadOptions.h"
+#include "app/TableOptions.h"
 
 namespace kalmia::app {
 

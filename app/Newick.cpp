@@ -1,7 +1,8 @@
 // The Newick format: https://phylipweb.github.io/phylip/newicktree.html
+#include "app/Newick.h"
+
 #include <algorithm>
 
-#include "app/ClusterResult.h"
 #include "app/DisplayText.h"
 #include "app/Numbers.h"
 

@@ -81,9 +81,9 @@ class Selection {
 
   void PairRowsByPlace() {
     if (xTable_.Rows() != yTable_.Rows()) {
-      Refuse(xTable_, "there are " + Counted(static_cast<std::size_t>(xTable_.Rows()), "row") + ", but " +
-                          std::to_string(yTable_.Rows()) + " in " + yTable_.Name() +
-                          ": give --id to match rows by name");
+      throw BadData(xTable_.Name() + ": there are " + Counted(static_cast<std::size_t>(xTable_.Rows()), "row") +
+                        ", but " + std::to_string(yTable_.Rows()) + " in " + yTable_.Name(),
+                    Remedy::NameRows);
     }
     for (int row = 0; row < xTable_.Rows(); ++row) {
       rows_.x.push_back(row);
@@ -229,8 +229,8 @@ class Selection {
     const std::string shared = SharedColumnsText(pair_.x, pair_.y);
     if (shared.empty()) return;
     throw BadData(xTable_.Name() + " and " + yTable_.Name() +
-                  ": the same column is in both blocks, which would predict it from itself: " + shared +
-                  "; choose other columns by --x and --y, or name the rows by --id");
+                      ": the same column is in both blocks, which would predict it from itself: " + shared,
+                  Remedy::ChooseColumnsOrNameRows);
   }
 
   void RefuseHoles() const {
@@ -243,9 +243,10 @@ class Selection {
     for (std::size_t r = 0; r < rows.size(); ++r)
       for (std::size_t c = 0; c < block.names.size(); ++c) {
         if (block.cells[static_cast<int>(r) + 1][static_cast<int>(c) + 1] != kMissingCell<float>) continue;
-        Refuse(table, table.RowPlace(rows[r]) + ", column " + Quoted(block.names[c]) + ": a cell is missing, one of " +
-                          std::to_string(missing) +
-                          " in both blocks; O2PLS takes complete blocks, and --fill estimates what is missing");
+        throw BadData(table.Name() + ": " + table.RowPlace(rows[r]) + ", column " + Quoted(block.names[c]) +
+                          ": a cell is missing, one of " + std::to_string(missing) +
+                          " in both blocks; O2PLS takes complete blocks",
+                      Remedy::FillHoles, {rows[r] + 1, block.names[c]});
       }
   }
 

@@ -41,7 +41,7 @@ std::string RunCommand(const O2PLSOptions& options, Notes* notes) {
   if (outcome.AnyKept()) {
     files = WriteFitFiles(
         options, [&] { return ModelFileBytes(outcome.model); },
-        [&] { return O2PLSCsvFiles(outcome, MarksOf(options.csvMarks)); }, bar.Get());
+        [&] { return O2PLSCsvFiles(outcome, MarksOf(options.csvMarks.Asked())); }, bar.Get());
   }
   return options.json ? O2PLSJson(outcome, *notes, files) : O2PLSText(outcome, files);
 }

@@ -9,6 +9,7 @@
 #include "app/FitRules.h"
 #include "app/Numbers.h"
 #include "app/WorkProgress.h"
+#include "app/Prediction.h"
 #include "kalmia/o2pls/NCO2PLS.h"
 #include "kalmia/o2pls/O2PLSCrossValidation.h"
 #include "kalmia/support/NCError.h"
@@ -168,7 +169,7 @@ class Fitting {
 
   [[noreturn]] static void RefuseWithoutJoint() {
     Refuse("cross-validation: a joint component cannot be computed in every round (or the numbers are too large or too "
-           "small; try --scale uv)");
+           "small; try scaling to unit variance)");
   }
 
   void NoteWhatWasNotJudged() {

@@ -41,7 +41,7 @@ std::string RunCommand(const OPLSOptions& options, Notes* notes) {
   const OPLSOutcome outcome = ComputeOPLS(table, recipe, resumed ? &*resumed : nullptr, notes, bar.Get());
   const FitFiles files = WriteFitFiles(
       options, [&] { return ModelFileBytes(outcome.model); },
-      [&] { return OPLSCsvFiles(outcome, MarksOf(options.csvMarks)); }, bar.Get(),
+      [&] { return OPLSCsvFiles(outcome, MarksOf(options.csvMarks.Asked())); }, bar.Get(),
       {options.saveCv, [&outcome] { return OPLSCvFileBytes(outcome.validation); }});
   if (!files.csv.empty()) NoteNoDistances(outcome.model, outcome.model.Components(), notes);
   return options.json ? OPLSJson(table, outcome, *notes, files) : OPLSText(outcome, files);

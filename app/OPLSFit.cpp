@@ -5,9 +5,10 @@
 
 #include "app/DisplayText.h"
 #include "app/Failure.h"
-#include "app/FileFrame.h"
+#include "app/Bytes.h"
 #include "app/Numbers.h"
 #include "app/WorkProgress.h"
+#include "app/Prediction.h"
 #include "kalmia/opls/NCOPLS.h"
 #include "kalmia/opls/OPLSCrossValidation.h"
 #include "kalmia/support/NCError.h"

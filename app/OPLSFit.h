@@ -6,7 +6,7 @@
 
 #include "app/ComponentRecord.h"
 #include "app/FitRules.h"
-#include "app/OPLSCvFile.h"
+#include "app/OPLSValidation.h"
 #include "app/StoredModel.h"
 #include "kalmia/containers/NCDataMatrix.h"
 #include "kalmia/containers/NCIntegralVector.h"

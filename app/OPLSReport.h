@@ -3,7 +3,7 @@
 #include <string>
 
 #include "app/CsvTable.h"
-#include "app/FitFiles.h"
+#include "app/WrittenFiles.h"
 #include "app/Notes.h"
 #include "app/OPLSOutcome.h"
 

@@ -6,7 +6,7 @@
 #include "app/ClusterOptions.h"
 #include "app/ModelOptions.h"
 #include "app/PreprocessOptions.h"
-#include "app/ReadOptions.h"
+#include "app/TableOptions.h"
 #include "app/StatisticsOptions.h"
 
 namespace kalmia::app {

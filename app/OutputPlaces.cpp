@@ -10,6 +10,7 @@
 #include "app/DisplayText.h"
 #include "app/Failure.h"
 #include "app/OutputFiles.h"
+#include "app/WrittenFiles.h"
 
 namespace kalmia::app {
 
@@ -99,11 +100,13 @@ void TryOutputs(const std::vector<FilePlace>& outputs) {
   for (const FilePlace& output : outputs) trial.Stage(output.path, "");
 }
 
-std::string WrittenText(const std::vector<FilePlace>& outputs) {
-  std::string text;
-  for (const FilePlace& place : outputs) text += "Wrote " + OneLine(place.path) + "\n";
-  return text.empty() ? "" : "\n" + text;
+std::vector<std::string> PathsOf(const std::vector<FilePlace>& places) {
+  std::vector<std::string> paths;
+  for (const FilePlace& place : places) paths.push_back(place.path);
+  return paths;
 }
+
+std::string WrittenText(const std::vector<FilePlace>& outputs) { return WrittenText(PathsOf(outputs)); }
 
 std::vector<FilePlace> PlacesInCsvFolder(const std::string& folder, const std::vector<std::string>& names) {
   std::vector<FilePlace> places;

@@ -28,6 +28,8 @@ void RefuseToOverwrite(const std::vector<FilePlace>& inputs, const std::vector<F
 /// Throws BadFile that names the file or the folder.
 void TryOutputs(const std::vector<FilePlace>& outputs);
 
+std::vector<std::string> PathsOf(const std::vector<FilePlace>& places);
+
 /// "Wrote ...", a line for each after an empty line; empty where there are none.
 std::string WrittenText(const std::vector<FilePlace>& outputs);
 

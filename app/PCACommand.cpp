@@ -21,7 +21,7 @@ std::string RunCommand(const PCAOptions& options, Notes* notes) {
   if (outcome.AnyKept()) {
     files = WriteFitFiles(
         options, [&] { return ModelFileBytes(outcome.model); },
-        [&] { return PCACsvFiles(outcome, MarksOf(options.csvMarks)); }, bar.Get());
+        [&] { return PCACsvFiles(outcome, MarksOf(options.csvMarks.Asked())); }, bar.Get());
     if (!files.csv.empty()) NoteNoDistances(outcome.model, outcome.model.Components(), notes);
   }
   return options.json ? PCAJson(table, outcome, *notes, files) : PCAText(outcome, files);

@@ -6,6 +6,7 @@
 #include "app/DisplayText.h"
 #include "app/Numbers.h"
 #include "app/WorkProgress.h"
+#include "app/Prediction.h"
 #include "kalmia/pcapls/NCComponentValidator.h"
 #include "kalmia/pcapls/PCACrossValidation.h"
 #include "kalmia/support/NCError.h"

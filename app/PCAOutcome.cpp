@@ -4,9 +4,9 @@
 
 #include "app/DisplayText.h"
 #include "app/FitFrame.h"
-#include "app/FitReport.h"
 #include "app/PCAFit.h"
 #include "app/Scaling.h"
+#include "app/FitRules.h"
 #include "kalmia/pcapls/PCACrossValidation.h"
 
 namespace kalmia::app {
@@ -36,7 +36,7 @@ void CutGroupsToColumns(const PCARecipe& recipe, ModelData* data, Notes* notes) 
 
 void NoteComponents(const PCAFit& fit, Notes* notes) {
   for (std::size_t a = 0; a < fit.components.size(); ++a) {
-    NoteIterations(a + 1, fit.components[a].iterations, kMaxIterations, notes);
+    NoteIterations(a + 1, fit.components[a].iterations, notes);
   }
   if (!fit.notJudged.empty()) notes->Add("cross-validation is not possible: " + fit.notJudged);
 }

@@ -4,7 +4,6 @@
 #include <cmath>
 #include <string>
 
-#include "app/FitRules.h"
 #include "app/Scaling.h"
 #include "app/WorkProgress.h"
 #include "kalmia/containers/Missing.h"

@@ -70,7 +70,7 @@ std::string NamedComponentsText(const std::string& what, const std::vector<std::
     table.AddRow(cells);
   }
   if (shown == names.size()) return table.Text();
-  return table.Text() + "  and " + std::to_string(names.size() - shown) + " more: --csv or --json gives them all\n";
+  return table.Text() + "  and " + std::to_string(names.size() - shown) + " more: CSV or JSON gives them all\n";
 }
 
 Json NamedComponentsJson(const std::vector<std::string>& names, const std::vector<NamedComponents>& parts) {

@@ -21,7 +21,7 @@ std::string RunCommand(const PLSOptions& options, Notes* notes) {
   if (outcome.AnyKept()) {
     files = WriteFitFiles(
         options, [&] { return ModelFileBytes(outcome.model); },
-        [&] { return PLSCsvFiles(outcome, MarksOf(options.csvMarks)); }, bar.Get());
+        [&] { return PLSCsvFiles(outcome, MarksOf(options.csvMarks.Asked())); }, bar.Get());
     if (!files.csv.empty()) NoteNoDistances(outcome.model, outcome.model.Components(), notes);
   }
   return options.json ? PLSJson(table, outcome, *notes, files) : PLSText(outcome, files);

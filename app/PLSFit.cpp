@@ -5,6 +5,7 @@
 #include "app/DisplayText.h"
 #include "app/Numbers.h"
 #include "app/WorkProgress.h"
+#include "app/Prediction.h"
 #include "kalmia/containers/NCDataVector.h"
 #include "kalmia/pcapls/PLSCrossValidation.h"
 #include "kalmia/support/NCError.h"

@@ -4,9 +4,9 @@
 
 #include "app/FitFrame.h"
 #include "app/FitQuality.h"
-#include "app/FitReport.h"
 #include "app/PLSFit.h"
 #include "app/Scaling.h"
+#include "app/FitRules.h"
 
 namespace kalmia::app {
 
@@ -25,7 +25,7 @@ PLSOutcome ComputePLS(const CsvTable& table, const PLSRecipe& recipe, Notes* not
   outcome.model.yScale = ScaleColumns(ScalingOfY(recipe.scaling), outcome.data.yNames, &task.y);
   PLSFit fit = FitOrNameLeftOut(outcome.data, [&] { return FitPLS(task, progress); });
   for (std::size_t a = 0; a < fit.components.size(); ++a) {
-    NoteIterations(a + 1, fit.components[a].iterations, kMaxIterations, notes);
+    NoteIterations(a + 1, fit.components[a].iterations, notes);
   }
   outcome.components = fit.components;
   outcome.endedEarly = fit.endedEarly;

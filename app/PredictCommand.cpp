@@ -39,7 +39,7 @@ std::string PredictWith(const Model& model, const PredictOptions& options, const
   if (!options.csvFolder.empty()) {
     files.MakeFolder(options.csvFolder);
     written.csv.push_back((std::filesystem::path(options.csvFolder) / kPredictionsFile).string());
-    files.Stage(written.csv.back(), PredictCsv(model, result, kPredictionsFile, MarksOf(options.csvMarks)).bytes);
+    files.Stage(written.csv.back(), PredictCsv(model, result, kPredictionsFile, MarksOf(options.csvMarks.Asked())).bytes);
   }
   files.Commit();
   return options.json ? PredictJson(model, result, written, *notes) : PredictText(model, table, result);

@@ -11,6 +11,9 @@
 
 namespace kalmia::app {
 
+/// Rounds of one component at most, in fits and for rows with missing cells.
+constexpr int kMaxIterations = 500;
+
 /// Share of the X cells that a row may lack; the same as in cross-validation. A row of PLS also needs one cell more
 /// than components came before.
 constexpr float kMissingTolerance = 0.9999F;

@@ -9,6 +9,7 @@
 #include "app/OutputPlaces.h"
 #include "app/PreprocessReport.h"
 #include "app/PreprocessedTable.h"
+#include "app/ReadSteps.h"
 #include "app/ReadTable.h"
 #include "app/StepChainFile.h"
 
@@ -51,7 +52,7 @@ std::string RunCommand(const PreprocessOptions& options, Notes* notes) {
   TerminalBar bar;
   const PreprocessedTable result = Preprocess(table, recipe, notes, bar.Get());
   OutputFiles files;
-  files.Stage(options.out, PreprocessedText(table, result, MarksOf(options.csvMarks), bar.Get()));
+  files.Stage(options.out, PreprocessedText(table, result, MarksOf(options.csvMarks.Asked()), bar.Get()));
   if (!options.save.empty()) files.Stage(options.save, StepChainFileBytes(result.chain));
   files.Commit();
   const PreprocessFiles written = {options.out, options.save};

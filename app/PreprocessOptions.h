@@ -2,9 +2,8 @@
 
 #include <string>
 
-#include "app/CsvMarks.h"
 #include "app/PreprocessedTable.h"
-#include "app/ReadOptions.h"
+#include "app/TableOptions.h"
 
 namespace kalmia::app {
 

@@ -5,9 +5,9 @@
 
 #include "app/CsvMarks.h"
 #include "app/CsvTable.h"
+#include "app/GivenSteps.h"
 #include "app/Notes.h"
 #include "app/StepChain.h"
-#include "app/StepChainFile.h"
 #include "kalmia/support/NCProgress.h"
 
 namespace kalmia::app {

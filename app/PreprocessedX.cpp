@@ -6,7 +6,6 @@
 #include "app/DisplayText.h"
 #include "app/Failure.h"
 #include "app/Scaling.h"
-#include "app/StepChainReport.h"
 #include "app/TableColumns.h"
 #include "kalmia/containers/Missing.h"
 

@@ -6,7 +6,7 @@
 
 #include "app/CsvTable.h"
 #include "app/Notes.h"
-#include "app/StepChainFile.h"
+#include "app/GivenSteps.h"
 #include "kalmia/containers/NCDataMatrix.h"
 
 namespace kalmia::app {

@@ -5,8 +5,6 @@
 
 namespace kalmia::app {
 
-class CommandOptions;
-
 /// How the text of a table is to be understood, beyond what the text itself tells.
 struct ReadOptions {
   std::vector<std::string>
@@ -14,8 +12,5 @@ struct ReadOptions {
   int skipLines = 0;                      ///< lines before the header
   std::string comment;                    ///< a character: lines that begin with it are passed over; empty for none
 };
-
-/// Declares --na, --skip-lines and --comment: options of every command that reads a table.
-void DeclareReading(CommandOptions* command, ReadOptions* options);
 
 }  // namespace kalmia::app

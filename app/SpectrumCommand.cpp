@@ -48,7 +48,7 @@ void WriteFiles(const SpectrumOptions& options, const SpectrumResult& result) {
   OutputFiles files;
   if (!options.csvFolder.empty()) {
     files.MakeFolder(options.csvFolder);
-    for (const CsvFile& file : SpectrumCsvFiles(result, MarksOf(options.csvMarks))) {
+    for (const CsvFile& file : SpectrumCsvFiles(result, MarksOf(options.csvMarks.Asked()))) {
       files.Stage(options.csvFolder + "/" + file.name, file.bytes);
     }
   }

@@ -37,28 +37,28 @@ void DeclareTexts(CommandOptions* command, PlotTexts* texts, const std::string& 
 
 void DeclareChart(CommandOptions* command, ChartOptions* options) {
   command->File("TABLE", &options->table, "CSV table with a header, also as .gz");
-  command->Text("--column", "NAME", &options->column, "column of the measurements in their order, always needed");
+  command->Text("--column", "NAME", &options->recipe.column, "column of the measurements in their order, always needed");
   command->Require("--column");
-  command->Choice("--type", "TYPE", ChartTypeWords(), &options->type,
+  command->Choice("--type", "TYPE", ChartTypeWords(), &options->recipe.type,
                   "always needed: individual (values, target +- 3 standard deviations), mean-range and mean-sd (means "
                   "and spreads of subgroups), cusum, ewma, or ewma-sd (the same, but the process has the standard "
                   "deviation of the values)");
   command->Require("--type");
-  command->Number("--subgroup", 1, &options->subgroup,
+  command->Number("--subgroup", 1, &options->recipe.subgroup,
                   "values in a subgroup (default: 1); from 2 to 25 for mean-range and mean-sd");
-  command->Real("--target", &options->target, "a number", IsAnything, "centre line (default: the mean of the means)");
-  command->Real("--sigma", &options->sigma, "a number above 0", IsPositive,
+  command->Real("--target", &options->recipe.target, "a number", IsAnything, "centre line (default: the mean of the means)");
+  command->Real("--sigma", &options->recipe.sigma, "a number above 0", IsPositive,
                 "standard deviation of the process (default: estimated from the column)");
-  command->Choice("--sigma-from", "HOW", SigmaFromWords(), &options->sigmaFrom,
+  command->Choice("--sigma-from", "HOW", SigmaFromWords(), &options->recipe.sigmaFrom,
                   "for subgroups of 1: take the standard deviation from the mean moving-range (of neighbours, / 1.128; "
                   "default of individual and ewma) or from the values (default of cusum and ewma-sd)");
-  command->Real("--lambda", &options->lambda, "a number above 0 and up to 1", IsWeight,
+  command->Real("--lambda", &options->recipe.lambda, "a number above 0 and up to 1", IsWeight,
                 "weight of ewma and ewma-sd (default: the one with the smallest forecast errors)");
   command->Input("--limits-from", &options->limitsFrom,
                  "take target and limits from this file, which --save-limits has written");
   for (const char* own : {"--target", "--sigma", "--sigma-from", "--lambda"}) command->Exclude("--limits-from", own);
   command->Exclude("--sigma", "--sigma-from");
-  command->Choice("--rules", "NAME", RunRuleWords(), &options->rules,
+  command->Choice("--rules", "NAME", RunRuleWords(), &options->recipe.rules,
                   "individual, mean-range and mean-sd: look for runs too, by the 4 rules western-electric or the 8 of "
                   "nelson");
   command->Text("--save-limits", "FILE", &options->saveLimits, "store target and limits");

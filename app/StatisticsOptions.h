@@ -4,11 +4,11 @@
 #include <string>
 #include <vector>
 
-#include "app/CsvMarks.h"
+#include "app/ChartRecipe.h"
 #include "app/ExactTest.h"
 #include "app/Plot.h"
-#include "app/ReadOptions.h"
 #include "app/SpectrumResult.h"
+#include "app/TableOptions.h"
 
 namespace kalmia::app {
 
@@ -17,12 +17,7 @@ class CommandOptions;
 struct ChartOptions {
   std::string table;
   ReadOptions reading;
-  std::string column;
-  std::string type;    ///< one of ChartTypeWords()
-  int subgroup = 0;    ///< 0: that of the limits read, otherwise 1
-  std::optional<double> target, sigma, lambda;
-  std::string sigmaFrom;   ///< moving-range or values; empty: what suits the type
-  std::string rules;       ///< one of RunRuleWords(); empty: the limits alone
+  ChartRecipe recipe;
   std::string limitsFrom;  ///< this and those below: empty for no file
   std::string saveLimits;
   std::string csv;

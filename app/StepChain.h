@@ -68,4 +68,7 @@ NCDataMatrix<float> PickColumns(const Signals& signals, const std::vector<std::s
 /// Whether the chain, read from a file, could have been learnt.
 bool IsConsistent(const StepChain& chain);
 
+/// Says which steps have learnt from the cells of all rows: a cross-validation that comes after them does not see that.
+void NoteLearntOfAllRows(const StepChain& chain, Notes* notes);
+
 }  // namespace kalmia::app

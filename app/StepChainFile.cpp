@@ -5,8 +5,7 @@
 #include "app/DisplayText.h"
 #include "app/Failure.h"
 #include "app/FileFrame.h"
-#include "app/InputFile.h"
-#include "app/ModelEntries.h"
+#include "app/Bytes.h"
 #include "kalmia/support/VexStream.h"
 
 namespace kalmia::app {
@@ -79,18 +78,16 @@ StepChain ReadStepChainFile(std::string_view bytes, const std::string& name) {
   return chain;
 }
 
-GivenSteps ReadSteps(const std::string& text, const std::string& path) {
-  if (!text.empty()) return {"--steps", ParseSteps(text, "--steps"), {}};
+GivenSteps ReadStepsFile(std::string_view bytes, const std::string& name) {
   GivenSteps file;
-  file.name = InputName(path);
-  const std::string bytes = ReadInput(path);
+  file.name = name;
   if (EndWithinMagic(bytes)) {
-    throw BadFile(file.name + " is not a steps file: it is cut after " + Counted(bytes.size(), "byte"));
+    throw BadFile(name + " is not a steps file: it is cut after " + Counted(bytes.size(), "byte"));
   }
   if (KindOfBytes(bytes) != nullptr) {  // no text: a chain, or a file to be refused by what it is
-    file.chain = ReadStepChainFile(bytes, file.name);
+    file.chain = ReadStepChainFile(bytes, name);
   } else {
-    file.steps = ParseSteps(bytes, file.name);
+    file.steps = ParseSteps(std::string(bytes), name);
   }
   return file;
 }

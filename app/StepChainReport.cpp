@@ -10,15 +10,6 @@ std::string ChainText(const StepChain& chain, std::size_t first) {
   return text;
 }
 
-void NoteLearntOfAllRows(const StepChain& chain, Notes* notes) {
-  for (std::size_t i = 0; i < chain.steps.size(); ++i) {
-    const Step& step = chain.steps[i].step;
-    if (step.kind != StepKind::WaveletCompress) continue;
-    notes->Add("step " + std::to_string(i + 1) + ", " + StepText(step) +
-               ": chosen from all rows, those left out in cross-validation too: judge the model by new rows");
-  }
-}
-
 Json ChainJson(const StepChain& chain) {
   Json list = Json::array();
   for (const LearntStep& step : chain.steps) {

@@ -4,16 +4,12 @@
 #include <string>
 
 #include "app/Json.h"
-#include "app/Notes.h"
 #include "app/StepChain.h"
 
 namespace kalmia::app {
 
 /// "  1  derivative:1:15:2, channels 2 apart", a line for each step, from the one with index `first` on.
 std::string ChainText(const StepChain& chain, std::size_t first = 0);
-
-/// Says which steps have learnt from the cells of all rows: a cross-validation that comes after them does not see that.
-void NoteLearntOfAllRows(const StepChain& chain, Notes* notes);
 
 /// The steps, each with what it has learnt; the empty list for a chain without steps.
 Json ChainJson(const StepChain& chain);

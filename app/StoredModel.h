@@ -6,7 +6,6 @@
 #include <vector>
 
 #include "app/ComponentRecord.h"
-#include "app/FileFrame.h"
 #include "app/StepChain.h"
 #include "kalmia/o2pls/NCYOrthogonalPLS.h"
 #include "kalmia/pcapls/NCPCA.h"
@@ -15,9 +14,12 @@
 
 namespace kalmia::app {
 
+/// Of the files that models are written to; this one and all before it are read.
+inline constexpr int kModelVersion = 3;
+
 /// What a stored model has whatever its kind: where it comes from, and what turns new rows of a table into its X.
 struct ModelFrame {
-  int fileVersion = kModelFile.version;  ///< of the file that it was read from
+  int fileVersion = kModelVersion;       ///< of the file that it was read from
   std::string writtenBy;                 ///< version of the command
   std::string table;                     ///< file that it was fitted to
   std::string idColumn;                  ///< column that named the rows; empty if they were numbered

@@ -20,7 +20,9 @@ namespace {
 [[noreturn]] void RefuseCell(const CsvTable& table, int row, int column) {
   const std::string cell = table.Cell(row, column);
   const CellKind kind = table.ValueOf(cell).kind;
+  const std::string& name = table.ColumnNames()[static_cast<std::size_t>(column)];
   std::string what = Quoted(cell);
+  Remedy remedy = Remedy::None;
   if (kind == CellKind::Infinite) {
     what += " is infinite";
   } else if (kind == CellKind::TooLarge) {
@@ -31,9 +33,10 @@ namespace {
     if (table.Separator() == ',') what += " (decimal commas take ; or tabs between the columns)";
   } else {
     what += " is not a number" + MissingWordsHint(table);
+    remedy = Remedy::NameMissingWords;
   }
-  Refuse(table, table.RowPlace(row) + ", column " + Quoted(table.ColumnNames()[static_cast<std::size_t>(column)]) +
-                    ": " + what);
+  throw BadData(table.Name() + ": " + table.RowPlace(row) + ", column " + Quoted(name) + ": " + what, remedy,
+                {row + 1, name, cell});
 }
 
 }  // namespace
@@ -41,7 +44,7 @@ namespace {
 std::string MissingWordsHint(const CsvTable& table) {
   std::vector<std::string> words = {"NA", "NaN", "nan"};
   words.insert(words.end(), table.MissingWords().begin(), table.MissingWords().end());
-  return "; missing cells are empty or " + Either(words) + " (--na WORD adds to these)";
+  return "; missing cells are empty or " + Either(words);
 }
 
 std::string SeparatorHint(const CsvTable& table) {

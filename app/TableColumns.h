@@ -11,7 +11,8 @@ namespace kalmia::app {
 
 ColumnKind KindOfColumn(const CsvTable& table, int column);
 
-/// What counts as missing in the table, for messages about a word: "; missing cells are empty or NA, ...".
+/// What counts as missing in the table, for messages about a word: "; missing cells are empty or NA, ...". They end
+/// with it, for Remedy::NameMissingWords.
 std::string MissingWordsHint(const CsvTable& table);
 
 /// What to look at where a name is not found in a table that turned out to have one column only; empty for any other.

@@ -45,7 +45,7 @@ class KeptWords {
   void Note(Notes* notes) const {
     if (count_ == 0) return;
     notes->Add(Counted(count_, "missing cell") + (count_ == 1 ? " stays " : " stay ") + Either(table_.MissingWords()) +
-               " in the output: read it with --na too");
+               " in the output: read it with the same words too");
   }
 
  private:
@@ -103,12 +103,12 @@ void AddTableCell(const CsvTable& table, std::string text, bool isOfNumbers, Csv
   csv->Digits(std::move(text));
 }
 
-std::string WithNewCells(const CsvTable& table, const std::string& id, const CsvMarkOptions& marks,
+std::string WithNewCells(const CsvTable& table, const std::string& id, const AskedMarks& marks,
                          const NewCell& newCell, Notes* notes, NCProgress* progress) {
   WorkProgress work(progress);
   work.Begin("writing the table");
   const char decimal = table.DecimalComma() ? ',' : '.';
-  if (marks.Given()) return WrittenAnew(table, id, MarksOf(marks, {table.Separator(), decimal}), newCell, &work);
+  if (marks.Any()) return WrittenAnew(table, id, MarksOf(marks, {table.Separator(), decimal}), newCell, &work);
   KeptWords words(table, id);
   const auto replacement = [&](std::size_t record, std::size_t field) -> std::optional<std::string> {
     if (record == 0) return std::nullopt;

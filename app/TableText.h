@@ -28,7 +28,7 @@ using NewCell = std::function<std::optional<float>(int row, int column)>;
 /// otherwise the table is written anew with the marks, lines ending with LF. Rows are named by the column `id`, or by
 /// none where that is empty. A note tells how many cells among numbers stay missing by the user's words alone.
 /// `progress` may be null; throws Stopped where the bar wants to stop.
-std::string WithNewCells(const CsvTable& table, const std::string& id, const CsvMarkOptions& marks,
+std::string WithNewCells(const CsvTable& table, const std::string& id, const AskedMarks& marks,
                          const NewCell& newCell, Notes* notes, NCProgress* progress);
 
 }  // namespace kalmia::app

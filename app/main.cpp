@@ -11,6 +11,7 @@
 #include "app/Interrupt.h"
 #include "app/Options.h"
 #include "app/OutputFiles.h"
+#include "app/Remedies.h"
 #include "kalmia/support/Exception.h"
 
 namespace {
@@ -40,7 +41,7 @@ Ending EndingOfException() {
   try {
     throw;
   } catch (const Failure& failure) {
-    return {ExitCodeOf(failure), failure.what()};
+    return {ExitCodeOf(failure), MessageOf(failure)};
   } catch (const Exception& error) {
     return {ExitCode::BadData, OneLine(static_cast<const char*>(error.GetMessage()))};
   } catch (const std::bad_alloc&) {

@@ -11,6 +11,7 @@
 
 #include "kalmia/cluster/internal/ClusterProgress.h"
 #include "kalmia/cluster/internal/PairSort.h"
+#include "kalmia/cluster/internal/StorageSettings.h"
 #include "kalmia/statistics/Sta.h"
 #include "kalmia/support/TempFile.h"
 
@@ -109,12 +110,12 @@ class Dealer {
 DistanceFile::DistanceFile(CString&& nameOfFile) : name(std::move(nameOfFile)) {}
 
 // What is thrown below comes from a whole object already, whose destructor removes the file.
-DistanceFile::DistanceFile() : DistanceFile(VexGetTempFileName(nullptr, kPrefix, kExtension)) {
+DistanceFile::DistanceFile() : DistanceFile(VexGetTempFileName(kalmia::DistanceDirectory().c_str(), kPrefix, kExtension)) {
   // Without trunc, as the file is empty: of one that was cut to nothing some file systems write all when it is closed.
   stream.open(static_cast<const char*>(name), std::ios::in | std::ios::out | std::ios::binary);
   if (stream.is_open()) return;
   // Without a name none could be made in the directory.
-  const std::string path = name == "" ? kalmia::TemporaryDirectory() + "/" + kPrefix + "XXXXXX." + kExtension
+  const std::string path = name == "" ? kalmia::DistanceDirectory() + "/" + kPrefix + "XXXXXX." + kExtension
                                           : static_cast<const char*>(name);
   CString message;
   message.Format("The temporary file %s could not be opened", path.c_str());

@@ -4,8 +4,10 @@
 
 #include <memory>
 #include <string>
+#include <vector>
 
-#include "kalmia/support/NCError.h"
+#include "CommandRun.h"
+#include "app/Failure.h"
 #include "testing/RandomTables.h"
 #include "testing/RecordingProgress.h"
 
@@ -20,21 +22,46 @@ ClusterData DataOf(const NCDataMatrix<float>& cells) {
   return data;
 }
 
-// No interrupt, no disk and no hole explains it: the library's own words are the best that can be said.
-TEST(ClusterRun, PassesAnErrorOnForWhichItKnowsNoBetterWords) {
+TEST(ClusterRun, StopsWhereTheBarWantsToStop) {
   for (const char* const method : {"ward", "single"}) {
-    ClusterOptions options;
-    options.method = method;
+    ClusterRecipe recipe;
+    recipe.method = method;
     ProgressLog log;
     log.stopAt = 1;
     const std::unique_ptr<NCProgress> bar = RecordingBar(&log);
     Notes notes;
-    try {
-      BuildTree("table.csv", DataOf(RandomMatrix<float>(8, 3, 0, 1)), options, bar.get(), &notes);
-      ADD_FAILURE() << "not stopped";
-    } catch (const NCError& error) {
-      EXPECT_EQ(error.GetMessage(), "Cluster analysis aborted.") << method;
-    }
+    EXPECT_THROW(BuildTree("table.csv", DataOf(RandomMatrix<float>(8, 3, 0, 1)), recipe, bar.get(), &notes), Stopped)
+        << method;
+  }
+}
+
+// Half of a limit on memory of 1000 bytes is enough for a buffer: the distances go to the folder of this recipe alone.
+TEST(ClusterRun, KeepsDistancesInTheFolderOfItsRecipeAndLeavesNoFileThere) {
+  const ScratchFolder folder;
+  ClusterRecipe recipe;
+  recipe.method = "single";
+  recipe.memory = 1000;
+  recipe.temporaryFolder = folder.Path(".");
+  recipe.temporaryFolderName = "the folder";
+  Notes notes;
+  BuildTree("table.csv", DataOf(RandomMatrix<float>(40, 3, 0, 1)), recipe, nullptr, &notes);
+  ASSERT_EQ(notes.Lines().size(), 1U);
+  EXPECT_EQ(notes.Lines().front(), "the 780 distances of 40 rows found no room in memory and were kept in temporary "
+                                   "files in the folder");
+  EXPECT_EQ(folder.Names(), std::vector<std::string>());
+}
+
+TEST(ClusterRun, NamesAFolderInWhichNoFileCanBeMade) {
+  ClusterRecipe recipe;
+  recipe.method = "single";
+  recipe.memory = 1000;
+  recipe.temporaryFolder = "/no/such/folder";
+  Notes notes;
+  try {
+    BuildTree("table.csv", DataOf(RandomMatrix<float>(40, 3, 0, 1)), recipe, nullptr, &notes);
+    ADD_FAILURE() << "no failure";
+  } catch (const BadFile& failure) {
+    EXPECT_STREQ(failure.what(), "cannot make temporary files in /no/such/folder: No such file or directory");
   }
 }
 

@@ -247,7 +247,7 @@ TEST(CsvTable, RefusesASeparatorThatBeginsComments) {
   } catch (const Failure& failure) {
     EXPECT_EQ(ExitCodeOf(failure), ExitCode::BadData);
     EXPECT_STREQ(failure.what(),
-                 "t.csv: line 1 says that '|' separates the columns, and --comment that it begins comments");
+                 "t.csv: line 1 says that '|' separates the columns, but it is to begin comments");
   }
 }
 
@@ -405,8 +405,7 @@ TEST(CsvTable, RefusesARowOfAnotherLengthWithItsNumber) {
   EXPECT_EQ(Refusal("a,b,c\n1,2,3\n\n1,2\n"), "t.csv: row 2 (line 4) has 2 fields, the header has 3");
   EXPECT_EQ(Refusal("a,b,c\n1,2\n"), "t.csv: row 1 (line 2) has 2 fields, the header has 3");
   EXPECT_EQ(Refusal("Instrument X\nexported; 2024\nid,a,b\n"),
-            "t.csv: row 2 (line 3) has 3 fields, the header has 1; if there are lines above the header, leave them out by "
-            "--skip-lines or --comment");
+            "t.csv: row 2 (line 3) has 3 fields, the header has 1; if there are lines above the header");
   EXPECT_EQ(Refusal("a,b,c\n1\n"), "t.csv: row 1 (line 2) has 1 field, the header has 3");
   EXPECT_EQ(Refusal("a,b\n-1,5,2,5\n"),
             "t.csv: row 1 (line 2) has 4 fields, the header has 2; if the numbers have "

@@ -87,7 +87,7 @@ const BadTable kBadTables[] = {
     {"X so small that nothing can be regressed on its scores",
      "x,z,y\n1e-16,3e-16,1\n2e-16,2e-16,2\n3e-16,5e-16,2.5\n5e-16,4e-16,4\n",
      {"--y", "y", "--components", "1", "--scale", "centre"},
-     "nothing is left of X (or its numbers are too small; try --scale uv)"},
+     "nothing is left of X (or its numbers are too small; try scaling to unit variance)"},
     {"separated by blanks",
      "x y\n1 2\n3 4\n",
      {"--y", "y"},
@@ -104,7 +104,7 @@ const BadTable kBadTables[] = {
     {"X unrelated, or too small to tell",
      "x,y\n1,1\n1.5,2\n1,3\n1.5,2\n",
      {"--y", "y", "--components", "1", "--scale", "centre"},
-     "(or their numbers are too small; try --scale uv)"}};
+     "(or their numbers are too small; try scaling to unit variance)"}};
 
 TEST(FailureOfPLS, IsOneLineWithExitCode1ForBadData) {
   for (const BadTable& bad : kBadTables) {
@@ -138,8 +138,8 @@ TEST(FailureOfPCA, IsOneLineWithExitCode1ForBadData) {
       {"numbers too small",
        "a,b\n1e-17,2e-17\n3e-17,5e-17\n4e-17,1e-17\n",
        {"--scale", "centre", "--components", "1"},
-       "no component can be computed: PCA component could not be computed. (or its numbers are too small; try --scale "
-       "uv)"},
+       "no component can be computed: PCA component could not be computed. (or its numbers are too small; try scaling "
+       "to unit variance)"},
       {"numbers too large", "a,b\n1e30,2\n-3e30,5\n2e30,1\n", {"--scale", "none"}, "sum of squares"}};
   for (const BadTable& bad : tables) {
     SCOPED_TRACE(bad.what);

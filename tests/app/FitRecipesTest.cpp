@@ -38,7 +38,7 @@ TEST(FitRecipes, HoldTheStepsThemselvesWhichTheModelKeepsAsLearnt) {
   recipe.id = "name";
   recipe.exclude = {"y"};
   recipe.components = 1;
-  recipe.steps = ReadSteps("snv,linear:2:1", "");
+  recipe.steps = GivenSteps{"the steps", ParseSteps("snv,linear:2:1", "the steps"), {}};
   Notes notes;
   const PCAOutcome pca = ComputePCA(Table(), recipe, &notes, /*progress=*/nullptr);
   ASSERT_EQ(pca.model.chain.steps.size(), 2U);

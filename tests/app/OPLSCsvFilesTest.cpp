@@ -10,6 +10,7 @@
 #include "TestTables.h"
 #include "app/FitRules.h"
 #include "app/Scaling.h"
+#include "app/Prediction.h"
 #include "kalmia/opls/NCOPLS.h"
 #include "kalmia/opls/NCOPLSPred.h"
 #include "kalmia/opls/OPLSCrossValidation.h"

@@ -174,11 +174,11 @@ TEST(OPLSResume, RefusesAnotherTableOtherGroupsScalingOrBlockWithOneLineEach) {
   };
   const Case cases[] = {
       {Words{"opls", withCell, "--y", "y1,y2"} + judged,
-       cv + " was made of another table or with another --steps-file: its cells are others"},
+       cv + " was made of another table or with other steps: its cells are others"},
       {Words{"opls", table, "--y", "y1,y2", "--steps-file", steps} + judged,
-       cv + " was made of another table or with another --steps-file: its cells are others"},
+       cv + " was made of another table or with other steps: its cells are others"},
       {Words{"opls", withName, "--y", "y1,y2"} + judged,
-       cv + " was made of another table or with another --steps-file: its X columns are others, 'x2' was among them"},
+       cv + " was made of another table or with other steps: its X columns are others, 'x2' was among them"},
       {Words{"opls", table, "--y", "y1,y2", "--exclude", "x3"} + judged, "others, 'x3' was among them"},
       {Words{"opls", withColumn, "--y", "y1,y2"} + judged, "its X columns are others, 'new' was not among them"},
       {Words{"opls", turned, "--y", "y1,y2"} + judged, "its X columns are others, their order is another"},
@@ -186,7 +186,7 @@ TEST(OPLSResume, RefusesAnotherTableOtherGroupsScalingOrBlockWithOneLineEach) {
       {Words{"opls", table, "--y", "y1,y2", "--groups", "4"} + judged,
        cv + " was made with 7 cross-validation groups, not 4"},
       {Words{"opls", table, "--y", "y1,y2", "--scale", "centre"} + judged,
-       cv + " was made with --scale uv, not --scale centre"},
+       cv + " was made with scaling uv, not centre"},
       {{"opls", table, "--y", "y1,y2", "--predictive", "2", "--orthogonal", "1"},
        cv + " was made with 1 predictive component, not 2"}};
   for (const Case& each : cases) {

@@ -177,7 +177,7 @@ TEST(PCA, SaysSoWhereCrossValidationIsNotPossible) {
 TEST(PCA, ShowsSomeLinesOfLongTablesAndSaysHowManyMoreThereAre) {
   const std::string text = RunWell(WineOptions({})).output;
   EXPECT_THAT(text, HasSubstr("  proline "));
-  EXPECT_THAT(text, HasSubstr("  and 158 more: --csv or --json gives them all\n"));
+  EXPECT_THAT(text, HasSubstr("  and 158 more: CSV or JSON gives them all\n"));
 }
 
 /// A fit with its files.

@@ -317,7 +317,7 @@ TEST(PLS, KeepsNoComponentOfAnXTooSmallToBeRegressedOn) {
   const CommandResult run = RunKalmia({"pls", "-", "--y", "y", "--scale", "centre", "--groups", "4"}, table);
   EXPECT_EQ(run.exitCode, 0);
   EXPECT_THAT(run.output, HasSubstr("No component is kept: none can be computed, nothing is left of X (or its numbers "
-                                    "are too small; try --scale uv)"));
+                                    "are too small; try scaling to unit variance)"));
   const json scaled = RunKalmia({"pls", "-", "--y", "y", "--groups", "4", "--json"}, table).Json();
   EXPECT_GT(scaled["kept"], 0);
 }

@@ -163,7 +163,7 @@ std::string RefusalOfRow(const PlainTable& table, const Record& row) {
   if (table.separator == ',' && IsDigits(row.fields.back()) && IsDigits(before))
     return refusal + "; if the numbers have decimal commas, separate the columns by ; or tabs";
   if (table.names.size() > 1) return refusal;
-  return refusal + "; if there are lines above the header, leave them out by --skip-lines or --comment";
+  return refusal + "; if there are lines above the header";
 }
 
 std::string BadMarks(std::size_t line) {
@@ -294,7 +294,7 @@ PlainTable ReadPlainTable(const std::string& text, const kalmia::app::ReadOption
   const std::optional<char> named = SeparatorNamedBy(ahead.Next());
   if (named && *named == comment) {
     return Refused(": line " + std::to_string(ahead.Number()) + " says that '" + *named +
-                   "' separates the columns, and --comment that it begins comments");
+                   "' separates the columns, but it is to begin comments");
   }
   if (named) {
     ahead.Take();

@@ -114,7 +114,7 @@ TEST(ReadOptions, TellHowManyCellsStayMissingByAWordThatTheNextReaderDoesNotKnow
   const CommandResult filled = RunKalmia(fill);
   EXPECT_EQ(filled.exitCode, 0);
   EXPECT_EQ(ReadWholeFile(out), "id,a,b,c\n-999,1,2,-999\nv,2,3,1\nw,3,2,\nz,2,1,4\n");
-  const std::string note = "1 missing cell stays -999 in the output: read it with --na too";
+  const std::string note = "1 missing cell stays -999 in the output: read it with the same words too";
   EXPECT_EQ(filled.Json()["notes"].back(), note);
   EXPECT_THAT(filled.error, HasSubstr("note: " + note));
 
@@ -122,7 +122,7 @@ TEST(ReadOptions, TellHowManyCellsStayMissingByAWordThatTheNextReaderDoesNotKnow
   filter.insert(filter.end(), kMinusMissing.begin(), kMinusMissing.end());
   const CommandResult filtered = RunKalmia(filter);
   EXPECT_EQ(filtered.exitCode, 0) << filtered.error;
-  EXPECT_THAT(filtered.error, HasSubstr("note: 2 missing cells stay ? or -999 in the output: read it with --na too"));
+  EXPECT_THAT(filtered.error, HasSubstr("note: 2 missing cells stay ? or -999 in the output: read it with the same words too"));
 
   const std::string plain = folder.Write("p.csv", "id,a,b\nu,1,2\nv,-999,3\nw,NA,1\n");
   EXPECT_THAT(RunKalmia({"fill", plain, "--components", "0", "--out", out, "--na=-999", "--id", "id"}).error,

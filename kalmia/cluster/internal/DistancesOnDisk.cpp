@@ -10,8 +10,7 @@
 #include "kalmia/cluster/internal/ClusterProgress.h"
 #include "kalmia/cluster/internal/InitialDistances.h"
 #include "kalmia/cluster/internal/PairMemory.h"
-#include "kalmia/support/TempFile.h"
-#include "kalmia/support/UserComm.h"
+#include "kalmia/cluster/internal/StorageSettings.h"
 
 using DendroGram::DistanceAndIndex;
 using DendroGram::MegaDistances;
@@ -67,7 +66,7 @@ void TellOfDisk(int rows, const std::string& directory, std::uint64_t bytesFree)
   const std::int64_t pairs = PairCount(rows);
   if (bytesFree < static_cast<std::uint64_t>(pairs) * kBytesOnDisk) {
     const CString message = ShortageText(rows, pairs, directory, bytesFree);
-    if (UserComm::GetUserComm()->Ask("Do you wish to continue?", message, kCaption, kButtons) == kButtons)
+    if (DistanceDialogue().Ask("Do you wish to continue?", message, kCaption, kButtons) == kButtons)
       throw NCError("Cluster analysis aborted.");
   }
   CString text;
@@ -77,7 +76,7 @@ void TellOfDisk(int rows, const std::string& directory, std::uint64_t bytesFree)
       "calculated distances. The calculations may be time-consuming but you can increase the speed by using a fast "
       "disk for the temporary storage.",
       static_cast<unsigned>(rows), directory.c_str());
-  UserComm::GetUserComm()->Show(text, kCaption, kHelpContext);
+  DistanceDialogue().Show(text, kCaption, kHelpContext);
 }
 
 std::uint64_t BytesFree(const std::string& directory) {
@@ -90,7 +89,7 @@ std::unique_ptr<MegaDistances> DistancesOnDisk(const NCDataMatrix<float>& data, 
                                                const FreeSpace& freeSpace) {
   const int rows = data.SizeRows();
   const std::int64_t pairs = PairCount(rows);
-  const std::string directory = TemporaryDirectory();
+  const std::string directory = DistanceDirectory();
   TellOfDisk(rows, directory, freeSpace(directory));
   // First what is of another order than the pairs: the buffer may take nearly all that is free.
   using DendroGram::RowDistances;

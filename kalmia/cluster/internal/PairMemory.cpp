@@ -2,14 +2,13 @@
 
 #include <algorithm>
 
+#include "kalmia/cluster/internal/StorageSettings.h"
 #include "kalmia/kernels/simd/SquareSums.h"
 #include "kalmia/support/AvailableMemory.h"
 
 namespace kalmia {
 
 namespace {
-
-std::uint64_t maximumPairs = 0;  // 0: what the machine has free
 
 constexpr std::uint64_t kBytesPerRow = 400;                        // two nodes of the tree, a cluster, their blocks
 constexpr std::uint64_t kBytesPerThread = std::uint64_t{1} << 20;  // keys of pairs that are sorted, a stack
@@ -30,9 +29,8 @@ std::uint64_t PairsThatFitIn(std::uint64_t availableBytes, int rows, int columns
 
 std::uint64_t PairsThatFit(int rows, int columns, const MemoryNeeds& needs) {
   const std::uint64_t fit = PairsThatFitIn(AvailableMemory(), rows, columns, needs);
-  return maximumPairs == 0 ? fit : std::min(fit, maximumPairs);
+  const std::uint64_t most = MaximumPairs();
+  return most == 0 ? fit : std::min(fit, most);
 }
 
 }  // namespace kalmia
-
-void DendroGram::SetMaximumPairsInMemory(std::uint64_t pairs) { kalmia::maximumPairs = pairs; }

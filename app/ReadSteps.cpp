@@ -1,0 +1,13 @@
+#include "app/ReadSteps.h"
+
+#include "app/InputFile.h"
+#include "app/StepChainFile.h"
+
+namespace kalmia::app {
+
+GivenSteps ReadSteps(const std::string& text, const std::string& path) {
+  if (!text.empty()) return {"--steps", ParseSteps(text, "--steps"), {}};
+  return ReadStepsFile(ReadInput(path), InputName(path));
+}
+
+}  // namespace kalmia::app
