@@ -4,18 +4,19 @@
 #include <string>
 #include <variant>
 
-#include "app/Commands.h"
-#include "app/DisplayText.h"
-#include "app/ExitCode.h"
-#include "app/Failure.h"
-#include "app/Interrupt.h"
-#include "app/Options.h"
-#include "app/OutputFiles.h"
-#include "app/Remedies.h"
+#include "app/command/Commands.h"
+#include "app/console/ExitCode.h"
+#include "app/console/Interrupt.h"
+#include "app/console/OutputFiles.h"
+#include "app/console/Remedies.h"
+#include "app/options/Options.h"
+#include "kalmia/analysis/text/DisplayText.h"
+#include "kalmia/analysis/text/Failure.h"
 #include "kalmia/support/Exception.h"
 
 namespace {
 
+using namespace kalmia::analysis;
 using namespace kalmia::app;
 
 void PrintError(const std::string& message) { std::cerr << "kalmia: " << message << std::endl; }

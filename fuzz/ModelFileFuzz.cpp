@@ -7,24 +7,24 @@
 #include <string>
 #include <variant>
 
-#include "app/CsvRecords.h"
-#include "app/CsvTable.h"
-#include "app/ExitCode.h"
-#include "app/ModelFile.h"
-#include "app/NewRows.h"
-#include "app/OPLSCvFile.h"
-#include "app/StepChainFile.h"
+#include "app/console/ExitCode.h"
+#include "kalmia/analysis/file/ModelFile.h"
+#include "kalmia/analysis/file/OPLSCvFile.h"
+#include "kalmia/analysis/file/StepChainFile.h"
+#include "kalmia/analysis/model/NewRows.h"
+#include "kalmia/analysis/table/CsvRecords.h"
+#include "kalmia/analysis/table/CsvTable.h"
 #include "kalmia/support/MD5.h"
 
 using kalmia::app::ExitCode;
 using kalmia::app::ExitCodeOf;
-using kalmia::app::Failure;
-using kalmia::app::ModelFileBytes;
-using kalmia::app::OPLSCvFileBytes;
-using kalmia::app::ReadModelFile;
-using kalmia::app::ReadOPLSCvFile;
-using kalmia::app::Signals;
-using kalmia::app::StepChain;
+using kalmia::analysis::Failure;
+using kalmia::analysis::ModelFileBytes;
+using kalmia::analysis::OPLSCvFileBytes;
+using kalmia::analysis::ReadModelFile;
+using kalmia::analysis::ReadOPLSCvFile;
+using kalmia::analysis::Signals;
+using kalmia::analysis::StepChain;
 
 namespace {
 
@@ -72,23 +72,23 @@ void FeedTable(const StepChain& chain) try {
 }
 
 /// A table with one column of X, the others missing.
-void FeedNewRows(const kalmia::app::ModelFrame& model) try {
+void FeedNewRows(const kalmia::analysis::ModelFrame& model) try {
   const std::string name = model.chain.Empty() ? model.xNames.front() : model.chain.inputNames.front();
-  const kalmia::app::CsvTable table(kalmia::app::CsvField(name) + ",no column of it\n1,2\n3,4\n", "table");
-  kalmia::app::Notes notes;
-  const kalmia::app::NewRows rows = ReadNewRows(model, table, "", &notes);
+  const kalmia::analysis::CsvTable table(kalmia::analysis::CsvField(name) + ",no column of it\n1,2\n3,4\n", "table");
+  kalmia::analysis::Notes notes;
+  const kalmia::analysis::NewRows rows = ReadNewRows(model, table, "", &notes);
   Require(rows.x.SizeRows() == 2 && static_cast<std::size_t>(rows.x.SizeColumns()) == model.xNames.size());
 } catch (const Failure& failure) {
   Require(ExitCodeOf(failure) == ExitCode::BadData);
 }
 
 void FeedAll(const std::string& bytes) {
-  const auto write = [](const kalmia::app::StoredModel& model) { return ModelFileBytes(model); };
-  Feed(bytes, ReadModelFile, write, [](const kalmia::app::StoredModel& model) {
-    std::visit([](const kalmia::app::ModelFrame& frame) { FeedNewRows(frame); }, model);
+  const auto write = [](const kalmia::analysis::StoredModel& model) { return ModelFileBytes(model); };
+  Feed(bytes, ReadModelFile, write, [](const kalmia::analysis::StoredModel& model) {
+    std::visit([](const kalmia::analysis::ModelFrame& frame) { FeedNewRows(frame); }, model);
   });
-  Feed(bytes, ReadOPLSCvFile, OPLSCvFileBytes, [](const kalmia::app::StoredOPLSCv&) {});
-  Feed(bytes, kalmia::app::ReadStepChainFile, kalmia::app::StepChainFileBytes, FeedTable);
+  Feed(bytes, ReadOPLSCvFile, OPLSCvFileBytes, [](const kalmia::analysis::StoredOPLSCv&) {});
+  Feed(bytes, kalmia::analysis::ReadStepChainFile, kalmia::analysis::StepChainFileBytes, FeedTable);
 }
 
 }  // namespace

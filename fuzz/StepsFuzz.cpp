@@ -8,18 +8,18 @@
 #include <string>
 #include <vector>
 
-#include "app/ChannelSpacing.h"
-#include "app/ExitCode.h"
-#include "app/StepChainFile.h"
-#include "app/Steps.h"
-#include "app/TextParts.h"
+#include "app/console/ExitCode.h"
+#include "kalmia/analysis/file/StepChainFile.h"
+#include "kalmia/analysis/steps/Steps.h"
+#include "kalmia/analysis/steps/internal/ChannelSpacing.h"
+#include "kalmia/analysis/text/internal/TextParts.h"
 
 using kalmia::app::ExitCode;
 using kalmia::app::ExitCodeOf;
-using kalmia::app::Failure;
-using kalmia::app::Signals;
-using kalmia::app::Step;
-using kalmia::app::StepChain;
+using kalmia::analysis::Failure;
+using kalmia::analysis::Signals;
+using kalmia::analysis::Step;
+using kalmia::analysis::StepChain;
 
 namespace {
 
@@ -50,10 +50,10 @@ Signals SmallTable() {
 
 void FeedTable(const std::vector<Step>& steps) try {
   Signals learnt = SmallTable();
-  kalmia::app::Notes notes;
+  kalmia::analysis::Notes notes;
   const StepChain chain = LearnChain(steps, &learnt, &notes);
   const std::string bytes = StepChainFileBytes(chain);
-  const StepChain read = kalmia::app::ReadStepChainFile(bytes, "chain");
+  const StepChain read = kalmia::analysis::ReadStepChainFile(bytes, "chain");
   Require(StepChainFileBytes(read) == bytes);
   Signals applied = SmallTable();
   ApplyChain(read, &applied);
@@ -66,9 +66,9 @@ void FeedTable(const std::vector<Step>& steps) try {
 }
 
 void FeedSteps(const std::string& text) try {
-  const std::vector<Step> steps = kalmia::app::ParseSteps(text, "text");
+  const std::vector<Step> steps = kalmia::analysis::ParseSteps(text, "text");
   const std::string canonical = TextOf(steps);
-  Require(TextOf(kalmia::app::ParseSteps(canonical, "again")) == canonical);
+  Require(TextOf(kalmia::analysis::ParseSteps(canonical, "again")) == canonical);
   constexpr std::size_t kMostSteps = 20;  // each works through the table
   if (steps.size() <= kMostSteps) FeedTable(steps);
 } catch (const Failure& failure) {
@@ -76,8 +76,8 @@ void FeedSteps(const std::string& text) try {
 }
 
 void FeedNames(const std::string& text) {
-  const std::vector<std::string> names = kalmia::app::Split(text, '\n');
-  const auto spacing = kalmia::app::ChannelSpacing(names);
+  const std::vector<std::string> names = kalmia::analysis::Split(text, '\n');
+  const auto spacing = kalmia::analysis::ChannelSpacing(names);
   if (!spacing) return;
   const auto stored = static_cast<float>(*spacing);
   Require(names.size() > 1 && std::isfinite(stored) && stored != 0.0F);

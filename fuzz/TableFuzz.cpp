@@ -6,12 +6,12 @@
 #include <string>
 #include <string_view>
 
-#include "app/CellNumber.h"
-#include "app/CsvRecords.h"
-#include "app/CsvTable.h"
-#include "app/ExitCode.h"
+#include "app/console/ExitCode.h"
+#include "kalmia/analysis/table/CellNumber.h"
+#include "kalmia/analysis/table/CsvRecords.h"
+#include "kalmia/analysis/table/CsvTable.h"
 
-using kalmia::app::CsvTable;
+using kalmia::analysis::CsvTable;
 
 namespace {
 
@@ -23,7 +23,7 @@ void Require(bool holds) {
 std::string TextOf(const CsvTable& table) {
   std::string text = "\xEF\xBB\xBF";
   const auto append = [&](std::string_view field, int column) {
-    text += kalmia::app::CsvField(field);
+    text += kalmia::analysis::CsvField(field);
     text += column + 1 < table.Columns() ? ',' : '\n';
   };
   for (int column = 0; column < table.Columns(); ++column)
@@ -38,7 +38,7 @@ void RequireTheSameFromItsText(const CsvTable& a) try {
   Require(a.ColumnNames() == b.ColumnNames() && a.Rows() == b.Rows());
   for (int row = 0; row < a.Rows(); ++row)
     for (int column = 0; column < a.Columns(); ++column) Require(a.Cell(row, column) == b.Cell(row, column));
-} catch (const kalmia::app::Failure&) {
+} catch (const kalmia::analysis::Failure&) {
   Require(false);
 }
 
@@ -51,11 +51,11 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   for (int row = 0; row < table.Rows(); ++row) {
     Require(!table.RowPlace(row).empty());
     for (int column = 0; column < table.Columns(); ++column)
-      for (const bool decimalComma : {false, true}) kalmia::app::ReadCell(table.Cell(row, column), decimalComma);
+      for (const bool decimalComma : {false, true}) kalmia::analysis::ReadCell(table.Cell(row, column), decimalComma);
   }
   if (table.Columns() > 1) RequireTheSameFromItsText(table);
   return 0;
-} catch (const kalmia::app::Failure& failure) {
+} catch (const kalmia::analysis::Failure& failure) {
   Require(ExitCodeOf(failure) == kalmia::app::ExitCode::BadData);
   return 0;
 }

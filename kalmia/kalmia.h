@@ -82,6 +82,7 @@
 #include "kalmia/cluster/DendroGramDrawer.h"
 #include "kalmia/cluster/DendroGramNode.h"
 #include "kalmia/cluster/DendroGramNodeLister.h"
+#include "kalmia/cluster/DistanceStorage.h"
 #include "kalmia/cluster/MegaDistances.h"
 #include "kalmia/cluster/SingleLinkageDistanceCalculator.h"
 #include "kalmia/cluster/WardDistanceCalculator.h"

@@ -45,6 +45,9 @@ check_inside() {  # what is public reaches nothing that is inside, nor does who 
   local file included
   while IFS=: read -r file included; do
     if ! is_inside "$included" || is_inside "$file"; then continue; fi
+    case "$file:$included" in
+      kalmia/analysis/*.cpp:kalmia/analysis/*) continue ;;
+    esac
     case "$file" in
       kalmia/analysis/* | app/* | examples/*) breach "$file" "includes $included, which is inside the library" ;;
       *.h) breach "$file" "is installed, and includes $included, which is not" ;;
@@ -55,6 +58,7 @@ check_inside() {  # what is public reaches nothing that is inside, nor does who 
 check_exports() {  # what a public header declares can be linked from the shared library
   local place file
   while IFS=: read -r file place _; do
+    case "$file" in kalmia/analysis/*) continue ;; esac  # its shared library shows all of its symbols
     if ! is_inside "$file"; then breach "$file:$place" "declares a public class without KALMIA_EXPORT"; fi
   done < <(grep -rnE --include='*.h' '^class [A-Za-z0-9_]+( final)?( :| \{|$)' kalmia)
 }

@@ -16,7 +16,7 @@ class KALMIA_EXPORT DistanceStorage {
   struct Settings {
     std::uint64_t pairsInMemory = 0;  ///< at most so many; 0: as SetMaximumPairsInMemory says
     std::string directory = {};       ///< of temporary files; empty: that of TMPDIR
-    UserComm* dialogue = nullptr;     ///< asked where the disk is too small, and told that it is used; null: GetUserComm()
+    UserComm* dialogue = nullptr;  ///< asked where the disk is too small, and told that it is used; null: GetUserComm()
   };
 
   explicit DistanceStorage(const Settings& settings);

@@ -110,7 +110,8 @@ class Dealer {
 DistanceFile::DistanceFile(CString&& nameOfFile) : name(std::move(nameOfFile)) {}
 
 // What is thrown below comes from a whole object already, whose destructor removes the file.
-DistanceFile::DistanceFile() : DistanceFile(VexGetTempFileName(kalmia::DistanceDirectory().c_str(), kPrefix, kExtension)) {
+DistanceFile::DistanceFile()
+    : DistanceFile(VexGetTempFileName(kalmia::DistanceDirectory().c_str(), kPrefix, kExtension)) {
   // Without trunc, as the file is empty: of one that was cut to nothing some file systems write all when it is closed.
   stream.open(static_cast<const char*>(name), std::ios::in | std::ios::out | std::ios::binary);
   if (stream.is_open()) return;

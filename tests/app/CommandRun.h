@@ -6,6 +6,8 @@
 #include <string>
 #include <vector>
 
+#include "testing/ScratchFolder.h"
+
 /// What a run of the program left behind.
 struct CommandResult {
   int exitCode = -1;   ///< 128 + the signal where one ended the program
@@ -44,26 +46,6 @@ CommandResult DoOnTerminal(const std::function<void()>& work);
 /// Runs `kalmia` with a standard input on which nothing comes, and sends it SIGINT once it waits: there, or for
 /// somebody to open or to empty a pipe.
 CommandResult InterruptWaiting(const std::vector<std::string>& arguments);
-
-/// A folder of its own for one test, removed with all that is in it.
-class ScratchFolder {
- public:
-  ScratchFolder();
-  ~ScratchFolder();
-  ScratchFolder(const ScratchFolder&) = delete;
-  ScratchFolder& operator=(const ScratchFolder&) = delete;
-
-  std::string Path(const std::string& name) const { return path_ + "/" + name; }
-  /// Writes a file and returns its path.
-  std::string Write(const std::string& name, const std::string& bytes) const;
-  /// Names of what is in the folder, in order, hidden files too.
-  std::vector<std::string> Names() const;
-
- private:
-  std::string path_;
-};
-
-std::string ReadWholeFile(const std::string& path);
 
 /// Path of a table in examples/data.
 std::string ExampleTable(const std::string& name);

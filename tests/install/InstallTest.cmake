@@ -12,8 +12,14 @@ set(work ${KALMIA_BINARY_DIR}/install-test)
 file(REMOVE_RECURSE ${work})
 run(${CMAKE_COMMAND} --install ${KALMIA_BINARY_DIR} --prefix ${work}/prefix)
 file(COPY ${KALMIA_SOURCE_DIR}/tests/install/program DESTINATION ${work})
-run(${CMAKE_COMMAND} -S ${work}/program -B ${work}/build -G Ninja -DCMAKE_PREFIX_PATH=${work}/prefix
-    -DCMAKE_CXX_COMPILER=${CXX_COMPILER} -DCMAKE_CXX_FLAGS=${CXX_FLAGS} -DCMAKE_BUILD_TYPE=${BUILD_TYPE})
-run(${CMAKE_COMMAND} --build ${work}/build)
+function(build folder)
+  run(${CMAKE_COMMAND} -S ${work}/program -B ${work}/${folder} -G Ninja -DCMAKE_PREFIX_PATH=${work}/prefix
+      -DCMAKE_CXX_COMPILER=${CXX_COMPILER} -DCMAKE_CXX_FLAGS=${CXX_FLAGS} -DCMAKE_BUILD_TYPE=${BUILD_TYPE} ${ARGN})
+  run(${CMAKE_COMMAND} --build ${work}/${folder})
+endfunction()
+# Who asks for Kalmia::kalmia alone needs none of what Kalmia::analysis does.
+build(build -DCMAKE_DISABLE_FIND_PACKAGE_nlohmann_json=ON)
 run(${work}/build/uses_kalmia)
+build(build-analysis -DWITH_ANALYSIS=ON)
+run(${work}/build-analysis/uses_analysis)
 run(${work}/prefix/bin/kalmia --version)

@@ -1,0 +1,65 @@
+#include <optional>
+
+#include "app/command/Commands.h"
+#include "app/console/ConsoleProgress.h"
+#include "app/console/InputFile.h"
+#include "app/console/OutputFiles.h"
+#include "app/console/OutputPlaces.h"
+#include "app/console/ReadTable.h"
+#include "kalmia/analysis/chart/ChartResult.h"
+#include "kalmia/analysis/figure/ChartSvg.h"
+#include "kalmia/analysis/file/ChartLimitsFile.h"
+#include "kalmia/analysis/report/ChartReport.h"
+#include "kalmia/analysis/text/Failure.h"
+
+namespace kalmia::app {
+
+using namespace analysis;
+
+namespace {
+
+std::vector<FilePlace> OutputsOf(const ChartOptions& options) {
+  std::vector<FilePlace> places;
+  if (!options.saveLimits.empty()) places.push_back({"--save-limits", options.saveLimits});
+  if (!options.csv.empty()) places.push_back({"--csv", options.csv});
+  if (!options.svg.empty()) places.push_back({"--svg", options.svg});
+  return places;
+}
+
+void CheckFiles(const ChartOptions& options) {
+  std::vector<FilePlace> inputs = {{"the table", options.table}};
+  if (!options.limitsFrom.empty()) inputs.push_back({"the limits", options.limitsFrom});
+  CheckPlaces(inputs, OutputsOf(options));
+}
+
+void WriteFiles(const ChartOptions& options, const ChartResult& result) {
+  OutputFiles files;
+  if (!options.saveLimits.empty()) files.Stage(options.saveLimits, LimitsText(LimitsOf(result)));
+  if (!options.csv.empty()) files.Stage(options.csv, ChartCsv(result, MarksOf(options.csvMarks.Asked())));
+  if (!options.svg.empty()) files.Stage(options.svg, ChartSvg(result, options.texts));
+  files.Commit();
+}
+
+/// What is wrong with the recipe is known before the table is read.
+void CheckRecipe(const ChartRecipe& recipe, const StoredLimits* limits) try {
+  CheckChart(recipe, limits);
+} catch (const BadRequest& failure) {
+  throw BadRequest(std::string(failure.what()) + "; see kalmia chart --help");
+}
+
+}  // namespace
+
+std::string RunCommand(const ChartOptions& options, Notes* notes) {
+  CheckFiles(options);
+  std::optional<StoredLimits> stored;
+  if (!options.limitsFrom.empty()) stored = ReadLimits(ReadInput(options.limitsFrom), InputName(options.limitsFrom));
+  const StoredLimits* const limits = stored ? &*stored : nullptr;
+  CheckRecipe(options.recipe, limits);
+  const CsvTable table = ReadTable(options.table, options.reading);
+  TerminalBar bar;
+  const ChartResult result = ComputeChart(table, options.recipe, limits, notes, bar.Get());
+  WriteFiles(options, result);
+  return options.json ? ChartJson(result, *notes) : ChartText(result) + WrittenText(OutputsOf(options));
+}
+
+}  // namespace kalmia::app

@@ -1,0 +1,30 @@
+#include "app/command/Commands.h"
+#include "app/console/ConsoleProgress.h"
+#include "app/console/OutputFiles.h"
+#include "app/console/OutputPlaces.h"
+#include "app/console/ReadTable.h"
+#include "kalmia/analysis/fit/FillOutcome.h"
+#include "kalmia/analysis/report/FillReport.h"
+#include "kalmia/analysis/table/CsvTable.h"
+
+namespace kalmia::app {
+
+using namespace analysis;
+
+std::string RunCommand(const FillOptions& options, Notes* notes) {
+  CheckPlaces({{"the table", options.table}}, {{"--out", options.out}});
+  if (options.report) notes->Add("--report is called --check now");
+  const CsvTable table = ReadTable(options.table, options.reading);
+  NoteDecimalsThatGiveWay(options.csvMarks.Asked(), table, notes);
+  FillRecipe recipe = options.recipe;
+  recipe.check = recipe.check || options.report;
+  TerminalBar bar;
+  const FillOutcome outcome = ComputeFill(table, recipe, notes, bar.Get());
+  OutputFiles files;
+  files.Stage(options.out, FilledText(table, outcome, recipe.id, options.csvMarks.Asked(), notes, bar.Get()));
+  files.Commit();
+  return options.json ? FillJson(table, outcome, options.out, *notes)
+                      : FillText(table, outcome, options.out, options.csvMarks.Given());
+}
+
+}  // namespace kalmia::app

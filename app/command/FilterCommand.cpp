@@ -1,0 +1,65 @@
+#include <string>
+#include <utility>
+
+#include "app/command/Commands.h"
+#include "app/console/ConsoleProgress.h"
+#include "app/console/InputFile.h"
+#include "app/console/OutputFiles.h"
+#include "app/console/OutputPlaces.h"
+#include "app/console/ReadTable.h"
+#include "app/options/Options.h"
+#include "kalmia/analysis/file/ModelFile.h"
+#include "kalmia/analysis/fit/FilterOutcome.h"
+#include "kalmia/analysis/report/FilterReport.h"
+#include "kalmia/analysis/table/CsvTable.h"
+#include "kalmia/analysis/text/Failure.h"
+
+namespace kalmia::app {
+
+using namespace analysis;
+
+namespace {
+
+void CheckFiles(const FilterOptions& options) {
+  std::vector<FilePlace> inputs = {{"the table", options.table}};
+  std::vector<FilePlace> outputs = {{"--out", options.out}};
+  if (!options.model.empty()) inputs.push_back({"the model", options.model});
+  if (!options.save.empty()) outputs.push_back({"--save", options.save});
+  CheckPlaces(inputs, outputs);
+}
+
+StoredFilter ReadFilter(const std::string& file) {
+  StoredModel model = ReadModelFile(ReadInput(file), InputName(file));
+  auto* filter = std::get_if<StoredFilter>(&model);
+  if (filter == nullptr) {
+    throw BadData(InputName(file) + " holds no filter; kalmia predict takes models of other kinds");
+  }
+  return std::move(*filter);
+}
+
+FilterOutcome Compute(const CsvTable& table, const FilterOptions& options, Notes* notes, NCProgress* progress) {
+  if (options.model.empty()) return MakeFilter(table, options.recipe, notes, progress);
+  FilterOutcome outcome;
+  outcome.filter = ReadFilter(options.model);
+  outcome.source = InputName(options.model);
+  outcome.filtered = ApplyFilter(outcome.filter, table, notes, progress);
+  return outcome;
+}
+
+}  // namespace
+
+std::string RunCommand(const FilterOptions& options, Notes* notes) {
+  CheckFiles(options);
+  const CsvTable table = ReadTable(options.table, options.reading);
+  NoteDecimalsThatGiveWay(options.csvMarks.Asked(), table, notes);
+  TerminalBar bar;
+  const FilterOutcome outcome = Compute(table, options, notes, bar.Get());
+  OutputFiles files;
+  files.Stage(options.out, FilteredText(table, outcome, options.csvMarks.Asked(), notes, bar.Get()));
+  if (!options.save.empty()) files.Stage(options.save, ModelFileBytes(outcome.filter));
+  files.Commit();
+  const FilterFiles written = {options.out, options.save};
+  return options.json ? FilterJson(table, outcome, written, *notes) : FilterText(table, outcome, written);
+}
+
+}  // namespace kalmia::app

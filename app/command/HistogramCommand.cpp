@@ -1,0 +1,38 @@
+#include "app/command/Commands.h"
+#include "app/console/ConsoleProgress.h"
+#include "app/console/OutputFiles.h"
+#include "app/console/OutputPlaces.h"
+#include "app/console/ReadTable.h"
+#include "kalmia/analysis/chart/HistogramResult.h"
+#include "kalmia/analysis/figure/HistogramSvg.h"
+#include "kalmia/analysis/report/HistogramReport.h"
+#include "kalmia/analysis/table/CsvTable.h"
+
+namespace kalmia::app {
+
+using namespace analysis;
+
+namespace {
+
+std::vector<FilePlace> OutputsOf(const HistogramOptions& options) {
+  std::vector<FilePlace> places;
+  if (!options.csv.empty()) places.push_back({"--csv", options.csv});
+  if (!options.svg.empty()) places.push_back({"--svg", options.svg});
+  return places;
+}
+
+}  // namespace
+
+std::string RunCommand(const HistogramOptions& options, Notes* notes) {
+  CheckPlaces({{"the table", options.table}}, OutputsOf(options));
+  const CsvTable table = ReadTable(options.table, options.reading);
+  TerminalBar bar;
+  const HistogramResult histogram = ComputeHistogram(table, options.column, notes, bar.Get());
+  OutputFiles files;
+  if (!options.csv.empty()) files.Stage(options.csv, HistogramCsv(histogram, MarksOf(options.csvMarks.Asked())));
+  if (!options.svg.empty()) files.Stage(options.svg, HistogramSvg(histogram, options.texts));
+  files.Commit();
+  return options.json ? HistogramJson(histogram, *notes) : HistogramText(histogram) + WrittenText(OutputsOf(options));
+}
+
+}  // namespace kalmia::app

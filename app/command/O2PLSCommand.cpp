@@ -1,0 +1,51 @@
+#include <string>
+#include <vector>
+
+#include "app/command/Commands.h"
+#include "app/console/ConsoleProgress.h"
+#include "app/console/FitFiles.h"
+#include "app/console/OutputPlaces.h"
+#include "app/console/ReadTable.h"
+#include "kalmia/analysis/file/ModelFile.h"
+#include "kalmia/analysis/fit/O2PLSOutcome.h"
+#include "kalmia/analysis/report/O2PLSCsvFiles.h"
+#include "kalmia/analysis/report/O2PLSReport.h"
+#include "kalmia/analysis/table/CsvTable.h"
+
+namespace kalmia::app {
+
+using namespace analysis;
+
+namespace {
+
+void CheckFiles(const O2PLSOptions& options) {
+  std::vector<FilePlace> places = PlacesInCsvFolder(options.csvFolder, O2PLSCsvFileNames());
+  if (!options.save.empty()) places.insert(places.begin(), {"--save", options.save});
+  CheckPlaces({{"the X table", options.table}, {"the Y table", options.yTable}}, places);
+}
+
+/// The numbers come all three or not at all.
+O2PLSRecipe RecipeOf(const O2PLSOptions& options) {
+  O2PLSRecipe recipe = options.recipe;
+  if (options.joint) recipe.numbers = {*options.joint, *options.xUnique, *options.yUnique};
+  return recipe;
+}
+
+}  // namespace
+
+std::string RunCommand(const O2PLSOptions& options, Notes* notes) {
+  CheckFiles(options);
+  const CsvTable xTable = ReadTable(options.table, options.reading);
+  const CsvTable yTable = ReadTable(options.yTable, options.reading);
+  TerminalBar bar;
+  const O2PLSOutcome outcome = ComputeO2PLS(xTable, yTable, RecipeOf(options), notes, bar.Get());
+  FitFiles files;
+  if (outcome.AnyKept()) {
+    files = WriteFitFiles(
+        options, [&] { return ModelFileBytes(outcome.model); },
+        [&] { return O2PLSCsvFiles(outcome, MarksOf(options.csvMarks.Asked())); }, bar.Get());
+  }
+  return options.json ? O2PLSJson(outcome, *notes, files) : O2PLSText(outcome, files);
+}
+
+}  // namespace kalmia::app

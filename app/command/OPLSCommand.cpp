@@ -1,0 +1,52 @@
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "app/command/Commands.h"
+#include "app/console/ConsoleProgress.h"
+#include "app/console/FitFiles.h"
+#include "app/console/InputFile.h"
+#include "app/console/OutputPlaces.h"
+#include "app/console/ReadTable.h"
+#include "kalmia/analysis/file/ModelFile.h"
+#include "kalmia/analysis/file/OPLSCvFile.h"
+#include "kalmia/analysis/fit/OPLSOutcome.h"
+#include "kalmia/analysis/report/OPLSCsvFiles.h"
+#include "kalmia/analysis/report/OPLSReport.h"
+#include "kalmia/analysis/table/CsvTable.h"
+
+namespace kalmia::app {
+
+using namespace analysis;
+
+namespace {
+
+/// --save-cv may replace the file of --resume, once that has been read; no other output may.
+void CheckFiles(const OPLSOptions& options) {
+  CheckFitPlaces(options, OPLSCsvFileNames(), options.saveCv);
+  if (options.resume.empty()) return;
+  std::vector<FilePlace> places = PlacesInCsvFolder(options.csvFolder, OPLSCsvFileNames());
+  if (!options.save.empty()) places.insert(places.begin(), {"--save", options.save});
+  RefuseToOverwrite({{"the file of --resume", options.resume}}, places);
+}
+
+}  // namespace
+
+std::string RunCommand(const OPLSOptions& options, Notes* notes) {
+  CheckFiles(options);
+  std::optional<StoredOPLSCv> resumed;
+  if (!options.resume.empty()) resumed = ReadOPLSCvFile(ReadInput(options.resume), InputName(options.resume));
+  OPLSRecipe recipe = options.recipe;
+  recipe.steps = ReadFitSteps(options);
+  const CsvTable table = ReadTable(options.table, options.reading);
+  TerminalBar bar;
+  const OPLSOutcome outcome = ComputeOPLS(table, recipe, resumed ? &*resumed : nullptr, notes, bar.Get());
+  const FitFiles files = WriteFitFiles(
+      options, [&] { return ModelFileBytes(outcome.model); },
+      [&] { return OPLSCsvFiles(outcome, MarksOf(options.csvMarks.Asked())); }, bar.Get(),
+      {options.saveCv, [&outcome] { return OPLSCvFileBytes(outcome.validation); }});
+  if (!files.csv.empty()) NoteNoDistances(outcome.model, outcome.model.Components(), notes);
+  return options.json ? OPLSJson(table, outcome, *notes, files) : OPLSText(outcome, files);
+}
+
+}  // namespace kalmia::app

@@ -1,0 +1,38 @@
+#pragma once
+
+#include <functional>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "app/options/Options.h"
+#include "kalmia/analysis/report/WrittenFiles.h"
+#include "kalmia/analysis/steps/GivenSteps.h"
+#include "kalmia/analysis/table/CsvText.h"
+#include "kalmia/support/NCProgress.h"
+
+namespace kalmia::app {
+
+using namespace analysis;
+
+/// A cross-validation to be stored, of the kinds of model that can go on from one.
+struct CrossValidationOutput {
+  std::string path;  ///< empty: it is not stored
+  std::function<std::string()> bytes;
+};
+
+/// CheckPlaces for a fit: it writes none of its files over the table, the steps file or another one of its own, and can
+/// write them all. `csvNames` are the names of those that --csv writes, `saveCv` that of --save-cv or empty.
+void CheckFitPlaces(const FitOptions& options, const std::vector<std::string>& csvNames,
+                    const std::string& saveCv = "");
+
+/// The steps that the options name, read as ReadSteps does; nothing where they name none.
+std::optional<GivenSteps> ReadFitSteps(const FitOptions& options);
+
+/// Writes the stored model, the cross-validation and the CSV files that the options ask for, all of them or, with a
+/// BadFile, none. `progress` may be null.
+FitFiles WriteFitFiles(const FitOptions& options, const std::function<std::string()>& modelBytes,
+                       const std::function<std::vector<CsvFile>()>& csvFiles, NCProgress* progress,
+                       const CrossValidationOutput& crossValidation = {});
+
+}  // namespace kalmia::app

@@ -1,0 +1,15 @@
+#pragma once
+
+#include <string>
+
+#include "kalmia/analysis/steps/GivenSteps.h"
+
+namespace kalmia::app {
+
+using namespace analysis;
+
+/// Reads the steps in the text of --steps, or, where that is empty, those in the file of --steps-file, of either kind.
+/// Throws as ParseSteps and ReadStepsFile, and BadFile for a file that cannot be read.
+GivenSteps ReadSteps(const std::string& text, const std::string& path);
+
+}  // namespace kalmia::app

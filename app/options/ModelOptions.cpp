@@ -1,0 +1,203 @@
+#include "app/options/ModelOptions.h"
+
+#include "app/options/CommandOptions.h"
+
+namespace kalmia::app {
+
+using namespace analysis;
+
+namespace {
+
+const std::string kColumnsHelp = "names and ranges FIRST..LAST with commas between them";
+
+/// The options of every command that fits a model. The table is declared before, so that it comes first in the help.
+template <class DeclareComponents>
+void DeclareFit(CommandOptions* command, FitOptions* options, FitRecipe* recipe,
+                const DeclareComponents& declareComponents) {
+  command->Text("--id", "NAME", &recipe->id, "column that names the rows");
+  command->Names("--x", &recipe->x, "columns to model from, " + kColumnsHelp + " (default: all others of numbers)",
+                 "COLUMNS");
+  command->Names("--exclude", &recipe->exclude, "columns to leave out of X, named likewise; not with --x", "COLUMNS");
+  command->Exclude("--x", "--exclude");
+  command->Text("--steps", "STEPS", &options->steps,
+                "preprocess X by these steps, with commas between them, which predict repeats; what wavelet-compress "
+                "chooses it chooses from all rows, those that cross-validation leaves out too; see kalmia preprocess "
+                "--help");
+  command->Input("--steps-file", &options->stepsFile,
+                 "the same by the steps in this file, also one on each line, or by those that kalmia preprocess --save "
+                 "has written");
+  command->Exclude("--steps", "--steps-file");
+  command->Scaling("--scale", &recipe->scaling, "scaling of X: uv (default), pareto, centre or none");
+  declareComponents();
+  command->Number("--groups", 2, &recipe->groups, "number of groups of the cross-validation (default: 7)");
+  command->Text("--group-column", "NAME", &recipe->groupColumn,
+                "column whose values are the groups; not with --groups");
+  command->Exclude("--groups", "--group-column");
+  command->Text("--save", "FILE", &options->save, "store the model");
+  command->Flag("--json", &options->json, "print JSON");
+}
+
+void DeclareFit(CommandOptions* command, FitOptions* options, FitRecipe* recipe) {
+  DeclareFit(command, options, recipe, [=] {
+    command->NumberOrAuto("--components", 1, &recipe->components,
+                          "number of components; auto (default): as long as Q2 exceeds its limit");
+  });
+}
+
+}  // namespace
+
+void DeclarePLS(CommandOptions* command, PLSOptions* options) {
+  command->File("TABLE", &options->table, "CSV table with a header, also as .gz");
+  command->Names("--y", &options->recipe.y, "column to model, always needed; several: repeat, or put commas between");
+  command->Require("--y");
+  DeclareFit(command, options, &options->recipe);
+  command->Text("--csv", "DIR", &options->csvFolder, "write scores, loadings, coefficients and more as CSV files");
+  DeclareCsvMarks(command, &options->csvMarks, {{"--csv", &options->csvFolder}});
+  DeclareReading(command, &options->reading);
+  command->Examples(
+      "Examples:\n"
+      "  kalmia pls gasoline.csv --y octane --id sample --scale centre --save octane.model\n"
+      "  kalmia pls oil.csv --y yellow --y green --id sample --x Acidity..DK --csv results");
+}
+
+void DeclarePCA(CommandOptions* command, PCAOptions* options) {
+  command->File("TABLE", &options->table, "CSV table with a header, also as .gz");
+  DeclareFit(command, options, &options->recipe);
+  command->Text("--csv", "DIR", &options->csvFolder, "write scores, loadings and more as CSV files");
+  DeclareCsvMarks(command, &options->csvMarks, {{"--csv", &options->csvFolder}});
+  DeclareReading(command, &options->reading);
+  command->Examples(
+      "Examples:\n"
+      "  kalmia pca wine.csv --id sample --exclude cultivar\n"
+      "  kalmia pca gasoline.csv --id sample --exclude octane --scale centre --save spectra.model --csv results");
+}
+
+void DeclareOPLS(CommandOptions* command, OPLSOptions* options) {
+  command->File("TABLE", &options->table, "CSV table with a header, also as .gz");
+  command->Names("--y", &options->recipe.y, "column to model, always needed; several: repeat, or put commas between");
+  command->Require("--y");
+  DeclareFit(command, options, &options->recipe, [=] {
+    command->NumberOrAuto("--predictive", 1, &options->recipe.predictive,
+                          "number of predictive components; auto (default): those of note in Y'X");
+    command->NumberOrAuto("--orthogonal", 0, &options->recipe.components,
+                          "number of orthogonal components; auto (default): as long as Q2 gains more than its limit");
+  });
+  command->Text("--save-cv", "FILE", &options->saveCv, "store the cross-validation, for --resume");
+  command->Input("--resume", &options->resume, "go on from what --save-cv has stored of the same table and steps");
+  command->Text("--csv", "DIR", &options->csvFolder, "write scores, loadings, coefficients and more as CSV files");
+  DeclareCsvMarks(command, &options->csvMarks, {{"--csv", &options->csvFolder}});
+  DeclareReading(command, &options->reading);
+  command->Examples(
+      "Examples:\n"
+      "  kalmia opls gasoline.csv --y octane --id sample --scale centre --save octane.model\n"
+      "  kalmia opls oliveoil.csv --y yellow,green --id sample --x Acidity..DK --predictive 1 --csv results\n"
+      "  kalmia opls gasoline.csv --y octane --id sample --orthogonal 2 --save-cv octane.cv\n"
+      "  kalmia opls gasoline.csv --y octane --id sample --orthogonal 5 --resume octane.cv");
+}
+
+void DeclareO2PLS(CommandOptions* command, O2PLSOptions* options) {
+  command->File("X", &options->table, "CSV table with a header, also as .gz, the X block");
+  command->File("Y", &options->yTable,
+                "CSV table with a header, also as .gz, the Y block; it may be the same file, with --x and --y");
+  command->Text("--id", "NAME", &options->recipe.id, "column of both tables that names the rows and matches them");
+  command->Names("--x", &options->recipe.x,
+                 "columns of the X table that are the block, " + kColumnsHelp + " (default: all of numbers)",
+                 "COLUMNS");
+  command->Names("--y", &options->recipe.y, "the same of the Y table", "COLUMNS");
+  command->Scaling("--scale", &options->recipe.scaling, "scaling of both blocks: uv (default), pareto, centre or none");
+  command->Number("--joint", 1, &options->joint, "number of components that the blocks share (predictive components)");
+  command->Number("--x-unique", 0, &options->xUnique,
+                  "number of components of X that have nothing to do with Y; the library's X side, which the progress "
+                  "calls Y-orthogonal components: they lie in X and are orthogonal to Y");
+  command->Number("--y-unique", 0, &options->yUnique,
+                  "number of components of Y that have nothing to do with X; the library's Y side, which the progress "
+                  "calls X-orthogonal components: they lie in Y and are orthogonal to X");
+  command->Flag("--auto", &options->automatic,
+                "let cross-validation find all three numbers (default); otherwise all three are given");
+  for (const char* number : {"--joint", "--x-unique", "--y-unique"}) command->Exclude("--auto", number);
+  command->Check([options] {
+    const bool isAll = options->joint && options->xUnique && options->yUnique;
+    const bool isNone = !options->joint && !options->xUnique && !options->yUnique;
+    if (isAll || isNone) return "";
+    return "--joint, --x-unique and --y-unique go together: give all three numbers, or none for --auto";
+  });
+  command->Flag("--fill", &options->recipe.fill, "estimate missing cells of each block from the other first");
+  command->Number("--groups", 2, &options->recipe.groups, "number of groups of the cross-validation (default: 7)");
+  command->Text("--save", "FILE", &options->save, "store the model");
+  command->Flag("--json", &options->json, "print JSON");
+  command->Text("--csv", "DIR", &options->csvFolder, "write scores, loadings, weights and fitted values as CSV files");
+  DeclareCsvMarks(command, &options->csvMarks, {{"--csv", &options->csvFolder}});
+  DeclareReading(command, &options->reading);
+  command->Examples(
+      "Examples:\n"
+      "  kalmia o2pls chemistry.csv panel.csv --id sample --save oils.model\n"
+      "  kalmia o2pls oliveoil.csv oliveoil.csv --id sample --x Acidity..DK --y yellow..syrup --csv results\n"
+      "  kalmia o2pls chemistry.csv panel.csv --id sample --joint 1 --x-unique 1 --y-unique 0");
+}
+
+void DeclarePredict(CommandOptions* command, PredictOptions* options) {
+  command->File("MODEL", &options->model, "file that --save has written");
+  command->File("TABLE", &options->table, "CSV table with columns named as the model's, also as .gz");
+  command->Text("--id", "NAME", &options->id, "column that names the rows (default: the model's, if it is there)");
+  command->Choice("--from", "x|y", {"x", "y"}, &options->from,
+                  "block that the table holds: an O2PLS model predicts Y from X (x, the default) or X from Y (y)");
+  command->Flag("--json", &options->json, "print JSON");
+  command->Text("--csv", "DIR", &options->csvFolder, "write predictions.csv");
+  DeclareCsvMarks(command, &options->csvMarks, {{"--csv", &options->csvFolder}});
+  DeclareReading(command, &options->reading);
+  command->Examples("Example:\n  kalmia predict octane.model new.csv");
+}
+
+void DeclareFill(CommandOptions* command, FillOptions* options) {
+  command->File("TABLE", &options->table, "CSV table with a header, also as .gz");
+  command->Text("--out", "FILE", &options->out, "the table with its missing cells filled, always needed");
+  command->Require("--out");
+  command->Text("--id", "NAME", &options->recipe.id, "column that names the rows; it takes no part");
+  command->Names("--exclude", &options->recipe.exclude,
+                 "further columns that take no part and stay as they are, " + kColumnsHelp, "COLUMNS");
+  command->NumberOrAuto("--components", 0, &options->recipe.components,
+                        "number of components; auto (default): as many as bring hidden cells back best; 0: means");
+  command->Flag("--check", &options->recipe.check,
+                "hide a tenth of the present cells as well, and tell how they come back");
+  command->Flag("--report", &options->report, "the old name of --check");
+  DeclareCsvMarks(command, &options->csvMarks);
+  command->Flag("--json", &options->json, "print JSON");
+  DeclareReading(command, &options->reading);
+  command->Examples("Example:\n  kalmia fill wine.csv --out filled.csv --id sample --exclude cultivar --check");
+}
+
+void DeclareFilter(CommandOptions* command, FilterOptions* options) {
+  command->File("TABLE", &options->table, "CSV table with a header, also as .gz");
+  command->Text("--out", "FILE", &options->out, "the table with its X columns filtered, always needed");
+  command->Require("--out");
+  command->Names("--y", &options->recipe.y,
+                 "column that the filter leaves alone what has to do with; several: repeat, or put commas between");
+  command->Number("--components", 1, &options->recipe.components, "number of components to take out");
+  command->Text("--id", "NAME", &options->recipe.id, "column that names the rows; it takes no part");
+  command->Names("--x", &options->recipe.x, "columns to filter, " + kColumnsHelp + " (default: all others of numbers)",
+                 "COLUMNS");
+  command->Names("--exclude", &options->recipe.exclude, "columns to leave out of X, named likewise; not with --x",
+                 "COLUMNS");
+  command->Exclude("--x", "--exclude");
+  command->Scaling("--scale", &options->recipe.scaling, "scaling of X: uv (default), pareto, centre or none");
+  command->Text("--save", "FILE", &options->save, "store the filter");
+  DeclareCsvMarks(command, &options->csvMarks);
+  command->Input("--model", &options->model, "apply this stored filter instead of making one");
+  for (const char* option : {"--y", "--components", "--id", "--x", "--exclude", "--scale", "--save"}) {
+    command->Exclude("--model", option);
+  }
+  command->Check([options] {
+    const bool isMade = !options->recipe.y.empty() && options->recipe.components;
+    return isMade || !options->model.empty()
+               ? ""
+               : "filter needs --y and --components to make a filter, or --model to apply one";
+  });
+  command->Flag("--json", &options->json, "print JSON");
+  DeclareReading(command, &options->reading);
+  command->Examples(
+      "Examples:\n"
+      "  kalmia filter gasoline.csv --y octane --id sample --components 1 --out filtered.csv --save octane.filter\n"
+      "  kalmia filter new.csv --model octane.filter --out filtered-new.csv");
+}
+
+}  // namespace kalmia::app

@@ -1,0 +1,76 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "app/options/TableOptions.h"
+#include "kalmia/analysis/chart/ChartRecipe.h"
+#include "kalmia/analysis/chart/ExactTest.h"
+#include "kalmia/analysis/chart/SpectrumResult.h"
+#include "kalmia/analysis/figure/Plot.h"
+
+namespace kalmia::app {
+
+using namespace analysis;
+
+class CommandOptions;
+
+struct ChartOptions {
+  std::string table;
+  ReadOptions reading;
+  ChartRecipe recipe;
+  std::string limitsFrom;  ///< this and those below: empty for no file
+  std::string saveLimits;
+  std::string csv;
+  std::string svg;
+  CsvMarkOptions csvMarks;
+  PlotTexts texts;
+  bool json = false;
+};
+
+struct HistogramOptions {
+  std::string table;
+  ReadOptions reading;
+  std::string column;
+  std::string csv;  ///< this and the next: empty for no file
+  std::string svg;
+  CsvMarkOptions csvMarks;
+  PlotTexts texts;
+  bool json = false;
+};
+
+struct FisherOptions {
+  std::string table;
+  ReadOptions reading;
+  ExactTestRecipe recipe;
+  bool json = false;
+};
+
+struct QuantileOptions {
+  std::string distribution;  ///< t, f, chi2 or normal
+  std::optional<double> probability;
+  std::optional<double> df;   ///< of all but normal
+  std::optional<double> df2;  ///< of f alone
+  bool oneSided = false;      ///< of t and normal alone
+  bool complement = false;    ///< the probability is that of the other tail
+  bool json = false;
+};
+
+struct SpectrumOptions {
+  std::string table;
+  ReadOptions reading;
+  SpectrumRecipe recipe;
+  bool json = false;
+  std::string csvFolder;  ///< empty: no CSV files
+  CsvMarkOptions csvMarks;
+  std::string svg;        ///< empty: no drawing
+};
+
+void DeclareChart(CommandOptions* command, ChartOptions* options);
+void DeclareHistogram(CommandOptions* command, HistogramOptions* options);
+void DeclareFisher(CommandOptions* command, FisherOptions* options);
+void DeclareQuantile(CommandOptions* command, QuantileOptions* options);
+void DeclareSpectrum(CommandOptions* command, SpectrumOptions* options);
+
+}  // namespace kalmia::app

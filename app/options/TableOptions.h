@@ -1,0 +1,37 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "kalmia/analysis/table/CsvMarks.h"
+#include "kalmia/analysis/table/ReadOptions.h"
+
+namespace kalmia::app {
+
+using namespace analysis;
+
+class CommandOptions;
+
+/// Declares --na, --skip-lines and --comment: options of every command that reads a table.
+void DeclareReading(CommandOptions* command, ReadOptions* options);
+
+/// What --separator and --decimal ask for: a word or the mark itself; empty where they are not given.
+struct CsvMarkOptions {
+  std::string separator;
+  std::string decimal;
+
+  bool Given() const { return !separator.empty() || !decimal.empty(); }
+  AskedMarks Asked() const;
+};
+
+/// An option behind which a place of CSV stands; empty where it is not given.
+struct CsvOption {
+  const char* name;
+  const std::string* place;
+};
+
+/// Declares --separator and --decimal to the parser, for all CSV that a command writes. They are refused where none of
+/// the options is given with which it does; without such options it always does.
+void DeclareCsvMarks(CommandOptions* command, CsvMarkOptions* options, const std::vector<CsvOption>& csv = {});
+
+}  // namespace kalmia::app

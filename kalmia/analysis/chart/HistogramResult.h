@@ -1,0 +1,35 @@
+#pragma once
+
+#include <string>
+
+#include "kalmia/analysis/table/CsvTable.h"
+#include "kalmia/analysis/text/Notes.h"
+#include "kalmia/statistics/FrequencyHistogram.h"
+#include "kalmia/support/NCProgress.h"
+
+namespace kalmia::analysis {
+
+/// The values of a column, counted in bins of one width. Bins count from 1.
+struct HistogramResult {
+  std::string table, column;
+  int values;   ///< that are there
+  int missing;  ///< cells of the column
+  double width;
+  FrequencyHistogram::HistogramInfo bins;
+
+  int Bins() const { return bins.counts.Size(); }
+  double First() const { return bins.centres[1] - width / 2; }  ///< where the first bin begins
+  double From(int bin) const;
+  double To(int bin) const;
+  int Count(int bin) const { return static_cast<int>(bins.members[static_cast<std::size_t>(bin) - 1].size()); }
+  int LargestCount() const;
+  /// "alcohol of wine.csv"
+  std::string Title() const;
+};
+
+/// The histogram of the column of that name. Notes what was moved off -99. `progress` may be null.
+/// Throws BadData as ReadMeasurements, and for values so large that edges of bins fall together or overflow in single
+/// precision; Stopped where the bar wants to stop.
+HistogramResult ComputeHistogram(const CsvTable& table, const std::string& column, Notes* notes, NCProgress* progress);
+
+}  // namespace kalmia::analysis

@@ -1,0 +1,21 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+#include "kalmia/analysis/cluster/ClusterTree.h"
+#include "kalmia/analysis/text/Notes.h"
+
+namespace kalmia::analysis {
+
+/// Clusters the rows. Keeps the distances in temporary files, with a note, where they find no room in memory; only
+/// single linkage can. The files are gone afterwards. `progress` may be null.
+/// Throws BadData: rows with too many holes, too little memory for Ward; BadFile: a folder of temporary files that is
+/// not there, cannot be written to, has too little room or fills up; Stopped where the bar wants to stop.
+OwnedTree BuildTree(const std::string& table, const ClusterData& data, const ClusterRecipe& recipe,
+                    NCProgress* progress, Notes* notes);
+
+/// "5.7 MiB" and the like.
+std::string BytesText(std::uint64_t bytes);
+
+}  // namespace kalmia::analysis

@@ -1,0 +1,67 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "kalmia/analysis/figure/Svg.h"
+
+namespace kalmia::analysis {
+
+/// Texts of a drawing that somebody chose; an empty one takes its default.
+struct PlotTexts {
+  std::string title, xLabel, yLabel;
+};
+
+/// A place on an axis, with the number to stand there.
+struct Tick {
+  double value;
+  std::string label;
+};
+
+/// Ticks at round numbers, steps of 1, 2 or 5 times a power of ten, all within low to high: about `count` of them,
+/// never more than twice that. The labels of one axis have equally many decimals. With `whole` steps are at least 1.
+/// low < high, both finite.
+std::vector<Tick> RoundTicks(double low, double high, int count, bool whole);
+
+/// Ticks at the edges of `bins` bins, as BinEdge() has them: as many as have room, in steps of 1, 2 or 5 times a power
+/// of ten bins, with equally many decimals. Cost: one label an edge.
+std::vector<Tick> EdgeTicks(double low, double width, int bins, double pixels);
+
+/// The values from `low` to `high`; grows.
+struct ValueRange {
+  double low;
+  double high;
+
+  void Include(double value);  ///< what is no finite number changes nothing
+  /// A margin on both sides; where low and high are as good as equal, one in proportion to their size.
+  void Widen(double share);
+};
+
+/// A rectangle of a drawing with an axis below it and one on its left.
+class Plot {
+ public:
+  struct Place {
+    double left, top, width, height;
+  };
+  Plot(Svg* svg, const Place& place, const ValueRange& x, const ValueRange& y)
+      : svg_(svg), place_(place), x_(x), y_(y) {}
+
+  double X(double value) const { return place_.left + (value - x_.low) / (x_.high - x_.low) * place_.width; }
+  double Y(double value) const { return Bottom() - (value - y_.low) / (y_.high - y_.low) * place_.height; }
+  double Right() const { return place_.left + place_.width; }
+  double Bottom() const { return place_.top + place_.height; }
+
+  /// Grid, frame and the numbers beside them. Drawn first, below the data.
+  void DrawAxes(const std::string& xName, const std::string& yName, bool wholeX, bool wholeY) const;
+  /// The same with ticks of the caller's on the axis below.
+  void DrawAxes(const std::string& xName, const std::string& yName, const std::vector<Tick>& xTicks, bool wholeY) const;
+  /// A line over the whole width, with its name and value on the right, `shift` pixels lower than the line.
+  void DrawLevel(double value, const std::string& name, Svg::Look look, double shift) const;
+
+ private:
+  Svg* svg_;
+  Place place_;
+  ValueRange x_, y_;
+};
+
+}  // namespace kalmia::analysis

@@ -1,0 +1,12 @@
+#pragma once
+
+#include <string>
+
+#include "kalmia/analysis/chart/SpectrumResult.h"
+
+namespace kalmia::analysis {
+
+/// The correlations, and below them the power of each column, as an SVG file.
+std::string SpectrumSvg(const SpectrumResult& result);
+
+}  // namespace kalmia::analysis

@@ -1,0 +1,60 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+namespace kalmia::analysis {
+
+/// A drawing in SVG under construction, in pixels from the upper left corner. Its look has one home, the style sheet in
+/// the .cpp: shapes only name what they are. The file needs nothing else and prints sharp at any size.
+class Svg {
+ public:
+  /// What a shape or a text is.
+  enum class Look {
+    Grid, Frame, Data, SecondData, Faint, Point, SecondPoint, Centre, Limit, Signal, Run, Bar, Branch, Cut
+  };
+  enum class Font { Title, Axis, Tick, Label, Mark, Small };
+  enum class Anchor { Start, Middle, End };
+  using Points = std::vector<std::pair<double, double>>;
+
+  /// `title` is what the file is called by programs that show it.
+  Svg(double width, double height, const std::string& title);
+
+  void Line(double x1, double y1, double x2, double y2, Look look);
+  /// The looks of control charts: SecondData, SecondPoint, Run and Mark. Before the first of them.
+  void AddChartStyle();
+  /// The looks of trees: Branch, Cut, Small and the colours of clusters. Before the first of them.
+  void AddTreeStyle();
+  /// In one of the colours of clusters, from 0; they repeat, but those of neighbouring numbers differ.
+  void ClusterLine(double x1, double y1, double x2, double y2, int colour);
+  void ClusterRectangle(double x, double y, double width, double height, int colour);
+  void Polyline(const Points& points, Look look);  ///< of one point: a dot
+  void Circle(double x, double y, double radius, Look look);
+  void Rectangle(double x, double y, double width, double height, Look look);
+  /// `y` is the line on which the letters stand.
+  void Text(double x, double y, const std::string& text, Font font, Anchor anchor);
+  /// Runs upwards; `y` is its start, its middle or its end.
+  void UprightText(double x, double y, const std::string& text, Font font, Anchor anchor = Anchor::Middle);
+
+  /// The text, cut to what fits into so many pixels by WidthOf(), with "..." behind it.
+  static std::string Fitting(const std::string& text, double pixels, Font font);
+  /// How wide a text is at most, letter by letter, in Helvetica, Arial or DejaVu Sans.
+  static double WidthOf(const std::string& text, Font font);
+
+  /// The whole file.
+  std::string File() const { return text_ + "</svg>\n"; }
+
+ private:
+  void AddLine(double x1, double y1, double x2, double y2, const std::string& name);
+  void AddRectangle(double x, double y, double width, double height, const std::string& name);
+
+  std::string text_;
+};
+
+/// The text as content of an XML element: & < > " escaped, control characters as \x1b, bytes that are no
+/// UTF-8 as U+FFFD, so too U+FFFE and U+FFFF.
+std::string XmlText(std::string_view text);
+
+}  // namespace kalmia::analysis

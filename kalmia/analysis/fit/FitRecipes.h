@@ -1,0 +1,74 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "kalmia/analysis/steps/GivenSteps.h"
+#include "kalmia/pcapls/NCScale.h"
+
+namespace kalmia::analysis {
+
+// What is fitted to a table: its columns, what is done to them, how many components there are and how they are judged.
+// Columns are named as RequireColumns takes them.
+
+/// The X of a table.
+struct XRecipe {
+  std::string id;              ///< column that names the rows; empty: they are numbered
+  std::vector<std::string> x;  ///< empty: all other columns of numbers
+  std::vector<std::string> exclude;
+  NCScale::Scaling scaling = NCScale::ScalingUnitVariance;
+};
+
+/// What all models of one table have in common.
+struct FitRecipe : XRecipe {
+  std::optional<GivenSteps> steps;  ///< of the preprocessing of X
+  std::optional<int> components;    ///< nothing: as many as cross-validation finds
+  int groups = 7;
+  std::string groupColumn;  ///< empty: `groups` groups, every row in the one after its neighbour's
+};
+
+struct PCARecipe : FitRecipe {};
+
+struct PLSRecipe : FitRecipe {
+  std::vector<std::string> y;
+};
+
+struct OPLSRecipe : FitRecipe {  // `components` are the orthogonal ones
+  std::vector<std::string> y;
+  std::optional<int> predictive;  ///< nothing: as many as Y and X have in common
+};
+
+/// How many components an O2PLS model has of each kind.
+struct O2PLSNumbers {
+  int joint = 0;
+  int xUnique = 0;
+  int yUnique = 0;
+};
+
+/// A model of two tables: each block is of one.
+struct O2PLSRecipe {
+  std::string id;  ///< column of both tables that names the rows and matches them; empty: rows match by their places
+  std::vector<std::string> x;  ///< empty: all columns of numbers
+  std::vector<std::string> y;  ///< the same of the Y table
+  NCScale::Scaling scaling = NCScale::ScalingUnitVariance;  ///< of both blocks
+  std::optional<O2PLSNumbers> numbers;  ///< nothing: those that cross-validation finds
+  bool fill = false;                    ///< whether missing cells are estimated, each from the other block
+  int groups = 7;
+};
+
+/// A filter of X.
+struct FilterRecipe : XRecipe {
+  std::vector<std::string> y;  ///< columns whose variation the filter must keep
+  std::optional<int> components;  ///< nothing: up to 15
+};
+
+/// The filling of the missing cells of a table.
+struct FillRecipe {
+  std::string id;  ///< it takes no part; empty: rows are numbered
+  std::vector<std::string> exclude;
+  std::optional<int> components;  ///< nothing: as many as bring hidden cells back best
+  bool check = false;             ///< whether a trial tells how well hidden cells come back
+};
+
+}  // namespace kalmia::analysis

@@ -1,0 +1,243 @@
+#include "kalmia/analysis/fit/ModelData.h"
+
+#include <algorithm>
+#include <unordered_map>
+#include <utility>
+
+#include "kalmia/analysis/steps/internal/PreprocessedX.h"
+#include "kalmia/analysis/table/CellNumber.h"
+#include "kalmia/analysis/table/TableColumns.h"
+#include "kalmia/analysis/text/DisplayText.h"
+#include "kalmia/analysis/text/Failure.h"
+#include "kalmia/containers/Missing.h"
+#include "kalmia/pcapls/PCACrossValidation.h"
+
+namespace kalmia::analysis {
+
+namespace {
+
+constexpr std::size_t kRowsNamed = 10;  ///< a note names so many rows, and counts the others
+constexpr int kMostAutomaticComponents = 15;
+
+[[noreturn]] void Refuse(const CsvTable& table, const std::string& message) {
+  throw BadData(table.Name() + ": " + message);
+}
+
+/// "KIND: a, b"; empty without names. A failure names so many columns, and counts the others.
+std::string Named(const std::string& kind, const std::vector<std::string>& names) {
+  return names.empty() ? "" : kind + ": " + Listed(names, kColumnsNamed);
+}
+
+/// Works from the columns of the table to the matrices.
+class Selection {
+ public:
+  Selection(const CsvTable& table, const FitRecipe& recipe, const std::vector<std::string>& y, Notes* notes,
+            NCProgress* progress)
+      : table_(table), recipe_(recipe), yArguments_(y), notes_(notes), progress_(progress) {}
+
+  ModelData Select() {
+    NameColumns();
+    ReadY();
+    ReadX();
+    Preprocess();
+    LeaveOutRows();
+    if (rows_.size() < 2) Refuse(table_, "there is only one row with X cells: a model takes two or more");
+    LeaveOutColumns();
+    RequireVariance();
+    FillMatrices();
+    MakeGroups();
+    NoteMovedCells(moved_, notes_);
+    return std::move(data_);
+  }
+
+ private:
+  const std::string& Name(int column) const { return table_.ColumnNames()[static_cast<std::size_t>(column)]; }
+
+  void NameColumns() {
+    yColumns_ = RequireColumns(table_, yArguments_);
+    excluded_ = ColumnsToExclude(table_, recipe_.exclude);
+    excluded_.insert(excluded_.end(), yColumns_.begin(), yColumns_.end());
+    if (!recipe_.id.empty()) idColumn_ = RequireColumn(table_, recipe_.id);
+    if (!recipe_.groupColumn.empty()) groupColumn_ = RequireColumn(table_, recipe_.groupColumn);
+    for (const int column : {idColumn_, groupColumn_}) {
+      if (column < 0) continue;
+      if (std::find(yColumns_.begin(), yColumns_.end(), column) != yColumns_.end()) {
+        Refuse(table_, "column " + Quoted(Name(column)) + " cannot be Y and name rows or groups");
+      }
+      excluded_.push_back(column);
+    }
+    data_.rowNames = RowNames(table_, idColumn_);
+  }
+
+  void ReadY() {
+    for (const int column : yColumns_) {
+      const ColumnKind kind = KindOfColumn(table_, column);
+      const std::string what = "the Y column " + Quoted(Name(column));
+      if (kind == ColumnKind::Texts) Refuse(table_, what + " holds text, not numbers");
+      if (kind == ColumnKind::Empty) Refuse(table_, what + " has no value");
+      y_.push_back({Name(column), ReadNumbers(table_, column, &moved_)});
+    }
+  }
+
+  void ReadX() {
+    for (const int column : RequireColumnsOrAll(table_, recipe_.x)) {
+      if (std::find(excluded_.begin(), excluded_.end(), column) != excluded_.end()) continue;
+      const ColumnKind kind = KindOfColumn(table_, column);
+      if (kind == ColumnKind::Texts) {
+        data_.textColumns.push_back(Name(column));
+      } else if (kind == ColumnKind::Empty && !recipe_.steps) {
+        data_.emptyColumns.push_back(Name(column));
+      } else {
+        x_.push_back({Name(column), ReadNumbers(table_, column, &moved_)});
+      }
+    }
+    if (!x_.empty()) return;
+    std::string named = Named("empty columns", data_.emptyColumns);
+    if (!named.empty()) Refuse(table_, "every cell of X is missing; " + named);
+    named = Named("text columns", data_.textColumns);
+    Refuse(table_, "no column of numbers is left for X" + (named.empty() ? "" : "; " + named));
+  }
+
+  void Preprocess() {
+    if (!recipe_.steps) return;
+    PreprocessedX made = PreprocessX(table_, idColumn_, *recipe_.steps, x_, data_.textColumns, notes_, progress_);
+    data_.chain = std::move(made.chain);
+    data_.emptyColumns = std::move(made.emptyColumns);
+    x_ = std::move(made.columns);
+  }
+
+  void LeaveOutRows() {
+    for (int row = 0; row < table_.Rows(); ++row) {
+      const auto r = static_cast<std::size_t>(row);
+      const auto isThere = [r](const NumberColumn& column) { return column.cells[r] != kMissingCell<float>; };
+      const bool hasX = std::any_of(x_.begin(), x_.end(), isThere);
+      if (hasX) {
+        rows_.push_back(row);
+      } else {
+        data_.leftOutRows.push_back(data_.rowNames[r]);
+      }
+    }
+    if (data_.leftOutRows.empty()) return;
+    notes_->Add("left out, without any X cell: " + std::string(data_.leftOutRows.size() == 1 ? "row " : "rows ") +
+                Listed(data_.leftOutRows, kRowsNamed));
+    Keep(&data_.rowNames);
+    for (NumberColumn& column : x_) Keep(&column.cells);
+    for (NumberColumn& column : y_) Keep(&column.cells);
+  }
+
+  /// Keeps the cells of the rows that stay.
+  template <class T>
+  void Keep(std::vector<T>* cells) const {
+    std::vector<T> kept;
+    kept.reserve(rows_.size());
+    for (const int row : rows_) kept.push_back((*cells)[static_cast<std::size_t>(row)]);
+    cells->swap(kept);
+  }
+
+  void LeaveOutColumns() {
+    std::vector<NumberColumn> varying;
+    for (NumberColumn& column : x_) {
+      if (!column.IsConstant()) {
+        varying.push_back(std::move(column));
+      } else {
+        data_.constantColumns.push_back(column.name);
+      }
+    }
+    x_ = std::move(varying);
+    NoteColumns("text columns", data_.textColumns);
+    NoteColumns("constant columns", data_.constantColumns);
+    NoteColumns("empty columns", data_.emptyColumns);
+    if (x_.empty()) Refuse(table_, "every X column is constant or empty; " + LeftOutText(data_));
+  }
+
+  void NoteColumns(const std::string& kind, const std::vector<std::string>& names) {
+    if (!names.empty()) notes_->Add("left out of X, " + kind + ": " + Listed(names));
+  }
+
+  void RequireVariance() {
+    const std::string where = data_.leftOutRows.empty() ? "" : " in the rows that have X cells";
+    for (const NumberColumn& column : y_) {
+      if (column.Present() == 0) Refuse(table_, "the Y column " + Quoted(column.name) + " has no value" + where);
+      if (column.IsConstant()) Refuse(table_, "the Y column " + Quoted(column.name) + " has no variance" + where);
+    }
+  }
+
+  void FillMatrices() {
+    const auto rows = static_cast<int>(rows_.size());
+    FillMatrix(x_, rows, &data_.x, &data_.xNames);
+    FillMatrix(y_, rows, &data_.y, &data_.yNames);
+  }
+
+  void MakeGroups() {
+    const auto rows = static_cast<int>(rows_.size());
+    if (groupColumn_ >= 0) {
+      NumberGroups();
+      return;
+    }
+    data_.rounds = std::min(recipe_.groups, rows);
+    if (data_.rounds < recipe_.groups) {
+      notes_->Add(std::to_string(recipe_.groups) + " groups are cut to " + std::to_string(rows) +
+                  ", the number of rows");
+    }
+    data_.groups = GetDeafultCVGroupsVector(rows, data_.rounds);
+  }
+
+  /// Numbers the values of the group column in the order in which they appear.
+  void NumberGroups() {
+    std::unordered_map<std::string, int> numberOf;
+    for (const int row : rows_) {
+      const std::string group = table_.Cell(row, groupColumn_);
+      if (table_.ValueOf(group).kind == CellKind::Missing) {
+        Refuse(table_, table_.RowPlace(row) + " has no group in column " + Quoted(Name(groupColumn_)));
+      }
+      data_.groups.push_back(numberOf.emplace(group, static_cast<int>(numberOf.size())).first->second);
+    }
+    data_.rounds = static_cast<int>(numberOf.size());
+    if (data_.rounds < 2) {
+      Refuse(table_, "all rows have the same group in column " + Quoted(Name(groupColumn_)) +
+                         ": cross-validation takes two groups or more");
+    }
+  }
+
+  const CsvTable& table_;
+  const FitRecipe& recipe_;
+  const std::vector<std::string>& yArguments_;
+  Notes* notes_;
+  NCProgress* progress_;
+  ModelData data_;
+  std::vector<int> yColumns_;
+  std::vector<int> excluded_;  ///< columns that X never takes
+  int idColumn_ = -1;
+  int groupColumn_ = -1;
+  std::vector<NumberColumn> x_;
+  std::vector<NumberColumn> y_;
+  std::vector<int> rows_;  ///< rows of the table that stay
+  int moved_ = 0;          ///< cells measured as the missing value
+};
+
+}  // namespace
+
+ModelData SelectData(const CsvTable& table, const FitRecipe& recipe, const std::vector<std::string>& y,
+                     Notes* notes, NCProgress* progress) {
+  return Selection(table, recipe, y, notes, progress).Select();
+}
+
+std::string LeftOutText(const ModelData& data) {
+  std::string text = Named("constant columns", data.constantColumns);
+  const std::string empty = Named("empty columns", data.emptyColumns);
+  if (!text.empty() && !empty.empty()) text += "; ";
+  return text + empty;
+}
+
+int MostComponents(const ModelData& data, const std::optional<int>& asked, Notes* notes) {
+  const int most = std::min(data.x.SizeRows() - 1, data.x.SizeColumns());
+  if (!asked) return std::min(most, kMostAutomaticComponents);
+  if (*asked > most) {
+    notes->Add(std::to_string(*asked) + " components are cut to " + std::to_string(most) + ": there are " +
+               Counted(static_cast<std::size_t>(data.x.SizeRows()), "row") + " and " +
+               Counted(static_cast<std::size_t>(data.x.SizeColumns()), "X column"));
+  }
+  return std::min(*asked, most);
+}
+
+}  // namespace kalmia::analysis

@@ -1,0 +1,51 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "kalmia/analysis/fit/FitRecipes.h"
+#include "kalmia/analysis/steps/StepChain.h"
+#include "kalmia/analysis/table/CsvTable.h"
+#include "kalmia/analysis/text/Notes.h"
+#include "kalmia/containers/NCDataMatrix.h"
+#include "kalmia/containers/NCIntegralVector.h"
+#include "kalmia/support/NCProgress.h"
+
+namespace kalmia::analysis {
+
+/// The tables that a model is fitted to, in the units of the file, with the names of their rows and columns.
+struct ModelData {
+  StepChain chain;  ///< what made X of the columns of the table, if the recipe has steps
+  std::vector<std::string> xNames;
+  std::vector<std::string> yNames;
+  std::vector<std::string> rowNames;
+  NCDataMatrix<float> x;              ///< rows by X columns, as the chain has made them
+  NCDataMatrix<float> y;              ///< rows by Y columns, of which a model of X alone has none
+  NCIntegralVector<int, -99> groups;  ///< cross-validation group of each row, from 0
+  int rounds = 0;                     ///< number of groups
+
+  // What the table has but the model does not see.
+  std::vector<std::string> textColumns;
+  std::vector<std::string> constantColumns;
+  std::vector<std::string> emptyColumns;
+  std::vector<std::string> leftOutRows;  ///< rows without any cell of X
+};
+
+/// Selects X, Y, names and groups from the table as the recipe says; `y` names the columns of Y, none for a model
+/// of X alone. Columns without numbers, constant and empty X columns, and rows without any X cell are left out, each
+/// kind with one note. With steps, constant and empty columns take part in them, and those that come out as such are
+/// left out. `progress`, which may be null, shows the steps. Throws BadData: a column that is not there; a Y
+/// of text, without values or without variance; no X column or no X cell left; X that the steps cannot take; a row
+/// without a group, fewer than two groups; a cell that is no number.
+ModelData SelectData(const CsvTable& table, const FitRecipe& recipe, const std::vector<std::string>& y, Notes* notes,
+                     NCProgress* progress);
+
+/// "constant columns: a, b; empty columns: c", what was left out of X for want of variance; empty if nothing was.
+std::string LeftOutText(const ModelData& data);
+
+/// Components that a model of these tables can have at most: as many as `asked` for, min(rows - 1, X columns), and,
+/// where none are asked for, 15. Notes a cut.
+int MostComponents(const ModelData& data, const std::optional<int>& asked, Notes* notes);
+
+}  // namespace kalmia::analysis

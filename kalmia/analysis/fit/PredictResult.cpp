@@ -1,0 +1,43 @@
+#include "kalmia/analysis/fit/PredictResult.h"
+
+#include <utility>
+
+#include "kalmia/analysis/model/NewRows.h"
+#include "kalmia/analysis/model/Prediction.h"
+
+namespace kalmia::analysis {
+
+namespace {
+
+template <class Model>
+auto PredictNewRows(const Model& model, const CsvTable& table, const std::string& id, Notes* notes,
+                    NCProgress* progress) {
+  NewRows rows = ReadNewRows(model, table, id, notes, progress);
+  auto result = PredictTable(model, table, std::move(rows), notes, progress);
+  NoteNoDistances(model, model.Components(), notes);
+  return result;
+}
+
+}  // namespace
+
+PLSPredictions Predict(const StoredPLS& model, const CsvTable& table, const std::string& id, Notes* notes,
+                       NCProgress* progress) {
+  return PredictNewRows(model, table, id, notes, progress);
+}
+
+PLSPredictions Predict(const StoredOPLS& model, const CsvTable& table, const std::string& id, Notes* notes,
+                       NCProgress* progress) {
+  return PredictNewRows(model, table, id, notes, progress);
+}
+
+PLSPredictions Predict(const StoredO2PLS& model, const CsvTable& table, const std::string& id, Notes* notes,
+                       NCProgress* progress) {
+  return PredictNewRows(model, table, id, notes, progress);
+}
+
+PCAPredictions Predict(const StoredPCA& model, const CsvTable& table, const std::string& id, Notes* notes,
+                       NCProgress* progress) {
+  return PredictNewRows(model, table, id, notes, progress);
+}
+
+}  // namespace kalmia::analysis

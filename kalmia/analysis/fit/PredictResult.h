@@ -1,0 +1,29 @@
+#pragma once
+
+#include <string>
+
+#include "kalmia/analysis/model/PCAPredict.h"
+#include "kalmia/analysis/model/PLSPredict.h"
+#include "kalmia/analysis/model/StoredModel.h"
+#include "kalmia/analysis/table/CsvTable.h"
+#include "kalmia/analysis/text/Notes.h"
+#include "kalmia/support/NCProgress.h"
+
+namespace kalmia::analysis {
+
+// What a stored model says of the rows of a table. Rows are named by the column `id`; where that is empty, as
+// ReadNewRows says. Notes why no row has a distance to the model, where that is so. `progress` may be null.
+// Throws BadData as ReadNewRows, Stopped where the bar wants to stop.
+
+PLSPredictions Predict(const StoredPLS& model, const CsvTable& table, const std::string& id, Notes* notes,
+                       NCProgress* progress);
+PLSPredictions Predict(const StoredOPLS& model, const CsvTable& table, const std::string& id, Notes* notes,
+                       NCProgress* progress);
+/// Of the block of Y; a model that is turned around predicts the block of X.
+PLSPredictions Predict(const StoredO2PLS& model, const CsvTable& table, const std::string& id, Notes* notes,
+                       NCProgress* progress);
+/// Where the rows lie in the model.
+PCAPredictions Predict(const StoredPCA& model, const CsvTable& table, const std::string& id, Notes* notes,
+                       NCProgress* progress);
+
+}  // namespace kalmia::analysis

@@ -1,0 +1,16 @@
+#pragma once
+
+#include <vector>
+
+#include "kalmia/analysis/fit/ModelData.h"
+#include "kalmia/analysis/model/Prediction.h"
+#include "kalmia/analysis/model/StoredModel.h"
+
+namespace kalmia::analysis {
+
+/// Fills the pooled deviation and the quality of the Y columns from what the model says of its training rows, `fitted`,
+/// and from the cross-validated residuals of the scaled Y.
+void JudgeModel(const ModelData& data, const std::vector<RowPrediction>& fitted, int components,
+                const NCDataMatrix<float>& crossValidatedResiduals, YModelFrame* model);
+
+}  // namespace kalmia::analysis

@@ -1,0 +1,98 @@
+#include "kalmia/analysis/model/ModelDiagnostics.h"
+
+#include <cmath>
+#include <cstddef>
+#include <limits>
+
+#include "kalmia/analysis/steps/Scaling.h"
+#include "kalmia/containers/Missing.h"
+
+namespace kalmia::analysis {
+
+namespace {
+
+constexpr double kNone = std::numeric_limits<double>::quiet_NaN();
+
+/// A cell that is missing counts as nothing.
+double Present(float cell) { return cell == static_cast<float>(kMissing) ? 0.0 : cell; }
+
+double SumOfSquares(const NCDataVector<float>& v) {
+  double sum = 0.0;
+  for (int i = 1; i <= v.Size(); ++i) sum += Present(v[i]) * Present(v[i]);
+  return sum;
+}
+
+}  // namespace
+
+Coefficients CoefficientsInOriginalUnits(const NCPLS& model, const NCScale& xScale, const NCScale& yScale) {
+  const NCDataMatrix<float> scaled = model.GetRegressionCoefficients(-1);
+  Coefficients coefficients;
+  for (int j = 1; j <= scaled.SizeColumns(); ++j) coefficients.intercepts.push_back(CentreOf(yScale, j));
+  for (int k = 1; k <= scaled.SizeRows(); ++k) {
+    std::vector<double> slopes;
+    for (int j = 1; j <= scaled.SizeColumns(); ++j) {
+      slopes.push_back(Present(scaled[k][j]) * FactorOf(xScale, k) / FactorOf(yScale, j));
+      coefficients.intercepts[static_cast<std::size_t>(j - 1)] -= slopes.back() * CentreOf(xScale, k);
+    }
+    coefficients.slopes.push_back(std::move(slopes));
+  }
+  return coefficients;
+}
+
+std::vector<double> VariableImportance(const NCPLS& model) {
+  const NCDataMatrix<float>& w = *model.GetWprim();
+  std::vector<double> weighted(static_cast<std::size_t>(w.SizeColumns()), 0.0);
+  double total = 0.0;
+  for (int a = 1; a <= w.SizeRows(); ++a) {
+    const double described = SumOfSquares((*model.GetCprim())[a]) * SumOfSquares((*model.GetTprim())[a]);
+    const double length = SumOfSquares(w[a]);
+    total += described;
+    for (std::size_t k = 0; k < weighted.size(); ++k) {
+      const double weight = Present(w[a][static_cast<int>(k) + 1]);
+      weighted[k] += described * weight * weight / length;  // a float w is of unit length only nearly
+    }
+  }
+  for (double& vip : weighted) vip = std::sqrt(static_cast<double>(w.SizeColumns()) * vip / total);
+  return weighted;
+}
+
+std::vector<double> HotellingT2(const NCDataMatrix<float>& tPrim) {
+  std::vector<double> distances(static_cast<std::size_t>(tPrim.SizeColumns()), 0.0);
+  for (int a = 1; a <= tPrim.SizeRows(); ++a) {
+    const auto mean = static_cast<double>(tPrim[a].GetMean());
+    const auto variance = static_cast<double>(tPrim[a].GetVariance());
+    for (std::size_t i = 0; i < distances.size(); ++i) {
+      const float score = tPrim[a][static_cast<int>(i) + 1];
+      const double difference = score == static_cast<float>(kMissing) ? kNone : score - mean;
+      distances[i] += difference * difference / variance;
+    }
+  }
+  return distances;
+}
+
+std::vector<RowResidual> RowResiduals(const NCDataMatrix<float>& xResiduals) {
+  std::vector<RowResidual> rows;
+  for (int r = 1; r <= xResiduals.SizeRows(); ++r) {
+    const NCDataVector<float>& row = xResiduals[r];
+    rows.push_back({SumOfSquares(row), row.Size() - row.GetNumMisVal()});
+  }
+  return rows;
+}
+
+double ResidualDeviation(const RowResidual& row, int components) {
+  if (row.present <= components) return kNone;
+  return std::sqrt(row.sumOfSquares / (row.present - components));
+}
+
+double PooledDeviation(const std::vector<RowResidual>& rows, int components) {
+  double sumOfSquares = 0.0;
+  double freedom = 0.0;
+  for (const RowResidual& row : rows) {
+    if (row.present <= components) continue;
+    sumOfSquares += row.sumOfSquares;
+    freedom += row.present - components;
+  }
+  return std::sqrt(sumOfSquares / freedom);  // 0 / 0 where no row has one
+}
+
+}  // namespace kalmia::analysis

@@ -1,0 +1,137 @@
+#include "kalmia/analysis/model/Prediction.h"
+
+#include <cmath>
+#include <limits>
+
+#include "kalmia/analysis/steps/Scaling.h"
+#include "kalmia/analysis/text/WorkProgress.h"
+#include "kalmia/containers/Missing.h"
+#include "kalmia/o2pls/NCO2PLSPred.h"
+#include "kalmia/opls/NCOPLSPred.h"
+#include "kalmia/pcapls/NCPLSPred.h"
+
+namespace kalmia::analysis {
+
+namespace {
+
+constexpr auto kPredicting = "predicting";  ///< beside the bar
+
+/// Why a row of `present` among `variables` cells has no score in a component (from 1).
+std::string ReasonFor(const std::string& block, int present, int variables, int component) {
+  const std::string have = PresentCellsText(block, present, variables);
+  if (present == 0) return have;
+  if (present < component) return have + ", too few for component " + std::to_string(component);
+  return have + ", and they say nothing about component " + std::to_string(component);
+}
+
+/// The reason of each row without a score in one of these components, of which there are `before` others in front.
+void NoteMissingScores(const std::string& block, const NCDataMatrix<float>& x, const NCDataMatrix<float>& scores,
+                       int before, std::vector<RowPrediction>* rows) {
+  for (int a = 1; a <= scores.SizeRows(); ++a)
+    for (int r = 1; r <= x.SizeRows(); ++r) {
+      std::string& reason = (*rows)[static_cast<std::size_t>(r - 1)].reason;
+      if (reason.empty() && scores[a][r] == static_cast<float>(kMissing)) {
+        reason = ReasonFor(block, x.SizeColumns() - x[r].GetNumMisVal(), x.SizeColumns(), before + a);
+      }
+    }
+}
+
+/// Predictions in the units of the file, and what is left of X.
+void FillRows(const YModelFrame& model, const NCDataMatrix<float>& yPred, const NCDataMatrix<float>& xLeft,
+              std::vector<RowPrediction>* rows) {
+  const std::vector<RowResidual> residuals = RowResiduals(xLeft);
+  for (std::size_t i = 0; i < rows->size(); ++i) {
+    RowPrediction& row = (*rows)[i];
+    row.residual = residuals[i];
+    if (!row.reason.empty()) continue;
+    const NCDataVector<float>& y = yPred[static_cast<int>(i) + 1];
+    for (int j = 1; j <= y.Size(); ++j) {
+      row.y.push_back(y[j] / FactorOf(*model.yScale, j) + CentreOf(*model.yScale, j));
+      if (!std::isfinite(row.y.back())) row.reason = kTooLarge;
+    }
+    if (!row.reason.empty()) row.y.clear();
+  }
+}
+
+}  // namespace
+
+std::vector<RowPrediction> PredictRows(const StoredPLS& model, NCDataMatrix<float> x, NCProgress* progress) {
+  ApplyScale(model.xScale.get(), &x);
+  std::vector<RowPrediction> rows(static_cast<std::size_t>(x.SizeRows()));
+  const NCPLS& pls = *model.pls;
+  NCPLSPred prediction(&x, pls.GetWprim(), pls.GetPprim(), pls.GetCprim(), kMissingTolerance);
+  WorkProgress work(progress);
+  work.Begin(kPredicting);
+  for (int a = 1; a <= prediction.GetMaxComp(); ++a) {
+    work.MoveToPart(a, prediction.GetMaxComp());
+    prediction.CalcNextComponent();
+    for (int r = 1; r <= x.SizeRows(); ++r) {
+      std::string& reason = rows[static_cast<std::size_t>(r - 1)].reason;
+      if (reason.empty() && (*prediction.GetTPred())[r] == static_cast<float>(kMissing)) {
+        reason = ReasonFor(model.inputBlock, x.SizeColumns() - x[r].GetNumMisVal(), x.SizeColumns(), a);
+      }
+    }
+  }
+  FillRows(model, *prediction.GetYPred(), *prediction.GetXResiduals(), &rows);
+  return rows;
+}
+
+std::vector<RowPrediction> PredictRows(const StoredOPLS& model, NCDataMatrix<float> x, NCProgress* progress) {
+  ApplyScale(model.xScale.get(), &x);
+  const OPLSMatrices& opls = model.opls;
+  NCOPLSPred prediction(&x, &opls.w, &opls.p, &opls.c, &opls.wo, &opls.po, &opls.co);
+  WorkProgress work(progress);
+  work.Begin(kPredicting);
+  while (prediction.SizeOComps() < prediction.GetMaxComp()) {
+    work.MoveToPart(prediction.SizeOComps() + 1, prediction.GetMaxComp());
+    prediction.CalcNextComponent();
+  }
+  std::vector<RowPrediction> rows(static_cast<std::size_t>(x.SizeRows()));
+  NoteMissingScores(model.inputBlock, x, *prediction.GetTOPred(), 0, &rows);
+  NoteMissingScores(model.inputBlock, x, *prediction.GetTPred(), model.Orthogonal(), &rows);
+  NCDataMatrix<float> left = prediction.GetXOrthoResiduals();
+  for (int a = 1; a <= model.Predictive(); ++a) left.AddVprimV((*prediction.GetTPred())[a], opls.p.back()[a], -1.0F);
+  FillRows(model, *prediction.GetYPred(), left, &rows);
+  return rows;
+}
+
+std::vector<RowPrediction> PredictRows(const StoredO2PLS& model, NCDataMatrix<float> x, NCProgress* progress) {
+  WorkProgress(progress).Ask();
+  ApplyScale(model.xScale.get(), &x);
+  const O2PLSMatrices& o2pls = model.o2pls;
+  const NCO2PLSYPred prediction(x, o2pls.p, o2pls.w, o2pls.q, o2pls.wo, o2pls.po, o2pls.s, o2pls.lambda,
+                                static_cast<int>(model.yNames.size()));
+  const NCDataMatrix<float> to = prediction.GetTo(), t = prediction.GetT();
+  std::vector<RowPrediction> rows(static_cast<std::size_t>(x.SizeRows()));
+  NoteMissingScores(model.inputBlock, x, to, 0, &rows);
+  NoteMissingScores(model.inputBlock, x, t, model.XUnique(), &rows);
+  for (int o = 1; o <= to.SizeRows(); ++o) x.AddVprimV(to[o], o2pls.po[o], -1.0F);
+  for (int a = 1; a <= t.SizeRows(); ++a) x.AddVprimV(t[a], o2pls.p[a], -1.0F);
+  FillRows(model, prediction.GetYPred(), x, &rows);
+  return rows;
+}
+
+double DistanceToModel(const ModelFrame& model, int components, const RowFit& row) {
+  if (!row.reason.empty()) return std::numeric_limits<double>::quiet_NaN();
+  return ResidualDeviation(row.residual, components) / model.pooledDeviation;
+}
+
+void NoteNoDistances(const ModelFrame& model, int components, Notes* notes) {
+  const std::string none = "no row has a distance to the model: ";
+  if (static_cast<std::size_t>(components) >= model.xNames.size()) {
+    notes->Add(none + "with as many components as " + model.inputBlock + " columns, " + std::to_string(components) +
+               ", nothing of " + model.inputBlock + " is left to measure it by");
+  } else if (std::isnan(model.pooledDeviation)) {
+    notes->Add(none + "no training row has more cells than the model has components");
+  } else if (model.pooledDeviation == 0.0) {
+    notes->Add(none + "the model describes its training rows without a rest");
+  }
+}
+
+std::string PresentCellsText(const std::string& block, int present, int variables) {
+  const std::string of = " of its " + std::to_string(variables) + " " + block + " cells ";
+  if (present == 0) return "none" + of + "is present";
+  return "only " + std::to_string(present) + of + (present == 1 ? "is" : "are") + " present";
+}
+
+}  // namespace kalmia::analysis

@@ -1,0 +1,70 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "kalmia/analysis/model/ModelDiagnostics.h"
+#include "kalmia/analysis/model/StoredModel.h"
+#include "kalmia/analysis/text/Notes.h"
+#include "kalmia/containers/NCDataMatrix.h"
+#include "kalmia/support/NCProgress.h"
+
+namespace kalmia::analysis {
+
+/// Rounds of one component at most, in fits and for rows with missing cells.
+constexpr int kMaxIterations = 500;
+
+/// Share of the X cells that a row may lack; the same as in cross-validation. A row of PLS also needs one cell more
+/// than components came before.
+constexpr float kMissingTolerance = 0.9999F;
+
+/// The reason of a row whose numbers overflow on the way.
+constexpr auto kTooLarge = "its cells are too large for single precision";
+
+/// What a model leaves of one row.
+struct RowFit {
+  RowResidual residual;  ///< of X, after all components
+  std::string reason;    ///< why nothing can be said of the row; empty otherwise
+};
+
+/// What a PLS or OPLS model says of one row.
+struct RowPrediction : RowFit {
+  std::vector<double> y;  ///< in the units of the file, one for each Y column; empty where nothing can be predicted
+};
+
+/// Predicts the rows of a table that has the model's X columns in the model's order, in the units of the file, and -99
+/// for what is missing. The same rows give the same bits, alone or among others, with a model just fitted or stored.
+/// `progress` may be null. Throws Stopped where the bar wants to stop.
+std::vector<RowPrediction> PredictRows(const StoredPLS& model, NCDataMatrix<float> x, NCProgress* progress = nullptr);
+std::vector<RowPrediction> PredictRows(const StoredOPLS& model, NCDataMatrix<float> x, NCProgress* progress = nullptr);
+std::vector<RowPrediction> PredictRows(const StoredO2PLS& model, NCDataMatrix<float> x, NCProgress* progress = nullptr);
+
+/// The pooled deviation of the training rows, those that have one: what distances to the model are measured by.
+template <class Row>
+double PooledDeviationOf(const std::vector<Row>& rows, int components) {
+  std::vector<RowResidual> residuals;
+  for (const Row& row : rows) {
+    if (row.reason.empty()) residuals.push_back(row.residual);
+  }
+  return PooledDeviation(residuals, components);
+}
+
+/// A row's distance to a model of `components` components: its residual deviation over the pooled one of the training
+/// rows; not a number for a row that has no more cells than there are components, or of which nothing can be said.
+double DistanceToModel(const ModelFrame& model, int components, const RowFit& row);
+
+/// The same of each row.
+template <class Row>
+std::vector<double> DistancesToModel(const ModelFrame& model, int components, const std::vector<Row>& rows) {
+  std::vector<double> distances;
+  for (const Row& row : rows) distances.push_back(DistanceToModel(model, components, row));
+  return distances;
+}
+
+/// Says once why no row has a distance to the model, where that is so.
+void NoteNoDistances(const ModelFrame& model, int components, Notes* notes);
+
+/// "none of its 5 X cells is present" or "only 2 of its 5 X cells are present", with the name of the block.
+std::string PresentCellsText(const std::string& block, int present, int variables);
+
+}  // namespace kalmia::analysis

@@ -1,0 +1,133 @@
+#pragma once
+
+#include <memory>
+#include <string>
+#include <variant>
+#include <vector>
+
+#include "kalmia/analysis/model/ComponentRecord.h"
+#include "kalmia/analysis/steps/StepChain.h"
+#include "kalmia/o2pls/NCYOrthogonalPLS.h"
+#include "kalmia/pcapls/NCPCA.h"
+#include "kalmia/pcapls/NCPLS.h"
+#include "kalmia/pcapls/NCScale.h"
+
+namespace kalmia::analysis {
+
+/// Of the files that models are written to; this one and all before it are read.
+inline constexpr int kModelVersion = 3;
+
+/// What a stored model has whatever its kind: where it comes from, and what turns new rows of a table into its X.
+struct ModelFrame {
+  int fileVersion = kModelVersion;       ///< of the file that it was read from
+  std::string writtenBy;                 ///< version of the command
+  std::string table;                     ///< file that it was fitted to
+  std::string idColumn;                  ///< column that named the rows; empty if they were numbered
+  std::string groupColumn;               ///< column of the cross-validation groups; empty for every n-th row
+  int groups = 0;
+  NCScale::Scaling scaling = NCScale::ScalingUnitVariance;
+  StepChain chain;  ///< what made X of the columns of the table; without steps they are X themselves. O2PLS and
+                    ///< filters have none
+  std::vector<std::string> xNames;
+  std::vector<std::string> rowNames;
+  std::unique_ptr<NCScale> xScale;
+  double pooledDeviation = 0.0;  ///< pooled s of the training rows
+  std::string inputBlock = "X";  ///< how messages call the block of xNames; not in the file
+};
+
+/// How well a Y column is fitted, in its own units.
+struct YQuality {
+  int rows = 0;         ///< rows with a measured and a fitted value
+  double rmsee = 0.0;   ///< sqrt(SSE / (rows - 1 - A)); not a number without a degree of freedom
+  double rmsecv = 0.0;  ///< root mean square of the cross-validated residuals of the last kept component
+};
+
+/// What a model that predicts Y has beside that.
+struct YModelFrame : ModelFrame {
+  std::vector<std::string> yNames;
+  std::unique_ptr<NCScale> yScale;
+  std::vector<YQuality> quality;  ///< one for each Y column
+};
+
+/// A PLS model with everything that turns new rows of a table into predictions.
+struct StoredPLS : YModelFrame {
+  static constexpr int kKind = 1;
+
+  std::unique_ptr<NCPLS> pls;
+  std::vector<ComponentRecord> components;  ///< one for each component of the model
+
+  int Components() const { return static_cast<int>(components.size()); }
+};
+
+/// Principal components with everything that turns new rows of a table into scores.
+struct StoredPCA : ModelFrame {
+  static constexpr int kKind = 2;
+
+  std::unique_ptr<NCPCA> pca;
+  std::vector<PCAComponentRecord> components;  ///< one for each component of the model
+
+  int Components() const { return static_cast<int>(components.size()); }
+};
+
+/// The matrices of an OPLS model of A predictive and O orthogonal components, see NCOPLS: components in rows.
+struct OPLSMatrices {
+  std::vector<NCDataMatrix<float>> w, p, c;  ///< O + 1 blocks of A rows
+  NCDataMatrix<float> wo, po, co, to;        ///< O rows
+  NCDataMatrix<float> t;                     ///< A rows
+};
+
+/// An OPLS model with everything that turns new rows of a table into predictions.
+struct StoredOPLS : YModelFrame {
+  static constexpr int kKind = 3;
+
+  OPLSMatrices opls;
+  std::vector<OPLSComponentRecord> components;  ///< the predictive components of the model, then the orthogonal ones
+
+  int Components() const { return static_cast<int>(components.size()); }
+  int Predictive() const { return opls.t.SizeRows(); }
+  int Orthogonal() const { return opls.wo.SizeRows(); }
+};
+
+/// The matrices of an O2PLS model of A joint components, Ox unique to X and Oy unique to Y, see NCO2PLS: components in
+/// rows.
+struct O2PLSMatrices {
+  NCDataMatrix<float> t, u, p, w, c, q;     ///< A rows
+  NCDataMatrix<float> to, wo, po, s;        ///< Ox rows
+  NCDataMatrix<float> uo, co, qo, r;        ///< Oy rows
+  NCDataMatrix<float> lambda, xLambda;      ///< A x A
+};
+
+/// An O2PLS model with everything that turns new rows of one block into predictions of the other. As a YModelFrame it
+/// predicts Y from X; TurnAround makes it predict X from Y.
+struct StoredO2PLS : YModelFrame {
+  static constexpr int kKind = 4;
+
+  std::string yTable;     ///< file of the Y block
+  O2PLSMatrices o2pls;
+  std::vector<O2PLSComponentRecord> components;  ///< the joint ones, those unique to X, those unique to Y
+  double yPooledDeviation = 0.0;                 ///< of Y, pooled s of the training rows
+
+  int Joint() const { return o2pls.t.SizeRows(); }
+  int XUnique() const { return o2pls.to.SizeRows(); }
+  int YUnique() const { return o2pls.uo.SizeRows(); }
+  int Components() const { return Joint() + XUnique(); }  ///< those of the block that it predicts from
+};
+
+/// Swaps the blocks: the model then predicts what it did predict from. `components` stay as they are.
+void TurnAround(StoredO2PLS* model);
+
+/// A filter that takes out of X what has nothing to do with Y, with everything that applies it to new rows of a table.
+struct StoredFilter : ModelFrame {
+  static constexpr int kKind = 5;
+
+  std::vector<std::string> yNames;
+  std::unique_ptr<NCYOrthogonalPLS> filter;
+  std::vector<FilterComponentRecord> components;  ///< one for each component of the filter
+
+  int Components() const { return static_cast<int>(components.size()); }
+};
+
+/// A model of any kind. Each kind has its number in the file, kKind, its frame, and Components().
+using StoredModel = std::variant<StoredPLS, StoredPCA, StoredOPLS, StoredO2PLS, StoredFilter>;
+
+}  // namespace kalmia::analysis

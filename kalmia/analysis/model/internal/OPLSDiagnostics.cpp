@@ -1,0 +1,146 @@
+#include "kalmia/analysis/model/internal/OPLSDiagnostics.h"
+
+#include <cmath>
+#include <limits>
+#include <utility>
+
+#include "kalmia/analysis/steps/Scaling.h"
+#include "kalmia/containers/Missing.h"
+
+namespace kalmia::analysis {
+
+namespace {
+
+using Functional = std::vector<double>;  ///< a linear function of a row of X, one factor for each column
+
+double Present(float cell) { return cell == static_cast<float>(kMissing) ? 0.0 : cell; }
+
+double SumOfSquares(const NCDataVector<float>& v) {
+  double sum = 0.0;
+  for (int i = 1; i <= v.Size(); ++i) sum += Present(v[i]) * Present(v[i]);
+  return sum;
+}
+
+/// The score that a row has along w.
+Functional ScoreAlong(const NCDataVector<float>& w) {
+  Functional score;
+  const double ss = SumOfSquares(w);
+  for (int k = 1; k <= w.Size(); ++k) score.push_back(ss > 0.0 ? Present(w[k]) / ss : 0.0);
+  return score;
+}
+
+/// `function` of the row less t p' becomes a function of the row itself, t being the function `score` of it.
+void TakeBack(const NCDataVector<float>& p, const Functional& score, Functional* function) {
+  double share = 0.0;
+  for (std::size_t k = 0; k < score.size(); ++k) share += Present(p[static_cast<int>(k) + 1]) * (*function)[k];
+  for (std::size_t k = 0; k < score.size(); ++k) (*function)[k] -= share * score[k];
+}
+
+/// Score `along`, after the rows up to `last` of `scores` times those of `away` have been taken off one by one.
+Functional ScoreBehind(Functional along, const NCDataMatrix<float>& scores, const NCDataMatrix<float>& away, int last) {
+  for (int a = last; a >= 1; --a) TakeBack(away[a], ScoreAlong(scores[a]), &along);
+  return along;
+}
+
+/// The scores of all components as functions of a row of X: orthogonal ones, then predictive ones.
+std::vector<Functional> ScoresOf(const OPLSMatrices& opls) {
+  std::vector<Functional> scores;
+  const auto throughFilter = [&](Functional function) {
+    for (int o = static_cast<int>(scores.size()); o >= 1; --o) {
+      if (o <= opls.wo.SizeRows()) TakeBack(opls.po[o], scores[static_cast<std::size_t>(o - 1)], &function);
+    }
+    return function;
+  };
+  for (int o = 1; o <= opls.wo.SizeRows(); ++o) {
+    const NCDataMatrix<float>& w = opls.w[static_cast<std::size_t>(o - 1)];
+    scores.push_back(throughFilter(ScoreBehind(ScoreAlong(opls.wo[o]), w, w, w.SizeRows())));
+  }
+  const NCDataMatrix<float>& w = opls.w.back();
+  for (int a = 1; a <= w.SizeRows(); ++a) {
+    scores.push_back(throughFilter(ScoreBehind(ScoreAlong(w[a]), w, opls.p.back(), a - 1)));
+  }
+  return scores;
+}
+
+/// The root of K times the share of each column in squares of the rows of `vectors`, each weighted by its number.
+std::vector<double> Importance(const NCDataMatrix<float>& vectors, const std::vector<double>& weights) {
+  std::vector<double> vip(static_cast<std::size_t>(vectors.SizeColumns()), 0.0);
+  double total = 0.0;
+  for (int a = 1; a <= vectors.SizeRows(); ++a) {
+    const double weight = weights[static_cast<std::size_t>(a - 1)];
+    const double length = SumOfSquares(vectors[a]);
+    total += weight;
+    for (std::size_t k = 0; k < vip.size(); ++k) {
+      const double cell = Present(vectors[a][static_cast<int>(k) + 1]);
+      vip[k] += weight * cell * cell / length;
+    }
+  }
+  for (double& each : vip) each = std::sqrt(vectors.SizeColumns() * each / total);
+  return vip;
+}
+
+}  // namespace
+
+Coefficients CoefficientsInOriginalUnits(const StoredOPLS& model) {
+  const OPLSMatrices& opls = model.opls;
+  const std::vector<Functional> scores = ScoresOf(opls);
+  const int orthogonal = model.Orthogonal();
+  Coefficients coefficients;
+  const auto yColumns = static_cast<int>(model.yNames.size());
+  for (int j = 1; j <= yColumns; ++j) coefficients.intercepts.push_back(CentreOf(*model.yScale, j));
+  for (int k = 1; k <= static_cast<int>(model.xNames.size()); ++k) {
+    std::vector<double> slopes;
+    for (int j = 1; j <= yColumns; ++j) {
+      double scaled = 0.0;
+      for (int i = 1; i <= static_cast<int>(scores.size()); ++i) {
+        const float c = i <= orthogonal ? opls.co[i][j] : opls.c.back()[i - orthogonal][j];
+        scaled += scores[static_cast<std::size_t>(i - 1)][static_cast<std::size_t>(k - 1)] * Present(c);
+      }
+      slopes.push_back(scaled * FactorOf(*model.xScale, k) / FactorOf(*model.yScale, j));
+      coefficients.intercepts[static_cast<std::size_t>(j - 1)] -= slopes.back() * CentreOf(*model.xScale, k);
+    }
+    coefficients.slopes.push_back(std::move(slopes));
+  }
+  return coefficients;
+}
+
+std::vector<double> PredictiveImportance(const StoredOPLS& model) {
+  std::vector<double> weights;
+  for (int a = 1; a <= model.Predictive(); ++a)
+    weights.push_back(SumOfSquares(model.opls.c.back()[a]) * SumOfSquares(model.opls.t[a]));
+  return Importance(model.opls.w.back(), weights);
+}
+
+std::vector<double> OrthogonalImportance(const StoredOPLS& model) {
+  if (model.Orthogonal() == 0) return std::vector<double>(model.xNames.size(), 0.0);
+  std::vector<double> weights;
+  for (int o = 1; o <= model.Orthogonal(); ++o)
+    weights.push_back(SumOfSquares(model.opls.po[o]) * SumOfSquares(model.opls.to[o]));
+  return Importance(model.opls.po, weights);
+}
+
+ColumnWithScores RelateColumn(const NCDataMatrix<float>& x, int k, const NCDataVector<float>& scores) {
+  double n = 0.0, sumX = 0.0, sumT = 0.0;
+  const auto forEachPair = [&](const auto& action) {
+    for (int i = 1; i <= x.SizeRows(); ++i)
+      if (x[i][k] != static_cast<float>(kMissing) && scores[i] != static_cast<float>(kMissing))
+        action(static_cast<double>(x[i][k]), static_cast<double>(scores[i]));
+  };
+  forEachPair([&](double cell, double score) {
+    n += 1.0;
+    sumX += cell;
+    sumT += score;
+  });
+  double xx = 0.0, xt = 0.0, tt = 0.0;
+  forEachPair([&](double cell, double score) {
+    const double dx = cell - sumX / n;
+    const double dt = score - sumT / n;
+    xx += dx * dx;
+    xt += dx * dt;
+    tt += dt * dt;
+  });
+  const double none = std::numeric_limits<double>::quiet_NaN();
+  return {n > 1.0 ? xt / (n - 1.0) : none, xt / std::sqrt(xx * tt)};
+}
+
+}  // namespace kalmia::analysis

@@ -1,0 +1,127 @@
+#include "kalmia/analysis/report/ClusterReport.h"
+
+#include <algorithm>
+
+#include "kalmia/analysis/report/internal/TableJson.h"
+#include "kalmia/analysis/steps/Scaling.h"
+#include "kalmia/analysis/table/CsvText.h"
+#include "kalmia/analysis/text/DisplayText.h"
+#include "kalmia/analysis/text/Numbers.h"
+#include "kalmia/analysis/text/internal/TextTable.h"
+
+namespace kalmia::analysis {
+
+namespace {
+
+constexpr int kDigits = 6;
+constexpr int kMergesShown = 10;  ///< the last ones; --merges has all
+
+int RowsOf(const ClusterResult& result, int id) {
+  return id < result.data.Rows() ? 1 : result.merges[static_cast<std::size_t>(id - result.data.Rows())].rows;
+}
+
+/// The merges from the last one back: how many clusters there are before it, and what it merges.
+std::string LastMergesText(const ClusterResult& result) {
+  TextTable table;
+  for (const char* title : {"clusters", "next merge at", "of rows"}) table.AddColumn(title, TextTable::Align::Right);
+  const int merges = static_cast<int>(result.merges.size());
+  for (int k = merges - 1; k >= 0 && merges - k <= kMergesShown; --k) {
+    const ClusterMerge& merge = result.merges[static_cast<std::size_t>(k)];
+    table.AddRow({std::to_string(result.data.Rows() - k), Significant(merge.height, kDigits),
+                  std::to_string(RowsOf(result, merge.left)) + " + " + std::to_string(RowsOf(result, merge.right))});
+  }
+  const int more = merges - std::min(merges, kMergesShown);
+  return table.Text() + (more == 0 ? "" : "  and " + std::to_string(more) + " more; the CSV file has all of them\n");
+}
+
+std::string ClustersText(const ClusterResult& result) {
+  TextTable table;
+  for (const char* title : {"cluster", "rows", "highest merge"}) table.AddColumn(title, TextTable::Align::Right);
+  int number = 0;
+  for (const ClusterSummary& cluster : SummariesOf(result)) {
+    table.AddRow({std::to_string(++number), std::to_string(cluster.rows),
+                  cluster.rows == 1 ? "-" : Significant(cluster.highest, kDigits)});
+  }
+  TextTable rows;
+  rows.AddColumn("row", TextTable::Align::Left);
+  rows.AddColumn("cluster", TextTable::Align::Right);
+  for (std::size_t r = 0; r < result.clusterOf.size(); ++r) {
+    rows.AddRow({result.data.rowNames[r], std::to_string(result.clusterOf[r])});
+  }
+  return "\nCut into " + Counted(static_cast<std::size_t>(result.Clusters()), "cluster") + "\n\n" + table.Text() +
+         "\n" + rows.Text();
+}
+
+Json MergesJson(const ClusterResult& result) {
+  Json merges = Json::array();
+  for (const ClusterMerge& merge : result.merges) {
+    merges.push_back({{"clusters", {std::min(merge.left, merge.right), std::max(merge.left, merge.right)}},
+                      {"height", JsonNumber(AsWritten(merge.height))},
+                      {"rows", merge.rows}});
+  }
+  return merges;
+}
+
+Json CutJson(const ClusterResult& result) {
+  if (!result.IsCut()) return nullptr;
+  Json cut = {{"clusters", Json::array()}, {"rows", Json::array()}};
+  for (const ClusterSummary& cluster : SummariesOf(result)) {
+    cut["clusters"].push_back({{"rows", cluster.rows}, {"highestMerge", JsonNumber(AsWritten(cluster.highest))}});
+  }
+  for (std::size_t r = 0; r < result.clusterOf.size(); ++r) {
+    cut["rows"].push_back({{"name", result.data.rowNames[r]}, {"cluster", result.clusterOf[r]}});
+  }
+  return cut;
+}
+
+}  // namespace
+
+std::string ClusterText(const ClusterResult& result) {
+  std::string text = result.Title() + ": " + Counted(static_cast<std::size_t>(result.data.Rows()), "row") + ", " +
+                     Counted(result.data.columnNames.size(), "column") + " " + ScalingText(result.scaling) +
+                     "\nCophenetic correlation " + Fixed(result.copheneticCorrelation, 4) + "\n\n" +
+                     LastMergesText(result);
+  return result.IsCut() ? text + ClustersText(result) : text;
+}
+
+std::string ClusterJson(const CsvTable& table, const ClusterResult& result, const Notes& notes,
+                        const std::vector<std::string>& written) {
+  Json json = JsonHeader("kalmia-cluster");
+  json["table"] = TableJson(table);
+  json["method"] = result.method;
+  json["scaling"] = ScalingWord(result.scaling);
+  json["x"] = {{"columns", result.data.columnNames}, {"missingCells", result.data.cells.GetNumMisVal()}};
+  json["leftOut"] = {{"textColumns", result.data.textColumns},
+                     {"constantColumns", result.data.constantColumns},
+                     {"emptyColumns", result.data.emptyColumns}};
+  json["copheneticCorrelation"] = JsonNumber(result.copheneticCorrelation);
+  json["merges"] = MergesJson(result);
+  json["cut"] = CutJson(result);
+  json["files"] = Json::array();
+  for (const std::string& path : written) json["files"].push_back(path);
+  json["notes"] = notes.Lines();
+  return JsonText(json);
+}
+
+std::string ClusterCsv(const ClusterResult& result, const CsvMarks& marks) {
+  CsvText csv(marks);
+  csv.Field("row").Field("cluster").EndLine();
+  for (std::size_t r = 0; r < result.clusterOf.size(); ++r) {
+    csv.Field(result.data.rowNames[r]).Field(std::to_string(result.clusterOf[r])).EndLine();
+  }
+  return csv.Text();
+}
+
+std::string MergesCsv(const ClusterResult& result, const CsvMarks& marks) {
+  CsvText csv(marks);
+  for (const char* title : {"cluster 1", "cluster 2", "height", "rows"}) csv.Field(title);
+  csv.EndLine();
+  for (const ClusterMerge& merge : result.merges) {
+    csv.Field(std::to_string(std::min(merge.left, merge.right)));
+    csv.Field(std::to_string(std::max(merge.left, merge.right)));
+    csv.Number(AsWritten(merge.height)).Field(std::to_string(merge.rows)).EndLine();
+  }
+  return csv.Text();
+}
+
+}  // namespace kalmia::analysis

@@ -1,0 +1,21 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "kalmia/analysis/cluster/ClusterResult.h"
+#include "kalmia/analysis/table/CsvMarks.h"
+#include "kalmia/analysis/text/Json.h"
+#include "kalmia/analysis/text/Notes.h"
+
+namespace kalmia::analysis {
+
+std::string ClusterText(const ClusterResult& result);
+std::string ClusterJson(const CsvTable& table, const ClusterResult& result, const Notes& notes,
+                        const std::vector<std::string>& written);
+/// name,cluster of each row.
+std::string ClusterCsv(const ClusterResult& result, const CsvMarks& marks);
+/// The merges in the columns of a linkage matrix: two clusters, the smaller number first, height, rows.
+std::string MergesCsv(const ClusterResult& result, const CsvMarks& marks);
+
+}  // namespace kalmia::analysis

@@ -1,0 +1,17 @@
+#pragma once
+
+#include <string>
+
+#include "kalmia/analysis/table/Description.h"
+#include "kalmia/analysis/text/Notes.h"
+
+namespace kalmia::analysis {
+
+/// A line for each column of numbers, then the columns of text, the constant and the empty ones, and the words among
+/// numbers.
+std::string DescriptionText(const Description& description);
+
+/// The same as JSON, format kalmia-describe.
+std::string DescriptionJson(const Description& description, const Notes& notes);
+
+}  // namespace kalmia::analysis

@@ -1,0 +1,30 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "kalmia/analysis/fit/FilterOutcome.h"
+#include "kalmia/analysis/model/ComponentRecord.h"
+#include "kalmia/analysis/table/CsvTable.h"
+#include "kalmia/analysis/text/Json.h"
+#include "kalmia/analysis/text/Notes.h"
+
+namespace kalmia::analysis {
+
+/// The components of a filter, one line each: what they take out of X, and their angle to Y.
+std::string FilterComponentText(const std::vector<FilterComponentRecord>& components);
+Json FilterComponentJson(const std::vector<FilterComponentRecord>& components);
+
+/// The files that a filter and the filtered table are written to.
+struct FilterFiles {
+  std::string out;
+  std::string saved;  ///< empty if the filter is not stored
+};
+
+/// What `kalmia filter` prints, with a filter just made and with a stored one.
+std::string FilterText(const CsvTable& table, const FilterOutcome& outcome, const FilterFiles& files);
+/// The same as JSON, format kalmia-filter.
+std::string FilterJson(const CsvTable& table, const FilterOutcome& outcome, const FilterFiles& files,
+                       const Notes& notes);
+
+}  // namespace kalmia::analysis

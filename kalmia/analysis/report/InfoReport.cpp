@@ -1,0 +1,243 @@
+#include "kalmia/analysis/report/InfoReport.h"
+
+#include <variant>
+
+#include "kalmia/analysis/report/FilterReport.h"
+#include "kalmia/analysis/report/internal/ComponentTable.h"
+#include "kalmia/analysis/report/internal/O2PLSTables.h"
+#include "kalmia/analysis/report/internal/OPLSTables.h"
+#include "kalmia/analysis/report/internal/PCATables.h"
+#include "kalmia/analysis/report/internal/StepChainReport.h"
+#include "kalmia/analysis/steps/Scaling.h"
+#include "kalmia/analysis/text/DisplayText.h"
+#include "kalmia/analysis/text/Json.h"
+#include "kalmia/analysis/text/Numbers.h"
+#include "kalmia/analysis/text/internal/TextTable.h"
+
+namespace kalmia::analysis {
+
+namespace {
+
+constexpr std::size_t kLineWidth = 100;
+constexpr std::size_t kLabelWidth = 18;
+constexpr int kDigits = 6;
+constexpr int kQ2Decimals = 4;
+
+std::string Labelled(const std::string& label, const std::string& text) {
+  return label + std::string(kLabelWidth - label.size(), ' ') + text + "\n";
+}
+
+/// The names after the label, separated by commas, in lines that fit a screen.
+std::string LabelledNames(const std::string& label, const std::vector<std::string>& names) {
+  std::string text;
+  std::string line;
+  for (std::size_t i = 0; i < names.size(); ++i) {
+    const std::string name = OneLine(names[i]) + (i + 1 < names.size() ? "," : "");
+    if (!line.empty() && kLabelWidth + DisplayWidth(line) + 1 + DisplayWidth(name) > kLineWidth) {
+      text += Labelled(text.empty() ? label : "", line);
+      line.clear();
+    }
+    line += (line.empty() ? "" : " ") + name;
+  }
+  return text + Labelled(text.empty() ? label : "", line);
+}
+
+std::string GroupsText(const ModelFrame& model) {
+  return std::to_string(model.groups) + " groups" +
+         (model.groupColumn.empty() ? "" : " of column " + OneLine(model.groupColumn));
+}
+
+std::string RowsText(const ModelFrame& model) {
+  return std::to_string(model.rowNames.size()) +
+         (model.idColumn.empty() ? "" : ", named by column " + OneLine(model.idColumn));
+}
+
+Json ColumnsJson(const std::vector<std::string>& names, const NCScale& scale) {
+  Json list = Json::array();
+  for (std::size_t i = 0; i < names.size(); ++i) {
+    const int variable = static_cast<int>(i) + 1;
+    list.push_back({{"name", names[i]}, {"centre", CentreOf(scale, variable)}, {"factor", FactorOf(scale, variable)}});
+  }
+  return list;
+}
+
+std::string StepsText(const StepChain& chain) {
+  if (chain.Empty()) return "";
+  std::string text = Labelled("Preprocessing", "of " + Counted(chain.inputNames.size(), "column"));
+  for (const LearntStep& step : chain.steps) text += Labelled("", LearntText(step));
+  return text;
+}
+
+// What each kind of model shows of its own: its name, lines of the list, tables below it, and fields of the JSON
+// output.
+
+std::string KindName(const StoredPLS& /*model*/) { return "PLS"; }
+std::string KindName(const StoredPCA& /*model*/) { return "PCA"; }
+std::string KindName(const StoredOPLS& /*model*/) { return "OPLS"; }
+std::string KindName(const StoredO2PLS& /*model*/) { return "O2PLS"; }
+std::string KindName(const StoredFilter& /*model*/) { return "filter of what has nothing to do with Y"; }
+
+const char* InfoFormat(const StoredPLS& /*model*/) { return "kalmia-info"; }
+const char* InfoFormat(const StoredPCA& /*model*/) { return "kalmia-info-pca"; }
+const char* InfoFormat(const StoredOPLS& /*model*/) { return "kalmia-info-opls"; }
+const char* InfoFormat(const StoredO2PLS& /*model*/) { return "kalmia-info-o2pls"; }
+const char* InfoFormat(const StoredFilter& /*model*/) { return "kalmia-info-filter"; }
+
+std::string JudgementLines(const ModelFrame& model) {
+  return Labelled("Cross-validation", GroupsText(model)) +
+         Labelled("Pooled deviation", Significant(model.pooledDeviation, kDigits) + " of " + model.inputBlock +
+                                          ", in scaled units");
+}
+std::string JudgementLines(const StoredFilter& /*model*/) { return ""; }
+
+void AddJudgementJson(const ModelFrame& model, Json* json) {
+  (*json)["crossValidation"] = {{"groups", model.groups},
+                                {"groupColumn", model.groupColumn.empty() ? Json(nullptr) : Json(model.groupColumn)}};
+  (*json)["pooledDeviation"] = JsonNumber(model.pooledDeviation);
+}
+void AddJudgementJson(const StoredFilter& /*model*/, Json* /*json*/) {}
+
+std::string OwnLines(const YModelFrame& model) { return LabelledNames("Y", model.yNames); }
+std::string OwnLines(const StoredPCA& /*model*/) { return ""; }
+std::string OwnLines(const StoredO2PLS& model) {
+  return Labelled("Y block of", OneLine(model.yTable)) +
+         Labelled("Y columns", std::to_string(model.yNames.size()) + ", " + ScalingText(model.scaling)) +
+         LabelledNames("", model.yNames) +
+         Labelled("", "pooled deviation " + Significant(model.yPooledDeviation, kDigits) + " of Y, in scaled units");
+}
+
+std::string OwnLines(const StoredFilter& model) { return LabelledNames("Y", model.yNames); }
+
+std::string OwnTables(const StoredPLS& model) {
+  return ComponentText(model.components, model.yNames) + "\n" + QualityText(model);
+}
+
+std::string OwnTables(const StoredPCA& model) { return PCAComponentText(model.components); }
+
+std::string OwnTables(const StoredOPLS& model) {
+  return OPLSComponentText(model.components) + "\n" + QualityText(model);
+}
+
+std::string OwnTables(const StoredO2PLS& model) {
+  return O2PLSComponentText(model.components) + "\n" + SharesText(model.components);
+}
+
+std::string OwnTables(const StoredFilter& model) { return FilterComponentText(model.components); }
+
+void AddOwnJson(const StoredPLS& model, Json* json) {
+  (*json)["y"] = ColumnsJson(model.yNames, *model.yScale);
+  (*json)["components"] = ComponentJson(model.components, model.yNames);
+  (*json)["quality"] = QualityJson(model);
+}
+
+void AddOwnJson(const StoredPCA& model, Json* json) { (*json)["components"] = PCAComponentJson(model.components); }
+
+void AddOwnJson(const StoredOPLS& model, Json* json) {
+  (*json)["y"] = ColumnsJson(model.yNames, *model.yScale);
+  (*json)["components"] = OPLSComponentJson(model.components);
+  (*json)["quality"] = QualityJson(model);
+}
+
+void AddOwnJson(const StoredO2PLS& model, Json* json) {
+  (*json)["yTable"] = model.yTable;
+  (*json)["y"] = ColumnsJson(model.yNames, *model.yScale);
+  (*json)["yPooledDeviation"] = JsonNumber(model.yPooledDeviation);
+  (*json)["components"] = O2PLSComponentJson(model.components);
+  (*json)["shares"] = SharesJson(model.components);
+}
+
+void AddOwnJson(const StoredFilter& model, Json* json) {
+  (*json)["y"] = model.yNames;
+  (*json)["components"] = FilterComponentJson(model.components);
+}
+
+template <class Model>
+std::string ModelText(const Model& model, const std::string& file) {
+  return Labelled("Model file", file + ", version " + std::to_string(model.fileVersion)) +
+         Labelled("Kind", KindName(model)) + Labelled("Written by", "kalmia " + OneLine(model.writtenBy)) +
+         Labelled("Fitted to", OneLine(model.table)) + Labelled("Rows", RowsText(model)) + OwnLines(model) +
+         StepsText(model.chain) +
+         Labelled("X columns", std::to_string(model.xNames.size()) + ", " + ScalingText(model.scaling)) +
+         LabelledNames("", model.xNames) + JudgementLines(model) + "\n" + OwnTables(model);
+}
+
+template <class Model>
+std::string ModelJson(const Model& model, const std::string& file) {
+  Json json = JsonHeader(InfoFormat(model));
+  json["model"] = file;
+  json["modelFileVersion"] = model.fileVersion;
+  json["writtenBy"] = model.writtenBy;
+  json["table"] = model.table;
+  json["idColumn"] = model.idColumn.empty() ? Json(nullptr) : Json(model.idColumn);
+  json["scaling"] = ScalingWord(model.scaling);
+  json["preprocessing"] = ChainJson(model.chain);
+  json["x"] = ColumnsJson(model.xNames, *model.xScale);
+  json["rows"] = model.rowNames;
+  AddJudgementJson(model, &json);
+  AddOwnJson(model, &json);
+  return JsonText(json);
+}
+
+/// What the steps of a cross-validation added: the predictive components together, then each orthogonal one.
+std::vector<std::string> CvStepNames(const StoredOPLSCv& cv) {
+  std::vector<std::string> names = {Counted(static_cast<std::size_t>(cv.state.predictive), "predictive component")};
+  for (std::size_t s = 1; s < cv.state.steps.size(); ++s) names.push_back("orthogonal " + std::to_string(s));
+  return names;
+}
+
+}  // namespace
+
+std::string InfoText(const StoredModel& model, const std::string& file) {
+  return std::visit([&file](const auto& own) { return ModelText(own, file); }, model);
+}
+
+std::string InfoJson(const StoredModel& model, const std::string& file) {
+  return std::visit([&file](const auto& own) { return ModelJson(own, file); }, model);
+}
+
+std::string InfoText(const StepChain& chain, const std::string& file) {
+  const std::vector<std::string> names = OutputNames(chain);
+  return Labelled("Steps file", file) + StepsText(chain) + LabelledNames("Takes", chain.inputNames) +
+         Labelled("Makes", Counted(names.size(), "column")) + LabelledNames("", names);
+}
+
+std::string InfoJson(const StepChain& chain, const std::string& file) {
+  Json json = JsonHeader("kalmia-info-steps");
+  json["stepsFile"] = file;
+  json["columns"] = chain.inputNames;
+  json["steps"] = ChainJson(chain);
+  json["outColumns"] = OutputNames(chain);
+  return JsonText(json);
+}
+
+std::string InfoText(const StoredOPLSCv& cv, const std::string& file) {
+  TextTable table;
+  table.AddColumn("step", TextTable::Align::Left);
+  table.AddColumn("Q2 cum", TextTable::Align::Right);
+  const std::vector<std::string> names = CvStepNames(cv);
+  for (std::size_t s = 0; s < names.size(); ++s) table.AddRow({names[s], Fixed(cv.state.steps[s].q2Cum, kQ2Decimals)});
+  return Labelled("Cross-validation", file + ", of kalmia opls") +
+         Labelled("Written by", "kalmia " + OneLine(cv.writtenBy)) +
+         Labelled("Rows", std::to_string(cv.groups.Size()) + ", in " + std::to_string(cv.rounds) + " groups") +
+         LabelledNames("Y", cv.yNames) +
+         Labelled("X columns", std::to_string(cv.xNames.size()) + ", " + ScalingText(cv.scaling)) +
+         LabelledNames("", cv.xNames) + "\n" + table.Text();
+}
+
+std::string InfoJson(const StoredOPLSCv& cv, const std::string& file) {
+  Json json = JsonHeader("kalmia-info-crossvalidation");
+  json["crossValidation"] = file;
+  json["writtenBy"] = cv.writtenBy;
+  json["scaling"] = ScalingWord(cv.scaling);
+  json["x"] = cv.xNames;
+  json["y"] = cv.yNames;
+  json["groups"] = cv.rounds;
+  json["groupOfRow"] = Json::array();
+  for (const int group : cv.groups) json["groupOfRow"].push_back(group + 1);
+  json["predictive"] = cv.state.predictive;
+  json["q2Cum"] = Json::array();
+  for (const OPLSCvStep& step : cv.state.steps) json["q2Cum"].push_back(JsonNumber(AsWritten(step.q2Cum)));
+  return JsonText(json);
+}
+
+}  // namespace kalmia::analysis

@@ -1,0 +1,17 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "kalmia/analysis/fit/OPLSOutcome.h"
+#include "kalmia/analysis/table/CsvText.h"
+
+namespace kalmia::analysis {
+
+/// The files that `kalmia opls --csv` writes; docs/command/opls.md describes them. `outcome` has a model.
+std::vector<CsvFile> OPLSCsvFiles(const OPLSOutcome& outcome, const CsvMarks& marks);
+
+/// Their names, before there is anything to write.
+std::vector<std::string> OPLSCsvFileNames();
+
+}  // namespace kalmia::analysis

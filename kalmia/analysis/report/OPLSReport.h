@@ -1,0 +1,19 @@
+#pragma once
+
+#include <string>
+
+#include "kalmia/analysis/fit/OPLSOutcome.h"
+#include "kalmia/analysis/report/WrittenFiles.h"
+#include "kalmia/analysis/table/CsvTable.h"
+#include "kalmia/analysis/text/Notes.h"
+
+namespace kalmia::analysis {
+
+/// What `kalmia opls` prints: for each component what it is, R2X, R2Y, Q2 with its limit and the verdict, then RMSEE
+/// and RMSECV. `files` names what was written.
+std::string OPLSText(const OPLSOutcome& outcome, const FitFiles& files);
+
+/// The same as JSON, format kalmia-opls.
+std::string OPLSJson(const CsvTable& table, const OPLSOutcome& outcome, const Notes& notes, const FitFiles& files);
+
+}  // namespace kalmia::analysis

@@ -1,0 +1,19 @@
+#pragma once
+
+#include <string>
+
+#include "kalmia/analysis/fit/PCAOutcome.h"
+#include "kalmia/analysis/report/WrittenFiles.h"
+#include "kalmia/analysis/table/CsvTable.h"
+#include "kalmia/analysis/text/Notes.h"
+
+namespace kalmia::analysis {
+
+/// What `kalmia pca` prints: for each component R2X, Q2 with its limit and the verdicts, then loadings and scores by
+/// name. `files` names what was written.
+std::string PCAText(const PCAOutcome& outcome, const FitFiles& files);
+
+/// The same as JSON, format kalmia-pca.
+std::string PCAJson(const CsvTable& table, const PCAOutcome& outcome, const Notes& notes, const FitFiles& files);
+
+}  // namespace kalmia::analysis

@@ -1,0 +1,24 @@
+#pragma once
+
+#include <string>
+
+#include "kalmia/analysis/steps/PreprocessedTable.h"
+#include "kalmia/analysis/table/CsvTable.h"
+#include "kalmia/analysis/text/Notes.h"
+
+namespace kalmia::analysis {
+
+/// Where a preprocessed table and its steps went.
+struct PreprocessFiles {
+  std::string out;
+  std::string saved;  ///< the steps; empty: nowhere
+};
+
+/// What `kalmia preprocess` prints: the steps, with what they have learnt.
+std::string PreprocessText(const PreprocessedTable& result, const PreprocessFiles& files);
+
+/// The same as JSON, format kalmia-preprocess.
+std::string PreprocessJson(const CsvTable& table, const PreprocessedTable& result, const PreprocessFiles& files,
+                           const Notes& notes);
+
+}  // namespace kalmia::analysis

@@ -1,0 +1,21 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "kalmia/analysis/chart/SpectrumResult.h"
+#include "kalmia/analysis/table/CsvText.h"
+#include "kalmia/analysis/text/Notes.h"
+
+namespace kalmia::analysis {
+
+/// The correlations and the power of each column, with what is largest of each.
+std::string SpectrumText(const SpectrumResult& result);
+
+/// The same as JSON, format kalmia-spectrum.
+std::string SpectrumJson(const SpectrumResult& result, const Notes& notes);
+
+/// correlation.csv and power.csv.
+std::vector<CsvFile> SpectrumCsvFiles(const SpectrumResult& result, const CsvMarks& marks);
+
+}  // namespace kalmia::analysis

@@ -1,0 +1,28 @@
+#include "kalmia/analysis/report/WrittenFiles.h"
+
+#include <filesystem>
+
+#include "kalmia/analysis/text/DisplayText.h"
+
+namespace kalmia::analysis {
+
+namespace fs = std::filesystem;
+
+std::string WrittenText(const FitFiles& files) {
+  std::string text;
+  if (!files.saved.empty()) text += "\nSaved the model as " + OneLine(files.saved) + "\n";
+  if (!files.savedCv.empty()) text += "\nSaved the cross-validation as " + OneLine(files.savedCv) + "\n";
+  if (files.csv.empty()) return text;
+  std::vector<std::string> names;
+  for (const std::string& path : files.csv) names.push_back(fs::path(path).filename().string());
+  const std::string folder = fs::path(files.csv.front()).parent_path().string();
+  return text + "\nWrote " + Counted(names.size(), "file") + " into " + OneLine(folder) + ": " + Listed(names) + "\n";
+}
+
+std::string WrittenText(const std::vector<std::string>& paths) {
+  std::string text;
+  for (const std::string& path : paths) text += "Wrote " + OneLine(path) + "\n";
+  return text.empty() ? "" : "\n" + text;
+}
+
+}  // namespace kalmia::analysis

@@ -1,0 +1,21 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+namespace kalmia::analysis {
+
+/// Names of the files that a fit has written.
+struct FitFiles {
+  std::string saved;             ///< the stored model; empty if there is none
+  std::string savedCv;           ///< the cross-validation to go on from; empty if there is none
+  std::vector<std::string> csv;  ///< with the folder
+};
+
+/// "Saved the model as ...", "Wrote 11 files into ...", each after an empty line; empty where nothing was written.
+std::string WrittenText(const FitFiles& files);
+
+/// "Wrote ...", a line for each file after an empty line; empty where there are none.
+std::string WrittenText(const std::vector<std::string>& paths);
+
+}  // namespace kalmia::analysis

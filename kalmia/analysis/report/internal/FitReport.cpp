@@ -1,0 +1,64 @@
+#include "kalmia/analysis/report/internal/FitReport.h"
+
+#include "kalmia/analysis/report/internal/StepChainReport.h"
+#include "kalmia/analysis/report/internal/TableJson.h"
+#include "kalmia/analysis/steps/Scaling.h"
+#include "kalmia/analysis/text/DisplayText.h"
+#include "kalmia/analysis/text/Numbers.h"
+
+namespace kalmia::analysis {
+
+namespace {
+
+std::string Percent(int part, double whole) { return Fixed(100.0 * part / whole, 1) + " %"; }
+
+/// "1.2 % of the X cells are missing"; empty if none is.
+std::string MissingText(const ModelData& data) {
+  const double cells = static_cast<double>(data.x.SizeRows()) * data.x.SizeColumns();
+  std::string text;
+  if (data.x.GetNumMisVal() > 0) text += Percent(data.x.GetNumMisVal(), cells) + " of the X cells";
+  if (data.y.GetNumMisVal() > 0) {
+    if (!text.empty()) text += " and ";
+    text += Percent(data.y.GetNumMisVal(), static_cast<double>(data.y.SizeRows()) * data.y.SizeColumns()) +
+            " of the Y cells";
+  }
+  return text.empty() ? "" : "; missing: " + text;
+}
+
+}  // namespace
+
+std::string DataText(const ModelData& data, const ModelFrame& model) {
+  const StepChain& chain = model.chain;
+  const std::string made = chain.Empty() ? "" : "made of " + std::to_string(chain.inputNames.size()) + " ";
+  const std::string steps = chain.Empty() ? "" : "Preprocessing of X:\n" + ChainText(chain);
+  return Counted(data.xNames.size(), "column") + " " + made + "of " + model.table + ", " +
+         Counted(data.rowNames.size(), "row") + "\n" + steps + "X " + ScalingText(model.scaling) + MissingText(data) +
+         "\n\n";
+}
+
+std::string GroupsText(const ModelFrame& model) {
+  return "cross-validated in " + std::to_string(model.groups) + " groups" +
+         (model.groupColumn.empty() ? "" : " of " + OneLine(model.groupColumn));
+}
+
+void AddDataJson(const CsvTable& table, const ModelData& data, const ModelFrame& model, Json* json) {
+  (*json)["table"] = TableJson(table);
+  (*json)["scaling"] = ScalingWord(model.scaling);
+  (*json)["preprocessing"] = ChainJson(model.chain);
+  (*json)["x"] = {{"columns", data.xNames}, {"missingCells", data.x.GetNumMisVal()}};
+  (*json)["rows"] = data.rowNames.size();
+  (*json)["leftOut"] = {{"textColumns", data.textColumns},
+                        {"constantColumns", data.constantColumns},
+                        {"emptyColumns", data.emptyColumns},
+                        {"rows", data.leftOutRows}};
+  (*json)["crossValidation"] = {{"groups", model.groups},
+                                {"groupColumn", model.groupColumn.empty() ? Json(nullptr) : Json(model.groupColumn)}};
+}
+
+void AddFilesJson(const FitFiles& files, const Notes& notes, Json* json) {
+  (*json)["saved"] = files.saved.empty() ? Json(nullptr) : Json(files.saved);
+  (*json)["csvFiles"] = files.csv;
+  (*json)["notes"] = notes.Lines();
+}
+
+}  // namespace kalmia::analysis

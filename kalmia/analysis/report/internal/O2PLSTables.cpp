@@ -1,0 +1,130 @@
+#include "kalmia/analysis/report/internal/O2PLSTables.h"
+
+#include <map>
+
+#include "kalmia/analysis/text/Numbers.h"
+#include "kalmia/analysis/text/internal/TextTable.h"
+
+namespace kalmia::analysis {
+
+namespace {
+
+constexpr int kShareDecimals = 4;
+using Align = TextTable::Align;
+
+std::string Share(double value) { return Fixed(value, kShareDecimals); }
+
+/// The name of the kind for a reader, and for a program.
+struct KindName {
+  const char* text;
+  const char* json;
+};
+
+KindName NameOf(O2PLSComponentRecord::Kind kind) {
+  switch (kind) {
+    case O2PLSComponentRecord::XUnique: return {"X-unique", "xUnique"};
+    case O2PLSComponentRecord::YUnique: return {"Y-unique", "yUnique"};
+    case O2PLSComponentRecord::Joint: break;
+  }
+  return {"joint", "joint"};
+}
+
+/// The block that the component's Q2 is of.
+const char* PredictedBlock(const O2PLSComponentRecord& component) {
+  return component.kind == O2PLSComponentRecord::YUnique ? "X" : "Y";
+}
+
+BlockShares SharesOf(const std::vector<O2PLSComponentRecord>& components, double O2PLSComponentRecord::* share,
+                     O2PLSComponentRecord::Kind unique) {
+  BlockShares shares;
+  for (const O2PLSComponentRecord& component : components) {
+    if (!component.kept) continue;
+    if (component.kind == O2PLSComponentRecord::Joint) shares.joint += component.*share;
+    if (component.kind == unique) shares.unique += component.*share;
+  }
+  return shares;
+}
+
+Json SharesOfBlockJson(const BlockShares& shares) {
+  return {{"joint", JsonNumber(shares.joint)},
+          {"unique", JsonNumber(shares.unique)},
+          {"rest", JsonNumber(shares.Rest())}};
+}
+
+}  // namespace
+
+std::vector<std::string> O2PLSComponentNames(const std::vector<O2PLSComponentRecord>& components) {
+  std::map<O2PLSComponentRecord::Kind, int> numbers;
+  std::vector<std::string> names;
+  for (const O2PLSComponentRecord& component : components) {
+    names.push_back(std::string(NameOf(component.kind).text) + " " + std::to_string(++numbers[component.kind]));
+  }
+  return names;
+}
+
+std::string O2PLSVerdict(const O2PLSComponentRecord& component) {
+  std::string text = SignificanceE::IsSignificant(component.verdict) ? "significant" : "not significant";
+  if (component.verdict == SignificanceE::R2) text = "significant for enough columns";
+  if (component.verdict == SignificanceE::N3) text = "too few rows to tell";
+  if (component.verdict == SignificanceE::NA) text = "not judged";
+  return text + (component.kept ? "" : ", not kept");
+}
+
+std::string O2PLSComponentText(const std::vector<O2PLSComponentRecord>& components) {
+  TextTable table;
+  table.AddColumn("component", Align::Left);
+  for (const char* title : {"R2X", "R2Y", "Q2 of", "Q2"}) table.AddColumn(title, Align::Right);
+  table.AddColumn("code", Align::Left);
+  table.AddColumn("verdict", Align::Left);
+  const std::vector<std::string> names = O2PLSComponentNames(components);
+  for (std::size_t a = 0; a < components.size(); ++a) {
+    const O2PLSComponentRecord& component = components[a];
+    table.AddRow({names[a], Share(component.r2x), Share(component.r2y), PredictedBlock(component), Share(component.q2),
+                  SignificanceE::GetSignificance(component.verdict), O2PLSVerdict(component)});
+  }
+  return table.Text();
+}
+
+Json O2PLSComponentJson(const std::vector<O2PLSComponentRecord>& components) {
+  Json list = Json::array();
+  const std::vector<std::string> names = O2PLSComponentNames(components);
+  for (std::size_t a = 0; a < components.size(); ++a) {
+    const O2PLSComponentRecord& component = components[a];
+    list.push_back({{"component", names[a]},
+                    {"kind", NameOf(component.kind).json},
+                    {"kept", component.kept},
+                    {"code", SignificanceE::GetSignificance(component.verdict)},
+                    {"significant", SignificanceE::IsSignificant(component.verdict)},
+                    {"r2x", JsonNumber(component.r2x)},
+                    {"r2y", JsonNumber(component.r2y)},
+                    {"q2Of", PredictedBlock(component)},
+                    {"q2", JsonNumber(component.q2)},
+                    {"q2Limit", JsonNumber(component.q2Limit)}});
+  }
+  return list;
+}
+
+BlockShares SharesOfX(const std::vector<O2PLSComponentRecord>& components) {
+  return SharesOf(components, &O2PLSComponentRecord::r2x, O2PLSComponentRecord::XUnique);
+}
+
+BlockShares SharesOfY(const std::vector<O2PLSComponentRecord>& components) {
+  return SharesOf(components, &O2PLSComponentRecord::r2y, O2PLSComponentRecord::YUnique);
+}
+
+std::string SharesText(const std::vector<O2PLSComponentRecord>& components) {
+  TextTable table;
+  table.AddColumn("variation of", Align::Left);
+  for (const char* title : {"joint", "unique", "rest"}) table.AddColumn(title, Align::Right);
+  const BlockShares x = SharesOfX(components);
+  const BlockShares y = SharesOfY(components);
+  table.AddRow({"X", Share(x.joint), Share(x.unique), Share(x.Rest())});
+  table.AddRow({"Y", Share(y.joint), Share(y.unique), Share(y.Rest())});
+  return table.Text();
+}
+
+Json SharesJson(const std::vector<O2PLSComponentRecord>& components) {
+  return {{"x", SharesOfBlockJson(SharesOfX(components))}, {"y", SharesOfBlockJson(SharesOfY(components))}};
+}
+
+}  // namespace kalmia::analysis

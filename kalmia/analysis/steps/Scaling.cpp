@@ -1,0 +1,168 @@
+#include "kalmia/analysis/steps/Scaling.h"
+
+#include <algorithm>
+#include <cmath>
+#include <iterator>
+#include <limits>
+
+#include "kalmia/analysis/text/DisplayText.h"
+#include "kalmia/analysis/text/Failure.h"
+#include "kalmia/containers/Missing.h"
+
+namespace kalmia::analysis {
+
+namespace {
+
+constexpr double kTwoStepsBelow = -99.0000153;  ///< the second float below the missing value, or next to it
+
+float NextBelow(float cell) { return std::nextafter(cell, std::numeric_limits<float>::lowest()); }
+
+/// Moves a cell down so far that, once centred, it is no missing value; by two float steps where the centre is.
+float MovedDown(float cell, float centre) {
+  if (centre == kMissingCell<float>) return NextBelow(NextBelow(cell));
+  return std::min(NextBelow(cell), static_cast<float>(centre + kTwoStepsBelow));
+}
+
+/// Moves the cells down that a fitted scaling would lose: all of a column whose centre is the missing value, which the
+/// scaling reads as "not centred", and each that centring turns into it. False if there is none.
+/// The mean of a column around -99 sinks by 99 / 2^23 at least as its cells sink by two float steps each: that is more
+/// than the step between the floats there, so that the next fit finds another centre.
+bool MoveLostCells(const NCScale& scale, NCDataMatrix<float>* matrix) {
+  bool any = false;
+  for (int c = 1; c <= matrix->SizeColumns(); ++c) {
+    if (scale.GetScaleType(c) == NCScale::ScalingNone) continue;
+    const float centre = (*scale.GetCentres())[c];
+    for (int r = 1; r <= matrix->SizeRows(); ++r) {
+      const float cell = (*static_cast<const NCDataMatrix<float>*>(matrix))[r][c];
+      if (cell == kMissingCell<float>) continue;
+      if (centre != kMissingCell<float> && cell - centre != kMissingCell<float>) continue;
+      (*matrix)(r, c, AvoidMissingValue(MovedDown(cell, centre)));
+      any = true;
+    }
+  }
+  return any;
+}
+
+/// Fits the scaling to the matrix and scales that.
+void Fit(const std::vector<std::string>& names, NCScale* scale, NCDataMatrix<float>* matrix) {
+  try {
+    scale->ScaleMatrix(matrix, /*newModel=*/true);
+  } catch (const NCScaleError& error) {
+    const std::string& name = names[static_cast<std::size_t>(error.Column - 1)];
+    throw BadData("column " + Quoted(name) +
+                  " cannot be scaled: " + OneLine(static_cast<const char*>(error.GetMessage())));
+  }
+}
+
+struct ScalingName {
+  NCScale::Scaling scaling;
+  const char* word;
+  const char* text;
+};
+
+constexpr ScalingName kScalingNames[] = {{NCScale::ScalingUnitVariance, "uv", "scaled to unit variance"},
+                                         {NCScale::ScalingPareto, "pareto", "Pareto scaled"},
+                                         {NCScale::ScalingCentre, "centre", "centred"},
+                                         {NCScale::ScalingNone, "none", "as it is"}};
+
+const ScalingName& NameOf(NCScale::Scaling scaling) {
+  return *std::find_if(std::begin(kScalingNames), std::end(kScalingNames),
+                       [scaling](const ScalingName& name) { return name.scaling == scaling; });
+}
+
+/// A present cell scaled; the next float below where a step of it gives the missing value.
+float ScaledCell(const NCScale& scale, float cell, int c) {
+  const auto centred = AvoidMissingValue(static_cast<float>(cell - CentreOf(scale, c)));
+  return AvoidMissingValue(static_cast<float>(centred * FactorOf(scale, c)));
+}
+
+/// Whether a cell that was there is missing now.
+bool AnyLost(const NCDataMatrix<float>& before, const NCDataMatrix<float>& after) {
+  for (int r = 1; r <= before.SizeRows(); ++r) {
+    for (int c = 1; c <= before.SizeColumns(); ++c) {
+      if (after[r][c] == kMissingCell<float> && before[r][c] != kMissingCell<float>) return true;
+    }
+  }
+  return false;
+}
+
+/// The scaled table built anew, cell by cell, with the lost cells in it: so its counts of missing cells are exact.
+NCDataMatrix<float> WithLostCells(const NCScale& scale, const NCDataMatrix<float>& before,
+                                  const NCDataMatrix<float>& after) {
+  NCDataMatrix<float> whole(before.SizeRows(), before.SizeColumns());
+  for (int r = 1; r <= before.SizeRows(); ++r) {
+    for (int c = 1; c <= before.SizeColumns(); ++c) {
+      const bool lost = after[r][c] == kMissingCell<float> && before[r][c] != kMissingCell<float>;
+      whole(r, c, lost ? ScaledCell(scale, before[r][c], c) : after[r][c]);
+    }
+  }
+  return whole;
+}
+
+/// The scaled table, with the cells in it that scaling lost.
+void KeepAllCells(const NCScale& scale, const NCDataMatrix<float>& before, NCDataMatrix<float>* scaled) {
+  if (AnyLost(before, *scaled)) *scaled = WithLostCells(scale, before, *scaled);
+}
+
+}  // namespace
+
+std::unique_ptr<NCScale> ScaleColumns(NCScale::Scaling type, const std::vector<std::string>& names,
+                                      NCDataMatrix<float>* matrix) {
+  auto scale = std::make_unique<NCScale>(matrix->SizeColumns());
+  for (int c = 1; c <= matrix->SizeColumns(); ++c) scale->SetType(c, type);
+  const NCDataMatrix<float> measured = *matrix;
+  Fit(names, scale.get(), matrix);
+  NCDataMatrix<float> moved = measured;
+  if (!MoveLostCells(*scale, &moved)) {
+    KeepAllCells(*scale, measured, matrix);
+    return scale;
+  }
+  do {
+    NCDataMatrix<float> scaled = moved;
+    Fit(names, scale.get(), &scaled);
+  } while (MoveLostCells(*scale, &moved));
+  *matrix = measured;
+  ApplyScale(scale.get(), matrix);
+  return scale;
+}
+
+void ApplyScale(NCScale* scale, NCDataMatrix<float>* matrix) {
+  const NCDataMatrix<float> before = *matrix;
+  scale->ScaleMatrix(matrix, /*newModel=*/false);
+  KeepAllCells(*scale, before, matrix);
+}
+
+float AvoidMissingValue(float number) { return number == kMissingCell<float> ? NextBelow(number) : number; }
+
+bool IsConstant(const float* begin, const float* end) {
+  const auto isPresent = [](float cell) { return cell != kMissingCell<float>; };
+  const float* const first = std::find_if(begin, end, isPresent);
+  return std::none_of(first, end, [&](float cell) { return isPresent(cell) && cell != *first; });
+}
+
+NCScale::Scaling ScalingOfY(NCScale::Scaling scalingOfX) {
+  return scalingOfX == NCScale::ScalingUnitVariance ? NCScale::ScalingUnitVariance : NCScale::ScalingCentre;
+}
+
+std::string ScalingWord(NCScale::Scaling scaling) { return NameOf(scaling).word; }
+
+std::optional<NCScale::Scaling> ScalingOfWord(const std::string& word) {
+  for (const ScalingName& name : kScalingNames) {
+    if (word == name.word) return name.scaling;
+  }
+  return std::nullopt;
+}
+
+std::string ScalingText(NCScale::Scaling scaling) { return NameOf(scaling).text; }
+
+double CentreOf(const NCScale& scale, int variable) {
+  const double centre = (*scale.GetCentres())[variable];
+  return centre == kMissing ? 0.0 : centre;
+}
+
+double FactorOf(const NCScale& scale, int variable) {
+  const double factor = (*scale.GetScales())[variable];
+  return factor == kMissing ? 1.0 : factor;
+}
+
+}  // namespace kalmia::analysis

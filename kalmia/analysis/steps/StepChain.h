@@ -1,0 +1,74 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "kalmia/analysis/steps/Steps.h"
+#include "kalmia/analysis/text/Notes.h"
+#include "kalmia/containers/NCDataMatrix.h"
+#include "kalmia/support/NCProgress.h"
+
+namespace kalmia::analysis {
+
+/// A step with what it took from the table that it was first applied to.
+struct LearntStep {
+  Step step;
+  float spacing = 1.0F;        ///< of a derivative: between neighbouring channels
+  std::vector<int> positions;  ///< of wavelet-compress: of the coefficients that are kept, from 1, in rising order
+};
+
+/// Steps of preprocessing as they are applied to one table after the other.
+struct StepChain {
+  std::vector<std::string> inputNames;  ///< columns that the steps take, at least one
+  std::vector<LearntStep> steps;
+
+  bool Empty() const { return steps.empty(); }
+};
+
+/// A table of signals on its way through a chain: rows are signals, columns are channels.
+struct Signals {
+  std::string table;                   ///< how messages call it
+  std::vector<std::string> rowPlaces;  ///< how messages call each row, see RowPlaces
+  std::vector<std::string> names;      ///< of the columns
+  /// Right after a wavelet-compress, or steps that keep its columns: of the columns before it; otherwise empty.
+  std::vector<std::string> fullNames;
+  NCDataMatrix<float> cells;
+  bool decimalComma = false;           ///< whether the numbers of the table, and in names, have one
+};
+
+/// Applies the steps to the table in place, one after the other, and keeps what they learn of it. Missing cells: those
+/// of column transformations, snv and detrend stay missing; a window makes do with the cells it has, see Derivate;
+/// wavelets see them filled along straight lines, and wavelet-denoise leaves them missing. A row without a cell stays
+/// so.
+/// Notes columns without a cell, and where the spacing of a derivative is 1 for want of numbers in the names.
+/// `progress` may be null. Throws Stopped where the bar wants to stop.
+/// Throws BadData that names table, row, column and step: a cell that the step cannot take, or of which it
+/// makes no finite number; a row without variance for snv; a window wider than the signals; more coefficients to keep
+/// than there are.
+StepChain LearnChain(const std::vector<Step>& steps, Signals* signals, Notes* notes, NCProgress* progress = nullptr);
+
+/// The same steps with what they have learnt. The columns are those of chain.inputNames. Throws as LearnChain.
+void ApplyChain(const StepChain& chain, Signals* signals, NCProgress* progress = nullptr);
+
+/// Names of the columns that come out of the chain.
+std::vector<std::string> OutputNames(const StepChain& chain);
+
+/// Whether the last step is wavelet-compress; and the signals before that step again, from what it has kept of them:
+/// columns are OutputNames(chain). Coefficients that were not kept are 0, a missing one too; a row without any stays
+/// so.
+bool EndsCompressed(const StepChain& chain);
+void RestoreSignals(const StepChain& chain, Signals* signals, NCProgress* progress = nullptr);
+
+/// "derivative:1:15:2, channels 2 apart": the step with what it has learnt, for a reader.
+std::string LearntText(const LearntStep& step);
+
+/// The columns of these names, all of which are there, in their order.
+NCDataMatrix<float> PickColumns(const Signals& signals, const std::vector<std::string>& names);
+
+/// Whether the chain, read from a file, could have been learnt.
+bool IsConsistent(const StepChain& chain);
+
+/// Says which steps have learnt from the cells of all rows: a cross-validation that comes after them does not see that.
+void NoteLearntOfAllRows(const StepChain& chain, Notes* notes);
+
+}  // namespace kalmia::analysis

@@ -1,0 +1,59 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "kalmia/analysis/steps/Steps.h"
+
+namespace kalmia::analysis {
+
+// What steps there are, and how their parameters are written.
+
+/// How the word of a parameter is read.
+enum class Reading { Real, Whole, OddWhole, Mode, Family, WaveletOrder };
+
+struct Parameter {
+  const char* name;
+  Reading reading;
+  double lowest;
+  double highest;
+  const char* otherwise;  ///< its default; null for none
+};
+
+struct Kind {
+  StepKind kind;
+  const char* name;
+  const char* whatItDoes;
+  std::vector<Parameter> parameters;
+};
+
+/// All of them, in the order of their numbers.
+const std::vector<Kind>& Kinds();
+/// The one of that name or number; null if there is none.
+const Kind* FindKind(const std::string& name);
+const Kind* FindKind(StepKind number);
+
+/// "smooth:WINDOW[:POLYNOMIAL]", defaults in square brackets.
+std::string Form(const Kind& kind);
+
+// Of a parameter; `before` are the values of those before it: a filter is one of its family.
+
+/// What the word stands for, if it is one that the parameter takes; and the word for a value.
+std::optional<double> ValueOf(const Parameter& parameter, const std::string& word, bool isDefault,
+                              const std::vector<double>& before);
+std::string WordOf(const Parameter& parameter, double value, const std::vector<double>& before);
+/// Whether a word stands for the value.
+bool IsValueOf(const Parameter& parameter, double value, const std::vector<double>& before);
+
+/// "an odd number from 3 to 100001": what it takes.
+std::string RangeText(const Parameter& parameter, const std::vector<double>& before);
+/// "window: an odd number from 3 to 100001 (11)", its default in brackets; empty for a filter.
+std::string RangeHelp(const Parameter& parameter);
+/// The families with the names of their filters, each on a line.
+std::string FamiliesHelp();
+
+/// Why the parameters, each good for itself, do not go together; empty if they do.
+std::string Disagreement(const Step& step);
+
+}  // namespace kalmia::analysis

@@ -1,0 +1,16 @@
+#pragma once
+
+#include <string>
+
+#include "kalmia/analysis/steps/Steps.h"
+
+namespace kalmia::analysis {
+
+/// What the step asks of the table, and of its parameters beyond their ranges, for --help: "takes rows in which two
+/// cells differ". Empty if it takes whatever comes.
+std::string StepLimits(StepKind kind);
+
+/// What all steps ask of numbers, and do with missing cells: lines for --help.
+std::string CommonStepLimits();
+
+}  // namespace kalmia::analysis

@@ -1,0 +1,56 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace kalmia::analysis {
+
+/// What a cell of a table turns out to be.
+enum class CellKind {
+  Missing,  ///< empty, NA, NaN, nan, or one of the words that the user calls missing
+  Number,
+  Infinite,  ///< inf or infinity, in any case and with any sign
+  TooLarge,  ///< a number beyond the largest float
+  Word
+};
+
+/// Whether the text is a number, if maybe one that no float can hold.
+inline bool IsNumber(CellKind kind) { return kind == CellKind::Number || kind == CellKind::TooLarge; }
+
+/// A number whose rounding to float is the float nearest to the text.
+struct CellValue {
+  CellKind kind = CellKind::Missing;
+  /// Of a Number: the nearest double; but where that lies halfway between two floats, the text does not, and rounding
+  /// to float would go the wrong way, the next double on the text's side.
+  double value = 0.0;
+};
+
+/// How the cells of a table are written.
+struct CellFormat {
+  bool decimalComma = false;
+  std::vector<std::string> missingWords;  ///< beside NA, NaN and nan
+};
+
+/// Reads a cell as a number: digits with an optional sign, decimal mark and exponent, nothing else (no grouping of
+/// digits, no hexadecimals). The mark is a point, or with `decimalComma` a comma and nothing but a comma. Blanks around
+/// the cell are passed over. The locale has no say. Throws nothing but std::bad_alloc.
+CellValue ReadCell(std::string_view text, const CellFormat& format);
+/// The same without further words for missing cells.
+CellValue ReadCell(std::string_view text, bool decimalComma);
+
+/// A plain decimal number at the beginning of a text.
+struct PlainNumber {
+  const char* end = nullptr;  ///< what follows it; null if there is none, or one that takes ReadCell to read
+  double value = 0.0;         ///< as ReadCell gives it
+  bool hasMark = false;
+};
+
+/// Reads sign, digits, decimal mark and exponent as far as they go, where few digits make the result exact by one
+/// multiplication or division: several times faster than ReadCell. [begin, end) may be followed by anything.
+PlainNumber ReadPlainNumber(const char* begin, const char* end, char mark);
+
+/// The number as a cell: as few digits as bring the same float back, with that decimal mark.
+std::string CellText(float value, bool decimalComma);
+
+}  // namespace kalmia::analysis

@@ -1,0 +1,52 @@
+#include "kalmia/analysis/table/ColumnMoments.h"
+
+#include <algorithm>
+#include <cmath>
+
+#include "kalmia/containers/Missing.h"
+
+namespace kalmia::analysis {
+
+namespace {
+
+template <class Take>
+void ForEachPresent(const std::vector<float>& cells, const Take& take) {
+  for (const float cell : cells) {
+    if (cell != kMissingCell<float>) take(cell);
+  }
+}
+
+}  // namespace
+
+ColumnMoments MomentsOf(const std::vector<float>& cells) {
+  ColumnMoments moments;
+  float min = std::numeric_limits<float>::infinity();
+  float max = -min;
+  double sum = 0.0;
+  ForEachPresent(cells, [&](float cell) {
+    ++moments.n;
+    sum += static_cast<double>(cell);
+    min = std::min(min, cell);
+    max = std::max(max, cell);
+  });
+  if (moments.n == 0) return moments;
+  const double n = moments.n;
+  const double mean = sum / n;
+  moments.min = min;
+  moments.max = max;
+  moments.mean = mean;
+  if (moments.n < 2) return moments;
+  double squares = 0.0;
+  double cubes = 0.0;
+  ForEachPresent(cells, [&](float cell) {
+    const double difference = static_cast<double>(cell) - mean;
+    squares += difference * difference;
+    cubes += difference * difference * difference;
+  });
+  const double s = std::sqrt(squares / (n - 1.0));
+  moments.standardDeviation = s;
+  if (moments.n > 2 && min != max) moments.skewness = n / ((n - 1.0) * (n - 2.0)) * (cubes / (s * s * s));
+  return moments;
+}
+
+}  // namespace kalmia::analysis

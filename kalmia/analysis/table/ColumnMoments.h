@@ -1,0 +1,25 @@
+#pragma once
+
+#include <limits>
+#include <vector>
+
+namespace kalmia::analysis {
+
+/// What the present cells of a column are like; not a number where there are too few cells for it.
+struct ColumnMoments {
+  int n = 0;  ///< present cells
+  float min = std::numeric_limits<float>::quiet_NaN();
+  float max = std::numeric_limits<float>::quiet_NaN();
+  double mean = std::numeric_limits<double>::quiet_NaN();  ///< sum(x) / n; n >= 1
+  /// s = sqrt(sum((x - mean)^2) / (n - 1)); n >= 2
+  double standardDeviation = std::numeric_limits<double>::quiet_NaN();
+  /// n / ((n - 1)(n - 2)) sum((x - mean)^3) / s^3; n >= 3, s > 0
+  double skewness = std::numeric_limits<double>::quiet_NaN();
+};
+
+/// The moments of cells of which missing ones are the library's missing value. Unlike the library's own statistics it
+/// does not answer with that value where it knows nothing, and so not where a sum happens to be that value. Sums run in
+/// double, in the order of the cells: the same bits on every machine.
+ColumnMoments MomentsOf(const std::vector<float>& cells);
+
+}  // namespace kalmia::analysis

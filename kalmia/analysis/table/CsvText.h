@@ -1,0 +1,64 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "kalmia/analysis/table/CsvMarks.h"
+#include "kalmia/analysis/table/CsvRecords.h"
+#include "kalmia/containers/NCDataMatrix.h"
+
+namespace kalmia::analysis {
+
+/// A CSV file still in memory.
+struct CsvFile {
+  std::string name;  ///< within the folder
+  std::string bytes;
+};
+
+/// A CSV text under construction, line by line, in full precision; an empty field for what is missing or no finite
+/// number.
+class CsvText {
+ public:
+  /// `comment` is what begins comments where the text may be read; zero if nothing does.
+  explicit CsvText(const CsvMarks& marks = {}, char comment = '\0')
+      : format_(marks.separator), decimal_(marks.decimal) {
+    format_.comment = comment;
+  }
+
+  /// A first line that names the separator, for readers that would not detect it.
+  void NameSeparator();
+  CsvText& Field(const std::string& text);
+  CsvText& Number(double value);
+  /// A cell of the library, where -99 is missing.
+  CsvText& Cell(float cell);
+  /// A number that is text already, with a decimal point.
+  CsvText& Digits(std::string number);
+  void EndLine();
+
+  const std::string& Text() const { return text_; }
+
+ private:
+  CsvText& Plain(const std::string& field);
+
+  CsvFormat format_;
+  char decimal_;
+  std::string text_;
+  bool lineIsEmpty_ = true;
+};
+
+/// Components with the letter that they are numbered behind: t, po.
+struct NamedComponents {
+  std::string symbol;
+  NCDataMatrix<float> prim;  ///< components in rows
+};
+
+/// One line for each name, one column for each component, its symbol and its number: matrices with components in rows,
+/// turned. `what` is the title of the names.
+CsvFile ComponentsCsv(const std::string& file, const std::string& what, const std::vector<std::string>& names,
+                      const std::vector<NamedComponents>& parts, const CsvMarks& marks);
+
+/// rows.csv: Hotelling's T2 and the distance to the model of each row.
+CsvFile RowsCsv(const std::vector<std::string>& names, const std::vector<double>& t2,
+                const std::vector<double>& distances, const CsvMarks& marks);
+
+}  // namespace kalmia::analysis

@@ -1,0 +1,116 @@
+#include "kalmia/analysis/table/TableColumns.h"
+
+#include <cmath>
+#include <limits>
+
+#include "kalmia/analysis/table/CellNumber.h"
+#include "kalmia/analysis/text/DisplayText.h"
+#include "kalmia/analysis/text/Failure.h"
+#include "kalmia/analysis/text/internal/NearestName.h"
+#include "kalmia/containers/Missing.h"
+
+namespace kalmia::analysis {
+
+namespace {
+
+[[noreturn]] void Refuse(const CsvTable& table, const std::string& message) {
+  throw BadData(table.Name() + ": " + message);
+}
+
+[[noreturn]] void RefuseCell(const CsvTable& table, int row, int column) {
+  const std::string cell = table.Cell(row, column);
+  const CellKind kind = table.ValueOf(cell).kind;
+  const std::string& name = table.ColumnNames()[static_cast<std::size_t>(column)];
+  std::string what = Quoted(cell);
+  Remedy remedy = Remedy::None;
+  if (kind == CellKind::Infinite) {
+    what += " is infinite";
+  } else if (kind == CellKind::TooLarge) {
+    what += " is too large for single precision";
+  } else if (IsNumber(ReadCell(cell, !table.DecimalComma()).kind)) {
+    what += table.DecimalComma() ? " is no number in a table with decimal commas"
+                                 : " is no number in a table with decimal points";
+    if (table.Separator() == ',') what += " (decimal commas take ; or tabs between the columns)";
+  } else {
+    what += " is not a number" + MissingWordsHint(table);
+    remedy = Remedy::NameMissingWords;
+  }
+  throw BadData(table.Name() + ": " + table.RowPlace(row) + ", column " + Quoted(name) + ": " + what, remedy,
+                {row + 1, name, cell});
+}
+
+}  // namespace
+
+std::string MissingWordsHint(const CsvTable& table) {
+  std::vector<std::string> words = {"NA", "NaN", "nan"};
+  words.insert(words.end(), table.MissingWords().begin(), table.MissingWords().end());
+  return "; missing cells are empty or " + Either(words);
+}
+
+std::string SeparatorHint(const CsvTable& table) {
+  if (table.Columns() > 1) return "";
+  return "; the table has one column only, " + Quoted(table.ColumnNames().front()) +
+         " (columns are separated by commas, ; or tabs)";
+}
+
+ColumnKind KindOfColumn(const CsvTable& table, int column) { return table.Column(column).kind; }
+
+std::vector<float> ReadNumbers(const CsvTable& table, int column, int* moved) {
+  const CsvColumn& source = table.Column(column);
+  if (source.strays > 0) RefuseCell(table, source.firstStrays.front(), column);
+  return NumbersBesideStrays(table, column, moved);
+}
+
+std::vector<float> NumbersBesideStrays(const CsvTable& table, int column, int* moved) {
+  const float* const source = table.Column(column).numbers;
+  std::vector<float> numbers(static_cast<std::size_t>(table.Rows()));
+  for (std::size_t row = 0; row < numbers.size(); ++row) {
+    numbers[row] = std::isnan(source[row]) ? kMissingCell<float> : source[row];
+    if (numbers[row] != kMissingCell<float> || std::isnan(source[row])) continue;
+    numbers[row] = std::nextafter(kMissingCell<float>, std::numeric_limits<float>::lowest());
+    ++*moved;
+  }
+  return numbers;
+}
+
+NCDataMatrix<float> MatrixOf(const std::vector<std::vector<float>>& columns, int rows) {
+  NCDataMatrix<float> matrix(rows, static_cast<int>(columns.size()));
+  for (int c = 1; c <= matrix.SizeColumns(); ++c) {
+    const std::vector<float>& cells = columns[static_cast<std::size_t>(c) - 1];
+    for (int r = 1; r <= rows; ++r) matrix(r, c, cells[static_cast<std::size_t>(r) - 1]);
+  }
+  return matrix;
+}
+
+void NoteMovedCells(int moved, Notes* notes) {
+  if (moved == 0) return;
+  notes->Add(Counted(static_cast<std::size_t>(moved), "cell") + " measured as -99 " + (moved == 1 ? "is" : "are") +
+             " taken as -99.0000076: -99 itself marks missing cells inside");
+}
+
+int RequireColumn(const CsvTable& table, const std::string& name) {
+  const int column = table.Find(name);
+  if (column < 0) {
+    Refuse(table, "there is no column " + Quoted(name) + DidYouMean(name, table.ColumnNames()) + SeparatorHint(table));
+  }
+  return column;
+}
+
+std::vector<std::string> RowNames(const CsvTable& table, int column) {
+  if (column >= 0) return table.ColumnTexts(column);
+  std::vector<std::string> names;
+  names.reserve(static_cast<std::size_t>(table.Rows()));
+  for (int row = 0; row < table.Rows(); ++row) names.push_back(std::to_string(row + 1));
+  return names;
+}
+
+std::vector<std::string> RowPlaces(const CsvTable& table, int column) {
+  std::vector<std::string> places;
+  places.reserve(static_cast<std::size_t>(table.Rows()));
+  for (int row = 0; row < table.Rows(); ++row) {
+    places.push_back(table.RowPlace(row) + (column < 0 ? "" : ", " + Quoted(table.Cell(row, column))));
+  }
+  return places;
+}
+
+}  // namespace kalmia::analysis

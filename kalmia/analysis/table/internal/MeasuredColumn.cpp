@@ -1,0 +1,27 @@
+#include "kalmia/analysis/table/internal/MeasuredColumn.h"
+
+#include <vector>
+
+#include "kalmia/analysis/table/TableColumns.h"
+#include "kalmia/analysis/text/DisplayText.h"
+#include "kalmia/analysis/text/Failure.h"
+
+namespace kalmia::analysis {
+
+NCDataVector<float> ReadMeasurements(const CsvTable& table, const std::string& column, Notes* notes) {
+  const int place = RequireColumn(table, column);
+  const auto refuse = [&](const std::string& what) {
+    throw BadData(table.Name() + ": the column " + Quoted(column) + " " + what);
+  };
+  const ColumnKind kind = KindOfColumn(table, place);
+  if (kind == ColumnKind::Texts) refuse("holds text, not numbers");
+  if (kind == ColumnKind::Empty) refuse("has no measurement");
+  int moved = 0;
+  const std::vector<float> cells = ReadNumbers(table, place, &moved);
+  NoteMovedCells(moved, notes);
+  NCDataVector<float> measurements;
+  measurements.CopyZeroBasedVector(cells.data(), static_cast<int>(cells.size()));
+  return measurements;
+}
+
+}  // namespace kalmia::analysis

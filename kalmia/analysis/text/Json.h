@@ -1,0 +1,23 @@
+#pragma once
+
+#include <nlohmann/json.hpp>
+#include <string>
+
+namespace kalmia::analysis {
+
+using Json = nlohmann::ordered_json;
+
+/// Version of the JSON forms, which docs/schema describes. It changes when a field goes or changes its meaning, not
+/// when one is added.
+constexpr int kJsonVersion = 1;
+
+/// The fields that every output begins with; `format` is the name of one of the schemas: kalmia-pls, kalmia-pca...
+Json JsonHeader(const std::string& format);
+
+/// The number, or null for what is no finite number.
+Json JsonNumber(double value);
+
+/// The text of the output. Bytes of names that are no UTF-8 become U+FFFD.
+std::string JsonText(const Json& json);
+
+}  // namespace kalmia::analysis

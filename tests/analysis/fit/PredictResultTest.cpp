@@ -1,0 +1,75 @@
+// What models say of the rows of a table: a model, a table and a bar are all that it takes.
+
+#include "kalmia/analysis/fit/PredictResult.h"
+
+#include <gtest/gtest.h>
+
+#include <memory>
+
+#include "TestTables.h"
+#include "kalmia/analysis/fit/O2PLSOutcome.h"
+#include "kalmia/analysis/fit/PCAOutcome.h"
+#include "kalmia/analysis/fit/PLSOutcome.h"
+#include "kalmia/analysis/text/Failure.h"
+#include "testing/RecordingProgress.h"
+
+namespace kalmia::analysis {
+namespace {
+
+CsvTable Table() { return CsvTable(LinearTable(30, 5, 1), "t.csv"); }
+
+PLSOutcome FittedPLS() {
+  PLSRecipe recipe;
+  recipe.id = "name";
+  recipe.y = {"y"};
+  recipe.components = 2;
+  Notes notes;
+  return ComputePLS(Table(), recipe, &notes, /*progress=*/nullptr);
+}
+
+TEST(PredictResult, HoldsPredictionsBesideWhatWasMeasuredAndTheRowsNames) {
+  const PLSOutcome fit = FittedPLS();
+  Notes notes;
+  const PLSPredictions result = Predict(fit.model, Table(), /*id=*/"", &notes, /*progress=*/nullptr);
+  EXPECT_EQ(result.components, 2);
+  EXPECT_EQ(result.rows.names, fit.model.rowNames) << "by the column that named the training rows";
+  ASSERT_EQ(result.predictions.size(), 30U);
+  ASSERT_EQ(result.measured.size(), 1U);
+  EXPECT_EQ(result.measured[0].size(), 30U);
+  for (const RowPrediction& row : result.predictions) EXPECT_EQ(row.y.size(), 1U) << row.reason;
+}
+
+TEST(PredictResult, OfPrincipalComponentsIsTheScoresOfEachRow) {
+  PCARecipe recipe;
+  recipe.id = "name";
+  recipe.exclude = {"y"};
+  recipe.components = 1;
+  Notes notes;
+  const PCAOutcome fit = ComputePCA(Table(), recipe, &notes, /*progress=*/nullptr);
+  EXPECT_EQ(Predict(fit.model, Table(), "name", &notes, /*progress=*/nullptr).scores.size(), 30U);
+}
+
+TEST(PredictResult, OfTwoBlocksGoesBothWays) {
+  const TwoBlocks blocks = SharedBlocks(60, 1);
+  const CsvTable x(blocks.x, "x.csv"), y(blocks.y, "y.csv");
+  O2PLSRecipe recipe;
+  recipe.id = "name";
+  recipe.numbers = O2PLSNumbers{1, 1, 1};
+  Notes notes;
+  O2PLSOutcome fit = ComputeO2PLS(x, y, recipe, &notes, /*progress=*/nullptr);
+  EXPECT_EQ(Predict(fit.model, x, "name", &notes, /*progress=*/nullptr).predictions.front().y.size(), 4U);
+  TurnAround(&fit.model);
+  EXPECT_EQ(Predict(fit.model, y, "name", &notes, /*progress=*/nullptr).predictions.front().y.size(), 6U);
+}
+
+TEST(PredictResult, StopsWhereTheBarWantsTo) {
+  const PLSOutcome fit = FittedPLS();
+  ProgressLog log;
+  log.stopAt = 1;
+  const std::unique_ptr<NCProgress> bar = RecordingBar(&log);
+  Notes notes;
+  EXPECT_THROW(Predict(fit.model, Table(), "name", &notes, bar.get()), Stopped);
+}
+
+}  // namespace
+}  // namespace kalmia::analysis

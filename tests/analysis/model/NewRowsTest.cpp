@@ -1,0 +1,90 @@
+// Rows for a stored model: what they take of memory, and what is said where there is none.
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "StepTables.h"
+#include "TestTables.h"
+#include "kalmia/analysis/model/NewRows.h"
+#include "kalmia/analysis/text/Failure.h"
+#include "testing/AllocationMeter.h"
+
+namespace {
+
+using kalmia::analysis::ApplyChain;
+using kalmia::analysis::CsvTable;
+using kalmia::analysis::Failure;
+using kalmia::analysis::LearnChain;
+using kalmia::analysis::ModelFrame;
+using kalmia::analysis::NewRows;
+using kalmia::analysis::Notes;
+using kalmia::analysis::ParseSteps;
+using kalmia::analysis::Signals;
+
+/// A model whose X are two coefficients of so many channels, 100, 101...
+ModelFrame FrameOfCoefficients(int channels) {
+  Signals signals = SignalsOf(RandomCells(3, channels));
+  Notes notes;
+  ModelFrame model;
+  model.chain = LearnChain(ParseSteps("wavelet-compress:2:daubechies:4", "steps"), &signals, &notes);
+  model.xNames = signals.names;
+  return model;
+}
+
+/// Columns 100 and 103 alone.
+std::string TwoChannels(int rows) {
+  std::string text = "100,103\n";
+  for (int r = 0; r < rows; ++r) text += std::to_string(r % 7) + "," + std::to_string(r % 5 + 0.5) + "\n";
+  return text;
+}
+
+TEST(NewRows, TakeNoRoomForAllTheColumnsThatTheTableDoesNotHave) {
+  constexpr int kChannels = 100000, kRows = 300;
+  const ModelFrame model = FrameOfCoefficients(kChannels);
+  const CsvTable table(TwoChannels(kRows), "t");
+  Notes notes;
+  const PeakBytesDuring peak;
+  const NewRows rows = ReadNewRows(model, table, "", &notes);
+  EXPECT_EQ(rows.x.SizeRows(), kRows);
+  EXPECT_EQ(rows.x.SizeColumns(), 2);
+  // The whole is 120 MB. A block of it is an eighth, in and out of the step, and a row has copies on its way.
+  EXPECT_LT(peak.GetBytes(), 60 << 20);
+}
+
+TEST(NewRows, AreTheSameInBlocksAsOneByOne) {
+  constexpr int kChannels = 1 << 20, kRows = 6;  // four rows in a block
+  const ModelFrame model = FrameOfCoefficients(kChannels);
+  const CsvTable table(TwoChannels(kRows), "t");
+  Notes notes;
+  const NewRows rows = ReadNewRows(model, table, "", &notes);
+  ASSERT_EQ(rows.x.SizeRows(), kRows);
+  for (int r = 0; r < kRows; ++r) {
+    NCDataMatrix<float> cells(1, kChannels);
+    cells(1, 1, static_cast<float>(NumbersOf(table, "100")[static_cast<std::size_t>(r)]));
+    cells(1, 4, static_cast<float>(NumbersOf(table, "103")[static_cast<std::size_t>(r)]));
+    Signals signals = SignalsOf(cells);
+    ApplyChain(model.chain, &signals);
+    ExpectSame(rows.x.GetRowSubMatrix(r + 1, r + 1), signals.cells);
+  }
+}
+
+TEST(NewRows, SayWhichTableTheyCannotHoldInMemory) {
+  const ModelFrame model = FrameOfCoefficients(40);
+  const CsvTable table(TwoChannels(3), "t.csv");
+  int refused = 0;
+  for (int which = 1;; ++which) {
+    Notes notes;
+    const FailAllocation fail(which);
+    try {
+      ReadNewRows(model, table, "", &notes);
+      if (!fail.HasFailed()) break;
+    } catch (const Failure& failure) {
+      ++refused;
+      EXPECT_STREQ(failure.what(),
+                   "t.csv: there is not enough memory for 3 rows of the 40 columns that the model takes");
+    }
+  }
+  EXPECT_GT(refused, 10);
+}
+
+}  // namespace

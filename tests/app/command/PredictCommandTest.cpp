@@ -1,0 +1,193 @@
+// `kalmia predict`: columns by name, holes, distances, reasons.
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <sstream>
+
+#include "CommandRun.h"
+#include "TestTables.h"
+
+namespace {
+
+using nlohmann::json;
+using ::testing::ElementsAre;
+using ::testing::HasSubstr;
+using ::testing::IsEmpty;
+
+/// A model of three components of y on x1 to x5, with rows named by the column `name`.
+class Predict : public ::testing::Test {
+ protected:
+  Predict() {
+    const std::string table = folder_.Write("t.csv", LinearTable(30, 5, 6));
+    model_ = folder_.Path("m");
+    const CommandResult run =
+        RunKalmia({"pls", table, "--y", "y", "--id", "name", "--components", "3", "--save", model_});
+    EXPECT_EQ(run.exitCode, 0) << run.error;
+  }
+
+  CommandResult Run(const std::string& table, const std::vector<std::string>& options = {}) const {
+    std::vector<std::string> arguments = {"predict", model_, "-"};
+    arguments.insert(arguments.end(), options.begin(), options.end());
+    return RunWell(arguments, table);
+  }
+  json Json(const std::string& table) const { return Run(table, {"--json"}).Json(); }
+
+  ScratchFolder folder_;
+  std::string model_;
+};
+
+constexpr auto kHeader = "x1,x2,x3,x4,x5\n";
+constexpr auto kRow = "5.1,10.2,15.3,19.8,25.5\n";
+
+TEST_F(Predict, MatchesColumnsByNameWhateverTheirOrderAndCompany) {
+  const json straight = Json(std::string(kHeader) + kRow);
+  const json turned = Json("x5,zeal,x2,x4,x1,x3\n25.5,high,10.2,19.8,5.1,15.3\n");
+  EXPECT_EQ(straight["rows"], turned["rows"]);
+  ASSERT_EQ(straight["rows"].size(), 1);
+  EXPECT_TRUE(straight["rows"][0]["predicted"][0].is_number());
+}
+
+TEST_F(Predict, PredictsARowAloneAsAmongOthers) {
+  const json alone = Json(std::string(kHeader) + kRow);
+  const json among = Json(std::string(kHeader) + "1,2,3,4,5\n" + kRow + ",,4,,7\n");
+  EXPECT_EQ(among["rows"][1]["predicted"], alone["rows"][0]["predicted"]);
+  EXPECT_EQ(among["rows"][1]["distance"], alone["rows"][0]["distance"]);
+}
+
+TEST_F(Predict, FindsNewRowsOfTheSameKindNearTheTruth) {
+  const json rows = Json(LinearTable(40, 5, 77));
+  EXPECT_EQ(rows["errors"][0]["rows"], 40);
+  // y has uniform noise of 0.2, a standard deviation of 0.115; 30 rows and 3 components blow it up by a third at most.
+  EXPECT_LT(rows["errors"][0]["rmsep"], 0.16);
+}
+
+TEST_F(Predict, TakesAColumnThatIsNotThereAsMissingCellsAndSaysSo) {
+  const CommandResult run = Run("x1,x2,x4,x5\n5.1,10.2,19.8,25.5\n", {"--json"});
+  EXPECT_EQ(run.error, "note: taken as missing cells, not in the table: x3\n");
+  EXPECT_THAT(run.Json()["missingColumns"].get<std::vector<std::string>>(), ElementsAre("x3"));
+  EXPECT_EQ(run.Json()["rows"][0]["predicted"],
+            Json(std::string(kHeader) + "5.1,10.2,,19.8,25.5\n")["rows"][0]["predicted"]);
+}
+
+TEST_F(Predict, SaysWhyARowCannotBePredicted) {
+  const json rows = Json(std::string(kHeader) + ",,,,\n5.1,NA,,,25.5\n" + kRow)["rows"];
+  EXPECT_EQ(rows[0]["reason"], "none of its 5 X cells is present");
+  EXPECT_EQ(rows[1]["reason"], "only 2 of its 5 X cells are present, too few for component 3");
+  EXPECT_EQ(rows[2]["reason"], nullptr);
+  EXPECT_EQ(rows[0]["predicted"][0], nullptr);
+  EXPECT_EQ(rows[1]["predicted"][0], nullptr);
+  EXPECT_EQ(rows[1]["distance"], nullptr);
+  EXPECT_THAT(Run(std::string(kHeader) + ",,,,\n" + kRow).output, HasSubstr("none of its 5 X cells is present"));
+}
+
+TEST_F(Predict, SaysSoWhereCellsAreTooLargeToCalculateWith) {
+  const json rows = Json(std::string(kHeader) + "3e38,3e38,3e38,3e38,3e38\n" + kRow)["rows"];
+  EXPECT_EQ(rows[0]["reason"], "its cells are too large for single precision");
+  EXPECT_EQ(rows[0]["predicted"][0], nullptr);
+  EXPECT_TRUE(rows[1]["predicted"][0].is_number());
+}
+
+TEST_F(Predict, HasNoDistanceWhereARowHasNoMoreCellsThanComponents) {
+  const json rows = Json(std::string(kHeader) + "5.1,10.2,15.3,,\n5.1,10.2,15.3,19.8,\n")["rows"];
+  EXPECT_TRUE(rows[0]["predicted"][0].is_number());
+  EXPECT_EQ(rows[0]["distance"], nullptr);
+  EXPECT_TRUE(rows[1]["distance"].is_number());
+}
+
+TEST_F(Predict, SaysOnceWhyNoRowHasADistanceWhereEveryColumnHasAComponent) {
+  const std::string table = folder_.Write("t.csv", LinearTable(30, 3, 6));
+  const std::string model = folder_.Path("full");
+  const CommandResult fit = RunKalmia({"pls", table, "--y", "y", "--id", "name", "--components", "3", "--save", model});
+  ASSERT_EQ(fit.exitCode, 0) << fit.error;
+  EXPECT_EQ(fit.error, "");
+  const char* note =
+      "note: no row has a distance to the model: with as many components as X columns, 3, nothing of X is left to "
+      "measure it by\n";
+  const CommandResult run = RunKalmia({"predict", model, table, "--json"});
+  ASSERT_EQ(run.exitCode, 0) << run.error;
+  EXPECT_EQ(run.error, note);
+  EXPECT_EQ(run.Json()["rows"][0]["distance"], nullptr);
+  EXPECT_EQ(
+      RunKalmia({"pls", table, "--y", "y", "--id", "name", "--components", "3", "--csv", folder_.Path("d")}).error,
+      note);
+}
+
+TEST_F(Predict, PutsRowsUnlikeTheTrainingRowsFarAway) {
+  const json rows = Json(std::string(kHeader) + "5,10,15,20,25\n5,10,15,29,25\n")["rows"];
+  EXPECT_LT(rows[0]["distance"], 2.0);
+  EXPECT_GT(rows[1]["distance"].get<double>(), 2.0 * rows[0]["distance"].get<double>());
+}
+
+TEST_F(Predict, NamesRowsAsTheModelDidOrAsAskedOrByNumber) {
+  const std::string table = "x1,x2,x3,x4,x5,name,other\n5.1,10.2,15.3,19.8,25.5,first,second\n";
+  EXPECT_EQ(Run(table, {"--json"}).Json()["rows"][0]["row"], "first");
+  EXPECT_EQ(Run(table, {"--json", "--id", "other"}).Json()["rows"][0]["row"], "second");
+  EXPECT_EQ(Json(std::string(kHeader) + kRow)["rows"][0]["row"], "1");
+}
+
+TEST_F(Predict, ShowsMeasuredValuesBesideThePredictions) {
+  const std::string table = "x1,x2,x3,x4,x5,y\n5.1,10.2,15.3,19.8,25.5,41\n5,10,15,20,25,\n5,10,15,20,26,42.5\n";
+  const CommandResult text = Run(table);
+  EXPECT_THAT(text.output, HasSubstr("measured"));
+  EXPECT_THAT(text.output, HasSubstr("RMSEP"));
+  const json result = Json(table);
+  EXPECT_EQ(result["rows"][1]["measured"][0], nullptr);
+  EXPECT_EQ(result["errors"][0]["rows"], 2);
+  const double first = result["rows"][0]["predicted"][0].get<double>() - 41;
+  const double third = result["rows"][2]["predicted"][0].get<double>() - 42.5;
+  EXPECT_DOUBLE_EQ(result["errors"][0]["rmsep"], std::sqrt((first * first + third * third) / 2));
+  EXPECT_EQ(Json(std::string(kHeader) + kRow)["errors"][0]["rmsep"], nullptr);
+}
+
+TEST_F(Predict, SaysSoWhereAMeasuredColumnHoldsText) {
+  const CommandResult run = Run("x1,x2,x3,x4,x5,y\n5.1,10.2,15.3,19.8,25.5,unknown\n", {"--json"});
+  EXPECT_EQ(run.error, "note: not taken as measured values, text columns: y\n");
+  EXPECT_EQ(run.Json()["rows"][0]["measured"][0], nullptr);
+}
+
+TEST_F(Predict, SaysSoWhereAMeasuredValueIsMinus99) {
+  const CommandResult run = Run("x1,x2,x3,x4,x5,y\n5.1,10.2,15.3,19.8,25.5,-99\n", {"--json"});
+  EXPECT_THAT(run.error, HasSubstr("1 cell measured as -99 is taken as -99.0000076"));
+  EXPECT_EQ(run.Json()["errors"][0]["rows"], 1);
+}
+
+TEST_F(Predict, WritesPredictionsAsCsv) {
+  Run(std::string(kHeader) + kRow + ",,,,\n", {"--csv", folder_.Path("d")});
+  const kalmia::analysis::CsvTable file = CsvAt(folder_.Path("d/predictions.csv"));
+  EXPECT_THAT(file.ColumnNames(), ElementsAre("row", "predicted y", "distance", "reason"));
+  EXPECT_EQ(file.Cell(1, 1), "");
+  EXPECT_EQ(file.Cell(1, 3), "none of its 5 X cells is present");
+  EXPECT_EQ(file.Cell(0, 3), "");
+}
+
+TEST_F(Predict, ReadsTheModelFromStandardInput) {
+  const std::string table = folder_.Write("n.csv", std::string(kHeader) + kRow);
+  const CommandResult piped = RunKalmia({"predict", "-", table, "--json"}, ReadWholeFile(model_));
+  ASSERT_EQ(piped.exitCode, 0) << piped.error;
+  EXPECT_EQ(piped.Json()["rows"], Json(std::string(kHeader) + kRow)["rows"]);
+}
+
+TEST_F(Predict, TakesDecimalCommasForAModelFittedWithPoints) {
+  EXPECT_EQ(Json("x1;x2;x3;x4;x5\n5,1;10,2;15,3;19,8;25,5\n")["rows"], Json(std::string(kHeader) + kRow)["rows"]);
+}
+
+TEST(PredictGasoline, FindsOctaneOfSpectraThatTheModelHasNotSeen) {
+  std::istringstream lines(ReadWholeFile(ExampleTable("gasoline.csv")));
+  std::string header;
+  std::getline(lines, header);
+  std::string training = header + "\n";
+  std::string fresh = header + "\n";
+  std::string line;
+  for (int row = 1; std::getline(lines, line); ++row) (row <= 50 ? training : fresh) += line + "\n";
+  const ScratchFolder folder;
+  const std::string model = folder.Path("m");
+  ASSERT_EQ(RunKalmia({"pls", "-", "--y", "octane", "--id", "sample", "--save", model}, training).exitCode, 0);
+  const json predicted = RunKalmia({"predict", model, "-", "--json"}, fresh).Json();
+  EXPECT_EQ(predicted["errors"][0]["rows"], 10);
+  // The octane numbers of these ten spread by 1.5; models of a few components are known to err by about 0.2.
+  EXPECT_LT(predicted["errors"][0]["rmsep"], 0.35);
+}
+
+}  // namespace
