@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # Installs the Debian packages that Kalmia is built from, but only those that are missing.
-#   ./install-packages.sh        what the command, the demo and the tests need
-#   ./install-packages.sh clang  and what the presets of clang++ need
+#   ./install-packages.sh              what the command, the demo and the tests need
+#   ./install-packages.sh clang bench  and what the presets of clang++ and the benchmarks need
 set -euo pipefail
 
 packages=(
@@ -13,9 +13,13 @@ packages=(
   libgtest-dev libgmock-dev python3                         # the tests, the check of the documentation's links
   libbenchmark-dev                                          # the guard of the speed
 )
-if [ "${1:-}" = clang ]; then
-  packages+=(clang libomp-dev libclang-rt-dev llvm)         # OpenMP, sanitizers, names in their reports
-fi
+for kind in "$@"; do
+  case $kind in
+    clang) packages+=(clang libomp-dev libclang-rt-dev llvm) ;;  # OpenMP, sanitizers, names in their reports
+    bench) packages+=(libeigen3-dev) ;;                          # products beside ours
+    *) echo "$0 knows no packages for '$kind'" >&2; exit 2 ;;
+  esac
+done
 
 missing=()
 for package in "${packages[@]}"; do
