@@ -56,6 +56,6 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   if (table.Columns() > 1) RequireTheSameFromItsText(table);
   return 0;
 } catch (const kalmia::analysis::Failure& failure) {
-  Require(ExitCodeOf(failure) == kalmia::app::ExitCode::BadData);
+  Require(kalmia::app::ExitCodeOf(failure) == kalmia::app::ExitCode::BadData);
   return 0;
 }
