@@ -72,7 +72,7 @@ void FeedTable(const StepChain& chain) try {
 }
 
 /// A table with one column of X, the others missing.
-void FeedNewRows(const kalmia::analysis::ModelFrame& model) try {
+void FeedNewRows(const kalmia::analysis::ModelInfo& model) try {
   const std::string name = model.chain.Empty() ? model.xNames.front() : model.chain.inputNames.front();
   const kalmia::analysis::CsvTable table(kalmia::analysis::CsvField(name) + ",no column of it\n1,2\n3,4\n", "table");
   kalmia::analysis::Notes notes;
@@ -85,7 +85,7 @@ void FeedNewRows(const kalmia::analysis::ModelFrame& model) try {
 void FeedAll(const std::string& bytes) {
   const auto write = [](const kalmia::analysis::StoredModel& model) { return ModelFileBytes(model); };
   Feed(bytes, ReadModelFile, write, [](const kalmia::analysis::StoredModel& model) {
-    std::visit([](const kalmia::analysis::ModelFrame& frame) { FeedNewRows(frame); }, model);
+    std::visit([](const kalmia::analysis::ModelInfo& frame) { FeedNewRows(frame); }, model);
   });
   Feed(bytes, ReadOPLSCvFile, OPLSCvFileBytes, [](const kalmia::analysis::StoredOPLSCv&) {});
   Feed(bytes, kalmia::analysis::ReadStepChainFile, kalmia::analysis::StepChainFileBytes, FeedTable);

@@ -78,13 +78,13 @@ void CheckOptions(const ClusterOptions& options) {
   if (!options.recipe.temporaryFolder.empty()) CheckTemporaryFolder(options.recipe.temporaryFolder);
 }
 
-ClusterResult Compute(const CsvTable& table, const ClusterOptions& options, Notes* notes) {
+ClusterResult Compute(const CsvTable& table, const ClusterOptions& options) {
   ClusterRecipe recipe = options.recipe;
   recipe.temporaryFolderName = recipe.temporaryFolder.empty() ? TemporaryDirectory() : recipe.temporaryFolder;
   const TemporaryFolder folder(recipe.temporaryFolderName);
   recipe.temporaryFolder = folder.Path();
   TerminalBar bar;
-  return ComputeClusters(table, recipe, notes, bar.Get());
+  return Fit(recipe, table, bar.Get());
 }
 
 void WriteFiles(const ClusterOptions& options, const ClusterResult& result) {
@@ -102,7 +102,8 @@ void WriteFiles(const ClusterOptions& options, const ClusterResult& result) {
 std::string RunCommand(const ClusterOptions& options, Notes* notes) {
   CheckOptions(options);
   const CsvTable table = ReadTable(options.table, options.reading);
-  const ClusterResult result = Compute(table, options, notes);
+  const ClusterResult result = Compute(table, options);
+  notes->Add(result.notes);
   WriteFiles(options, result);
   if (options.json) return ClusterJson(table, result, *notes, PathsOf(OutputsOf(options)));
   return ClusterText(result) + WrittenText(OutputsOf(options));

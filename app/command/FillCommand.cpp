@@ -3,7 +3,7 @@
 #include "app/console/OutputFiles.h"
 #include "app/console/OutputPlaces.h"
 #include "app/console/ReadTable.h"
-#include "kalmia/analysis/fit/FillOutcome.h"
+#include "kalmia/analysis/fit/FillResult.h"
 #include "kalmia/analysis/report/FillReport.h"
 #include "kalmia/analysis/table/CsvTable.h"
 
@@ -19,12 +19,13 @@ std::string RunCommand(const FillOptions& options, Notes* notes) {
   FillRecipe recipe = options.recipe;
   recipe.check = recipe.check || options.report;
   TerminalBar bar;
-  const FillOutcome outcome = ComputeFill(table, recipe, notes, bar.Get());
+  const FillResult result = Fit(recipe, table, bar.Get());
+  notes->Add(result.notes);
   OutputFiles files;
-  files.Stage(options.out, FilledText(table, outcome, recipe.id, options.csvMarks.Asked(), notes, bar.Get()));
+  files.Stage(options.out, FilledText(table, result, recipe.id, options.csvMarks.Asked(), notes, bar.Get()));
   files.Commit();
-  return options.json ? FillJson(table, outcome, options.out, *notes)
-                      : FillText(table, outcome, options.out, options.csvMarks.Given());
+  return options.json ? FillJson(table, result, options.out, *notes)
+                      : FillText(table, result, options.out, options.csvMarks.Given());
 }
 
 }  // namespace kalmia::app

@@ -9,7 +9,7 @@
 #include "app/console/ReadTable.h"
 #include "app/options/Options.h"
 #include "kalmia/analysis/file/ModelFile.h"
-#include "kalmia/analysis/fit/FilterOutcome.h"
+#include "kalmia/analysis/fit/FilterResult.h"
 #include "kalmia/analysis/report/FilterReport.h"
 #include "kalmia/analysis/table/CsvTable.h"
 #include "kalmia/analysis/text/Failure.h"
@@ -37,13 +37,13 @@ StoredFilter ReadFilter(const std::string& file) {
   return std::move(*filter);
 }
 
-FilterOutcome Compute(const CsvTable& table, const FilterOptions& options, Notes* notes, NCProgress* progress) {
-  if (options.model.empty()) return MakeFilter(table, options.recipe, notes, progress);
-  FilterOutcome outcome;
-  outcome.filter = ReadFilter(options.model);
-  outcome.source = InputName(options.model);
-  outcome.filtered = ApplyFilter(outcome.filter, table, notes, progress);
-  return outcome;
+FilterResult Compute(const CsvTable& table, const FilterOptions& options, NCProgress* progress) {
+  if (options.model.empty()) return Fit(options.recipe, table, progress);
+  FilterResult result;
+  result.filter = ReadFilter(options.model);
+  result.source = InputName(options.model);
+  result.filtered = ApplyFilter(result.filter, table, &result.notes, progress);
+  return result;
 }
 
 }  // namespace
@@ -53,13 +53,14 @@ std::string RunCommand(const FilterOptions& options, Notes* notes) {
   const CsvTable table = ReadTable(options.table, options.reading);
   NoteDecimalsThatGiveWay(options.csvMarks.Asked(), table, notes);
   TerminalBar bar;
-  const FilterOutcome outcome = Compute(table, options, notes, bar.Get());
+  const FilterResult result = Compute(table, options, bar.Get());
+  notes->Add(result.notes);
   OutputFiles files;
-  files.Stage(options.out, FilteredText(table, outcome, options.csvMarks.Asked(), notes, bar.Get()));
-  if (!options.save.empty()) files.Stage(options.save, ModelFileBytes(outcome.filter));
+  files.Stage(options.out, FilteredText(table, result, options.csvMarks.Asked(), notes, bar.Get()));
+  if (!options.save.empty()) files.Stage(options.save, ModelFileBytes(result.filter));
   files.Commit();
   const FilterFiles written = {options.out, options.save};
-  return options.json ? FilterJson(table, outcome, written, *notes) : FilterText(table, outcome, written);
+  return options.json ? FilterJson(table, result, written, *notes) : FilterText(table, result, written);
 }
 
 }  // namespace kalmia::app

@@ -1,6 +1,6 @@
 #include "app/command/Commands.h"
 #include "app/console/InputFile.h"
-#include "kalmia/analysis/file/FileFrame.h"
+#include "kalmia/analysis/file/FileHeader.h"
 #include "kalmia/analysis/file/ModelFile.h"
 #include "kalmia/analysis/file/OPLSCvFile.h"
 #include "kalmia/analysis/file/StepChainFile.h"

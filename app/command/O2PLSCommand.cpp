@@ -7,7 +7,7 @@
 #include "app/console/OutputPlaces.h"
 #include "app/console/ReadTable.h"
 #include "kalmia/analysis/file/ModelFile.h"
-#include "kalmia/analysis/fit/O2PLSOutcome.h"
+#include "kalmia/analysis/fit/O2PLSResult.h"
 #include "kalmia/analysis/report/O2PLSCsvFiles.h"
 #include "kalmia/analysis/report/O2PLSReport.h"
 #include "kalmia/analysis/table/CsvTable.h"
@@ -38,14 +38,15 @@ std::string RunCommand(const O2PLSOptions& options, Notes* notes) {
   const CsvTable xTable = ReadTable(options.table, options.reading);
   const CsvTable yTable = ReadTable(options.yTable, options.reading);
   TerminalBar bar;
-  const O2PLSOutcome outcome = ComputeO2PLS(xTable, yTable, RecipeOf(options), notes, bar.Get());
+  const O2PLSResult result = Fit(RecipeOf(options), xTable, yTable, bar.Get());
+  notes->Add(result.notes);
   FitFiles files;
-  if (outcome.AnyKept()) {
+  if (result.AnyKept()) {
     files = WriteFitFiles(
-        options, [&] { return ModelFileBytes(outcome.model); },
-        [&] { return O2PLSCsvFiles(outcome, MarksOf(options.csvMarks.Asked())); }, bar.Get());
+        options, [&] { return ModelFileBytes(result.model); },
+        [&] { return O2PLSCsvFiles(result, MarksOf(options.csvMarks.Asked())); }, bar.Get());
   }
-  return options.json ? O2PLSJson(outcome, *notes, files) : O2PLSText(outcome, files);
+  return options.json ? O2PLSJson(result, *notes, files) : O2PLSText(result, files);
 }
 
 }  // namespace kalmia::app

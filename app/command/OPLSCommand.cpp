@@ -10,7 +10,7 @@
 #include "app/console/ReadTable.h"
 #include "kalmia/analysis/file/ModelFile.h"
 #include "kalmia/analysis/file/OPLSCvFile.h"
-#include "kalmia/analysis/fit/OPLSOutcome.h"
+#include "kalmia/analysis/fit/OPLSResult.h"
 #include "kalmia/analysis/report/OPLSCsvFiles.h"
 #include "kalmia/analysis/report/OPLSReport.h"
 #include "kalmia/analysis/table/CsvTable.h"
@@ -40,13 +40,14 @@ std::string RunCommand(const OPLSOptions& options, Notes* notes) {
   recipe.steps = ReadFitSteps(options);
   const CsvTable table = ReadTable(options.table, options.reading);
   TerminalBar bar;
-  const OPLSOutcome outcome = ComputeOPLS(table, recipe, resumed ? &*resumed : nullptr, notes, bar.Get());
+  const OPLSResult result = Fit(recipe, table, bar.Get(), resumed ? &*resumed : nullptr);
+  notes->Add(result.notes);
   const FitFiles files = WriteFitFiles(
-      options, [&] { return ModelFileBytes(outcome.model); },
-      [&] { return OPLSCsvFiles(outcome, MarksOf(options.csvMarks.Asked())); }, bar.Get(),
-      {options.saveCv, [&outcome] { return OPLSCvFileBytes(outcome.validation); }});
-  if (!files.csv.empty()) NoteNoDistances(outcome.model, outcome.model.Components(), notes);
-  return options.json ? OPLSJson(table, outcome, *notes, files) : OPLSText(outcome, files);
+      options, [&] { return ModelFileBytes(result.model); },
+      [&] { return OPLSCsvFiles(result, MarksOf(options.csvMarks.Asked())); }, bar.Get(),
+      {options.saveCv, [&result] { return OPLSCvFileBytes(result.validation); }});
+  if (!files.csv.empty()) NoteNoDistances(result.model, result.model.Components(), notes);
+  return options.json ? OPLSJson(table, result, *notes, files) : OPLSText(result, files);
 }
 
 }  // namespace kalmia::app

@@ -3,7 +3,7 @@
 #include "app/console/FitFiles.h"
 #include "app/console/ReadTable.h"
 #include "kalmia/analysis/file/ModelFile.h"
-#include "kalmia/analysis/fit/PCAOutcome.h"
+#include "kalmia/analysis/fit/PCAResult.h"
 #include "kalmia/analysis/report/PCACsvFiles.h"
 #include "kalmia/analysis/report/PCAReport.h"
 #include "kalmia/analysis/table/CsvTable.h"
@@ -18,15 +18,16 @@ std::string RunCommand(const PCAOptions& options, Notes* notes) {
   recipe.steps = ReadFitSteps(options);
   const CsvTable table = ReadTable(options.table, options.reading);
   TerminalBar bar;
-  const PCAOutcome outcome = ComputePCA(table, recipe, notes, bar.Get());
+  const PCAResult result = Fit(recipe, table, bar.Get());
+  notes->Add(result.notes);
   FitFiles files;
-  if (outcome.AnyKept()) {
+  if (result.AnyKept()) {
     files = WriteFitFiles(
-        options, [&] { return ModelFileBytes(outcome.model); },
-        [&] { return PCACsvFiles(outcome, MarksOf(options.csvMarks.Asked())); }, bar.Get());
-    if (!files.csv.empty()) NoteNoDistances(outcome.model, outcome.model.Components(), notes);
+        options, [&] { return ModelFileBytes(result.model); },
+        [&] { return PCACsvFiles(result, MarksOf(options.csvMarks.Asked())); }, bar.Get());
+    if (!files.csv.empty()) NoteNoDistances(result.model, result.model.Components(), notes);
   }
-  return options.json ? PCAJson(table, outcome, *notes, files) : PCAText(outcome, files);
+  return options.json ? PCAJson(table, result, *notes, files) : PCAText(result, files);
 }
 
 }  // namespace kalmia::app

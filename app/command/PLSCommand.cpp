@@ -3,7 +3,7 @@
 #include "app/console/FitFiles.h"
 #include "app/console/ReadTable.h"
 #include "kalmia/analysis/file/ModelFile.h"
-#include "kalmia/analysis/fit/PLSOutcome.h"
+#include "kalmia/analysis/fit/PLSResult.h"
 #include "kalmia/analysis/report/PLSCsvFiles.h"
 #include "kalmia/analysis/report/PLSReport.h"
 #include "kalmia/analysis/table/CsvTable.h"
@@ -18,15 +18,16 @@ std::string RunCommand(const PLSOptions& options, Notes* notes) {
   recipe.steps = ReadFitSteps(options);
   const CsvTable table = ReadTable(options.table, options.reading);
   TerminalBar bar;
-  const PLSOutcome outcome = ComputePLS(table, recipe, notes, bar.Get());
+  const PLSResult result = Fit(recipe, table, bar.Get());
+  notes->Add(result.notes);
   FitFiles files;
-  if (outcome.AnyKept()) {
+  if (result.AnyKept()) {
     files = WriteFitFiles(
-        options, [&] { return ModelFileBytes(outcome.model); },
-        [&] { return PLSCsvFiles(outcome, MarksOf(options.csvMarks.Asked())); }, bar.Get());
-    if (!files.csv.empty()) NoteNoDistances(outcome.model, outcome.model.Components(), notes);
+        options, [&] { return ModelFileBytes(result.model); },
+        [&] { return PLSCsvFiles(result, MarksOf(options.csvMarks.Asked())); }, bar.Get());
+    if (!files.csv.empty()) NoteNoDistances(result.model, result.model.Components(), notes);
   }
-  return options.json ? PLSJson(table, outcome, *notes, files) : PLSText(outcome, files);
+  return options.json ? PLSJson(table, result, *notes, files) : PLSText(result, files);
 }
 
 }  // namespace kalmia::app

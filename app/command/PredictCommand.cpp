@@ -35,7 +35,8 @@ void Direct(StoredO2PLS* model, const PredictOptions& options) {
 template <class Model>
 std::string PredictWith(const Model& model, const PredictOptions& options, const CsvTable& table, Notes* notes) {
   TerminalBar bar;
-  const auto result = Predict(model, table, options.id, notes, bar.Get());
+  const auto result = Predict(model, table, options.id, bar.Get());
+  notes->Add(result.notes);
   PredictFiles written = {InputName(options.model), InputName(options.table), {}};
   OutputFiles files;
   if (!options.csvFolder.empty()) {

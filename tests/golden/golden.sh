@@ -46,7 +46,10 @@ examples=$here/../../examples
 for source in "$examples"/*.cpp; do
   name=$(basename "$source" .cpp)
   case "$name" in
-    gasoline_*) table=gasoline ;; olive_*) table=oliveoil ;; wine_*) table=wine ;; process_drift) table=drift ;;
+    gasoline_* | recipe_pls | recipe_opls | recipe_filter) table=gasoline ;;
+    olive_* | recipe_o2pls) table=oliveoil ;;
+    wine_* | recipe_*) table=wine ;;
+    process_drift) table=drift ;;
     *) echo "$name.cpp is no case yet: say which table it reads"; exit 1 ;;
   esac
   keep_output "example-$name" "$build/examples/$name" "$examples/data/$table.csv"

@@ -39,7 +39,7 @@ double ProbabilityOf(const CountTable& counts, Sta::SidedNess side, bool hybrid,
   const std::vector<int>& n = counts.counts;
   if (counts.IsFourfold()) return FourfoldProbability(n[0], n[1], n[2], n[3], side);
   try {
-    return AsWritten(
+    return ShortestDouble(
         Sta::GetFisherExactProbability(n.data(), counts.rows, counts.columns, hybrid, Sta::TwoSided, kNoLimit));
   } catch (const NCError& error) {
     throw BadData(counts.name + ": too large a table for the exact test: " + ReasonOf(error) +

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <utility>
 
 #include "kalmia/analysis/cluster/internal/ClusterRun.h"
 #include "kalmia/analysis/text/DisplayText.h"
@@ -53,16 +54,18 @@ std::vector<ClusterSummary> SummariesOf(const ClusterResult& result) {
   return summaries;
 }
 
-ClusterResult ComputeClusters(const CsvTable& table, const ClusterRecipe& recipe, Notes* notes, NCProgress* progress) {
+ClusterResult Fit(const ClusterRecipe& recipe, const CsvTable& table, NCProgress* progress) {
+  Notes notes;
   CheckRecipe(table, recipe);
   WorkProgress(progress).Begin("selecting the columns");
-  ClusterResult result = {table.Name(), recipe.method, recipe.scaling, SelectClusterData(table, recipe, notes),
-                          nullptr, {}, 0.0, 0, recipe.height, {}};
-  result.root = BuildTree(table.Name(), result.data, recipe, progress, notes);
+  ClusterResult result = {table.Name(), recipe.method, recipe.scaling, SelectClusterData(table, recipe, &notes),
+                          nullptr, {}, 0.0, 0, recipe.height, {}, {}};
+  result.root = BuildTree(table.Name(), result.data, recipe, progress, &notes);
   result.merges = MergesOf(*result.root);
   CheckHeights(table, result.merges);
-  NoteFallingHeights(result.merges, notes);
+  NoteFallingHeights(result.merges, &notes);
   result.copheneticCorrelation = CopheneticCorrelation(result.data.cells, result.merges, progress);
+  result.notes = std::move(notes);
   result.keptMerges = static_cast<int>(result.merges.size());
   if (!recipe.IsCutAsked()) return result;
   result.keptMerges = KeptMerges(result.merges, recipe);

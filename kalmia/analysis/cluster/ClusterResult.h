@@ -25,6 +25,7 @@ struct ClusterResult {
   int keptMerges;                ///< all where the tree is not cut
   std::optional<double> cutHeight;  ///< where it is cut at a height
   std::vector<int> clusterOf;    ///< of each row, from 1; empty where the tree is not cut
+  Notes notes;                   ///< what was done of its own accord
 
   bool IsCut() const { return !clusterOf.empty(); }
   int Clusters() const { return data.Rows() - keptMerges; }
@@ -43,6 +44,6 @@ std::vector<ClusterSummary> SummariesOf(const ClusterResult& result);
 /// that are lower than one within their cluster. `progress` may be null. Throws BadRequest for a method that there is
 /// not, BadData for more clusters than rows and for distances that are too large, and as SelectClusterData and
 /// BuildTree do.
-ClusterResult ComputeClusters(const CsvTable& table, const ClusterRecipe& recipe, Notes* notes, NCProgress* progress);
+ClusterResult Fit(const ClusterRecipe& recipe, const CsvTable& table, NCProgress* progress = nullptr);
 
 }  // namespace kalmia::analysis

@@ -5,7 +5,7 @@
 #include <cstdint>
 #include <limits>
 
-#include "kalmia/analysis/text/Failure.h"
+#include "kalmia/analysis/text/WorkProgress.h"
 #include "kalmia/containers/Missing.h"
 #include "kalmia/containers/NCDataVector.h"
 #include "kalmia/containers/NCIntegralVector.h"
@@ -153,14 +153,12 @@ double CopheneticCorrelation(const NCDataMatrix<float>& cells, const std::vector
   const int rows = cells.SizeRows();
   std::vector<float> heights(At(rows));
   PairSums sums;
-  progress->SetText("Comparing heights with distances");
-  progress->SetRange(0, static_cast<float>(rows));
-  const Ask ask = [progress] {
-    if (progress->IsBreakPressed()) throw Stopped("stopped");
-  };
+  WorkProgress work(progress);
+  work.Begin("Comparing heights with distances");
+  const Ask ask = [&work] { work.Ask(); };
   WorkMeter meter(ask, kCellsPerQuestion);
   for (int a = 0; a < rows; ++a) {
-    if (!progress->SetValue(static_cast<float>(a))) throw Stopped("stopped");
+    work.MoveToPart(a + 1, rows);
     FillHeights(merges, places, a, &heights);
     const float* const row = cells[a + 1].GetVector();
     for (int b = a + 1; b < rows; ++b) {

@@ -41,7 +41,8 @@ std::vector<int> ClustersOfRows(const std::vector<ClusterMerge>& merges, int kep
 
 /// Correlation, over all pairs of rows, of their distance and of the height at which they come into one cluster
 /// (Sokal and Rohlf 1962, Taxon 11, 33-40). Distances are Euclidean, over the common columns, times the root of all
-/// columns over the common ones. Not a number where all are alike. Stops as `progress` says, with a Stopped.
+/// columns over the common ones. Not a number where all are alike. `progress` may be null. Throws Stopped
+/// where the bar wants to stop.
 double CopheneticCorrelation(const NCDataMatrix<float>& cells, const std::vector<ClusterMerge>& merges,
                              NCProgress* progress);
 

@@ -5,7 +5,7 @@
 #include <unordered_set>
 #include <utility>
 
-#include "kalmia/analysis/file/FileFrame.h"
+#include "kalmia/analysis/file/FileHeader.h"
 #include "kalmia/analysis/file/StepChainFile.h"
 #include "kalmia/analysis/file/internal/ModelEntries.h"
 
@@ -18,7 +18,7 @@ constexpr int kFirstVersionOfPreprocessing = 3;
 
 template <class Kind>
 void WriteContent(const Kind& model, std::ostream& stream) {
-  const ModelFrame& frame = model;
+  const ModelInfo& frame = model;
   OutputStreamDirectory directory(stream, Entries);
   std::ostream& general = directory.GetOutput(General);
   for (const std::string& text : {frame.writtenBy, frame.table, frame.idColumn, frame.groupColumn}) {
@@ -41,7 +41,7 @@ bool Contains(const std::vector<std::string>& there, const std::vector<std::stri
   return std::all_of(names.begin(), names.end(), [&set](const std::string& name) { return set.count(name) > 0; });
 }
 
-bool ReadGeneral(int version, std::istream* entry, ModelFrame* frame, int* kind) {
+bool ReadGeneral(int version, std::istream* entry, ModelInfo* frame, int* kind) {
   int scaling = 0;
   if (entry == nullptr || !ReadText(&frame->writtenBy, *entry) || !ReadText(&frame->table, *entry) ||
       !ReadText(&frame->idColumn, *entry) || !ReadText(&frame->groupColumn, *entry) ||
@@ -56,7 +56,7 @@ bool ReadGeneral(int version, std::istream* entry, ModelFrame* frame, int* kind)
 
 /// The chain that makes X, which is among the columns that come out of it. A file of an older version has no such
 /// entry: one that has it is no such file.
-bool ReadPreprocessing(int version, std::istream* entry, ModelFrame* frame) {
+bool ReadPreprocessing(int version, std::istream* entry, ModelInfo* frame) {
   if (version < kFirstVersionOfPreprocessing) return entry == nullptr;
   if (entry == nullptr || !ReadStepChain(*entry, &frame->chain)) return false;
   return frame->chain.Empty() || Contains(OutputNames(frame->chain), frame->xNames);
@@ -76,7 +76,7 @@ bool MakeKind(int kind, StoredModel* model) {
 /// False on bytes that no WriteContent has written.
 bool ReadContent(int version, std::istream& stream, StoredModel* model) {
   InputStreamDirectory directory(stream);
-  ModelFrame frame;
+  ModelInfo frame;
   frame.xScale = std::make_unique<NCScale>();
   int kind = StoredPLS::kKind;
   if (!ReadGeneral(version, directory.GetInput(General), &frame, &kind) || !MakeKind(kind, model) ||
@@ -87,7 +87,7 @@ bool ReadContent(int version, std::istream& stream, StoredModel* model) {
   }
   return std::visit(
       [&](auto& own) {
-        static_cast<ModelFrame&>(own) = std::move(frame);
+        static_cast<ModelInfo&>(own) = std::move(frame);
         return ReadOwnEntries(&directory, &own);
       },
       *model);

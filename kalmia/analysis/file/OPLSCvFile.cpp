@@ -4,7 +4,7 @@
 #include <sstream>
 #include <utility>
 
-#include "kalmia/analysis/file/FileFrame.h"
+#include "kalmia/analysis/file/FileHeader.h"
 #include "kalmia/analysis/file/internal/ModelEntries.h"
 #include "kalmia/analysis/text/internal/Bytes.h"
 

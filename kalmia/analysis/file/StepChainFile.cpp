@@ -2,7 +2,7 @@
 
 #include <sstream>
 
-#include "kalmia/analysis/file/FileFrame.h"
+#include "kalmia/analysis/file/FileHeader.h"
 #include "kalmia/analysis/text/DisplayText.h"
 #include "kalmia/analysis/text/Failure.h"
 #include "kalmia/analysis/text/internal/Bytes.h"

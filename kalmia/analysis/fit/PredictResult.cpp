@@ -10,34 +10,31 @@ namespace kalmia::analysis {
 namespace {
 
 template <class Model>
-auto PredictNewRows(const Model& model, const CsvTable& table, const std::string& id, Notes* notes,
-                    NCProgress* progress) {
-  NewRows rows = ReadNewRows(model, table, id, notes, progress);
-  auto result = PredictTable(model, table, std::move(rows), notes, progress);
-  NoteNoDistances(model, model.Components(), notes);
+auto PredictNewRows(const Model& model, const CsvTable& table, const std::string& id, NCProgress* progress) {
+  Notes notes;
+  NewRows rows = ReadNewRows(model, table, id, &notes, progress);
+  auto result = PredictTable(model, table, std::move(rows), &notes, progress);
+  NoteNoDistances(model, model.Components(), &notes);
+  result.notes = std::move(notes);
   return result;
 }
 
 }  // namespace
 
-PLSPredictions Predict(const StoredPLS& model, const CsvTable& table, const std::string& id, Notes* notes,
-                       NCProgress* progress) {
-  return PredictNewRows(model, table, id, notes, progress);
+PLSPredictions Predict(const StoredPLS& model, const CsvTable& table, const std::string& id, NCProgress* progress) {
+  return PredictNewRows(model, table, id, progress);
 }
 
-PLSPredictions Predict(const StoredOPLS& model, const CsvTable& table, const std::string& id, Notes* notes,
-                       NCProgress* progress) {
-  return PredictNewRows(model, table, id, notes, progress);
+PLSPredictions Predict(const StoredOPLS& model, const CsvTable& table, const std::string& id, NCProgress* progress) {
+  return PredictNewRows(model, table, id, progress);
 }
 
-PLSPredictions Predict(const StoredO2PLS& model, const CsvTable& table, const std::string& id, Notes* notes,
-                       NCProgress* progress) {
-  return PredictNewRows(model, table, id, notes, progress);
+PLSPredictions Predict(const StoredO2PLS& model, const CsvTable& table, const std::string& id, NCProgress* progress) {
+  return PredictNewRows(model, table, id, progress);
 }
 
-PCAPredictions Predict(const StoredPCA& model, const CsvTable& table, const std::string& id, Notes* notes,
-                       NCProgress* progress) {
-  return PredictNewRows(model, table, id, notes, progress);
+PCAPredictions Predict(const StoredPCA& model, const CsvTable& table, const std::string& id, NCProgress* progress) {
+  return PredictNewRows(model, table, id, progress);
 }
 
 }  // namespace kalmia::analysis

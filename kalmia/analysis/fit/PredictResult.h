@@ -6,7 +6,6 @@
 #include "kalmia/analysis/model/PLSPredict.h"
 #include "kalmia/analysis/model/StoredModel.h"
 #include "kalmia/analysis/table/CsvTable.h"
-#include "kalmia/analysis/text/Notes.h"
 #include "kalmia/support/NCProgress.h"
 
 namespace kalmia::analysis {
@@ -15,15 +14,15 @@ namespace kalmia::analysis {
 // ReadNewRows says. Notes why no row has a distance to the model, where that is so. `progress` may be null.
 // Throws BadData as ReadNewRows, Stopped where the bar wants to stop.
 
-PLSPredictions Predict(const StoredPLS& model, const CsvTable& table, const std::string& id, Notes* notes,
-                       NCProgress* progress);
-PLSPredictions Predict(const StoredOPLS& model, const CsvTable& table, const std::string& id, Notes* notes,
-                       NCProgress* progress);
+PLSPredictions Predict(const StoredPLS& model, const CsvTable& table, const std::string& id = "",
+                       NCProgress* progress = nullptr);
+PLSPredictions Predict(const StoredOPLS& model, const CsvTable& table, const std::string& id = "",
+                       NCProgress* progress = nullptr);
 /// Of the block of Y; a model that is turned around predicts the block of X.
-PLSPredictions Predict(const StoredO2PLS& model, const CsvTable& table, const std::string& id, Notes* notes,
-                       NCProgress* progress);
+PLSPredictions Predict(const StoredO2PLS& model, const CsvTable& table, const std::string& id = "",
+                       NCProgress* progress = nullptr);
 /// Where the rows lie in the model.
-PCAPredictions Predict(const StoredPCA& model, const CsvTable& table, const std::string& id, Notes* notes,
-                       NCProgress* progress);
+PCAPredictions Predict(const StoredPCA& model, const CsvTable& table, const std::string& id = "",
+                       NCProgress* progress = nullptr);
 
 }  // namespace kalmia::analysis

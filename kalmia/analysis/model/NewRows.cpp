@@ -24,17 +24,17 @@ struct SourceColumn {
   throw BadData(table.Name() + ": " + message);
 }
 
-int IdColumn(const ModelFrame& model, const CsvTable& table, const std::string& id) {
+int IdColumn(const ModelInfo& model, const CsvTable& table, const std::string& id) {
   if (!id.empty()) return RequireColumn(table, id);
   return model.idColumn.empty() ? -1 : table.Find(model.idColumn);
 }
 
 /// Columns of the table that X is made of.
-const std::vector<std::string>& SourceNames(const ModelFrame& model) {
+const std::vector<std::string>& SourceNames(const ModelInfo& model) {
   return model.chain.Empty() ? model.xNames : model.chain.inputNames;
 }
 
-std::vector<SourceColumn> ReadSource(const ModelFrame& model, const CsvTable& table, NewRows* rows) {
+std::vector<SourceColumn> ReadSource(const ModelInfo& model, const CsvTable& table, NewRows* rows) {
   std::vector<SourceColumn> source;
   int place = 0;
   for (const std::string& name : SourceNames(model)) {
@@ -64,7 +64,7 @@ NCDataMatrix<float> RowsOf(const std::vector<SourceColumn>& source, int columns,
 }
 
 /// The chain may take and make far more columns than the table or X have, so that rows go through it a block at a time.
-NCDataMatrix<float> Preprocessed(const ModelFrame& model, const CsvTable& table, int idColumn,
+NCDataMatrix<float> Preprocessed(const ModelInfo& model, const CsvTable& table, int idColumn,
                                  const std::vector<SourceColumn>& source, NCProgress* progress) {
   const auto columns = static_cast<int>(SourceNames(model).size());
   if (model.chain.Empty()) return RowsOf(source, columns, 0, table.Rows());
@@ -82,7 +82,7 @@ NCDataMatrix<float> Preprocessed(const ModelFrame& model, const CsvTable& table,
   return x;
 }
 
-NewRows Read(const ModelFrame& model, const CsvTable& table, const std::string& id, Notes* notes,
+NewRows Read(const ModelInfo& model, const CsvTable& table, const std::string& id, Notes* notes,
              NCProgress* progress) {
   NewRows rows;
   const int idColumn = IdColumn(model, table, id);
@@ -104,7 +104,7 @@ NewRows Read(const ModelFrame& model, const CsvTable& table, const std::string& 
 
 }  // namespace
 
-NewRows ReadNewRows(const ModelFrame& model, const CsvTable& table, const std::string& id, Notes* notes,
+NewRows ReadNewRows(const ModelInfo& model, const CsvTable& table, const std::string& id, Notes* notes,
                     NCProgress* progress) try {
   return Read(model, table, id, notes, progress);
 } catch (const std::bad_alloc&) {

@@ -16,6 +16,7 @@ namespace kalmia::analysis {
 struct PCAPredictions {
   NewRows rows;
   std::vector<RowScores> scores;
+  Notes notes;  ///< what was done of its own accord
 };
 
 // `kalmia predict` for a PCA model, step by step.

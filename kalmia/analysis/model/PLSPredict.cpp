@@ -27,7 +27,7 @@ struct PredictionError {
 };
 
 /// Measured values of Y serve as a check; a column of texts under the name of a Y is none, and a note says so.
-void ReadMeasured(const YModelFrame& model, const CsvTable& table, PLSPredictions* result, Notes* notes) {
+void ReadMeasured(const YModelInfo& model, const CsvTable& table, PLSPredictions* result, Notes* notes) {
   std::vector<std::string> texts;
   for (const std::string& name : model.yNames) {
     result->measured.emplace_back();
@@ -56,7 +56,7 @@ PredictionError ErrorOf(const PLSPredictions& result, std::size_t j) {
 
 std::string Measured(float cell) { return cell == kMissingCell<float> ? "-" : Shortest(cell); }
 
-std::string ErrorText(const YModelFrame& model, const PLSPredictions& result) {
+std::string ErrorText(const YModelInfo& model, const PLSPredictions& result) {
   TextTable table;
   table.AddColumn("Y", TextTable::Align::Left);
   table.AddColumn("rows", TextTable::Align::Right);
@@ -71,7 +71,7 @@ std::string ErrorText(const YModelFrame& model, const PLSPredictions& result) {
   return any ? "\n" + table.Text() : "";
 }
 
-Json RowsJson(const YModelFrame& model, const PLSPredictions& result) {
+Json RowsJson(const YModelInfo& model, const PLSPredictions& result) {
   Json list = Json::array();
   for (std::size_t i = 0; i < result.predictions.size(); ++i) {
     const RowPrediction& row = result.predictions[i];
@@ -80,7 +80,7 @@ Json RowsJson(const YModelFrame& model, const PLSPredictions& result) {
     for (std::size_t j = 0; j < model.yNames.size(); ++j) {
       predicted.push_back(row.y.empty() ? Json(nullptr) : JsonNumber(row.y[j]));
       const bool has = !result.measured[j].empty() && result.measured[j][i] != kMissingCell<float>;
-      measured.push_back(has ? JsonNumber(AsWritten(result.measured[j][i])) : Json(nullptr));
+      measured.push_back(has ? JsonNumber(ShortestDouble(result.measured[j][i])) : Json(nullptr));
     }
     list.push_back({{"row", result.rows.names[i]},
                     {"predicted", predicted},
@@ -120,7 +120,7 @@ PLSPredictions PredictTable(const StoredO2PLS& model, const CsvTable& table, New
   return PredictWith(model, table, std::move(rows), notes, progress);
 }
 
-std::string PredictText(const YModelFrame& model, const CsvTable& table, const PLSPredictions& result) {
+std::string PredictText(const YModelInfo& model, const CsvTable& table, const PLSPredictions& result) {
   const bool anyReason = std::any_of(result.predictions.begin(), result.predictions.end(),
                                      [](const auto& row) { return !row.reason.empty(); });
   TextTable text;
@@ -148,7 +148,7 @@ std::string PredictText(const YModelFrame& model, const CsvTable& table, const P
          ErrorText(model, result);
 }
 
-void AddPredictJson(const YModelFrame& model, const PLSPredictions& result, Json* json) {
+void AddPredictJson(const YModelInfo& model, const PLSPredictions& result, Json* json) {
   (*json)["y"] = model.yNames;
   (*json)["rows"] = RowsJson(model, result);
   Json errors = Json::array();
@@ -160,12 +160,12 @@ void AddPredictJson(const YModelFrame& model, const PLSPredictions& result, Json
 }
 
 void AddPredictJson(const StoredO2PLS& model, const PLSPredictions& result, Json* json) {
-  const YModelFrame& frame = model;
+  const YModelInfo& frame = model;
   (*json)["from"] = model.inputBlock == "X" ? "x" : "y";
   AddPredictJson(frame, result, json);
 }
 
-CsvFile PredictCsv(const YModelFrame& model, const PLSPredictions& result, const std::string& file,
+CsvFile PredictCsv(const YModelInfo& model, const PLSPredictions& result, const std::string& file,
                    const CsvMarks& marks) {
   CsvText csv(marks);
   csv.Field("row");

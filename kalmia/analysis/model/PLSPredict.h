@@ -18,6 +18,7 @@ struct PLSPredictions {
   std::vector<std::vector<float>> measured;  ///< for each Y of the model its cells, or nothing if it is not there
   std::vector<RowPrediction> predictions;
   int components = 0;                        ///< of the model
+  Notes notes;                               ///< what was done of its own accord
 };
 
 // `kalmia predict` for a PLS, OPLS or O2PLS model, step by step. Measured values of Y serve as a check.
@@ -28,14 +29,14 @@ PLSPredictions PredictTable(const StoredOPLS& model, const CsvTable& table, NewR
                             NCProgress* progress);
 PLSPredictions PredictTable(const StoredO2PLS& model, const CsvTable& table, NewRows rows, Notes* notes,
                             NCProgress* progress);
-std::string PredictText(const YModelFrame& model, const CsvTable& table, const PLSPredictions& result);
-constexpr auto PredictFormat(const YModelFrame& /*model*/) { return "kalmia-predict"; }
+std::string PredictText(const YModelInfo& model, const CsvTable& table, const PLSPredictions& result);
+constexpr auto PredictFormat(const YModelInfo& /*model*/) { return "kalmia-predict"; }
 constexpr auto PredictFormat(const StoredO2PLS& /*model*/) { return "kalmia-predict-o2pls"; }
-void AddPredictJson(const YModelFrame& model, const PLSPredictions& result, Json* json);
+void AddPredictJson(const YModelInfo& model, const PLSPredictions& result, Json* json);
 void AddPredictJson(const StoredO2PLS& model, const PLSPredictions& result, Json* json);
 /// For each row the predicted values, and the measured ones under "measured NAME" where the table has a column for a Y
 /// (empty where it has none), the distance to the model and the reason for a missing prediction.
-CsvFile PredictCsv(const YModelFrame& model, const PLSPredictions& result, const std::string& file,
+CsvFile PredictCsv(const YModelInfo& model, const PLSPredictions& result, const std::string& file,
                    const CsvMarks& marks);
 
 }  // namespace kalmia::analysis

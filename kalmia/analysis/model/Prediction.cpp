@@ -37,7 +37,7 @@ void NoteMissingScores(const std::string& block, const NCDataMatrix<float>& x, c
 }
 
 /// Predictions in the units of the file, and what is left of X.
-void FillRows(const YModelFrame& model, const NCDataMatrix<float>& yPred, const NCDataMatrix<float>& xLeft,
+void FillRows(const YModelInfo& model, const NCDataMatrix<float>& yPred, const NCDataMatrix<float>& xLeft,
               std::vector<RowPrediction>* rows) {
   const std::vector<RowResidual> residuals = RowResiduals(xLeft);
   for (std::size_t i = 0; i < rows->size(); ++i) {
@@ -111,12 +111,12 @@ std::vector<RowPrediction> PredictRows(const StoredO2PLS& model, NCDataMatrix<fl
   return rows;
 }
 
-double DistanceToModel(const ModelFrame& model, int components, const RowFit& row) {
+double DistanceToModel(const ModelInfo& model, int components, const RowFit& row) {
   if (!row.reason.empty()) return std::numeric_limits<double>::quiet_NaN();
   return ResidualDeviation(row.residual, components) / model.pooledDeviation;
 }
 
-void NoteNoDistances(const ModelFrame& model, int components, Notes* notes) {
+void NoteNoDistances(const ModelInfo& model, int components, Notes* notes) {
   const std::string none = "no row has a distance to the model: ";
   if (static_cast<std::size_t>(components) >= model.xNames.size()) {
     notes->Add(none + "with as many components as " + model.inputBlock + " columns, " + std::to_string(components) +

@@ -51,18 +51,18 @@ double PooledDeviationOf(const std::vector<Row>& rows, int components) {
 
 /// A row's distance to a model of `components` components: its residual deviation over the pooled one of the training
 /// rows; not a number for a row that has no more cells than there are components, or of which nothing can be said.
-double DistanceToModel(const ModelFrame& model, int components, const RowFit& row);
+double DistanceToModel(const ModelInfo& model, int components, const RowFit& row);
 
 /// The same of each row.
 template <class Row>
-std::vector<double> DistancesToModel(const ModelFrame& model, int components, const std::vector<Row>& rows) {
+std::vector<double> DistancesToModel(const ModelInfo& model, int components, const std::vector<Row>& rows) {
   std::vector<double> distances;
   for (const Row& row : rows) distances.push_back(DistanceToModel(model, components, row));
   return distances;
 }
 
 /// Says once why no row has a distance to the model, where that is so.
-void NoteNoDistances(const ModelFrame& model, int components, Notes* notes);
+void NoteNoDistances(const ModelInfo& model, int components, Notes* notes);
 
 /// "none of its 5 X cells is present" or "only 2 of its 5 X cells are present", with the name of the block.
 std::string PresentCellsText(const std::string& block, int present, int variables);

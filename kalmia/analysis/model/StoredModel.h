@@ -18,7 +18,7 @@ namespace kalmia::analysis {
 inline constexpr int kModelVersion = 3;
 
 /// What a stored model has whatever its kind: where it comes from, and what turns new rows of a table into its X.
-struct ModelFrame {
+struct ModelInfo {
   int fileVersion = kModelVersion;       ///< of the file that it was read from
   std::string writtenBy;                 ///< version of the command
   std::string table;                     ///< file that it was fitted to
@@ -43,14 +43,14 @@ struct YQuality {
 };
 
 /// What a model that predicts Y has beside that.
-struct YModelFrame : ModelFrame {
+struct YModelInfo : ModelInfo {
   std::vector<std::string> yNames;
   std::unique_ptr<NCScale> yScale;
   std::vector<YQuality> quality;  ///< one for each Y column
 };
 
 /// A PLS model with everything that turns new rows of a table into predictions.
-struct StoredPLS : YModelFrame {
+struct StoredPLS : YModelInfo {
   static constexpr int kKind = 1;
 
   std::unique_ptr<NCPLS> pls;
@@ -60,7 +60,7 @@ struct StoredPLS : YModelFrame {
 };
 
 /// Principal components with everything that turns new rows of a table into scores.
-struct StoredPCA : ModelFrame {
+struct StoredPCA : ModelInfo {
   static constexpr int kKind = 2;
 
   std::unique_ptr<NCPCA> pca;
@@ -77,7 +77,7 @@ struct OPLSMatrices {
 };
 
 /// An OPLS model with everything that turns new rows of a table into predictions.
-struct StoredOPLS : YModelFrame {
+struct StoredOPLS : YModelInfo {
   static constexpr int kKind = 3;
 
   OPLSMatrices opls;
@@ -97,9 +97,9 @@ struct O2PLSMatrices {
   NCDataMatrix<float> lambda, xLambda;      ///< A x A
 };
 
-/// An O2PLS model with everything that turns new rows of one block into predictions of the other. As a YModelFrame it
+/// An O2PLS model with everything that turns new rows of one block into predictions of the other. As a YModelInfo it
 /// predicts Y from X; TurnAround makes it predict X from Y.
-struct StoredO2PLS : YModelFrame {
+struct StoredO2PLS : YModelInfo {
   static constexpr int kKind = 4;
 
   std::string yTable;     ///< file of the Y block
@@ -117,7 +117,7 @@ struct StoredO2PLS : YModelFrame {
 void TurnAround(StoredO2PLS* model);
 
 /// A filter that takes out of X what has nothing to do with Y, with everything that applies it to new rows of a table.
-struct StoredFilter : ModelFrame {
+struct StoredFilter : ModelInfo {
   static constexpr int kKind = 5;
 
   std::vector<std::string> yNames;

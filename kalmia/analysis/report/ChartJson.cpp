@@ -13,7 +13,7 @@ Json KnownNumber(double number) { return number == kMissing ? Json() : JsonNumbe
 /// The points are cells of the library, single precision.
 Json SeriesJson(const ChartSeries& series) {
   Json values = Json::array();
-  for (const double value : series.values) values.push_back(JsonNumber(AsWritten(static_cast<float>(value))));
+  for (const double value : series.values) values.push_back(JsonNumber(ShortestDouble(static_cast<float>(value))));
   return {{"name", series.name}, {"values", values}};
 }
 
@@ -36,7 +36,7 @@ Json SignalJson(const ChartResult& result, const ChartSignal& signal) {
           {"lastRow", first + size - 1},
           {"series", signal.series},
           {"direction", signal.direction},
-          {"value", JsonNumber(AsWritten(static_cast<float>(signal.value)))},
+          {"value", JsonNumber(ShortestDouble(static_cast<float>(signal.value)))},
           {"limit", JsonNumber(signal.limit)},
           {"rule", result.RuleName(signal)},
           {"meaning", signal.rule.meaning}};

@@ -137,7 +137,7 @@ void CsvTitles(const ChartResult& result, CsvText* csv) {
 }
 
 /// The points are cells of the library, single precision: full precision has so many digits.
-void AddCell(double value, CsvText* csv) { csv->Number(AsWritten(static_cast<float>(value))); }
+void AddCell(double value, CsvText* csv) { csv->Number(ShortestDouble(static_cast<float>(value))); }
 
 }  // namespace
 

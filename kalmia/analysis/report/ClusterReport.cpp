@@ -56,7 +56,7 @@ Json MergesJson(const ClusterResult& result) {
   Json merges = Json::array();
   for (const ClusterMerge& merge : result.merges) {
     merges.push_back({{"clusters", {std::min(merge.left, merge.right), std::max(merge.left, merge.right)}},
-                      {"height", JsonNumber(AsWritten(merge.height))},
+                      {"height", JsonNumber(ShortestDouble(merge.height))},
                       {"rows", merge.rows}});
   }
   return merges;
@@ -66,7 +66,7 @@ Json CutJson(const ClusterResult& result) {
   if (!result.IsCut()) return nullptr;
   Json cut = {{"clusters", Json::array()}, {"rows", Json::array()}};
   for (const ClusterSummary& cluster : SummariesOf(result)) {
-    cut["clusters"].push_back({{"rows", cluster.rows}, {"highestMerge", JsonNumber(AsWritten(cluster.highest))}});
+    cut["clusters"].push_back({{"rows", cluster.rows}, {"highestMerge", JsonNumber(ShortestDouble(cluster.highest))}});
   }
   for (std::size_t r = 0; r < result.clusterOf.size(); ++r) {
     cut["rows"].push_back({{"name", result.data.rowNames[r]}, {"cluster", result.clusterOf[r]}});
@@ -119,7 +119,7 @@ std::string MergesCsv(const ClusterResult& result, const CsvMarks& marks) {
   for (const ClusterMerge& merge : result.merges) {
     csv.Field(std::to_string(std::min(merge.left, merge.right)));
     csv.Field(std::to_string(std::max(merge.left, merge.right)));
-    csv.Number(AsWritten(merge.height)).Field(std::to_string(merge.rows)).EndLine();
+    csv.Number(ShortestDouble(merge.height)).Field(std::to_string(merge.rows)).EndLine();
   }
   return csv.Text();
 }

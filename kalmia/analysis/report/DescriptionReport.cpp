@@ -85,8 +85,8 @@ std::string DescriptionJson(const Description& description, const Notes& notes) 
                        {"firstWords", WordsJson(column)},
                        {"mean", JsonNumber(column.moments.mean)},
                        {"standardDeviation", JsonNumber(column.moments.standardDeviation)},
-                       {"min", JsonNumber(AsWritten(column.moments.min))},
-                       {"max", JsonNumber(AsWritten(column.moments.max))},
+                       {"min", JsonNumber(ShortestDouble(column.moments.min))},
+                       {"max", JsonNumber(ShortestDouble(column.moments.max))},
                        {"skewness", JsonNumber(column.moments.skewness)}});
   }
   json["columns"] = columns;

@@ -128,35 +128,35 @@ Json ModelJson(const FilledColumns& filled) {
 
 }  // namespace
 
-std::string FillText(const CsvTable& table, const FillOutcome& outcome, const std::string& out, bool anew) {
+std::string FillText(const CsvTable& table, const FillResult& result, const std::string& out, bool anew) {
   const std::string hasAll = anew ? " holds the same cells" : " is the same";
-  std::string text = outcome.missing == 0
+  std::string text = result.missing == 0
                          ? "No cell of " + table.Name() + " is missing; " + OneLine(out) + hasAll + "\n"
-                         : "Filled " + std::to_string(outcome.filledCells) + " of " +
-                               Counted(AsSize(outcome.missing), "missing cell") + " of " + table.Name() + " into " +
+                         : "Filled " + std::to_string(result.filledCells) + " of " +
+                               Counted(AsSize(result.missing), "missing cell") + " of " + table.Name() + " into " +
                                OneLine(out) + "\n";
-  if (outcome.filledCells > 0) text += ModelText(outcome.filled) + ChoiceText(outcome.choice);
-  text += LeftText(outcome.leftEmpty);
-  if (outcome.trial) text += TrialText(*outcome.trial, outcome.choice);
+  if (result.filledCells > 0) text += ModelText(result.filled) + ChoiceText(result.choice);
+  text += LeftText(result.leftEmpty);
+  if (result.trial) text += TrialText(*result.trial, result.choice);
   return text;
 }
 
-std::string FillJson(const CsvTable& table, const FillOutcome& outcome, const std::string& out, const Notes& notes) {
+std::string FillJson(const CsvTable& table, const FillResult& result, const std::string& out, const Notes& notes) {
   Json json = JsonHeader("kalmia-fill");
   json["table"] = table.Name();
   json["rows"] = table.Rows();
   json["out"] = out;
-  json["missingCells"] = outcome.missing;
-  json["filledCells"] = outcome.filledCells;
+  json["missingCells"] = result.missing;
+  json["filledCells"] = result.filledCells;
   json["leftEmpty"] = Json::array();
-  for (const LeftEmpty& left : outcome.leftEmpty) {
+  for (const LeftEmpty& left : result.leftEmpty) {
     json["leftEmpty"].push_back({{"reason", ReasonWord(left.reason)}, {"name", left.name}, {"cells", left.cells}});
   }
-  json["constantColumns"] = outcome.filled.constantColumns;
-  json["model"] = ModelJson(outcome.filled);
-  json["choice"] = outcome.choice.errors;
-  json["chosenComponents"] = ChosenJson(outcome.choice);
-  json["trial"] = outcome.trial ? TrialJson(*outcome.trial) : Json(nullptr);
+  json["constantColumns"] = result.filled.constantColumns;
+  json["model"] = ModelJson(result.filled);
+  json["choice"] = result.choice.errors;
+  json["chosenComponents"] = ChosenJson(result.choice);
+  json["trial"] = result.trial ? TrialJson(*result.trial) : Json(nullptr);
   json["notes"] = notes.Lines();
   return JsonText(json);
 }

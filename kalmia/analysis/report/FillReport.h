@@ -2,14 +2,14 @@
 
 #include <string>
 
-#include "kalmia/analysis/fit/FillOutcome.h"
+#include "kalmia/analysis/fit/FillResult.h"
 #include "kalmia/analysis/table/CsvTable.h"
 #include "kalmia/analysis/text/Notes.h"
 
 namespace kalmia::analysis {
 
 /// What `kalmia fill` prints; `out` is the file that it has written, with the marks of the table or `anew` with others.
-std::string FillText(const CsvTable& table, const FillOutcome& outcome, const std::string& out, bool anew);
-std::string FillJson(const CsvTable& table, const FillOutcome& outcome, const std::string& out, const Notes& notes);
+std::string FillText(const CsvTable& table, const FillResult& result, const std::string& out, bool anew);
+std::string FillJson(const CsvTable& table, const FillResult& result, const std::string& out, const Notes& notes);
 
 }  // namespace kalmia::analysis

@@ -41,33 +41,33 @@ Json FilterComponentJson(const std::vector<FilterComponentRecord>& components) {
   return list;
 }
 
-std::string FilterText(const CsvTable& table, const FilterOutcome& outcome, const FilterFiles& files) {
-  const StoredFilter& filter = outcome.filter;
-  const std::string early = outcome.endedEarly.empty() ? "" : "No further component: " + outcome.endedEarly + ".\n";
+std::string FilterText(const CsvTable& table, const FilterResult& result, const FilterFiles& files) {
+  const StoredFilter& filter = result.filter;
+  const std::string early = result.endedEarly.empty() ? "" : "No further component: " + result.endedEarly + ".\n";
   std::vector<std::string> written = {files.out};
   if (!files.saved.empty()) written.push_back(files.saved);
   return "Taken out of X, " + Counted(filter.xNames.size(), "column") + " of " + table.Name() + ", " +
          Counted(static_cast<std::size_t>(table.Rows()), "row") + ": what has nothing to do with " +
          Listed(filter.yNames) + "\nX " + ScalingText(filter.scaling) +
-         (outcome.source.empty() ? "" : "; the filter of " + outcome.source) + "\n\n" +
-         FilterComponentText(filter.components) + early + "\n" + Share(outcome.filtered.removed) +
+         (result.source.empty() ? "" : "; the filter of " + result.source) + "\n\n" +
+         FilterComponentText(filter.components) + early + "\n" + Share(result.filtered.removed) +
          " of the sum of squares of X is taken out of these rows.\n" + WrittenText(written);
 }
 
-std::string FilterJson(const CsvTable& table, const FilterOutcome& outcome, const FilterFiles& files,
+std::string FilterJson(const CsvTable& table, const FilterResult& result, const FilterFiles& files,
                        const Notes& notes) {
-  const StoredFilter& filter = outcome.filter;
+  const StoredFilter& filter = result.filter;
   Json json = JsonHeader("kalmia-filter");
   json["table"] = table.Name();
   json["rows"] = table.Rows();
-  json["model"] = outcome.source.empty() ? Json(nullptr) : Json(outcome.source);
+  json["model"] = result.source.empty() ? Json(nullptr) : Json(result.source);
   json["scaling"] = ScalingWord(filter.scaling);
   json["x"] = filter.xNames;
   json["y"] = filter.yNames;
-  json["missingColumns"] = outcome.filtered.missingColumns;
+  json["missingColumns"] = result.filtered.missingColumns;
   json["components"] = FilterComponentJson(filter.components);
-  json["endedEarly"] = outcome.endedEarly.empty() ? Json(nullptr) : Json(outcome.endedEarly);
-  json["removed"] = JsonNumber(outcome.filtered.removed);
+  json["endedEarly"] = result.endedEarly.empty() ? Json(nullptr) : Json(result.endedEarly);
+  json["removed"] = JsonNumber(result.filtered.removed);
   json["out"] = files.out;
   json["saved"] = files.saved.empty() ? Json(nullptr) : Json(files.saved);
   json["notes"] = notes.Lines();

@@ -3,7 +3,7 @@
 #include <string>
 #include <vector>
 
-#include "kalmia/analysis/fit/FilterOutcome.h"
+#include "kalmia/analysis/fit/FilterResult.h"
 #include "kalmia/analysis/model/ComponentRecord.h"
 #include "kalmia/analysis/table/CsvTable.h"
 #include "kalmia/analysis/text/Json.h"
@@ -22,9 +22,9 @@ struct FilterFiles {
 };
 
 /// What `kalmia filter` prints, with a filter just made and with a stored one.
-std::string FilterText(const CsvTable& table, const FilterOutcome& outcome, const FilterFiles& files);
+std::string FilterText(const CsvTable& table, const FilterResult& result, const FilterFiles& files);
 /// The same as JSON, format kalmia-filter.
-std::string FilterJson(const CsvTable& table, const FilterOutcome& outcome, const FilterFiles& files,
+std::string FilterJson(const CsvTable& table, const FilterResult& result, const FilterFiles& files,
                        const Notes& notes);
 
 }  // namespace kalmia::analysis

@@ -42,12 +42,12 @@ std::string LabelledNames(const std::string& label, const std::vector<std::strin
   return text + Labelled(text.empty() ? label : "", line);
 }
 
-std::string GroupsText(const ModelFrame& model) {
+std::string GroupsText(const ModelInfo& model) {
   return std::to_string(model.groups) + " groups" +
          (model.groupColumn.empty() ? "" : " of column " + OneLine(model.groupColumn));
 }
 
-std::string RowsText(const ModelFrame& model) {
+std::string RowsText(const ModelInfo& model) {
   return std::to_string(model.rowNames.size()) +
          (model.idColumn.empty() ? "" : ", named by column " + OneLine(model.idColumn));
 }
@@ -83,21 +83,21 @@ const char* InfoFormat(const StoredOPLS& /*model*/) { return "kalmia-info-opls";
 const char* InfoFormat(const StoredO2PLS& /*model*/) { return "kalmia-info-o2pls"; }
 const char* InfoFormat(const StoredFilter& /*model*/) { return "kalmia-info-filter"; }
 
-std::string JudgementLines(const ModelFrame& model) {
+std::string JudgementLines(const ModelInfo& model) {
   return Labelled("Cross-validation", GroupsText(model)) +
          Labelled("Pooled deviation", Significant(model.pooledDeviation, kDigits) + " of " + model.inputBlock +
                                           ", in scaled units");
 }
 std::string JudgementLines(const StoredFilter& /*model*/) { return ""; }
 
-void AddJudgementJson(const ModelFrame& model, Json* json) {
+void AddJudgementJson(const ModelInfo& model, Json* json) {
   (*json)["crossValidation"] = {{"groups", model.groups},
                                 {"groupColumn", model.groupColumn.empty() ? Json(nullptr) : Json(model.groupColumn)}};
   (*json)["pooledDeviation"] = JsonNumber(model.pooledDeviation);
 }
 void AddJudgementJson(const StoredFilter& /*model*/, Json* /*json*/) {}
 
-std::string OwnLines(const YModelFrame& model) { return LabelledNames("Y", model.yNames); }
+std::string OwnLines(const YModelInfo& model) { return LabelledNames("Y", model.yNames); }
 std::string OwnLines(const StoredPCA& /*model*/) { return ""; }
 std::string OwnLines(const StoredO2PLS& model) {
   return Labelled("Y block of", OneLine(model.yTable)) +
@@ -236,7 +236,7 @@ std::string InfoJson(const StoredOPLSCv& cv, const std::string& file) {
   for (const int group : cv.groups) json["groupOfRow"].push_back(group + 1);
   json["predictive"] = cv.state.predictive;
   json["q2Cum"] = Json::array();
-  for (const OPLSCvStep& step : cv.state.steps) json["q2Cum"].push_back(JsonNumber(AsWritten(step.q2Cum)));
+  for (const OPLSCvStep& step : cv.state.steps) json["q2Cum"].push_back(JsonNumber(ShortestDouble(step.q2Cum)));
   return JsonText(json);
 }
 

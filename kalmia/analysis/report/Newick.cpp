@@ -71,7 +71,7 @@ class Writer {
   void AddLength(int id) {
     if (open_.empty()) return;
     const double length = static_cast<double>(HeightOf(open_.back().id)) - HeightOf(id);
-    text_ += ":" + Shortest(AsWritten(static_cast<float>(length)));
+    text_ += ":" + Shortest(ShortestDouble(static_cast<float>(length)));
   }
 
   const ClusterResult& result_;

@@ -8,26 +8,26 @@ namespace kalmia::analysis {
 
 namespace {
 
-CsvFile ComponentRecordsCsv(const O2PLSOutcome& outcome, const CsvMarks& marks) {
+CsvFile ComponentRecordsCsv(const O2PLSResult& result, const CsvMarks& marks) {
   CsvText csv(marks);
   csv.Field("component");
   for (const char* title : {"R2X", "R2Y", "Q2", "Q2 limit", "code", "kept"}) csv.Field(title);
   csv.EndLine();
-  const std::vector<std::string> names = O2PLSComponentNames(outcome.components);
-  for (std::size_t a = 0; a < outcome.components.size(); ++a) {
-    const O2PLSComponentRecord& record = outcome.components[a];
+  const std::vector<std::string> names = O2PLSComponentNames(result.components);
+  for (std::size_t a = 0; a < result.components.size(); ++a) {
+    const O2PLSComponentRecord& record = result.components[a];
     csv.Field(names[a]).Number(record.r2x).Number(record.r2y).Number(record.q2).Number(record.q2Limit);
     csv.Field(SignificanceE::GetSignificance(record.verdict)).Field(record.kept ? "yes" : "no").EndLine();
   }
   return {"components.csv", csv.Text()};
 }
 
-CsvFile SharesCsv(const O2PLSOutcome& outcome, const CsvMarks& marks) {
+CsvFile SharesCsv(const O2PLSResult& result, const CsvMarks& marks) {
   CsvText csv(marks);
   csv.Field("block").Field("joint").Field("unique").Field("rest").Field("R2 predicted").EndLine();
-  const BlockShares x = SharesOfX(outcome.components), y = SharesOfY(outcome.components);
-  csv.Field("X").Number(x.joint).Number(x.unique).Number(x.Rest()).Number(outcome.r2x).EndLine();
-  csv.Field("Y").Number(y.joint).Number(y.unique).Number(y.Rest()).Number(outcome.r2y).EndLine();
+  const BlockShares x = SharesOfX(result.components), y = SharesOfY(result.components);
+  csv.Field("X").Number(x.joint).Number(x.unique).Number(x.Rest()).Number(result.r2x).EndLine();
+  csv.Field("Y").Number(y.joint).Number(y.unique).Number(y.Rest()).Number(result.r2y).EndLine();
   return {"shares.csv", csv.Text()};
 }
 
@@ -52,19 +52,19 @@ CsvFile FittedCsv(const std::string& file, const Block& block, const std::vector
 
 }  // namespace
 
-std::vector<CsvFile> O2PLSCsvFiles(const O2PLSOutcome& outcome, const CsvMarks& marks) {
-  const StoredO2PLS& model = outcome.model;
+std::vector<CsvFile> O2PLSCsvFiles(const O2PLSResult& result, const CsvMarks& marks) {
+  const StoredO2PLS& model = result.model;
   const O2PLSMatrices& o = model.o2pls;
-  return {ComponentRecordsCsv(outcome, marks),
-          SharesCsv(outcome, marks),
+  return {ComponentRecordsCsv(result, marks),
+          SharesCsv(result, marks),
           ComponentsCsv("x-scores.csv", "row", model.rowNames, {{"t", o.t}, {"to", o.to}}, marks),
           ComponentsCsv("y-scores.csv", "row", model.rowNames, {{"u", o.u}, {"uo", o.uo}}, marks),
           ComponentsCsv("x-loadings.csv", "column", model.xNames, {{"p", o.p}, {"po", o.po}}, marks),
           ComponentsCsv("y-loadings.csv", "column", model.yNames, {{"q", o.q}, {"qo", o.qo}}, marks),
           ComponentsCsv("x-weights.csv", "column", model.xNames, {{"w", o.w}, {"wo", o.wo}}, marks),
           ComponentsCsv("y-weights.csv", "column", model.yNames, {{"c", o.c}, {"co", o.co}}, marks),
-          FittedCsv("y-fit.csv", outcome.data.y, model.rowNames, outcome.fittedY, marks),
-          FittedCsv("x-fit.csv", outcome.data.x, model.rowNames, outcome.fittedX, marks)};
+          FittedCsv("y-fit.csv", result.data.y, model.rowNames, result.fittedY, marks),
+          FittedCsv("x-fit.csv", result.data.x, model.rowNames, result.fittedX, marks)};
 }
 
 std::vector<std::string> O2PLSCsvFileNames() {

@@ -3,13 +3,13 @@
 #include <string>
 #include <vector>
 
-#include "kalmia/analysis/fit/O2PLSOutcome.h"
+#include "kalmia/analysis/fit/O2PLSResult.h"
 #include "kalmia/analysis/table/CsvText.h"
 
 namespace kalmia::analysis {
 
 /// The files that `kalmia o2pls --csv` writes; docs/command/o2pls.md describes them. `outcome` has a model.
-std::vector<CsvFile> O2PLSCsvFiles(const O2PLSOutcome& outcome, const CsvMarks& marks);
+std::vector<CsvFile> O2PLSCsvFiles(const O2PLSResult& result, const CsvMarks& marks);
 
 /// Their names, before there is anything to write.
 std::vector<std::string> O2PLSCsvFileNames();

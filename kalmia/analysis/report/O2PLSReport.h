@@ -2,7 +2,7 @@
 
 #include <string>
 
-#include "kalmia/analysis/fit/O2PLSOutcome.h"
+#include "kalmia/analysis/fit/O2PLSResult.h"
 #include "kalmia/analysis/report/WrittenFiles.h"
 #include "kalmia/analysis/table/CsvTable.h"
 #include "kalmia/analysis/text/Notes.h"
@@ -12,9 +12,9 @@ namespace kalmia::analysis {
 /// What `kalmia o2pls` prints: all components that were tried with their verdicts, joint, unique and remaining
 /// variation of each block, what the predictions describe, then loadings and scores by name. `files` names what was
 /// written.
-std::string O2PLSText(const O2PLSOutcome& outcome, const FitFiles& files);
+std::string O2PLSText(const O2PLSResult& result, const FitFiles& files);
 
 /// The same as JSON, format kalmia-o2pls.
-std::string O2PLSJson(const O2PLSOutcome& outcome, const Notes& notes, const FitFiles& files);
+std::string O2PLSJson(const O2PLSResult& result, const Notes& notes, const FitFiles& files);
 
 }  // namespace kalmia::analysis

@@ -9,14 +9,14 @@ namespace kalmia::analysis {
 
 namespace {
 
-CsvFile ComponentRecordsCsv(const OPLSOutcome& outcome, const CsvMarks& marks) {
+CsvFile ComponentRecordsCsv(const OPLSResult& result, const CsvMarks& marks) {
   CsvText csv(marks);
   csv.Field("component");
   for (const char* title : {"R2X", "R2Y", "Q2", "Q2 cum", "Q2 limit"}) csv.Field(title);
   csv.Field("significant").Field("kept").EndLine();
-  const std::vector<std::string> names = OPLSComponentNames(outcome.components);
-  for (std::size_t a = 0; a < outcome.components.size(); ++a) {
-    const OPLSComponentRecord& record = outcome.components[a];
+  const std::vector<std::string> names = OPLSComponentNames(result.components);
+  for (std::size_t a = 0; a < result.components.size(); ++a) {
+    const OPLSComponentRecord& record = result.components[a];
     csv.Field(names[a]).Number(record.r2x).Number(record.r2y).Number(record.q2).Number(record.q2Cum);
     csv.Number(record.q2Limit).Field(record.significant ? "yes" : "no").Field(record.kept ? "yes" : "no").EndLine();
   }
@@ -33,8 +33,8 @@ CsvFile VipCsv(const StoredOPLS& model, const CsvMarks& marks) {
   return {"vip.csv", csv.Text()};
 }
 
-CsvFile SPlotCsv(const OPLSOutcome& outcome, const CsvMarks& marks) {
-  const StoredOPLS& model = outcome.model;
+CsvFile SPlotCsv(const OPLSResult& result, const CsvMarks& marks) {
+  const StoredOPLS& model = result.model;
   CsvText csv(marks);
   csv.Field("column");
   for (int a = 1; a <= model.Predictive(); ++a)
@@ -43,7 +43,7 @@ CsvFile SPlotCsv(const OPLSOutcome& outcome, const CsvMarks& marks) {
   for (std::size_t k = 0; k < model.xNames.size(); ++k) {
     csv.Field(model.xNames[k]);
     for (int a = 1; a <= model.Predictive(); ++a) {
-      const ColumnWithScores related = RelateColumn(outcome.scaledX, static_cast<int>(k) + 1, model.opls.t[a]);
+      const ColumnWithScores related = RelateColumn(result.scaledX, static_cast<int>(k) + 1, model.opls.t[a]);
       csv.Number(related.covariance).Number(related.correlation);
     }
     csv.EndLine();
@@ -59,23 +59,23 @@ NCDataMatrix<float> Together(const NCDataMatrix<float>& above, const NCDataMatri
 
 }  // namespace
 
-std::vector<CsvFile> OPLSCsvFiles(const OPLSOutcome& outcome, const CsvMarks& marks) {
-  const StoredOPLS& model = outcome.model;
+std::vector<CsvFile> OPLSCsvFiles(const OPLSResult& result, const CsvMarks& marks) {
+  const StoredOPLS& model = result.model;
   const OPLSMatrices& opls = model.opls;
-  const CrossValidatedScores& left = outcome.crossValidated;
-  return {ComponentRecordsCsv(outcome, marks),
+  const CrossValidatedScores& left = result.crossValidated;
+  return {ComponentRecordsCsv(result, marks),
           ComponentsCsv("scores.csv", "row", model.rowNames, {{"t", opls.t}, {"to", opls.to}}, marks),
           ComponentsCsv("cross-validated-scores.csv", "row", model.rowNames, {{"t", left.t}, {"to", left.to}}, marks),
-          ComponentsCsv("y-scores.csv", "row", model.rowNames, {{"u", outcome.u}}, marks),
+          ComponentsCsv("y-scores.csv", "row", model.rowNames, {{"u", result.u}}, marks),
           ComponentsCsv("loadings.csv", "column", model.xNames, {{"p", opls.p.back()}, {"po", opls.po}}, marks),
           ComponentsCsv("weights.csv", "column", model.xNames, {{"w", opls.w.back()}, {"wo", opls.wo}}, marks),
           ComponentsCsv("y-weights.csv", "column", model.yNames, {{"c", opls.c.back()}, {"co", opls.co}}, marks),
-          SPlotCsv(outcome, marks),
+          SPlotCsv(result, marks),
           CoefficientsCsv(CoefficientsInOriginalUnits(model), model, marks),
           VipCsv(model, marks),
           RowsCsv(model.rowNames, HotellingT2(Together(opls.t, opls.to)),
-                  DistancesToModel(model, model.Components(), outcome.fitted), marks),
-          FitCsv(outcome.data, outcome.fitted, marks)};
+                  DistancesToModel(model, model.Components(), result.fitted), marks),
+          FitCsv(result.data, result.fitted, marks)};
 }
 
 std::vector<std::string> OPLSCsvFileNames() {

@@ -3,13 +3,13 @@
 #include <string>
 #include <vector>
 
-#include "kalmia/analysis/fit/OPLSOutcome.h"
+#include "kalmia/analysis/fit/OPLSResult.h"
 #include "kalmia/analysis/table/CsvText.h"
 
 namespace kalmia::analysis {
 
 /// The files that `kalmia opls --csv` writes; docs/command/opls.md describes them. `outcome` has a model.
-std::vector<CsvFile> OPLSCsvFiles(const OPLSOutcome& outcome, const CsvMarks& marks);
+std::vector<CsvFile> OPLSCsvFiles(const OPLSResult& result, const CsvMarks& marks);
 
 /// Their names, before there is anything to write.
 std::vector<std::string> OPLSCsvFileNames();

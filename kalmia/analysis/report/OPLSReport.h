@@ -2,7 +2,7 @@
 
 #include <string>
 
-#include "kalmia/analysis/fit/OPLSOutcome.h"
+#include "kalmia/analysis/fit/OPLSResult.h"
 #include "kalmia/analysis/report/WrittenFiles.h"
 #include "kalmia/analysis/table/CsvTable.h"
 #include "kalmia/analysis/text/Notes.h"
@@ -11,9 +11,9 @@ namespace kalmia::analysis {
 
 /// What `kalmia opls` prints: for each component what it is, R2X, R2Y, Q2 with its limit and the verdict, then RMSEE
 /// and RMSECV. `files` names what was written.
-std::string OPLSText(const OPLSOutcome& outcome, const FitFiles& files);
+std::string OPLSText(const OPLSResult& result, const FitFiles& files);
 
 /// The same as JSON, format kalmia-opls.
-std::string OPLSJson(const CsvTable& table, const OPLSOutcome& outcome, const Notes& notes, const FitFiles& files);
+std::string OPLSJson(const CsvTable& table, const OPLSResult& result, const Notes& notes, const FitFiles& files);
 
 }  // namespace kalmia::analysis

@@ -11,20 +11,20 @@ namespace kalmia::analysis {
 
 namespace {
 
-std::string Outcome(const PCAOutcome& outcome) {
-  if (outcome.AnyKept()) {
-    const std::string early = outcome.endedEarly.empty() ? "" : "; no further one: " + outcome.endedEarly;
-    return Counted(static_cast<std::size_t>(outcome.model.Components()), "component") + " kept, " +
-           GroupsText(outcome.model) + early + ".\n";
+std::string Outcome(const PCAResult& result) {
+  if (result.AnyKept()) {
+    const std::string early = result.endedEarly.empty() ? "" : "; no further one: " + result.endedEarly;
+    return Counted(static_cast<std::size_t>(result.model.Components()), "component") + " kept, " +
+           GroupsText(result.model) + early + ".\n";
   }
-  if (outcome.components.empty()) {
-    return "No component is kept: none can be computed, " + outcome.endedEarly + ".\nNothing is saved.\n";
+  if (result.components.empty()) {
+    return "No component is kept: none can be computed, " + result.endedEarly + ".\nNothing is saved.\n";
   }
-  const PCAComponentRecord& first = outcome.components.front();
+  const PCAComponentRecord& first = result.components.front();
   if (std::isnan(first.q2)) {
     return "No component is kept: cross-validation cannot judge the first.\nNothing is saved.\n";
   }
-  return "No component is kept, " + GroupsText(outcome.model) + ": Q2 of the first, " + Significant(first.q2, 4) +
+  return "No component is kept, " + GroupsText(result.model) + ": Q2 of the first, " + Significant(first.q2, 4) +
          ", does not exceed its limit, " + Significant(first.q2Limit, 4) + ".\nNothing is saved.\n";
 }
 
@@ -35,24 +35,24 @@ std::string NamedText(const StoredPCA& model) {
 
 }  // namespace
 
-std::string PCAText(const PCAOutcome& outcome, const FitFiles& files) {
-  std::string text = "PCA of " + DataText(outcome.data, outcome.model);
-  if (!outcome.components.empty()) text += PCAComponentText(outcome.components) + "\n";
-  text += Outcome(outcome);
-  if (outcome.AnyKept()) text += NamedText(outcome.model);
+std::string PCAText(const PCAResult& result, const FitFiles& files) {
+  std::string text = "PCA of " + DataText(result.data, result.model);
+  if (!result.components.empty()) text += PCAComponentText(result.components) + "\n";
+  text += Outcome(result);
+  if (result.AnyKept()) text += NamedText(result.model);
   return text + WrittenText(files);
 }
 
-std::string PCAJson(const CsvTable& table, const PCAOutcome& outcome, const Notes& notes, const FitFiles& files) {
-  const StoredPCA& model = outcome.model;
+std::string PCAJson(const CsvTable& table, const PCAResult& result, const Notes& notes, const FitFiles& files) {
+  const StoredPCA& model = result.model;
   Json json = JsonHeader("kalmia-pca");
-  AddDataJson(table, outcome.data, model, &json);
-  json["components"] = PCAComponentJson(outcome.components);
+  AddDataJson(table, result.data, model, &json);
+  json["components"] = PCAComponentJson(result.components);
   json["kept"] = model.Components();
-  json["endedEarly"] = outcome.endedEarly.empty() ? Json(nullptr) : Json(outcome.endedEarly);
+  json["endedEarly"] = result.endedEarly.empty() ? Json(nullptr) : Json(result.endedEarly);
   json["loadings"] = Json::array();
   json["scores"] = Json::array();
-  if (outcome.AnyKept()) {
+  if (result.AnyKept()) {
     json["loadings"] = NamedComponentsJson(model.xNames, {{"p", *model.pca->GetPprim()}});
     json["scores"] = NamedComponentsJson(model.rowNames, {{"t", *model.pca->GetTprim()}});
   }

@@ -2,7 +2,7 @@
 
 #include <string>
 
-#include "kalmia/analysis/fit/PCAOutcome.h"
+#include "kalmia/analysis/fit/PCAResult.h"
 #include "kalmia/analysis/report/WrittenFiles.h"
 #include "kalmia/analysis/table/CsvTable.h"
 #include "kalmia/analysis/text/Notes.h"
@@ -11,9 +11,9 @@ namespace kalmia::analysis {
 
 /// What `kalmia pca` prints: for each component R2X, Q2 with its limit and the verdicts, then loadings and scores by
 /// name. `files` names what was written.
-std::string PCAText(const PCAOutcome& outcome, const FitFiles& files);
+std::string PCAText(const PCAResult& result, const FitFiles& files);
 
 /// The same as JSON, format kalmia-pca.
-std::string PCAJson(const CsvTable& table, const PCAOutcome& outcome, const Notes& notes, const FitFiles& files);
+std::string PCAJson(const CsvTable& table, const PCAResult& result, const Notes& notes, const FitFiles& files);
 
 }  // namespace kalmia::analysis

@@ -3,14 +3,14 @@
 #include <string>
 #include <vector>
 
-#include "kalmia/analysis/fit/PLSOutcome.h"
+#include "kalmia/analysis/fit/PLSResult.h"
 #include "kalmia/analysis/table/CsvText.h"
 
 namespace kalmia::analysis {
 
 /// The files of `kalmia pls --csv`, for a model that kept components: one line for each row or column of the table,
 /// under its name.
-std::vector<CsvFile> PLSCsvFiles(const PLSOutcome& outcome, const CsvMarks& marks);
+std::vector<CsvFile> PLSCsvFiles(const PLSResult& result, const CsvMarks& marks);
 
 /// The names of these files, before there is a model.
 std::vector<std::string> PLSCsvFileNames();

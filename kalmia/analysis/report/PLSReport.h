@@ -2,7 +2,7 @@
 
 #include <string>
 
-#include "kalmia/analysis/fit/PLSOutcome.h"
+#include "kalmia/analysis/fit/PLSResult.h"
 #include "kalmia/analysis/report/WrittenFiles.h"
 #include "kalmia/analysis/table/CsvTable.h"
 #include "kalmia/analysis/text/Notes.h"
@@ -11,9 +11,9 @@ namespace kalmia::analysis {
 
 /// What `kalmia pls` prints: for each component R2X, R2Y, Q2 with its limit and the verdict, then RMSEE and RMSECV.
 /// `files` names what was written.
-std::string PLSText(const PLSOutcome& outcome, const FitFiles& files);
+std::string PLSText(const PLSResult& result, const FitFiles& files);
 
 /// The same as JSON, format kalmia-pls.
-std::string PLSJson(const CsvTable& table, const PLSOutcome& outcome, const Notes& notes, const FitFiles& files);
+std::string PLSJson(const CsvTable& table, const PLSResult& result, const Notes& notes, const FitFiles& files);
 
 }  // namespace kalmia::analysis

@@ -9,7 +9,7 @@
 #include <utility>
 
 #include "kalmia/analysis/steps/internal/ChannelSpacing.h"
-#include "kalmia/analysis/steps/internal/StepWork.h"
+#include "kalmia/analysis/steps/internal/StepExecution.h"
 #include "kalmia/analysis/steps/internal/WaveletSteps.h"
 #include "kalmia/analysis/text/DisplayText.h"
 #include "kalmia/analysis/text/Numbers.h"

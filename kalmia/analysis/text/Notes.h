@@ -6,11 +6,11 @@
 
 namespace kalmia::analysis {
 
-/// What the command did of its own accord, one line each: columns it left out, numbers it cut. Shown on standard error
-/// once the work has succeeded, and part of the JSON output.
+/// What was done of its own accord, one line each: columns that were left out, numbers that were cut.
 class Notes {
  public:
   void Add(std::string line) { lines_.push_back(std::move(line)); }
+  void Add(const Notes& others) { lines_.insert(lines_.end(), others.lines_.begin(), others.lines_.end()); }
   const std::vector<std::string>& Lines() const { return lines_; }
 
  private:

@@ -56,6 +56,6 @@ double TimesPowerOfTen(double whole, int exponent) {
 
 double Rounded(double value, int digits) { return NumberIn(Significant(value, digits), value); }
 
-double AsWritten(float value) { return std::isfinite(value) ? NumberIn(Shortest(value), value) : value; }
+double ShortestDouble(float value) { return std::isfinite(value) ? NumberIn(Shortest(value), value) : value; }
 
 }  // namespace kalmia::analysis

@@ -22,6 +22,6 @@ double Rounded(double value, int digits);
 
 /// The double that the fewest digits of a float name: 0.05 for 0.05F, which as a double is 0.0500000007. Order and
 /// value as a float stay.
-double AsWritten(float value);
+double ShortestDouble(float value);
 
 }  // namespace kalmia::analysis

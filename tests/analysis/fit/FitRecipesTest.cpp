@@ -8,12 +8,12 @@
 #include <vector>
 
 #include "TestTables.h"
-#include "kalmia/analysis/fit/FillOutcome.h"
-#include "kalmia/analysis/fit/FilterOutcome.h"
-#include "kalmia/analysis/fit/O2PLSOutcome.h"
-#include "kalmia/analysis/fit/OPLSOutcome.h"
-#include "kalmia/analysis/fit/PCAOutcome.h"
-#include "kalmia/analysis/fit/PLSOutcome.h"
+#include "kalmia/analysis/fit/FillResult.h"
+#include "kalmia/analysis/fit/FilterResult.h"
+#include "kalmia/analysis/fit/O2PLSResult.h"
+#include "kalmia/analysis/fit/OPLSResult.h"
+#include "kalmia/analysis/fit/PCAResult.h"
+#include "kalmia/analysis/fit/PLSResult.h"
 
 namespace kalmia::analysis {
 namespace {
@@ -24,8 +24,7 @@ TEST(FitRecipes, AsTheyAreMadeTakeAllColumnsAtUnitVarianceSevenGroupsAndTheCompo
   PLSRecipe recipe;
   recipe.id = "name";
   recipe.y = {"y"};
-  Notes notes;
-  const PLSOutcome pls = ComputePLS(Table(), recipe, &notes, /*progress=*/nullptr);
+  const PLSResult pls = Fit(recipe, Table());
   EXPECT_EQ(pls.data.xNames.size(), 5U);
   EXPECT_EQ(pls.data.rounds, 7);
   EXPECT_EQ(pls.model.scaling, NCScale::ScalingUnitVariance);
@@ -39,8 +38,7 @@ TEST(FitRecipes, HoldTheStepsThemselvesWhichTheModelKeepsAsLearnt) {
   recipe.exclude = {"y"};
   recipe.components = 1;
   recipe.steps = GivenSteps{"the steps", ParseSteps("snv,linear:2:1", "the steps"), {}};
-  Notes notes;
-  const PCAOutcome pca = ComputePCA(Table(), recipe, &notes, /*progress=*/nullptr);
+  const PCAResult pca = Fit(recipe, Table());
   ASSERT_EQ(pca.model.chain.steps.size(), 2U);
   EXPECT_EQ(pca.model.chain.steps[1].step.kind, StepKind::Linear);
   EXPECT_EQ(pca.model.chain.inputNames, pca.data.xNames);
@@ -51,9 +49,8 @@ TEST(FitRecipes, SayHowManyComponentsThereAreOfEachKind) {
   O2PLSRecipe recipe;
   recipe.id = "name";
   recipe.numbers = O2PLSNumbers{1, 1, 1};
-  Notes notes;
-  const O2PLSOutcome o2pls =
-      ComputeO2PLS(CsvTable(blocks.x, "x.csv"), CsvTable(blocks.y, "y.csv"), recipe, &notes, /*progress=*/nullptr);
+  const O2PLSResult o2pls =
+      Fit(recipe, CsvTable(blocks.x, "x.csv"), CsvTable(blocks.y, "y.csv"));
   EXPECT_EQ(o2pls.model.Joint(), 1);
   EXPECT_EQ(o2pls.model.XUnique(), 1);
   EXPECT_EQ(o2pls.components.size(), 3U);
@@ -62,7 +59,7 @@ TEST(FitRecipes, SayHowManyComponentsThereAreOfEachKind) {
   opls.id = "name";
   opls.y = {"y"};
   opls.components = 2;
-  EXPECT_EQ(ComputeOPLS(Table(), opls, /*resumed=*/nullptr, &notes).model.Orthogonal(), 2);
+  EXPECT_EQ(Fit(opls, Table()).model.Orthogonal(), 2);
 }
 
 TEST(FitRecipes, OfAFilterAndOfAFillingTakeAndFillWhatTheyName) {
@@ -70,8 +67,7 @@ TEST(FitRecipes, OfAFilterAndOfAFillingTakeAndFillWhatTheyName) {
   filter.id = "name";
   filter.y = {"y"};
   filter.components = 1;
-  Notes notes;
-  const FilterOutcome filtered = MakeFilter(Table(), filter, &notes, /*progress=*/nullptr);
+  const FilterResult filtered = Fit(filter, Table());
   EXPECT_EQ(filtered.filter.components.size(), 1U);
   EXPECT_EQ(filtered.filtered.cells.SizeColumns(), 5);
 
@@ -79,7 +75,7 @@ TEST(FitRecipes, OfAFilterAndOfAFillingTakeAndFillWhatTheyName) {
   fill.id = "name";
   fill.components = 1;
   const CsvTable holed(WithHoles(LinearTable(30, 5, 1), 7), "h.csv");
-  const FillOutcome filled = ComputeFill(holed, fill, &notes, /*progress=*/nullptr);
+  const FillResult filled = Fit(fill, holed);
   EXPECT_GT(filled.filledCells, 0);
   EXPECT_EQ(filled.filledCells, filled.missing);
   EXPECT_FALSE(filled.trial) << "nobody asked for one";

@@ -7,9 +7,9 @@
 #include <memory>
 
 #include "TestTables.h"
-#include "kalmia/analysis/fit/O2PLSOutcome.h"
-#include "kalmia/analysis/fit/PCAOutcome.h"
-#include "kalmia/analysis/fit/PLSOutcome.h"
+#include "kalmia/analysis/fit/O2PLSResult.h"
+#include "kalmia/analysis/fit/PCAResult.h"
+#include "kalmia/analysis/fit/PLSResult.h"
 #include "kalmia/analysis/text/Failure.h"
 #include "testing/RecordingProgress.h"
 
@@ -18,19 +18,17 @@ namespace {
 
 CsvTable Table() { return CsvTable(LinearTable(30, 5, 1), "t.csv"); }
 
-PLSOutcome FittedPLS() {
+PLSResult FittedPLS() {
   PLSRecipe recipe;
   recipe.id = "name";
   recipe.y = {"y"};
   recipe.components = 2;
-  Notes notes;
-  return ComputePLS(Table(), recipe, &notes, /*progress=*/nullptr);
+  return Fit(recipe, Table());
 }
 
 TEST(PredictResult, HoldsPredictionsBesideWhatWasMeasuredAndTheRowsNames) {
-  const PLSOutcome fit = FittedPLS();
-  Notes notes;
-  const PLSPredictions result = Predict(fit.model, Table(), /*id=*/"", &notes, /*progress=*/nullptr);
+  const PLSResult fit = FittedPLS();
+  const PLSPredictions result = Predict(fit.model, Table());
   EXPECT_EQ(result.components, 2);
   EXPECT_EQ(result.rows.names, fit.model.rowNames) << "by the column that named the training rows";
   ASSERT_EQ(result.predictions.size(), 30U);
@@ -44,9 +42,8 @@ TEST(PredictResult, OfPrincipalComponentsIsTheScoresOfEachRow) {
   recipe.id = "name";
   recipe.exclude = {"y"};
   recipe.components = 1;
-  Notes notes;
-  const PCAOutcome fit = ComputePCA(Table(), recipe, &notes, /*progress=*/nullptr);
-  EXPECT_EQ(Predict(fit.model, Table(), "name", &notes, /*progress=*/nullptr).scores.size(), 30U);
+  const PCAResult fit = Fit(recipe, Table());
+  EXPECT_EQ(Predict(fit.model, Table(), "name").scores.size(), 30U);
 }
 
 TEST(PredictResult, OfTwoBlocksGoesBothWays) {
@@ -55,20 +52,18 @@ TEST(PredictResult, OfTwoBlocksGoesBothWays) {
   O2PLSRecipe recipe;
   recipe.id = "name";
   recipe.numbers = O2PLSNumbers{1, 1, 1};
-  Notes notes;
-  O2PLSOutcome fit = ComputeO2PLS(x, y, recipe, &notes, /*progress=*/nullptr);
-  EXPECT_EQ(Predict(fit.model, x, "name", &notes, /*progress=*/nullptr).predictions.front().y.size(), 4U);
+  O2PLSResult fit = Fit(recipe, x, y);
+  EXPECT_EQ(Predict(fit.model, x, "name").predictions.front().y.size(), 4U);
   TurnAround(&fit.model);
-  EXPECT_EQ(Predict(fit.model, y, "name", &notes, /*progress=*/nullptr).predictions.front().y.size(), 6U);
+  EXPECT_EQ(Predict(fit.model, y, "name").predictions.front().y.size(), 6U);
 }
 
 TEST(PredictResult, StopsWhereTheBarWantsTo) {
-  const PLSOutcome fit = FittedPLS();
+  const PLSResult fit = FittedPLS();
   ProgressLog log;
   log.stopAt = 1;
   const std::unique_ptr<NCProgress> bar = RecordingBar(&log);
-  Notes notes;
-  EXPECT_THROW(Predict(fit.model, Table(), "name", &notes, bar.get()), Stopped);
+  EXPECT_THROW(Predict(fit.model, Table(), "name", bar.get()), Stopped);
 }
 
 }  // namespace

@@ -15,17 +15,17 @@ using kalmia::analysis::ApplyChain;
 using kalmia::analysis::CsvTable;
 using kalmia::analysis::Failure;
 using kalmia::analysis::LearnChain;
-using kalmia::analysis::ModelFrame;
+using kalmia::analysis::ModelInfo;
 using kalmia::analysis::NewRows;
 using kalmia::analysis::Notes;
 using kalmia::analysis::ParseSteps;
 using kalmia::analysis::Signals;
 
 /// A model whose X are two coefficients of so many channels, 100, 101...
-ModelFrame FrameOfCoefficients(int channels) {
+ModelInfo FrameOfCoefficients(int channels) {
   Signals signals = SignalsOf(RandomCells(3, channels));
   Notes notes;
-  ModelFrame model;
+  ModelInfo model;
   model.chain = LearnChain(ParseSteps("wavelet-compress:2:daubechies:4", "steps"), &signals, &notes);
   model.xNames = signals.names;
   return model;
@@ -40,7 +40,7 @@ std::string TwoChannels(int rows) {
 
 TEST(NewRows, TakeNoRoomForAllTheColumnsThatTheTableDoesNotHave) {
   constexpr int kChannels = 100000, kRows = 300;
-  const ModelFrame model = FrameOfCoefficients(kChannels);
+  const ModelInfo model = FrameOfCoefficients(kChannels);
   const CsvTable table(TwoChannels(kRows), "t");
   Notes notes;
   const PeakBytesDuring peak;
@@ -53,7 +53,7 @@ TEST(NewRows, TakeNoRoomForAllTheColumnsThatTheTableDoesNotHave) {
 
 TEST(NewRows, AreTheSameInBlocksAsOneByOne) {
   constexpr int kChannels = 1 << 20, kRows = 6;  // four rows in a block
-  const ModelFrame model = FrameOfCoefficients(kChannels);
+  const ModelInfo model = FrameOfCoefficients(kChannels);
   const CsvTable table(TwoChannels(kRows), "t");
   Notes notes;
   const NewRows rows = ReadNewRows(model, table, "", &notes);
@@ -69,7 +69,7 @@ TEST(NewRows, AreTheSameInBlocksAsOneByOne) {
 }
 
 TEST(NewRows, SayWhichTableTheyCannotHoldInMemory) {
-  const ModelFrame model = FrameOfCoefficients(40);
+  const ModelInfo model = FrameOfCoefficients(40);
   const CsvTable table(TwoChannels(3), "t.csv");
   int refused = 0;
   for (int which = 1;; ++which) {

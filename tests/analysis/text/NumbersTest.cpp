@@ -36,11 +36,11 @@ TEST(Shortest, BringsTheSameValueBackWithTheFewestDigits) {
   EXPECT_EQ(Shortest(kNone), "");
 }
 
-TEST(AsWritten, IsTheDoubleThatAFloatsTextNames) {
-  EXPECT_EQ(AsWritten(0.05F), 0.05);
-  EXPECT_EQ(AsWritten(-1.0F), -1.0);
-  EXPECT_EQ(static_cast<float>(AsWritten(0.7F)), 0.7F);
-  EXPECT_TRUE(std::isnan(AsWritten(std::numeric_limits<float>::quiet_NaN())));
+TEST(ShortestDouble, IsTheDoubleThatAFloatsTextNames) {
+  EXPECT_EQ(ShortestDouble(0.05F), 0.05);
+  EXPECT_EQ(ShortestDouble(-1.0F), -1.0);
+  EXPECT_EQ(static_cast<float>(ShortestDouble(0.7F)), 0.7F);
+  EXPECT_TRUE(std::isnan(ShortestDouble(std::numeric_limits<float>::quiet_NaN())));
 }
 
 }  // namespace

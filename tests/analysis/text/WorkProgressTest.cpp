@@ -9,11 +9,11 @@
 
 #include "FailureOf.h"
 #include "kalmia/analysis/fit/FillModel.h"
-#include "kalmia/analysis/fit/O2PLSFit.h"
-#include "kalmia/analysis/fit/OPLSFit.h"
-#include "kalmia/analysis/fit/internal/FilterFit.h"
-#include "kalmia/analysis/fit/internal/PCAFit.h"
-#include "kalmia/analysis/fit/internal/PLSFit.h"
+#include "kalmia/analysis/fit/O2PLSExtraction.h"
+#include "kalmia/analysis/fit/OPLSExtraction.h"
+#include "kalmia/analysis/fit/internal/FilterExtraction.h"
+#include "kalmia/analysis/fit/internal/PCAExtraction.h"
+#include "kalmia/analysis/fit/internal/PLSExtraction.h"
 #include "kalmia/analysis/text/Failure.h"
 #include "kalmia/analysis/text/WorkProgress.h"
 #include "kalmia/pcapls/PCACrossValidation.h"
@@ -166,30 +166,30 @@ std::vector<Fit> Fits() {
   const NCDataMatrix<float> holed = RandomMatrix<float>(24, 6, 0.1, 1);
   return {{"PLS",
            [=](NCProgress* bar) {
-             FitTask task = TaskOn<FitTask>(x, y);
+             PLSTask task = TaskOn<PLSTask>(x, y);
              task.mostComponents = 2;
-             FitPLS(task, bar);
+             ExtractPLS(task, bar);
            }},
           {"PCA",
            [=](NCProgress* bar) {
              PCATask task = TaskOn<PCATask>(x, y);
              task.mostComponents = 2;
-             FitPCA(task, bar);
+             ExtractPCA(task, bar);
            }},
           {"OPLS",
            [=](NCProgress* bar) {
              OPLSTask task = TaskOn<OPLSTask>(x, y);
              task.mostComponents = 1;
-             FitOPLS(task, bar);
+             ExtractOPLS(task, bar);
            }},
           {"O2PLS",
            [=](NCProgress* bar) {
              O2PLSTask task = TaskOn<O2PLSTask>(x, y);
              task.numbers = O2PLSNumbers{1, 1, 0};
              Notes notes;
-             FitO2PLS(task, &notes, bar);
+             ExtractO2PLS(task, &notes, bar);
            }},
-          {"the filter", [=](NCProgress* bar) { FitFilter(x, y, 1, bar); }},
+          {"the filter", [=](NCProgress* bar) { ExtractFilter(x, y, 1, bar); }},
           {"the filling", [=](NCProgress* bar) {
              FillModel model;
              FillScaled(holed, 2, &model, bar);

@@ -182,7 +182,7 @@ TEST(ModelFile, IsRefusedWithAnyBitFlipped) {
 std::string WithStepsGiven(const std::string& bytes) {
   auto model = ReadModelFile(bytes, "m");
   std::visit(
-      [](kalmia::analysis::ModelFrame& frame) {
+      [](kalmia::analysis::ModelInfo& frame) {
         frame.chain.inputNames = frame.xNames;
         frame.chain.steps = {{kalmia::analysis::ParseSteps("linear:2", "steps").front(), 1.0F, {}}};
       },
@@ -199,7 +199,7 @@ TEST(ModelFile, OfAKindThatIsNeverPreprocessedIsRefusedWithSteps) {
 }
 
 /// New rows as `predict` reads them. A forged model may have other names, and steps that refuse the rows.
-void ExpectNewRows(const kalmia::analysis::ModelFrame& model) try {
+void ExpectNewRows(const kalmia::analysis::ModelInfo& model) try {
   const kalmia::analysis::CsvTable table("x1,x2,x3,y1,y2\n1,2,3,4,5\n2,,1,5,3\n", "t");
   kalmia::analysis::Notes notes;
   const kalmia::analysis::NewRows rows = ReadNewRows(model, table, "", &notes);

@@ -10,7 +10,7 @@
 #include "app/console/ConsoleProgress.h"
 #include "app/console/ExitCode.h"
 #include "app/console/Interrupt.h"
-#include "kalmia/analysis/fit/internal/PLSFit.h"
+#include "kalmia/analysis/fit/internal/PLSExtraction.h"
 #include "kalmia/analysis/steps/internal/WindowStep.h"
 #include "kalmia/analysis/text/WorkProgress.h"
 #include "kalmia/containers/Missing.h"
@@ -78,16 +78,16 @@ TEST_F(ConsoleProgressDeathTest, LeavesACrossValidationFromAnyOfItsCalls) {
 
 TEST_F(ConsoleProgressDeathTest, StopsAFitBeforeItsNextComponent) {
   const auto stops = [] {
-    FitTask task;
+    PLSTask task;
     task.x = RandomMatrix<float>(20, 5, 0.0, 1);
     task.y = RandomMatrix<float>(20, 2, 0.0, 2);
     task.rounds = 4;
     task.groups = GetDeafultCVGroupsVector(20, 4);
     task.mostComponents = 3;
     TerminalBar bar;
-    if (FitPLS(task, bar.Get()).kept != 3) Conclude(false);
+    if (ExtractPLS(task, bar.Get()).kept != 3) Conclude(false);
     PressCtrlC();
-    Conclude(IsStopped([&] { FitPLS(task, bar.Get()); }));
+    Conclude(IsStopped([&] { ExtractPLS(task, bar.Get()); }));
   };
   EXPECT_EXIT(stops(), ::testing::ExitedWithCode(0), "");
 }

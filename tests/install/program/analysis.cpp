@@ -5,15 +5,15 @@
 
 int main() {
   using namespace kalmia::analysis;
-  const CsvTable table(TextBuffer("sample,a,b,y\ns1,1,2,3.1\ns2,2,1,3.9\ns3,3,5,8.2\ns4,4,3,6.8\ns5,5,4,9.1\n"), "oils.csv");
+  const CsvTable table(TextBuffer("sample,a,b,y\ns1,1,2,3.1\ns2,2,1,3.9\ns3,3,5,8.2\ns4,4,3,6.8\ns5,5,4,9.1\n"),
+                       "oils.csv");
   PLSRecipe recipe;
   recipe.id = "sample";
   recipe.y = {"y"};
   recipe.components = 1;
   recipe.groups = 5;
-  Notes notes;
-  const PLSOutcome outcome = ComputePLS(table, recipe, &notes, nullptr);
-  const StoredModel stored = ReadModelFile(ModelFileBytes(outcome.model), "the model");
-  std::cout << PLSText(outcome, {});
-  return std::get<StoredPLS>(stored).yNames == std::vector<std::string>{"y"} && outcome.AnyKept() ? 0 : 1;
+  const PLSResult result = Fit(recipe, table);
+  const StoredModel stored = ReadModelFile(ModelFileBytes(result.model), "the model");
+  std::cout << PLSText(result, {});
+  return std::get<StoredPLS>(stored).yNames == std::vector<std::string>{"y"} && result.AnyKept() ? 0 : 1;
 }

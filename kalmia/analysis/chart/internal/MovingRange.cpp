@@ -15,7 +15,7 @@ double SpreadOfMovingRanges(const NCDataVector<float>& values) {
     sum += std::fabs(static_cast<double>(values[i]) - values[i - 1]);
     ++pairs;
   }
-  return pairs == 0 ? kMissing : sum / pairs / AsWritten(FindControlChartFactors(2)->d2);
+  return pairs == 0 ? kMissing : sum / pairs / ShortestDouble(FindControlChartFactors(2)->d2);
 }
 
 }  // namespace kalmia::analysis

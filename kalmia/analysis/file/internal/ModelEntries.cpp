@@ -19,7 +19,7 @@ bool ReadObject(unsigned short entry, InputStreamDirectory* directory, VexStream
   }
 }
 
-void WriteYQuality(const YModelFrame& model, OutputStreamDirectory* directory) {
+void WriteYQuality(const YModelInfo& model, OutputStreamDirectory* directory) {
   std::ostream& quality = directory->GetOutput(Quality);
   WriteDoubles({model.pooledDeviation}, quality);
   for (const YQuality& y : model.quality) {
@@ -28,7 +28,7 @@ void WriteYQuality(const YModelFrame& model, OutputStreamDirectory* directory) {
   }
 }
 
-bool ReadYQuality(InputStreamDirectory* directory, YModelFrame* model) {
+bool ReadYQuality(InputStreamDirectory* directory, YModelInfo* model) {
   std::istream* entry = directory->GetInput(Quality);
   if (entry == nullptr || !ReadDouble(&model->pooledDeviation, *entry)) return false;
   for (std::size_t j = 0; j < model->yNames.size(); ++j) {

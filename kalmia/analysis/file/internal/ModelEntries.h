@@ -45,8 +45,8 @@ bool ReadRecords(std::istream& stream, std::vector<Record>* records, const Read&
 /// The object of the library in an entry.
 bool ReadObject(unsigned short entry, InputStreamDirectory* directory, VexStreamBase* object);
 /// The pooled deviation, and the quality of each Y column.
-void WriteYQuality(const YModelFrame& model, OutputStreamDirectory* directory);
-bool ReadYQuality(InputStreamDirectory* directory, YModelFrame* model);
+void WriteYQuality(const YModelInfo& model, OutputStreamDirectory* directory);
+bool ReadYQuality(InputStreamDirectory* directory, YModelInfo* model);
 /// Whether a matrix of the model has the shape that the names ask for.
 bool HasShape(const NCDataMatrix<float>* matrix, std::size_t rows, std::size_t columns);
 /// The same; a matrix without rows may have any number of columns.

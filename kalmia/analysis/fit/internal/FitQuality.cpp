@@ -42,7 +42,7 @@ double CrossValidatedError(const NCDataMatrix<float>& residuals, int j, double f
 }  // namespace
 
 void JudgeModel(const ModelData& data, const std::vector<RowPrediction>& fitted, int components,
-                const NCDataMatrix<float>& crossValidatedResiduals, YModelFrame* model) {
+                const NCDataMatrix<float>& crossValidatedResiduals, YModelInfo* model) {
   model->pooledDeviation = PooledDeviationOf(fitted, components);
   for (int j = 1; j <= data.y.SizeColumns(); ++j) {
     YQuality quality;

@@ -79,7 +79,7 @@ Json ComponentJson(const std::vector<ComponentRecord>& components, const std::ve
   return list;
 }
 
-std::string QualityText(const YModelFrame& model) {
+std::string QualityText(const YModelInfo& model) {
   TextTable table;
   table.AddColumn("Y", Align::Left);
   for (const char* title : {"rows", "RMSEE", "RMSECV"}) table.AddColumn(title, Align::Right);
@@ -91,7 +91,7 @@ std::string QualityText(const YModelFrame& model) {
   return table.Text();
 }
 
-Json QualityJson(const YModelFrame& model) {
+Json QualityJson(const YModelInfo& model) {
   Json list = Json::array();
   for (std::size_t j = 0; j < model.quality.size(); ++j) {
     const YQuality& quality = model.quality[j];

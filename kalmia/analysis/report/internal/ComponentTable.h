@@ -16,8 +16,8 @@ std::string ComponentText(const std::vector<ComponentRecord>& components, const 
 Json ComponentJson(const std::vector<ComponentRecord>& components, const std::vector<std::string>& yNames);
 
 /// RMSEE and RMSECV of each Y column.
-std::string QualityText(const YModelFrame& model);
-Json QualityJson(const YModelFrame& model);
+std::string QualityText(const YModelInfo& model);
+Json QualityJson(const YModelInfo& model);
 
 /// "significant", "not significant", with ", not kept" behind it.
 std::string Verdict(bool significant, bool kept);

@@ -22,7 +22,7 @@ CsvFile FitCsv(const ModelData& data, const std::vector<RowPrediction>& fitted, 
   return {"fit.csv", csv.Text()};
 }
 
-CsvFile CoefficientsCsv(const Coefficients& coefficients, const YModelFrame& model, const CsvMarks& marks) {
+CsvFile CoefficientsCsv(const Coefficients& coefficients, const YModelInfo& model, const CsvMarks& marks) {
   CsvText csv(marks);
   csv.Field("column");
   for (const std::string& y : model.yNames) csv.Field(y);

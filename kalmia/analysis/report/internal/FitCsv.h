@@ -14,6 +14,6 @@ namespace kalmia::analysis {
 CsvFile FitCsv(const ModelData& data, const std::vector<RowPrediction>& fitted, const CsvMarks& marks);
 
 /// coefficients.csv: the intercept of each Y column, then the slopes of each X column.
-CsvFile CoefficientsCsv(const Coefficients& coefficients, const YModelFrame& model, const CsvMarks& marks);
+CsvFile CoefficientsCsv(const Coefficients& coefficients, const YModelInfo& model, const CsvMarks& marks);
 
 }  // namespace kalmia::analysis

@@ -27,7 +27,7 @@ std::string MissingText(const ModelData& data) {
 
 }  // namespace
 
-std::string DataText(const ModelData& data, const ModelFrame& model) {
+std::string DataText(const ModelData& data, const ModelInfo& model) {
   const StepChain& chain = model.chain;
   const std::string made = chain.Empty() ? "" : "made of " + std::to_string(chain.inputNames.size()) + " ";
   const std::string steps = chain.Empty() ? "" : "Preprocessing of X:\n" + ChainText(chain);
@@ -36,12 +36,12 @@ std::string DataText(const ModelData& data, const ModelFrame& model) {
          "\n\n";
 }
 
-std::string GroupsText(const ModelFrame& model) {
+std::string GroupsText(const ModelInfo& model) {
   return "cross-validated in " + std::to_string(model.groups) + " groups" +
          (model.groupColumn.empty() ? "" : " of " + OneLine(model.groupColumn));
 }
 
-void AddDataJson(const CsvTable& table, const ModelData& data, const ModelFrame& model, Json* json) {
+void AddDataJson(const CsvTable& table, const ModelData& data, const ModelInfo& model, Json* json) {
   (*json)["table"] = TableJson(table);
   (*json)["scaling"] = ScalingWord(model.scaling);
   (*json)["preprocessing"] = ChainJson(model.chain);

@@ -15,13 +15,13 @@ namespace kalmia::analysis {
 // What the commands that fit a model report alike.
 
 /// "401 columns of gasoline.csv, 60 rows", then a line with the scaling and the missing cells, then an empty line.
-std::string DataText(const ModelData& data, const ModelFrame& model);
+std::string DataText(const ModelData& data, const ModelInfo& model);
 
 /// "cross-validated in 7 groups", with the group column if there is one.
-std::string GroupsText(const ModelFrame& model);
+std::string GroupsText(const ModelInfo& model);
 
 /// The fields of the JSON output on what was fitted: the table, scaling, X, rows, what was left out, groups.
-void AddDataJson(const CsvTable& table, const ModelData& data, const ModelFrame& model, Json* json);
+void AddDataJson(const CsvTable& table, const ModelData& data, const ModelInfo& model, Json* json);
 
 /// The last fields: the files written, and the notes.
 void AddFilesJson(const FitFiles& files, const Notes& notes, Json* json);

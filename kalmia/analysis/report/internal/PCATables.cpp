@@ -81,7 +81,7 @@ Json NamedComponentsJson(const std::vector<std::string>& names, const std::vecto
       Json numbers = Json::array();
       for (int a = 1; a <= part.prim.SizeRows(); ++a) {
         const float cell = part.prim[a][static_cast<int>(i) + 1];
-        numbers.push_back(cell == kMissingCell<float> ? Json(nullptr) : JsonNumber(AsWritten(cell)));
+        numbers.push_back(cell == kMissingCell<float> ? Json(nullptr) : JsonNumber(ShortestDouble(cell)));
       }
       line[part.symbol] = numbers;
     }

@@ -1,0 +1,149 @@
+#include "kalmia/analysis/fit/FillResult.h"
+
+#include <algorithm>
+#include <cmath>
+#include <stdexcept>
+
+#include "kalmia/analysis/table/CellNumber.h"
+#include "kalmia/analysis/table/TableColumns.h"
+#include "kalmia/analysis/table/internal/TableText.h"
+#include "kalmia/analysis/text/DisplayText.h"
+#include "kalmia/analysis/text/Failure.h"
+#include "kalmia/analysis/text/Numbers.h"
+#include "kalmia/containers/Missing.h"
+
+namespace kalmia::analysis {
+
+namespace {
+
+constexpr std::size_t kNamed = 10;  ///< a note names so many columns, and counts the others
+
+[[noreturn]] void Refuse(const CsvTable& table, const std::string& message) {
+  throw BadData(table.Name() + ": " + message);
+}
+
+/// Works from the table to the outcome.
+class Computation {
+ public:
+  Computation(const CsvTable& table, const FillRecipe& recipe, NCProgress* progress)
+      : table_(table), recipe_(recipe), notes_(&result_.notes), progress_(progress) {}
+
+  FillResult Compute() {
+    ReadColumns();
+    if (!recipe_.components && columns_.cells.GetNumMisVal() > 0) {
+      result_.choice = ChooseComponents(columns_, progress_);
+    }
+    result_.filled = FillColumns(columns_, recipe_.components.value_or(result_.choice.components), progress_);
+    if (recipe_.check) result_.trial = TryFilling(columns_, recipe_.components, progress_);
+    CountFilled();
+    NoteWhatWasDone();
+    return std::move(result_);
+  }
+
+ private:
+  const std::string& Name(int column) const { return table_.ColumnNames()[static_cast<std::size_t>(column)]; }
+
+  void ReadColumns() {
+    std::vector<int> excluded = ColumnsToExclude(table_, recipe_.exclude);
+    const int idColumn = recipe_.id.empty() ? -1 : RequireColumn(table_, recipe_.id);
+    if (idColumn >= 0) excluded.push_back(idColumn);
+    rowNames_ = RowNames(table_, idColumn);
+    std::vector<std::vector<float>> numbers;
+    int moved = 0;
+    for (int column = 0; column < table_.Columns(); ++column) {
+      if (std::find(excluded.begin(), excluded.end(), column) != excluded.end()) {
+        LeaveColumn(column, LeftEmpty::Reason::ExcludedColumn);
+        continue;
+      }
+      switch (KindOfColumn(table_, column)) {
+        case ColumnKind::Texts: LeaveColumn(column, LeftEmpty::Reason::TextColumn); break;
+        case ColumnKind::Empty: LeaveColumn(column, LeftEmpty::Reason::EmptyColumn); break;
+        case ColumnKind::Numbers:
+          result_.columns.push_back(column);
+          columns_.names.push_back(Name(column));
+          numbers.push_back(ReadNumbers(table_, column, &moved));
+      }
+    }
+    if (numbers.empty()) Refuse(table_, "no column of numbers is left to fill");
+    NoteMovedCells(moved, notes_);
+    columns_.cells = MatrixOf(numbers, table_.Rows());
+    result_.missing += columns_.cells.GetNumMisVal();
+  }
+
+  /// Counts the missing cells of a column that is not filled.
+  void LeaveColumn(int column, LeftEmpty::Reason reason) {
+    const int cells = table_.Column(column).missing;
+    result_.missing += cells;
+    if (cells > 0) result_.leftEmpty.push_back({reason, Name(column), cells});
+  }
+
+  void CountFilled() {
+    result_.filledCells = columns_.cells.GetNumMisVal() - result_.filled.cells.GetNumMisVal();
+    for (const int row : result_.filled.emptyRows) {
+      const int cells = result_.filled.cells[row].GetNumMisVal();
+      if (cells == 0) continue;
+      result_.leftEmpty.push_back(
+          {LeftEmpty::Reason::EmptyRow, rowNames_[static_cast<std::size_t>(row) - 1], cells});
+    }
+  }
+
+  void NoteWhatWasDone() {
+    const FilledColumns& filled = result_.filled;
+    if (!filled.constantColumns.empty()) {
+      notes_->Add("no part of the model, filled with their only value: constant columns " +
+                  Listed(filled.constantColumns, kNamed));
+    }
+    const FillModel& model = filled.model;
+    if (recipe_.components && *recipe_.components > model.components) {
+      notes_->Add(std::to_string(*recipe_.components) + " components are cut to " +
+                  std::to_string(model.components) + ": " +
+                  (model.endedEarly.empty() ? "there are " + Counted(AsSize(filled.modelRows), "row") + " and " +
+                                                  Counted(AsSize(filled.modelColumns), "column")
+                                            : model.endedEarly));
+    }
+    if (result_.filledCells == 0) return;
+    if (model.components == 0) notes_->Add("no component is used: the cells are filled with means");
+    if (!model.Settled()) {
+      notes_->Add("cells still moved by up to " + Significant(model.lastMove, 2) + " standard deviations in round " +
+                  std::to_string(model.rounds) + ", the last");
+    }
+  }
+
+  static std::size_t AsSize(int count) { return static_cast<std::size_t>(count); }
+
+  const CsvTable& table_;
+  const FillRecipe& recipe_;
+  Notes* notes_;
+  NCProgress* progress_;
+  NumberColumns columns_;
+  std::vector<std::string> rowNames_;
+  FillResult result_;
+};
+
+}  // namespace
+
+FillResult Fit(const FillRecipe& recipe, const CsvTable& table, NCProgress* progress) {
+  return Computation(table, recipe, progress).Compute();
+}
+
+std::string FilledText(const CsvTable& table, const FillResult& result, const std::string& id,
+                       const AskedMarks& marks, Notes* notes, NCProgress* progress) {
+  std::vector<int> matrixColumn(static_cast<std::size_t>(table.Columns()), 0);  // from 1; 0: not filled
+  for (std::size_t c = 0; c < result.columns.size(); ++c) {
+    matrixColumn[static_cast<std::size_t>(result.columns[c])] = static_cast<int>(c) + 1;
+  }
+  int replaced = 0;
+  const auto filledCell = [&](int row, int column) -> std::optional<float> {
+    const int place = matrixColumn.at(static_cast<std::size_t>(column));
+    if (place == 0 || !std::isnan(table.Column(column).numbers[row])) return std::nullopt;
+    const float cell = result.filled.cells[row + 1][place];
+    if (cell == kMissingCell<float>) return std::nullopt;
+    ++replaced;
+    return cell;
+  };
+  std::string filled = WithNewCells(table, id, marks, filledCell, notes, progress);
+  if (replaced != result.filledCells) throw std::logic_error("fields are not where the table has them");
+  return filled;
+}
+
+}  // namespace kalmia::analysis

@@ -1,0 +1,46 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "kalmia/analysis/fit/FillTable.h"
+#include "kalmia/analysis/fit/FillTrial.h"
+#include "kalmia/analysis/fit/FitRecipes.h"
+#include "kalmia/analysis/table/CsvMarks.h"
+#include "kalmia/analysis/table/CsvTable.h"
+#include "kalmia/analysis/text/Notes.h"
+
+namespace kalmia::analysis {
+
+/// Missing cells that stay missing, and why.
+struct LeftEmpty {
+  enum class Reason { TextColumn, EmptyColumn, ExcludedColumn, EmptyRow };
+
+  Reason reason;
+  std::string name;  ///< of the column, or of the row
+  int cells = 0;
+};
+
+/// What `kalmia fill` found out: the filled columns, where they stand in the table, and what is told of them.
+struct FillResult {
+  std::vector<int> columns;  ///< of the table, from 0, for each filled column
+  FilledColumns filled;
+  FillChoice choice;         ///< empty where a number of components was asked for, or nothing is missing
+  int missing = 0;           ///< missing cells of the table
+  int filledCells = 0;
+  std::vector<LeftEmpty> leftEmpty;
+  std::optional<FillTrial> trial;
+  Notes notes;  ///< what was done of its own accord
+};
+
+/// Fills the columns of numbers. Here as below `progress` may be null. Throws BadData: a column that does not
+/// exist, a cell that is no number, no column of numbers; and as FillColumns.
+FillResult Fit(const FillRecipe& recipe, const CsvTable& table, NCProgress* progress = nullptr);
+
+/// The text of the table with the filled cells in it, as WithNewCells writes it, with its note. `id` is that of the
+/// recipe.
+std::string FilledText(const CsvTable& table, const FillResult& result, const std::string& id,
+                       const AskedMarks& marks, Notes* notes, NCProgress* progress);
+
+}  // namespace kalmia::analysis

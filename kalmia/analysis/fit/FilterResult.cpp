@@ -1,0 +1,125 @@
+#include "kalmia/analysis/fit/FilterResult.h"
+
+#include <cmath>
+#include <optional>
+#include <utility>
+
+#include "kalmia/analysis/fit/ModelData.h"
+#include "kalmia/analysis/fit/internal/FilterExtraction.h"
+#include "kalmia/analysis/fit/internal/FitSetup.h"
+#include "kalmia/analysis/model/NewRows.h"
+#include "kalmia/analysis/steps/Scaling.h"
+#include "kalmia/analysis/table/TableColumns.h"
+#include "kalmia/analysis/table/internal/TableText.h"
+#include "kalmia/analysis/text/DisplayText.h"
+#include "kalmia/analysis/text/Failure.h"
+#include "kalmia/containers/Missing.h"
+
+namespace kalmia::analysis {
+
+namespace {
+
+constexpr std::size_t kRowsNamed = 10;  ///< a note names so many rows, and counts the others
+constexpr int kFewestGroups = 2;        ///< selecting data makes groups, which a filter has no use for
+
+/// Takes the rows out that say nothing of Y.
+void LeaveOutRowsWithoutY(ModelData* data, Notes* notes) {
+  std::vector<std::string> left, names;
+  NCDataMatrix<float> x, y;
+  for (int r = 1; r <= data->y.SizeRows(); ++r) {
+    const NCDataMatrix<float>& yCells = data->y;
+    const NCDataMatrix<float>& xCells = data->x;
+    const std::string& name = data->rowNames[static_cast<std::size_t>(r) - 1];
+    if (yCells[r].GetNumMisVal() == yCells[r].Size()) {
+      left.push_back(name);
+      continue;
+    }
+    names.push_back(name);
+    x.push_back(xCells[r]);
+    y.push_back(yCells[r]);
+  }
+  if (left.empty()) return;
+  notes->Add("no part of the fit, without any Y cell: " + std::string(left.size() == 1 ? "row " : "rows ") +
+             Listed(left, kRowsNamed));
+  data->rowNames = std::move(names);
+  data->x = x;
+  data->y = y;
+}
+
+/// What a cell becomes in the units of the table.
+float InUnitsOfTheTable(const StoredFilter& filter, float scaled, int column) {
+  return static_cast<float>(scaled / FactorOf(*filter.xScale, column) + CentreOf(*filter.xScale, column));
+}
+
+}  // namespace
+
+FilterResult Fit(const FilterRecipe& recipe, const CsvTable& table, NCProgress* progress) {
+  FilterResult result;
+  FitRecipe selection;
+  static_cast<XRecipe&>(selection) = recipe;
+  selection.groups = kFewestGroups;
+  ModelData data = SelectData(table, selection, recipe.y, &result.notes, progress);
+  LeaveOutRowsWithoutY(&data, &result.notes);
+  StoredFilter& filter = result.filter;
+  FillInfo(table, selection, data, &filter);
+  filter.groups = 0;
+  filter.yNames = data.yNames;
+  NCDataMatrix<float> x = data.x;
+  NCDataMatrix<float> y = data.y;
+  filter.xScale = ScaleColumns(recipe.scaling, data.xNames, &x);
+  ScaleColumns(ScalingOfY(recipe.scaling), data.yNames, &y);
+  const int most = MostComponents(data, recipe.components, &result.notes);
+  FilterComponents fit = FitOrNameLeftOut(data, [&] { return ExtractFilter(x, y, most, progress); });
+  filter.filter = std::move(fit.filter);
+  filter.components = std::move(fit.components);
+  result.endedEarly = std::move(fit.endedEarly);
+  Notes said;  // by the selection of the data already
+  result.filtered = ApplyFilter(filter, table, &said, progress);
+  return result;
+}
+
+FilteredTable ApplyFilter(const StoredFilter& filter, const CsvTable& table, Notes* notes, NCProgress* progress) {
+  NewRows rows = ReadNewRows(filter, table, "", notes, progress);
+  NoteMovedCells(rows.moved, notes);
+  FilteredTable filtered;
+  filtered.missingColumns = std::move(rows.missingColumns);
+  ApplyScale(filter.xScale.get(), &rows.x);
+  NCDataMatrix<float> left = rows.x;
+  filter.filter->CalculateResiduals(&left);
+  filtered.removed = DescribedShare(rows.x, left);
+  filtered.cells = NCDataMatrix<float>(left.SizeRows(), left.SizeColumns());
+  const NCDataMatrix<float>& scaled = rows.x;
+  const NCDataMatrix<float>& residuals = left;
+  for (int r = 1; r <= left.SizeRows(); ++r)
+    for (int c = 1; c <= left.SizeColumns(); ++c) {
+      if (scaled[r][c] == kMissingCell<float>) {
+        filtered.cells(r, c, kMissingCell<float>);
+        continue;
+      }
+      const float cell = InUnitsOfTheTable(filter, residuals[r][c], c);
+      if (!std::isfinite(cell)) {
+        throw BadData(table.Name() + ": " + table.RowPlace(r - 1) + ": its cells are too large for single precision");
+      }
+      filtered.cells(r, c, AvoidMissingValue(cell));
+    }
+  return filtered;
+}
+
+std::string FilteredText(const CsvTable& table, const FilterResult& result, const AskedMarks& marks,
+                         Notes* notes, NCProgress* progress) {
+  const StoredFilter& filter = result.filter;
+  const FilteredTable& filtered = result.filtered;
+  std::vector<int> matrixColumn(static_cast<std::size_t>(table.Columns()), 0);  // from 1; 0: not filtered
+  for (std::size_t k = 0; k < filter.xNames.size(); ++k) {
+    const int column = table.Find(filter.xNames[k]);
+    if (column >= 0) matrixColumn[static_cast<std::size_t>(column)] = static_cast<int>(k) + 1;
+  }
+  const auto filteredCell = [&](int row, int column) -> std::optional<float> {
+    const int place = matrixColumn.at(static_cast<std::size_t>(column));
+    if (place == 0 || filtered.cells[row + 1][place] == kMissingCell<float>) return std::nullopt;
+    return filtered.cells[row + 1][place];
+  };
+  return WithNewCells(table, filter.idColumn, marks, filteredCell, notes, progress);
+}
+
+}  // namespace kalmia::analysis

@@ -1,0 +1,40 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "kalmia/analysis/fit/FitRecipes.h"
+#include "kalmia/analysis/model/ComponentRecord.h"
+#include "kalmia/analysis/model/StoredModel.h"
+#include "kalmia/analysis/text/Notes.h"
+#include "kalmia/containers/NCDataMatrix.h"
+#include "kalmia/containers/NCIntegralVector.h"
+#include "kalmia/support/NCProgress.h"
+
+namespace kalmia::analysis {
+
+/// What an O2PLS fit takes: complete scaled blocks of the same rows.
+struct O2PLSTask {
+  NCDataMatrix<float> x;
+  NCDataMatrix<float> y;
+  NCIntegralVector<int, -99> groups;    ///< cross-validation group of each row, from 0
+  int rounds = 0;
+  std::optional<O2PLSNumbers> numbers;  ///< nothing: those that cross-validation finds
+};
+
+/// A fitted model with what cross-validation said of its components.
+struct O2PLSComponents {
+  O2PLSMatrices model;  ///< empty where no joint component was found
+  std::vector<O2PLSComponentRecord> components;  ///< of each kind the kept ones, then those that were tried in vain
+};
+
+/// Cross-validates the numbers of components, or finds them, and fits the model to all rows. Numbers that are found
+/// are cut, with a note, where the whole blocks have fewer dimensions that are unrelated to the other block, or a round
+/// has fewer at all; given ones are not judged there. `progress`, which may be null, shows
+/// the stages.
+/// Throws Stopped where the bar wants to stop, BadData for numbers that the blocks cannot carry, or where
+/// nothing can be computed.
+O2PLSComponents ExtractO2PLS(const O2PLSTask& task, Notes* notes, NCProgress* progress = nullptr);
+
+}  // namespace kalmia::analysis

@@ -1,0 +1,36 @@
+#pragma once
+
+#include <vector>
+
+#include "kalmia/analysis/fit/FitRecipes.h"
+#include "kalmia/analysis/fit/O2PLSBlocks.h"
+#include "kalmia/analysis/fit/O2PLSExtraction.h"
+#include "kalmia/analysis/model/Prediction.h"
+#include "kalmia/analysis/model/StoredModel.h"
+#include "kalmia/analysis/table/CsvTable.h"
+#include "kalmia/support/NCProgress.h"
+
+namespace kalmia::analysis {
+
+/// All that `kalmia o2pls` has to report.
+struct O2PLSResult {
+  BlockPair data;
+  int filledX = 0;  ///< cells that --fill has estimated
+  int filledY = 0;
+  std::vector<O2PLSComponentRecord> components;  ///< the kept ones, and those that were tried in vain
+  StoredO2PLS model;
+  std::vector<RowPrediction> fittedY;  ///< of the training rows, Y predicted from X, in the units of the file
+  std::vector<RowPrediction> fittedX;  ///< X predicted from Y
+  double r2y = 0.0;                    ///< share of scaled Y that its prediction from X describes
+  double r2x = 0.0;                    ///< the same of X from Y
+  Notes notes;  ///< what was done of its own accord
+
+  bool AnyKept() const { return model.Joint() > 0; }
+};
+
+/// Fits the model that the recipe asks for and judges it. Adds notes about what was left out or filled. `progress` may
+/// be null. Throws Failure as SelectBlocks and ExtractO2PLS do, and BadData where missing cells cannot be estimated.
+O2PLSResult Fit(const O2PLSRecipe& recipe, const CsvTable& xTable, const CsvTable& yTable,
+                NCProgress* progress = nullptr);
+
+}  // namespace kalmia::analysis

@@ -1,0 +1,39 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "kalmia/analysis/fit/FitRecipes.h"
+#include "kalmia/analysis/fit/ModelData.h"
+#include "kalmia/analysis/fit/OPLSExtraction.h"
+#include "kalmia/analysis/fit/OPLSValidation.h"
+#include "kalmia/analysis/model/Prediction.h"
+#include "kalmia/analysis/model/StoredModel.h"
+#include "kalmia/analysis/table/CsvTable.h"
+#include "kalmia/support/NCProgress.h"
+
+namespace kalmia::analysis {
+
+/// All that `kalmia opls` has to report.
+struct OPLSResult {
+  ModelData data;
+  NCDataMatrix<float> scaledX;                  ///< what the model was fitted to
+  std::vector<OPLSComponentRecord> components;  ///< the kept ones, and the one that failed if `auto` ended with it
+  std::string endedEarly;                       ///< why there are fewer components than asked for; or empty
+  StoredOPLS model;
+  NCDataMatrix<float> u;                        ///< Y scores of the predictive components
+  CrossValidatedScores crossValidated;
+  std::vector<RowPrediction> fitted;            ///< of the training rows, by the stored model
+  StoredOPLSCv validation;                      ///< what --save-cv stores
+  Notes notes;  ///< what was done of its own accord
+};
+
+/// Fits the model that the recipe asks for and judges it, from `resumed` on unless that is null. Adds notes about what
+/// was cut. `progress` may be null.
+/// Throws Failure as SelectData and ExtractOPLS do, and BadData where `resumed` was made of another table or with other
+/// groups or scaling, or where without the rows of a group a Y column has no value or no variance, or an X column no
+/// value.
+OPLSResult Fit(const OPLSRecipe& recipe, const CsvTable& table, NCProgress* progress = nullptr,
+               const StoredOPLSCv* resumed = nullptr);
+
+}  // namespace kalmia::analysis

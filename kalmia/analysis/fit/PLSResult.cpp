@@ -1,0 +1,41 @@
+#include "kalmia/analysis/fit/PLSResult.h"
+
+#include <utility>
+
+#include "kalmia/analysis/fit/FitRules.h"
+#include "kalmia/analysis/fit/internal/FitQuality.h"
+#include "kalmia/analysis/fit/internal/FitSetup.h"
+#include "kalmia/analysis/fit/internal/PLSExtraction.h"
+#include "kalmia/analysis/steps/Scaling.h"
+
+namespace kalmia::analysis {
+
+PLSResult Fit(const PLSRecipe& recipe, const CsvTable& table, NCProgress* progress) {
+  PLSResult result;
+  result.data = SelectData(table, recipe, recipe.y, &result.notes, progress);
+  PLSTask task;
+  task.x = result.data.x;
+  task.y = result.data.y;
+  task.groups = result.data.groups;
+  task.rounds = result.data.rounds;
+  static_cast<FitRules&>(task) = RulesOf(recipe, result.data, &result.notes);
+  FillInfo(table, recipe, result.data, &result.model);
+  result.model.yNames = result.data.yNames;
+  result.model.xScale = ScaleColumns(recipe.scaling, result.data.xNames, &task.x);
+  result.model.yScale = ScaleColumns(ScalingOfY(recipe.scaling), result.data.yNames, &task.y);
+  PLSComponents fit = FitOrNameLeftOut(result.data, [&] { return ExtractPLS(task, progress); });
+  for (std::size_t a = 0; a < fit.components.size(); ++a) {
+    NoteIterations(a + 1, fit.components[a].iterations, &result.notes);
+  }
+  result.components = fit.components;
+  result.endedEarly = fit.endedEarly;
+  fit.components.resize(static_cast<std::size_t>(fit.kept));
+  result.model.components = std::move(fit.components);
+  result.model.pls = std::move(fit.model);
+  if (!result.AnyKept()) return result;
+  result.fitted = PredictRows(result.model, result.data.x, progress);
+  JudgeModel(result.data, result.fitted, result.model.Components(), fit.crossValidatedResiduals, &result.model);
+  return result;
+}
+
+}  // namespace kalmia::analysis

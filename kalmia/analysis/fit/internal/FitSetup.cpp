@@ -1,0 +1,27 @@
+#include "kalmia/analysis/fit/internal/FitSetup.h"
+
+#include "kalmia/analysis/text/Version.h"
+
+namespace kalmia::analysis {
+
+void FillInfo(const CsvTable& table, const FitRecipe& recipe, const ModelData& data, ModelInfo* frame) {
+  frame->writtenBy = kVersion;
+  frame->table = table.Name();
+  frame->idColumn = recipe.id;
+  frame->groupColumn = recipe.groupColumn;
+  frame->groups = data.rounds;
+  frame->scaling = recipe.scaling;
+  frame->chain = data.chain;
+  frame->xNames = data.xNames;
+  frame->rowNames = data.rowNames;
+}
+
+FitRules RulesOf(const FitRecipe& recipe, const ModelData& data, Notes* notes) {
+  FitRules rules;
+  rules.mostComponents = MostComponents(data, recipe.components, notes);
+  rules.stopAtFirstFailure = !recipe.components;
+  rules.unitVariance = recipe.scaling == NCScale::ScalingUnitVariance;
+  return rules;
+}
+
+}  // namespace kalmia::analysis

@@ -1,0 +1,43 @@
+#pragma once
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "kalmia/analysis/fit/FitRules.h"
+#include "kalmia/analysis/model/ComponentRecord.h"
+#include "kalmia/containers/NCDataMatrix.h"
+#include "kalmia/containers/NCDataVector.h"
+#include "kalmia/containers/NCIntegralVector.h"
+#include "kalmia/pcapls/NCPCA.h"
+#include "kalmia/support/NCProgress.h"
+
+namespace kalmia::analysis {
+
+/// What the extraction of principal components takes: a scaled table, and when to stop.
+struct PCATask : FitRules {
+  NCDataMatrix<float> x;              ///< scaled, rows by columns
+  NCIntegralVector<int, -99> groups;  ///< cross-validation group of each row, from 0
+  int rounds = 0;                     ///< number of groups, of rows as of columns
+  bool centred = true;                ///< which takes one row away from what the limit of Q2 counts
+};
+
+/// A fitted model with what cross-validation said of its components.
+struct PCAComponents {
+  std::unique_ptr<NCPCA> model;                ///< the kept components; deflated by all of them
+  std::vector<PCAComponentRecord> components;  ///< the kept ones, and the one that failed if that ended the extraction
+  int kept = 0;
+  std::vector<double> columnR2;  ///< of each column, by all kept components
+  std::vector<double> columnQ2;  ///< of each column, cumulated over the kept components
+  /// Why there are fewer components than asked for; empty if there are not, or if one failed.
+  std::string endedEarly;
+  std::string notJudged;  ///< why cross-validation could not judge a component; empty if it could all of them
+};
+
+/// Extracts components one by one and cross-validates each; `progress` may be null. With `stopAtFirstFailure` it
+/// also stops where the rule on what is left of X says so.
+/// Throws Stopped where the bar wants to stop, BadData where components were asked for and not even one can
+/// be computed.
+PCAComponents ExtractPCA(const PCATask& task, NCProgress* progress = nullptr);
+
+}  // namespace kalmia::analysis

@@ -1,0 +1,41 @@
+#pragma once
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "kalmia/analysis/fit/FitRules.h"
+#include "kalmia/analysis/model/ComponentRecord.h"
+#include "kalmia/containers/NCDataMatrix.h"
+#include "kalmia/containers/NCIntegralVector.h"
+#include "kalmia/pcapls/NCPLS.h"
+#include "kalmia/support/NCProgress.h"
+
+namespace kalmia::analysis {
+
+/// What the extraction of components takes: scaled tables, and when to stop.
+struct PLSTask : FitRules {
+  NCDataMatrix<float> x;              ///< scaled, rows by X columns
+  NCDataMatrix<float> y;              ///< scaled, rows by Y columns
+  NCIntegralVector<int, -99> groups;  ///< cross-validation group of each row, from 0
+  int rounds = 0;
+};
+
+/// A fitted model with what cross-validation said of its components.
+struct PLSComponents {
+  std::unique_ptr<NCPLS> model;             ///< the kept components; deflated by all of them
+  std::vector<ComponentRecord> components;  ///< the kept ones, and the one that failed if that ended the extraction
+  int kept = 0;
+  /// y - predicted y for each row left out, of the last kept component; in scaled units, rows by Y columns.
+  NCDataMatrix<float> crossValidatedResiduals;
+  /// Why there are fewer components than asked for; empty if there are not, or if one failed.
+  std::string endedEarly;
+};
+
+/// Extracts components one by one and cross-validates each. `progress` may be null.
+/// R2 is 1 - SS(residuals) / SS(table), both over the cells that the model describes.
+/// Throws Stopped where the bar wants to stop, BadData where components were asked for and not even one can
+/// be computed.
+PLSComponents ExtractPLS(const PLSTask& task, NCProgress* progress = nullptr);
+
+}  // namespace kalmia::analysis

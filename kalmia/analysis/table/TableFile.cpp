@@ -1,0 +1,49 @@
+#include "kalmia/analysis/table/TableFile.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <cstddef>
+#include <fstream>
+#include <system_error>
+#include <utility>
+
+#include "kalmia/analysis/table/Gunzip.h"
+#include "kalmia/analysis/table/TextBuffer.h"
+#include "kalmia/analysis/text/DisplayText.h"
+#include "kalmia/analysis/text/Failure.h"
+
+namespace kalmia::analysis {
+
+namespace {
+
+constexpr std::size_t kBlock = std::size_t{1} << 20U;
+
+[[noreturn]] void FailToRead(const std::string& path) {
+  throw BadFile("cannot read " + OneLine(path) + ": " + std::generic_category().message(errno));
+}
+
+TextBuffer BytesOf(const std::string& path, NCProgress* progress) {
+  errno = 0;
+  std::ifstream file(path, std::ios::binary);
+  if (!file) FailToRead(path);
+  TextBuffer text;
+  for (;;) {
+    if (progress != nullptr && progress->IsBreakPressed()) throw Stopped("stopped");
+    if (text.FreeRoom() == 0) text.Reserve(std::max(kBlock, 2 * text.Size()));
+    file.read(text.Free(), static_cast<std::streamsize>(std::min(text.FreeRoom(), kBlock)));
+    text.Grow(static_cast<std::size_t>(file.gcount()));
+    if (file.bad() || (file.fail() && !file.eof())) FailToRead(path);
+    if (file.eof()) return text;
+  }
+}
+
+}  // namespace
+
+CsvTable ReadTableFile(const std::string& path, const ReadOptions& options, NCProgress* progress) {
+  const std::string name = OneLine(path);
+  TextBuffer text = BytesOf(path, progress);
+  if (IsGzip(text.View())) text = Gunzip(text.View(), name, progress);
+  return CsvTable(std::move(text), name, options, progress);
+}
+
+}  // namespace kalmia::analysis
