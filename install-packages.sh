@@ -8,7 +8,7 @@ packages=(
   g++ cmake ninja-build
   libboost-dev libboost-thread-dev                          # threads, functions
   libhwy-dev                                                # vector instructions
-  libssl-dev                                                # MD5
+  libmd-dev                                                 # MD5
   libcli11-dev nlohmann-json3-dev zlib1g-dev                # the command: options, JSON, gzip
   libgtest-dev libgmock-dev python3                         # the tests, the check of the documentation's links
   libbenchmark-dev                                          # the guard of the speed

@@ -69,7 +69,9 @@ void ExpectWritesAndReads(const Model& model) {
 template <class Model, class Operation>
 void ExpectSuccessOrNoChange(Model* model, const Operation& operation) {
   const std::string before = StreamOf(*model);
-  if (!Succeeds(operation)) EXPECT_TRUE(StreamOf(*model) == before) << "a failure left a trace";
+  if (!Succeeds(operation)) {
+    EXPECT_TRUE(StreamOf(*model) == before) << "a failure left a trace";
+  }
 }
 
 /// The model's own table, one without rows, and a new one of as many columns as the loadings.

@@ -1,28 +1,16 @@
 #include "kalmia/support/MD5.h"
 
-#include <openssl/evp.h>
+#include <md5.h>
 
 #include <cstddef>
+#include <cstdint>
 #include <cstring>
 
-#include "kalmia/support/Exception.h"
-
 struct MD5::State {
-  EVP_MD_CTX* context = EVP_MD_CTX_new();
-  ~State() { EVP_MD_CTX_free(context); }
+  MD5_CTX context;
 };
 
-namespace {
-
-void Require(int success) {
-  if (success != 1) throw Exception("MD5 cannot be computed on this machine.");
-}
-
-}  // namespace
-
-MD5::MD5() : state_(std::make_unique<State>()) {
-  Require(state_->context && EVP_DigestInit_ex(state_->context, EVP_md5(), nullptr));
-}
+MD5::MD5() : state_(std::make_unique<State>()) { MD5Init(&state_->context); }
 
 MD5::~MD5() = default;
 
@@ -31,17 +19,16 @@ void MD5::Update(const char* text) {
 }
 
 void MD5::Update(const void* bytes, std::size_t count) {
-  if (state_ && count > 0) Require(EVP_DigestUpdate(state_->context, bytes, count));
+  if (state_ && count > 0) MD5Update(&state_->context, static_cast<const std::uint8_t*>(bytes), count);
 }
 
 void MD5::Finalize() {
   if (!state_) return;
-  unsigned char raw[EVP_MAX_MD_SIZE];
-  unsigned length = 0;
-  Require(EVP_DigestFinal_ex(state_->context, raw, &length));
+  std::uint8_t raw[MD5_DIGEST_LENGTH];
+  MD5Final(raw, &state_->context);
   state_.reset();
   constexpr const char* kDigits = "0123456789abcdef";
-  for (unsigned i = 0; i < 16; ++i) {
+  for (std::size_t i = 0; i < sizeof(raw); ++i) {
     digest_[2 * i] = kDigits[raw[i] >> 4];
     digest_[2 * i + 1] = kDigits[raw[i] & 15];
   }

@@ -6,7 +6,7 @@
 #include "kalmia/support/Export.h"
 
 /// The MD5 message digest of all bytes given to it. It identifies content; it does not protect against forgery.
-/// Source: Rivest (1992), RFC 1321. Throws Exception where the machine's cryptographic library refuses MD5.
+/// Source: Rivest (1992), RFC 1321.
 class KALMIA_EXPORT MD5 {
  public:
   MD5();

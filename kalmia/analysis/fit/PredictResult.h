@@ -2,8 +2,8 @@
 
 #include <string>
 
-#include "kalmia/analysis/model/PCAPredict.h"
-#include "kalmia/analysis/model/PLSPredict.h"
+#include "kalmia/analysis/model/PCAPredictions.h"
+#include "kalmia/analysis/model/PLSPredictions.h"
 #include "kalmia/analysis/model/StoredModel.h"
 #include "kalmia/analysis/table/CsvTable.h"
 #include "kalmia/support/NCProgress.h"

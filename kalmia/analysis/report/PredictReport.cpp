@@ -1,6 +1,6 @@
 #include "kalmia/analysis/report/PredictReport.h"
 
-#include "kalmia/analysis/text/Json.h"
+#include "kalmia/analysis/report/internal/PredictJson.h"
 
 namespace kalmia::analysis {
 

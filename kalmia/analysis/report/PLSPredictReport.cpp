@@ -1,11 +1,9 @@
-#include "kalmia/analysis/model/PLSPredict.h"
-
 #include <algorithm>
 #include <cmath>
 #include <limits>
-#include <utility>
 
-#include "kalmia/analysis/table/TableColumns.h"
+#include "kalmia/analysis/report/PredictReport.h"
+#include "kalmia/analysis/report/internal/PredictJson.h"
 #include "kalmia/analysis/text/DisplayText.h"
 #include "kalmia/analysis/text/Numbers.h"
 #include "kalmia/analysis/text/internal/TextTable.h"
@@ -25,20 +23,6 @@ struct PredictionError {
   int rows = 0;
   double rmsep = 0.0;
 };
-
-/// Measured values of Y serve as a check; a column of texts under the name of a Y is none, and a note says so.
-void ReadMeasured(const YModelInfo& model, const CsvTable& table, PLSPredictions* result, Notes* notes) {
-  std::vector<std::string> texts;
-  for (const std::string& name : model.yNames) {
-    result->measured.emplace_back();
-    const int column = table.Find(name);
-    if (column < 0) continue;
-    const ColumnKind kind = KindOfColumn(table, column);
-    if (kind == ColumnKind::Numbers) result->measured.back() = ReadNumbers(table, column, &result->rows.moved);
-    if (kind == ColumnKind::Texts) texts.push_back(name);
-  }
-  if (!texts.empty()) notes->Add("not taken as measured values, text columns: " + Listed(texts));
-}
 
 /// Of Y column j, from 0.
 PredictionError ErrorOf(const PLSPredictions& result, std::size_t j) {
@@ -91,34 +75,7 @@ Json RowsJson(const YModelInfo& model, const PLSPredictions& result) {
   return list;
 }
 
-template <class Model>
-PLSPredictions PredictWith(const Model& model, const CsvTable& table, NewRows rows, Notes* notes,
-                            NCProgress* progress) {
-  PLSPredictions result;
-  result.components = model.Components();
-  result.rows = std::move(rows);
-  ReadMeasured(model, table, &result, notes);
-  NoteMovedCells(result.rows.moved, notes);
-  result.predictions = PredictRows(model, result.rows.x, progress);
-  return result;
-}
-
 }  // namespace
-
-PLSPredictions PredictTable(const StoredPLS& model, const CsvTable& table, NewRows rows, Notes* notes,
-                            NCProgress* progress) {
-  return PredictWith(model, table, std::move(rows), notes, progress);
-}
-
-PLSPredictions PredictTable(const StoredOPLS& model, const CsvTable& table, NewRows rows, Notes* notes,
-                            NCProgress* progress) {
-  return PredictWith(model, table, std::move(rows), notes, progress);
-}
-
-PLSPredictions PredictTable(const StoredO2PLS& model, const CsvTable& table, NewRows rows, Notes* notes,
-                            NCProgress* progress) {
-  return PredictWith(model, table, std::move(rows), notes, progress);
-}
 
 std::string PredictText(const YModelInfo& model, const CsvTable& table, const PLSPredictions& result) {
   const bool anyReason = std::any_of(result.predictions.begin(), result.predictions.end(),
@@ -160,9 +117,9 @@ void AddPredictJson(const YModelInfo& model, const PLSPredictions& result, Json*
 }
 
 void AddPredictJson(const StoredO2PLS& model, const PLSPredictions& result, Json* json) {
-  const YModelInfo& frame = model;
+  const YModelInfo& info = model;
   (*json)["from"] = model.inputBlock == "X" ? "x" : "y";
-  AddPredictJson(frame, result, json);
+  AddPredictJson(info, result, json);
 }
 
 CsvFile PredictCsv(const YModelInfo& model, const PLSPredictions& result, const std::string& file,

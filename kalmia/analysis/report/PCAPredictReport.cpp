@@ -1,10 +1,8 @@
-#include "kalmia/analysis/model/PCAPredict.h"
-
 #include <algorithm>
 #include <limits>
-#include <utility>
 
-#include "kalmia/analysis/table/TableColumns.h"
+#include "kalmia/analysis/report/PredictReport.h"
+#include "kalmia/analysis/report/internal/PredictJson.h"
 #include "kalmia/analysis/text/DisplayText.h"
 #include "kalmia/analysis/text/Numbers.h"
 #include "kalmia/analysis/text/internal/TextTable.h"
@@ -27,15 +25,6 @@ double Score(const RowScores& row, std::size_t a) { return row.t.empty() ? kNone
 std::size_t CountOf(const StoredPCA& model) { return model.components.size(); }
 
 }  // namespace
-
-PCAPredictions PredictTable(const StoredPCA& model, const CsvTable& /*table*/, NewRows rows, Notes* notes,
-                            NCProgress* progress) {
-  PCAPredictions result;
-  result.rows = std::move(rows);
-  NoteMovedCells(result.rows.moved, notes);
-  result.scores = ScoreRows(model, result.rows.x, progress);
-  return result;
-}
 
 std::string PredictText(const StoredPCA& model, const CsvTable& table, const PCAPredictions& result) {
   const bool anyReason =

@@ -1,0 +1,18 @@
+#include "kalmia/analysis/model/PCAPredictions.h"
+
+#include <utility>
+
+#include "kalmia/analysis/table/TableColumns.h"
+
+namespace kalmia::analysis {
+
+PCAPredictions PredictTable(const StoredPCA& model, const CsvTable& /*table*/, NewRows rows, Notes* notes,
+                            NCProgress* progress) {
+  PCAPredictions result;
+  result.rows = std::move(rows);
+  NoteMovedCells(result.rows.moved, notes);
+  result.scores = ScoreRows(model, result.rows.x, progress);
+  return result;
+}
+
+}  // namespace kalmia::analysis

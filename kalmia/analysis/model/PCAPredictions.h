@@ -1,0 +1,23 @@
+#pragma once
+
+#include <vector>
+
+#include "kalmia/analysis/model/NewRows.h"
+#include "kalmia/analysis/model/PCAScores.h"
+#include "kalmia/analysis/table/CsvTable.h"
+#include "kalmia/analysis/text/Notes.h"
+
+namespace kalmia::analysis {
+
+/// New rows and where they lie in a PCA model.
+struct PCAPredictions {
+  NewRows rows;
+  std::vector<RowScores> scores;
+  Notes notes;  ///< what was done of its own accord
+};
+
+/// Where rows that were read for the model lie in it. `progress` may be null. Throws Stopped where the bar wants to stop.
+PCAPredictions PredictTable(const StoredPCA& model, const CsvTable& table, NewRows rows, Notes* notes,
+                            NCProgress* progress);
+
+}  // namespace kalmia::analysis

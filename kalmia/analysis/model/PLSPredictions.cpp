@@ -1,0 +1,55 @@
+#include "kalmia/analysis/model/PLSPredictions.h"
+
+#include <utility>
+
+#include "kalmia/analysis/table/TableColumns.h"
+#include "kalmia/analysis/text/DisplayText.h"
+
+namespace kalmia::analysis {
+
+namespace {
+
+/// Measured values of Y serve as a check; a column of texts under the name of a Y is none, and a note says so.
+void ReadMeasured(const YModelInfo& model, const CsvTable& table, PLSPredictions* result, Notes* notes) {
+  std::vector<std::string> texts;
+  for (const std::string& name : model.yNames) {
+    result->measured.emplace_back();
+    const int column = table.Find(name);
+    if (column < 0) continue;
+    const ColumnKind kind = KindOfColumn(table, column);
+    if (kind == ColumnKind::Numbers) result->measured.back() = ReadNumbers(table, column, &result->rows.moved);
+    if (kind == ColumnKind::Texts) texts.push_back(name);
+  }
+  if (!texts.empty()) notes->Add("not taken as measured values, text columns: " + Listed(texts));
+}
+
+template <class Model>
+PLSPredictions PredictWith(const Model& model, const CsvTable& table, NewRows rows, Notes* notes,
+                            NCProgress* progress) {
+  PLSPredictions result;
+  result.components = model.Components();
+  result.rows = std::move(rows);
+  ReadMeasured(model, table, &result, notes);
+  NoteMovedCells(result.rows.moved, notes);
+  result.predictions = PredictRows(model, result.rows.x, progress);
+  return result;
+}
+
+}  // namespace
+
+PLSPredictions PredictTable(const StoredPLS& model, const CsvTable& table, NewRows rows, Notes* notes,
+                            NCProgress* progress) {
+  return PredictWith(model, table, std::move(rows), notes, progress);
+}
+
+PLSPredictions PredictTable(const StoredOPLS& model, const CsvTable& table, NewRows rows, Notes* notes,
+                            NCProgress* progress) {
+  return PredictWith(model, table, std::move(rows), notes, progress);
+}
+
+PLSPredictions PredictTable(const StoredO2PLS& model, const CsvTable& table, NewRows rows, Notes* notes,
+                            NCProgress* progress) {
+  return PredictWith(model, table, std::move(rows), notes, progress);
+}
+
+}  // namespace kalmia::analysis
