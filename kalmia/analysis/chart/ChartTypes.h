@@ -23,10 +23,10 @@ bool TakesRunRules(ControlChart::ControlType type);
 // Where the standard deviation of a process comes from that is measured in single values.
 constexpr auto kFromMovingRange = "moving-range";
 constexpr auto kFromValues = "values";
-constexpr auto kGiven = "given";  ///< by --sigma
-/// Those that --sigma-from takes.
+constexpr auto kGiven = "given";  ///< by the recipe
+/// Those that a recipe may ask for.
 const std::vector<std::string>& SigmaFromWords();
-/// That of --sigma-from where it is not given. The type ewma-sd is by its meaning that of the values.
+/// That of a recipe that asks for none. The type ewma-sd is by its meaning that of the values.
 const char* DefaultSigmaFrom(ControlChart::ControlType type);
 
 /// The target, or where it is exactly -99, which the library takes for one that is not known, the number next to it.

@@ -17,6 +17,9 @@ void CheckRecipe(const CsvTable& table, const ClusterRecipe& recipe) {
   if (recipe.method != "ward" && recipe.method != "single") {
     throw BadRequest("there is no clustering by the method " + Quoted(recipe.method) + ": take ward or single");
   }
+  if (recipe.cut < 0 || (recipe.height && !(*recipe.height >= 0.0))) {
+    throw BadRequest("a tree is cut into one cluster or more, or at a height from 0 on");
+  }
   if (recipe.cut <= table.Rows()) return;
   throw BadData(table.Name() + ": " + Counted(static_cast<std::size_t>(table.Rows()), "row") + " cannot be cut into " +
                 std::to_string(recipe.cut) + " clusters");

@@ -125,7 +125,7 @@ std::string UnsaidSigmaFrom(const StoredLimits& stored) {
   return IsKnown(limits.stdDevUCL) ? kGiven : "";
 }
 
-/// Whether --save-limits can have written that word with such limits.
+/// Whether a file of limits can have that word with such limits.
 bool CanComeFrom(const std::string& word, const StoredLimits& stored) {
   if (word == kGiven) return true;
   if (word == kFromMovingRange && stored.type == ControlChart::EWMAStdDev) return false;

@@ -4,6 +4,7 @@
 #include <cmath>
 #include <stdexcept>
 
+#include "kalmia/analysis/fit/internal/RecipeChecks.h"
 #include "kalmia/analysis/table/CellNumber.h"
 #include "kalmia/analysis/table/TableColumns.h"
 #include "kalmia/analysis/table/internal/TableText.h"
@@ -123,6 +124,7 @@ class Computation {
 }  // namespace
 
 FillResult Fit(const FillRecipe& recipe, const CsvTable& table, NCProgress* progress) {
+  CheckRecipe(recipe);
   return Computation(table, recipe, progress).Compute();
 }
 

@@ -22,7 +22,7 @@ struct LeftEmpty {
   int cells = 0;
 };
 
-/// What `kalmia fill` found out: the filled columns, where they stand in the table, and what is told of them.
+/// What filling has found out: the filled columns, where they stand in the table, and what is told of them.
 struct FillResult {
   std::vector<int> columns;  ///< of the table, from 0, for each filled column
   FilledColumns filled;

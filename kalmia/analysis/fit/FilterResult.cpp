@@ -7,6 +7,7 @@
 #include "kalmia/analysis/fit/ModelData.h"
 #include "kalmia/analysis/fit/internal/FilterExtraction.h"
 #include "kalmia/analysis/fit/internal/FitSetup.h"
+#include "kalmia/analysis/fit/internal/RecipeChecks.h"
 #include "kalmia/analysis/model/NewRows.h"
 #include "kalmia/analysis/steps/Scaling.h"
 #include "kalmia/analysis/table/TableColumns.h"
@@ -54,6 +55,7 @@ float InUnitsOfTheTable(const StoredFilter& filter, float scaled, int column) {
 }  // namespace
 
 FilterResult Fit(const FilterRecipe& recipe, const CsvTable& table, NCProgress* progress) {
+  CheckRecipe(recipe);
   FilterResult result;
   FitRecipe selection;
   static_cast<XRecipe&>(selection) = recipe;

@@ -33,12 +33,12 @@ struct BlockPair {
   int rounds = 0;
 };
 
-/// Selects the columns of both blocks and brings the rows together: those with the same text in the column --id, in the
-/// order of the X table, or without --id each row with the one in the same place. Columns without numbers, constant and
-/// empty columns are left out, and, with --fill, rows without a cell in one of the blocks, each kind with one note.
+/// Selects the columns of both blocks and brings the rows together: those with the same text in the column `id`, in the
+/// order of the X table, or without `id` each row with the one in the same place. Columns without numbers, constant and
+/// empty columns are left out, and, with `fill`, rows without a cell in one of the blocks, each kind with one note.
 /// Throws BadData: a column that does not exist; a row without an id, an id that comes twice, no common id;
-/// without --id tables of different length; a block without a column that varies; a column of the same cells in
-/// both blocks; a hole, unless --fill is given; fewer than two rows; a cell that is no number.
+/// without `id` tables of different length; a block without a column that varies; a column of the same cells in
+/// both blocks; a hole, unless the recipe says `fill`; fewer than two rows; a cell that is no number.
 BlockPair SelectBlocks(const CsvTable& xTable, const CsvTable& yTable, const O2PLSRecipe& recipe, Notes* notes);
 
 }  // namespace kalmia::analysis

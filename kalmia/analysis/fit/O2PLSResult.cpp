@@ -3,6 +3,7 @@
 #include <utility>
 
 #include "kalmia/analysis/fit/FitRules.h"
+#include "kalmia/analysis/fit/internal/RecipeChecks.h"
 #include "kalmia/analysis/steps/Scaling.h"
 #include "kalmia/analysis/text/DisplayText.h"
 #include "kalmia/analysis/text/Failure.h"
@@ -69,6 +70,7 @@ void JudgePredictions(const O2PLSTask& task, O2PLSResult* result, NCProgress* pr
 }  // namespace
 
 O2PLSResult Fit(const O2PLSRecipe& recipe, const CsvTable& xTable, const CsvTable& yTable, NCProgress* progress) {
+  CheckRecipe(recipe);
   O2PLSResult result;
   WorkProgress(progress).Begin("selecting the blocks");
   result.data = SelectBlocks(xTable, yTable, recipe, &result.notes);

@@ -12,10 +12,10 @@
 
 namespace kalmia::analysis {
 
-/// All that `kalmia o2pls` has to report.
+/// An O2PLS model of a table, with all that there is to report of it.
 struct O2PLSResult {
   BlockPair data;
-  int filledX = 0;  ///< cells that --fill has estimated
+  int filledX = 0;  ///< cells that were estimated
   int filledY = 0;
   std::vector<O2PLSComponentRecord> components;  ///< the kept ones, and those that were tried in vain
   StoredO2PLS model;

@@ -5,6 +5,7 @@
 
 #include "kalmia/analysis/fit/internal/FitQuality.h"
 #include "kalmia/analysis/fit/internal/FitSetup.h"
+#include "kalmia/analysis/fit/internal/RecipeChecks.h"
 #include "kalmia/analysis/steps/Scaling.h"
 #include "kalmia/analysis/text/DisplayText.h"
 #include "kalmia/containers/Missing.h"
@@ -54,6 +55,7 @@ void CutComponents(const OPLSRecipe& recipe, const ModelData& data, OPLSTask* ta
 }  // namespace
 
 OPLSResult Fit(const OPLSRecipe& recipe, const CsvTable& table, NCProgress* progress, const StoredOPLSCv* resumed) {
+  CheckRecipe(recipe);
   OPLSResult result;
   result.data = SelectData(table, recipe, recipe.y, &result.notes, progress);
   if (resumed != nullptr) RequireSameTable(*resumed, result.data, recipe.scaling);

@@ -14,7 +14,7 @@
 
 namespace kalmia::analysis {
 
-/// All that `kalmia opls` has to report.
+/// An OPLS model of a table, with all that there is to report of it.
 struct OPLSResult {
   ModelData data;
   NCDataMatrix<float> scaledX;                  ///< what the model was fitted to
@@ -24,7 +24,7 @@ struct OPLSResult {
   NCDataMatrix<float> u;                        ///< Y scores of the predictive components
   CrossValidatedScores crossValidated;
   std::vector<RowPrediction> fitted;            ///< of the training rows, by the stored model
-  StoredOPLSCv validation;                      ///< what --save-cv stores
+  StoredOPLSCv validation;                      ///< what a later fit can go on from
   Notes notes;  ///< what was done of its own accord
 };
 

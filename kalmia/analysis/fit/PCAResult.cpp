@@ -5,6 +5,7 @@
 #include "kalmia/analysis/fit/FitRules.h"
 #include "kalmia/analysis/fit/internal/FitSetup.h"
 #include "kalmia/analysis/fit/internal/PCAExtraction.h"
+#include "kalmia/analysis/fit/internal/RecipeChecks.h"
 #include "kalmia/analysis/steps/Scaling.h"
 #include "kalmia/analysis/text/DisplayText.h"
 #include "kalmia/pcapls/PCACrossValidation.h"
@@ -44,6 +45,7 @@ void NoteComponents(const PCAComponents& fit, Notes* notes) {
 }  // namespace
 
 PCAResult Fit(const PCARecipe& recipe, const CsvTable& table, NCProgress* progress) {
+  CheckRecipe(recipe);
   PCAResult result;
   result.data = SelectData(table, recipe, /*y=*/{}, &result.notes, progress);
   RequireTwoColumns(table, result.data);

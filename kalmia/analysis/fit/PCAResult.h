@@ -13,7 +13,7 @@
 
 namespace kalmia::analysis {
 
-/// All that `kalmia pca` has to report.
+/// A PCA model of a table, with all that there is to report of it.
 struct PCAResult {
   ModelData data;
   std::vector<PCAComponentRecord> components;  ///< the kept ones, and the one that failed if `auto` ended with it

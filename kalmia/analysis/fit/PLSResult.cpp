@@ -6,11 +6,13 @@
 #include "kalmia/analysis/fit/internal/FitQuality.h"
 #include "kalmia/analysis/fit/internal/FitSetup.h"
 #include "kalmia/analysis/fit/internal/PLSExtraction.h"
+#include "kalmia/analysis/fit/internal/RecipeChecks.h"
 #include "kalmia/analysis/steps/Scaling.h"
 
 namespace kalmia::analysis {
 
 PLSResult Fit(const PLSRecipe& recipe, const CsvTable& table, NCProgress* progress) {
+  CheckRecipe(recipe);
   PLSResult result;
   result.data = SelectData(table, recipe, recipe.y, &result.notes, progress);
   PLSTask task;

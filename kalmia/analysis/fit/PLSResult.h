@@ -13,7 +13,7 @@
 
 namespace kalmia::analysis {
 
-/// All that `kalmia pls` has to report.
+/// A PLS model of a table, with all that there is to report of it.
 struct PLSResult {
   ModelData data;
   std::vector<ComponentRecord> components;  ///< the kept ones, and the one that failed if `auto` ended with it

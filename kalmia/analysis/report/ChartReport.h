@@ -8,7 +8,7 @@
 
 namespace kalmia::analysis {
 
-/// What `kalmia chart` prints: the limits of each panel, the spreads they come from, and the signals.
+/// The text of a report: the limits of each panel, the spreads they come from, and the signals.
 std::string ChartText(const ChartResult& result);
 
 std::string ChartJson(const ChartResult& result, const Notes& notes);

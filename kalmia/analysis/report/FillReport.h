@@ -8,7 +8,7 @@
 
 namespace kalmia::analysis {
 
-/// What `kalmia fill` prints; `out` is the file that it has written, with the marks of the table or `anew` with others.
+/// The text of a report; `out` is the file that it has written, with the marks of the table or `anew` with others.
 std::string FillText(const CsvTable& table, const FillResult& result, const std::string& out, bool anew);
 std::string FillJson(const CsvTable& table, const FillResult& result, const std::string& out, const Notes& notes);
 

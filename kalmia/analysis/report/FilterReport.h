@@ -21,7 +21,7 @@ struct FilterFiles {
   std::string saved;  ///< empty if the filter is not stored
 };
 
-/// What `kalmia filter` prints, with a filter just made and with a stored one.
+/// The text of a report, with a filter just made and with a stored one.
 std::string FilterText(const CsvTable& table, const FilterResult& result, const FilterFiles& files);
 /// The same as JSON, format kalmia-filter.
 std::string FilterJson(const CsvTable& table, const FilterResult& result, const FilterFiles& files,

@@ -8,7 +8,7 @@
 
 namespace kalmia::analysis {
 
-// What `kalmia info` prints of what a file keeps, as text and as JSON. `file` is how messages call the file.
+// What a file keeps, as text and as JSON. `file` is how messages call the file.
 
 /// Of a model of any kind: JSON of format kalmia-info, or kalmia-info-pca, -opls, -o2pls or -filter.
 std::string InfoText(const StoredModel& model, const std::string& file);

@@ -8,7 +8,7 @@
 
 namespace kalmia::analysis {
 
-/// The files that `kalmia o2pls --csv` writes; docs/command/o2pls.md describes them. `outcome` has a model.
+/// The CSV files; docs/command/o2pls.md describes them. `result` has a model.
 std::vector<CsvFile> O2PLSCsvFiles(const O2PLSResult& result, const CsvMarks& marks);
 
 /// Their names, before there is anything to write.

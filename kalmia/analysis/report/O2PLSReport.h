@@ -9,7 +9,7 @@
 
 namespace kalmia::analysis {
 
-/// What `kalmia o2pls` prints: all components that were tried with their verdicts, joint, unique and remaining
+/// The text of a report: all components that were tried with their verdicts, joint, unique and remaining
 /// variation of each block, what the predictions describe, then loadings and scores by name. `files` names what was
 /// written.
 std::string O2PLSText(const O2PLSResult& result, const FitFiles& files);

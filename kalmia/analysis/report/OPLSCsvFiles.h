@@ -8,7 +8,7 @@
 
 namespace kalmia::analysis {
 
-/// The files that `kalmia opls --csv` writes; docs/command/opls.md describes them. `outcome` has a model.
+/// The CSV files; docs/command/opls.md describes them. `result` has a model.
 std::vector<CsvFile> OPLSCsvFiles(const OPLSResult& result, const CsvMarks& marks);
 
 /// Their names, before there is anything to write.

@@ -9,7 +9,7 @@
 
 namespace kalmia::analysis {
 
-/// What `kalmia opls` prints: for each component what it is, R2X, R2Y, Q2 with its limit and the verdict, then RMSEE
+/// The text of a report: for each component what it is, R2X, R2Y, Q2 with its limit and the verdict, then RMSEE
 /// and RMSECV. `files` names what was written.
 std::string OPLSText(const OPLSResult& result, const FitFiles& files);
 

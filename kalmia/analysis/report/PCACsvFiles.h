@@ -8,7 +8,7 @@
 
 namespace kalmia::analysis {
 
-/// The files of `kalmia pca --csv`, for a model that kept components: one line for each row or column of the table,
+/// The CSV files, for a model that kept components: one line for each row or column of the table,
 /// under its name.
 std::vector<CsvFile> PCACsvFiles(const PCAResult& result, const CsvMarks& marks);
 

@@ -9,7 +9,7 @@
 
 namespace kalmia::analysis {
 
-/// What `kalmia pca` prints: for each component R2X, Q2 with its limit and the verdicts, then loadings and scores by
+/// The text of a report: for each component R2X, Q2 with its limit and the verdicts, then loadings and scores by
 /// name. `files` names what was written.
 std::string PCAText(const PCAResult& result, const FitFiles& files);
 

@@ -8,7 +8,7 @@
 
 namespace kalmia::analysis {
 
-/// The files of `kalmia pls --csv`, for a model that kept components: one line for each row or column of the table,
+/// The CSV files, for a model that kept components: one line for each row or column of the table,
 /// under its name.
 std::vector<CsvFile> PLSCsvFiles(const PLSResult& result, const CsvMarks& marks);
 

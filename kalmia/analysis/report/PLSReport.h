@@ -9,7 +9,7 @@
 
 namespace kalmia::analysis {
 
-/// What `kalmia pls` prints: for each component R2X, R2Y, Q2 with its limit and the verdict, then RMSEE and RMSECV.
+/// The text of a report: for each component R2X, R2Y, Q2 with its limit and the verdict, then RMSEE and RMSECV.
 /// `files` names what was written.
 std::string PLSText(const PLSResult& result, const FitFiles& files);
 

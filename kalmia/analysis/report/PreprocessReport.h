@@ -14,7 +14,7 @@ struct PreprocessFiles {
   std::string saved;  ///< the steps; empty: nowhere
 };
 
-/// What `kalmia preprocess` prints: the steps, with what they have learnt.
+/// The text of a report: the steps, with what they have learnt.
 std::string PreprocessText(const PreprocessedTable& result, const PreprocessFiles& files);
 
 /// The same as JSON, format kalmia-preprocess.

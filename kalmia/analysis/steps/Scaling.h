@@ -30,7 +30,7 @@ bool IsConstant(const float* begin, const float* end);
 /// The scaling of Y that goes with one of X: unit variance with unit variance, else centring alone.
 NCScale::Scaling ScalingOfY(NCScale::Scaling scalingOfX);
 
-/// The word of --scale for a scaling, and back: uv, pareto, centre or none. Nothing for any other word.
+/// The word for a scaling, and back: uv, pareto, centre or none. Nothing for any other word.
 std::string ScalingWord(NCScale::Scaling scaling);
 std::optional<NCScale::Scaling> ScalingOfWord(const std::string& word);
 

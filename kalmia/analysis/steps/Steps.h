@@ -50,7 +50,7 @@ std::string StepText(const Step& step);
 /// Whether the parameters lie where ParseSteps would take them; a step from a file may be anything.
 bool IsValid(const Step& step);
 
-/// Every step with its parameters, their ranges and defaults, for --help.
+/// Every step with its parameters, their ranges and defaults, for people who ask for help.
 std::string StepsHelp();
 
 }  // namespace kalmia::analysis

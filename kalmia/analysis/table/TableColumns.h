@@ -42,7 +42,7 @@ int RequireColumn(const CsvTable& table, const std::string& name);
 /// Throws BadData if a name is not in the table or a column comes twice, or if LAST stands before FIRST.
 std::vector<int> RequireColumns(const CsvTable& table, const std::vector<std::string>& arguments);
 
-/// Those that the arguments of --exclude name, in the same way; a column that is named again changes nothing.
+/// Those that arguments that exclude columns name, in the same way; a column that is named again changes nothing.
 std::vector<int> ColumnsToExclude(const CsvTable& table, const std::vector<std::string>& arguments);
 
 /// As RequireColumns; without any argument all columns.

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cmath>
 #include <memory>
 #include <string>
 #include <vector>
@@ -40,6 +41,19 @@ TEST(ClusterFit, FindsTwoPairsWithoutABar) {
 TEST(ClusterFit, RefusesAMethodThatThereIsNot) {
   EXPECT_EQ(FailureOf<BadRequest>([] { Fit(RecipeOf("average"), Pairs()); }),
             "there is no clustering by the method 'average': take ward or single");
+}
+
+TEST(ClusterFit, RefusesACutThatMakesNoSense) {
+  ClusterRecipe recipe = RecipeOf("ward");
+  recipe.cut = -1;
+  EXPECT_THROW(Fit(recipe, Pairs()), BadRequest);
+  recipe.cut = 0;
+  for (const double height : {-0.5, std::nan("")}) {
+    recipe.height = height;
+    EXPECT_THROW(Fit(recipe, Pairs()), BadRequest) << height;
+  }
+  recipe.height = 0.0;
+  EXPECT_EQ(Fit(recipe, Pairs()).Clusters(), 4);
 }
 
 TEST(ClusterFit, StopsWhereTheBarWantsToStop) {

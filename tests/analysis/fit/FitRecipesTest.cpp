@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "FailureOf.h"
 #include "TestTables.h"
 #include "kalmia/analysis/fit/FillResult.h"
 #include "kalmia/analysis/fit/FilterResult.h"
@@ -14,6 +15,7 @@
 #include "kalmia/analysis/fit/OPLSResult.h"
 #include "kalmia/analysis/fit/PCAResult.h"
 #include "kalmia/analysis/fit/PLSResult.h"
+#include "kalmia/analysis/text/Failure.h"
 
 namespace kalmia::analysis {
 namespace {
@@ -79,6 +81,55 @@ TEST(FitRecipes, OfAFilterAndOfAFillingTakeAndFillWhatTheyName) {
   EXPECT_GT(filled.filledCells, 0);
   EXPECT_EQ(filled.filledCells, filled.missing);
   EXPECT_FALSE(filled.trial) << "nobody asked for one";
+}
+
+template <class Recipe>
+Recipe OfTheTable() {
+  Recipe recipe;
+  recipe.id = "name";
+  return recipe;
+}
+
+template <class Recipe>
+Recipe WithY() {
+  Recipe recipe = OfTheTable<Recipe>();
+  recipe.y = {"y"};
+  return recipe;
+}
+
+TEST(FitRecipes, ThatMakeNoSenseAreRefusedWithTheNumberThatDoesNot) {
+  const CsvTable table = Table();
+  PLSRecipe pls = WithY<PLSRecipe>();
+  pls.groups = 1;
+  EXPECT_EQ(FailureOf<BadRequest>([&] { Fit(pls, table); }),
+            "the number of cross-validation groups is 1, less than 2");
+  pls.groups = 7;
+  for (const int components : {0, -3}) {
+    pls.components = components;
+    EXPECT_THROW(Fit(pls, table), BadRequest) << components;
+  }
+  PCARecipe pca = OfTheTable<PCARecipe>();
+  pca.x = {"x1"};
+  pca.exclude = {"x2"};
+  EXPECT_THROW(Fit(pca, table), BadRequest);
+  OPLSRecipe opls = WithY<OPLSRecipe>();
+  opls.predictive = 0;
+  EXPECT_THROW(Fit(opls, table), BadRequest);
+  O2PLSRecipe o2pls;
+  o2pls.numbers = O2PLSNumbers{0, 0, 0};
+  EXPECT_THROW(Fit(o2pls, table, table), BadRequest);
+  FilterRecipe filter = WithY<FilterRecipe>();
+  filter.components = 0;
+  EXPECT_THROW(Fit(filter, table), BadRequest);
+  FillRecipe fill;
+  fill.components = -1;
+  EXPECT_THROW(Fit(fill, table), BadRequest);
+}
+
+TEST(FitRecipes, OfModelsWithYNeedOne) {
+  EXPECT_EQ(FailureOf<BadRequest>([] { Fit(OfTheTable<PLSRecipe>(), Table()); }), "no column of Y is named");
+  EXPECT_THROW(Fit(OfTheTable<OPLSRecipe>(), Table()), BadRequest);
+  EXPECT_THROW(Fit(OfTheTable<FilterRecipe>(), Table()), BadRequest);
 }
 
 }  // namespace

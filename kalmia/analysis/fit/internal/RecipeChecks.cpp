@@ -1,0 +1,73 @@
+#include "kalmia/analysis/fit/internal/RecipeChecks.h"
+
+#include <string>
+
+#include "kalmia/analysis/text/Failure.h"
+
+namespace kalmia::analysis {
+
+namespace {
+
+constexpr int kFewestGroups = 2;
+
+void CheckAtLeast(const std::string& what, int number, int least) {
+  if (number >= least) return;
+  throw BadRequest("the number of " + what + " is " + std::to_string(number) + ", less than " + std::to_string(least));
+}
+
+void CheckAtLeast(const std::string& what, const std::optional<int>& number, int least) {
+  if (number) CheckAtLeast(what, *number, least);
+}
+
+void CheckX(const XRecipe& recipe) {
+  if (!recipe.x.empty() && !recipe.exclude.empty()) {
+    throw BadRequest("columns of X are named, and columns to leave out of X too: only one of them can be");
+  }
+  if (recipe.scaling < NCScale::ScalingNone || recipe.scaling > NCScale::ScalingUnitVariance) {
+    throw BadRequest("there is no scaling of number " + std::to_string(recipe.scaling));
+  }
+}
+
+void CheckY(const std::vector<std::string>& y) {
+  if (y.empty()) throw BadRequest("no column of Y is named");
+}
+
+/// `fewest` components; nothing asked for is always right.
+void CheckFit(const FitRecipe& recipe, int fewest) {
+  CheckX(recipe);
+  CheckAtLeast("components", recipe.components, fewest);
+  CheckAtLeast("cross-validation groups", recipe.groups, kFewestGroups);
+}
+
+}  // namespace
+
+void CheckRecipe(const PCARecipe& recipe) { CheckFit(recipe, 1); }
+
+void CheckRecipe(const PLSRecipe& recipe) {
+  CheckFit(recipe, 1);
+  CheckY(recipe.y);
+}
+
+void CheckRecipe(const OPLSRecipe& recipe) {
+  CheckFit(recipe, 0);
+  CheckY(recipe.y);
+  CheckAtLeast("predictive components", recipe.predictive, 1);
+}
+
+void CheckRecipe(const O2PLSRecipe& recipe) {
+  CheckAtLeast("cross-validation groups", recipe.groups, kFewestGroups);
+  if (!recipe.numbers) return;
+  CheckAtLeast("joint components", recipe.numbers->joint, 1);
+  CheckAtLeast("components unique to X", recipe.numbers->xUnique, 0);
+  CheckAtLeast("components unique to Y", recipe.numbers->yUnique, 0);
+}
+
+void CheckRecipe(const FilterRecipe& recipe) {
+  CheckX(recipe);
+  CheckY(recipe.y);
+  CheckAtLeast("components", recipe.components, 1);
+}
+
+void CheckRecipe(const FillRecipe& recipe) { CheckAtLeast("components", recipe.components, 0); }
+
+}  // namespace kalmia::analysis

@@ -1,0 +1,16 @@
+#pragma once
+
+#include "kalmia/analysis/fit/FitRecipes.h"
+
+namespace kalmia::analysis {
+
+// Throw BadRequest where a recipe makes no sense, whatever the table.
+
+void CheckRecipe(const PCARecipe& recipe);
+void CheckRecipe(const PLSRecipe& recipe);
+void CheckRecipe(const OPLSRecipe& recipe);
+void CheckRecipe(const O2PLSRecipe& recipe);
+void CheckRecipe(const FilterRecipe& recipe);
+void CheckRecipe(const FillRecipe& recipe);
+
+}  // namespace kalmia::analysis
