@@ -16,9 +16,8 @@ struct FilePlace {
 void CheckPlaces(const std::vector<FilePlace>& inputs, const std::vector<FilePlace>& outputs);
 
 /// Throws BadRequest if a file to be written is one that is read, or is the same as another one to be written, as
-/// a folder of others, or as the file that standard output or standard error goes to, under whatever name. Standard
-/// input,
-/// "-", is no file; "-" as an output, or as the folder of --csv, is refused, for it would be taken for standard output
+/// a folder of others, or as the file that standard output or standard error goes to, under whatever name.
+/// Standard input, "-", is no file; "-" as an output, or as the folder of --csv, is refused, for it would be taken for standard output
 /// but be a file of that name.
 void RefuseToOverwrite(const std::vector<FilePlace>& inputs, const std::vector<FilePlace>& outputs);
 

@@ -5,11 +5,13 @@
 #include <utility>
 
 #include "kalmia/analysis/chart/ChartTypes.h"
+#include "kalmia/analysis/chart/RunRules.h"
 #include "kalmia/analysis/chart/internal/MovingRange.h"
 #include "kalmia/analysis/table/internal/MeasuredColumn.h"
 #include "kalmia/analysis/text/DisplayText.h"
 #include "kalmia/analysis/text/Failure.h"
 #include "kalmia/analysis/text/WorkProgress.h"
+#include "kalmia/analysis/text/internal/LibraryErrors.h"
 #include "kalmia/containers/Missing.h"
 
 namespace kalmia::analysis {
@@ -22,6 +24,21 @@ ControlChart::ControlType TypeOf(const ChartRecipe& recipe) {
   const auto type = ChartTypeOfWord(recipe.type);
   if (!type) Refuse("there is no control chart of type " + Quoted(recipe.type));
   return *type;
+}
+
+void CheckNumbers(const ChartRecipe& recipe, const StoredLimits* limits) {
+  if (recipe.subgroup < 0 || (limits != nullptr && limits->subgroup < 1)) Refuse("a subgroup has one value or more");
+  if (recipe.sigma && !(*recipe.sigma > 0.0)) Refuse("the standard deviation of a process is above 0");
+  if (recipe.lambda && !(*recipe.lambda > 0.0 && *recipe.lambda <= 1.0)) Refuse("lambda is above 0 and at most 1");
+  for (const std::optional<double>& number : {recipe.target, recipe.sigma}) {
+    if (number && !std::isfinite(*number)) Refuse("target and standard deviation are finite numbers");
+  }
+}
+
+/// An empty word is the default.
+void CheckWord(const std::string& what, const std::string& word, const std::vector<std::string>& words) {
+  if (word.empty() || std::find(words.begin(), words.end(), word) != words.end()) return;
+  Refuse("there is no " + what + " called " + Quoted(word) + ": take " + Either(words));
 }
 
 int SubgroupOf(const ChartRecipe& recipe, const StoredLimits* limits) {
@@ -55,14 +72,16 @@ void CheckSettings(const ChartRecipe& recipe, ControlChart::ControlType type, in
   }
 }
 
+std::string NameOf(const StoredLimits& stored) { return stored.source.empty() ? "what is given" : stored.source; }
+
 /// Throws BadData where the limits were made for another kind of chart.
 void CheckMatch(const StoredLimits& stored, const ChartRecipe& recipe) {
   const std::string& type = WordOfChartType(stored.type);
   if (type != recipe.type) {
-    throw BadData(stored.source + " holds limits of type " + type + ", not " + recipe.type);
+    throw BadData(NameOf(stored) + " holds limits of type " + type + ", not " + recipe.type);
   }
   if (recipe.subgroup != 0 && recipe.subgroup != stored.subgroup) {
-    throw BadData(stored.source + " holds limits for subgroups of " + std::to_string(stored.subgroup) + ", not of " +
+    throw BadData(NameOf(stored) + " holds limits for subgroups of " + std::to_string(stored.subgroup) + ", not of " +
                   std::to_string(recipe.subgroup));
   }
 }
@@ -125,30 +144,8 @@ void CheckPanels(const std::string& where, const ChartResult& result) {
   }
 }
 
-}  // namespace
-
-std::string ChartResult::Title() const {
-  return OneLine(column) + " of " + OneLine(table) + ": " + WordOfChartType(chart.GetControlType()) + " chart";
-}
-
-std::string ChartResult::RuleName(const ChartSignal& signal) const {
-  return rules.empty() ? "limits" : rules + " " + std::to_string(signal.rule.number);
-}
-
-StoredLimits LimitsOf(const ChartResult& result) {
-  return {"", result.table, result.column, result.chart.GetControlType(), result.subgroup, result.sigmaFrom,
-          result.chart.GetLimits()};
-}
-
-void CheckChart(const ChartRecipe& recipe, const StoredLimits* limits) {
-  const ControlChart::ControlType type = TypeOf(recipe);
-  if (limits != nullptr) CheckMatch(*limits, recipe);
-  CheckSettings(recipe, type, SubgroupOf(recipe, limits));
-}
-
-ChartResult ComputeChart(const CsvTable& table, const ChartRecipe& recipe, const StoredLimits* limits, Notes* notes,
-                         NCProgress* progress) {
-  CheckChart(recipe, limits);
+ChartResult Compute(const CsvTable& table, const ChartRecipe& recipe, const StoredLimits* limits, Notes* notes,
+                    NCProgress* progress) {
   WorkProgress(progress).Begin("computing the chart");
   const ControlChart::ControlType type = TypeOf(recipe);
   const int subgroup = SubgroupOf(recipe, limits);
@@ -170,6 +167,36 @@ ChartResult ComputeChart(const CsvTable& table, const ChartRecipe& recipe, const
   CheckPanels(where, result);
   result.signals = ChartSignals(result.panels, result.rules);
   return result;
+}
+
+}  // namespace
+
+std::string ChartResult::Title() const {
+  return OneLine(column) + " of " + OneLine(table) + ": " + WordOfChartType(chart.GetControlType()) + " chart";
+}
+
+std::string ChartResult::RuleName(const ChartSignal& signal) const {
+  return rules.empty() ? "limits" : rules + " " + std::to_string(signal.rule.number);
+}
+
+StoredLimits LimitsOf(const ChartResult& result) {
+  return {"", result.table, result.column, result.chart.GetControlType(), result.subgroup, result.sigmaFrom,
+          result.chart.GetLimits()};
+}
+
+void CheckChart(const ChartRecipe& recipe, const StoredLimits* limits) {
+  const ControlChart::ControlType type = TypeOf(recipe);
+  CheckNumbers(recipe, limits);
+  CheckWord("source of the standard deviation", recipe.sigmaFrom, SigmaFromWords());
+  CheckWord("set of run rules", recipe.rules, RunRuleWords());
+  if (limits != nullptr) CheckMatch(*limits, recipe);
+  CheckSettings(recipe, type, SubgroupOf(recipe, limits));
+}
+
+ChartResult ComputeChart(const CsvTable& table, const ChartRecipe& recipe, const StoredLimits* limits, Notes* notes,
+                         NCProgress* progress) {
+  CheckChart(recipe, limits);
+  return WithoutLibraryErrors([&] { return Compute(table, recipe, limits, notes, progress); });
 }
 
 }  // namespace kalmia::analysis

@@ -48,7 +48,7 @@ struct ChartResult {
 /// The limits of a chart, for others.
 StoredLimits LimitsOf(const ChartResult& result);
 
-/// Throws BadRequest where the parts of a recipe do not go together, and BadData where the limits (null for none) are
+/// Throws BadRequest where a recipe makes no sense or its parts do not go together, and BadData where the limits (null for none) are
 /// of another kind of chart.
 void CheckChart(const ChartRecipe& recipe, const StoredLimits* limits);
 

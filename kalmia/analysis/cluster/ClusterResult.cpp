@@ -8,6 +8,7 @@
 #include "kalmia/analysis/text/DisplayText.h"
 #include "kalmia/analysis/text/Failure.h"
 #include "kalmia/analysis/text/WorkProgress.h"
+#include "kalmia/analysis/text/internal/LibraryErrors.h"
 
 namespace kalmia::analysis {
 
@@ -38,6 +39,24 @@ void NoteFallingHeights(const std::vector<ClusterMerge>& merges, Notes* notes) {
   notes->Add(Counted(lower, "merge") + (lower == 1 ? " is" : " are") + " lower than one within its cluster");
 }
 
+ClusterResult Compute(const ClusterRecipe& recipe, const CsvTable& table, NCProgress* progress) {
+  Notes notes;
+  WorkProgress(progress).Begin("selecting the columns");
+  ClusterResult result = {table.Name(), recipe.method, recipe.scaling, SelectClusterData(table, recipe, &notes),
+                          nullptr, {}, 0.0, 0, recipe.height, {}, {}};
+  result.root = BuildTree(table.Name(), result.data, recipe, progress, &notes);
+  result.merges = MergesOf(*result.root);
+  CheckHeights(table, result.merges);
+  NoteFallingHeights(result.merges, &notes);
+  result.copheneticCorrelation = CopheneticCorrelation(result.data.cells, result.merges, progress);
+  result.notes = std::move(notes);
+  result.keptMerges = static_cast<int>(result.merges.size());
+  if (!recipe.IsCutAsked()) return result;
+  result.keptMerges = KeptMerges(result.merges, recipe);
+  result.clusterOf = ClustersOfRows(result.merges, result.keptMerges);
+  return result;
+}
+
 }  // namespace
 
 std::string ClusterResult::Title() const {
@@ -58,22 +77,8 @@ std::vector<ClusterSummary> SummariesOf(const ClusterResult& result) {
 }
 
 ClusterResult Fit(const ClusterRecipe& recipe, const CsvTable& table, NCProgress* progress) {
-  Notes notes;
   CheckRecipe(table, recipe);
-  WorkProgress(progress).Begin("selecting the columns");
-  ClusterResult result = {table.Name(), recipe.method, recipe.scaling, SelectClusterData(table, recipe, &notes),
-                          nullptr, {}, 0.0, 0, recipe.height, {}, {}};
-  result.root = BuildTree(table.Name(), result.data, recipe, progress, &notes);
-  result.merges = MergesOf(*result.root);
-  CheckHeights(table, result.merges);
-  NoteFallingHeights(result.merges, &notes);
-  result.copheneticCorrelation = CopheneticCorrelation(result.data.cells, result.merges, progress);
-  result.notes = std::move(notes);
-  result.keptMerges = static_cast<int>(result.merges.size());
-  if (!recipe.IsCutAsked()) return result;
-  result.keptMerges = KeptMerges(result.merges, recipe);
-  result.clusterOf = ClustersOfRows(result.merges, result.keptMerges);
-  return result;
+  return WithoutLibraryErrors([&] { return Compute(recipe, table, progress); });
 }
 
 }  // namespace kalmia::analysis

@@ -8,6 +8,7 @@
 #include "kalmia/analysis/file/FileHeader.h"
 #include "kalmia/analysis/file/StepChainFile.h"
 #include "kalmia/analysis/file/internal/ModelEntries.h"
+#include "kalmia/analysis/text/Failure.h"
 
 namespace kalmia::analysis {
 
@@ -95,6 +96,7 @@ bool ReadContent(int version, std::istream& stream, StoredModel* model) {
 
 template <class Kind>
 std::string FileBytes(const Kind& model) {
+  if (model.Components() == 0) throw BadRequest("a model without components cannot be stored");
   std::ostringstream content;
   WriteContent(model, content);
   return FramedBytes(kModelFile, content.str());

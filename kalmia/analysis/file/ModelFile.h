@@ -8,6 +8,7 @@
 namespace kalmia::analysis {
 
 /// The bytes of a model file: magic, version, length, checksum, content. docs/command/info.md describes them.
+/// Throw BadRequest for a model without components.
 std::string ModelFileBytes(const StoredPLS& model);
 std::string ModelFileBytes(const StoredPCA& model);
 std::string ModelFileBytes(const StoredOPLS& model);

@@ -11,6 +11,7 @@
 #include "kalmia/analysis/text/DisplayText.h"
 #include "kalmia/analysis/text/Failure.h"
 #include "kalmia/analysis/text/Numbers.h"
+#include "kalmia/analysis/text/internal/LibraryErrors.h"
 #include "kalmia/containers/Missing.h"
 
 namespace kalmia::analysis {
@@ -125,7 +126,7 @@ class Computation {
 
 FillResult Fit(const FillRecipe& recipe, const CsvTable& table, NCProgress* progress) {
   CheckRecipe(recipe);
-  return Computation(table, recipe, progress).Compute();
+  return WithoutLibraryErrors([&] { return Computation(table, recipe, progress).Compute(); });
 }
 
 std::string FilledText(const CsvTable& table, const FillResult& result, const std::string& id,

@@ -14,6 +14,7 @@
 #include "kalmia/analysis/table/internal/TableText.h"
 #include "kalmia/analysis/text/DisplayText.h"
 #include "kalmia/analysis/text/Failure.h"
+#include "kalmia/analysis/text/internal/LibraryErrors.h"
 #include "kalmia/containers/Missing.h"
 
 namespace kalmia::analysis {
@@ -52,10 +53,7 @@ float InUnitsOfTheTable(const StoredFilter& filter, float scaled, int column) {
   return static_cast<float>(scaled / FactorOf(*filter.xScale, column) + CentreOf(*filter.xScale, column));
 }
 
-}  // namespace
-
-FilterResult Fit(const FilterRecipe& recipe, const CsvTable& table, NCProgress* progress) {
-  CheckRecipe(recipe);
+FilterResult Compute(const FilterRecipe& recipe, const CsvTable& table, NCProgress* progress) {
   FilterResult result;
   FitRecipe selection;
   static_cast<XRecipe&>(selection) = recipe;
@@ -78,6 +76,13 @@ FilterResult Fit(const FilterRecipe& recipe, const CsvTable& table, NCProgress* 
   Notes said;  // by the selection of the data already
   result.filtered = ApplyFilter(filter, table, &said, progress);
   return result;
+}
+
+}  // namespace
+
+FilterResult Fit(const FilterRecipe& recipe, const CsvTable& table, NCProgress* progress) {
+  CheckRecipe(recipe);
+  return WithoutLibraryErrors([&] { return Compute(recipe, table, progress); });
 }
 
 FilteredTable ApplyFilter(const StoredFilter& filter, const CsvTable& table, Notes* notes, NCProgress* progress) {

@@ -9,6 +9,7 @@
 #include "kalmia/analysis/text/Failure.h"
 #include "kalmia/analysis/text/Version.h"
 #include "kalmia/analysis/text/WorkProgress.h"
+#include "kalmia/analysis/text/internal/LibraryErrors.h"
 #include "kalmia/o2pls/NCO2PLSPred.h"
 #include "kalmia/o2pls/PLSMissingValueEstimator.h"
 #include "kalmia/support/NCError.h"
@@ -67,10 +68,7 @@ void JudgePredictions(const O2PLSTask& task, O2PLSResult* result, NCProgress* pr
   TurnAround(&model);
 }
 
-}  // namespace
-
-O2PLSResult Fit(const O2PLSRecipe& recipe, const CsvTable& xTable, const CsvTable& yTable, NCProgress* progress) {
-  CheckRecipe(recipe);
+O2PLSResult Compute(const O2PLSRecipe& recipe, const CsvTable& xTable, const CsvTable& yTable, NCProgress* progress) {
   O2PLSResult result;
   WorkProgress(progress).Begin("selecting the blocks");
   result.data = SelectBlocks(xTable, yTable, recipe, &result.notes);
@@ -92,6 +90,13 @@ O2PLSResult Fit(const O2PLSRecipe& recipe, const CsvTable& xTable, const CsvTabl
   model.o2pls = std::move(fit.model);
   if (result.AnyKept()) JudgePredictions(task, &result, progress);
   return result;
+}
+
+}  // namespace
+
+O2PLSResult Fit(const O2PLSRecipe& recipe, const CsvTable& xTable, const CsvTable& yTable, NCProgress* progress) {
+  CheckRecipe(recipe);
+  return WithoutLibraryErrors([&] { return Compute(recipe, xTable, yTable, progress); });
 }
 
 }  // namespace kalmia::analysis

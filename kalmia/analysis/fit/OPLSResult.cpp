@@ -8,6 +8,7 @@
 #include "kalmia/analysis/fit/internal/RecipeChecks.h"
 #include "kalmia/analysis/steps/Scaling.h"
 #include "kalmia/analysis/text/DisplayText.h"
+#include "kalmia/analysis/text/internal/LibraryErrors.h"
 #include "kalmia/containers/Missing.h"
 
 namespace kalmia::analysis {
@@ -52,10 +53,7 @@ void CutComponents(const OPLSRecipe& recipe, const ModelData& data, OPLSTask* ta
   task->mostComponents = MostComponents(data, recipe.components, notes);
 }
 
-}  // namespace
-
-OPLSResult Fit(const OPLSRecipe& recipe, const CsvTable& table, NCProgress* progress, const StoredOPLSCv* resumed) {
-  CheckRecipe(recipe);
+OPLSResult Compute(const OPLSRecipe& recipe, const CsvTable& table, NCProgress* progress, const StoredOPLSCv* resumed) {
   OPLSResult result;
   result.data = SelectData(table, recipe, recipe.y, &result.notes, progress);
   if (resumed != nullptr) RequireSameTable(*resumed, result.data, recipe.scaling);
@@ -88,6 +86,13 @@ OPLSResult Fit(const OPLSRecipe& recipe, const CsvTable& table, NCProgress* prog
   result.fitted = PredictRows(model, result.data.x, progress);
   JudgeModel(result.data, result.fitted, model.Components(), fit.crossValidatedResiduals, &model);
   return result;
+}
+
+}  // namespace
+
+OPLSResult Fit(const OPLSRecipe& recipe, const CsvTable& table, NCProgress* progress, const StoredOPLSCv* resumed) {
+  CheckRecipe(recipe);
+  return WithoutLibraryErrors([&] { return Compute(recipe, table, progress, resumed); });
 }
 
 }  // namespace kalmia::analysis

@@ -41,7 +41,7 @@ std::string DifferenceOf(const std::vector<std::string>& stored, const std::vect
 }
 
 [[noreturn]] void RefuseBecause(const StoredOPLSCv& stored, const std::string& reason) {
-  throw BadData(stored.name + " " + reason);
+  throw BadData((stored.name.empty() ? "the cross-validation" : stored.name) + " " + reason);
 }
 
 }  // namespace

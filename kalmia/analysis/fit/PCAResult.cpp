@@ -8,6 +8,7 @@
 #include "kalmia/analysis/fit/internal/RecipeChecks.h"
 #include "kalmia/analysis/steps/Scaling.h"
 #include "kalmia/analysis/text/DisplayText.h"
+#include "kalmia/analysis/text/internal/LibraryErrors.h"
 #include "kalmia/pcapls/PCACrossValidation.h"
 
 namespace kalmia::analysis {
@@ -42,10 +43,7 @@ void NoteComponents(const PCAComponents& fit, Notes* notes) {
   if (!fit.notJudged.empty()) notes->Add("cross-validation is not possible: " + fit.notJudged);
 }
 
-}  // namespace
-
-PCAResult Fit(const PCARecipe& recipe, const CsvTable& table, NCProgress* progress) {
-  CheckRecipe(recipe);
+PCAResult Compute(const PCARecipe& recipe, const CsvTable& table, NCProgress* progress) {
   PCAResult result;
   result.data = SelectData(table, recipe, /*y=*/{}, &result.notes, progress);
   RequireTwoColumns(table, result.data);
@@ -71,6 +69,13 @@ PCAResult Fit(const PCARecipe& recipe, const CsvTable& table, NCProgress* progre
   result.rows = ScoreRows(result.model, result.data.x, progress);
   result.model.pooledDeviation = PooledDeviationOf(result.rows, result.model.Components());
   return result;
+}
+
+}  // namespace
+
+PCAResult Fit(const PCARecipe& recipe, const CsvTable& table, NCProgress* progress) {
+  CheckRecipe(recipe);
+  return WithoutLibraryErrors([&] { return Compute(recipe, table, progress); });
 }
 
 }  // namespace kalmia::analysis

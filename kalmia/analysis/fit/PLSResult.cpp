@@ -8,11 +8,13 @@
 #include "kalmia/analysis/fit/internal/PLSExtraction.h"
 #include "kalmia/analysis/fit/internal/RecipeChecks.h"
 #include "kalmia/analysis/steps/Scaling.h"
+#include "kalmia/analysis/text/internal/LibraryErrors.h"
 
 namespace kalmia::analysis {
 
-PLSResult Fit(const PLSRecipe& recipe, const CsvTable& table, NCProgress* progress) {
-  CheckRecipe(recipe);
+namespace {
+
+PLSResult Compute(const PLSRecipe& recipe, const CsvTable& table, NCProgress* progress) {
   PLSResult result;
   result.data = SelectData(table, recipe, recipe.y, &result.notes, progress);
   PLSTask task;
@@ -38,6 +40,13 @@ PLSResult Fit(const PLSRecipe& recipe, const CsvTable& table, NCProgress* progre
   result.fitted = PredictRows(result.model, result.data.x, progress);
   JudgeModel(result.data, result.fitted, result.model.Components(), fit.crossValidatedResiduals, &result.model);
   return result;
+}
+
+}  // namespace
+
+PLSResult Fit(const PLSRecipe& recipe, const CsvTable& table, NCProgress* progress) {
+  CheckRecipe(recipe);
+  return WithoutLibraryErrors([&] { return Compute(recipe, table, progress); });
 }
 
 }  // namespace kalmia::analysis

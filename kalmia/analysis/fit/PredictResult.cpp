@@ -4,6 +4,8 @@
 
 #include "kalmia/analysis/model/NewRows.h"
 #include "kalmia/analysis/model/Prediction.h"
+#include "kalmia/analysis/text/Failure.h"
+#include "kalmia/analysis/text/internal/LibraryErrors.h"
 
 namespace kalmia::analysis {
 
@@ -11,12 +13,15 @@ namespace {
 
 template <class Model>
 auto PredictNewRows(const Model& model, const CsvTable& table, const std::string& id, NCProgress* progress) {
-  Notes notes;
-  NewRows rows = ReadNewRows(model, table, id, &notes, progress);
-  auto result = PredictTable(model, table, std::move(rows), &notes, progress);
-  NoteNoDistances(model, model.Components(), &notes);
-  result.notes = std::move(notes);
-  return result;
+  if (model.Components() == 0) throw BadRequest("the model has no component, and predicts nothing");
+  return WithoutLibraryErrors([&] {
+    Notes notes;
+    NewRows rows = ReadNewRows(model, table, id, &notes, progress);
+    auto result = PredictTable(model, table, std::move(rows), &notes, progress);
+    NoteNoDistances(model, model.Components(), &notes);
+    result.notes = std::move(notes);
+    return result;
+  });
 }
 
 }  // namespace

@@ -12,7 +12,7 @@ namespace kalmia::analysis {
 
 // What a stored model says of the rows of a table. Rows are named by the column `id`; where that is empty, as
 // ReadNewRows says. Notes why no row has a distance to the model, where that is so. `progress` may be null.
-// Throws BadData as ReadNewRows, Stopped where the bar wants to stop.
+// Throws BadRequest for a model without components, BadData as ReadNewRows, Stopped where the bar wants to stop.
 
 PLSPredictions Predict(const StoredPLS& model, const CsvTable& table, const std::string& id = "",
                        NCProgress* progress = nullptr);

@@ -108,6 +108,9 @@ void KeepAllCells(const NCScale& scale, const NCDataMatrix<float>& before, NCDat
 
 std::unique_ptr<NCScale> ScaleColumns(NCScale::Scaling type, const std::vector<std::string>& names,
                                       NCDataMatrix<float>* matrix) {
+  if (type < NCScale::ScalingNone || type > NCScale::ScalingUnitVariance) {
+    throw BadRequest("there is no scaling of number " + std::to_string(static_cast<int>(type)));
+  }
   auto scale = std::make_unique<NCScale>(matrix->SizeColumns());
   for (int c = 1; c <= matrix->SizeColumns(); ++c) scale->SetType(c, type);
   const NCDataMatrix<float> measured = *matrix;

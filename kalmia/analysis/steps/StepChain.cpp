@@ -106,6 +106,7 @@ NameWalk Walked(const StepChain& chain) {
 }  // namespace
 
 StepChain LearnChain(const std::vector<Step>& steps, Signals* signals, Notes* notes, NCProgress* progress) {
+  RequireValid(steps, "the steps");
   StepChain chain;
   chain.inputNames = signals->names;
   NoteEmptyColumns(*signals, notes);

@@ -148,4 +148,12 @@ std::string StepsHelp() {
   return help;
 }
 
+void RequireValid(const std::vector<Step>& steps, const std::string& source) {
+  for (std::size_t i = 0; i < steps.size(); ++i) {
+    if (IsValid(steps[i])) continue;
+    throw BadRequest(source + ": step " + std::to_string(i + 1) + " is none, or its parameters are out of range");
+  }
+  RequireOrder(steps, source);
+}
+
 }  // namespace kalmia::analysis

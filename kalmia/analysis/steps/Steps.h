@@ -49,6 +49,8 @@ std::string StepText(const Step& step);
 
 /// Whether the parameters lie where ParseSteps would take them; a step from a file may be anything.
 bool IsValid(const Step& step);
+/// Throws BadRequest where a step is not valid, or stands where it cannot; `source` is how messages call the steps.
+void RequireValid(const std::vector<Step>& steps, const std::string& source);
 
 /// Every step with its parameters, their ranges and defaults, for people who ask for help.
 std::string StepsHelp();

@@ -11,12 +11,14 @@
 #include "kalmia/analysis/table/TextBuffer.h"
 #include "kalmia/analysis/text/DisplayText.h"
 #include "kalmia/analysis/text/Failure.h"
+#include "kalmia/analysis/text/WorkProgress.h"
 
 namespace kalmia::analysis {
 
 namespace {
 
 constexpr std::size_t kBlock = std::size_t{1} << 20U;
+constexpr float kUnpacked = 0.4F;  ///< of the bar
 
 [[noreturn]] void FailToRead(const std::string& path) {
   throw BadFile("cannot read " + OneLine(path) + ": " + std::generic_category().message(errno));
@@ -42,8 +44,14 @@ TextBuffer BytesOf(const std::string& path, NCProgress* progress) {
 CsvTable ReadTableFile(const std::string& path, const ReadOptions& options, NCProgress* progress) {
   const std::string name = OneLine(path);
   TextBuffer text = BytesOf(path, progress);
-  if (IsGzip(text.View())) text = Gunzip(text.View(), name, progress);
-  return CsvTable(std::move(text), name, options, progress);
+  if (!IsGzip(text.View())) return CsvTable(std::move(text), name, options, progress);
+  WorkProgress work(progress);
+  work.Begin("unpacking " + name);
+  work.Bar()->PushSubRange(0.0F, kUnpacked);
+  text = Gunzip(text.View(), name, work.Bar());
+  work.Bar()->PopSubRange();
+  work.Bar()->PushSubRange(kUnpacked, 1.0F);
+  return CsvTable(std::move(text), name, options, work.Bar());
 }
 
 }  // namespace kalmia::analysis

@@ -126,6 +126,36 @@ TEST(FitRecipes, ThatMakeNoSenseAreRefusedWithTheNumberThatDoesNot) {
   EXPECT_THROW(Fit(fill, table), BadRequest);
 }
 
+// No scaling is undefined once it is learnt; the search for a scale that keeps every cell would not end.
+TEST(FitRecipes, OfNoKnownScalingAreRefused) {
+  PLSRecipe pls = WithY<PLSRecipe>();
+  O2PLSRecipe o2pls;
+  o2pls.x = {"x1..x3"};
+  o2pls.y = {"x4..y"};
+  for (const int scaling : {0, 5}) {
+    pls.scaling = static_cast<NCScale::Scaling>(scaling);
+    EXPECT_THROW(Fit(pls, Table()), BadRequest) << scaling;
+    o2pls.scaling = pls.scaling;
+    EXPECT_THROW(Fit(o2pls, Table(), Table()), BadRequest) << scaling;
+  }
+}
+
+TEST(FitRecipes, WithStepsThatCannotBeAreRefused) {
+  PLSRecipe recipe = WithY<PLSRecipe>();
+  const Step restore = ParseSteps("wavelet-compress:2:daubechies:4,wavelet-restore", "s").back();
+  for (const Step& step : {Step{}, Step{StepKind::Derivative, {1.0}}, restore}) {
+    recipe.steps = GivenSteps{"s", {step}, {}};
+    EXPECT_THROW(Fit(recipe, Table()), BadRequest) << static_cast<int>(step.kind);
+  }
+}
+
+TEST(FitRecipes, ThatTheLibraryRefusesEndInAFailureWithItsWords) {
+  PCARecipe recipe;
+  recipe.scaling = NCScale::ScalingNone;
+  const CsvTable table("a,b\n1e25,2\n-3e25,5\n2e25,1\n", "t.csv");  // squares beyond the largest float
+  EXPECT_THROW(Fit(recipe, table), BadData);
+}
+
 TEST(FitRecipes, OfModelsWithYNeedOne) {
   EXPECT_EQ(FailureOf<BadRequest>([] { Fit(OfTheTable<PLSRecipe>(), Table()); }), "no column of Y is named");
   EXPECT_THROW(Fit(OfTheTable<OPLSRecipe>(), Table()), BadRequest);

@@ -7,6 +7,7 @@
 #include <memory>
 
 #include "TestTables.h"
+#include "kalmia/analysis/file/ModelFile.h"
 #include "kalmia/analysis/fit/O2PLSResult.h"
 #include "kalmia/analysis/fit/PCAResult.h"
 #include "kalmia/analysis/fit/PLSResult.h"
@@ -64,6 +65,14 @@ TEST(PredictResult, StopsWhereTheBarWantsTo) {
   log.stopAt = 1;
   const std::unique_ptr<NCProgress> bar = RecordingBar(&log);
   EXPECT_THROW(Predict(fit.model, Table(), "name", bar.get()), Stopped);
+}
+
+TEST(Predict, RefusesAModelThatKeptNoComponentAndSoDoesAFile) {
+  PCARecipe recipe;  // of columns that have nothing in common none is kept
+  const PCAResult result = Fit(recipe, CsvTable(UnrelatedTable(20, 4, 1, 5), "t.csv"));
+  ASSERT_FALSE(result.AnyKept());
+  EXPECT_THROW(Predict(result.model, Table()), BadRequest);
+  EXPECT_THROW(ModelFileBytes(result.model), BadRequest);
 }
 
 }  // namespace

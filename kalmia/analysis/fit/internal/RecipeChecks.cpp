@@ -23,9 +23,6 @@ void CheckX(const XRecipe& recipe) {
   if (!recipe.x.empty() && !recipe.exclude.empty()) {
     throw BadRequest("columns of X are named, and columns to leave out of X too: only one of them can be");
   }
-  if (recipe.scaling < NCScale::ScalingNone || recipe.scaling > NCScale::ScalingUnitVariance) {
-    throw BadRequest("there is no scaling of number " + std::to_string(recipe.scaling));
-  }
 }
 
 void CheckY(const std::vector<std::string>& y) {
