@@ -171,7 +171,7 @@ void DeclareFilter(CommandOptions* command, FilterOptions* options) {
   command->Text("--out", "FILE", &options->out, "the table with its X columns filtered, always needed");
   command->Require("--out");
   command->Names("--y", &options->recipe.y,
-                 "column that the filter leaves alone what has to do with; several: repeat, or put commas between");
+                 "column Y: the filter takes out of X what is unrelated to it; several: repeat, or put commas between");
   command->Number("--components", 1, &options->recipe.components, "number of components to take out");
   command->Text("--id", "NAME", &options->recipe.id, "column that names the rows; it takes no part");
   command->Names("--x", &options->recipe.x, "columns to filter, " + kColumnsHelp + " (default: all others of numbers)",

@@ -93,7 +93,7 @@ std::string SignalsText(const ChartResult& result) {
   }
   const std::size_t more = result.signals.size() - std::min(result.signals.size(), kMostSignals);
   return Counted(result.signals.size(), "signal") + "\n\n" + table.Text() +
-         (more == 0 ? "" : "  and " + std::to_string(more) + " more; the CSV file has all of them\n") +
+         (more == 0 ? "" : "  and " + std::to_string(more) + " more: CSV or JSON gives them all\n") +
          RulesText(result);
 }
 

@@ -14,7 +14,7 @@ namespace kalmia::analysis {
 namespace {
 
 constexpr int kDigits = 6;
-constexpr int kMergesShown = 10;  ///< the last ones; --merges has all
+constexpr int kMergesShown = 10;  ///< the last ones
 
 int RowsOf(const ClusterResult& result, int id) {
   return id < result.data.Rows() ? 1 : result.merges[static_cast<std::size_t>(id - result.data.Rows())].rows;
@@ -31,7 +31,7 @@ std::string LastMergesText(const ClusterResult& result) {
                   std::to_string(RowsOf(result, merge.left)) + " + " + std::to_string(RowsOf(result, merge.right))});
   }
   const int more = merges - std::min(merges, kMergesShown);
-  return table.Text() + (more == 0 ? "" : "  and " + std::to_string(more) + " more; the CSV file has all of them\n");
+  return table.Text() + (more == 0 ? "" : "  and " + std::to_string(more) + " more: CSV or JSON gives them all\n");
 }
 
 std::string ClustersText(const ClusterResult& result) {

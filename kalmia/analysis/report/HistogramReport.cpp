@@ -36,7 +36,7 @@ std::string HistogramText(const HistogramResult& histogram) {
                      Significant(histogram.width, 2);
   if (histogram.missing > 0) text += ", " + std::to_string(histogram.missing) + " missing";
   return text + "\n\n" + table.Text() +
-         (more > 0 ? "  and " + std::to_string(more) + " more; the CSV file has all\n" : "");
+         (more > 0 ? "  and " + std::to_string(more) + " more: CSV or JSON gives them all\n" : "");
 }
 
 std::string HistogramJson(const HistogramResult& histogram, const Notes& notes) {

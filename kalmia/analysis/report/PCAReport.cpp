@@ -11,7 +11,7 @@ namespace kalmia::analysis {
 
 namespace {
 
-std::string Outcome(const PCAResult& result) {
+std::string VerdictText(const PCAResult& result) {
   if (result.AnyKept()) {
     const std::string early = result.endedEarly.empty() ? "" : "; no further one: " + result.endedEarly;
     return Counted(static_cast<std::size_t>(result.model.Components()), "component") + " kept, " +
@@ -38,7 +38,7 @@ std::string NamedText(const StoredPCA& model) {
 std::string PCAText(const PCAResult& result, const FitFiles& files) {
   std::string text = "PCA of " + DataText(result.data, result.model);
   if (!result.components.empty()) text += PCAComponentText(result.components) + "\n";
-  text += Outcome(result);
+  text += VerdictText(result);
   if (result.AnyKept()) text += NamedText(result.model);
   return text + WrittenText(files);
 }

@@ -13,7 +13,7 @@ std::string Heading(const PLSResult& result) {
   return "PLS of " + Listed(result.data.yNames) + " on " + DataText(result.data, result.model);
 }
 
-std::string Outcome(const PLSResult& result) {
+std::string VerdictText(const PLSResult& result) {
   if (result.AnyKept()) {
     const std::string kept = Counted(static_cast<std::size_t>(result.model.Components()), "component") + " kept, ";
     const std::string early = result.endedEarly.empty() ? "" : "; no further one: " + result.endedEarly;
@@ -32,7 +32,7 @@ std::string Outcome(const PLSResult& result) {
 std::string PLSText(const PLSResult& result, const FitFiles& files) {
   std::string text = Heading(result);
   if (!result.components.empty()) text += ComponentText(result.components, result.data.yNames) + "\n";
-  return text + Outcome(result) + WrittenText(files);
+  return text + VerdictText(result) + WrittenText(files);
 }
 
 std::string PLSJson(const CsvTable& table, const PLSResult& result, const Notes& notes, const FitFiles& files) {

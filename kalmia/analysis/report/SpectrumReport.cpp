@@ -22,7 +22,7 @@ std::string Bar(double share) {
 }
 
 std::string MoreLine(std::size_t more) {
-  return more == 0 ? "" : "  and " + std::to_string(more) + " more; the CSV file has all\n";
+  return more == 0 ? "" : "  and " + std::to_string(more) + " more: CSV or JSON gives them all\n";
 }
 
 std::string PeriodText(const SpectrumResult& result, int i) {

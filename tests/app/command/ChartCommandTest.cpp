@@ -376,7 +376,7 @@ TEST(Chart, ListsNoMoreSignalsThanAReaderReads) {
   const CommandResult run = RunKalmia(
       {"chart", "-", "--column", "x", "--type", "individual", "--target", "0", "--sigma", "1"}, text);
   EXPECT_THAT(run.output, HasSubstr("100 signals"));
-  EXPECT_THAT(run.output, HasSubstr("  and 60 more; the CSV file has all of them\n"));
+  EXPECT_THAT(run.output, HasSubstr("  and 60 more: CSV or JSON gives them all\n"));
 }
 
 TEST(Chart, TargetOfMinus99IsATargetLikeAnyOther) {

@@ -100,7 +100,7 @@ TEST(Histogram, ShowsNoMoreBinsThanAReaderReads) {
   for (int i = 0; i < 10000; ++i) table += std::to_string(i * 37 % 10007) + "\n";
   const CommandResult run = RunHistogram(table);
   ASSERT_EQ(run.exitCode, 0) << run.error;
-  EXPECT_THAT(run.output, HasSubstr(" more; the CSV file has all\n"));
+  EXPECT_THAT(run.output, HasSubstr(" more: CSV or JSON gives them all\n"));
 }
 
 struct BadInput {

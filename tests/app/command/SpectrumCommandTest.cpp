@@ -142,11 +142,11 @@ TEST(Spectrum, ChoosesLagsAndSegmentsThatGoWithTheRows) {
 TEST(Spectrum, ShowsNoMoreLinesThanAReaderReads) {
   const CommandResult run = RunSpectrum(Waves(400), {"--lags", "100", "--segment", "256"});
   EXPECT_THAT(run.output, HasSubstr("\n   64  "));
-  EXPECT_THAT(run.output, HasSubstr("  and 36 more; the CSV file has all\n"));
-  EXPECT_THAT(run.output, HasSubstr("  and 64 more; the CSV file has all\n"));
+  EXPECT_THAT(run.output, HasSubstr("  and 36 more: CSV or JSON gives them all\n"));
+  EXPECT_THAT(run.output, HasSubstr("  and 64 more: CSV or JSON gives them all\n"));
   const CommandResult cross = RunSpectrum(Waves(400), {"--with", "y", "--lags", "33"});
   EXPECT_THAT(cross.output, HasSubstr("\n  -32  "));
-  EXPECT_THAT(cross.output, HasSubstr("  and 2 more; the CSV file has all\n"));
+  EXPECT_THAT(cross.output, HasSubstr("  and 2 more: CSV or JSON gives them all\n"));
   EXPECT_THAT(RunSpectrum(Waves(400), {"--lags", "64", "--segment", "128"}).output, Not(HasSubstr(" more; ")));
 }
 
