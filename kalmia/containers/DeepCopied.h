@@ -58,7 +58,11 @@ class KALMIA_EXPORT DeepCopied : public Value {
  public:
   DeepCopied() = default;
   explicit DeepCopied(Value value) : Value(std::move(value)) {}
-  DeepCopied(const DeepCopied& other) : Value(DeepCopy(other.AsValue())) {}
+  /// The copy is made before it is taken over: as an initialiser, one that fails is destroyed by g++ 12 unmade.
+  DeepCopied(const DeepCopied& other) : Value() {
+    Value copy = DeepCopy(other.AsValue());
+    Value::operator=(std::move(copy));
+  }
   DeepCopied& operator=(const DeepCopied& other) { return *this = DeepCopy(other.AsValue()); }
   DeepCopied& operator=(Value value) {
     Value::operator=(std::move(value));
