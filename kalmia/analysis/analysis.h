@@ -103,4 +103,5 @@
 #include "kalmia/analysis/text/Numbers.h"
 #include "kalmia/analysis/text/Version.h"
 #include "kalmia/analysis/text/WorkProgress.h"
+#include "kalmia/analysis/validation/Folds.h"
 #include "kalmia/analysis/validation/RandomDraws.h"
