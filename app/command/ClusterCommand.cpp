@@ -15,7 +15,6 @@
 #include "kalmia/analysis/cluster/ClusterResult.h"
 #include "kalmia/analysis/figure/ClusterSvg.h"
 #include "kalmia/analysis/report/ClusterReport.h"
-#include "kalmia/analysis/report/Newick.h"
 #include "kalmia/analysis/text/DisplayText.h"
 #include "kalmia/analysis/text/Failure.h"
 #include "kalmia/support/TempFile.h"

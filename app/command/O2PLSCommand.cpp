@@ -8,7 +8,6 @@
 #include "app/console/ReadTable.h"
 #include "kalmia/analysis/file/ModelFile.h"
 #include "kalmia/analysis/fit/O2PLSResult.h"
-#include "kalmia/analysis/report/O2PLSCsvFiles.h"
 #include "kalmia/analysis/report/O2PLSReport.h"
 #include "kalmia/analysis/table/CsvTable.h"
 

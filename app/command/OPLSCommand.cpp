@@ -11,7 +11,6 @@
 #include "kalmia/analysis/file/ModelFile.h"
 #include "kalmia/analysis/file/OPLSCvFile.h"
 #include "kalmia/analysis/fit/OPLSResult.h"
-#include "kalmia/analysis/report/OPLSCsvFiles.h"
 #include "kalmia/analysis/report/OPLSReport.h"
 #include "kalmia/analysis/table/CsvTable.h"
 

@@ -4,7 +4,6 @@
 #include "app/console/ReadTable.h"
 #include "kalmia/analysis/file/ModelFile.h"
 #include "kalmia/analysis/fit/PCAResult.h"
-#include "kalmia/analysis/report/PCACsvFiles.h"
 #include "kalmia/analysis/report/PCAReport.h"
 #include "kalmia/analysis/table/CsvTable.h"
 

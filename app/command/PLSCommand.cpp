@@ -4,7 +4,6 @@
 #include "app/console/ReadTable.h"
 #include "kalmia/analysis/file/ModelFile.h"
 #include "kalmia/analysis/fit/PLSResult.h"
-#include "kalmia/analysis/report/PLSCsvFiles.h"
 #include "kalmia/analysis/report/PLSReport.h"
 #include "kalmia/analysis/table/CsvTable.h"
 

@@ -41,7 +41,7 @@ void CheckRows(const CsvTable& table, const SpectrumRecipe& recipe) {
 }
 
 std::vector<FilePlace> OutputsOf(const SpectrumOptions& options) {
-  std::vector<FilePlace> places = PlacesInCsvFolder(options.csvFolder, {"correlation.csv", "power.csv"});
+  std::vector<FilePlace> places = PlacesInCsvFolder(options.csvFolder, SpectrumCsvFileNames());
   if (!options.svg.empty()) places.push_back({"--svg", options.svg});
   return places;
 }

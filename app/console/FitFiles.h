@@ -6,9 +6,9 @@
 #include <vector>
 
 #include "app/options/Options.h"
+#include "kalmia/analysis/report/CsvFile.h"
 #include "kalmia/analysis/report/WrittenFiles.h"
 #include "kalmia/analysis/steps/GivenSteps.h"
-#include "kalmia/analysis/table/CsvText.h"
 #include "kalmia/support/NCProgress.h"
 
 namespace kalmia::app {

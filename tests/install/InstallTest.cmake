@@ -17,9 +17,10 @@ function(build folder)
       -DCMAKE_CXX_COMPILER=${CXX_COMPILER} -DCMAKE_CXX_FLAGS=${CXX_FLAGS} -DCMAKE_BUILD_TYPE=${BUILD_TYPE} ${ARGN})
   run(${CMAKE_COMMAND} --build ${work}/${folder})
 endfunction()
-# Who asks for Kalmia::kalmia alone needs none of what Kalmia::analysis does.
-build(build -DCMAKE_DISABLE_FIND_PACKAGE_nlohmann_json=ON)
+# What reads JSON and gzip files is inside: nobody needs their packages.
+set(inside -DCMAKE_DISABLE_FIND_PACKAGE_nlohmann_json=ON -DCMAKE_DISABLE_FIND_PACKAGE_ZLIB=ON)
+build(build ${inside})
 run(${work}/build/uses_kalmia)
-build(build-analysis -DWITH_ANALYSIS=ON)
+build(build-analysis -DWITH_ANALYSIS=ON ${inside})
 run(${work}/build-analysis/uses_analysis)
 run(${work}/prefix/bin/kalmia --version)

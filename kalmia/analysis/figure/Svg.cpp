@@ -4,8 +4,8 @@
 #include <iterator>
 
 #include "kalmia/analysis/text/DisplayText.h"
-#include "kalmia/analysis/text/Json.h"
 #include "kalmia/analysis/text/Numbers.h"
+#include "kalmia/analysis/text/internal/Json.h"
 
 namespace kalmia::analysis {
 

@@ -6,7 +6,7 @@
 #include "kalmia/analysis/chart/ChartTypes.h"
 #include "kalmia/analysis/text/DisplayText.h"
 #include "kalmia/analysis/text/Failure.h"
-#include "kalmia/analysis/text/Json.h"
+#include "kalmia/analysis/text/internal/Json.h"
 #include "kalmia/containers/Missing.h"
 
 namespace kalmia::analysis {
@@ -155,7 +155,7 @@ std::string LimitsText(const StoredLimits& stored) {
   json["column"] = stored.column;
   json["type"] = WordOfChartType(stored.type);
   json["subgroup"] = stored.subgroup;
-  json["sigmaFrom"] = stored.sigmaFrom.empty() ? Json(nullptr) : Json(stored.sigmaFrom);
+  json["sigmaFrom"] = TextOrNull(stored.sigmaFrom);
   for (const LimitField& field : kFields) {
     const double number = stored.limits.*field.number;
     json["limits"][field.name] = number == kMissing ? Json(nullptr) : JsonNumber(number);

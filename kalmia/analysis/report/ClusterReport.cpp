@@ -4,7 +4,7 @@
 
 #include "kalmia/analysis/report/internal/TableJson.h"
 #include "kalmia/analysis/steps/Scaling.h"
-#include "kalmia/analysis/table/CsvText.h"
+#include "kalmia/analysis/table/internal/CsvText.h"
 #include "kalmia/analysis/text/DisplayText.h"
 #include "kalmia/analysis/text/Numbers.h"
 #include "kalmia/analysis/text/internal/TextTable.h"
@@ -74,6 +74,77 @@ Json CutJson(const ClusterResult& result) {
   return cut;
 }
 
+bool IsPlainInNewick(char c) {
+  return (c >= '0' && c <= '9') || (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z') || c == '.' || c == '-' || c == '+';
+}
+
+/// A name as a label: in quotation marks as soon as anything in it could mean something. (An underscore outside of them
+/// is read as a blank.) A row without a name is called after its number.
+std::string NewickLabel(const std::string& name, int row) {
+  if (name.empty()) return "row" + std::to_string(row);
+  if (std::all_of(name.begin(), name.end(), IsPlainInNewick)) return name;
+  std::string label = "'";
+  for (const char c : OneLine(name)) label += c == '\'' ? "''" : std::string(1, c);
+  return label + "'";
+}
+
+/// A cluster of which the opening bracket is written.
+struct OpenCluster {
+  int id;
+  bool rightIsNext;
+};
+
+/// Writes a tree in the Newick format: https://phylipweb.github.io/phylip/newicktree.html
+class NewickWriter {
+ public:
+  explicit NewickWriter(const ClusterResult& result) : result_(result), rows_(result.data.Rows()) {}
+
+  std::string Write() {
+    Enter(2 * rows_ - 2);
+    while (!open_.empty()) {
+      OpenCluster& top = open_.back();
+      const ClusterMerge& merge = MergeOf(top.id);
+      if (top.rightIsNext) {
+        top.rightIsNext = false;
+        text_ += ",";
+        Enter(merge.right);
+      } else {
+        const int id = top.id;
+        open_.pop_back();
+        text_ += ")";
+        AddLength(id);
+      }
+    }
+    return text_ + ";\n";
+  }
+
+ private:
+  const ClusterMerge& MergeOf(int id) const { return result_.merges[static_cast<std::size_t>(id - rows_)]; }
+  float HeightOf(int id) const { return id < rows_ ? 0.0F : MergeOf(id).height; }
+
+  /// Goes down the left side to a row.
+  void Enter(int id) {
+    for (; id >= rows_; id = MergeOf(id).left) {
+      text_ += "(";
+      open_.push_back({id, true});
+    }
+    text_ += NewickLabel(result_.data.rowNames[static_cast<std::size_t>(id)], id + 1);
+    AddLength(id);
+  }
+
+  /// The branch from the cluster up to the one it is part of, which is the innermost that is open.
+  void AddLength(int id) {
+    if (open_.empty()) return;
+    const double length = static_cast<double>(HeightOf(open_.back().id)) - HeightOf(id);
+    text_ += ":" + Shortest(ShortestDouble(static_cast<float>(length)));
+  }
+
+  const ClusterResult& result_;
+  int rows_;
+  std::vector<OpenCluster> open_;
+  std::string text_;
+};
+
 }  // namespace
 
 std::string ClusterText(const ClusterResult& result) {
@@ -123,5 +194,7 @@ std::string MergesCsv(const ClusterResult& result, const CsvMarks& marks) {
   }
   return csv.Text();
 }
+
+std::string NewickText(const ClusterResult& result) { return NewickWriter(result).Write(); }
 
 }  // namespace kalmia::analysis

@@ -5,7 +5,6 @@
 
 #include "kalmia/analysis/cluster/ClusterResult.h"
 #include "kalmia/analysis/table/CsvMarks.h"
-#include "kalmia/analysis/text/Json.h"
 #include "kalmia/analysis/text/Notes.h"
 
 namespace kalmia::analysis {
@@ -17,5 +16,7 @@ std::string ClusterJson(const CsvTable& table, const ClusterResult& result, cons
 std::string ClusterCsv(const ClusterResult& result, const CsvMarks& marks);
 /// The merges in the columns of a linkage matrix: two clusters, the smaller number first, height, rows.
 std::string MergesCsv(const ClusterResult& result, const CsvMarks& marks);
+/// The tree in the Newick format. The length of a branch is the difference between the heights of its ends.
+std::string NewickText(const ClusterResult& result);
 
 }  // namespace kalmia::analysis

@@ -1,8 +1,8 @@
 #include "kalmia/analysis/report/FillReport.h"
 
 #include "kalmia/analysis/text/DisplayText.h"
-#include "kalmia/analysis/text/Json.h"
 #include "kalmia/analysis/text/Numbers.h"
+#include "kalmia/analysis/text/internal/Json.h"
 #include "kalmia/analysis/text/internal/TextTable.h"
 
 namespace kalmia::analysis {

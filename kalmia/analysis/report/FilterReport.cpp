@@ -1,6 +1,8 @@
 #include "kalmia/analysis/report/FilterReport.h"
 
 #include "kalmia/analysis/report/WrittenFiles.h"
+#include "kalmia/analysis/report/internal/ComponentTables.h"
+#include "kalmia/analysis/report/internal/FitReport.h"
 #include "kalmia/analysis/steps/Scaling.h"
 #include "kalmia/analysis/text/DisplayText.h"
 #include "kalmia/analysis/text/Numbers.h"
@@ -10,26 +12,23 @@ namespace kalmia::analysis {
 
 namespace {
 
-constexpr int kShareDecimals = 4;
 constexpr int kAngleDecimals = 2;
 using Align = TextTable::Align;
 
-std::string Share(double value) { return Fixed(value, kShareDecimals); }
-
 }  // namespace
 
-std::string FilterComponentText(const std::vector<FilterComponentRecord>& components) {
+std::string ComponentText(const std::vector<FilterComponentRecord>& components) {
   TextTable table;
   for (const char* title : {"component", "R2X", "R2X cum", "angle to Y"}) table.AddColumn(title, Align::Right);
   for (std::size_t a = 0; a < components.size(); ++a) {
     const FilterComponentRecord& component = components[a];
-    table.AddRow({std::to_string(a + 1), Share(component.r2x), Share(component.r2xCum),
+    table.AddRow({std::to_string(a + 1), ShareText(component.r2x), ShareText(component.r2xCum),
                   Fixed(component.angle, kAngleDecimals)});
   }
   return table.Text();
 }
 
-Json FilterComponentJson(const std::vector<FilterComponentRecord>& components) {
+Json ComponentJson(const std::vector<FilterComponentRecord>& components) {
   Json list = Json::array();
   for (std::size_t a = 0; a < components.size(); ++a) {
     const FilterComponentRecord& component = components[a];
@@ -50,7 +49,7 @@ std::string FilterText(const CsvTable& table, const FilterResult& result, const 
          Counted(static_cast<std::size_t>(table.Rows()), "row") + ": what has nothing to do with " +
          Listed(filter.yNames) + "\nX " + ScalingText(filter.scaling) +
          (result.source.empty() ? "" : "; the filter of " + result.source) + "\n\n" +
-         FilterComponentText(filter.components) + early + "\n" + Share(result.filtered.removed) +
+         ComponentText(filter.components) + early + "\n" + ShareText(result.filtered.removed) +
          " of the sum of squares of X is taken out of these rows.\n" + WrittenText(written);
 }
 
@@ -60,16 +59,16 @@ std::string FilterJson(const CsvTable& table, const FilterResult& result, const 
   Json json = JsonHeader("kalmia-filter");
   json["table"] = table.Name();
   json["rows"] = table.Rows();
-  json["model"] = result.source.empty() ? Json(nullptr) : Json(result.source);
+  json["model"] = TextOrNull(result.source);
   json["scaling"] = ScalingWord(filter.scaling);
   json["x"] = filter.xNames;
   json["y"] = filter.yNames;
   json["missingColumns"] = result.filtered.missingColumns;
-  json["components"] = FilterComponentJson(filter.components);
-  json["endedEarly"] = result.endedEarly.empty() ? Json(nullptr) : Json(result.endedEarly);
+  json["components"] = ComponentJson(filter.components);
+  json["endedEarly"] = TextOrNull(result.endedEarly);
   json["removed"] = JsonNumber(result.filtered.removed);
   json["out"] = files.out;
-  json["saved"] = files.saved.empty() ? Json(nullptr) : Json(files.saved);
+  json["saved"] = TextOrNull(files.saved);
   json["notes"] = notes.Lines();
   return JsonText(json);
 }

@@ -1,19 +1,12 @@
 #pragma once
 
 #include <string>
-#include <vector>
 
 #include "kalmia/analysis/fit/FilterResult.h"
-#include "kalmia/analysis/model/ComponentRecord.h"
 #include "kalmia/analysis/table/CsvTable.h"
-#include "kalmia/analysis/text/Json.h"
 #include "kalmia/analysis/text/Notes.h"
 
 namespace kalmia::analysis {
-
-/// The components of a filter, one line each: what they take out of X, and their angle to Y.
-std::string FilterComponentText(const std::vector<FilterComponentRecord>& components);
-Json FilterComponentJson(const std::vector<FilterComponentRecord>& components);
 
 /// The files that a filter and the filtered table are written to.
 struct FilterFiles {

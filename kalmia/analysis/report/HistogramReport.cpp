@@ -3,10 +3,10 @@
 #include <algorithm>
 #include <cmath>
 
-#include "kalmia/analysis/table/CsvText.h"
+#include "kalmia/analysis/table/internal/CsvText.h"
 #include "kalmia/analysis/text/DisplayText.h"
-#include "kalmia/analysis/text/Json.h"
 #include "kalmia/analysis/text/Numbers.h"
+#include "kalmia/analysis/text/internal/Json.h"
 #include "kalmia/analysis/text/internal/TextTable.h"
 
 namespace kalmia::analysis {

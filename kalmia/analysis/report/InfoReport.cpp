@@ -2,16 +2,14 @@
 
 #include <variant>
 
-#include "kalmia/analysis/report/FilterReport.h"
-#include "kalmia/analysis/report/internal/ComponentTable.h"
-#include "kalmia/analysis/report/internal/O2PLSTables.h"
-#include "kalmia/analysis/report/internal/OPLSTables.h"
-#include "kalmia/analysis/report/internal/PCATables.h"
+#include "kalmia/analysis/report/internal/ComponentTables.h"
+#include "kalmia/analysis/report/internal/FitReport.h"
+#include "kalmia/analysis/report/internal/O2PLSComponents.h"
 #include "kalmia/analysis/report/internal/StepChainReport.h"
 #include "kalmia/analysis/steps/Scaling.h"
 #include "kalmia/analysis/text/DisplayText.h"
-#include "kalmia/analysis/text/Json.h"
 #include "kalmia/analysis/text/Numbers.h"
+#include "kalmia/analysis/text/internal/Json.h"
 #include "kalmia/analysis/text/internal/TextTable.h"
 
 namespace kalmia::analysis {
@@ -42,7 +40,7 @@ std::string LabelledNames(const std::string& label, const std::vector<std::strin
   return text + Labelled(text.empty() ? label : "", line);
 }
 
-std::string GroupsText(const ModelInfo& model) {
+std::string GroupCount(const ModelInfo& model) {
   return std::to_string(model.groups) + " groups" +
          (model.groupColumn.empty() ? "" : " of column " + OneLine(model.groupColumn));
 }
@@ -84,7 +82,7 @@ const char* InfoFormat(const StoredO2PLS& /*model*/) { return "kalmia-info-o2pls
 const char* InfoFormat(const StoredFilter& /*model*/) { return "kalmia-info-filter"; }
 
 std::string JudgementLines(const ModelInfo& model) {
-  return Labelled("Cross-validation", GroupsText(model)) +
+  return Labelled("Cross-validation", GroupCount(model)) +
          Labelled("Pooled deviation", Significant(model.pooledDeviation, kDigits) + " of " + model.inputBlock +
                                           ", in scaled units");
 }
@@ -92,7 +90,7 @@ std::string JudgementLines(const StoredFilter& /*model*/) { return ""; }
 
 void AddJudgementJson(const ModelInfo& model, Json* json) {
   (*json)["crossValidation"] = {{"groups", model.groups},
-                                {"groupColumn", model.groupColumn.empty() ? Json(nullptr) : Json(model.groupColumn)}};
+                                {"groupColumn", TextOrNull(model.groupColumn)}};
   (*json)["pooledDeviation"] = JsonNumber(model.pooledDeviation);
 }
 void AddJudgementJson(const StoredFilter& /*model*/, Json* /*json*/) {}
@@ -112,17 +110,17 @@ std::string OwnTables(const StoredPLS& model) {
   return ComponentText(model.components, model.yNames) + "\n" + QualityText(model);
 }
 
-std::string OwnTables(const StoredPCA& model) { return PCAComponentText(model.components); }
+std::string OwnTables(const StoredPCA& model) { return ComponentText(model.components); }
 
 std::string OwnTables(const StoredOPLS& model) {
-  return OPLSComponentText(model.components) + "\n" + QualityText(model);
+  return ComponentText(model.components) + "\n" + QualityText(model);
 }
 
 std::string OwnTables(const StoredO2PLS& model) {
-  return O2PLSComponentText(model.components) + "\n" + SharesText(model.components);
+  return ComponentText(model.components) + "\n" + SharesText(model.components);
 }
 
-std::string OwnTables(const StoredFilter& model) { return FilterComponentText(model.components); }
+std::string OwnTables(const StoredFilter& model) { return ComponentText(model.components); }
 
 void AddOwnJson(const StoredPLS& model, Json* json) {
   (*json)["y"] = ColumnsJson(model.yNames, *model.yScale);
@@ -130,11 +128,11 @@ void AddOwnJson(const StoredPLS& model, Json* json) {
   (*json)["quality"] = QualityJson(model);
 }
 
-void AddOwnJson(const StoredPCA& model, Json* json) { (*json)["components"] = PCAComponentJson(model.components); }
+void AddOwnJson(const StoredPCA& model, Json* json) { (*json)["components"] = ComponentJson(model.components); }
 
 void AddOwnJson(const StoredOPLS& model, Json* json) {
   (*json)["y"] = ColumnsJson(model.yNames, *model.yScale);
-  (*json)["components"] = OPLSComponentJson(model.components);
+  (*json)["components"] = ComponentJson(model.components);
   (*json)["quality"] = QualityJson(model);
 }
 
@@ -142,13 +140,13 @@ void AddOwnJson(const StoredO2PLS& model, Json* json) {
   (*json)["yTable"] = model.yTable;
   (*json)["y"] = ColumnsJson(model.yNames, *model.yScale);
   (*json)["yPooledDeviation"] = JsonNumber(model.yPooledDeviation);
-  (*json)["components"] = O2PLSComponentJson(model.components);
+  (*json)["components"] = ComponentJson(model.components);
   (*json)["shares"] = SharesJson(model.components);
 }
 
 void AddOwnJson(const StoredFilter& model, Json* json) {
   (*json)["y"] = model.yNames;
-  (*json)["components"] = FilterComponentJson(model.components);
+  (*json)["components"] = ComponentJson(model.components);
 }
 
 template <class Model>
@@ -168,7 +166,7 @@ std::string ModelJson(const Model& model, const std::string& file) {
   json["modelFileVersion"] = model.fileVersion;
   json["writtenBy"] = model.writtenBy;
   json["table"] = model.table;
-  json["idColumn"] = model.idColumn.empty() ? Json(nullptr) : Json(model.idColumn);
+  json["idColumn"] = TextOrNull(model.idColumn);
   json["scaling"] = ScalingWord(model.scaling);
   json["preprocessing"] = ChainJson(model.chain);
   json["x"] = ColumnsJson(model.xNames, *model.xScale);

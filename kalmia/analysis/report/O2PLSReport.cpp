@@ -1,17 +1,17 @@
 #include "kalmia/analysis/report/O2PLSReport.h"
 
+#include "kalmia/analysis/report/internal/ComponentTables.h"
+#include "kalmia/analysis/report/internal/FitCsv.h"
 #include "kalmia/analysis/report/internal/FitReport.h"
-#include "kalmia/analysis/report/internal/O2PLSTables.h"
-#include "kalmia/analysis/report/internal/PCATables.h"
+#include "kalmia/analysis/report/internal/NamedComponents.h"
+#include "kalmia/analysis/report/internal/O2PLSComponents.h"
 #include "kalmia/analysis/steps/Scaling.h"
+#include "kalmia/analysis/table/internal/CsvText.h"
 #include "kalmia/analysis/text/DisplayText.h"
-#include "kalmia/analysis/text/Numbers.h"
 
 namespace kalmia::analysis {
 
 namespace {
-
-constexpr int kShareDecimals = 4;
 
 std::string Heading(const O2PLSResult& result) {
   const BlockPair& data = result.data;
@@ -39,12 +39,12 @@ std::vector<NamedComponents> Both(const std::string& symbol, const NCDataMatrix<
 std::string ModelText(const O2PLSResult& result) {
   const StoredO2PLS& model = result.model;
   const O2PLSMatrices& o = model.o2pls;
-  return "\n" + SharesText(model.components) + "\nY as predicted from X: R2 " + Fixed(result.r2y, kShareDecimals) +
-         "; X as predicted from Y: R2 " + Fixed(result.r2x, kShareDecimals) + "\n\n" +
-         NamedComponentsText("X column", model.xNames, Both("p", o.p, o.po), kLinesShown) + "\n" +
-         NamedComponentsText("Y column", model.yNames, Both("q", o.q, o.qo), kLinesShown) + "\n" +
-         NamedComponentsText("row, in X", model.rowNames, Both("t", o.t, o.to), kLinesShown) + "\n" +
-         NamedComponentsText("row, in Y", model.rowNames, Both("u", o.u, o.uo), kLinesShown);
+  return "\n" + SharesText(model.components) + "\nY as predicted from X: R2 " + ShareText(result.r2y) +
+         "; X as predicted from Y: R2 " + ShareText(result.r2x) + "\n\n" +
+         NamedComponentsText("X column", model.xNames, Both("p", o.p, o.po)) + "\n" +
+         NamedComponentsText("Y column", model.yNames, Both("q", o.q, o.qo)) + "\n" +
+         NamedComponentsText("row, in X", model.rowNames, Both("t", o.t, o.to)) + "\n" +
+         NamedComponentsText("row, in Y", model.rowNames, Both("u", o.u, o.uo));
 }
 
 Json BlockJson(const Block& block, int filled) {
@@ -58,10 +58,33 @@ Json BlockJson(const Block& block, int filled) {
             {"emptyColumns", block.emptyColumns}}}};
 }
 
+CsvFile ComponentRecordsCsv(const O2PLSResult& result, const CsvMarks& marks) {
+  CsvText csv(marks);
+  csv.Field("component");
+  for (const char* title : {"R2X", "R2Y", "Q2", "Q2 limit", "code", "kept"}) csv.Field(title);
+  csv.EndLine();
+  const std::vector<std::string> names = ComponentNames(result.components);
+  for (std::size_t a = 0; a < result.components.size(); ++a) {
+    const O2PLSComponentRecord& record = result.components[a];
+    csv.Field(names[a]).Number(record.r2x).Number(record.r2y).Number(record.q2).Number(record.q2Limit);
+    csv.Field(SignificanceE::GetSignificance(record.verdict)).Field(record.kept ? "yes" : "no").EndLine();
+  }
+  return {"components.csv", csv.Text()};
+}
+
+CsvFile SharesCsv(const O2PLSResult& result, const CsvMarks& marks) {
+  CsvText csv(marks);
+  csv.Field("block").Field("joint").Field("unique").Field("rest").Field("R2 predicted").EndLine();
+  const BlockShares x = SharesOfX(result.components), y = SharesOfY(result.components);
+  csv.Field("X").Number(x.joint).Number(x.unique).Number(x.Rest()).Number(result.r2x).EndLine();
+  csv.Field("Y").Number(y.joint).Number(y.unique).Number(y.Rest()).Number(result.r2y).EndLine();
+  return {"shares.csv", csv.Text()};
+}
+
 }  // namespace
 
 std::string O2PLSText(const O2PLSResult& result, const FitFiles& files) {
-  return Heading(result) + O2PLSComponentText(result.components) + "\n" + KeptText(result) +
+  return Heading(result) + ComponentText(result.components) + "\n" + KeptText(result) +
          (result.AnyKept() ? ModelText(result) : "") + WrittenText(files);
 }
 
@@ -81,7 +104,7 @@ std::string O2PLSJson(const O2PLSResult& result, const Notes& notes, const FitFi
                          {"onlyInY", result.data.onlyInY},
                          {"empty", result.data.emptyRows}};
   json["crossValidation"] = {{"groups", model.groups}};
-  json["components"] = O2PLSComponentJson(result.components);
+  json["components"] = ComponentJson(result.components);
   json["joint"] = model.Joint();
   json["xUnique"] = model.XUnique();
   json["yUnique"] = model.YUnique();
@@ -93,6 +116,26 @@ std::string O2PLSJson(const O2PLSResult& result, const Notes& notes, const FitFi
   json["yScores"] = named(model.rowNames, Both("u", o.u, o.uo));
   AddFilesJson(files, notes, &json);
   return JsonText(json);
+}
+
+std::vector<CsvFile> O2PLSCsvFiles(const O2PLSResult& result, const CsvMarks& marks) {
+  const StoredO2PLS& model = result.model;
+  const O2PLSMatrices& o = model.o2pls;
+  return {ComponentRecordsCsv(result, marks),
+          SharesCsv(result, marks),
+          NamedComponentsCsv("x-scores.csv", "row", model.rowNames, {{"t", o.t}, {"to", o.to}}, marks),
+          NamedComponentsCsv("y-scores.csv", "row", model.rowNames, {{"u", o.u}, {"uo", o.uo}}, marks),
+          NamedComponentsCsv("x-loadings.csv", "column", model.xNames, {{"p", o.p}, {"po", o.po}}, marks),
+          NamedComponentsCsv("y-loadings.csv", "column", model.yNames, {{"q", o.q}, {"qo", o.qo}}, marks),
+          NamedComponentsCsv("x-weights.csv", "column", model.xNames, {{"w", o.w}, {"wo", o.wo}}, marks),
+          NamedComponentsCsv("y-weights.csv", "column", model.yNames, {{"c", o.c}, {"co", o.co}}, marks),
+          FitCsv("y-fit.csv", model.rowNames, result.data.y.names, result.data.y.cells, result.fittedY, marks),
+          FitCsv("x-fit.csv", model.rowNames, result.data.x.names, result.data.x.cells, result.fittedX, marks)};
+}
+
+std::vector<std::string> O2PLSCsvFileNames() {
+  return {"components.csv", "shares.csv",    "x-scores.csv",  "y-scores.csv", "x-loadings.csv",
+          "y-loadings.csv", "x-weights.csv", "y-weights.csv", "y-fit.csv",    "x-fit.csv"};
 }
 
 }  // namespace kalmia::analysis

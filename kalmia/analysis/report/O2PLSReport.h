@@ -1,9 +1,12 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
 #include "kalmia/analysis/fit/O2PLSResult.h"
+#include "kalmia/analysis/report/CsvFile.h"
 #include "kalmia/analysis/report/WrittenFiles.h"
+#include "kalmia/analysis/table/CsvMarks.h"
 #include "kalmia/analysis/table/CsvTable.h"
 #include "kalmia/analysis/text/Notes.h"
 
@@ -16,5 +19,11 @@ std::string O2PLSText(const O2PLSResult& result, const FitFiles& files);
 
 /// The same as JSON, format kalmia-o2pls.
 std::string O2PLSJson(const O2PLSResult& result, const Notes& notes, const FitFiles& files);
+
+/// The CSV files; docs/command/o2pls.md describes them. `result` has a model.
+std::vector<CsvFile> O2PLSCsvFiles(const O2PLSResult& result, const CsvMarks& marks);
+
+/// Their names, before there is anything to write.
+std::vector<std::string> O2PLSCsvFileNames();
 
 }  // namespace kalmia::analysis

@@ -1,9 +1,12 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
 #include "kalmia/analysis/fit/OPLSResult.h"
+#include "kalmia/analysis/report/CsvFile.h"
 #include "kalmia/analysis/report/WrittenFiles.h"
+#include "kalmia/analysis/table/CsvMarks.h"
 #include "kalmia/analysis/table/CsvTable.h"
 #include "kalmia/analysis/text/Notes.h"
 
@@ -15,5 +18,11 @@ std::string OPLSText(const OPLSResult& result, const FitFiles& files);
 
 /// The same as JSON, format kalmia-opls.
 std::string OPLSJson(const CsvTable& table, const OPLSResult& result, const Notes& notes, const FitFiles& files);
+
+/// The CSV files; docs/command/opls.md describes them. `result` has a model.
+std::vector<CsvFile> OPLSCsvFiles(const OPLSResult& result, const CsvMarks& marks);
+
+/// Their names, before there is anything to write.
+std::vector<std::string> OPLSCsvFileNames();
 
 }  // namespace kalmia::analysis

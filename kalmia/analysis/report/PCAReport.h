@@ -1,9 +1,12 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
 #include "kalmia/analysis/fit/PCAResult.h"
+#include "kalmia/analysis/report/CsvFile.h"
 #include "kalmia/analysis/report/WrittenFiles.h"
+#include "kalmia/analysis/table/CsvMarks.h"
 #include "kalmia/analysis/table/CsvTable.h"
 #include "kalmia/analysis/text/Notes.h"
 
@@ -15,5 +18,12 @@ std::string PCAText(const PCAResult& result, const FitFiles& files);
 
 /// The same as JSON, format kalmia-pca.
 std::string PCAJson(const CsvTable& table, const PCAResult& result, const Notes& notes, const FitFiles& files);
+
+/// The CSV files, for a model that kept components: one line for each row or column of the table,
+/// under its name.
+std::vector<CsvFile> PCACsvFiles(const PCAResult& result, const CsvMarks& marks);
+
+/// The names of these files, before there is a model.
+std::vector<std::string> PCACsvFileNames();
 
 }  // namespace kalmia::analysis

@@ -6,7 +6,9 @@
 #include "kalmia/analysis/model/PCAPredictions.h"
 #include "kalmia/analysis/model/PLSPredictions.h"
 #include "kalmia/analysis/model/StoredModel.h"
-#include "kalmia/analysis/table/CsvText.h"
+#include "kalmia/analysis/report/CsvFile.h"
+#include "kalmia/analysis/table/CsvMarks.h"
+#include "kalmia/analysis/table/CsvTable.h"
 #include "kalmia/analysis/text/Notes.h"
 
 namespace kalmia::analysis {

@@ -3,7 +3,7 @@
 #include "kalmia/analysis/report/internal/StepChainReport.h"
 #include "kalmia/analysis/table/TableColumns.h"
 #include "kalmia/analysis/text/DisplayText.h"
-#include "kalmia/analysis/text/Json.h"
+#include "kalmia/analysis/text/internal/Json.h"
 
 namespace kalmia::analysis {
 
@@ -28,7 +28,7 @@ std::string PreprocessJson(const CsvTable& table, const PreprocessedTable& resul
   json["steps"] = ChainJson(result.chain);
   json["out"] = files.out;
   json["outColumns"] = result.signals.names;
-  json["saved"] = files.saved.empty() ? Json(nullptr) : Json(files.saved);
+  json["saved"] = TextOrNull(files.saved);
   json["notes"] = notes.Lines();
   return JsonText(json);
 }

@@ -1,7 +1,7 @@
 #include "kalmia/analysis/report/QuantileReport.h"
 
-#include "kalmia/analysis/text/Json.h"
 #include "kalmia/analysis/text/Numbers.h"
+#include "kalmia/analysis/text/internal/Json.h"
 
 namespace kalmia::analysis {
 

@@ -5,9 +5,10 @@
 #include <cstdlib>
 #include <optional>
 
+#include "kalmia/analysis/table/internal/CsvText.h"
 #include "kalmia/analysis/text/DisplayText.h"
-#include "kalmia/analysis/text/Json.h"
 #include "kalmia/analysis/text/Numbers.h"
+#include "kalmia/analysis/text/internal/Json.h"
 #include "kalmia/analysis/text/internal/TextTable.h"
 
 namespace kalmia::analysis {
@@ -16,6 +17,8 @@ namespace {
 
 constexpr int kMostLines = 65;  ///< of each table of the text; the files have all
 constexpr int kLongestBar = 40;
+constexpr auto kCorrelationFile = "correlation.csv";
+constexpr auto kPowerFile = "power.csv";
 
 std::string Bar(double share) {
   return std::string(static_cast<std::size_t>(std::ceil(std::max(0.0, share) * kLongestBar)), '#');
@@ -147,7 +150,9 @@ std::vector<CsvFile> SpectrumCsvFiles(const SpectrumResult& result, const CsvMar
     for (const ColumnSpectrum& part : result.parts) power.Number(part.power[static_cast<std::size_t>(i)]);
     power.EndLine();
   }
-  return {{"correlation.csv", correlation.Text()}, {"power.csv", power.Text()}};
+  return {{kCorrelationFile, correlation.Text()}, {kPowerFile, power.Text()}};
 }
+
+std::vector<std::string> SpectrumCsvFileNames() { return {kCorrelationFile, kPowerFile}; }
 
 }  // namespace kalmia::analysis

@@ -4,7 +4,8 @@
 #include <vector>
 
 #include "kalmia/analysis/chart/SpectrumResult.h"
-#include "kalmia/analysis/table/CsvText.h"
+#include "kalmia/analysis/report/CsvFile.h"
+#include "kalmia/analysis/table/CsvMarks.h"
 #include "kalmia/analysis/text/Notes.h"
 
 namespace kalmia::analysis {
@@ -17,5 +18,8 @@ std::string SpectrumJson(const SpectrumResult& result, const Notes& notes);
 
 /// correlation.csv and power.csv.
 std::vector<CsvFile> SpectrumCsvFiles(const SpectrumResult& result, const CsvMarks& marks);
+
+/// Their names, before there is anything to write.
+std::vector<std::string> SpectrumCsvFileNames();
 
 }  // namespace kalmia::analysis

@@ -6,8 +6,8 @@
 #include <utility>
 
 #include "kalmia/analysis/table/CellNumber.h"
-#include "kalmia/analysis/table/CsvText.h"
 #include "kalmia/analysis/table/TableColumns.h"
+#include "kalmia/analysis/table/internal/CsvText.h"
 #include "kalmia/analysis/table/internal/TableText.h"
 #include "kalmia/analysis/text/DisplayText.h"
 #include "kalmia/analysis/text/Failure.h"

@@ -1,25 +1,28 @@
 #include "kalmia/analysis/report/internal/FitCsv.h"
 
 #include <limits>
-#include <string>
+
+#include "kalmia/analysis/table/internal/CsvText.h"
 
 namespace kalmia::analysis {
 
-CsvFile FitCsv(const ModelData& data, const std::vector<RowPrediction>& fitted, const CsvMarks& marks) {
+CsvFile FitCsv(const std::string& file, const std::vector<std::string>& rowNames,
+               const std::vector<std::string>& columnNames, const NCDataMatrix<float>& measured,
+               const std::vector<RowPrediction>& fitted, const CsvMarks& marks) {
   constexpr double kNone = std::numeric_limits<double>::quiet_NaN();
   CsvText csv(marks);
   csv.Field("row");
-  for (const std::string& y : data.yNames) csv.Field("measured " + y).Field("predicted " + y);
+  for (const std::string& name : columnNames) csv.Field("measured " + name).Field("predicted " + name);
   csv.EndLine();
   for (std::size_t i = 0; i < fitted.size(); ++i) {
-    csv.Field(data.rowNames[i]);
-    for (std::size_t j = 0; j < data.yNames.size(); ++j) {
-      csv.Cell(data.y[static_cast<int>(i) + 1][static_cast<int>(j) + 1]);
+    csv.Field(rowNames[i]);
+    for (std::size_t j = 0; j < columnNames.size(); ++j) {
+      csv.Cell(measured[static_cast<int>(i) + 1][static_cast<int>(j) + 1]);
       csv.Number(fitted[i].y.empty() ? kNone : fitted[i].y[j]);
     }
     csv.EndLine();
   }
-  return {"fit.csv", csv.Text()};
+  return {file, csv.Text()};
 }
 
 CsvFile CoefficientsCsv(const Coefficients& coefficients, const YModelInfo& model, const CsvMarks& marks) {
@@ -36,6 +39,14 @@ CsvFile CoefficientsCsv(const Coefficients& coefficients, const YModelInfo& mode
     csv.EndLine();
   }
   return {"coefficients.csv", csv.Text()};
+}
+
+CsvFile RowsCsv(const std::vector<std::string>& names, const std::vector<double>& t2,
+                const std::vector<double>& distances, const CsvMarks& marks) {
+  CsvText csv(marks);
+  csv.Field("row").Field("T2").Field("distance").EndLine();
+  for (std::size_t i = 0; i < names.size(); ++i) csv.Field(names[i]).Number(t2[i]).Number(distances[i]).EndLine();
+  return {"rows.csv", csv.Text()};
 }
 
 }  // namespace kalmia::analysis

@@ -1,19 +1,29 @@
 #pragma once
 
+#include <string>
 #include <vector>
 
-#include "kalmia/analysis/fit/ModelData.h"
 #include "kalmia/analysis/model/ModelDiagnostics.h"
 #include "kalmia/analysis/model/Prediction.h"
 #include "kalmia/analysis/model/StoredModel.h"
-#include "kalmia/analysis/table/CsvText.h"
+#include "kalmia/analysis/report/CsvFile.h"
+#include "kalmia/analysis/table/CsvMarks.h"
+#include "kalmia/containers/NCDataMatrix.h"
 
 namespace kalmia::analysis {
 
-/// fit.csv: each row's measured and predicted values of every Y column.
-CsvFile FitCsv(const ModelData& data, const std::vector<RowPrediction>& fitted, const CsvMarks& marks);
+// CSV files that several kinds of fits write alike.
+
+/// Each row's measured and predicted values of every column.
+CsvFile FitCsv(const std::string& file, const std::vector<std::string>& rowNames,
+               const std::vector<std::string>& columnNames, const NCDataMatrix<float>& measured,
+               const std::vector<RowPrediction>& fitted, const CsvMarks& marks);
 
 /// coefficients.csv: the intercept of each Y column, then the slopes of each X column.
 CsvFile CoefficientsCsv(const Coefficients& coefficients, const YModelInfo& model, const CsvMarks& marks);
+
+/// rows.csv: Hotelling's T2 and the distance to the model of each row.
+CsvFile RowsCsv(const std::vector<std::string>& names, const std::vector<double>& t2,
+                const std::vector<double>& distances, const CsvMarks& marks);
 
 }  // namespace kalmia::analysis

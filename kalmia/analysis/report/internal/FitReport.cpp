@@ -5,10 +5,15 @@
 #include "kalmia/analysis/steps/Scaling.h"
 #include "kalmia/analysis/text/DisplayText.h"
 #include "kalmia/analysis/text/Numbers.h"
+#include "kalmia/analysis/text/internal/TextTable.h"
 
 namespace kalmia::analysis {
 
 namespace {
+
+constexpr int kShareDecimals = 4;
+constexpr int kErrorDigits = 5;
+using Align = TextTable::Align;
 
 std::string Percent(int part, double whole) { return Fixed(100.0 * part / whole, 1) + " %"; }
 
@@ -26,6 +31,12 @@ std::string MissingText(const ModelData& data) {
 }
 
 }  // namespace
+
+std::string ShareText(double share) { return Fixed(share, kShareDecimals); }
+
+std::string Verdict(bool significant, bool kept) {
+  return std::string(significant ? "significant" : "not significant") + (kept ? "" : ", not kept");
+}
 
 std::string DataText(const ModelData& data, const ModelInfo& model) {
   const StepChain& chain = model.chain;
@@ -52,13 +63,37 @@ void AddDataJson(const CsvTable& table, const ModelData& data, const ModelInfo& 
                         {"emptyColumns", data.emptyColumns},
                         {"rows", data.leftOutRows}};
   (*json)["crossValidation"] = {{"groups", model.groups},
-                                {"groupColumn", model.groupColumn.empty() ? Json(nullptr) : Json(model.groupColumn)}};
+                                {"groupColumn", TextOrNull(model.groupColumn)}};
 }
 
 void AddFilesJson(const FitFiles& files, const Notes& notes, Json* json) {
-  (*json)["saved"] = files.saved.empty() ? Json(nullptr) : Json(files.saved);
+  (*json)["saved"] = TextOrNull(files.saved);
   (*json)["csvFiles"] = files.csv;
   (*json)["notes"] = notes.Lines();
+}
+
+std::string QualityText(const YModelInfo& model) {
+  TextTable table;
+  table.AddColumn("Y", Align::Left);
+  for (const char* title : {"rows", "RMSEE", "RMSECV"}) table.AddColumn(title, Align::Right);
+  for (std::size_t j = 0; j < model.yNames.size(); ++j) {
+    const YQuality& quality = model.quality[j];
+    table.AddRow({model.yNames[j], std::to_string(quality.rows), Significant(quality.rmsee, kErrorDigits),
+                  Significant(quality.rmsecv, kErrorDigits)});
+  }
+  return table.Text();
+}
+
+Json QualityJson(const YModelInfo& model) {
+  Json list = Json::array();
+  for (std::size_t j = 0; j < model.quality.size(); ++j) {
+    const YQuality& quality = model.quality[j];
+    list.push_back({{"name", model.yNames[j]},
+                    {"rows", quality.rows},
+                    {"rmsee", JsonNumber(quality.rmsee)},
+                    {"rmsecv", JsonNumber(quality.rmsecv)}});
+  }
+  return list;
 }
 
 }  // namespace kalmia::analysis

@@ -7,12 +7,12 @@
 #include "kalmia/analysis/model/StoredModel.h"
 #include "kalmia/analysis/report/WrittenFiles.h"
 #include "kalmia/analysis/table/CsvTable.h"
-#include "kalmia/analysis/text/Json.h"
 #include "kalmia/analysis/text/Notes.h"
+#include "kalmia/analysis/text/internal/Json.h"
 
 namespace kalmia::analysis {
 
-// What the commands that fit a model report alike.
+// What the reports of fits have in common.
 
 /// "401 columns of gasoline.csv, 60 rows", then a line with the scaling and the missing cells, then an empty line.
 std::string DataText(const ModelData& data, const ModelInfo& model);
@@ -22,6 +22,16 @@ std::string GroupsText(const ModelInfo& model);
 
 /// The fields of the JSON output on what was fitted: the table, scaling, X, rows, what was left out, groups.
 void AddDataJson(const CsvTable& table, const ModelData& data, const ModelInfo& model, Json* json);
+
+/// A share, with as many digits as in all reports.
+std::string ShareText(double share);
+
+/// "significant", "not significant", with ", not kept" behind it.
+std::string Verdict(bool significant, bool kept);
+
+/// RMSEE and RMSECV of each Y column.
+std::string QualityText(const YModelInfo& model);
+Json QualityJson(const YModelInfo& model);
 
 /// The last fields: the files written, and the notes.
 void AddFilesJson(const FitFiles& files, const Notes& notes, Json* json);

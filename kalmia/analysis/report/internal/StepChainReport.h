@@ -4,7 +4,7 @@
 #include <string>
 
 #include "kalmia/analysis/steps/StepChain.h"
-#include "kalmia/analysis/text/Json.h"
+#include "kalmia/analysis/text/internal/Json.h"
 
 namespace kalmia::analysis {
 

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "kalmia/analysis/table/CsvTable.h"
-#include "kalmia/analysis/text/Json.h"
+#include "kalmia/analysis/text/internal/Json.h"
 
 namespace kalmia::analysis {
 

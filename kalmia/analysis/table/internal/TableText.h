@@ -7,7 +7,7 @@
 
 #include "kalmia/analysis/table/CsvMarks.h"
 #include "kalmia/analysis/table/CsvTable.h"
-#include "kalmia/analysis/table/CsvText.h"
+#include "kalmia/analysis/table/internal/CsvText.h"
 #include "kalmia/analysis/text/Notes.h"
 
 namespace kalmia::analysis {

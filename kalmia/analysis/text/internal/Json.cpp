@@ -1,4 +1,4 @@
-#include "kalmia/analysis/text/Json.h"
+#include "kalmia/analysis/text/internal/Json.h"
 
 #include <cmath>
 
@@ -11,6 +11,8 @@ Json JsonHeader(const std::string& format) {
 }
 
 Json JsonNumber(double value) { return std::isfinite(value) ? Json(value) : Json(nullptr); }
+
+Json TextOrNull(const std::string& text) { return text.empty() ? Json(nullptr) : Json(text); }
 
 std::string JsonText(const Json& json) {
   return json.dump(/*indent=*/2, ' ', /*ensure_ascii=*/false, Json::error_handler_t::replace) + "\n";

@@ -17,6 +17,9 @@ Json JsonHeader(const std::string& format);
 /// The number, or null for what is no finite number.
 Json JsonNumber(double value);
 
+/// The text, or null where it is empty.
+Json TextOrNull(const std::string& text);
+
 /// The text of the output. Bytes of names that are no UTF-8 become U+FFFD.
 std::string JsonText(const Json& json);
 

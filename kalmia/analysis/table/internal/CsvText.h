@@ -1,19 +1,11 @@
 #pragma once
 
 #include <string>
-#include <vector>
 
 #include "kalmia/analysis/table/CsvMarks.h"
 #include "kalmia/analysis/table/CsvRecords.h"
-#include "kalmia/containers/NCDataMatrix.h"
 
 namespace kalmia::analysis {
-
-/// A CSV file still in memory.
-struct CsvFile {
-  std::string name;  ///< within the folder
-  std::string bytes;
-};
 
 /// A CSV text under construction, line by line, in full precision; an empty field for what is missing or no finite
 /// number.
@@ -45,20 +37,5 @@ class CsvText {
   std::string text_;
   bool lineIsEmpty_ = true;
 };
-
-/// Components with the letter that they are numbered behind: t, po.
-struct NamedComponents {
-  std::string symbol;
-  NCDataMatrix<float> prim;  ///< components in rows
-};
-
-/// One line for each name, one column for each component, its symbol and its number: matrices with components in rows,
-/// turned. `what` is the title of the names.
-CsvFile ComponentsCsv(const std::string& file, const std::string& what, const std::vector<std::string>& names,
-                      const std::vector<NamedComponents>& parts, const CsvMarks& marks);
-
-/// rows.csv: Hotelling's T2 and the distance to the model of each row.
-CsvFile RowsCsv(const std::vector<std::string>& names, const std::vector<double>& t2,
-                const std::vector<double>& distances, const CsvMarks& marks);
 
 }  // namespace kalmia::analysis

@@ -1,18 +1,16 @@
-#include "kalmia/analysis/report/internal/O2PLSTables.h"
+#include "kalmia/analysis/report/internal/O2PLSComponents.h"
 
 #include <map>
 
-#include "kalmia/analysis/text/Numbers.h"
+#include "kalmia/analysis/report/internal/ComponentTables.h"
+#include "kalmia/analysis/report/internal/FitReport.h"
 #include "kalmia/analysis/text/internal/TextTable.h"
 
 namespace kalmia::analysis {
 
 namespace {
 
-constexpr int kShareDecimals = 4;
 using Align = TextTable::Align;
-
-std::string Share(double value) { return Fixed(value, kShareDecimals); }
 
 /// The name of the kind for a reader, and for a program.
 struct KindName {
@@ -34,6 +32,16 @@ const char* PredictedBlock(const O2PLSComponentRecord& component) {
   return component.kind == O2PLSComponentRecord::YUnique ? "X" : "Y";
 }
 
+/// "significant", "significant for enough columns", "not significant", "too few rows to tell" or "not judged", with
+/// ", not kept" behind it.
+std::string Verdict(const O2PLSComponentRecord& component) {
+  std::string text = SignificanceE::IsSignificant(component.verdict) ? "significant" : "not significant";
+  if (component.verdict == SignificanceE::R2) text = "significant for enough columns";
+  if (component.verdict == SignificanceE::N3) text = "too few rows to tell";
+  if (component.verdict == SignificanceE::NA) text = "not judged";
+  return text + (component.kept ? "" : ", not kept");
+}
+
 BlockShares SharesOf(const std::vector<O2PLSComponentRecord>& components, double O2PLSComponentRecord::* share,
                      O2PLSComponentRecord::Kind unique) {
   BlockShares shares;
@@ -53,7 +61,7 @@ Json SharesOfBlockJson(const BlockShares& shares) {
 
 }  // namespace
 
-std::vector<std::string> O2PLSComponentNames(const std::vector<O2PLSComponentRecord>& components) {
+std::vector<std::string> ComponentNames(const std::vector<O2PLSComponentRecord>& components) {
   std::map<O2PLSComponentRecord::Kind, int> numbers;
   std::vector<std::string> names;
   for (const O2PLSComponentRecord& component : components) {
@@ -62,32 +70,24 @@ std::vector<std::string> O2PLSComponentNames(const std::vector<O2PLSComponentRec
   return names;
 }
 
-std::string O2PLSVerdict(const O2PLSComponentRecord& component) {
-  std::string text = SignificanceE::IsSignificant(component.verdict) ? "significant" : "not significant";
-  if (component.verdict == SignificanceE::R2) text = "significant for enough columns";
-  if (component.verdict == SignificanceE::N3) text = "too few rows to tell";
-  if (component.verdict == SignificanceE::NA) text = "not judged";
-  return text + (component.kept ? "" : ", not kept");
-}
-
-std::string O2PLSComponentText(const std::vector<O2PLSComponentRecord>& components) {
+std::string ComponentText(const std::vector<O2PLSComponentRecord>& components) {
   TextTable table;
   table.AddColumn("component", Align::Left);
   for (const char* title : {"R2X", "R2Y", "Q2 of", "Q2"}) table.AddColumn(title, Align::Right);
   table.AddColumn("code", Align::Left);
   table.AddColumn("verdict", Align::Left);
-  const std::vector<std::string> names = O2PLSComponentNames(components);
+  const std::vector<std::string> names = ComponentNames(components);
   for (std::size_t a = 0; a < components.size(); ++a) {
     const O2PLSComponentRecord& component = components[a];
-    table.AddRow({names[a], Share(component.r2x), Share(component.r2y), PredictedBlock(component), Share(component.q2),
-                  SignificanceE::GetSignificance(component.verdict), O2PLSVerdict(component)});
+    table.AddRow({names[a], ShareText(component.r2x), ShareText(component.r2y), PredictedBlock(component),
+                  ShareText(component.q2), SignificanceE::GetSignificance(component.verdict), Verdict(component)});
   }
   return table.Text();
 }
 
-Json O2PLSComponentJson(const std::vector<O2PLSComponentRecord>& components) {
+Json ComponentJson(const std::vector<O2PLSComponentRecord>& components) {
   Json list = Json::array();
-  const std::vector<std::string> names = O2PLSComponentNames(components);
+  const std::vector<std::string> names = ComponentNames(components);
   for (std::size_t a = 0; a < components.size(); ++a) {
     const O2PLSComponentRecord& component = components[a];
     list.push_back({{"component", names[a]},
@@ -118,8 +118,8 @@ std::string SharesText(const std::vector<O2PLSComponentRecord>& components) {
   for (const char* title : {"joint", "unique", "rest"}) table.AddColumn(title, Align::Right);
   const BlockShares x = SharesOfX(components);
   const BlockShares y = SharesOfY(components);
-  table.AddRow({"X", Share(x.joint), Share(x.unique), Share(x.Rest())});
-  table.AddRow({"Y", Share(y.joint), Share(y.unique), Share(y.Rest())});
+  table.AddRow({"X", ShareText(x.joint), ShareText(x.unique), ShareText(x.Rest())});
+  table.AddRow({"Y", ShareText(y.joint), ShareText(y.unique), ShareText(y.Rest())});
   return table.Text();
 }
 
