@@ -1,5 +1,5 @@
-// What the estimator and the cross-validation sum in double and what they round to float, to the bit: the same steps by
-// the public operations of the tables and the model.
+// What the estimator and the cross-validation sum in double and what they round to float, to the bit: from models that
+// are fitted anew for each number, and from blocks whose numbers are known without rounding.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -12,7 +12,6 @@
 #include "kalmia/o2pls/NCO2PLSPred.h"
 #include "kalmia/o2pls/O2PLSCrossValidation.h"
 #include "kalmia/o2pls/O2PLSPredictiveComponentEstimator.h"
-#include "kalmia/pcapls/NCPCA.h"
 #include "kalmia/pcapls/PCACrossValidation.h"
 #include "testing/RandomTables.h"
 
@@ -24,7 +23,6 @@ using Groups = NCIntegralVector<int, -99>;
 
 constexpr int kGroups = 4;
 constexpr int kMaxIterations = 3;  // of the models, so that it shows; the estimator has a limit of its own
-constexpr double kLimit = static_cast<double>(0.01F);
 
 double SquaresOf(const Table& table) { return static_cast<double>(table.GetSS()); }
 
@@ -90,126 +88,130 @@ class Gains {
 
 // ---- O2PLSPredictiveComponentEstimator
 
-Vector FirstLoading(const Table& table) {
-  NCPCA model(&table, 200);
-  model.NextComponent(nullptr, nullptr, 0, nullptr);
-  return (*model.GetPprim())[1];
-}
+constexpr int kEstimatorIterations = 200;
 
-struct Series {
-  std::vector<float> q2, q2X, q2Y, r2, r2X, r2Y;
-  std::vector<int> codes;
-  std::vector<double> gains;
-};
-
-double DistanceOf(const Table& a, const Table& b) {
+double AbsoluteSum(const Table& table) {
   double sum = 0.0;
-  for (int i = 1; i <= a.SizeRows(); ++i)
-    for (int j = 1; j <= a.SizeColumns(); ++j) {
-      const float difference = a[i][j] - b[i][j];
-      sum += std::fabs(static_cast<double>(difference));
-    }
+  for (const Vector& row : table)
+    for (const float cell : row) sum += std::fabs(static_cast<double>(cell));
   return sum;
 }
 
-/// w, t, c and u of two blocks.
-struct Direction {
-  Direction(const Table& X, const Table& Y)
-      : w(FirstLoading(Y.MatrixMultiply(X, true, false))),
-        t(X.SpecialNipalsRegressRowsFix(w, nullptr, 0)),
-        c(Y.SpecialNipalsRegressColumnsFix(t)) {
-    c.Normalise();
-    u = Y.SpecialNipalsRegressRowsFix(c, nullptr, 0);
+/// A model of one component, and what is left of any rows without it.
+struct OneComponent {
+  OneComponent(const Table& X, const Table& Y) : model(X, Y, false, kEstimatorIterations) { model.Fit(1, 0, 0); }
+  static Table Scores(const Table& rows, const Table& weights) {
+    Table scores;
+    scores.push_back(rows.SpecialNipalsRegressRowsFix(weights[1], nullptr, 0));
+    return scores;
   }
-  Vector w, t, c, u;
+  static double SquaresLeft(Table rows, const Table& weights) {
+    rows.AddVprimV(Scores(rows, weights)[1], weights[1], -1.0F);
+    return SquaresOf(rows);
+  }
+  /// Y'X of these rows as the component has it.
+  Table CrossProduct(const Table& X, const Table& Y) const {
+    const Table products = Scores(Y, model.GetC()).MatrixMultiply(Scores(X, model.GetW()), false, true);
+    return model.GetC().MatrixMultiply(products, true, false).MatrixMultiply(model.GetW(), false, false);
+  }
+  NCO2PLS model;
 };
 
-/// A round with its working parts, deflated as its components come.
-struct Round {
-  Table trainX, trainY, testX, testY;
-  Table tTest, uTest, W, C;
-};
-
-void AddDirection(Round* round, double* pressX, double* pressY) {
-  const Direction d(round->trainX, round->trainY);
-  const Vector tTest = round->testX.SpecialNipalsRegressRowsFix(d.w, nullptr, 0);
-  const Vector uTest = round->testY.SpecialNipalsRegressRowsFix(d.c, nullptr, 0);
-  round->trainX.AddVprimV(d.t, d.w, -1.0F);
-  round->trainY.AddVprimV(d.u, d.c, -1.0F);
-  round->testX.AddVprimV(tTest, d.w, -1.0F);
-  round->testY.AddVprimV(uTest, d.c, -1.0F);
-  *pressX += SquaresOf(round->testX);
-  *pressY += SquaresOf(round->testY);
-  round->tTest.push_back(tTest);
-  round->uTest.push_back(uTest);
-  round->W.push_back(d.w);
-  round->C.push_back(d.c);
-}
-
-Series SeriesOf(Table X, Table Y, const Groups& groups, int components) {
-  Series series;
-  const Table cross = Y.MatrixMultiply(X, true, false), nothing(Y.SizeColumns(), X.SizeColumns(), 0.0F);
-  const double all = DistanceOf(cross, nothing), ssX = SquaresOf(X), ssY = SquaresOf(Y);
-  std::vector<Round> rounds;
-  for (int g = 0; g < kGroups; ++g)
-    rounds.push_back({RowsOf(X, groups, g, false), RowsOf(Y, groups, g, false), RowsOf(X, groups, g, true),
-                      RowsOf(Y, groups, g, true), {}, {}, {}, {}});
-  for (int a = 1; a <= components; ++a) {
-    double pressX = 0.0, pressY = 0.0;
-    Table prediction = nothing;
-    for (Round& r : rounds) {
-      AddDirection(&r, &pressX, &pressY);
-      const Table scores = r.uTest.MatrixMultiply(r.tTest, false, true);
-      prediction += r.C.MatrixMultiply(scores, true, false).MatrixMultiply(r.W, false, false);
+TEST(O2PLSRounding, TheEstimatorsComponentIsThatOfModelsOfOneComponentToTheBit) {
+  for (const auto& [X, Y] : SomeBlocks()) {
+    const Groups groups = GetDeafultCVGroupsVector(X.SizeRows(), kGroups);
+    const Table whole = Y.MatrixMultiply(X, true, false);
+    Table predicted(whole.SizeRows(), whole.SizeColumns(), 0.0F);
+    double leftX = 0.0, leftY = 0.0;
+    for (int g = 0; g < kGroups; ++g) {
+      const OneComponent component(RowsOf(X, groups, g, false), RowsOf(Y, groups, g, false));
+      const Table heldOutX = RowsOf(X, groups, g, true), heldOutY = RowsOf(Y, groups, g, true);
+      leftX += component.SquaresLeft(heldOutX, component.model.GetW());
+      leftY += component.SquaresLeft(heldOutY, component.model.GetC());
+      predicted += component.CrossProduct(heldOutX, heldOutY);
     }
-    const double q2 = 1.0 - DistanceOf(cross, prediction) / all;
-    const double gain = q2 - static_cast<double>(series.q2.empty() ? 0.0F : series.q2.back());
-    series.q2.push_back(static_cast<float>(q2));
-    series.q2X.push_back(static_cast<float>(1.0 - pressX / ssX));
-    series.q2Y.push_back(static_cast<float>(1.0 - pressY / ssY));
-    series.codes.push_back(gain > kLimit ? 0 : 3);
-    series.gains.push_back(gain);
+    const O2PLSPredictiveComponentEstimator estimator(&X, &Y, -1, &groups, 1);
+    const auto shareWithout = [](double left, double all) { return static_cast<float>(1.0 - left / all); };
+    EXPECT_EQ(estimator.GetQ2X()[1], shareWithout(leftX, SquaresOf(X)));
+    EXPECT_EQ(estimator.GetQ2Y()[1], shareWithout(leftY, SquaresOf(Y)));
+    EXPECT_EQ(estimator.GetQ2()[1], shareWithout(AbsoluteSum(whole - predicted), AbsoluteSum(whole)));
+    const OneComponent all(X, Y);
+    EXPECT_EQ(estimator.GetR2X()[1], shareWithout(all.SquaresLeft(X, all.model.GetW()), SquaresOf(X)));
+    EXPECT_EQ(estimator.GetR2Y()[1], shareWithout(all.SquaresLeft(Y, all.model.GetC()), SquaresOf(Y)));
+    Table fitted(whole.SizeRows(), whole.SizeColumns(), 0.0F);
+    fitted.AddVprimV(all.model.GetC()[1] * (all.model.GetT()[1] * all.model.GetU()[1]), all.model.GetW()[1], 1.0F);
+    EXPECT_EQ(estimator.GetR2()[1], shareWithout(AbsoluteSum(whole - fitted), AbsoluteSum(whole)));
   }
-  Table prediction = nothing;
-  for (int a = 1; a <= components; ++a) {
-    const Direction d(X, Y);
-    X.TransformToSub_V_x_Vt(d.t, d.w);
-    Y.TransformToSub_V_x_Vt(d.u, d.c);
-    prediction.AddVprimV(d.c * (d.t * d.u), d.w, 1.0F);
-    series.r2.push_back(static_cast<float>(1.0 - DistanceOf(cross, prediction) / all));
-    series.r2X.push_back(static_cast<float>(1.0 - SquaresOf(X) / ssX));
-    series.r2Y.push_back(static_cast<float>(1.0 - SquaresOf(Y) / ssY));
-  }
-  return series;
 }
 
-TEST(O2PLSRounding, TheEstimatorHasTheSeriesOfItsStepsToTheBit) {
-  for (const FloatBlocks& blocks : SomeBlocks()) {
-    const Groups groups = GetDeafultCVGroupsVector(blocks.X.SizeRows(), kGroups);
-    const int components = std::min(blocks.Y.SizeColumns(), 4);
-    const Series expected = SeriesOf(blocks.X, blocks.Y, groups, components);
-    const O2PLSPredictiveComponentEstimator estimator(&blocks.X, &blocks.Y, -1, &groups, components);
-    EXPECT_EQ(CellsOf(estimator.GetQ2()), expected.q2);
-    EXPECT_EQ(CellsOf(estimator.GetQ2X()), expected.q2X);
-    EXPECT_EQ(CellsOf(estimator.GetQ2Y()), expected.q2Y);
-    EXPECT_EQ(CellsOf(estimator.GetR2()), expected.r2);
-    EXPECT_EQ(CellsOf(estimator.GetR2X()), expected.r2X);
-    EXPECT_EQ(CellsOf(estimator.GetR2Y()), expected.r2Y);
-    const auto codes = estimator.GetSignificance();
-    EXPECT_EQ(std::vector<int>(codes.begin(), codes.end()), expected.codes);
+/// Columns at right angles to each other within each of four groups of eight rows, column j of X beside column j of Y.
+/// The cells are `x[j]` and `y[j]`, plus or minus; their products fall with j. So the components are the columns, and
+/// nothing is rounded before the numbers.
+struct RightAngles {
+  std::vector<int> x, y;
+
+  FloatBlocks Blocks() const {
+    FloatBlocks blocks{Table(32, 3), Table(32, 3)};
+    for (int i = 0; i < 32; ++i)
+      for (int j = 0; j < 3; ++j) {
+        const int sign = i / kGroups >> j & 1 ? 1 : -1;  // the default groups take the rows in turn
+        blocks.X(i + 1, j + 1, static_cast<float>(sign * x[static_cast<std::size_t>(j)]));
+        blocks.Y(i + 1, j + 1, static_cast<float>(sign * y[static_cast<std::size_t>(j)]));
+      }
+    return blocks;
+  }
+
+  /// The share of sum(a[j] b[j]) that the first components have.
+  static double Share(const std::vector<int>& a, const std::vector<int>& b, std::size_t components) {
+    double all = 0.0, left = 0.0;
+    for (std::size_t j = 0; j < a.size(); ++j) {
+      all += static_cast<double>(a[j]) * b[j];
+      left += j < components ? 0.0 : static_cast<double>(a[j]) * b[j];
+    }
+    return 1.0 - left / all;
+  }
+};
+
+/// Of numbers whose shares a float holds only rounded.
+std::vector<RightAngles> SomeRightAngles() {
+  std::vector<RightAngles> all;
+  for (int k = 0; k < 16; ++k) all.push_back({{2049 + 2 * k, 1031 + 6 * k, 517}, {1999, 1501 - 2 * k, 771 + 4 * k}});
+  return all;
+}
+
+std::vector<float> SharesOf(const std::vector<int>& a, const std::vector<int>& b) {
+  std::vector<float> shares;
+  for (std::size_t n = 1; n <= a.size(); ++n) shares.push_back(static_cast<float>(RightAngles::Share(a, b, n)));
+  return shares;
+}
+
+TEST(O2PLSRounding, TheEstimatorRoundsTheSharesOfColumnsAtRightAnglesOnce) {
+  for (const RightAngles& angles : SomeRightAngles()) {
+    const FloatBlocks blocks = angles.Blocks();
+    const Groups groups = GetDeafultCVGroupsVector(32, kGroups);
+    const O2PLSPredictiveComponentEstimator estimator(&blocks.X, &blocks.Y, -1, &groups, 3);
+    for (const Vector& ofProducts : {estimator.GetQ2(), estimator.GetR2()})
+      EXPECT_EQ(CellsOf(ofProducts), SharesOf(angles.x, angles.y));
+    for (const Vector& ofX : {estimator.GetQ2X(), estimator.GetR2X()})
+      EXPECT_EQ(CellsOf(ofX), SharesOf(angles.x, angles.x));
+    for (const Vector& ofY : {estimator.GetQ2Y(), estimator.GetR2Y()})
+      EXPECT_EQ(CellsOf(ofY), SharesOf(angles.y, angles.y));
   }
 }
 
 TEST(O2PLSRounding, TheEstimatorHoldsAGainInDoubleAgainstItsLimit) {
   Gains gains;
-  for (const FloatBlocks& blocks : SomeBlocks()) {
-    const Groups groups = GetDeafultCVGroupsVector(blocks.X.SizeRows(), kGroups);
-    const Series expected = SeriesOf(blocks.X, blocks.Y, groups, 2);
-    for (int a = 1; a <= 2; ++a) {
-      const double gain = expected.gains[static_cast<std::size_t>(a) - 1];
-      if (!Gains::CanBeALimit(gain)) continue;
+  for (const RightAngles& angles : SomeRightAngles()) {
+    const FloatBlocks blocks = angles.Blocks();
+    const Groups groups = GetDeafultCVGroupsVector(32, kGroups);
+    float before = 0.0F;  // the Q2 that is kept
+    for (const int a : {1, 2, 3}) {
+      const double share = RightAngles::Share(angles.x, angles.y, static_cast<std::size_t>(a));
+      const double gain = share - static_cast<double>(before);
+      before = static_cast<float>(share);
+      ASSERT_TRUE(Gains::CanBeALimit(gain));
       const LimitsAre limit(static_cast<float>(gain));
-      const O2PLSPredictiveComponentEstimator estimator(&blocks.X, &blocks.Y, -1, &groups, 2);
+      const O2PLSPredictiveComponentEstimator estimator(&blocks.X, &blocks.Y, -1, &groups, 3);
       EXPECT_EQ(estimator.GetSignificance()[a], gains.IsAbove(gain) ? 0 : 3);
     }
   }
@@ -218,128 +220,124 @@ TEST(O2PLSRounding, TheEstimatorHoldsAGainInDoubleAgainstItsLimit) {
 
 // ---- O2PLSCrossValidation
 
-struct Validated {
-  NCO2PLS model;
-  Table X, Y;  ///< held out
-};
-
-double ErrorsOfY(const Validated& round) {
-  return SquaresOf(NCO2PLSYPred(&round.X, &round.model).GetYPred() - round.Y);
-}
-
-double ErrorsOfX(const Validated& round) {
-  return SquaresOf(NCO2PLSXPred(&round.Y, &round.model).GetXPred() - round.X);
-}
-
-/// The steps for given numbers of components.
-class Steps {
- public:
-  Steps(const FloatBlocks& blocks, const Groups& groups) : ssY_(blocks.Y.SizeColumns()) {
-    for (int j = 1; j <= ssY_.Size(); ++j) ssY_(j, static_cast<float>(blocks.Y.GetColumnSS(j, 0.0L)));
-    totalY_ = static_cast<double>(ssY_.GetSum());
-    totalX_ = SquaresOf(blocks.X);
-    for (int g = 0; g < kGroups; ++g)
-      rounds_.push_back({NCO2PLS(RowsOf(blocks.X, groups, g, false), RowsOf(blocks.Y, groups, g, false), false,
-                                 kMaxIterations),
-                         RowsOf(blocks.X, groups, g, true), RowsOf(blocks.Y, groups, g, true)});
-  }
-
-  void Run(int predictive, int ofX, int ofY) {
-    for (Validated& round : rounds_) round.model.Fit(predictive, 0, 0);
-    gainsX.clear();
-    q2X = AddComponents(true, ofX);
-    q2Y = AddComponents(false, ofY);
-    if (ofY > 0) {
-      for (Validated& round : rounds_) round.model.Fit(predictive, 0, ofY);
-      gainsX.clear();
-      q2X = AddComponents(true, ofX);
-    }
-    Judge(predictive);
-  }
-
-  std::vector<float> q2X, q2Y, q2Cum;
-  std::vector<std::vector<float>> q2Var, squares;
-  std::vector<double> gainsX, gainsY;
-
- private:
-  double Press(bool ofY) const {
-    double press = 0.0;
-    for (const Validated& round : rounds_) press += ofY ? ErrorsOfY(round) : ErrorsOfX(round);
-    return press;
-  }
-
-  std::vector<float> AddComponents(bool xSide, int count) {
-    const double exactTotal = xSide ? totalY_ : totalX_;
-    const double total = static_cast<double>(static_cast<float>(exactTotal));
-    double before = 1.0 - Press(xSide) / exactTotal;
-    std::vector<float> series;
-    for (int o = 0; o < count; ++o) {
-      for (Validated& round : rounds_) {
-        round.model.NextOrthogonalComponent(xSide, round.model.SizePredComps());
-        round.model.CalculatePredictiveComps(round.model.SizePredComps());
-        round.model.Finalise();
-      }
-      const double q2 = 1.0 - Press(xSide) / total;
-      series.push_back(static_cast<float>(q2));
-      (xSide ? gainsX : gainsY).push_back(q2 - before);
-      before = q2;
-    }
-    return series;
-  }
-
-  void Judge(int predictive) {
-    squares.emplace_back();
-    for (const Validated& round : rounds_) squares.back().push_back(static_cast<float>(round.Y.GetSS()));
-    for (Validated& round : rounds_) round.model.InitPredCompCalculation();
-    for (int a = 1; a <= predictive; ++a) {
-      Vector press(ssY_.Size(), 0.0F);
-      squares.emplace_back();
-      for (Validated& round : rounds_) {
-        round.model.NextPredictiveComp();
-        if (a < predictive) round.model.SubtractLastPredictiveComp();
-        round.model.Finalise();
-        const Table errors = NCO2PLSYPred(&round.X, &round.model).GetYPred() - round.Y;
-        double sum = 0.0;
-        for (int j = 1; j <= press.Size(); ++j) {
-          const double ofColumn = static_cast<double>(errors.GetColumnSS(j, 0.0L));
-          sum += ofColumn;
-          press(j, static_cast<float>(static_cast<double>(press[j]) + ofColumn));
-        }
-        squares.back().push_back(static_cast<float>(sum));
-      }
-      q2Cum.push_back(static_cast<float>(1.0 - static_cast<double>(press.GetSum()) / totalY_));
-      q2Var.push_back(CellsOf((ssY_ - press).DotDivide(ssY_)));
-    }
-  }
-
-  Vector ssY_;
-  double totalX_ = 0.0, totalY_ = 0.0;
-  std::vector<Validated> rounds_;
-};
-
 struct Numbers {
   int predictive, ofX, ofY;
 };
+constexpr Numbers kSomeNumbers[] = {{2, 1, 1}, {3, 2, 0}, {1, 2, 2}};
 
 O2PLSCVResults ResultsOf(const FloatBlocks& blocks, Groups groups, const Numbers& n) {
   return O2PLSCrossValidation(&blocks.X, &blocks.Y, 0, nullptr, &groups, kMaxIterations, n.predictive, n.ofX, n.ofY)
       .GetResults();
 }
 
-TEST(O2PLSRounding, TheCrossValidationHasTheSeriesOfItsStepsToTheBit) {
+/// What is wrong with the predictions of held-out rows, by models that are fitted anew to the other rows.
+class Predictions {
+ public:
+  explicit Predictions(const FloatBlocks& blocks) : blocks_(blocks) {}
+
+  Groups GroupsOfRows() const { return GetDeafultCVGroupsVector(blocks_.X.SizeRows(), kGroups); }
+
+  /// Of Y from X, by `kept` of the predictive components that the orthogonal ones were found beside.
+  Table ErrorsOfY(int group, const Numbers& n, int kept) const {
+    const Table X = HeldOut(blocks_.X, group);
+    const NCO2PLS model = Model(group, n, kept);
+    return NCO2PLSYPred(&X, &model).GetYPred() - HeldOut(blocks_.Y, group);
+  }
+
+  double PressOfY(const Numbers& n) const {
+    double press = 0.0;
+    for (int g = 0; g < kGroups; ++g) press += SquaresOf(ErrorsOfY(g, n, n.predictive));
+    return press;
+  }
+
+  double PressOfX(const Numbers& n) const {
+    double press = 0.0;
+    for (int g = 0; g < kGroups; ++g) {
+      const Table Y = HeldOut(blocks_.Y, g);
+      const NCO2PLS model = Model(g, n, n.predictive);
+      press += SquaresOf(NCO2PLSXPred(&Y, &model).GetXPred() - HeldOut(blocks_.X, g));
+    }
+    return press;
+  }
+
+ private:
+  Table HeldOut(const Table& block, int group) const { return RowsOf(block, GroupsOfRows(), group, true); }
+
+  NCO2PLS Model(int group, const Numbers& n, int kept) const {
+    const Groups groups = GroupsOfRows();
+    NCO2PLS model(RowsOf(blocks_.X, groups, group, false), RowsOf(blocks_.Y, groups, group, false), false,
+                  kMaxIterations);
+    for (int o = 0; o < n.ofX; ++o) model.NextOrthogonalComponent(true, n.predictive);
+    for (int o = 0; o < n.ofY; ++o) model.NextOrthogonalComponent(false, n.predictive);
+    model.CalculatePredictiveComps(kept);
+    model.Finalise();
+    return model;
+  }
+
+  const FloatBlocks& blocks_;
+};
+
+/// Sums of squares of the variables of Y, as floats.
+Vector SquaresOfVariables(const Table& Y) {
+  Vector squares(Y.SizeColumns());
+  for (int j = 1; j <= squares.Size(); ++j) squares(j, static_cast<float>(Y.GetColumnSS(j, 0.0L)));
+  return squares;
+}
+
+/// Q2 in double for 0, 1, ... orthogonal components of a side. The total is a float but for the first of them.
+std::vector<double> Q2InDouble(const FloatBlocks& blocks, const Numbers& n, bool xSide) {
+  const Predictions predictions(blocks);
+  const double total =
+      xSide ? static_cast<double>(SquaresOfVariables(blocks.Y).GetSum()) : SquaresOf(blocks.X);
+  std::vector<double> q2;
+  for (int o = 0; o <= (xSide ? n.ofX : n.ofY); ++o) {
+    const double press = xSide ? predictions.PressOfY({n.predictive, o, n.ofY})
+                               : predictions.PressOfX({n.predictive, n.ofX, o});
+    q2.push_back(1.0 - press / (o == 0 ? total : static_cast<double>(static_cast<float>(total))));
+  }
+  return q2;
+}
+
+std::vector<float> Q2OfComponents(const std::vector<double>& q2) { return {q2.begin() + 1, q2.end()}; }
+
+TEST(O2PLSRounding, TheQ2OfOrthogonalComponentsIsThatOfModelsFittedAnewToTheBit) {
   for (const FloatBlocks& blocks : SomeBlocks())
-    for (const Numbers& n : {Numbers{2, 1, 1}, {3, 2, 0}, {1, 2, 2}}) {
+    for (const Numbers& n : kSomeNumbers) {
       if (n.predictive + n.ofY > blocks.Y.SizeColumns()) continue;
       SCOPED_TRACE(std::to_string(n.predictive) + " predictive");
-      const Groups groups = GetDeafultCVGroupsVector(blocks.X.SizeRows(), kGroups);
-      Steps steps(blocks, groups);
-      steps.Run(n.predictive, n.ofX, n.ofY);
+      const O2PLSCVResults results = ResultsOf(blocks, Predictions(blocks).GroupsOfRows(), n);
+      EXPECT_EQ(CellsOf(results.Q2XSide), Q2OfComponents(Q2InDouble(blocks, n, true)));
+      EXPECT_EQ(CellsOf(results.Q2YSide), Q2OfComponents(Q2InDouble(blocks, n, false)));
+    }
+}
+
+TEST(O2PLSRounding, TheErrorsOfPredictiveComponentsAreThoseOfModelsFittedAnewToTheBit) {
+  for (const FloatBlocks& blocks : SomeBlocks())
+    for (const Numbers& n : kSomeNumbers) {
+      if (n.predictive + n.ofY > blocks.Y.SizeColumns()) continue;
+      SCOPED_TRACE(std::to_string(n.predictive) + " predictive");
+      const Predictions predictions(blocks);
+      const Groups groups = predictions.GroupsOfRows();
       const O2PLSCVResults results = ResultsOf(blocks, groups, n);
-      EXPECT_EQ(CellsOf(results.Q2XSide), steps.q2X);
-      EXPECT_EQ(CellsOf(results.Q2YSide), steps.q2Y);
-      EXPECT_EQ(CellsOf(results.Q2Cum), steps.q2Cum);
-      EXPECT_EQ(CellsOf(results.Q2Var), steps.q2Var);
-      EXPECT_EQ(CellsOf(results.SSTable), steps.squares);
+      const Vector all = SquaresOfVariables(blocks.Y);
+      for (int g = 0; g < kGroups; ++g)
+        EXPECT_EQ(results.SSTable[1][g + 1], static_cast<float>(SquaresOf(RowsOf(blocks.Y, groups, g, true))));
+      for (int a = 1; a <= n.predictive; ++a) {
+        Vector press(all.Size(), 0.0F);  // of variables, rounded after each group
+        for (int g = 0; g < kGroups; ++g) {
+          const Table errors = predictions.ErrorsOfY(g, n, a);
+          double ofGroup = 0.0;
+          for (int j = 1; j <= all.Size(); ++j) {
+            const double squares = static_cast<double>(errors.GetColumnSS(j, 0.0L));
+            ofGroup += squares;
+            press(j, static_cast<float>(static_cast<double>(press[j]) + squares));
+          }
+          EXPECT_EQ(results.SSTable[a + 1][g + 1], static_cast<float>(ofGroup));
+        }
+        EXPECT_EQ(CellsOf(results.Q2Var)[static_cast<std::size_t>(a) - 1], CellsOf((all - press).DotDivide(all)));
+        EXPECT_EQ(results.Q2Cum[a], static_cast<float>(1.0 - static_cast<double>(press.GetSum()) /
+                                                                 static_cast<double>(all.GetSum())));
+      }
     }
 }
 
@@ -348,18 +346,15 @@ TEST(O2PLSRounding, TheCrossValidationHoldsAGainInDoubleAgainstItsLimit) {
   constexpr Numbers kNumbers{1, 2, 2};
   for (const FloatBlocks& blocks : SomeBlocks(10)) {
     if (kNumbers.predictive + kNumbers.ofY > blocks.Y.SizeColumns()) continue;
-    const Groups groups = GetDeafultCVGroupsVector(blocks.X.SizeRows(), kGroups);
-    Steps steps(blocks, groups);
-    steps.Run(kNumbers.predictive, kNumbers.ofX, kNumbers.ofY);
     for (const bool xSide : {true, false}) {
-      int component = 0;
-      for (const double gain : xSide ? steps.gainsX : steps.gainsY) {
-        ++component;
+      const std::vector<double> q2 = Q2InDouble(blocks, kNumbers, xSide);
+      for (std::size_t o = 1; o < q2.size(); ++o) {
+        const double gain = q2[o] - q2[o - 1];
         if (!Gains::CanBeALimit(gain)) continue;
         const LimitsAre limit(static_cast<float>(gain));
-        const O2PLSCVResults results = ResultsOf(blocks, groups, kNumbers);
+        const O2PLSCVResults results = ResultsOf(blocks, Predictions(blocks).GroupsOfRows(), kNumbers);
         const Groups& codes = xSide ? results.XSideSignificance : results.YSideSignificance;
-        EXPECT_EQ(codes[component], gains.IsAbove(gain) ? 0 : 3);
+        EXPECT_EQ(codes[static_cast<int>(o)], gains.IsAbove(gain) ? 0 : 3);
       }
     }
   }
