@@ -5,8 +5,6 @@
 
 #include <random>
 
-#include "CommandRun.h"
-#include "ExpectFailure.h"
 #include "GzipText.h"
 #include "app/console/ExitCode.h"
 #include "kalmia/analysis/table/Gunzip.h"
@@ -140,17 +138,6 @@ TEST(Gunzip, RefusesADamagedFile) {
               "t.gz is a gzip file with other bytes behind its end: unpack it with gzip, which passes them over");
   }
   EXPECT_THAT(Refusal(packed + "\x1F"), HasSubstr("ends early"));
-}
-
-TEST(Gunzip, IsKnownByItsFirstBytesInEveryCommandThatReadsATable) {
-  const ScratchFolder folder;
-  const std::string text = "id,x,y\na,1,2\nb,2,1\nc,4,3\nd,3,5\n";
-  const std::string table = folder.Write("table", Gzip(text));
-  EXPECT_EQ(RunKalmia({"describe", table, "--json"}).Json()["rows"], 4);
-  EXPECT_EQ(RunKalmia({"describe", "-", "--json"}, Gzip(text)).Json()["rows"], 4);
-  EXPECT_EQ(RunKalmia({"pls", table, "--y", "y", "--id", "id", "--components", "1", "--groups", "2"}).exitCode, 0);
-  ExpectFailure(RunKalmia({"describe", folder.Write("twice", Gzip(Gzip(text)))}), 1, "is packed by gzip twice");
-  ExpectFailure(RunKalmia({"describe", folder.Write("cut", Gzip(text).substr(0, 20))}), 1, "ends early");
 }
 
 }  // namespace

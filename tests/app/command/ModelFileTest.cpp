@@ -278,30 +278,4 @@ TEST(ModelFile, IsRefusedForWhatIsWrong) {
   EXPECT_THAT(Refusal(huge), HasSubstr("m is cut"));
 }
 
-TEST(ModelFile, IsRefusedByPredictAndInfoWithOneLineAndExitCode3) {
-  const ScratchFolder folder;
-  const std::string bytes = SmallModelFile();
-  std::string newer = bytes;
-  newer[8] = 9;
-  std::string damaged = bytes;
-  damaged.back() = static_cast<char>(damaged.back() ^ 1);
-  const std::pair<std::string, const char*> files[] = {{"a,b\n1,2\n", "is no Kalmia model"},
-                                                       {"", "is empty"},
-                                                       {bytes.substr(0, 400), "is cut"},
-                                                       {damaged, "is damaged"},
-                                                       {newer, "of version 9"}};
-  const std::string table = folder.Write("t.csv", UnrelatedTable(8, 3, 2, 1));
-  for (const auto& [content, message] : files) {
-    const std::string model = folder.Write("model", content);
-    for (const auto& arguments : {std::vector<std::string>{"info", model}, {"predict", model, table}}) {
-      const CommandResult run = RunKalmia(arguments);
-      EXPECT_EQ(run.exitCode, 3);
-      EXPECT_EQ(run.output, "");
-      EXPECT_EQ(run.ErrorLines(), 1) << run.error;
-      EXPECT_THAT(run.error, HasSubstr("kalmia: " + model + " "));
-      EXPECT_THAT(run.error, HasSubstr(message));
-    }
-  }
-}
-
 }  // namespace

@@ -333,4 +333,23 @@ TEST(PLS, EndsWhereWhatIsLeftOfXIsTooSmallToBeRegressedOn) {
   EXPECT_EQ(result["endedEarly"], "nothing is left of X");
 }
 
+TEST(PLS, FitsAYWithAMeanOfMinus99AsOneMovedElsewhere) {
+  const char* rows[] = {"1,2,-98", "2,5,-97", "3,1,-99.5", "4,6,-96", "5,2,-104.5"};  // mean of y: -99
+  std::string table = "a,b,y\n";
+  for (const char* row : rows) table += std::string(row) + "\n";
+  const std::string moved = "a,b,y\n1,2,1\n2,5,2\n3,1,-0.5\n4,6,3\n5,2,-5.5\n";
+  for (const char* scaling : {"uv", "centre"}) {
+    const std::vector<std::string> line = {"pls", "-", "--y", "y", "--components", "1", "--json", "--scale", scaling};
+    const CommandResult here = RunKalmia(line, table);
+    const CommandResult there = RunKalmia(line, moved);
+    ASSERT_EQ(here.exitCode, 0) << here.error;
+    ASSERT_EQ(there.exitCode, 0) << there.error;
+    for (const char* number : {"rmsee", "rmsecv"}) {
+      // The centre is off by two float steps, 1.5e-5, at most.
+      EXPECT_NEAR(here.Json()["quality"][0][number].get<double>(), there.Json()["quality"][0][number].get<double>(),
+                  2e-5);
+    }
+  }
+}
+
 }  // namespace
