@@ -7,10 +7,8 @@
 
 #include "kalmia/analysis/steps/Scaling.h"
 
-namespace kalmia::app {
+namespace kalmia::analysis {
 namespace {
-
-using namespace kalmia::analysis;
 
 constexpr float kBelowMissing = -99.00000762939453F;  ///< the next float below -99
 
@@ -97,4 +95,4 @@ TEST(ApplyScale, KeepsACellOfANewTableThatLandsOnTheMissingValue) {
 }
 
 }  // namespace
-}  // namespace kalmia::app
+}  // namespace kalmia::analysis

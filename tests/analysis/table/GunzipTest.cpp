@@ -4,13 +4,15 @@
 #include <gtest/gtest.h>
 
 #include <random>
+#include <string>
 
+#include "FailureOf.h"
 #include "GzipText.h"
-#include "app/console/ExitCode.h"
 #include "kalmia/analysis/table/Gunzip.h"
+#include "kalmia/analysis/text/Failure.h"
 #include "testing/RecordingProgress.h"
 
-namespace kalmia::app {
+namespace kalmia::analysis {
 namespace {
 
 using ::testing::HasSubstr;
@@ -21,7 +23,7 @@ std::string Refusal(const std::string& bytes) {
   try {
     Unpacked(bytes);
   } catch (const Failure& failure) {
-    EXPECT_EQ(ExitCodeOf(failure), ExitCode::BadData);
+    EXPECT_TRUE(Is<BadData>(failure));
     return failure.what();
   }
   return "";
@@ -82,7 +84,7 @@ TEST(Gunzip, TellsItsShareAndStopsAtEveryQuestion) {
       Gunzip(packed, "t.gz", stopping.get());
       ADD_FAILURE() << "goes on behind question " << stopAt;
     } catch (const Failure& failure) {
-      EXPECT_EQ(ExitCodeOf(failure), ExitCode::Stopped);
+      EXPECT_TRUE(Is<Stopped>(failure));
     }
     EXPECT_EQ(log.Count("SetValue"), stopAt);
   }
@@ -101,7 +103,7 @@ TEST(Gunzip, RefusesAFileThatHoldsMoreThanThereIsMemoryFor) {
     Gunzip(packed, "t.gz", nullptr, left);
     ADD_FAILURE();
   } catch (const Failure& failure) {
-    EXPECT_EQ(ExitCodeOf(failure), ExitCode::BadData);
+    EXPECT_TRUE(Is<BadData>(failure));
     EXPECT_STREQ(failure.what(), "t.gz holds more than there is memory for, unpacked");
   }
   EXPECT_EQ(questions, 3);
@@ -118,7 +120,7 @@ TEST(Gunzip, GivesTheTextOrARefusalWhicheverBitIsWrong) {
         EXPECT_EQ(Unpacked(damaged), text);
         ++taken;
       } catch (const Failure& failure) {
-        EXPECT_EQ(ExitCodeOf(failure), ExitCode::BadData);
+        EXPECT_TRUE(Is<BadData>(failure));
         EXPECT_THAT(failure.what(), HasSubstr("t.gz is a ")) << at;
       }
     }
@@ -141,4 +143,4 @@ TEST(Gunzip, RefusesADamagedFile) {
 }
 
 }  // namespace
-}  // namespace kalmia::app
+}  // namespace kalmia::analysis

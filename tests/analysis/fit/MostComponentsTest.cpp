@@ -5,15 +5,20 @@
 
 #include <optional>
 
-#include "CommandRun.h"
 #include "TestTables.h"
 #include "kalmia/analysis/fit/ModelData.h"
+#include "kalmia/analysis/fit/OPLSResult.h"
+#include "kalmia/analysis/fit/PLSResult.h"
 
 namespace {
 
 using kalmia::analysis::ModelData;
 using kalmia::analysis::MostComponents;
 using kalmia::analysis::Notes;
+using kalmia::analysis::OPLSRecipe;
+using kalmia::analysis::OPLSResult;
+using kalmia::analysis::PLSRecipe;
+using kalmia::analysis::PLSResult;
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 
@@ -42,29 +47,30 @@ TEST(MostComponents, AreAsManyAsAskedForWhereTheTableCarriesThem) {
   EXPECT_THAT(notes.Lines(), ElementsAre("31 components are cut to 30: there are 40 rows and 30 X columns"));
 }
 
-/// A fit of a table in which each of 20 components tells something of y, with `more` options.
-nlohmann::json FitOfMany(const char* command, const std::vector<std::string>& more) {
-  std::vector<std::string> arguments = {command, "-", "--y", "y", "--scale", "centre", "--json"};
-  arguments.insert(arguments.end(), more.begin(), more.end());
-  const CommandResult run = RunKalmia(arguments, FadingTable(140, 20, 1));
-  EXPECT_EQ(run.exitCode, 0) << run.error;
-  return run.Json();
+/// A fit of a table in which each of 20 components tells something of y.
+template <class Recipe>
+auto FitOfMany(const std::optional<int>& components) {
+  Recipe recipe;
+  recipe.y = {"y"};
+  recipe.scaling = NCScale::ScalingCentre;
+  recipe.components = components;
+  return Fit(recipe, kalmia::analysis::CsvTable(FadingTable(140, 20, 1), "t.csv"));
 }
 
 TEST(MostComponents, OfPLSAre15UnlessMoreAreAskedFor) {
-  const nlohmann::json fit = FitOfMany("pls", {});
-  EXPECT_EQ(fit["kept"], 15);
-  ASSERT_EQ(fit["components"].size(), 15);
-  EXPECT_EQ(fit["components"].back()["significant"], true) << "it is not Q2 that ends the search";
-  EXPECT_EQ(FitOfMany("pls", {"--components", "17"})["kept"], 17);
+  const PLSResult fit = FitOfMany<PLSRecipe>(std::nullopt);
+  EXPECT_EQ(fit.model.Components(), 15);
+  ASSERT_EQ(fit.components.size(), 15U);
+  EXPECT_TRUE(fit.components.back().significant) << "it is not Q2 that ends the search";
+  EXPECT_EQ(FitOfMany<PLSRecipe>(17).model.Components(), 17);
 }
 
 TEST(MostComponents, OfOPLSAre15OrthogonalOnesUnlessMoreAreAskedFor) {
-  const nlohmann::json fit = FitOfMany("opls", {});
-  EXPECT_EQ(fit["orthogonal"], 15);
-  ASSERT_EQ(fit["components"].size(), 16);
-  EXPECT_EQ(fit["components"].back()["significant"], true) << "it is not Q2 that ends the search";
-  EXPECT_EQ(FitOfMany("opls", {"--orthogonal", "17"})["orthogonal"], 17);
+  const OPLSResult fit = FitOfMany<OPLSRecipe>(std::nullopt);
+  EXPECT_EQ(fit.model.Orthogonal(), 15);
+  ASSERT_EQ(fit.components.size(), 16U);
+  EXPECT_TRUE(fit.components.back().significant) << "it is not Q2 that ends the search";
+  EXPECT_EQ(FitOfMany<OPLSRecipe>(17).model.Orthogonal(), 17);
 }
 
 }  // namespace

@@ -7,10 +7,11 @@
 #include <string>
 #include <vector>
 
-#include "app/console/ExitCode.h"
+#include "FailureOf.h"
 #include "kalmia/analysis/table/TableColumns.h"
+#include "kalmia/analysis/text/Failure.h"
 
-namespace kalmia::app {
+namespace kalmia::analysis {
 namespace {
 
 using ::testing::ElementsAre;
@@ -32,7 +33,7 @@ std::string Refusal(const std::string& header, const Words& arguments) {
   try {
     Named(header, arguments);
   } catch (const Failure& failure) {
-    EXPECT_EQ(ExitCodeOf(failure), ExitCode::BadData);
+    EXPECT_TRUE(Is<BadData>(failure));
     return failure.what();
   }
   return "";
@@ -92,4 +93,4 @@ TEST(TableColumnsByName, GoThroughThousandsOfNamesInOneArgument) {
 }
 
 }  // namespace
-}  // namespace kalmia::app
+}  // namespace kalmia::analysis
