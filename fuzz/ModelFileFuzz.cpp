@@ -14,7 +14,7 @@
 #include "kalmia/analysis/model/NewRows.h"
 #include "kalmia/analysis/table/CsvRecords.h"
 #include "kalmia/analysis/table/CsvTable.h"
-#include "kalmia/support/MD5.h"
+#include "tests/analysis/FramedFile.h"
 
 using kalmia::app::ExitCode;
 using kalmia::app::ExitCodeOf;
@@ -28,20 +28,12 @@ using kalmia::analysis::StepChain;
 
 namespace {
 
-constexpr std::size_t kLengthAt = 12, kChecksumAt = 20, kContentAt = 52;
-
 void Require(bool holds) {
   if (!holds) std::abort();
 }
 
-std::string Forged(std::string bytes) {
-  if (bytes.size() < kContentAt) return bytes;
-  const std::uint64_t length = bytes.size() - kContentAt;
-  for (std::size_t i = 0; i < sizeof length; ++i) bytes[kLengthAt + i] = static_cast<char>(length >> (8 * i) & 0xFF);
-  MD5 md5;
-  md5.Update(bytes.data() + kContentAt, length);
-  md5.Finalize();
-  return bytes.replace(kChecksumAt, kContentAt - kChecksumAt, md5.GetDigest());
+std::string Forged(const std::string& bytes) {
+  return bytes.size() < framed::kContentAt ? bytes : framed::Forged(bytes);
 }
 
 /// `write` is what turns into bytes again what `read` made of them, once `use` has tried it.

@@ -10,10 +10,10 @@
 #include <sstream>
 
 #include "FailureOf.h"
+#include "FramedFile.h"
 #include "kalmia/analysis/file/StepChainFile.h"
 #include "kalmia/analysis/file/internal/ModelEntries.h"
 #include "kalmia/analysis/text/Failure.h"
-#include "kalmia/support/MD5.h"
 #include "testing/AllocationMeter.h"
 
 namespace {
@@ -30,10 +30,7 @@ using kalmia::analysis::Signals;
 using kalmia::analysis::StepChain;
 using kalmia::analysis::StepChainFileBytes;
 using ::testing::HasSubstr;
-
-constexpr std::size_t kLengthAt = 12;  ///< where in the file the parts of its header stand
-constexpr std::size_t kChecksumAt = 20;
-constexpr std::size_t kContentAt = 52;
+using namespace framed;
 
 /// Three rows of five channels.
 Signals SmallSignals() {
@@ -62,16 +59,6 @@ std::string Refusal(const std::string& bytes) {
   return "";
 }
 
-/// The bytes with a length and a checksum that match their content: what a forger would write.
-std::string Forged(std::string bytes) {
-  const std::uint64_t length = bytes.size() - kContentAt;
-  for (std::size_t i = 0; i < 8; ++i) bytes[kLengthAt + i] = static_cast<char>(length >> (8 * i) & 0xFFU);
-  MD5 md5;
-  md5.Update(bytes.data() + kContentAt, length);
-  md5.Finalize();
-  return bytes.replace(kChecksumAt, 32, md5.GetDigest());
-}
-
 TEST(StepChainFile, ComesBackToTheSameBytesAndTheSameWork) {
   const StepChain chain = SmallChain();
   const std::string bytes = StepChainFileBytes(chain);
@@ -95,12 +82,10 @@ TEST(StepChainFile, IsRefusedWhenCutAtAnyByte) {
 }
 
 TEST(StepChainFile, IsRefusedWithAnyBitFlipped) {
-  std::string bytes = StepChainFileBytes(SmallChain());
+  const std::string bytes = StepChainFileBytes(SmallChain());
   for (std::size_t i = 0; i < bytes.size(); ++i) {
     for (unsigned bit = 0; bit < 8; ++bit) {
-      bytes[i] = static_cast<char>(bytes[i] ^ static_cast<char>(1U << bit));
-      EXPECT_NE(Refusal(bytes), "") << "byte " << i << " bit " << bit;
-      bytes[i] = static_cast<char>(bytes[i] ^ static_cast<char>(1U << bit));
+      EXPECT_NE(Refusal(WithBitFlipped(bytes, i, bit)), "") << "byte " << i << " bit " << bit;
     }
   }
 }
@@ -110,10 +95,8 @@ TEST(StepChainFile, EndsInAFailureOrAChainThatWorksWhenForged) {
   int read = 0;
   for (std::size_t i = kContentAt; i < original.size(); ++i) {
     for (unsigned bit = 0; bit < 8; ++bit) {
-      std::string bytes = original;
-      bytes[i] = static_cast<char>(bytes[i] ^ static_cast<char>(1U << bit));
       try {
-        const StepChain chain = ReadStepChainFile(Forged(bytes), "s");
+        const StepChain chain = ReadStepChainFile(Forged(WithBitFlipped(original, i, bit)), "s");
         EXPECT_TRUE(IsConsistent(chain));
         ++read;
         Signals signals = SmallSignals();
@@ -240,9 +223,8 @@ TEST(StepChainFile, IsReadInATimeThatGrowsWithItsLength) {
 }
 
 TEST(StepChainFile, OfANewerVersionIsRefusedByIt) {
-  std::string newer = StepChainFileBytes(SmallChain());
-  newer[8] = 2;
-  EXPECT_EQ(Refusal(newer), "s is a steps file of version 2; this kalmia reads versions up to 1");
+  EXPECT_EQ(Refusal(WithVersion(StepChainFileBytes(SmallChain()), 2)),
+            "s is a steps file of version 2; this kalmia reads versions up to 1");
   EXPECT_EQ(Refusal("log, snv"), "s is no chain of preprocessing steps");
 }
 

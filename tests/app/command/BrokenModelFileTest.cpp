@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "CommandRun.h"
+#include "FramedFile.h"
 #include "TestTables.h"
 
 namespace {
@@ -26,15 +27,13 @@ std::string SmallModelFile() {
 TEST(BrokenModelFile, IsRefusedByPredictAndInfoWithOneLineAndExitCode3) {
   const ScratchFolder folder;
   const std::string bytes = SmallModelFile();
-  std::string newer = bytes;
-  newer[8] = 9;
   std::string damaged = bytes;
   damaged.back() = static_cast<char>(damaged.back() ^ 1);
   const std::pair<std::string, const char*> files[] = {{"a,b\n1,2\n", "is no Kalmia model"},
                                                        {"", "is empty"},
                                                        {bytes.substr(0, 400), "is cut"},
                                                        {damaged, "is damaged"},
-                                                       {newer, "of version 9"}};
+                                                       {framed::WithVersion(bytes, 9), "of version 9"}};
   const std::string table = folder.Write("t.csv", UnrelatedTable(8, 3, 2, 1));
   for (const auto& [content, message] : files) {
     const std::string model = folder.Write("model", content);

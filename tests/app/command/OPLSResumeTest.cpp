@@ -10,6 +10,7 @@
 
 #include "CommandRun.h"
 #include "ExpectFailure.h"
+#include "FramedFile.h"
 #include "TestTables.h"
 #include "kalmia/analysis/file/OPLSCvFile.h"
 
@@ -20,9 +21,7 @@ using kalmia::analysis::ReadOPLSCvFile;
 using kalmia::analysis::StoredOPLSCv;
 using ::testing::HasSubstr;
 
-constexpr std::size_t kVersionAt = 8;  ///< where in the file the parts of its header stand
-constexpr std::size_t kLengthAt = 12;
-
+using namespace framed;
 using Words = std::vector<std::string>;
 
 Words operator+(Words first, const Words& more) {
@@ -229,19 +228,12 @@ std::string SmallCvFile() {
   return ReadWholeFile(cv);
 }
 
-std::string WithLength(std::string bytes, std::uint64_t length) {
-  for (std::size_t i = 0; i < 8; ++i) bytes[kLengthAt + i] = static_cast<char>(length >> (8 * i) & 0xFFU);
-  return bytes;
-}
-
 TEST(OPLSResume, RefusesABrokenFileWithOneLineAndExitCode3) {
   const ScratchFolder folder;
   const std::string bytes = SmallCvFile();
   const std::string table = folder.Write("t.csv", UnrelatedTable(8, 3, 2, 1)), model = folder.Path("m");
   RunWell({"opls", table, "--y", "y1,y2", "--save", model});
-  std::string newer = bytes, none = bytes, damaged = bytes;
-  newer[kVersionAt] = 2;
-  none[kVersionAt] = 0;
+  std::string damaged = bytes;
   damaged.back() = static_cast<char>(damaged.back() ^ 1);
   const std::pair<std::string, const char*> files[] = {
       {"a,b\n1,2\n", " is no cross-validation of kalmia opls"},
@@ -252,8 +244,8 @@ TEST(OPLSResume, RefusesABrokenFileWithOneLineAndExitCode3) {
       {WithLength(bytes, std::uint64_t{1} << 62U), " is cut"},
       {bytes + "x", " is damaged: it goes on behind its end"},
       {damaged, " is damaged: its checksum does not match"},
-      {none, " is damaged: there is no version 0"},
-      {newer, " is a cross-validation file of version 2; this kalmia reads versions up to 1"}};
+      {WithVersion(bytes, 0), " is damaged: there is no version 0"},
+      {WithVersion(bytes, 2), " is a cross-validation file of version 2; this kalmia reads versions up to 1"}};
   for (const auto& [content, message] : files) {
     const std::string cv = folder.Write("cv", content);
     ExpectFailure(RunKalmia({"opls", table, "--y", "y1,y2", "--resume", cv}), 3, "kalmia: " + cv + message);

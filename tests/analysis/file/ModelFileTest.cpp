@@ -5,92 +5,85 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <string>
+#include <variant>
+#include <vector>
 
-#include "CommandRun.h"
+#include "FailureOf.h"
+#include "FramedFile.h"
 #include "TestTables.h"
-#include "app/console/ExitCode.h"
 #include "kalmia/analysis/file/ModelFile.h"
+#include "kalmia/analysis/fit/FilterResult.h"
+#include "kalmia/analysis/fit/O2PLSResult.h"
+#include "kalmia/analysis/fit/OPLSResult.h"
+#include "kalmia/analysis/fit/PCAResult.h"
+#include "kalmia/analysis/fit/PLSResult.h"
 #include "kalmia/analysis/model/NewRows.h"
 #include "kalmia/analysis/model/PCAScores.h"
 #include "kalmia/analysis/model/Prediction.h"
 #include "kalmia/analysis/steps/Scaling.h"
-#include "kalmia/support/MD5.h"
+#include "kalmia/analysis/text/Failure.h"
 
+namespace kalmia::analysis {
 namespace {
 
-using kalmia::app::ExitCode;
-using kalmia::app::ExitCodeOf;
-using kalmia::analysis::Failure;
-using kalmia::analysis::ModelFileBytes;
-using kalmia::analysis::PredictRows;
-using kalmia::analysis::ReadModelFile;
-using kalmia::analysis::ScoreRows;
-using kalmia::analysis::StoredPCA;
-using kalmia::analysis::StoredPLS;
+using namespace framed;
 using ::testing::HasSubstr;
 
-constexpr std::size_t kLengthAt = 12;  ///< where in the file the length of the content stands
-constexpr std::size_t kChecksumAt = 20;
-constexpr std::size_t kContentAt = 52;
+CsvTable Unrelated(int rows, int columns, int yColumns, unsigned seed) {
+  return CsvTable(UnrelatedTable(rows, columns, yColumns, seed), "t.csv");
+}
 
 /// The bytes of a model of two components of 8 rows, 3 X columns and 2 Y columns.
 std::string SmallModelFile() {
-  const ScratchFolder folder;
-  const std::string table = folder.Write("t.csv", UnrelatedTable(8, 3, 2, 1));
-  const CommandResult run = RunKalmia({"pls", table, "--y", "y1,y2", "--components", "2", "--save", folder.Path("m")});
-  EXPECT_EQ(run.exitCode, 0) << run.error;
-  return ReadWholeFile(folder.Path("m"));
+  PLSRecipe recipe;
+  recipe.y = {"y1,y2"};
+  recipe.components = 2;
+  return ModelFileBytes(Fit(recipe, Unrelated(8, 3, 2, 1)).model);
 }
 
 /// The bytes of two principal components of 8 rows and 3 columns.
 std::string SmallPCAFile() {
-  const ScratchFolder folder;
-  const std::string table = folder.Write("t.csv", UnrelatedTable(8, 2, 1, 1));
-  const CommandResult run = RunKalmia({"pca", table, "--components", "2", "--save", folder.Path("m")});
-  EXPECT_EQ(run.exitCode, 0) << run.error;
-  return ReadWholeFile(folder.Path("m"));
+  PCARecipe recipe;
+  recipe.components = 2;
+  return ModelFileBytes(Fit(recipe, Unrelated(8, 2, 1, 1)).model);
 }
 
 /// The bytes of an OPLS model of one predictive and one orthogonal component of 8 rows, 3 X columns and 2 Y columns.
 std::string SmallOPLSFile() {
-  const ScratchFolder folder;
-  const std::string table = folder.Write("t.csv", UnrelatedTable(8, 3, 2, 1));
-  const CommandResult run = RunKalmia({"opls", table, "--y", "y1,y2", "--predictive", "1", "--orthogonal", "1",
-                                       "--save", folder.Path("m")});
-  EXPECT_EQ(run.exitCode, 0) << run.error;
-  return ReadWholeFile(folder.Path("m"));
+  OPLSRecipe recipe;
+  recipe.y = {"y1,y2"};
+  recipe.predictive = 1;
+  recipe.components = 1;
+  return ModelFileBytes(Fit(recipe, Unrelated(8, 3, 2, 1)).model);
 }
 
 /// The bytes of an O2PLS model of 9 rows, 3 X columns and 2 Y columns with one joint component and one unique to X.
 std::string SmallO2PLSFile() {
-  const ScratchFolder folder;
-  const std::string table = folder.Write("t.csv", UnrelatedTable(9, 3, 2, 4));
-  const CommandResult run = RunKalmia({"o2pls", table, table, "--x", "x1..x3", "--y", "y1..y2", "--joint", "1",
-                                       "--x-unique", "1", "--y-unique", "0", "--groups", "3", "--save",
-                                       folder.Path("m")});
-  EXPECT_EQ(run.exitCode, 0) << run.error;
-  return ReadWholeFile(folder.Path("m"));
+  O2PLSRecipe recipe;
+  recipe.x = {"x1..x3"};
+  recipe.y = {"y1..y2"};
+  recipe.numbers = O2PLSNumbers{1, 1, 0};
+  recipe.groups = 3;
+  const CsvTable table = Unrelated(9, 3, 2, 4);
+  return ModelFileBytes(Fit(recipe, table, table).model);
 }
 
 /// The bytes of a filter of one component of 8 rows, 3 X columns and 2 Y columns.
 std::string SmallFilterFile() {
-  const ScratchFolder folder;
-  const std::string table = folder.Write("t.csv", UnrelatedTable(8, 3, 2, 1));
-  const CommandResult run = RunKalmia({"filter", table, "--y", "y1,y2", "--components", "1", "--out", folder.Path("o"),
-                                       "--save", folder.Path("m")});
-  EXPECT_EQ(run.exitCode, 0) << run.error;
-  return ReadWholeFile(folder.Path("m"));
+  FilterRecipe recipe;
+  recipe.y = {"y1,y2"};
+  recipe.components = 1;
+  return ModelFileBytes(Fit(recipe, Unrelated(8, 3, 2, 1)).filter);
 }
 
 /// The bytes of a PLS model of one component of 8 rows, of 3 columns that went through steps.
 std::string SmallPreprocessedFile() {
-  const ScratchFolder folder;
-  const std::string table = folder.Write("t.csv", UnrelatedTable(8, 3, 1, 1));
-  const std::string steps = folder.Write("s", "derivative:1:3:2,wavelet-compress:3:daubechies:4");
-  const CommandResult run = RunKalmia({"pls", table, "--y", "y1", "--components", "1", "--steps-file", steps,
-                                       "--save", folder.Path("m")});
-  EXPECT_EQ(run.exitCode, 0) << run.error;
-  return ReadWholeFile(folder.Path("m"));
+  PLSRecipe recipe;
+  recipe.y = {"y1"};
+  recipe.components = 1;
+  recipe.steps = GivenSteps{"s", ParseSteps("derivative:1:3:2,wavelet-compress:3:daubechies:4", "s"), {}};
+  return ModelFileBytes(Fit(recipe, Unrelated(8, 3, 1, 1)).model);
 }
 
 /// One small file of each kind of model.
@@ -104,22 +97,10 @@ std::string Refusal(const std::string& bytes) {
   try {
     ReadModelFile(bytes, "m");
   } catch (const Failure& failure) {
-    EXPECT_EQ(ExitCodeOf(failure), ExitCode::Files);
+    EXPECT_TRUE(Is<BadFile>(failure));
     return failure.what();
   }
   return "";
-}
-
-void WriteLength(std::uint64_t length, std::string* bytes) {
-  for (std::size_t i = 0; i < 8; ++i) (*bytes)[kLengthAt + i] = static_cast<char>(length >> (8 * i) & 0xFFU);
-}
-
-/// The file with a checksum that matches its content: what a forger would write.
-std::string WithMatchingChecksum(std::string bytes) {
-  MD5 md5;
-  md5.Update(bytes.data() + kContentAt, bytes.size() - kContentAt);
-  md5.Finalize();
-  return bytes.replace(kChecksumAt, 32, md5.GetDigest());
 }
 
 TEST(ModelFile, ComesBackToTheSameBytes) {
@@ -152,7 +133,7 @@ TEST(ModelFile, OfAKindThatIsNotKnownIsRefused) {
   const std::size_t at = bytes.find(scalingAndKind);
   ASSERT_NE(at, std::string::npos);
   bytes[at + 4] = 99;
-  EXPECT_THAT(Refusal(WithMatchingChecksum(bytes)), HasSubstr("its parts do not fit together"));
+  EXPECT_THAT(Refusal(Forged(bytes)), HasSubstr("its parts do not fit together"));
 }
 
 TEST(ModelFile, IsRefusedWhenCutAtAnyByte) {
@@ -167,12 +148,10 @@ TEST(ModelFile, IsRefusedWhenCutAtAnyByte) {
 }
 
 TEST(ModelFile, IsRefusedWithAnyBitFlipped) {
-  for (std::string bytes : SmallFiles()) {
+  for (const std::string& bytes : SmallFiles()) {
     for (std::size_t i = 0; i < bytes.size(); ++i) {
       for (unsigned bit = 0; bit < 8; ++bit) {
-        bytes[i] = static_cast<char>(bytes[i] ^ static_cast<char>(1U << bit));
-        EXPECT_NE(Refusal(bytes), "") << "byte " << i << " bit " << bit;
-        bytes[i] = static_cast<char>(bytes[i] ^ static_cast<char>(1U << bit));
+        EXPECT_NE(Refusal(WithBitFlipped(bytes, i, bit)), "") << "byte " << i << " bit " << bit;
       }
     }
   }
@@ -182,9 +161,9 @@ TEST(ModelFile, IsRefusedWithAnyBitFlipped) {
 std::string WithStepsGiven(const std::string& bytes) {
   auto model = ReadModelFile(bytes, "m");
   std::visit(
-      [](kalmia::analysis::ModelInfo& frame) {
+      [](ModelInfo& frame) {
         frame.chain.inputNames = frame.xNames;
-        frame.chain.steps = {{kalmia::analysis::ParseSteps("linear:2", "steps").front(), 1.0F, {}}};
+        frame.chain.steps = {{ParseSteps("linear:2", "steps").front(), 1.0F, {}}};
       },
       model);
   return ModelFileBytes(model);
@@ -199,29 +178,29 @@ TEST(ModelFile, OfAKindThatIsNeverPreprocessedIsRefusedWithSteps) {
 }
 
 /// New rows as `predict` reads them. A forged model may have other names, and steps that refuse the rows.
-void ExpectNewRows(const kalmia::analysis::ModelInfo& model) try {
-  const kalmia::analysis::CsvTable table("x1,x2,x3,y1,y2\n1,2,3,4,5\n2,,1,5,3\n", "t");
-  kalmia::analysis::Notes notes;
-  const kalmia::analysis::NewRows rows = ReadNewRows(model, table, "", &notes);
+void ExpectNewRows(const ModelInfo& model) try {
+  const CsvTable table("x1,x2,x3,y1,y2\n1,2,3,4,5\n2,,1,5,3\n", "t");
+  Notes notes;
+  const NewRows rows = ReadNewRows(model, table, "", &notes);
   EXPECT_EQ(rows.x.SizeRows(), 2);
   EXPECT_EQ(static_cast<std::size_t>(rows.x.SizeColumns()), model.xNames.size());
 } catch (const Failure& failure) {
-  EXPECT_EQ(ExitCodeOf(failure), ExitCode::BadData);
+  EXPECT_TRUE(Is<BadData>(failure));
 }
 
 std::size_t RowsAnswered(const StoredPLS& model, const NCDataMatrix<float>& x) { return PredictRows(model, x).size(); }
-std::size_t RowsAnswered(const kalmia::analysis::StoredOPLS& model, const NCDataMatrix<float>& x) {
+std::size_t RowsAnswered(const StoredOPLS& model, const NCDataMatrix<float>& x) {
   return PredictRows(model, x).size();
 }
 /// In both directions.
-std::size_t RowsAnswered(kalmia::analysis::StoredO2PLS& model, const NCDataMatrix<float>& x) {
+std::size_t RowsAnswered(StoredO2PLS& model, const NCDataMatrix<float>& x) {
   const std::size_t rows = PredictRows(model, x).size();
   TurnAround(&model);
   ExpectNewRows(model);
   return std::min(rows, PredictRows(model, NCDataMatrix<float>(2, 2, 0.5F)).size());
 }
-std::size_t RowsAnswered(const kalmia::analysis::StoredFilter& model, NCDataMatrix<float> x) {
-  kalmia::analysis::ApplyScale(model.xScale.get(), &x);
+std::size_t RowsAnswered(const StoredFilter& model, NCDataMatrix<float> x) {
+  ApplyScale(model.xScale.get(), &x);
   model.filter->CalculateResiduals(&x);
   return static_cast<std::size_t>(x.SizeRows());
 }
@@ -234,10 +213,8 @@ TEST(ModelFile, EndsInAFailureOrAModelThatPredictsWhenForged) {
     int read = 0;
     for (std::size_t i = kContentAt; i < original.size(); ++i) {
       for (unsigned bit = i % 2; bit < 8; bit += 2) {  // numbers have several bytes: each bit has its turn
-        std::string bytes = original;
-        bytes[i] = static_cast<char>(bytes[i] ^ static_cast<char>(1U << bit));
         try {
-          auto model = ReadModelFile(WithMatchingChecksum(bytes), "m");
+          auto model = ReadModelFile(Forged(WithBitFlipped(original, i, bit)), "m");
           std::visit(ExpectNewRows, model);
           EXPECT_EQ(std::visit([&x](auto& own) { return RowsAnswered(own, x); }, model), 2U);
           ++read;
@@ -253,29 +230,22 @@ TEST(ModelFile, EndsInAFailureOrAModelThatPredictsWhenForged) {
 TEST(ModelFile, EndsInAFailureWhenItsContentIsCutByAForger) {
   for (const std::string& original : SmallFiles()) {
     for (std::size_t length = kContentAt; length < original.size(); ++length) {
-      std::string bytes = original.substr(0, length);
-      WriteLength(length - kContentAt, &bytes);
-      EXPECT_THAT(Refusal(WithMatchingChecksum(bytes)), HasSubstr("its parts do not fit together")) << length;
+      EXPECT_THAT(Refusal(Forged(original.substr(0, length))), HasSubstr("its parts do not fit together")) << length;
     }
   }
 }
 
 TEST(ModelFile, IsRefusedForWhatIsWrong) {
   const std::string bytes = SmallModelFile();
-  std::string newer = bytes;
-  newer[8] = 4;
-  EXPECT_EQ(Refusal(newer), "m is a model file of version 4; this kalmia reads versions up to 3");
-  std::string none = bytes;
-  none[8] = 0;
-  EXPECT_EQ(Refusal(none), "m is damaged: there is no version 0");
+  EXPECT_EQ(Refusal(WithVersion(bytes, 4)), "m is a model file of version 4; this kalmia reads versions up to 3");
+  EXPECT_EQ(Refusal(WithVersion(bytes, 0)), "m is damaged: there is no version 0");
   std::string damaged = bytes;
   damaged[kContentAt + 100] = static_cast<char>(damaged[kContentAt + 100] + 1);
   EXPECT_EQ(Refusal(damaged), "m is damaged: its checksum does not match");
   EXPECT_EQ(Refusal(bytes + "x"), "m is damaged: it goes on behind its end");
   EXPECT_EQ(Refusal("x1,y\n1,2\n"), "m is no Kalmia model");
-  std::string huge = bytes;
-  WriteLength(std::uint64_t{1} << 62U, &huge);
-  EXPECT_THAT(Refusal(huge), HasSubstr("m is cut"));
+  EXPECT_THAT(Refusal(WithLength(bytes, std::uint64_t{1} << 62U)), HasSubstr("m is cut"));
 }
 
 }  // namespace
+}  // namespace kalmia::analysis
