@@ -27,7 +27,7 @@ std::vector<std::uint64_t> Bounded(RandomDraws draws, std::uint64_t bound, int c
   return numbers;
 }
 
-TEST(RandomDraws, GoOnFromAStateAsOtherImplementationsDo) {  // the first words in the tests of the Rust crate rand_xoshiro
+TEST(RandomDraws, GoOnFromAStateAsOtherImplementationsDo) {  // words in the tests of the Rust crate rand_xoshiro
   EXPECT_THAT(Words(RandomDraws({1, 2, 3, 4}), 4), ElementsAre(11520U, 0U, 1509978240U, 1215971899390074240U));
 }
 

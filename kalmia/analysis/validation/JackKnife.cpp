@@ -1,0 +1,40 @@
+#include "kalmia/analysis/validation/JackKnife.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstddef>
+#include <utility>
+
+#include "kalmia/analysis/validation/RealMatrix.h"
+#include "kalmia/analysis/validation/internal/Probabilities.h"
+
+namespace kalmia::analysis {
+
+JackKnife::JackKnife(std::vector<double> numbersOfModel, int groups)
+    : numbers_(std::move(numbersOfModel)), squares_(numbers_.size(), 0.0), groups_(groups) {}
+
+void JackKnife::AddRound(const std::vector<double>& numbers) {
+  ++rounds_;
+  for (std::size_t k = 0; k < numbers_.size(); ++k) {
+    const double difference = numbers[k] - numbers_[k];
+    squares_[k] += difference * difference;
+  }
+}
+
+JackKnifeResult JackKnife::Result(double share, double least) const {
+  JackKnifeResult result;
+  result.degrees = groups_ - 1;
+  const double t = QuantileOfAbsoluteStudent(share, result.degrees);
+  const double repeats = static_cast<double>(rounds_) / groups_;
+  const double weight = static_cast<double>(result.degrees) / groups_ / repeats;
+  for (std::size_t k = 0; k < numbers_.size(); ++k) {
+    const double b = numbers_[k], s = std::sqrt(weight * squares_[k]);
+    result.standardErrors.push_back(s);
+    result.lower.push_back(std::max(least, b - t * s));
+    result.upper.push_back(b + t * s);
+    result.p.push_back(s > 0.0 ? ShareBeyondStudent(b / s, result.degrees) : kNotANumber);
+  }
+  return result;
+}
+
+}  // namespace kalmia::analysis

@@ -1,0 +1,53 @@
+#pragma once
+
+#include <cstddef>
+#include <vector>
+
+#include "kalmia/analysis/validation/RandomDraws.h"
+#include "kalmia/analysis/validation/RealMatrix.h"
+
+namespace kalmia::analysis {
+
+// Whether a model would be as good if Y had nothing to do with X: the rows of Y change places among the rows of X, and
+// the same model is fitted and validated again, with the same groups and the same number of components.
+// A permutation says for each row i from which row its Y comes, with the cells that are missing. `draws` are of
+// RandomUse::Permutations; rows in any order are draws.Order(N).
+
+/// Whether each group has as many rows as the others, so that groups can change places as wholes. Groups count from 0.
+bool AreGroupsOfOneSize(const std::vector<int>& groupOfRow);
+
+/// Groups of rows that belong together, as repeated measurements of one sample do, in random order: the k-th row of a
+/// group takes the Y of the k-th row of another one. The groups are of one size, not checked.
+std::vector<std::size_t> PermutedGroups(const std::vector<int>& groupOfRow, RandomDraws* draws);
+
+/// Pearson's correlation of the permuted with the original Y over the rows that have both, as a mean over the columns
+/// that have one; not a number where none has.
+double CorrelationWithPermuted(const RealMatrix& y, const std::vector<std::size_t>& sources);
+
+/// How good a model is, of the true Y or of a permuted one.
+struct PermutationRun {
+  double correlation = 1.0;  ///< with the true Y
+  double r2 = kNotANumber;
+  double q2 = kNotANumber;
+  double accuracy = kNotANumber;  ///< of classes: the share of left-out rows that is found; otherwise not a number
+};
+
+struct PermutationJudgement {
+  // Each is (1 + runs as good, within 1e-9, or better) / (n + 1), and so never 0; not a number where the original has
+  // no such figure.
+  double pR2 = kNotANumber;
+  double pQ2 = kNotANumber;
+  double pAccuracy = kNotANumber;
+  // Where the least-squares lines of R2 and Q2 on |correlation|, through the runs alone, meet 0. Not a number where all
+  // runs have one correlation.
+  double interceptR2 = kNotANumber;
+  double interceptQ2 = kNotANumber;
+};
+
+/// Judges the original by n runs, one at least. A run without a figure counts as better in its p, and lies on no line.
+/// Judge by p: n = 99 runs can give 0.01 at the least, 999 give 0.001.
+/// Sources: B. Phipson, G. K. Smyth, Stat. Appl. Genet. Mol. Biol. 9 (2010) 39; E. Szymanska et al., Metabolomics 8
+/// (2012) S3-S16; for the lines J. Westerhuis et al., Metabolomics 4 (2008) 81-89.
+PermutationJudgement JudgePermutations(const PermutationRun& original, const std::vector<PermutationRun>& runs);
+
+}  // namespace kalmia::analysis

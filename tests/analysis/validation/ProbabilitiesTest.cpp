@@ -1,0 +1,46 @@
+#include "kalmia/analysis/validation/internal/Probabilities.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <cstdlib>
+#include <limits>
+#include <string>
+
+#include "TestTables.h"
+
+namespace kalmia::analysis {
+namespace {
+
+double Computed(const std::string& what, double argument, double a, double b) {
+  if (what == "beta") return BetaQuantile(argument, a, b);
+  if (what == "f") return FisherQuantile(argument, a, b);
+  if (what == "t") return QuantileOfAbsoluteStudent(argument, a);
+  if (what == "chi2") return ChiSquareQuantile(argument, a);
+  return what == "above f" ? ShareAboveFisher(argument, a, b) : ShareBeyondStudent(argument, a);
+}
+
+TEST(Probabilities, AreThoseOfFortyDigits) {  // data/probabilities.py, mpmath 1.2.1
+  const CsvTable table = CsvAt(KALMIA_ANALYSIS_DATA_DIR "/probabilities.csv");
+  ASSERT_EQ(table.Rows(), 100);
+  for (int row = 0; row < table.Rows(); ++row) {
+    const auto number = [&](int column) { return std::strtod(std::string(table.Cell(row, column)).c_str(), nullptr); };
+    const std::string what(table.Cell(row, 0));
+    const bool isShare = what == "above f" || what == "beyond t";
+    const double promised = isShare ? 1e-12 : 1e-10;
+    EXPECT_NEAR(Computed(what, number(1), number(2), number(3)) / number(4), 1.0, promised)
+        << what << " " << number(1) << " " << number(2) << " " << number(3);
+  }
+}
+
+TEST(Probabilities, OfSharesHaveTheirEnds) {
+  const double infinity = std::numeric_limits<double>::infinity();
+  EXPECT_EQ(ShareAboveFisher(0.0, 2, 3), 1.0);
+  EXPECT_EQ(ShareAboveFisher(-5.0, 2, 3), 1.0);
+  EXPECT_EQ(ShareAboveFisher(infinity, 2, 3), 0.0);
+  EXPECT_EQ(ShareBeyondStudent(infinity, 3), 0.0);
+  EXPECT_EQ(ShareBeyondStudent(-infinity, 3), 0.0);
+}
+
+}  // namespace
+}  // namespace kalmia::analysis
