@@ -37,12 +37,12 @@ struct Ending {
   std::string message;
 };
 
-/// What the exception that is being handled says.
-Ending EndingOfException() {
+/// What the exception that is being handled says, and that came out of a subcommand.
+Ending EndingOfException(const std::string& command) {
   try {
     throw;
   } catch (const Failure& failure) {
-    return {ExitCodeOf(failure), MessageOf(failure)};
+    return {ExitCodeOf(failure), MessageOf(failure, command)};
   } catch (const Exception& error) {
     return {ExitCode::BadData, OneLine(static_cast<const char*>(error.GetMessage()))};
   } catch (const std::bad_alloc&) {
@@ -61,7 +61,8 @@ int main(int argc, char** argv) {
   } catch (...) {
     CancelDeadline();
     // A run that was to stop has stopped, whatever came in between.
-    const Ending ending = Interrupted() ? Ending{ExitCode::Stopped, "stopped"} : EndingOfException();
+    const Ending ending =
+        Interrupted() ? Ending{ExitCode::Stopped, "stopped"} : EndingOfException(argc > 1 ? argv[1] : "");
     PrintError(ending.message);
     return ExitStatus(ending.code);
   }

@@ -10,11 +10,8 @@
 #include "kalmia/analysis/figure/ChartSvg.h"
 #include "kalmia/analysis/file/ChartLimitsFile.h"
 #include "kalmia/analysis/report/ChartReport.h"
-#include "kalmia/analysis/text/Failure.h"
 
 namespace kalmia::app {
-
-using namespace analysis;
 
 namespace {
 
@@ -40,13 +37,6 @@ void WriteFiles(const ChartOptions& options, const ChartResult& result) {
   files.Commit();
 }
 
-/// What is wrong with the recipe is known before the table is read.
-void CheckRecipe(const ChartRecipe& recipe, const StoredLimits* limits) try {
-  CheckChart(recipe, limits);
-} catch (const BadRequest& failure) {
-  throw BadRequest(std::string(failure.what()) + "; see kalmia chart --help");
-}
-
 }  // namespace
 
 std::string RunCommand(const ChartOptions& options, Notes* notes) {
@@ -54,12 +44,13 @@ std::string RunCommand(const ChartOptions& options, Notes* notes) {
   std::optional<StoredLimits> stored;
   if (!options.limitsFrom.empty()) stored = ReadLimits(ReadInput(options.limitsFrom), InputName(options.limitsFrom));
   const StoredLimits* const limits = stored ? &*stored : nullptr;
-  CheckRecipe(options.recipe, limits);
+  CheckChart(options.recipe, limits);  // before the table is read
   const CsvTable table = ReadTable(options.table, options.reading);
   TerminalBar bar;
-  const ChartResult result = ComputeChart(table, options.recipe, limits, notes, bar.Get());
+  const ChartResult result = ComputeChart(options.recipe, table, bar.Get(), limits);
+  notes->Add(result.notes);
   WriteFiles(options, result);
-  return options.json ? ChartJson(result, *notes) : ChartText(result) + WrittenText(OutputsOf(options));
+  return options.json ? ChartJson(result) : ChartText(result) + WrittenText(OutputsOf(options));
 }
 
 }  // namespace kalmia::app

@@ -1,27 +1,16 @@
-#include <stdlib.h>
-#include <unistd.h>
-
-#include <cerrno>
-#include <optional>
-#include <system_error>
-
 #include "app/command/Commands.h"
 #include "app/console/ConsoleProgress.h"
-#include "app/console/Interrupt.h"
 #include "app/console/OutputFiles.h"
 #include "app/console/OutputPlaces.h"
 #include "app/console/ReadTable.h"
-#include "app/console/TemporaryPath.h"
+#include "app/console/TemporaryFolder.h"
 #include "kalmia/analysis/cluster/ClusterResult.h"
 #include "kalmia/analysis/figure/ClusterSvg.h"
 #include "kalmia/analysis/report/ClusterReport.h"
-#include "kalmia/analysis/text/DisplayText.h"
 #include "kalmia/analysis/text/Failure.h"
 #include "kalmia/support/TempFile.h"
 
 namespace kalmia::app {
-
-using namespace analysis;
 
 namespace {
 
@@ -33,41 +22,6 @@ std::vector<FilePlace> OutputsOf(const ClusterOptions& options) {
   if (!options.csv.empty()) places.push_back({"--csv", options.csv});
   return places;
 }
-
-/// Makes a folder of its own in this one; empty, with errno, where none can be made.
-std::string MakeFolderIn(const std::string& parent) {
-  std::string path = parent + "/.kalmia-XXXXXX";
-  return mkdtemp(path.data()) == nullptr ? "" : path;
-}
-
-/// Throws BadFile if no temporary files can be made in the folder.
-void CheckTemporaryFolder(const std::string& parent) {
-  const DeadlineHold untilItIsGone;
-  const std::string path = MakeFolderIn(parent);
-  if (path.empty()) {
-    throw BadFile("cannot make temporary files in " + OneLine(parent) + ": " + std::generic_category().message(errno));
-  }
-  rmdir(path.c_str());
-}
-
-/// A folder for temporary files in the one that is named: whatever is in it goes with the object, by a signal too.
-/// Where none can be made it is the one that is named: the calculation meets the same trouble, if it needs files.
-class TemporaryFolder {
- public:
-  explicit TemporaryFolder(const std::string& parent) : path_(parent) {
-    const DeadlineHold untilItIsNoted;
-    const std::string own = MakeFolderIn(parent);
-    if (own.empty()) return;
-    own_.emplace(own, TemporaryPath::Kind::FolderWithFiles);
-    path_ = own;
-  }
-
-  const std::string& Path() const { return path_; }
-
- private:
-  std::string path_;
-  std::optional<TemporaryPath> own_;
-};
 
 void CheckOptions(const ClusterOptions& options) {
   if (!options.csv.empty() && !options.recipe.IsCutAsked()) {
@@ -104,7 +58,7 @@ std::string RunCommand(const ClusterOptions& options, Notes* notes) {
   const ClusterResult result = Compute(table, options);
   notes->Add(result.notes);
   WriteFiles(options, result);
-  if (options.json) return ClusterJson(table, result, *notes, PathsOf(OutputsOf(options)));
+  if (options.json) return ClusterJson(table, result, PathsOf(OutputsOf(options)));
   return ClusterText(result) + WrittenText(OutputsOf(options));
 }
 

@@ -2,12 +2,11 @@
 
 #include <string>
 
+#include "app/Analysis.h"
 #include "app/options/Options.h"
 #include "kalmia/analysis/text/Notes.h"
 
 namespace kalmia::app {
-
-using namespace analysis;
 
 // One function for each subcommand: does the work, writes its files, and returns the text for standard output.
 // Throws Failure, and leaves no file behind then. `notes` takes what it did of its own accord.

@@ -8,8 +8,6 @@
 
 namespace kalmia::app {
 
-using namespace analysis;
-
 namespace {
 
 constexpr std::chrono::milliseconds kShort{400};  ///< a command within this time shows no bar
@@ -19,8 +17,9 @@ constexpr std::chrono::milliseconds kShort{400};  ///< a command within this tim
 std::string RunCommand(const DescribeOptions& options, Notes* notes) {
   TerminalBar bar(kShort);
   const CsvTable table = ReadTable(options.table, options.reading);
-  const Description description = Describe(table, notes, bar.Get());
-  return options.json ? DescriptionJson(description, *notes) : DescriptionText(description);
+  const Description description = Describe(table, bar.Get());
+  notes->Add(description.notes);
+  return options.json ? DescriptionJson(description) : DescriptionText(description);
 }
 
 }  // namespace kalmia::app

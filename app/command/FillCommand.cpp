@@ -9,8 +9,6 @@
 
 namespace kalmia::app {
 
-using namespace analysis;
-
 std::string RunCommand(const FillOptions& options, Notes* notes) {
   CheckPlaces({{"the table", options.table}}, {{"--out", options.out}});
   if (options.report) notes->Add("--report is called --check now");

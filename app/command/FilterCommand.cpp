@@ -16,8 +16,6 @@
 
 namespace kalmia::app {
 
-using namespace analysis;
-
 namespace {
 
 void CheckFiles(const FilterOptions& options) {

@@ -10,8 +10,6 @@
 
 namespace kalmia::app {
 
-using namespace analysis;
-
 namespace {
 
 std::vector<FilePlace> OutputsOf(const HistogramOptions& options) {
@@ -27,12 +25,13 @@ std::string RunCommand(const HistogramOptions& options, Notes* notes) {
   CheckPlaces({{"the table", options.table}}, OutputsOf(options));
   const CsvTable table = ReadTable(options.table, options.reading);
   TerminalBar bar;
-  const HistogramResult histogram = ComputeHistogram(table, options.column, notes, bar.Get());
+  const HistogramResult histogram = ComputeHistogram(options.recipe, table, bar.Get());
+  notes->Add(histogram.notes);
   OutputFiles files;
   if (!options.csv.empty()) files.Stage(options.csv, HistogramCsv(histogram, MarksOf(options.csvMarks.Asked())));
   if (!options.svg.empty()) files.Stage(options.svg, HistogramSvg(histogram, options.texts));
   files.Commit();
-  return options.json ? HistogramJson(histogram, *notes) : HistogramText(histogram) + WrittenText(OutputsOf(options));
+  return options.json ? HistogramJson(histogram) : HistogramText(histogram) + WrittenText(OutputsOf(options));
 }
 
 }  // namespace kalmia::app

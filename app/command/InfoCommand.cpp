@@ -8,8 +8,6 @@
 
 namespace kalmia::app {
 
-using namespace analysis;
-
 namespace {
 
 template <class Kept>

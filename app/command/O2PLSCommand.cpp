@@ -13,8 +13,6 @@
 
 namespace kalmia::app {
 
-using namespace analysis;
-
 namespace {
 
 void CheckFiles(const O2PLSOptions& options) {

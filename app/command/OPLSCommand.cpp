@@ -16,8 +16,6 @@
 
 namespace kalmia::app {
 
-using namespace analysis;
-
 namespace {
 
 /// --save-cv may replace the file of --resume, once that has been read; no other output may.

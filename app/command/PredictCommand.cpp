@@ -14,8 +14,6 @@
 
 namespace kalmia::app {
 
-using namespace analysis;
-
 namespace {
 
 constexpr auto kPredictionsFile = "predictions.csv";

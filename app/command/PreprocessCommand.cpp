@@ -15,8 +15,6 @@
 
 namespace kalmia::app {
 
-using namespace analysis;
-
 namespace {
 
 void CheckFiles(const PreprocessOptions& options) {

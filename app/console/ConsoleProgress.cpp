@@ -14,8 +14,6 @@
 
 namespace kalmia::app {
 
-using namespace analysis;
-
 namespace {
 
 constexpr std::size_t kBarWidth = 20;

@@ -4,12 +4,11 @@
 #include <memory>
 #include <string>
 
+#include "app/Analysis.h"
 #include "kalmia/analysis/text/NestedRanges.h"
 #include "kalmia/support/NCProgress.h"
 
 namespace kalmia::app {
-
-using namespace analysis;
 
 /// One line on standard error that shows how far the work is; wiped away at the end. Shows nothing where standard error
 /// is no terminal, and nothing in the first moments, if so wished: for work that is mostly short.

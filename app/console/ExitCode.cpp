@@ -2,8 +2,6 @@
 
 namespace kalmia::app {
 
-using namespace analysis;
-
 ExitCode ExitCodeOf(const Failure& failure) {
   if (dynamic_cast<const Stopped*>(&failure) != nullptr) return ExitCode::Stopped;
   if (dynamic_cast<const BadFile*>(&failure) != nullptr) return ExitCode::Files;

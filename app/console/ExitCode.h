@@ -1,10 +1,9 @@
 #pragma once
 
+#include "app/Analysis.h"
 #include "kalmia/analysis/text/Failure.h"
 
 namespace kalmia::app {
-
-using namespace analysis;
 
 /// What the command's exit code says. A stop by Ctrl-C gives the shells' own code for it, 128 + SIGINT; for stops by
 /// other signals see ExitStatus.

@@ -10,8 +10,6 @@
 
 namespace kalmia::app {
 
-using namespace analysis;
-
 namespace fs = std::filesystem;
 
 void CheckFitPlaces(const FitOptions& options, const std::vector<std::string>& csvNames, const std::string& saveCv) {

@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "app/Analysis.h"
 #include "app/options/Options.h"
 #include "kalmia/analysis/report/CsvFile.h"
 #include "kalmia/analysis/report/WrittenFiles.h"
@@ -12,8 +13,6 @@
 #include "kalmia/support/NCProgress.h"
 
 namespace kalmia::app {
-
-using namespace analysis;
 
 /// A cross-validation to be stored, of the kinds of model that can go on from one.
 struct CrossValidationOutput {

@@ -19,8 +19,6 @@
 
 namespace kalmia::app {
 
-using namespace analysis;
-
 namespace {
 
 constexpr std::size_t kBlock = std::size_t{1} << 18U;

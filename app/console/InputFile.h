@@ -2,12 +2,11 @@
 
 #include <string>
 
+#include "app/Analysis.h"
 #include "kalmia/analysis/table/TextBuffer.h"
 #include "kalmia/support/NCProgress.h"
 
 namespace kalmia::app {
-
-using namespace analysis;
 
 /// The whole content of a file, or of standard input where the name is "-". Large files are read by all threads. Stops
 /// on Ctrl-C, also while it waits for somebody to write into a pipe. `progress` (may be null) moves from 0 to 1 where

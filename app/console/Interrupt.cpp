@@ -15,8 +15,6 @@
 
 namespace kalmia::app {
 
-using namespace analysis;
-
 namespace {
 
 constexpr long kPatience = 100'000'000;     ///< nanoseconds from the signal to the deadline

@@ -4,8 +4,6 @@
 
 namespace kalmia::app {
 
-using namespace analysis;
-
 // What a signal does, for Ctrl-C (SIGINT), a request to terminate (SIGTERM) and a terminal that hangs up (SIGHUP):
 //
 // - the first one raises a flag. The work stops where it looks at the flag. Where it has not ended within 100 ms, the

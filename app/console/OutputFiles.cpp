@@ -18,8 +18,6 @@
 
 namespace kalmia::app {
 
-using namespace analysis;
-
 namespace {
 
 namespace fs = std::filesystem;

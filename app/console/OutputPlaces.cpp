@@ -7,14 +7,13 @@
 #include <system_error>
 #include <utility>
 
+#include "app/Analysis.h"
 #include "app/console/OutputFiles.h"
 #include "kalmia/analysis/report/WrittenFiles.h"
 #include "kalmia/analysis/text/DisplayText.h"
 #include "kalmia/analysis/text/Failure.h"
 
 namespace kalmia::app {
-
-using namespace analysis;
 
 namespace {
 

@@ -5,8 +5,6 @@
 
 namespace kalmia::app {
 
-using namespace analysis;
-
 GivenSteps ReadSteps(const std::string& text, const std::string& path) {
   if (!text.empty()) return {"--steps", ParseSteps(text, "--steps"), {}};
   return ReadStepsFile(ReadInput(path), InputName(path));

@@ -2,11 +2,10 @@
 
 #include <string>
 
+#include "app/Analysis.h"
 #include "kalmia/analysis/steps/GivenSteps.h"
 
 namespace kalmia::app {
-
-using namespace analysis;
 
 /// Reads the steps in the text of --steps, or, where that is empty, those in the file of --steps-file, of either kind.
 /// Throws as ParseSteps and ReadStepsFile, and BadFile for a file that cannot be read.

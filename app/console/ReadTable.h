@@ -2,12 +2,11 @@
 
 #include <string>
 
+#include "app/Analysis.h"
 #include "kalmia/analysis/table/CsvTable.h"
 #include "kalmia/analysis/table/ReadOptions.h"
 
 namespace kalmia::app {
-
-using namespace analysis;
 
 /// The table in a file, or on standard input where the name is "-"; unpacked first if it is a gzip file. Where that
 /// takes long, a bar shows how much of it is done. Stops on Ctrl-C.

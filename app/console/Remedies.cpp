@@ -2,8 +2,6 @@
 
 namespace kalmia::app {
 
-using namespace analysis;
-
 namespace {
 
 const char* TextOf(Remedy remedy) {
@@ -22,8 +20,24 @@ const char* TextOf(Remedy remedy) {
   return "";
 }
 
+/// The option for a member of a recipe: --sigma-from for sigmaFrom.
+std::string OptionOf(const std::string& setting) {
+  std::string option = "--";
+  for (const char c : setting) {
+    const bool isCapital = c >= 'A' && c <= 'Z';
+    option += isCapital ? std::string("-") + static_cast<char>(c - 'A' + 'a') : std::string(1, c);
+  }
+  return option;
+}
+
 }  // namespace
 
-std::string MessageOf(const Failure& failure) { return std::string(failure.what()) + TextOf(failure.WhatHelps()); }
+std::string MessageOf(const Failure& failure, const std::string& command) {
+  const std::string message = std::string(failure.what()) + TextOf(failure.WhatHelps());
+  const std::string& setting = failure.Place().setting;
+  if (setting.empty()) return message;
+  const bool isRequest = dynamic_cast<const BadRequest*>(&failure) != nullptr;
+  return message + " (" + OptionOf(setting) + ")" + (isRequest ? "; see kalmia " + command + " --help" : "");
+}
 
 }  // namespace kalmia::app

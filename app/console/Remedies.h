@@ -2,13 +2,13 @@
 
 #include <string>
 
+#include "app/Analysis.h"
 #include "kalmia/analysis/text/Failure.h"
 
 namespace kalmia::app {
 
-using namespace analysis;
-
-/// What the failure says, and by which option it may be helped.
-std::string MessageOf(const Failure& failure);
+/// What the failure of a subcommand says, and by which option it may be helped; for a request that makes no sense also
+/// where the help is.
+std::string MessageOf(const Failure& failure, const std::string& command);
 
 }  // namespace kalmia::app

@@ -4,8 +4,6 @@
 
 namespace kalmia::app {
 
-using namespace analysis;
-
 namespace {
 
 bool IsHeight(double value) { return value >= 0.0; }

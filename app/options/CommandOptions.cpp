@@ -7,13 +7,12 @@
 #include <limits>
 #include <utility>
 
+#include "app/Analysis.h"
 #include "kalmia/analysis/steps/Scaling.h"
 #include "kalmia/analysis/text/DisplayText.h"
 #include "kalmia/analysis/text/Failure.h"
 
 namespace kalmia::app {
-
-using namespace analysis;
 
 namespace {
 

@@ -4,8 +4,6 @@
 
 namespace kalmia::app {
 
-using namespace analysis;
-
 namespace {
 
 const std::string kColumnsHelp = "names and ranges FIRST..LAST with commas between them";

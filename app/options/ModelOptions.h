@@ -4,12 +4,11 @@
 #include <string>
 #include <vector>
 
+#include "app/Analysis.h"
 #include "app/options/TableOptions.h"
 #include "kalmia/analysis/fit/FitRecipes.h"
 
 namespace kalmia::app {
-
-using namespace analysis;
 
 class CommandOptions;
 

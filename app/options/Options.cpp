@@ -13,8 +13,6 @@
 
 namespace kalmia::app {
 
-using namespace analysis;
-
 namespace {
 
 constexpr auto kMainFooter =

@@ -11,8 +11,6 @@
 
 namespace kalmia::app {
 
-using namespace analysis;
-
 struct InfoOptions {
   std::string model;
   bool json = false;

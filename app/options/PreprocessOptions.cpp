@@ -5,8 +5,6 @@
 
 namespace kalmia::app {
 
-using namespace analysis;
-
 void DeclarePreprocess(CommandOptions* command, PreprocessOptions* options) {
   command->File("TABLE", &options->table,
                 "CSV table with a header, also as .gz; rows are signals, columns are channels");

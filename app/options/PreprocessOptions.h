@@ -2,12 +2,11 @@
 
 #include <string>
 
+#include "app/Analysis.h"
 #include "app/options/TableOptions.h"
 #include "kalmia/analysis/steps/PreprocessedTable.h"
 
 namespace kalmia::app {
-
-using namespace analysis;
 
 class CommandOptions;
 

@@ -4,12 +4,10 @@
 
 #include "app/options/CommandOptions.h"
 #include "kalmia/analysis/chart/ChartTypes.h"
-#include "kalmia/analysis/chart/Quantile.h"
+#include "kalmia/analysis/chart/QuantileResult.h"
 #include "kalmia/analysis/chart/RunRules.h"
 
 namespace kalmia::app {
-
-using namespace analysis;
 
 namespace {
 
@@ -83,7 +81,7 @@ void DeclareChart(CommandOptions* command, ChartOptions* options) {
 
 void DeclareHistogram(CommandOptions* command, HistogramOptions* options) {
   command->File("TABLE", &options->table, "CSV table with a header, also as .gz");
-  command->Text("--column", "NAME", &options->column, "column of numbers, always needed");
+  command->Text("--column", "NAME", &options->recipe.column, "column of numbers, always needed");
   command->Require("--column");
   command->Text("--csv", "FILE", &options->csv, "write the bins and the rows in each as CSV");
   DeclareCsvMarks(command, &options->csvMarks, {{"--csv", &options->csv}});
@@ -108,17 +106,17 @@ void DeclareFisher(CommandOptions* command, FisherOptions* options) {
 }
 
 void DeclareQuantile(CommandOptions* command, QuantileOptions* options) {
-  command->Word("DISTRIBUTION", DistributionWords(), &options->distribution,
+  command->Word("DISTRIBUTION", DistributionWords(), &options->recipe.distribution,
                 "t, normal: what |T| or |Z| stays below; f, chi2: what F or Chi2 exceeds; with the probability given");
   const char* const inside = "a number above 0 and below 1";
   command->Real("--probability", &options->probability, inside, IsInsideZeroToOne, "always needed");
   command->Require("--probability");
-  command->Real("--df", &options->df, "a number above 0", IsPositive,
+  command->Real("--df", &options->recipe.df, "a number above 0", IsPositive,
                 "degrees of freedom, of f those of the numerator; t, f and chi2 need it");
-  command->Real("--df2", &options->df2, "a number above 0", IsPositive,
+  command->Real("--df2", &options->recipe.df2, "a number above 0", IsPositive,
                 "degrees of freedom of the denominator; f needs it");
-  command->Flag("--one-sided", &options->oneSided, "t, normal: what T or Z itself stays below");
-  command->Flag("--complement", &options->complement,
+  command->Flag("--one-sided", &options->recipe.oneSided, "t, normal: what T or Z itself stays below");
+  command->Flag("--complement", &options->recipe.complement,
                 "the probability is the other one: of exceeding for t and normal, of staying below for f and chi2");
   command->Flag("--json", &options->json, "print JSON");
   command->Examples(

@@ -4,15 +4,16 @@
 #include <string>
 #include <vector>
 
+#include "app/Analysis.h"
 #include "app/options/TableOptions.h"
 #include "kalmia/analysis/chart/ChartRecipe.h"
-#include "kalmia/analysis/chart/ExactTest.h"
+#include "kalmia/analysis/chart/ExactTestResult.h"
+#include "kalmia/analysis/chart/HistogramResult.h"
+#include "kalmia/analysis/chart/QuantileResult.h"
 #include "kalmia/analysis/chart/SpectrumResult.h"
 #include "kalmia/analysis/figure/Plot.h"
 
 namespace kalmia::app {
-
-using namespace analysis;
 
 class CommandOptions;
 
@@ -32,7 +33,7 @@ struct ChartOptions {
 struct HistogramOptions {
   std::string table;
   ReadOptions reading;
-  std::string column;
+  HistogramRecipe recipe;
   std::string csv;  ///< this and the next: empty for no file
   std::string svg;
   CsvMarkOptions csvMarks;
@@ -48,12 +49,8 @@ struct FisherOptions {
 };
 
 struct QuantileOptions {
-  std::string distribution;  ///< t, f, chi2 or normal
-  std::optional<double> probability;
-  std::optional<double> df;   ///< of all but normal
-  std::optional<double> df2;  ///< of f alone
-  bool oneSided = false;      ///< of t and normal alone
-  bool complement = false;    ///< the probability is that of the other tail
+  QuantileRecipe recipe;              ///< but for the probability
+  std::optional<double> probability;  ///< which is always needed
   bool json = false;
 };
 

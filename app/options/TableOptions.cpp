@@ -9,8 +9,6 @@
 
 namespace kalmia::app {
 
-using namespace analysis;
-
 namespace {
 
 /// Characters that tell lines and fields apart cannot open a comment, and those that numbers begin with must not: rows

@@ -3,12 +3,11 @@
 #include <string>
 #include <vector>
 
+#include "app/Analysis.h"
 #include "kalmia/analysis/table/CsvMarks.h"
 #include "kalmia/analysis/table/ReadOptions.h"
 
 namespace kalmia::app {
-
-using namespace analysis;
 
 class CommandOptions;
 

@@ -18,27 +18,33 @@ namespace kalmia::analysis {
 
 namespace {
 
-[[noreturn]] void Refuse(const std::string& message) { throw BadRequest(message); }
+[[noreturn]] void Refuse(const char* setting, const std::string& message) {
+  throw BadRequest(message, InSetting(setting));
+}
 
 ControlChart::ControlType TypeOf(const ChartRecipe& recipe) {
   const auto type = ChartTypeOfWord(recipe.type);
-  if (!type) Refuse("there is no control chart of type " + Quoted(recipe.type));
+  if (!type) Refuse("type", "there is no control chart of type " + Quoted(recipe.type));
   return *type;
 }
 
 void CheckNumbers(const ChartRecipe& recipe, const StoredLimits* limits) {
-  if (recipe.subgroup < 0 || (limits != nullptr && limits->subgroup < 1)) Refuse("a subgroup has one value or more");
-  if (recipe.sigma && !(*recipe.sigma > 0.0)) Refuse("the standard deviation of a process is above 0");
-  if (recipe.lambda && !(*recipe.lambda > 0.0 && *recipe.lambda <= 1.0)) Refuse("lambda is above 0 and at most 1");
-  for (const std::optional<double>& number : {recipe.target, recipe.sigma}) {
-    if (number && !std::isfinite(*number)) Refuse("target and standard deviation are finite numbers");
+  if (recipe.subgroup < 0 || (limits != nullptr && limits->subgroup < 1)) {
+    Refuse("subgroup", "a subgroup has one value or more");
   }
+  if (recipe.sigma && !(*recipe.sigma > 0.0)) Refuse("sigma", "the standard deviation of a process is above 0");
+  if (recipe.lambda && !(*recipe.lambda > 0.0 && *recipe.lambda <= 1.0)) {
+    Refuse("lambda", "lambda is above 0 and at most 1");
+  }
+  if (recipe.sigma && std::isinf(*recipe.sigma)) Refuse("sigma", "a standard deviation is a finite number");
+  if (recipe.target && !std::isfinite(*recipe.target)) Refuse("target", "a target is a finite number");
 }
 
 /// An empty word is the default.
-void CheckWord(const std::string& what, const std::string& word, const std::vector<std::string>& words) {
+void CheckWord(const char* setting, const std::string& what, const std::string& word,
+               const std::vector<std::string>& words) {
   if (word.empty() || std::find(words.begin(), words.end(), word) != words.end()) return;
-  Refuse("there is no " + what + " called " + Quoted(word) + ": take " + Either(words));
+  Refuse(setting, "there is no " + what + " called " + Quoted(word) + ": take " + Either(words));
 }
 
 int SubgroupOf(const ChartRecipe& recipe, const StoredLimits* limits) {
@@ -46,29 +52,30 @@ int SubgroupOf(const ChartRecipe& recipe, const StoredLimits* limits) {
 }
 
 void CheckSettings(const ChartRecipe& recipe, ControlChart::ControlType type, int subgroup) {
-  if (recipe.lambda && !IsEwma(type)) Refuse("lambda goes with type ewma and ewma-sd, not " + recipe.type);
+  if (recipe.lambda && !IsEwma(type)) Refuse("lambda", "lambda goes with type ewma and ewma-sd, not " + recipe.type);
   if (NeedsFactors(type) && !HasFactors(subgroup)) {
-    Refuse("type " + recipe.type + " takes subgroups of 2 to 25 values, not of " + std::to_string(subgroup));
+    Refuse("subgroup",
+           "type " + recipe.type + " takes subgroups of 2 to 25 values, not of " + std::to_string(subgroup));
   }
   if (!recipe.sigmaFrom.empty() && subgroup != 1) {
-    Refuse("sigma-from goes with subgroups of 1 value, not of " + std::to_string(subgroup));
+    Refuse("sigmaFrom", "sigma-from goes with subgroups of 1 value, not of " + std::to_string(subgroup));
   }
   if (recipe.sigmaFrom == kFromMovingRange && type == ControlChart::EWMAStdDev) {
-    Refuse("type ewma-sd takes the standard deviation of the values: take type ewma for that from " +
-                recipe.sigmaFrom);
+    Refuse("sigmaFrom", "type ewma-sd takes the standard deviation of the values: take type ewma for that from " +
+                            recipe.sigmaFrom);
   }
   if (!recipe.rules.empty() && !TakesRunRules(type)) {
-    Refuse("rules go with type individual, mean-range and mean-sd, not " + recipe.type +
-                ", whose points lean on those before");
+    Refuse("rules", "rules go with type individual, mean-range and mean-sd, not " + recipe.type +
+                        ", whose points lean on those before");
   }
   if (!recipe.rules.empty() && type == ControlChart::Individual && subgroup != 1) {
-    Refuse("rules with type individual take single values, not means of " + std::to_string(subgroup) +
-                ", whose limits are those of the values: take type mean-range or mean-sd");
+    Refuse("rules", "rules with type individual take single values, not means of " + std::to_string(subgroup) +
+                        ", whose limits are those of the values: take type mean-range or mean-sd");
   }
   const bool takesAnySigma = type == ControlChart::Individual || subgroup == 1;
   if (recipe.sigma && !takesAnySigma && !HasFactors(subgroup)) {
-    Refuse("sigma with type " + recipe.type + " takes subgroups of at most 25 values, not of " +
-                std::to_string(subgroup));
+    Refuse("sigma", "sigma with type " + recipe.type + " takes subgroups of at most 25 values, not of " +
+                        std::to_string(subgroup));
   }
 }
 
@@ -144,16 +151,17 @@ void CheckPanels(const std::string& where, const ChartResult& result) {
   }
 }
 
-ChartResult Compute(const CsvTable& table, const ChartRecipe& recipe, const StoredLimits* limits, Notes* notes,
+ChartResult Compute(const ChartRecipe& recipe, const CsvTable& table, const StoredLimits* limits,
                     NCProgress* progress) {
   WorkProgress(progress).Begin("computing the chart");
   const ControlChart::ControlType type = TypeOf(recipe);
   const int subgroup = SubgroupOf(recipe, limits);
-  const NCDataVector<float> series = ReadMeasurements(table, recipe.column, notes);
+  Notes notes;
+  const NCDataVector<float> series = ReadMeasurements(table, recipe.column, &notes);
   const std::string where = table.Name() + ": the column " + Quoted(recipe.column);
   CheckSeries(where, series, subgroup);
   const int left = series.Size() % subgroup;
-  NoteRowsLeft(left, notes);
+  NoteRowsLeft(left, &notes);
   const std::string sigmaFrom = limits != nullptr ? limits->sigmaFrom : SigmaFromFor(recipe, type, subgroup);
   ControlChart chart(type, series, subgroup);
   if (limits != nullptr) chart.ImportLimits(limits->limits);
@@ -161,7 +169,7 @@ ChartResult Compute(const CsvTable& table, const ChartRecipe& recipe, const Stor
   ApplySettings(recipe, &chart);
   ChartResult result = {table.Name(), recipe.column, std::move(chart), subgroup, series.Size() - left, 0,
                         recipe.lambda || limits != nullptr, limits == nullptr ? "" : limits->source,
-                        sigmaFrom, recipe.rules, {}, {}};
+                        sigmaFrom, recipe.rules, {}, {}, std::move(notes)};
   for (int row = 1; row <= result.values; ++row) result.missing += series[row] == kMissingCell<float> ? 1 : 0;
   result.panels = ChartPanels(result.chart, subgroup);
   CheckPanels(where, result);
@@ -187,16 +195,16 @@ StoredLimits LimitsOf(const ChartResult& result) {
 void CheckChart(const ChartRecipe& recipe, const StoredLimits* limits) {
   const ControlChart::ControlType type = TypeOf(recipe);
   CheckNumbers(recipe, limits);
-  CheckWord("source of the standard deviation", recipe.sigmaFrom, SigmaFromWords());
-  CheckWord("set of run rules", recipe.rules, RunRuleWords());
+  CheckWord("sigmaFrom", "source of the standard deviation", recipe.sigmaFrom, SigmaFromWords());
+  CheckWord("rules", "set of run rules", recipe.rules, RunRuleWords());
   if (limits != nullptr) CheckMatch(*limits, recipe);
   CheckSettings(recipe, type, SubgroupOf(recipe, limits));
 }
 
-ChartResult ComputeChart(const CsvTable& table, const ChartRecipe& recipe, const StoredLimits* limits, Notes* notes,
-                         NCProgress* progress) {
+ChartResult ComputeChart(const ChartRecipe& recipe, const CsvTable& table, NCProgress* progress,
+                         const StoredLimits* limits) {
   CheckChart(recipe, limits);
-  return WithoutLibraryErrors([&] { return Compute(table, recipe, limits, notes, progress); });
+  return WithoutLibraryErrors([&] { return Compute(recipe, table, limits, progress); });
 }
 
 }  // namespace kalmia::analysis

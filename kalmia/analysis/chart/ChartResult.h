@@ -36,6 +36,7 @@ struct ChartResult {
   std::string rules;       ///< one of RunRuleWords(); empty for the limits alone
   std::vector<ChartPanel> panels;
   std::vector<ChartSignal> signals;
+  Notes notes;  ///< what was done of its own accord
 
   std::size_t Points() const { return panels.front().judged.front().values.size(); }
   bool IsSingle() const { return subgroup == 1; }
@@ -48,14 +49,14 @@ struct ChartResult {
 /// The limits of a chart, for others.
 StoredLimits LimitsOf(const ChartResult& result);
 
-/// Throws BadRequest where a recipe makes no sense or its parts do not go together, and BadData where the limits (null for none) are
-/// of another kind of chart.
+/// Throws BadRequest where a recipe makes no sense or its parts do not go together, and BadData where the limits (null
+/// for none) are of another kind of chart.
 void CheckChart(const ChartRecipe& recipe, const StoredLimits* limits);
 
 /// Makes the chart that the recipe asks for, with the limits that are given unless they are null. `progress` may be
 /// null. Throws as CheckChart and ReadMeasurements do, and BadData: less than one subgroup; too few values for limits;
 /// numbers too large.
-ChartResult ComputeChart(const CsvTable& table, const ChartRecipe& recipe, const StoredLimits* limits, Notes* notes,
-                         NCProgress* progress);
+ChartResult ComputeChart(const ChartRecipe& recipe, const CsvTable& table, NCProgress* progress = nullptr,
+                         const StoredLimits* limits = nullptr);
 
 }  // namespace kalmia::analysis

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <utility>
 
 #include "kalmia/analysis/chart/internal/BinEdge.h"
 #include "kalmia/analysis/table/internal/MeasuredColumn.h"
@@ -50,14 +51,16 @@ int HistogramResult::LargestCount() const {
 
 std::string HistogramResult::Title() const { return OneLine(column) + " of " + OneLine(table); }
 
-HistogramResult ComputeHistogram(const CsvTable& table, const std::string& column, Notes* notes, NCProgress* progress) {
+HistogramResult ComputeHistogram(const HistogramRecipe& recipe, const CsvTable& table, NCProgress* progress) {
   WorkProgress(progress).Begin("computing the histogram");
-  const NCDataVector<float> data = ReadMeasurements(table, column, notes);
-  HistogramResult histogram = {table.Name(), column, data.Size() - data.GetNumMisVal(), data.GetNumMisVal(), 0.0, {}};
+  Notes notes;
+  const NCDataVector<float> data = ReadMeasurements(table, recipe.column, &notes);
+  HistogramResult histogram = {
+      table.Name(), recipe.column, data.Size() - data.GetNumMisVal(), data.GetNumMisVal(), 0.0, {}, std::move(notes)};
   FrequencyHistogram().CreateHistogram(data, histogram.bins);
   histogram.width = WidthOf(data, histogram.bins.centres);
   if (!HasEdges(histogram)) {
-    throw BadData(table.Name() + ": the column " + Quoted(column) + " has values too large for a histogram");
+    throw BadData(table.Name() + ": the column " + Quoted(recipe.column) + " has values too large for a histogram");
   }
   return histogram;
 }

@@ -9,6 +9,11 @@
 
 namespace kalmia::analysis {
 
+/// A histogram of one column of a table.
+struct HistogramRecipe {
+  std::string column;
+};
+
 /// The values of a column, counted in bins of one width. Bins count from 1.
 struct HistogramResult {
   std::string table, column;
@@ -16,6 +21,7 @@ struct HistogramResult {
   int missing;  ///< cells of the column
   double width;
   FrequencyHistogram::HistogramInfo bins;
+  Notes notes;  ///< what was moved off -99
 
   int Bins() const { return bins.counts.Size(); }
   double First() const { return bins.centres[1] - width / 2; }  ///< where the first bin begins
@@ -27,9 +33,9 @@ struct HistogramResult {
   std::string Title() const;
 };
 
-/// The histogram of the column of that name. Notes what was moved off -99. `progress` may be null.
+/// The histogram that the recipe asks for. `progress` may be null.
 /// Throws BadData as ReadMeasurements, and for values so large that edges of bins fall together or overflow in single
 /// precision; Stopped where the bar wants to stop.
-HistogramResult ComputeHistogram(const CsvTable& table, const std::string& column, Notes* notes, NCProgress* progress);
+HistogramResult ComputeHistogram(const HistogramRecipe& recipe, const CsvTable& table, NCProgress* progress = nullptr);
 
 }  // namespace kalmia::analysis

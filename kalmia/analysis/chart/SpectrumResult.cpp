@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstddef>
+#include <cstdint>
 
 #include "kalmia/analysis/table/internal/MeasuredColumn.h"
 #include "kalmia/analysis/text/DisplayText.h"
@@ -26,31 +27,33 @@ constexpr FFT::DataWindowMode kWindows[] = {FFT::WindowHann, FFT::WindowWelch, F
 constexpr FFT::DetrendMode kDetrends[] = {FFT::DetrendNone, FFT::DetrendMean, FFT::DetrendLinear};
 
 template <class Mode, std::size_t count>
-Mode ModeOf(const Mode (&modes)[count], const std::vector<std::string>& words, const std::string& what,
-            const std::string& word) {
+Mode ModeOf(const Mode (&modes)[count], const std::vector<std::string>& words, const char* setting,
+            const std::string& what, const std::string& word) {
   const auto place = std::find(words.begin(), words.end(), word);
   if (place == words.end()) {
-    throw BadRequest("the " + what + " of a spectrum is " + Either(words) + ", not " + Quoted(word));
+    throw BadRequest("the " + what + " of a spectrum is " + Either(words) + ", not " + Quoted(word),
+                     InSetting(setting));
   }
   return modes[place - words.begin()];
 }
 
 FFT::DataWindowMode WindowOf(const SpectrumRecipe& recipe) {
-  return ModeOf(kWindows, WindowWords(), "window", recipe.window);
+  return ModeOf(kWindows, WindowWords(), "window", "window", recipe.window);
 }
 
 FFT::DetrendMode DetrendOf(const SpectrumRecipe& recipe) {
-  return ModeOf(kDetrends, DetrendWords(), "detrending", recipe.detrend);
+  return ModeOf(kDetrends, DetrendWords(), "detrend", "detrending", recipe.detrend);
 }
 
-/// Throws BadRequest where the recipe makes no sense, whatever the data.
-void CheckRecipe(const SpectrumRecipe& recipe) {
-  WindowOf(recipe);
-  DetrendOf(recipe);
-  if (recipe.segment == 0 || IsSegment(recipe.segment)) return;
-  throw BadRequest("a segment of a spectrum has a power of two of rows, at least 2, not " +
-                   std::to_string(recipe.segment));
+/// The largest power of two up to `most`, which is at least 1, and up to 2^30.
+int PowerOfTwoUpTo(std::int64_t most) {
+  std::int64_t power = 1;
+  while (2 * power <= most) power *= 2;
+  return static_cast<int>(std::min<std::int64_t>(power, 1 << 30));
 }
+
+/// The largest segment for a column of so many rows, at least 2: more than half of it has to be there.
+int LargestSegment(int rows) { return PowerOfTwoUpTo(2 * static_cast<std::int64_t>(rows) - 1); }
 
 struct Signal {
   std::string name;
@@ -77,8 +80,9 @@ int LagsFor(const SpectrumRecipe& recipe, const Signal& signal) {
   const int rows = signal.cells.Size();
   if (recipe.lags < 0) return std::min(kMostLags, std::max(1, rows / 4));
   if (recipe.lags <= rows) return recipe.lags;
-  throw BadRequest(signal.where + " has " + std::to_string(rows) + " rows: its correlations go to lag " +
-                   std::to_string(rows) + ", not " + std::to_string(recipe.lags));
+  throw BadData(signal.where + " has " + std::to_string(rows) + " rows: its correlations go to lag " +
+                    std::to_string(rows) + ", not " + std::to_string(recipe.lags),
+                InSetting("lags"));
 }
 
 /// A column that varies has two rows at least.
@@ -86,8 +90,9 @@ int SegmentFor(const SpectrumRecipe& recipe, const Signal& signal) {
   const int rows = signal.cells.Size(), most = LargestSegment(rows);
   if (recipe.segment == 0) return std::min(kLargestSegment, std::max(kSmallestSegment, PowerOfTwoUpTo(rows / 2)));
   if (recipe.segment <= most) return recipe.segment;
-  throw BadRequest(signal.where + " has " + std::to_string(rows) + " rows: a segment takes up to " +
-                   std::to_string(most) + ", not " + std::to_string(recipe.segment));
+  throw BadData(signal.where + " has " + std::to_string(rows) + " rows: a segment takes up to " +
+                    std::to_string(most) + ", not " + std::to_string(recipe.segment),
+                InSetting("segment"));
 }
 
 std::vector<double> Doubles(const NCDataVector<float>& cells) { return {cells.begin(), cells.end()}; }
@@ -152,16 +157,6 @@ const std::vector<std::string>& DetrendWords() {
   return words;
 }
 
-bool IsSegment(int rows) { return rows >= kSmallestSegment && PowerOfTwoUpTo(rows) == rows; }
-
-int PowerOfTwoUpTo(std::int64_t most) {
-  std::int64_t power = 1;
-  while (2 * power <= most) power *= 2;
-  return static_cast<int>(std::min<std::int64_t>(power, 1 << 30));
-}
-
-int LargestSegment(int rows) { return PowerOfTwoUpTo(2 * static_cast<std::int64_t>(rows) - 1); }
-
 double SpectrumResult::CorrelationLimit() const { return 1.96 / std::sqrt(static_cast<double>(rows)); }
 
 std::optional<int> SpectrumResult::Peak(const ColumnSpectrum& part) {
@@ -184,13 +179,22 @@ std::string SpectrumResult::Title() const {
   return OneLine(parts[0].column) + (IsCross() ? " and " + OneLine(parts[1].column) : "") + " of " + OneLine(table);
 }
 
-SpectrumResult ComputeSpectrum(const CsvTable& table, const SpectrumRecipe& recipe, Notes* notes,
-                               NCProgress* progress) {
-  CheckRecipe(recipe);
+void CheckSpectrum(const SpectrumRecipe& recipe) {
+  WindowOf(recipe);
+  DetrendOf(recipe);
+  const int segment = recipe.segment, likely = PowerOfTwoUpTo(std::max(segment, kSmallestSegment));
+  if (segment == 0 || segment == likely) return;
+  throw BadRequest("a segment of a spectrum has a power of two of rows, such as " + std::to_string(likely) + ", not " +
+                       std::to_string(segment),
+                   InSetting("segment"));
+}
+
+SpectrumResult ComputeSpectrum(const SpectrumRecipe& recipe, const CsvTable& table, NCProgress* progress) {
+  CheckSpectrum(recipe);
   WorkProgress(progress).Begin("computing correlations and spectra");
-  std::vector<Signal> signals = {ReadSignal(table, recipe.column, notes)};
-  if (!recipe.with.empty()) signals.push_back(ReadSignal(table, recipe.with, notes));
   SpectrumResult result = {};
+  std::vector<Signal> signals = {ReadSignal(table, recipe.column, &result.notes)};
+  if (!recipe.with.empty()) signals.push_back(ReadSignal(table, recipe.with, &result.notes));
   result.table = table.Name();
   result.rows = table.Rows();
   result.detrend = recipe.detrend;

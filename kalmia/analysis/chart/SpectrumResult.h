@@ -1,6 +1,5 @@
 #pragma once
 
-#include <cstdint>
 #include <optional>
 #include <string>
 #include <vector>
@@ -25,13 +24,6 @@ struct SpectrumRecipe {
   std::string detrend = "mean";  ///< taken off first, one of DetrendWords()
 };
 
-/// Whether a segment can have so many rows: a power of two, at least 2.
-bool IsSegment(int rows);
-/// The largest power of two up to `most`, which is at least 1, and up to 2^30.
-int PowerOfTwoUpTo(std::int64_t most);
-/// The largest segment for a column of so many rows, at least 2: more than half of it has to be there.
-int LargestSegment(int rows);
-
 /// One column and its mean power in segments.
 struct ColumnSpectrum {
   std::string column;
@@ -49,6 +41,7 @@ struct SpectrumResult {
   int segments;                       ///< so many, each half over the next
   std::vector<ColumnSpectrum> parts;  ///< the column, and the one it is correlated with if there is one
   std::vector<double> correlations;   ///< of the column with itself from lag 0, with the other one from lag -lags on
+  Notes notes;                        ///< what was done of its own accord
 
   bool IsCross() const { return parts.size() > 1; }
   int FirstLag() const { return IsCross() ? -lags : 0; }
@@ -62,11 +55,13 @@ struct SpectrumResult {
   std::string Title() const;
 };
 
+/// Throws BadRequest where the recipe makes no sense, whatever the data.
+void CheckSpectrum(const SpectrumRecipe& recipe);
+
 /// The correlations and spectra that the recipe asks for. Missing cells are filled along straight lines between their
 /// neighbours, with a note. `progress` may be null.
-/// Throws BadData as ReadMeasurements, for a column that does not vary, and for a power beyond single precision;
-/// BadRequest for a recipe that makes no sense, or not for so many rows; Stopped where the bar wants to stop.
-SpectrumResult ComputeSpectrum(const CsvTable& table, const SpectrumRecipe& recipe, Notes* notes,
-                               NCProgress* progress);
+/// Throws as CheckSpectrum and ReadMeasurements do; BadData for a column that does not vary, for more lags or a longer
+/// segment than its rows give, and for a power beyond single precision; Stopped where the bar wants to stop.
+SpectrumResult ComputeSpectrum(const SpectrumRecipe& recipe, const CsvTable& table, NCProgress* progress = nullptr);
 
 }  // namespace kalmia::analysis

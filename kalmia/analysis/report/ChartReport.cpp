@@ -186,7 +186,7 @@ std::string ChartText(const ChartResult& result) {
   return text + "\n\n" + LimitsTable(result) + "\n" + SpreadText(result) + "\n" + SignalsText(result);
 }
 
-std::string ChartJson(const ChartResult& result, const Notes& notes) {
+std::string ChartJson(const ChartResult& result) {
   const ControlChart& chart = result.chart;
   const ControlChart::ControlType type = chart.GetControlType();
   Json json = JsonHeader("kalmia-chart");
@@ -208,7 +208,7 @@ std::string ChartJson(const ChartResult& result, const Notes& notes) {
   for (const ChartSignal& signal : result.signals) signals.push_back(SignalJson(result, signal));
   json["panels"] = panels;
   json["signals"] = signals;
-  json["notes"] = notes.Lines();
+  json["notes"] = result.notes.Lines();
   return JsonText(json);
 }
 

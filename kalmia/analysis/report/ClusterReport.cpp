@@ -155,7 +155,7 @@ std::string ClusterText(const ClusterResult& result) {
   return result.IsCut() ? text + ClustersText(result) : text;
 }
 
-std::string ClusterJson(const CsvTable& table, const ClusterResult& result, const Notes& notes,
+std::string ClusterJson(const CsvTable& table, const ClusterResult& result,
                         const std::vector<std::string>& written) {
   Json json = JsonHeader("kalmia-cluster");
   json["table"] = TableJson(table);
@@ -170,7 +170,7 @@ std::string ClusterJson(const CsvTable& table, const ClusterResult& result, cons
   json["cut"] = CutJson(result);
   json["files"] = Json::array();
   for (const std::string& path : written) json["files"].push_back(path);
-  json["notes"] = notes.Lines();
+  json["notes"] = result.notes.Lines();
   return JsonText(json);
 }
 

@@ -5,12 +5,11 @@
 
 #include "kalmia/analysis/cluster/ClusterResult.h"
 #include "kalmia/analysis/table/CsvMarks.h"
-#include "kalmia/analysis/text/Notes.h"
 
 namespace kalmia::analysis {
 
 std::string ClusterText(const ClusterResult& result);
-std::string ClusterJson(const CsvTable& table, const ClusterResult& result, const Notes& notes,
+std::string ClusterJson(const CsvTable& table, const ClusterResult& result,
                         const std::vector<std::string>& written);
 /// name,cluster of each row.
 std::string ClusterCsv(const ClusterResult& result, const CsvMarks& marks);

@@ -72,7 +72,7 @@ std::string DescriptionText(const Description& description) {
          (description.columns.empty() ? "" : text.Text()) + lists;
 }
 
-std::string DescriptionJson(const Description& description, const Notes& notes) {
+std::string DescriptionJson(const Description& description) {
   Json json = JsonHeader("kalmia-describe");
   json["table"] = description.table;
   json["rows"] = description.rows;
@@ -93,7 +93,7 @@ std::string DescriptionJson(const Description& description, const Notes& notes) 
   json["textColumns"] = description.textColumns;
   json["constantColumns"] = description.Constant();
   json["emptyColumns"] = description.Empty();
-  json["notes"] = notes.Lines();
+  json["notes"] = description.notes.Lines();
   return JsonText(json);
 }
 

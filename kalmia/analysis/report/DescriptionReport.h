@@ -3,7 +3,6 @@
 #include <string>
 
 #include "kalmia/analysis/table/Description.h"
-#include "kalmia/analysis/text/Notes.h"
 
 namespace kalmia::analysis {
 
@@ -12,6 +11,6 @@ namespace kalmia::analysis {
 std::string DescriptionText(const Description& description);
 
 /// The same as JSON, format kalmia-describe.
-std::string DescriptionJson(const Description& description, const Notes& notes);
+std::string DescriptionJson(const Description& description);
 
 }  // namespace kalmia::analysis

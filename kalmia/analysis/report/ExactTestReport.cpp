@@ -20,7 +20,7 @@ std::string MeaningOf(const std::string& alternative) {
 
 }  // namespace
 
-std::string ExactTestText(const ExactTest& test) {
+std::string ExactTestText(const ExactTestResult& test) {
   std::string text = "Fisher's exact test of " + test.counts.name + ", " + std::to_string(test.counts.rows) + " x " +
                      std::to_string(test.counts.columns) + ", " +
                      Counted(static_cast<std::size_t>(test.counts.total), "count") + "\n\n  probability " +
@@ -33,7 +33,7 @@ std::string ExactTestText(const ExactTest& test) {
   return text;
 }
 
-std::string ExactTestJson(const ExactTest& test, const Notes& notes) {
+std::string ExactTestJson(const ExactTestResult& test) {
   Json json = JsonHeader("kalmia-fisher");
   json["table"] = test.counts.name;
   json["rows"] = test.counts.rows;
@@ -42,7 +42,7 @@ std::string ExactTestJson(const ExactTest& test, const Notes& notes) {
   json["alternative"] = test.alternative;
   json["hybrid"] = test.hybrid;
   json["probability"] = JsonNumber(test.probability);
-  json["notes"] = notes.Lines();
+  json["notes"] = test.notes.Lines();
   return JsonText(json);
 }
 

@@ -2,15 +2,14 @@
 
 #include <string>
 
-#include "kalmia/analysis/chart/ExactTest.h"
-#include "kalmia/analysis/text/Notes.h"
+#include "kalmia/analysis/chart/ExactTestResult.h"
 
 namespace kalmia::analysis {
 
 /// The probability, and which tables it counts.
-std::string ExactTestText(const ExactTest& test);
+std::string ExactTestText(const ExactTestResult& test);
 
 /// The same as JSON, format kalmia-fisher.
-std::string ExactTestJson(const ExactTest& test, const Notes& notes);
+std::string ExactTestJson(const ExactTestResult& test);
 
 }  // namespace kalmia::analysis

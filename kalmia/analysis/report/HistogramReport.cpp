@@ -39,7 +39,7 @@ std::string HistogramText(const HistogramResult& histogram) {
          (more > 0 ? "  and " + std::to_string(more) + " more: CSV or JSON gives them all\n" : "");
 }
 
-std::string HistogramJson(const HistogramResult& histogram, const Notes& notes) {
+std::string HistogramJson(const HistogramResult& histogram) {
   Json json = JsonHeader("kalmia-histogram");
   json["table"] = histogram.table;
   json["column"] = histogram.column;
@@ -54,7 +54,7 @@ std::string HistogramJson(const HistogramResult& histogram, const Notes& notes) 
                     {"rows", histogram.bins.members[static_cast<std::size_t>(bin) - 1]}});
   }
   json["bins"] = bins;
-  json["notes"] = notes.Lines();
+  json["notes"] = histogram.notes.Lines();
   return JsonText(json);
 }
 

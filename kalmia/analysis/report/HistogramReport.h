@@ -4,7 +4,6 @@
 
 #include "kalmia/analysis/chart/HistogramResult.h"
 #include "kalmia/analysis/table/CsvMarks.h"
-#include "kalmia/analysis/text/Notes.h"
 
 namespace kalmia::analysis {
 
@@ -12,7 +11,7 @@ namespace kalmia::analysis {
 std::string HistogramText(const HistogramResult& histogram);
 
 /// All bins as JSON, format kalmia-histogram.
-std::string HistogramJson(const HistogramResult& histogram, const Notes& notes);
+std::string HistogramJson(const HistogramResult& histogram);
 
 /// A line for each bin: its edges and centre, how many values it holds, and their rows.
 std::string HistogramCsv(const HistogramResult& histogram, const CsvMarks& marks);

@@ -2,8 +2,7 @@
 
 #include <string>
 
-#include "kalmia/analysis/chart/Quantile.h"
-#include "kalmia/analysis/text/Notes.h"
+#include "kalmia/analysis/chart/QuantileResult.h"
 
 namespace kalmia::analysis {
 
@@ -11,6 +10,6 @@ namespace kalmia::analysis {
 std::string QuantileText(const QuantileResult& result);
 
 /// The same as JSON, format kalmia-quantile.
-std::string QuantileJson(const QuantileResult& result, const Notes& notes);
+std::string QuantileJson(const QuantileResult& result);
 
 }  // namespace kalmia::analysis

@@ -103,7 +103,7 @@ std::string SpectrumText(const SpectrumResult& result) {
   return text;
 }
 
-std::string SpectrumJson(const SpectrumResult& result, const Notes& notes) {
+std::string SpectrumJson(const SpectrumResult& result) {
   Json json = JsonHeader("kalmia-spectrum");
   json["table"] = result.table;
   json["rows"] = result.rows;
@@ -132,7 +132,7 @@ std::string SpectrumJson(const SpectrumResult& result, const Notes& notes) {
                        {"spectrum", spectrum}});
   }
   json["columns"] = columns;
-  json["notes"] = notes.Lines();
+  json["notes"] = result.notes.Lines();
   return JsonText(json);
 }
 

@@ -6,7 +6,6 @@
 #include "kalmia/analysis/chart/SpectrumResult.h"
 #include "kalmia/analysis/report/CsvFile.h"
 #include "kalmia/analysis/table/CsvMarks.h"
-#include "kalmia/analysis/text/Notes.h"
 
 namespace kalmia::analysis {
 
@@ -14,7 +13,7 @@ namespace kalmia::analysis {
 std::string SpectrumText(const SpectrumResult& result);
 
 /// The same as JSON, format kalmia-spectrum.
-std::string SpectrumJson(const SpectrumResult& result, const Notes& notes);
+std::string SpectrumJson(const SpectrumResult& result);
 
 /// correlation.csv and power.csv.
 std::vector<CsvFile> SpectrumCsvFiles(const SpectrumResult& result, const CsvMarks& marks);

@@ -83,7 +83,7 @@ bool Description::HasWords() const {
   return std::any_of(columns.begin(), columns.end(), [](const ColumnDescription& column) { return column.words > 0; });
 }
 
-Description Describe(const CsvTable& table, Notes* notes, NCProgress* progress) {
+Description Describe(const CsvTable& table, NCProgress* progress) {
   Description description;
   description.table = table.Name();
   description.rows = table.Rows();
@@ -104,9 +104,9 @@ Description Describe(const CsvTable& table, Notes* notes, NCProgress* progress) 
   }
   WorkProgress work(progress);
   NameWords(table, columns, &work, &description.columns);
-  NoteMovedCells(DescribeNumbers(table, columns, &work, &description.columns), notes);
+  NoteMovedCells(DescribeNumbers(table, columns, &work, &description.columns), &description.notes);
   if (table.Columns() == 1 && !description.textColumns.empty()) {
-    notes->Add("the table has one column only, of text: columns are separated by commas, ; or tabs");
+    description.notes.Add("the table has one column only, of text: columns are separated by commas, ; or tabs");
   }
   if (description.Empty().size() == description.allColumns) throw BadData(table.Name() + ": every cell is missing");
   return description;

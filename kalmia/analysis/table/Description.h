@@ -37,6 +37,7 @@ struct Description {
   std::size_t allColumns = 0;              ///< of numbers and of texts
   std::vector<ColumnDescription> columns;  ///< all but those of text
   std::vector<std::string> textColumns;
+  Notes notes;                             ///< what was moved off -99, and what may be wrong with the separator
 
   // Names of columns.
   std::vector<std::string> Constant() const;
@@ -44,9 +45,8 @@ struct Description {
   bool HasWords() const;
 };
 
-/// Describes each column of the table, on all threads. Notes what was moved off -99, and a table of one column of text,
-/// whose separator may not have been found. `progress` may be null.
+/// Describes each column of the table, on all threads. `progress` may be null.
 /// Throws BadData where every cell is missing, Stopped where the bar wants to stop.
-Description Describe(const CsvTable& table, Notes* notes, NCProgress* progress);
+Description Describe(const CsvTable& table, NCProgress* progress = nullptr);
 
 }  // namespace kalmia::analysis

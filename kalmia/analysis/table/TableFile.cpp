@@ -24,13 +24,13 @@ constexpr float kUnpacked = 0.4F;  ///< of the bar
   throw BadFile("cannot read " + OneLine(path) + ": " + std::generic_category().message(errno));
 }
 
-TextBuffer BytesOf(const std::string& path, NCProgress* progress) {
+TextBuffer BytesOf(const std::string& path, WorkProgress* work) {
   errno = 0;
   std::ifstream file(path, std::ios::binary);
   if (!file) FailToRead(path);
   TextBuffer text;
   for (;;) {
-    if (progress != nullptr && progress->IsBreakPressed()) throw Stopped("stopped");
+    work->Ask();
     if (text.FreeRoom() == 0) text.Reserve(std::max(kBlock, 2 * text.Size()));
     file.read(text.Free(), static_cast<std::streamsize>(std::min(text.FreeRoom(), kBlock)));
     text.Grow(static_cast<std::size_t>(file.gcount()));
@@ -41,17 +41,22 @@ TextBuffer BytesOf(const std::string& path, NCProgress* progress) {
 
 }  // namespace
 
-CsvTable ReadTableFile(const std::string& path, const ReadOptions& options, NCProgress* progress) {
-  const std::string name = OneLine(path);
-  TextBuffer text = BytesOf(path, progress);
-  if (!IsGzip(text.View())) return CsvTable(std::move(text), name, options, progress);
+CsvTable TableOfBytes(TextBuffer bytes, const std::string& name, const ReadOptions& options, NCProgress* progress) {
+  if (!IsGzip(bytes.View())) return CsvTable(std::move(bytes), name, options, progress);
   WorkProgress work(progress);
-  work.Begin("unpacking " + name);
   work.Bar()->PushSubRange(0.0F, kUnpacked);
-  text = Gunzip(text.View(), name, work.Bar());
+  TextBuffer text = Gunzip(bytes.View(), name, work.Bar());
   work.Bar()->PopSubRange();
+  bytes = TextBuffer();
   work.Bar()->PushSubRange(kUnpacked, 1.0F);
   return CsvTable(std::move(text), name, options, work.Bar());
+}
+
+CsvTable ReadTableFile(const std::string& path, const ReadOptions& options, NCProgress* progress) {
+  const std::string name = OneLine(path);
+  WorkProgress work(progress);
+  work.Begin("reading " + name);
+  return TableOfBytes(BytesOf(path, &work), name, options, work.Bar());
 }
 
 }  // namespace kalmia::analysis

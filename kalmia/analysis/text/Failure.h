@@ -21,18 +21,23 @@ enum class Remedy {
   TakeSpreadOfValues,      ///< take the standard deviation from the values
 };
 
-/// Where in a table something is wrong, as far as that is known.
+/// Where in a table or in a recipe something is wrong, as far as that is known.
 struct FailurePlace {
   std::optional<int> row = {};  ///< from 1
   std::string column = {};      ///< its name
   std::string word = {};        ///< the text of the cell
+  std::string setting = {};     ///< the member of the recipe
 };
+
+/// The place of what is wrong with a recipe: the name of its member.
+inline FailurePlace InSetting(std::string name) { return {{}, {}, {}, std::move(name)}; }
 
 /// What ended the work, as one sentence for the person who asked for it. Whoever throws it has left nothing half done.
 class Failure : public std::runtime_error {
  public:
   explicit Failure(const std::string& sentence, Remedy remedy = Remedy::None, FailurePlace place = {})
       : std::runtime_error(sentence), remedy_(remedy), place_(std::move(place)) {}
+  Failure(const std::string& sentence, FailurePlace place) : Failure(sentence, Remedy::None, std::move(place)) {}
 
   Remedy WhatHelps() const { return remedy_; }
   const FailurePlace& Place() const { return place_; }

@@ -21,8 +21,7 @@ ChartRecipe Individual() {
 }
 
 ChartResult Compute(const ChartRecipe& recipe, const StoredLimits* limits = nullptr) {
-  Notes notes;
-  return ComputeChart(Series(), recipe, limits, &notes, nullptr);
+  return ComputeChart(recipe, Series(), nullptr, limits);
 }
 
 // Ranges of neighbours 1 1 1 1 1 7: mean 2, over 1.128 is 1.773; mean of the values 20 / 7. Limits at three of them.

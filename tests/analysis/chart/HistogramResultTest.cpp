@@ -18,8 +18,7 @@ namespace {
 using ::testing::ElementsAre;
 
 HistogramResult HistogramOf(const std::string& csv, NCProgress* progress = nullptr) {
-  Notes notes;
-  return ComputeHistogram(CsvTable(csv, "t.csv"), "x", &notes, progress);
+  return ComputeHistogram({"x"}, CsvTable(csv, "t.csv"), progress);
 }
 
 TEST(HistogramResult, CountsTheValuesOfAColumnInBinsOfTwoAndAHalf) {

@@ -17,8 +17,7 @@ namespace {
 constexpr auto kUpAndDown = "x,y\n1,2\n-1,1\n1,2\n-1,1\n1,2\n-1,1\n1,2\n-1,1\n";
 
 SpectrumResult SpectrumOf(const SpectrumRecipe& recipe, NCProgress* progress = nullptr) {
-  Notes notes;
-  return ComputeSpectrum(CsvTable(kUpAndDown, "t.csv"), recipe, &notes, progress);
+  return ComputeSpectrum(recipe, CsvTable(kUpAndDown, "t.csv"), progress);
 }
 
 SpectrumRecipe RecipeForX() {
@@ -61,11 +60,9 @@ TEST(SpectrumResult, RefusesRecipesThatMakeNoSenseInWordsWithoutOptions) {
     const char *window, *detrend;
   };
   const Bad bads[] = {
-      {"a segment of a spectrum has a power of two of rows, at least 2, not 6", 1, 6, "hann", "mean"},
-      {"a segment of a spectrum has a power of two of rows, at least 2, not 1", 1, 1, "hann", "mean"},
-      {"a segment of a spectrum has a power of two of rows, at least 2, not -2", 1, -2, "hann", "mean"},
-      {"t.csv: the column 'x' has 8 rows: a segment takes up to 8, not 16", 1, 16, "hann", "mean"},
-      {"t.csv: the column 'x' has 8 rows: its correlations go to lag 8, not 9", 9, 0, "hann", "mean"},
+      {"a segment of a spectrum has a power of two of rows, such as 4, not 6", 1, 6, "hann", "mean"},
+      {"a segment of a spectrum has a power of two of rows, such as 2, not 1", 1, 1, "hann", "mean"},
+      {"a segment of a spectrum has a power of two of rows, such as 2, not -2", 1, -2, "hann", "mean"},
       {"the window of a spectrum is hann, welch or bartlett, not 'hamming'", 1, 0, "hamming", "mean"},
       {"the detrending of a spectrum is none, mean or linear, not ''", 1, 0, "hann", ""}};
   for (const Bad& bad : bads) {
@@ -76,6 +73,16 @@ TEST(SpectrumResult, RefusesRecipesThatMakeNoSenseInWordsWithoutOptions) {
     recipe.detrend = bad.detrend;
     EXPECT_EQ(FailureOf<BadRequest>([&] { SpectrumOf(recipe); }), bad.message);
   }
+}
+
+TEST(SpectrumResult, RefusesMoreThanTheRowsGive) {
+  SpectrumRecipe lags = RecipeForX(), segment = RecipeForX();
+  lags.lags = 9;
+  segment.segment = 16;
+  EXPECT_EQ(FailureOf<BadData>([&] { SpectrumOf(lags); }),
+            "t.csv: the column 'x' has 8 rows: its correlations go to lag 8, not 9");
+  EXPECT_EQ(FailureOf<BadData>([&] { SpectrumOf(segment); }),
+            "t.csv: the column 'x' has 8 rows: a segment takes up to 8, not 16");
 }
 
 TEST(SpectrumResult, StopsWhereTheBarWantsTo) {

@@ -19,8 +19,7 @@ namespace {
 using ::testing::ElementsAre;
 
 Description DescriptionOf(const std::string& csv, NCProgress* progress = nullptr) {
-  Notes notes;
-  return Describe(CsvTable(csv, "t.csv"), &notes, progress);
+  return Describe(CsvTable(csv, "t.csv"), progress);
 }
 
 TEST(Description, TellsNumbersTextsConstantsHolesAndWordsApart) {

@@ -73,7 +73,7 @@ TEST(FailureOfChart, IsExitCode2ForACommandLineThatMakesNoSense) {
       {{"--column", "x", "--type", "shewhart"},
        "--type takes one of individual, mean-range, mean-sd, cusum, ewma and ewma-sd, not 'shewhart'"},
       {{"--column", "x", "--type", "mean-range"},
-       "type mean-range takes subgroups of 2 to 25 values, not of 1; see kalmia chart --help"},
+       "type mean-range takes subgroups of 2 to 25 values, not of 1 (--subgroup); see kalmia chart --help"},
       {{"--column", "x", "--type", "mean-sd", "--subgroup", "26"}, "subgroups of 2 to 25 values, not of 26"},
       {{"--column", "x", "--type", "cusum", "--subgroup", "0"}, "--subgroup takes a whole number from 1 on, not '0'"},
       {{"--column", "x", "--type", "cusum", "--subgroup", "2.5"}, "--subgroup takes a whole number from 1 on"},

@@ -49,7 +49,7 @@ TEST(Fisher, TellsWhatWasComputed) {
   EXPECT_THAT(three.output, HasSubstr("all tables that are not more probable than this one\nHybrid: chi-square"));
   EXPECT_EQ(three.error, "");
   EXPECT_THAT(RunKalmia({"fisher", "-", "--hybrid"}, kTea).error,
-              HasSubstr("note: --hybrid plays no part in a table of 2 x 2\n"));
+              HasSubstr("note: hybrid plays no part in a table of 2 x 2\n"));
 }
 
 TEST(Fisher, HybridTakesChiSquareWhereExpectedCountsAreLarge) {
@@ -88,7 +88,9 @@ const BadInput kBadInputs[] = {
     {"a,b\n1,2\n", {}, "an exact test takes at least 2 rows and 2 columns of counts, not 1 and 2"},
     {"a\n1\n2\n", {}, "at least 2 rows and 2 columns of counts, not 2 and 1; the table has one column only"},
     {"a,b\nx,y\nz,w\n", {}, "at least 2 rows and 2 columns of counts, not 2 and 0"},
-    {"a,b,c\n1,2,3\n3,4,5\n", {"--alternative", "less"}, "--alternative less goes with a table of 2 x 2, not of 2 x 3"},
+    {"a,b,c\n1,2,3\n3,4,5\n",
+     {"--alternative", "less"},
+     "the alternative less goes with a table of 2 x 2, not of 2 x 3 (--alternative)"},
     {"a,b,c\n70000,1,1\n1,70000,1\n1,1,70000\n", {}, "too large a table for the exact test: The hash table key cannot"},
     {"a,b\n", {}, "has a header but no data rows"}};
 
@@ -115,7 +117,7 @@ TEST(Fisher, TellsTheSameAsJson) {
   EXPECT_NEAR(json["probability"], 69.0 / 70, 2e-6);  // as in the text
   const nlohmann::json hybrid = RunKalmia({"fisher", "-", "--hybrid", "--json"}, kTea).Json();
   EXPECT_EQ(hybrid["hybrid"], false);
-  EXPECT_EQ(hybrid["notes"][0], "--hybrid plays no part in a table of 2 x 2");
+  EXPECT_EQ(hybrid["notes"][0], "hybrid plays no part in a table of 2 x 2");
 }
 
 TEST(Fisher, HelpGivesAnExample) {
@@ -199,11 +201,14 @@ TEST(FailureOfQuantile, IsExitCode2ForACommandLineThatMakesNoSense) {
       {{"", "--probability", "0.5", "--df", "3"}, "DISTRIBUTION takes one of t, f, chi2 and normal, not ''"},
       {{"t", "f", "--probability", "0.5", "--df", "3"}, "quantile takes 1 word, DISTRIBUTION; 'f' is one too many"},
       {{"t", "--df", "3"}, "quantile needs --probability X: "},
-      {{"t", "--probability", "0.5"}, "quantile t needs --df X: "},
-      {{"chi2", "--probability", "0.5"}, "quantile chi2 needs --df X: "},
-      {{"normal", "--probability", "0.5", "--df", "3"}, "--df goes with t, f and chi2, not normal"},
-      {{"chi2", "--probability", "0.5", "--df", "3", "--df2", "4"}, "--df2 goes with f, not chi2"},
-      {{"chi2", "--probability", "0.5", "--df", "3", "--one-sided"}, "--one-sided goes with t and normal, not chi2"},
+      {{"t", "--probability", "0.5"},
+       "a quantile of t needs degrees of freedom from 0.001 to 1e+09 (--df); see kalmia quantile --help"},
+      {{"chi2", "--probability", "0.5"}, "a quantile of chi2 needs degrees of freedom from 0.001 to 1e+09 (--df)"},
+      {{"normal", "--probability", "0.5", "--df", "3"}, "a quantile of normal takes no degrees of freedom (--df)"},
+      {{"chi2", "--probability", "0.5", "--df", "3", "--df2", "4"},
+       "a quantile of chi2 takes no degrees of freedom of a denominator (--df2)"},
+      {{"chi2", "--probability", "0.5", "--df", "3", "--one-sided"},
+       "a quantile of chi2 has one side already (--one-sided)"},
       {{"t", "--probability", "0.99", "--df", "0.001"}, "the quantile is beyond 1.79e308"},
       {{"f", "--probability", "1e-300", "--df", "3", "--df2", "0.5"}, "the quantile is beyond 1.79e308"},
       {{"chi2", "--probability", "0.9999999999", "--df", "0.01"}, "the quantile is nearer to 0 than 2.2e-308"},
@@ -214,16 +219,21 @@ TEST(FailureOfQuantile, IsExitCode2ForACommandLineThatMakesNoSense) {
       {{"t", "--probability", "NaN", "--df", "3"}, "--probability takes a number above 0 and below 1, not 'NaN'"},
       {{"t", "--probability", "0.5", "--df", "0"}, "--df takes a number above 0, not '0'"},
       {{"t", "--probability", "0.5", "--df", "inf"}, "--df takes a number above 0, not 'inf'"},
-      {{"t", "--probability", "0.5", "--df", "1e300"}, "--df takes degrees of freedom from 0.001 to 1e+09, not 1e+300"},
-      {{"t", "--probability", "0.5", "--df", "0.0001"}, "--df takes degrees of freedom from 0.001 to 1e+09, not 1e-04"},
+      {{"t", "--probability", "0.5", "--df", "1e300"},
+       "needs degrees of freedom from 0.001 to 1e+09, not 1e+300 (--df)"},
+      {{"t", "--probability", "0.5", "--df", "0.0001"},
+       "needs degrees of freedom from 0.001 to 1e+09, not 1e-04 (--df)"},
       {{"t", "--probability", "0.5", "--df", "nan"}, "--df takes a number above 0, not 'nan'"},
       {{"t", "--probability", "0.5", "--df", "-3"}, "--df takes a number above 0, not '-3'"},
-      {{"f", "--probability", "0.5", "--df", "3", "--df2", "2e9"}, "--df2 takes degrees of freedom from 0.001 to"},
-      {{"t", "--probability", "0.5", "--df", "3", "--df2", "4"}, "--df2 goes with f, not t"},
-      {{"f", "--probability", "0.5", "--df", "3"}, "quantile f needs --df2 X: "},
+      {{"f", "--probability", "0.5", "--df", "3", "--df2", "2e9"},
+       "needs degrees of freedom of a denominator from 0.001 to 1e+09, not 2e+09 (--df2)"},
+      {{"t", "--probability", "0.5", "--df", "3", "--df2", "4"},
+       "a quantile of t takes no degrees of freedom of a denominator (--df2)"},
+      {{"f", "--probability", "0.5", "--df", "3"},
+       "a quantile of f needs degrees of freedom of a denominator from 0.001 to 1e+09 (--df2)"},
       {{"f", "--probability", "0.5", "--df", "3", "--df2", "-1"}, "--df2 takes a number above 0, not '-1'"},
       {{"f", "--probability", "0.5", "--df", "3", "--df2", "4", "--one-sided"},
-       "--one-sided goes with t and normal, not f"}};
+       "a quantile of f has one side already (--one-sided)"}};
   for (const auto& [words, message] : lines) {
     SCOPED_TRACE(::testing::PrintToString(words));
     std::vector<std::string> line = {"quantile"};

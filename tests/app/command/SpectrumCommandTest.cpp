@@ -227,9 +227,9 @@ TEST(FailureOfSpectrum, IsOneLineWithExitCode1ForBadData) {
       {"x\n3\n3\nNA\n", {}, "the column 'x' does not vary: it has neither correlations nor a spectrum"},
       {"x,y\n1,3\n2,3\n", {"--with", "y"}, "the column 'y' does not vary"},
       {"x\n3\n", {}, "the column 'x' does not vary"},
-      {"x\n1\n2\n3\n", {"--lags", "4"}, "the column 'x' has 3 rows: --lags takes 0 to 3, not 4"},
-      {"x\n1\n2\n3\n", {"--segment", "8"}, "has 3 rows: --segment takes a power of two from 2 to 4, not 8"},
-      {"x\n1\n2\n3\n4\n", {"--segment", "8"}, "has 4 rows: --segment takes a power of two from 2 to 4, not 8"},
+      {"x\n1\n2\n3\n", {"--lags", "4"}, "the column 'x' has 3 rows: its correlations go to lag 3, not 4 (--lags)"},
+      {"x\n1\n2\n3\n", {"--segment", "8"}, "has 3 rows: a segment takes up to 4, not 8 (--segment)"},
+      {"x\n1\n2\n3\n4\n", {"--segment", "8"}, "has 4 rows: a segment takes up to 4, not 8 (--segment)"},
       {"x\n1e30\n-1e30\n1e30\n", {}, "the column 'x' has a power beyond single precision"},
       {"x\n1e-21\n-1e-21\n3e-21\n", {}, "its values are too large or too small, change their unit"},
       {"x\n1e-30\n-1e-30\n3e-30\n", {}, "the column 'x' has a power beyond single precision"},
@@ -256,7 +256,8 @@ TEST(FailureOfSpectrum, IsExitCode2ForACommandLineThatMakesNoSense) {
   ExpectFailure(RunKalmia({"spectrum", "t.csv"}), 2, "spectrum needs --column NAME: ");
   ExpectFailure(RunKalmia({"spectrum", "--column", "x"}), 2, "spectrum needs a TABLE: ");
   ExpectFailure(RunSpectrum("", {"--segment", "100"}), 2,
-                "spectrum: --segment takes a power of two, such as 64, not 100; see kalmia spectrum --help");
+                "a segment of a spectrum has a power of two of rows, such as 64, not 100 (--segment); see kalmia "
+                "spectrum --help");
   ExpectFailure(RunSpectrum("", {"--segment", "2147483647"}), 2, "such as 1073741824, not 2147483647");
   ExpectFailure(RunSpectrum("", {"--segment", "1"}), 2, "--segment takes a whole number from 2 on, not '1'");
   ExpectFailure(RunSpectrum("", {"--lags", "-1"}), 2, "--lags takes a whole number from 0 on, not '-1'");

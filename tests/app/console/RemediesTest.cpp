@@ -22,10 +22,16 @@ TextBuffer BufferOf(const std::string& text) {
 }
 
 TEST(Remedies, StandBehindTheSentenceAsOptionsOfTheCommand) {
-  EXPECT_EQ(MessageOf(BadData("nothing helps")), "nothing helps");
-  EXPECT_EQ(MessageOf(BadData("words are empty or NA", Remedy::NameMissingWords)),
+  EXPECT_EQ(MessageOf(BadData("nothing helps"), "pls"), "nothing helps");
+  EXPECT_EQ(MessageOf(BadData("words are empty or NA", Remedy::NameMissingWords), "pls"),
             "words are empty or NA (--na WORD adds to these)");
-  EXPECT_EQ(MessageOf(BadFile("it is full", Remedy::GiveMemory)), "it is full; give more --memory");
+  EXPECT_EQ(MessageOf(BadFile("it is full", Remedy::GiveMemory), "cluster"), "it is full; give more --memory");
+}
+
+TEST(Remedies, NameTheOptionOfASettingAndWhereARequestIsExplained) {
+  EXPECT_EQ(MessageOf(BadData("so few rows", InSetting("lags")), "spectrum"), "so few rows (--lags)");
+  EXPECT_EQ(MessageOf(BadRequest("for single values", InSetting("sigmaFrom")), "chart"),
+            "for single values (--sigma-from); see kalmia chart --help");
 }
 
 TEST(Failure, SaysInWhichRowAndColumnWhichWordIsWrong) {

@@ -1,6 +1,6 @@
 // Quantiles that are known by heart, and recipes that make no sense.
 
-#include "kalmia/analysis/chart/Quantile.h"
+#include "kalmia/analysis/chart/QuantileResult.h"
 
 #include <gtest/gtest.h>
 
@@ -57,7 +57,7 @@ TEST(QuantileResult, RefusesRecipesThatMakeNoSenseInWordsWithoutOptions) {
               {Recipe("normal", 1.0), "a quantile of normal needs a probability above 0 and below 1"},
               {Recipe("normal", 0.5, 1.0), "a quantile of normal takes no degrees of freedom"},
               {Recipe("t", 0.5), "a quantile of t needs degrees of freedom from 0.001 to 1e+09"},
-              {Recipe("t", 0.5, 2e9), "a quantile of t needs degrees of freedom from 0.001 to 1e+09"},
+              {Recipe("t", 0.5, 2e9), "a quantile of t needs degrees of freedom from 0.001 to 1e+09, not 2e+09"},
               {Recipe("f", 0.5, 1.0), "a quantile of f needs degrees of freedom of a denominator from 0.001 to 1e+09"},
               {oneSided, "a quantile of chi2 has one side already"},
               {Recipe("t", 0.99, 1e-3), "the quantile is beyond 1.79e308"}};

@@ -1,4 +1,4 @@
-#include "kalmia/analysis/chart/Quantile.h"
+#include "kalmia/analysis/chart/QuantileResult.h"
 
 #include <cstdlib>
 #include <iterator>
@@ -16,23 +16,26 @@ constexpr DistributionKind kKinds[] = {{"t", "t", "T", true, 1},
                                        {"chi2", "chi2", "Chi2", false, 1},
                                        {"normal", "z", "Z", true, 0}};
 
-[[noreturn]] void Refuse(const QuantileRecipe& recipe, const std::string& why) {
-  throw BadRequest("a quantile of " + recipe.distribution + " " + why);
+[[noreturn]] void Refuse(const QuantileRecipe& recipe, const char* setting, const std::string& why) {
+  throw BadRequest("a quantile of " + recipe.distribution + " " + why, InSetting(setting));
 }
 
-void CheckDf(const QuantileRecipe& recipe, bool takes, const std::optional<double>& df, const std::string& what) {
-  if (df && !takes) Refuse(recipe, "takes no " + what);
+void CheckDf(const QuantileRecipe& recipe, bool takes, const std::optional<double>& df, const char* setting,
+             const std::string& what) {
+  if (df && !takes) Refuse(recipe, setting, "takes no " + what);
   if (!takes || (df && *df >= kLeastDf && *df <= kMostDf)) return;
-  Refuse(recipe, "needs " + what + " from " + Shortest(kLeastDf) + " to " + Significant(kMostDf, 1));
+  Refuse(recipe, setting,
+         "needs " + what + " from " + Shortest(kLeastDf) + " to " + Significant(kMostDf, 1) +
+             (df ? ", not " + Shortest(*df) : ""));
 }
 
 void CheckRecipe(const QuantileRecipe& recipe, const DistributionKind& kind) {
   if (!(recipe.probability > 0.0 && recipe.probability < 1.0)) {
-    Refuse(recipe, "needs a probability above 0 and below 1");
+    Refuse(recipe, "probability", "needs a probability above 0 and below 1");
   }
-  CheckDf(recipe, kind.dfs >= 1, recipe.df, "degrees of freedom");
-  CheckDf(recipe, kind.dfs >= 2, recipe.df2, "degrees of freedom of a denominator");
-  if (recipe.oneSided && !kind.hasSign) Refuse(recipe, "has one side already");
+  CheckDf(recipe, kind.dfs >= 1, recipe.df, "df", "degrees of freedom");
+  CheckDf(recipe, kind.dfs >= 2, recipe.df2, "df2", "degrees of freedom of a denominator");
+  if (recipe.oneSided && !kind.hasSign) Refuse(recipe, "oneSided", "has one side already");
 }
 
 /// Of the number, or of its size where it has a sign.
@@ -66,7 +69,8 @@ const DistributionKind& DistributionOf(const std::string& word) {
   for (const DistributionKind& kind : kKinds) {
     if (word == kind.word) return kind;
   }
-  throw BadRequest("a distribution is " + Either(DistributionWords()) + ", not " + Quoted(word));
+  throw BadRequest("a distribution is " + Either(DistributionWords()) + ", not " + Quoted(word),
+                   InSetting("distribution"));
 }
 
 QuantileResult ComputeQuantile(const QuantileRecipe& recipe) {

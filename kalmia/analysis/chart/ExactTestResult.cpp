@@ -1,6 +1,7 @@
-#include "kalmia/analysis/chart/ExactTest.h"
+#include "kalmia/analysis/chart/ExactTestResult.h"
 
 #include <algorithm>
+#include <utility>
 
 #include "kalmia/analysis/chart/internal/FourfoldTest.h"
 #include "kalmia/analysis/text/DisplayText.h"
@@ -21,7 +22,8 @@ Sta::SidedNess SideOf(const std::string& alternative) {
   const std::vector<std::string>& words = AlternativeWords();
   const auto place = std::find(words.begin(), words.end(), alternative);
   if (place == words.end()) {
-    throw BadRequest("the alternative of an exact test is " + Either(words) + ", not " + Quoted(alternative));
+    throw BadRequest("the alternative of an exact test is " + Either(words) + ", not " + Quoted(alternative),
+                     InSetting("alternative"));
   }
   return kSides[place - words.begin()];
 }
@@ -54,14 +56,27 @@ const std::vector<std::string>& AlternativeWords() {
   return words;
 }
 
-ExactTest ComputeExactTest(const CountTable& counts, const ExactTestRecipe& recipe, NCProgress* progress) {
+ExactTestResult ComputeExactTest(const ExactTestRecipe& recipe, const CsvTable& table, NCProgress* progress) {
+  Notes notes;
+  const CountTable counts = ReadCounts(table, &notes, progress);
+  ExactTestResult result = ComputeExactTest(recipe, counts, progress);
+  notes.Add(result.notes);
+  result.notes = std::move(notes);
+  return result;
+}
+
+ExactTestResult ComputeExactTest(const ExactTestRecipe& recipe, const CountTable& counts, NCProgress* progress) {
   const Sta::SidedNess side = SideOf(recipe.alternative);
-  if (!counts.IsFourfold() && side != Sta::TwoSided) {
-    throw BadRequest(counts.name + ": the alternative " + recipe.alternative + " goes with a table of 2 x 2, not of " +
-                     std::to_string(counts.rows) + " x " + std::to_string(counts.columns));
+  const bool isFourfold = counts.IsFourfold();
+  if (!isFourfold && side != Sta::TwoSided) {
+    throw BadData(counts.name + ": the alternative " + recipe.alternative + " goes with a table of 2 x 2, not of " +
+                      std::to_string(counts.rows) + " x " + std::to_string(counts.columns),
+                  InSetting("alternative"));
   }
-  return {counts, recipe.alternative, recipe.hybrid && !counts.IsFourfold(),
-          ProbabilityOf(counts, side, recipe.hybrid, progress)};
+  Notes notes;
+  if (isFourfold && recipe.hybrid) notes.Add("hybrid plays no part in a table of 2 x 2");
+  return {counts, recipe.alternative, recipe.hybrid && !isFourfold,
+          ProbabilityOf(counts, side, recipe.hybrid, progress), std::move(notes)};
 }
 
 }  // namespace kalmia::analysis

@@ -4,6 +4,8 @@
 #include <vector>
 
 #include "kalmia/analysis/table/CountTable.h"
+#include "kalmia/analysis/table/CsvTable.h"
+#include "kalmia/analysis/text/Notes.h"
 #include "kalmia/support/NCProgress.h"
 
 namespace kalmia::analysis {
@@ -18,16 +20,20 @@ struct ExactTestRecipe {
 };
 
 /// Fisher's exact test of a table of counts.
-struct ExactTest {
+struct ExactTestResult {
   CountTable counts;
   std::string alternative;
   bool hybrid;  ///< whether chi-square may have taken part
   double probability;
+  Notes notes;  ///< what was done of its own accord
 };
 
-/// Tests the counts. `progress` may be null; it tells nothing of the way through larger tables.
-/// Throws BadRequest where the recipe does not go with the table, BadData where the table is too large, Stopped where
-/// the bar wants to stop before the test.
-ExactTest ComputeExactTest(const CountTable& counts, const ExactTestRecipe& recipe, NCProgress* progress);
+/// Tests the counts in a table, or such as are given. `progress` may be null; it tells nothing of the way through
+/// larger tables. Throws BadRequest for an alternative that there is not; BadData as ReadCounts, for an alternative
+/// that does not go with the table, and where the table is too large; Stopped where the bar wants to stop before the
+/// test.
+ExactTestResult ComputeExactTest(const ExactTestRecipe& recipe, const CsvTable& table, NCProgress* progress = nullptr);
+ExactTestResult ComputeExactTest(const ExactTestRecipe& recipe, const CountTable& counts,
+                                 NCProgress* progress = nullptr);
 
 }  // namespace kalmia::analysis

@@ -1,0 +1,49 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "app/Analysis.h"
+#include "app/console/ConsoleProgress.h"
+#include "app/console/FitFiles.h"
+#include "app/console/ReadTable.h"
+#include "kalmia/analysis/file/ModelFile.h"
+#include "kalmia/analysis/model/ModelDiagnostics.h"
+#include "kalmia/analysis/report/CsvFile.h"
+#include "kalmia/analysis/report/WrittenFiles.h"
+#include "kalmia/analysis/table/CsvMarks.h"
+#include "kalmia/analysis/table/CsvTable.h"
+#include "kalmia/analysis/text/Notes.h"
+
+namespace kalmia::app {
+
+/// The report of one kind of fit.
+template <class Result>
+struct FitReport {
+  std::string (*text)(const Result&, const FitFiles&);
+  std::string (*json)(const CsvTable&, const Result&, const Notes&, const FitFiles&);
+  std::vector<CsvFile> (*csvFiles)(const Result&, const CsvMarks&);
+  std::vector<std::string> (*csvFileNames)();
+};
+
+/// Fits the model that the options ask for to one table, and reports it. A model without components writes no files.
+template <class Options, class Result>
+std::string RunFit(const Options& options, const FitReport<Result>& report, Notes* notes) {
+  CheckFitPlaces(options, report.csvFileNames());
+  auto recipe = options.recipe;
+  recipe.steps = ReadFitSteps(options);
+  const CsvTable table = ReadTable(options.table, options.reading);
+  TerminalBar bar;
+  const Result result = Fit(recipe, table, bar.Get());
+  notes->Add(result.notes);
+  FitFiles files;
+  if (result.AnyKept()) {
+    files = WriteFitFiles(
+        options, [&] { return ModelFileBytes(result.model); },
+        [&] { return report.csvFiles(result, MarksOf(options.csvMarks.Asked())); }, bar.Get());
+    if (!files.csv.empty()) NoteNoDistances(result.model, result.model.Components(), notes);
+  }
+  return options.json ? report.json(table, result, *notes, files) : report.text(result, files);
+}
+
+}  // namespace kalmia::app
