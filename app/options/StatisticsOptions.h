@@ -11,7 +11,7 @@
 #include "kalmia/analysis/chart/HistogramResult.h"
 #include "kalmia/analysis/chart/QuantileResult.h"
 #include "kalmia/analysis/chart/SpectrumResult.h"
-#include "kalmia/analysis/figure/Plot.h"
+#include "kalmia/analysis/figure/PlotTexts.h"
 
 namespace kalmia::app {
 

@@ -6,6 +6,7 @@
 
 #include "kalmia/analysis/chart/ChartTypes.h"
 #include "kalmia/analysis/chart/RunRules.h"
+#include "kalmia/analysis/chart/internal/ChartPanels.h"
 #include "kalmia/analysis/chart/internal/MovingRange.h"
 #include "kalmia/analysis/table/internal/MeasuredColumn.h"
 #include "kalmia/analysis/text/DisplayText.h"

@@ -3,6 +3,7 @@
 #include <cstdlib>
 #include <iterator>
 
+#include "kalmia/analysis/chart/internal/Distributions.h"
 #include "kalmia/analysis/text/DisplayText.h"
 #include "kalmia/analysis/text/Failure.h"
 #include "kalmia/analysis/text/Numbers.h"

@@ -4,8 +4,6 @@
 #include <string>
 #include <vector>
 
-#include "kalmia/analysis/chart/Distributions.h"
-
 namespace kalmia::analysis {
 
 /// The words for distributions: t, f, chi2 and normal.
@@ -23,6 +21,13 @@ struct DistributionKind {
 
 /// Throws BadRequest for another word.
 const DistributionKind& DistributionOf(const std::string& word);
+
+/// Which share of a distribution a probability is: what lies below its quantile, or above it.
+enum class Tail { Lower, Upper };
+
+// Degrees of freedom.
+constexpr double kLeastDf = 1e-3;
+constexpr double kMostDf = 1e9;
 
 struct QuantileRecipe {
   std::string distribution;    ///< one of DistributionWords()

@@ -5,6 +5,7 @@
 #include <map>
 #include <set>
 
+#include "kalmia/analysis/figure/internal/Plot.h"
 #include "kalmia/analysis/text/DisplayText.h"
 
 namespace kalmia::analysis {

@@ -3,7 +3,7 @@
 #include <string>
 
 #include "kalmia/analysis/chart/ChartResult.h"
-#include "kalmia/analysis/figure/Plot.h"
+#include "kalmia/analysis/figure/PlotTexts.h"
 
 namespace kalmia::analysis {
 

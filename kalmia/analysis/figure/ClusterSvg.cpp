@@ -4,7 +4,7 @@
 #include <cmath>
 #include <unordered_map>
 
-#include "kalmia/analysis/figure/Plot.h"
+#include "kalmia/analysis/figure/internal/Plot.h"
 #include "kalmia/analysis/text/DisplayText.h"
 #include "kalmia/cluster/DendroGramDrawer.h"
 

@@ -1,5 +1,7 @@
 #include "kalmia/analysis/figure/HistogramSvg.h"
 
+#include "kalmia/analysis/figure/internal/Plot.h"
+
 namespace kalmia::analysis {
 
 namespace {

@@ -3,11 +3,11 @@
 #include <string>
 
 #include "kalmia/analysis/chart/HistogramResult.h"
-#include "kalmia/analysis/figure/Plot.h"
+#include "kalmia/analysis/figure/PlotTexts.h"
 
 namespace kalmia::analysis {
 
 /// The drawing of a histogram, as an SVG file. Without texts of its own it is called after the column.
-std::string HistogramSvg(const HistogramResult& histogram, const PlotTexts& texts);
+std::string HistogramSvg(const HistogramResult& histogram, const PlotTexts& texts = {});
 
 }  // namespace kalmia::analysis

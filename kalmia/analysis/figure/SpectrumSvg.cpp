@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <optional>
 
-#include "kalmia/analysis/figure/Plot.h"
+#include "kalmia/analysis/figure/internal/Plot.h"
 #include "kalmia/analysis/text/DisplayText.h"
 
 namespace kalmia::analysis {

@@ -2,7 +2,8 @@
 
 #include <utility>
 
-#include "kalmia/analysis/fit/FitRules.h"
+#include "kalmia/analysis/fit/internal/FitRules.h"
+#include "kalmia/analysis/fit/internal/O2PLSExtraction.h"
 #include "kalmia/analysis/fit/internal/RecipeChecks.h"
 #include "kalmia/analysis/steps/Scaling.h"
 #include "kalmia/analysis/text/DisplayText.h"

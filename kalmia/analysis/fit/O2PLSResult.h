@@ -4,7 +4,6 @@
 
 #include "kalmia/analysis/fit/FitRecipes.h"
 #include "kalmia/analysis/fit/O2PLSBlocks.h"
-#include "kalmia/analysis/fit/O2PLSExtraction.h"
 #include "kalmia/analysis/model/Prediction.h"
 #include "kalmia/analysis/model/StoredModel.h"
 #include "kalmia/analysis/table/CsvTable.h"

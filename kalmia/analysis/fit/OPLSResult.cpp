@@ -4,7 +4,9 @@
 #include <utility>
 
 #include "kalmia/analysis/fit/internal/FitQuality.h"
+#include "kalmia/analysis/fit/internal/FitRules.h"
 #include "kalmia/analysis/fit/internal/FitSetup.h"
+#include "kalmia/analysis/fit/internal/OPLSExtraction.h"
 #include "kalmia/analysis/fit/internal/RecipeChecks.h"
 #include "kalmia/analysis/steps/Scaling.h"
 #include "kalmia/analysis/text/DisplayText.h"

@@ -5,7 +5,6 @@
 
 #include "kalmia/analysis/fit/FitRecipes.h"
 #include "kalmia/analysis/fit/ModelData.h"
-#include "kalmia/analysis/fit/OPLSExtraction.h"
 #include "kalmia/analysis/fit/OPLSValidation.h"
 #include "kalmia/analysis/model/Prediction.h"
 #include "kalmia/analysis/model/StoredModel.h"
@@ -13,6 +12,12 @@
 #include "kalmia/support/NCProgress.h"
 
 namespace kalmia::analysis {
+
+/// Scores of the rows, each predicted while the row was left out; components in rows. Of the kept components.
+struct CrossValidatedScores {
+  NCDataMatrix<float> t;   ///< predictive, of the model with all kept orthogonal components
+  NCDataMatrix<float> to;  ///< orthogonal, each when it was the newest
+};
 
 /// An OPLS model of a table, with all that there is to report of it.
 struct OPLSResult {

@@ -2,7 +2,7 @@
 
 #include <utility>
 
-#include "kalmia/analysis/fit/FitRules.h"
+#include "kalmia/analysis/fit/internal/FitRules.h"
 #include "kalmia/analysis/fit/internal/FitSetup.h"
 #include "kalmia/analysis/fit/internal/PCAExtraction.h"
 #include "kalmia/analysis/fit/internal/RecipeChecks.h"

@@ -2,8 +2,8 @@
 
 #include <utility>
 
-#include "kalmia/analysis/fit/FitRules.h"
 #include "kalmia/analysis/fit/internal/FitQuality.h"
+#include "kalmia/analysis/fit/internal/FitRules.h"
 #include "kalmia/analysis/fit/internal/FitSetup.h"
 #include "kalmia/analysis/fit/internal/PLSExtraction.h"
 #include "kalmia/analysis/fit/internal/RecipeChecks.h"

@@ -7,8 +7,8 @@
 #include <system_error>
 #include <utility>
 
-#include "kalmia/analysis/table/Gunzip.h"
 #include "kalmia/analysis/table/TextBuffer.h"
+#include "kalmia/analysis/table/internal/Gunzip.h"
 #include "kalmia/analysis/text/DisplayText.h"
 #include "kalmia/analysis/text/Failure.h"
 #include "kalmia/analysis/text/WorkProgress.h"

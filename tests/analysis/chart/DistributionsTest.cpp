@@ -1,4 +1,4 @@
-#include "kalmia/analysis/chart/Distributions.h"
+#include "kalmia/analysis/chart/internal/Distributions.h"
 
 #include <gtest/gtest.h>
 

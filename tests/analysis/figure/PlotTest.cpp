@@ -1,4 +1,4 @@
-#include "kalmia/analysis/figure/Plot.h"
+#include "kalmia/analysis/figure/internal/Plot.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

@@ -8,7 +8,7 @@
 
 #include "FailureOf.h"
 #include "GzipText.h"
-#include "kalmia/analysis/table/Gunzip.h"
+#include "kalmia/analysis/table/internal/Gunzip.h"
 #include "kalmia/analysis/text/Failure.h"
 #include "testing/RecordingProgress.h"
 

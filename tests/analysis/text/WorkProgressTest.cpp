@@ -9,9 +9,9 @@
 
 #include "FailureOf.h"
 #include "kalmia/analysis/fit/FillModel.h"
-#include "kalmia/analysis/fit/O2PLSExtraction.h"
-#include "kalmia/analysis/fit/OPLSExtraction.h"
 #include "kalmia/analysis/fit/internal/FilterExtraction.h"
+#include "kalmia/analysis/fit/internal/O2PLSExtraction.h"
+#include "kalmia/analysis/fit/internal/OPLSExtraction.h"
 #include "kalmia/analysis/fit/internal/PCAExtraction.h"
 #include "kalmia/analysis/fit/internal/PLSExtraction.h"
 #include "kalmia/analysis/text/Failure.h"

@@ -8,7 +8,7 @@
 
 #include "CommandRun.h"
 #include "TestTables.h"
-#include "kalmia/analysis/fit/FitRules.h"
+#include "kalmia/analysis/fit/internal/FitRules.h"
 #include "kalmia/analysis/model/Prediction.h"
 #include "kalmia/analysis/steps/Scaling.h"
 #include "kalmia/opls/NCOPLS.h"

@@ -3,7 +3,7 @@
 #include <cstdint>
 #include <string>
 
-#include "kalmia/analysis/cluster/ClusterTree.h"
+#include "kalmia/analysis/cluster/internal/ClusterTree.h"
 #include "kalmia/analysis/text/Notes.h"
 
 namespace kalmia::analysis {

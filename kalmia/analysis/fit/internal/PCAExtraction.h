@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "kalmia/analysis/fit/FitRules.h"
+#include "kalmia/analysis/fit/internal/FitRules.h"
 #include "kalmia/analysis/model/ComponentRecord.h"
 #include "kalmia/containers/NCDataMatrix.h"
 #include "kalmia/containers/NCDataVector.h"

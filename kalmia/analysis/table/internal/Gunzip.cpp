@@ -1,4 +1,4 @@
-#include "kalmia/analysis/table/Gunzip.h"
+#include "kalmia/analysis/table/internal/Gunzip.h"
 
 #include <zlib.h>
 

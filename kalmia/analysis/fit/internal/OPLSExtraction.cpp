@@ -1,4 +1,4 @@
-#include "kalmia/analysis/fit/OPLSExtraction.h"
+#include "kalmia/analysis/fit/internal/OPLSExtraction.h"
 
 #include <memory>
 #include <utility>

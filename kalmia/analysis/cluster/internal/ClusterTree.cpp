@@ -1,4 +1,4 @@
-#include "kalmia/analysis/cluster/ClusterTree.h"
+#include "kalmia/analysis/cluster/internal/ClusterTree.h"
 
 #include <algorithm>
 #include <cmath>

@@ -1,10 +1,10 @@
-#include "kalmia/analysis/fit/O2PLSExtraction.h"
+#include "kalmia/analysis/fit/internal/O2PLSExtraction.h"
 
 #include <algorithm>
 #include <cmath>
 #include <limits>
 
-#include "kalmia/analysis/fit/FitRules.h"
+#include "kalmia/analysis/fit/internal/FitRules.h"
 #include "kalmia/analysis/model/Prediction.h"
 #include "kalmia/analysis/text/DisplayText.h"
 #include "kalmia/analysis/text/Failure.h"

@@ -1,4 +1,4 @@
-#include "kalmia/analysis/figure/Svg.h"
+#include "kalmia/analysis/figure/internal/Svg.h"
 
 #include <cstring>
 #include <iterator>

@@ -1,4 +1,4 @@
-#include "kalmia/analysis/chart/ChartPanels.h"
+#include "kalmia/analysis/chart/internal/ChartPanels.h"
 
 #include <algorithm>
 #include <cmath>

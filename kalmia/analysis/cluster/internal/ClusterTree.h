@@ -1,29 +1,14 @@
 #pragma once
 
-#include <memory>
-#include <optional>
-#include <string>
 #include <vector>
 
-#include "kalmia/analysis/cluster/ClusterData.h"
 #include "kalmia/analysis/cluster/ClusterRecipe.h"
+#include "kalmia/analysis/cluster/ClusterResult.h"
 #include "kalmia/cluster/DendroGramNode.h"
+#include "kalmia/containers/NCDataMatrix.h"
 #include "kalmia/support/NCProgress.h"
 
 namespace kalmia::analysis {
-
-struct DestroyTree {
-  void operator()(DendroGram::DendroGramNode* root) const { DendroGram::DendroGramNode::Destroy(root); }
-};
-using OwnedTree = std::unique_ptr<DendroGram::DendroGramNode, DestroyTree>;
-
-/// Two clusters become one. Clusters are numbered as in a linkage matrix: the n rows of the table are 0 to n - 1, the
-/// cluster that merge k (from 0) makes is n + k.
-struct ClusterMerge {
-  int left, right;  ///< as they stand in the tree
-  float height;
-  int rows;         ///< of the merged cluster
-};
 
 /// The merges of a tree, those of a cluster always before that of it, by rising height.
 std::vector<ClusterMerge> MergesOf(const DendroGram::DendroGramNode& root);

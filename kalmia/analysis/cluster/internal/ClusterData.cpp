@@ -1,4 +1,4 @@
-#include "kalmia/analysis/cluster/ClusterData.h"
+#include "kalmia/analysis/cluster/internal/ClusterData.h"
 
 #include <algorithm>
 #include <utility>

@@ -1,4 +1,4 @@
-#include "kalmia/analysis/fit/FitRules.h"
+#include "kalmia/analysis/fit/internal/FitRules.h"
 
 #include <limits>
 

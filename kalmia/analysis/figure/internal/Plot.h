@@ -3,14 +3,9 @@
 #include <string>
 #include <vector>
 
-#include "kalmia/analysis/figure/Svg.h"
+#include "kalmia/analysis/figure/internal/Svg.h"
 
 namespace kalmia::analysis {
-
-/// Texts of a drawing that somebody chose; an empty one takes its default.
-struct PlotTexts {
-  std::string title, xLabel, yLabel;
-};
 
 /// A place on an axis, with the number to stand there.
 struct Tick {

@@ -1,4 +1,4 @@
-#include "kalmia/analysis/chart/Distributions.h"
+#include "kalmia/analysis/chart/internal/Distributions.h"
 
 #include <boost/math/distributions/chi_squared.hpp>
 #include <boost/math/distributions/fisher_f.hpp>

@@ -4,8 +4,9 @@
 #include <string>
 #include <vector>
 
-#include "kalmia/analysis/fit/FitRules.h"
+#include "kalmia/analysis/fit/OPLSResult.h"
 #include "kalmia/analysis/fit/OPLSValidation.h"
+#include "kalmia/analysis/fit/internal/FitRules.h"
 #include "kalmia/analysis/model/ComponentRecord.h"
 #include "kalmia/analysis/model/StoredModel.h"
 #include "kalmia/containers/NCDataMatrix.h"
@@ -23,12 +24,6 @@ struct OPLSTask : FitRules {
   int rounds = 0;
   std::optional<int> predictive;          ///< nothing: the model decides
   const StoredOPLSCv* resumed = nullptr;  ///< of these tables and groups; null: cross-validation starts anew
-};
-
-/// Scores of the rows, each predicted while the row was left out; components in rows. Of the kept components.
-struct CrossValidatedScores {
-  NCDataMatrix<float> t;   ///< predictive, of the model with all kept orthogonal components
-  NCDataMatrix<float> to;  ///< orthogonal, each when it was the newest
 };
 
 /// A fitted model with what cross-validation said of its components.
