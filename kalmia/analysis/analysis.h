@@ -90,6 +90,7 @@
 #include "kalmia/analysis/text/WorkProgress.h"
 #include "kalmia/analysis/validation/ClassFigures.h"
 #include "kalmia/analysis/validation/Classes.h"
+#include "kalmia/analysis/validation/ColumnFolds.h"
 #include "kalmia/analysis/validation/ComponentChoice.h"
 #include "kalmia/analysis/validation/CvAnova.h"
 #include "kalmia/analysis/validation/DiscriminantRule.h"

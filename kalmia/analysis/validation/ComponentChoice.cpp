@@ -74,6 +74,22 @@ std::size_t LastInARowAbove(double limit, const std::vector<double>& gains) {
 
 }  // namespace
 
+const std::vector<std::string>& SelectionRuleWords() {
+  static const std::vector<std::string> words = {"one-se", "randomisation", "min", "q2"};
+  return words;
+}
+
+std::optional<SelectionRule> SelectionRuleOfWord(const std::string& word) {
+  const std::vector<std::string>& words = SelectionRuleWords();
+  const auto found = std::find(words.begin(), words.end(), word);
+  if (found == words.end()) return std::nullopt;
+  return static_cast<SelectionRule>(found - words.begin());
+}
+
+const std::string& WordOfSelectionRule(SelectionRule rule) {
+  return SelectionRuleWords()[static_cast<std::size_t>(rule)];
+}
+
 ComponentChoice ChooseComponents(const RealMatrix& rowErrors, const SelectionRecipe& recipe,
                                  const std::vector<int>* groupOfRow, NCProgress* progress) {
   CheckRecipe(recipe);

@@ -2,6 +2,8 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <optional>
+#include <string>
 #include <vector>
 
 #include "kalmia/analysis/validation/RealMatrix.h"
@@ -27,6 +29,11 @@ enum class SelectionRule {
   Min,  ///< b
   Q2    ///< the last a before the first one with 1 - PRESS_a / PRESS_(a-1) <= limit
 };
+
+/// The words for the rules, in their order: one-se, randomisation, min and q2. Nothing for another word.
+const std::vector<std::string>& SelectionRuleWords();
+std::optional<SelectionRule> SelectionRuleOfWord(const std::string& word);
+const std::string& WordOfSelectionRule(SelectionRule rule);
 
 struct SelectionRecipe {
   SelectionRule rule = SelectionRule::OneSE;

@@ -18,8 +18,9 @@ int GroupsOf(std::size_t rows, int groups) {
 }
 
 void CheckRepeats(const FoldRecipe& recipe) {
-  if (recipe.repeats < 1) throw BadRequest("validation takes one repeat or more, not " + std::to_string(recipe.repeats));
-  if (recipe.repeats > 1 && recipe.scheme != FoldScheme::Random) {
+  const int repeats = recipe.repeats;
+  if (repeats < 1) throw BadRequest("validation takes one repeat or more, not " + std::to_string(repeats));
+  if (repeats > 1 && recipe.scheme != FoldScheme::Random) {
     throw BadRequest("only random groups differ from repeat to repeat");
   }
 }
@@ -78,6 +79,20 @@ std::vector<std::size_t> RowsWhere(const Folds& folds, int repeat, int group, bo
 }
 
 }  // namespace
+
+const std::vector<std::string>& FoldSchemeWords() {
+  static const std::vector<std::string> words = {"interleaved", "blocks", "random", "leave-one-out"};
+  return words;
+}
+
+std::optional<FoldScheme> FoldSchemeOfWord(const std::string& word) {
+  const std::vector<std::string>& words = FoldSchemeWords();
+  const auto found = std::find(words.begin(), words.end(), word);
+  if (found == words.end()) return std::nullopt;
+  return static_cast<FoldScheme>(found - words.begin());
+}
+
+const std::string& WordOfFoldScheme(FoldScheme scheme) { return FoldSchemeWords()[static_cast<std::size_t>(scheme)]; }
 
 Folds MakeFolds(std::size_t rows, const FoldRecipe& recipe) {
   CheckRepeats(recipe);

@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -17,6 +18,11 @@ enum class FoldScheme {
   Random,       ///< the rows in random order, dealt to the groups in turn; another order in each repeat
   LeaveOneOut   ///< each row a group of its own
 };
+
+/// The words for the schemes, in their order: interleaved, blocks, random and leave-one-out. Nothing for another word.
+const std::vector<std::string>& FoldSchemeWords();
+std::optional<FoldScheme> FoldSchemeOfWord(const std::string& word);
+const std::string& WordOfFoldScheme(FoldScheme scheme);
 
 struct FoldRecipe {
   FoldScheme scheme = FoldScheme::Interleaved;

@@ -34,6 +34,15 @@ std::size_t ChosenOf(const RealMatrix& errors, SelectionRule rule) {
   return ChooseComponents(errors, Rule(rule)).chosen;
 }
 
+TEST(ComponentChoice, HasAWordForEachRule) {
+  for (const SelectionRule rule :
+       {SelectionRule::OneSE, SelectionRule::Randomisation, SelectionRule::Min, SelectionRule::Q2}) {
+    EXPECT_EQ(SelectionRuleOfWord(WordOfSelectionRule(rule)), rule);
+  }
+  EXPECT_EQ(WordOfSelectionRule(SelectionRule::OneSE), "one-se");
+  EXPECT_EQ(SelectionRuleOfWord("auto"), std::nullopt);
+}
+
 TEST(ComponentChoice, OfGasolineIsThatOfAnIndependentComputation) {
   // left_out_gasoline.py gives MSE, best number and limit of the rule of one standard error, by numpy 1.24.2.
   const LeftOutErrors uv = ReadLeftOutGasoline("uv").errors, centre = ReadLeftOutGasoline("centre").errors;

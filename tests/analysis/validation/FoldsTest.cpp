@@ -34,6 +34,15 @@ std::vector<int> SizesOf(const Folds& folds, int repeat = 0) {
   return sizes;
 }
 
+TEST(Folds, HaveAWordForEachScheme) {
+  for (const FoldScheme scheme :
+       {FoldScheme::Interleaved, FoldScheme::Blocks, FoldScheme::Random, FoldScheme::LeaveOneOut}) {
+    EXPECT_EQ(FoldSchemeOfWord(WordOfFoldScheme(scheme)), scheme);
+  }
+  EXPECT_EQ(WordOfFoldScheme(FoldScheme::LeaveOneOut), "leave-one-out");
+  EXPECT_EQ(FoldSchemeOfWord("Blocks"), std::nullopt);
+}
+
 TEST(Folds, InterleavedAreTheGroupsOfTheLibrarysClasses) {
   for (const int rows : {2, 7, 8, 60}) {
     const Folds folds = MakeFolds(static_cast<std::size_t>(rows), FoldRecipe());
