@@ -1,5 +1,5 @@
 #pragma once
 
-/// Marks what the shared library shows: every class and function that a public header declares. All else is hidden in
-/// it.
+/// Marks what the shared libraries show: every class and function that a public header declares. All else is hidden in
+/// them.
 #define KALMIA_EXPORT __attribute__((visibility("default")))

@@ -8,6 +8,7 @@
 #include "kalmia/analysis/table/CsvTable.h"
 #include "kalmia/analysis/text/Notes.h"
 #include "kalmia/statistics/ControlChart.h"
+#include "kalmia/support/Export.h"
 #include "kalmia/support/NCProgress.h"
 
 namespace kalmia::analysis {
@@ -30,7 +31,7 @@ struct ChartSeries {
 };
 
 /// One diagram of a control chart. Its limits are NaN where it has none.
-struct ChartPanel {
+struct KALMIA_EXPORT ChartPanel {
   std::string name;
   std::vector<ChartSeries> judged;  ///< drawn as a line, a signal wherever they leave the limits
   ChartSeries background;           ///< drawn as dots, judged by nobody; often empty
@@ -51,7 +52,7 @@ struct ChartSignal {
 };
 
 /// A control chart ready to be told, drawn and written.
-struct ChartResult {
+struct KALMIA_EXPORT ChartResult {
   std::string table;
   std::string column;
   ControlChart chart;
@@ -75,16 +76,16 @@ struct ChartResult {
 };
 
 /// The limits of a chart, for others.
-StoredLimits LimitsOf(const ChartResult& result);
+KALMIA_EXPORT StoredLimits LimitsOf(const ChartResult& result);
 
 /// Throws BadRequest where a recipe makes no sense or its parts do not go together, and BadData where the limits (null
 /// for none) are of another kind of chart.
-void CheckChart(const ChartRecipe& recipe, const StoredLimits* limits);
+KALMIA_EXPORT void CheckChart(const ChartRecipe& recipe, const StoredLimits* limits);
 
 /// Makes the chart that the recipe asks for, with the limits that are given unless they are null. `progress` may be
 /// null. Throws as CheckChart and ReadMeasurements do, and BadData: less than one subgroup; too few values for limits;
 /// numbers too large.
-ChartResult ComputeChart(const ChartRecipe& recipe, const CsvTable& table, NCProgress* progress = nullptr,
+KALMIA_EXPORT ChartResult ComputeChart(const ChartRecipe& recipe, const CsvTable& table, NCProgress* progress = nullptr,
                          const StoredLimits* limits = nullptr);
 
 }  // namespace kalmia::analysis

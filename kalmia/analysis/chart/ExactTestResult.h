@@ -6,13 +6,14 @@
 #include "kalmia/analysis/table/CountTable.h"
 #include "kalmia/analysis/table/CsvTable.h"
 #include "kalmia/analysis/text/Notes.h"
+#include "kalmia/support/Export.h"
 #include "kalmia/support/NCProgress.h"
 
 namespace kalmia::analysis {
 
 /// Which tables an exact test counts besides that observed: of a 2 x 2 table those whose first cell is smaller ("less")
 /// or larger ("greater"), or all that are not more probable ("two-sided").
-const std::vector<std::string>& AlternativeWords();
+KALMIA_EXPORT const std::vector<std::string>& AlternativeWords();
 
 struct ExactTestRecipe {
   std::string alternative = "two-sided";  ///< one of AlternativeWords(); of larger tables only this one
@@ -32,8 +33,9 @@ struct ExactTestResult {
 /// larger tables. Throws BadRequest for an alternative that there is not; BadData as ReadCounts, for an alternative
 /// that does not go with the table, and where the table is too large; Stopped where the bar wants to stop before the
 /// test.
-ExactTestResult ComputeExactTest(const ExactTestRecipe& recipe, const CsvTable& table, NCProgress* progress = nullptr);
-ExactTestResult ComputeExactTest(const ExactTestRecipe& recipe, const CountTable& counts,
+KALMIA_EXPORT ExactTestResult ComputeExactTest(const ExactTestRecipe& recipe, const CsvTable& table,
+                                               NCProgress* progress = nullptr);
+KALMIA_EXPORT ExactTestResult ComputeExactTest(const ExactTestRecipe& recipe, const CountTable& counts,
                                  NCProgress* progress = nullptr);
 
 }  // namespace kalmia::analysis

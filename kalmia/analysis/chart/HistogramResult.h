@@ -5,6 +5,7 @@
 #include "kalmia/analysis/table/CsvTable.h"
 #include "kalmia/analysis/text/Notes.h"
 #include "kalmia/statistics/FrequencyHistogram.h"
+#include "kalmia/support/Export.h"
 #include "kalmia/support/NCProgress.h"
 
 namespace kalmia::analysis {
@@ -15,7 +16,7 @@ struct HistogramRecipe {
 };
 
 /// The values of a column, counted in bins of one width. Bins count from 1.
-struct HistogramResult {
+struct KALMIA_EXPORT HistogramResult {
   std::string table, column;
   int values;   ///< that are there
   int missing;  ///< cells of the column
@@ -36,6 +37,7 @@ struct HistogramResult {
 /// The histogram that the recipe asks for. `progress` may be null.
 /// Throws BadData as ReadMeasurements, and for values so large that edges of bins fall together or overflow in single
 /// precision; Stopped where the bar wants to stop.
-HistogramResult ComputeHistogram(const HistogramRecipe& recipe, const CsvTable& table, NCProgress* progress = nullptr);
+KALMIA_EXPORT HistogramResult ComputeHistogram(const HistogramRecipe& recipe, const CsvTable& table,
+                                               NCProgress* progress = nullptr);
 
 }  // namespace kalmia::analysis

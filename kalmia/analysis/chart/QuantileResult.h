@@ -4,10 +4,12 @@
 #include <string>
 #include <vector>
 
+#include "kalmia/support/Export.h"
+
 namespace kalmia::analysis {
 
 /// The words for distributions: t, f, chi2 and normal.
-const std::vector<std::string>& DistributionWords();
+KALMIA_EXPORT const std::vector<std::string>& DistributionWords();
 
 /// A distribution that has a word: its symbols, whether it is that of a number of either sign, of which the size is
 /// judged, and how many degrees of freedom it has.
@@ -20,7 +22,7 @@ struct DistributionKind {
 };
 
 /// Throws BadRequest for another word.
-const DistributionKind& DistributionOf(const std::string& word);
+KALMIA_EXPORT const DistributionKind& DistributionOf(const std::string& word);
 
 /// Which share of a distribution a probability is: what lies below its quantile, or above it.
 enum class Tail { Lower, Upper };
@@ -49,6 +51,6 @@ constexpr int kQuantileDigits = 10;
 
 /// What stays below the quantile with the given probability, of t and normal the number's size, or what exceeds it, of
 /// f and chi2. Throws BadRequest for a recipe that makes no sense, and where the quantile is beyond double precision.
-QuantileResult ComputeQuantile(const QuantileRecipe& recipe);
+KALMIA_EXPORT QuantileResult ComputeQuantile(const QuantileRecipe& recipe);
 
 }  // namespace kalmia::analysis

@@ -4,10 +4,12 @@
 #include <string>
 #include <vector>
 
+#include "kalmia/support/Export.h"
+
 namespace kalmia::analysis {
 
 /// The centre line of a chart and its limits, three standard deviations (sigma) away.
-struct RunZones {
+struct KALMIA_EXPORT RunZones {
   double centre;
   double lower;
   double upper;
@@ -39,18 +41,18 @@ struct RunSignal {
 };
 
 /// The command's words for sets of rules: western-electric, nelson.
-const std::vector<std::string>& RunRuleWords();
+KALMIA_EXPORT const std::vector<std::string>& RunRuleWords();
 
 /// The rules of that set; for an empty word the limits alone. In their order.
 /// Sources: Western Electric (1956), Statistical Quality Control Handbook, pages 25-28; Nelson (1984), J. Qual.
 /// Technol. 16, 237-239.
-const std::vector<RunRule>& RunRulesOfWord(const std::string& word);
+KALMIA_EXPORT const std::vector<RunRule>& RunRulesOfWord(const std::string& word);
 
 /// All points at which a pattern of `rules` is complete, point after point; the rules of one point in their order. All
 /// comparisons are strict: a point on a line is on neither side of it. A missing point (NaN) ends every pattern; where
 /// fewer points than `window` have come, those count that are there.
 /// Cost: values x rules x window.
-std::vector<RunSignal> FindRuns(const std::vector<double>& values, const RunZones& zones,
+KALMIA_EXPORT std::vector<RunSignal> FindRuns(const std::vector<double>& values, const RunZones& zones,
                                 const std::vector<RunRule>& rules);
 
 }  // namespace kalmia::analysis

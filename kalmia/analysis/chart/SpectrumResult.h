@@ -6,13 +6,14 @@
 
 #include "kalmia/analysis/table/CsvTable.h"
 #include "kalmia/analysis/text/Notes.h"
+#include "kalmia/support/Export.h"
 #include "kalmia/support/NCProgress.h"
 
 namespace kalmia::analysis {
 
 /// The words that a recipe takes.
-const std::vector<std::string>& WindowWords();
-const std::vector<std::string>& DetrendWords();
+KALMIA_EXPORT const std::vector<std::string>& WindowWords();
+KALMIA_EXPORT const std::vector<std::string>& DetrendWords();
 
 /// What to compute, of rows that are equally far apart.
 struct SpectrumRecipe {
@@ -32,7 +33,7 @@ struct ColumnSpectrum {
 };
 
 /// Correlations and power spectra of a column, or of two.
-struct SpectrumResult {
+struct KALMIA_EXPORT SpectrumResult {
   std::string table;
   int rows;
   std::string detrend, window;  ///< the words of the recipe
@@ -56,12 +57,13 @@ struct SpectrumResult {
 };
 
 /// Throws BadRequest where the recipe makes no sense, whatever the data.
-void CheckSpectrum(const SpectrumRecipe& recipe);
+KALMIA_EXPORT void CheckSpectrum(const SpectrumRecipe& recipe);
 
 /// The correlations and spectra that the recipe asks for. Missing cells are filled along straight lines between their
 /// neighbours, with a note. `progress` may be null.
 /// Throws as CheckSpectrum and ReadMeasurements do; BadData for a column that does not vary, for more lags or a longer
 /// segment than its rows give, and for a power beyond single precision; Stopped where the bar wants to stop.
-SpectrumResult ComputeSpectrum(const SpectrumRecipe& recipe, const CsvTable& table, NCProgress* progress = nullptr);
+KALMIA_EXPORT SpectrumResult ComputeSpectrum(const SpectrumRecipe& recipe, const CsvTable& table,
+                                             NCProgress* progress = nullptr);
 
 }  // namespace kalmia::analysis

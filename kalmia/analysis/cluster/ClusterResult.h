@@ -10,6 +10,7 @@
 #include "kalmia/analysis/text/Notes.h"
 #include "kalmia/cluster/DendroGramNode.h"
 #include "kalmia/containers/NCDataMatrix.h"
+#include "kalmia/support/Export.h"
 #include "kalmia/support/NCProgress.h"
 
 namespace kalmia::analysis {
@@ -42,7 +43,7 @@ struct ClusterMerge {
 };
 
 /// A cluster tree of the rows of a table, and where it is cut.
-struct ClusterResult {
+struct KALMIA_EXPORT ClusterResult {
   std::string table;
   std::string method;
   NCScale::Scaling scaling;
@@ -66,12 +67,12 @@ struct ClusterSummary {
   float highest = 0.0F;  ///< merge; 0 for a single row
 };
 
-std::vector<ClusterSummary> SummariesOf(const ClusterResult& result);
+KALMIA_EXPORT std::vector<ClusterSummary> SummariesOf(const ClusterResult& result);
 
 /// Builds the tree that the recipe asks for, cuts it, and judges it. Notes what it did of its own accord, and merges
 /// that are lower than one within their cluster. `progress` may be null. Throws BadRequest for a method that there is
 /// not, BadData for more clusters than rows and for distances that are too large, and as SelectClusterData and
 /// BuildTree do.
-ClusterResult Fit(const ClusterRecipe& recipe, const CsvTable& table, NCProgress* progress = nullptr);
+KALMIA_EXPORT ClusterResult Fit(const ClusterRecipe& recipe, const CsvTable& table, NCProgress* progress = nullptr);
 
 }  // namespace kalmia::analysis

@@ -4,15 +4,16 @@
 
 #include "kalmia/analysis/chart/ChartResult.h"
 #include "kalmia/analysis/table/CsvMarks.h"
+#include "kalmia/support/Export.h"
 
 namespace kalmia::analysis {
 
 /// The text of a report: the limits of each panel, the spreads they come from, and the signals.
-std::string ChartText(const ChartResult& result);
+KALMIA_EXPORT std::string ChartText(const ChartResult& result);
 
-std::string ChartJson(const ChartResult& result);
+KALMIA_EXPORT std::string ChartJson(const ChartResult& result);
 
 /// A line for each point: its rows, each series with its limits, the signals, with run rules also their names.
-std::string ChartCsv(const ChartResult& result, const CsvMarks& marks);
+KALMIA_EXPORT std::string ChartCsv(const ChartResult& result, const CsvMarks& marks);
 
 }  // namespace kalmia::analysis

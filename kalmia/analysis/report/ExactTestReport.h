@@ -3,13 +3,14 @@
 #include <string>
 
 #include "kalmia/analysis/chart/ExactTestResult.h"
+#include "kalmia/support/Export.h"
 
 namespace kalmia::analysis {
 
 /// The probability, and which tables it counts.
-std::string ExactTestText(const ExactTestResult& test);
+KALMIA_EXPORT std::string ExactTestText(const ExactTestResult& test);
 
 /// The same as JSON, format kalmia-fisher.
-std::string ExactTestJson(const ExactTestResult& test);
+KALMIA_EXPORT std::string ExactTestJson(const ExactTestResult& test);
 
 }  // namespace kalmia::analysis

@@ -5,6 +5,7 @@
 #include "kalmia/analysis/fit/FilterResult.h"
 #include "kalmia/analysis/table/CsvTable.h"
 #include "kalmia/analysis/text/Notes.h"
+#include "kalmia/support/Export.h"
 
 namespace kalmia::analysis {
 
@@ -15,9 +16,9 @@ struct FilterFiles {
 };
 
 /// The text of a report, with a filter just made and with a stored one.
-std::string FilterText(const CsvTable& table, const FilterResult& result, const FilterFiles& files);
+KALMIA_EXPORT std::string FilterText(const CsvTable& table, const FilterResult& result, const FilterFiles& files);
 /// The same as JSON, format kalmia-filter.
-std::string FilterJson(const CsvTable& table, const FilterResult& result, const FilterFiles& files,
+KALMIA_EXPORT std::string FilterJson(const CsvTable& table, const FilterResult& result, const FilterFiles& files,
                        const Notes& notes);
 
 }  // namespace kalmia::analysis

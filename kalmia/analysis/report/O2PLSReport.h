@@ -9,21 +9,22 @@
 #include "kalmia/analysis/table/CsvMarks.h"
 #include "kalmia/analysis/table/CsvTable.h"
 #include "kalmia/analysis/text/Notes.h"
+#include "kalmia/support/Export.h"
 
 namespace kalmia::analysis {
 
 /// The text of a report: all components that were tried with their verdicts, joint, unique and remaining
 /// variation of each block, what the predictions describe, then loadings and scores by name. `files` names what was
 /// written.
-std::string O2PLSText(const O2PLSResult& result, const FitFiles& files);
+KALMIA_EXPORT std::string O2PLSText(const O2PLSResult& result, const FitFiles& files);
 
 /// The same as JSON, format kalmia-o2pls.
-std::string O2PLSJson(const O2PLSResult& result, const Notes& notes, const FitFiles& files);
+KALMIA_EXPORT std::string O2PLSJson(const O2PLSResult& result, const Notes& notes, const FitFiles& files);
 
 /// The CSV files; docs/command/o2pls.md describes them. `result` has a model.
-std::vector<CsvFile> O2PLSCsvFiles(const O2PLSResult& result, const CsvMarks& marks);
+KALMIA_EXPORT std::vector<CsvFile> O2PLSCsvFiles(const O2PLSResult& result, const CsvMarks& marks);
 
 /// Their names, before there is anything to write.
-std::vector<std::string> O2PLSCsvFileNames();
+KALMIA_EXPORT std::vector<std::string> O2PLSCsvFileNames();
 
 }  // namespace kalmia::analysis

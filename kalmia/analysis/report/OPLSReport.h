@@ -9,20 +9,22 @@
 #include "kalmia/analysis/table/CsvMarks.h"
 #include "kalmia/analysis/table/CsvTable.h"
 #include "kalmia/analysis/text/Notes.h"
+#include "kalmia/support/Export.h"
 
 namespace kalmia::analysis {
 
 /// The text of a report: for each component what it is, R2X, R2Y, Q2 with its limit and the verdict, then RMSEE
 /// and RMSECV. `files` names what was written.
-std::string OPLSText(const OPLSResult& result, const FitFiles& files);
+KALMIA_EXPORT std::string OPLSText(const OPLSResult& result, const FitFiles& files);
 
 /// The same as JSON, format kalmia-opls.
-std::string OPLSJson(const CsvTable& table, const OPLSResult& result, const Notes& notes, const FitFiles& files);
+KALMIA_EXPORT std::string OPLSJson(const CsvTable& table, const OPLSResult& result, const Notes& notes,
+                                   const FitFiles& files);
 
 /// The CSV files; docs/command/opls.md describes them. `result` has a model.
-std::vector<CsvFile> OPLSCsvFiles(const OPLSResult& result, const CsvMarks& marks);
+KALMIA_EXPORT std::vector<CsvFile> OPLSCsvFiles(const OPLSResult& result, const CsvMarks& marks);
 
 /// Their names, before there is anything to write.
-std::vector<std::string> OPLSCsvFileNames();
+KALMIA_EXPORT std::vector<std::string> OPLSCsvFileNames();
 
 }  // namespace kalmia::analysis

@@ -9,21 +9,23 @@
 #include "kalmia/analysis/table/CsvMarks.h"
 #include "kalmia/analysis/table/CsvTable.h"
 #include "kalmia/analysis/text/Notes.h"
+#include "kalmia/support/Export.h"
 
 namespace kalmia::analysis {
 
 /// The text of a report: for each component R2X, Q2 with its limit and the verdicts, then loadings and scores by
 /// name. `files` names what was written.
-std::string PCAText(const PCAResult& result, const FitFiles& files);
+KALMIA_EXPORT std::string PCAText(const PCAResult& result, const FitFiles& files);
 
 /// The same as JSON, format kalmia-pca.
-std::string PCAJson(const CsvTable& table, const PCAResult& result, const Notes& notes, const FitFiles& files);
+KALMIA_EXPORT std::string PCAJson(const CsvTable& table, const PCAResult& result, const Notes& notes,
+                                  const FitFiles& files);
 
 /// The CSV files, for a model that kept components: one line for each row or column of the table,
 /// under its name.
-std::vector<CsvFile> PCACsvFiles(const PCAResult& result, const CsvMarks& marks);
+KALMIA_EXPORT std::vector<CsvFile> PCACsvFiles(const PCAResult& result, const CsvMarks& marks);
 
 /// The names of these files, before there is a model.
-std::vector<std::string> PCACsvFileNames();
+KALMIA_EXPORT std::vector<std::string> PCACsvFileNames();
 
 }  // namespace kalmia::analysis

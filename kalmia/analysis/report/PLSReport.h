@@ -9,21 +9,23 @@
 #include "kalmia/analysis/table/CsvMarks.h"
 #include "kalmia/analysis/table/CsvTable.h"
 #include "kalmia/analysis/text/Notes.h"
+#include "kalmia/support/Export.h"
 
 namespace kalmia::analysis {
 
 /// The text of a report: for each component R2X, R2Y, Q2 with its limit and the verdict, then RMSEE and RMSECV.
 /// `files` names what was written.
-std::string PLSText(const PLSResult& result, const FitFiles& files);
+KALMIA_EXPORT std::string PLSText(const PLSResult& result, const FitFiles& files);
 
 /// The same as JSON, format kalmia-pls.
-std::string PLSJson(const CsvTable& table, const PLSResult& result, const Notes& notes, const FitFiles& files);
+KALMIA_EXPORT std::string PLSJson(const CsvTable& table, const PLSResult& result, const Notes& notes,
+                                  const FitFiles& files);
 
 /// The CSV files, for a model that kept components: one line for each row or column of the table,
 /// under its name.
-std::vector<CsvFile> PLSCsvFiles(const PLSResult& result, const CsvMarks& marks);
+KALMIA_EXPORT std::vector<CsvFile> PLSCsvFiles(const PLSResult& result, const CsvMarks& marks);
 
 /// The names of these files, before there is a model.
-std::vector<std::string> PLSCsvFileNames();
+KALMIA_EXPORT std::vector<std::string> PLSCsvFileNames();
 
 }  // namespace kalmia::analysis

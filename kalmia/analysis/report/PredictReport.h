@@ -10,6 +10,7 @@
 #include "kalmia/analysis/table/CsvMarks.h"
 #include "kalmia/analysis/table/CsvTable.h"
 #include "kalmia/analysis/text/Notes.h"
+#include "kalmia/support/Export.h"
 
 namespace kalmia::analysis {
 
@@ -21,25 +22,25 @@ struct PredictFiles {
 
 /// A line for each row: what is predicted of Y, beside what was measured, or its scores; the distance to the model, and
 /// why nothing can be said. Below it the root mean square error of each Y that was measured.
-std::string PredictText(const YModelInfo& model, const CsvTable& table, const PLSPredictions& result);
-std::string PredictText(const StoredPCA& model, const CsvTable& table, const PCAPredictions& result);
+KALMIA_EXPORT std::string PredictText(const YModelInfo& model, const CsvTable& table, const PLSPredictions& result);
+KALMIA_EXPORT std::string PredictText(const StoredPCA& model, const CsvTable& table, const PCAPredictions& result);
 
 /// What a model says of new rows as JSON, format kalmia-predict, or kalmia-predict-o2pls or kalmia-predict-pca.
-std::string PredictJson(const StoredPLS& model, const PLSPredictions& result, const PredictFiles& files,
+KALMIA_EXPORT std::string PredictJson(const StoredPLS& model, const PLSPredictions& result, const PredictFiles& files,
                         const Notes& notes);
-std::string PredictJson(const StoredOPLS& model, const PLSPredictions& result, const PredictFiles& files,
+KALMIA_EXPORT std::string PredictJson(const StoredOPLS& model, const PLSPredictions& result, const PredictFiles& files,
                         const Notes& notes);
-std::string PredictJson(const StoredO2PLS& model, const PLSPredictions& result, const PredictFiles& files,
+KALMIA_EXPORT std::string PredictJson(const StoredO2PLS& model, const PLSPredictions& result, const PredictFiles& files,
                         const Notes& notes);
-std::string PredictJson(const StoredPCA& model, const PCAPredictions& result, const PredictFiles& files,
+KALMIA_EXPORT std::string PredictJson(const StoredPCA& model, const PCAPredictions& result, const PredictFiles& files,
                         const Notes& notes);
 
 /// For each row the predicted values, and the measured ones under "measured NAME" where the table has a column for a Y
 /// (empty where it has none), the distance to the model and the reason for a missing prediction.
-CsvFile PredictCsv(const YModelInfo& model, const PLSPredictions& result, const std::string& file,
+KALMIA_EXPORT CsvFile PredictCsv(const YModelInfo& model, const PLSPredictions& result, const std::string& file,
                    const CsvMarks& marks);
 /// For each row its scores, its distance to the model and the reason where it has none.
-CsvFile PredictCsv(const StoredPCA& model, const PCAPredictions& result, const std::string& file,
+KALMIA_EXPORT CsvFile PredictCsv(const StoredPCA& model, const PCAPredictions& result, const std::string& file,
                    const CsvMarks& marks);
 
 }  // namespace kalmia::analysis

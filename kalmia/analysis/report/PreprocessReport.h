@@ -5,6 +5,7 @@
 #include "kalmia/analysis/steps/PreprocessedTable.h"
 #include "kalmia/analysis/table/CsvTable.h"
 #include "kalmia/analysis/text/Notes.h"
+#include "kalmia/support/Export.h"
 
 namespace kalmia::analysis {
 
@@ -15,10 +16,10 @@ struct PreprocessFiles {
 };
 
 /// The text of a report: the steps, with what they have learnt.
-std::string PreprocessText(const PreprocessedTable& result, const PreprocessFiles& files);
+KALMIA_EXPORT std::string PreprocessText(const PreprocessedTable& result, const PreprocessFiles& files);
 
 /// The same as JSON, format kalmia-preprocess.
-std::string PreprocessJson(const CsvTable& table, const PreprocessedTable& result, const PreprocessFiles& files,
-                           const Notes& notes);
+KALMIA_EXPORT std::string PreprocessJson(const CsvTable& table, const PreprocessedTable& result,
+                                         const PreprocessFiles& files, const Notes& notes);
 
 }  // namespace kalmia::analysis

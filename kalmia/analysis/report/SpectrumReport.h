@@ -6,19 +6,20 @@
 #include "kalmia/analysis/chart/SpectrumResult.h"
 #include "kalmia/analysis/report/CsvFile.h"
 #include "kalmia/analysis/table/CsvMarks.h"
+#include "kalmia/support/Export.h"
 
 namespace kalmia::analysis {
 
 /// The correlations and the power of each column, with what is largest of each.
-std::string SpectrumText(const SpectrumResult& result);
+KALMIA_EXPORT std::string SpectrumText(const SpectrumResult& result);
 
 /// The same as JSON, format kalmia-spectrum.
-std::string SpectrumJson(const SpectrumResult& result);
+KALMIA_EXPORT std::string SpectrumJson(const SpectrumResult& result);
 
 /// correlation.csv and power.csv.
-std::vector<CsvFile> SpectrumCsvFiles(const SpectrumResult& result, const CsvMarks& marks);
+KALMIA_EXPORT std::vector<CsvFile> SpectrumCsvFiles(const SpectrumResult& result, const CsvMarks& marks);
 
 /// Their names, before there is anything to write.
-std::vector<std::string> SpectrumCsvFileNames();
+KALMIA_EXPORT std::vector<std::string> SpectrumCsvFileNames();
 
 }  // namespace kalmia::analysis

@@ -3,6 +3,8 @@
 #include <string>
 #include <vector>
 
+#include "kalmia/support/Export.h"
+
 namespace kalmia::analysis {
 
 /// Names of the files that a fit has written.
@@ -13,9 +15,9 @@ struct FitFiles {
 };
 
 /// "Saved the model as ...", "Wrote 11 files into ...", each after an empty line; empty where nothing was written.
-std::string WrittenText(const FitFiles& files);
+KALMIA_EXPORT std::string WrittenText(const FitFiles& files);
 
 /// "Wrote ...", a line for each file after an empty line; empty where there are none.
-std::string WrittenText(const std::vector<std::string>& paths);
+KALMIA_EXPORT std::string WrittenText(const std::vector<std::string>& paths);
 
 }  // namespace kalmia::analysis

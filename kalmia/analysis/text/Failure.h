@@ -5,6 +5,8 @@
 #include <string>
 #include <utility>
 
+#include "kalmia/support/Export.h"
+
 namespace kalmia::analysis {
 
 /// What may help after a failure. How it is done depends on who asks: by an option of a command, by an argument.
@@ -33,7 +35,7 @@ struct FailurePlace {
 inline FailurePlace InSetting(std::string name) { return {{}, {}, {}, std::move(name)}; }
 
 /// What ended the work, as one sentence for the person who asked for it. Whoever throws it has left nothing half done.
-class Failure : public std::runtime_error {
+class KALMIA_EXPORT Failure : public std::runtime_error {
  public:
   explicit Failure(const std::string& sentence, Remedy remedy = Remedy::None, FailurePlace place = {})
       : std::runtime_error(sentence), remedy_(remedy), place_(std::move(place)) {}
@@ -48,25 +50,25 @@ class Failure : public std::runtime_error {
 };
 
 /// The data, or what they lead to: a cell that is no number, a column without variance, a fit that cannot be computed.
-class BadData : public Failure {
+class KALMIA_EXPORT BadData : public Failure {
  public:
   using Failure::Failure;
 };
 
 /// What was asked for makes no sense, whatever the data.
-class BadRequest : public Failure {
+class KALMIA_EXPORT BadRequest : public Failure {
  public:
   using Failure::Failure;
 };
 
 /// A file that cannot be read or written, or that is not what it should be.
-class BadFile : public Failure {
+class KALMIA_EXPORT BadFile : public Failure {
  public:
   using Failure::Failure;
 };
 
 /// The user wanted to stop.
-class Stopped : public Failure {
+class KALMIA_EXPORT Stopped : public Failure {
  public:
   using Failure::Failure;
 };

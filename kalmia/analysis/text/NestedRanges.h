@@ -2,11 +2,13 @@
 
 #include <vector>
 
+#include "kalmia/support/Export.h"
+
 namespace kalmia::analysis {
 
 /// Ranges within ranges of a calculation, on one bar from 0 to 1 that never goes back, whatever the calculation says: a
 /// convergence may become worse, and a step may be shorter than the one before it was said to be.
-class NestedRanges {
+class KALMIA_EXPORT NestedRanges {
  public:
   /// The range of the innermost level.
   void SetRange(double from, double to);

@@ -3,6 +3,7 @@
 #include <string>
 
 #include "kalmia/analysis/text/NestedRanges.h"
+#include "kalmia/support/Export.h"
 #include "kalmia/support/NCProgress.h"
 
 namespace kalmia::analysis {
@@ -12,7 +13,7 @@ namespace kalmia::analysis {
 ///
 /// Every call throws Stopped once the caller's bar wants to stop, and so does every call of the bars that it
 /// hands to the library: some calculations ask for no answer, or pass it over, and are left by the exception.
-class WorkProgress {
+class KALMIA_EXPORT WorkProgress {
  public:
   explicit WorkProgress(NCProgress* callers);
   WorkProgress(const WorkProgress&) = delete;
