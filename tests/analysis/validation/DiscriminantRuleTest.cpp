@@ -39,21 +39,17 @@ RealMatrix LeftOutValues(const ClassTable& table, int components, int* largest) 
   const Folds folds = MakeFolds(table.x.rows, FoldRecipe());
   RealMatrix values(dummies.rows, dummies.columns);
   *largest = 0;
-  for (int g = 0; g < folds.groups; ++g) {
-    std::vector<bool> isTraining(dummies.rows, true);
+  ForRounds(table.x, dummies, folds, components, [&](const PlainPls& model, const std::vector<std::size_t>& leftOut) {
     std::vector<int> known = table.classes.classOfRow;
-    for (const std::size_t i : RowsOfGroup(folds, 0, g)) {
-      isTraining[i] = false;
-      known[i] = -1;
-    }
-    const RealMatrix predicted = PredictedByPlainPls(table.x, dummies, isTraining, components);
+    for (const std::size_t i : leftOut) known[i] = -1;
+    const RealMatrix& predicted = model.predicted.back();
     const RealMatrix all = DiscriminantValues(LearnDiscriminantRule(predicted, known, ClassPriors::Equal), predicted);
     const std::vector<int> byDummy = AssignedClasses(predicted);
-    for (const std::size_t i : RowsOfGroup(folds, 0, g)) {
+    for (const std::size_t i : leftOut) {
       for (std::size_t c = 0; c < values.columns; ++c) values(i, c) = all(i, c);
       *largest += byDummy[i] == table.classes.classOfRow[i] ? 1 : 0;
     }
-  }
+  });
   return values;
 }
 
@@ -69,7 +65,7 @@ TEST(DiscriminantRule, GivesIrisesTheLogOddsOfScikitLearn) {  // data/iris_log_o
                   {134, {-53.303269200364625, 2.052729001237849, -2.052729001237849}}};
   const ClassTable iris = Iris();
   const std::vector<bool> all(150, true);
-  const RealMatrix fitted = PredictedByPlainPls(iris.x, DummiesOf(iris.classes), all, 3);
+  const RealMatrix fitted = FitPlainPls(iris.x, DummiesOf(iris.classes), all, 3).predicted.back();
   const DiscriminantRule rule = LearnDiscriminantRule(fitted, iris.classes.classOfRow, ClassPriors::Equal);
   EXPECT_EQ(rule.directions.rows, 2U);
   const RealMatrix odds = LogOdds(DiscriminantValues(rule, fitted));
@@ -213,7 +209,7 @@ TEST(DiscriminantRule, IsRegularWhereAWideTableFitsEveryDummy) {
   table.classes = ClassesOf(labels);
   std::vector<bool> isTraining(30, true);
   isTraining[0] = isTraining[1] = false;
-  const RealMatrix fitted = PredictedByPlainPls(table.x, DummiesOf(table.classes), isTraining, 12);
+  const RealMatrix fitted = FitPlainPls(table.x, DummiesOf(table.classes), isTraining, 12).predicted.back();
   std::vector<int> known = table.classes.classOfRow;
   known[0] = known[1] = -1;
   const DiscriminantRule rule = LearnDiscriminantRule(fitted, known, ClassPriors::Equal);

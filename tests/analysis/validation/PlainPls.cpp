@@ -97,27 +97,63 @@ Vector Weights(const RealMatrix& x, const RealMatrix& y, const std::vector<bool>
   return w;
 }
 
+RealMatrix Unscaled(const RealMatrix& scaled, const Scale& scale) {
+  RealMatrix table = scaled;
+  for (std::size_t i = 0; i < table.rows; ++i) {
+    for (std::size_t j = 0; j < table.columns; ++j) {
+      table(i, j) = scale.means[j] + scale.deviations[j] * scaled(i, j);
+    }
+  }
+  return table;
+}
+
 }  // namespace
 
-RealMatrix PredictedByPlainPls(const RealMatrix& x, const RealMatrix& y, const std::vector<bool>& isTraining,
-                               int components) {
+PlainPls FitPlainPls(const RealMatrix& x, const RealMatrix& y, const std::vector<bool>& isTraining, int components) {
   const Scale xScale = ScaleOf(x, isTraining), yScale = ScaleOf(y, isTraining);
-  RealMatrix xLeft = Scaled(x, xScale), yLeft = Scaled(y, yScale), predicted(y.rows, y.columns);
-  for (int a = 0; a < components; ++a) {
+  RealMatrix xLeft = Scaled(x, xScale), yLeft = Scaled(y, yScale), sum(y.rows, y.columns);
+  PlainPls model;
+  model.scores = RealMatrix(x.rows, static_cast<std::size_t>(components));
+  model.predicted.push_back(Unscaled(sum, yScale));
+  for (std::size_t a = 0; a < model.scores.columns; ++a) {
     const Vector t = Times(xLeft, Weights(xLeft, yLeft, isTraining));
     const Vector p = Regressed(xLeft, t, isTraining), c = Regressed(yLeft, t, isTraining);
     Subtract(&xLeft, t, p);
     Subtract(&yLeft, t, c);
     for (std::size_t i = 0; i < y.rows; ++i) {
-      for (std::size_t j = 0; j < y.columns; ++j) predicted(i, j) += t[i] * c[j];
+      model.scores(i, a) = t[i];
+      for (std::size_t j = 0; j < y.columns; ++j) sum(i, j) += t[i] * c[j];
     }
+    model.predicted.push_back(Unscaled(sum, yScale));
   }
-  for (std::size_t i = 0; i < y.rows; ++i) {
-    for (std::size_t j = 0; j < y.columns; ++j) {
-      predicted(i, j) = yScale.means[j] + yScale.deviations[j] * predicted(i, j);
+  for (std::size_t i = 0; i < x.rows; ++i) {
+    model.xResiduals.push_back(0.0);
+    for (std::size_t k = 0; k < x.columns; ++k) model.xResiduals[i] += xLeft(i, k) * xLeft(i, k);
+  }
+  return model;
+}
+
+void ForRounds(const RealMatrix& x, const RealMatrix& y, const kalmia::analysis::Folds& folds, int components,
+               const std::function<void(const PlainPls&, const std::vector<std::size_t>&)>& use) {
+  for (int g = 0; g < folds.groups; ++g) {
+    const std::vector<std::size_t> leftOut = RowsOfGroup(folds, 0, g);
+    std::vector<bool> isTraining(x.rows, true);
+    for (const std::size_t i : leftOut) isTraining[i] = false;
+    use(FitPlainPls(x, y, isTraining, components), leftOut);
+  }
+}
+
+kalmia::analysis::LeftOutErrors LeftOutErrorsOfPlainPls(const RealMatrix& x, const RealMatrix& y,
+                                                        const kalmia::analysis::Folds& folds, int components) {
+  std::vector<RealMatrix> predicted(static_cast<std::size_t>(components) + 1, RealMatrix(y.rows, y.columns));
+  ForRounds(x, y, folds, components, [&](const PlainPls& model, const std::vector<std::size_t>& leftOut) {
+    for (std::size_t a = 0; a < predicted.size(); ++a) {
+      for (const std::size_t i : leftOut) {
+        for (std::size_t j = 0; j < y.columns; ++j) predicted[a](i, j) = model.predicted[a](i, j);
+      }
     }
-  }
-  return predicted;
+  });
+  return kalmia::analysis::JudgeLeftOutRows(y, {predicted});
 }
 
 RealMatrix ColumnsOfFile(const std::string& path, int first, int count) {
