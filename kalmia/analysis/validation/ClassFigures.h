@@ -3,6 +3,7 @@
 #include <vector>
 
 #include "kalmia/analysis/validation/RealMatrix.h"
+#include "kalmia/support/Export.h"
 
 namespace kalmia::analysis {
 
@@ -19,12 +20,12 @@ struct ClassFigures {
 
 /// From the values of a discriminant rule, N x C, preferably of rows that were left out when it was learnt; a row's
 /// class is a number below C, or -1.
-ClassFigures JudgeClasses(const std::vector<int>& classOfRow, const RealMatrix& values);
+KALMIA_EXPORT ClassFigures JudgeClasses(const std::vector<int>& classOfRow, const RealMatrix& values);
 
 /// The area under the ROC curve, as Mann and Whitney's statistic: the share of pairs of a positive and a negative row
 /// in which the positive one scores higher; equal scores count as half. Scores that are not numbers do not count,
 /// infinite ones do. Not a number without a pair. Cost: n log n.
 /// Source: J. A. Hanley, B. J. McNeil, Radiology 143 (1982) 29-36.
-double AreaUnderCurve(const std::vector<double>& scores, const std::vector<bool>& isPositive);
+KALMIA_EXPORT double AreaUnderCurve(const std::vector<double>& scores, const std::vector<bool>& isPositive);
 
 }  // namespace kalmia::analysis

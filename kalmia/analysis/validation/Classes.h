@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "kalmia/analysis/validation/RealMatrix.h"
+#include "kalmia/support/Export.h"
 
 namespace kalmia::analysis {
 
@@ -16,9 +17,9 @@ struct Classes {
 /// The classes of labels, of which an empty one stands for none.
 /// Throws BadData for fewer than two classes, and for a class of a single row, which it names: no model can be asked
 /// for a class that it has never seen.
-Classes ClassesOf(const std::vector<std::string>& labels);
+KALMIA_EXPORT Classes ClassesOf(const std::vector<std::string>& labels);
 
 /// A column for each class, 1 in its rows and 0 in those of the others; rows without a class have no cells.
-RealMatrix DummiesOf(const Classes& classes);
+KALMIA_EXPORT RealMatrix DummiesOf(const Classes& classes);
 
 }  // namespace kalmia::analysis

@@ -3,6 +3,8 @@
 #include <cstddef>
 #include <vector>
 
+#include "kalmia/support/Export.h"
+
 namespace kalmia::analysis {
 
 // The cells of a table that stay out of a PCA in turn. Leaving rows out alone says nothing, as a row's own cells make
@@ -18,11 +20,11 @@ struct ColumnFolds {
   std::vector<int> groupOfColumn;
 };
 
-ColumnFolds MakeColumnFolds(std::size_t columns, int rowGroups);
+KALMIA_EXPORT ColumnFolds MakeColumnFolds(std::size_t columns, int rowGroups);
 
 /// The largest number of components that scores can be had for from the columns outside any group: less than
 /// K - ceil(K / H); 0 where there is none.
-int MostComponentsOfColumns(std::size_t columns, int columnGroups);
+KALMIA_EXPORT int MostComponentsOfColumns(std::size_t columns, int columnGroups);
 
 /// Which rows and how many components such a validation can judge.
 struct PredictableRows {
@@ -35,6 +37,6 @@ struct PredictableRows {
 /// From the number of present cells that each row has outside the group that leaves it the fewest. Rows with no more
 /// than `mostComponents` of them take no part; where these are more than a tenth of the rows, the number of components
 /// falls until they are not, at the lowest to 0.
-PredictableRows RowsToPredict(const std::vector<int>& fewestCellsOutside, int mostComponents);
+KALMIA_EXPORT PredictableRows RowsToPredict(const std::vector<int>& fewestCellsOutside, int mostComponents);
 
 }  // namespace kalmia::analysis

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "kalmia/analysis/validation/RealMatrix.h"
+#include "kalmia/support/Export.h"
 #include "kalmia/support/NCProgress.h"
 
 namespace kalmia::analysis {
@@ -31,9 +32,9 @@ enum class SelectionRule {
 };
 
 /// The words for the rules, in their order: one-se, randomisation, min and q2. Nothing for another word.
-const std::vector<std::string>& SelectionRuleWords();
-std::optional<SelectionRule> SelectionRuleOfWord(const std::string& word);
-const std::string& WordOfSelectionRule(SelectionRule rule);
+KALMIA_EXPORT const std::vector<std::string>& SelectionRuleWords();
+KALMIA_EXPORT std::optional<SelectionRule> SelectionRuleOfWord(const std::string& word);
+KALMIA_EXPORT const std::string& WordOfSelectionRule(SelectionRule rule);
 
 struct SelectionRecipe {
   SelectionRule rule = SelectionRule::OneSE;
@@ -59,7 +60,8 @@ struct ComponentChoice {
 /// gives each its group, from 0 on: then the standard error and the flips take the groups' means for the n units they
 /// go by, and MSE and PRESS the rows as ever. With one unit the standard error is 0.
 /// Throws BadRequest for another alpha or number of flips, Stopped where `progress`, which may be null, wants to stop.
-ComponentChoice ChooseComponents(const RealMatrix& rowErrors, const SelectionRecipe& recipe,
-                                 const std::vector<int>* groupOfRow = nullptr, NCProgress* progress = nullptr);
+KALMIA_EXPORT ComponentChoice ChooseComponents(const RealMatrix& rowErrors, const SelectionRecipe& recipe,
+                                               const std::vector<int>* groupOfRow = nullptr,
+                                               NCProgress* progress = nullptr);
 
 }  // namespace kalmia::analysis

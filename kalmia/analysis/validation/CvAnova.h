@@ -4,6 +4,8 @@
 #include <optional>
 #include <vector>
 
+#include "kalmia/support/Export.h"
+
 namespace kalmia::analysis {
 
 /// Analysis of variance of the errors of left-out rows: whether a model predicts a Y column better than its mean does.
@@ -25,7 +27,7 @@ struct CvAnova {
 /// noise it finds next to nothing. With several Y columns each is judged alone, by a model of all: a rule of thumb.
 /// `y` and `squaredErrors` have a cell for each row; not a number where there is none.
 /// Source: L. Eriksson, J. Trygg, S. Wold, J. Chemometrics 22 (2008) 594-600.
-std::optional<CvAnova> ComputeCvAnova(const std::vector<double>& y, const std::vector<double>& squaredErrors,
-                                      int components);
+KALMIA_EXPORT std::optional<CvAnova> ComputeCvAnova(const std::vector<double>& y,
+                                                    const std::vector<double>& squaredErrors, int components);
 
 }  // namespace kalmia::analysis

@@ -3,6 +3,7 @@
 #include <vector>
 
 #include "kalmia/analysis/validation/RealMatrix.h"
+#include "kalmia/support/Export.h"
 
 namespace kalmia::analysis {
 
@@ -33,20 +34,20 @@ struct DiscriminantRule {
 };
 
 /// Learns from the fitted dummies, N x C, of rows whose class is known. Rows without a class (-1) or with a cell that
-/// is not a number take no part; one row takes part at least, not checked. Where all f are alike, as under no component,
-/// the largest prior decides, the first of equal ones. Throws BadData where squares of f overflow.
-DiscriminantRule LearnDiscriminantRule(const RealMatrix& fitted, const std::vector<int>& classOfRow,
-                                       ClassPriors priors);
+/// is not a number take no part; one row takes part at least, not checked. Where all f are alike, as under no
+/// component, the largest prior decides, the first of equal ones. Throws BadData where squares of f overflow.
+KALMIA_EXPORT DiscriminantRule LearnDiscriminantRule(const RealMatrix& fitted, const std::vector<int>& classOfRow,
+                                                     ClassPriors priors);
 
 /// v of each row, N x C, from its fitted or predicted dummies; no numbers in a row that has none. The values of several
 /// repeats' rules may be averaged: differences between classes are what counts.
-RealMatrix DiscriminantValues(const DiscriminantRule& rule, const RealMatrix& dummies);
+KALMIA_EXPORT RealMatrix DiscriminantValues(const DiscriminantRule& rule, const RealMatrix& dummies);
 
 /// The class of the largest value in each row, the first of equal ones; -1 for a row without values.
-std::vector<int> AssignedClasses(const RealMatrix& values);
+KALMIA_EXPORT std::vector<int> AssignedClasses(const RealMatrix& values);
 
 /// For each row and class v_g - ln sum over the others of exp v_h, by logarithms throughout: the logarithm of the odds
 /// for the class against all others. Minus infinity for a class that the rule has not seen.
-RealMatrix LogOdds(const RealMatrix& values);
+KALMIA_EXPORT RealMatrix LogOdds(const RealMatrix& values);
 
 }  // namespace kalmia::analysis

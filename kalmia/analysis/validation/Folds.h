@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "kalmia/analysis/validation/RandomDraws.h"
+#include "kalmia/support/Export.h"
 
 namespace kalmia::analysis {
 
@@ -20,9 +21,9 @@ enum class FoldScheme {
 };
 
 /// The words for the schemes, in their order: interleaved, blocks, random and leave-one-out. Nothing for another word.
-const std::vector<std::string>& FoldSchemeWords();
-std::optional<FoldScheme> FoldSchemeOfWord(const std::string& word);
-const std::string& WordOfFoldScheme(FoldScheme scheme);
+KALMIA_EXPORT const std::vector<std::string>& FoldSchemeWords();
+KALMIA_EXPORT std::optional<FoldScheme> FoldSchemeOfWord(const std::string& word);
+KALMIA_EXPORT const std::string& WordOfFoldScheme(FoldScheme scheme);
 
 struct FoldRecipe {
   FoldScheme scheme = FoldScheme::Interleaved;
@@ -45,22 +46,22 @@ struct Folds {
 /// Folds of so many rows; more groups than rows become as many groups as rows, each of one row.
 /// Throws BadRequest for fewer than 2 groups, fewer than 1 repeat and for several repeats of a scheme that would do the
 /// same in each; BadData for fewer than 2 rows.
-Folds MakeFolds(std::size_t rows, const FoldRecipe& recipe);
+KALMIA_EXPORT Folds MakeFolds(std::size_t rows, const FoldRecipe& recipe);
 
 /// Random folds within classes: the rows of each class in random order, class after class, dealt to the groups in
 /// turn, so that each group has of each class either of two neighbouring numbers. The class of a row is a number from
 /// 0 on, or -1 for none; rows without a class are dealt last. Reads groups, repeats and seed, whatever the scheme.
 /// Throws as MakeFolds does.
-Folds MakeFoldsWithinClasses(const std::vector<int>& classOfRow, const FoldRecipe& recipe);
+KALMIA_EXPORT Folds MakeFoldsWithinClasses(const std::vector<int>& classOfRow, const FoldRecipe& recipe);
 
 /// Folds by labels: a group has the rows of one label. Groups are numbered in the order in which they appear.
 /// Throws BadData where there are fewer than two labels.
-Folds FoldsOfLabels(const std::vector<std::string>& labels);
+KALMIA_EXPORT Folds FoldsOfLabels(const std::vector<std::string>& labels);
 
 /// The rows that stay out in a round, ascending.
-std::vector<std::size_t> RowsOfGroup(const Folds& folds, int repeat, int group);
+KALMIA_EXPORT std::vector<std::size_t> RowsOfGroup(const Folds& folds, int repeat, int group);
 /// The rows that the model of a round is fitted to, ascending.
-std::vector<std::size_t> RowsOutsideGroup(const Folds& folds, int repeat, int group);
+KALMIA_EXPORT std::vector<std::size_t> RowsOutsideGroup(const Folds& folds, int repeat, int group);
 
 /// A class without a row in the model of a round: its rows, all of which are left out, cannot be found.
 struct AbsentClass {
@@ -70,6 +71,6 @@ struct AbsentClass {
 };
 
 /// All of them, by repeat and class. Classes of the rows as MakeFoldsWithinClasses takes them.
-std::vector<AbsentClass> ClassesAbsentInRounds(const Folds& folds, const std::vector<int>& classOfRow);
+KALMIA_EXPORT std::vector<AbsentClass> ClassesAbsentInRounds(const Folds& folds, const std::vector<int>& classOfRow);
 
 }  // namespace kalmia::analysis

@@ -5,6 +5,7 @@
 #include <cstddef>
 #include <utility>
 
+#include "kalmia/analysis/text/WorkProgress.h"
 #include "kalmia/analysis/validation/RealMatrix.h"
 #include "kalmia/analysis/validation/internal/Probabilities.h"
 
@@ -21,13 +22,15 @@ void JackKnife::AddRound(const std::vector<double>& numbers) {
   }
 }
 
-JackKnifeResult JackKnife::Result(double share, double least) const {
+JackKnifeResult JackKnife::Result(double share, double least, NCProgress* progress) const {
+  WorkProgress work(progress);
   JackKnifeResult result;
   result.degrees = groups_ - 1;
   const double t = QuantileOfAbsoluteStudent(share, result.degrees);
   const double repeats = static_cast<double>(rounds_) / groups_;
   const double weight = static_cast<double>(result.degrees) / groups_ / repeats;
   for (std::size_t k = 0; k < numbers_.size(); ++k) {
+    if (k % 1024 == 0) work.Ask();
     const double b = numbers_[k], s = std::sqrt(weight * squares_[k]);
     result.standardErrors.push_back(s);
     result.lower.push_back(std::max(least, b - t * s));

@@ -3,6 +3,9 @@
 #include <limits>
 #include <vector>
 
+#include "kalmia/support/Export.h"
+#include "kalmia/support/NCProgress.h"
+
 namespace kalmia::analysis {
 
 /// How certain the numbers of a model are, a cell for each.
@@ -23,7 +26,7 @@ struct JackKnifeResult {
 /// weight. Each round brings one vector with a cell for each number, in units that are the same in all rounds; a column
 /// without spread in a round has the coefficient 0 there. p is not corrected for the number of columns.
 /// Source: H. Martens, M. Martens, Food Qual. Prefer. 11 (2000) 5-16.
-class JackKnife {
+class KALMIA_EXPORT JackKnife {
  public:
   /// G groups, at least 2.
   JackKnife(std::vector<double> numbersOfModel, int groups);
@@ -33,7 +36,9 @@ class JackKnife {
 
   /// After whole repeats, one at least: intervals of the probability `share` (0.5 to 0.9999), cut at `least` below, as
   /// at 0 for numbers that cannot be negative.
-  JackKnifeResult Result(double share = 0.95, double least = -std::numeric_limits<double>::infinity()) const;
+  /// Cost: some three microseconds a number. Throws Stopped where `progress`, which may be null, wants to stop.
+  JackKnifeResult Result(double share = 0.95, double least = -std::numeric_limits<double>::infinity(),
+                         NCProgress* progress = nullptr) const;
 
  private:
   std::vector<double> numbers_;

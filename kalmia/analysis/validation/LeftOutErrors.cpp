@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "kalmia/analysis/text/Failure.h"
+#include "kalmia/analysis/text/WorkProgress.h"
 
 namespace kalmia::analysis {
 
@@ -27,7 +28,8 @@ double DeviationOf(const std::vector<double>& values) {
 
 class Judgement {
  public:
-  Judgement(const RealMatrix& y, const Repeats& repeats) : y_(y), repeats_(repeats) {}
+  Judgement(const RealMatrix& y, const Repeats& repeats, NCProgress* progress)
+      : y_(y), repeats_(repeats), work_(progress) {}
 
   LeftOutErrors Judge() {
     WeighColumns();
@@ -39,6 +41,11 @@ class Judgement {
   }
 
  private:
+  /// Looks whether to stop, at one place in some thousand.
+  void AskAt(std::size_t place) {
+    if (place % 4096 == 0) work_.Ask();
+  }
+
   void WeighColumns() {
     errors_.deviations = ColumnDeviations(y_);
     for (std::size_t j = 0; j < y_.columns; ++j) {
@@ -50,6 +57,7 @@ class Judgement {
   void FindPredictedRows() {
     isPredicted_.resize(y_.rows);
     for (std::size_t i = 0; i < y_.rows; ++i) {
+      AskAt(i);
       isPredicted_[i] = IsPredicted(i);
       if (!isPredicted_[i]) ++errors_.unpredictedRows;
     }
@@ -74,6 +82,7 @@ class Judgement {
     RealMatrix predicted(y_.rows, y_.columns), squares(y_.rows, y_.columns);
     for (const std::vector<RealMatrix>& repeat : repeats_) {
       for (std::size_t c = 0; c < y_.cells.size(); ++c) {
+        AskAt(c);
         const double error = y_.cells[c] - repeat[a].cells[c];
         predicted.cells[c] += repeat[a].cells[c];
         squares.cells[c] += error * error;
@@ -103,6 +112,7 @@ class Judgement {
     errors_.press.assign(numbers, 0.0);
     bool isAny = false;
     for (std::size_t i = 0; i < y_.rows; ++i) {
+      AskAt(i);
       if (!HasError(i)) continue;
       isAny = true;
       for (std::size_t a = 0; a < numbers; ++a) {
@@ -134,6 +144,7 @@ class Judgement {
     std::vector<double> sums(errors_.squaredErrors.size(), 0.0);
     std::size_t cells = 0;
     for (std::size_t i = 0; i < y_.rows; ++i) {
+      AskAt(i);
       if (!Counts(i, j)) continue;
       ++cells;
       for (std::size_t a = 0; a < sums.size(); ++a) sums[a] += errors_.squaredErrors[a](i, j);
@@ -150,6 +161,7 @@ class Judgement {
 
   const RealMatrix& y_;
   const Repeats& repeats_;
+  WorkProgress work_;
   std::vector<bool> isPredicted_;
   LeftOutErrors errors_;
 };
@@ -168,8 +180,9 @@ std::vector<double> ColumnDeviations(const RealMatrix& y) {
   return deviations;
 }
 
-LeftOutErrors JudgeLeftOutRows(const RealMatrix& y, const std::vector<std::vector<RealMatrix>>& predictions) {
-  return Judgement(y, predictions).Judge();
+LeftOutErrors JudgeLeftOutRows(const RealMatrix& y, const std::vector<std::vector<RealMatrix>>& predictions,
+                               NCProgress* progress) {
+  return Judgement(y, predictions, progress).Judge();
 }
 
 }  // namespace kalmia::analysis

@@ -4,6 +4,8 @@
 #include <vector>
 
 #include "kalmia/analysis/validation/RealMatrix.h"
+#include "kalmia/support/Export.h"
+#include "kalmia/support/NCProgress.h"
 
 namespace kalmia::analysis {
 
@@ -35,14 +37,17 @@ struct LeftOutErrors {
 /// Judges predictions[repeat][a], each N x M as `y` is, shapes not checked; there is one repeat at least, and all have
 /// the same A. a = 0 is the mean of the rows that stayed in. Missing: a cell of `y` that is not a number is not
 /// measured; a prediction that is not a finite number is none.
-/// Throws BadData where no column has spread, or no row with a measured value is predicted.
+/// Throws BadData where no column has spread, or no row with a measured value is predicted; Stopped where `progress`,
+/// which may be null, wants to stop.
 /// Cost: one pass over the predictions. Sums run over the rows in order.
 /// Sources: M. Stone, J. R. Stat. Soc. B 36 (1974) 111-147; D. M. Allen, Technometrics 16 (1974) 125-127; V. Consonni,
 /// D. Ballabio, R. Todeschini, J. Chemometrics 24 (2010) 194-201, who compare definitions of Q2.
-LeftOutErrors JudgeLeftOutRows(const RealMatrix& y, const std::vector<std::vector<RealMatrix>>& predictions);
+KALMIA_EXPORT LeftOutErrors JudgeLeftOutRows(const RealMatrix& y,
+                                             const std::vector<std::vector<RealMatrix>>& predictions,
+                                             NCProgress* progress = nullptr);
 
 /// The standard deviation (divisor n - 1) of the measured values of each column; exactly 0 where all are alike or there
 /// are fewer than two.
-std::vector<double> ColumnDeviations(const RealMatrix& y);
+KALMIA_EXPORT std::vector<double> ColumnDeviations(const RealMatrix& y);
 
 }  // namespace kalmia::analysis

@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "kalmia/analysis/validation/RealMatrix.h"
+#include "kalmia/support/Export.h"
 #include "kalmia/support/NCProgress.h"
 
 namespace kalmia::analysis {
@@ -27,8 +28,8 @@ struct PairedTest {
 /// no numbers and p is 1. Sizes are alike, not checked; `flips` is at least 1.
 /// Throws BadRequest for fewer flips, Stopped where `progress`, which may be null, wants to stop.
 /// Source: H. van der Voet, Chemom. Intell. Lab. Syst. 25 (1994) 313-323.
-PairedTest ComparePaired(const std::vector<double>& rowErrors, const std::vector<double>& otherRowErrors,
-                         const std::vector<int>* groupOfRow = nullptr, int flips = 999, std::uint64_t seed = 1,
-                         NCProgress* progress = nullptr);
+KALMIA_EXPORT PairedTest ComparePaired(const std::vector<double>& rowErrors, const std::vector<double>& otherRowErrors,
+                                       const std::vector<int>* groupOfRow = nullptr, int flips = 999,
+                                       std::uint64_t seed = 1, NCProgress* progress = nullptr);
 
 }  // namespace kalmia::analysis

@@ -5,6 +5,7 @@
 
 #include "kalmia/analysis/validation/RandomDraws.h"
 #include "kalmia/analysis/validation/RealMatrix.h"
+#include "kalmia/support/Export.h"
 
 namespace kalmia::analysis {
 
@@ -14,15 +15,15 @@ namespace kalmia::analysis {
 // RandomUse::Permutations; rows in any order are draws.Order(N).
 
 /// Whether each group has as many rows as the others, so that groups can change places as wholes. Groups count from 0.
-bool AreGroupsOfOneSize(const std::vector<int>& groupOfRow);
+KALMIA_EXPORT bool AreGroupsOfOneSize(const std::vector<int>& groupOfRow);
 
 /// Groups of rows that belong together, as repeated measurements of one sample do, in random order: the k-th row of a
 /// group takes the Y of the k-th row of another one. The groups are of one size, not checked.
-std::vector<std::size_t> PermutedGroups(const std::vector<int>& groupOfRow, RandomDraws* draws);
+KALMIA_EXPORT std::vector<std::size_t> PermutedGroups(const std::vector<int>& groupOfRow, RandomDraws* draws);
 
 /// Pearson's correlation of the permuted with the original Y over the rows that have both, as a mean over the columns
 /// that have one; not a number where none has.
-double CorrelationWithPermuted(const RealMatrix& y, const std::vector<std::size_t>& sources);
+KALMIA_EXPORT double CorrelationWithPermuted(const RealMatrix& y, const std::vector<std::size_t>& sources);
 
 /// How good a model is, of the true Y or of a permuted one.
 struct PermutationRun {
@@ -48,6 +49,7 @@ struct PermutationJudgement {
 /// Judge by p: n = 99 runs can give 0.01 at the least, 999 give 0.001.
 /// Sources: B. Phipson, G. K. Smyth, Stat. Appl. Genet. Mol. Biol. 9 (2010) 39; E. Szymanska et al., Metabolomics 8
 /// (2012) S3-S16; for the lines J. Westerhuis et al., Metabolomics 4 (2008) 81-89.
-PermutationJudgement JudgePermutations(const PermutationRun& original, const std::vector<PermutationRun>& runs);
+KALMIA_EXPORT PermutationJudgement JudgePermutations(const PermutationRun& original,
+                                                     const std::vector<PermutationRun>& runs);
 
 }  // namespace kalmia::analysis

@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "kalmia/analysis/validation/RealMatrix.h"
+#include "kalmia/support/Export.h"
 
 namespace kalmia::analysis {
 
@@ -17,10 +18,10 @@ struct ScoreMoments {
 
 /// Of the scores, N x A, over the rows with all scores, or those of them that `takesPart` names, N cells, where it is
 /// given: for one Y column the rows that it is measured in.
-ScoreMoments MomentsOfScores(const RealMatrix& scores, const std::vector<bool>* takesPart = nullptr);
+KALMIA_EXPORT ScoreMoments MomentsOfScores(const RealMatrix& scores, const std::vector<bool>* takesPart = nullptr);
 
 /// T2 = sum over the components of (t_a - mean_a)^2 / var_a, of A scores; not a number if one of them is none.
-double T2OfScores(const ScoreMoments& moments, const double* scores);
+KALMIA_EXPORT double T2OfScores(const ScoreMoments& moments, const double* scores);
 
 /// How far one Y column of a new row can be from what is predicted: what a stored model keeps.
 struct IntervalTerms {
@@ -36,15 +37,16 @@ struct IntervalTerms {
 /// not numbers. Nothing where N - 1 - A < 1 or no row has both.
 /// Sources: K. Faber, R. Bro, Chemom. Intell. Lab. Syst. 61 (2002) 133-149; N. M. Faber, X.-H. Song, P. K. Hopke,
 /// Trends Anal. Chem. 22 (2003) 330-334; A. Hoskuldsson, J. Chemometrics 2 (1988) 211-228.
-std::optional<IntervalTerms> IntervalTermsOf(const std::vector<double>& squaredErrors, const std::vector<double>& t2,
-                                             std::size_t rows, int components);
+KALMIA_EXPORT std::optional<IntervalTerms> IntervalTermsOf(const std::vector<double>& squaredErrors,
+                                                           const std::vector<double>& t2, std::size_t rows,
+                                                           int components);
 
 /// Half the width of the interval that covers a new row's value with the probability `share` (0.5 to 0.9999):
 ///
 ///   t(share; N - 1 - A) s sqrt(1 + 1/N + T2 / (N - 1)),  t the quantile of |T|.
 ///
 /// It grows with T2; rows beyond the limits of the model are extrapolated, whatever the interval says.
-class IntervalHalfWidth {
+class KALMIA_EXPORT IntervalHalfWidth {
  public:
   IntervalHalfWidth(const IntervalTerms& terms, double share);  ///< finds the quantile, some microseconds
   double At(double t2) const;  ///< not a number for a T2 that is none

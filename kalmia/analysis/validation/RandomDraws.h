@@ -5,6 +5,8 @@
 #include <cstdint>
 #include <vector>
 
+#include "kalmia/support/Export.h"
+
 namespace kalmia::analysis {
 
 /// What random numbers are drawn for. Each use has a stretch of the generator's numbers to itself, so that folds and
@@ -25,7 +27,7 @@ enum class RandomUse { Folds = 0, Permutations = 1, SignFlips = 2 };
 /// The use of number u begins 2^128 u words further on. Copies go on alike. Cost: a nanosecond a word.
 /// Source: D. Blackman, S. Vigna, Scrambled linear pseudorandom number generators, ACM Trans. Math. Softw. 47 (2021);
 /// splitmix64: G. L. Steele, D. Lea, C. H. Flood, Fast splittable pseudorandom number generators, OOPSLA 2014.
-class RandomDraws {
+class KALMIA_EXPORT RandomDraws {
  public:
   explicit RandomDraws(std::uint64_t seed, RandomUse use = RandomUse::Folds);
   /// Goes on from a state, of which one word at least is not 0 (not checked).

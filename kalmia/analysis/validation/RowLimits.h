@@ -4,6 +4,8 @@
 #include <optional>
 #include <vector>
 
+#include "kalmia/support/Export.h"
+
 namespace kalmia::analysis {
 
 // Limits that a given share of the rows stays within, if the model holds for them. Shares from 0.5 to 0.9999, not
@@ -15,7 +17,7 @@ namespace kalmia::analysis {
 ///
 /// Approximate where scores correlate or rows have holes. Nothing for A < 1 and N <= A + 1.
 /// Source: N. D. Tracy, J. C. Young, R. L. Mason, J. Qual. Technol. 24 (1992) 88-95.
-std::optional<double> T2LimitOfTrainingRows(std::size_t rows, int components, double share);
+KALMIA_EXPORT std::optional<double> T2LimitOfTrainingRows(std::size_t rows, int components, double share);
 
 /// The same of rows that the model has not seen, whose T2 takes means and variances of the training rows:
 ///
@@ -23,7 +25,7 @@ std::optional<double> T2LimitOfTrainingRows(std::size_t rows, int components, do
 ///
 /// Nothing for A < 1 and N <= A.
 /// Sources: Tracy et al. as above; NIST/SEMATECH e-Handbook of Statistical Methods, 6.5.4.3.4.
-std::optional<double> T2LimitOfNewRows(std::size_t rows, int components, double share);
+KALMIA_EXPORT std::optional<double> T2LimitOfNewRows(std::size_t rows, int components, double share);
 
 /// The distribution of squared distances to a model, as that of a multiple of chi-square.
 struct DistanceMoments {
@@ -39,13 +41,13 @@ struct DistanceMoments {
 /// a third of good spectra.
 /// Sources: G. E. P. Box, Ann. Math. Stat. 25 (1954) 290-302; P. Nomikos, J. F. MacGregor, Technometrics 37 (1995)
 /// 41-59; A. Pomerantsev, J. Chemometrics 22 (2008) 601-609.
-std::optional<DistanceMoments> MomentsOfDistances(const std::vector<double>& distances);
+KALMIA_EXPORT std::optional<DistanceMoments> MomentsOfDistances(const std::vector<double>& distances);
 
 /// sqrt(mean(v) chi2(share; degrees) / degrees), to be compared with a distance d.
-double DistanceLimit(const DistanceMoments& moments, double share);
+KALMIA_EXPORT double DistanceLimit(const DistanceMoments& moments, double share);
 
 /// The limit of new rows from that of training rows, where no row was ever left out: sqrt(N / (N - A - 1)) times it.
 /// Nothing for N <= A + 1.
-std::optional<double> DistanceLimitWithoutRefits(double trainingLimit, std::size_t rows, int components);
+KALMIA_EXPORT std::optional<double> DistanceLimitWithoutRefits(double trainingLimit, std::size_t rows, int components);
 
 }  // namespace kalmia::analysis

@@ -6,6 +6,9 @@
 #include <cmath>
 #include <vector>
 
+#include "kalmia/analysis/text/Failure.h"
+#include "testing/RecordingProgress.h"
+
 namespace kalmia::analysis {
 namespace {
 
@@ -79,6 +82,15 @@ TEST(JackKnife, CutsIntervalsOfNumbersThatCannotBeNegative) {
   EXPECT_EQ(result.lower[0], 0.0);
   EXPECT_NEAR(result.upper[0], 13.706204736174698, 1e-9);
   EXPECT_NEAR(result.lower[1], 10.0 - 1.2706204736174698, 1e-9);
+}
+
+TEST(JackKnife, StopsWhenTheBarWantsTo) {
+  ProgressLog log;
+  log.stopAt = 2;
+  const auto bar = RecordingBar(&log);
+  JackKnife jackKnife(std::vector<double>(2000, 1.0), 2);
+  for (int round = 0; round < 2; ++round) jackKnife.AddRound(std::vector<double>(2000, 0.5));
+  EXPECT_THROW(jackKnife.Result(0.95, 0.0, bar.get()), Stopped);
 }
 
 }  // namespace

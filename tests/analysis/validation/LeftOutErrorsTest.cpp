@@ -10,6 +10,7 @@
 #include "FailureOf.h"
 #include "kalmia/analysis/text/Failure.h"
 #include "kalmia/analysis/validation/RandomDraws.h"
+#include "testing/RecordingProgress.h"
 #include "validation/LeftOutGasoline.h"
 
 namespace kalmia::analysis {
@@ -153,6 +154,21 @@ TEST(LeftOutErrors, RefuseWhatCannotBeJudged) {
               JudgeLeftOutRows(ColumnOf({1, 2, kNotANumber}), {{ColumnOf({kNotANumber, kNotANumber, 3})}});
             }),
             "no row with a Y value can be predicted while it is left out");
+}
+
+TEST(LeftOutErrors, StopWhereverTheBarWantsTo) {
+  const RealMatrix y = ColumnOf({0, 2, 4, 7});
+  const std::vector<std::vector<RealMatrix>> predictions = {{ColumnOf({1, 1, 1, 1}), ColumnOf({0, 3, 3, 6})}};
+  ProgressLog whole;
+  JudgeLeftOutRows(y, predictions, RecordingBar(&whole).get());
+  const int questions = whole.Count("IsBreakPressed");
+  EXPECT_GE(questions, 4);
+  for (int stopAt = 1; stopAt <= questions; ++stopAt) {
+    ProgressLog log;
+    log.stopAt = stopAt;
+    const auto bar = RecordingBar(&log);
+    EXPECT_THROW(JudgeLeftOutRows(y, predictions, bar.get()), Stopped) << stopAt;
+  }
 }
 
 /// The definitions, one cell after the other.
