@@ -98,6 +98,8 @@ TEST(ComponentChoice, ByQ2StopsBeforeTheFirstGainThatIsTooSmall) {
   EXPECT_THAT(choice.compared, ElementsAre(IsNan(), 0.5, 0.0, 1.0));
   EXPECT_EQ(choice.limit, 0.05);
   SelectionRecipe lower = Rule(SelectionRule::Q2);
+  lower.q2Limit = 0.0;
+  EXPECT_EQ(ChooseComponents(errors, lower).chosen, 1U);  // the second gains nothing, which is not above 0
   lower.q2Limit = -0.01;
   EXPECT_EQ(ChooseComponents(errors, lower).chosen, 3U);
   EXPECT_EQ(ChooseComponents(RowsOf({{1, 0, 0}}), lower).chosen, 1U);  // nothing is left of PRESS to gain from

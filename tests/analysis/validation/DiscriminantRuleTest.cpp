@@ -137,6 +137,23 @@ TEST(DiscriminantRule, OfTwoClassesHasOneDirection) {
   EXPECT_DOUBLE_EQ(odds(0, 1), -odds(0, 0));
 }
 
+TEST(DiscriminantRule, AddsAShareOfTheTotalVarianceToThatWithinClasses) {
+  // Dummies 1 and 0 but for e = 5e-5: the variance within is 4 e^2 = 1e-8, the trace of the total covariance 2 / 3 of
+  // 1 + 4 e^2, and 0.5 lies sqrt(0.5) from both means.
+  const double e = 5e-5;
+  const RealMatrix fitted = TwoDummies({1.0 + e, 1.0 - e, e, -e});
+  const DiscriminantRule rule = LearnDiscriminantRule(fitted, {0, 0, 1, 1}, ClassPriors::Equal);
+  const double expected = std::log(0.5) - 0.5 / (2.0 * (1e-8 + 1e-8 * 2.0 / 3.0 * (1.0 + 1e-8)));
+  // The differences of 5e-5 have twelve digits.
+  EXPECT_NEAR(DiscriminantValues(rule, TwoDummies({0.5}))(0, 0) / expected, 1.0, 1e-10);
+}
+
+TEST(DiscriminantRule, HasOneDirectionLessThanClassesWhateverTheDummiesAddUpTo) {
+  RealMatrix fitted(6, 2);
+  fitted.cells = {0.9, 0.3, 0.8, 0.1, 1.0, 0.4, 0.2, 0.5, 0.1, 0.9, 0.0, 0.7};
+  EXPECT_EQ(LearnDiscriminantRule(fitted, {0, 0, 0, 1, 1, 1}, ClassPriors::Equal).directions.rows, 1U);
+}
+
 TEST(DiscriminantRule, WithPriorsOfTheDataMovesTowardsTheLargerClass) {
   const RealMatrix fitted = TwoDummies({0.8, 0.7, 0.9, 0.8, 0.7, 0.9, 0.1, 0.2});
   const std::vector<int> classOfRow = {0, 0, 0, 0, 0, 0, 1, 1};

@@ -109,6 +109,9 @@ TEST(Folds, WithinClassesEachGroupHasItsShareOfEachClass) {
     }
     EXPECT_THAT(SizesOf(folds, repeat), ElementsAre(9, 8, 8, 8));
   }
+  EXPECT_NE(folds.groupOfRow[0], folds.groupOfRow[1]);
+  const FoldRecipe other = Recipe(FoldScheme::Random, 4, /*repeats=*/1, /*seed=*/2);
+  EXPECT_NE(folds.groupOfRow[0], MakeFoldsWithinClasses(classOfRow, other).groupOfRow[0]);
 }
 
 TEST(Folds, OfLabelsNumberTheGroupsAsTheyAppear) {

@@ -142,7 +142,7 @@ TEST(LeftOutErrors, RowsWithoutAMeasuredValueHaveNoError) {
 TEST(LeftOutErrors, WithoutErrorsOfTheMeansHaveNoQ2) {
   // The one row that is predicted lies on its round's mean.
   const LeftOutErrors errors =
-      JudgeLeftOutRows(ColumnOf({1, 2, 3}), {{ColumnOf({kNotANumber, 2, kNotANumber}), ColumnOf({1, 2, 3})}});
+      JudgeLeftOutRows(ColumnOf({1, 2, 3}), {{ColumnOf({kNotANumber, 2, kNotANumber}), ColumnOf({1, 1, 3})}});
   EXPECT_THAT(errors.q2, Each(IsNan()));
   EXPECT_THAT(errors.q2PerY.cells, Each(IsNan()));
 }

@@ -29,9 +29,9 @@ RealMatrix SumsOfFlips(const RealMatrix& differences, std::size_t flips, std::ui
   RandomDraws draws(seed, RandomUse::SignFlips);
   RealMatrix sums(flips, differences.columns);
   for (std::size_t first = 0; first < differences.rows; first += kUnitsOfAWord) {
-    work.Ask();
     const std::size_t last = std::min(differences.rows, first + kUnitsOfAWord);
     for (std::size_t f = 0; f < flips; ++f) {
+      if (f % 1024 == 0) work.Ask();
       AddSigned(differences, first, last, draws.Word(), &sums.cells[f * differences.columns]);
     }
   }
