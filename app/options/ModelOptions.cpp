@@ -106,9 +106,11 @@ void DeclareO2PLS(CommandOptions* command, O2PLSOptions* options) {
   command->Scaling("--scale", &options->recipe.scaling, "scaling of both blocks: uv (default), pareto, centre or none");
   command->Number("--joint", 1, &options->joint, "number of components that the blocks share (predictive components)");
   command->Number("--x-unique", 0, &options->xUnique,
-                  "number of components of X that have nothing to do with Y; the progress calls them Y-orthogonal");
+                  "number of components of X that have nothing to do with Y, the library's X side, which the progress "
+                  "calls Y-orthogonal components: they lie in X and are orthogonal to Y");
   command->Number("--y-unique", 0, &options->yUnique,
-                  "number of components of Y that have nothing to do with X; the progress calls them X-orthogonal");
+                  "number of components of Y that have nothing to do with X, the library's Y side, which the progress "
+                  "calls X-orthogonal components: they lie in Y and are orthogonal to X");
   command->Flag("--auto", &options->automatic,
                 "let cross-validation find all three numbers (default); otherwise give all three");
   for (const char* number : {"--joint", "--x-unique", "--y-unique"}) command->Exclude("--auto", number);
