@@ -49,6 +49,7 @@
 #include "kalmia/signal/NCTransform.h"
 #include "kalmia/signal/SignalLength.h"
 #include "kalmia/signal/Wavelet.h"
+#include "kalmia/signal/WaveletTaps.h"
 #include "kalmia/signal/WindowedPower.h"
 
 #include "kalmia/pcapls/NCComponentValidator.h"

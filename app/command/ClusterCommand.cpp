@@ -15,10 +15,12 @@ namespace kalmia::app {
 namespace {
 
 std::vector<FilePlace> OutputsOf(const ClusterOptions& options) {
-  return Given({{"--svg", options.svg},
-                {"--merges", options.merges},
-                {"--newick", options.newick},
-                {"--csv", options.csv}});
+  std::vector<FilePlace> places;
+  if (!options.svg.empty()) places.push_back({"--svg", options.svg});
+  if (!options.merges.empty()) places.push_back({"--merges", options.merges});
+  if (!options.newick.empty()) places.push_back({"--newick", options.newick});
+  if (!options.csv.empty()) places.push_back({"--csv", options.csv});
+  return places;
 }
 
 void CheckOptions(const ClusterOptions& options) {

@@ -13,7 +13,10 @@ namespace kalmia::app {
 namespace {
 
 std::vector<FilePlace> OutputsOf(const HistogramOptions& options) {
-  return Given({{"--csv", options.csv}, {"--svg", options.svg}});
+  std::vector<FilePlace> places;
+  if (!options.csv.empty()) places.push_back({"--csv", options.csv});
+  if (!options.svg.empty()) places.push_back({"--svg", options.svg});
+  return places;
 }
 
 }  // namespace

@@ -35,10 +35,10 @@ bool EndWithinMagic(std::string_view bytes) {
   return false;
 }
 
-std::string FramedBytes(const FileKind& kind, const std::string& content) {
+std::string FramedBytes(const FileKind& kind, int version, const std::string& content) {
   std::ostringstream file;
   file << kind.magic;
-  WriteInteger(kind.version, file);
+  WriteInteger(version, file);
   const auto length = static_cast<std::uint64_t>(content.size());
   WriteArray(&length, 1, sizeof(length), file);
   file << Checksum(content) << content;

@@ -13,7 +13,7 @@ namespace kalmia::analysis {
 /// A kind of file.
 struct FileKind {
   std::string_view magic;       ///< 8 bytes
-  int version;                  ///< that is written; this one and all before it are read
+  int version;                  ///< the newest one; this one and all before it are read
   std::string_view content;     ///< what messages call the content: "Kalmia model"
   std::string_view nameOfKind;  ///< and the file: "model file"
 };
@@ -35,8 +35,8 @@ struct FramedContent {
   std::string_view bytes;
 };
 
-/// The bytes of a file.
-std::string FramedBytes(const FileKind& kind, const std::string& content);
+/// The bytes of a file of that version.
+std::string FramedBytes(const FileKind& kind, int version, const std::string& content);
 
 /// Its content again, a part of `bytes`. Throws BadFile: another file, cut, damaged, or of a newer version;
 /// `name` is how messages call the file.

@@ -21,7 +21,7 @@ bool Agrees(const StoredFilter& model) {
   const std::size_t a = model.components.size();
   const NCYOrthogonalPLS& filter = *model.filter;
   return k > 0 && n > 0 && a > 0 && model.chain.Empty() &&
-         static_cast<std::size_t>(model.xScale->GetVariables()) == k &&
+         static_cast<std::size_t>(model.xScaling.scale->GetVariables()) == k &&
          static_cast<std::size_t>(filter.GetComponents()) == a && HasShape(filter.GetPprim(), a, k) &&
          HasShape(filter.GetWprim(), a, k) && HasShape(filter.GetTprim(), a, n) &&
          HasShape(filter.GetXResiduals(), n, k);

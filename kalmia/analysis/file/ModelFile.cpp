@@ -1,6 +1,7 @@
 #include "kalmia/analysis/file/ModelFile.h"
 
 #include <algorithm>
+#include <cmath>
 #include <sstream>
 #include <unordered_set>
 #include <utility>
@@ -16,11 +17,59 @@ namespace {
 
 constexpr int kFirstVersionOfKinds = 2;          ///< before it there was nothing but PLS
 constexpr int kFirstVersionOfPreprocessing = 3;
+constexpr int kFirstVersionOfShifts = 4;  ///< a model without any is written as the version before it
+
+// Shifts of Y stand behind those of X; a filter and PCA have none of Y.
+
+std::vector<ColumnScaling*> ShiftedBlocks(YModelInfo* model) { return {&model->xScaling, &model->yScaling}; }
+std::vector<ColumnScaling*> ShiftedBlocks(ModelInfo* model) { return {&model->xScaling}; }
+
+template <class Kind>
+bool HasShifts(const Kind& model) {
+  bool any = false;
+  for (const ColumnScaling* scaling : ShiftedBlocks(const_cast<Kind*>(&model))) any |= !scaling->shifts.empty();
+  return any;
+}
+
+template <class Kind>
+int VersionOf(const Kind& model) {
+  return HasShifts(model) ? kFirstVersionOfShifts : kFirstVersionOfShifts - 1;
+}
+
+/// Of each block a count, 0 or its columns, and the shifts.
+template <class Kind>
+void WriteShifts(const Kind& model, std::ostream& entry) {
+  for (const ColumnScaling* scaling : ShiftedBlocks(const_cast<Kind*>(&model))) {
+    WriteInteger(static_cast<int>(scaling->shifts.size()), entry);
+    WriteDoubles(scaling->shifts, entry);
+  }
+}
+
+/// The columns have their scaling already.
+bool ReadShifts(std::istream* entry, ColumnScaling* scaling) {
+  int count = 0;
+  if (!ReadInteger(&count, *entry) || (count != 0 && count != scaling->scale->GetVariables())) return false;
+  scaling->shifts.resize(static_cast<std::size_t>(count));
+  return std::all_of(scaling->shifts.begin(), scaling->shifts.end(),
+                     [entry](double& shift) { return ReadDouble(&shift, *entry) && std::isfinite(shift); });
+}
+
+/// A file of an older version has no such entry: one that has it is no such file.
+template <class Kind>
+bool ReadShifts(int version, std::istream* entry, Kind* model) {
+  if (version < kFirstVersionOfShifts) return entry == nullptr;
+  if (entry == nullptr) return false;
+  for (ColumnScaling* scaling : ShiftedBlocks(model)) {
+    if (!ReadShifts(entry, scaling)) return false;
+  }
+  return HasShifts(*model);
+}
 
 template <class Kind>
 void WriteContent(const Kind& model, std::ostream& stream) {
   const ModelInfo& frame = model;
-  OutputStreamDirectory directory(stream, Entries);
+  const bool hasShifts = HasShifts(model);
+  OutputStreamDirectory directory(stream, hasShifts ? Entries : Shifts);
   std::ostream& general = directory.GetOutput(General);
   for (const std::string& text : {frame.writtenBy, frame.table, frame.idColumn, frame.groupColumn}) {
     WriteBinaryString(text.c_str(), general);
@@ -30,9 +79,10 @@ void WriteContent(const Kind& model, std::ostream& stream) {
   WriteInteger(Kind::kKind, general);
   WriteNames(frame.xNames, directory.GetOutput(XNames));
   WriteNames(frame.rowNames, directory.GetOutput(RowNames));
-  directory.GetOutput(XScaling) << *frame.xScale;
+  directory.GetOutput(XScaling) << *frame.xScaling.scale;
   WriteOwnEntries(model, &directory);
   WriteStepChain(frame.chain, directory.GetOutput(Preprocessing));
+  if (hasShifts) WriteShifts(model, directory.GetOutput(Shifts));
   directory.Close();
 }
 
@@ -78,18 +128,18 @@ bool MakeKind(int kind, StoredModel* model) {
 bool ReadContent(int version, std::istream& stream, StoredModel* model) {
   InputStreamDirectory directory(stream);
   ModelInfo frame;
-  frame.xScale = std::make_unique<NCScale>();
+  frame.xScaling.scale = std::make_unique<NCScale>();
   int kind = StoredPLS::kKind;
   if (!ReadGeneral(version, directory.GetInput(General), &frame, &kind) || !MakeKind(kind, model) ||
       !ReadNames(XNames, &directory, &frame.xNames) || !ReadNames(RowNames, &directory, &frame.rowNames) ||
-      !ReadObject(XScaling, &directory, frame.xScale.get()) ||
+      !ReadObject(XScaling, &directory, frame.xScaling.scale.get()) ||
       !ReadPreprocessing(version, directory.GetInput(Preprocessing), &frame)) {
     return false;
   }
   return std::visit(
       [&](auto& own) {
         static_cast<ModelInfo&>(own) = std::move(frame);
-        return ReadOwnEntries(&directory, &own);
+        return ReadOwnEntries(&directory, &own) && ReadShifts(version, directory.GetInput(Shifts), &own);
       },
       *model);
 }
@@ -99,7 +149,7 @@ std::string FileBytes(const Kind& model) {
   if (model.Components() == 0) throw BadRequest("a model without components cannot be stored");
   std::ostringstream content;
   WriteContent(model, content);
-  return FramedBytes(kModelFile, content.str());
+  return FramedBytes(kModelFile, VersionOf(model), content.str());
 }
 
 }  // namespace

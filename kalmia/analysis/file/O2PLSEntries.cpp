@@ -78,8 +78,8 @@ bool Agrees(const StoredO2PLS& model) {
   const auto ox = static_cast<std::size_t>(model.XUnique());
   const auto oy = static_cast<std::size_t>(model.YUnique());
   return k > 0 && m > 0 && n > 0 && a > 0 && model.chain.Empty() && HasComponents(model) &&
-         static_cast<std::size_t>(model.xScale->GetVariables()) == k &&
-         static_cast<std::size_t>(model.yScale->GetVariables()) == m && HasShape(&o.t, a, n) && HasShape(&o.u, a, n) &&
+         static_cast<std::size_t>(model.xScaling.scale->GetVariables()) == k &&
+         static_cast<std::size_t>(model.yScaling.scale->GetVariables()) == m && HasShape(&o.t, a, n) && HasShape(&o.u, a, n) &&
          HasShape(&o.p, a, k) && HasShape(&o.w, a, k) && HasShape(&o.c, a, m) && HasShape(&o.q, a, m) &&
          HasRows(o.to, ox, n) && HasRows(o.wo, ox, k) && HasRows(o.po, ox, k) && HasRows(o.s, ox, m) &&
          HasRows(o.uo, oy, n) && HasRows(o.co, oy, m) && HasRows(o.qo, oy, m) && HasRows(o.r, oy, k) &&
@@ -90,7 +90,7 @@ bool Agrees(const StoredO2PLS& model) {
 
 void WriteOwnEntries(const StoredO2PLS& model, OutputStreamDirectory* directory) {
   WriteNames(model.yNames, directory->GetOutput(YNames));
-  directory->GetOutput(YScaling) << *model.yScale;
+  directory->GetOutput(YScaling) << *model.yScaling.scale;
   std::ostream& matrices = directory->GetOutput(Model);
   ForEachMatrix(model.o2pls, [&matrices](const NCDataMatrix<float>* matrix) { return !(matrices << *matrix).fail(); });
   std::ostream& components = directory->GetOutput(Components);
@@ -101,8 +101,8 @@ void WriteOwnEntries(const StoredO2PLS& model, OutputStreamDirectory* directory)
 }
 
 bool ReadOwnEntries(InputStreamDirectory* directory, StoredO2PLS* model) {
-  model->yScale = std::make_unique<NCScale>();
-  return ReadNames(YNames, directory, &model->yNames) && ReadObject(YScaling, directory, model->yScale.get()) &&
+  model->yScaling.scale = std::make_unique<NCScale>();
+  return ReadNames(YNames, directory, &model->yNames) && ReadObject(YScaling, directory, model->yScaling.scale.get()) &&
          ReadMatrices(directory, &model->o2pls) && ReadComponents(directory, model) &&
          ReadDeviations(directory, model) && Agrees(*model);
 }
@@ -111,7 +111,7 @@ void TurnAround(StoredO2PLS* model) {
   O2PLSMatrices& o = model->o2pls;
   std::swap(model->table, model->yTable);
   std::swap(model->xNames, model->yNames);
-  std::swap(model->xScale, model->yScale);
+  std::swap(model->xScaling, model->yScaling);
   std::swap(model->pooledDeviation, model->yPooledDeviation);
   for (const auto& [x, y] : {std::make_pair(&o.t, &o.u), std::make_pair(&o.p, &o.q), std::make_pair(&o.w, &o.c),
                              std::make_pair(&o.to, &o.uo), std::make_pair(&o.wo, &o.co), std::make_pair(&o.po, &o.qo),

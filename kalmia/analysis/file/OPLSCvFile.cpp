@@ -100,7 +100,7 @@ std::string OPLSCvFileBytes(const StoredOPLSCv& stored) {
   WriteSteps(stored.state.steps, directory.GetOutput(CvSteps));
   stored.state.data.WriteObject(directory.GetOutput(CvData));
   directory.Close();
-  return FramedBytes(kOPLSCvFile, content.str());
+  return FramedBytes(kOPLSCvFile, kOPLSCvFile.version, content.str());
 }
 
 StoredOPLSCv ReadOPLSCvFile(std::string_view bytes, const std::string& name) {

@@ -67,8 +67,8 @@ bool Agrees(const StoredOPLS& model) {
                        [=](const auto& block) { return HasShape(&block, rows, columns); });
   };
   return k > 0 && m > 0 && n > 0 && a > 0 && opls.w.size() == o + 1 && model.components.size() == a + o &&
-         static_cast<std::size_t>(model.xScale->GetVariables()) == k &&
-         static_cast<std::size_t>(model.yScale->GetVariables()) == m && haveShape(opls.w, a, k) &&
+         static_cast<std::size_t>(model.xScaling.scale->GetVariables()) == k &&
+         static_cast<std::size_t>(model.yScaling.scale->GetVariables()) == m && haveShape(opls.w, a, k) &&
          haveShape(opls.p, a, k) && haveShape(opls.c, a, m) && HasRows(opls.wo, o, k) && HasRows(opls.po, o, k) &&
          HasRows(opls.co, o, m) && HasRows(opls.to, o, n) && HasShape(&opls.t, a, n);
 }
@@ -77,7 +77,7 @@ bool Agrees(const StoredOPLS& model) {
 
 void WriteOwnEntries(const StoredOPLS& model, OutputStreamDirectory* directory) {
   WriteNames(model.yNames, directory->GetOutput(YNames));
-  directory->GetOutput(YScaling) << *model.yScale;
+  directory->GetOutput(YScaling) << *model.yScaling.scale;
   std::ostream& matrices = directory->GetOutput(Model);
   WriteInteger(static_cast<int>(model.opls.w.size()), matrices);
   ForEachMatrix(model.opls, [&matrices](const NCDataMatrix<float>* matrix) { return !(matrices << *matrix).fail(); });
@@ -88,8 +88,8 @@ void WriteOwnEntries(const StoredOPLS& model, OutputStreamDirectory* directory) 
 }
 
 bool ReadOwnEntries(InputStreamDirectory* directory, StoredOPLS* model) {
-  model->yScale = std::make_unique<NCScale>();
-  return ReadNames(YNames, directory, &model->yNames) && ReadObject(YScaling, directory, model->yScale.get()) &&
+  model->yScaling.scale = std::make_unique<NCScale>();
+  return ReadNames(YNames, directory, &model->yNames) && ReadObject(YScaling, directory, model->yScaling.scale.get()) &&
          ReadMatrices(directory, &model->opls) && ReadComponents(directory, model) && ReadYQuality(directory, model) &&
          Agrees(*model);
 }

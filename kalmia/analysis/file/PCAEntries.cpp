@@ -41,7 +41,7 @@ bool Agrees(const StoredPCA& model) {
   const std::size_t k = model.xNames.size();
   const std::size_t n = model.rowNames.size();
   const std::size_t a = model.components.size();
-  return k > 0 && n > 0 && a > 0 && static_cast<std::size_t>(model.xScale->GetVariables()) == k &&
+  return k > 0 && n > 0 && a > 0 && static_cast<std::size_t>(model.xScaling.scale->GetVariables()) == k &&
          HasShape(model.pca->GetPprim(), a, k) && HasShape(model.pca->GetTprim(), a, n) &&
          HasShape(model.pca->GetResiduals(), n, k);
 }

@@ -49,8 +49,8 @@ bool Agrees(const StoredPLS& model) {
   const std::size_t n = model.rowNames.size();
   const std::size_t a = model.components.size();
   const NCPLS& pls = *model.pls;
-  return k > 0 && m > 0 && n > 0 && a > 0 && static_cast<std::size_t>(model.xScale->GetVariables()) == k &&
-         static_cast<std::size_t>(model.yScale->GetVariables()) == m && HasShape(pls.GetWprim(), a, k) &&
+  return k > 0 && m > 0 && n > 0 && a > 0 && static_cast<std::size_t>(model.xScaling.scale->GetVariables()) == k &&
+         static_cast<std::size_t>(model.yScaling.scale->GetVariables()) == m && HasShape(pls.GetWprim(), a, k) &&
          HasShape(pls.GetPprim(), a, k) && HasShape(pls.GetCprim(), a, m) && HasShape(pls.GetTprim(), a, n) &&
          HasShape(pls.GetUprim(), a, n) && HasShape(pls.GetXResiduals(), n, k) && HasShape(pls.GetYResiduals(), n, m);
 }
@@ -59,7 +59,7 @@ bool Agrees(const StoredPLS& model) {
 
 void WriteOwnEntries(const StoredPLS& model, OutputStreamDirectory* directory) {
   WriteNames(model.yNames, directory->GetOutput(YNames));
-  directory->GetOutput(YScaling) << *model.yScale;
+  directory->GetOutput(YScaling) << *model.yScaling.scale;
   directory->GetOutput(Model) << *model.pls;
   std::ostream& components = directory->GetOutput(Components);
   WriteInteger(model.Components(), components);
@@ -68,9 +68,9 @@ void WriteOwnEntries(const StoredPLS& model, OutputStreamDirectory* directory) {
 }
 
 bool ReadOwnEntries(InputStreamDirectory* directory, StoredPLS* model) {
-  model->yScale = std::make_unique<NCScale>();
+  model->yScaling.scale = std::make_unique<NCScale>();
   model->pls = std::make_unique<NCPLS>();
-  return ReadNames(YNames, directory, &model->yNames) && ReadObject(YScaling, directory, model->yScale.get()) &&
+  return ReadNames(YNames, directory, &model->yNames) && ReadObject(YScaling, directory, model->yScaling.scale.get()) &&
          ReadObject(Model, directory, model->pls.get()) && ReadComponents(directory, model) &&
          ReadYQuality(directory, model) && Agrees(*model);
 }

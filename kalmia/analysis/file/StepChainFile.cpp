@@ -67,7 +67,7 @@ bool ReadStepChain(std::istream& stream, StepChain* chain) {
 std::string StepChainFileBytes(const StepChain& chain) {
   std::ostringstream content;
   WriteStepChain(chain, content);
-  return FramedBytes(kStepsFile, content.str());
+  return FramedBytes(kStepsFile, kStepsFile.version, content.str());
 }
 
 StepChain ReadStepChainFile(std::string_view bytes, const std::string& name) {

@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "kalmia/analysis/model/Prediction.h"
-#include "kalmia/analysis/steps/Scaling.h"
+#include "kalmia/analysis/table/SingleCells.h"
 #include "kalmia/analysis/text/DisplayText.h"
 #include "kalmia/analysis/text/WorkProgress.h"
 #include "kalmia/containers/Missing.h"

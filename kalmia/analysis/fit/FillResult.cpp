@@ -6,13 +6,13 @@
 
 #include "kalmia/analysis/fit/internal/RecipeChecks.h"
 #include "kalmia/analysis/table/CellNumber.h"
+#include "kalmia/analysis/table/SingleCells.h"
 #include "kalmia/analysis/table/TableColumns.h"
 #include "kalmia/analysis/table/internal/TableText.h"
 #include "kalmia/analysis/text/DisplayText.h"
 #include "kalmia/analysis/text/Failure.h"
 #include "kalmia/analysis/text/Numbers.h"
 #include "kalmia/analysis/text/internal/LibraryErrors.h"
-#include "kalmia/containers/Missing.h"
 
 namespace kalmia::analysis {
 
@@ -63,12 +63,14 @@ class Computation {
         case ColumnKind::Numbers:
           result_.columns.push_back(column);
           columns_.names.push_back(Name(column));
-          numbers.push_back(ReadNumbers(table_, column, &moved));
+          columns_.shifts.push_back(ShiftOf(ReadNumbers(table_, column)));
+          numbers.push_back(SingleCells(ReadNumbers(table_, column), columns_.shifts.back(), &moved));
       }
     }
     if (numbers.empty()) Refuse(table_, "no column of numbers is left to fill");
     NoteMovedCells(moved, notes_);
     columns_.cells = MatrixOf(numbers, table_.Rows());
+    result_.shifts = columns_.shifts;
     result_.missing += columns_.cells.GetNumMisVal();
   }
 
@@ -136,13 +138,13 @@ std::string FilledText(const CsvTable& table, const FillResult& result, const st
     matrixColumn[static_cast<std::size_t>(result.columns[c])] = static_cast<int>(c) + 1;
   }
   int replaced = 0;
-  const auto filledCell = [&](int row, int column) -> std::optional<float> {
+  const auto filledCell = [&](int row, int column) -> std::optional<double> {
     const int place = matrixColumn.at(static_cast<std::size_t>(column));
     if (place == 0 || !std::isnan(table.Column(column).numbers[row])) return std::nullopt;
     const float cell = result.filled.cells[row + 1][place];
-    if (cell == kMissingCell<float>) return std::nullopt;
+    if (IsMissing(cell)) return std::nullopt;
     ++replaced;
-    return cell;
+    return InUnitsOfTable(cell, result.shifts[static_cast<std::size_t>(place) - 1]);
   };
   std::string filled = WithNewCells(table, id, marks, filledCell, notes, progress);
   if (replaced != result.filledCells) throw std::logic_error("fields are not where the table has them");

@@ -26,6 +26,7 @@ struct LeftEmpty {
 struct FillResult {
   std::vector<int> columns;  ///< of the table, from 0, for each filled column
   FilledColumns filled;
+  std::vector<double> shifts;  ///< of the filled columns
   FillChoice choice;         ///< empty where a number of components was asked for, or nothing is missing
   int missing = 0;           ///< missing cells of the table
   int filledCells = 0;

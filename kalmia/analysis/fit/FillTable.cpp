@@ -1,6 +1,7 @@
 #include "kalmia/analysis/fit/FillTable.h"
 
 #include "kalmia/analysis/steps/Scaling.h"
+#include "kalmia/analysis/table/SingleCells.h"
 #include "kalmia/containers/Missing.h"
 
 namespace kalmia::analysis {
@@ -56,8 +57,8 @@ NCDataMatrix<float> Part(const NCDataMatrix<float>& cells, const Modelled& model
   return part;
 }
 
-/// Puts what was filled back, in the units of the table.
-void TakeBack(const NCDataMatrix<float>& scaled, const NCScale& scale, const Modelled& modelled,
+/// Puts what was filled back, as it was before scaling.
+void TakeBack(const NCDataMatrix<float>& scaled, const ColumnScaling& scale, const Modelled& modelled,
               NCDataMatrix<float>* cells) {
   const NCDataMatrix<float>& before = *cells;
   for (int r = 1; r <= scaled.SizeRows(); ++r) {
@@ -94,8 +95,8 @@ FilledColumns FillColumns(const NumberColumns& columns, int components, NCProgre
   std::vector<std::string> names;
   for (const int c : modelled.columns) names.push_back(columns.names[static_cast<std::size_t>(c) - 1]);
   NCDataMatrix<float> scaled = Part(columns.cells, modelled);
-  const auto scale = ScaleColumns(NCScale::ScalingUnitVariance, names, &scaled);
-  TakeBack(FillScaled(scaled, components, &filled.model, progress), *scale, modelled, &filled.cells);
+  const ColumnScaling scale = ScaleColumns(NCScale::ScalingUnitVariance, names, &scaled);
+  TakeBack(FillScaled(scaled, components, &filled.model, progress), scale, modelled, &filled.cells);
   return filled;
 }
 

@@ -8,10 +8,11 @@
 
 namespace kalmia::analysis {
 
-/// Columns of numbers, in the units of their table.
+/// Columns of numbers.
 struct NumberColumns {
   std::vector<std::string> names;
-  NCDataMatrix<float> cells;  ///< all rows of the table by these columns
+  NCDataMatrix<float> cells;        ///< all rows of the table by these columns, less their shifts
+  std::vector<double> shifts = {};  ///< one a column, see ShiftOf
 };
 
 /// No two present cells of the column (from 1) differ.
@@ -19,7 +20,7 @@ bool IsConstant(const NCDataMatrix<float>& cells, int column);
 
 /// The columns with their holes filled, as far as that can be done.
 struct FilledColumns {
-  NCDataMatrix<float> cells;
+  NCDataMatrix<float> cells;                 ///< less the shifts
   std::vector<std::string> constantColumns;  ///< filled with their only value, and no part of the model
   std::vector<int> emptyRows;                ///< from 1: without a cell in any other column; nothing of them is filled
   int modelRows = 0;

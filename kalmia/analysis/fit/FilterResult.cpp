@@ -10,12 +10,11 @@
 #include "kalmia/analysis/fit/internal/RecipeChecks.h"
 #include "kalmia/analysis/model/NewRows.h"
 #include "kalmia/analysis/steps/Scaling.h"
-#include "kalmia/analysis/table/TableColumns.h"
+#include "kalmia/analysis/table/SingleCells.h"
 #include "kalmia/analysis/table/internal/TableText.h"
 #include "kalmia/analysis/text/DisplayText.h"
 #include "kalmia/analysis/text/Failure.h"
 #include "kalmia/analysis/text/internal/LibraryErrors.h"
-#include "kalmia/containers/Missing.h"
 
 namespace kalmia::analysis {
 
@@ -48,11 +47,6 @@ void LeaveOutRowsWithoutY(ModelData* data, Notes* notes) {
   data->y = y;
 }
 
-/// What a cell becomes in the units of the table.
-float InUnitsOfTheTable(const StoredFilter& filter, float scaled, int column) {
-  return static_cast<float>(scaled / FactorOf(*filter.xScale, column) + CentreOf(*filter.xScale, column));
-}
-
 FilterResult Compute(const FilterRecipe& recipe, const CsvTable& table, NCProgress* progress) {
   FilterResult result;
   FitRecipe selection;
@@ -66,7 +60,7 @@ FilterResult Compute(const FilterRecipe& recipe, const CsvTable& table, NCProgre
   filter.yNames = data.yNames;
   NCDataMatrix<float> x = data.x;
   NCDataMatrix<float> y = data.y;
-  filter.xScale = ScaleColumns(recipe.scaling, data.xNames, &x);
+  filter.xScaling = ScaleColumns(recipe.scaling, data.xNames, &x, data.xShifts);
   ScaleColumns(ScalingOfY(recipe.scaling), data.yNames, &y);
   const int most = MostComponents(data, recipe.components, &result.notes);
   FilterComponents fit = FitOrNameLeftOut(data, [&] { return ExtractFilter(x, y, most, progress); });
@@ -90,24 +84,23 @@ FilteredTable ApplyFilter(const StoredFilter& filter, const CsvTable& table, Not
   NoteMovedCells(rows.moved, notes);
   FilteredTable filtered;
   filtered.missingColumns = std::move(rows.missingColumns);
-  ApplyScale(filter.xScale.get(), &rows.x);
+  ApplyScale(filter.xScaling, &rows.x);
   NCDataMatrix<float> left = rows.x;
   filter.filter->CalculateResiduals(&left);
   filtered.removed = DescribedShare(rows.x, left);
-  filtered.cells = NCDataMatrix<float>(left.SizeRows(), left.SizeColumns());
+  filtered.cells = CellRows(left.SizeRows(), left.SizeColumns());
   const NCDataMatrix<float>& scaled = rows.x;
   const NCDataMatrix<float>& residuals = left;
   for (int r = 1; r <= left.SizeRows(); ++r)
     for (int c = 1; c <= left.SizeColumns(); ++c) {
-      if (scaled[r][c] == kMissingCell<float>) {
-        filtered.cells(r, c, kMissingCell<float>);
-        continue;
-      }
-      const float cell = InUnitsOfTheTable(filter, residuals[r][c], c);
+      if (IsMissing(scaled[r][c])) continue;
+      const double shift = filter.xScaling.ShiftOfColumn(static_cast<std::size_t>(c) - 1);
+      const double centre = CentreOf(filter.xScaling, c) - shift;
+      const auto cell = static_cast<float>(residuals[r][c] / FactorOf(filter.xScaling, c) + centre);
       if (!std::isfinite(cell)) {
         throw BadData(table.Name() + ": " + table.RowPlace(r - 1) + ": its cells are too large for single precision");
       }
-      filtered.cells(r, c, AvoidMissingValue(cell));
+      filtered.cells.Row(r - 1)[c - 1] = InUnitsOfTable(cell, shift);
     }
   return filtered;
 }
@@ -121,10 +114,10 @@ std::string FilteredText(const CsvTable& table, const FilterResult& result, cons
     const int column = table.Find(filter.xNames[k]);
     if (column >= 0) matrixColumn[static_cast<std::size_t>(column)] = static_cast<int>(k) + 1;
   }
-  const auto filteredCell = [&](int row, int column) -> std::optional<float> {
+  const auto filteredCell = [&](int row, int column) -> std::optional<double> {
     const int place = matrixColumn.at(static_cast<std::size_t>(column));
-    if (place == 0 || filtered.cells[row + 1][place] == kMissingCell<float>) return std::nullopt;
-    return filtered.cells[row + 1][place];
+    if (place == 0 || std::isnan(filtered.cells.Row(row)[place - 1])) return std::nullopt;
+    return filtered.cells.Row(row)[place - 1];
   };
   return WithNewCells(table, filter.idColumn, marks, filteredCell, notes, progress);
 }

@@ -15,7 +15,7 @@ namespace kalmia::analysis {
 
 /// A table without what a filter takes out of it.
 struct FilteredTable {
-  NCDataMatrix<float> cells;  ///< all rows of the table by the filter's X columns, in the units of the table
+  CellRows cells;  ///< all rows of the table by the filter's X columns, in the units of the table
   std::vector<std::string> missingColumns;
   double removed = 0.0;       ///< share of the sum of squares of the scaled X
 };

@@ -1,15 +1,17 @@
 #include "kalmia/analysis/fit/ModelData.h"
 
 #include <algorithm>
+#include <cmath>
 #include <unordered_map>
 #include <utility>
 
+#include "kalmia/analysis/steps/Scaling.h"
 #include "kalmia/analysis/steps/internal/PreprocessedX.h"
 #include "kalmia/analysis/table/CellNumber.h"
+#include "kalmia/analysis/table/SingleCells.h"
 #include "kalmia/analysis/table/TableColumns.h"
 #include "kalmia/analysis/text/DisplayText.h"
 #include "kalmia/analysis/text/Failure.h"
-#include "kalmia/containers/Missing.h"
 #include "kalmia/pcapls/PCACrossValidation.h"
 
 namespace kalmia::analysis {
@@ -28,6 +30,25 @@ std::string Named(const std::string& kind, const std::vector<std::string>& names
   return names.empty() ? "" : kind + ": " + Listed(names, kColumnsNamed);
 }
 
+/// A column as the model sees it.
+struct SingleColumn {
+  std::string name;
+  double shift = 0.0;
+  std::vector<float> cells;
+};
+
+void FillMatrix(const std::vector<SingleColumn>& columns, int rows, NCDataMatrix<float>* matrix,
+                std::vector<std::string>* names, std::vector<double>* shifts) {
+  std::vector<std::vector<float>> cells;
+  for (const SingleColumn& column : columns) {
+    names->push_back(column.name);
+    shifts->push_back(column.shift);
+    cells.push_back(column.cells);
+  }
+  *matrix = MatrixOf(cells, rows);
+  ClearZeros(shifts);
+}
+
 /// Works from the columns of the table to the matrices.
 class Selection {
  public:
@@ -41,6 +62,7 @@ class Selection {
     ReadX();
     Preprocess();
     LeaveOutRows();
+    FormSingles();
     if (rows_.size() < 2) Refuse(table_, "there is only one row with X cells: a model takes two or more");
     LeaveOutColumns();
     RequireVariance();
@@ -75,7 +97,7 @@ class Selection {
       const std::string what = "the Y column " + Quoted(Name(column));
       if (kind == ColumnKind::Texts) Refuse(table_, what + " holds text, not numbers");
       if (kind == ColumnKind::Empty) Refuse(table_, what + " has no value");
-      y_.push_back({Name(column), ReadNumbers(table_, column, &moved_)});
+      y_.push_back({Name(column), ReadNumbers(table_, column)});
     }
   }
 
@@ -88,7 +110,7 @@ class Selection {
       } else if (kind == ColumnKind::Empty && !recipe_.steps) {
         data_.emptyColumns.push_back(Name(column));
       } else {
-        x_.push_back({Name(column), ReadNumbers(table_, column, &moved_)});
+        x_.push_back({Name(column), ReadNumbers(table_, column)});
       }
     }
     if (!x_.empty()) return;
@@ -109,7 +131,7 @@ class Selection {
   void LeaveOutRows() {
     for (int row = 0; row < table_.Rows(); ++row) {
       const auto r = static_cast<std::size_t>(row);
-      const auto isThere = [r](const NumberColumn& column) { return column.cells[r] != kMissingCell<float>; };
+      const auto isThere = [r](const NumberColumn& column) { return !std::isnan(column.cells[r]); };
       const bool hasX = std::any_of(x_.begin(), x_.end(), isThere);
       if (hasX) {
         rows_.push_back(row);
@@ -134,20 +156,38 @@ class Selection {
     cells->swap(kept);
   }
 
+  /// Y is centred whatever becomes of X.
+  void FormSingles() {
+    std::vector<std::string> losing;
+    const bool centresX = Centres(recipe_.scaling);
+    for (const NumberColumn& column : x_) {
+      singleX_.push_back(Single(column, centresX));
+      if (!centresX && LosesDigits(column.cells)) losing.push_back(column.name);
+    }
+    for (const NumberColumn& column : y_) singleY_.push_back(Single(column, /*isCentred=*/true));
+    x_.clear();
+    NoteLostDigits(losing, notes_);
+  }
+
+  SingleColumn Single(const NumberColumn& column, bool isCentred) {
+    const double shift = isCentred ? ShiftOf(column.cells) : 0.0;
+    return {column.name, shift, SingleCells(column.cells, shift, &moved_)};
+  }
+
   void LeaveOutColumns() {
-    std::vector<NumberColumn> varying;
-    for (NumberColumn& column : x_) {
-      if (!column.IsConstant()) {
+    std::vector<SingleColumn> varying;
+    for (SingleColumn& column : singleX_) {
+      if (!IsConstant(column.cells)) {
         varying.push_back(std::move(column));
       } else {
         data_.constantColumns.push_back(column.name);
       }
     }
-    x_ = std::move(varying);
+    singleX_ = std::move(varying);
     NoteColumns("text columns", data_.textColumns);
     NoteColumns("constant columns", data_.constantColumns);
     NoteColumns("empty columns", data_.emptyColumns);
-    if (x_.empty()) Refuse(table_, "every X column is constant or empty; " + LeftOutText(data_));
+    if (singleX_.empty()) Refuse(table_, "every X column is constant or empty; " + LeftOutText(data_));
   }
 
   void NoteColumns(const std::string& kind, const std::vector<std::string>& names) {
@@ -156,16 +196,18 @@ class Selection {
 
   void RequireVariance() {
     const std::string where = data_.leftOutRows.empty() ? "" : " in the rows that have X cells";
-    for (const NumberColumn& column : y_) {
+    for (std::size_t j = 0; j < y_.size(); ++j) {
+      const NumberColumn& column = y_[j];
       if (column.Present() == 0) Refuse(table_, "the Y column " + Quoted(column.name) + " has no value" + where);
-      if (column.IsConstant()) Refuse(table_, "the Y column " + Quoted(column.name) + " has no variance" + where);
+      if (IsConstant(singleY_[j].cells)) Refuse(table_, "the Y column " + Quoted(column.name) + " has no variance" + where);
     }
   }
 
   void FillMatrices() {
     const auto rows = static_cast<int>(rows_.size());
-    FillMatrix(x_, rows, &data_.x, &data_.xNames);
-    FillMatrix(y_, rows, &data_.y, &data_.yNames);
+    FillMatrix(singleX_, rows, &data_.x, &data_.xNames, &data_.xShifts);
+    FillMatrix(singleY_, rows, &data_.y, &data_.yNames, &data_.yShifts);
+    for (NumberColumn& column : y_) data_.measuredY.push_back(std::move(column.cells));
   }
 
   void MakeGroups() {
@@ -211,6 +253,8 @@ class Selection {
   int groupColumn_ = -1;
   std::vector<NumberColumn> x_;
   std::vector<NumberColumn> y_;
+  std::vector<SingleColumn> singleX_;
+  std::vector<SingleColumn> singleY_;
   std::vector<int> rows_;  ///< rows of the table that stay
   int moved_ = 0;          ///< cells measured as the missing value
 };

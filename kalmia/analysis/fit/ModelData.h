@@ -14,14 +14,17 @@
 
 namespace kalmia::analysis {
 
-/// The tables that a model is fitted to, in the units of the file, with the names of their rows and columns.
+/// The tables that a model is fitted to, with the names of their rows and columns.
 struct ModelData {
   StepChain chain;  ///< what made X of the columns of the table, if the recipe has steps
   std::vector<std::string> xNames;
   std::vector<std::string> yNames;
   std::vector<std::string> rowNames;
-  NCDataMatrix<float> x;              ///< rows by X columns, as the chain has made them
-  NCDataMatrix<float> y;              ///< rows by Y columns, of which a model of X alone has none
+  NCDataMatrix<float> x;              ///< rows by X columns, as the chain has made them, less their shifts
+  NCDataMatrix<float> y;              ///< rows by Y columns, less their shifts; a model of X alone has none
+  std::vector<double> xShifts;        ///< in the units of the table, see ShiftOf; empty where no column is shifted
+  std::vector<double> yShifts;
+  std::vector<std::vector<double>> measuredY;  ///< the cells of y, column by column, in the units of the table
   NCIntegralVector<int, -99> groups;  ///< cross-validation group of each row, from 0
   int rounds = 0;                     ///< number of groups
 

@@ -1,11 +1,14 @@
 #include "kalmia/analysis/fit/O2PLSBlocks.h"
 
 #include <algorithm>
+#include <cmath>
 #include <unordered_map>
 #include <utility>
 
 #include "kalmia/analysis/fit/internal/SharedColumns.h"
+#include "kalmia/analysis/steps/Scaling.h"
 #include "kalmia/analysis/table/CellNumber.h"
+#include "kalmia/analysis/table/SingleCells.h"
 #include "kalmia/analysis/table/TableColumns.h"
 #include "kalmia/analysis/text/DisplayText.h"
 #include "kalmia/analysis/text/Failure.h"
@@ -44,6 +47,15 @@ std::unordered_map<std::string, int> RowsOfIds(const CsvTable& table, int column
     }
   }
   return rows;
+}
+
+/// The items at these places, from 0.
+template <class T>
+std::vector<T> Picked(const std::vector<T>& items, const std::vector<int>& places) {
+  std::vector<T> picked;
+  picked.reserve(places.size());
+  for (const int place : places) picked.push_back(items[static_cast<std::size_t>(place)]);
+  return picked;
 }
 
 /// Works from the two tables to the blocks.
@@ -128,7 +140,6 @@ class Selection {
   void ReadBlock(const CsvTable& table, const std::vector<std::string>& arguments, const std::vector<int>& rows,
                  const std::string& name, Block* block) {
     block->table = table.Name();
-    std::vector<std::vector<float>> columns;
     const int id = &table == &xTable_ ? xId_ : yId_;
     for (const int column : RequireColumnsOrAll(table, arguments)) {
       const std::string& title = table.ColumnNames()[static_cast<std::size_t>(column)];
@@ -138,72 +149,67 @@ class Selection {
         case ColumnKind::Empty: block->emptyColumns.push_back(title); break;
         case ColumnKind::Numbers:
           block->names.push_back(title);
-          columns.push_back(ReadNumbers(table, column, &moved_));
+          block->measured.push_back(Picked(ReadNumbers(table, column), rows));
       }
     }
     RefuseWithoutColumns(table, name, *block);
-    block->cells = NCDataMatrix<float>(static_cast<int>(rows.size()), static_cast<int>(columns.size()));
-    for (std::size_t c = 0; c < columns.size(); ++c)
-      for (std::size_t r = 0; r < rows.size(); ++r)
-        block->cells(static_cast<int>(r) + 1, static_cast<int>(c) + 1, columns[c][static_cast<std::size_t>(rows[r])]);
   }
 
   /// A row without a cell in one of the blocks says nothing of what they share; it would be filled with means.
   void LeaveOutEmptyRows() {
-    const auto isEmpty = [](const NCDataVector<float>& row) { return row.GetNumMisVal() == row.Size(); };
-    RowPairs kept;
-    std::vector<std::string> names;
-    NCDataMatrix<float> x, y;
+    const auto isEmpty = [](const Block& block, std::size_t row) {
+      return std::all_of(block.measured.begin(), block.measured.end(),
+                         [row](const std::vector<double>& column) { return std::isnan(column[row]); });
+    };
+    std::vector<int> kept;
     for (std::size_t i = 0; i < rows_.x.size(); ++i) {
-      const int row = static_cast<int>(i) + 1;
-      const NCDataMatrix<float>& xCells = pair_.x.cells;
-      const NCDataMatrix<float>& yCells = pair_.y.cells;
-      if (isEmpty(xCells[row]) || isEmpty(yCells[row])) {
+      if (isEmpty(pair_.x, i) || isEmpty(pair_.y, i)) {
         pair_.emptyRows.push_back(pair_.rowNames[i]);
-        continue;
+      } else {
+        kept.push_back(static_cast<int>(i));
       }
-      kept.x.push_back(rows_.x[i]);
-      kept.y.push_back(rows_.y[i]);
-      names.push_back(pair_.rowNames[i]);
-      x.push_back(xCells[row]);
-      y.push_back(yCells[row]);
     }
     NoteRows("rows without any cell of X or of Y", pair_.emptyRows);
     if (pair_.emptyRows.empty()) return;
-    rows_ = std::move(kept);
-    pair_.rowNames = std::move(names);
-    pair_.x.cells = x;
-    pair_.y.cells = y;
+    rows_ = {Picked(rows_.x, kept), Picked(rows_.y, kept)};
+    pair_.rowNames = Picked(pair_.rowNames, kept);
+    for (Block* block : {&pair_.x, &pair_.y}) {
+      for (std::vector<double>& column : block->measured) column = Picked(column, kept);
+    }
   }
 
   /// Those in which no two cells differ in the rows of both tables.
   void LeaveOutColumns(const CsvTable& table, const std::string& name, Block* block) {
-    const NCDataMatrix<float>& cells = block->cells;
-    std::vector<std::string> names;
-    NCDataMatrix<float> varying;
-    for (int c = 1; c <= cells.SizeColumns(); ++c) {
-      const std::string& column = block->names[static_cast<std::size_t>(c) - 1];
-      float smallest = 0.0F;
-      float largest = 0.0F;
-      if (cells.GetColumnMisVal(c) == cells.SizeRows()) {
-        block->emptyColumns.push_back(column);
+    Block varying;
+    std::vector<std::vector<float>> singles;
+    std::vector<std::string> losing;
+    const bool isCentred = Centres(recipe_.scaling);
+    for (std::size_t c = 0; c < block->names.size(); ++c) {
+      std::vector<double>& column = block->measured[c];
+      const double shift = isCentred ? ShiftOf(column) : 0.0;
+      std::vector<float> cells = SingleCells(column, shift, &moved_);
+      const std::string& title = block->names[c];
+      if (IsConstant(cells)) {
+        const bool isEmpty = std::all_of(cells.begin(), cells.end(), IsMissing);
+        (isEmpty ? block->emptyColumns : block->constantColumns).push_back(title);
         continue;
       }
-      cells.GetColumnMinMax(c, smallest, largest);
-      if (smallest == largest) {
-        block->constantColumns.push_back(column);
-        continue;
-      }
-      names.push_back(column);
-      varying.push_back(cells.GetColumn(c));
+      if (!isCentred && LosesDigits(column)) losing.push_back(title);
+      varying.names.push_back(title);
+      varying.shifts.push_back(shift);
+      varying.measured.push_back(std::move(column));
+      singles.push_back(std::move(cells));
     }
-    block->names = std::move(names);
+    block->names = std::move(varying.names);
+    block->measured = std::move(varying.measured);
+    block->shifts = std::move(varying.shifts);
+    block->cells = MatrixOf(singles, static_cast<int>(rows_.x.size()));
+    ClearZeros(&block->shifts);
+    NoteLostDigits(losing, notes_);
     RefuseWithoutColumns(table, name, *block);
     NoteColumns(name, "text columns", block->textColumns);
     NoteColumns(name, "constant columns", block->constantColumns);
     NoteColumns(name, "empty columns", block->emptyColumns);
-    varying.Transpose();
-    block->cells = varying;
   }
 
   static void RefuseWithoutColumns(const CsvTable& table, const std::string& name, const Block& block) {

@@ -11,11 +11,13 @@
 
 namespace kalmia::analysis {
 
-/// One of two blocks, in the units of its file.
+/// One of two blocks.
 struct Block {
   std::string table;  ///< how messages call its file
   std::vector<std::string> names;
-  NCDataMatrix<float> cells;
+  std::vector<std::vector<double>> measured;  ///< the cells, column by column, in the units of its file
+  NCDataMatrix<float> cells;                  ///< the same for the model, less the shifts
+  std::vector<double> shifts;                 ///< see ShiftOf; empty where no column is shifted
   std::vector<std::string> textColumns;  ///< these and those below are no part of it
   std::vector<std::string> constantColumns;
   std::vector<std::string> emptyColumns;

@@ -81,8 +81,8 @@ O2PLSResult Compute(const O2PLSRecipe& recipe, const CsvTable& xTable, const Csv
   task.numbers = recipe.numbers;
   StoredO2PLS& model = result.model;
   FillInfo(recipe, result.data, &model);
-  model.xScale = ScaleColumns(recipe.scaling, result.data.x.names, &task.x);
-  model.yScale = ScaleColumns(recipe.scaling, result.data.y.names, &task.y);
+  model.xScaling = ScaleColumns(recipe.scaling, result.data.x.names, &task.x, result.data.x.shifts);
+  model.yScaling = ScaleColumns(recipe.scaling, result.data.y.names, &task.y, result.data.y.shifts);
   FillHoles(&task, &result, &result.notes, progress);
   O2PLSComponents fit = ExtractO2PLS(task, &result.notes, progress);
   result.components = fit.components;

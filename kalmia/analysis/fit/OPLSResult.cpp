@@ -72,8 +72,8 @@ OPLSResult Compute(const OPLSRecipe& recipe, const CsvTable& table, NCProgress* 
   StoredOPLS& model = result.model;
   FillInfo(table, recipe, result.data, &model);
   model.yNames = result.data.yNames;
-  model.xScale = ScaleColumns(recipe.scaling, result.data.xNames, &task.x);
-  model.yScale = ScaleColumns(ScalingOfY(recipe.scaling), result.data.yNames, &task.y);
+  model.xScaling = ScaleColumns(recipe.scaling, result.data.xNames, &task.x, result.data.xShifts);
+  model.yScaling = ScaleColumns(ScalingOfY(recipe.scaling), result.data.yNames, &task.y, result.data.yShifts);
   OPLSComponents fit = FitOrNameLeftOut(result.data, [&] { return ExtractOPLS(task, progress); });
   DescribeTable(result.data, recipe.scaling, &result.validation);
   result.validation.state = std::move(fit.validation);

@@ -19,6 +19,8 @@ std::string DigestOf(const ModelData& data) {
   WriteNames(data.xNames, stream);
   WriteNames(data.yNames, stream);
   stream << data.x << data.y;
+  WriteDoubles(data.xShifts, stream);
+  WriteDoubles(data.yShifts, stream);
   return Checksum(stream.str());
 }
 

@@ -55,7 +55,7 @@ PCAResult Compute(const PCARecipe& recipe, const CsvTable& table, NCProgress* pr
   static_cast<FitRules&>(task) = RulesOf(recipe, result.data, &result.notes);
   task.centred = recipe.scaling != NCScale::ScalingNone;
   FillInfo(table, recipe, result.data, &result.model);
-  result.model.xScale = ScaleColumns(recipe.scaling, result.data.xNames, &task.x);
+  result.model.xScaling = ScaleColumns(recipe.scaling, result.data.xNames, &task.x, result.data.xShifts);
   PCAComponents fit = FitOrNameLeftOut(result.data, [&] { return ExtractPCA(task, progress); });
   NoteComponents(fit, &result.notes);
   result.components = fit.components;

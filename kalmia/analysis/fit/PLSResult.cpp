@@ -25,8 +25,8 @@ PLSResult Compute(const PLSRecipe& recipe, const CsvTable& table, NCProgress* pr
   static_cast<FitRules&>(task) = RulesOf(recipe, result.data, &result.notes);
   FillInfo(table, recipe, result.data, &result.model);
   result.model.yNames = result.data.yNames;
-  result.model.xScale = ScaleColumns(recipe.scaling, result.data.xNames, &task.x);
-  result.model.yScale = ScaleColumns(ScalingOfY(recipe.scaling), result.data.yNames, &task.y);
+  result.model.xScaling = ScaleColumns(recipe.scaling, result.data.xNames, &task.x, result.data.xShifts);
+  result.model.yScaling = ScaleColumns(ScalingOfY(recipe.scaling), result.data.yNames, &task.y, result.data.yShifts);
   PLSComponents fit = FitOrNameLeftOut(result.data, [&] { return ExtractPLS(task, progress); });
   for (std::size_t a = 0; a < fit.components.size(); ++a) {
     NoteIterations(a + 1, fit.components[a].iterations, &result.notes);

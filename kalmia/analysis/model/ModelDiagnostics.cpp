@@ -24,15 +24,16 @@ double SumOfSquares(const NCDataVector<float>& v) {
 
 }  // namespace
 
-Coefficients CoefficientsInOriginalUnits(const NCPLS& model, const NCScale& xScale, const NCScale& yScale) {
+Coefficients CoefficientsInOriginalUnits(const NCPLS& model, const ColumnScaling& xScaling,
+                                         const ColumnScaling& yScaling) {
   const NCDataMatrix<float> scaled = model.GetRegressionCoefficients(-1);
   Coefficients coefficients;
-  for (int j = 1; j <= scaled.SizeColumns(); ++j) coefficients.intercepts.push_back(CentreOf(yScale, j));
+  for (int j = 1; j <= scaled.SizeColumns(); ++j) coefficients.intercepts.push_back(CentreOf(yScaling, j));
   for (int k = 1; k <= scaled.SizeRows(); ++k) {
     std::vector<double> slopes;
     for (int j = 1; j <= scaled.SizeColumns(); ++j) {
-      slopes.push_back(Present(scaled[k][j]) * FactorOf(xScale, k) / FactorOf(yScale, j));
-      coefficients.intercepts[static_cast<std::size_t>(j - 1)] -= slopes.back() * CentreOf(xScale, k);
+      slopes.push_back(Present(scaled[k][j]) * FactorOf(xScaling, k) / FactorOf(yScaling, j));
+      coefficients.intercepts[static_cast<std::size_t>(j - 1)] -= slopes.back() * CentreOf(xScaling, k);
     }
     coefficients.slopes.push_back(std::move(slopes));
   }

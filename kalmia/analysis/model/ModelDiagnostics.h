@@ -2,9 +2,9 @@
 
 #include <vector>
 
+#include "kalmia/analysis/steps/Scaling.h"
 #include "kalmia/containers/NCDataMatrix.h"
 #include "kalmia/pcapls/NCPLS.h"
-#include "kalmia/pcapls/NCScale.h"
 
 namespace kalmia::analysis {
 
@@ -19,7 +19,8 @@ struct Coefficients {
 
 /// From B = W* C' in scaled units: slope_kj = B_kj f_k / g_j and intercept_j = m_j - sum over k of slope_kj c_k, where
 /// c_k, f_k are centre and factor of X column k and m_j, g_j those of Y column j (0 and 1 where there is none).
-Coefficients CoefficientsInOriginalUnits(const NCPLS& model, const NCScale& xScale, const NCScale& yScale);
+Coefficients CoefficientsInOriginalUnits(const NCPLS& model, const ColumnScaling& xScaling,
+                                         const ColumnScaling& yScaling);
 
 /// Variable importance in projection of each X column, K cells:
 /// VIP_k = sqrt(K sum_a(S_a w_ak^2) / sum_a S_a), S_a = c_a'c_a t_a't_a, the sum of squares of Y that component a

@@ -1,23 +1,25 @@
 #include "kalmia/analysis/model/NewRows.h"
 
 #include <algorithm>
+#include <cmath>
 #include <new>
 
+#include "kalmia/analysis/table/CellRows.h"
+#include "kalmia/analysis/table/SingleCells.h"
 #include "kalmia/analysis/table/TableColumns.h"
 #include "kalmia/analysis/text/DisplayText.h"
 #include "kalmia/analysis/text/Failure.h"
-#include "kalmia/containers/Missing.h"
 
 namespace kalmia::analysis {
 
 namespace {
 
-constexpr int kCellsAtOnce = 1 << 22;  ///< of the rows that go through the preprocessing together: some 16 MB
+constexpr int kCellsAtOnce = 1 << 22;  ///< of the rows that go through the preprocessing together: some 32 MB
 
 /// A column that the table has.
 struct SourceColumn {
-  int place = 0;  ///< among the columns that X is made of, from 1
-  std::vector<float> cells;
+  int place = 0;  ///< among the columns that X is made of, from 0
+  std::vector<double> cells;
 };
 
 [[noreturn]] void Refuse(const CsvTable& table, const std::string& message) {
@@ -36,40 +38,42 @@ const std::vector<std::string>& SourceNames(const ModelInfo& model) {
 
 std::vector<SourceColumn> ReadSource(const ModelInfo& model, const CsvTable& table, NewRows* rows) {
   std::vector<SourceColumn> source;
-  int place = 0;
+  int place = -1;
   for (const std::string& name : SourceNames(model)) {
     ++place;
     const int column = table.Find(name);
     if (column < 0) {
       rows->missingColumns.push_back(name);
     } else {
-      source.push_back({place, ReadNumbers(table, column, &rows->moved)});
+      source.push_back({place, ReadNumbers(table, column)});
     }
   }
   return source;
 }
 
 bool IsWithoutCell(const SourceColumn& column) {
-  return std::all_of(column.cells.begin(), column.cells.end(), [](float cell) { return cell == kMissingCell<float>; });
+  return std::all_of(column.cells.begin(), column.cells.end(), [](double cell) { return std::isnan(cell); });
 }
 
 /// Some rows, from 0, of so many columns; those that the table does not have are missing.
-NCDataMatrix<float> RowsOf(const std::vector<SourceColumn>& source, int columns, int first, int count) {
-  NCDataMatrix<float> rows(count, columns);
-  for (const SourceColumn& column : source) {
-    const float* const cells = column.cells.data() + first;
-    for (int r = 0; r < count; ++r) rows(r + 1, column.place, cells[r]);
-  }
+CellRows RowsOf(const std::vector<SourceColumn>& source, int columns, int first, int count) {
+  CellRows rows(count, columns);
+  for (const SourceColumn& column : source) rows.SetColumn(column.place, column.cells.data() + first);
   return rows;
 }
 
+/// Gives rows of a column of X, from 0, to the model, from row `first` on.
+void TakeCells(const ModelInfo& model, int column, int first, const std::vector<double>& cells, NewRows* rows) {
+  const double shift = model.xScaling.ShiftOfColumn(static_cast<std::size_t>(column));
+  int row = first;
+  for (const float cell : SingleCells(cells, shift, &rows->moved)) rows->x(++row, column + 1, cell);
+}
+
 /// The chain may take and make far more columns than the table or X have, so that rows go through it a block at a time.
-NCDataMatrix<float> Preprocessed(const ModelInfo& model, const CsvTable& table, int idColumn,
-                                 const std::vector<SourceColumn>& source, NCProgress* progress) {
+void Preprocess(const ModelInfo& model, const CsvTable& table, int idColumn, const std::vector<SourceColumn>& source,
+                NCProgress* progress, NewRows* rows) {
   const auto columns = static_cast<int>(SourceNames(model).size());
-  if (model.chain.Empty()) return RowsOf(source, columns, 0, table.Rows());
   const std::vector<std::string> places = RowPlaces(table, idColumn);
-  NCDataMatrix<float> x;
   const int atOnce = std::max(1, kCellsAtOnce / columns);
   for (int first = 0; first < table.Rows(); first += atOnce) {
     const int count = std::min(atOnce, table.Rows() - first);
@@ -77,9 +81,11 @@ NCDataMatrix<float> Preprocessed(const ModelInfo& model, const CsvTable& table, 
     Signals signals{table.Name(), {place, place + count}, model.chain.inputNames, {},
                     RowsOf(source, columns, first, count)};
     ApplyChain(model.chain, &signals, progress);
-    for (const NCDataVector<float>& row : PickColumns(signals, model.xNames)) x.push_back(row);
+    int column = 0;
+    for (const int taken : PlacesOf(signals, model.xNames)) {
+      TakeCells(model, column++, first, signals.cells.Column(taken), rows);
+    }
   }
-  return x;
 }
 
 NewRows Read(const ModelInfo& model, const CsvTable& table, const std::string& id, Notes* notes,
@@ -98,7 +104,12 @@ NewRows Read(const ModelInfo& model, const CsvTable& table, const std::string& i
   if (!rows.missingColumns.empty()) {
     notes->Add("taken as missing cells, not in the table: " + Listed(rows.missingColumns, kColumnsNamed));
   }
-  rows.x = Preprocessed(model, table, idColumn, source, progress);
+  rows.x = NCDataMatrix<float>(table.Rows(), static_cast<int>(model.xNames.size()));
+  if (model.chain.Empty()) {
+    for (const SourceColumn& column : source) TakeCells(model, column.place, 0, column.cells, &rows);
+  } else {
+    Preprocess(model, table, idColumn, source, progress, &rows);
+  }
   return rows;
 }
 

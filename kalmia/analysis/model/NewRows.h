@@ -15,7 +15,7 @@ namespace kalmia::analysis {
 struct NewRows {
   std::vector<std::string> names;
   std::vector<std::string> missingColumns;  ///< columns that X is made of and the table does not have
-  NCDataMatrix<float> x;                    ///< the model's X columns, through its preprocessing
+  NCDataMatrix<float> x;                    ///< the model's X columns, through its preprocessing, less its shifts
   int moved = 0;                            ///< cells measured as the missing value
 };
 

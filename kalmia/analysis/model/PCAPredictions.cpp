@@ -2,7 +2,7 @@
 
 #include <utility>
 
-#include "kalmia/analysis/table/TableColumns.h"
+#include "kalmia/analysis/table/SingleCells.h"
 
 namespace kalmia::analysis {
 

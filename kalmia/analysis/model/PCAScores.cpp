@@ -42,7 +42,7 @@ void AppendScores(const NCPCA& model, const NCDataMatrix<float>& x, std::vector<
 }  // namespace
 
 std::vector<RowScores> ScoreRows(const StoredPCA& model, NCDataMatrix<float> x, NCProgress* progress) {
-  ApplyScale(model.xScale.get(), &x);
+  ApplyScale(model.xScaling, &x);
   std::vector<RowScores> rows;
   WorkProgress work(progress);
   for (int first = 1; first <= x.SizeRows(); first += kRowsAtATime) {

@@ -2,6 +2,7 @@
 
 #include <utility>
 
+#include "kalmia/analysis/table/SingleCells.h"
 #include "kalmia/analysis/table/TableColumns.h"
 #include "kalmia/analysis/text/DisplayText.h"
 
@@ -17,7 +18,7 @@ void ReadMeasured(const YModelInfo& model, const CsvTable& table, PLSPredictions
     const int column = table.Find(name);
     if (column < 0) continue;
     const ColumnKind kind = KindOfColumn(table, column);
-    if (kind == ColumnKind::Numbers) result->measured.back() = ReadNumbers(table, column, &result->rows.moved);
+    if (kind == ColumnKind::Numbers) result->measured.back() = ReadNumbers(table, column);
     if (kind == ColumnKind::Texts) texts.push_back(name);
   }
   if (!texts.empty()) notes->Add("not taken as measured values, text columns: " + Listed(texts));

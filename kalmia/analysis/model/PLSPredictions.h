@@ -12,7 +12,8 @@ namespace kalmia::analysis {
 /// New rows and what a PLS, OPLS or O2PLS model says of them.
 struct PLSPredictions {
   NewRows rows;
-  std::vector<std::vector<float>> measured;  ///< for each Y of the model its cells, or nothing if it is not there
+  std::vector<std::vector<double>> measured;  ///< for each Y of the model its cells, a hole NaN; or nothing, if it is
+                                              ///< not there
   std::vector<RowPrediction> predictions;
   int components = 0;                        ///< of the model
   Notes notes;                               ///< what was done of its own accord

@@ -46,7 +46,7 @@ void FillRows(const YModelInfo& model, const NCDataMatrix<float>& yPred, const N
     if (!row.reason.empty()) continue;
     const NCDataVector<float>& y = yPred[static_cast<int>(i) + 1];
     for (int j = 1; j <= y.Size(); ++j) {
-      row.y.push_back(y[j] / FactorOf(*model.yScale, j) + CentreOf(*model.yScale, j));
+      row.y.push_back(y[j] / FactorOf(model.yScaling, j) + CentreOf(model.yScaling, j));
       if (!std::isfinite(row.y.back())) row.reason = kTooLarge;
     }
     if (!row.reason.empty()) row.y.clear();
@@ -56,7 +56,7 @@ void FillRows(const YModelInfo& model, const NCDataMatrix<float>& yPred, const N
 }  // namespace
 
 std::vector<RowPrediction> PredictRows(const StoredPLS& model, NCDataMatrix<float> x, NCProgress* progress) {
-  ApplyScale(model.xScale.get(), &x);
+  ApplyScale(model.xScaling, &x);
   std::vector<RowPrediction> rows(static_cast<std::size_t>(x.SizeRows()));
   const NCPLS& pls = *model.pls;
   NCPLSPred prediction(&x, pls.GetWprim(), pls.GetPprim(), pls.GetCprim(), kMissingTolerance);
@@ -77,7 +77,7 @@ std::vector<RowPrediction> PredictRows(const StoredPLS& model, NCDataMatrix<floa
 }
 
 std::vector<RowPrediction> PredictRows(const StoredOPLS& model, NCDataMatrix<float> x, NCProgress* progress) {
-  ApplyScale(model.xScale.get(), &x);
+  ApplyScale(model.xScaling, &x);
   const OPLSMatrices& opls = model.opls;
   NCOPLSPred prediction(&x, &opls.w, &opls.p, &opls.c, &opls.wo, &opls.po, &opls.co);
   WorkProgress work(progress);
@@ -97,7 +97,7 @@ std::vector<RowPrediction> PredictRows(const StoredOPLS& model, NCDataMatrix<flo
 
 std::vector<RowPrediction> PredictRows(const StoredO2PLS& model, NCDataMatrix<float> x, NCProgress* progress) {
   WorkProgress(progress).Ask();
-  ApplyScale(model.xScale.get(), &x);
+  ApplyScale(model.xScaling, &x);
   const O2PLSMatrices& o2pls = model.o2pls;
   const NCO2PLSYPred prediction(x, o2pls.p, o2pls.w, o2pls.q, o2pls.wo, o2pls.po, o2pls.s, o2pls.lambda,
                                 static_cast<int>(model.yNames.size()));

@@ -6,16 +6,16 @@
 #include <vector>
 
 #include "kalmia/analysis/model/ComponentRecord.h"
+#include "kalmia/analysis/steps/Scaling.h"
 #include "kalmia/analysis/steps/StepChain.h"
 #include "kalmia/o2pls/NCYOrthogonalPLS.h"
 #include "kalmia/pcapls/NCPCA.h"
 #include "kalmia/pcapls/NCPLS.h"
-#include "kalmia/pcapls/NCScale.h"
 
 namespace kalmia::analysis {
 
 /// Of the files that models are written to; this one and all before it are read.
-inline constexpr int kModelVersion = 3;
+inline constexpr int kModelVersion = 4;
 
 /// What a stored model has whatever its kind: where it comes from, and what turns new rows of a table into its X.
 struct ModelInfo {
@@ -30,7 +30,7 @@ struct ModelInfo {
                     ///< filters have none
   std::vector<std::string> xNames;
   std::vector<std::string> rowNames;
-  std::unique_ptr<NCScale> xScale;
+  ColumnScaling xScaling;
   double pooledDeviation = 0.0;  ///< pooled s of the training rows
   std::string inputBlock = "X";  ///< how messages call the block of xNames; not in the file
 };
@@ -45,7 +45,7 @@ struct YQuality {
 /// What a model that predicts Y has beside that.
 struct YModelInfo : ModelInfo {
   std::vector<std::string> yNames;
-  std::unique_ptr<NCScale> yScale;
+  ColumnScaling yScaling;
   std::vector<YQuality> quality;  ///< one for each Y column
 };
 

@@ -85,8 +85,8 @@ std::string DescriptionJson(const Description& description) {
                        {"firstWords", WordsJson(column)},
                        {"mean", JsonNumber(column.moments.mean)},
                        {"standardDeviation", JsonNumber(column.moments.standardDeviation)},
-                       {"min", JsonNumber(ShortestDouble(column.moments.min))},
-                       {"max", JsonNumber(ShortestDouble(column.moments.max))},
+                       {"min", JsonNumber(column.moments.min)},
+                       {"max", JsonNumber(column.moments.max)},
                        {"skewness", JsonNumber(column.moments.skewness)}});
   }
   json["columns"] = columns;

@@ -19,6 +19,7 @@ namespace {
 constexpr std::size_t kLineWidth = 100;
 constexpr std::size_t kLabelWidth = 18;
 constexpr int kDigits = 6;
+constexpr int kShiftDigits = 10;
 constexpr int kQ2Decimals = 4;
 
 std::string Labelled(const std::string& label, const std::string& text) {
@@ -50,13 +51,31 @@ std::string RowsText(const ModelInfo& model) {
          (model.idColumn.empty() ? "" : ", named by column " + OneLine(model.idColumn));
 }
 
-Json ColumnsJson(const std::vector<std::string>& names, const NCScale& scale) {
+Json ColumnsJson(const std::vector<std::string>& names, const ColumnScaling& scaling) {
   Json list = Json::array();
   for (std::size_t i = 0; i < names.size(); ++i) {
     const int variable = static_cast<int>(i) + 1;
-    list.push_back({{"name", names[i]}, {"centre", CentreOf(scale, variable)}, {"factor", FactorOf(scale, variable)}});
+    list.push_back(
+        {{"name", names[i]}, {"centre", CentreOf(scaling, variable)}, {"factor", FactorOf(scaling, variable)}});
+    if (!scaling.shifts.empty()) list.back()["shift"] = scaling.shifts[i];
   }
   return list;
+}
+
+/// Which columns are shifted before their cells become single precision.
+std::string ShiftsText(const std::string& block, const std::vector<std::string>& names, const ColumnScaling& scaling) {
+  std::vector<std::string> shifted;
+  for (std::size_t i = 0; i < names.size(); ++i) {
+    if (scaling.ShiftOfColumn(i) != 0.0) {
+      shifted.push_back(names[i] + " by " + Significant(scaling.ShiftOfColumn(i), kShiftDigits));
+    }
+  }
+  return shifted.empty() ? "" : LabelledNames(block + " shifted", shifted);
+}
+
+std::string ShiftsText(const ModelInfo& model) { return ShiftsText("X", model.xNames, model.xScaling); }
+std::string ShiftsText(const YModelInfo& model) {
+  return ShiftsText("X", model.xNames, model.xScaling) + ShiftsText("Y", model.yNames, model.yScaling);
 }
 
 std::string StepsText(const StepChain& chain) {
@@ -123,7 +142,7 @@ std::string OwnTables(const StoredO2PLS& model) {
 std::string OwnTables(const StoredFilter& model) { return ComponentText(model.components); }
 
 void AddOwnJson(const StoredPLS& model, Json* json) {
-  (*json)["y"] = ColumnsJson(model.yNames, *model.yScale);
+  (*json)["y"] = ColumnsJson(model.yNames, model.yScaling);
   (*json)["components"] = ComponentJson(model.components, model.yNames);
   (*json)["quality"] = QualityJson(model);
 }
@@ -131,14 +150,14 @@ void AddOwnJson(const StoredPLS& model, Json* json) {
 void AddOwnJson(const StoredPCA& model, Json* json) { (*json)["components"] = ComponentJson(model.components); }
 
 void AddOwnJson(const StoredOPLS& model, Json* json) {
-  (*json)["y"] = ColumnsJson(model.yNames, *model.yScale);
+  (*json)["y"] = ColumnsJson(model.yNames, model.yScaling);
   (*json)["components"] = ComponentJson(model.components);
   (*json)["quality"] = QualityJson(model);
 }
 
 void AddOwnJson(const StoredO2PLS& model, Json* json) {
   (*json)["yTable"] = model.yTable;
-  (*json)["y"] = ColumnsJson(model.yNames, *model.yScale);
+  (*json)["y"] = ColumnsJson(model.yNames, model.yScaling);
   (*json)["yPooledDeviation"] = JsonNumber(model.yPooledDeviation);
   (*json)["components"] = ComponentJson(model.components);
   (*json)["shares"] = SharesJson(model.components);
@@ -156,7 +175,7 @@ std::string ModelText(const Model& model, const std::string& file) {
          Labelled("Fitted to", OneLine(model.table)) + Labelled("Rows", RowsText(model)) + OwnLines(model) +
          StepsText(model.chain) +
          Labelled("X columns", std::to_string(model.xNames.size()) + ", " + ScalingText(model.scaling)) +
-         LabelledNames("", model.xNames) + JudgementLines(model) + "\n" + OwnTables(model);
+         LabelledNames("", model.xNames) + ShiftsText(model) + JudgementLines(model) + "\n" + OwnTables(model);
 }
 
 template <class Model>
@@ -169,7 +188,7 @@ std::string ModelJson(const Model& model, const std::string& file) {
   json["idColumn"] = TextOrNull(model.idColumn);
   json["scaling"] = ScalingWord(model.scaling);
   json["preprocessing"] = ChainJson(model.chain);
-  json["x"] = ColumnsJson(model.xNames, *model.xScale);
+  json["x"] = ColumnsJson(model.xNames, model.xScaling);
   json["rows"] = model.rowNames;
   AddJudgementJson(model, &json);
   AddOwnJson(model, &json);

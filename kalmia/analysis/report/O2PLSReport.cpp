@@ -129,8 +129,8 @@ std::vector<CsvFile> O2PLSCsvFiles(const O2PLSResult& result, const CsvMarks& ma
           NamedComponentsCsv("y-loadings.csv", "column", model.yNames, {{"q", o.q}, {"qo", o.qo}}, marks),
           NamedComponentsCsv("x-weights.csv", "column", model.xNames, {{"w", o.w}, {"wo", o.wo}}, marks),
           NamedComponentsCsv("y-weights.csv", "column", model.yNames, {{"c", o.c}, {"co", o.co}}, marks),
-          FitCsv("y-fit.csv", model.rowNames, result.data.y.names, result.data.y.cells, result.fittedY, marks),
-          FitCsv("x-fit.csv", model.rowNames, result.data.x.names, result.data.x.cells, result.fittedX, marks)};
+          FitCsv("y-fit.csv", model.rowNames, result.data.y.names, result.data.y.measured, result.fittedY, marks),
+          FitCsv("x-fit.csv", model.rowNames, result.data.x.names, result.data.x.measured, result.fittedX, marks)};
 }
 
 std::vector<std::string> O2PLSCsvFileNames() {

@@ -16,7 +16,7 @@ namespace {
 
 using Align = TextTable::Align;
 
-/// "predictive 1", "orthogonal 2": the kind of each component, and its number among its kind.
+/// "predictive 1", "orthogonal 2": what each component is, and its number among those.
 std::vector<std::string> ComponentNames(const std::vector<OPLSComponentRecord>& components) {
   std::vector<std::string> names;
   int predictive = 0;
@@ -152,7 +152,7 @@ std::vector<CsvFile> OPLSCsvFiles(const OPLSResult& result, const CsvMarks& mark
       VipCsv(model, marks),
       RowsCsv(model.rowNames, HotellingT2(Together(opls.t, opls.to)),
               DistancesToModel(model, model.Components(), result.fitted), marks),
-      FitCsv("fit.csv", data.rowNames, data.yNames, data.y, result.fitted, marks)};
+      FitCsv("fit.csv", data.rowNames, data.yNames, data.measuredY, result.fitted, marks)};
 }
 
 std::vector<std::string> OPLSCsvFileNames() {

@@ -158,11 +158,11 @@ std::vector<CsvFile> PLSCsvFiles(const PLSResult& result, const CsvMarks& marks)
           NamedComponentsCsv("weights.csv", "column", model.xNames, {{"w", *pls.GetWprim()}}, marks),
           NamedComponentsCsv("w-star.csv", "column", model.xNames, {{"w*", pls.GetWStarPrim()}}, marks),
           NamedComponentsCsv("y-weights.csv", "column", model.yNames, {{"c", *pls.GetCprim()}}, marks),
-          CoefficientsCsv(CoefficientsInOriginalUnits(pls, *model.xScale, *model.yScale), model, marks),
+          CoefficientsCsv(CoefficientsInOriginalUnits(pls, model.xScaling, model.yScaling), model, marks),
           VipCsv(model, marks),
           RowsCsv(model.rowNames, HotellingT2(*pls.GetTprim()),
                   DistancesToModel(model, model.Components(), result.fitted), marks),
-          FitCsv("fit.csv", data.rowNames, data.yNames, data.y, result.fitted, marks)};
+          FitCsv("fit.csv", data.rowNames, data.yNames, data.measuredY, result.fitted, marks)};
 }
 
 std::vector<std::string> PLSCsvFileNames() {

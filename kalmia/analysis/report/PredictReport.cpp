@@ -9,7 +9,6 @@
 #include "kalmia/analysis/text/Numbers.h"
 #include "kalmia/analysis/text/internal/Json.h"
 #include "kalmia/analysis/text/internal/TextTable.h"
-#include "kalmia/containers/Missing.h"
 
 namespace kalmia::analysis {
 
@@ -32,7 +31,7 @@ PredictionError ErrorOf(const PLSPredictions& result, std::size_t j) {
   PredictionError error;
   double sum = 0.0;
   for (std::size_t i = 0; i < result.measured[j].size(); ++i) {
-    if (result.measured[j][i] == kMissingCell<float> || result.predictions[i].y.empty()) continue;
+    if (std::isnan(result.measured[j][i]) || result.predictions[i].y.empty()) continue;
     const double difference = result.measured[j][i] - result.predictions[i].y[j];
     sum += difference * difference;
     ++error.rows;
@@ -41,7 +40,7 @@ PredictionError ErrorOf(const PLSPredictions& result, std::size_t j) {
   return error;
 }
 
-std::string Measured(float cell) { return cell == kMissingCell<float> ? "-" : Shortest(cell); }
+std::string Measured(double cell) { return Shortest(cell, "-"); }
 
 std::string ErrorText(const YModelInfo& model, const PLSPredictions& result) {
   TextTable table;
@@ -66,8 +65,8 @@ Json RowsJson(const YModelInfo& model, const PLSPredictions& result) {
     Json measured = Json::array();
     for (std::size_t j = 0; j < model.yNames.size(); ++j) {
       predicted.push_back(row.y.empty() ? Json(nullptr) : JsonNumber(row.y[j]));
-      const bool has = !result.measured[j].empty() && result.measured[j][i] != kMissingCell<float>;
-      measured.push_back(has ? JsonNumber(ShortestDouble(result.measured[j][i])) : Json(nullptr));
+      const bool has = !result.measured[j].empty() && !std::isnan(result.measured[j][i]);
+      measured.push_back(has ? JsonNumber(result.measured[j][i]) : Json(nullptr));
     }
     list.push_back({{"row", result.rows.names[i]},
                     {"predicted", predicted},
@@ -179,7 +178,7 @@ CsvFile PredictCsv(const YModelInfo& model, const PLSPredictions& result, const 
   for (std::size_t i = 0; i < result.predictions.size(); ++i) {
     csv.Field(result.rows.names[i]);
     for (std::size_t j = 0; j < model.yNames.size(); ++j) {
-      if (!result.measured[j].empty()) csv.Cell(result.measured[j][i]);
+      if (!result.measured[j].empty()) csv.Number(result.measured[j][i]);
       csv.Number(result.predictions[i].y.empty() ? kNone : result.predictions[i].y[j]);
     }
     csv.Number(DistanceToModel(model, result.components, result.predictions[i]))

@@ -1,6 +1,7 @@
 #include "kalmia/analysis/steps/PreprocessedTable.h"
 
 #include <algorithm>
+#include <cmath>
 #include <string_view>
 #include <unordered_set>
 #include <utility>
@@ -12,7 +13,6 @@
 #include "kalmia/analysis/text/DisplayText.h"
 #include "kalmia/analysis/text/Failure.h"
 #include "kalmia/analysis/text/WorkProgress.h"
-#include "kalmia/containers/Missing.h"
 
 namespace kalmia::analysis {
 
@@ -84,18 +84,13 @@ int IdColumn(const CsvTable& table, const PreprocessRecipe& recipe) {
   return recipe.id.empty() ? -1 : RequireColumn(table, recipe.id);
 }
 
-Signals ReadSignals(const CsvTable& table, int idColumn, const std::vector<int>& columns, Notes* notes) {
+Signals ReadSignals(const CsvTable& table, int idColumn, const std::vector<int>& columns) {
   Signals signals{table.Name(), RowPlaces(table, idColumn), {}, {}, {}, table.DecimalComma()};
-  signals.cells = NCDataMatrix<float>(table.Rows(), static_cast<int>(columns.size()));
-  int moved = 0;
+  signals.cells = CellRows(table.Rows(), static_cast<int>(columns.size()));
   for (std::size_t k = 0; k < columns.size(); ++k) {
     signals.names.push_back(table.ColumnNames()[static_cast<std::size_t>(columns[k])]);
-    const std::vector<float> cells = ReadNumbers(table, columns[k], &moved);
-    for (std::size_t r = 0; r < cells.size(); ++r) {
-      signals.cells(static_cast<int>(r) + 1, static_cast<int>(k) + 1, cells[r]);
-    }
+    signals.cells.SetColumn(static_cast<int>(k), ReadNumbers(table, columns[k]).data());
   }
-  NoteMovedCells(moved, notes);
   return signals;
 }
 
@@ -114,7 +109,7 @@ StepChain ApplySteps(const PreprocessRecipe& recipe, Signals* signals, Notes* no
 void AddKeptCell(const CsvTable& table, std::string text, bool isOfNumbers, CsvText* csv) {
   const bool isMissing = isOfNumbers && table.ValueOf(text).kind == CellKind::Missing;
   if (isMissing || text.empty()) {
-    csv->Cell(kMissingCell<float>);
+    csv->Digits("");
   } else {
     AddTableCell(table, std::move(text), isOfNumbers, csv);
   }
@@ -128,7 +123,7 @@ PreprocessedTable Preprocess(const CsvTable& table, const PreprocessRecipe& reci
   PreprocessedTable result;
   result.columns = SignalColumns(table, recipe, notes);
   result.idColumn = IdColumn(table, recipe);
-  result.signals = ReadSignals(table, result.idColumn, result.columns, notes);
+  result.signals = ReadSignals(table, result.idColumn, result.columns);
   result.chain = ApplySteps(recipe, &result.signals, notes, progress);
   result.restored = recipe.restore;
   return result;
@@ -165,9 +160,10 @@ std::string PreprocessedText(const CsvTable& table, const PreprocessedTable& res
       const auto c = static_cast<std::size_t>(column);
       AddKeptCell(table, std::move(texts[c]), isOfNumbers[c], &csv);
     }
-    for (const float cell : signals.cells[row + 1]) {
-      const bool leavesABlankLine = isAlone && cell == kMissingCell<float>;
-      leavesABlankLine ? csv.Field("NA") : csv.Cell(cell);
+    const double* const cells = signals.cells.Row(row);
+    for (int c = 0; c < signals.cells.Columns(); ++c) {
+      const bool leavesABlankLine = isAlone && std::isnan(cells[c]);
+      leavesABlankLine ? csv.Field("NA") : csv.Number(cells[c]);
     }
     csv.EndLine();
   }

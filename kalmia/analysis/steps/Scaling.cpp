@@ -4,7 +4,9 @@
 #include <cmath>
 #include <iterator>
 #include <limits>
+#include <utility>
 
+#include "kalmia/analysis/table/SingleCells.h"
 #include "kalmia/analysis/text/DisplayText.h"
 #include "kalmia/analysis/text/Failure.h"
 #include "kalmia/containers/Missing.h"
@@ -70,10 +72,20 @@ const ScalingName& NameOf(NCScale::Scaling scaling) {
                        [scaling](const ScalingName& name) { return name.scaling == scaling; });
 }
 
+double Centre(const NCScale& scale, int variable) {
+  const double centre = (*scale.GetCentres())[variable];
+  return centre == kMissing ? 0.0 : centre;
+}
+
+double Factor(const NCScale& scale, int variable) {
+  const double factor = (*scale.GetScales())[variable];
+  return factor == kMissing ? 1.0 : factor;
+}
+
 /// A present cell scaled; the next float below where a step of it gives the missing value.
 float ScaledCell(const NCScale& scale, float cell, int c) {
-  const auto centred = AvoidMissingValue(static_cast<float>(cell - CentreOf(scale, c)));
-  return AvoidMissingValue(static_cast<float>(centred * FactorOf(scale, c)));
+  const auto centred = AvoidMissingValue(static_cast<float>(cell - Centre(scale, c)));
+  return AvoidMissingValue(static_cast<float>(centred * Factor(scale, c)));
 }
 
 /// Whether a cell that was there is missing now.
@@ -104,10 +116,16 @@ void KeepAllCells(const NCScale& scale, const NCDataMatrix<float>& before, NCDat
   if (AnyLost(before, *scaled)) *scaled = WithLostCells(scale, before, *scaled);
 }
 
+void Apply(NCScale* scale, NCDataMatrix<float>* matrix) {
+  const NCDataMatrix<float> before = *matrix;
+  scale->ScaleMatrix(matrix, /*newModel=*/false);
+  KeepAllCells(*scale, before, matrix);
+}
+
 }  // namespace
 
-std::unique_ptr<NCScale> ScaleColumns(NCScale::Scaling type, const std::vector<std::string>& names,
-                                      NCDataMatrix<float>* matrix) {
+ColumnScaling ScaleColumns(NCScale::Scaling type, const std::vector<std::string>& names, NCDataMatrix<float>* matrix,
+                           std::vector<double> shifts) {
   if (type < NCScale::ScalingNone || type > NCScale::ScalingUnitVariance) {
     throw BadRequest("there is no scaling of number " + std::to_string(static_cast<int>(type)));
   }
@@ -118,30 +136,18 @@ std::unique_ptr<NCScale> ScaleColumns(NCScale::Scaling type, const std::vector<s
   NCDataMatrix<float> moved = measured;
   if (!MoveLostCells(*scale, &moved)) {
     KeepAllCells(*scale, measured, matrix);
-    return scale;
+    return {std::move(scale), std::move(shifts)};
   }
   do {
     NCDataMatrix<float> scaled = moved;
     Fit(names, scale.get(), &scaled);
   } while (MoveLostCells(*scale, &moved));
   *matrix = measured;
-  ApplyScale(scale.get(), matrix);
-  return scale;
+  Apply(scale.get(), matrix);
+  return {std::move(scale), std::move(shifts)};
 }
 
-void ApplyScale(NCScale* scale, NCDataMatrix<float>* matrix) {
-  const NCDataMatrix<float> before = *matrix;
-  scale->ScaleMatrix(matrix, /*newModel=*/false);
-  KeepAllCells(*scale, before, matrix);
-}
-
-float AvoidMissingValue(float number) { return number == kMissingCell<float> ? NextBelow(number) : number; }
-
-bool IsConstant(const float* begin, const float* end) {
-  const auto isPresent = [](float cell) { return cell != kMissingCell<float>; };
-  const float* const first = std::find_if(begin, end, isPresent);
-  return std::none_of(first, end, [&](float cell) { return isPresent(cell) && cell != *first; });
-}
+void ApplyScale(const ColumnScaling& scaling, NCDataMatrix<float>* shifted) { Apply(scaling.scale.get(), shifted); }
 
 NCScale::Scaling ScalingOfY(NCScale::Scaling scalingOfX) {
   return scalingOfX == NCScale::ScalingUnitVariance ? NCScale::ScalingUnitVariance : NCScale::ScalingCentre;
@@ -158,14 +164,10 @@ std::optional<NCScale::Scaling> ScalingOfWord(const std::string& word) {
 
 std::string ScalingText(NCScale::Scaling scaling) { return NameOf(scaling).text; }
 
-double CentreOf(const NCScale& scale, int variable) {
-  const double centre = (*scale.GetCentres())[variable];
-  return centre == kMissing ? 0.0 : centre;
+double CentreOf(const ColumnScaling& scaling, int variable) {
+  return Centre(*scaling.scale, variable) + scaling.ShiftOfColumn(static_cast<std::size_t>(variable) - 1);
 }
 
-double FactorOf(const NCScale& scale, int variable) {
-  const double factor = (*scale.GetScales())[variable];
-  return factor == kMissing ? 1.0 : factor;
-}
+double FactorOf(const ColumnScaling& scaling, int variable) { return Factor(*scaling.scale, variable); }
 
 }  // namespace kalmia::analysis

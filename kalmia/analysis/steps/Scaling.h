@@ -10,22 +10,28 @@
 
 namespace kalmia::analysis {
 
-/// Fits a scaling of one type for all columns and applies it to the matrix in place.
+/// How the columns of a block are centred and scaled, as a model learnt it. A cell x of the table, a double, becomes
+/// (x - shift), rounded to single precision; then (that - centre) factor.
+struct ColumnScaling {
+  std::unique_ptr<NCScale> scale;  ///< centres and factors
+  std::vector<double> shifts;      ///< one a column, see ShiftOf; empty where no column is shifted
+
+  double ShiftOfColumn(std::size_t column) const { return shifts.empty() ? 0.0 : shifts[column]; }  ///< from 0
+};
+
+/// Fits a scaling of one type for all columns and applies it to the matrix in place, off which `shifts` were taken.
 /// A column whose mean is the missing value -99 itself gets a centre a few float steps below, and a cell that centring
 /// turns into it takes part in the fit that far below: none is taken as "not centred" or as missing.
 /// Throws BadData, naming the column, if a column has too few values or its variance is out of range.
-std::unique_ptr<NCScale> ScaleColumns(NCScale::Scaling type, const std::vector<std::string>& names,
-                                      NCDataMatrix<float>* matrix);
+ColumnScaling ScaleColumns(NCScale::Scaling type, const std::vector<std::string>& names, NCDataMatrix<float>* matrix,
+                           std::vector<double> shifts = {});
 
-/// Applies a fitted scaling in place. A present cell stays present: where centring or multiplying gives exactly the
+/// Applies a fitted scaling in place, to cells that are shifted already. A present cell stays present: where centring or multiplying gives exactly the
 /// missing value, the next float below is taken. Counts of missing cells are exact.
-void ApplyScale(NCScale* scale, NCDataMatrix<float>* matrix);
+void ApplyScale(const ColumnScaling& scaling, NCDataMatrix<float>* shifted);
 
-/// The number; the next float below where it is the missing value.
-float AvoidMissingValue(float number);
-
-/// Whether no two of the cells differ, but for missing ones.
-bool IsConstant(const float* begin, const float* end);
+/// Whether the scaling takes a mean off each column.
+inline bool Centres(NCScale::Scaling scaling) { return scaling != NCScale::ScalingNone; }
 
 /// The scaling of Y that goes with one of X: unit variance with unit variance, else centring alone.
 NCScale::Scaling ScalingOfY(NCScale::Scaling scalingOfX);
@@ -37,8 +43,9 @@ std::optional<NCScale::Scaling> ScalingOfWord(const std::string& word);
 /// "scaled to unit variance" and the like, for a reader.
 std::string ScalingText(NCScale::Scaling scaling);
 
-/// Centre and factor of a variable (from 1); 0 and 1 where it is not centred or not multiplied.
-double CentreOf(const NCScale& scale, int variable);
-double FactorOf(const NCScale& scale, int variable);
+/// Centre and factor of a variable (from 1), in the units of the table; 0 and 1 where it is not centred or not
+/// multiplied.
+double CentreOf(const ColumnScaling& scaling, int variable);
+double FactorOf(const ColumnScaling& scaling, int variable);
 
 }  // namespace kalmia::analysis

@@ -46,9 +46,10 @@ float SpacingOf(const Signals& signals, bool areCoefficients, const std::string&
 
 void NoteEmptyColumns(const Signals& signals, Notes* notes) {
   std::vector<std::string> empty;
-  for (int c = 1; c <= signals.cells.SizeColumns(); ++c) {
-    const bool isEmpty = signals.cells.GetColumnMisVal(c) == signals.cells.SizeRows();
-    if (isEmpty) empty.push_back(signals.names[static_cast<std::size_t>(c) - 1]);
+  for (int c = 0; c < signals.cells.Columns(); ++c) {
+    const std::vector<double> cells = signals.cells.Column(c);
+    const bool isEmpty = std::all_of(cells.begin(), cells.end(), [](double cell) { return std::isnan(cell); });
+    if (isEmpty) empty.push_back(signals.names[static_cast<std::size_t>(c)]);
   }
   if (!empty.empty()) notes->Add("no cell, but taken as a channel: " + Listed(empty, kColumnsNamed));
 }
@@ -150,14 +151,12 @@ std::string LearntText(const LearntStep& step) {
   return text;
 }
 
-NCDataMatrix<float> PickColumns(const Signals& signals, const std::vector<std::string>& names) {
-  std::unordered_map<std::string_view, int> columnOf;
-  for (std::size_t c = 0; c < signals.names.size(); ++c) columnOf.emplace(signals.names[c], static_cast<int>(c) + 1);
-  NCIntegralVector<int, -99> columns;
-  for (const std::string& name : names) columns.push_back(columnOf.at(name));
-  NCDataMatrix<float> picked = signals.cells;
-  picked.ReduceColumns(columns);
-  return picked;
+std::vector<int> PlacesOf(const Signals& signals, const std::vector<std::string>& names) {
+  std::unordered_map<std::string_view, int> placeOf;
+  for (std::size_t c = 0; c < signals.names.size(); ++c) placeOf.emplace(signals.names[c], static_cast<int>(c));
+  std::vector<int> places;
+  for (const std::string& name : names) places.push_back(placeOf.at(name));
+  return places;
 }
 
 bool IsConsistent(const StepChain& chain) {

@@ -4,8 +4,8 @@
 #include <vector>
 
 #include "kalmia/analysis/steps/Steps.h"
+#include "kalmia/analysis/table/CellRows.h"
 #include "kalmia/analysis/text/Notes.h"
-#include "kalmia/containers/NCDataMatrix.h"
 #include "kalmia/support/NCProgress.h"
 
 namespace kalmia::analysis {
@@ -32,12 +32,12 @@ struct Signals {
   std::vector<std::string> names;      ///< of the columns
   /// Right after a wavelet-compress, or steps that keep its columns: of the columns before it; otherwise empty.
   std::vector<std::string> fullNames;
-  NCDataMatrix<float> cells;
+  CellRows cells;
   bool decimalComma = false;           ///< whether the numbers of the table, and in names, have one
 };
 
-/// Applies the steps to the table in place, one after the other, and keeps what they learn of it. Missing cells: those
-/// of column transformations, snv and detrend stay missing; a window makes do with the cells it has, see Derivate;
+/// Applies the steps to the table in place, in double, one after the other, and keeps what they learn of it. Missing
+/// cells: those of column transformations, snv and detrend stay missing; a window makes do with the cells it has;
 /// wavelets see them filled along straight lines, and wavelet-denoise leaves them missing. A row without a cell stays
 /// so.
 /// Notes columns without a cell, and where the spacing of a derivative is 1 for want of numbers in the names.
@@ -62,8 +62,8 @@ void RestoreSignals(const StepChain& chain, Signals* signals, NCProgress* progre
 /// "derivative:1:15:2, channels 2 apart": the step with what it has learnt, for a reader.
 std::string LearntText(const LearntStep& step);
 
-/// The columns of these names, all of which are there, in their order.
-NCDataMatrix<float> PickColumns(const Signals& signals, const std::vector<std::string>& names);
+/// The columns of these names, all of which are there, in their order: as places, from 0.
+std::vector<int> PlacesOf(const Signals& signals, const std::vector<std::string>& names);
 
 /// Whether the chain, read from a file, could have been learnt.
 bool IsConsistent(const StepChain& chain);

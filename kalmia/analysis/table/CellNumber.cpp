@@ -120,7 +120,7 @@ CellValue ReadCell(std::string_view text, bool decimalComma) { return ReadCell(t
 
 PlainNumber ReadPlainNumber(const char* begin, const char* end, char mark) { return TakePlainNumber(begin, end, mark); }
 
-std::string CellText(float value, bool decimalComma) {
+std::string CellText(double value, bool decimalComma) {
   std::string number = Shortest(value);
   if (decimalComma) std::replace(number.begin(), number.end(), '.', ',');
   return number;

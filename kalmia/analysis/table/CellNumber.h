@@ -50,7 +50,7 @@ struct PlainNumber {
 /// multiplication or division: several times faster than ReadCell. [begin, end) may be followed by anything.
 PlainNumber ReadPlainNumber(const char* begin, const char* end, char mark);
 
-/// The number as a cell: as few digits as bring the same float back, with that decimal mark.
-std::string CellText(float value, bool decimalComma);
+/// The number as a cell: as few digits as bring the same double back, with that decimal mark.
+std::string CellText(double value, bool decimalComma);
 
 }  // namespace kalmia::analysis

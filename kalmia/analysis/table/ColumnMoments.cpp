@@ -3,29 +3,27 @@
 #include <algorithm>
 #include <cmath>
 
-#include "kalmia/containers/Missing.h"
-
 namespace kalmia::analysis {
 
 namespace {
 
 template <class Take>
-void ForEachPresent(const std::vector<float>& cells, const Take& take) {
-  for (const float cell : cells) {
-    if (cell != kMissingCell<float>) take(cell);
+void ForEachPresent(const std::vector<double>& cells, const Take& take) {
+  for (const double cell : cells) {
+    if (!std::isnan(cell)) take(cell);
   }
 }
 
 }  // namespace
 
-ColumnMoments MomentsOf(const std::vector<float>& cells) {
+ColumnMoments MomentsOf(const std::vector<double>& cells) {
   ColumnMoments moments;
-  float min = std::numeric_limits<float>::infinity();
-  float max = -min;
+  double min = std::numeric_limits<double>::infinity();
+  double max = -min;
   double sum = 0.0;
-  ForEachPresent(cells, [&](float cell) {
+  ForEachPresent(cells, [&](double cell) {
     ++moments.n;
-    sum += static_cast<double>(cell);
+    sum += cell;
     min = std::min(min, cell);
     max = std::max(max, cell);
   });
@@ -38,8 +36,8 @@ ColumnMoments MomentsOf(const std::vector<float>& cells) {
   if (moments.n < 2) return moments;
   double squares = 0.0;
   double cubes = 0.0;
-  ForEachPresent(cells, [&](float cell) {
-    const double difference = static_cast<double>(cell) - mean;
+  ForEachPresent(cells, [&](double cell) {
+    const double difference = cell - mean;
     squares += difference * difference;
     cubes += difference * difference * difference;
   });

@@ -8,8 +8,8 @@ namespace kalmia::analysis {
 /// What the present cells of a column are like; not a number where there are too few cells for it.
 struct ColumnMoments {
   int n = 0;  ///< present cells
-  float min = std::numeric_limits<float>::quiet_NaN();
-  float max = std::numeric_limits<float>::quiet_NaN();
+  double min = std::numeric_limits<double>::quiet_NaN();
+  double max = std::numeric_limits<double>::quiet_NaN();
   double mean = std::numeric_limits<double>::quiet_NaN();  ///< sum(x) / n; n >= 1
   /// s = sqrt(sum((x - mean)^2) / (n - 1)); n >= 2
   double standardDeviation = std::numeric_limits<double>::quiet_NaN();
@@ -17,9 +17,8 @@ struct ColumnMoments {
   double skewness = std::numeric_limits<double>::quiet_NaN();
 };
 
-/// The moments of cells of which missing ones are the library's missing value. Unlike the library's own statistics it
-/// does not answer with that value where it knows nothing, and so not where a sum happens to be that value. Sums run in
-/// double, in the order of the cells: the same bits on every machine.
-ColumnMoments MomentsOf(const std::vector<float>& cells);
+/// The moments of cells, of which missing ones are NaN. Sums run in double, in the order of the cells: the same bits on
+/// every machine.
+ColumnMoments MomentsOf(const std::vector<double>& cells);
 
 }  // namespace kalmia::analysis

@@ -13,7 +13,7 @@ namespace kalmia::analysis {
 
 namespace {
 
-constexpr float kHole = std::numeric_limits<float>::quiet_NaN();
+constexpr double kHole = std::numeric_limits<double>::quiet_NaN();
 
 /// What the rows read so far say of a column.
 struct Tally {
@@ -67,7 +67,7 @@ class RowReader {
         tallies_(columns) {}
 
   /// Reads the row that begins at `begin` into one cell for each column. False if it has not that many fields.
-  bool Read(std::size_t row, std::size_t begin, float* cells) {
+  bool Read(std::size_t row, std::size_t begin, double* cells) {
     row_ = row;
     const char* at = text_.data() + begin;
     for (std::size_t column = 0; column < tallies_.size(); ++column) {
@@ -93,7 +93,7 @@ class RowReader {
   bool EndsField(const char* at) const { return at == end_ || *at == format_.separator || IsLineEnd(*at); }
 
   /// Reads one field that begins without blanks. Its end, or null where quotation marks do not pair up.
-  const char* ReadField(const char* at, std::size_t column, float* cell) {
+  const char* ReadField(const char* at, std::size_t column, double* cell) {
     if (EndsField(at)) {
       ++tallies_[column].missing;
       *cell = kHole;
@@ -105,7 +105,7 @@ class RowReader {
         const char* const next = BehindBlanks(number.end);
         if (EndsField(next)) {
           ownMarks_ += number.hasMark ? 1 : 0;
-          *cell = static_cast<float>(number.value);
+          *cell = number.value;
           return next;
         }
       }
@@ -120,11 +120,11 @@ class RowReader {
     return text_.data() + field.next;
   }
 
-  float ReadText(std::string_view text, std::size_t column) {
+  double ReadText(std::string_view text, std::size_t column) {
     const CellValue cell = ReadCell(text, cellFormat_);
     Tally& tally = tallies_[column];
     if (IsNumber(cell.kind)) ownMarks_ += text.find(mark_) != std::string_view::npos ? 1 : 0;
-    if (cell.kind == CellKind::Number) return static_cast<float>(cell.value);
+    if (cell.kind == CellKind::Number) return cell.value;
     if (cell.kind == CellKind::Missing) {
       ++tally.missing;
       return kHole;
@@ -165,17 +165,17 @@ class Columns {
   Columns(std::size_t rows, std::size_t columns, std::size_t bytes)
       : rows_(rows), room_(std::min(rows, bytes / columns + 1)), tallies_(columns) {
     cells_.columns.resize(columns);
-    cells_.numbers.reset(new float[room_ * columns]);  // not cleared: the threads that fill it touch it first
-    PreferLargePages(cells_.numbers.get(), room_ * columns * sizeof(float));
+    cells_.numbers.reset(new double[room_ * columns]);  // not cleared: the threads that fill it touch it first
+    PreferLargePages(cells_.numbers.get(), room_ * columns * sizeof(double));
   }
 
   /// Takes `count` rows, which lie one behind the other in `cells`.
-  void Store(std::size_t first, std::size_t count, const float* cells) {
+  void Store(std::size_t first, std::size_t count, const double* cells) {
     if (first >= room_) return;
     const std::size_t stored = std::min(count, room_ - first);
     const std::size_t columns = cells_.columns.size();
     for (std::size_t c = 0; c < columns; ++c) {
-      float* const column = cells_.numbers.get() + c * room_ + first;
+      double* const column = cells_.numbers.get() + c * room_ + first;
       for (std::size_t r = 0; r < stored; ++r) column[r] = cells[r * columns + c];
     }
   }
@@ -233,7 +233,7 @@ CsvCells ReadCells(std::string_view text, const CsvFormat& format, const CsvRows
     const std::size_t end = std::min((k + 1) * rowsAtOnce, count);
     if (made.IsBehindBadRow(k * rowsAtOnce)) return;
     RowReader reader(text, format, cellFormat, columns);
-    std::vector<float> cells(batch * columns);
+    std::vector<double> cells(batch * columns);
     for (std::size_t first = k * rowsAtOnce; first < end; first += batch) {
       const std::size_t read = std::min(batch, end - first);
       for (std::size_t r = 0; r < read; ++r) {

@@ -26,12 +26,12 @@ struct CsvColumn {
   int missing = 0;
   int strays = 0;       ///< cells that are neither missing nor finite numbers within the range of float
   std::vector<int> firstStrays;  ///< rows of the first of them, in their order: at most kStraysKept
-  const float* numbers = nullptr;  ///< one for each row, rounded once; NaN where there is none; null in Texts
+  const double* numbers = nullptr;  ///< one for each row; NaN where there is none; null in Texts
 };
 
 /// The cells of a table.
 struct CsvCells {
-  std::unique_ptr<float[]> numbers;  ///< of all columns, one behind the other
+  std::unique_ptr<double[]> numbers;  ///< of all columns, one behind the other
   std::vector<CsvColumn> columns;
   std::int64_t commas = 0;  ///< numbers with a decimal comma, if that is the mark
   std::int64_t points = 0;  ///< numbers with a decimal point, if that is the mark

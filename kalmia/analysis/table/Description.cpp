@@ -1,7 +1,6 @@
 #include "kalmia/analysis/table/Description.h"
 
 #include <algorithm>
-#include <atomic>
 #include <cmath>
 
 #include "kalmia/analysis/table/SharedWork.h"
@@ -40,24 +39,20 @@ void NameWords(const CsvTable& table, const std::vector<int>& columns, WorkProgr
   }
 }
 
-/// Adds the moments of the columns. How many cells were measured as -99.
-int DescribeNumbers(const CsvTable& table, const std::vector<int>& columns, WorkProgress* work,
-                    std::vector<ColumnDescription>* described) {
+/// Adds the moments of the columns.
+void DescribeNumbers(const CsvTable& table, const std::vector<int>& columns, WorkProgress* work,
+                     std::vector<ColumnDescription>* described) {
   work->Begin("describing " + Counted(columns.size(), "column"));
-  std::atomic<int> moved{0};
   ShareWork(columns.size(), [work](double share) { work->MoveTo(share); },
             [&](std::size_t k) {
-              int movedHere = 0;
-              const std::vector<float> cells = NumbersBesideStrays(table, columns[k], &movedHere);
+              const std::vector<double> cells = NumbersBesideStrays(table, columns[k]);
               ColumnMoments& moments = (*described)[k].moments;
               moments = MomentsOf(cells);
               if (!std::isnan(moments.skewness)) {
                 moments.skewness =
                     TellableSkewness(cells, moments.mean, moments.standardDeviation, moments.skewness);
               }
-              moved += movedHere;
             });
-  return moved;
 }
 
 template <class Condition>
@@ -104,7 +99,7 @@ Description Describe(const CsvTable& table, NCProgress* progress) {
   }
   WorkProgress work(progress);
   NameWords(table, columns, &work, &description.columns);
-  NoteMovedCells(DescribeNumbers(table, columns, &work, &description.columns), &description.notes);
+  DescribeNumbers(table, columns, &work, &description.columns);
   if (table.Columns() == 1 && !description.textColumns.empty()) {
     description.notes.Add("the table has one column only, of text: columns are separated by commas, ; or tabs");
   }

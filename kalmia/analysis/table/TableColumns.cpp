@@ -1,13 +1,9 @@
 #include "kalmia/analysis/table/TableColumns.h"
 
-#include <cmath>
-#include <limits>
-
 #include "kalmia/analysis/table/CellNumber.h"
 #include "kalmia/analysis/text/DisplayText.h"
 #include "kalmia/analysis/text/Failure.h"
 #include "kalmia/analysis/text/internal/NearestName.h"
-#include "kalmia/containers/Missing.h"
 
 namespace kalmia::analysis {
 
@@ -55,37 +51,15 @@ std::string SeparatorHint(const CsvTable& table) {
 
 ColumnKind KindOfColumn(const CsvTable& table, int column) { return table.Column(column).kind; }
 
-std::vector<float> ReadNumbers(const CsvTable& table, int column, int* moved) {
+std::vector<double> ReadNumbers(const CsvTable& table, int column) {
   const CsvColumn& source = table.Column(column);
   if (source.strays > 0) RefuseCell(table, source.firstStrays.front(), column);
-  return NumbersBesideStrays(table, column, moved);
+  return NumbersBesideStrays(table, column);
 }
 
-std::vector<float> NumbersBesideStrays(const CsvTable& table, int column, int* moved) {
-  const float* const source = table.Column(column).numbers;
-  std::vector<float> numbers(static_cast<std::size_t>(table.Rows()));
-  for (std::size_t row = 0; row < numbers.size(); ++row) {
-    numbers[row] = std::isnan(source[row]) ? kMissingCell<float> : source[row];
-    if (numbers[row] != kMissingCell<float> || std::isnan(source[row])) continue;
-    numbers[row] = std::nextafter(kMissingCell<float>, std::numeric_limits<float>::lowest());
-    ++*moved;
-  }
-  return numbers;
-}
-
-NCDataMatrix<float> MatrixOf(const std::vector<std::vector<float>>& columns, int rows) {
-  NCDataMatrix<float> matrix(rows, static_cast<int>(columns.size()));
-  for (int c = 1; c <= matrix.SizeColumns(); ++c) {
-    const std::vector<float>& cells = columns[static_cast<std::size_t>(c) - 1];
-    for (int r = 1; r <= rows; ++r) matrix(r, c, cells[static_cast<std::size_t>(r) - 1]);
-  }
-  return matrix;
-}
-
-void NoteMovedCells(int moved, Notes* notes) {
-  if (moved == 0) return;
-  notes->Add(Counted(static_cast<std::size_t>(moved), "cell") + " measured as -99 " + (moved == 1 ? "is" : "are") +
-             " taken as -99.0000076: -99 itself marks missing cells inside");
+std::vector<double> NumbersBesideStrays(const CsvTable& table, int column) {
+  const double* const numbers = table.Column(column).numbers;
+  return {numbers, numbers + table.Rows()};
 }
 
 int RequireColumn(const CsvTable& table, const std::string& name) {

@@ -4,8 +4,6 @@
 #include <vector>
 
 #include "kalmia/analysis/table/CsvTable.h"
-#include "kalmia/analysis/text/Notes.h"
-#include "kalmia/containers/NCDataMatrix.h"
 
 namespace kalmia::analysis {
 
@@ -18,20 +16,13 @@ std::string MissingWordsHint(const CsvTable& table);
 /// What to look at where a name is not found in a table that turned out to have one column only; empty for any other.
 std::string SeparatorHint(const CsvTable& table);
 
-/// The cells of a column as numbers, missing ones as the library's missing value. A cell measured as exactly that value
-/// becomes the next float below it, and is counted in `moved`.
+/// The cells of a column as numbers; a missing one is NaN.
 /// Throws BadData with row, column and text of a cell that is neither a number nor missing, infinite or
 /// beyond the largest float. Such cells are known as the strays of the column.
-std::vector<float> ReadNumbers(const CsvTable& table, int column, int* moved);
+std::vector<double> ReadNumbers(const CsvTable& table, int column);
 
 /// The same with strays taken for missing cells.
-std::vector<float> NumbersBesideStrays(const CsvTable& table, int column, int* moved);
-
-/// Columns of so many cells each as a matrix, one cell for each row.
-NCDataMatrix<float> MatrixOf(const std::vector<std::vector<float>>& columns, int rows);
-
-/// Says in one line how many cells ReadNumbers moved, if any.
-void NoteMovedCells(int moved, Notes* notes);
+std::vector<double> NumbersBesideStrays(const CsvTable& table, int column);
 
 /// The column of that name. Throws BadData if there is none, with the name that was probably meant.
 int RequireColumn(const CsvTable& table, const std::string& name);

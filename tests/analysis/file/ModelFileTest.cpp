@@ -86,10 +86,19 @@ std::string SmallPreprocessedFile() {
   return ModelFileBytes(Fit(recipe, Unrelated(8, 3, 1, 1)).model);
 }
 
+/// The bytes of a PLS model of one component of 4 rows, an X column of which is shifted, and Y.
+std::string SmallShiftedFile() {
+  PLSRecipe recipe;
+  recipe.y = {"y"};
+  recipe.components = 1;
+  const CsvTable table("a,b,c,y\n1,1000001,2,5000001\n2,1000003,5,5000002\n4,1000002,1,5000004\n3,1000005,2,5000003\n", "t");
+  return ModelFileBytes(Fit(recipe, table).model);
+}
+
 /// One small file of each kind of model.
 std::vector<std::string> SmallFiles() {
-  return {SmallModelFile(), SmallPCAFile(),    SmallOPLSFile(),
-          SmallO2PLSFile(), SmallFilterFile(), SmallPreprocessedFile()};
+  return {SmallModelFile(),  SmallPCAFile(),          SmallOPLSFile(),   SmallO2PLSFile(),
+          SmallFilterFile(), SmallPreprocessedFile(), SmallShiftedFile()};
 }
 
 /// The message with which the bytes are refused; "" if they are read.
@@ -200,7 +209,7 @@ std::size_t RowsAnswered(StoredO2PLS& model, const NCDataMatrix<float>& x) {
   return std::min(rows, PredictRows(model, NCDataMatrix<float>(2, 2, 0.5F)).size());
 }
 std::size_t RowsAnswered(const StoredFilter& model, NCDataMatrix<float> x) {
-  ApplyScale(model.xScale.get(), &x);
+  ApplyScale(model.xScaling, &x);
   model.filter->CalculateResiduals(&x);
   return static_cast<std::size_t>(x.SizeRows());
 }
@@ -237,7 +246,7 @@ TEST(ModelFile, EndsInAFailureWhenItsContentIsCutByAForger) {
 
 TEST(ModelFile, IsRefusedForWhatIsWrong) {
   const std::string bytes = SmallModelFile();
-  EXPECT_EQ(Refusal(WithVersion(bytes, 4)), "m is a model file of version 4; this kalmia reads versions up to 3");
+  EXPECT_EQ(Refusal(WithVersion(bytes, 5)), "m is a model file of version 5; this kalmia reads versions up to 4");
   EXPECT_EQ(Refusal(WithVersion(bytes, 0)), "m is damaged: there is no version 0");
   std::string damaged = bytes;
   damaged[kContentAt + 100] = static_cast<char>(damaged[kContentAt + 100] + 1);

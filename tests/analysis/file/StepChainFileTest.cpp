@@ -11,6 +11,7 @@
 
 #include "FailureOf.h"
 #include "FramedFile.h"
+#include "StepTables.h"
 #include "kalmia/analysis/file/StepChainFile.h"
 #include "kalmia/analysis/file/internal/ModelEntries.h"
 #include "kalmia/analysis/text/Failure.h"
@@ -22,6 +23,7 @@ using kalmia::analysis::ApplyChain;
 using kalmia::analysis::Failure;
 using kalmia::analysis::IsConsistent;
 using kalmia::analysis::LearnChain;
+using kalmia::analysis::CellRows;
 using kalmia::analysis::Notes;
 using kalmia::analysis::OutputNames;
 using kalmia::analysis::ParseSteps;
@@ -34,9 +36,9 @@ using namespace framed;
 
 /// Three rows of five channels.
 Signals SmallSignals() {
-  Signals signals{"t", {"a", "b", "c"}, {"10", "12", "14", "16", "18"}, {}, NCDataMatrix<float>(3, 5)};
+  Signals signals{"t", {"a", "b", "c"}, {"10", "12", "14", "16", "18"}, {}, CellRows(3, 5)};
   for (int r = 1; r <= 3; ++r)
-    for (int c = 1; c <= 5; ++c) signals.cells(r, c, static_cast<float>(std::sin(1.0 + r * c) + c));
+    for (int c = 1; c <= 5; ++c) signals.cells.Row(r - 1)[c - 1] = std::sin(1.0 + r * c) + c;
   return signals;
 }
 
@@ -69,7 +71,7 @@ TEST(StepChainFile, ComesBackToTheSameBytesAndTheSameWork) {
   Signals before = SmallSignals(), after = SmallSignals();
   ApplyChain(chain, &before);
   ApplyChain(read, &after);
-  EXPECT_TRUE(before.cells == after.cells);
+  ExpectSame(MatrixOfCells(before.cells), MatrixOfCells(after.cells));
   EXPECT_EQ(after.names, OutputNames(read));
 }
 
@@ -102,7 +104,7 @@ TEST(StepChainFile, EndsInAFailureOrAChainThatWorksWhenForged) {
         Signals signals = SmallSignals();
         signals.names = chain.inputNames;
         ApplyChain(chain, &signals);
-        EXPECT_EQ(static_cast<std::size_t>(signals.cells.SizeColumns()), OutputNames(chain).size());
+        EXPECT_EQ(static_cast<std::size_t>(signals.cells.Columns()), OutputNames(chain).size());
       } catch (const Failure& failure) {
         if (Is<kalmia::analysis::BadData>(failure)) {  // a constant that takes the cells beyond the floats
           EXPECT_THAT(failure.what(), HasSubstr("becomes no finite number"));

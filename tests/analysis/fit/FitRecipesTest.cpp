@@ -71,7 +71,7 @@ TEST(FitRecipes, OfAFilterAndOfAFillingTakeAndFillWhatTheyName) {
   filter.components = 1;
   const FilterResult filtered = Fit(filter, Table());
   EXPECT_EQ(filtered.filter.components.size(), 1U);
-  EXPECT_EQ(filtered.filtered.cells.SizeColumns(), 5);
+  EXPECT_EQ(filtered.filtered.cells.Columns(), 5);
 
   FillRecipe fill;
   fill.id = "name";

@@ -60,11 +60,11 @@ TEST(NewRows, AreTheSameInBlocksAsOneByOne) {
   ASSERT_EQ(rows.x.SizeRows(), kRows);
   for (int r = 0; r < kRows; ++r) {
     NCDataMatrix<float> cells(1, kChannels);
-    cells(1, 1, static_cast<float>(NumbersOf(table, "100")[static_cast<std::size_t>(r)]));
-    cells(1, 4, static_cast<float>(NumbersOf(table, "103")[static_cast<std::size_t>(r)]));
     Signals signals = SignalsOf(cells);
+    signals.cells.Row(0)[0] = NumbersOf(table, "100")[static_cast<std::size_t>(r)];
+    signals.cells.Row(0)[3] = NumbersOf(table, "103")[static_cast<std::size_t>(r)];
     ApplyChain(model.chain, &signals);
-    ExpectSame(rows.x.GetRowSubMatrix(r + 1, r + 1), signals.cells);
+    for (int c = 1; c <= 2; ++c) EXPECT_EQ(rows.x[r + 1][c], static_cast<float>(signals.cells.Row(0)[c - 1])) << r;
   }
 }
 

@@ -46,23 +46,21 @@ Matrix RowsAroundMinus99() {
   return x;
 }
 
-/// A float is off by 2^-24; -99 is made the next number, which is off by twice as much.
-bool IsNearly(float a, float b, double room) {
-  return std::fabs(double{a} - b) <= 1.3e-7 * std::fabs(double{b}) + room;
-}
+/// Logarithms and powers have 44 binary digits; where the tests call -99 a hole it is the next number.
+bool IsNearly(double a, double b, double room) { return std::fabs(a - b) <= 0x1p-43 * std::fabs(b) + room; }
 
 /// What the step makes of the cells, times `factor`, is what another step makes of four times the cells. `room`: what
 /// a cell may be off besides, as a share of the largest of the row.
 void ExpectScaled(const std::string& step, const std::string& ofFourfold, double factor, const Matrix& x, double room) {
   SCOPED_TRACE(step);
-  const Matrix y = After(step, x), z = After(ofFourfold, Mapped(x, [](double v) { return 4 * v; }));
+  const DoubleCells y = After(step, x), z = After(ofFourfold, Mapped(x, [](double v) { return 4 * v; }));
   ASSERT_EQ(y.SizeColumns(), z.SizeColumns());
   for (int r = 1; r <= x.SizeRows(); ++r) {
     double largest = 0;
     for (const float cell : x[r]) largest = std::max(largest, std::fabs(double{cell}));
     for (int c = 1; c <= y.SizeColumns(); ++c) {
       ASSERT_EQ(y[r][c] == kHole, z[r][c] == kHole) << r << ' ' << c;
-      const auto expected = y[r][c] == kHole ? kHole : static_cast<float>(factor * y[r][c]);
+      const double expected = y[r][c] == kHole ? kHole : factor * y[r][c];
       EXPECT_TRUE(IsNearly(z[r][c], expected, room * factor * largest)) << r << ' ' << c << ": " << z[r][c] << ' '
                                                                        << expected;
     }

@@ -23,7 +23,7 @@ using kalmia::analysis::RestoreSignals;
 using kalmia::analysis::Signals;
 using kalmia::analysis::StepChain;
 using ::testing::HasSubstr;
-using Matrix = NCDataMatrix<float>;
+using Matrix = FloatCells;
 using Vector = NCDataVector<float>;
 
 std::unique_ptr<Vector> Coefficients(const Vector& row, Wavelet::WaveletFunctionType family, int order) {
@@ -67,12 +67,13 @@ TEST(WaveletSteps, WaveletCompressKeepsTheCoefficientsOfLargestMeanSquare) {
     const auto steps = ParseSteps("wavelet-compress:" + std::to_string(count) + ":daubechies:6", "steps");
     const StepChain chain = LearnChain(steps, &signals, &notes);
     EXPECT_EQ(chain.steps[0].positions, LargestByHand(x, count, 16));
-    ASSERT_EQ(signals.cells.SizeColumns(), count);
+    ASSERT_EQ(signals.cells.Columns(), count);
     for (int k = 1; k <= count; ++k) {
       const int position = chain.steps[0].positions[static_cast<std::size_t>(k) - 1];
       EXPECT_EQ(signals.names[static_cast<std::size_t>(k) - 1], "wavelet_" + std::to_string(position));
       for (int r = 1; r <= 5; ++r) {
-        EXPECT_EQ(signals.cells[r][k], (*Coefficients(x[r], Wavelet::FunctionDaubechies, 2))[position]);
+        // The library's filters and coefficients are floats: four levels of some units of 2^-24 of cells up to 2.5.
+        EXPECT_NEAR(signals.cells.Row(r - 1)[k - 1], (*Coefficients(x[r], Wavelet::FunctionDaubechies, 2))[position], 5e-6);
       }
     }
   }
@@ -84,17 +85,17 @@ TEST(WaveletSteps, WaveletRestoreGivesTheSignalsBackWhereAllCoefficientsAreKept)
     int cells = 1;
     while (cells < channels) cells *= 2;
     const std::string compress = "wavelet-compress:" + std::to_string(cells);
-    const Matrix back = After(compress + ",wavelet-restore", x);
+    const DoubleCells back = After(compress + ",wavelet-restore", x);
     Signals signals = SignalsOf(x);
     Notes notes;
     const StepChain chain = LearnChain(ParseSteps(compress, "steps"), &signals, &notes);
     RestoreSignals(chain, &signals);
-    ExpectSame(signals.cells, back);
+    ExpectSame(MatrixOfCells(signals.cells), back);
     EXPECT_EQ(signals.names, chain.inputNames);
     ASSERT_EQ(back.SizeColumns(), channels);
     for (int r = 1; r <= 3; ++r)
-      // Four levels there and back of floats up to 2.5, whose filters were rounded to floats.
-      for (int c = 1; c <= channels; ++c) EXPECT_NEAR(back[r][c], x[r][c], 1e-5) << channels;
+      // Four levels there and back of doubles up to 2.5, by filters that are orthogonal to 5e-16.
+      for (int c = 1; c <= channels; ++c) EXPECT_NEAR(back[r][c], x[r][c], 1e-13) << channels;
   }
 }
 
@@ -104,27 +105,29 @@ TEST(WaveletSteps, WaveletRestoreInvertsWaveletCompressWithEveryFilter) {
                             "biorthogonal1:5", "biorthogonal2:2", "biorthogonal2:8", "biorthogonal3:1",
                             "biorthogonal3:9", "biorthogonal4:4", "biorthogonal5:5", "biorthogonal6:8"};
   for (const char* family : families) {
-    const Matrix back = After(std::string("wavelet-compress:32:") + family + ",wavelet-restore", x);
+    const DoubleCells back = After(std::string("wavelet-compress:32:") + family + ",wavelet-restore", x);
     for (int r = 1; r <= 3; ++r)
-      // Five levels there and back of floats up to 2.5; biorthogonal filters stretch them before they shrink again.
-      for (int c = 1; c <= 21; ++c) EXPECT_NEAR(back[r][c], x[r][c], 1e-4) << family;
+      // Five levels there and back of doubles up to 2.5; biorthogonal filters stretch them before they shrink again.
+      for (int c = 1; c <= 21; ++c) EXPECT_NEAR(back[r][c], x[r][c], 1e-12) << family;
   }
 }
 
 TEST(WaveletSteps, WaveletRestoreLeavesOutNoMoreThanTheCoefficientsThatWereNot) {
   const Matrix x = RandomCells(3, 16);
-  const Matrix few = After("wavelet-compress:6:daubechies:8", x);
-  const Matrix back = After("wavelet-compress:6:daubechies:8,wavelet-restore", x);
-  // Orthogonal filters: the sum of squares of the signals is that of the kept coefficients, to floats' rounding.
-  for (int r = 1; r <= 3; ++r) EXPECT_NEAR(back[r].GetSS() / few[r].GetSS(), 1.0, 1e-5);
+  const DoubleCells few = After("wavelet-compress:6:daubechies:8", x);
+  const DoubleCells back = After("wavelet-compress:6:daubechies:8,wavelet-restore", x);
+  // Orthogonal filters: the sum of squares of the signals is that of the kept coefficients, to doubles' rounding.
+  for (int r = 1; r <= 3; ++r) EXPECT_NEAR(static_cast<double>(back[r].GetSS() / few[r].GetSS()), 1.0, 1e-13);
 }
 
 TEST(WaveletSteps, WaveletDenoiseShrinksDetailsByTheUniversalThreshold) {
   const Matrix x = RandomCells(2, 16);
-  const Matrix y = After("wavelet-denoise:daubechies:6", x);
+  const DoubleCells y = After("wavelet-denoise:daubechies:6", x);
+  Matrix rounded(2, 16);
   for (int r = 1; r <= 2; ++r) {
+    for (int c = 1; c <= 16; ++c) rounded(r, c, static_cast<float>(y[r][c]));
     const auto before = Coefficients(x[r], Wavelet::FunctionDaubechies, 2);
-    const auto after = Coefficients(y[r], Wavelet::FunctionDaubechies, 2);
+    const auto after = Coefficients(rounded[r], Wavelet::FunctionDaubechies, 2);
     Vector finest;
     for (int i = 9; i <= 16; ++i) finest.push_back(std::fabs((*before)[i]));
     const double threshold = static_cast<double>(finest.GetMedian()) / 0.6745 * std::sqrt(2.0 * std::log(16.0));
@@ -146,8 +149,8 @@ TEST(WaveletSteps, WaveletDenoiseLosesNoSignalWhoseCoarsestCoefficientIsMinus99)
     Matrix noisy = flat;
     for (int c = 1; c <= 16; ++c) noisy(1, c, -24.75F + (c % 2 == 0 ? 0.0078125F : -0.0078125F));
     for (const Matrix& x : {flat, noisy}) {
-      const Matrix y = After(step, x);
-      // Four levels there and back of floats up to 99, and noise of 0.008.
+      const DoubleCells y = After(step, x);
+      // Noise of 0.008 is shrunk.
       for (int c = 1; c <= 16; ++c) EXPECT_NEAR(y[1][c], -24.75, 0.01) << c;
     }
   }
@@ -155,7 +158,7 @@ TEST(WaveletSteps, WaveletDenoiseLosesNoSignalWhoseCoarsestCoefficientIsMinus99)
 
 TEST(WaveletSteps, WaveletDenoiseTakesItsMeasureFromTheChannelsNotFromThePadding) {
   Matrix x = RandomCells(1, 33);  // of 64 cells 31 are a smooth ramp
-  const Matrix y = After("wavelet-denoise:daubechies:4", x);
+  const DoubleCells y = After("wavelet-denoise:daubechies:4", x);
   double before = 0, after = 0;
   for (int c = 2; c <= 33; ++c) {
     before += std::fabs(x[1][c] - x[1][c - 1]);
@@ -179,7 +182,7 @@ Matrix Noise(int rows, int columns) {
 
 /// The root mean square of what a step takes off the first columns.
 double TakenOff(const std::string& step, const Matrix& x, int columns) {
-  const Matrix y = After(step, x);
+  const DoubleCells y = After(step, x);
   double squares = 0;
   for (int r = 1; r <= x.SizeRows(); ++r)
     for (int c = 1; c <= columns; ++c) squares += std::pow(static_cast<double>(x[r][c]) - y[r][c], 2);
@@ -216,11 +219,12 @@ TEST(WaveletSteps, WaveletDenoiseTakesNothingOffSignalsWithoutNoise) {
   for (const char* step : {"wavelet-denoise", "wavelet-denoise:coiflet:5", "wavelet-denoise:daubechies:50"})
     for (const auto signal : {Line, Bell, Sine})
       for (const auto& [first, last] : {std::pair(1, 256), {1, 64}, {1, 40}, {20, 39}, {1, 200}, {101, 256}}) {
-        const Matrix x = Stretch(signal, first, last), y = After(step, x);
+        const Matrix x = Stretch(signal, first, last);
+        const DoubleCells y = After(step, x);
         double largest = 0;
-        for (int c = first; c <= last; ++c) largest = std::max(largest, std::fabs(double{x[1][c]} - double{y[1][c]}));
-        // Eight levels there and back of floats around 1000, sixteen times as large on the coarsest level.
-        EXPECT_LT(largest, 0.005) << step << ' ' << signal(1) << ' ' << first << ' ' << last;
+        for (int c = first; c <= last; ++c) largest = std::max(largest, std::fabs(double{x[1][c]} - y[1][c]));
+        // The cells are floats around 1000, whose rounding is noise of 2e-5; t is 3.3 times it, in each of 8 levels.
+        EXPECT_LT(largest, 0.0006) << step << ' ' << signal(1) << ' ' << first << ' ' << last;
       }
 }
 
@@ -241,14 +245,15 @@ TEST(WaveletSteps, WaveletDenoiseLeavesRowsAsTheyAreWhereFewerThanFourDetailsTel
     if (c > 22) x(1, c, kHole);
   EXPECT_GT(TakenOff("wavelet-denoise", x, 22), 0.1);  // 16 taps: four details lie on the cells
   for (int c = 21; c <= 22; ++c) x(1, c, kHole);
-  EXPECT_LT(TakenOff("wavelet-denoise", x, 20), 1e-4);  // six levels there and back of floats up to 80
+  EXPECT_LT(TakenOff("wavelet-denoise", x, 20), 1e-12);  // six levels there and back of doubles up to 80
 }
 
-TEST(WaveletSteps, RefuseSignalsWhoseCoefficientsGoBeyondTheFloats) {
-  const Matrix x(2, 8, std::numeric_limits<float>::max());
-  for (const char* step : {"wavelet-compress:2", "wavelet-denoise"}) {
-    EXPECT_THAT(RefusalOf(step, x), HasSubstr("becomes no finite number")) << step;
-  }
+TEST(WaveletSteps, RefuseCoefficientsBeyondSinglePrecisionButNotOnTheWay) {
+  const Matrix x(2, 8, 3e38F);
+  EXPECT_THAT(RefusalOf("wavelet-compress:2", x), HasSubstr("becomes no finite number"));
+  const DoubleCells y = After("wavelet-denoise", x);
+  // Three levels there and back in double, which has room for what is sqrt(8) times as large.
+  for (int c = 1; c <= 8; ++c) EXPECT_NEAR(y[2][c] / double{3e38F}, 1.0, 1e-14);
 }
 
 }  // namespace

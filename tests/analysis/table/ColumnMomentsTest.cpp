@@ -14,11 +14,12 @@ namespace {
 TEST(ColumnMoments, AgreeWithThoseOfTheLibrary) {
   std::mt19937 random(3);
   std::gamma_distribution<float> gamma(2.0F, 1.0F);
-  std::vector<float> cells;
+  std::vector<double> cells;
   NCDataMatrix<float> matrix(1000, 1);
   for (int r = 1; r <= 1000; ++r) {
-    cells.push_back(random() % 10 == 0 ? kMissingCell<float> : 50.0F + gamma(random));
-    matrix(r, 1, cells.back());
+    const float cell = random() % 10 == 0 ? kMissingCell<float> : 50.0F + gamma(random);
+    cells.push_back(cell == kMissingCell<float> ? std::nan("") : double{cell});
+    matrix(r, 1, cell);
   }
   const ColumnMoments moments = MomentsOf(cells);
   EXPECT_EQ(moments.n, 1000 - matrix.GetColumnMisVal(1));
@@ -34,18 +35,18 @@ TEST(ColumnMoments, AgreeWithThoseOfTheLibrary) {
 }
 
 TEST(ColumnMoments, AreNoNumbersWhereThereAreTooFewCells) {
-  EXPECT_EQ(MomentsOf({kMissingCell<float>}).n, 0);
+  EXPECT_EQ(MomentsOf({std::nan("")}).n, 0);
   EXPECT_TRUE(std::isnan(MomentsOf({}).mean));
   EXPECT_TRUE(std::isnan(MomentsOf({}).min));
-  EXPECT_EQ(MomentsOf({7.0F}).mean, 7.0);
-  EXPECT_TRUE(std::isnan(MomentsOf({7.0F}).standardDeviation));
-  EXPECT_TRUE(std::isnan(MomentsOf({7.0F, 9.0F}).skewness));
-  EXPECT_TRUE(std::isnan(MomentsOf({7.0F, 7.0F, 7.0F}).skewness));
-  EXPECT_EQ(MomentsOf({7.0F, 7.0F, 7.0F}).standardDeviation, 0.0);
+  EXPECT_EQ(MomentsOf({7.0}).mean, 7.0);
+  EXPECT_TRUE(std::isnan(MomentsOf({7.0}).standardDeviation));
+  EXPECT_TRUE(std::isnan(MomentsOf({7.0, 9.0}).skewness));
+  EXPECT_TRUE(std::isnan(MomentsOf({7.0, 7.0, 7.0}).skewness));
+  EXPECT_EQ(MomentsOf({7.0, 7.0, 7.0}).standardDeviation, 0.0);
 }
 
-TEST(ColumnMoments, KnowASumThatIsTheMissingValueForASum) {
-  const ColumnMoments moments = MomentsOf({-98.0F, -1.0F, 3.0F, -3.0F});
+TEST(ColumnMoments, KnowASumOfMinus99ForASum) {
+  const ColumnMoments moments = MomentsOf({-98.0, -1.0, 3.0, -3.0});
   EXPECT_EQ(moments.mean, -99.0 / 4.0);
   EXPECT_FALSE(std::isnan(moments.skewness));
 }

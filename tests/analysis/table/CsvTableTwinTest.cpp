@@ -103,7 +103,7 @@ void ExpectSameCells(const CsvTable& table, const PlainTable& plain) {
       if (cell.kind != CellKind::Missing && !isNumber && strays++ < 3) firstStrays.push_back(static_cast<int>(r));
       if (cells.kind == ColumnKind::Texts) continue;
       if (isNumber) {
-        ASSERT_EQ(cells.numbers[r], static_cast<float>(cell.value));
+        ASSERT_EQ(cells.numbers[r], cell.value);
         ASSERT_EQ(std::signbit(cells.numbers[r]), std::signbit(cell.value));
       } else {
         ASSERT_TRUE(std::isnan(cells.numbers[r]));

@@ -177,14 +177,15 @@ StoredO2PLS ModelAt(const std::string& path) {
   return std::get<StoredO2PLS>(kalmia::analysis::ReadModelFile(ReadWholeFile(path), path));
 }
 
-Matrix ScaledTable(const CsvTable& table, const std::vector<std::string>& names, NCScale* scale) {
+Matrix ScaledTable(const CsvTable& table, const std::vector<std::string>& names,
+                   const kalmia::analysis::ColumnScaling& scaling) {
   Matrix cells(table.Rows(), static_cast<int>(names.size()));
   for (std::size_t c = 0; c < names.size(); ++c) {
     const std::vector<double> numbers = NumbersOf(table, names[c]);
     for (int r = 1; r <= cells.SizeRows(); ++r)
       cells(r, static_cast<int>(c) + 1, static_cast<float>(numbers[static_cast<std::size_t>(r) - 1]));
   }
-  kalmia::analysis::ApplyScale(scale, &cells);
+  kalmia::analysis::ApplyScale(scaling, &cells);
   return cells;
 }
 
@@ -192,8 +193,8 @@ TEST_F(O2PLS, StoresTheMatricesOfTheFittedModelToTheBit) {
   const std::string file = folder_.Path("m");
   RunWell(Fixed({"--save", file}));
   const StoredO2PLS stored = ModelAt(file);
-  const Matrix x = ScaledTable(CsvAt(x_), stored.xNames, stored.xScale.get());
-  const Matrix y = ScaledTable(CsvAt(y_), stored.yNames, stored.yScale.get());
+  const Matrix x = ScaledTable(CsvAt(x_), stored.xNames, stored.xScaling);
+  const Matrix y = ScaledTable(CsvAt(y_), stored.yNames, stored.yScaling);
   NCO2PLS model(x, y, /*checkDimensions=*/true, /*maxIterations=*/500);
   model.Fit(1, 1, 1);
   const auto& o = stored.o2pls;

@@ -17,6 +17,7 @@
 
 namespace {
 
+using kalmia::analysis::ColumnScaling;
 using kalmia::analysis::CsvTable;
 using Matrix = NCDataMatrix<float>;
 using Names = std::vector<std::string>;
@@ -65,8 +66,8 @@ class Fit {
       : table_(each.table, "t.csv"),
         x_(TableOf(table_, kX)),
         y_(TableOf(table_, each.y)),
-        xScale_(kalmia::analysis::ScaleColumns(NCScale::ScalingUnitVariance, kX, &x_)),
-        yScale_(kalmia::analysis::ScaleColumns(NCScale::ScalingUnitVariance, each.y, &y_)),
+        xScaling_(kalmia::analysis::ScaleColumns(NCScale::ScalingUnitVariance, kX, &x_)),
+        yScaling_(kalmia::analysis::ScaleColumns(NCScale::ScalingUnitVariance, each.y, &y_)),
         model_(&x_, &y_, each.predictive, kalmia::analysis::kMaxIterations) {
     Names arguments = {"opls", folder_.Write("t.csv", each.table), "--x", "x1..x6", "--csv", folder_.Path("d"),
                        "--save", folder_.Path("m"), "--predictive", std::to_string(each.predictive), "--orthogonal",
@@ -99,8 +100,8 @@ class Fit {
   const CsvTable& Table() const { return table_; }
   const Matrix& X() const { return x_; }
   const Matrix& Y() const { return y_; }
-  NCScale& XScale() const { return *xScale_; }
-  const NCScale& YScale() const { return *yScale_; }
+  const ColumnScaling& XScaling() const { return xScaling_; }
+  const ColumnScaling& YScaling() const { return yScaling_; }
   NCOPLS& Model() { return model_; }
   const ScratchFolder& Folder() const { return folder_; }
 
@@ -108,7 +109,7 @@ class Fit {
   ScratchFolder folder_;
   CsvTable table_;
   Matrix x_, y_;
-  std::unique_ptr<NCScale> xScale_, yScale_;
+  ColumnScaling xScaling_, yScaling_;
   NCOPLS model_;
 };
 
@@ -263,14 +264,14 @@ TEST(OPLSCsv, PredictsNewRowsToTheBitAsTheModelDoes) {
     const CommandResult run = RunKalmia({"predict", fit.Folder().Path("m"), file, "--csv", fit.Folder().Path("n")});
     ASSERT_EQ(run.exitCode, 0) << run.error;
     Matrix x = TableOf(CsvAt(file), kX);
-    kalmia::analysis::ApplyScale(&fit.XScale(), &x);
+    kalmia::analysis::ApplyScale(fit.XScaling(), &x);
     NCOPLSPred prediction(&x, &fit.Model());
     while (prediction.SizeOComps() < prediction.GetMaxComp()) prediction.CalcNextComponent();
     for (int j = 1; j <= static_cast<int>(each.y.size()); ++j) {
       Numbers expected;
       for (int i = 1; i <= x.SizeRows(); ++i)
-        expected.push_back((*prediction.GetYPred())[i][j] / kalmia::analysis::FactorOf(fit.YScale(), j) +
-                           kalmia::analysis::CentreOf(fit.YScale(), j));
+        expected.push_back((*prediction.GetYPred())[i][j] / kalmia::analysis::FactorOf(fit.YScaling(), j) +
+                           kalmia::analysis::CentreOf(fit.YScaling(), j));
       const std::string column = "predicted " + each.y[static_cast<std::size_t>(j) - 1];
       EXPECT_EQ(NumbersOf(CsvAt(fit.Folder().Path("n/predictions.csv")), column), expected) << column;
     }

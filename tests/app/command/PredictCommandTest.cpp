@@ -147,10 +147,13 @@ TEST_F(Predict, SaysSoWhereAMeasuredColumnHoldsText) {
   EXPECT_EQ(run.Json()["rows"][0]["measured"][0], nullptr);
 }
 
-TEST_F(Predict, SaysSoWhereAMeasuredValueIsMinus99) {
-  const CommandResult run = Run("x1,x2,x3,x4,x5,y\n5.1,10.2,15.3,19.8,25.5,-99\n", {"--json"});
-  EXPECT_THAT(run.error, HasSubstr("1 cell measured as -99 is taken as -99.0000076"));
-  EXPECT_EQ(run.Json()["errors"][0]["rows"], 1);
+TEST_F(Predict, TakesAMeasuredValueOfMinus99ForOneButSaysSoOfAnXCell) {
+  const CommandResult measured = Run("x1,x2,x3,x4,x5,y\n5.1,10.2,15.3,19.8,25.5,-99\n", {"--json"});
+  EXPECT_EQ(measured.error, "");
+  EXPECT_EQ(measured.Json()["errors"][0]["rows"], 1);
+  EXPECT_EQ(measured.Json()["rows"][0]["measured"][0], -99.0);
+  const CommandResult x = Run("x1,x2,x3,x4,x5\n5.1,10.2,-99,19.8,25.5\n", {"--json"});
+  EXPECT_THAT(x.error, HasSubstr("1 cell measured as -99 is taken as -99.0000076"));
 }
 
 TEST_F(Predict, WritesPredictionsAsCsv) {

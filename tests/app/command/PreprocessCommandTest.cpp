@@ -156,8 +156,8 @@ TEST_F(Preprocess, LeavesEveryFileAsItWasWhereItFails) {
   const std::string bad = folder_.Write("bad.csv", "n,a,b\nu,1,2\nv,3,-1\n");
   folder_.Write("out.csv", "before");
   ExpectFailure(RunKalmia(On(bad) + Words{"--steps", "snv,linear,log", "--id", "n", "--save", saved_}), 1,
-                "bad.csv: step 3, log:1:0: row 1 (line 2), 'u', column 'a' is -0.70710677, of which the step makes no "
-                "number");
+                "bad.csv: step 3, log:1:0: row 1 (line 2), 'u', column 'a' is -0.7071067811865475, of which the step "
+                "makes no number");
   ExpectFailure(RunKalmia(On(bad) + Words{"--steps", "log", "--id", "n", "--save", saved_}), 1,
                 "bad.csv: step 1, log:1:0: row 2 (line 3), 'v', column 'b' is -1, of which the step makes no number");
   ExpectFailure(RunKalmia(On(table_) + Words{"--steps", "snv", "--save", folder_.Path("no/such/folder")}), 3, "");

@@ -97,8 +97,9 @@ TEST_F(ConsoleProgressDeathTest, StopsInTheMiddleOfALongRow) {
     CatchSignals();
     LearntStep smooth;
     smooth.step = ParseSteps("smooth:20001:3", "steps").front();
-    NCDataVector<float> row = RandomMatrix<float>(1, 60000, 0.0, 1)[1];
-    for (int c = 50; c <= row.Size(); c += 100) row(c, kMissingCell<float>);  // a fit for each window: seconds
+    const NCDataVector<float> cells = RandomMatrix<float>(1, 60000, 0.0, 1)[1];
+    std::vector<double> row(cells.begin(), cells.end());
+    for (std::size_t c = 49; c < row.size(); c += 100) row[c] = std::nan("");  // a fit for each window: seconds
     std::thread pressing([] {
       std::this_thread::sleep_for(std::chrono::milliseconds(50));
       std::raise(SIGINT);

@@ -36,9 +36,8 @@ TEST(Remedies, NameTheOptionOfASettingAndWhereARequestIsExplained) {
 
 TEST(Failure, SaysInWhichRowAndColumnWhichWordIsWrong) {
   const CsvTable table(BufferOf("a,b\n1,2\n3,x\n"), "t.csv");
-  int moved = 0;
   try {
-    ReadNumbers(table, 1, &moved);
+    ReadNumbers(table, 1);
     ADD_FAILURE() << "no failure";
   } catch (const BadData& failure) {
     EXPECT_EQ(failure.Place().row, 2);

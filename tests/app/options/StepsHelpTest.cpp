@@ -10,6 +10,7 @@
 
 namespace {
 
+using kalmia::analysis::CellRows;
 using kalmia::analysis::Failure;
 using kalmia::analysis::LearnChain;
 using kalmia::analysis::Notes;
@@ -54,9 +55,9 @@ TEST(StepsHelp, IsInTheHelpOfTheCommand) {
 
 /// Whether a row of so many channels, all with this cell but for the last one, which is 0.5, goes through the step.
 bool Takes(const std::string& step, float cell, int channels = 2) {
-  Signals signals{"t", {"row 1"}, {}, {}, NCDataMatrix<float>(1, channels)};
+  Signals signals{"t", {"row 1"}, {}, {}, CellRows(1, channels)};
   for (int c = 1; c <= channels; ++c) {
-    signals.cells(1, c, c < channels ? cell : 0.5F);
+    signals.cells.Row(0)[c - 1] = c < channels ? cell : 0.5;
     signals.names.push_back(std::to_string(c));
   }
   Notes notes;

@@ -5,6 +5,7 @@
 
 #include "kalmia/analysis/fit/FillTable.h"
 #include "kalmia/analysis/steps/Scaling.h"
+#include "kalmia/analysis/table/SingleCells.h"
 #include "kalmia/analysis/table/TableColumns.h"
 #include "kalmia/analysis/text/DisplayText.h"
 #include "kalmia/analysis/text/Failure.h"
@@ -33,9 +34,10 @@ void NoteLeftOut(const std::string& kind, const std::vector<std::string>& names,
 
 /// The columns of numbers among those that are chosen and not excluded; the others by kind.
 NumberColumns ReadColumns(const CsvTable& table, const std::vector<int>& chosen, const std::vector<int>& excluded,
-                          ClusterData* data, Notes* notes) {
+                          NCScale::Scaling scaling, ClusterData* data, Notes* notes) {
   NumberColumns columns;
   std::vector<std::vector<float>> numbers;
+  std::vector<std::string> losing;
   int moved = 0;
   for (const int column : chosen) {
     if (std::find(excluded.begin(), excluded.end(), column) != excluded.end()) continue;
@@ -43,12 +45,16 @@ NumberColumns ReadColumns(const CsvTable& table, const std::vector<int>& chosen,
     switch (KindOfColumn(table, column)) {
       case ColumnKind::Texts: data->textColumns.push_back(name); break;
       case ColumnKind::Empty: data->emptyColumns.push_back(name); break;
-      case ColumnKind::Numbers:
+      case ColumnKind::Numbers: {
+        const std::vector<double> cells = ReadNumbers(table, column);
+        if (!Centres(scaling) && LosesDigits(cells)) losing.push_back(name);
         columns.names.push_back(name);
-        numbers.push_back(ReadNumbers(table, column, &moved));
+        numbers.push_back(SingleCells(cells, Centres(scaling) ? ShiftOf(cells) : 0.0, &moved));
+      }
     }
   }
   NoteMovedCells(moved, notes);
+  NoteLostDigits(losing, notes);
   columns.cells = MatrixOf(numbers, table.Rows());
   return columns;
 }
@@ -100,7 +106,7 @@ ClusterData SelectClusterData(const CsvTable& table, const ClusterRecipe& recipe
   if (idColumn >= 0) excluded.push_back(idColumn);
   data.rowNames = RowNames(table, idColumn);
   const std::vector<int> chosen = RequireColumnsOrAll(table, recipe.x);
-  TakeColumns(ReadColumns(table, chosen, excluded, &data, notes), recipe.scaling, &data);
+  TakeColumns(ReadColumns(table, chosen, excluded, recipe.scaling, &data, notes), recipe.scaling, &data);
   if (data.columnNames.empty()) Refuse(table, NothingLeftText(data));
   NoteLeftOut("text", data.textColumns, notes);
   NoteLeftOut("constant", data.constantColumns, notes);

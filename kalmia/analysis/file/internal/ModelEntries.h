@@ -14,7 +14,8 @@ namespace kalmia::analysis {
 // The content of a model file, entry by entry: docs/command/info.md lists them. Reading is false, and never throws, on
 // bytes that do not hold what it reads, or parts that later work could not rely on.
 
-/// The entries of the content, in their order. Those that a kind of model has no use for are empty.
+/// The entries of the content, in their order. Those that a kind of model has no use for are empty; the last one is
+/// there where a column is shifted alone.
 enum Entry : unsigned short {
   General,
   XNames,
@@ -26,6 +27,7 @@ enum Entry : unsigned short {
   Components,
   Quality,
   Preprocessing,
+  Shifts,
   Entries
 };
 

@@ -14,11 +14,12 @@ namespace {
 void JudgeFit(const ModelData& data, const std::vector<RowPrediction>& predictions, int j, int components,
               YQuality* quality) {
   double sse = 0.0;
+  const double shift = data.yShifts.empty() ? 0.0 : data.yShifts[static_cast<std::size_t>(j - 1)];
   for (int r = 1; r <= data.y.SizeRows(); ++r) {
     const RowPrediction& fitted = predictions[static_cast<std::size_t>(r - 1)];
     const float measured = data.y[r][j];
     if (measured == static_cast<float>(kMissing) || fitted.y.empty()) continue;
-    const double error = measured - fitted.y[static_cast<std::size_t>(j - 1)];
+    const double error = measured + shift - fitted.y[static_cast<std::size_t>(j - 1)];
     sse += error * error;
     ++quality->rows;
   }
@@ -47,7 +48,7 @@ void JudgeModel(const ModelData& data, const std::vector<RowPrediction>& fitted,
   for (int j = 1; j <= data.y.SizeColumns(); ++j) {
     YQuality quality;
     JudgeFit(data, fitted, j, components, &quality);
-    quality.rmsecv = CrossValidatedError(crossValidatedResiduals, j, FactorOf(*model->yScale, j));
+    quality.rmsecv = CrossValidatedError(crossValidatedResiduals, j, FactorOf(model->yScaling, j));
     model->quality.push_back(quality);
   }
 }

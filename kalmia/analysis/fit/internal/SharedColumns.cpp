@@ -1,5 +1,6 @@
 #include "kalmia/analysis/fit/internal/SharedColumns.h"
 
+#include <cmath>
 #include <cstdint>
 #include <cstring>
 #include <unordered_map>
@@ -10,12 +11,12 @@ namespace kalmia::analysis {
 
 namespace {
 
-/// The same for columns of the same cells, whatever the sign of a zero.
-std::uint64_t DigestOf(const NCDataMatrix<float>& cells, int column) {
+/// The same for columns of the same cells in single precision, whatever the sign of a zero.
+std::uint64_t DigestOf(const std::vector<double>& cells) {
   constexpr std::uint64_t kBasis = 14695981039346656037U, kPrime = 1099511628211U;  // of FNV-1a
   std::uint64_t digest = kBasis;
-  for (int r = 1; r <= cells.SizeRows(); ++r) {
-    const float cell = cells[r][column] + 0.0F;
+  for (const double measured : cells) {
+    const float cell = static_cast<float>(measured) + 0.0F;
     std::uint32_t bits = 0;
     std::memcpy(&bits, &cell, sizeof(bits));
     digest = (digest ^ bits) * kPrime;
@@ -23,25 +24,26 @@ std::uint64_t DigestOf(const NCDataMatrix<float>& cells, int column) {
   return digest;
 }
 
-bool AreEqual(const NCDataMatrix<float>& x, int columnOfX, const NCDataMatrix<float>& y, int columnOfY) {
-  for (int r = 1; r <= x.SizeRows(); ++r) {
-    if (x[r][columnOfX] != y[r][columnOfY]) return false;
-  }
-  return true;
+/// Whether a model cannot tell them apart: the cells less the shift, in single precision. Holes are equal.
+bool AreEqual(const std::vector<double>& a, const std::vector<double>& b, double shift) {
+  return std::equal(a.begin(), a.end(), b.begin(), b.end(), [shift](double x, double y) {
+    return static_cast<float>(x - shift) == static_cast<float>(y - shift) || (std::isnan(x) && std::isnan(y));
+  });
 }
 
 }  // namespace
 
 std::string SharedColumnsText(const Block& x, const Block& y) {
-  std::unordered_multimap<std::uint64_t, int> columnsOfY;
-  for (int c = 1; c <= y.cells.SizeColumns(); ++c) columnsOfY.emplace(DigestOf(y.cells, c), c);
+  std::unordered_multimap<std::uint64_t, std::size_t> columnsOfY;
+  for (std::size_t c = 0; c < y.measured.size(); ++c) columnsOfY.emplace(DigestOf(y.measured[c]), c);
   std::vector<std::string> shared;
-  for (int c = 1; c <= x.cells.SizeColumns(); ++c) {
-    const auto [first, last] = columnsOfY.equal_range(DigestOf(x.cells, c));
+  for (std::size_t c = 0; c < x.measured.size(); ++c) {
+    const double shift = x.shifts.empty() ? 0.0 : x.shifts[c];
+    const auto [first, last] = columnsOfY.equal_range(DigestOf(x.measured[c]));
     for (auto found = first; found != last; ++found) {
-      if (!AreEqual(x.cells, c, y.cells, found->second)) continue;
-      shared.push_back(Quoted(x.names[static_cast<std::size_t>(c) - 1]) + " of X is " +
-                       Quoted(y.names[static_cast<std::size_t>(found->second) - 1]) + " of Y");
+      if (!AreEqual(x.measured[c], y.measured[found->second], shift)) continue;
+      shared.push_back(Quoted(x.names[c]) + " of X is " +
+                       Quoted(y.names[found->second]) + " of Y");
       break;
     }
   }

@@ -87,7 +87,7 @@ Coefficients CoefficientsInOriginalUnits(const StoredOPLS& model) {
   const int orthogonal = model.Orthogonal();
   Coefficients coefficients;
   const auto yColumns = static_cast<int>(model.yNames.size());
-  for (int j = 1; j <= yColumns; ++j) coefficients.intercepts.push_back(CentreOf(*model.yScale, j));
+  for (int j = 1; j <= yColumns; ++j) coefficients.intercepts.push_back(CentreOf(model.yScaling, j));
   for (int k = 1; k <= static_cast<int>(model.xNames.size()); ++k) {
     std::vector<double> slopes;
     for (int j = 1; j <= yColumns; ++j) {
@@ -96,8 +96,8 @@ Coefficients CoefficientsInOriginalUnits(const StoredOPLS& model) {
         const float c = i <= orthogonal ? opls.co[i][j] : opls.c.back()[i - orthogonal][j];
         scaled += scores[static_cast<std::size_t>(i - 1)][static_cast<std::size_t>(k - 1)] * Present(c);
       }
-      slopes.push_back(scaled * FactorOf(*model.xScale, k) / FactorOf(*model.yScale, j));
-      coefficients.intercepts[static_cast<std::size_t>(j - 1)] -= slopes.back() * CentreOf(*model.xScale, k);
+      slopes.push_back(scaled * FactorOf(model.xScaling, k) / FactorOf(model.yScaling, j));
+      coefficients.intercepts[static_cast<std::size_t>(j - 1)] -= slopes.back() * CentreOf(model.xScaling, k);
     }
     coefficients.slopes.push_back(std::move(slopes));
   }

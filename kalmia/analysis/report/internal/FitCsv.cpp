@@ -7,7 +7,7 @@
 namespace kalmia::analysis {
 
 CsvFile FitCsv(const std::string& file, const std::vector<std::string>& rowNames,
-               const std::vector<std::string>& columnNames, const NCDataMatrix<float>& measured,
+               const std::vector<std::string>& columnNames, const std::vector<std::vector<double>>& measured,
                const std::vector<RowPrediction>& fitted, const CsvMarks& marks) {
   constexpr double kNone = std::numeric_limits<double>::quiet_NaN();
   CsvText csv(marks);
@@ -17,7 +17,7 @@ CsvFile FitCsv(const std::string& file, const std::vector<std::string>& rowNames
   for (std::size_t i = 0; i < fitted.size(); ++i) {
     csv.Field(rowNames[i]);
     for (std::size_t j = 0; j < columnNames.size(); ++j) {
-      csv.Cell(measured[static_cast<int>(i) + 1][static_cast<int>(j) + 1]);
+      csv.Number(measured[j][i]);
       csv.Number(fitted[i].y.empty() ? kNone : fitted[i].y[j]);
     }
     csv.EndLine();

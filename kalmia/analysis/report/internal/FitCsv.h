@@ -8,15 +8,14 @@
 #include "kalmia/analysis/model/StoredModel.h"
 #include "kalmia/analysis/report/CsvFile.h"
 #include "kalmia/analysis/table/CsvMarks.h"
-#include "kalmia/containers/NCDataMatrix.h"
 
 namespace kalmia::analysis {
 
 // CSV files that several kinds of fits write alike.
 
-/// Each row's measured and predicted values of every column.
+/// Each row's measured and predicted values of every column; `measured` column by column, a hole NaN.
 CsvFile FitCsv(const std::string& file, const std::vector<std::string>& rowNames,
-               const std::vector<std::string>& columnNames, const NCDataMatrix<float>& measured,
+               const std::vector<std::string>& columnNames, const std::vector<std::vector<double>>& measured,
                const std::vector<RowPrediction>& fitted, const CsvMarks& marks);
 
 /// coefficients.csv: the intercept of each Y column, then the slopes of each X column.

@@ -1,13 +1,13 @@
 #include "kalmia/analysis/steps/internal/PreprocessedX.h"
 
 #include <algorithm>
+#include <cmath>
 #include <unordered_map>
+#include <utility>
 
-#include "kalmia/analysis/steps/Scaling.h"
 #include "kalmia/analysis/table/TableColumns.h"
 #include "kalmia/analysis/text/DisplayText.h"
 #include "kalmia/analysis/text/Failure.h"
-#include "kalmia/containers/Missing.h"
 
 namespace kalmia::analysis {
 
@@ -41,23 +41,20 @@ std::vector<NumberColumn> Inputs(const CsvTable& table, const GivenSteps& given,
   return taken;
 }
 
+void TakeColumns(const std::vector<NumberColumn>& columns, int rows, Signals* signals) {
+  signals->cells = CellRows(rows, static_cast<int>(columns.size()));
+  int place = 0;
+  for (const NumberColumn& column : columns) {
+    signals->names.push_back(column.name);
+    signals->cells.SetColumn(place++, column.cells.data());
+  }
+}
+
 }  // namespace
 
 std::size_t NumberColumn::Present() const {
-  return cells.size() - static_cast<std::size_t>(std::count(cells.begin(), cells.end(), kMissingCell<float>));
-}
-
-bool NumberColumn::IsConstant() const { return analysis::IsConstant(cells.data(), cells.data() + cells.size()); }
-
-void FillMatrix(const std::vector<NumberColumn>& columns, int rows, NCDataMatrix<float>* matrix,
-                std::vector<std::string>* names) {
-  *matrix = NCDataMatrix<float>(rows, static_cast<int>(columns.size()));
-  int c = 0;
-  for (const NumberColumn& column : columns) {
-    ++c;
-    names->push_back(column.name);
-    for (int r = 1; r <= rows; ++r) (*matrix)(r, c, column.cells[static_cast<std::size_t>(r - 1)]);
-  }
+  return static_cast<std::size_t>(
+      std::count_if(cells.begin(), cells.end(), [](double cell) { return !std::isnan(cell); }));
 }
 
 PreprocessedX PreprocessX(const CsvTable& table, int idColumn, const GivenSteps& given,
@@ -66,20 +63,20 @@ PreprocessedX PreprocessX(const CsvTable& table, int idColumn, const GivenSteps&
   PreprocessedX made;
   Signals signals{table.Name(), RowPlaces(table, idColumn), {}, {}, {}, table.DecimalComma()};
   if (given.chain) {
-    FillMatrix(Inputs(table, given, x, textColumns, notes), table.Rows(), &signals.cells, &signals.names);
+    TakeColumns(Inputs(table, given, x, textColumns, notes), table.Rows(), &signals);
     made.chain = *given.chain;
     ApplyChain(made.chain, &signals, progress);
   } else {
-    FillMatrix(x, table.Rows(), &signals.cells, &signals.names);
+    TakeColumns(x, table.Rows(), &signals);
     made.chain = LearnChain(given.steps, &signals, notes, progress);
     NoteLearntOfAllRows(made.chain, notes);
   }
   for (std::size_t k = 0; k < signals.names.size(); ++k) {
-    const NCDataVector<float> cells = signals.cells.GetColumn(static_cast<int>(k) + 1);
-    if (cells.GetNumMisVal() == cells.Size()) {
+    NumberColumn column{signals.names[k], signals.cells.Column(static_cast<int>(k))};
+    if (column.Present() == 0) {
       made.emptyColumns.push_back(signals.names[k]);
     } else {
-      made.columns.push_back({signals.names[k], {cells.begin(), cells.end()}});
+      made.columns.push_back(std::move(column));
     }
   }
   if (made.columns.empty()) Refuse(table, "no cell of X is left after the steps of " + given.name);

@@ -7,22 +7,16 @@
 #include "kalmia/analysis/steps/GivenSteps.h"
 #include "kalmia/analysis/table/CsvTable.h"
 #include "kalmia/analysis/text/Notes.h"
-#include "kalmia/containers/NCDataMatrix.h"
 
 namespace kalmia::analysis {
 
-/// A column of numbers with its name.
+/// A column of numbers with its name; a hole is NaN.
 struct NumberColumn {
   std::string name;
-  std::vector<float> cells;
+  std::vector<double> cells;
 
   std::size_t Present() const;
-  bool IsConstant() const;  ///< no two present cells differ
 };
-
-/// The columns as a matrix of so many rows, and their names behind those that are there.
-void FillMatrix(const std::vector<NumberColumn>& columns, int rows, NCDataMatrix<float>* matrix,
-                std::vector<std::string>* names);
 
 /// What steps have made of the columns of X.
 struct PreprocessedX {

@@ -1,20 +1,16 @@
 #include "kalmia/analysis/steps/internal/StepExecution.h"
 
 #include <cmath>
-#include <functional>
-#include <memory>
+#include <limits>
 #include <utility>
 #include <vector>
 
-#include "kalmia/analysis/steps/Scaling.h"
 #include "kalmia/analysis/steps/internal/RowByRow.h"
 #include "kalmia/analysis/steps/internal/WaveletSteps.h"
 #include "kalmia/analysis/steps/internal/WindowStep.h"
 #include "kalmia/analysis/text/DisplayText.h"
 #include "kalmia/analysis/text/Failure.h"
 #include "kalmia/analysis/text/Numbers.h"
-#include "kalmia/containers/Missing.h"
-#include "kalmia/signal/NCTransform.h"
 #include "kalmia/signal/SignalLength.h"
 #include "kalmia/signal/Wavelet.h"
 
@@ -22,116 +18,151 @@ namespace kalmia::analysis {
 
 namespace {
 
-using Matrix = NCDataMatrix<float>;
-using Vector = NCDataVector<float>;
-using Cells = std::vector<float>;
+using Cells = std::vector<double>;
 
-constexpr auto kMissingCell = kalmia::kMissingCell<float>;
+constexpr double kLargestFloat = std::numeric_limits<float>::max();
 
-/// Rows and columns from 1.
+/// Rows and columns from 0.
 std::string CellPlace(const Signals& signals, int row, int column) {
-  return signals.rowPlaces[static_cast<std::size_t>(row) - 1] + ", column " +
-         Quoted(signals.names[static_cast<std::size_t>(column) - 1]);
+  return signals.rowPlaces[static_cast<std::size_t>(row)] + ", column " +
+         Quoted(signals.names[static_cast<std::size_t>(column)]);
 }
 
 [[noreturn]] void Refuse(const Signals& signals, const std::string& place, const std::string& message) {
   throw BadData(signals.table + ": " + place + ": " + message);
 }
 
-TransformE::Transform TransformOf(StepKind kind) {
-  switch (kind) {
-    case StepKind::Log: return TransformE::TransformLog;
-    case StepKind::NegLog: return TransformE::TransformNegLog;
-    case StepKind::Logit: return TransformE::TransformLogit;
-    case StepKind::Exp: return TransformE::TransformExp;
-    case StepKind::Power: return TransformE::TransformPower;
-    default: return TransformE::TransformLinear;
-  }
+/// To 44 of its 53 binary digits: logarithms, exponentials and powers differ in their last ones from processor to
+/// processor. Source: Dekker (1971), Numer. Math. 18, 224-242.
+double To44Digits(double value) {
+  const double stretched = 513.0 * value;
+  return stretched - (stretched - value);
 }
 
-TransformStruct TransformOf(const Step& step) {
-  TransformStruct transform;
-  transform.SetTransform(TransformOf(step.kind));
+/// The transformation of a cell, not a number where there is none: outside its domain, and beyond single precision,
+/// which models work in.
+double Calculated(const Step& step, double x) {
   const bool isPower = step.kind == StepKind::Power;  // c stands first, it is the one that has to be said
-  for (std::size_t i = 0; i < step.parameters.size(); ++i) {
-    const std::size_t constant = isPower ? (i == 0 ? 3 : i) : i + 1;
-    transform.SetConstant(static_cast<int>(constant), static_cast<float>(step.parameters[i]));
+  const double a = step.parameters[isPower ? 1 : 0], b = step.parameters[isPower ? 2 : 1];
+  double value = a * x + b;
+  switch (step.kind) {
+    case StepKind::Log: value = std::log10(value); break;
+    case StepKind::NegLog: value = -std::log10(value); break;
+    case StepKind::Logit: value = std::log10((x - a) / (b - x)); break;
+    case StepKind::Exp: value = std::exp(value); break;
+    case StepKind::Power: value = std::pow(value, step.parameters[0]); break;
+    default: return value;  // linear
   }
-  return transform;
+  const bool isThere = (std::isnormal(value) || value == 0.0) && std::fabs(value) <= kLargestFloat;
+  return isThere ? To44Digits(value) : std::numeric_limits<double>::quiet_NaN();
 }
 
-Matrix Transformed(const Step& step, const std::string& place, const Signals& signals, WorkProgress* progress) {
-  const TransformStruct transform = TransformOf(step);
-  return RowByRow(signals.cells, signals.cells.SizeColumns(), progress, [&](int r, const Vector& row) {
-    Cells cells(row.begin(), row.end());
-    for (int c = 1; c <= row.Size(); ++c) {
-      if (row[c] == kMissingCell) continue;
-      float& cell = cells[static_cast<std::size_t>(c) - 1];
-      if (transform.TransformValue(&cell) != NCTransformError::ErrorNone) {
+CellRows Transformed(const Step& step, const std::string& place, const Signals& signals, WorkProgress* progress) {
+  const int columns = signals.cells.Columns();
+  return RowByRow(signals.cells, columns, progress, [&](int r, const double* row) {
+    Cells cells(row, row + columns);
+    for (int c = 0; c < columns; ++c) {
+      if (std::isnan(row[c])) continue;
+      double& cell = cells[static_cast<std::size_t>(c)];
+      cell = Calculated(step, row[c]);
+      if (std::isnan(cell)) {
         Refuse(signals, place,
                CellPlace(signals, r, c) + " is " + Shortest(row[c]) + ", of which the step makes no number");
       }
-      cell = AvoidMissingValue(cell);
     }
     return cells;
   });
 }
 
-Matrix Standardised(const std::string& place, const Signals& signals, WorkProgress* progress) {
-  return RowByRow(signals.cells, signals.cells.SizeColumns(), progress, [&](int r, const Vector& row) {
-    if (IsConstant(row.begin(), row.end())) {
-      Refuse(signals, place, signals.rowPlaces[static_cast<std::size_t>(r) - 1] + " has no variance");
-    }
-    const Vector standardised = row.SNV();
-    Cells cells(standardised.begin(), standardised.end());
-    for (int c = 1; c <= row.Size(); ++c) {
-      float& cell = cells[static_cast<std::size_t>(c) - 1];
-      if (row[c] != kMissingCell) cell = AvoidMissingValue(cell);
-    }
+/// y = mean + slope (i - place) by least squares over the places i of the present cells, from 0, of which there is one
+/// at least. A line needs two cells; where there is only one, or none is asked for, the mean is all there is.
+struct Trend {
+  double mean = 0.0;
+  double slope = 0.0;
+  double place = 0.0;
+
+  double At(int i) const { return mean + slope * (i - place); }
+};
+
+Trend TrendOf(const double* row, int columns, bool withSlope) {
+  Trend trend;
+  double n = 0.0;
+  for (int c = 0; c < columns; ++c) {
+    if (std::isnan(row[c])) continue;
+    n += 1.0;
+    trend.mean += row[c];
+    trend.place += c;
+  }
+  trend.mean /= n;
+  trend.place /= n;
+  if (!withSlope || n < 2.0) return trend;
+  double products = 0.0;
+  double squares = 0.0;
+  for (int c = 0; c < columns; ++c) {
+    if (std::isnan(row[c])) continue;
+    products += (c - trend.place) * (row[c] - trend.mean);
+    squares += (c - trend.place) * (c - trend.place);
+  }
+  trend.slope = products / squares;
+  return trend;
+}
+
+CellRows Detrended(const Step& step, const CellRows& signals, WorkProgress* progress) {
+  const bool withSlope = step.Whole(0) == Wavelet::DetrendLinear;
+  return RowByRow(signals, signals.Columns(), progress, [&](int /*r*/, const double* row) {
+    const Trend trend = TrendOf(row, signals.Columns(), withSlope);
+    Cells cells(row, row + signals.Columns());
+    for (std::size_t c = 0; c < cells.size(); ++c) cells[c] -= trend.At(static_cast<int>(c));
     return cells;
   });
 }
 
-/// Of the cells of a row that has one. The row's own mean is none where they sum to -99.
-long double MeanOf(const Vector& row) {
-  long double sum = 0;
-  for (const float cell : row) sum += cell == kMissingCell ? 0.0F : cell;
-  return sum / (row.Size() - row.GetNumMisVal());
+/// Whether no two of the cells differ, but for missing ones.
+bool AreEqual(const double* row, int columns) {
+  double first = std::numeric_limits<double>::quiet_NaN();
+  for (int c = 0; c < columns; ++c) {
+    if (std::isnan(row[c])) continue;
+    if (std::isnan(first)) first = row[c];
+    if (row[c] != first) return false;
+  }
+  return true;
 }
 
-/// What stands at place i on the trend of a row that has a cell.
-std::function<long double(int)> TrendOf(const Step& step, const Vector& row) {
-  long double intercept = MeanOf(row);
-  long double slope = 0;
-  // A line needs two cells; where there is only one the mean is all there is.
-  if (step.Whole(0) == Wavelet::DetrendLinear) row.LeastSquare(nullptr, intercept, slope);
-  return [=](int i) { return i * slope + intercept; };
-}
-
-Matrix Detrended(const Step& step, const Matrix& signals, WorkProgress* progress) {
-  return RowByRow(signals, signals.SizeColumns(), progress, [&](int /*r*/, const Vector& row) {
-    const auto trend = TrendOf(step, row);
-    Cells cells(row.begin(), row.end());
-    int place = 0;
-    for (float& cell : cells) {
-      ++place;
-      if (cell != kMissingCell) cell = AvoidMissingValue(static_cast<float>(cell - trend(place)));
+/// (x - mean) / s with s^2 = sum (x - mean)^2 / (n - 1).
+CellRows Standardised(const std::string& place, const Signals& signals, WorkProgress* progress) {
+  const int columns = signals.cells.Columns();
+  return RowByRow(signals.cells, columns, progress, [&](int r, const double* row) {
+    if (AreEqual(row, columns)) {
+      Refuse(signals, place, signals.rowPlaces[static_cast<std::size_t>(r)] + " has no variance");
     }
+    const double mean = TrendOf(row, columns, /*withSlope=*/false).mean;
+    double squares = 0.0;
+    double n = 0.0;
+    for (int c = 0; c < columns; ++c) {
+      if (std::isnan(row[c])) continue;
+      squares += (row[c] - mean) * (row[c] - mean);
+      n += 1.0;
+    }
+    const double deviation = std::sqrt(squares / (n - 1.0));
+    Cells cells(row, row + columns);
+    for (double& cell : cells) cell = (cell - mean) / deviation;
     return cells;
   });
 }
 
-Matrix Slid(const LearntStep& learnt, const Matrix& signals, WorkProgress* progress) {
+CellRows Slid(const LearntStep& learnt, const CellRows& signals, WorkProgress* progress) {
   const WindowStep window(learnt);
-  return RowByRow(signals, signals.SizeColumns(), progress,
-                  [&](int /*r*/, const Vector& row) { return window.Slid(row, progress); });
+  return RowByRow(signals, signals.Columns(), progress, [&](int /*r*/, const double* row) {
+    return window.Slid({row, row + signals.Columns()}, progress);
+  });
 }
 
+/// Models work in single precision: a number beyond it is none.
 void RequireFinite(const std::string& place, const Signals& signals) {
-  for (int r = 1; r <= signals.cells.SizeRows(); ++r) {
-    const Vector& row = signals.cells[r];
-    for (int c = 1; c <= row.Size(); ++c) {
-      if (std::isfinite(row[c])) continue;
+  for (int r = 0; r < signals.cells.Rows(); ++r) {
+    const double* const row = signals.cells.Row(r);
+    for (int c = 0; c < signals.cells.Columns(); ++c) {
+      if (!(std::fabs(row[c]) > kLargestFloat)) continue;
       Refuse(signals, place, CellPlace(signals, r, c) + " becomes no finite number");
     }
   }
@@ -153,7 +184,7 @@ std::string WrongChannels(const Step& step, int channels) {
 }
 
 void Learn(const std::string& place, const Signals& signals, LearntStep* step, NCProgress* progress) {
-  const std::string wrong = WrongChannels(step->step, signals.cells.SizeColumns());
+  const std::string wrong = WrongChannels(step->step, signals.cells.Columns());
   if (!wrong.empty()) Refuse(signals, place, wrong);
   if (step->step.kind != StepKind::WaveletCompress) return;
   WorkProgress work(progress);
@@ -165,7 +196,7 @@ void Apply(const LearntStep& learnt, const LearntStep* compress, const std::stri
            NCProgress* progress) {
   WorkProgress work(progress);
   work.Begin(place);
-  Matrix& cells = signals->cells;
+  CellRows& cells = signals->cells;
   switch (learnt.step.kind) {
     case StepKind::Snv: cells = Standardised(place, *signals, &work); break;
     case StepKind::Detrend: cells = Detrended(learnt.step, cells, &work); break;

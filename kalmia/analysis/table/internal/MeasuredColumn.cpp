@@ -2,6 +2,7 @@
 
 #include <vector>
 
+#include "kalmia/analysis/table/SingleCells.h"
 #include "kalmia/analysis/table/TableColumns.h"
 #include "kalmia/analysis/text/DisplayText.h"
 #include "kalmia/analysis/text/Failure.h"
@@ -17,7 +18,7 @@ NCDataVector<float> ReadMeasurements(const CsvTable& table, const std::string& c
   if (kind == ColumnKind::Texts) refuse("holds text, not numbers");
   if (kind == ColumnKind::Empty) refuse("has no measurement");
   int moved = 0;
-  const std::vector<float> cells = ReadNumbers(table, place, &moved);
+  const std::vector<float> cells = SingleCells(ReadNumbers(table, place), /*shift=*/0.0, &moved);
   NoteMovedCells(moved, notes);
   NCDataVector<float> measurements;
   measurements.CopyZeroBasedVector(cells.data(), static_cast<int>(cells.size()));

@@ -2,23 +2,21 @@
 
 #include <cmath>
 
-#include "kalmia/containers/Missing.h"
-
 namespace kalmia::analysis {
 
 namespace {
 
-constexpr double kRoundingOfCells = 0x1p-24;  ///< largest relative error of a number stored in single precision
+constexpr double kRoundingOfCells = 0x1p-50;  ///< eight times that of a number stored in double
 constexpr double kStandardDeviations = 3.0;
 
 }  // namespace
 
-double TellableSkewness(const std::vector<float>& cells, double mean, double standardDeviation, double g) {
+double TellableSkewness(const std::vector<double>& cells, double mean, double standardDeviation, double g) {
   double n = 0.0;
-  for (const float cell : cells) n += cell == kMissingCell<float> ? 0.0 : 1.0;
+  for (const double cell : cells) n += std::isnan(cell) ? 0.0 : 1.0;
   double squares = 0.0;
-  for (const float cell : cells) {
-    if (cell == kMissingCell<float>) continue;
+  for (const double cell : cells) {
+    if (std::isnan(cell)) continue;
     const double z = (cell - mean) / standardDeviation;
     const double change = (z * z - (n - 1.0) / n - z * (n - 2.0) * g / n) * cell;
     squares += change * change;

@@ -9,7 +9,6 @@
 #include "kalmia/analysis/table/internal/CsvFields.h"
 #include "kalmia/analysis/text/DisplayText.h"
 #include "kalmia/analysis/text/WorkProgress.h"
-#include "kalmia/containers/Missing.h"
 
 namespace kalmia::analysis {
 
@@ -68,8 +67,8 @@ std::string WrittenAnew(const CsvTable& table, const std::string& id, const CsvM
     std::vector<std::string> texts = table.RowTexts(row);
     for (int column = 0; column < table.Columns(); ++column) {
       const auto c = static_cast<std::size_t>(column);
-      if (const std::optional<float> number = newCell(row, column)) {
-        csv.Cell(*number);
+      if (const std::optional<double> number = newCell(row, column)) {
+        csv.Number(*number);
       } else {
         AddTableCell(table, std::move(texts[c]), isOfNumbers[c], &csv);
       }
@@ -92,7 +91,7 @@ std::vector<bool> ColumnsOfNumbers(const CsvTable& table, int idColumn) {
 void AddTableCell(const CsvTable& table, std::string text, bool isOfNumbers, CsvText* csv) {
   if (isOfNumbers && IsFurtherMissingWord(table, text)) text.clear();
   if (text.empty() && table.Columns() > 1) {
-    csv->Cell(kMissingCell<float>);
+    csv->Digits("");
     return;
   }
   if (!isOfNumbers || !IsNumber(table.ValueOf(text).kind)) {
@@ -114,7 +113,7 @@ std::string WithNewCells(const CsvTable& table, const std::string& id, const Ask
     if (record == 0) return std::nullopt;
     const auto row = static_cast<int>(record) - 1;
     if (field == 0) work.MoveToPart(row + 1, table.Rows());
-    const std::optional<float> number = newCell(row, static_cast<int>(field));
+    const std::optional<double> number = newCell(row, static_cast<int>(field));
     if (number) return CellText(*number, table.DecimalComma());
     words.Take(row, field);
     return std::nullopt;

@@ -1,0 +1,58 @@
+#include "kalmia/analysis/table/SingleCells.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <vector>
+
+namespace kalmia::analysis {
+namespace {
+
+using ::testing::ElementsAre;
+using ::testing::HasSubstr;
+
+const double kNaN = std::nan("");
+
+TEST(ShiftOf, IsTheMeanWhereItIsMoreThanAThousandDeviationsFromZero) {
+  EXPECT_EQ(ShiftOf({1000.9, 999.1, kNaN}), 0.0) << "s = 1.27, mean 1000";
+  EXPECT_EQ(ShiftOf({2000.5, 1999.5, kNaN}), 2000.0) << "s = 0.71";
+  EXPECT_EQ(ShiftOf({-2000.5, -1999.5}), -2000.0);
+  EXPECT_TRUE(LosesDigits({2000.5, 1999.5}));
+}
+
+TEST(ShiftOf, IsNoneOfAColumnWithoutVarianceOrWithRoundingAlone) {
+  EXPECT_EQ(ShiftOf({1e6, 1e6, 1e6}), 0.0);
+  EXPECT_EQ(ShiftOf({5.0}), 0.0);
+  EXPECT_EQ(ShiftOf({kNaN, kNaN}), 0.0);
+  EXPECT_EQ(ShiftOf({}), 0.0);
+  EXPECT_EQ(ShiftOf({0.1 + 0.2, 0.3, 0.3}), 0.0) << "the last digit of a calculated number says nothing";
+  EXPECT_NE(ShiftOf({1.0 + 1e-11, 1.0, 1.0}), 0.0);
+}
+
+TEST(SingleCells, KeepTheDigitsThatAShiftSets) {
+  int moved = 0;
+  const std::vector<double> cells = {16777217.0, kNaN, 16777216.0, 16777219.0};
+  EXPECT_THAT(SingleCells(cells, 0.0, &moved), ElementsAre(16777216.0F, -99.0F, 16777216.0F, 16777220.0F));
+  EXPECT_THAT(SingleCells(cells, 16777217.0, &moved), ElementsAre(0.0F, -99.0F, -1.0F, 2.0F));
+  EXPECT_EQ(moved, 0);
+}
+
+TEST(SingleCells, MoveACellOffMinus99AndCountTheMeasuredOnesAlone) {
+  int moved = 0;
+  EXPECT_THAT(SingleCells({-99.0, -98.0}, 0.0, &moved), ElementsAre(std::nextafter(-99.0F, -100.0F), -98.0F));
+  EXPECT_EQ(moved, 1);
+  EXPECT_THAT(SingleCells({999901.0}, 1e6, &moved), ElementsAre(std::nextafter(-99.0F, -100.0F)));
+  EXPECT_EQ(moved, 1) << "nobody has measured it";
+  Notes notes;
+  NoteMovedCells(moved, &notes);
+  EXPECT_THAT(notes.Lines(), ElementsAre(HasSubstr("1 cell measured as -99 is taken as -99.0000076")));
+}
+
+TEST(InUnitsOfTable, NamesACellByItsFewestDigitsAndAddsTheShift) {
+  EXPECT_EQ(InUnitsOfTable(0.1F, 0.0), 0.1);
+  EXPECT_EQ(InUnitsOfTable(0.25F, 1e6), 1000000.25);
+}
+
+}  // namespace
+}  // namespace kalmia::analysis
