@@ -18,7 +18,7 @@ namespace {
 double SumOf(const kalmia::analysis::CsvTable& table) {
   double sum = 0.0;
   for (int column = 0; column < table.Columns(); ++column) {
-    const float* const numbers = table.Column(column).numbers;
+    const double* const numbers = table.Column(column).numbers;
     for (int row = 0; numbers != nullptr && row < table.Rows(); ++row) {
       sum += std::isnan(numbers[row]) ? 0.0 : numbers[row];
     }

@@ -17,8 +17,21 @@ namespace {
 constexpr double kNone = std::numeric_limits<double>::quiet_NaN();
 constexpr int kPredictionDigits = 6;
 constexpr int kScoreDigits = 5;
+constexpr int kMostMoreDigits = 10;
 constexpr int kDistanceDecimals = 3;
 constexpr int kErrorDigits = 5;
+
+/// How many digits predictions of a Y column, from 0, need: those of a column far from zero as many more as its shift
+/// has in front of what varies.
+int PredictionDigits(const YModelInfo& model, const PLSPredictions& result, std::size_t j) {
+  const double shift = model.yScaling.ShiftOfColumn(j);
+  double spread = 0.0;
+  for (const RowPrediction& row : result.predictions) {
+    if (!row.y.empty()) spread = std::max(spread, std::fabs(row.y[j] - shift));
+  }
+  const double more = shift == 0.0 ? 0.0 : std::ceil(std::log10(std::fabs(shift) / spread));
+  return kPredictionDigits + static_cast<int>(std::clamp<double>(more, 0.0, kMostMoreDigits));
+}
 
 /// Root mean square error over the rows that have a measured and a predicted value.
 struct PredictionError {
@@ -143,7 +156,9 @@ std::string PredictText(const YModelInfo& model, const CsvTable& table, const PL
                                      [](const auto& row) { return !row.reason.empty(); });
   TextTable text;
   text.AddColumn("row", TextTable::Align::Left);
+  std::vector<int> digits;
   for (std::size_t j = 0; j < model.yNames.size(); ++j) {
+    digits.push_back(PredictionDigits(model, result, j));
     text.AddColumn(OneLine(model.yNames[j]), TextTable::Align::Right);
     if (!result.measured[j].empty()) text.AddColumn("measured", TextTable::Align::Right);
   }
@@ -153,7 +168,7 @@ std::string PredictText(const YModelInfo& model, const CsvTable& table, const PL
     const RowPrediction& row = result.predictions[i];
     std::vector<std::string> cells = {result.rows.names[i]};
     for (std::size_t j = 0; j < model.yNames.size(); ++j) {
-      cells.push_back(row.y.empty() ? "-" : Significant(row.y[j], kPredictionDigits));
+      cells.push_back(row.y.empty() ? "-" : Significant(row.y[j], digits[j]));
       if (!result.measured[j].empty()) cells.push_back(Measured(result.measured[j][i]));
     }
     cells.push_back(Fixed(DistanceToModel(model, result.components, row), kDistanceDecimals));

@@ -18,6 +18,7 @@
 #include "kalmia/analysis/fit/PredictResult.h"
 #include "kalmia/analysis/model/ModelDiagnostics.h"
 #include "kalmia/analysis/report/InfoReport.h"
+#include "kalmia/analysis/report/PredictReport.h"
 #include "kalmia/analysis/table/SingleCells.h"
 
 namespace kalmia::analysis {
@@ -183,6 +184,16 @@ TEST(ShiftedColumns, AreNamedWithTheModelAndOnlyThere) {
   const std::string without = InfoText(StoredModel(ReadModelFile(ModelFileBytes(near.model), "m")), "m");
   EXPECT_THAT(without, HasSubstr("version 3"));
   EXPECT_THAT(without, Not(HasSubstr("shifted")));
+}
+
+TEST(ShiftedColumns, ArePredictedInTextWithTheDigitsThatVary) {
+  const CsvTable table = Table(kFar, 20);
+  const PLSResult fit = Fit(PLSOf(), table);
+  const PLSPredictions predicted = Predict(fit.model, table);
+  std::ostringstream value;
+  value.precision(13);  // of 1e7 and what varies by some ones: six behind the point
+  value << predicted.predictions[2].y[0];
+  EXPECT_THAT(PredictText(fit.model, table, predicted), HasSubstr(value.str().substr(0, 13)));
 }
 
 TEST(ShiftedColumns, AreNoneWithoutCentringAndANoteSaysWhatIsLost) {
