@@ -14,6 +14,7 @@ case " ${presets[*]} " in
   *) ./install-packages.sh ;;
 esac
 if command -v ccache >/dev/null; then export CMAKE_CXX_COMPILER_LAUNCHER=${CMAKE_CXX_COMPILER_LAUNCHER-ccache}; fi
+export CCACHE_SLOPPINESS=pch_defines,time_macros  # or it leaves alone whatever has precompiled headers
 
 for preset in "${presets[@]}"; do
   echo "== Building '$preset' in build/$preset"

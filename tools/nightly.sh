@@ -14,6 +14,7 @@ fuzz_seconds=${FUZZ_SECONDS:-600}
 
 ./install-packages.sh clang bench
 if command -v ccache >/dev/null; then export CMAKE_CXX_COMPILER_LAUNCHER=${CMAKE_CXX_COMPILER_LAUNCHER-ccache}; fi
+export CCACHE_SLOPPINESS=pch_defines,time_macros  # or it leaves alone whatever has precompiled headers
 
 failed=()
 build() {  # PRESET OPTION...: in build/nightly/PRESET
