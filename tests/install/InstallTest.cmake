@@ -1,5 +1,5 @@
 # Installs the build tree into a fresh prefix, builds program/ against it and runs it, then asks the installed command
-# for its version. Nothing of the source tree may be needed after the installation.
+# for its version. Nothing of the source tree may be needed after the installation, and nothing that is inside installed.
 function(run)
   execute_process(COMMAND ${ARGV} RESULT_VARIABLE result)
   if(NOT result EQUAL 0)
@@ -11,6 +11,12 @@ endfunction()
 set(work ${KALMIA_BINARY_DIR}/install-test)
 file(REMOVE_RECURSE ${work})
 run(${CMAKE_COMMAND} --install ${KALMIA_BINARY_DIR} --prefix ${work}/prefix)
+file(GLOB_RECURSE headers RELATIVE ${work}/prefix/include ${work}/prefix/include/*.h)
+foreach(header IN LISTS headers)
+  if(header MATCHES "/internal/|^kalmia/kernels/[^/]+/")
+    message(FATAL_ERROR "${header} is inside the library, and was installed")
+  endif()
+endforeach()
 file(COPY ${KALMIA_SOURCE_DIR}/tests/install/program DESTINATION ${work})
 function(build folder)
   run(${CMAKE_COMMAND} -S ${work}/program -B ${work}/${folder} -G Ninja -DCMAKE_PREFIX_PATH=${work}/prefix

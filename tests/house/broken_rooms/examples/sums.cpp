@@ -1,0 +1,1 @@
+#include "kalmia/containers/internal/Cells.h"

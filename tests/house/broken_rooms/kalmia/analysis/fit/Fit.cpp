@@ -1,0 +1,1 @@
+#include "kalmia/kernels/simd/Lanes.h"

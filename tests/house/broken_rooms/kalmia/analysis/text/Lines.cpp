@@ -1,0 +1,1 @@
+#include "kalmia/analysis/text/Words.h"

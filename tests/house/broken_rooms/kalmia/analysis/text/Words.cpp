@@ -1,0 +1,3 @@
+#include <CLI/CLI.hpp>
+
+#include "app/console/Terminal.h"

@@ -1,0 +1,3 @@
+#include "kalmia/pcapls/Model.h"
+
+constexpr float kHole = -99.0F;

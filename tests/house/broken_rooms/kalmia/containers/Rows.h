@@ -1,0 +1,4 @@
+#include "kalmia/kernels/simd/Lanes.h"
+
+class Rows {
+};

@@ -1,0 +1,2 @@
+class KALMIA_EXPORT Model {
+};
