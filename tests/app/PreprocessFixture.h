@@ -7,13 +7,7 @@
 
 #include "CommandRun.h"
 #include "TestTables.h"
-
-using Words = std::vector<std::string>;
-
-inline Words operator+(Words first, const Words& more) {
-  first.insert(first.end(), more.begin(), more.end());
-  return first;
-}
+#include "Words.h"
 
 /// `kalmia preprocess` with the table x1 to x12 and y of 20 rows in t.csv.
 class PreprocessFixture : public ::testing::Test {

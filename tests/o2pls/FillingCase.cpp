@@ -10,7 +10,6 @@ namespace filling {
 
 namespace {
 
-constexpr float kMissing = kHole<float>;
 
 }  // namespace
 

@@ -16,7 +16,6 @@ namespace {
 
 using Table = NCDataMatrix<float>;
 
-constexpr float kMissing = kHole<float>;
 
 /// Cells of at most twenty, each rounded to float a dozen times on the way, in sums of a dozen terms.
 constexpr double kRounding = 1e-4;

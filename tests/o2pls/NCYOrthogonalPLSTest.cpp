@@ -23,7 +23,6 @@ namespace {
 using Table = NCDataMatrix<float>;
 using Model = NCYOrthogonalPLS;
 
-constexpr float kMissing = kHole<float>;
 constexpr int kMaxIterations = 200;
 
 /// X and Y of random cells, which have what they have in common by chance.

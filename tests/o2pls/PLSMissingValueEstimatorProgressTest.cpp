@@ -18,7 +18,6 @@ namespace {
 
 using namespace filling;
 
-constexpr float kMissing = kHole<float>;
 
 TEST(PLSMissingValueEstimator, OpensABarForEachComponentAndEachCrossValidation) {
   const Tables tables = TwoScores(/*share=*/0.02F, /*weight=*/4.5F);

@@ -13,7 +13,6 @@ namespace {
 
 using namespace filling;
 
-constexpr float kMissing = kHole<float>;
 
 TEST(PLSMissingValueEstimatorSearch, LeavesOutAComponentThatDoesNotBeatTheLimitOfItsCrossValidation) {
   Tables tables = RelatedTables(40, 6, 2, 2, 0.5F);

@@ -20,7 +20,6 @@ namespace {
 
 using namespace filling;
 
-constexpr float kMissing = kHole<float>;
 
 // ---- Which table is filled from which
 

@@ -17,7 +17,6 @@ namespace {
 
 using Groups = NCIntegralVector<int, -99>;
 
-constexpr float kMissing = kHole<float>;
 
 TEST(OPLSCrossValidation, CutsTheRoundsToTheObservations) {
   OPLSCrossValidation validation = Validated(RelatedTables(6, 3, 1, 0.0, 1), 1, 100, 0);

@@ -18,7 +18,6 @@ namespace {
 using ::testing::Each;
 using ::testing::ElementsAre;
 
-constexpr float kMissing = kHole<float>;
 
 void AddComponent(NCPCA* model) {
   model->NextComponent(nullptr, nullptr, 0, nullptr);

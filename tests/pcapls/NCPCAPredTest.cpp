@@ -16,7 +16,6 @@ namespace {
 
 using ::testing::Each;
 
-constexpr float kMissing = kHole<float>;
 constexpr int kVariables = 8;
 
 /// A model of three components of a complete table.

@@ -17,7 +17,6 @@
 
 namespace {
 
-constexpr float kMissing = kHole<float>;
 constexpr int kLimit = 200;
 
 class NCPCAProgress : public ::testing::Test {

@@ -16,7 +16,6 @@ namespace {
 using ::testing::Each;
 using ::testing::ElementsAre;
 
-constexpr float kMissing = kHole<float>;
 
 int RoundsOf(const NCDataMatrix<float>& X, int maxIterations, const NCDataVector<float>* start = nullptr) {
   NCPCA model(&X, maxIterations);

@@ -20,7 +20,6 @@ namespace {
 using ::testing::Each;
 using ::testing::ElementsAre;
 
-constexpr float kMissing = kHole<float>;
 constexpr int kComponents = 3;
 
 static_assert(!std::is_copy_constructible_v<NCPCA> && !std::is_copy_assignable_v<NCPCA>);

@@ -10,7 +10,6 @@ namespace {
 
 using ::testing::ElementsAre;
 
-constexpr float kMissing = kHole<float>;
 
 TEST(NCPLSWStar, IsWTimesTheInverseOfPW) {
   const Tables tables = RelatedTables(15, 6, 2, 0.0, 10);

@@ -18,7 +18,6 @@ namespace {
 using ::testing::Each;
 using ::testing::ElementsAre;
 
-constexpr float kMissing = kHole<float>;
 
 TEST(NCPLSLimits, GoesOnWhereWhatIsLeftOfUIsZero) {
   // t = (-49.5, -49.5), c = (4, 2), u = (-99, 0): the first cell of u is lost by accident, and the other is 0, from

@@ -10,7 +10,6 @@ namespace {
 
 using ::testing::ElementsAre;
 
-constexpr float kMissing = kHole<float>;
 
 /// One component of one X and one Y variable: with w = 1/2 a cell x has the score 2 x.
 class NCPLSPredLimits : public ::testing::Test {

@@ -17,7 +17,6 @@ namespace {
 
 using ::testing::Each;
 
-constexpr float kMissing = kHole<float>;
 constexpr int kVariables = 4;
 constexpr float kAnyShare = 0.9999F;  // the limit of holes is then K - c - 1
 

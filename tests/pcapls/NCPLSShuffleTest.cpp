@@ -16,7 +16,6 @@ namespace {
 
 using ::testing::ElementsAre;
 
-constexpr float kMissing = kHole<float>;
 
 TEST(NCPLSShuffle, PutsTheRowsOfYIntoTheGivenOrder) {
   const Tables tables = RelatedTables(5, 3, 2, 0.3, 16);

@@ -19,7 +19,6 @@ namespace {
 using ::testing::Each;
 using ::testing::ElementsAre;
 
-constexpr float kMissing = kHole<float>;
 constexpr int kComponents = 3;
 
 struct Shape {

@@ -17,7 +17,6 @@ namespace {
 
 using ::testing::ElementsAre;
 
-constexpr float kMissing = kHole<float>;
 
 /// The error of fitting one column of that type, as a copy that outlives the throw; null if there is none.
 std::unique_ptr<NCScaleError> ErrorOfFitting(NCScale::Scaling type, std::initializer_list<float> cells) {

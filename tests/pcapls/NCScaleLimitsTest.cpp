@@ -16,7 +16,6 @@ namespace {
 using ::testing::Each;
 using ::testing::ElementsAre;
 
-constexpr float kMissing = kHole<float>;
 
 /// A scaling as a stream may bring it: these centres, factors and types.
 NCScale ReadFrom(const NCDataVector<float>& centres, const NCDataVector<float>& factors,

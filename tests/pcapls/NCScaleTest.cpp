@@ -18,7 +18,6 @@ namespace {
 using ::testing::ElementsAre;
 using ::testing::Each;
 
-constexpr float kMissing = kHole<float>;
 
 std::vector<float> ColumnOf(const NCDataMatrix<float>& matrix, int column) { return CellsOf(matrix.GetColumn(column)); }
 

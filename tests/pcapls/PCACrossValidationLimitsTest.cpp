@@ -22,7 +22,6 @@ using ::testing::Each;
 using ::testing::ElementsAre;
 using Groups = NCIntegralVector<int, -99>;
 
-constexpr float kMissing = kHole<float>;
 
 // ---- Q2 at its limits
 

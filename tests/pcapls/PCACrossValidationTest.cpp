@@ -25,7 +25,6 @@ using ::testing::Each;
 using ::testing::ElementsAre;
 using Groups = NCIntegralVector<int, -99>;
 
-constexpr float kMissing = kHole<float>;
 
 // ---- Default groups
 

@@ -16,7 +16,6 @@ namespace {
 
 using Groups = NCIntegralVector<int, -99>;
 
-constexpr float kMissing = kHole<float>;
 
 struct Shape {
   const char* name;

@@ -25,7 +25,6 @@ using ::testing::Each;
 using ::testing::ElementsAre;
 using Groups = NCIntegralVector<int, -99>;
 
-constexpr float kMissing = kHole<float>;
 
 /// A validation of the newest component with every cumulated value at `cumulated`.
 PLSCrossValidation ContinuedFrom(const CrossValidationCase& data, float cumulated, int rounds, const Groups* groups) {

@@ -17,7 +17,6 @@ using ::testing::Each;
 using ::testing::ElementsAre;
 using Groups = NCIntegralVector<int, -99>;
 
-constexpr float kMissing = kHole<float>;
 
 Groups GroupsOf(const std::vector<int>& numbers) { return Groups(numbers.data(), static_cast<int>(numbers.size())); }
 

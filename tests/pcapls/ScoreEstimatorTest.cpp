@@ -22,7 +22,6 @@ namespace {
 using ::testing::Each;
 using ::testing::ElementsAre;
 
-constexpr float kMissing = kHole<float>;
 
 /// The scores of x, written into a table of one column.
 std::vector<float> ScoresOf(const NCDataMatrix<float>& P, const NCDataVector<float>& x, int maxIterations = 50) {

@@ -12,7 +12,6 @@ namespace {
 using Filter = Derivate<float>;
 using Signal = NCDataVector<float>;
 
-constexpr float kMissing = -99;
 
 /// a (i - vertex)^2 + height, i = 1 to n.
 Signal Parabola(int n, double a, double vertex, double height) {

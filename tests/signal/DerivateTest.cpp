@@ -18,7 +18,6 @@ using ::testing::ElementsAre;
 using Filter = Derivate<float>;
 using Signal = NCDataVector<float>;
 
-constexpr float kMissing = -99;
 constexpr float kInfinity = std::numeric_limits<float>::infinity();
 
 /// n cells of c0 + c1 i + c2 i^2 + c3 i^3, i = 1 to n.

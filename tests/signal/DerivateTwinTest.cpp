@@ -15,7 +15,6 @@ namespace {
 using Signal = NCDataVector<float>;
 using Matrix = NCDataMatrix<float>;
 
-constexpr float kMissing = -99;
 constexpr int kSmooth = 0;  ///< instead of the order of a derivative
 
 /// The polynomial of one window.

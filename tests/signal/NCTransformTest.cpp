@@ -17,7 +17,6 @@ using T = TransformE;
 using Table = NCDataMatrix<float>;
 using Errors = std::unique_ptr<NCTransformErrors>;
 
-constexpr float kMissing = -99;
 const char* const kForwardText = "A value lies outside the domain of the transformation and is missing now.";
 const char* const kCountText =
     "The table does not have the number of variables that the transformations were made for.";

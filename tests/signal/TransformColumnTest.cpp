@@ -17,7 +17,6 @@ using T = TransformE;
 using Table = NCDataMatrix<float>;
 using Errors = std::unique_ptr<NCTransformErrors>;
 
-constexpr float kMissing = -99;
 const char* const kForwardText = "A value lies outside the domain of the transformation and is missing now.";
 const char* const kBackText = "A value lies outside the domain of the inverse transformation.";
 

@@ -22,6 +22,7 @@ struct CellTypeNames {
 /// A missing cell.
 template <class T>
 constexpr T kHole = static_cast<T>(-99);
+constexpr float kMissing = kHole<float>;  ///< of the tables that models take
 
 /// A random vector: the same cells for the same arguments on every machine. A cell is a hole with the probability
 /// `holes`, otherwise its magnitude lies between 1/16 and 3, its sign is either, and its mantissa is used to the end.

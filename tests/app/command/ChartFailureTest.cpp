@@ -8,14 +8,14 @@
 
 namespace {
 
-struct BadInput {
+struct BadChart {
   const char* what;
   const char* table;
   std::vector<std::string> options;
   const char* message;
 };
 
-const BadInput kBadInputs[] = {
+const BadChart kBadCharts[] = {
     {"no such column", "y\n1\n2\n", {"--type", "individual"}, "t.csv: there is no column 'x'"},
     {"text", "x\na\nb\n", {"--type", "individual"}, "t.csv: the column 'x' holds text, not numbers"},
     {"an empty column", "x,y\n,1\nNA,2\n", {"--type", "individual"}, "t.csv: the column 'x' has no measurement"},
@@ -53,7 +53,7 @@ const BadInput kBadInputs[] = {
      "the column 'x' has values too large for a chart"}};
 
 TEST(FailureOfChart, IsOneLineWithExitCode1ForBadData) {
-  for (const BadInput& bad : kBadInputs) {
+  for (const BadChart& bad : kBadCharts) {
     SCOPED_TRACE(std::string(bad.what) + ", " + bad.options[1]);
     const ScratchFolder folder;
     std::vector<std::string> line = {"chart", folder.Write("t.csv", bad.table), "--column", "x"};

@@ -6,10 +6,9 @@
 #include <vector>
 
 #include "CommandRun.h"
+#include "Words.h"
 
 namespace {
-
-using Words = std::vector<std::string>;
 
 TEST(ColumnOptions, AreTakenByEveryCommandThatChoosesColumns) {
   const ScratchFolder folder;

@@ -10,6 +10,7 @@
 #include "CommandRun.h"
 #include "ExpectFailure.h"
 #include "TestTables.h"
+#include "Words.h"
 #include "kalmia/analysis/table/CsvMarks.h"
 
 namespace {
@@ -17,12 +18,6 @@ namespace {
 using kalmia::analysis::CsvTable;
 using ::testing::HasSubstr;
 using ::testing::Not;
-using Words = std::vector<std::string>;
-
-Words operator+(Words words, const Words& more) {
-  words.insert(words.end(), more.begin(), more.end());
-  return words;
-}
 
 /// Every command with its options that write CSV, each into the folder.
 std::vector<Words> AllThatWrite(const std::string& table, const std::string& model, const std::string& folder) {

@@ -9,6 +9,7 @@
 #include <sstream>
 
 #include "CommandRun.h"
+#include "ExpectFailure.h"
 #include "TestTables.h"
 
 namespace {
@@ -309,13 +310,6 @@ TEST_F(Fill, KeepsACellMeasuredAsMinus99) {
 }
 
 // ---- Failures
-
-void ExpectFailure(const CommandResult& run, int exitCode, const std::string& message) {
-  EXPECT_EQ(run.exitCode, exitCode);
-  EXPECT_EQ(run.output, "");
-  EXPECT_EQ(run.ErrorLines(), 1) << run.error;
-  EXPECT_THAT(run.error, HasSubstr(message));
-}
 
 TEST_F(Fill, RefusesWhatMakesNoSense) {
   const std::string table = folder_.Write("t.csv", "x,y\n1,2\n3,\n5,7\n");

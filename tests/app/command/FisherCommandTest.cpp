@@ -66,13 +66,13 @@ TEST(Fisher, LeavesColumnsOfTextOutAndReadsWholeNumbersInEveryForm) {
 
 TEST(Fisher, RowOfZerosLeavesOneTable) { EXPECT_EQ(ProbabilityOf("a,b\n0,0\n3,4\n"), 1.0); }
 
-struct BadInput {
+struct BadCounts {
   const char* table;
   std::vector<std::string> options;
   const char* message;
 };
 
-const BadInput kBadInputs[] = {
+const BadCounts kBadCounts[] = {
     {"a,b\n1,-2\n3,4\n", {}, "row 1 (line 2), column 'b': the count '-2' is negative"},
     {"a,b\n1,2.5\n3,4\n", {}, "row 1 (line 2), column 'b': the count '2.5' is not a whole number"},
     {"a,b\n1,2\n,4\n", {}, "row 2 (line 3), column 'a': a count is missing"},
@@ -95,7 +95,7 @@ const BadInput kBadInputs[] = {
     {"a,b\n", {}, "has a header but no data rows"}};
 
 TEST(FailureOfFisher, IsOneLineWithExitCode1ForBadData) {
-  for (const BadInput& bad : kBadInputs) {
+  for (const BadCounts& bad : kBadCounts) {
     SCOPED_TRACE(bad.table);
     std::vector<std::string> line = {"fisher", "-"};
     line.insert(line.end(), bad.options.begin(), bad.options.end());

@@ -103,12 +103,12 @@ TEST(Histogram, ShowsNoMoreBinsThanAReaderReads) {
   EXPECT_THAT(run.output, HasSubstr(" more: CSV or JSON gives them all\n"));
 }
 
-struct BadInput {
+struct BadHistogram {
   const char* table;
   const char* message;
 };
 
-const BadInput kBadInputs[] = {{"y\n1\n", "standard input: there is no column 'x'"},
+const BadHistogram kBadHistograms[] = {{"y\n1\n", "standard input: there is no column 'x'"},
                                {"x\na\nb\n", "the column 'x' holds text, not numbers"},
                                {"x,y\n,1\nNaN,2\n", "the column 'x' has no measurement"},
                                {"x\n1\ninf\n", "row 2 (line 3), column 'x': 'inf' is infinite"},
@@ -121,7 +121,7 @@ const BadInput kBadInputs[] = {{"y\n1\n", "standard input: there is no column 'x
                                {"", "standard input is empty"}};
 
 TEST(FailureOfHistogram, IsOneLineWithExitCode1ForBadData) {
-  for (const BadInput& bad : kBadInputs) {
+  for (const BadHistogram& bad : kBadHistograms) {
     SCOPED_TRACE(bad.message);
     const ScratchFolder folder;
     ExpectFailure(RunHistogram(bad.table, {"--csv", folder.Path("c"), "--svg", folder.Path("s")}), 1, bad.message);

@@ -12,6 +12,7 @@
 #include "ExpectFailure.h"
 #include "FramedFile.h"
 #include "TestTables.h"
+#include "Words.h"
 #include "kalmia/analysis/file/OPLSCvFile.h"
 
 namespace {
@@ -22,12 +23,6 @@ using kalmia::analysis::StoredOPLSCv;
 using ::testing::HasSubstr;
 
 using namespace framed;
-using Words = std::vector<std::string>;
-
-Words operator+(Words first, const Words& more) {
-  first.insert(first.end(), more.begin(), more.end());
-  return first;
-}
 
 /// What a run prints, and the files that it writes, but for the names of files.
 struct Result {

@@ -3,11 +3,11 @@
 #include <gtest/gtest.h>
 
 #include "CommandRun.h"
+#include "Words.h"
 
 namespace {
 
 using nlohmann::json;
-using Words = std::vector<std::string>;
 
 std::string OldFile(const std::string& name) { return std::string(KALMIA_OLD_FILES_DIR) + "/" + name + ".kalmia"; }
 
@@ -35,11 +35,6 @@ std::vector<KindOfModel> PredictingKinds() {
                        "yellow..syrup", "--joint", "1",    "--x-unique", "1",      "--y-unique", "0"};
   return {{"pls", pls, {}},     {"pca", pca, {}},     {"opls", opls, {}},
           {"o2pls", o2pls, {}}, {"o2pls", o2pls, {"--from", "y"}}};
-}
-
-Words operator+(Words words, const Words& more) {
-  words.insert(words.end(), more.begin(), more.end());
-  return words;
 }
 
 /// What `predict` says of the oils, but for names of files.

@@ -17,7 +17,7 @@ using ::testing::HasSubstr;
 using ::testing::IsEmpty;
 
 /// The JSON output of a fit to a table on standard input.
-json Fit(const std::string& table, std::vector<std::string> options) {
+json FitPCA(const std::string& table, std::vector<std::string> options) {
   options.insert(options.begin(), {"pca", "-", "--json"});
   return RunWell(options, table).Json();
 }
@@ -85,7 +85,7 @@ TEST(PCA, CumulatesQ2AsTheProductOfWhatIsNotPredicted) {
 }
 
 TEST(PCA, KeepsAsManyComponentsAsAskedForWhateverCrossValidationSays) {
-  const json fit = Fit(UnrelatedTable(30, 5, 1, 5), {"--components", "4"});
+  const json fit = FitPCA(UnrelatedTable(30, 5, 1, 5), {"--components", "4"});
   EXPECT_EQ(fit["kept"], 4);
   EXPECT_EQ(fit["components"].size(), 4);
   for (const json& component : fit["components"]) EXPECT_EQ(component["kept"], true);
@@ -100,14 +100,14 @@ TEST(PCA, SaysSoAndSavesNothingWhereNoComponentIsSignificant) {
   EXPECT_THAT(run.output, HasSubstr("No component is kept, cross-validated in 7 groups: Q2 of the first, "));
   EXPECT_THAT(run.output, HasSubstr("Nothing is saved."));
   EXPECT_THAT(folder.Names(), IsEmpty());
-  const json fit = Fit(UnrelatedTable(60, 20, 1, 3), {});
+  const json fit = FitPCA(UnrelatedTable(60, 20, 1, 3), {});
   EXPECT_EQ(fit["kept"], 0);
   EXPECT_EQ(fit["scores"], json::array());
 }
 
 TEST(PCA, EndsWhereNothingIsLeftOfATableOfLowRank) {
   for (const std::vector<std::string>& options : {std::vector<std::string>{}, {"--components", "3"}}) {
-    const json fit = Fit(kRankTwo, options);
+    const json fit = FitPCA(kRankTwo, options);
     EXPECT_LE(fit["kept"], 2);
     if (options.empty()) continue;
     EXPECT_EQ(fit["kept"], 2);
@@ -129,7 +129,7 @@ TEST(PCA, StopsByItselfWhereTheRuleSaysThatTooLittleIsLeft) {
 
 TEST(PCA, FitsEqualSingularValuesToo) {
   // Two uncorrelated columns of one length: every direction is as good.
-  const json fit = Fit("a,b\n1,1\n1,-1\n-1,1\n-1,-1\n", {"--components", "2", "--groups", "2"});
+  const json fit = FitPCA("a,b\n1,1\n1,-1\n-1,1\n-1,-1\n", {"--components", "2", "--groups", "2"});
   ASSERT_EQ(fit["kept"], 2);
   EXPECT_NEAR(fit["components"][0]["r2x"], 0.5, 1e-6);
   EXPECT_NEAR(fit["components"][1]["r2xCum"], 1.0, 1e-12);
@@ -144,19 +144,19 @@ TEST(PCA, CutsGroupsToRowsAndColumnsAndSaysSo) {
 
 TEST(PCA, TakesGroupsFromAColumnAndMergesThemWhereTheyOutnumberTheColumns) {
   const std::string grouped = "g,a,b,c\nu,1,1,3\nv,2,2,1\nw,3,3,4\nx,4,4,1\ny,5,5,5\nz,7,6,3\n";
-  const json merged = Fit(grouped, {"--components", "1", "--group-column", "g"});
+  const json merged = FitPCA(grouped, {"--components", "1", "--group-column", "g"});
   EXPECT_EQ(merged["crossValidation"]["groups"], 3);
   EXPECT_EQ(merged["crossValidation"]["groupColumn"], "g");
   EXPECT_THAT(merged["notes"].get<std::vector<std::string>>(),
               ElementsAre("6 groups are merged to 3, the number of X columns"));
   // The fourth group joins the first, as if it had been named so.
   const std::string same = "g,a,b,c\nu,1,1,3\nv,2,2,1\nw,3,3,4\nu,4,4,1\nv,5,5,5\nw,7,6,3\n";
-  EXPECT_EQ(Fit(same, {"--components", "1", "--group-column", "g"})["components"], merged["components"]);
+  EXPECT_EQ(FitPCA(same, {"--components", "1", "--group-column", "g"})["components"], merged["components"]);
 }
 
 TEST(PCA, LeavesOutWhatPLSLeavesOutOfX) {
   const std::string table = "k,e,s,a,b\n7,,x,1,5\n7,,y,2,3\n7,,z,3,1\n7,,w,5,2\n,,q,,\n";
-  const json fit = Fit(table, {"--components", "1", "--id", "s"});
+  const json fit = FitPCA(table, {"--components", "1", "--id", "s"});
   EXPECT_EQ(fit["x"]["columns"], (std::vector<std::string>{"a", "b"}));
   EXPECT_EQ(fit["leftOut"]["constantColumns"], std::vector<std::string>{"k"});
   EXPECT_EQ(fit["leftOut"]["emptyColumns"], std::vector<std::string>{"e"});

@@ -37,8 +37,8 @@ class PCAPredict : public ::testing::Test {
   json fit_;
 };
 
-constexpr auto kHeader = "x1,x2,x3,x4,x5\n";
-constexpr auto kRow = "5.1,10.2,15.3,19.8,25.5\n";
+constexpr auto kScoredColumns = "x1,x2,x3,x4,x5\n";
+constexpr auto kScoredRow = "5.1,10.2,15.3,19.8,25.5\n";
 
 TEST_F(PCAPredict, FindsTheScoresOfTheTrainingRowsAgain) {
   const json predicted = Json(ReadWholeFile(table_));
@@ -55,8 +55,8 @@ TEST_F(PCAPredict, FindsTheScoresOfTheTrainingRowsAgain) {
 }
 
 TEST_F(PCAPredict, ScoresARowAloneAsAmongOthersWhateverTheOrderOfItsColumns) {
-  const json alone = Json(std::string(kHeader) + kRow)["rows"][0];
-  const json among = Json(std::string(kHeader) + "1,2,3,4,5\n" + kRow + ",,4,,7\n")["rows"][1];
+  const json alone = Json(std::string(kScoredColumns) + kScoredRow)["rows"][0];
+  const json among = Json(std::string(kScoredColumns) + "1,2,3,4,5\n" + kScoredRow + ",,4,,7\n")["rows"][1];
   EXPECT_EQ(among["t"], alone["t"]);
   EXPECT_EQ(among["distance"], alone["distance"]);
   EXPECT_EQ(Json("x5,zeal,x2,x4,x1,x3\n25.5,high,10.2,19.8,5.1,15.3\n")["rows"][0]["t"], alone["t"]);
@@ -77,11 +77,11 @@ TEST_F(PCAPredict, EstimatesTheScoresOfRowsWithHoles) {
 TEST_F(PCAPredict, TakesAColumnThatIsNotThereAsMissingCellsAndSaysSo) {
   const CommandResult run = Run("x1,x2,x4,x5\n5.1,10.2,19.8,25.5\n", {"--json"});
   EXPECT_EQ(run.error, "note: taken as missing cells, not in the table: x3\n");
-  EXPECT_EQ(run.Json()["rows"][0]["t"], Json(std::string(kHeader) + "5.1,10.2,,19.8,25.5\n")["rows"][0]["t"]);
+  EXPECT_EQ(run.Json()["rows"][0]["t"], Json(std::string(kScoredColumns) + "5.1,10.2,,19.8,25.5\n")["rows"][0]["t"]);
 }
 
 TEST_F(PCAPredict, SaysWhyARowHasNoScores) {
-  const std::string table = std::string(kHeader) + ",,,,\n3e38,3e38,3e38,3e38,3e38\n" + kRow;
+  const std::string table = std::string(kScoredColumns) + ",,,,\n3e38,3e38,3e38,3e38,3e38\n" + kScoredRow;
   const json rows = Json(table)["rows"];
   EXPECT_EQ(rows[0]["reason"], "none of its 5 X cells is present");
   EXPECT_EQ(rows[0]["t"], json::array({nullptr, nullptr, nullptr}));
@@ -93,7 +93,7 @@ TEST_F(PCAPredict, SaysWhyARowHasNoScores) {
 }
 
 TEST_F(PCAPredict, HasNoDistanceWhereARowHasNoMoreCellsThanComponents) {
-  const json rows = Json(std::string(kHeader) + "5.1,10.2,15.3,,\n5.1,10.2,15.3,19.8,\n")["rows"];
+  const json rows = Json(std::string(kScoredColumns) + "5.1,10.2,15.3,,\n5.1,10.2,15.3,19.8,\n")["rows"];
   EXPECT_EQ(rows[0]["distance"], nullptr);
   EXPECT_TRUE(rows[0]["t"][0].is_number());
   EXPECT_TRUE(rows[1]["distance"].is_number());
@@ -111,13 +111,13 @@ TEST_F(PCAPredict, SaysOnceWhyNoRowHasADistanceWhereEveryColumnHasAComponent) {
 }
 
 TEST_F(PCAPredict, PutsRowsUnlikeTheTrainingRowsFarAway) {
-  const json rows = Json(std::string(kHeader) + "5,10,15,20,25\n5,10,15,32,25\n5,10,-40,20,25\n")["rows"];
+  const json rows = Json(std::string(kScoredColumns) + "5,10,15,20,25\n5,10,15,32,25\n5,10,-40,20,25\n")["rows"];
   EXPECT_LT(rows[0]["distance"], 2.0);
   EXPECT_GT(std::max(rows[1]["distance"].get<double>(), rows[2]["distance"].get<double>()), 3.0);
 }
 
 TEST_F(PCAPredict, WritesScoresAsCsv) {
-  Run(std::string(kHeader) + kRow + ",,,,\n", {"--csv", folder_.Path("d")});
+  Run(std::string(kScoredColumns) + kScoredRow + ",,,,\n", {"--csv", folder_.Path("d")});
   const kalmia::analysis::CsvTable file = CsvAt(folder_.Path("d/predictions.csv"));
   EXPECT_THAT(file.ColumnNames(), ElementsAre("row", "t1", "t2", "t3", "distance", "reason"));
   EXPECT_EQ(file.Cell(1, 1), "");

@@ -18,7 +18,7 @@ using ::testing::HasSubstr;
 using ::testing::IsEmpty;
 
 /// The JSON output of a fit to a table on standard input.
-json Fit(const std::string& table, std::vector<std::string> options) {
+json FitPLS(const std::string& table, std::vector<std::string> options) {
   options.insert(options.begin(), {"pls", "-", "--json"});
   return RunWell(options, table).Json();
 }
@@ -51,7 +51,7 @@ TEST(PLS, ShowsTheFirstComponentThatFailsAndDoesNotKeepIt) {
 }
 
 TEST(PLS, KeepsAsManyComponentsAsAskedForWhateverQ2Says) {
-  const json fit = Fit(UnrelatedTable(30, 6, 1, 5), {"--y", "y1", "--components", "4"});
+  const json fit = FitPLS(UnrelatedTable(30, 6, 1, 5), {"--y", "y1", "--components", "4"});
   EXPECT_EQ(fit["kept"], 4);
   ASSERT_EQ(fit["components"].size(), 4);
   for (const json& component : fit["components"]) EXPECT_EQ(component["kept"], true);
@@ -61,9 +61,9 @@ TEST(PLS, KeepsAsManyComponentsAsAskedForWhateverQ2Says) {
 TEST(PLS, KeepsTheSameModelWhetherTheNumberIsGivenOrFound) {
   const std::string table = LinearTable(30, 6, 2);
   const ScratchFolder folder;
-  const json found = Fit(table, {"--y", "y", "--id", "name", "--csv", folder.Path("found")});
+  const json found = FitPLS(table, {"--y", "y", "--id", "name", "--csv", folder.Path("found")});
   const json given =
-      Fit(table, {"--y", "y", "--id", "name", "--csv", folder.Path("given"), "--components", found["kept"].dump()});
+      FitPLS(table, {"--y", "y", "--id", "name", "--csv", folder.Path("given"), "--components", found["kept"].dump()});
   ASSERT_EQ(found["components"].size(), found["kept"].get<std::size_t>() + 1);  // one was taken and dropped again
   for (const char* file : {"scores.csv", "weights.csv", "loadings.csv", "w-star.csv", "coefficients.csv", "fit.csv",
                            "vip.csv", "rows.csv"}) {
@@ -106,23 +106,23 @@ TEST(PLS, EndsWellWhereNotEvenAFirstComponentCanBeFound) {
 }
 
 TEST(PLS, AddsAtMostOneComponentLessThanRowsAndOnePerColumn) {
-  const json byColumns = Fit(LinearTable(30, 2, 1), {"--y", "y", "--id", "name", "--components", "9"});
+  const json byColumns = FitPLS(LinearTable(30, 2, 1), {"--y", "y", "--id", "name", "--components", "9"});
   EXPECT_EQ(byColumns["kept"], 2);
   EXPECT_THAT(Names(byColumns["notes"]), ElementsAre("9 components are cut to 2: there are 30 rows and 2 X columns"));
-  const json byRows = Fit(UnrelatedTable(4, 9, 1, 3), {"--y", "y1", "--components", "9"});
+  const json byRows = FitPLS(UnrelatedTable(4, 9, 1, 3), {"--y", "y1", "--components", "9"});
   EXPECT_EQ(byRows["kept"], 3);
 }
 
 TEST(PLS, StopsWhereNothingIsLeftOfX) {
   // The second X column is twice the first, so that X holds a single component.
-  const json fit = Fit("a,b,y\n1,2,1\n2,4,3\n3,6,2\n4,8,5\n5,10,4\n6,12,7\n", {"--y", "y", "--components", "2"});
+  const json fit = FitPLS("a,b,y\n1,2,1\n2,4,3\n3,6,2\n4,8,5\n5,10,4\n6,12,7\n", {"--y", "y", "--components", "2"});
   EXPECT_EQ(fit["kept"], 1);
   EXPECT_EQ(fit["endedEarly"], "nothing is left of X");
 }
 
 TEST(PLS, TakesAllOtherColumnsOfNumbersAsX) {
   const json fit =
-      Fit("id,a,site,y,b\n1,1,n,1,4\n2,2,s,3,3\n3,3,n,2,5\n4,5,s,5,1\n5,4,n,4,2\n", {"--y", "y", "--components", "1"});
+      FitPLS("id,a,site,y,b\n1,1,n,1,4\n2,2,s,3,3\n3,3,n,2,5\n4,5,s,5,1\n5,4,n,4,2\n", {"--y", "y", "--components", "1"});
   EXPECT_THAT(Names(fit["x"]["columns"]), ElementsAre("id", "a", "b"));
   EXPECT_THAT(Names(fit["leftOut"]["textColumns"]), ElementsAre("site"));
   EXPECT_THAT(Names(fit["notes"]),
@@ -133,7 +133,7 @@ TEST(PLS, SelectsXByRangeByExclusionAndNeverTakesYIdOrGroups) {
   const std::string table = "id,a,b,y,c,g\n1,1,7,1,4,1\n2,2,5,3,3,2\n3,3,6,2,5,1\n4,5,1,5,1,2\n5,4,2,4,2,1\n";
   const auto columns = [&table](std::vector<std::string> options) {
     options.insert(options.end(), {"--y", "y", "--components", "1"});
-    return Names(Fit(table, options)["x"]["columns"]);
+    return Names(FitPLS(table, options)["x"]["columns"]);
   };
   EXPECT_THAT(columns({"--x", "b..c"}), ElementsAre("b", "c"));
   EXPECT_THAT(columns({"--x", "a"}), ElementsAre("a"));
@@ -144,11 +144,11 @@ TEST(PLS, SelectsXByRangeByExclusionAndNeverTakesYIdOrGroups) {
 
 TEST(PLS, TakesNamesThatHoldCommasAndDotsAsTheyAre) {
   const std::string table = "\"a,b\";c..d;y\n1;7;1\n2;5;3\n3;6;2\n5;1;5\n";
-  EXPECT_THAT(Names(Fit(table, {"--y", "y", "--components", "1", "--x", "a,b..c..d"})["x"]["columns"]),
+  EXPECT_THAT(Names(FitPLS(table, {"--y", "y", "--components", "1", "--x", "a,b..c..d"})["x"]["columns"]),
               ElementsAre("a,b", "c..d"));
-  EXPECT_THAT(Names(Fit(table, {"--y", "y", "--components", "1", "--exclude", "a,b"})["x"]["columns"]),
+  EXPECT_THAT(Names(FitPLS(table, {"--y", "y", "--components", "1", "--exclude", "a,b"})["x"]["columns"]),
               ElementsAre("c..d"));
-  EXPECT_THAT(Names(Fit(table, {"--y", "a,b", "--components", "1"})["y"]["columns"]), ElementsAre("a,b"));
+  EXPECT_THAT(Names(FitPLS(table, {"--y", "a,b", "--components", "1"})["y"]["columns"]), ElementsAre("a,b"));
 }
 
 TEST(PLS, LeavesOutConstantAndEmptyColumnsAndRowsWithoutXWithOneLineEach) {
@@ -191,8 +191,8 @@ TEST(PLS, MakesGroupsOfTheValuesOfAColumn) {
   for (int row = 0; std::getline(lines, line); ++row) {
     grouped += line + (row == 0 ? ",batch" : std::string(",batch ") + static_cast<char>('A' + row % 4)) + "\n";
   }
-  const json byRule = Fit(plain, {"--y", "y", "--id", "name", "--groups", "4"});
-  const json byColumn = Fit(grouped, {"--y", "y", "--id", "name", "--group-column", "batch"});
+  const json byRule = FitPLS(plain, {"--y", "y", "--id", "name", "--groups", "4"});
+  const json byColumn = FitPLS(grouped, {"--y", "y", "--id", "name", "--group-column", "batch"});
   EXPECT_EQ(byColumn["components"], byRule["components"]);
   EXPECT_EQ(byColumn["quality"], byRule["quality"]);
   EXPECT_EQ(byColumn["crossValidation"], (json{{"groups", 4}, {"groupColumn", "batch"}}));
@@ -204,7 +204,7 @@ TEST(PLS, GivesTheSameNumbersForEveryDialectAndLocale) {
   for (char& c : european) c = c == ',' ? ';' : c == '.' ? ',' : c;
   std::string windows = "\xEF\xBB\xBF";
   for (const char c : table) windows += c == '\n' ? std::string("\r\n") : std::string(1, c == ',' ? '\t' : c);
-  const json expected = Fit(table, {"--y", "y", "--id", "name"});
+  const json expected = FitPLS(table, {"--y", "y", "--id", "name"});
   for (const std::string& dialect : {european, windows}) {
     CommandRun run;
     run.arguments = {"pls", "-", "--json", "--y", "y", "--id", "name"};
@@ -242,12 +242,12 @@ TEST(PLS, ShowsEachYColumnWhereThereAreSeveral) {
 
 TEST(PLS, ModelsTablesWithHolesInXAndY) {
   const std::string whole = LinearTable(40, 6, 7);
-  const json complete = Fit(whole, {"--y", "y", "--id", "name"});
-  const json holed = Fit(WithHoles(whole, 11), {"--y", "y", "--id", "name"});
+  const json complete = FitPLS(whole, {"--y", "y", "--id", "name"});
+  const json holed = FitPLS(WithHoles(whole, 11), {"--y", "y", "--id", "name"});
   EXPECT_GT(holed["x"]["missingCells"], 15);
   EXPECT_GE(holed["kept"], 1);
   EXPECT_EQ(holed["rows"], complete["rows"]);
-  const json holedY = Fit("a,b,y\n1,2,1\n2,1,\n3,4,2\n5,3,5\n4,4,4\n7,5,6\n", {"--y", "y", "--components", "1"});
+  const json holedY = FitPLS("a,b,y\n1,2,1\n2,1,\n3,4,2\n5,3,5\n4,4,4\n7,5,6\n", {"--y", "y", "--components", "1"});
   EXPECT_EQ(holedY["rows"], 6);
   EXPECT_EQ(holedY["y"]["missingCells"], 1);
   EXPECT_EQ(holedY["quality"][0]["rows"], 5);
@@ -264,7 +264,7 @@ TEST(PLS, PrintsErrorsThatFollowFromR2AndQ2OfOneComponent) {
   for (const double value : y) squares += (value - sum / 30) * (value - sum / 30);
   for (const char* scale : {"uv", "pareto", "centre"}) {
     SCOPED_TRACE(scale);
-    const json fit = Fit(table, {"--y", "y", "--id", "name", "--components", "1", "--scale", scale});
+    const json fit = FitPLS(table, {"--y", "y", "--id", "name", "--components", "1", "--scale", scale});
     const json& component = fit["components"][0];
     const double sse = (1.0 - component["r2y"].get<double>()) * squares;
     const double press = (1.0 - component["q2"].get<double>()) * squares;
@@ -274,7 +274,7 @@ TEST(PLS, PrintsErrorsThatFollowFromR2AndQ2OfOneComponent) {
 }
 
 TEST(PLS, HasNoErrorOfEstimationWithoutADegreeOfFreedom) {
-  const json fit = Fit(UnrelatedTable(4, 9, 1, 3), {"--y", "y1", "--components", "3"});
+  const json fit = FitPLS(UnrelatedTable(4, 9, 1, 3), {"--y", "y1", "--components", "3"});
   EXPECT_EQ(fit["quality"][0]["rmsee"], nullptr);
   EXPECT_THAT(RunWell({"pls", "-", "--y", "y1", "--components", "3"}, UnrelatedTable(4, 9, 1, 3)).output,
               HasSubstr("  -  "));
@@ -284,7 +284,7 @@ TEST(PLS, ScalesXAsAsked) {
   const std::string table = LinearTable(30, 5, 9);
   std::vector<double> r2;
   for (const char* scale : {"uv", "pareto", "centre", "none"}) {
-    const json fit = Fit(table, {"--y", "y", "--id", "name", "--components", "1", "--scale", scale});
+    const json fit = FitPLS(table, {"--y", "y", "--id", "name", "--components", "1", "--scale", scale});
     EXPECT_EQ(fit["scaling"], scale);
     r2.push_back(fit["components"][0]["r2x"]);
   }
@@ -308,7 +308,7 @@ TEST(PLS, ShowsNamesWithControlCharactersOnOneLine) {
 }
 
 TEST(PLS, TakesNamesThatAreNoUtf8) {
-  const json fit = Fit("\xE9,y\n1,1\n2,3\n3,2\n5,5\n4,4\n7,8\n1,2\n", {"--y", "y", "--components", "1"});
+  const json fit = FitPLS("\xE9,y\n1,1\n2,3\n3,2\n5,5\n4,4\n7,8\n1,2\n", {"--y", "y", "--components", "1"});
   EXPECT_THAT(Names(fit["x"]["columns"]), ElementsAre("\xEF\xBF\xBD"));
 }
 

@@ -9,15 +9,9 @@
 #include "CommandRun.h"
 #include "ExpectFailure.h"
 #include "TestTables.h"
+#include "Words.h"
 
 namespace {
-
-using Words = std::vector<std::string>;
-
-Words operator+(Words words, const Words& more) {
-  words.insert(words.end(), more.begin(), more.end());
-  return words;
-}
 
 /// A command up to the option whose place is tried, and that option.
 struct Output {

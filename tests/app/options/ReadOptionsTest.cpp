@@ -5,12 +5,11 @@
 
 #include "CommandRun.h"
 #include "ExpectFailure.h"
+#include "Words.h"
 
 namespace {
 
 using ::testing::HasSubstr;
-
-using Words = std::vector<std::string>;
 
 /// A run on a table of columns id, x, y that gives a result of the table alone.
 struct TableReader {
