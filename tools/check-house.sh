@@ -20,24 +20,27 @@ includes_of() {  # folders: file:included, a line an include
   search -oE '#include "[^"]+"' "$@" | sed 's/#include "\(.*\)"/\1/'
 }
 
-floor_of() {  # of a path below kalmia/; nothing for a file that belongs to no room, such as kalmia/kalmia.h
-  local place=0 room
+floor_of() {  # sets `floor` for a path below kalmia/; 0 for a file that belongs to no room, such as kalmia/kalmia.h
+  local room
+  floor=0
   for room in "${rooms[@]}"; do
-    place=$((place + 1))
-    case "$1" in kalmia/"$room"/*) echo "$place"; return ;; esac
+    floor=$((floor + 1))
+    case "$1" in kalmia/"$room"/*) return ;; esac
   done
+  floor=0
 }
 
 check_floors() {  # every include of a file in a room
-  local file included own other
+  local file included floor own
   while IFS=: read -r file included; do
-    own=$(floor_of "$file")
-    other=$(floor_of "$included")
-    if [ -z "$own" ]; then continue; fi
+    floor_of "$file"
+    own=$floor
+    if [ "$own" -eq 0 ]; then continue; fi
+    floor_of "$included"
     case "$included" in
       app/*) breach "$file" "includes $included, which belongs to the command"; continue ;;
     esac
-    if [ -n "$other" ] && [ "$other" -gt "$own" ]; then breach "$file" "includes $included, a later room"; fi
+    if [ "$floor" -gt "$own" ]; then breach "$file" "includes $included, a later room"; fi
   done < <(includes_of kalmia)
 }
 
@@ -74,8 +77,12 @@ check_analysis() {  # the floor above the library knows no command line
 
 # Circles that are still there, each by one of its includes.
 circles_left=(
+  'kalmia/analysis/chart/internal/ChartPanels kalmia/analysis/chart/ChartResult'
+  'kalmia/analysis/chart/internal/Distributions kalmia/analysis/chart/QuantileResult'
+  'kalmia/analysis/cluster/internal/ClusterData kalmia/analysis/cluster/ClusterResult'
+  'kalmia/analysis/cluster/internal/ClusterTree kalmia/analysis/cluster/ClusterResult'
   'kalmia/analysis/fit/O2PLSBlocks kalmia/analysis/fit/internal/SharedColumns'
-  'kalmia/analysis/fit/O2PLSBlocks kalmia/analysis/fit/internal/SharedColumns'
+  'kalmia/analysis/fit/internal/OPLSExtraction kalmia/analysis/fit/OPLSResult'
   'kalmia/analysis/steps/internal/StepExecution kalmia/analysis/steps/StepChain'
   'kalmia/analysis/steps/internal/WaveletSteps kalmia/analysis/steps/StepChain'
   'kalmia/analysis/steps/internal/WindowStep kalmia/analysis/steps/StepChain'
