@@ -2,6 +2,7 @@
 # Installs the Debian packages that Kalmia is built from, but only those that are missing.
 #   ./install-packages.sh              what the command, the demo and the tests need
 #   ./install-packages.sh clang bench  and what the presets of clang++ and the benchmarks need
+#   ./install-packages.sh abi          and what compares the interfaces of shared libraries
 set -euo pipefail
 
 packages=(
@@ -17,6 +18,7 @@ for kind in "$@"; do
   case $kind in
     clang) packages+=(clang libomp-dev libclang-rt-dev llvm) ;;  # OpenMP, sanitizers, names in their reports
     bench) packages+=(libeigen3-dev) ;;                          # products beside ours
+    abi) packages+=(abigail-tools) ;;                            # interfaces of shared libraries
     *) echo "$0 knows no packages for '$kind'" >&2; exit 2 ;;
   esac
 done
