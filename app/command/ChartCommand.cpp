@@ -16,17 +16,7 @@ namespace kalmia::app {
 namespace {
 
 std::vector<FilePlace> OutputsOf(const ChartOptions& options) {
-  std::vector<FilePlace> places;
-  if (!options.saveLimits.empty()) places.push_back({"--save-limits", options.saveLimits});
-  if (!options.csv.empty()) places.push_back({"--csv", options.csv});
-  if (!options.svg.empty()) places.push_back({"--svg", options.svg});
-  return places;
-}
-
-void CheckFiles(const ChartOptions& options) {
-  std::vector<FilePlace> inputs = {{"the table", options.table}};
-  if (!options.limitsFrom.empty()) inputs.push_back({"the limits", options.limitsFrom});
-  CheckPlaces(inputs, OutputsOf(options));
+  return Given({{"--save-limits", options.saveLimits}, {"--csv", options.csv}, {"--svg", options.svg}});
 }
 
 void WriteFiles(const ChartOptions& options, const ChartResult& result) {
@@ -40,7 +30,7 @@ void WriteFiles(const ChartOptions& options, const ChartResult& result) {
 }  // namespace
 
 std::string RunCommand(const ChartOptions& options, Notes* notes) {
-  CheckFiles(options);
+  CheckPlaces(Given({{"the table", options.table}, {"the limits", options.limitsFrom}}), OutputsOf(options));
   std::optional<StoredLimits> stored;
   if (!options.limitsFrom.empty()) stored = ReadLimits(ReadInput(options.limitsFrom), InputName(options.limitsFrom));
   const StoredLimits* const limits = stored ? &*stored : nullptr;

@@ -15,12 +15,10 @@ namespace kalmia::app {
 namespace {
 
 std::vector<FilePlace> OutputsOf(const ClusterOptions& options) {
-  std::vector<FilePlace> places;
-  if (!options.svg.empty()) places.push_back({"--svg", options.svg});
-  if (!options.merges.empty()) places.push_back({"--merges", options.merges});
-  if (!options.newick.empty()) places.push_back({"--newick", options.newick});
-  if (!options.csv.empty()) places.push_back({"--csv", options.csv});
-  return places;
+  return Given({{"--svg", options.svg},
+                {"--merges", options.merges},
+                {"--newick", options.newick},
+                {"--csv", options.csv}});
 }
 
 void CheckOptions(const ClusterOptions& options) {

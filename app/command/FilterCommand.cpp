@@ -18,14 +18,6 @@ namespace kalmia::app {
 
 namespace {
 
-void CheckFiles(const FilterOptions& options) {
-  std::vector<FilePlace> inputs = {{"the table", options.table}};
-  std::vector<FilePlace> outputs = {{"--out", options.out}};
-  if (!options.model.empty()) inputs.push_back({"the model", options.model});
-  if (!options.save.empty()) outputs.push_back({"--save", options.save});
-  CheckPlaces(inputs, outputs);
-}
-
 StoredFilter ReadFilter(const std::string& file) {
   StoredModel model = ReadModelFile(ReadInput(file), InputName(file));
   auto* filter = std::get_if<StoredFilter>(&model);
@@ -47,7 +39,8 @@ FilterResult Compute(const CsvTable& table, const FilterOptions& options, NCProg
 }  // namespace
 
 std::string RunCommand(const FilterOptions& options, Notes* notes) {
-  CheckFiles(options);
+  CheckPlaces(Given({{"the table", options.table}, {"the model", options.model}}),
+              Given({{"--out", options.out}, {"--save", options.save}}));
   const CsvTable table = ReadTable(options.table, options.reading);
   NoteDecimalsThatGiveWay(options.csvMarks.Asked(), table, notes);
   TerminalBar bar;

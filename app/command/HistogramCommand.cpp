@@ -13,10 +13,7 @@ namespace kalmia::app {
 namespace {
 
 std::vector<FilePlace> OutputsOf(const HistogramOptions& options) {
-  std::vector<FilePlace> places;
-  if (!options.csv.empty()) places.push_back({"--csv", options.csv});
-  if (!options.svg.empty()) places.push_back({"--svg", options.svg});
-  return places;
+  return Given({{"--csv", options.csv}, {"--svg", options.svg}});
 }
 
 }  // namespace

@@ -17,8 +17,8 @@ namespace {
 
 void CheckFiles(const O2PLSOptions& options) {
   std::vector<FilePlace> places = PlacesInCsvFolder(options.csvFolder, O2PLSCsvFileNames());
-  if (!options.save.empty()) places.insert(places.begin(), {"--save", options.save});
-  CheckPlaces({{"the X table", options.table}, {"the Y table", options.yTable}}, places);
+  places.insert(places.begin(), {"--save", options.save});
+  CheckPlaces({{"the X table", options.table}, {"the Y table", options.yTable}}, Given(places));
 }
 
 /// The numbers come all three or not at all.

@@ -23,8 +23,8 @@ void CheckFiles(const OPLSOptions& options) {
   CheckFitPlaces(options, OPLSCsvFileNames(), options.saveCv);
   if (options.resume.empty()) return;
   std::vector<FilePlace> places = PlacesInCsvFolder(options.csvFolder, OPLSCsvFileNames());
-  if (!options.save.empty()) places.insert(places.begin(), {"--save", options.save});
-  RefuseToOverwrite({{"the file of --resume", options.resume}}, places);
+  places.insert(places.begin(), {"--save", options.save});
+  RefuseToOverwrite({{"the file of --resume", options.resume}}, Given(places));
 }
 
 }  // namespace

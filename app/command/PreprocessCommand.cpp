@@ -17,14 +17,6 @@ namespace kalmia::app {
 
 namespace {
 
-void CheckFiles(const PreprocessOptions& options) {
-  std::vector<FilePlace> inputs = {{"the table", options.table}};
-  std::vector<FilePlace> outputs = {{"--out", options.out}};
-  if (!options.stepsFile.empty()) inputs.push_back({"--steps-file", options.stepsFile});
-  if (!options.save.empty()) outputs.push_back({"--save", options.save});
-  CheckPlaces(inputs, outputs);
-}
-
 /// What --save has written is applied as it is, or backwards.
 void RequireThatTheChainAgrees(const PreprocessOptions& options, const GivenSteps& steps) {
   if (options.recipe.restore && !(steps.chain && EndsCompressed(*steps.chain))) {
@@ -46,7 +38,8 @@ PreprocessRecipe RecipeOf(const PreprocessOptions& options) {
 }  // namespace
 
 std::string RunCommand(const PreprocessOptions& options, Notes* notes) {
-  CheckFiles(options);
+  CheckPlaces(Given({{"the table", options.table}, {"--steps-file", options.stepsFile}}),
+              Given({{"--out", options.out}, {"--save", options.save}}));
   const PreprocessRecipe recipe = RecipeOf(options);
   const CsvTable table = ReadTable(options.table, options.reading);
   TerminalBar bar;

@@ -13,8 +13,8 @@ namespace {
 
 std::vector<FilePlace> OutputsOf(const SpectrumOptions& options) {
   std::vector<FilePlace> places = PlacesInCsvFolder(options.csvFolder, SpectrumCsvFileNames());
-  if (!options.svg.empty()) places.push_back({"--svg", options.svg});
-  return places;
+  places.push_back({"--svg", options.svg});
+  return Given(places);
 }
 
 void WriteFiles(const SpectrumOptions& options, const SpectrumResult& result) {

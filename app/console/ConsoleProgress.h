@@ -43,7 +43,7 @@ class FewInASecond {
 
 /// The command's side of the library's progress objects: draws them on the line, ranges within ranges as one bar that
 /// never goes back. A new range of the outermost level begins a new bar. The first texts of new bars in a second, and
-/// the first others, are drawn at once. After Ctrl-C the answer to all that is said or asked is to stop.
+/// the first others, are drawn at once. After Ctrl-C every answer is to stop.
 class ConsoleProgress : public NCProgress::Sink {
  public:
   explicit ConsoleProgress(ProgressLine* line) : line_(line) {}

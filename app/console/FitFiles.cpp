@@ -14,11 +14,8 @@ namespace fs = std::filesystem;
 
 void CheckFitPlaces(const FitOptions& options, const std::vector<std::string>& csvNames, const std::string& saveCv) {
   std::vector<FilePlace> places = PlacesInCsvFolder(options.csvFolder, csvNames);
-  if (!saveCv.empty()) places.insert(places.begin(), {"--save-cv", saveCv});
-  if (!options.save.empty()) places.insert(places.begin(), {"--save", options.save});
-  std::vector<FilePlace> inputs = {{"the table", options.table}};
-  if (!options.stepsFile.empty()) inputs.push_back({"the steps file", options.stepsFile});
-  CheckPlaces(inputs, places);
+  places.insert(places.begin(), {{"--save", options.save}, {"--save-cv", saveCv}});
+  CheckPlaces(Given({{"the table", options.table}, {"the steps file", options.stepsFile}}), Given(places));
 }
 
 std::optional<GivenSteps> ReadFitSteps(const FitOptions& options) {

@@ -3,6 +3,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <filesystem>
 #include <system_error>
 #include <utility>
@@ -75,6 +76,12 @@ void RefuseTwice(const FilePlace& one, const FilePlace& other) {
 }
 
 }  // namespace
+
+std::vector<FilePlace> Given(std::vector<FilePlace> places) {
+  const auto isMissing = [](const FilePlace& place) { return place.path.empty(); };
+  places.erase(std::remove_if(places.begin(), places.end(), isMissing), places.end());
+  return places;
+}
 
 void CheckPlaces(const std::vector<FilePlace>& inputs, const std::vector<FilePlace>& outputs) {
   RefuseToOverwrite(inputs, outputs);

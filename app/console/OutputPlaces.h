@@ -12,18 +12,19 @@ struct FilePlace {
   std::string folder = {};  ///< of an output, one that is made where it is missing; empty: there is none such
 };
 
+/// Those of the places that are given: an option that is not has no path.
+std::vector<FilePlace> Given(std::vector<FilePlace> places);
+
 /// What every command does with its places before any work: RefuseToOverwrite, then TryOutputs.
 void CheckPlaces(const std::vector<FilePlace>& inputs, const std::vector<FilePlace>& outputs);
 
-/// Throws BadRequest if a file to be written is one that is read, or is the same as another one to be written, as
-/// a folder of others, or as the file that standard output or standard error goes to, under whatever name.
-/// Standard input, "-", is no file; "-" as an output, or as the folder of --csv, is refused, for it would be taken for standard output
-/// but be a file of that name.
+/// Throws BadRequest if a file to be written is also read, written twice, the folder of others, or the file that
+/// standard output or standard error goes to, under whatever name. Standard input, "-", is no file; "-" as an output,
+/// or as the folder of --csv, is refused, for it would be taken for standard output but be a file of that name.
 void RefuseToOverwrite(const std::vector<FilePlace>& inputs, const std::vector<FilePlace>& outputs);
 
-/// Tries whether the files can be written, as the results will be, and takes back whatever that leaves: the work may
-/// take hours, and its results would be lost. Existing files stay as they are. A disk may still become full meanwhile,
-/// and devices and pipes are not written to.
+/// Tries whether the files can be written, before hours of work whose results would be lost, and leaves nothing behind.
+/// Existing files stay as they are. A disk may still fill up meanwhile, and devices and pipes are not tried.
 /// Throws BadFile that names the file or the folder.
 void TryOutputs(const std::vector<FilePlace>& outputs);
 

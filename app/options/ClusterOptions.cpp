@@ -35,8 +35,8 @@ void DeclareCluster(CommandOptions* command, ClusterOptions* options) {
   command->Text("--csv", "FILE", &options->csv, "write the cluster of each row as CSV; with --cut or --height");
   DeclareCsvMarks(command, &options->csvMarks, {{"--csv", &options->csv}, {"--merges", &options->merges}});
   command->Size("--memory", &options->recipe.memory,
-                "room for the distances, 12 bytes a pair of rows with either method, such as 500M or 4G (default: what "
-                "is free)");
+                "memory for the distances, such as 500M or 4G: 12 bytes for each pair of rows with either method "
+                "(default: the memory that is free)");
   command->Text("--temp", "DIR", &options->recipe.temporaryFolder,
                 "folder for distances that find no room in memory, with --method single (default: TMPDIR, or /tmp)");
   command->Flag("--json", &options->json, "print JSON");

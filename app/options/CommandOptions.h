@@ -16,9 +16,8 @@ class Option;
 
 namespace kalmia::app {
 
-/// One subcommand: declares its files and options to the parser, and says in own words what is wrong with a command
-/// line. Values are written to where the declarations say, at the latest by TakeValues(). The pointers have to live as
-/// long as this object.
+/// One subcommand: declares its files and options to the parser, and words what is wrong with a command line. Values go
+/// where the declarations point, at the latest in TakeValues(); the pointers must live as long as this object.
 class CommandOptions {
  public:
   CommandOptions(CLI::App* program, const std::string& name, const std::string& whatItDoes);
@@ -30,12 +29,11 @@ class CommandOptions {
   /// One of the words, needed, in place of a file; `name` in the help.
   void Word(const std::string& name, const std::vector<std::string>& choices, std::string* value,
             const std::string& help);
-  /// An option with one text behind it, `word` in the help.
+  /// An option that takes one text, `word` in the help.
   void Text(const std::string& name, const std::string& word, std::string* value, const std::string& help);
-  /// An option with a file behind it that the command reads, `-` for standard input; of files and such options no two
-  /// can be that.
+  /// An option that takes a file to read; `-` is standard input, which only one file or option can be.
   void Input(const std::string& name, std::string* value, const std::string& help);
-  /// An option that may come several times, each time with one text behind it.
+  /// An option that may come several times, each with one text.
   void Names(const std::string& name, std::vector<std::string>* values, const std::string& help,
              const std::string& word = "NAME");
   /// A whole number from `lowest` on.
@@ -43,7 +41,7 @@ class CommandOptions {
   void Number(const std::string& name, int lowest, std::optional<int>* value, const std::string& help);
   /// The same, or the word auto, which is no number.
   void NumberOrAuto(const std::string& name, int lowest, std::optional<int>* value, const std::string& help);
-  /// Any finite number that `accepts` takes; `takes` says in messages which those are: "a number above 0".
+  /// A finite number that `accepts` is true for. `takes` names such numbers in messages: "a number above 0".
   void Real(const std::string& name, std::optional<double>* value, const std::string& takes, bool (*accepts)(double),
             const std::string& help);
   /// A number of bytes above 0: digits, and K, M, G or T for powers of 1024.
@@ -56,8 +54,8 @@ class CommandOptions {
   void Flag(const std::string& name, bool* value, const std::string& help);
   /// Two options that cannot come together.
   void Exclude(const std::string& first, const std::string& second);
-  /// What is wrong with the values together, each good for itself; `reason` is empty if nothing is. It sees them as
-  /// TakeValues() has left them.
+  /// A check of several values together, made after TakeValues() has taken them: returns what is wrong, or an empty
+  /// text.
   void Check(std::function<std::string()> reason);
   /// The command makes no sense without this option.
   void Require(const std::string& name);
@@ -69,11 +67,11 @@ class CommandOptions {
 
   // These throw BadRequest with one line that names the option, what came, and what would be right.
 
-  /// Looks at the words behind the subcommand, before they are parsed: an option with nothing behind it, or with
-  /// another option where its value should be; a flag with a value.
+  /// Checks the words after the subcommand before they are parsed: an option without a value, or with another option in
+  /// its place; a flag with a value.
   void CheckWords(const std::vector<std::string>& words) const;
-  /// Looks at what the parser found: unknown options, files that are missing or too many, options that are missing,
-  /// come twice or exclude each other, standard input read twice, values that make no sense. Converts the values.
+  /// Checks what the parser found: unknown options, missing or surplus files, options that are missing, come twice or
+  /// exclude each other, standard input read twice, values that make no sense. Converts the values.
   void TakeValues() const;
 
  private:

@@ -17,13 +17,14 @@ void DeclareFit(CommandOptions* command, FitOptions* options, FitRecipe* recipe,
                  "COLUMNS");
   command->Names("--exclude", &recipe->exclude, "columns to leave out of X, named likewise; not with --x", "COLUMNS");
   command->Exclude("--x", "--exclude");
-  command->Text("--steps", "STEPS", &options->steps,
-                "preprocess X by these steps, with commas between them, which predict repeats; what wavelet-compress "
-                "chooses it chooses from all rows, those that cross-validation leaves out too; see kalmia preprocess "
-                "--help");
-  command->Input("--steps-file", &options->stepsFile,
-                 "the same by the steps in this file, also one on each line, or by those that kalmia preprocess --save "
-                 "has written");
+  command->Text(
+      "--steps", "STEPS", &options->steps,
+      "preprocess X by these steps, separated by commas; predict repeats them. wavelet-compress chooses from all "
+      "rows, also those that cross-validation leaves out; see kalmia preprocess --help");
+  command->Input(
+      "--steps-file", &options->stepsFile,
+      "preprocess X by the steps in this file: a text, which may have a line for each, or a file that kalmia "
+      "preprocess --save has written");
   command->Exclude("--steps", "--steps-file");
   command->Scaling("--scale", &recipe->scaling, "scaling of X: uv (default), pareto, centre or none");
   declareComponents();
@@ -76,7 +77,7 @@ void DeclareOPLS(CommandOptions* command, OPLSOptions* options) {
   command->Require("--y");
   DeclareFit(command, options, &options->recipe, [=] {
     command->NumberOrAuto("--predictive", 1, &options->recipe.predictive,
-                          "number of predictive components; auto (default): those of note in Y'X");
+                          "number of predictive components; auto (default): as many as stand out in Y'X");
     command->NumberOrAuto("--orthogonal", 0, &options->recipe.components,
                           "number of orthogonal components; auto (default): as long as Q2 gains more than its limit");
   });
@@ -99,19 +100,19 @@ void DeclareO2PLS(CommandOptions* command, O2PLSOptions* options) {
                 "CSV table with a header, also as .gz, the Y block; it may be the same file, with --x and --y");
   command->Text("--id", "NAME", &options->recipe.id, "column of both tables that names the rows and matches them");
   command->Names("--x", &options->recipe.x,
-                 "columns of the X table that are the block, " + kColumnsHelp + " (default: all of numbers)",
+                 "columns of the X block, " + kColumnsHelp + " (default: all of numbers)",
                  "COLUMNS");
-  command->Names("--y", &options->recipe.y, "the same of the Y table", "COLUMNS");
+  command->Names("--y", &options->recipe.y, "columns of the Y block, likewise", "COLUMNS");
   command->Scaling("--scale", &options->recipe.scaling, "scaling of both blocks: uv (default), pareto, centre or none");
   command->Number("--joint", 1, &options->joint, "number of components that the blocks share (predictive components)");
   command->Number("--x-unique", 0, &options->xUnique,
-                  "number of components of X that have nothing to do with Y; the library's X side, which the progress "
+                  "number of components of X that have nothing to do with Y, the library's X side, which the progress "
                   "calls Y-orthogonal components: they lie in X and are orthogonal to Y");
   command->Number("--y-unique", 0, &options->yUnique,
-                  "number of components of Y that have nothing to do with X; the library's Y side, which the progress "
+                  "number of components of Y that have nothing to do with X, the library's Y side, which the progress "
                   "calls X-orthogonal components: they lie in Y and are orthogonal to X");
   command->Flag("--auto", &options->automatic,
-                "let cross-validation find all three numbers (default); otherwise all three are given");
+                "let cross-validation find all three numbers (default); otherwise give all three");
   for (const char* number : {"--joint", "--x-unique", "--y-unique"}) command->Exclude("--auto", number);
   command->Check([options] {
     const bool isAll = options->joint && options->xUnique && options->yUnique;
@@ -138,7 +139,7 @@ void DeclarePredict(CommandOptions* command, PredictOptions* options) {
   command->File("TABLE", &options->table, "CSV table with columns named as the model's, also as .gz");
   command->Text("--id", "NAME", &options->id, "column that names the rows (default: the model's, if it is there)");
   command->Choice("--from", "x|y", {"x", "y"}, &options->from,
-                  "block that the table holds: an O2PLS model predicts Y from X (x, the default) or X from Y (y)");
+                  "block in the table: an O2PLS model predicts Y from X (x, the default) or X from Y (y)");
   command->Flag("--json", &options->json, "print JSON");
   command->Text("--csv", "DIR", &options->csvFolder, "write predictions.csv");
   DeclareCsvMarks(command, &options->csvMarks, {{"--csv", &options->csvFolder}});
@@ -148,15 +149,16 @@ void DeclarePredict(CommandOptions* command, PredictOptions* options) {
 
 void DeclareFill(CommandOptions* command, FillOptions* options) {
   command->File("TABLE", &options->table, "CSV table with a header, also as .gz");
-  command->Text("--out", "FILE", &options->out, "the table with its missing cells filled, always needed");
+  command->Text("--out", "FILE", &options->out, "file for the filled table, always needed");
   command->Require("--out");
   command->Text("--id", "NAME", &options->recipe.id, "column that names the rows; it takes no part");
   command->Names("--exclude", &options->recipe.exclude,
                  "further columns that take no part and stay as they are, " + kColumnsHelp, "COLUMNS");
-  command->NumberOrAuto("--components", 0, &options->recipe.components,
-                        "number of components; auto (default): as many as bring hidden cells back best; 0: means");
+  command->NumberOrAuto(
+      "--components", 0, &options->recipe.components,
+      "number of components; auto (default): the number that restores hidden cells best; 0: fill in means");
   command->Flag("--check", &options->recipe.check,
-                "hide a tenth of the present cells as well, and tell how they come back");
+                "also hide a tenth of the present cells, fill them, and report the errors");
   command->Flag("--report", &options->report, "the old name of --check");
   DeclareCsvMarks(command, &options->csvMarks);
   command->Flag("--json", &options->json, "print JSON");
@@ -166,10 +168,12 @@ void DeclareFill(CommandOptions* command, FillOptions* options) {
 
 void DeclareFilter(CommandOptions* command, FilterOptions* options) {
   command->File("TABLE", &options->table, "CSV table with a header, also as .gz");
-  command->Text("--out", "FILE", &options->out, "the table with its X columns filtered, always needed");
+  command->Text("--out", "FILE", &options->out, "file for the table with filtered X columns, always needed");
   command->Require("--out");
-  command->Names("--y", &options->recipe.y,
-                 "column Y: the filter takes out of X what is unrelated to it; several: repeat, or put commas between");
+  command->Names(
+      "--y", &options->recipe.y,
+      "column of Y: the filter takes variation out of X that is unrelated to it; several: repeat, or put commas "
+      "between");
   command->Number("--components", 1, &options->recipe.components, "number of components to take out");
   command->Text("--id", "NAME", &options->recipe.id, "column that names the rows; it takes no part");
   command->Names("--x", &options->recipe.x, "columns to filter, " + kColumnsHelp + " (default: all others of numbers)",

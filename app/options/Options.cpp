@@ -53,13 +53,15 @@ class Program {
     app_.set_help_flag("-h,--help", "print this text and end");  // subcommands inherit it
     Add<PLSOptions>("pls", "Fit a PLS model and judge every component by cross-validation", DeclarePLS);
     Add<PCAOptions>("pca", "Fit principal components and judge every one by cross-validation", DeclarePCA);
-    Add<OPLSOptions>("opls", "Fit an OPLS model: what predicts Y, apart from what does not", DeclareOPLS);
-    Add<O2PLSOptions>("o2pls", "Fit an O2PLS model: what two blocks share, and what is each one's own", DeclareO2PLS);
+    Add<OPLSOptions>("opls", "Fit an OPLS model: variation of X that predicts Y apart from variation that does not",
+                     DeclareOPLS);
+    Add<O2PLSOptions>("o2pls", "Fit an O2PLS model: variation that two blocks share, and variation of each block alone",
+                      DeclareO2PLS);
     Add<PredictOptions>("predict",
                         "Predict new rows with a stored PLS, OPLS or O2PLS model, or place them in a PCA model",
                         DeclarePredict);
     Add<FillOptions>("fill", "Fill the missing cells of a table by PCA", DeclareFill);
-    Add<FilterOptions>("filter", "Take out of X what has nothing to do with Y", DeclareFilter);
+    Add<FilterOptions>("filter", "Take variation out of X that has nothing to do with Y", DeclareFilter);
     Add<PreprocessOptions>("preprocess", "Transform, smooth, differentiate and compress the signals in a table",
                            DeclarePreprocess);
     Add<InfoOptions>("info", "Show what a stored model holds", DeclareInfo);
@@ -68,9 +70,9 @@ class Program {
     Add<ChartOptions>("chart", "Draw a control chart of a column and find its signals", DeclareChart);
     Add<HistogramOptions>("histogram", "Sort the values of a column into bins", DeclareHistogram);
     Add<FisherOptions>("fisher", "Test rows and columns of a table of counts for independence", DeclareFisher);
-    Add<SpectrumOptions>("spectrum", "Find what repeats in a column, and what follows what: correlations and power",
+    Add<SpectrumOptions>("spectrum", "Compute correlations and power spectra of a column, or of two",
                          DeclareSpectrum);
-    Add<QuantileOptions>("quantile", "Tell a quantile of Student's t, F, chi-square or the normal distribution",
+    Add<QuantileOptions>("quantile", "Compute a quantile of Student's t, F, chi-square or the normal distribution",
                          DeclareQuantile);
   }
 

@@ -8,11 +8,13 @@ namespace kalmia::app {
 void DeclarePreprocess(CommandOptions* command, PreprocessOptions* options) {
   command->File("TABLE", &options->table,
                 "CSV table with a header, also as .gz; rows are signals, columns are channels");
-  command->Text("--steps", "STEPS", &options->steps, "steps with commas between them; or --steps-file, one is needed");
-  command->Input("--steps-file", &options->stepsFile,
-                 "file with the steps, also one on each line; or what --save has written, to repeat it as it was");
+  command->Text("--steps", "STEPS", &options->steps, "steps, separated by commas; this or --steps-file is needed");
+  command->Input(
+      "--steps-file", &options->stepsFile,
+      "file with the steps, which may have a line for each; or a file that --save has written, to repeat its steps");
   command->Exclude("--steps", "--steps-file");
-  command->Text("--out", "FILE", &options->out, "the columns that stay, then what the steps make, always needed");
+  command->Text("--out", "FILE", &options->out,
+                "file for the columns that stay, then the results of the steps, always needed");
   command->Require("--out");
   DeclareCsvMarks(command, &options->csvMarks);
   command->Text("--id", "NAME", &options->recipe.id, "column that names the rows in messages; it stays as it is");
@@ -25,7 +27,7 @@ void DeclarePreprocess(CommandOptions* command, PreprocessOptions* options) {
   command->Exclude("--x", "--exclude");
   command->Text("--save", "FILE", &options->save, "store the steps with what they have learnt of this table");
   command->Flag("--restore", &options->recipe.restore,
-                "signals again from the coefficients that the wavelet-compress at the end of saved steps has kept");
+                "turn coefficients back into signals, where saved steps end with wavelet-compress");
   for (const char* option : {"--steps", "--x", "--exclude", "--save"}) command->Exclude("--restore", option);
   command->Flag("--json", &options->json, "print JSON");
   command->Check([options] {

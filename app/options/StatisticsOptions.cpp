@@ -20,7 +20,7 @@ bool IsInsideZeroToOne(double value) { return value > 0.0 && value < 1.0; }
 /// The texts of the drawing that `svg` names.
 void DeclareTexts(CommandOptions* command, PlotTexts* texts, const std::string& yMeaning, const std::string* svg) {
   command->Text("--title", "TEXT", &texts->title, "title of the drawing");
-  command->Text("--x-label", "TEXT", &texts->xLabel, "what stands below the drawing");
+  command->Text("--x-label", "TEXT", &texts->xLabel, "label below the drawing");
   command->Text("--y-label", "TEXT", &texts->yLabel, yMeaning);
   command->Check([texts, svg]() -> std::string {
     if (!svg->empty()) return "";
@@ -61,13 +61,13 @@ void DeclareChart(CommandOptions* command, ChartOptions* options) {
   for (const char* own : {"--target", "--sigma", "--sigma-from", "--lambda"}) command->Exclude("--limits-from", own);
   command->Exclude("--sigma", "--sigma-from");
   command->Choice("--rules", "NAME", RunRuleWords(), &options->recipe.rules,
-                  "individual, mean-range and mean-sd: look for runs too, by the 4 rules western-electric or the 8 of "
-                  "nelson");
+                  "also look for runs, in charts of type individual, mean-range and mean-sd: by the 4 rules of "
+                  "western-electric or the 8 of nelson");
   command->Text("--save-limits", "FILE", &options->saveLimits, "store target and limits");
   command->Text("--csv", "FILE", &options->csv, "write the points, their limits and signals as CSV");
   DeclareCsvMarks(command, &options->csvMarks, {{"--csv", &options->csv}});
   command->Text("--svg", "FILE", &options->svg, "draw the chart");
-  DeclareTexts(command, &options->texts, "what was measured, in the drawing (default: the name of the column)",
+  DeclareTexts(command, &options->texts, "label of the measurements in the drawing (default: the name of the column)",
                &options->svg);
   command->Flag("--json", &options->json, "print JSON");
   DeclareReading(command, &options->reading);
@@ -86,7 +86,7 @@ void DeclareHistogram(CommandOptions* command, HistogramOptions* options) {
   command->Text("--csv", "FILE", &options->csv, "write the bins and the rows in each as CSV");
   DeclareCsvMarks(command, &options->csvMarks, {{"--csv", &options->csv}});
   command->Text("--svg", "FILE", &options->svg, "draw the histogram");
-  DeclareTexts(command, &options->texts, "what stands beside the drawing (default: count)", &options->svg);
+  DeclareTexts(command, &options->texts, "label beside the drawing (default: count)", &options->svg);
   command->Flag("--json", &options->json, "print JSON");
   DeclareReading(command, &options->reading);
   command->Examples("Example:\n  kalmia histogram wine.csv --column alcohol --svg alcohol.svg");
@@ -106,8 +106,10 @@ void DeclareFisher(CommandOptions* command, FisherOptions* options) {
 }
 
 void DeclareQuantile(CommandOptions* command, QuantileOptions* options) {
-  command->Word("DISTRIBUTION", DistributionWords(), &options->recipe.distribution,
-                "t, normal: what |T| or |Z| stays below; f, chi2: what F or Chi2 exceeds; with the probability given");
+  command->Word(
+      "DISTRIBUTION", DistributionWords(), &options->recipe.distribution,
+      "t, normal: find the number that |T| or |Z| stays below with the given probability; f, chi2: the number "
+      "that F or Chi2 exceeds with it");
   const char* const inside = "a number above 0 and below 1";
   command->Real("--probability", &options->probability, inside, IsInsideZeroToOne, "always needed");
   command->Require("--probability");
@@ -115,9 +117,10 @@ void DeclareQuantile(CommandOptions* command, QuantileOptions* options) {
                 "degrees of freedom, of f those of the numerator; t, f and chi2 need it");
   command->Real("--df2", &options->recipe.df2, "a number above 0", IsPositive,
                 "degrees of freedom of the denominator; f needs it");
-  command->Flag("--one-sided", &options->recipe.oneSided, "t, normal: what T or Z itself stays below");
-  command->Flag("--complement", &options->recipe.complement,
-                "the probability is the other one: of exceeding for t and normal, of staying below for f and chi2");
+  command->Flag("--one-sided", &options->recipe.oneSided, "t, normal: find the number that T or Z itself stays below");
+  command->Flag(
+      "--complement", &options->recipe.complement,
+      "the probability is that of the other tail: of exceeding for t and normal, of staying below for f and chi2");
   command->Flag("--json", &options->json, "print JSON");
   command->Examples(
       "Examples:\n"
@@ -133,7 +136,7 @@ void DeclareSpectrum(CommandOptions* command, SpectrumOptions* options) {
                 "column of numbers, in the order of the rows, always needed");
   command->Require("--column");
   command->Text("--with", "NAME", &options->recipe.with,
-                "correlate the column with this one, not with itself, and take the spectra of both");
+                "correlate the column with this one instead of itself, and compute the spectra of both");
   command->Number("--lags", 0, &options->recipe.lags,
                   "correlations up to so many rows apart, at most the number of rows (default: a quarter of the rows, "
                   "at most 30)");
@@ -144,7 +147,7 @@ void DeclareSpectrum(CommandOptions* command, SpectrumOptions* options) {
                   "weights of the rows of a segment: hann (default, a raised cosine), welch (a parabola), bartlett (a "
                   "triangle)");
   command->Choice("--detrend", "NAME", DetrendWords(), &options->recipe.detrend,
-                  "what is taken off first: none, the mean (default), or linear, a straight line");
+                  "trend to subtract first: none, mean (default) or linear, a straight line");
   command->Flag("--json", &options->json, "print JSON");
   command->Text("--csv", "DIR", &options->csvFolder, "write correlation.csv and power.csv");
   DeclareCsvMarks(command, &options->csvMarks, {{"--csv", &options->csvFolder}});

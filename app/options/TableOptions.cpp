@@ -58,11 +58,11 @@ std::string WithoutUse(const CsvMarkOptions& options, const std::vector<CsvOptio
 
 void DeclareReading(CommandOptions* command, ReadOptions* options) {
   command->Names("--na", &options->missingWords,
-                 "further word for a missing cell, beside NA, NaN, nan and an empty cell; may be repeated", "WORD");
+                 "another word for a missing cell, beside NA, NaN, nan and an empty cell; may be repeated", "WORD");
   command->Number(
       "--skip-lines", 0, &options->skipLines,
-      "leave out so many lines at the beginning of the table; a line sep=; behind them names the separator");
-  command->Text("--comment", "CHAR", &options->comment, "leave out lines of the table that begin with this character");
+      "skip the first N lines of the table; a line sep=; after them names the separator");
+  command->Text("--comment", "CHAR", &options->comment, "skip lines of the table that begin with this character");
   command->Check([options] {
     if (options->comment.empty() || MayOpenComments(options->comment)) return std::string();
     return "--comment takes one ASCII character, and no blank, comma, semicolon, quotation mark, digit, sign or point, "
@@ -75,9 +75,9 @@ AskedMarks CsvMarkOptions::Asked() const { return {SeparatorOf(separator), Decim
 
 void DeclareCsvMarks(CommandOptions* command, CsvMarkOptions* options, const std::vector<CsvOption>& csv) {
   command->Text("--separator", "MARK", &options->separator,
-                "what separates the columns of all CSV that is written: comma, semicolon or tab");
+                "separator of columns in the CSV that is written: comma, semicolon or tab");
   command->Text("--decimal", "MARK", &options->decimal,
-                "decimal mark of the numbers in it: point or comma, which takes another separator");
+                "decimal mark in the CSV that is written: point or comma; a comma needs another separator");
   command->Check([options] { return Fault(*options); });
   command->Check([options, csv] { return WithoutUse(*options, csv); });
 }

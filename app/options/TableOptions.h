@@ -23,14 +23,14 @@ struct CsvMarkOptions {
   AskedMarks Asked() const;
 };
 
-/// An option behind which a place of CSV stands; empty where it is not given.
+/// An option that takes a place for CSV, and that place; empty where it is not given.
 struct CsvOption {
   const char* name;
   const std::string* place;
 };
 
-/// Declares --separator and --decimal to the parser, for all CSV that a command writes. They are refused where none of
-/// the options is given with which it does; without such options it always does.
+/// Declares --separator and --decimal to the parser, for all CSV that a command writes. They are refused unless one of
+/// the options `csv` is given; a command without such options always writes CSV.
 void DeclareCsvMarks(CommandOptions* command, CsvMarkOptions* options, const std::vector<CsvOption>& csv = {});
 
 }  // namespace kalmia::app

@@ -48,8 +48,9 @@ for source in "$examples"/*.cpp; do
   case "$name" in
     gasoline_* | recipe_pls | recipe_opls | recipe_filter) table=gasoline ;;
     olive_* | recipe_o2pls) table=oliveoil ;;
+    process_drift | recipe_chart) table=drift ;;
+    recipe_spectrum) table=tank ;;
     wine_* | recipe_*) table=wine ;;
-    process_drift) table=drift ;;
     *) echo "$name.cpp is no case yet: say which table it reads"; exit 1 ;;
   esac
   keep_output "example-$name" "$build/examples/$name" "$examples/data/$table.csv"

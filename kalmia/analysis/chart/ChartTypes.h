@@ -9,7 +9,7 @@
 
 namespace kalmia::analysis {
 
-/// The command's words for the types of control charts, in the order of the types.
+/// The words for the types of control charts, in the order of the types.
 KALMIA_EXPORT const std::vector<std::string>& ChartTypeWords();
 KALMIA_EXPORT std::optional<ControlChart::ControlType> ChartTypeOfWord(const std::string& word);
 KALMIA_EXPORT const std::string& WordOfChartType(ControlChart::ControlType type);

@@ -40,7 +40,7 @@ struct RunSignal {
   int side;  ///< 1 above or rising, -1 below or falling, 0 neither
 };
 
-/// The command's words for sets of rules: western-electric, nelson.
+/// The words for sets of rules: western-electric, nelson.
 KALMIA_EXPORT const std::vector<std::string>& RunRuleWords();
 
 /// The rules of that set; for an empty word the limits alone. In their order.

@@ -16,7 +16,7 @@ namespace {
 
 using Align = TextTable::Align;
 
-/// "predictive 1", "orthogonal 2": what each component is, and its number among those.
+/// "predictive 1", "orthogonal 2": the kind of each component, and its number among its kind.
 std::vector<std::string> ComponentNames(const std::vector<OPLSComponentRecord>& components) {
   std::vector<std::string> names;
   int predictive = 0;

@@ -6,8 +6,8 @@
 
 namespace kalmia::analysis {
 
-/// Ranges within ranges of a calculation, on one bar from 0 to 1 that never goes back, whatever the calculation says: a
-/// convergence may become worse, and a step may be shorter than the one before it was said to be.
+/// The nested ranges of a calculation on one bar from 0 to 1. The bar never goes back, though a convergence may become
+/// worse, and a step may end before its range does.
 class KALMIA_EXPORT NestedRanges {
  public:
   /// The range of the innermost level.

@@ -56,6 +56,16 @@ TEST(ClusterFit, RefusesACutThatMakesNoSense) {
   EXPECT_EQ(Fit(recipe, Pairs()).Clusters(), 4);
 }
 
+TEST(ClusterFit, LeavesNoRangeOpenOnTheBar) {
+  for (const char* const method : {"ward", "single"}) {
+    ProgressLog log;
+    const std::unique_ptr<NCProgress> bar = RecordingBar(&log);
+    Fit(RecipeOf(method), Pairs(), bar.get());
+    EXPECT_EQ(log.Count("PushSubRange"), log.Count("PopSubRange")) << log.Joined();
+    EXPECT_GT(log.Count("SetValue"), 0) << method;
+  }
+}
+
 TEST(ClusterFit, StopsWhereTheBarWantsToStop) {
   ProgressLog log;
   log.stopAt = 1;

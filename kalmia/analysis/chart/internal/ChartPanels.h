@@ -8,17 +8,17 @@
 
 namespace kalmia::analysis {
 
-/// What a chart shows, by type: means (of single values: the values) with the limits of the type, and below them
-/// ranges, standard deviations or CuSums; an EWMA with its limits among the means it forecasts. The low CuSum counts
-/// downwards. Without limits of its own, the individual chart takes target +- 3 standard deviations: the one that was
+/// The panels of a chart, by its type: the means of the subgroups, or single values, with the limits of the type; below
+/// them ranges, standard deviations or CuSums. An EWMA stands with its limits among the means it forecasts. The low
+/// CuSum counts downwards. An individual chart without limits of its own takes target +- 3 standard deviations: that
 /// set for the process, otherwise that of the values.
 std::vector<ChartPanel> ChartPanels(const ControlChart& chart, int subgroup);
 
-/// Whether the spread that the limits rest on is known.
+/// Whether the standard deviation behind the limits is known.
 bool HasLimits(const ControlChart& chart);
 
-/// The points that break the rules of that word, see RunRulesOfWord(): panel after panel, each in the order of its
-/// points. Panels that take no runs know the limits alone.
+/// The points that break the rules of that word (RunRulesOfWord()), panel after panel, each in the order of its points.
+/// Panels whose points lean on each other are judged by their limits alone.
 std::vector<ChartSignal> ChartSignals(const std::vector<ChartPanel>& panels, const std::string& rules);
 
 }  // namespace kalmia::analysis

@@ -126,7 +126,8 @@ OwnedTree BuildTree(const std::string& table, const ClusterData& data, const Clu
   using namespace DendroGram;
   const std::string directory = recipe.temporaryFolder.empty() ? TemporaryDirectory() : recipe.temporaryFolder;
   const Folder folder = {directory, recipe.temporaryFolderName.empty() ? directory : recipe.temporaryFolderName};
-  WorkProgress work(progress);
+  WorkProgress work(progress);  // the library leaves a range of its bar open: not on the caller's
+  work.Begin("clustering " + Counted(static_cast<std::size_t>(data.Rows()), "row"));
   DiskDialogue dialogue;
   const std::uint64_t pairs = recipe.memory ? std::max<std::uint64_t>(*recipe.memory / kBytesPerPair, 1) : 0;
   const DistanceStorage storage({pairs, directory, &dialogue});
@@ -136,7 +137,7 @@ OwnedTree BuildTree(const std::string& table, const ClusterData& data, const Clu
   ClusterDistanceCalculator& calculator =
       recipe.method == "ward" ? static_cast<ClusterDistanceCalculator&>(ward) : single;
   try {
-    OwnedTree tree(GetDendroGram(data.cells, calculator, progress, /*cache=*/nullptr));
+    OwnedTree tree(GetDendroGram(data.cells, calculator, work.Bar(), /*cache=*/nullptr));
     if (dialogue.UsesDisk()) {
       notes->Add(DistancesText(data.Rows()) + " found no room in memory and were kept in temporary files in " +
                  OneLine(folder.name));

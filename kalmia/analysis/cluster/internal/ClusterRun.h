@@ -8,8 +8,8 @@
 
 namespace kalmia::analysis {
 
-/// Clusters the rows. Keeps the distances in temporary files, with a note, where they find no room in memory; only
-/// single linkage can. The files are gone afterwards. `progress` may be null.
+/// Clusters the rows. Distances that find no room in memory go into temporary files, with a note, which only single
+/// linkage can use; the files are gone afterwards. `progress` may be null.
 /// Throws BadData: rows with too many holes, too little memory for Ward; BadFile: a folder of temporary files that is
 /// not there, cannot be written to, has too little room or fills up; Stopped where the bar wants to stop.
 OwnedTree BuildTree(const std::string& table, const ClusterData& data, const ClusterRecipe& recipe,

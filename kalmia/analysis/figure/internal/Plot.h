@@ -22,13 +22,13 @@ std::vector<Tick> RoundTicks(double low, double high, int count, bool whole);
 /// of ten bins, with equally many decimals. Cost: one label an edge.
 std::vector<Tick> EdgeTicks(double low, double width, int bins, double pixels);
 
-/// The values from `low` to `high`; grows.
+/// The range of values on an axis.
 struct ValueRange {
   double low;
   double high;
 
-  void Include(double value);  ///< what is no finite number changes nothing
-  /// A margin on both sides; where low and high are as good as equal, one in proportion to their size.
+  void Include(double value);  ///< widens the range; a number that is not finite changes nothing
+  /// Adds this share of the range on both sides; where low and high nearly agree, a share of their size.
   void Widen(double share);
 };
 
@@ -48,7 +48,7 @@ class Plot {
 
   /// Grid, frame and the numbers beside them. Drawn first, below the data.
   void DrawAxes(const std::string& xName, const std::string& yName, bool wholeX, bool wholeY) const;
-  /// The same with ticks of the caller's on the axis below.
+  /// The same with given ticks on the axis below.
   void DrawAxes(const std::string& xName, const std::string& yName, const std::vector<Tick>& xTicks, bool wholeY) const;
   /// A line over the whole width, with its name and value on the right, `shift` pixels lower than the line.
   void DrawLevel(double value, const std::string& name, Svg::Look look, double shift) const;

@@ -19,7 +19,7 @@ class Svg {
   enum class Anchor { Start, Middle, End };
   using Points = std::vector<std::pair<double, double>>;
 
-  /// `title` is what the file is called by programs that show it.
+  /// Programs that show the file call it `title`.
   Svg(double width, double height, const std::string& title);
 
   void Line(double x1, double y1, double x2, double y2, Look look);
@@ -27,7 +27,7 @@ class Svg {
   void AddChartStyle();
   /// The looks of trees: Branch, Cut, Small and the colours of clusters. Before the first of them.
   void AddTreeStyle();
-  /// In one of the colours of clusters, from 0; they repeat, but those of neighbouring numbers differ.
+  /// In a colour of clusters, from 0. Colours repeat, but neighbouring numbers have different ones.
   void ClusterLine(double x1, double y1, double x2, double y2, int colour);
   void ClusterRectangle(double x, double y, double width, double height, int colour);
   void Polyline(const Points& points, Look look);  ///< of one point: a dot
@@ -38,7 +38,7 @@ class Svg {
   /// Runs upwards; `y` is its start, its middle or its end.
   void UprightText(double x, double y, const std::string& text, Font font, Anchor anchor = Anchor::Middle);
 
-  /// The text, cut to what fits into so many pixels by WidthOf(), with "..." behind it.
+  /// The text, or as much of its beginning as fits into so many pixels by WidthOf(), with "..." after it.
   static std::string Fitting(const std::string& text, double pixels, Font font);
   /// How wide a text is at most, letter by letter, in Helvetica, Arial or DejaVu Sans.
   static double WidthOf(const std::string& text, Font font);
@@ -53,8 +53,8 @@ class Svg {
   std::string text_;
 };
 
-/// The text as content of an XML element: & < > " escaped, control characters as \x1b, bytes that are no
-/// UTF-8 as U+FFFD, so too U+FFFE and U+FFFF.
+/// The text as content of an XML element: & < > " escaped, control characters as \x1b; U+FFFD for U+FFFE, U+FFFF and
+/// bytes that are not UTF-8.
 std::string XmlText(std::string_view text);
 
 }  // namespace kalmia::analysis

@@ -23,7 +23,7 @@ std::string GroupsText(const ModelInfo& model);
 /// The fields of the JSON output on what was fitted: the table, scaling, X, rows, what was left out, groups.
 void AddDataJson(const CsvTable& table, const ModelData& data, const ModelInfo& model, Json* json);
 
-/// A share, with as many digits as in all reports.
+/// A share, with the decimals of all reports.
 std::string ShareText(double share);
 
 /// "significant", "not significant", with ", not kept" behind it.

@@ -13,7 +13,7 @@ namespace kalmia::analysis {
 
 constexpr std::size_t kLinesShown = 20;  ///< of loadings and of scores, in texts
 
-/// Components with the letter that they are numbered behind: t, po.
+/// Components, and the symbol before their numbers: t, po.
 struct NamedComponents {
   std::string symbol;
   NCDataMatrix<float> prim;  ///< components in rows

@@ -10,7 +10,7 @@ namespace kalmia::analysis {
 
 // What text, JSON and CSV say of the components of O2PLS, and of the shares of both blocks.
 
-/// "joint 1", "X-unique 1", "Y-unique 1": what each component is, and its number among those.
+/// "joint 1", "X-unique 1", "Y-unique 1": the kind of each component, and its number among its kind.
 std::vector<std::string> ComponentNames(const std::vector<O2PLSComponentRecord>& components);
 
 /// Shares of the sum of squares of a scaled block.

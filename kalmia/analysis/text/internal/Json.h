@@ -7,8 +7,8 @@ namespace kalmia::analysis {
 
 using Json = nlohmann::ordered_json;
 
-/// Version of the JSON forms, which docs/schema describes. It changes when a field goes or changes its meaning, not
-/// when one is added.
+/// Version of the JSON forms, which docs/schema describes. It changes when a field is removed or changes its meaning,
+/// not when one is added.
 constexpr int kJsonVersion = 1;
 
 /// The fields that every output begins with; `format` is the name of one of the schemas: kalmia-pls, kalmia-pca...

@@ -6,8 +6,8 @@
 
 namespace kalmia::analysis {
 
-/// What `work` returns. What the library below throws becomes BadData with its words: callers of this floor see failures
-/// and std::bad_alloc alone.
+/// Returns what `work` returns. Errors of the library become BadData in the same words: callers of Kalmia::analysis see
+/// only failures and std::bad_alloc.
 template <class Work>
 auto WithoutLibraryErrors(const Work& work) {
   try {

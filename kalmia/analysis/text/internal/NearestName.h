@@ -5,9 +5,9 @@
 
 namespace kalmia::analysis {
 
-/// The name that was probably meant by `name`: the first one that differs in nothing but capitals, blanks, `_` and `-`,
-/// otherwise the nearest one, where few letters have to be changed, put in, taken out or exchanged with their neighbour
-/// for it: one of three or more letters, two of eight or more. Empty if there is none.
+/// The name that `name` probably stands for: the first that differs only in capitals, blanks, `_` and `-`; otherwise
+/// the nearest, if few letters have to be changed, inserted, removed or swapped with a neighbour: one in names of three
+/// or more letters, two in names of eight or more. Empty if there is none.
 std::string NearestName(const std::string& name, const std::vector<std::string>& names);
 
 /// ", did you mean 'octane'?", or nothing.
