@@ -29,10 +29,8 @@ StoredFilter ReadFilter(const std::string& file) {
 
 FilterResult Compute(const CsvTable& table, const FilterOptions& options, NCProgress* progress) {
   if (options.model.empty()) return Fit(options.recipe, table, progress);
-  FilterResult result;
-  result.filter = ReadFilter(options.model);
+  FilterResult result = ApplyFilter(ReadFilter(options.model), table, progress);
   result.source = InputName(options.model);
-  result.filtered = ApplyFilter(result.filter, table, &result.notes, progress);
   return result;
 }
 

@@ -17,21 +17,12 @@ namespace kalmia::app {
 
 namespace {
 
-/// What --save has written is applied as it is, or backwards.
-void RequireThatTheChainAgrees(const PreprocessOptions& options, const GivenSteps& steps) {
-  if (options.recipe.restore && !(steps.chain && EndsCompressed(*steps.chain))) {
-    throw BadRequest("--restore takes saved steps that end with wavelet-compress, not " + steps.name);
-  }
-  if (steps.chain && (!options.recipe.x.empty() || !options.recipe.exclude.empty() || !options.save.empty())) {
-    const std::string reason = " holds saved steps and their columns: --x, --exclude and --save do not go with it";
-    throw BadRequest(steps.name + reason);
-  }
-}
-
 PreprocessRecipe RecipeOf(const PreprocessOptions& options) {
   PreprocessRecipe recipe = options.recipe;
   recipe.steps = ReadSteps(options.steps, options.stepsFile);
-  RequireThatTheChainAgrees(options, recipe.steps);
+  if (recipe.steps.chain && !options.save.empty()) {
+    throw BadRequest(recipe.steps.name + " holds saved steps already: --save does not go with it");
+  }
   return recipe;
 }
 
@@ -43,13 +34,14 @@ std::string RunCommand(const PreprocessOptions& options, Notes* notes) {
   const PreprocessRecipe recipe = RecipeOf(options);
   const CsvTable table = ReadTable(options.table, options.reading);
   TerminalBar bar;
-  const PreprocessedTable result = Preprocess(table, recipe, notes, bar.Get());
+  const PreprocessedTable result = Preprocess(recipe, table, bar.Get());
+  notes->Add(result.notes);
   OutputFiles files;
   files.Stage(options.out, PreprocessedText(table, result, MarksOf(options.csvMarks.Asked()), bar.Get()));
   if (!options.save.empty()) files.Stage(options.save, StepChainFileBytes(result.chain));
   files.Commit();
   const PreprocessFiles written = {options.out, options.save};
-  return options.json ? PreprocessJson(table, result, written, *notes) : PreprocessText(result, written);
+  return options.json ? PreprocessJson(table, result, written) : PreprocessText(result, written);
 }
 
 }  // namespace kalmia::app

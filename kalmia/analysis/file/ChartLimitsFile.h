@@ -3,12 +3,13 @@
 #include <string>
 
 #include "kalmia/analysis/chart/ChartResult.h"
+#include "kalmia/support/Export.h"
 
 namespace kalmia::analysis {
 
-std::string LimitsText(const StoredLimits& stored);
+KALMIA_EXPORT std::string LimitsText(const StoredLimits& stored);
 
 /// Throws BadFile for a text that LimitsText() has not written; `name` is how messages call it.
-StoredLimits ReadLimits(const std::string& text, const std::string& name);
+KALMIA_EXPORT StoredLimits ReadLimits(const std::string& text, const std::string& name);
 
 }  // namespace kalmia::analysis

@@ -4,6 +4,7 @@
 #include <string_view>
 
 #include "kalmia/analysis/model/StoredModel.h"
+#include "kalmia/support/Export.h"
 
 namespace kalmia::analysis {
 
@@ -23,11 +24,11 @@ inline constexpr FileKind kStepsFile{"\x8BKALMST\n", 1, "chain of preprocessing 
 inline constexpr FileKind kOPLSCvFile{"\x8BKALMCV\n", 1, "cross-validation of kalmia opls", "cross-validation file"};
 
 /// Which of them the bytes begin like; null for none.
-const FileKind* KindOfBytes(std::string_view bytes);
+KALMIA_EXPORT const FileKind* KindOfBytes(std::string_view bytes);
 
 /// Whether there is not more of them than the beginning of such a file, before it says of which kind it is. No text
 /// begins so.
-bool EndWithinMagic(std::string_view bytes);
+KALMIA_EXPORT bool EndWithinMagic(std::string_view bytes);
 
 /// The content of a file, with the version that the file says.
 struct FramedContent {
@@ -36,10 +37,10 @@ struct FramedContent {
 };
 
 /// The bytes of a file of that version.
-std::string FramedBytes(const FileKind& kind, int version, const std::string& content);
+KALMIA_EXPORT std::string FramedBytes(const FileKind& kind, int version, const std::string& content);
 
 /// Its content again, a part of `bytes`. Throws BadFile: another file, cut, damaged, or of a newer version;
 /// `name` is how messages call the file.
-FramedContent ReadFrame(const FileKind& kind, std::string_view bytes, const std::string& name);
+KALMIA_EXPORT FramedContent ReadFrame(const FileKind& kind, std::string_view bytes, const std::string& name);
 
 }  // namespace kalmia::analysis

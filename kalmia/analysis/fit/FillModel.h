@@ -3,12 +3,13 @@
 #include <string>
 
 #include "kalmia/containers/NCDataMatrix.h"
+#include "kalmia/support/Export.h"
 #include "kalmia/support/NCProgress.h"
 
 namespace kalmia::analysis {
 
 /// What is told of the model behind filled cells.
-struct FillModel {
+struct KALMIA_EXPORT FillModel {
   int components = 0;
   int rounds = 0;          ///< refits to the filled table
   double lastMove = 0.0;   ///< of any cell in the last of them, in standard deviations
@@ -23,7 +24,7 @@ constexpr int kMostRounds = 50;
 
 /// Components that filling such a table can use: min(rows, columns) - 1. As many as rows or columns would describe
 /// whatever is filled in.
-int MostFillComponents(const NCDataMatrix<float>& table);
+KALMIA_EXPORT int MostFillComponents(const NCDataMatrix<float>& table);
 
 /// Fills the holes of a centred and scaled table, every row and column of which has a present cell, by PCA: the first
 /// estimates are those of a model of the table with its holes; then the model is fitted anew to the filled table,
@@ -37,7 +38,7 @@ int MostFillComponents(const NCDataMatrix<float>& table);
 /// the bar wants to stop.
 /// Source: Josse & Husson (2012), Journal de la Societe Francaise de Statistique 153, 79-99, but for the degrees of
 /// freedom, from which the holes are taken here.
-NCDataMatrix<float> FillScaled(const NCDataMatrix<float>& table, int components, FillModel* model,
+KALMIA_EXPORT NCDataMatrix<float> FillScaled(const NCDataMatrix<float>& table, int components, FillModel* model,
                                NCProgress* progress = nullptr);
 
 }  // namespace kalmia::analysis

@@ -8,6 +8,7 @@
 #include "kalmia/analysis/table/CellNumber.h"
 #include "kalmia/analysis/table/SingleCells.h"
 #include "kalmia/analysis/table/TableColumns.h"
+#include "kalmia/analysis/table/internal/Refuse.h"
 #include "kalmia/analysis/table/internal/TableText.h"
 #include "kalmia/analysis/text/DisplayText.h"
 #include "kalmia/analysis/text/Failure.h"
@@ -19,10 +20,6 @@ namespace kalmia::analysis {
 namespace {
 
 constexpr std::size_t kNamed = 10;  ///< a note names so many columns, and counts the others
-
-[[noreturn]] void Refuse(const CsvTable& table, const std::string& message) {
-  throw BadData(table.Name() + ": " + message);
-}
 
 /// Works from the table to the outcome.
 class Computation {

@@ -5,6 +5,7 @@
 
 #include "kalmia/analysis/fit/FillModel.h"
 #include "kalmia/containers/NCDataMatrix.h"
+#include "kalmia/support/Export.h"
 
 namespace kalmia::analysis {
 
@@ -16,7 +17,7 @@ struct NumberColumns {
 };
 
 /// No two present cells of the column (from 1) differ.
-bool IsConstant(const NCDataMatrix<float>& cells, int column);
+KALMIA_EXPORT bool IsConstant(const NCDataMatrix<float>& cells, int column);
 
 /// The columns with their holes filled, as far as that can be done.
 struct FilledColumns {
@@ -33,6 +34,6 @@ struct FilledColumns {
 /// no model is made.
 /// Throws BadData, naming the column, where a variance is out of range, Stopped where the bar, which may
 /// be null, wants to stop.
-FilledColumns FillColumns(const NumberColumns& columns, int components, NCProgress* progress = nullptr);
+KALMIA_EXPORT FilledColumns FillColumns(const NumberColumns& columns, int components, NCProgress* progress = nullptr);
 
 }  // namespace kalmia::analysis

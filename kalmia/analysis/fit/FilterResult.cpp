@@ -47,39 +47,7 @@ void LeaveOutRowsWithoutY(ModelData* data, Notes* notes) {
   data->y = y;
 }
 
-FilterResult Compute(const FilterRecipe& recipe, const CsvTable& table, NCProgress* progress) {
-  FilterResult result;
-  FitRecipe selection;
-  static_cast<XRecipe&>(selection) = recipe;
-  selection.groups = kFewestGroups;
-  ModelData data = SelectData(table, selection, recipe.y, &result.notes, progress);
-  LeaveOutRowsWithoutY(&data, &result.notes);
-  StoredFilter& filter = result.filter;
-  FillInfo(table, selection, data, &filter);
-  filter.groups = 0;
-  filter.yNames = data.yNames;
-  NCDataMatrix<float> x = data.x;
-  NCDataMatrix<float> y = data.y;
-  filter.xScaling = ScaleColumns(recipe.scaling, data.xNames, &x, data.xShifts);
-  ScaleColumns(ScalingOfY(recipe.scaling), data.yNames, &y);
-  const int most = MostComponents(data, recipe.components, &result.notes);
-  FilterComponents fit = FitOrNameLeftOut(data, [&] { return ExtractFilter(x, y, most, progress); });
-  filter.filter = std::move(fit.filter);
-  filter.components = std::move(fit.components);
-  result.endedEarly = std::move(fit.endedEarly);
-  Notes said;  // by the selection of the data already
-  result.filtered = ApplyFilter(filter, table, &said, progress);
-  return result;
-}
-
-}  // namespace
-
-FilterResult Fit(const FilterRecipe& recipe, const CsvTable& table, NCProgress* progress) {
-  CheckRecipe(recipe);
-  return WithoutLibraryErrors([&] { return Compute(recipe, table, progress); });
-}
-
-FilteredTable ApplyFilter(const StoredFilter& filter, const CsvTable& table, Notes* notes, NCProgress* progress) {
+FilteredTable FilterRows(const StoredFilter& filter, const CsvTable& table, Notes* notes, NCProgress* progress) {
   NewRows rows = ReadNewRows(filter, table, "", notes, progress);
   NoteMovedCells(rows.moved, notes);
   FilteredTable filtered;
@@ -103,6 +71,46 @@ FilteredTable ApplyFilter(const StoredFilter& filter, const CsvTable& table, Not
       filtered.cells.Row(r - 1)[c - 1] = InUnitsOfTable(cell, shift);
     }
   return filtered;
+}
+
+FilterResult Compute(const FilterRecipe& recipe, const CsvTable& table, NCProgress* progress) {
+  FilterResult result;
+  FitRecipe selection;
+  static_cast<XRecipe&>(selection) = recipe;
+  selection.groups = kFewestGroups;
+  ModelData data = SelectData(table, selection, recipe.y, &result.notes, progress);
+  LeaveOutRowsWithoutY(&data, &result.notes);
+  StoredFilter& filter = result.filter;
+  FillInfo(table, selection, data, &filter);
+  filter.groups = 0;
+  filter.yNames = data.yNames;
+  NCDataMatrix<float> x = data.x;
+  NCDataMatrix<float> y = data.y;
+  filter.xScaling = ScaleColumns(recipe.scaling, data.xNames, &x, data.xShifts);
+  ScaleColumns(ScalingOfY(recipe.scaling), data.yNames, &y);
+  const int most = MostComponents(data, recipe.components, &result.notes);
+  FilterComponents fit = FitOrNameLeftOut(data, [&] { return ExtractFilter(x, y, most, progress); });
+  filter.filter = std::move(fit.filter);
+  filter.components = std::move(fit.components);
+  result.endedEarly = std::move(fit.endedEarly);
+  Notes said;  // by the selection of the data already
+  result.filtered = FilterRows(filter, table, &said, progress);
+  return result;
+}
+
+}  // namespace
+
+FilterResult Fit(const FilterRecipe& recipe, const CsvTable& table, NCProgress* progress) {
+  CheckRecipe(recipe);
+  return WithoutLibraryErrors([&] { return Compute(recipe, table, progress); });
+}
+
+FilterResult ApplyFilter(StoredFilter filter, const CsvTable& table, NCProgress* progress) {
+  FilterResult result;
+  result.filter = std::move(filter);
+  result.filtered =
+      WithoutLibraryErrors([&] { return FilterRows(result.filter, table, &result.notes, progress); });
+  return result;
 }
 
 std::string FilteredText(const CsvTable& table, const FilterResult& result, const AskedMarks& marks,

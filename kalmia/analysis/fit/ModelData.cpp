@@ -10,6 +10,7 @@
 #include "kalmia/analysis/table/CellNumber.h"
 #include "kalmia/analysis/table/SingleCells.h"
 #include "kalmia/analysis/table/TableColumns.h"
+#include "kalmia/analysis/table/internal/Refuse.h"
 #include "kalmia/analysis/text/DisplayText.h"
 #include "kalmia/analysis/text/Failure.h"
 #include "kalmia/pcapls/PCACrossValidation.h"
@@ -20,10 +21,6 @@ namespace {
 
 constexpr std::size_t kRowsNamed = 10;  ///< a note names so many rows, and counts the others
 constexpr int kMostAutomaticComponents = 15;
-
-[[noreturn]] void Refuse(const CsvTable& table, const std::string& message) {
-  throw BadData(table.Name() + ": " + message);
-}
 
 /// "KIND: a, b"; empty without names. A failure names so many columns, and counts the others.
 std::string Named(const std::string& kind, const std::vector<std::string>& names) {
@@ -199,7 +196,8 @@ class Selection {
     for (std::size_t j = 0; j < y_.size(); ++j) {
       const NumberColumn& column = y_[j];
       if (column.Present() == 0) Refuse(table_, "the Y column " + Quoted(column.name) + " has no value" + where);
-      if (IsConstant(singleY_[j].cells)) Refuse(table_, "the Y column " + Quoted(column.name) + " has no variance" + where);
+      if (IsConstant(singleY_[j].cells))
+        Refuse(table_, "the Y column " + Quoted(column.name) + " has no variance" + where);
     }
   }
 

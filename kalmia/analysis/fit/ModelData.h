@@ -10,6 +10,7 @@
 #include "kalmia/analysis/text/Notes.h"
 #include "kalmia/containers/NCDataMatrix.h"
 #include "kalmia/containers/NCIntegralVector.h"
+#include "kalmia/support/Export.h"
 #include "kalmia/support/NCProgress.h"
 
 namespace kalmia::analysis {
@@ -41,14 +42,14 @@ struct ModelData {
 /// left out. `progress`, which may be null, shows the steps. Throws BadData: a column that is not there; a Y
 /// of text, without values or without variance; no X column or no X cell left; X that the steps cannot take; a row
 /// without a group, fewer than two groups; a cell that is no number.
-ModelData SelectData(const CsvTable& table, const FitRecipe& recipe, const std::vector<std::string>& y, Notes* notes,
-                     NCProgress* progress);
+KALMIA_EXPORT ModelData SelectData(const CsvTable& table, const FitRecipe& recipe, const std::vector<std::string>& y,
+                                   Notes* notes, NCProgress* progress);
 
 /// "constant columns: a, b; empty columns: c", what was left out of X for want of variance; empty if nothing was.
-std::string LeftOutText(const ModelData& data);
+KALMIA_EXPORT std::string LeftOutText(const ModelData& data);
 
 /// Components that a model of these tables can have at most: as many as `asked` for, min(rows - 1, X columns), and,
 /// where none are asked for, 15. Notes a cut.
-int MostComponents(const ModelData& data, const std::optional<int>& asked, Notes* notes);
+KALMIA_EXPORT int MostComponents(const ModelData& data, const std::optional<int>& asked, Notes* notes);
 
 }  // namespace kalmia::analysis

@@ -10,6 +10,7 @@
 #include "kalmia/analysis/table/CellNumber.h"
 #include "kalmia/analysis/table/SingleCells.h"
 #include "kalmia/analysis/table/TableColumns.h"
+#include "kalmia/analysis/table/internal/Refuse.h"
 #include "kalmia/analysis/text/DisplayText.h"
 #include "kalmia/analysis/text/Failure.h"
 #include "kalmia/containers/Missing.h"
@@ -20,10 +21,6 @@ namespace kalmia::analysis {
 namespace {
 
 constexpr std::size_t kNamed = 10;  ///< a note names so many rows or columns, and counts the others
-
-[[noreturn]] void Refuse(const CsvTable& table, const std::string& message) {
-  throw BadData(table.Name() + ": " + message);
-}
 
 /// Rows of both tables, from 0, that belong together.
 struct RowPairs {

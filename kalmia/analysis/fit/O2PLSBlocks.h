@@ -8,6 +8,7 @@
 #include "kalmia/analysis/text/Notes.h"
 #include "kalmia/containers/NCDataMatrix.h"
 #include "kalmia/containers/NCIntegralVector.h"
+#include "kalmia/support/Export.h"
 
 namespace kalmia::analysis {
 
@@ -41,6 +42,7 @@ struct BlockPair {
 /// Throws BadData: a column that does not exist; a row without an id, an id that comes twice, no common id;
 /// without `id` tables of different length; a block without a column that varies; a column of the same cells in
 /// both blocks; a hole, unless the recipe says `fill`; fewer than two rows; a cell that is no number.
-BlockPair SelectBlocks(const CsvTable& xTable, const CsvTable& yTable, const O2PLSRecipe& recipe, Notes* notes);
+KALMIA_EXPORT BlockPair SelectBlocks(const CsvTable& xTable, const CsvTable& yTable, const O2PLSRecipe& recipe,
+                                     Notes* notes);
 
 }  // namespace kalmia::analysis

@@ -9,6 +9,7 @@
 #include "kalmia/containers/NCIntegralVector.h"
 #include "kalmia/opls/OPLSCrossvalidationData.h"
 #include "kalmia/pcapls/NCScale.h"
+#include "kalmia/support/Export.h"
 
 namespace kalmia::analysis {
 
@@ -42,10 +43,10 @@ struct StoredOPLSCv {
 };
 
 /// Fills all but name and state.
-void DescribeTable(const ModelData& data, NCScale::Scaling scaling, StoredOPLSCv* stored);
+KALMIA_EXPORT void DescribeTable(const ModelData& data, NCScale::Scaling scaling, StoredOPLSCv* stored);
 
 /// Throws BadData where the cross-validation was made of another table, after other steps, with other groups
 /// or other scaling.
-void RequireSameTable(const StoredOPLSCv& stored, const ModelData& data, NCScale::Scaling scaling);
+KALMIA_EXPORT void RequireSameTable(const StoredOPLSCv& stored, const ModelData& data, NCScale::Scaling scaling);
 
 }  // namespace kalmia::analysis

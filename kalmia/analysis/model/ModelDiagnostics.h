@@ -5,6 +5,7 @@
 #include "kalmia/analysis/steps/Scaling.h"
 #include "kalmia/containers/NCDataMatrix.h"
 #include "kalmia/pcapls/NCPLS.h"
+#include "kalmia/support/Export.h"
 
 namespace kalmia::analysis {
 
@@ -19,19 +20,19 @@ struct Coefficients {
 
 /// From B = W* C' in scaled units: slope_kj = B_kj f_k / g_j and intercept_j = m_j - sum over k of slope_kj c_k, where
 /// c_k, f_k are centre and factor of X column k and m_j, g_j those of Y column j (0 and 1 where there is none).
-Coefficients CoefficientsInOriginalUnits(const NCPLS& model, const ColumnScaling& xScaling,
+KALMIA_EXPORT Coefficients CoefficientsInOriginalUnits(const NCPLS& model, const ColumnScaling& xScaling,
                                          const ColumnScaling& yScaling);
 
 /// Variable importance in projection of each X column, K cells:
 /// VIP_k = sqrt(K sum_a(S_a w_ak^2) / sum_a S_a), S_a = c_a'c_a t_a't_a, the sum of squares of Y that component a
 /// describes. Their squares sum to K.
 /// Source: Wold, Johansson & Cocchi (1993), in Kubinyi (ed.), 3D QSAR in Drug Design, 523-550.
-std::vector<double> VariableImportance(const NCPLS& model);
+KALMIA_EXPORT std::vector<double> VariableImportance(const NCPLS& model);
 
 /// Hotelling's T2 of each row, N cells, from the scores, one component a row:
 /// sum over a of (t_ia - mean_a)^2 / s_a^2, with mean and variance (divisor n - 1)
 /// of the scores of component a. Over all rows they sum to A (N - 1). A row with a missing score has none.
-std::vector<double> HotellingT2(const NCDataMatrix<float>& tPrim);
+KALMIA_EXPORT std::vector<double> HotellingT2(const NCDataMatrix<float>& tPrim);
 
 /// What is left of one row of X after A components.
 struct RowResidual {
@@ -39,12 +40,12 @@ struct RowResidual {
   int present = 0;  ///< cells that the row has
 };
 
-std::vector<RowResidual> RowResiduals(const NCDataMatrix<float>& xResiduals);
+KALMIA_EXPORT std::vector<RowResidual> RowResiduals(const NCDataMatrix<float>& xResiduals);
 
 /// s of a row: sqrt(sum e^2 / (present - A)); not a number with A present cells or fewer.
-double ResidualDeviation(const RowResidual& row, int components);
+KALMIA_EXPORT double ResidualDeviation(const RowResidual& row, int components);
 
 /// The pooled s of all rows that have one: the root of the sum of their e^2 over the sum of their present - A.
-double PooledDeviation(const std::vector<RowResidual>& rows, int components);
+KALMIA_EXPORT double PooledDeviation(const std::vector<RowResidual>& rows, int components);
 
 }  // namespace kalmia::analysis

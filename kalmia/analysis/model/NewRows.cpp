@@ -7,6 +7,7 @@
 #include "kalmia/analysis/table/CellRows.h"
 #include "kalmia/analysis/table/SingleCells.h"
 #include "kalmia/analysis/table/TableColumns.h"
+#include "kalmia/analysis/table/internal/Refuse.h"
 #include "kalmia/analysis/text/DisplayText.h"
 #include "kalmia/analysis/text/Failure.h"
 
@@ -21,10 +22,6 @@ struct SourceColumn {
   int place = 0;  ///< among the columns that X is made of, from 0
   std::vector<double> cells;
 };
-
-[[noreturn]] void Refuse(const CsvTable& table, const std::string& message) {
-  throw BadData(table.Name() + ": " + message);
-}
 
 int IdColumn(const ModelInfo& model, const CsvTable& table, const std::string& id) {
   if (!id.empty()) return RequireColumn(table, id);

@@ -6,6 +6,7 @@
 #include "kalmia/analysis/model/PCAScores.h"
 #include "kalmia/analysis/table/CsvTable.h"
 #include "kalmia/analysis/text/Notes.h"
+#include "kalmia/support/Export.h"
 
 namespace kalmia::analysis {
 
@@ -16,8 +17,9 @@ struct PCAPredictions {
   Notes notes;  ///< what was done of its own accord
 };
 
-/// Where rows that were read for the model lie in it. `progress` may be null. Throws Stopped where the bar wants to stop.
-PCAPredictions PredictTable(const StoredPCA& model, const CsvTable& table, NewRows rows, Notes* notes,
+/// Where rows that were read for the model lie in it. `progress` may be null. Throws Stopped where the bar wants to
+/// stop.
+KALMIA_EXPORT PCAPredictions PredictTable(const StoredPCA& model, const CsvTable& table, NewRows rows, Notes* notes,
                             NCProgress* progress);
 
 }  // namespace kalmia::analysis

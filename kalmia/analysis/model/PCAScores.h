@@ -5,6 +5,7 @@
 #include "kalmia/analysis/model/Prediction.h"
 #include "kalmia/analysis/model/StoredModel.h"
 #include "kalmia/containers/NCDataMatrix.h"
+#include "kalmia/support/Export.h"
 #include "kalmia/support/NCProgress.h"
 
 namespace kalmia::analysis {
@@ -17,6 +18,7 @@ struct RowScores : RowFit {
 /// The scores of the rows of a table that has the model's columns in the model's order, in the units of the file, and
 /// -99 for what is missing. The same rows give the same bits, alone or among others. `progress` may be
 /// null. Throws Stopped where the bar wants to stop.
-std::vector<RowScores> ScoreRows(const StoredPCA& model, NCDataMatrix<float> x, NCProgress* progress = nullptr);
+KALMIA_EXPORT std::vector<RowScores> ScoreRows(const StoredPCA& model, NCDataMatrix<float> x,
+                                               NCProgress* progress = nullptr);
 
 }  // namespace kalmia::analysis

@@ -7,6 +7,7 @@
 #include "kalmia/analysis/model/StoredModel.h"
 #include "kalmia/analysis/text/Notes.h"
 #include "kalmia/containers/NCDataMatrix.h"
+#include "kalmia/support/Export.h"
 #include "kalmia/support/NCProgress.h"
 
 namespace kalmia::analysis {
@@ -35,13 +36,16 @@ struct RowPrediction : RowFit {
 /// Predicts the rows of a table that has the model's X columns in the model's order, in the units of the file, and -99
 /// for what is missing. The same rows give the same bits, alone or among others, with a model just fitted or stored.
 /// `progress` may be null. Throws Stopped where the bar wants to stop.
-std::vector<RowPrediction> PredictRows(const StoredPLS& model, NCDataMatrix<float> x, NCProgress* progress = nullptr);
-std::vector<RowPrediction> PredictRows(const StoredOPLS& model, NCDataMatrix<float> x, NCProgress* progress = nullptr);
-std::vector<RowPrediction> PredictRows(const StoredO2PLS& model, NCDataMatrix<float> x, NCProgress* progress = nullptr);
+KALMIA_EXPORT std::vector<RowPrediction> PredictRows(const StoredPLS& model, NCDataMatrix<float> x,
+                                                     NCProgress* progress = nullptr);
+KALMIA_EXPORT std::vector<RowPrediction> PredictRows(const StoredOPLS& model, NCDataMatrix<float> x,
+                                                     NCProgress* progress = nullptr);
+KALMIA_EXPORT std::vector<RowPrediction> PredictRows(const StoredO2PLS& model, NCDataMatrix<float> x,
+                                                     NCProgress* progress = nullptr);
 
 /// The pooled deviation of the training rows, those that have one: what distances to the model are measured by.
 template <class Row>
-double PooledDeviationOf(const std::vector<Row>& rows, int components) {
+KALMIA_EXPORT double PooledDeviationOf(const std::vector<Row>& rows, int components) {
   std::vector<RowResidual> residuals;
   for (const Row& row : rows) {
     if (row.reason.empty()) residuals.push_back(row.residual);
@@ -51,20 +55,21 @@ double PooledDeviationOf(const std::vector<Row>& rows, int components) {
 
 /// A row's distance to a model of `components` components: its residual deviation over the pooled one of the training
 /// rows; not a number for a row that has no more cells than there are components, or of which nothing can be said.
-double DistanceToModel(const ModelInfo& model, int components, const RowFit& row);
+KALMIA_EXPORT double DistanceToModel(const ModelInfo& model, int components, const RowFit& row);
 
 /// The same of each row.
 template <class Row>
-std::vector<double> DistancesToModel(const ModelInfo& model, int components, const std::vector<Row>& rows) {
+KALMIA_EXPORT std::vector<double> DistancesToModel(const ModelInfo& model, int components,
+                                                   const std::vector<Row>& rows) {
   std::vector<double> distances;
   for (const Row& row : rows) distances.push_back(DistanceToModel(model, components, row));
   return distances;
 }
 
 /// Says once why no row has a distance to the model, where that is so.
-void NoteNoDistances(const ModelInfo& model, int components, Notes* notes);
+KALMIA_EXPORT void NoteNoDistances(const ModelInfo& model, int components, Notes* notes);
 
 /// "none of its 5 X cells is present" or "only 2 of its 5 X cells are present", with the name of the block.
-std::string PresentCellsText(const std::string& block, int present, int variables);
+KALMIA_EXPORT std::string PresentCellsText(const std::string& block, int present, int variables);
 
 }  // namespace kalmia::analysis

@@ -11,6 +11,7 @@
 #include "kalmia/o2pls/NCYOrthogonalPLS.h"
 #include "kalmia/pcapls/NCPCA.h"
 #include "kalmia/pcapls/NCPLS.h"
+#include "kalmia/support/Export.h"
 
 namespace kalmia::analysis {
 
@@ -114,7 +115,7 @@ struct StoredO2PLS : YModelInfo {
 };
 
 /// Swaps the blocks: the model then predicts what it did predict from. `components` stay as they are.
-void TurnAround(StoredO2PLS* model);
+KALMIA_EXPORT void TurnAround(StoredO2PLS* model);
 
 /// A filter that takes out of X what has nothing to do with Y, with everything that applies it to new rows of a table.
 struct StoredFilter : ModelInfo {

@@ -18,8 +18,7 @@ std::string PreprocessText(const PreprocessedTable& result, const PreprocessFile
   return text;
 }
 
-std::string PreprocessJson(const CsvTable& table, const PreprocessedTable& result, const PreprocessFiles& files,
-                           const Notes& notes) {
+std::string PreprocessJson(const CsvTable& table, const PreprocessedTable& result, const PreprocessFiles& files) {
   Json json = JsonHeader("kalmia-preprocess");
   json["table"] = result.signals.table;
   json["rows"] = RowNames(table, result.idColumn);
@@ -29,7 +28,7 @@ std::string PreprocessJson(const CsvTable& table, const PreprocessedTable& resul
   json["out"] = files.out;
   json["outColumns"] = result.signals.names;
   json["saved"] = TextOrNull(files.saved);
-  json["notes"] = notes.Lines();
+  json["notes"] = result.notes.Lines();
   return JsonText(json);
 }
 

@@ -4,7 +4,6 @@
 
 #include "kalmia/analysis/steps/PreprocessedTable.h"
 #include "kalmia/analysis/table/CsvTable.h"
-#include "kalmia/analysis/text/Notes.h"
 #include "kalmia/support/Export.h"
 
 namespace kalmia::analysis {
@@ -20,6 +19,6 @@ KALMIA_EXPORT std::string PreprocessText(const PreprocessedTable& result, const 
 
 /// The same as JSON, format kalmia-preprocess.
 KALMIA_EXPORT std::string PreprocessJson(const CsvTable& table, const PreprocessedTable& result,
-                                         const PreprocessFiles& files, const Notes& notes);
+                                         const PreprocessFiles& files);
 
 }  // namespace kalmia::analysis

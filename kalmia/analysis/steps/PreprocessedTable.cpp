@@ -9,6 +9,7 @@
 #include "kalmia/analysis/table/CellNumber.h"
 #include "kalmia/analysis/table/TableColumns.h"
 #include "kalmia/analysis/table/internal/CsvText.h"
+#include "kalmia/analysis/table/internal/Refuse.h"
 #include "kalmia/analysis/table/internal/TableText.h"
 #include "kalmia/analysis/text/DisplayText.h"
 #include "kalmia/analysis/text/Failure.h"
@@ -21,15 +22,13 @@ namespace {
 void CheckRecipe(const PreprocessRecipe& recipe) {
   const GivenSteps& steps = recipe.steps;
   if (recipe.restore && !(steps.chain && EndsCompressed(*steps.chain))) {
-    throw BadRequest("signals are restored from saved steps that end with wavelet-compress, not " + steps.name);
+    throw BadRequest("signals are restored from saved steps that end with wavelet-compress, not " + steps.name,
+                     InSetting("restore"));
   }
   if (steps.chain && (!recipe.x.empty() || !recipe.exclude.empty())) {
-    throw BadRequest(steps.name + " holds saved steps and their columns, which cannot be chosen anew");
+    throw BadRequest(steps.name + " holds saved steps and their columns, which cannot be chosen anew",
+                     InSetting(recipe.x.empty() ? "exclude" : "x"));
   }
-}
-
-[[noreturn]] void Refuse(const CsvTable& table, const std::string& message) {
-  throw BadData(table.Name() + ": " + message);
 }
 
 /// For each column of the table whether it is among these.
@@ -117,14 +116,13 @@ void AddKeptCell(const CsvTable& table, std::string text, bool isOfNumbers, CsvT
 
 }  // namespace
 
-PreprocessedTable Preprocess(const CsvTable& table, const PreprocessRecipe& recipe, Notes* notes,
-                             NCProgress* progress) {
+PreprocessedTable Preprocess(const PreprocessRecipe& recipe, const CsvTable& table, NCProgress* progress) {
   CheckRecipe(recipe);
   PreprocessedTable result;
-  result.columns = SignalColumns(table, recipe, notes);
+  result.columns = SignalColumns(table, recipe, &result.notes);
   result.idColumn = IdColumn(table, recipe);
   result.signals = ReadSignals(table, result.idColumn, result.columns);
-  result.chain = ApplySteps(recipe, &result.signals, notes, progress);
+  result.chain = ApplySteps(recipe, &result.signals, &result.notes, progress);
   result.restored = recipe.restore;
   return result;
 }

@@ -8,6 +8,7 @@
 #include "kalmia/analysis/table/CsvMarks.h"
 #include "kalmia/analysis/table/CsvTable.h"
 #include "kalmia/analysis/text/Notes.h"
+#include "kalmia/support/Export.h"
 #include "kalmia/support/NCProgress.h"
 
 namespace kalmia::analysis {
@@ -28,6 +29,7 @@ struct PreprocessedTable {
   Signals signals;           ///< what has become of them
   StepChain chain;           ///< with what it has learnt
   bool restored;
+  Notes notes;               ///< what was done of its own accord
 
   /// Names of the columns that went in.
   std::vector<std::string> InputNames() const { return restored ? OutputNames(chain) : chain.inputNames; }
@@ -37,12 +39,12 @@ struct PreprocessedTable {
 /// `progress` may be null, as below.
 /// Throws BadRequest for a recipe that makes no sense; BadData: a column that is not there or holds no numbers, what
 /// LearnChain refuses; Stopped where the bar wants to stop.
-PreprocessedTable Preprocess(const CsvTable& table, const PreprocessRecipe& recipe, Notes* notes,
-                             NCProgress* progress);
+KALMIA_EXPORT PreprocessedTable Preprocess(const PreprocessRecipe& recipe, const CsvTable& table,
+                                           NCProgress* progress = nullptr);
 
 /// The text of the table: the columns that were no signals, then what has become of the signals. Throws BadData where
 /// two columns would have one name.
-std::string PreprocessedText(const CsvTable& table, const PreprocessedTable& result, const CsvMarks& marks,
-                             NCProgress* progress);
+KALMIA_EXPORT std::string PreprocessedText(const CsvTable& table, const PreprocessedTable& result,
+                                           const CsvMarks& marks, NCProgress* progress);
 
 }  // namespace kalmia::analysis

@@ -6,6 +6,7 @@
 #include "kalmia/analysis/steps/Steps.h"
 #include "kalmia/analysis/table/CellRows.h"
 #include "kalmia/analysis/text/Notes.h"
+#include "kalmia/support/Export.h"
 #include "kalmia/support/NCProgress.h"
 
 namespace kalmia::analysis {
@@ -45,30 +46,31 @@ struct Signals {
 /// Throws BadData that names table, row, column and step: a cell that the step cannot take, or of which it
 /// makes no finite number; a row without variance for snv; a window wider than the signals; more coefficients to keep
 /// than there are.
-StepChain LearnChain(const std::vector<Step>& steps, Signals* signals, Notes* notes, NCProgress* progress = nullptr);
+KALMIA_EXPORT StepChain LearnChain(const std::vector<Step>& steps, Signals* signals, Notes* notes,
+                                   NCProgress* progress = nullptr);
 
 /// The same steps with what they have learnt. The columns are those of chain.inputNames. Throws as LearnChain.
-void ApplyChain(const StepChain& chain, Signals* signals, NCProgress* progress = nullptr);
+KALMIA_EXPORT void ApplyChain(const StepChain& chain, Signals* signals, NCProgress* progress = nullptr);
 
 /// Names of the columns that come out of the chain.
-std::vector<std::string> OutputNames(const StepChain& chain);
+KALMIA_EXPORT std::vector<std::string> OutputNames(const StepChain& chain);
 
 /// Whether the last step is wavelet-compress; and the signals before that step again, from what it has kept of them:
 /// columns are OutputNames(chain). Coefficients that were not kept are 0, a missing one too; a row without any stays
 /// so.
-bool EndsCompressed(const StepChain& chain);
-void RestoreSignals(const StepChain& chain, Signals* signals, NCProgress* progress = nullptr);
+KALMIA_EXPORT bool EndsCompressed(const StepChain& chain);
+KALMIA_EXPORT void RestoreSignals(const StepChain& chain, Signals* signals, NCProgress* progress = nullptr);
 
 /// "derivative:1:15:2, channels 2 apart": the step with what it has learnt, for a reader.
-std::string LearntText(const LearntStep& step);
+KALMIA_EXPORT std::string LearntText(const LearntStep& step);
 
 /// The columns of these names, all of which are there, in their order: as places, from 0.
-std::vector<int> PlacesOf(const Signals& signals, const std::vector<std::string>& names);
+KALMIA_EXPORT std::vector<int> PlacesOf(const Signals& signals, const std::vector<std::string>& names);
 
 /// Whether the chain, read from a file, could have been learnt.
-bool IsConsistent(const StepChain& chain);
+KALMIA_EXPORT bool IsConsistent(const StepChain& chain);
 
 /// Says which steps have learnt from the cells of all rows: a cross-validation that comes after them does not see that.
-void NoteLearntOfAllRows(const StepChain& chain, Notes* notes);
+KALMIA_EXPORT void NoteLearntOfAllRows(const StepChain& chain, Notes* notes);
 
 }  // namespace kalmia::analysis

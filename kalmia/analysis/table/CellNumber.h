@@ -4,6 +4,8 @@
 #include <string_view>
 #include <vector>
 
+#include "kalmia/support/Export.h"
+
 namespace kalmia::analysis {
 
 /// What a cell of a table turns out to be.
@@ -35,9 +37,9 @@ struct CellFormat {
 /// Reads a cell as a number: digits with an optional sign, decimal mark and exponent, nothing else (no grouping of
 /// digits, no hexadecimals). The mark is a point, or with `decimalComma` a comma and nothing but a comma. Blanks around
 /// the cell are passed over. The locale has no say. Throws nothing but std::bad_alloc.
-CellValue ReadCell(std::string_view text, const CellFormat& format);
+KALMIA_EXPORT CellValue ReadCell(std::string_view text, const CellFormat& format);
 /// The same without further words for missing cells.
-CellValue ReadCell(std::string_view text, bool decimalComma);
+KALMIA_EXPORT CellValue ReadCell(std::string_view text, bool decimalComma);
 
 /// A plain decimal number at the beginning of a text.
 struct PlainNumber {
@@ -48,9 +50,9 @@ struct PlainNumber {
 
 /// Reads sign, digits, decimal mark and exponent as far as they go, where few digits make the result exact by one
 /// multiplication or division: several times faster than ReadCell. [begin, end) may be followed by anything.
-PlainNumber ReadPlainNumber(const char* begin, const char* end, char mark);
+KALMIA_EXPORT PlainNumber ReadPlainNumber(const char* begin, const char* end, char mark);
 
 /// The number as a cell: as few digits as bring the same double back, with that decimal mark.
-std::string CellText(double value, bool decimalComma);
+KALMIA_EXPORT std::string CellText(double value, bool decimalComma);
 
 }  // namespace kalmia::analysis

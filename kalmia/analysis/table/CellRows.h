@@ -4,10 +4,12 @@
 #include <limits>
 #include <vector>
 
+#include "kalmia/support/Export.h"
+
 namespace kalmia::analysis {
 
 /// Cells of a table row by row, in double; a hole is NaN. Rows and columns count from 0; no number of one is checked.
-class CellRows {
+class KALMIA_EXPORT CellRows {
  public:
   CellRows() = default;
   /// All cells are holes.

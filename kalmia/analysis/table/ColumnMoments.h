@@ -3,10 +3,12 @@
 #include <limits>
 #include <vector>
 
+#include "kalmia/support/Export.h"
+
 namespace kalmia::analysis {
 
 /// What the present cells of a column are like; not a number where there are too few cells for it.
-struct ColumnMoments {
+struct KALMIA_EXPORT ColumnMoments {
   int n = 0;  ///< present cells
   double min = std::numeric_limits<double>::quiet_NaN();
   double max = std::numeric_limits<double>::quiet_NaN();
@@ -19,6 +21,6 @@ struct ColumnMoments {
 
 /// The moments of cells, of which missing ones are NaN. Sums run in double, in the order of the cells: the same bits on
 /// every machine.
-ColumnMoments MomentsOf(const std::vector<double>& cells);
+KALMIA_EXPORT ColumnMoments MomentsOf(const std::vector<double>& cells);
 
 }  // namespace kalmia::analysis

@@ -7,6 +7,7 @@
 
 #include "kalmia/analysis/table/CellNumber.h"
 #include "kalmia/analysis/table/TableColumns.h"
+#include "kalmia/analysis/table/internal/Refuse.h"
 #include "kalmia/analysis/text/DisplayText.h"
 #include "kalmia/analysis/text/Failure.h"
 #include "kalmia/analysis/text/WorkProgress.h"
@@ -16,10 +17,6 @@ namespace kalmia::analysis {
 namespace {
 
 constexpr float kExactFloats = 16777216.0F;  ///< 2^24: larger whole numbers may have been rounded
-
-[[noreturn]] void Refuse(const CsvTable& table, const std::string& message) {
-  throw BadData(table.Name() + ": " + message);
-}
 
 [[noreturn]] void RefuseCell(const CsvTable& table, int row, int column, const std::string& what,
                              Remedy remedy = Remedy::None) {

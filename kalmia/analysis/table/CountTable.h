@@ -5,6 +5,7 @@
 
 #include "kalmia/analysis/table/CsvTable.h"
 #include "kalmia/analysis/text/Notes.h"
+#include "kalmia/support/Export.h"
 #include "kalmia/support/NCProgress.h"
 
 namespace kalmia::analysis {
@@ -24,6 +25,6 @@ struct CountTable {
 /// Throws BadData with row and column: a cell that is missing, no number, negative, no whole number; and
 /// where there are fewer than two rows or columns, no count above 0, or more counts in all than an int holds.
 /// `progress` may be null; throws Stopped where the bar wants to stop.
-CountTable ReadCounts(const CsvTable& table, Notes* notes, NCProgress* progress);
+KALMIA_EXPORT CountTable ReadCounts(const CsvTable& table, Notes* notes, NCProgress* progress);
 
 }  // namespace kalmia::analysis

@@ -10,6 +10,7 @@
 #include "kalmia/analysis/table/CellNumber.h"
 #include "kalmia/analysis/table/CsvRecords.h"
 #include "kalmia/analysis/table/CsvRows.h"
+#include "kalmia/support/Export.h"
 
 namespace kalmia::analysis {
 
@@ -40,7 +41,7 @@ struct CsvCells {
 
 /// Reads the first `count` rows, each in one go, on all threads, so many rows at once. Needs memory in proportion to
 /// the text at most, whatever number of columns is asked for.
-CsvCells ReadCells(std::string_view text, const CsvFormat& format, const CsvRows& rows, std::size_t count,
+KALMIA_EXPORT CsvCells ReadCells(std::string_view text, const CsvFormat& format, const CsvRows& rows, std::size_t count,
                    std::size_t columns, const CellFormat& cellFormat, std::size_t rowsAtOnce, const Proceed& proceed);
 
 }  // namespace kalmia::analysis

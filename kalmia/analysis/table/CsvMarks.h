@@ -3,6 +3,7 @@
 #include <optional>
 
 #include "kalmia/analysis/text/Notes.h"
+#include "kalmia/support/Export.h"
 
 namespace kalmia::analysis {
 
@@ -24,9 +25,9 @@ struct AskedMarks {
 
 /// The marks that are asked for, otherwise those of `otherwise`. Where both would be commas, the one that is not asked
 /// for gives way: the separator becomes a semicolon, or the decimal mark a point.
-CsvMarks MarksOf(const AskedMarks& asked, const CsvMarks& otherwise = {});
+KALMIA_EXPORT CsvMarks MarksOf(const AskedMarks& asked, const CsvMarks& otherwise = {});
 
 /// Notes where the decimal commas of a table that is written anew give way so.
-void NoteDecimalsThatGiveWay(const AskedMarks& asked, const CsvTable& table, Notes* notes);
+KALMIA_EXPORT void NoteDecimalsThatGiveWay(const AskedMarks& asked, const CsvTable& table, Notes* notes);
 
 }  // namespace kalmia::analysis

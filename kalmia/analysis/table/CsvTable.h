@@ -11,6 +11,7 @@
 #include "kalmia/analysis/table/CsvRows.h"
 #include "kalmia/analysis/table/ReadOptions.h"
 #include "kalmia/analysis/table/TextBuffer.h"
+#include "kalmia/support/Export.h"
 #include "kalmia/support/NCProgress.h"
 
 namespace kalmia::analysis {
@@ -18,7 +19,7 @@ namespace kalmia::analysis {
 /// A table as its file has it: numbers by column, below a header of column names, and the text itself, from which texts
 /// are read again when they are asked for. Rows and columns count from 0 here; messages count rows from 1, as a reader
 /// does. No row or column number is checked.
-class CsvTable {
+class KALMIA_EXPORT CsvTable {
  public:
   /// Bytes that a thread reads at once: few enough to stay in a cache and to be stopped soon.
   static constexpr std::size_t kBytesAtOnce = std::size_t{1} << 18U;

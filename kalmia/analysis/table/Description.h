@@ -7,6 +7,7 @@
 #include "kalmia/analysis/table/ColumnMoments.h"
 #include "kalmia/analysis/table/CsvTable.h"
 #include "kalmia/analysis/text/Notes.h"
+#include "kalmia/support/Export.h"
 #include "kalmia/support/NCProgress.h"
 
 namespace kalmia::analysis {
@@ -31,7 +32,7 @@ struct ColumnDescription {
 };
 
 /// What is told of a table.
-struct Description {
+struct KALMIA_EXPORT Description {
   std::string table;
   int rows = 0;
   std::size_t allColumns = 0;              ///< of numbers and of texts
@@ -47,6 +48,6 @@ struct Description {
 
 /// Describes each column of the table, on all threads. `progress` may be null.
 /// Throws BadData where every cell is missing, Stopped where the bar wants to stop.
-Description Describe(const CsvTable& table, NCProgress* progress = nullptr);
+KALMIA_EXPORT Description Describe(const CsvTable& table, NCProgress* progress = nullptr);
 
 }  // namespace kalmia::analysis

@@ -5,6 +5,7 @@
 
 #include "kalmia/analysis/text/Notes.h"
 #include "kalmia/containers/NCDataMatrix.h"
+#include "kalmia/support/Export.h"
 
 // Where the cells of a table, doubles of which a hole is NaN, become the single-precision cells that the library works
 // on, where a hole is -99. Nothing else knows both.
@@ -15,36 +16,36 @@ namespace kalmia::analysis {
 /// digits of a single-precision cell less than 14 are then left for what makes the cells differ. A column without
 /// variance is no such column, and neither is one that varies by less than 1e-13 of its mean: that is what calculating
 /// its numbers in double leaves in the last digits.
-bool LosesDigits(const std::vector<double>& cells);
+KALMIA_EXPORT bool LosesDigits(const std::vector<double>& cells);
 
 /// What to take off the cells, in double, before they are rounded: the mean where LosesDigits; else 0.
-double ShiftOf(const std::vector<double>& cells);
+KALMIA_EXPORT double ShiftOf(const std::vector<double>& cells);
 
 /// Empties shifts of which none is one: so are they held, and stored, where no column is shifted.
-void ClearZeros(std::vector<double>* shifts);
+KALMIA_EXPORT void ClearZeros(std::vector<double>* shifts);
 
 /// The cells less the shift, rounded to single precision. One that rounds to -99 itself becomes the next float below
 /// it, and is counted in `moved` if nothing was taken off it, which is if it was measured as that. Not checked: all
 /// lie within the range of a float.
-std::vector<float> SingleCells(const std::vector<double>& cells, double shift, int* moved);
+KALMIA_EXPORT std::vector<float> SingleCells(const std::vector<double>& cells, double shift, int* moved);
 
 /// A present cell in the units of the table: the double of as few digits as name the cell, plus what was taken off it.
-double InUnitsOfTable(float cell, double shift);
+KALMIA_EXPORT double InUnitsOfTable(float cell, double shift);
 
 /// Says in one line how many cells were moved, if any.
-void NoteMovedCells(int moved, Notes* notes);
+KALMIA_EXPORT void NoteMovedCells(int moved, Notes* notes);
 
 /// Names the columns that lose digits and are not shifted, as nothing centres them.
-void NoteLostDigits(const std::vector<std::string>& columns, Notes* notes);
+KALMIA_EXPORT void NoteLostDigits(const std::vector<std::string>& columns, Notes* notes);
 
 /// Columns of so many cells each as a matrix, one cell for each row.
-NCDataMatrix<float> MatrixOf(const std::vector<std::vector<float>>& columns, int rows);
+KALMIA_EXPORT NCDataMatrix<float> MatrixOf(const std::vector<std::vector<float>>& columns, int rows);
 
 /// Whether no two of the cells differ, but for missing ones.
-bool IsConstant(const std::vector<float>& cells);
-bool IsMissing(float cell);
+KALMIA_EXPORT bool IsConstant(const std::vector<float>& cells);
+KALMIA_EXPORT bool IsMissing(float cell);
 
 /// The number; the next float below where it is the missing value.
-float AvoidMissingValue(float number);
+KALMIA_EXPORT float AvoidMissingValue(float number);
 
 }  // namespace kalmia::analysis

@@ -1,6 +1,7 @@
 #include "kalmia/analysis/table/TableColumns.h"
 
 #include "kalmia/analysis/table/CellNumber.h"
+#include "kalmia/analysis/table/internal/Refuse.h"
 #include "kalmia/analysis/text/DisplayText.h"
 #include "kalmia/analysis/text/Failure.h"
 #include "kalmia/analysis/text/internal/NearestName.h"
@@ -8,10 +9,6 @@
 namespace kalmia::analysis {
 
 namespace {
-
-[[noreturn]] void Refuse(const CsvTable& table, const std::string& message) {
-  throw BadData(table.Name() + ": " + message);
-}
 
 [[noreturn]] void RefuseCell(const CsvTable& table, int row, int column) {
   const std::string cell = table.Cell(row, column);

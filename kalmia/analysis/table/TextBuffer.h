@@ -6,11 +6,13 @@
 #include <type_traits>
 #include <utility>
 
+#include "kalmia/support/Export.h"
+
 namespace kalmia::analysis {
 
 /// The bytes of a long text. Its memory is not cleared before bytes come in, and while it grows most systems move it
 /// rather than copy it, so that it never takes twice the room.
-class TextBuffer {
+class KALMIA_EXPORT TextBuffer {
  public:
   TextBuffer() = default;
   TextBuffer(TextBuffer&& other) noexcept { *this = std::move(other); }

@@ -30,8 +30,7 @@ PreprocessRecipe RecipeOf(const std::string& steps) {
 }
 
 PreprocessedTable Preprocessed(const PreprocessRecipe& recipe, NCProgress* progress = nullptr) {
-  Notes notes;
-  return Preprocess(Table(), recipe, &notes, progress);
+  return Preprocess(recipe, Table(), progress);
 }
 
 PreprocessRecipe Saved(const PreprocessedTable& result) {

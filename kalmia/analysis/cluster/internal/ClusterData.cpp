@@ -7,6 +7,7 @@
 #include "kalmia/analysis/steps/Scaling.h"
 #include "kalmia/analysis/table/SingleCells.h"
 #include "kalmia/analysis/table/TableColumns.h"
+#include "kalmia/analysis/table/internal/Refuse.h"
 #include "kalmia/analysis/text/DisplayText.h"
 #include "kalmia/analysis/text/Failure.h"
 
@@ -15,10 +16,6 @@ namespace kalmia::analysis {
 namespace {
 
 constexpr int kMostRows = 65535;  ///< the library numbers pairs of rows in 32 bits
-
-[[noreturn]] void Refuse(const CsvTable& table, const std::string& message) {
-  throw BadData(table.Name() + ": " + message);
-}
 
 void CheckRows(const CsvTable& table) {
   if (table.Rows() < 2) Refuse(table, "there is only one row: clusters take two or more");

@@ -6,16 +6,13 @@
 #include <utility>
 
 #include "kalmia/analysis/table/TableColumns.h"
+#include "kalmia/analysis/table/internal/Refuse.h"
 #include "kalmia/analysis/text/DisplayText.h"
 #include "kalmia/analysis/text/Failure.h"
 
 namespace kalmia::analysis {
 
 namespace {
-
-[[noreturn]] void Refuse(const CsvTable& table, const std::string& message) {
-  throw BadData(table.Name() + ": " + message);
-}
 
 /// Of the columns those that the chain takes, in its order.
 std::vector<NumberColumn> Inputs(const CsvTable& table, const GivenSteps& given, const std::vector<NumberColumn>& x,

@@ -1,0 +1,15 @@
+#pragma once
+
+#include <string>
+
+#include "kalmia/analysis/table/CsvTable.h"
+#include "kalmia/analysis/text/Failure.h"
+
+namespace kalmia::analysis {
+
+/// Throws BadData that names the table.
+[[noreturn]] inline void Refuse(const CsvTable& table, const std::string& message) {
+  throw BadData(table.Name() + ": " + message);
+}
+
+}  // namespace kalmia::analysis
