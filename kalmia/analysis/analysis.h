@@ -97,6 +97,7 @@
 #include "kalmia/analysis/validation/Folds.h"
 #include "kalmia/analysis/validation/JackKnife.h"
 #include "kalmia/analysis/validation/LeftOutErrors.h"
+#include "kalmia/analysis/validation/PLSValidation.h"
 #include "kalmia/analysis/validation/PairedTest.h"
 #include "kalmia/analysis/validation/PermutationTest.h"
 #include "kalmia/analysis/validation/PredictionInterval.h"

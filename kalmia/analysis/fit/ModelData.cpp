@@ -60,7 +60,7 @@ class Selection {
     Preprocess();
     LeaveOutRows();
     FormSingles();
-    if (rows_.size() < 2) Refuse(table_, "there is only one row with X cells: a model takes two or more");
+    if (data_.rows.size() < 2) Refuse(table_, "there is only one row with X cells: a model takes two or more");
     LeaveOutColumns();
     RequireVariance();
     FillMatrices();
@@ -131,7 +131,7 @@ class Selection {
       const auto isThere = [r](const NumberColumn& column) { return !std::isnan(column.cells[r]); };
       const bool hasX = std::any_of(x_.begin(), x_.end(), isThere);
       if (hasX) {
-        rows_.push_back(row);
+        data_.rows.push_back(row);
       } else {
         data_.leftOutRows.push_back(data_.rowNames[r]);
       }
@@ -148,8 +148,8 @@ class Selection {
   template <class T>
   void Keep(std::vector<T>* cells) const {
     std::vector<T> kept;
-    kept.reserve(rows_.size());
-    for (const int row : rows_) kept.push_back((*cells)[static_cast<std::size_t>(row)]);
+    kept.reserve(data_.rows.size());
+    for (const int row : data_.rows) kept.push_back((*cells)[static_cast<std::size_t>(row)]);
     cells->swap(kept);
   }
 
@@ -202,14 +202,14 @@ class Selection {
   }
 
   void FillMatrices() {
-    const auto rows = static_cast<int>(rows_.size());
+    const auto rows = static_cast<int>(data_.rows.size());
     FillMatrix(singleX_, rows, &data_.x, &data_.xNames, &data_.xShifts);
     FillMatrix(singleY_, rows, &data_.y, &data_.yNames, &data_.yShifts);
     for (NumberColumn& column : y_) data_.measuredY.push_back(std::move(column.cells));
   }
 
   void MakeGroups() {
-    const auto rows = static_cast<int>(rows_.size());
+    const auto rows = static_cast<int>(data_.rows.size());
     if (groupColumn_ >= 0) {
       NumberGroups();
       return;
@@ -225,7 +225,7 @@ class Selection {
   /// Numbers the values of the group column in the order in which they appear.
   void NumberGroups() {
     std::unordered_map<std::string, int> numberOf;
-    for (const int row : rows_) {
+    for (const int row : data_.rows) {
       const std::string group = table_.Cell(row, groupColumn_);
       if (table_.ValueOf(group).kind == CellKind::Missing) {
         Refuse(table_, table_.RowPlace(row) + " has no group in column " + Quoted(Name(groupColumn_)));
@@ -253,7 +253,6 @@ class Selection {
   std::vector<NumberColumn> y_;
   std::vector<SingleColumn> singleX_;
   std::vector<SingleColumn> singleY_;
-  std::vector<int> rows_;  ///< rows of the table that stay
   int moved_ = 0;          ///< cells measured as the missing value
 };
 

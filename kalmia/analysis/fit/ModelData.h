@@ -21,6 +21,7 @@ struct ModelData {
   std::vector<std::string> xNames;
   std::vector<std::string> yNames;
   std::vector<std::string> rowNames;
+  std::vector<int> rows;              ///< of the table, from 0, that the model sees
   NCDataMatrix<float> x;              ///< rows by X columns, as the chain has made them, less their shifts
   NCDataMatrix<float> y;              ///< rows by Y columns, less their shifts; a model of X alone has none
   std::vector<double> xShifts;        ///< in the units of the table, see ShiftOf; empty where no column is shifted

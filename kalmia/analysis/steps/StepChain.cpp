@@ -168,10 +168,12 @@ bool IsConsistent(const StepChain& chain) {
   return true;
 }
 
+bool LearnsOfRows(const Step& step) { return step.kind == StepKind::WaveletCompress; }
+
 void NoteLearntOfAllRows(const StepChain& chain, Notes* notes) {
   for (std::size_t i = 0; i < chain.steps.size(); ++i) {
     const Step& step = chain.steps[i].step;
-    if (step.kind != StepKind::WaveletCompress) continue;
+    if (!LearnsOfRows(step)) continue;
     notes->Add("step " + std::to_string(i + 1) + ", " + StepText(step) +
                ": chosen from all rows, those left out in cross-validation too: judge the model by new rows");
   }

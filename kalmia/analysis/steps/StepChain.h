@@ -70,6 +70,9 @@ KALMIA_EXPORT std::vector<int> PlacesOf(const Signals& signals, const std::vecto
 /// Whether the chain, read from a file, could have been learnt.
 KALMIA_EXPORT bool IsConsistent(const StepChain& chain);
 
+/// Whether the step learns from the cells of the rows: other rows would have made another step of it.
+KALMIA_EXPORT bool LearnsOfRows(const Step& step);
+
 /// Says which steps have learnt from the cells of all rows: a cross-validation that comes after them does not see that.
 KALMIA_EXPORT void NoteLearntOfAllRows(const StepChain& chain, Notes* notes);
 
