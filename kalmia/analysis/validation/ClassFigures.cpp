@@ -5,7 +5,7 @@
 #include <cstddef>
 #include <utility>
 
-#include "kalmia/analysis/validation/DiscriminantRule.h"
+#include "kalmia/analysis/model/DiscriminantRule.h"
 
 namespace kalmia::analysis {
 

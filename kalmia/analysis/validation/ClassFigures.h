@@ -2,7 +2,7 @@
 
 #include <vector>
 
-#include "kalmia/analysis/validation/RealMatrix.h"
+#include "kalmia/analysis/model/RealMatrix.h"
 #include "kalmia/support/Export.h"
 
 namespace kalmia::analysis {

@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "kalmia/analysis/validation/RealMatrix.h"
+#include "kalmia/analysis/model/RealMatrix.h"
 #include "kalmia/support/Export.h"
 #include "kalmia/support/NCProgress.h"
 

@@ -4,7 +4,7 @@
 #include <cmath>
 #include <limits>
 
-#include "kalmia/analysis/validation/internal/Probabilities.h"
+#include "kalmia/analysis/model/internal/Probabilities.h"
 
 namespace kalmia::analysis {
 

@@ -5,9 +5,9 @@
 #include <cstddef>
 #include <utility>
 
+#include "kalmia/analysis/model/RealMatrix.h"
+#include "kalmia/analysis/model/internal/Probabilities.h"
 #include "kalmia/analysis/text/WorkProgress.h"
-#include "kalmia/analysis/validation/RealMatrix.h"
-#include "kalmia/analysis/validation/internal/Probabilities.h"
 
 namespace kalmia::analysis {
 

@@ -3,7 +3,7 @@
 #include <cstddef>
 #include <vector>
 
-#include "kalmia/analysis/validation/RealMatrix.h"
+#include "kalmia/analysis/model/RealMatrix.h"
 #include "kalmia/support/Export.h"
 #include "kalmia/support/NCProgress.h"
 

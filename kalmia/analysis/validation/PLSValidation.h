@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "kalmia/analysis/fit/FitRecipes.h"
+#include "kalmia/analysis/model/RealMatrix.h"
 #include "kalmia/analysis/table/CsvTable.h"
 #include "kalmia/analysis/text/Notes.h"
 #include "kalmia/analysis/validation/ComponentChoice.h"
@@ -13,7 +14,6 @@
 #include "kalmia/analysis/validation/Folds.h"
 #include "kalmia/analysis/validation/JackKnife.h"
 #include "kalmia/analysis/validation/LeftOutErrors.h"
-#include "kalmia/analysis/validation/RealMatrix.h"
 #include "kalmia/support/Export.h"
 #include "kalmia/support/NCProgress.h"
 

@@ -4,7 +4,7 @@
 #include <cstdint>
 #include <vector>
 
-#include "kalmia/analysis/validation/RealMatrix.h"
+#include "kalmia/analysis/model/RealMatrix.h"
 #include "kalmia/support/Export.h"
 #include "kalmia/support/NCProgress.h"
 

@@ -3,8 +3,8 @@
 #include <cstddef>
 #include <vector>
 
+#include "kalmia/analysis/model/RealMatrix.h"
 #include "kalmia/analysis/validation/RandomDraws.h"
-#include "kalmia/analysis/validation/RealMatrix.h"
 #include "kalmia/support/Export.h"
 
 namespace kalmia::analysis {

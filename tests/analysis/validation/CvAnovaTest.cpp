@@ -6,7 +6,7 @@
 #include <limits>
 #include <vector>
 
-#include "kalmia/analysis/validation/RealMatrix.h"
+#include "kalmia/analysis/model/RealMatrix.h"
 #include "validation/LeftOutGasoline.h"
 
 namespace kalmia::analysis {

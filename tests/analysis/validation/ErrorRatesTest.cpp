@@ -9,12 +9,12 @@
 #include <random>
 #include <vector>
 
+#include "kalmia/analysis/model/PredictionInterval.h"
+#include "kalmia/analysis/model/RowLimits.h"
 #include "kalmia/analysis/validation/ComponentChoice.h"
 #include "kalmia/analysis/validation/CvAnova.h"
 #include "kalmia/analysis/validation/JackKnife.h"
 #include "kalmia/analysis/validation/PermutationTest.h"
-#include "kalmia/analysis/validation/PredictionInterval.h"
-#include "kalmia/analysis/validation/RowLimits.h"
 #include "validation/PlainPls.h"
 
 namespace kalmia::analysis {

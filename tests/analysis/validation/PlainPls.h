@@ -5,9 +5,9 @@
 #include <string>
 #include <vector>
 
+#include "kalmia/analysis/model/RealMatrix.h"
 #include "kalmia/analysis/validation/Folds.h"
 #include "kalmia/analysis/validation/LeftOutErrors.h"
-#include "kalmia/analysis/validation/RealMatrix.h"
 
 /// What a PLS model says of all rows of complete tables when it is fitted to the training rows alone.
 struct PlainPls {

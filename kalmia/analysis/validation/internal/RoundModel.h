@@ -5,9 +5,9 @@
 #include <string>
 #include <vector>
 
+#include "kalmia/analysis/model/RealMatrix.h"
 #include "kalmia/analysis/steps/Scaling.h"
 #include "kalmia/analysis/text/WorkProgress.h"
-#include "kalmia/analysis/validation/RealMatrix.h"
 #include "kalmia/analysis/validation/internal/SourceX.h"
 #include "kalmia/pcapls/NCPLS.h"
 

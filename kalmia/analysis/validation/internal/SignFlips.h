@@ -3,7 +3,7 @@
 #include <cstdint>
 #include <vector>
 
-#include "kalmia/analysis/validation/RealMatrix.h"
+#include "kalmia/analysis/model/RealMatrix.h"
 #include "kalmia/support/NCProgress.h"
 
 namespace kalmia::analysis {

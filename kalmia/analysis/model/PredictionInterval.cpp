@@ -1,8 +1,8 @@
-#include "kalmia/analysis/validation/PredictionInterval.h"
+#include "kalmia/analysis/model/PredictionInterval.h"
 
 #include <cmath>
 
-#include "kalmia/analysis/validation/internal/Probabilities.h"
+#include "kalmia/analysis/model/internal/Probabilities.h"
 
 namespace kalmia::analysis {
 

@@ -1,4 +1,4 @@
-#include "kalmia/analysis/validation/DiscriminantRule.h"
+#include "kalmia/analysis/model/DiscriminantRule.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

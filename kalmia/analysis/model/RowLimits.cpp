@@ -1,9 +1,9 @@
-#include "kalmia/analysis/validation/RowLimits.h"
+#include "kalmia/analysis/model/RowLimits.h"
 
 #include <algorithm>
 #include <cmath>
 
-#include "kalmia/analysis/validation/internal/Probabilities.h"
+#include "kalmia/analysis/model/internal/Probabilities.h"
 
 namespace kalmia::analysis {
 

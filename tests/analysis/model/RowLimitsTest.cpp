@@ -1,4 +1,4 @@
-#include "kalmia/analysis/validation/RowLimits.h"
+#include "kalmia/analysis/model/RowLimits.h"
 
 #include <gtest/gtest.h>
 
@@ -6,7 +6,7 @@
 #include <random>
 #include <vector>
 
-#include "kalmia/analysis/validation/RealMatrix.h"
+#include "kalmia/analysis/model/RealMatrix.h"
 
 namespace kalmia::analysis {
 namespace {

@@ -4,7 +4,7 @@
 #include <optional>
 #include <vector>
 
-#include "kalmia/analysis/validation/RealMatrix.h"
+#include "kalmia/analysis/model/RealMatrix.h"
 #include "kalmia/support/Export.h"
 
 namespace kalmia::analysis {

@@ -1,4 +1,4 @@
-#include "kalmia/analysis/validation/DiscriminantRule.h"
+#include "kalmia/analysis/model/DiscriminantRule.h"
 
 #include <algorithm>
 #include <cmath>

@@ -1,4 +1,4 @@
-#include "kalmia/analysis/validation/PredictionInterval.h"
+#include "kalmia/analysis/model/PredictionInterval.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

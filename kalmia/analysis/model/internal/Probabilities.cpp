@@ -1,4 +1,4 @@
-#include "kalmia/analysis/validation/internal/Probabilities.h"
+#include "kalmia/analysis/model/internal/Probabilities.h"
 
 #include <boost/math/distributions/beta.hpp>
 #include <boost/math/distributions/chi_squared.hpp>
