@@ -50,14 +50,14 @@ void Feed(const std::string& bytes, const Read& read, const Write& write, const 
 /// Two rows of the columns that the chain takes, the second with holes.
 void FeedTable(const StepChain& chain) try {
   const auto columns = static_cast<int>(chain.inputNames.size());
-  Signals signals{"table", {"1", "2"}, chain.inputNames, {}, NCDataMatrix<float>(2, columns)};
+  Signals signals{"table", {"1", "2"}, chain.inputNames, {}, kalmia::analysis::CellRows(2, columns)};
   for (int c = 1; c <= columns; ++c) {
-    signals.cells(1, c, static_cast<float>(c % 5 + 1));
-    if (c % 3 != 0) signals.cells(2, c, 0.5F * static_cast<float>(c % 7));
+    signals.cells.Row(0)[c - 1] = c % 5 + 1;
+    if (c % 3 != 0) signals.cells.Row(1)[c - 1] = 0.5 * (c % 7);
   }
   ApplyChain(chain, &signals);
   Require(signals.names == OutputNames(chain) &&
-          signals.names.size() == static_cast<std::size_t>(signals.cells.SizeColumns()));
+          signals.names.size() == static_cast<std::size_t>(signals.cells.Columns()));
   if (EndsCompressed(chain)) RestoreSignals(chain, &signals);
 } catch (const Failure& failure) {
   Require(ExitCodeOf(failure) == ExitCode::BadData);
