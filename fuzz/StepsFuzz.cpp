@@ -69,8 +69,8 @@ void FeedTable(const std::vector<Step>& steps) try {
   Signals applied = SmallTable();
   ApplyChain(read, &applied);
   Require(AreSame(applied.cells, learnt.cells) && applied.names == learnt.names && applied.names == OutputNames(read));
-  for (const NCDataVector<float>& row : applied.cells)
-    for (const float cell : row) Require(std::isfinite(cell));
+  for (int r = 0; r < applied.cells.Rows(); ++r)
+    for (int c = 0; c < applied.cells.Columns(); ++c) Require(!std::isinf(static_cast<float>(applied.cells.Row(r)[c])));
   if (EndsCompressed(read)) RestoreSignals(read, &applied);
 } catch (const Failure& failure) {
   Require(ExitCodeOf(failure) == ExitCode::BadData);

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 #include <sstream>
 #include <unordered_set>
 #include <utility>
@@ -50,8 +51,13 @@ bool ReadShifts(std::istream* entry, ColumnScaling* scaling) {
   int count = 0;
   if (!ReadInteger(&count, *entry) || (count != 0 && count != scaling->scale->GetVariables())) return false;
   scaling->shifts.resize(static_cast<std::size_t>(count));
-  return std::all_of(scaling->shifts.begin(), scaling->shifts.end(),
-                     [entry](double& shift) { return ReadDouble(&shift, *entry) && std::isfinite(shift); });
+  const auto read = [entry](double& shift) {
+    constexpr double kLargest = std::numeric_limits<float>::max();
+    return ReadDouble(&shift, *entry) && std::fabs(shift) <= kLargest;
+  };
+  const auto isOne = [](double shift) { return shift != 0.0; };
+  return std::all_of(scaling->shifts.begin(), scaling->shifts.end(), read) &&
+         (count == 0 || std::any_of(scaling->shifts.begin(), scaling->shifts.end(), isOne));
 }
 
 /// A file of an older version has no such entry: one that has it is no such file.
@@ -62,7 +68,7 @@ bool ReadShifts(int version, std::istream* entry, Kind* model) {
   for (ColumnScaling* scaling : ShiftedBlocks(model)) {
     if (!ReadShifts(entry, scaling)) return false;
   }
-  return HasShifts(*model);
+  return HasShifts(*model) && entry->peek() == std::istream::traits_type::eof();
 }
 
 template <class Kind>

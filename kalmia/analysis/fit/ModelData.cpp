@@ -155,14 +155,19 @@ class Selection {
 
   /// Y is centred whatever becomes of X.
   void FormSingles() {
-    std::vector<std::string> losing;
     const bool centresX = Centres(recipe_.scaling);
-    for (const NumberColumn& column : x_) {
-      singleX_.push_back(Single(column, centresX));
-      if (!centresX && LosesDigits(column.cells)) losing.push_back(column.name);
-    }
+    for (const NumberColumn& column : x_) singleX_.push_back(Single(column, centresX));
     for (const NumberColumn& column : y_) singleY_.push_back(Single(column, /*isCentred=*/true));
+    if (!centresX) NoteLosses();
     x_.clear();
+  }
+
+  /// Constant columns are left out, and lose nothing.
+  void NoteLosses() {
+    std::vector<std::string> losing;
+    for (std::size_t k = 0; k < x_.size(); ++k) {
+      if (!IsConstant(singleX_[k].cells) && LosesDigits(x_[k].cells)) losing.push_back(x_[k].name);
+    }
     NoteLostDigits(losing, notes_);
   }
 

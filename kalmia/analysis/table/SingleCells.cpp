@@ -16,10 +16,18 @@ namespace {
 constexpr double kMostDeviations = 1000;   ///< of the mean from 0
 constexpr double kRoundingNoise = 1e-13;   ///< a spread, as a share of the mean, that says nothing
 
+/// To single precision; infinite beyond it, as a cell far from a stored shift may be.
+float Rounded(double cell) {
+  constexpr double kLargest = std::numeric_limits<float>::max();
+  if (std::fabs(cell) <= kLargest) return static_cast<float>(cell);
+  return std::copysign(std::numeric_limits<float>::infinity(), static_cast<float>(std::copysign(1.0, cell)));
+}
+
 }  // namespace
 
 bool LosesDigits(const std::vector<double>& cells) {
   const ColumnMoments moments = MomentsOf(cells);
+  if (moments.min == moments.max) return false;  // whatever the sums make of them
   const double mean = std::fabs(moments.mean);
   const double deviation = moments.standardDeviation;  // NaN, and no answer but "no", of fewer than two cells
   return mean > kMostDeviations * deviation && deviation > kRoundingNoise * mean;
@@ -38,7 +46,7 @@ std::vector<float> SingleCells(const std::vector<double>& cells, double shift, i
       singles[i] = kMissingCell<float>;
       continue;
     }
-    const auto rounded = static_cast<float>(cells[i] - shift);
+    const float rounded = Rounded(cells[i] - shift);
     singles[i] = AvoidMissingValue(rounded);
     if (IsMissing(rounded) && shift == 0.0) ++*moved;
   }

@@ -25,8 +25,8 @@ KALMIA_EXPORT double ShiftOf(const std::vector<double>& cells);
 KALMIA_EXPORT void ClearZeros(std::vector<double>* shifts);
 
 /// The cells less the shift, rounded to single precision. One that rounds to -99 itself becomes the next float below
-/// it, and is counted in `moved` if nothing was taken off it, which is if it was measured as that. Not checked: all
-/// lie within the range of a float.
+/// it. Where nothing was taken off it, it was measured as -99, and is counted in `moved`. A cell that a stored shift
+/// leaves beyond single precision becomes infinite.
 KALMIA_EXPORT std::vector<float> SingleCells(const std::vector<double>& cells, double shift, int* moved);
 
 /// A present cell in the units of the table: the double of as few digits as name the cell, plus what was taken off it.

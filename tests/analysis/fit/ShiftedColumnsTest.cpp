@@ -20,6 +20,7 @@
 #include "kalmia/analysis/report/InfoReport.h"
 #include "kalmia/analysis/report/PredictReport.h"
 #include "kalmia/analysis/table/SingleCells.h"
+#include "kalmia/analysis/text/Failure.h"
 
 namespace kalmia::analysis {
 namespace {
@@ -207,6 +208,26 @@ TEST(ShiftedColumns, AreNoneWithoutCentringAndANoteSaysWhatIsLost) {
               Contains("the mean is more than 1000 standard deviations from 0, and nothing centres the column, so "
                        "that single precision keeps few digits of what varies: x1 and x2"));
   EXPECT_THAT(Fit(recipe, Table(0)).notes.Lines(), Each(Not(HasSubstr("the mean is more"))));
+}
+
+TEST(ShiftedColumns, ThatAreConstantAreNotedAsThatAlone) {
+  PCARecipe recipe;
+  recipe.components = 1;
+  recipe.scaling = NCScale::ScalingNone;
+  const CsvTable table("a,b,k\n1,2,0.1\n2,3,0.1\n4,1,0.1\n", "t");
+  EXPECT_THAT(Fit(recipe, table).notes.Lines(), Each(Not(HasSubstr("the mean is more"))));
+}
+
+TEST(ShiftedColumns, ThatAFileCannotHaveAreRefused) {
+  PLSRecipe recipe = PLSOf();
+  PLSResult fit = Fit(recipe, Table(kFar, 12));
+  for (const double lie : {std::nan(""), HUGE_VAL, 1e300}) {
+    fit.model.xScaling.shifts[1] = lie;
+    const std::string bytes = ModelFileBytes(fit.model);
+    EXPECT_THROW(ReadModelFile(bytes, "m"), BadFile) << lie;
+  }
+  fit.model.xScaling.shifts.assign(4, 0.0);
+  EXPECT_THROW(ReadModelFile(ModelFileBytes(fit.model), "m"), BadFile) << "a count of shifts of which none is one";
 }
 
 TEST(ShiftedColumns, AreNoConstantsWhereSinglePrecisionTellsNoCellFromAnother) {

@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <limits>
 #include <vector>
 
 namespace kalmia::analysis {
@@ -28,6 +29,17 @@ TEST(ShiftOf, IsNoneOfAColumnWithoutVarianceOrWithRoundingAlone) {
   EXPECT_EQ(ShiftOf({}), 0.0);
   EXPECT_EQ(ShiftOf({0.1 + 0.2, 0.3, 0.3}), 0.0) << "the last digit of a calculated number says nothing";
   EXPECT_NE(ShiftOf({1.0 + 1e-11, 1.0, 1.0}), 0.0);
+}
+
+TEST(ShiftOf, IsNoneOfALongConstantColumnWhoseMeanIsRounded) {
+  EXPECT_EQ(ShiftOf(std::vector<double>(100000, 0.1)), 0.0);
+}
+
+TEST(SingleCells, AreInfiniteBeyondSinglePrecision) {
+  int moved = 0;
+  constexpr float kInfinity = std::numeric_limits<float>::infinity();
+  EXPECT_THAT(SingleCells({3.3e38, -3.3e38, 1.0}, -3.3e38, &moved), ElementsAre(kInfinity, 0.0F, 3.3e38F));
+  EXPECT_THAT(SingleCells({-3.3e38}, 3.3e38, &moved), ElementsAre(-kInfinity));
 }
 
 TEST(SingleCells, KeepTheDigitsThatAShiftSets) {

@@ -18,8 +18,10 @@ NCDataVector<float> ReadMeasurements(const CsvTable& table, const std::string& c
   if (kind == ColumnKind::Texts) refuse("holds text, not numbers");
   if (kind == ColumnKind::Empty) refuse("has no measurement");
   int moved = 0;
-  const std::vector<float> cells = SingleCells(ReadNumbers(table, place), /*shift=*/0.0, &moved);
+  const std::vector<double> numbers = ReadNumbers(table, place);
+  const std::vector<float> cells = SingleCells(numbers, /*shift=*/0.0, &moved);
   NoteMovedCells(moved, notes);
+  if (LosesDigits(numbers)) NoteLostDigits({column}, notes);
   NCDataVector<float> measurements;
   measurements.CopyZeroBasedVector(cells.data(), static_cast<int>(cells.size()));
   return measurements;
