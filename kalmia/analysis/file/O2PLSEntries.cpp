@@ -79,8 +79,8 @@ bool Agrees(const StoredO2PLS& model) {
   const auto oy = static_cast<std::size_t>(model.YUnique());
   return k > 0 && m > 0 && n > 0 && a > 0 && model.chain.Empty() && HasComponents(model) &&
          static_cast<std::size_t>(model.xScaling.scale->GetVariables()) == k &&
-         static_cast<std::size_t>(model.yScaling.scale->GetVariables()) == m && HasShape(&o.t, a, n) && HasShape(&o.u, a, n) &&
-         HasShape(&o.p, a, k) && HasShape(&o.w, a, k) && HasShape(&o.c, a, m) && HasShape(&o.q, a, m) &&
+         static_cast<std::size_t>(model.yScaling.scale->GetVariables()) == m && HasShape(&o.t, a, n) &&
+         HasShape(&o.u, a, n) && HasShape(&o.p, a, k) && HasShape(&o.w, a, k) && HasShape(&o.c, a, m) && HasShape(&o.q, a, m) &&
          HasRows(o.to, ox, n) && HasRows(o.wo, ox, k) && HasRows(o.po, ox, k) && HasRows(o.s, ox, m) &&
          HasRows(o.uo, oy, n) && HasRows(o.co, oy, m) && HasRows(o.qo, oy, m) && HasRows(o.r, oy, k) &&
          HasShape(&o.lambda, a, a) && HasShape(&o.xLambda, a, a);

@@ -38,7 +38,7 @@ struct KALMIA_EXPORT Description {
   std::size_t allColumns = 0;              ///< of numbers and of texts
   std::vector<ColumnDescription> columns;  ///< all but those of text
   std::vector<std::string> textColumns;
-  Notes notes;                             ///< what was moved off -99, and what may be wrong with the separator
+  Notes notes;                             ///< what may be wrong with the separator
 
   // Names of columns.
   std::vector<std::string> Constant() const;

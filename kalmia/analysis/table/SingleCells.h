@@ -8,7 +8,8 @@
 #include "kalmia/support/Export.h"
 
 // Where the cells of a table, doubles of which a hole is NaN, become the single-precision cells that the library works
-// on, where a hole is -99. Nothing else knows both.
+// on, where a hole is -99. What models calculate from them, as scaled or filled cells, stays in single precision and
+// keeps clear of -99 where it is calculated (steps/Scaling.h).
 
 namespace kalmia::analysis {
 

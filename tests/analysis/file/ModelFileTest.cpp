@@ -91,7 +91,9 @@ std::string SmallShiftedFile() {
   PLSRecipe recipe;
   recipe.y = {"y"};
   recipe.components = 1;
-  const CsvTable table("a,b,c,y\n1,1000001,2,5000001\n2,1000003,5,5000002\n4,1000002,1,5000004\n3,1000005,2,5000003\n", "t");
+  const char* const text =
+      "a,b,c,y\n1,1000001,2,5000001\n2,1000003,5,5000002\n4,1000002,1,5000004\n3,1000005,2,5000003\n";
+  const CsvTable table(text, "t");
   return ModelFileBytes(Fit(recipe, table).model);
 }
 

@@ -78,7 +78,8 @@ constexpr double kRounding = 1e-5;
 TEST(ShiftedColumns, GiveThePLSModelOfTheirDifferences) {
   for (const int holes : {0, 7}) {
     for (const auto scaling : {NCScale::ScalingUnitVariance, NCScale::ScalingPareto, NCScale::ScalingCentre}) {
-      const PLSResult near = Fit(PLSOf(scaling), Table(0, 40, holes)), far = Fit(PLSOf(scaling), Table(kFar, 40, holes));
+      const PLSResult near = Fit(PLSOf(scaling), Table(0, 40, holes));
+      const PLSResult far = Fit(PLSOf(scaling), Table(kFar, 40, holes));
       EXPECT_THAT(near.model.xScaling.shifts, IsEmpty());
       EXPECT_EQ(far.model.xScaling.shifts.size(), 4U);
       EXPECT_EQ(far.model.yScaling.shifts.size(), 2U);

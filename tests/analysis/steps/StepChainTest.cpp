@@ -121,7 +121,7 @@ TEST(StepChain, NotesWhereTheNamesTellNoSpacingAndCountsChannelsThen) {
                                          "equally spaced numbers"));
   EXPECT_EQ(chain.steps[0].spacing, 1.0F);
   LearnChain(ParseSteps("derivative:1:5", "steps"), &named, &notes);
-  for (int c = 1; c <= 9; ++c) EXPECT_EQ(named.cells.Row(0)[c - 1] * 4.0, nameless.cells.Row(0)[c - 1]);  // a power of two
+  for (int c = 0; c < 9; ++c) EXPECT_EQ(named.cells.Row(0)[c] * 4.0, nameless.cells.Row(0)[c]);  // a power of two
   EXPECT_EQ(notes.Lines().size(), 1U);
 }
 

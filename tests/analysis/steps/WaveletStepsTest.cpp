@@ -73,7 +73,8 @@ TEST(WaveletSteps, WaveletCompressKeepsTheCoefficientsOfLargestMeanSquare) {
       EXPECT_EQ(signals.names[static_cast<std::size_t>(k) - 1], "wavelet_" + std::to_string(position));
       for (int r = 1; r <= 5; ++r) {
         // The library's filters and coefficients are floats: four levels of some units of 2^-24 of cells up to 2.5.
-        EXPECT_NEAR(signals.cells.Row(r - 1)[k - 1], (*Coefficients(x[r], Wavelet::FunctionDaubechies, 2))[position], 5e-6);
+        const auto library = Coefficients(x[r], Wavelet::FunctionDaubechies, 2);
+        EXPECT_NEAR(signals.cells.Row(r - 1)[k - 1], (*library)[position], 5e-6);
       }
     }
   }

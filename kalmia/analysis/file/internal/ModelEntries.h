@@ -15,7 +15,7 @@ namespace kalmia::analysis {
 // bytes that do not hold what it reads, or parts that later work could not rely on.
 
 /// The entries of the content, in their order. Those that a kind of model has no use for are empty; the last one is
-/// there where a column is shifted alone.
+/// there only where a column is shifted.
 enum Entry : unsigned short {
   General,
   XNames,
