@@ -6,6 +6,7 @@
 
 #include "kalmia/analysis/fit/internal/RecipeChecks.h"
 #include "kalmia/analysis/table/CellNumber.h"
+#include "kalmia/analysis/table/ColumnMoments.h"
 #include "kalmia/analysis/table/SingleCells.h"
 #include "kalmia/analysis/table/TableColumns.h"
 #include "kalmia/analysis/table/internal/Refuse.h"
@@ -60,8 +61,7 @@ class Computation {
         case ColumnKind::Numbers:
           result_.columns.push_back(column);
           columns_.names.push_back(Name(column));
-          columns_.shifts.push_back(ShiftOf(ReadNumbers(table_, column)));
-          numbers.push_back(SingleCells(ReadNumbers(table_, column), columns_.shifts.back(), &moved));
+          AddColumn(ReadNumbers(table_, column), &numbers, &moved);
       }
     }
     if (numbers.empty()) Refuse(table_, "no column of numbers is left to fill");
@@ -69,6 +69,13 @@ class Computation {
     columns_.cells = MatrixOf(numbers, table_.Rows());
     result_.shifts = columns_.shifts;
     result_.missing += columns_.cells.GetNumMisVal();
+  }
+
+  /// The only value of a constant column is taken off it: so it is filled with that to the last digit.
+  void AddColumn(const std::vector<double>& cells, std::vector<std::vector<float>>* numbers, int* moved) {
+    const ColumnMoments moments = MomentsOf(cells);
+    columns_.shifts.push_back(moments.min == moments.max ? moments.min : ShiftOf(cells));
+    numbers->push_back(SingleCells(cells, columns_.shifts.back(), moved));
   }
 
   /// Counts the missing cells of a column that is not filled.

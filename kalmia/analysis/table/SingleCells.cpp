@@ -16,8 +16,8 @@ namespace {
 constexpr double kMostDeviations = 1000;   ///< of the mean from 0
 constexpr double kRoundingNoise = 1e-13;   ///< a spread, as a share of the mean, that says nothing
 
-/// To single precision; infinite beyond it, as a cell far from a stored shift may be.
-float Rounded(double cell) {
+/// In single precision; infinite beyond it, as a cell far from a stored shift may be.
+float InSingle(double cell) {
   constexpr double kLargest = std::numeric_limits<float>::max();
   if (std::fabs(cell) <= kLargest) return static_cast<float>(cell);
   return std::copysign(std::numeric_limits<float>::infinity(), static_cast<float>(std::copysign(1.0, cell)));
@@ -46,7 +46,7 @@ std::vector<float> SingleCells(const std::vector<double>& cells, double shift, i
       singles[i] = kMissingCell<float>;
       continue;
     }
-    const float rounded = Rounded(cells[i] - shift);
+    const float rounded = InSingle(cells[i] - shift);
     singles[i] = AvoidMissingValue(rounded);
     if (IsMissing(rounded) && shift == 0.0) ++*moved;
   }
@@ -54,7 +54,14 @@ std::vector<float> SingleCells(const std::vector<double>& cells, double shift, i
 }
 
 double InUnitsOfTable(float cell, double shift) {
-  return shift == 0.0 ? ShortestDouble(cell) : static_cast<double>(cell) + shift;
+  constexpr int kAllDigits = 17;
+  if (shift == 0.0) return ShortestDouble(cell);
+  const double sum = static_cast<double>(cell) + shift;
+  for (int digits = 1; digits < kAllDigits; ++digits) {
+    const double named = Rounded(sum, digits);
+    if (InSingle(named - shift) == cell) return named;
+  }
+  return sum;
 }
 
 void NoteMovedCells(int moved, Notes* notes) {

@@ -168,6 +168,15 @@ TEST(ShiftedColumns, AreFilteredAndFilledWithTheirDigits) {
     }
 }
 
+TEST(ShiftedColumns, ThatAreConstantAreFilledWithTheirValueToTheLastDigit) {
+  FillRecipe recipe;
+  recipe.components = 0;
+  const CsvTable table("k,a\n16777217,1\n,2\n16777217,4\n", "t.csv");
+  const FillResult result = Fit(recipe, table);
+  Notes notes;
+  EXPECT_EQ(FilledText(table, result, "", {}, &notes, nullptr), "k,a\n16777217,1\n16777217,2\n16777217,4\n");
+}
+
 TEST(ShiftedColumns, HaveTheClustersOfTheirDifferences) {
   ClusterRecipe recipe;
   recipe.x = {"x1..x4"};

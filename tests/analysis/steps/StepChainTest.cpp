@@ -25,6 +25,19 @@ using ::testing::HasSubstr;
 using Matrix = FloatCells;
 using Vector = NCDataVector<float>;
 
+TEST(StepChain, CalculatesWithTheNumbersThatParametersAndChannelNamesName) {
+  const Matrix ones(1, 9, 1.0F);
+  EXPECT_EQ(After("linear:0.1", ones)[1][4], 0.1);
+  Signals line = SignalsOf(Mapped(ones, [](double) { return 0.0; }));
+  for (int c = 0; c < 9; ++c) {
+    line.names[static_cast<std::size_t>(c)] = "900." + std::to_string(c + 1);
+    line.cells.Row(0)[c] = 2.5 * c;  // 25 per unit of the names, which are tenths
+  }
+  Notes notes;
+  LearnChain(ParseSteps("derivative:1:5", "steps"), &line, &notes);
+  for (int c = 0; c < 9; ++c) EXPECT_NEAR(line.cells.Row(0)[c], 25.0, 1e-13);
+}
+
 /// What a transformation may be off: half a unit of its 44 binary digits.
 constexpr double kOf44Digits = 0x1p-44;
 

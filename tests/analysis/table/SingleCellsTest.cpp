@@ -61,9 +61,13 @@ TEST(SingleCells, MoveACellOffMinus99AndCountTheMeasuredOnesAlone) {
   EXPECT_THAT(notes.Lines(), ElementsAre(HasSubstr("1 cell measured as -99 is taken as -99.0000076")));
 }
 
-TEST(InUnitsOfTable, NamesACellByItsFewestDigitsAndAddsTheShift) {
+TEST(InUnitsOfTable, NamesACellByTheFewestDigitsThatBringItBack) {
   EXPECT_EQ(InUnitsOfTable(0.1F, 0.0), 0.1);
   EXPECT_EQ(InUnitsOfTable(0.25F, 1e6), 1000000.25);
+  for (const double measured : {10000003.5979, 9999998.6, 1e7}) {
+    const double shift = 10000001.234567;
+    EXPECT_EQ(InUnitsOfTable(static_cast<float>(measured - shift), shift), measured);
+  }
 }
 
 }  // namespace

@@ -39,18 +39,21 @@ double To44Digits(double value) {
   return stretched - (stretched - value);
 }
 
+/// A parameter stands for the number that its fewest digits name, 0.1 for 0.1F: so it was written.
+double ParameterOf(const Step& step, std::size_t i) { return ShortestDouble(static_cast<float>(step.parameters[i])); }
+
 /// The transformation of a cell, not a number where there is none: outside its domain, and beyond single precision,
 /// which models work in.
 double Calculated(const Step& step, double x) {
   const bool isPower = step.kind == StepKind::Power;  // c stands first, it is the one that has to be said
-  const double a = step.parameters[isPower ? 1 : 0], b = step.parameters[isPower ? 2 : 1];
+  const double a = ParameterOf(step, isPower ? 1 : 0), b = ParameterOf(step, isPower ? 2 : 1);
   double value = a * x + b;
   switch (step.kind) {
     case StepKind::Log: value = std::log10(value); break;
     case StepKind::NegLog: value = -std::log10(value); break;
     case StepKind::Logit: value = std::log10((x - a) / (b - x)); break;
     case StepKind::Exp: value = std::exp(value); break;
-    case StepKind::Power: value = std::pow(value, step.parameters[0]); break;
+    case StepKind::Power: value = std::pow(value, ParameterOf(step, 0)); break;
     default: return value;  // linear
   }
   const bool isThere = (std::isnormal(value) || value == 0.0) && std::fabs(value) <= kLargestFloat;

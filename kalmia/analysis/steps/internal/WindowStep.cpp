@@ -7,6 +7,8 @@
 #include <limits>
 #include <numeric>
 
+#include "kalmia/analysis/text/Numbers.h"
+
 namespace kalmia::analysis {
 
 namespace {
@@ -92,7 +94,7 @@ WindowStep::WindowStep(const LearntStep& learnt)
       order_(learnt.step.kind == StepKind::Derivative ? learnt.step.Whole(0) : 0),
       width_(learnt.step.Window()),
       half_(width_ / 2),
-      unit_(std::pow(half_ * static_cast<double>(learnt.spacing), order_)) {
+      unit_(std::pow(half_ * ShortestDouble(learnt.spacing), order_)) {
   std::vector<double> places;
   for (int i = 0; i < width_; ++i) places.push_back(Place(i));
   weights_ = OrthogonalPolynomials(places, degree_).WeightsAt(0.0, order_);
