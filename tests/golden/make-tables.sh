@@ -19,5 +19,12 @@ take_out_cells 2 <"$2/spectra.csv" >"$2/holes.csv"
 take_out_cells 2 <"$1/wine.csv" >"$2/wine-holes.csv"
 take_out_cells 1 <"$1/oliveoil.csv" >"$2/oil-holes.csv"
 
+# Far from zero: 10,000,000 on top of every number.
+move_far() {
+  awk 'BEGIN { FS = OFS = "," } NR > 1 { for (i = 2; i <= NF; i++) if ($i != "") $i = sprintf("%.4f", $i + 10000000) } { print }'
+}
+move_far <"$1/oliveoil.csv" >"$2/far.csv"
+move_far <"$2/oil-holes.csv" >"$2/far-holes.csv"
+
 head -n 101 "$1/drift.csv" >"$2/first-drift.csv"
 printf 'job,very,fairly,little,none\nA,1,2,1,0\nB,3,3,6,1\nC,10,10,14,9\nD,6,7,12,11\n' >"$2/counts.csv"
