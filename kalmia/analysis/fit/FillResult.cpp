@@ -121,11 +121,11 @@ class Computation {
 
   const CsvTable& table_;
   const FillRecipe& recipe_;
-  Notes* notes_;
+  FillResult result_;
+  Notes* notes_;  ///< of the result
   NCProgress* progress_;
   NumberColumns columns_;
   std::vector<std::string> rowNames_;
-  FillResult result_;
 };
 
 }  // namespace
