@@ -6,7 +6,7 @@
 
 int main() try {
   using namespace kalmia::analysis;
-  const CsvTable counts(TextBuffer("she says,milk first,tea first\nmilk first,3,1\ntea first,1,3\n"), "tea");
+  const Table counts(TextBuffer("she says,milk first,tea first\nmilk first,3,1\ntea first,1,3\n"), "tea");
   ExactTestRecipe recipe;
   recipe.alternative = "greater";
   const ExactTestResult result = ComputeExactTest(recipe, counts);

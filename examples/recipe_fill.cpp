@@ -8,7 +8,7 @@
 int main(int argc, char** argv) try {
   using namespace kalmia::analysis;
   if (argc != 2) return std::puts("usage: recipe_fill TABLE"), 2;
-  const CsvTable table = ReadTableFile(argv[1]);
+  const Table table = ReadTableFile(argv[1]);
   FillRecipe recipe;
   recipe.id = "sample";
   recipe.exclude = {"cultivar"};

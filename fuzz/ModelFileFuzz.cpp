@@ -13,7 +13,7 @@
 #include "kalmia/analysis/file/StepChainFile.h"
 #include "kalmia/analysis/model/NewRows.h"
 #include "kalmia/analysis/table/CsvRecords.h"
-#include "kalmia/analysis/table/CsvTable.h"
+#include "kalmia/analysis/table/Table.h"
 #include "tests/analysis/FramedFile.h"
 
 using kalmia::app::ExitCode;
@@ -66,7 +66,7 @@ void FeedTable(const StepChain& chain) try {
 /// A table with one column of X, the others missing.
 void FeedNewRows(const kalmia::analysis::ModelInfo& model) try {
   const std::string name = model.chain.Empty() ? model.xNames.front() : model.chain.inputNames.front();
-  const kalmia::analysis::CsvTable table(kalmia::analysis::CsvField(name) + ",no column of it\n1,2\n3,4\n", "table");
+  const kalmia::analysis::Table table(kalmia::analysis::CsvField(name) + ",no column of it\n1,2\n3,4\n", "table");
   kalmia::analysis::Notes notes;
   const kalmia::analysis::NewRows rows = ReadNewRows(model, table, "", &notes);
   Require(rows.x.SizeRows() == 2 && static_cast<std::size_t>(rows.x.SizeColumns()) == model.xNames.size());

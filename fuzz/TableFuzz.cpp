@@ -9,9 +9,9 @@
 #include "app/console/ExitCode.h"
 #include "kalmia/analysis/table/CellNumber.h"
 #include "kalmia/analysis/table/CsvRecords.h"
-#include "kalmia/analysis/table/CsvTable.h"
+#include "kalmia/analysis/table/Table.h"
 
-using kalmia::analysis::CsvTable;
+using kalmia::analysis::Table;
 
 namespace {
 
@@ -20,7 +20,7 @@ void Require(bool holds) {
 }
 
 /// The table as a CSV text with commas, behind a byte order mark, so that a name may begin with one.
-std::string TextOf(const CsvTable& table) {
+std::string TextOf(const Table& table) {
   std::string text = "\xEF\xBB\xBF";
   const auto append = [&](std::string_view field, int column) {
     text += kalmia::analysis::CsvField(field);
@@ -33,8 +33,8 @@ std::string TextOf(const CsvTable& table) {
   return text;
 }
 
-void RequireTheSameFromItsText(const CsvTable& a) try {
-  const CsvTable b(TextOf(a), "again", {}, nullptr, /*bytesAtOnce=*/7);
+void RequireTheSameFromItsText(const Table& a) try {
+  const Table b(TextOf(a), "again", {}, nullptr, /*bytesAtOnce=*/7);
   Require(a.ColumnNames() == b.ColumnNames() && a.Rows() == b.Rows());
   for (int row = 0; row < a.Rows(); ++row)
     for (int column = 0; column < a.Columns(); ++column) Require(a.Cell(row, column) == b.Cell(row, column));
@@ -46,7 +46,7 @@ void RequireTheSameFromItsText(const CsvTable& a) try {
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) try {
   const std::string text(reinterpret_cast<const char*>(data), size);
-  const CsvTable table(text, "table");
+  const Table table(text, "table");
   Require(table.Rows() > 0 && table.Columns() > 0);
   for (int row = 0; row < table.Rows(); ++row) {
     Require(!table.RowPlace(row).empty());

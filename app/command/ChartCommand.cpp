@@ -35,7 +35,7 @@ std::string RunCommand(const ChartOptions& options, Notes* notes) {
   if (!options.limitsFrom.empty()) stored = ReadLimits(ReadInput(options.limitsFrom), InputName(options.limitsFrom));
   const StoredLimits* const limits = stored ? &*stored : nullptr;
   CheckChart(options.recipe, limits);  // before the table is read
-  const CsvTable table = ReadTable(options.table, options.reading);
+  const Table table = ReadTable(options.table, options.reading);
   TerminalBar bar;
   const ChartResult result = ComputeChart(options.recipe, table, bar.Get(), limits);
   notes->Add(result.notes);

@@ -29,7 +29,7 @@ void CheckOptions(const ClusterOptions& options) {
   if (!options.recipe.temporaryFolder.empty()) CheckTemporaryFolder(options.recipe.temporaryFolder);
 }
 
-ClusterResult Compute(const CsvTable& table, const ClusterOptions& options) {
+ClusterResult Compute(const Table& table, const ClusterOptions& options) {
   ClusterRecipe recipe = options.recipe;
   recipe.temporaryFolderName = recipe.temporaryFolder.empty() ? TemporaryDirectory() : recipe.temporaryFolder;
   const TemporaryFolder folder(recipe.temporaryFolderName);
@@ -52,7 +52,7 @@ void WriteFiles(const ClusterOptions& options, const ClusterResult& result) {
 
 std::string RunCommand(const ClusterOptions& options, Notes* notes) {
   CheckOptions(options);
-  const CsvTable table = ReadTable(options.table, options.reading);
+  const Table table = ReadTable(options.table, options.reading);
   const ClusterResult result = Compute(table, options);
   notes->Add(result.notes);
   WriteFiles(options, result);

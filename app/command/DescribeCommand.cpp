@@ -16,7 +16,7 @@ constexpr std::chrono::milliseconds kShort{400};  ///< a command within this tim
 
 std::string RunCommand(const DescribeOptions& options, Notes* notes) {
   TerminalBar bar(kShort);
-  const CsvTable table = ReadTable(options.table, options.reading);
+  const Table table = ReadTable(options.table, options.reading);
   const Description description = Describe(table, bar.Get());
   notes->Add(description.notes);
   return options.json ? DescriptionJson(description) : DescriptionText(description);

@@ -5,14 +5,14 @@
 #include "app/console/ReadTable.h"
 #include "kalmia/analysis/fit/FillResult.h"
 #include "kalmia/analysis/report/FillReport.h"
-#include "kalmia/analysis/table/CsvTable.h"
+#include "kalmia/analysis/table/Table.h"
 
 namespace kalmia::app {
 
 std::string RunCommand(const FillOptions& options, Notes* notes) {
   CheckPlaces({{"the table", options.table}}, {{"--out", options.out}});
   if (options.report) notes->Add("--report is called --check now");
-  const CsvTable table = ReadTable(options.table, options.reading);
+  const Table table = ReadTable(options.table, options.reading);
   NoteDecimalsThatGiveWay(options.csvMarks.Asked(), table, notes);
   FillRecipe recipe = options.recipe;
   recipe.check = recipe.check || options.report;

@@ -11,7 +11,7 @@
 #include "kalmia/analysis/file/ModelFile.h"
 #include "kalmia/analysis/fit/FilterResult.h"
 #include "kalmia/analysis/report/FilterReport.h"
-#include "kalmia/analysis/table/CsvTable.h"
+#include "kalmia/analysis/table/Table.h"
 #include "kalmia/analysis/text/Failure.h"
 
 namespace kalmia::app {
@@ -27,7 +27,7 @@ StoredFilter ReadFilter(const std::string& file) {
   return std::move(*filter);
 }
 
-FilterResult Compute(const CsvTable& table, const FilterOptions& options, NCProgress* progress) {
+FilterResult Compute(const Table& table, const FilterOptions& options, NCProgress* progress) {
   if (options.model.empty()) return Fit(options.recipe, table, progress);
   FilterResult result = ApplyFilter(ReadFilter(options.model), table, progress);
   result.source = InputName(options.model);
@@ -39,7 +39,7 @@ FilterResult Compute(const CsvTable& table, const FilterOptions& options, NCProg
 std::string RunCommand(const FilterOptions& options, Notes* notes) {
   CheckPlaces(Given({{"the table", options.table}, {"the model", options.model}}),
               Given({{"--out", options.out}, {"--save", options.save}}));
-  const CsvTable table = ReadTable(options.table, options.reading);
+  const Table table = ReadTable(options.table, options.reading);
   NoteDecimalsThatGiveWay(options.csvMarks.Asked(), table, notes);
   TerminalBar bar;
   const FilterResult result = Compute(table, options, bar.Get());

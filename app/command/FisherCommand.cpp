@@ -7,7 +7,7 @@
 namespace kalmia::app {
 
 std::string RunCommand(const FisherOptions& options, Notes* notes) {
-  const CsvTable table = ReadTable(options.table, options.reading);
+  const Table table = ReadTable(options.table, options.reading);
   TerminalBar bar;
   const ExactTestResult result = ComputeExactTest(options.recipe, table, bar.Get());
   notes->Add(result.notes);

@@ -6,7 +6,7 @@
 #include "kalmia/analysis/chart/HistogramResult.h"
 #include "kalmia/analysis/figure/HistogramSvg.h"
 #include "kalmia/analysis/report/HistogramReport.h"
-#include "kalmia/analysis/table/CsvTable.h"
+#include "kalmia/analysis/table/Table.h"
 
 namespace kalmia::app {
 
@@ -20,7 +20,7 @@ std::vector<FilePlace> OutputsOf(const HistogramOptions& options) {
 
 std::string RunCommand(const HistogramOptions& options, Notes* notes) {
   CheckPlaces({{"the table", options.table}}, OutputsOf(options));
-  const CsvTable table = ReadTable(options.table, options.reading);
+  const Table table = ReadTable(options.table, options.reading);
   TerminalBar bar;
   const HistogramResult histogram = ComputeHistogram(options.recipe, table, bar.Get());
   notes->Add(histogram.notes);

@@ -9,7 +9,7 @@
 #include "kalmia/analysis/file/ModelFile.h"
 #include "kalmia/analysis/fit/O2PLSResult.h"
 #include "kalmia/analysis/report/O2PLSReport.h"
-#include "kalmia/analysis/table/CsvTable.h"
+#include "kalmia/analysis/table/Table.h"
 
 namespace kalmia::app {
 
@@ -32,8 +32,8 @@ O2PLSRecipe RecipeOf(const O2PLSOptions& options) {
 
 std::string RunCommand(const O2PLSOptions& options, Notes* notes) {
   CheckFiles(options);
-  const CsvTable xTable = ReadTable(options.table, options.reading);
-  const CsvTable yTable = ReadTable(options.yTable, options.reading);
+  const Table xTable = ReadTable(options.table, options.reading);
+  const Table yTable = ReadTable(options.yTable, options.reading);
   TerminalBar bar;
   const O2PLSResult result = Fit(RecipeOf(options), xTable, yTable, bar.Get());
   notes->Add(result.notes);

@@ -12,7 +12,7 @@
 #include "kalmia/analysis/file/OPLSCvFile.h"
 #include "kalmia/analysis/fit/OPLSResult.h"
 #include "kalmia/analysis/report/OPLSReport.h"
-#include "kalmia/analysis/table/CsvTable.h"
+#include "kalmia/analysis/table/Table.h"
 
 namespace kalmia::app {
 
@@ -35,7 +35,7 @@ std::string RunCommand(const OPLSOptions& options, Notes* notes) {
   if (!options.resume.empty()) resumed = ReadOPLSCvFile(ReadInput(options.resume), InputName(options.resume));
   OPLSRecipe recipe = options.recipe;
   recipe.steps = ReadFitSteps(options);
-  const CsvTable table = ReadTable(options.table, options.reading);
+  const Table table = ReadTable(options.table, options.reading);
   TerminalBar bar;
   const OPLSResult result = Fit(recipe, table, bar.Get(), resumed ? &*resumed : nullptr);
   notes->Add(result.notes);

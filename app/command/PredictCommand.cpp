@@ -9,7 +9,7 @@
 #include "kalmia/analysis/file/ModelFile.h"
 #include "kalmia/analysis/fit/PredictResult.h"
 #include "kalmia/analysis/report/PredictReport.h"
-#include "kalmia/analysis/table/CsvTable.h"
+#include "kalmia/analysis/table/Table.h"
 #include "kalmia/analysis/text/Failure.h"
 
 namespace kalmia::app {
@@ -31,7 +31,7 @@ void Direct(StoredO2PLS* model, const PredictOptions& options) {
 
 /// What was asked for with a stored model of one kind.
 template <class Model>
-std::string PredictWith(const Model& model, const PredictOptions& options, const CsvTable& table, Notes* notes) {
+std::string PredictWith(const Model& model, const PredictOptions& options, const Table& table, Notes* notes) {
   TerminalBar bar;
   const auto result = Predict(model, table, options.id, bar.Get());
   notes->Add(result.notes);
@@ -47,7 +47,7 @@ std::string PredictWith(const Model& model, const PredictOptions& options, const
   return options.json ? PredictJson(model, result, written, *notes) : PredictText(model, table, result);
 }
 
-std::string PredictWith(const StoredFilter& /*model*/, const PredictOptions& options, const CsvTable& /*table*/,
+std::string PredictWith(const StoredFilter& /*model*/, const PredictOptions& options, const Table& /*table*/,
                         Notes* /*notes*/) {
   throw BadData(InputName(options.model) + " holds a filter: kalmia filter TABLE --model " + InputName(options.model) +
                 " --out FILE applies it");
@@ -60,7 +60,7 @@ std::string RunCommand(const PredictOptions& options, Notes* notes) {
               PlacesInCsvFolder(options.csvFolder, {kPredictionsFile}));
   StoredModel model = ReadModelFile(ReadInput(options.model), InputName(options.model));
   std::visit([&options](auto& own) { Direct(&own, options); }, model);
-  const CsvTable table = ReadTable(options.table, options.reading);
+  const Table table = ReadTable(options.table, options.reading);
   return std::visit([&](const auto& own) { return PredictWith(own, options, table, notes); }, model);
 }
 

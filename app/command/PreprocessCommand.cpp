@@ -10,7 +10,7 @@
 #include "kalmia/analysis/file/StepChainFile.h"
 #include "kalmia/analysis/report/PreprocessReport.h"
 #include "kalmia/analysis/steps/PreprocessedTable.h"
-#include "kalmia/analysis/table/CsvTable.h"
+#include "kalmia/analysis/table/Table.h"
 #include "kalmia/analysis/text/Failure.h"
 
 namespace kalmia::app {
@@ -32,7 +32,7 @@ std::string RunCommand(const PreprocessOptions& options, Notes* notes) {
   CheckPlaces(Given({{"the table", options.table}, {"--steps-file", options.stepsFile}}),
               Given({{"--out", options.out}, {"--save", options.save}}));
   const PreprocessRecipe recipe = RecipeOf(options);
-  const CsvTable table = ReadTable(options.table, options.reading);
+  const Table table = ReadTable(options.table, options.reading);
   TerminalBar bar;
   const PreprocessedTable result = Preprocess(recipe, table, bar.Get());
   notes->Add(result.notes);

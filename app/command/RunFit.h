@@ -12,7 +12,7 @@
 #include "kalmia/analysis/report/CsvFile.h"
 #include "kalmia/analysis/report/WrittenFiles.h"
 #include "kalmia/analysis/table/CsvMarks.h"
-#include "kalmia/analysis/table/CsvTable.h"
+#include "kalmia/analysis/table/Table.h"
 #include "kalmia/analysis/text/Notes.h"
 
 namespace kalmia::app {
@@ -21,7 +21,7 @@ namespace kalmia::app {
 template <class Result>
 struct FitReport {
   std::string (*text)(const Result&, const FitFiles&);
-  std::string (*json)(const CsvTable&, const Result&, const Notes&, const FitFiles&);
+  std::string (*json)(const Table&, const Result&, const Notes&, const FitFiles&);
   std::vector<CsvFile> (*csvFiles)(const Result&, const CsvMarks&);
   std::vector<std::string> (*csvFileNames)();
 };
@@ -32,7 +32,7 @@ std::string RunFit(const Options& options, const FitReport<Result>& report, Note
   CheckFitPlaces(options, report.csvFileNames());
   auto recipe = options.recipe;
   recipe.steps = ReadFitSteps(options);
-  const CsvTable table = ReadTable(options.table, options.reading);
+  const Table table = ReadTable(options.table, options.reading);
   TerminalBar bar;
   const Result result = Fit(recipe, table, bar.Get());
   notes->Add(result.notes);

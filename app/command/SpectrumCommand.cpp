@@ -34,7 +34,7 @@ void WriteFiles(const SpectrumOptions& options, const SpectrumResult& result) {
 std::string RunCommand(const SpectrumOptions& options, Notes* notes) {
   CheckSpectrum(options.recipe);  // before the table is read
   CheckPlaces({{"the table", options.table}}, OutputsOf(options));
-  const CsvTable table = ReadTable(options.table, options.reading);
+  const Table table = ReadTable(options.table, options.reading);
   TerminalBar bar;
   const SpectrumResult result = ComputeSpectrum(options.recipe, table, bar.Get());
   notes->Add(result.notes);

@@ -18,7 +18,7 @@ constexpr float kRead = 0.2F;  ///< of the bar
 
 }  // namespace
 
-CsvTable ReadTable(const std::string& file, const ReadOptions& options) {
+Table ReadTable(const std::string& file, const ReadOptions& options) {
   const std::string name = InputName(file);
   ProgressLine line(kShort);
   NCProgress progress(std::make_unique<ConsoleProgress>(&line));

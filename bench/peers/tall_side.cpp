@@ -10,12 +10,12 @@
 #include <limits>
 
 #include "app/console/InputFile.h"
-#include "kalmia/analysis/table/CsvTable.h"
+#include "kalmia/analysis/table/Table.h"
 #include "kalmia/kernels/ThreadingControl.h"
 
 namespace {
 
-double SumOf(const kalmia::analysis::CsvTable& table) {
+double SumOf(const kalmia::analysis::Table& table) {
   double sum = 0.0;
   for (int column = 0; column < table.Columns(); ++column) {
     const double* const numbers = table.Column(column).numbers;
@@ -38,7 +38,7 @@ int main(int argc, char** argv) {
   double sum = 0.0;
   for (int repeat = std::atoi(argv[3]); repeat > 0; --repeat) {
     const auto begin = std::chrono::steady_clock::now();
-    const kalmia::analysis::CsvTable table(kalmia::app::ReadText(argv[1]), argv[1]);
+    const kalmia::analysis::Table table(kalmia::app::ReadText(argv[1]), argv[1]);
     const std::chrono::duration<double> seconds = std::chrono::steady_clock::now() - begin;
     best = std::min(best, seconds.count());
     sum = SumOf(table);

@@ -78,7 +78,7 @@
 #include "kalmia/analysis/table/CsvMarks.h"
 #include "kalmia/analysis/table/CsvRecords.h"
 #include "kalmia/analysis/table/CsvRows.h"
-#include "kalmia/analysis/table/CsvTable.h"
+#include "kalmia/analysis/table/Table.h"
 #include "kalmia/analysis/table/Description.h"
 #include "kalmia/analysis/table/ReadOptions.h"
 #include "kalmia/analysis/table/SharedWork.h"

@@ -8,7 +8,7 @@
 #include "kalmia/analysis/table/ReadOptions.h"
 
 /// A table as a plain reader sees it, which goes through the text byte by byte, in the order in which it stands: the
-/// witness of CsvTable.
+/// witness of Table.
 struct PlainTable {
   std::string refusal;  ///< the message, without the name of the text; what follows is good only if it is empty
   char separator = ',';

@@ -120,7 +120,7 @@ std::string WithHoles(const std::string& table, int every) {
   return holed;
 }
 
-std::vector<double> NumbersOf(const kalmia::analysis::CsvTable& table, const std::string& column) {
+std::vector<double> NumbersOf(const kalmia::analysis::Table& table, const std::string& column) {
   std::vector<double> numbers;
   const int c = table.Find(column);
   for (int row = 0; row < table.Rows(); ++row) {
@@ -130,4 +130,4 @@ std::vector<double> NumbersOf(const kalmia::analysis::CsvTable& table, const std
   return numbers;
 }
 
-kalmia::analysis::CsvTable CsvAt(const std::string& path) { return {ReadWholeFile(path), path}; }
+kalmia::analysis::Table CsvAt(const std::string& path) { return {ReadWholeFile(path), path}; }

@@ -3,7 +3,7 @@
 #include <string>
 #include <vector>
 
-#include "kalmia/analysis/table/CsvTable.h"
+#include "kalmia/analysis/table/Table.h"
 
 /// A table of `rows` rows, named in the column `name`, and columns `x1` to `xK` and `y`, where y follows the first
 /// three x columns but for noise: the same text for the same arguments on every machine.
@@ -33,7 +33,7 @@ std::string WithRowsReversed(const std::string& table);
 std::string WithHoles(const std::string& table, int every);
 
 /// A column of a CSV file as numbers; NaN where it is empty.
-std::vector<double> NumbersOf(const kalmia::analysis::CsvTable& table, const std::string& column);
+std::vector<double> NumbersOf(const kalmia::analysis::Table& table, const std::string& column);
 
 /// The CSV file at the path.
-kalmia::analysis::CsvTable CsvAt(const std::string& path);
+kalmia::analysis::Table CsvAt(const std::string& path);

@@ -152,7 +152,7 @@ void CheckPanels(const std::string& where, const ChartResult& result) {
   }
 }
 
-ChartResult Compute(const ChartRecipe& recipe, const CsvTable& table, const StoredLimits* limits,
+ChartResult Compute(const ChartRecipe& recipe, const Table& table, const StoredLimits* limits,
                     NCProgress* progress) {
   WorkProgress(progress).Begin("computing the chart");
   const ControlChart::ControlType type = TypeOf(recipe);
@@ -202,7 +202,7 @@ void CheckChart(const ChartRecipe& recipe, const StoredLimits* limits) {
   CheckSettings(recipe, type, SubgroupOf(recipe, limits));
 }
 
-ChartResult ComputeChart(const ChartRecipe& recipe, const CsvTable& table, NCProgress* progress,
+ChartResult ComputeChart(const ChartRecipe& recipe, const Table& table, NCProgress* progress,
                          const StoredLimits* limits) {
   CheckChart(recipe, limits);
   return WithoutLibraryErrors([&] { return Compute(recipe, table, limits, progress); });

@@ -5,7 +5,7 @@
 
 #include "kalmia/analysis/chart/ChartRecipe.h"
 #include "kalmia/analysis/chart/RunRules.h"
-#include "kalmia/analysis/table/CsvTable.h"
+#include "kalmia/analysis/table/Table.h"
 #include "kalmia/analysis/text/Notes.h"
 #include "kalmia/statistics/ControlChart.h"
 #include "kalmia/support/Export.h"
@@ -85,7 +85,7 @@ KALMIA_EXPORT void CheckChart(const ChartRecipe& recipe, const StoredLimits* lim
 /// Makes the chart that the recipe asks for, with the limits that are given unless they are null. `progress` may be
 /// null. Throws as CheckChart and ReadMeasurements do, and BadData: less than one subgroup; too few values for limits;
 /// numbers too large.
-KALMIA_EXPORT ChartResult ComputeChart(const ChartRecipe& recipe, const CsvTable& table, NCProgress* progress = nullptr,
+KALMIA_EXPORT ChartResult ComputeChart(const ChartRecipe& recipe, const Table& table, NCProgress* progress = nullptr,
                          const StoredLimits* limits = nullptr);
 
 }  // namespace kalmia::analysis

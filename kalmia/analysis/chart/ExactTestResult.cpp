@@ -56,7 +56,7 @@ const std::vector<std::string>& AlternativeWords() {
   return words;
 }
 
-ExactTestResult ComputeExactTest(const ExactTestRecipe& recipe, const CsvTable& table, NCProgress* progress) {
+ExactTestResult ComputeExactTest(const ExactTestRecipe& recipe, const Table& table, NCProgress* progress) {
   Notes notes;
   const CountTable counts = ReadCounts(table, &notes, progress);
   ExactTestResult result = ComputeExactTest(recipe, counts, progress);

@@ -4,7 +4,7 @@
 #include <vector>
 
 #include "kalmia/analysis/table/CountTable.h"
-#include "kalmia/analysis/table/CsvTable.h"
+#include "kalmia/analysis/table/Table.h"
 #include "kalmia/analysis/text/Notes.h"
 #include "kalmia/support/Export.h"
 #include "kalmia/support/NCProgress.h"
@@ -33,7 +33,7 @@ struct ExactTestResult {
 /// larger tables. Throws BadRequest for an alternative that there is not; BadData as ReadCounts, for an alternative
 /// that does not go with the table, and where the table is too large; Stopped where the bar wants to stop before the
 /// test.
-KALMIA_EXPORT ExactTestResult ComputeExactTest(const ExactTestRecipe& recipe, const CsvTable& table,
+KALMIA_EXPORT ExactTestResult ComputeExactTest(const ExactTestRecipe& recipe, const Table& table,
                                                NCProgress* progress = nullptr);
 KALMIA_EXPORT ExactTestResult ComputeExactTest(const ExactTestRecipe& recipe, const CountTable& counts,
                                  NCProgress* progress = nullptr);

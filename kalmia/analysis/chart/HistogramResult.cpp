@@ -51,7 +51,7 @@ int HistogramResult::LargestCount() const {
 
 std::string HistogramResult::Title() const { return OneLine(column) + " of " + OneLine(table); }
 
-HistogramResult ComputeHistogram(const HistogramRecipe& recipe, const CsvTable& table, NCProgress* progress) {
+HistogramResult ComputeHistogram(const HistogramRecipe& recipe, const Table& table, NCProgress* progress) {
   WorkProgress(progress).Begin("computing the histogram");
   Notes notes;
   const NCDataVector<float> data = ReadMeasurements(table, recipe.column, &notes);

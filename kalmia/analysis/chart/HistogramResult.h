@@ -2,7 +2,7 @@
 
 #include <string>
 
-#include "kalmia/analysis/table/CsvTable.h"
+#include "kalmia/analysis/table/Table.h"
 #include "kalmia/analysis/text/Notes.h"
 #include "kalmia/statistics/FrequencyHistogram.h"
 #include "kalmia/support/Export.h"
@@ -37,7 +37,7 @@ struct KALMIA_EXPORT HistogramResult {
 /// The histogram that the recipe asks for. `progress` may be null.
 /// Throws BadData as ReadMeasurements, and for values so large that edges of bins fall together or overflow in single
 /// precision; Stopped where the bar wants to stop.
-KALMIA_EXPORT HistogramResult ComputeHistogram(const HistogramRecipe& recipe, const CsvTable& table,
+KALMIA_EXPORT HistogramResult ComputeHistogram(const HistogramRecipe& recipe, const Table& table,
                                                NCProgress* progress = nullptr);
 
 }  // namespace kalmia::analysis

@@ -61,7 +61,7 @@ struct Signal {
   NCDataVector<float> cells;
 };
 
-Signal ReadSignal(const CsvTable& table, const std::string& column, Notes* notes) {
+Signal ReadSignal(const Table& table, const std::string& column, Notes* notes) {
   Signal signal = {column, table.Name() + ": the column " + Quoted(column), ReadMeasurements(table, column, notes)};
   float smallest = 0.0F, largest = 0.0F;
   signal.cells.GetMinMax(smallest, largest);
@@ -189,7 +189,7 @@ void CheckSpectrum(const SpectrumRecipe& recipe) {
                    InSetting("segment"));
 }
 
-SpectrumResult ComputeSpectrum(const SpectrumRecipe& recipe, const CsvTable& table, NCProgress* progress) {
+SpectrumResult ComputeSpectrum(const SpectrumRecipe& recipe, const Table& table, NCProgress* progress) {
   CheckSpectrum(recipe);
   WorkProgress(progress).Begin("computing correlations and spectra");
   SpectrumResult result = {};

@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "kalmia/analysis/table/CsvTable.h"
+#include "kalmia/analysis/table/Table.h"
 #include "kalmia/analysis/text/Notes.h"
 #include "kalmia/support/Export.h"
 #include "kalmia/support/NCProgress.h"
@@ -63,7 +63,7 @@ KALMIA_EXPORT void CheckSpectrum(const SpectrumRecipe& recipe);
 /// neighbours, with a note. `progress` may be null.
 /// Throws as CheckSpectrum and ReadMeasurements do; BadData for a column that does not vary, for more lags or a longer
 /// segment than its rows give, and for a power beyond single precision; Stopped where the bar wants to stop.
-KALMIA_EXPORT SpectrumResult ComputeSpectrum(const SpectrumRecipe& recipe, const CsvTable& table,
+KALMIA_EXPORT SpectrumResult ComputeSpectrum(const SpectrumRecipe& recipe, const Table& table,
                                              NCProgress* progress = nullptr);
 
 }  // namespace kalmia::analysis

@@ -16,7 +16,7 @@ namespace kalmia::analysis {
 
 namespace {
 
-void CheckRecipe(const CsvTable& table, const ClusterRecipe& recipe) {
+void CheckRecipe(const Table& table, const ClusterRecipe& recipe) {
   if (recipe.method != "ward" && recipe.method != "single") {
     throw BadRequest("there is no clustering by the method " + Quoted(recipe.method) + ": take ward or single");
   }
@@ -28,7 +28,7 @@ void CheckRecipe(const CsvTable& table, const ClusterRecipe& recipe) {
                 std::to_string(recipe.cut) + " clusters");
 }
 
-void CheckHeights(const CsvTable& table, const std::vector<ClusterMerge>& merges) {
+void CheckHeights(const Table& table, const std::vector<ClusterMerge>& merges) {
   if (std::all_of(merges.begin(), merges.end(), [](const ClusterMerge& m) { return std::isfinite(m.height); })) return;
   throw BadData(table.Name() + ": distances are too large for single precision; try scaling to unit variance");
 }
@@ -41,7 +41,7 @@ void NoteFallingHeights(const std::vector<ClusterMerge>& merges, Notes* notes) {
   notes->Add(Counted(lower, "merge") + (lower == 1 ? " is" : " are") + " lower than one within its cluster");
 }
 
-ClusterResult Compute(const ClusterRecipe& recipe, const CsvTable& table, NCProgress* progress) {
+ClusterResult Compute(const ClusterRecipe& recipe, const Table& table, NCProgress* progress) {
   Notes notes;
   WorkProgress(progress).Begin("selecting the columns");
   ClusterResult result = {table.Name(), recipe.method, recipe.scaling, SelectClusterData(table, recipe, &notes),
@@ -78,7 +78,7 @@ std::vector<ClusterSummary> SummariesOf(const ClusterResult& result) {
   return summaries;
 }
 
-ClusterResult Fit(const ClusterRecipe& recipe, const CsvTable& table, NCProgress* progress) {
+ClusterResult Fit(const ClusterRecipe& recipe, const Table& table, NCProgress* progress) {
   CheckRecipe(table, recipe);
   return WithoutLibraryErrors([&] { return Compute(recipe, table, progress); });
 }

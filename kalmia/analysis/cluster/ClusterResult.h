@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "kalmia/analysis/cluster/ClusterRecipe.h"
-#include "kalmia/analysis/table/CsvTable.h"
+#include "kalmia/analysis/table/Table.h"
 #include "kalmia/analysis/text/Notes.h"
 #include "kalmia/cluster/DendroGramNode.h"
 #include "kalmia/containers/NCDataMatrix.h"
@@ -73,6 +73,6 @@ KALMIA_EXPORT std::vector<ClusterSummary> SummariesOf(const ClusterResult& resul
 /// that are lower than one within their cluster. `progress` may be null. Throws BadRequest for a method that there is
 /// not, BadData for more clusters than rows and for distances that are too large, and as SelectClusterData and
 /// BuildTree do.
-KALMIA_EXPORT ClusterResult Fit(const ClusterRecipe& recipe, const CsvTable& table, NCProgress* progress = nullptr);
+KALMIA_EXPORT ClusterResult Fit(const ClusterRecipe& recipe, const Table& table, NCProgress* progress = nullptr);
 
 }  // namespace kalmia::analysis

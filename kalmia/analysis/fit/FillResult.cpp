@@ -25,7 +25,7 @@ constexpr std::size_t kNamed = 10;  ///< a note names so many columns, and count
 /// Works from the table to the outcome.
 class Computation {
  public:
-  Computation(const CsvTable& table, const FillRecipe& recipe, NCProgress* progress)
+  Computation(const Table& table, const FillRecipe& recipe, NCProgress* progress)
       : table_(table), recipe_(recipe), notes_(&result_.notes), progress_(progress) {}
 
   FillResult Compute() {
@@ -119,7 +119,7 @@ class Computation {
 
   static std::size_t AsSize(int count) { return static_cast<std::size_t>(count); }
 
-  const CsvTable& table_;
+  const Table& table_;
   const FillRecipe& recipe_;
   FillResult result_;
   Notes* notes_;  ///< of the result
@@ -130,12 +130,12 @@ class Computation {
 
 }  // namespace
 
-FillResult Fit(const FillRecipe& recipe, const CsvTable& table, NCProgress* progress) {
+FillResult Fit(const FillRecipe& recipe, const Table& table, NCProgress* progress) {
   CheckRecipe(recipe);
   return WithoutLibraryErrors([&] { return Computation(table, recipe, progress).Compute(); });
 }
 
-std::string FilledText(const CsvTable& table, const FillResult& result, const std::string& id,
+std::string FilledText(const Table& table, const FillResult& result, const std::string& id,
                        const AskedMarks& marks, Notes* notes, NCProgress* progress) {
   std::vector<int> matrixColumn(static_cast<std::size_t>(table.Columns()), 0);  // from 1; 0: not filled
   for (std::size_t c = 0; c < result.columns.size(); ++c) {

@@ -8,7 +8,7 @@
 #include "kalmia/analysis/fit/FillTrial.h"
 #include "kalmia/analysis/fit/FitRecipes.h"
 #include "kalmia/analysis/table/CsvMarks.h"
-#include "kalmia/analysis/table/CsvTable.h"
+#include "kalmia/analysis/table/Table.h"
 #include "kalmia/analysis/text/Notes.h"
 #include "kalmia/support/Export.h"
 
@@ -38,11 +38,11 @@ struct FillResult {
 
 /// Fills the columns of numbers. Here as below `progress` may be null. Throws BadData: a column that does not
 /// exist, a cell that is no number, no column of numbers; and as FillColumns.
-KALMIA_EXPORT FillResult Fit(const FillRecipe& recipe, const CsvTable& table, NCProgress* progress = nullptr);
+KALMIA_EXPORT FillResult Fit(const FillRecipe& recipe, const Table& table, NCProgress* progress = nullptr);
 
 /// The text of the table with the filled cells in it, as WithNewCells writes it, with its note. `id` is that of the
 /// recipe.
-KALMIA_EXPORT std::string FilledText(const CsvTable& table, const FillResult& result, const std::string& id,
+KALMIA_EXPORT std::string FilledText(const Table& table, const FillResult& result, const std::string& id,
                        const AskedMarks& marks, Notes* notes, NCProgress* progress);
 
 }  // namespace kalmia::analysis

@@ -47,7 +47,7 @@ void LeaveOutRowsWithoutY(ModelData* data, Notes* notes) {
   data->y = y;
 }
 
-FilteredTable FilterRows(const StoredFilter& filter, const CsvTable& table, Notes* notes, NCProgress* progress) {
+FilteredTable FilterRows(const StoredFilter& filter, const Table& table, Notes* notes, NCProgress* progress) {
   NewRows rows = ReadNewRows(filter, table, "", notes, progress);
   NoteMovedCells(rows.moved, notes);
   FilteredTable filtered;
@@ -73,7 +73,7 @@ FilteredTable FilterRows(const StoredFilter& filter, const CsvTable& table, Note
   return filtered;
 }
 
-FilterResult Compute(const FilterRecipe& recipe, const CsvTable& table, NCProgress* progress) {
+FilterResult Compute(const FilterRecipe& recipe, const Table& table, NCProgress* progress) {
   FilterResult result;
   FitRecipe selection;
   static_cast<XRecipe&>(selection) = recipe;
@@ -100,12 +100,12 @@ FilterResult Compute(const FilterRecipe& recipe, const CsvTable& table, NCProgre
 
 }  // namespace
 
-FilterResult Fit(const FilterRecipe& recipe, const CsvTable& table, NCProgress* progress) {
+FilterResult Fit(const FilterRecipe& recipe, const Table& table, NCProgress* progress) {
   CheckRecipe(recipe);
   return WithoutLibraryErrors([&] { return Compute(recipe, table, progress); });
 }
 
-FilterResult ApplyFilter(StoredFilter filter, const CsvTable& table, NCProgress* progress) {
+FilterResult ApplyFilter(StoredFilter filter, const Table& table, NCProgress* progress) {
   FilterResult result;
   result.filter = std::move(filter);
   result.filtered =
@@ -113,7 +113,7 @@ FilterResult ApplyFilter(StoredFilter filter, const CsvTable& table, NCProgress*
   return result;
 }
 
-std::string FilteredText(const CsvTable& table, const FilterResult& result, const AskedMarks& marks,
+std::string FilteredText(const Table& table, const FilterResult& result, const AskedMarks& marks,
                          Notes* notes, NCProgress* progress) {
   const StoredFilter& filter = result.filter;
   const FilteredTable& filtered = result.filtered;

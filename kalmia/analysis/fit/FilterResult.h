@@ -6,7 +6,7 @@
 #include "kalmia/analysis/fit/FitRecipes.h"
 #include "kalmia/analysis/model/StoredModel.h"
 #include "kalmia/analysis/table/CsvMarks.h"
-#include "kalmia/analysis/table/CsvTable.h"
+#include "kalmia/analysis/table/Table.h"
 #include "kalmia/analysis/text/Notes.h"
 #include "kalmia/containers/NCDataMatrix.h"
 #include "kalmia/support/Export.h"
@@ -33,16 +33,16 @@ struct FilterResult {
 /// Makes the filter that the recipe asks for, and applies it. Rows without any X cell, or without any Y cell, take no
 /// part in the fit, with a note; they are filtered like the others. Here as below `progress` may be null. Throws
 /// Failure as SelectData, ExtractFilter and ApplyFilter do.
-KALMIA_EXPORT FilterResult Fit(const FilterRecipe& recipe, const CsvTable& table, NCProgress* progress = nullptr);
+KALMIA_EXPORT FilterResult Fit(const FilterRecipe& recipe, const Table& table, NCProgress* progress = nullptr);
 
 /// Filters the rows of a table by a stored filter, which the result holds. Columns are matched by name. The table that
 /// a filter was made of comes out as it does with the stored filter, to the bit. A missing cell stays missing. Throws
 /// BadData as ReadNewRows, and where the numbers overflow.
-KALMIA_EXPORT FilterResult ApplyFilter(StoredFilter filter, const CsvTable& table, NCProgress* progress = nullptr);
+KALMIA_EXPORT FilterResult ApplyFilter(StoredFilter filter, const Table& table, NCProgress* progress = nullptr);
 
 /// The text of the table with the filtered cells in it, as WithNewCells writes it, with its note; a missing cell stays
 /// as it is.
-KALMIA_EXPORT std::string FilteredText(const CsvTable& table, const FilterResult& result, const AskedMarks& marks,
+KALMIA_EXPORT std::string FilteredText(const Table& table, const FilterResult& result, const AskedMarks& marks,
                          Notes* notes, NCProgress* progress);
 
 }  // namespace kalmia::analysis

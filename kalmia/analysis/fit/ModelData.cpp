@@ -49,7 +49,7 @@ void FillMatrix(const std::vector<SingleColumn>& columns, int rows, NCDataMatrix
 /// Works from the columns of the table to the matrices.
 class Selection {
  public:
-  Selection(const CsvTable& table, const FitRecipe& recipe, const std::vector<std::string>& y, Notes* notes,
+  Selection(const Table& table, const FitRecipe& recipe, const std::vector<std::string>& y, Notes* notes,
             NCProgress* progress)
       : table_(table), recipe_(recipe), yArguments_(y), notes_(notes), progress_(progress) {}
 
@@ -244,7 +244,7 @@ class Selection {
     }
   }
 
-  const CsvTable& table_;
+  const Table& table_;
   const FitRecipe& recipe_;
   const std::vector<std::string>& yArguments_;
   Notes* notes_;
@@ -263,7 +263,7 @@ class Selection {
 
 }  // namespace
 
-ModelData SelectData(const CsvTable& table, const FitRecipe& recipe, const std::vector<std::string>& y,
+ModelData SelectData(const Table& table, const FitRecipe& recipe, const std::vector<std::string>& y,
                      Notes* notes, NCProgress* progress) {
   return Selection(table, recipe, y, notes, progress).Select();
 }

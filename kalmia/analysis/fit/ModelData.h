@@ -6,7 +6,7 @@
 
 #include "kalmia/analysis/fit/FitRecipes.h"
 #include "kalmia/analysis/steps/StepChain.h"
-#include "kalmia/analysis/table/CsvTable.h"
+#include "kalmia/analysis/table/Table.h"
 #include "kalmia/analysis/text/Notes.h"
 #include "kalmia/containers/NCDataMatrix.h"
 #include "kalmia/containers/NCIntegralVector.h"
@@ -43,7 +43,7 @@ struct ModelData {
 /// left out. `progress`, which may be null, shows the steps. Throws BadData: a column that is not there; a Y
 /// of text, without values or without variance; no X column or no X cell left; X that the steps cannot take; a row
 /// without a group, fewer than two groups; a cell that is no number.
-KALMIA_EXPORT ModelData SelectData(const CsvTable& table, const FitRecipe& recipe, const std::vector<std::string>& y,
+KALMIA_EXPORT ModelData SelectData(const Table& table, const FitRecipe& recipe, const std::vector<std::string>& y,
                                    Notes* notes, NCProgress* progress);
 
 /// "constant columns: a, b; empty columns: c", what was left out of X for want of variance; empty if nothing was.

@@ -29,7 +29,7 @@ struct RowPairs {
 };
 
 /// The row of each id.
-std::unordered_map<std::string, int> RowsOfIds(const CsvTable& table, int column) {
+std::unordered_map<std::string, int> RowsOfIds(const Table& table, int column) {
   std::unordered_map<std::string, int> rows;
   for (int row = 0; row < table.Rows(); ++row) {
     const std::string id = table.Cell(row, column);
@@ -58,7 +58,7 @@ std::vector<T> Picked(const std::vector<T>& items, const std::vector<int>& place
 /// Works from the two tables to the blocks.
 class Selection {
  public:
-  Selection(const CsvTable& xTable, const CsvTable& yTable, const O2PLSRecipe& recipe, Notes* notes)
+  Selection(const Table& xTable, const Table& yTable, const O2PLSRecipe& recipe, Notes* notes)
       : xTable_(xTable), yTable_(yTable), recipe_(recipe), notes_(notes) {}
 
   BlockPair Select() {
@@ -134,7 +134,7 @@ class Selection {
     if (!rows.empty()) notes_->Add("left out, " + what + ": " + Listed(rows, kNamed));
   }
 
-  void ReadBlock(const CsvTable& table, const std::vector<std::string>& arguments, const std::vector<int>& rows,
+  void ReadBlock(const Table& table, const std::vector<std::string>& arguments, const std::vector<int>& rows,
                  const std::string& name, Block* block) {
     block->table = table.Name();
     const int id = &table == &xTable_ ? xId_ : yId_;
@@ -176,7 +176,7 @@ class Selection {
   }
 
   /// Those in which no two cells differ in the rows of both tables.
-  void LeaveOutColumns(const CsvTable& table, const std::string& name, Block* block) {
+  void LeaveOutColumns(const Table& table, const std::string& name, Block* block) {
     Block varying;
     std::vector<std::vector<float>> singles;
     std::vector<std::string> losing;
@@ -209,7 +209,7 @@ class Selection {
     NoteColumns(name, "empty columns", block->emptyColumns);
   }
 
-  static void RefuseWithoutColumns(const CsvTable& table, const std::string& name, const Block& block) {
+  static void RefuseWithoutColumns(const Table& table, const std::string& name, const Block& block) {
     if (!block.names.empty()) return;
     Refuse(table, "no column of numbers that varies is left for " + name + LeftOutText(block) + SeparatorHint(table));
   }
@@ -241,7 +241,7 @@ class Selection {
     if (missing == 0) return;
     const bool inX = pair_.x.cells.GetNumMisVal() > 0;
     const Block& block = inX ? pair_.x : pair_.y;
-    const CsvTable& table = inX ? xTable_ : yTable_;
+    const Table& table = inX ? xTable_ : yTable_;
     const std::vector<int>& rows = inX ? rows_.x : rows_.y;
     for (std::size_t r = 0; r < rows.size(); ++r)
       for (std::size_t c = 0; c < block.names.size(); ++c) {
@@ -263,8 +263,8 @@ class Selection {
     pair_.groups = GetDeafultCVGroupsVector(rows, pair_.rounds);
   }
 
-  const CsvTable& xTable_;
-  const CsvTable& yTable_;
+  const Table& xTable_;
+  const Table& yTable_;
   const O2PLSRecipe& recipe_;
   Notes* notes_;
   BlockPair pair_;
@@ -276,7 +276,7 @@ class Selection {
 
 }  // namespace
 
-BlockPair SelectBlocks(const CsvTable& xTable, const CsvTable& yTable, const O2PLSRecipe& recipe, Notes* notes) {
+BlockPair SelectBlocks(const Table& xTable, const Table& yTable, const O2PLSRecipe& recipe, Notes* notes) {
   return Selection(xTable, yTable, recipe, notes).Select();
 }
 

@@ -4,7 +4,7 @@
 #include <vector>
 
 #include "kalmia/analysis/fit/FitRecipes.h"
-#include "kalmia/analysis/table/CsvTable.h"
+#include "kalmia/analysis/table/Table.h"
 #include "kalmia/analysis/text/Notes.h"
 #include "kalmia/containers/NCDataMatrix.h"
 #include "kalmia/containers/NCIntegralVector.h"
@@ -42,7 +42,7 @@ struct BlockPair {
 /// Throws BadData: a column that does not exist; a row without an id, an id that comes twice, no common id;
 /// without `id` tables of different length; a block without a column that varies; a column of the same cells in
 /// both blocks; a hole, unless the recipe says `fill`; fewer than two rows; a cell that is no number.
-KALMIA_EXPORT BlockPair SelectBlocks(const CsvTable& xTable, const CsvTable& yTable, const O2PLSRecipe& recipe,
+KALMIA_EXPORT BlockPair SelectBlocks(const Table& xTable, const Table& yTable, const O2PLSRecipe& recipe,
                                      Notes* notes);
 
 }  // namespace kalmia::analysis

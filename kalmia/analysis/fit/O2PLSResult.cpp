@@ -69,7 +69,7 @@ void JudgePredictions(const O2PLSTask& task, O2PLSResult* result, NCProgress* pr
   TurnAround(&model);
 }
 
-O2PLSResult Compute(const O2PLSRecipe& recipe, const CsvTable& xTable, const CsvTable& yTable, NCProgress* progress) {
+O2PLSResult Compute(const O2PLSRecipe& recipe, const Table& xTable, const Table& yTable, NCProgress* progress) {
   O2PLSResult result;
   WorkProgress(progress).Begin("selecting the blocks");
   result.data = SelectBlocks(xTable, yTable, recipe, &result.notes);
@@ -95,7 +95,7 @@ O2PLSResult Compute(const O2PLSRecipe& recipe, const CsvTable& xTable, const Csv
 
 }  // namespace
 
-O2PLSResult Fit(const O2PLSRecipe& recipe, const CsvTable& xTable, const CsvTable& yTable, NCProgress* progress) {
+O2PLSResult Fit(const O2PLSRecipe& recipe, const Table& xTable, const Table& yTable, NCProgress* progress) {
   CheckRecipe(recipe);
   return WithoutLibraryErrors([&] { return Compute(recipe, xTable, yTable, progress); });
 }

@@ -6,7 +6,7 @@
 #include "kalmia/analysis/fit/O2PLSBlocks.h"
 #include "kalmia/analysis/model/Prediction.h"
 #include "kalmia/analysis/model/StoredModel.h"
-#include "kalmia/analysis/table/CsvTable.h"
+#include "kalmia/analysis/table/Table.h"
 #include "kalmia/support/Export.h"
 #include "kalmia/support/NCProgress.h"
 
@@ -30,7 +30,7 @@ struct O2PLSResult {
 
 /// Fits the model that the recipe asks for and judges it. Adds notes about what was left out or filled. `progress` may
 /// be null. Throws Failure as SelectBlocks and ExtractO2PLS do, and BadData where missing cells cannot be estimated.
-KALMIA_EXPORT O2PLSResult Fit(const O2PLSRecipe& recipe, const CsvTable& xTable, const CsvTable& yTable,
+KALMIA_EXPORT O2PLSResult Fit(const O2PLSRecipe& recipe, const Table& xTable, const Table& yTable,
                 NCProgress* progress = nullptr);
 
 }  // namespace kalmia::analysis

@@ -55,7 +55,7 @@ void CutComponents(const OPLSRecipe& recipe, const ModelData& data, OPLSTask* ta
   task->mostComponents = MostComponents(data, recipe.components, notes);
 }
 
-OPLSResult Compute(const OPLSRecipe& recipe, const CsvTable& table, NCProgress* progress, const StoredOPLSCv* resumed) {
+OPLSResult Compute(const OPLSRecipe& recipe, const Table& table, NCProgress* progress, const StoredOPLSCv* resumed) {
   OPLSResult result;
   result.data = SelectData(table, recipe, recipe.y, &result.notes, progress);
   if (resumed != nullptr) RequireSameTable(*resumed, result.data, recipe.scaling);
@@ -92,7 +92,7 @@ OPLSResult Compute(const OPLSRecipe& recipe, const CsvTable& table, NCProgress* 
 
 }  // namespace
 
-OPLSResult Fit(const OPLSRecipe& recipe, const CsvTable& table, NCProgress* progress, const StoredOPLSCv* resumed) {
+OPLSResult Fit(const OPLSRecipe& recipe, const Table& table, NCProgress* progress, const StoredOPLSCv* resumed) {
   CheckRecipe(recipe);
   return WithoutLibraryErrors([&] { return Compute(recipe, table, progress, resumed); });
 }

@@ -8,7 +8,7 @@
 #include "kalmia/analysis/fit/OPLSValidation.h"
 #include "kalmia/analysis/model/Prediction.h"
 #include "kalmia/analysis/model/StoredModel.h"
-#include "kalmia/analysis/table/CsvTable.h"
+#include "kalmia/analysis/table/Table.h"
 #include "kalmia/support/Export.h"
 #include "kalmia/support/NCProgress.h"
 
@@ -39,7 +39,7 @@ struct OPLSResult {
 /// Throws Failure as SelectData and ExtractOPLS do, and BadData where `resumed` was made of another table or with other
 /// groups or scaling, or where without the rows of a group a Y column has no value or no variance, or an X column no
 /// value.
-KALMIA_EXPORT OPLSResult Fit(const OPLSRecipe& recipe, const CsvTable& table, NCProgress* progress = nullptr,
+KALMIA_EXPORT OPLSResult Fit(const OPLSRecipe& recipe, const Table& table, NCProgress* progress = nullptr,
                const StoredOPLSCv* resumed = nullptr);
 
 }  // namespace kalmia::analysis

@@ -15,7 +15,7 @@ namespace kalmia::analysis {
 
 namespace {
 
-void RequireTwoColumns(const CsvTable& table, const ModelData& data) {
+void RequireTwoColumns(const Table& table, const ModelData& data) {
   if (data.xNames.size() > 1) return;
   const std::string leftOut = LeftOutText(data);
   throw BadData(table.Name() + ": there is only one column for X, " + Quoted(data.xNames.front()) +
@@ -43,7 +43,7 @@ void NoteComponents(const PCAComponents& fit, Notes* notes) {
   if (!fit.notJudged.empty()) notes->Add("cross-validation is not possible: " + fit.notJudged);
 }
 
-PCAResult Compute(const PCARecipe& recipe, const CsvTable& table, NCProgress* progress) {
+PCAResult Compute(const PCARecipe& recipe, const Table& table, NCProgress* progress) {
   PCAResult result;
   result.data = SelectData(table, recipe, /*y=*/{}, &result.notes, progress);
   RequireTwoColumns(table, result.data);
@@ -73,7 +73,7 @@ PCAResult Compute(const PCARecipe& recipe, const CsvTable& table, NCProgress* pr
 
 }  // namespace
 
-PCAResult Fit(const PCARecipe& recipe, const CsvTable& table, NCProgress* progress) {
+PCAResult Fit(const PCARecipe& recipe, const Table& table, NCProgress* progress) {
   CheckRecipe(recipe);
   return WithoutLibraryErrors([&] { return Compute(recipe, table, progress); });
 }

@@ -8,7 +8,7 @@
 #include "kalmia/analysis/model/ComponentRecord.h"
 #include "kalmia/analysis/model/PCAScores.h"
 #include "kalmia/analysis/model/StoredModel.h"
-#include "kalmia/analysis/table/CsvTable.h"
+#include "kalmia/analysis/table/Table.h"
 #include "kalmia/support/Export.h"
 #include "kalmia/support/NCProgress.h"
 
@@ -30,6 +30,6 @@ struct PCAResult {
 
 /// Fits the model that the recipe asks for and judges it. Adds notes about what was cut. `progress` may be null.
 /// Throws Failure as SelectData and ExtractPCA do, and BadData where there is one column only.
-KALMIA_EXPORT PCAResult Fit(const PCARecipe& recipe, const CsvTable& table, NCProgress* progress = nullptr);
+KALMIA_EXPORT PCAResult Fit(const PCARecipe& recipe, const Table& table, NCProgress* progress = nullptr);
 
 }  // namespace kalmia::analysis

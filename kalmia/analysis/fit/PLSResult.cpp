@@ -14,7 +14,7 @@ namespace kalmia::analysis {
 
 namespace {
 
-PLSResult Compute(const PLSRecipe& recipe, const CsvTable& table, NCProgress* progress) {
+PLSResult Compute(const PLSRecipe& recipe, const Table& table, NCProgress* progress) {
   PLSResult result;
   result.data = SelectData(table, recipe, recipe.y, &result.notes, progress);
   PLSTask task;
@@ -44,7 +44,7 @@ PLSResult Compute(const PLSRecipe& recipe, const CsvTable& table, NCProgress* pr
 
 }  // namespace
 
-PLSResult Fit(const PLSRecipe& recipe, const CsvTable& table, NCProgress* progress) {
+PLSResult Fit(const PLSRecipe& recipe, const Table& table, NCProgress* progress) {
   CheckRecipe(recipe);
   return WithoutLibraryErrors([&] { return Compute(recipe, table, progress); });
 }

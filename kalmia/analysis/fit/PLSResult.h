@@ -8,7 +8,7 @@
 #include "kalmia/analysis/model/ComponentRecord.h"
 #include "kalmia/analysis/model/Prediction.h"
 #include "kalmia/analysis/model/StoredModel.h"
-#include "kalmia/analysis/table/CsvTable.h"
+#include "kalmia/analysis/table/Table.h"
 #include "kalmia/support/Export.h"
 #include "kalmia/support/NCProgress.h"
 
@@ -28,6 +28,6 @@ struct PLSResult {
 
 /// Fits the model that the recipe asks for and judges it. Adds notes about what was cut. `progress` may be null.
 /// Throws Failure as SelectData and ExtractPLS do.
-KALMIA_EXPORT PLSResult Fit(const PLSRecipe& recipe, const CsvTable& table, NCProgress* progress = nullptr);
+KALMIA_EXPORT PLSResult Fit(const PLSRecipe& recipe, const Table& table, NCProgress* progress = nullptr);
 
 }  // namespace kalmia::analysis

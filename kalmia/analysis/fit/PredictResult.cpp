@@ -12,7 +12,7 @@ namespace kalmia::analysis {
 namespace {
 
 template <class Model>
-auto PredictNewRows(const Model& model, const CsvTable& table, const std::string& id, NCProgress* progress) {
+auto PredictNewRows(const Model& model, const Table& table, const std::string& id, NCProgress* progress) {
   if (model.Components() == 0) throw BadRequest("the model has no component, and predicts nothing");
   return WithoutLibraryErrors([&] {
     Notes notes;
@@ -26,19 +26,19 @@ auto PredictNewRows(const Model& model, const CsvTable& table, const std::string
 
 }  // namespace
 
-PLSPredictions Predict(const StoredPLS& model, const CsvTable& table, const std::string& id, NCProgress* progress) {
+PLSPredictions Predict(const StoredPLS& model, const Table& table, const std::string& id, NCProgress* progress) {
   return PredictNewRows(model, table, id, progress);
 }
 
-PLSPredictions Predict(const StoredOPLS& model, const CsvTable& table, const std::string& id, NCProgress* progress) {
+PLSPredictions Predict(const StoredOPLS& model, const Table& table, const std::string& id, NCProgress* progress) {
   return PredictNewRows(model, table, id, progress);
 }
 
-PLSPredictions Predict(const StoredO2PLS& model, const CsvTable& table, const std::string& id, NCProgress* progress) {
+PLSPredictions Predict(const StoredO2PLS& model, const Table& table, const std::string& id, NCProgress* progress) {
   return PredictNewRows(model, table, id, progress);
 }
 
-PCAPredictions Predict(const StoredPCA& model, const CsvTable& table, const std::string& id, NCProgress* progress) {
+PCAPredictions Predict(const StoredPCA& model, const Table& table, const std::string& id, NCProgress* progress) {
   return PredictNewRows(model, table, id, progress);
 }
 

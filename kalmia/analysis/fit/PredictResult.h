@@ -5,7 +5,7 @@
 #include "kalmia/analysis/model/PCAPredictions.h"
 #include "kalmia/analysis/model/PLSPredictions.h"
 #include "kalmia/analysis/model/StoredModel.h"
-#include "kalmia/analysis/table/CsvTable.h"
+#include "kalmia/analysis/table/Table.h"
 #include "kalmia/support/Export.h"
 #include "kalmia/support/NCProgress.h"
 
@@ -15,15 +15,15 @@ namespace kalmia::analysis {
 // ReadNewRows says. Notes why no row has a distance to the model, where that is so. `progress` may be null.
 // Throws BadRequest for a model without components, BadData as ReadNewRows, Stopped where the bar wants to stop.
 
-KALMIA_EXPORT PLSPredictions Predict(const StoredPLS& model, const CsvTable& table, const std::string& id = "",
+KALMIA_EXPORT PLSPredictions Predict(const StoredPLS& model, const Table& table, const std::string& id = "",
                        NCProgress* progress = nullptr);
-KALMIA_EXPORT PLSPredictions Predict(const StoredOPLS& model, const CsvTable& table, const std::string& id = "",
+KALMIA_EXPORT PLSPredictions Predict(const StoredOPLS& model, const Table& table, const std::string& id = "",
                        NCProgress* progress = nullptr);
 /// Of the block of Y; a model that is turned around predicts the block of X.
-KALMIA_EXPORT PLSPredictions Predict(const StoredO2PLS& model, const CsvTable& table, const std::string& id = "",
+KALMIA_EXPORT PLSPredictions Predict(const StoredO2PLS& model, const Table& table, const std::string& id = "",
                        NCProgress* progress = nullptr);
 /// Where the rows lie in the model.
-KALMIA_EXPORT PCAPredictions Predict(const StoredPCA& model, const CsvTable& table, const std::string& id = "",
+KALMIA_EXPORT PCAPredictions Predict(const StoredPCA& model, const Table& table, const std::string& id = "",
                        NCProgress* progress = nullptr);
 
 }  // namespace kalmia::analysis

@@ -23,7 +23,7 @@ struct SourceColumn {
   std::vector<double> cells;
 };
 
-int IdColumn(const ModelInfo& model, const CsvTable& table, const std::string& id) {
+int IdColumn(const ModelInfo& model, const Table& table, const std::string& id) {
   if (!id.empty()) return RequireColumn(table, id);
   return model.idColumn.empty() ? -1 : table.Find(model.idColumn);
 }
@@ -33,7 +33,7 @@ const std::vector<std::string>& SourceNames(const ModelInfo& model) {
   return model.chain.Empty() ? model.xNames : model.chain.inputNames;
 }
 
-std::vector<SourceColumn> ReadSource(const ModelInfo& model, const CsvTable& table, NewRows* rows) {
+std::vector<SourceColumn> ReadSource(const ModelInfo& model, const Table& table, NewRows* rows) {
   std::vector<SourceColumn> source;
   int place = -1;
   for (const std::string& name : SourceNames(model)) {
@@ -67,7 +67,7 @@ void TakeCells(const ModelInfo& model, int column, int first, const std::vector<
 }
 
 /// The chain may take and make far more columns than the table or X have, so that rows go through it a block at a time.
-void Preprocess(const ModelInfo& model, const CsvTable& table, int idColumn, const std::vector<SourceColumn>& source,
+void Preprocess(const ModelInfo& model, const Table& table, int idColumn, const std::vector<SourceColumn>& source,
                 NCProgress* progress, NewRows* rows) {
   const auto columns = static_cast<int>(SourceNames(model).size());
   const std::vector<std::string> places = RowPlaces(table, idColumn);
@@ -85,7 +85,7 @@ void Preprocess(const ModelInfo& model, const CsvTable& table, int idColumn, con
   }
 }
 
-NewRows Read(const ModelInfo& model, const CsvTable& table, const std::string& id, Notes* notes,
+NewRows Read(const ModelInfo& model, const Table& table, const std::string& id, Notes* notes,
              NCProgress* progress) {
   NewRows rows;
   const int idColumn = IdColumn(model, table, id);
@@ -112,7 +112,7 @@ NewRows Read(const ModelInfo& model, const CsvTable& table, const std::string& i
 
 }  // namespace
 
-NewRows ReadNewRows(const ModelInfo& model, const CsvTable& table, const std::string& id, Notes* notes,
+NewRows ReadNewRows(const ModelInfo& model, const Table& table, const std::string& id, Notes* notes,
                     NCProgress* progress) try {
   return Read(model, table, id, notes, progress);
 } catch (const std::bad_alloc&) {

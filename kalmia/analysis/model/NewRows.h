@@ -4,7 +4,7 @@
 #include <vector>
 
 #include "kalmia/analysis/model/StoredModel.h"
-#include "kalmia/analysis/table/CsvTable.h"
+#include "kalmia/analysis/table/Table.h"
 #include "kalmia/analysis/text/Notes.h"
 #include "kalmia/containers/NCDataMatrix.h"
 #include "kalmia/support/Export.h"
@@ -25,7 +25,7 @@ struct NewRows {
 /// Throws BadData: no column of X is there, no cell is; no such `id`; a cell that is no number,
 /// or that the preprocessing cannot take; no memory for them, with the size of the table. The rows go through the
 /// preprocessing in blocks: beyond what comes back it takes room for some 4 million cells, or one row.
-KALMIA_EXPORT NewRows ReadNewRows(const ModelInfo& model, const CsvTable& table, const std::string& id, Notes* notes,
+KALMIA_EXPORT NewRows ReadNewRows(const ModelInfo& model, const Table& table, const std::string& id, Notes* notes,
                     NCProgress* progress = nullptr);
 
 }  // namespace kalmia::analysis

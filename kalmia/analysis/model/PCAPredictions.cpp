@@ -6,7 +6,7 @@
 
 namespace kalmia::analysis {
 
-PCAPredictions PredictTable(const StoredPCA& model, const CsvTable& /*table*/, NewRows rows, Notes* notes,
+PCAPredictions PredictTable(const StoredPCA& model, const Table& /*table*/, NewRows rows, Notes* notes,
                             NCProgress* progress) {
   PCAPredictions result;
   result.rows = std::move(rows);

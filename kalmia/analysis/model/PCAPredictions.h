@@ -4,7 +4,7 @@
 
 #include "kalmia/analysis/model/NewRows.h"
 #include "kalmia/analysis/model/PCAScores.h"
-#include "kalmia/analysis/table/CsvTable.h"
+#include "kalmia/analysis/table/Table.h"
 #include "kalmia/analysis/text/Notes.h"
 #include "kalmia/support/Export.h"
 
@@ -19,7 +19,7 @@ struct PCAPredictions {
 
 /// Where rows that were read for the model lie in it. `progress` may be null. Throws Stopped where the bar wants to
 /// stop.
-KALMIA_EXPORT PCAPredictions PredictTable(const StoredPCA& model, const CsvTable& table, NewRows rows, Notes* notes,
+KALMIA_EXPORT PCAPredictions PredictTable(const StoredPCA& model, const Table& table, NewRows rows, Notes* notes,
                             NCProgress* progress);
 
 }  // namespace kalmia::analysis

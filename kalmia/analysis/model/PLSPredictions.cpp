@@ -11,7 +11,7 @@ namespace kalmia::analysis {
 namespace {
 
 /// Measured values of Y serve as a check; a column of texts under the name of a Y is none, and a note says so.
-void ReadMeasured(const YModelInfo& model, const CsvTable& table, PLSPredictions* result, Notes* notes) {
+void ReadMeasured(const YModelInfo& model, const Table& table, PLSPredictions* result, Notes* notes) {
   std::vector<std::string> texts;
   for (const std::string& name : model.yNames) {
     result->measured.emplace_back();
@@ -25,7 +25,7 @@ void ReadMeasured(const YModelInfo& model, const CsvTable& table, PLSPredictions
 }
 
 template <class Model>
-PLSPredictions PredictWith(const Model& model, const CsvTable& table, NewRows rows, Notes* notes,
+PLSPredictions PredictWith(const Model& model, const Table& table, NewRows rows, Notes* notes,
                             NCProgress* progress) {
   PLSPredictions result;
   result.components = model.Components();
@@ -38,17 +38,17 @@ PLSPredictions PredictWith(const Model& model, const CsvTable& table, NewRows ro
 
 }  // namespace
 
-PLSPredictions PredictTable(const StoredPLS& model, const CsvTable& table, NewRows rows, Notes* notes,
+PLSPredictions PredictTable(const StoredPLS& model, const Table& table, NewRows rows, Notes* notes,
                             NCProgress* progress) {
   return PredictWith(model, table, std::move(rows), notes, progress);
 }
 
-PLSPredictions PredictTable(const StoredOPLS& model, const CsvTable& table, NewRows rows, Notes* notes,
+PLSPredictions PredictTable(const StoredOPLS& model, const Table& table, NewRows rows, Notes* notes,
                             NCProgress* progress) {
   return PredictWith(model, table, std::move(rows), notes, progress);
 }
 
-PLSPredictions PredictTable(const StoredO2PLS& model, const CsvTable& table, NewRows rows, Notes* notes,
+PLSPredictions PredictTable(const StoredO2PLS& model, const Table& table, NewRows rows, Notes* notes,
                             NCProgress* progress) {
   return PredictWith(model, table, std::move(rows), notes, progress);
 }

@@ -4,7 +4,7 @@
 
 #include "kalmia/analysis/model/NewRows.h"
 #include "kalmia/analysis/model/Prediction.h"
-#include "kalmia/analysis/table/CsvTable.h"
+#include "kalmia/analysis/table/Table.h"
 #include "kalmia/analysis/text/Notes.h"
 #include "kalmia/support/Export.h"
 
@@ -22,11 +22,11 @@ struct PLSPredictions {
 
 /// What the model says of rows that were read for it; measured values of Y in the table serve as a check. `progress`
 /// may be null. Throws Stopped where the bar wants to stop.
-KALMIA_EXPORT PLSPredictions PredictTable(const StoredPLS& model, const CsvTable& table, NewRows rows, Notes* notes,
+KALMIA_EXPORT PLSPredictions PredictTable(const StoredPLS& model, const Table& table, NewRows rows, Notes* notes,
                             NCProgress* progress);
-KALMIA_EXPORT PLSPredictions PredictTable(const StoredOPLS& model, const CsvTable& table, NewRows rows, Notes* notes,
+KALMIA_EXPORT PLSPredictions PredictTable(const StoredOPLS& model, const Table& table, NewRows rows, Notes* notes,
                             NCProgress* progress);
-KALMIA_EXPORT PLSPredictions PredictTable(const StoredO2PLS& model, const CsvTable& table, NewRows rows, Notes* notes,
+KALMIA_EXPORT PLSPredictions PredictTable(const StoredO2PLS& model, const Table& table, NewRows rows, Notes* notes,
                             NCProgress* progress);
 
 }  // namespace kalmia::analysis

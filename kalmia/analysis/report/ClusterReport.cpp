@@ -155,7 +155,7 @@ std::string ClusterText(const ClusterResult& result) {
   return result.IsCut() ? text + ClustersText(result) : text;
 }
 
-std::string ClusterJson(const CsvTable& table, const ClusterResult& result,
+std::string ClusterJson(const Table& table, const ClusterResult& result,
                         const std::vector<std::string>& written) {
   Json json = JsonHeader("kalmia-cluster");
   json["table"] = TableJson(table);

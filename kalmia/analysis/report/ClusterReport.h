@@ -10,7 +10,7 @@
 namespace kalmia::analysis {
 
 KALMIA_EXPORT std::string ClusterText(const ClusterResult& result);
-KALMIA_EXPORT std::string ClusterJson(const CsvTable& table, const ClusterResult& result,
+KALMIA_EXPORT std::string ClusterJson(const Table& table, const ClusterResult& result,
                         const std::vector<std::string>& written);
 /// name,cluster of each row.
 KALMIA_EXPORT std::string ClusterCsv(const ClusterResult& result, const CsvMarks& marks);

@@ -128,7 +128,7 @@ Json ModelJson(const FilledColumns& filled) {
 
 }  // namespace
 
-std::string FillText(const CsvTable& table, const FillResult& result, const std::string& out, bool anew) {
+std::string FillText(const Table& table, const FillResult& result, const std::string& out, bool anew) {
   const std::string hasAll = anew ? " holds the same cells" : " is the same";
   std::string text = result.missing == 0
                          ? "No cell of " + table.Name() + " is missing; " + OneLine(out) + hasAll + "\n"
@@ -141,7 +141,7 @@ std::string FillText(const CsvTable& table, const FillResult& result, const std:
   return text;
 }
 
-std::string FillJson(const CsvTable& table, const FillResult& result, const std::string& out, const Notes& notes) {
+std::string FillJson(const Table& table, const FillResult& result, const std::string& out, const Notes& notes) {
   Json json = JsonHeader("kalmia-fill");
   json["table"] = table.Name();
   json["rows"] = table.Rows();

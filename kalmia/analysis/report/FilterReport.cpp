@@ -40,7 +40,7 @@ Json ComponentJson(const std::vector<FilterComponentRecord>& components) {
   return list;
 }
 
-std::string FilterText(const CsvTable& table, const FilterResult& result, const FilterFiles& files) {
+std::string FilterText(const Table& table, const FilterResult& result, const FilterFiles& files) {
   const StoredFilter& filter = result.filter;
   const std::string early = result.endedEarly.empty() ? "" : "No further component: " + result.endedEarly + ".\n";
   std::vector<std::string> written = {files.out};
@@ -53,7 +53,7 @@ std::string FilterText(const CsvTable& table, const FilterResult& result, const 
          " of the sum of squares of X is taken out of these rows.\n" + WrittenText(written);
 }
 
-std::string FilterJson(const CsvTable& table, const FilterResult& result, const FilterFiles& files,
+std::string FilterJson(const Table& table, const FilterResult& result, const FilterFiles& files,
                        const Notes& notes) {
   const StoredFilter& filter = result.filter;
   Json json = JsonHeader("kalmia-filter");

@@ -3,7 +3,7 @@
 #include <string>
 
 #include "kalmia/analysis/fit/FilterResult.h"
-#include "kalmia/analysis/table/CsvTable.h"
+#include "kalmia/analysis/table/Table.h"
 #include "kalmia/analysis/text/Notes.h"
 #include "kalmia/support/Export.h"
 
@@ -16,9 +16,9 @@ struct FilterFiles {
 };
 
 /// The text of a report, with a filter just made and with a stored one.
-KALMIA_EXPORT std::string FilterText(const CsvTable& table, const FilterResult& result, const FilterFiles& files);
+KALMIA_EXPORT std::string FilterText(const Table& table, const FilterResult& result, const FilterFiles& files);
 /// The same as JSON, format kalmia-filter.
-KALMIA_EXPORT std::string FilterJson(const CsvTable& table, const FilterResult& result, const FilterFiles& files,
+KALMIA_EXPORT std::string FilterJson(const Table& table, const FilterResult& result, const FilterFiles& files,
                        const Notes& notes);
 
 }  // namespace kalmia::analysis

@@ -119,7 +119,7 @@ std::string OPLSText(const OPLSResult& result, const FitFiles& files) {
          GroupsText(model) + early + ".\n\n" + QualityText(model) + WrittenText(files);
 }
 
-std::string OPLSJson(const CsvTable& table, const OPLSResult& result, const Notes& notes, const FitFiles& files) {
+std::string OPLSJson(const Table& table, const OPLSResult& result, const Notes& notes, const FitFiles& files) {
   const StoredOPLS& model = result.model;
   Json json = JsonHeader("kalmia-opls");
   AddDataJson(table, result.data, model, &json);

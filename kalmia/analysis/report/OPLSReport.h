@@ -7,7 +7,7 @@
 #include "kalmia/analysis/report/CsvFile.h"
 #include "kalmia/analysis/report/WrittenFiles.h"
 #include "kalmia/analysis/table/CsvMarks.h"
-#include "kalmia/analysis/table/CsvTable.h"
+#include "kalmia/analysis/table/Table.h"
 #include "kalmia/analysis/text/Notes.h"
 #include "kalmia/support/Export.h"
 
@@ -18,7 +18,7 @@ namespace kalmia::analysis {
 KALMIA_EXPORT std::string OPLSText(const OPLSResult& result, const FitFiles& files);
 
 /// The same as JSON, format kalmia-opls.
-KALMIA_EXPORT std::string OPLSJson(const CsvTable& table, const OPLSResult& result, const Notes& notes,
+KALMIA_EXPORT std::string OPLSJson(const Table& table, const OPLSResult& result, const Notes& notes,
                                    const FitFiles& files);
 
 /// The CSV files; docs/command/opls.md describes them. `result` has a model.

@@ -108,7 +108,7 @@ std::string PCAText(const PCAResult& result, const FitFiles& files) {
   return text + WrittenText(files);
 }
 
-std::string PCAJson(const CsvTable& table, const PCAResult& result, const Notes& notes, const FitFiles& files) {
+std::string PCAJson(const Table& table, const PCAResult& result, const Notes& notes, const FitFiles& files) {
   const StoredPCA& model = result.model;
   Json json = JsonHeader("kalmia-pca");
   AddDataJson(table, result.data, model, &json);

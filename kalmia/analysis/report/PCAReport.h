@@ -7,7 +7,7 @@
 #include "kalmia/analysis/report/CsvFile.h"
 #include "kalmia/analysis/report/WrittenFiles.h"
 #include "kalmia/analysis/table/CsvMarks.h"
-#include "kalmia/analysis/table/CsvTable.h"
+#include "kalmia/analysis/table/Table.h"
 #include "kalmia/analysis/text/Notes.h"
 #include "kalmia/support/Export.h"
 
@@ -18,7 +18,7 @@ namespace kalmia::analysis {
 KALMIA_EXPORT std::string PCAText(const PCAResult& result, const FitFiles& files);
 
 /// The same as JSON, format kalmia-pca.
-KALMIA_EXPORT std::string PCAJson(const CsvTable& table, const PCAResult& result, const Notes& notes,
+KALMIA_EXPORT std::string PCAJson(const Table& table, const PCAResult& result, const Notes& notes,
                                   const FitFiles& files);
 
 /// The CSV files, for a model that kept components: one line for each row or column of the table,

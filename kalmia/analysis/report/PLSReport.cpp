@@ -133,7 +133,7 @@ std::string PLSText(const PLSResult& result, const FitFiles& files) {
   return text + VerdictText(result) + WrittenText(files);
 }
 
-std::string PLSJson(const CsvTable& table, const PLSResult& result, const Notes& notes, const FitFiles& files) {
+std::string PLSJson(const Table& table, const PLSResult& result, const Notes& notes, const FitFiles& files) {
   const ModelData& data = result.data;
   const StoredPLS& model = result.model;
   Json json = JsonHeader("kalmia-pls");

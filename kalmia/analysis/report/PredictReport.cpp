@@ -151,7 +151,7 @@ std::string JsonOf(const Model& model, const Result& result, const PredictFiles&
 
 }  // namespace
 
-std::string PredictText(const YModelInfo& model, const CsvTable& table, const PLSPredictions& result) {
+std::string PredictText(const YModelInfo& model, const Table& table, const PLSPredictions& result) {
   const bool anyReason = std::any_of(result.predictions.begin(), result.predictions.end(),
                                      [](const auto& row) { return !row.reason.empty(); });
   TextTable text;
@@ -203,7 +203,7 @@ CsvFile PredictCsv(const YModelInfo& model, const PLSPredictions& result, const 
   return {file, csv.Text()};
 }
 
-std::string PredictText(const StoredPCA& model, const CsvTable& table, const PCAPredictions& result) {
+std::string PredictText(const StoredPCA& model, const Table& table, const PCAPredictions& result) {
   const bool anyReason =
       std::any_of(result.scores.begin(), result.scores.end(), [](const auto& row) { return !row.reason.empty(); });
   TextTable text;

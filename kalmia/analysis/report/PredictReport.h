@@ -8,7 +8,7 @@
 #include "kalmia/analysis/model/StoredModel.h"
 #include "kalmia/analysis/report/CsvFile.h"
 #include "kalmia/analysis/table/CsvMarks.h"
-#include "kalmia/analysis/table/CsvTable.h"
+#include "kalmia/analysis/table/Table.h"
 #include "kalmia/analysis/text/Notes.h"
 #include "kalmia/support/Export.h"
 
@@ -22,8 +22,8 @@ struct PredictFiles {
 
 /// A line for each row: what is predicted of Y, beside what was measured, or its scores; the distance to the model, and
 /// why nothing can be said. Below it the root mean square error of each Y that was measured.
-KALMIA_EXPORT std::string PredictText(const YModelInfo& model, const CsvTable& table, const PLSPredictions& result);
-KALMIA_EXPORT std::string PredictText(const StoredPCA& model, const CsvTable& table, const PCAPredictions& result);
+KALMIA_EXPORT std::string PredictText(const YModelInfo& model, const Table& table, const PLSPredictions& result);
+KALMIA_EXPORT std::string PredictText(const StoredPCA& model, const Table& table, const PCAPredictions& result);
 
 /// What a model says of new rows as JSON, format kalmia-predict, or kalmia-predict-o2pls or kalmia-predict-pca.
 KALMIA_EXPORT std::string PredictJson(const StoredPLS& model, const PLSPredictions& result, const PredictFiles& files,

@@ -18,7 +18,7 @@ std::string PreprocessText(const PreprocessedTable& result, const PreprocessFile
   return text;
 }
 
-std::string PreprocessJson(const CsvTable& table, const PreprocessedTable& result, const PreprocessFiles& files) {
+std::string PreprocessJson(const Table& table, const PreprocessedTable& result, const PreprocessFiles& files) {
   Json json = JsonHeader("kalmia-preprocess");
   json["table"] = result.signals.table;
   json["rows"] = RowNames(table, result.idColumn);

@@ -3,7 +3,7 @@
 #include <string>
 
 #include "kalmia/analysis/steps/PreprocessedTable.h"
-#include "kalmia/analysis/table/CsvTable.h"
+#include "kalmia/analysis/table/Table.h"
 #include "kalmia/support/Export.h"
 
 namespace kalmia::analysis {
@@ -18,7 +18,7 @@ struct PreprocessFiles {
 KALMIA_EXPORT std::string PreprocessText(const PreprocessedTable& result, const PreprocessFiles& files);
 
 /// The same as JSON, format kalmia-preprocess.
-KALMIA_EXPORT std::string PreprocessJson(const CsvTable& table, const PreprocessedTable& result,
+KALMIA_EXPORT std::string PreprocessJson(const Table& table, const PreprocessedTable& result,
                                          const PreprocessFiles& files);
 
 }  // namespace kalmia::analysis

@@ -32,21 +32,21 @@ void CheckRecipe(const PreprocessRecipe& recipe) {
 }
 
 /// For each column of the table whether it is among these.
-std::vector<bool> Marked(const CsvTable& table, const std::vector<int>& columns) {
+std::vector<bool> Marked(const Table& table, const std::vector<int>& columns) {
   std::vector<bool> marked(static_cast<std::size_t>(table.Columns()), false);
   for (const int column : columns) marked[static_cast<std::size_t>(column)] = true;
   return marked;
 }
 
 /// The columns of these names, from 0.
-std::vector<int> ColumnsNamed(const CsvTable& table, const std::vector<std::string>& names) {
+std::vector<int> ColumnsNamed(const Table& table, const std::vector<std::string>& names) {
   std::vector<int> columns;
   for (const std::string& name : names) columns.push_back(RequireColumn(table, name));
   return columns;
 }
 
 /// The columns of a saved chain. The names of the rows cannot be among them: they stay as they are.
-std::vector<int> ChainColumns(const CsvTable& table, const PreprocessRecipe& recipe) {
+std::vector<int> ChainColumns(const Table& table, const PreprocessRecipe& recipe) {
   const StepChain& chain = *recipe.steps.chain;
   const std::vector<std::string> names = recipe.restore ? OutputNames(chain) : chain.inputNames;
   if (std::find(names.begin(), names.end(), recipe.id) != names.end()) {
@@ -57,7 +57,7 @@ std::vector<int> ChainColumns(const CsvTable& table, const PreprocessRecipe& rec
 }
 
 /// Columns of the table, from 0, that become signals.
-std::vector<int> SignalColumns(const CsvTable& table, const PreprocessRecipe& recipe, Notes* notes) {
+std::vector<int> SignalColumns(const Table& table, const PreprocessRecipe& recipe, Notes* notes) {
   if (recipe.steps.chain) return ChainColumns(table, recipe);
   std::vector<int> excluded = ColumnsToExclude(table, recipe.exclude);
   if (!recipe.id.empty()) excluded.push_back(RequireColumn(table, recipe.id));
@@ -79,11 +79,11 @@ std::vector<int> SignalColumns(const CsvTable& table, const PreprocessRecipe& re
 }
 
 /// The column that names the rows, from 0; -1 for none.
-int IdColumn(const CsvTable& table, const PreprocessRecipe& recipe) {
+int IdColumn(const Table& table, const PreprocessRecipe& recipe) {
   return recipe.id.empty() ? -1 : RequireColumn(table, recipe.id);
 }
 
-Signals ReadSignals(const CsvTable& table, int idColumn, const std::vector<int>& columns) {
+Signals ReadSignals(const Table& table, int idColumn, const std::vector<int>& columns) {
   Signals signals{table.Name(), RowPlaces(table, idColumn), {}, {}, {}, table.DecimalComma()};
   signals.cells = CellRows(table.Rows(), static_cast<int>(columns.size()));
   for (std::size_t k = 0; k < columns.size(); ++k) {
@@ -105,7 +105,7 @@ StepChain ApplySteps(const PreprocessRecipe& recipe, Signals* signals, Notes* no
 }
 
 /// The cell of a column that no step has touched: a missing one of numbers, and an empty text, as an empty field.
-void AddKeptCell(const CsvTable& table, std::string text, bool isOfNumbers, CsvText* csv) {
+void AddKeptCell(const Table& table, std::string text, bool isOfNumbers, CsvText* csv) {
   const bool isMissing = isOfNumbers && table.ValueOf(text).kind == CellKind::Missing;
   if (isMissing || text.empty()) {
     csv->Digits("");
@@ -116,7 +116,7 @@ void AddKeptCell(const CsvTable& table, std::string text, bool isOfNumbers, CsvT
 
 }  // namespace
 
-PreprocessedTable Preprocess(const PreprocessRecipe& recipe, const CsvTable& table, NCProgress* progress) {
+PreprocessedTable Preprocess(const PreprocessRecipe& recipe, const Table& table, NCProgress* progress) {
   CheckRecipe(recipe);
   PreprocessedTable result;
   result.columns = SignalColumns(table, recipe, &result.notes);
@@ -127,7 +127,7 @@ PreprocessedTable Preprocess(const PreprocessRecipe& recipe, const CsvTable& tab
   return result;
 }
 
-std::string PreprocessedText(const CsvTable& table, const PreprocessedTable& result, const CsvMarks& marks,
+std::string PreprocessedText(const Table& table, const PreprocessedTable& result, const CsvMarks& marks,
                              NCProgress* progress) {
   const Signals& signals = result.signals;
   std::vector<int> kept;

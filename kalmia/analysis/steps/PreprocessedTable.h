@@ -6,7 +6,7 @@
 #include "kalmia/analysis/steps/GivenSteps.h"
 #include "kalmia/analysis/steps/StepChain.h"
 #include "kalmia/analysis/table/CsvMarks.h"
-#include "kalmia/analysis/table/CsvTable.h"
+#include "kalmia/analysis/table/Table.h"
 #include "kalmia/analysis/text/Notes.h"
 #include "kalmia/support/Export.h"
 #include "kalmia/support/NCProgress.h"
@@ -39,12 +39,12 @@ struct PreprocessedTable {
 /// `progress` may be null, as below.
 /// Throws BadRequest for a recipe that makes no sense; BadData: a column that is not there or holds no numbers, what
 /// LearnChain refuses; Stopped where the bar wants to stop.
-KALMIA_EXPORT PreprocessedTable Preprocess(const PreprocessRecipe& recipe, const CsvTable& table,
+KALMIA_EXPORT PreprocessedTable Preprocess(const PreprocessRecipe& recipe, const Table& table,
                                            NCProgress* progress = nullptr);
 
 /// The text of the table: the columns that were no signals, then what has become of the signals. Throws BadData where
 /// two columns would have one name.
-KALMIA_EXPORT std::string PreprocessedText(const CsvTable& table, const PreprocessedTable& result,
+KALMIA_EXPORT std::string PreprocessedText(const Table& table, const PreprocessedTable& result,
                                            const CsvMarks& marks, NCProgress* progress);
 
 }  // namespace kalmia::analysis

@@ -18,7 +18,7 @@ namespace {
 
 constexpr float kExactFloats = 16777216.0F;  ///< 2^24: larger whole numbers may have been rounded
 
-[[noreturn]] void RefuseCell(const CsvTable& table, int row, int column, const std::string& what,
+[[noreturn]] void RefuseCell(const Table& table, int row, int column, const std::string& what,
                              Remedy remedy = Remedy::None) {
   const std::string& name = table.ColumnNames()[static_cast<std::size_t>(column)];
   throw BadData(table.Name() + ": " + table.RowPlace(row) + ", column " + Quoted(name) + ": " + what, remedy,
@@ -26,7 +26,7 @@ constexpr float kExactFloats = 16777216.0F;  ///< 2^24: larger whole numbers may
 }
 
 /// Digits alone are read as they are; other forms of a whole number ("3.0", "1e3") while single precision is exact.
-std::int64_t ReadCount(const CsvTable& table, int row, int column, const std::string& text) {
+std::int64_t ReadCount(const Table& table, int row, int column, const std::string& text) {
   const std::string quoted = Quoted(text);
   std::int64_t digits = 0;
   const auto result = std::from_chars(text.data(), text.data() + text.size(), digits);
@@ -45,7 +45,7 @@ std::int64_t ReadCount(const CsvTable& table, int row, int column, const std::st
   return static_cast<std::int64_t>(value);
 }
 
-std::vector<int> ColumnsOfCounts(const CsvTable& table, Notes* notes) {
+std::vector<int> ColumnsOfCounts(const Table& table, Notes* notes) {
   std::vector<int> columns;
   std::vector<std::string> texts;
   for (int column = 0; column < table.Columns(); ++column) {
@@ -61,7 +61,7 @@ std::vector<int> ColumnsOfCounts(const CsvTable& table, Notes* notes) {
 
 }  // namespace
 
-CountTable ReadCounts(const CsvTable& table, Notes* notes, NCProgress* progress) {
+CountTable ReadCounts(const Table& table, Notes* notes, NCProgress* progress) {
   const std::vector<int> columns = ColumnsOfCounts(table, notes);
   CountTable counts;
   counts.name = table.Name();

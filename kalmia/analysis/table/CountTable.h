@@ -3,7 +3,7 @@
 #include <string>
 #include <vector>
 
-#include "kalmia/analysis/table/CsvTable.h"
+#include "kalmia/analysis/table/Table.h"
 #include "kalmia/analysis/text/Notes.h"
 #include "kalmia/support/Export.h"
 #include "kalmia/support/NCProgress.h"
@@ -25,6 +25,6 @@ struct CountTable {
 /// Throws BadData with row and column: a cell that is missing, no number, negative, no whole number; and
 /// where there are fewer than two rows or columns, no count above 0, or more counts in all than an int holds.
 /// `progress` may be null; throws Stopped where the bar wants to stop.
-KALMIA_EXPORT CountTable ReadCounts(const CsvTable& table, Notes* notes, NCProgress* progress);
+KALMIA_EXPORT CountTable ReadCounts(const Table& table, Notes* notes, NCProgress* progress);
 
 }  // namespace kalmia::analysis

@@ -1,6 +1,6 @@
 #include "kalmia/analysis/table/CsvMarks.h"
 
-#include "kalmia/analysis/table/CsvTable.h"
+#include "kalmia/analysis/table/Table.h"
 
 namespace kalmia::analysis {
 
@@ -15,7 +15,7 @@ CsvMarks MarksOf(const AskedMarks& asked, const CsvMarks& otherwise) {
   return marks;
 }
 
-void NoteDecimalsThatGiveWay(const AskedMarks& asked, const CsvTable& table, Notes* notes) {
+void NoteDecimalsThatGiveWay(const AskedMarks& asked, const Table& table, Notes* notes) {
   if (!table.DecimalComma() || asked.decimal) return;
   if (MarksOf(asked, {table.Separator(), ','}).decimal == ',') return;
   notes->Add("the decimal commas of the table are written as points, as commas separate its columns now");

@@ -7,7 +7,7 @@
 
 namespace kalmia::analysis {
 
-class CsvTable;
+class Table;
 
 /// What stands between the fields of a CSV text, and within its numbers.
 struct CsvMarks {
@@ -28,6 +28,6 @@ struct AskedMarks {
 KALMIA_EXPORT CsvMarks MarksOf(const AskedMarks& asked, const CsvMarks& otherwise = {});
 
 /// Notes where the decimal commas of a table that is written anew give way so.
-KALMIA_EXPORT void NoteDecimalsThatGiveWay(const AskedMarks& asked, const CsvTable& table, Notes* notes);
+KALMIA_EXPORT void NoteDecimalsThatGiveWay(const AskedMarks& asked, const Table& table, Notes* notes);
 
 }  // namespace kalmia::analysis

@@ -15,7 +15,7 @@ namespace kalmia::analysis {
 namespace {
 
 /// Adds the first words of the columns. Each row that holds some of them is gone through once.
-void NameWords(const CsvTable& table, const std::vector<int>& columns, WorkProgress* work,
+void NameWords(const Table& table, const std::vector<int>& columns, WorkProgress* work,
                std::vector<ColumnDescription>* described) {
   struct Place {
     int row;
@@ -40,7 +40,7 @@ void NameWords(const CsvTable& table, const std::vector<int>& columns, WorkProgr
 }
 
 /// Adds the moments of the columns.
-void DescribeNumbers(const CsvTable& table, const std::vector<int>& columns, WorkProgress* work,
+void DescribeNumbers(const Table& table, const std::vector<int>& columns, WorkProgress* work,
                      std::vector<ColumnDescription>* described) {
   work->Begin("describing " + Counted(columns.size(), "column"));
   ShareWork(columns.size(), [work](double share) { work->MoveTo(share); },
@@ -78,7 +78,7 @@ bool Description::HasWords() const {
   return std::any_of(columns.begin(), columns.end(), [](const ColumnDescription& column) { return column.words > 0; });
 }
 
-Description Describe(const CsvTable& table, NCProgress* progress) {
+Description Describe(const Table& table, NCProgress* progress) {
   Description description;
   description.table = table.Name();
   description.rows = table.Rows();

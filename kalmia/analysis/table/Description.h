@@ -5,7 +5,7 @@
 #include <vector>
 
 #include "kalmia/analysis/table/ColumnMoments.h"
-#include "kalmia/analysis/table/CsvTable.h"
+#include "kalmia/analysis/table/Table.h"
 #include "kalmia/analysis/text/Notes.h"
 #include "kalmia/support/Export.h"
 #include "kalmia/support/NCProgress.h"
@@ -48,6 +48,6 @@ struct KALMIA_EXPORT Description {
 
 /// Describes each column of the table, on all threads. `progress` may be null.
 /// Throws BadData where every cell is missing, Stopped where the bar wants to stop.
-KALMIA_EXPORT Description Describe(const CsvTable& table, NCProgress* progress = nullptr);
+KALMIA_EXPORT Description Describe(const Table& table, NCProgress* progress = nullptr);
 
 }  // namespace kalmia::analysis

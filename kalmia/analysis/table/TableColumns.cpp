@@ -10,7 +10,7 @@ namespace kalmia::analysis {
 
 namespace {
 
-[[noreturn]] void RefuseCell(const CsvTable& table, int row, int column) {
+[[noreturn]] void RefuseCell(const Table& table, int row, int column) {
   const std::string cell = table.Cell(row, column);
   const CellKind kind = table.ValueOf(cell).kind;
   const std::string& name = table.ColumnNames()[static_cast<std::size_t>(column)];
@@ -34,32 +34,32 @@ namespace {
 
 }  // namespace
 
-std::string MissingWordsHint(const CsvTable& table) {
+std::string MissingWordsHint(const Table& table) {
   std::vector<std::string> words = {"NA", "NaN", "nan"};
   words.insert(words.end(), table.MissingWords().begin(), table.MissingWords().end());
   return "; missing cells are empty or " + Either(words);
 }
 
-std::string SeparatorHint(const CsvTable& table) {
+std::string SeparatorHint(const Table& table) {
   if (table.Columns() > 1) return "";
   return "; the table has one column only, " + Quoted(table.ColumnNames().front()) +
          " (columns are separated by commas, ; or tabs)";
 }
 
-ColumnKind KindOfColumn(const CsvTable& table, int column) { return table.Column(column).kind; }
+ColumnKind KindOfColumn(const Table& table, int column) { return table.Column(column).kind; }
 
-std::vector<double> ReadNumbers(const CsvTable& table, int column) {
+std::vector<double> ReadNumbers(const Table& table, int column) {
   const CsvColumn& source = table.Column(column);
   if (source.strays > 0) RefuseCell(table, source.firstStrays.front(), column);
   return NumbersBesideStrays(table, column);
 }
 
-std::vector<double> NumbersBesideStrays(const CsvTable& table, int column) {
+std::vector<double> NumbersBesideStrays(const Table& table, int column) {
   const double* const numbers = table.Column(column).numbers;
   return {numbers, numbers + table.Rows()};
 }
 
-int RequireColumn(const CsvTable& table, const std::string& name) {
+int RequireColumn(const Table& table, const std::string& name) {
   const int column = table.Find(name);
   if (column < 0) {
     Refuse(table, "there is no column " + Quoted(name) + DidYouMean(name, table.ColumnNames()) + SeparatorHint(table));
@@ -67,7 +67,7 @@ int RequireColumn(const CsvTable& table, const std::string& name) {
   return column;
 }
 
-std::vector<std::string> RowNames(const CsvTable& table, int column) {
+std::vector<std::string> RowNames(const Table& table, int column) {
   if (column >= 0) return table.ColumnTexts(column);
   std::vector<std::string> names;
   names.reserve(static_cast<std::size_t>(table.Rows()));
@@ -75,7 +75,7 @@ std::vector<std::string> RowNames(const CsvTable& table, int column) {
   return names;
 }
 
-std::vector<std::string> RowPlaces(const CsvTable& table, int column) {
+std::vector<std::string> RowPlaces(const Table& table, int column) {
   std::vector<std::string> places;
   places.reserve(static_cast<std::size_t>(table.Rows()));
   for (int row = 0; row < table.Rows(); ++row) {

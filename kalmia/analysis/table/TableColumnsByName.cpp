@@ -20,7 +20,7 @@ enum class Repeats { Refused, PassedOver };
 /// Reads the arguments of one option.
 class ColumnReader {
  public:
-  ColumnReader(const CsvTable& table, Repeats repeats)
+  ColumnReader(const Table& table, Repeats repeats)
       : table_(table), repeats_(repeats), taken_(static_cast<std::size_t>(table.Columns())) {
     for (const std::string& name : table.ColumnNames()) longestName_ = std::max(longestName_, name.size());
   }
@@ -94,14 +94,14 @@ class ColumnReader {
 
   [[noreturn]] void Refuse(const std::string& message) const { throw BadData(table_.Name() + ": " + message); }
 
-  const CsvTable& table_;
+  const Table& table_;
   Repeats repeats_;
   std::size_t longestName_ = 0;
   std::vector<bool> taken_;
   std::vector<int> columns_;
 };
 
-std::vector<int> ReadColumns(const CsvTable& table, const std::vector<std::string>& arguments, Repeats repeats) {
+std::vector<int> ReadColumns(const Table& table, const std::vector<std::string>& arguments, Repeats repeats) {
   ColumnReader reader(table, repeats);
   for (const std::string& argument : arguments) reader.Read(argument);
   return reader.Columns();
@@ -109,15 +109,15 @@ std::vector<int> ReadColumns(const CsvTable& table, const std::vector<std::strin
 
 }  // namespace
 
-std::vector<int> RequireColumns(const CsvTable& table, const std::vector<std::string>& arguments) {
+std::vector<int> RequireColumns(const Table& table, const std::vector<std::string>& arguments) {
   return ReadColumns(table, arguments, Repeats::Refused);
 }
 
-std::vector<int> ColumnsToExclude(const CsvTable& table, const std::vector<std::string>& arguments) {
+std::vector<int> ColumnsToExclude(const Table& table, const std::vector<std::string>& arguments) {
   return ReadColumns(table, arguments, Repeats::PassedOver);
 }
 
-std::vector<int> RequireColumnsOrAll(const CsvTable& table, const std::vector<std::string>& arguments) {
+std::vector<int> RequireColumnsOrAll(const Table& table, const std::vector<std::string>& arguments) {
   if (!arguments.empty()) return RequireColumns(table, arguments);
   std::vector<int> all(static_cast<std::size_t>(table.Columns()));
   std::iota(all.begin(), all.end(), 0);

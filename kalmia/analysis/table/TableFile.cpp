@@ -41,18 +41,18 @@ TextBuffer BytesOf(const std::string& path, WorkProgress* work) {
 
 }  // namespace
 
-CsvTable TableOfBytes(TextBuffer bytes, const std::string& name, const ReadOptions& options, NCProgress* progress) {
-  if (!IsGzip(bytes.View())) return CsvTable(std::move(bytes), name, options, progress);
+Table TableOfBytes(TextBuffer bytes, const std::string& name, const ReadOptions& options, NCProgress* progress) {
+  if (!IsGzip(bytes.View())) return Table(std::move(bytes), name, options, progress);
   WorkProgress work(progress);
   work.Bar()->PushSubRange(0.0F, kUnpacked);
   TextBuffer text = Gunzip(bytes.View(), name, work.Bar());
   work.Bar()->PopSubRange();
   bytes = TextBuffer();
   work.Bar()->PushSubRange(kUnpacked, 1.0F);
-  return CsvTable(std::move(text), name, options, work.Bar());
+  return Table(std::move(text), name, options, work.Bar());
 }
 
-CsvTable ReadTableFile(const std::string& path, const ReadOptions& options, NCProgress* progress) {
+Table ReadTableFile(const std::string& path, const ReadOptions& options, NCProgress* progress) {
   const std::string name = OneLine(path);
   WorkProgress work(progress);
   work.Begin("reading " + name);

@@ -26,7 +26,7 @@ constexpr double kShare = 0.95;  ///< of the jack-knife's intervals
 constexpr double kNoLeast = -std::numeric_limits<double>::infinity();
 constexpr int kFewDegrees = 2;  ///< of the jack-knife: with so many its intervals mean little
 
-Folds FoldsOf(const PLSRecipe& recipe, const CsvTable& table, const ModelData& data, const FoldRecipe& folds,
+Folds FoldsOf(const PLSRecipe& recipe, const Table& table, const ModelData& data, const FoldRecipe& folds,
               Notes* notes) {
   if (!recipe.groupColumn.empty()) {
     const int column = RequireColumn(table, recipe.groupColumn);
@@ -44,7 +44,7 @@ Folds FoldsOf(const PLSRecipe& recipe, const CsvTable& table, const ModelData& d
 
 class Validation {
  public:
-  Validation(const PLSRecipe& recipe, const CsvTable& table, const ValidationRecipe& validation, NCProgress* progress)
+  Validation(const PLSRecipe& recipe, const Table& table, const ValidationRecipe& validation, NCProgress* progress)
       : recipe_(recipe), validation_(validation), progress_(progress), work_(progress) {
     Notes ofTheFit;
     data_ = SelectData(table, recipe, recipe.y, &ofTheFit, progress);
@@ -224,7 +224,7 @@ class Validation {
 
 }  // namespace
 
-PLSValidation Validate(const PLSRecipe& recipe, const CsvTable& table, const ValidationRecipe& validation,
+PLSValidation Validate(const PLSRecipe& recipe, const Table& table, const ValidationRecipe& validation,
                        NCProgress* progress) {
   CheckRecipe(recipe);
   return WithoutLibraryErrors([&] { return Validation(recipe, table, validation, progress).Run(); });

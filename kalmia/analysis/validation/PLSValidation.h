@@ -7,7 +7,7 @@
 
 #include "kalmia/analysis/fit/FitRecipes.h"
 #include "kalmia/analysis/model/RealMatrix.h"
-#include "kalmia/analysis/table/CsvTable.h"
+#include "kalmia/analysis/table/Table.h"
 #include "kalmia/analysis/text/Notes.h"
 #include "kalmia/analysis/validation/ComponentChoice.h"
 #include "kalmia/analysis/validation/CvAnova.h"
@@ -64,7 +64,7 @@ struct PLSValidation {
 /// Throws Failure as Fit does; BadRequest for folds and rules that make no sense; BadData for a column of groups with
 /// only one, and for a Y column without a value in a round; Stopped where the bar wants to stop.
 /// Sources: see LeftOutErrors, ComponentChoice, CvAnova and JackKnife.
-KALMIA_EXPORT PLSValidation Validate(const PLSRecipe& recipe, const CsvTable& table,
+KALMIA_EXPORT PLSValidation Validate(const PLSRecipe& recipe, const Table& table,
                                      const ValidationRecipe& validation = {}, NCProgress* progress = nullptr);
 
 }  // namespace kalmia::analysis

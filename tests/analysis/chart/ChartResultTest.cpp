@@ -11,7 +11,7 @@ namespace {
 
 using namespace kalmia::analysis;
 
-CsvTable Series() { return CsvTable("x\n1\n2\n3\n2\n1\n2\n9\n", "t.csv"); }
+Table Series() { return Table("x\n1\n2\n3\n2\n1\n2\n9\n", "t.csv"); }
 
 ChartRecipe Individual() {
   ChartRecipe recipe;

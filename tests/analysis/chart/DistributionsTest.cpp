@@ -13,7 +13,7 @@ namespace {
 
 constexpr double kGood = 1e-11;  ///< of x, as the header promises; ten digits are shown
 
-double QuantileOfRow(const CsvTable& table, int row) {
+double QuantileOfRow(const Table& table, int row) {
   const auto number = [&](int column) { return std::strtod(std::string(table.Cell(row, column)).c_str(), nullptr); };
   const std::string name(table.Cell(row, 0));
   const Tail tail = table.Cell(row, 1) == "upper" ? Tail::Upper : Tail::Lower;
@@ -24,7 +24,7 @@ double QuantileOfRow(const CsvTable& table, int row) {
 }
 
 TEST(Distributions, GiveTheQuantilesThatFortyDigitsGive) {  // data/quantiles.py, mpmath 1.2.1
-  const CsvTable table = CsvAt(KALMIA_ANALYSIS_DATA_DIR "/quantiles.csv");
+  const Table table = CsvAt(KALMIA_ANALYSIS_DATA_DIR "/quantiles.csv");
   ASSERT_GT(table.Rows(), 90);
   for (int row = 0; row < table.Rows(); ++row) {
     // Nearest double to the forty digits: 1e-16, far below what is promised.

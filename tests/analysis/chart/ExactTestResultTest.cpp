@@ -16,13 +16,13 @@ namespace {
 
 CountTable Counts(const std::string& csv, NCProgress* progress = nullptr) {
   Notes notes;
-  return ReadCounts(CsvTable(csv, "t.csv"), &notes, progress);
+  return ReadCounts(Table(csv, "t.csv"), &notes, progress);
 }
 
 ExactTestResult TestOf(const std::string& csv, const std::string& alternative) {
   ExactTestRecipe recipe;
   recipe.alternative = alternative;
-  return ComputeExactTest(recipe, CsvTable(csv, "t.csv"));
+  return ComputeExactTest(recipe, Table(csv, "t.csv"));
 }
 
 TEST(ExactTestResult, CountsTheTablesOfItsAlternative) {
@@ -47,7 +47,7 @@ TEST(ExactTestResult, OfALargerTableHasTwoSidesAndNoOptionInItsWords) {
 TEST(ExactTestResult, NotesColumnsOfTextAndAHybridThatPlaysNoPart) {
   ExactTestRecipe recipe;
   recipe.hybrid = true;
-  const ExactTestResult result = ComputeExactTest(recipe, CsvTable("who,milk,tea\na,3,1\nb,1,3\n", "t.csv"));
+  const ExactTestResult result = ComputeExactTest(recipe, Table("who,milk,tea\na,3,1\nb,1,3\n", "t.csv"));
   EXPECT_EQ(result.notes.Lines(), (std::vector<std::string>{"columns of text are left out: who",
                                                             "hybrid plays no part in a table of 2 x 2"}));
 }

@@ -18,7 +18,7 @@ namespace {
 using ::testing::ElementsAre;
 
 HistogramResult HistogramOf(const std::string& csv, NCProgress* progress = nullptr) {
-  return ComputeHistogram({"x"}, CsvTable(csv, "t.csv"), progress);
+  return ComputeHistogram({"x"}, Table(csv, "t.csv"), progress);
 }
 
 TEST(HistogramResult, CountsTheValuesOfAColumnInBinsOfTwoAndAHalf) {

@@ -17,7 +17,7 @@ namespace {
 constexpr auto kUpAndDown = "x,y\n1,2\n-1,1\n1,2\n-1,1\n1,2\n-1,1\n1,2\n-1,1\n";
 
 SpectrumResult SpectrumOf(const SpectrumRecipe& recipe, NCProgress* progress = nullptr) {
-  return ComputeSpectrum(recipe, CsvTable(kUpAndDown, "t.csv"), progress);
+  return ComputeSpectrum(recipe, Table(kUpAndDown, "t.csv"), progress);
 }
 
 SpectrumRecipe RecipeForX() {

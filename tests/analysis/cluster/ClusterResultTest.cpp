@@ -16,7 +16,7 @@ namespace {
 using namespace kalmia::analysis;
 
 // Two pairs of rows a unit apart, ten units between them.
-CsvTable Pairs() { return CsvTable("name,a,b\nr1,0,0\nr2,1,0\nr3,10,0\nr4,11,0\n", "t.csv"); }
+Table Pairs() { return Table("name,a,b\nr1,0,0\nr2,1,0\nr3,10,0\nr4,11,0\n", "t.csv"); }
 
 ClusterRecipe RecipeOf(const std::string& method) {
   ClusterRecipe recipe;

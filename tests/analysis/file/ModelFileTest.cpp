@@ -30,8 +30,8 @@ namespace {
 using namespace framed;
 using ::testing::HasSubstr;
 
-CsvTable Unrelated(int rows, int columns, int yColumns, unsigned seed) {
-  return CsvTable(UnrelatedTable(rows, columns, yColumns, seed), "t.csv");
+Table Unrelated(int rows, int columns, int yColumns, unsigned seed) {
+  return Table(UnrelatedTable(rows, columns, yColumns, seed), "t.csv");
 }
 
 /// The bytes of a model of two components of 8 rows, 3 X columns and 2 Y columns.
@@ -65,7 +65,7 @@ std::string SmallO2PLSFile() {
   recipe.y = {"y1..y2"};
   recipe.numbers = O2PLSNumbers{1, 1, 0};
   recipe.groups = 3;
-  const CsvTable table = Unrelated(9, 3, 2, 4);
+  const Table table = Unrelated(9, 3, 2, 4);
   return ModelFileBytes(Fit(recipe, table, table).model);
 }
 
@@ -93,7 +93,7 @@ std::string SmallShiftedFile() {
   recipe.components = 1;
   const char* const text =
       "a,b,c,y\n1,1000001,2,5000001\n2,1000003,5,5000002\n4,1000002,1,5000004\n3,1000005,2,5000003\n";
-  const CsvTable table(text, "t");
+  const Table table(text, "t");
   return ModelFileBytes(Fit(recipe, table).model);
 }
 
@@ -190,7 +190,7 @@ TEST(ModelFile, OfAKindThatIsNeverPreprocessedIsRefusedWithSteps) {
 
 /// New rows as `predict` reads them. A forged model may have other names, and steps that refuse the rows.
 void ExpectNewRows(const ModelInfo& model) try {
-  const CsvTable table("x1,x2,x3,y1,y2\n1,2,3,4,5\n2,,1,5,3\n", "t");
+  const Table table("x1,x2,x3,y1,y2\n1,2,3,4,5\n2,,1,5,3\n", "t");
   Notes notes;
   const NewRows rows = ReadNewRows(model, table, "", &notes);
   EXPECT_EQ(rows.x.SizeRows(), 2);

@@ -22,7 +22,7 @@ using ::testing::HasSubstr;
 
 using Words = std::vector<std::string>;
 
-CsvTable SmallTable() { return CsvTable(UnrelatedTable(8, 3, 2, 1), "t.csv"); }
+Table SmallTable() { return Table(UnrelatedTable(8, 3, 2, 1), "t.csv"); }
 
 OPLSRecipe SmallRecipe(int orthogonal) {
   OPLSRecipe recipe;
@@ -108,7 +108,7 @@ TEST(OPLSCvFile, IsReadOrRefusedButNeverHarmsWhenForged) {
 
 TEST(OPLSCvFile, EndsInAFailureOrAFitWhenAForgedOneIsGoneOnFrom) {
   const std::string original = SmallCvFile();
-  const CsvTable table = SmallTable();
+  const Table table = SmallTable();
   int fitted = 0, refused = 0;
   for (std::size_t i = kContentAt; i < original.size(); ++i) {
     try {

@@ -20,13 +20,13 @@
 namespace kalmia::analysis {
 namespace {
 
-CsvTable Table() { return CsvTable(LinearTable(30, 5, 1), "t.csv"); }
+Table SmallTable() { return Table(LinearTable(30, 5, 1), "t.csv"); }
 
 TEST(FitRecipes, AsTheyAreMadeTakeAllColumnsAtUnitVarianceSevenGroupsAndTheComponentsOfCrossValidation) {
   PLSRecipe recipe;
   recipe.id = "name";
   recipe.y = {"y"};
-  const PLSResult pls = Fit(recipe, Table());
+  const PLSResult pls = Fit(recipe, SmallTable());
   EXPECT_EQ(pls.data.xNames.size(), 5U);
   EXPECT_EQ(pls.data.rounds, 7);
   EXPECT_EQ(pls.model.scaling, NCScale::ScalingUnitVariance);
@@ -40,7 +40,7 @@ TEST(FitRecipes, HoldTheStepsThemselvesWhichTheModelKeepsAsLearnt) {
   recipe.exclude = {"y"};
   recipe.components = 1;
   recipe.steps = GivenSteps{"the steps", ParseSteps("snv,linear:2:1", "the steps"), {}};
-  const PCAResult pca = Fit(recipe, Table());
+  const PCAResult pca = Fit(recipe, SmallTable());
   ASSERT_EQ(pca.model.chain.steps.size(), 2U);
   EXPECT_EQ(pca.model.chain.steps[1].step.kind, StepKind::Linear);
   EXPECT_EQ(pca.model.chain.inputNames, pca.data.xNames);
@@ -52,7 +52,7 @@ TEST(FitRecipes, SayHowManyComponentsThereAreOfEachKind) {
   recipe.id = "name";
   recipe.numbers = O2PLSNumbers{1, 1, 1};
   const O2PLSResult o2pls =
-      Fit(recipe, CsvTable(blocks.x, "x.csv"), CsvTable(blocks.y, "y.csv"));
+      Fit(recipe, Table(blocks.x, "x.csv"), Table(blocks.y, "y.csv"));
   EXPECT_EQ(o2pls.model.Joint(), 1);
   EXPECT_EQ(o2pls.model.XUnique(), 1);
   EXPECT_EQ(o2pls.components.size(), 3U);
@@ -61,7 +61,7 @@ TEST(FitRecipes, SayHowManyComponentsThereAreOfEachKind) {
   opls.id = "name";
   opls.y = {"y"};
   opls.components = 2;
-  EXPECT_EQ(Fit(opls, Table()).model.Orthogonal(), 2);
+  EXPECT_EQ(Fit(opls, SmallTable()).model.Orthogonal(), 2);
 }
 
 TEST(FitRecipes, OfAFilterAndOfAFillingTakeAndFillWhatTheyName) {
@@ -69,14 +69,14 @@ TEST(FitRecipes, OfAFilterAndOfAFillingTakeAndFillWhatTheyName) {
   filter.id = "name";
   filter.y = {"y"};
   filter.components = 1;
-  const FilterResult filtered = Fit(filter, Table());
+  const FilterResult filtered = Fit(filter, SmallTable());
   EXPECT_EQ(filtered.filter.components.size(), 1U);
   EXPECT_EQ(filtered.filtered.cells.Columns(), 5);
 
   FillRecipe fill;
   fill.id = "name";
   fill.components = 1;
-  const CsvTable holed(WithHoles(LinearTable(30, 5, 1), 7), "h.csv");
+  const Table holed(WithHoles(LinearTable(30, 5, 1), 7), "h.csv");
   const FillResult filled = Fit(fill, holed);
   EXPECT_GT(filled.filledCells, 0);
   EXPECT_EQ(filled.filledCells, filled.missing);
@@ -98,7 +98,7 @@ Recipe WithY() {
 }
 
 TEST(FitRecipes, ThatMakeNoSenseAreRefusedWithTheNumberThatDoesNot) {
-  const CsvTable table = Table();
+  const Table table = SmallTable();
   PLSRecipe pls = WithY<PLSRecipe>();
   pls.groups = 1;
   EXPECT_EQ(FailureOf<BadRequest>([&] { Fit(pls, table); }),
@@ -134,9 +134,9 @@ TEST(FitRecipes, OfNoKnownScalingAreRefused) {
   o2pls.y = {"x4..y"};
   for (const int scaling : {0, 5}) {
     pls.scaling = static_cast<NCScale::Scaling>(scaling);
-    EXPECT_THROW(Fit(pls, Table()), BadRequest) << scaling;
+    EXPECT_THROW(Fit(pls, SmallTable()), BadRequest) << scaling;
     o2pls.scaling = pls.scaling;
-    EXPECT_THROW(Fit(o2pls, Table(), Table()), BadRequest) << scaling;
+    EXPECT_THROW(Fit(o2pls, SmallTable(), SmallTable()), BadRequest) << scaling;
   }
 }
 
@@ -145,21 +145,21 @@ TEST(FitRecipes, WithStepsThatCannotBeAreRefused) {
   const Step restore = ParseSteps("wavelet-compress:2:daubechies:4,wavelet-restore", "s").back();
   for (const Step& step : {Step{}, Step{StepKind::Derivative, {1.0}}, restore}) {
     recipe.steps = GivenSteps{"s", {step}, {}};
-    EXPECT_THROW(Fit(recipe, Table()), BadRequest) << static_cast<int>(step.kind);
+    EXPECT_THROW(Fit(recipe, SmallTable()), BadRequest) << static_cast<int>(step.kind);
   }
 }
 
 TEST(FitRecipes, ThatTheLibraryRefusesEndInAFailureWithItsWords) {
   PCARecipe recipe;
   recipe.scaling = NCScale::ScalingNone;
-  const CsvTable table("a,b\n1e25,2\n-3e25,5\n2e25,1\n", "t.csv");  // squares beyond the largest float
+  const Table table("a,b\n1e25,2\n-3e25,5\n2e25,1\n", "t.csv");  // squares beyond the largest float
   EXPECT_THROW(Fit(recipe, table), BadData);
 }
 
 TEST(FitRecipes, OfModelsWithYNeedOne) {
-  EXPECT_EQ(FailureOf<BadRequest>([] { Fit(OfTheTable<PLSRecipe>(), Table()); }), "no column of Y is named");
-  EXPECT_THROW(Fit(OfTheTable<OPLSRecipe>(), Table()), BadRequest);
-  EXPECT_THROW(Fit(OfTheTable<FilterRecipe>(), Table()), BadRequest);
+  EXPECT_EQ(FailureOf<BadRequest>([] { Fit(OfTheTable<PLSRecipe>(), SmallTable()); }), "no column of Y is named");
+  EXPECT_THROW(Fit(OfTheTable<OPLSRecipe>(), SmallTable()), BadRequest);
+  EXPECT_THROW(Fit(OfTheTable<FilterRecipe>(), SmallTable()), BadRequest);
 }
 
 }  // namespace

@@ -54,7 +54,7 @@ auto FitOfMany(const std::optional<int>& components) {
   recipe.y = {"y"};
   recipe.scaling = NCScale::ScalingCentre;
   recipe.components = components;
-  return Fit(recipe, kalmia::analysis::CsvTable(FadingTable(140, 20, 1), "t.csv"));
+  return Fit(recipe, kalmia::analysis::Table(FadingTable(140, 20, 1), "t.csv"));
 }
 
 TEST(MostComponents, OfPLSAre15UnlessMoreAreAskedFor) {

@@ -17,19 +17,19 @@
 namespace kalmia::analysis {
 namespace {
 
-CsvTable Table() { return CsvTable(LinearTable(30, 5, 1), "t.csv"); }
+Table SmallTable() { return Table(LinearTable(30, 5, 1), "t.csv"); }
 
 PLSResult FittedPLS() {
   PLSRecipe recipe;
   recipe.id = "name";
   recipe.y = {"y"};
   recipe.components = 2;
-  return Fit(recipe, Table());
+  return Fit(recipe, SmallTable());
 }
 
 TEST(PredictResult, HoldsPredictionsBesideWhatWasMeasuredAndTheRowsNames) {
   const PLSResult fit = FittedPLS();
-  const PLSPredictions result = Predict(fit.model, Table());
+  const PLSPredictions result = Predict(fit.model, SmallTable());
   EXPECT_EQ(result.components, 2);
   EXPECT_EQ(result.rows.names, fit.model.rowNames) << "by the column that named the training rows";
   ASSERT_EQ(result.predictions.size(), 30U);
@@ -43,13 +43,13 @@ TEST(PredictResult, OfPrincipalComponentsIsTheScoresOfEachRow) {
   recipe.id = "name";
   recipe.exclude = {"y"};
   recipe.components = 1;
-  const PCAResult fit = Fit(recipe, Table());
-  EXPECT_EQ(Predict(fit.model, Table(), "name").scores.size(), 30U);
+  const PCAResult fit = Fit(recipe, SmallTable());
+  EXPECT_EQ(Predict(fit.model, SmallTable(), "name").scores.size(), 30U);
 }
 
 TEST(PredictResult, OfTwoBlocksGoesBothWays) {
   const TwoBlocks blocks = SharedBlocks(60, 1);
-  const CsvTable x(blocks.x, "x.csv"), y(blocks.y, "y.csv");
+  const Table x(blocks.x, "x.csv"), y(blocks.y, "y.csv");
   O2PLSRecipe recipe;
   recipe.id = "name";
   recipe.numbers = O2PLSNumbers{1, 1, 1};
@@ -64,14 +64,14 @@ TEST(PredictResult, StopsWhereTheBarWantsTo) {
   ProgressLog log;
   log.stopAt = 1;
   const std::unique_ptr<NCProgress> bar = RecordingBar(&log);
-  EXPECT_THROW(Predict(fit.model, Table(), "name", bar.get()), Stopped);
+  EXPECT_THROW(Predict(fit.model, SmallTable(), "name", bar.get()), Stopped);
 }
 
 TEST(Predict, RefusesAModelThatKeptNoComponentAndSoDoesAFile) {
   PCARecipe recipe;  // of columns that have nothing in common none is kept
-  const PCAResult result = Fit(recipe, CsvTable(UnrelatedTable(20, 4, 1, 5), "t.csv"));
+  const PCAResult result = Fit(recipe, Table(UnrelatedTable(20, 4, 1, 5), "t.csv"));
   ASSERT_FALSE(result.AnyKept());
-  EXPECT_THROW(Predict(result.model, Table()), BadRequest);
+  EXPECT_THROW(Predict(result.model, SmallTable()), BadRequest);
   EXPECT_THROW(ModelFileBytes(result.model), BadRequest);
 }
 

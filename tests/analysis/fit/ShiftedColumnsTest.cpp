@@ -58,8 +58,8 @@ std::string TableText(double offset, int rows, int holes) {
   return text.str();
 }
 
-CsvTable Table(double offset, int rows = 40, int holes = 0) {
-  return CsvTable(TableText(offset, rows, holes), "t.csv");
+Table SmallTable(double offset, int rows = 40, int holes = 0) {
+  return Table(TableText(offset, rows, holes), "t.csv");
 }
 
 PLSRecipe PLSOf(NCScale::Scaling scaling = NCScale::ScalingUnitVariance) {
@@ -78,8 +78,8 @@ constexpr double kRounding = 1e-5;
 TEST(ShiftedColumns, GiveThePLSModelOfTheirDifferences) {
   for (const int holes : {0, 7}) {
     for (const auto scaling : {NCScale::ScalingUnitVariance, NCScale::ScalingPareto, NCScale::ScalingCentre}) {
-      const PLSResult near = Fit(PLSOf(scaling), Table(0, 40, holes));
-      const PLSResult far = Fit(PLSOf(scaling), Table(kFar, 40, holes));
+      const PLSResult near = Fit(PLSOf(scaling), SmallTable(0, 40, holes));
+      const PLSResult far = Fit(PLSOf(scaling), SmallTable(kFar, 40, holes));
       EXPECT_THAT(near.model.xScaling.shifts, IsEmpty());
       EXPECT_EQ(far.model.xScaling.shifts.size(), 4U);
       EXPECT_EQ(far.model.yScaling.shifts.size(), 2U);
@@ -96,7 +96,7 @@ TEST(ShiftedColumns, GiveThePLSModelOfTheirDifferences) {
 }
 
 TEST(ShiftedColumns, ArePredictedByAStoredModelAsInTheFitAndByItsCoefficients) {
-  const CsvTable table = Table(kFar);
+  const Table table = SmallTable(kFar);
   const PLSResult fit = Fit(PLSOf(), table);
   const StoredModel file = ReadModelFile(ModelFileBytes(fit.model), "m");
   const auto& stored = std::get<StoredPLS>(file);
@@ -120,7 +120,7 @@ TEST(ShiftedColumns, GiveThePCAAndOPLSModelsOfTheirDifferences) {
   PCARecipe pca;
   pca.x = {"x1..x4"};
   pca.components = 2;
-  const PCAResult nearPCA = Fit(pca, Table(0)), farPCA = Fit(pca, Table(kFar));
+  const PCAResult nearPCA = Fit(pca, SmallTable(0)), farPCA = Fit(pca, SmallTable(kFar));
   for (int a = 1; a <= 2; ++a)
     for (int i = 1; i <= 40; ++i) {
       EXPECT_NEAR((*farPCA.model.pca->GetTprim())[a][i], (*nearPCA.model.pca->GetTprim())[a][i], 1e-3)
@@ -130,7 +130,7 @@ TEST(ShiftedColumns, GiveThePCAAndOPLSModelsOfTheirDifferences) {
   opls.x = {"x1..x4"};
   opls.y = {"y1"};
   opls.components = 1;
-  const OPLSResult nearOPLS = Fit(opls, Table(0)), farOPLS = Fit(opls, Table(kFar));
+  const OPLSResult nearOPLS = Fit(opls, SmallTable(0)), farOPLS = Fit(opls, SmallTable(kFar));
   EXPECT_NEAR(farOPLS.model.quality[0].rmsee, nearOPLS.model.quality[0].rmsee, kRounding);
   EXPECT_NEAR(farOPLS.fitted[3].y[0] - kFar, nearOPLS.fitted[3].y[0], 10 * kRounding);
 }
@@ -140,7 +140,8 @@ TEST(ShiftedColumns, OfBothBlocksComeBackFromO2PLS) {
   recipe.x = {"x1..x4"};
   recipe.y = {"y1..y2"};
   recipe.numbers = O2PLSNumbers{2, 0, 0};
-  const O2PLSResult near = Fit(recipe, Table(0), Table(0)), far = Fit(recipe, Table(kFar), Table(kFar));
+  const O2PLSResult near = Fit(recipe, SmallTable(0), SmallTable(0));
+  const O2PLSResult far = Fit(recipe, SmallTable(kFar), SmallTable(kFar));
   for (std::size_t i = 0; i < 40; ++i) {
     EXPECT_NEAR(far.fittedY[i].y[0] - kFar, near.fittedY[i].y[0], 10 * kRounding);
     EXPECT_NEAR(far.fittedX[i].y[2] - kFar, near.fittedX[i].y[2], 10 * kRounding);
@@ -154,11 +155,11 @@ TEST(ShiftedColumns, AreFilteredAndFilledWithTheirDigits) {
   filter.x = {"x1..x4"};
   filter.y = {"y1"};
   filter.components = 1;
-  const FilterResult nearFilter = Fit(filter, Table(0)), farFilter = Fit(filter, Table(kFar));
+  const FilterResult nearFilter = Fit(filter, SmallTable(0)), farFilter = Fit(filter, SmallTable(kFar));
   FillRecipe fill;
   fill.components = 1;
-  const CsvTable holed = Table(kFar, 40, 9);
-  const FillResult nearFill = Fit(fill, Table(0, 40, 9)), farFill = Fit(fill, holed);
+  const Table holed = SmallTable(kFar, 40, 9);
+  const FillResult nearFill = Fit(fill, SmallTable(0, 40, 9)), farFill = Fit(fill, holed);
   for (int i = 0; i < 40; ++i)
     for (int k = 0; k < 4; ++k) {
       EXPECT_NEAR(farFilter.filtered.cells.Row(i)[k] - kFar, nearFilter.filtered.cells.Row(i)[k], 10 * kRounding);
@@ -171,7 +172,7 @@ TEST(ShiftedColumns, AreFilteredAndFilledWithTheirDigits) {
 TEST(ShiftedColumns, ThatAreConstantAreFilledWithTheirValueToTheLastDigit) {
   FillRecipe recipe;
   recipe.components = 0;
-  const CsvTable table("k,a\n16777217,1\n,2\n16777217,4\n", "t.csv");
+  const Table table("k,a\n16777217,1\n,2\n16777217,4\n", "t.csv");
   const FillResult result = Fit(recipe, table);
   Notes notes;
   EXPECT_EQ(FilledText(table, result, "", {}, &notes, nullptr), "k,a\n16777217,1\n16777217,2\n16777217,4\n");
@@ -180,7 +181,7 @@ TEST(ShiftedColumns, ThatAreConstantAreFilledWithTheirValueToTheLastDigit) {
 TEST(ShiftedColumns, HaveTheClustersOfTheirDifferences) {
   ClusterRecipe recipe;
   recipe.x = {"x1..x4"};
-  const ClusterResult near = Fit(recipe, Table(0)), far = Fit(recipe, Table(kFar));
+  const ClusterResult near = Fit(recipe, SmallTable(0)), far = Fit(recipe, SmallTable(kFar));
   ASSERT_EQ(near.merges.size(), far.merges.size());
   for (std::size_t i = 0; i < near.merges.size(); ++i) {
     EXPECT_NEAR(far.merges[i].height, near.merges[i].height, kRounding * near.merges.back().height);
@@ -188,7 +189,7 @@ TEST(ShiftedColumns, HaveTheClustersOfTheirDifferences) {
 }
 
 TEST(ShiftedColumns, AreNamedWithTheModelAndOnlyThere) {
-  const PLSResult near = Fit(PLSOf(), Table(0)), far = Fit(PLSOf(), Table(kFar));
+  const PLSResult near = Fit(PLSOf(), SmallTable(0)), far = Fit(PLSOf(), SmallTable(kFar));
   EXPECT_THAT(InfoText(StoredModel(ReadModelFile(ModelFileBytes(far.model), "m")), "m"),
               HasSubstr("X shifted         x1 by "));
   EXPECT_THAT(InfoJson(StoredModel(ReadModelFile(ModelFileBytes(far.model), "m")), "m"), HasSubstr("\"shift\": "));
@@ -198,7 +199,7 @@ TEST(ShiftedColumns, AreNamedWithTheModelAndOnlyThere) {
 }
 
 TEST(ShiftedColumns, ArePredictedInTextWithTheDigitsThatVary) {
-  const CsvTable table = Table(kFar, 20);
+  const Table table = SmallTable(kFar, 20);
   const PLSResult fit = Fit(PLSOf(), table);
   const PLSPredictions predicted = Predict(fit.model, table);
   std::ostringstream value;
@@ -212,25 +213,25 @@ TEST(ShiftedColumns, AreNoneWithoutCentringAndANoteSaysWhatIsLost) {
   recipe.x = {"x1..x2"};
   recipe.components = 1;
   recipe.scaling = NCScale::ScalingNone;
-  const PCAResult result = Fit(recipe, Table(kFar));
+  const PCAResult result = Fit(recipe, SmallTable(kFar));
   EXPECT_THAT(result.model.xScaling.shifts, IsEmpty());
   EXPECT_THAT(result.notes.Lines(),
               Contains("the mean is more than 1000 standard deviations from 0, and nothing centres the column, so "
                        "that single precision keeps few digits of what varies: x1 and x2"));
-  EXPECT_THAT(Fit(recipe, Table(0)).notes.Lines(), Each(Not(HasSubstr("the mean is more"))));
+  EXPECT_THAT(Fit(recipe, SmallTable(0)).notes.Lines(), Each(Not(HasSubstr("the mean is more"))));
 }
 
 TEST(ShiftedColumns, ThatAreConstantAreNotedAsThatAlone) {
   PCARecipe recipe;
   recipe.components = 1;
   recipe.scaling = NCScale::ScalingNone;
-  const CsvTable table("a,b,k\n1,2,0.1\n2,3,0.1\n4,1,0.1\n", "t");
+  const Table table("a,b,k\n1,2,0.1\n2,3,0.1\n4,1,0.1\n", "t");
   EXPECT_THAT(Fit(recipe, table).notes.Lines(), Each(Not(HasSubstr("the mean is more"))));
 }
 
 TEST(ShiftedColumns, ThatAFileCannotHaveAreRefused) {
   PLSRecipe recipe = PLSOf();
-  PLSResult fit = Fit(recipe, Table(kFar, 12));
+  PLSResult fit = Fit(recipe, SmallTable(kFar, 12));
   for (const double lie : {std::nan(""), HUGE_VAL, 1e300}) {
     fit.model.xScaling.shifts[1] = lie;
     const std::string bytes = ModelFileBytes(fit.model);
@@ -244,7 +245,7 @@ TEST(ShiftedColumns, AreNoConstantsWhereSinglePrecisionTellsNoCellFromAnother) {
   PLSRecipe recipe;
   recipe.y = {"y"};
   recipe.components = 1;
-  const PLSResult result = Fit(recipe, CsvTable("x,y\n1000000001,1\n1000000002,2\n1000000004,4\n1000000003,3\n", "t"));
+  const PLSResult result = Fit(recipe, Table("x,y\n1000000001,1\n1000000002,2\n1000000004,4\n1000000003,3\n", "t"));
   EXPECT_THAT(result.data.constantColumns, IsEmpty());
   EXPECT_NEAR(result.model.components[0].r2xCum, 1.0, 1e-6);
   EXPECT_NEAR(result.model.quality[0].rmsee, 0.0, 1e-6);

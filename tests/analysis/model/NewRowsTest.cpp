@@ -12,7 +12,7 @@
 namespace {
 
 using kalmia::analysis::ApplyChain;
-using kalmia::analysis::CsvTable;
+using kalmia::analysis::Table;
 using kalmia::analysis::Failure;
 using kalmia::analysis::LearnChain;
 using kalmia::analysis::ModelInfo;
@@ -41,7 +41,7 @@ std::string TwoChannels(int rows) {
 TEST(NewRows, TakeNoRoomForAllTheColumnsThatTheTableDoesNotHave) {
   constexpr int kChannels = 100000, kRows = 300;
   const ModelInfo model = FrameOfCoefficients(kChannels);
-  const CsvTable table(TwoChannels(kRows), "t");
+  const Table table(TwoChannels(kRows), "t");
   Notes notes;
   const PeakBytesDuring peak;
   const NewRows rows = ReadNewRows(model, table, "", &notes);
@@ -54,7 +54,7 @@ TEST(NewRows, TakeNoRoomForAllTheColumnsThatTheTableDoesNotHave) {
 TEST(NewRows, AreTheSameInBlocksAsOneByOne) {
   constexpr int kChannels = 1 << 20, kRows = 6;  // four rows in a block
   const ModelInfo model = FrameOfCoefficients(kChannels);
-  const CsvTable table(TwoChannels(kRows), "t");
+  const Table table(TwoChannels(kRows), "t");
   Notes notes;
   const NewRows rows = ReadNewRows(model, table, "", &notes);
   ASSERT_EQ(rows.x.SizeRows(), kRows);
@@ -70,7 +70,7 @@ TEST(NewRows, AreTheSameInBlocksAsOneByOne) {
 
 TEST(NewRows, SayWhichTableTheyCannotHoldInMemory) {
   const ModelInfo model = FrameOfCoefficients(40);
-  const CsvTable table(TwoChannels(3), "t.csv");
+  const Table table(TwoChannels(3), "t.csv");
   int refused = 0;
   for (int which = 1;; ++which) {
     Notes notes;

@@ -21,7 +21,7 @@ double Computed(const std::string& what, double argument, double a, double b) {
 }
 
 TEST(Probabilities, AreThoseOfFortyDigits) {  // data/probabilities.py, mpmath 1.2.1
-  const CsvTable table = CsvAt(KALMIA_ANALYSIS_DATA_DIR "/probabilities.csv");
+  const Table table = CsvAt(KALMIA_ANALYSIS_DATA_DIR "/probabilities.csv");
   ASSERT_EQ(table.Rows(), 100);
   for (int row = 0; row < table.Rows(); ++row) {
     const auto number = [&](int column) { return std::strtod(std::string(table.Cell(row, column)).c_str(), nullptr); };

@@ -19,7 +19,7 @@ using ::testing::ElementsAre;
 
 constexpr auto kSignals = "name,a,b,y\nr1,1,2,7\nr2,3,,8\n";
 
-CsvTable Table() { return CsvTable(kSignals, "t.csv"); }
+Table SmallTable() { return Table(kSignals, "t.csv"); }
 
 PreprocessRecipe RecipeOf(const std::string& steps) {
   PreprocessRecipe recipe;
@@ -30,7 +30,7 @@ PreprocessRecipe RecipeOf(const std::string& steps) {
 }
 
 PreprocessedTable Preprocessed(const PreprocessRecipe& recipe, NCProgress* progress = nullptr) {
-  return Preprocess(recipe, Table(), progress);
+  return Preprocess(recipe, SmallTable(), progress);
 }
 
 PreprocessRecipe Saved(const PreprocessedTable& result) {
@@ -45,15 +45,15 @@ TEST(PreprocessedTable, HoldsWhatHasBecomeOfTheSignalsAndWritesItBehindTheOtherC
   const PreprocessedTable result = Preprocessed(RecipeOf("linear:2:1"));
   EXPECT_THAT(result.columns, ElementsAre(1, 2));
   EXPECT_THAT(result.InputNames(), ElementsAre("a", "b"));
-  EXPECT_EQ(PreprocessedText(Table(), result, CsvMarks(), /*progress=*/nullptr),
+  EXPECT_EQ(PreprocessedText(SmallTable(), result, CsvMarks(), /*progress=*/nullptr),
             "name,y,a,b\nr1,7,3,5\nr2,8,7,\n");
 }
 
 TEST(PreprocessedTable, RepeatsSavedStepsAsTheyWere) {
   const PreprocessedTable first = Preprocessed(RecipeOf("linear:2:1"));
   const PreprocessedTable again = Preprocessed(Saved(first));
-  EXPECT_EQ(PreprocessedText(Table(), again, CsvMarks(), nullptr),
-            PreprocessedText(Table(), first, CsvMarks(), nullptr));
+  EXPECT_EQ(PreprocessedText(SmallTable(), again, CsvMarks(), nullptr),
+            PreprocessedText(SmallTable(), first, CsvMarks(), nullptr));
 }
 
 TEST(PreprocessedTable, RefusesRecipesThatMakeNoSenseInWordsWithoutOptions) {
@@ -78,7 +78,7 @@ TEST(PreprocessedTable, StopsInItsStepsAndInItsText) {
   log.stopAt = 1;
   const std::unique_ptr<NCProgress> bar = RecordingBar(&log);
   EXPECT_THROW(Preprocessed(RecipeOf("linear:2:1"), bar.get()), Stopped);
-  EXPECT_THROW(PreprocessedText(Table(), result, CsvMarks(), bar.get()), Stopped);
+  EXPECT_THROW(PreprocessedText(SmallTable(), result, CsvMarks(), bar.get()), Stopped);
 }
 
 }  // namespace

@@ -19,7 +19,7 @@ namespace {
 using ::testing::ElementsAre;
 
 Description DescriptionOf(const std::string& csv, NCProgress* progress = nullptr) {
-  return Describe(CsvTable(csv, "t.csv"), progress);
+  return Describe(Table(csv, "t.csv"), progress);
 }
 
 TEST(Description, TellsNumbersTextsConstantsHolesAndWordsApart) {

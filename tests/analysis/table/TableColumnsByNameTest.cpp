@@ -21,7 +21,7 @@ using Words = std::vector<std::string>;
 /// The names of the columns that the arguments name in a table with this header.
 Words Named(const std::string& header, const Words& arguments) {
   const auto separators = static_cast<std::size_t>(std::count(header.begin(), header.end(), ';'));
-  const CsvTable table(header + "\n" + std::string(separators, ';') + "1\n", "t.csv");
+  const Table table(header + "\n" + std::string(separators, ';') + "1\n", "t.csv");
   Words names;
   for (const int column : RequireColumns(table, arguments)) {
     names.push_back(table.ColumnNames()[static_cast<std::size_t>(column)]);
@@ -76,7 +76,7 @@ TEST(TableColumnsByName, AreRefusedByWhatTheirTextLacks) {
 }
 
 TEST(TableColumnsByName, MayBeExcludedMoreThanOnce) {
-  const CsvTable table("a;b;c;d\n1;2;3;4\n", "t.csv");
+  const Table table("a;b;c;d\n1;2;3;4\n", "t.csv");
   EXPECT_THAT(ColumnsToExclude(table, {"c", "c"}), ElementsAre(2));
   EXPECT_THAT(ColumnsToExclude(table, {"b..c,a", "c..d"}), ElementsAre(1, 2, 0, 3));
   EXPECT_THROW(ColumnsToExclude(table, {"c", "q"}), Failure);

@@ -20,7 +20,7 @@ TEST(ReadTableFile, ReadsEveryByteOfAFileOfSeveralBlocks) {
   std::string text = "a,b\n";
   for (int row = 0; row < 300000; ++row) text += std::to_string(row) + ",7.5\n";  // 2.9 MB
   const std::string path = folder.Write("t.csv", text);
-  const CsvTable table = ReadTableFile(path);
+  const Table table = ReadTableFile(path);
   EXPECT_EQ(table.Text(), text);
   EXPECT_EQ(table.Rows(), 300000);
   EXPECT_EQ(table.Name(), path);
@@ -31,7 +31,7 @@ TEST(ReadTableFile, UnpacksAGzipFile) {
   const ScratchFolder folder;
   const unsigned char packed[] = {0x1f, 0x8b, 0x08, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x03, 0x4b, 0xd4, 0x49, 0xe2,
                                   0x32, 0xd4, 0x31, 0xe2, 0x02, 0x00, 0x7b, 0x07, 0x97, 0x0a, 0x08, 0x00, 0x00, 0x00};
-  const CsvTable table = ReadTableFile(
+  const Table table = ReadTableFile(
       folder.Write("t.csv.gz", std::string(reinterpret_cast<const char*>(packed), sizeof(packed))));
   EXPECT_EQ(table.ColumnNames(), (std::vector<std::string>{"a", "b"}));
   EXPECT_EQ(table.Cell(0, 1), "2");

@@ -12,7 +12,7 @@ constexpr int kMostComponents = 6;
 }  // namespace
 
 LeftOutGasoline ReadLeftOutGasoline(const std::string& scaling) {
-  const kalmia::analysis::CsvTable table = CsvAt(KALMIA_ANALYSIS_DATA_DIR "/left_out_gasoline.csv");
+  const kalmia::analysis::Table table = CsvAt(KALMIA_ANALYSIS_DATA_DIR "/left_out_gasoline.csv");
   LeftOutGasoline gasoline;
   gasoline.octane = NumbersOf(table, "octane");
   gasoline.t2 = NumbersOf(table, "t2");

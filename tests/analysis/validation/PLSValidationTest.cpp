@@ -27,7 +27,7 @@ using ::testing::HasSubstr;
 using ::testing::IsEmpty;
 using ::testing::Optional;
 
-CsvTable TableOf(const std::string& text) { return CsvTable(text, "t.csv"); }
+Table TableOf(const std::string& text) { return Table(text, "t.csv"); }
 
 PLSRecipe RecipeOf(const std::string& y, NCScale::Scaling scaling = NCScale::ScalingUnitVariance) {
   PLSRecipe recipe;
@@ -36,7 +36,7 @@ PLSRecipe RecipeOf(const std::string& y, NCScale::Scaling scaling = NCScale::Sca
   return recipe;
 }
 
-CsvTable Gasoline() {
+Table Gasoline() {
   return CsvAt((std::filesystem::path(PathOfWine()).parent_path() / "gasoline.csv").string());
 }
 
@@ -142,7 +142,7 @@ struct Lines {
     std::getline(in, header);
     for (std::string line; std::getline(in, line);) rows.push_back(line);
   }
-  CsvTable Table(const std::vector<std::size_t>& places) const {
+  Table SmallTable(const std::vector<std::size_t>& places) const {
     std::string text = header + "\n";
     for (const std::size_t place : places) text += rows[place] + "\n";
     return TableOf(text);
@@ -160,7 +160,7 @@ void ExpectThePredictionsOfFits(PLSRecipe recipe, const std::string& text, int c
   ASSERT_EQ(validation.errors.MostComponents(), static_cast<std::size_t>(components));
   for (int group = 0; group < validation.folds.groups; ++group) {
     const std::vector<std::size_t> leftOut = RowsOfGroup(validation.folds, 0, group);
-    const CsvTable rest = lines.Table(RowsOutsideGroup(validation.folds, 0, group)), rows = lines.Table(leftOut);
+    const Table rest = lines.SmallTable(RowsOutsideGroup(validation.folds, 0, group)), rows = lines.SmallTable(leftOut);
     for (int a = 1; a <= components; ++a) {
       recipe.components = a;
       const PLSResult fit = Fit(recipe, rest);
@@ -238,7 +238,7 @@ TEST(PLSValidation, PutsTheJackKnifeAboutTheCoefficientsOfTheFit) {
   PLSRecipe recipe = RecipeOf("y");
   recipe.components = 2;
   const PLSValidation validation = Validate(recipe, TableOf(text));
-  const auto coefficients = [&recipe](const CsvTable& table) {
+  const auto coefficients = [&recipe](const Table& table) {
     const PLSResult fit = Fit(recipe, table);
     const Coefficients numbers =
         CoefficientsInOriginalUnits(*fit.model.pls, fit.model.xScaling, fit.model.yScaling);
@@ -250,7 +250,7 @@ TEST(PLSValidation, PutsTheJackKnifeAboutTheCoefficientsOfTheFit) {
   const std::vector<double> whole = coefficients(TableOf(text));
   JackKnife jackKnife(whole, 7);
   for (int group = 0; group < 7; ++group) {
-    jackKnife.AddRound(coefficients(Lines(text).Table(RowsOutsideGroup(validation.folds, 0, group))));
+    jackKnife.AddRound(coefficients(Lines(text).SmallTable(RowsOutsideGroup(validation.folds, 0, group))));
   }
   const JackKnifeResult expected = jackKnife.Result();
   ASSERT_EQ(validation.coefficients.size(), 1U);
@@ -332,7 +332,7 @@ TEST(PLSValidation, LeavesRowsOfOneLabelOutTogether) {
 }
 
 TEST(PLSValidation, RefusesFoldsThatMakeNoSense) {
-  const CsvTable table = TableOf(LinearTable(12, 3, 6));
+  const Table table = TableOf(LinearTable(12, 3, 6));
   EXPECT_THROW(Validate(RecipeOf("y"), table, Rounds(FoldScheme::Interleaved, 1)), BadRequest);
   ValidationRecipe repeats;
   repeats.folds.repeats = 2;
@@ -345,7 +345,7 @@ TEST(PLSValidation, RefusesFoldsThatMakeNoSense) {
 }
 
 TEST(PLSValidation, AveragesSquaredErrorsOverRepeats) {
-  const CsvTable table = TableOf(LinearTable(20, 3, 6));
+  const Table table = TableOf(LinearTable(20, 3, 6));
   ValidationRecipe one = Rounds(FoldScheme::Random, 4), two = one;
   two.folds.repeats = 2;
   const PLSValidation first = Validate(RecipeOf("y"), table, one), both = Validate(RecipeOf("y"), table, two);
@@ -365,7 +365,7 @@ TEST(PLSValidation, GivesTheSameBitsOnAnyNumberOfThreads) {
 }
 
 TEST(PLSValidation, StopsWhereverTheBarWantsToStop) {
-  const CsvTable table = TableOf(LinearTable(20, 4, 6));
+  const Table table = TableOf(LinearTable(20, 4, 6));
   ProgressLog whole;
   Validate(RecipeOf("y"), table, {}, RecordingBar(&whole).get());
   const auto calls = static_cast<int>(whole.calls.size()) - 1;  // the last one closes the bar

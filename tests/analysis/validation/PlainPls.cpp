@@ -5,7 +5,7 @@
 
 #include "TestTables.h"
 
-using kalmia::analysis::CsvTable;
+using kalmia::analysis::Table;
 using kalmia::analysis::RealMatrix;
 
 namespace {
@@ -157,7 +157,7 @@ kalmia::analysis::LeftOutErrors LeftOutErrorsOfPlainPls(const RealMatrix& x, con
 }
 
 RealMatrix ColumnsOfFile(const std::string& path, int first, int count) {
-  const CsvTable table = CsvAt(path);
+  const Table table = CsvAt(path);
   RealMatrix matrix(static_cast<std::size_t>(table.Rows()), static_cast<std::size_t>(count));
   for (int i = 0; i < table.Rows(); ++i) {
     for (int c = 0; c < count; ++c) {
@@ -169,7 +169,7 @@ RealMatrix ColumnsOfFile(const std::string& path, int first, int count) {
 }
 
 std::vector<std::string> WordsOfFile(const std::string& path, int column) {
-  const CsvTable table = CsvAt(path);
+  const Table table = CsvAt(path);
   std::vector<std::string> words;
   for (int i = 0; i < table.Rows(); ++i) words.emplace_back(table.Cell(i, column));
   return words;

@@ -16,7 +16,7 @@
 
 namespace {
 
-using kalmia::analysis::CsvTable;
+using kalmia::analysis::Table;
 using ::testing::ElementsAre;
 using ::testing::HasSubstr;
 using ::testing::Not;
@@ -54,7 +54,7 @@ TEST(Chart, MeanAndRangeLimitsOfThreeSubgroupsAreThoseWorkedByHand) {
   const CommandResult run = RunKalmia({"chart", folder.Write("t.csv", kTwelve), "--column", "x", "--type", "mean-range",
                                        "--subgroup", "4", "--csv", folder.Path("c.csv")});
   ASSERT_EQ(run.exitCode, 0) << run.error;
-  const CsvTable csv = CsvAt(folder.Path("c.csv"));
+  const Table csv = CsvAt(folder.Path("c.csv"));
   EXPECT_THAT(csv.ColumnNames(),
               ElementsAre("subgroup", "first row", "last row", "mean", "mean lower limit", "mean centre",
                           "mean upper limit", "range", "range lower limit", "range centre", "range upper limit",
@@ -169,7 +169,7 @@ TEST(Chart, WritesTheSeriesAndLimitsOfTheLibraryForEveryType) {
         RunKalmia(ChartOf(table, kTypes[type], {"--subgroup", "4", "--csv", folder.Path("c.csv")}));
     ASSERT_EQ(run.exitCode, 0) << run.error;
     EXPECT_THAT(run.error, HasSubstr("note: the last 3 rows are no whole subgroup and left out\n"));
-    const CsvTable csv = CsvAt(folder.Path("c.csv"));
+    const Table csv = CsvAt(folder.Path("c.csv"));
     const ControlChart chart(static_cast<ControlChart::ControlType>(type), cells, 4);
     ASSERT_EQ(csv.Rows(), 10);
     for (const Quantity& quantity : series[type]) {
@@ -242,7 +242,7 @@ TEST(Chart, StoredLimitsJudgeNewValuesAsTheOldOnesWereJudged) {
     EXPECT_THAT(run.output, HasSubstr("; limits from " + limits));
     EXPECT_THAT(run.output, HasSubstr("subgroups of 4"));
     EXPECT_THAT(run.output, HasSubstr("signal"));
-    const CsvTable before = CsvAt(old), after = CsvAt(csv);
+    const Table before = CsvAt(old), after = CsvAt(csv);
     for (const std::string& name : before.ColumnNames()) {
       const bool isLimit = name.find("limit") != std::string::npos || name.find("centre") != std::string::npos;
       if (!isLimit) continue;
@@ -331,7 +331,7 @@ TEST(Chart, NamesTheRuleThatEachSignalBreaks) {
   std::vector<std::string> line = kRuled;
   line.insert(line.end(), {"--csv", folder.Path("c.csv"), "--svg", folder.Path("c.svg")});
   ASSERT_EQ(RunKalmia(line, kShifted).exitCode, 0);
-  const CsvTable csv = CsvAt(folder.Path("c.csv"));
+  const Table csv = CsvAt(folder.Path("c.csv"));
   EXPECT_EQ(csv.Cell(9, csv.Columns() - 2), "value above; value above");
   EXPECT_EQ(csv.Cell(9, csv.Columns() - 1), "nelson 1; nelson 2");
   const std::string drawing = ReadWholeFile(folder.Path("c.svg"));

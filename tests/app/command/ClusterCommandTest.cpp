@@ -14,7 +14,7 @@
 
 namespace {
 
-using kalmia::analysis::CsvTable;
+using kalmia::analysis::Table;
 using ::testing::ElementsAre;
 using ::testing::HasSubstr;
 using ::testing::Not;
@@ -40,7 +40,7 @@ std::vector<int> ClustersAt(const std::string& path) {
 
 /// The rows of the columns x1 .. xK of a table.
 std::vector<std::vector<double>> PointsOf(const std::string& text, int columns) {
-  const CsvTable table(text, "t");
+  const Table table(text, "t");
   std::vector<std::vector<double>> points(static_cast<std::size_t>(table.Rows()));
   for (int c = 1; c <= columns; ++c) {
     const std::vector<double> column = NumbersOf(table, "x" + std::to_string(c));

@@ -10,11 +10,11 @@
 
 namespace {
 
-using kalmia::analysis::CsvTable;
+using kalmia::analysis::Table;
 
 /// The clusters after so many of the merges at the path, numbered in the order of their first rows.
 std::vector<double> ClustersAfter(std::size_t count, const std::string& path) {
-  const CsvTable merges = CsvAt(path);
+  const Table merges = CsvAt(path);
   const std::vector<double> first = NumbersOf(merges, "cluster 1"), second = NumbersOf(merges, "cluster 2");
   const std::size_t rows = first.size() + 1;
   std::vector<std::size_t> top(rows);  // of each row the largest cluster so far

@@ -15,7 +15,7 @@
 
 namespace {
 
-using kalmia::analysis::CsvTable;
+using kalmia::analysis::Table;
 using ::testing::HasSubstr;
 using ::testing::Not;
 
@@ -93,7 +93,7 @@ TEST_F(CsvMarksOfAllCommands, ShapeEveryFileWithoutChangingWhatItSays) {
     ASSERT_EQ(FilesBelow(shaped), FilesBelow(plain));
     for (const std::string& file : FilesBelow(plain)) {
       SCOPED_TRACE(file + " " + marks[m].options[1]);
-      const CsvTable before = CsvAt(plain + "/" + file), after = CsvAt(shaped + "/" + file);
+      const Table before = CsvAt(plain + "/" + file), after = CsvAt(shaped + "/" + file);
       EXPECT_EQ(before.Separator(), ',');
       EXPECT_EQ(after.Separator(), marks[m].separator);
       ASSERT_EQ(after.ColumnNames(), before.ColumnNames());
@@ -152,7 +152,7 @@ TEST(CsvMarks, KeepASeparatorThatTheFirstLineNamesWithThatLine) {
     return ReadWholeFile(out);
   };
   EXPECT_EQ(filled({"--decimal", "point"}), "sep=|\nid|\"a|b\"|c\n\"x|y\"|1.5|2\nu|1|3.25\n\"v;w\"|0.5|1\n");
-  const CsvTable again = CsvAt(out);
+  const Table again = CsvAt(out);
   EXPECT_EQ(again.Separator(), '|');
   EXPECT_EQ(again.Cell(0, 0), "x|y");
   EXPECT_EQ(filled({"--decimal", "comma"}), "sep=|\nid|\"a|b\"|c\n\"x|y\"|1,5|2\nu|1|3,25\n\"v;w\"|0,5|1\n");

@@ -14,7 +14,7 @@
 
 namespace {
 
-using kalmia::analysis::CsvTable;
+using kalmia::analysis::Table;
 using nlohmann::json;
 using ::testing::HasSubstr;
 using Matrix = NCDataMatrix<float>;
@@ -43,7 +43,7 @@ class Filter : public ::testing::Test {
   std::string model_ = folder_.Path("m");
 };
 
-Matrix ColumnsOf(const CsvTable& table, const std::vector<std::string>& names) {
+Matrix ColumnsOf(const Table& table, const std::vector<std::string>& names) {
   Matrix cells(table.Rows(), static_cast<int>(names.size()));
   for (std::size_t c = 0; c < names.size(); ++c) {
     const std::vector<double> numbers = NumbersOf(table, names[c]);
@@ -147,10 +147,10 @@ TEST_F(Filter, AStoredFilterTakesNewRowsWithoutYByTheNamesOfTheirColumns) {
   const std::string straight = folder_.Write("n.csv", "x1,x2,x3,x4,x5\n5.1,10.2,15.3,19.8,25.5\n4,,15,20,25\n");
   const json run = RunWell({"--model", model_, "--json"}, straight).Json();
   EXPECT_EQ(run["model"], model_);
-  const CsvTable expected = CsvAt(out_);
+  const Table expected = CsvAt(out_);
   RunWell({"--model", model_},
           folder_.Write("n.csv", "x5,zeal,x2,x4,x1,x3\n25.5,high,10.2,19.8,5.1,15.3\n25,low,,20,4,15\n"));
-  const CsvTable turned = CsvAt(out_);
+  const Table turned = CsvAt(out_);
   for (const std::string& name : kX) {
     EXPECT_EQ(expected.Cell(0, expected.Find(name)), turned.Cell(0, turned.Find(name)));
     EXPECT_EQ(expected.Cell(1, expected.Find(name)), turned.Cell(1, turned.Find(name)));
@@ -164,7 +164,7 @@ TEST_F(Filter, FiltersRowsThatTakeNoPartInTheFit) {
   const CommandResult run = RunWell(Made("1", {"--json"}));
   EXPECT_THAT(run.error, HasSubstr("no part of the fit, without any Y cell: row s31"));
   EXPECT_THAT(run.error, HasSubstr("left out, without any X cell: row s32"));
-  const CsvTable out = CsvAt(out_);
+  const Table out = CsvAt(out_);
   ASSERT_EQ(out.Rows(), 32);
   EXPECT_NE(out.Cell(30, out.Find("x1")), "5");
   EXPECT_EQ(out.Cell(31, out.Find("x1")), "");

@@ -12,7 +12,7 @@
 
 namespace {
 
-using kalmia::analysis::CsvTable;
+using kalmia::analysis::Table;
 using ::testing::ElementsAre;
 using ::testing::HasSubstr;
 
@@ -28,7 +28,7 @@ TEST(Histogram, SortsNineWholeNumbersIntoBinsOfTwoAndAHalf) {
   ASSERT_EQ(run.exitCode, 0) << run.error;
   // Width 8 / sqrt(9) = 2.67, rounded down to 2.5; bins from 1: 1 2 3, 4 5, 6 7 8, 9.
   EXPECT_THAT(run.output, HasSubstr("x of standard input: 9 values in 4 bins of width 2.5\n"));
-  const CsvTable bins = CsvAt(csv);
+  const Table bins = CsvAt(csv);
   EXPECT_THAT(bins.ColumnNames(), ElementsAre("from", "to", "centre", "values", "rows"));
   EXPECT_THAT(NumbersOf(bins, "from"), ElementsAre(1, 3.5, 6, 8.5));
   EXPECT_THAT(NumbersOf(bins, "to"), ElementsAre(3.5, 6, 8.5, 11));
@@ -44,7 +44,7 @@ TEST(Histogram, PutsEveryValueIntoOneBinAndItsRowBesideIt) {
   const CommandResult run = RunKalmia(
       {"histogram", ExampleTable("wine.csv"), "--column", "proline", "--csv", csv, "--svg", svg});
   ASSERT_EQ(run.exitCode, 0) << run.error;
-  const CsvTable bins = CsvAt(csv), wine = CsvAt(ExampleTable("wine.csv"));
+  const Table bins = CsvAt(csv), wine = CsvAt(ExampleTable("wine.csv"));
   const std::vector<double> from = NumbersOf(bins, "from"), to = NumbersOf(bins, "to"),
                             values = NumbersOf(wine, "proline");
   std::set<int> seen;
@@ -88,7 +88,7 @@ TEST(Histogram, ReportsNarrowRangesInTheirOwnUnit) {
   const ScratchFolder folder;
   const std::string csv = folder.Path("h.csv");
   ASSERT_EQ(RunHistogram("x\n0.001\n0.002\n0.003\n0.004\n", {"--csv", csv}).exitCode, 0);
-  const CsvTable bins = CsvAt(csv);
+  const Table bins = CsvAt(csv);
   EXPECT_NEAR(NumbersOf(bins, "from")[0], 0.001, 1e-9);  // from a centre in single precision: relative 6e-8
   double values = 0;
   for (const double count : NumbersOf(bins, "values")) values += count;

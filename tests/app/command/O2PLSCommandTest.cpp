@@ -16,7 +16,7 @@
 
 namespace {
 
-using kalmia::analysis::CsvTable;
+using kalmia::analysis::Table;
 using kalmia::analysis::StoredO2PLS;
 using nlohmann::json;
 using ::testing::ElementsAre;
@@ -177,7 +177,7 @@ StoredO2PLS ModelAt(const std::string& path) {
   return std::get<StoredO2PLS>(kalmia::analysis::ReadModelFile(ReadWholeFile(path), path));
 }
 
-Matrix ScaledTable(const CsvTable& table, const std::vector<std::string>& names,
+Matrix ScaledTable(const Table& table, const std::vector<std::string>& names,
                    const kalmia::analysis::ColumnScaling& scaling) {
   Matrix cells(table.Rows(), static_cast<int>(names.size()));
   for (std::size_t c = 0; c < names.size(); ++c) {
@@ -218,8 +218,8 @@ TEST_F(O2PLS, AStoredModelPredictsBothWaysToTheBitWhatTheFitPredicted) {
         RunKalmia({"predict", model, from == "x" ? x_ : y_, "--from", from, "--csv", csv, "--json"});
     ASSERT_EQ(run.exitCode, 0) << run.error;
     EXPECT_EQ(run.Json()["from"], from);
-    const CsvTable fit = CsvAt(Csv(from == "x" ? "y-fit.csv" : "x-fit.csv"));
-    const CsvTable predicted = CsvAt(Csv("predictions.csv"));
+    const Table fit = CsvAt(Csv(from == "x" ? "y-fit.csv" : "x-fit.csv"));
+    const Table predicted = CsvAt(Csv("predictions.csv"));
     for (const std::string& column : from == "x" ? std::vector<std::string>{"y1", "y2", "y3", "y4"}
                                                 : std::vector<std::string>{"x1", "x2", "x3", "x4", "x5", "x6"}) {
       EXPECT_EQ(NumbersOf(predicted, "predicted " + column), NumbersOf(fit, "predicted " + column)) << column;

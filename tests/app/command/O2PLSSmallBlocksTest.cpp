@@ -10,12 +10,12 @@
 
 namespace {
 
-using kalmia::analysis::CsvTable;
+using kalmia::analysis::Table;
 using nlohmann::json;
 
 /// The first `columns` columns of a table.
 std::string FirstColumns(const std::string& table, int columns) {
-  const CsvTable whole(table, "whole");
+  const Table whole(table, "whole");
   std::string text;
   for (int row = -1; row < whole.Rows(); ++row)
     for (int c = 0; c < columns; ++c) {

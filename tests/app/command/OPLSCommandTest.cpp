@@ -12,7 +12,7 @@
 
 namespace {
 
-using kalmia::analysis::CsvTable;
+using kalmia::analysis::Table;
 using nlohmann::json;
 using ::testing::HasSubstr;
 
@@ -151,7 +151,7 @@ TEST(OPLS, CoefficientsPredictCompleteRows) {
   const ScratchFolder folder;
   const std::string csv = folder.Path("d"), file = folder.Write("t.csv", LinearTable(30, 6, 2));
   RunWell({"opls", file, "--y", "y", "--id", "name", "--orthogonal", "2", "--csv", csv});
-  const CsvTable table = CsvAt(file);
+  const Table table = CsvAt(file);
   const std::vector<double> coefficients = NumbersOf(CsvAt(csv + "/coefficients.csv"), "y");
   const std::vector<double> fitted = NumbersOf(CsvAt(csv + "/fit.csv"), "predicted y");
   for (std::size_t i = 0; i < fitted.size(); ++i) {

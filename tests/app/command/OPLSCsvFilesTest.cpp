@@ -18,7 +18,7 @@
 namespace {
 
 using kalmia::analysis::ColumnScaling;
-using kalmia::analysis::CsvTable;
+using kalmia::analysis::Table;
 using Matrix = NCDataMatrix<float>;
 using Names = std::vector<std::string>;
 using Numbers = std::vector<double>;
@@ -43,14 +43,14 @@ const std::vector<Case>& Cases() {
 }
 
 /// A column of a file as float cells, -99 where it is empty.
-std::vector<float> CellsOf(const CsvTable& table, const std::string& column) {
+std::vector<float> CellsOf(const Table& table, const std::string& column) {
   std::vector<float> cells;
   for (const double number : NumbersOf(table, column))
     cells.push_back(std::isnan(number) ? -99.0F : static_cast<float>(number));
   return cells;
 }
 
-Matrix TableOf(const CsvTable& table, const Names& names) {
+Matrix TableOf(const Table& table, const Names& names) {
   Matrix cells(table.Rows(), static_cast<int>(names.size()));
   for (int c = 1; c <= cells.SizeColumns(); ++c) {
     const std::vector<float> column = CellsOf(table, names[static_cast<std::size_t>(c) - 1]);
@@ -78,7 +78,7 @@ class Fit {
     for (int o = 0; o <= each.orthogonal; ++o) model_.NextComponent(nullptr);
   }
 
-  CsvTable File(const std::string& name) const { return CsvAt(folder_.Path("d/" + name)); }
+  Table File(const std::string& name) const { return CsvAt(folder_.Path("d/" + name)); }
   Numbers Column(const std::string& file, const std::string& column) const { return NumbersOf(File(file), column); }
   /// The columns PREFIX1, PREFIX2, ... of a file hold the rows of the matrix to the bit.
   void ExpectRows(const std::string& file, const std::string& prefix, const Matrix& rows) const {
@@ -90,14 +90,14 @@ class Fit {
   }
   /// The columns PREFIX1, PREFIX2, ... of a file, as many as there are.
   std::vector<Numbers> All(const std::string& file, const std::string& prefix) const {
-    const CsvTable table = File(file);
+    const Table table = File(file);
     std::vector<Numbers> columns;
     for (int a = 1; table.Find(prefix + std::to_string(a)) >= 0; ++a)
       columns.push_back(NumbersOf(table, prefix + std::to_string(a)));
     return columns;
   }
 
-  const CsvTable& Table() const { return table_; }
+  const Table& FittedTable() const { return table_; }
   const Matrix& X() const { return x_; }
   const Matrix& Y() const { return y_; }
   const ColumnScaling& XScaling() const { return xScaling_; }
@@ -107,7 +107,7 @@ class Fit {
 
  private:
   ScratchFolder folder_;
-  CsvTable table_;
+  Table table_;
   Matrix x_, y_;
   ColumnScaling xScaling_, yScaling_;
   NCOPLS model_;
@@ -165,7 +165,7 @@ TEST(OPLSCsv, SPlotHasCovarianceAndCorrelationOfEachScaledColumnWithEachPredicti
       const Numbers covariance = fit.Column("s-plot.csv", "covariance " + name);
       for (std::size_t k = 0; k < kX.size(); ++k) {
         Numbers x, t;
-        const Numbers column = NumbersOf(fit.Table(), kX[k]);
+        const Numbers column = NumbersOf(fit.FittedTable(), kX[k]);
         for (std::size_t i = 0; i < column.size(); ++i) {
           if (std::isnan(column[i])) continue;
           x.push_back(column[i]);
@@ -285,7 +285,7 @@ TEST(OPLSCsv, HasCoefficientsThatPredictNewCompleteRowsAsTheModelDoes) {
     const std::string file = fit.Folder().Write("new.csv", UnrelatedTable(12, 6, 1, 9));
     const CommandResult run = RunKalmia({"predict", fit.Folder().Path("m"), file, "--csv", fit.Folder().Path("n")});
     ASSERT_EQ(run.exitCode, 0) << run.error;
-    const CsvTable table = CsvAt(file);
+    const Table table = CsvAt(file);
     for (const std::string& y : each.y) {
       const Numbers coefficients = fit.Column("coefficients.csv", y);
       const Numbers predicted = NumbersOf(CsvAt(fit.Folder().Path("n/predictions.csv")), "predicted " + y);

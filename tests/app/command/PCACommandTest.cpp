@@ -10,7 +10,7 @@
 
 namespace {
 
-using kalmia::analysis::CsvTable;
+using kalmia::analysis::Table;
 using nlohmann::json;
 using ::testing::ElementsAre;
 using ::testing::HasSubstr;
@@ -188,7 +188,7 @@ class PCAFiles : public ::testing::Test {
                      "y", "--components", "3", "--json", "--csv", folder_.Path("d"), "--save", folder_.Path("m")})
                 .Json();
   }
-  CsvTable File(const std::string& name) const { return CsvAt(folder_.Path("d/" + name)); }
+  Table File(const std::string& name) const { return CsvAt(folder_.Path("d/" + name)); }
 
   ScratchFolder folder_;
   json json_;

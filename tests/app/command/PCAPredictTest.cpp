@@ -118,7 +118,7 @@ TEST_F(PCAPredict, PutsRowsUnlikeTheTrainingRowsFarAway) {
 
 TEST_F(PCAPredict, WritesScoresAsCsv) {
   Run(std::string(kScoredColumns) + kScoredRow + ",,,,\n", {"--csv", folder_.Path("d")});
-  const kalmia::analysis::CsvTable file = CsvAt(folder_.Path("d/predictions.csv"));
+  const kalmia::analysis::Table file = CsvAt(folder_.Path("d/predictions.csv"));
   EXPECT_THAT(file.ColumnNames(), ElementsAre("row", "t1", "t2", "t3", "distance", "reason"));
   EXPECT_EQ(file.Cell(1, 1), "");
   EXPECT_EQ(file.Cell(1, 5), "none of its 5 X cells is present");

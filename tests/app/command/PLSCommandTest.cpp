@@ -121,8 +121,8 @@ TEST(PLS, StopsWhereNothingIsLeftOfX) {
 }
 
 TEST(PLS, TakesAllOtherColumnsOfNumbersAsX) {
-  const json fit =
-      FitPLS("id,a,site,y,b\n1,1,n,1,4\n2,2,s,3,3\n3,3,n,2,5\n4,5,s,5,1\n5,4,n,4,2\n", {"--y", "y", "--components", "1"});
+  const json fit = FitPLS("id,a,site,y,b\n1,1,n,1,4\n2,2,s,3,3\n3,3,n,2,5\n4,5,s,5,1\n5,4,n,4,2\n",
+                          {"--y", "y", "--components", "1"});
   EXPECT_THAT(Names(fit["x"]["columns"]), ElementsAre("id", "a", "b"));
   EXPECT_THAT(Names(fit["leftOut"]["textColumns"]), ElementsAre("site"));
   EXPECT_THAT(Names(fit["notes"]),
@@ -259,7 +259,7 @@ TEST(PLS, PrintsErrorsThatFollowFromR2AndQ2OfOneComponent) {
   const std::string table = LinearTable(30, 5, 9);
   double sum = 0.0;
   double squares = 0.0;
-  const std::vector<double> y = NumbersOf(kalmia::analysis::CsvTable(table, "t"), "y");
+  const std::vector<double> y = NumbersOf(kalmia::analysis::Table(table, "t"), "y");
   for (const double value : y) sum += value;
   for (const double value : y) squares += (value - sum / 30) * (value - sum / 30);
   for (const char* scale : {"uv", "pareto", "centre"}) {

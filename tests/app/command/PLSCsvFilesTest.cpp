@@ -12,7 +12,7 @@
 
 namespace {
 
-using kalmia::analysis::CsvTable;
+using kalmia::analysis::Table;
 using ::testing::ElementsAre;
 
 /// Float cells have relative steps of 6e-8; a prediction adds a few dozen terms of the size of the answer.
@@ -30,8 +30,8 @@ class WrittenFit {
     kept_ = json_["kept"];
   }
 
-  const CsvTable& Table() const { return table_; }
-  CsvTable File(const std::string& name) const { return CsvAt(folder_.Path("d/" + name)); }
+  const Table& FittedTable() const { return table_; }
+  Table File(const std::string& name) const { return CsvAt(folder_.Path("d/" + name)); }
   std::string Model() const { return folder_.Path("m"); }
   std::string TablePath() const { return folder_.Path("t.csv"); }
   const ScratchFolder& Folder() const { return folder_; }
@@ -40,7 +40,7 @@ class WrittenFit {
 
  private:
   ScratchFolder folder_;
-  CsvTable table_;
+  Table table_;
   nlohmann::json json_;
   int kept_ = 0;
 };
@@ -59,7 +59,7 @@ TEST(PLSCsv, WritesAllFilesWithNamesOfRowsAndColumns) {
     EXPECT_EQ(fit.File(name).Cell(4, 0), "s5");
   }
   for (const char* name : {"loadings.csv", "weights.csv", "w-star.csv", "vip.csv"}) {
-    const CsvTable file = fit.File(name);
+    const Table file = fit.File(name);
     ASSERT_EQ(file.Rows(), 6);
     for (int k = 0; k < 6; ++k) EXPECT_EQ(file.Cell(k, 0), kXNames[static_cast<std::size_t>(k)]);
   }
@@ -87,7 +87,7 @@ TEST(PLSCsv, PredictsWithCoefficientsInOriginalUnitsAsTheModelDoes) {
     EXPECT_EQ(fit.File("coefficients.csv").Cell(0, 0), "(intercept)");
     std::vector<double> expected(20, coefficients[0]);
     for (std::size_t k = 0; k < kXNames.size(); ++k) {
-      const std::vector<double> x = NumbersOf(fit.Table(), kXNames[k]);
+      const std::vector<double> x = NumbersOf(fit.FittedTable(), kXNames[k]);
       for (std::size_t i = 0; i < x.size(); ++i) expected[i] += x[i] * coefficients[k + 1];
     }
     const std::vector<double> predicted = NumbersOf(fit.File("fit.csv"), "predicted y");
@@ -133,7 +133,7 @@ TEST(PLSCsv, HasDistancesThatFollowFromScoresAndLoadings) {
   std::vector<double> squares(20, 0.0);
   std::vector<double> present(20, 0.0);
   for (std::size_t k = 0; k < kXNames.size(); ++k) {
-    const std::vector<double> x = NumbersOf(fit.Table(), kXNames[k]);
+    const std::vector<double> x = NumbersOf(fit.FittedTable(), kXNames[k]);
     double sum = 0.0;
     int n = 0;
     for (const double cell : x) {
@@ -173,7 +173,7 @@ TEST(PLSCsv, HasScoresOfWStarOnCompleteTables) {
     const std::vector<double> w = NumbersOf(fit.File("w-star.csv"), std::string("w*") + a);
     for (std::size_t i = 0; i < t.size(); ++i) {
       double score = 0.0;
-      for (std::size_t k = 0; k < w.size(); ++k) score += NumbersOf(fit.Table(), kXNames[k])[i] * w[k];
+      for (std::size_t k = 0; k < w.size(); ++k) score += NumbersOf(fit.FittedTable(), kXNames[k])[i] * w[k];
       EXPECT_NEAR(score, t[i], 50.0 * kFloatTolerance);  // x reaches 36, and the scores are differences of such cells
     }
   }
@@ -193,7 +193,7 @@ TEST(PLSCsv, HoldsComponentsOfTheModelAlone) {
   const WrittenFit fit(LinearTable(30, 6, 2), {"--y", "y", "--id", "name"});
   ASSERT_EQ(fit.Json()["components"].size(), static_cast<std::size_t>(fit.Kept()) + 1);
   EXPECT_EQ(fit.File("scores.csv").Columns(), fit.Kept() + 1);
-  const CsvTable components = fit.File("components.csv");
+  const Table components = fit.File("components.csv");
   EXPECT_EQ(components.Rows(), 2 * (fit.Kept() + 1));
   EXPECT_EQ(components.Cell(components.Rows() - 1, components.Find("kept")), "no");
 }
@@ -204,9 +204,9 @@ TEST(PLSCsv, PredictsTheTrainingTableWithTheStoredModelToTheLastBit) {
     const WrittenFit fit = ThreeComponents(WithHoles(LinearTable(40, 6, 1), 9), scale);
     const CommandResult run = RunKalmia({"predict", fit.Model(), fit.TablePath(), "--csv", fit.Folder().Path("p")});
     ASSERT_EQ(run.exitCode, 0) << run.error;
-    const CsvTable fitted = fit.File("fit.csv");
-    const CsvTable rows = fit.File("rows.csv");
-    const CsvTable predicted = CsvAt(fit.Folder().Path("p/predictions.csv"));
+    const Table fitted = fit.File("fit.csv");
+    const Table rows = fit.File("rows.csv");
+    const Table predicted = CsvAt(fit.Folder().Path("p/predictions.csv"));
     for (int i = 0; i < fitted.Rows(); ++i) {
       EXPECT_EQ(predicted.Cell(i, predicted.Find("row")), fitted.Cell(i, fitted.Find("row")));
       EXPECT_EQ(predicted.Cell(i, predicted.Find("predicted y")), fitted.Cell(i, fitted.Find("predicted y")));

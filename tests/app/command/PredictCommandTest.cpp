@@ -158,7 +158,7 @@ TEST_F(Predict, TakesAMeasuredValueOfMinus99ForOneButSaysSoOfAnXCell) {
 
 TEST_F(Predict, WritesPredictionsAsCsv) {
   Run(std::string(kHeader) + kRow + ",,,,\n", {"--csv", folder_.Path("d")});
-  const kalmia::analysis::CsvTable file = CsvAt(folder_.Path("d/predictions.csv"));
+  const kalmia::analysis::Table file = CsvAt(folder_.Path("d/predictions.csv"));
   EXPECT_THAT(file.ColumnNames(), ElementsAre("row", "predicted y", "distance", "reason"));
   EXPECT_EQ(file.Cell(1, 1), "");
   EXPECT_EQ(file.Cell(1, 3), "none of its 5 X cells is present");

@@ -14,7 +14,7 @@ using nlohmann::json;
 using ::testing::HasSubstr;
 
 /// The columns of the table with these names, in their order; the cells of the one named `emptied` are missing.
-std::string Picked(const kalmia::analysis::CsvTable& table, const Words& names, const std::string& emptied = "") {
+std::string Picked(const kalmia::analysis::Table& table, const Words& names, const std::string& emptied = "") {
   std::string text;
   for (int row = -1; row < table.Rows(); ++row) {
     for (const std::string& name : names) {

@@ -12,7 +12,7 @@
 
 namespace {
 
-using kalmia::analysis::CsvTable;
+using kalmia::analysis::Table;
 using nlohmann::json;
 using ::testing::ElementsAre;
 using ::testing::HasSubstr;
@@ -35,7 +35,7 @@ std::string Waves(int rows) {
   return text;
 }
 
-NCDataVector<float> CellsAt(const CsvTable& table, const std::string& column) {
+NCDataVector<float> CellsAt(const Table& table, const std::string& column) {
   NCDataVector<float> cells;
   for (const double value : NumbersOf(table, column)) {
     cells.push_back(std::isnan(value) ? kalmia::kMissingCell<float> : static_cast<float>(value));
@@ -81,14 +81,14 @@ TEST(Spectrum, GivesWhatTheLibraryGivesInJsonAndInItsFiles) {
       RunKalmia({"spectrum", path, "--column", "level", "--with", "inflow", "--lags", "5", "--segment", "32",
                  "--window", "welch", "--detrend", "linear", "--json", "--csv", folder.Path("d")});
   ASSERT_EQ(run.exitCode, 0) << run.error;
-  const CsvTable table = CsvAt(path);
+  const Table table = CsvAt(path);
   const NCDataVector<float> level = CellsAt(table, "level"), inflow = CellsAt(table, "inflow");
   NCDataVector<float> correlation, power, powerOfInflow;
   FFT::CrossCorrelation(&level, &inflow, FFT::DetrendLinear, 5, &correlation);
   FFT::PowerSpectrum(&level, 32, true, FFT::DetrendLinear, FFT::ScalingPlain, FFT::WindowWelch, &power);
   FFT::PowerSpectrum(&inflow, 32, true, FFT::DetrendLinear, FFT::ScalingPlain, FFT::WindowWelch, &powerOfInflow);
 
-  const CsvTable correlations = CsvAt(folder.Path("d/correlation.csv")), powers = CsvAt(folder.Path("d/power.csv"));
+  const Table correlations = CsvAt(folder.Path("d/correlation.csv")), powers = CsvAt(folder.Path("d/power.csv"));
   EXPECT_EQ(NumbersOf(correlations, "correlation"), Numbers(correlation));
   EXPECT_THAT(NumbersOf(correlations, "lag"), ElementsAre(-5, -4, -3, -2, -1, 0, 1, 2, 3, 4, 5));
   EXPECT_EQ(NumbersOf(powers, "power of level"), Numbers(power));

@@ -4,7 +4,7 @@
 #include <gtest/gtest.h>
 
 #include "CommandRun.h"
-#include "kalmia/analysis/table/CsvTable.h"
+#include "kalmia/analysis/table/Table.h"
 #include "kalmia/analysis/table/TableColumns.h"
 #include "kalmia/containers/Missing.h"
 
@@ -35,7 +35,7 @@ TEST(Remedies, NameTheOptionOfASettingAndWhereARequestIsExplained) {
 }
 
 TEST(Failure, SaysInWhichRowAndColumnWhichWordIsWrong) {
-  const CsvTable table(BufferOf("a,b\n1,2\n3,x\n"), "t.csv");
+  const Table table(BufferOf("a,b\n1,2\n3,x\n"), "t.csv");
   try {
     ReadNumbers(table, 1);
     ADD_FAILURE() << "no failure";

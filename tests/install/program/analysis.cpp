@@ -5,7 +5,7 @@
 
 int main() {
   using namespace kalmia::analysis;
-  const CsvTable table(TextBuffer("sample,a,b,y\ns1,1,2,3.1\ns2,2,1,3.9\ns3,3,5,8.2\ns4,4,3,6.8\ns5,5,4,9.1\n"),
+  const Table table(TextBuffer("sample,a,b,y\ns1,1,2,3.1\ns2,2,1,3.9\ns3,3,5,8.2\ns4,4,3,6.8\ns5,5,4,9.1\n"),
                        "oils.csv");
   PLSRecipe recipe;
   recipe.id = "sample";

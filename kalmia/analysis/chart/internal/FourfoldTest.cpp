@@ -13,7 +13,7 @@ constexpr double kSmallestWeight =
 constexpr double kNegligible = 1e-20;      ///< of what has been summed
 
 /// A table of given sums by its first cell, and its probability as a multiple of the most probable one's.
-struct Table {
+struct Fourfold {
   double a, b, c, d;
   double weight = 1.0;
 
@@ -32,7 +32,7 @@ struct Table {
   bool Step(bool up) { return up ? Grow() : Shrink(); }
 };
 
-Table MostProbable(double a, double b, double c, double d) {
+Fourfold MostProbable(double a, double b, double c, double d) {
   const double r = a + b, s = a + c, n = a + b + c + d;
   const double lowest = std::max(0.0, r + s - n), highest = std::min(r, s);
   const double mode = std::clamp(std::floor((r + 1) * (s + 1) / (n + 2)), lowest, highest);
@@ -40,7 +40,7 @@ Table MostProbable(double a, double b, double c, double d) {
 }
 
 /// Of the table with this first cell; 0 where it is below kSmallestWeight.
-double WeightOf(Table table, double a) {
+double WeightOf(Fourfold table, double a) {
   const bool up = a > table.a;
   while (table.a != a && table.weight >= kSmallestWeight) table.Step(up);
   return table.a == a ? table.weight : 0.0;
@@ -49,11 +49,11 @@ double WeightOf(Table table, double a) {
 }  // namespace
 
 double FourfoldProbability(int a, int b, int c, int d, Sta::SidedNess side) {
-  const Table mode = MostProbable(a, b, c, d);
+  const Fourfold mode = MostProbable(a, b, c, d);
   const double observed = WeightOf(mode, a);
   if (observed < kSmallestWeight) return 0.0;
   double all = 0, counted = 0;
-  const auto add = [&](const Table& table) {
+  const auto add = [&](const Fourfold& table) {
     all += table.weight;
     const bool counts = side == Sta::LeftSided    ? table.a <= a
                         : side == Sta::RightSided ? table.a >= a
@@ -62,7 +62,7 @@ double FourfoldProbability(int a, int b, int c, int d, Sta::SidedNess side) {
   };
   add(mode);
   for (const bool up : {false, true}) {
-    Table table = mode;
+    Fourfold table = mode;
     // Beyond the observed table weights that are nothing beside its own add nothing to either sum.
     while (table.Step(up) && table.weight > kNegligible * observed) add(table);
   }

@@ -17,7 +17,7 @@ namespace {
 
 constexpr int kMostRows = 65535;  ///< the library numbers pairs of rows in 32 bits
 
-void CheckRows(const CsvTable& table) {
+void CheckRows(const Table& table) {
   if (table.Rows() < 2) Refuse(table, "there is only one row: clusters take two or more");
   if (table.Rows() > kMostRows) {
     Refuse(table, std::to_string(table.Rows()) + " rows are too many for a cluster tree, which takes up to " +
@@ -30,7 +30,7 @@ void NoteLeftOut(const std::string& kind, const std::vector<std::string>& names,
 }
 
 /// The columns of numbers among those that are chosen and not excluded; the others by kind.
-NumberColumns ReadColumns(const CsvTable& table, const std::vector<int>& chosen, const std::vector<int>& excluded,
+NumberColumns ReadColumns(const Table& table, const std::vector<int>& chosen, const std::vector<int>& excluded,
                           NCScale::Scaling scaling, ClusterData* data, Notes* notes) {
   NumberColumns columns;
   std::vector<std::vector<float>> numbers;
@@ -95,7 +95,7 @@ std::string NothingLeftText(const ClusterData& data) {
 
 }  // namespace
 
-ClusterData SelectClusterData(const CsvTable& table, const ClusterRecipe& recipe, Notes* notes) {
+ClusterData SelectClusterData(const Table& table, const ClusterRecipe& recipe, Notes* notes) {
   CheckRows(table);
   ClusterData data;
   std::vector<int> excluded = ColumnsToExclude(table, recipe.exclude);

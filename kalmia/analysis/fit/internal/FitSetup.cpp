@@ -4,7 +4,7 @@
 
 namespace kalmia::analysis {
 
-void FillInfo(const CsvTable& table, const FitRecipe& recipe, const ModelData& data, ModelInfo* frame) {
+void FillInfo(const Table& table, const FitRecipe& recipe, const ModelData& data, ModelInfo* frame) {
   frame->writtenBy = kVersion;
   frame->table = table.Name();
   frame->idColumn = recipe.id;

@@ -6,7 +6,7 @@
 #include "kalmia/analysis/fit/ModelData.h"
 #include "kalmia/analysis/fit/internal/FitRules.h"
 #include "kalmia/analysis/model/StoredModel.h"
-#include "kalmia/analysis/table/CsvTable.h"
+#include "kalmia/analysis/table/Table.h"
 #include "kalmia/analysis/text/Failure.h"
 #include "kalmia/analysis/text/Notes.h"
 
@@ -15,7 +15,7 @@ namespace kalmia::analysis {
 // What every fitting command does around the fit itself.
 
 /// Fills the frame of a model but for the scaling and the pooled deviation.
-void FillInfo(const CsvTable& table, const FitRecipe& recipe, const ModelData& data, ModelInfo* frame);
+void FillInfo(const Table& table, const FitRecipe& recipe, const ModelData& data, ModelInfo* frame);
 
 /// When the extraction of components stops, as the recipe says. Notes a cut of their number.
 FitRules RulesOf(const FitRecipe& recipe, const ModelData& data, Notes* notes);

@@ -52,7 +52,7 @@ std::string GroupsText(const ModelInfo& model) {
          (model.groupColumn.empty() ? "" : " of " + OneLine(model.groupColumn));
 }
 
-void AddDataJson(const CsvTable& table, const ModelData& data, const ModelInfo& model, Json* json) {
+void AddDataJson(const Table& table, const ModelData& data, const ModelInfo& model, Json* json) {
   (*json)["table"] = TableJson(table);
   (*json)["scaling"] = ScalingWord(model.scaling);
   (*json)["preprocessing"] = ChainJson(model.chain);

@@ -6,7 +6,7 @@
 #include "kalmia/analysis/fit/ModelData.h"
 #include "kalmia/analysis/model/StoredModel.h"
 #include "kalmia/analysis/report/WrittenFiles.h"
-#include "kalmia/analysis/table/CsvTable.h"
+#include "kalmia/analysis/table/Table.h"
 #include "kalmia/analysis/text/Notes.h"
 #include "kalmia/analysis/text/internal/Json.h"
 
@@ -21,7 +21,7 @@ std::string DataText(const ModelData& data, const ModelInfo& model);
 std::string GroupsText(const ModelInfo& model);
 
 /// The fields of the JSON output on what was fitted: the table, scaling, X, rows, what was left out, groups.
-void AddDataJson(const CsvTable& table, const ModelData& data, const ModelInfo& model, Json* json);
+void AddDataJson(const Table& table, const ModelData& data, const ModelInfo& model, Json* json);
 
 /// A share, with the decimals of all reports.
 std::string ShareText(double share);

@@ -4,7 +4,7 @@
 
 namespace kalmia::analysis {
 
-Json TableJson(const CsvTable& table) {
+Json TableJson(const Table& table) {
   return {{"file", table.Name()},
           {"rows", table.Rows()},
           {"columns", table.Columns()},

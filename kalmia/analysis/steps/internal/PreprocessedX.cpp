@@ -15,7 +15,7 @@ namespace kalmia::analysis {
 namespace {
 
 /// Of the columns those that the chain takes, in its order.
-std::vector<NumberColumn> Inputs(const CsvTable& table, const GivenSteps& given, const std::vector<NumberColumn>& x,
+std::vector<NumberColumn> Inputs(const Table& table, const GivenSteps& given, const std::vector<NumberColumn>& x,
                                  const std::vector<std::string>& textColumns, Notes* notes) {
   std::unordered_map<std::string, std::size_t> placeOf;
   for (std::size_t k = 0; k < x.size(); ++k) placeOf.emplace(x[k].name, k);
@@ -54,7 +54,7 @@ std::size_t NumberColumn::Present() const {
       std::count_if(cells.begin(), cells.end(), [](double cell) { return !std::isnan(cell); }));
 }
 
-PreprocessedX PreprocessX(const CsvTable& table, int idColumn, const GivenSteps& given,
+PreprocessedX PreprocessX(const Table& table, int idColumn, const GivenSteps& given,
                           const std::vector<NumberColumn>& x, const std::vector<std::string>& textColumns,
                           Notes* notes, NCProgress* progress) {
   PreprocessedX made;

@@ -5,7 +5,7 @@
 #include <vector>
 
 #include "kalmia/analysis/steps/GivenSteps.h"
-#include "kalmia/analysis/table/CsvTable.h"
+#include "kalmia/analysis/table/Table.h"
 #include "kalmia/analysis/text/Notes.h"
 
 namespace kalmia::analysis {
@@ -29,7 +29,7 @@ struct PreprocessedX {
 /// named by the column `idColumn`, -1 for none; `textColumns` are those of X that hold no numbers. `progress` may
 /// be null.
 /// Throws BadData: a column of the chain that is not there; what LearnChain throws; no cell left.
-PreprocessedX PreprocessX(const CsvTable& table, int idColumn, const GivenSteps& given,
+PreprocessedX PreprocessX(const Table& table, int idColumn, const GivenSteps& given,
                           const std::vector<NumberColumn>& x, const std::vector<std::string>& textColumns,
                           Notes* notes, NCProgress* progress);
 

@@ -9,7 +9,7 @@
 
 namespace kalmia::analysis {
 
-NCDataVector<float> ReadMeasurements(const CsvTable& table, const std::string& column, Notes* notes) {
+NCDataVector<float> ReadMeasurements(const Table& table, const std::string& column, Notes* notes) {
   const int place = RequireColumn(table, column);
   const auto refuse = [&](const std::string& what) {
     throw BadData(table.Name() + ": the column " + Quoted(column) + " " + what);

@@ -2,13 +2,13 @@
 
 #include <string>
 
-#include "kalmia/analysis/table/CsvTable.h"
+#include "kalmia/analysis/table/Table.h"
 #include "kalmia/analysis/text/Failure.h"
 
 namespace kalmia::analysis {
 
 /// Throws BadData that names the table.
-[[noreturn]] inline void Refuse(const CsvTable& table, const std::string& message) {
+[[noreturn]] inline void Refuse(const Table& table, const std::string& message) {
   throw BadData(table.Name() + ": " + message);
 }
 

@@ -16,12 +16,12 @@ namespace {
 
 /// Whether a reader would not find the separator of the table by itself: of one column with decimal commas it would
 /// take them for separators.
-bool HidesSeparator(const CsvTable& table, const CsvMarks& marks) {
+bool HidesSeparator(const Table& table, const CsvMarks& marks) {
   return !IsDetected(marks.separator) || (table.Columns() == 1 && marks.decimal == ',');
 }
 
 /// Whether a cell is missing by one of the user's words for it alone.
-bool IsFurtherMissingWord(const CsvTable& table, const std::string& text) {
+bool IsFurtherMissingWord(const Table& table, const std::string& text) {
   if (table.MissingWords().empty() || table.ValueOf(text).kind != CellKind::Missing) return false;
   return ReadCell(text, table.DecimalComma()).kind != CellKind::Missing;
 }
@@ -29,7 +29,7 @@ bool IsFurtherMissingWord(const CsvTable& table, const std::string& text) {
 /// Counts the user's words for missing cells that stay where the table is not written anew.
 class KeptWords {
  public:
-  KeptWords(const CsvTable& table, const std::string& id) : table_(table) {
+  KeptWords(const Table& table, const std::string& id) : table_(table) {
     if (!table.MissingWords().empty()) isOfNumbers_ = ColumnsOfNumbers(table, id.empty() ? -1 : table.Find(id));
   }
 
@@ -48,14 +48,14 @@ class KeptWords {
   }
 
  private:
-  const CsvTable& table_;
+  const Table& table_;
   std::vector<bool> isOfNumbers_;
   int row_ = -1;
   std::vector<std::string> texts_;
   std::size_t count_ = 0;
 };
 
-std::string WrittenAnew(const CsvTable& table, const std::string& id, const CsvMarks& marks, const NewCell& newCell,
+std::string WrittenAnew(const Table& table, const std::string& id, const CsvMarks& marks, const NewCell& newCell,
                         WorkProgress* progress) {
   const std::vector<bool> isOfNumbers = ColumnsOfNumbers(table, id.empty() ? -1 : table.Find(id));
   CsvText csv(marks, table.Format().comment);
@@ -80,7 +80,7 @@ std::string WrittenAnew(const CsvTable& table, const std::string& id, const CsvM
 
 }  // namespace
 
-std::vector<bool> ColumnsOfNumbers(const CsvTable& table, int idColumn) {
+std::vector<bool> ColumnsOfNumbers(const Table& table, int idColumn) {
   std::vector<bool> isOfNumbers;
   for (int column = 0; column < table.Columns(); ++column) {
     isOfNumbers.push_back(column != idColumn && KindOfColumn(table, column) != ColumnKind::Texts);
@@ -88,7 +88,7 @@ std::vector<bool> ColumnsOfNumbers(const CsvTable& table, int idColumn) {
   return isOfNumbers;
 }
 
-void AddTableCell(const CsvTable& table, std::string text, bool isOfNumbers, CsvText* csv) {
+void AddTableCell(const Table& table, std::string text, bool isOfNumbers, CsvText* csv) {
   if (isOfNumbers && IsFurtherMissingWord(table, text)) text.clear();
   if (text.empty() && table.Columns() > 1) {
     csv->Digits("");
@@ -102,7 +102,7 @@ void AddTableCell(const CsvTable& table, std::string text, bool isOfNumbers, Csv
   csv->Digits(std::move(text));
 }
 
-std::string WithNewCells(const CsvTable& table, const std::string& id, const AskedMarks& marks,
+std::string WithNewCells(const Table& table, const std::string& id, const AskedMarks& marks,
                          const NewCell& newCell, Notes* notes, NCProgress* progress) {
   WorkProgress work(progress);
   work.Begin("writing the table");

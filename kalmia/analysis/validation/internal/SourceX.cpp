@@ -41,7 +41,7 @@ RealColumns RowsOfColumns(const RealColumns& columns, const std::vector<std::siz
   return taken;
 }
 
-SourceX::SourceX(const CsvTable& table, const FitRecipe& recipe, const ModelData& data, NCProgress* progress)
+SourceX::SourceX(const Table& table, const FitRecipe& recipe, const ModelData& data, NCProgress* progress)
     : table_(table), names_(data.chain.Empty() ? data.xNames : data.chain.inputNames) {
   const std::vector<std::size_t> modelled(data.rows.begin(), data.rows.end());
   const std::vector<std::string> places = RowPlaces(table, recipe.id.empty() ? -1 : table.Find(recipe.id));

@@ -7,7 +7,7 @@
 #include "kalmia/analysis/fit/FitRecipes.h"
 #include "kalmia/analysis/fit/ModelData.h"
 #include "kalmia/analysis/steps/StepChain.h"
-#include "kalmia/analysis/table/CsvTable.h"
+#include "kalmia/analysis/table/Table.h"
 #include "kalmia/support/NCProgress.h"
 
 namespace kalmia::analysis {
@@ -30,7 +30,7 @@ class SourceX {
  public:
   /// `data` is what SelectData made of the same table and recipe; it has to outlive this object, as the table has.
   /// `progress` may be null, here and below.
-  SourceX(const CsvTable& table, const FitRecipe& recipe, const ModelData& data, NCProgress* progress);
+  SourceX(const Table& table, const FitRecipe& recipe, const ModelData& data, NCProgress* progress);
 
   /// Steps that learn from rows learn from `fitted` alone. Rows are those of the ModelData, from 0.
   SplitX Split(const std::vector<std::size_t>& fitted, const std::vector<std::size_t>& leftOut,
@@ -39,7 +39,7 @@ class SourceX {
  private:
   Signals SignalsOf(const std::vector<std::size_t>& rows) const;
 
-  const CsvTable& table_;
+  const Table& table_;
   std::vector<Step> steps_;              ///< those that each model learns anew; otherwise none
   std::vector<std::string> names_;       ///< of the columns: what the steps take, or X itself
   std::vector<std::string> rowPlaces_;

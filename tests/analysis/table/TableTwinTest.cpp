@@ -1,4 +1,4 @@
-// CsvTable beside a plain reader, on texts of every kind, cut into parts everywhere.
+// Table beside a plain reader, on texts of every kind, cut into parts everywhere.
 
 #include <gtest/gtest.h>
 
@@ -8,14 +8,14 @@
 
 #include "FailureOf.h"
 #include "PlainTable.h"
-#include "kalmia/analysis/table/CsvTable.h"
+#include "kalmia/analysis/table/Table.h"
 #include "kalmia/analysis/text/Failure.h"
 #include "testing/Threads.h"
 
 namespace kalmia::analysis {
 namespace {
 
-constexpr std::size_t kParts[] = {1, 2, 3, 5, 8, 13, 64, 1000, CsvTable::kBytesAtOnce};
+constexpr std::size_t kParts[] = {1, 2, 3, 5, 8, 13, 64, 1000, Table::kBytesAtOnce};
 
 /// Makes texts from a seed.
 class TextMaker {
@@ -85,7 +85,7 @@ class TextMaker {
   bool hasCommas_ = false;
 };
 
-void ExpectSameCells(const CsvTable& table, const PlainTable& plain) {
+void ExpectSameCells(const Table& table, const PlainTable& plain) {
   for (std::size_t c = 0; c < plain.names.size(); ++c) {
     const auto column = static_cast<int>(c);
     const CsvColumn& cells = table.Column(column);
@@ -119,7 +119,7 @@ void ExpectSameCells(const CsvTable& table, const PlainTable& plain) {
 bool ExpectSameTable(const std::string& text, const ReadOptions& options, std::size_t bytesAtOnce) {
   const PlainTable plain = ReadPlainTable(text, options);
   try {
-    const CsvTable table(text, "t", options, nullptr, bytesAtOnce);
+    const Table table(text, "t", options, nullptr, bytesAtOnce);
     EXPECT_EQ(plain.refusal, "");
     if (!plain.refusal.empty()) return false;
     EXPECT_EQ(table.Separator(), plain.separator);
@@ -166,28 +166,28 @@ int CountTables(int texts, const Make& make) {
   return tables;
 }
 
-TEST(CsvTableTwin, ReadsTablesAsThePlainReaderDoes) {
+TEST(TableTwin, ReadsTablesAsThePlainReaderDoes) {
   EXPECT_GT(CountTables(20000, [](TextMaker* maker) { return maker->Table(); }), 8000);
 }
 
-TEST(CsvTableTwin, ReadsAnyTextAsThePlainReaderDoes) {
+TEST(TableTwin, ReadsAnyTextAsThePlainReaderDoes) {
   EXPECT_GT(CountTables(40000, [](TextMaker* maker) { return maker->Soup(); }), 500);
 }
 
-TEST(CsvTableTwin, AgreesAtEveryCutOfOneText) {
+TEST(TableTwin, AgreesAtEveryCutOfOneText) {
   const std::string text =
       "name;\"a;\"\"b\";c\r\n\"s\n\"\"1\";1,5;-2e3\r\n\r\n \t\"s\r\n2\" ; "
       "NA;+7\r\n\"\";\"0,25\";16777217,0000000001\r\rx;;\n";
   for (std::size_t part = 1; part <= text.size(); ++part) EXPECT_TRUE(ExpectSameTable(text, {}, part)) << part;
 }
 
-TEST(CsvTableTwin, ReadsLongTablesAgainWhoseFirstRowsMisleadAsThePlainReaderDoes) {
+TEST(TableTwin, ReadsLongTablesAgainWhoseFirstRowsMisleadAsThePlainReaderDoes) {
   for (const bool commasFirst : {false, true}) {
     std::string text = "a;b\n";
     for (int row = 0; row < 200; ++row)
       text += ((row < 70) == commasFirst ? "1,5;2," : "1.5;2.") + std::to_string(row) + "\n";
     for (const std::size_t part : kParts) EXPECT_TRUE(ExpectSameTable(text, {}, part)) << part;
-    EXPECT_EQ(CsvTable(text, "t").DecimalComma(), !commasFirst);
+    EXPECT_EQ(Table(text, "t").DecimalComma(), !commasFirst);
   }
 }
 

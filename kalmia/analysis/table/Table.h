@@ -19,7 +19,7 @@ namespace kalmia::analysis {
 /// A table as its file has it: numbers by column, below a header of column names, and the text itself, from which texts
 /// are read again when they are asked for. Rows and columns count from 0 here; messages count rows from 1, as a reader
 /// does. No row or column number is checked.
-class KALMIA_EXPORT CsvTable {
+class KALMIA_EXPORT Table {
  public:
   /// Bytes that a thread reads at once: few enough to stay in a cache and to be stopped soon.
   static constexpr std::size_t kBytesAtOnce = std::size_t{1} << 18U;
@@ -30,7 +30,7 @@ class KALMIA_EXPORT CsvTable {
   /// ("column 3"). `name` is how messages call the text. `progress` (may be null) moves from 0 to 1.
   /// Throws BadData: what DetectFormat refuses, no data rows, a row with another number of fields than the
   /// header, two columns of one name, quotation marks that do not pair up; Stopped on a stop of the progress.
-  CsvTable(TextBuffer text, const std::string& name, const ReadOptions& options = {}, NCProgress* progress = nullptr,
+  Table(TextBuffer text, const std::string& name, const ReadOptions& options = {}, NCProgress* progress = nullptr,
            std::size_t bytesAtOnce = kBytesAtOnce);
 
   const std::string& Name() const { return name_; }

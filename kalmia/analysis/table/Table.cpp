@@ -1,4 +1,4 @@
-#include "kalmia/analysis/table/CsvTable.h"
+#include "kalmia/analysis/table/Table.h"
 
 #include <algorithm>
 #include <limits>
@@ -50,7 +50,7 @@ std::vector<std::string> ContentsOf(std::string_view text, const std::vector<Fie
 
 }  // namespace
 
-CsvTable::CsvTable(TextBuffer text, const std::string& name, const ReadOptions& options, NCProgress* progress,
+Table::Table(TextBuffer text, const std::string& name, const ReadOptions& options, NCProgress* progress,
                    std::size_t bytesAtOnce)
     : name_(name), text_(std::move(text)), format_(DetectFormat(Text(), name, options)) {
   for (const std::string& word : options.missingWords) cellFormat_.missingWords.emplace_back(WithoutBlanks(word));
@@ -61,37 +61,37 @@ CsvTable::CsvTable(TextBuffer text, const std::string& name, const ReadOptions& 
   ReadRows(bytesAtOnce, ShareOf(kShareOfRows, 1.0, progress));
 }
 
-int CsvTable::Find(const std::string& columnName) const {
+int Table::Find(const std::string& columnName) const {
   const auto found = columnOf_.find(columnName);
   return found == columnOf_.end() ? -1 : found->second;
 }
 
-std::vector<std::string> CsvTable::RowTexts(int row) const {
+std::vector<std::string> Table::RowTexts(int row) const {
   CsvPlace place{rows_.Begin(static_cast<std::size_t>(row)), 0};
   std::vector<FieldPlace> fields;
   PassRecord(Text(), format_, &place, &fields);
   return ContentsOf(Text(), fields);
 }
 
-std::string CsvTable::Cell(int row, int column) const {
+std::string Table::Cell(int row, int column) const {
   std::size_t at = rows_.Begin(static_cast<std::size_t>(row));
   FieldPlace field;
   for (int c = 0; c <= column; ++c, at = field.next + 1) FindField(Text(), at, format_, &field);
   return ContentOf(Text(), field);
 }
 
-std::vector<std::string> CsvTable::ColumnTexts(int column) const {
+std::vector<std::string> Table::ColumnTexts(int column) const {
   std::vector<std::string> texts;
   texts.reserve(rows_.Size());
   for (int row = 0; row < Rows(); ++row) texts.push_back(Cell(row, column));
   return texts;
 }
 
-std::string CsvTable::RowPlace(int row) const {
+std::string Table::RowPlace(int row) const {
   return "row " + std::to_string(row + 1) + " (line " + std::to_string(Line(row)) + ")";
 }
 
-CsvPlace CsvTable::ReadHeader(const Proceed& proceed) {
+CsvPlace Table::ReadHeader(const Proceed& proceed) {
   CsvPlace place{format_.begin, format_.firstLine};
   FindRecord(Text(), format_, &place);
   const std::size_t line = place.line;
@@ -112,14 +112,14 @@ CsvPlace CsvTable::ReadHeader(const Proceed& proceed) {
   return {end, end == Text().size() ? place.line : place.line - 1};
 }
 
-std::size_t CsvTable::RowsInSample() const {
+std::size_t Table::RowsInSample() const {
   const std::size_t most = std::min(rows_.Size(), kSampleRows);
   std::size_t count = 1;
   while (count < most && rows_.Begin(count) - rows_.Begin(0) < kSampleBytes) ++count;
   return count;
 }
 
-void CsvTable::ReadRows(std::size_t bytesAtOnce, const Proceed& proceed) {
+void Table::ReadRows(std::size_t bytesAtOnce, const Proceed& proceed) {
   const std::size_t bytesInARow = std::max<std::size_t>(Text().size() / rows_.Size(), 1);
   const std::size_t rowsAtOnce = std::max<std::size_t>(bytesAtOnce / bytesInARow, 1);
   const auto read = [&](std::size_t rows, double from, double to) {
@@ -148,7 +148,7 @@ void CsvTable::ReadRows(std::size_t bytesAtOnce, const Proceed& proceed) {
   proceed(1.0);
 }
 
-void CsvTable::RefuseRow(std::size_t row) const {
+void Table::RefuseRow(std::size_t row) const {
   CsvPlace place{rows_.Begin(row), 0};
   std::vector<FieldPlace> places;
   if (!PassRecord(Text(), format_, &place, &places)) Refuse(name_ + ": " + UnpairedMarks(rows_.Line(row)));

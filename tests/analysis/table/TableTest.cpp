@@ -6,7 +6,7 @@
 
 #include "FailureOf.h"
 #include "kalmia/analysis/table/CsvRecords.h"
-#include "kalmia/analysis/table/CsvTable.h"
+#include "kalmia/analysis/table/Table.h"
 #include "kalmia/analysis/text/Failure.h"
 #include "testing/RecordingProgress.h"
 #include "testing/Threads.h"
@@ -17,7 +17,7 @@ namespace {
 using ::testing::ElementsAre;
 using ::testing::HasSubstr;
 
-std::vector<std::string> RowOf(const CsvTable& table, int row) {
+std::vector<std::string> RowOf(const Table& table, int row) {
   std::vector<std::string> cells;
   for (int c = 0; c < table.Columns(); ++c) cells.emplace_back(table.Cell(row, c));
   return cells;
@@ -26,7 +26,7 @@ std::vector<std::string> RowOf(const CsvTable& table, int row) {
 /// The message with which a text is refused as bad data.
 std::string Refusal(const std::string& text) {
   try {
-    const CsvTable table(text, "t.csv");
+    const Table table(text, "t.csv");
   } catch (const Failure& failure) {
     EXPECT_TRUE(Is<kalmia::analysis::BadData>(failure));
     return failure.what();
@@ -49,7 +49,7 @@ struct Dialect {
   bool decimalComma;
 };
 
-TEST(CsvTable, ReadsTheSameTableInEveryDialect) {
+TEST(Table, ReadsTheSameTableInEveryDialect) {
   const Dialect dialects[] = {
       {"commas", "a,b\n1.5,2\n3,4.25\n", ',', false},
       {"no line end at the end", "a,b\n1.5,2\n3,4.25", ',', false},
@@ -67,7 +67,7 @@ TEST(CsvTable, ReadsTheSameTableInEveryDialect) {
       {"tabs", "a\tb\n1.5\t2\n3\t4.25\n", '\t', false}};
   for (const Dialect& dialect : dialects) {
     SCOPED_TRACE(dialect.what);
-    const CsvTable table(dialect.text, "t.csv");
+    const Table table(dialect.text, "t.csv");
     EXPECT_EQ(table.Separator(), dialect.separator);
     EXPECT_EQ(table.DecimalComma(), dialect.decimalComma);
     EXPECT_THAT(table.ColumnNames(), ElementsAre("a", "b"));
@@ -77,64 +77,64 @@ TEST(CsvTable, ReadsTheSameTableInEveryDialect) {
   }
 }
 
-TEST(CsvTable, DetectsDecimalCommasWithSemicolonsAndTabs) {
-  EXPECT_TRUE(CsvTable("a;b\n1,5;2\n3;4,25\n", "t").DecimalComma());
-  EXPECT_TRUE(CsvTable("a\tb\n1,5\t2\n", "t").DecimalComma());
-  EXPECT_FALSE(CsvTable("a;b\n1;2\n", "t").DecimalComma());
+TEST(Table, DetectsDecimalCommasWithSemicolonsAndTabs) {
+  EXPECT_TRUE(Table("a;b\n1,5;2\n3;4,25\n", "t").DecimalComma());
+  EXPECT_TRUE(Table("a\tb\n1,5\t2\n", "t").DecimalComma());
+  EXPECT_FALSE(Table("a;b\n1;2\n", "t").DecimalComma());
 }
 
-TEST(CsvTable, LetsTheMajorityOfCellsDecideOnTheDecimalMark) {
-  EXPECT_FALSE(CsvTable("name;b;c\n1,2;0.5;0.25\n", "t").DecimalComma());
-  EXPECT_TRUE(CsvTable("name;b;c\n1.2;0,5;0,25\n", "t").DecimalComma());
+TEST(Table, LetsTheMajorityOfCellsDecideOnTheDecimalMark) {
+  EXPECT_FALSE(Table("name;b;c\n1,2;0.5;0.25\n", "t").DecimalComma());
+  EXPECT_TRUE(Table("name;b;c\n1.2;0,5;0,25\n", "t").DecimalComma());
 }
 
-TEST(CsvTable, CountsNumbersTooLargeForAFloatAsNumbersWithTheirDecimalMark) {
-  const CsvTable table("a;b\n1,5e99;x\n-2,5e400;y\n", "t");
+TEST(Table, CountsNumbersTooLargeForAFloatAsNumbersWithTheirDecimalMark) {
+  const Table table("a;b\n1,5e99;x\n-2,5e400;y\n", "t");
   EXPECT_TRUE(table.DecimalComma());
   EXPECT_EQ(table.Column(0).kind, ColumnKind::Numbers);
   EXPECT_EQ(table.Column(0).strays, 2);
   EXPECT_EQ(table.Column(1).kind, ColumnKind::Texts);
-  const CsvTable mixed("a;b\n1,5e99;0.5\n;1.5\n", "t");
+  const Table mixed("a;b\n1,5e99;0.5\n;1.5\n", "t");
   EXPECT_FALSE(mixed.DecimalComma());
   EXPECT_EQ(mixed.Column(0).kind, ColumnKind::Numbers) << "refused for the mark, not left out as text";
 }
 
-TEST(CsvTable, DropsBlanksAroundWordsForMissingCells) {
+TEST(Table, DropsBlanksAroundWordsForMissingCells) {
   ReadOptions options;
   options.missingWords = {" not known ", "\t-9"};
-  const CsvTable table("a,b\nnot known,-9\n\" not known\", -9 \n1,2\n", "t", options);
+  const Table table("a,b\nnot known,-9\n\" not known\", -9 \n1,2\n", "t", options);
   EXPECT_EQ(table.Column(0).missing, 2);
   EXPECT_EQ(table.Column(1).missing, 2);
   EXPECT_THAT(table.MissingWords(), ElementsAre("not known", "-9"));
 }
 
-TEST(CsvTable, NeverTakesDecimalCommasWhereCommasSeparate) {
-  const CsvTable table("a,b\n\"1,5\",2\n", "t");
+TEST(Table, NeverTakesDecimalCommasWhereCommasSeparate) {
+  const Table table("a,b\n\"1,5\",2\n", "t");
   EXPECT_FALSE(table.DecimalComma());
   EXPECT_THAT(RowOf(table, 0), ElementsAre("1,5", "2"));
 }
 
-TEST(CsvTable, FindsTheSeparatorBesideNamesThatHoldOthers) {
-  EXPECT_THAT(CsvTable("1,2-diol;2,4-D\n1;2\n", "t").ColumnNames(), ElementsAre("1,2-diol", "2,4-D"));
-  EXPECT_THAT(CsvTable("1,2-diol;2,4-D\n1,5;2,5\n", "t").ColumnNames(), ElementsAre("1,2-diol", "2,4-D"));
-  EXPECT_THAT(CsvTable("a;b,c\n1,2\n", "t").ColumnNames(), ElementsAre("a;b", "c"));
-  EXPECT_THAT(CsvTable("\"a;b\",c\n1,2\n", "t").ColumnNames(), ElementsAre("a;b", "c"));
+TEST(Table, FindsTheSeparatorBesideNamesThatHoldOthers) {
+  EXPECT_THAT(Table("1,2-diol;2,4-D\n1;2\n", "t").ColumnNames(), ElementsAre("1,2-diol", "2,4-D"));
+  EXPECT_THAT(Table("1,2-diol;2,4-D\n1,5;2,5\n", "t").ColumnNames(), ElementsAre("1,2-diol", "2,4-D"));
+  EXPECT_THAT(Table("a;b,c\n1,2\n", "t").ColumnNames(), ElementsAre("a;b", "c"));
+  EXPECT_THAT(Table("\"a;b\",c\n1,2\n", "t").ColumnNames(), ElementsAre("a;b", "c"));
 }
 
-TEST(CsvTable, ReadsATableOfOneColumn) {
-  const CsvTable table("a\n1\n2\n", "t");
+TEST(Table, ReadsATableOfOneColumn) {
+  const Table table("a\n1\n2\n", "t");
   EXPECT_EQ(table.Columns(), 1);
   EXPECT_EQ(table.Rows(), 2);
 }
 
-TEST(CsvTable, ReadsALastRowOfTabsAloneWithoutALineEnd) {
-  const CsvTable table("a\tb\tc\n1\t2\t3\n\t\t", "t.csv");
+TEST(Table, ReadsALastRowOfTabsAloneWithoutALineEnd) {
+  const Table table("a\tb\tc\n1\t2\t3\n\t\t", "t.csv");
   ASSERT_EQ(table.Rows(), 2);
   EXPECT_THAT(RowOf(table, 1), ElementsAre("", "", ""));
 }
 
-TEST(CsvTable, KeepsSeparatorsLineEndsAndQuotationMarksInsideQuotedFields) {
-  const CsvTable table("\"a\nb\",\"say \"\"x\"\"\"\n\"1,2\",\"3\r\n4\"\n5,6\n", "t");
+TEST(Table, KeepsSeparatorsLineEndsAndQuotationMarksInsideQuotedFields) {
+  const Table table("\"a\nb\",\"say \"\"x\"\"\"\n\"1,2\",\"3\r\n4\"\n5,6\n", "t");
   EXPECT_THAT(table.ColumnNames(), ElementsAre("a\nb", "say \"x\""));
   EXPECT_THAT(RowOf(table, 0), ElementsAre("1,2", "3\r\n4"));
   EXPECT_THAT(RowOf(table, 1), ElementsAre("5", "6"));
@@ -142,15 +142,15 @@ TEST(CsvTable, KeepsSeparatorsLineEndsAndQuotationMarksInsideQuotedFields) {
   EXPECT_EQ(table.RowPlace(1), "row 2 (line 5)");
 }
 
-TEST(CsvTable, NamesColumnsWithoutANameAfterTheirPlace) {
-  EXPECT_THAT(CsvTable(",b,\n1,2,3\n", "t").ColumnNames(), ElementsAre("column 1", "b", "column 3"));
+TEST(Table, NamesColumnsWithoutANameAfterTheirPlace) {
+  EXPECT_THAT(Table(",b,\n1,2,3\n", "t").ColumnNames(), ElementsAre("column 1", "b", "column 3"));
 }
 
-TEST(CsvTable, TakesBytesThatAreNoUtf8AsTheyAre) {
-  EXPECT_THAT(CsvTable("\xE9t\xE9,b\n1,2\n", "t").ColumnNames(), ElementsAre("\xE9t\xE9", "b"));
+TEST(Table, TakesBytesThatAreNoUtf8AsTheyAre) {
+  EXPECT_THAT(Table("\xE9t\xE9,b\n1,2\n", "t").ColumnNames(), ElementsAre("\xE9t\xE9", "b"));
 }
 
-TEST(CsvTable, RefusesWhatIsNoTable) {
+TEST(Table, RefusesWhatIsNoTable) {
   EXPECT_EQ(Refusal(""), "t.csv is empty");
   EXPECT_EQ(Refusal("\xEF\xBB\xBF"), "t.csv is empty");
   EXPECT_EQ(Refusal(" \r\n\t\n"), "t.csv is empty");
@@ -167,10 +167,10 @@ TEST(CsvTable, RefusesWhatIsNoTable) {
   EXPECT_EQ(Refusal("sep=;\n \n"), "t.csv is empty but for the line that names the separator");
 }
 
-TEST(CsvTable, TellsWhatThereIsInATableWithoutAHeader) {
+TEST(Table, TellsWhatThereIsInATableWithoutAHeader) {
   const auto refusal = [](const std::string& text) {
     try {
-      const CsvTable table(text, "t.csv", Skipping(1, "#"));
+      const Table table(text, "t.csv", Skipping(1, "#"));
     } catch (const Failure& failure) {
       return std::string(failure.what());
     }
@@ -182,7 +182,7 @@ TEST(CsvTable, TellsWhatThereIsInATableWithoutAHeader) {
             "t.csv is empty but for the 1 line skipped, the line that names the separator and comments");
 }
 
-TEST(CsvTable, CallsAWorkbookAndAnArchiveWhatTheyAreAndSaysWhatToDo) {
+TEST(Table, CallsAWorkbookAndAnArchiveWhatTheyAreAndSaysWhatToDo) {
   const std::string zip("PK\x03\x04\0\0", 6);
   EXPECT_EQ(Refusal(zip + "xl/workbook.xml"),
             "t.csv is an Excel workbook: open it and save the sheet as CSV (UTF-8)");
@@ -199,9 +199,9 @@ TEST(CsvTable, CallsAWorkbookAndAnArchiveWhatTheyAreAndSaysWhatToDo) {
   EXPECT_EQ(Refusal("7z\xBC\xAF\x27\x1C\x04"), "t.csv is a 7z archive" + unpack);
 }
 
-TEST(CsvTable, TakesATableThatBeginsWithTheLettersOfAPacker) {
+TEST(Table, TakesATableThatBeginsWithTheLettersOfAPacker) {
   for (const std::string name : {"BZh", "BZh9", "BZh91AY", "PK", "7z"}) {
-    EXPECT_THAT(CsvTable(name + ",b\n1,2\n", "t").ColumnNames(), ElementsAre(name, "b"));
+    EXPECT_THAT(Table(name + ",b\n1,2\n", "t").ColumnNames(), ElementsAre(name, "b"));
   }
 }
 
@@ -212,7 +212,7 @@ std::string Widened(const std::string& text, std::size_t before, std::size_t beh
   return wide;
 }
 
-TEST(CsvTable, NamesTheEncodingOfAsciiInTwoOrFourBytesWithoutAByteOrderMark) {
+TEST(Table, NamesTheEncodingOfAsciiInTwoOrFourBytesWithoutAByteOrderMark) {
   const std::string text = "a,b\n1,2\n";
   EXPECT_EQ(Refusal(Widened(text, 0, 1)), "t.csv is UTF-16 text: save it as UTF-8");
   EXPECT_EQ(Refusal(Widened(text, 1, 0)), "t.csv is UTF-16 text: save it as UTF-8");
@@ -220,9 +220,9 @@ TEST(CsvTable, NamesTheEncodingOfAsciiInTwoOrFourBytesWithoutAByteOrderMark) {
   EXPECT_EQ(Refusal(Widened(text, 3, 0)), "t.csv is UTF-32 text: save it as UTF-8");
 }
 
-TEST(CsvTable, TakesTheSeparatorThatAFirstLineNames) {
+TEST(Table, TakesTheSeparatorThatAFirstLineNames) {
   for (const std::string first : {"sep=|\n", "sep=|\r\n", "\"sep=|\"\n", "\xEF\xBB\xBFsep=|\n"}) {
-    const CsvTable table(first + "a,b|c\n1,5|2\n3|4\n", "t");
+    const Table table(first + "a,b|c\n1,5|2\n3|4\n", "t");
     EXPECT_EQ(table.Separator(), '|');
     EXPECT_TRUE(table.DecimalComma());
     EXPECT_THAT(table.ColumnNames(), ElementsAre("a,b", "c"));
@@ -230,10 +230,10 @@ TEST(CsvTable, TakesTheSeparatorThatAFirstLineNames) {
   }
 }
 
-TEST(CsvTable, TakesTheLineThatNamesTheSeparatorBehindBlankLinesAndCommentsAndInItsOtherForms) {
+TEST(Table, TakesTheLineThatNamesTheSeparatorBehindBlankLinesAndCommentsAndInItsOtherForms) {
   for (const std::string first : {"\n \nsep=|\n", "# made by\nsep=|\n", "\xEF\xBB\xBF\n#\n\nsep=|\n", "SEP=|\n",
                                   "Sep=|\r", "sep=|||\r\n", "\"sep=|\"|\n"}) {
-    const CsvTable table(first + "a,b|c\n1,5|2\n3|4\n", "t", Skipping(0, "#"));
+    const Table table(first + "a,b|c\n1,5|2\n3|4\n", "t", Skipping(0, "#"));
     EXPECT_EQ(table.Separator(), '|') << first;
     EXPECT_THAT(table.ColumnNames(), ElementsAre("a,b", "c"));
     const auto lines = static_cast<std::size_t>(std::count(first.begin(), first.end(), '\n'));
@@ -241,9 +241,9 @@ TEST(CsvTable, TakesTheLineThatNamesTheSeparatorBehindBlankLinesAndCommentsAndIn
   }
 }
 
-TEST(CsvTable, RefusesASeparatorThatBeginsComments) {
+TEST(Table, RefusesASeparatorThatBeginsComments) {
   try {
-    const CsvTable table("sep=|\na|b\n1|2\n", "t.csv", Skipping(0, "|"));
+    const Table table("sep=|\na|b\n1|2\n", "t.csv", Skipping(0, "|"));
     ADD_FAILURE() << "rows would be left out";
   } catch (const Failure& failure) {
     EXPECT_TRUE(Is<kalmia::analysis::BadData>(failure));
@@ -252,30 +252,30 @@ TEST(CsvTable, RefusesASeparatorThatBeginsComments) {
   }
 }
 
-TEST(CsvTable, TakesAFirstLineThatOnlyLooksSimilarForAHeader) {
+TEST(Table, TakesAFirstLineThatOnlyLooksSimilarForAHeader) {
   for (const std::string first : {"sep=x", "sep=", "sep", "set=|", "sep=|x", "sep=-"}) {
-    EXPECT_EQ(CsvTable(first + "\n1\n2\n", "t").Rows(), 2) << first;
+    EXPECT_EQ(Table(first + "\n1\n2\n", "t").Rows(), 2) << first;
   }
 }
 
-TEST(CsvTable, LeavesOutLinesBeforeTheHeaderAndCountsThem) {
+TEST(Table, LeavesOutLinesBeforeTheHeaderAndCountsThem) {
   const std::string text = "made by \"them\nand, them\n\na,b\n1,2\n";
-  const CsvTable table(text, "t", Skipping(2));
+  const Table table(text, "t", Skipping(2));
   EXPECT_THAT(table.ColumnNames(), ElementsAre("a", "b"));
   EXPECT_EQ(table.RowPlace(0), "row 1 (line 5)");
-  EXPECT_THROW(CsvTable(text, "t", Skipping(9)), Failure);
+  EXPECT_THROW(Table(text, "t", Skipping(9)), Failure);
 }
 
-TEST(CsvTable, PassesOverCommentsWhateverTheyHold) {
+TEST(Table, PassesOverCommentsWhateverTheyHold) {
   const std::string text = "# it's 5\" wide\na,b\n1,2\n # \"\n#\n3,# 4\n\"#\n#\",5\n#";
-  const CsvTable table(text, "t", Skipping(0, "#"));
+  const Table table(text, "t", Skipping(0, "#"));
   EXPECT_EQ(table.Rows(), 3);
   EXPECT_THAT(RowOf(table, 1), ElementsAre("3", "# 4"));
   EXPECT_THAT(RowOf(table, 2), ElementsAre("#\n#", "5"));
   EXPECT_EQ(table.RowPlace(2), "row 3 (line 7)");
 }
 
-TEST(CsvTable, SetsAsideNoMoreMemoryThanTheTextWarrants) {
+TEST(Table, SetsAsideNoMoreMemoryThanTheTextWarrants) {
   // 20,000 columns and 500,000 short rows: were they good, their cells would take 80 GB.
   std::string text = "c0";
   for (int c = 1; c < 20000; ++c) text += ",c" + std::to_string(c);
@@ -284,8 +284,8 @@ TEST(CsvTable, SetsAsideNoMoreMemoryThanTheTextWarrants) {
   EXPECT_EQ(Refusal(text), "t.csv: row 1 (line 2) has 1 field, the header has 20000");
 }
 
-TEST(CsvTable, KeepsNumbersByColumnAndHolesAsNaN) {
-  const CsvTable table("a,b,c\n1.5,x,\nNA,7,\n", "t");
+TEST(Table, KeepsNumbersByColumnAndHolesAsNaN) {
+  const Table table("a,b,c\n1.5,x,\nNA,7,\n", "t");
   const CsvColumn& a = table.Column(0);
   EXPECT_EQ(a.kind, ColumnKind::Numbers);
   EXPECT_EQ(a.numbers[0], 1.5);
@@ -296,23 +296,23 @@ TEST(CsvTable, KeepsNumbersByColumnAndHolesAsNaN) {
   EXPECT_EQ(table.Column(2).kind, ColumnKind::Empty);
 }
 
-TEST(CsvTable, ReadsDecimalCommasThatBeginBelowManyRowsWithoutThem) {
+TEST(Table, ReadsDecimalCommasThatBeginBelowManyRowsWithoutThem) {
   std::string text = "a;b\n";
   for (int r = 0; r < 100; ++r) text += "1;1.5\n";
   for (int r = 0; r < 101; ++r) text += "2;2,5\n";
-  const CsvTable table(text, "t");
+  const Table table(text, "t");
   EXPECT_TRUE(table.DecimalComma());
   EXPECT_EQ(table.Column(1).strays, 100);
   EXPECT_EQ(table.Column(1).numbers[150], 2.5);
 }
 
-TEST(CsvTable, TellsItsShareAndStopsAtEveryQuestion) {
+TEST(Table, TellsItsShareAndStopsAtEveryQuestion) {
   const Threads oneThread(1);  // the calling thread, which runs every task
   std::string text = "a,b\n";
   for (int r = 0; r < 50; ++r) text += "1,2\n";
   const auto read = [&text](ProgressLog* log) {
     const auto progress = RecordingBar(log);
-    return CsvTable(text, "t", {}, progress.get(), /*bytesAtOnce=*/16).Rows();
+    return Table(text, "t", {}, progress.get(), /*bytesAtOnce=*/16).Rows();
   };
   ProgressLog all;
   EXPECT_EQ(read(&all), 50);
@@ -345,7 +345,7 @@ ProgressLog LogOfReading(const std::string& text, const ReadOptions& options = {
   log.stopAt = stopAt;
   const auto progress = RecordingBar(&log);
   try {
-    const CsvTable table(text, "t", options, progress.get(), /*bytesAtOnce=*/64);
+    const Table table(text, "t", options, progress.get(), /*bytesAtOnce=*/64);
     EXPECT_EQ(stopAt, 0);
   } catch (const Failure& failure) {
     EXPECT_TRUE(Is<kalmia::analysis::Stopped>(failure));
@@ -361,7 +361,7 @@ std::vector<double> SharesIn(const ProgressLog& log) {
   return shares;
 }
 
-TEST(CsvTable, ReadsAShortTableOnceWhateverItsSeparator) {
+TEST(Table, ReadsAShortTableOnceWhateverItsSeparator) {
   std::string text = "a,b\n";
   for (int r = 0; r < 60; ++r) text += "1.5,2\n";
   const std::size_t commas = SharesIn(LogOfReading(text)).size();
@@ -369,7 +369,7 @@ TEST(CsvTable, ReadsAShortTableOnceWhateverItsSeparator) {
   EXPECT_EQ(SharesIn(LogOfReading(text)).size(), commas + 1) << "one more tells that it was the sample";
 }
 
-TEST(CsvTable, NeverTakesTheBarBackAndStopsAtEveryQuestionWhereRowsAreReadAgain) {
+TEST(Table, NeverTakesTheBarBackAndStopsAtEveryQuestionWhereRowsAreReadAgain) {
   std::string text = "a;b\n";
   for (int r = 0; r < 70; ++r) text += "1;1.5\n";
   for (int r = 0; r < 90; ++r) text += "2;2,5\n";
@@ -382,7 +382,7 @@ TEST(CsvTable, NeverTakesTheBarBackAndStopsAtEveryQuestionWhereRowsAreReadAgain)
   }
 }
 
-TEST(CsvTable, TellsItsShareWhileItLooksForRowsAmongComments) {
+TEST(Table, TellsItsShareWhileItLooksForRowsAmongComments) {
   std::string text = "a,b\n";
   for (int r = 0; r < 100; ++r) text += "1,2\n# comment\n";
   const std::vector<double> shares = SharesIn(LogOfReading(text, Skipping(0, "#")));
@@ -390,19 +390,19 @@ TEST(CsvTable, TellsItsShareWhileItLooksForRowsAmongComments) {
   EXPECT_GT(std::count_if(shares.begin(), shares.end(), [](double share) { return share > 0.0 && share < 0.1; }), 10);
 }
 
-TEST(CsvTable, KnowsTheFirstThreeStraysOfAColumnInTheirOrderWhateverTheParts) {
+TEST(Table, KnowsTheFirstThreeStraysOfAColumnInTheirOrderWhateverTheParts) {
   std::string text = "a,b\n";
   for (int r = 0; r < 500; ++r) text += std::string(r % 100 == 77 ? "x" : r % 2 == 0 ? "" : "1") + ",1\n";
   for (const int count : {1, 3}) {
     const Threads threads(count);
-    const CsvTable table(text, "t", {}, nullptr, /*bytesAtOnce=*/16);
+    const Table table(text, "t", {}, nullptr, /*bytesAtOnce=*/16);
     EXPECT_EQ(table.Column(0).strays, 5);
     EXPECT_THAT(table.Column(0).firstStrays, ElementsAre(77, 177, 277));
     EXPECT_THAT(table.Column(1).firstStrays, ElementsAre());
   }
 }
 
-TEST(CsvTable, RefusesARowOfAnotherLengthWithItsNumber) {
+TEST(Table, RefusesARowOfAnotherLengthWithItsNumber) {
   EXPECT_EQ(Refusal("a,b,c\n1,2,3\n\n1,2\n"), "t.csv: row 2 (line 4) has 2 fields, the header has 3");
   EXPECT_EQ(Refusal("a,b,c\n1,2\n"), "t.csv: row 1 (line 2) has 2 fields, the header has 3");
   EXPECT_EQ(Refusal("Instrument X\nexported; 2024\nid,a,b\n"),
@@ -415,18 +415,18 @@ TEST(CsvTable, RefusesARowOfAnotherLengthWithItsNumber) {
   EXPECT_EQ(Refusal("a,b\n1,2\n1,2,\n"), "t.csv: row 2 (line 3) has 3 fields, the header has 2");
 }
 
-TEST(CsvTable, RefusesTwoColumnsOfOneName) {
+TEST(Table, RefusesTwoColumnsOfOneName) {
   EXPECT_EQ(Refusal("a,b,a\n1,2,3\n"), "t.csv: columns 1 and 3 have the same name, 'a'");
   EXPECT_EQ(Refusal("column 2,\n1,2\n"), "t.csv: columns 1 and 2 have the same name, 'column 2'");
 }
 
-TEST(CsvTable, RefusesQuotationMarksThatDoNotPairUp) {
+TEST(Table, RefusesQuotationMarksThatDoNotPairUp) {
   EXPECT_THAT(Refusal("a,b\n1,\"2\n3,4\n"), HasSubstr("a quotation mark on line 2 is never closed"));
   EXPECT_THAT(Refusal("a,b\n1,2\n3,4\"5\n"), HasSubstr("a quotation mark on line 3"));
   EXPECT_THAT(Refusal("a,b\n1,\"2\"3\n"), HasSubstr("a quotation mark on line 2"));
 }
 
-TEST(CsvTable, EndsInAWholeTableOrARefusalWhateverTheBytes) {
+TEST(Table, EndsInAWholeTableOrARefusalWhateverTheBytes) {
   const std::string seed = "\xEF\xBB\xBFname;\"a;\"\"b\";c\r\ns1;1,5;-2e3\r\n\"s\n2\";NA;+7\r\n";
   const std::string bytes("\0\t\n\r \",;.-9eNx\x80\xFF", 16);
   int tables = 0;
@@ -436,7 +436,7 @@ TEST(CsvTable, EndsInAWholeTableOrARefusalWhateverTheBytes) {
         std::string text = seed;
         text.replace(at, insert ? 0 : 1, 1, byte);
         try {
-          const CsvTable table(text, "t");
+          const Table table(text, "t");
           ++tables;
           ASSERT_GT(table.Rows(), 0);
           for (int row = 0; row < table.Rows(); ++row) {
