@@ -3,7 +3,7 @@
 #include <string>
 #include <string_view>
 
-#include "kalmia/analysis/fit/OPLSValidation.h"
+#include "kalmia/analysis/fit/StoredOPLSCv.h"
 #include "kalmia/support/Export.h"
 
 namespace kalmia::analysis {

@@ -5,7 +5,7 @@
 
 #include "kalmia/analysis/fit/FitRecipes.h"
 #include "kalmia/analysis/fit/ModelData.h"
-#include "kalmia/analysis/fit/OPLSValidation.h"
+#include "kalmia/analysis/fit/StoredOPLSCv.h"
 #include "kalmia/analysis/model/Prediction.h"
 #include "kalmia/analysis/model/StoredModel.h"
 #include "kalmia/analysis/table/Table.h"

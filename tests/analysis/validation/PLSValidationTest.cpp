@@ -17,6 +17,7 @@
 #include "testing/RecordingProgress.h"
 #include "testing/Threads.h"
 #include "validation/PlainPls.h"
+#include "validation/TableLines.h"
 
 namespace kalmia::analysis {
 namespace {
@@ -44,13 +45,6 @@ PLSRecipe OctaneRecipe(NCScale::Scaling scaling = NCScale::ScalingUnitVariance) 
   PLSRecipe recipe = RecipeOf("octane", scaling);
   recipe.id = "sample";
   return recipe;
-}
-
-ValidationRecipe Rounds(FoldScheme scheme, int groups) {
-  ValidationRecipe validation;
-  validation.folds.scheme = scheme;
-  validation.folds.groups = groups;
-  return validation;
 }
 
 /// RMSECV of the one Y column as far as figures are given, which have four decimals. They come from refits in double
@@ -135,26 +129,10 @@ TEST(PLSValidation, KeepsNoComponentOfNoise) {
   EXPECT_GE(none, 0.95 * 4 * kTables);
 }
 
-/// Every line of a table, or only some rows of it.
-struct Lines {
-  explicit Lines(const std::string& text) {
-    std::istringstream in(text);
-    std::getline(in, header);
-    for (std::string line; std::getline(in, line);) rows.push_back(line);
-  }
-  Table SmallTable(const std::vector<std::size_t>& places) const {
-    std::string text = header + "\n";
-    for (const std::size_t place : places) text += rows[place] + "\n";
-    return TableOf(text);
-  }
-  std::string header;
-  std::vector<std::string> rows;
-};
-
 /// Expects that each left-out row is predicted, to the bit, as a model says that was fitted by the public Fit to a
 /// table of the other rows; `components` from 1 on.
 void ExpectThePredictionsOfFits(PLSRecipe recipe, const std::string& text, int components) {
-  const Lines lines(text);
+  const TableLines lines(text);
   recipe.components = components;
   const PLSValidation validation = Validate(recipe, TableOf(text));
   ASSERT_EQ(validation.errors.MostComponents(), static_cast<std::size_t>(components));
@@ -215,6 +193,10 @@ TEST(PLSValidation, GivesAColumnThatIsConstantInARoundNoSayThere) {
   }
 }
 
+TEST(PLSValidation, ShiftsNoColumnThatIsNotCentred) {
+  ExpectThePredictionsOfFits(RecipeOf("y", NCScale::ScalingNone), NearlyConstantColumn(1e5), 2);
+}
+
 TEST(PLSValidation, LearnsStepsInEachRound) {
   PLSRecipe recipe = RecipeOf("y");
   // A half of the coefficients is kept; which ones depends on the rows.
@@ -250,7 +232,7 @@ TEST(PLSValidation, PutsTheJackKnifeAboutTheCoefficientsOfTheFit) {
   const std::vector<double> whole = coefficients(TableOf(text));
   JackKnife jackKnife(whole, 7);
   for (int group = 0; group < 7; ++group) {
-    jackKnife.AddRound(coefficients(Lines(text).SmallTable(RowsOutsideGroup(validation.folds, 0, group))));
+    jackKnife.AddRound(coefficients(TableLines(text).SmallTable(RowsOutsideGroup(validation.folds, 0, group))));
   }
   const JackKnifeResult expected = jackKnife.Result();
   ASSERT_EQ(validation.coefficients.size(), 1U);
@@ -317,7 +299,7 @@ TEST(PLSValidation, RefusesAYColumnWithoutAValueInARound) {
 
 TEST(PLSValidation, LeavesRowsOfOneLabelOutTogether) {
   std::string text = LinearTable(12, 3, 6);
-  const Lines lines(text);
+  const TableLines lines(text);
   text = lines.header + ",batch\n";
   for (std::size_t i = 0; i < lines.rows.size(); ++i) text += lines.rows[i] + "," + "ABC"[i / 4] + "\n";
   PLSRecipe recipe = RecipeOf("y");

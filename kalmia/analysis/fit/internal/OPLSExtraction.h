@@ -5,7 +5,7 @@
 #include <vector>
 
 #include "kalmia/analysis/fit/OPLSResult.h"
-#include "kalmia/analysis/fit/OPLSValidation.h"
+#include "kalmia/analysis/fit/StoredOPLSCv.h"
 #include "kalmia/analysis/fit/internal/FitRules.h"
 #include "kalmia/analysis/model/ComponentRecord.h"
 #include "kalmia/analysis/model/StoredModel.h"

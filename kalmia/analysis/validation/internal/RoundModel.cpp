@@ -4,14 +4,10 @@
 #include <cmath>
 #include <utility>
 
-#include "kalmia/analysis/fit/internal/FitRules.h"
 #include "kalmia/analysis/model/ModelDiagnostics.h"
-#include "kalmia/analysis/model/Prediction.h"
 #include "kalmia/analysis/table/SingleCells.h"
 #include "kalmia/analysis/text/DisplayText.h"
 #include "kalmia/analysis/text/Failure.h"
-#include "kalmia/pcapls/NCPLSPred.h"
-#include "kalmia/support/NCError.h"
 
 namespace kalmia::analysis {
 
@@ -33,40 +29,29 @@ double MeanOf(const std::vector<double>& cells) {
   return present > 0 ? sum / present : kNotANumber;
 }
 
-/// Whether there is nothing left of X but roundings, over the rows that the model describes.
-bool IsExhausted(const std::vector<RowResidual>& whole, const std::vector<RowResidual>& left) {
-  double ofWhole = 0.0, ofLeft = 0.0;
-  for (std::size_t i = 0; i < left.size(); ++i) {
-    if (left[i].present == 0) continue;
-    ofWhole += whole[i].sumOfSquares;
-    ofLeft += left[i].sumOfSquares;
-  }
-  return 1.0 - ofLeft / ofWhole >= 1.0 - kExhausted;
-}
-
-/// Of a scaled cell, in whose place -99 stands for none.
-double Present(float cell) { return IsMissing(cell) ? 0.0 : cell; }
-
 }  // namespace
 
-RoundModel::RoundModel(const std::vector<std::string>& xNames, const RealColumns& x,
+RoundModel::RoundModel(const SeriesFamily& family, const std::vector<std::string>& xNames, const RealColumns& x,
                        const std::vector<std::string>& yNames, const RealColumns& y, NCScale::Scaling scaling,
-                       int most, WorkProgress* progress) {
-  NCDataMatrix<float> singleX = TakeX(xNames, x);
+                       SeriesLimits limits, WorkProgress* progress) {
+  NCDataMatrix<float> singleX = TakeX(xNames, x, Centres(scaling));
   NCDataMatrix<float> singleY = TakeY(yNames, y);
   progress->Ask();
-  components_ = std::min({most, RowCount(y) - 1, static_cast<int>(xPlaces_.size())});
+  limits.components = std::min({limits.components, RowCount(y) - 1, static_cast<int>(xPlaces_.size())});
+  lastModel_ = limits.LastModel(family.Block());
   if (xPlaces_.empty() || yNames_.empty()) return;
   xScaling_ = ScaleColumns(scaling, xNames_, &singleX, xShifts_);
   yScaling_ = ScaleColumns(ScalingOfY(scaling), yNames_, &singleY, yShifts_);
-  Extract(singleX, singleY, components_, progress);
+  series_ = family.Extract(singleX, singleY, limits, progress);
+  lastModel_ = series_->LastModel();
 }
 
-NCDataMatrix<float> RoundModel::TakeX(const std::vector<std::string>& names, const RealColumns& x) {
+NCDataMatrix<float> RoundModel::TakeX(const std::vector<std::string>& names, const RealColumns& x,
+                                      bool isCentred) {
   std::vector<std::vector<float>> taken;
   int ofWholeTable = 0;  // moved cells, of which the fit of all rows has told
   for (std::size_t k = 0; k < x.size(); ++k) {
-    const double shift = ShiftOf(x[k]);
+    const double shift = isCentred ? ShiftOf(x[k]) : 0.0;
     std::vector<float> cells = SingleCells(x[k], shift, &ofWholeTable);
     if (IsConstant(cells)) {
       withoutSpread_.push_back(names[k]);
@@ -100,32 +85,8 @@ NCDataMatrix<float> RoundModel::TakeY(const std::vector<std::string>& names, con
   return MatrixOf(taken, RowCount(y));
 }
 
-void RoundModel::Extract(const NCDataMatrix<float>& x, const NCDataMatrix<float>& y, int most,
-                         WorkProgress* progress) {
-  pls_ = std::make_unique<NCPLS>(&x, &y, kMaxIterations);
-  components_ = 0;
-  const std::vector<RowResidual> whole = RowResiduals(x);
-  pooledDeviation_.push_back(PooledDeviation(whole, 0));
-  while (components_ < most) {
-    progress->Ask();
-    try {
-      pls_->NextComponent(progress->SilentBar(), /*start=*/nullptr, /*quiet=*/false, /*strict=*/true);
-    } catch (const NCError&) {
-      progress->Ask();
-      return;  // X and Y have nothing more in common
-    }
-    const NCDataVector<float>& p = pls_->GetPprim()->back();
-    if (p.GetNumMisVal() == p.Size()) return;  // scores so small that nothing can be regressed on them
-    pls_->CalculateResiduals();
-    ++components_;
-    const std::vector<RowResidual> left = RowResiduals(*pls_->GetXResiduals());
-    pooledDeviation_.push_back(PooledDeviation(left, components_));
-    if (IsExhausted(whole, left)) return;
-  }
-}
-
 double RoundModel::InUnitsOfTable(const YColumn& column, float scaled) const {
-  if (column.place == 0 || !HasModel()) return column.constant;
+  if (column.place == 0 || series_ == nullptr) return column.constant;
   return scaled / FactorOf(yScaling_, column.place) + CentreOf(yScaling_, column.place);
 }
 
@@ -140,76 +101,81 @@ NCDataMatrix<float> RoundModel::ScaledX(const RealColumns& x) const {
   return single;
 }
 
-void RoundModel::NoteDistances(const NCDataMatrix<float>& xLeft, int components, LeftOutRows* rows) const {
-  const std::vector<RowResidual> residuals = RowResiduals(xLeft);
-  const auto a = static_cast<std::size_t>(components);
+void RoundModel::NoteDistances(const SeriesPrediction& prediction, int model, LeftOutRows* rows) const {
+  const std::vector<RowResidual> residuals = prediction.XResiduals();
+  const auto a = static_cast<std::size_t>(model);
+  const int components = ComponentsOfModel(model, series_->Block());
   for (std::size_t i = 0; i < residuals.size(); ++i) {
     if (std::isnan(rows->predicted[a](i, 0))) continue;
-    rows->distances(i, a) = ResidualDeviation(residuals[i], components) / pooledDeviation_[a];
+    rows->distances(i, a) = ResidualDeviation(residuals[i], components) / series_->PooledDeviationOf(model);
   }
 }
 
 LeftOutRows RoundModel::Predict(const RealColumns& x, WorkProgress* progress) const {
   const auto rows = static_cast<std::size_t>(RowCount(x));
-  const auto numbers = static_cast<std::size_t>(components_) + 1;
-  LeftOutRows result{{}, RealMatrix(rows, numbers, kNotANumber)};
+  const auto models = static_cast<std::size_t>(lastModel_) + 1;
+  LeftOutRows result{{}, RealMatrix(rows, models, kNotANumber)};
   RealMatrix mean(rows, y_.size());
   for (std::size_t i = 0; i < rows; ++i) {
     for (std::size_t j = 0; j < y_.size(); ++j) mean(i, j) = InUnitsOfTable(y_[j], 0.0F);
   }
-  result.predicted.assign(numbers, mean);
-  if (!HasModel()) return result;
+  result.predicted.assign(models, mean);
+  if (series_ == nullptr) return result;
   const NCDataMatrix<float> scaled = ScaledX(x);
-  NCPLSPred prediction(scaled, *pls_->GetWprim(), *pls_->GetPprim(), *pls_->GetCprim(), kMissingTolerance);
+  const std::unique_ptr<SeriesPrediction> prediction = series_->Predict(scaled);
   std::vector<bool> hasScores(rows, true);
-  NoteDistances(scaled, 0, &result);
-  for (int a = 1; a <= components_; ++a) {
+  NoteDistances(*prediction, 0, &result);
+  for (int a = 1; a <= lastModel_; ++a) {
     progress->Ask();
-    prediction.CalcNextComponent();
+    prediction->Next();
     RealMatrix& predicted = result.predicted[static_cast<std::size_t>(a)];
     for (std::size_t i = 0; i < rows; ++i) {
       const int row = static_cast<int>(i) + 1;
-      if (IsMissing((*prediction.GetTPred())[row])) hasScores[i] = false;
+      if (!prediction->HasScores(row)) hasScores[i] = false;
       for (std::size_t j = 0; j < y_.size(); ++j) {
-        const int place = std::max(1, y_[j].place);
-        const float scaledY = (*prediction.GetYPred())[row][place];
+        const float scaledY = prediction->Y()[row][std::max(1, y_[j].place)];
         predicted(i, j) = hasScores[i] ? InUnitsOfTable(y_[j], scaledY) : kNotANumber;
       }
     }
-    NoteDistances(*prediction.GetXResiduals(), a, &result);
+    NoteDistances(*prediction, a, &result);
   }
   return result;
 }
 
 std::vector<std::vector<std::vector<double>>> RoundModel::Coefficients(const std::vector<std::size_t>& places,
                                                                        std::size_t slopes) const {
-  std::vector<std::vector<double>> sum;
-  for (const YColumn& column : y_) {
-    sum.emplace_back(slopes + 1, 0.0);
-    sum.back().back() = InUnitsOfTable(column, 0.0F);
-  }
-  std::vector<std::vector<std::vector<double>>> ofNumbers(1, sum);
-  if (!HasModel()) {
-    ofNumbers.resize(static_cast<std::size_t>(components_) + 1, sum);
-    return ofNumbers;
-  }
-  const NCDataMatrix<float> wStar = pls_->GetWStarPrim();
-  for (int a = 1; a <= components_; ++a) {
-    for (std::size_t k = 0; k < xPlaces_.size(); ++k) {
-      const auto column = static_cast<int>(k) + 1;
-      const double weight = Present(wStar[a][column]) * FactorOf(xScaling_, column);
-      const double centre = CentreOf(xScaling_, column);
-      const std::size_t place = places[xPlaces_[k]];
-      for (std::size_t j = 0; j < y_.size(); ++j) {
-        if (y_[j].place == 0) continue;
-        const double slope = weight * Present((*pls_->GetCprim())[a][y_[j].place]) / FactorOf(yScaling_, y_[j].place);
-        sum[j].back() -= slope * centre;
-        if (place != kNowhere) sum[j][place] += slope;
-      }
+  std::vector<std::vector<std::vector<double>>> ofModels;
+  if (series_ == nullptr) {
+    std::vector<std::vector<double>> means;
+    for (const YColumn& column : y_) {
+      means.emplace_back(slopes + 1, 0.0);
+      means.back().back() = InUnitsOfTable(column, 0.0F);
     }
-    ofNumbers.push_back(sum);
+    ofModels.assign(static_cast<std::size_t>(lastModel_) + 1, means);
+    return ofModels;
   }
-  return ofNumbers;
+  for (const RealMatrix& scaled : series_->Slopes()) ofModels.push_back(InUnitsOfTable(scaled, places, slopes));
+  return ofModels;
+}
+
+std::vector<std::vector<double>> RoundModel::InUnitsOfTable(const RealMatrix& scaled,
+                                                            const std::vector<std::size_t>& places,
+                                                            std::size_t slopes) const {
+  std::vector<std::vector<double>> ofY;
+  for (const YColumn& column : y_) {
+    ofY.emplace_back(slopes + 1, 0.0);
+    double intercept = InUnitsOfTable(column, 0.0F);
+    for (std::size_t k = 0; column.place > 0 && k < xPlaces_.size(); ++k) {
+      const auto variable = static_cast<int>(k) + 1;
+      const double factor = FactorOf(xScaling_, variable) / FactorOf(yScaling_, column.place);
+      const double slope = scaled(k, static_cast<std::size_t>(column.place) - 1) * factor;
+      intercept -= slope * CentreOf(xScaling_, variable);
+      const std::size_t place = places[xPlaces_[k]];
+      if (place != kNowhere) ofY.back()[place] = slope;
+    }
+    ofY.back().back() = intercept;
+  }
+  return ofY;
 }
 
 }  // namespace kalmia::analysis

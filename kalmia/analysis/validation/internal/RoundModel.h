@@ -8,71 +8,73 @@
 #include "kalmia/analysis/model/RealMatrix.h"
 #include "kalmia/analysis/steps/Scaling.h"
 #include "kalmia/analysis/text/WorkProgress.h"
+#include "kalmia/analysis/validation/internal/ComponentSeries.h"
 #include "kalmia/analysis/validation/internal/SourceX.h"
-#include "kalmia/pcapls/NCPLS.h"
 
 namespace kalmia::analysis {
 
-/// What a model of each number of components, from 0 on, says of rows that it was not fitted to.
+/// What the models of a series, from 0 on, say of rows that they were not fitted to.
 struct LeftOutRows {
   std::vector<RealMatrix> predicted;  ///< rows by Y columns, in the units of the table; not a number where none
-  RealMatrix distances;               ///< rows by numbers of components: normalised, see DistanceToModel
+  RealMatrix distances;               ///< rows by models: normalised, see DistanceToModel
 };
 
-/// A PLS model of some rows of a table, with all its numbers of components: shifts, centres, factors and components are
-/// learnt from these rows alone, as Fit learns them.
+/// A series of models of some rows of a table: shifts, centres, factors and components are learnt from these rows
+/// alone, as Fit learns them.
 class RoundModel {
  public:
   /// X by columns, with their names, and Y by columns. An X column without two different cells has no say. A Y column
   /// without two different cells is predicted by what it has, whatever X says.
-  /// `most` components at the most; fewer where there are fewer rows less one, or columns with a say, or nothing is
-  /// left of X or Y.
+  /// The series goes as far as `limits` says; less far where there are fewer rows less one, or columns with a say, or
+  /// nothing is left of X or Y.
   /// Throws BadData where a Y column (called by `yNames`) has no cell or a column cannot be scaled; Stopped.
-  RoundModel(const std::vector<std::string>& xNames, const RealColumns& x, const std::vector<std::string>& yNames,
-             const RealColumns& y, NCScale::Scaling scaling, int most, WorkProgress* progress);
+  RoundModel(const SeriesFamily& family, const std::vector<std::string>& xNames, const RealColumns& x,
+             const std::vector<std::string>& yNames, const RealColumns& y, NCScale::Scaling scaling,
+             SeriesLimits limits, WorkProgress* progress);
 
-  int Components() const { return components_; }
+  int LastModel() const { return lastModel_; }
+  /// Nothing where no X column or no Y column has spread.
+  const ComponentSeries* Series() const { return series_.get(); }
   /// Names of the X columns without a say.
   const std::vector<std::string>& ColumnsWithoutSpread() const { return withoutSpread_; }
 
-  /// Of rows of all X columns, in the order of those that the model was fitted to. A row without a score in a component
+  /// Of rows of all X columns, in the order of those that the models were fitted to. A row without a score in a model
   /// has neither prediction nor distance from there on.
   LeftOutRows Predict(const RealColumns& x, WorkProgress* progress) const;
 
-  /// The coefficients of each number of components in the units of the table: one vector for each Y column, with the
-  /// slope of each X column at its place among `slopes`, and the intercept behind them. `places` has a place for each X
-  /// column that the model was given; kNowhere for one whose slope is not asked for. 0 where the model has no slope.
+  /// The coefficients of each model in the units of the table: one vector for each Y column, with the slope of each X
+  /// column at its place among `slopes`, and the intercept behind them. `places` has a place for each X column that the
+  /// models were given; kNowhere for one whose slope is not asked for. 0 where the model has no slope.
   std::vector<std::vector<std::vector<double>>> Coefficients(const std::vector<std::size_t>& places,
                                                              std::size_t slopes) const;
   static constexpr std::size_t kNowhere = static_cast<std::size_t>(-1);
 
  private:
-  /// A Y column: in the model, or constant.
+  /// A Y column: in the models, or constant.
   struct YColumn {
-    int place = 0;  ///< among those of the model, from 1; 0 for none
+    int place = 0;  ///< among those of the models, from 1; 0 for none
     double constant = 0.0;
   };
 
-  NCDataMatrix<float> TakeX(const std::vector<std::string>& names, const RealColumns& x);
+  NCDataMatrix<float> TakeX(const std::vector<std::string>& names, const RealColumns& x, bool isCentred);
   NCDataMatrix<float> TakeY(const std::vector<std::string>& names, const RealColumns& y);
-  void Extract(const NCDataMatrix<float>& x, const NCDataMatrix<float>& y, int most, WorkProgress* progress);
   double InUnitsOfTable(const YColumn& column, float scaled) const;
-  bool HasModel() const { return pls_ != nullptr; }
   NCDataMatrix<float> ScaledX(const RealColumns& x) const;
-  void NoteDistances(const NCDataMatrix<float>& xLeft, int components, LeftOutRows* rows) const;
+  void NoteDistances(const SeriesPrediction& prediction, int model, LeftOutRows* rows) const;
+  std::vector<std::vector<double>> InUnitsOfTable(const RealMatrix& scaled, const std::vector<std::size_t>& places,
+                                                  std::size_t slopes) const;
 
   std::vector<std::size_t> xPlaces_;  ///< of the columns with a say, among all
   std::vector<std::string> xNames_;   ///< theirs
   std::vector<std::string> withoutSpread_;
   std::vector<YColumn> y_;
-  std::vector<std::string> yNames_;  ///< of those in the model
+  std::vector<std::string> yNames_;  ///< of those in the models
   std::vector<double> xShifts_;
   std::vector<double> yShifts_;
   ColumnScaling xScaling_;
   ColumnScaling yScaling_;
-  std::unique_ptr<NCPLS> pls_;           ///< nothing where no X column or no Y column has spread
-  std::vector<double> pooledDeviation_;  ///< for each number of components
-  int components_ = 0;
+  std::unique_ptr<ComponentSeries> series_;
+  int lastModel_ = 0;
 };
 
 }  // namespace kalmia::analysis

@@ -1,4 +1,4 @@
-#include "kalmia/analysis/fit/OPLSValidation.h"
+#include "kalmia/analysis/fit/StoredOPLSCv.h"
 
 #include <algorithm>
 #include <sstream>

@@ -1,0 +1,48 @@
+#pragma once
+
+#include <cstddef>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "kalmia/analysis/model/RealMatrix.h"
+#include "kalmia/analysis/text/Notes.h"
+#include "kalmia/analysis/validation/ComponentChoice.h"
+#include "kalmia/analysis/validation/CvAnova.h"
+#include "kalmia/analysis/validation/Folds.h"
+#include "kalmia/analysis/validation/JackKnife.h"
+#include "kalmia/analysis/validation/LeftOutErrors.h"
+
+namespace kalmia::analysis {
+
+/// What full refits say of models of N rows, K columns of X and M of Y, whatever their family. Rows and columns are
+/// those of the fit. Model 0 is the mean, model 1 has `block` components, and each further model has one more.
+struct RefitValidation {
+  std::vector<std::string> rowNames;
+  std::vector<std::string> xNames;
+  std::vector<std::string> yNames;
+  Folds folds;
+  int block = 1;
+  LeftOutErrors errors;                   ///< of model 0 to the last one that all rounds can have
+  std::optional<ComponentChoice> choice;  ///< among these models; nothing where the number was given
+  std::size_t model = 0;                  ///< that was chosen, or given
+  int components = 0;                     ///< that it has
+
+  // Of this model; empty where the rounds cannot have it.
+  RealMatrix predicted;  ///< N x M: each row while it was left out; not a number where it could not be predicted
+  std::vector<std::optional<CvAnova>> cvAnova;  ///< M
+  /// Of the coefficients in the units of the table, M: cells are the slopes of X in their order, then the intercept.
+  std::vector<JackKnifeResult> coefficients;
+  /// Of the rows while they were left out, as DistanceToModel has them, those of all repeats: not a number where a row
+  /// has none.
+  std::vector<double> distances;
+
+  Notes notes;  ///< on the validation; Fit has those on the table
+
+  /// Whether the figures of `model` are there.
+  bool IsJudged() const { return model <= errors.MostComponents(); }
+  /// Components of a model, all kinds of them.
+  int ComponentsOf(std::size_t ofModel) const { return ofModel == 0 ? 0 : block + static_cast<int>(ofModel) - 1; }
+};
+
+}  // namespace kalmia::analysis

@@ -1,0 +1,86 @@
+#pragma once
+
+#include <memory>
+#include <vector>
+
+#include "kalmia/analysis/model/ModelDiagnostics.h"
+#include "kalmia/analysis/model/RealMatrix.h"
+#include "kalmia/analysis/text/WorkProgress.h"
+#include "kalmia/containers/NCDataMatrix.h"
+
+namespace kalmia::analysis {
+
+// What tells one family of models of Y from another: how components come out of scaled tables. One extraction gives a
+// series of models. Model 0 has no component, model 1 a block of one or more, and each further model one more.
+
+/// Components of a model whose block has so many.
+inline int ComponentsOfModel(int model, int block) { return model == 0 ? 0 : block + model - 1; }
+
+/// How far a series goes.
+struct SeriesLimits {
+  int models = 0;      ///< number of the last model
+  int components = 0;  ///< that it may have
+
+  /// The number of the last model, where the block of model 1 has so many components.
+  int LastModel(int block) const;
+};
+
+/// What the models of a series say of new rows, one model after the other, from 0 on.
+class SeriesPrediction {
+ public:
+  virtual ~SeriesPrediction() = default;
+
+  /// Goes on to the next model; not beyond the last one.
+  virtual void Next() = 0;
+  /// Whether the row (from 1) has all scores of this model; not asked for model 0.
+  virtual bool HasScores(int row) const = 0;
+  virtual const NCDataMatrix<float>& Y() const = 0;            ///< rows by Y columns, scaled
+  virtual std::vector<RowResidual> XResiduals() const = 0;     ///< of each row
+};
+
+/// The models that were extracted from tables of scaled cells.
+class ComponentSeries {
+ public:
+  virtual ~ComponentSeries() = default;
+
+  int LastModel() const { return static_cast<int>(pooledDeviations_.size()) - 1; }
+  int Block() const { return block_; }
+  /// Of the rows that the components come from, see PooledDeviation.
+  double PooledDeviationOf(int model) const { return pooledDeviations_[static_cast<std::size_t>(model)]; }
+
+  /// `x` is scaled as the tables were, and has to outlive the prediction.
+  virtual std::unique_ptr<SeriesPrediction> Predict(const NCDataMatrix<float>& x) const = 0;
+  /// For each model the coefficients of scaled Y on scaled X, X columns by Y columns.
+  virtual std::vector<RealMatrix> Slopes() const = 0;
+
+ protected:
+  explicit ComponentSeries(const NCDataMatrix<float>& x);
+
+  /// Takes note of what the next model leaves of X. Returns whether that is more than roundings.
+  bool Append(const NCDataMatrix<float>& xResiduals);
+
+  int block_ = 1;
+
+ private:
+  std::vector<RowResidual> whole_;        ///< of X
+  std::vector<double> pooledDeviations_;  ///< for each model
+};
+
+/// Of a weight or loading, in whose place -99 stands for none.
+double PresentOrZero(float number);
+
+/// Extracts series of one family.
+class SeriesFamily {
+ public:
+  virtual ~SeriesFamily() = default;
+
+  /// The series ends early where nothing is left of X or Y. Throws Stopped.
+  virtual std::unique_ptr<ComponentSeries> Extract(const NCDataMatrix<float>& x, const NCDataMatrix<float>& y,
+                                                   const SeriesLimits& limits, WorkProgress* progress) const = 0;
+  /// Components of the block of model 1; 0 where the series of all rows is to tell.
+  virtual int Block() const { return 1; }
+  /// What the series of all rows tells the rounds.
+  virtual void LearnFrom(const ComponentSeries& /*ofAllRows*/) {}
+};
+
+}  // namespace kalmia::analysis

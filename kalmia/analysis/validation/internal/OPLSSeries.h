@@ -1,0 +1,23 @@
+#pragma once
+
+#include "kalmia/analysis/validation/internal/ComponentSeries.h"
+
+namespace kalmia::analysis {
+
+/// Series of OPLS models: model 1 has the predictive components alone, and each further model an orthogonal one more.
+class OPLSFamily : public SeriesFamily {
+ public:
+  /// Predictive components; 0 for as many as X and Y of all rows have in common. A round that cannot have so many has
+  /// model 0 alone.
+  explicit OPLSFamily(int predictive) : predictive_(predictive) {}
+
+  std::unique_ptr<ComponentSeries> Extract(const NCDataMatrix<float>& x, const NCDataMatrix<float>& y,
+                                           const SeriesLimits& limits, WorkProgress* progress) const override;
+  int Block() const override { return predictive_; }
+  void LearnFrom(const ComponentSeries& ofAllRows) override { predictive_ = ofAllRows.Block(); }
+
+ private:
+  int predictive_;
+};
+
+}  // namespace kalmia::analysis

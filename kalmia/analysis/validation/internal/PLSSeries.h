@@ -1,0 +1,14 @@
+#pragma once
+
+#include "kalmia/analysis/validation/internal/ComponentSeries.h"
+
+namespace kalmia::analysis {
+
+/// Series of PLS models: model a has a components.
+class PLSFamily : public SeriesFamily {
+ public:
+  std::unique_ptr<ComponentSeries> Extract(const NCDataMatrix<float>& x, const NCDataMatrix<float>& y,
+                                           const SeriesLimits& limits, WorkProgress* progress) const override;
+};
+
+}  // namespace kalmia::analysis

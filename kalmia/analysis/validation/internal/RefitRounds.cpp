@@ -1,0 +1,62 @@
+#include "kalmia/analysis/validation/internal/RefitRounds.h"
+
+#include "kalmia/analysis/table/TableColumns.h"
+#include "kalmia/analysis/text/DisplayText.h"
+#include "kalmia/analysis/text/Failure.h"
+
+namespace kalmia::analysis {
+
+namespace {
+
+std::string GroupText(const Folds& folds, int repeat, int group) {
+  const std::string text =
+      folds.names.empty() ? std::to_string(group + 1) : Quoted(folds.names[static_cast<std::size_t>(group)]);
+  return "group " + text + (folds.Repeats() > 1 ? " of repeat " + std::to_string(repeat + 1) : "");
+}
+
+}  // namespace
+
+Folds FoldsOf(const FitRecipe& recipe, const Table& table, const ModelData& data, const FoldRecipe& folds,
+              Notes* notes) {
+  if (!recipe.groupColumn.empty()) {
+    const int column = RequireColumn(table, recipe.groupColumn);
+    std::vector<std::string> labels;
+    for (const int row : data.rows) labels.push_back(table.Cell(row, column));
+    return FoldsOfLabels(labels);
+  }
+  Folds made = MakeFolds(data.rows.size(), folds);
+  if (folds.scheme != FoldScheme::LeaveOneOut && made.groups < folds.groups) {
+    notes->Add(std::to_string(folds.groups) + " groups are cut to " + std::to_string(made.groups) +
+               ", the number of rows");
+  }
+  return made;
+}
+
+void ForEachRound(const Folds& folds, WorkProgress* progress, const std::function<void(int, int)>& round) {
+  progress->Begin("validation");
+  int number = 0;
+  for (int repeat = 0; repeat < folds.Repeats(); ++repeat) {
+    for (int group = 0; group < folds.groups; ++group) {
+      progress->MoveToPart(++number, folds.Rounds());
+      try {
+        round(repeat, group);
+      } catch (const BadData& failure) {
+        throw BadData("while " + GroupText(folds, repeat, group) + " is left out: " + failure.what(),
+                      failure.WhatHelps(), failure.Place());
+      }
+    }
+  }
+}
+
+void NoteColumnsWithoutSpread(const std::vector<std::string>& xNames, const std::set<std::string>& withoutSpread,
+                              Notes* notes) {
+  std::vector<std::string> names;
+  for (const std::string& name : xNames) {
+    if (withoutSpread.count(name) > 0) names.push_back(name);
+  }
+  if (names.empty()) return;
+  notes->Add("without two different cells in some round of the validation, where they have no say: " +
+             Counted(names.size(), "X column") + " (" + Listed(names, kColumnsNamed) + ")");
+}
+
+}  // namespace kalmia::analysis

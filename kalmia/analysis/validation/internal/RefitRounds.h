@@ -1,0 +1,30 @@
+#pragma once
+
+#include <functional>
+#include <set>
+#include <string>
+
+#include "kalmia/analysis/fit/FitRecipes.h"
+#include "kalmia/analysis/fit/ModelData.h"
+#include "kalmia/analysis/table/Table.h"
+#include "kalmia/analysis/text/Notes.h"
+#include "kalmia/analysis/text/WorkProgress.h"
+#include "kalmia/analysis/validation/Folds.h"
+
+namespace kalmia::analysis {
+
+// What validations by refit have in common, whatever is fitted.
+
+/// The folds of the rows that the model sees: by the labels of the fit's column of groups where it has one. Notes a cut.
+Folds FoldsOf(const FitRecipe& recipe, const Table& table, const ModelData& data, const FoldRecipe& folds,
+              Notes* notes);
+
+/// Calls `round` for each group of each repeat. BadData of a round names the group that is left out. Throws Stopped.
+void ForEachRound(const Folds& folds, WorkProgress* progress,
+                  const std::function<void(int repeat, int group)>& round);
+
+/// Counts and names the X columns, in the order of X, that had no spread in some round.
+void NoteColumnsWithoutSpread(const std::vector<std::string>& xNames, const std::set<std::string>& withoutSpread,
+                              Notes* notes);
+
+}  // namespace kalmia::analysis

@@ -1,0 +1,201 @@
+#include "kalmia/analysis/validation/internal/YRefits.h"
+
+#include <algorithm>
+#include <limits>
+#include <numeric>
+#include <set>
+#include <unordered_map>
+#include <utility>
+
+#include "kalmia/analysis/fit/ModelData.h"
+#include "kalmia/analysis/text/DisplayText.h"
+#include "kalmia/analysis/text/WorkProgress.h"
+#include "kalmia/analysis/validation/internal/RefitRounds.h"
+#include "kalmia/analysis/validation/internal/RoundModel.h"
+#include "kalmia/analysis/validation/internal/SourceX.h"
+
+namespace kalmia::analysis {
+
+namespace {
+
+constexpr double kShare = 0.95;  ///< of the jack-knife's intervals
+constexpr double kNoLeast = -std::numeric_limits<double>::infinity();
+constexpr int kFewDegrees = 2;  ///< of the jack-knife: with so many its intervals mean little
+
+class Refitting {
+ public:
+  Refitting(YRefits refits, const Table& table, const ValidationRecipe& validation, NCProgress* progress)
+      : refits_(std::move(refits)), validation_(validation), progress_(progress), work_(progress) {
+    Notes ofTheFit;
+    data_ = SelectData(table, refits_.recipe, refits_.y, &ofTheFit, progress);
+    result_.folds = FoldsOf(refits_.recipe, table, data_, validation.folds, &result_.notes);
+    source_ = std::make_unique<SourceX>(table, refits_.recipe, data_, progress);
+    for (const std::string& name : data_.xNames) placeOf_.emplace(name, placeOf_.size());
+  }
+
+  RefitValidation Run() {
+    FitAllRows();
+    FitRounds();
+    Judge();
+    Choose();
+    TakeChosen();
+    result_.rowNames = std::move(data_.rowNames);
+    result_.xNames = std::move(data_.xNames);
+    result_.yNames = std::move(data_.yNames);
+    return std::move(result_);
+  }
+
+ private:
+  const Folds& Partition() const { return result_.folds; }
+
+  /// Of a given number of models the rows and columns alone limit the components.
+  SeriesLimits Limits() const {
+    constexpr int kAny = std::numeric_limits<int>::max();
+    if (refits_.models) return {*refits_.models, kAny};
+    Notes none;
+    return {kAny, MostComponents(data_, std::nullopt, &none)};
+  }
+
+  /// The model that the jack-knife takes its rounds' coefficients about.
+  void FitAllRows() {
+    work_.Begin("validation: all rows");
+    std::vector<std::size_t> all(data_.rows.size());
+    std::iota(all.begin(), all.end(), std::size_t{0});
+    const SplitX x = source_->Split(all, {}, work_.SilentBar());
+    const RoundModel model(*refits_.family, x.names, x.fitted, data_.yNames, data_.measuredY, refits_.recipe.scaling,
+                           Limits(), &work_);
+    refits_.family->LearnFrom(*model.Series());
+    result_.block = model.Series()->Block();
+    limits_ = Limits();
+    limits_.models = ofAllRows_ = model.LastModel();
+    for (std::vector<std::vector<double>>& ofModel : Coefficients(model, x.names)) {
+      jackKnives_.emplace_back();
+      for (std::vector<double>& ofY : ofModel) jackKnives_.back().emplace_back(std::move(ofY), Partition().groups);
+    }
+  }
+
+  /// With slopes in the order of X, of which the model may have other columns where steps were learnt anew.
+  std::vector<std::vector<std::vector<double>>> Coefficients(const RoundModel& model,
+                                                             const std::vector<std::string>& names) const {
+    std::vector<std::size_t> places;
+    for (const std::string& name : names) {
+      const auto place = placeOf_.find(name);
+      places.push_back(place != placeOf_.end() ? place->second : RoundModel::kNowhere);
+    }
+    return model.Coefficients(places, placeOf_.size());
+  }
+
+  std::size_t Models() const { return static_cast<std::size_t>(limits_.models) + 1; }
+
+  void FitRounds() {
+    const RealMatrix none(data_.rows.size(), data_.yNames.size(), kNotANumber);
+    for (int repeat = 0; repeat < Partition().Repeats(); ++repeat) {
+      predictions_.emplace_back(Models(), none);
+      distances_.emplace_back(data_.rows.size(), Models(), kNotANumber);
+    }
+    ForEachRound(Partition(), &work_, [this](int repeat, int group) { FitRound(repeat, group); });
+    for (std::vector<RealMatrix>& ofRepeat : predictions_) ofRepeat.resize(Models());
+    NoteColumnsWithoutSpread(data_.xNames, withoutSpread_, &result_.notes);
+  }
+
+  void FitRound(int repeat, int group) {
+    const std::vector<std::size_t> fitted = RowsOutsideGroup(Partition(), repeat, group);
+    const std::vector<std::size_t> leftOut = RowsOfGroup(Partition(), repeat, group);
+    const SplitX x = source_->Split(fitted, leftOut, work_.SilentBar());
+    const RoundModel model(*refits_.family, x.names, x.fitted, data_.yNames, RowsOfColumns(data_.measuredY, fitted),
+                           refits_.recipe.scaling, limits_, &work_);
+    limits_.models = std::min(limits_.models, model.LastModel());
+    withoutSpread_.insert(model.ColumnsWithoutSpread().begin(), model.ColumnsWithoutSpread().end());
+    TakePredictions(model.Predict(x.leftOut, &work_), leftOut, static_cast<std::size_t>(repeat));
+    const std::vector<std::vector<std::vector<double>>> coefficients = Coefficients(model, x.names);
+    for (std::size_t a = 0; a < Models(); ++a) {
+      for (std::size_t j = 0; j < coefficients[a].size(); ++j) jackKnives_[a][j].AddRound(coefficients[a][j]);
+    }
+  }
+
+  void TakePredictions(const LeftOutRows& rows, const std::vector<std::size_t>& places, std::size_t repeat) {
+    for (std::size_t a = 0; a < Models(); ++a) {
+      for (std::size_t i = 0; i < places.size(); ++i) {
+        distances_[repeat](places[i], a) = rows.distances(i, a);
+        for (std::size_t j = 0; j < data_.yNames.size(); ++j) {
+          predictions_[repeat][a](places[i], j) = rows.predicted[a](i, j);
+        }
+      }
+    }
+  }
+
+  RealMatrix MeasuredY() const {
+    RealMatrix y(data_.rows.size(), data_.yNames.size());
+    for (std::size_t j = 0; j < y.columns; ++j) {
+      for (std::size_t i = 0; i < y.rows; ++i) y(i, j) = data_.measuredY[j][i];
+    }
+    return y;
+  }
+
+  void Judge() {
+    result_.errors = JudgeLeftOutRows(MeasuredY(), predictions_, progress_);
+    if (result_.errors.unpredictedRows == 0) return;
+    result_.notes.Add("not predicted while left out, for want of cells, and in no figure of the validation: " +
+                      Counted(result_.errors.unpredictedRows, "row"));
+  }
+
+  void Choose() {
+    if (refits_.models) {
+      result_.model = static_cast<std::size_t>(ofAllRows_);
+      result_.components = result_.ComponentsOf(result_.model);
+      if (result_.IsJudged()) return;
+      const int most = result_.ComponentsOf(result_.errors.MostComponents());
+      result_.notes.Add("the validation ends at " + Counted(static_cast<std::size_t>(most), "component") +
+                        ", the most that all its rounds can have: it does not judge " +
+                        std::to_string(result_.components));
+      return;
+    }
+    const std::vector<int>* groups = Partition().names.empty() ? nullptr : &Partition().groupOfRow.front();
+    result_.choice = ChooseComponents(result_.errors.rowErrors, validation_.selection, groups, progress_);
+    result_.model = result_.choice->chosen;
+    result_.components = result_.ComponentsOf(result_.model);
+  }
+
+  void TakeChosen() {
+    if (!result_.IsJudged()) return;
+    const std::size_t a = result_.model;
+    result_.predicted = result_.errors.predicted[a];
+    for (std::size_t j = 0; j < data_.yNames.size(); ++j) {
+      std::vector<double> squares;
+      for (std::size_t i = 0; i < data_.rows.size(); ++i) squares.push_back(result_.errors.squaredErrors[a](i, j));
+      result_.cvAnova.push_back(ComputeCvAnova(data_.measuredY[j], squares, result_.components));
+      result_.coefficients.push_back(jackKnives_[a][j].Result(kShare, kNoLeast, progress_));
+    }
+    for (const RealMatrix& ofRepeat : distances_) {
+      for (std::size_t i = 0; i < ofRepeat.rows; ++i) result_.distances.push_back(ofRepeat(i, a));
+    }
+    const int degrees = result_.coefficients.front().degrees;
+    if (degrees > kFewDegrees) return;
+    result_.notes.Add("the jack-knife has " + Counted(static_cast<std::size_t>(degrees), "degree") +
+                      " of freedom: its intervals are wide and mean little");
+  }
+
+  YRefits refits_;
+  const ValidationRecipe& validation_;
+  NCProgress* progress_;
+  WorkProgress work_;
+  ModelData data_;
+  std::unique_ptr<SourceX> source_;
+  std::unordered_map<std::string, std::size_t> placeOf_;  ///< of the X columns
+  SeriesLimits limits_;  ///< what all rounds so far can have
+  int ofAllRows_ = 0;    ///< last model that all rows have
+  std::vector<std::vector<RealMatrix>> predictions_;  ///< by repeat and model
+  std::vector<RealMatrix> distances_;                 ///< by repeat: rows by models
+  std::vector<std::vector<JackKnife>> jackKnives_;    ///< by model and Y column
+  std::set<std::string> withoutSpread_;               ///< X columns, in some round
+  RefitValidation result_;
+};
+
+}  // namespace
+
+RefitValidation RunYRefits(YRefits refits, const Table& table, const ValidationRecipe& validation,
+                           NCProgress* progress) {
+  return Refitting(std::move(refits), table, validation, progress).Run();
+}
+
+}  // namespace kalmia::analysis

@@ -1,0 +1,29 @@
+#pragma once
+
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "kalmia/analysis/fit/FitRecipes.h"
+#include "kalmia/analysis/table/Table.h"
+#include "kalmia/analysis/validation/RefitValidation.h"
+#include "kalmia/analysis/validation/ValidationRecipe.h"
+#include "kalmia/analysis/validation/internal/ComponentSeries.h"
+#include "kalmia/support/NCProgress.h"
+
+namespace kalmia::analysis {
+
+/// Models of Y that are to be judged.
+struct YRefits {
+  const FitRecipe& recipe;
+  const std::vector<std::string>& y;
+  std::optional<int> models;  ///< number of the last one, which is the model; nothing where the rule is to choose
+  std::unique_ptr<SeriesFamily> family;
+};
+
+/// The rounds of such models, which are the same whatever the family; see Validate of a PLS recipe.
+RefitValidation RunYRefits(YRefits refits, const Table& table, const ValidationRecipe& validation,
+                           NCProgress* progress);
+
+}  // namespace kalmia::analysis
