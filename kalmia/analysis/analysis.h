@@ -107,3 +107,4 @@
 #include "kalmia/analysis/validation/RandomDraws.h"
 #include "kalmia/analysis/validation/RefitValidation.h"
 #include "kalmia/analysis/validation/ValidationRecipe.h"
+#include "kalmia/analysis/validation/YPermutations.h"

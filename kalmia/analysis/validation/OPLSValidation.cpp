@@ -2,10 +2,9 @@
 
 #include <algorithm>
 #include <limits>
-#include <memory>
+#include <utility>
 
 #include "kalmia/analysis/fit/internal/RecipeChecks.h"
-#include "kalmia/analysis/table/TableColumns.h"
 #include "kalmia/analysis/text/internal/LibraryErrors.h"
 #include "kalmia/analysis/validation/internal/OPLSSeries.h"
 #include "kalmia/analysis/validation/internal/YRefits.h"
@@ -13,12 +12,6 @@
 namespace kalmia::analysis {
 
 namespace {
-
-/// 0 where the model is to find the number.
-int PredictiveComponents(const OPLSRecipe& recipe, const Table& table) {
-  if (!recipe.predictive) return 0;
-  return std::min(*recipe.predictive, static_cast<int>(RequireColumns(table, recipe.y).size()));
-}
 
 /// Number of the last model, the one with the given orthogonal components.
 std::optional<int> LastModel(const std::optional<int>& orthogonal) {
@@ -32,8 +25,7 @@ OPLSValidation Validate(const OPLSRecipe& recipe, const Table& table, const Vali
                         NCProgress* progress) {
   CheckRecipe(recipe);
   return WithoutLibraryErrors([&] {
-    YRefits refits{recipe, recipe.y, LastModel(recipe.components),
-                   std::make_unique<OPLSFamily>(PredictiveComponents(recipe, table))};
+    YRefits refits{recipe, recipe.y, LastModel(recipe.components), FamilyOf(recipe, table)};
     return OPLSValidation{RunYRefits(std::move(refits), table, validation, progress)};
   });
 }

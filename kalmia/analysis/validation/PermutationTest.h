@@ -1,9 +1,11 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <vector>
 
 #include "kalmia/analysis/model/RealMatrix.h"
+#include "kalmia/analysis/text/Notes.h"
 #include "kalmia/analysis/validation/RandomDraws.h"
 #include "kalmia/support/Export.h"
 
@@ -43,6 +45,21 @@ struct PermutationJudgement {
   // runs have one correlation.
   double interceptR2 = kNotANumber;
   double interceptQ2 = kNotANumber;
+};
+
+struct PermutationRecipe {
+  int runs = 999;          ///< n, at least 1 and at most kMostPermutations
+  std::uint64_t seed = 1;  ///< of RandomUse::Permutations
+};
+
+constexpr int kMostPermutations = 1000000;
+
+/// What the runs of a model say.
+struct PermutationTest {
+  PermutationRun original;  ///< the model of the true Y, by the same calculation as the runs
+  std::vector<PermutationRun> runs;
+  PermutationJudgement judgement;
+  Notes notes;
 };
 
 /// Judges the original by n runs, one at least. A run without a figure counts as better in its p, and lies on no line.

@@ -7,6 +7,7 @@
 #include "kalmia/analysis/model/Prediction.h"
 #include "kalmia/analysis/model/StoredModel.h"
 #include "kalmia/analysis/table/SingleCells.h"
+#include "kalmia/analysis/table/TableColumns.h"
 #include "kalmia/opls/NCOPLS.h"
 #include "kalmia/opls/NCOPLSPred.h"
 #include "kalmia/support/NCError.h"
@@ -218,6 +219,11 @@ class OPLSSeries : public ComponentSeries {
 std::unique_ptr<ComponentSeries> OPLSFamily::Extract(const NCDataMatrix<float>& x, const NCDataMatrix<float>& y,
                                                      const SeriesLimits& limits, WorkProgress* progress) const {
   return std::make_unique<OPLSSeries>(x, y, predictive_, limits, progress);
+}
+
+std::unique_ptr<SeriesFamily> FamilyOf(const OPLSRecipe& recipe, const Table& table) {
+  const int most = static_cast<int>(RequireColumns(table, recipe.y).size());
+  return std::make_unique<OPLSFamily>(std::min(recipe.predictive.value_or(0), most));
 }
 
 }  // namespace kalmia::analysis

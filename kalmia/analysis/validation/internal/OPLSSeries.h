@@ -1,5 +1,9 @@
 #pragma once
 
+#include <memory>
+
+#include "kalmia/analysis/fit/FitRecipes.h"
+#include "kalmia/analysis/table/Table.h"
 #include "kalmia/analysis/validation/internal/ComponentSeries.h"
 
 namespace kalmia::analysis {
@@ -19,5 +23,8 @@ class OPLSFamily : public SeriesFamily {
  private:
   int predictive_;
 };
+
+/// With the predictive components that the recipe gives, cut to the number of Y columns.
+std::unique_ptr<SeriesFamily> FamilyOf(const OPLSRecipe& recipe, const Table& table);
 
 }  // namespace kalmia::analysis

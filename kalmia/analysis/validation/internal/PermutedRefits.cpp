@@ -1,0 +1,284 @@
+#include "kalmia/analysis/validation/internal/PermutedRefits.h"
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+#include <numeric>
+#include <optional>
+#include <utility>
+
+#include "kalmia/analysis/fit/ModelData.h"
+#include "kalmia/analysis/steps/Scaling.h"
+#include "kalmia/analysis/table/SharedWork.h"
+#include "kalmia/analysis/text/Failure.h"
+#include "kalmia/analysis/text/WorkProgress.h"
+#include "kalmia/analysis/validation/LeftOutErrors.h"
+#include "kalmia/analysis/validation/RandomDraws.h"
+#include "kalmia/analysis/validation/internal/RoundModel.h"
+#include "kalmia/analysis/validation/internal/RowSpaceRefit.h"
+#include "kalmia/analysis/validation/internal/SourceX.h"
+
+namespace kalmia::analysis {
+
+namespace {
+
+/// Cells of Y that a task has: so many lie in a core's own cache, and are done before anybody waits for the end.
+constexpr std::size_t kCellsOfATask = 32768;
+constexpr std::size_t kFewestRunsOfATask = 4;
+constexpr std::size_t kMostRunsOfATask = 64;
+
+/// What a run adds up over its rounds: squared errors over s_j^2.
+struct RunSums {
+  double press = 0.0;
+  double pressOfMeans = 0.0;
+  double sse = 0.0;
+};
+
+/// The rows of a fit, with none left out, or those of a round.
+struct Round {
+  std::vector<std::size_t> fitted;
+  std::vector<std::size_t> leftOut;
+};
+
+RealMatrix MatrixOfColumns(const RealColumns& columns) {
+  RealMatrix matrix(columns.front().size(), columns.size());
+  for (std::size_t j = 0; j < matrix.columns; ++j) {
+    for (std::size_t i = 0; i < matrix.rows; ++i) matrix(i, j) = columns[j][i];
+  }
+  return matrix;
+}
+
+bool HasHole(const std::vector<double>& cells) {
+  return std::any_of(cells.begin(), cells.end(), [](double cell) { return std::isnan(cell); });
+}
+
+bool HasHole(const RealColumns& columns) {
+  return std::any_of(columns.begin(), columns.end(), [](const auto& column) { return HasHole(column); });
+}
+
+class Permutations {
+ public:
+  Permutations(PermutedRefits refits, const Table& table, const Folds& folds, const PermutationRecipe& permutations,
+               NCProgress* progress)
+      : refits_(std::move(refits)), folds_(folds), runs_(permutations.runs), work_(progress) {
+    Notes ofTheFit;
+    data_ = SelectData(table, refits_.recipe, refits_.y, &ofTheFit, progress);
+    if (data_.rows.size() != folds.Rows()) throw BadRequest("the folds are of another table");
+    source_.emplace(table, refits_.recipe, data_, progress);
+    y_ = MatrixOfColumns(data_.measuredY);
+    deviations_ = ColumnDeviations(y_);
+    byGroups_ = !folds.names.empty() && AreGroupsOfOneSize(folds.groupOfRow.front());
+    if (!folds.names.empty() && !byGroups_) {
+      result_.notes.Add("the groups differ in size: the permutations take rows out of their groups");
+    }
+    runsOfATask_ = std::clamp(kCellsOfATask / y_.rows, kFewestRunsOfATask, kMostRunsOfATask);
+    RandomDraws draws(permutations.seed, RandomUse::Permutations);
+    for (std::size_t run = 0; run < RunCount(); ++run) {
+      work_.Ask();
+      if (run % runsOfATask_ == 0) starts_.push_back(draws);
+      if (run > 0) correlations_.push_back(CorrelationWithPermuted(y_, NextOrder(&draws)));
+    }
+  }
+
+  PermutationTest Run() {
+    work_.Begin("permutations");
+    if (IsLikePLS() && IsComplete()) {
+      RunSideBySide();
+    } else {
+      RunInTurn();
+    }
+    result_.original = runFigures_.front();
+    result_.runs.assign(runFigures_.begin() + 1, runFigures_.end());
+    result_.judgement = JudgePermutations(result_.original, result_.runs);
+    return std::move(result_);
+  }
+
+ private:
+  std::size_t RunCount() const { return static_cast<std::size_t>(runs_) + 1; }  ///< the first one is the original
+
+  std::vector<std::size_t> NextOrder(RandomDraws* draws) const {
+    return byGroups_ ? PermutedGroups(folds_.groupOfRow.front(), draws) : draws->Order(y_.rows);
+  }
+
+  /// Whether the models predict what PLS of as many components does.
+  bool IsLikePLS() const { return refits_.isPLS || y_.columns == 1; }
+
+  bool IsComplete() const {
+    const std::vector<std::size_t> all = AllRows();
+    return !HasHole(data_.measuredY) && !HasHole(source_->Split(all, {}, work_.SilentBar()).fitted);
+  }
+
+  std::vector<std::size_t> AllRows() const {
+    std::vector<std::size_t> all(y_.rows);
+    std::iota(all.begin(), all.end(), std::size_t{0});
+    return all;
+  }
+
+  /// The rows of each round, and at last all of them, of which none is left out.
+  std::vector<Round> Rounds() const {
+    std::vector<Round> rounds;
+    for (int repeat = 0; repeat < folds_.Repeats(); ++repeat) {
+      for (int group = 0; group < folds_.groups; ++group) {
+        rounds.push_back({RowsOutsideGroup(folds_, repeat, group), RowsOfGroup(folds_, repeat, group)});
+      }
+    }
+    rounds.push_back({AllRows(), {}});
+    return rounds;
+  }
+
+  // Complete tables: one round after the other, in each many runs side by side.
+
+  void RunSideBySide() {
+    std::vector<RunSums> sums(RunCount());
+    const std::vector<Round> rounds = Rounds();
+    for (std::size_t g = 0; g < rounds.size(); ++g) {
+      const double from = static_cast<double>(g) / static_cast<double>(rounds.size());
+      const double share = 1.0 / static_cast<double>(rounds.size());
+      const auto quiet = [&](double) { work_.MoveTo(from); };
+      const auto proceed = [&](double done) { work_.MoveTo(from + share * done); };
+      const SplitX x = source_->Split(rounds[g].fitted, rounds[g].leftOut, work_.SilentBar());
+      const RowSpaceRefit refit(x, refits_.recipe.scaling, quiet);
+      ShareWork(starts_.size(), proceed, [&](std::size_t task) { AddRuns(rounds[g], refit, task, &sums); });
+    }
+    for (std::size_t run = 0; run < RunCount(); ++run) TakeFigures(run, sums[run]);
+  }
+
+  void AddRuns(const Round& round, const RowSpaceRefit& refit, std::size_t task, std::vector<RunSums>* sums) const {
+    const std::size_t begin = task * runsOfATask_;
+    const std::size_t runs = std::min(runsOfATask_, RunCount() - begin);
+    const RealMatrix y = RowsOfRuns(task, runs);
+    const RealMatrix fitted = RowsOf(y, round.fitted), leftOut = RowsOf(y, round.leftOut);
+    const RowSpaceRefit::Predictions said = refit.Fit(fitted, runs, ScalingOfY(refits_.recipe.scaling), refits_.model);
+    for (std::size_t r = 0; r < runs; ++r) {
+      RunSums& sum = (*sums)[begin + r];
+      for (std::size_t j = 0; j < y_.columns; ++j) {
+        const std::size_t p = j * runs + r;
+        for (std::size_t i = 0; i < leftOut.rows; ++i) {
+          sum.press += SquareOf((leftOut(i, p) - said.leftOut(i, p)) / deviations_[j]);
+          sum.pressOfMeans += SquareOf((leftOut(i, p) - said.means[p]) / deviations_[j]);
+        }
+        if (leftOut.rows > 0) continue;
+        for (std::size_t i = 0; i < fitted.rows; ++i) {
+          sum.sse += SquareOf((fitted(i, p) - said.fitted(i, p)) / deviations_[j]);
+        }
+      }
+    }
+  }
+
+  static double SquareOf(double number) { return number * number; }
+
+  /// Y of the runs of a task, of all rows: column j * runs + r.
+  RealMatrix RowsOfRuns(std::size_t task, std::size_t runs) const {
+    RealMatrix y(y_.rows, y_.columns * runs);
+    RandomDraws draws = starts_[task];
+    for (std::size_t r = 0; r < runs; ++r) {
+      const std::vector<std::size_t> sources = task + r == 0 ? AllRows() : NextOrder(&draws);
+      for (std::size_t i = 0; i < y.rows; ++i) {
+        for (std::size_t j = 0; j < y_.columns; ++j) y(i, j * runs + r) = y_(sources[i], j);
+      }
+    }
+    return y;
+  }
+
+  static RealMatrix RowsOf(const RealMatrix& matrix, const std::vector<std::size_t>& rows) {
+    RealMatrix taken(rows.size(), matrix.columns);
+    for (std::size_t i = 0; i < rows.size(); ++i) {
+      const double* cells = &matrix.cells[rows[i] * matrix.columns];
+      std::copy(cells, cells + matrix.columns, &taken.cells[i * matrix.columns]);
+    }
+    return taken;
+  }
+
+  void TakeFigures(std::size_t run, const RunSums& sums) {
+    const double degrees = static_cast<double>(y_.rows - 1) * static_cast<double>(y_.columns);  // sum of SS_j / s_j^2
+    runFigures_.push_back({CorrelationOf(run), 1.0 - sums.sse / degrees, 1.0 - sums.press / sums.pressOfMeans,
+                           kNotANumber});
+  }
+
+  double CorrelationOf(std::size_t run) const { return run == 0 ? 1.0 : correlations_[run - 1]; }
+
+  // Tables with holes: one run after the other, each with all its rounds.
+
+  void RunInTurn() {
+    const std::vector<Round> rounds = Rounds();
+    std::vector<SplitX> xOfRounds;
+    for (const Round& round : rounds) {
+      xOfRounds.push_back(source_->Split(round.fitted, round.leftOut, work_.SilentBar()));
+    }
+    const RoundModel whole = ModelOf(rounds.back(), xOfRounds.back(), data_.measuredY);
+    if (whole.Series() != nullptr) refits_.family->LearnFrom(*whole.Series());
+    RandomDraws draws = starts_.front();
+    for (std::size_t run = 0; run < RunCount(); ++run) {
+      work_.MoveToPart(static_cast<int>(run) + 1, runs_ + 1);
+      const std::vector<std::size_t> sources = run == 0 ? AllRows() : NextOrder(&draws);
+      runFigures_.push_back({CorrelationOf(run)});
+      try {
+        JudgeRun(rounds, xOfRounds, sources, &runFigures_.back());
+      } catch (const BadData&) {
+        if (run == 0) throw;  // otherwise a round of this order has no value of some column
+      }
+    }
+  }
+
+  void JudgeRun(const std::vector<Round>& rounds, const std::vector<SplitX>& xOfRounds,
+                const std::vector<std::size_t>& sources, PermutationRun* figures) {
+    const RealColumns y = RowsOfColumns(data_.measuredY, sources);
+    const RealMatrix none(y_.rows, y_.columns, kNotANumber);
+    const std::size_t ofRepeat = static_cast<std::size_t>(folds_.groups);
+    std::vector<std::vector<RealMatrix>> predictions(static_cast<std::size_t>(folds_.Repeats()), {none, none});
+    for (std::size_t g = 0; g + 1 < rounds.size(); ++g) {
+      const RoundModel model = ModelOf(rounds[g], xOfRounds[g], y);
+      TakeEnds(model.Predict(xOfRounds[g].leftOut, &work_), rounds[g].leftOut, &predictions[g / ofRepeat]);
+    }
+    const RealMatrix measured = MatrixOfColumns(y);
+    figures->q2 = JudgeLeftOutRows(measured, predictions).q2.back();
+    const RoundModel whole = ModelOf(rounds.back(), xOfRounds.back(), y);
+    std::vector<RealMatrix> fitted(2, none);
+    TakeEnds(whole.Predict(xOfRounds.back().fitted, &work_), rounds.back().fitted, &fitted);
+    figures->r2 = JudgeLeftOutRows(measured, {fitted}).q2.back();
+  }
+
+  RoundModel ModelOf(const Round& round, const SplitX& x, const RealColumns& y) {
+    return RoundModel(*refits_.family, x.names, x.fitted, data_.yNames, RowsOfColumns(y, round.fitted),
+                      refits_.recipe.scaling, {refits_.model, std::numeric_limits<int>::max()}, &work_);
+  }
+
+  /// Predictions without a component, and with as many as there are.
+  static void TakeEnds(const LeftOutRows& rows, const std::vector<std::size_t>& places,
+                       std::vector<RealMatrix>* predictions) {
+    for (std::size_t i = 0; i < places.size(); ++i) {
+      for (std::size_t j = 0; j < predictions->front().columns; ++j) {
+        predictions->front()(places[i], j) = rows.predicted.front()(i, j);
+        predictions->back()(places[i], j) = rows.predicted.back()(i, j);
+      }
+    }
+  }
+
+  PermutedRefits refits_;
+  const Folds& folds_;
+  int runs_;
+  mutable WorkProgress work_;
+  ModelData data_;
+  std::optional<SourceX> source_;
+  RealMatrix y_;
+  std::vector<double> deviations_;  ///< s_j
+  bool byGroups_ = false;
+  std::size_t runsOfATask_ = 1;
+  std::vector<RandomDraws> starts_;     ///< of each task: the draws of its first run
+  std::vector<double> correlations_;    ///< of the runs behind the original
+  std::vector<PermutationRun> runFigures_;
+  PermutationTest result_;
+};
+
+}  // namespace
+
+PermutationTest RunPermutations(PermutedRefits refits, const Table& table, const Folds& folds,
+                                const PermutationRecipe& permutations, NCProgress* progress) {
+  if (refits.model < 1) throw BadRequest("a model without components has nothing to permute");
+  if (permutations.runs < 1 || permutations.runs > kMostPermutations) {
+    throw BadRequest("the number of permutations is not between 1 and " + std::to_string(kMostPermutations));
+  }
+  return Permutations(std::move(refits), table, folds, permutations, progress).Run();
+}
+
+}  // namespace kalmia::analysis
