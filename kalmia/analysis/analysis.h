@@ -101,6 +101,7 @@
 #include "kalmia/analysis/validation/JackKnife.h"
 #include "kalmia/analysis/validation/LeftOutErrors.h"
 #include "kalmia/analysis/validation/OPLSValidation.h"
+#include "kalmia/analysis/validation/PCAValidation.h"
 #include "kalmia/analysis/validation/PLSValidation.h"
 #include "kalmia/analysis/validation/PairedTest.h"
 #include "kalmia/analysis/validation/PermutationTest.h"

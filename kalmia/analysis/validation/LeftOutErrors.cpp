@@ -26,6 +26,9 @@ double DeviationOf(const std::vector<double>& values) {
   return std::sqrt(squares / static_cast<double>(values.size() - 1));
 }
 
+/// 1 - left / whole
+double Share(double left, double whole) { return whole > 0.0 ? 1.0 - left / whole : kNotANumber; }
+
 class Judgement {
  public:
   Judgement(const RealMatrix& y, const Repeats& repeats, NCProgress* progress)
@@ -35,7 +38,7 @@ class Judgement {
     WeighColumns();
     FindPredictedRows();
     for (std::size_t a = 0; a < repeats_.front().size(); ++a) AverageRepeats(a);
-    SumRowErrors();
+    FindRowErrors();
     SumColumns();
     return std::move(errors_);
   }
@@ -106,22 +109,18 @@ class Judgement {
     return false;
   }
 
-  void SumRowErrors() {
+  void FindRowErrors() {
     const std::size_t numbers = errors_.squaredErrors.size();
     errors_.rowErrors = RealMatrix(y_.rows, numbers, kNotANumber);
-    errors_.press.assign(numbers, 0.0);
     bool isAny = false;
     for (std::size_t i = 0; i < y_.rows; ++i) {
       AskAt(i);
       if (!HasError(i)) continue;
       isAny = true;
-      for (std::size_t a = 0; a < numbers; ++a) {
-        errors_.rowErrors(i, a) = RowError(i, a);
-        errors_.press[a] += errors_.rowErrors(i, a);
-      }
+      for (std::size_t a = 0; a < numbers; ++a) errors_.rowErrors(i, a) = RowError(i, a);
     }
     if (!isAny) throw BadData("no row with a Y value can be predicted while it is left out");
-    for (const double press : errors_.press) errors_.q2.push_back(Share(press, errors_.press.front()));
+    SumRowErrors(&errors_);
   }
 
   double RowError(std::size_t row, std::size_t a) const {
@@ -156,9 +155,6 @@ class Judgement {
     }
   }
 
-  /// 1 - left / whole
-  static double Share(double left, double whole) { return whole > 0.0 ? 1.0 - left / whole : kNotANumber; }
-
   const RealMatrix& y_;
   const Repeats& repeats_;
   WorkProgress work_;
@@ -167,6 +163,17 @@ class Judgement {
 };
 
 }  // namespace
+
+void SumRowErrors(RowErrors* errors) {
+  const RealMatrix& rows = errors->rowErrors;
+  errors->press.assign(rows.columns, 0.0);
+  for (std::size_t i = 0; i < rows.rows; ++i) {
+    if (std::isnan(rows(i, 0))) continue;
+    for (std::size_t a = 0; a < rows.columns; ++a) errors->press[a] += rows(i, a);
+  }
+  errors->q2.clear();
+  for (const double press : errors->press) errors->q2.push_back(Share(press, errors->press.front()));
+}
 
 std::vector<double> ColumnDeviations(const RealMatrix& y) {
   std::vector<double> deviations;

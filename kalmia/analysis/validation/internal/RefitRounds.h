@@ -15,7 +15,8 @@ namespace kalmia::analysis {
 
 // What validations by refit have in common, whatever is fitted.
 
-/// The folds of the rows that the model sees: by the labels of the fit's column of groups where it has one. Notes a cut.
+/// The folds of the rows that the model sees: by the labels of the fit's column of groups where it has one. Notes a
+/// cut.
 Folds FoldsOf(const FitRecipe& recipe, const Table& table, const ModelData& data, const FoldRecipe& folds,
               Notes* notes);
 

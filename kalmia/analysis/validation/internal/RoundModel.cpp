@@ -11,58 +11,18 @@
 
 namespace kalmia::analysis {
 
-namespace {
-
-int RowCount(const RealColumns& columns) {
-  return columns.empty() ? 0 : static_cast<int>(columns.front().size());
-}
-
-/// The mean of the cells that are there; not a number where none is.
-double MeanOf(const std::vector<double>& cells) {
-  double sum = 0.0;
-  int present = 0;
-  for (const double cell : cells) {
-    if (std::isnan(cell)) continue;
-    sum += cell;
-    ++present;
-  }
-  return present > 0 ? sum / present : kNotANumber;
-}
-
-}  // namespace
-
 RoundModel::RoundModel(const SeriesFamily& family, const std::vector<std::string>& xNames, const RealColumns& x,
                        const std::vector<std::string>& yNames, const RealColumns& y, NCScale::Scaling scaling,
-                       SeriesLimits limits, WorkProgress* progress) {
-  NCDataMatrix<float> singleX = TakeX(xNames, x, Centres(scaling));
+                       SeriesLimits limits, WorkProgress* progress)
+    : x_(xNames, x, scaling) {
   NCDataMatrix<float> singleY = TakeY(yNames, y);
   progress->Ask();
-  limits.components = std::min({limits.components, RowCount(y) - 1, static_cast<int>(xPlaces_.size())});
+  limits.components = std::min({limits.components, RowCount(y) - 1, x_.Columns()});
   lastModel_ = limits.LastModel(family.Block());
-  if (xPlaces_.empty() || yNames_.empty()) return;
-  xScaling_ = ScaleColumns(scaling, xNames_, &singleX, xShifts_);
+  if (x_.Empty() || yNames_.empty()) return;
   yScaling_ = ScaleColumns(ScalingOfY(scaling), yNames_, &singleY, yShifts_);
-  series_ = family.Extract(singleX, singleY, limits, progress);
+  series_ = family.Extract(x_.TakeFitted(), singleY, limits, progress);
   lastModel_ = series_->LastModel();
-}
-
-NCDataMatrix<float> RoundModel::TakeX(const std::vector<std::string>& names, const RealColumns& x,
-                                      bool isCentred) {
-  std::vector<std::vector<float>> taken;
-  int ofWholeTable = 0;  // moved cells, of which the fit of all rows has told
-  for (std::size_t k = 0; k < x.size(); ++k) {
-    const double shift = isCentred ? ShiftOf(x[k]) : 0.0;
-    std::vector<float> cells = SingleCells(x[k], shift, &ofWholeTable);
-    if (IsConstant(cells)) {
-      withoutSpread_.push_back(names[k]);
-      continue;
-    }
-    xPlaces_.push_back(k);
-    xNames_.push_back(names[k]);
-    xShifts_.push_back(shift);
-    taken.push_back(std::move(cells));
-  }
-  return MatrixOf(taken, RowCount(x));
 }
 
 NCDataMatrix<float> RoundModel::TakeY(const std::vector<std::string>& names, const RealColumns& y) {
@@ -90,17 +50,6 @@ double RoundModel::InUnitsOfTable(const YColumn& column, float scaled) const {
   return scaled / FactorOf(yScaling_, column.place) + CentreOf(yScaling_, column.place);
 }
 
-NCDataMatrix<float> RoundModel::ScaledX(const RealColumns& x) const {
-  std::vector<std::vector<float>> taken;
-  int ofWholeTable = 0;
-  for (std::size_t k = 0; k < xPlaces_.size(); ++k) {
-    taken.push_back(SingleCells(x[xPlaces_[k]], xShifts_[k], &ofWholeTable));
-  }
-  NCDataMatrix<float> single = MatrixOf(taken, RowCount(x));
-  ApplyScale(xScaling_, &single);
-  return single;
-}
-
 void RoundModel::NoteDistances(const SeriesPrediction& prediction, int model, LeftOutRows* rows) const {
   const std::vector<RowResidual> residuals = prediction.XResiduals();
   const auto a = static_cast<std::size_t>(model);
@@ -121,7 +70,7 @@ LeftOutRows RoundModel::Predict(const RealColumns& x, WorkProgress* progress) co
   }
   result.predicted.assign(models, mean);
   if (series_ == nullptr) return result;
-  const NCDataMatrix<float> scaled = ScaledX(x);
+  const NCDataMatrix<float> scaled = x_.Scaled(x);
   const std::unique_ptr<SeriesPrediction> prediction = series_->Predict(scaled);
   std::vector<bool> hasScores(rows, true);
   NoteDistances(*prediction, 0, &result);
@@ -165,12 +114,12 @@ std::vector<std::vector<double>> RoundModel::InUnitsOfTable(const RealMatrix& sc
   for (const YColumn& column : y_) {
     ofY.emplace_back(slopes + 1, 0.0);
     double intercept = InUnitsOfTable(column, 0.0F);
-    for (std::size_t k = 0; column.place > 0 && k < xPlaces_.size(); ++k) {
+    for (std::size_t k = 0; column.place > 0 && k < x_.Places().size(); ++k) {
       const auto variable = static_cast<int>(k) + 1;
-      const double factor = FactorOf(xScaling_, variable) / FactorOf(yScaling_, column.place);
+      const double factor = FactorOf(x_.Scaling(), variable) / FactorOf(yScaling_, column.place);
       const double slope = scaled(k, static_cast<std::size_t>(column.place) - 1) * factor;
-      intercept -= slope * CentreOf(xScaling_, variable);
-      const std::size_t place = places[xPlaces_[k]];
+      intercept -= slope * CentreOf(x_.Scaling(), variable);
+      const std::size_t place = places[x_.Places()[k]];
       if (place != kNowhere) ofY.back()[place] = slope;
     }
     ofY.back().back() = intercept;

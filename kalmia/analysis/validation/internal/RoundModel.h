@@ -9,6 +9,7 @@
 #include "kalmia/analysis/steps/Scaling.h"
 #include "kalmia/analysis/text/WorkProgress.h"
 #include "kalmia/analysis/validation/internal/ComponentSeries.h"
+#include "kalmia/analysis/validation/internal/RoundX.h"
 #include "kalmia/analysis/validation/internal/SourceX.h"
 
 namespace kalmia::analysis {
@@ -36,7 +37,7 @@ class RoundModel {
   /// Nothing where no X column or no Y column has spread.
   const ComponentSeries* Series() const { return series_.get(); }
   /// Names of the X columns without a say.
-  const std::vector<std::string>& ColumnsWithoutSpread() const { return withoutSpread_; }
+  const std::vector<std::string>& ColumnsWithoutSpread() const { return x_.ColumnsWithoutSpread(); }
 
   /// Of rows of all X columns, in the order of those that the models were fitted to. A row without a score in a model
   /// has neither prediction nor distance from there on.
@@ -56,22 +57,16 @@ class RoundModel {
     double constant = 0.0;
   };
 
-  NCDataMatrix<float> TakeX(const std::vector<std::string>& names, const RealColumns& x, bool isCentred);
   NCDataMatrix<float> TakeY(const std::vector<std::string>& names, const RealColumns& y);
   double InUnitsOfTable(const YColumn& column, float scaled) const;
-  NCDataMatrix<float> ScaledX(const RealColumns& x) const;
   void NoteDistances(const SeriesPrediction& prediction, int model, LeftOutRows* rows) const;
   std::vector<std::vector<double>> InUnitsOfTable(const RealMatrix& scaled, const std::vector<std::size_t>& places,
                                                   std::size_t slopes) const;
 
-  std::vector<std::size_t> xPlaces_;  ///< of the columns with a say, among all
-  std::vector<std::string> xNames_;   ///< theirs
-  std::vector<std::string> withoutSpread_;
+  RoundX x_;
   std::vector<YColumn> y_;
   std::vector<std::string> yNames_;  ///< of those in the models
-  std::vector<double> xShifts_;
   std::vector<double> yShifts_;
-  ColumnScaling xScaling_;
   ColumnScaling yScaling_;
   std::unique_ptr<ComponentSeries> series_;
   int lastModel_ = 0;

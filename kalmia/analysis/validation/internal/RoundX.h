@@ -1,0 +1,47 @@
+#pragma once
+
+#include <cstddef>
+#include <string>
+#include <vector>
+
+#include "kalmia/analysis/steps/Scaling.h"
+#include "kalmia/analysis/validation/internal/SourceX.h"
+#include "kalmia/containers/NCDataMatrix.h"
+
+namespace kalmia::analysis {
+
+/// Columns of a block as a model of some rows has them: shifts, centres and factors are learnt from these rows alone.
+/// A column without two different cells in them has no say, and is none of the columns below.
+class RoundX {
+ public:
+  /// Throws BadData where a column cannot be scaled.
+  RoundX(const std::vector<std::string>& names, const RealColumns& fitted, NCScale::Scaling scaling);
+
+  bool Empty() const { return places_.empty(); }
+  int Columns() const { return static_cast<int>(places_.size()); }
+  const std::vector<std::size_t>& Places() const { return places_; }  ///< of the columns, from 0, among all
+  const std::vector<std::string>& ColumnsWithoutSpread() const { return withoutSpread_; }  ///< their names
+  const ColumnScaling& Scaling() const { return scaling_; }
+
+  /// The cells of the rows that it learnt from, scaled; without rows where there are no columns.
+  const NCDataMatrix<float>& Fitted() const { return fitted_; }
+  /// Gives them away.
+  NCDataMatrix<float> TakeFitted() { return std::move(fitted_); }
+  /// The cells of other rows, of all columns, as they were scaled.
+  NCDataMatrix<float> Scaled(const RealColumns& rows) const;
+
+ private:
+  std::vector<std::size_t> places_;
+  std::vector<std::string> withoutSpread_;
+  std::vector<double> shifts_;
+  ColumnScaling scaling_;
+  NCDataMatrix<float> fitted_;
+};
+
+/// The mean of the cells that are there; not a number where none is.
+double MeanOf(const std::vector<double>& cells);
+
+/// Of columns of one length.
+int RowCount(const RealColumns& columns);
+
+}  // namespace kalmia::analysis
