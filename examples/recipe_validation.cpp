@@ -14,9 +14,9 @@ int main(int argc, char** argv) try {
   recipe.y = {"octane"};
   ValidationRecipe rounds;
   rounds.folds.scheme = FoldScheme::Interleaved;
-  rounds.folds.groups = 7;
   rounds.selection.rule = SelectionRule::OneSE;
-  const PLSValidation validation = Validate(recipe, table, rounds);
+  const PLSAnalysis analysis = Analyse(recipe, table, rounds);
+  const PLSValidation& validation = *analysis.validation;
   for (int a = 0; a <= 6; ++a) {
     const auto number = static_cast<std::size_t>(a);
     std::printf("%d components  Q2 %7.4f  RMSECV %.4f%s\n", a, validation.errors.q2[number],
@@ -24,10 +24,8 @@ int main(int argc, char** argv) try {
   }
   if (const auto& anova = validation.cvAnova.front())
     std::printf("CV-ANOVA  F %.2f (%d, %d)  p %.2g\n", anova->f, anova->df1, anova->df2, anova->p);
-
-  recipe.components = validation.components;
-  const PLSResult result = Fit(recipe, table);
-  std::printf("sample 1: fitted %.2f, left out %.2f\n", result.fitted.front().y.front(), validation.predicted(0, 0));
+  std::printf("sample 1: fitted %.2f, left out %.2f\n", analysis.fit.fitted.front().y.front(),
+              validation.predicted(0, 0));
   return 0;
 } catch (const kalmia::analysis::Failure& failure) {
   return std::fprintf(stderr, "%s\n", failure.what()), 1;

@@ -92,6 +92,7 @@
 #include "kalmia/analysis/text/Numbers.h"
 #include "kalmia/analysis/text/Version.h"
 #include "kalmia/analysis/text/WorkProgress.h"
+#include "kalmia/analysis/validation/Analysis.h"
 #include "kalmia/analysis/validation/ClassFigures.h"
 #include "kalmia/analysis/validation/Classes.h"
 #include "kalmia/analysis/validation/ColumnFolds.h"

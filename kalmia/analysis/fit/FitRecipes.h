@@ -24,13 +24,19 @@ struct XRecipe {
 struct FitRecipe : XRecipe {
   std::optional<GivenSteps> steps;  ///< of the preprocessing of X
   std::optional<int> components;    ///< nothing: as many as cross-validation finds
-  int groups = 7;
-  std::string groupColumn;  ///< empty: `groups` groups, every row in the one after its neighbour's
+  int groups = 7;           ///< of any validation
+  std::string groupColumn;  ///< of labels that make the groups; empty: `groups` groups, as the validation deals rows
+  /// Whether each component is cross-validated on what the components before it left. Otherwise `components` are given,
+  /// nothing is said of what they predict, and nobody calls them significant. Of PLS alone.
+  bool judgeComponents = true;
+  /// Where nothing judges the components, their records go on to so many, as far as X has them, and tell what components
+  /// beyond those of the model would describe. Of PLS alone.
+  int describedComponents = 0;
 };
 
 struct PCARecipe : FitRecipe {};
 
-struct PLSRecipe : FitRecipe {
+struct PLSRecipe : FitRecipe {  // 0 `components` are a model too, the mean of Y
   std::vector<std::string> y;
 };
 

@@ -120,6 +120,7 @@ class Selection {
   void Preprocess() {
     if (!recipe_.steps) return;
     PreprocessedX made = PreprocessX(table_, idColumn_, *recipe_.steps, x_, data_.textColumns, notes_, progress_);
+    if (recipe_.judgeComponents && !recipe_.steps->chain) NoteLearntOfAllRows(made.chain, notes_);
     data_.chain = std::move(made.chain);
     data_.emptyColumns = std::move(made.emptyColumns);
     x_ = std::move(made.columns);
@@ -220,7 +221,7 @@ class Selection {
       return;
     }
     data_.rounds = std::min(recipe_.groups, rows);
-    if (data_.rounds < recipe_.groups) {
+    if (recipe_.judgeComponents && data_.rounds < recipe_.groups) {
       notes_->Add(std::to_string(recipe_.groups) + " groups are cut to " + std::to_string(rows) +
                   ", the number of rows");
     }

@@ -14,6 +14,19 @@ namespace kalmia::analysis {
 
 namespace {
 
+/// Of a model without components, which says the same of all rows: the means of Y.
+std::vector<RowPrediction> FittedMeans(const StoredPLS& model, const NCDataMatrix<float>& scaledX) {
+  std::vector<RowPrediction> rows;
+  for (const RowResidual& residual : RowResiduals(scaledX)) {
+    rows.emplace_back();
+    rows.back().residual = residual;
+    for (std::size_t j = 1; j <= model.yNames.size(); ++j) {
+      rows.back().y.push_back(CentreOf(model.yScaling, static_cast<int>(j)));
+    }
+  }
+  return rows;
+}
+
 PLSResult Compute(const PLSRecipe& recipe, const Table& table, NCProgress* progress) {
   PLSResult result;
   result.data = SelectData(table, recipe, recipe.y, &result.notes, progress);
@@ -29,15 +42,17 @@ PLSResult Compute(const PLSRecipe& recipe, const Table& table, NCProgress* progr
   result.model.yScaling = ScaleColumns(ScalingOfY(recipe.scaling), result.data.yNames, &task.y, result.data.yShifts);
   PLSComponents fit = FitOrNameLeftOut(result.data, [&] { return ExtractPLS(task, progress); });
   for (std::size_t a = 0; a < fit.components.size(); ++a) {
-    NoteIterations(a + 1, fit.components[a].iterations, &result.notes);
+    const ComponentRecord& record = fit.components[a];
+    if (record.kept || record.IsJudged()) NoteIterations(a + 1, record.iterations, &result.notes);
   }
   result.components = fit.components;
   result.endedEarly = fit.endedEarly;
   fit.components.resize(static_cast<std::size_t>(fit.kept));
   result.model.components = std::move(fit.components);
   result.model.pls = std::move(fit.model);
-  if (!result.AnyKept()) return result;
-  result.fitted = PredictRows(result.model, result.data.x, progress);
+  const bool isMean = recipe.components == 0;
+  if (!result.AnyKept() && !isMean) return result;
+  result.fitted = isMean ? FittedMeans(result.model, task.x) : PredictRows(result.model, result.data.x, progress);
   JudgeModel(result.data, result.fitted, result.model.Components(), fit.crossValidatedResiduals, &result.model);
   return result;
 }

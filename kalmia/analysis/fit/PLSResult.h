@@ -17,16 +17,19 @@ namespace kalmia::analysis {
 /// A PLS model of a table, with all that there is to report of it.
 struct PLSResult {
   ModelData data;
-  std::vector<ComponentRecord> components;  ///< the kept ones, and the one that failed if `auto` ended with it
+  /// The kept ones, the one that failed if `auto` ended with it, and any further ones that were only described.
+  std::vector<ComponentRecord> components;
   std::string endedEarly;                   ///< why there are fewer components than asked for; empty if there are not
-  StoredPLS model;                          ///< without components, and not to be used, where none is kept
+  StoredPLS model;                          ///< to be used only where IsUsable()
   std::vector<RowPrediction> fitted;        ///< of the training rows, by the stored model
   Notes notes;  ///< what was done of its own accord
 
   bool AnyKept() const { return model.Components() > 0; }
+  /// Whether there is a model: components, or 0 of them, the mean, where the recipe asked for 0.
+  bool IsUsable() const { return !model.quality.empty(); }
 };
 
-/// Fits the model that the recipe asks for and judges it. Adds notes about what was cut. `progress` may be null.
+/// Fits the model that the recipe asks for and judges it, as far as the recipe wants. Adds notes about what was cut. `progress` may be null.
 /// Throws Failure as SelectData and ExtractPLS do.
 KALMIA_EXPORT PLSResult Fit(const PLSRecipe& recipe, const Table& table, NCProgress* progress = nullptr);
 

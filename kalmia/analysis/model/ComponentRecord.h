@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cmath>
 #include <vector>
 
 #include "kalmia/o2pls/SignificanceE.h"
@@ -24,6 +25,9 @@ struct ComponentRecord {
   YShare y;  ///< of all Y columns together
   double q2Limit = 0.0;
   std::vector<YShare> perY;  ///< of each Y column
+
+  /// Whether cross-validation has judged it; otherwise its Q2 and their limit are not numbers.
+  bool IsJudged() const { return !std::isnan(q2Limit); }
 };
 
 /// What is known of one component of an OPLS model; shares of 1. The predictive components are judged together.

@@ -25,11 +25,15 @@ KALMIA_EXPORT const std::vector<std::string>& FoldSchemeWords();
 KALMIA_EXPORT std::optional<FoldScheme> FoldSchemeOfWord(const std::string& word);
 KALMIA_EXPORT const std::string& WordOfFoldScheme(FoldScheme scheme);
 
-struct FoldRecipe {
+/// How rows are dealt to groups.
+struct FoldDealing {
   FoldScheme scheme = FoldScheme::Interleaved;
-  int groups = 7;          ///< at least 2; not read for LeaveOneOut
   int repeats = 1;         ///< more than one for Random alone
   std::uint64_t seed = 1;  ///< read for Random alone, of RandomUse::Folds
+};
+
+struct FoldRecipe : FoldDealing {
+  int groups = 7;  ///< at least 2; not read for LeaveOneOut
 };
 
 /// Partitions of N rows into groups. A round of the validation is a group of a repeat.

@@ -179,7 +179,7 @@ TEST(OPLSValidation, JudgesTheMeanAloneWhereARoundCannotHaveThePredictiveCompone
   // y2 is 4 in the last rows, which are all that the first block is predicted from.
   const std::string text = "x1,x2,y1,y2\n1,2,1,3\n2,2,2,1\n3,1,4,2\n2,5,3,5\n4,4,5,4\n5,1,8,4\n6,2,7,4\n7,7,9,4\n";
   const OPLSValidation validation =
-      Validate(OrthogonalRecipe("y1..y2", 0, 2), TextTable(text), Rounds(FoldScheme::Blocks, 2));
+      ValidateBy(FoldScheme::Blocks, 2, OrthogonalRecipe("y1..y2", 0, 2), TextTable(text));
   EXPECT_EQ(validation.errors.MostComponents(), 0U);
   EXPECT_EQ(validation.components, 2);
   EXPECT_FALSE(validation.IsJudged());

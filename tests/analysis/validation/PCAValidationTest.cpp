@@ -362,27 +362,30 @@ TEST(PCAValidation, LeavesRowsWithTooFewCellsOutOfAllFigures) {
 TEST(PCAValidation, TakesFewerComponentsThanColumnsOutsideAGroup) {
   const std::string text = TextOf(LowRank(30, 5, 0, 1.0, 7));
   EXPECT_EQ(Validate(ComponentsRecipe(), TextOfCells(text)).errors.MostComponents(), 3U);
-  EXPECT_EQ(Validate(ComponentsRecipe(), TextOfCells(text), Rounds(FoldScheme::Blocks, 2)).errors.MostComponents(), 1U);
+  EXPECT_EQ(ValidateBy(FoldScheme::Blocks, 2, ComponentsRecipe(), TextOfCells(text)).errors.MostComponents(), 1U);
 }
 
 TEST(PCAValidation, PredictsAColumnByTheOneValueItHasInARound) {
   Columns columns = LowRank(20, 6, 2, 0.3, 7);
   for (std::size_t i = 10; i < 20; ++i) columns[2][i] = 1.5;
   const PCAValidation validation =
-      Validate(ComponentsRecipe(1), TextOfCells(TextOf(columns)), Rounds(FoldScheme::Blocks, 2));
+      ValidateBy(FoldScheme::Blocks, 2, ComponentsRecipe(1), TextOfCells(TextOf(columns)));
   EXPECT_THAT(validation.notes.Lines(), Contains(HasSubstr("1 X column (x3)")));
   for (std::size_t i = 10; i < 20; ++i) columns[2][i] = kNotANumber;  // without a cell it is not predicted
   const PCAValidation empty =
-      Validate(ComponentsRecipe(1), TextOfCells(TextOf(columns)), Rounds(FoldScheme::Blocks, 2));
+      ValidateBy(FoldScheme::Blocks, 2, ComponentsRecipe(1), TextOfCells(TextOf(columns)));
   EXPECT_EQ(empty.errors.unpredictedRows, 0U);
   EXPECT_TRUE(std::isnan(empty.columnQ2[2]));
 }
 
 TEST(PCAValidation, AveragesOverRepeatsAndLeavesRowsOfOneLabelOutTogether) {
   const std::string text = TextOf(LowRank(20, 6, 2, 0.3, 7));
-  ValidationRecipe two = Rounds(FoldScheme::Random, 4);
+  ValidationRecipe two;
+  two.folds.scheme = FoldScheme::Random;
   two.folds.repeats = 2;
-  const PCAValidation both = Validate(ComponentsRecipe(2), TextOfCells(text), two);
+  PCARecipe ofFour = ComponentsRecipe(2);
+  ofFour.groups = 4;
+  const PCAValidation both = Validate(ofFour, TextOfCells(text), two);
   EXPECT_EQ(both.distances.size(), 40U);
   EXPECT_LT(std::abs(both.errors.q2[2] - Validate(ComponentsRecipe(2), TextOfCells(text)).errors.q2[2]), 0.1);
   const TableLines lines(text);
@@ -392,7 +395,7 @@ TEST(PCAValidation, AveragesOverRepeatsAndLeavesRowsOfOneLabelOutTogether) {
   recipe.groupColumn = "batch";
   const PCAValidation batches = Validate(recipe, TextOfCells(labelled));
   EXPECT_THAT(batches.folds.names, ElementsAre("A", "B", "C", "D"));
-  const PCAValidation blocks = Validate(ComponentsRecipe(2), TextOfCells(text), Rounds(FoldScheme::Blocks, 4));
+  const PCAValidation blocks = ValidateBy(FoldScheme::Blocks, 4, ComponentsRecipe(2), TextOfCells(text));
   EXPECT_EQ(batches.errors.press, blocks.errors.press);
 }
 

@@ -77,9 +77,9 @@ TEST(PLSValidation, JudgesAGivenNumberOfComponents) {
   EXPECT_NEAR(groups.cvAnova.front()->f, 340.42, 0.005 + 340.42 * 2e-4);  // twice the relative error of a squared one
   EXPECT_EQ(groups.cvAnova.front()->df1, 6);
   EXPECT_EQ(groups.cvAnova.front()->df2, 53);
-  const PLSValidation rows = Validate(recipe, Gasoline(), Rounds(FoldScheme::LeaveOneOut, 0));
+  const PLSValidation rows = ValidateBy(FoldScheme::LeaveOneOut, 7, recipe, Gasoline());
   EXPECT_NEAR(rows.errors.rmsecv(3, 0), 0.2518, 1e-4);
-  const PLSValidation blocks = Validate(recipe, Gasoline(), Rounds(FoldScheme::Blocks, 5));
+  const PLSValidation blocks = ValidateBy(FoldScheme::Blocks, 5, recipe, Gasoline());
   EXPECT_NEAR(blocks.errors.rmsecv(3, 0), 0.3033, 1e-4);
 }
 
@@ -208,7 +208,7 @@ TEST(PLSValidation, LearnsStepsInEachRound) {
 
 TEST(PLSValidation, TakesTheMeanOfTheOtherRowsForNoComponent) {
   const std::string text = LinearTable(10, 3, 1);
-  const PLSValidation validation = Validate(RecipeOf("y"), TableOf(text), Rounds(FoldScheme::Blocks, 2));
+  const PLSValidation validation = ValidateBy(FoldScheme::Blocks, 2, RecipeOf("y"), TableOf(text));
   const std::vector<double> y = NumbersOf(TableOf(text), "y");
   double mean = 0.0;
   for (std::size_t i = 5; i < 10; ++i) mean += y[i] / 5;
@@ -249,7 +249,7 @@ TEST(PLSValidation, PutsTheJackKnifeAboutTheCoefficientsOfTheFit) {
 TEST(PLSValidation, EndsAtTheMostComponentsOfAllRounds) {
   PLSRecipe recipe = RecipeOf("y1");
   recipe.components = 5;
-  const PLSValidation validation = Validate(recipe, TableOf(UnrelatedTable(6, 8, 1, 2)), Rounds(FoldScheme::Blocks, 2));
+  const PLSValidation validation = ValidateBy(FoldScheme::Blocks, 2, recipe, TableOf(UnrelatedTable(6, 8, 1, 2)));
   EXPECT_EQ(validation.errors.MostComponents(), 2U);  // 3 rows in each round
   EXPECT_EQ(validation.components, 5);
   EXPECT_FALSE(validation.IsJudged());
@@ -264,7 +264,7 @@ TEST(PLSValidation, CountsRowsThatCannotBePredictedForNoNumberOfComponents) {
   const std::string text = "x1,x2,x3,y\n1,2,7,1\n,,8,2\n3,1,7,4\n2,5,7,3\n4,4,6,5\n5,1,6,8\n6,2,6,7\n7,7,6,9\n";
   PLSRecipe recipe = RecipeOf("y");
   recipe.components = 1;
-  const PLSValidation validation = Validate(recipe, TableOf(text), Rounds(FoldScheme::Blocks, 2));
+  const PLSValidation validation = ValidateBy(FoldScheme::Blocks, 2, recipe, TableOf(text));
   EXPECT_EQ(validation.errors.unpredictedRows, 1U);
   EXPECT_TRUE(std::isnan(validation.errors.squaredErrors[0](1, 0)));
   EXPECT_TRUE(std::isnan(validation.predicted(1, 0)));
@@ -277,7 +277,7 @@ TEST(PLSValidation, PredictsAYColumnByTheOneValueItHasInARound) {
   const std::string text = "x1,x2,y1,y2\n1,2,1,3\n2,2,2,1\n3,1,4,2\n2,5,3,\n4,4,5,4\n5,1,8,4\n6,2,7,\n7,7,9,4\n";
   PLSRecipe recipe = RecipeOf("y1..y2");
   recipe.components = 1;
-  const PLSValidation validation = Validate(recipe, TableOf(text), Rounds(FoldScheme::Blocks, 2));
+  const PLSValidation validation = ValidateBy(FoldScheme::Blocks, 2, recipe, TableOf(text));
   for (std::size_t i = 0; i < 4; ++i) {
     EXPECT_EQ(validation.errors.predicted[0](i, 1), 4.0);
     EXPECT_EQ(validation.errors.predicted[1](i, 1), 4.0);
@@ -293,7 +293,7 @@ TEST(PLSValidation, RefusesAYColumnWithoutAValueInARound) {
   EXPECT_THAT(FailureOf<BadData>([&] { Validate(recipe, TableOf(text)); }),
               Optional(HasSubstr("while group 'a' is left out: the Y column 'y' has no value")));
   recipe.groupColumn.clear();
-  EXPECT_THAT(FailureOf<BadData>([&] { Validate(recipe, TableOf(text), Rounds(FoldScheme::Blocks, 2)); }),
+  EXPECT_THAT(FailureOf<BadData>([&] { ValidateBy(FoldScheme::Blocks, 2, recipe, TableOf(text)); }),
               Optional(HasSubstr("while group 1 is left out: the Y column 'y' has no value")));
 }
 
@@ -308,29 +308,32 @@ TEST(PLSValidation, LeavesRowsOfOneLabelOutTogether) {
   const PLSValidation labels = Validate(recipe, TableOf(text));
   EXPECT_THAT(labels.folds.names, ElementsAre("A", "B", "C"));
   recipe.groupColumn.clear();
-  const PLSValidation blocks = Validate(recipe, TableOf(text), Rounds(FoldScheme::Blocks, 3));
+  const PLSValidation blocks = ValidateBy(FoldScheme::Blocks, 3, recipe, TableOf(text));
   EXPECT_EQ(labels.errors.press, blocks.errors.press);
   EXPECT_THAT(labels.notes.Lines(), Contains(HasSubstr("2 degrees of freedom")));
 }
 
 TEST(PLSValidation, RefusesFoldsThatMakeNoSense) {
   const Table table = TableOf(LinearTable(12, 3, 6));
-  EXPECT_THROW(Validate(RecipeOf("y"), table, Rounds(FoldScheme::Interleaved, 1)), BadRequest);
+  EXPECT_THROW(ValidateBy(FoldScheme::Interleaved, 1, RecipeOf("y"), table), BadRequest);
   ValidationRecipe repeats;
   repeats.folds.repeats = 2;
   EXPECT_THROW(Validate(RecipeOf("y"), table, repeats), BadRequest);
   PLSRecipe recipe = RecipeOf("y");
   recipe.groupColumn = "g";
   EXPECT_THROW(Validate(recipe, TableOf("x,g,y\n1,a,1\n2,a,3\n3,a,2\n")), BadData);
-  EXPECT_THAT(Validate(RecipeOf("y"), table, Rounds(FoldScheme::Interleaved, 20)).notes.Lines(),
+  EXPECT_THAT(ValidateBy(FoldScheme::Interleaved, 20, RecipeOf("y"), table).notes.Lines(),
               Contains("20 groups are cut to 12, the number of rows"));
 }
 
 TEST(PLSValidation, AveragesSquaredErrorsOverRepeats) {
   const Table table = TableOf(LinearTable(20, 3, 6));
-  ValidationRecipe one = Rounds(FoldScheme::Random, 4), two = one;
+  PLSRecipe recipe = RecipeOf("y");
+  recipe.groups = 4;
+  ValidationRecipe one, two;
+  one.folds.scheme = two.folds.scheme = FoldScheme::Random;
   two.folds.repeats = 2;
-  const PLSValidation first = Validate(RecipeOf("y"), table, one), both = Validate(RecipeOf("y"), table, two);
+  const PLSValidation first = Validate(recipe, table, one), both = Validate(recipe, table, two);
   EXPECT_EQ(both.folds.groupOfRow.front(), first.folds.groupOfRow.front());
   EXPECT_NE(both.errors.press, first.errors.press);
   EXPECT_EQ(both.distances.size(), 40U);

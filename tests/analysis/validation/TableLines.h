@@ -24,9 +24,11 @@ struct TableLines {
   std::vector<std::string> rows;
 };
 
-inline kalmia::analysis::ValidationRecipe Rounds(kalmia::analysis::FoldScheme scheme, int groups) {
+/// Validates the recipe by so many groups, dealt as the scheme says.
+template <class Recipe>
+auto ValidateBy(kalmia::analysis::FoldScheme scheme, int groups, Recipe recipe, const kalmia::analysis::Table& table) {
+  recipe.groups = groups;
   kalmia::analysis::ValidationRecipe validation;
   validation.folds.scheme = scheme;
-  validation.folds.groups = groups;
-  return validation;
+  return Validate(recipe, table, validation);
 }

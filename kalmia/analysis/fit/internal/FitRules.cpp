@@ -61,9 +61,10 @@ void NoteIterations(std::size_t component, int iterations, Notes* notes) {
              " iterations and is taken as it then was");
 }
 
-NCDataMatrix<float> WithoutLastRow(const NCDataMatrix<float>* prim) {
+NCDataMatrix<float> FirstRows(const NCDataMatrix<float>* prim, int components) {
   NCDataMatrix<float> rows = *prim;
-  rows.RemoveRows(rows.SizeRows(), 1);
+  const int surplus = rows.SizeRows() - components;
+  if (surplus > 0) rows.RemoveRows(components + 1, surplus);
   return rows;
 }
 

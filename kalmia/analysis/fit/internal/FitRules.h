@@ -22,6 +22,8 @@ struct FitRules {
   /// Stop with the first component whose Q2 does not exceed its limit; having none at all is no failure then.
   bool stopAtFirstFailure = false;
   bool unitVariance = true;  ///< of the columns: their numbers are not too small for the fit
+  bool judgeComponents = true;  ///< whether each component is cross-validated
+  int describedComponents = 0;  ///< at least, where none is judged
 };
 
 /// "component 2", beside the bar.
@@ -41,8 +43,8 @@ double DescribedShareOfColumn(const NCDataMatrix<float>& table, const NCDataMatr
 /// Notes a component (from 1) whose iterations ended at the limit.
 void NoteIterations(std::size_t component, int iterations, Notes* notes);
 
-/// The matrix without its last row: a model's matrix without its newest component.
-NCDataMatrix<float> WithoutLastRow(const NCDataMatrix<float>* prim);
+/// A model's matrix of its first components, which has so many rows at least.
+NCDataMatrix<float> FirstRows(const NCDataMatrix<float>* prim, int components);
 
 /// The sum of squares of each column.
 NCDataVector<float> ColumnSumsOfSquares(const NCDataMatrix<float>& table);

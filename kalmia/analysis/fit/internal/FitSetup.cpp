@@ -20,6 +20,8 @@ FitRules RulesOf(const FitRecipe& recipe, const ModelData& data, Notes* notes) {
   FitRules rules;
   rules.mostComponents = MostComponents(data, recipe.components, notes);
   rules.stopAtFirstFailure = !recipe.components;
+  rules.judgeComponents = recipe.judgeComponents;
+  rules.describedComponents = recipe.judgeComponents ? 0 : recipe.describedComponents;
   rules.unitVariance = recipe.scaling == NCScale::ScalingUnitVariance;
   return rules;
 }

@@ -106,7 +106,7 @@ class Extraction {
     record->r2xCum = DescribedShare(task_.x, *fit_.model->GetResiduals());
     record->r2x = record->r2xCum - (fit_.components.empty() ? 0.0 : fit_.components.back().r2xCum);
     if (record->kept) return;
-    Restore(before, WithoutLastRow(fit_.model->GetPprim()), WithoutLastRow(fit_.model->GetTprim()));
+    Restore(before, FirstRows(fit_.model->GetPprim(), fit_.kept), FirstRows(fit_.model->GetTprim(), fit_.kept));
   }
 
   void Restore(const NCDataMatrix<float>& x, const NCDataMatrix<float>& p, const NCDataMatrix<float>& t) {

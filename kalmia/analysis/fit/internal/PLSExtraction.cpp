@@ -3,6 +3,7 @@
 #include <utility>
 
 #include "kalmia/analysis/model/Prediction.h"
+#include "kalmia/analysis/model/RealMatrix.h"
 #include "kalmia/analysis/text/DisplayText.h"
 #include "kalmia/analysis/text/Numbers.h"
 #include "kalmia/analysis/text/WorkProgress.h"
@@ -19,48 +20,78 @@ class Extraction {
   Extraction(const PLSTask& task, NCProgress* progress)
       : task_(task), progress_(progress), ssY_(ColumnSumsOfSquares(task.y)) {
     fit_.model = std::make_unique<NCPLS>(&task.x, &task.y, kMaxIterations);
+    if (!task.judgeComponents) return;
     crossValidation_ = std::make_unique<PLSCrossValidation>(fit_.model.get(), task.rounds, &task.groups);
   }
 
   PLSComponents Run() {
-    while (fit_.kept < task_.mostComponents) {
-      progress_.Ask();
-      const int component = fit_.kept + 1;
-      if (!Extract(component)) break;
-      CrossValidate(component);
-      ComponentRecord record = Judge();
-      record.kept = record.significant || !task_.stopAtFirstFailure;
-      Deflate(&record);
-      fit_.components.push_back(record);
-      if (!record.kept) break;
-      ++fit_.kept;
-      fit_.crossValidatedResiduals = *crossValidation_->GetYPredResiduals();
-      if (record.r2xCum >= 1.0 - kExhausted && fit_.kept < task_.mostComponents) {
-        fit_.endedEarly = kNothingLeft;
-        break;
-      }
-    }
+    bool goesOn = true;
+    while (goesOn && fit_.kept < task_.mostComponents) goesOn = ExtractNext();
+    if (goesOn) DescribeFurther();
     return std::move(fit_);
   }
 
  private:
-  /// False if X and Y have nothing more in common, or if nothing is left of X.
-  bool Extract(int component) {
+  /// Whether there can be a next component.
+  bool ExtractNext() {
+    progress_.Ask();
+    const int component = fit_.kept + 1;
+    const std::string reason = ReasonForNone(component);
+    if (!reason.empty()) {
+      fit_.endedEarly = ReasonToEnd(task_, component, reason, reason == kNothingLeft ? "its" : "their");
+      return false;
+    }
+    ComponentRecord record = Judged(component);
+    record.kept = record.significant || !task_.stopAtFirstFailure;
+    Deflate(&record);
+    fit_.components.push_back(record);
+    if (!record.kept) return false;
+    ++fit_.kept;
+    if (task_.judgeComponents) fit_.crossValidatedResiduals = *crossValidation_->GetYPredResiduals();
+    if (!IsExhausted(record)) return true;
+    if (fit_.kept < task_.mostComponents) fit_.endedEarly = kNothingLeft;
+    return false;
+  }
+
+  static bool IsExhausted(const ComponentRecord& record) { return record.r2xCum >= 1.0 - kExhausted; }
+
+  /// Components that would come after those of the model. They are described and dropped again.
+  void DescribeFurther() {
+    if (task_.describedComponents <= fit_.kept) return;
+    const NCDataMatrix<float> x = *fit_.model->GetXResiduals();
+    const NCDataMatrix<float> y = *fit_.model->GetYResiduals();
+    for (int component = fit_.kept + 1; component <= task_.describedComponents; ++component) {
+      progress_.Ask();
+      if (!ReasonForNone(component).empty()) break;
+      fit_.model->CalculateResiduals();
+      ComponentRecord record = Unjudged();
+      Describe(&record);
+      fit_.components.push_back(record);
+      if (IsExhausted(record)) break;
+    }
+    DropFurther(x, y);
+  }
+
+  /// Extracts a component. Says why there is none: X and Y have nothing more in common, or nothing is left of X.
+  std::string ReasonForNone(int component) {
     progress_.Begin(ComponentText(component));
     try {
       fit_.model->NextComponent(progress_.Bar(), /*start=*/nullptr, /*quiet=*/false, /*strict=*/true);
     } catch (const NCError& error) {
       progress_.Ask();
-      const std::string reason = OneLine(static_cast<const char*>(error.GetMessage()));
-      fit_.endedEarly = ReasonToEnd(task_, component, reason, "their");
-      return false;
+      return OneLine(static_cast<const char*>(error.GetMessage()));
     }
     const NCDataVector<float>& p = fit_.model->GetPprim()->back();
-    if (p.GetNumMisVal() < p.Size()) return true;
+    if (p.GetNumMisVal() < p.Size()) return "";
     // The scores are so small that nothing can be regressed on them.
-    DropNewest(*fit_.model->GetXResiduals(), *fit_.model->GetYResiduals());
-    fit_.endedEarly = ReasonToEnd(task_, component, kNothingLeft, "its");
-    return false;
+    DropFurther(*fit_.model->GetXResiduals(), *fit_.model->GetYResiduals());
+    return kNothingLeft;
+  }
+
+  ComponentRecord Judged(int component) {
+    if (!task_.judgeComponents) return Unjudged();
+    CrossValidate(component);
+    return Judge();
   }
 
   void CrossValidate(int component) {
@@ -68,6 +99,15 @@ class Extraction {
     const NCDataVector<float> w = fit_.model->GetWprim()->back();
     crossValidation_->NextComponent(&w, kMaxIterations, ssY_, progress_.Bar(), /*quiet=*/false);
     progress_.Ask();
+  }
+
+  /// Nothing is known of what it predicts.
+  ComponentRecord Unjudged() const {
+    ComponentRecord record;
+    record.iterations = fit_.model->GetIterations();
+    record.y.q2 = record.y.q2Cum = record.q2Limit = kNotANumber;
+    record.perY.assign(static_cast<std::size_t>(task_.y.SizeColumns()), {0.0, 0.0, kNotANumber, kNotANumber});
+    return record;
   }
 
   ComponentRecord Judge() const {
@@ -98,7 +138,7 @@ class Extraction {
     const NCDataMatrix<float> yBefore = *fit_.model->GetYResiduals();
     fit_.model->CalculateResiduals();
     Describe(record);
-    DropNewest(xBefore, yBefore);
+    DropFurther(xBefore, yBefore);
   }
 
   void Describe(ComponentRecord* record) const {
@@ -116,13 +156,14 @@ class Extraction {
     }
   }
 
-  void DropNewest(const NCDataMatrix<float>& x, const NCDataMatrix<float>& y) {
+  /// Leaves the kept components, with what they have left of X and Y.
+  void DropFurther(const NCDataMatrix<float>& x, const NCDataMatrix<float>& y) {
     const NCPLS& model = *fit_.model;
-    const NCDataMatrix<float> c = WithoutLastRow(model.GetCprim());
-    const NCDataMatrix<float> p = WithoutLastRow(model.GetPprim());
-    const NCDataMatrix<float> w = WithoutLastRow(model.GetWprim());
-    const NCDataMatrix<float> u = WithoutLastRow(model.GetUprim());
-    const NCDataMatrix<float> t = WithoutLastRow(model.GetTprim());
+    const NCDataMatrix<float> c = FirstRows(model.GetCprim(), fit_.kept);
+    const NCDataMatrix<float> p = FirstRows(model.GetPprim(), fit_.kept);
+    const NCDataMatrix<float> w = FirstRows(model.GetWprim(), fit_.kept);
+    const NCDataMatrix<float> u = FirstRows(model.GetUprim(), fit_.kept);
+    const NCDataMatrix<float> t = FirstRows(model.GetTprim(), fit_.kept);
     fit_.model = std::make_unique<NCPLS>(&x, &y, &c, &p, &w, &u, &t, kMaxIterations);
   }
 

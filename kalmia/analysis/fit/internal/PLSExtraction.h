@@ -24,15 +24,17 @@ struct PLSTask : FitRules {
 /// A fitted model with what cross-validation said of its components.
 struct PLSComponents {
   std::unique_ptr<NCPLS> model;             ///< the kept components; deflated by all of them
-  std::vector<ComponentRecord> components;  ///< the kept ones, and the one that failed if that ended the extraction
+  /// The kept ones, the one that failed if that ended the extraction, and those that were asked to be described.
+  std::vector<ComponentRecord> components;
   int kept = 0;
-  /// y - predicted y for each row left out, of the last kept component; in scaled units, rows by Y columns.
+  /// y - predicted y for each row left out, of the last kept component; in scaled units, rows by Y columns. Without
+  /// rows where components are not judged or none is kept.
   NCDataMatrix<float> crossValidatedResiduals;
   /// Why there are fewer components than asked for; empty if there are not, or if one failed.
   std::string endedEarly;
 };
 
-/// Extracts components one by one and cross-validates each. `progress` may be null.
+/// Extracts components one by one and cross-validates each, if they are to be judged. `progress` may be null.
 /// R2 is 1 - SS(residuals) / SS(table), both over the cells that the model describes.
 /// Throws Stopped where the bar wants to stop, BadData where components were asked for and not even one can
 /// be computed.

@@ -41,7 +41,10 @@ void CheckFit(const FitRecipe& recipe, int fewest) {
 void CheckRecipe(const PCARecipe& recipe) { CheckFit(recipe, 1); }
 
 void CheckRecipe(const PLSRecipe& recipe) {
-  CheckFit(recipe, 1);
+  CheckFit(recipe, 0);
+  if (!recipe.judgeComponents && !recipe.components) {
+    throw BadRequest("nothing is to judge the components, so that their number has to be given");
+  }
   CheckY(recipe.y);
 }
 

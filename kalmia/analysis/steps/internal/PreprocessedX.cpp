@@ -66,7 +66,6 @@ PreprocessedX PreprocessX(const Table& table, int idColumn, const GivenSteps& gi
   } else {
     TakeColumns(x, table.Rows(), &signals);
     made.chain = LearnChain(given.steps, &signals, notes, progress);
-    NoteLearntOfAllRows(made.chain, notes);
   }
   for (std::size_t k = 0; k < signals.names.size(); ++k) {
     NumberColumn column{signals.names[k], signals.cells.Column(static_cast<int>(k))};

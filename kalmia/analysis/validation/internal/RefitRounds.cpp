@@ -16,7 +16,7 @@ std::string GroupText(const Folds& folds, int repeat, int group) {
 
 }  // namespace
 
-Folds FoldsOf(const FitRecipe& recipe, const Table& table, const ModelData& data, const FoldRecipe& folds,
+Folds FoldsOf(const FitRecipe& recipe, const Table& table, const ModelData& data, const FoldDealing& dealing,
               Notes* notes) {
   if (!recipe.groupColumn.empty()) {
     const int column = RequireColumn(table, recipe.groupColumn);
@@ -24,9 +24,9 @@ Folds FoldsOf(const FitRecipe& recipe, const Table& table, const ModelData& data
     for (const int row : data.rows) labels.push_back(table.Cell(row, column));
     return FoldsOfLabels(labels);
   }
-  Folds made = MakeFolds(data.rows.size(), folds);
-  if (folds.scheme != FoldScheme::LeaveOneOut && made.groups < folds.groups) {
-    notes->Add(std::to_string(folds.groups) + " groups are cut to " + std::to_string(made.groups) +
+  Folds made = MakeFolds(data.rows.size(), {dealing, recipe.groups});
+  if (dealing.scheme != FoldScheme::LeaveOneOut && made.groups < recipe.groups) {
+    notes->Add(std::to_string(recipe.groups) + " groups are cut to " + std::to_string(made.groups) +
                ", the number of rows");
   }
   return made;

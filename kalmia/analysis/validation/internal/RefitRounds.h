@@ -17,7 +17,7 @@ namespace kalmia::analysis {
 
 /// The folds of the rows that the model sees: by the labels of the fit's column of groups where it has one. Notes a
 /// cut.
-Folds FoldsOf(const FitRecipe& recipe, const Table& table, const ModelData& data, const FoldRecipe& folds,
+Folds FoldsOf(const FitRecipe& recipe, const Table& table, const ModelData& data, const FoldDealing& dealing,
               Notes* notes);
 
 /// Calls `round` for each group of each repeat. BadData of a round names the group that is left out. Throws Stopped.
