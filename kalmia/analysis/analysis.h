@@ -103,6 +103,7 @@
 #include "kalmia/analysis/validation/Folds.h"
 #include "kalmia/analysis/validation/JackKnife.h"
 #include "kalmia/analysis/validation/LeftOutErrors.h"
+#include "kalmia/analysis/validation/O2PLSValidation.h"
 #include "kalmia/analysis/validation/OPLSValidation.h"
 #include "kalmia/analysis/validation/PCAValidation.h"
 #include "kalmia/analysis/validation/PLSValidation.h"

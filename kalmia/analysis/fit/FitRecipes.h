@@ -61,6 +61,7 @@ struct O2PLSRecipe {
   std::optional<O2PLSNumbers> numbers;  ///< nothing: those that cross-validation finds
   bool fill = false;                    ///< whether missing cells are estimated, each from the other block
   int groups = 7;
+  std::string groupColumn;  ///< column of the X table whose labels make the groups; empty: `groups` groups
 };
 
 /// A filter of X.

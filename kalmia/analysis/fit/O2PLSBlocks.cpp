@@ -140,7 +140,7 @@ class Selection {
     const int id = &table == &xTable_ ? xId_ : yId_;
     for (const int column : RequireColumnsOrAll(table, arguments)) {
       const std::string& title = table.ColumnNames()[static_cast<std::size_t>(column)];
-      if (column == id) continue;
+      if (column == id || title == recipe_.groupColumn) continue;
       switch (KindOfColumn(table, column)) {
         case ColumnKind::Texts: block->textColumns.push_back(title); break;
         case ColumnKind::Empty: block->emptyColumns.push_back(title); break;
@@ -253,7 +253,28 @@ class Selection {
       }
   }
 
+  /// Numbers the labels in the order in which they appear.
+  void NumberGroups() {
+    const int column = RequireColumn(xTable_, recipe_.groupColumn);
+    std::unordered_map<std::string, int> numberOf;
+    for (const int row : rows_.x) {
+      const std::string label = xTable_.Cell(row, column);
+      if (xTable_.ValueOf(label).kind == CellKind::Missing) {
+        Refuse(xTable_, xTable_.RowPlace(row) + " has no group in column " + Quoted(recipe_.groupColumn));
+      }
+      pair_.groups.push_back(numberOf.emplace(label, static_cast<int>(numberOf.size())).first->second);
+      pair_.groupLabels.push_back(label);
+    }
+    pair_.rounds = static_cast<int>(numberOf.size());
+    if (pair_.rounds > 1) return;
+    Refuse(xTable_, "all rows have the same group in column " + Quoted(recipe_.groupColumn));
+  }
+
   void MakeGroups() {
+    if (!recipe_.groupColumn.empty()) {
+      NumberGroups();
+      return;
+    }
     const auto rows = static_cast<int>(rows_.x.size());
     pair_.rounds = std::min(recipe_.groups, rows);
     if (pair_.rounds < recipe_.groups) {

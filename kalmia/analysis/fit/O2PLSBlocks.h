@@ -34,6 +34,7 @@ struct BlockPair {
   std::vector<std::string> emptyRows;  ///< left out for want of any cell in X or in Y
   NCIntegralVector<int, -99> groups;   ///< cross-validation group of each row, from 0
   int rounds = 0;
+  std::vector<std::string> groupLabels;  ///< of each row, where the recipe has a column of groups; otherwise none
 };
 
 /// Selects the columns of both blocks and brings the rows together: those with the same text in the column `id`, in the
@@ -41,7 +42,8 @@ struct BlockPair {
 /// empty columns are left out, and, with `fill`, rows without a cell in one of the blocks, each kind with one note.
 /// Throws BadData: a column that does not exist; a row without an id, an id that comes twice, no common id;
 /// without `id` tables of different length; a block without a column that varies; a column of the same cells in
-/// both blocks; a hole, unless the recipe says `fill`; fewer than two rows; a cell that is no number.
+/// both blocks; a hole, unless the recipe says `fill`; fewer than two rows; a row without a group, fewer than two
+/// groups; a cell that is no number. A column of groups is in neither block.
 KALMIA_EXPORT BlockPair SelectBlocks(const Table& xTable, const Table& yTable, const O2PLSRecipe& recipe,
                                      Notes* notes);
 

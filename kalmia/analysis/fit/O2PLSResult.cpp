@@ -7,13 +7,10 @@
 #include "kalmia/analysis/fit/internal/RecipeChecks.h"
 #include "kalmia/analysis/steps/Scaling.h"
 #include "kalmia/analysis/text/DisplayText.h"
-#include "kalmia/analysis/text/Failure.h"
 #include "kalmia/analysis/text/Version.h"
 #include "kalmia/analysis/text/WorkProgress.h"
 #include "kalmia/analysis/text/internal/LibraryErrors.h"
 #include "kalmia/o2pls/NCO2PLSPred.h"
-#include "kalmia/o2pls/PLSMissingValueEstimator.h"
-#include "kalmia/support/NCError.h"
 
 namespace kalmia::analysis {
 
@@ -24,6 +21,7 @@ void FillInfo(const O2PLSRecipe& recipe, const BlockPair& data, StoredO2PLS* mod
   model->table = data.x.table;
   model->yTable = data.y.table;
   model->idColumn = recipe.id;
+  model->groupColumn = recipe.groupColumn;
   model->groups = data.rounds;
   model->scaling = recipe.scaling;
   model->xNames = data.x.names;
@@ -38,11 +36,7 @@ void FillHoles(O2PLSTask* task, O2PLSResult* result, Notes* notes, NCProgress* p
   if (result->filledX + result->filledY == 0) return;
   WorkProgress work(progress);
   work.Begin("estimating missing cells");
-  try {
-    PLSMissingValueEstimator(task->x, task->y, /*both=*/true, work.SilentBar());
-  } catch (const NCError& error) {
-    throw BadData("the missing cells cannot be estimated: " + OneLine(static_cast<const char*>(error.GetMessage())));
-  }
+  EstimateHoles(&task->x, &task->y, &work);
   for (const auto& [block, cells] : {std::make_pair("X", result->filledX), std::make_pair("Y", result->filledY)}) {
     if (cells == 0) continue;
     notes->Add("estimated, " + Counted(static_cast<std::size_t>(cells), "missing cell") + " of " + block);

@@ -99,7 +99,7 @@ class PCARefitting {
     columnErrors_ = RealMatrix(data_.xNames.size(), Models());
     distances_.assign(static_cast<std::size_t>(Partition().Repeats()), RealMatrix(rows, Models(), kNotANumber));
     ForEachRound(Partition(), &work_, [this](int repeat, int group) { FitRound(repeat, group); });
-    NoteColumnsWithoutSpread(data_.xNames, withoutSpread_, &result_.notes);
+    NoteColumnsWithoutSpread("X", data_.xNames, withoutSpread_, &result_.notes);
   }
 
   void FitRound(int repeat, int group) {

@@ -43,7 +43,7 @@ struct PCAValidation {
 /// learnt from the other rows, as Fit learns them. A row's own cells make its scores, so that cells of the left-out
 /// rows leave too, those of each group of columns in turn (see ColumnFolds): the row's other cells give its scores, by
 /// least squares on their loadings, and these predict the cells that left, with 0, 1, 2, ... components. 0 components
-/// predict the mean of the rows that stayed in (0 where nothing is centred). Errors are in the scaled units of the whole
+/// predict the mean of the rows that stayed in, whatever the scaling. Errors are in the scaled units of the whole
 /// table, which are constants.
 ///
 /// There are as many groups of columns as of rows, K at most. The most components are those that all rounds can have:

@@ -228,6 +228,15 @@ TEST(PCAValidation, HasThePressOfEigenvectors) {
   }
 }
 
+/// Of the cells that stay in, whatever the scaling.
+double PresentMean(const std::vector<double>& column, const Folds& folds, int group) {
+  std::vector<std::size_t> present;
+  for (const std::size_t row : RowsOutsideGroup(folds, 0, group)) {
+    if (!std::isnan(column[row])) present.push_back(row);
+  }
+  return Mean(column, present);
+}
+
 /// The same with the loadings that the public Fit finds in a table of the other rows, holes or not.
 std::vector<double> PressByFits(PCARecipe recipe, const std::string& text, const PCAValidation& validation,
                                 const std::vector<double>& deviations, std::size_t most) {
@@ -253,7 +262,8 @@ std::vector<double> PressByFits(PCARecipe recipe, const std::string& text, const
       for (std::size_t k = 0; k < columns.size(); ++k) {
         if (std::isnan(row[k])) continue;
         const double unit = 1.0 / FactorOf(fit.model.xScaling, static_cast<int>(k) + 1) / deviations[k];
-        for (std::size_t a = 0; a <= most; ++a) {
+        press[0] += std::pow((columns[k][i] - PresentMean(columns[k], validation.folds, group)) / deviations[k], 2);
+        for (std::size_t a = 1; a <= most; ++a) {
           const long double error = (row[k] - PredictedCell(row, loadings, a, k, groups)) * unit;
           press[a] += static_cast<double>(error * error);
         }

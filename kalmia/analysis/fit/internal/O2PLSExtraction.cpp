@@ -12,6 +12,7 @@
 #include "kalmia/analysis/text/WorkProgress.h"
 #include "kalmia/o2pls/NCO2PLS.h"
 #include "kalmia/o2pls/O2PLSCrossValidation.h"
+#include "kalmia/o2pls/PLSMissingValueEstimator.h"
 #include "kalmia/support/NCError.h"
 
 namespace kalmia::analysis {
@@ -38,6 +39,12 @@ bool HasScores(const NCDataMatrix<float>& scores, const NCDataMatrix<float>& blo
   return true;
 }
 
+O2PLSMatrices MatricesOf(const NCO2PLS& model) {
+  return {model.GetT(),  model.GetU(),  model.GetP(),  model.GetW(), model.GetC(),  model.GetQ(),
+          model.GetTo(), model.GetWo(), model.GetPo(), model.GetS(), model.GetUo(), model.GetCo(),
+          model.GetQo(), model.GetR(),  model.GetLambda(), model.GetXLambda()};
+}
+
 class Fitting {
  public:
   Fitting(const O2PLSTask& task, Notes* notes, NCProgress* progress)
@@ -55,7 +62,7 @@ class Fitting {
       if (results_.PredictiveSignificance.Size() == 0) RefuseWithoutJoint();
       if (results_.PredictiveComponents > 0) FitWhatWasFound();
     }
-    if (model_.SizePredComps() > 0) TakeModel();
+    if (model_.SizePredComps() > 0) fit_.model = MatricesOf(model_);
     RecordComponents();
     return std::move(fit_);
   }
@@ -180,12 +187,6 @@ class Fitting {
     }
   }
 
-  void TakeModel() {
-    fit_.model = {model_.GetT(),  model_.GetU(),  model_.GetP(),      model_.GetW(),  model_.GetC(),  model_.GetQ(),
-                  model_.GetTo(), model_.GetWo(), model_.GetPo(),     model_.GetS(),  model_.GetUo(), model_.GetCo(),
-                  model_.GetQo(), model_.GetR(),  model_.GetLambda(), model_.GetXLambda()};
-  }
-
   /// Unique components go off first, then the joint ones, as the model was made.
   void RecordComponents() {
     Shares x(task_.x);
@@ -249,6 +250,32 @@ class Fitting {
 };
 
 }  // namespace
+
+std::optional<O2PLSMatrices> TryO2PLS(const NCDataMatrix<float>& x, const NCDataMatrix<float>& y,
+                                      const O2PLSNumbers& numbers, WorkProgress* progress) {
+  progress->Ask();
+  NCO2PLS model(x, y, /*checkDimensions=*/false, kMaxIterations);
+  try {
+    model.Fit(numbers.joint, numbers.xUnique, numbers.yUnique, progress->SilentBar());
+  } catch (const NCError&) {
+    progress->Ask();
+    return std::nullopt;
+  }
+  const bool isWhole = HasScores(model.GetT(), x) && HasScores(model.GetU(), y) && HasScores(model.GetTo(), x) &&
+                       HasScores(model.GetUo(), y);
+  if (!isWhole) return std::nullopt;
+  return MatricesOf(model);
+}
+
+void EstimateHoles(NCDataMatrix<float>* x, NCDataMatrix<float>* y, WorkProgress* progress) {
+  if (x->GetNumMisVal() + y->GetNumMisVal() == 0) return;
+  try {
+    PLSMissingValueEstimator(*x, *y, /*both=*/true, progress->SilentBar());
+  } catch (const NCError& error) {
+    progress->Ask();
+    Refuse("the missing cells cannot be estimated: " + OneLine(static_cast<const char*>(error.GetMessage())));
+  }
+}
 
 O2PLSComponents ExtractO2PLS(const O2PLSTask& task, Notes* notes, NCProgress* progress) {
   return Fitting(task, notes, progress).Run();

@@ -8,6 +8,7 @@
 #include "kalmia/analysis/model/ComponentRecord.h"
 #include "kalmia/analysis/model/StoredModel.h"
 #include "kalmia/analysis/text/Notes.h"
+#include "kalmia/analysis/text/WorkProgress.h"
 #include "kalmia/containers/NCDataMatrix.h"
 #include "kalmia/containers/NCIntegralVector.h"
 #include "kalmia/support/NCProgress.h"
@@ -36,5 +37,14 @@ struct O2PLSComponents {
 /// Throws Stopped where the bar wants to stop, BadData for numbers that the blocks cannot carry, or where
 /// nothing can be computed.
 O2PLSComponents ExtractO2PLS(const O2PLSTask& task, Notes* notes, NCProgress* progress = nullptr);
+
+/// The matrices of a model of these numbers, whose unique components may be related to the other block, as in the
+/// rounds of a cross-validation. Nothing where it cannot be computed, or where a component is nothing but roundings.
+/// Throws Stopped.
+std::optional<O2PLSMatrices> TryO2PLS(const NCDataMatrix<float>& x, const NCDataMatrix<float>& y,
+                                      const O2PLSNumbers& numbers, WorkProgress* progress);
+
+/// Estimates the missing cells of scaled blocks, each from the other. Throws BadData where they cannot be estimated.
+void EstimateHoles(NCDataMatrix<float>* x, NCDataMatrix<float>* y, WorkProgress* progress);
 
 }  // namespace kalmia::analysis

@@ -40,7 +40,6 @@ PCARound::PCARound(const std::vector<std::string>& names, const RealColumns& x, 
     groupOfColumn_.push_back(static_cast<std::size_t>(folds.groupOfColumn[place]));
   }
   for (const std::vector<double>& column : x) means_.push_back(MeanOf(column));
-  for (const std::size_t place : x_.Places()) means_[place] = kNotANumber;
   progress->Ask();
   if (!x_.Empty()) Extract(std::min({most, RowCount(x) - 1, x_.Columns()}), progress);
 }
@@ -203,7 +202,6 @@ void PCARound::PredictCells(const Cells& cells, const Sums& sums, RealMatrix* er
     }
     double left = cells[k];
     const std::size_t place = x_.Places()[k];
-    (*errors)(place, 0) = left / factor;
     for (std::size_t a = 0; a < components_; ++a) {
       left -= z[h][a] * v[a];
       (*errors)(place, a + 1) = left / factor;

@@ -70,7 +70,7 @@ class PCARound {
   RoundX x_;
   std::vector<std::size_t> groupOfColumn_;  ///< of the columns with a say
   std::size_t groups_ = 0;
-  std::vector<double> means_;  ///< of the columns without a say; not a number of the others, and without a cell
+  std::vector<double> means_;  ///< of all columns; not a number without a cell
   std::size_t components_ = 0;
   std::vector<double> loadings_;              ///< columns with a say by components
   std::vector<Cells> grams_;                  ///< of each group of columns, where no cell is missing

@@ -16,6 +16,14 @@ std::string GroupText(const Folds& folds, int repeat, int group) {
 
 }  // namespace
 
+Folds DealRows(std::size_t rows, int groups, const FoldDealing& dealing, Notes* notes) {
+  Folds made = MakeFolds(rows, {dealing, groups});
+  if (dealing.scheme != FoldScheme::LeaveOneOut && made.groups < groups) {
+    notes->Add(std::to_string(groups) + " groups are cut to " + std::to_string(made.groups) + ", the number of rows");
+  }
+  return made;
+}
+
 Folds FoldsOf(const FitRecipe& recipe, const Table& table, const ModelData& data, const FoldDealing& dealing,
               Notes* notes) {
   if (!recipe.groupColumn.empty()) {
@@ -24,12 +32,7 @@ Folds FoldsOf(const FitRecipe& recipe, const Table& table, const ModelData& data
     for (const int row : data.rows) labels.push_back(table.Cell(row, column));
     return FoldsOfLabels(labels);
   }
-  Folds made = MakeFolds(data.rows.size(), {dealing, recipe.groups});
-  if (dealing.scheme != FoldScheme::LeaveOneOut && made.groups < recipe.groups) {
-    notes->Add(std::to_string(recipe.groups) + " groups are cut to " + std::to_string(made.groups) +
-               ", the number of rows");
-  }
-  return made;
+  return DealRows(data.rows.size(), recipe.groups, dealing, notes);
 }
 
 void ForEachRound(const Folds& folds, WorkProgress* progress, const std::function<void(int, int)>& round) {
@@ -48,15 +51,15 @@ void ForEachRound(const Folds& folds, WorkProgress* progress, const std::functio
   }
 }
 
-void NoteColumnsWithoutSpread(const std::vector<std::string>& xNames, const std::set<std::string>& withoutSpread,
-                              Notes* notes) {
+void NoteColumnsWithoutSpread(const std::string& block, const std::vector<std::string>& columns,
+                              const std::set<std::string>& withoutSpread, Notes* notes) {
   std::vector<std::string> names;
-  for (const std::string& name : xNames) {
+  for (const std::string& name : columns) {
     if (withoutSpread.count(name) > 0) names.push_back(name);
   }
   if (names.empty()) return;
   notes->Add("without two different cells in some round of the validation, where they have no say: " +
-             Counted(names.size(), "X column") + " (" + Listed(names, kColumnsNamed) + ")");
+             Counted(names.size(), block + " column") + " (" + Listed(names, kColumnsNamed) + ")");
 }
 
 }  // namespace kalmia::analysis

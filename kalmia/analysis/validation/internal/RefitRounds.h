@@ -15,6 +15,9 @@ namespace kalmia::analysis {
 
 // What validations by refit have in common, whatever is fitted.
 
+/// Folds of so many rows. Notes a cut of the groups.
+Folds DealRows(std::size_t rows, int groups, const FoldDealing& dealing, Notes* notes);
+
 /// The folds of the rows that the model sees: by the labels of the fit's column of groups where it has one. Notes a
 /// cut.
 Folds FoldsOf(const FitRecipe& recipe, const Table& table, const ModelData& data, const FoldDealing& dealing,
@@ -24,8 +27,8 @@ Folds FoldsOf(const FitRecipe& recipe, const Table& table, const ModelData& data
 void ForEachRound(const Folds& folds, WorkProgress* progress,
                   const std::function<void(int repeat, int group)>& round);
 
-/// Counts and names the X columns, in the order of X, that had no spread in some round.
-void NoteColumnsWithoutSpread(const std::vector<std::string>& xNames, const std::set<std::string>& withoutSpread,
-                              Notes* notes);
+/// Counts and names the columns of a block, in their order, that had no spread in some round.
+void NoteColumnsWithoutSpread(const std::string& block, const std::vector<std::string>& columns,
+                              const std::set<std::string>& withoutSpread, Notes* notes);
 
 }  // namespace kalmia::analysis

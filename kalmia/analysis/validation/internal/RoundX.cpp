@@ -29,13 +29,17 @@ RoundX::RoundX(const std::vector<std::string>& names, const RealColumns& fitted,
   scaling_ = ScaleColumns(scaling, takenNames, &fitted_, shifts_);
 }
 
-NCDataMatrix<float> RoundX::Scaled(const RealColumns& rows) const {
+NCDataMatrix<float> RoundX::Shifted(const RealColumns& rows) const {
   std::vector<std::vector<float>> taken;
   int ofWholeTable = 0;
   for (std::size_t k = 0; k < places_.size(); ++k) {
     taken.push_back(SingleCells(rows[places_[k]], shifts_[k], &ofWholeTable));
   }
-  NCDataMatrix<float> single = MatrixOf(taken, RowCount(rows));
+  return MatrixOf(taken, RowCount(rows));
+}
+
+NCDataMatrix<float> RoundX::Scaled(const RealColumns& rows) const {
+  NCDataMatrix<float> single = Shifted(rows);
   ApplyScale(scaling_, &single);
   return single;
 }

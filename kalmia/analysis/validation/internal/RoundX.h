@@ -27,7 +27,10 @@ class RoundX {
   const NCDataMatrix<float>& Fitted() const { return fitted_; }
   /// Gives them away.
   NCDataMatrix<float> TakeFitted() { return std::move(fitted_); }
-  /// The cells of other rows, of all columns, as they were scaled.
+  ColumnScaling TakeScaling() { return std::move(scaling_); }
+  /// The cells of rows, of all columns, less the shifts.
+  NCDataMatrix<float> Shifted(const RealColumns& rows) const;
+  /// The same, scaled.
   NCDataMatrix<float> Scaled(const RealColumns& rows) const;
 
  private:

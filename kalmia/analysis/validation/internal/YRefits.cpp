@@ -95,7 +95,7 @@ class Refitting {
     }
     ForEachRound(Partition(), &work_, [this](int repeat, int group) { FitRound(repeat, group); });
     for (std::vector<RealMatrix>& ofRepeat : predictions_) ofRepeat.resize(Models());
-    NoteColumnsWithoutSpread(data_.xNames, withoutSpread_, &result_.notes);
+    NoteColumnsWithoutSpread("X", data_.xNames, withoutSpread_, &result_.notes);
   }
 
   void FitRound(int repeat, int group) {
