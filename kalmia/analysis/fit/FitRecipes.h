@@ -27,14 +27,14 @@ struct FitRecipe : XRecipe {
   int groups = 7;           ///< of any validation
   std::string groupColumn;  ///< of labels that make the groups; empty: `groups` groups, as the validation deals rows
   /// Whether each component is cross-validated on what the components before it left. Otherwise `components` are given,
-  /// nothing is said of what they predict, and nobody calls them significant. Of PLS alone.
+  /// nothing is said of what they predict, and nobody calls them significant.
   bool judgeComponents = true;
-  /// Where nothing judges the components, their records go on to so many, as far as X has them, and tell what components
-  /// beyond those of the model would describe. Of PLS alone.
+  /// Where nothing judges the components, their records go on to so many, as far as X has them, and tell what
+  /// components beyond those of the model would describe. Of PLS and PCA.
   int describedComponents = 0;
 };
 
-struct PCARecipe : FitRecipe {};
+struct PCARecipe : FitRecipe {};  // 0 `components` are a model too, the mean
 
 struct PLSRecipe : FitRecipe {  // 0 `components` are a model too, the mean of Y
   std::vector<std::string> y;
@@ -42,7 +42,8 @@ struct PLSRecipe : FitRecipe {  // 0 `components` are a model too, the mean of Y
 
 struct OPLSRecipe : FitRecipe {  // `components` are the orthogonal ones
   std::vector<std::string> y;
-  std::optional<int> predictive;  ///< nothing: as many as Y and X have in common
+  /// Nothing: as many as Y and X have in common. 0, without orthogonal ones: the mean of Y, which is a model too.
+  std::optional<int> predictive;
 };
 
 /// How many components an O2PLS model has of each kind.
@@ -61,6 +62,8 @@ struct O2PLSRecipe {
   std::optional<O2PLSNumbers> numbers;  ///< nothing: those that cross-validation finds
   bool fill = false;                    ///< whether missing cells are estimated, each from the other block
   int groups = 7;
+  /// Whether cross-validation judges given numbers. It finds those that are not given in any case.
+  bool judgeComponents = true;
   std::string groupColumn;  ///< column of the X table whose labels make the groups; empty: `groups` groups
 };
 

@@ -277,7 +277,7 @@ class Selection {
     }
     const auto rows = static_cast<int>(rows_.x.size());
     pair_.rounds = std::min(recipe_.groups, rows);
-    if (pair_.rounds < recipe_.groups) {
+    if (recipe_.judgeComponents && pair_.rounds < recipe_.groups) {
       notes_->Add(std::to_string(recipe_.groups) + " groups are cut to " + std::to_string(rows) +
                   ", the number of rows");
     }

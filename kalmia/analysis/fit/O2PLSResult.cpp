@@ -73,6 +73,7 @@ O2PLSResult Compute(const O2PLSRecipe& recipe, const Table& xTable, const Table&
   task.groups = result.data.groups;
   task.rounds = result.data.rounds;
   task.numbers = recipe.numbers;
+  task.judgeComponents = recipe.judgeComponents;
   StoredO2PLS& model = result.model;
   FillInfo(recipe, result.data, &model);
   model.xScaling = ScaleColumns(recipe.scaling, result.data.x.names, &task.x, result.data.x.shifts);

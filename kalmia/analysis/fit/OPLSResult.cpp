@@ -59,8 +59,10 @@ OPLSResult Compute(const OPLSRecipe& recipe, const Table& table, NCProgress* pro
   OPLSResult result;
   result.data = SelectData(table, recipe, recipe.y, &result.notes, progress);
   if (resumed != nullptr) RequireSameTable(*resumed, result.data, recipe.scaling);
-  RequireInEachRound(result.data, result.data.y, result.data.yNames, "Y", /*variance=*/true);
-  RequireInEachRound(result.data, result.data.x, result.data.xNames, "X", /*variance=*/false);
+  if (recipe.judgeComponents) {
+    RequireInEachRound(result.data, result.data.y, result.data.yNames, "Y", /*variance=*/true);
+    RequireInEachRound(result.data, result.data.x, result.data.xNames, "X", /*variance=*/false);
+  }
   OPLSTask task;
   task.x = result.data.x;
   task.y = result.data.y;
@@ -69,12 +71,15 @@ OPLSResult Compute(const OPLSRecipe& recipe, const Table& table, NCProgress* pro
   task.resumed = resumed;
   CutComponents(recipe, result.data, &task, &result.notes);
   task.stopAtFirstFailure = !recipe.components;
+  task.judgeComponents = recipe.judgeComponents;
   StoredOPLS& model = result.model;
   FillInfo(table, recipe, result.data, &model);
   model.yNames = result.data.yNames;
   model.xScaling = ScaleColumns(recipe.scaling, result.data.xNames, &task.x, result.data.xShifts);
   model.yScaling = ScaleColumns(ScalingOfY(recipe.scaling), result.data.yNames, &task.y, result.data.yShifts);
-  OPLSComponents fit = FitOrNameLeftOut(result.data, [&] { return ExtractOPLS(task, progress); });
+  const bool isMean = recipe.predictive == 0;
+  OPLSComponents fit;
+  if (!isMean) fit = FitOrNameLeftOut(result.data, [&] { return ExtractOPLS(task, progress); });
   DescribeTable(result.data, recipe.scaling, &result.validation);
   result.validation.state = std::move(fit.validation);
   result.scaledX = task.x;
@@ -82,10 +87,10 @@ OPLSResult Compute(const OPLSRecipe& recipe, const Table& table, NCProgress* pro
   result.endedEarly = fit.endedEarly;
   result.u = fit.u;
   result.crossValidated = std::move(fit.crossValidated);
-  if (!fit.components.back().kept) fit.components.pop_back();
+  if (!isMean && !fit.components.back().kept) fit.components.pop_back();
   model.components = std::move(fit.components);
   model.opls = std::move(fit.model);
-  result.fitted = PredictRows(model, result.data.x, progress);
+  result.fitted = isMean ? FittedMeans(model, task.x) : PredictRows(model, result.data.x, progress);
   JudgeModel(result.data, result.fitted, model.Components(), fit.crossValidatedResiduals, &model);
   return result;
 }

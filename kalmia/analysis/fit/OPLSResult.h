@@ -34,8 +34,9 @@ struct OPLSResult {
   Notes notes;  ///< what was done of its own accord
 };
 
-/// Fits the model that the recipe asks for and judges it, from `resumed` on unless that is null. Adds notes about what
-/// was cut. `progress` may be null.
+/// Fits the model that the recipe asks for and judges it, as far as the recipe wants, from `resumed` on unless that is
+/// null. Adds notes about what was cut. `progress` may be null. Without a cross-validation there are no cross-validated
+/// scores and nothing to go on from.
 /// Throws Failure as SelectData and ExtractOPLS do, and BadData where `resumed` was made of another table or with other
 /// groups or scaling, or where without the rows of a group a Y column has no value or no variance, or an X column no
 /// value.

@@ -38,16 +38,27 @@ void CutGroupsToColumns(const PCARecipe& recipe, ModelData* data, Notes* notes) 
 
 void NoteComponents(const PCAComponents& fit, Notes* notes) {
   for (std::size_t a = 0; a < fit.components.size(); ++a) {
-    NoteIterations(a + 1, fit.components[a].iterations, notes);
+    const PCAComponentRecord& record = fit.components[a];
+    if (record.kept || record.IsJudged()) NoteIterations(a + 1, record.iterations, notes);
   }
   if (!fit.notJudged.empty()) notes->Add("cross-validation is not possible: " + fit.notJudged);
+}
+
+/// Of a model without components, which leaves all of X.
+std::vector<RowScores> RowsOfTheMean(const NCDataMatrix<float>& scaledX) {
+  std::vector<RowScores> rows;
+  for (const RowResidual& residual : RowResiduals(scaledX)) {
+    rows.emplace_back();
+    rows.back().residual = residual;
+  }
+  return rows;
 }
 
 PCAResult Compute(const PCARecipe& recipe, const Table& table, NCProgress* progress) {
   PCAResult result;
   result.data = SelectData(table, recipe, /*y=*/{}, &result.notes, progress);
   RequireTwoColumns(table, result.data);
-  CutGroupsToColumns(recipe, &result.data, &result.notes);
+  if (recipe.judgeComponents) CutGroupsToColumns(recipe, &result.data, &result.notes);
   PCATask task;
   task.x = result.data.x;
   task.groups = result.data.groups;
@@ -65,8 +76,9 @@ PCAResult Compute(const PCARecipe& recipe, const Table& table, NCProgress* progr
   fit.components.resize(static_cast<std::size_t>(fit.kept));
   result.model.components = std::move(fit.components);
   result.model.pca = std::move(fit.model);
-  if (!result.AnyKept()) return result;
-  result.rows = ScoreRows(result.model, result.data.x, progress);
+  const bool isMean = recipe.components == 0;
+  if (!result.AnyKept() && !isMean) return result;
+  result.rows = isMean ? RowsOfTheMean(task.x) : ScoreRows(result.model, result.data.x, progress);
   result.model.pooledDeviation = PooledDeviationOf(result.rows, result.model.Components());
   return result;
 }

@@ -14,19 +14,6 @@ namespace kalmia::analysis {
 
 namespace {
 
-/// Of a model without components, which says the same of all rows: the means of Y.
-std::vector<RowPrediction> FittedMeans(const StoredPLS& model, const NCDataMatrix<float>& scaledX) {
-  std::vector<RowPrediction> rows;
-  for (const RowResidual& residual : RowResiduals(scaledX)) {
-    rows.emplace_back();
-    rows.back().residual = residual;
-    for (std::size_t j = 1; j <= model.yNames.size(); ++j) {
-      rows.back().y.push_back(CentreOf(model.yScaling, static_cast<int>(j)));
-    }
-  }
-  return rows;
-}
-
 PLSResult Compute(const PLSRecipe& recipe, const Table& table, NCProgress* progress) {
   PLSResult result;
   result.data = SelectData(table, recipe, recipe.y, &result.notes, progress);

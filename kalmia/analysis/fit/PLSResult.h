@@ -29,7 +29,8 @@ struct PLSResult {
   bool IsUsable() const { return !model.quality.empty(); }
 };
 
-/// Fits the model that the recipe asks for and judges it, as far as the recipe wants. Adds notes about what was cut. `progress` may be null.
+/// Fits the model that the recipe asks for and judges it, as far as the recipe wants. Adds notes about what was cut.
+/// `progress` may be null.
 /// Throws Failure as SelectData and ExtractPLS do.
 KALMIA_EXPORT PLSResult Fit(const PLSRecipe& recipe, const Table& table, NCProgress* progress = nullptr);
 

@@ -40,6 +40,9 @@ struct OPLSComponentRecord {
   double q2 = 0.0;           ///< what it adds to the cross-validated Q2 of the model; of the predictive ones, theirs
   double q2Cum = 0.0;        ///< of the model with the orthogonal components up to this one
   double q2Limit = 0.0;
+
+  /// Whether cross-validation has judged it; otherwise its Q2 and their limit are not numbers.
+  bool IsJudged() const { return !std::isnan(q2Limit); }
 };
 
 /// What is known of one component of an O2PLS model; shares of 1.
@@ -53,6 +56,9 @@ struct O2PLSComponentRecord {
   double r2y = 0.0;      ///< the same of Y
   double q2 = 0.0;       ///< of Y (of a component unique to Y: of X), with the components of its kind up to this one
   double q2Limit = 0.0;  ///< what it has to gain
+
+  /// Whether cross-validation has looked at components; otherwise Q2 and its limit are not numbers.
+  bool IsJudged() const { return !std::isnan(q2Limit); }
 };
 
 /// What is known of one principal component; shares of 1. Not a number where nothing can be said.
@@ -66,6 +72,9 @@ struct PCAComponentRecord {
   double q2 = 0.0;     ///< of what was left of X, predicted in cross-validation
   double q2Cum = 0.0;  ///< over all components up to this one
   double q2Limit = 0.0;
+
+  /// Whether cross-validation has judged it; otherwise its Q2 and their limit are not numbers.
+  bool IsJudged() const { return !std::isnan(q2Limit); }
 };
 
 /// What is known of one component of a filter; shares of 1.

@@ -11,6 +11,7 @@
 #include "kalmia/analysis/text/Failure.h"
 #include "kalmia/analysis/text/WorkProgress.h"
 #include "kalmia/analysis/text/internal/LibraryErrors.h"
+#include "kalmia/analysis/validation/internal/O2PLSRefits.h"
 #include "kalmia/analysis/validation/internal/O2PLSRound.h"
 #include "kalmia/analysis/validation/internal/RefitRounds.h"
 
@@ -93,10 +94,10 @@ void NoteUnpredicted(const char* of, const LeftOutErrors& errors, Notes* notes) 
              Counted(errors.unpredictedRows, "row"));
 }
 
-O2PLSValidation Refit(const O2PLSRecipe& recipe, const Table& xTable, const Table& yTable,
+O2PLSValidation Refit(const O2PLSRecipe& recipe, const O2PLSNumbers& numbers, const Table& xTable, const Table& yTable,
                       const ValidationRecipe& validation, NCProgress* progress) {
   O2PLSValidation result;
-  result.numbers = NumbersOf(recipe, xTable, yTable, progress);
+  result.numbers = numbers;
   Notes ofTheFit;
   BlockPair data = SelectBlocks(xTable, yTable, recipe, &ofTheFit);
   result.folds = FoldsOfBlocks(data, recipe, validation, &result.notes);
@@ -139,10 +140,15 @@ O2PLSValidation Refit(const O2PLSRecipe& recipe, const Table& xTable, const Tabl
 
 }  // namespace
 
+O2PLSValidation RefitO2PLS(const O2PLSRecipe& recipe, const O2PLSNumbers& numbers, const Table& xTable,
+                           const Table& yTable, const ValidationRecipe& validation, NCProgress* progress) {
+  return WithoutLibraryErrors([&] { return Refit(recipe, numbers, xTable, yTable, validation, progress); });
+}
+
 O2PLSValidation Validate(const O2PLSRecipe& recipe, const Table& xTable, const Table& yTable,
                          const ValidationRecipe& validation, NCProgress* progress) {
   CheckRecipe(recipe);
-  return WithoutLibraryErrors([&] { return Refit(recipe, xTable, yTable, validation, progress); });
+  return RefitO2PLS(recipe, NumbersOf(recipe, xTable, yTable, progress), xTable, yTable, validation, progress);
 }
 
 }  // namespace kalmia::analysis

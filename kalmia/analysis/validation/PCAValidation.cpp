@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <memory>
+#include <numeric>
 #include <set>
 #include <unordered_map>
 #include <utility>
@@ -145,9 +146,18 @@ class PCARefitting {
     SumRowErrors(&result_.errors);
   }
 
+  /// Components that the model of all rows has, of those that were asked for.
+  int OfAllRows() {
+    if (static_cast<std::size_t>(asked_) <= result_.errors.MostComponents()) return asked_;
+    std::vector<std::size_t> all(data_.rows.size());
+    std::iota(all.begin(), all.end(), std::size_t{0});
+    const SplitX x = source_->Split(all, {}, work_.SilentBar());
+    return PCARound(x.names, x.fitted, recipe_.scaling, asked_, Partition().groups, &work_).Components();
+  }
+
   void Choose() {
     if (recipe_.components) {
-      result_.components = asked_;
+      result_.components = OfAllRows();
       if (result_.IsJudged()) return;
       result_.notes.Add("the validation ends at " + Counted(result_.errors.MostComponents(), "component") +
                         ", the most that all its rounds can have: it does not judge " +

@@ -24,6 +24,7 @@ struct RefitValidation {
   Folds folds;
   int block = 1;
   LeftOutErrors errors;                   ///< of model 0 to the last one that all rounds can have
+  std::vector<double> r2x, r2y;  ///< of these models, fitted to all rows: shares of the sums of squares of X and of Y
   std::optional<ComponentChoice> choice;  ///< among these models; nothing where the number was given
   std::size_t model = 0;                  ///< that was chosen, or given
   int components = 0;                     ///< that it has

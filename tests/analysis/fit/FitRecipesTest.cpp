@@ -114,7 +114,10 @@ TEST(FitRecipes, ThatMakeNoSenseAreRefusedWithTheNumberThatDoesNot) {
   pca.exclude = {"x2"};
   EXPECT_THROW(Fit(pca, table), BadRequest);
   OPLSRecipe opls = WithY<OPLSRecipe>();
-  opls.predictive = 0;
+  opls.predictive = -1;
+  EXPECT_THROW(Fit(opls, table), BadRequest);
+  opls.predictive = 0;  // the mean, which has no orthogonal components either
+  opls.components = 1;
   EXPECT_THROW(Fit(opls, table), BadRequest);
   O2PLSRecipe o2pls;
   o2pls.numbers = O2PLSNumbers{0, 0, 0};

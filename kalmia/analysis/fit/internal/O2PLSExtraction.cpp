@@ -54,9 +54,7 @@ class Fitting {
     if (task_.numbers) {
       RefuseTooMany(*task_.numbers);
       Fit(*task_.numbers);
-      Validate(*task_.numbers);
-      LeaveOutWhatOneRoundLacks();
-      NoteWhatWasNotJudged();
+      if (task_.judgeComponents) JudgeGivenNumbers();
     } else {
       Validate({-1, -1, -1});
       if (results_.PredictiveSignificance.Size() == 0) RefuseWithoutJoint();
@@ -68,6 +66,14 @@ class Fitting {
   }
 
  private:
+  void JudgeGivenNumbers() {
+    Validate(*task_.numbers);
+    LeaveOutWhatOneRoundLacks();
+    NoteWhatWasNotJudged();
+  }
+
+  bool IsJudged() const { return task_.judgeComponents || !task_.numbers; }
+
   void RefuseTooMany(const O2PLSNumbers& numbers) const {
     const int rows = task_.x.SizeRows() - 1;
     const int x = task_.x.SizeColumns();
@@ -236,7 +242,7 @@ class Fitting {
       record.r2x = record.kept ? r2x[i] : kNone;
       record.r2y = record.kept ? r2y[i] : kNone;
       record.q2 = a <= q2.Size() ? ShortestDouble(q2[a]) : kNone;
-      record.q2Limit = ShortestDouble(O2PLSCrossValidation::GetQ2Lim(task_.x.SizeRows(), a));
+      record.q2Limit = IsJudged() ? ShortestDouble(O2PLSCrossValidation::GetQ2Lim(task_.x.SizeRows(), a)) : kNone;
       fit_.components.push_back(record);
     }
   }

@@ -22,6 +22,7 @@ struct O2PLSTask {
   NCIntegralVector<int, -99> groups;    ///< cross-validation group of each row, from 0
   int rounds = 0;
   std::optional<O2PLSNumbers> numbers;  ///< nothing: those that cross-validation finds
+  bool judgeComponents = true;          ///< whether given numbers are cross-validated
 };
 
 /// A fitted model with what cross-validation said of its components.

@@ -1,5 +1,6 @@
 #include "kalmia/analysis/fit/internal/OPLSExtraction.h"
 
+#include <limits>
 #include <memory>
 #include <utility>
 
@@ -43,11 +44,12 @@ class Extraction {
     try {
       model_.NextComponent(progress_.Bar(), progress_.SilentBar());
       if (!HasScores(*model_.GetTprim())) throw NCError("X and Y have nothing in common");
-      if (task_.resumed == nullptr) StartValidation();
+      if (task_.judgeComponents && task_.resumed == nullptr) StartValidation();
     } catch (const NCError& error) {
       progress_.Ask();
       throw BadData("no component can be computed: " + TextOf(error));
     }
+    if (!task_.judgeComponents) return;
     if (task_.resumed != nullptr) ResumeValidation();
     q2Cum_ = fit_.validation.steps.front().q2Cum;
     blockQ2_ = q2Cum_;
@@ -109,7 +111,7 @@ class Extraction {
       const int newest = model_.SizeOrthogonalComponents();
       const NCDataVector<float>& t = (*model_.GetTOprim())[newest];
       if (!(t.GetSS() > kExhausted * task_.x.GetSS())) throw NCError(kNothingLeft);
-      if (fit_.validation.steps.size() <= static_cast<std::size_t>(newest)) {
+      if (task_.judgeComponents && fit_.validation.steps.size() <= static_cast<std::size_t>(newest)) {
         progress_.Begin(text + kValidated);
         validation_->NextComponent(progress_.Bar(), progress_.SilentBar());
         RememberStep();
@@ -120,10 +122,31 @@ class Extraction {
       model_ = before;
       return false;
     }
-    const OPLSCvStep& step = fit_.validation.steps[static_cast<std::size_t>(model_.SizeOrthogonalComponents())];
-    const OPLSComponentRecord record = JudgeOrthogonal(step.q2Cum);
+    OPLSComponentRecord record = DescribeOrthogonal();
+    if (task_.judgeComponents) return Judge(before, &record);
+    record.kept = true;
+    FillQ2(0.0F, 0.0F, &record);
     fit_.components.push_back(record);
-    if (!record.kept) {
+    return true;
+  }
+
+  OPLSComponentRecord DescribeOrthogonal() {
+    OPLSComponentRecord record;
+    record.orthogonal = true;
+    const int o = model_.SizeOrthogonalComponents();
+    TakeOff((*model_.GetTOprim())[o], (*model_.GetPOprim())[o], (*model_.GetCOprim())[o], &record);
+    return record;
+  }
+
+  /// Whether the newest component is kept; `before` is the model without it.
+  bool Judge(const NCOPLS& before, OPLSComponentRecord* record) {
+    const OPLSCvStep& step = fit_.validation.steps[static_cast<std::size_t>(model_.SizeOrthogonalComponents())];
+    const float gain = step.q2Cum - q2Cum_;
+    q2Cum_ = step.q2Cum;
+    FillQ2(gain, q2Cum_, record);
+    record->kept = record->significant || !task_.stopAtFirstFailure;
+    fit_.components.push_back(*record);
+    if (!record->kept) {
       model_ = before;
       return false;
     }
@@ -132,19 +155,11 @@ class Extraction {
     return true;
   }
 
-  OPLSComponentRecord JudgeOrthogonal(float q2Cum) {
-    OPLSComponentRecord record;
-    record.orthogonal = true;
-    const int o = model_.SizeOrthogonalComponents();
-    TakeOff((*model_.GetTOprim())[o], (*model_.GetPOprim())[o], (*model_.GetCOprim())[o], &record);
-    const float gain = q2Cum - q2Cum_;
-    q2Cum_ = q2Cum;
-    FillQ2(gain, q2Cum_, &record);
-    record.kept = record.significant || !task_.stopAtFirstFailure;
-    return record;
-  }
-
   void FillQ2(float gain, float q2Cum, OPLSComponentRecord* record) const {
+    if (!task_.judgeComponents) {
+      record->q2 = record->q2Cum = record->q2Limit = std::numeric_limits<double>::quiet_NaN();
+      return;
+    }
     record->q2 = ShortestDouble(gain);
     record->q2Cum = ShortestDouble(q2Cum);
     record->q2Limit = ShortestDouble(validation_->GetQ2Lim());

@@ -42,10 +42,12 @@ class Extraction {
       fit_.components.push_back(record);
       if (!record.kept) break;
       ++fit_.kept;
+      if (!task_.judgeComponents) continue;
       columnQ2Cum_ = *crossValidation_->GetQ2XVarCum();
       q2Cum_ = crossValidation_->GetQ2TotCum();
     }
     DescribeColumns();
+    if (fit_.kept == task_.mostComponents) DescribeFurther();
     return std::move(fit_);
   }
 
@@ -74,8 +76,38 @@ class Extraction {
       return false;
     }
     record->iterations = fit_.model->GetIterations();
-    CrossValidate(component, record);
+    if (task_.judgeComponents) {
+      CrossValidate(component, record);
+    } else {
+      record->q2 = record->q2Cum = record->q2Limit = kNone;
+    }
     return true;
+  }
+
+  /// Components that would come after those of the model. They are described and dropped again.
+  void DescribeFurther() {
+    if (task_.describedComponents <= fit_.kept) return;
+    const NCDataMatrix<float> x = *fit_.model->GetResiduals();
+    const NCDataMatrix<float> p = FirstRows(fit_.model->GetPprim(), fit_.kept);
+    const NCDataMatrix<float> t = FirstRows(fit_.model->GetTprim(), fit_.kept);
+    for (int component = fit_.kept + 1; component <= task_.describedComponents; ++component) {
+      progress_.Begin(ComponentText(component));
+      PCAComponentRecord record;
+      record.enoughLeft = validator_.IsValid();
+      record.q2 = record.q2Cum = record.q2Limit = kNone;
+      if (!fit_.components.empty() && fit_.components.back().r2xCum >= 1.0 - kExhausted) break;
+      try {
+        fit_.model->NextComponent(progress_.Bar(), /*groups=*/nullptr, /*group=*/0, /*start=*/nullptr);
+      } catch (const NCError&) {
+        progress_.Ask();
+        break;  // nothing is left of X
+      }
+      record.iterations = fit_.model->GetIterations();
+      fit_.model->CalculateResiduals();
+      Describe(&record);
+      fit_.components.push_back(record);
+    }
+    Restore(x, p, t);
   }
 
   /// A component that cross-validation cannot judge is not significant.
@@ -103,10 +135,14 @@ class Extraction {
   void Deflate(PCAComponentRecord* record) {
     const NCDataMatrix<float> before = *fit_.model->GetResiduals();
     fit_.model->CalculateResiduals();
-    record->r2xCum = DescribedShare(task_.x, *fit_.model->GetResiduals());
-    record->r2x = record->r2xCum - (fit_.components.empty() ? 0.0 : fit_.components.back().r2xCum);
+    Describe(record);
     if (record->kept) return;
     Restore(before, FirstRows(fit_.model->GetPprim(), fit_.kept), FirstRows(fit_.model->GetTprim(), fit_.kept));
+  }
+
+  void Describe(PCAComponentRecord* record) const {
+    record->r2xCum = DescribedShare(task_.x, *fit_.model->GetResiduals());
+    record->r2x = record->r2xCum - (fit_.components.empty() ? 0.0 : fit_.components.back().r2xCum);
   }
 
   void Restore(const NCDataMatrix<float>& x, const NCDataMatrix<float>& p, const NCDataMatrix<float>& t) {
@@ -116,7 +152,7 @@ class Extraction {
   void DescribeColumns() {
     for (int k = 1; k <= task_.x.SizeColumns(); ++k) {
       fit_.columnR2.push_back(DescribedShareOfColumn(task_.x, *fit_.model->GetResiduals(), k));
-      fit_.columnQ2.push_back(ShortestDouble(columnQ2Cum_[k]));
+      fit_.columnQ2.push_back(task_.judgeComponents ? ShortestDouble(columnQ2Cum_[k]) : kNone);
     }
   }
 

@@ -25,7 +25,8 @@ struct PCATask : FitRules {
 /// A fitted model with what cross-validation said of its components.
 struct PCAComponents {
   std::unique_ptr<NCPCA> model;                ///< the kept components; deflated by all of them
-  std::vector<PCAComponentRecord> components;  ///< the kept ones, and the one that failed if that ended the extraction
+  /// The kept ones, the one that failed if that ended the extraction, and any further ones that are only described.
+  std::vector<PCAComponentRecord> components;
   int kept = 0;
   std::vector<double> columnR2;  ///< of each column, by all kept components
   std::vector<double> columnQ2;  ///< of each column, cumulated over the kept components

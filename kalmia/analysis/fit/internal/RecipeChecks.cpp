@@ -29,29 +29,32 @@ void CheckY(const std::vector<std::string>& y) {
   if (y.empty()) throw BadRequest("no column of Y is named");
 }
 
-/// `fewest` components; nothing asked for is always right.
-void CheckFit(const FitRecipe& recipe, int fewest) {
+/// 0 components are the mean.
+void CheckFit(const FitRecipe& recipe) {
   CheckX(recipe);
-  CheckAtLeast("components", recipe.components, fewest);
+  CheckAtLeast("components", recipe.components, 0);
   CheckAtLeast("cross-validation groups", recipe.groups, kFewestGroups);
+  if (!recipe.judgeComponents && !recipe.components) {
+    throw BadRequest("nothing is to judge the components, so that their number has to be given");
+  }
 }
 
 }  // namespace
 
-void CheckRecipe(const PCARecipe& recipe) { CheckFit(recipe, 1); }
+void CheckRecipe(const PCARecipe& recipe) { CheckFit(recipe); }
 
 void CheckRecipe(const PLSRecipe& recipe) {
-  CheckFit(recipe, 0);
-  if (!recipe.judgeComponents && !recipe.components) {
-    throw BadRequest("nothing is to judge the components, so that their number has to be given");
-  }
+  CheckFit(recipe);
   CheckY(recipe.y);
 }
 
 void CheckRecipe(const OPLSRecipe& recipe) {
-  CheckFit(recipe, 0);
+  CheckFit(recipe);
   CheckY(recipe.y);
-  CheckAtLeast("predictive components", recipe.predictive, 1);
+  CheckAtLeast("predictive components", recipe.predictive, 0);
+  if (recipe.predictive == 0 && recipe.components.value_or(0) > 0) {
+    throw BadRequest("without predictive components there can be no orthogonal ones");
+  }
 }
 
 void CheckRecipe(const O2PLSRecipe& recipe) {

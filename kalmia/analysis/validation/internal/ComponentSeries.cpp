@@ -9,29 +9,32 @@ namespace kalmia::analysis {
 
 namespace {
 
-/// Whether there is nothing left of X but roundings, over the rows that the model describes.
-bool IsExhausted(const std::vector<RowResidual>& whole, const std::vector<RowResidual>& left) {
+/// What is described of a table, over the rows that the model describes.
+double Share(const std::vector<RowResidual>& whole, const std::vector<RowResidual>& left) {
   double ofWhole = 0.0, ofLeft = 0.0;
   for (std::size_t i = 0; i < left.size(); ++i) {
     if (left[i].present == 0) continue;
     ofWhole += whole[i].sumOfSquares;
     ofLeft += left[i].sumOfSquares;
   }
-  return 1.0 - ofLeft / ofWhole >= 1.0 - kExhausted;
+  return 1.0 - ofLeft / ofWhole;
 }
 
 }  // namespace
 
 int SeriesLimits::LastModel(int block) const { return std::max(0, std::min(models, components - block + 1)); }
 
-ComponentSeries::ComponentSeries(const NCDataMatrix<float>& x) : whole_(RowResiduals(x)) {
-  pooledDeviations_.push_back(PooledDeviation(whole_, 0));
+ComponentSeries::ComponentSeries(const NCDataMatrix<float>& x, const NCDataMatrix<float>& y)
+    : wholeX_(RowResiduals(x)), wholeY_(RowResiduals(y)) {
+  pooledDeviations_.push_back(PooledDeviation(wholeX_, 0));
 }
 
-bool ComponentSeries::Append(const NCDataMatrix<float>& xResiduals) {
+bool ComponentSeries::Append(const NCDataMatrix<float>& xResiduals, const NCDataMatrix<float>& yResiduals) {
   const std::vector<RowResidual> left = RowResiduals(xResiduals);
   pooledDeviations_.push_back(PooledDeviation(left, ComponentsOfModel(LastModel() + 1, block_)));
-  return !IsExhausted(whole_, left);
+  r2x_.push_back(Share(wholeX_, left));
+  r2y_.push_back(Share(wholeY_, RowResiduals(yResiduals)));
+  return !(r2x_.back() >= 1.0 - kExhausted);
 }
 
 double PresentOrZero(float number) { return IsMissing(number) ? 0.0 : number; }

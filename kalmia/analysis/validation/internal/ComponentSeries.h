@@ -45,6 +45,9 @@ class ComponentSeries {
 
   int LastModel() const { return static_cast<int>(pooledDeviations_.size()) - 1; }
   int Block() const { return block_; }
+  /// Shares of the sums of squares of X and of Y that each model describes.
+  const std::vector<double>& R2X() const { return r2x_; }
+  const std::vector<double>& R2Y() const { return r2y_; }
   /// Of the rows that the components come from, see PooledDeviation.
   double PooledDeviationOf(int model) const { return pooledDeviations_[static_cast<std::size_t>(model)]; }
 
@@ -54,15 +57,16 @@ class ComponentSeries {
   virtual std::vector<RealMatrix> Slopes() const = 0;
 
  protected:
-  explicit ComponentSeries(const NCDataMatrix<float>& x);
+  ComponentSeries(const NCDataMatrix<float>& x, const NCDataMatrix<float>& y);
 
-  /// Takes note of what the next model leaves of X. Returns whether that is more than roundings.
-  bool Append(const NCDataMatrix<float>& xResiduals);
+  /// Takes note of what the next model leaves of X and Y. Returns whether it is more of X than roundings.
+  bool Append(const NCDataMatrix<float>& xResiduals, const NCDataMatrix<float>& yResiduals);
 
   int block_ = 1;
 
  private:
-  std::vector<RowResidual> whole_;        ///< of X
+  std::vector<RowResidual> wholeX_, wholeY_;
+  std::vector<double> r2x_ = {0.0}, r2y_ = {0.0};
   std::vector<double> pooledDeviations_;  ///< for each model
 };
 

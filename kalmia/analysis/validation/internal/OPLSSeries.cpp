@@ -109,7 +109,7 @@ class OPLSSeries : public ComponentSeries {
  public:
   OPLSSeries(const NCDataMatrix<float>& x, const NCDataMatrix<float>& y, int predictive, const SeriesLimits& limits,
              WorkProgress* progress)
-      : ComponentSeries(x),
+      : ComponentSeries(x, y),
         xColumns_(static_cast<std::size_t>(x.SizeColumns())),
         yColumns_(static_cast<std::size_t>(y.SizeColumns())) {
     block_ = std::max(1, predictive);
@@ -118,10 +118,10 @@ class OPLSSeries : public ComponentSeries {
     if (!AddBlock(predictive, limits, progress, &model)) return;
     const double smallest = kExhausted * static_cast<double>(x.GetSS());
     const int most = limits.LastModel(block_);
-    bool isMore = Append(model.GetXResiduals());
+    bool isMore = Append(model.GetXResiduals(), model.GetYResiduals());
     while (LastModel() < most && isMore && Advance(&model, progress)) {
       if (!(static_cast<double>(model.GetTOprim()->back().GetSS()) > smallest)) break;
-      isMore = Append(model.GetXResiduals());
+      isMore = Append(model.GetXResiduals(), model.GetYResiduals());
     }
     TakeMatrices(model);
   }

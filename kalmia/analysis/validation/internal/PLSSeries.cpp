@@ -28,7 +28,7 @@ class PLSSeries : public ComponentSeries {
  public:
   PLSSeries(const NCDataMatrix<float>& x, const NCDataMatrix<float>& y, const SeriesLimits& limits,
             WorkProgress* progress)
-      : ComponentSeries(x), model_(&x, &y, kMaxIterations) {
+      : ComponentSeries(x, y), model_(&x, &y, kMaxIterations) {
     const int most = limits.LastModel(block_);
     while (LastModel() < most && AddComponent(progress)) {
     }
@@ -69,7 +69,7 @@ class PLSSeries : public ComponentSeries {
     const NCDataVector<float>& p = model_.GetPprim()->back();
     if (p.GetNumMisVal() == p.Size()) return false;  // scores so small that nothing can be regressed on them
     model_.CalculateResiduals();
-    return Append(*model_.GetXResiduals());
+    return Append(*model_.GetXResiduals(), *model_.GetYResiduals());
   }
 
   NCPLS model_;

@@ -66,6 +66,8 @@ class Refitting {
                            Limits(), &work_);
     refits_.family->LearnFrom(*model.Series());
     result_.block = model.Series()->Block();
+    result_.r2x = model.Series()->R2X();
+    result_.r2y = model.Series()->R2Y();
     limits_ = Limits();
     limits_.models = ofAllRows_ = model.LastModel();
     for (std::vector<std::vector<double>>& ofModel : Coefficients(model, x.names)) {
@@ -95,6 +97,7 @@ class Refitting {
     }
     ForEachRound(Partition(), &work_, [this](int repeat, int group) { FitRound(repeat, group); });
     for (std::vector<RealMatrix>& ofRepeat : predictions_) ofRepeat.resize(Models());
+    for (std::vector<double>* shares : {&result_.r2x, &result_.r2y}) shares->resize(Models());
     NoteColumnsWithoutSpread("X", data_.xNames, withoutSpread_, &result_.notes);
   }
 

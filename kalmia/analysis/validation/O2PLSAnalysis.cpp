@@ -1,0 +1,26 @@
+#include "kalmia/analysis/validation/O2PLSAnalysis.h"
+
+#include "kalmia/analysis/validation/internal/AnalysisSteps.h"
+#include "kalmia/analysis/validation/internal/O2PLSRefits.h"
+
+namespace kalmia::analysis {
+
+O2PLSAnalysis Analyse(const O2PLSRecipe& recipe, const Table& xTable, const Table& yTable,
+                      const ValidationRecipe& validation, NCProgress* progress) {
+  CheckMethod(validation, recipe.numbers.has_value());
+  O2PLSAnalysis analysis;
+  analysis.recipe = validation;
+  O2PLSRecipe judged = recipe;
+  judged.judgeComponents = validation.method == ValidationMethod::Component;
+  analysis.fit = Fit(judged, xTable, yTable, progress);
+  StoredO2PLS& model = analysis.fit.model;
+  if (validation.method == ValidationMethod::None) model.groups = 0;
+  if (validation.method != ValidationMethod::Refit) return analysis;
+  const O2PLSNumbers numbers = {model.Joint(), model.XUnique(), model.YUnique()};
+  analysis.validation = RefitO2PLS(judged, numbers, xTable, yTable, validation, progress);
+  analysis.fit.notes.Add(analysis.validation->notes);
+  model.groups = analysis.validation->folds.groups;
+  return analysis;
+}
+
+}  // namespace kalmia::analysis
