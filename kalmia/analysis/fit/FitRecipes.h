@@ -4,6 +4,7 @@
 #include <string>
 #include <vector>
 
+#include "kalmia/analysis/model/DiscriminantRule.h"
 #include "kalmia/analysis/steps/GivenSteps.h"
 #include "kalmia/pcapls/NCScale.h"
 
@@ -36,12 +37,17 @@ struct FitRecipe : XRecipe {
 
 struct PCARecipe : FitRecipe {};  // 0 `components` are a model too, the mean
 
-struct PLSRecipe : FitRecipe {  // 0 `components` are a model too, the mean of Y
-  std::vector<std::string> y;
+/// A model of Y: of columns of numbers, or of the classes of the rows. Classes are modelled by their dummies, a column
+/// of 0 and 1 for each; rows without a class have none.
+struct YRecipe : FitRecipe {
+  std::vector<std::string> y;  ///< one column of texts alone: its texts are the classes
+  std::string classes;         ///< column whose texts, or numbers as texts, are the classes; stands in for `y`
+  ClassPriors priors = ClassPriors::Equal;
 };
 
-struct OPLSRecipe : FitRecipe {  // `components` are the orthogonal ones
-  std::vector<std::string> y;
+struct PLSRecipe : YRecipe {};  // 0 `components` are a model too, the mean of Y
+
+struct OPLSRecipe : YRecipe {  // `components` are the orthogonal ones
   /// Nothing: as many as Y and X have in common. 0, without orthogonal ones: the mean of Y, which is a model too.
   std::optional<int> predictive;
 };

@@ -46,6 +46,12 @@ void FillMatrix(const std::vector<SingleColumn>& columns, int rows, NCDataMatrix
   ClearZeros(shifts);
 }
 
+/// Of a row; empty where it has no class.
+std::string LabelOf(const Table& table, int row, int column) {
+  const std::string label = table.Cell(row, column);
+  return table.ValueOf(label).kind == CellKind::Missing ? "" : label;
+}
+
 /// Works from the columns of the table to the matrices.
 class Selection {
  public:
@@ -53,12 +59,16 @@ class Selection {
             NCProgress* progress)
       : table_(table), recipe_(recipe), yArguments_(y), notes_(notes), progress_(progress) {}
 
+  /// A column whose texts are the classes; nothing names it to be one.
+  void TakeClasses(const std::string& column) { classColumn_ = RequireColumn(table_, column); }
+
   ModelData Select() {
     NameColumns();
-    ReadY();
+    if (classColumn_ < 0) ReadY();
     ReadX();
     Preprocess();
     LeaveOutRows();
+    if (classColumn_ >= 0) FormDummies();
     FormSingles();
     if (data_.rows.size() < 2) Refuse(table_, "there is only one row with X cells: a model takes two or more");
     LeaveOutColumns();
@@ -73,7 +83,7 @@ class Selection {
   const std::string& Name(int column) const { return table_.ColumnNames()[static_cast<std::size_t>(column)]; }
 
   void NameColumns() {
-    yColumns_ = RequireColumns(table_, yArguments_);
+    yColumns_ = classColumn_ >= 0 ? std::vector<int>{classColumn_} : RequireColumns(table_, yArguments_);
     excluded_ = ColumnsToExclude(table_, recipe_.exclude);
     excluded_.insert(excluded_.end(), yColumns_.begin(), yColumns_.end());
     if (!recipe_.id.empty()) idColumn_ = RequireColumn(table_, recipe_.id);
@@ -95,6 +105,24 @@ class Selection {
       if (kind == ColumnKind::Texts) Refuse(table_, what + " holds text, not numbers");
       if (kind == ColumnKind::Empty) Refuse(table_, what + " has no value");
       y_.push_back({Name(column), ReadNumbers(table_, column)});
+    }
+  }
+
+  Classes NumberClasses(const std::vector<std::string>& labels) const try {
+    return ClassesOf(labels);
+  } catch (const BadData& failure) {
+    Refuse(table_, "the texts of column " + Quoted(Name(classColumn_)) + " are no classes: " + failure.what());
+  }
+
+  /// Y is a dummy for each class, whose name it has.
+  void FormDummies() {
+    std::vector<std::string> labels;
+    for (const int row : data_.rows) labels.push_back(LabelOf(table_, row, classColumn_));
+    data_.classes = NumberClasses(labels);
+    const RealMatrix dummies = DummiesOf(*data_.classes);
+    for (std::size_t c = 0; c < dummies.columns; ++c) {
+      y_.push_back({data_.classes->names[c], {}});
+      for (std::size_t i = 0; i < dummies.rows; ++i) y_.back().cells.push_back(dummies(i, c));
     }
   }
 
@@ -255,6 +283,7 @@ class Selection {
   std::vector<int> excluded_;  ///< columns that X never takes
   int idColumn_ = -1;
   int groupColumn_ = -1;
+  int classColumn_ = -1;
   std::vector<NumberColumn> x_;
   std::vector<NumberColumn> y_;
   std::vector<SingleColumn> singleX_;
@@ -262,11 +291,41 @@ class Selection {
   int moved_ = 0;          ///< cells measured as the missing value
 };
 
+/// The column that has the classes; empty where Y is numbers.
+std::string ClassColumn(const Table& table, const YRecipe& recipe) {
+  if (!recipe.classes.empty()) return recipe.classes;
+  const std::vector<int> columns = RequireColumns(table, recipe.y);
+  for (const int column : columns) {
+    if (KindOfColumn(table, column) != ColumnKind::Texts) continue;
+    const std::string& name = table.ColumnNames()[static_cast<std::size_t>(column)];
+    if (columns.size() == 1) return name;
+    throw BadRequest("the Y column " + Quoted(name) + " holds texts: classes are modelled alone, without other columns",
+                     InSetting("y"));
+  }
+  return "";
+}
+
 }  // namespace
 
 ModelData SelectData(const Table& table, const FitRecipe& recipe, const std::vector<std::string>& y,
                      Notes* notes, NCProgress* progress) {
   return Selection(table, recipe, y, notes, progress).Select();
+}
+
+ModelData SelectData(const Table& table, const YRecipe& recipe, Notes* notes, NCProgress* progress) {
+  Selection selection(table, recipe, recipe.y, notes, progress);
+  const std::string classes = ClassColumn(table, recipe);
+  if (!classes.empty()) selection.TakeClasses(classes);
+  return selection.Select();
+}
+
+int CountYColumns(const Table& table, const YRecipe& recipe) {
+  const std::string classes = ClassColumn(table, recipe);
+  if (classes.empty()) return static_cast<int>(RequireColumns(table, recipe.y).size());
+  const int column = RequireColumn(table, classes);
+  std::vector<std::string> labels;
+  for (int row = 0; row < table.Rows(); ++row) labels.push_back(LabelOf(table, row, column));
+  return static_cast<int>(ClassesOf(labels).names.size());
 }
 
 std::string LeftOutText(const ModelData& data) {

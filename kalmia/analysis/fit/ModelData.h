@@ -4,6 +4,7 @@
 #include <string>
 #include <vector>
 
+#include "kalmia/analysis/fit/Classes.h"
 #include "kalmia/analysis/fit/FitRecipes.h"
 #include "kalmia/analysis/steps/StepChain.h"
 #include "kalmia/analysis/table/Table.h"
@@ -26,6 +27,7 @@ struct ModelData {
   NCDataMatrix<float> y;              ///< rows by Y columns, less their shifts; a model of X alone has none
   std::vector<double> xShifts;        ///< in the units of the table, see ShiftOf; empty where no column is shifted
   std::vector<double> yShifts;
+  std::optional<Classes> classes;     ///< of these rows, where y has their dummies
   std::vector<std::vector<double>> measuredY;  ///< the cells of y, column by column, in the units of the table
   NCIntegralVector<int, -99> groups;  ///< cross-validation group of each row, from 0
   int rounds = 0;                     ///< number of groups
@@ -45,6 +47,13 @@ struct ModelData {
 /// without a group, fewer than two groups; a cell that is no number.
 KALMIA_EXPORT ModelData SelectData(const Table& table, const FitRecipe& recipe, const std::vector<std::string>& y,
                                    Notes* notes, NCProgress* progress);
+
+/// The same of a model of Y or of classes, whose dummies are called by them. Throws BadRequest for a column of texts
+/// beside other columns of Y, and BadData as ClassesOf does.
+KALMIA_EXPORT ModelData SelectData(const Table& table, const YRecipe& recipe, Notes* notes, NCProgress* progress);
+
+/// How many columns Y has: those that the recipe names, or a dummy for each class. Throws as SelectData does.
+KALMIA_EXPORT int CountYColumns(const Table& table, const YRecipe& recipe);
 
 /// "constant columns: a, b; empty columns: c", what was left out of X for want of variance; empty if nothing was.
 KALMIA_EXPORT std::string LeftOutText(const ModelData& data);

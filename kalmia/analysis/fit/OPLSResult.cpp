@@ -57,7 +57,7 @@ void CutComponents(const OPLSRecipe& recipe, const ModelData& data, OPLSTask* ta
 
 OPLSResult Compute(const OPLSRecipe& recipe, const Table& table, NCProgress* progress, const StoredOPLSCv* resumed) {
   OPLSResult result;
-  result.data = SelectData(table, recipe, recipe.y, &result.notes, progress);
+  result.data = SelectData(table, recipe, &result.notes, progress);
   if (resumed != nullptr) RequireSameTable(*resumed, result.data, recipe.scaling);
   if (recipe.judgeComponents) {
     RequireInEachRound(result.data, result.data.y, result.data.yNames, "Y", /*variance=*/true);
@@ -91,6 +91,7 @@ OPLSResult Compute(const OPLSRecipe& recipe, const Table& table, NCProgress* pro
   model.components = std::move(fit.components);
   model.opls = std::move(fit.model);
   result.fitted = isMean ? FittedMeans(model, task.x) : PredictRows(model, result.data.x, progress);
+  if (result.data.classes) result.classes = FitClasses(*result.data.classes, result.fitted, recipe.priors);
   JudgeModel(result.data, result.fitted, model.Components(), fit.crossValidatedResiduals, &model);
   return result;
 }

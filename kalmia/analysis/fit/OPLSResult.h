@@ -1,8 +1,10 @@
 #pragma once
 
+#include <optional>
 #include <string>
 #include <vector>
 
+#include "kalmia/analysis/fit/ClassFit.h"
 #include "kalmia/analysis/fit/FitRecipes.h"
 #include "kalmia/analysis/fit/ModelData.h"
 #include "kalmia/analysis/fit/StoredOPLSCv.h"
@@ -29,6 +31,7 @@ struct OPLSResult {
   StoredOPLS model;
   NCDataMatrix<float> u;                        ///< Y scores of the predictive components
   CrossValidatedScores crossValidated;
+  std::optional<ClassFit> classes;              ///< where Y are dummies of classes
   std::vector<RowPrediction> fitted;            ///< of the training rows, by the stored model
   StoredOPLSCv validation;                      ///< what a later fit can go on from
   Notes notes;  ///< what was done of its own accord

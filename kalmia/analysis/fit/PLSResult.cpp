@@ -16,7 +16,7 @@ namespace {
 
 PLSResult Compute(const PLSRecipe& recipe, const Table& table, NCProgress* progress) {
   PLSResult result;
-  result.data = SelectData(table, recipe, recipe.y, &result.notes, progress);
+  result.data = SelectData(table, recipe, &result.notes, progress);
   PLSTask task;
   task.x = result.data.x;
   task.y = result.data.y;
@@ -40,6 +40,7 @@ PLSResult Compute(const PLSRecipe& recipe, const Table& table, NCProgress* progr
   const bool isMean = recipe.components == 0;
   if (!result.AnyKept() && !isMean) return result;
   result.fitted = isMean ? FittedMeans(result.model, task.x) : PredictRows(result.model, result.data.x, progress);
+  if (result.data.classes) result.classes = FitClasses(*result.data.classes, result.fitted, recipe.priors);
   JudgeModel(result.data, result.fitted, result.model.Components(), fit.crossValidatedResiduals, &result.model);
   return result;
 }

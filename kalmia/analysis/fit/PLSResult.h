@@ -1,8 +1,10 @@
 #pragma once
 
+#include <optional>
 #include <string>
 #include <vector>
 
+#include "kalmia/analysis/fit/ClassFit.h"
 #include "kalmia/analysis/fit/FitRecipes.h"
 #include "kalmia/analysis/fit/ModelData.h"
 #include "kalmia/analysis/model/ComponentRecord.h"
@@ -21,6 +23,7 @@ struct PLSResult {
   std::vector<ComponentRecord> components;
   std::string endedEarly;                   ///< why there are fewer components than asked for; empty if there are not
   StoredPLS model;                          ///< to be used only where IsUsable()
+  std::optional<ClassFit> classes;          ///< where Y are dummies of classes
   std::vector<RowPrediction> fitted;        ///< of the training rows, by the stored model
   Notes notes;  ///< what was done of its own accord
 

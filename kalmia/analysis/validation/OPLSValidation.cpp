@@ -25,7 +25,7 @@ OPLSValidation Validate(const OPLSRecipe& recipe, const Table& table, const Vali
                         NCProgress* progress) {
   CheckRecipe(recipe);
   return WithoutLibraryErrors([&] {
-    YRefits refits{recipe, recipe.y, LastModel(recipe.components), FamilyOf(recipe, table)};
+    YRefits refits{recipe, LastModel(recipe.components), FamilyOf(recipe, table)};
     return OPLSValidation{RunYRefits(std::move(refits), table, validation, progress)};
   });
 }

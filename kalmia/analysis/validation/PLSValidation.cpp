@@ -13,7 +13,7 @@ PLSValidation Validate(const PLSRecipe& recipe, const Table& table, const Valida
                        NCProgress* progress) {
   CheckRecipe(recipe);
   return WithoutLibraryErrors([&] {
-    YRefits refits{recipe, recipe.y, recipe.components, std::make_unique<PLSFamily>()};
+    YRefits refits{recipe, recipe.components, std::make_unique<PLSFamily>()};
     return PLSValidation{RunYRefits(std::move(refits), table, validation, progress)};
   });
 }

@@ -32,7 +32,8 @@ struct PermutationRun {
   double correlation = 1.0;  ///< with the true Y
   double r2 = kNotANumber;
   double q2 = kNotANumber;
-  double accuracy = kNotANumber;  ///< of classes: the share of left-out rows that is found; otherwise not a number
+  /// Of classes: the share of left-out rows that is found, of all that have a class; otherwise not a number.
+  double accuracy = kNotANumber;
 };
 
 struct PermutationJudgement {

@@ -5,8 +5,10 @@
 #include <string>
 #include <vector>
 
+#include "kalmia/analysis/fit/Classes.h"
 #include "kalmia/analysis/model/RealMatrix.h"
 #include "kalmia/analysis/text/Notes.h"
+#include "kalmia/analysis/validation/ClassFigures.h"
 #include "kalmia/analysis/validation/ComponentChoice.h"
 #include "kalmia/analysis/validation/CvAnova.h"
 #include "kalmia/analysis/validation/Folds.h"
@@ -14,6 +16,15 @@
 #include "kalmia/analysis/validation/LeftOutErrors.h"
 
 namespace kalmia::analysis {
+
+/// How well classes are found in rows that were left out.
+struct ClassValidation {
+  Classes classes;
+  /// N x C, of the discriminant rules that the rounds learnt, a mean over the repeats; not numbers where a row could not
+  /// be predicted.
+  RealMatrix values;
+  ClassFigures figures;
+};
 
 /// What full refits say of models of N rows, K columns of X and M of Y, whatever their family. Rows and columns are
 /// those of the fit. Model 0 is the mean, model 1 has `block` components, and each further model has one more.
@@ -31,12 +42,13 @@ struct RefitValidation {
 
   // Of this model; empty where the rounds cannot have it.
   RealMatrix predicted;  ///< N x M: each row while it was left out; not a number where it could not be predicted
-  std::vector<std::optional<CvAnova>> cvAnova;  ///< M
+  std::vector<std::optional<CvAnova>> cvAnova;  ///< M; nothing where Y are dummies of classes
   /// Of the coefficients in the units of the table, M: cells are the slopes of X in their order, then the intercept.
   std::vector<JackKnifeResult> coefficients;
   /// Of the rows while they were left out, as DistanceToModel has them, those of all repeats: not a number where a row
   /// has none.
   std::vector<double> distances;
+  std::optional<ClassValidation> classes;  ///< where Y are their dummies
 
   Notes notes;  ///< on the validation; Fit has those on the table
 

@@ -14,7 +14,7 @@ PermutationTest PermuteY(const PLSRecipe& recipe, const Table& table, const Fold
                          const PermutationRecipe& permutations, NCProgress* progress) {
   CheckRecipe(recipe);
   return WithoutLibraryErrors([&] {
-    return RunPermutations({recipe, recipe.y, std::make_unique<PLSFamily>(), model, /*isPLS=*/true}, table, folds,
+    return RunPermutations({recipe, std::make_unique<PLSFamily>(), model, /*isPLS=*/true}, table, folds,
                            permutations, progress);
   });
 }
@@ -23,7 +23,7 @@ PermutationTest PermuteY(const OPLSRecipe& recipe, const Table& table, const Fol
                          const PermutationRecipe& permutations, NCProgress* progress) {
   CheckRecipe(recipe);
   return WithoutLibraryErrors([&] {
-    return RunPermutations({recipe, recipe.y, FamilyOf(recipe, table), model, /*isPLS=*/false}, table, folds,
+    return RunPermutations({recipe, FamilyOf(recipe, table), model, /*isPLS=*/false}, table, folds,
                            permutations, progress);
   });
 }

@@ -11,7 +11,7 @@
 #include "FailureOf.h"
 #include "kalmia/analysis/text/Failure.h"
 #include "kalmia/analysis/validation/ClassFigures.h"
-#include "kalmia/analysis/validation/Classes.h"
+#include "kalmia/analysis/fit/Classes.h"
 #include "kalmia/analysis/validation/Folds.h"
 #include "validation/PlainPls.h"
 

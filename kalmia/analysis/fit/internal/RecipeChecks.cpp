@@ -29,6 +29,14 @@ void CheckY(const std::vector<std::string>& y) {
   if (y.empty()) throw BadRequest("no column of Y is named");
 }
 
+void CheckYOrClasses(const YRecipe& recipe) {
+  if (recipe.classes.empty()) {
+    CheckY(recipe.y);
+  } else if (!recipe.y.empty()) {
+    throw BadRequest("columns of Y are named, and a column of classes too: only one of them can be");
+  }
+}
+
 /// 0 components are the mean.
 void CheckFit(const FitRecipe& recipe) {
   CheckX(recipe);
@@ -45,12 +53,12 @@ void CheckRecipe(const PCARecipe& recipe) { CheckFit(recipe); }
 
 void CheckRecipe(const PLSRecipe& recipe) {
   CheckFit(recipe);
-  CheckY(recipe.y);
+  CheckYOrClasses(recipe);
 }
 
 void CheckRecipe(const OPLSRecipe& recipe) {
   CheckFit(recipe);
-  CheckY(recipe.y);
+  CheckYOrClasses(recipe);
   CheckAtLeast("predictive components", recipe.predictive, 0);
   if (recipe.predictive == 0 && recipe.components.value_or(0) > 0) {
     throw BadRequest("without predictive components there can be no orthogonal ones");

@@ -3,11 +3,11 @@
 #include <algorithm>
 #include <optional>
 
+#include "kalmia/analysis/fit/ModelData.h"
 #include "kalmia/analysis/fit/internal/FitRules.h"
 #include "kalmia/analysis/model/Prediction.h"
 #include "kalmia/analysis/model/StoredModel.h"
 #include "kalmia/analysis/table/SingleCells.h"
-#include "kalmia/analysis/table/TableColumns.h"
 #include "kalmia/opls/NCOPLS.h"
 #include "kalmia/opls/NCOPLSPred.h"
 #include "kalmia/support/NCError.h"
@@ -222,8 +222,8 @@ std::unique_ptr<ComponentSeries> OPLSFamily::Extract(const NCDataMatrix<float>& 
 }
 
 std::unique_ptr<SeriesFamily> FamilyOf(const OPLSRecipe& recipe, const Table& table) {
-  const int most = static_cast<int>(RequireColumns(table, recipe.y).size());
-  return std::make_unique<OPLSFamily>(std::min(recipe.predictive.value_or(0), most));
+  if (!recipe.predictive) return std::make_unique<OPLSFamily>(0);
+  return std::make_unique<OPLSFamily>(std::min(*recipe.predictive, CountYColumns(table, recipe)));
 }
 
 }  // namespace kalmia::analysis

@@ -8,6 +8,7 @@
 #include <utility>
 
 #include "kalmia/analysis/fit/ModelData.h"
+#include "kalmia/analysis/model/DiscriminantRule.h"
 #include "kalmia/analysis/steps/Scaling.h"
 #include "kalmia/analysis/table/SharedWork.h"
 #include "kalmia/analysis/text/Failure.h"
@@ -32,6 +33,7 @@ struct RunSums {
   double press = 0.0;
   double pressOfMeans = 0.0;
   double sse = 0.0;
+  double found = 0.0;  ///< rows whose class is found, of all repeats
 };
 
 /// The rows of a fit, with none left out, or those of a round.
@@ -62,7 +64,7 @@ class Permutations {
                NCProgress* progress)
       : refits_(std::move(refits)), folds_(folds), runs_(permutations.runs), work_(progress) {
     Notes ofTheFit;
-    data_ = SelectData(table, refits_.recipe, refits_.y, &ofTheFit, progress);
+    data_ = SelectData(table, refits_.recipe, &ofTheFit, progress);
     if (data_.rows.size() != folds.Rows()) throw BadRequest("the folds are of another table");
     source_.emplace(table, refits_.recipe, data_, progress);
     y_ = MatrixOfColumns(data_.measuredY);
@@ -151,6 +153,10 @@ class Permutations {
     const RowSpaceRefit::Predictions said = refit.Fit(fitted, runs, ScalingOfY(refits_.recipe.scaling), refits_.model);
     for (std::size_t r = 0; r < runs; ++r) {
       RunSums& sum = (*sums)[begin + r];
+      if (data_.classes && leftOut.rows > 0) {
+        sum.found += RowsFound(OfRun(fitted, r, runs), OfRun(said.fitted, r, runs), OfRun(leftOut, r, runs),
+                               OfRun(said.leftOut, r, runs));
+      }
       for (std::size_t j = 0; j < y_.columns; ++j) {
         const std::size_t p = j * runs + r;
         for (std::size_t i = 0; i < leftOut.rows; ++i) {
@@ -163,6 +169,37 @@ class Permutations {
         }
       }
     }
+  }
+
+  /// The columns of one run.
+  RealMatrix OfRun(const RealMatrix& ofRuns, std::size_t r, std::size_t runs) const {
+    RealMatrix cells(ofRuns.rows, y_.columns);
+    for (std::size_t i = 0; i < cells.rows; ++i) {
+      for (std::size_t j = 0; j < cells.columns; ++j) cells(i, j) = ofRuns(i, j * runs + r);
+    }
+    return cells;
+  }
+
+  /// Left-out rows whose class the rule finds that the fitted rows teach, from their dummies and what a model says of
+  /// them.
+  int RowsFound(const RealMatrix& fittedY, const RealMatrix& fitted, const RealMatrix& leftOutY,
+                const RealMatrix& leftOut) const {
+    const DiscriminantRule rule = LearnDiscriminantRule(fitted, ClassesOfDummies(fittedY), refits_.recipe.priors);
+    const std::vector<int> found = AssignedClasses(DiscriminantValues(rule, leftOut));
+    const std::vector<int> classes = ClassesOfDummies(leftOutY);
+    int count = 0;
+    for (std::size_t i = 0; i < found.size(); ++i) count += found[i] >= 0 && found[i] == classes[i] ? 1 : 0;
+    return count;
+  }
+
+  static std::vector<int> ClassesOfDummies(const RealMatrix& dummies) {
+    std::vector<int> classes(dummies.rows, -1);
+    for (std::size_t i = 0; i < dummies.rows; ++i) {
+      for (std::size_t c = 0; c < dummies.columns; ++c) {
+        if (dummies(i, c) == 1.0) classes[i] = static_cast<int>(c);
+      }
+    }
+    return classes;
   }
 
   static double SquareOf(double number) { return number * number; }
@@ -192,7 +229,15 @@ class Permutations {
   void TakeFigures(std::size_t run, const RunSums& sums) {
     const double degrees = static_cast<double>(y_.rows - 1) * static_cast<double>(y_.columns);  // sum of SS_j / s_j^2
     runFigures_.push_back({CorrelationOf(run), 1.0 - sums.sse / degrees, 1.0 - sums.press / sums.pressOfMeans,
-                           kNotANumber});
+                           AccuracyOf(sums.found)});
+  }
+
+  /// Of the rows that have a class.
+  double AccuracyOf(double found) const {
+    if (!data_.classes) return kNotANumber;
+    const std::vector<int>& classes = data_.classes->classOfRow;
+    const auto none = std::count(classes.begin(), classes.end(), -1);
+    return found / folds_.Repeats() / static_cast<double>(classes.size() - static_cast<std::size_t>(none));
   }
 
   double CorrelationOf(std::size_t run) const { return run == 0 ? 1.0 : correlations_[run - 1]; }
@@ -226,11 +271,18 @@ class Permutations {
     const RealMatrix none(y_.rows, y_.columns, kNotANumber);
     const std::size_t ofRepeat = static_cast<std::size_t>(folds_.groups);
     std::vector<std::vector<RealMatrix>> predictions(static_cast<std::size_t>(folds_.Repeats()), {none, none});
+    const RealMatrix measured = MatrixOfColumns(y);
+    int found = 0;
     for (std::size_t g = 0; g + 1 < rounds.size(); ++g) {
       const RoundModel model = ModelOf(rounds[g], xOfRounds[g], y);
-      TakeEnds(model.Predict(xOfRounds[g].leftOut, &work_), rounds[g].leftOut, &predictions[g / ofRepeat]);
+      const LeftOutRows leftOut = model.Predict(xOfRounds[g].leftOut, &work_);
+      TakeEnds(leftOut, rounds[g].leftOut, &predictions[g / ofRepeat]);
+      if (!data_.classes) continue;
+      found += RowsFound(RowsOf(measured, rounds[g].fitted),
+                         model.Predict(xOfRounds[g].fitted, &work_).predicted.back(),
+                         RowsOf(measured, rounds[g].leftOut), leftOut.predicted.back());
     }
-    const RealMatrix measured = MatrixOfColumns(y);
+    figures->accuracy = AccuracyOf(found);
     figures->q2 = JudgeLeftOutRows(measured, predictions).q2.back();
     const RoundModel whole = ModelOf(rounds.back(), xOfRounds.back(), y);
     std::vector<RealMatrix> fitted(2, none);

@@ -15,8 +15,7 @@ namespace kalmia::analysis {
 
 /// A model of which Y is to be permuted.
 struct PermutedRefits {
-  const FitRecipe& recipe;
-  const std::vector<std::string>& y;
+  const YRecipe& recipe;
   std::unique_ptr<SeriesFamily> family;
   int model;   ///< its number in the series
   bool isPLS;  ///< of several Y columns too; of one every family has the models of PLS

@@ -32,7 +32,9 @@ Folds FoldsOf(const FitRecipe& recipe, const Table& table, const ModelData& data
     for (const int row : data.rows) labels.push_back(table.Cell(row, column));
     return FoldsOfLabels(labels);
   }
-  return DealRows(data.rows.size(), recipe.groups, dealing, notes);
+  const bool isWithinClasses = data.classes && dealing.scheme == FoldScheme::Random;
+  return isWithinClasses ? MakeFoldsWithinClasses(data.classes->classOfRow, {dealing, recipe.groups})
+                         : DealRows(data.rows.size(), recipe.groups, dealing, notes);
 }
 
 void ForEachRound(const Folds& folds, WorkProgress* progress, const std::function<void(int, int)>& round) {

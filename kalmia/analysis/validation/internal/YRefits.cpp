@@ -8,6 +8,7 @@
 #include <utility>
 
 #include "kalmia/analysis/fit/ModelData.h"
+#include "kalmia/analysis/model/DiscriminantRule.h"
 #include "kalmia/analysis/text/DisplayText.h"
 #include "kalmia/analysis/text/WorkProgress.h"
 #include "kalmia/analysis/validation/internal/RefitRounds.h"
@@ -27,7 +28,7 @@ class Refitting {
   Refitting(YRefits refits, const Table& table, const ValidationRecipe& validation, NCProgress* progress)
       : refits_(std::move(refits)), validation_(validation), progress_(progress), work_(progress) {
     Notes ofTheFit;
-    data_ = SelectData(table, refits_.recipe, refits_.y, &ofTheFit, progress);
+    data_ = SelectData(table, refits_.recipe, &ofTheFit, progress);
     result_.folds = FoldsOf(refits_.recipe, table, data_, validation.folds, &result_.notes);
     source_ = std::make_unique<SourceX>(table, refits_.recipe, data_, progress);
     for (const std::string& name : data_.xNames) placeOf_.emplace(name, placeOf_.size());
@@ -95,6 +96,10 @@ class Refitting {
       predictions_.emplace_back(Models(), none);
       distances_.emplace_back(data_.rows.size(), Models(), kNotANumber);
     }
+    if (data_.classes) {
+      classValues_.assign(Models(), RealMatrix(data_.rows.size(), data_.yNames.size()));
+      NoteClasses();
+    }
     ForEachRound(Partition(), &work_, [this](int repeat, int group) { FitRound(repeat, group); });
     for (std::vector<RealMatrix>& ofRepeat : predictions_) ofRepeat.resize(Models());
     for (std::vector<double>* shares : {&result_.r2x, &result_.r2y}) shares->resize(Models());
@@ -109,7 +114,9 @@ class Refitting {
                            refits_.recipe.scaling, limits_, &work_);
     limits_.models = std::min(limits_.models, model.LastModel());
     withoutSpread_.insert(model.ColumnsWithoutSpread().begin(), model.ColumnsWithoutSpread().end());
-    TakePredictions(model.Predict(x.leftOut, &work_), leftOut, static_cast<std::size_t>(repeat));
+    const LeftOutRows predicted = model.Predict(x.leftOut, &work_);
+    TakePredictions(predicted, leftOut, static_cast<std::size_t>(repeat));
+    if (data_.classes) TakeClassValues(model.Predict(x.fitted, &work_), fitted, predicted, leftOut);
     const std::vector<std::vector<std::vector<double>>> coefficients = Coefficients(model, x.names);
     for (std::size_t a = 0; a < Models(); ++a) {
       for (std::size_t j = 0; j < coefficients[a].size(); ++j) jackKnives_[a][j].AddRound(coefficients[a][j]);
@@ -125,6 +132,32 @@ class Refitting {
         }
       }
     }
+  }
+
+  /// Each model's rule is learnt from the rows that it was fitted to.
+  void TakeClassValues(const LeftOutRows& ofFitted, const std::vector<std::size_t>& fitted, const LeftOutRows& ofLeftOut,
+                       const std::vector<std::size_t>& leftOut) {
+    std::vector<int> classes;
+    for (const std::size_t row : fitted) classes.push_back(data_.classes->classOfRow[row]);
+    for (std::size_t a = 0; a < Models(); ++a) {
+      const DiscriminantRule rule = LearnDiscriminantRule(ofFitted.predicted[a], classes, refits_.recipe.priors);
+      const RealMatrix values = DiscriminantValues(rule, ofLeftOut.predicted[a]);
+      for (std::size_t i = 0; i < leftOut.size(); ++i) {
+        for (std::size_t c = 0; c < values.columns; ++c) {
+          classValues_[a](leftOut[i], c) += values(i, c) / Partition().Repeats();
+        }
+      }
+    }
+  }
+
+  void NoteClasses() {
+    std::set<std::string> absent;
+    for (const AbsentClass& none : ClassesAbsentInRounds(Partition(), data_.classes->classOfRow)) {
+      absent.insert(data_.classes->names[static_cast<std::size_t>(none.classNumber)]);
+    }
+    if (absent.empty()) return;
+    result_.notes.Add("left out as a whole in some round of the validation, so that none of its rows can be found there: " +
+                      std::string(absent.size() == 1 ? "class " : "classes ") + Listed({absent.begin(), absent.end()}));
   }
 
   RealMatrix MeasuredY() const {
@@ -166,8 +199,13 @@ class Refitting {
     for (std::size_t j = 0; j < data_.yNames.size(); ++j) {
       std::vector<double> squares;
       for (std::size_t i = 0; i < data_.rows.size(); ++i) squares.push_back(result_.errors.squaredErrors[a](i, j));
-      result_.cvAnova.push_back(ComputeCvAnova(data_.measuredY[j], squares, result_.components));
+      const bool isNumber = !data_.classes;
+      result_.cvAnova.push_back(isNumber ? ComputeCvAnova(data_.measuredY[j], squares, result_.components)
+                                         : std::nullopt);
       result_.coefficients.push_back(jackKnives_[a][j].Result(kShare, kNoLeast, progress_));
+    }
+    if (data_.classes) {
+      result_.classes = {*data_.classes, classValues_[a], JudgeClasses(data_.classes->classOfRow, classValues_[a])};
     }
     for (const RealMatrix& ofRepeat : distances_) {
       for (std::size_t i = 0; i < ofRepeat.rows; ++i) result_.distances.push_back(ofRepeat(i, a));
@@ -190,6 +228,7 @@ class Refitting {
   std::vector<std::vector<RealMatrix>> predictions_;  ///< by repeat and model
   std::vector<RealMatrix> distances_;                 ///< by repeat: rows by models
   std::vector<std::vector<JackKnife>> jackKnives_;    ///< by model and Y column
+  std::vector<RealMatrix> classValues_;               ///< by model: of left-out rows, a mean over the repeats
   std::set<std::string> withoutSpread_;               ///< X columns, in some round
   RefitValidation result_;
 };

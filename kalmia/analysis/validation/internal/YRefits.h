@@ -16,8 +16,7 @@ namespace kalmia::analysis {
 
 /// Models of Y that are to be judged.
 struct YRefits {
-  const FitRecipe& recipe;
-  const std::vector<std::string>& y;
+  const YRecipe& recipe;
   std::optional<int> models;  ///< number of the last one, which is the model; nothing where the rule is to choose
   std::unique_ptr<SeriesFamily> family;
 };

@@ -1,4 +1,4 @@
-#include "kalmia/analysis/validation/Classes.h"
+#include "kalmia/analysis/fit/Classes.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

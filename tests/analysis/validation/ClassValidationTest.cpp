@@ -1,0 +1,227 @@
+// Discriminant analysis from a table on: the fit, its validation and permutations.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <string>
+
+#include "FailureOf.h"
+#include "TestTables.h"
+#include "kalmia/analysis/fit/OPLSResult.h"
+#include "kalmia/analysis/fit/PLSResult.h"
+#include "kalmia/analysis/text/Failure.h"
+#include "kalmia/analysis/validation/OPLSValidation.h"
+#include "kalmia/analysis/validation/PLSValidation.h"
+#include "kalmia/analysis/validation/YPermutations.h"
+#include "validation/PlainPls.h"
+
+namespace kalmia::analysis {
+namespace {
+
+using ::testing::Contains;
+using ::testing::ElementsAre;
+using ::testing::HasSubstr;
+using ::testing::IsEmpty;
+using ::testing::Optional;
+
+PLSRecipe Species(std::optional<int> components = {}) {
+  PLSRecipe recipe;
+  recipe.id = "row";
+  recipe.y = {"Species"};
+  recipe.components = components;
+  return recipe;
+}
+
+PLSRecipe Cultivars(int components) {
+  PLSRecipe recipe;
+  recipe.id = "sample";
+  recipe.classes = "cultivar";
+  recipe.components = components;
+  return recipe;
+}
+
+int Found(const ClassFigures& figures) {
+  int count = 0;
+  for (std::size_t g = 0; g < figures.confusion.size(); ++g) count += figures.confusion[g][g];
+  return count;
+}
+
+// Rows found while they were left out, of 150 irises and 178 wines, 7 interleaved groups, by an independent program in
+// double precision.
+TEST(ClassValidation, FindsIrisesAndWinesThatWereLeftOut) {
+  const Table iris = CsvAt(PathOfIris()), wine = CsvAt(PathOfWine());
+  EXPECT_EQ(Found(Validate(Species(2), iris).classes->figures), 138);
+  EXPECT_EQ(Found(Validate(Species(3), iris).classes->figures), 145);
+  EXPECT_EQ(Found(Validate(Species(4), iris).classes->figures), 147);
+  // The same program; with 2 components one more, 175: a row between two classes, whose dummies differ in single cells.
+  EXPECT_NEAR(Found(Validate(Cultivars(2), wine).classes->figures), 175, 1);
+  EXPECT_EQ(Found(Validate(Cultivars(3), wine).classes->figures), 175);
+  EXPECT_EQ(Found(Validate(Cultivars(4), wine).classes->figures), 175);
+}
+
+TEST(ClassValidation, TakesAColumnOfTextsAsYForClasses) {
+  const PLSResult fit = Fit(Species(3), CsvAt(PathOfIris()));
+  EXPECT_THAT(fit.model.yNames, ElementsAre("setosa", "versicolor", "virginica"));
+  ASSERT_TRUE(fit.classes);
+  EXPECT_EQ(fit.classes->classes.classOfRow[0], 0);
+  EXPECT_EQ(fit.classes->classes.classOfRow[149], 2);
+  EXPECT_GE(Found(JudgeClasses(fit.classes->classes.classOfRow, fit.classes->values)), 143);
+  const PLSValidation validation = Validate(Species(3), CsvAt(PathOfIris()));
+  for (const auto& anova : validation.cvAnova) EXPECT_FALSE(anova);  // of numbers alone
+}
+
+TEST(ClassValidation, TakesNumbersForClassesWhereTheyAreNamed) {
+  EXPECT_THAT(Fit(Cultivars(2), CsvAt(PathOfWine())).model.yNames, ElementsAre("1", "2", "3"));
+  PLSRecipe numbers = Cultivars(2);
+  numbers.classes = "";
+  numbers.y = {"cultivar"};
+  EXPECT_FALSE(Fit(numbers, CsvAt(PathOfWine())).classes);
+}
+
+TEST(ClassValidation, OfTwoClassesIsTheModelOfOneDummy) {
+  std::string classes = "c,x1,x2,x3\n", dummy = classes;
+  for (int i = 0; i < 20; ++i) {
+    const int own = i * i % 3 == 0 ? 1 : 0;
+    const std::string cells = "," + std::to_string(i % 7 + 3 * own) + "," + std::to_string(i * 5 % 11) + "," +
+                              std::to_string(i * 3 % 13 - own) + "\n";
+    classes += (own == 1 ? "yes" : "no") + cells;
+    dummy += std::to_string(own) + cells;
+  }
+  PLSRecipe ofClasses, ofDummy;
+  ofClasses.y = ofDummy.y = {"c"};
+  ofClasses.components = ofDummy.components = 2;
+  const PLSValidation two = Validate(ofClasses, Table(classes, "t.csv")), one = Validate(ofDummy, Table(dummy, "t.csv"));
+  for (std::size_t i = 0; i < 20; ++i) {
+    EXPECT_NEAR(two.predicted(i, 1), one.predicted(i, 0), 1e-5);  // in single precision, by rounds that end within 1e-6
+    EXPECT_NEAR(two.predicted(i, 0), 1.0 - one.predicted(i, 0), 1e-5);
+  }
+}
+
+TEST(ClassValidation, OfOPLSAssignsAsThatOfPLSWithAsManyComponents) {
+  std::string text = "c,x1,x2,x3,x4\n";
+  for (int i = 0; i < 30; ++i) {
+    const int own = i * i % 3 == 0 ? 1 : 0;
+    text += (own == 1 ? "yes" : "no");
+    text += "," + std::to_string(i % 7 + 3 * own) + "," + std::to_string(i * 5 % 11) + "," +
+            std::to_string(i * 3 % 13 - own) + "," + std::to_string(i * 7 % 17) + "\n";
+  }
+  OPLSRecipe opls;
+  opls.y = {"c"};
+  opls.predictive = 1;
+  opls.components = 1;
+  PLSRecipe pls;
+  pls.y = {"c"};
+  pls.components = 2;
+  const Table table(text, "t.csv");
+  EXPECT_EQ(Validate(opls, table).classes->figures.confusion, Validate(pls, table).classes->figures.confusion);
+  EXPECT_EQ(JudgeClasses(Fit(opls, table).classes->classes.classOfRow, Fit(opls, table).classes->values).confusion,
+            JudgeClasses(Fit(pls, table).classes->classes.classOfRow, Fit(pls, table).classes->values).confusion);
+}
+
+TEST(ClassValidation, GivesAllRowsToTheFirstClassWithoutAComponent) {
+  const PLSValidation validation = Validate(Species(0), CsvAt(PathOfIris()));
+  for (const std::vector<int>& row : validation.classes->figures.confusion) EXPECT_THAT(row, ElementsAre(50, 0, 0));
+}
+
+TEST(ClassValidation, PredictsRowsWithoutAClassAndCountsThemNowhere) {
+  std::string text = "c,x1,x2\n";
+  for (int i = 0; i < 21; ++i) {
+    text += (i == 4 ? "" : i % 2 == 0 ? "a" : "b");
+    text += "," + std::to_string(i % 5 + 4 * (i % 2)) + "," + std::to_string(i * 5 % 11) + "\n";
+  }
+  PLSRecipe recipe;
+  recipe.y = {"c"};
+  recipe.components = 1;
+  const PLSValidation validation = Validate(recipe, Table(text, "t.csv"));
+  EXPECT_EQ(validation.classes->classes.classOfRow[4], -1);
+  EXPECT_FALSE(std::isnan(validation.classes->values(4, 0)));
+  int counted = 0;
+  for (const std::vector<int>& row : validation.classes->figures.confusion) counted += row[0] + row[1];
+  EXPECT_EQ(counted, 20);
+}
+
+TEST(ClassValidation, DealsRandomGroupsWithinClassesAndNotesClassesThatARoundLacks) {
+  const Table iris = CsvAt(PathOfIris());
+  ValidationRecipe random, blocks;
+  random.folds.scheme = FoldScheme::Random;
+  blocks.folds.scheme = FoldScheme::Blocks;
+  PLSRecipe recipe = Species(2);
+  const PLSValidation within = Validate(recipe, iris, random);
+  EXPECT_EQ(within.folds.groupOfRow,
+            MakeFoldsWithinClasses(within.classes->classes.classOfRow, {random.folds, recipe.groups}).groupOfRow);
+  EXPECT_THAT(within.notes.Lines(), IsEmpty());
+  recipe.groups = 3;  // sorted by species: each block is one of them
+  const PLSValidation sorted = Validate(recipe, iris, blocks);
+  EXPECT_EQ(Found(sorted.classes->figures), 0);
+  EXPECT_THAT(sorted.notes.Lines(), Contains(HasSubstr("classes setosa, versicolor and virginica")));
+}
+
+TEST(ClassValidation, PermutesClassesAndCountsHowOftenAsManyAreFound) {
+  const Table iris = CsvAt(PathOfIris());
+  const PLSValidation validation = Validate(Species(3), iris);
+  const PermutationTest test = PermuteY(Species(3), iris, validation.folds, 3, {99, 1});
+  EXPECT_DOUBLE_EQ(test.original.accuracy, validation.classes->figures.accuracy);
+  EXPECT_EQ(test.judgement.pAccuracy, 0.01);
+  double sum = 0.0;
+  for (const PermutationRun& run : test.runs) sum += run.accuracy;
+  EXPECT_NEAR(sum / 99, 1.0 / 3.0, 0.03);  // three classes of one size; 99 runs of 150 rows leave about 0.004
+  std::string holed = "c,x1,x2,x3\n";
+  for (int i = 0; i < 24; ++i) {
+    holed += (i % 2 == 0 ? "a," : "b,") + (i == 7 ? std::string() : std::to_string(i % 5 + 4 * (i % 2))) + "," +
+             std::to_string(i * 5 % 11) + "," + std::to_string(i * i % 7) + "\n";
+  }
+  PLSRecipe recipe;
+  recipe.y = {"c"};
+  recipe.components = 1;
+  const Table table(holed, "t.csv");
+  const PLSValidation ofHoled = Validate(recipe, table);
+  EXPECT_DOUBLE_EQ(PermuteY(recipe, table, ofHoled.folds, 1, {3, 1}).original.accuracy,
+                   ofHoled.classes->figures.accuracy);
+}
+
+// 30 rows, 2000 columns of noise: the fitted dummies are the true ones but for roundings.
+TEST(ClassValidation, StandsWithManyMoreColumnsThanRows) {
+  std::string text = "c";
+  for (int k = 1; k <= 2000; ++k) text += ",x" + std::to_string(k);
+  text += "\n";
+  unsigned word = 1;
+  for (int i = 0; i < 30; ++i) {
+    text += i % 2 == 0 ? "a" : "b";
+    for (int k = 0; k < 2000; ++k) {
+      word = word * 1664525U + 1013904223U;
+      text += "," + std::to_string(word >> 16U);
+    }
+    text += "\n";
+  }
+  PLSRecipe recipe;
+  recipe.y = {"c"};
+  recipe.components = 12;
+  const Table table(text, "t.csv");
+  const PLSResult fit = Fit(recipe, table);
+  EXPECT_EQ(Found(JudgeClasses(fit.classes->classes.classOfRow, fit.classes->values)), 30);
+  const double accuracy = Validate(recipe, table).classes->figures.accuracy;
+  EXPECT_GT(accuracy, 0.1);
+  EXPECT_LT(accuracy, 0.9);
+}
+
+TEST(ClassValidation, RefusesWhatAreNoClasses) {
+  const Table table("name,c,d,x,y\na,p,u,1,2\nb,q,u,2,1\nc,p,u,4,3\nd,q,v,3,5\n", "t.csv");
+  const auto fit = [&](const std::vector<std::string>& y, const std::string& classes) {
+    PLSRecipe recipe;
+    recipe.y = y;
+    recipe.classes = classes;
+    recipe.components = 1;
+    Fit(recipe, table);
+  };
+  EXPECT_EQ(FailureOf<BadRequest>([&] { fit({"c", "y"}, ""); }),
+            "the Y column 'c' holds texts: classes are modelled alone, without other columns");
+  EXPECT_EQ(FailureOf<BadRequest>([&] { fit({"y"}, "c"); }),
+            "columns of Y are named, and a column of classes too: only one of them can be");
+  EXPECT_EQ(FailureOf<BadRequest>([&] { fit({}, ""); }), "no column of Y is named");
+  EXPECT_THAT(FailureOf<BadData>([&] { fit({"name"}, ""); }),
+              Optional(HasSubstr("the texts of column 'name' are no classes: the class 'a' has a single row")));
+  EXPECT_THAT(FailureOf<BadData>([&] { fit({}, "d"); }), Optional(HasSubstr("the class 'v' has a single row")));
+}
+
+}  // namespace
+}  // namespace kalmia::analysis
