@@ -7,6 +7,7 @@
 #include "app/console/ConsoleProgress.h"
 #include "app/console/FitFiles.h"
 #include "app/console/ReadTable.h"
+#include "app/options/ValidationOptions.h"
 #include "kalmia/analysis/file/ModelFile.h"
 #include "kalmia/analysis/model/ModelDiagnostics.h"
 #include "kalmia/analysis/report/CsvFile.h"
@@ -44,6 +45,26 @@ std::string RunFit(const Options& options, const FitReport<Result>& report, Note
     if (!files.csv.empty()) NoteNoDistances(result.model, result.model.Components(), notes);
   }
   return options.json ? report.json(table, result, *notes, files) : report.text(result, files);
+}
+
+/// The same of a fit that is judged as the options say.
+template <class Options, class Analysis>
+std::string RunAnalysis(const Options& options, const FitReport<Analysis>& report, Notes* notes) {
+  CheckFitPlaces(options, report.csvFileNames());
+  auto recipe = options.recipe;
+  recipe.steps = ReadFitSteps(options);
+  const Table table = ReadTable(options.table, options.reading);
+  TerminalBar bar;
+  const Analysis analysis = Analyse(recipe, table, RecipeOf(options.validation), bar.Get());
+  notes->Add(analysis.fit.notes);
+  FitFiles files;
+  if (analysis.fit.IsUsable()) {
+    files = WriteFitFiles(
+        options, [&] { return ModelFileBytes(analysis.fit.model); },
+        [&] { return report.csvFiles(analysis, MarksOf(options.csvMarks.Asked())); }, bar.Get());
+    if (!files.csv.empty()) NoteNoDistances(analysis.fit.model, analysis.fit.model.Components(), notes);
+  }
+  return options.json ? report.json(table, analysis, *notes, files) : report.text(analysis, files);
 }
 
 }  // namespace kalmia::app

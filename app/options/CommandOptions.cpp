@@ -189,6 +189,11 @@ void CommandOptions::Exclude(const std::string& first, const std::string& second
 
 void CommandOptions::Check(std::function<std::string()> reason) { checks_.push_back(std::move(reason)); }
 
+bool CommandOptions::IsGiven(const std::string& name) const {
+  const CLI::Option* option = Find(name);
+  return option != nullptr && option->count() > 0;
+}
+
 void CommandOptions::Require(const std::string& name) { required_.push_back(Find(name)->required()); }
 
 void CommandOptions::Examples(const std::string& lines) { command_->footer(lines); }

@@ -57,6 +57,8 @@ class CommandOptions {
   /// A check of several values together, made after TakeValues() has taken them: returns what is wrong, or an empty
   /// text.
   void Check(std::function<std::string()> reason);
+  /// Whether an option has come; known once the command line is parsed, and so in checks.
+  bool IsGiven(const std::string& name) const;
   /// The command makes no sense without this option.
   void Require(const std::string& name);
   void Examples(const std::string& lines);

@@ -1,6 +1,7 @@
 #include "app/options/ModelOptions.h"
 
 #include "app/options/CommandOptions.h"
+#include "app/options/ValidationOptions.h"
 
 namespace kalmia::app {
 
@@ -8,7 +9,8 @@ namespace {
 
 const std::string kColumnsHelp = "names and ranges FIRST..LAST with commas between them";
 
-/// The options of every command that fits a model. The table is declared before, so that it comes first in the help.
+/// The options of every command that fits a model. The table is declared before, so that it comes first in the help;
+/// what declares the numbers of components declares how they are judged, too.
 template <class DeclareComponents>
 void DeclareFit(CommandOptions* command, FitOptions* options, FitRecipe* recipe,
                 const DeclareComponents& declareComponents) {
@@ -19,8 +21,8 @@ void DeclareFit(CommandOptions* command, FitOptions* options, FitRecipe* recipe,
   command->Exclude("--x", "--exclude");
   command->Text(
       "--steps", "STEPS", &options->steps,
-      "preprocess X by these steps, separated by commas; predict repeats them. wavelet-compress chooses from all "
-      "rows, also those that cross-validation leaves out; see kalmia preprocess --help");
+      "preprocess X by these steps, separated by commas; predict repeats them. wavelet-compress chooses from all rows; "
+      "refits choose anew, a cross-validation by component does not; see kalmia preprocess --help");
   command->Input(
       "--steps-file", &options->stepsFile,
       "preprocess X by the steps in this file: a text, which may have a line for each, or a file that kalmia "
@@ -28,19 +30,16 @@ void DeclareFit(CommandOptions* command, FitOptions* options, FitRecipe* recipe,
   command->Exclude("--steps", "--steps-file");
   command->Scaling("--scale", &recipe->scaling, "scaling of X: uv (default), pareto, centre or none");
   declareComponents();
-  command->Number("--groups", 2, &recipe->groups, "number of groups of the cross-validation (default: 7)");
-  command->Text("--group-column", "NAME", &recipe->groupColumn,
-                "column whose values are the groups; not with --groups");
-  command->Exclude("--groups", "--group-column");
   command->Text("--save", "FILE", &options->save, "store the model");
   command->Flag("--json", &options->json, "print JSON");
 }
 
-void DeclareFit(CommandOptions* command, FitOptions* options, FitRecipe* recipe) {
-  DeclareFit(command, options, recipe, [=] {
-    command->NumberOrAuto("--components", 1, &recipe->components,
-                          "number of components; auto (default): as long as Q2 exceeds its limit");
-  });
+/// Of a cross-validation by component.
+void DeclareGroups(CommandOptions* command, FitRecipe* recipe) {
+  command->Number("--groups", 2, &recipe->groups, "number of groups of the cross-validation (default: 7)");
+  command->Text("--group-column", "NAME", &recipe->groupColumn,
+                "column whose values are the groups; not with --groups");
+  command->Exclude("--groups", "--group-column");
 }
 
 }  // namespace
@@ -49,19 +48,29 @@ void DeclarePLS(CommandOptions* command, PLSOptions* options) {
   command->File("TABLE", &options->table, "CSV table with a header, also as .gz");
   command->Names("--y", &options->recipe.y, "column to model, always needed; several: repeat, or put commas between");
   command->Require("--y");
-  DeclareFit(command, options, &options->recipe);
+  DeclareFit(command, options, &options->recipe, [=] {
+    command->NumberOrAuto("--components", 0, &options->recipe.components,
+                          "number of components, 0 for the mean of Y; auto (default): the number that the validation "
+                          "chooses");
+    DeclareValidation(command, &options->validation, &options->recipe, "--components");
+  });
   command->Text("--csv", "DIR", &options->csvFolder, "write scores, loadings, coefficients and more as CSV files");
   DeclareCsvMarks(command, &options->csvMarks, {{"--csv", &options->csvFolder}});
   DeclareReading(command, &options->reading);
   command->Examples(
       "Examples:\n"
       "  kalmia pls gasoline.csv --y octane --id sample --scale centre --save octane.model\n"
-      "  kalmia pls oil.csv --y yellow --y green --id sample --x Acidity..DK --csv results");
+      "  kalmia pls oil.csv --y yellow --y green --id sample --x Acidity..DK --csv results\n"
+      "  kalmia pls gasoline.csv --y octane --id sample --folds random --groups 5 --repeats 10 --select min");
 }
 
 void DeclarePCA(CommandOptions* command, PCAOptions* options) {
   command->File("TABLE", &options->table, "CSV table with a header, also as .gz");
-  DeclareFit(command, options, &options->recipe);
+  DeclareFit(command, options, &options->recipe, [=] {
+    command->NumberOrAuto("--components", 1, &options->recipe.components,
+                          "number of components; auto (default): as long as Q2 exceeds its limit");
+    DeclareGroups(command, &options->recipe);
+  });
   command->Text("--csv", "DIR", &options->csvFolder, "write scores, loadings and more as CSV files");
   DeclareCsvMarks(command, &options->csvMarks, {{"--csv", &options->csvFolder}});
   DeclareReading(command, &options->reading);
@@ -80,6 +89,7 @@ void DeclareOPLS(CommandOptions* command, OPLSOptions* options) {
                           "number of predictive components; auto (default): as many as stand out in Y'X");
     command->NumberOrAuto("--orthogonal", 0, &options->recipe.components,
                           "number of orthogonal components; auto (default): as long as Q2 gains more than its limit");
+    DeclareGroups(command, &options->recipe);
   });
   command->Text("--save-cv", "FILE", &options->saveCv, "store the cross-validation, for --resume");
   command->Input("--resume", &options->resume, "go on from what --save-cv has stored of the same table and steps");

@@ -6,6 +6,7 @@
 
 #include "app/Analysis.h"
 #include "app/options/TableOptions.h"
+#include "app/options/ValidationOptions.h"
 #include "kalmia/analysis/fit/FitRecipes.h"
 
 namespace kalmia::app {
@@ -27,6 +28,7 @@ struct FitOptions {
 
 struct PLSOptions : FitOptions {
   PLSRecipe recipe;
+  ValidationOptions validation;
 };
 
 struct PCAOptions : FitOptions {

@@ -51,7 +51,8 @@ class Program {
     app_.require_subcommand(0, 1);
     app_.footer(kMainFooter);
     app_.set_help_flag("-h,--help", "print this text and end");  // subcommands inherit it
-    Add<PLSOptions>("pls", "Fit a PLS model and judge every component by cross-validation", DeclarePLS);
+    Add<PLSOptions>("pls", "Fit a PLS model of as many components as rows that were left out can be predicted with",
+                    DeclarePLS);
     Add<PCAOptions>("pca", "Fit principal components and judge every one by cross-validation", DeclarePCA);
     Add<OPLSOptions>("opls", "Fit an OPLS model: variation of X that predicts Y apart from variation that does not",
                      DeclareOPLS);

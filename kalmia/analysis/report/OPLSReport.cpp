@@ -123,6 +123,7 @@ std::string OPLSJson(const Table& table, const OPLSResult& result, const Notes& 
   const StoredOPLS& model = result.model;
   Json json = JsonHeader("kalmia-opls");
   AddDataJson(table, result.data, model, &json);
+  AddGroupsJson(model, &json);
   json["y"] = {{"columns", result.data.yNames}, {"missingCells", result.data.y.GetNumMisVal()}};
   json["components"] = ComponentJson(result.components);
   json["predictive"] = model.Predictive();

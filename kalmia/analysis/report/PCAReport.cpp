@@ -112,6 +112,7 @@ std::string PCAJson(const Table& table, const PCAResult& result, const Notes& no
   const StoredPCA& model = result.model;
   Json json = JsonHeader("kalmia-pca");
   AddDataJson(table, result.data, model, &json);
+  AddGroupsJson(model, &json);
   json["components"] = ComponentJson(result.components);
   json["kept"] = model.Components();
   json["endedEarly"] = TextOrNull(result.endedEarly);

@@ -5,6 +5,8 @@
 #include "kalmia/analysis/report/internal/FitCsv.h"
 #include "kalmia/analysis/report/internal/FitReport.h"
 #include "kalmia/analysis/report/internal/NamedComponents.h"
+#include "kalmia/analysis/report/internal/ValidationReport.h"
+#include "kalmia/analysis/steps/Scaling.h"
 #include "kalmia/analysis/table/internal/CsvText.h"
 #include "kalmia/analysis/text/DisplayText.h"
 #include "kalmia/analysis/text/Numbers.h"
@@ -16,23 +18,35 @@ namespace {
 
 using Align = TextTable::Align;
 
-Json ShareJson(const YShare& share) {
-  return {{"r2", JsonNumber(share.r2)},
-          {"r2Cum", JsonNumber(share.r2Cum)},
-          {"q2", JsonNumber(share.q2)},
-          {"q2Cum", JsonNumber(share.q2Cum)}};
+/// Whether cross-validation has judged the components, all of them or none.
+bool AreJudged(const std::vector<ComponentRecord>& components) {
+  return components.empty() || components.front().IsJudged();
+}
+
+void AddShares(const YShare& share, bool isJudged, const std::string& r2, Json* json) {
+  (*json)[r2] = JsonNumber(share.r2);
+  (*json)[r2 + "Cum"] = JsonNumber(share.r2Cum);
+  if (!isJudged) return;
+  (*json)["q2"] = JsonNumber(share.q2);
+  (*json)["q2Cum"] = JsonNumber(share.q2Cum);
 }
 
 std::string PerYText(const std::vector<ComponentRecord>& components, const std::vector<std::string>& yNames) {
+  const bool areJudged = AreJudged(components);
   TextTable table;
   table.AddColumn("component", Align::Right);
   table.AddColumn("Y", Align::Left);
-  for (const char* title : {"R2Y", "R2Y cum", "Q2", "Q2 cum"}) table.AddColumn(title, Align::Right);
+  for (const char* title : {"R2Y", "R2Y cum"}) table.AddColumn(title, Align::Right);
+  if (areJudged) {
+    for (const char* title : {"Q2", "Q2 cum"}) table.AddColumn(title, Align::Right);
+  }
   for (std::size_t a = 0; a < components.size(); ++a) {
     for (std::size_t j = 0; j < yNames.size(); ++j) {
       const YShare& share = components[a].perY[j];
-      table.AddRow({j == 0 ? std::to_string(a + 1) : "", yNames[j], ShareText(share.r2), ShareText(share.r2Cum),
-                    ShareText(share.q2), ShareText(share.q2Cum)});
+      std::vector<std::string> cells = {j == 0 ? std::to_string(a + 1) : "", yNames[j], ShareText(share.r2),
+                                        ShareText(share.r2Cum)};
+      if (areJudged) cells.insert(cells.end(), {ShareText(share.q2), ShareText(share.q2Cum)});
+      table.AddRow(cells);
     }
   }
   return table.Text();
@@ -42,26 +56,103 @@ std::string Heading(const PLSResult& result) {
   return "PLS of " + Listed(result.data.yNames) + " on " + DataText(result.data, result.model);
 }
 
-std::string VerdictText(const PLSResult& result) {
-  if (result.AnyKept()) {
-    const std::string kept = Counted(static_cast<std::size_t>(result.model.Components()), "component") + " kept, ";
-    const std::string early = result.endedEarly.empty() ? "" : "; no further one: " + result.endedEarly;
-    return kept + GroupsText(result.model) + early + ".\n\n" + QualityText(result.model);
+/// "No component is kept", "3 components kept".
+std::string KeptText(const StoredPLS& model) {
+  if (model.Components() == 0) return "No component is kept";
+  return Counted(static_cast<std::size_t>(model.Components()), "component") + " kept";
+}
+
+/// Behind what judged the model: what a model without components is, why there are no further ones.
+std::string EndText(const PLSResult& fit) {
+  const std::string mean = fit.AnyKept() ? "" : ": the model is the mean of " + Listed(fit.data.yNames);
+  return mean + (fit.endedEarly.empty() ? "" : "; no further one: " + fit.endedEarly) + ".\n";
+}
+
+/// Of no model at all.
+std::string NothingText(const PLSResult& fit) {
+  if (fit.components.empty()) {
+    return "No component is kept: none can be computed, " + fit.endedEarly + ".\nNothing is saved.\n";
   }
-  if (result.components.empty()) {
-    return "No component is kept: none can be computed, " + result.endedEarly + ".\nNothing is saved.\n";
-  }
-  const ComponentRecord& first = result.components.front();
-  return "No component is kept, " + GroupsText(result.model) + ": Q2 of the first, " + Significant(first.y.q2, 4) +
+  const ComponentRecord& first = fit.components.front();
+  return "No component is kept, " + GroupsText(fit.model) + ": Q2 of the first, " + Significant(first.y.q2, 4) +
          ", does not exceed its limit, " + Significant(first.q2Limit, 4) + ".\nNothing is saved.\n";
 }
 
+RefittedModels ModelsOf(const PLSAnalysis& analysis) {
+  return RefittedModelsOf(*analysis.validation, analysis.recipe, analysis.fit.model.groupColumn);
+}
+
+std::string RefittedText(const PLSAnalysis& analysis) {
+  const RefittedModels models = ModelsOf(analysis);
+  return RefitText(models) + "\n" + KeptText(analysis.fit.model) + ", " + FoldsText(models) + EndText(analysis.fit) +
+         ChoiceText(models) + "\n" + QualityText(analysis.fit.model) +
+         CvAnovaText(analysis.validation->yNames, analysis.validation->cvAnova);
+}
+
+std::string UnrefittedText(const PLSAnalysis& analysis) {
+  const PLSResult& fit = analysis.fit;
+  std::string text;
+  if (!fit.components.empty()) text = ComponentText(fit.components, fit.data.yNames) + "\n";
+  if (!fit.IsUsable()) return text + NothingText(fit);
+  const bool isJudged = analysis.recipe.method == ValidationMethod::Component;
+  return text + KeptText(fit.model) + ", " + (isJudged ? GroupsText(fit.model) : "not validated") + EndText(fit) +
+         "\n" + QualityText(fit.model);
+}
+
+Json ValidationJson(const PLSAnalysis& analysis) {
+  const int chosen = analysis.fit.model.Components();
+  if (analysis.validation) return RefitJson(ModelsOf(analysis), chosen);
+  return OtherValidationJson(analysis.recipe.method, analysis.fit.model, chosen);
+}
+
+/// Of a model without components there is nothing to ask the library for.
+Coefficients CoefficientsOf(const StoredPLS& model) {
+  if (model.Components() > 0) return CoefficientsInOriginalUnits(*model.pls, model.xScaling, model.yScaling);
+  Coefficients means;
+  for (std::size_t j = 1; j <= model.yNames.size(); ++j) {
+    means.intercepts.push_back(CentreOf(model.yScaling, static_cast<int>(j)));
+  }
+  means.slopes.assign(model.xNames.size(), std::vector<double>(model.yNames.size(), 0.0));
+  return means;
+}
+
 CsvFile VipCsv(const StoredPLS& model, const CsvMarks& marks) {
-  const std::vector<double> vip = VariableImportance(*model.pls);
+  std::vector<double> vip(model.xNames.size(), kNotANumber);
+  if (model.Components() > 0) vip = VariableImportance(*model.pls);
   CsvText csv(marks);
   csv.Field("column").Field("VIP").EndLine();
   for (std::size_t k = 0; k < vip.size(); ++k) csv.Field(model.xNames[k]).Number(vip[k]).EndLine();
   return {"vip.csv", csv.Text()};
+}
+
+/// Of each row; none has one without components.
+std::vector<double> T2Of(const StoredPLS& model) {
+  if (model.Components() > 0) return HotellingT2(*model.pls->GetTprim());
+  return std::vector<double>(model.rowNames.size(), kNotANumber);
+}
+
+/// components.csv of components that were not judged one by one, but refitted as models of 0, 1, 2, ... of them.
+CsvFile NumbersCsv(const PLSAnalysis& analysis, const CsvMarks& marks) {
+  const PLSResult& fit = analysis.fit;
+  const LeftOutErrors& errors = analysis.validation->errors;
+  CsvText csv(marks);
+  csv.Field("components").Field("Y");
+  for (const char* title : {"R2X cum", "R2Y cum", "PRESS", "Q2", "RMSECV", "kept"}) csv.Field(title);
+  csv.EndLine();
+  for (std::size_t a = 0; a < errors.press.size(); ++a) {
+    const ComponentRecord* record = a == 0 || a > fit.components.size() ? nullptr : &fit.components[a - 1];
+    const double none = a == 0 ? 0.0 : kNotANumber;
+    const auto line = [&](const std::string& y, double r2y, double press, double q2, double rmsecv) {
+      csv.Field(std::to_string(a)).Field(y).Number(record != nullptr ? record->r2xCum : none).Number(r2y);
+      csv.Number(press).Number(q2).Number(rmsecv).Field(a == analysis.validation->model ? "yes" : "no").EndLine();
+    };
+    line("(all)", record != nullptr ? record->y.r2Cum : none, errors.press[a], errors.q2[a], kNotANumber);
+    for (std::size_t j = 0; j < fit.data.yNames.size(); ++j) {
+      line(fit.data.yNames[j], record != nullptr ? record->perY[j].r2Cum : none, kNotANumber, errors.q2PerY(a, j),
+           errors.rmsecv(a, j));
+    }
+  }
+  return {"components.csv", csv.Text()};
 }
 
 CsvFile QCsv(const PLSResult& result, const CsvMarks& marks) {
@@ -74,7 +165,8 @@ CsvFile QCsv(const PLSResult& result, const CsvMarks& marks) {
     const auto line = [&](const std::string& y, const YShare& share) {
       csv.Field(std::to_string(a + 1)).Field(y).Number(record.r2x).Number(record.r2xCum).Number(share.r2);
       csv.Number(share.r2Cum).Number(share.q2).Number(share.q2Cum).Number(record.q2Limit);
-      csv.Field(record.significant ? "yes" : "no").Field(record.kept ? "yes" : "no").EndLine();
+      const std::string verdict = record.significant ? "yes" : "no";
+      csv.Field(record.IsJudged() ? verdict : "").Field(record.kept ? "yes" : "no").EndLine();
     };
     line("(all)", record.y);
     for (std::size_t j = 0; j < record.perY.size(); ++j) line(result.data.yNames[j], record.perY[j]);
@@ -85,84 +177,98 @@ CsvFile QCsv(const PLSResult& result, const CsvMarks& marks) {
 }  // namespace
 
 std::string ComponentText(const std::vector<ComponentRecord>& components, const std::vector<std::string>& yNames) {
+  const bool areJudged = AreJudged(components);
   TextTable table;
-  for (const char* title : {"component", "R2X", "R2X cum", "R2Y", "R2Y cum", "Q2", "limit", "Q2 cum"}) {
-    table.AddColumn(title, Align::Right);
+  for (const char* title : {"component", "R2X", "R2X cum", "R2Y", "R2Y cum"}) table.AddColumn(title, Align::Right);
+  if (areJudged) {
+    for (const char* title : {"Q2", "limit", "Q2 cum"}) table.AddColumn(title, Align::Right);
+    table.AddColumn("verdict", Align::Left);
   }
-  table.AddColumn("verdict", Align::Left);
   for (std::size_t a = 0; a < components.size(); ++a) {
     const ComponentRecord& component = components[a];
-    table.AddRow({std::to_string(a + 1), ShareText(component.r2x), ShareText(component.r2xCum),
-                  ShareText(component.y.r2), ShareText(component.y.r2Cum), ShareText(component.y.q2),
-                  ShareText(component.q2Limit), ShareText(component.y.q2Cum),
-                  Verdict(component.significant, component.kept)});
+    std::vector<std::string> cells = {std::to_string(a + 1), ShareText(component.r2x), ShareText(component.r2xCum),
+                                      ShareText(component.y.r2), ShareText(component.y.r2Cum)};
+    if (areJudged) {
+      cells.insert(cells.end(), {ShareText(component.y.q2), ShareText(component.q2Limit),
+                                 ShareText(component.y.q2Cum), Verdict(component.significant, component.kept)});
+    }
+    table.AddRow(cells);
   }
   if (yNames.size() < 2) return table.Text();
   return table.Text() + "\n" + PerYText(components, yNames);
 }
 
 Json ComponentJson(const std::vector<ComponentRecord>& components, const std::vector<std::string>& yNames) {
+  const bool areJudged = AreJudged(components);
   Json list = Json::array();
   for (std::size_t a = 0; a < components.size(); ++a) {
     const ComponentRecord& component = components[a];
+    Json record = {{"component", a + 1}};
+    if (areJudged) {
+      record["kept"] = component.kept;
+      record["significant"] = component.significant;
+    }
+    record["iterations"] = component.iterations;
+    record["r2x"] = JsonNumber(component.r2x);
+    record["r2xCum"] = JsonNumber(component.r2xCum);
+    AddShares(component.y, areJudged, "r2y", &record);
+    if (areJudged) record["q2Limit"] = JsonNumber(component.q2Limit);
     Json perY = Json::array();
     for (std::size_t j = 0; j < yNames.size(); ++j) {
-      Json share = {{"name", yNames[j]}};
-      share.update(ShareJson(component.perY[j]));
-      perY.push_back(share);
+      perY.push_back({{"name", yNames[j]}});
+      AddShares(component.perY[j], areJudged, "r2", &perY.back());
     }
-    list.push_back({{"component", a + 1},
-                    {"kept", component.kept},
-                    {"significant", component.significant},
-                    {"iterations", component.iterations},
-                    {"r2x", JsonNumber(component.r2x)},
-                    {"r2xCum", JsonNumber(component.r2xCum)},
-                    {"r2y", JsonNumber(component.y.r2)},
-                    {"r2yCum", JsonNumber(component.y.r2Cum)},
-                    {"q2", JsonNumber(component.y.q2)},
-                    {"q2Cum", JsonNumber(component.y.q2Cum)},
-                    {"q2Limit", JsonNumber(component.q2Limit)},
-                    {"y", perY}});
+    record["y"] = perY;
+    list.push_back(record);
   }
   return list;
 }
 
-std::string PLSText(const PLSResult& result, const FitFiles& files) {
-  std::string text = Heading(result);
-  if (!result.components.empty()) text += ComponentText(result.components, result.data.yNames) + "\n";
-  return text + VerdictText(result) + WrittenText(files);
+std::string PLSText(const PLSAnalysis& analysis, const FitFiles& files) {
+  return Heading(analysis.fit) + (analysis.validation ? RefittedText(analysis) : UnrefittedText(analysis)) +
+         WrittenText(files);
 }
 
-std::string PLSJson(const Table& table, const PLSResult& result, const Notes& notes, const FitFiles& files) {
-  const ModelData& data = result.data;
-  const StoredPLS& model = result.model;
-  Json json = JsonHeader("kalmia-pls");
-  AddDataJson(table, data, model, &json);
-  json["y"] = {{"columns", data.yNames}, {"missingCells", data.y.GetNumMisVal()}};
-  json["components"] = ComponentJson(result.components, data.yNames);
-  json["kept"] = model.Components();
-  json["endedEarly"] = TextOrNull(result.endedEarly);
-  json["quality"] = QualityJson(model);
+std::string PLSJson(const Table& table, const PLSAnalysis& analysis, const Notes& notes, const FitFiles& files) {
+  const PLSResult& fit = analysis.fit;
+  const RefitValidation* validation = analysis.validation ? &*analysis.validation : nullptr;
+  // What was only described stands beside the errors of its number of components.
+  const std::vector<ComponentRecord>& components = validation != nullptr ? fit.model.components : fit.components;
+  Json json = JsonHeader("kalmia-pls", kRefitJsonVersion);
+  AddDataJson(table, fit.data, fit.model, &json);
+  json["y"] = {{"columns", fit.data.yNames}, {"missingCells", fit.data.y.GetNumMisVal()}};
+  json["components"] = ComponentJson(components, fit.data.yNames);
+  json["kept"] = fit.model.Components();
+  json["endedEarly"] = TextOrNull(fit.endedEarly);
+  json["validation"] = ValidationJson(analysis);
+  json["quality"] = QualityJson(fit.model);
+  json["crossValidated"] = CrossValidatedJson(validation);
+  json["cvAnova"] = CvAnovaJson(validation);
   AddFilesJson(files, notes, &json);
   return JsonText(json);
 }
 
-std::vector<CsvFile> PLSCsvFiles(const PLSResult& result, const CsvMarks& marks) {
-  const ModelData& data = result.data;
-  const StoredPLS& model = result.model;
+std::vector<CsvFile> PLSCsvFiles(const PLSAnalysis& analysis, const CsvMarks& marks) {
+  const PLSResult& fit = analysis.fit;
+  const ModelData& data = fit.data;
+  const StoredPLS& model = fit.model;
   const NCPLS& pls = *model.pls;
-  return {QCsv(result, marks),
+  const RealMatrix none;
+  const std::vector<JackKnifeResult> noJackKnife;
+  const RealMatrix& leftOut = analysis.validation ? analysis.validation->predicted : none;
+  const auto& jackKnife = analysis.validation ? analysis.validation->coefficients : noJackKnife;
+  const NCDataMatrix<float> wStar = model.Components() > 0 ? pls.GetWStarPrim() : NCDataMatrix<float>();
+  return {analysis.validation ? NumbersCsv(analysis, marks) : QCsv(fit, marks),
           NamedComponentsCsv("scores.csv", "row", model.rowNames, {{"t", *pls.GetTprim()}}, marks),
           NamedComponentsCsv("y-scores.csv", "row", model.rowNames, {{"u", *pls.GetUprim()}}, marks),
           NamedComponentsCsv("loadings.csv", "column", model.xNames, {{"p", *pls.GetPprim()}}, marks),
           NamedComponentsCsv("weights.csv", "column", model.xNames, {{"w", *pls.GetWprim()}}, marks),
-          NamedComponentsCsv("w-star.csv", "column", model.xNames, {{"w*", pls.GetWStarPrim()}}, marks),
+          NamedComponentsCsv("w-star.csv", "column", model.xNames, {{"w*", wStar}}, marks),
           NamedComponentsCsv("y-weights.csv", "column", model.yNames, {{"c", *pls.GetCprim()}}, marks),
-          CoefficientsCsv(CoefficientsInOriginalUnits(pls, model.xScaling, model.yScaling), model, marks),
+          CoefficientsCsv(CoefficientsOf(model), model, marks, &jackKnife),
           VipCsv(model, marks),
-          RowsCsv(model.rowNames, HotellingT2(*pls.GetTprim()),
-                  DistancesToModel(model, model.Components(), result.fitted), marks),
-          FitCsv("fit.csv", data.rowNames, data.yNames, data.measuredY, result.fitted, marks)};
+          RowsCsv(model.rowNames, T2Of(model), DistancesToModel(model, model.Components(), fit.fitted), marks),
+          FitCsv("fit.csv", data.rowNames, data.yNames, data.measuredY, fit.fitted, marks, &leftOut)};
 }
 
 std::vector<std::string> PLSCsvFileNames() {

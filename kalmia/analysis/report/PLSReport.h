@@ -3,27 +3,26 @@
 #include <string>
 #include <vector>
 
-#include "kalmia/analysis/fit/PLSResult.h"
 #include "kalmia/analysis/report/CsvFile.h"
 #include "kalmia/analysis/report/WrittenFiles.h"
 #include "kalmia/analysis/table/CsvMarks.h"
 #include "kalmia/analysis/table/Table.h"
 #include "kalmia/analysis/text/Notes.h"
+#include "kalmia/analysis/validation/Analysis.h"
 #include "kalmia/support/Export.h"
 
 namespace kalmia::analysis {
 
-/// The text of a report: for each component R2X, R2Y, Q2 with its limit and the verdict, then RMSEE and RMSECV.
-/// `files` names what was written.
-KALMIA_EXPORT std::string PLSText(const PLSResult& result, const FitFiles& files);
+/// The text of a report: R2X, R2Y, Q2 and RMSECV by number of components, what was compared to choose the number, RMSEE
+/// and RMSECV, CV-ANOVA; by component R2X, R2Y, Q2 with its limit and the verdict. `files` names what was written.
+KALMIA_EXPORT std::string PLSText(const PLSAnalysis& analysis, const FitFiles& files);
 
 /// The same as JSON, format kalmia-pls.
-KALMIA_EXPORT std::string PLSJson(const Table& table, const PLSResult& result, const Notes& notes,
+KALMIA_EXPORT std::string PLSJson(const Table& table, const PLSAnalysis& analysis, const Notes& notes,
                                   const FitFiles& files);
 
-/// The CSV files, for a model that kept components: one line for each row or column of the table,
-/// under its name.
-KALMIA_EXPORT std::vector<CsvFile> PLSCsvFiles(const PLSResult& result, const CsvMarks& marks);
+/// The CSV files, for a fit that is usable: one line for each row or column of the table, under its name.
+KALMIA_EXPORT std::vector<CsvFile> PLSCsvFiles(const PLSAnalysis& analysis, const CsvMarks& marks);
 
 /// The names of these files, before there is a model.
 KALMIA_EXPORT std::vector<std::string> PLSCsvFileNames();

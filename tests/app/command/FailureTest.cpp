@@ -266,7 +266,32 @@ const BadLine kBadLines[] = {
     {{"pls", "t.csv", "--y", "y", "--groups", "99999999999999999999"},
      "--groups takes a whole number from 2 to 2147483647, not '99999999999999999999'"},
     {{"pls", "t.csv", "--y", "y", "--components", "-3"},
-     "--components takes auto or a whole number from 1 on, not '-3'"}};
+     "--components takes auto or a whole number from 0 on, not '-3'"},
+    {{"pls", "t.csv", "--y", "y", "--validation", "loo"},
+     "--validation takes one of refit, component and none, not 'loo'"},
+    {{"pls", "t.csv", "--y", "y", "--validation", "component", "--select", "one-se"},
+     "--select one-se chooses among refitted models"},
+    {{"pls", "t.csv", "--y", "y", "--validation", "component", "--folds", "blocks"}, "--folds is for refits"},
+    {{"pls", "t.csv", "--y", "y", "--validation", "none"},
+     "--validation none cannot choose the number of components: give --components N with it"},
+    {{"pls", "t.csv", "--y", "y", "--validation", "none", "--components", "auto"},
+     "--validation none cannot choose the number of components"},
+    {{"pls", "t.csv", "--y", "y", "--validation", "none", "--components", "2", "--groups", "5"},
+     "--groups has nothing to do with --validation none"},
+    {{"pls", "t.csv", "--y", "y", "--group-column", "g", "--folds", "blocks"},
+     "--folds 'blocks' and --group-column 'g' do not go together"},
+    {{"pls", "t.csv", "--y", "y", "--repeats", "5"}, "--repeats is for --folds random"},
+    {{"pls", "t.csv", "--y", "y", "--folds", "blocks", "--repeats", "5"}, "--repeats is for --folds random"},
+    {{"pls", "t.csv", "--y", "y", "--folds", "random", "--repeats", "0"}, "--repeats takes a whole number from 1 on"},
+    {{"pls", "t.csv", "--y", "y", "--folds", "leave-one-out", "--groups", "5"},
+     "--groups has nothing to do with --folds leave-one-out"},
+    {{"pls", "t.csv", "--y", "y", "--select", "min", "--components", "3"},
+     "--select has nothing to choose where --components gives the number of components"},
+    {{"pls", "t.csv", "--y", "y", "--select", "best"},
+     "--select takes one of one-se, randomisation, min and q2, not 'best'"},
+    {{"pls", "t.csv", "--y", "y", "--alpha", "0.01"}, "--alpha is for --select randomisation"},
+    {{"pls", "t.csv", "--y", "y", "--select", "randomisation", "--alpha", "1"},
+     "--alpha takes a number above 0 and below 1, not '1'"}};
 
 TEST(Failure, SaysInOneLineWhatIsWrongWithTheCommandLineAndWhatWouldBeRight) {
   for (const BadLine& line : kBadLines) {
@@ -283,7 +308,7 @@ TEST(Failure, PointsToTheHelpOfTheCommandThatWasCalled) {
 
 TEST(Failure, IsExitCode2ForNonsenseInPlaceOfANumber) {
   for (const char* option : {"--components", "--groups"}) {
-    for (const char* nonsense : {"abc", "0", "-3", "2.5", "1e3", "", " 5", "5x", "99999999999999", "NaN", "Auto"}) {
+    for (const char* nonsense : {"abc", "-1", "-3", "2.5", "1e3", "", " 5", "5x", "99999999999999", "NaN", "Auto"}) {
       SCOPED_TRACE(std::string(option) + " " + nonsense);
       ExpectFailure(RunKalmia({"pls", "t.csv", "--y", "y", std::string(option) + "=" + nonsense}), 2, option);
     }

@@ -33,7 +33,7 @@ TEST(Info, ShowsVersionScalingNamesAndQ2OfAStoredModel) {
   const std::string table = folder.Write("t.csv", LinearTable(30, 4, 1));
   const std::string model = folder.Path("m");
   const json fit = RunKalmia({"pls", table, "--y", "y", "--id", "name", "--scale", "pareto", "--groups", "5", "--json",
-                              "--save", model})
+                              "--validation", "component", "--save", model})
                        .Json();
   const CommandResult text = RunKalmia({"info", model});
   EXPECT_EQ(text.exitCode, 0);

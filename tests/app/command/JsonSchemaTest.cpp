@@ -89,6 +89,12 @@ TEST(JsonSchema, HoldsForEveryOutput) {
   ExpectValid("kalmia-pls", RunKalmia({"pls", table, "--y", "y1,y2", "--id", "s", "--group-column", "g", "--components",
                                        "2", "--json", "--save", model, "--csv", folder.Path("d")})
                                 .Json());
+  for (const char* method : {"refit", "component", "none"}) {
+    ExpectValid("kalmia-pls", RunKalmia({"pls", "-", "--y", "y", "--components", "2", "--validation", method, "--json"},
+                                        LinearTable(20, 4, 1))
+                                  .Json());
+  }
+  ExpectValid("kalmia-pls", RunKalmia({"pls", "-", "--y", "y1", "--json"}, UnrelatedTable(30, 6, 1, 5)).Json());
   ExpectValid("kalmia-info", RunKalmia({"info", model, "--json"}).Json());
   ExpectValid("kalmia-predict", RunKalmia({"predict", model, table, "--json", "--csv", folder.Path("d")}).Json());
   ExpectValid("kalmia-predict", RunKalmia({"predict", model, "-", "--json"}, "a\n1\nNA\n").Json());

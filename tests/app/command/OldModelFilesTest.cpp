@@ -27,7 +27,8 @@ struct KindOfModel {
 };
 
 std::vector<KindOfModel> PredictingKinds() {
-  const Words pls = {"pls", Oils(), "--y", "yellow,green", "--id", "sample", "--components", "2"};
+  const Words pls = {"pls", Oils(), "--y", "yellow,green", "--id", "sample", "--components", "2",
+                     "--validation", "component"};
   const Words pca = {"pca", Oils(), "--id", "sample", "--components", "2"};
   const Words opls = {"opls", Oils(), "--y",          "yellow,green", "--id",         "sample",
                       "--x",  "Acidity..DK", "--predictive", "1",     "--orthogonal", "1"};

@@ -29,7 +29,7 @@ TEST(PLS, FitsOctaneToTheGasolineSpectra) {
   const json fit = RunWell({"pls", ExampleTable("gasoline.csv"), "--y", "octane", "--id", "sample", "--json"}).Json();
   EXPECT_EQ(fit["x"]["columns"].size(), 401);
   EXPECT_EQ(fit["rows"], 60);
-  EXPECT_EQ(fit["crossValidation"]["groups"], 7);
+  EXPECT_EQ(fit["validation"]["groups"], 7);
   ASSERT_GE(fit["kept"], 2);
   // The octane numbers spread by 1.53; every published model of these spectra errs by 0.2 to 0.35.
   EXPECT_LT(fit["quality"][0]["rmsecv"], 0.4);
@@ -37,7 +37,9 @@ TEST(PLS, FitsOctaneToTheGasolineSpectra) {
 }
 
 TEST(PLS, ShowsTheFirstComponentThatFailsAndDoesNotKeepIt) {
-  const json fit = RunWell({"pls", ExampleTable("gasoline.csv"), "--y", "octane", "--id", "sample", "--json"}).Json();
+  const json fit = RunWell({"pls", ExampleTable("gasoline.csv"), "--y", "octane", "--id", "sample", "--validation",
+                            "component", "--json"})
+                       .Json();
   const json& components = fit["components"];
   const std::size_t kept = fit["kept"];
   ASSERT_EQ(components.size(), kept + 1);
@@ -51,7 +53,7 @@ TEST(PLS, ShowsTheFirstComponentThatFailsAndDoesNotKeepIt) {
 }
 
 TEST(PLS, KeepsAsManyComponentsAsAskedForWhateverQ2Says) {
-  const json fit = FitPLS(UnrelatedTable(30, 6, 1, 5), {"--y", "y1", "--components", "4"});
+  const json fit = FitPLS(UnrelatedTable(30, 6, 1, 5), {"--y", "y1", "--components", "4", "--validation", "component"});
   EXPECT_EQ(fit["kept"], 4);
   ASSERT_EQ(fit["components"].size(), 4);
   for (const json& component : fit["components"]) EXPECT_EQ(component["kept"], true);
@@ -61,9 +63,12 @@ TEST(PLS, KeepsAsManyComponentsAsAskedForWhateverQ2Says) {
 TEST(PLS, KeepsTheSameModelWhetherTheNumberIsGivenOrFound) {
   const std::string table = LinearTable(30, 6, 2);
   const ScratchFolder folder;
-  const json found = FitPLS(table, {"--y", "y", "--id", "name", "--csv", folder.Path("found")});
-  const json given =
-      FitPLS(table, {"--y", "y", "--id", "name", "--csv", folder.Path("given"), "--components", found["kept"].dump()});
+  const std::vector<std::string> words = {"--y", "y", "--id", "name", "--validation", "component", "--csv"};
+  std::vector<std::string> finds = words, gives = words;
+  finds.push_back(folder.Path("found"));
+  const json found = FitPLS(table, finds);
+  gives.insert(gives.end(), {folder.Path("given"), "--components", found["kept"].dump()});
+  const json given = FitPLS(table, gives);
   ASSERT_EQ(found["components"].size(), found["kept"].get<std::size_t>() + 1);  // one was taken and dropped again
   for (const char* file : {"scores.csv", "weights.csv", "loadings.csv", "w-star.csv", "coefficients.csv", "fit.csv",
                            "vip.csv", "rows.csv"}) {
@@ -74,25 +79,28 @@ TEST(PLS, KeepsTheSameModelWhetherTheNumberIsGivenOrFound) {
   EXPECT_EQ(found["quality"], given["quality"]);
 }
 
-TEST(PLS, SaysThatNoComponentIsKeptSavesNothingAndEndsWell) {
+TEST(PLS, ByComponentSaysThatNoneIsKeptSavesNothingAndEndsWell) {
   const ScratchFolder folder;
   const std::string table = folder.Write("t.csv", UnrelatedTable(30, 6, 1, 5));
   const CommandResult text =
-      RunWell({"pls", table, "--y", "y1", "--save", folder.Path("m"), "--csv", folder.Path("d")});
+      RunWell({"pls", table, "--y", "y1", "--validation", "component", "--save", folder.Path("m"), "--csv",
+               folder.Path("d")});
   EXPECT_THAT(text.output, HasSubstr("No component is kept"));
   EXPECT_THAT(text.output, HasSubstr("Nothing is saved"));
   EXPECT_EQ(folder.Names(), std::vector<std::string>{"t.csv"});
-  const json fit = RunWell({"pls", table, "--y", "y1", "--save", folder.Path("m"), "--json"}).Json();
+  const json fit =
+      RunWell({"pls", table, "--y", "y1", "--validation", "component", "--save", folder.Path("m"), "--json"}).Json();
   EXPECT_EQ(fit["kept"], 0);
   EXPECT_EQ(fit["saved"], nullptr);
   EXPECT_EQ(fit["components"].size(), 1);
   EXPECT_THAT(fit["quality"], IsEmpty());
 }
 
-TEST(PLS, EndsWellWhereNotEvenAFirstComponentCanBeFound) {
+TEST(PLS, ByComponentEndsWellWhereNotEvenAFirstOneCanBeFound) {
   const ScratchFolder folder;
   const std::string table = folder.Write("t.csv", "x,y\n1,1\n1.5,2\n1,3\n1.5,2\n");  // unrelated, exactly
-  std::vector<std::string> line = {"pls", table, "--y", "y", "--save", folder.Path("m"), "--csv", folder.Path("d")};
+  std::vector<std::string> line = {"pls",  table, "--y", "y", "--validation", "component", "--save", folder.Path("m"),
+                                   "--csv", folder.Path("d")};
   const CommandResult text = RunWell(line);
   EXPECT_THAT(text.output, HasSubstr("No component is kept: none can be computed, "));
   EXPECT_THAT(text.output, HasSubstr("Nothing is saved"));
@@ -163,7 +171,8 @@ TEST(PLS, LeavesOutConstantAndEmptyColumnsAndRowsWithoutXWithOneLineEach) {
   EXPECT_EQ(run.error,
             "note: left out, without any X cell: row 3\n"
             "note: left out of X, constant columns: k and l\n"
-            "note: left out of X, empty columns: e and f\n");
+            "note: left out of X, empty columns: e and f\n"
+            "note: the jack-knife has 1 degree of freedom: its intervals are wide and mean little\n");
 }
 
 TEST(PLS, TakesAMeasured99AsANumberAndSaysSo) {
@@ -172,13 +181,14 @@ TEST(PLS, TakesAMeasured99AsANumberAndSaysSo) {
   EXPECT_EQ(run.Json()["x"]["missingCells"], 0);
   EXPECT_EQ(run.Json()["y"]["missingCells"], 0);
   EXPECT_EQ(run.error,
-            "note: 2 cells measured as -99 are taken as -99.0000076: -99 itself marks missing cells inside\n");
+            "note: 2 cells measured as -99 are taken as -99.0000076: -99 itself marks missing cells inside\n"
+            "note: the jack-knife has 1 degree of freedom: its intervals are wide and mean little\n");
 }
 
 TEST(PLS, CutsGroupsToTheRowsWithOneLine) {
   const CommandResult run =
       RunWell({"pls", "-", "--y", "y1", "--components", "1", "--groups", "50", "--json"}, UnrelatedTable(12, 3, 1, 1));
-  EXPECT_EQ(run.Json()["crossValidation"]["groups"], 12);
+  EXPECT_EQ(run.Json()["validation"]["groups"], 12);
   EXPECT_EQ(run.error, "note: 50 groups are cut to 12, the number of rows\n");
 }
 
@@ -195,7 +205,9 @@ TEST(PLS, MakesGroupsOfTheValuesOfAColumn) {
   const json byColumn = FitPLS(grouped, {"--y", "y", "--id", "name", "--group-column", "batch"});
   EXPECT_EQ(byColumn["components"], byRule["components"]);
   EXPECT_EQ(byColumn["quality"], byRule["quality"]);
-  EXPECT_EQ(byColumn["crossValidation"], (json{{"groups", 4}, {"groupColumn", "batch"}}));
+  EXPECT_EQ(byColumn["validation"]["groups"], 4);
+  EXPECT_EQ(byColumn["validation"]["folds"], "group-column");
+  EXPECT_EQ(byColumn["validation"]["groupColumn"], "batch");
 }
 
 TEST(PLS, GivesTheSameNumbersForEveryDialectAndLocale) {
@@ -264,7 +276,8 @@ TEST(PLS, PrintsErrorsThatFollowFromR2AndQ2OfOneComponent) {
   for (const double value : y) squares += (value - sum / 30) * (value - sum / 30);
   for (const char* scale : {"uv", "pareto", "centre"}) {
     SCOPED_TRACE(scale);
-    const json fit = FitPLS(table, {"--y", "y", "--id", "name", "--components", "1", "--scale", scale});
+    const json fit = FitPLS(table, {"--y", "y", "--id", "name", "--components", "1", "--scale", scale, "--validation",
+                                   "component"});
     const json& component = fit["components"][0];
     const double sse = (1.0 - component["r2y"].get<double>()) * squares;
     const double press = (1.0 - component["q2"].get<double>()) * squares;
@@ -314,7 +327,9 @@ TEST(PLS, TakesNamesThatAreNoUtf8) {
 
 TEST(PLS, KeepsNoComponentOfAnXTooSmallToBeRegressedOn) {
   const std::string table = "x,z,y\n1e-16,3e-16,1\n2e-16,2e-16,2\n3e-16,5e-16,2.5\n5e-16,4e-16,4\n";
-  const CommandResult run = RunKalmia({"pls", "-", "--y", "y", "--scale", "centre", "--groups", "4"}, table);
+  const CommandResult run = RunKalmia({"pls", "-", "--y", "y", "--scale", "centre", "--groups", "4", "--validation",
+                                        "component"},
+                                       table);
   EXPECT_EQ(run.exitCode, 0);
   EXPECT_THAT(run.output, HasSubstr("No component is kept: none can be computed, nothing is left of X (or its numbers "
                                     "are too small; try scaling to unit variance)"));

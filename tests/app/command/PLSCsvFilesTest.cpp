@@ -65,10 +65,13 @@ TEST(PLSCsv, WritesAllFilesWithNamesOfRowsAndColumns) {
   }
   EXPECT_THAT(fit.File("scores.csv").ColumnNames(), ElementsAre("row", "t1", "t2", "t3"));
   EXPECT_THAT(fit.File("w-star.csv").ColumnNames(), ElementsAre("column", "w*1", "w*2", "w*3"));
-  EXPECT_THAT(fit.File("coefficients.csv").ColumnNames(), ElementsAre("column", "y"));
-  EXPECT_THAT(fit.File("fit.csv").ColumnNames(), ElementsAre("row", "measured y", "predicted y"));
+  EXPECT_THAT(fit.File("coefficients.csv").ColumnNames(),
+              ElementsAre("column", "y", "standard error", "lower", "upper", "p"));
+  EXPECT_THAT(fit.File("fit.csv").ColumnNames(), ElementsAre("row", "measured y", "predicted y", "cv y"));
   EXPECT_THAT(fit.File("rows.csv").ColumnNames(), ElementsAre("row", "T2", "distance"));
-  EXPECT_EQ(fit.File("components.csv").Rows(), 6);
+  EXPECT_THAT(fit.File("components.csv").ColumnNames(),
+              ElementsAre("components", "Y", "R2X cum", "R2Y cum", "PRESS", "Q2", "RMSECV", "kept"));
+  EXPECT_EQ(fit.File("components.csv").Rows(), 8);  // of 0 to 3 components, in total and of y
 }
 
 TEST(PLSCsv, GivesBackNamesThatNeedQuotationMarks) {
@@ -190,7 +193,7 @@ TEST(PLSCsv, HasTheErrorOfEstimationOfItsFittedValues) {
 }
 
 TEST(PLSCsv, HoldsComponentsOfTheModelAlone) {
-  const WrittenFit fit(LinearTable(30, 6, 2), {"--y", "y", "--id", "name"});
+  const WrittenFit fit(LinearTable(30, 6, 2), {"--y", "y", "--id", "name", "--validation", "component"});
   ASSERT_EQ(fit.Json()["components"].size(), static_cast<std::size_t>(fit.Kept()) + 1);
   EXPECT_EQ(fit.File("scores.csv").Columns(), fit.Kept() + 1);
   const Table components = fit.File("components.csv");

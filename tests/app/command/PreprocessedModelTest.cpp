@@ -95,10 +95,12 @@ TEST_F(PreprocessedModel, TellsOfItsStepsAsItTellsOfItsColumns) {
 }
 
 TEST_F(PreprocessedModel, NotesWhatItsCrossValidationDoesNotLeaveOut) {
-  const Words fit = {"pls", table_, "--y", "y", "--id", "name", "--steps-file"};
+  const Words refit = {"pls", table_, "--y", "y", "--id", "name", "--steps-file"};
+  const Words fit = Words{"pls", table_, "--validation", "component"} + Words(refit.begin() + 2, refit.end());
   const std::string note =
       "note: step 2, wavelet-compress:3:symmlet:8: chosen from all rows, those left out in cross-validation too";
   EXPECT_THAT(RunWell(fit + Words{folder_.Write("a", "snv,wavelet-compress:3")}).error, HasSubstr(note));
+  EXPECT_EQ(RunWell(refit + Words{folder_.Path("a")}).error, "");  // chosen anew in each round
   EXPECT_EQ(RunWell(fit + Words{folder_.Write("b", "snv,wavelet-denoise")}).error, "");
   RunWell(Learn("snv,wavelet-compress:3") + Words{"--save", saved_});
   EXPECT_EQ(RunWell(fit + Words{saved_}).error, "");  // chosen from rows of whatever table it was

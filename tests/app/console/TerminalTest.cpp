@@ -47,7 +47,7 @@ TEST(Interrupt, StopsARunningCrossValidationAndLeavesNothingBehind) {
   const std::string table = folder.Write("t.csv", LongWork());
   const CommandResult run =
       RunOnTerminal({"pls", table, "--exclude", "x60", "--y", "y1,y2,y3,y4,y5,y6,y7,y8,y9,y10,y11,y12", "--groups",
-                     "400", "--components", "15", "--save", folder.Path("m"), "--csv", folder.Path("d")},
+                     "400", "--components", "15", "--validation", "component", "--save", folder.Path("m"), "--csv", folder.Path("d")},
                     " of 400");
   EXPECT_EQ(run.exitCode, 130);
   EXPECT_THAT(run.error, HasSubstr("kalmia: stopped"));

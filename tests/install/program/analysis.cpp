@@ -12,8 +12,8 @@ int main() {
   recipe.y = {"y"};
   recipe.components = 1;
   recipe.groups = 5;
-  const PLSResult result = Fit(recipe, table);
-  const StoredModel stored = ReadModelFile(ModelFileBytes(result.model), "the model");
-  std::cout << PLSText(result, {});
-  return std::get<StoredPLS>(stored).yNames == std::vector<std::string>{"y"} && result.AnyKept() ? 0 : 1;
+  const PLSAnalysis analysis = Analyse(recipe, table);
+  const StoredModel stored = ReadModelFile(ModelFileBytes(analysis.fit.model), "the model");
+  std::cout << PLSText(analysis, {});
+  return std::get<StoredPLS>(stored).yNames == std::vector<std::string>{"y"} && analysis.fit.AnyKept() ? 0 : 1;
 }

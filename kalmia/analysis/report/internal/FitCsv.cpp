@@ -1,43 +1,76 @@
 #include "kalmia/analysis/report/internal/FitCsv.h"
 
-#include <limits>
-
 #include "kalmia/analysis/table/internal/CsvText.h"
 
 namespace kalmia::analysis {
 
+namespace {
+
+double CellOr(const RealMatrix& matrix, std::size_t row, std::size_t column) {
+  return matrix.rows > 0 ? matrix(row, column) : kNotANumber;
+}
+
+/// The titles of what the jack-knife says of each Y column, followed by its name where there are several.
+void JackKnifeTitles(const std::vector<std::string>& yNames, CsvText* csv) {
+  for (const std::string& y : yNames) {
+    const std::string behind = yNames.size() > 1 ? " " + y : "";
+    for (const char* title : {"standard error", "lower", "upper", "p"}) csv->Field(title + behind);
+  }
+}
+
+/// Of one number in each Y column.
+void JackKnifeCells(const std::vector<JackKnifeResult>& ofColumns, std::size_t columns, std::size_t number,
+                    CsvText* csv) {
+  for (std::size_t j = 0; j < columns; ++j) {
+    if (ofColumns.empty()) {
+      for (int i = 0; i < 4; ++i) csv->Number(kNotANumber);
+      continue;
+    }
+    const JackKnifeResult& of = ofColumns[j];
+    csv->Number(of.standardErrors[number]).Number(of.lower[number]).Number(of.upper[number]).Number(of.p[number]);
+  }
+}
+
+}  // namespace
+
 CsvFile FitCsv(const std::string& file, const std::vector<std::string>& rowNames,
                const std::vector<std::string>& columnNames, const std::vector<std::vector<double>>& measured,
-               const std::vector<RowPrediction>& fitted, const CsvMarks& marks) {
-  constexpr double kNone = std::numeric_limits<double>::quiet_NaN();
+               const std::vector<RowPrediction>& fitted, const CsvMarks& marks, const RealMatrix* leftOut) {
   CsvText csv(marks);
   csv.Field("row");
-  for (const std::string& name : columnNames) csv.Field("measured " + name).Field("predicted " + name);
+  for (const std::string& name : columnNames) {
+    csv.Field("measured " + name).Field("predicted " + name);
+    if (leftOut != nullptr) csv.Field("cv " + name);
+  }
   csv.EndLine();
   for (std::size_t i = 0; i < fitted.size(); ++i) {
     csv.Field(rowNames[i]);
     for (std::size_t j = 0; j < columnNames.size(); ++j) {
       csv.Number(measured[j][i]);
-      csv.Number(fitted[i].y.empty() ? kNone : fitted[i].y[j]);
+      csv.Number(fitted[i].y.empty() ? kNotANumber : fitted[i].y[j]);
+      if (leftOut != nullptr) csv.Number(CellOr(*leftOut, i, j));
     }
     csv.EndLine();
   }
   return {file, csv.Text()};
 }
 
-CsvFile CoefficientsCsv(const Coefficients& coefficients, const YModelInfo& model, const CsvMarks& marks) {
+CsvFile CoefficientsCsv(const Coefficients& coefficients, const YModelInfo& model, const CsvMarks& marks,
+                        const std::vector<JackKnifeResult>* jackKnife) {
+  const std::size_t slopes = model.xNames.size();
   CsvText csv(marks);
   csv.Field("column");
   for (const std::string& y : model.yNames) csv.Field(y);
+  if (jackKnife != nullptr) JackKnifeTitles(model.yNames, &csv);
   csv.EndLine();
-  csv.Field("(intercept)");
-  for (const double intercept : coefficients.intercepts) csv.Number(intercept);
-  csv.EndLine();
-  for (std::size_t k = 0; k < model.xNames.size(); ++k) {
-    csv.Field(model.xNames[k]);
-    for (const double slope : coefficients.slopes[k]) csv.Number(slope);
+  const auto line = [&](const std::string& name, const std::vector<double>& numbers, std::size_t place) {
+    csv.Field(name);
+    for (const double number : numbers) csv.Number(number);
+    if (jackKnife != nullptr) JackKnifeCells(*jackKnife, model.yNames.size(), place, &csv);
     csv.EndLine();
-  }
+  };
+  line("(intercept)", coefficients.intercepts, slopes);
+  for (std::size_t k = 0; k < slopes; ++k) line(model.xNames[k], coefficients.slopes[k], k);
   return {"coefficients.csv", csv.Text()};
 }
 

@@ -5,21 +5,26 @@
 
 #include "kalmia/analysis/model/ModelDiagnostics.h"
 #include "kalmia/analysis/model/Prediction.h"
+#include "kalmia/analysis/model/RealMatrix.h"
 #include "kalmia/analysis/model/StoredModel.h"
 #include "kalmia/analysis/report/CsvFile.h"
 #include "kalmia/analysis/table/CsvMarks.h"
+#include "kalmia/analysis/validation/JackKnife.h"
 
 namespace kalmia::analysis {
 
 // CSV files that several kinds of fits write alike.
 
-/// Each row's measured and predicted values of every column; `measured` column by column, a hole NaN.
+/// Each row's measured and predicted values of every column; `measured` column by column, a hole NaN. With `leftOut` a
+/// third one, predicted while the row was left out, rows by columns; empty where it is without rows.
 CsvFile FitCsv(const std::string& file, const std::vector<std::string>& rowNames,
                const std::vector<std::string>& columnNames, const std::vector<std::vector<double>>& measured,
-               const std::vector<RowPrediction>& fitted, const CsvMarks& marks);
+               const std::vector<RowPrediction>& fitted, const CsvMarks& marks, const RealMatrix* leftOut = nullptr);
 
-/// coefficients.csv: the intercept of each Y column, then the slopes of each X column.
-CsvFile CoefficientsCsv(const Coefficients& coefficients, const YModelInfo& model, const CsvMarks& marks);
+/// coefficients.csv: the intercept of each Y column, then the slopes of each X column. With `jackKnife`, of each Y
+/// column the slopes, then the intercept, also their standard errors, intervals and p; empty where it has no cells.
+CsvFile CoefficientsCsv(const Coefficients& coefficients, const YModelInfo& model, const CsvMarks& marks,
+                        const std::vector<JackKnifeResult>* jackKnife = nullptr);
 
 /// rows.csv: Hotelling's T2 and the distance to the model of each row.
 CsvFile RowsCsv(const std::vector<std::string>& names, const std::vector<double>& t2,

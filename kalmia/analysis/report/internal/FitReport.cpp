@@ -35,7 +35,7 @@ std::string MissingText(const ModelData& data) {
 std::string ShareText(double share) { return Fixed(share, kShareDecimals); }
 
 std::string Verdict(bool significant, bool kept) {
-  return std::string(significant ? "significant" : "not significant") + (kept ? "" : ", not kept");
+  return std::string(significant ? "Q2 above limit" : "Q2 not above limit") + (kept ? "" : ", not kept");
 }
 
 std::string DataText(const ModelData& data, const ModelInfo& model) {
@@ -62,6 +62,9 @@ void AddDataJson(const Table& table, const ModelData& data, const ModelInfo& mod
                         {"constantColumns", data.constantColumns},
                         {"emptyColumns", data.emptyColumns},
                         {"rows", data.leftOutRows}};
+}
+
+void AddGroupsJson(const ModelInfo& model, Json* json) {
   (*json)["crossValidation"] = {{"groups", model.groups},
                                 {"groupColumn", TextOrNull(model.groupColumn)}};
 }

@@ -20,13 +20,16 @@ std::string DataText(const ModelData& data, const ModelInfo& model);
 /// "cross-validated in 7 groups", with the group column if there is one.
 std::string GroupsText(const ModelInfo& model);
 
-/// The fields of the JSON output on what was fitted: the table, scaling, X, rows, what was left out, groups.
+/// The fields of the JSON output on what was fitted: the table, scaling, X, rows, what was left out.
 void AddDataJson(const Table& table, const ModelData& data, const ModelInfo& model, Json* json);
+
+/// The groups of a cross-validation by component.
+void AddGroupsJson(const ModelInfo& model, Json* json);
 
 /// A share, with the decimals of all reports.
 std::string ShareText(double share);
 
-/// "significant", "not significant", with ", not kept" behind it.
+/// "Q2 above limit", "Q2 not above limit", with ", not kept" behind it.
 std::string Verdict(bool significant, bool kept);
 
 /// RMSEE and RMSECV of each Y column.

@@ -6,8 +6,8 @@
 
 namespace kalmia::analysis {
 
-Json JsonHeader(const std::string& format) {
-  return {{"format", format}, {"formatVersion", kJsonVersion}, {"kalmia", kVersion}};
+Json JsonHeader(const std::string& format, int version) {
+  return {{"format", format}, {"formatVersion", version}, {"kalmia", kVersion}};
 }
 
 Json JsonNumber(double value) { return std::isfinite(value) ? Json(value) : Json(nullptr); }

@@ -10,9 +10,11 @@ using Json = nlohmann::ordered_json;
 /// Version of the JSON forms, which docs/schema describes. It changes when a field is removed or changes its meaning,
 /// not when one is added.
 constexpr int kJsonVersion = 1;
+/// The same of the forms whose validation is by refits.
+constexpr int kRefitJsonVersion = 2;
 
 /// The fields that every output begins with; `format` is the name of one of the schemas: kalmia-pls, kalmia-pca...
-Json JsonHeader(const std::string& format);
+Json JsonHeader(const std::string& format, int version = kJsonVersion);
 
 /// The number, or null for what is no finite number.
 Json JsonNumber(double value);

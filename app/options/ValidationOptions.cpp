@@ -1,0 +1,101 @@
+#include "app/options/ValidationOptions.h"
+
+#include <initializer_list>
+
+#include "app/options/CommandOptions.h"
+#include "kalmia/analysis/text/DisplayText.h"
+
+namespace kalmia::app {
+
+namespace {
+
+/// The first of the options that was given; empty for none.
+std::string FirstGiven(const CommandOptions& command, std::initializer_list<const char*> names) {
+  for (const char* name : names) {
+    if (command.IsGiven(name)) return name;
+  }
+  return "";
+}
+
+std::string RefuseWithNone(const CommandOptions& command, const FitRecipe& recipe, const std::string& number) {
+  if (!recipe.components) {
+    return "--validation none cannot choose the number of components: give " + number + " N with it";
+  }
+  const std::string given = FirstGiven(
+      command, {"--groups", "--group-column", "--folds", "--repeats", "--seed", "--select", "--alpha"});
+  return given.empty() ? "" : given + " has nothing to do with --validation none, which leaves no row out";
+}
+
+std::string RefuseWithComponent(const CommandOptions& command, const ValidationOptions& options) {
+  if (!options.rule.empty() && options.rule != WordOfSelectionRule(SelectionRule::Q2)) {
+    return "--select " + options.rule +
+           " chooses among refitted models; --validation component goes by the Q2 of each component alone";
+  }
+  const std::string given = FirstGiven(command, {"--folds", "--repeats", "--seed", "--alpha"});
+  return given.empty() ? "" : given + " is for refits; --validation component takes every n-th row, or --group-column";
+}
+
+std::string RefuseWithRefit(const CommandOptions& command, const ValidationOptions& options, const FitRecipe& recipe,
+                            const std::string& number) {
+  const FoldScheme scheme = RecipeOf(options).folds.scheme;
+  if (options.repeats && scheme != FoldScheme::Random) {
+    return "--repeats is for --folds random: other groups are the same in each repeat";
+  }
+  if (scheme == FoldScheme::LeaveOneOut && command.IsGiven("--groups")) {
+    return "--groups has nothing to do with --folds leave-one-out, where each row is a group";
+  }
+  if (!options.rule.empty() && recipe.components) {
+    return "--select has nothing to choose where " + number + " gives the number of components";
+  }
+  if (options.alpha && RecipeOf(options).selection.rule != SelectionRule::Randomisation) {
+    return "--alpha is for --select randomisation";
+  }
+  return "";
+}
+
+}  // namespace
+
+void DeclareValidation(CommandOptions* command, ValidationOptions* options, FitRecipe* recipe,
+                       const std::string& number) {
+  command->Choice("--validation", "HOW", ValidationMethodWords(), &options->method,
+                  "what judges the model: refit (default), where left-out rows have no say in anything; component, "
+                  "where each component is judged on what those before it left; or none");
+  command->Number("--groups", 2, &recipe->groups, "number of groups of rows, each of which is left out once (default: "
+                  "7)");
+  command->Choice("--folds", "HOW", FoldSchemeWords(), &options->folds,
+                  "how rows are dealt to groups: interleaved (default), blocks of neighbours, random or leave-one-out");
+  command->Text("--group-column", "NAME", &recipe->groupColumn,
+                "column whose values are the groups; not with --groups or --folds");
+  command->Exclude("--groups", "--group-column");
+  command->Exclude("--folds", "--group-column");
+  command->Number("--repeats", 1, &options->repeats, "how often random groups are dealt anew (default: 1)");
+  command->Number("--seed", 0, &options->seed, "number that random groups and sign flips come from (default: 1)");
+  command->Choice("--select", "RULE", SelectionRuleWords(), &options->rule,
+                  "rule that chooses the number of components, 0 among them, by errors of left-out rows: one-se "
+                  "(default): the fewest within one standard error of the least; randomisation: the fewest that are "
+                  "not worse than the least, by a test; min: the least; q2: as long as each one lowers it by 5 %");
+  command->Real("--alpha", &options->alpha, "a number above 0 and below 1",
+                [](double alpha) { return alpha > 0.0 && alpha < 1.0; },
+                "level of the test of --select randomisation (default: 0.05)");
+  command->Check([=]() -> std::string {
+    switch (RecipeOf(*options).method) {
+      case ValidationMethod::None: return RefuseWithNone(*command, *recipe, number);
+      case ValidationMethod::Component: return RefuseWithComponent(*command, *options);
+      case ValidationMethod::Refit: break;
+    }
+    return RefuseWithRefit(*command, *options, *recipe, number);
+  });
+}
+
+ValidationRecipe RecipeOf(const ValidationOptions& options) {
+  ValidationRecipe recipe;
+  if (!options.method.empty()) recipe.method = *ValidationMethodOfWord(options.method);
+  if (!options.folds.empty()) recipe.folds.scheme = *FoldSchemeOfWord(options.folds);
+  recipe.folds.repeats = options.repeats.value_or(1);
+  recipe.folds.seed = recipe.selection.seed = static_cast<std::uint64_t>(options.seed.value_or(1));
+  if (!options.rule.empty()) recipe.selection.rule = *SelectionRuleOfWord(options.rule);
+  recipe.selection.alpha = options.alpha.value_or(recipe.selection.alpha);
+  return recipe;
+}
+
+}  // namespace kalmia::app

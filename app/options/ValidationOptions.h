@@ -1,0 +1,32 @@
+#pragma once
+
+#include <optional>
+#include <string>
+
+#include "app/Analysis.h"
+#include "kalmia/analysis/fit/FitRecipes.h"
+#include "kalmia/analysis/validation/ValidationRecipe.h"
+
+namespace kalmia::app {
+
+class CommandOptions;
+
+/// How a fit is to be judged, as words of a command line.
+struct ValidationOptions {
+  std::string method;  ///< empty: by refits
+  std::string folds;   ///< empty: interleaved
+  std::optional<int> repeats;
+  std::optional<int> seed;
+  std::string rule;  ///< empty: one-se
+  std::optional<double> alpha;
+};
+
+/// Declares --validation and what goes with it: --groups and --group-column, which the recipe of the fit takes,
+/// --folds, --repeats, --seed, --select and --alpha. `number` is the option that gives the number of components,
+/// declared before; nothing is to be chosen where it was given.
+void DeclareValidation(CommandOptions* command, ValidationOptions* options, FitRecipe* recipe,
+                       const std::string& number);
+
+ValidationRecipe RecipeOf(const ValidationOptions& options);
+
+}  // namespace kalmia::app

@@ -1,0 +1,180 @@
+// `kalmia pls` judged by refits: its numbers, its choice, its folds, and a model of no component.
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <cmath>
+
+#include "CommandRun.h"
+#include "TestTables.h"
+#include "Words.h"
+
+namespace {
+
+using kalmia::analysis::Table;
+using nlohmann::json;
+using ::testing::ElementsAre;
+using ::testing::HasSubstr;
+using ::testing::Not;
+
+Words Octane(const Words& more = {}) {
+  return Words{"pls", ExampleTable("gasoline.csv"), "--y", "octane", "--id", "sample"} + more;
+}
+
+/// RMSECV of the Y column by number of components, from 0 on, as far as figures are given: refits in double precision
+/// gave them with four decimals (R pls 2.8-1 from 1 on, NumPy 1.24.2), and single cells move them by 1e-4 at most.
+void ExpectRmsecv(const json& fit, const char* y, const std::vector<double>& figures) {
+  const json& rows = fit["validation"]["components"];
+  ASSERT_GE(rows.size(), figures.size());
+  for (std::size_t a = 0; a < figures.size(); ++a) {
+    EXPECT_EQ(rows[a]["components"], a);
+    EXPECT_NEAR(rows[a]["rmsecv"][y].get<double>(), figures[a], 0.5e-4 + 1e-4 * figures[a]);
+  }
+}
+
+TEST(PLSRefit, HasTheErrorsOfGasolineAndChoosesByOneStandardError) {
+  const json uv = RunWell(Octane({"--json"})).Json();
+  ExpectRmsecv(uv, "octane", {1.5481, 1.3274, 0.7458, 0.2413, 0.2396, 0.2165, 0.2220});
+  EXPECT_EQ(uv["formatVersion"], 2);
+  EXPECT_EQ(uv["kept"], 5);
+  EXPECT_EQ(uv["validation"]["chosen"], 5);
+  EXPECT_EQ(uv["validation"]["rule"], "one-se");
+  EXPECT_EQ(uv["quality"][0]["rmsecv"], uv["validation"]["components"][5]["rmsecv"]["octane"]);
+  EXPECT_EQ(uv["components"].size(), 5U);
+  EXPECT_FALSE(uv["components"][0].contains("significant"));
+  const json centre = RunWell(Octane({"--json", "--scale", "centre"})).Json();
+  ExpectRmsecv(centre, "octane", {1.5481, 1.3269, 0.4087, 0.2642, 0.2450, 0.2374, 0.2288});
+  EXPECT_EQ(centre["kept"], 4);
+}
+
+TEST(PLSRefit, HasTheErrorsOfOtherFoldsAndCvAnovaOfAGivenNumber) {
+  const json groups = RunWell(Octane({"--components", "3", "--json"})).Json();
+  EXPECT_EQ(groups["validation"]["rule"], nullptr);
+  EXPECT_NEAR(groups["cvAnova"]["f"].get<double>(), 340.42, 0.005 + 340.42 * 2e-4);  // squares of errors of 1e-4
+  EXPECT_EQ(groups["cvAnova"]["df1"], 6);
+  EXPECT_EQ(groups["cvAnova"]["df2"], 53);
+  const json rows = RunWell(Octane({"--components", "3", "--folds", "leave-one-out", "--json"})).Json();
+  EXPECT_NEAR(rows["quality"][0]["rmsecv"].get<double>(), 0.2518, 1e-4);
+  EXPECT_EQ(rows["validation"]["groups"], 60);
+  EXPECT_EQ(rows["validation"]["folds"], "leave-one-out");
+  const json blocks = RunWell(Octane({"--components", "3", "--folds", "blocks", "--groups", "5", "--json"})).Json();
+  EXPECT_NEAR(blocks["quality"][0]["rmsecv"].get<double>(), 0.3033, 1e-4);
+}
+
+TEST(PLSRefit, HasTheErrorsOfAlcoholInWine) {
+  const json fit =
+      RunWell({"pls", ExampleTable("wine.csv"), "--y", "alcohol", "--id", "sample", "--exclude", "cultivar", "--json"})
+          .Json();
+  ExpectRmsecv(fit, "alcohol", {0.8105, 0.6096, 0.5626, 0.5516});
+}
+
+TEST(PLSRefit, ShowsTheNumbersFromZeroOnAndMarksTheChosenOne) {
+  const std::string text = RunWell(Octane()).output;
+  EXPECT_THAT(text, HasSubstr("  components     R2X     R2Y      Q2   RMSECV\n"
+                              "           0  0.0000  0.0000  0.0000   1.5481\n"));
+  EXPECT_THAT(text, HasSubstr("0.21648  chosen\n"));
+  EXPECT_THAT(text, HasSubstr("\n          15  "));  // those that are not kept, too
+  EXPECT_THAT(text,
+              HasSubstr("5 components kept, cross-validated by refits in 7 groups (interleaved).\nRule one-se: "));
+  EXPECT_THAT(text, HasSubstr("CV-ANOVA, errors of left-out rows against octane about its mean: F 235.81 (10, 49)"));
+  EXPECT_THAT(text, Not(HasSubstr("significant")));
+}
+
+TEST(PLSRefit, SaysWhatEachRuleCompared) {
+  const struct {
+    const char *rule, *text;
+    int kept;
+  } kRules[] = {{"one-se", "is at most ", 5},
+                {"randomisation", "with p above 0.05000: p is ", 3},
+                {"min", "the least squared error of left-out rows", 5},
+                {"q2", "one more lowers the squared error of left-out rows by ", 3}};
+  for (const auto& rule : kRules) {
+    SCOPED_TRACE(rule.rule);
+    EXPECT_THAT(RunWell(Octane({"--select", rule.rule})).output, HasSubstr(rule.text));
+    EXPECT_EQ(RunWell(Octane({"--select", rule.rule, "--json"})).Json()["kept"], rule.kept);
+  }
+}
+
+TEST(PLSRefit, GivesTheMeanWhereNothingIsFound) {
+  const ScratchFolder folder;
+  const Words line = {"pls", folder.Write("t.csv", UnrelatedTable(30, 6, 1, 5)), "--y", "y1"};
+  const Words files = {"--csv", folder.Path("d")};
+  EXPECT_THAT(RunWell(line).output, HasSubstr("No component is kept, cross-validated by refits in 7 groups "
+                                              "(interleaved): the model is the mean of y1.\nRule one-se: "));
+  const json fit = RunWell(line + files + Words{"--json"}).Json();
+  EXPECT_EQ(fit["kept"], 0);
+  EXPECT_EQ(fit["csvFiles"].size(), 11U);
+  EXPECT_EQ(fit["components"].size(), 0U);
+  EXPECT_EQ(fit["cvAnova"], nullptr);
+  EXPECT_EQ(fit["quality"][0]["rmsecv"], fit["validation"]["components"][0]["rmsecv"]["y1"]);
+  const Table fitted = CsvAt(folder.Path("d/fit.csv")), coefficients = CsvAt(folder.Path("d/coefficients.csv"));
+  const double mean = NumbersOf(coefficients, "y1")[0];
+  EXPECT_THAT(NumbersOf(fitted, "predicted y1"), ::testing::Each(mean));
+  EXPECT_EQ(NumbersOf(coefficients, "y1")[1], 0.0);
+  EXPECT_EQ(NumbersOf(coefficients, "standard error")[1], 0.0);
+  EXPECT_TRUE(std::isnan(NumbersOf(coefficients, "p")[1]));
+  const json asked = RunWell(line + Words{"--components", "0", "--validation", "none", "--json"}).Json();
+  EXPECT_EQ(asked["kept"], 0);
+  EXPECT_EQ(asked["quality"][0]["rmsee"], fit["quality"][0]["rmsee"]);
+}
+
+TEST(PLSRefit, WritesWhatLeftOutRowsWerePredictedAs) {
+  const ScratchFolder folder;
+  const json fit = RunWell(Octane({"--csv", folder.Path("d"), "--json"})).Json();
+  const Table csv = CsvAt(folder.Path("d/fit.csv"));
+  const std::vector<double> measured = NumbersOf(csv, "measured octane"), leftOut = NumbersOf(csv, "cv octane");
+  double squares = 0.0;
+  for (std::size_t i = 0; i < measured.size(); ++i) squares += std::pow(measured[i] - leftOut[i], 2);
+  EXPECT_NEAR(std::sqrt(squares / 60), fit["quality"][0]["rmsecv"].get<double>(), 1e-12);
+  EXPECT_EQ(fit["crossValidated"]["octane"].get<std::vector<double>>(), leftOut);
+}
+
+TEST(PLSRefit, WritesTheJackKnifeOfEachYColumnUnderItsName) {
+  const ScratchFolder folder;
+  RunWell({"pls", ExampleTable("oliveoil.csv"), "--id", "sample", "--x", "Acidity..DK", "--y", "yellow,green",
+           "--components", "1", "--csv", folder.Path("d")});
+  const Table csv = CsvAt(folder.Path("d/coefficients.csv"));
+  EXPECT_THAT(csv.ColumnNames(),
+              ElementsAre("column", "yellow", "green", "standard error yellow", "lower yellow", "upper yellow",
+                          "p yellow", "standard error green", "lower green", "upper green", "p green"));
+  const std::vector<double> b = NumbersOf(csv, "green"), lower = NumbersOf(csv, "lower green"),
+                            upper = NumbersOf(csv, "upper green"), error = NumbersOf(csv, "standard error green");
+  constexpr double kQuantile = 2.4469118511449692;  // of Student's t with 6 degrees, 97.5 %
+  for (std::size_t k = 0; k < b.size(); ++k) {
+    EXPECT_NEAR(upper[k] - lower[k], 2 * kQuantile * error[k], 1e-9 * error[k]);
+    EXPECT_NEAR((upper[k] + lower[k]) / 2, b[k], 1e-5 * std::abs(b[k]));  // the coefficients come from float cells
+  }
+}
+
+TEST(PLSRefit, LeavesTheFieldsEmptyWithoutRefits) {
+  const ScratchFolder folder;
+  for (const char* method : {"component", "none"}) {
+    SCOPED_TRACE(method);
+    const json fit =
+        RunWell(Octane({"--validation", method, "--components", "2", "--csv", folder.Path(method), "--json"})).Json();
+    EXPECT_EQ(fit["validation"]["method"], method);
+    EXPECT_EQ(fit["validation"]["chosen"], 2);
+    EXPECT_EQ(fit["validation"]["components"].size(), 0U);
+    EXPECT_EQ(fit["crossValidated"], nullptr);
+    EXPECT_EQ(fit["cvAnova"], nullptr);
+    EXPECT_EQ(fit["quality"][0]["rmsecv"].is_null(), std::string(method) == "none");
+    EXPECT_EQ(fit["components"][0].contains("significant"), std::string(method) == "component");
+    const std::string path = folder.Path(method);
+    EXPECT_TRUE(std::isnan(NumbersOf(CsvAt(path + "/coefficients.csv"), "standard error")[0]));
+    EXPECT_TRUE(std::isnan(NumbersOf(CsvAt(path + "/fit.csv"), "cv octane")[0]));
+  }
+}
+
+TEST(PLSRefit, DealsRandomGroupsBySeedAndRepeat) {
+  const auto press = [](const Words& more) {
+    return RunWell(Octane(Words{"--folds", "random", "--components", "2", "--json"} + more))
+        .Json()["validation"]["components"][2]["press"]
+        .get<double>();
+  };
+  EXPECT_EQ(press({}), press({"--seed", "1"}));
+  EXPECT_NE(press({}), press({"--seed", "2"}));
+  EXPECT_NE(press({}), press({"--repeats", "3"}));
+  EXPECT_EQ(RunWell(Octane({"--folds", "random", "--repeats", "3", "--json"})).Json()["validation"]["repeats"], 3);
+}
+
+}  // namespace
