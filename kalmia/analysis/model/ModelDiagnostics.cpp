@@ -3,6 +3,7 @@
 #include <cmath>
 #include <cstddef>
 #include <limits>
+#include <utility>
 
 #include "kalmia/analysis/steps/Scaling.h"
 #include "kalmia/containers/Missing.h"
@@ -40,22 +41,27 @@ Coefficients CoefficientsInOriginalUnits(const NCPLS& model, const ColumnScaling
   return coefficients;
 }
 
-std::vector<double> VariableImportance(const NCPLS& model) {
+std::vector<std::vector<double>> VariableImportances(const NCPLS& model) {
   const NCDataMatrix<float>& w = *model.GetWprim();
   std::vector<double> weighted(static_cast<std::size_t>(w.SizeColumns()), 0.0);
   double total = 0.0;
+  std::vector<std::vector<double>> ofNumbers;
   for (int a = 1; a <= w.SizeRows(); ++a) {
     const double described = SumOfSquares((*model.GetCprim())[a]) * SumOfSquares((*model.GetTprim())[a]);
     const double length = SumOfSquares(w[a]);
     total += described;
+    std::vector<double> vip;
     for (std::size_t k = 0; k < weighted.size(); ++k) {
       const double weight = Present(w[a][static_cast<int>(k) + 1]);
       weighted[k] += described * weight * weight / length;  // a float w is of unit length only nearly
+      vip.push_back(std::sqrt(static_cast<double>(w.SizeColumns()) * weighted[k] / total));
     }
+    ofNumbers.push_back(std::move(vip));
   }
-  for (double& vip : weighted) vip = std::sqrt(static_cast<double>(w.SizeColumns()) * vip / total);
-  return weighted;
+  return ofNumbers;
 }
+
+std::vector<double> VariableImportance(const NCPLS& model) { return VariableImportances(model).back(); }
 
 std::vector<double> HotellingT2(const NCDataMatrix<float>& tPrim) {
   std::vector<double> distances(static_cast<std::size_t>(tPrim.SizeColumns()), 0.0);

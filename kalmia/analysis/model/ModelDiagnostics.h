@@ -23,11 +23,13 @@ struct Coefficients {
 KALMIA_EXPORT Coefficients CoefficientsInOriginalUnits(const NCPLS& model, const ColumnScaling& xScaling,
                                          const ColumnScaling& yScaling);
 
-/// Variable importance in projection of each X column, K cells:
+/// Variable importance in projection of each X column, K cells, of a model with components:
 /// VIP_k = sqrt(K sum_a(S_a w_ak^2) / sum_a S_a), S_a = c_a'c_a t_a't_a, the sum of squares of Y that component a
 /// describes. Their squares sum to K.
 /// Source: Wold, Johansson & Cocchi (1993), in Kubinyi (ed.), 3D QSAR in Drug Design, 523-550.
 KALMIA_EXPORT std::vector<double> VariableImportance(const NCPLS& model);
+/// The same of the first 1, 2, ... A components: A vectors of K cells.
+KALMIA_EXPORT std::vector<std::vector<double>> VariableImportances(const NCPLS& model);
 
 /// Hotelling's T2 of each row, N cells, from the scores, one component a row:
 /// sum over a of (t_ia - mean_a)^2 / s_a^2, with mean and variance (divisor n - 1)

@@ -116,12 +116,23 @@ Coefficients CoefficientsOf(const StoredPLS& model) {
   return means;
 }
 
-CsvFile VipCsv(const StoredPLS& model, const CsvMarks& marks) {
+CsvFile VipCsv(const PLSAnalysis& analysis, const CsvMarks& marks) {
+  const StoredPLS& model = analysis.fit.model;
   std::vector<double> vip(model.xNames.size(), kNotANumber);
   if (model.Components() > 0) vip = VariableImportance(*model.pls);
+  const bool isJudged = analysis.validation && analysis.validation->importance;
   CsvText csv(marks);
-  csv.Field("column").Field("VIP").EndLine();
-  for (std::size_t k = 0; k < vip.size(); ++k) csv.Field(model.xNames[k]).Number(vip[k]).EndLine();
+  csv.Field("column").Field("VIP").Field("standard error").Field("lower").Field("upper").EndLine();
+  for (std::size_t k = 0; k < vip.size(); ++k) {
+    csv.Field(model.xNames[k]).Number(vip[k]);
+    if (isJudged) {
+      const JackKnifeResult& of = *analysis.validation->importance;
+      csv.Number(of.standardErrors[k]).Number(of.lower[k]).Number(of.upper[k]);
+    } else {
+      csv.Number(kNotANumber).Number(kNotANumber).Number(kNotANumber);
+    }
+    csv.EndLine();
+  }
   return {"vip.csv", csv.Text()};
 }
 
@@ -266,7 +277,7 @@ std::vector<CsvFile> PLSCsvFiles(const PLSAnalysis& analysis, const CsvMarks& ma
           NamedComponentsCsv("w-star.csv", "column", model.xNames, {{"w*", wStar}}, marks),
           NamedComponentsCsv("y-weights.csv", "column", model.yNames, {{"c", *pls.GetCprim()}}, marks),
           CoefficientsCsv(CoefficientsOf(model), model, marks, &jackKnife),
-          VipCsv(model, marks),
+          VipCsv(analysis, marks),
           RowsCsv(model.rowNames, T2Of(model), DistancesToModel(model, model.Components(), fit.fitted), marks),
           FitCsv("fit.csv", data.rowNames, data.yNames, data.measuredY, fit.fitted, marks, &leftOut)};
 }

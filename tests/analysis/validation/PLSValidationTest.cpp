@@ -246,6 +246,25 @@ TEST(PLSValidation, PutsTheJackKnifeAboutTheCoefficientsOfTheFit) {
   }
 }
 
+TEST(PLSValidation, PutsTheJackKnifeAboutTheImportanceOfTheFit) {
+  const std::string text = LinearTable(21, 4, 8);
+  PLSRecipe recipe = RecipeOf("y");
+  recipe.components = 2;
+  const PLSValidation validation = Validate(recipe, TableOf(text));
+  const auto importance = [&recipe](const Table& table) { return VariableImportance(*Fit(recipe, table).model.pls); };
+  JackKnife jackKnife(importance(TableOf(text)), 7);
+  for (int group = 0; group < 7; ++group) {
+    jackKnife.AddRound(importance(TableLines(text).SmallTable(RowsOutsideGroup(validation.folds, 0, group))));
+  }
+  const JackKnifeResult expected = jackKnife.Result(0.95, /*least=*/0.0);
+  ASSERT_TRUE(validation.importance);
+  EXPECT_EQ(validation.importance->standardErrors, expected.standardErrors);  // the same floats on both ways
+  EXPECT_EQ(validation.importance->lower, expected.lower);
+  EXPECT_EQ(validation.importance->upper, expected.upper);
+  recipe.components = 0;
+  EXPECT_FALSE(Validate(recipe, TableOf(text)).importance);
+}
+
 TEST(PLSValidation, EndsAtTheMostComponentsOfAllRounds) {
   PLSRecipe recipe = RecipeOf("y1");
   recipe.components = 5;

@@ -65,6 +65,7 @@ TEST(PLSCsv, WritesAllFilesWithNamesOfRowsAndColumns) {
   }
   EXPECT_THAT(fit.File("scores.csv").ColumnNames(), ElementsAre("row", "t1", "t2", "t3"));
   EXPECT_THAT(fit.File("w-star.csv").ColumnNames(), ElementsAre("column", "w*1", "w*2", "w*3"));
+  EXPECT_THAT(fit.File("vip.csv").ColumnNames(), ElementsAre("column", "VIP", "standard error", "lower", "upper"));
   EXPECT_THAT(fit.File("coefficients.csv").ColumnNames(),
               ElementsAre("column", "y", "standard error", "lower", "upper", "p"));
   EXPECT_THAT(fit.File("fit.csv").ColumnNames(), ElementsAre("row", "measured y", "predicted y", "cv y"));

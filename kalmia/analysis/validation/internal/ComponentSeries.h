@@ -55,6 +55,8 @@ class ComponentSeries {
   virtual std::unique_ptr<SeriesPrediction> Predict(const NCDataMatrix<float>& x) const = 0;
   /// For each model the coefficients of scaled Y on scaled X, X columns by Y columns.
   virtual std::vector<RealMatrix> Slopes() const = 0;
+  /// For each model VIP of the X columns, 0 of model 0; nothing of a family whose VIP is not one vector.
+  virtual std::vector<std::vector<double>> Importances() const { return {}; }
 
  protected:
   ComponentSeries(const NCDataMatrix<float>& x, const NCDataMatrix<float>& y);

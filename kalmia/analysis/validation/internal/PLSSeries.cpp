@@ -1,5 +1,6 @@
 #include "kalmia/analysis/validation/internal/PLSSeries.h"
 
+#include "kalmia/analysis/model/ModelDiagnostics.h"
 #include "kalmia/analysis/model/Prediction.h"
 #include "kalmia/analysis/table/SingleCells.h"
 #include "kalmia/pcapls/NCPLS.h"
@@ -54,6 +55,13 @@ class PLSSeries : public ComponentSeries {
       slopes.push_back(sum);
     }
     return slopes;
+  }
+
+  std::vector<std::vector<double>> Importances() const override {
+    std::vector<std::vector<double>> vip = VariableImportances(model_);
+    vip.resize(static_cast<std::size_t>(LastModel()));
+    vip.insert(vip.begin(), std::vector<double>(static_cast<std::size_t>(model_.GetXResiduals()->SizeColumns()), 0.0));
+    return vip;
   }
 
  private:

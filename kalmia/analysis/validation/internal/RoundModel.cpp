@@ -107,6 +107,21 @@ std::vector<std::vector<std::vector<double>>> RoundModel::Coefficients(const std
   return ofModels;
 }
 
+std::vector<std::vector<double>> RoundModel::Importances(const std::vector<std::size_t>& places,
+                                                        std::size_t columns) const {
+  const std::vector<double> none(columns, 0.0);
+  if (series_ == nullptr) return {static_cast<std::size_t>(lastModel_) + 1, none};
+  std::vector<std::vector<double>> ofModels;
+  for (const std::vector<double>& vip : series_->Importances()) {
+    ofModels.push_back(none);
+    for (std::size_t k = 0; k < x_.Places().size(); ++k) {
+      const std::size_t place = places[x_.Places()[k]];
+      if (place != kNowhere) ofModels.back()[place] = vip[k];
+    }
+  }
+  return ofModels;
+}
+
 std::vector<std::vector<double>> RoundModel::InUnitsOfTable(const RealMatrix& scaled,
                                                             const std::vector<std::size_t>& places,
                                                             std::size_t slopes) const {

@@ -48,6 +48,8 @@ class RoundModel {
   /// models were given; kNowhere for one whose slope is not asked for. 0 where the model has no slope.
   std::vector<std::vector<std::vector<double>>> Coefficients(const std::vector<std::size_t>& places,
                                                              std::size_t slopes) const;
+  /// VIP of each model, likewise, without an intercept; 0 where a column has no say. Nothing where the family has none.
+  std::vector<std::vector<double>> Importances(const std::vector<std::size_t>& places, std::size_t columns) const;
   static constexpr std::size_t kNowhere = static_cast<std::size_t>(-1);
 
  private:

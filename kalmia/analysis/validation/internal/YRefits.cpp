@@ -71,21 +71,28 @@ class Refitting {
     result_.r2y = model.Series()->R2Y();
     limits_ = Limits();
     limits_.models = ofAllRows_ = model.LastModel();
+    for (std::vector<double>& vip : model.Importances(PlacesOf(x.names), placeOf_.size())) {
+      vipJackKnives_.emplace_back(std::move(vip), Partition().groups);
+    }
     for (std::vector<std::vector<double>>& ofModel : Coefficients(model, x.names)) {
       jackKnives_.emplace_back();
       for (std::vector<double>& ofY : ofModel) jackKnives_.back().emplace_back(std::move(ofY), Partition().groups);
     }
   }
 
-  /// With slopes in the order of X, of which the model may have other columns where steps were learnt anew.
-  std::vector<std::vector<std::vector<double>>> Coefficients(const RoundModel& model,
-                                                             const std::vector<std::string>& names) const {
+  /// In the order of X, of which the model may have other columns where steps were learnt anew.
+  std::vector<std::size_t> PlacesOf(const std::vector<std::string>& names) const {
     std::vector<std::size_t> places;
     for (const std::string& name : names) {
       const auto place = placeOf_.find(name);
       places.push_back(place != placeOf_.end() ? place->second : RoundModel::kNowhere);
     }
-    return model.Coefficients(places, placeOf_.size());
+    return places;
+  }
+
+  std::vector<std::vector<std::vector<double>>> Coefficients(const RoundModel& model,
+                                                             const std::vector<std::string>& names) const {
+    return model.Coefficients(PlacesOf(names), placeOf_.size());
   }
 
   std::size_t Models() const { return static_cast<std::size_t>(limits_.models) + 1; }
@@ -118,6 +125,8 @@ class Refitting {
     TakePredictions(predicted, leftOut, static_cast<std::size_t>(repeat));
     if (data_.classes) TakeClassValues(model.Predict(x.fitted, &work_), fitted, predicted, leftOut);
     const std::vector<std::vector<std::vector<double>>> coefficients = Coefficients(model, x.names);
+    const std::vector<std::vector<double>> vip = model.Importances(PlacesOf(x.names), placeOf_.size());
+    for (std::size_t a = 0; a < std::min(Models(), vipJackKnives_.size()); ++a) vipJackKnives_[a].AddRound(vip[a]);
     for (std::size_t a = 0; a < Models(); ++a) {
       for (std::size_t j = 0; j < coefficients[a].size(); ++j) jackKnives_[a][j].AddRound(coefficients[a][j]);
     }
@@ -207,6 +216,9 @@ class Refitting {
     if (data_.classes) {
       result_.classes = {*data_.classes, classValues_[a], JudgeClasses(data_.classes->classOfRow, classValues_[a])};
     }
+    if (a > 0 && a < vipJackKnives_.size()) {
+      result_.importance = vipJackKnives_[a].Result(kShare, /*least=*/0.0, progress_);
+    }
     for (const RealMatrix& ofRepeat : distances_) {
       for (std::size_t i = 0; i < ofRepeat.rows; ++i) result_.distances.push_back(ofRepeat(i, a));
     }
@@ -228,6 +240,7 @@ class Refitting {
   std::vector<std::vector<RealMatrix>> predictions_;  ///< by repeat and model
   std::vector<RealMatrix> distances_;                 ///< by repeat: rows by models
   std::vector<std::vector<JackKnife>> jackKnives_;    ///< by model and Y column
+  std::vector<JackKnife> vipJackKnives_;              ///< by model; none where the family has no VIP
   std::vector<RealMatrix> classValues_;               ///< by model: of left-out rows, a mean over the repeats
   std::set<std::string> withoutSpread_;               ///< X columns, in some round
   RefitValidation result_;
