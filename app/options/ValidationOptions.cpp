@@ -3,7 +3,7 @@
 #include <initializer_list>
 
 #include "app/options/CommandOptions.h"
-#include "kalmia/analysis/text/DisplayText.h"
+#include "kalmia/analysis/validation/PermutationTest.h"
 
 namespace kalmia::app {
 
@@ -87,6 +87,20 @@ void DeclareValidation(CommandOptions* command, ValidationOptions* options, FitR
   });
 }
 
+void DeclarePermutations(CommandOptions* command, ValidationOptions* options) {
+  command->Number("--permutations", 1, &options->permutations,
+                  "also fit and validate so many models of Y in random order, and tell how many are as good; 999 for "
+                  "small p");
+  command->Check([=]() -> std::string {
+    if (!options->permutations) return "";
+    if (RecipeOf(*options).method != ValidationMethod::Refit) {
+      return "--permutations refits models and goes with --validation refit alone";
+    }
+    if (*options->permutations <= kMostPermutations) return "";
+    return "--permutations takes at most " + std::to_string(kMostPermutations);
+  });
+}
+
 ValidationRecipe RecipeOf(const ValidationOptions& options) {
   ValidationRecipe recipe;
   if (!options.method.empty()) recipe.method = *ValidationMethodOfWord(options.method);
@@ -95,6 +109,7 @@ ValidationRecipe RecipeOf(const ValidationOptions& options) {
   recipe.folds.seed = recipe.selection.seed = static_cast<std::uint64_t>(options.seed.value_or(1));
   if (!options.rule.empty()) recipe.selection.rule = *SelectionRuleOfWord(options.rule);
   recipe.selection.alpha = options.alpha.value_or(recipe.selection.alpha);
+  recipe.permutations = options.permutations.value_or(0);
   return recipe;
 }
 

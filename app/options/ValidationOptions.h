@@ -19,6 +19,7 @@ struct ValidationOptions {
   std::optional<int> seed;
   std::string rule;  ///< empty: one-se
   std::optional<double> alpha;
+  std::optional<int> permutations;  ///< nothing: no test
 };
 
 /// Declares --validation and what goes with it: --groups and --group-column, which the recipe of the fit takes,
@@ -26,6 +27,9 @@ struct ValidationOptions {
 /// declared before; nothing is to be chosen where it was given.
 void DeclareValidation(CommandOptions* command, ValidationOptions* options, FitRecipe* recipe,
                        const std::string& number);
+
+/// Declares --permutations, which takes refits.
+void DeclarePermutations(CommandOptions* command, ValidationOptions* options);
 
 ValidationRecipe RecipeOf(const ValidationOptions& options);
 

@@ -2,11 +2,21 @@
 
 #include <utility>
 
+#include "kalmia/analysis/validation/YPermutations.h"
 #include "kalmia/analysis/validation/internal/AnalysisSteps.h"
 
 namespace kalmia::analysis {
 
 namespace {
+
+/// Tests the model that was chosen or given, where all rounds can have it.
+void Permute(const PLSRecipe& recipe, const Table& table, PLSAnalysis* analysis, NCProgress* progress) {
+  const PLSValidation& validation = *analysis->validation;
+  if (analysis->recipe.permutations < 1 || validation.model < 1 || !validation.IsJudged()) return;
+  analysis->permutation = PermuteY(recipe, table, validation.folds, static_cast<int>(validation.model),
+                                   {analysis->recipe.permutations, analysis->recipe.folds.seed}, progress);
+  analysis->fit.notes.Add(analysis->permutation->notes);
+}
 
 void AnalyseByRefit(PLSRecipe recipe, const Table& table, PLSAnalysis* analysis, NCProgress* progress) {
   analysis->validation = Validate(recipe, table, analysis->recipe, progress);
@@ -17,6 +27,7 @@ void AnalyseByRefit(PLSRecipe recipe, const Table& table, PLSAnalysis* analysis,
   analysis->fit = Fit(recipe, table, progress);
   analysis->fit.notes.Add(validation.notes);
   TakeErrors(validation, &analysis->fit.model);
+  Permute(recipe, table, analysis, progress);
 }
 
 }  // namespace

@@ -6,6 +6,7 @@
 #include "kalmia/analysis/fit/PLSResult.h"
 #include "kalmia/analysis/table/Table.h"
 #include "kalmia/analysis/validation/PLSValidation.h"
+#include "kalmia/analysis/validation/PermutationTest.h"
 #include "kalmia/analysis/validation/ValidationRecipe.h"
 #include "kalmia/support/Export.h"
 #include "kalmia/support/NCProgress.h"
@@ -17,6 +18,7 @@ struct PLSAnalysis {
   ValidationRecipe recipe;                  ///< by which it was judged
   PLSResult fit;                            ///< `notes` are of the validation too
   std::optional<PLSValidation> validation;  ///< of full refits alone
+  std::optional<PermutationTest> permutation;  ///< of the number of components; nothing of 0 of them
 };
 
 /// Judges models of the recipe as `validation` says, and fits the one that was chosen or given to all rows.

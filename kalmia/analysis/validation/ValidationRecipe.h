@@ -28,6 +28,7 @@ struct ValidationRecipe {
   ValidationMethod method = ValidationMethod::Refit;  ///< Validate refits whatever it says; Analyse reads it
   FoldDealing folds;          ///< not read where the recipe of the fit has a column of groups
   SelectionRecipe selection;  ///< not read where the recipe of the fit gives the number of components
+  int permutations = 0;       ///< runs of the permutation test that Analyse makes of PLS by refits, see PermuteY; 0: none
 };
 
 }  // namespace kalmia::analysis

@@ -289,6 +289,9 @@ const BadLine kBadLines[] = {
      "--select has nothing to choose where --components gives the number of components"},
     {{"pls", "t.csv", "--y", "y", "--select", "best"},
      "--select takes one of one-se, randomisation, min and q2, not 'best'"},
+    {{"pls", "t.csv", "--y", "y", "--validation", "component", "--permutations", "9"},
+     "--permutations refits models and goes with --validation refit alone"},
+    {{"pls", "t.csv", "--y", "y", "--permutations", "2000000"}, "--permutations takes at most 1000000"},
     {{"pls", "t.csv", "--y", "y", "--alpha", "0.01"}, "--alpha is for --select randomisation"},
     {{"pls", "t.csv", "--y", "y", "--select", "randomisation", "--alpha", "1"},
      "--alpha takes a number above 0 and below 1, not '1'"}};

@@ -68,6 +68,17 @@ TEST(PLSRefit, HasTheErrorsOfAlcoholInWine) {
   ExpectRmsecv(fit, "alcohol", {0.8105, 0.6096, 0.5626, 0.5516});
 }
 
+// By component a centred model has a single component and an error of 2.1; least over all numbers are 0.1.
+TEST(PLSRefit, PredictsYarnsThatItHasNotSeen) {
+  const ScratchFolder folder;
+  for (const char* scale : {"uv", "centre"}) {
+    RunWell({"pls", ExampleTable("yarn_train.csv"), "--y", "density", "--id", "row", "--scale", scale, "--save",
+             folder.Path(scale)});
+    const json predicted = RunWell({"predict", folder.Path(scale), ExampleTable("yarn_test.csv"), "--json"}).Json();
+    EXPECT_LT(predicted["errors"][0]["rmsep"].get<double>(), 0.5) << scale;
+  }
+}
+
 TEST(PLSRefit, ShowsTheNumbersFromZeroOnAndMarksTheChosenOne) {
   const std::string text = RunWell(Octane()).output;
   EXPECT_THAT(text, HasSubstr("  components     R2X     R2Y      Q2   RMSECV\n"
@@ -163,6 +174,21 @@ TEST(PLSRefit, LeavesTheFieldsEmptyWithoutRefits) {
     EXPECT_TRUE(std::isnan(NumbersOf(CsvAt(path + "/coefficients.csv"), "standard error")[0]));
     EXPECT_TRUE(std::isnan(NumbersOf(CsvAt(path + "/fit.csv"), "cv octane")[0]));
   }
+}
+
+TEST(PLSRefit, TellsHowManyModelsOfYInRandomOrderAreAsGood) {
+  const json fit = RunWell(Octane({"--components", "2", "--permutations", "19", "--json"})).Json();
+  const json& test = fit["permutation"];
+  EXPECT_EQ(test["n"], 19);
+  EXPECT_EQ(test["runs"].size(), 19U);
+  EXPECT_EQ(test["pQ2"], 1.0 / 20);  // none of them is: Q2 is 0.77
+  for (const json& run : test["runs"]) EXPECT_LT(run["q2"], fit["validation"]["components"][2]["q2"]);
+  const json again = RunWell(Octane({"--components", "2", "--permutations", "19", "--json"})).Json();
+  EXPECT_EQ(test["runs"], again["permutation"]["runs"]);
+  EXPECT_THAT(RunWell(Octane({"--components", "2", "--permutations", "19"})).output,
+              HasSubstr("Permutation test, against 19 models of Y in random order: p "));
+  EXPECT_EQ(RunWell(Octane({"--components", "0", "--permutations", "19", "--json"})).Json()["permutation"], nullptr);
+  EXPECT_EQ(RunWell(Octane({"--json"})).Json()["permutation"], nullptr);
 }
 
 TEST(PLSRefit, DealsRandomGroupsBySeedAndRepeat) {

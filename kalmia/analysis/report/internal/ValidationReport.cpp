@@ -10,6 +10,7 @@ namespace kalmia::analysis {
 namespace {
 
 constexpr int kErrorDigits = 5;
+constexpr int kPDigits = 3;
 constexpr int kDigits = 4;  ///< of what was compared
 constexpr auto kOfLabels = "group-column";  ///< how folds by labels are called
 using Align = TextTable::Align;
@@ -123,9 +124,33 @@ std::string CvAnovaText(const std::vector<std::string>& yNames, const std::vecto
     if (!anova) continue;
     text += "CV-ANOVA, errors of left-out rows against " + OneLine(yNames[j]) + " about its mean: F " +
             Significant(anova->f, kErrorDigits) + " (" + std::to_string(anova->df1) + ", " +
-            std::to_string(anova->df2) + "), p " + Significant(anova->p, 3) + "\n";
+            std::to_string(anova->df2) + "), p " + Significant(anova->p, kPDigits) + "\n";
   }
   return text;
+}
+
+std::string PermutationText(const std::optional<PermutationTest>& test) {
+  if (!test) return "";
+  const PermutationJudgement& of = test->judgement;
+  return "Permutation test, against " + Counted(test->runs.size(), "model") + " of Y in random order: p " +
+         Significant(of.pR2, kPDigits) + " of R2, " + Significant(of.pQ2, kPDigits) + " of Q2; intercepts " +
+         Significant(of.interceptR2, kDigits) + " and " + Significant(of.interceptQ2, kDigits) + "\n";
+}
+
+Json PermutationJson(const std::optional<PermutationTest>& test) {
+  if (!test) return nullptr;
+  const PermutationJudgement& of = test->judgement;
+  Json runs = Json::array();
+  for (const PermutationRun& run : test->runs) {
+    const double correlation = run.correlation;
+    runs.push_back({{"correlation", JsonNumber(correlation)}, {"r2", JsonNumber(run.r2)}, {"q2", JsonNumber(run.q2)}});
+  }
+  return {{"n", test->runs.size()},
+          {"pR2", JsonNumber(of.pR2)},
+          {"pQ2", JsonNumber(of.pQ2)},
+          {"interceptR2", JsonNumber(of.interceptR2)},
+          {"interceptQ2", JsonNumber(of.interceptQ2)},
+          {"runs", runs}};
 }
 
 Json RefitJson(const RefittedModels& models, int chosen) {

@@ -11,6 +11,7 @@
 #include "kalmia/analysis/validation/CvAnova.h"
 #include "kalmia/analysis/validation/Folds.h"
 #include "kalmia/analysis/validation/LeftOutErrors.h"
+#include "kalmia/analysis/validation/PermutationTest.h"
 #include "kalmia/analysis/validation/RefitValidation.h"
 #include "kalmia/analysis/validation/ValidationRecipe.h"
 
@@ -51,6 +52,11 @@ std::string ChoiceText(const RefittedModels& models);
 
 /// A line for each Y column that has one.
 std::string CvAnovaText(const std::vector<std::string>& yNames, const std::vector<std::optional<CvAnova>>& cvAnova);
+
+/// How often models of Y in random order are as good; nothing without such a test.
+std::string PermutationText(const std::optional<PermutationTest>& test);
+/// The field `permutation`; null without one.
+Json PermutationJson(const std::optional<PermutationTest>& test);
 
 /// The field `validation` of each method. `chosen` is the number of components of the model.
 Json RefitJson(const RefittedModels& models, int chosen);
