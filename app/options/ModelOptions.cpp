@@ -53,6 +53,7 @@ void DeclarePLS(CommandOptions* command, PLSOptions* options) {
                           "number of components, 0 for the mean of Y; auto (default): the number that the validation "
                           "chooses");
     DeclareValidation(command, &options->validation, &options->recipe, "--components");
+    DeclareNested(command, &options->validation, &options->recipe, "--components");
     DeclarePermutations(command, &options->validation);
   });
   command->Text("--csv", "DIR", &options->csvFolder, "write scores, loadings, coefficients and more as CSV files");

@@ -87,6 +87,18 @@ void DeclareValidation(CommandOptions* command, ValidationOptions* options, FitR
   });
 }
 
+void DeclareNested(CommandOptions* command, ValidationOptions* options, const FitRecipe* recipe,
+                   const std::string& number) {
+  command->Flag("--nested", &options->nested,
+                "also validate the choice of the number of components: each round chooses its own, by the other rows");
+  command->Check([=]() -> std::string {
+    if (!options->nested) return "";
+    if (RecipeOf(*options).method != ValidationMethod::Refit) return "--nested goes with --validation refit alone";
+    if (recipe->components) return "--nested validates a choice, and " + number + " leaves none";
+    return "";
+  });
+}
+
 void DeclarePermutations(CommandOptions* command, ValidationOptions* options) {
   command->Number("--permutations", 1, &options->permutations,
                   "also fit and validate so many models of Y in random order, and tell how many are as good; 999 for "
@@ -109,6 +121,7 @@ ValidationRecipe RecipeOf(const ValidationOptions& options) {
   recipe.folds.seed = recipe.selection.seed = static_cast<std::uint64_t>(options.seed.value_or(1));
   if (!options.rule.empty()) recipe.selection.rule = *SelectionRuleOfWord(options.rule);
   recipe.selection.alpha = options.alpha.value_or(recipe.selection.alpha);
+  recipe.nested = options.nested;
   recipe.permutations = options.permutations.value_or(0);
   return recipe;
 }

@@ -19,6 +19,7 @@ struct ValidationOptions {
   std::optional<int> seed;
   std::string rule;  ///< empty: one-se
   std::optional<double> alpha;
+  bool nested = false;
   std::optional<int> permutations;  ///< nothing: no test
 };
 
@@ -27,6 +28,10 @@ struct ValidationOptions {
 /// declared before; nothing is to be chosen where it was given.
 void DeclareValidation(CommandOptions* command, ValidationOptions* options, FitRecipe* recipe,
                        const std::string& number);
+
+/// Declares --nested, for refits where `number` does not give the number of components.
+void DeclareNested(CommandOptions* command, ValidationOptions* options, const FitRecipe* recipe,
+                   const std::string& number);
 
 /// Declares --permutations, which takes refits.
 void DeclarePermutations(CommandOptions* command, ValidationOptions* options);

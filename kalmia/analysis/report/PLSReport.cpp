@@ -86,6 +86,7 @@ std::string RefittedText(const PLSAnalysis& analysis) {
   const RefittedModels models = ModelsOf(analysis);
   return RefitText(models) + "\n" + KeptText(analysis.fit.model) + ", " + FoldsText(models) + EndText(analysis.fit) +
          ChoiceText(models) + "\n" + QualityText(analysis.fit.model) +
+         NestedText(*analysis.validation) +
          CvAnovaText(analysis.validation->yNames, analysis.validation->cvAnova) +
          PermutationText(analysis.permutation);
 }
@@ -256,6 +257,7 @@ std::string PLSJson(const Table& table, const PLSAnalysis& analysis, const Notes
   json["quality"] = QualityJson(fit.model);
   json["crossValidated"] = CrossValidatedJson(validation);
   json["cvAnova"] = CvAnovaJson(validation);
+  json["nested"] = NestedJson(validation);
   json["permutation"] = PermutationJson(analysis.permutation);
   AddFilesJson(files, notes, &json);
   return JsonText(json);

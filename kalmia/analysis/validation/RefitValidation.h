@@ -26,6 +26,16 @@ struct ClassValidation {
   ClassFigures figures;
 };
 
+/// Double cross-validation. Errors of left-out rows by which a number of components was chosen are a little too good for
+/// that number. So each round chooses its own one, by the same rule and as many groups of the rows that stay in, and
+/// predicts its left-out rows with it, at most the last model that all rounds can have.
+/// Source: P. Filzmoser, B. Liebmann, K. Varmuza, J. Chemometrics 23 (2009) 160-171.
+struct NestedValidation {
+  std::vector<std::size_t> models;  ///< that the rounds chose, repeat after repeat
+  double q2 = 0.0;
+  std::vector<double> rmsecv, q2PerY;  ///< of each Y column, as LeftOutErrors has them
+};
+
 /// What full refits say of models of N rows, K columns of X and M of Y, whatever their family. Rows and columns are
 /// those of the fit. Model 0 is the mean, model 1 has `block` components, and each further model has one more.
 struct RefitValidation {
@@ -50,6 +60,7 @@ struct RefitValidation {
   /// Of the rows while they were left out, as DistanceToModel has them, those of all repeats: not a number where a row
   /// has none.
   std::vector<double> distances;
+  std::optional<NestedValidation> nested;   ///< where it was asked for and the number was not given
   std::optional<ClassValidation> classes;  ///< where Y are their dummies
 
   Notes notes;  ///< on the validation; Fit has those on the table

@@ -28,6 +28,8 @@ struct ValidationRecipe {
   ValidationMethod method = ValidationMethod::Refit;  ///< Validate refits whatever it says; Analyse reads it
   FoldDealing folds;          ///< not read where the recipe of the fit has a column of groups
   SelectionRecipe selection;  ///< not read where the recipe of the fit gives the number of components
+  /// Whether PLS chooses the number of components anew without the rows of each round, see NestedValidation.
+  bool nested = false;
   int permutations = 0;       ///< runs of the permutation test that Analyse makes of PLS by refits, see PermuteY; 0: none
 };
 

@@ -265,6 +265,33 @@ TEST(PLSValidation, PutsTheJackKnifeAboutTheImportanceOfTheFit) {
   EXPECT_FALSE(Validate(recipe, TableOf(text)).importance);
 }
 
+TEST(PLSValidation, NestedChoosesInEachRoundByTheRowsThatStayIn) {
+  const std::string text = LinearTable(30, 6, 3);
+  const PLSRecipe recipe = RecipeOf("y");
+  ValidationRecipe rounds;
+  rounds.nested = true;
+  rounds.selection.rule = SelectionRule::Min;
+  const PLSValidation validation = Validate(recipe, TableOf(text), rounds);
+  ASSERT_TRUE(validation.nested);
+  ASSERT_EQ(validation.nested->models.size(), 7U);
+  const std::vector<double> y = NumbersOf(TableOf(text), "y");
+  ValidationRecipe plain = rounds;
+  plain.nested = false;
+  double squares = 0.0;
+  for (int group = 0; group < 7; ++group) {
+    const Table rest = TableLines(text).SmallTable(RowsOutsideGroup(validation.folds, 0, group));
+    const auto own = static_cast<std::size_t>(Validate(recipe, rest, plain).components);
+    EXPECT_EQ(validation.nested->models[static_cast<std::size_t>(group)], own);
+    for (const std::size_t row : RowsOfGroup(validation.folds, 0, group)) {
+      squares += std::pow(y[row] - validation.errors.predicted[own](row, 0), 2);
+    }
+  }
+  EXPECT_NEAR(validation.nested->rmsecv[0], std::sqrt(squares / 30), 1e-12 * std::sqrt(squares));
+  PLSRecipe given = recipe;
+  given.components = 2;
+  EXPECT_FALSE(Validate(given, TableOf(text), rounds).nested);
+}
+
 TEST(PLSValidation, EndsAtTheMostComponentsOfAllRounds) {
   PLSRecipe recipe = RecipeOf("y1");
   recipe.components = 5;

@@ -191,6 +191,16 @@ TEST(PLSRefit, TellsHowManyModelsOfYInRandomOrderAreAsGood) {
   EXPECT_EQ(RunWell(Octane({"--json"})).Json()["permutation"], nullptr);
 }
 
+TEST(PLSRefit, ValidatesTheChoiceToo) {
+  const json fit = RunWell(Octane({"--nested", "--json"})).Json();
+  EXPECT_EQ(fit["nested"]["chosen"].size(), 7U);
+  const double rmsecv = fit["nested"]["rmsecv"]["octane"];
+  EXPECT_GT(rmsecv, 0.2165);  // of 5 components, the least
+  EXPECT_LT(rmsecv, 0.30);    // of 3, the least number that any rule would take, it is 0.24
+  EXPECT_THAT(RunWell(Octane({"--nested"})).output,
+              HasSubstr("Double cross-validation, where each round chooses its own number: RMSECV 0.2"));
+}
+
 TEST(PLSRefit, DealsRandomGroupsBySeedAndRepeat) {
   const auto press = [](const Words& more) {
     return RunWell(Octane(Words{"--folds", "random", "--components", "2", "--json"} + more))

@@ -129,6 +129,28 @@ std::string CvAnovaText(const std::vector<std::string>& yNames, const std::vecto
   return text;
 }
 
+std::string NestedText(const RefitValidation& validation) {
+  if (!validation.nested) return "";
+  std::string text = "Double cross-validation, where each round chooses its own number: RMSECV ";
+  for (std::size_t j = 0; j < validation.yNames.size(); ++j) {
+    text += (j > 0 ? ", " : "") + Significant(validation.nested->rmsecv[j], kErrorDigits) + " of " +
+            OneLine(validation.yNames[j]);
+  }
+  return text + "\n";
+}
+
+Json NestedJson(const RefitValidation* validation) {
+  if (validation == nullptr || !validation->nested) return nullptr;
+  const NestedValidation& nested = *validation->nested;
+  Json chosen = Json::array(), rmsecv = Json::object(), q2PerY = Json::object();
+  for (const std::size_t model : nested.models) chosen.push_back(validation->ComponentsOf(model));
+  for (std::size_t j = 0; j < validation->yNames.size(); ++j) {
+    rmsecv[validation->yNames[j]] = JsonNumber(nested.rmsecv[j]);
+    q2PerY[validation->yNames[j]] = JsonNumber(nested.q2PerY[j]);
+  }
+  return {{"chosen", chosen}, {"q2", JsonNumber(nested.q2)}, {"rmsecv", rmsecv}, {"q2PerY", q2PerY}};
+}
+
 std::string PermutationText(const std::optional<PermutationTest>& test) {
   if (!test) return "";
   const PermutationJudgement& of = test->judgement;

@@ -53,6 +53,11 @@ std::string ChoiceText(const RefittedModels& models);
 /// A line for each Y column that has one.
 std::string CvAnovaText(const std::vector<std::string>& yNames, const std::vector<std::optional<CvAnova>>& cvAnova);
 
+/// RMSECV where each round chose its own number of components; nothing without.
+std::string NestedText(const RefitValidation& validation);
+/// The field `nested`; null without one.
+Json NestedJson(const RefitValidation* validation);
+
 /// How often models of Y in random order are as good; nothing without such a test.
 std::string PermutationText(const std::optional<PermutationTest>& test);
 /// The field `permutation`; null without one.

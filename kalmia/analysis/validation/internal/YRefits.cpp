@@ -25,10 +25,12 @@ constexpr int kFewDegrees = 2;  ///< of the jack-knife: with so many its interva
 
 class Refitting {
  public:
-  Refitting(YRefits refits, const Table& table, const ValidationRecipe& validation, NCProgress* progress)
+  Refitting(YRefits refits, const Table& table, const ValidationRecipe& validation, NCProgress* progress,
+            const std::vector<std::size_t>* rows)
       : refits_(std::move(refits)), validation_(validation), progress_(progress), work_(progress) {
     Notes ofTheFit;
     data_ = SelectData(table, refits_.recipe, &ofTheFit, progress);
+    if (rows != nullptr) KeepRows(*rows);
     result_.folds = FoldsOf(refits_.recipe, table, data_, validation.folds, &result_.notes);
     source_ = std::make_unique<SourceX>(table, refits_.recipe, data_, progress);
     for (const std::string& name : data_.xNames) placeOf_.emplace(name, placeOf_.size());
@@ -40,6 +42,7 @@ class Refitting {
     Judge();
     Choose();
     TakeChosen();
+    Nest();
     result_.rowNames = std::move(data_.rowNames);
     result_.xNames = std::move(data_.xNames);
     result_.yNames = std::move(data_.yNames);
@@ -47,6 +50,20 @@ class Refitting {
   }
 
  private:
+  void KeepRows(const std::vector<std::size_t>& rows) {
+    data_.measuredY = RowsOfColumns(data_.measuredY, rows);
+    data_.rows = Kept(data_.rows, rows);
+    data_.rowNames = Kept(data_.rowNames, rows);
+    if (data_.classes) data_.classes->classOfRow = Kept(data_.classes->classOfRow, rows);
+  }
+
+  template <class T>
+  static std::vector<T> Kept(const std::vector<T>& all, const std::vector<std::size_t>& rows) {
+    std::vector<T> kept;
+    for (const std::size_t row : rows) kept.push_back(all[row]);
+    return kept;
+  }
+
   const Folds& Partition() const { return result_.folds; }
 
   /// Of a given number of models the rows and columns alone limit the components.
@@ -201,6 +218,31 @@ class Refitting {
     result_.components = result_.ComponentsOf(result_.model);
   }
 
+  /// The errors of what each round's own choice predicts, beside those of the mean.
+  void Nest() {
+    if (!refits_.chooseBy) return;
+    NestedValidation nested;
+    std::vector<std::vector<RealMatrix>> predictions;
+    for (const std::vector<RealMatrix>& ofRepeat : predictions_) predictions.push_back({ofRepeat[0], ofRepeat[0]});
+    ForEachRound(Partition(), &work_, [&](int repeat, int group) {
+      const auto r = static_cast<std::size_t>(repeat);
+      const std::size_t own = refits_.chooseBy(RowsOutsideGroup(Partition(), repeat, group), work_.SilentBar());
+      nested.models.push_back(std::min(own, Models() - 1));
+      for (const std::size_t row : RowsOfGroup(Partition(), repeat, group)) {
+        for (std::size_t j = 0; j < data_.yNames.size(); ++j) {
+          predictions[r][1](row, j) = predictions_[r][nested.models.back()](row, j);
+        }
+      }
+    });
+    const LeftOutErrors errors = JudgeLeftOutRows(MeasuredY(), predictions, progress_);
+    nested.q2 = errors.q2[1];
+    for (std::size_t j = 0; j < data_.yNames.size(); ++j) {
+      nested.rmsecv.push_back(errors.rmsecv(1, j));
+      nested.q2PerY.push_back(errors.q2PerY(1, j));
+    }
+    result_.nested = std::move(nested);
+  }
+
   void TakeChosen() {
     if (!result_.IsJudged()) return;
     const std::size_t a = result_.model;
@@ -249,8 +291,8 @@ class Refitting {
 }  // namespace
 
 RefitValidation RunYRefits(YRefits refits, const Table& table, const ValidationRecipe& validation,
-                           NCProgress* progress) {
-  return Refitting(std::move(refits), table, validation, progress).Run();
+                           NCProgress* progress, const std::vector<std::size_t>* rows) {
+  return Refitting(std::move(refits), table, validation, progress, rows).Run();
 }
 
 }  // namespace kalmia::analysis

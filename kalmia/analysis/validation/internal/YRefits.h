@@ -1,7 +1,10 @@
 #pragma once
 
+#include <cstddef>
+#include <functional>
 #include <memory>
 #include <optional>
+#include <vector>
 #include <string>
 #include <vector>
 
@@ -19,10 +22,13 @@ struct YRefits {
   const YRecipe& recipe;
   std::optional<int> models;  ///< number of the last one, which is the model; nothing where the rule is to choose
   std::unique_ptr<SeriesFamily> family;
+  /// Chooses the model by some rows alone, from 0 among those that the model sees; nothing where that is not asked for.
+  std::function<std::size_t(const std::vector<std::size_t>& rows, NCProgress* progress)> chooseBy = nullptr;
 };
 
-/// The rounds of such models, which are the same whatever the family; see Validate of a PLS recipe.
+/// The rounds of such models, which are the same whatever the family; see Validate of a PLS recipe. `rows`, from 0 among
+/// those that the model sees, are all where it is null.
 RefitValidation RunYRefits(YRefits refits, const Table& table, const ValidationRecipe& validation,
-                           NCProgress* progress);
+                           NCProgress* progress, const std::vector<std::size_t>* rows = nullptr);
 
 }  // namespace kalmia::analysis
