@@ -7,9 +7,9 @@
 #include "app/console/OutputPlaces.h"
 #include "app/console/ReadTable.h"
 #include "kalmia/analysis/file/ModelFile.h"
-#include "kalmia/analysis/fit/O2PLSResult.h"
 #include "kalmia/analysis/report/O2PLSReport.h"
 #include "kalmia/analysis/table/Table.h"
+#include "kalmia/analysis/validation/O2PLSAnalysis.h"
 
 namespace kalmia::app {
 
@@ -35,15 +35,17 @@ std::string RunCommand(const O2PLSOptions& options, Notes* notes) {
   const Table xTable = ReadTable(options.table, options.reading);
   const Table yTable = ReadTable(options.yTable, options.reading);
   TerminalBar bar;
-  const O2PLSResult result = Fit(RecipeOf(options), xTable, yTable, bar.Get());
+  const O2PLSAnalysis analysis =
+      Analyse(RecipeOf(options), xTable, yTable, RecipeOf(options.validation), bar.Get());
+  const O2PLSResult& result = analysis.fit;
   notes->Add(result.notes);
   FitFiles files;
   if (result.AnyKept()) {
     files = WriteFitFiles(
         options, [&] { return ModelFileBytes(result.model); },
-        [&] { return O2PLSCsvFiles(result, MarksOf(options.csvMarks.Asked())); }, bar.Get());
+        [&] { return O2PLSCsvFiles(analysis, MarksOf(options.csvMarks.Asked())); }, bar.Get());
   }
-  return options.json ? O2PLSJson(result, *notes, files) : O2PLSText(result, files);
+  return options.json ? O2PLSJson(analysis, *notes, files) : O2PLSText(analysis, files);
 }
 
 }  // namespace kalmia::app

@@ -10,9 +10,9 @@
 #include "app/console/ReadTable.h"
 #include "kalmia/analysis/file/ModelFile.h"
 #include "kalmia/analysis/file/OPLSCvFile.h"
-#include "kalmia/analysis/fit/OPLSResult.h"
 #include "kalmia/analysis/report/OPLSReport.h"
 #include "kalmia/analysis/table/Table.h"
+#include "kalmia/analysis/validation/OPLSAnalysis.h"
 
 namespace kalmia::app {
 
@@ -37,14 +37,16 @@ std::string RunCommand(const OPLSOptions& options, Notes* notes) {
   recipe.steps = ReadFitSteps(options);
   const Table table = ReadTable(options.table, options.reading);
   TerminalBar bar;
-  const OPLSResult result = Fit(recipe, table, bar.Get(), resumed ? &*resumed : nullptr);
+  const OPLSAnalysis analysis =
+      Analyse(recipe, table, RecipeOf(options.validation), bar.Get(), resumed ? &*resumed : nullptr);
+  const OPLSResult& result = analysis.fit;
   notes->Add(result.notes);
   const FitFiles files = WriteFitFiles(
       options, [&] { return ModelFileBytes(result.model); },
-      [&] { return OPLSCsvFiles(result, MarksOf(options.csvMarks.Asked())); }, bar.Get(),
+      [&] { return OPLSCsvFiles(analysis, MarksOf(options.csvMarks.Asked())); }, bar.Get(),
       {options.saveCv, [&result] { return OPLSCvFileBytes(result.validation); }});
   if (!files.csv.empty()) NoteNoDistances(result.model, result.model.Components(), notes);
-  return options.json ? OPLSJson(table, result, *notes, files) : OPLSText(result, files);
+  return options.json ? OPLSJson(table, analysis, *notes, files) : OPLSText(analysis, files);
 }
 
 }  // namespace kalmia::app

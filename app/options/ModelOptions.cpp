@@ -34,12 +34,15 @@ void DeclareFit(CommandOptions* command, FitOptions* options, FitRecipe* recipe,
   command->Flag("--json", &options->json, "print JSON");
 }
 
-/// Of a cross-validation by component.
-void DeclareGroups(CommandOptions* command, FitRecipe* recipe) {
-  command->Number("--groups", 2, &recipe->groups, "number of groups of the cross-validation (default: 7)");
-  command->Text("--group-column", "NAME", &recipe->groupColumn,
-                "column whose values are the groups; not with --groups");
-  command->Exclude("--groups", "--group-column");
+/// A cross-validation that is stored, or gone on from, is one by component.
+void TakeStoredAsByComponent(CommandOptions* command, OPLSOptions* options) {
+  command->Check([options]() -> std::string {
+    if (options->saveCv.empty() && options->resume.empty()) return "";
+    std::string& method = options->validation.method;
+    if (method.empty()) method = WordOfValidationMethod(ValidationMethod::Component);
+    if (method == WordOfValidationMethod(ValidationMethod::Component)) return "";
+    return "--save-cv and --resume are of a cross-validation by component, not of --validation " + method;
+  });
 }
 
 }  // namespace
@@ -69,9 +72,10 @@ void DeclarePLS(CommandOptions* command, PLSOptions* options) {
 void DeclarePCA(CommandOptions* command, PCAOptions* options) {
   command->File("TABLE", &options->table, "CSV table with a header, also as .gz");
   DeclareFit(command, options, &options->recipe, [=] {
-    command->NumberOrAuto("--components", 1, &options->recipe.components,
-                          "number of components; auto (default): as long as Q2 exceeds its limit");
-    DeclareGroups(command, &options->recipe);
+    command->NumberOrAuto("--components", 0, &options->recipe.components,
+                          "number of components, 0 for the mean; auto (default): the number that the validation "
+                          "chooses");
+    DeclareValidation(command, &options->validation, &options->recipe, "--components");
   });
   command->Text("--csv", "DIR", &options->csvFolder, "write scores, loadings and more as CSV files");
   DeclareCsvMarks(command, &options->csvMarks, {{"--csv", &options->csvFolder}});
@@ -90,11 +94,14 @@ void DeclareOPLS(CommandOptions* command, OPLSOptions* options) {
     command->NumberOrAuto("--predictive", 1, &options->recipe.predictive,
                           "number of predictive components; auto (default): as many as stand out in Y'X");
     command->NumberOrAuto("--orthogonal", 0, &options->recipe.components,
-                          "number of orthogonal components; auto (default): as long as Q2 gains more than its limit");
-    DeclareGroups(command, &options->recipe);
+                          "number of orthogonal components; auto (default): the number that the validation chooses");
+    TakeStoredAsByComponent(command, options);
+    DeclareValidation(command, &options->validation, &options->recipe, "--orthogonal");
   });
-  command->Text("--save-cv", "FILE", &options->saveCv, "store the cross-validation, for --resume");
-  command->Input("--resume", &options->resume, "go on from what --save-cv has stored of the same table and steps");
+  command->Text("--save-cv", "FILE", &options->saveCv,
+                "store the cross-validation, for --resume; it is one by component");
+  command->Input("--resume", &options->resume,
+                 "go on from what --save-cv has stored of the same table and steps, by component");
   command->Text("--csv", "DIR", &options->csvFolder, "write scores, loadings, coefficients and more as CSV files");
   DeclareCsvMarks(command, &options->csvMarks, {{"--csv", &options->csvFolder}});
   DeclareReading(command, &options->reading);
@@ -133,7 +140,10 @@ void DeclareO2PLS(CommandOptions* command, O2PLSOptions* options) {
     return "--joint, --x-unique and --y-unique go together: give all three numbers, or none for --auto";
   });
   command->Flag("--fill", &options->recipe.fill, "estimate missing cells of each block from the other first");
-  command->Number("--groups", 2, &options->recipe.groups, "number of groups of the cross-validation (default: 7)");
+  DeclareValidation(command, &options->validation,
+                    {&options->recipe.groups, &options->recipe.groupColumn,
+                     [options] { return options->joint.has_value(); }, "--joint",
+                     "--joint, --x-unique and --y-unique", /*isChosen=*/false});
   command->Text("--save", "FILE", &options->save, "store the model");
   command->Flag("--json", &options->json, "print JSON");
   command->Text("--csv", "DIR", &options->csvFolder, "write scores, loadings, weights and fitted values as CSV files");

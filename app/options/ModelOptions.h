@@ -33,10 +33,12 @@ struct PLSOptions : FitOptions {
 
 struct PCAOptions : FitOptions {
   PCARecipe recipe;
+  ValidationOptions validation;
 };
 
 struct OPLSOptions : FitOptions {
   OPLSRecipe recipe;
+  ValidationOptions validation;
   std::string saveCv;  ///< empty: the cross-validation is not stored
   std::string resume;  ///< file of a cross-validation to go on from; empty: it starts anew
 };
@@ -44,6 +46,7 @@ struct OPLSOptions : FitOptions {
 /// `table` is of the X block; there are no steps.
 struct O2PLSOptions : FitOptions {
   O2PLSRecipe recipe;  ///< but for the numbers of components
+  ValidationOptions validation;
   std::string yTable;
   std::optional<int> joint, xUnique, yUnique;  ///< all three or none: as many as cross-validation finds
   bool automatic = false;  ///< says that none is given

@@ -17,9 +17,9 @@ std::string FirstGiven(const CommandOptions& command, std::initializer_list<cons
   return "";
 }
 
-std::string RefuseWithNone(const CommandOptions& command, const FitRecipe& recipe, const std::string& number) {
-  if (!recipe.components) {
-    return "--validation none cannot choose the number of components: give " + number + " N with it";
+std::string RefuseWithNone(const CommandOptions& command, const ValidatedFit& fit) {
+  if (!fit.isNumberGiven()) {
+    return "--validation none cannot choose the number of components: give " + fit.given + " with it";
   }
   const std::string given = FirstGiven(
       command, {"--groups", "--group-column", "--folds", "--repeats", "--seed", "--select", "--alpha"});
@@ -35,8 +35,8 @@ std::string RefuseWithComponent(const CommandOptions& command, const ValidationO
   return given.empty() ? "" : given + " is for refits; --validation component takes every n-th row, or --group-column";
 }
 
-std::string RefuseWithRefit(const CommandOptions& command, const ValidationOptions& options, const FitRecipe& recipe,
-                            const std::string& number) {
+std::string RefuseWithRefit(const CommandOptions& command, const ValidationOptions& options,
+                            const ValidatedFit& fit) {
   const FoldScheme scheme = RecipeOf(options).folds.scheme;
   if (options.repeats && scheme != FoldScheme::Random) {
     return "--repeats is for --folds random: other groups are the same in each repeat";
@@ -44,8 +44,8 @@ std::string RefuseWithRefit(const CommandOptions& command, const ValidationOptio
   if (scheme == FoldScheme::LeaveOneOut && command.IsGiven("--groups")) {
     return "--groups has nothing to do with --folds leave-one-out, where each row is a group";
   }
-  if (!options.rule.empty() && recipe.components) {
-    return "--select has nothing to choose where " + number + " gives the number of components";
+  if (!options.rule.empty() && fit.isNumberGiven()) {
+    return "--select has nothing to choose where " + fit.number + " gives the number of components";
   }
   if (options.alpha && RecipeOf(options).selection.rule != SelectionRule::Randomisation) {
     return "--alpha is for --select randomisation";
@@ -53,23 +53,7 @@ std::string RefuseWithRefit(const CommandOptions& command, const ValidationOptio
   return "";
 }
 
-}  // namespace
-
-void DeclareValidation(CommandOptions* command, ValidationOptions* options, FitRecipe* recipe,
-                       const std::string& number) {
-  command->Choice("--validation", "HOW", ValidationMethodWords(), &options->method,
-                  "what judges the model: refit (default), where left-out rows have no say in anything; component, "
-                  "where each component is judged on what those before it left; or none");
-  command->Number("--groups", 2, &recipe->groups, "number of groups of rows, each of which is left out once (default: "
-                  "7)");
-  command->Choice("--folds", "HOW", FoldSchemeWords(), &options->folds,
-                  "how rows are dealt to groups: interleaved (default), blocks of neighbours, random or leave-one-out");
-  command->Text("--group-column", "NAME", &recipe->groupColumn,
-                "column whose values are the groups; not with --groups or --folds");
-  command->Exclude("--groups", "--group-column");
-  command->Exclude("--folds", "--group-column");
-  command->Number("--repeats", 1, &options->repeats, "how often random groups are dealt anew (default: 1)");
-  command->Number("--seed", 0, &options->seed, "number that random groups and sign flips come from (default: 1)");
+void DeclareChoice(CommandOptions* command, ValidationOptions* options) {
   command->Choice("--select", "RULE", SelectionRuleWords(), &options->rule,
                   "rule that chooses the number of components, 0 among them, by errors of left-out rows: one-se "
                   "(default): the fewest within one standard error of the least; randomisation: the fewest that are "
@@ -77,13 +61,32 @@ void DeclareValidation(CommandOptions* command, ValidationOptions* options, FitR
   command->Real("--alpha", &options->alpha, "a number above 0 and below 1",
                 [](double alpha) { return alpha > 0.0 && alpha < 1.0; },
                 "level of the test of --select randomisation (default: 0.05)");
+}
+
+}  // namespace
+
+void DeclareValidation(CommandOptions* command, ValidationOptions* options, const ValidatedFit& fit) {
+  command->Choice("--validation", "HOW", ValidationMethodWords(), &options->method,
+                  "what judges the model: refit (default), where left-out rows have no say in anything; component, "
+                  "where each component is judged on what those before it left; or none");
+  command->Number("--groups", 2, fit.groups, "number of groups of rows, each of which is left out once (default: "
+                  "7)");
+  command->Choice("--folds", "HOW", FoldSchemeWords(), &options->folds,
+                  "how rows are dealt to groups: interleaved (default), blocks of neighbours, random or leave-one-out");
+  command->Text("--group-column", "NAME", fit.groupColumn,
+                "column whose values are the groups; not with --groups or --folds");
+  command->Exclude("--groups", "--group-column");
+  command->Exclude("--folds", "--group-column");
+  command->Number("--repeats", 1, &options->repeats, "how often random groups are dealt anew (default: 1)");
+  command->Number("--seed", 0, &options->seed, "number that random groups and sign flips come from (default: 1)");
+  if (fit.isChosen) DeclareChoice(command, options);
   command->Check([=]() -> std::string {
     switch (RecipeOf(*options).method) {
-      case ValidationMethod::None: return RefuseWithNone(*command, *recipe, number);
+      case ValidationMethod::None: return RefuseWithNone(*command, fit);
       case ValidationMethod::Component: return RefuseWithComponent(*command, *options);
       case ValidationMethod::Refit: break;
     }
-    return RefuseWithRefit(*command, *options, *recipe, number);
+    return RefuseWithRefit(*command, *options, fit);
   });
 }
 
@@ -111,6 +114,12 @@ void DeclarePermutations(CommandOptions* command, ValidationOptions* options) {
     if (*options->permutations <= kMostPermutations) return "";
     return "--permutations takes at most " + std::to_string(kMostPermutations);
   });
+}
+
+void DeclareValidation(CommandOptions* command, ValidationOptions* options, FitRecipe* recipe,
+                       const std::string& number) {
+  DeclareValidation(command, options, {&recipe->groups, &recipe->groupColumn,
+                                       [recipe] { return recipe->components.has_value(); }, number, number + " N"});
 }
 
 ValidationRecipe RecipeOf(const ValidationOptions& options) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <optional>
 #include <string>
 
@@ -23,9 +24,22 @@ struct ValidationOptions {
   std::optional<int> permutations;  ///< nothing: no test
 };
 
-/// Declares --validation and what goes with it: --groups and --group-column, which the recipe of the fit takes,
-/// --folds, --repeats, --seed, --select and --alpha. `number` is the option that gives the number of components,
-/// declared before; nothing is to be chosen where it was given.
+/// What of a fit is validated, and where its groups go.
+struct ValidatedFit {
+  int* groups;
+  std::string* groupColumn;
+  std::function<bool()> isNumberGiven;  ///< whether the number of components is, once the options are taken
+  std::string number;                   ///< the option that gives it: "--components"
+  std::string given;                    ///< how it is given: "--components N"
+  bool isChosen = true;                 ///< whether --select and --alpha choose it otherwise
+};
+
+/// Declares --validation and what goes with it: --groups, --group-column, --folds, --repeats, --seed, and --select and
+/// --alpha where a rule chooses the number of components. Nothing is to be chosen where it was given.
+void DeclareValidation(CommandOptions* command, ValidationOptions* options, const ValidatedFit& fit);
+
+/// The same of a fit whose recipe takes the groups. `number` is the option that gives the number of components, declared
+/// before.
 void DeclareValidation(CommandOptions* command, ValidationOptions* options, FitRecipe* recipe,
                        const std::string& number);
 

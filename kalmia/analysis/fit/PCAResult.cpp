@@ -15,13 +15,6 @@ namespace kalmia::analysis {
 
 namespace {
 
-void RequireTwoColumns(const Table& table, const ModelData& data) {
-  if (data.xNames.size() > 1) return;
-  const std::string leftOut = LeftOutText(data);
-  throw BadData(table.Name() + ": there is only one column for X, " + Quoted(data.xNames.front()) +
-                ": principal components take two or more" + (leftOut.empty() ? "" : "; left out of X: " + leftOut));
-}
-
 /// Cross-validation leaves groups of columns out too, as many as there are groups of rows.
 void CutGroupsToColumns(const PCARecipe& recipe, ModelData* data, Notes* notes) {
   const int columns = data->x.SizeColumns();

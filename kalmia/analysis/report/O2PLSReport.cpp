@@ -1,17 +1,25 @@
 #include "kalmia/analysis/report/O2PLSReport.h"
 
+#include <algorithm>
+
 #include "kalmia/analysis/report/internal/ComponentTables.h"
 #include "kalmia/analysis/report/internal/FitCsv.h"
 #include "kalmia/analysis/report/internal/FitReport.h"
 #include "kalmia/analysis/report/internal/NamedComponents.h"
 #include "kalmia/analysis/report/internal/O2PLSComponents.h"
+#include "kalmia/analysis/report/internal/ValidationReport.h"
 #include "kalmia/analysis/steps/Scaling.h"
 #include "kalmia/analysis/table/internal/CsvText.h"
 #include "kalmia/analysis/text/DisplayText.h"
+#include "kalmia/analysis/text/Numbers.h"
+#include "kalmia/analysis/text/internal/TextTable.h"
 
 namespace kalmia::analysis {
 
 namespace {
+
+using Align = TextTable::Align;
+constexpr int kErrorDigits = 5;
 
 std::string Heading(const O2PLSResult& result) {
   const BlockPair& data = result.data;
@@ -22,13 +30,138 @@ std::string Heading(const O2PLSResult& result) {
          (filled == 0 ? "" : "; " + Counted(static_cast<std::size_t>(filled), "missing cell") + " estimated") + "\n\n";
 }
 
-std::string KeptText(const O2PLSResult& result) {
-  const StoredO2PLS& model = result.model;
-  if (!result.AnyKept()) {
-    return "X and Y share no component, " + GroupsText(model) + ".\nNothing is saved.\n";
+RefittedModels ModelsOf(const O2PLSAnalysis& analysis) {
+  static const std::optional<ComponentChoice> noChoice;
+  const O2PLSValidation& validation = *analysis.validation;
+  const StoredO2PLS& model = analysis.fit.model;
+  RefittedModels models{analysis.recipe,
+                        validation.folds,
+                        model.groupColumn,
+                        noChoice,
+                        analysis.fit.AnyKept() ? std::size_t{1} : std::size_t{0},
+                        validation.y,
+                        &validation.y,
+                        validation.yNames,
+                        /*numbers=*/{},
+                        /*labels=*/{},
+                        /*r2x=*/{0.0},
+                        /*r2y=*/{0.0}};
+  const BlockShares x = SharesOfX(model.components), y = SharesOfY(model.components);
+  models.r2x.push_back(x.joint + x.unique);
+  models.r2y.push_back(y.joint + y.unique);
+  for (std::size_t a = 0; a <= validation.y.MostComponents(); ++a) {
+    const O2PLSNumbers& numbers = a == 0 ? O2PLSNumbers() : validation.numbers;
+    models.numbers.push_back(
+        {{"joint", numbers.joint}, {"xUnique", numbers.xUnique}, {"yUnique", numbers.yUnique}});
+    models.labels.push_back(std::to_string(numbers.joint) + " + " + std::to_string(numbers.xUnique) + " + " +
+                            std::to_string(numbers.yUnique));
   }
+  return models;
+}
+
+/// Q2 of both directions, then the errors of each Y column.
+std::string RefittedText(const O2PLSAnalysis& analysis) {
+  const O2PLSValidation& validation = *analysis.validation;
+  const RefittedModels models = ModelsOf(analysis);
+  TextTable q2, errors;
+  for (const char* title : {"joint", "X-unique", "Y-unique", "Q2 of Y from X", "Q2 of X from Y"}) {
+    q2.AddColumn(title, Align::Right);
+  }
+  for (std::size_t a = 0; a < models.numbers.size(); ++a) {
+    std::vector<std::string> cells;
+    for (const auto& number : models.numbers[a].items()) cells.push_back(std::to_string(number.value().get<int>()));
+    cells.insert(cells.end(), {ShareText(validation.y.q2[a]), ShareText(validation.x.q2[a])});
+    q2.AddRow(cells);
+  }
+  errors.AddColumn("Y", Align::Left);
+  for (const char* title : {"RMSECV of the mean", "RMSECV", "Q2"}) errors.AddColumn(title, Align::Right);
+  const std::size_t last = validation.y.MostComponents(), shown = std::min(validation.yNames.size(), kLinesShown);
+  for (std::size_t j = 0; j < shown; ++j) {
+    errors.AddRow({validation.yNames[j], Significant(validation.y.rmsecv(0, j), kErrorDigits),
+                   last > 0 ? Significant(validation.y.rmsecv(last, j), kErrorDigits) : "-",
+                   last > 0 ? ShareText(validation.y.q2PerY(last, j)) : "-"});
+  }
+  const std::string more =
+      shown == validation.yNames.size()
+          ? ""
+          : "  and " + std::to_string(validation.yNames.size() - shown) + " more: JSON gives them all\n";
+  return q2.Text() + "\n" + errors.Text() + more + "\n";
+}
+
+std::string MethodText(const O2PLSAnalysis& analysis) {
+  switch (analysis.recipe.method) {
+    case ValidationMethod::Refit: return FoldsText(ModelsOf(analysis));
+    case ValidationMethod::Component: return GroupsText(analysis.fit.model);
+    case ValidationMethod::None: break;
+  }
+  return "not validated";
+}
+
+std::string KeptText(const O2PLSAnalysis& analysis) {
+  const StoredO2PLS& model = analysis.fit.model;
+  if (!analysis.fit.AnyKept()) return "X and Y share no component, " + MethodText(analysis) + ".\nNothing is saved.\n";
   return std::to_string(model.Joint()) + " joint, " + std::to_string(model.XUnique()) + " X-unique and " +
-         std::to_string(model.YUnique()) + " Y-unique components kept, " + GroupsText(model) + ".\n";
+         std::to_string(model.YUnique()) + " Y-unique components kept, " + MethodText(analysis) + ".\n";
+}
+
+/// The search for numbers is by component, whatever judges the model.
+bool WasSearched(const O2PLSAnalysis& analysis) {
+  return analysis.recipe.method == ValidationMethod::Refit && !analysis.fit.components.empty() &&
+         analysis.fit.components.front().IsJudged();
+}
+
+std::string ComponentsText(const O2PLSAnalysis& analysis) {
+  const std::string components = ComponentText(analysis.fit.components) + "\n";
+  return WasSearched(analysis) ? "Numbers of components, found by component:\n" + components : components;
+}
+
+Json ByName(const std::vector<std::string>& names, const RealMatrix& numbers, std::size_t row) {
+  Json json = Json::object();
+  for (std::size_t k = 0; k < names.size(); ++k) json[names[k]] = JsonNumber(numbers(row, k));
+  return json;
+}
+
+Json ValidationJson(const O2PLSAnalysis& analysis) {
+  const StoredO2PLS& model = analysis.fit.model;
+  const Json chosen = {{"joint", model.Joint()}, {"xUnique", model.XUnique()}, {"yUnique", model.YUnique()}};
+  Json json = analysis.validation ? RefitJson(ModelsOf(analysis), model.Components())
+                                  : OtherValidationJson(analysis.recipe.method, model, model.Components());
+  json["chosen"] = chosen;
+  if (!analysis.validation) return json;
+  const O2PLSValidation& validation = *analysis.validation;
+  for (std::size_t a = 0; a < validation.x.press.size(); ++a) {
+    json["components"][a]["xFromY"] = {{"press", JsonNumber(validation.x.press[a])},
+                                       {"q2", JsonNumber(validation.x.q2[a])},
+                                       {"rmsecv", ByName(validation.xNames, validation.x.rmsecv, a)}};
+  }
+  return json;
+}
+
+/// Those of the model, without what the search said of them.
+Json KeptComponentsJson(const O2PLSAnalysis& analysis) {
+  std::vector<O2PLSComponentRecord> kept = analysis.fit.model.components;
+  for (O2PLSComponentRecord& record : kept) record.q2Limit = kNotANumber;
+  return ComponentJson(kept);
+}
+
+/// Of the left-out rows; nothing where the model was not judged so.
+const RealMatrix* LeftOut(const O2PLSAnalysis& analysis, const LeftOutErrors O2PLSValidation::* block) {
+  static const RealMatrix none;
+  if (!analysis.validation || !analysis.validation->IsJudged()) return &none;
+  return &((*analysis.validation).*block).predicted.back();
+}
+
+Json CrossValidatedJson(const O2PLSAnalysis& analysis) {
+  if (!analysis.validation || !analysis.validation->IsJudged()) return nullptr;
+  const O2PLSValidation& validation = *analysis.validation;
+  const RealMatrix& predicted = validation.y.predicted.back();
+  Json json = Json::object();
+  for (std::size_t j = 0; j < predicted.columns; ++j) {
+    Json column = Json::array();
+    for (std::size_t i = 0; i < predicted.rows; ++i) column.push_back(JsonNumber(predicted(i, j)));
+    json[validation.yNames[j]] = column;
+  }
+  return json;
 }
 
 std::vector<NamedComponents> Both(const std::string& symbol, const NCDataMatrix<float>& joint,
@@ -67,7 +200,8 @@ CsvFile ComponentRecordsCsv(const O2PLSResult& result, const CsvMarks& marks) {
   for (std::size_t a = 0; a < result.components.size(); ++a) {
     const O2PLSComponentRecord& record = result.components[a];
     csv.Field(names[a]).Number(record.r2x).Number(record.r2y).Number(record.q2).Number(record.q2Limit);
-    csv.Field(SignificanceE::GetSignificance(record.verdict)).Field(record.kept ? "yes" : "no").EndLine();
+    csv.Field(record.IsJudged() ? SignificanceE::GetSignificance(record.verdict) : "");
+    csv.Field(record.kept ? "yes" : "no").EndLine();
   }
   return {"components.csv", csv.Text()};
 }
@@ -83,19 +217,21 @@ CsvFile SharesCsv(const O2PLSResult& result, const CsvMarks& marks) {
 
 }  // namespace
 
-std::string O2PLSText(const O2PLSResult& result, const FitFiles& files) {
-  return Heading(result) + ComponentText(result.components) + "\n" + KeptText(result) +
-         (result.AnyKept() ? ModelText(result) : "") + WrittenText(files);
+std::string O2PLSText(const O2PLSAnalysis& analysis, const FitFiles& files) {
+  const O2PLSResult& result = analysis.fit;
+  return Heading(result) + ComponentsText(analysis) + (analysis.validation ? RefittedText(analysis) : "") +
+         KeptText(analysis) + (result.AnyKept() ? ModelText(result) : "") + WrittenText(files);
 }
 
-std::string O2PLSJson(const O2PLSResult& result, const Notes& notes, const FitFiles& files) {
+std::string O2PLSJson(const O2PLSAnalysis& analysis, const Notes& notes, const FitFiles& files) {
+  const O2PLSResult& result = analysis.fit;
   const StoredO2PLS& model = result.model;
   const O2PLSMatrices& o = model.o2pls;
   const bool any = result.AnyKept();
   const auto named = [any](const std::vector<std::string>& names, const std::vector<NamedComponents>& parts) {
     return any ? NamedComponentsJson(names, parts) : Json::array();
   };
-  Json json = JsonHeader("kalmia-o2pls");
+  Json json = JsonHeader("kalmia-o2pls", kRefitJsonVersion);
   json["x"] = BlockJson(result.data.x, result.filledX);
   json["y"] = BlockJson(result.data.y, result.filledY);
   json["scaling"] = ScalingWord(model.scaling);
@@ -103,11 +239,13 @@ std::string O2PLSJson(const O2PLSResult& result, const Notes& notes, const FitFi
   json["leftOutRows"] = {{"onlyInX", result.data.onlyInX},
                          {"onlyInY", result.data.onlyInY},
                          {"empty", result.data.emptyRows}};
-  json["crossValidation"] = {{"groups", model.groups}};
-  json["components"] = ComponentJson(result.components);
+  json["components"] = analysis.validation ? KeptComponentsJson(analysis) : ComponentJson(result.components);
+  json["search"] = WasSearched(analysis) ? ComponentJson(result.components) : Json(nullptr);
   json["joint"] = model.Joint();
   json["xUnique"] = model.XUnique();
   json["yUnique"] = model.YUnique();
+  json["validation"] = ValidationJson(analysis);
+  json["crossValidated"] = CrossValidatedJson(analysis);
   json["shares"] = any ? SharesJson(model.components) : Json(nullptr);
   json["predicted"] = any ? Json({{"r2y", JsonNumber(result.r2y)}, {"r2x", JsonNumber(result.r2x)}}) : Json(nullptr);
   json["xLoadings"] = named(model.xNames, Both("p", o.p, o.po));
@@ -118,7 +256,8 @@ std::string O2PLSJson(const O2PLSResult& result, const Notes& notes, const FitFi
   return JsonText(json);
 }
 
-std::vector<CsvFile> O2PLSCsvFiles(const O2PLSResult& result, const CsvMarks& marks) {
+std::vector<CsvFile> O2PLSCsvFiles(const O2PLSAnalysis& analysis, const CsvMarks& marks) {
+  const O2PLSResult& result = analysis.fit;
   const StoredO2PLS& model = result.model;
   const O2PLSMatrices& o = model.o2pls;
   return {ComponentRecordsCsv(result, marks),
@@ -129,8 +268,10 @@ std::vector<CsvFile> O2PLSCsvFiles(const O2PLSResult& result, const CsvMarks& ma
           NamedComponentsCsv("y-loadings.csv", "column", model.yNames, {{"q", o.q}, {"qo", o.qo}}, marks),
           NamedComponentsCsv("x-weights.csv", "column", model.xNames, {{"w", o.w}, {"wo", o.wo}}, marks),
           NamedComponentsCsv("y-weights.csv", "column", model.yNames, {{"c", o.c}, {"co", o.co}}, marks),
-          FitCsv("y-fit.csv", model.rowNames, result.data.y.names, result.data.y.measured, result.fittedY, marks),
-          FitCsv("x-fit.csv", model.rowNames, result.data.x.names, result.data.x.measured, result.fittedX, marks)};
+          FitCsv("y-fit.csv", model.rowNames, result.data.y.names, result.data.y.measured, result.fittedY, marks,
+                 LeftOut(analysis, &O2PLSValidation::y)),
+          FitCsv("x-fit.csv", model.rowNames, result.data.x.names, result.data.x.measured, result.fittedX, marks,
+                 LeftOut(analysis, &O2PLSValidation::x))};
 }
 
 std::vector<std::string> O2PLSCsvFileNames() {

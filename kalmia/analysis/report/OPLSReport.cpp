@@ -5,7 +5,10 @@
 #include "kalmia/analysis/report/internal/ComponentTables.h"
 #include "kalmia/analysis/report/internal/FitCsv.h"
 #include "kalmia/analysis/report/internal/FitReport.h"
+#include "kalmia/analysis/report/internal/ModelsCsv.h"
 #include "kalmia/analysis/report/internal/NamedComponents.h"
+#include "kalmia/analysis/report/internal/ValidationReport.h"
+#include "kalmia/analysis/steps/Scaling.h"
 #include "kalmia/analysis/table/internal/CsvText.h"
 #include "kalmia/analysis/text/DisplayText.h"
 #include "kalmia/analysis/text/internal/TextTable.h"
@@ -14,7 +17,13 @@ namespace kalmia::analysis {
 
 namespace {
 
+constexpr auto kLeftOutScores = "cross-validated-scores.csv";  ///< of a validation by component alone
 using Align = TextTable::Align;
+
+/// Whether cross-validation has judged the components, all of them or none.
+bool AreJudged(const std::vector<OPLSComponentRecord>& components) {
+  return components.empty() || components.front().IsJudged();
+}
 
 /// "predictive 1", "orthogonal 2": the kind of each component, and its number among its kind.
 std::vector<std::string> ComponentNames(const std::vector<OPLSComponentRecord>& components) {
@@ -37,14 +46,18 @@ CsvFile ComponentRecordsCsv(const OPLSResult& result, const CsvMarks& marks) {
   for (std::size_t a = 0; a < result.components.size(); ++a) {
     const OPLSComponentRecord& record = result.components[a];
     csv.Field(names[a]).Number(record.r2x).Number(record.r2y).Number(record.q2).Number(record.q2Cum);
-    csv.Number(record.q2Limit).Field(record.significant ? "yes" : "no").Field(record.kept ? "yes" : "no").EndLine();
+    const std::string verdict = record.significant ? "yes" : "no";
+    csv.Number(record.q2Limit).Field(record.IsJudged() ? verdict : "").Field(record.kept ? "yes" : "no").EndLine();
   }
   return {"components.csv", csv.Text()};
 }
 
 CsvFile VipCsv(const StoredOPLS& model, const CsvMarks& marks) {
-  const std::vector<double> predictive = PredictiveImportance(model);
-  const std::vector<double> orthogonal = OrthogonalImportance(model);
+  std::vector<double> predictive(model.xNames.size(), kNotANumber), orthogonal = predictive;
+  if (model.Components() > 0) {
+    predictive = PredictiveImportance(model);
+    orthogonal = OrthogonalImportance(model);
+  }
   CsvText csv(marks);
   csv.Field("column").Field("VIP predictive").Field("VIP orthogonal").EndLine();
   for (std::size_t k = 0; k < predictive.size(); ++k)
@@ -76,91 +89,172 @@ NCDataMatrix<float> Together(const NCDataMatrix<float>& above, const NCDataMatri
   return both;
 }
 
+std::string Heading(const OPLSResult& fit) {
+  return "OPLS of " + Listed(fit.data.yNames) + " on " + DataText(fit.data, fit.model);
+}
+
+/// "No component is kept", "1 predictive and 2 orthogonal components kept".
+std::string KeptText(const StoredOPLS& model) {
+  if (model.Components() == 0) return "No component is kept";
+  return std::to_string(model.Predictive()) + " predictive and " +
+         Counted(static_cast<std::size_t>(model.Orthogonal()), "orthogonal component") + " kept";
+}
+
+/// Behind what judged the model: what a model without components is, why there are no further ones.
+std::string EndText(const OPLSResult& fit) {
+  const std::string mean = fit.model.Components() > 0 ? "" : ": the model is the mean of " + Listed(fit.data.yNames);
+  return mean + (fit.endedEarly.empty() ? "" : "; no further one: " + fit.endedEarly) + ".\n";
+}
+
+RefittedModels ModelsOf(const OPLSAnalysis& analysis) {
+  const OPLSValidation& validation = *analysis.validation;
+  RefittedModels models = RefittedModelsOf(validation, analysis.recipe, analysis.fit.model.groupColumn);
+  for (std::size_t a = 0; a < models.numbers.size(); ++a) {
+    const int predictive = a == 0 ? 0 : validation.Predictive(), orthogonal = OPLSValidation::OrthogonalOf(a);
+    models.numbers[a]["predictive"] = predictive;
+    models.numbers[a]["orthogonal"] = orthogonal;
+    if (a > 0) models.labels[a] = std::to_string(predictive) + " + " + std::to_string(orthogonal);
+  }
+  return models;
+}
+
+std::string RefittedText(const OPLSAnalysis& analysis) {
+  const RefittedModels models = ModelsOf(analysis);
+  return RefitText(models) + "\n" + KeptText(analysis.fit.model) + ", " + FoldsText(models) + EndText(analysis.fit) +
+         ChoiceText(models) + "\n" + QualityText(analysis.fit.model) +
+         CvAnovaText(analysis.validation->yNames, analysis.validation->cvAnova);
+}
+
+std::string UnrefittedText(const OPLSAnalysis& analysis) {
+  const OPLSResult& fit = analysis.fit;
+  const bool isJudged = analysis.recipe.method == ValidationMethod::Component;
+  return (fit.components.empty() ? "" : ComponentText(fit.components) + "\n") + KeptText(fit.model) + ", " +
+         (isJudged ? GroupsText(fit.model) : "not validated") + EndText(fit) + "\n" + QualityText(fit.model);
+}
+
+Json ValidationJson(const OPLSAnalysis& analysis) {
+  const int chosen = analysis.fit.model.Components();
+  if (analysis.validation) return RefitJson(ModelsOf(analysis), chosen);
+  return OtherValidationJson(analysis.recipe.method, analysis.fit.model, chosen);
+}
+
+/// Of the model with all orthogonal components; no rows without components.
+NCDataMatrix<float> LastBlock(const std::vector<NCDataMatrix<float>>& blocks) {
+  return blocks.empty() ? NCDataMatrix<float>() : blocks.back();
+}
+
+Coefficients CoefficientsOf(const StoredOPLS& model) {
+  return model.Components() > 0 ? CoefficientsInOriginalUnits(model) : CoefficientsOfMeans(model);
+}
+
+/// Of each row; none has one without components.
+std::vector<double> T2Of(const StoredOPLS& model) {
+  if (model.Components() > 0) return HotellingT2(Together(model.opls.t, model.opls.to));
+  return std::vector<double>(model.rowNames.size(), kNotANumber);
+}
+
 }  // namespace
 
 std::string ComponentText(const std::vector<OPLSComponentRecord>& components) {
   TextTable table;
+  const bool areJudged = AreJudged(components);
   table.AddColumn("component", Align::Left);
-  for (const char* title : {"R2X", "R2Y", "Q2", "limit", "Q2 cum"}) table.AddColumn(title, Align::Right);
-  table.AddColumn("verdict", Align::Left);
+  for (const char* title : {"R2X", "R2Y"}) table.AddColumn(title, Align::Right);
+  if (areJudged) {
+    for (const char* title : {"Q2", "limit", "Q2 cum"}) table.AddColumn(title, Align::Right);
+    table.AddColumn("verdict", Align::Left);
+  }
   const std::vector<std::string> names = ComponentNames(components);
   for (std::size_t a = 0; a < components.size(); ++a) {
     const OPLSComponentRecord& component = components[a];
-    table.AddRow({names[a], ShareText(component.r2x), ShareText(component.r2y), ShareText(component.q2),
-                  ShareText(component.q2Limit), ShareText(component.q2Cum),
-                  Verdict(component.significant, component.kept)});
+    std::vector<std::string> cells = {names[a], ShareText(component.r2x), ShareText(component.r2y)};
+    if (areJudged) {
+      cells.insert(cells.end(), {ShareText(component.q2), ShareText(component.q2Limit), ShareText(component.q2Cum),
+                                 Verdict(component.significant, component.kept)});
+    }
+    table.AddRow(cells);
   }
   return table.Text();
 }
 
 Json ComponentJson(const std::vector<OPLSComponentRecord>& components) {
+  const bool areJudged = AreJudged(components);
   Json list = Json::array();
   for (std::size_t a = 0; a < components.size(); ++a) {
     const OPLSComponentRecord& component = components[a];
-    list.push_back({{"component", a + 1},
-                    {"kind", component.orthogonal ? "orthogonal" : "predictive"},
-                    {"kept", component.kept},
-                    {"significant", component.significant},
-                    {"r2x", JsonNumber(component.r2x)},
-                    {"r2y", JsonNumber(component.r2y)},
-                    {"q2", JsonNumber(component.q2)},
-                    {"q2Cum", JsonNumber(component.q2Cum)},
-                    {"q2Limit", JsonNumber(component.q2Limit)}});
+    Json record = {{"component", a + 1}, {"kind", component.orthogonal ? "orthogonal" : "predictive"}};
+    if (areJudged) {
+      record["kept"] = component.kept;
+      record["significant"] = component.significant;
+    }
+    record["r2x"] = JsonNumber(component.r2x);
+    record["r2y"] = JsonNumber(component.r2y);
+    if (areJudged) {
+      record["q2"] = JsonNumber(component.q2);
+      record["q2Cum"] = JsonNumber(component.q2Cum);
+      record["q2Limit"] = JsonNumber(component.q2Limit);
+    }
+    list.push_back(record);
   }
   return list;
 }
 
-std::string OPLSText(const OPLSResult& result, const FitFiles& files) {
-  const StoredOPLS& model = result.model;
-  const std::string early = result.endedEarly.empty() ? "" : "; no further one: " + result.endedEarly;
-  return "OPLS of " + Listed(result.data.yNames) + " on " + DataText(result.data, model) +
-         ComponentText(result.components) + "\n" + std::to_string(model.Predictive()) + " predictive and " +
-         Counted(static_cast<std::size_t>(model.Orthogonal()), "orthogonal component") + " kept, " +
-         GroupsText(model) + early + ".\n\n" + QualityText(model) + WrittenText(files);
+std::string OPLSText(const OPLSAnalysis& analysis, const FitFiles& files) {
+  return Heading(analysis.fit) + (analysis.validation ? RefittedText(analysis) : UnrefittedText(analysis)) +
+         WrittenText(files);
 }
 
-std::string OPLSJson(const Table& table, const OPLSResult& result, const Notes& notes, const FitFiles& files) {
-  const StoredOPLS& model = result.model;
-  Json json = JsonHeader("kalmia-opls");
-  AddDataJson(table, result.data, model, &json);
-  AddGroupsJson(model, &json);
-  json["y"] = {{"columns", result.data.yNames}, {"missingCells", result.data.y.GetNumMisVal()}};
-  json["components"] = ComponentJson(result.components);
+std::string OPLSJson(const Table& table, const OPLSAnalysis& analysis, const Notes& notes, const FitFiles& files) {
+  const OPLSResult& fit = analysis.fit;
+  const StoredOPLS& model = fit.model;
+  const RefitValidation* validation = analysis.validation ? &*analysis.validation : nullptr;
+  Json json = JsonHeader("kalmia-opls", kRefitJsonVersion);
+  AddDataJson(table, fit.data, model, &json);
+  json["y"] = {{"columns", fit.data.yNames}, {"missingCells", fit.data.y.GetNumMisVal()}};
+  json["components"] = ComponentJson(fit.components);
   json["predictive"] = model.Predictive();
   json["orthogonal"] = model.Orthogonal();
-  json["endedEarly"] = TextOrNull(result.endedEarly);
+  json["endedEarly"] = TextOrNull(fit.endedEarly);
+  json["validation"] = ValidationJson(analysis);
   json["quality"] = QualityJson(model);
+  json["crossValidated"] = CrossValidatedJson(validation);
+  json["cvAnova"] = CvAnovaJson(validation);
   json["savedCv"] = TextOrNull(files.savedCv);
   AddFilesJson(files, notes, &json);
   return JsonText(json);
 }
 
-std::vector<CsvFile> OPLSCsvFiles(const OPLSResult& result, const CsvMarks& marks) {
-  const ModelData& data = result.data;
-  const StoredOPLS& model = result.model;
+std::vector<CsvFile> OPLSCsvFiles(const OPLSAnalysis& analysis, const CsvMarks& marks) {
+  const OPLSResult& fit = analysis.fit;
+  const ModelData& data = fit.data;
+  const StoredOPLS& model = fit.model;
   const OPLSMatrices& opls = model.opls;
-  const CrossValidatedScores& left = result.crossValidated;
-  return {
-      ComponentRecordsCsv(result, marks),
+  const RealMatrix none;
+  const std::vector<JackKnifeResult> noJackKnife;
+  const RealMatrix& leftOut = analysis.validation ? analysis.validation->predicted : none;
+  const auto& jackKnife = analysis.validation ? analysis.validation->coefficients : noJackKnife;
+  std::vector<CsvFile> csvFiles = {
+      analysis.validation ? ModelsCsv(ModelsOf(analysis), marks) : ComponentRecordsCsv(fit, marks),
       NamedComponentsCsv("scores.csv", "row", model.rowNames, {{"t", opls.t}, {"to", opls.to}}, marks),
-      NamedComponentsCsv("cross-validated-scores.csv", "row", model.rowNames, {{"t", left.t}, {"to", left.to}}, marks),
-      NamedComponentsCsv("y-scores.csv", "row", model.rowNames, {{"u", result.u}}, marks),
-      NamedComponentsCsv("loadings.csv", "column", model.xNames, {{"p", opls.p.back()}, {"po", opls.po}}, marks),
-      NamedComponentsCsv("weights.csv", "column", model.xNames, {{"w", opls.w.back()}, {"wo", opls.wo}}, marks),
-      NamedComponentsCsv("y-weights.csv", "column", model.yNames, {{"c", opls.c.back()}, {"co", opls.co}}, marks),
-      SPlotCsv(result, marks),
-      CoefficientsCsv(CoefficientsInOriginalUnits(model), model, marks),
+      NamedComponentsCsv("y-scores.csv", "row", model.rowNames, {{"u", fit.u}}, marks),
+      NamedComponentsCsv("loadings.csv", "column", model.xNames, {{"p", LastBlock(opls.p)}, {"po", opls.po}}, marks),
+      NamedComponentsCsv("weights.csv", "column", model.xNames, {{"w", LastBlock(opls.w)}, {"wo", opls.wo}}, marks),
+      NamedComponentsCsv("y-weights.csv", "column", model.yNames, {{"c", LastBlock(opls.c)}, {"co", opls.co}}, marks),
+      SPlotCsv(fit, marks),
+      CoefficientsCsv(CoefficientsOf(model), model, marks, &jackKnife),
       VipCsv(model, marks),
-      RowsCsv(model.rowNames, HotellingT2(Together(opls.t, opls.to)),
-              DistancesToModel(model, model.Components(), result.fitted), marks),
-      FitCsv("fit.csv", data.rowNames, data.yNames, data.measuredY, result.fitted, marks)};
+      RowsCsv(model.rowNames, T2Of(model), DistancesToModel(model, model.Components(), fit.fitted), marks),
+      FitCsv("fit.csv", data.rowNames, data.yNames, data.measuredY, fit.fitted, marks, &leftOut)};
+  if (analysis.recipe.method != ValidationMethod::Component) return csvFiles;
+  const CrossValidatedScores& left = fit.crossValidated;
+  csvFiles.push_back(
+      NamedComponentsCsv(kLeftOutScores, "row", model.rowNames, {{"t", left.t}, {"to", left.to}}, marks));
+  return csvFiles;
 }
 
 std::vector<std::string> OPLSCsvFileNames() {
-  return {"components.csv", "scores.csv",      "cross-validated-scores.csv",
-          "y-scores.csv",   "loadings.csv",    "weights.csv",
-          "y-weights.csv",  "s-plot.csv",      "coefficients.csv",
-          "vip.csv",        "rows.csv",        "fit.csv"};
+  return {"components.csv", "scores.csv",      "y-scores.csv", "loadings.csv", "weights.csv", "y-weights.csv",
+          "s-plot.csv",     "coefficients.csv", "vip.csv",     "rows.csv",     "fit.csv",     kLeftOutScores};
 }
 
 }  // namespace kalmia::analysis

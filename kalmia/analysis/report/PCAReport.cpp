@@ -6,7 +6,9 @@
 #include "kalmia/analysis/report/internal/ComponentTables.h"
 #include "kalmia/analysis/report/internal/FitCsv.h"
 #include "kalmia/analysis/report/internal/FitReport.h"
+#include "kalmia/analysis/report/internal/ModelsCsv.h"
 #include "kalmia/analysis/report/internal/NamedComponents.h"
+#include "kalmia/analysis/report/internal/ValidationReport.h"
 #include "kalmia/analysis/table/internal/CsvText.h"
 #include "kalmia/analysis/text/DisplayText.h"
 #include "kalmia/analysis/text/Numbers.h"
@@ -18,21 +20,77 @@ namespace {
 
 using Align = TextTable::Align;
 
-std::string VerdictText(const PCAResult& result) {
-  if (result.AnyKept()) {
-    const std::string early = result.endedEarly.empty() ? "" : "; no further one: " + result.endedEarly;
-    return Counted(static_cast<std::size_t>(result.model.Components()), "component") + " kept, " +
-           GroupsText(result.model) + early + ".\n";
+/// Whether cross-validation has judged the components, all of them or none.
+bool AreJudged(const std::vector<PCAComponentRecord>& components) {
+  return components.empty() || components.front().IsJudged();
+}
+
+/// "No component is kept", "3 components kept".
+std::string KeptText(const PCAResult& fit) {
+  if (!fit.AnyKept()) return "No component is kept";
+  return Counted(static_cast<std::size_t>(fit.model.Components()), "component") + " kept";
+}
+
+/// Behind what judged the model: what a model without components is, why there are no further ones.
+std::string EndText(const PCAResult& fit) {
+  const std::string mean = fit.AnyKept() ? "" : ": the model is the mean of each column";
+  return mean + (fit.endedEarly.empty() ? "" : "; no further one: " + fit.endedEarly) + ".\n";
+}
+
+/// Of no model at all.
+std::string NothingText(const PCAResult& fit) {
+  if (fit.components.empty()) {
+    return "No component is kept: none can be computed, " + fit.endedEarly + ".\nNothing is saved.\n";
   }
-  if (result.components.empty()) {
-    return "No component is kept: none can be computed, " + result.endedEarly + ".\nNothing is saved.\n";
-  }
-  const PCAComponentRecord& first = result.components.front();
+  const PCAComponentRecord& first = fit.components.front();
   if (std::isnan(first.q2)) {
     return "No component is kept: cross-validation cannot judge the first.\nNothing is saved.\n";
   }
-  return "No component is kept, " + GroupsText(result.model) + ": Q2 of the first, " + Significant(first.q2, 4) +
+  return "No component is kept, " + GroupsText(fit.model) + ": Q2 of the first, " + Significant(first.q2, 4) +
          ", does not exceed its limit, " + Significant(first.q2Limit, 4) + ".\nNothing is saved.\n";
+}
+
+RefittedModels ModelsOf(const PCAAnalysis& analysis) {
+  const PCAValidation& validation = *analysis.validation;
+  RefittedModels models{analysis.recipe,
+                        validation.folds,
+                        analysis.fit.model.groupColumn,
+                        validation.choice,
+                        static_cast<std::size_t>(validation.components),
+                        validation.errors,
+                        /*ofY=*/nullptr,
+                        /*yNames=*/{},
+                        /*numbers=*/{},
+                        /*labels=*/{},
+                        /*r2x=*/{0.0},
+                        /*r2y=*/{}};
+  for (const PCAComponentRecord& record : analysis.fit.components) models.r2x.push_back(record.r2xCum);
+  for (std::size_t a = 0; a <= validation.errors.MostComponents(); ++a) {
+    models.numbers.push_back({{"components", a}});
+    models.labels.push_back(std::to_string(a));
+  }
+  return models;
+}
+
+std::string RefittedText(const PCAAnalysis& analysis) {
+  const RefittedModels models = ModelsOf(analysis);
+  return RefitText(models) + "\n" + KeptText(analysis.fit) + ", " + FoldsText(models) + " and as many of columns" +
+         EndText(analysis.fit) + ChoiceText(models);
+}
+
+std::string UnrefittedText(const PCAAnalysis& analysis) {
+  const PCAResult& fit = analysis.fit;
+  std::string text;
+  if (!fit.components.empty()) text = ComponentText(fit.components) + "\n";
+  if (!fit.IsUsable()) return text + NothingText(fit);
+  const bool isJudged = analysis.recipe.method == ValidationMethod::Component;
+  return text + KeptText(fit) + ", " + (isJudged ? GroupsText(fit.model) : "not validated") + EndText(fit);
+}
+
+Json ValidationJson(const PCAAnalysis& analysis) {
+  const int chosen = analysis.fit.model.Components();
+  if (analysis.validation) return RefitJson(ModelsOf(analysis), chosen);
+  return OtherValidationJson(analysis.recipe.method, analysis.fit.model, chosen);
 }
 
 std::string NamedText(const StoredPCA& model) {
@@ -49,7 +107,9 @@ CsvFile ComponentRecordsCsv(const PCAResult& result, const CsvMarks& marks) {
     const PCAComponentRecord& record = result.components[a];
     csv.Field(std::to_string(a + 1)).Number(record.r2x).Number(record.r2xCum);
     csv.Number(record.q2).Number(record.q2Cum).Number(record.q2Limit);
-    for (const bool yes : {record.significant, record.enoughLeft, record.kept}) csv.Field(yes ? "yes" : "no");
+    const std::string verdict = record.significant ? "yes" : "no";
+    csv.Field(record.IsJudged() ? verdict : "");
+    for (const bool yes : {record.enoughLeft, record.kept}) csv.Field(yes ? "yes" : "no");
     csv.EndLine();
   }
   return {"components.csv", csv.Text()};
@@ -68,57 +128,71 @@ CsvFile ColumnsCsv(const PCAResult& result, const CsvMarks& marks) {
 
 std::string ComponentText(const std::vector<PCAComponentRecord>& components) {
   TextTable table;
-  for (const char* title : {"component", "R2X", "R2X cum", "Q2", "limit", "Q2 cum"}) {
-    table.AddColumn(title, Align::Right);
+  const bool areJudged = AreJudged(components);
+  for (const char* title : {"component", "R2X", "R2X cum"}) table.AddColumn(title, Align::Right);
+  if (areJudged) {
+    for (const char* title : {"Q2", "limit", "Q2 cum"}) table.AddColumn(title, Align::Right);
   }
   table.AddColumn("enough left", Align::Left);
-  table.AddColumn("cross-validation", Align::Left);
+  if (areJudged) table.AddColumn("cross-validation", Align::Left);
   for (std::size_t a = 0; a < components.size(); ++a) {
     const PCAComponentRecord& component = components[a];
-    table.AddRow({std::to_string(a + 1), ShareText(component.r2x), ShareText(component.r2xCum), ShareText(component.q2),
-                  ShareText(component.q2Limit), ShareText(component.q2Cum), component.enoughLeft ? "yes" : "no",
-                  Verdict(component.significant, component.kept)});
+    std::vector<std::string> cells = {std::to_string(a + 1), ShareText(component.r2x), ShareText(component.r2xCum)};
+    if (areJudged) {
+      cells.insert(cells.end(),
+                   {ShareText(component.q2), ShareText(component.q2Limit), ShareText(component.q2Cum)});
+    }
+    cells.push_back(component.enoughLeft ? "yes" : "no");
+    if (areJudged) cells.push_back(Verdict(component.significant, component.kept));
+    table.AddRow(cells);
   }
   return table.Text();
 }
 
 Json ComponentJson(const std::vector<PCAComponentRecord>& components) {
+  const bool areJudged = AreJudged(components);
   Json list = Json::array();
   for (std::size_t a = 0; a < components.size(); ++a) {
     const PCAComponentRecord& component = components[a];
-    list.push_back({{"component", a + 1},
-                    {"kept", component.kept},
-                    {"significant", component.significant},
-                    {"enoughLeft", component.enoughLeft},
-                    {"iterations", component.iterations},
-                    {"r2x", JsonNumber(component.r2x)},
-                    {"r2xCum", JsonNumber(component.r2xCum)},
-                    {"q2", JsonNumber(component.q2)},
-                    {"q2Cum", JsonNumber(component.q2Cum)},
-                    {"q2Limit", JsonNumber(component.q2Limit)}});
+    Json record = {{"component", a + 1}};
+    if (areJudged) {
+      record["kept"] = component.kept;
+      record["significant"] = component.significant;
+    }
+    record["enoughLeft"] = component.enoughLeft;
+    record["iterations"] = component.iterations;
+    record["r2x"] = JsonNumber(component.r2x);
+    record["r2xCum"] = JsonNumber(component.r2xCum);
+    if (areJudged) {
+      record["q2"] = JsonNumber(component.q2);
+      record["q2Cum"] = JsonNumber(component.q2Cum);
+      record["q2Limit"] = JsonNumber(component.q2Limit);
+    }
+    list.push_back(record);
   }
   return list;
 }
 
-std::string PCAText(const PCAResult& result, const FitFiles& files) {
-  std::string text = "PCA of " + DataText(result.data, result.model);
-  if (!result.components.empty()) text += ComponentText(result.components) + "\n";
-  text += VerdictText(result);
-  if (result.AnyKept()) text += NamedText(result.model);
-  return text + WrittenText(files);
+std::string PCAText(const PCAAnalysis& analysis, const FitFiles& files) {
+  const PCAResult& fit = analysis.fit;
+  return "PCA of " + DataText(fit.data, fit.model) +
+         (analysis.validation ? RefittedText(analysis) : UnrefittedText(analysis)) +
+         (fit.AnyKept() ? NamedText(fit.model) : "") + WrittenText(files);
 }
 
-std::string PCAJson(const Table& table, const PCAResult& result, const Notes& notes, const FitFiles& files) {
-  const StoredPCA& model = result.model;
-  Json json = JsonHeader("kalmia-pca");
-  AddDataJson(table, result.data, model, &json);
-  AddGroupsJson(model, &json);
-  json["components"] = ComponentJson(result.components);
+std::string PCAJson(const Table& table, const PCAAnalysis& analysis, const Notes& notes, const FitFiles& files) {
+  const PCAResult& fit = analysis.fit;
+  const StoredPCA& model = fit.model;
+  Json json = JsonHeader("kalmia-pca", kRefitJsonVersion);
+  AddDataJson(table, fit.data, model, &json);
+  // What was only described stands beside the errors of its number of components.
+  json["components"] = ComponentJson(analysis.validation ? model.components : fit.components);
   json["kept"] = model.Components();
-  json["endedEarly"] = TextOrNull(result.endedEarly);
+  json["endedEarly"] = TextOrNull(fit.endedEarly);
+  json["validation"] = ValidationJson(analysis);
   json["loadings"] = Json::array();
   json["scores"] = Json::array();
-  if (result.AnyKept()) {
+  if (fit.AnyKept()) {
     json["loadings"] = NamedComponentsJson(model.xNames, {{"p", *model.pca->GetPprim()}});
     json["scores"] = NamedComponentsJson(model.rowNames, {{"t", *model.pca->GetTprim()}});
   }
@@ -126,15 +200,17 @@ std::string PCAJson(const Table& table, const PCAResult& result, const Notes& no
   return JsonText(json);
 }
 
-std::vector<CsvFile> PCACsvFiles(const PCAResult& result, const CsvMarks& marks) {
-  const StoredPCA& model = result.model;
+std::vector<CsvFile> PCACsvFiles(const PCAAnalysis& analysis, const CsvMarks& marks) {
+  const PCAResult& fit = analysis.fit;
+  const StoredPCA& model = fit.model;
   const NCDataMatrix<float>& scores = *model.pca->GetTprim();
-  return {ComponentRecordsCsv(result, marks),
+  return {analysis.validation ? ModelsCsv(ModelsOf(analysis), marks) : ComponentRecordsCsv(fit, marks),
           NamedComponentsCsv("scores.csv", "row", model.rowNames, {{"t", scores}}, marks),
           NamedComponentsCsv("loadings.csv", "column", model.xNames, {{"p", *model.pca->GetPprim()}}, marks),
-          ColumnsCsv(result, marks),
-          RowsCsv(model.rowNames, HotellingT2(scores),
-                  DistancesToModel(model, model.Components(), result.rows), marks)};
+          ColumnsCsv(fit, marks),
+          RowsCsv(model.rowNames,
+                  fit.AnyKept() ? HotellingT2(scores) : std::vector<double>(model.rowNames.size(), kNotANumber),
+                  DistancesToModel(model, model.Components(), fit.rows), marks)};
 }
 
 std::vector<std::string> PCACsvFileNames() {

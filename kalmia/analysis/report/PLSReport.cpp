@@ -107,15 +107,9 @@ Json ValidationJson(const PLSAnalysis& analysis) {
   return OtherValidationJson(analysis.recipe.method, analysis.fit.model, chosen);
 }
 
-/// Of a model without components there is nothing to ask the library for.
 Coefficients CoefficientsOf(const StoredPLS& model) {
-  if (model.Components() > 0) return CoefficientsInOriginalUnits(*model.pls, model.xScaling, model.yScaling);
-  Coefficients means;
-  for (std::size_t j = 1; j <= model.yNames.size(); ++j) {
-    means.intercepts.push_back(CentreOf(model.yScaling, static_cast<int>(j)));
-  }
-  means.slopes.assign(model.xNames.size(), std::vector<double>(model.yNames.size(), 0.0));
-  return means;
+  if (model.Components() == 0) return CoefficientsOfMeans(model);
+  return CoefficientsInOriginalUnits(*model.pls, model.xScaling, model.yScaling);
 }
 
 CsvFile VipCsv(const PLSAnalysis& analysis, const CsvMarks& marks) {

@@ -11,7 +11,8 @@ namespace {
 
 /// The numbers that were judged.
 OPLSRecipe NumbersOf(OPLSRecipe recipe, const OPLSValidation& validation) {
-  recipe.predictive = validation.model == 0 ? 0 : validation.Predictive();
+  if (validation.model == 0) recipe.predictive = 0;
+  if (!recipe.predictive) recipe.predictive = validation.Predictive();
   if (!recipe.components) recipe.components = OPLSValidation::OrthogonalOf(validation.model);
   return recipe;
 }

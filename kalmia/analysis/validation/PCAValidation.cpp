@@ -9,6 +9,7 @@
 #include <utility>
 
 #include "kalmia/analysis/fit/ModelData.h"
+#include "kalmia/analysis/fit/internal/FitSetup.h"
 #include "kalmia/analysis/fit/internal/RecipeChecks.h"
 #include "kalmia/analysis/steps/Scaling.h"
 #include "kalmia/analysis/text/DisplayText.h"
@@ -54,6 +55,7 @@ class PCARefitting {
       : recipe_(recipe), validation_(validation), progress_(progress), work_(progress) {
     Notes ofTheFit;
     data_ = SelectData(table, recipe, /*y=*/{}, &ofTheFit, progress);
+    RequireTwoColumns(table, data_);
     result_.folds = FoldsOf(recipe, table, data_, validation.folds, &result_.notes);
     source_ = std::make_unique<SourceX>(table, recipe, data_, progress);
     for (const std::string& name : data_.xNames) placeOf_.emplace(name, placeOf_.size());

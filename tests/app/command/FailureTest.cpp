@@ -243,7 +243,7 @@ const BadLine kBadLines[] = {
     {{"preprocess", "t.csv", "--out", "o"}, "preprocess needs --steps or --steps-file; see kalmia preprocess --help"},
     {{"pca"}, "pca needs a TABLE: CSV table with a header, also as .gz; - reads standard input; see kalmia pca --help"},
     {{"pca", "t.csv", "--y", "y"}, "pca has no option '--y'; it takes --id, --x, "},
-    {{"pca", "t.csv", "--components", "none"}, "--components takes auto or a whole number from 1 on, not 'none'"},
+    {{"pca", "t.csv", "--components", "none"}, "--components takes auto or a whole number from 0 on, not 'none'"},
     {{"pls", "t.csv"}, "pls needs --y NAME: column to model"},
     {{"pls", "t.csv", "--y"}, "--y needs a value, NAME, behind it; see kalmia pls --help"},
     {{"pls", "t.csv", "--y="}, "--y needs a value, NAME, behind the ="},

@@ -98,9 +98,9 @@ TEST_F(O2PLS, GivesJointAndUniqueVariationAsSharesOfEachBlock) {
 }
 
 TEST_F(O2PLS, FindsTheNumbersByCrossValidationUnlessTheyAreGiven) {
-  const json found = Json({});
+  const json found = Json({"--validation", "component"});
   EXPECT_EQ(found["joint"], 1);
-  EXPECT_EQ(Json({"--auto"}), found);
+  EXPECT_EQ(Json({"--auto", "--validation", "component"}), found);
   int kept = 0;
   for (const json& component : found["components"]) {
     kept += component["kept"] ? 1 : 0;
@@ -112,6 +112,30 @@ TEST_F(O2PLS, FindsTheNumbersByCrossValidationUnlessTheyAreGiven) {
   EXPECT_GT(found["components"].size(), static_cast<std::size_t>(kept)) << "the search ends with a component in vain";
   const json given = Json(Fixed({}));
   EXPECT_EQ(given["components"].size(), 3);
+}
+
+TEST_F(O2PLS, IsJudgedByRefitsUnlessToldOtherwise) {
+  const json fit = Json({"--csv", folder_.Path("d")});
+  EXPECT_EQ(fit["formatVersion"], 2);
+  const json& validation = fit["validation"];
+  EXPECT_EQ(validation["method"], "refit");
+  EXPECT_EQ(validation["rule"], nullptr);
+  EXPECT_EQ(validation["chosen"]["joint"], fit["joint"]);
+  ASSERT_EQ(validation["components"].size(), 2U);
+  EXPECT_EQ(validation["components"][0]["joint"], 0);
+  EXPECT_EQ(validation["components"][0]["q2"], 0.0);
+  const json& model = validation["components"][1];
+  EXPECT_EQ(model["joint"], fit["joint"]);
+  EXPECT_EQ(model["xUnique"], fit["xUnique"]);
+  EXPECT_EQ(model["yUnique"], fit["yUnique"]);
+  EXPECT_GT(model["q2"].get<double>(), 0.2);
+  EXPECT_GT(model["xFromY"]["q2"].get<double>(), 0.2);
+  EXPECT_LT(model["rmsecv"]["y1"].get<double>(), validation["components"][0]["rmsecv"]["y1"].get<double>());
+  EXPECT_EQ(fit["crossValidated"]["y1"].size(), 60U);
+  EXPECT_EQ(fit["search"], Json({"--validation", "component"})["components"]);
+  for (const json& component : fit["components"]) EXPECT_FALSE(component.contains("significant"));
+  EXPECT_EQ(NumbersOf(CsvAt(folder_.Path("d/y-fit.csv")), "cv y1")[3], fit["crossValidated"]["y1"][3]);
+  EXPECT_EQ(NumbersOf(CsvAt(folder_.Path("d/x-fit.csv")), "cv x1").size(), 60U);
 }
 
 TEST_F(O2PLS, NamesScoresAndLoadings) {
@@ -313,7 +337,8 @@ TEST_F(O2PLS, SaysSoAndSavesNothingWhereTheBlocksShareNothing) {
   const CommandResult run = RunKalmia({"o2pls", table, table, "--x", "x1..x6", "--y", "y1..y1", "--save",
                                        folder_.Path("m"), "--csv", folder_.Path("d")});
   EXPECT_EQ(run.exitCode, 0) << run.error;
-  EXPECT_THAT(run.output, HasSubstr("X and Y share no component, cross-validated in 7 groups.\nNothing is saved."));
+  EXPECT_THAT(run.output, HasSubstr("X and Y share no component, cross-validated by refits in 7 groups (interleaved).\n"
+                                    "Nothing is saved."));
   EXPECT_EQ(folder_.Names(), (std::vector<std::string>{"u.csv", "x.csv", "y.csv"}));
 }
 
@@ -437,7 +462,7 @@ TEST(O2PLSOfSparseColumns, DoesNotJudgeGivenUniqueComponentsForWhichARoundHasNot
   const std::string left = folder.Write("left.csv", kLeftInOneRow), follows = folder.Write("follows.csv", kFollowsA);
   const auto fit = [](const std::string& x, const std::string& y, const char* ofX, const char* ofY) {
     const CommandResult run = RunKalmia({"o2pls", x, y, "--id", "id", "--scale", "none", "--groups", "8", "--joint",
-                                         "1", "--x-unique", ofX, "--y-unique", ofY, "--json"});
+                                         "1", "--x-unique", ofX, "--y-unique", ofY, "--json", "--validation", "component"});
     EXPECT_EQ(run.exitCode, 0) << run.error;
     return run.Json();
   };
@@ -459,7 +484,7 @@ TEST(O2PLSOfSparseColumns, CutsUniqueComponentsThatTheSearchFoundToThoseOfEveryR
   const ScratchFolder folder;
   const CommandResult run =
       RunKalmia({"o2pls", folder.Write("x.csv", kLeftInOneRow), folder.Write("y.csv", kFollowsA), "--id", "id",
-                 "--scale", "none", "--groups", "8", "--json"});
+                 "--scale", "none", "--groups", "8", "--json", "--validation", "component"});
   ASSERT_EQ(run.exitCode, 0) << run.error;
   const json fit = run.Json();
   EXPECT_EQ(fit["notes"][0],
@@ -478,7 +503,12 @@ TEST(FailureOfO2PLS, IsExitCode2WhereTheCommandLineMakesNoSense) {
       {{"--auto", "--joint", "1"}, "--auto and --joint '1' do not go together"},
       {{"--joint", "0", "--x-unique", "0", "--y-unique", "0"}, "--joint takes a whole number from 1 on, not '0'"},
       {{"--joint", "1", "--x-unique", "-1", "--y-unique", "0"}, "--x-unique takes a whole number from 0 on, not '-1'"},
-      {{"--groups", "1"}, "--groups takes a whole number from 2 on"}};
+      {{"--groups", "1"}, "--groups takes a whole number from 2 on"},
+      {{"--select", "min"}, "--select"},
+      {{"--permutations", "99"}, "--permutations"},
+      {{"--validation", "none"}, "--validation none cannot choose the number of components"},
+      {{"--folds", "blocks", "--group-column", "g"}, "--group-column"},
+      {{"--repeats", "2"}, "--repeats is for --folds random"}};
   for (const auto& [options, message] : lines) {
     std::vector<std::string> arguments = {"o2pls", "x.csv", "y.csv"};
     arguments.insert(arguments.end(), options.begin(), options.end());

@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <filesystem>
 
 #include "CommandRun.h"
 #include "ExpectFailure.h"
@@ -23,7 +24,7 @@ std::vector<std::string> GasolineOptions(std::vector<std::string> more) {
 }
 
 TEST(OPLS, KeepsOrthogonalComponentsAsLongAsQ2GainsMoreThanItsLimit) {
-  const json fit = RunWell(GasolineOptions({"--json"})).Json();
+  const json fit = RunWell(GasolineOptions({"--validation", "component", "--json"})).Json();
   ASSERT_EQ(fit["components"].size(), 3);
   EXPECT_EQ(fit["predictive"], 1);
   EXPECT_EQ(fit["orthogonal"], 1);
@@ -77,7 +78,8 @@ TEST(OPLS, SeveralYHaveSeveralPredictiveComponentsAsManyAsAskedFor) {
 
 TEST(OPLS, SeveralYHaveThePredictiveComponentsOfNoteAllWithTheQ2OfTheirBlock) {
   const json fit = RunWell({"opls", ExampleTable("oliveoil.csv"), "--y", "yellow,green,brown,glossy,transp,syrup",
-                            "--id", "sample", "--x", "Acidity..DK", "--predictive", "auto", "--json"})
+                            "--id", "sample", "--x", "Acidity..DK", "--predictive", "auto", "--validation", "component",
+                            "--json"})
                        .Json();
   ASSERT_EQ(fit["predictive"], 3) << "the others of Y'X have less than 1 % of the first one's sum of squares";
   const json& first = fit["components"][0];
@@ -95,7 +97,7 @@ TEST(OPLS, SeveralYHaveThePredictiveComponentsOfNoteAllWithTheQ2OfTheirBlock) {
 TEST(OPLS, HasALimitOfQ2UpTo100RowsAndNoneBeyond) {
   for (const auto& [rows, limit] : {std::make_pair(100, 0.05), std::make_pair(101, 0.0)}) {
     const json fit =
-        RunWell({"opls", "-", "--y", "y", "--id", "name", "--orthogonal", "1", "--json"}, LinearTable(rows, 6, 2))
+        RunWell({"opls", "-", "--y", "y", "--id", "name", "--orthogonal", "1", "--validation", "component", "--json"}, LinearTable(rows, 6, 2))
             .Json();
     for (const json& component : fit["components"]) EXPECT_EQ(component["q2Limit"], limit) << rows;
   }
@@ -103,7 +105,7 @@ TEST(OPLS, HasALimitOfQ2UpTo100RowsAndNoneBeyond) {
 
 TEST(OPLS, KeepsSmallGainsOfQ2Beyond100RowsOnly) {
   const auto gains = [](int rows) {
-    return RunWell({"opls", "-", "--y", "y", "--scale", "centre", "--json"}, FadingTable(rows, 20, 1))
+    return RunWell({"opls", "-", "--y", "y", "--scale", "centre", "--validation", "component", "--json"}, FadingTable(rows, 20, 1))
         .Json()["components"];
   };
   const json few = gains(100), many = gains(101);
@@ -130,7 +132,7 @@ TEST(OPLS, AStoredModelPredictsToTheBitWhatTheFitPredicted) {
 TEST(OPLS, WritesWhatPredictsApartFromWhatDoesNot) {
   const ScratchFolder folder;
   const std::string csv = folder.Path("d");
-  RunWell(GasolineOptions({"--orthogonal", "2", "--csv", csv}));
+  RunWell(GasolineOptions({"--validation", "component", "--orthogonal", "2", "--csv", csv}));
   EXPECT_EQ(CsvAt(csv + "/scores.csv").ColumnNames(), (std::vector<std::string>{"row", "t1", "to1", "to2"}));
   EXPECT_EQ(CsvAt(csv + "/loadings.csv").ColumnNames(), (std::vector<std::string>{"column", "p1", "po1", "po2"}));
   EXPECT_EQ(CsvAt(csv + "/cross-validated-scores.csv").ColumnNames(),
@@ -161,6 +163,65 @@ TEST(OPLS, CoefficientsPredictCompleteRows) {
     // The prediction goes through floats of a few times the spread of y, which is some units.
     EXPECT_NEAR(y, fitted[i], 1e-4) << i;
   }
+}
+
+TEST(OPLS, IsJudgedByRefitsUnlessToldOtherwise) {
+  const ScratchFolder folder;
+  const std::string csv = folder.Path("d");
+  const json fit = RunWell(GasolineOptions({"--json", "--csv", csv})).Json();
+  EXPECT_EQ(fit["formatVersion"], 2);
+  const json& validation = fit["validation"];
+  EXPECT_EQ(validation["method"], "refit");
+  EXPECT_EQ(validation["chosen"], 4);  // as many as PLS of one Y has
+  EXPECT_EQ(fit["predictive"], 1);
+  EXPECT_EQ(fit["orthogonal"], 3);
+  ASSERT_EQ(validation["components"].size(), 16U);
+  const json& first = validation["components"][0];
+  const json& chosen = validation["components"][4];
+  EXPECT_EQ(first["components"], 0);
+  EXPECT_EQ(first["predictive"], 0);
+  EXPECT_EQ(chosen["components"], 4);
+  EXPECT_EQ(chosen["predictive"], 1);
+  EXPECT_EQ(chosen["orthogonal"], 3);
+  EXPECT_NEAR(chosen["rmsecv"]["octane"], 0.2450, 1e-4);  // of PLS with 4 components, see PLSValidationTest
+  EXPECT_EQ(fit["quality"][0]["rmsecv"], chosen["rmsecv"]["octane"]);
+  EXPECT_EQ(fit["cvAnova"]["df1"], 8);
+  EXPECT_EQ(fit["crossValidated"]["octane"].size(), 60U);
+  for (const json& component : fit["components"]) EXPECT_FALSE(component.contains("q2Limit"));
+  EXPECT_EQ(NumbersOf(CsvAt(csv + "/fit.csv"), "cv octane")[7], fit["crossValidated"]["octane"][7]);
+  EXPECT_EQ(NumbersOf(CsvAt(csv + "/coefficients.csv"), "standard error").size(), 402U);
+  EXPECT_FALSE(std::filesystem::exists(csv + "/cross-validated-scores.csv"));
+  const std::string text = RunWell(GasolineOptions({})).output;
+  EXPECT_THAT(text, HasSubstr("1 + 3"));
+  EXPECT_THAT(text, HasSubstr("1 predictive and 3 orthogonal components kept, cross-validated by refits in 7 groups"));
+}
+
+TEST(OPLS, FindsTheGoodComponentsOfYarn) {
+  const ScratchFolder folder;
+  const std::string model = folder.Path("m");
+  for (const char* scaling : {"uv", "centre"}) {
+    RunWell({"opls", ExampleTable("yarn_train.csv"), "--y", "density", "--id", "row", "--scale", scaling, "--save",
+             model});
+    const json predicted = RunWell({"predict", model, ExampleTable("yarn_test.csv"), "--json"}).Json();
+    EXPECT_LT(predicted["errors"][0]["rmsep"].get<double>(), 0.5) << scaling;
+  }
+}
+
+TEST(OPLS, ModelsTheMeanWhereNoComponentPredictsAnything) {
+  const CommandResult run = RunWell({"opls", "-", "--y", "y1"}, UnrelatedTable(40, 20, 1, 3));
+  EXPECT_THAT(run.output, HasSubstr("No component is kept, cross-validated by refits in 7 groups (interleaved): the "
+                                    "model is the mean of y1."));
+}
+
+TEST(OPLS, StoresACrossValidationByComponentAlone) {
+  const ScratchFolder folder;
+  const std::string cv = folder.Path("cv");
+  EXPECT_EQ(RunWell(GasolineOptions({"--save-cv", cv, "--json"})).Json()["validation"]["method"], "component");
+  for (const char* option : {"--save-cv", "--resume"}) {
+    ExpectFailure(RunKalmia(GasolineOptions({option, cv, "--validation", "refit"})), 2,
+                  "--save-cv and --resume are of a cross-validation by component, not of --validation refit");
+  }
+  ExpectFailure(RunKalmia(GasolineOptions({"--save-cv", cv, "--select", "min"})), 2, "--select min");
 }
 
 TEST(OPLS, NamesTheColumnAndTheRoundThatCannotBeComputed) {

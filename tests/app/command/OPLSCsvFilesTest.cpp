@@ -71,7 +71,7 @@ class Fit {
         model_(&x_, &y_, each.predictive, kalmia::analysis::kMaxIterations) {
     Names arguments = {"opls", folder_.Write("t.csv", each.table), "--x", "x1..x6", "--csv", folder_.Path("d"),
                        "--save", folder_.Path("m"), "--predictive", std::to_string(each.predictive), "--orthogonal",
-                       std::to_string(each.orthogonal)};
+                       std::to_string(each.orthogonal), "--validation", "component"};
     for (const std::string& y : each.y) arguments.insert(arguments.end(), {"--y", y});
     const CommandResult run = RunKalmia(arguments);
     EXPECT_EQ(run.exitCode, 0) << run.error;

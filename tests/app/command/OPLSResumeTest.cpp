@@ -128,7 +128,7 @@ TEST(OPLSResume, MayGoOnInTheSameFileAndReadStandardInput) {
   EXPECT_THAT(run.output, HasSubstr("Saved the cross-validation as " + cv + "\n"));
   EXPECT_EQ(ReadWholeFile(cv), ResultOf(folder, fit + Words{"--orthogonal", "3"}).crossValidation);
   EXPECT_EQ(RunWell(fit + Words{"--orthogonal", "3", "--resume", "-", "--json"}, first).Json(),
-            RunWell(fit + Words{"--orthogonal", "3", "--json"}).Json());
+            RunWell(fit + Words{"--orthogonal", "3", "--validation", "component", "--json"}).Json());
 }
 
 TEST(OPLSResume, RefusesAnotherTableOtherGroupsScalingOrBlockWithOneLineEach) {
@@ -198,7 +198,8 @@ TEST(OPLSResume, DoesNotMindOtherNamesOfRows) {
   const ScratchFolder folder;
   const std::string table = folder.Write("t.csv", LinearTable(12, 4, 1)), cv = folder.Path("cv");
   RunWell({"opls", table, "--y", "y", "--id", "name", "--orthogonal", "1", "--save-cv", cv});
-  const Words unnamed = {"opls", table, "--y", "y", "--exclude", "name", "--orthogonal", "2", "--json"};
+  const Words unnamed = {"opls", table, "--y", "y", "--exclude", "name", "--orthogonal", "2", "--json",
+                         "--validation", "component"};
   EXPECT_EQ(RunWell(unnamed + Words{"--resume", cv}).Json(), RunWell(unnamed).Json());
 }
 
@@ -227,7 +228,7 @@ TEST(OPLSResume, RefusesABrokenFileWithOneLineAndExitCode3) {
   const ScratchFolder folder;
   const std::string bytes = SmallCvFile();
   const std::string table = folder.Write("t.csv", UnrelatedTable(8, 3, 2, 1)), model = folder.Path("m");
-  RunWell({"opls", table, "--y", "y1,y2", "--save", model});
+  RunWell({"opls", table, "--y", "y1,y2", "--orthogonal", "0", "--save", model});
   std::string damaged = bytes;
   damaged.back() = static_cast<char>(damaged.back() ^ 1);
   const std::pair<std::string, const char*> files[] = {

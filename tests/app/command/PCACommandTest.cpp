@@ -48,7 +48,7 @@ TEST(PCA, FindsThePrincipalComponentsOfTheWines) {
 }
 
 TEST(PCA, ShowsTheFirstComponentThatFailsAndDoesNotKeepIt) {
-  const json fit = RunWell(WineOptions({"--json"})).Json();
+  const json fit = RunWell(WineOptions({"--json", "--validation", "component"})).Json();
   ASSERT_EQ(fit["kept"], 2);
   ASSERT_EQ(fit["components"].size(), 3);
   for (std::size_t a = 0; a < 3; ++a) {
@@ -68,12 +68,12 @@ TEST(PCA, ShowsTheFirstComponentThatFailsAndDoesNotKeepIt) {
 }
 
 TEST(PCA, CountsNoRowAwayFromTheLimitWhereNothingIsCentred) {
-  const json fit = RunWell(WineOptions({"--json", "--scale", "none"})).Json();
+  const json fit = RunWell(WineOptions({"--json", "--scale", "none", "--validation", "component"})).Json();
   EXPECT_NEAR(fit["components"][0]["q2Limit"], 1.0 - 178.0 * 13.0 / (178.0 * 14.0), 6e-8);
 }
 
 TEST(PCA, CumulatesQ2AsTheProductOfWhatIsNotPredicted) {
-  const json fit = RunWell(WineOptions({"--json", "--components", "4"})).Json();
+  const json fit = RunWell(WineOptions({"--json", "--components", "4", "--validation", "component"})).Json();
   double left = 1.0;
   double r2x = 0.0;
   for (const json& component : fit["components"]) {
@@ -85,7 +85,7 @@ TEST(PCA, CumulatesQ2AsTheProductOfWhatIsNotPredicted) {
 }
 
 TEST(PCA, KeepsAsManyComponentsAsAskedForWhateverCrossValidationSays) {
-  const json fit = FitPCA(UnrelatedTable(30, 5, 1, 5), {"--components", "4"});
+  const json fit = FitPCA(UnrelatedTable(30, 5, 1, 5), {"--components", "4", "--validation", "component"});
   EXPECT_EQ(fit["kept"], 4);
   EXPECT_EQ(fit["components"].size(), 4);
   for (const json& component : fit["components"]) EXPECT_EQ(component["kept"], true);
@@ -96,11 +96,12 @@ TEST(PCA, KeepsAsManyComponentsAsAskedForWhateverCrossValidationSays) {
 TEST(PCA, SaysSoAndSavesNothingWhereNoComponentIsSignificant) {
   const ScratchFolder folder;
   const CommandResult run =
-      RunWell({"pca", "-", "--save", folder.Path("m"), "--csv", folder.Path("d")}, UnrelatedTable(60, 20, 1, 3));
+      RunWell({"pca", "-", "--validation", "component", "--save", folder.Path("m"), "--csv", folder.Path("d")},
+              UnrelatedTable(60, 20, 1, 3));
   EXPECT_THAT(run.output, HasSubstr("No component is kept, cross-validated in 7 groups: Q2 of the first, "));
   EXPECT_THAT(run.output, HasSubstr("Nothing is saved."));
   EXPECT_THAT(folder.Names(), IsEmpty());
-  const json fit = FitPCA(UnrelatedTable(60, 20, 1, 3), {});
+  const json fit = FitPCA(UnrelatedTable(60, 20, 1, 3), {"--validation", "component"});
   EXPECT_EQ(fit["kept"], 0);
   EXPECT_EQ(fit["scores"], json::array());
 }
@@ -118,7 +119,7 @@ TEST(PCA, EndsWhereNothingIsLeftOfATableOfLowRank) {
 }
 
 TEST(PCA, StopsByItselfWhereTheRuleSaysThatTooLittleIsLeft) {
-  const json automatic = RunWell(WineOptions({"--json", "--scale", "none"})).Json();
+  const json automatic = RunWell(WineOptions({"--json", "--scale", "none", "--validation", "component"})).Json();
   EXPECT_EQ(automatic["endedEarly"], "less than 0.001 of X is left");
   EXPECT_GT(automatic["components"].back()["r2xCum"], 0.999);
   const json asked = RunWell(WineOptions({"--json", "--scale", "none", "--components", "4"})).Json();
@@ -136,7 +137,7 @@ TEST(PCA, FitsEqualSingularValuesToo) {
 }
 
 TEST(PCA, CutsGroupsToRowsAndColumnsAndSaysSo) {
-  const CommandResult run = RunWell({"pca", "-", "--components", "1", "--groups", "9"}, kRankTwo);
+  const CommandResult run = RunWell({"pca", "-", "--components", "1", "--groups", "9", "--validation", "component"}, kRankTwo);
   EXPECT_THAT(run.error, HasSubstr("9 groups are cut to 5, the number of rows"));
   EXPECT_THAT(run.error, HasSubstr("5 groups are cut to 3, the number of X columns"));
   EXPECT_THAT(run.output, HasSubstr("cross-validated in 3 groups"));
@@ -144,14 +145,15 @@ TEST(PCA, CutsGroupsToRowsAndColumnsAndSaysSo) {
 
 TEST(PCA, TakesGroupsFromAColumnAndMergesThemWhereTheyOutnumberTheColumns) {
   const std::string grouped = "g,a,b,c\nu,1,1,3\nv,2,2,1\nw,3,3,4\nx,4,4,1\ny,5,5,5\nz,7,6,3\n";
-  const json merged = FitPCA(grouped, {"--components", "1", "--group-column", "g"});
-  EXPECT_EQ(merged["crossValidation"]["groups"], 3);
-  EXPECT_EQ(merged["crossValidation"]["groupColumn"], "g");
+  const json merged = FitPCA(grouped, {"--components", "1", "--group-column", "g", "--validation", "component"});
+  EXPECT_EQ(merged["validation"]["groups"], 3);
+  EXPECT_EQ(merged["validation"]["groupColumn"], "g");
   EXPECT_THAT(merged["notes"].get<std::vector<std::string>>(),
               ElementsAre("6 groups are merged to 3, the number of X columns"));
   // The fourth group joins the first, as if it had been named so.
   const std::string same = "g,a,b,c\nu,1,1,3\nv,2,2,1\nw,3,3,4\nu,4,4,1\nv,5,5,5\nw,7,6,3\n";
-  EXPECT_EQ(FitPCA(same, {"--components", "1", "--group-column", "g"})["components"], merged["components"]);
+  EXPECT_EQ(FitPCA(same, {"--components", "1", "--group-column", "g", "--validation", "component"})["components"],
+            merged["components"]);
 }
 
 TEST(PCA, LeavesOutWhatPLSLeavesOutOfX) {
@@ -166,11 +168,13 @@ TEST(PCA, LeavesOutWhatPLSLeavesOutOfX) {
 
 TEST(PCA, SaysSoWhereCrossValidationIsNotPossible) {
   const std::string corners = "a,b,c\n1,0,0\n0,1,0\n0,0,1\n1,1,1\n";
-  const CommandResult run = RunWell({"pca", "-", "--components", "1", "--json", "--scale", "centre"}, corners);
+  const CommandResult run = RunWell({"pca", "-", "--components", "1", "--json", "--scale", "centre",
+                                    "--validation", "component"},
+                                   corners);
   EXPECT_THAT(run.error, HasSubstr("note: cross-validation is not possible: "));
   EXPECT_EQ(run.Json()["components"][0]["q2"], nullptr);
   EXPECT_EQ(run.Json()["components"][0]["significant"], false);
-  EXPECT_THAT(RunWell({"pca", "-", "--scale", "centre"}, corners).output,
+  EXPECT_THAT(RunWell({"pca", "-", "--scale", "centre", "--validation", "component"}, corners).output,
               HasSubstr("No component is kept: cross-validation cannot judge the first."));
 }
 
@@ -185,7 +189,7 @@ class PCAFiles : public ::testing::Test {
  protected:
   PCAFiles() {
     json_ = RunWell({"pca", folder_.Write("t.csv", WithHoles(LinearTable(30, 5, 3), 11)), "--id", "name", "--exclude",
-                     "y", "--components", "3", "--json", "--csv", folder_.Path("d"), "--save", folder_.Path("m")})
+                     "y", "--components", "3", "--validation", "component", "--json", "--csv", folder_.Path("d"), "--save", folder_.Path("m")})
                 .Json();
   }
   Table File(const std::string& name) const { return CsvAt(folder_.Path("d/" + name)); }
@@ -247,10 +251,50 @@ TEST_F(PCAFiles, HoldTheDistancesThatPredictFindsForTheTrainingRows) {
   }
 }
 
+TEST(PCA, IsJudgedByRefitsUnlessToldOtherwise) {
+  const ScratchFolder folder;
+  const std::string csv = folder.Path("d");
+  const json fit = RunWell(WineOptions({"--json", "--csv", csv})).Json();
+  EXPECT_EQ(fit["formatVersion"], 2);
+  const json& validation = fit["validation"];
+  EXPECT_EQ(validation["method"], "refit");
+  EXPECT_EQ(validation["folds"], "interleaved");
+  EXPECT_EQ(validation["groups"], 7);
+  EXPECT_EQ(validation["rule"], "one-se");
+  EXPECT_EQ(validation["chosen"], fit["kept"]);
+  ASSERT_EQ(validation["components"].size(), 11U);  // 13 columns in 7 groups, of 2 at most: 11 are left, one too many
+  EXPECT_EQ(validation["components"][0]["components"], 0);
+  EXPECT_EQ(validation["components"][0]["q2"], 0.0);
+  EXPECT_FALSE(validation["components"][0].contains("rmsecv"));
+  for (const json& component : fit["components"]) EXPECT_FALSE(component.contains("significant"));
+  EXPECT_THAT(CsvAt(csv + "/components.csv").ColumnNames(), ElementsAre("components", "R2X cum", "PRESS", "Q2", "kept"));
+  const std::string text = RunWell(WineOptions({"--select", "q2"})).output;
+  EXPECT_THAT(text, HasSubstr("cross-validated by refits in 7 groups (interleaved) and as many of columns"));
+  EXPECT_THAT(text, HasSubstr("chosen"));
+}
+
+TEST(PCA, ModelsTheMeanWhereNoComponentPredictsAnything) {
+  const CommandResult run = RunWell({"pca", "-"}, UnrelatedTable(60, 20, 1, 3));
+  EXPECT_THAT(run.output, HasSubstr("No component is kept, cross-validated by refits in 7 groups"));
+  EXPECT_THAT(run.output, HasSubstr("the model is the mean of each column"));
+  const json fit = FitPCA(UnrelatedTable(60, 20, 1, 3), {});
+  EXPECT_EQ(fit["kept"], 0);
+  EXPECT_EQ(fit["scores"], json::array());
+}
+
+TEST(PCA, WithoutAValidationTakesANumber) {
+  const json fit = RunWell(WineOptions({"--json", "--validation", "none", "--components", "2"})).Json();
+  EXPECT_EQ(fit["kept"], 2);
+  EXPECT_EQ(fit["validation"]["method"], "none");
+  EXPECT_EQ(fit["validation"]["components"], json::array());
+  EXPECT_EQ(RunKalmia(WineOptions({"--validation", "none"})).exitCode, 2);
+  EXPECT_EQ(RunKalmia(WineOptions({"--select", "min", "--components", "2"})).exitCode, 2);
+}
+
 TEST(PCAHelp, HasAnExampleAndTellsOfEveryOption) {
   const CommandResult help = RunWell({"pca", "--help"});
-  for (const char* word : {"kalmia pca wine.csv", "--id", "--x", "--exclude", "--scale", "--components", "--groups",
-                           "--group-column", "--save", "--json", "--csv", "--help"}) {
+  for (const char* word : {"kalmia pca wine.csv", "--id", "--x", "--exclude", "--scale", "--components", "--validation",
+                           "--groups", "--folds", "--repeats", "--seed", "--select", "--alpha", "--group-column", "--save", "--json", "--csv", "--help"}) {
     EXPECT_THAT(help.output, HasSubstr(word));
   }
 }

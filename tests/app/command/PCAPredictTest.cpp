@@ -129,7 +129,7 @@ TEST_F(PCAPredict, IsToldByInfoToBeAPCAModel) {
   const CommandResult text = RunKalmia({"info", model_});
   EXPECT_EQ(text.exitCode, 0);
   for (const char* part : {"Kind              PCA", "30, named by column name", "5, scaled to unit variance",
-                           "x1, x2, x3, x4, x5", "5 groups", "enough left", "Q2 cum"}) {
+                           "x1, x2, x3, x4, x5", "7 groups", "enough left", "R2X cum"}) {
     EXPECT_THAT(text.output, HasSubstr(part));
   }
   const json info = RunKalmia({"info", model_, "--json"}).Json();

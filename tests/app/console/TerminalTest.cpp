@@ -87,7 +87,8 @@ TEST(Interrupt, StopsPrincipalComponentsInTheirFitAndInTheirCrossValidation) {
   const std::string table = folder.Write("t.csv", LongWork());
   for (const char* at : {"component 1", " of 72"}) {
     const CommandResult run = RunOnTerminal(
-        {"pca", table, "--groups", "400", "--components", "15", "--save", folder.Path("m"), "--csv", folder.Path("d")},
+        {"pca", table, "--groups", "400", "--components", "15", "--validation", "component", "--save",
+         folder.Path("m"), "--csv", folder.Path("d")},
         at);
     EXPECT_EQ(run.exitCode, 130) << at;
     EXPECT_THAT(run.error, HasSubstr("kalmia: stopped"));
@@ -109,7 +110,7 @@ TEST(Progress, ShowsTheStagesOfO2PLS) {
     EXPECT_THAT(found.error, HasSubstr(stage));
   }
   std::vector<std::string> given = search;
-  given.insert(given.end(), {"--joint", "1", "--x-unique", "1", "--y-unique", "1"});
+  given.insert(given.end(), {"--joint", "1", "--x-unique", "1", "--y-unique", "1", "--validation", "component"});
   EXPECT_THAT(RunOnTerminal(given).error, HasSubstr("Final estimation of components")) << "as there are Y-unique ones";
 }
 
@@ -164,7 +165,8 @@ TEST(Interrupt, StopsOPLSBehindEachFitAtTheLatest) {
   for (const char* text : {"component 1", "component 13"}) {
     const std::string shown =
         ExpectStop({"opls", table, "--x", "x1..x60", "--y", "y1,y2,y3,y4,y5,y6,y7,y8,y9,y10,y11,y12", "--predictive",
-                    "12", "--orthogonal", "1", "--groups", "400", "--save", folder.Path("m")},
+                    "12", "--orthogonal", "1", "--groups", "400", "--validation", "component", "--save",
+                    folder.Path("m")},
                    text, folder);
     EXPECT_LT(FilledAtTheEnd(shown), 15) << shown;
   }
@@ -175,7 +177,8 @@ TEST(Interrupt, StopsEveryStageOfO2PLSThatLastsAndLeavesNothingBehind) {
   const std::string table = folder.Write("t.csv", WithHoles(LongWork(), 11));
   const std::vector<std::string> arguments = {"o2pls", table, table, "--x", "x1..x60", "--y", "y1..y12", "--fill",
                                               "--groups", "400", "--joint", "2", "--x-unique", "1", "--y-unique", "1",
-                                              "--save", folder.Path("m"), "--csv", folder.Path("d")};
+                                              "--validation", "component", "--save", folder.Path("m"), "--csv",
+                                              folder.Path("d")};
   // Those that are over in some milliseconds are left at the latest in the next one.
   for (const char* stage : {"estimating missing cells", "fitting the model"}) ExpectStop(arguments, stage, folder);
   const char* const stages[] = {"Estimating predictive components",

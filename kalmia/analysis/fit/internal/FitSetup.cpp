@@ -1,5 +1,6 @@
 #include "kalmia/analysis/fit/internal/FitSetup.h"
 
+#include "kalmia/analysis/text/DisplayText.h"
 #include "kalmia/analysis/text/Version.h"
 
 namespace kalmia::analysis {
@@ -24,6 +25,13 @@ FitRules RulesOf(const FitRecipe& recipe, const ModelData& data, Notes* notes) {
   rules.describedComponents = recipe.judgeComponents ? 0 : recipe.describedComponents;
   rules.unitVariance = recipe.scaling == NCScale::ScalingUnitVariance;
   return rules;
+}
+
+void RequireTwoColumns(const Table& table, const ModelData& data) {
+  if (data.xNames.size() > 1) return;
+  const std::string leftOut = LeftOutText(data);
+  throw BadData(table.Name() + ": there is only one column for X, " + Quoted(data.xNames.front()) +
+                ": principal components take two or more" + (leftOut.empty() ? "" : "; left out of X: " + leftOut));
 }
 
 }  // namespace kalmia::analysis

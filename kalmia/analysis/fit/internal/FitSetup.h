@@ -20,6 +20,9 @@ void FillInfo(const Table& table, const FitRecipe& recipe, const ModelData& data
 /// When the extraction of components stops, as the recipe says. Notes a cut of their number.
 FitRules RulesOf(const FitRecipe& recipe, const ModelData& data, Notes* notes);
 
+/// Principal components take two columns. Throws BadData.
+void RequireTwoColumns(const Table& table, const ModelData& data);
+
 /// What `fit` returns. Where it fails for bad data, the failure also names what X had to do without.
 template <class Fit>
 auto FitOrNameLeftOut(const ModelData& data, const Fit& fit) {

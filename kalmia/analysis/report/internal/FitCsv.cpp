@@ -1,5 +1,6 @@
 #include "kalmia/analysis/report/internal/FitCsv.h"
 
+#include "kalmia/analysis/steps/Scaling.h"
 #include "kalmia/analysis/table/internal/CsvText.h"
 
 namespace kalmia::analysis {
@@ -53,6 +54,15 @@ CsvFile FitCsv(const std::string& file, const std::vector<std::string>& rowNames
     csv.EndLine();
   }
   return {file, csv.Text()};
+}
+
+Coefficients CoefficientsOfMeans(const YModelInfo& model) {
+  Coefficients means;
+  for (std::size_t j = 1; j <= model.yNames.size(); ++j) {
+    means.intercepts.push_back(CentreOf(model.yScaling, static_cast<int>(j)));
+  }
+  means.slopes.assign(model.xNames.size(), std::vector<double>(model.yNames.size(), 0.0));
+  return means;
 }
 
 CsvFile CoefficientsCsv(const Coefficients& coefficients, const YModelInfo& model, const CsvMarks& marks,

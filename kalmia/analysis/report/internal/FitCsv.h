@@ -26,6 +26,9 @@ CsvFile FitCsv(const std::string& file, const std::vector<std::string>& rowNames
 CsvFile CoefficientsCsv(const Coefficients& coefficients, const YModelInfo& model, const CsvMarks& marks,
                         const std::vector<JackKnifeResult>* jackKnife = nullptr);
 
+/// Of a model without components: the means of Y.
+Coefficients CoefficientsOfMeans(const YModelInfo& model);
+
 /// rows.csv: Hotelling's T2 and the distance to the model of each row.
 CsvFile RowsCsv(const std::vector<std::string>& names, const std::vector<double>& t2,
                 const std::vector<double>& distances, const CsvMarks& marks);

@@ -32,14 +32,20 @@ const char* PredictedBlock(const O2PLSComponentRecord& component) {
   return component.kind == O2PLSComponentRecord::YUnique ? "X" : "Y";
 }
 
-/// "significant", "significant for enough columns", "not significant", "too few rows to tell" or "not judged", with
-/// ", not kept" behind it.
+/// "Q2 gains the limit", "Q2 of enough columns gains it", "Q2 does not gain the limit", "too few rows to tell" or "not
+/// judged", with ", not kept" behind it.
 std::string Verdict(const O2PLSComponentRecord& component) {
-  std::string text = SignificanceE::IsSignificant(component.verdict) ? "significant" : "not significant";
-  if (component.verdict == SignificanceE::R2) text = "significant for enough columns";
+  std::string text =
+      SignificanceE::IsSignificant(component.verdict) ? "Q2 gains the limit" : "Q2 does not gain the limit";
+  if (component.verdict == SignificanceE::R2) text = "Q2 of enough columns gains it";
   if (component.verdict == SignificanceE::N3) text = "too few rows to tell";
   if (component.verdict == SignificanceE::NA) text = "not judged";
   return text + (component.kept ? "" : ", not kept");
+}
+
+/// Whether cross-validation has looked at the components, all of them or none.
+bool AreJudged(const std::vector<O2PLSComponentRecord>& components) {
+  return components.empty() || components.front().IsJudged();
 }
 
 BlockShares SharesOf(const std::vector<O2PLSComponentRecord>& components, double O2PLSComponentRecord::* share,
@@ -71,35 +77,47 @@ std::vector<std::string> ComponentNames(const std::vector<O2PLSComponentRecord>&
 }
 
 std::string ComponentText(const std::vector<O2PLSComponentRecord>& components) {
+  const bool areJudged = AreJudged(components);
   TextTable table;
   table.AddColumn("component", Align::Left);
-  for (const char* title : {"R2X", "R2Y", "Q2 of", "Q2"}) table.AddColumn(title, Align::Right);
-  table.AddColumn("code", Align::Left);
-  table.AddColumn("verdict", Align::Left);
+  for (const char* title : {"R2X", "R2Y"}) table.AddColumn(title, Align::Right);
+  if (areJudged) {
+    for (const char* title : {"Q2 of", "Q2"}) table.AddColumn(title, Align::Right);
+    for (const char* title : {"code", "verdict"}) table.AddColumn(title, Align::Left);
+  }
   const std::vector<std::string> names = ComponentNames(components);
   for (std::size_t a = 0; a < components.size(); ++a) {
     const O2PLSComponentRecord& component = components[a];
-    table.AddRow({names[a], ShareText(component.r2x), ShareText(component.r2y), PredictedBlock(component),
-                  ShareText(component.q2), SignificanceE::GetSignificance(component.verdict), Verdict(component)});
+    std::vector<std::string> cells = {names[a], ShareText(component.r2x), ShareText(component.r2y)};
+    if (areJudged) {
+      cells.insert(cells.end(), {PredictedBlock(component), ShareText(component.q2),
+                                 SignificanceE::GetSignificance(component.verdict), Verdict(component)});
+    }
+    table.AddRow(cells);
   }
   return table.Text();
 }
 
 Json ComponentJson(const std::vector<O2PLSComponentRecord>& components) {
+  const bool areJudged = AreJudged(components);
   Json list = Json::array();
   const std::vector<std::string> names = ComponentNames(components);
   for (std::size_t a = 0; a < components.size(); ++a) {
     const O2PLSComponentRecord& component = components[a];
-    list.push_back({{"component", names[a]},
-                    {"kind", NameOf(component.kind).json},
-                    {"kept", component.kept},
-                    {"code", SignificanceE::GetSignificance(component.verdict)},
-                    {"significant", SignificanceE::IsSignificant(component.verdict)},
-                    {"r2x", JsonNumber(component.r2x)},
-                    {"r2y", JsonNumber(component.r2y)},
-                    {"q2Of", PredictedBlock(component)},
-                    {"q2", JsonNumber(component.q2)},
-                    {"q2Limit", JsonNumber(component.q2Limit)}});
+    Json record = {{"component", names[a]}, {"kind", NameOf(component.kind).json}};
+    if (areJudged) {
+      record["kept"] = component.kept;
+      record["code"] = SignificanceE::GetSignificance(component.verdict);
+      record["significant"] = SignificanceE::IsSignificant(component.verdict);
+    }
+    record["r2x"] = JsonNumber(component.r2x);
+    record["r2y"] = JsonNumber(component.r2y);
+    if (areJudged) {
+      record["q2Of"] = PredictedBlock(component);
+      record["q2"] = JsonNumber(component.q2);
+      record["q2Limit"] = JsonNumber(component.q2Limit);
+    }
+    list.push_back(record);
   }
   return list;
 }

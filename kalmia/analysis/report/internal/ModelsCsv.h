@@ -1,0 +1,14 @@
+#pragma once
+
+#include "kalmia/analysis/report/CsvFile.h"
+#include "kalmia/analysis/report/internal/ValidationReport.h"
+#include "kalmia/analysis/table/CsvMarks.h"
+
+namespace kalmia::analysis {
+
+/// components.csv of models that refits have judged, from 0 on: what counts their components, R2X, PRESS and Q2, and
+/// which one is kept. Of models of Y also R2Y, and for each Y column a line with its Q2 and RMSECV, which the line of
+/// all has not.
+CsvFile ModelsCsv(const RefittedModels& models, const CsvMarks& marks);
+
+}  // namespace kalmia::analysis
