@@ -150,9 +150,16 @@ bool ReadContent(int version, std::istream& stream, StoredModel* model) {
       *model);
 }
 
+/// Whether there is nothing that could predict. PLS without components is a model, the mean of Y, where it was judged.
+template <class Kind>
+bool IsNoModel(const Kind& model) {
+  return model.Components() == 0;
+}
+bool IsNoModel(const StoredPLS& model) { return model.quality.empty(); }
+
 template <class Kind>
 std::string FileBytes(const Kind& model) {
-  if (model.Components() == 0) throw BadRequest("a model without components cannot be stored");
+  if (IsNoModel(model)) throw BadRequest("a model without components cannot be stored");
   std::ostringstream content;
   WriteContent(model, content);
   return FramedBytes(kModelFile, VersionOf(model), content.str());

@@ -49,10 +49,10 @@ bool Agrees(const StoredPLS& model) {
   const std::size_t n = model.rowNames.size();
   const std::size_t a = model.components.size();
   const NCPLS& pls = *model.pls;
-  return k > 0 && m > 0 && n > 0 && a > 0 && static_cast<std::size_t>(model.xScaling.scale->GetVariables()) == k &&
-         static_cast<std::size_t>(model.yScaling.scale->GetVariables()) == m && HasShape(pls.GetWprim(), a, k) &&
-         HasShape(pls.GetPprim(), a, k) && HasShape(pls.GetCprim(), a, m) && HasShape(pls.GetTprim(), a, n) &&
-         HasShape(pls.GetUprim(), a, n) && HasShape(pls.GetXResiduals(), n, k) && HasShape(pls.GetYResiduals(), n, m);
+  return k > 0 && m > 0 && n > 0 && static_cast<std::size_t>(model.xScaling.scale->GetVariables()) == k &&
+         static_cast<std::size_t>(model.yScaling.scale->GetVariables()) == m && HasRows(*pls.GetWprim(), a, k) &&
+         HasRows(*pls.GetPprim(), a, k) && HasRows(*pls.GetCprim(), a, m) && HasRows(*pls.GetTprim(), a, n) &&
+         HasRows(*pls.GetUprim(), a, n) && HasShape(pls.GetXResiduals(), n, k) && HasShape(pls.GetYResiduals(), n, m);
 }
 
 }  // namespace

@@ -12,8 +12,15 @@ namespace kalmia::analysis {
 namespace {
 
 template <class Model>
+bool PredictsNothing(const Model& model) {
+  return model.Components() == 0;
+}
+/// Without components it predicts the mean, unless it is what is left where none was kept.
+bool PredictsNothing(const StoredPLS& model) { return model.quality.empty(); }
+
+template <class Model>
 auto PredictNewRows(const Model& model, const Table& table, const std::string& id, NCProgress* progress) {
-  if (model.Components() == 0) throw BadRequest("the model has no component, and predicts nothing");
+  if (PredictsNothing(model)) throw BadRequest("the model has no component, and predicts nothing");
   return WithoutLibraryErrors([&] {
     Notes notes;
     NewRows rows = ReadNewRows(model, table, id, &notes, progress);

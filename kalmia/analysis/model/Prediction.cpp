@@ -59,7 +59,10 @@ std::vector<RowPrediction> PredictRows(const StoredPLS& model, NCDataMatrix<floa
   ApplyScale(model.xScaling, &x);
   std::vector<RowPrediction> rows(static_cast<std::size_t>(x.SizeRows()));
   const NCPLS& pls = *model.pls;
-  NCPLSPred prediction(&x, pls.GetWprim(), pls.GetPprim(), pls.GetCprim(), kMissingTolerance);
+  // In place: of a model without components the matrices of the library do not tell how many Y columns there are.
+  NCDataMatrix<float> left = x, y(x.SizeRows(), static_cast<int>(model.yNames.size()), 0.0F);
+  NCPLSPred prediction(/*inPlace=*/true, &left, &y, *pls.GetWprim(), *pls.GetPprim(), *pls.GetCprim(),
+                       kMissingTolerance);
   WorkProgress work(progress);
   work.Begin(kPredicting);
   for (int a = 1; a <= prediction.GetMaxComp(); ++a) {
@@ -72,7 +75,7 @@ std::vector<RowPrediction> PredictRows(const StoredPLS& model, NCDataMatrix<floa
       }
     }
   }
-  FillRows(model, *prediction.GetYPred(), *prediction.GetXResiduals(), &rows);
+  FillRows(model, y, left, &rows);
   return rows;
 }
 

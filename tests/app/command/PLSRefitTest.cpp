@@ -109,7 +109,7 @@ TEST(PLSRefit, SaysWhatEachRuleCompared) {
 TEST(PLSRefit, GivesTheMeanWhereNothingIsFound) {
   const ScratchFolder folder;
   const Words line = {"pls", folder.Write("t.csv", UnrelatedTable(30, 6, 1, 5)), "--y", "y1"};
-  const Words files = {"--csv", folder.Path("d")};
+  const Words files = {"--save", folder.Path("m"), "--csv", folder.Path("d")};
   EXPECT_THAT(RunWell(line).output, HasSubstr("No component is kept, cross-validated by refits in 7 groups "
                                               "(interleaved): the model is the mean of y1.\nRule one-se: "));
   const json fit = RunWell(line + files + Words{"--json"}).Json();
@@ -124,6 +124,11 @@ TEST(PLSRefit, GivesTheMeanWhereNothingIsFound) {
   EXPECT_EQ(NumbersOf(coefficients, "y1")[1], 0.0);
   EXPECT_EQ(NumbersOf(coefficients, "standard error")[1], 0.0);
   EXPECT_TRUE(std::isnan(NumbersOf(coefficients, "p")[1]));
+  EXPECT_EQ(RunWell({"info", folder.Path("m"), "--json"}).Json()["components"].size(), 0U);
+  const json predicted = RunWell({"predict", folder.Path("m"), line[1], "--json"}).Json();
+  EXPECT_EQ(predicted["rows"].size(), 30U);
+  EXPECT_NEAR(predicted["errors"][0]["rmsep"].get<double>(),
+              fit["quality"][0]["rmsee"].get<double>() * std::sqrt(29.0 / 30), 1e-7);  // which is of single cells
   const json asked = RunWell(line + Words{"--components", "0", "--validation", "none", "--json"}).Json();
   EXPECT_EQ(asked["kept"], 0);
   EXPECT_EQ(asked["quality"][0]["rmsee"], fit["quality"][0]["rmsee"]);
