@@ -15,6 +15,7 @@ std::string RunCommand(const PLSOptions& options, Notes* notes);
 std::string RunCommand(const PCAOptions& options, Notes* notes);
 std::string RunCommand(const OPLSOptions& options, Notes* notes);
 std::string RunCommand(const O2PLSOptions& options, Notes* notes);
+std::string RunCommand(const CompareOptions& options, Notes* notes);
 std::string RunCommand(const PredictOptions& options, Notes* notes);
 std::string RunCommand(const FillOptions& options, Notes* notes);
 std::string RunCommand(const FilterOptions& options, Notes* notes);

@@ -7,7 +7,6 @@
 #include <limits>
 #include <utility>
 
-#include "app/Analysis.h"
 #include "kalmia/analysis/steps/Scaling.h"
 #include "kalmia/analysis/text/DisplayText.h"
 #include "kalmia/analysis/text/Failure.h"
@@ -75,6 +74,11 @@ CLI::Option* CommandOptions::Add(CLI::Option* option, const std::string& word) {
 void CommandOptions::File(const std::string& word, std::string* value, const std::string& help) {
   files_.push_back(Add(command_->add_option(word, *value, help + "; - reads standard input"), " ")->required());
   inputs_.push_back(files_.back());
+}
+
+void CommandOptions::Files(const std::string& word, std::vector<std::string>* values, const std::string& help) {
+  files_.push_back(command_->add_option(word, *values, help)->option_text(" ")->required());
+  lists_.push_back(files_.back());
 }
 
 void CommandOptions::Word(const std::string& name, const std::vector<std::string>& choices, std::string* value,
@@ -176,6 +180,15 @@ void CommandOptions::Scaling(const std::string& name, NCScale::Scaling* value, c
     const std::optional<NCScale::Scaling> scaling = ScalingOfWord(word);
     if (!scaling) Refuse(option->get_name() + " takes uv, pareto, centre or none, not " + Quoted(word));
     *value = *scaling;
+  });
+}
+
+void CommandOptions::Priors(const std::string& name, ClassPriors* value, const std::string& help) {
+  CLI::Option* option = Add(command_->add_option(name, help), "HOW");
+  conversions_.emplace_back([this, option, value] {
+    if (option->count() == 0) return;
+    RequireChoice(option, {"equal", "data"});
+    *value = option->results().front() == "data" ? ClassPriors::Shares : ClassPriors::Equal;
   });
 }
 

@@ -7,6 +7,8 @@
 #include <utility>
 #include <vector>
 
+#include "app/Analysis.h"
+#include "kalmia/analysis/model/DiscriminantRule.h"
 #include "kalmia/pcapls/NCScale.h"
 
 namespace CLI {
@@ -26,6 +28,8 @@ class CommandOptions {
 
   /// A file, `word` in the help; needed. Files come in the order of their declarations.
   void File(const std::string& word, std::string* value, const std::string& help);
+  /// Further files, or words in their place, one at least; behind all others.
+  void Files(const std::string& word, std::vector<std::string>* values, const std::string& help);
   /// One of the words, needed, in place of a file; `name` in the help.
   void Word(const std::string& name, const std::vector<std::string>& choices, std::string* value,
             const std::string& help);
@@ -51,6 +55,8 @@ class CommandOptions {
               std::string* value, const std::string& help);
   /// uv, pareto, centre or none.
   void Scaling(const std::string& name, NCScale::Scaling* value, const std::string& help);
+  /// equal or data.
+  void Priors(const std::string& name, ClassPriors* value, const std::string& help);
   void Flag(const std::string& name, bool* value, const std::string& help);
   /// Two options that cannot come together.
   void Exclude(const std::string& first, const std::string& second);

@@ -34,6 +34,22 @@ void DeclareFit(CommandOptions* command, FitOptions* options, FitRecipe* recipe,
   command->Flag("--json", &options->json, "print JSON");
 }
 
+/// What is modelled: columns of numbers or classes.
+void DeclareY(CommandOptions* command, YRecipe* recipe) {
+  command->Names("--y", &recipe->y,
+                 "column to model, needed unless there are --classes; several: repeat, or put commas between. The texts "
+                 "of a column of texts are classes");
+  command->Text("--classes", "NAME", &recipe->classes,
+                "column whose texts or numbers are the classes of the rows: the model tells them apart; in place of "
+                "--y");
+  command->Exclude("--y", "--classes");
+  command->Priors("--priors", &recipe->priors,
+                  "how likely classes are beforehand: equal (default), or data, as frequent as in the table");
+  command->Check([=]() -> std::string {
+    return recipe->y.empty() && recipe->classes.empty() ? command->Name() + " needs --y NAME, or --classes NAME" : "";
+  });
+}
+
 /// A cross-validation that is stored, or gone on from, is one by component.
 void TakeStoredAsByComponent(CommandOptions* command, OPLSOptions* options) {
   command->Check([options]() -> std::string {
@@ -49,8 +65,7 @@ void TakeStoredAsByComponent(CommandOptions* command, OPLSOptions* options) {
 
 void DeclarePLS(CommandOptions* command, PLSOptions* options) {
   command->File("TABLE", &options->table, "CSV table with a header, also as .gz");
-  command->Names("--y", &options->recipe.y, "column to model, always needed; several: repeat, or put commas between");
-  command->Require("--y");
+  DeclareY(command, &options->recipe);
   DeclareFit(command, options, &options->recipe, [=] {
     command->NumberOrAuto("--components", 0, &options->recipe.components,
                           "number of components, 0 for the mean of Y; auto (default): the number that the validation "
@@ -66,6 +81,7 @@ void DeclarePLS(CommandOptions* command, PLSOptions* options) {
       "Examples:\n"
       "  kalmia pls gasoline.csv --y octane --id sample --scale centre --save octane.model\n"
       "  kalmia pls oil.csv --y yellow --y green --id sample --x Acidity..DK --csv results\n"
+      "  kalmia pls wine.csv --classes cultivar --id sample --permutations 999\n"
       "  kalmia pls gasoline.csv --y octane --id sample --folds random --groups 5 --repeats 10 --select min");
 }
 
@@ -88,8 +104,7 @@ void DeclarePCA(CommandOptions* command, PCAOptions* options) {
 
 void DeclareOPLS(CommandOptions* command, OPLSOptions* options) {
   command->File("TABLE", &options->table, "CSV table with a header, also as .gz");
-  command->Names("--y", &options->recipe.y, "column to model, always needed; several: repeat, or put commas between");
-  command->Require("--y");
+  DeclareY(command, &options->recipe);
   DeclareFit(command, options, &options->recipe, [=] {
     command->NumberOrAuto("--predictive", 1, &options->recipe.predictive,
                           "number of predictive components; auto (default): as many as stand out in Y'X");
@@ -97,6 +112,7 @@ void DeclareOPLS(CommandOptions* command, OPLSOptions* options) {
                           "number of orthogonal components; auto (default): the number that the validation chooses");
     TakeStoredAsByComponent(command, options);
     DeclareValidation(command, &options->validation, &options->recipe, "--orthogonal");
+    DeclarePermutations(command, &options->validation);
   });
   command->Text("--save-cv", "FILE", &options->saveCv,
                 "store the cross-validation, for --resume; it is one by component");

@@ -61,6 +61,8 @@ class Program {
     Add<PredictOptions>("predict",
                         "Predict new rows with a stored PLS, OPLS or O2PLS model, or place them in a PCA model",
                         DeclarePredict);
+    Add<CompareOptions>("compare", "Compare PLS and OPLS models by the errors of rows that were left out",
+                        DeclareCompare);
     Add<FillOptions>("fill", "Fill the missing cells of a table by PCA", DeclareFill);
     Add<FilterOptions>("filter", "Take variation out of X that has nothing to do with Y", DeclareFilter);
     Add<PreprocessOptions>("preprocess", "Transform, smooth, differentiate and compress the signals in a table",

@@ -4,6 +4,7 @@
 #include <variant>
 
 #include "app/options/ClusterOptions.h"
+#include "app/options/CompareOptions.h"
 #include "app/options/ModelOptions.h"
 #include "app/options/PreprocessOptions.h"
 #include "app/options/StatisticsOptions.h"
@@ -29,7 +30,8 @@ struct Answer {
 
 using Command = std::variant<PLSOptions, PCAOptions, OPLSOptions, O2PLSOptions, PredictOptions, FillOptions,
                              FilterOptions, PreprocessOptions, InfoOptions, DescribeOptions, ClusterOptions,
-                             ChartOptions, HistogramOptions, FisherOptions, QuantileOptions, SpectrumOptions, Answer>;
+                             ChartOptions, HistogramOptions, FisherOptions, QuantileOptions, SpectrumOptions,
+                             CompareOptions, Answer>;
 
 /// Reads the command line. Throws BadRequest with one line for anything that makes no sense.
 Command ParseCommandLine(int argc, const char* const* argv);

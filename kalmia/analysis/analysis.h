@@ -38,6 +38,7 @@
 #include "kalmia/analysis/fit/PLSResult.h"
 #include "kalmia/analysis/fit/PredictResult.h"
 #include "kalmia/analysis/fit/StoredOPLSCv.h"
+#include "kalmia/analysis/fit/StoredRecipe.h"
 #include "kalmia/analysis/model/ComponentRecord.h"
 #include "kalmia/analysis/model/DiscriminantRule.h"
 #include "kalmia/analysis/model/ModelDiagnostics.h"

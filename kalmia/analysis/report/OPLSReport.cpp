@@ -2,6 +2,7 @@
 
 #include "kalmia/analysis/model/ModelDiagnostics.h"
 #include "kalmia/analysis/model/internal/OPLSDiagnostics.h"
+#include "kalmia/analysis/report/internal/ClassReport.h"
 #include "kalmia/analysis/report/internal/ComponentTables.h"
 #include "kalmia/analysis/report/internal/FitCsv.h"
 #include "kalmia/analysis/report/internal/FitReport.h"
@@ -122,14 +123,16 @@ std::string RefittedText(const OPLSAnalysis& analysis) {
   const RefittedModels models = ModelsOf(analysis);
   return RefitText(models) + "\n" + KeptText(analysis.fit.model) + ", " + FoldsText(models) + EndText(analysis.fit) +
          ChoiceText(models) + "\n" + QualityText(analysis.fit.model) +
-         CvAnovaText(analysis.validation->yNames, analysis.validation->cvAnova);
+         CvAnovaText(analysis.validation->yNames, analysis.validation->cvAnova) +
+         ClassText(analysis.fit.classes, &*analysis.validation) + PermutationText(analysis.permutation);
 }
 
 std::string UnrefittedText(const OPLSAnalysis& analysis) {
   const OPLSResult& fit = analysis.fit;
   const bool isJudged = analysis.recipe.method == ValidationMethod::Component;
   return (fit.components.empty() ? "" : ComponentText(fit.components) + "\n") + KeptText(fit.model) + ", " +
-         (isJudged ? GroupsText(fit.model) : "not validated") + EndText(fit) + "\n" + QualityText(fit.model);
+         (isJudged ? GroupsText(fit.model) : "not validated") + EndText(fit) + "\n" + QualityText(fit.model) +
+         ClassText(fit.classes, /*validation=*/nullptr);
 }
 
 Json ValidationJson(const OPLSAnalysis& analysis) {
@@ -219,6 +222,8 @@ std::string OPLSJson(const Table& table, const OPLSAnalysis& analysis, const Not
   json["quality"] = QualityJson(model);
   json["crossValidated"] = CrossValidatedJson(validation);
   json["cvAnova"] = CvAnovaJson(validation);
+  json["permutation"] = PermutationJson(analysis.permutation);
+  json["classes"] = ClassJson(fit.classes, validation);
   json["savedCv"] = TextOrNull(files.savedCv);
   AddFilesJson(files, notes, &json);
   return JsonText(json);

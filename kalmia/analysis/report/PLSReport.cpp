@@ -1,6 +1,7 @@
 #include "kalmia/analysis/report/PLSReport.h"
 
 #include "kalmia/analysis/model/ModelDiagnostics.h"
+#include "kalmia/analysis/report/internal/ClassReport.h"
 #include "kalmia/analysis/report/internal/ComponentTables.h"
 #include "kalmia/analysis/report/internal/FitCsv.h"
 #include "kalmia/analysis/report/internal/FitReport.h"
@@ -88,7 +89,7 @@ std::string RefittedText(const PLSAnalysis& analysis) {
          ChoiceText(models) + "\n" + QualityText(analysis.fit.model) +
          NestedText(*analysis.validation) +
          CvAnovaText(analysis.validation->yNames, analysis.validation->cvAnova) +
-         PermutationText(analysis.permutation);
+         ClassText(analysis.fit.classes, &*analysis.validation) + PermutationText(analysis.permutation);
 }
 
 std::string UnrefittedText(const PLSAnalysis& analysis) {
@@ -98,7 +99,7 @@ std::string UnrefittedText(const PLSAnalysis& analysis) {
   if (!fit.IsUsable()) return text + NothingText(fit);
   const bool isJudged = analysis.recipe.method == ValidationMethod::Component;
   return text + KeptText(fit.model) + ", " + (isJudged ? GroupsText(fit.model) : "not validated") + EndText(fit) +
-         "\n" + QualityText(fit.model);
+         "\n" + QualityText(fit.model) + ClassText(fit.classes, /*validation=*/nullptr);
 }
 
 Json ValidationJson(const PLSAnalysis& analysis) {
@@ -253,6 +254,7 @@ std::string PLSJson(const Table& table, const PLSAnalysis& analysis, const Notes
   json["cvAnova"] = CvAnovaJson(validation);
   json["nested"] = NestedJson(validation);
   json["permutation"] = PermutationJson(analysis.permutation);
+  json["classes"] = ClassJson(fit.classes, validation);
   AddFilesJson(files, notes, &json);
   return JsonText(json);
 }

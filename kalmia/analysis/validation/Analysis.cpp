@@ -9,15 +9,6 @@ namespace kalmia::analysis {
 
 namespace {
 
-/// Tests the model that was chosen or given, where all rounds can have it.
-void Permute(const PLSRecipe& recipe, const Table& table, PLSAnalysis* analysis, NCProgress* progress) {
-  const PLSValidation& validation = *analysis->validation;
-  if (analysis->recipe.permutations < 1 || validation.model < 1 || !validation.IsJudged()) return;
-  analysis->permutation = PermuteY(recipe, table, validation.folds, static_cast<int>(validation.model),
-                                   {analysis->recipe.permutations, analysis->recipe.folds.seed}, progress);
-  analysis->fit.notes.Add(analysis->permutation->notes);
-}
-
 void AnalyseByRefit(PLSRecipe recipe, const Table& table, PLSAnalysis* analysis, NCProgress* progress) {
   analysis->validation = Validate(recipe, table, analysis->recipe, progress);
   const PLSValidation& validation = *analysis->validation;

@@ -51,9 +51,9 @@ struct Comparison {
 ///
 /// p tells whether a difference may be chance; it does not count how many pairs were looked at.
 /// Throws Failure as Validate does, naming the candidate; BadRequest for fewer than two candidates, for names that come
-/// twice, or other Y or groups; BadData where one sees other rows than the first, where the rounds cannot have the given
-/// number of components, or where no row has an error under all. Stopped where `progress`, which may be null, wants to
-/// stop.
+/// twice, or other Y or groups; BadData where one sees other rows than the first, where the rounds cannot have the
+/// given number of components, or where no row has an error under all. Stopped where `progress`, which may be null,
+/// wants to stop.
 /// Source of the test: H. van der Voet, Chemom. Intell. Lab. Syst. 25 (1994) 313-323.
 KALMIA_EXPORT Comparison Compare(const std::vector<Candidate>& candidates, const Table& table,
                                  const ValidationRecipe& validation = {}, NCProgress* progress = nullptr);

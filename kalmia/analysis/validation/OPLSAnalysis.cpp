@@ -27,6 +27,7 @@ void AnalyseByRefit(OPLSRecipe recipe, const Table& table, OPLSAnalysis* analysi
   analysis->fit = Fit(recipe, table, progress);
   analysis->fit.notes.Add(validation.notes);
   TakeErrors(validation, &analysis->fit.model);
+  Permute(recipe, table, analysis, progress);
 }
 
 }  // namespace

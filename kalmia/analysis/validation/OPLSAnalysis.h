@@ -6,6 +6,7 @@
 #include "kalmia/analysis/fit/OPLSResult.h"
 #include "kalmia/analysis/table/Table.h"
 #include "kalmia/analysis/validation/OPLSValidation.h"
+#include "kalmia/analysis/validation/PermutationTest.h"
 #include "kalmia/analysis/validation/ValidationRecipe.h"
 #include "kalmia/support/Export.h"
 #include "kalmia/support/NCProgress.h"
@@ -17,6 +18,7 @@ struct OPLSAnalysis {
   ValidationRecipe recipe;                   ///< by which it was judged
   OPLSResult fit;                            ///< `notes` are of the validation too
   std::optional<OPLSValidation> validation;  ///< of full refits alone
+  std::optional<PermutationTest> permutation;  ///< of the numbers of components; nothing of 0 of them
 };
 
 /// As Analyse of a PLS recipe does. By refits, 0 components, the mean of Y, may be chosen; the number of predictive

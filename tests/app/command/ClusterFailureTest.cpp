@@ -16,13 +16,13 @@ namespace {
 
 using ::testing::HasSubstr;
 
-struct BadTable {
+struct BadClusterTable {
   const char* what;
   const char* table;
   const char* message;
 };
 
-const BadTable kBadTables[] = {
+const BadClusterTable kBadClusterTables[] = {
     {"no rows", "x,y\n", "has a header but no data rows"},
     {"nothing", "", "standard input is empty"},
     {"one row", "x,y\n1,2\n", "standard input: there is only one row: clusters take two or more"},
@@ -39,7 +39,7 @@ const BadTable kBadTables[] = {
     {"distances beyond single precision", "id,x\na,-3e38\nb,3e38\n", "distances are too large for single precision"}};
 
 TEST(FailureOfCluster, IsOneLineWithExitCode1ForBadDataAndLeavesNoFile) {
-  for (const BadTable& bad : kBadTables) {
+  for (const BadClusterTable& bad : kBadClusterTables) {
     for (const char* method : {"ward", "single"}) {
       SCOPED_TRACE(std::string(bad.what) + ", " + method);
       const ScratchFolder folder;

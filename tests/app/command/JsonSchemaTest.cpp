@@ -95,6 +95,9 @@ TEST(JsonSchema, HoldsForEveryOutput) {
                                   .Json());
   }
   ExpectValid("kalmia-pls", RunKalmia({"pls", "-", "--y", "y1", "--json"}, UnrelatedTable(30, 6, 1, 5)).Json());
+  ExpectValid("kalmia-compare", RunKalmia({"compare", "-", "pls", "pls --components 1", "--y", "y", "--json"},
+                                          LinearTable(20, 4, 1))
+                                    .Json());
   ExpectValid("kalmia-info", RunKalmia({"info", model, "--json"}).Json());
   ExpectValid("kalmia-predict", RunKalmia({"predict", model, table, "--json", "--csv", folder.Path("d")}).Json());
   ExpectValid("kalmia-predict", RunKalmia({"predict", model, "-", "--json"}, "a\n1\nNA\n").Json());

@@ -20,15 +20,15 @@ namespace {
 using kalmia::analysis::ColumnScaling;
 using kalmia::analysis::Table;
 using Matrix = NCDataMatrix<float>;
-using Names = std::vector<std::string>;
+using NameList = std::vector<std::string>;
 using Numbers = std::vector<double>;
 
-const Names kX = {"x1", "x2", "x3", "x4", "x5", "x6"};
+const NameList kXOfOPLS = {"x1", "x2", "x3", "x4", "x5", "x6"};
 
 struct Case {
   const char* what;
   std::string table;  ///< X columns x1 to x6
-  Names y;
+  NameList y;
   int predictive;
   int orthogonal;
 };
@@ -50,7 +50,7 @@ std::vector<float> CellsOf(const Table& table, const std::string& column) {
   return cells;
 }
 
-Matrix TableOf(const Table& table, const Names& names) {
+Matrix TableOf(const Table& table, const NameList& names) {
   Matrix cells(table.Rows(), static_cast<int>(names.size()));
   for (int c = 1; c <= cells.SizeColumns(); ++c) {
     const std::vector<float> column = CellsOf(table, names[static_cast<std::size_t>(c) - 1]);
@@ -64,12 +64,12 @@ class Fit {
  public:
   explicit Fit(const Case& each)
       : table_(each.table, "t.csv"),
-        x_(TableOf(table_, kX)),
+        x_(TableOf(table_, kXOfOPLS)),
         y_(TableOf(table_, each.y)),
-        xScaling_(kalmia::analysis::ScaleColumns(NCScale::ScalingUnitVariance, kX, &x_)),
+        xScaling_(kalmia::analysis::ScaleColumns(NCScale::ScalingUnitVariance, kXOfOPLS, &x_)),
         yScaling_(kalmia::analysis::ScaleColumns(NCScale::ScalingUnitVariance, each.y, &y_)),
         model_(&x_, &y_, each.predictive, kalmia::analysis::kMaxIterations) {
-    Names arguments = {"opls", folder_.Write("t.csv", each.table), "--x", "x1..x6", "--csv", folder_.Path("d"),
+    NameList arguments = {"opls", folder_.Write("t.csv", each.table), "--x", "x1..x6", "--csv", folder_.Path("d"),
                        "--save", folder_.Path("m"), "--predictive", std::to_string(each.predictive), "--orthogonal",
                        std::to_string(each.orthogonal), "--validation", "component"};
     for (const std::string& y : each.y) arguments.insert(arguments.end(), {"--y", y});
@@ -163,9 +163,9 @@ TEST(OPLSCsv, SPlotHasCovarianceAndCorrelationOfEachScaledColumnWithEachPredicti
       const std::string name = "t" + std::to_string(a + 1);
       const Numbers correlation = fit.Column("s-plot.csv", "correlation " + name);
       const Numbers covariance = fit.Column("s-plot.csv", "covariance " + name);
-      for (std::size_t k = 0; k < kX.size(); ++k) {
+      for (std::size_t k = 0; k < kXOfOPLS.size(); ++k) {
         Numbers x, t;
-        const Numbers column = NumbersOf(fit.FittedTable(), kX[k]);
+        const Numbers column = NumbersOf(fit.FittedTable(), kXOfOPLS[k]);
         for (std::size_t i = 0; i < column.size(); ++i) {
           if (std::isnan(column[i])) continue;
           x.push_back(column[i]);
@@ -206,7 +206,7 @@ TEST(OPLSCsv, HasT2OfTheScoresOfBothKinds) {
 
 /// sqrt(K sum_a(S_a v_ak^2 / v_a'v_a) / sum_a S_a)
 Numbers Importance(const std::vector<Numbers>& v, const Numbers& weights) {
-  Numbers vip(kX.size(), 0.0);
+  Numbers vip(kXOfOPLS.size(), 0.0);
   for (std::size_t k = 0; k < vip.size(); ++k) {
     for (std::size_t a = 0; a < v.size(); ++a) vip[k] += weights[a] * v[a][k] * v[a][k] / SumOfSquares(v[a]);
     vip[k] = std::sqrt(static_cast<double>(vip.size()) * vip[k] /
@@ -233,7 +233,7 @@ TEST(OPLSCsv, HasVipOfTheWeightsAndOfTheOrthogonalLoadings) {
     const Numbers vipPredictive = fit.Column("vip.csv", "VIP predictive");
     const Numbers vipOrthogonal = fit.Column("vip.csv", "VIP orthogonal");
     // From floats as the file says them; the values are of the size of 1.
-    for (std::size_t k = 0; k < kX.size(); ++k) {
+    for (std::size_t k = 0; k < kXOfOPLS.size(); ++k) {
       EXPECT_NEAR(vipPredictive[k], predictive[k], 1e-6) << k;
       EXPECT_NEAR(vipOrthogonal[k], orthogonal[k], 1e-6) << k;
     }
@@ -243,7 +243,7 @@ TEST(OPLSCsv, HasVipOfTheWeightsAndOfTheOrthogonalLoadings) {
 TEST(OPLSCsv, HasVipOfOneComponentInProportionToItsWeightAndItsLoading) {
   const Fit fit(Cases().front());
   const Numbers w = fit.Column("weights.csv", "w1"), po = fit.Column("loadings.csv", "po1");
-  for (std::size_t k = 0; k < kX.size(); ++k) {
+  for (std::size_t k = 0; k < kXOfOPLS.size(); ++k) {
     // The length of w, a float vector, is 1 but for 1e-7.
     EXPECT_NEAR(fit.Column("vip.csv", "VIP predictive")[k], std::sqrt(6.0) * std::abs(w[k]), 1e-6);
     EXPECT_NEAR(fit.Column("vip.csv", "VIP orthogonal")[k], std::sqrt(6.0 / SumOfSquares(po)) * std::abs(po[k]), 1e-6);
@@ -263,7 +263,7 @@ TEST(OPLSCsv, PredictsNewRowsToTheBitAsTheModelDoes) {
     const std::string file = fit.Folder().Write("new.csv", WithHoles(UnrelatedTable(12, 6, 1, 9), 17));
     const CommandResult run = RunKalmia({"predict", fit.Folder().Path("m"), file, "--csv", fit.Folder().Path("n")});
     ASSERT_EQ(run.exitCode, 0) << run.error;
-    Matrix x = TableOf(CsvAt(file), kX);
+    Matrix x = TableOf(CsvAt(file), kXOfOPLS);
     kalmia::analysis::ApplyScale(fit.XScaling(), &x);
     NCOPLSPred prediction(&x, &fit.Model());
     while (prediction.SizeOComps() < prediction.GetMaxComp()) prediction.CalcNextComponent();
@@ -291,7 +291,7 @@ TEST(OPLSCsv, HasCoefficientsThatPredictNewCompleteRowsAsTheModelDoes) {
       const Numbers predicted = NumbersOf(CsvAt(fit.Folder().Path("n/predictions.csv")), "predicted " + y);
       for (std::size_t i = 0; i < predicted.size(); ++i) {
         double sum = coefficients[0];
-        for (std::size_t k = 0; k < kX.size(); ++k) sum += coefficients[k + 1] * NumbersOf(table, kX[k])[i];
+        for (std::size_t k = 0; k < kXOfOPLS.size(); ++k) sum += coefficients[k + 1] * NumbersOf(table, kXOfOPLS[k])[i];
         // The prediction goes through floats of up to some ten deviations of X and Y, a few dozen of them.
         EXPECT_NEAR(sum, predicted[i], 1e-4) << y << i;
       }

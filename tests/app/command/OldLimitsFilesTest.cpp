@@ -12,13 +12,13 @@ namespace {
 
 using ::testing::HasSubstr;
 
-struct OldFile {
+struct OldLimitsFile {
   const char* name;  ///< the type, and what else sets it apart
   const char* limits;  ///< a line of the table that is printed
   nlohmann::json sigmaFrom;
 };
 
-const OldFile kOldFiles[] = {
+const OldLimitsFile kOldFiles[] = {
     {"individual", "value     -7.35528  6.00000      19.3553", "values"},  // 6 +- 3 x 4.45176
     {"individual-given", "value     -6.00000  6.00000      18.0000", "given"},  // 6 +- 3 x 4
     {"individual-of-4-given", "mean     -6.00000  6.00000      18.0000", "given"},
@@ -30,7 +30,7 @@ const OldFile kOldFiles[] = {
     {"mean-range-of-4", "mean     -0.561000  6.00000      12.5610", nullptr}};  // A2 = 0.729, mean range 9
 
 TEST(OldLimitsFiles, MeanWhatTheyMeantAndSayWhereTheirSpreadComesFromAsFarAsItShows) {
-  for (const OldFile& old : kOldFiles) {
+  for (const OldLimitsFile& old : kOldFiles) {
     SCOPED_TRACE(old.name);
     const std::string file = std::string(KALMIA_OLD_FILES_DIR) + "/limits/" + old.name + ".limits";
     const std::string type = nlohmann::json::parse(ReadWholeFile(file))["type"];

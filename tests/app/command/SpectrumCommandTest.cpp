@@ -43,7 +43,7 @@ NCDataVector<float> CellsAt(const Table& table, const std::string& column) {
   return cells;
 }
 
-std::vector<double> Numbers(const NCDataVector<float>& cells) { return {cells.begin(), cells.end()}; }
+std::vector<double> NumbersIn(const NCDataVector<float>& cells) { return {cells.begin(), cells.end()}; }
 
 TEST(Spectrum, FindsThePeriodOfAColumn) {
   const CommandResult run = RunSpectrum(Waves(200), {"--segment", "64", "--lags", "8"});
@@ -89,10 +89,10 @@ TEST(Spectrum, GivesWhatTheLibraryGivesInJsonAndInItsFiles) {
   FFT::PowerSpectrum(&inflow, 32, true, FFT::DetrendLinear, FFT::ScalingPlain, FFT::WindowWelch, &powerOfInflow);
 
   const Table correlations = CsvAt(folder.Path("d/correlation.csv")), powers = CsvAt(folder.Path("d/power.csv"));
-  EXPECT_EQ(NumbersOf(correlations, "correlation"), Numbers(correlation));
+  EXPECT_EQ(NumbersOf(correlations, "correlation"), NumbersIn(correlation));
   EXPECT_THAT(NumbersOf(correlations, "lag"), ElementsAre(-5, -4, -3, -2, -1, 0, 1, 2, 3, 4, 5));
-  EXPECT_EQ(NumbersOf(powers, "power of level"), Numbers(power));
-  EXPECT_EQ(NumbersOf(powers, "power of inflow"), Numbers(powerOfInflow));
+  EXPECT_EQ(NumbersOf(powers, "power of level"), NumbersIn(power));
+  EXPECT_EQ(NumbersOf(powers, "power of inflow"), NumbersIn(powerOfInflow));
   EXPECT_EQ(NumbersOf(powers, "frequency")[4], 0.125);
   EXPECT_EQ(NumbersOf(powers, "period")[4], 8);
   EXPECT_EQ(powers.Cell(0, 1), "");
@@ -209,14 +209,14 @@ TEST(Spectrum, TakesTheRoundingOfAStraightLineForNothing) {
   EXPECT_THAT(RunSpectrum(steps).output, HasSubstr("Largest at frequency 0.25000"));
 }
 
-struct BadTable {
+struct BadSpectrumTable {
   const char* table;
   std::vector<std::string> more;
   const char* message;
 };
 
 TEST(FailureOfSpectrum, IsOneLineWithExitCode1ForBadData) {
-  const BadTable bads[] = {
+  const BadSpectrumTable bads[] = {
       {"y\n1\n", {}, "standard input: there is no column 'x'"},
       {"x\n1\n2\n", {"--with", "y"}, "standard input: there is no column 'y'"},
       {"x\na\nb\n", {}, "the column 'x' holds text, not numbers"},
@@ -237,7 +237,7 @@ TEST(FailureOfSpectrum, IsOneLineWithExitCode1ForBadData) {
       {"x\n1e-40\n-1e-40\n3e-40\n", {"--detrend", "none"}, "its values are too large or too small"},
       {"x,y\n1,1e-30\n2,3e-30\n1,1e-30\n", {"--with", "y"}, "the column 'y' has a power beyond single precision"},
       {"x\n", {}, "has a header but no data rows"}};
-  for (const BadTable& bad : bads) {
+  for (const BadSpectrumTable& bad : bads) {
     SCOPED_TRACE(bad.message);
     const ScratchFolder folder;
     std::vector<std::string> more = bad.more;

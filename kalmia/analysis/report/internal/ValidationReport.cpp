@@ -1,5 +1,7 @@
 #include "kalmia/analysis/report/internal/ValidationReport.h"
 
+#include <cmath>
+
 #include "kalmia/analysis/report/internal/FitReport.h"
 #include "kalmia/analysis/text/DisplayText.h"
 #include "kalmia/analysis/text/Numbers.h"
@@ -155,8 +157,9 @@ std::string PermutationText(const std::optional<PermutationTest>& test) {
   if (!test) return "";
   const PermutationJudgement& of = test->judgement;
   return "Permutation test, against " + Counted(test->runs.size(), "model") + " of Y in random order: p " +
-         Significant(of.pR2, kPDigits) + " of R2, " + Significant(of.pQ2, kPDigits) + " of Q2; intercepts " +
-         Significant(of.interceptR2, kDigits) + " and " + Significant(of.interceptQ2, kDigits) + "\n";
+         Significant(of.pR2, kPDigits) + " of R2, " + Significant(of.pQ2, kPDigits) + " of Q2" +
+         (std::isnan(of.pAccuracy) ? "" : ", " + Significant(of.pAccuracy, kPDigits) + " of accuracy") +
+         "; intercepts " + Significant(of.interceptR2, kDigits) + " and " + Significant(of.interceptQ2, kDigits) + "\n";
 }
 
 Json PermutationJson(const std::optional<PermutationTest>& test) {
@@ -166,13 +169,16 @@ Json PermutationJson(const std::optional<PermutationTest>& test) {
   for (const PermutationRun& run : test->runs) {
     const double correlation = run.correlation;
     runs.push_back({{"correlation", JsonNumber(correlation)}, {"r2", JsonNumber(run.r2)}, {"q2", JsonNumber(run.q2)}});
+    if (!std::isnan(run.accuracy)) runs.back()["accuracy"] = JsonNumber(run.accuracy);
   }
-  return {{"n", test->runs.size()},
+  Json json = {{"n", test->runs.size()},
           {"pR2", JsonNumber(of.pR2)},
           {"pQ2", JsonNumber(of.pQ2)},
           {"interceptR2", JsonNumber(of.interceptR2)},
           {"interceptQ2", JsonNumber(of.interceptQ2)},
           {"runs", runs}};
+  if (!std::isnan(of.pAccuracy)) json["pAccuracy"] = JsonNumber(of.pAccuracy);
+  return json;
 }
 
 Json RefitJson(const RefittedModels& models, int chosen) {
@@ -229,7 +235,7 @@ Json CrossValidatedJson(const RefitValidation* validation) {
 }
 
 Json CvAnovaJson(const RefitValidation* validation) {
-  if (validation == nullptr || !validation->IsJudged()) return nullptr;
+  if (validation == nullptr || !validation->IsJudged() || validation->classes) return nullptr;
   if (validation->cvAnova.size() == 1) return CvAnovaJson(validation->cvAnova.front());
   Json json = Json::object();
   for (std::size_t j = 0; j < validation->cvAnova.size(); ++j) {

@@ -11,6 +11,9 @@ void CheckMethod(const ValidationRecipe& validation, bool isNumberGiven) {
   if (validation.method == ValidationMethod::None && !isNumberGiven) {
     throw BadRequest("without a validation nothing can choose the number of components: it has to be given");
   }
+  if (validation.permutations != 0 && validation.method != ValidationMethod::Refit) {
+    throw BadRequest("permutations of Y are judged by refits");
+  }
   const FoldDealing& folds = validation.folds;
   if (validation.method == ValidationMethod::Component &&
       (folds.scheme != FoldScheme::Interleaved || folds.repeats != 1)) {

@@ -1,8 +1,11 @@
 #pragma once
 
 #include "kalmia/analysis/model/StoredModel.h"
+#include "kalmia/analysis/table/Table.h"
 #include "kalmia/analysis/validation/RefitValidation.h"
 #include "kalmia/analysis/validation/ValidationRecipe.h"
+#include "kalmia/analysis/validation/YPermutations.h"
+#include "kalmia/support/NCProgress.h"
 
 namespace kalmia::analysis {
 
@@ -14,5 +17,15 @@ void CheckMethod(const ValidationRecipe& validation, bool isNumberGiven);
 
 /// Gives a fitted model the errors of left-out rows of its number of components.
 void TakeErrors(const RefitValidation& validation, YModelInfo* model);
+
+/// Tests the model that was chosen or given, where all rounds can have it, by the permutations that are asked for.
+template <class Recipe, class Analysis>
+void Permute(const Recipe& recipe, const Table& table, Analysis* analysis, NCProgress* progress) {
+  const RefitValidation& validation = *analysis->validation;
+  if (analysis->recipe.permutations < 1 || validation.model < 1 || !validation.IsJudged()) return;
+  analysis->permutation = PermuteY(recipe, table, validation.folds, static_cast<int>(validation.model),
+                                   {analysis->recipe.permutations, analysis->recipe.folds.seed}, progress);
+  analysis->fit.notes.Add(analysis->permutation->notes);
+}
 
 }  // namespace kalmia::analysis

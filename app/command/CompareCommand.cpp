@@ -1,0 +1,81 @@
+#include <algorithm>
+
+#include "app/command/Commands.h"
+#include "app/console/ConsoleProgress.h"
+#include "app/console/InputFile.h"
+#include "app/console/OutputPlaces.h"
+#include "app/console/ReadSteps.h"
+#include "app/console/ReadTable.h"
+#include "kalmia/analysis/file/ModelFile.h"
+#include "kalmia/analysis/fit/StoredRecipe.h"
+#include "kalmia/analysis/report/ComparisonReport.h"
+#include "kalmia/analysis/text/DisplayText.h"
+#include "kalmia/analysis/text/Failure.h"
+#include "kalmia/analysis/validation/Comparison.h"
+
+namespace kalmia::app {
+
+namespace {
+
+using AnyRecipe = std::variant<PLSRecipe, OPLSRecipe>;
+
+template <class Kind>
+AnyRecipe RecipeOfKind(const Kind& /*model*/, const std::string& file) {
+  throw BadRequest(InputName(file) + " holds no PLS or OPLS model: compare takes these");
+}
+
+AnyRecipe RecipeOfKind(const StoredPLS& model, const std::string& /*file*/) { return RecipeOf(model); }
+AnyRecipe RecipeOfKind(const StoredOPLS& model, const std::string& /*file*/) { return RecipeOf(model); }
+
+/// A stored model, or the recipe that the text is.
+Candidate CandidateOf(const std::string& text) {
+  std::optional<RecipeText> read = ReadRecipe(text);
+  if (!read) {
+    const StoredModel model = ReadModelFile(ReadInput(text), InputName(text));
+    return {text, std::visit([&text](const auto& own) { return RecipeOfKind(own, text); }, model)};
+  }
+  if (!read->steps.empty() || !read->stepsFile.empty()) {
+    const GivenSteps steps = ReadSteps(read->steps, read->stepsFile);
+    std::visit([&steps](auto& recipe) { recipe.steps = steps; }, read->recipe);
+  }
+  return {text, std::move(read->recipe)};
+}
+
+/// What all have in common; a stored model brings its Y and the column of its row names where nothing else is said.
+void TakeCommon(const CompareOptions& options, std::vector<Candidate>* candidates) {
+  std::vector<std::string> y = options.y;
+  std::string id = options.common.id;
+  for (Candidate& candidate : *candidates) {
+    std::visit([&](const auto& recipe) {
+      if (y.empty()) y = recipe.y;
+      if (id.empty()) id = recipe.id;
+    }, candidate.recipe);
+  }
+  if (y.empty()) {
+    throw BadRequest("compare needs --y NAME: no stored model says what is modelled; see kalmia compare --help");
+  }
+  for (Candidate& candidate : *candidates) {
+    std::visit([&](auto& recipe) {
+      if (recipe.y.empty()) recipe.y = y;
+      recipe.id = id;
+      recipe.groups = options.common.groups;
+      recipe.groupColumn = options.common.groupColumn;
+    }, candidate.recipe);
+  }
+}
+
+}  // namespace
+
+std::string RunCommand(const CompareOptions& options, Notes* notes) {
+  std::vector<Candidate> candidates;
+  for (const std::string& text : options.models) candidates.push_back(CandidateOf(text));
+  TakeCommon(options, &candidates);
+  const Table table = ReadTable(options.table, options.reading);
+  const ValidationRecipe validation = RecipeOf(options.validation);
+  TerminalBar bar;
+  const Comparison comparison = Compare(candidates, table, validation, bar.Get());
+  notes->Add(comparison.notes);
+  return options.json ? ComparisonJson(table, comparison, validation, *notes) : ComparisonText(table, comparison);
+}
+
+}  // namespace kalmia::app

@@ -1,0 +1,66 @@
+// Models of classes, as the command prints them.
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "CommandRun.h"
+#include "TestTables.h"
+
+namespace {
+
+using nlohmann::json;
+using ::testing::ElementsAre;
+using ::testing::HasSubstr;
+
+TEST(ClassModel, TellsHowWellWinesAreFoundThatWereLeftOut) {
+  for (const char* command : {"pls", "opls"}) {
+    const json result =
+        RunKalmia({command, ExampleTable("wine.csv"), "--classes", "cultivar", "--id", "sample", "--json"}).Json();
+    const json& classes = result["classes"];
+    EXPECT_THAT(classes["names"], ElementsAre("1", "2", "3"));
+    int found = 0, all = 0;
+    for (std::size_t g = 0; g < 3; ++g) {
+      for (std::size_t h = 0; h < 3; ++h) all += classes["confusionCv"][g][h].get<int>();
+      found += classes["confusionCv"][g][g].get<int>();
+    }
+    EXPECT_EQ(all, 178);
+    EXPECT_GE(found, 173) << command;
+    EXPECT_EQ(classes["accuracyCv"], found / 178.0);
+    EXPECT_GT(classes["auc"]["2"], 0.99);
+    EXPECT_TRUE(result["cvAnova"].is_null());
+  }
+}
+
+TEST(ClassModel, IsWhatATextColumnAsYGives) {
+  std::string table = "name,kind,x1,x2\n";
+  for (int i = 0; i < 24; ++i) {
+    table += "r" + std::to_string(i) + (i % 2 == 0 ? ",oak," : ",elm,") + std::to_string(i % 5 + 4 * (i % 2)) + "," +
+             std::to_string(i * 5 % 11) + "\n";
+  }
+  const CommandResult run = RunKalmia({"pls", "-", "--y", "kind", "--id", "name", "--components", "1"}, table);
+  ASSERT_EQ(run.exitCode, 0) << run.error;
+  EXPECT_THAT(run.output, HasSubstr("as elm"));
+  EXPECT_THAT(run.output, HasSubstr("left-out rows"));
+  EXPECT_THAT(run.output, HasSubstr("sensitivity"));
+  const CommandResult numbers =
+      RunKalmia({"pls", "-", "--y", "x1", "--exclude", "kind", "--id", "name", "--json"}, table);
+  EXPECT_TRUE(numbers.Json()["classes"].is_null());
+}
+
+TEST(ClassModel, RefusesClassesBesideY) {
+  const std::string table = "k,x,y\na,1,2\nb,2,3\na,3,1\nb,5,4\n";
+  EXPECT_THAT(RunKalmia({"pls", "-", "--y", "k,y"}, table).error, HasSubstr("classes are modelled alone"));
+  EXPECT_EQ(RunKalmia({"pls", "-", "--y", "k,y"}, table).exitCode, 2);
+  EXPECT_EQ(RunKalmia({"pls", "-", "--y", "y", "--classes", "k"}, table).exitCode, 2);
+  EXPECT_EQ(RunKalmia({"pls", "-"}, table).exitCode, 2);
+}
+
+TEST(ClassModel, IsTestedByHowOftenChanceFindsAsManyRows) {
+  const json result = RunKalmia({"pls", ExampleTable("wine.csv"), "--classes", "cultivar", "--id", "sample",
+                                 "--components", "2", "--permutations", "19", "--json"})
+                          .Json();
+  EXPECT_EQ(result["permutation"]["pAccuracy"], 0.05);
+  EXPECT_LT(result["permutation"]["runs"][0]["accuracy"], 0.7);
+}
+
+}  // namespace
