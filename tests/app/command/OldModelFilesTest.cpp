@@ -29,9 +29,10 @@ struct KindOfModel {
 std::vector<KindOfModel> PredictingKinds() {
   const Words pls = {"pls", Oils(), "--y", "yellow,green", "--id", "sample", "--components", "2",
                      "--validation", "component"};
-  const Words pca = {"pca", Oils(), "--id", "sample", "--components", "2"};
+  const Words pca = {"pca", Oils(), "--id", "sample", "--components", "2", "--validation", "component"};
   const Words opls = {"opls", Oils(), "--y",          "yellow,green", "--id",         "sample",
-                      "--x",  "Acidity..DK", "--predictive", "1",     "--orthogonal", "1"};
+                      "--x",  "Acidity..DK", "--predictive", "1",     "--orthogonal", "1",
+                      "--validation", "component"};
   const Words o2pls = {"o2pls",          Oils(),    Oils(), "--id",       "sample", "--x",        "Acidity..DK", "--y",
                        "yellow..syrup", "--joint", "1",    "--x-unique", "1",      "--y-unique", "0"};
   return {{"pls", pls, {}},     {"pca", pca, {}},     {"opls", opls, {}},
