@@ -21,6 +21,7 @@ std::string RunCommand(const InfoOptions& options, Notes* /*notes*/) {
   const std::string file = InputName(options.model);
   const std::string bytes = ReadInput(options.model);
   const FileKind* const kind = KindOfBytes(bytes);
+  if (options.digest) return ModelDigest(ReadModelFile(bytes, file)) + "\n";
   if (kind == &kStepsFile) return Info(ReadStepChainFile(bytes, file), file, options.json);
   if (kind == &kOPLSCvFile) return Info(ReadOPLSCvFile(bytes, file), file, options.json);
   return Info(ReadModelFile(bytes, file), file, options.json);

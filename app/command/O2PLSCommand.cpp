@@ -42,7 +42,7 @@ std::string RunCommand(const O2PLSOptions& options, Notes* notes) {
   FitFiles files;
   if (result.AnyKept()) {
     files = WriteFitFiles(
-        options, [&] { return ModelFileBytes(result.model); },
+        options, [&] { return ModelFileBytes(result.model, options.Parts()); },
         [&] { return O2PLSCsvFiles(analysis, MarksOf(options.csvMarks.Asked())); }, bar.Get());
   }
   return options.json ? O2PLSJson(analysis, *notes, files) : O2PLSText(analysis, files);

@@ -42,7 +42,7 @@ std::string RunCommand(const OPLSOptions& options, Notes* notes) {
   const OPLSResult& result = analysis.fit;
   notes->Add(result.notes);
   const FitFiles files = WriteFitFiles(
-      options, [&] { return ModelFileBytes(result.model); },
+      options, [&] { return ModelFileBytes(result.model, options.Parts()); },
       [&] { return OPLSCsvFiles(analysis, MarksOf(options.csvMarks.Asked())); }, bar.Get(),
       {options.saveCv, [&result] { return OPLSCvFileBytes(result.validation); }});
   if (!files.csv.empty()) NoteNoDistances(result.model, result.model.Components(), notes);

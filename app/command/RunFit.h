@@ -40,7 +40,7 @@ std::string RunFit(const Options& options, const FitReport<Result>& report, Note
   FitFiles files;
   if (result.AnyKept()) {
     files = WriteFitFiles(
-        options, [&] { return ModelFileBytes(result.model); },
+        options, [&] { return ModelFileBytes(result.model, options.Parts()); },
         [&] { return report.csvFiles(result, MarksOf(options.csvMarks.Asked())); }, bar.Get());
     if (!files.csv.empty()) NoteNoDistances(result.model, result.model.Components(), notes);
   }
@@ -60,7 +60,7 @@ std::string RunAnalysis(const Options& options, const FitReport<Analysis>& repor
   FitFiles files;
   if (analysis.fit.IsUsable()) {
     files = WriteFitFiles(
-        options, [&] { return ModelFileBytes(analysis.fit.model); },
+        options, [&] { return ModelFileBytes(analysis.fit.model, options.Parts()); },
         [&] { return report.csvFiles(analysis, MarksOf(options.csvMarks.Asked())); }, bar.Get());
     if (!files.csv.empty()) NoteNoDistances(analysis.fit.model, analysis.fit.model.Components(), notes);
   }

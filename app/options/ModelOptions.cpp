@@ -9,6 +9,13 @@ namespace {
 
 const std::string kColumnsHelp = "names and ranges FIRST..LAST with commas between them";
 
+/// Where the model goes, and what goes with it.
+void DeclareSave(CommandOptions* command, const std::string& what, std::string* save, bool* noRows, bool* keepTable) {
+  command->Text("--save", "FILE", save, "store the " + what);
+  command->Flag("--no-rows", noRows, "leave names, scores and distances of the rows out of that file");
+  command->Flag("--keep-table", keepTable, "put X of the rows and its residuals into that file; left out otherwise");
+}
+
 /// The options of every command that fits a model. The table is declared before, so that it comes first in the help;
 /// what declares the numbers of components declares how they are judged, too.
 template <class DeclareComponents>
@@ -30,7 +37,7 @@ void DeclareFit(CommandOptions* command, FitOptions* options, FitRecipe* recipe,
   command->Exclude("--steps", "--steps-file");
   command->Scaling("--scale", &recipe->scaling, "scaling of X: uv (default), pareto, centre or none");
   declareComponents();
-  command->Text("--save", "FILE", &options->save, "store the model");
+  DeclareSave(command, "model", &options->save, &options->noRows, &options->keepTable);
   command->Flag("--json", &options->json, "print JSON");
 }
 
@@ -160,7 +167,7 @@ void DeclareO2PLS(CommandOptions* command, O2PLSOptions* options) {
                     {&options->recipe.groups, &options->recipe.groupColumn,
                      [options] { return options->joint.has_value(); }, "--joint",
                      "--joint, --x-unique and --y-unique", /*isChosen=*/false});
-  command->Text("--save", "FILE", &options->save, "store the model");
+  DeclareSave(command, "model", &options->save, &options->noRows, &options->keepTable);
   command->Flag("--json", &options->json, "print JSON");
   command->Text("--csv", "DIR", &options->csvFolder, "write scores, loadings, weights and fitted values as CSV files");
   DeclareCsvMarks(command, &options->csvMarks, {{"--csv", &options->csvFolder}});
@@ -220,10 +227,11 @@ void DeclareFilter(CommandOptions* command, FilterOptions* options) {
                  "COLUMNS");
   command->Exclude("--x", "--exclude");
   command->Scaling("--scale", &options->recipe.scaling, "scaling of X: uv (default), pareto, centre or none");
-  command->Text("--save", "FILE", &options->save, "store the filter");
+  DeclareSave(command, "filter", &options->save, &options->noRows, &options->keepTable);
   DeclareCsvMarks(command, &options->csvMarks);
   command->Input("--model", &options->model, "apply this stored filter instead of making one");
-  for (const char* option : {"--y", "--components", "--id", "--x", "--exclude", "--scale", "--save"}) {
+  for (const char* option : {"--y", "--components", "--id", "--x", "--exclude", "--scale", "--save",
+                             "--no-rows", "--keep-table"}) {
     command->Exclude("--model", option);
   }
   command->Check([options] {

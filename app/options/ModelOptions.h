@@ -7,6 +7,7 @@
 #include "app/Analysis.h"
 #include "app/options/TableOptions.h"
 #include "app/options/ValidationOptions.h"
+#include "kalmia/analysis/file/ModelFile.h"
 #include "kalmia/analysis/fit/FitRecipes.h"
 
 namespace kalmia::app {
@@ -21,9 +22,13 @@ struct FitOptions {
   std::string steps;      ///< of the preprocessing of X, as text; empty: a file has them, or there are none
   std::string stepsFile;
   std::string save;       ///< empty: the model is not stored
+  bool noRows = false;    ///< leave the training rows out of it
+  bool keepTable = false;
   bool json = false;
   std::string csvFolder;  ///< empty: no CSV files
   CsvMarkOptions csvMarks;
+
+  ModelParts Parts() const { return {!noRows, keepTable}; }
 };
 
 struct PLSOptions : FitOptions {
@@ -80,6 +85,8 @@ struct FilterOptions {
   std::string model;  ///< a stored filter to apply; empty: one is made
   std::string out;
   std::string save;   ///< empty: the filter is not stored
+  bool noRows = false;
+  bool keepTable = false;
   bool json = false;
   CsvMarkOptions csvMarks;
 };

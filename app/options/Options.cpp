@@ -30,8 +30,10 @@ constexpr auto kMainFooter =
 
 void DeclareInfo(CommandOptions* command, InfoOptions* options) {
   command->File("MODEL", &options->model, "file that --save or --save-cv has written");
+  command->Flag("--digest", &options->digest, "print nothing but the SHA-256 of what predicts");
   command->Flag("--json", &options->json, "print JSON");
-  command->Examples("Example:\n  kalmia info octane.model");
+  command->Exclude("--digest", "--json");
+  command->Examples("Examples:\n  kalmia info octane.model\n  kalmia info octane.model --digest");
 }
 
 void DeclareDescribe(CommandOptions* command, DescribeOptions* options) {

@@ -14,6 +14,7 @@ namespace kalmia::app {
 
 struct InfoOptions {
   std::string model;
+  bool digest = false;
   bool json = false;
 };
 

@@ -9,7 +9,7 @@
 namespace kalmia::analysis {
 
 // What all binary files of the command have around their content: magic, version, length and checksum of the content.
-// docs/command/info.md describes it.
+// docs/model-file.md describes it.
 
 /// A kind of file.
 struct FileKind {

@@ -1,6 +1,7 @@
-// The entries of a filter.
+// What a file holds of a filter.
 
 #include "kalmia/analysis/file/internal/ModelEntries.h"
+#include "kalmia/o2pls/NCYOrthogonalPLS.h"
 
 namespace kalmia::analysis {
 
@@ -10,39 +11,58 @@ bool ReadComponent(FilterComponentRecord* record, std::istream& stream) {
   return ReadDouble(&record->r2x, stream) && ReadDouble(&record->r2xCum, stream) && ReadDouble(&record->angle, stream);
 }
 
-bool ReadComponents(InputStreamDirectory* directory, StoredFilter* filter) {
-  std::istream* entry = directory->GetInput(Components);
-  return entry != nullptr && ReadRecords(*entry, &filter->components, ReadComponent);
+}  // namespace
+
+void WriteModel(const StoredFilter& model, std::ostream& stream) { WriteMatrices({&model.w, &model.p}, stream); }
+
+bool ReadModel(std::istream& stream, StoredFilter* model) { return ReadMatrices({&model->w, &model->p}, stream); }
+
+bool ReadOldModel(std::istream& stream, StoredFilter* model) {
+  NCYOrthogonalPLS filter;
+  if (!ReadObject(&stream, &filter)) return false;
+  model->w = *filter.GetWprim();
+  model->p = *filter.GetPprim();
+  model->t = *filter.GetTprim();
+  model->xResiduals = *filter.GetXResiduals();
+  return true;
+}
+
+void WriteComponents(const StoredFilter& model, std::ostream& stream) {
+  WriteInteger(model.Components(), stream);
+  for (const FilterComponentRecord& record : model.components) {
+    WriteDoubles({record.r2x, record.r2xCum, record.angle}, stream);
+  }
+}
+
+bool ReadComponents(std::istream& stream, StoredFilter* model) {
+  return ReadRecords(stream, &model->components, ReadComponent);
+}
+
+void WriteScores(const StoredFilter& model, std::ostream& stream) { WriteMatrices({&model.t}, stream); }
+
+bool ReadScores(std::istream& stream, StoredFilter* model) {
+  return ReadMatrices({&model->t}, stream) && HasShape(&model->t, model->components.size(), model->rows);
+}
+
+bool HasScores(const StoredFilter& model) {
+  return model.t.SizeRows() == model.Components();
+}
+
+std::vector<NCDataMatrix<float>> ResidualsOf(const StoredFilter& model) { return {model.xResiduals}; }
+
+bool TakeResiduals(const std::vector<NCDataMatrix<float>>& residuals, StoredFilter* model) {
+  if (residuals.size() != 1 || !HasShape(&residuals[0], model->rows, model->xNames.size())) return false;
+  model->xResiduals = residuals[0];
+  return true;
 }
 
 bool Agrees(const StoredFilter& model) {
   const std::size_t k = model.xNames.size();
-  const std::size_t n = model.rowNames.size();
   const std::size_t a = model.components.size();
-  const NCYOrthogonalPLS& filter = *model.filter;
-  return k > 0 && n > 0 && a > 0 && model.chain.Empty() &&
-         static_cast<std::size_t>(model.xScaling.scale->GetVariables()) == k &&
-         static_cast<std::size_t>(filter.GetComponents()) == a && HasShape(filter.GetPprim(), a, k) &&
-         HasShape(filter.GetWprim(), a, k) && HasShape(filter.GetTprim(), a, n) &&
-         HasShape(filter.GetXResiduals(), n, k);
-}
-
-}  // namespace
-
-void WriteOwnEntries(const StoredFilter& model, OutputStreamDirectory* directory) {
-  WriteNames(model.yNames, directory->GetOutput(YNames));
-  directory->GetOutput(Model) << *model.filter;
-  std::ostream& components = directory->GetOutput(Components);
-  WriteInteger(model.Components(), components);
-  for (const FilterComponentRecord& record : model.components) {
-    WriteDoubles({record.r2x, record.r2xCum, record.angle}, components);
-  }
-}
-
-bool ReadOwnEntries(InputStreamDirectory* directory, StoredFilter* model) {
-  model->filter = std::make_unique<NCYOrthogonalPLS>();
-  return ReadNames(YNames, directory, &model->yNames) && ReadObject(Model, directory, model->filter.get()) &&
-         ReadComponents(directory, model) && Agrees(*model);
+  return k > 0 && model.rows > 0 && a > 0 && model.chain.Empty() &&
+         static_cast<std::size_t>(model.xScaling.scale->GetVariables()) == k && HasShape(&model.p, a, k) &&
+         HasShape(&model.w, a, k) && HasShapeOrNoRows(model.t, a, model.rows) &&
+         HasShapeOrNoRows(model.xResiduals, model.rows, k);
 }
 
 }  // namespace kalmia::analysis

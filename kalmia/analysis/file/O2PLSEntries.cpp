@@ -1,4 +1,4 @@
-// The entries of an O2PLS model, and the model turned around.
+// What a file holds of an O2PLS model, and the model turned around.
 
 #include <algorithm>
 #include <utility>
@@ -8,15 +8,6 @@
 namespace kalmia::analysis {
 
 namespace {
-
-/// The matrices in their order in the file: predictive ones, those of components unique to X, then to Y, then the inner
-/// relations.
-template <class Matrices, class Action>
-bool ForEachMatrix(Matrices& m, const Action& action) {
-  const auto all = {&m.t,  &m.u,  &m.p,  &m.w, &m.c,  &m.q,  &m.to, &m.wo,
-                    &m.po, &m.s,  &m.uo, &m.co, &m.qo, &m.r, &m.lambda, &m.xLambda};
-  return std::all_of(all.begin(), all.end(), action);
-}
 
 void WriteComponent(const O2PLSComponentRecord& record, std::ostream& stream) {
   WriteInteger(static_cast<int>(record.kind), stream);
@@ -38,28 +29,6 @@ bool ReadComponent(O2PLSComponentRecord* record, std::istream& stream) {
          ReadDouble(&record->q2Limit, stream);
 }
 
-bool ReadComponents(InputStreamDirectory* directory, StoredO2PLS* model) {
-  std::istream* entry = directory->GetInput(Components);
-  return entry != nullptr && ReadText(&model->yTable, *entry) &&
-         ReadRecords(*entry, &model->components, ReadComponent);
-}
-
-bool ReadMatrices(InputStreamDirectory* directory, O2PLSMatrices* o2pls) {
-  std::istream* entry = directory->GetInput(Model);
-  if (entry == nullptr) return false;
-  try {
-    return ForEachMatrix(*o2pls, [entry](NCDataMatrix<float>* matrix) { return !(*entry >> *matrix).fail(); });
-  } catch (const VexStreamError&) {
-    return false;
-  }
-}
-
-bool ReadDeviations(InputStreamDirectory* directory, StoredO2PLS* model) {
-  std::istream* entry = directory->GetInput(Quality);
-  return entry != nullptr && ReadDouble(&model->pooledDeviation, *entry) &&
-         ReadDouble(&model->yPooledDeviation, *entry);
-}
-
 /// As many components of each kind as the matrices have, in the order of the kinds.
 bool HasComponents(const StoredO2PLS& model) {
   std::vector<O2PLSComponentRecord::Kind> kinds(static_cast<std::size_t>(model.Joint()), O2PLSComponentRecord::Joint);
@@ -69,42 +38,79 @@ bool HasComponents(const StoredO2PLS& model) {
                     [](auto kind, const auto& record) { return kind == record.kind; });
 }
 
+/// Predictive matrices, those of components unique to X, then to Y, then the inner relations.
+template <class List, class Matrices>
+List MatricesOf(Matrices& m) {
+  return {&m.p, &m.w, &m.c, &m.q, &m.wo, &m.po, &m.s, &m.co, &m.qo, &m.r, &m.lambda, &m.xLambda};
+}
+
+}  // namespace
+
+void WriteModel(const StoredO2PLS& model, std::ostream& stream) {
+  WriteMatrices(MatricesOf<ConstMatrices>(model.o2pls), stream);
+}
+
+bool ReadModel(std::istream& stream, StoredO2PLS* model) {
+  return ReadMatrices(MatricesOf<Matrices>(model->o2pls), stream);
+}
+
+bool ReadOldModel(std::istream& stream, StoredO2PLS* model) {
+  O2PLSMatrices& m = model->o2pls;
+  return ReadMatrices({&m.t, &m.u, &m.p, &m.w, &m.c, &m.q, &m.to, &m.wo, &m.po, &m.s, &m.uo, &m.co, &m.qo, &m.r,
+                       &m.lambda, &m.xLambda},
+                      stream);
+}
+
+void WriteComponents(const StoredO2PLS& model, std::ostream& stream) {
+  WriteInteger(static_cast<int>(model.components.size()), stream);
+  for (const O2PLSComponentRecord& record : model.components) WriteComponent(record, stream);
+}
+
+bool ReadComponents(std::istream& stream, StoredO2PLS* model) {
+  return ReadRecords(stream, &model->components, ReadComponent);
+}
+
+void WriteScores(const StoredO2PLS& model, std::ostream& stream) {
+  const O2PLSMatrices& m = model.o2pls;
+  WriteMatrices({&m.t, &m.u, &m.to, &m.uo}, stream);
+}
+
+bool ReadScores(std::istream& stream, StoredO2PLS* model) {
+  O2PLSMatrices& m = model->o2pls;
+  return ReadMatrices({&m.t, &m.u, &m.to, &m.uo}, stream) &&
+         HasRows(m.t, static_cast<std::size_t>(model->Joint()), model->rows) &&
+         HasRows(m.u, static_cast<std::size_t>(model->Joint()), model->rows) &&
+         HasRows(m.to, static_cast<std::size_t>(model->XUnique()), model->rows) &&
+         HasRows(m.uo, static_cast<std::size_t>(model->YUnique()), model->rows);
+}
+
+bool HasScores(const StoredO2PLS& model) {
+  return model.o2pls.t.SizeRows() == model.Joint() && model.o2pls.u.SizeRows() == model.Joint() &&
+         model.o2pls.to.SizeRows() == model.XUnique() && model.o2pls.uo.SizeRows() == model.YUnique();
+}
+
+std::vector<NCDataMatrix<float>> ResidualsOf(const StoredO2PLS& /*model*/) { return {}; }
+
+bool TakeResiduals(const std::vector<NCDataMatrix<float>>& residuals, StoredO2PLS* /*model*/) {
+  return residuals.empty();
+}
+
 bool Agrees(const StoredO2PLS& model) {
   const std::size_t k = model.xNames.size();
   const std::size_t m = model.yNames.size();
-  const std::size_t n = model.rowNames.size();
+  const std::size_t n = model.rows;
   const O2PLSMatrices& o = model.o2pls;
   const auto a = static_cast<std::size_t>(model.Joint());
   const auto ox = static_cast<std::size_t>(model.XUnique());
   const auto oy = static_cast<std::size_t>(model.YUnique());
   return k > 0 && m > 0 && n > 0 && a > 0 && model.chain.Empty() && HasComponents(model) &&
          static_cast<std::size_t>(model.xScaling.scale->GetVariables()) == k &&
-         static_cast<std::size_t>(model.yScaling.scale->GetVariables()) == m && HasShape(&o.t, a, n) &&
-         HasShape(&o.u, a, n) && HasShape(&o.p, a, k) && HasShape(&o.w, a, k) && HasShape(&o.c, a, m) && HasShape(&o.q, a, m) &&
-         HasRows(o.to, ox, n) && HasRows(o.wo, ox, k) && HasRows(o.po, ox, k) && HasRows(o.s, ox, m) &&
-         HasRows(o.uo, oy, n) && HasRows(o.co, oy, m) && HasRows(o.qo, oy, m) && HasRows(o.r, oy, k) &&
-         HasShape(&o.lambda, a, a) && HasShape(&o.xLambda, a, a);
-}
-
-}  // namespace
-
-void WriteOwnEntries(const StoredO2PLS& model, OutputStreamDirectory* directory) {
-  WriteNames(model.yNames, directory->GetOutput(YNames));
-  directory->GetOutput(YScaling) << *model.yScaling.scale;
-  std::ostream& matrices = directory->GetOutput(Model);
-  ForEachMatrix(model.o2pls, [&matrices](const NCDataMatrix<float>* matrix) { return !(matrices << *matrix).fail(); });
-  std::ostream& components = directory->GetOutput(Components);
-  WriteBinaryString(model.yTable.c_str(), components);
-  WriteInteger(static_cast<int>(model.components.size()), components);
-  for (const O2PLSComponentRecord& record : model.components) WriteComponent(record, components);
-  WriteDoubles({model.pooledDeviation, model.yPooledDeviation}, directory->GetOutput(Quality));
-}
-
-bool ReadOwnEntries(InputStreamDirectory* directory, StoredO2PLS* model) {
-  model->yScaling.scale = std::make_unique<NCScale>();
-  return ReadNames(YNames, directory, &model->yNames) && ReadObject(YScaling, directory, model->yScaling.scale.get()) &&
-         ReadMatrices(directory, &model->o2pls) && ReadComponents(directory, model) &&
-         ReadDeviations(directory, model) && Agrees(*model);
+         static_cast<std::size_t>(model.yScaling.scale->GetVariables()) == m && HasShape(&o.p, a, k) &&
+         HasShape(&o.w, a, k) && HasShape(&o.c, a, m) && HasShape(&o.q, a, m) && HasRows(o.wo, ox, k) &&
+         HasRows(o.po, ox, k) && HasRows(o.s, ox, m) && HasRows(o.co, oy, m) && HasRows(o.qo, oy, m) &&
+         HasRows(o.r, oy, k) && HasShape(&o.lambda, a, a) && HasShape(&o.xLambda, a, a) &&
+         HasShapeOrNoRows(o.t, a, n) && HasShapeOrNoRows(o.u, a, n) && HasShapeOrNoRows(o.to, ox, n) &&
+         HasShapeOrNoRows(o.uo, oy, n);
 }
 
 void TurnAround(StoredO2PLS* model) {
@@ -113,6 +119,8 @@ void TurnAround(StoredO2PLS* model) {
   std::swap(model->xNames, model->yNames);
   std::swap(model->xScaling, model->yScaling);
   std::swap(model->pooledDeviation, model->yPooledDeviation);
+  std::swap(model->rowTerms, model->yRowTerms);
+  std::swap(model->rowStatistics, model->yRowStatistics);
   for (const auto& [x, y] : {std::make_pair(&o.t, &o.u), std::make_pair(&o.p, &o.q), std::make_pair(&o.w, &o.c),
                              std::make_pair(&o.to, &o.uo), std::make_pair(&o.wo, &o.co), std::make_pair(&o.po, &o.qo),
                              std::make_pair(&o.s, &o.r), std::make_pair(&o.lambda, &o.xLambda)}) {

@@ -74,8 +74,10 @@ bool Agrees(const StoredOPLSCv& stored) {
 /// False on bytes that no writing has made.
 bool ReadContent(std::istream& stream, StoredOPLSCv* stored) {
   InputStreamDirectory directory(stream);
-  if (!ReadGeneral(directory.GetInput(CvGeneral), stored) || !ReadNames(CvXNames, &directory, &stored->xNames) ||
-      !ReadNames(CvYNames, &directory, &stored->yNames) || !ReadObject(CvGroups, &directory, &stored->groups) ||
+  if (!ReadGeneral(directory.GetInput(CvGeneral), stored) ||
+      !ReadNames(directory.GetInput(CvXNames), &stored->xNames) ||
+      !ReadNames(directory.GetInput(CvYNames), &stored->yNames) ||
+      !ReadObject(directory.GetInput(CvGroups), &stored->groups) ||
       !ReadSteps(directory.GetInput(CvSteps), &stored->state.steps)) {
     return false;
   }

@@ -1,4 +1,4 @@
-// The entries of an OPLS model.
+// What a file holds of an OPLS model.
 
 #include <algorithm>
 
@@ -7,17 +7,6 @@
 namespace kalmia::analysis {
 
 namespace {
-
-/// The matrices in their order in the file: those of each block, then those of the orthogonal components, then T.
-template <class Matrices, class Action>
-bool ForEachMatrix(Matrices& opls, const Action& action) {
-  for (auto* blocks : {&opls.w, &opls.p, &opls.c})
-    for (auto& matrix : *blocks)
-      if (!action(&matrix)) return false;
-  for (auto* matrix : {&opls.wo, &opls.po, &opls.co, &opls.to, &opls.t})
-    if (!action(matrix)) return false;
-  return true;
-}
 
 void WriteComponent(const OPLSComponentRecord& record, std::ostream& stream) {
   WriteInteger(record.orthogonal ? 1 : 0, stream);
@@ -36,29 +25,74 @@ bool ReadComponent(OPLSComponentRecord* record, std::istream& stream) {
          ReadDouble(&record->q2Cum, stream) && ReadDouble(&record->q2Limit, stream);
 }
 
-bool ReadComponents(InputStreamDirectory* directory, StoredOPLS* model) {
-  std::istream* entry = directory->GetInput(Components);
-  return entry != nullptr && ReadRecords(*entry, &model->components, ReadComponent);
+/// W, P and C of each block, then those of the orthogonal components.
+template <class List, class Matrices>
+List MatricesOf(Matrices& opls) {
+  List list;
+  for (auto* blocks : {&opls.w, &opls.p, &opls.c}) {
+    for (auto& matrix : *blocks) list.push_back(&matrix);
+  }
+  for (auto* matrix : {&opls.wo, &opls.po, &opls.co}) list.push_back(matrix);
+  return list;
 }
 
 /// The number of blocks stands in front of the matrices. Each of these takes bytes of the stream, so that a lie ends
 /// with them.
-bool ReadMatrices(InputStreamDirectory* directory, OPLSMatrices* opls) {
-  std::istream* entry = directory->GetInput(Model);
+bool ReadBlocks(std::istream& stream, OPLSMatrices* opls) {
   int blocks = 0;
-  if (entry == nullptr || !ReadInteger(&blocks, *entry) || !HasBytesFor(*entry, blocks, 3)) return false;
+  if (!ReadInteger(&blocks, stream) || !HasBytesFor(stream, blocks, 3)) return false;
   for (auto* each : {&opls->w, &opls->p, &opls->c}) each->resize(static_cast<std::size_t>(blocks));
-  try {
-    return ForEachMatrix(*opls, [entry](NCDataMatrix<float>* matrix) { return !(*entry >> *matrix).fail(); });
-  } catch (const VexStreamError&) {
-    return false;
-  }
+  return ReadMatrices(MatricesOf<Matrices>(*opls), stream);
+}
+
+}  // namespace
+
+void WriteModel(const StoredOPLS& model, std::ostream& stream) {
+  const OPLSMatrices none;
+  const OPLSMatrices& opls = model.Components() == 0 ? none : model.opls;
+  WriteInteger(static_cast<int>(opls.w.size()), stream);
+  WriteMatrices(MatricesOf<ConstMatrices>(opls), stream);
+}
+
+bool ReadModel(std::istream& stream, StoredOPLS* model) { return ReadBlocks(stream, &model->opls); }
+
+bool ReadOldModel(std::istream& stream, StoredOPLS* model) {
+  return ReadBlocks(stream, &model->opls) && ReadScores(stream, model);
+}
+
+void WriteComponents(const StoredOPLS& model, std::ostream& stream) {
+  WriteInteger(model.Components(), stream);
+  for (const OPLSComponentRecord& record : model.components) WriteComponent(record, stream);
+}
+
+bool ReadComponents(std::istream& stream, StoredOPLS* model) {
+  return ReadRecords(stream, &model->components, ReadComponent);
+}
+
+void WriteScores(const StoredOPLS& model, std::ostream& stream) {
+  WriteMatrices({&model.opls.to, &model.opls.t}, stream);
+}
+
+bool ReadScores(std::istream& stream, StoredOPLS* model) {
+  OPLSMatrices& opls = model->opls;
+  return ReadMatrices({&opls.to, &opls.t}, stream) &&
+         HasRows(opls.to, static_cast<std::size_t>(model->Orthogonal()), model->rows) &&
+         HasRows(opls.t, static_cast<std::size_t>(model->Predictive()), model->rows);
+}
+
+bool HasScores(const StoredOPLS& model) {
+  return model.opls.t.SizeRows() == model.Predictive() && model.opls.to.SizeRows() == model.Orthogonal();
+}
+
+std::vector<NCDataMatrix<float>> ResidualsOf(const StoredOPLS& /*model*/) { return {}; }
+
+bool TakeResiduals(const std::vector<NCDataMatrix<float>>& residuals, StoredOPLS* /*model*/) {
+  return residuals.empty();
 }
 
 bool Agrees(const StoredOPLS& model) {
   const std::size_t k = model.xNames.size();
   const std::size_t m = model.yNames.size();
-  const std::size_t n = model.rowNames.size();
   const OPLSMatrices& opls = model.opls;
   const auto a = static_cast<std::size_t>(model.Predictive());
   const auto o = static_cast<std::size_t>(model.Orthogonal());
@@ -66,32 +100,13 @@ bool Agrees(const StoredOPLS& model) {
     return std::all_of(blocks.begin(), blocks.end(),
                        [=](const auto& block) { return HasShape(&block, rows, columns); });
   };
-  return k > 0 && m > 0 && n > 0 && a > 0 && opls.w.size() == o + 1 && model.components.size() == a + o &&
-         static_cast<std::size_t>(model.xScaling.scale->GetVariables()) == k &&
+  const bool isMean = opls.w.empty() && o == 0;
+  return k > 0 && m > 0 && model.rows > 0 && (isMean || (a > 0 && opls.w.size() == o + 1)) &&
+         model.components.size() == a + o && static_cast<std::size_t>(model.xScaling.scale->GetVariables()) == k &&
          static_cast<std::size_t>(model.yScaling.scale->GetVariables()) == m && haveShape(opls.w, a, k) &&
          haveShape(opls.p, a, k) && haveShape(opls.c, a, m) && HasRows(opls.wo, o, k) && HasRows(opls.po, o, k) &&
-         HasRows(opls.co, o, m) && HasRows(opls.to, o, n) && HasShape(&opls.t, a, n);
-}
-
-}  // namespace
-
-void WriteOwnEntries(const StoredOPLS& model, OutputStreamDirectory* directory) {
-  WriteNames(model.yNames, directory->GetOutput(YNames));
-  directory->GetOutput(YScaling) << *model.yScaling.scale;
-  std::ostream& matrices = directory->GetOutput(Model);
-  WriteInteger(static_cast<int>(model.opls.w.size()), matrices);
-  ForEachMatrix(model.opls, [&matrices](const NCDataMatrix<float>* matrix) { return !(matrices << *matrix).fail(); });
-  std::ostream& components = directory->GetOutput(Components);
-  WriteInteger(model.Components(), components);
-  for (const OPLSComponentRecord& record : model.components) WriteComponent(record, components);
-  WriteYQuality(model, directory);
-}
-
-bool ReadOwnEntries(InputStreamDirectory* directory, StoredOPLS* model) {
-  model->yScaling.scale = std::make_unique<NCScale>();
-  return ReadNames(YNames, directory, &model->yNames) && ReadObject(YScaling, directory, model->yScaling.scale.get()) &&
-         ReadMatrices(directory, &model->opls) && ReadComponents(directory, model) && ReadYQuality(directory, model) &&
-         Agrees(*model);
+         HasRows(opls.co, o, m) && HasShapeOrNoRows(opls.to, o, model.rows) &&
+         HasShapeOrNoRows(opls.t, a, model.rows);
 }
 
 }  // namespace kalmia::analysis

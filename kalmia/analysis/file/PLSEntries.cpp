@@ -1,6 +1,10 @@
-// The entries of a PLS model.
+// What a file holds of a PLS model.
+
+#include <algorithm>
+#include <memory>
 
 #include "kalmia/analysis/file/internal/ModelEntries.h"
+#include "kalmia/analysis/model/Prediction.h"
 
 namespace kalmia::analysis {
 
@@ -35,44 +39,92 @@ bool ReadComponent(ComponentRecord* record, std::size_t yColumns, std::istream& 
   return good;
 }
 
-bool ReadComponents(InputStreamDirectory* directory, StoredPLS* model) {
-  std::istream* entry = directory->GetInput(Components);
-  const auto read = [model](ComponentRecord* record, std::istream& stream) {
-    return ReadComponent(record, model->yNames.size(), stream);
+/// The model of these matrices; with scores and residuals where these have rows.
+std::unique_ptr<NCPLS> Assembled(const NCPLS& model, const NCDataMatrix<float>& t, const NCDataMatrix<float>& x,
+                                 const NCDataMatrix<float>& y) {
+  const NCDataMatrix<float> none;
+  return std::make_unique<NCPLS>(&x, &y, model.GetCprim(), model.GetPprim(), model.GetWprim(), &none, &t,
+                                 kMaxIterations);
+}
+
+}  // namespace
+
+void WriteModel(const StoredPLS& model, std::ostream& stream) {
+  const NCDataMatrix<float> none;
+  if (model.Components() == 0) {
+    WriteMatrices({&none, &none, &none}, stream);
+  } else {
+    WriteMatrices({model.pls->GetWprim(), model.pls->GetPprim(), model.pls->GetCprim()}, stream);
+  }
+}
+
+bool ReadModel(std::istream& stream, StoredPLS* model) {
+  NCDataMatrix<float> w, p, c;
+  if (!ReadMatrices({&w, &p, &c}, stream)) return false;
+  const NCDataMatrix<float> none;
+  model->pls = std::make_unique<NCPLS>(&none, &none, &c, &p, &w, &none, &none, kMaxIterations);
+  return true;
+}
+
+bool ReadOldModel(std::istream& stream, StoredPLS* model) {
+  model->pls = std::make_unique<NCPLS>();
+  return ReadObject(&stream, model->pls.get());
+}
+
+void WriteComponents(const StoredPLS& model, std::ostream& stream) {
+  WriteInteger(model.Components(), stream);
+  for (const ComponentRecord& record : model.components) WriteComponent(record, stream);
+}
+
+bool ReadComponents(std::istream& stream, StoredPLS* model) {
+  const auto read = [model](ComponentRecord* record, std::istream& from) {
+    return ReadComponent(record, model->yNames.size(), from);
   };
-  return entry != nullptr && ReadRecords(*entry, &model->components, read);
+  return ReadRecords(stream, &model->components, read);
+}
+
+void WriteScores(const StoredPLS& model, std::ostream& stream) {
+  const NCDataMatrix<float> none;
+  WriteMatrices({model.Components() == 0 ? &none : model.pls->GetTprim()}, stream);
+}
+
+bool ReadScores(std::istream& stream, StoredPLS* model) {
+  NCDataMatrix<float> t;
+  if (!ReadMatrices({&t}, stream) || !HasRows(t, model->components.size(), model->rows)) return false;
+  model->pls = Assembled(*model->pls, t, {}, {});
+  return true;
+}
+
+bool HasScores(const StoredPLS& model) {
+  return model.Components() == 0 || model.pls->GetTprim()->SizeRows() == model.Components();
+}
+
+std::vector<NCDataMatrix<float>> ResidualsOf(const StoredPLS& model) {
+  if (model.Components() == 0) return {};
+  return {*model.pls->GetXResiduals(), *model.pls->GetYResiduals()};
+}
+
+bool TakeResiduals(const std::vector<NCDataMatrix<float>>& residuals, StoredPLS* model) {
+  if (residuals.size() != 2 || !HasShape(&residuals[0], model->rows, model->xNames.size()) ||
+      !HasShape(&residuals[1], model->rows, model->yNames.size())) {
+    return false;
+  }
+  const NCDataMatrix<float> t = *model->pls->GetTprim();
+  model->pls = Assembled(*model->pls, t, residuals[0], residuals[1]);
+  return true;
 }
 
 bool Agrees(const StoredPLS& model) {
   const std::size_t k = model.xNames.size();
   const std::size_t m = model.yNames.size();
-  const std::size_t n = model.rowNames.size();
   const std::size_t a = model.components.size();
   const NCPLS& pls = *model.pls;
-  return k > 0 && m > 0 && n > 0 && static_cast<std::size_t>(model.xScaling.scale->GetVariables()) == k &&
+  return k > 0 && m > 0 && model.rows > 0 && static_cast<std::size_t>(model.xScaling.scale->GetVariables()) == k &&
          static_cast<std::size_t>(model.yScaling.scale->GetVariables()) == m && HasRows(*pls.GetWprim(), a, k) &&
-         HasRows(*pls.GetPprim(), a, k) && HasRows(*pls.GetCprim(), a, m) && HasRows(*pls.GetTprim(), a, n) &&
-         HasRows(*pls.GetUprim(), a, n) && HasShape(pls.GetXResiduals(), n, k) && HasShape(pls.GetYResiduals(), n, m);
-}
-
-}  // namespace
-
-void WriteOwnEntries(const StoredPLS& model, OutputStreamDirectory* directory) {
-  WriteNames(model.yNames, directory->GetOutput(YNames));
-  directory->GetOutput(YScaling) << *model.yScaling.scale;
-  directory->GetOutput(Model) << *model.pls;
-  std::ostream& components = directory->GetOutput(Components);
-  WriteInteger(model.Components(), components);
-  for (const ComponentRecord& record : model.components) WriteComponent(record, components);
-  WriteYQuality(model, directory);
-}
-
-bool ReadOwnEntries(InputStreamDirectory* directory, StoredPLS* model) {
-  model->yScaling.scale = std::make_unique<NCScale>();
-  model->pls = std::make_unique<NCPLS>();
-  return ReadNames(YNames, directory, &model->yNames) && ReadObject(YScaling, directory, model->yScaling.scale.get()) &&
-         ReadObject(Model, directory, model->pls.get()) && ReadComponents(directory, model) &&
-         ReadYQuality(directory, model) && Agrees(*model);
+         HasRows(*pls.GetPprim(), a, k) && HasRows(*pls.GetCprim(), a, m) &&
+         HasShapeOrNoRows(*pls.GetTprim(), a, model.rows) &&
+         HasShapeOrNoRows(*pls.GetXResiduals(), model.rows, k) &&
+         HasShapeOrNoRows(*pls.GetYResiduals(), model.rows, m);
 }
 
 }  // namespace kalmia::analysis

@@ -54,7 +54,7 @@ FilteredTable FilterRows(const StoredFilter& filter, const Table& table, Notes* 
   filtered.missingColumns = std::move(rows.missingColumns);
   ApplyScale(filter.xScaling, &rows.x);
   NCDataMatrix<float> left = rows.x;
-  filter.filter->CalculateResiduals(&left);
+  TakeOut(filter, &left);
   filtered.removed = DescribedShare(rows.x, left);
   filtered.cells = CellRows(left.SizeRows(), left.SizeColumns());
   const NCDataMatrix<float>& scaled = rows.x;
@@ -90,7 +90,10 @@ FilterResult Compute(const FilterRecipe& recipe, const Table& table, NCProgress*
   ScaleColumns(ScalingOfY(recipe.scaling), data.yNames, &y);
   const int most = MostComponents(data, recipe.components, &result.notes);
   FilterComponents fit = FitOrNameLeftOut(data, [&] { return ExtractFilter(x, y, most, progress); });
-  filter.filter = std::move(fit.filter);
+  filter.w = *fit.filter->GetWprim();
+  filter.p = *fit.filter->GetPprim();
+  filter.t = *fit.filter->GetTprim();
+  filter.xResiduals = *fit.filter->GetXResiduals();
   filter.components = std::move(fit.components);
   result.endedEarly = std::move(fit.endedEarly);
   Notes said;  // by the selection of the data already

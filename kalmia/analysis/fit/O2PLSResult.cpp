@@ -5,6 +5,7 @@
 #include "kalmia/analysis/fit/internal/FitRules.h"
 #include "kalmia/analysis/fit/internal/O2PLSExtraction.h"
 #include "kalmia/analysis/fit/internal/RecipeChecks.h"
+#include "kalmia/analysis/model/TrainingRows.h"
 #include "kalmia/analysis/steps/Scaling.h"
 #include "kalmia/analysis/text/DisplayText.h"
 #include "kalmia/analysis/text/Version.h"
@@ -26,6 +27,7 @@ void FillInfo(const O2PLSRecipe& recipe, const BlockPair& data, StoredO2PLS* mod
   model->scaling = recipe.scaling;
   model->xNames = data.x.names;
   model->yNames = data.y.names;
+  model->rows = data.rowNames.size();
   model->rowNames = data.rowNames;
 }
 
@@ -57,9 +59,11 @@ void JudgePredictions(const O2PLSTask& task, O2PLSResult* result, NCProgress* pr
   result->r2x = DescribedShare(task.x, task.x - x);
   result->fittedY = PredictRows(model, result->data.x.cells, progress);
   model.pooledDeviation = PooledDeviationOf(result->fittedY, model.Components());
+  DescribeRows(result->fittedY, result->data.y.measured, /*leftOut=*/{}, &model);
   TurnAround(&model);
   result->fittedX = PredictRows(model, result->data.y.cells, progress);
   model.pooledDeviation = PooledDeviationOf(result->fittedX, model.Components());
+  DescribeRows(result->fittedX, result->data.x.measured, /*leftOut=*/{}, &model);
   TurnAround(&model);
 }
 

@@ -8,6 +8,7 @@
 #include "kalmia/analysis/fit/internal/FitSetup.h"
 #include "kalmia/analysis/fit/internal/OPLSExtraction.h"
 #include "kalmia/analysis/fit/internal/RecipeChecks.h"
+#include "kalmia/analysis/model/TrainingRows.h"
 #include "kalmia/analysis/steps/Scaling.h"
 #include "kalmia/analysis/text/DisplayText.h"
 #include "kalmia/analysis/text/internal/LibraryErrors.h"
@@ -90,9 +91,10 @@ OPLSResult Compute(const OPLSRecipe& recipe, const Table& table, NCProgress* pro
   if (!isMean && !fit.components.back().kept) fit.components.pop_back();
   model.components = std::move(fit.components);
   model.opls = std::move(fit.model);
-  result.fitted = isMean ? FittedMeans(model, task.x) : PredictRows(model, result.data.x, progress);
+  result.fitted = PredictRows(model, result.data.x, progress);
   if (result.data.classes) result.classes = FitClasses(*result.data.classes, result.fitted, recipe.priors);
   JudgeModel(result.data, result.fitted, model.Components(), fit.crossValidatedResiduals, &model);
+  DescribeRows(result.fitted, result.data.measuredY, /*leftOut=*/{}, &model);
   return result;
 }
 

@@ -6,6 +6,7 @@
 #include "kalmia/analysis/fit/internal/FitSetup.h"
 #include "kalmia/analysis/fit/internal/PCAExtraction.h"
 #include "kalmia/analysis/fit/internal/RecipeChecks.h"
+#include "kalmia/analysis/model/TrainingRows.h"
 #include "kalmia/analysis/steps/Scaling.h"
 #include "kalmia/analysis/text/DisplayText.h"
 #include "kalmia/analysis/text/internal/LibraryErrors.h"
@@ -37,16 +38,6 @@ void NoteComponents(const PCAComponents& fit, Notes* notes) {
   if (!fit.notJudged.empty()) notes->Add("cross-validation is not possible: " + fit.notJudged);
 }
 
-/// Of a model without components, which leaves all of X.
-std::vector<RowScores> RowsOfTheMean(const NCDataMatrix<float>& scaledX) {
-  std::vector<RowScores> rows;
-  for (const RowResidual& residual : RowResiduals(scaledX)) {
-    rows.emplace_back();
-    rows.back().residual = residual;
-  }
-  return rows;
-}
-
 PCAResult Compute(const PCARecipe& recipe, const Table& table, NCProgress* progress) {
   PCAResult result;
   result.data = SelectData(table, recipe, /*y=*/{}, &result.notes, progress);
@@ -69,10 +60,10 @@ PCAResult Compute(const PCARecipe& recipe, const Table& table, NCProgress* progr
   fit.components.resize(static_cast<std::size_t>(fit.kept));
   result.model.components = std::move(fit.components);
   result.model.pca = std::move(fit.model);
-  const bool isMean = recipe.components == 0;
-  if (!result.AnyKept() && !isMean) return result;
-  result.rows = isMean ? RowsOfTheMean(task.x) : ScoreRows(result.model, result.data.x, progress);
+  if (!result.AnyKept() && recipe.components != 0) return result;
+  result.rows = ScoreRows(result.model, result.data.x, progress);
   result.model.pooledDeviation = PooledDeviationOf(result.rows, result.model.Components());
+  DescribeRows(result.rows, /*leftOut=*/{}, &result.model);
   return result;
 }
 

@@ -7,6 +7,7 @@
 #include "kalmia/analysis/fit/internal/FitSetup.h"
 #include "kalmia/analysis/fit/internal/PLSExtraction.h"
 #include "kalmia/analysis/fit/internal/RecipeChecks.h"
+#include "kalmia/analysis/model/TrainingRows.h"
 #include "kalmia/analysis/steps/Scaling.h"
 #include "kalmia/analysis/text/internal/LibraryErrors.h"
 
@@ -37,11 +38,11 @@ PLSResult Compute(const PLSRecipe& recipe, const Table& table, NCProgress* progr
   fit.components.resize(static_cast<std::size_t>(fit.kept));
   result.model.components = std::move(fit.components);
   result.model.pls = std::move(fit.model);
-  const bool isMean = recipe.components == 0;
-  if (!result.AnyKept() && !isMean) return result;
-  result.fitted = isMean ? FittedMeans(result.model, task.x) : PredictRows(result.model, result.data.x, progress);
+  if (!result.AnyKept() && recipe.components != 0) return result;
+  result.fitted = PredictRows(result.model, result.data.x, progress);
   if (result.data.classes) result.classes = FitClasses(*result.data.classes, result.fitted, recipe.priors);
   JudgeModel(result.data, result.fitted, result.model.Components(), fit.crossValidatedResiduals, &result.model);
+  DescribeRows(result.fitted, result.data.measuredY, /*leftOut=*/{}, &result.model);
   return result;
 }
 

@@ -11,12 +11,13 @@ namespace kalmia::analysis {
 
 namespace {
 
+/// A model of one block without components says that rows lie at the mean, unless it is what is left where none was kept;
+/// one of two blocks says nothing.
 template <class Model>
 bool PredictsNothing(const Model& model) {
-  return model.Components() == 0;
+  return model.Components() == 0 && !model.rowTerms;
 }
-/// Without components it predicts the mean, unless it is what is left where none was kept.
-bool PredictsNothing(const StoredPLS& model) { return model.quality.empty(); }
+bool PredictsNothing(const StoredO2PLS& model) { return model.Components() == 0; }
 
 template <class Model>
 auto PredictNewRows(const Model& model, const Table& table, const std::string& id, NCProgress* progress) {

@@ -12,6 +12,7 @@ PCAPredictions PredictTable(const StoredPCA& model, const Table& /*table*/, NewR
   result.rows = std::move(rows);
   NoteMovedCells(result.rows.moved, notes);
   result.scores = ScoreRows(model, result.rows.x, progress);
+  result.diagnosis = Diagnose(model, result.scores, notes);
   return result;
 }
 

@@ -4,6 +4,7 @@
 
 #include "kalmia/analysis/model/NewRows.h"
 #include "kalmia/analysis/model/PCAScores.h"
+#include "kalmia/analysis/model/RowDiagnosis.h"
 #include "kalmia/analysis/table/Table.h"
 #include "kalmia/analysis/text/Notes.h"
 #include "kalmia/support/Export.h"
@@ -14,6 +15,7 @@ namespace kalmia::analysis {
 struct PCAPredictions {
   NewRows rows;
   std::vector<RowScores> scores;
+  RowDiagnosis diagnosis;
   Notes notes;  ///< what was done of its own accord
 };
 

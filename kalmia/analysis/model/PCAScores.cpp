@@ -27,6 +27,16 @@ RowScores ScoresOf(const NCDataMatrix<float>& tPrim, int row, int present, int v
   return scores;
 }
 
+/// What a model without components leaves of rows that are scaled: all.
+std::vector<RowScores> WithoutScores(const NCDataMatrix<float>& x) {
+  std::vector<RowScores> rows;
+  for (const RowResidual& residual : RowResiduals(x)) {
+    rows.emplace_back();
+    rows.back().residual = residual;
+  }
+  return rows;
+}
+
 /// Of the rows of a scaled table.
 void AppendScores(const NCPCA& model, const NCDataMatrix<float>& x, std::vector<RowScores>* rows) {
   NCPCAPred prediction(&x, model.GetPprim(), kMaxIterations, kMissingTolerance);
@@ -43,6 +53,7 @@ void AppendScores(const NCPCA& model, const NCDataMatrix<float>& x, std::vector<
 
 std::vector<RowScores> ScoreRows(const StoredPCA& model, NCDataMatrix<float> x, NCProgress* progress) {
   ApplyScale(model.xScaling, &x);
+  if (model.Components() == 0) return WithoutScores(x);
   std::vector<RowScores> rows;
   WorkProgress work(progress);
   for (int first = 1; first <= x.SizeRows(); first += kRowsAtATime) {

@@ -11,12 +11,10 @@
 namespace kalmia::analysis {
 
 /// Where a row lies in a PCA model.
-struct RowScores : RowFit {
-  std::vector<double> t;  ///< one score for each component; empty where nothing can be said
-};
+struct RowScores : RowFit {};
 
 /// The scores of the rows of a table that has the model's columns in the model's order, in the units of the file, and
-/// -99 for what is missing. The same rows give the same bits, alone or among others. `progress` may be
+/// -99 for what is missing. A model without components gives every row no scores and no reason. The same rows give the same bits, alone or among others. `progress` may be
 /// null. Throws Stopped where the bar wants to stop.
 KALMIA_EXPORT std::vector<RowScores> ScoreRows(const StoredPCA& model, NCDataMatrix<float> x,
                                                NCProgress* progress = nullptr);

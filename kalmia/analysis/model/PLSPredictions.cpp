@@ -24,6 +24,32 @@ void ReadMeasured(const YModelInfo& model, const Table& table, PLSPredictions* r
   if (!texts.empty()) notes->Add("not taken as measured values, text columns: " + Listed(texts));
 }
 
+/// "t1", "t2": symbol and number.
+void AddNames(const std::string& symbol, int count, std::vector<std::string>* names) {
+  for (int a = 1; a <= count; ++a) names->push_back(symbol + std::to_string(a));
+}
+
+std::vector<std::string> ScoreNames(const StoredPLS& model) {
+  std::vector<std::string> names;
+  AddNames("t", model.Components(), &names);
+  return names;
+}
+
+std::vector<std::string> ScoreNames(const StoredOPLS& model) {
+  std::vector<std::string> names;
+  AddNames("t", model.Predictive(), &names);
+  AddNames("to", model.Orthogonal(), &names);
+  return names;
+}
+
+std::vector<std::string> ScoreNames(const StoredO2PLS& model) {
+  const std::string symbol = model.inputBlock == "X" ? "t" : "u";
+  std::vector<std::string> names;
+  AddNames(symbol, model.Joint(), &names);
+  AddNames(symbol + "o", model.XUnique(), &names);
+  return names;
+}
+
 template <class Model>
 PLSPredictions PredictWith(const Model& model, const Table& table, NewRows rows, Notes* notes,
                             NCProgress* progress) {
@@ -33,6 +59,8 @@ PLSPredictions PredictWith(const Model& model, const Table& table, NewRows rows,
   ReadMeasured(model, table, &result, notes);
   NoteMovedCells(result.rows.moved, notes);
   result.predictions = PredictRows(model, result.rows.x, progress);
+  result.scoreNames = ScoreNames(model);
+  result.diagnosis = Diagnose(model, result.predictions, notes);
   return result;
 }
 

@@ -1,9 +1,11 @@
 #pragma once
 
+#include <string>
 #include <vector>
 
 #include "kalmia/analysis/model/NewRows.h"
 #include "kalmia/analysis/model/Prediction.h"
+#include "kalmia/analysis/model/RowDiagnosis.h"
 #include "kalmia/analysis/table/Table.h"
 #include "kalmia/analysis/text/Notes.h"
 #include "kalmia/support/Export.h"
@@ -16,6 +18,8 @@ struct PLSPredictions {
   std::vector<std::vector<double>> measured;  ///< for each Y of the model its cells, a hole NaN; or nothing, if it is
                                               ///< not there
   std::vector<RowPrediction> predictions;
+  std::vector<std::string> scoreNames;  ///< of their scores: t1, t2, to1, or u1, uo1 of a model turned around
+  RowDiagnosis diagnosis;
   int components = 0;                        ///< of the model
   Notes notes;                               ///< what was done of its own accord
 };

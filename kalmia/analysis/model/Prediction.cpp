@@ -36,27 +36,53 @@ void NoteMissingScores(const std::string& block, const NCDataMatrix<float>& x, c
     }
 }
 
-/// Predictions in the units of the file, and what is left of X.
+/// Appends the scores of these components to those of each row; missing ones are not numbers.
+void AddScores(const NCDataVector<float>& scores, std::vector<RowPrediction>* rows) {
+  for (std::size_t i = 0; i < rows->size(); ++i) {
+    const float score = scores[static_cast<int>(i) + 1];
+    (*rows)[i].t.push_back(score == kMissingCell<float> ? std::numeric_limits<double>::quiet_NaN() : score);
+  }
+}
+
+void AddScores(const NCDataMatrix<float>& tPrim, std::vector<RowPrediction>* rows) {
+  for (int a = 1; a <= tPrim.SizeRows(); ++a) AddScores(tPrim[a], rows);
+}
+
+/// Predictions in the units of the file, and what is left of X. A row without a prediction loses its scores.
 void FillRows(const YModelInfo& model, const NCDataMatrix<float>& yPred, const NCDataMatrix<float>& xLeft,
               std::vector<RowPrediction>* rows) {
   const std::vector<RowResidual> residuals = RowResiduals(xLeft);
   for (std::size_t i = 0; i < rows->size(); ++i) {
     RowPrediction& row = (*rows)[i];
     row.residual = residuals[i];
-    if (!row.reason.empty()) continue;
+    if (!row.reason.empty()) {
+      row.t.clear();
+      continue;
+    }
     const NCDataVector<float>& y = yPred[static_cast<int>(i) + 1];
     for (int j = 1; j <= y.Size(); ++j) {
       row.y.push_back(y[j] / FactorOf(model.yScaling, j) + CentreOf(model.yScaling, j));
       if (!std::isfinite(row.y.back())) row.reason = kTooLarge;
     }
-    if (!row.reason.empty()) row.y.clear();
+    if (row.reason.empty()) continue;
+    row.y.clear();
+    row.t.clear();
   }
+}
+
+/// What a model without components says of rows that are scaled: the mean of Y.
+std::vector<RowPrediction> PredictMeans(const YModelInfo& model, const NCDataMatrix<float>& x) {
+  std::vector<RowPrediction> rows(static_cast<std::size_t>(x.SizeRows()));
+  const NCDataMatrix<float> scaledMean(x.SizeRows(), static_cast<int>(model.yNames.size()), 0.0F);
+  FillRows(model, scaledMean, x, &rows);
+  return rows;
 }
 
 }  // namespace
 
 std::vector<RowPrediction> PredictRows(const StoredPLS& model, NCDataMatrix<float> x, NCProgress* progress) {
   ApplyScale(model.xScaling, &x);
+  if (model.Components() == 0) return PredictMeans(model, x);
   std::vector<RowPrediction> rows(static_cast<std::size_t>(x.SizeRows()));
   const NCPLS& pls = *model.pls;
   // In place: of a model without components the matrices of the library do not tell how many Y columns there are.
@@ -68,6 +94,7 @@ std::vector<RowPrediction> PredictRows(const StoredPLS& model, NCDataMatrix<floa
   for (int a = 1; a <= prediction.GetMaxComp(); ++a) {
     work.MoveToPart(a, prediction.GetMaxComp());
     prediction.CalcNextComponent();
+    AddScores(*prediction.GetTPred(), &rows);
     for (int r = 1; r <= x.SizeRows(); ++r) {
       std::string& reason = rows[static_cast<std::size_t>(r - 1)].reason;
       if (reason.empty() && (*prediction.GetTPred())[r] == static_cast<float>(kMissing)) {
@@ -81,6 +108,7 @@ std::vector<RowPrediction> PredictRows(const StoredPLS& model, NCDataMatrix<floa
 
 std::vector<RowPrediction> PredictRows(const StoredOPLS& model, NCDataMatrix<float> x, NCProgress* progress) {
   ApplyScale(model.xScaling, &x);
+  if (model.Components() == 0) return PredictMeans(model, x);
   const OPLSMatrices& opls = model.opls;
   NCOPLSPred prediction(&x, &opls.w, &opls.p, &opls.c, &opls.wo, &opls.po, &opls.co);
   WorkProgress work(progress);
@@ -92,6 +120,8 @@ std::vector<RowPrediction> PredictRows(const StoredOPLS& model, NCDataMatrix<flo
   std::vector<RowPrediction> rows(static_cast<std::size_t>(x.SizeRows()));
   NoteMissingScores(model.inputBlock, x, *prediction.GetTOPred(), 0, &rows);
   NoteMissingScores(model.inputBlock, x, *prediction.GetTPred(), model.Orthogonal(), &rows);
+  AddScores(*prediction.GetTPred(), &rows);
+  AddScores(*prediction.GetTOPred(), &rows);
   NCDataMatrix<float> left = prediction.GetXOrthoResiduals();
   for (int a = 1; a <= model.Predictive(); ++a) left.AddVprimV((*prediction.GetTPred())[a], opls.p.back()[a], -1.0F);
   FillRows(model, *prediction.GetYPred(), left, &rows);
@@ -108,15 +138,21 @@ std::vector<RowPrediction> PredictRows(const StoredO2PLS& model, NCDataMatrix<fl
   std::vector<RowPrediction> rows(static_cast<std::size_t>(x.SizeRows()));
   NoteMissingScores(model.inputBlock, x, to, 0, &rows);
   NoteMissingScores(model.inputBlock, x, t, model.XUnique(), &rows);
+  AddScores(t, &rows);
+  AddScores(to, &rows);
   for (int o = 1; o <= to.SizeRows(); ++o) x.AddVprimV(to[o], o2pls.po[o], -1.0F);
   for (int a = 1; a <= t.SizeRows(); ++a) x.AddVprimV(t[a], o2pls.p[a], -1.0F);
   FillRows(model, prediction.GetYPred(), x, &rows);
   return rows;
 }
 
-double DistanceToModel(const ModelInfo& model, int components, const RowFit& row) {
+double AbsoluteDistance(int components, const RowFit& row) {
   if (!row.reason.empty()) return std::numeric_limits<double>::quiet_NaN();
-  return ResidualDeviation(row.residual, components) / model.pooledDeviation;
+  return ResidualDeviation(row.residual, components);
+}
+
+double DistanceToModel(const ModelInfo& model, int components, const RowFit& row) {
+  return AbsoluteDistance(components, row) / model.pooledDeviation;
 }
 
 void NoteNoDistances(const ModelInfo& model, int components, Notes* notes) {

@@ -24,8 +24,10 @@ constexpr auto kTooLarge = "its cells are too large for single precision";
 
 /// What a model leaves of one row.
 struct RowFit {
-  RowResidual residual;  ///< of X, after all components
-  std::string reason;    ///< why nothing can be said of the row; empty otherwise
+  RowResidual residual;   ///< of X, after all components
+  std::vector<double> t;  ///< one score for each component, predictive or joint ones first, then orthogonal or unique
+                          ///< ones; empty where nothing can be said
+  std::string reason;     ///< why nothing can be said of the row; empty otherwise
 };
 
 /// What a PLS or OPLS model says of one row.
@@ -35,6 +37,7 @@ struct RowPrediction : RowFit {
 
 /// Predicts the rows of a table that has the model's X columns in the model's order, in the units of the file, and -99
 /// for what is missing. The same rows give the same bits, alone or among others, with a model just fitted or stored.
+/// A model without components predicts the mean of Y for every row, also for one without any cell.
 /// `progress` may be null. Throws Stopped where the bar wants to stop.
 KALMIA_EXPORT std::vector<RowPrediction> PredictRows(const StoredPLS& model, NCDataMatrix<float> x,
                                                      NCProgress* progress = nullptr);
@@ -53,8 +56,11 @@ KALMIA_EXPORT double PooledDeviationOf(const std::vector<Row>& rows, int compone
   return PooledDeviation(residuals, components);
 }
 
-/// A row's distance to a model of `components` components: its residual deviation over the pooled one of the training
-/// rows; not a number for a row that has no more cells than there are components, or of which nothing can be said.
+/// A row's absolute distance to a model of `components` components: its residual deviation, in scaled units.
+KALMIA_EXPORT double AbsoluteDistance(int components, const RowFit& row);
+
+/// The normalised distance: the absolute one over the pooled one of the training rows; not a number for a row that has
+/// no more cells than there are components, or of which nothing can be said.
 KALMIA_EXPORT double DistanceToModel(const ModelInfo& model, int components, const RowFit& row);
 
 /// The same of each row.

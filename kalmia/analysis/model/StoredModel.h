@@ -1,14 +1,17 @@
 #pragma once
 
+#include <cstddef>
 #include <memory>
+#include <optional>
 #include <string>
 #include <variant>
 #include <vector>
 
 #include "kalmia/analysis/model/ComponentRecord.h"
+#include "kalmia/analysis/model/RowTerms.h"
+#include "kalmia/analysis/model/StoredValidation.h"
 #include "kalmia/analysis/steps/Scaling.h"
 #include "kalmia/analysis/steps/StepChain.h"
-#include "kalmia/o2pls/NCYOrthogonalPLS.h"
 #include "kalmia/pcapls/NCPCA.h"
 #include "kalmia/pcapls/NCPLS.h"
 #include "kalmia/support/Export.h"
@@ -16,7 +19,7 @@
 namespace kalmia::analysis {
 
 /// Of the files that models are written to; this one and all before it are read.
-inline constexpr int kModelVersion = 4;
+inline constexpr int kModelVersion = 5;
 
 /// What a stored model has whatever its kind: where it comes from, and what turns new rows of a table into its X.
 struct ModelInfo {
@@ -30,9 +33,14 @@ struct ModelInfo {
   StepChain chain;  ///< what made X of the columns of the table; without steps they are X themselves. O2PLS and
                     ///< filters have none
   std::vector<std::string> xNames;
-  std::vector<std::string> rowNames;
+  std::size_t rows = 0;               ///< that it was fitted to
+  std::vector<std::string> rowNames;  ///< theirs; empty where the file leaves them out
   ColumnScaling xScaling;
   double pooledDeviation = 0.0;  ///< pooled s of the training rows
+  std::optional<RowTerms> rowTerms;            ///< nothing in files before version 5, and for a filter
+  std::optional<RowStatistics> rowStatistics;  ///< nothing where the file leaves the rows out
+  std::optional<StoredValidation> validation;  ///< nothing where no full refits judged the model
+  NCDataMatrix<float> trainingX;  ///< before scaling, less the shifts; no rows where the file leaves it out
   std::string inputBlock = "X";  ///< how messages call the block of xNames; not in the file
 };
 
@@ -49,6 +57,9 @@ struct YModelInfo : ModelInfo {
   ColumnScaling yScaling;
   std::vector<YQuality> quality;  ///< one for each Y column
 };
+
+// What a model holds of its training rows beside their names, scores and residuals, is without rows where it was read
+// from a file that leaves them out.
 
 /// A PLS model with everything that turns new rows of a table into predictions.
 struct StoredPLS : YModelInfo {
@@ -85,7 +96,7 @@ struct StoredOPLS : YModelInfo {
   std::vector<OPLSComponentRecord> components;  ///< the predictive components of the model, then the orthogonal ones
 
   int Components() const { return static_cast<int>(components.size()); }
-  int Predictive() const { return opls.t.SizeRows(); }
+  int Predictive() const { return opls.w.empty() ? 0 : opls.w.back().SizeRows(); }
   int Orthogonal() const { return opls.wo.SizeRows(); }
 };
 
@@ -106,11 +117,14 @@ struct StoredO2PLS : YModelInfo {
   std::string yTable;     ///< file of the Y block
   O2PLSMatrices o2pls;
   std::vector<O2PLSComponentRecord> components;  ///< the joint ones, those unique to X, those unique to Y
-  double yPooledDeviation = 0.0;                 ///< of Y, pooled s of the training rows
+  // The same of the Y block.
+  double yPooledDeviation = 0.0;
+  std::optional<RowTerms> yRowTerms;
+  std::optional<RowStatistics> yRowStatistics;
 
-  int Joint() const { return o2pls.t.SizeRows(); }
-  int XUnique() const { return o2pls.to.SizeRows(); }
-  int YUnique() const { return o2pls.uo.SizeRows(); }
+  int Joint() const { return o2pls.p.SizeRows(); }
+  int XUnique() const { return o2pls.po.SizeRows(); }
+  int YUnique() const { return o2pls.qo.SizeRows(); }
   int Components() const { return Joint() + XUnique(); }  ///< those of the block that it predicts from
 };
 
@@ -122,11 +136,16 @@ struct StoredFilter : ModelInfo {
   static constexpr int kKind = 5;
 
   std::vector<std::string> yNames;
-  std::unique_ptr<NCYOrthogonalPLS> filter;
+  NCDataMatrix<float> w, p;                       ///< weights and loadings, see NCYOrthogonalPLS: components in rows
+  NCDataMatrix<float> t;                          ///< scores of the training rows, likewise
+  NCDataMatrix<float> xResiduals;
   std::vector<FilterComponentRecord> components;  ///< one for each component of the filter
 
   int Components() const { return static_cast<int>(components.size()); }
 };
+
+/// Takes the components of the filter out of rows that are scaled as its X was, as NCYOrthogonalPLS does.
+KALMIA_EXPORT void TakeOut(const StoredFilter& filter, NCDataMatrix<float>* x);
 
 /// A model of any kind. Each kind has its number in the file, kKind, its frame, and Components().
 using StoredModel = std::variant<StoredPLS, StoredPCA, StoredOPLS, StoredO2PLS, StoredFilter>;

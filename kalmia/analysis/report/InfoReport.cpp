@@ -2,9 +2,11 @@
 
 #include <variant>
 
+#include "kalmia/analysis/file/ModelFile.h"
 #include "kalmia/analysis/report/internal/ComponentTables.h"
 #include "kalmia/analysis/report/internal/FitReport.h"
 #include "kalmia/analysis/report/internal/O2PLSComponents.h"
+#include "kalmia/analysis/report/internal/RowReport.h"
 #include "kalmia/analysis/report/internal/StepChainReport.h"
 #include "kalmia/analysis/steps/Scaling.h"
 #include "kalmia/analysis/text/DisplayText.h"
@@ -46,8 +48,8 @@ std::string GroupCount(const ModelInfo& model) {
          (model.groupColumn.empty() ? "" : " of column " + OneLine(model.groupColumn));
 }
 
-std::string RowsText(const ModelInfo& model) {
-  return std::to_string(model.rowNames.size()) +
+std::string RowCountText(const ModelInfo& model) {
+  return std::to_string(model.rows) +
          (model.idColumn.empty() ? "" : ", named by column " + OneLine(model.idColumn));
 }
 
@@ -168,29 +170,88 @@ void AddOwnJson(const StoredFilter& model, Json* json) {
   (*json)["components"] = ComponentJson(model.components);
 }
 
-template <class Model>
-std::string ModelText(const Model& model, const std::string& file) {
-  return Labelled("Model file", file + ", version " + std::to_string(model.fileVersion)) +
-         Labelled("Kind", KindName(model)) + Labelled("Written by", "kalmia " + OneLine(model.writtenBy)) +
-         Labelled("Fitted to", OneLine(model.table)) + Labelled("Rows", RowsText(model)) + OwnLines(model) +
-         StepsText(model.chain) +
-         Labelled("X columns", std::to_string(model.xNames.size()) + ", " + ScalingText(model.scaling)) +
-         LabelledNames("", model.xNames) + ShiftsText(model) + JudgementLines(model) + "\n" + OwnTables(model);
+/// What the file holds, in words; `parts` are those of a version that has them.
+std::vector<std::string> PartsOf(const ModelInfo& model, const ModelParts& parts) {
+  std::vector<std::string> names = {"prediction", "judgement"};
+  if (parts.rows) names.push_back("rows");
+  if (parts.table || model.fileVersion < kModelVersion) names.push_back("table");
+  return names;
 }
 
 template <class Model>
-std::string ModelJson(const Model& model, const std::string& file) {
-  Json json = JsonHeader(InfoFormat(model));
+std::string LimitsLines(const Model& model) {
+  if (!model.rowTerms) return Labelled("Limits", "none in this file");
+  const std::string limits = LimitsText(LimitsOfNewRows(*model.rowTerms, model.Components()));
+  return Labelled("Limits", limits.empty() ? "none" : limits);
+}
+std::string LimitsLines(const StoredFilter& /*model*/) { return ""; }
+
+/// N, degrees and s of the intervals of each Y.
+std::string IntervalLines(const YModelInfo& model) {
+  std::string text;
+  for (std::size_t j = 0; model.rowTerms && j < model.rowTerms->intervals.size(); ++j) {
+    const std::optional<YIntervalTerms>& terms = model.rowTerms->intervals[j];
+    if (!terms) continue;
+    text += Labelled(text.empty() ? "Intervals" : "", OneLine(model.yNames[j]) + ": s " +
+                                                          Significant(terms->s, kDigits) + ", " +
+                                                          Counted(static_cast<std::size_t>(terms->degrees),
+                                                                  "degree") + " of freedom");
+  }
+  return text;
+}
+std::string IntervalLines(const StoredPCA& /*model*/) { return ""; }
+std::string IntervalLines(const StoredFilter& /*model*/) { return ""; }
+
+Json IntervalsJson(const YModelInfo& model) {
+  Json list = Json::array();
+  for (std::size_t j = 0; model.rowTerms && j < model.rowTerms->intervals.size(); ++j) {
+    const std::optional<YIntervalTerms>& terms = model.rowTerms->intervals[j];
+    list.push_back({{"name", model.yNames[j]},
+                    {"rows", terms ? Json(terms->rows) : Json(nullptr)},
+                    {"degrees", terms ? Json(terms->degrees) : Json(nullptr)},
+                    {"s", terms ? JsonNumber(terms->s) : Json(nullptr)}});
+  }
+  return list;
+}
+Json IntervalsJson(const StoredPCA& /*model*/) { return Json::array(); }
+Json IntervalsJson(const StoredFilter& /*model*/) { return Json::array(); }
+
+template <class Model>
+Json LimitsOfModel(const Model& model) {
+  return LimitsJson(model, model.Components());
+}
+Json LimitsOfModel(const StoredFilter& /*model*/) { return nullptr; }
+
+template <class Model>
+std::string ModelText(const Model& model, const std::string& file, const ModelParts& parts) {
+  return Labelled("Model file", file + ", version " + std::to_string(model.fileVersion)) +
+         Labelled("Parts", Listed(PartsOf(model, parts))) + Labelled("Digest", ModelDigest(model)) +
+         Labelled("Kind", KindName(model)) + Labelled("Written by", "kalmia " + OneLine(model.writtenBy)) +
+         Labelled("Fitted to", OneLine(model.table)) + Labelled("Rows", RowCountText(model)) + OwnLines(model) +
+         StepsText(model.chain) +
+         Labelled("X columns", std::to_string(model.xNames.size()) + ", " + ScalingText(model.scaling)) +
+         LabelledNames("", model.xNames) + ShiftsText(model) + JudgementLines(model) + LimitsLines(model) +
+         IntervalLines(model) + "\n" + OwnTables(model);
+}
+
+template <class Model>
+std::string ModelJson(const Model& model, const std::string& file, const ModelParts& parts) {
+  Json json = JsonHeader(InfoFormat(model), kRefitJsonVersion);
   json["model"] = file;
   json["modelFileVersion"] = model.fileVersion;
+  json["parts"] = PartsOf(model, parts);
+  json["digest"] = ModelDigest(model);
   json["writtenBy"] = model.writtenBy;
   json["table"] = model.table;
   json["idColumn"] = TextOrNull(model.idColumn);
   json["scaling"] = ScalingWord(model.scaling);
   json["preprocessing"] = ChainJson(model.chain);
   json["x"] = ColumnsJson(model.xNames, model.xScaling);
+  json["rowCount"] = model.rows;
   json["rows"] = model.rowNames;
   AddJudgementJson(model, &json);
+  json["limits"] = LimitsOfModel(model);
+  json["intervals"] = IntervalsJson(model);
   AddOwnJson(model, &json);
   return JsonText(json);
 }
@@ -205,11 +266,13 @@ std::vector<std::string> CvStepNames(const StoredOPLSCv& cv) {
 }  // namespace
 
 std::string InfoText(const StoredModel& model, const std::string& file) {
-  return std::visit([&file](const auto& own) { return ModelText(own, file); }, model);
+  const ModelParts parts = {KeepsRows(model), KeepsTable(model)};
+  return std::visit([&](const auto& own) { return ModelText(own, file, parts); }, model);
 }
 
 std::string InfoJson(const StoredModel& model, const std::string& file) {
-  return std::visit([&file](const auto& own) { return ModelJson(own, file); }, model);
+  const ModelParts parts = {KeepsRows(model), KeepsTable(model)};
+  return std::visit([&](const auto& own) { return ModelJson(own, file, parts); }, model);
 }
 
 std::string InfoText(const StepChain& chain, const std::string& file) {

@@ -7,6 +7,7 @@
 #include "kalmia/analysis/report/internal/FitReport.h"
 #include "kalmia/analysis/report/internal/NamedComponents.h"
 #include "kalmia/analysis/report/internal/O2PLSComponents.h"
+#include "kalmia/analysis/report/internal/RowReport.h"
 #include "kalmia/analysis/report/internal/ValidationReport.h"
 #include "kalmia/analysis/steps/Scaling.h"
 #include "kalmia/analysis/table/internal/CsvText.h"
@@ -220,7 +221,7 @@ CsvFile SharesCsv(const O2PLSResult& result, const CsvMarks& marks) {
 std::string O2PLSText(const O2PLSAnalysis& analysis, const FitFiles& files) {
   const O2PLSResult& result = analysis.fit;
   return Heading(result) + ComponentsText(analysis) + (analysis.validation ? RefittedText(analysis) : "") +
-         KeptText(analysis) + (result.AnyKept() ? ModelText(result) : "") + WrittenText(files);
+         KeptText(analysis) + (result.AnyKept() ? ModelText(result) : "") + RowsText(result.model) + WrittenText(files);
 }
 
 std::string O2PLSJson(const O2PLSAnalysis& analysis, const Notes& notes, const FitFiles& files) {
@@ -252,6 +253,8 @@ std::string O2PLSJson(const O2PLSAnalysis& analysis, const Notes& notes, const F
   json["yLoadings"] = named(model.yNames, Both("q", o.q, o.qo));
   json["xScores"] = named(model.rowNames, Both("t", o.t, o.to));
   json["yScores"] = named(model.rowNames, Both("u", o.u, o.uo));
+  AddRowsJson(model, model.Components(), &json);
+  json["digest"] = DigestJson(model);
   AddFilesJson(files, notes, &json);
   return JsonText(json);
 }
@@ -268,6 +271,7 @@ std::vector<CsvFile> O2PLSCsvFiles(const O2PLSAnalysis& analysis, const CsvMarks
           NamedComponentsCsv("y-loadings.csv", "column", model.yNames, {{"q", o.q}, {"qo", o.qo}}, marks),
           NamedComponentsCsv("x-weights.csv", "column", model.xNames, {{"w", o.w}, {"wo", o.wo}}, marks),
           NamedComponentsCsv("y-weights.csv", "column", model.yNames, {{"c", o.c}, {"co", o.co}}, marks),
+          RowsCsv(model, marks),
           FitCsv("y-fit.csv", model.rowNames, result.data.y.names, result.data.y.measured, result.fittedY, marks,
                  LeftOut(analysis, &O2PLSValidation::y)),
           FitCsv("x-fit.csv", model.rowNames, result.data.x.names, result.data.x.measured, result.fittedX, marks,
@@ -276,7 +280,8 @@ std::vector<CsvFile> O2PLSCsvFiles(const O2PLSAnalysis& analysis, const CsvMarks
 
 std::vector<std::string> O2PLSCsvFileNames() {
   return {"components.csv", "shares.csv",    "x-scores.csv",  "y-scores.csv", "x-loadings.csv",
-          "y-loadings.csv", "x-weights.csv", "y-weights.csv", "y-fit.csv",    "x-fit.csv"};
+          "y-loadings.csv", "x-weights.csv", "y-weights.csv", "rows.csv",     "y-fit.csv",
+          "x-fit.csv"};
 }
 
 }  // namespace kalmia::analysis

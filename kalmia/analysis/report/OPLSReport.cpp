@@ -8,6 +8,7 @@
 #include "kalmia/analysis/report/internal/FitReport.h"
 #include "kalmia/analysis/report/internal/ModelsCsv.h"
 #include "kalmia/analysis/report/internal/NamedComponents.h"
+#include "kalmia/analysis/report/internal/RowReport.h"
 #include "kalmia/analysis/report/internal/ValidationReport.h"
 #include "kalmia/analysis/steps/Scaling.h"
 #include "kalmia/analysis/table/internal/CsvText.h"
@@ -84,12 +85,6 @@ CsvFile SPlotCsv(const OPLSResult& result, const CsvMarks& marks) {
   return {"s-plot.csv", csv.Text()};
 }
 
-NCDataMatrix<float> Together(const NCDataMatrix<float>& above, const NCDataMatrix<float>& below) {
-  NCDataMatrix<float> both = above;
-  for (int r = 1; r <= below.SizeRows(); ++r) both.push_back(below[r]);
-  return both;
-}
-
 std::string Heading(const OPLSResult& fit) {
   return "OPLS of " + Listed(fit.data.yNames) + " on " + DataText(fit.data, fit.model);
 }
@@ -150,12 +145,6 @@ Coefficients CoefficientsOf(const StoredOPLS& model) {
   return model.Components() > 0 ? CoefficientsInOriginalUnits(model) : CoefficientsOfMeans(model);
 }
 
-/// Of each row; none has one without components.
-std::vector<double> T2Of(const StoredOPLS& model) {
-  if (model.Components() > 0) return HotellingT2(Together(model.opls.t, model.opls.to));
-  return std::vector<double>(model.rowNames.size(), kNotANumber);
-}
-
 }  // namespace
 
 std::string ComponentText(const std::vector<OPLSComponentRecord>& components) {
@@ -204,7 +193,7 @@ Json ComponentJson(const std::vector<OPLSComponentRecord>& components) {
 
 std::string OPLSText(const OPLSAnalysis& analysis, const FitFiles& files) {
   return Heading(analysis.fit) + (analysis.validation ? RefittedText(analysis) : UnrefittedText(analysis)) +
-         WrittenText(files);
+         RowsText(analysis.fit.model) + WrittenText(files);
 }
 
 std::string OPLSJson(const Table& table, const OPLSAnalysis& analysis, const Notes& notes, const FitFiles& files) {
@@ -225,6 +214,8 @@ std::string OPLSJson(const Table& table, const OPLSAnalysis& analysis, const Not
   json["permutation"] = PermutationJson(analysis.permutation);
   json["classes"] = ClassJson(fit.classes, validation);
   json["savedCv"] = TextOrNull(files.savedCv);
+  AddRowsJson(fit.model, fit.model.Components(), &json);
+  json["digest"] = DigestJson(fit.model);
   AddFilesJson(files, notes, &json);
   return JsonText(json);
 }
@@ -248,7 +239,7 @@ std::vector<CsvFile> OPLSCsvFiles(const OPLSAnalysis& analysis, const CsvMarks& 
       SPlotCsv(fit, marks),
       CoefficientsCsv(CoefficientsOf(model), model, marks, &jackKnife),
       VipCsv(model, marks),
-      RowsCsv(model.rowNames, T2Of(model), DistancesToModel(model, model.Components(), fit.fitted), marks),
+      RowsCsv(model, marks),
       FitCsv("fit.csv", data.rowNames, data.yNames, data.measuredY, fit.fitted, marks, &leftOut)};
   if (analysis.recipe.method != ValidationMethod::Component) return csvFiles;
   const CrossValidatedScores& left = fit.crossValidated;

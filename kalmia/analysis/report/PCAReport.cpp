@@ -8,6 +8,7 @@
 #include "kalmia/analysis/report/internal/FitReport.h"
 #include "kalmia/analysis/report/internal/ModelsCsv.h"
 #include "kalmia/analysis/report/internal/NamedComponents.h"
+#include "kalmia/analysis/report/internal/RowReport.h"
 #include "kalmia/analysis/report/internal/ValidationReport.h"
 #include "kalmia/analysis/table/internal/CsvText.h"
 #include "kalmia/analysis/text/DisplayText.h"
@@ -177,7 +178,7 @@ std::string PCAText(const PCAAnalysis& analysis, const FitFiles& files) {
   const PCAResult& fit = analysis.fit;
   return "PCA of " + DataText(fit.data, fit.model) +
          (analysis.validation ? RefittedText(analysis) : UnrefittedText(analysis)) +
-         (fit.AnyKept() ? NamedText(fit.model) : "") + WrittenText(files);
+         (fit.AnyKept() ? NamedText(fit.model) : "") + RowsText(fit.model) + WrittenText(files);
 }
 
 std::string PCAJson(const Table& table, const PCAAnalysis& analysis, const Notes& notes, const FitFiles& files) {
@@ -196,6 +197,8 @@ std::string PCAJson(const Table& table, const PCAAnalysis& analysis, const Notes
     json["loadings"] = NamedComponentsJson(model.xNames, {{"p", *model.pca->GetPprim()}});
     json["scores"] = NamedComponentsJson(model.rowNames, {{"t", *model.pca->GetTprim()}});
   }
+  AddRowsJson(fit.model, fit.model.Components(), &json);
+  json["digest"] = DigestJson(fit.model);
   AddFilesJson(files, notes, &json);
   return JsonText(json);
 }
@@ -208,9 +211,7 @@ std::vector<CsvFile> PCACsvFiles(const PCAAnalysis& analysis, const CsvMarks& ma
           NamedComponentsCsv("scores.csv", "row", model.rowNames, {{"t", scores}}, marks),
           NamedComponentsCsv("loadings.csv", "column", model.xNames, {{"p", *model.pca->GetPprim()}}, marks),
           ColumnsCsv(fit, marks),
-          RowsCsv(model.rowNames,
-                  fit.AnyKept() ? HotellingT2(scores) : std::vector<double>(model.rowNames.size(), kNotANumber),
-                  DistancesToModel(model, model.Components(), fit.rows), marks)};
+          RowsCsv(model, marks)};
 }
 
 std::vector<std::string> PCACsvFileNames() {

@@ -6,6 +6,7 @@
 #include "kalmia/analysis/report/internal/FitCsv.h"
 #include "kalmia/analysis/report/internal/FitReport.h"
 #include "kalmia/analysis/report/internal/NamedComponents.h"
+#include "kalmia/analysis/report/internal/RowReport.h"
 #include "kalmia/analysis/report/internal/ValidationReport.h"
 #include "kalmia/analysis/steps/Scaling.h"
 #include "kalmia/analysis/table/internal/CsvText.h"
@@ -133,12 +134,6 @@ CsvFile VipCsv(const PLSAnalysis& analysis, const CsvMarks& marks) {
   return {"vip.csv", csv.Text()};
 }
 
-/// Of each row; none has one without components.
-std::vector<double> T2Of(const StoredPLS& model) {
-  if (model.Components() > 0) return HotellingT2(*model.pls->GetTprim());
-  return std::vector<double>(model.rowNames.size(), kNotANumber);
-}
-
 /// components.csv of components that were not judged one by one, but refitted as models of 0, 1, 2, ... of them.
 CsvFile NumbersCsv(const PLSAnalysis& analysis, const CsvMarks& marks) {
   const PLSResult& fit = analysis.fit;
@@ -234,7 +229,7 @@ Json ComponentJson(const std::vector<ComponentRecord>& components, const std::ve
 
 std::string PLSText(const PLSAnalysis& analysis, const FitFiles& files) {
   return Heading(analysis.fit) + (analysis.validation ? RefittedText(analysis) : UnrefittedText(analysis)) +
-         WrittenText(files);
+         RowsText(analysis.fit.model) + WrittenText(files);
 }
 
 std::string PLSJson(const Table& table, const PLSAnalysis& analysis, const Notes& notes, const FitFiles& files) {
@@ -255,6 +250,8 @@ std::string PLSJson(const Table& table, const PLSAnalysis& analysis, const Notes
   json["nested"] = NestedJson(validation);
   json["permutation"] = PermutationJson(analysis.permutation);
   json["classes"] = ClassJson(fit.classes, validation);
+  AddRowsJson(fit.model, fit.model.Components(), &json);
+  json["digest"] = DigestJson(fit.model);
   AddFilesJson(files, notes, &json);
   return JsonText(json);
 }
@@ -278,7 +275,7 @@ std::vector<CsvFile> PLSCsvFiles(const PLSAnalysis& analysis, const CsvMarks& ma
           NamedComponentsCsv("y-weights.csv", "column", model.yNames, {{"c", *pls.GetCprim()}}, marks),
           CoefficientsCsv(CoefficientsOf(model), model, marks, &jackKnife),
           VipCsv(analysis, marks),
-          RowsCsv(model.rowNames, T2Of(model), DistancesToModel(model, model.Components(), fit.fitted), marks),
+          RowsCsv(model, marks),
           FitCsv("fit.csv", data.rowNames, data.yNames, data.measuredY, fit.fitted, marks, &leftOut)};
 }
 

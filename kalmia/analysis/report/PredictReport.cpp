@@ -4,6 +4,8 @@
 #include <cmath>
 #include <limits>
 
+#include "kalmia/analysis/file/ModelFile.h"
+#include "kalmia/analysis/report/internal/RowReport.h"
 #include "kalmia/analysis/table/internal/CsvText.h"
 #include "kalmia/analysis/text/DisplayText.h"
 #include "kalmia/analysis/text/Numbers.h"
@@ -70,32 +72,120 @@ std::string ErrorText(const YModelInfo& model, const PLSPredictions& result) {
   return any ? "\n" + table.Text() : "";
 }
 
+constexpr int kT2Digits = 4;
+constexpr auto kBeyond = "beyond";  ///< column of the limits that a row passes
+
+/// The last of the limits of each kind that a row passes, which says all.
+std::string BeyondText(const std::vector<std::string>& flags) {
+  std::string text;
+  for (std::size_t f = 0; f < flags.size(); ++f) {
+    const auto what = [](const std::string& flag) { return flag.substr(0, flag.find(' ')); };
+    if (f + 1 < flags.size() && what(flags[f]) == what(flags[f + 1])) continue;
+    text += (text.empty() ? "" : ", ") + flags[f];
+  }
+  return text;
+}
+
+bool AnyFlag(const RowDiagnosis& diagnosis) {
+  return std::any_of(diagnosis.flags.begin(), diagnosis.flags.end(), [](const auto& flags) { return !flags.empty(); });
+}
+
+bool AnyT2(const RowDiagnosis& diagnosis) {
+  return std::any_of(diagnosis.t2.begin(), diagnosis.t2.end(), [](double t2) { return !std::isnan(t2); });
+}
+
+/// What both kinds of predictions say of rows behind what is their own.
+void AddDiagnosisColumns(const RowDiagnosis& diagnosis, TextTable* text) {
+  if (AnyT2(diagnosis)) text->AddColumn("T2", TextTable::Align::Right);
+  text->AddColumn("distance", TextTable::Align::Right);
+  if (AnyFlag(diagnosis)) text->AddColumn(kBeyond, TextTable::Align::Left);
+}
+
+void AddDiagnosisCells(const RowDiagnosis& diagnosis, std::size_t i, std::vector<std::string>* cells) {
+  if (AnyT2(diagnosis)) cells->push_back(Significant(diagnosis.t2[i], kT2Digits));
+  cells->push_back(Fixed(diagnosis.distances[i], kDistanceDecimals));
+  if (AnyFlag(diagnosis)) cells->push_back(BeyondText(diagnosis.flags[i]));
+}
+
+std::string NewLimitsText(const RowDiagnosis& diagnosis) {
+  const std::string limits = LimitsText(diagnosis.limits);
+  return limits.empty() ? "" : "\nLimits for new rows: " + limits + "\n";
+}
+
+void AddDiagnosisJson(const RowDiagnosis& diagnosis, std::size_t i, Json* row) {
+  (*row)["t2"] = JsonNumber(diagnosis.t2[i]);
+  (*row)["distance"] = JsonNumber(diagnosis.distances[i]);
+  (*row)["absoluteDistance"] = JsonNumber(diagnosis.absoluteDistances[i]);
+  (*row)["flags"] = diagnosis.flags[i];
+}
+
+void AddDiagnosisTitles(CsvText* csv) {
+  csv->Field("T2").Field("distance").Field("absolute distance").Field("flags");
+}
+
+void AddDiagnosisFields(const RowDiagnosis& diagnosis, std::size_t i, CsvText* csv) {
+  csv->Number(diagnosis.t2[i]).Number(diagnosis.distances[i]).Number(diagnosis.absoluteDistances[i]);
+  csv->Field(FlagsText(diagnosis.flags[i]));
+}
+
+/// Of a row, from 0, and a Y column, from 0: what the interval is the half of; not a number without one.
+double HalfWidth(const PLSPredictions& result, std::size_t i, std::size_t j) {
+  return result.predictions[i].y.empty() ? kNone : result.diagnosis.halfWidths(i, j);
+}
+double Predicted(const PLSPredictions& result, std::size_t i, std::size_t j) {
+  return result.predictions[i].y.empty() ? kNone : result.predictions[i].y[j];
+}
+double Lower(const PLSPredictions& result, std::size_t i, std::size_t j) {
+  return Predicted(result, i, j) - HalfWidth(result, i, j);
+}
+double Upper(const PLSPredictions& result, std::size_t i, std::size_t j) {
+  return Predicted(result, i, j) + HalfWidth(result, i, j);
+}
+
+bool AnyInterval(const PLSPredictions& result, std::size_t j) {
+  for (std::size_t i = 0; i < result.predictions.size(); ++i) {
+    if (!std::isnan(HalfWidth(result, i, j))) return true;
+  }
+  return false;
+}
+
+/// Beyond a limit an interval is none of what the model knows.
+bool IsExtrapolated(const PLSPredictions& result, std::size_t i) {
+  return result.diagnosis.IsBeyond(i) && result.diagnosis.HasInterval(i);
+}
+
+double Score(const RowFit& row, std::size_t a) { return row.t.empty() ? kNone : row.t[a]; }
+
+Json ScoresJson(const RowFit& row, std::size_t count) {
+  Json scores = Json::array();
+  for (std::size_t a = 0; a < count; ++a) scores.push_back(JsonNumber(Score(row, a)));
+  return scores;
+}
+
 Json RowsJson(const YModelInfo& model, const PLSPredictions& result) {
   Json list = Json::array();
   for (std::size_t i = 0; i < result.predictions.size(); ++i) {
     const RowPrediction& row = result.predictions[i];
-    Json predicted = Json::array();
-    Json measured = Json::array();
+    Json predicted = Json::array(), lower = Json::array(), upper = Json::array(), measured = Json::array();
     for (std::size_t j = 0; j < model.yNames.size(); ++j) {
-      predicted.push_back(row.y.empty() ? Json(nullptr) : JsonNumber(row.y[j]));
+      predicted.push_back(JsonNumber(Predicted(result, i, j)));
+      lower.push_back(JsonNumber(Lower(result, i, j)));
+      upper.push_back(JsonNumber(Upper(result, i, j)));
       const bool has = !result.measured[j].empty() && !std::isnan(result.measured[j][i]);
       measured.push_back(has ? JsonNumber(result.measured[j][i]) : Json(nullptr));
     }
     list.push_back({{"row", result.rows.names[i]},
                     {"predicted", predicted},
+                    {"lower", lower},
+                    {"upper", upper},
                     {"measured", measured},
-                    {"distance", JsonNumber(DistanceToModel(model, result.components, row))},
-                    {"reason", TextOrNull(row.reason)}});
+                    {"t", ScoresJson(row, result.scoreNames.size())}});
+    AddDiagnosisJson(result.diagnosis, i, &list.back());
+    list.back()["extrapolation"] = IsExtrapolated(result, i);
+    list.back()["reason"] = TextOrNull(row.reason);
   }
   return list;
 }
-
-double Distance(const StoredPCA& model, const RowScores& row) {
-  return DistanceToModel(model, model.Components(), row);
-}
-
-/// A score from a row that may have none; `a` counts from 0.
-double Score(const RowScores& row, std::size_t a) { return row.t.empty() ? kNone : row.t[a]; }
 
 std::size_t CountOf(const StoredPCA& model) { return model.components.size(); }
 
@@ -107,6 +197,7 @@ constexpr auto PredictFormat(const StoredPCA& /*model*/) { return "kalmia-predic
 
 void AddPredictJson(const YModelInfo& model, const PLSPredictions& result, Json* json) {
   (*json)["y"] = model.yNames;
+  (*json)["scores"] = result.scoreNames;
   (*json)["rows"] = RowsJson(model, result);
   Json errors = Json::array();
   for (std::size_t j = 0; j < model.yNames.size(); ++j) {
@@ -126,23 +217,22 @@ void AddPredictJson(const StoredPCA& model, const PCAPredictions& result, Json* 
   Json list = Json::array();
   for (std::size_t i = 0; i < result.scores.size(); ++i) {
     const RowScores& row = result.scores[i];
-    Json scores = Json::array();
-    for (std::size_t a = 0; a < CountOf(model); ++a) scores.push_back(JsonNumber(Score(row, a)));
-    list.push_back({{"row", result.rows.names[i]},
-                    {"t", scores},
-                    {"distance", JsonNumber(Distance(model, row))},
-                    {"reason", TextOrNull(row.reason)}});
+    list.push_back({{"row", result.rows.names[i]}, {"t", ScoresJson(row, CountOf(model))}});
+    AddDiagnosisJson(result.diagnosis, i, &list.back());
+    list.back()["reason"] = TextOrNull(row.reason);
   }
   (*json)["rows"] = list;
 }
 
 template <class Model, class Result>
 std::string JsonOf(const Model& model, const Result& result, const PredictFiles& files, const Notes& notes) {
-  Json json = JsonHeader(PredictFormat(model));
+  Json json = JsonHeader(PredictFormat(model), kRefitJsonVersion);
   json["model"] = files.model;
+  json["digest"] = ModelDigest(model);
   json["table"] = files.table;
   json["components"] = model.Components();
   json["missingColumns"] = result.rows.missingColumns;
+  json["limits"] = LimitsJson(model, model.Components());
   AddPredictJson(model, result, &json);
   json["csvFiles"] = files.csv;
   json["notes"] = notes.Lines();
@@ -160,25 +250,34 @@ std::string PredictText(const YModelInfo& model, const Table& table, const PLSPr
   for (std::size_t j = 0; j < model.yNames.size(); ++j) {
     digits.push_back(PredictionDigits(model, result, j));
     text.AddColumn(OneLine(model.yNames[j]), TextTable::Align::Right);
+    if (AnyInterval(result, j)) {
+      text.AddColumn("lower", TextTable::Align::Right);
+      text.AddColumn("upper", TextTable::Align::Right);
+    }
     if (!result.measured[j].empty()) text.AddColumn("measured", TextTable::Align::Right);
   }
-  text.AddColumn("distance", TextTable::Align::Right);
+  AddDiagnosisColumns(result.diagnosis, &text);
   if (anyReason) text.AddColumn("not predicted because", TextTable::Align::Left);
   for (std::size_t i = 0; i < result.predictions.size(); ++i) {
-    const RowPrediction& row = result.predictions[i];
     std::vector<std::string> cells = {result.rows.names[i]};
     for (std::size_t j = 0; j < model.yNames.size(); ++j) {
-      cells.push_back(row.y.empty() ? "-" : Significant(row.y[j], digits[j]));
+      cells.push_back(Significant(Predicted(result, i, j), digits[j]));
+      if (AnyInterval(result, j)) {
+        cells.push_back(Significant(Lower(result, i, j), digits[j]));
+        cells.push_back(Significant(Upper(result, i, j), digits[j]));
+      }
       if (!result.measured[j].empty()) cells.push_back(Measured(result.measured[j][i]));
     }
-    cells.push_back(Fixed(DistanceToModel(model, result.components, row), kDistanceDecimals));
-    if (anyReason) cells.push_back(row.reason);
+    AddDiagnosisCells(result.diagnosis, i, &cells);
+    if (anyReason) cells.push_back(result.predictions[i].reason);
     text.AddRow(cells);
   }
+  const std::string with = result.components == 0
+                               ? "the mean of the training rows: the model has no component"
+                               : "with " + Counted(static_cast<std::size_t>(result.components), "component");
   return "Predictions of " + Listed(model.yNames) + " for " + table.Name() + ", " +
-         Counted(result.predictions.size(), "row") + ", with " +
-         Counted(static_cast<std::size_t>(result.components), "component") + "\n\n" + text.Text() +
-         ErrorText(model, result);
+         Counted(result.predictions.size(), "row") + ", " + with + "\n\n" + text.Text() +
+         NewLimitsText(result.diagnosis) + ErrorText(model, result);
 }
 
 CsvFile PredictCsv(const YModelInfo& model, const PLSPredictions& result, const std::string& file,
@@ -187,18 +286,20 @@ CsvFile PredictCsv(const YModelInfo& model, const PLSPredictions& result, const 
   csv.Field("row");
   for (std::size_t j = 0; j < model.yNames.size(); ++j) {
     if (!result.measured[j].empty()) csv.Field("measured " + model.yNames[j]);
-    csv.Field("predicted " + model.yNames[j]);
+    for (const char* what : {"predicted ", "lower ", "upper "}) csv.Field(what + model.yNames[j]);
   }
-  csv.Field("distance").Field("reason").EndLine();
+  for (const std::string& name : result.scoreNames) csv.Field(name);
+  AddDiagnosisTitles(&csv);
+  csv.Field("extrapolation").Field("reason").EndLine();
   for (std::size_t i = 0; i < result.predictions.size(); ++i) {
     csv.Field(result.rows.names[i]);
     for (std::size_t j = 0; j < model.yNames.size(); ++j) {
       if (!result.measured[j].empty()) csv.Number(result.measured[j][i]);
-      csv.Number(result.predictions[i].y.empty() ? kNone : result.predictions[i].y[j]);
+      csv.Number(Predicted(result, i, j)).Number(Lower(result, i, j)).Number(Upper(result, i, j));
     }
-    csv.Number(DistanceToModel(model, result.components, result.predictions[i]))
-        .Field(result.predictions[i].reason)
-        .EndLine();
+    for (std::size_t a = 0; a < result.scoreNames.size(); ++a) csv.Number(Score(result.predictions[i], a));
+    AddDiagnosisFields(result.diagnosis, i, &csv);
+    csv.Field(IsExtrapolated(result, i) ? "yes" : "no").Field(result.predictions[i].reason).EndLine();
   }
   return {file, csv.Text()};
 }
@@ -209,18 +310,18 @@ std::string PredictText(const StoredPCA& model, const Table& table, const PCAPre
   TextTable text;
   text.AddColumn("row", TextTable::Align::Left);
   for (std::size_t a = 1; a <= CountOf(model); ++a) text.AddColumn("t" + std::to_string(a), TextTable::Align::Right);
-  text.AddColumn("distance", TextTable::Align::Right);
+  AddDiagnosisColumns(result.diagnosis, &text);
   if (anyReason) text.AddColumn("no scores because", TextTable::Align::Left);
   for (std::size_t i = 0; i < result.scores.size(); ++i) {
     const RowScores& row = result.scores[i];
     std::vector<std::string> cells = {result.rows.names[i]};
     for (std::size_t a = 0; a < CountOf(model); ++a) cells.push_back(Significant(Score(row, a), kScoreDigits));
-    cells.push_back(Fixed(Distance(model, row), kDistanceDecimals));
+    AddDiagnosisCells(result.diagnosis, i, &cells);
     if (anyReason) cells.push_back(row.reason);
     text.AddRow(cells);
   }
   return "Scores of " + table.Name() + ", " + Counted(result.scores.size(), "row") + ", in " +
-         Counted(CountOf(model), "component") + "\n\n" + text.Text();
+         Counted(CountOf(model), "component") + "\n\n" + text.Text() + NewLimitsText(result.diagnosis);
 }
 
 CsvFile PredictCsv(const StoredPCA& model, const PCAPredictions& result, const std::string& file,
@@ -228,12 +329,14 @@ CsvFile PredictCsv(const StoredPCA& model, const PCAPredictions& result, const s
   CsvText csv(marks);
   csv.Field("row");
   for (std::size_t a = 1; a <= CountOf(model); ++a) csv.Field("t" + std::to_string(a));
-  csv.Field("distance").Field("reason").EndLine();
+  AddDiagnosisTitles(&csv);
+  csv.Field("reason").EndLine();
   for (std::size_t i = 0; i < result.scores.size(); ++i) {
     const RowScores& row = result.scores[i];
     csv.Field(result.rows.names[i]);
     for (std::size_t a = 0; a < CountOf(model); ++a) csv.Number(Score(row, a));
-    csv.Number(Distance(model, row)).Field(row.reason).EndLine();
+    AddDiagnosisFields(result.diagnosis, i, &csv);
+    csv.Field(row.reason).EndLine();
   }
   return {file, csv.Text()};
 }

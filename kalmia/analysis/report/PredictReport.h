@@ -20,8 +20,9 @@ struct PredictFiles {
   std::vector<std::string> csv;
 };
 
-/// A line for each row: what is predicted of Y, beside what was measured, or its scores; the distance to the model, and
-/// why nothing can be said. Below it the root mean square error of each Y that was measured.
+/// A line for each row: what is predicted of Y with its interval, beside what was measured, or its scores; T2, the
+/// distance to the model, the limits that it passes, and why nothing can be said. Below it the limits, and the root mean
+/// square error of each Y that was measured.
 KALMIA_EXPORT std::string PredictText(const YModelInfo& model, const Table& table, const PLSPredictions& result);
 KALMIA_EXPORT std::string PredictText(const StoredPCA& model, const Table& table, const PCAPredictions& result);
 
@@ -35,11 +36,11 @@ KALMIA_EXPORT std::string PredictJson(const StoredO2PLS& model, const PLSPredict
 KALMIA_EXPORT std::string PredictJson(const StoredPCA& model, const PCAPredictions& result, const PredictFiles& files,
                         const Notes& notes);
 
-/// For each row the predicted values, and the measured ones under "measured NAME" where the table has a column for a Y
-/// (empty where it has none), the distance to the model and the reason for a missing prediction.
+/// For each row the predicted values with their intervals, and the measured ones under "measured NAME" where the table
+/// has a column for a Y (empty where it has none), scores, T2, distances, flags and the reason for a missing prediction.
 KALMIA_EXPORT CsvFile PredictCsv(const YModelInfo& model, const PLSPredictions& result, const std::string& file,
                    const CsvMarks& marks);
-/// For each row its scores, its distance to the model and the reason where it has none.
+/// For each row its scores, T2, distances, flags, and the reason where it has none.
 KALMIA_EXPORT CsvFile PredictCsv(const StoredPCA& model, const PCAPredictions& result, const std::string& file,
                    const CsvMarks& marks);
 

@@ -2,6 +2,8 @@
 
 #include <utility>
 
+#include "kalmia/analysis/model/TrainingRows.h"
+#include "kalmia/analysis/validation/StoredJudgement.h"
 #include "kalmia/analysis/validation/YPermutations.h"
 #include "kalmia/analysis/validation/internal/AnalysisSteps.h"
 
@@ -18,6 +20,8 @@ void AnalyseByRefit(PLSRecipe recipe, const Table& table, PLSAnalysis* analysis,
   analysis->fit = Fit(recipe, table, progress);
   analysis->fit.notes.Add(validation.notes);
   TakeErrors(validation, &analysis->fit.model);
+  DescribeRows(analysis->fit.fitted, analysis->fit.data.measuredY, LeftOutFiguresOf(validation), &analysis->fit.model);
+  analysis->fit.model.validation = JudgementOf(validation, analysis->recipe);
   Permute(recipe, table, analysis, progress);
 }
 
@@ -36,6 +40,7 @@ PLSAnalysis Analyse(const PLSRecipe& recipe, const Table& table, const Validatio
     analysis.fit = Fit(judged, table, progress);
   }
   if (validation.method == ValidationMethod::None) analysis.fit.model.groups = 0;
+  NoteLimits(analysis.fit.model, analysis.fit.model.Components(), &analysis.fit.notes);
   return analysis;
 }
 

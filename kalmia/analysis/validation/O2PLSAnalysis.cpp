@@ -1,9 +1,23 @@
 #include "kalmia/analysis/validation/O2PLSAnalysis.h"
 
+#include "kalmia/analysis/validation/StoredJudgement.h"
 #include "kalmia/analysis/validation/internal/AnalysisSteps.h"
 #include "kalmia/analysis/validation/internal/O2PLSRefits.h"
 
 namespace kalmia::analysis {
+
+namespace {
+
+/// Limits of the distance to each block by its rows while they were left out.
+void DescribeBlocks(const O2PLSValidation& validation, O2PLSResult* fit) {
+  StoredO2PLS& model = fit->model;
+  DescribeRows(fit->fittedY, fit->data.y.measured, LeftOutFiguresOfX(validation), &model);
+  TurnAround(&model);
+  DescribeRows(fit->fittedX, fit->data.x.measured, LeftOutFiguresOfY(validation), &model);
+  TurnAround(&model);
+}
+
+}  // namespace
 
 O2PLSAnalysis Analyse(const O2PLSRecipe& recipe, const Table& xTable, const Table& yTable,
                       const ValidationRecipe& validation, NCProgress* progress) {
@@ -20,6 +34,7 @@ O2PLSAnalysis Analyse(const O2PLSRecipe& recipe, const Table& xTable, const Tabl
   analysis.validation = RefitO2PLS(judged, numbers, xTable, yTable, validation, progress);
   analysis.fit.notes.Add(analysis.validation->notes);
   model.groups = analysis.validation->folds.groups;
+  if (analysis.fit.AnyKept()) DescribeBlocks(*analysis.validation, &analysis.fit);
   return analysis;
 }
 

@@ -3,6 +3,7 @@
 #include <utility>
 
 #include "kalmia/analysis/text/Failure.h"
+#include "kalmia/analysis/validation/StoredJudgement.h"
 #include "kalmia/analysis/validation/internal/AnalysisSteps.h"
 
 namespace kalmia::analysis {
@@ -27,6 +28,8 @@ void AnalyseByRefit(OPLSRecipe recipe, const Table& table, OPLSAnalysis* analysi
   analysis->fit = Fit(recipe, table, progress);
   analysis->fit.notes.Add(validation.notes);
   TakeErrors(validation, &analysis->fit.model);
+  DescribeRows(analysis->fit.fitted, analysis->fit.data.measuredY, LeftOutFiguresOf(validation), &analysis->fit.model);
+  analysis->fit.model.validation = JudgementOf(validation, analysis->recipe);
   Permute(recipe, table, analysis, progress);
 }
 
@@ -49,6 +52,7 @@ OPLSAnalysis Analyse(const OPLSRecipe& recipe, const Table& table, const Validat
     analysis.fit = Fit(judged, table, progress, resumed);
   }
   if (validation.method == ValidationMethod::None) analysis.fit.model.groups = 0;
+  NoteLimits(analysis.fit.model, analysis.fit.model.Components(), &analysis.fit.notes);
   return analysis;
 }
 

@@ -2,6 +2,7 @@
 
 #include <utility>
 
+#include "kalmia/analysis/validation/StoredJudgement.h"
 #include "kalmia/analysis/validation/internal/AnalysisSteps.h"
 
 namespace kalmia::analysis {
@@ -17,6 +18,8 @@ void AnalyseByRefit(PCARecipe recipe, const Table& table, PCAAnalysis* analysis,
   analysis->fit = Fit(recipe, table, progress);
   analysis->fit.notes.Add(validation.notes);
   analysis->fit.model.groups = validation.folds.groups;
+  DescribeRows(analysis->fit.rows, LeftOutFiguresOf(validation), &analysis->fit.model);
+  analysis->fit.model.validation = JudgementOf(validation, analysis->recipe);
   if (validation.IsJudged()) analysis->fit.columnQ2 = validation.columnQ2;
 }
 
@@ -35,6 +38,7 @@ PCAAnalysis Analyse(const PCARecipe& recipe, const Table& table, const Validatio
     analysis.fit = Fit(judged, table, progress);
   }
   if (validation.method == ValidationMethod::None) analysis.fit.model.groups = 0;
+  NoteLimits(analysis.fit.model, analysis.fit.model.Components(), &analysis.fit.notes);
   return analysis;
 }
 

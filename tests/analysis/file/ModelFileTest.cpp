@@ -4,7 +4,12 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cmath>
 #include <cstdint>
+#include <cstring>
+#include <fstream>
+#include <iterator>
+#include <memory>
 #include <string>
 #include <variant>
 #include <vector>
@@ -21,8 +26,12 @@
 #include "kalmia/analysis/model/NewRows.h"
 #include "kalmia/analysis/model/PCAScores.h"
 #include "kalmia/analysis/model/Prediction.h"
+#include "kalmia/analysis/model/RowDiagnosis.h"
+#include "kalmia/analysis/model/TrainingRows.h"
 #include "kalmia/analysis/steps/Scaling.h"
 #include "kalmia/analysis/text/Failure.h"
+#include "kalmia/analysis/validation/PLSValidation.h"
+#include "kalmia/support/NCError.h"
 
 namespace kalmia::analysis {
 namespace {
@@ -97,10 +106,65 @@ std::string SmallShiftedFile() {
   return ModelFileBytes(Fit(recipe, table).model);
 }
 
+/// The bytes of a PLS model of one component that full refits judged, with all its parts.
+std::string SmallJudgedFile() {
+  PLSRecipe recipe;
+  recipe.y = {"y1,y2"};
+  recipe.components = 1;
+  const Table table = Unrelated(8, 3, 2, 1);
+  PLSResult result = Fit(recipe, table);
+  const PLSValidation validation = Validate(recipe, table);
+  DescribeRows(result.fitted, result.data.measuredY,
+               {validation.errors.squaredErrors[1], validation.predicted, validation.distances}, &result.model);
+  StoredValidation& stored = result.model.validation.emplace();
+  stored.folds = "interleaved";
+  stored.groups = 7;
+  stored.rule = "one-se";
+  stored.chosen = 1;
+  for (int a = 0; a <= 1; ++a) stored.components.push_back({a, 16.0 - a, 0.1 * a, {1.0, 2.0}, {0.3, 0.4}});
+  ModelParts parts;
+  parts.table = true;
+  return ModelFileBytes(result.model, parts);
+}
+
+/// A model of the mean of Y: of 8 rows, 3 X columns and 2 Y columns, without components.
+StoredPLS ModelOfTheMean() {
+  PLSRecipe recipe;
+  recipe.y = {"y1,y2"};
+  recipe.components = 1;
+  PLSResult result = Fit(recipe, Unrelated(8, 3, 2, 1));
+  result.model.components.clear();
+  result.model.pls = std::make_unique<NCPLS>();
+  const std::vector<RowPrediction> rows = PredictRows(result.model, result.data.x);
+  result.model.pooledDeviation = PooledDeviationOf(rows, 0);
+  DescribeRows(rows, result.data.measuredY, {}, &result.model);
+  return std::move(result.model);
+}
+
+std::string SmallMeanFile() { return ModelFileBytes(ModelOfTheMean()); }
+
 /// One small file of each kind of model.
 std::vector<std::string> SmallFiles() {
-  return {SmallModelFile(),  SmallPCAFile(),          SmallOPLSFile(),   SmallO2PLSFile(),
-          SmallFilterFile(), SmallPreprocessedFile(), SmallShiftedFile()};
+  return {SmallModelFile(),        SmallPCAFile(),     SmallOPLSFile(),   SmallO2PLSFile(), SmallFilterFile(),
+          SmallPreprocessedFile(), SmallShiftedFile(), SmallJudgedFile(), SmallMeanFile()};
+}
+
+/// The files of such models that earlier versions wrote.
+std::vector<std::string> OldFiles() {
+  std::vector<std::string> files;
+  for (const char* name : {"pls-version-3", "pca-version-3", "opls-version-3", "o2pls-version-3", "filter-version-3",
+                           "steps-version-3", "shifted-version-4"}) {
+    std::ifstream file(std::string(KALMIA_ANALYSIS_DATA_DIR) + "/models/" + name, std::ios::binary);
+    files.emplace_back(std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>());
+    EXPECT_GT(files.back().size(), kContentAt) << name;
+  }
+  return files;
+}
+
+std::vector<std::string> AllFiles() {
+  std::vector<std::string> files = SmallFiles();
+  for (const std::string& old : OldFiles()) files.push_back(old);
+  return files;
 }
 
 /// The message with which the bytes are refused; "" if they are read.
@@ -115,7 +179,125 @@ std::string Refusal(const std::string& bytes) {
 }
 
 TEST(ModelFile, ComesBackToTheSameBytes) {
-  for (const std::string& bytes : SmallFiles()) EXPECT_EQ(ModelFileBytes(ReadModelFile(bytes, "m")), bytes);
+  ModelParts all;
+  all.table = true;
+  for (const std::string& bytes : SmallFiles()) EXPECT_EQ(ModelFileBytes(ReadModelFile(bytes, "m"), all), bytes);
+}
+
+TEST(ModelFile, OfAnEarlierVersionComesBackAsOneOfToday) {
+  for (const std::string& old : OldFiles()) {
+    const StoredModel model = ReadModelFile(old, "m");
+    const std::string bytes = ModelFileBytes(model);
+    EXPECT_LT(std::visit([](const ModelInfo& info) { return info.fileVersion; }, model), kModelVersion);
+    EXPECT_FALSE(std::visit([](const ModelInfo& info) { return info.rowTerms.has_value(); }, model));
+    EXPECT_TRUE(KeepsRows(model));
+    EXPECT_EQ(ModelFileBytes(ReadModelFile(bytes, "m")), bytes);
+    EXPECT_EQ(ModelDigest(ReadModelFile(bytes, "m")), ModelDigest(model));
+  }
+}
+
+TEST(ModelFile, HoldsTheTrainingTableOnlyWhereItIsToKeepIt) {
+  // A cell of X whose bytes would be found if X, or what is left of it, were in the file.
+  PLSRecipe recipe;
+  recipe.y = {"y1,y2"};
+  recipe.components = 2;
+  const PLSResult result = Fit(recipe, Unrelated(8, 3, 2, 1));
+  const auto bytesOf = [](float cell) {
+    std::string bytes(sizeof(cell), '\0');
+    std::memcpy(&bytes[0], &cell, sizeof(cell));
+    return bytes;
+  };
+  const std::string ofX = bytesOf(result.data.x[5][2]), left = bytesOf((*result.model.pls->GetXResiduals())[5][2]);
+  const std::string score = bytesOf((*result.model.pls->GetTprim())[1][5]);
+  const auto with = [&](bool rows, bool table) {
+    ModelParts parts;
+    parts.rows = rows;
+    parts.table = table;
+    return ModelFileBytes(result.model, parts);
+  };
+  for (const bool rows : {false, true}) {
+    EXPECT_EQ(with(rows, true).find(ofX) != std::string::npos, true);
+    EXPECT_EQ(with(rows, true).find(left) != std::string::npos, true);
+    EXPECT_EQ(with(rows, false).find(ofX), std::string::npos);
+    EXPECT_EQ(with(rows, false).find(left), std::string::npos);
+    EXPECT_EQ(with(rows, false).find(score) != std::string::npos, rows);
+  }
+}
+
+TEST(ModelFile, PredictsTheSameBitsWithoutRowsAndWithThem) {
+  NCDataMatrix<float> x(3, 3, 0.5F);
+  x(2, 2, -99.0F);
+  x(3, 1, 7.25F);
+  ModelParts bare;
+  bare.rows = false;
+  for (const std::string& bytes : {SmallModelFile(), SmallOPLSFile(), SmallJudgedFile(), SmallMeanFile()}) {
+    const StoredModel model = ReadModelFile(bytes, "m");
+    const StoredModel without = ReadModelFile(ModelFileBytes(model, bare), "m");
+    EXPECT_TRUE(KeepsRows(model));
+    EXPECT_FALSE(KeepsRows(without));
+    EXPECT_TRUE(std::visit([](const ModelInfo& info) { return info.rowNames.empty(); }, without));
+    const auto predict = [&x](const auto& own) -> std::vector<double> {
+      std::vector<double> numbers;
+      if constexpr (std::is_base_of_v<YModelInfo, std::decay_t<decltype(own)>>) {
+        for (const RowPrediction& row : PredictRows(own, x)) {
+          numbers.insert(numbers.end(), row.y.begin(), row.y.end());
+          numbers.push_back(row.residual.sumOfSquares);
+        }
+      }
+      return numbers;
+    };
+    const std::vector<double> numbers = std::visit(predict, model);
+    EXPECT_GE(numbers.size(), 6U);
+    EXPECT_EQ(std::visit(predict, without), numbers);
+  }
+}
+
+TEST(ModelFile, HasADigestOfWhatPredictsAlone) {
+  PLSRecipe recipe;
+  recipe.y = {"y1"};
+  recipe.components = 2;
+  const Table table = Unrelated(8, 3, 2, 1);
+  PLSResult result = Fit(recipe, table);
+  const std::string digest = ModelDigest(result.model);
+  EXPECT_EQ(digest.size(), 64U);
+  EXPECT_EQ(digest.find_first_not_of("0123456789abcdef"), std::string::npos);
+  result.model.writtenBy = "another";
+  result.model.table = "elsewhere.csv";
+  result.model.idColumn = "sample";
+  for (std::string& name : result.model.rowNames) name += " of another";
+  EXPECT_EQ(ModelDigest(result.model), digest);
+  EXPECT_EQ(ModelDigest(ReadModelFile(ModelFileBytes(result.model, {/*rows=*/false, /*table=*/false}), "m")), digest);
+  EXPECT_EQ(ModelDigest(ReadModelFile(ModelFileBytes(result.model, {/*rows=*/true, /*table=*/true}), "m")), digest);
+  recipe.components = 1;
+  EXPECT_NE(ModelDigest(Fit(recipe, table).model), digest);
+}
+
+TEST(ModelFile, OfTheMeanPredictsItForEveryRow) {
+  const StoredPLS fitted = ModelOfTheMean();
+  const auto read = ReadModelFile(ModelFileBytes(fitted), "m");
+  const auto& model = std::get<StoredPLS>(read);
+  NCDataMatrix<float> x(2, 3, 0.5F);
+  for (int k = 1; k <= 3; ++k) x(2, k, -99.0F);
+  const std::vector<RowPrediction> rows = PredictRows(model, x);
+  ASSERT_EQ(rows.size(), 2U);
+  for (const RowPrediction& row : rows) {
+    EXPECT_EQ(row.reason, "");
+    EXPECT_TRUE(row.t.empty());
+    ASSERT_EQ(row.y.size(), 2U);
+    for (int j = 1; j <= 2; ++j) EXPECT_EQ(row.y[static_cast<std::size_t>(j) - 1], CentreOf(model.yScaling, j));
+  }
+  EXPECT_FALSE(std::isnan(DistanceToModel(model, 0, rows[0])));
+  EXPECT_TRUE(std::isnan(DistanceToModel(model, 0, rows[1]))) << "no cell, no distance";
+  EXPECT_FALSE(LimitsOfNewRows(*model.rowTerms, 0).t2.at95);
+  EXPECT_TRUE(LimitsOfNewRows(*model.rowTerms, 0).distance.at95);
+}
+
+TEST(ModelFile, OfMoreRowsThanItKeepsLeavesThemOut) {
+  StoredPLS model = ModelOfTheMean();
+  EXPECT_TRUE(KeepsRows(ReadModelFile(ModelFileBytes(model), "m")));
+  model.rows = kMostRows + 1;
+  model.rowNames.assign(model.rows, "r");
+  EXPECT_FALSE(KeepsRows(ReadModelFile(ModelFileBytes(model), "m")));
 }
 
 TEST(ModelFile, IsTheSameForTheSameTable) {
@@ -139,17 +321,16 @@ TEST(ModelFile, HoldsNamesScalingModelAndHistory) {
 
 TEST(ModelFile, OfAKindThatIsNotKnownIsRefused) {
   std::string bytes = SmallModelFile();
-  // The kind ends the general entry: behind the scaling, 4 for unit variance.
-  const std::string scalingAndKind("\4\0\0\0\1\0\0\0", 8);
-  const std::size_t at = bytes.find(scalingAndKind);
+  // The kind begins the general entry: then the scaling, 4 for unit variance, and 8 rows.
+  const std::size_t at = bytes.find(std::string("\1\0\0\0\4\0\0\0\10\0\0\0", 12));
   ASSERT_NE(at, std::string::npos);
-  bytes[at + 4] = 99;
+  bytes[at] = 99;
   EXPECT_THAT(Refusal(Forged(bytes)), HasSubstr("its parts do not fit together"));
 }
 
 TEST(ModelFile, IsRefusedWhenCutAtAnyByte) {
   EXPECT_EQ(Refusal(""), "m is empty, no Kalmia model");
-  for (const std::string& bytes : SmallFiles()) {
+  for (const std::string& bytes : AllFiles()) {
     for (std::size_t length = 1; length < bytes.size(); ++length) {
       EXPECT_THAT(Refusal(bytes.substr(0, length)), HasSubstr("m is cut")) << length;
     }
@@ -159,7 +340,7 @@ TEST(ModelFile, IsRefusedWhenCutAtAnyByte) {
 }
 
 TEST(ModelFile, IsRefusedWithAnyBitFlipped) {
-  for (const std::string& bytes : SmallFiles()) {
+  for (const std::string& bytes : AllFiles()) {
     for (std::size_t i = 0; i < bytes.size(); ++i) {
       for (unsigned bit = 0; bit < 8; ++bit) {
         EXPECT_NE(Refusal(WithBitFlipped(bytes, i, bit)), "") << "byte " << i << " bit " << bit;
@@ -199,28 +380,40 @@ void ExpectNewRows(const ModelInfo& model) try {
   EXPECT_TRUE(Is<BadData>(failure));
 }
 
-std::size_t RowsAnswered(const StoredPLS& model, const NCDataMatrix<float>& x) { return PredictRows(model, x).size(); }
-std::size_t RowsAnswered(const StoredOPLS& model, const NCDataMatrix<float>& x) {
-  return PredictRows(model, x).size();
+/// Rows that are predicted and held against the limits.
+template <class Model>
+std::size_t RowsDiagnosed(const Model& model, const NCDataMatrix<float>& x) {
+  Notes notes;
+  return Diagnose(model, PredictRows(model, x), &notes).flags.size();
 }
+
+std::size_t RowsAnswered(const StoredPLS& model, const NCDataMatrix<float>& x) { return RowsDiagnosed(model, x); }
+std::size_t RowsAnswered(const StoredOPLS& model, const NCDataMatrix<float>& x) { return RowsDiagnosed(model, x); }
 /// In both directions.
 std::size_t RowsAnswered(StoredO2PLS& model, const NCDataMatrix<float>& x) {
-  const std::size_t rows = PredictRows(model, x).size();
+  const std::size_t rows = RowsDiagnosed(model, NCDataMatrix<float>(2, static_cast<int>(model.xNames.size()), 0.5F));
   TurnAround(&model);
   ExpectNewRows(model);
-  return std::min(rows, PredictRows(model, NCDataMatrix<float>(2, 2, 0.5F)).size());
+  return std::min({rows, RowsDiagnosed(model, NCDataMatrix<float>(2, 2, 0.5F)),
+                   static_cast<std::size_t>(x.SizeRows())});
 }
 std::size_t RowsAnswered(const StoredFilter& model, NCDataMatrix<float> x) {
   ApplyScale(model.xScaling, &x);
-  model.filter->CalculateResiduals(&x);
+  TakeOut(model, &x);
   return static_cast<std::size_t>(x.SizeRows());
 }
-std::size_t RowsAnswered(const StoredPCA& model, const NCDataMatrix<float>& x) { return ScoreRows(model, x).size(); }
+/// Loadings that a forger made may be beyond what a row with holes can be regressed on.
+std::size_t RowsAnswered(const StoredPCA& model, const NCDataMatrix<float>& x) try {
+  Notes notes;
+  return Diagnose(model, ScoreRows(model, x), &notes).flags.size();
+} catch (const NCError&) {
+  return static_cast<std::size_t>(x.SizeRows());
+}
 
 TEST(ModelFile, EndsInAFailureOrAModelThatPredictsWhenForged) {
   NCDataMatrix<float> x(2, 3, 0.5F);
   x(2, 2, -99.0F);  // one row with a hole, which takes another way
-  for (const std::string& original : SmallFiles()) {
+  for (const std::string& original : AllFiles()) {
     int read = 0;
     for (std::size_t i = kContentAt; i < original.size(); ++i) {
       for (unsigned bit = i % 2; bit < 8; bit += 2) {  // numbers have several bytes: each bit has its turn
@@ -239,7 +432,7 @@ TEST(ModelFile, EndsInAFailureOrAModelThatPredictsWhenForged) {
 }
 
 TEST(ModelFile, EndsInAFailureWhenItsContentIsCutByAForger) {
-  for (const std::string& original : SmallFiles()) {
+  for (const std::string& original : AllFiles()) {
     for (std::size_t length = kContentAt; length < original.size(); ++length) {
       EXPECT_THAT(Refusal(Forged(original.substr(0, length))), HasSubstr("its parts do not fit together")) << length;
     }
@@ -248,7 +441,7 @@ TEST(ModelFile, EndsInAFailureWhenItsContentIsCutByAForger) {
 
 TEST(ModelFile, IsRefusedForWhatIsWrong) {
   const std::string bytes = SmallModelFile();
-  EXPECT_EQ(Refusal(WithVersion(bytes, 5)), "m is a model file of version 5; this kalmia reads versions up to 4");
+  EXPECT_EQ(Refusal(WithVersion(bytes, 6)), "m is a model file of version 6; this kalmia reads versions up to 5");
   EXPECT_EQ(Refusal(WithVersion(bytes, 0)), "m is damaged: there is no version 0");
   std::string damaged = bytes;
   damaged[kContentAt + 100] = static_cast<char>(damaged[kContentAt + 100] + 1);

@@ -67,12 +67,10 @@ TEST(PredictResult, StopsWhereTheBarWantsTo) {
   EXPECT_THROW(Predict(fit.model, SmallTable(), "name", bar.get()), Stopped);
 }
 
-TEST(Predict, RefusesAModelThatKeptNoComponentAndSoDoesAFile) {
-  PCARecipe recipe;  // of columns that have nothing in common none is kept
-  const PCAResult result = Fit(recipe, Table(UnrelatedTable(20, 4, 1, 5), "t.csv"));
-  ASSERT_FALSE(result.AnyKept());
-  EXPECT_THROW(Predict(result.model, SmallTable()), BadRequest);
-  EXPECT_THROW(ModelFileBytes(result.model), BadRequest);
+TEST(Predict, RefusesAnO2PLSModelThatKeptNoComponentAndSoDoesAFile) {
+  StoredO2PLS model;
+  EXPECT_THROW(Predict(model, SmallTable()), BadRequest);
+  EXPECT_THROW(ModelFileBytes(model), BadRequest);
 }
 
 }  // namespace

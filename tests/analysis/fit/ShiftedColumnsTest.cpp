@@ -100,7 +100,7 @@ TEST(ShiftedColumns, ArePredictedByAStoredModelAsInTheFitAndByItsCoefficients) {
   const PLSResult fit = Fit(PLSOf(), table);
   const StoredModel file = ReadModelFile(ModelFileBytes(fit.model), "m");
   const auto& stored = std::get<StoredPLS>(file);
-  EXPECT_EQ(stored.fileVersion, 4);
+  EXPECT_EQ(stored.fileVersion, kModelVersion);
   const PLSPredictions predicted = Predict(stored, table);
   const Coefficients coefficients =
       CoefficientsInOriginalUnits(*fit.model.pls, fit.model.xScaling, fit.model.yScaling);
@@ -194,7 +194,6 @@ TEST(ShiftedColumns, AreNamedWithTheModelAndOnlyThere) {
               HasSubstr("X shifted         x1 by "));
   EXPECT_THAT(InfoJson(StoredModel(ReadModelFile(ModelFileBytes(far.model), "m")), "m"), HasSubstr("\"shift\": "));
   const std::string without = InfoText(StoredModel(ReadModelFile(ModelFileBytes(near.model), "m")), "m");
-  EXPECT_THAT(without, HasSubstr("version 3"));
   EXPECT_THAT(without, Not(HasSubstr("shifted")));
 }
 

@@ -33,6 +33,18 @@ TEST(Probabilities, AreThoseOfFortyDigits) {  // data/probabilities.py, mpmath 1
   }
 }
 
+TEST(Probabilities, OfManyDegreesGoOnWithoutAStep) {
+  // (chi2 - df) / sqrt(2 df) tends to 1.6448536269514722, the normal quantile, as 1 / sqrt(df): by the expansion of
+  // Cornish and Fisher it is that + (z^2 - 1) sqrt(2) / (3 sqrt(df)).
+  constexpr double z = 1.6448536269514722;
+  for (const double df : {9.9e8, 1.1e9, 1e12, 1e15}) {
+    const double expected = z + (z * z - 1.0) * std::sqrt(2.0) / (3.0 * std::sqrt(df));
+    const double found = (ChiSquareQuantile(0.95, df) - df) / std::sqrt(2.0 * df);
+    EXPECT_NEAR(found, expected, 1e-9 + 1e-15 * std::sqrt(df));  // the next term, 1 / df; digits that cancel
+  }
+  EXPECT_DOUBLE_EQ(ChiSquareQuantile(0.99, 1e300), 1e300);
+}
+
 TEST(Probabilities, OfSharesHaveTheirEnds) {
   const double infinity = std::numeric_limits<double>::infinity();
   EXPECT_EQ(ShareAboveFisher(0.0, 2, 3), 1.0);

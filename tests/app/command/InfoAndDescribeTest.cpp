@@ -37,13 +37,17 @@ TEST(Info, ShowsVersionScalingNamesAndQ2OfAStoredModel) {
                        .Json();
   const CommandResult text = RunKalmia({"info", model});
   EXPECT_EQ(text.exitCode, 0);
-  for (const std::string& part : std::vector<std::string>{"version 3", kWrittenBy, "Pareto scaled", "x1, x2, x3, x4",
+  for (const std::string& part : std::vector<std::string>{"version 5", "Parts             prediction, judgement and rows", "Digest",
+                                                          "Limits", kWrittenBy, "Pareto scaled", "x1, x2, x3, x4",
                                                           "5 groups", "Q2 cum", "named by column name"}) {
     EXPECT_THAT(text.output, HasSubstr(part));
   }
   const json info = RunKalmia({"info", model, "--json"}).Json();
   EXPECT_EQ(info["scaling"], "pareto");
   EXPECT_EQ(info["quality"], fit["quality"]);
+  EXPECT_EQ(info["digest"], fit["digest"]);
+  EXPECT_EQ(info["limits"], fit["limits"]);
+  EXPECT_EQ(info["rowCount"], 30);
   EXPECT_EQ(info["rows"].size(), 30);
   ASSERT_EQ(info["components"].size(), fit["kept"].get<std::size_t>());
   for (std::size_t a = 0; a < info["components"].size(); ++a) EXPECT_EQ(info["components"][a], fit["components"][a]);
@@ -208,7 +212,7 @@ std::vector<std::string> AllCommands() {
 
 TEST(Help, NamesEachCommandAndHasAnExampleForIt) {
   const std::vector<std::string> commands = AllCommands();
-  EXPECT_EQ(commands.size(), 16U);
+  EXPECT_EQ(commands.size(), 17U);
   for (const char* option : {"--help", "-h"}) {
     const CommandResult run = RunKalmia({option});
     EXPECT_EQ(run.exitCode, 0);

@@ -34,24 +34,34 @@ std::vector<KindOfModel> PredictingKinds() {
                       "--x",  "Acidity..DK", "--predictive", "1",     "--orthogonal", "1",
                       "--validation", "component"};
   const Words o2pls = {"o2pls",          Oils(),    Oils(), "--id",       "sample", "--x",        "Acidity..DK", "--y",
-                       "yellow..syrup", "--joint", "1",    "--x-unique", "1",      "--y-unique", "0"};
+                       "yellow..syrup", "--joint", "1",    "--x-unique", "1",      "--y-unique", "0",
+                       "--validation",  "component"};
   return {{"pls", pls, {}},     {"pca", pca, {}},     {"opls", opls, {}},
           {"o2pls", o2pls, {}}, {"o2pls", o2pls, {"--from", "y"}}};
 }
 
 /// What `predict` says of the oils, but for names of files.
 json AnswersOf(const std::string& model, const Words& more = {}) {
-  return JsonOf(Words{"predict", model, Oils(), "--json"} + more)["rows"];
+  json rows = JsonOf(Words{"predict", model, Oils(), "--json"} + more)["rows"];
+  for (json& row : rows) {  // what old files do not hold the terms of
+    for (const char* ofToday : {"t2", "lower", "upper", "flags", "extrapolation"}) row.erase(ofToday);
+  }
+  return rows;
 }
 
 /// What `info` says of both files is the same, but for names and versions of files.
 void ExpectSameInfo(const std::string& old, const std::string& fresh, int version) {
   json info = JsonOf({"info", old, "--json"}), today = JsonOf({"info", fresh, "--json"});
   EXPECT_EQ(info["modelFileVersion"], version);
-  EXPECT_EQ(today["modelFileVersion"], 3);
+  EXPECT_EQ(today["modelFileVersion"], 5);
+  EXPECT_EQ(info["limits"], nullptr);
+  for (const json& interval : info["intervals"]) EXPECT_EQ(interval["s"], nullptr);
   EXPECT_EQ(info["preprocessing"], json::array());
   for (json* each : {&info, &today})
-    for (const char* ofTheFile : {"model", "modelFileVersion", "writtenBy", "table", "yTable"}) each->erase(ofTheFile);
+    for (const char* ofTheFile : {"model", "modelFileVersion", "writtenBy", "table", "yTable", "parts", "digest", "limits",
+                                  "intervals"}) {
+      each->erase(ofTheFile);
+    }
   EXPECT_EQ(info, today);
 }
 
@@ -71,6 +81,22 @@ TEST(OldModelFile, OfVersion2IsReadAsAModelWithoutPreprocessing) {
     JsonOf(kind.fit + Words{"--save", fresh, "--json"});
     EXPECT_EQ(AnswersOf(old, kind.more), AnswersOf(fresh, kind.more));
     ExpectSameInfo(old, fresh, 2);
+  }
+}
+
+TEST(OldModelFile, OfVersion3HasNoLimitsAndNoIntervalsAndSaysSo) {
+  const CommandResult run = RunKalmia({"predict", OldFile("pls-version-3"), Oils(), "--json"});
+  EXPECT_EQ(run.exitCode, 0);
+  EXPECT_EQ(run.error,
+            "note: the model has no limits for rows and no prediction intervals: its file has version 3, which does not "
+            "hold what they take\n");
+  const json answer = run.Json();
+  EXPECT_EQ(answer["limits"], nullptr);
+  for (const json& row : answer["rows"]) {
+    EXPECT_EQ(row["lower"], json({nullptr, nullptr}));
+    EXPECT_EQ(row["t2"], nullptr);
+    EXPECT_EQ(row["flags"], json::array());
+    EXPECT_TRUE(row["distance"].is_number());
   }
 }
 

@@ -134,7 +134,8 @@ TEST(PLS, TakesAllOtherColumnsOfNumbersAsX) {
   EXPECT_THAT(Names(fit["x"]["columns"]), ElementsAre("id", "a", "b"));
   EXPECT_THAT(Names(fit["leftOut"]["textColumns"]), ElementsAre("site"));
   EXPECT_THAT(Names(fit["notes"]),
-              ElementsAre("left out of X, text columns: site", "7 groups are cut to 5, the number of rows"));
+              ElementsAre("left out of X, text columns: site", "7 groups are cut to 5, the number of rows",
+                          "the limits of the distance rest on 5 rows: they are a guess"));
 }
 
 TEST(PLS, SelectsXByRangeByExclusionAndNeverTakesYIdOrGroups) {

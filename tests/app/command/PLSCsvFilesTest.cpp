@@ -69,7 +69,7 @@ TEST(PLSCsv, WritesAllFilesWithNamesOfRowsAndColumns) {
   EXPECT_THAT(fit.File("coefficients.csv").ColumnNames(),
               ElementsAre("column", "y", "standard error", "lower", "upper", "p"));
   EXPECT_THAT(fit.File("fit.csv").ColumnNames(), ElementsAre("row", "measured y", "predicted y", "cv y"));
-  EXPECT_THAT(fit.File("rows.csv").ColumnNames(), ElementsAre("row", "T2", "distance"));
+  EXPECT_THAT(fit.File("rows.csv").ColumnNames(), ElementsAre("row", "T2", "distance", "absolute distance", "flags"));
   EXPECT_THAT(fit.File("components.csv").ColumnNames(),
               ElementsAre("components", "Y", "R2X cum", "R2Y cum", "PRESS", "Q2", "RMSECV", "kept"));
   EXPECT_EQ(fit.File("components.csv").Rows(), 8);  // of 0 to 3 components, in total and of y

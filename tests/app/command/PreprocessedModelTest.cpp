@@ -12,6 +12,7 @@ namespace {
 
 using nlohmann::json;
 using ::testing::HasSubstr;
+using ::testing::Not;
 
 /// The columns of the table with these names, in their order; the cells of the one named `emptied` are missing.
 std::string Picked(const kalmia::analysis::Table& table, const Words& names, const std::string& emptied = "") {
@@ -101,9 +102,9 @@ TEST_F(PreprocessedModel, NotesWhatItsCrossValidationDoesNotLeaveOut) {
       "note: step 2, wavelet-compress:3:symmlet:8: chosen from all rows, those left out in cross-validation too";
   EXPECT_THAT(RunWell(fit + Words{folder_.Write("a", "snv,wavelet-compress:3")}).error, HasSubstr(note));
   EXPECT_EQ(RunWell(refit + Words{folder_.Path("a")}).error, "");  // chosen anew in each round
-  EXPECT_EQ(RunWell(fit + Words{folder_.Write("b", "snv,wavelet-denoise")}).error, "");
+  EXPECT_THAT(RunWell(fit + Words{folder_.Write("b", "snv,wavelet-denoise")}).error, Not(HasSubstr("chosen from")));
   RunWell(Learn("snv,wavelet-compress:3") + Words{"--save", saved_});
-  EXPECT_EQ(RunWell(fit + Words{saved_}).error, "");  // chosen from rows of whatever table it was
+  EXPECT_THAT(RunWell(fit + Words{saved_}).error, Not(HasSubstr("chosen from")));  // chosen from rows of whatever table it was
   for (const char* command : {"pls", "opls", "pca"}) {
     EXPECT_THAT(RunKalmia({command, "--help"}).output, HasSubstr("wavelet-compress chooses from all rows"));
   }

@@ -1,40 +1,27 @@
 #include "kalmia/analysis/file/internal/ModelEntries.h"
 
-#include <utility>
-
 namespace kalmia::analysis {
 
-bool ReadNames(unsigned short entry, InputStreamDirectory* directory, std::vector<std::string>* names) {
-  std::istream* stream = directory->GetInput(entry);
-  return stream != nullptr && ReadNames(*stream, names);
+bool ReadNames(std::istream* entry, std::vector<std::string>* names) {
+  return entry != nullptr && ReadNames(*entry, names);
 }
 
-bool ReadObject(unsigned short entry, InputStreamDirectory* directory, VexStreamBase* object) {
-  std::istream* stream = directory->GetInput(entry);
-  if (stream == nullptr) return false;
+bool ReadObject(std::istream* entry, VexStreamBase* object) {
+  if (entry == nullptr) return false;
   try {
-    return !(*stream >> *object).fail();
+    return !(*entry >> *object).fail();
   } catch (const VexStreamError&) {
     return false;
   }
 }
 
-void WriteYQuality(const YModelInfo& model, OutputStreamDirectory* directory) {
-  std::ostream& quality = directory->GetOutput(Quality);
-  WriteDoubles({model.pooledDeviation}, quality);
-  for (const YQuality& y : model.quality) {
-    WriteInteger(y.rows, quality);
-    WriteDoubles({y.rmsee, y.rmsecv}, quality);
-  }
+void WriteMatrices(const ConstMatrices& matrices, std::ostream& stream) {
+  for (const NCDataMatrix<float>* matrix : matrices) stream << *matrix;
 }
 
-bool ReadYQuality(InputStreamDirectory* directory, YModelInfo* model) {
-  std::istream* entry = directory->GetInput(Quality);
-  if (entry == nullptr || !ReadDouble(&model->pooledDeviation, *entry)) return false;
-  for (std::size_t j = 0; j < model->yNames.size(); ++j) {
-    YQuality y;
-    if (!ReadInteger(&y.rows, *entry) || !ReadDouble(&y.rmsee, *entry) || !ReadDouble(&y.rmsecv, *entry)) return false;
-    model->quality.push_back(y);
+bool ReadMatrices(const Matrices& matrices, std::istream& stream) {
+  for (NCDataMatrix<float>* matrix : matrices) {
+    if (!ReadObject(&stream, matrix)) return false;
   }
   return true;
 }
@@ -46,6 +33,10 @@ bool HasShape(const NCDataMatrix<float>* matrix, std::size_t rows, std::size_t c
 
 bool HasRows(const NCDataMatrix<float>& matrix, std::size_t rows, std::size_t columns) {
   return rows == 0 ? matrix.SizeRows() == 0 : HasShape(&matrix, rows, columns);
+}
+
+bool HasShapeOrNoRows(const NCDataMatrix<float>& matrix, std::size_t rows, std::size_t columns) {
+  return matrix.SizeRows() == 0 || HasShape(&matrix, rows, columns);
 }
 
 }  // namespace kalmia::analysis

@@ -11,28 +11,11 @@
 
 namespace kalmia::analysis {
 
-// The content of a model file, entry by entry: docs/command/info.md lists them. Reading is false, and never throws, on
-// bytes that do not hold what it reads, or parts that later work could not rely on.
+// The content of a model file, entry by entry: docs/model-file.md lists them. Reading is false, and never throws but for
+// std::bad_alloc, on bytes that do not hold what it reads, or parts that later work could not rely on.
 
-/// The entries of the content, in their order. Those that a kind of model has no use for are empty; the last one is
-/// there only where a column is shifted.
-enum Entry : unsigned short {
-  General,
-  XNames,
-  YNames,
-  RowNames,
-  XScaling,
-  YScaling,
-  Model,
-  Components,
-  Quality,
-  Preprocessing,
-  Shifts,
-  Entries
-};
-
-/// Names in an entry.
-bool ReadNames(unsigned short entry, InputStreamDirectory* directory, std::vector<std::string>* names);
+/// Names in an entry, which may be absent: that is a failure.
+bool ReadNames(std::istream* entry, std::vector<std::string>* names);
 /// Records behind their count; read(record, stream) reads one, and is false where it is none.
 template <class Record, class Read>
 bool ReadRecords(std::istream& stream, std::vector<Record>* records, const Read& read) {
@@ -45,27 +28,89 @@ bool ReadRecords(std::istream& stream, std::vector<Record>* records, const Read&
   return true;
 }
 /// The object of the library in an entry.
-bool ReadObject(unsigned short entry, InputStreamDirectory* directory, VexStreamBase* object);
-/// The pooled deviation, and the quality of each Y column.
-void WriteYQuality(const YModelInfo& model, OutputStreamDirectory* directory);
-bool ReadYQuality(InputStreamDirectory* directory, YModelInfo* model);
+bool ReadObject(std::istream* entry, VexStreamBase* object);
+
+using Matrices = std::vector<NCDataMatrix<float>*>;
+using ConstMatrices = std::vector<const NCDataMatrix<float>*>;
+/// Matrices behind each other.
+void WriteMatrices(const ConstMatrices& matrices, std::ostream& stream);
+bool ReadMatrices(const Matrices& matrices, std::istream& stream);
+
 /// Whether a matrix of the model has the shape that the names ask for.
 bool HasShape(const NCDataMatrix<float>* matrix, std::size_t rows, std::size_t columns);
 /// The same; a matrix without rows may have any number of columns.
 bool HasRows(const NCDataMatrix<float>& matrix, std::size_t rows, std::size_t columns);
+/// The same, or the matrix has no rows.
+bool HasShapeOrNoRows(const NCDataMatrix<float>& matrix, std::size_t rows, std::size_t columns);
 
-// What a kind of model has beside its frame. Reading also checks that the parts belong together, the frame's among
-// them: later work relies on their shapes.
+// What each kind of model has of its own in the parts of a file: matrices that predict, records of components, scores of
+// the training rows, residuals of the training table. A part that is not there is not read. `Agrees` is whether all
+// belongs together, with the names and the scaling: later work relies on the shapes.
 
-void WriteOwnEntries(const StoredPLS& model, OutputStreamDirectory* directory);
-void WriteOwnEntries(const StoredPCA& model, OutputStreamDirectory* directory);
-void WriteOwnEntries(const StoredOPLS& model, OutputStreamDirectory* directory);
-void WriteOwnEntries(const StoredO2PLS& model, OutputStreamDirectory* directory);
-void WriteOwnEntries(const StoredFilter& model, OutputStreamDirectory* directory);
-bool ReadOwnEntries(InputStreamDirectory* directory, StoredPLS* model);
-bool ReadOwnEntries(InputStreamDirectory* directory, StoredPCA* model);
-bool ReadOwnEntries(InputStreamDirectory* directory, StoredOPLS* model);
-bool ReadOwnEntries(InputStreamDirectory* directory, StoredO2PLS* model);
-bool ReadOwnEntries(InputStreamDirectory* directory, StoredFilter* model);
+void WriteModel(const StoredPLS& model, std::ostream& stream);
+void WriteModel(const StoredPCA& model, std::ostream& stream);
+void WriteModel(const StoredOPLS& model, std::ostream& stream);
+void WriteModel(const StoredO2PLS& model, std::ostream& stream);
+void WriteModel(const StoredFilter& model, std::ostream& stream);
+bool ReadModel(std::istream& stream, StoredPLS* model);
+bool ReadModel(std::istream& stream, StoredPCA* model);
+bool ReadModel(std::istream& stream, StoredOPLS* model);
+bool ReadModel(std::istream& stream, StoredO2PLS* model);
+bool ReadModel(std::istream& stream, StoredFilter* model);
+
+void WriteComponents(const StoredPLS& model, std::ostream& stream);
+void WriteComponents(const StoredPCA& model, std::ostream& stream);
+void WriteComponents(const StoredOPLS& model, std::ostream& stream);
+void WriteComponents(const StoredO2PLS& model, std::ostream& stream);
+void WriteComponents(const StoredFilter& model, std::ostream& stream);
+bool ReadComponents(std::istream& stream, StoredPLS* model);
+bool ReadComponents(std::istream& stream, StoredPCA* model);
+bool ReadComponents(std::istream& stream, StoredOPLS* model);
+bool ReadComponents(std::istream& stream, StoredO2PLS* model);
+bool ReadComponents(std::istream& stream, StoredFilter* model);
+
+void WriteScores(const StoredPLS& model, std::ostream& stream);
+void WriteScores(const StoredPCA& model, std::ostream& stream);
+void WriteScores(const StoredOPLS& model, std::ostream& stream);
+void WriteScores(const StoredO2PLS& model, std::ostream& stream);
+void WriteScores(const StoredFilter& model, std::ostream& stream);
+bool ReadScores(std::istream& stream, StoredPLS* model);
+bool ReadScores(std::istream& stream, StoredPCA* model);
+bool ReadScores(std::istream& stream, StoredOPLS* model);
+bool ReadScores(std::istream& stream, StoredO2PLS* model);
+bool ReadScores(std::istream& stream, StoredFilter* model);
+
+/// Whether the model has the scores of its training rows.
+bool HasScores(const StoredPLS& model);
+bool HasScores(const StoredPCA& model);
+bool HasScores(const StoredOPLS& model);
+bool HasScores(const StoredO2PLS& model);
+bool HasScores(const StoredFilter& model);
+
+/// The residuals of X, and of Y where the model has them.
+std::vector<NCDataMatrix<float>> ResidualsOf(const StoredPLS& model);
+std::vector<NCDataMatrix<float>> ResidualsOf(const StoredPCA& model);
+std::vector<NCDataMatrix<float>> ResidualsOf(const StoredOPLS& model);
+std::vector<NCDataMatrix<float>> ResidualsOf(const StoredO2PLS& model);
+std::vector<NCDataMatrix<float>> ResidualsOf(const StoredFilter& model);
+bool TakeResiduals(const std::vector<NCDataMatrix<float>>& residuals, StoredPLS* model);
+bool TakeResiduals(const std::vector<NCDataMatrix<float>>& residuals, StoredPCA* model);
+bool TakeResiduals(const std::vector<NCDataMatrix<float>>& residuals, StoredOPLS* model);
+bool TakeResiduals(const std::vector<NCDataMatrix<float>>& residuals, StoredO2PLS* model);
+bool TakeResiduals(const std::vector<NCDataMatrix<float>>& residuals, StoredFilter* model);
+
+bool Agrees(const StoredPLS& model);
+bool Agrees(const StoredPCA& model);
+bool Agrees(const StoredOPLS& model);
+bool Agrees(const StoredO2PLS& model);
+bool Agrees(const StoredFilter& model);
+
+// Files before version 5 hold model, scores and residuals together in one entry.
+
+bool ReadOldModel(std::istream& stream, StoredPLS* model);
+bool ReadOldModel(std::istream& stream, StoredPCA* model);
+bool ReadOldModel(std::istream& stream, StoredOPLS* model);
+bool ReadOldModel(std::istream& stream, StoredO2PLS* model);
+bool ReadOldModel(std::istream& stream, StoredFilter* model);
 
 }  // namespace kalmia::analysis

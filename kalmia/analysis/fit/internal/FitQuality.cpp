@@ -53,16 +53,4 @@ void JudgeModel(const ModelData& data, const std::vector<RowPrediction>& fitted,
   }
 }
 
-std::vector<RowPrediction> FittedMeans(const YModelInfo& model, const NCDataMatrix<float>& scaledX) {
-  std::vector<RowPrediction> rows;
-  for (const RowResidual& residual : RowResiduals(scaledX)) {
-    rows.emplace_back();
-    rows.back().residual = residual;
-    for (std::size_t j = 1; j <= model.yNames.size(); ++j) {
-      rows.back().y.push_back(CentreOf(model.yScaling, static_cast<int>(j)));
-    }
-  }
-  return rows;
-}
-
 }  // namespace kalmia::analysis

@@ -13,7 +13,4 @@ namespace kalmia::analysis {
 void JudgeModel(const ModelData& data, const std::vector<RowPrediction>& fitted, int components,
                 const NCDataMatrix<float>& crossValidatedResiduals, YModelInfo* model);
 
-/// What a model without components says of its training rows: the means of Y.
-std::vector<RowPrediction> FittedMeans(const YModelInfo& model, const NCDataMatrix<float>& scaledX);
-
 }  // namespace kalmia::analysis

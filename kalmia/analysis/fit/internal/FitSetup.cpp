@@ -14,7 +14,9 @@ void FillInfo(const Table& table, const FitRecipe& recipe, const ModelData& data
   frame->scaling = recipe.scaling;
   frame->chain = data.chain;
   frame->xNames = data.xNames;
+  frame->rows = data.rowNames.size();
   frame->rowNames = data.rowNames;
+  frame->trainingX = data.x;
 }
 
 FitRules RulesOf(const FitRecipe& recipe, const ModelData& data, Notes* notes) {

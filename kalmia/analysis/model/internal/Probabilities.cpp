@@ -3,6 +3,7 @@
 #include <boost/math/distributions/beta.hpp>
 #include <boost/math/distributions/chi_squared.hpp>
 #include <boost/math/distributions/fisher_f.hpp>
+#include <boost/math/distributions/normal.hpp>
 #include <boost/math/distributions/students_t.hpp>
 #include <cmath>
 
@@ -11,6 +12,15 @@ namespace kalmia::analysis {
 namespace {
 
 using Real = long double;
+
+constexpr double kManyDegrees = 1e9;  ///< beyond some 1e11 Boost 1.74 finds no quantile of chi-square
+
+/// By E. B. Wilson, M. M. Hilferty, Proc. Natl. Acad. Sci. 17 (1931) 684-688; good to 1e-12 of it from 1e9 degrees on.
+double ChiSquareQuantileOfManyDegrees(double share, double df) {
+  const Real variance = 2.0L / (9.0L * df);
+  const Real root = 1.0L - variance + quantile(boost::math::normal_distribution<Real>(), share) * std::sqrt(variance);
+  return static_cast<double>(df * root * root * root);
+}
 
 }  // namespace
 
@@ -28,6 +38,7 @@ double BetaQuantile(double share, double a, double b) {
 }
 
 double ChiSquareQuantile(double share, double df) {
+  if (df > kManyDegrees) return ChiSquareQuantileOfManyDegrees(share, df);
   return static_cast<double>(quantile(boost::math::chi_squared_distribution<Real>(df), share));
 }
 

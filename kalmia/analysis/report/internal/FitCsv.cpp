@@ -84,12 +84,4 @@ CsvFile CoefficientsCsv(const Coefficients& coefficients, const YModelInfo& mode
   return {"coefficients.csv", csv.Text()};
 }
 
-CsvFile RowsCsv(const std::vector<std::string>& names, const std::vector<double>& t2,
-                const std::vector<double>& distances, const CsvMarks& marks) {
-  CsvText csv(marks);
-  csv.Field("row").Field("T2").Field("distance").EndLine();
-  for (std::size_t i = 0; i < names.size(); ++i) csv.Field(names[i]).Number(t2[i]).Number(distances[i]).EndLine();
-  return {"rows.csv", csv.Text()};
-}
-
 }  // namespace kalmia::analysis

@@ -29,8 +29,4 @@ CsvFile CoefficientsCsv(const Coefficients& coefficients, const YModelInfo& mode
 /// Of a model without components: the means of Y.
 Coefficients CoefficientsOfMeans(const YModelInfo& model);
 
-/// rows.csv: Hotelling's T2 and the distance to the model of each row.
-CsvFile RowsCsv(const std::vector<std::string>& names, const std::vector<double>& t2,
-                const std::vector<double>& distances, const CsvMarks& marks);
-
 }  // namespace kalmia::analysis

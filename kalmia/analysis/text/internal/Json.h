@@ -10,7 +10,7 @@ using Json = nlohmann::ordered_json;
 /// Version of the JSON forms, which docs/schema describes. It changes when a field is removed or changes its meaning,
 /// not when one is added.
 constexpr int kJsonVersion = 1;
-/// The same of the forms whose validation is by refits.
+/// The same of the forms whose validation is by refits, of predictions and of stored models.
 constexpr int kRefitJsonVersion = 2;
 
 /// The fields that every output begins with; `format` is the name of one of the schemas: kalmia-pls, kalmia-pca...

@@ -1,0 +1,181 @@
+// What a model file holds of rows, and of the models of each number of components.
+
+#include "kalmia/analysis/file/internal/RowEntries.h"
+
+#include <cmath>
+#include <cstdint>
+#include <limits>
+#include <vector>
+
+#include "kalmia/analysis/text/internal/Bytes.h"
+#include "kalmia/support/VexStream.h"
+
+namespace kalmia::analysis {
+
+namespace {
+
+constexpr double kMostDegrees = 1e300;
+
+/// One of the many forms of what is no number: the same model has the same bytes.
+double OneNaN(double number) { return std::isnan(number) ? std::numeric_limits<double>::quiet_NaN() : number; }
+
+void WriteNumbers(std::vector<double> numbers, std::ostream& stream) {
+  for (double& number : numbers) number = OneNaN(number);
+  WriteDoubles(numbers, stream);
+}
+
+bool ReadNumbers(std::istream& stream, std::size_t count, std::vector<double>* numbers) {
+  if (!HasBytesFor(stream, static_cast<std::int64_t>(count), sizeof(double))) return false;
+  numbers->resize(count);
+  for (double& number : *numbers) {
+    if (!ReadDouble(&number, stream)) return false;
+  }
+  return true;
+}
+
+/// A count, from `least` on.
+bool ReadCount(std::istream& stream, int least, std::size_t* count) {
+  int read = 0;
+  if (!ReadInteger(&read, stream) || read < least) return false;
+  *count = static_cast<std::size_t>(read);
+  return true;
+}
+
+void WriteMoments(const ScoreMoments& moments, std::ostream& stream) {
+  WriteInteger(static_cast<int>(moments.rows), stream);
+  WriteInteger(static_cast<int>(moments.means.size()), stream);
+  WriteNumbers(moments.means, stream);
+  WriteNumbers(moments.variances, stream);
+}
+
+bool ReadMoments(std::istream& stream, std::size_t scores, ScoreMoments* moments) {
+  std::size_t count = 0;
+  return ReadCount(stream, 0, &moments->rows) && ReadCount(stream, 0, &count) && count == scores &&
+         ReadNumbers(stream, count, &moments->means) && ReadNumbers(stream, count, &moments->variances);
+}
+
+/// No rows stand for none.
+void WriteDistances(const std::optional<DistanceMoments>& moments, std::ostream& stream) {
+  const DistanceMoments written = moments.value_or(DistanceMoments{});
+  WriteInteger(static_cast<int>(written.rows), stream);
+  WriteDoubles({written.mean, written.degrees}, stream);
+}
+
+bool ReadDistances(std::istream& stream, std::optional<DistanceMoments>* moments) {
+  DistanceMoments read;
+  if (!ReadCount(stream, 0, &read.rows) || !ReadDouble(&read.mean, stream) || !ReadDouble(&read.degrees, stream)) {
+    return false;
+  }
+  if (read.rows == 0) return true;
+  *moments = read;
+  return std::isfinite(read.mean) && read.mean >= 0.0 && read.degrees >= 1.0 && read.degrees <= kMostDegrees;
+}
+
+/// No degrees stand for none.
+void WriteInterval(const std::optional<YIntervalTerms>& terms, std::ostream& stream) {
+  WriteInteger(terms ? terms->degrees : 0, stream);
+  if (!terms) return;
+  WriteDoubles({terms->s}, stream);
+  WriteMoments(terms->scores, stream);
+}
+
+bool ReadInterval(std::istream& stream, std::size_t scores, std::optional<YIntervalTerms>* terms) {
+  YIntervalTerms read;
+  if (!ReadInteger(&read.degrees, stream) || read.degrees < 0) return false;
+  if (read.degrees == 0) return true;
+  if (!ReadDouble(&read.s, stream) || !ReadMoments(stream, scores, &read.scores)) return false;
+  read.rows = read.scores.rows;
+  *terms = read;
+  return std::isfinite(read.s) && read.s >= 0.0 && read.rows > 1;
+}
+
+/// No rows stand for none.
+void WriteMatrix(const RealMatrix& matrix, std::ostream& stream) {
+  WriteInteger(static_cast<int>(matrix.rows), stream);
+  WriteNumbers(matrix.cells, stream);
+}
+
+bool ReadMatrix(std::istream& stream, std::size_t rows, std::size_t columns, RealMatrix* matrix) {
+  if (!ReadCount(stream, 0, &matrix->rows) || (matrix->rows != 0 && matrix->rows != rows)) return false;
+  if (matrix->rows == 0) return true;
+  if (columns == 0 || rows > std::numeric_limits<std::uint32_t>::max() / columns) return false;
+  matrix->columns = columns;
+  return ReadNumbers(stream, rows * columns, &matrix->cells);
+}
+
+bool IsAtEnd(std::istream& stream) { return stream.peek() == std::istream::traits_type::eof(); }
+
+}  // namespace
+
+void WriteRowTerms(const RowTerms& terms, std::ostream& stream) {
+  WriteMoments(terms.scores, stream);
+  WriteDistances(terms.distances, stream);
+  WriteDistances(terms.leftOut, stream);
+  for (const std::optional<YIntervalTerms>& interval : terms.intervals) WriteInterval(interval, stream);
+}
+
+bool ReadRowTerms(std::istream& stream, std::size_t scores, std::size_t yColumns, RowTerms* terms) {
+  if (!ReadMoments(stream, scores, &terms->scores) || !ReadDistances(stream, &terms->distances) ||
+      !ReadDistances(stream, &terms->leftOut)) {
+    return false;
+  }
+  for (std::size_t j = 0; j < yColumns; ++j) {
+    terms->intervals.emplace_back();
+    if (!ReadInterval(stream, scores, &terms->intervals.back())) return false;
+  }
+  return IsAtEnd(stream);
+}
+
+void WriteRowStatistics(const RowStatistics& statistics, std::ostream& stream) {
+  WriteNumbers(statistics.t2, stream);
+  WriteNumbers(statistics.absoluteDistances, stream);
+  WriteMatrix(statistics.fitted, stream);
+  WriteMatrix(statistics.leftOut, stream);
+}
+
+bool ReadRowStatistics(std::istream& stream, std::size_t rows, std::size_t yColumns, RowStatistics* statistics) {
+  return ReadNumbers(stream, rows, &statistics->t2) && ReadNumbers(stream, rows, &statistics->absoluteDistances) &&
+         ReadMatrix(stream, rows, yColumns, &statistics->fitted) &&
+         ReadMatrix(stream, rows, yColumns, &statistics->leftOut) && IsAtEnd(stream);
+}
+
+void WriteValidation(const StoredValidation& validation, std::ostream& stream) {
+  WriteBinaryString(validation.folds.c_str(), stream);
+  WriteInteger(validation.groups, stream);
+  WriteInteger(validation.repeats, stream);
+  WriteArray(&validation.seed, 1, sizeof(validation.seed), stream);
+  WriteBinaryString(validation.rule.c_str(), stream);
+  WriteInteger(validation.chosen, stream);
+  WriteInteger(static_cast<int>(validation.components.size()), stream);
+  for (const StoredValidationEntry& entry : validation.components) {
+    WriteInteger(entry.components, stream);
+    WriteNumbers({entry.press, entry.q2}, stream);
+    WriteInteger(static_cast<int>(entry.rmsecv.size()), stream);
+    WriteNumbers(entry.rmsecv, stream);
+    WriteNumbers(entry.q2PerY, stream);
+  }
+}
+
+bool ReadValidation(std::istream& stream, std::size_t yColumns, StoredValidation* validation) {
+  std::size_t count = 0;
+  if (!ReadText(&validation->folds, stream) || !ReadInteger(&validation->groups, stream) ||
+      !ReadInteger(&validation->repeats, stream) ||
+      !ReadArray(&validation->seed, 1, sizeof(validation->seed), stream) || !ReadText(&validation->rule, stream) ||
+      !ReadInteger(&validation->chosen, stream) || !ReadCount(stream, 0, &count)) {
+    return false;
+  }
+  for (std::size_t a = 0; a < count; ++a) {
+    validation->components.emplace_back();
+    StoredValidationEntry& entry = validation->components.back();
+    std::size_t columns = 0;
+    if (!ReadInteger(&entry.components, stream) || !ReadDouble(&entry.press, stream) ||
+        !ReadDouble(&entry.q2, stream) || !ReadCount(stream, 0, &columns) ||
+        (columns != 0 && columns != yColumns) || !ReadNumbers(stream, columns, &entry.rmsecv) ||
+        !ReadNumbers(stream, columns, &entry.q2PerY)) {
+      return false;
+    }
+  }
+  return IsAtEnd(stream);
+}
+
+}  // namespace kalmia::analysis

@@ -1,0 +1,140 @@
+#include "kalmia/analysis/model/TrainingRows.h"
+
+#include <cmath>
+#include <cstddef>
+
+#include "kalmia/analysis/text/DisplayText.h"
+#include "kalmia/containers/Missing.h"
+
+namespace kalmia::analysis {
+
+namespace {
+
+constexpr std::size_t kFewRows = 10;  ///< fewer distances than these make a limit a guess
+
+/// Components in rows below each other become columns beside each other; a missing score is not a number.
+RealMatrix ScoresOf(const std::vector<const NCDataMatrix<float>*>& tPrims, std::size_t rows) {
+  std::size_t components = 0;
+  for (const NCDataMatrix<float>* tPrim : tPrims) components += static_cast<std::size_t>(tPrim->SizeRows());
+  RealMatrix scores(rows, components);
+  std::size_t column = 0;
+  for (const NCDataMatrix<float>* tPrim : tPrims) {
+    for (int a = 1; a <= tPrim->SizeRows(); ++a, ++column) {
+      for (std::size_t i = 0; i < rows; ++i) {
+        const float score = (*tPrim)[a][static_cast<int>(i) + 1];
+        scores(i, column) = score == kMissingCell<float> ? kNotANumber : score;
+      }
+    }
+  }
+  return scores;
+}
+
+std::vector<double> T2Of(const ScoreMoments& moments, const RealMatrix& scores) {
+  std::vector<double> t2;
+  for (std::size_t i = 0; i < scores.rows; ++i) {
+    t2.push_back(T2OfScores(moments, scores.cells.data() + i * scores.columns));
+  }
+  return t2;
+}
+
+/// Of one Y column, from 0.
+std::optional<YIntervalTerms> IntervalTermsOfColumn(const RealMatrix& scores, const std::vector<double>& measured,
+                                                    const RealMatrix& squaredErrors, std::size_t j, int components) {
+  std::vector<bool> isMeasured;
+  for (const double cell : measured) isMeasured.push_back(!std::isnan(cell));
+  const ScoreMoments moments = MomentsOfScores(scores, &isMeasured);
+  std::vector<double> squares;
+  for (std::size_t i = 0; i < squaredErrors.rows; ++i) squares.push_back(squaredErrors(i, j));
+  const auto terms = IntervalTermsOf(squares, T2Of(moments, scores), moments.rows, components);
+  if (!terms) return std::nullopt;
+  YIntervalTerms ofColumn;
+  static_cast<IntervalTerms&>(ofColumn) = *terms;
+  ofColumn.scores = moments;
+  return ofColumn;
+}
+
+RealMatrix FittedOf(const std::vector<RowPrediction>& rows, std::size_t yColumns) {
+  RealMatrix fitted(rows.size(), yColumns, kNotANumber);
+  for (std::size_t i = 0; i < rows.size(); ++i) {
+    for (std::size_t j = 0; j < rows[i].y.size(); ++j) fitted(i, j) = rows[i].y[j];
+  }
+  return fitted;
+}
+
+/// What needs no Y.
+template <class Row>
+void Describe(const std::vector<Row>& rows, const RealMatrix& scores, const LeftOutFigures& leftOut, int components,
+              ModelInfo* model) {
+  RowTerms terms;
+  terms.scores = MomentsOfScores(scores);
+  RowStatistics statistics;
+  statistics.t2 = scores.columns > 0 ? T2Of(terms.scores, scores) : std::vector<double>(rows.size(), kNotANumber);
+  for (const Row& row : rows) statistics.absoluteDistances.push_back(AbsoluteDistance(components, row));
+  model->rowStatistics = std::move(statistics);
+  terms.distances = MomentsOfDistances(TrainingDistances(*model));
+  terms.leftOut = MomentsOfDistances(leftOut.distances);
+  model->rowTerms = std::move(terms);
+}
+
+template <class Model>
+void DescribeWithY(const std::vector<RowPrediction>& rows, const RealMatrix& scores,
+                   const std::vector<std::vector<double>>& measured, const LeftOutFigures& leftOut, Model* model) {
+  Describe(rows, scores, leftOut, model->Components(), model);
+  model->rowStatistics->fitted = FittedOf(rows, measured.size());
+  model->rowStatistics->leftOut = leftOut.predicted;
+  for (std::size_t j = 0; j < measured.size(); ++j) {
+    model->rowTerms->intervals.push_back(
+        leftOut.squaredErrors.rows == 0
+            ? std::nullopt
+            : IntervalTermsOfColumn(scores, measured[j], leftOut.squaredErrors, j, model->Components()));
+  }
+}
+
+}  // namespace
+
+void DescribeRows(const std::vector<RowPrediction>& rows, const std::vector<std::vector<double>>& measured,
+                  const LeftOutFigures& leftOut, StoredPLS* model) {
+  std::vector<const NCDataMatrix<float>*> scores;
+  if (model->Components() > 0) scores.push_back(model->pls->GetTprim());
+  DescribeWithY(rows, ScoresOf(scores, rows.size()), measured, leftOut, model);
+}
+
+void DescribeRows(const std::vector<RowPrediction>& rows, const std::vector<std::vector<double>>& measured,
+                  const LeftOutFigures& leftOut, StoredOPLS* model) {
+  DescribeWithY(rows, ScoresOf({&model->opls.t, &model->opls.to}, rows.size()), measured, leftOut, model);
+}
+
+void DescribeRows(const std::vector<RowPrediction>& rows, const std::vector<std::vector<double>>& measured,
+                  const LeftOutFigures& leftOut, StoredO2PLS* model) {
+  LeftOutFigures withoutErrors = leftOut;  // intervals take the place of a row among scores, which O2PLS does not tell
+  withoutErrors.squaredErrors = {};
+  DescribeWithY(rows, RealMatrix(rows.size(), 0), measured, withoutErrors, model);
+}
+
+void DescribeRows(const std::vector<RowScores>& rows, const LeftOutFigures& leftOut, StoredPCA* model) {
+  std::vector<const NCDataMatrix<float>*> scores;
+  if (model->Components() > 0) scores.push_back(model->pca->GetTprim());
+  Describe(rows, ScoresOf(scores, rows.size()), leftOut, model->Components(), model);
+}
+
+std::vector<double> TrainingDistances(const ModelInfo& model) {
+  if (!model.rowStatistics) return {};
+  std::vector<double> distances = model.rowStatistics->absoluteDistances;
+  for (double& distance : distances) distance /= model.pooledDeviation;
+  return distances;
+}
+
+void NoteLimits(const ModelInfo& model, int components, Notes* notes) {
+  if (!model.rowTerms) return;
+  const RowTerms& terms = *model.rowTerms;
+  const std::optional<DistanceMoments>& moments = terms.leftOut ? terms.leftOut : terms.distances;
+  if (!moments) return;
+  if (moments->rows < kFewRows) {
+    notes->Add("the limits of the distance rest on " + Counted(moments->rows, "row") + ": they are a guess");
+  }
+  if (!terms.leftOut && LimitsOfNewRows(terms, components).distance.at95) {
+    notes->Add("no row was left out: the limits of the distance for new rows are those of the training rows, widened");
+  }
+}
+
+}  // namespace kalmia::analysis
