@@ -127,9 +127,10 @@ TEST_F(Predict, SaysSoWhereATableIsInOtherUnits) {
   const std::string hundredfold = std::string(kHeader) + "510,1020,1530,1980,2550\n500,1000,1500,2000,2500\n";
   const CommandResult run = Run(hundredfold, {"--json"});
   EXPECT_THAT(run.error, HasSubstr("note: beyond the 99 % limit of T2 or of the distance: 2 of 2 rows"));
-  for (const json& row : run.Json()["rows"]) {
+  const json result = run.Json();
+  for (const json& row : result["rows"]) {
     EXPECT_THAT(row["flags"].get<std::vector<std::string>>(), Contains("T2 99 %"));
-    EXPECT_GT(row["t2"], run.Json()["limits"]["new"]["t2"]["0.99"]);
+    EXPECT_GT(row["t2"], result["limits"]["new"]["t2"]["0.99"]);
   }
   const CommandResult text = Run(hundredfold);
   EXPECT_THAT(text.output, HasSubstr("beyond"));
