@@ -27,27 +27,8 @@ struct FitReport {
   std::vector<std::string> (*csvFileNames)();
 };
 
-/// Fits the model that the options ask for to one table, and reports it. A model without components writes no files.
-template <class Options, class Result>
-std::string RunFit(const Options& options, const FitReport<Result>& report, Notes* notes) {
-  CheckFitPlaces(options, report.csvFileNames());
-  auto recipe = options.recipe;
-  recipe.steps = ReadFitSteps(options);
-  const Table table = ReadTable(options.table, options.reading);
-  TerminalBar bar;
-  const Result result = Fit(recipe, table, bar.Get());
-  notes->Add(result.notes);
-  FitFiles files;
-  if (result.AnyKept()) {
-    files = WriteFitFiles(
-        options, [&] { return ModelFileBytes(result.model, options.Parts()); },
-        [&] { return report.csvFiles(result, MarksOf(options.csvMarks.Asked())); }, bar.Get());
-    if (!files.csv.empty()) NoteNoDistances(result.model, result.model.Components(), notes);
-  }
-  return options.json ? report.json(table, result, *notes, files) : report.text(result, files);
-}
-
-/// The same of a fit that is judged as the options say.
+/// Fits the model that the options ask for to one table, judged as they say, and reports it. One that is not usable
+/// writes no files.
 template <class Options, class Analysis>
 std::string RunAnalysis(const Options& options, const FitReport<Analysis>& report, Notes* notes) {
   CheckFitPlaces(options, report.csvFileNames());
