@@ -39,6 +39,7 @@
 #include "kalmia/analysis/fit/PredictResult.h"
 #include "kalmia/analysis/fit/StoredOPLSCv.h"
 #include "kalmia/analysis/fit/StoredRecipe.h"
+#include "kalmia/analysis/model/ClassPredictions.h"
 #include "kalmia/analysis/model/ComponentRecord.h"
 #include "kalmia/analysis/model/DiscriminantRule.h"
 #include "kalmia/analysis/model/ModelDiagnostics.h"

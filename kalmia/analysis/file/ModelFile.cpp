@@ -9,6 +9,7 @@
 
 #include "kalmia/analysis/file/FileHeader.h"
 #include "kalmia/analysis/file/StepChainFile.h"
+#include "kalmia/analysis/file/internal/ClassEntries.h"
 #include "kalmia/analysis/file/internal/ModelEntries.h"
 #include "kalmia/analysis/file/internal/ModelFrame.h"
 #include "kalmia/analysis/file/internal/RowEntries.h"
@@ -37,6 +38,7 @@ enum PredictionEntry : unsigned short {
   Deviations,
   Terms,
   YTerms,
+  Classes,
   PredictionEntries
 };
 enum JudgementEntry : unsigned short { Groups, Components, Quality, Validation, JudgementEntries };
@@ -134,6 +136,20 @@ bool ReadQuality(std::istream* entry, YModelInfo* model) {
 bool ReadQuality(std::istream* entry, ModelInfo* /*model*/) { return entry == nullptr; }
 bool ReadQuality(std::istream* entry, StoredO2PLS* /*model*/) { return entry == nullptr; }
 
+void WriteClassRule(const YModelInfo& model, OutputStreamDirectory* directory) {
+  if (model.classes) WriteClasses(*model.classes, directory->GetOutput(Classes));
+}
+void WriteClassRule(const ModelInfo& /*model*/, OutputStreamDirectory* /*directory*/) {}
+
+/// The names of Y are known.
+bool ReadClassRule(std::istream* entry, YModelInfo* model) {
+  if (entry == nullptr) return true;
+  model->classes = StoredClasses{};
+  return ReadClasses(*entry, model->yNames, &*model->classes);
+}
+bool ReadClassRule(std::istream* entry, ModelInfo* /*model*/) { return entry == nullptr; }
+bool ReadClassRule(std::istream* entry, StoredO2PLS* /*model*/) { return entry == nullptr; }
+
 // Writing, part by part.
 
 template <class Kind>
@@ -164,6 +180,7 @@ std::string PredictionBytes(const Kind& model) {
     for (const TermsOfBlock& block : BlocksToWrite(model)) {
       if (*block.terms) WriteRowTerms(**block.terms, directory->GetOutput(block.entry));
     }
+    WriteClassRule(model, directory);
   });
 }
 
@@ -274,7 +291,8 @@ bool ReadPrediction(InputStreamDirectory* directory, Kind* model) {
          ReadObject(directory->GetInput(XScaling), model->xScaling.scale.get()) && ReadBlockOfY(directory, model) &&
          matrices != nullptr && ReadModel(*matrices, model) && chain != nullptr && ReadChain(*chain, model) &&
          (shifts == nullptr || ReadShifts(*shifts, ShiftedBlocks(model))) &&
-         ReadDeviations(directory->GetInput(Deviations), model);
+         ReadDeviations(directory->GetInput(Deviations), model) &&
+         ReadClassRule(directory->GetInput(Classes), model);
 }
 
 /// The components, which the judgement tells, are known.

@@ -7,6 +7,7 @@
 #include <limits>
 #include <vector>
 
+#include "kalmia/analysis/file/internal/NumberEntries.h"
 #include "kalmia/analysis/text/internal/Bytes.h"
 #include "kalmia/support/VexStream.h"
 
@@ -15,31 +16,6 @@ namespace kalmia::analysis {
 namespace {
 
 constexpr double kMostDegrees = 1e300;
-
-/// One of the many forms of what is no number: the same model has the same bytes.
-double OneNaN(double number) { return std::isnan(number) ? std::numeric_limits<double>::quiet_NaN() : number; }
-
-void WriteNumbers(std::vector<double> numbers, std::ostream& stream) {
-  for (double& number : numbers) number = OneNaN(number);
-  WriteDoubles(numbers, stream);
-}
-
-bool ReadNumbers(std::istream& stream, std::size_t count, std::vector<double>* numbers) {
-  if (!HasBytesFor(stream, static_cast<std::int64_t>(count), sizeof(double))) return false;
-  numbers->resize(count);
-  for (double& number : *numbers) {
-    if (!ReadDouble(&number, stream)) return false;
-  }
-  return true;
-}
-
-/// A count, from `least` on.
-bool ReadCount(std::istream& stream, int least, std::size_t* count) {
-  int read = 0;
-  if (!ReadInteger(&read, stream) || read < least) return false;
-  *count = static_cast<std::size_t>(read);
-  return true;
-}
 
 void WriteMoments(const ScoreMoments& moments, std::ostream& stream) {
   WriteInteger(static_cast<int>(moments.rows), stream);
@@ -102,8 +78,6 @@ bool ReadMatrix(std::istream& stream, std::size_t rows, std::size_t columns, Rea
   matrix->columns = columns;
   return ReadNumbers(stream, rows * columns, &matrix->cells);
 }
-
-bool IsAtEnd(std::istream& stream) { return stream.peek() == std::istream::traits_type::eof(); }
 
 }  // namespace
 

@@ -1,14 +1,8 @@
 #include "kalmia/analysis/fit/ClassFit.h"
 
-namespace kalmia::analysis {
+#include "kalmia/analysis/model/ClassPredictions.h"
 
-RealMatrix PredictedMatrix(const std::vector<RowPrediction>& rows, std::size_t yColumns) {
-  RealMatrix predicted(rows.size(), yColumns, kNotANumber);
-  for (std::size_t i = 0; i < rows.size(); ++i) {
-    for (std::size_t j = 0; j < rows[i].y.size(); ++j) predicted(i, j) = rows[i].y[j];
-  }
-  return predicted;
-}
+namespace kalmia::analysis {
 
 ClassFit FitClasses(const Classes& classes, const std::vector<RowPrediction>& fitted, ClassPriors priors) {
   const RealMatrix dummies = PredictedMatrix(fitted, classes.names.size());

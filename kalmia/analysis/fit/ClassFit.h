@@ -20,7 +20,4 @@ struct ClassFit {
 /// Learns the rule from the fitted dummies of the rows.
 KALMIA_EXPORT ClassFit FitClasses(const Classes& classes, const std::vector<RowPrediction>& fitted, ClassPriors priors);
 
-/// Predictions of Y as a matrix, rows by Y columns; not numbers where a row has none.
-KALMIA_EXPORT RealMatrix PredictedMatrix(const std::vector<RowPrediction>& rows, std::size_t yColumns);
-
 }  // namespace kalmia::analysis

@@ -46,12 +46,6 @@ void FillMatrix(const std::vector<SingleColumn>& columns, int rows, NCDataMatrix
   ClearZeros(shifts);
 }
 
-/// Of a row; empty where it has no class.
-std::string LabelOf(const Table& table, int row, int column) {
-  const std::string label = table.Cell(row, column);
-  return table.ValueOf(label).kind == CellKind::Missing ? "" : label;
-}
-
 /// Works from the columns of the table to the matrices.
 class Selection {
  public:
@@ -119,6 +113,7 @@ class Selection {
     std::vector<std::string> labels;
     for (const int row : data_.rows) labels.push_back(LabelOf(table_, row, classColumn_));
     data_.classes = NumberClasses(labels);
+    data_.classColumn = Name(classColumn_);
     const RealMatrix dummies = DummiesOf(*data_.classes);
     for (std::size_t c = 0; c < dummies.columns; ++c) {
       y_.push_back({data_.classes->names[c], {}});

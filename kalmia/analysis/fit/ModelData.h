@@ -28,6 +28,7 @@ struct ModelData {
   std::vector<double> xShifts;        ///< in the units of the table, see ShiftOf; empty where no column is shifted
   std::vector<double> yShifts;
   std::optional<Classes> classes;     ///< of these rows, where y has their dummies
+  std::string classColumn;            ///< of the table, that has them; empty for another Y
   std::vector<std::vector<double>> measuredY;  ///< the cells of y, column by column, in the units of the table
   NCIntegralVector<int, -99> groups;  ///< cross-validation group of each row, from 0
   int rounds = 0;                     ///< number of groups

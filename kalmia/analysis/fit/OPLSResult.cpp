@@ -92,7 +92,10 @@ OPLSResult Compute(const OPLSRecipe& recipe, const Table& table, NCProgress* pro
   model.components = std::move(fit.components);
   model.opls = std::move(fit.model);
   result.fitted = PredictRows(model, result.data.x, progress);
-  if (result.data.classes) result.classes = FitClasses(*result.data.classes, result.fitted, recipe.priors);
+  if (result.data.classes) {
+    result.classes = FitClasses(*result.data.classes, result.fitted, recipe.priors);
+    model.classes = StoredClasses{result.data.classColumn, result.classes->rule};
+  }
   JudgeModel(result.data, result.fitted, model.Components(), fit.crossValidatedResiduals, &model);
   DescribeRows(result.fitted, result.data.measuredY, /*leftOut=*/{}, &model);
   return result;

@@ -40,7 +40,10 @@ PLSResult Compute(const PLSRecipe& recipe, const Table& table, NCProgress* progr
   result.model.pls = std::move(fit.model);
   if (!result.AnyKept() && recipe.components != 0) return result;
   result.fitted = PredictRows(result.model, result.data.x, progress);
-  if (result.data.classes) result.classes = FitClasses(*result.data.classes, result.fitted, recipe.priors);
+  if (result.data.classes) {
+    result.classes = FitClasses(*result.data.classes, result.fitted, recipe.priors);
+    result.model.classes = StoredClasses{result.data.classColumn, result.classes->rule};
+  }
   JudgeModel(result.data, result.fitted, result.model.Components(), fit.crossValidatedResiduals, &result.model);
   DescribeRows(result.fitted, result.data.measuredY, /*leftOut=*/{}, &result.model);
   return result;

@@ -13,8 +13,9 @@ namespace kalmia::analysis {
 
 // What a stored model says of the rows of a table. Rows are named by the column `id`; where that is empty, as
 // ReadNewRows says. Notes why no row has a distance to the model, where that is so, and what Diagnose notes. A model
-// without components predicts the mean of Y. `progress` may be null.
-// Throws BadRequest for an O2PLS model without components, and for what is left of a fit that kept none, BadData as ReadNewRows, Stopped where the bar wants to stop.
+// without components predicts the mean of Y; one of classes assigns rows, see PredictClasses. `progress` may be null.
+// Throws BadRequest for an O2PLS model without components, and for what is left of a fit that kept none, BadData as
+// ReadNewRows, Stopped where the bar wants to stop.
 
 KALMIA_EXPORT PLSPredictions Predict(const StoredPLS& model, const Table& table, const std::string& id = "",
                        NCProgress* progress = nullptr);

@@ -15,6 +15,7 @@ void ReadMeasured(const YModelInfo& model, const Table& table, PLSPredictions* r
   std::vector<std::string> texts;
   for (const std::string& name : model.yNames) {
     result->measured.emplace_back();
+    if (model.classes) continue;
     const int column = table.Find(name);
     if (column < 0) continue;
     const ColumnKind kind = KindOfColumn(table, column);
@@ -61,6 +62,7 @@ PLSPredictions PredictWith(const Model& model, const Table& table, NewRows rows,
   result.predictions = PredictRows(model, result.rows.x, progress);
   result.scoreNames = ScoreNames(model);
   result.diagnosis = Diagnose(model, result.predictions, notes);
+  if (model.classes) result.classes = PredictClasses(model, table, result.predictions, result.diagnosis, notes);
   return result;
 }
 

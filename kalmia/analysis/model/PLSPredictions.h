@@ -1,8 +1,10 @@
 #pragma once
 
+#include <optional>
 #include <string>
 #include <vector>
 
+#include "kalmia/analysis/model/ClassPredictions.h"
 #include "kalmia/analysis/model/NewRows.h"
 #include "kalmia/analysis/model/Prediction.h"
 #include "kalmia/analysis/model/RowDiagnosis.h"
@@ -16,8 +18,9 @@ namespace kalmia::analysis {
 struct PLSPredictions {
   NewRows rows;
   std::vector<std::vector<double>> measured;  ///< for each Y of the model its cells, a hole NaN; or nothing, if it is
-                                              ///< not there
-  std::vector<RowPrediction> predictions;
+                                              ///< not there, or of classes
+  std::vector<RowPrediction> predictions;  ///< of classes their dummies
+  std::optional<ClassPredictions> classes;  ///< of a model of classes
   std::vector<std::string> scoreNames;  ///< of their scores: t1, t2, to1, or u1, uo1 of a model turned around
   RowDiagnosis diagnosis;
   int components = 0;                        ///< of the model

@@ -12,15 +12,9 @@ namespace {
 
 constexpr double kShare = 0.95;  ///< of new values that an interval covers
 
-bool IsBeyond99(const RowDiagnosis& diagnosis, std::size_t row) {
-  const auto beyond = [](const LimitPair& limits, double number) { return limits.at99 && number > *limits.at99; };
-  return beyond(diagnosis.limits.t2, diagnosis.t2[row]) ||
-         beyond(diagnosis.limits.distance, diagnosis.distances[row]);
-}
-
 void NoteRowsBeyond(const RowDiagnosis& diagnosis, Notes* notes) {
   std::size_t beyond = 0;
-  for (std::size_t i = 0; i < diagnosis.flags.size(); ++i) beyond += IsBeyond99(diagnosis, i) ? 1 : 0;
+  for (std::size_t i = 0; i < diagnosis.flags.size(); ++i) beyond += diagnosis.IsBeyond99(i) ? 1 : 0;
   if (beyond == 0) return;
   notes->Add("beyond the 99 % limit of T2 or of the distance: " + std::to_string(beyond) + " of " +
              Counted(diagnosis.flags.size(), "row") + ", unlike those that the model was fitted to");
@@ -86,6 +80,11 @@ RowDiagnosis DiagnoseRows(const YModelInfo& model, int components, const std::ve
 
 }  // namespace
 
+bool RowDiagnosis::IsBeyond99(std::size_t row) const {
+  const auto beyond = [](const LimitPair& pair, double number) { return pair.at99 && number > *pair.at99; };
+  return beyond(limits.t2, t2[row]) || beyond(limits.distance, distances[row]);
+}
+
 bool RowDiagnosis::HasInterval(std::size_t row) const {
   for (std::size_t j = 0; j < halfWidths.columns; ++j) {
     if (!std::isnan(halfWidths(row, j))) return true;
@@ -94,11 +93,11 @@ bool RowDiagnosis::HasInterval(std::size_t row) const {
 }
 
 RowDiagnosis Diagnose(const StoredPLS& model, const std::vector<RowPrediction>& rows, Notes* notes) {
-  return DiagnoseRows(model, model.Components(), rows, /*hasIntervals=*/true, notes);
+  return DiagnoseRows(model, model.Components(), rows, /*hasIntervals=*/!model.classes, notes);
 }
 
 RowDiagnosis Diagnose(const StoredOPLS& model, const std::vector<RowPrediction>& rows, Notes* notes) {
-  return DiagnoseRows(model, model.Components(), rows, /*hasIntervals=*/true, notes);
+  return DiagnoseRows(model, model.Components(), rows, /*hasIntervals=*/!model.classes, notes);
 }
 
 RowDiagnosis Diagnose(const StoredO2PLS& model, const std::vector<RowPrediction>& rows, Notes* notes) {

@@ -25,11 +25,12 @@ struct RowDiagnosis {
   RealMatrix halfWidths;
 
   bool IsBeyond(std::size_t row) const { return !flags[row].empty(); }
+  bool IsBeyond99(std::size_t row) const;       ///< a limit of 99 %, of T2 or of the distance
   bool HasInterval(std::size_t row) const;  ///< of some Y column
 };
 
 /// Holds rows that the model has not seen against its limits. Notes how many rows lie beyond a limit of 99 %, and why
-/// there are no limits or no intervals, where that is so.
+/// there are no limits or no intervals, where that is so. A model of classes has no intervals.
 KALMIA_EXPORT RowDiagnosis Diagnose(const StoredPLS& model, const std::vector<RowPrediction>& rows, Notes* notes);
 KALMIA_EXPORT RowDiagnosis Diagnose(const StoredOPLS& model, const std::vector<RowPrediction>& rows, Notes* notes);
 KALMIA_EXPORT RowDiagnosis Diagnose(const StoredO2PLS& model, const std::vector<RowPrediction>& rows, Notes* notes);

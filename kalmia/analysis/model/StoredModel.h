@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "kalmia/analysis/model/ComponentRecord.h"
+#include "kalmia/analysis/model/DiscriminantRule.h"
 #include "kalmia/analysis/model/RowTerms.h"
 #include "kalmia/analysis/model/StoredValidation.h"
 #include "kalmia/analysis/steps/Scaling.h"
@@ -51,11 +52,18 @@ struct YQuality {
   double rmsecv = 0.0;  ///< root mean square of the cross-validated residuals of the last kept component
 };
 
+/// What a model of classes has beside its Y columns, which are the dummies of the classes and have their names.
+struct StoredClasses {
+  std::string column;     ///< of the table, that told the classes of the rows
+  DiscriminantRule rule;  ///< that assigns rows by their predicted dummies
+};
+
 /// What a model that predicts Y has beside that.
 struct YModelInfo : ModelInfo {
   std::vector<std::string> yNames;
   ColumnScaling yScaling;
-  std::vector<YQuality> quality;  ///< one for each Y column
+  std::vector<YQuality> quality;         ///< one for each Y column
+  std::optional<StoredClasses> classes;  ///< nothing where Y is numbers
 };
 
 // What a model holds of its training rows beside their names, scores and residuals, is without rows where it was read

@@ -84,7 +84,7 @@ void DescribeWithY(const std::vector<RowPrediction>& rows, const RealMatrix& sco
   model->rowStatistics->leftOut = leftOut.predicted;
   for (std::size_t j = 0; j < measured.size(); ++j) {
     model->rowTerms->intervals.push_back(
-        leftOut.squaredErrors.rows == 0
+        leftOut.squaredErrors.rows == 0 || model->classes  // a dummy has no values between
             ? std::nullopt
             : IntervalTermsOfColumn(scores, measured[j], leftOut.squaredErrors, j, model->Components()));
   }

@@ -22,7 +22,7 @@ struct LeftOutFigures {
 // Fill what a fitted model says of its training rows, and what it will judge new ones by: its rowTerms and
 // rowStatistics. `rows` is what the model says of them (PredictRows, ScoreRows); `measured` the Y columns in the units of
 // the table, a hole not a number. The model has its scaling, components and pooled deviation. Without squared errors
-// there are no intervals, without distances of left-out rows no limit for new ones but that of training rows widened.
+// and for classes there are no intervals, without distances of left-out rows no limit for new ones but that of training rows widened.
 // T2 and the moments are of the scores that the fit gave the rows; those of OPLS are of predictive and orthogonal
 // components together. O2PLS has no T2: its limits are for the distance to the block that it predicts from.
 

@@ -5,6 +5,7 @@
 #include <limits>
 
 #include "kalmia/analysis/file/ModelFile.h"
+#include "kalmia/analysis/report/internal/ClassReport.h"
 #include "kalmia/analysis/report/internal/RowReport.h"
 #include "kalmia/analysis/table/internal/CsvText.h"
 #include "kalmia/analysis/text/DisplayText.h"
@@ -22,6 +23,7 @@ constexpr int kScoreDigits = 5;
 constexpr int kMostMoreDigits = 10;
 constexpr int kDistanceDecimals = 3;
 constexpr int kErrorDigits = 5;
+constexpr int kLogOddsDigits = 4;
 
 /// How many digits predictions of a Y column, from 0, need: those of a column far from zero as many more as its shift
 /// has in front of what varies.
@@ -154,6 +156,85 @@ bool IsExtrapolated(const PLSPredictions& result, std::size_t i) {
   return result.diagnosis.IsBeyond(i) && result.diagnosis.HasInterval(i);
 }
 
+/// The columns on Y in the text of predictions: of numbers what is predicted and measured, of classes what is assigned.
+class YColumns {
+ public:
+  YColumns(const YModelInfo& model, const PLSPredictions& result) : model_(model), result_(result) {
+    for (std::size_t j = 0; j < model.yNames.size(); ++j) digits_.push_back(PredictionDigits(model, result, j));
+    if (!result.classes) return;
+    for (std::size_t i = 0; i < result.predictions.size(); ++i) anyBeyond_ |= IsUnlikeAny(i);
+  }
+
+  void AddTitles(TextTable* text) const {
+    if (result_.classes) {
+      AddClassTitles(text);
+      return;
+    }
+    for (std::size_t j = 0; j < model_.yNames.size(); ++j) {
+      text->AddColumn(OneLine(model_.yNames[j]), TextTable::Align::Right);
+      if (AnyInterval(result_, j)) {
+        text->AddColumn("lower", TextTable::Align::Right);
+        text->AddColumn("upper", TextTable::Align::Right);
+      }
+      if (!result_.measured[j].empty()) text->AddColumn("measured", TextTable::Align::Right);
+    }
+  }
+
+  void AddCells(std::size_t i, std::vector<std::string>* cells) const {
+    if (result_.classes) {
+      AddClassCells(i, cells);
+      return;
+    }
+    for (std::size_t j = 0; j < model_.yNames.size(); ++j) {
+      cells->push_back(Significant(Predicted(result_, i, j), digits_[j]));
+      if (AnyInterval(result_, j)) {
+        cells->push_back(Significant(Lower(result_, i, j), digits_[j]));
+        cells->push_back(Significant(Upper(result_, i, j), digits_[j]));
+      }
+      if (!result_.measured[j].empty()) cells->push_back(Measured(result_.measured[j][i]));
+    }
+  }
+
+ private:
+  /// Of a row that has a nearest class, and is not assigned to it.
+  bool IsUnlikeAny(std::size_t i) const {
+    return result_.classes->nearest[i] >= 0 && result_.classes->assigned[i] < 0;
+  }
+
+  void AddClassTitles(TextTable* text) const {
+    text->AddColumn("class", TextTable::Align::Left);
+    if (anyBeyond_) text->AddColumn("nearest", TextTable::Align::Left);
+    if (!result_.classes->measured.empty()) text->AddColumn("measured", TextTable::Align::Left);
+    text->AddColumn("log odds", TextTable::Align::Right);
+  }
+
+  void AddClassCells(std::size_t i, std::vector<std::string>* cells) const {
+    const ClassPredictions& classes = *result_.classes;
+    const auto nameOf = [this](int number) { return number < 0 ? "-" : ClassName(model_, number); };
+    const int nearest = classes.nearest[i];
+    cells->push_back(nameOf(classes.assigned[i]));
+    if (anyBeyond_) cells->push_back(IsUnlikeAny(i) ? nameOf(nearest) : "");
+    if (!classes.measured.empty()) cells->push_back(classes.measured[i].empty() ? "-" : classes.measured[i]);
+    cells->push_back(
+        Significant(nearest < 0 ? kNone : classes.logOdds(i, static_cast<std::size_t>(nearest)), kLogOddsDigits));
+  }
+
+  const YModelInfo& model_;
+  const PLSPredictions& result_;
+  std::vector<int> digits_;
+  bool anyBeyond_ = false;
+};
+
+std::string WhatIsPredicted(const YModelInfo& model) {
+  return model.classes ? "the classes of " + OneLine(model.classes->column) : Listed(model.yNames);
+}
+
+/// By what a model without components predicts.
+std::string MeanText(const YModelInfo& model) {
+  return std::string(model.classes ? "by the prior" : "the mean of the training rows") +
+         ": the model has no component";
+}
+
 double Score(const RowFit& row, std::size_t a) { return row.t.empty() ? kNone : row.t[a]; }
 
 Json ScoresJson(const RowFit& row, std::size_t count) {
@@ -180,6 +261,7 @@ Json RowsJson(const YModelInfo& model, const PLSPredictions& result) {
                     {"upper", upper},
                     {"measured", measured},
                     {"t", ScoresJson(row, result.scoreNames.size())}});
+    if (result.classes) AddClassJson(model, *result.classes, i, &list.back());
     AddDiagnosisJson(result.diagnosis, i, &list.back());
     list.back()["extrapolation"] = IsExtrapolated(result, i);
     list.back()["reason"] = TextOrNull(row.reason);
@@ -200,11 +282,12 @@ void AddPredictJson(const YModelInfo& model, const PLSPredictions& result, Json*
   (*json)["scores"] = result.scoreNames;
   (*json)["rows"] = RowsJson(model, result);
   Json errors = Json::array();
-  for (std::size_t j = 0; j < model.yNames.size(); ++j) {
+  for (std::size_t j = 0; j < (model.classes ? 0 : model.yNames.size()); ++j) {
     const PredictionError error = ErrorOf(result, j);
     errors.push_back({{"name", model.yNames[j]}, {"rows", error.rows}, {"rmsep", JsonNumber(error.rmsep)}});
   }
   (*json)["errors"] = errors;
+  if (result.classes) (*json)["classes"] = TallyJson(model, *result.classes);
 }
 
 void AddPredictJson(const StoredO2PLS& model, const PLSPredictions& result, Json* json) {
@@ -246,56 +329,46 @@ std::string PredictText(const YModelInfo& model, const Table& table, const PLSPr
                                      [](const auto& row) { return !row.reason.empty(); });
   TextTable text;
   text.AddColumn("row", TextTable::Align::Left);
-  std::vector<int> digits;
-  for (std::size_t j = 0; j < model.yNames.size(); ++j) {
-    digits.push_back(PredictionDigits(model, result, j));
-    text.AddColumn(OneLine(model.yNames[j]), TextTable::Align::Right);
-    if (AnyInterval(result, j)) {
-      text.AddColumn("lower", TextTable::Align::Right);
-      text.AddColumn("upper", TextTable::Align::Right);
-    }
-    if (!result.measured[j].empty()) text.AddColumn("measured", TextTable::Align::Right);
-  }
+  const YColumns ofY(model, result);
+  ofY.AddTitles(&text);
   AddDiagnosisColumns(result.diagnosis, &text);
   if (anyReason) text.AddColumn("not predicted because", TextTable::Align::Left);
   for (std::size_t i = 0; i < result.predictions.size(); ++i) {
     std::vector<std::string> cells = {result.rows.names[i]};
-    for (std::size_t j = 0; j < model.yNames.size(); ++j) {
-      cells.push_back(Significant(Predicted(result, i, j), digits[j]));
-      if (AnyInterval(result, j)) {
-        cells.push_back(Significant(Lower(result, i, j), digits[j]));
-        cells.push_back(Significant(Upper(result, i, j), digits[j]));
-      }
-      if (!result.measured[j].empty()) cells.push_back(Measured(result.measured[j][i]));
-    }
+    ofY.AddCells(i, &cells);
     AddDiagnosisCells(result.diagnosis, i, &cells);
     if (anyReason) cells.push_back(result.predictions[i].reason);
     text.AddRow(cells);
   }
   const std::string with = result.components == 0
-                               ? "the mean of the training rows: the model has no component"
+                               ? MeanText(model)
                                : "with " + Counted(static_cast<std::size_t>(result.components), "component");
-  return "Predictions of " + Listed(model.yNames) + " for " + table.Name() + ", " +
+  return "Predictions of " + WhatIsPredicted(model) + " for " + table.Name() + ", " +
          Counted(result.predictions.size(), "row") + ", " + with + "\n\n" + text.Text() +
-         NewLimitsText(result.diagnosis) + ErrorText(model, result);
+         NewLimitsText(result.diagnosis) +
+         (result.classes ? TallyText(model, *result.classes) : ErrorText(model, result));
 }
 
 CsvFile PredictCsv(const YModelInfo& model, const PLSPredictions& result, const std::string& file,
                    const CsvMarks& marks) {
   CsvText csv(marks);
   csv.Field("row");
+  if (result.classes) AddClassTitles(model, *result.classes, &csv);
   for (std::size_t j = 0; j < model.yNames.size(); ++j) {
     if (!result.measured[j].empty()) csv.Field("measured " + model.yNames[j]);
-    for (const char* what : {"predicted ", "lower ", "upper "}) csv.Field(what + model.yNames[j]);
+    csv.Field("predicted " + model.yNames[j]);
+    if (!result.classes) csv.Field("lower " + model.yNames[j]).Field("upper " + model.yNames[j]);
   }
   for (const std::string& name : result.scoreNames) csv.Field(name);
   AddDiagnosisTitles(&csv);
   csv.Field("extrapolation").Field("reason").EndLine();
   for (std::size_t i = 0; i < result.predictions.size(); ++i) {
     csv.Field(result.rows.names[i]);
+    if (result.classes) AddClassFields(model, *result.classes, i, &csv);
     for (std::size_t j = 0; j < model.yNames.size(); ++j) {
       if (!result.measured[j].empty()) csv.Number(result.measured[j][i]);
-      csv.Number(Predicted(result, i, j)).Number(Lower(result, i, j)).Number(Upper(result, i, j));
+      csv.Number(Predicted(result, i, j));
+      if (!result.classes) csv.Number(Lower(result, i, j)).Number(Upper(result, i, j));
     }
     for (std::size_t a = 0; a < result.scoreNames.size(); ++a) csv.Number(Score(result.predictions[i], a));
     AddDiagnosisFields(result.diagnosis, i, &csv);

@@ -20,9 +20,10 @@ struct PredictFiles {
   std::vector<std::string> csv;
 };
 
-/// A line for each row: what is predicted of Y with its interval, beside what was measured, or its scores; T2, the
-/// distance to the model, the limits that it passes, and why nothing can be said. Below it the limits, and the root mean
-/// square error of each Y that was measured.
+/// A line for each row: what is predicted of Y with its interval, beside what was measured, or its class with the
+/// logarithm of the odds, or its scores; T2, the distance to the model, the limits that it passes, and why nothing can
+/// be said. Below it the limits, and the root mean square error of each Y that was measured, or how many rows of each
+/// class are assigned to which.
 KALMIA_EXPORT std::string PredictText(const YModelInfo& model, const Table& table, const PLSPredictions& result);
 KALMIA_EXPORT std::string PredictText(const StoredPCA& model, const Table& table, const PCAPredictions& result);
 
@@ -37,7 +38,8 @@ KALMIA_EXPORT std::string PredictJson(const StoredPCA& model, const PCAPredictio
                         const Notes& notes);
 
 /// For each row the predicted values with their intervals, and the measured ones under "measured NAME" where the table
-/// has a column for a Y (empty where it has none), scores, T2, distances, flags and the reason for a missing prediction.
+/// has a column for a Y (empty where it has none), of classes also the class and the log odds, scores, T2, distances,
+/// flags and the reason for a missing prediction.
 KALMIA_EXPORT CsvFile PredictCsv(const YModelInfo& model, const PLSPredictions& result, const std::string& file,
                    const CsvMarks& marks);
 /// For each row its scores, T2, distances, flags, and the reason where it has none.

@@ -67,6 +67,11 @@ int RequireColumn(const Table& table, const std::string& name) {
   return column;
 }
 
+std::string LabelOf(const Table& table, int row, int column) {
+  const std::string label = table.Cell(row, column);
+  return table.ValueOf(label).kind == CellKind::Missing ? "" : label;
+}
+
 std::vector<std::string> RowNames(const Table& table, int column) {
   if (column >= 0) return table.ColumnTexts(column);
   std::vector<std::string> names;

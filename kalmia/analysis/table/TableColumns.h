@@ -40,6 +40,9 @@ KALMIA_EXPORT std::vector<int> ColumnsToExclude(const Table& table, const std::v
 /// As RequireColumns; without any argument all columns.
 KALMIA_EXPORT std::vector<int> RequireColumnsOrAll(const Table& table, const std::vector<std::string>& arguments);
 
+/// The text of a cell that names a group or a class; empty where the cell counts as missing.
+KALMIA_EXPORT std::string LabelOf(const Table& table, int row, int column);
+
 /// Names for the rows: the texts of the column, or the numbers from 1 where `column` is -1.
 KALMIA_EXPORT std::vector<std::string> RowNames(const Table& table, int column);
 

@@ -9,6 +9,7 @@
 #include <cstring>
 #include <fstream>
 #include <iterator>
+#include <limits>
 #include <memory>
 #include <string>
 #include <variant>
@@ -23,6 +24,7 @@
 #include "kalmia/analysis/fit/OPLSResult.h"
 #include "kalmia/analysis/fit/PCAResult.h"
 #include "kalmia/analysis/fit/PLSResult.h"
+#include "kalmia/analysis/model/ClassPredictions.h"
 #include "kalmia/analysis/model/NewRows.h"
 #include "kalmia/analysis/model/PCAScores.h"
 #include "kalmia/analysis/model/Prediction.h"
@@ -127,6 +129,16 @@ std::string SmallJudgedFile() {
   return ModelFileBytes(result.model, parts);
 }
 
+/// The bytes of a model of three classes, one of which has more rows than each of the others.
+std::string SmallClassFile() {
+  PLSRecipe recipe;
+  recipe.y = {"kind"};
+  recipe.components = 2;
+  recipe.priors = ClassPriors::Shares;
+  const Table table("kind,x1,x2,x3\na,1,3,2\nb,5,1,1\na,2,2,4\nc,1,7,5\nb,6,3,2\nc,2,9,4\nb,4,2,1\n", "t.csv");
+  return ModelFileBytes(Fit(recipe, table).model);
+}
+
 /// A model of the mean of Y: of 8 rows, 3 X columns and 2 Y columns, without components.
 StoredPLS ModelOfTheMean() {
   PLSRecipe recipe;
@@ -146,7 +158,8 @@ std::string SmallMeanFile() { return ModelFileBytes(ModelOfTheMean()); }
 /// One small file of each kind of model.
 std::vector<std::string> SmallFiles() {
   return {SmallModelFile(),        SmallPCAFile(),     SmallOPLSFile(),   SmallO2PLSFile(), SmallFilterFile(),
-          SmallPreprocessedFile(), SmallShiftedFile(), SmallJudgedFile(), SmallMeanFile()};
+          SmallPreprocessedFile(), SmallShiftedFile(), SmallJudgedFile(), SmallMeanFile(),
+          SmallClassFile()};
 }
 
 /// The files of such models that earlier versions wrote.
@@ -272,6 +285,42 @@ TEST(ModelFile, HasADigestOfWhatPredictsAlone) {
   EXPECT_NE(ModelDigest(Fit(recipe, table).model), digest);
 }
 
+TEST(ModelFile, HoldsTheRuleThatAssignsClassesAndCountsItToWhatPredicts) {
+  StoredModel read = ReadModelFile(SmallClassFile(), "m");
+  auto& model = std::get<StoredPLS>(read);
+  ASSERT_TRUE(model.classes);
+  EXPECT_EQ(model.classes->column, "kind");
+  EXPECT_EQ(model.yNames, (std::vector<std::string>{"a", "b", "c"}));
+  EXPECT_EQ(model.classes->rule.directions.rows, 2U);
+  EXPECT_EQ(model.classes->rule.centres.rows, 3U);
+  EXPECT_EQ(model.classes->rule.logPriors[1], std::log(3.0 / 7.0));
+  const std::string digest = ModelDigest(model);
+  model.classes->rule.logPriors[0] -= 1e-9;
+  EXPECT_NE(ModelDigest(model), digest);
+  EXPECT_FALSE(std::get<StoredPLS>(ReadModelFile(SmallModelFile(), "m")).classes);
+}
+
+TEST(ModelFile, IsRefusedWithARuleThatCannotAssign) {
+  constexpr double kInfinity = std::numeric_limits<double>::infinity();
+  const auto refusal = [](const auto& change) {
+    StoredModel read = ReadModelFile(SmallClassFile(), "m");
+    auto& model = std::get<StoredPLS>(read);
+    change(&model, &model.classes->rule);
+    return Refusal(ModelFileBytes(model));
+  };
+  const std::string damaged = "m is damaged: its parts do not fit together";
+  EXPECT_EQ(refusal([](StoredPLS*, DiscriminantRule*) {}), "");
+  EXPECT_EQ(refusal([](StoredPLS*, DiscriminantRule* rule) { rule->logPriors[0] = -kInfinity; }), "");
+  EXPECT_EQ(refusal([](StoredPLS*, DiscriminantRule* rule) { rule->logPriors.assign(3, -kInfinity); }), damaged);
+  EXPECT_EQ(refusal([](StoredPLS*, DiscriminantRule* rule) { rule->logPriors[2] = 0.1; }), damaged);
+  EXPECT_EQ(refusal([](StoredPLS*, DiscriminantRule* rule) { rule->logPriors[2] = kNotANumber; }), damaged);
+  EXPECT_EQ(refusal([](StoredPLS*, DiscriminantRule* rule) { rule->centres(2, 1) = kInfinity; }), damaged);
+  EXPECT_EQ(refusal([](StoredPLS*, DiscriminantRule* rule) { rule->directions(1, 2) = kNotANumber; }), damaged);
+  EXPECT_EQ(refusal([](StoredPLS*, DiscriminantRule* rule) { rule->directions = RealMatrix(3, 3); }), damaged);
+  EXPECT_EQ(refusal([](StoredPLS* model, DiscriminantRule*) { model->yNames[2] = "a"; }), damaged);
+  EXPECT_EQ(refusal([](StoredPLS*, DiscriminantRule* rule) { rule->logPriors.push_back(-1.0); }), damaged);
+}
+
 TEST(ModelFile, OfTheMeanPredictsItForEveryRow) {
   const StoredPLS fitted = ModelOfTheMean();
   const auto read = ReadModelFile(ModelFileBytes(fitted), "m");
@@ -384,7 +433,13 @@ void ExpectNewRows(const ModelInfo& model) try {
 template <class Model>
 std::size_t RowsDiagnosed(const Model& model, const NCDataMatrix<float>& x) {
   Notes notes;
-  return Diagnose(model, PredictRows(model, x), &notes).flags.size();
+  const std::vector<RowPrediction> rows = PredictRows(model, x);
+  const RowDiagnosis diagnosis = Diagnose(model, rows, &notes);
+  if (!model.classes) return diagnosis.flags.size();
+  const Table table("x1,x2,x3,kind\n1,2,3,a\n2,,1,c\n", "t");
+  const ClassPredictions classes = PredictClasses(model, table, rows, diagnosis, &notes);
+  for (const int number : classes.nearest) EXPECT_LT(number, static_cast<int>(model.yNames.size()));
+  return classes.assigned.size();
 }
 
 std::size_t RowsAnswered(const StoredPLS& model, const NCDataMatrix<float>& x) { return RowsDiagnosed(model, x); }

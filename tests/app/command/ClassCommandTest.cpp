@@ -11,6 +11,7 @@ namespace {
 using nlohmann::json;
 using ::testing::ElementsAre;
 using ::testing::HasSubstr;
+using ::testing::IsEmpty;
 
 TEST(ClassModel, TellsHowWellWinesAreFoundThatWereLeftOut) {
   for (const char* command : {"pls", "opls"}) {
@@ -45,6 +46,37 @@ TEST(ClassModel, IsWhatATextColumnAsYGives) {
   const CommandResult numbers =
       RunKalmia({"pls", "-", "--y", "x1", "--exclude", "kind", "--id", "name", "--json"}, table);
   EXPECT_TRUE(numbers.Json()["classes"].is_null());
+}
+
+TEST(ClassModel, ThatIsStoredAssignsNewRowsButForThoseUnlikeAll) {
+  const ScratchFolder folder;
+  const std::string model = folder.Path("m"), csv = folder.Path("d");
+  const json fit = RunKalmia({"pls", ExampleTable("wine.csv"), "--classes", "cultivar", "--id", "sample",
+                              "--components", "3", "--save", model, "--json"})
+                       .Json();
+  const json same = RunKalmia({"predict", model, ExampleTable("wine.csv"), "--json"}).Json();
+  EXPECT_EQ(same["digest"], fit["digest"]);
+  EXPECT_EQ(same["classes"]["rows"], 178);
+  EXPECT_THAT(same["errors"], IsEmpty());
+  std::vector<std::vector<int>> nearest(3, std::vector<int>(3, 0));
+  for (const json& row : same["rows"]) {
+    const auto number = [&row](const char* field) { return std::stoul(row[field].get<std::string>()) - 1; };
+    ++nearest[number("measuredClass")][number("nearest")];
+    EXPECT_GT(row["logOdds"][row["nearest"].get<std::string>()], 0.0) << "as likely as all others, at least";
+    if (!row["class"].is_null()) EXPECT_EQ(row["class"], row["nearest"]);
+    EXPECT_TRUE(row["lower"][0].is_null());
+  }
+  EXPECT_EQ(json(nearest), fit["classes"]["confusion"]);
+  std::string far = ReadWholeFile(ExampleTable("wine.csv"));
+  far = far.substr(0, far.find('\n', far.find('\n') + 1) + 1);
+  const std::size_t cell = far.find(',', far.find(',', far.find('\n')) + 1) + 1;  // of alcohol
+  far.insert(cell, "9");
+  const CommandResult text = RunKalmia({"predict", model, "-", "--csv", csv}, far);
+  ASSERT_EQ(text.exitCode, 0) << text.error;
+  EXPECT_THAT(text.output, HasSubstr("nearest"));
+  EXPECT_THAT(text.output, HasSubstr("0 of 1 row right"));
+  EXPECT_THAT(text.error, HasSubstr("beyond the 99 % limit"));
+  EXPECT_THAT(ReadWholeFile(csv + "/predictions.csv"), HasSubstr("measured cultivar,class,nearest,log odds 1"));
 }
 
 TEST(ClassModel, RefusesClassesBesideY) {

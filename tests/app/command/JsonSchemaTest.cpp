@@ -101,6 +101,11 @@ TEST(JsonSchema, HoldsForEveryOutput) {
   ExpectValid("kalmia-info", RunKalmia({"info", model, "--json"}).Json());
   ExpectValid("kalmia-predict", RunKalmia({"predict", model, table, "--json", "--csv", folder.Path("d")}).Json());
   ExpectValid("kalmia-predict", RunKalmia({"predict", model, "-", "--json"}, "a\n1\nNA\n").Json());
+  ExpectValid("kalmia-pls", RunKalmia({"pls", "-", "--y", "c", "--components", "1", "--json", "--save", model},
+                                      "c,x,z\np,1,2\nq,2,5\np,1,3\nq,3,4\np,2,1\nq,3,6\n")
+                                .Json());
+  ExpectValid("kalmia-info", RunKalmia({"info", model, "--json"}).Json());
+  ExpectValid("kalmia-predict", RunKalmia({"predict", model, "-", "--json"}, "x,z,c\n1,2,p\n99,-99.5,\n,,r\n").Json());
   const std::string filled = folder.Path("filled.csv");
   ExpectValid("kalmia-fill", RunKalmia({"fill", table, "--out", filled, "--json", "--check"}).Json());
   ExpectValid("kalmia-fill",

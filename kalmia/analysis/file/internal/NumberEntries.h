@@ -1,0 +1,29 @@
+#pragma once
+
+#include <cstddef>
+#include <istream>
+#include <ostream>
+#include <vector>
+
+#include "kalmia/analysis/model/RealMatrix.h"
+
+namespace kalmia::analysis {
+
+// Counts and numbers in the entries of a file. Reading is false on bytes that are not there: before memory is taken.
+
+/// One of the many forms of what is no number stands for all: the same model has the same bytes.
+void WriteNumbers(std::vector<double> numbers, std::ostream& stream);
+bool ReadNumbers(std::istream& stream, std::size_t count, std::vector<double>* numbers);
+
+/// Numbers that are finite.
+bool ReadFinite(std::istream& stream, std::size_t count, std::vector<double>* numbers);
+
+/// A count, from `least` on.
+bool ReadCount(std::istream& stream, int least, std::size_t* count);
+
+/// The cells of a matrix whose shape the reader knows, row after row; finite ones.
+bool ReadFinite(std::istream& stream, std::size_t rows, std::size_t columns, RealMatrix* matrix);
+
+bool IsAtEnd(std::istream& stream);
+
+}  // namespace kalmia::analysis
