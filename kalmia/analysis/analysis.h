@@ -42,6 +42,7 @@
 #include "kalmia/analysis/model/ClassPredictions.h"
 #include "kalmia/analysis/model/ComponentRecord.h"
 #include "kalmia/analysis/model/DiscriminantRule.h"
+#include "kalmia/analysis/model/Judgement.h"
 #include "kalmia/analysis/model/ModelDiagnostics.h"
 #include "kalmia/analysis/model/NewRows.h"
 #include "kalmia/analysis/model/PCAPredictions.h"

@@ -43,8 +43,9 @@ bool ReadClasses(std::istream& stream, const std::vector<std::string>& names, St
   return AreNamesOfClasses(names) && ReadText(&classes->column, stream) &&
          ReadNumbers(stream, names.size(), &rule.logPriors) && AreLogPriors(rule.logPriors) &&
          ReadCount(stream, 0, &directions) && directions < names.size() &&
-         ReadFinite(stream, directions, names.size(), &rule.directions) &&
-         ReadFinite(stream, names.size(), directions, &rule.centres) && IsAtEnd(stream);
+         ReadMatrix(stream, directions, names.size(), &rule.directions) && AreFinite(rule.directions.cells) &&
+         ReadMatrix(stream, names.size(), directions, &rule.centres) && AreFinite(rule.centres.cells) &&
+         IsAtEnd(stream);
 }
 
 }  // namespace kalmia::analysis

@@ -10,6 +10,7 @@
 #include "kalmia/analysis/file/FileHeader.h"
 #include "kalmia/analysis/file/StepChainFile.h"
 #include "kalmia/analysis/file/internal/ClassEntries.h"
+#include "kalmia/analysis/file/internal/JudgementEntries.h"
 #include "kalmia/analysis/file/internal/ModelEntries.h"
 #include "kalmia/analysis/file/internal/ModelFrame.h"
 #include "kalmia/analysis/file/internal/RowEntries.h"
@@ -41,7 +42,7 @@ enum PredictionEntry : unsigned short {
   Classes,
   PredictionEntries
 };
-enum JudgementEntry : unsigned short { Groups, Components, Quality, Validation, JudgementEntries };
+enum JudgementEntry : unsigned short { Groups, Components, Quality, Validation, Figures, JudgementEntries };
 enum RowsEntry : unsigned short { RowNames, Scores, Statistics, YStatistics, RowsEntries };
 enum TableEntry : unsigned short { XCells, Residuals, TableEntries };
 
@@ -150,6 +151,28 @@ bool ReadClassRule(std::istream* entry, YModelInfo* model) {
 bool ReadClassRule(std::istream* entry, ModelInfo* /*model*/) { return entry == nullptr; }
 bool ReadClassRule(std::istream* entry, StoredO2PLS* /*model*/) { return entry == nullptr; }
 
+void WriteClassFigures(const YModelInfo& model, OutputStreamDirectory* directory) {
+  if (model.classes) WriteClassFigures(*model.classes, directory->GetOutput(Figures));
+}
+void WriteClassFigures(const ModelInfo& /*model*/, OutputStreamDirectory* /*directory*/) {}
+
+/// A model of classes always has the entry.
+bool ReadClassFigures(std::istream* entry, YModelInfo* model) {
+  if (!model->classes || entry == nullptr) return !model->classes && entry == nullptr;
+  return ReadClassFigures(*entry, model->yNames.size(), &*model->classes);
+}
+bool ReadClassFigures(std::istream* entry, ModelInfo* /*model*/) { return entry == nullptr; }
+
+JudgedColumns JudgedColumnsOf(const StoredPLS& model) { return {model.xNames.size(), model.yNames.size()}; }
+JudgedColumns JudgedColumnsOf(const StoredPCA& model) { return {model.xNames.size()}; }
+JudgedColumns JudgedColumnsOf(const StoredOPLS& model) {
+  return {model.xNames.size(), model.yNames.size(), /*kinds=*/2};
+}
+JudgedColumns JudgedColumnsOf(const StoredO2PLS& model) {
+  return {model.xNames.size(), model.yNames.size(), /*kinds=*/3, /*bothWays=*/true};
+}
+JudgedColumns JudgedColumnsOf(const StoredFilter& model) { return {model.xNames.size()}; }
+
 // Writing, part by part.
 
 template <class Kind>
@@ -192,6 +215,7 @@ std::string JudgementBytes(const Kind& model) {
     WriteInteger(model.groups, groups);
     WriteComponents(model, directory->GetOutput(Components));
     WriteQuality(model, directory);
+    WriteClassFigures(model, directory);
     if (model.validation) WriteValidation(*model.validation, directory->GetOutput(Validation));
   });
 }
@@ -320,11 +344,11 @@ bool ReadJudgement(std::istream* part, Kind* model) {
       !ReadQuality(directory.GetInput(Quality), model)) {
     return false;
   }
+  if (!ReadClassFigures(directory.GetInput(Figures), model)) return false;
   std::istream* const validation = directory.GetInput(Validation);
   if (validation == nullptr) return true;
-  const std::vector<TermsOfBlock> blocks = BlocksOf(model);
   model->validation = StoredValidation{};
-  return ReadValidation(*validation, blocks.empty() ? 0 : blocks.front().yColumns, &*model->validation);
+  return ReadValidation(*validation, JudgedColumnsOf(*model), &*model->validation);
 }
 
 template <class Kind>

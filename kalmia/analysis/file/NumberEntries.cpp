@@ -28,11 +28,6 @@ bool ReadNumbers(std::istream& stream, std::size_t count, std::vector<double>* n
   return true;
 }
 
-bool ReadFinite(std::istream& stream, std::size_t count, std::vector<double>* numbers) {
-  return ReadNumbers(stream, count, numbers) &&
-         std::all_of(numbers->begin(), numbers->end(), [](double number) { return std::isfinite(number); });
-}
-
 bool ReadCount(std::istream& stream, int least, std::size_t* count) {
   int read = 0;
   if (!ReadInteger(&read, stream) || read < least) return false;
@@ -40,11 +35,15 @@ bool ReadCount(std::istream& stream, int least, std::size_t* count) {
   return true;
 }
 
-bool ReadFinite(std::istream& stream, std::size_t rows, std::size_t columns, RealMatrix* matrix) {
+bool ReadMatrix(std::istream& stream, std::size_t rows, std::size_t columns, RealMatrix* matrix) {
   if (columns != 0 && rows > std::numeric_limits<std::uint32_t>::max() / columns) return false;
   matrix->rows = rows;
   matrix->columns = columns;
-  return ReadFinite(stream, rows * columns, &matrix->cells);
+  return ReadNumbers(stream, rows * columns, &matrix->cells);
+}
+
+bool AreFinite(const std::vector<double>& numbers) {
+  return std::all_of(numbers.begin(), numbers.end(), [](double number) { return std::isfinite(number); });
 }
 
 bool IsAtEnd(std::istream& stream) { return stream.peek() == std::istream::traits_type::eof(); }

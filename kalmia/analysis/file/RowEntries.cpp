@@ -1,4 +1,4 @@
-// What a model file holds of rows, and of the models of each number of components.
+// What a model file holds of rows.
 
 #include "kalmia/analysis/file/internal/RowEntries.h"
 
@@ -71,12 +71,10 @@ void WriteMatrix(const RealMatrix& matrix, std::ostream& stream) {
   WriteNumbers(matrix.cells, stream);
 }
 
-bool ReadMatrix(std::istream& stream, std::size_t rows, std::size_t columns, RealMatrix* matrix) {
-  if (!ReadCount(stream, 0, &matrix->rows) || (matrix->rows != 0 && matrix->rows != rows)) return false;
-  if (matrix->rows == 0) return true;
-  if (columns == 0 || rows > std::numeric_limits<std::uint32_t>::max() / columns) return false;
-  matrix->columns = columns;
-  return ReadNumbers(stream, rows * columns, &matrix->cells);
+bool ReadMatrixOrNone(std::istream& stream, std::size_t rows, std::size_t columns, RealMatrix* matrix) {
+  std::size_t written = 0;
+  if (!ReadCount(stream, 0, &written) || (written != 0 && written != rows)) return false;
+  return written == 0 || (columns > 0 && ReadMatrix(stream, rows, columns, matrix));
 }
 
 }  // namespace
@@ -109,47 +107,8 @@ void WriteRowStatistics(const RowStatistics& statistics, std::ostream& stream) {
 
 bool ReadRowStatistics(std::istream& stream, std::size_t rows, std::size_t yColumns, RowStatistics* statistics) {
   return ReadNumbers(stream, rows, &statistics->t2) && ReadNumbers(stream, rows, &statistics->absoluteDistances) &&
-         ReadMatrix(stream, rows, yColumns, &statistics->fitted) &&
-         ReadMatrix(stream, rows, yColumns, &statistics->leftOut) && IsAtEnd(stream);
-}
-
-void WriteValidation(const StoredValidation& validation, std::ostream& stream) {
-  WriteBinaryString(validation.folds.c_str(), stream);
-  WriteInteger(validation.groups, stream);
-  WriteInteger(validation.repeats, stream);
-  WriteArray(&validation.seed, 1, sizeof(validation.seed), stream);
-  WriteBinaryString(validation.rule.c_str(), stream);
-  WriteInteger(validation.chosen, stream);
-  WriteInteger(static_cast<int>(validation.components.size()), stream);
-  for (const StoredValidationEntry& entry : validation.components) {
-    WriteInteger(entry.components, stream);
-    WriteNumbers({entry.press, entry.q2}, stream);
-    WriteInteger(static_cast<int>(entry.rmsecv.size()), stream);
-    WriteNumbers(entry.rmsecv, stream);
-    WriteNumbers(entry.q2PerY, stream);
-  }
-}
-
-bool ReadValidation(std::istream& stream, std::size_t yColumns, StoredValidation* validation) {
-  std::size_t count = 0;
-  if (!ReadText(&validation->folds, stream) || !ReadInteger(&validation->groups, stream) ||
-      !ReadInteger(&validation->repeats, stream) ||
-      !ReadArray(&validation->seed, 1, sizeof(validation->seed), stream) || !ReadText(&validation->rule, stream) ||
-      !ReadInteger(&validation->chosen, stream) || !ReadCount(stream, 0, &count)) {
-    return false;
-  }
-  for (std::size_t a = 0; a < count; ++a) {
-    validation->components.emplace_back();
-    StoredValidationEntry& entry = validation->components.back();
-    std::size_t columns = 0;
-    if (!ReadInteger(&entry.components, stream) || !ReadDouble(&entry.press, stream) ||
-        !ReadDouble(&entry.q2, stream) || !ReadCount(stream, 0, &columns) ||
-        (columns != 0 && columns != yColumns) || !ReadNumbers(stream, columns, &entry.rmsecv) ||
-        !ReadNumbers(stream, columns, &entry.q2PerY)) {
-      return false;
-    }
-  }
-  return IsAtEnd(stream);
+         ReadMatrixOrNone(stream, rows, yColumns, &statistics->fitted) &&
+         ReadMatrixOrNone(stream, rows, yColumns, &statistics->leftOut) && IsAtEnd(stream);
 }
 
 }  // namespace kalmia::analysis

@@ -94,7 +94,7 @@ OPLSResult Compute(const OPLSRecipe& recipe, const Table& table, NCProgress* pro
   result.fitted = PredictRows(model, result.data.x, progress);
   if (result.data.classes) {
     result.classes = FitClasses(*result.data.classes, result.fitted, recipe.priors);
-    model.classes = StoredClasses{result.data.classColumn, result.classes->rule};
+    model.classes = StoredClasses{result.data.classColumn, result.classes->rule, {}, {}};
   }
   JudgeModel(result.data, result.fitted, model.Components(), fit.crossValidatedResiduals, &model);
   DescribeRows(result.fitted, result.data.measuredY, /*leftOut=*/{}, &model);

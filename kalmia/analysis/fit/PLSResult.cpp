@@ -42,7 +42,7 @@ PLSResult Compute(const PLSRecipe& recipe, const Table& table, NCProgress* progr
   result.fitted = PredictRows(result.model, result.data.x, progress);
   if (result.data.classes) {
     result.classes = FitClasses(*result.data.classes, result.fitted, recipe.priors);
-    result.model.classes = StoredClasses{result.data.classColumn, result.classes->rule};
+    result.model.classes = StoredClasses{result.data.classColumn, result.classes->rule, {}, {}};
   }
   JudgeModel(result.data, result.fitted, result.model.Components(), fit.crossValidatedResiduals, &result.model);
   DescribeRows(result.fitted, result.data.measuredY, /*leftOut=*/{}, &result.model);

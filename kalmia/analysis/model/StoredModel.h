@@ -9,6 +9,7 @@
 
 #include "kalmia/analysis/model/ComponentRecord.h"
 #include "kalmia/analysis/model/DiscriminantRule.h"
+#include "kalmia/analysis/model/Judgement.h"
 #include "kalmia/analysis/model/RowTerms.h"
 #include "kalmia/analysis/model/StoredValidation.h"
 #include "kalmia/analysis/steps/Scaling.h"
@@ -56,6 +57,8 @@ struct YQuality {
 struct StoredClasses {
   std::string column;     ///< of the table, that told the classes of the rows
   DiscriminantRule rule;  ///< that assigns rows by their predicted dummies
+  std::optional<ClassFigures> fitted;   ///< how well the training rows are found
+  std::optional<ClassFigures> leftOut;  ///< the same while they were left out; nothing without full refits
 };
 
 /// What a model that predicts Y has beside that.

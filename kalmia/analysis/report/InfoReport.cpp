@@ -8,6 +8,7 @@
 #include "kalmia/analysis/report/internal/O2PLSComponents.h"
 #include "kalmia/analysis/report/internal/RowReport.h"
 #include "kalmia/analysis/report/internal/StepChainReport.h"
+#include "kalmia/analysis/report/internal/StoredValidationReport.h"
 #include "kalmia/analysis/steps/Scaling.h"
 #include "kalmia/analysis/text/DisplayText.h"
 #include "kalmia/analysis/text/Numbers.h"
@@ -116,7 +117,10 @@ void AddJudgementJson(const ModelInfo& model, Json* json) {
 }
 void AddJudgementJson(const StoredFilter& /*model*/, Json* /*json*/) {}
 
-std::string OwnLines(const YModelInfo& model) { return LabelledNames("Y", model.yNames); }
+std::string OwnLines(const YModelInfo& model) {
+  if (!model.classes) return LabelledNames("Y", model.yNames);
+  return LabelledNames("Classes", model.yNames) + Labelled("", "of column " + OneLine(model.classes->column));
+}
 std::string OwnLines(const StoredPCA& /*model*/) { return ""; }
 std::string OwnLines(const StoredO2PLS& model) {
   return Labelled("Y block of", OneLine(model.yTable)) +
@@ -231,7 +235,7 @@ std::string ModelText(const Model& model, const std::string& file, const ModelPa
          StepsText(model.chain) +
          Labelled("X columns", std::to_string(model.xNames.size()) + ", " + ScalingText(model.scaling)) +
          LabelledNames("", model.xNames) + ShiftsText(model) + JudgementLines(model) + LimitsLines(model) +
-         IntervalLines(model) + "\n" + OwnTables(model);
+         IntervalLines(model) + "\n" + OwnTables(model) + StoredValidationText(model);
 }
 
 template <class Model>
@@ -253,6 +257,7 @@ std::string ModelJson(const Model& model, const std::string& file, const ModelPa
   json["limits"] = LimitsOfModel(model);
   json["intervals"] = IntervalsJson(model);
   AddOwnJson(model, &json);
+  AddStoredValidationJson(model, &json);
   return JsonText(json);
 }
 

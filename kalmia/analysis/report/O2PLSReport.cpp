@@ -20,7 +20,6 @@ namespace kalmia::analysis {
 namespace {
 
 using Align = TextTable::Align;
-constexpr int kErrorDigits = 5;
 
 std::string Heading(const O2PLSResult& result) {
   const BlockPair& data = result.data;
@@ -31,67 +30,9 @@ std::string Heading(const O2PLSResult& result) {
          (filled == 0 ? "" : "; " + Counted(static_cast<std::size_t>(filled), "missing cell") + " estimated") + "\n\n";
 }
 
-RefittedModels ModelsOf(const O2PLSAnalysis& analysis) {
-  static const std::optional<ComponentChoice> noChoice;
-  const O2PLSValidation& validation = *analysis.validation;
-  const StoredO2PLS& model = analysis.fit.model;
-  RefittedModels models{analysis.recipe,
-                        validation.folds,
-                        model.groupColumn,
-                        noChoice,
-                        analysis.fit.AnyKept() ? std::size_t{1} : std::size_t{0},
-                        validation.y,
-                        &validation.y,
-                        validation.yNames,
-                        /*numbers=*/{},
-                        /*labels=*/{},
-                        /*r2x=*/{0.0},
-                        /*r2y=*/{0.0}};
-  const BlockShares x = SharesOfX(model.components), y = SharesOfY(model.components);
-  models.r2x.push_back(x.joint + x.unique);
-  models.r2y.push_back(y.joint + y.unique);
-  for (std::size_t a = 0; a <= validation.y.MostComponents(); ++a) {
-    const O2PLSNumbers& numbers = a == 0 ? O2PLSNumbers() : validation.numbers;
-    models.numbers.push_back(
-        {{"joint", numbers.joint}, {"xUnique", numbers.xUnique}, {"yUnique", numbers.yUnique}});
-    models.labels.push_back(std::to_string(numbers.joint) + " + " + std::to_string(numbers.xUnique) + " + " +
-                            std::to_string(numbers.yUnique));
-  }
-  return models;
-}
-
-/// Q2 of both directions, then the errors of each Y column.
-std::string RefittedText(const O2PLSAnalysis& analysis) {
-  const O2PLSValidation& validation = *analysis.validation;
-  const RefittedModels models = ModelsOf(analysis);
-  TextTable q2, errors;
-  for (const char* title : {"joint", "X-unique", "Y-unique", "Q2 of Y from X", "Q2 of X from Y"}) {
-    q2.AddColumn(title, Align::Right);
-  }
-  for (std::size_t a = 0; a < models.numbers.size(); ++a) {
-    std::vector<std::string> cells;
-    for (const auto& number : models.numbers[a].items()) cells.push_back(std::to_string(number.value().get<int>()));
-    cells.insert(cells.end(), {ShareText(validation.y.q2[a]), ShareText(validation.x.q2[a])});
-    q2.AddRow(cells);
-  }
-  errors.AddColumn("Y", Align::Left);
-  for (const char* title : {"RMSECV of the mean", "RMSECV", "Q2"}) errors.AddColumn(title, Align::Right);
-  const std::size_t last = validation.y.MostComponents(), shown = std::min(validation.yNames.size(), kLinesShown);
-  for (std::size_t j = 0; j < shown; ++j) {
-    errors.AddRow({validation.yNames[j], Significant(validation.y.rmsecv(0, j), kErrorDigits),
-                   last > 0 ? Significant(validation.y.rmsecv(last, j), kErrorDigits) : "-",
-                   last > 0 ? ShareText(validation.y.q2PerY(last, j)) : "-"});
-  }
-  const std::string more =
-      shown == validation.yNames.size()
-          ? ""
-          : "  and " + std::to_string(validation.yNames.size() - shown) + " more: JSON gives them all\n";
-  return q2.Text() + "\n" + errors.Text() + more + "\n";
-}
-
 std::string MethodText(const O2PLSAnalysis& analysis) {
   switch (analysis.recipe.method) {
-    case ValidationMethod::Refit: return FoldsText(ModelsOf(analysis));
+    case ValidationMethod::Refit: return FoldsText(RefittedModelsOf(analysis.fit.model));
     case ValidationMethod::Component: return GroupsText(analysis.fit.model);
     case ValidationMethod::None: break;
   }
@@ -116,25 +57,11 @@ std::string ComponentsText(const O2PLSAnalysis& analysis) {
   return WasSearched(analysis) ? "Numbers of components, found by component:\n" + components : components;
 }
 
-Json ByName(const std::vector<std::string>& names, const RealMatrix& numbers, std::size_t row) {
-  Json json = Json::object();
-  for (std::size_t k = 0; k < names.size(); ++k) json[names[k]] = JsonNumber(numbers(row, k));
-  return json;
-}
-
 Json ValidationJson(const O2PLSAnalysis& analysis) {
   const StoredO2PLS& model = analysis.fit.model;
-  const Json chosen = {{"joint", model.Joint()}, {"xUnique", model.XUnique()}, {"yUnique", model.YUnique()}};
-  Json json = analysis.validation ? RefitJson(ModelsOf(analysis), model.Components())
-                                  : OtherValidationJson(analysis.recipe.method, model, model.Components());
-  json["chosen"] = chosen;
-  if (!analysis.validation) return json;
-  const O2PLSValidation& validation = *analysis.validation;
-  for (std::size_t a = 0; a < validation.x.press.size(); ++a) {
-    json["components"][a]["xFromY"] = {{"press", JsonNumber(validation.x.press[a])},
-                                       {"q2", JsonNumber(validation.x.q2[a])},
-                                       {"rmsecv", ByName(validation.xNames, validation.x.rmsecv, a)}};
-  }
+  if (model.validation) return BothWaysJson(RefittedModelsOf(model), model);
+  Json json = OtherValidationJson(analysis.recipe.method, model, model.Components());
+  json["chosen"] = NumbersJson(model);
   return json;
 }
 
@@ -220,7 +147,7 @@ CsvFile SharesCsv(const O2PLSResult& result, const CsvMarks& marks) {
 
 std::string O2PLSText(const O2PLSAnalysis& analysis, const FitFiles& files) {
   const O2PLSResult& result = analysis.fit;
-  return Heading(result) + ComponentsText(analysis) + (analysis.validation ? RefittedText(analysis) : "") +
+  return Heading(result) + ComponentsText(analysis) + (result.model.validation ? BothWaysText(RefittedModelsOf(result.model)) + "\n" : "") +
          KeptText(analysis) + (result.AnyKept() ? ModelText(result) : "") + RowsText(result.model) + WrittenText(files);
 }
 

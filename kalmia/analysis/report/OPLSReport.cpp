@@ -102,24 +102,12 @@ std::string EndText(const OPLSResult& fit) {
   return mean + (fit.endedEarly.empty() ? "" : "; no further one: " + fit.endedEarly) + ".\n";
 }
 
-RefittedModels ModelsOf(const OPLSAnalysis& analysis) {
-  const OPLSValidation& validation = *analysis.validation;
-  RefittedModels models = RefittedModelsOf(validation, analysis.recipe, analysis.fit.model.groupColumn);
-  for (std::size_t a = 0; a < models.numbers.size(); ++a) {
-    const int predictive = a == 0 ? 0 : validation.Predictive(), orthogonal = OPLSValidation::OrthogonalOf(a);
-    models.numbers[a]["predictive"] = predictive;
-    models.numbers[a]["orthogonal"] = orthogonal;
-    if (a > 0) models.labels[a] = std::to_string(predictive) + " + " + std::to_string(orthogonal);
-  }
-  return models;
-}
-
 std::string RefittedText(const OPLSAnalysis& analysis) {
-  const RefittedModels models = ModelsOf(analysis);
+  const RefittedModels models = RefittedModelsOf(analysis.fit.model);
   return RefitText(models) + "\n" + KeptText(analysis.fit.model) + ", " + FoldsText(models) + EndText(analysis.fit) +
-         ChoiceText(models) + "\n" + QualityText(analysis.fit.model) +
-         CvAnovaText(analysis.validation->yNames, analysis.validation->cvAnova) +
-         ClassText(analysis.fit.classes, &*analysis.validation) + PermutationText(analysis.permutation);
+         ChoiceText(models, analysis.validation->choice) + "\n" + QualityText(analysis.fit.model) +
+         CvAnovaText(analysis.fit.model.yNames, models.validation.cvAnova) + ClassText(analysis.fit.model) +
+         PermutationText(models.validation.permutation);
 }
 
 std::string UnrefittedText(const OPLSAnalysis& analysis) {
@@ -127,22 +115,18 @@ std::string UnrefittedText(const OPLSAnalysis& analysis) {
   const bool isJudged = analysis.recipe.method == ValidationMethod::Component;
   return (fit.components.empty() ? "" : ComponentText(fit.components) + "\n") + KeptText(fit.model) + ", " +
          (isJudged ? GroupsText(fit.model) : "not validated") + EndText(fit) + "\n" + QualityText(fit.model) +
-         ClassText(fit.classes, /*validation=*/nullptr);
+         ClassText(fit.model);
 }
 
 Json ValidationJson(const OPLSAnalysis& analysis) {
   const int chosen = analysis.fit.model.Components();
-  if (analysis.validation) return RefitJson(ModelsOf(analysis), chosen);
+  if (analysis.validation) return RefitJson(RefittedModelsOf(analysis.fit.model), chosen);
   return OtherValidationJson(analysis.recipe.method, analysis.fit.model, chosen);
 }
 
 /// Of the model with all orthogonal components; no rows without components.
 NCDataMatrix<float> LastBlock(const std::vector<NCDataMatrix<float>>& blocks) {
   return blocks.empty() ? NCDataMatrix<float>() : blocks.back();
-}
-
-Coefficients CoefficientsOf(const StoredOPLS& model) {
-  return model.Components() > 0 ? CoefficientsInOriginalUnits(model) : CoefficientsOfMeans(model);
 }
 
 }  // namespace
@@ -210,9 +194,9 @@ std::string OPLSJson(const Table& table, const OPLSAnalysis& analysis, const Not
   json["validation"] = ValidationJson(analysis);
   json["quality"] = QualityJson(model);
   json["crossValidated"] = CrossValidatedJson(validation);
-  json["cvAnova"] = CvAnovaJson(validation);
-  json["permutation"] = PermutationJson(analysis.permutation);
-  json["classes"] = ClassJson(fit.classes, validation);
+  json["cvAnova"] = CvAnovaJson(fit.model);
+  json["permutation"] = PermutationJson(fit.model, analysis.permutation);
+  json["classes"] = ClassJson(fit.model);
   json["savedCv"] = TextOrNull(files.savedCv);
   AddRowsJson(fit.model, fit.model.Components(), &json);
   json["digest"] = DigestJson(fit.model);
@@ -230,7 +214,7 @@ std::vector<CsvFile> OPLSCsvFiles(const OPLSAnalysis& analysis, const CsvMarks& 
   const RealMatrix& leftOut = analysis.validation ? analysis.validation->predicted : none;
   const auto& jackKnife = analysis.validation ? analysis.validation->coefficients : noJackKnife;
   std::vector<CsvFile> csvFiles = {
-      analysis.validation ? ModelsCsv(ModelsOf(analysis), marks) : ComponentRecordsCsv(fit, marks),
+      analysis.validation ? ModelsCsv(RefittedModelsOf(analysis.fit.model), marks) : ComponentRecordsCsv(fit, marks),
       NamedComponentsCsv("scores.csv", "row", model.rowNames, {{"t", opls.t}, {"to", opls.to}}, marks),
       NamedComponentsCsv("y-scores.csv", "row", model.rowNames, {{"u", fit.u}}, marks),
       NamedComponentsCsv("loadings.csv", "column", model.xNames, {{"p", LastBlock(opls.p)}, {"po", opls.po}}, marks),

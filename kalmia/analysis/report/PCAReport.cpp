@@ -51,32 +51,10 @@ std::string NothingText(const PCAResult& fit) {
          ", does not exceed its limit, " + Significant(first.q2Limit, 4) + ".\nNothing is saved.\n";
 }
 
-RefittedModels ModelsOf(const PCAAnalysis& analysis) {
-  const PCAValidation& validation = *analysis.validation;
-  RefittedModels models{analysis.recipe,
-                        validation.folds,
-                        analysis.fit.model.groupColumn,
-                        validation.choice,
-                        static_cast<std::size_t>(validation.components),
-                        validation.errors,
-                        /*ofY=*/nullptr,
-                        /*yNames=*/{},
-                        /*numbers=*/{},
-                        /*labels=*/{},
-                        /*r2x=*/{0.0},
-                        /*r2y=*/{}};
-  for (const PCAComponentRecord& record : analysis.fit.components) models.r2x.push_back(record.r2xCum);
-  for (std::size_t a = 0; a <= validation.errors.MostComponents(); ++a) {
-    models.numbers.push_back({{"components", a}});
-    models.labels.push_back(std::to_string(a));
-  }
-  return models;
-}
-
 std::string RefittedText(const PCAAnalysis& analysis) {
-  const RefittedModels models = ModelsOf(analysis);
+  const RefittedModels models = RefittedModelsOf(analysis.fit.model);
   return RefitText(models) + "\n" + KeptText(analysis.fit) + ", " + FoldsText(models) + " and as many of columns" +
-         EndText(analysis.fit) + ChoiceText(models);
+         EndText(analysis.fit) + ChoiceText(models, analysis.validation->choice);
 }
 
 std::string UnrefittedText(const PCAAnalysis& analysis) {
@@ -90,7 +68,7 @@ std::string UnrefittedText(const PCAAnalysis& analysis) {
 
 Json ValidationJson(const PCAAnalysis& analysis) {
   const int chosen = analysis.fit.model.Components();
-  if (analysis.validation) return RefitJson(ModelsOf(analysis), chosen);
+  if (analysis.validation) return RefitJson(RefittedModelsOf(analysis.fit.model), chosen);
   return OtherValidationJson(analysis.recipe.method, analysis.fit.model, chosen);
 }
 
@@ -207,7 +185,7 @@ std::vector<CsvFile> PCACsvFiles(const PCAAnalysis& analysis, const CsvMarks& ma
   const PCAResult& fit = analysis.fit;
   const StoredPCA& model = fit.model;
   const NCDataMatrix<float>& scores = *model.pca->GetTprim();
-  return {analysis.validation ? ModelsCsv(ModelsOf(analysis), marks) : ComponentRecordsCsv(fit, marks),
+  return {analysis.validation ? ModelsCsv(RefittedModelsOf(analysis.fit.model), marks) : ComponentRecordsCsv(fit, marks),
           NamedComponentsCsv("scores.csv", "row", model.rowNames, {{"t", scores}}, marks),
           NamedComponentsCsv("loadings.csv", "column", model.xNames, {{"p", *model.pca->GetPprim()}}, marks),
           ColumnsCsv(fit, marks),

@@ -80,17 +80,13 @@ std::string NothingText(const PLSResult& fit) {
          ", does not exceed its limit, " + Significant(first.q2Limit, 4) + ".\nNothing is saved.\n";
 }
 
-RefittedModels ModelsOf(const PLSAnalysis& analysis) {
-  return RefittedModelsOf(*analysis.validation, analysis.recipe, analysis.fit.model.groupColumn);
-}
-
 std::string RefittedText(const PLSAnalysis& analysis) {
-  const RefittedModels models = ModelsOf(analysis);
+  const RefittedModels models = RefittedModelsOf(analysis.fit.model);
   return RefitText(models) + "\n" + KeptText(analysis.fit.model) + ", " + FoldsText(models) + EndText(analysis.fit) +
-         ChoiceText(models) + "\n" + QualityText(analysis.fit.model) +
+         ChoiceText(models, analysis.validation->choice) + "\n" + QualityText(analysis.fit.model) +
          NestedText(*analysis.validation) +
-         CvAnovaText(analysis.validation->yNames, analysis.validation->cvAnova) +
-         ClassText(analysis.fit.classes, &*analysis.validation) + PermutationText(analysis.permutation);
+         CvAnovaText(analysis.fit.model.yNames, models.validation.cvAnova) + ClassText(analysis.fit.model) +
+         PermutationText(models.validation.permutation);
 }
 
 std::string UnrefittedText(const PLSAnalysis& analysis) {
@@ -100,18 +96,13 @@ std::string UnrefittedText(const PLSAnalysis& analysis) {
   if (!fit.IsUsable()) return text + NothingText(fit);
   const bool isJudged = analysis.recipe.method == ValidationMethod::Component;
   return text + KeptText(fit.model) + ", " + (isJudged ? GroupsText(fit.model) : "not validated") + EndText(fit) +
-         "\n" + QualityText(fit.model) + ClassText(fit.classes, /*validation=*/nullptr);
+         "\n" + QualityText(fit.model) + ClassText(fit.model);
 }
 
 Json ValidationJson(const PLSAnalysis& analysis) {
   const int chosen = analysis.fit.model.Components();
-  if (analysis.validation) return RefitJson(ModelsOf(analysis), chosen);
+  if (analysis.validation) return RefitJson(RefittedModelsOf(analysis.fit.model), chosen);
   return OtherValidationJson(analysis.recipe.method, analysis.fit.model, chosen);
-}
-
-Coefficients CoefficientsOf(const StoredPLS& model) {
-  if (model.Components() == 0) return CoefficientsOfMeans(model);
-  return CoefficientsInOriginalUnits(*model.pls, model.xScaling, model.yScaling);
 }
 
 CsvFile VipCsv(const PLSAnalysis& analysis, const CsvMarks& marks) {
@@ -246,10 +237,10 @@ std::string PLSJson(const Table& table, const PLSAnalysis& analysis, const Notes
   json["validation"] = ValidationJson(analysis);
   json["quality"] = QualityJson(fit.model);
   json["crossValidated"] = CrossValidatedJson(validation);
-  json["cvAnova"] = CvAnovaJson(validation);
+  json["cvAnova"] = CvAnovaJson(fit.model);
   json["nested"] = NestedJson(validation);
-  json["permutation"] = PermutationJson(analysis.permutation);
-  json["classes"] = ClassJson(fit.classes, validation);
+  json["permutation"] = PermutationJson(fit.model, analysis.permutation);
+  json["classes"] = ClassJson(fit.model);
   AddRowsJson(fit.model, fit.model.Components(), &json);
   json["digest"] = DigestJson(fit.model);
   AddFilesJson(files, notes, &json);

@@ -2,6 +2,7 @@
 
 #include <utility>
 
+#include "kalmia/analysis/model/ModelDiagnostics.h"
 #include "kalmia/analysis/model/TrainingRows.h"
 #include "kalmia/analysis/validation/StoredJudgement.h"
 #include "kalmia/analysis/validation/YPermutations.h"
@@ -22,6 +23,7 @@ void AnalyseByRefit(PLSRecipe recipe, const Table& table, PLSAnalysis* analysis,
   TakeErrors(validation, &analysis->fit.model);
   DescribeRows(analysis->fit.fitted, analysis->fit.data.measuredY, LeftOutFiguresOf(validation), &analysis->fit.model);
   analysis->fit.model.validation = JudgementOf(validation, analysis->recipe);
+  if (validation.importance) analysis->fit.model.validation->jackKnife->vip = VariableImportance(*analysis->fit.model.pls);
   Permute(recipe, table, analysis, progress);
 }
 
@@ -40,6 +42,7 @@ PLSAnalysis Analyse(const PLSRecipe& recipe, const Table& table, const Validatio
     analysis.fit = Fit(judged, table, progress);
   }
   if (validation.method == ValidationMethod::None) analysis.fit.model.groups = 0;
+  JudgeClassesOf(&analysis);
   NoteLimits(analysis.fit.model, analysis.fit.model.Components(), &analysis.fit.notes);
   return analysis;
 }

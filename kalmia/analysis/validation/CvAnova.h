@@ -4,17 +4,10 @@
 #include <optional>
 #include <vector>
 
+#include "kalmia/analysis/model/Judgement.h"
 #include "kalmia/support/Export.h"
 
 namespace kalmia::analysis {
-
-/// Analysis of variance of the errors of left-out rows: whether a model predicts a Y column better than its mean does.
-struct CvAnova {
-  double f = 0.0;    ///< infinite where PRESS is 0
-  int df1 = 0;       ///< 2 A
-  int df2 = 0;       ///< N - 1 - 2 A
-  double p = 1.0;    ///< P(F > f)
-};
 
 /// With SS the sum of squares of Y about its mean and PRESS that of the errors, both in the units of Y and over the N
 /// rows that have a measured value and an error,

@@ -23,16 +23,23 @@ void JackKnife::AddRound(const std::vector<double>& numbers) {
 }
 
 JackKnifeResult JackKnife::Result(double share, double least, NCProgress* progress) const {
+  const double repeats = static_cast<double>(rounds_) / groups_;
+  const double weight = static_cast<double>(groups_ - 1) / groups_ / repeats;
+  std::vector<double> standardErrors;
+  for (const double squares : squares_) standardErrors.push_back(std::sqrt(weight * squares));
+  return IntervalsOf(numbers_, standardErrors, groups_ - 1, share, least, progress);
+}
+
+JackKnifeResult IntervalsOf(const std::vector<double>& numbers, const std::vector<double>& standardErrors, int degrees,
+                            double share, double least, NCProgress* progress) {
   WorkProgress work(progress);
   JackKnifeResult result;
-  result.degrees = groups_ - 1;
-  const double t = QuantileOfAbsoluteStudent(share, result.degrees);
-  const double repeats = static_cast<double>(rounds_) / groups_;
-  const double weight = static_cast<double>(result.degrees) / groups_ / repeats;
-  for (std::size_t k = 0; k < numbers_.size(); ++k) {
+  result.degrees = degrees;
+  result.standardErrors = standardErrors;
+  const double t = QuantileOfAbsoluteStudent(share, degrees);
+  for (std::size_t k = 0; k < numbers.size(); ++k) {
     if (k % 1024 == 0) work.Ask();
-    const double b = numbers_[k], s = std::sqrt(weight * squares_[k]);
-    result.standardErrors.push_back(s);
+    const double b = numbers[k], s = standardErrors[k];
     result.lower.push_back(std::max(least, b - t * s));
     result.upper.push_back(b + t * s);
     result.p.push_back(s > 0.0 ? ShareBeyondStudent(b / s, result.degrees) : kNotANumber);

@@ -47,4 +47,11 @@ class KALMIA_EXPORT JackKnife {
   int rounds_ = 0;
 };
 
+/// The intervals and p of numbers with these standard errors, of `degrees` (G - 1) degrees of freedom, as
+/// JackKnife::Result has them.
+KALMIA_EXPORT JackKnifeResult IntervalsOf(const std::vector<double>& numbers, const std::vector<double>& standardErrors,
+                                          int degrees, double share = 0.95,
+                                          double least = -std::numeric_limits<double>::infinity(),
+                                          NCProgress* progress = nullptr);
+
 }  // namespace kalmia::analysis

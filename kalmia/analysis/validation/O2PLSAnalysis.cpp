@@ -34,6 +34,7 @@ O2PLSAnalysis Analyse(const O2PLSRecipe& recipe, const Table& xTable, const Tabl
   analysis.validation = RefitO2PLS(judged, numbers, xTable, yTable, validation, progress);
   analysis.fit.notes.Add(analysis.validation->notes);
   model.groups = analysis.validation->folds.groups;
+  model.validation = JudgementOf(*analysis.validation, validation, analysis.fit.components);
   if (analysis.fit.AnyKept()) DescribeBlocks(*analysis.validation, &analysis.fit);
   return analysis;
 }

@@ -52,6 +52,7 @@ OPLSAnalysis Analyse(const OPLSRecipe& recipe, const Table& table, const Validat
     analysis.fit = Fit(judged, table, progress, resumed);
   }
   if (validation.method == ValidationMethod::None) analysis.fit.model.groups = 0;
+  JudgeClassesOf(&analysis);
   NoteLimits(analysis.fit.model, analysis.fit.model.Components(), &analysis.fit.notes);
   return analysis;
 }

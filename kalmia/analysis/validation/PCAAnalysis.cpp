@@ -19,7 +19,7 @@ void AnalyseByRefit(PCARecipe recipe, const Table& table, PCAAnalysis* analysis,
   analysis->fit.notes.Add(validation.notes);
   analysis->fit.model.groups = validation.folds.groups;
   DescribeRows(analysis->fit.rows, LeftOutFiguresOf(validation), &analysis->fit.model);
-  analysis->fit.model.validation = JudgementOf(validation, analysis->recipe);
+  analysis->fit.model.validation = JudgementOf(validation, analysis->recipe, analysis->fit.components);
   if (validation.IsJudged()) analysis->fit.columnQ2 = validation.columnQ2;
 }
 

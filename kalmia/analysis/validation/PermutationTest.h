@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <vector>
 
+#include "kalmia/analysis/model/Judgement.h"
 #include "kalmia/analysis/model/RealMatrix.h"
 #include "kalmia/analysis/text/Notes.h"
 #include "kalmia/analysis/validation/RandomDraws.h"
@@ -34,18 +35,6 @@ struct PermutationRun {
   double q2 = kNotANumber;
   /// Of classes: the share of left-out rows that is found, of all that have a class; otherwise not a number.
   double accuracy = kNotANumber;
-};
-
-struct PermutationJudgement {
-  // Each is (1 + runs as good, within 1e-9, or better) / (n + 1), and so never 0; not a number where the original has
-  // no such figure.
-  double pR2 = kNotANumber;
-  double pQ2 = kNotANumber;
-  double pAccuracy = kNotANumber;
-  // Where the least-squares lines of R2 and Q2 on |correlation|, through the runs alone, meet 0. Not a number where all
-  // runs have one correlation.
-  double interceptR2 = kNotANumber;
-  double interceptQ2 = kNotANumber;
 };
 
 struct PermutationRecipe {

@@ -32,7 +32,10 @@
 #include "kalmia/analysis/model/TrainingRows.h"
 #include "kalmia/analysis/steps/Scaling.h"
 #include "kalmia/analysis/text/Failure.h"
-#include "kalmia/analysis/validation/PLSValidation.h"
+#include "kalmia/analysis/validation/Analysis.h"
+#include "kalmia/analysis/validation/O2PLSAnalysis.h"
+#include "kalmia/analysis/validation/OPLSAnalysis.h"
+#include "kalmia/analysis/validation/PCAAnalysis.h"
 #include "kalmia/support/NCError.h"
 
 namespace kalmia::analysis {
@@ -53,11 +56,12 @@ std::string SmallModelFile() {
   return ModelFileBytes(Fit(recipe, Unrelated(8, 3, 2, 1)).model);
 }
 
-/// The bytes of two principal components of 8 rows and 3 columns.
+/// The bytes of a principal component of 8 rows and 3 columns.
 std::string SmallPCAFile() {
   PCARecipe recipe;
-  recipe.components = 2;
-  return ModelFileBytes(Fit(recipe, Unrelated(8, 2, 1, 1)).model);
+  recipe.components = 1;
+  recipe.groups = 3;
+  return ModelFileBytes(Analyse(recipe, Unrelated(8, 2, 1, 1)).fit.model);
 }
 
 /// The bytes of an OPLS model of one predictive and one orthogonal component of 8 rows, 3 X columns and 2 Y columns.
@@ -66,7 +70,8 @@ std::string SmallOPLSFile() {
   recipe.y = {"y1,y2"};
   recipe.predictive = 1;
   recipe.components = 1;
-  return ModelFileBytes(Fit(recipe, Unrelated(8, 3, 2, 1)).model);
+  recipe.groups = 3;
+  return ModelFileBytes(Analyse(recipe, Unrelated(8, 3, 2, 1)).fit.model);
 }
 
 /// The bytes of an O2PLS model of 9 rows, 3 X columns and 2 Y columns with one joint component and one unique to X.
@@ -77,7 +82,7 @@ std::string SmallO2PLSFile() {
   recipe.numbers = O2PLSNumbers{1, 1, 0};
   recipe.groups = 3;
   const Table table = Unrelated(9, 3, 2, 4);
-  return ModelFileBytes(Fit(recipe, table, table).model);
+  return ModelFileBytes(Analyse(recipe, table, table).fit.model);
 }
 
 /// The bytes of a filter of one component of 8 rows, 3 X columns and 2 Y columns.
@@ -108,25 +113,21 @@ std::string SmallShiftedFile() {
   return ModelFileBytes(Fit(recipe, table).model);
 }
 
-/// The bytes of a PLS model of one component that full refits judged, with all its parts.
-std::string SmallJudgedFile() {
+/// A PLS model of one component that full refits and permutations judged.
+PLSAnalysis SmallAnalysis() {
   PLSRecipe recipe;
   recipe.y = {"y1,y2"};
   recipe.components = 1;
-  const Table table = Unrelated(8, 3, 2, 1);
-  PLSResult result = Fit(recipe, table);
-  const PLSValidation validation = Validate(recipe, table);
-  DescribeRows(result.fitted, result.data.measuredY,
-               {validation.errors.squaredErrors[1], validation.predicted, validation.distances}, &result.model);
-  StoredValidation& stored = result.model.validation.emplace();
-  stored.folds = "interleaved";
-  stored.groups = 7;
-  stored.rule = "one-se";
-  stored.chosen = 1;
-  for (int a = 0; a <= 1; ++a) stored.components.push_back({a, 16.0 - a, 0.1 * a, {1.0, 2.0}, {0.3, 0.4}});
+  ValidationRecipe validation;
+  validation.permutations = 5;
+  return Analyse(recipe, Unrelated(12, 3, 2, 1), validation);
+}
+
+/// Its bytes, with all its parts.
+std::string SmallJudgedFile() {
   ModelParts parts;
   parts.table = true;
-  return ModelFileBytes(result.model, parts);
+  return ModelFileBytes(SmallAnalysis().fit.model, parts);
 }
 
 /// The bytes of a model of three classes, one of which has more rows than each of the others.
@@ -136,7 +137,7 @@ std::string SmallClassFile() {
   recipe.components = 2;
   recipe.priors = ClassPriors::Shares;
   const Table table("kind,x1,x2,x3\na,1,3,2\nb,5,1,1\na,2,2,4\nc,1,7,5\nb,6,3,2\nc,2,9,4\nb,4,2,1\n", "t.csv");
-  return ModelFileBytes(Fit(recipe, table).model);
+  return ModelFileBytes(Analyse(recipe, table).fit.model);
 }
 
 /// A model of the mean of Y: of 8 rows, 3 X columns and 2 Y columns, without components.
@@ -319,6 +320,60 @@ TEST(ModelFile, IsRefusedWithARuleThatCannotAssign) {
   EXPECT_EQ(refusal([](StoredPLS*, DiscriminantRule* rule) { rule->directions = RealMatrix(3, 3); }), damaged);
   EXPECT_EQ(refusal([](StoredPLS* model, DiscriminantRule*) { model->yNames[2] = "a"; }), damaged);
   EXPECT_EQ(refusal([](StoredPLS*, DiscriminantRule* rule) { rule->logPriors.push_back(-1.0); }), damaged);
+}
+
+TEST(ModelFile, CarriesWhatJudgedTheModel) {
+  const PLSAnalysis analysis = SmallAnalysis();
+  const StoredModel read = ReadModelFile(ModelFileBytes(analysis.fit.model), "m");
+  ASSERT_TRUE(std::get<StoredPLS>(read).validation);
+  const StoredValidation& stored = *std::get<StoredPLS>(read).validation;
+  const PLSValidation& validation = *analysis.validation;
+  EXPECT_EQ(stored.folds, "interleaved");
+  EXPECT_EQ(stored.groups, 7);
+  EXPECT_EQ(stored.Model(), 1U);
+  ASSERT_EQ(stored.components.size(), validation.errors.press.size());
+  for (std::size_t a = 0; a < stored.components.size(); ++a) {
+    const StoredValidationEntry& entry = stored.components[a];
+    EXPECT_EQ(entry.press, validation.errors.press[a]);
+    EXPECT_EQ(entry.q2, validation.errors.q2[a]);
+    EXPECT_EQ(entry.r2x, validation.r2x[a]);
+    EXPECT_EQ(entry.r2y, validation.r2y[a]);
+    for (std::size_t j = 0; j < 2; ++j) EXPECT_EQ(entry.rmsecv[j], validation.errors.rmsecv(a, j));
+  }
+  ASSERT_EQ(stored.cvAnova.size(), 2U);
+  for (std::size_t j = 0; j < 2; ++j) {
+    EXPECT_EQ(stored.cvAnova[j]->f, validation.cvAnova[j]->f);
+    EXPECT_EQ(stored.cvAnova[j]->df2, validation.cvAnova[j]->df2);
+    for (std::size_t k = 0; k <= 3; ++k) {
+      EXPECT_EQ(stored.jackKnife->coefficients(j, k), validation.coefficients[j].standardErrors[k]);
+    }
+  }
+  EXPECT_EQ(stored.jackKnife->ofVip, validation.importance->standardErrors);
+  EXPECT_EQ(stored.jackKnife->vip.size(), 3U);
+  EXPECT_EQ(stored.permutation->runs, 5);
+  EXPECT_EQ(stored.permutation->judgement.pQ2, analysis.permutation->judgement.pQ2);
+  EXPECT_EQ(stored.permutation->judgement.interceptR2, analysis.permutation->judgement.interceptR2);
+}
+
+TEST(ModelFile, IsRefusedWithAJudgementThatCannotBe) {
+  const auto refusal = [](const auto& change) {
+    StoredModel read = ReadModelFile(SmallClassFile(), "m");
+    auto& model = std::get<StoredPLS>(read);
+    change(&model, &*model.validation);
+    return Refusal(ModelFileBytes(model));
+  };
+  using Stored = StoredValidation;
+  const std::string damaged = "m is damaged: its parts do not fit together";
+  EXPECT_EQ(refusal([](StoredPLS*, Stored*) {}), "");
+  EXPECT_EQ(refusal([](StoredPLS*, Stored* of) { of->groups = 1; }), damaged);
+  EXPECT_EQ(refusal([](StoredPLS*, Stored* of) { of->components.clear(); }), damaged);
+  EXPECT_EQ(refusal([](StoredPLS*, Stored* of) { of->components[1].rmsecv.pop_back(); }), damaged);
+  EXPECT_EQ(refusal([](StoredPLS*, Stored* of) { of->components[1].components = -1; }), damaged);
+  EXPECT_EQ(refusal([](StoredPLS*, Stored* of) { of->cvAnova.resize(2); }), damaged);
+  EXPECT_EQ(refusal([](StoredPLS*, Stored* of) { of->permutation = StoredPermutation{9, {1.1, 0.1}}; }), damaged);
+  EXPECT_EQ(refusal([](StoredPLS*, Stored* of) { of->jackKnife->coefficients(0, 0) = -1.0; }), damaged);
+  EXPECT_EQ(refusal([](StoredPLS* model, Stored*) { model->classes->fitted->confusion[0][0] = -1; }), damaged);
+  EXPECT_EQ(refusal([](StoredPLS* model, Stored*) { model->classes->leftOut->auc[2] = 1.5; }), damaged);
 }
 
 TEST(ModelFile, OfTheMeanPredictsItForEveryRow) {

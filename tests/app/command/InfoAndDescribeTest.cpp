@@ -53,6 +53,72 @@ TEST(Info, ShowsVersionScalingNamesAndQ2OfAStoredModel) {
   for (std::size_t a = 0; a < info["components"].size(); ++a) EXPECT_EQ(info["components"][a], fit["components"][a]);
 }
 
+/// A column of a CSV file that the command wrote, without the first line below the titles.
+std::vector<std::string> FieldsOf(const std::string& file, std::size_t column) {
+  std::istringstream lines(ReadWholeFile(file));
+  std::vector<std::string> fields;
+  for (std::string line; std::getline(lines, line);) {
+    std::size_t from = 0;
+    for (std::size_t c = 0; c < column; ++c) from = line.find(',', from) + 1;
+    fields.push_back(line.substr(from, line.find(',', from) - from));
+  }
+  return {fields.begin() + 2, fields.end()};
+}
+
+TEST(Info, ShowsWhatJudgedAModelAsItsFitDid) {
+  const ScratchFolder folder;
+  const std::string table = folder.Write("t.csv", LinearTable(30, 4, 1)), model = folder.Path("m");
+  const std::string csv = folder.Path("csv");
+  for (const char* family : {"pls", "opls", "pca"}) {
+    std::vector<std::string> words = {family, table, "--id", "name", "--json", "--save", model, "--csv", csv};
+    const bool isPCA = words[0] == "pca";
+    if (!isPCA) words.insert(words.end(), {"--y", "y", "--permutations", "9"});
+    const json fit = RunKalmia(words).Json(), info = RunKalmia({"info", model, "--json"}).Json();
+    EXPECT_EQ(info["validation"], fit["validation"]) << family;
+    const std::string text = RunKalmia({"info", model}).output;
+    EXPECT_THAT(text, HasSubstr("By number of components, cross-validated by refits in 7 groups (interleaved)"));
+    EXPECT_THAT(text, HasSubstr("chosen"));
+    if (isPCA) continue;
+    EXPECT_EQ(info["cvAnova"], fit["cvAnova"]) << family;
+    EXPECT_THAT(text, HasSubstr("CV-ANOVA"));
+    EXPECT_THAT(text, HasSubstr("Permutation test, against 9 models"));
+    json permutation = fit["permutation"];
+    permutation.erase("runs");
+    EXPECT_EQ(info["permutation"], permutation);
+    EXPECT_EQ(info["classes"], nullptr);
+    const json& ofY = info["jackKnife"]["coefficients"]["y"];
+    const std::string coefficients = csv + "/coefficients.csv";  // column, y, standard error, lower, upper, p
+    const char* const fields[] = {"standardErrors", "lower", "upper", "p"};
+    for (std::size_t f = 0; f < 4; ++f) {
+      const std::vector<std::string> written = FieldsOf(coefficients, f + 2);
+      ASSERT_EQ(written.size(), 4U);
+      for (std::size_t k = 0; k < 4; ++k) {
+        // The refits compute coefficients in double, the stored model has its matrices in single precision: t and the
+        // limits differ by some 1e-7, p of t beyond 50 by as many times more.
+        const double expected = std::stod(written[k]);
+        EXPECT_NEAR(ofY[fields[f]][k], expected, f < 3 ? 1e-6 : 1e-4 * expected) << fields[f] << k;
+      }
+    }
+    EXPECT_EQ(info["jackKnife"]["vip"].is_null(), std::string(family) == "opls");
+  }
+}
+
+TEST(Info, ShowsBothWaysOfATwoBlockModelAndTheClassesOfOthers) {
+  const ScratchFolder folder;
+  const TwoBlocks blocks = SharedBlocks(40, 1);
+  const std::string x = folder.Write("x.csv", blocks.x), y = folder.Write("y.csv", blocks.y), model = folder.Path("m");
+  const json fit = RunKalmia({"o2pls", x, y, "--id", "name", "--json", "--save", model}).Json();
+  EXPECT_EQ(RunKalmia({"info", model, "--json"}).Json()["validation"], fit["validation"]);
+  EXPECT_THAT(RunKalmia({"info", model}).output, HasSubstr("Q2 of X from Y"));
+  for (const char* method : {"refit", "component", "none"}) {
+    const json wine = RunKalmia({"pls", ExampleTable("wine.csv"), "--classes", "cultivar", "--id", "sample",
+                                 "--components", "2", "--validation", method, "--json", "--save", model})
+                          .Json();
+    EXPECT_EQ(RunKalmia({"info", model, "--json"}).Json()["classes"], wine["classes"]);
+    EXPECT_THAT(RunKalmia({"info", model}).output, HasSubstr("as 3"));
+  }
+}
+
 TEST(Info, HasCentresAndFactorsOfTheScaling) {
   const ScratchFolder folder;
   const std::string model = folder.Path("m");

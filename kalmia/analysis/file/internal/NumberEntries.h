@@ -15,14 +15,13 @@ namespace kalmia::analysis {
 void WriteNumbers(std::vector<double> numbers, std::ostream& stream);
 bool ReadNumbers(std::istream& stream, std::size_t count, std::vector<double>* numbers);
 
-/// Numbers that are finite.
-bool ReadFinite(std::istream& stream, std::size_t count, std::vector<double>* numbers);
-
 /// A count, from `least` on.
 bool ReadCount(std::istream& stream, int least, std::size_t* count);
 
-/// The cells of a matrix whose shape the reader knows, row after row; finite ones.
-bool ReadFinite(std::istream& stream, std::size_t rows, std::size_t columns, RealMatrix* matrix);
+/// The cells of a matrix whose shape the reader knows, row after row.
+bool ReadMatrix(std::istream& stream, std::size_t rows, std::size_t columns, RealMatrix* matrix);
+
+bool AreFinite(const std::vector<double>& numbers);
 
 bool IsAtEnd(std::istream& stream);
 

@@ -5,7 +5,6 @@
 
 #include "kalmia/analysis/model/RealMatrix.h"
 #include "kalmia/analysis/model/RowTerms.h"
-#include "kalmia/analysis/model/StoredValidation.h"
 
 namespace kalmia::analysis {
 
@@ -17,8 +16,5 @@ bool ReadRowTerms(std::istream& stream, std::size_t scores, std::size_t yColumns
 
 void WriteRowStatistics(const RowStatistics& statistics, std::ostream& stream);
 bool ReadRowStatistics(std::istream& stream, std::size_t rows, std::size_t yColumns, RowStatistics* statistics);
-
-void WriteValidation(const StoredValidation& validation, std::ostream& stream);
-bool ReadValidation(std::istream& stream, std::size_t yColumns, StoredValidation* validation);
 
 }  // namespace kalmia::analysis

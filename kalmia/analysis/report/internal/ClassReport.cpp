@@ -5,7 +5,6 @@
 #include "kalmia/analysis/text/DisplayText.h"
 #include "kalmia/analysis/text/Numbers.h"
 #include "kalmia/analysis/text/internal/TextTable.h"
-#include "kalmia/analysis/validation/ClassFigures.h"
 
 namespace kalmia::analysis {
 
@@ -33,14 +32,13 @@ std::string ConfusionText(const std::vector<std::string>& names, const std::vect
   return table.Text();
 }
 
-std::string RatesText(const ClassValidation& classes) {
-  const ClassFigures& figures = classes.figures;
+std::string RatesText(const std::vector<std::string>& names, const ClassFigures& figures) {
   TextTable table;
   table.AddColumn("class", Align::Left);
   for (const char* title : {"sensitivity", "specificity", "AUC"}) table.AddColumn(title, Align::Right);
-  for (std::size_t g = 0; g < classes.classes.names.size(); ++g) {
-    table.AddRow({classes.classes.names[g], Fixed(figures.sensitivity[g], kRateDecimals),
-                  Fixed(figures.specificity[g], kRateDecimals), Fixed(figures.auc[g], kRateDecimals)});
+  for (std::size_t g = 0; g < names.size(); ++g) {
+    table.AddRow({names[g], Fixed(figures.sensitivity[g], kRateDecimals), Fixed(figures.specificity[g], kRateDecimals),
+                  Fixed(figures.auc[g], kRateDecimals)});
   }
   return "Left out: accuracy " + Fixed(figures.accuracy, kRateDecimals) + ", balanced accuracy " +
          Fixed(figures.balancedAccuracy, kRateDecimals) + "\n" + table.Text();
@@ -54,29 +52,28 @@ Json ByClass(const std::vector<std::string>& names, const std::vector<double>& r
 
 }  // namespace
 
-std::string ClassText(const std::optional<ClassFit>& fit, const RefitValidation* validation) {
-  if (!fit) return "";
-  const std::vector<std::string>& names = fit->classes.names;
-  std::string text =
-      "\n" + ConfusionText(names, JudgeClasses(fit->classes.classOfRow, fit->values).confusion, "fitted rows");
-  if (validation == nullptr || !validation->classes) return text;
-  return text + "\n" + ConfusionText(names, validation->classes->figures.confusion, "left-out rows") + "\n" +
-         RatesText(*validation->classes);
+std::string ClassText(const YModelInfo& model) {
+  if (!model.classes || !model.classes->fitted) return "";
+  const std::vector<std::string>& names = model.yNames;
+  std::string text = "\n" + ConfusionText(names, model.classes->fitted->confusion, "fitted rows");
+  if (!model.classes->leftOut) return text;
+  const ClassFigures& figures = *model.classes->leftOut;
+  return text + "\n" + ConfusionText(names, figures.confusion, "left-out rows") + "\n" + RatesText(names, figures);
 }
 
-Json ClassJson(const std::optional<ClassFit>& fit, const RefitValidation* validation) {
-  if (!fit) return nullptr;
-  const std::vector<std::string>& names = fit->classes.names;
+Json ClassJson(const YModelInfo& model) {
+  if (!model.classes || !model.classes->fitted) return nullptr;
+  const std::vector<std::string>& names = model.yNames;
   Json json = {{"names", names},
-               {"confusion", JudgeClasses(fit->classes.classOfRow, fit->values).confusion},
+               {"confusion", model.classes->fitted->confusion},
                {"confusionCv", nullptr},
                {"accuracyCv", nullptr},
                {"balancedAccuracyCv", nullptr},
                {"sensitivity", nullptr},
                {"specificity", nullptr},
                {"auc", nullptr}};
-  if (validation == nullptr || !validation->classes) return json;
-  const ClassFigures& figures = validation->classes->figures;
+  if (!model.classes->leftOut) return json;
+  const ClassFigures& figures = *model.classes->leftOut;
   json["confusionCv"] = figures.confusion;
   json["accuracyCv"] = JsonNumber(figures.accuracy);
   json["balancedAccuracyCv"] = JsonNumber(figures.balancedAccuracy);

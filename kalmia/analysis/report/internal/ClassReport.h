@@ -1,24 +1,22 @@
 #pragma once
 
-#include <optional>
+#include <cstddef>
 #include <string>
 
-#include "kalmia/analysis/fit/ClassFit.h"
 #include "kalmia/analysis/model/ClassPredictions.h"
+#include "kalmia/analysis/model/StoredModel.h"
 #include "kalmia/analysis/table/internal/CsvText.h"
 #include "kalmia/analysis/text/internal/Json.h"
-#include "kalmia/analysis/validation/RefitValidation.h"
 
 namespace kalmia::analysis {
 
-// What reports of models of classes say beside others. `fit` is empty where Y is numbers: then there is nothing to say.
-// `validation` is null without refits.
+// What reports of models of classes say beside others. Of a model of numbers there is nothing to say.
 
 /// How many rows of each class the model assigns to each, fitted and left out, with sensitivity, specificity and AUC.
-std::string ClassText(const std::optional<ClassFit>& fit, const RefitValidation* validation);
+std::string ClassText(const YModelInfo& model);
 
 /// The field `classes`.
-Json ClassJson(const std::optional<ClassFit>& fit, const RefitValidation* validation);
+Json ClassJson(const YModelInfo& model);
 
 // What reports of predictions say of new rows by a model of classes.
 

@@ -1,5 +1,6 @@
 #include "kalmia/analysis/report/internal/FitCsv.h"
 
+#include "kalmia/analysis/model/internal/OPLSDiagnostics.h"
 #include "kalmia/analysis/steps/Scaling.h"
 #include "kalmia/analysis/table/internal/CsvText.h"
 
@@ -32,6 +33,16 @@ void JackKnifeCells(const std::vector<JackKnifeResult>& ofColumns, std::size_t c
   }
 }
 
+/// Of a model without components.
+Coefficients CoefficientsOfMeans(const YModelInfo& model) {
+  Coefficients means;
+  for (std::size_t j = 1; j <= model.yNames.size(); ++j) {
+    means.intercepts.push_back(CentreOf(model.yScaling, static_cast<int>(j)));
+  }
+  means.slopes.assign(model.xNames.size(), std::vector<double>(model.yNames.size(), 0.0));
+  return means;
+}
+
 }  // namespace
 
 CsvFile FitCsv(const std::string& file, const std::vector<std::string>& rowNames,
@@ -56,13 +67,13 @@ CsvFile FitCsv(const std::string& file, const std::vector<std::string>& rowNames
   return {file, csv.Text()};
 }
 
-Coefficients CoefficientsOfMeans(const YModelInfo& model) {
-  Coefficients means;
-  for (std::size_t j = 1; j <= model.yNames.size(); ++j) {
-    means.intercepts.push_back(CentreOf(model.yScaling, static_cast<int>(j)));
-  }
-  means.slopes.assign(model.xNames.size(), std::vector<double>(model.yNames.size(), 0.0));
-  return means;
+Coefficients CoefficientsOf(const StoredPLS& model) {
+  if (model.Components() == 0) return CoefficientsOfMeans(model);
+  return CoefficientsInOriginalUnits(*model.pls, model.xScaling, model.yScaling);
+}
+
+Coefficients CoefficientsOf(const StoredOPLS& model) {
+  return model.Components() > 0 ? CoefficientsInOriginalUnits(model) : CoefficientsOfMeans(model);
 }
 
 CsvFile CoefficientsCsv(const Coefficients& coefficients, const YModelInfo& model, const CsvMarks& marks,

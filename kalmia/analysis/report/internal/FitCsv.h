@@ -26,7 +26,8 @@ CsvFile FitCsv(const std::string& file, const std::vector<std::string>& rowNames
 CsvFile CoefficientsCsv(const Coefficients& coefficients, const YModelInfo& model, const CsvMarks& marks,
                         const std::vector<JackKnifeResult>* jackKnife = nullptr);
 
-/// Of a model without components: the means of Y.
-Coefficients CoefficientsOfMeans(const YModelInfo& model);
+/// Of the model in the units of the file; without components the means of Y.
+Coefficients CoefficientsOf(const StoredPLS& model);
+Coefficients CoefficientsOf(const StoredOPLS& model);
 
 }  // namespace kalmia::analysis

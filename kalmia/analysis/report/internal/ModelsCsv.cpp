@@ -7,10 +7,6 @@ namespace kalmia::analysis {
 
 namespace {
 
-double ShareAt(const std::vector<double>& shares, std::size_t model) {
-  return model < shares.size() ? shares[model] : kNotANumber;
-}
-
 /// What counts the components of a model.
 void CountFields(const Json& numbers, CsvText* csv) {
   for (const auto& number : numbers.items()) csv->Field(std::to_string(number.value().get<int>()));
@@ -20,14 +16,15 @@ void YLines(const RefittedModels& models, std::size_t a, const std::string& kept
   for (std::size_t j = 0; j < models.yNames.size(); ++j) {
     CountFields(models.numbers[a], csv);
     csv->Field(models.yNames[j]).Number(kNotANumber).Number(kNotANumber).Number(kNotANumber);
-    csv->Number(models.ofY->q2PerY(a, j)).Number(models.ofY->rmsecv(a, j)).Field(kept).EndLine();
+    csv->Number(models.validation.components[a].q2PerY[j]).Number(models.validation.components[a].rmsecv[j]);
+    csv->Field(kept).EndLine();
   }
 }
 
 }  // namespace
 
 CsvFile ModelsCsv(const RefittedModels& models, const CsvMarks& marks) {
-  const bool hasY = models.ofY != nullptr;
+  const bool hasY = !models.yNames.empty();
   CsvText csv(marks);
   for (const auto& number : models.numbers.front().items()) csv.Field(number.key());
   if (hasY) csv.Field("Y");
@@ -40,9 +37,10 @@ CsvFile ModelsCsv(const RefittedModels& models, const CsvMarks& marks) {
     const std::string kept = a == models.model ? "yes" : "no";
     CountFields(models.numbers[a], &csv);
     if (hasY) csv.Field("(all)");
-    csv.Number(ShareAt(models.r2x, a));
-    if (hasY) csv.Number(ShareAt(models.r2y, a));
-    csv.Number(models.errors.press[a]).Number(models.errors.q2[a]);
+    const StoredValidationEntry& entry = models.validation.components[a];
+    csv.Number(entry.r2x);
+    if (hasY) csv.Number(entry.r2y);
+    csv.Number(entry.press).Number(entry.q2);
     if (hasY) csv.Number(kNotANumber);
     csv.Field(kept).EndLine();
     if (hasY) YLines(models, a, kept, &csv);

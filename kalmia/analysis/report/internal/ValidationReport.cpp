@@ -1,8 +1,10 @@
 #include "kalmia/analysis/report/internal/ValidationReport.h"
 
+#include <algorithm>
 #include <cmath>
 
 #include "kalmia/analysis/report/internal/FitReport.h"
+#include "kalmia/analysis/report/internal/NamedComponents.h"
 #include "kalmia/analysis/text/DisplayText.h"
 #include "kalmia/analysis/text/Numbers.h"
 #include "kalmia/analysis/text/internal/TextTable.h"
@@ -19,7 +21,7 @@ using Align = TextTable::Align;
 
 std::string MarkOf(const RefittedModels& models, std::size_t model) {
   if (model != models.model) return "";
-  return models.choice ? "chosen" : "given";
+  return models.validation.rule.empty() ? "given" : "chosen";
 }
 
 bool HasOneY(const RefittedModels& models) { return models.yNames.size() == 1; }
@@ -31,8 +33,9 @@ std::string PerYText(const RefittedModels& models) {
   for (const char* title : {"Q2", "RMSECV"}) table.AddColumn(title, Align::Right);
   for (std::size_t a = 0; a < models.labels.size(); ++a) {
     for (std::size_t j = 0; j < models.yNames.size(); ++j) {
-      table.AddRow({j == 0 ? models.labels[a] : "", models.yNames[j], ShareText(models.ofY->q2PerY(a, j)),
-                    Significant(models.ofY->rmsecv(a, j), kErrorDigits)});
+      const StoredValidationEntry& entry = models.validation.components[a];
+      table.AddRow({j == 0 ? models.labels[a] : "", models.yNames[j], ShareText(entry.q2PerY[j]),
+                    Significant(entry.rmsecv[j], kErrorDigits)});
     }
   }
   return table.Text();
@@ -43,44 +46,77 @@ std::string ComponentsText(const RefittedModels& models, std::size_t model) {
   return models.labels[model] + (models.labels[model] == "1" ? " component" : " components");
 }
 
-Json JsonByName(const std::vector<std::string>& names, const RealMatrix& numbers, std::size_t row) {
+Json JsonByName(const std::vector<std::string>& names, const std::vector<double>& numbers) {
   Json json = Json::object();
-  for (std::size_t j = 0; j < names.size(); ++j) json[names[j]] = JsonNumber(numbers(row, j));
+  for (std::size_t j = 0; j < numbers.size(); ++j) json[names[j]] = JsonNumber(numbers[j]);
   return json;
 }
 
-Json CvAnovaJson(const std::optional<CvAnova>& anova) {
+/// Numbers and label of a model.
+void AddNumbers(const StoredValidationEntry& entry, RefittedModels* models) {
+  const auto sum = [&entry] {
+    std::string label;
+    for (const int count : entry.kinds) label += (label.empty() ? "" : " + ") + std::to_string(count);
+    return label;
+  };
+  switch (entry.kinds.size()) {
+    case 2:
+      models->numbers.push_back(
+          {{"components", entry.components}, {"predictive", entry.kinds[0]}, {"orthogonal", entry.kinds[1]}});
+      models->labels.push_back(entry.components == 0 ? "0" : sum());
+      break;
+    case 3:
+      models->numbers.push_back({{"joint", entry.kinds[0]}, {"xUnique", entry.kinds[1]}, {"yUnique", entry.kinds[2]}});
+      models->labels.push_back(sum());
+      break;
+    default:
+      models->numbers.push_back({{"components", entry.components}});
+      models->labels.push_back(std::to_string(entry.components));
+  }
+}
+
+RefittedModels ModelsOf(const ModelInfo& model, const std::vector<std::string>& yNames) {
+  RefittedModels models{*model.validation, model.groupColumn, yNames, model.validation->Model(), {}, {}};
+  for (const StoredValidationEntry& entry : model.validation->components) AddNumbers(entry, &models);
+  return models;
+}
+
+Json RunsJson(const std::vector<PermutationRun>& runs) {
+  Json list = Json::array();
+  for (const PermutationRun& run : runs) {
+    const double correlation = run.correlation;
+    list.push_back({{"correlation", JsonNumber(correlation)}, {"r2", JsonNumber(run.r2)}, {"q2", JsonNumber(run.q2)}});
+    if (!std::isnan(run.accuracy)) list.back()["accuracy"] = JsonNumber(run.accuracy);
+  }
+  return list;
+}
+
+Json AnovaJson(const std::optional<CvAnova>& anova) {
   if (!anova) return nullptr;
   return {{"f", JsonNumber(anova->f)}, {"df1", anova->df1}, {"df2", anova->df2}, {"p", JsonNumber(anova->p)}};
 }
 
 }  // namespace
 
-RefittedModels RefittedModelsOf(const RefitValidation& validation, const ValidationRecipe& recipe,
-                                const std::string& groupColumn) {
-  RefittedModels models{recipe, validation.folds, groupColumn, validation.choice, validation.model,
-                        validation.errors, &validation.errors, validation.yNames, {}, {}, validation.r2x,
-                        validation.r2y};
-  for (std::size_t a = 0; a <= validation.errors.MostComponents(); ++a) {
-    models.numbers.push_back({{"components", validation.ComponentsOf(a)}});
-    models.labels.push_back(std::to_string(validation.ComponentsOf(a)));
-  }
-  return models;
-}
+RefittedModels RefittedModelsOf(const YModelInfo& model) { return ModelsOf(model, model.yNames); }
+
+RefittedModels RefittedModelsOf(const StoredPCA& model) { return ModelsOf(model, {}); }
 
 std::string RefitText(const RefittedModels& models) {
+  const bool hasY = !models.yNames.empty();
   TextTable table;
   table.AddColumn("components", Align::Right);
   table.AddColumn("R2X", Align::Right);
-  if (models.ofY != nullptr) table.AddColumn("R2Y", Align::Right);
+  if (hasY) table.AddColumn("R2Y", Align::Right);
   table.AddColumn("Q2", Align::Right);
   if (HasOneY(models)) table.AddColumn("RMSECV", Align::Right);
   table.AddColumn("", Align::Left);
   for (std::size_t a = 0; a < models.labels.size(); ++a) {
-    std::vector<std::string> cells = {models.labels[a], ShareText(models.r2x[a])};
-    if (models.ofY != nullptr) cells.push_back(ShareText(models.r2y[a]));
-    cells.push_back(ShareText(models.errors.q2[a]));
-    if (HasOneY(models)) cells.push_back(Significant(models.ofY->rmsecv(a, 0), kErrorDigits));
+    const StoredValidationEntry& entry = models.validation.components[a];
+    std::vector<std::string> cells = {models.labels[a], ShareText(entry.r2x)};
+    if (hasY) cells.push_back(ShareText(entry.r2y));
+    cells.push_back(ShareText(entry.q2));
+    if (HasOneY(models)) cells.push_back(Significant(entry.rmsecv[0], kErrorDigits));
     cells.push_back(MarkOf(models, a));
     table.AddRow(cells);
   }
@@ -88,16 +124,15 @@ std::string RefitText(const RefittedModels& models) {
 }
 
 std::string FoldsText(const RefittedModels& models) {
-  std::string how = WordOfFoldScheme(models.recipe.folds.scheme);
-  if (!models.groupColumn.empty()) how = "those of " + OneLine(models.groupColumn);
-  const int repeats = models.folds.Repeats();
-  return "cross-validated by refits in " + std::to_string(models.folds.groups) + " groups (" + how + ")" +
-         (repeats > 1 ? ", repeated " + std::to_string(repeats) + " times" : "");
+  const StoredValidation& validation = models.validation;
+  const std::string how = models.groupColumn.empty() ? validation.folds : "those of " + OneLine(models.groupColumn);
+  return "cross-validated by refits in " + std::to_string(validation.groups) + " groups (" + how + ")" +
+         (validation.repeats > 1 ? ", repeated " + std::to_string(validation.repeats) + " times" : "");
 }
 
-std::string ChoiceText(const RefittedModels& models) {
-  if (!models.choice) return "";
-  const ComponentChoice& choice = *models.choice;
+std::string ChoiceText(const RefittedModels& models, const std::optional<ComponentChoice>& chosen) {
+  if (!chosen) return "";
+  const ComponentChoice& choice = *chosen;
   const std::string lead = "Rule " + WordOfSelectionRule(choice.rule) + ": ";
   const std::string limit = Significant(choice.limit, kDigits), best = ComponentsText(models, choice.best);
   const std::string compared = Significant(choice.compared[choice.chosen], kDigits);
@@ -153,56 +188,52 @@ Json NestedJson(const RefitValidation* validation) {
   return {{"chosen", chosen}, {"q2", JsonNumber(nested.q2)}, {"rmsecv", rmsecv}, {"q2PerY", q2PerY}};
 }
 
-std::string PermutationText(const std::optional<PermutationTest>& test) {
+std::string PermutationText(const std::optional<StoredPermutation>& test) {
   if (!test) return "";
   const PermutationJudgement& of = test->judgement;
-  return "Permutation test, against " + Counted(test->runs.size(), "model") + " of Y in random order: p " +
-         Significant(of.pR2, kPDigits) + " of R2, " + Significant(of.pQ2, kPDigits) + " of Q2" +
-         (std::isnan(of.pAccuracy) ? "" : ", " + Significant(of.pAccuracy, kPDigits) + " of accuracy") +
+  return "Permutation test, against " + Counted(static_cast<std::size_t>(test->runs), "model") +
+         " of Y in random order: p " + Significant(of.pR2, kPDigits) + " of R2, " + Significant(of.pQ2, kPDigits) +
+         " of Q2" + (std::isnan(of.pAccuracy) ? "" : ", " + Significant(of.pAccuracy, kPDigits) + " of accuracy") +
          "; intercepts " + Significant(of.interceptR2, kDigits) + " and " + Significant(of.interceptQ2, kDigits) + "\n";
 }
 
-Json PermutationJson(const std::optional<PermutationTest>& test) {
-  if (!test) return nullptr;
-  const PermutationJudgement& of = test->judgement;
-  Json runs = Json::array();
-  for (const PermutationRun& run : test->runs) {
-    const double correlation = run.correlation;
-    runs.push_back({{"correlation", JsonNumber(correlation)}, {"r2", JsonNumber(run.r2)}, {"q2", JsonNumber(run.q2)}});
-    if (!std::isnan(run.accuracy)) runs.back()["accuracy"] = JsonNumber(run.accuracy);
-  }
-  Json json = {{"n", test->runs.size()},
-          {"pR2", JsonNumber(of.pR2)},
-          {"pQ2", JsonNumber(of.pQ2)},
-          {"interceptR2", JsonNumber(of.interceptR2)},
-          {"interceptQ2", JsonNumber(of.interceptQ2)},
-          {"runs", runs}};
+Json PermutationJson(const YModelInfo& model, const std::optional<PermutationTest>& test) {
+  if (!model.validation || !model.validation->permutation) return nullptr;
+  const PermutationJudgement& of = model.validation->permutation->judgement;
+  Json json = {{"n", model.validation->permutation->runs},
+               {"pR2", JsonNumber(of.pR2)},
+               {"pQ2", JsonNumber(of.pQ2)},
+               {"interceptR2", JsonNumber(of.interceptR2)},
+               {"interceptQ2", JsonNumber(of.interceptQ2)}};
+  if (test) json["runs"] = RunsJson(test->runs);
   if (!std::isnan(of.pAccuracy)) json["pAccuracy"] = JsonNumber(of.pAccuracy);
   return json;
 }
 
 Json RefitJson(const RefittedModels& models, int chosen) {
-  const bool isOfLabels = !models.groupColumn.empty();
+  const StoredValidation& validation = models.validation;
+  const bool hasY = !models.yNames.empty();
   Json list = Json::array();
   for (std::size_t a = 0; a < models.numbers.size(); ++a) {
+    const StoredValidationEntry& entry = validation.components[a];
     Json row = models.numbers[a];
-    row["r2x"] = JsonNumber(models.r2x[a]);
-    if (models.ofY != nullptr) row["r2y"] = JsonNumber(models.r2y[a]);
-    row["press"] = JsonNumber(models.errors.press[a]);
-    row["q2"] = JsonNumber(models.errors.q2[a]);
-    if (models.ofY != nullptr) {
-      row["rmsecv"] = JsonByName(models.yNames, models.ofY->rmsecv, a);
-      row["q2PerY"] = JsonByName(models.yNames, models.ofY->q2PerY, a);
+    row["r2x"] = JsonNumber(entry.r2x);
+    if (hasY) row["r2y"] = JsonNumber(entry.r2y);
+    row["press"] = JsonNumber(entry.press);
+    row["q2"] = JsonNumber(entry.q2);
+    if (hasY) {
+      row["rmsecv"] = JsonByName(models.yNames, entry.rmsecv);
+      row["q2PerY"] = JsonByName(models.yNames, entry.q2PerY);
     }
     list.push_back(row);
   }
   return {{"method", WordOfValidationMethod(ValidationMethod::Refit)},
-          {"folds", isOfLabels ? kOfLabels : WordOfFoldScheme(models.recipe.folds.scheme)},
+          {"folds", validation.folds},
           {"groupColumn", TextOrNull(models.groupColumn)},
-          {"groups", models.folds.groups},
-          {"repeats", models.folds.Repeats()},
-          {"seed", models.recipe.folds.seed},
-          {"rule", models.choice ? Json(WordOfSelectionRule(models.choice->rule)) : Json(nullptr)},
+          {"groups", validation.groups},
+          {"repeats", validation.repeats},
+          {"seed", validation.seed},
+          {"rule", TextOrNull(validation.rule)},
           {"chosen", chosen},
           {"components", list}};
 }
@@ -234,12 +265,53 @@ Json CrossValidatedJson(const RefitValidation* validation) {
   return json;
 }
 
-Json CvAnovaJson(const RefitValidation* validation) {
-  if (validation == nullptr || !validation->IsJudged() || validation->classes) return nullptr;
-  if (validation->cvAnova.size() == 1) return CvAnovaJson(validation->cvAnova.front());
+Json CvAnovaJson(const YModelInfo& model) {
+  if (!model.validation || model.validation->cvAnova.empty()) return nullptr;
+  const std::vector<std::optional<CvAnova>>& cvAnova = model.validation->cvAnova;
+  if (cvAnova.size() == 1) return AnovaJson(cvAnova.front());
   Json json = Json::object();
-  for (std::size_t j = 0; j < validation->cvAnova.size(); ++j) {
-    json[validation->yNames[j]] = CvAnovaJson(validation->cvAnova[j]);
+  for (std::size_t j = 0; j < cvAnova.size(); ++j) json[model.yNames[j]] = AnovaJson(cvAnova[j]);
+  return json;
+}
+
+std::string BothWaysText(const RefittedModels& models) {
+  const std::vector<StoredValidationEntry>& y = models.validation.components;
+  const std::vector<StoredValidationEntry>& x = models.validation.xFromY;
+  TextTable q2, errors;
+  for (const char* title : {"joint", "X-unique", "Y-unique", "Q2 of Y from X", "Q2 of X from Y"}) {
+    q2.AddColumn(title, Align::Right);
+  }
+  for (std::size_t a = 0; a < y.size(); ++a) {
+    std::vector<std::string> cells;
+    for (const int count : y[a].kinds) cells.push_back(std::to_string(count));
+    cells.insert(cells.end(), {ShareText(y[a].q2), ShareText(x[a].q2)});
+    q2.AddRow(cells);
+  }
+  errors.AddColumn("Y", Align::Left);
+  for (const char* title : {"RMSECV of the mean", "RMSECV", "Q2"}) errors.AddColumn(title, Align::Right);
+  const std::size_t last = y.size() - 1, shown = std::min(models.yNames.size(), kLinesShown);
+  for (std::size_t j = 0; j < shown; ++j) {
+    errors.AddRow({models.yNames[j], Significant(y[0].rmsecv[j], kErrorDigits),
+                   last > 0 ? Significant(y[last].rmsecv[j], kErrorDigits) : "-",
+                   last > 0 ? ShareText(y[last].q2PerY[j]) : "-"});
+  }
+  const std::size_t left = models.yNames.size() - shown;
+  return q2.Text() + "\n" + errors.Text() +
+         (left == 0 ? "" : "  and " + std::to_string(left) + " more: JSON gives them all\n");
+}
+
+Json NumbersJson(const StoredO2PLS& model) {
+  return {{"joint", model.Joint()}, {"xUnique", model.XUnique()}, {"yUnique", model.YUnique()}};
+}
+
+Json BothWaysJson(const RefittedModels& models, const StoredO2PLS& model) {
+  Json json = RefitJson(models, model.Components());
+  json["chosen"] = NumbersJson(model);
+  const std::vector<StoredValidationEntry>& x = models.validation.xFromY;
+  for (std::size_t a = 0; a < x.size(); ++a) {
+    json["components"][a]["xFromY"] = {{"press", JsonNumber(x[a].press)},
+                                       {"q2", JsonNumber(x[a].q2)},
+                                       {"rmsecv", JsonByName(model.xNames, x[a].rmsecv)}};
   }
   return json;
 }

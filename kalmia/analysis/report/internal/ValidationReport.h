@@ -19,26 +19,20 @@ namespace kalmia::analysis {
 
 // What the reports of fits say of their validation, whatever was fitted.
 
-/// Models that refits have judged, from 0 on, the one without components.
+/// Models that refits have judged, from 0 on, the one without components, as a model carries them.
 struct RefittedModels {
-  const ValidationRecipe& recipe;
-  const Folds& folds;
-  const std::string& groupColumn;               ///< that made the folds; empty for none
-  const std::optional<ComponentChoice>& choice;
-  std::size_t model;                            ///< that was chosen or given
-  const RowErrors& errors;
-  const LeftOutErrors* ofY;                     ///< the same with the errors of each Y column; null for a model of X
-  std::vector<std::string> yNames;
+  const StoredValidation& validation;
+  std::string groupColumn;          ///< that made the folds; empty for none
+  std::vector<std::string> yNames;  ///< none for a model of X
+  std::size_t model;                ///< that was chosen or given
   // Of each model.
   std::vector<Json> numbers;        ///< fields that count its components: {"components": 2}
   std::vector<std::string> labels;  ///< the same in texts
-  std::vector<double> r2x;          ///< described shares, where the model is fitted to all rows
-  std::vector<double> r2y;          ///< none for a model of X
 };
 
-/// Of models of Y, called by the number of their components.
-RefittedModels RefittedModelsOf(const RefitValidation& validation, const ValidationRecipe& recipe,
-                                const std::string& groupColumn);
+/// Of a model that was judged by refits.
+RefittedModels RefittedModelsOf(const YModelInfo& model);
+RefittedModels RefittedModelsOf(const StoredPCA& model);
 
 /// A line for each model with R2X, R2Y, Q2 and RMSECV, marking the one that is kept; with several Y columns also a line
 /// for each model and Y column.
@@ -48,7 +42,7 @@ std::string RefitText(const RefittedModels& models);
 std::string FoldsText(const RefittedModels& models);
 
 /// What was compared with what to choose the number of components: a line, empty where the number was given.
-std::string ChoiceText(const RefittedModels& models);
+std::string ChoiceText(const RefittedModels& models, const std::optional<ComponentChoice>& choice);
 
 /// A line for each Y column that has one.
 std::string CvAnovaText(const std::vector<std::string>& yNames, const std::vector<std::optional<CvAnova>>& cvAnova);
@@ -59,9 +53,9 @@ std::string NestedText(const RefitValidation& validation);
 Json NestedJson(const RefitValidation* validation);
 
 /// How often models of Y in random order are as good; nothing without such a test.
-std::string PermutationText(const std::optional<PermutationTest>& test);
-/// The field `permutation`; null without one.
-Json PermutationJson(const std::optional<PermutationTest>& test);
+std::string PermutationText(const std::optional<StoredPermutation>& test);
+/// The field `permutation`, with the runs where they are known; null without a test.
+Json PermutationJson(const YModelInfo& model, const std::optional<PermutationTest>& test = {});
 
 /// The field `validation` of each method. `chosen` is the number of components of the model.
 Json RefitJson(const RefittedModels& models, int chosen);
@@ -70,7 +64,16 @@ Json OtherValidationJson(ValidationMethod method, const ModelInfo& model, int ch
 /// The field `crossValidated`: values of each Y column while the rows were left out; null without refits.
 Json CrossValidatedJson(const RefitValidation* validation);
 
-/// The field `cvAnova`: of the Y column, or of each by its name where there are several; null without refits.
-Json CvAnovaJson(const RefitValidation* validation);
+/// The field `cvAnova`: of the Y column, or of each by its name where there are several; null without any.
+Json CvAnovaJson(const YModelInfo& model);
+
+// Of O2PLS, whose numbers of components its own rules find.
+
+/// Q2 of both directions, then the errors of each Y column.
+std::string BothWaysText(const RefittedModels& models);
+/// {"joint": 1, "xUnique": 1, "yUnique": 0}
+Json NumbersJson(const StoredO2PLS& model);
+/// The field `validation`.
+Json BothWaysJson(const RefittedModels& models, const StoredO2PLS& model);
 
 }  // namespace kalmia::analysis

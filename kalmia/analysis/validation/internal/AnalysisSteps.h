@@ -2,6 +2,7 @@
 
 #include "kalmia/analysis/model/StoredModel.h"
 #include "kalmia/analysis/table/Table.h"
+#include "kalmia/analysis/validation/ClassFigures.h"
 #include "kalmia/analysis/validation/RefitValidation.h"
 #include "kalmia/analysis/validation/ValidationRecipe.h"
 #include "kalmia/analysis/validation/YPermutations.h"
@@ -26,6 +27,17 @@ void Permute(const Recipe& recipe, const Table& table, Analysis* analysis, NCPro
   analysis->permutation = PermuteY(recipe, table, validation.folds, static_cast<int>(validation.model),
                                    {analysis->recipe.permutations, analysis->recipe.folds.seed}, progress);
   analysis->fit.notes.Add(analysis->permutation->notes);
+  analysis->fit.model.validation->permutation =
+      StoredPermutation{static_cast<int>(analysis->permutation->runs.size()), analysis->permutation->judgement};
+}
+
+/// Tells a fitted model of classes how well it finds its rows, and found them while they were left out.
+template <class Analysis>
+void JudgeClassesOf(Analysis* analysis) {
+  if (!analysis->fit.classes) return;
+  StoredClasses& classes = *analysis->fit.model.classes;
+  classes.fitted = JudgeClasses(analysis->fit.classes->classes.classOfRow, analysis->fit.classes->values);
+  if (analysis->validation && analysis->validation->classes) classes.leftOut = analysis->validation->classes->figures;
 }
 
 }  // namespace kalmia::analysis

@@ -1,0 +1,30 @@
+#pragma once
+
+#include <cstddef>
+#include <istream>
+#include <ostream>
+
+#include "kalmia/analysis/model/StoredModel.h"
+#include "kalmia/analysis/model/StoredValidation.h"
+
+namespace kalmia::analysis {
+
+// What a model file holds of what judged the model, as docs/model-file.md lists it. What is read can be shown: it has as
+// many columns, classes and kinds of components as the model.
+
+/// Columns of the model; of a model of X alone none of Y.
+struct JudgedColumns {
+  std::size_t x = 0;
+  std::size_t y = 0;
+  std::size_t kinds = 0;   ///< see StoredValidationEntry
+  bool bothWays = false;   ///< whether X is predicted from Y, too
+};
+
+void WriteValidation(const StoredValidation& validation, std::ostream& stream);
+bool ReadValidation(std::istream& stream, const JudgedColumns& columns, StoredValidation* validation);
+
+/// How well rows of each class are found, fitted and left out.
+void WriteClassFigures(const StoredClasses& classes, std::ostream& stream);
+bool ReadClassFigures(std::istream& stream, std::size_t count, StoredClasses* classes);
+
+}  // namespace kalmia::analysis

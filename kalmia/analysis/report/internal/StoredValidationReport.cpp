@@ -1,0 +1,115 @@
+#include "kalmia/analysis/report/internal/StoredValidationReport.h"
+
+#include <cstddef>
+#include <vector>
+
+#include "kalmia/analysis/report/internal/ClassReport.h"
+#include "kalmia/analysis/report/internal/FitCsv.h"
+#include "kalmia/analysis/report/internal/ValidationReport.h"
+#include "kalmia/analysis/text/DisplayText.h"
+#include "kalmia/analysis/validation/JackKnife.h"
+
+namespace kalmia::analysis {
+
+namespace {
+
+constexpr double kShare = 0.95;  ///< that intervals cover
+
+std::string Heading(const RefittedModels& models) { return "\nBy number of components, " + FoldsText(models) + "\n"; }
+
+/// What the text leaves to JSON.
+std::string JackKnifeText(const StoredValidation& validation) {
+  if (!validation.jackKnife) return "";
+  return "Jack-knife: standard errors of coefficients" +
+         std::string(validation.jackKnife->ofVip.empty() ? "" : " and of VIP") + ", given by --json\n";
+}
+
+std::string TextOf(const YModelInfo& model) {
+  if (!model.validation) return ClassText(model);
+  const RefittedModels models = RefittedModelsOf(model);
+  const std::string tests = CvAnovaText(model.yNames, model.validation->cvAnova) + ClassText(model) +
+                            PermutationText(model.validation->permutation) + JackKnifeText(*model.validation);
+  return Heading(models) + RefitText(models) + (tests.empty() || tests.front() == '\n' ? "" : "\n") + tests;
+}
+
+Json NumbersJson(const std::vector<double>& numbers) {
+  Json list = Json::array();
+  for (const double number : numbers) list.push_back(JsonNumber(number));
+  return list;
+}
+
+Json IntervalsJson(const JackKnifeResult& of) {
+  return {{"standardErrors", NumbersJson(of.standardErrors)},
+          {"lower", NumbersJson(of.lower)},
+          {"upper", NumbersJson(of.upper)},
+          {"p", NumbersJson(of.p)}};
+}
+
+std::vector<double> RowOf(const RealMatrix& matrix, std::size_t row) {
+  const auto begin = matrix.cells.begin() + static_cast<std::ptrdiff_t>(row * matrix.columns);
+  return {begin, begin + static_cast<std::ptrdiff_t>(matrix.columns)};
+}
+
+Json JackKnifeJson(const YModelInfo& model, const Coefficients& coefficients) {
+  if (!model.validation || !model.validation->jackKnife) return nullptr;
+  const StoredJackKnife& jackKnife = *model.validation->jackKnife;
+  const int degrees = model.validation->groups - 1;
+  Json byName = Json::object();
+  for (std::size_t j = 0; j < model.yNames.size(); ++j) {
+    std::vector<double> numbers;
+    for (const std::vector<double>& slopes : coefficients.slopes) numbers.push_back(slopes[j]);
+    numbers.push_back(coefficients.intercepts[j]);
+    byName[model.yNames[j]] = IntervalsJson(IntervalsOf(numbers, RowOf(jackKnife.coefficients, j), degrees, kShare));
+  }
+  Json json = {{"degrees", degrees}, {"coefficients", byName}, {"vip", nullptr}};
+  if (jackKnife.ofVip.empty()) return json;
+  json["vip"] = IntervalsJson(IntervalsOf(jackKnife.vip, jackKnife.ofVip, degrees, kShare, /*least=*/0.0));
+  json["vip"]["vip"] = NumbersJson(jackKnife.vip);
+  json["vip"].erase("p");
+  return json;
+}
+
+template <class Model>
+void AddJson(const Model& model, Json* json) {
+  (*json)["validation"] = model.validation ? RefitJson(RefittedModelsOf(model), model.Components()) : Json(nullptr);
+  (*json)["cvAnova"] = CvAnovaJson(model);
+  (*json)["permutation"] = PermutationJson(model);
+  (*json)["classes"] = ClassJson(model);
+  (*json)["jackKnife"] = JackKnifeJson(model, CoefficientsOf(model));
+}
+
+}  // namespace
+
+std::string StoredValidationText(const StoredPLS& model) { return TextOf(model); }
+
+std::string StoredValidationText(const StoredOPLS& model) { return TextOf(model); }
+
+std::string StoredValidationText(const StoredPCA& model) {
+  if (!model.validation) return "";
+  const RefittedModels models = RefittedModelsOf(model);
+  return Heading(models) + RefitText(models);
+}
+
+std::string StoredValidationText(const StoredO2PLS& model) {
+  if (!model.validation) return "";
+  const RefittedModels models = RefittedModelsOf(model);
+  return Heading(models) + BothWaysText(models);
+}
+
+std::string StoredValidationText(const StoredFilter& /*model*/) { return ""; }
+
+void AddStoredValidationJson(const StoredPLS& model, Json* json) { AddJson(model, json); }
+
+void AddStoredValidationJson(const StoredOPLS& model, Json* json) { AddJson(model, json); }
+
+void AddStoredValidationJson(const StoredPCA& model, Json* json) {
+  (*json)["validation"] = model.validation ? RefitJson(RefittedModelsOf(model), model.Components()) : Json(nullptr);
+}
+
+void AddStoredValidationJson(const StoredO2PLS& model, Json* json) {
+  (*json)["validation"] = model.validation ? BothWaysJson(RefittedModelsOf(model), model) : Json(nullptr);
+}
+
+void AddStoredValidationJson(const StoredFilter& /*model*/, Json* /*json*/) {}
+
+}  // namespace kalmia::analysis
