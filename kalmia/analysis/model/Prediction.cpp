@@ -2,6 +2,7 @@
 
 #include <cmath>
 #include <limits>
+#include <utility>
 
 #include "kalmia/analysis/steps/Scaling.h"
 #include "kalmia/analysis/text/WorkProgress.h"
@@ -70,19 +71,23 @@ void FillRows(const YModelInfo& model, const NCDataMatrix<float>& yPred, const N
   }
 }
 
+/// What a model says of rows, and what it leaves of them.
+struct PredictedRows {
+  std::vector<RowPrediction> rows;
+  NCDataMatrix<float> left;  ///< of scaled X
+};
+
 /// What a model without components says of rows that are scaled: the mean of Y.
-std::vector<RowPrediction> PredictMeans(const YModelInfo& model, const NCDataMatrix<float>& x) {
-  std::vector<RowPrediction> rows(static_cast<std::size_t>(x.SizeRows()));
-  const NCDataMatrix<float> scaledMean(x.SizeRows(), static_cast<int>(model.yNames.size()), 0.0F);
-  FillRows(model, scaledMean, x, &rows);
-  return rows;
+PredictedRows PredictMeans(const YModelInfo& model, NCDataMatrix<float> x) {
+  PredictedRows predicted{std::vector<RowPrediction>(static_cast<std::size_t>(x.SizeRows())), std::move(x)};
+  const NCDataMatrix<float> scaledMean(predicted.left.SizeRows(), static_cast<int>(model.yNames.size()), 0.0F);
+  FillRows(model, scaledMean, predicted.left, &predicted.rows);
+  return predicted;
 }
 
-}  // namespace
-
-std::vector<RowPrediction> PredictRows(const StoredPLS& model, NCDataMatrix<float> x, NCProgress* progress) {
+PredictedRows Predict(const StoredPLS& model, NCDataMatrix<float> x, NCProgress* progress) {
   ApplyScale(model.xScaling, &x);
-  if (model.Components() == 0) return PredictMeans(model, x);
+  if (model.Components() == 0) return PredictMeans(model, std::move(x));
   std::vector<RowPrediction> rows(static_cast<std::size_t>(x.SizeRows()));
   const NCPLS& pls = *model.pls;
   // In place: of a model without components the matrices of the library do not tell how many Y columns there are.
@@ -103,12 +108,12 @@ std::vector<RowPrediction> PredictRows(const StoredPLS& model, NCDataMatrix<floa
     }
   }
   FillRows(model, y, left, &rows);
-  return rows;
+  return {std::move(rows), std::move(left)};
 }
 
-std::vector<RowPrediction> PredictRows(const StoredOPLS& model, NCDataMatrix<float> x, NCProgress* progress) {
+PredictedRows Predict(const StoredOPLS& model, NCDataMatrix<float> x, NCProgress* progress) {
   ApplyScale(model.xScaling, &x);
-  if (model.Components() == 0) return PredictMeans(model, x);
+  if (model.Components() == 0) return PredictMeans(model, std::move(x));
   const OPLSMatrices& opls = model.opls;
   NCOPLSPred prediction(&x, &opls.w, &opls.p, &opls.c, &opls.wo, &opls.po, &opls.co);
   WorkProgress work(progress);
@@ -125,10 +130,10 @@ std::vector<RowPrediction> PredictRows(const StoredOPLS& model, NCDataMatrix<flo
   NCDataMatrix<float> left = prediction.GetXOrthoResiduals();
   for (int a = 1; a <= model.Predictive(); ++a) left.AddVprimV((*prediction.GetTPred())[a], opls.p.back()[a], -1.0F);
   FillRows(model, *prediction.GetYPred(), left, &rows);
-  return rows;
+  return {std::move(rows), std::move(left)};
 }
 
-std::vector<RowPrediction> PredictRows(const StoredO2PLS& model, NCDataMatrix<float> x, NCProgress* progress) {
+PredictedRows Predict(const StoredO2PLS& model, NCDataMatrix<float> x, NCProgress* progress) {
   WorkProgress(progress).Ask();
   ApplyScale(model.xScaling, &x);
   const O2PLSMatrices& o2pls = model.o2pls;
@@ -143,7 +148,40 @@ std::vector<RowPrediction> PredictRows(const StoredO2PLS& model, NCDataMatrix<fl
   for (int o = 1; o <= to.SizeRows(); ++o) x.AddVprimV(to[o], o2pls.po[o], -1.0F);
   for (int a = 1; a <= t.SizeRows(); ++a) x.AddVprimV(t[a], o2pls.p[a], -1.0F);
   FillRows(model, prediction.GetYPred(), x, &rows);
-  return rows;
+  return {std::move(rows), std::move(x)};
+}
+
+NCDataMatrix<float> WithoutUnpredicted(PredictedRows predicted) {
+  for (std::size_t i = 0; i < predicted.rows.size(); ++i) {
+    if (!predicted.rows[i].reason.empty()) predicted.left.SetRow(static_cast<int>(i) + 1, kMissingCell<float>);
+  }
+  return std::move(predicted.left);
+}
+
+}  // namespace
+
+std::vector<RowPrediction> PredictRows(const StoredPLS& model, NCDataMatrix<float> x, NCProgress* progress) {
+  return Predict(model, std::move(x), progress).rows;
+}
+
+std::vector<RowPrediction> PredictRows(const StoredOPLS& model, NCDataMatrix<float> x, NCProgress* progress) {
+  return Predict(model, std::move(x), progress).rows;
+}
+
+std::vector<RowPrediction> PredictRows(const StoredO2PLS& model, NCDataMatrix<float> x, NCProgress* progress) {
+  return Predict(model, std::move(x), progress).rows;
+}
+
+NCDataMatrix<float> XResiduals(const StoredPLS& model, NCDataMatrix<float> x, NCProgress* progress) {
+  return WithoutUnpredicted(Predict(model, std::move(x), progress));
+}
+
+NCDataMatrix<float> XResiduals(const StoredOPLS& model, NCDataMatrix<float> x, NCProgress* progress) {
+  return WithoutUnpredicted(Predict(model, std::move(x), progress));
+}
+
+NCDataMatrix<float> XResiduals(const StoredO2PLS& model, NCDataMatrix<float> x, NCProgress* progress) {
+  return WithoutUnpredicted(Predict(model, std::move(x), progress));
 }
 
 double AbsoluteDistance(int components, const RowFit& row) {

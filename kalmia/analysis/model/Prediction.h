@@ -46,6 +46,16 @@ KALMIA_EXPORT std::vector<RowPrediction> PredictRows(const StoredOPLS& model, NC
 KALMIA_EXPORT std::vector<RowPrediction> PredictRows(const StoredO2PLS& model, NCDataMatrix<float> x,
                                                      NCProgress* progress = nullptr);
 
+/// What PredictRows leaves of X, in scaled units: the cells whose squares sum to RowFit::residual. Rows as there.
+/// Missing: cells that the rows do not have, and all of a row of which nothing can be said. `progress` may be null.
+/// Throws Stopped where the bar wants to stop.
+KALMIA_EXPORT NCDataMatrix<float> XResiduals(const StoredPLS& model, NCDataMatrix<float> x,
+                                             NCProgress* progress = nullptr);
+KALMIA_EXPORT NCDataMatrix<float> XResiduals(const StoredOPLS& model, NCDataMatrix<float> x,
+                                             NCProgress* progress = nullptr);
+KALMIA_EXPORT NCDataMatrix<float> XResiduals(const StoredO2PLS& model, NCDataMatrix<float> x,
+                                             NCProgress* progress = nullptr);
+
 /// The pooled deviation of the training rows, those that have one: what distances to the model are measured by.
 template <class Row>
 KALMIA_EXPORT double PooledDeviationOf(const std::vector<Row>& rows, int components) {

@@ -13,7 +13,7 @@ namespace {
 constexpr std::size_t kFewRows = 10;  ///< fewer distances than these make a limit a guess
 
 /// Components in rows below each other become columns beside each other; a missing score is not a number.
-RealMatrix ScoresOf(const std::vector<const NCDataMatrix<float>*>& tPrims, std::size_t rows) {
+RealMatrix Turned(const std::vector<const NCDataMatrix<float>*>& tPrims, std::size_t rows) {
   std::size_t components = 0;
   for (const NCDataMatrix<float>* tPrim : tPrims) components += static_cast<std::size_t>(tPrim->SizeRows());
   RealMatrix scores(rows, components);
@@ -27,6 +27,20 @@ RealMatrix ScoresOf(const std::vector<const NCDataMatrix<float>*>& tPrims, std::
     }
   }
   return scores;
+}
+
+RealMatrix ScoresOf(const StoredPLS& model, std::size_t rows) {
+  if (model.Components() == 0) return RealMatrix(rows, 0);
+  return Turned({model.pls->GetTprim()}, rows);
+}
+
+RealMatrix ScoresOf(const StoredPCA& model, std::size_t rows) {
+  if (model.Components() == 0) return RealMatrix(rows, 0);
+  return Turned({model.pca->GetTprim()}, rows);
+}
+
+RealMatrix ScoresOf(const StoredOPLS& model, std::size_t rows) {
+  return Turned({&model.opls.t, &model.opls.to}, rows);
 }
 
 std::vector<double> T2Of(const ScoreMoments& moments, const RealMatrix& scores) {
@@ -94,14 +108,12 @@ void DescribeWithY(const std::vector<RowPrediction>& rows, const RealMatrix& sco
 
 void DescribeRows(const std::vector<RowPrediction>& rows, const std::vector<std::vector<double>>& measured,
                   const LeftOutFigures& leftOut, StoredPLS* model) {
-  std::vector<const NCDataMatrix<float>*> scores;
-  if (model->Components() > 0) scores.push_back(model->pls->GetTprim());
-  DescribeWithY(rows, ScoresOf(scores, rows.size()), measured, leftOut, model);
+  DescribeWithY(rows, ScoresOf(*model, rows.size()), measured, leftOut, model);
 }
 
 void DescribeRows(const std::vector<RowPrediction>& rows, const std::vector<std::vector<double>>& measured,
                   const LeftOutFigures& leftOut, StoredOPLS* model) {
-  DescribeWithY(rows, ScoresOf({&model->opls.t, &model->opls.to}, rows.size()), measured, leftOut, model);
+  DescribeWithY(rows, ScoresOf(*model, rows.size()), measured, leftOut, model);
 }
 
 void DescribeRows(const std::vector<RowPrediction>& rows, const std::vector<std::vector<double>>& measured,
@@ -112,10 +124,12 @@ void DescribeRows(const std::vector<RowPrediction>& rows, const std::vector<std:
 }
 
 void DescribeRows(const std::vector<RowScores>& rows, const LeftOutFigures& leftOut, StoredPCA* model) {
-  std::vector<const NCDataMatrix<float>*> scores;
-  if (model->Components() > 0) scores.push_back(model->pca->GetTprim());
-  Describe(rows, ScoresOf(scores, rows.size()), leftOut, model->Components(), model);
+  Describe(rows, ScoresOf(*model, rows.size()), leftOut, model->Components(), model);
 }
+
+RealMatrix TrainingScores(const StoredPLS& model) { return ScoresOf(model, model.rows); }
+RealMatrix TrainingScores(const StoredPCA& model) { return ScoresOf(model, model.rows); }
+RealMatrix TrainingScores(const StoredOPLS& model) { return ScoresOf(model, model.rows); }
 
 std::vector<double> TrainingDistances(const ModelInfo& model) {
   if (!model.rowStatistics) return {};

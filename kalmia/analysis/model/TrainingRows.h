@@ -37,6 +37,12 @@ KALMIA_EXPORT void DescribeRows(const std::vector<RowPrediction>& rows,
                                 StoredO2PLS* model);
 KALMIA_EXPORT void DescribeRows(const std::vector<RowScores>& rows, const LeftOutFigures& leftOut, StoredPCA* model);
 
+/// The scores that the fit gave the training rows, N x A, which DescribeRows takes T2 of, in the order of RowFit::t;
+/// not numbers where they are missing. N is `rows` of the model.
+KALMIA_EXPORT RealMatrix TrainingScores(const StoredPLS& model);
+KALMIA_EXPORT RealMatrix TrainingScores(const StoredPCA& model);
+KALMIA_EXPORT RealMatrix TrainingScores(const StoredOPLS& model);
+
 /// The normalised distances of the training rows; none where the model has no row statistics.
 KALMIA_EXPORT std::vector<double> TrainingDistances(const ModelInfo& model);
 

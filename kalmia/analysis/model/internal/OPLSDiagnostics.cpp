@@ -4,6 +4,7 @@
 #include <limits>
 #include <utility>
 
+#include "kalmia/analysis/model/internal/ScoreFunctions.h"
 #include "kalmia/analysis/steps/Scaling.h"
 #include "kalmia/containers/Missing.h"
 
@@ -11,55 +12,12 @@ namespace kalmia::analysis {
 
 namespace {
 
-using Functional = std::vector<double>;  ///< a linear function of a row of X, one factor for each column
-
 double Present(float cell) { return cell == static_cast<float>(kMissing) ? 0.0 : cell; }
 
 double SumOfSquares(const NCDataVector<float>& v) {
   double sum = 0.0;
   for (int i = 1; i <= v.Size(); ++i) sum += Present(v[i]) * Present(v[i]);
   return sum;
-}
-
-/// The score that a row has along w.
-Functional ScoreAlong(const NCDataVector<float>& w) {
-  Functional score;
-  const double ss = SumOfSquares(w);
-  for (int k = 1; k <= w.Size(); ++k) score.push_back(ss > 0.0 ? Present(w[k]) / ss : 0.0);
-  return score;
-}
-
-/// `function` of the row less t p' becomes a function of the row itself, t being the function `score` of it.
-void TakeBack(const NCDataVector<float>& p, const Functional& score, Functional* function) {
-  double share = 0.0;
-  for (std::size_t k = 0; k < score.size(); ++k) share += Present(p[static_cast<int>(k) + 1]) * (*function)[k];
-  for (std::size_t k = 0; k < score.size(); ++k) (*function)[k] -= share * score[k];
-}
-
-/// Score `along`, after the rows up to `last` of `scores` times those of `away` have been taken off one by one.
-Functional ScoreBehind(Functional along, const NCDataMatrix<float>& scores, const NCDataMatrix<float>& away, int last) {
-  for (int a = last; a >= 1; --a) TakeBack(away[a], ScoreAlong(scores[a]), &along);
-  return along;
-}
-
-/// The scores of all components as functions of a row of X: orthogonal ones, then predictive ones.
-std::vector<Functional> ScoresOf(const OPLSMatrices& opls) {
-  std::vector<Functional> scores;
-  const auto throughFilter = [&](Functional function) {
-    for (int o = static_cast<int>(scores.size()); o >= 1; --o) {
-      if (o <= opls.wo.SizeRows()) TakeBack(opls.po[o], scores[static_cast<std::size_t>(o - 1)], &function);
-    }
-    return function;
-  };
-  for (int o = 1; o <= opls.wo.SizeRows(); ++o) {
-    const NCDataMatrix<float>& w = opls.w[static_cast<std::size_t>(o - 1)];
-    scores.push_back(throughFilter(ScoreBehind(ScoreAlong(opls.wo[o]), w, w, w.SizeRows())));
-  }
-  const NCDataMatrix<float>& w = opls.w.back();
-  for (int a = 1; a <= w.SizeRows(); ++a) {
-    scores.push_back(throughFilter(ScoreBehind(ScoreAlong(w[a]), w, opls.p.back(), a - 1)));
-  }
-  return scores;
 }
 
 /// The root of K times the share of each column in squares of the rows of `vectors`, each weighted by its number.
@@ -83,8 +41,8 @@ std::vector<double> Importance(const NCDataMatrix<float>& vectors, const std::ve
 
 Coefficients CoefficientsInOriginalUnits(const StoredOPLS& model) {
   const OPLSMatrices& opls = model.opls;
-  const std::vector<Functional> scores = ScoresOf(opls);
-  const int orthogonal = model.Orthogonal();
+  const std::vector<LinearFunction> scores = ScoreFunctions(model);
+  const int predictive = model.Predictive(), orthogonal = model.Orthogonal();
   Coefficients coefficients;
   const auto yColumns = static_cast<int>(model.yNames.size());
   for (int j = 1; j <= yColumns; ++j) coefficients.intercepts.push_back(CentreOf(model.yScaling, j));
@@ -92,10 +50,11 @@ Coefficients CoefficientsInOriginalUnits(const StoredOPLS& model) {
     std::vector<double> slopes;
     for (int j = 1; j <= yColumns; ++j) {
       double scaled = 0.0;
-      for (int i = 1; i <= static_cast<int>(scores.size()); ++i) {
-        const float c = i <= orthogonal ? opls.co[i][j] : opls.c.back()[i - orthogonal][j];
-        scaled += scores[static_cast<std::size_t>(i - 1)][static_cast<std::size_t>(k - 1)] * Present(c);
-      }
+      const auto add = [&](int component, float c) {
+        scaled += scores[static_cast<std::size_t>(component - 1)][static_cast<std::size_t>(k - 1)] * Present(c);
+      };
+      for (int o = 1; o <= orthogonal; ++o) add(predictive + o, opls.co[o][j]);
+      for (int a = 1; a <= predictive; ++a) add(a, opls.c.back()[a][j]);
       slopes.push_back(scaled * FactorOf(model.xScaling, k) / FactorOf(model.yScaling, j));
       coefficients.intercepts[static_cast<std::size_t>(j - 1)] -= slopes.back() * CentreOf(model.xScaling, k);
     }
