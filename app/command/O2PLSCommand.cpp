@@ -7,7 +7,9 @@
 #include "app/console/OutputPlaces.h"
 #include "app/console/ReadTable.h"
 #include "kalmia/analysis/file/ModelFile.h"
+#include "kalmia/analysis/model/Prediction.h"
 #include "kalmia/analysis/report/O2PLSReport.h"
+#include "kalmia/analysis/report/ResidualsReport.h"
 #include "kalmia/analysis/table/Table.h"
 #include "kalmia/analysis/validation/O2PLSAnalysis.h"
 
@@ -15,10 +17,34 @@ namespace kalmia::app {
 
 namespace {
 
+constexpr auto kXResidualsFile = "x-residuals.csv";
+constexpr auto kYResidualsFile = "y-residuals.csv";
+
 void CheckFiles(const O2PLSOptions& options) {
-  std::vector<FilePlace> places = PlacesInCsvFolder(options.csvFolder, O2PLSCsvFileNames());
+  std::vector<std::string> names = O2PLSCsvFileNames();
+  if (options.columns.residuals) names.insert(names.end(), {kXResidualsFile, kYResidualsFile});
+  std::vector<FilePlace> places = PlacesInCsvFolder(options.csvFolder, names);
   places.insert(places.begin(), {"--save", options.save});
   CheckPlaces({{"the X table", options.table}, {"the Y table", options.yTable}}, Given(places));
+}
+
+/// What is left of a block is told by the model that predicts from it: the model is turned around meanwhile.
+void AddResiduals(const CsvMarks& marks, NCProgress* progress, O2PLSResult* fit, std::vector<CsvFile>* files) {
+  const auto add = [&](const Block& block, const char* file) {
+    const NCDataMatrix<float> residuals = XResiduals(fit->model, block.cells, progress);
+    files->push_back(ResidualsCsv(fit->data.rowNames, block.names, residuals, marks, file));
+  };
+  add(fit->data.x, kXResidualsFile);
+  TurnAround(&fit->model);
+  add(fit->data.y, kYResidualsFile);
+  TurnAround(&fit->model);
+}
+
+std::vector<CsvFile> FilesOf(const O2PLSOptions& options, NCProgress* progress, O2PLSAnalysis* analysis) {
+  const CsvMarks marks = MarksOf(options.csvMarks.Asked());
+  std::vector<CsvFile> files = O2PLSCsvFiles(*analysis, marks);
+  if (options.columns.residuals) AddResiduals(marks, progress, &analysis->fit, &files);
+  return files;
 }
 
 /// The numbers come all three or not at all.
@@ -35,7 +61,7 @@ std::string RunCommand(const O2PLSOptions& options, Notes* notes) {
   const Table xTable = ReadTable(options.table, options.reading);
   const Table yTable = ReadTable(options.yTable, options.reading);
   TerminalBar bar;
-  const O2PLSAnalysis analysis =
+  O2PLSAnalysis analysis =
       Analyse(RecipeOf(options), xTable, yTable, RecipeOf(options.validation), bar.Get());
   const O2PLSResult& result = analysis.fit;
   notes->Add(result.notes);
@@ -43,7 +69,7 @@ std::string RunCommand(const O2PLSOptions& options, Notes* notes) {
   if (result.AnyKept()) {
     files = WriteFitFiles(
         options, [&] { return ModelFileBytes(result.model, options.Parts()); },
-        [&] { return O2PLSCsvFiles(analysis, MarksOf(options.csvMarks.Asked())); }, bar.Get());
+        [&] { return FilesOf(options, bar.Get(), &analysis); }, bar.Get());
   }
   return options.json ? O2PLSJson(analysis, *notes, files) : O2PLSText(analysis, files);
 }

@@ -3,6 +3,7 @@
 #include <vector>
 
 #include "app/command/Commands.h"
+#include "app/command/RunFit.h"
 #include "app/console/ConsoleProgress.h"
 #include "app/console/FitFiles.h"
 #include "app/console/InputFile.h"
@@ -20,9 +21,10 @@ namespace {
 
 /// --save-cv may replace the file of --resume, once that has been read; no other output may.
 void CheckFiles(const OPLSOptions& options) {
-  CheckFitPlaces(options, OPLSCsvFileNames(), options.saveCv);
+  const std::vector<std::string> names = WithResiduals(OPLSCsvFileNames(), options);
+  CheckFitPlaces(options, names, options.saveCv);
   if (options.resume.empty()) return;
-  std::vector<FilePlace> places = PlacesInCsvFolder(options.csvFolder, OPLSCsvFileNames());
+  std::vector<FilePlace> places = PlacesInCsvFolder(options.csvFolder, names);
   places.insert(places.begin(), {"--save", options.save});
   RefuseToOverwrite({{"the file of --resume", options.resume}}, Given(places));
 }
@@ -36,17 +38,23 @@ std::string RunCommand(const OPLSOptions& options, Notes* notes) {
   OPLSRecipe recipe = options.recipe;
   recipe.steps = ReadFitSteps(options);
   const Table table = ReadTable(options.table, options.reading);
+  const std::vector<int> rows = RowsToTell(table, recipe.id, options);
   TerminalBar bar;
   const OPLSAnalysis analysis =
       Analyse(recipe, table, RecipeOf(options.validation), bar.Get(), resumed ? &*resumed : nullptr);
   const OPLSResult& result = analysis.fit;
   notes->Add(result.notes);
+  const std::vector<RowContributions> contributions = Contributions(result, table, rows, notes);
   const FitFiles files = WriteFitFiles(
       options, [&] { return ModelFileBytes(result.model, options.Parts()); },
-      [&] { return OPLSCsvFiles(analysis, MarksOf(options.csvMarks.Asked())); }, bar.Get(),
+      [&] {
+        return WithResiduals(OPLSCsvFiles(analysis, MarksOf(options.csvMarks.Asked())), result, options, bar.Get());
+      },
+      bar.Get(),
       {options.saveCv, [&result] { return OPLSCvFileBytes(result.validation); }});
   if (!files.csv.empty()) NoteNoDistances(result.model, result.model.Components(), notes);
-  return options.json ? OPLSJson(table, analysis, *notes, files) : OPLSText(analysis, files);
+  return options.json ? OPLSJson(table, analysis, *notes, files, contributions)
+                      : OPLSText(analysis, files, contributions);
 }
 
 }  // namespace kalmia::app

@@ -8,8 +8,13 @@
 #include "app/console/ReadTable.h"
 #include "kalmia/analysis/file/ModelFile.h"
 #include "kalmia/analysis/fit/PredictResult.h"
+#include "kalmia/analysis/model/Contributions.h"
+#include "kalmia/analysis/model/PCAScores.h"
+#include "kalmia/analysis/model/Prediction.h"
 #include "kalmia/analysis/report/PredictReport.h"
+#include "kalmia/analysis/report/ResidualsReport.h"
 #include "kalmia/analysis/table/Table.h"
+#include "kalmia/analysis/table/TableRows.h"
 #include "kalmia/analysis/text/Failure.h"
 
 namespace kalmia::app {
@@ -26,7 +31,40 @@ void Direct(Model* /*model*/, const PredictOptions& options) {
 }
 
 void Direct(StoredO2PLS* model, const PredictOptions& options) {
+  if (!options.columns.contributions.empty()) {
+    throw BadRequest(InputName(options.model) +
+                     " holds an O2PLS model, which has no T2: --contributions takes a model of PCA, PLS or OPLS");
+  }
   if (options.from == "y") TurnAround(model);
+}
+
+/// What columns add to the rows that were asked for.
+template <class Model, class Result>
+std::vector<RowContributions> Contributions(const Model& model, const Result& result, const PredictOptions& options,
+                                            const Table& table, Notes* notes) {
+  return ContributionsOfNewRows(model, result.rows,
+                                RequireRows(table, result.rows.names, options.columns.contributions), notes);
+}
+
+template <class Model, class Result>
+std::string Report(const Model& model, const Result& result, const PredictOptions& options, const Table& table,
+                   const PredictFiles& written, const std::vector<RowContributions>& contributions,
+                   const Notes& notes) {
+  return options.json ? PredictJson(model, result, written, notes, contributions)
+                      : PredictText(model, table, result, contributions);
+}
+
+/// O2PLS has no T2 to contribute to.
+std::vector<RowContributions> Contributions(const StoredO2PLS& /*model*/, const PLSPredictions& /*result*/,
+                                            const PredictOptions& /*options*/, const Table& /*table*/,
+                                            Notes* /*notes*/) {
+  return {};
+}
+
+std::string Report(const StoredO2PLS& model, const PLSPredictions& result, const PredictOptions& options,
+                   const Table& table, const PredictFiles& written,
+                   const std::vector<RowContributions>& /*contributions*/, const Notes& notes) {
+  return options.json ? PredictJson(model, result, written, notes) : PredictText(model, table, result);
 }
 
 /// What was asked for with a stored model of one kind.
@@ -35,16 +73,23 @@ std::string PredictWith(const Model& model, const PredictOptions& options, const
   TerminalBar bar;
   const auto result = Predict(model, table, options.id, bar.Get());
   notes->Add(result.notes);
+  const std::vector<RowContributions> contributions = Contributions(model, result, options, table, notes);
   PredictFiles written = {InputName(options.model), InputName(options.table), {}};
   OutputFiles files;
   if (!options.csvFolder.empty()) {
     files.MakeFolder(options.csvFolder);
-    written.csv.push_back((std::filesystem::path(options.csvFolder) / kPredictionsFile).string());
-    files.Stage(written.csv.back(),
-                PredictCsv(model, result, kPredictionsFile, MarksOf(options.csvMarks.Asked())).bytes);
+    const auto stage = [&](const CsvFile& file) {
+      written.csv.push_back((std::filesystem::path(options.csvFolder) / file.name).string());
+      files.Stage(written.csv.back(), file.bytes);
+    };
+    const CsvMarks marks = MarksOf(options.csvMarks.Asked());
+    stage(PredictCsv(model, result, kPredictionsFile, marks));
+    if (options.columns.residuals) {
+      stage(ResidualsCsv(result.rows.names, model.xNames, XResiduals(model, result.rows.x, bar.Get()), marks));
+    }
   }
   files.Commit();
-  return options.json ? PredictJson(model, result, written, *notes) : PredictText(model, table, result);
+  return Report(model, result, options, table, written, contributions, *notes);
 }
 
 std::string PredictWith(const StoredFilter& /*model*/, const PredictOptions& options, const Table& /*table*/,
@@ -56,8 +101,10 @@ std::string PredictWith(const StoredFilter& /*model*/, const PredictOptions& opt
 }  // namespace
 
 std::string RunCommand(const PredictOptions& options, Notes* notes) {
+  std::vector<std::string> names = {kPredictionsFile};
+  if (options.columns.residuals) names.push_back(kResidualsFile);
   CheckPlaces({{"the model", options.model}, {"the table", options.table}},
-              PlacesInCsvFolder(options.csvFolder, {kPredictionsFile}));
+              PlacesInCsvFolder(options.csvFolder, names));
   StoredModel model = ReadModelFile(ReadInput(options.model), InputName(options.model));
   std::visit([&options](auto& own) { Direct(&own, options); }, model);
   const Table table = ReadTable(options.table, options.reading);

@@ -16,6 +16,26 @@ void DeclareSave(CommandOptions* command, const std::string& what, std::string* 
   command->Flag("--keep-table", keepTable, "put X of the rows and its residuals into that file; left out otherwise");
 }
 
+/// `files` is what is written of what.
+void DeclareResiduals(CommandOptions* command, const std::string& files, const std::string* csvFolder,
+                      bool* residuals) {
+  command->Flag("--residuals", residuals, "with --csv: write " + files + ", in scaled units");
+  command->Check([=]() -> std::string {
+    if (!*residuals || !csvFolder->empty()) return "";
+    return "--residuals is for CSV that is written: give --csv too";
+  });
+}
+
+/// What is told of single columns, in rows of the table that `rows` names.
+void DeclareColumnsOfRows(CommandOptions* command, const std::string& rows, const std::string* csvFolder,
+                          ColumnsOfRows* options) {
+  command->Names("--contributions", &options->contributions,
+                 "also tell each column's part of T2 and of the residual of this row of the " + rows +
+                     ", by its name, or its number from 1; may be repeated",
+                 "ROW");
+  DeclareResiduals(command, "residuals.csv too, what the model leaves of X", csvFolder, &options->residuals);
+}
+
 /// The options of every command that fits a model. The table is declared before, so that it comes first in the help;
 /// what declares the numbers of components declares how they are judged, too.
 template <class DeclareComponents>
@@ -81,6 +101,7 @@ void DeclarePLS(CommandOptions* command, PLSOptions* options) {
     DeclareNested(command, &options->validation, &options->recipe, "--components");
     DeclarePermutations(command, &options->validation);
   });
+  DeclareColumnsOfRows(command, "table", &options->csvFolder, &options->columns);
   command->Text("--csv", "DIR", &options->csvFolder, "write scores, loadings, coefficients and more as CSV files");
   DeclareCsvMarks(command, &options->csvMarks, {{"--csv", &options->csvFolder}});
   DeclareReading(command, &options->reading);
@@ -100,6 +121,7 @@ void DeclarePCA(CommandOptions* command, PCAOptions* options) {
                           "chooses");
     DeclareValidation(command, &options->validation, &options->recipe, "--components");
   });
+  DeclareColumnsOfRows(command, "table", &options->csvFolder, &options->columns);
   command->Text("--csv", "DIR", &options->csvFolder, "write scores, loadings and more as CSV files");
   DeclareCsvMarks(command, &options->csvMarks, {{"--csv", &options->csvFolder}});
   DeclareReading(command, &options->reading);
@@ -125,6 +147,7 @@ void DeclareOPLS(CommandOptions* command, OPLSOptions* options) {
                 "store the cross-validation, for --resume; it is one by component");
   command->Input("--resume", &options->resume,
                  "go on from what --save-cv has stored of the same table and steps, by component");
+  DeclareColumnsOfRows(command, "table", &options->csvFolder, &options->columns);
   command->Text("--csv", "DIR", &options->csvFolder, "write scores, loadings, coefficients and more as CSV files");
   DeclareCsvMarks(command, &options->csvMarks, {{"--csv", &options->csvFolder}});
   DeclareReading(command, &options->reading);
@@ -169,6 +192,8 @@ void DeclareO2PLS(CommandOptions* command, O2PLSOptions* options) {
                      "--joint, --x-unique and --y-unique", /*isChosen=*/false});
   DeclareSave(command, "model", &options->save, &options->noRows, &options->keepTable);
   command->Flag("--json", &options->json, "print JSON");
+  DeclareResiduals(command, "x-residuals.csv and y-residuals.csv too, what the model leaves of the blocks",
+                   &options->csvFolder, &options->columns.residuals);
   command->Text("--csv", "DIR", &options->csvFolder, "write scores, loadings, weights and fitted values as CSV files");
   DeclareCsvMarks(command, &options->csvMarks, {{"--csv", &options->csvFolder}});
   DeclareReading(command, &options->reading);
@@ -185,6 +210,7 @@ void DeclarePredict(CommandOptions* command, PredictOptions* options) {
   command->Text("--id", "NAME", &options->id, "column that names the rows (default: the model's, if it is there)");
   command->Choice("--from", "x|y", {"x", "y"}, &options->from,
                   "block in the table: an O2PLS model predicts Y from X (x, the default) or X from Y (y)");
+  DeclareColumnsOfRows(command, "new table", &options->csvFolder, &options->columns);
   command->Flag("--json", &options->json, "print JSON");
   command->Text("--csv", "DIR", &options->csvFolder, "write predictions.csv");
   DeclareCsvMarks(command, &options->csvMarks, {{"--csv", &options->csvFolder}});

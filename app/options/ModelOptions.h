@@ -14,6 +14,12 @@ namespace kalmia::app {
 
 class CommandOptions;
 
+/// What is to be told of single columns in rows; O2PLS has no contributions.
+struct ColumnsOfRows {
+  std::vector<std::string> contributions;  ///< rows, by name or number, whose columns are told one by one
+  bool residuals = false;                  ///< whether X residuals are among the CSV files
+};
+
 /// What commands that fit a model take beside the recipe: the table, the steps, which are read later, and where the
 /// results go.
 struct FitOptions {
@@ -27,6 +33,7 @@ struct FitOptions {
   bool json = false;
   std::string csvFolder;  ///< empty: no CSV files
   CsvMarkOptions csvMarks;
+  ColumnsOfRows columns;
 
   ModelParts Parts() const { return {!noRows, keepTable}; }
 };
@@ -66,6 +73,7 @@ struct PredictOptions {
   bool json = false;
   std::string csvFolder;
   CsvMarkOptions csvMarks;
+  ColumnsOfRows columns;
 };
 
 struct FillOptions {

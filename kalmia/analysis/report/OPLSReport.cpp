@@ -4,6 +4,7 @@
 #include "kalmia/analysis/model/internal/OPLSDiagnostics.h"
 #include "kalmia/analysis/report/internal/ClassReport.h"
 #include "kalmia/analysis/report/internal/ComponentTables.h"
+#include "kalmia/analysis/report/internal/ContributionReport.h"
 #include "kalmia/analysis/report/internal/FitCsv.h"
 #include "kalmia/analysis/report/internal/FitReport.h"
 #include "kalmia/analysis/report/internal/ModelsCsv.h"
@@ -175,12 +176,14 @@ Json ComponentJson(const std::vector<OPLSComponentRecord>& components) {
   return list;
 }
 
-std::string OPLSText(const OPLSAnalysis& analysis, const FitFiles& files) {
+std::string OPLSText(const OPLSAnalysis& analysis, const FitFiles& files,
+                     const std::vector<RowContributions>& contributions) {
   return Heading(analysis.fit) + (analysis.validation ? RefittedText(analysis) : UnrefittedText(analysis)) +
-         RowsText(analysis.fit.model) + WrittenText(files);
+         RowsText(analysis.fit.model) + ContributionText(contributions, analysis.fit.model.xNames) + WrittenText(files);
 }
 
-std::string OPLSJson(const Table& table, const OPLSAnalysis& analysis, const Notes& notes, const FitFiles& files) {
+std::string OPLSJson(const Table& table, const OPLSAnalysis& analysis, const Notes& notes, const FitFiles& files,
+                     const std::vector<RowContributions>& contributions) {
   const OPLSResult& fit = analysis.fit;
   const StoredOPLS& model = fit.model;
   const RefitValidation* validation = analysis.validation ? &*analysis.validation : nullptr;
@@ -199,6 +202,7 @@ std::string OPLSJson(const Table& table, const OPLSAnalysis& analysis, const Not
   json["classes"] = ClassJson(fit.model);
   json["savedCv"] = TextOrNull(files.savedCv);
   AddRowsJson(fit.model, fit.model.Components(), &json);
+  json["contributions"] = ContributionJson(contributions);
   json["digest"] = DigestJson(fit.model);
   AddFilesJson(files, notes, &json);
   return JsonText(json);

@@ -4,6 +4,7 @@
 
 #include "kalmia/analysis/model/ModelDiagnostics.h"
 #include "kalmia/analysis/report/internal/ComponentTables.h"
+#include "kalmia/analysis/report/internal/ContributionReport.h"
 #include "kalmia/analysis/report/internal/FitCsv.h"
 #include "kalmia/analysis/report/internal/FitReport.h"
 #include "kalmia/analysis/report/internal/ModelsCsv.h"
@@ -152,14 +153,17 @@ Json ComponentJson(const std::vector<PCAComponentRecord>& components) {
   return list;
 }
 
-std::string PCAText(const PCAAnalysis& analysis, const FitFiles& files) {
+std::string PCAText(const PCAAnalysis& analysis, const FitFiles& files,
+                    const std::vector<RowContributions>& contributions) {
   const PCAResult& fit = analysis.fit;
   return "PCA of " + DataText(fit.data, fit.model) +
          (analysis.validation ? RefittedText(analysis) : UnrefittedText(analysis)) +
-         (fit.AnyKept() ? NamedText(fit.model) : "") + RowsText(fit.model) + WrittenText(files);
+         (fit.AnyKept() ? NamedText(fit.model) : "") + RowsText(fit.model) +
+         ContributionText(contributions, fit.model.xNames) + WrittenText(files);
 }
 
-std::string PCAJson(const Table& table, const PCAAnalysis& analysis, const Notes& notes, const FitFiles& files) {
+std::string PCAJson(const Table& table, const PCAAnalysis& analysis, const Notes& notes, const FitFiles& files,
+                    const std::vector<RowContributions>& contributions) {
   const PCAResult& fit = analysis.fit;
   const StoredPCA& model = fit.model;
   Json json = JsonHeader("kalmia-pca", kRefitJsonVersion);
@@ -176,6 +180,7 @@ std::string PCAJson(const Table& table, const PCAAnalysis& analysis, const Notes
     json["scores"] = NamedComponentsJson(model.rowNames, {{"t", *model.pca->GetTprim()}});
   }
   AddRowsJson(fit.model, fit.model.Components(), &json);
+  json["contributions"] = ContributionJson(contributions);
   json["digest"] = DigestJson(fit.model);
   AddFilesJson(files, notes, &json);
   return JsonText(json);

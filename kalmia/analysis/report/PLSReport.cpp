@@ -3,6 +3,7 @@
 #include "kalmia/analysis/model/ModelDiagnostics.h"
 #include "kalmia/analysis/report/internal/ClassReport.h"
 #include "kalmia/analysis/report/internal/ComponentTables.h"
+#include "kalmia/analysis/report/internal/ContributionReport.h"
 #include "kalmia/analysis/report/internal/FitCsv.h"
 #include "kalmia/analysis/report/internal/FitReport.h"
 #include "kalmia/analysis/report/internal/NamedComponents.h"
@@ -218,12 +219,14 @@ Json ComponentJson(const std::vector<ComponentRecord>& components, const std::ve
   return list;
 }
 
-std::string PLSText(const PLSAnalysis& analysis, const FitFiles& files) {
+std::string PLSText(const PLSAnalysis& analysis, const FitFiles& files,
+                    const std::vector<RowContributions>& contributions) {
   return Heading(analysis.fit) + (analysis.validation ? RefittedText(analysis) : UnrefittedText(analysis)) +
-         RowsText(analysis.fit.model) + WrittenText(files);
+         RowsText(analysis.fit.model) + ContributionText(contributions, analysis.fit.model.xNames) + WrittenText(files);
 }
 
-std::string PLSJson(const Table& table, const PLSAnalysis& analysis, const Notes& notes, const FitFiles& files) {
+std::string PLSJson(const Table& table, const PLSAnalysis& analysis, const Notes& notes, const FitFiles& files,
+                    const std::vector<RowContributions>& contributions) {
   const PLSResult& fit = analysis.fit;
   const RefitValidation* validation = analysis.validation ? &*analysis.validation : nullptr;
   // What was only described stands beside the errors of its number of components.
@@ -242,6 +245,7 @@ std::string PLSJson(const Table& table, const PLSAnalysis& analysis, const Notes
   json["permutation"] = PermutationJson(fit.model, analysis.permutation);
   json["classes"] = ClassJson(fit.model);
   AddRowsJson(fit.model, fit.model.Components(), &json);
+  json["contributions"] = ContributionJson(contributions);
   json["digest"] = DigestJson(fit.model);
   AddFilesJson(files, notes, &json);
   return JsonText(json);

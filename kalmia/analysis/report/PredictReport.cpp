@@ -6,6 +6,7 @@
 
 #include "kalmia/analysis/file/ModelFile.h"
 #include "kalmia/analysis/report/internal/ClassReport.h"
+#include "kalmia/analysis/report/internal/ContributionReport.h"
 #include "kalmia/analysis/report/internal/RowReport.h"
 #include "kalmia/analysis/table/internal/CsvText.h"
 #include "kalmia/analysis/text/DisplayText.h"
@@ -307,8 +308,10 @@ void AddPredictJson(const StoredPCA& model, const PCAPredictions& result, Json* 
   (*json)["rows"] = list;
 }
 
+/// `contributions` is null for a kind of model that has none.
 template <class Model, class Result>
-std::string JsonOf(const Model& model, const Result& result, const PredictFiles& files, const Notes& notes) {
+std::string JsonOf(const Model& model, const Result& result, const PredictFiles& files, const Notes& notes,
+                   const std::vector<RowContributions>* contributions) {
   Json json = JsonHeader(PredictFormat(model), kRefitJsonVersion);
   json["model"] = files.model;
   json["digest"] = ModelDigest(model);
@@ -317,6 +320,7 @@ std::string JsonOf(const Model& model, const Result& result, const PredictFiles&
   json["missingColumns"] = result.rows.missingColumns;
   json["limits"] = LimitsJson(model, model.Components());
   AddPredictJson(model, result, &json);
+  if (contributions != nullptr) json["contributions"] = ContributionJson(*contributions);
   json["csvFiles"] = files.csv;
   json["notes"] = notes.Lines();
   return JsonText(json);
@@ -324,7 +328,8 @@ std::string JsonOf(const Model& model, const Result& result, const PredictFiles&
 
 }  // namespace
 
-std::string PredictText(const YModelInfo& model, const Table& table, const PLSPredictions& result) {
+std::string PredictText(const YModelInfo& model, const Table& table, const PLSPredictions& result,
+                        const std::vector<RowContributions>& contributions) {
   const bool anyReason = std::any_of(result.predictions.begin(), result.predictions.end(),
                                      [](const auto& row) { return !row.reason.empty(); });
   TextTable text;
@@ -346,7 +351,8 @@ std::string PredictText(const YModelInfo& model, const Table& table, const PLSPr
   return "Predictions of " + WhatIsPredicted(model) + " for " + table.Name() + ", " +
          Counted(result.predictions.size(), "row") + ", " + with + "\n\n" + text.Text() +
          NewLimitsText(result.diagnosis) +
-         (result.classes ? TallyText(model, *result.classes) : ErrorText(model, result));
+         (result.classes ? TallyText(model, *result.classes) : ErrorText(model, result)) +
+         ContributionText(contributions, model.xNames);
 }
 
 CsvFile PredictCsv(const YModelInfo& model, const PLSPredictions& result, const std::string& file,
@@ -377,7 +383,8 @@ CsvFile PredictCsv(const YModelInfo& model, const PLSPredictions& result, const 
   return {file, csv.Text()};
 }
 
-std::string PredictText(const StoredPCA& model, const Table& table, const PCAPredictions& result) {
+std::string PredictText(const StoredPCA& model, const Table& table, const PCAPredictions& result,
+                        const std::vector<RowContributions>& contributions) {
   const bool anyReason =
       std::any_of(result.scores.begin(), result.scores.end(), [](const auto& row) { return !row.reason.empty(); });
   TextTable text;
@@ -394,7 +401,8 @@ std::string PredictText(const StoredPCA& model, const Table& table, const PCAPre
     text.AddRow(cells);
   }
   return "Scores of " + table.Name() + ", " + Counted(result.scores.size(), "row") + ", in " +
-         Counted(CountOf(model), "component") + "\n\n" + text.Text() + NewLimitsText(result.diagnosis);
+         Counted(CountOf(model), "component") + "\n\n" + text.Text() + NewLimitsText(result.diagnosis) +
+         ContributionText(contributions, model.xNames);
 }
 
 CsvFile PredictCsv(const StoredPCA& model, const PCAPredictions& result, const std::string& file,
@@ -415,23 +423,23 @@ CsvFile PredictCsv(const StoredPCA& model, const PCAPredictions& result, const s
 }
 
 std::string PredictJson(const StoredPLS& model, const PLSPredictions& result, const PredictFiles& files,
-                        const Notes& notes) {
-  return JsonOf(model, result, files, notes);
+                        const Notes& notes, const std::vector<RowContributions>& contributions) {
+  return JsonOf(model, result, files, notes, &contributions);
 }
 
 std::string PredictJson(const StoredOPLS& model, const PLSPredictions& result, const PredictFiles& files,
-                        const Notes& notes) {
-  return JsonOf(model, result, files, notes);
+                        const Notes& notes, const std::vector<RowContributions>& contributions) {
+  return JsonOf(model, result, files, notes, &contributions);
 }
 
 std::string PredictJson(const StoredO2PLS& model, const PLSPredictions& result, const PredictFiles& files,
                         const Notes& notes) {
-  return JsonOf(model, result, files, notes);
+  return JsonOf(model, result, files, notes, /*contributions=*/nullptr);
 }
 
 std::string PredictJson(const StoredPCA& model, const PCAPredictions& result, const PredictFiles& files,
-                        const Notes& notes) {
-  return JsonOf(model, result, files, notes);
+                        const Notes& notes, const std::vector<RowContributions>& contributions) {
+  return JsonOf(model, result, files, notes, &contributions);
 }
 
 }  // namespace kalmia::analysis

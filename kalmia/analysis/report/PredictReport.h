@@ -3,6 +3,7 @@
 #include <string>
 #include <vector>
 
+#include "kalmia/analysis/model/Contributions.h"
 #include "kalmia/analysis/model/PCAPredictions.h"
 #include "kalmia/analysis/model/PLSPredictions.h"
 #include "kalmia/analysis/model/StoredModel.h"
@@ -22,20 +23,22 @@ struct PredictFiles {
 
 /// A line for each row: what is predicted of Y with its interval, beside what was measured, or its class with the
 /// logarithm of the odds, or its scores; T2, the distance to the model, the limits that it passes, and why nothing can
-/// be said. Below it the limits, and the root mean square error of each Y that was measured, or how many rows of each
-/// class are assigned to which.
-KALMIA_EXPORT std::string PredictText(const YModelInfo& model, const Table& table, const PLSPredictions& result);
-KALMIA_EXPORT std::string PredictText(const StoredPCA& model, const Table& table, const PCAPredictions& result);
+/// be said. Below it the limits, the root mean square error of each Y that was measured, or how many rows of each class
+/// are assigned to which, and what columns contribute to rows that were asked for.
+KALMIA_EXPORT std::string PredictText(const YModelInfo& model, const Table& table, const PLSPredictions& result,
+                                      const std::vector<RowContributions>& contributions = {});
+KALMIA_EXPORT std::string PredictText(const StoredPCA& model, const Table& table, const PCAPredictions& result,
+                                      const std::vector<RowContributions>& contributions = {});
 
 /// What a model says of new rows as JSON, format kalmia-predict, or kalmia-predict-o2pls or kalmia-predict-pca.
 KALMIA_EXPORT std::string PredictJson(const StoredPLS& model, const PLSPredictions& result, const PredictFiles& files,
-                        const Notes& notes);
+                        const Notes& notes, const std::vector<RowContributions>& contributions = {});
 KALMIA_EXPORT std::string PredictJson(const StoredOPLS& model, const PLSPredictions& result, const PredictFiles& files,
-                        const Notes& notes);
+                        const Notes& notes, const std::vector<RowContributions>& contributions = {});
 KALMIA_EXPORT std::string PredictJson(const StoredO2PLS& model, const PLSPredictions& result, const PredictFiles& files,
                         const Notes& notes);
 KALMIA_EXPORT std::string PredictJson(const StoredPCA& model, const PCAPredictions& result, const PredictFiles& files,
-                        const Notes& notes);
+                        const Notes& notes, const std::vector<RowContributions>& contributions = {});
 
 /// For each row the predicted values with their intervals, and the measured ones under "measured NAME" where the table
 /// has a column for a Y (empty where it has none), of classes also the class and the log odds, scores, T2, distances,

@@ -87,7 +87,8 @@ TEST(JsonSchema, HoldsForEveryOutput) {
                    "7,,x,1,5,1,2,u\n7,,y,2,3,2,2.5,v\n7,,z,3,1,4,3,u\n7,,w,5,2,4.5,NA,v\n,,q,,,1,1,u\n");
   const std::string model = folder.Path("m");
   ExpectValid("kalmia-pls", RunKalmia({"pls", table, "--y", "y1,y2", "--id", "s", "--group-column", "g", "--components",
-                                       "2", "--json", "--save", model, "--csv", folder.Path("d")})
+                                       "2", "--json", "--save", model, "--csv", folder.Path("d"), "--contributions",
+                                       "1", "--residuals"})
                                 .Json());
   for (const char* method : {"refit", "component", "none"}) {
     ExpectValid("kalmia-pls", RunKalmia({"pls", "-", "--y", "y", "--components", "2", "--validation", method, "--json"},
@@ -100,6 +101,7 @@ TEST(JsonSchema, HoldsForEveryOutput) {
                                     .Json());
   ExpectValid("kalmia-info", RunKalmia({"info", model, "--json"}).Json());
   ExpectValid("kalmia-predict", RunKalmia({"predict", model, table, "--json", "--csv", folder.Path("d")}).Json());
+  ExpectValid("kalmia-predict", RunKalmia({"predict", model, table, "--json", "--contributions", "1"}).Json());
   ExpectValid("kalmia-predict", RunKalmia({"predict", model, "-", "--json"}, "a\n1\nNA\n").Json());
   ExpectValid("kalmia-pls", RunKalmia({"pls", "-", "--y", "c", "--components", "1", "--json", "--save", model},
                                       "c,x,z\np,1,2\nq,2,5\np,1,3\nq,3,4\np,2,1\nq,3,6\n")
@@ -114,15 +116,17 @@ TEST(JsonSchema, HoldsForEveryOutput) {
   ExpectValid("kalmia-describe", RunKalmia({"describe", table, "--json"}).Json());
   const std::string pca = folder.Path("pca");
   ExpectValid("kalmia-pca", RunKalmia({"pca", table, "--id", "s", "--group-column", "g", "--components", "2", "--json",
-                                       "--save", pca, "--csv", folder.Path("d")})
+                                       "--save", pca, "--csv", folder.Path("d"), "--contributions", "x"})
                                 .Json());
   ExpectValid("kalmia-pca", RunKalmia({"pca", "-", "--json"}, UnrelatedTable(30, 6, 1, 5)).Json());
   ExpectValid("kalmia-info-pca", RunKalmia({"info", pca, "--json"}).Json());
   ExpectValid("kalmia-predict-pca", RunKalmia({"predict", pca, table, "--json", "--csv", folder.Path("d")}).Json());
-  ExpectValid("kalmia-predict-pca", RunKalmia({"predict", pca, "-", "--json"}, "a\n1\nNA\n").Json());
+  ExpectValid("kalmia-predict-pca",
+              RunKalmia({"predict", pca, "-", "--json", "--contributions", "2"}, "a\n1\nNA\n").Json());
   const std::string opls = folder.Path("opls");
   ExpectValid("kalmia-opls", RunKalmia({"opls", table, "--y", "y1,y2", "--id", "s", "--orthogonal", "1", "--predictive",
-                                        "1", "--groups", "4", "--json", "--save", opls, "--csv", folder.Path("d")})
+                                        "1", "--groups", "4", "--json", "--save", opls, "--csv", folder.Path("d"),
+                                        "--contributions", "1"})
                                  .Json());
   ExpectValid("kalmia-opls", RunKalmia({"opls", "-", "--y", "y1", "--json"}, UnrelatedTable(30, 6, 1, 5)).Json());
   ExpectValid("kalmia-info-opls", RunKalmia({"info", opls, "--json"}).Json());
