@@ -15,6 +15,7 @@
 #include "kalmia/analysis/model/PCAScores.h"
 #include "kalmia/analysis/model/Prediction.h"
 #include "kalmia/analysis/model/RowDiagnosis.h"
+#include "kalmia/analysis/steps/Steps.h"
 #include "kalmia/analysis/text/Failure.h"
 #include "kalmia/containers/Missing.h"
 #include "validation/PlainPls.h"
@@ -166,6 +167,25 @@ TEST(Contributions, SumToT2InACompleteCentredTable) {
   }
 }
 
+TEST(Contributions, OfSeveralPredictiveComponentsSumToT2Too) {
+  auto recipe = Given<OPLSRecipe>(1, {"name"});
+  recipe.id.clear();
+  recipe.exclude.clear();
+  recipe.y = {"y1", "y2", "y3"};
+  recipe.predictive = 2;
+  ExpectPartsOfT2(Fit(recipe, Table(UnrelatedTable(40, 8, 3, 11), "t")));
+}
+
+TEST(Contributions, AreOfTheColumnsThatThePreprocessingMakes) {
+  auto recipe = Given<PLSRecipe>(2, {"name"});
+  recipe.y = {"y"};
+  recipe.steps = GivenSteps{"s", ParseSteps("wavelet-compress:4:daubechies:4", "s"), {}};
+  const PLSResult fit = Fit(recipe, Table(LinearTable(40, 8, 12), "t"));
+  Notes notes;
+  EXPECT_THAT(ContributionsOfTrainingRows(fit.model, fit.data.x, {0}, &notes).front().t2Parts, SizeIs(4));
+  ExpectPartsOfT2(fit);
+}
+
 /// Squared residuals sum to (K_i - A) s_i^2, of rows with holes and without.
 template <class Result>
 void ExpectResidualsOfTheDistance(const Result& fit) {
@@ -293,6 +313,23 @@ TEST(Contributions, DoNotSumToT2WithoutCentringAndANoteSaysSo) {
   EXPECT_NEAR(SumOf(row.t2Parts), sum, 1e-5 * std::fabs(sum));
   EXPECT_GT(std::fabs(sum - row.t2), 1e-2);
   EXPECT_THAT(notes.Lines(), ElementsAre(HasSubstr("do not have the mean 0")));
+}
+
+TEST(Contributions, OfACompleteRowDoNotSumToT2WhereHolesOfOthersMoveTheMeanOfTheScores) {
+  Notes notes;
+  const PLSResult fit = FitPLS(Table(WithHoles(LinearTable(40, 8, 13), 5), "t"), 2);
+  const RowContributions row = OfNewRow(fit.model, OneRow(1.0, 2), &notes);
+  const ScoreMoments& moments = fit.model.rowTerms->scores;
+  // By algebra the parts sum to T2 and, over the components, (t - mean) mean / var.
+  const std::vector<RowPrediction> predicted =
+      PredictRows(fit.model, ReadNewRows(fit.model, Table(OneRow(1.0, 2), "n"), "", &notes).x);
+  double beyond = 0.0;
+  for (std::size_t a = 0; a < 2; ++a) {
+    beyond += (predicted.front().t[a] - moments.means[a]) * moments.means[a] / moments.variances[a];
+  }
+  EXPECT_GT(std::fabs(beyond), 1e-3);
+  EXPECT_NEAR(SumOf(row.t2Parts), row.t2 + beyond, 1e-5 * (1.0 + row.t2));
+  EXPECT_THAT(notes.Lines(), Contains(HasSubstr("the scores of the training rows do not have the mean 0")));
 }
 
 TEST(Contributions, OfARowWithoutAnyCellAreNotNumbersAndANoteSaysWhy) {
