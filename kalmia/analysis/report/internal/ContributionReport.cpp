@@ -53,13 +53,15 @@ std::string RowText(const RowContributions& row, const std::vector<std::string>&
   if (most == 0) return heading + ": none.\n";
   const std::size_t shown = std::min(most, kContributionsShown);
   TextTable table;
-  table.AddColumn("column", Align::Left);
-  table.AddColumn("part of T2", Align::Right);
+  if (!parts.empty()) {
+    table.AddColumn("column", Align::Left);
+    table.AddColumn("part of T2", Align::Right);
+  }
   table.AddColumn("column", Align::Left);
   table.AddColumn("residual", Align::Right);
   for (std::size_t place = 0; place < shown; ++place) {
     std::vector<std::string> cells;
-    AddCells(columns, row.t2Parts, parts, place, &cells);
+    if (!parts.empty()) AddCells(columns, row.t2Parts, parts, place, &cells);
     AddCells(columns, row.residuals, residuals, place, &cells);
     table.AddRow(cells);
   }
