@@ -37,12 +37,13 @@ JackKnifeResult IntervalsOf(const std::vector<double>& numbers, const std::vecto
   result.degrees = degrees;
   result.standardErrors = standardErrors;
   const double t = QuantileOfAbsoluteStudent(share, degrees);
+  const StudentShares shares(degrees);
   for (std::size_t k = 0; k < numbers.size(); ++k) {
     if (k % 1024 == 0) work.Ask();
     const double b = numbers[k], s = standardErrors[k];
     result.lower.push_back(std::max(least, b - t * s));
     result.upper.push_back(b + t * s);
-    result.p.push_back(s > 0.0 ? ShareBeyondStudent(b / s, result.degrees) : kNotANumber);
+    result.p.push_back(s > 0.0 ? shares.Beyond(b / s) : kNotANumber);
   }
   return result;
 }

@@ -36,7 +36,7 @@ class KALMIA_EXPORT JackKnife {
 
   /// After whole repeats, one at least: intervals of the probability `share` (0.5 to 0.9999), cut at `least` below, as
   /// at 0 for numbers that cannot be negative.
-  /// Cost: some three microseconds a number. Throws Stopped where `progress`, which may be null, wants to stop.
+  /// Cost: less than a microsecond a number. Throws Stopped where `progress`, which may be null, wants to stop.
   JackKnifeResult Result(double share = 0.95, double least = -std::numeric_limits<double>::infinity(),
                          NCProgress* progress = nullptr) const;
 

@@ -33,6 +33,20 @@ TEST(Probabilities, AreThoseOfFortyDigits) {  // data/probabilities.py, mpmath 1
   }
 }
 
+TEST(Probabilities, OfManyValuesAreThoseOfSingleOnes) {  // by two series and Boost, whichever is quick
+  for (const double df : {1.0, 2.0, 6.0, 9.0, 59.0, 999.0, 1000.0, 1e5}) {
+    const StudentShares shares(df);
+    for (double t = 1e-3; t < 1e6; t *= 1.3) {  // of smaller ones Boost loses digits
+      const double expected = ShareBeyondStudent(t, df);
+      if (expected < 1e-300) break;
+      EXPECT_NEAR(shares.Beyond(t) / expected, 1.0, 2e-12) << t << " " << df;  // 1e-12 of either
+      EXPECT_EQ(shares.Beyond(-t), shares.Beyond(t));
+    }
+    EXPECT_EQ(shares.Beyond(0.0), 1.0);
+    EXPECT_EQ(shares.Beyond(std::numeric_limits<double>::infinity()), 0.0);
+  }
+}
+
 TEST(Probabilities, OfManyDegreesGoOnWithoutAStep) {
   // (chi2 - df) / sqrt(2 df) tends to 1.6448536269514722, the normal quantile, as 1 / sqrt(df): by the expansion of
   // Cornish and Fisher it is that + (z^2 - 1) sqrt(2) / (3 sqrt(df)).

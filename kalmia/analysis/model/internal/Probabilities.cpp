@@ -5,6 +5,7 @@
 #include <boost/math/distributions/fisher_f.hpp>
 #include <boost/math/distributions/normal.hpp>
 #include <boost/math/distributions/students_t.hpp>
+#include <boost/math/special_functions/beta.hpp>
 #include <cmath>
 
 namespace kalmia::analysis {
@@ -20,6 +21,22 @@ double ChiSquareQuantileOfManyDegrees(double share, double df) {
   const Real variance = 2.0L / (9.0L * df);
   const Real root = 1.0L - variance + quantile(boost::math::normal_distribution<Real>(), share) * std::sqrt(variance);
   return static_cast<double>(df * root * root * root);
+}
+
+constexpr double kDegreesOfPowers = 1000;  ///< powers of so many degrees, and fewer, lose no digits that were promised
+constexpr double kNearMiddle = 1.5;        ///< of |t|: 1 less the share within loses no digit
+constexpr double kQuickSeries = 0.8;       ///< ratio of terms
+
+/// B_x(a, b), the incomplete beta function, of x = 1 - y. M. Abramowitz, I. A. Stegun, Handbook of Mathematical
+/// Functions (1964), 26.5.4: x^a y^b / a times the sum of 1 and terms, each of them x (a + b + j) / (a + 1 + j) times the
+/// one before.
+double BetaSeries(double x, double y, double a, double b) {
+  double term = 1.0, sum = 1.0;
+  for (int j = 0; term > 1e-17 * sum; ++j) {
+    term *= x * (a + b + j) / (a + 1.0 + j);
+    sum += term;
+  }
+  return std::pow(x, a) * std::pow(y, b) / a * sum;
 }
 
 }  // namespace
@@ -45,6 +62,17 @@ double ChiSquareQuantile(double share, double df) {
 double ShareBeyondStudent(double t, double df) {
   if (std::isinf(t)) return 0.0;
   return 2.0 * cdf(complement(boost::math::students_t_distribution<double>(df), std::fabs(t)));
+}
+
+StudentShares::StudentShares(double df) : df_(df), beta_(boost::math::beta(df / 2.0, 0.5)) {}
+
+double StudentShares::Beyond(double t) const {
+  const double square = t * t;
+  const double within = square / (df_ + square), beyond = df_ / (df_ + square);
+  if (!(df_ < kDegreesOfPowers) || !std::isfinite(square)) return ShareBeyondStudent(t, df_);
+  if (std::fabs(t) <= kNearMiddle) return 1.0 - BetaSeries(within, beyond, 0.5, df_ / 2.0) / beta_;
+  if (beyond <= kQuickSeries) return BetaSeries(beyond, within, df_ / 2.0, 0.5) / beta_;
+  return ShareBeyondStudent(t, df_);
 }
 
 double ShareAboveFisher(double f, double df1, double df2) {

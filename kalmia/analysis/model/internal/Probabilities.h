@@ -13,6 +13,19 @@ double ChiSquareQuantile(double share, double df);
 
 /// P(|T| > |t|); 0 for an infinite t.
 double ShareBeyondStudent(double t, double df);
+
+/// The same, many times of the same degrees: mostly in a tenth of the time.
+class StudentShares {
+ public:
+  explicit StudentShares(double df);
+
+  double Beyond(double t) const;
+
+ private:
+  double df_;
+  double beta_;  ///< B(df / 2, 1 / 2)
+};
+
 /// P(F > f); 1 for f of 0 and below, 0 for an infinite f.
 double ShareAboveFisher(double f, double df1, double df2);
 
