@@ -36,6 +36,7 @@
 #include "kalmia/kernels/MatrixColumnVectorOperationThread.h"
 #include "kalmia/kernels/NCSVD.h"
 #include "kalmia/kernels/ParallelTasks.h"
+#include "kalmia/kernels/SideBySideSums.h"
 #include "kalmia/kernels/ThreadingControl.h"
 
 #include "kalmia/statistics/ControlChart.h"
