@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <memory>
 #include <vector>
 
@@ -85,8 +86,10 @@ class SeriesFamily {
                                                    const SeriesLimits& limits, WorkProgress* progress) const = 0;
   /// Components of the block of model 1; 0 where the series of all rows is to tell.
   virtual int Block() const { return 1; }
-  /// What the series of all rows tells the rounds.
-  virtual void LearnFrom(const ComponentSeries& /*ofAllRows*/) {}
+  /// The rounds take the block that the series of all rows has.
+  virtual void LearnBlock(int /*ofAllRows*/) {}
+  /// Whether the models of complete tables are those of PLS, which may be fitted side by side.
+  virtual bool HasModelsOfPLS(std::size_t /*yColumns*/) const { return false; }
 };
 
 }  // namespace kalmia::analysis

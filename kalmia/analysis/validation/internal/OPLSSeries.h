@@ -18,7 +18,7 @@ class OPLSFamily : public SeriesFamily {
   std::unique_ptr<ComponentSeries> Extract(const NCDataMatrix<float>& x, const NCDataMatrix<float>& y,
                                            const SeriesLimits& limits, WorkProgress* progress) const override;
   int Block() const override { return predictive_; }
-  void LearnFrom(const ComponentSeries& ofAllRows) override { predictive_ = ofAllRows.Block(); }
+  void LearnBlock(int ofAllRows) override { predictive_ = ofAllRows; }
 
  private:
   int predictive_;

@@ -251,7 +251,7 @@ class Permutations {
       xOfRounds.push_back(source_->Split(round.fitted, round.leftOut, work_.SilentBar()));
     }
     const RoundModel whole = ModelOf(rounds.back(), xOfRounds.back(), data_.measuredY);
-    if (whole.Series() != nullptr) refits_.family->LearnFrom(*whole.Series());
+    if (whole.Series() != nullptr) refits_.family->LearnBlock(whole.Series()->Block());
     RandomDraws draws = starts_.front();
     for (std::size_t run = 0; run < RunCount(); ++run) {
       work_.MoveToPart(static_cast<int>(run) + 1, runs_ + 1);

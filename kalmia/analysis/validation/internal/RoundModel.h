@@ -9,16 +9,11 @@
 #include "kalmia/analysis/steps/Scaling.h"
 #include "kalmia/analysis/text/WorkProgress.h"
 #include "kalmia/analysis/validation/internal/ComponentSeries.h"
+#include "kalmia/analysis/validation/internal/RoundFigures.h"
 #include "kalmia/analysis/validation/internal/RoundX.h"
 #include "kalmia/analysis/validation/internal/SourceX.h"
 
 namespace kalmia::analysis {
-
-/// What the models of a series, from 0 on, say of rows that they were not fitted to.
-struct LeftOutRows {
-  std::vector<RealMatrix> predicted;  ///< rows by Y columns, in the units of the table; not a number where none
-  RealMatrix distances;               ///< rows by models: normalised, see DistanceToModel
-};
 
 /// A series of models of some rows of a table: shifts, centres, factors and components are learnt from these rows
 /// alone, as Fit learns them.

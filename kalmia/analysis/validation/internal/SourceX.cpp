@@ -9,12 +9,6 @@ namespace kalmia::analysis {
 
 namespace {
 
-/// Whether models of other rows would take other steps.
-bool LearnsAnew(const FitRecipe& recipe) {
-  if (!recipe.steps || recipe.steps->chain) return false;
-  return std::any_of(recipe.steps->steps.begin(), recipe.steps->steps.end(), LearnsOfRows);
-}
-
 RealColumns ColumnsOf(const CellRows& cells, const std::vector<int>& places) {
   RealColumns columns;
   for (const int place : places) columns.push_back(cells.Column(place));
@@ -28,6 +22,11 @@ std::vector<int> AllPlaces(const Signals& signals) {
 }
 
 }  // namespace
+
+bool LearnsAnew(const FitRecipe& recipe) {
+  if (!recipe.steps || recipe.steps->chain) return false;
+  return std::any_of(recipe.steps->steps.begin(), recipe.steps->steps.end(), LearnsOfRows);
+}
 
 RealColumns RowsOfColumns(const RealColumns& columns, const std::vector<std::size_t>& rows) {
   RealColumns taken;

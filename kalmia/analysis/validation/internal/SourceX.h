@@ -18,6 +18,9 @@ using RealColumns = std::vector<std::vector<double>>;
 /// The cells of some rows, from 0, of each column.
 RealColumns RowsOfColumns(const RealColumns& columns, const std::vector<std::size_t>& rows);
 
+/// Whether models of other rows would take other steps.
+bool LearnsAnew(const FitRecipe& recipe);
+
 /// X of the rows that a model is fitted to, and of those that it is to predict.
 struct SplitX {
   std::vector<std::string> names;

@@ -1,6 +1,7 @@
 #include "kalmia/analysis/validation/internal/YRefits.h"
 
 #include <algorithm>
+#include <cmath>
 #include <limits>
 #include <numeric>
 #include <set>
@@ -11,6 +12,7 @@
 #include "kalmia/analysis/model/DiscriminantRule.h"
 #include "kalmia/analysis/text/DisplayText.h"
 #include "kalmia/analysis/text/WorkProgress.h"
+#include "kalmia/analysis/validation/internal/LaneRounds.h"
 #include "kalmia/analysis/validation/internal/RefitRounds.h"
 #include "kalmia/analysis/validation/internal/RoundModel.h"
 #include "kalmia/analysis/validation/internal/SourceX.h"
@@ -27,13 +29,14 @@ class Refitting {
  public:
   Refitting(YRefits refits, const Table& table, const ValidationRecipe& validation, NCProgress* progress,
             const std::vector<std::size_t>* rows)
-      : refits_(std::move(refits)), validation_(validation), progress_(progress), work_(progress) {
+      : refits_(std::move(refits)), table_(table), validation_(validation), progress_(progress), work_(progress) {
     Notes ofTheFit;
     data_ = SelectData(table, refits_.recipe, &ofTheFit, progress);
+    xRows_ = AllRows();
     if (rows != nullptr) KeepRows(*rows);
     result_.folds = FoldsOf(refits_.recipe, table, data_, validation.folds, &result_.notes);
-    source_ = std::make_unique<SourceX>(table, refits_.recipe, data_, progress);
     for (const std::string& name : data_.xNames) placeOf_.emplace(name, placeOf_.size());
+    if (ServesLanes()) FormLanes();
   }
 
   RefitValidation Run() {
@@ -50,7 +53,15 @@ class Refitting {
   }
 
  private:
+  /// Of the model, from 0.
+  std::vector<std::size_t> AllRows() const {
+    std::vector<std::size_t> all(data_.rows.size());
+    std::iota(all.begin(), all.end(), std::size_t{0});
+    return all;
+  }
+
   void KeepRows(const std::vector<std::size_t>& rows) {
+    xRows_ = rows;
     data_.measuredY = RowsOfColumns(data_.measuredY, rows);
     data_.rows = Kept(data_.rows, rows);
     data_.rowNames = Kept(data_.rowNames, rows);
@@ -74,24 +85,86 @@ class Refitting {
     return {kAny, MostComponents(data_, std::nullopt, &none)};
   }
 
+  bool IsComplete() const {
+    if (data_.x.GetNumMisVal() > 0) return false;
+    return std::none_of(data_.measuredY.begin(), data_.measuredY.end(), [](const std::vector<double>& column) {
+      return std::any_of(column.begin(), column.end(), [](double cell) { return std::isnan(cell); });
+    });
+  }
+
+  bool ServesLanes() const {
+    if (!refits_.family->HasModelsOfPLS(data_.yNames.size()) || LearnsAnew(refits_.recipe)) return false;
+    const auto most = static_cast<int>(std::min(data_.rows.size(), data_.xNames.size()));
+    const SeriesLimits limits = Limits();
+    return IsComplete() && LaneRounds::Serves(data_.rows.size(), data_.xNames.size(), data_.yNames.size(),
+                                              std::min({limits.models, limits.components, most}));
+  }
+
+  void FormLanes() {
+    LaneTable table;
+    for (const std::size_t row : xRows_) table.x.push_back(std::as_const(data_.x)[static_cast<int>(row) + 1].begin());
+    table.xShifts = data_.xShifts;
+    table.xNames = data_.xNames;
+    table.y = data_.measuredY;
+    table.yNames = data_.yNames;
+    table.scaling = refits_.recipe.scaling;
+    limits_ = Limits();
+    const auto rounds = static_cast<std::size_t>(Partition().Rounds());
+    lanes_.emplace(std::move(table), rounds + 1, [this](std::size_t round) {
+      if (round == 0) return LaneRound{AllRows(), {}, limits_};
+      const int repeat = static_cast<int>(round - 1) / Partition().groups;
+      const int group = static_cast<int>(round - 1) % Partition().groups;
+      return LaneRound{RowsOutsideGroup(Partition(), repeat, group), RowsOfGroup(Partition(), repeat, group), limits_};
+    });
+  }
+
+  /// A model whose number is given is the only one whose coefficients are asked for.
+  int FirstOfCoefficients() const { return refits_.models ? limits_.models : 0; }
+
+  /// Of a round, from 1 on; 0 are all rows.
+  RoundFigures FitRows(std::size_t round, const std::vector<std::size_t>& fitted,
+                       const std::vector<std::size_t>& leftOut) {
+    if (lanes_) {
+      const RoundQuestions questions{data_.classes.has_value(), FirstOfCoefficients()};
+      std::optional<RoundFigures> figures = lanes_->Figures(round, questions, &work_, [&](double share) {
+        if (round == 0) work_.MoveTo(share);  // later on the bar shows the rounds
+      });
+      if (figures) return std::move(*figures);
+    }
+    if (!source_) source_ = std::make_unique<SourceX>(table_, refits_.recipe, data_, progress_);
+    const SplitX x = source_->Split(fitted, leftOut, work_.SilentBar());
+    const RoundModel model(*refits_.family, x.names, x.fitted, data_.yNames, RowsOfColumns(data_.measuredY, fitted),
+                           refits_.recipe.scaling, limits_, &work_);
+    RoundFigures figures;
+    figures.lastModel = model.LastModel();
+    if (model.Series() != nullptr) {
+      figures.block = model.Series()->Block();
+      figures.r2x = model.Series()->R2X();
+      figures.r2y = model.Series()->R2Y();
+    }
+    figures.columnsWithoutSpread = model.ColumnsWithoutSpread();
+    figures.leftOut = model.Predict(x.leftOut, &work_);
+    if (data_.classes) figures.fitted = model.Predict(x.fitted, &work_);
+    figures.coefficients = model.Coefficients(PlacesOf(x.names), placeOf_.size());
+    figures.importances = model.Importances(PlacesOf(x.names), placeOf_.size());
+    return figures;
+  }
+
   /// The model that the jack-knife takes its rounds' coefficients about.
   void FitAllRows() {
     work_.Begin("validation: all rows");
-    std::vector<std::size_t> all(data_.rows.size());
-    std::iota(all.begin(), all.end(), std::size_t{0});
-    const SplitX x = source_->Split(all, {}, work_.SilentBar());
-    const RoundModel model(*refits_.family, x.names, x.fitted, data_.yNames, data_.measuredY, refits_.recipe.scaling,
-                           Limits(), &work_);
-    refits_.family->LearnFrom(*model.Series());
-    result_.block = model.Series()->Block();
-    result_.r2x = model.Series()->R2X();
-    result_.r2y = model.Series()->R2Y();
     limits_ = Limits();
-    limits_.models = ofAllRows_ = model.LastModel();
-    for (std::vector<double>& vip : model.Importances(PlacesOf(x.names), placeOf_.size())) {
+    RoundFigures figures = FitRows(0, AllRows(), {});
+    refits_.family->LearnBlock(figures.block);
+    result_.block = figures.block;
+    result_.r2x = figures.r2x;
+    result_.r2y = figures.r2y;
+    limits_ = Limits();
+    limits_.models = ofAllRows_ = figures.lastModel;
+    for (std::vector<double>& vip : figures.importances) {
       vipJackKnives_.emplace_back(std::move(vip), Partition().groups);
     }
-    for (std::vector<std::vector<double>>& ofModel : Coefficients(model, x.names)) {
+    for (std::vector<std::vector<double>>& ofModel : figures.coefficients) {
       jackKnives_.emplace_back();
       for (std::vector<double>& ofY : ofModel) jackKnives_.back().emplace_back(std::move(ofY), Partition().groups);
     }
@@ -105,11 +178,6 @@ class Refitting {
       places.push_back(place != placeOf_.end() ? place->second : RoundModel::kNowhere);
     }
     return places;
-  }
-
-  std::vector<std::vector<std::vector<double>>> Coefficients(const RoundModel& model,
-                                                             const std::vector<std::string>& names) const {
-    return model.Coefficients(PlacesOf(names), placeOf_.size());
   }
 
   std::size_t Models() const { return static_cast<std::size_t>(limits_.models) + 1; }
@@ -133,19 +201,18 @@ class Refitting {
   void FitRound(int repeat, int group) {
     const std::vector<std::size_t> fitted = RowsOutsideGroup(Partition(), repeat, group);
     const std::vector<std::size_t> leftOut = RowsOfGroup(Partition(), repeat, group);
-    const SplitX x = source_->Split(fitted, leftOut, work_.SilentBar());
-    const RoundModel model(*refits_.family, x.names, x.fitted, data_.yNames, RowsOfColumns(data_.measuredY, fitted),
-                           refits_.recipe.scaling, limits_, &work_);
-    limits_.models = std::min(limits_.models, model.LastModel());
-    withoutSpread_.insert(model.ColumnsWithoutSpread().begin(), model.ColumnsWithoutSpread().end());
-    const LeftOutRows predicted = model.Predict(x.leftOut, &work_);
-    TakePredictions(predicted, leftOut, static_cast<std::size_t>(repeat));
-    if (data_.classes) TakeClassValues(model.Predict(x.fitted, &work_), fitted, predicted, leftOut);
-    const std::vector<std::vector<std::vector<double>>> coefficients = Coefficients(model, x.names);
-    const std::vector<std::vector<double>> vip = model.Importances(PlacesOf(x.names), placeOf_.size());
-    for (std::size_t a = 0; a < std::min(Models(), vipJackKnives_.size()); ++a) vipJackKnives_[a].AddRound(vip[a]);
-    for (std::size_t a = 0; a < Models(); ++a) {
-      for (std::size_t j = 0; j < coefficients[a].size(); ++j) jackKnives_[a][j].AddRound(coefficients[a][j]);
+    const int round = 1 + repeat * Partition().groups + group;
+    const RoundFigures figures = FitRows(static_cast<std::size_t>(round), fitted, leftOut);
+    limits_.models = std::min(limits_.models, figures.lastModel);
+    withoutSpread_.insert(figures.columnsWithoutSpread.begin(), figures.columnsWithoutSpread.end());
+    TakePredictions(figures.leftOut, leftOut, static_cast<std::size_t>(repeat));
+    if (data_.classes) TakeClassValues(figures.fitted, fitted, figures.leftOut, leftOut);
+    const auto first = static_cast<std::size_t>(FirstOfCoefficients());
+    for (std::size_t a = first; a < std::min(Models(), vipJackKnives_.size()); ++a) {
+      vipJackKnives_[a].AddRound(figures.importances[a]);
+    }
+    for (std::size_t a = first; a < Models(); ++a) {
+      for (std::size_t j = 0; j < jackKnives_[a].size(); ++j) jackKnives_[a][j].AddRound(figures.coefficients[a][j]);
     }
   }
 
@@ -271,11 +338,14 @@ class Refitting {
   }
 
   YRefits refits_;
+  const Table& table_;
   const ValidationRecipe& validation_;
   NCProgress* progress_;
   WorkProgress work_;
   ModelData data_;
-  std::unique_ptr<SourceX> source_;
+  std::vector<std::size_t> xRows_;     ///< of data_.x, from 0, that the model sees
+  std::unique_ptr<SourceX> source_;    ///< where a round is fitted alone
+  std::optional<LaneRounds> lanes_;    ///< where rounds are fitted side by side
   std::unordered_map<std::string, std::size_t> placeOf_;  ///< of the X columns
   SeriesLimits limits_;  ///< what all rounds so far can have
   int ofAllRows_ = 0;    ///< last model that all rows have
