@@ -107,13 +107,15 @@ TEST(OPLSValidation, FindsTheGoodComponentsOfYarn) {
   EXPECT_LT(ErrorOfNewRows(DensityByOpls(NCScale::ScalingCentre), training, test), 0.5);
 }
 
-/// Expects that each left-out row is predicted, to the bit, as a model says that was fitted by the public Fit to a
-/// table of the other rows. Fit takes the pooled deviation from predictions of the training rows, and a refit from the
+/// Expects that each left-out row is predicted as a model says that was fitted by the public Fit to a table of the other
+/// rows: to the bit with several Y, or holes, where rounds are fitted alone; otherwise they are fitted side by side, as
+/// PLS, and Fit rounds cells, weights, scores and loadings to single precision, some 1e-7 of them each. Fit takes the pooled deviation from predictions of the training rows, and a refit from the
 /// residuals of the model: the same numbers in another order, on float cells.
 void ExpectThePredictionsOfOplsFits(OPLSRecipe recipe, const std::string& text, int orthogonal) {
   const TableLines lines(text);
   recipe.components = orthogonal;
   const OPLSValidation validation = Validate(recipe, TextTable(text));
+  const double share = validation.yNames.size() > 1 ? 0.0 : 5e-6;
   ASSERT_EQ(validation.errors.MostComponents(), static_cast<std::size_t>(orthogonal) + 1);
   for (int group = 0; group < validation.folds.groups; ++group) {
     const std::vector<std::size_t> leftOut = RowsOfGroup(validation.folds, 0, group);
@@ -125,8 +127,9 @@ void ExpectThePredictionsOfOplsFits(OPLSRecipe recipe, const std::string& text, 
       const PLSPredictions predicted = Predict(fit.model, rows);
       for (std::size_t i = 0; i < leftOut.size(); ++i) {
         for (std::size_t j = 0; j < validation.yNames.size(); ++j) {
-          EXPECT_EQ(validation.errors.predicted[static_cast<std::size_t>(o) + 1](leftOut[i], j),
-                    predicted.predictions[i].y[j])
+          const double expected = predicted.predictions[i].y[j];
+          EXPECT_NEAR(validation.errors.predicted[static_cast<std::size_t>(o) + 1](leftOut[i], j), expected,
+                      share * (std::fabs(expected) + validation.errors.deviations[j]))
               << "row " << leftOut[i] << ", " << o << " orthogonal components";
         }
         if (o < orthogonal) continue;

@@ -88,8 +88,11 @@ class SeriesFamily {
   virtual int Block() const { return 1; }
   /// The rounds take the block that the series of all rows has.
   virtual void LearnBlock(int /*ofAllRows*/) {}
-  /// Whether the models of complete tables are those of PLS, which may be fitted side by side.
+  /// Whether the models of complete tables say of left-out rows what those of PLS of as many components do, which may be
+  /// fitted side by side.
   virtual bool HasModelsOfPLS(std::size_t /*yColumns*/) const { return false; }
+  /// Whether series have Importances.
+  virtual bool HasImportances() const { return false; }
 };
 
 }  // namespace kalmia::analysis

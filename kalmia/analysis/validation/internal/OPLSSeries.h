@@ -18,6 +18,9 @@ class OPLSFamily : public SeriesFamily {
   std::unique_ptr<ComponentSeries> Extract(const NCDataMatrix<float>& x, const NCDataMatrix<float>& y,
                                            const SeriesLimits& limits, WorkProgress* progress) const override;
   int Block() const override { return predictive_; }
+  /// Of one Y column the predictive component and the orthogonal ones span what the components of PLS span.
+  /// Source: J. Trygg, S. Wold, J. Chemometrics 16 (2002) 119-128.
+  bool HasModelsOfPLS(std::size_t yColumns) const override { return yColumns == 1; }
   void LearnBlock(int ofAllRows) override { predictive_ = ofAllRows; }
 
  private:

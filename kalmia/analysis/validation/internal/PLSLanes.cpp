@@ -388,7 +388,7 @@ std::optional<RoundFigures> PLSLanes::Figures(std::size_t lane, const RoundQuest
   NoteDistances(lane, &figures.leftOut);
   if (asked.fitted) figures.fitted = Predictions(lane, rounds_[lane].fitted);
   figures.coefficients = Coefficients(lane, asked.firstOfCoefficients);
-  figures.importances = Importances(lane, asked.firstOfCoefficients);
+  if (asked.importances) figures.importances = Importances(lane, asked.firstOfCoefficients);
   return figures;
 }
 

@@ -16,7 +16,8 @@ struct LeftOutRows {
 /// What is asked of a round beside its left-out rows.
 struct RoundQuestions {
   bool fitted = false;          ///< its fitted rows too
-  int firstOfCoefficients = 0;  ///< coefficients and VIP of the models from this one, or else the last one, on
+  int firstOfCoefficients = 0;  ///< coefficients (and VIP) of the models from this one, or else the last one, on
+  bool importances = false;     ///< VIP too
 };
 
 /// What a round of a validation tells of its models, from 0 on, however they were fitted.

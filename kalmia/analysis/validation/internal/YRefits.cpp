@@ -125,7 +125,8 @@ class Refitting {
   RoundFigures FitRows(std::size_t round, const std::vector<std::size_t>& fitted,
                        const std::vector<std::size_t>& leftOut) {
     if (lanes_) {
-      const RoundQuestions questions{data_.classes.has_value(), FirstOfCoefficients()};
+      const RoundQuestions questions{data_.classes.has_value(), FirstOfCoefficients(),
+                                     refits_.family->HasImportances()};
       std::optional<RoundFigures> figures = lanes_->Figures(round, questions, &work_, [&](double share) {
         if (round == 0) work_.MoveTo(share);  // later on the bar shows the rounds
       });
