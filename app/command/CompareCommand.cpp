@@ -41,22 +41,42 @@ Candidate CandidateOf(const std::string& text) {
   return {text, std::move(read->recipe)};
 }
 
+const YRecipe& YOf(const Candidate& candidate) {
+  return std::visit([](const auto& recipe) -> const YRecipe& { return recipe; }, candidate.recipe);
+}
+
+/// What all model: as the options say, or as the first stored model does. A column of Y that is one of classes for a
+/// stored model is one for all.
+YRecipe CommonY(const CompareOptions& options, const std::vector<Candidate>& candidates) {
+  YRecipe common;
+  common.y = options.y;
+  common.classes = options.classes;
+  for (const Candidate& candidate : candidates) {
+    const YRecipe& own = YOf(candidate);
+    if (common.y.empty() && common.classes.empty()) common = own;
+    if (common.y != std::vector<std::string>{own.classes}) continue;
+    common.y.clear();
+    common.classes = own.classes;
+  }
+  if (common.y.empty() && common.classes.empty()) {
+    throw BadRequest("compare needs --y NAME: no stored model says what is modelled; see kalmia compare --help");
+  }
+  return common;
+}
+
 /// What all have in common; a stored model brings its Y and the column of its row names where nothing else is said.
 void TakeCommon(const CompareOptions& options, std::vector<Candidate>* candidates) {
-  std::vector<std::string> y = options.y;
+  const YRecipe common = CommonY(options, *candidates);
   std::string id = options.common.id;
-  for (Candidate& candidate : *candidates) {
-    std::visit([&](const auto& recipe) {
-      if (y.empty()) y = recipe.y;
-      if (id.empty()) id = recipe.id;
-    }, candidate.recipe);
-  }
-  if (y.empty()) {
-    throw BadRequest("compare needs --y NAME: no stored model says what is modelled; see kalmia compare --help");
+  for (const Candidate& candidate : *candidates) {
+    if (id.empty()) id = YOf(candidate).id;
   }
   for (Candidate& candidate : *candidates) {
     std::visit([&](auto& recipe) {
-      if (recipe.y.empty()) recipe.y = y;
+      if (recipe.y.empty() && recipe.classes.empty()) {
+        recipe.y = common.y;
+        recipe.classes = common.classes;
+      }
       recipe.id = id;
       recipe.groups = options.common.groups;
       recipe.groupColumn = options.common.groupColumn;

@@ -111,6 +111,9 @@ void DeclareCompare(CommandOptions* command, CompareOptions* options) {
   command->Names("--y", &options->y,
                  "column that all model (default: that of the first stored model); several: repeat, or put commas "
                  "between");
+  command->Text("--classes", "NAME", &options->classes,
+                "column whose texts or numbers are the classes that all tell apart; in place of --y");
+  command->Exclude("--y", "--classes");
   command->Text("--id", "NAME", &options->common.id, "column that names the rows");
   DeclareValidation(command, &options->validation, &options->common, "--components");
   command->Check([options]() -> std::string {

@@ -20,6 +20,7 @@ struct CompareOptions {
   ReadOptions reading;
   FitRecipe common;                 ///< id, groups and column of groups
   std::vector<std::string> y;
+  std::string classes;              ///< column of classes, in place of y
   ValidationOptions validation;
   bool json = false;
 };

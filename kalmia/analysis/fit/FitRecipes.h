@@ -42,6 +42,7 @@ struct PCARecipe : FitRecipe {};  // 0 `components` are a model too, the mean
 struct YRecipe : FitRecipe {
   std::vector<std::string> y;  ///< one column of texts alone: its texts are the classes
   std::string classes;         ///< column whose texts, or numbers as texts, are the classes; stands in for `y`
+  std::vector<std::string> classNames;  ///< that the column may hold, such as those of a stored model; empty: any
   ClassPriors priors = ClassPriors::Equal;
 };
 

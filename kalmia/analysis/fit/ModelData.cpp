@@ -53,8 +53,11 @@ class Selection {
             NCProgress* progress)
       : table_(table), recipe_(recipe), yArguments_(y), notes_(notes), progress_(progress) {}
 
-  /// A column whose texts are the classes; nothing names it to be one.
-  void TakeClasses(const std::string& column) { classColumn_ = RequireColumn(table_, column); }
+  /// A column whose texts are the classes; names of classes that it may hold, none for any.
+  void TakeClasses(const std::string& column, const std::vector<std::string>& names) {
+    classColumn_ = RequireColumn(table_, column);
+    classNames_ = names;
+  }
 
   ModelData Select() {
     NameColumns();
@@ -102,6 +105,17 @@ class Selection {
     }
   }
 
+  void RequireKnown(const std::vector<std::string>& labels) const {
+    if (classNames_.empty()) return;
+    for (std::size_t i = 0; i < labels.size(); ++i) {
+      const bool isKnown = std::find(classNames_.begin(), classNames_.end(), labels[i]) != classNames_.end();
+      if (isKnown || labels[i].empty()) continue;
+      Refuse(table_, table_.RowPlace(data_.rows[i]) + " is of the class " + Quoted(labels[i]) + " in column " +
+                         Quoted(Name(classColumn_)) + ", which is none of those that the model knows: " +
+                         Listed(classNames_, kColumnsNamed));
+    }
+  }
+
   Classes NumberClasses(const std::vector<std::string>& labels) const try {
     return ClassesOf(labels);
   } catch (const BadData& failure) {
@@ -112,6 +126,7 @@ class Selection {
   void FormDummies() {
     std::vector<std::string> labels;
     for (const int row : data_.rows) labels.push_back(LabelOf(table_, row, classColumn_));
+    RequireKnown(labels);
     data_.classes = NumberClasses(labels);
     data_.classColumn = Name(classColumn_);
     const RealMatrix dummies = DummiesOf(*data_.classes);
@@ -279,6 +294,7 @@ class Selection {
   int idColumn_ = -1;
   int groupColumn_ = -1;
   int classColumn_ = -1;
+  std::vector<std::string> classNames_;
   std::vector<NumberColumn> x_;
   std::vector<NumberColumn> y_;
   std::vector<SingleColumn> singleX_;
@@ -310,7 +326,7 @@ ModelData SelectData(const Table& table, const FitRecipe& recipe, const std::vec
 ModelData SelectData(const Table& table, const YRecipe& recipe, Notes* notes, NCProgress* progress) {
   Selection selection(table, recipe, recipe.y, notes, progress);
   const std::string classes = ClassColumn(table, recipe);
-  if (!classes.empty()) selection.TakeClasses(classes);
+  if (!classes.empty()) selection.TakeClasses(classes, recipe.classNames);
   return selection.Select();
 }
 

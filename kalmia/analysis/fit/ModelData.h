@@ -50,7 +50,7 @@ KALMIA_EXPORT ModelData SelectData(const Table& table, const FitRecipe& recipe, 
                                    Notes* notes, NCProgress* progress);
 
 /// The same of a model of Y or of classes, whose dummies are called by them. Throws BadRequest for a column of texts
-/// beside other columns of Y, and BadData as ClassesOf does.
+/// beside other columns of Y, and BadData as ClassesOf does, and for a class that the recipe does not allow.
 KALMIA_EXPORT ModelData SelectData(const Table& table, const YRecipe& recipe, Notes* notes, NCProgress* progress);
 
 /// How many columns Y has: those that the recipe names, or a dummy for each class. Throws as SelectData does.

@@ -10,7 +10,12 @@ Recipe CommonRecipe(const YModelInfo& model) {
   recipe.id = model.idColumn;
   recipe.x = model.chain.Empty() ? model.xNames : model.chain.inputNames;
   if (!model.chain.Empty()) recipe.steps = GivenSteps{"the steps of the model", {}, model.chain};
-  recipe.y = model.yNames;
+  if (model.classes) {
+    recipe.classes = model.classes->column;
+    recipe.classNames = model.yNames;
+  } else {
+    recipe.y = model.yNames;
+  }
   recipe.scaling = model.scaling;
   if (model.groups >= 2) recipe.groups = model.groups;
   recipe.groupColumn = model.groupColumn;

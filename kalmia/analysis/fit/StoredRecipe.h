@@ -7,7 +7,8 @@
 namespace kalmia::analysis {
 
 // What a stored model was made by: its columns, scaling, groups and numbers of components. Steps of preprocessing are
-// given as the model has learnt them, and learn nothing anew. Rows are named by the column that named them.
+// given as the model has learnt them, and learn nothing anew. Rows are named by the column that named them. A model of
+// classes knows these alone.
 
 KALMIA_EXPORT PLSRecipe RecipeOf(const StoredPLS& model);
 KALMIA_EXPORT OPLSRecipe RecipeOf(const StoredOPLS& model);

@@ -20,9 +20,11 @@ const FitRecipe& FitOf(const Candidate& candidate) {
   return std::visit([](const auto& recipe) -> const FitRecipe& { return recipe; }, candidate.recipe);
 }
 
-const std::vector<std::string>& YOf(const Candidate& candidate) {
-  return std::visit([](const auto& recipe) -> const std::vector<std::string>& { return recipe.y; }, candidate.recipe);
+const YRecipe& YOf(const Candidate& candidate) {
+  return std::visit([](const auto& recipe) -> const YRecipe& { return recipe; }, candidate.recipe);
 }
+
+bool HaveSameY(const YRecipe& one, const YRecipe& other) { return one.y == other.y && one.classes == other.classes; }
 
 void CheckCandidates(const std::vector<Candidate>& candidates) {
   if (candidates.size() < 2) throw BadRequest("a comparison needs two models at least");
@@ -32,7 +34,7 @@ void CheckCandidates(const std::vector<Candidate>& candidates) {
     if (!names.insert(candidate.name).second) {
       throw BadRequest("two of the models are called " + Quoted(candidate.name));
     }
-    if (YOf(candidate) != YOf(first)) {
+    if (!HaveSameY(YOf(candidate), YOf(first))) {
       throw BadRequest(Quoted(candidate.name) + " models another Y than " + Quoted(first.name));
     }
     if (FitOf(candidate).groups != FitOf(first).groups || FitOf(candidate).groupColumn != FitOf(first).groupColumn) {

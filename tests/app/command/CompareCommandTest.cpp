@@ -63,6 +63,29 @@ TEST(Compare, ReadsQuotedWordsInsideARecipe) {
   EXPECT_EQ(result["models"][1]["components"], 1);
 }
 
+TEST(Compare, TakesStoredModelsOfClasses) {
+  const ScratchFolder folder;
+  const std::string model = folder.Path("wine.model"), wine = ExampleTable("wine.csv");
+  ASSERT_EQ(RunKalmia({"pls", wine, "--classes", "cultivar", "--id", "sample", "--components", "2", "--save", model})
+                .exitCode,
+            0);
+  const json alone = RunCompare({wine, model, "pls --components 2", "opls --predictive 2 --orthogonal 1", "--json"}).Json();
+  ASSERT_EQ(alone["models"].size(), 3U);
+  EXPECT_THAT(alone["y"], ElementsAre("1", "2", "3"));
+  EXPECT_EQ(alone["models"][0]["rmsecv"], alone["models"][1]["rmsecv"]);
+  for (const char* option : {"--y", "--classes"}) {
+    const json named = RunCompare({wine, model, "pls --components 2", option, "cultivar", "--json"}).Json();
+    EXPECT_EQ(named["models"][0]["rmsecv"], alone["models"][0]["rmsecv"]) << option;
+  }
+  std::string other = ReadWholeFile(wine);
+  other.replace(other.find("\n2,1,") + 1, 3, "2,9");
+  const CommandResult unknown = RunCompare({"-", model, "pls"}, other);
+  EXPECT_EQ(unknown.exitCode, 1);
+  EXPECT_THAT(unknown.error, HasSubstr("row 2 (line 3) is of the class '9' in column 'cultivar', which is none of those "
+                                       "that the model knows: 1, 2 and 3"));
+  EXPECT_THAT(RunCompare({wine, model, "pls", "--y", "alcohol"}).error, HasSubstr("models another Y than"));
+}
+
 struct BadComparison {
   std::vector<std::string> words;
   int exitCode;
