@@ -13,7 +13,7 @@ const std::string kColumnsHelp = "names and ranges FIRST..LAST with commas betwe
 void DeclareSave(CommandOptions* command, const std::string& what, std::string* save, bool* noRows, bool* keepTable) {
   command->Text("--save", "FILE", save, "store the " + what);
   command->Flag("--no-rows", noRows, "leave names, scores and distances of the rows out of that file");
-  command->Flag("--keep-table", keepTable, "put X of the rows and its residuals into that file; left out otherwise");
+  command->Flag("--keep-table", keepTable, "put X and Y of the rows and the residuals into that file; left out otherwise");
 }
 
 /// `files` is what is written of what.

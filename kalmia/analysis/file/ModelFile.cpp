@@ -44,7 +44,7 @@ enum PredictionEntry : unsigned short {
 };
 enum JudgementEntry : unsigned short { Groups, Components, Quality, Validation, Figures, JudgementEntries };
 enum RowsEntry : unsigned short { RowNames, Scores, Statistics, YStatistics, RowsEntries };
-enum TableEntry : unsigned short { XCells, Residuals, TableEntries };
+enum TableEntry : unsigned short { XCells, Residuals, YCells, TableEntries };
 
 /// The bytes of a directory that write(directory) fills.
 template <class Write>
@@ -60,6 +60,15 @@ std::string PartBytes(unsigned short entries, const Write& write) {
 
 const std::string* YTableOf(const StoredO2PLS& model) { return &model.yTable; }
 const std::string* YTableOf(const ModelInfo& /*model*/) { return nullptr; }
+
+const NCDataMatrix<float>* TrainingYOf(const YModelInfo& model) { return &model.trainingY; }
+const NCDataMatrix<float>* TrainingYOf(const ModelInfo& /*model*/) { return nullptr; }
+
+bool ReadTrainingY(std::istream* entry, YModelInfo* model) {
+  return entry != nullptr && ReadMatrices({&model->trainingY}, *entry) &&
+         HasShape(&model->trainingY, model->rows, model->yNames.size());
+}
+bool ReadTrainingY(std::istream* entry, ModelInfo* /*model*/) { return entry == nullptr; }
 
 void WriteBlockOfY(const YModelInfo& model, OutputStreamDirectory* directory) {
   WriteNames(model.yNames, directory->GetOutput(YNames));
@@ -239,6 +248,7 @@ std::string TableBytes(const Kind& model) {
     const std::vector<NCDataMatrix<float>> residuals = ResidualsOf(model);
     WriteInteger(static_cast<int>(residuals.size()), entry);
     for (const NCDataMatrix<float>& matrix : residuals) WriteMatrices({&matrix}, entry);
+    if (TrainingYOf(model) != nullptr) WriteMatrices({TrainingYOf(model)}, directory->GetOutput(YCells));
   });
 }
 
@@ -382,6 +392,7 @@ bool ReadTable(std::istream* part, Kind* model) {
   std::vector<NCDataMatrix<float>> residuals;
   const auto read = [](NCDataMatrix<float>* matrix, std::istream& stream) { return ReadObject(&stream, matrix); };
   if (entry == nullptr || !ReadRecords(*entry, &residuals, read)) return false;
+  if (!ReadTrainingY(directory.GetInput(YCells), model)) return false;
   return (residuals.empty() && model->Components() == 0) || TakeResiduals(residuals, model);
 }
 

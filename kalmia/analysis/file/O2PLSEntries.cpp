@@ -89,10 +89,21 @@ bool HasScores(const StoredO2PLS& model) {
          model.o2pls.to.SizeRows() == model.XUnique() && model.o2pls.uo.SizeRows() == model.YUnique();
 }
 
-std::vector<NCDataMatrix<float>> ResidualsOf(const StoredO2PLS& /*model*/) { return {}; }
+std::vector<NCDataMatrix<float>> ResidualsOf(const StoredO2PLS& model) {
+  if (model.xResiduals.SizeRows() > 0) return {model.xResiduals, model.yResiduals};
+  const O2PLSMatrices& o = model.o2pls;
+  return {LeftOf(model.trainingX, model.xScaling, {{&o.to, &o.po}, {&o.t, &o.p}}),
+          LeftOf(model.trainingY, model.yScaling, {{&o.uo, &o.qo}, {&o.u, &o.q}})};
+}
 
-bool TakeResiduals(const std::vector<NCDataMatrix<float>>& residuals, StoredO2PLS* /*model*/) {
-  return residuals.empty();
+bool TakeResiduals(const std::vector<NCDataMatrix<float>>& residuals, StoredO2PLS* model) {
+  if (residuals.size() != 2 || !HasShape(&residuals[0], model->rows, model->xNames.size()) ||
+      !HasShape(&residuals[1], model->rows, model->yNames.size())) {
+    return false;
+  }
+  model->xResiduals = residuals[0];
+  model->yResiduals = residuals[1];
+  return true;
 }
 
 bool Agrees(const StoredO2PLS& model) {
@@ -121,6 +132,8 @@ void TurnAround(StoredO2PLS* model) {
   std::swap(model->pooledDeviation, model->yPooledDeviation);
   std::swap(model->rowTerms, model->yRowTerms);
   std::swap(model->rowStatistics, model->yRowStatistics);
+  std::swap(model->trainingX, model->trainingY);
+  std::swap(model->xResiduals, model->yResiduals);
   for (const auto& [x, y] : {std::make_pair(&o.t, &o.u), std::make_pair(&o.p, &o.q), std::make_pair(&o.w, &o.c),
                              std::make_pair(&o.to, &o.uo), std::make_pair(&o.wo, &o.co), std::make_pair(&o.po, &o.qo),
                              std::make_pair(&o.s, &o.r), std::make_pair(&o.lambda, &o.xLambda)}) {

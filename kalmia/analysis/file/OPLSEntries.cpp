@@ -84,10 +84,17 @@ bool HasScores(const StoredOPLS& model) {
   return model.opls.t.SizeRows() == model.Predictive() && model.opls.to.SizeRows() == model.Orthogonal();
 }
 
-std::vector<NCDataMatrix<float>> ResidualsOf(const StoredOPLS& /*model*/) { return {}; }
+std::vector<NCDataMatrix<float>> ResidualsOf(const StoredOPLS& model) {
+  if (model.Components() == 0) return {};
+  if (model.xResiduals.SizeRows() > 0) return {model.xResiduals};
+  const OPLSMatrices& opls = model.opls;
+  return {LeftOf(model.trainingX, model.xScaling, {{&opls.to, &opls.po}, {&opls.t, &opls.p.back()}})};
+}
 
-bool TakeResiduals(const std::vector<NCDataMatrix<float>>& residuals, StoredOPLS* /*model*/) {
-  return residuals.empty();
+bool TakeResiduals(const std::vector<NCDataMatrix<float>>& residuals, StoredOPLS* model) {
+  if (residuals.size() != 1 || !HasShape(&residuals[0], model->rows, model->xNames.size())) return false;
+  model->xResiduals = residuals[0];
+  return true;
 }
 
 bool Agrees(const StoredOPLS& model) {

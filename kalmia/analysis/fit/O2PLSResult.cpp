@@ -29,6 +29,8 @@ void FillInfo(const O2PLSRecipe& recipe, const BlockPair& data, StoredO2PLS* mod
   model->yNames = data.y.names;
   model->rows = data.rowNames.size();
   model->rowNames = data.rowNames;
+  model->trainingX = data.x.cells;
+  model->trainingY = data.y.cells;
 }
 
 /// Estimates the missing cells of the scaled blocks, each from the other.

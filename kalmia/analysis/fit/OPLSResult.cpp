@@ -76,6 +76,7 @@ OPLSResult Compute(const OPLSRecipe& recipe, const Table& table, NCProgress* pro
   StoredOPLS& model = result.model;
   FillInfo(table, recipe, result.data, &model);
   model.yNames = result.data.yNames;
+  model.trainingY = result.data.y;
   model.xScaling = ScaleColumns(recipe.scaling, result.data.xNames, &task.x, result.data.xShifts);
   model.yScaling = ScaleColumns(ScalingOfY(recipe.scaling), result.data.yNames, &task.y, result.data.yShifts);
   const bool isMean = recipe.predictive == 0;

@@ -26,6 +26,7 @@ PLSResult Compute(const PLSRecipe& recipe, const Table& table, NCProgress* progr
   static_cast<FitRules&>(task) = RulesOf(recipe, result.data, &result.notes);
   FillInfo(table, recipe, result.data, &result.model);
   result.model.yNames = result.data.yNames;
+  result.model.trainingY = result.data.y;
   result.model.xScaling = ScaleColumns(recipe.scaling, result.data.xNames, &task.x, result.data.xShifts);
   result.model.yScaling = ScaleColumns(ScalingOfY(recipe.scaling), result.data.yNames, &task.y, result.data.yShifts);
   PLSComponents fit = FitOrNameLeftOut(result.data, [&] { return ExtractPLS(task, progress); });

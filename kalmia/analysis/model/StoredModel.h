@@ -43,6 +43,7 @@ struct ModelInfo {
   std::optional<RowStatistics> rowStatistics;  ///< nothing where the file leaves the rows out
   std::optional<StoredValidation> validation;  ///< nothing where no full refits judged the model
   NCDataMatrix<float> trainingX;  ///< before scaling, less the shifts; no rows where the file leaves it out
+  NCDataMatrix<float> xResiduals;  ///< of the scaled X: of a filter, and of OPLS and O2PLS from a file that keeps it
   std::string inputBlock = "X";  ///< how messages call the block of xNames; not in the file
 };
 
@@ -66,6 +67,7 @@ struct YModelInfo : ModelInfo {
   std::vector<std::string> yNames;
   ColumnScaling yScaling;
   std::vector<YQuality> quality;         ///< one for each Y column
+  NCDataMatrix<float> trainingY;         ///< as trainingX
   std::optional<StoredClasses> classes;  ///< nothing where Y is numbers
 };
 
@@ -132,6 +134,7 @@ struct StoredO2PLS : YModelInfo {
   double yPooledDeviation = 0.0;
   std::optional<RowTerms> yRowTerms;
   std::optional<RowStatistics> yRowStatistics;
+  NCDataMatrix<float> yResiduals;
 
   int Joint() const { return o2pls.p.SizeRows(); }
   int XUnique() const { return o2pls.po.SizeRows(); }
@@ -149,7 +152,6 @@ struct StoredFilter : ModelInfo {
   std::vector<std::string> yNames;
   NCDataMatrix<float> w, p;                       ///< weights and loadings, see NCYOrthogonalPLS: components in rows
   NCDataMatrix<float> t;                          ///< scores of the training rows, likewise
-  NCDataMatrix<float> xResiduals;
   std::vector<FilterComponentRecord> components;  ///< one for each component of the filter
 
   int Components() const { return static_cast<int>(components.size()); }

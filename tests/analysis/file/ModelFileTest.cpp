@@ -238,6 +238,81 @@ TEST(ModelFile, HoldsTheTrainingTableOnlyWhereItIsToKeepIt) {
   }
 }
 
+/// The largest difference between tables of the same shape, missing cells at the same places.
+float LargestGap(const NCDataMatrix<float>& one, const NCDataMatrix<float>& other) {
+  EXPECT_EQ(one.SizeRows(), other.SizeRows());
+  EXPECT_EQ(one.SizeColumns(), other.SizeColumns());
+  float gap = 0.0F;
+  for (int r = 1; r <= one.SizeRows(); ++r) {
+    for (int c = 1; c <= one.SizeColumns(); ++c) gap = std::max(gap, std::fabs(one[r][c] - other[r][c]));
+  }
+  return gap;
+}
+
+template <class Model>
+Model WithTable(const Model& model) {
+  ModelParts parts;
+  parts.table = true;
+  parts.rows = false;
+  const std::string bytes = ModelFileBytes(model, parts);
+  Model read = std::get<Model>(ReadModelFile(bytes, "m"));
+  EXPECT_EQ(ModelFileBytes(read, parts), bytes);
+  return read;
+}
+
+TEST(ModelFile, KeepsXAndYAndWhatTheModelLeavesOfX) {
+  const Table table = Unrelated(9, 3, 2, 4);
+  OPLSRecipe opls;
+  opls.y = {"y1,y2"};
+  opls.predictive = 1;
+  opls.components = 1;
+  const OPLSResult fit = Fit(opls, table);
+  const StoredOPLS kept = WithTable(fit.model);
+  EXPECT_EQ(LargestGap(kept.trainingX, fit.data.x), 0.0F);
+  EXPECT_EQ(LargestGap(kept.trainingY, fit.data.y), 0.0F);
+  const std::vector<RowPrediction> rows = PredictRows(fit.model, fit.data.x);
+  for (int r = 1; r <= 9; ++r) {
+    double sum = 0.0;
+    for (int c = 1; c <= 3; ++c) sum += static_cast<double>(kept.xResiduals[r][c]) * kept.xResiduals[r][c];
+    // Cells below 3 in scaled units, rounded thrice to single precision on each of both ways, three of them a row.
+    EXPECT_NEAR(sum, rows[static_cast<std::size_t>(r) - 1].residual.sumOfSquares, 3 * 2 * 3 * 6 * 3 * 0x1p-24);
+  }
+  PLSRecipe pls;
+  pls.y = {"y1,y2"};
+  pls.components = 2;
+  const PLSResult plsFit = Fit(pls, table);
+  const StoredPLS plsKept = WithTable(plsFit.model);
+  EXPECT_EQ(LargestGap(plsKept.trainingY, plsFit.data.y), 0.0F);
+  EXPECT_EQ(LargestGap(*plsKept.pls->GetXResiduals(), *plsFit.model.pls->GetXResiduals()), 0.0F);
+}
+
+TEST(ModelFile, KeepsBothBlocksOfO2PLSAndWhatTheModelLeavesOfThem) {
+  O2PLSRecipe recipe;
+  recipe.x = {"x1..x3"};
+  recipe.y = {"y1..y2"};
+  recipe.numbers = O2PLSNumbers{1, 1, 0};
+  const Table table = Unrelated(9, 3, 2, 4);
+  const O2PLSResult fit = Fit(recipe, table, table);
+  StoredO2PLS kept = WithTable(fit.model);
+  EXPECT_EQ(LargestGap(kept.trainingX, fit.data.x.cells), 0.0F);
+  EXPECT_EQ(LargestGap(kept.trainingY, fit.data.y.cells), 0.0F);
+  for (int way = 0; way < 2; ++way, TurnAround(&kept)) {
+    // With scores times loadings of the fit what is left gives the scaled block back.
+    const O2PLSMatrices& o = fit.model.o2pls;
+    NCDataMatrix<float> back = kept.trainingX;
+    ApplyScale(kept.xScaling, &back);
+    EXPECT_EQ(kept.xResiduals.SizeRows(), 9);
+    NCDataMatrix<float> sum = kept.xResiduals;
+    if (way == 0) {
+      for (int a = 1; a <= o.to.SizeRows(); ++a) sum.AddVprimV(o.to[a], o.po[a], 1.0F);
+      for (int a = 1; a <= o.t.SizeRows(); ++a) sum.AddVprimV(o.t[a], o.p[a], 1.0F);
+    } else {
+      sum.AddVprimV(o.u[1], o.q[1], 1.0F);
+    }
+    EXPECT_LT(LargestGap(sum, back), 4 * 3 * 0x1p-23F);  // four roundings of cells below 3
+  }
+}
+
 TEST(ModelFile, PredictsTheSameBitsWithoutRowsAndWithThem) {
   NCDataMatrix<float> x(3, 3, 0.5F);
   x(2, 2, -99.0F);

@@ -39,4 +39,13 @@ bool HasShapeOrNoRows(const NCDataMatrix<float>& matrix, std::size_t rows, std::
   return matrix.SizeRows() == 0 || HasShape(&matrix, rows, columns);
 }
 
+NCDataMatrix<float> LeftOf(NCDataMatrix<float> table, const ColumnScaling& scaling,
+                           const std::vector<ScoresAndLoadings>& components) {
+  ApplyScale(scaling, &table);
+  for (const auto& [scores, loadings] : components) {
+    for (int a = 1; a <= scores->SizeRows(); ++a) table.AddVprimV((*scores)[a], (*loadings)[a], -1.0F);
+  }
+  return table;
+}
+
 }  // namespace kalmia::analysis

@@ -3,6 +3,7 @@
 #include <istream>
 #include <ostream>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "kalmia/analysis/model/StoredModel.h"
@@ -42,6 +43,11 @@ bool HasShape(const NCDataMatrix<float>* matrix, std::size_t rows, std::size_t c
 bool HasRows(const NCDataMatrix<float>& matrix, std::size_t rows, std::size_t columns);
 /// The same, or the matrix has no rows.
 bool HasShapeOrNoRows(const NCDataMatrix<float>& matrix, std::size_t rows, std::size_t columns);
+
+/// What scores times loadings of some components, and then of others, leave of a table that is scaled.
+using ScoresAndLoadings = std::pair<const NCDataMatrix<float>*, const NCDataMatrix<float>*>;
+NCDataMatrix<float> LeftOf(NCDataMatrix<float> table, const ColumnScaling& scaling,
+                           const std::vector<ScoresAndLoadings>& components);
 
 // What each kind of model has of its own in the parts of a file: matrices that predict, records of components, scores of
 // the training rows, residuals of the training table. A part that is not there is not read. `Agrees` is whether all
@@ -87,7 +93,8 @@ bool HasScores(const StoredOPLS& model);
 bool HasScores(const StoredO2PLS& model);
 bool HasScores(const StoredFilter& model);
 
-/// The residuals of X, and of Y where the model has them.
+/// The residuals of X, and of Y where the model has them: of OPLS and O2PLS what the scores leave of the training table,
+/// which the model has, with its scores or with its residuals.
 std::vector<NCDataMatrix<float>> ResidualsOf(const StoredPLS& model);
 std::vector<NCDataMatrix<float>> ResidualsOf(const StoredPCA& model);
 std::vector<NCDataMatrix<float>> ResidualsOf(const StoredOPLS& model);
