@@ -79,26 +79,8 @@ void WriteBlockOfY(const StoredFilter& model, OutputStreamDirectory* directory) 
   WriteNames(model.yNames, directory->GetOutput(YNames));
 }
 
-bool ReadBlockOfY(InputStreamDirectory* directory, YModelInfo* model) {
-  model->yScaling.scale = std::make_unique<NCScale>();
-  return ReadNames(directory->GetInput(YNames), &model->yNames) &&
-         ReadObject(directory->GetInput(YScaling), model->yScaling.scale.get());
-}
-bool ReadBlockOfY(InputStreamDirectory* /*directory*/, StoredPCA* /*model*/) { return true; }
-bool ReadBlockOfY(InputStreamDirectory* directory, StoredFilter* model) {
-  return ReadNames(directory->GetInput(YNames), &model->yNames);
-}
-
 std::vector<double> DeviationsOf(const ModelInfo& model) { return {model.pooledDeviation}; }
 std::vector<double> DeviationsOf(const StoredO2PLS& model) { return {model.pooledDeviation, model.yPooledDeviation}; }
-
-bool ReadDeviations(std::istream* entry, ModelInfo* model) {
-  return entry != nullptr && ReadDouble(&model->pooledDeviation, *entry);
-}
-bool ReadDeviations(std::istream* entry, StoredO2PLS* model) {
-  return entry != nullptr && ReadDouble(&model->pooledDeviation, *entry) &&
-         ReadDouble(&model->yPooledDeviation, *entry);
-}
 
 /// What the terms of rows of each block have: their entry, and how many Y columns.
 struct TermsOfBlock {
@@ -297,10 +279,7 @@ bool ReadOrigin(std::istream* part, Kind* model) {
   if (part == nullptr) return false;
   InputStreamDirectory directory(*part);
   std::istream* const sources = directory.GetInput(Sources);
-  if (sources == nullptr || !ReadText(&model->writtenBy, *sources) || !ReadText(&model->table, *sources) ||
-      !ReadText(&model->idColumn, *sources)) {
-    return false;
-  }
+  if (sources == nullptr || !ReadSources(*sources, model)) return false;
   if constexpr (std::is_same_v<Kind, StoredO2PLS>) return ReadText(&model->yTable, *sources);
   return true;
 }
@@ -322,7 +301,8 @@ bool ReadPrediction(InputStreamDirectory* directory, Kind* model) {
   std::istream* const chain = directory->GetInput(Preprocessing);
   std::istream* const shifts = directory->GetInput(Shifts);
   return ReadNames(directory->GetInput(XNames), &model->xNames) &&
-         ReadObject(directory->GetInput(XScaling), model->xScaling.scale.get()) && ReadBlockOfY(directory, model) &&
+         ReadObject(directory->GetInput(XScaling), model->xScaling.scale.get()) &&
+         ReadBlockOfY(directory->GetInput(YNames), directory->GetInput(YScaling), model) &&
          matrices != nullptr && ReadModel(*matrices, model) && chain != nullptr && ReadChain(*chain, model) &&
          (shifts == nullptr || ReadShifts(*shifts, ShiftedBlocks(model))) &&
          ReadDeviations(directory->GetInput(Deviations), model) &&

@@ -2,10 +2,12 @@
 
 #include <algorithm>
 #include <cmath>
+#include <memory>
 #include <string>
 #include <unordered_set>
 
 #include "kalmia/analysis/file/StepChainFile.h"
+#include "kalmia/analysis/file/internal/ModelEntries.h"
 #include "kalmia/analysis/text/internal/Bytes.h"
 
 namespace kalmia::analysis {
@@ -32,6 +34,27 @@ bool ReadShifts(std::istream& entry, ColumnScaling* scaling) {
 }
 
 }  // namespace
+
+bool ReadSources(std::istream& entry, ModelInfo* model) {
+  return ReadText(&model->writtenBy, entry) && ReadText(&model->table, entry) && ReadText(&model->idColumn, entry);
+}
+
+bool ReadBlockOfY(std::istream* names, std::istream* scaling, YModelInfo* model) {
+  model->yScaling.scale = std::make_unique<NCScale>();
+  return ReadNames(names, &model->yNames) && ReadObject(scaling, model->yScaling.scale.get());
+}
+bool ReadBlockOfY(std::istream* /*names*/, std::istream* /*scaling*/, StoredPCA* /*model*/) { return true; }
+bool ReadBlockOfY(std::istream* names, std::istream* /*scaling*/, StoredFilter* model) {
+  return ReadNames(names, &model->yNames);
+}
+
+bool ReadDeviations(std::istream* entry, ModelInfo* model) {
+  return entry != nullptr && ReadDouble(&model->pooledDeviation, *entry);
+}
+bool ReadDeviations(std::istream* entry, StoredO2PLS* model) {
+  return entry != nullptr && ReadDouble(&model->pooledDeviation, *entry) &&
+         ReadDouble(&model->yPooledDeviation, *entry);
+}
 
 bool ReadScaling(std::istream& stream, NCScale::Scaling* scaling) {
   int read = 0;

@@ -30,8 +30,7 @@ enum Entry : unsigned short {
 };
 
 bool ReadGeneral(int version, std::istream* entry, ModelInfo* frame, int* kind) {
-  if (entry == nullptr || !ReadText(&frame->writtenBy, *entry) || !ReadText(&frame->table, *entry) ||
-      !ReadText(&frame->idColumn, *entry) || !ReadText(&frame->groupColumn, *entry) ||
+  if (entry == nullptr || !ReadSources(*entry, frame) || !ReadText(&frame->groupColumn, *entry) ||
       !ReadInteger(&frame->groups, *entry) || !ReadScaling(*entry, &frame->scaling)) {
     return false;
   }
@@ -51,18 +50,8 @@ bool ReadOldShifts(int version, std::istream* entry, Kind* model) {
   return entry != nullptr && ReadShifts(*entry, ShiftedBlocks(model));
 }
 
-bool ReadBlockOfY(InputStreamDirectory* directory, YModelInfo* model) {
-  model->yScaling.scale = std::make_unique<NCScale>();
-  return ReadNames(directory->GetInput(YNames), &model->yNames) &&
-         ReadObject(directory->GetInput(YScaling), model->yScaling.scale.get());
-}
-bool ReadBlockOfY(InputStreamDirectory* /*directory*/, StoredPCA* /*model*/) { return true; }
-bool ReadBlockOfY(InputStreamDirectory* directory, StoredFilter* model) {
-  return ReadNames(directory->GetInput(YNames), &model->yNames);
-}
-
 bool ReadQuality(std::istream* entry, YModelInfo* model) {
-  if (entry == nullptr || !ReadDouble(&model->pooledDeviation, *entry)) return false;
+  if (!ReadDeviations(entry, model)) return false;
   for (std::size_t j = 0; j < model->yNames.size(); ++j) {
     YQuality y;
     if (!ReadInteger(&y.rows, *entry) || !ReadDouble(&y.rmsee, *entry) || !ReadDouble(&y.rmsecv, *entry)) return false;
@@ -70,13 +59,8 @@ bool ReadQuality(std::istream* entry, YModelInfo* model) {
   }
   return true;
 }
-bool ReadQuality(std::istream* entry, StoredPCA* model) {
-  return entry != nullptr && ReadDouble(&model->pooledDeviation, *entry);
-}
-bool ReadQuality(std::istream* entry, StoredO2PLS* model) {
-  return entry != nullptr && ReadDouble(&model->pooledDeviation, *entry) &&
-         ReadDouble(&model->yPooledDeviation, *entry);
-}
+bool ReadQuality(std::istream* entry, StoredPCA* model) { return ReadDeviations(entry, model); }
+bool ReadQuality(std::istream* entry, StoredO2PLS* model) { return ReadDeviations(entry, model); }
 bool ReadQuality(std::istream* /*entry*/, StoredFilter* /*model*/) { return true; }
 
 /// The table of Y stands before the components of O2PLS.
@@ -87,7 +71,7 @@ template <class Kind>
 bool ReadOwn(InputStreamDirectory* directory, Kind* model) {
   std::istream* const matrices = directory->GetInput(Model);
   std::istream* const components = directory->GetInput(Components);
-  return ReadBlockOfY(directory, model) && matrices != nullptr && ReadOldModel(*matrices, model) &&
+  return ReadBlockOfY(directory->GetInput(YNames), directory->GetInput(YScaling), model) && matrices != nullptr && ReadOldModel(*matrices, model) &&
          components != nullptr && ReadYTable(*components, model) && ReadComponents(*components, model) &&
          ReadQuality(directory->GetInput(Quality), model) && model->Components() > 0 && HasScores(*model) &&
          Agrees(*model);

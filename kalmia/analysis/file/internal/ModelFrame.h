@@ -28,6 +28,20 @@ bool MakeKind(int kind, StoredModel* model) {
   return false;
 }
 
+/// Version of the command, table, column of row names.
+bool ReadSources(std::istream& entry, ModelInfo* model);
+
+// From entries that may be absent, which is a failure where the kind of model needs them.
+
+/// Names and scaling of Y: PCA has neither, a filter only the names.
+bool ReadBlockOfY(std::istream* names, std::istream* scaling, YModelInfo* model);
+bool ReadBlockOfY(std::istream* names, std::istream* scaling, StoredPCA* model);
+bool ReadBlockOfY(std::istream* names, std::istream* scaling, StoredFilter* model);
+
+/// The pooled deviation of X, of O2PLS then that of Y.
+bool ReadDeviations(std::istream* entry, ModelInfo* model);
+bool ReadDeviations(std::istream* entry, StoredO2PLS* model);
+
 /// A stored word for a scaling; false for a number that is none.
 bool ReadScaling(std::istream& stream, NCScale::Scaling* scaling);
 
