@@ -1,6 +1,6 @@
 // Feeds bytes to the readers of model files, of stored cross-validations and of saved steps, as they are and with a
 // length and a checksum that match them, as a forger would write them. What is accepted is written, and reads back to
-// the same bytes; saved steps are applied to a small table, those of a model to new rows.
+// the same bytes, and shown; saved steps are applied to a small table, those of a model to new rows.
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>
@@ -12,6 +12,7 @@
 #include "kalmia/analysis/file/OPLSCvFile.h"
 #include "kalmia/analysis/file/StepChainFile.h"
 #include "kalmia/analysis/model/NewRows.h"
+#include "kalmia/analysis/report/InfoReport.h"
 #include "kalmia/analysis/table/CsvRecords.h"
 #include "kalmia/analysis/table/Table.h"
 #include "tests/analysis/FramedFile.h"
@@ -77,6 +78,7 @@ void FeedNewRows(const kalmia::analysis::ModelInfo& model) try {
 void FeedAll(const std::string& bytes) {
   const auto write = [](const kalmia::analysis::StoredModel& model) { return ModelFileBytes(model); };
   Feed(bytes, ReadModelFile, write, [](const kalmia::analysis::StoredModel& model) {
+    Require(!InfoText(model, "file").empty() && !InfoJson(model, "file").empty());
     std::visit([](const kalmia::analysis::ModelInfo& frame) { FeedNewRows(frame); }, model);
   });
   Feed(bytes, ReadOPLSCvFile, OPLSCvFileBytes, [](const kalmia::analysis::StoredOPLSCv&) {});

@@ -106,7 +106,7 @@ void WriteJackKnife(const std::optional<StoredJackKnife>& jackKnife, std::ostrea
 }
 
 bool AreStandardErrors(const std::vector<double>& numbers) {
-  return std::all_of(numbers.begin(), numbers.end(), [](double s) { return std::isnan(s) || s >= 0.0; });
+  return std::all_of(numbers.begin(), numbers.end(), [](double s) { return std::isnan(s) || (s >= 0.0 && std::isfinite(s)); });
 }
 
 bool ReadJackKnife(std::istream& stream, const JudgedColumns& columns, std::optional<StoredJackKnife>* jackKnife) {

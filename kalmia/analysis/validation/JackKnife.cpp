@@ -43,7 +43,8 @@ JackKnifeResult IntervalsOf(const std::vector<double>& numbers, const std::vecto
     const double b = numbers[k], s = standardErrors[k];
     result.lower.push_back(std::max(least, b - t * s));
     result.upper.push_back(b + t * s);
-    result.p.push_back(s > 0.0 ? shares.Beyond(b / s) : kNotANumber);
+    const bool hasRatio = s > 0.0 && !std::isnan(b / s);
+    result.p.push_back(hasRatio ? shares.Beyond(b / s) : kNotANumber);
   }
   return result;
 }

@@ -48,7 +48,7 @@ class KALMIA_EXPORT JackKnife {
 };
 
 /// The intervals and p of numbers with these standard errors, of `degrees` (G - 1) degrees of freedom, as
-/// JackKnife::Result has them.
+/// JackKnife::Result has them. p is not a number where that over its standard error is none.
 KALMIA_EXPORT JackKnifeResult IntervalsOf(const std::vector<double>& numbers, const std::vector<double>& standardErrors,
                                           int degrees, double share = 0.95,
                                           double least = -std::numeric_limits<double>::infinity(),

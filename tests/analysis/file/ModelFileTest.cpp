@@ -30,6 +30,7 @@
 #include "kalmia/analysis/model/Prediction.h"
 #include "kalmia/analysis/model/RowDiagnosis.h"
 #include "kalmia/analysis/model/TrainingRows.h"
+#include "kalmia/analysis/report/InfoReport.h"
 #include "kalmia/analysis/steps/Scaling.h"
 #include "kalmia/analysis/text/Failure.h"
 #include "kalmia/analysis/validation/Analysis.h"
@@ -163,13 +164,18 @@ std::vector<std::string> SmallFiles() {
           SmallClassFile()};
 }
 
+/// The bytes of the stored model of that name.
+std::string StoredFile(const std::string& name) {
+  std::ifstream file(std::string(KALMIA_ANALYSIS_DATA_DIR) + "/models/" + name, std::ios::binary);
+  return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
+}
+
 /// The files of such models that earlier versions wrote.
 std::vector<std::string> OldFiles() {
   std::vector<std::string> files;
   for (const char* name : {"pls-version-3", "pca-version-3", "opls-version-3", "o2pls-version-3", "filter-version-3",
                            "steps-version-3", "shifted-version-4"}) {
-    std::ifstream file(std::string(KALMIA_ANALYSIS_DATA_DIR) + "/models/" + name, std::ios::binary);
-    files.emplace_back(std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>());
+    files.push_back(StoredFile(name));
     EXPECT_GT(files.back().size(), kContentAt) << name;
   }
   return files;
@@ -196,6 +202,17 @@ TEST(ModelFile, ComesBackToTheSameBytes) {
   ModelParts all;
   all.table = true;
   for (const std::string& bytes : SmallFiles()) EXPECT_EQ(ModelFileBytes(ReadModelFile(bytes, "m"), all), bytes);
+}
+
+TEST(ModelFile, ThatTheCommandStoredIsReadAndWrittenToTheSameBytes) {
+  for (const char* name : {"pls-version-5", "classes-version-5", "pca-version-5", "opls-version-5", "o2pls-version-5",
+                           "filter-version-5"}) {
+    const std::string bytes = StoredFile(name);
+    ASSERT_GT(bytes.size(), kContentAt) << name;
+    const StoredModel model = ReadModelFile(bytes, name);
+    EXPECT_EQ(ModelFileBytes(model, {/*rows=*/true, /*table=*/true}), bytes) << name;
+    EXPECT_FALSE(InfoText(model, name).empty());
+  }
 }
 
 TEST(ModelFile, OfAnEarlierVersionComesBackAsOneOfToday) {
@@ -447,6 +464,7 @@ TEST(ModelFile, IsRefusedWithAJudgementThatCannotBe) {
   EXPECT_EQ(refusal([](StoredPLS*, Stored* of) { of->cvAnova.resize(2); }), damaged);
   EXPECT_EQ(refusal([](StoredPLS*, Stored* of) { of->permutation = StoredPermutation{9, {1.1, 0.1}}; }), damaged);
   EXPECT_EQ(refusal([](StoredPLS*, Stored* of) { of->jackKnife->coefficients(0, 0) = -1.0; }), damaged);
+  EXPECT_EQ(refusal([](StoredPLS*, Stored* of) { of->jackKnife->ofVip[0] = HUGE_VAL; }), damaged);
   EXPECT_EQ(refusal([](StoredPLS* model, Stored*) { model->classes->fitted->confusion[0][0] = -1; }), damaged);
   EXPECT_EQ(refusal([](StoredPLS* model, Stored*) { model->classes->leftOut->auc[2] = 1.5; }), damaged);
 }
@@ -613,6 +631,23 @@ TEST(ModelFile, EndsInAFailureOrAModelThatPredictsWhenForged) {
       }
     }
     EXPECT_GT(read, 0);  // a flip within a cell is nobody's to notice
+  }
+}
+
+TEST(ModelFile, EndsInAFailureOrAModelThatIsShownWhenForged) {
+  for (const char* name : {"pls-version-5", "classes-version-5", "o2pls-version-5"}) {
+    const std::string original = StoredFile(name);
+    int shown = 0;
+    for (std::size_t i = kContentAt; i < original.size(); ++i) {
+      try {  // the second bit from the top of a number's last byte makes it huge, infinite or none
+        const StoredModel model = ReadModelFile(Forged(WithBitFlipped(original, i, 6)), "m");
+        EXPECT_FALSE(InfoJson(model, "m").empty() || InfoText(model, "m").empty());
+        ++shown;
+      } catch (const Failure& failure) {
+        EXPECT_THAT(failure.what(), HasSubstr("m is damaged: its parts do not fit together"));
+      }
+    }
+    EXPECT_GT(shown, 0);
   }
 }
 

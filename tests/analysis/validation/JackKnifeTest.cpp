@@ -84,6 +84,14 @@ TEST(JackKnife, CutsIntervalsOfNumbersThatCannotBeNegative) {
   EXPECT_NEAR(result.lower[1], 10.0 - 1.2706204736174698, 1e-9);
 }
 
+TEST(IntervalsOf, AreThoseOfTheJackKnifeThatGaveTheStandardErrors) {
+  const JackKnifeResult result = Filled(1).Result(), again = IntervalsOf(kOfModel, result.standardErrors, 6);
+  EXPECT_EQ(again.lower, result.lower);
+  EXPECT_EQ(again.upper, result.upper);
+  EXPECT_EQ(again.p, result.p);
+  EXPECT_THAT(IntervalsOf({HUGE_VAL, NAN}, {HUGE_VAL, 1.0}, 6).p, ::testing::Each(IsNan()));
+}
+
 TEST(JackKnife, StopsWhenTheBarWantsTo) {
   ProgressLog log;
   log.stopAt = 2;
