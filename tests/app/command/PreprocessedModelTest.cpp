@@ -139,12 +139,24 @@ TEST_F(PreprocessedModel, OfPCAAndOPLSTakesSavedStepsToo) {
        std::vector<Words>{{"opls", "--y", "y", "--orthogonal", "1"}, {"pca", "--exclude", "y", "--components", "2"}}) {
     SCOPED_TRACE(fit.front());
     const json learnt = Fit(fit, steps).Json();
-    const json rows = Predicted(table_);
+    json rows = Predicted(table_);
     const Words words = {table_, "--id", "name", "--steps-file", saved_, "--save", model_, "--json"};
     const json saved = RunWell(fit + words).Json();
     EXPECT_EQ(saved["components"], learnt["components"]);
     EXPECT_EQ(saved["preprocessing"], learnt["preprocessing"]);
-    EXPECT_EQ(Predicted(table_), rows);
+    json again = Predicted(table_);
+    ASSERT_EQ(again.size(), rows.size());
+    for (std::size_t i = 0; i < rows.size(); ++i) {
+      // Rounds that learn their own steps are fitted one by one, others side by side: their errors, and so the
+      // intervals, agree to single precision.
+      for (const char* end : {"lower", "upper"}) {
+        if (!rows[i].contains(end)) continue;
+        EXPECT_NEAR(again[i][end][0], rows[i][end][0], 1e-5);
+        again[i].erase(end);
+        rows[i].erase(end);
+      }
+    }
+    EXPECT_EQ(again, rows);
   }
 }
 
