@@ -22,8 +22,8 @@ std::string NamedColumns(const std::string& kind, const std::vector<std::string>
 std::string WordsText(const ColumnDescription& column) {
   std::vector<std::string> words;
   for (const StrayWord& word : column.firstWords) {
-    words.push_back(Quoted(word.text) + " in row " + std::to_string(word.row) + " (line " + std::to_string(word.line) +
-                    ")");
+    const std::string line = word.line > 0 ? " (line " + std::to_string(word.line) + ")" : "";
+    words.push_back(Quoted(word.text) + " in row " + std::to_string(word.row) + line);
   }
   const std::size_t others = static_cast<std::size_t>(column.words) - words.size();
   if (others > 0) words.push_back(std::to_string(others) + " more");

@@ -16,7 +16,7 @@ namespace kalmia::analysis {
 struct StrayWord {
   std::string text;  ///< its beginning
   int row = 0;       ///< from 1
-  std::size_t line = 0;
+  std::size_t line = 0;  ///< of the text; 0 without one
 };
 
 /// What is told of one column.

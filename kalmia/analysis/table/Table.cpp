@@ -1,6 +1,7 @@
 #include "kalmia/analysis/table/Table.h"
 
 #include <algorithm>
+#include <cmath>
 #include <limits>
 #include <utility>
 
@@ -41,6 +42,37 @@ bool MayBeNumbersCutAtCommas(const std::vector<std::string>& fields) {
   return IsDigits(fields.back()) && IsDigits(before.substr(before.find_first_not_of("+-") == 1 ? 1 : 0));
 }
 
+std::size_t CellsOf(const NamedColumn& column) {
+  return std::visit([](const auto& cells) { return cells.size(); }, column.cells);
+}
+
+CellKind KindOf(double number) {
+  if (std::isnan(number)) return CellKind::Missing;
+  if (std::isinf(number)) return CellKind::Infinite;
+  return std::isinf(static_cast<float>(number)) ? CellKind::TooLarge : CellKind::Number;
+}
+
+/// Whatever a text in memory says, it is a text.
+CellKind KindOf(const std::string& text) {
+  return ReadCell(text, CellFormat()).kind == CellKind::Missing ? CellKind::Missing : CellKind::Word;
+}
+
+template <class T>
+CsvColumn TallyOf(const std::vector<T>& cells) {
+  CsvColumn column;
+  for (std::size_t row = 0; row < cells.size(); ++row) {
+    const CellKind kind = KindOf(cells[row]);
+    if (kind == CellKind::Missing) {
+      ++column.missing;
+      continue;
+    }
+    column.kind = kind == CellKind::Word ? ColumnKind::Texts : ColumnKind::Numbers;
+    if (kind == CellKind::Number) continue;
+    if (column.strays++ < static_cast<int>(kStraysKept)) column.firstStrays.push_back(static_cast<int>(row));
+  }
+  return column;
+}
+
 std::vector<std::string> ContentsOf(std::string_view text, const std::vector<FieldPlace>& fields) {
   std::vector<std::string> contents;
   contents.reserve(fields.size());
@@ -51,14 +83,48 @@ std::vector<std::string> ContentsOf(std::string_view text, const std::vector<Fie
 }  // namespace
 
 Table::Table(TextBuffer text, const std::string& name, const ReadOptions& options, NCProgress* progress,
-                   std::size_t bytesAtOnce)
+             std::size_t bytesAtOnce)
     : name_(name), text_(std::move(text)), format_(DetectFormat(Text(), name, options)) {
   for (const std::string& word : options.missingWords) cellFormat_.missingWords.emplace_back(WithoutBlanks(word));
   const CsvPlace headerEnd = ReadHeader(ShareOf(0.0, 0.0, progress));
   rows_ = FindRows(Text(), format_, headerEnd, bytesAtOnce, ShareOf(0.0, kShareOfRows, progress));
   if (rows_.Size() == 0) Refuse(name_ + " has a header but no data rows");
   if (rows_.Size() > kMostRows) Refuse(name_ + " has more than " + std::to_string(kMostRows) + " rows");
+  rowCount_ = static_cast<int>(rows_.Size());
   ReadRows(bytesAtOnce, ShareOf(kShareOfRows, 1.0, progress));
+}
+
+Table::Table(std::vector<NamedColumn> columns, const std::string& name) : name_(name), given_(std::move(columns)) {
+  if (given_.empty()) Refuse(name_ + " has no columns");
+  if (given_.size() > kMostColumns) Refuse(name_ + ": too many columns");
+  std::vector<std::string> names;
+  for (const NamedColumn& column : given_) names.push_back(column.name);
+  TakeNames(std::move(names), ShareOf(0.0, 0.0, nullptr));
+  const std::size_t rows = CellsOf(given_.front());
+  if (rows == 0) Refuse(name_ + " has no rows");
+  if (rows > kMostRows) Refuse(name_ + " has more than " + std::to_string(kMostRows) + " rows");
+  rowCount_ = static_cast<int>(rows);
+  for (std::size_t c = 0; c < given_.size(); ++c) {
+    if (CellsOf(given_[c]) != rows) {
+      Refuse(name_ + ": column " + Quoted(columnNames_[c]) + " has " + Counted(CellsOf(given_[c]), "cell") +
+             ", column " + Quoted(columnNames_.front()) + " has " + std::to_string(rows));
+    }
+    cells_.columns.push_back(std::visit([](const auto& cells) { return TallyOf(cells); }, given_[c].cells));
+    PointToNumbers(given_[c], &cells_.columns.back());
+  }
+}
+
+void Table::PointToNumbers(const NamedColumn& given, CsvColumn* column) {
+  if (column->kind == ColumnKind::Texts) return;
+  const auto* numbers = std::get_if<std::vector<double>>(&given.cells);
+  if (numbers == nullptr || column->strays > 0) {
+    besideStrays_.emplace_back(static_cast<std::size_t>(rowCount_), std::numeric_limits<double>::quiet_NaN());
+    for (std::size_t row = 0; numbers != nullptr && row < numbers->size(); ++row) {
+      if (KindOf((*numbers)[row]) == CellKind::Number) besideStrays_.back()[row] = (*numbers)[row];
+    }
+    numbers = &besideStrays_.back();
+  }
+  column->numbers = numbers->data();
 }
 
 int Table::Find(const std::string& columnName) const {
@@ -67,6 +133,11 @@ int Table::Find(const std::string& columnName) const {
 }
 
 std::vector<std::string> Table::RowTexts(int row) const {
+  if (!HasText()) {
+    std::vector<std::string> texts;
+    for (int c = 0; c < Columns(); ++c) texts.push_back(GivenText(row, c));
+    return texts;
+  }
   CsvPlace place{rows_.Begin(static_cast<std::size_t>(row)), 0};
   std::vector<FieldPlace> fields;
   PassRecord(Text(), format_, &place, &fields);
@@ -74,6 +145,7 @@ std::vector<std::string> Table::RowTexts(int row) const {
 }
 
 std::string Table::Cell(int row, int column) const {
+  if (!HasText()) return GivenText(row, column);
   std::size_t at = rows_.Begin(static_cast<std::size_t>(row));
   FieldPlace field;
   for (int c = 0; c <= column; ++c, at = field.next + 1) FindField(Text(), at, format_, &field);
@@ -82,23 +154,28 @@ std::string Table::Cell(int row, int column) const {
 
 std::vector<std::string> Table::ColumnTexts(int column) const {
   std::vector<std::string> texts;
-  texts.reserve(rows_.Size());
+  texts.reserve(static_cast<std::size_t>(rowCount_));
   for (int row = 0; row < Rows(); ++row) texts.push_back(Cell(row, column));
   return texts;
 }
 
-std::string Table::RowPlace(int row) const {
-  return "row " + std::to_string(row + 1) + " (line " + std::to_string(Line(row)) + ")";
+std::string Table::GivenText(int row, int column) const {
+  const auto& cells = given_[static_cast<std::size_t>(column)].cells;
+  const auto r = static_cast<std::size_t>(row);
+  if (const auto* texts = std::get_if<std::vector<std::string>>(&cells)) return (*texts)[r];
+  const double number = std::get<std::vector<double>>(cells)[r];
+  if (std::isnan(number)) return "";
+  if (std::isinf(number)) return number > 0.0 ? "inf" : "-inf";
+  return CellText(number, /*decimalComma=*/false);
 }
 
-CsvPlace Table::ReadHeader(const Proceed& proceed) {
-  CsvPlace place{format_.begin, format_.firstLine};
-  FindRecord(Text(), format_, &place);
-  const std::size_t line = place.line;
-  std::vector<FieldPlace> fields;
-  if (!PassRecord(Text(), format_, &place, &fields)) Refuse(name_ + ": " + UnpairedMarks(line));
-  if (fields.size() > kMostColumns) Refuse(name_ + ": too many columns");
-  columnNames_ = ContentsOf(Text(), fields);
+std::string Table::RowPlace(int row) const {
+  const std::string place = "row " + std::to_string(row + 1);
+  return HasText() ? place + " (line " + std::to_string(Line(row)) + ")" : place;
+}
+
+void Table::TakeNames(std::vector<std::string> names, const Proceed& proceed) {
+  columnNames_ = std::move(names);
   for (std::size_t c = 0; c < columnNames_.size(); ++c) {
     if (c % kNamesAtOnce == 0) proceed(0.0);
     if (columnNames_[c].empty()) columnNames_[c] = "column " + std::to_string(c + 1);
@@ -108,6 +185,16 @@ CsvPlace Table::ReadHeader(const Proceed& proceed) {
              " have the same name, " + Quoted(columnNames_[c]));
     }
   }
+}
+
+CsvPlace Table::ReadHeader(const Proceed& proceed) {
+  CsvPlace place{format_.begin, format_.firstLine};
+  FindRecord(Text(), format_, &place);
+  const std::size_t line = place.line;
+  std::vector<FieldPlace> fields;
+  if (!PassRecord(Text(), format_, &place, &fields)) Refuse(name_ + ": " + UnpairedMarks(line));
+  if (fields.size() > kMostColumns) Refuse(name_ + ": too many columns");
+  TakeNames(ContentsOf(Text(), fields), proceed);
   const std::size_t end = fields.back().next;
   return {end, end == Text().size() ? place.line : place.line - 1};
 }

@@ -4,6 +4,7 @@
 #include <string>
 #include <string_view>
 #include <unordered_map>
+#include <variant>
 #include <vector>
 
 #include "kalmia/analysis/table/CsvCells.h"
@@ -16,9 +17,16 @@
 
 namespace kalmia::analysis {
 
-/// A table as its file has it: numbers by column, below a header of column names, and the text itself, from which texts
-/// are read again when they are asked for. Rows and columns count from 0 here; messages count rows from 1, as a reader
-/// does. No row or column number is checked.
+/// A column in memory: numbers, where NaN is a hole, or texts, where an empty one, NA, NaN and nan are missing as they
+/// are in a file.
+struct NamedColumn {
+  std::string name;
+  std::variant<std::vector<double>, std::vector<std::string>> cells;
+};
+
+/// A table by columns: one that was read from a CSV text, from which texts are read again when they are asked for, or
+/// one of columns in memory. Rows and columns count from 0 here; messages count rows from 1, as a reader does. No row
+/// or column number is checked.
 class KALMIA_EXPORT Table {
  public:
   /// Bytes that a thread reads at once: few enough to stay in a cache and to be stopped soon.
@@ -31,23 +39,30 @@ class KALMIA_EXPORT Table {
   /// Throws BadData: what DetectFormat refuses, no data rows, a row with another number of fields than the
   /// header, two columns of one name, quotation marks that do not pair up; Stopped on a stop of the progress.
   Table(TextBuffer text, const std::string& name, const ReadOptions& options = {}, NCProgress* progress = nullptr,
-           std::size_t bytesAtOnce = kBytesAtOnce);
+        std::size_t bytesAtOnce = kBytesAtOnce);
+  /// Takes over columns of as many cells each; one without a name is called after its place. Numbers are the table's as
+  /// they are, infinite ones and those beyond the largest float are strays. `name` is how messages call the table.
+  /// Throws BadData: no column, no row, columns of different lengths, two columns of one name.
+  Table(std::vector<NamedColumn> columns, const std::string& name);
 
   const std::string& Name() const { return name_; }
+  /// Whether the table was read from a text: then it has the text, its format and lines.
+  bool HasText() const { return given_.empty(); }
   std::string_view Text() const { return text_.View(); }
   const CsvFormat& Format() const { return format_; }
   char Separator() const { return format_.separator; }
   bool DecimalComma() const { return cellFormat_.decimalComma; }
   /// Words for missing cells beside NA, NaN and nan.
   const std::vector<std::string>& MissingWords() const { return cellFormat_.missingWords; }
-  int Rows() const { return static_cast<int>(rows_.Size()); }
+  int Rows() const { return rowCount_; }
   int Columns() const { return static_cast<int>(columnNames_.size()); }
   const std::vector<std::string>& ColumnNames() const { return columnNames_; }
   /// The column of that name, or -1.
   int Find(const std::string& columnName) const;
   const CsvColumn& Column(int column) const { return cells_.columns[static_cast<std::size_t>(column)]; }
 
-  /// The texts of a row, without quotes. Goes through the row in the text.
+  /// The texts of a row, without quotes. Goes through the row in the text. The text of a number in memory has as few
+  /// digits as bring it back.
   std::vector<std::string> RowTexts(int row) const;
   /// The text of one cell: goes through its row as far as the cell.
   std::string Cell(int row, int column) const;
@@ -55,12 +70,16 @@ class KALMIA_EXPORT Table {
   std::vector<std::string> ColumnTexts(int column) const;
   /// What a cell with this text is.
   CellValue ValueOf(std::string_view cell) const { return ReadCell(cell, cellFormat_); }
-  /// The line of the text on which a row begins.
-  std::size_t Line(int row) const { return rows_.Line(static_cast<std::size_t>(row)); }
-  /// "row 3 (line 4)": the place of a row for messages.
+  /// The line of the text on which a row begins; 0 without a text.
+  std::size_t Line(int row) const { return HasText() ? rows_.Line(static_cast<std::size_t>(row)) : 0; }
+  /// "row 3 (line 4)": the place of a row for messages; "row 3" without a text.
   std::string RowPlace(int row) const;
 
  private:
+  /// Throws BadData where two are the same.
+  void TakeNames(std::vector<std::string> names, const Proceed& proceed);
+  std::string GivenText(int row, int column) const;
+  void PointToNumbers(const NamedColumn& given, CsvColumn* column);
   /// Reads the header. The place where its last line ends.
   CsvPlace ReadHeader(const Proceed& proceed);
   std::size_t RowsInSample() const;
@@ -75,6 +94,9 @@ class KALMIA_EXPORT Table {
   std::unordered_map<std::string, int> columnOf_;
   CsvRows rows_;
   CsvCells cells_;
+  std::vector<NamedColumn> given_;  ///< of a table without a text; the columns of `cells_` point to their numbers
+  std::vector<std::vector<double>> besideStrays_;  ///< such numbers, of columns with strays or without any number
+  int rowCount_ = 0;
 };
 
 }  // namespace kalmia::analysis

@@ -107,7 +107,9 @@ std::string WithNewCells(const Table& table, const std::string& id, const AskedM
   WorkProgress work(progress);
   work.Begin("writing the table");
   const char decimal = table.DecimalComma() ? ',' : '.';
-  if (marks.Any()) return WrittenAnew(table, id, MarksOf(marks, {table.Separator(), decimal}), newCell, &work);
+  if (marks.Any() || !table.HasText()) {
+    return WrittenAnew(table, id, MarksOf(marks, {table.Separator(), decimal}), newCell, &work);
+  }
   KeptWords words(table, id);
   const auto replacement = [&](std::size_t record, std::size_t field) -> std::optional<std::string> {
     if (record == 0) return std::nullopt;

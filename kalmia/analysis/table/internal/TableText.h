@@ -24,9 +24,9 @@ void AddTableCell(const Table& table, std::string text, bool isOfNumbers, CsvTex
 using NewCell = std::function<std::optional<double>(int row, int column)>;
 
 /// The text of the table with some cells as other numbers, with as few digits as bring the same number back. Where no
-/// marks are asked for, every other byte stays and the numbers have the decimal mark of the table; otherwise the table
-/// is written anew with the marks, lines ending with LF. Rows are named by the column `id`, or by none where that is
-/// empty. A note tells how many cells among numbers stay missing by the user's words alone.
+/// marks are asked for and the table has a text, every other byte stays and the numbers have the decimal mark of the
+/// table; otherwise the table is written anew with the marks, lines ending with LF. Rows are named by the column `id`,
+/// or by none where that is empty. A note tells how many cells among numbers stay missing by the user's words alone.
 /// `progress` may be null; throws Stopped where the bar wants to stop.
 std::string WithNewCells(const Table& table, const std::string& id, const AskedMarks& marks,
                          const NewCell& newCell, Notes* notes, NCProgress* progress);
