@@ -141,6 +141,7 @@ void DeclareOPLS(CommandOptions* command, OPLSOptions* options) {
                           "number of orthogonal components; auto (default): the number that the validation chooses");
     TakeStoredAsByComponent(command, options);
     DeclareValidation(command, &options->validation, &options->recipe, "--orthogonal");
+    DeclareNested(command, &options->validation, &options->recipe, "--orthogonal");
     DeclarePermutations(command, &options->validation);
   });
   command->Text("--save-cv", "FILE", &options->saveCv,

@@ -37,6 +37,16 @@ void NoteMissingScores(const std::string& block, const NCDataMatrix<float>& x, c
     }
 }
 
+/// The reason of each row with fewer present cells than the model has components: they cannot tell so many scores.
+void NoteTooFewCells(const std::string& block, const NCDataMatrix<float>& x, int components,
+                     std::vector<RowPrediction>* rows) {
+  for (int r = 1; r <= x.SizeRows(); ++r) {
+    const int present = x.SizeColumns() - x[r].GetNumMisVal();
+    std::string& reason = (*rows)[static_cast<std::size_t>(r - 1)].reason;
+    if (reason.empty() && present < components) reason = ReasonFor(block, present, x.SizeColumns(), components);
+  }
+}
+
 /// Appends the scores of these components to those of each row; missing ones are not numbers.
 void AddScores(const NCDataVector<float>& scores, std::vector<RowPrediction>* rows) {
   for (std::size_t i = 0; i < rows->size(); ++i) {
@@ -125,6 +135,7 @@ PredictedRows Predict(const StoredOPLS& model, NCDataMatrix<float> x, NCProgress
   std::vector<RowPrediction> rows(static_cast<std::size_t>(x.SizeRows()));
   NoteMissingScores(model.inputBlock, x, *prediction.GetTOPred(), 0, &rows);
   NoteMissingScores(model.inputBlock, x, *prediction.GetTPred(), model.Orthogonal(), &rows);
+  NoteTooFewCells(model.inputBlock, x, model.Components(), &rows);
   AddScores(*prediction.GetTPred(), &rows);
   AddScores(*prediction.GetTOPred(), &rows);
   NCDataMatrix<float> left = prediction.GetXOrthoResiduals();

@@ -55,17 +55,11 @@ CsvFile ComponentRecordsCsv(const OPLSResult& result, const CsvMarks& marks) {
   return {"components.csv", csv.Text()};
 }
 
-CsvFile VipCsv(const StoredOPLS& model, const CsvMarks& marks) {
-  std::vector<double> predictive(model.xNames.size(), kNotANumber), orthogonal = predictive;
-  if (model.Components() > 0) {
-    predictive = PredictiveImportance(model);
-    orthogonal = OrthogonalImportance(model);
-  }
-  CsvText csv(marks);
-  csv.Field("column").Field("VIP predictive").Field("VIP orthogonal").EndLine();
-  for (std::size_t k = 0; k < predictive.size(); ++k)
-    csv.Field(model.xNames[k]).Number(predictive[k]).Number(orthogonal[k]).EndLine();
-  return {"vip.csv", csv.Text()};
+std::vector<NamedImportance> ImportancesOf(const StoredOPLS& model) {
+  const std::vector<double> none(model.xNames.size(), kNotANumber);
+  const bool isMean = model.Components() == 0;
+  return {{"predictive", isMean ? none : PredictiveImportance(model)},
+          {"orthogonal", isMean ? none : OrthogonalImportance(model)}};
 }
 
 CsvFile SPlotCsv(const OPLSResult& result, const CsvMarks& marks) {
@@ -107,6 +101,7 @@ std::string RefittedText(const OPLSAnalysis& analysis) {
   const RefittedModels models = RefittedModelsOf(analysis.fit.model);
   return RefitText(models) + "\n" + KeptText(analysis.fit.model) + ", " + FoldsText(models) + EndText(analysis.fit) +
          ChoiceText(models, analysis.validation->choice) + "\n" + QualityText(analysis.fit.model) +
+         NestedText(*analysis.validation) +
          CvAnovaText(analysis.fit.model.yNames, models.validation.cvAnova) + ClassText(analysis.fit.model) +
          PermutationText(models.validation.permutation);
 }
@@ -198,6 +193,7 @@ std::string OPLSJson(const Table& table, const OPLSAnalysis& analysis, const Not
   json["quality"] = QualityJson(model);
   json["crossValidated"] = CrossValidatedJson(validation);
   json["cvAnova"] = CvAnovaJson(fit.model);
+  json["nested"] = NestedJson(validation);
   json["permutation"] = PermutationJson(fit.model, analysis.permutation);
   json["classes"] = ClassJson(fit.model);
   json["savedCv"] = TextOrNull(files.savedCv);
@@ -217,6 +213,7 @@ std::vector<CsvFile> OPLSCsvFiles(const OPLSAnalysis& analysis, const CsvMarks& 
   const std::vector<JackKnifeResult> noJackKnife;
   const RealMatrix& leftOut = analysis.validation ? analysis.validation->predicted : none;
   const auto& jackKnife = analysis.validation ? analysis.validation->coefficients : noJackKnife;
+  const auto& importances = analysis.validation ? analysis.validation->importances : noJackKnife;
   std::vector<CsvFile> csvFiles = {
       analysis.validation ? ModelsCsv(RefittedModelsOf(analysis.fit.model), marks) : ComponentRecordsCsv(fit, marks),
       NamedComponentsCsv("scores.csv", "row", model.rowNames, {{"t", opls.t}, {"to", opls.to}}, marks),
@@ -226,7 +223,7 @@ std::vector<CsvFile> OPLSCsvFiles(const OPLSAnalysis& analysis, const CsvMarks& 
       NamedComponentsCsv("y-weights.csv", "column", model.yNames, {{"c", LastBlock(opls.c)}, {"co", opls.co}}, marks),
       SPlotCsv(fit, marks),
       CoefficientsCsv(CoefficientsOf(model), model, marks, &jackKnife),
-      VipCsv(model, marks),
+      VipCsv(model.xNames, ImportancesOf(model), importances, marks),
       RowsCsv(model, marks),
       FitCsv("fit.csv", data.rowNames, data.yNames, data.measuredY, fit.fitted, marks, &leftOut)};
   if (analysis.recipe.method != ValidationMethod::Component) return csvFiles;

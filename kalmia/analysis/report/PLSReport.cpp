@@ -106,24 +106,9 @@ Json ValidationJson(const PLSAnalysis& analysis) {
   return OtherValidationJson(analysis.recipe.method, analysis.fit.model, chosen);
 }
 
-CsvFile VipCsv(const PLSAnalysis& analysis, const CsvMarks& marks) {
-  const StoredPLS& model = analysis.fit.model;
-  std::vector<double> vip(model.xNames.size(), kNotANumber);
-  if (model.Components() > 0) vip = VariableImportance(*model.pls);
-  const bool isJudged = analysis.validation && analysis.validation->importance;
-  CsvText csv(marks);
-  csv.Field("column").Field("VIP").Field("standard error").Field("lower").Field("upper").EndLine();
-  for (std::size_t k = 0; k < vip.size(); ++k) {
-    csv.Field(model.xNames[k]).Number(vip[k]);
-    if (isJudged) {
-      const JackKnifeResult& of = *analysis.validation->importance;
-      csv.Number(of.standardErrors[k]).Number(of.lower[k]).Number(of.upper[k]);
-    } else {
-      csv.Number(kNotANumber).Number(kNotANumber).Number(kNotANumber);
-    }
-    csv.EndLine();
-  }
-  return {"vip.csv", csv.Text()};
+std::vector<NamedImportance> ImportancesOf(const StoredPLS& model) {
+  if (model.Components() == 0) return {{"", std::vector<double>(model.xNames.size(), kNotANumber)}};
+  return {{"", VariableImportance(*model.pls)}};
 }
 
 /// components.csv of components that were not judged one by one, but refitted as models of 0, 1, 2, ... of them.
@@ -260,6 +245,7 @@ std::vector<CsvFile> PLSCsvFiles(const PLSAnalysis& analysis, const CsvMarks& ma
   const std::vector<JackKnifeResult> noJackKnife;
   const RealMatrix& leftOut = analysis.validation ? analysis.validation->predicted : none;
   const auto& jackKnife = analysis.validation ? analysis.validation->coefficients : noJackKnife;
+  const auto& importances = analysis.validation ? analysis.validation->importances : noJackKnife;
   const NCDataMatrix<float> wStar = model.Components() > 0 ? pls.GetWStarPrim() : NCDataMatrix<float>();
   return {analysis.validation ? NumbersCsv(analysis, marks) : QCsv(fit, marks),
           NamedComponentsCsv("scores.csv", "row", model.rowNames, {{"t", *pls.GetTprim()}}, marks),
@@ -269,7 +255,7 @@ std::vector<CsvFile> PLSCsvFiles(const PLSAnalysis& analysis, const CsvMarks& ma
           NamedComponentsCsv("w-star.csv", "column", model.xNames, {{"w*", wStar}}, marks),
           NamedComponentsCsv("y-weights.csv", "column", model.yNames, {{"c", *pls.GetCprim()}}, marks),
           CoefficientsCsv(CoefficientsOf(model), model, marks, &jackKnife),
-          VipCsv(analysis, marks),
+          VipCsv(model.xNames, ImportancesOf(model), importances, marks),
           RowsCsv(model, marks),
           FitCsv("fit.csv", data.rowNames, data.yNames, data.measuredY, fit.fitted, marks, &leftOut)};
 }

@@ -23,7 +23,7 @@ void AnalyseByRefit(PLSRecipe recipe, const Table& table, PLSAnalysis* analysis,
   TakeErrors(validation, &analysis->fit.model);
   DescribeRows(analysis->fit.fitted, analysis->fit.data.measuredY, LeftOutFiguresOf(validation), &analysis->fit.model);
   analysis->fit.model.validation = JudgementOf(validation, analysis->recipe);
-  if (validation.importance) analysis->fit.model.validation->jackKnife->vip = VariableImportance(*analysis->fit.model.pls);
+  if (!validation.importances.empty()) analysis->fit.model.validation->jackKnife->vip = VariableImportance(*analysis->fit.model.pls);
   Permute(recipe, table, analysis, progress);
 }
 

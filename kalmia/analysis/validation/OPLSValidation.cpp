@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <limits>
-#include <utility>
 
 #include "kalmia/analysis/fit/internal/RecipeChecks.h"
 #include "kalmia/analysis/text/internal/LibraryErrors.h"
@@ -25,8 +24,8 @@ OPLSValidation Validate(const OPLSRecipe& recipe, const Table& table, const Vali
                         NCProgress* progress) {
   CheckRecipe(recipe);
   return WithoutLibraryErrors([&] {
-    YRefits refits{recipe, LastModel(recipe.components), FamilyOf(recipe, table)};
-    return OPLSValidation{RunYRefits(std::move(refits), table, validation, progress)};
+    const YRefits refits{recipe, LastModel(recipe.components), [&] { return FamilyOf(recipe, table); }};
+    return OPLSValidation{RunYRefits(refits, table, validation, progress)};
   });
 }
 

@@ -22,7 +22,7 @@ struct OPLSValidation : RefitValidation {
 ///
 /// The number of predictive components is the given one, cut to the number of Y columns, or as many as X and Y of all
 /// rows have in common; all rounds take the same. Where a round cannot have so many, as where one of the Y columns is
-/// constant in it, the mean alone is judged.
+/// constant in it, the mean alone is judged. A nested validation chooses the number of orthogonal components alone.
 /// With one complete Y and complete X model a predicts what PLS of a components does, up to roundings.
 /// Throws what Validate of a PLS recipe does.
 /// Source of the models: see NCOPLS.

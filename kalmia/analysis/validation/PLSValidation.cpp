@@ -1,10 +1,6 @@
 #include "kalmia/analysis/validation/PLSValidation.h"
 
-#include <cstddef>
 #include <memory>
-#include <optional>
-#include <utility>
-#include <vector>
 
 #include "kalmia/analysis/fit/internal/RecipeChecks.h"
 #include "kalmia/analysis/text/internal/LibraryErrors.h"
@@ -17,14 +13,8 @@ PLSValidation Validate(const PLSRecipe& recipe, const Table& table, const Valida
                        NCProgress* progress) {
   CheckRecipe(recipe);
   return WithoutLibraryErrors([&] {
-    YRefits refits{recipe, recipe.components, std::make_unique<PLSFamily>()};
-    if (validation.nested && !recipe.components) {
-      refits.chooseBy = [&](const std::vector<std::size_t>& rows, NCProgress* ofRound) {
-        YRefits ofRows{recipe, std::nullopt, std::make_unique<PLSFamily>()};
-        return RunYRefits(std::move(ofRows), table, validation, ofRound, &rows).model;
-      };
-    }
-    return PLSValidation{RunYRefits(std::move(refits), table, validation, progress)};
+    const YRefits refits{recipe, recipe.components, [] { return std::make_unique<PLSFamily>(); }};
+    return PLSValidation{RunYRefits(refits, table, validation, progress)};
   });
 }
 

@@ -55,8 +55,9 @@ struct RefitValidation {
   std::vector<std::optional<CvAnova>> cvAnova;  ///< M; nothing where Y are dummies of classes
   /// Of the coefficients in the units of the table, M: cells are the slopes of X in their order, then the intercept.
   std::vector<JackKnifeResult> coefficients;
-  /// Of VIP, K, intervals cut at 0; nothing of model 0 and of OPLS.
-  std::optional<JackKnifeResult> importance;
+  /// Of VIP, K cells each, intervals cut at 0: of PLS one, of OPLS those of its predictive and of its orthogonal
+  /// components. Nothing of model 0.
+  std::vector<JackKnifeResult> importances;
   /// Of the rows while they were left out, as DistanceToModel has them, those of all repeats: not a number where a row
   /// has none.
   std::vector<double> distances;

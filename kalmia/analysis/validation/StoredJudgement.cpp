@@ -68,7 +68,7 @@ std::optional<StoredJackKnife> JackKnifeOf(const RefitValidation& validation) {
     stored.coefficients.cells.insert(stored.coefficients.cells.end(), column.standardErrors.begin(),
                                      column.standardErrors.end());
   }
-  if (validation.importance) stored.ofVip = validation.importance->standardErrors;
+  if (validation.importances.size() == 1) stored.ofVip = validation.importances.front().standardErrors;
   return stored;
 }
 

@@ -440,7 +440,7 @@ TEST(ModelFile, CarriesWhatJudgedTheModel) {
       EXPECT_EQ(stored.jackKnife->coefficients(j, k), validation.coefficients[j].standardErrors[k]);
     }
   }
-  EXPECT_EQ(stored.jackKnife->ofVip, validation.importance->standardErrors);
+  EXPECT_EQ(stored.jackKnife->ofVip, validation.importances.front().standardErrors);
   EXPECT_EQ(stored.jackKnife->vip.size(), 3U);
   EXPECT_EQ(stored.permutation->runs, 5);
   EXPECT_EQ(stored.permutation->judgement.pQ2, analysis.permutation->judgement.pQ2);

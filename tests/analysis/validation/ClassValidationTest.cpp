@@ -22,6 +22,7 @@ using ::testing::Contains;
 using ::testing::ElementsAre;
 using ::testing::HasSubstr;
 using ::testing::IsEmpty;
+using ::testing::Not;
 using ::testing::Optional;
 
 PLSRecipe Species(std::optional<int> components = {}) {
@@ -154,6 +155,16 @@ TEST(ClassValidation, DealsRandomGroupsWithinClassesAndNotesClassesThatARoundLac
   const PLSValidation sorted = Validate(recipe, iris, blocks);
   EXPECT_EQ(Found(sorted.classes->figures), 0);
   EXPECT_THAT(sorted.notes.Lines(), Contains(HasSubstr("classes setosa, versicolor and virginica")));
+}
+
+TEST(ClassValidation, NotesThatBlocksOfASortedTableLeaveOutMuchOfAClass) {
+  const auto noteOf = [](FoldScheme scheme) {
+    ValidationRecipe rounds;
+    rounds.folds.scheme = scheme;
+    return Validate(Species(2), CsvAt(PathOfIris()), rounds).notes.Lines();
+  };
+  EXPECT_THAT(noteOf(FoldScheme::Blocks), Contains(HasSubstr("the rows stand class by class")));
+  EXPECT_THAT(noteOf(FoldScheme::Interleaved), Not(Contains(HasSubstr("class by class"))));
 }
 
 TEST(ClassValidation, PermutesClassesAndCountsHowOftenAsManyAreFound) {

@@ -11,7 +11,9 @@
 #include "kalmia/analysis/fit/OPLSResult.h"
 #include "kalmia/analysis/fit/PredictResult.h"
 #include "kalmia/analysis/model/Prediction.h"
+#include "kalmia/analysis/model/internal/OPLSDiagnostics.h"
 #include "kalmia/analysis/text/Failure.h"
+#include "kalmia/analysis/validation/JackKnife.h"
 #include "kalmia/analysis/validation/PLSValidation.h"
 #include "testing/RecordingProgress.h"
 #include "testing/Threads.h"
@@ -217,6 +219,67 @@ TEST(OPLSValidation, HasCoefficientsInTheUnitsOfTheTable) {
       }
     }
   }
+}
+
+/// Expects the jack-knife about the VIP of the fit, by fits to tables of the other rows.
+void ExpectTheJackKnifeOfImportances(const std::string& text) {
+  const OPLSRecipe recipe = OrthogonalRecipe("y", 2, 1);
+  const OPLSValidation validation = Validate(recipe, TextTable(text));
+  ASSERT_EQ(validation.importances.size(), 2U);
+  const auto importances = [&recipe](const Table& table) {
+    const StoredOPLS model = Fit(recipe, table).model;
+    return std::vector<std::vector<double>>{PredictiveImportance(model), OrthogonalImportance(model)};
+  };
+  const std::vector<std::vector<double>> whole = importances(TextTable(text));
+  for (std::size_t kind = 0; kind < 2; ++kind) {
+    JackKnife jackKnife(whole[kind], 7);
+    for (int group = 0; group < 7; ++group) {
+      const std::vector<std::size_t> rows = RowsOutsideGroup(validation.folds, 0, group);
+      jackKnife.AddRound(importances(TableLines(text).SmallTable(rows))[kind]);
+    }
+    const JackKnifeResult expected = jackKnife.Result(0.95, /*least=*/0.0);
+    const JackKnifeResult& found = validation.importances[kind];
+    for (std::size_t k = 0; k < expected.lower.size(); ++k) {  // fits round weights and loadings to single precision
+      EXPECT_NEAR(found.standardErrors[k], expected.standardErrors[k], 2e-6) << kind;
+      EXPECT_NEAR(found.lower[k], expected.lower[k], 1e-5) << kind;
+      EXPECT_NEAR(found.upper[k], expected.upper[k], 1e-5) << kind;
+    }
+  }
+}
+
+TEST(OPLSValidation, PutsTheJackKnifeAboutTheImportancesOfTheFit) {
+  ExpectTheJackKnifeOfImportances(LinearTable(21, 5, 8));
+  ExpectTheJackKnifeOfImportances(WithHoles(LinearTable(21, 5, 8), 13));
+}
+
+TEST(OPLSValidation, NestedChoosesInEachRoundByTheRowsThatStayIn) {
+  const std::string text = LinearTable(30, 6, 3);
+  ValidationRecipe rounds;
+  rounds.nested = true;
+  const OPLSValidation validation = Validate(OrthogonalRecipe("y"), TextTable(text), rounds);
+  ASSERT_TRUE(validation.nested);
+  ASSERT_EQ(validation.nested->models.size(), 7U);
+  for (int group = 0; group < 7; ++group) {
+    const Table rest = TableLines(text).SmallTable(RowsOutsideGroup(validation.folds, 0, group));
+    EXPECT_EQ(validation.nested->models[static_cast<std::size_t>(group)],
+              Validate(OrthogonalRecipe("y"), rest).model);
+  }
+  EXPECT_FALSE(Validate(OrthogonalRecipe("y", 1), TextTable(text), rounds).nested);
+}
+
+TEST(OPLSValidation, PredictsNoRowWithFewerCellsThanComponents) {
+  const TableLines lines(UnrelatedTable(24, 5, 1, 4));
+  std::string text = lines.header + "\n";
+  for (std::size_t row = 0; row < lines.rows.size(); ++row) {
+    text += row == 3 ? "0.5,,,,-0.25," + lines.rows[row].substr(lines.rows[row].rfind(',') + 1) + "\n"
+                     : lines.rows[row] + "\n";
+  }
+  const OPLSRecipe recipe = OrthogonalRecipe("y1", 2, 1);
+  const Table table = TextTable(text);
+  EXPECT_TRUE(std::isnan(Validate(recipe, table).predicted(3, 0)));
+  const auto predicted = PredictRows(Fit(recipe, table).model, Fit(recipe, table).data.x);
+  EXPECT_THAT(predicted[3].reason, HasSubstr("too few for component 3"));
+  EXPECT_EQ(predicted[4].reason, "");
 }
 
 TEST(OPLSValidation, GivesTheSameBitsOnAnyNumberOfThreads) {

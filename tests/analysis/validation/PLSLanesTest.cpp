@@ -121,14 +121,16 @@ std::vector<LaneRound> RoundsOf(const Case& of) {
 }
 
 /// The figures of all rounds, of which those have none that are to be fitted alone.
-std::vector<std::optional<RoundFigures>> FitSideBySide(const Case& of) {
+std::vector<std::optional<RoundFigures>> FitSideBySide(const Case& of,
+                                                       ImportanceKinds importances = ImportanceKinds::OfPLS) {
   const SingleTable single(of);
   const std::vector<LaneRound> rounds = RoundsOf(of);
   WorkProgress silent(nullptr);
   LaneRounds lanes(single.table, rounds.size(), [&](std::size_t round) { return rounds[round]; });
   std::vector<std::optional<RoundFigures>> figures;
   for (std::size_t r = 0; r < rounds.size(); ++r) {
-    figures.push_back(lanes.Figures(r, {/*fitted=*/true, /*firstOfCoefficients=*/0, /*importances=*/true}, &silent, [](double) {}));
+    const RoundQuestions questions{/*fitted=*/true, /*firstOfCoefficients=*/0, importances};
+    figures.push_back(lanes.Figures(r, questions, &silent, [](double) {}));
   }
   return figures;
 }
@@ -164,7 +166,7 @@ Gaps GapsToRoundsAlone(const Case& of, const SeriesFamily& family = PLSFamily())
   Gaps gaps;
   WorkProgress silent(nullptr);
   const std::vector<LaneRound> rounds = RoundsOf(of);
-  const std::vector<std::optional<RoundFigures>> all = FitSideBySide(of);
+  const std::vector<std::optional<RoundFigures>> all = FitSideBySide(of, family.Importances());
   for (std::size_t r = 0; r < rounds.size(); ++r) {
     EXPECT_TRUE(all[r]) << "round " << r;
     if (!all[r]) continue;
@@ -193,8 +195,12 @@ Gaps GapsToRoundsAlone(const Case& of, const SeriesFamily& family = PLSFamily())
                 LargestOf(coefficients[a][j]));
         }
       }
-      for (std::size_t k = 0; a < importances.size() && k < of.x.size(); ++k) {
-        Widen(&gaps.importances, found.importances[a][k], importances[a][k], LargestOf(importances[a]));
+      EXPECT_EQ(found.importances[a].size(), importances[a].size());
+      for (std::size_t kind = 0; kind < importances[a].size(); ++kind) {
+        const double unit = std::max(LargestOf(importances[a][kind]), 1.0);
+        for (std::size_t k = 0; k < of.x.size(); ++k) {
+          Widen(&gaps.importances, found.importances[a][kind][k], importances[a][kind][k], unit);
+        }
       }
       Widen(&gaps.shares, found.r2x[a], alone.Series()->R2X()[a], 1.0);
       Widen(&gaps.shares, found.r2y[a], alone.Series()->R2Y()[a], 1.0);

@@ -266,14 +266,15 @@ TEST(PLSValidation, PutsTheJackKnifeAboutTheImportanceOfTheFit) {
     jackKnife.AddRound(importance(TableLines(text).SmallTable(RowsOutsideGroup(validation.folds, 0, group))));
   }
   const JackKnifeResult expected = jackKnife.Result(0.95, /*least=*/0.0);
-  ASSERT_TRUE(validation.importance);
+  ASSERT_EQ(validation.importances.size(), 1U);
+  const JackKnifeResult& found = validation.importances.front();
   for (std::size_t k = 0; k < expected.lower.size(); ++k) {  // Fit rounds weights to single precision
-    EXPECT_NEAR(validation.importance->standardErrors[k], expected.standardErrors[k], 1e-6);
-    EXPECT_NEAR(validation.importance->lower[k], expected.lower[k], 5e-6);
-    EXPECT_NEAR(validation.importance->upper[k], expected.upper[k], 5e-6);
+    EXPECT_NEAR(found.standardErrors[k], expected.standardErrors[k], 1e-6);
+    EXPECT_NEAR(found.lower[k], expected.lower[k], 5e-6);
+    EXPECT_NEAR(found.upper[k], expected.upper[k], 5e-6);
   }
   recipe.components = 0;
-  EXPECT_FALSE(Validate(recipe, TableOf(text)).importance);
+  EXPECT_THAT(Validate(recipe, TableOf(text)).importances, IsEmpty());
 }
 
 TEST(PLSValidation, NestedChoosesInEachRoundByTheRowsThatStayIn) {
@@ -326,7 +327,36 @@ TEST(PLSValidation, CountsRowsThatCannotBePredictedForNoNumberOfComponents) {
   EXPECT_TRUE(std::isnan(validation.errors.squaredErrors[0](1, 0)));
   EXPECT_TRUE(std::isnan(validation.predicted(1, 0)));
   EXPECT_TRUE(std::isnan(validation.distances[1]));
-  EXPECT_THAT(validation.notes.Lines(), Contains(HasSubstr("in no figure of the validation: 1 row")));
+  EXPECT_THAT(validation.notes.Lines(),
+              Contains(HasSubstr("by 1 component, for want of cells, and so in no PRESS, Q2 and RMSECV: 1 row")));
+}
+
+/// 40 rows of six columns: in so many rows all cells but two are empty.
+std::string TableWithPoorRows(int poor) {
+  const Table whole(LinearTable(40, 6, 5), "t.csv");
+  std::string text = "x1,x2,x3,x4,x5,x6,y\n";
+  for (int row = 0; row < whole.Rows(); ++row) {
+    const bool isPoor = row % 7 == 3 && row / 7 < poor;
+    for (int k = 1; k <= 6; ++k) {
+      text += (isPoor && k > 2 ? "" : whole.Cell(row, whole.Find("x" + std::to_string(k)))) + ",";
+    }
+    text += whole.Cell(row, whole.Find("y")) + "\n";
+  }
+  return text;
+}
+
+TEST(PLSValidation, LosesATenthOfTheRowsToLargerModelsAtMost) {
+  const PLSValidation four = Validate(RecipeOf("y"), TableOf(TableWithPoorRows(4)));
+  EXPECT_EQ(four.errors.MostComponents(), 6U);
+  EXPECT_EQ(four.errors.unpredictedRows, 4U);
+  const PLSValidation five = Validate(RecipeOf("y"), TableOf(TableWithPoorRows(5)));
+  EXPECT_EQ(five.errors.MostComponents(), 2U);
+  EXPECT_EQ(five.errors.unpredictedRows, 0U);
+  EXPECT_THAT(five.notes.Lines(),
+              Contains(HasSubstr("the validation ends at 2 components: with more, more than a tenth")));
+  PLSRecipe given = RecipeOf("y");
+  given.components = 4;
+  EXPECT_EQ(Validate(given, TableOf(TableWithPoorRows(5))).errors.MostComponents(), 4U);
 }
 
 TEST(PLSValidation, PredictsAYColumnByTheOneValueItHasInARound) {

@@ -14,19 +14,20 @@ namespace {
 
 double Present(float cell) { return cell == static_cast<float>(kMissing) ? 0.0 : cell; }
 
-double SumOfSquares(const NCDataVector<float>& v) {
+}  // namespace
+
+double SumOfPresentSquares(const NCDataVector<float>& v) {
   double sum = 0.0;
   for (int i = 1; i <= v.Size(); ++i) sum += Present(v[i]) * Present(v[i]);
   return sum;
 }
 
-/// The root of K times the share of each column in squares of the rows of `vectors`, each weighted by its number.
 std::vector<double> Importance(const NCDataMatrix<float>& vectors, const std::vector<double>& weights) {
   std::vector<double> vip(static_cast<std::size_t>(vectors.SizeColumns()), 0.0);
   double total = 0.0;
   for (int a = 1; a <= vectors.SizeRows(); ++a) {
     const double weight = weights[static_cast<std::size_t>(a - 1)];
-    const double length = SumOfSquares(vectors[a]);
+    const double length = SumOfPresentSquares(vectors[a]);
     total += weight;
     for (std::size_t k = 0; k < vip.size(); ++k) {
       const double cell = Present(vectors[a][static_cast<int>(k) + 1]);
@@ -36,8 +37,6 @@ std::vector<double> Importance(const NCDataMatrix<float>& vectors, const std::ve
   for (double& each : vip) each = std::sqrt(vectors.SizeColumns() * each / total);
   return vip;
 }
-
-}  // namespace
 
 Coefficients CoefficientsInOriginalUnits(const StoredOPLS& model) {
   const OPLSMatrices& opls = model.opls;
@@ -66,7 +65,7 @@ Coefficients CoefficientsInOriginalUnits(const StoredOPLS& model) {
 std::vector<double> PredictiveImportance(const StoredOPLS& model) {
   std::vector<double> weights;
   for (int a = 1; a <= model.Predictive(); ++a)
-    weights.push_back(SumOfSquares(model.opls.c.back()[a]) * SumOfSquares(model.opls.t[a]));
+    weights.push_back(SumOfPresentSquares(model.opls.c.back()[a]) * SumOfPresentSquares(model.opls.t[a]));
   return Importance(model.opls.w.back(), weights);
 }
 
@@ -74,7 +73,7 @@ std::vector<double> OrthogonalImportance(const StoredOPLS& model) {
   if (model.Orthogonal() == 0) return std::vector<double>(model.xNames.size(), 0.0);
   std::vector<double> weights;
   for (int o = 1; o <= model.Orthogonal(); ++o)
-    weights.push_back(SumOfSquares(model.opls.po[o]) * SumOfSquares(model.opls.to[o]));
+    weights.push_back(SumOfPresentSquares(model.opls.po[o]) * SumOfPresentSquares(model.opls.to[o]));
   return Importance(model.opls.po, weights);
 }
 

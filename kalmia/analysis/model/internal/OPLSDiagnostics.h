@@ -20,6 +20,11 @@ Coefficients CoefficientsInOriginalUnits(const StoredOPLS& model);
 std::vector<double> PredictiveImportance(const StoredOPLS& model);
 std::vector<double> OrthogonalImportance(const StoredOPLS& model);
 
+/// The root of K times the share of each column in the squares of the rows of `vectors`, each weighted by its number.
+std::vector<double> Importance(const NCDataMatrix<float>& vectors, const std::vector<double>& weights);
+/// Of a vector of scores, weights or loadings, missing cells as 0.
+double SumOfPresentSquares(const NCDataVector<float>& v);
+
 /// Of a column with the scores of one component: covariance (divisor n - 1) and correlation over the rows present in
 /// both.
 struct ColumnWithScores {

@@ -33,6 +33,18 @@ void JackKnifeCells(const std::vector<JackKnifeResult>& ofColumns, std::size_t c
   }
 }
 
+/// Of one X column in each kind of VIP, of which there are so many.
+void ImportanceCells(const std::vector<JackKnifeResult>& ofKinds, std::size_t kinds, std::size_t column, CsvText* csv) {
+  for (std::size_t kind = 0; kind < kinds; ++kind) {
+    if (ofKinds.empty()) {
+      csv->Number(kNotANumber).Number(kNotANumber).Number(kNotANumber);
+      continue;
+    }
+    const JackKnifeResult& of = ofKinds[kind];
+    csv->Number(of.standardErrors[column]).Number(of.lower[column]).Number(of.upper[column]);
+  }
+}
+
 /// Of a model without components.
 Coefficients CoefficientsOfMeans(const YModelInfo& model) {
   Coefficients means;
@@ -93,6 +105,27 @@ CsvFile CoefficientsCsv(const Coefficients& coefficients, const YModelInfo& mode
   line("(intercept)", coefficients.intercepts, slopes);
   for (std::size_t k = 0; k < slopes; ++k) line(model.xNames[k], coefficients.slopes[k], k);
   return {"coefficients.csv", csv.Text()};
+}
+
+CsvFile VipCsv(const std::vector<std::string>& xNames, const std::vector<NamedImportance>& kinds,
+               const std::vector<JackKnifeResult>& jackKnife, const CsvMarks& marks) {
+  const auto called = [](const std::string& title, const NamedImportance& kind) {
+    return kind.name.empty() ? title : title + " " + kind.name;
+  };
+  CsvText csv(marks);
+  csv.Field("column");
+  for (const NamedImportance& kind : kinds) csv.Field(called("VIP", kind));
+  for (const NamedImportance& kind : kinds) {
+    for (const char* title : {"standard error", "lower", "upper"}) csv.Field(called(title, kind));
+  }
+  csv.EndLine();
+  for (std::size_t k = 0; k < xNames.size(); ++k) {
+    csv.Field(xNames[k]);
+    for (const NamedImportance& kind : kinds) csv.Number(kind.vip[k]);
+    ImportanceCells(jackKnife, kinds.size(), k, &csv);
+    csv.EndLine();
+  }
+  return {"vip.csv", csv.Text()};
 }
 
 }  // namespace kalmia::analysis

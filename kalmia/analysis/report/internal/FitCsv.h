@@ -26,6 +26,15 @@ CsvFile FitCsv(const std::string& file, const std::vector<std::string>& rowNames
 CsvFile CoefficientsCsv(const Coefficients& coefficients, const YModelInfo& model, const CsvMarks& marks,
                         const std::vector<JackKnifeResult>* jackKnife = nullptr);
 
+/// vip.csv: each kind of VIP of the X columns, called "VIP" and its name where it has one, then the standard errors and
+/// intervals of each; empty where `jackKnife` has none.
+struct NamedImportance {
+  std::string name;
+  std::vector<double> vip;
+};
+CsvFile VipCsv(const std::vector<std::string>& xNames, const std::vector<NamedImportance>& kinds,
+               const std::vector<JackKnifeResult>& jackKnife, const CsvMarks& marks);
+
 /// Of the model in the units of the file; without components the means of Y.
 Coefficients CoefficientsOf(const StoredPLS& model);
 Coefficients CoefficientsOf(const StoredOPLS& model);

@@ -7,6 +7,7 @@
 #include "kalmia/analysis/model/ModelDiagnostics.h"
 #include "kalmia/analysis/model/RealMatrix.h"
 #include "kalmia/analysis/text/WorkProgress.h"
+#include "kalmia/analysis/validation/internal/RoundFigures.h"
 #include "kalmia/containers/NCDataMatrix.h"
 
 namespace kalmia::analysis {
@@ -56,8 +57,8 @@ class ComponentSeries {
   virtual std::unique_ptr<SeriesPrediction> Predict(const NCDataMatrix<float>& x) const = 0;
   /// For each model the coefficients of scaled Y on scaled X, X columns by Y columns.
   virtual std::vector<RealMatrix> Slopes() const = 0;
-  /// For each model VIP of the X columns, 0 of model 0; nothing of a family whose VIP is not one vector.
-  virtual std::vector<std::vector<double>> Importances() const { return {}; }
+  /// For each model and kind VIP of the X columns, 0 of model 0.
+  virtual std::vector<std::vector<std::vector<double>>> Importances() const = 0;
 
  protected:
   ComponentSeries(const NCDataMatrix<float>& x, const NCDataMatrix<float>& y);
@@ -91,8 +92,7 @@ class SeriesFamily {
   /// Whether the models of complete tables say of left-out rows what those of PLS of as many components do, which may be
   /// fitted side by side.
   virtual bool HasModelsOfPLS(std::size_t /*yColumns*/) const { return false; }
-  /// Whether series have Importances.
-  virtual bool HasImportances() const { return false; }
+  virtual ImportanceKinds Importances() const = 0;
 };
 
 }  // namespace kalmia::analysis

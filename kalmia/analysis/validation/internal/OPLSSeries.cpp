@@ -7,6 +7,7 @@
 #include "kalmia/analysis/fit/internal/FitRules.h"
 #include "kalmia/analysis/model/Prediction.h"
 #include "kalmia/analysis/model/StoredModel.h"
+#include "kalmia/analysis/model/internal/OPLSDiagnostics.h"
 #include "kalmia/analysis/table/SingleCells.h"
 #include "kalmia/opls/NCOPLS.h"
 #include "kalmia/opls/NCOPLSPred.h"
@@ -30,7 +31,9 @@ class OPLSSeriesPrediction : public SeriesPrediction {
   }
 
   bool HasScores(int row) const override {
-    return HasScores(*prediction_->GetTPred(), row) && HasScores(*prediction_->GetTOPred(), row);
+    const int components = prediction_->GetTPred()->SizeRows() + prediction_->SizeOComps();
+    return x_.SizeColumns() - x_[row].GetNumMisVal() >= components && HasScores(*prediction_->GetTPred(), row) &&
+           HasScores(*prediction_->GetTOPred(), row);
   }
 
   const NCDataMatrix<float>& Y() const override { return prediction_ ? *prediction_->GetYPred() : mean_; }
@@ -111,7 +114,8 @@ class OPLSSeries : public ComponentSeries {
              WorkProgress* progress)
       : ComponentSeries(x, y),
         xColumns_(static_cast<std::size_t>(x.SizeColumns())),
-        yColumns_(static_cast<std::size_t>(y.SizeColumns())) {
+        yColumns_(static_cast<std::size_t>(y.SizeColumns())),
+        importances_(1, {2, std::vector<double>(xColumns_, 0.0)}) {
     block_ = std::max(1, predictive);
     if (limits.LastModel(block_) == 0) return;
     NCOPLS model(&x, &y, predictive, kMaxIterations);
@@ -119,9 +123,11 @@ class OPLSSeries : public ComponentSeries {
     const double smallest = kExhausted * static_cast<double>(x.GetSS());
     const int most = limits.LastModel(block_);
     bool isMore = Append(model.GetXResiduals(), model.GetYResiduals());
+    TakeImportances(model);
     while (LastModel() < most && isMore && Advance(&model, progress)) {
       if (!(static_cast<double>(model.GetTOprim()->back().GetSS()) > smallest)) break;
       isMore = Append(model.GetXResiduals(), model.GetYResiduals());
+      TakeImportances(model);
     }
     TakeMatrices(model);
   }
@@ -129,6 +135,8 @@ class OPLSSeries : public ComponentSeries {
   std::unique_ptr<SeriesPrediction> Predict(const NCDataMatrix<float>& x) const override {
     return std::make_unique<OPLSSeriesPrediction>(x, matrices_, static_cast<int>(yColumns_));
   }
+
+  std::vector<std::vector<std::vector<double>>> Importances() const override { return importances_; }
 
   /// As NCOPLSPred has it: an orthogonal score is taken once the predictive directions are out of X, which has them
   /// back afterwards; what it takes out of Y comes on top of what the predictive scores say.
@@ -173,6 +181,19 @@ class OPLSSeries : public ComponentSeries {
     return limits.LastModel(block_) > 0;
   }
 
+  /// Of the newest model.
+  void TakeImportances(const NCOPLS& model) {
+    const NCDataMatrix<float>&c = model.GetCMatrices()->back(), &w = model.GetWMatrices()->back();
+    const NCDataMatrix<float>&t = *model.GetTprim(), &to = *model.GetTOprim(), &po = *model.GetPOprim();
+    std::vector<double> predictive, orthogonal;
+    for (int a = 1; a <= w.SizeRows(); ++a) predictive.push_back(SumOfPresentSquares(c[a]) * SumOfPresentSquares(t[a]));
+    for (int o = 1; o <= po.SizeRows(); ++o) {
+      orthogonal.push_back(SumOfPresentSquares(po[o]) * SumOfPresentSquares(to[o]));
+    }
+    const std::vector<double> none(xColumns_, 0.0);
+    importances_.push_back({Importance(w, predictive), orthogonal.empty() ? none : Importance(po, orthogonal)});
+  }
+
   /// Of the models that count: the last component may have been in vain.
   void TakeMatrices(const NCOPLS& model) {
     const auto blocks = [this](const std::vector<NCDataMatrix<float>>& all) {
@@ -212,6 +233,7 @@ class OPLSSeries : public ComponentSeries {
 
   std::size_t xColumns_, yColumns_;
   OPLSMatrices matrices_;  ///< without t and to
+  std::vector<std::vector<std::vector<double>>> importances_;
 };
 
 }  // namespace

@@ -22,6 +22,7 @@ class OPLSFamily : public SeriesFamily {
   /// Source: J. Trygg, S. Wold, J. Chemometrics 16 (2002) 119-128.
   bool HasModelsOfPLS(std::size_t yColumns) const override { return yColumns == 1; }
   void LearnBlock(int ofAllRows) override { predictive_ = ofAllRows; }
+  ImportanceKinds Importances() const override { return ImportanceKinds::OfOPLS; }
 
  private:
   int predictive_;

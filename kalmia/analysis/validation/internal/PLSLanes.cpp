@@ -388,7 +388,9 @@ std::optional<RoundFigures> PLSLanes::Figures(std::size_t lane, const RoundQuest
   NoteDistances(lane, &figures.leftOut);
   if (asked.fitted) figures.fitted = Predictions(lane, rounds_[lane].fitted);
   figures.coefficients = Coefficients(lane, asked.firstOfCoefficients);
-  if (asked.importances) figures.importances = Importances(lane, asked.firstOfCoefficients);
+  const bool ofOPLS = asked.importances == ImportanceKinds::OfOPLS;
+  figures.importances = ofOPLS ? ImportancesOfOPLS(lane, asked.firstOfCoefficients)
+                               : Importances(lane, asked.firstOfCoefficients);
   return figures;
 }
 
@@ -455,13 +457,13 @@ void PLSLanes::TakeUnitsOfTable(std::size_t lane, std::size_t j, const std::vect
   slopes->back() = intercept;
 }
 
-std::vector<std::vector<double>> PLSLanes::Importances(std::size_t lane, int first) const {
+std::vector<std::vector<std::vector<double>>> PLSLanes::Importances(std::size_t lane, int first) const {
   const Lane& of = lanes_[lane];
   std::vector<double> weighted(x_.Columns(), 0.0);
   double total = 0.0;
-  std::vector<std::vector<double>> ofModels;
+  std::vector<std::vector<std::vector<double>>> ofModels;
   for (int model = 0; model <= of.lastModel; ++model) {
-    ofModels.emplace_back(model >= std::min(first, of.lastModel) ? x_.Columns() : 0, 0.0);
+    ofModels.push_back({std::vector<double>(model >= std::min(first, of.lastModel) ? x_.Columns() : 0, 0.0)});
     if (model == 0) continue;
     const std::size_t a = static_cast<std::size_t>(model) - 1;
     double cc = 0.0;
@@ -472,10 +474,71 @@ std::vector<std::vector<double>> PLSLanes::Importances(std::size_t lane, int fir
       const double weight = w_[a][k * kLanes + lane];
       weighted[k] += described * weight * weight;
     }
-    std::vector<double>& vip = ofModels.back();
+    std::vector<double>& vip = ofModels.back().front();
     for (std::size_t k = 0; k < vip.size(); ++k) vip[k] = std::sqrt(of.columns * weighted[k] / total);
   }
   return ofModels;
+}
+
+/// Of one Y column OPLS has the weights of PLS: the first one is predictive, the others, but for their signs, are those
+/// of its orthogonal components. Their scores t_o = X w_o less what is of the ones before, and so their loadings, are
+/// sums over the components of PLS, whose scores are orthogonal: X w_a = t_a + sum over b < a of (p_b'w_a) t_b.
+/// Source: R. Ergon, J. Chemometrics 19 (2005) 1-4.
+std::vector<std::vector<std::vector<double>>> PLSLanes::ImportancesOfOPLS(std::size_t lane, int first) const {
+  const Lane& of = lanes_[lane];
+  const std::size_t columns = x_.Columns();
+  const auto lastModel = static_cast<std::size_t>(of.lastModel);
+  const std::vector<double> none(columns, 0.0);
+  std::vector<double> predictive = none, weighted = none;
+  for (std::size_t k = 0; k < columns && lastModel > 0; ++k) {
+    predictive[k] = std::sqrt(of.columns) * std::abs(w_[0][k * kLanes + lane]);
+  }
+  double total = 0.0;
+  std::vector<std::vector<double>> scores;  // orthogonal ones, by the components of PLS
+  std::vector<std::vector<std::vector<double>>> ofModels = {{none, none}};
+  for (std::size_t model = 1; model <= lastModel; ++model) {
+    if (model > 1) {
+      scores.push_back(OrthogonalScore(lane, model - 1, scores));
+      total += AddOrthogonalLoading(lane, scores.back(), &weighted);
+    }
+    const bool isAsked = model >= static_cast<std::size_t>(std::min(first, of.lastModel));
+    std::vector<double> orthogonal = isAsked ? none : std::vector<double>();
+    for (std::size_t k = 0; k < orthogonal.size() && total > 0.0; ++k) {
+      orthogonal[k] = std::sqrt(of.columns * weighted[k] / total);
+    }
+    ofModels.push_back({isAsked ? predictive : std::vector<double>(), std::move(orthogonal)});
+  }
+  return ofModels;
+}
+
+std::vector<double> PLSLanes::OrthogonalScore(std::size_t lane, std::size_t a,
+                                              const std::vector<std::vector<double>>& before) const {
+  std::vector<double> score(a + 1, 0.0);
+  score[a] = 1.0;
+  for (std::size_t b = 0; b < a; ++b) score[b] = pw_[a][b][lane];
+  for (const std::vector<double>& other : before) {
+    double product = 0.0, square = 0.0;
+    for (std::size_t b = 0; b < other.size(); ++b) {
+      product += score[b] * other[b] * tt_[b][lane];
+      square += other[b] * other[b] * tt_[b][lane];
+    }
+    for (std::size_t b = 0; b < other.size(); ++b) score[b] -= product / square * other[b];
+  }
+  return score;
+}
+
+double PLSLanes::AddOrthogonalLoading(std::size_t lane, const std::vector<double>& score,
+                                      std::vector<double>* weighted) const {
+  double tt = 0.0;
+  for (std::size_t b = 0; b < score.size(); ++b) tt += score[b] * score[b] * tt_[b][lane];
+  double total = 0.0;
+  for (std::size_t k = 0; k < weighted->size(); ++k) {
+    double xt = 0.0;  // of column k of X with the score
+    for (std::size_t b = 0; b < score.size(); ++b) xt += score[b] * tt_[b][lane] * p_[b][k * kLanes + lane];
+    (*weighted)[k] += xt * xt / tt;
+    total += xt * xt / tt;
+  }
+  return total;
 }
 
 }  // namespace kalmia::analysis

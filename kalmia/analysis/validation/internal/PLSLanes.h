@@ -82,7 +82,14 @@ class PLSLanes {
   std::vector<std::vector<std::vector<double>>> Coefficients(std::size_t lane, int first) const;
   void TakeUnitsOfTable(std::size_t lane, std::size_t j, const std::vector<double>& scaled,
                         std::vector<double>* slopes) const;
-  std::vector<std::vector<double>> Importances(std::size_t lane, int first) const;
+  std::vector<std::vector<std::vector<double>>> Importances(std::size_t lane, int first) const;
+  std::vector<std::vector<std::vector<double>>> ImportancesOfOPLS(std::size_t lane, int first) const;
+  /// Of the component a (from 0) of PLS as an orthogonal one of OPLS behind those `before`, each as a sum over the
+  /// scores of PLS.
+  std::vector<double> OrthogonalScore(std::size_t lane, std::size_t a,
+                                      const std::vector<std::vector<double>>& before) const;
+  /// Adds the squares of its loading, weighed by t't, to those of each column; the sum of what was added.
+  double AddOrthogonalLoading(std::size_t lane, const std::vector<double>& score, std::vector<double>* weighted) const;
 
   std::size_t Place(std::size_t i, std::size_t j) const { return i * yColumns_ + j; }
   std::size_t Components() const { return t_.size(); }

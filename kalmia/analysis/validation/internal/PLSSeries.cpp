@@ -1,5 +1,7 @@
 #include "kalmia/analysis/validation/internal/PLSSeries.h"
 
+#include <utility>
+
 #include "kalmia/analysis/model/ModelDiagnostics.h"
 #include "kalmia/analysis/model/Prediction.h"
 #include "kalmia/analysis/table/SingleCells.h"
@@ -57,11 +59,13 @@ class PLSSeries : public ComponentSeries {
     return slopes;
   }
 
-  std::vector<std::vector<double>> Importances() const override {
+  std::vector<std::vector<std::vector<double>>> Importances() const override {
     std::vector<std::vector<double>> vip = VariableImportances(model_);
     vip.resize(static_cast<std::size_t>(LastModel()));
-    vip.insert(vip.begin(), std::vector<double>(static_cast<std::size_t>(model_.GetXResiduals()->SizeColumns()), 0.0));
-    return vip;
+    const std::vector<double> none(static_cast<std::size_t>(model_.GetXResiduals()->SizeColumns()), 0.0);
+    std::vector<std::vector<std::vector<double>>> ofModels = {{none}};
+    for (std::vector<double>& ofModel : vip) ofModels.push_back({std::move(ofModel)});
+    return ofModels;
   }
 
  private:

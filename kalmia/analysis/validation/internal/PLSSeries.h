@@ -10,7 +10,7 @@ class PLSFamily : public SeriesFamily {
   std::unique_ptr<ComponentSeries> Extract(const NCDataMatrix<float>& x, const NCDataMatrix<float>& y,
                                            const SeriesLimits& limits, WorkProgress* progress) const override;
   bool HasModelsOfPLS(std::size_t /*yColumns*/) const override { return true; }
-  bool HasImportances() const override { return true; }
+  ImportanceKinds Importances() const override { return ImportanceKinds::OfPLS; }
 };
 
 }  // namespace kalmia::analysis

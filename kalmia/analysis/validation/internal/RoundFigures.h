@@ -13,11 +13,14 @@ struct LeftOutRows {
   RealMatrix distances;               ///< rows by models: normalised, see DistanceToModel
 };
 
+/// Kinds of VIP: that of PLS; or those of OPLS, by the predictive and by the orthogonal components.
+enum class ImportanceKinds { OfPLS, OfOPLS };
+
 /// What is asked of a round beside its left-out rows.
 struct RoundQuestions {
   bool fitted = false;          ///< its fitted rows too
   int firstOfCoefficients = 0;  ///< coefficients (and VIP) of the models from this one, or else the last one, on
-  bool importances = false;     ///< VIP too
+  ImportanceKinds importances = ImportanceKinds::OfPLS;
 };
 
 /// What a round of a validation tells of its models, from 0 on, however they were fitted.
@@ -31,7 +34,7 @@ struct RoundFigures {
   /// Of each model and Y column the slopes of the X columns in the units of the table, and the intercept behind them.
   /// Nothing of models for which it was not asked.
   std::vector<std::vector<std::vector<double>>> coefficients;
-  std::vector<std::vector<double>> importances;  ///< VIP, likewise; of no model where the family has none
+  std::vector<std::vector<std::vector<double>>> importances;  ///< VIP of each model and kind, likewise
 };
 
 }  // namespace kalmia::analysis

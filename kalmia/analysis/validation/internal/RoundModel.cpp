@@ -14,7 +14,7 @@ namespace kalmia::analysis {
 RoundModel::RoundModel(const SeriesFamily& family, const std::vector<std::string>& xNames, const RealColumns& x,
                        const std::vector<std::string>& yNames, const RealColumns& y, NCScale::Scaling scaling,
                        SeriesLimits limits, WorkProgress* progress)
-    : x_(xNames, x, scaling) {
+    : x_(xNames, x, scaling), importanceKinds_(family.Importances()) {
   NCDataMatrix<float> singleY = TakeY(yNames, y);
   progress->Ask();
   limits.components = std::min({limits.components, RowCount(y) - 1, x_.Columns()});
@@ -107,16 +107,22 @@ std::vector<std::vector<std::vector<double>>> RoundModel::Coefficients(const std
   return ofModels;
 }
 
-std::vector<std::vector<double>> RoundModel::Importances(const std::vector<std::size_t>& places,
-                                                        std::size_t columns) const {
-  const std::vector<double> none(columns, 0.0);
-  if (series_ == nullptr) return {static_cast<std::size_t>(lastModel_) + 1, none};
-  std::vector<std::vector<double>> ofModels;
-  for (const std::vector<double>& vip : series_->Importances()) {
-    ofModels.push_back(none);
-    for (std::size_t k = 0; k < x_.Places().size(); ++k) {
-      const std::size_t place = places[x_.Places()[k]];
-      if (place != kNowhere) ofModels.back()[place] = vip[k];
+std::vector<std::vector<std::vector<double>>> RoundModel::Importances(const std::vector<std::size_t>& places,
+                                                                      std::size_t columns) const {
+  if (series_ == nullptr) {
+    const std::vector<std::vector<double>> none(importanceKinds_ == ImportanceKinds::OfOPLS ? 2 : 1,
+                                                std::vector<double>(columns, 0.0));
+    return {static_cast<std::size_t>(lastModel_) + 1, none};
+  }
+  std::vector<std::vector<std::vector<double>>> ofModels = series_->Importances();
+  for (std::vector<std::vector<double>>& ofModel : ofModels) {
+    for (std::vector<double>& vip : ofModel) {
+      std::vector<double> ofTable(columns, 0.0);
+      for (std::size_t k = 0; k < x_.Places().size(); ++k) {
+        const std::size_t place = places[x_.Places()[k]];
+        if (place != kNowhere) ofTable[place] = vip[k];
+      }
+      vip = std::move(ofTable);
     }
   }
   return ofModels;

@@ -43,8 +43,9 @@ class RoundModel {
   /// models were given; kNowhere for one whose slope is not asked for. 0 where the model has no slope.
   std::vector<std::vector<std::vector<double>>> Coefficients(const std::vector<std::size_t>& places,
                                                              std::size_t slopes) const;
-  /// VIP of each model, likewise, without an intercept; 0 where a column has no say. Nothing where the family has none.
-  std::vector<std::vector<double>> Importances(const std::vector<std::size_t>& places, std::size_t columns) const;
+  /// VIP of each model and kind, likewise, without an intercept; 0 where a column has no say.
+  std::vector<std::vector<std::vector<double>>> Importances(const std::vector<std::size_t>& places,
+                                                            std::size_t columns) const;
   static constexpr std::size_t kNowhere = static_cast<std::size_t>(-1);
 
  private:
@@ -61,6 +62,7 @@ class RoundModel {
                                                   std::size_t slopes) const;
 
   RoundX x_;
+  ImportanceKinds importanceKinds_;
   std::vector<YColumn> y_;
   std::vector<std::string> yNames_;  ///< of those in the models
   std::vector<double> yShifts_;

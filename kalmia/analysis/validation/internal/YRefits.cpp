@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <functional>
 #include <limits>
 #include <numeric>
 #include <set>
@@ -23,13 +24,25 @@ namespace {
 
 constexpr double kShare = 0.95;  ///< of the jack-knife's intervals
 constexpr double kNoLeast = -std::numeric_limits<double>::infinity();
+constexpr std::size_t kShareThatMayBeLost = 10;  ///< of the rows, one in so many
 constexpr int kFewDegrees = 2;  ///< of the jack-knife: with so many its intervals mean little
+
+/// Chooses the model by some rows alone, from 0 among those that the model sees.
+using ChoiceByRows = std::function<std::size_t(const std::vector<std::size_t>& rows, NCProgress* progress)>;
 
 class Refitting {
  public:
-  Refitting(YRefits refits, const Table& table, const ValidationRecipe& validation, NCProgress* progress,
-            const std::vector<std::size_t>* rows)
-      : refits_(std::move(refits)), table_(table), validation_(validation), progress_(progress), work_(progress) {
+  /// `chooseBy` may be empty: then nothing is nested. `rows`, from 0 among those that the model sees, are all of them
+  /// where it is null.
+  Refitting(const YRefits& refits, ChoiceByRows chooseBy, const Table& table, const ValidationRecipe& validation,
+            NCProgress* progress, const std::vector<std::size_t>* rows)
+      : refits_(refits),
+        family_(refits.makeFamily()),
+        chooseBy_(std::move(chooseBy)),
+        table_(table),
+        validation_(validation),
+        progress_(progress),
+        work_(progress) {
     Notes ofTheFit;
     data_ = SelectData(table, refits_.recipe, &ofTheFit, progress);
     xRows_ = AllRows();
@@ -93,7 +106,7 @@ class Refitting {
   }
 
   bool ServesLanes() const {
-    if (!refits_.family->HasModelsOfPLS(data_.yNames.size()) || LearnsAnew(refits_.recipe)) return false;
+    if (!family_->HasModelsOfPLS(data_.yNames.size()) || LearnsAnew(refits_.recipe)) return false;
     const auto most = static_cast<int>(std::min(data_.rows.size(), data_.xNames.size()));
     const SeriesLimits limits = Limits();
     return IsComplete() && LaneRounds::Serves(data_.rows.size(), data_.xNames.size(), data_.yNames.size(),
@@ -126,7 +139,7 @@ class Refitting {
                        const std::vector<std::size_t>& leftOut) {
     if (lanes_) {
       const RoundQuestions questions{data_.classes.has_value(), FirstOfCoefficients(),
-                                     refits_.family->HasImportances()};
+                                     family_->Importances()};
       std::optional<RoundFigures> figures = lanes_->Figures(round, questions, &work_, [&](double share) {
         if (round == 0) work_.MoveTo(share);  // later on the bar shows the rounds
       });
@@ -134,7 +147,7 @@ class Refitting {
     }
     if (!source_) source_ = std::make_unique<SourceX>(table_, refits_.recipe, data_, progress_);
     const SplitX x = source_->Split(fitted, leftOut, work_.SilentBar());
-    const RoundModel model(*refits_.family, x.names, x.fitted, data_.yNames, RowsOfColumns(data_.measuredY, fitted),
+    const RoundModel model(*family_, x.names, x.fitted, data_.yNames, RowsOfColumns(data_.measuredY, fitted),
                            refits_.recipe.scaling, limits_, &work_);
     RoundFigures figures;
     figures.lastModel = model.LastModel();
@@ -156,18 +169,32 @@ class Refitting {
     work_.Begin("validation: all rows");
     limits_ = Limits();
     RoundFigures figures = FitRows(0, AllRows(), {});
-    refits_.family->LearnBlock(figures.block);
+    family_->LearnBlock(figures.block);
     result_.block = figures.block;
     result_.r2x = figures.r2x;
     result_.r2y = figures.r2y;
     limits_ = Limits();
     limits_.models = ofAllRows_ = figures.lastModel;
-    for (std::vector<double>& vip : figures.importances) {
-      vipJackKnives_.emplace_back(std::move(vip), Partition().groups);
+    vipJackKnives_ = AboutNumbers(std::move(figures.importances));
+    jackKnives_ = AboutNumbers(std::move(figures.coefficients));
+  }
+
+  using JackKnives = std::vector<std::vector<JackKnife>>;
+
+  JackKnives AboutNumbers(std::vector<std::vector<std::vector<double>>> numbers) const {
+    JackKnives jackKnives;
+    for (std::vector<std::vector<double>>& ofModel : numbers) {
+      jackKnives.emplace_back();
+      for (std::vector<double>& vector : ofModel) jackKnives.back().emplace_back(std::move(vector), Partition().groups);
     }
-    for (std::vector<std::vector<double>>& ofModel : figures.coefficients) {
-      jackKnives_.emplace_back();
-      for (std::vector<double>& ofY : ofModel) jackKnives_.back().emplace_back(std::move(ofY), Partition().groups);
+    return jackKnives;
+  }
+
+  /// To the models from `first` on that all rounds so far can have.
+  void AddRound(const std::vector<std::vector<std::vector<double>>>& numbers, std::size_t first,
+                JackKnives* jackKnives) const {
+    for (std::size_t a = first; a < std::min(Models(), jackKnives->size()); ++a) {
+      for (std::size_t j = 0; j < (*jackKnives)[a].size(); ++j) (*jackKnives)[a][j].AddRound(numbers[a][j]);
     }
   }
 
@@ -194,9 +221,35 @@ class Refitting {
       NoteClasses();
     }
     ForEachRound(Partition(), &work_, [this](int repeat, int group) { FitRound(repeat, group); });
+    if (!refits_.models) LeaveOutModelsThatLoseRows();
     for (std::vector<RealMatrix>& ofRepeat : predictions_) ofRepeat.resize(Models());
     for (std::vector<double>* shares : {&result_.r2x, &result_.r2y}) shares->resize(Models());
     NoteColumnsWithoutSpread("X", data_.xNames, withoutSpread_, &result_.notes);
+  }
+
+  /// A row with holes that the largest model cannot predict counts for no number of components. So the choice goes as
+  /// far as no more than a tenth of the rows is lost that way, beside those that no model can predict.
+  void LeaveOutModelsThatLoseRows() {
+    if (limits_.models < 2) return;
+    const std::size_t most = UnpredictedRows(1) + data_.rows.size() / kShareThatMayBeLost;
+    const int all = limits_.models;
+    while (UnpredictedRows(Models() - 1) > most) --limits_.models;
+    if (limits_.models == all) return;
+    const int components = ComponentsOfModel(limits_.models, result_.block);
+    result_.notes.Add("the validation ends at " + Counted(static_cast<std::size_t>(components), "component") +
+                      ": with more, more than a tenth of the rows could not be predicted while left out, for want of "
+                      "cells");
+  }
+
+  std::size_t UnpredictedRows(std::size_t model) const {
+    std::size_t count = 0;
+    for (std::size_t i = 0; i < data_.rows.size(); ++i) {
+      const bool isLost = std::any_of(predictions_.begin(), predictions_.end(), [&](const auto& ofRepeat) {
+        return std::isnan(ofRepeat[model](i, 0));
+      });
+      count += isLost ? 1 : 0;
+    }
+    return count;
   }
 
   void FitRound(int repeat, int group) {
@@ -209,12 +262,8 @@ class Refitting {
     TakePredictions(figures.leftOut, leftOut, static_cast<std::size_t>(repeat));
     if (data_.classes) TakeClassValues(figures.fitted, fitted, figures.leftOut, leftOut);
     const auto first = static_cast<std::size_t>(FirstOfCoefficients());
-    for (std::size_t a = first; a < std::min(Models(), vipJackKnives_.size()); ++a) {
-      vipJackKnives_[a].AddRound(figures.importances[a]);
-    }
-    for (std::size_t a = first; a < Models(); ++a) {
-      for (std::size_t j = 0; j < jackKnives_[a].size(); ++j) jackKnives_[a][j].AddRound(figures.coefficients[a][j]);
-    }
+    AddRound(figures.importances, first, &vipJackKnives_);
+    AddRound(figures.coefficients, first, &jackKnives_);
   }
 
   void TakePredictions(const LeftOutRows& rows, const std::vector<std::size_t>& places, std::size_t repeat) {
@@ -229,8 +278,8 @@ class Refitting {
   }
 
   /// Each model's rule is learnt from the rows that it was fitted to.
-  void TakeClassValues(const LeftOutRows& ofFitted, const std::vector<std::size_t>& fitted, const LeftOutRows& ofLeftOut,
-                       const std::vector<std::size_t>& leftOut) {
+  void TakeClassValues(const LeftOutRows& ofFitted, const std::vector<std::size_t>& fitted,
+                       const LeftOutRows& ofLeftOut, const std::vector<std::size_t>& leftOut) {
     std::vector<int> classes;
     for (const std::size_t row : fitted) classes.push_back(data_.classes->classOfRow[row]);
     for (std::size_t a = 0; a < Models(); ++a) {
@@ -244,13 +293,26 @@ class Refitting {
     }
   }
 
+  /// Whether the rows stand class by class, each in one run.
+  bool AreSortedByClass() const {
+    std::vector<int> runs;
+    for (const int classNumber : data_.classes->classOfRow) {
+      if (classNumber >= 0 && (runs.empty() || runs.back() != classNumber)) runs.push_back(classNumber);
+    }
+    return runs.size() == data_.classes->names.size();
+  }
+
   void NoteClasses() {
+    if (validation_.folds.scheme == FoldScheme::Blocks && Partition().names.empty() && AreSortedByClass()) {
+      result_.notes.Add("the rows stand class by class, so that blocks of them leave out much of one class at a time");
+    }
     std::set<std::string> absent;
     for (const AbsentClass& none : ClassesAbsentInRounds(Partition(), data_.classes->classOfRow)) {
       absent.insert(data_.classes->names[static_cast<std::size_t>(none.classNumber)]);
     }
     if (absent.empty()) return;
-    result_.notes.Add("left out as a whole in some round of the validation, so that none of its rows can be found there: " +
+    result_.notes.Add("left out as a whole in some round of the validation, so that none of its rows can be found "
+                      "there: " +
                       std::string(absent.size() == 1 ? "class " : "classes ") + Listed({absent.begin(), absent.end()}));
   }
 
@@ -265,7 +327,9 @@ class Refitting {
   void Judge() {
     result_.errors = JudgeLeftOutRows(MeasuredY(), predictions_, progress_);
     if (result_.errors.unpredictedRows == 0) return;
-    result_.notes.Add("not predicted while left out, for want of cells, and in no figure of the validation: " +
+    const int most = result_.ComponentsOf(result_.errors.MostComponents());
+    result_.notes.Add("not predicted while left out by " + Counted(static_cast<std::size_t>(most), "component") +
+                      ", for want of cells, and so in no PRESS, Q2 and RMSECV: " +
                       Counted(result_.errors.unpredictedRows, "row"));
   }
 
@@ -288,13 +352,13 @@ class Refitting {
 
   /// The errors of what each round's own choice predicts, beside those of the mean.
   void Nest() {
-    if (!refits_.chooseBy) return;
+    if (!chooseBy_) return;
     NestedValidation nested;
     std::vector<std::vector<RealMatrix>> predictions;
     for (const std::vector<RealMatrix>& ofRepeat : predictions_) predictions.push_back({ofRepeat[0], ofRepeat[0]});
     ForEachRound(Partition(), &work_, [&](int repeat, int group) {
       const auto r = static_cast<std::size_t>(repeat);
-      const std::size_t own = refits_.chooseBy(RowsOutsideGroup(Partition(), repeat, group), work_.SilentBar());
+      const std::size_t own = chooseBy_(RowsOutsideGroup(Partition(), repeat, group), work_.SilentBar());
       nested.models.push_back(std::min(own, Models() - 1));
       for (const std::size_t row : RowsOfGroup(Partition(), repeat, group)) {
         for (std::size_t j = 0; j < data_.yNames.size(); ++j) {
@@ -327,18 +391,20 @@ class Refitting {
       result_.classes = {*data_.classes, classValues_[a], JudgeClasses(data_.classes->classOfRow, classValues_[a])};
     }
     if (a > 0 && a < vipJackKnives_.size()) {
-      result_.importance = vipJackKnives_[a].Result(kShare, /*least=*/0.0, progress_);
+      for (const JackKnife& vip : vipJackKnives_[a]) result_.importances.push_back(vip.Result(kShare, 0.0, progress_));
     }
     for (const RealMatrix& ofRepeat : distances_) {
       for (std::size_t i = 0; i < ofRepeat.rows; ++i) result_.distances.push_back(ofRepeat(i, a));
     }
     const int degrees = result_.coefficients.front().degrees;
-    if (degrees > kFewDegrees) return;
+    if (a == 0 || degrees > kFewDegrees) return;
     result_.notes.Add("the jack-knife has " + Counted(static_cast<std::size_t>(degrees), "degree") +
                       " of freedom: its intervals are wide and mean little");
   }
 
-  YRefits refits_;
+  const YRefits& refits_;
+  std::unique_ptr<SeriesFamily> family_;
+  ChoiceByRows chooseBy_;
   const Table& table_;
   const ValidationRecipe& validation_;
   NCProgress* progress_;
@@ -352,8 +418,8 @@ class Refitting {
   int ofAllRows_ = 0;    ///< last model that all rows have
   std::vector<std::vector<RealMatrix>> predictions_;  ///< by repeat and model
   std::vector<RealMatrix> distances_;                 ///< by repeat: rows by models
-  std::vector<std::vector<JackKnife>> jackKnives_;    ///< by model and Y column
-  std::vector<JackKnife> vipJackKnives_;              ///< by model; none where the family has no VIP
+  JackKnives jackKnives_;     ///< by model and Y column
+  JackKnives vipJackKnives_;  ///< by model and kind
   std::vector<RealMatrix> classValues_;               ///< by model: of left-out rows, a mean over the repeats
   std::set<std::string> withoutSpread_;               ///< X columns, in some round
   RefitValidation result_;
@@ -361,9 +427,15 @@ class Refitting {
 
 }  // namespace
 
-RefitValidation RunYRefits(YRefits refits, const Table& table, const ValidationRecipe& validation,
-                           NCProgress* progress, const std::vector<std::size_t>* rows) {
-  return Refitting(std::move(refits), table, validation, progress, rows).Run();
+RefitValidation RunYRefits(const YRefits& refits, const Table& table, const ValidationRecipe& validation,
+                           NCProgress* progress) {
+  ChoiceByRows chooseBy;
+  if (validation.nested && !refits.models) {
+    chooseBy = [&](const std::vector<std::size_t>& rows, NCProgress* ofRound) {
+      return Refitting(refits, nullptr, table, validation, ofRound, &rows).Run().model;
+    };
+  }
+  return Refitting(refits, std::move(chooseBy), table, validation, progress, nullptr).Run();
 }
 
 }  // namespace kalmia::analysis
