@@ -46,7 +46,9 @@ std::string RunCommand(const FilterOptions& options, Notes* notes) {
   notes->Add(result.notes);
   OutputFiles files;
   files.Stage(options.out, FilteredText(table, result, options.csvMarks.Asked(), notes, bar.Get()));
-  if (!options.save.empty()) files.Stage(options.save, ModelFileBytes(result.filter, {!options.noRows, options.keepTable}));
+  if (!options.save.empty()) {
+    files.Stage(options.save, ModelFileBytes(result.filter, {!options.noRows, options.keepTable}));
+  }
   files.Commit();
   const FilterFiles written = {options.out, options.save};
   return options.json ? FilterJson(table, result, written, *notes) : FilterText(table, result, written);

@@ -11,8 +11,8 @@ namespace kalmia::analysis {
 
 namespace {
 
-/// A model of one block without components says that rows lie at the mean, unless it is what is left where none was kept;
-/// one of two blocks says nothing.
+/// A model of one block without components says that rows lie at the mean, unless it is what is left where none was
+/// kept; one of two blocks says nothing.
 template <class Model>
 bool PredictsNothing(const Model& model) {
   return model.Components() == 0 && !model.rowTerms;

@@ -147,7 +147,9 @@ CsvFile SharesCsv(const O2PLSResult& result, const CsvMarks& marks) {
 
 std::string O2PLSText(const O2PLSAnalysis& analysis, const FitFiles& files) {
   const O2PLSResult& result = analysis.fit;
-  return Heading(result) + ComponentsText(analysis) + (result.model.validation ? BothWaysText(RefittedModelsOf(result.model)) + "\n" : "") +
+  const bool isRefitted = result.model.validation.has_value();
+  return Heading(result) + ComponentsText(analysis) +
+         (isRefitted ? BothWaysText(RefittedModelsOf(result.model)) + "\n" : "") +
          KeptText(analysis) + (result.AnyKept() ? ModelText(result) : "") + RowsText(result.model) + WrittenText(files);
 }
 

@@ -30,8 +30,8 @@ KALMIA_EXPORT void ClearZeros(std::vector<double>* shifts);
 /// leaves beyond single precision becomes infinite.
 KALMIA_EXPORT std::vector<float> SingleCells(const std::vector<double>& cells, double shift, int* moved);
 
-/// A present cell in the units of the table: the double of as few digits as bring the cell back, once the shift is taken
-/// off.
+/// A present cell in the units of the table: the double of as few digits as bring the cell back, once the shift is
+/// taken off.
 KALMIA_EXPORT double InUnitsOfTable(float cell, double shift);
 
 /// Says in one line how many cells were moved, if any.

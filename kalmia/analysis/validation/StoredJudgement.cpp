@@ -142,7 +142,8 @@ StoredValidation JudgementOf(const O2PLSValidation& validation, const Validation
   for (auto* entries : {&stored.components, &stored.xFromY}) {
     for (std::size_t a = 0; a < entries->size(); ++a) {
       StoredValidationEntry& entry = (*entries)[a];
-      entry.kinds = a == 0 ? std::vector<int>{0, 0, 0} : std::vector<int>{numbers.joint, numbers.xUnique, numbers.yUnique};
+      entry.kinds = {0, 0, 0};
+      if (a > 0) entry.kinds = {numbers.joint, numbers.xUnique, numbers.yUnique};
       entry.components = a == 0 ? 0 : stored.chosen;
       entry.r2x = a == 0 ? 0.0 : ShareOf(components, &O2PLSComponentRecord::r2x, O2PLSComponentRecord::XUnique);
       entry.r2y = a == 0 ? 0.0 : ShareOf(components, &O2PLSComponentRecord::r2y, O2PLSComponentRecord::YUnique);

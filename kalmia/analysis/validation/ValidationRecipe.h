@@ -30,7 +30,8 @@ struct ValidationRecipe {
   SelectionRecipe selection;  ///< not read where the recipe of the fit gives the number of components
   /// Whether PLS chooses the number of components anew without the rows of each round, see NestedValidation.
   bool nested = false;
-  int permutations = 0;       ///< runs of the permutation test that Analyse makes of PLS by refits, see PermuteY; 0: none
+  /// Runs of the permutation test that Analyse makes of models of Y by refits, see PermuteY; 0: none.
+  int permutations = 0;
 };
 
 }  // namespace kalmia::analysis

@@ -63,7 +63,9 @@ TEST(ClassModel, ThatIsStoredAssignsNewRowsButForThoseUnlikeAll) {
     const auto number = [&row](const char* field) { return std::stoul(row[field].get<std::string>()) - 1; };
     ++nearest[number("measuredClass")][number("nearest")];
     EXPECT_GT(row["logOdds"][row["nearest"].get<std::string>()], 0.0) << "as likely as all others, at least";
-    if (!row["class"].is_null()) EXPECT_EQ(row["class"], row["nearest"]);
+    if (!row["class"].is_null()) {
+      EXPECT_EQ(row["class"], row["nearest"]);
+    }
     EXPECT_TRUE(row["lower"][0].is_null());
   }
   EXPECT_EQ(json(nearest), fit["classes"]["confusion"]);

@@ -28,8 +28,8 @@ constexpr double kNearMiddle = 1.5;        ///< of |t|: 1 less the share within 
 constexpr double kQuickSeries = 0.8;       ///< ratio of terms
 
 /// B_x(a, b), the incomplete beta function, of x = 1 - y. M. Abramowitz, I. A. Stegun, Handbook of Mathematical
-/// Functions (1964), 26.5.4: x^a y^b / a times the sum of 1 and terms, each of them x (a + b + j) / (a + 1 + j) times the
-/// one before.
+/// Functions (1964), 26.5.4: x^a y^b / a times the sum of 1 and terms, each of them x (a + b + j) / (a + 1 + j) times
+/// the one before.
 double BetaSeries(double x, double y, double a, double b) {
   double term = 1.0, sum = 1.0;
   for (int j = 0; term > 1e-17 * sum; ++j) {
