@@ -58,8 +58,6 @@ PredictionError ErrorOf(const PLSPredictions& result, std::size_t j) {
   return error;
 }
 
-std::string Measured(double cell) { return Shortest(cell, "-"); }
-
 std::string ErrorText(const YModelInfo& model, const PLSPredictions& result) {
   TextTable table;
   table.AddColumn("Y", TextTable::Align::Left);
@@ -192,7 +190,7 @@ class YColumns {
         cells->push_back(Significant(Lower(result_, i, j), digits_[j]));
         cells->push_back(Significant(Upper(result_, i, j), digits_[j]));
       }
-      if (!result_.measured[j].empty()) cells->push_back(Measured(result_.measured[j][i]));
+      if (!result_.measured[j].empty()) cells->push_back(Significant(result_.measured[j][i], digits_[j]));
     }
   }
 

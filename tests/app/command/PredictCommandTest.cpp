@@ -231,4 +231,15 @@ TEST(PredictGasoline, FindsOctaneOfSpectraThatTheModelHasNotSeen) {
   EXPECT_LT(predicted["errors"][0]["rmsep"], 0.35);
 }
 
+TEST_F(Predict, ShowsMeasuredValuesWithTheDigitsOfPredictedOnesAndKeepsAllElsewhere) {
+  const ScratchFolder folder;
+  const std::string table = "x1,x2,x3,x4,x5,y\n5.1,10.2,15.3,19.8,25.5,40.123456789012345\n5,10,15,20,25,\n";
+  const CommandResult text = Run(table, {"--csv", folder.Path("d")});
+  EXPECT_THAT(text.output, HasSubstr(" 40.1235 "));
+  EXPECT_THAT(text.output, Not(HasSubstr("40.12345")));
+  EXPECT_THAT(text.output, HasSubstr(" - "));
+  EXPECT_EQ(Json(table)["rows"][0]["measured"][0], 40.123456789012345);
+  EXPECT_THAT(ReadWholeFile(folder.Path("d/predictions.csv")), HasSubstr("40.12345678901234"));
+}
+
 }  // namespace
