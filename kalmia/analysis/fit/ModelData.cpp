@@ -69,6 +69,7 @@ class Selection {
     FormSingles();
     if (data_.rows.size() < 2) Refuse(table_, "there is only one row with X cells: a model takes two or more");
     LeaveOutColumns();
+    LeaveOutConstantY();
     RequireVariance();
     FillMatrices();
     MakeGroups();
@@ -235,6 +236,25 @@ class Selection {
     if (!names.empty()) notes_->Add("left out of X, " + kind + ": " + Listed(names));
   }
 
+  /// Y columns that say nothing beside others that do. Where none varies, RequireVariance names the first.
+  void LeaveOutConstantY() {
+    std::vector<NumberColumn> y;
+    std::vector<SingleColumn> singles;
+    std::vector<std::string> constant;
+    for (std::size_t j = 0; j < y_.size(); ++j) {
+      if (y_[j].Present() > 0 && IsConstant(singleY_[j].cells)) {
+        constant.push_back(y_[j].name);
+      } else {
+        y.push_back(y_[j]);
+        singles.push_back(singleY_[j]);
+      }
+    }
+    if (constant.empty() || y.empty()) return;
+    y_ = std::move(y);
+    singleY_ = std::move(singles);
+    notes_->Add("left out of Y, constant columns: " + Listed(constant));
+  }
+
   void RequireVariance() {
     const std::string where = data_.leftOutRows.empty() ? "" : " in the rows that have X cells";
     for (std::size_t j = 0; j < y_.size(); ++j) {
@@ -326,13 +346,23 @@ ModelData SelectData(const Table& table, const FitRecipe& recipe, const std::vec
 ModelData SelectData(const Table& table, const YRecipe& recipe, Notes* notes, NCProgress* progress) {
   Selection selection(table, recipe, recipe.y, notes, progress);
   const std::string classes = ClassColumn(table, recipe);
-  if (!classes.empty()) selection.TakeClasses(classes, recipe.classNames);
+  if (!classes.empty()) {
+    selection.TakeClasses(classes, recipe.classNames);
+  } else if (recipe.priors != ClassPriors::Equal) {
+    throw BadRequest("priors are of classes, and Y holds numbers, which are classes only where they are named so",
+                     InSetting("priors"));
+  }
   return selection.Select();
 }
 
 int CountYColumns(const Table& table, const YRecipe& recipe) {
   const std::string classes = ClassColumn(table, recipe);
-  if (classes.empty()) return static_cast<int>(RequireColumns(table, recipe.y).size());
+  if (classes.empty()) {
+    const std::size_t named = RequireColumns(table, recipe.y).size();
+    if (named == 1) return 1;
+    Notes none;
+    return static_cast<int>(SelectData(table, recipe, &none, /*progress=*/nullptr).yNames.size());
+  }
   const int column = RequireColumn(table, classes);
   std::vector<std::string> labels;
   for (int row = 0; row < table.Rows(); ++row) labels.push_back(LabelOf(table, row, column));

@@ -41,19 +41,21 @@ struct ModelData {
 };
 
 /// Selects X, Y, names and groups from the table as the recipe says; `y` names the columns of Y, none for a model
-/// of X alone. Columns without numbers, constant and empty X columns, and rows without any X cell are left out, each
-/// kind with one note. With steps, constant and empty columns take part in them, and those that come out as such are
-/// left out. `progress`, which may be null, shows the steps. Throws BadData: a column that is not there; a Y
-/// of text, without values or without variance; no X column or no X cell left; X that the steps cannot take; a row
-/// without a group, fewer than two groups; a cell that is no number.
+/// of X alone. Columns without numbers, constant and empty X columns, rows without any X cell, and constant Y columns
+/// among others that vary are left out, each kind with one note. With steps, constant and empty columns take part in
+/// them, and those that come out as such are left out. `progress`, which may be null, shows the steps. Throws BadData:
+/// a column that is not there; a Y of text, without values, or without any variance; no X column or no X cell left; X
+/// that the steps cannot take; a row without a group, fewer than two groups; a cell that is no number.
 KALMIA_EXPORT ModelData SelectData(const Table& table, const FitRecipe& recipe, const std::vector<std::string>& y,
                                    Notes* notes, NCProgress* progress);
 
 /// The same of a model of Y or of classes, whose dummies are called by them. Throws BadRequest for a column of texts
-/// beside other columns of Y, and BadData as ClassesOf does, and for a class that the recipe does not allow.
+/// beside other columns of Y, and for priors other than equal ones of a Y of numbers; BadData as ClassesOf does, and
+/// for a class that the recipe does not allow.
 KALMIA_EXPORT ModelData SelectData(const Table& table, const YRecipe& recipe, Notes* notes, NCProgress* progress);
 
-/// How many columns Y has: those that the recipe names, or a dummy for each class. Throws as SelectData does.
+/// How many columns Y has: those of SelectData, or a dummy for each class. Throws as SelectData does. Cost: of several
+/// columns of numbers, that of SelectData.
 KALMIA_EXPORT int CountYColumns(const Table& table, const YRecipe& recipe);
 
 /// "constant columns: a, b; empty columns: c", what was left out of X for want of variance; empty if nothing was.

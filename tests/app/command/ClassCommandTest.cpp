@@ -97,4 +97,16 @@ TEST(ClassModel, IsTestedByHowOftenChanceFindsAsManyRows) {
   EXPECT_LT(result["permutation"]["runs"][0]["accuracy"], 0.7);
 }
 
+TEST(ClassModel, HasPriorsAlone) {
+  const std::string table = "k,x,y\na,1,2\nb,2,3\na,3,1\nb,5,4\n";
+  for (const char* command : {"pls", "opls"}) {
+    const CommandResult run = RunKalmia({command, "-", "--y", "y", "--x", "x", "--priors", "data"}, table);
+    EXPECT_EQ(run.exitCode, 2);
+    EXPECT_THAT(run.error, HasSubstr("priors are of classes, and Y holds numbers"));
+    EXPECT_THAT(run.error, HasSubstr("(--priors)"));
+    EXPECT_EQ(RunKalmia({command, "-", "--y", "y", "--x", "x", "--priors", "equal"}, table).exitCode, 0);
+  }
+  EXPECT_EQ(RunKalmia({"pls", "-", "--y", "k", "--x", "x,y", "--priors", "data"}, table).exitCode, 0);
+}
+
 }  // namespace

@@ -21,6 +21,16 @@ Words Octane(const Words& more = {}) {
   return Words{"pls", ExampleTable("gasoline.csv"), "--y", "octane", "--id", "sample"} + more;
 }
 
+/// With a further column of equal cells.
+std::string WithConstant(const std::string& table, const std::string& name) {
+  std::string wider;
+  for (const char letter : table) {
+    if (letter == '\n') wider += wider.find('\n') == std::string::npos ? "," + name : std::string(",4.5");
+    wider += letter;
+  }
+  return wider;
+}
+
 /// RMSECV of the Y column by number of components, from 0 on, as far as figures are given: refits in double precision
 /// gave them with four decimals (R pls 2.8-1 from 1 on, NumPy 1.24.2), and single cells move them by 1e-4 at most.
 void ExpectRmsecv(const json& fit, const char* y, const std::vector<double>& figures) {
@@ -216,6 +226,39 @@ TEST(PLSRefit, DealsRandomGroupsBySeedAndRepeat) {
   EXPECT_NE(press({}), press({"--seed", "2"}));
   EXPECT_NE(press({}), press({"--repeats", "3"}));
   EXPECT_EQ(RunWell(Octane({"--folds", "random", "--repeats", "3", "--json"})).Json()["validation"]["repeats"], 3);
+}
+
+TEST(PLSRefit, LeavesAConstantYOutBesideOthers) {
+  const std::string table = WithConstant(LinearTable(20, 5, 7), "z");
+  for (const char* command : {"pls", "opls"}) {
+    SCOPED_TRACE(command);
+    const ScratchFolder folder;
+    const Words line = {command, "-", "--id", "name", "--x", "x1..x5", "--json", "--permutations", "9"};
+    const CommandResult both = RunWell(line + Words{"--y", "z,y", "--save", folder.Path("m")}, table);
+    const json alone = RunWell(line + Words{"--y", "y"}, table).Json();
+    EXPECT_THAT(both.error, HasSubstr("note: left out of Y, constant columns: z\n"));
+    for (const char* field : {"x", "y", "components", "validation", "quality", "crossValidated", "permutation"}) {
+      EXPECT_EQ(both.Json()[field], alone[field]) << field;
+    }
+    EXPECT_THAT(RunWell({"predict", folder.Path("m"), "-", "--json"}, table).Json()["y"], ElementsAre("y"));
+  }
+  const CommandResult constant = RunKalmia({"pls", "-", "--id", "name", "--y", "z"}, table);
+  EXPECT_EQ(constant.exitCode, 1);
+  EXPECT_THAT(constant.error, HasSubstr("the Y column 'z' has no variance"));
+}
+
+TEST(PLSRefit, ByComponentLeavesAConstantYOutToo) {
+  const std::string table = WithConstant(LinearTable(20, 5, 7), "z");
+  const ScratchFolder folder;
+  const Words line = {"opls", "-", "--id", "name", "--y", "y,z", "--x", "x1..x5", "--predictive", "2", "--json"};
+  const json first = RunWell(line + Words{"--orthogonal", "1", "--save-cv", folder.Path("v")}, table).Json();
+  EXPECT_EQ(first["predictive"], 1) << "of two columns one is left";
+  const json further = RunWell(line + Words{"--orthogonal", "2", "--resume", folder.Path("v")}, table).Json();
+  const json whole = RunWell(line + Words{"--orthogonal", "2", "--validation", "component"}, table).Json();
+  EXPECT_EQ(further["components"], whole["components"]);
+  const json refitted = RunWell(line + Words{"--orthogonal", "2"}, table).Json();
+  EXPECT_EQ(refitted["validation"]["components"].size(), 4U);
+  EXPECT_EQ(refitted["predictive"], 1);
 }
 
 }  // namespace
