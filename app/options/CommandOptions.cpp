@@ -15,14 +15,16 @@ namespace kalmia::app {
 
 namespace {
 
+template <class T>
 struct WholeNumber {
-  int value = 0;
+  T value = 0;
   bool isNumber = false;
   bool isTooLarge = false;
 };
 
-WholeNumber ReadWholeNumber(const std::string& text) {
-  WholeNumber number;
+template <class T>
+WholeNumber<T> ReadWholeNumber(const std::string& text) {
+  WholeNumber<T> number;
   const char* end = text.data() + text.size();
   const auto result = std::from_chars(text.data(), end, number.value);
   number.isTooLarge = result.ec == std::errc::result_out_of_range && result.ptr == end;
@@ -118,6 +120,20 @@ void CommandOptions::Number(const std::string& name, int lowest, std::optional<i
   });
 }
 
+void CommandOptions::Number(const std::string& name, std::optional<std::uint64_t>* value, const std::string& help) {
+  CLI::Option* option = Add(command_->add_option(name, help), "N");
+  conversions_.emplace_back([this, option, value] {
+    if (option->count() == 0) return;
+    const std::string& text = option->results().front();
+    const WholeNumber number = ReadWholeNumber<std::uint64_t>(text);
+    if (!number.isNumber) {
+      Refuse(option->get_name() + " takes a whole number from 0 to " +
+             std::to_string(std::numeric_limits<std::uint64_t>::max()) + ", not " + Quoted(text));
+    }
+    *value = number.value;
+  });
+}
+
 void CommandOptions::NumberOrAuto(const std::string& name, int lowest, std::optional<int>* value,
                                   const std::string& help) {
   CLI::Option* option = Add(command_->add_option(name, help), "N|auto");
@@ -128,7 +144,7 @@ void CommandOptions::NumberOrAuto(const std::string& name, int lowest, std::opti
 
 int CommandOptions::NumberOf(const CLI::Option* option, const std::string& otherwise, int lowest) const {
   const std::string& text = option->results().front();
-  const WholeNumber number = ReadWholeNumber(text);
+  const WholeNumber number = ReadWholeNumber<int>(text);
   if (number.isNumber && number.value >= lowest) return number.value;
   const std::string upTo = number.isTooLarge ? "to " + std::to_string(std::numeric_limits<int>::max()) : "on";
   Refuse(option->get_name() + " takes " + otherwise + "a whole number from " + std::to_string(lowest) + " " + upTo +

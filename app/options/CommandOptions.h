@@ -43,6 +43,8 @@ class CommandOptions {
   /// A whole number from `lowest` on.
   void Number(const std::string& name, int lowest, int* value, const std::string& help);
   void Number(const std::string& name, int lowest, std::optional<int>* value, const std::string& help);
+  /// A whole number from 0 to 2^64 - 1.
+  void Number(const std::string& name, std::optional<std::uint64_t>* value, const std::string& help);
   /// The same, or the word auto, which is no number.
   void NumberOrAuto(const std::string& name, int lowest, std::optional<int>* value, const std::string& help);
   /// A finite number that `accepts` is true for. `takes` names such numbers in messages: "a number above 0".

@@ -115,11 +115,11 @@ void DeclareCompare(CommandOptions* command, CompareOptions* options) {
                 "column whose texts or numbers are the classes that all tell apart; in place of --y");
   command->Exclude("--y", "--classes");
   command->Text("--id", "NAME", &options->common.id, "column that names the rows");
-  DeclareValidation(command, &options->validation, &options->common, "--components");
+  ValidatedFit fit{&options->common.groups, &options->common.groupColumn, [] { return false; }, "", ""};
+  fit.hasMethods = false;
+  DeclareValidation(command, &options->validation, fit);
   command->Check([options]() -> std::string {
-    if (options->models.size() < 2) return "compare takes two models or more";
-    if (options->validation.method.empty() || options->validation.method == "refit") return "";
-    return "compare judges by refits alone, not by --validation " + options->validation.method;
+    return options->models.size() < 2 ? "compare takes two models or more" : "";
   });
   command->Flag("--json", &options->json, "print JSON");
   DeclareReading(command, &options->reading);

@@ -13,7 +13,8 @@ const std::string kColumnsHelp = "names and ranges FIRST..LAST with commas betwe
 void DeclareSave(CommandOptions* command, const std::string& what, std::string* save, bool* noRows, bool* keepTable) {
   command->Text("--save", "FILE", save, "store the " + what);
   command->Flag("--no-rows", noRows, "leave names, scores and distances of the rows out of that file");
-  command->Flag("--keep-table", keepTable, "put X and Y of the rows and the residuals into that file; left out otherwise");
+  command->Flag("--keep-table", keepTable,
+                "put X and Y of the rows and the residuals into that file; left out otherwise");
 }
 
 /// `files` is what is written of what.
@@ -64,14 +65,15 @@ void DeclareFit(CommandOptions* command, FitOptions* options, FitRecipe* recipe,
 /// What is modelled: columns of numbers or classes.
 void DeclareY(CommandOptions* command, YRecipe* recipe) {
   command->Names("--y", &recipe->y,
-                 "column to model, needed unless there are --classes; several: repeat, or put commas between. The texts "
-                 "of a column of texts are classes");
+                 "column to model, needed unless there are --classes; several: repeat, or put commas between. The "
+                 "texts of a column of texts are classes");
   command->Text("--classes", "NAME", &recipe->classes,
                 "column whose texts or numbers are the classes of the rows: the model tells them apart; in place of "
                 "--y");
   command->Exclude("--y", "--classes");
   command->Priors("--priors", &recipe->priors,
-                  "how likely classes are beforehand: equal (default), or data, as frequent as in the table");
+                  "how likely classes are beforehand: equal (default), or data, as frequent as in the table; of "
+                  "classes alone");
   command->Check([=]() -> std::string {
     return recipe->y.empty() && recipe->classes.empty() ? command->Name() + " needs --y NAME, or --classes NAME" : "";
   });

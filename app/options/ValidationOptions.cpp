@@ -26,13 +26,21 @@ std::string RefuseWithNone(const CommandOptions& command, const ValidatedFit& fi
   return given.empty() ? "" : given + " has nothing to do with --validation none, which leaves no row out";
 }
 
-std::string RefuseWithComponent(const CommandOptions& command, const ValidationOptions& options) {
+/// Of --select beside a number.
+std::string RefuseChoiceOfGiven(const ValidationOptions& options, const ValidatedFit& fit) {
+  if (options.rule.empty() || !fit.isNumberGiven()) return "";
+  return "--select has nothing to choose where " + fit.number + " gives the number of components";
+}
+
+std::string RefuseWithComponent(const CommandOptions& command, const ValidationOptions& options,
+                                const ValidatedFit& fit) {
   if (!options.rule.empty() && options.rule != WordOfSelectionRule(SelectionRule::Q2)) {
     return "--select " + options.rule +
            " chooses among refitted models; --validation component goes by the Q2 of each component alone";
   }
   const std::string given = FirstGiven(command, {"--folds", "--repeats", "--seed", "--alpha"});
-  return given.empty() ? "" : given + " is for refits; --validation component takes every n-th row, or --group-column";
+  if (given.empty()) return RefuseChoiceOfGiven(options, fit);
+  return given + " is for refits; --validation component takes every n-th row, or --group-column";
 }
 
 std::string RefuseWithRefit(const CommandOptions& command, const ValidationOptions& options,
@@ -44,9 +52,8 @@ std::string RefuseWithRefit(const CommandOptions& command, const ValidationOptio
   if (scheme == FoldScheme::LeaveOneOut && command.IsGiven("--groups")) {
     return "--groups has nothing to do with --folds leave-one-out, where each row is a group";
   }
-  if (!options.rule.empty() && fit.isNumberGiven()) {
-    return "--select has nothing to choose where " + fit.number + " gives the number of components";
-  }
+  const std::string choice = RefuseChoiceOfGiven(options, fit);
+  if (!choice.empty()) return choice;
   if (options.alpha && RecipeOf(options).selection.rule != SelectionRule::Randomisation) {
     return "--alpha is for --select randomisation";
   }
@@ -66,9 +73,11 @@ void DeclareChoice(CommandOptions* command, ValidationOptions* options) {
 }  // namespace
 
 void DeclareValidation(CommandOptions* command, ValidationOptions* options, const ValidatedFit& fit) {
-  command->Choice("--validation", "HOW", ValidationMethodWords(), &options->method,
-                  "what judges the model: refit (default), where left-out rows have no say in anything; component, "
-                  "where each component is judged on what those before it left; or none");
+  if (fit.hasMethods) {
+    command->Choice("--validation", "HOW", ValidationMethodWords(), &options->method,
+                    "what judges the model: refit (default), where left-out rows have no say in anything; component, "
+                    "where each component is judged on what those before it left; or none");
+  }
   command->Number("--groups", 2, fit.groups, "number of groups of rows, each of which is left out once (default: "
                   "7)");
   command->Choice("--folds", "HOW", FoldSchemeWords(), &options->folds,
@@ -78,12 +87,13 @@ void DeclareValidation(CommandOptions* command, ValidationOptions* options, cons
   command->Exclude("--groups", "--group-column");
   command->Exclude("--folds", "--group-column");
   command->Number("--repeats", 1, &options->repeats, "how often random groups are dealt anew (default: 1)");
-  command->Number("--seed", 0, &options->seed, "number that random groups and sign flips come from (default: 1)");
+  command->Number("--seed", &options->seed,
+                  "number that random groups, permutations and sign flips come from, below 2^64 (default: 1)");
   if (fit.isChosen) DeclareChoice(command, options);
   command->Check([=]() -> std::string {
     switch (RecipeOf(*options).method) {
       case ValidationMethod::None: return RefuseWithNone(*command, fit);
-      case ValidationMethod::Component: return RefuseWithComponent(*command, *options);
+      case ValidationMethod::Component: return RefuseWithComponent(*command, *options, fit);
       case ValidationMethod::Refit: break;
     }
     return RefuseWithRefit(*command, *options, fit);
@@ -127,7 +137,7 @@ ValidationRecipe RecipeOf(const ValidationOptions& options) {
   if (!options.method.empty()) recipe.method = *ValidationMethodOfWord(options.method);
   if (!options.folds.empty()) recipe.folds.scheme = *FoldSchemeOfWord(options.folds);
   recipe.folds.repeats = options.repeats.value_or(1);
-  recipe.folds.seed = recipe.selection.seed = static_cast<std::uint64_t>(options.seed.value_or(1));
+  recipe.folds.seed = recipe.selection.seed = options.seed.value_or(1);
   if (!options.rule.empty()) recipe.selection.rule = *SelectionRuleOfWord(options.rule);
   recipe.selection.alpha = options.alpha.value_or(recipe.selection.alpha);
   recipe.nested = options.nested;

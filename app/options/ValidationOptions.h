@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <functional>
 #include <optional>
 #include <string>
@@ -17,7 +18,7 @@ struct ValidationOptions {
   std::string method;  ///< empty: by refits
   std::string folds;   ///< empty: interleaved
   std::optional<int> repeats;
-  std::optional<int> seed;
+  std::optional<std::uint64_t> seed;
   std::string rule;  ///< empty: one-se
   std::optional<double> alpha;
   bool nested = false;
@@ -32,14 +33,15 @@ struct ValidatedFit {
   std::string number;                   ///< the option that gives it: "--components"
   std::string given;                    ///< how it is given: "--components N"
   bool isChosen = true;                 ///< whether --select and --alpha choose it otherwise
+  bool hasMethods = true;               ///< whether --validation says how; otherwise refits alone judge it
 };
 
 /// Declares --validation and what goes with it: --groups, --group-column, --folds, --repeats, --seed, and --select and
 /// --alpha where a rule chooses the number of components. Nothing is to be chosen where it was given.
 void DeclareValidation(CommandOptions* command, ValidationOptions* options, const ValidatedFit& fit);
 
-/// The same of a fit whose recipe takes the groups. `number` is the option that gives the number of components, declared
-/// before.
+/// The same of a fit whose recipe takes the groups. `number` is the option that gives the number of components,
+/// declared before.
 void DeclareValidation(CommandOptions* command, ValidationOptions* options, FitRecipe* recipe,
                        const std::string& number);
 

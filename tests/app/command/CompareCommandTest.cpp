@@ -107,7 +107,7 @@ TEST(Compare, RefusesWhatMakesNoSense) {
       {{"-", "pls", "pls --scale", "--y", "y"}, 2, "--scale needs a value"},
       {{"-", "pls", "opls --components 2", "--y", "y"}, 2, "opls has no option '--components'"},
       {{"-", "pls", "pls 2", "--y", "y"}, 2, "in the recipe 'pls 2'"},
-      {{"-", "pls", "opls", "--y", "y", "--validation", "component"}, 2, "compare judges by refits alone"},
+      {{"-", "pls", "opls", "--y", "y", "--validation", "component"}, 2, "compare has no option '--validation'"},
       {{"-", "pls", folder.Path("none.model"), "--y", "y"}, 3, "none.model"},
       {{"-", "pls", pca, "--y", "y"}, 2, "holds no PLS or OPLS model"},
       {{"-", "pls", "pls --x nothing", "--y", "y"}, 1, "there is no column 'nothing'"},
@@ -119,6 +119,15 @@ TEST(Compare, RefusesWhatMakesNoSense) {
     EXPECT_EQ(run.output, "");
     EXPECT_THAT(run.error, HasSubstr(bad.message));
   }
+}
+
+TEST(Compare, SaysNothingOfIntervalsThatItDoesNotShow) {
+  const CommandResult run = RunCompare({"-", "pls", "opls", "--y", "y", "--id", "name", "--groups", "2"},
+                                       LinearTable(20, 4, 1));
+  ASSERT_EQ(run.exitCode, 0) << run.error;
+  EXPECT_EQ(run.error, "");
+  EXPECT_THAT(RunKalmia({"pls", "-", "--y", "y", "--id", "name", "--groups", "2"}, LinearTable(20, 4, 1)).error,
+              HasSubstr("note: the jack-knife has "));
 }
 
 }  // namespace

@@ -261,4 +261,27 @@ TEST(PLSRefit, ByComponentLeavesAConstantYOutToo) {
   EXPECT_EQ(refitted["predictive"], 1);
 }
 
+TEST(PLSRefit, TakesSeedsOf64Bits) {
+  const Words line = Octane({"--folds", "random", "--components", "1", "--json", "--seed"});
+  const std::string largest = "18446744073709551615";  // 2^64 - 1
+  EXPECT_EQ(RunWell(line + Words{largest}).Json()["validation"]["seed"], 18446744073709551615U);
+  EXPECT_EQ(RunWell(line + Words{"0"}).Json()["validation"]["seed"], 0U);
+  for (const char* none : {"18446744073709551616", "-1", "1.5", "one"}) {
+    const CommandResult run = RunKalmia(line + Words{none});
+    EXPECT_EQ(run.exitCode, 2) << none;
+    EXPECT_THAT(run.error, HasSubstr("--seed takes a whole number from 0 to " + largest + ", not '" + none + "'"));
+  }
+}
+
+TEST(PLSRefit, RefusesARuleBesideAGivenNumber) {
+  for (const char* method : {"refit", "component"}) {
+    for (const Words& line : {Octane({"--components", "3"}), Words{"pca", "-", "--components", "3"},
+                              Words{"opls", "-", "--y", "y", "--orthogonal", "3"}}) {
+      const CommandResult run = RunKalmia(line + Words{"--select", "q2", "--validation", method});
+      EXPECT_EQ(run.exitCode, 2) << line.front() << " " << method;
+      EXPECT_THAT(run.error, HasSubstr("--select has nothing to choose where "));
+    }
+  }
+}
+
 }  // namespace
