@@ -10,7 +10,7 @@ namespace kalmia::analysis {
 
 namespace {
 
-constexpr std::size_t kFewRows = 10;  ///< fewer distances than these make a limit a guess
+constexpr std::size_t kFewRows = 10;  ///< fewer rows than these make a limit a guess
 
 /// Components in rows below each other become columns beside each other; a missing score is not a number.
 RealMatrix Turned(const std::vector<const NCDataMatrix<float>*>& tPrims, std::size_t rows) {
@@ -104,6 +104,13 @@ void DescribeWithY(const std::vector<RowPrediction>& rows, const RealMatrix& sco
   }
 }
 
+/// Rows behind the moments. Where groups are dealt several times, a row has a left-out distance of each time.
+std::size_t RowsBehind(const ModelInfo& model, const DistanceMoments& moments) {
+  const bool arePooled = model.rowTerms->leftOut && model.validation;
+  const std::size_t repeats = arePooled ? static_cast<std::size_t>(model.validation->repeats) : 1;
+  return (moments.rows + repeats - 1) / repeats;
+}
+
 }  // namespace
 
 void DescribeRows(const std::vector<RowPrediction>& rows, const std::vector<std::vector<double>>& measured,
@@ -143,8 +150,9 @@ void NoteLimits(const ModelInfo& model, int components, Notes* notes) {
   const RowTerms& terms = *model.rowTerms;
   const std::optional<DistanceMoments>& moments = terms.leftOut ? terms.leftOut : terms.distances;
   if (!moments) return;
-  if (moments->rows < kFewRows) {
-    notes->Add("the limits of the distance rest on " + Counted(moments->rows, "row") + ": they are a guess");
+  const std::size_t rows = RowsBehind(model, *moments);
+  if (rows < kFewRows) {
+    notes->Add("the limits of the distance rest on " + Counted(rows, "row") + ": they are a guess");
   }
   if (!terms.leftOut && LimitsOfNewRows(terms, components).distance.at95) {
     notes->Add("no row was left out: the limits of the distance for new rows are those of the training rows, widened");

@@ -20,11 +20,11 @@ struct LeftOutFigures {
 };
 
 // Fill what a fitted model says of its training rows, and what it will judge new ones by: its rowTerms and
-// rowStatistics. `rows` is what the model says of them (PredictRows, ScoreRows); `measured` the Y columns in the units of
-// the table, a hole not a number. The model has its scaling, components and pooled deviation. Without squared errors
-// and for classes there are no intervals, without distances of left-out rows no limit for new ones but that of training rows widened.
-// T2 and the moments are of the scores that the fit gave the rows; those of OPLS are of predictive and orthogonal
-// components together. O2PLS has no T2: its limits are for the distance to the block that it predicts from.
+// rowStatistics. `rows` is what the model says of them (PredictRows, ScoreRows); `measured` the Y columns in the units
+// of the table, a hole not a number. The model has its scaling, components and pooled deviation. Without squared errors
+// and for classes there are no intervals, without distances of left-out rows no limit for new ones but that of training
+// rows widened. T2 and the moments are of the scores that the fit gave the rows; those of OPLS are of predictive and
+// orthogonal components together. O2PLS has no T2: its limits are for the distance to the block that it predicts from.
 
 KALMIA_EXPORT void DescribeRows(const std::vector<RowPrediction>& rows,
                                 const std::vector<std::vector<double>>& measured, const LeftOutFigures& leftOut,
@@ -46,8 +46,8 @@ KALMIA_EXPORT RealMatrix TrainingScores(const StoredOPLS& model);
 /// The normalised distances of the training rows; none where the model has no row statistics.
 KALMIA_EXPORT std::vector<double> TrainingDistances(const ModelInfo& model);
 
-/// Says what the limits of a model of `components` components rest on, where it is less than it could be: few rows, or
-/// no row that was left out.
+/// Says what the limits of a model of `components` components rest on, where it is less than it could be: few rows
+/// (each counts once, however often it was left out), or no row that was left out.
 KALMIA_EXPORT void NoteLimits(const ModelInfo& model, int components, Notes* notes);
 
 }  // namespace kalmia::analysis

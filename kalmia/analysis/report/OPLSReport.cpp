@@ -25,7 +25,7 @@ using Align = TextTable::Align;
 
 /// Whether cross-validation has judged the components, all of them or none.
 bool AreJudged(const std::vector<OPLSComponentRecord>& components) {
-  return components.empty() || components.front().IsJudged();
+  return !components.empty() && components.front().IsJudged();
 }
 
 /// "predictive 1", "orthogonal 2": the kind of each component, and its number among its kind.
@@ -93,13 +93,13 @@ std::string KeptText(const StoredOPLS& model) {
 
 /// Behind what judged the model: what a model without components is, why there are no further ones.
 std::string EndText(const OPLSResult& fit) {
-  const std::string mean = fit.model.Components() > 0 ? "" : ": the model is the mean of " + Listed(fit.data.yNames);
+  const std::string mean = fit.model.Components() > 0 ? "" : ": " + MeanModelText(fit.model);
   return mean + (fit.endedEarly.empty() ? "" : "; no further one: " + fit.endedEarly) + ".\n";
 }
 
 std::string RefittedText(const OPLSAnalysis& analysis) {
   const RefittedModels models = RefittedModelsOf(analysis.fit.model);
-  return RefitText(models) + "\n" + KeptText(analysis.fit.model) + ", " + FoldsText(models) + EndText(analysis.fit) +
+  return RefitText(models) + "\n" + KeptText(analysis.fit.model) + ", " + JudgedText(models) + EndText(analysis.fit) +
          ChoiceText(models, analysis.validation->choice) + "\n" + QualityText(analysis.fit.model) +
          NestedText(*analysis.validation) +
          CvAnovaText(analysis.fit.model.yNames, models.validation.cvAnova) + ClassText(analysis.fit.model) +
@@ -128,6 +128,7 @@ NCDataMatrix<float> LastBlock(const std::vector<NCDataMatrix<float>>& blocks) {
 }  // namespace
 
 std::string ComponentText(const std::vector<OPLSComponentRecord>& components) {
+  if (components.empty()) return kNoComponent;
   TextTable table;
   const bool areJudged = AreJudged(components);
   table.AddColumn("component", Align::Left);

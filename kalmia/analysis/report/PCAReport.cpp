@@ -24,7 +24,7 @@ using Align = TextTable::Align;
 
 /// Whether cross-validation has judged the components, all of them or none.
 bool AreJudged(const std::vector<PCAComponentRecord>& components) {
-  return components.empty() || components.front().IsJudged();
+  return !components.empty() && components.front().IsJudged();
 }
 
 /// "No component is kept", "3 components kept".
@@ -54,8 +54,9 @@ std::string NothingText(const PCAResult& fit) {
 
 std::string RefittedText(const PCAAnalysis& analysis) {
   const RefittedModels models = RefittedModelsOf(analysis.fit.model);
-  return RefitText(models) + "\n" + KeptText(analysis.fit) + ", " + FoldsText(models) + " and as many of columns" +
-         EndText(analysis.fit) + ChoiceText(models, analysis.validation->choice);
+  return RefitText(models) + "\n" + KeptText(analysis.fit) + ", " + JudgedText(models, " and as many of columns") +
+         EndText(analysis.fit) +
+         ChoiceText(models, analysis.validation->choice, analysis.validation->whyNoneJudged);
 }
 
 std::string UnrefittedText(const PCAAnalysis& analysis) {
@@ -107,6 +108,7 @@ CsvFile ColumnsCsv(const PCAResult& result, const CsvMarks& marks) {
 }  // namespace
 
 std::string ComponentText(const std::vector<PCAComponentRecord>& components) {
+  if (components.empty()) return kNoComponent;
   TextTable table;
   const bool areJudged = AreJudged(components);
   for (const char* title : {"component", "R2X", "R2X cum"}) table.AddColumn(title, Align::Right);
@@ -190,7 +192,8 @@ std::vector<CsvFile> PCACsvFiles(const PCAAnalysis& analysis, const CsvMarks& ma
   const PCAResult& fit = analysis.fit;
   const StoredPCA& model = fit.model;
   const NCDataMatrix<float>& scores = *model.pca->GetTprim();
-  return {analysis.validation ? ModelsCsv(RefittedModelsOf(analysis.fit.model), marks) : ComponentRecordsCsv(fit, marks),
+  const bool isRefitted = analysis.validation.has_value();
+  return {isRefitted ? ModelsCsv(RefittedModelsOf(model), marks) : ComponentRecordsCsv(fit, marks),
           NamedComponentsCsv("scores.csv", "row", model.rowNames, {{"t", scores}}, marks),
           NamedComponentsCsv("loadings.csv", "column", model.xNames, {{"p", *model.pca->GetPprim()}}, marks),
           ColumnsCsv(fit, marks),

@@ -23,7 +23,7 @@ using Align = TextTable::Align;
 
 /// Whether cross-validation has judged the components, all of them or none.
 bool AreJudged(const std::vector<ComponentRecord>& components) {
-  return components.empty() || components.front().IsJudged();
+  return !components.empty() && components.front().IsJudged();
 }
 
 void AddShares(const YShare& share, bool isJudged, const std::string& r2, Json* json) {
@@ -67,7 +67,7 @@ std::string KeptText(const StoredPLS& model) {
 
 /// Behind what judged the model: what a model without components is, why there are no further ones.
 std::string EndText(const PLSResult& fit) {
-  const std::string mean = fit.AnyKept() ? "" : ": the model is the mean of " + Listed(fit.data.yNames);
+  const std::string mean = fit.AnyKept() ? "" : ": " + MeanModelText(fit.model);
   return mean + (fit.endedEarly.empty() ? "" : "; no further one: " + fit.endedEarly) + ".\n";
 }
 
@@ -83,7 +83,7 @@ std::string NothingText(const PLSResult& fit) {
 
 std::string RefittedText(const PLSAnalysis& analysis) {
   const RefittedModels models = RefittedModelsOf(analysis.fit.model);
-  return RefitText(models) + "\n" + KeptText(analysis.fit.model) + ", " + FoldsText(models) + EndText(analysis.fit) +
+  return RefitText(models) + "\n" + KeptText(analysis.fit.model) + ", " + JudgedText(models) + EndText(analysis.fit) +
          ChoiceText(models, analysis.validation->choice) + "\n" + QualityText(analysis.fit.model) +
          NestedText(*analysis.validation) +
          CvAnovaText(analysis.fit.model.yNames, models.validation.cvAnova) + ClassText(analysis.fit.model) +
@@ -114,22 +114,24 @@ std::vector<NamedImportance> ImportancesOf(const StoredPLS& model) {
 /// components.csv of components that were not judged one by one, but refitted as models of 0, 1, 2, ... of them.
 CsvFile NumbersCsv(const PLSAnalysis& analysis, const CsvMarks& marks) {
   const PLSResult& fit = analysis.fit;
-  const LeftOutErrors& errors = analysis.validation->errors;
+  const RefittedModels models = RefittedModelsOf(fit.model);
   CsvText csv(marks);
   csv.Field("components").Field("Y");
   for (const char* title : {"R2X cum", "R2Y cum", "PRESS", "Q2", "RMSECV", "kept"}) csv.Field(title);
   csv.EndLine();
-  for (std::size_t a = 0; a < errors.press.size(); ++a) {
+  for (std::size_t model = 0; model < models.entries.size(); ++model) {
+    const StoredValidationEntry& entry = models.entries[model];
+    const auto a = static_cast<std::size_t>(entry.components);
     const ComponentRecord* record = a == 0 || a > fit.components.size() ? nullptr : &fit.components[a - 1];
     const double none = a == 0 ? 0.0 : kNotANumber;
     const auto line = [&](const std::string& y, double r2y, double press, double q2, double rmsecv) {
       csv.Field(std::to_string(a)).Field(y).Number(record != nullptr ? record->r2xCum : none).Number(r2y);
-      csv.Number(press).Number(q2).Number(rmsecv).Field(a == analysis.validation->model ? "yes" : "no").EndLine();
+      csv.Number(press).Number(q2).Number(rmsecv).Field(model == models.model ? "yes" : "no").EndLine();
     };
-    line("(all)", record != nullptr ? record->y.r2Cum : none, errors.press[a], errors.q2[a], kNotANumber);
+    line("(all)", record != nullptr ? record->y.r2Cum : none, entry.press, entry.q2, kNotANumber);
     for (std::size_t j = 0; j < fit.data.yNames.size(); ++j) {
-      line(fit.data.yNames[j], record != nullptr ? record->perY[j].r2Cum : none, kNotANumber, errors.q2PerY(a, j),
-           errors.rmsecv(a, j));
+      line(fit.data.yNames[j], record != nullptr ? record->perY[j].r2Cum : none, kNotANumber, entry.q2PerY[j],
+           entry.rmsecv[j]);
     }
   }
   return {"components.csv", csv.Text()};
@@ -157,6 +159,7 @@ CsvFile QCsv(const PLSResult& result, const CsvMarks& marks) {
 }  // namespace
 
 std::string ComponentText(const std::vector<ComponentRecord>& components, const std::vector<std::string>& yNames) {
+  if (components.empty()) return kNoComponent;
   const bool areJudged = AreJudged(components);
   TextTable table;
   for (const char* title : {"component", "R2X", "R2X cum", "R2Y", "R2Y cum"}) table.AddColumn(title, Align::Right);

@@ -23,7 +23,9 @@ void AnalyseByRefit(PLSRecipe recipe, const Table& table, PLSAnalysis* analysis,
   TakeErrors(validation, &analysis->fit.model);
   DescribeRows(analysis->fit.fitted, analysis->fit.data.measuredY, LeftOutFiguresOf(validation), &analysis->fit.model);
   analysis->fit.model.validation = JudgementOf(validation, analysis->recipe);
-  if (!validation.importances.empty()) analysis->fit.model.validation->jackKnife->vip = VariableImportance(*analysis->fit.model.pls);
+  if (!validation.importances.empty()) {
+    analysis->fit.model.validation->jackKnife->vip = VariableImportance(*analysis->fit.model.pls);
+  }
   Permute(recipe, table, analysis, progress);
 }
 
@@ -36,6 +38,7 @@ PLSAnalysis Analyse(const PLSRecipe& recipe, const Table& table, const Validatio
   analysis.recipe = validation;
   PLSRecipe judged = recipe;
   judged.judgeComponents = validation.method != ValidationMethod::None;
+  RequireRowsToNest(judged, table, validation);
   if (validation.method == ValidationMethod::Refit) {
     AnalyseByRefit(std::move(judged), table, &analysis, progress);
   } else {
@@ -43,6 +46,7 @@ PLSAnalysis Analyse(const PLSRecipe& recipe, const Table& table, const Validatio
   }
   if (validation.method == ValidationMethod::None) analysis.fit.model.groups = 0;
   JudgeClassesOf(&analysis);
+  NoteNoCvAnova(&analysis);
   NoteLimits(analysis.fit.model, analysis.fit.model.Components(), &analysis.fit.notes);
   return analysis;
 }

@@ -46,6 +46,7 @@ OPLSAnalysis Analyse(const OPLSRecipe& recipe, const Table& table, const Validat
   OPLSRecipe judged = recipe;
   if (recipe.predictive == 0) judged.components = 0;
   judged.judgeComponents = validation.method != ValidationMethod::None;
+  RequireRowsToNest(judged, table, validation);
   if (validation.method == ValidationMethod::Refit) {
     AnalyseByRefit(std::move(judged), table, &analysis, progress);
   } else {
@@ -53,6 +54,7 @@ OPLSAnalysis Analyse(const OPLSRecipe& recipe, const Table& table, const Validat
   }
   if (validation.method == ValidationMethod::None) analysis.fit.model.groups = 0;
   JudgeClassesOf(&analysis);
+  NoteNoCvAnova(&analysis);
   NoteLimits(analysis.fit.model, analysis.fit.model.Components(), &analysis.fit.notes);
   return analysis;
 }

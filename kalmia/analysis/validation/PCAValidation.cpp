@@ -82,18 +82,27 @@ class PCARefitting {
     const ColumnFolds folds = MakeColumnFolds(data_.xNames.size(), Partition().groups);
     result_.columnGroups = folds.groups;
     most_ = std::min(asked_, MostComponentsOfColumns(data_.xNames.size(), folds.groups));
+    SayWhyNone("without one of the " + Counted(static_cast<std::size_t>(folds.groups), "group") + " of its " +
+               Counted(data_.xNames.size(), "column") + " too few cells of a row are left to score it");
     for (int repeat = 0; repeat < Partition().Repeats(); ++repeat) {
       for (int group = 0; group < Partition().groups; ++group) {
         most_ = std::min(most_, static_cast<int>(RowsOutsideGroup(Partition(), repeat, group).size()) - 1);
       }
     }
+    SayWhyNone("a round has a single row to learn from");
     rows_ = RowsToPredict(FewestCellsOutside(data_.x, folds), most_);
     most_ = rows_.mostComponents;
+    SayWhyNone("too many rows have too few cells outside a group of columns");
     const auto out = static_cast<std::size_t>(std::count(rows_.takesPart.begin(), rows_.takesPart.end(), false));
     result_.errors.unpredictedRows = out;
     if (out == 0) return;
     result_.notes.Add("with too few cells outside a group of columns, and in no figure of the validation: " +
                       Counted(out, "row"));
+  }
+
+  /// The first reason counts.
+  void SayWhyNone(const std::string& reason) {
+    if (most_ == 0 && asked_ > 0 && result_.whyNoneJudged.empty()) result_.whyNoneJudged = reason;
   }
 
   void FitRounds() {
@@ -110,6 +119,7 @@ class PCARefitting {
     const SplitX x = source_->Split(RowsOutsideGroup(Partition(), repeat, group), leftOut, work_.SilentBar());
     const PCARound round(x.names, x.fitted, recipe_.scaling, most_, Partition().groups, &work_);
     most_ = std::min(most_, round.Components());
+    SayWhyNone("nothing is left of X in some round");
     withoutSpread_.insert(round.ColumnsWithoutSpread().begin(), round.ColumnsWithoutSpread().end());
     std::vector<std::size_t> places;  // of the round's columns, behind the last one where X has no such column
     for (const std::string& name : x.names) {

@@ -26,6 +26,7 @@ struct PCAValidation {
   RowErrors errors;
   std::optional<ComponentChoice> choice;  ///< nothing where the number was given
   int components = 0;                     ///< that were chosen, or given
+  std::string whyNoneJudged;  ///< why not even one component could be judged; empty where one could
 
   // Of this number of components; empty where the rounds cannot have so many.
   std::vector<double> columnQ2;  ///< K: 1 - PRESS of the column / that of 0 components; not a number where that is 0

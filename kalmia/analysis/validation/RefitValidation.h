@@ -20,15 +20,16 @@ namespace kalmia::analysis {
 /// How well classes are found in rows that were left out.
 struct ClassValidation {
   Classes classes;
-  /// N x C, of the discriminant rules that the rounds learnt, a mean over the repeats; not numbers where a row could not
-  /// be predicted.
+  /// N x C, of the discriminant rules that the rounds learnt, a mean over the repeats; not numbers where a row could
+  /// not be predicted.
   RealMatrix values;
   ClassFigures figures;
 };
 
-/// Double cross-validation. Errors of left-out rows by which a number of components was chosen are a little too good for
-/// that number. So each round chooses its own one, by the same rule and as many groups of the rows that stay in, and
-/// predicts its left-out rows with it, at most the last model that all rounds can have.
+/// Double cross-validation. Errors of left-out rows by which a number of components was chosen are a little too good
+/// for that number. So each round chooses its own one, by the same rule and as many groups of the rows that stay in,
+/// and predicts its left-out rows with it, at most the last model that all rounds can have. The rows that stay in are
+/// two or more, and of two groups or more of a column.
 /// Source: P. Filzmoser, B. Liebmann, K. Varmuza, J. Chemometrics 23 (2009) 160-171.
 struct NestedValidation {
   std::vector<std::size_t> models;  ///< that the rounds chose, repeat after repeat

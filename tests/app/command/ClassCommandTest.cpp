@@ -97,6 +97,22 @@ TEST(ClassModel, IsTestedByHowOftenChanceFindsAsManyRows) {
   EXPECT_LT(result["permutation"]["runs"][0]["accuracy"], 0.7);
 }
 
+TEST(ClassModel, WithoutComponentsSaysWhichClassAllRowsGoTo) {
+  std::string table = "kind,x1,x2\n";
+  for (int i = 0; i < 12; ++i) {
+    table += std::string(i % 3 == 0 ? "big" : "small") + "," + std::to_string(i * 5 % 7) + "," +
+             std::to_string(i * i % 11) + "\n";
+  }
+  for (const char* command : {"pls", "opls"}) {
+    const std::vector<std::string> line = {command, "-", "--y", "kind"};  // one standard error chooses none
+    const CommandResult equal = RunWell(line, table), data = RunWell({command, "-", "--y", "kind", "--priors", "data"},
+                                                                     table);
+    EXPECT_THAT(equal.output, HasSubstr(": all rows go to big, the first class of the largest prior.\n")) << command;
+    EXPECT_THAT(data.output, HasSubstr(": all rows go to small, the class of the largest prior.\n")) << command;
+    EXPECT_THAT(data.output, HasSubstr("small             0         8\n"));
+  }
+}
+
 TEST(ClassModel, HasPriorsAlone) {
   const std::string table = "k,x,y\na,1,2\nb,2,3\na,3,1\nb,5,4\n";
   for (const char* command : {"pls", "opls"}) {

@@ -20,6 +20,7 @@ const std::string kWrittenBy = std::string("kalmia ") + kalmia::analysis::kVersi
 using ::testing::ElementsAre;
 using ::testing::HasSubstr;
 using ::testing::IsEmpty;
+using ::testing::Not;
 using ::testing::StartsWith;
 
 json Describe(const std::string& table) {
@@ -116,6 +117,21 @@ TEST(Info, ShowsBothWaysOfATwoBlockModelAndTheClassesOfOthers) {
                           .Json();
     EXPECT_EQ(RunKalmia({"info", model, "--json"}).Json()["classes"], wine["classes"]);
     EXPECT_THAT(RunKalmia({"info", model}).output, HasSubstr("as 3"));
+  }
+}
+
+TEST(Info, ShowsNoTableOfComponentsThatAModelHasNot) {
+  const ScratchFolder folder;
+  const std::string table = folder.Write("t.csv", LinearTable(12, 4, 1)), model = folder.Path("m");
+  for (const std::vector<std::string>& line : {std::vector<std::string>{"pls", table, "--y", "y", "--components", "0"},
+                                               std::vector<std::string>{"pca", table, "--components", "0"}}) {
+    std::vector<std::string> words = line;
+    words.insert(words.end(), {"--id", "name", "--save", model});
+    RunWell(words);
+    const std::string text = RunWell({"info", model}).output;
+    EXPECT_THAT(text, HasSubstr("\n\nThe model has no component.\n")) << line.front();
+    EXPECT_THAT(text, Not(HasSubstr("Q2 cum")));
+    EXPECT_THAT(text, Not(HasSubstr("R2X cum")));
   }
 }
 

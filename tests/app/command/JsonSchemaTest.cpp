@@ -96,6 +96,16 @@ TEST(JsonSchema, HoldsForEveryOutput) {
                                   .Json());
   }
   ExpectValid("kalmia-pls", RunKalmia({"pls", "-", "--y", "y1", "--json"}, UnrelatedTable(30, 6, 1, 5)).Json());
+  const std::string large = folder.Path("large");  // more components than the rounds can have
+  for (const std::vector<std::string>& fit : {std::vector<std::string>{"pls", "--y", "y", "--components", "4"},
+                                              {"opls", "--y", "y", "--orthogonal", "3"},
+                                              {"pca", "--x", "x1..x3,y", "--components", "4"}}) {
+    std::vector<std::string> words = fit;
+    words.insert(words.end(), {"--id", "name", "--json", "--save", large, "--seed", "18446744073709551615", "-"});
+    ExpectValid("kalmia-" + fit.front(), RunKalmia(words, LinearTable(5, 8, 4)).Json());
+    ExpectValid(fit.front() == "pls" ? "kalmia-info" : "kalmia-info-" + fit.front(),
+                RunKalmia({"info", large, "--json"}).Json());
+  }
   ExpectValid("kalmia-compare", RunKalmia({"compare", "-", "pls", "pls --components 1", "--y", "y", "--json"},
                                           LinearTable(20, 4, 1))
                                     .Json());

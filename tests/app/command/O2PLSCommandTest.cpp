@@ -543,4 +543,19 @@ TEST(HelpOfO2PLS, SaysWhichSideTheOrthogonalComponentsOfTheLibraryAreOn) {
   EXPECT_THAT(text, HasSubstr("calls X-orthogonal components: they lie in Y and are orthogonal to X"));
 }
 
+TEST(O2PLSOfFewRows, SaysWhatTheLimitsOfTheDistanceRestOn) {
+  const TwoBlocks few = SharedBlocks(8, 3);
+  const ScratchFolder folder;
+  const std::string x = folder.Write("x.csv", few.x), y = folder.Write("y.csv", few.y);
+  const std::vector<std::string> line = {"o2pls", x, y, "--id", "name", "--joint", "1", "--x-unique", "0",
+                                         "--y-unique", "0"};
+  EXPECT_THAT(RunWell(line).error, HasSubstr("note: the limits of the distance rest on 8 rows: they are a guess\n"));
+  std::vector<std::string> without = line;
+  without.insert(without.end(), {"--validation", "none"});
+  const CommandResult run = RunWell(without);
+  const std::string widened = "note: no row was left out: the limits of the distance";
+  EXPECT_THAT(run.error, HasSubstr(widened));
+  EXPECT_EQ(run.error.find(widened), run.error.rfind(widened)) << "true of both blocks, and said once";
+}
+
 }  // namespace

@@ -10,6 +10,7 @@
 #include "CommandRun.h"
 #include "ExpectFailure.h"
 #include "TestTables.h"
+#include "Words.h"
 
 namespace {
 
@@ -260,6 +261,27 @@ TEST(OPLS, ShowsAStoredModel) {
   const CommandResult run = RunWell({"info", folder.Path("m")});
   EXPECT_THAT(run.output, HasSubstr("OPLS"));
   EXPECT_THAT(run.output, HasSubstr("orthogonal 1"));
+}
+
+TEST(OPLS, ShowsAGivenModelThatTheRoundsCannotHave) {
+  const ScratchFolder folder;
+  const Words line = {"opls", folder.Write("t.csv", LinearTable(5, 8, 4)), "--id", "name", "--y", "y", "--orthogonal",
+                      "3"};
+  const json fit = RunWell(line + Words{"--json", "--csv", folder.Path("d")}).Json();
+  const json& rows = fit["validation"]["components"];
+  ASSERT_EQ(rows.size(), 5U) << "four rows of a round carry 1 + 2 components";
+  EXPECT_EQ(fit["validation"]["chosen"], 4);
+  EXPECT_EQ(rows[4]["predictive"], 1);
+  EXPECT_EQ(rows[4]["orthogonal"], 3);
+  EXPECT_EQ(rows[4]["press"], nullptr);
+  EXPECT_GT(rows[4]["r2x"], rows[3]["r2x"]);
+  EXPECT_NEAR(rows[4]["r2x"], 1.0, 1e-5) << "4 components describe 5 rows, but for roundings of single cells";
+  const Table csv = CsvAt(folder.Path("d/components.csv"));
+  EXPECT_EQ(NumbersOf(csv, "orthogonal")[8], 3.0);
+  EXPECT_TRUE(std::isnan(NumbersOf(csv, "Q2")[8]));
+  EXPECT_THAT(RunWell(line).output, HasSubstr("1 predictive and 3 orthogonal components kept, not judged: "
+                                              "cross-validated by refits in 5 groups (interleaved) up to 1 + 2 "
+                                              "components.\n"));
 }
 
 }  // namespace

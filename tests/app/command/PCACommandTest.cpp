@@ -16,6 +16,7 @@ using ::testing::Contains;
 using ::testing::ElementsAre;
 using ::testing::HasSubstr;
 using ::testing::IsEmpty;
+using ::testing::Not;
 
 /// The JSON output of a fit to a table on standard input.
 json FitPCA(const std::string& table, std::vector<std::string> options) {
@@ -298,6 +299,31 @@ TEST(PCAHelp, HasAnExampleAndTellsOfEveryOption) {
                            "--groups", "--folds", "--repeats", "--seed", "--select", "--alpha", "--group-column", "--save", "--json", "--csv", "--help"}) {
     EXPECT_THAT(help.output, HasSubstr(word));
   }
+}
+
+TEST(PCA, ShowsAGivenModelThatTheRoundsCannotHave) {
+  const ScratchFolder folder;
+  const std::string table = LinearTable(12, 3, 4);  // and y: 3 cells outside a group of 4 columns score 2 components
+  const json fit = FitPCA(table, {"--id", "name", "--components", "4", "--csv", folder.Path("d")});
+  const json& rows = fit["validation"]["components"];
+  ASSERT_EQ(rows.size(), 4U);
+  EXPECT_EQ(fit["validation"]["chosen"], 4);
+  EXPECT_EQ(rows[3]["components"], 4);
+  EXPECT_EQ(rows[3]["r2x"], fit["components"][3]["r2xCum"]);
+  EXPECT_EQ(rows[3]["q2"], nullptr);
+  EXPECT_THAT(ReadWholeFile(folder.Path("d/components.csv")), HasSubstr("\n4,"));
+  EXPECT_THAT(RunWell({"pca", "-", "--id", "name", "--components", "4"}, table).output,
+              HasSubstr("4 components kept, not judged: cross-validated by refits in 7 groups (interleaved) and as "
+                        "many of columns up to 2 components.\n"));
+}
+
+TEST(PCA, SaysWhyNoComponentCanBeJudged) {
+  const CommandResult run = RunWell({"pca", "-"}, "a,b\n1,2\n2,1\n3,5\n4,3\n5,7\n");
+  EXPECT_THAT(run.output, HasSubstr("the model is the mean of each column.\nNo component can be judged: without one of "
+                                    "the 2 groups of its 2 columns too few cells of a row are left to score it.\n"));
+  EXPECT_THAT(run.output, Not(HasSubstr("Rule")));
+  EXPECT_THAT(RunWell({"pca", "-"}, "a,b,c,d\n1,2,3,1\n2,1,5,4\n").output,
+              HasSubstr("No component can be judged: "));
 }
 
 }  // namespace

@@ -228,6 +228,44 @@ TEST(PLSRefit, DealsRandomGroupsBySeedAndRepeat) {
   EXPECT_EQ(RunWell(Octane({"--folds", "random", "--repeats", "3", "--json"})).Json()["validation"]["repeats"], 3);
 }
 
+TEST(PLSRefit, CountsARowOnceHoweverOftenItWasLeftOut) {
+  const Words random = {"pls", "-", "--id", "name", "--y", "y", "--components", "1", "--folds", "random", "--groups",
+                        "6"};
+  for (const char* repeats : {"1", "5"}) {
+    EXPECT_THAT(RunWell(random + Words{"--repeats", repeats}, LinearTable(6, 4, 2)).error,
+                HasSubstr("note: the limits of the distance rest on 6 rows: they are a guess\n"))
+        << repeats;
+  }
+  EXPECT_THAT(RunWell(random + Words{"--repeats", "2"}, LinearTable(10, 4, 2)).error, Not(HasSubstr("a guess")));
+}
+
+TEST(PLSRefit, ShowsAGivenModelThatTheRoundsCannotHave) {
+  const ScratchFolder folder;
+  const Words line = {"pls", folder.Write("t.csv", LinearTable(5, 8, 4)), "--id", "name", "--y", "y",
+                      "--components", "4"};
+  const json fit = RunWell(line + Words{"--json", "--csv", folder.Path("d"), "--save", folder.Path("m")}).Json();
+  const json& rows = fit["validation"]["components"];
+  ASSERT_EQ(rows.size(), 5U) << "four rows of a round carry 3 components";
+  EXPECT_EQ(fit["validation"]["chosen"], 4);
+  EXPECT_EQ(rows[4]["components"], 4);
+  EXPECT_EQ(rows[4]["r2x"], fit["components"][3]["r2xCum"]);
+  EXPECT_EQ(rows[4]["r2y"], fit["components"][3]["r2yCum"]);
+  EXPECT_EQ(rows[3]["r2x"], fit["components"][2]["r2xCum"]);
+  for (const char* field : {"press", "q2"}) EXPECT_EQ(rows[4][field], nullptr);
+  for (const char* field : {"rmsecv", "q2PerY"}) EXPECT_EQ(rows[4][field]["y"], nullptr);
+  const Table csv = CsvAt(folder.Path("d/components.csv"));
+  EXPECT_EQ(csv.Rows(), 10) << "all Y together and y";
+  EXPECT_EQ(NumbersOf(csv, "components")[8], 4.0);
+  EXPECT_EQ(NumbersOf(csv, "R2X cum")[8], rows[4]["r2x"].get<double>());
+  EXPECT_TRUE(std::isnan(NumbersOf(csv, "PRESS")[8]));
+  EXPECT_THAT(ReadWholeFile(folder.Path("d/components.csv")), HasSubstr(",yes\n4,y,"));
+  const std::string text = RunWell(line).output, stored = RunWell({"info", folder.Path("m")}).output;
+  EXPECT_THAT(text, HasSubstr("4 components kept, not judged: cross-validated by refits in 5 groups (interleaved) up "
+                              "to 3 components.\n"));
+  for (const std::string& shown : {text, stored}) EXPECT_THAT(shown, HasSubstr("        -       -  given\n"));
+  EXPECT_EQ(RunWell({"info", folder.Path("m"), "--json"}).Json()["validation"], fit["validation"]);
+}
+
 TEST(PLSRefit, LeavesAConstantYOutBesideOthers) {
   const std::string table = WithConstant(LinearTable(20, 5, 7), "z");
   for (const char* command : {"pls", "opls"}) {
@@ -259,6 +297,41 @@ TEST(PLSRefit, ByComponentLeavesAConstantYOutToo) {
   const json refitted = RunWell(line + Words{"--orthogonal", "2"}, table).Json();
   EXPECT_EQ(refitted["validation"]["components"].size(), 4U);
   EXPECT_EQ(refitted["predictive"], 1);
+}
+
+TEST(PLSRefit, SaysWhyThereIsNoPermutationTest) {
+  const Words line = {"pls", "-", "--id", "name", "--y", "y", "--permutations", "9", "--components"};
+  EXPECT_THAT(RunWell(line + Words{"0"}, LinearTable(12, 4, 1)).error,
+              HasSubstr("note: no permutation test: the model has no component\n"));
+  EXPECT_THAT(RunWell(line + Words{"4"}, LinearTable(5, 8, 4)).error,
+              HasSubstr("note: no permutation test: the validation does not judge so many components\n"));
+  EXPECT_THAT(RunWell(line + Words{"1"}, LinearTable(12, 4, 1)).error, Not(HasSubstr("no permutation test")));
+}
+
+TEST(PLSRefit, SaysThatCvAnovaIsOfRefits) {
+  for (const char* command : {"pls", "opls"}) {
+    const Words line = {command, "-", "--id", "name", "--y", "y"};
+    EXPECT_THAT(RunWell(line + Words{"--validation", "component"}, LinearTable(20, 4, 1)).error,
+                HasSubstr("note: no CV-ANOVA: it takes the errors of full refits\n"));
+    EXPECT_THAT(RunWell(line, LinearTable(20, 4, 1)).error, Not(HasSubstr("CV-ANOVA")));
+  }
+}
+
+TEST(PLSRefit, NamesWhatANestedValidationTakes) {
+  const std::string two = "y,g,a,b\n1,u,1,2\n2,u,3,1\n3,v,2,5\n4,v,4,4\n5,v,6,3\n";
+  for (const char* command : {"pls", "opls"}) {
+    const Words line = {command, "-", "--y", "y", "--nested"};
+    CommandResult run = RunKalmia(line + Words{"--group-column", "g"}, two);
+    EXPECT_EQ(run.exitCode, 1);
+    EXPECT_THAT(run.error, HasSubstr("a nested validation, where the rows that stay in choose the number of "
+                                     "components, takes three groups or more, and column 'g' makes two"));
+    const std::string three = "y,a,b\n1,1,2\n2,3,1\n3,2,5\n";
+    run = RunKalmia(line + Words{"--groups", "2"}, three);
+    EXPECT_EQ(run.exitCode, 1);
+    EXPECT_THAT(run.error, HasSubstr("takes two of them or more in each round: there are 3 rows in 2 groups"));
+    EXPECT_EQ(RunKalmia(line + Words{"--groups", "2"}, three + "5,4,4\n").exitCode, 0) << command;
+    EXPECT_EQ(RunKalmia(line + Words{"--group-column", "g"}, two + "3,w,1,1\n").exitCode, 0) << command;
+  }
 }
 
 TEST(PLSRefit, TakesSeedsOf64Bits) {

@@ -11,6 +11,9 @@ namespace kalmia::analysis {
 // The components of each kind of model, one line each, as they are shown for one just fitted and for a stored one. The
 // report of the kind defines them.
 
+/// In place of a table that would have no line.
+constexpr auto kNoComponent = "The model has no component.\n";
+
 /// Of PLS; with several Y columns also a line for each component and Y column.
 std::string ComponentText(const std::vector<ComponentRecord>& components, const std::vector<std::string>& yNames);
 Json ComponentJson(const std::vector<ComponentRecord>& components, const std::vector<std::string>& yNames);

@@ -16,7 +16,7 @@ void YLines(const RefittedModels& models, std::size_t a, const std::string& kept
   for (std::size_t j = 0; j < models.yNames.size(); ++j) {
     CountFields(models.numbers[a], csv);
     csv->Field(models.yNames[j]).Number(kNotANumber).Number(kNotANumber).Number(kNotANumber);
-    csv->Number(models.validation.components[a].q2PerY[j]).Number(models.validation.components[a].rmsecv[j]);
+    csv->Number(models.entries[a].q2PerY[j]).Number(models.entries[a].rmsecv[j]);
     csv->Field(kept).EndLine();
   }
 }
@@ -37,7 +37,7 @@ CsvFile ModelsCsv(const RefittedModels& models, const CsvMarks& marks) {
     const std::string kept = a == models.model ? "yes" : "no";
     CountFields(models.numbers[a], &csv);
     if (hasY) csv.Field("(all)");
-    const StoredValidationEntry& entry = models.validation.components[a];
+    const StoredValidationEntry& entry = models.entries[a];
     csv.Number(entry.r2x);
     if (hasY) csv.Number(entry.r2y);
     csv.Number(entry.press).Number(entry.q2);

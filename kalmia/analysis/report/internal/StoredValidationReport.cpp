@@ -24,7 +24,8 @@ std::string JackKnifeText(const StoredValidation& validation) {
          std::string(validation.jackKnife->ofVip.empty() ? "" : " and of VIP") + ", given by --json\n";
 }
 
-std::string TextOf(const YModelInfo& model) {
+template <class Model>
+std::string TextOf(const Model& model) {
   if (!model.validation) return ClassText(model);
   const RefittedModels models = RefittedModelsOf(model);
   const std::string tests = CvAnovaText(model.yNames, model.validation->cvAnova) + ClassText(model) +

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <utility>
 
 #include "kalmia/analysis/report/internal/FitReport.h"
 #include "kalmia/analysis/report/internal/NamedComponents.h"
@@ -33,7 +34,7 @@ std::string PerYText(const RefittedModels& models) {
   for (const char* title : {"Q2", "RMSECV"}) table.AddColumn(title, Align::Right);
   for (std::size_t a = 0; a < models.labels.size(); ++a) {
     for (std::size_t j = 0; j < models.yNames.size(); ++j) {
-      const StoredValidationEntry& entry = models.validation.components[a];
+      const StoredValidationEntry& entry = models.entries[a];
       table.AddRow({j == 0 ? models.labels[a] : "", models.yNames[j], ShareText(entry.q2PerY[j]),
                     Significant(entry.rmsecv[j], kErrorDigits)});
     }
@@ -75,9 +76,19 @@ void AddNumbers(const StoredValidationEntry& entry, RefittedModels* models) {
   }
 }
 
-RefittedModels ModelsOf(const ModelInfo& model, const std::vector<std::string>& yNames) {
-  RefittedModels models{*model.validation, model.groupColumn, yNames, model.validation->Model(), {}, {}};
-  for (const StoredValidationEntry& entry : model.validation->components) AddNumbers(entry, &models);
+/// `own` is what is known of the model itself, which follows the others where it was not judged.
+RefittedModels ModelsOf(const ModelInfo& model, const std::vector<std::string>& yNames,
+                        std::optional<StoredValidationEntry> own) {
+  const StoredValidation& validation = *model.validation;
+  RefittedModels models{validation, model.groupColumn, yNames, validation.Model(), validation.components, {}, {}};
+  if (own && !models.IsJudged()) {
+    own->components = validation.chosen;
+    own->press = own->q2 = kNotANumber;
+    own->rmsecv.assign(yNames.size(), kNotANumber);
+    own->q2PerY = own->rmsecv;
+    models.entries.push_back(std::move(*own));
+  }
+  for (const StoredValidationEntry& entry : models.entries) AddNumbers(entry, &models);
   return models;
 }
 
@@ -98,9 +109,35 @@ Json AnovaJson(const std::optional<CvAnova>& anova) {
 
 }  // namespace
 
-RefittedModels RefittedModelsOf(const YModelInfo& model) { return ModelsOf(model, model.yNames); }
+RefittedModels RefittedModelsOf(const StoredPLS& model) {
+  StoredValidationEntry own;
+  if (!model.components.empty()) {
+    own.r2x = model.components.back().r2xCum;
+    own.r2y = model.components.back().y.r2Cum;
+  }
+  return ModelsOf(model, model.yNames, std::move(own));
+}
 
-RefittedModels RefittedModelsOf(const StoredPCA& model) { return ModelsOf(model, {}); }
+RefittedModels RefittedModelsOf(const StoredOPLS& model) {
+  StoredValidationEntry own;
+  own.kinds = {model.Predictive(), model.Orthogonal()};
+  own.r2x = own.r2y = 0.0;
+  for (const OPLSComponentRecord& component : model.components) {
+    own.r2x += component.r2x;
+    own.r2y += component.r2y;
+  }
+  return ModelsOf(model, model.yNames, std::move(own));
+}
+
+RefittedModels RefittedModelsOf(const StoredO2PLS& model) {
+  return ModelsOf(model, model.yNames, /*own=*/std::nullopt);
+}
+
+RefittedModels RefittedModelsOf(const StoredPCA& model) {
+  StoredValidationEntry own;
+  if (!model.components.empty()) own.r2x = model.components.back().r2xCum;
+  return ModelsOf(model, {}, std::move(own));
+}
 
 std::string RefitText(const RefittedModels& models) {
   const bool hasY = !models.yNames.empty();
@@ -112,7 +149,7 @@ std::string RefitText(const RefittedModels& models) {
   if (HasOneY(models)) table.AddColumn("RMSECV", Align::Right);
   table.AddColumn("", Align::Left);
   for (std::size_t a = 0; a < models.labels.size(); ++a) {
-    const StoredValidationEntry& entry = models.validation.components[a];
+    const StoredValidationEntry& entry = models.entries[a];
     std::vector<std::string> cells = {models.labels[a], ShareText(entry.r2x)};
     if (hasY) cells.push_back(ShareText(entry.r2y));
     cells.push_back(ShareText(entry.q2));
@@ -130,9 +167,19 @@ std::string FoldsText(const RefittedModels& models) {
          (validation.repeats > 1 ? ", repeated " + std::to_string(validation.repeats) + " times" : "");
 }
 
-std::string ChoiceText(const RefittedModels& models, const std::optional<ComponentChoice>& chosen) {
+std::string JudgedText(const RefittedModels& models, const std::string& more) {
+  if (models.IsJudged()) return FoldsText(models) + more;
+  return "not judged: " + FoldsText(models) + more + " up to " +
+         ComponentsText(models, models.validation.components.size() - 1);
+}
+
+std::string ChoiceText(const RefittedModels& models, const std::optional<ComponentChoice>& chosen,
+                       const std::string& whyNone) {
   if (!chosen) return "";
   const ComponentChoice& choice = *chosen;
+  if (choice.compared.size() == 1) {
+    return "No component can be judged: " + (whyNone.empty() ? "some round can have none" : whyNone) + ".\n";
+  }
   const std::string lead = "Rule " + WordOfSelectionRule(choice.rule) + ": ";
   const std::string limit = Significant(choice.limit, kDigits), best = ComponentsText(models, choice.best);
   const std::string compared = Significant(choice.compared[choice.chosen], kDigits);
@@ -152,6 +199,15 @@ std::string ChoiceText(const RefittedModels& models, const std::optional<Compone
   }
   return lead + "one more lowers the squared error of left-out rows by " +
          Significant(choice.compared[choice.chosen + 1], kDigits) + " of it, not by more than " + limit + ".\n";
+}
+
+std::string MeanModelText(const YModelInfo& model) {
+  if (!model.classes) return "the model is the mean of " + Listed(model.yNames);
+  const std::vector<double>& priors = model.classes->rule.logPriors;
+  const auto largest = std::max_element(priors.begin(), priors.end());
+  const bool isTied = std::count(priors.begin(), priors.end(), *largest) > 1;
+  const std::string& name = model.yNames[static_cast<std::size_t>(largest - priors.begin())];
+  return "all rows go to " + OneLine(name) + ", the " + (isTied ? "first " : "") + "class of the largest prior";
 }
 
 std::string CvAnovaText(const std::vector<std::string>& yNames, const std::vector<std::optional<CvAnova>>& cvAnova) {
@@ -215,7 +271,7 @@ Json RefitJson(const RefittedModels& models, int chosen) {
   const bool hasY = !models.yNames.empty();
   Json list = Json::array();
   for (std::size_t a = 0; a < models.numbers.size(); ++a) {
-    const StoredValidationEntry& entry = validation.components[a];
+    const StoredValidationEntry& entry = models.entries[a];
     Json row = models.numbers[a];
     row["r2x"] = JsonNumber(entry.r2x);
     if (hasY) row["r2y"] = JsonNumber(entry.r2y);

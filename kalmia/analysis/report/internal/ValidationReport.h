@@ -19,19 +19,26 @@ namespace kalmia::analysis {
 
 // What the reports of fits say of their validation, whatever was fitted.
 
-/// Models that refits have judged, from 0 on, the one without components, as a model carries them.
+/// Models that refits have judged, from 0 on, the one without components, as a model carries them; behind them the
+/// model itself where it was given more components than all rounds can have; but not of O2PLS.
 struct RefittedModels {
   const StoredValidation& validation;
   std::string groupColumn;          ///< that made the folds; empty for none
   std::vector<std::string> yNames;  ///< none for a model of X
   std::size_t model;                ///< that was chosen or given
   // Of each model.
-  std::vector<Json> numbers;        ///< fields that count its components: {"components": 2}
-  std::vector<std::string> labels;  ///< the same in texts
+  std::vector<StoredValidationEntry> entries;  ///< of one that was not judged without errors, which are not numbers
+  std::vector<Json> numbers;                   ///< fields that count its components: {"components": 2}
+  std::vector<std::string> labels;             ///< the same in texts
+
+  /// Whether the rounds can have the model.
+  bool IsJudged() const { return model < validation.components.size(); }
 };
 
 /// Of a model that was judged by refits.
-RefittedModels RefittedModelsOf(const YModelInfo& model);
+RefittedModels RefittedModelsOf(const StoredPLS& model);
+RefittedModels RefittedModelsOf(const StoredOPLS& model);
+RefittedModels RefittedModelsOf(const StoredO2PLS& model);
 RefittedModels RefittedModelsOf(const StoredPCA& model);
 
 /// A line for each model with R2X, R2Y, Q2 and RMSECV, marking the one that is kept; with several Y columns also a line
@@ -41,8 +48,16 @@ std::string RefitText(const RefittedModels& models);
 /// "cross-validated by refits in 7 groups (blocks)".
 std::string FoldsText(const RefittedModels& models);
 
-/// What was compared with what to choose the number of components: a line, empty where the number was given.
-std::string ChoiceText(const RefittedModels& models, const std::optional<ComponentChoice>& choice);
+/// What judged the model, with `more` on the folds; of one that the rounds cannot have, what they judged instead.
+std::string JudgedText(const RefittedModels& models, const std::string& more = "");
+
+/// What was compared with what to choose the number of components: a line, empty where the number was given. Where
+/// there was nothing to choose from, `whyNone`, if it is known, says why.
+std::string ChoiceText(const RefittedModels& models, const std::optional<ComponentChoice>& choice,
+                       const std::string& whyNone = "");
+
+/// What a model of Y without components says of any row: "the model is the mean of octane".
+std::string MeanModelText(const YModelInfo& model);
 
 /// A line for each Y column that has one.
 std::string CvAnovaText(const std::vector<std::string>& yNames, const std::vector<std::optional<CvAnova>>& cvAnova);

@@ -1,5 +1,8 @@
 #pragma once
 
+#include <string>
+
+#include "kalmia/analysis/fit/FitRecipes.h"
 #include "kalmia/analysis/model/StoredModel.h"
 #include "kalmia/analysis/table/Table.h"
 #include "kalmia/analysis/validation/ClassFigures.h"
@@ -16,19 +19,38 @@ namespace kalmia::analysis {
 /// interleaved.
 void CheckMethod(const ValidationRecipe& validation, bool isNumberGiven);
 
+/// Throws BadData where the choice of the number of components is to be validated, and the rows that stay in while a
+/// group is left out can make no groups of their own to choose by.
+void RequireRowsToNest(const FitRecipe& recipe, const Table& table, const ValidationRecipe& validation);
+
 /// Gives a fitted model the errors of left-out rows of its number of components.
 void TakeErrors(const RefitValidation& validation, YModelInfo* model);
 
-/// Tests the model that was chosen or given, where all rounds can have it, by the permutations that are asked for.
+/// Tests the model that was chosen or given, where all rounds can have it, by the permutations that are asked for;
+/// notes why there is no test.
 template <class Recipe, class Analysis>
 void Permute(const Recipe& recipe, const Table& table, Analysis* analysis, NCProgress* progress) {
   const RefitValidation& validation = *analysis->validation;
-  if (analysis->recipe.permutations < 1 || validation.model < 1 || !validation.IsJudged()) return;
+  if (analysis->recipe.permutations < 1) return;
+  if (validation.model < 1 || !validation.IsJudged()) {
+    analysis->fit.notes.Add(std::string("no permutation test: ") +
+                            (validation.model < 1 ? "the model has no component"
+                                                  : "the validation does not judge so many components"));
+    return;
+  }
   analysis->permutation = PermuteY(recipe, table, validation.folds, static_cast<int>(validation.model),
                                    {analysis->recipe.permutations, analysis->recipe.folds.seed}, progress);
   analysis->fit.notes.Add(analysis->permutation->notes);
   analysis->fit.model.validation->permutation =
       StoredPermutation{static_cast<int>(analysis->permutation->runs.size()), analysis->permutation->judgement};
+}
+
+/// Says of a model of numbers, judged by component, that there is no CV-ANOVA.
+template <class Analysis>
+void NoteNoCvAnova(Analysis* analysis) {
+  if (analysis->recipe.method != ValidationMethod::Component || analysis->fit.classes) return;
+  if (analysis->fit.model.Components() < 1) return;
+  analysis->fit.notes.Add("no CV-ANOVA: it takes the errors of full refits");
 }
 
 /// Tells a fitted model of classes how well it finds its rows, and found them while they were left out.
