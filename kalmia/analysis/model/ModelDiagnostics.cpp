@@ -1,17 +1,20 @@
 #include "kalmia/analysis/model/ModelDiagnostics.h"
 
+#include <algorithm>
 #include <cmath>
 #include <cstddef>
 #include <limits>
 #include <utility>
 
 #include "kalmia/analysis/steps/Scaling.h"
+#include "kalmia/analysis/table/KeptIf.h"
 #include "kalmia/containers/Missing.h"
 
 namespace kalmia::analysis {
 
 namespace {
 
+constexpr int kRowsAtOnce = 4;  ///< a sum waits for its last addition, and several side by side do not
 constexpr double kNone = std::numeric_limits<double>::quiet_NaN();
 
 /// A cell that is missing counts as nothing.
@@ -79,9 +82,21 @@ std::vector<double> HotellingT2(const NCDataMatrix<float>& tPrim) {
 
 std::vector<RowResidual> RowResiduals(const NCDataMatrix<float>& xResiduals) {
   std::vector<RowResidual> rows;
-  for (int r = 1; r <= xResiduals.SizeRows(); ++r) {
-    const NCDataVector<float>& row = xResiduals[r];
-    rows.push_back({SumOfSquares(row), row.Size() - row.GetNumMisVal()});
+  for (int first = 1; first <= xResiduals.SizeRows(); first += kRowsAtOnce) {
+    const int count = std::min(kRowsAtOnce, xResiduals.SizeRows() - first + 1);
+    const float* cells[kRowsAtOnce];
+    double sums[kRowsAtOnce] = {};
+    for (int i = 0; i < kRowsAtOnce; ++i) cells[i] = xResiduals[first + std::min(i, count - 1)].begin();
+    for (int k = 0; k < xResiduals.SizeColumns(); ++k) {
+      for (int i = 0; i < kRowsAtOnce; ++i) {
+        const double cell = CellOrZero(cells[i][k]);
+        sums[i] += cell * cell;
+      }
+    }
+    for (int i = 0; i < count; ++i) {
+      const NCDataVector<float>& row = xResiduals[first + i];
+      rows.push_back({sums[i], row.Size() - row.GetNumMisVal()});
+    }
   }
   return rows;
 }

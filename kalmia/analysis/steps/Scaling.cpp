@@ -25,19 +25,32 @@ float MovedDown(float cell, float centre) {
   return std::min(NextBelow(cell), static_cast<float>(centre + kTwoStepsBelow));
 }
 
+/// Whether centring turns a cell of the row into the missing value, or is not done as a centre is that.
+bool MayLose(const NCDataVector<float>& row, const NCDataVector<float>& centres) {
+  const float* cells = row.begin();
+  const float* subtracted = centres.begin();
+  int count = 0;  // without a branch
+  for (int k = 0; k < row.Size(); ++k) {
+    count += static_cast<int>(subtracted[k] == kMissingCell<float>) |
+             static_cast<int>(cells[k] - subtracted[k] == kMissingCell<float>);
+  }
+  return count > 0;
+}
+
 /// Moves the cells down that a fitted scaling would lose: all of a column whose centre is the missing value, which the
 /// scaling reads as "not centred", and each that centring turns into it. False if there is none.
 /// The mean of a column around -99 sinks by 99 / 2^23 at least as its cells sink by two float steps each: that is more
 /// than the step between the floats there, so that the next fit finds another centre.
 bool MoveLostCells(const NCScale& scale, NCDataMatrix<float>* matrix) {
   bool any = false;
-  for (int c = 1; c <= matrix->SizeColumns(); ++c) {
-    if (scale.GetScaleType(c) == NCScale::ScalingNone) continue;
-    const float centre = (*scale.GetCentres())[c];
-    for (int r = 1; r <= matrix->SizeRows(); ++r) {
-      const float cell = (*static_cast<const NCDataMatrix<float>*>(matrix))[r][c];
+  const NCDataVector<float>& centres = *scale.GetCentres();
+  for (int r = 1; r <= matrix->SizeRows(); ++r) {
+    if (!MayLose(std::as_const(*matrix)[r], centres)) continue;
+    for (int c = 1; c <= matrix->SizeColumns(); ++c) {
+      const float cell = std::as_const(*matrix)[r][c], centre = centres[c];
       if (cell == kMissingCell<float>) continue;
       if (centre != kMissingCell<float> && cell - centre != kMissingCell<float>) continue;
+      if (scale.GetScaleType(c) == NCScale::ScalingNone) continue;
       (*matrix)(r, c, AvoidMissingValue(MovedDown(cell, centre)));
       any = true;
     }
@@ -91,9 +104,13 @@ float ScaledCell(const NCScale& scale, float cell, int c) {
 /// Whether a cell that was there is missing now.
 bool AnyLost(const NCDataMatrix<float>& before, const NCDataMatrix<float>& after) {
   for (int r = 1; r <= before.SizeRows(); ++r) {
-    for (int c = 1; c <= before.SizeColumns(); ++c) {
-      if (after[r][c] == kMissingCell<float> && before[r][c] != kMissingCell<float>) return true;
+    const float* was = before[r].begin();
+    const float* is = after[r].begin();
+    int lost = 0;  // counted without a branch
+    for (int k = 0; k < before.SizeColumns(); ++k) {
+      lost += static_cast<int>(is[k] == kMissingCell<float>) & static_cast<int>(was[k] != kMissingCell<float>);
     }
+    if (lost > 0) return true;
   }
   return false;
 }

@@ -3,30 +3,22 @@
 #include <algorithm>
 #include <cmath>
 
+#include "kalmia/analysis/table/KeptIf.h"
+
 namespace kalmia::analysis {
-
-namespace {
-
-template <class Take>
-void ForEachPresent(const std::vector<double>& cells, const Take& take) {
-  for (const double cell : cells) {
-    if (!std::isnan(cell)) take(cell);
-  }
-}
-
-}  // namespace
 
 ColumnMoments MomentsOf(const std::vector<double>& cells) {
   ColumnMoments moments;
   double min = std::numeric_limits<double>::infinity();
   double max = -min;
   double sum = 0.0;
-  ForEachPresent(cells, [&](double cell) {
-    ++moments.n;
-    sum += cell;
-    min = std::min(min, cell);
+  for (const double cell : cells) {
+    const bool isPresent = !std::isnan(cell);
+    moments.n += isPresent ? 1 : 0;
+    sum += KeptIf(isPresent, cell);
+    min = std::min(min, cell);  // not a cell that is missing: it compares with nothing
     max = std::max(max, cell);
-  });
+  }
   if (moments.n == 0) return moments;
   const double n = moments.n;
   const double mean = sum / n;
@@ -36,11 +28,11 @@ ColumnMoments MomentsOf(const std::vector<double>& cells) {
   if (moments.n < 2) return moments;
   double squares = 0.0;
   double cubes = 0.0;
-  ForEachPresent(cells, [&](double cell) {
-    const double difference = cell - mean;
+  for (const double cell : cells) {
+    const double difference = KeptIf(!std::isnan(cell), cell - mean);
     squares += difference * difference;
     cubes += difference * difference * difference;
-  });
+  }
   const double s = std::sqrt(squares / (n - 1.0));
   moments.standardDeviation = s;
   if (moments.n > 2 && min != max) moments.skewness = n / ((n - 1.0) * (n - 2.0)) * (cubes / (s * s * s));

@@ -5,6 +5,7 @@
 #include <limits>
 
 #include "kalmia/analysis/table/ColumnMoments.h"
+#include "kalmia/analysis/table/KeptIf.h"
 #include "kalmia/analysis/text/DisplayText.h"
 #include "kalmia/analysis/text/Numbers.h"
 #include "kalmia/containers/Missing.h"
@@ -13,6 +14,7 @@ namespace kalmia::analysis {
 
 namespace {
 
+constexpr int kRowsAtOnce = 16;  ///< that are filled from columns: the cells of a cache line
 constexpr double kMostDeviations = 1000;   ///< of the mean from 0
 constexpr double kRoundingNoise = 1e-13;   ///< a spread, as a share of the mean, that says nothing
 
@@ -23,9 +25,26 @@ float InSingle(double cell) {
   return std::copysign(std::numeric_limits<float>::infinity(), static_cast<float>(std::copysign(1.0, cell)));
 }
 
+/// Whether least and largest cell alone tell that the mean is not so many deviations from 0: two of n cells that lie r
+/// apart make a deviation of r / sqrt(2 (n - 1)) or more.
+bool LiesNearZero(const std::vector<double>& cells) {
+  constexpr double kBeyondRounding = 0.99;
+  double n = 0.0, sum = 0.0;
+  double min = std::numeric_limits<double>::infinity(), max = -min;
+  for (const double cell : cells) {
+    const bool isPresent = !std::isnan(cell);
+    n += isPresent ? 1.0 : 0.0;
+    sum += KeptIf(isPresent, cell);
+    min = std::min(min, cell);
+    max = std::max(max, cell);
+  }
+  return n > 1.0 && std::fabs(sum / n) < kBeyondRounding * kMostDeviations * (max - min) / std::sqrt(2.0 * (n - 1.0));
+}
+
 }  // namespace
 
 bool LosesDigits(const std::vector<double>& cells) {
+  if (LiesNearZero(cells)) return false;
   const ColumnMoments moments = MomentsOf(cells);
   if (moments.min == moments.max) return false;  // whatever the sums make of them
   const double mean = std::fabs(moments.mean);
@@ -42,13 +61,14 @@ void ClearZeros(std::vector<double>* shifts) {
 std::vector<float> SingleCells(const std::vector<double>& cells, double shift, int* moved) {
   std::vector<float> singles(cells.size());
   for (std::size_t i = 0; i < cells.size(); ++i) {
-    if (std::isnan(cells[i])) {
-      singles[i] = kMissingCell<float>;
-      continue;
+    const bool isThere = !std::isnan(cells[i]);
+    float rounded = InSingle(KeptIf(isThere, cells[i]) - shift);
+    if (rounded == kMissingCell<float>) {
+      if (isThere && shift == 0.0) ++*moved;
+      rounded = AvoidMissingValue(rounded);
     }
-    const float rounded = InSingle(cells[i] - shift);
-    singles[i] = AvoidMissingValue(rounded);
-    if (IsMissing(rounded) && shift == 0.0) ++*moved;
+    const float choice[] = {kMissingCell<float>, rounded};
+    singles[i] = choice[isThere];
   }
   return singles;
 }
@@ -78,9 +98,19 @@ void NoteLostDigits(const std::vector<std::string>& columns, Notes* notes) {
 
 NCDataMatrix<float> MatrixOf(const std::vector<std::vector<float>>& columns, int rows) {
   NCDataMatrix<float> matrix(rows, static_cast<int>(columns.size()));
-  for (int c = 1; c <= matrix.SizeColumns(); ++c) {
-    const std::vector<float>& cells = columns[static_cast<std::size_t>(c) - 1];
-    for (int r = 1; r <= rows; ++r) matrix(r, c, cells[static_cast<std::size_t>(r) - 1]);
+  if (columns.empty()) return matrix;
+  std::vector<std::vector<float>> cells(kRowsAtOnce, std::vector<float>(columns.size()));
+  for (int first = 0; first < rows; first += kRowsAtOnce) {
+    const int count = std::min(kRowsAtOnce, rows - first);
+    for (std::size_t c = 0; c < columns.size(); ++c) {
+      const float* column = &columns[c][static_cast<std::size_t>(first)];
+      for (int i = 0; i < count; ++i) cells[static_cast<std::size_t>(i)][c] = column[i];
+    }
+    for (int i = 0; i < count; ++i) {
+      NCDataVector<float> row;
+      row.CopyZeroBasedVector(cells[static_cast<std::size_t>(i)].data(), matrix.SizeColumns());
+      matrix.SetRow(first + i + 1, row);
+    }
   }
   return matrix;
 }
@@ -88,8 +118,9 @@ NCDataMatrix<float> MatrixOf(const std::vector<std::vector<float>>& columns, int
 bool IsMissing(float cell) { return cell == kMissingCell<float>; }
 
 bool IsConstant(const std::vector<float>& cells) {
-  const auto first = std::find_if_not(cells.begin(), cells.end(), IsMissing);
-  return std::none_of(first, cells.end(), [&](float cell) { return !IsMissing(cell) && cell != *first; });
+  const auto isPresent = [](float cell) { return cell != kMissingCell<float>; };
+  const auto first = std::find_if(cells.begin(), cells.end(), isPresent);
+  return std::none_of(first, cells.end(), [&](float cell) { return isPresent(cell) && cell != *first; });
 }
 
 float AvoidMissingValue(float number) {

@@ -5,7 +5,10 @@
 
 #include <cmath>
 #include <limits>
+#include <random>
 #include <vector>
+
+#include "kalmia/analysis/table/ColumnMoments.h"
 
 namespace kalmia::analysis {
 namespace {
@@ -20,6 +23,22 @@ TEST(ShiftOf, IsTheMeanWhereItIsMoreThanAThousandDeviationsFromZero) {
   EXPECT_EQ(ShiftOf({2000.5, 1999.5, kNaN}), 2000.0) << "s = 0.71";
   EXPECT_EQ(ShiftOf({-2000.5, -1999.5}), -2000.0);
   EXPECT_TRUE(LosesDigits({2000.5, 1999.5}));
+}
+
+TEST(ShiftOf, AsksForAThousandDeviationsHoweverTheCellsLie) {
+  std::mt19937 random(1);
+  std::normal_distribution<double> normal;
+  for (int n = 2; n < 40; ++n) {
+    for (const double deviations : {300.0, 700.0, 990.0, 1010.0, 1400.0, 5000.0}) {
+      std::vector<double> cells(static_cast<std::size_t>(n));
+      for (double& cell : cells) cell = normal(random);
+      const ColumnMoments moments = MomentsOf(cells);
+      for (double& cell : cells) cell += deviations * moments.standardDeviation - moments.mean;
+      EXPECT_EQ(LosesDigits(cells), deviations > 1000.0) << n << " cells, " << deviations;
+      cells.push_back(kNaN);
+      EXPECT_EQ(LosesDigits(cells), deviations > 1000.0) << n << " cells and a hole, " << deviations;
+    }
+  }
 }
 
 TEST(ShiftOf, IsNoneOfAColumnWithoutVarianceOrWithRoundingAlone) {

@@ -60,7 +60,7 @@ void RoundModel::NoteDistances(const SeriesPrediction& prediction, int model, Le
   }
 }
 
-LeftOutRows RoundModel::Predict(const RealColumns& x, WorkProgress* progress) const {
+LeftOutRows RoundModel::Predict(const RealColumns& x, WorkProgress* progress, int firstOfDistances) const {
   const auto rows = static_cast<std::size_t>(RowCount(x));
   const auto models = static_cast<std::size_t>(lastModel_) + 1;
   LeftOutRows result{{}, RealMatrix(rows, models, kNotANumber)};
@@ -73,7 +73,8 @@ LeftOutRows RoundModel::Predict(const RealColumns& x, WorkProgress* progress) co
   const NCDataMatrix<float> scaled = x_.Scaled(x);
   const std::unique_ptr<SeriesPrediction> prediction = series_->Predict(scaled);
   std::vector<bool> hasScores(rows, true);
-  NoteDistances(*prediction, 0, &result);
+  const int first = std::min(firstOfDistances, lastModel_);
+  if (first == 0) NoteDistances(*prediction, 0, &result);
   for (int a = 1; a <= lastModel_; ++a) {
     progress->Ask();
     prediction->Next();
@@ -86,13 +87,13 @@ LeftOutRows RoundModel::Predict(const RealColumns& x, WorkProgress* progress) co
         predicted(i, j) = hasScores[i] ? InUnitsOfTable(y_[j], scaledY) : kNotANumber;
       }
     }
-    NoteDistances(*prediction, a, &result);
+    if (a >= first) NoteDistances(*prediction, a, &result);
   }
   return result;
 }
 
 std::vector<std::vector<std::vector<double>>> RoundModel::Coefficients(const std::vector<std::size_t>& places,
-                                                                       std::size_t slopes) const {
+                                                                       std::size_t slopes, int first) const {
   std::vector<std::vector<std::vector<double>>> ofModels;
   if (series_ == nullptr) {
     std::vector<std::vector<double>> means;
@@ -103,7 +104,10 @@ std::vector<std::vector<std::vector<double>>> RoundModel::Coefficients(const std
     ofModels.assign(static_cast<std::size_t>(lastModel_) + 1, means);
     return ofModels;
   }
-  for (const RealMatrix& scaled : series_->Slopes()) ofModels.push_back(InUnitsOfTable(scaled, places, slopes));
+  for (const RealMatrix& scaled : series_->Slopes()) {
+    const bool isAsked = static_cast<int>(ofModels.size()) >= std::min(first, lastModel_);
+    ofModels.push_back(isAsked ? InUnitsOfTable(scaled, places, slopes) : std::vector<std::vector<double>>());
+  }
   return ofModels;
 }
 

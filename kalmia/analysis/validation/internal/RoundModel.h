@@ -35,14 +35,16 @@ class RoundModel {
   const std::vector<std::string>& ColumnsWithoutSpread() const { return x_.ColumnsWithoutSpread(); }
 
   /// Of rows of all X columns, in the order of those that the models were fitted to. A row without a score in a model
-  /// has neither prediction nor distance from there on.
-  LeftOutRows Predict(const RealColumns& x, WorkProgress* progress) const;
+  /// has neither prediction nor distance from there on. Distances are those of the models from `firstOfDistances`, or
+  /// else the last one, on.
+  LeftOutRows Predict(const RealColumns& x, WorkProgress* progress, int firstOfDistances = 0) const;
 
   /// The coefficients of each model in the units of the table: one vector for each Y column, with the slope of each X
   /// column at its place among `slopes`, and the intercept behind them. `places` has a place for each X column that the
-  /// models were given; kNowhere for one whose slope is not asked for. 0 where the model has no slope.
+  /// models were given; kNowhere for one whose slope is not asked for. 0 where the model has no slope. Nothing of
+  /// models before the `first`, or else the last one.
   std::vector<std::vector<std::vector<double>>> Coefficients(const std::vector<std::size_t>& places,
-                                                             std::size_t slopes) const;
+                                                             std::size_t slopes, int first = 0) const;
   /// VIP of each model and kind, likewise, without an intercept; 0 where a column has no say.
   std::vector<std::vector<std::vector<double>>> Importances(const std::vector<std::size_t>& places,
                                                             std::size_t columns) const;

@@ -1,28 +1,61 @@
 #include "kalmia/analysis/validation/internal/RoundX.h"
 
+#include <algorithm>
 #include <cmath>
 #include <utility>
 
 #include "kalmia/analysis/model/RealMatrix.h"
+#include "kalmia/analysis/table/SharedWork.h"
 #include "kalmia/analysis/table/SingleCells.h"
 
 namespace kalmia::analysis {
 
+namespace {
+
+constexpr std::size_t kColumnsOfAPart = 64;
+constexpr std::size_t kCellsForThreads = 100000;  ///< below which one thread is faster than several
+
+/// A column in single precision.
+struct SingleColumn {
+  double shift = 0.0;
+  std::vector<float> cells;
+  bool isConstant = false;
+};
+
+SingleColumn Single(const std::vector<double>& cells, bool isCentred) {
+  SingleColumn column;
+  int ofWholeTable = 0;  // moved cells, of which the fit of all rows has told
+  column.shift = isCentred ? ShiftOf(cells) : 0.0;
+  column.cells = SingleCells(cells, column.shift, &ofWholeTable);
+  column.isConstant = IsConstant(column.cells);
+  return column;
+}
+
+}  // namespace
+
 RoundX::RoundX(const std::vector<std::string>& names, const RealColumns& fitted, NCScale::Scaling scaling) {
+  std::vector<SingleColumn> columns(fitted.size());
+  const auto take = [&](std::size_t part) {
+    const std::size_t end = std::min(fitted.size(), (part + 1) * kColumnsOfAPart);
+    for (std::size_t k = part * kColumnsOfAPart; k < end; ++k) columns[k] = Single(fitted[k], Centres(scaling));
+  };
+  const std::size_t parts = (fitted.size() + kColumnsOfAPart - 1) / kColumnsOfAPart;
+  if (fitted.size() * static_cast<std::size_t>(RowCount(fitted)) >= kCellsForThreads) {
+    ShareWork(parts, [](double) {}, take);
+  } else {
+    for (std::size_t part = 0; part < parts; ++part) take(part);
+  }
   std::vector<std::vector<float>> taken;
   std::vector<std::string> takenNames;
-  int ofWholeTable = 0;  // moved cells, of which the fit of all rows has told
   for (std::size_t k = 0; k < fitted.size(); ++k) {
-    const double shift = Centres(scaling) ? ShiftOf(fitted[k]) : 0.0;
-    std::vector<float> cells = SingleCells(fitted[k], shift, &ofWholeTable);
-    if (IsConstant(cells)) {
+    if (columns[k].isConstant) {
       withoutSpread_.push_back(names[k]);
       continue;
     }
     places_.push_back(k);
     takenNames.push_back(names[k]);
-    shifts_.push_back(shift);
-    taken.push_back(std::move(cells));
+    shifts_.push_back(columns[k].shift);
+    taken.push_back(std::move(columns[k].cells));
   }
   if (Empty()) return;
   fitted_ = MatrixOf(taken, RowCount(fitted));

@@ -32,9 +32,8 @@ RealColumns RowsOfColumns(const RealColumns& columns, const std::vector<std::siz
   RealColumns taken;
   taken.reserve(columns.size());
   for (const std::vector<double>& column : columns) {
-    std::vector<double> cells;
-    cells.reserve(rows.size());
-    for (const std::size_t row : rows) cells.push_back(column[row]);
+    std::vector<double> cells(rows.size());
+    for (std::size_t i = 0; i < rows.size(); ++i) cells[i] = column[rows[i]];
     taken.push_back(std::move(cells));
   }
   return taken;

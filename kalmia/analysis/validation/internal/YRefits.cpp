@@ -131,7 +131,7 @@ class Refitting {
     });
   }
 
-  /// A model whose number is given is the only one whose coefficients are asked for.
+  /// A model whose number is given is the only one whose coefficients and distances are asked for.
   int FirstOfCoefficients() const { return refits_.models ? limits_.models : 0; }
 
   /// Of a round, from 1 on; 0 are all rows.
@@ -157,9 +157,9 @@ class Refitting {
       figures.r2y = model.Series()->R2Y();
     }
     figures.columnsWithoutSpread = model.ColumnsWithoutSpread();
-    figures.leftOut = model.Predict(x.leftOut, &work_);
+    figures.leftOut = model.Predict(x.leftOut, &work_, FirstOfCoefficients());
     if (data_.classes) figures.fitted = model.Predict(x.fitted, &work_);
-    figures.coefficients = model.Coefficients(PlacesOf(x.names), placeOf_.size());
+    figures.coefficients = model.Coefficients(PlacesOf(x.names), placeOf_.size(), FirstOfCoefficients());
     figures.importances = model.Importances(PlacesOf(x.names), placeOf_.size());
     return figures;
   }
