@@ -3,9 +3,6 @@
 #include <utility>
 
 #include "kalmia/analysis/model/ModelDiagnostics.h"
-#include "kalmia/analysis/model/TrainingRows.h"
-#include "kalmia/analysis/validation/StoredJudgement.h"
-#include "kalmia/analysis/validation/YPermutations.h"
 #include "kalmia/analysis/validation/internal/AnalysisSteps.h"
 
 namespace kalmia::analysis {
@@ -19,10 +16,7 @@ void AnalyseByRefit(PLSRecipe recipe, const Table& table, PLSAnalysis* analysis,
   recipe.judgeComponents = false;
   recipe.describedComponents = static_cast<int>(validation.errors.MostComponents());
   analysis->fit = Fit(recipe, table, progress);
-  analysis->fit.notes.Add(validation.notes);
-  TakeErrors(validation, &analysis->fit.model);
-  DescribeRows(analysis->fit.fitted, analysis->fit.data.measuredY, LeftOutFiguresOf(validation), &analysis->fit.model);
-  analysis->fit.model.validation = JudgementOf(validation, analysis->recipe);
+  TakeJudgement(analysis);
   if (!validation.importances.empty()) {
     analysis->fit.model.validation->jackKnife->vip = VariableImportance(*analysis->fit.model.pls);
   }
@@ -44,10 +38,7 @@ PLSAnalysis Analyse(const PLSRecipe& recipe, const Table& table, const Validatio
   } else {
     analysis.fit = Fit(judged, table, progress);
   }
-  if (validation.method == ValidationMethod::None) analysis.fit.model.groups = 0;
-  JudgeClassesOf(&analysis);
-  NoteNoCvAnova(&analysis);
-  NoteLimits(analysis.fit.model, analysis.fit.model.Components(), &analysis.fit.notes);
+  Conclude(&analysis);
   return analysis;
 }
 

@@ -81,9 +81,6 @@ void RequireComparable(const Candidate& candidate, const RefitValidation& valida
   }
 }
 
-/// Coefficients and their intervals are not compared.
-bool IsOnJackKnife(const std::string& note) { return note.rfind("the jack-knife ", 0) == 0; }
-
 std::vector<double> ErrorsOf(const RefitValidation& validation) {
   std::vector<double> errors;
   for (std::size_t i = 0; i < validation.errors.rowErrors.rows; ++i) {
@@ -137,7 +134,7 @@ Comparison Compare(const std::vector<Candidate>& candidates, const Table& table,
     RequireComparable(candidate, judged.back().validation, candidates.front(), judged.front().validation);
     errors.push_back(ErrorsOf(judged.back().validation));
     for (const std::string& line : judged.back().validation.notes.Lines()) {
-      if (!IsOnJackKnife(line)) comparison.notes.Add(candidate.name + ": " + line);
+      comparison.notes.Add(candidate.name + ": " + line);
     }
   }
   comparison.yNames = judged.front().validation.yNames;

@@ -3,7 +3,6 @@
 #include <utility>
 
 #include "kalmia/analysis/text/Failure.h"
-#include "kalmia/analysis/validation/StoredJudgement.h"
 #include "kalmia/analysis/validation/internal/AnalysisSteps.h"
 
 namespace kalmia::analysis {
@@ -26,10 +25,7 @@ void AnalyseByRefit(OPLSRecipe recipe, const Table& table, OPLSAnalysis* analysi
   if (!isGiven || validation.model > 0) recipe = NumbersOf(std::move(recipe), validation);
   recipe.judgeComponents = false;
   analysis->fit = Fit(recipe, table, progress);
-  analysis->fit.notes.Add(validation.notes);
-  TakeErrors(validation, &analysis->fit.model);
-  DescribeRows(analysis->fit.fitted, analysis->fit.data.measuredY, LeftOutFiguresOf(validation), &analysis->fit.model);
-  analysis->fit.model.validation = JudgementOf(validation, analysis->recipe);
+  TakeJudgement(analysis);
   Permute(recipe, table, analysis, progress);
 }
 
@@ -52,10 +48,7 @@ OPLSAnalysis Analyse(const OPLSRecipe& recipe, const Table& table, const Validat
   } else {
     analysis.fit = Fit(judged, table, progress, resumed);
   }
-  if (validation.method == ValidationMethod::None) analysis.fit.model.groups = 0;
-  JudgeClassesOf(&analysis);
-  NoteNoCvAnova(&analysis);
-  NoteLimits(analysis.fit.model, analysis.fit.model.Components(), &analysis.fit.notes);
+  Conclude(&analysis);
   return analysis;
 }
 

@@ -65,7 +65,8 @@ struct RefitValidation {
   std::optional<NestedValidation> nested;   ///< where it was asked for and the number was not given
   std::optional<ClassValidation> classes;  ///< where Y are their dummies
 
-  Notes notes;  ///< on the validation; Fit has those on the table
+  Notes notes;           ///< on the validation; Fit has those on the table
+  Notes jackKnifeNotes;  ///< on the intervals of coefficients and VIP
 
   /// Whether the figures of `model` are there.
   bool IsJudged() const { return model <= errors.MostComponents(); }

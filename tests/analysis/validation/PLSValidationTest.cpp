@@ -397,7 +397,7 @@ TEST(PLSValidation, LeavesRowsOfOneLabelOutTogether) {
   recipe.groupColumn.clear();
   const PLSValidation blocks = ValidateBy(FoldScheme::Blocks, 3, recipe, TableOf(text));
   EXPECT_EQ(labels.errors.press, blocks.errors.press);
-  EXPECT_THAT(labels.notes.Lines(), Contains(HasSubstr("2 degrees of freedom")));
+  EXPECT_THAT(labels.jackKnifeNotes.Lines(), Contains(HasSubstr("2 degrees of freedom")));
 }
 
 TEST(PLSValidation, RefusesFoldsThatMakeNoSense) {

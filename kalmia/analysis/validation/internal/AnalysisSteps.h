@@ -4,9 +4,11 @@
 
 #include "kalmia/analysis/fit/FitRecipes.h"
 #include "kalmia/analysis/model/StoredModel.h"
+#include "kalmia/analysis/model/TrainingRows.h"
 #include "kalmia/analysis/table/Table.h"
 #include "kalmia/analysis/validation/ClassFigures.h"
 #include "kalmia/analysis/validation/RefitValidation.h"
+#include "kalmia/analysis/validation/StoredJudgement.h"
 #include "kalmia/analysis/validation/ValidationRecipe.h"
 #include "kalmia/analysis/validation/YPermutations.h"
 #include "kalmia/support/NCProgress.h"
@@ -25,6 +27,18 @@ void RequireRowsToNest(const FitRecipe& recipe, const Table& table, const Valida
 
 /// Gives a fitted model the errors of left-out rows of its number of components.
 void TakeErrors(const RefitValidation& validation, YModelInfo* model);
+
+/// Gives the fit of the model that was chosen or given what the refits say of it and of its rows.
+template <class Analysis>
+void TakeJudgement(Analysis* analysis) {
+  const auto& validation = *analysis->validation;
+  auto& fit = analysis->fit;
+  fit.notes.Add(validation.notes);
+  fit.notes.Add(validation.jackKnifeNotes);
+  TakeErrors(validation, &fit.model);
+  DescribeRows(fit.fitted, fit.data.measuredY, LeftOutFiguresOf(validation), &fit.model);
+  fit.model.validation = JudgementOf(validation, analysis->recipe);
+}
 
 /// Tests the model that was chosen or given, where all rounds can have it, by the permutations that are asked for;
 /// notes why there is no test.
@@ -60,6 +74,15 @@ void JudgeClassesOf(Analysis* analysis) {
   StoredClasses& classes = *analysis->fit.model.classes;
   classes.fitted = JudgeClasses(analysis->fit.classes->classes.classOfRow, analysis->fit.classes->values);
   if (analysis->validation && analysis->validation->classes) classes.leftOut = analysis->validation->classes->figures;
+}
+
+/// Whatever judged the model of Y.
+template <class Analysis>
+void Conclude(Analysis* analysis) {
+  if (analysis->recipe.method == ValidationMethod::None) analysis->fit.model.groups = 0;
+  JudgeClassesOf(analysis);
+  NoteNoCvAnova(analysis);
+  NoteLimits(analysis->fit.model, analysis->fit.model.Components(), &analysis->fit.notes);
 }
 
 }  // namespace kalmia::analysis

@@ -398,8 +398,8 @@ class Refitting {
     }
     const int degrees = result_.coefficients.front().degrees;
     if (a == 0 || degrees > kFewDegrees) return;
-    result_.notes.Add("the jack-knife has " + Counted(static_cast<std::size_t>(degrees), "degree") +
-                      " of freedom: its intervals are wide and mean little");
+    result_.jackKnifeNotes.Add("the jack-knife has " + Counted(static_cast<std::size_t>(degrees), "degree") +
+                               " of freedom: its intervals are wide and mean little");
   }
 
   const YRefits& refits_;
