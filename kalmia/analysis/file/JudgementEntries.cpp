@@ -95,30 +95,38 @@ bool ReadPermutation(std::istream& stream, std::optional<StoredPermutation>* tes
   return AreShares({of.pR2, of.pQ2, of.pAccuracy});
 }
 
-/// 0 stands for none, 1 for coefficients alone, 2 for VIP too.
+constexpr int kMostKindsOfImportance = 2;
+
+/// 0 stands for none, 1 for coefficients alone; one more for each kind of VIP.
 void WriteJackKnife(const std::optional<StoredJackKnife>& jackKnife, std::ostream& stream) {
-  WriteInteger(!jackKnife ? 0 : (jackKnife->ofVip.empty() ? 1 : 2), stream);
+  WriteInteger(jackKnife ? 1 + static_cast<int>(jackKnife->importances.size()) : 0, stream);
   if (!jackKnife) return;
   WriteNumbers(jackKnife->coefficients.cells, stream);
-  if (jackKnife->ofVip.empty()) return;
-  WriteNumbers(jackKnife->vip, stream);
-  WriteNumbers(jackKnife->ofVip, stream);
+  for (const StoredImportance& importance : jackKnife->importances) {
+    WriteNumbers(importance.vip, stream);
+    WriteNumbers(importance.standardErrors, stream);
+  }
 }
 
 bool AreStandardErrors(const std::vector<double>& numbers) {
-  return std::all_of(numbers.begin(), numbers.end(), [](double s) { return std::isnan(s) || (s >= 0.0 && std::isfinite(s)); });
+  return std::all_of(numbers.begin(), numbers.end(),
+                     [](double s) { return std::isnan(s) || (s >= 0.0 && std::isfinite(s)); });
 }
 
 bool ReadJackKnife(std::istream& stream, const JudgedColumns& columns, std::optional<StoredJackKnife>* jackKnife) {
   int parts = 0;
-  if (!ReadInteger(&parts, stream) || parts < 0 || parts > 2) return false;
+  if (!ReadInteger(&parts, stream) || parts < 0 || parts > 1 + kMostKindsOfImportance) return false;
   if (parts == 0) return true;
   StoredJackKnife read;
   if (columns.y == 0 || !ReadMatrix(stream, columns.y, columns.x + 1, &read.coefficients)) return false;
-  if (parts == 2 && (!ReadNumbers(stream, columns.x, &read.vip) || !ReadNumbers(stream, columns.x, &read.ofVip))) {
-    return false;
+  bool areGood = AreStandardErrors(read.coefficients.cells);
+  for (int kind = 1; kind < parts; ++kind) {
+    StoredImportance& importance = read.importances.emplace_back();
+    if (!ReadNumbers(stream, columns.x, &importance.vip) || !ReadNumbers(stream, columns.x, &importance.standardErrors)) {
+      return false;
+    }
+    areGood = areGood && AreStandardErrors(importance.standardErrors);
   }
-  const bool areGood = AreStandardErrors(read.coefficients.cells) && AreStandardErrors(read.ofVip);
   *jackKnife = std::move(read);
   return areGood;
 }

@@ -31,12 +31,17 @@ struct StoredPermutation {
   PermutationJudgement judgement;
 };
 
+/// One kind of VIP, a number for each X column.
+struct StoredImportance {
+  std::vector<double> vip;
+  std::vector<double> standardErrors;
+};
+
 /// Standard errors by the jack-knife, which has one degree of freedom less than there are groups. VIP stands beside its
 /// own: it cannot be computed without the scores of the training rows.
 struct StoredJackKnife {
   RealMatrix coefficients;  ///< Y columns by the slopes of X columns and the intercept, in the units of the table
-  std::vector<double> vip;  ///< of each X column; empty where it was not judged
-  std::vector<double> ofVip;
+  std::vector<StoredImportance> importances;  ///< of PLS one, of OPLS predictive and orthogonal; none if not judged
 };
 
 /// The judgement that a stored model carries, as the command reported it.

@@ -17,9 +17,9 @@ void AnalyseByRefit(PLSRecipe recipe, const Table& table, PLSAnalysis* analysis,
   recipe.describedComponents = static_cast<int>(validation.errors.MostComponents());
   analysis->fit = Fit(recipe, table, progress);
   TakeJudgement(analysis);
-  if (!validation.importances.empty()) {
-    analysis->fit.model.validation->jackKnife->vip = VariableImportance(*analysis->fit.model.pls);
-  }
+  StoreImportances(&analysis->fit.model, [](const StoredPLS& model) {
+    return std::vector<std::vector<double>>{VariableImportance(*model.pls)};
+  });
   Permute(recipe, table, analysis, progress);
 }
 

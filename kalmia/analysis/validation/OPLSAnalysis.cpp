@@ -2,6 +2,7 @@
 
 #include <utility>
 
+#include "kalmia/analysis/model/internal/OPLSDiagnostics.h"
 #include "kalmia/analysis/text/Failure.h"
 #include "kalmia/analysis/validation/internal/AnalysisSteps.h"
 
@@ -26,6 +27,9 @@ void AnalyseByRefit(OPLSRecipe recipe, const Table& table, OPLSAnalysis* analysi
   recipe.judgeComponents = false;
   analysis->fit = Fit(recipe, table, progress);
   TakeJudgement(analysis);
+  StoreImportances(&analysis->fit.model, [](const StoredOPLS& model) {
+    return std::vector<std::vector<double>>{PredictiveImportance(model), OrthogonalImportance(model)};
+  });
   Permute(recipe, table, analysis, progress);
 }
 

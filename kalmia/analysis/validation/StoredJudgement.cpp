@@ -68,7 +68,9 @@ std::optional<StoredJackKnife> JackKnifeOf(const RefitValidation& validation) {
     stored.coefficients.cells.insert(stored.coefficients.cells.end(), column.standardErrors.begin(),
                                      column.standardErrors.end());
   }
-  if (validation.importances.size() == 1) stored.ofVip = validation.importances.front().standardErrors;
+  for (const JackKnifeResult& importance : validation.importances) {
+    stored.importances.push_back({{}, importance.standardErrors});
+  }
   return stored;
 }
 

@@ -440,11 +440,29 @@ TEST(ModelFile, CarriesWhatJudgedTheModel) {
       EXPECT_EQ(stored.jackKnife->coefficients(j, k), validation.coefficients[j].standardErrors[k]);
     }
   }
-  EXPECT_EQ(stored.jackKnife->ofVip, validation.importances.front().standardErrors);
-  EXPECT_EQ(stored.jackKnife->vip.size(), 3U);
+  ASSERT_EQ(stored.jackKnife->importances.size(), 1U);
+  EXPECT_EQ(stored.jackKnife->importances[0].standardErrors, validation.importances.front().standardErrors);
+  EXPECT_EQ(stored.jackKnife->importances[0].vip.size(), 3U);
   EXPECT_EQ(stored.permutation->runs, 5);
   EXPECT_EQ(stored.permutation->judgement.pQ2, analysis.permutation->judgement.pQ2);
   EXPECT_EQ(stored.permutation->judgement.interceptR2, analysis.permutation->judgement.interceptR2);
+}
+
+TEST(ModelFile, CarriesBothKindsOfImportanceOfOPLS) {
+  OPLSRecipe recipe;
+  recipe.id = "name";
+  recipe.y = {"y"};
+  recipe.components = 2;
+  const OPLSAnalysis analysis = Analyse(recipe, Table(LinearTable(20, 5, 3), "t"));
+  const StoredModel read = ReadModelFile(ModelFileBytes(analysis.fit.model), "m");
+  const std::vector<StoredImportance>& stored = std::get<StoredOPLS>(read).validation->jackKnife->importances;
+  ASSERT_EQ(stored.size(), 2U);
+  for (std::size_t kind = 0; kind < 2; ++kind) {
+    EXPECT_EQ(stored[kind].standardErrors, analysis.validation->importances[kind].standardErrors);
+    double squares = 0.0;
+    for (const double vip : stored[kind].vip) squares += vip * vip;
+    EXPECT_NEAR(squares, 5.0, 1e-12) << "the squares of each kind sum to the number of columns";
+  }
 }
 
 TEST(ModelFile, IsRefusedWithAJudgementThatCannotBe) {
@@ -464,7 +482,9 @@ TEST(ModelFile, IsRefusedWithAJudgementThatCannotBe) {
   EXPECT_EQ(refusal([](StoredPLS*, Stored* of) { of->cvAnova.resize(2); }), damaged);
   EXPECT_EQ(refusal([](StoredPLS*, Stored* of) { of->permutation = StoredPermutation{9, {1.1, 0.1}}; }), damaged);
   EXPECT_EQ(refusal([](StoredPLS*, Stored* of) { of->jackKnife->coefficients(0, 0) = -1.0; }), damaged);
-  EXPECT_EQ(refusal([](StoredPLS*, Stored* of) { of->jackKnife->ofVip[0] = HUGE_VAL; }), damaged);
+  EXPECT_EQ(refusal([](StoredPLS*, Stored* of) { of->jackKnife->importances[0].standardErrors[0] = HUGE_VAL; }),
+            damaged);
+  EXPECT_EQ(refusal([](StoredPLS*, Stored* of) { of->jackKnife->importances.resize(3, {{1.0}, {1.0}}); }), damaged);
   EXPECT_EQ(refusal([](StoredPLS* model, Stored*) { model->classes->fitted->confusion[0][0] = -1; }), damaged);
   EXPECT_EQ(refusal([](StoredPLS* model, Stored*) { model->classes->leftOut->auc[2] = 1.5; }), damaged);
 }

@@ -21,7 +21,7 @@ std::string Heading(const RefittedModels& models) { return "\nBy number of compo
 std::string JackKnifeText(const StoredValidation& validation) {
   if (!validation.jackKnife) return "";
   return "Jack-knife: standard errors of coefficients" +
-         std::string(validation.jackKnife->ofVip.empty() ? "" : " and of VIP") + ", given by --json\n";
+         std::string(validation.jackKnife->importances.empty() ? "" : " and of VIP") + ", given by --json\n";
 }
 
 template <class Model>
@@ -51,6 +51,13 @@ std::vector<double> RowOf(const RealMatrix& matrix, std::size_t row) {
   return {begin, begin + static_cast<std::ptrdiff_t>(matrix.columns)};
 }
 
+Json ImportanceJson(const StoredImportance& of, int degrees) {
+  Json json = IntervalsJson(IntervalsOf(of.vip, of.standardErrors, degrees, kShare, /*least=*/0.0));
+  json["vip"] = NumbersJson(of.vip);
+  json.erase("p");
+  return json;
+}
+
 Json JackKnifeJson(const YModelInfo& model, const Coefficients& coefficients) {
   if (!model.validation || !model.validation->jackKnife) return nullptr;
   const StoredJackKnife& jackKnife = *model.validation->jackKnife;
@@ -63,10 +70,11 @@ Json JackKnifeJson(const YModelInfo& model, const Coefficients& coefficients) {
     byName[model.yNames[j]] = IntervalsJson(IntervalsOf(numbers, RowOf(jackKnife.coefficients, j), degrees, kShare));
   }
   Json json = {{"degrees", degrees}, {"coefficients", byName}, {"vip", nullptr}};
-  if (jackKnife.ofVip.empty()) return json;
-  json["vip"] = IntervalsJson(IntervalsOf(jackKnife.vip, jackKnife.ofVip, degrees, kShare, /*least=*/0.0));
-  json["vip"]["vip"] = NumbersJson(jackKnife.vip);
-  json["vip"].erase("p");
+  const std::vector<StoredImportance>& importances = jackKnife.importances;
+  if (importances.size() == 1) json["vip"] = ImportanceJson(importances.front(), degrees);
+  if (importances.size() < 2) return json;
+  json["vipPredictive"] = ImportanceJson(importances[0], degrees);
+  json["vipOrthogonal"] = ImportanceJson(importances[1], degrees);
   return json;
 }
 

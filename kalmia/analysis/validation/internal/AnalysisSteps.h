@@ -1,6 +1,9 @@
 #pragma once
 
+#include <cstddef>
 #include <string>
+#include <utility>
+#include <vector>
 
 #include "kalmia/analysis/fit/FitRecipes.h"
 #include "kalmia/analysis/model/StoredModel.h"
@@ -38,6 +41,16 @@ void TakeJudgement(Analysis* analysis) {
   TakeErrors(validation, &fit.model);
   DescribeRows(fit.fitted, fit.data.measuredY, LeftOutFiguresOf(validation), &fit.model);
   fit.model.validation = JudgementOf(validation, analysis->recipe);
+}
+
+/// Puts VIP of the model, kind by kind, beside the standard errors that are stored of it.
+template <class Model, class ImportancesOf>
+void StoreImportances(Model* model, const ImportancesOf& importancesOf) {
+  if (!model->validation->jackKnife || model->validation->jackKnife->importances.empty()) return;
+  std::vector<std::vector<double>> kinds = importancesOf(*model);
+  for (std::size_t kind = 0; kind < kinds.size(); ++kind) {
+    model->validation->jackKnife->importances[kind].vip = std::move(kinds[kind]);
+  }
 }
 
 /// Tests the model that was chosen or given, where all rounds can have it, by the permutations that are asked for;
