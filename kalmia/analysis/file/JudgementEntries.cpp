@@ -9,6 +9,8 @@
 
 #include "kalmia/analysis/file/internal/NumberEntries.h"
 #include "kalmia/analysis/text/internal/Bytes.h"
+#include "kalmia/analysis/validation/ComponentChoice.h"
+#include "kalmia/analysis/validation/Folds.h"
 #include "kalmia/support/VexStream.h"
 
 namespace kalmia::analysis {
@@ -192,12 +194,18 @@ void WriteValidation(const StoredValidation& validation, std::ostream& stream) {
   WriteJackKnife(validation.jackKnife, stream);
 }
 
+/// Words that texts and JSON repeat.
+bool AreKnown(const StoredValidation& validation) {
+  return (FoldSchemeOfWord(validation.folds) || validation.folds == kFoldsOfLabels) &&
+         (validation.rule.empty() || SelectionRuleOfWord(validation.rule)) && validation.chosen >= 0;
+}
+
 bool ReadValidation(std::istream& stream, const JudgedColumns& columns, StoredValidation* validation) {
   std::size_t count = 0;
   return ReadText(&validation->folds, stream) && ReadInteger(&validation->groups, stream) && validation->groups >= 2 &&
          ReadInteger(&validation->repeats, stream) && validation->repeats >= 1 &&
          ReadArray(&validation->seed, 1, sizeof(validation->seed), stream) && ReadText(&validation->rule, stream) &&
-         ReadInteger(&validation->chosen, stream) && ReadCount(stream, 1, &count) &&
+         ReadInteger(&validation->chosen, stream) && AreKnown(*validation) && ReadCount(stream, 1, &count) &&
          ReadEntries(stream, count, columns.kinds, columns.y, &validation->components) &&
          ReadEntries(stream, columns.bothWays ? count : 0, columns.kinds, columns.x, &validation->xFromY) &&
          ReadAnovas(stream, columns.y, &validation->cvAnova) && ReadPermutation(stream, &validation->permutation) &&

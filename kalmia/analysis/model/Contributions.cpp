@@ -92,8 +92,9 @@ void NoteDifference(const RowContributions& of, bool hasHoles, const ScoreMoment
   if (std::fabs(sum - of.t2) <= kRoundingShare * of.t2 + kRounding) return;
   const char* const holes = "the row has missing cells";
   const char* const means = "the scores of the training rows do not have the mean 0";
-  const std::string why =
-      !hasHoles ? means : AnyMeanIsOff(moments) ? std::string(holes) + ", and " + means : std::string(holes);
+  const bool isOff = AnyMeanIsOff(moments);
+  std::string why = hasHoles ? holes : isOff ? means : "scores are rounded to single precision";
+  if (hasHoles && isOff) why += std::string(", and ") + means;
   notes->Add("the parts of T2 of row " + Quoted(of.row) + " sum to " + Significant(sum, kNumberDigits) + ", not to " +
              Significant(of.t2, kNumberDigits) + ": " + why);
 }

@@ -44,6 +44,8 @@ struct StoredJackKnife {
   std::vector<StoredImportance> importances;  ///< of PLS one, of OPLS predictive and orthogonal; none if not judged
 };
 
+constexpr auto kFoldsOfLabels = "group-column";  ///< how folds by labels are called, beside the words of FoldScheme
+
 /// The judgement that a stored model carries, as the command reported it.
 struct StoredValidation {
   std::string folds;       ///< how rows were divided: a word of FoldScheme, or group-column

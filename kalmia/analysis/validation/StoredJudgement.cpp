@@ -9,8 +9,6 @@ namespace kalmia::analysis {
 
 namespace {
 
-constexpr auto kByColumn = "group-column";  ///< folds of labels
-
 std::vector<double> RowOf(const RealMatrix& matrix, std::size_t row) {
   const auto begin = matrix.cells.begin() + static_cast<std::ptrdiff_t>(row * matrix.columns);
   return {begin, begin + static_cast<std::ptrdiff_t>(matrix.columns)};
@@ -18,7 +16,7 @@ std::vector<double> RowOf(const RealMatrix& matrix, std::size_t row) {
 
 StoredValidation FoldsOf(const Folds& folds, const ValidationRecipe& recipe) {
   StoredValidation stored;
-  stored.folds = folds.names.empty() ? WordOfFoldScheme(recipe.folds.scheme) : kByColumn;
+  stored.folds = folds.names.empty() ? WordOfFoldScheme(recipe.folds.scheme) : kFoldsOfLabels;
   stored.groups = folds.groups;
   stored.repeats = folds.Repeats();
   stored.seed = recipe.folds.seed;

@@ -476,6 +476,11 @@ TEST(ModelFile, IsRefusedWithAJudgementThatCannotBe) {
   const std::string damaged = "m is damaged: its parts do not fit together";
   EXPECT_EQ(refusal([](StoredPLS*, Stored*) {}), "");
   EXPECT_EQ(refusal([](StoredPLS*, Stored* of) { of->groups = 1; }), damaged);
+  EXPECT_EQ(refusal([](StoredPLS*, Stored* of) { of->folds = "blocks"; }), "");
+  EXPECT_EQ(refusal([](StoredPLS*, Stored* of) { of->folds = "group-column"; }), "");
+  EXPECT_EQ(refusal([](StoredPLS*, Stored* of) { of->folds = "\x1b[2J"; }), damaged);
+  EXPECT_EQ(refusal([](StoredPLS*, Stored* of) { of->rule = "at will"; }), damaged);
+  EXPECT_EQ(refusal([](StoredPLS*, Stored* of) { of->chosen = -5; }), damaged);
   EXPECT_EQ(refusal([](StoredPLS*, Stored* of) { of->components.clear(); }), damaged);
   EXPECT_EQ(refusal([](StoredPLS*, Stored* of) { of->components[1].rmsecv.pop_back(); }), damaged);
   EXPECT_EQ(refusal([](StoredPLS*, Stored* of) { of->components[1].components = -1; }), damaged);

@@ -17,7 +17,6 @@ namespace {
 constexpr int kErrorDigits = 5;
 constexpr int kPDigits = 3;
 constexpr int kDigits = 4;  ///< of what was compared
-constexpr auto kOfLabels = "group-column";  ///< how folds by labels are called
 using Align = TextTable::Align;
 
 std::string MarkOf(const RefittedModels& models, std::size_t model) {
@@ -296,7 +295,7 @@ Json RefitJson(const RefittedModels& models, int chosen) {
 
 Json OtherValidationJson(ValidationMethod method, const ModelInfo& model, int chosen) {
   const bool hasFolds = method != ValidationMethod::None;
-  const std::string folds = model.groupColumn.empty() ? WordOfFoldScheme(FoldScheme::Interleaved) : kOfLabels;
+  const std::string folds = model.groupColumn.empty() ? WordOfFoldScheme(FoldScheme::Interleaved) : kFoldsOfLabels;
   return {{"method", WordOfValidationMethod(method)},
           {"folds", hasFolds ? Json(folds) : Json(nullptr)},
           {"groupColumn", hasFolds ? TextOrNull(model.groupColumn) : Json(nullptr)},

@@ -8,6 +8,9 @@ namespace kalmia::analysis {
 namespace {
 
 constexpr double kMostBytes = 512e6;
+// What is done between two questions whether to stop takes a tenth of a second at most.
+constexpr double kMostRows = 2e5;
+constexpr double kMostProducts = 1e7;  ///< of scores of Y columns, in one round of a component
 constexpr std::size_t kMostYColumns = 32;  ///< beyond them the loop of NIPALS over the tables is faster
 
 }  // namespace
@@ -15,7 +18,7 @@ constexpr std::size_t kMostYColumns = 32;  ///< beyond them the loop of NIPALS o
 bool LaneRounds::Serves(std::size_t rows, std::size_t columns, std::size_t yColumns, int models) {
   const auto n = static_cast<double>(rows), k = static_cast<double>(columns), m = static_cast<double>(yColumns);
   const double vectors = models;
-  return yColumns <= kMostYColumns &&
+  return yColumns <= kMostYColumns && n <= kMostRows && n * m * (m + 1) <= kMostProducts &&
          sizeof(double) * kLanes * (n * (vectors + 2 * m + 4) + k * (3 * vectors + m + 4)) < kMostBytes;
 }
 

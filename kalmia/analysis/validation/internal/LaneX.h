@@ -65,6 +65,8 @@ class LaneX {
   /// 1 of a row that a lane is fitted to; else 0.
   const std::vector<double>& Mask() const { return mask_; }
   /// Sums of squares of the scaled cells of the rows that each lane is fitted to.
+  /// Whether to stop: throws Stopped.
+  void Ask() const { progress_->Ask(); }
   const LaneNumbers& SumsOfSquares() const { return sumsOfSquares_; }
   /// Of the scaled cells of one row.
   double SumOfSquares(std::size_t row, std::size_t lane) const;

@@ -47,7 +47,7 @@ std::vector<std::string> NamesOf(const RoundX& scaled, const std::vector<std::st
 
 LeftOutBlocks JudgeO2PLSRound(const O2PLSRecipe& recipe, const O2PLSNumbers& numbers, const RoundBlock& x,
                               const RoundBlock& y, WorkProgress* progress) {
-  RoundX scaledX(x.names, x.fitted, recipe.scaling), scaledY(y.names, y.fitted, recipe.scaling);
+  RoundX scaledX(x.names, x.fitted, recipe.scaling, progress), scaledY(y.names, y.fitted, recipe.scaling, progress);
   LeftOutBlocks result{false, MeansOf(x, scaledX), MeansOf(y, scaledY)};
   progress->Ask();
   if (!AreEnough(numbers, RowCount(x.fitted), scaledX, scaledY)) return result;

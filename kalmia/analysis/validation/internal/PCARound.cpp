@@ -33,7 +33,7 @@ std::vector<double> SumOf(const std::vector<std::vector<double>>& parts, std::si
 
 PCARound::PCARound(const std::vector<std::string>& names, const RealColumns& x, NCScale::Scaling scaling, int most,
                    int columnGroups, WorkProgress* progress)
-    : x_(names, x, scaling) {
+    : x_(names, x, scaling, progress) {
   const ColumnFolds folds = MakeColumnFolds(names.size(), columnGroups);
   groups_ = static_cast<std::size_t>(folds.groups);
   for (const std::size_t place : x_.Places()) {

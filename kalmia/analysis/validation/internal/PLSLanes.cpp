@@ -27,6 +27,8 @@ std::vector<std::vector<std::size_t>> FittedRows(const std::vector<LaneRound>& r
   return fitted;
 }
 
+constexpr std::size_t kRowsBetweenQuestions = 64;  ///< whether to stop
+
 /// Adds vector[k] factor of one lane to sums[k].
 void AddColumnOfLane(const std::vector<double>& vector, const LaneNumbers& factor, std::size_t lane,
                      std::vector<double>* sums) {
@@ -93,6 +95,7 @@ void PLSLanes::TakeY(std::size_t l) {
   lane.leftX = x_.SumsOfSquares()[l];
   lane.leftOutSquares = RealMatrix(round.leftOut.size(), static_cast<std::size_t>(lane.lastModel) + 1);
   for (std::size_t i = 0; i < round.leftOut.size(); ++i) {
+    if (i % kRowsBetweenQuestions == 0) x_.Ask();
     lane.leftOutSquares(i, 0) = x_.SumOfSquares(round.leftOut[i], l);
   }
 }
@@ -150,6 +153,7 @@ void PLSLanes::NextComponent() {
   if (isSmall) Renew();
   for (std::size_t l = 0; l < lanes_.size(); ++l) {
     lanes_[l].g.assign(yColumns_, 0.0);
+    x_.Ask();
     if (IsActive(l)) Iterate(l);
   }
   FormScores();

@@ -24,6 +24,7 @@ namespace kalmia::analysis {
 namespace {
 
 /// Cells of Y that a task has: so many lie in a core's own cache, and are done before anybody waits for the end.
+constexpr double kMostBytesOfX = 512e6;  ///< of the cells of all rounds of a table with holes
 constexpr std::size_t kCellsOfATask = 32768;
 constexpr std::size_t kFewestRunsOfATask = 4;
 constexpr std::size_t kMostRunsOfATask = 64;
@@ -246,11 +247,10 @@ class Permutations {
 
   void RunInTurn() {
     const std::vector<Round> rounds = Rounds();
-    std::vector<SplitX> xOfRounds;
-    for (const Round& round : rounds) {
-      xOfRounds.push_back(source_->Split(round.fitted, round.leftOut, work_.SilentBar()));
-    }
-    const RoundModel whole = ModelOf(rounds.back(), xOfRounds.back(), data_.measuredY);
+    const double cells = static_cast<double>(data_.xNames.size()) * static_cast<double>(y_.rows);
+    keepsX_ = static_cast<double>(rounds.size() * sizeof(double)) * cells <= kMostBytesOfX;
+    xOfRounds_.resize(keepsX_ ? rounds.size() : 1);
+    const RoundModel whole = ModelOf(rounds.back(), XOf(rounds, rounds.size() - 1), data_.measuredY);
     if (whole.Series() != nullptr) refits_.family->LearnBlock(whole.Series()->Block());
     RandomDraws draws = starts_.front();
     for (std::size_t run = 0; run < RunCount(); ++run) {
@@ -258,15 +258,22 @@ class Permutations {
       const std::vector<std::size_t> sources = run == 0 ? AllRows() : NextOrder(&draws);
       runFigures_.push_back({CorrelationOf(run)});
       try {
-        JudgeRun(rounds, xOfRounds, sources, &runFigures_.back());
+        JudgeRun(rounds, sources, &runFigures_.back());
       } catch (const BadData&) {
         if (run == 0) throw;  // otherwise a round of this order has no value of some column
       }
     }
   }
 
-  void JudgeRun(const std::vector<Round>& rounds, const std::vector<SplitX>& xOfRounds,
-                const std::vector<std::size_t>& sources, PermutationRun* figures) {
+  /// X of a round: kept from run to run where there is room for that of all rounds, or else formed anew.
+  const SplitX& XOf(const std::vector<Round>& rounds, std::size_t g) {
+    std::optional<SplitX>& x = xOfRounds_[keepsX_ ? g : 0];
+    if (!keepsX_) x.reset();
+    if (!x) x = source_->Split(rounds[g].fitted, rounds[g].leftOut, work_.SilentBar());
+    return *x;
+  }
+
+  void JudgeRun(const std::vector<Round>& rounds, const std::vector<std::size_t>& sources, PermutationRun* figures) {
     const RealColumns y = RowsOfColumns(data_.measuredY, sources);
     const RealMatrix none(y_.rows, y_.columns, kNotANumber);
     const std::size_t ofRepeat = static_cast<std::size_t>(folds_.groups);
@@ -274,19 +281,21 @@ class Permutations {
     const RealMatrix measured = MatrixOfColumns(y);
     int found = 0;
     for (std::size_t g = 0; g + 1 < rounds.size(); ++g) {
-      const RoundModel model = ModelOf(rounds[g], xOfRounds[g], y);
-      const LeftOutRows leftOut = model.Predict(xOfRounds[g].leftOut, &work_);
+      const SplitX& x = XOf(rounds, g);
+      const RoundModel model = ModelOf(rounds[g], x, y);
+      const LeftOutRows leftOut = model.Predict(x.leftOut, &work_);
       TakeEnds(leftOut, rounds[g].leftOut, &predictions[g / ofRepeat]);
       if (!data_.classes) continue;
       found += RowsFound(RowsOf(measured, rounds[g].fitted),
-                         model.Predict(xOfRounds[g].fitted, &work_).predicted.back(),
+                         model.Predict(x.fitted, &work_).predicted.back(),
                          RowsOf(measured, rounds[g].leftOut), leftOut.predicted.back());
     }
     figures->accuracy = AccuracyOf(found);
     figures->q2 = JudgeLeftOutRows(measured, predictions).q2.back();
-    const RoundModel whole = ModelOf(rounds.back(), xOfRounds.back(), y);
+    const SplitX& all = XOf(rounds, rounds.size() - 1);
+    const RoundModel whole = ModelOf(rounds.back(), all, y);
     std::vector<RealMatrix> fitted(2, none);
-    TakeEnds(whole.Predict(xOfRounds.back().fitted, &work_), rounds.back().fitted, &fitted);
+    TakeEnds(whole.Predict(all.fitted, &work_), rounds.back().fitted, &fitted);
     figures->r2 = JudgeLeftOutRows(measured, {fitted}).q2.back();
   }
 
@@ -312,6 +321,8 @@ class Permutations {
   mutable WorkProgress work_;
   ModelData data_;
   std::optional<SourceX> source_;
+  std::vector<std::optional<SplitX>> xOfRounds_;  ///< of tables with holes; of the newest round alone if there is no room
+  bool keepsX_ = true;
   RealMatrix y_;
   std::vector<double> deviations_;  ///< s_j
   bool byGroups_ = false;

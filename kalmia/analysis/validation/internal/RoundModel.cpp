@@ -14,7 +14,7 @@ namespace kalmia::analysis {
 RoundModel::RoundModel(const SeriesFamily& family, const std::vector<std::string>& xNames, const RealColumns& x,
                        const std::vector<std::string>& yNames, const RealColumns& y, NCScale::Scaling scaling,
                        SeriesLimits limits, WorkProgress* progress)
-    : x_(xNames, x, scaling), importanceKinds_(family.Importances()) {
+    : x_(xNames, x, scaling, progress), importanceKinds_(family.Importances()) {
   NCDataMatrix<float> singleY = TakeY(yNames, y);
   progress->Ask();
   limits.components = std::min({limits.components, RowCount(y) - 1, x_.Columns()});

@@ -33,7 +33,8 @@ SingleColumn Single(const std::vector<double>& cells, bool isCentred) {
 
 }  // namespace
 
-RoundX::RoundX(const std::vector<std::string>& names, const RealColumns& fitted, NCScale::Scaling scaling) {
+RoundX::RoundX(const std::vector<std::string>& names, const RealColumns& fitted, NCScale::Scaling scaling,
+               WorkProgress* progress) {
   std::vector<SingleColumn> columns(fitted.size());
   const auto take = [&](std::size_t part) {
     const std::size_t end = std::min(fitted.size(), (part + 1) * kColumnsOfAPart);
@@ -41,7 +42,7 @@ RoundX::RoundX(const std::vector<std::string>& names, const RealColumns& fitted,
   };
   const std::size_t parts = (fitted.size() + kColumnsOfAPart - 1) / kColumnsOfAPart;
   if (fitted.size() * static_cast<std::size_t>(RowCount(fitted)) >= kCellsForThreads) {
-    ShareWork(parts, [](double) {}, take);
+    ShareWork(parts, [progress](double) { progress->Ask(); }, take);
   } else {
     for (std::size_t part = 0; part < parts; ++part) take(part);
   }
@@ -58,7 +59,9 @@ RoundX::RoundX(const std::vector<std::string>& names, const RealColumns& fitted,
     taken.push_back(std::move(columns[k].cells));
   }
   if (Empty()) return;
+  progress->Ask();
   fitted_ = MatrixOf(taken, RowCount(fitted));
+  progress->Ask();
   scaling_ = ScaleColumns(scaling, takenNames, &fitted_, shifts_);
 }
 

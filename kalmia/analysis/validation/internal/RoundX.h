@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "kalmia/analysis/steps/Scaling.h"
+#include "kalmia/analysis/text/WorkProgress.h"
 #include "kalmia/analysis/validation/internal/SourceX.h"
 #include "kalmia/containers/NCDataMatrix.h"
 
@@ -14,8 +15,9 @@ namespace kalmia::analysis {
 /// A column without two different cells in them has no say, and is none of the columns below.
 class RoundX {
  public:
-  /// Throws BadData where a column cannot be scaled.
-  RoundX(const std::vector<std::string>& names, const RealColumns& fitted, NCScale::Scaling scaling);
+  /// Throws BadData where a column cannot be scaled, Stopped.
+  RoundX(const std::vector<std::string>& names, const RealColumns& fitted, NCScale::Scaling scaling,
+         WorkProgress* progress);
 
   bool Empty() const { return places_.empty(); }
   int Columns() const { return static_cast<int>(places_.size()); }

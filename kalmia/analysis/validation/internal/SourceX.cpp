@@ -4,10 +4,13 @@
 #include <numeric>
 
 #include "kalmia/analysis/table/TableColumns.h"
+#include "kalmia/analysis/text/WorkProgress.h"
 
 namespace kalmia::analysis {
 
 namespace {
+
+constexpr std::size_t kColumnsBetweenQuestions = 32;  ///< whether to stop
 
 RealColumns ColumnsOf(const CellRows& cells, const std::vector<int>& places) {
   RealColumns columns;
@@ -28,10 +31,11 @@ bool LearnsAnew(const FitRecipe& recipe) {
   return std::any_of(recipe.steps->steps.begin(), recipe.steps->steps.end(), LearnsOfRows);
 }
 
-RealColumns RowsOfColumns(const RealColumns& columns, const std::vector<std::size_t>& rows) {
+RealColumns RowsOfColumns(const RealColumns& columns, const std::vector<std::size_t>& rows, NCProgress* progress) {
   RealColumns taken;
   taken.reserve(columns.size());
   for (const std::vector<double>& column : columns) {
+    if (taken.size() % kColumnsBetweenQuestions == 0) WorkProgress(progress).Ask();
     std::vector<double> cells(rows.size());
     for (std::size_t i = 0; i < rows.size(); ++i) cells[i] = column[rows[i]];
     taken.push_back(std::move(cells));
@@ -72,7 +76,9 @@ Signals SourceX::SignalsOf(const std::vector<std::size_t>& rows) const {
 
 SplitX SourceX::Split(const std::vector<std::size_t>& fitted, const std::vector<std::size_t>& leftOut,
                       NCProgress* progress) const {
-  if (steps_.empty()) return {names_, RowsOfColumns(columns_, fitted), RowsOfColumns(columns_, leftOut)};
+  if (steps_.empty()) {
+    return {names_, RowsOfColumns(columns_, fitted, progress), RowsOfColumns(columns_, leftOut, progress)};
+  }
   Notes ofAllRounds;  // what the steps say of columns they say of the whole table too
   Signals fittedSignals = SignalsOf(fitted);
   const StepChain chain = LearnChain(steps_, &fittedSignals, &ofAllRounds, progress);

@@ -15,8 +15,9 @@ namespace kalmia::analysis {
 /// Columns of cells in the units of the table; a hole is NaN.
 using RealColumns = std::vector<std::vector<double>>;
 
-/// The cells of some rows, from 0, of each column.
-RealColumns RowsOfColumns(const RealColumns& columns, const std::vector<std::size_t>& rows);
+/// The cells of some rows, from 0, of each column. `progress` may be null.
+RealColumns RowsOfColumns(const RealColumns& columns, const std::vector<std::size_t>& rows,
+                          NCProgress* progress = nullptr);
 
 /// Whether models of other rows would take other steps.
 bool LearnsAnew(const FitRecipe& recipe);
