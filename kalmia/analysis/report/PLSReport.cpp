@@ -8,6 +8,7 @@
 #include "kalmia/analysis/report/internal/FitReport.h"
 #include "kalmia/analysis/report/internal/NamedComponents.h"
 #include "kalmia/analysis/report/internal/RowReport.h"
+#include "kalmia/analysis/report/internal/StoredValidationReport.h"
 #include "kalmia/analysis/report/internal/ValidationReport.h"
 #include "kalmia/analysis/steps/Scaling.h"
 #include "kalmia/analysis/table/internal/CsvText.h"
@@ -82,12 +83,8 @@ std::string NothingText(const PLSResult& fit) {
 }
 
 std::string RefittedText(const PLSAnalysis& analysis) {
-  const RefittedModels models = RefittedModelsOf(analysis.fit.model);
-  return RefitText(models) + "\n" + KeptText(analysis.fit.model) + ", " + JudgedText(models) + EndText(analysis.fit) +
-         ChoiceText(models, analysis.validation->choice) + "\n" + QualityText(analysis.fit.model) +
-         NestedText(*analysis.validation) +
-         CvAnovaText(analysis.fit.model.yNames, models.validation.cvAnova) + ClassText(analysis.fit.model) +
-         PermutationText(models.validation.permutation);
+  const StoredPLS& model = analysis.fit.model;
+  return RefittedYText(RefittedModelsOf(model), model, *analysis.validation, KeptText(model), EndText(analysis.fit));
 }
 
 std::string UnrefittedText(const PLSAnalysis& analysis) {

@@ -70,12 +70,6 @@ std::string RowText(const RowContributions& row, const std::vector<std::string>&
   return heading + of + "\n\n" + table.Text() + SumsText(row);
 }
 
-Json NumbersJson(const std::vector<double>& numbers) {
-  Json list = Json::array();
-  for (const double number : numbers) list.push_back(JsonNumber(number));
-  return list;
-}
-
 }  // namespace
 
 std::string ContributionText(const std::vector<RowContributions>& rows, const std::vector<std::string>& columns) {
@@ -88,7 +82,7 @@ Json ContributionJson(const std::vector<RowContributions>& rows) {
   Json list = Json::array();
   for (const RowContributions& row : rows) {
     list.push_back(
-        {{"row", row.row}, {"t2", NumbersJson(row.t2Parts)}, {"residual", NumbersJson(row.residuals)}});
+        {{"row", row.row}, {"t2", JsonNumbers(row.t2Parts)}, {"residual", JsonNumbers(row.residuals)}});
   }
   return list;
 }

@@ -5,7 +5,7 @@
 
 #include "kalmia/analysis/report/internal/ClassReport.h"
 #include "kalmia/analysis/report/internal/FitCsv.h"
-#include "kalmia/analysis/report/internal/ValidationReport.h"
+#include "kalmia/analysis/report/internal/FitReport.h"
 #include "kalmia/analysis/text/DisplayText.h"
 #include "kalmia/analysis/validation/JackKnife.h"
 
@@ -33,17 +33,11 @@ std::string TextOf(const Model& model) {
   return Heading(models) + RefitText(models) + (tests.empty() || tests.front() == '\n' ? "" : "\n") + tests;
 }
 
-Json NumbersJson(const std::vector<double>& numbers) {
-  Json list = Json::array();
-  for (const double number : numbers) list.push_back(JsonNumber(number));
-  return list;
-}
-
 Json IntervalsJson(const JackKnifeResult& of) {
-  return {{"standardErrors", NumbersJson(of.standardErrors)},
-          {"lower", NumbersJson(of.lower)},
-          {"upper", NumbersJson(of.upper)},
-          {"p", NumbersJson(of.p)}};
+  return {{"standardErrors", JsonNumbers(of.standardErrors)},
+          {"lower", JsonNumbers(of.lower)},
+          {"upper", JsonNumbers(of.upper)},
+          {"p", JsonNumbers(of.p)}};
 }
 
 std::vector<double> RowOf(const RealMatrix& matrix, std::size_t row) {
@@ -53,7 +47,7 @@ std::vector<double> RowOf(const RealMatrix& matrix, std::size_t row) {
 
 Json ImportanceJson(const StoredImportance& of, int degrees) {
   Json json = IntervalsJson(IntervalsOf(of.vip, of.standardErrors, degrees, kShare, /*least=*/0.0));
-  json["vip"] = NumbersJson(of.vip);
+  json["vip"] = JsonNumbers(of.vip);
   json.erase("p");
   return json;
 }
@@ -88,6 +82,13 @@ void AddJson(const Model& model, Json* json) {
 }
 
 }  // namespace
+
+std::string RefittedYText(const RefittedModels& models, const YModelInfo& model, const RefitValidation& validation,
+                          const std::string& kept, const std::string& end) {
+  return RefitText(models) + "\n" + kept + ", " + JudgedText(models) + end + ChoiceText(models, validation.choice) +
+         "\n" + QualityText(model) + NestedText(validation) + CvAnovaText(model.yNames, models.validation.cvAnova) +
+         ClassText(model) + PermutationText(models.validation.permutation);
+}
 
 std::string StoredValidationText(const StoredPLS& model) { return TextOf(model); }
 

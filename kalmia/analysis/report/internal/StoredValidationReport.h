@@ -3,9 +3,15 @@
 #include <string>
 
 #include "kalmia/analysis/model/StoredModel.h"
+#include "kalmia/analysis/report/internal/ValidationReport.h"
 #include "kalmia/analysis/text/internal/Json.h"
 
 namespace kalmia::analysis {
+
+/// What the report of a fit tells of a model of Y that full refits judged: the table by number of components; in a line
+/// `kept`, what judged it and `end`; what chose it, its quality, and what tests say.
+std::string RefittedYText(const RefittedModels& models, const YModelInfo& model, const RefitValidation& validation,
+                          const std::string& kept, const std::string& end);
 
 // What a stored model carries of its validation by full refits, as the report of its fit told it. Nothing of a filter.
 

@@ -12,6 +12,12 @@ Json JsonHeader(const std::string& format, int version) {
 
 Json JsonNumber(double value) { return std::isfinite(value) ? Json(value) : Json(nullptr); }
 
+Json JsonNumbers(const std::vector<double>& values) {
+  Json list = Json::array();
+  for (const double value : values) list.push_back(JsonNumber(value));
+  return list;
+}
+
 Json TextOrNull(const std::string& text) { return text.empty() ? Json(nullptr) : Json(text); }
 
 std::string JsonText(const Json& json) {

@@ -2,6 +2,7 @@
 
 #include <nlohmann/json.hpp>
 #include <string>
+#include <vector>
 
 namespace kalmia::analysis {
 
@@ -18,6 +19,8 @@ Json JsonHeader(const std::string& format, int version = kJsonVersion);
 
 /// The number, or null for what is no finite number.
 Json JsonNumber(double value);
+/// A list of such.
+Json JsonNumbers(const std::vector<double>& values);
 
 /// The text, or null where it is empty.
 Json TextOrNull(const std::string& text);
