@@ -283,11 +283,11 @@ class Permutations {
     for (std::size_t g = 0; g + 1 < rounds.size(); ++g) {
       const SplitX& x = XOf(rounds, g);
       const RoundModel model = ModelOf(rounds[g], x, y);
-      const LeftOutRows leftOut = model.Predict(x.leftOut, &work_);
+      const LeftOutRows leftOut = model.Predict(x.leftOut, &work_, refits_.model);
       TakeEnds(leftOut, rounds[g].leftOut, &predictions[g / ofRepeat]);
       if (!data_.classes) continue;
       found += RowsFound(RowsOf(measured, rounds[g].fitted),
-                         model.Predict(x.fitted, &work_).predicted.back(),
+                         model.Predict(x.fitted, &work_, refits_.model).predicted.back(),
                          RowsOf(measured, rounds[g].leftOut), leftOut.predicted.back());
     }
     figures->accuracy = AccuracyOf(found);
@@ -295,7 +295,7 @@ class Permutations {
     const SplitX& all = XOf(rounds, rounds.size() - 1);
     const RoundModel whole = ModelOf(rounds.back(), all, y);
     std::vector<RealMatrix> fitted(2, none);
-    TakeEnds(whole.Predict(all.fitted, &work_), rounds.back().fitted, &fitted);
+    TakeEnds(whole.Predict(all.fitted, &work_, refits_.model), rounds.back().fitted, &fitted);
     figures->r2 = JudgeLeftOutRows(measured, {fitted}).q2.back();
   }
 
