@@ -6,7 +6,8 @@
     /usr/bin/python3 bench/peers/compare.py build/bench/bench/peers/kalmia_side
 
 Each round runs every package once, so that a machine that slows down slows all of them; the table shows medians over
-the rounds and the ratio of Kalmia's to each of the others'. All packages centre the table and form the coefficients.
+the rounds and the ratio of Kalmia's to each of the others'. All packages centre the table and form the coefficients;
+of "refit" they scale it too, anew in each group, and only scikit-learn takes part, for one number of components.
 """
 import argparse
 import os
@@ -20,6 +21,8 @@ import numpy
 import sklearn
 from sklearn.cross_decomposition import PLSRegression
 from sklearn.model_selection import PredefinedSplit, cross_val_predict
+from sklearn.pipeline import make_pipeline
+from sklearn.preprocessing import StandardScaler
 
 HERE = os.path.dirname(os.path.abspath(__file__))
 CASES = [  # task, rows, columns, Y columns
@@ -27,8 +30,12 @@ CASES = [  # task, rows, columns, Y columns
     ("fit", 1000, 5000, 6),
     ("crossvalidate", 60, 401, 1),
     ("crossvalidate", 1000, 5000, 1),
+    ("refit", 60, 401, 1),
+    ("refit", 60, 401, 6),
+    ("refit", 1000, 5000, 1),
+    ("refit", 1000, 5000, 6),
 ]
-COMPONENTS = 5
+COMPONENTS = {"fit": 5, "crossvalidate": 5, "refit": 10}
 LIMIT = "0.5"  # seconds for which each side repeats a task, twice at least; the best run counts: the first ones pay for
 #                page faults and sleeping threads
 
@@ -57,7 +64,9 @@ def sklearn_seconds(task, x, y):
 
 
 def sklearn_run(task, x, y):
-    model = PLSRegression(n_components=COMPONENTS, scale=False)
+    model = PLSRegression(n_components=COMPONENTS[task], scale=False)
+    if task == "refit":
+        model = make_pipeline(StandardScaler(), model)
     begin = time.perf_counter()
     if task == "fit":
         model.fit(x, y)
@@ -70,7 +79,7 @@ def main():
     parser = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
     parser.add_argument("kalmia_side")
     parser.add_argument("--rounds", type=int, default=5)
-    parser.add_argument("--case", type=int, choices=range(len(CASES)), help="this one alone")
+    parser.add_argument("--case", type=int, nargs="+", choices=range(len(CASES)), help="these alone")
     options = parser.parse_args()
 
     r_versions = subprocess.run(["Rscript", f"{HERE}/r_side.R", "versions"], check=True, capture_output=True, text=True)
@@ -78,25 +87,27 @@ def main():
     blas = sorted({os.path.realpath(path) for path in loaded if "/libopenblas" in path or "/libblas" in path})
     print(f"{r_versions.stdout.strip()}; scikit-learn {sklearn.__version__}, NumPy {numpy.__version__}, "
           f"BLAS {', '.join(blas) or 'unknown'}; {os.cpu_count()} processors; "
-          f"{COMPONENTS} components, medians of {options.rounds} rounds\n")
-    print("| task | X | Y | Kalmia, ms | / scikit-learn | / R oscorespls | / R kernelpls |")
-    print("|---|---|---|---|---|---|---|")
-    for task, rows, columns, ys in CASES if options.case is None else [CASES[options.case]]:
+          f"medians of {options.rounds} rounds\n")
+    print("| task | components | X | Y | Kalmia, ms | / scikit-learn | / R oscorespls | / R kernelpls |")
+    print("|---|---|---|---|---|---|---|---|")
+    for task, rows, columns, ys in CASES if options.case is None else [CASES[case] for case in options.case]:
         x, y = make_table(rows, columns, ys)
         x64, y64 = x.astype(float), y.astype(float)
         with tempfile.NamedTemporaryFile() as file:
             file.write(x.tobytes() + y.tobytes())
             file.flush()
-            shape = [file.name, str(rows), str(columns), str(ys), task, str(COMPONENTS)]
-            times = {"kalmia": [], "sklearn": [], "oscorespls": [], "kernelpls": []}
+            shape = [file.name, str(rows), str(columns), str(ys), task, str(COMPONENTS[task])]
+            methods = [] if task == "refit" else ["oscorespls", "kernelpls"]
+            times = {name: [] for name in ["kalmia", "sklearn", *methods]}
             for _ in range(options.rounds):
                 times["kalmia"].append(seconds_of([options.kalmia_side, *shape, LIMIT]))
                 times["sklearn"].append(sklearn_seconds(task, x64, y64))
-                for method in ("oscorespls", "kernelpls"):
+                for method in methods:
                     times[method].append(seconds_of(["Rscript", f"{HERE}/r_side.R", *shape, LIMIT, method]))
         median = {name: statistics.median(values) for name, values in times.items()}
-        ratios = " | ".join(f"{median['kalmia'] / median[name]:.3f}" for name in ("sklearn", "oscorespls", "kernelpls"))
-        print(f"| {task} | {rows} x {columns} | {ys} | {1000 * median['kalmia']:.2f} | {ratios} |")
+        ratios = " | ".join(f"{median['kalmia'] / median[name]:.3f}" if name in median else "-"
+                            for name in ("sklearn", "oscorespls", "kernelpls"))
+        print(f"| {task} | {COMPONENTS[task]} | {rows} x {columns} | {ys} | {1000 * median['kalmia']:.2f} | {ratios} |")
         sys.stdout.flush()
 
 
