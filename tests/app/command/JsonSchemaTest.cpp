@@ -6,6 +6,8 @@
 
 #include "CommandRun.h"
 #include "TestTables.h"
+#include "figure/FigureExamples.h"
+#include "kalmia/analysis/figure/FigureJson.h"
 
 namespace {
 
@@ -66,7 +68,7 @@ class Validator {
         if (known) Check(field, schema["properties"][name], path + "/" + name);
       }
     }
-    if (schema.contains("items")) {
+    if (schema.contains("items") && value.is_array()) {
       for (std::size_t i = 0; i < value.size(); ++i) Check(value[i], schema["items"], path + "/" + std::to_string(i));
     }
   }
@@ -240,6 +242,19 @@ TEST(JsonSchema, HoldsForPreprocessingAndForModelsWithIt) {
   const json info = RunKalmia({"info", model, "--json"}).Json();
   ExpectValid("kalmia-info", info);
   EXPECT_EQ(info["preprocessing"].size(), 2U);
+}
+
+TEST(JsonSchema, HoldsForFiguresOfEveryKind) {
+  using namespace kalmia::analysis;
+  for (const Figure::Kind kind :
+       {Figure::Kind::Rows, Figure::Kind::Columns, Figure::Kind::Components, Figure::Kind::Other}) {
+    Figure figure = FigureOfAllMarks();
+    figure.kind = kind;
+    figure.panels[0].x.ticks = {{1.5, "one and a half"}};
+    figure.panels[0].x.whole = true;
+    ExpectValid("kalmia-figure", json::parse(FigureJson({figure, figure})));
+  }
+  ExpectValid("kalmia-figure", json::parse(FigureJson({})));
 }
 
 TEST(JsonSchema, NoticesAFieldThatIsWrongMissingOrUnknown) {

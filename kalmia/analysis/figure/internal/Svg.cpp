@@ -42,6 +42,63 @@ constexpr const char* kClusterColours[] = {"#1f5a8c", "#c8502d", "#2f7d32", "#8a
                                            "#9a7406", "#12808a", "#a8325f", "#5c5c2a"};
 constexpr int kColours = std::size(kClusterColours);
 
+/// Colours of classes, which the colour-blind tell apart: M. Okabe, K. Ito, Color universal design (2008).
+constexpr const char* kClassColours[] = {"#0072b2", "#d55e00", "#009e73", "#cc79a7",
+                                         "#e69f00", "#56b4e9", "#000000", "#f0e442"};
+constexpr const char* kClassDashes[] = {"none", "7 3", "2 2", "9 3 2 3", "4 2", "12 4", "1 3", "6 2 1 2 1 2"};
+constexpr int kClassColourCount = std::size(kClassColours);
+
+constexpr auto kFigureStyle = R"(<style>
+.second-data { stroke: #d55e00; stroke-width: 1.2; stroke-dasharray: 5 3; stroke-linejoin: round; fill: none; }
+.second-point { fill: #fff; stroke: #d55e00; stroke-width: 1.3; }
+.run { stroke: #b3261e; stroke-width: 1.5; fill: none; }
+.faint-line { stroke: #b4b4b4; stroke-width: 1; stroke-linejoin: round; fill: none; }
+.plain { stroke: #444; stroke-width: 1; fill: none; }
+.band { fill: #1f5a8c; fill-opacity: 0.18; }
+.cell { fill: #0072b2; }
+.second-bar { fill: #fff; stroke: #d55e00; stroke-width: 1; }
+.faint-bar { fill: #ededed; stroke: #8a8a8a; stroke-width: 0.8; }
+.signal-bar { fill: #e39b96; stroke: #b3261e; stroke-width: 0.8; }
+.class-point { stroke: #333; stroke-width: 0.6; }
+.class-line { stroke-width: 1.3; stroke-linejoin: round; fill: none; }
+.class-bar { stroke: #333; stroke-width: 0.6; }
+)";
+
+/// A colour for points, lines and bars, and the dashes of lines.
+std::string ClassStyle() {
+  std::string style = kFigureStyle;
+  for (int k = 0; k < kClassColourCount; ++k) {
+    const std::string number = std::to_string(k), colour = kClassColours[k];
+    style += ".class-point.c" + number + ", .class-bar.c" + number + " { fill: " + colour + "; } .class-line.c" +
+             number + " { stroke: " + colour + "; } .d" + number + " { stroke-dasharray: " + kClassDashes[k] + "; }\n";
+  }
+  return style + "</style>\n";
+}
+
+/// The shape of a class: neighbours in a round of colours have different ones, and the next round is shifted.
+int ShapeOf(int number) { return (number + number / kClassColourCount) % kClassColourCount; }
+
+using Corners = std::vector<std::pair<double, double>>;
+
+/// Corners of the shapes, for a circle of radius 1, of about its area; the first shape is the circle itself.
+const Corners& CornersOf(int shape) {
+  static const std::vector<Corners> kShapes = {
+      {},
+      {{0, -1.35}, {1.2, 0.8}, {-1.2, 0.8}},
+      {{-0.95, -0.95}, {0.95, -0.95}, {0.95, 0.95}, {-0.95, 0.95}},
+      {{0, -1.4}, {1.1, 0}, {0, 1.4}, {-1.1, 0}},
+      {{0, 1.35}, {1.2, -0.8}, {-1.2, -0.8}},
+      {{-0.45, -1.3}, {0.45, -1.3}, {0.45, -0.45}, {1.3, -0.45}, {1.3, 0.45}, {0.45, 0.45}, {0.45, 1.3}, {-0.45, 1.3},
+       {-0.45, 0.45}, {-1.3, 0.45}, {-1.3, -0.45}, {-0.45, -0.45}},
+      {{1.35, 0}, {-0.8, 1.2}, {-0.8, -1.2}},
+      {{-1.35, 0}, {0.8, 1.2}, {0.8, -1.2}}};
+  return kShapes[static_cast<std::size_t>(shape)];
+}
+
+std::string ClassNames(const char* what, int number) {
+  return std::string(what) + " c" + std::to_string(number % kClassColourCount);
+}
+
 std::string ClusterClass(int colour) { return "k" + std::to_string(colour % kColours); }
 
 std::string TreeStyle() {
@@ -73,6 +130,12 @@ const char* ClassOf(Svg::Look look) {
     case Svg::Look::Run: return "run";
     case Svg::Look::Branch: return "branch";
     case Svg::Look::Cut: return "cut";
+    case Svg::Look::FaintLine: return "faint-line";
+    case Svg::Look::Plain: return "plain";
+    case Svg::Look::Band: return "band";
+    case Svg::Look::SecondBar: return "second-bar";
+    case Svg::Look::FaintBar: return "faint-bar";
+    case Svg::Look::SignalBar: return "signal-bar";
     case Svg::Look::Bar: break;
   }
   return "bar";
@@ -151,10 +214,10 @@ std::string Class(const std::string& name) { return " class=\"" + name + "\""; }
 
 }  // namespace
 
-Svg::Svg(double width, double height, const std::string& title)
+Svg::Svg(double width, double height, const std::string& title, const std::string& description)
     : text_("<svg xmlns=\"http://www.w3.org/2000/svg\"" + Attribute("width", width) + Attribute("height", height) +
             " viewBox=\"0 0 " + Number(width) + " " + Number(height) + "\">\n<title>" + XmlText(title) + "</title>\n" +
-            kStyle + "<rect width=\"100%\" height=\"100%\" fill=\"#fff\"/>\n") {}
+            (description.empty() ? "" : "<desc>" + XmlText(description) + "</desc>\n") + kStyle + "<rect width=\"100%\" height=\"100%\" fill=\"#fff\"/>\n") {}
 
 void Svg::AddChartStyle() { text_ += kChartStyle; }
 
@@ -171,13 +234,49 @@ void Svg::AddLine(double x1, double y1, double x2, double y2, const std::string&
            Class(name) + "/>\n";
 }
 
+void Svg::AddFigureStyle() { text_ += ClassStyle(); }
+
+void Svg::AddPoints(const char* element, const Points& points, const std::string& name) {
+  text_ += std::string("<") + element + " points=\"";
+  for (const auto& [x, y] : points) text_ += Number(x) + "," + Number(y) + " ";
+  text_.back() = '"';
+  text_ += Class(name) + "/>\n";
+}
+
 void Svg::Polyline(const Points& points, Look look) {
   if (points.empty()) return;
-  text_ += "<polyline points=\"";
-  for (const auto& [x, y] : points) text_ += Number(x) + "," + Number(y) + " ";
-  if (points.size() == 1) text_ += Number(points[0].first) + "," + Number(points[0].second) + " ";  // a round cap
-  text_.back() = '"';
-  text_ += Class(ClassOf(look)) + "/>\n";
+  const bool isDot = points.size() == 1;  // drawn by its round caps
+  AddPoints("polyline", isDot ? Points{points[0], points[0]} : points, ClassOf(look));
+}
+
+void Svg::Polygon(const Points& points, Look look) {
+  if (!points.empty()) AddPoints("polygon", points, ClassOf(look));
+}
+
+void Svg::Cell(double x, double y, double width, double height, double shade) {
+  text_ += "<rect" + Attribute("x", x) + Attribute("y", y) + Attribute("width", width) + Attribute("height", height) +
+           Attribute("fill-opacity", shade) + Class("cell") + "/>\n";
+}
+
+void Svg::ClassPoint(double x, double y, double radius, int number) {
+  const std::string name = ClassNames("class-point", number);
+  const Corners& corners = CornersOf(ShapeOf(number));
+  if (corners.empty()) {
+    text_ += "<circle" + Attribute("cx", x) + Attribute("cy", y) + Attribute("r", radius) + Class(name) + "/>\n";
+    return;
+  }
+  Points points;
+  for (const auto& [dx, dy] : corners) points.emplace_back(x + radius * dx, y + radius * dy);
+  AddPoints("polygon", points, name);
+}
+
+void Svg::ClassPolyline(const Points& points, int number) {
+  if (points.empty()) return;
+  AddPoints("polyline", points, ClassNames("class-line", number) + " d" + std::to_string(ShapeOf(number)));
+}
+
+void Svg::ClassBar(double x, double y, double width, double height, int number) {
+  AddRectangle(x, y, width, height, ClassNames("class-bar", number));
 }
 
 void Svg::Circle(double x, double y, double radius, Look look) {

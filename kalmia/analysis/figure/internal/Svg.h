@@ -13,14 +13,15 @@ class Svg {
  public:
   /// What a shape or a text is.
   enum class Look {
-    Grid, Frame, Data, SecondData, Faint, Point, SecondPoint, Centre, Limit, Signal, Run, Bar, Branch, Cut
+    Grid, Frame, Data, SecondData, Faint, Point, SecondPoint, Centre, Limit, Signal, Run, Bar, Branch, Cut,
+    FaintLine, Plain, Band, SecondBar, FaintBar, SignalBar
   };
   enum class Font { Title, Axis, Tick, Label, Mark, Small };
   enum class Anchor { Start, Middle, End };
   using Points = std::vector<std::pair<double, double>>;
 
-  /// Programs that show the file call it `title`.
-  Svg(double width, double height, const std::string& title);
+  /// Programs that show the file call it `title`; who cannot see it is told `description`, if there is one.
+  Svg(double width, double height, const std::string& title, const std::string& description = "");
 
   void Line(double x1, double y1, double x2, double y2, Look look);
   /// The looks of control charts: SecondData, SecondPoint, Run and Mark. Before the first of them.
@@ -30,7 +31,17 @@ class Svg {
   /// In a colour of clusters, from 0. Colours repeat, but neighbouring numbers have different ones.
   void ClusterLine(double x1, double y1, double x2, double y2, int colour);
   void ClusterRectangle(double x, double y, double width, double height, int colour);
+  /// The looks from FaintLine on, cells and classes. Before the first of them.
+  void AddFigureStyle();
   void Polyline(const Points& points, Look look);  ///< of one point: a dot
+  void Polygon(const Points& points, Look look);
+  /// A cell shaded from 0 to 1.
+  void Cell(double x, double y, double width, double height, double shade);
+  // Of classes, from 0: colours that people tell apart who do not see all of them, and shapes and dashes besides.
+  // Colours repeat after 8, pairs of colour and shape after 64.
+  void ClassPoint(double x, double y, double radius, int number);
+  void ClassPolyline(const Points& points, int number);
+  void ClassBar(double x, double y, double width, double height, int number);
   void Circle(double x, double y, double radius, Look look);
   void Rectangle(double x, double y, double width, double height, Look look);
   /// `y` is the line on which the letters stand.
@@ -47,6 +58,7 @@ class Svg {
   std::string File() const { return text_ + "</svg>\n"; }
 
  private:
+  void AddPoints(const char* element, const Points& points, const std::string& name);
   void AddLine(double x1, double y1, double x2, double y2, const std::string& name);
   void AddRectangle(double x, double y, double width, double height, const std::string& name);
 

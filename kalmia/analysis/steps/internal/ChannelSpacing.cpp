@@ -7,6 +7,7 @@
 #include <limits>
 #include <string_view>
 #include <system_error>
+#include <utility>
 
 namespace kalmia::analysis {
 
@@ -131,6 +132,11 @@ std::string Plain(const std::string& name, bool decimalComma) {
 }  // namespace
 
 std::optional<double> ChannelSpacing(std::vector<std::string> names, bool decimalComma) {
+  const std::optional<Channels> channels = ChannelsOf(std::move(names), decimalComma);
+  return channels ? std::optional<double>(channels->spacing) : std::nullopt;
+}
+
+std::optional<Channels> ChannelsOf(std::vector<std::string> names, bool decimalComma) {
   if (names.size() < 2) return std::nullopt;
   for (std::string& name : names) name = Plain(name, decimalComma);
   const int which = NumberThatDiffers(names.front(), names.back());
@@ -139,6 +145,7 @@ std::optional<double> ChannelSpacing(std::vector<std::string> names, bool decima
   if (!first || !last) return std::nullopt;
   const double spacing = (last->number - first->number) / static_cast<double>(names.size() - 1);
   if (!IsFloat(std::fabs(spacing))) return std::nullopt;
+  Channels channels = {spacing, {}, std::string(first->before), std::string(first->behind)};
   int lastPlace = std::numeric_limits<int>::max();
   double farthest = 0.0;
   for (std::size_t i = 0; i < names.size(); ++i) {
@@ -147,9 +154,10 @@ std::optional<double> ChannelSpacing(std::vector<std::string> names, bool decima
     const double expected = first->number + static_cast<double>(i) * spacing;
     farthest = std::max(farthest, std::fabs(name->number - expected));
     lastPlace = std::min(lastPlace, name->lastPlace);
+    channels.numbers.push_back(name->number);
   }
   if (farthest > Tolerance(spacing, lastPlace, names.size())) return std::nullopt;
-  return spacing;
+  return channels;
 }
 
 }  // namespace kalmia::analysis

@@ -16,4 +16,14 @@ namespace kalmia::analysis {
 /// than two, or for a distance that no float can hold.
 std::optional<double> ChannelSpacing(std::vector<std::string> names, bool decimalComma = false);
 
+/// Channels whose names tell a spacing.
+struct Channels {
+  double spacing = 0.0;
+  std::vector<double> numbers;  ///< of each name
+  std::string before, behind;   ///< what all names have around it
+};
+
+/// The same with the numbers in the names.
+std::optional<Channels> ChannelsOf(std::vector<std::string> names, bool decimalComma = false);
+
 }  // namespace kalmia::analysis
