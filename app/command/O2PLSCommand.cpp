@@ -17,9 +17,6 @@ namespace kalmia::app {
 
 namespace {
 
-constexpr auto kXResidualsFile = "x-residuals.csv";
-constexpr auto kYResidualsFile = "y-residuals.csv";
-
 void CheckFiles(const O2PLSOptions& options) {
   std::vector<std::string> names = O2PLSCsvFileNames();
   if (options.columns.residuals) names.insert(names.end(), {kXResidualsFile, kYResidualsFile});
@@ -70,6 +67,7 @@ std::string RunCommand(const O2PLSOptions& options, Notes* notes) {
     files = WriteFitFiles(
         options, [&] { return ModelFileBytes(result.model, options.Parts()); },
         [&] { return FilesOf(options, bar.Get(), &analysis); }, bar.Get());
+    NoteOlderFiles(options, files, notes);
   }
   return options.json ? O2PLSJson(analysis, *notes, files) : O2PLSText(analysis, files);
 }

@@ -52,6 +52,7 @@ std::string RunCommand(const OPLSOptions& options, Notes* notes) {
       },
       bar.Get(),
       {options.saveCv, [&result] { return OPLSCvFileBytes(result.validation); }});
+  NoteOlderFiles(options, files, notes);
   if (!files.csv.empty()) NoteNoDistances(result.model, result.model.Components(), notes);
   return options.json ? OPLSJson(table, analysis, *notes, files, contributions)
                       : OPLSText(analysis, files, contributions);

@@ -78,6 +78,7 @@ std::string RunAnalysis(const Options& options, const FitReport<Analysis>& repor
                                bar.Get());
         },
         bar.Get());
+    NoteOlderFiles(options, files, notes);
     if (!files.csv.empty()) NoteNoDistances(analysis.fit.model, analysis.fit.model.Components(), notes);
   }
   return options.json ? report.json(table, analysis, *notes, files, contributions)

@@ -1,16 +1,37 @@
 #include "app/console/FitFiles.h"
 
+#include <algorithm>
 #include <filesystem>
+#include <set>
+#include <system_error>
 
 #include "app/console/OutputFiles.h"
 #include "app/console/OutputPlaces.h"
 #include "app/console/ReadSteps.h"
+#include "kalmia/analysis/report/O2PLSReport.h"
+#include "kalmia/analysis/report/OPLSReport.h"
+#include "kalmia/analysis/report/PCAReport.h"
+#include "kalmia/analysis/report/PLSReport.h"
+#include "kalmia/analysis/report/ResidualsReport.h"
 #include "kalmia/analysis/text/DisplayText.h"
 #include "kalmia/analysis/text/WorkProgress.h"
 
 namespace kalmia::app {
 
 namespace fs = std::filesystem;
+
+namespace {
+
+/// All that fits may write into the folder of --csv.
+std::set<std::string> EveryCsvName() {
+  std::set<std::string> names = {kResidualsFile, kXResidualsFile, kYResidualsFile};
+  for (auto* const namesOfFamily : {PLSCsvFileNames, PCACsvFileNames, OPLSCsvFileNames, O2PLSCsvFileNames}) {
+    for (const std::string& name : namesOfFamily()) names.insert(name);
+  }
+  return names;
+}
+
+}  // namespace
 
 void CheckFitPlaces(const FitOptions& options, const std::vector<std::string>& csvNames, const std::string& saveCv) {
   std::vector<FilePlace> places = PlacesInCsvFolder(options.csvFolder, csvNames);
@@ -46,6 +67,20 @@ FitFiles WriteFitFiles(const FitOptions& options, const std::function<std::strin
   }
   files.Commit();
   return written;
+}
+
+void NoteOlderFiles(const FitOptions& options, const FitFiles& written, Notes* notes) {
+  if (written.csv.empty()) return;
+  std::vector<std::string> older;
+  for (const std::string& name : EveryCsvName()) {
+    const std::string path = (fs::path(options.csvFolder) / name).string();
+    std::error_code ignored;
+    const bool isWritten = std::find(written.csv.begin(), written.csv.end(), path) != written.csv.end();
+    if (!isWritten && fs::exists(path, ignored)) older.push_back(name);
+  }
+  if (older.empty()) return;
+  notes->Add("the folder " + OneLine(options.csvFolder) + " also holds " + Listed(older) +
+             ", written by an earlier run; " + (older.size() == 1 ? "it does" : "they do") + " not tell of this model");
 }
 
 }  // namespace kalmia::app

@@ -10,6 +10,7 @@
 #include "kalmia/analysis/report/CsvFile.h"
 #include "kalmia/analysis/report/WrittenFiles.h"
 #include "kalmia/analysis/steps/GivenSteps.h"
+#include "kalmia/analysis/text/Notes.h"
 #include "kalmia/support/NCProgress.h"
 
 namespace kalmia::app {
@@ -33,5 +34,9 @@ std::optional<GivenSteps> ReadFitSteps(const FitOptions& options);
 FitFiles WriteFitFiles(const FitOptions& options, const std::function<std::string()>& modelBytes,
                        const std::function<std::vector<CsvFile>()>& csvFiles, NCProgress* progress,
                        const CrossValidationOutput& crossValidation = {});
+
+/// Notes the files in the folder of --csv that are called as a fit of some family calls its own, but were not written
+/// this time: they tell of another model.
+void NoteOlderFiles(const FitOptions& options, const FitFiles& written, Notes* notes);
 
 }  // namespace kalmia::app

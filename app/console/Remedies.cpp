@@ -15,6 +15,7 @@ const char* TextOf(Remedy remedy) {
     case Remedy::GiveMemory: return "; give more --memory";
     case Remedy::GiveMemoryOrFolder: return ": name another folder with --temp, or give more --memory";
     case Remedy::TakeSpreadOfValues: return ": give --sigma-from values";
+    case Remedy::NameClasses: return ": name the column by --classes, in place of --y";
     case Remedy::None: break;
   }
   return "";

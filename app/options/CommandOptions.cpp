@@ -10,6 +10,7 @@
 #include "kalmia/analysis/steps/Scaling.h"
 #include "kalmia/analysis/text/DisplayText.h"
 #include "kalmia/analysis/text/Failure.h"
+#include "kalmia/analysis/text/NearestName.h"
 
 namespace kalmia::app {
 
@@ -55,6 +56,12 @@ std::optional<std::uint64_t> ReadSize(const std::string& text) {
 }
 
 bool IsFlag(const CLI::Option* option) { return option->get_expected_max() == 0; }
+
+/// " (did you mean 'leave-one-out'?)", or nothing.
+std::string HintOf(const std::string& word, const std::vector<std::string>& choices) {
+  const std::string nearest = NearestWord(word, choices);
+  return nearest.empty() ? "" : " (did you mean " + Quoted(nearest) + "?)";
+}
 
 /// "--groups '5'": an option as it came.
 std::string AsGiven(const CLI::Option* option) {
@@ -185,17 +192,15 @@ void CommandOptions::Choice(const std::string& name, const std::string& word, co
 void CommandOptions::RequireChoice(const CLI::Option* option, const std::vector<std::string>& choices) const {
   const std::string& word = option->results().front();
   if (std::find(choices.begin(), choices.end(), word) != choices.end()) return;
-  Refuse(option->get_name() + " takes one of " + Listed(choices) + ", not " + Quoted(word));
+  Refuse(option->get_name() + " takes one of " + Listed(choices) + ", not " + Quoted(word) + HintOf(word, choices));
 }
 
 void CommandOptions::Scaling(const std::string& name, NCScale::Scaling* value, const std::string& help) {
   CLI::Option* option = Add(command_->add_option(name, help), "HOW");
   conversions_.emplace_back([this, option, value] {
     if (option->count() == 0) return;
-    const std::string& word = option->results().front();
-    const std::optional<NCScale::Scaling> scaling = ScalingOfWord(word);
-    if (!scaling) Refuse(option->get_name() + " takes uv, pareto, centre or none, not " + Quoted(word));
-    *value = *scaling;
+    RequireChoice(option, ScalingWords());
+    *value = *ScalingOfWord(option->results().front());
   });
 }
 
@@ -275,7 +280,9 @@ void CommandOptions::CheckRest() const {
   if (rest.empty()) return;
   for (const std::string& word : rest) {
     if (word.size() > 1 && word.front() == '-') {
-      Refuse(Name() + " has no option " + Quoted(word) + "; it takes " + OptionNames());
+      const std::vector<std::string> names = OptionNames();
+      Refuse(Name() + " has no option " + Quoted(word) + HintOf(word.substr(0, word.find('=')), names) +
+             "; it takes " + Listed(names));
     }
   }
   std::vector<std::string> words;
@@ -323,14 +330,14 @@ void CommandOptions::CheckStandardInput() const {
 /// The option of that name, or null.
 CLI::Option* CommandOptions::Find(const std::string& name) const { return command_->get_option_no_throw(name); }
 
-/// "--y, --id and --help".
-std::string CommandOptions::OptionNames() const {
+/// With --help at the end.
+std::vector<std::string> CommandOptions::OptionNames() const {
   std::vector<std::string> names;
   for (const CLI::Option* option : command_->get_options()) {
     if (!option->get_positional() && option != command_->get_help_ptr()) names.push_back(option->get_name());
   }
   names.emplace_back("--help");
-  return Listed(names);
+  return names;
 }
 
 void CommandOptions::Refuse(const std::string& message) const {

@@ -93,7 +93,7 @@ class CommandOptions {
   void CheckFiles() const;
   void CheckCounts() const;
   void CheckStandardInput() const;
-  std::string OptionNames() const;
+  std::vector<std::string> OptionNames() const;
   [[noreturn]] void Refuse(const std::string& message) const;
 
   CLI::App* command_;  ///< owned by the program

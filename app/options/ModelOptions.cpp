@@ -15,6 +15,11 @@ void DeclareSave(CommandOptions* command, const std::string& what, std::string* 
   command->Flag("--no-rows", noRows, "leave names, scores and distances of the rows out of that file");
   command->Flag("--keep-table", keepTable,
                 "put X and Y of the rows and the residuals into that file; left out otherwise");
+  command->Check([=]() -> std::string {
+    if (!save->empty() || (!*noRows && !*keepTable)) return "";
+    return std::string(*noRows ? "--no-rows" : "--keep-table") + " says what a stored " + what +
+           " holds: give --save too";
+  });
 }
 
 /// `files` is what is written of what.

@@ -9,6 +9,7 @@
 #include "app/options/CommandOptions.h"
 #include "kalmia/analysis/text/DisplayText.h"
 #include "kalmia/analysis/text/Failure.h"
+#include "kalmia/analysis/text/NearestName.h"
 #include "kalmia/analysis/text/Version.h"
 
 namespace kalmia::app {
@@ -116,13 +117,14 @@ class Program {
       subcommand.options->TakeValues();
       return subcommand.read();
     }
-    throw BadRequest("kalmia needs one of the commands " + CommandNames() + "; see kalmia --help");
+    throw BadRequest("kalmia needs one of the commands " + Listed(Names()) + "; see kalmia --help");
   }
 
-  std::string CommandNames() const {
+  /// Of the commands.
+  std::vector<std::string> Names() const {
     std::vector<std::string> names;
     for (const Subcommand& subcommand : subcommands_) names.push_back(subcommand.options->Name());
-    return Listed(names);
+    return names;
   }
 
   void CheckFirstWord(int argc, const char* const* argv) const {
@@ -134,8 +136,10 @@ class Program {
     for (const char* option : {"--help", "-h", "--version"}) {
       if (word == option) return;
     }
+    const std::string nearest = NearestWord(word, Names());
     throw BadRequest(std::string(word.rfind('-', 0) == 0 ? "there is no option " : "there is no command ") +
-                     Quoted(word) + "; kalmia takes one of the commands " + CommandNames() +
+                     Quoted(word) + (nearest.empty() ? "" : " (did you mean " + Quoted(nearest) + "?)") +
+                     "; kalmia takes one of the commands " + Listed(Names()) +
                      ", or --help, or --version; see kalmia --help");
   }
 

@@ -100,6 +100,7 @@
 #include "kalmia/analysis/table/TextBuffer.h"
 #include "kalmia/analysis/text/DisplayText.h"
 #include "kalmia/analysis/text/Failure.h"
+#include "kalmia/analysis/text/NearestName.h"
 #include "kalmia/analysis/text/NestedRanges.h"
 #include "kalmia/analysis/text/Notes.h"
 #include "kalmia/analysis/text/Numbers.h"

@@ -120,7 +120,7 @@ class Selection {
   Classes NumberClasses(const std::vector<std::string>& labels) const try {
     return ClassesOf(labels);
   } catch (const BadData& failure) {
-    Refuse(table_, "the texts of column " + Quoted(Name(classColumn_)) + " are no classes: " + failure.what());
+    Refuse(table_, "the values of column " + Quoted(Name(classColumn_)) + " are no classes: " + failure.what());
   }
 
   /// Y is a dummy for each class, whose name it has.
@@ -349,8 +349,7 @@ ModelData SelectData(const Table& table, const YRecipe& recipe, Notes* notes, NC
   if (!classes.empty()) {
     selection.TakeClasses(classes, recipe.classNames);
   } else if (recipe.priors != ClassPriors::Equal) {
-    throw BadRequest("priors are of classes, and Y holds numbers, which are classes only where they are named so",
-                     InSetting("priors"));
+    throw BadRequest("priors are of classes, and Y holds numbers", Remedy::NameClasses, InSetting("priors"));
   }
   return selection.Select();
 }

@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "kalmia/analysis/steps/Scaling.h"
+#include "kalmia/analysis/text/DisplayText.h"
 #include "kalmia/analysis/text/WorkProgress.h"
 #include "kalmia/containers/Missing.h"
 #include "kalmia/o2pls/NCO2PLSPred.h"
@@ -21,7 +22,7 @@ constexpr auto kPredicting = "predicting";  ///< beside the bar
 std::string ReasonFor(const std::string& block, int present, int variables, int component) {
   const std::string have = PresentCellsText(block, present, variables);
   if (present == 0) return have;
-  if (present < component) return have + ", too few for component " + std::to_string(component);
+  if (present < component) return have + ", too few for " + Counted(static_cast<std::size_t>(component), "component");
   return have + ", and they say nothing about component " + std::to_string(component);
 }
 

@@ -11,6 +11,8 @@
 namespace kalmia::analysis {
 
 constexpr auto kResidualsFile = "residuals.csv";
+constexpr auto kXResidualsFile = "x-residuals.csv";  ///< of O2PLS, with the next
+constexpr auto kYResidualsFile = "y-residuals.csv";
 
 /// What a model leaves of X (XResiduals), in scaled units: a line for each row, a column for each of `columnNames`,
 /// empty where a cell is missing.

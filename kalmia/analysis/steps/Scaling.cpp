@@ -179,6 +179,12 @@ std::optional<NCScale::Scaling> ScalingOfWord(const std::string& word) {
   return std::nullopt;
 }
 
+std::vector<std::string> ScalingWords() {
+  std::vector<std::string> words;
+  for (const ScalingName& name : kScalingNames) words.emplace_back(name.word);
+  return words;
+}
+
 std::string ScalingText(NCScale::Scaling scaling) { return NameOf(scaling).text; }
 
 double CentreOf(const ColumnScaling& scaling, int variable) {

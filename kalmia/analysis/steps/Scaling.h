@@ -41,6 +41,9 @@ KALMIA_EXPORT NCScale::Scaling ScalingOfY(NCScale::Scaling scalingOfX);
 KALMIA_EXPORT std::string ScalingWord(NCScale::Scaling scaling);
 KALMIA_EXPORT std::optional<NCScale::Scaling> ScalingOfWord(const std::string& word);
 
+/// uv, pareto, centre and none.
+KALMIA_EXPORT std::vector<std::string> ScalingWords();
+
 /// "scaled to unit variance" and the like, for a reader.
 KALMIA_EXPORT std::string ScalingText(NCScale::Scaling scaling);
 

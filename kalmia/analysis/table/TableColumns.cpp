@@ -4,7 +4,7 @@
 #include "kalmia/analysis/table/internal/Refuse.h"
 #include "kalmia/analysis/text/DisplayText.h"
 #include "kalmia/analysis/text/Failure.h"
-#include "kalmia/analysis/text/internal/NearestName.h"
+#include "kalmia/analysis/text/NearestName.h"
 
 namespace kalmia::analysis {
 

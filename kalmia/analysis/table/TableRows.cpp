@@ -6,7 +6,7 @@
 
 #include "kalmia/analysis/table/internal/Refuse.h"
 #include "kalmia/analysis/text/DisplayText.h"
-#include "kalmia/analysis/text/internal/NearestName.h"
+#include "kalmia/analysis/text/NearestName.h"
 
 namespace kalmia::analysis {
 
@@ -31,8 +31,8 @@ int RequireRow(const Table& table, const std::vector<std::string>& names, const 
                       table.RowPlace(static_cast<int>(again - names.begin())));
   }
   if (const std::optional<int> row = RowOfNumber(table, word)) return *row;
-  Refuse(table, "there is no row " + Quoted(word) + DidYouMean(word, names) + "; the table has " +
-                    Counted(static_cast<std::size_t>(table.Rows()), "row"));
+  Refuse(table, "there is no row " + Quoted(word) + DidYouMean(word, names) +
+                    "; a row is called by its name, or by its number from 1 to " + std::to_string(table.Rows()));
 }
 
 }  // namespace

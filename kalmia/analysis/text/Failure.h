@@ -21,6 +21,7 @@ enum class Remedy {
   GiveMemory,              ///< allow more memory
   GiveMemoryOrFolder,      ///< allow more memory, or name another folder of temporary files
   TakeSpreadOfValues,      ///< take the standard deviation from the values
+  NameClasses,             ///< name the column as one of classes
 };
 
 /// Where in a table or in a recipe something is wrong, as far as that is known.

@@ -1,4 +1,4 @@
-#include "kalmia/analysis/text/internal/NearestName.h"
+#include "kalmia/analysis/text/NearestName.h"
 
 #include <gtest/gtest.h>
 
@@ -30,6 +30,19 @@ TEST(NearestName, PrefersTheNearestAndThenTheFirst) {
   EXPECT_EQ(NearestName("alcohol", {"alcohols", "Alcohol"}), "Alcohol");
   EXPECT_EQ(NearestName("colour", {"colours", "colou"}), "colours");
 }
+
+TEST(NearestWord, KnowsBeginningsInitialsAndAdditions) {
+  const std::vector<std::string> words = {"interleaved", "blocks", "random", "leave-one-out", "pls", "pca"};
+  EXPECT_EQ(NearestWord("loo", words), "leave-one-out");
+  EXPECT_EQ(NearestWord("leave", words), "leave-one-out");
+  EXPECT_EQ(NearestWord("Inter", words), "interleaved");
+  EXPECT_EQ(NearestWord("plsda", words), "pls");
+  EXPECT_EQ(NearestWord("blcoks", words), "blocks") << "a slip of the pen, as of names";
+  EXPECT_EQ(NearestWord("p", words), "");
+  EXPECT_EQ(NearestWord("venetian", words), "");
+}
+
+TEST(NearestWord, IsEmptyForABeginningOfSeveral) { EXPECT_EQ(NearestWord("perm", {"permute", "permit"}), ""); }
 
 TEST(NearestName, IsEmptyWhereThereIsNone) {
   EXPECT_EQ(NearestName("", {"", "a"}), "");

@@ -230,7 +230,7 @@ TEST(ClassValidation, RefusesWhatAreNoClasses) {
             "columns of Y are named, and a column of classes too: only one of them can be");
   EXPECT_EQ(FailureOf<BadRequest>([&] { fit({}, ""); }), "no column of Y is named");
   EXPECT_THAT(FailureOf<BadData>([&] { fit({"name"}, ""); }),
-              Optional(HasSubstr("the texts of column 'name' are no classes: the class 'a' has a single row")));
+              Optional(HasSubstr("the values of column 'name' are no classes: the class 'a' has a single row")));
   EXPECT_THAT(FailureOf<BadData>([&] { fit({}, "d"); }), Optional(HasSubstr("the class 'v' has a single row")));
 }
 

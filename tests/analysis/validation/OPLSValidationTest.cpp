@@ -278,7 +278,7 @@ TEST(OPLSValidation, PredictsNoRowWithFewerCellsThanComponents) {
   const Table table = TextTable(text);
   EXPECT_TRUE(std::isnan(Validate(recipe, table).predicted(3, 0)));
   const auto predicted = PredictRows(Fit(recipe, table).model, Fit(recipe, table).data.x);
-  EXPECT_THAT(predicted[3].reason, HasSubstr("too few for component 3"));
+  EXPECT_THAT(predicted[3].reason, HasSubstr("too few for 3 components"));
   EXPECT_EQ(predicted[4].reason, "");
 }
 

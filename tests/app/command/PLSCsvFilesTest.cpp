@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <filesystem>
 #include <numeric>
 
 #include "CommandRun.h"
@@ -14,6 +15,8 @@ namespace {
 
 using kalmia::analysis::Table;
 using ::testing::ElementsAre;
+using ::testing::HasSubstr;
+using ::testing::Not;
 
 /// Float cells have relative steps of 6e-8; a prediction adds a few dozen terms of the size of the answer.
 constexpr double kFloatTolerance = 1e-5;
@@ -49,6 +52,19 @@ const std::vector<std::string> kXNames = {"x1", "x2", "x3", "x4", "x5", "x6"};
 
 WrittenFit ThreeComponents(const std::string& table, const std::string& scale) {
   return {table, {"--y", "y", "--id", "name", "--components", "3", "--scale", scale}};
+}
+
+TEST(PLSCsv, NotesFilesOfEarlierRunsInItsFolder) {
+  const ScratchFolder folder;
+  const std::string table = folder.Write("t.csv", LinearTable(20, 6, 1)), csv = folder.Path("d");
+  const std::vector<std::string> fit = {"pls", table, "--y", "y", "--id", "name", "--components", "1", "--csv", csv};
+  const CommandResult first = RunKalmia({"pca", table, "--id", "name", "--components", "1", "--csv", csv});
+  ASSERT_EQ(first.exitCode, 0) << first.error;
+  EXPECT_THAT(first.error, Not(HasSubstr("earlier run")));
+  EXPECT_THAT(RunKalmia(fit).error, HasSubstr("also holds columns.csv, written by an earlier run; it does not tell of "
+                                              "this model"));
+  std::filesystem::remove(csv + "/columns.csv");
+  EXPECT_THAT(RunKalmia(fit).error, Not(HasSubstr("earlier run"))) << "files that are written anew";
 }
 
 TEST(PLSCsv, WritesAllFilesWithNamesOfRowsAndColumns) {

@@ -76,7 +76,7 @@ TEST_F(Predict, TakesAColumnThatIsNotThereAsMissingCellsAndSaysSo) {
 TEST_F(Predict, SaysWhyARowCannotBePredicted) {
   const json rows = Json(std::string(kHeader) + ",,,,\n5.1,NA,,,25.5\n" + kRow)["rows"];
   EXPECT_EQ(rows[0]["reason"], "none of its 5 X cells is present");
-  EXPECT_EQ(rows[1]["reason"], "only 2 of its 5 X cells are present, too few for component 3");
+  EXPECT_EQ(rows[1]["reason"], "only 2 of its 5 X cells are present, too few for 3 components");
   EXPECT_EQ(rows[2]["reason"], nullptr);
   EXPECT_EQ(rows[0]["predicted"][0], nullptr);
   EXPECT_EQ(rows[1]["predicted"][0], nullptr);

@@ -1,4 +1,4 @@
-#include "kalmia/analysis/text/internal/NearestName.h"
+#include "kalmia/analysis/text/NearestName.h"
 
 #include <algorithm>
 #include <cstddef>
@@ -17,6 +17,15 @@ std::string Plain(const std::string& name) {
     plain += letter >= 'A' && letter <= 'Z' ? static_cast<char>(letter - 'A' + 'a') : letter;
   }
   return plain;
+}
+
+/// "loo" of leave-one-out.
+std::string Initials(const std::string& word) {
+  std::string initials;
+  for (std::size_t i = 0; i < word.size(); ++i) {
+    if (i == 0 || word[i - 1] == '-') initials += word[i];
+  }
+  return initials;
 }
 
 /// How many letters have to be changed, put in, taken out or exchanged with their neighbour to make b of a; more than
@@ -56,6 +65,22 @@ std::string NearestName(const std::string& name, const std::vector<std::string>&
     if (least == 0) break;
   }
   return nearest;
+}
+
+std::string NearestWord(const std::string& word, const std::vector<std::string>& words) {
+  const std::string nearest = NearestName(word, words);
+  const std::string wanted = Plain(word);
+  if (!nearest.empty() || wanted.size() < 2) return nearest;
+  std::string found;
+  for (const std::string& candidate : words) {
+    if (Initials(candidate) == wanted) return candidate;
+    const std::string plain = Plain(candidate);
+    const bool isLonger = plain.size() > 1 && wanted.rfind(plain, 0) == 0;
+    if (plain.rfind(wanted, 0) != 0 && !isLonger) continue;
+    if (!found.empty()) return "";
+    found = candidate;
+  }
+  return found;
 }
 
 std::string DidYouMean(const std::string& name, const std::vector<std::string>& names) {
