@@ -84,12 +84,11 @@ TEST(OldModelFile, OfVersion2IsReadAsAModelWithoutPreprocessing) {
   }
 }
 
-TEST(OldModelFile, OfVersion3HasNoLimitsAndNoIntervalsAndSaysSo) {
-  const CommandResult run = RunKalmia({"predict", OldFile("pls-version-3"), Oils(), "--json"});
+void ExpectNoLimitsAndNoIntervals(const std::string& file, int version) {
+  const CommandResult run = RunKalmia({"predict", OldFile(file), Oils(), "--json"});
   EXPECT_EQ(run.exitCode, 0);
-  EXPECT_EQ(run.error,
-            "note: the model has no limits for rows and no prediction intervals: its file has version 3, which does not "
-            "hold what they take\n");
+  EXPECT_EQ(run.error, "note: the model has no limits for rows and no prediction intervals: its file has version " +
+                           std::to_string(version) + ", which does not hold what they take\n");
   const json answer = run.Json();
   EXPECT_EQ(answer["limits"], nullptr);
   for (const json& row : answer["rows"]) {
@@ -98,6 +97,14 @@ TEST(OldModelFile, OfVersion3HasNoLimitsAndNoIntervalsAndSaysSo) {
     EXPECT_EQ(row["flags"], json::array());
     EXPECT_TRUE(row["distance"].is_number());
   }
+}
+
+TEST(OldModelFile, BeforeVersion5HasNoLimitsAndNoIntervalsAndSaysSo) {
+  for (int version = 1; version <= 3; ++version) {
+    SCOPED_TRACE(version);
+    ExpectNoLimitsAndNoIntervals("pls-version-" + std::to_string(version), version);
+  }
+  ExpectNoLimitsAndNoIntervals("opls-version-2", 2);
 }
 
 TEST(OldModelFile, OfVersion2FiltersAsAFilterOfToday) {
