@@ -6,16 +6,14 @@
 #include <limits>
 #include <numeric>
 #include <set>
-#include <unordered_map>
 #include <utility>
 
 #include "kalmia/analysis/fit/ModelData.h"
 #include "kalmia/analysis/model/DiscriminantRule.h"
 #include "kalmia/analysis/text/DisplayText.h"
 #include "kalmia/analysis/text/WorkProgress.h"
-#include "kalmia/analysis/validation/internal/LaneRounds.h"
 #include "kalmia/analysis/validation/internal/RefitRounds.h"
-#include "kalmia/analysis/validation/internal/RoundModel.h"
+#include "kalmia/analysis/validation/internal/RoundFits.h"
 #include "kalmia/analysis/validation/internal/SourceX.h"
 
 namespace kalmia::analysis {
@@ -39,7 +37,6 @@ class Refitting {
       : refits_(refits),
         family_(refits.makeFamily()),
         chooseBy_(std::move(chooseBy)),
-        table_(table),
         validation_(validation),
         progress_(progress),
         work_(progress) {
@@ -48,8 +45,9 @@ class Refitting {
     xRows_ = AllRows();
     if (rows != nullptr) KeepRows(*rows);
     result_.folds = FoldsOf(refits_.recipe, table, data_, validation.folds, &result_.notes);
-    for (const std::string& name : data_.xNames) placeOf_.emplace(name, placeOf_.size());
-    if (ServesLanes()) FormLanes();
+    limits_ = Limits();
+    fits_ = std::make_unique<RoundFits>(
+        RefittedModel{refits_.recipe, table, data_, xRows_, result_.folds, *family_}, limits_, progress, &work_);
   }
 
   RefitValidation Run() {
@@ -98,77 +96,13 @@ class Refitting {
     return {kAny, MostComponents(data_, std::nullopt, &none)};
   }
 
-  bool IsComplete() const {
-    if (data_.x.GetNumMisVal() > 0) return false;
-    return std::none_of(data_.measuredY.begin(), data_.measuredY.end(), [](const std::vector<double>& column) {
-      return std::any_of(column.begin(), column.end(), [](double cell) { return std::isnan(cell); });
-    });
-  }
-
-  bool ServesLanes() const {
-    if (!family_->HasModelsOfPLS(data_.yNames.size()) || LearnsAnew(refits_.recipe)) return false;
-    const auto most = static_cast<int>(std::min(data_.rows.size(), data_.xNames.size()));
-    const SeriesLimits limits = Limits();
-    return IsComplete() && LaneRounds::Serves(data_.rows.size(), data_.xNames.size(), data_.yNames.size(),
-                                              std::min({limits.models, limits.components, most}));
-  }
-
-  void FormLanes() {
-    LaneTable table;
-    for (const std::size_t row : xRows_) table.x.push_back(std::as_const(data_.x)[static_cast<int>(row) + 1].begin());
-    table.xShifts = data_.xShifts;
-    table.xNames = data_.xNames;
-    table.y = data_.measuredY;
-    table.yNames = data_.yNames;
-    table.scaling = refits_.recipe.scaling;
-    limits_ = Limits();
-    const auto rounds = static_cast<std::size_t>(Partition().Rounds());
-    lanes_.emplace(std::move(table), rounds + 1, [this](std::size_t round) {
-      if (round == 0) return LaneRound{AllRows(), {}, limits_};
-      const int repeat = static_cast<int>(round - 1) / Partition().groups;
-      const int group = static_cast<int>(round - 1) % Partition().groups;
-      return LaneRound{RowsOutsideGroup(Partition(), repeat, group), RowsOfGroup(Partition(), repeat, group), limits_};
-    });
-  }
-
   /// A model whose number is given is the only one whose coefficients and distances are asked for.
   int FirstOfCoefficients() const { return refits_.models ? limits_.models : 0; }
-
-  /// Of a round, from 1 on; 0 are all rows.
-  RoundFigures FitRows(std::size_t round, const std::vector<std::size_t>& fitted,
-                       const std::vector<std::size_t>& leftOut) {
-    if (lanes_) {
-      const RoundQuestions questions{data_.classes.has_value(), FirstOfCoefficients(),
-                                     family_->Importances()};
-      std::optional<RoundFigures> figures = lanes_->Figures(round, questions, &work_, [&](double share) {
-        if (round == 0) work_.MoveTo(share);  // later on the bar shows the rounds
-      });
-      if (figures) return std::move(*figures);
-    }
-    if (!source_) source_ = std::make_unique<SourceX>(table_, refits_.recipe, data_, progress_);
-    const SplitX x = source_->Split(fitted, leftOut, work_.SilentBar());
-    const RoundModel model(*family_, x.names, x.fitted, data_.yNames, RowsOfColumns(data_.measuredY, fitted),
-                           refits_.recipe.scaling, limits_, &work_);
-    RoundFigures figures;
-    figures.lastModel = model.LastModel();
-    if (model.Series() != nullptr) {
-      figures.block = model.Series()->Block();
-      figures.r2x = model.Series()->R2X();
-      figures.r2y = model.Series()->R2Y();
-    }
-    figures.columnsWithoutSpread = model.ColumnsWithoutSpread();
-    figures.leftOut = model.Predict(x.leftOut, &work_, FirstOfCoefficients());
-    if (data_.classes) figures.fitted = model.Predict(x.fitted, &work_);
-    figures.coefficients = model.Coefficients(PlacesOf(x.names), placeOf_.size(), FirstOfCoefficients());
-    figures.importances = model.Importances(PlacesOf(x.names), placeOf_.size());
-    return figures;
-  }
 
   /// The model that the jack-knife takes its rounds' coefficients about.
   void FitAllRows() {
     work_.Begin("validation: all rows");
-    limits_ = Limits();
-    RoundFigures figures = FitRows(0, AllRows(), {});
+    RoundFigures figures = fits_->Figures(0, limits_, FirstOfCoefficients());
     family_->LearnBlock(figures.block);
     result_.block = figures.block;
     result_.r2x = figures.r2x;
@@ -196,16 +130,6 @@ class Refitting {
     for (std::size_t a = first; a < std::min(Models(), jackKnives->size()); ++a) {
       for (std::size_t j = 0; j < (*jackKnives)[a].size(); ++j) (*jackKnives)[a][j].AddRound(numbers[a][j]);
     }
-  }
-
-  /// In the order of X, of which the model may have other columns where steps were learnt anew.
-  std::vector<std::size_t> PlacesOf(const std::vector<std::string>& names) const {
-    std::vector<std::size_t> places;
-    for (const std::string& name : names) {
-      const auto place = placeOf_.find(name);
-      places.push_back(place != placeOf_.end() ? place->second : RoundModel::kNowhere);
-    }
-    return places;
   }
 
   std::size_t Models() const { return static_cast<std::size_t>(limits_.models) + 1; }
@@ -256,7 +180,7 @@ class Refitting {
     const std::vector<std::size_t> fitted = RowsOutsideGroup(Partition(), repeat, group);
     const std::vector<std::size_t> leftOut = RowsOfGroup(Partition(), repeat, group);
     const int round = 1 + repeat * Partition().groups + group;
-    const RoundFigures figures = FitRows(static_cast<std::size_t>(round), fitted, leftOut);
+    const RoundFigures figures = fits_->Figures(static_cast<std::size_t>(round), limits_, FirstOfCoefficients());
     limits_.models = std::min(limits_.models, figures.lastModel);
     withoutSpread_.insert(figures.columnsWithoutSpread.begin(), figures.columnsWithoutSpread.end());
     TakePredictions(figures.leftOut, leftOut, static_cast<std::size_t>(repeat));
@@ -405,15 +329,12 @@ class Refitting {
   const YRefits& refits_;
   std::unique_ptr<SeriesFamily> family_;
   ChoiceByRows chooseBy_;
-  const Table& table_;
   const ValidationRecipe& validation_;
   NCProgress* progress_;
   WorkProgress work_;
   ModelData data_;
   std::vector<std::size_t> xRows_;     ///< of data_.x, from 0, that the model sees
-  std::unique_ptr<SourceX> source_;    ///< where a round is fitted alone
-  std::optional<LaneRounds> lanes_;    ///< where rounds are fitted side by side
-  std::unordered_map<std::string, std::size_t> placeOf_;  ///< of the X columns
+  std::unique_ptr<RoundFits> fits_;
   SeriesLimits limits_;  ///< what all rounds so far can have
   int ofAllRows_ = 0;    ///< last model that all rows have
   std::vector<std::vector<RealMatrix>> predictions_;  ///< by repeat and model
