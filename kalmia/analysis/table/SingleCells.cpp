@@ -25,10 +25,14 @@ float InSingle(double cell) {
   return std::copysign(std::numeric_limits<float>::infinity(), static_cast<float>(std::copysign(1.0, cell)));
 }
 
-/// Whether least and largest cell alone tell that the mean is not so many deviations from 0: two of n cells that lie r
-/// apart make a deviation of r / sqrt(2 (n - 1)) or more.
-bool LiesNearZero(const std::vector<double>& cells) {
+/// See LargestRatioWithoutShift; short of it by what rounding may do.
+double LargestRatio(double n) {
   constexpr double kBeyondRounding = 0.99;
+  return kBeyondRounding * kMostDeviations / std::sqrt(2.0 * (n - 1.0));
+}
+
+/// Whether least and largest cell alone tell that the mean is not too many deviations from 0.
+bool LiesNearZero(const std::vector<double>& cells) {
   double n = 0.0, sum = 0.0;
   double min = std::numeric_limits<double>::infinity(), max = -min;
   for (const double cell : cells) {
@@ -38,7 +42,7 @@ bool LiesNearZero(const std::vector<double>& cells) {
     min = std::min(min, cell);
     max = std::max(max, cell);
   }
-  return n > 1.0 && std::fabs(sum / n) < kBeyondRounding * kMostDeviations * (max - min) / std::sqrt(2.0 * (n - 1.0));
+  return n > 1.0 && std::fabs(sum / n) < LargestRatio(n) * (max - min);
 }
 
 }  // namespace
@@ -51,6 +55,8 @@ bool LosesDigits(const std::vector<double>& cells) {
   const double deviation = moments.standardDeviation;  // NaN, and no answer but "no", of fewer than two cells
   return mean > kMostDeviations * deviation && deviation > kRoundingNoise * mean;
 }
+
+double LargestRatioWithoutShift(int cells) { return LargestRatio(std::max(2, cells)); }
 
 double ShiftOf(const std::vector<double>& cells) { return LosesDigits(cells) ? MomentsOf(cells).mean : 0.0; }
 

@@ -54,6 +54,21 @@ TEST(ShiftOf, IsNoneOfALongConstantColumnWhoseMeanIsRounded) {
   EXPECT_EQ(ShiftOf(std::vector<double>(100000, 0.1)), 0.0);
 }
 
+TEST(LargestRatioWithoutShift, LeavesNoColumnThatLosesDigits) {
+  for (const int n : {2, 3, 10, 1000, 100000}) {
+    SCOPED_TRACE(n);
+    // The least deviation of a column whose least and largest cells lie 2 apart: all others are half-way.
+    const double largest = 0.999 * 2.0 * LargestRatioWithoutShift(n);
+    std::vector<double> cells(static_cast<std::size_t>(n), largest - 1.0);
+    cells.front() = largest;
+    cells.back() = largest - 2.0;
+    EXPECT_FALSE(LosesDigits(cells));
+    // 2 % further from zero, the hundredth that is allowed for rounding is used up.
+    for (double& cell : cells) cell += 0.02 * largest + 1.0;
+    EXPECT_TRUE(LosesDigits(cells));
+  }
+}
+
 TEST(SingleCells, AreInfiniteBeyondSinglePrecision) {
   int moved = 0;
   constexpr float kInfinity = std::numeric_limits<float>::infinity();

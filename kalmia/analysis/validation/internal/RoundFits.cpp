@@ -69,11 +69,37 @@ RoundFigures RoundFits::Figures(std::size_t round, const SeriesLimits& limits, i
   return FitAlone(RowsOf(round), first);
 }
 
+/// Where no column is shifted, in all rows and in these, their cells are those of the whole table.
 RoundFigures RoundFits::FitAlone(const LaneRound& rows, int first) {
   const ModelData& data = model_.data;
+  const NCScale::Scaling scaling = model_.recipe.scaling;
+  if (data.xShifts.empty() && !LearnsAnew(model_.recipe)) {
+    const NCDataMatrix<float> fitted = SingleRows(rows.fitted);
+    if (ArePlain(fitted, scaling)) {
+      work_->Ask();
+      return FitSplit(RoundX(data.xNames, fitted, scaling), data.xNames, rows, fitted, SingleRows(rows.leftOut), first);
+    }
+  }
   if (!source_) source_ = std::make_unique<SourceX>(model_.table, model_.recipe, data, progress_);
   const SplitX x = source_->Split(rows.fitted, rows.leftOut, work_->SilentBar());
-  const RoundModel model(model_.family, x.names, x.fitted, data.yNames, RowsOfColumns(data.measuredY, rows.fitted),
+  return FitSplit(RoundX(x.names, x.fitted, scaling, work_), x.names, rows, x.fitted, x.leftOut, first);
+}
+
+/// Shares the cells of the table.
+NCDataMatrix<float> RoundFits::SingleRows(const std::vector<std::size_t>& rows) const {
+  NCDataMatrix<float> taken(0, model_.data.x.SizeColumns());
+  taken.ReserveRows(static_cast<int>(rows.size()));
+  for (const std::size_t row : rows) {
+    taken.push_back(std::as_const(model_.data.x)[static_cast<int>(model_.xRows[row]) + 1]);
+  }
+  return taken;
+}
+
+template <class Rows>
+RoundFigures RoundFits::FitSplit(RoundX scaled, const std::vector<std::string>& names, const LaneRound& rows,
+                                 const Rows& fitted, const Rows& leftOut, int first) {
+  const ModelData& data = model_.data;
+  const RoundModel model(model_.family, std::move(scaled), data.yNames, RowsOfColumns(data.measuredY, rows.fitted),
                          model_.recipe.scaling, limits_, work_);
   RoundFigures figures;
   figures.lastModel = model.LastModel();
@@ -83,10 +109,10 @@ RoundFigures RoundFits::FitAlone(const LaneRound& rows, int first) {
     figures.r2y = model.Series()->R2Y();
   }
   figures.columnsWithoutSpread = model.ColumnsWithoutSpread();
-  figures.leftOut = model.Predict(x.leftOut, work_, first);
-  if (data.classes) figures.fitted = model.Predict(x.fitted, work_);
-  figures.coefficients = model.Coefficients(PlacesOf(x.names), placeOf_.size(), first);
-  figures.importances = model.Importances(PlacesOf(x.names), placeOf_.size());
+  figures.leftOut = model.Predict(leftOut, work_, first);
+  if (data.classes) figures.fitted = model.Predict(fitted, work_);
+  figures.coefficients = model.Coefficients(PlacesOf(names), placeOf_.size(), first);
+  figures.importances = model.Importances(PlacesOf(names), placeOf_.size());
   return figures;
 }
 

@@ -15,7 +15,9 @@
 #include "kalmia/analysis/validation/internal/ComponentSeries.h"
 #include "kalmia/analysis/validation/internal/LaneRounds.h"
 #include "kalmia/analysis/validation/internal/RoundFigures.h"
+#include "kalmia/analysis/validation/internal/RoundX.h"
 #include "kalmia/analysis/validation/internal/SourceX.h"
+#include "kalmia/containers/NCDataMatrix.h"
 
 namespace kalmia::analysis {
 
@@ -46,6 +48,10 @@ class RoundFits {
   void FormLanes();
   LaneRound RowsOf(std::size_t round) const;
   RoundFigures FitAlone(const LaneRound& rows, int first);
+  NCDataMatrix<float> SingleRows(const std::vector<std::size_t>& rows) const;
+  template <class Rows>
+  RoundFigures FitSplit(RoundX scaled, const std::vector<std::string>& names, const LaneRound& rows,
+                        const Rows& fitted, const Rows& leftOut, int first);
   std::vector<std::size_t> PlacesOf(const std::vector<std::string>& names) const;
 
   RefittedModel model_;

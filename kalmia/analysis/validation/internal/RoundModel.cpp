@@ -14,7 +14,11 @@ namespace kalmia::analysis {
 RoundModel::RoundModel(const SeriesFamily& family, const std::vector<std::string>& xNames, const RealColumns& x,
                        const std::vector<std::string>& yNames, const RealColumns& y, NCScale::Scaling scaling,
                        SeriesLimits limits, WorkProgress* progress)
-    : x_(xNames, x, scaling, progress), importanceKinds_(family.Importances()) {
+    : RoundModel(family, RoundX(xNames, x, scaling, progress), yNames, y, scaling, limits, progress) {}
+
+RoundModel::RoundModel(const SeriesFamily& family, RoundX x, const std::vector<std::string>& yNames,
+                       const RealColumns& y, NCScale::Scaling scaling, SeriesLimits limits, WorkProgress* progress)
+    : x_(std::move(x)), importanceKinds_(family.Importances()) {
   NCDataMatrix<float> singleY = TakeY(yNames, y);
   progress->Ask();
   limits.components = std::min({limits.components, RowCount(y) - 1, x_.Columns()});
@@ -61,7 +65,18 @@ void RoundModel::NoteDistances(const SeriesPrediction& prediction, int model, Le
 }
 
 LeftOutRows RoundModel::Predict(const RealColumns& x, WorkProgress* progress, int firstOfDistances) const {
-  const auto rows = static_cast<std::size_t>(RowCount(x));
+  const NCDataMatrix<float> scaled = series_ != nullptr ? x_.Scaled(x) : NCDataMatrix<float>();
+  return PredictScaled(RowCount(x), scaled, progress, firstOfDistances);
+}
+
+LeftOutRows RoundModel::Predict(const NCDataMatrix<float>& x, WorkProgress* progress, int firstOfDistances) const {
+  const NCDataMatrix<float> scaled = series_ != nullptr ? x_.Scaled(x) : NCDataMatrix<float>();
+  return PredictScaled(x.SizeRows(), scaled, progress, firstOfDistances);
+}
+
+LeftOutRows RoundModel::PredictScaled(int count, const NCDataMatrix<float>& scaled, WorkProgress* progress,
+                                      int firstOfDistances) const {
+  const auto rows = static_cast<std::size_t>(count);
   const auto models = static_cast<std::size_t>(lastModel_) + 1;
   LeftOutRows result{{}, RealMatrix(rows, models, kNotANumber)};
   RealMatrix mean(rows, y_.size());
@@ -70,7 +85,6 @@ LeftOutRows RoundModel::Predict(const RealColumns& x, WorkProgress* progress, in
   }
   result.predicted.assign(models, mean);
   if (series_ == nullptr) return result;
-  const NCDataMatrix<float> scaled = x_.Scaled(x);
   const std::unique_ptr<SeriesPrediction> prediction = series_->Predict(scaled);
   std::vector<bool> hasScores(rows, true);
   const int first = std::min(firstOfDistances, lastModel_);

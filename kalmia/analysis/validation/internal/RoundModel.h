@@ -27,6 +27,9 @@ class RoundModel {
   RoundModel(const SeriesFamily& family, const std::vector<std::string>& xNames, const RealColumns& x,
              const std::vector<std::string>& yNames, const RealColumns& y, NCScale::Scaling scaling,
              SeriesLimits limits, WorkProgress* progress);
+  /// Of X that is scaled already.
+  RoundModel(const SeriesFamily& family, RoundX x, const std::vector<std::string>& yNames, const RealColumns& y,
+             NCScale::Scaling scaling, SeriesLimits limits, WorkProgress* progress);
 
   int LastModel() const { return lastModel_; }
   /// Nothing where no X column or no Y column has spread.
@@ -38,6 +41,8 @@ class RoundModel {
   /// has neither prediction nor distance from there on. Distances are those of the models from `firstOfDistances`, or
   /// else the last one, on.
   LeftOutRows Predict(const RealColumns& x, WorkProgress* progress, int firstOfDistances = 0) const;
+  /// The same of measured cells in single precision, where no column is shifted.
+  LeftOutRows Predict(const NCDataMatrix<float>& x, WorkProgress* progress, int firstOfDistances = 0) const;
 
   /// The coefficients of each model in the units of the table: one vector for each Y column, with the slope of each X
   /// column at its place among `slopes`, and the intercept behind them. `places` has a place for each X column that the
@@ -59,6 +64,8 @@ class RoundModel {
 
   NCDataMatrix<float> TakeY(const std::vector<std::string>& names, const RealColumns& y);
   double InUnitsOfTable(const YColumn& column, float scaled) const;
+  LeftOutRows PredictScaled(int count, const NCDataMatrix<float>& scaled, WorkProgress* progress,
+                            int firstOfDistances) const;
   void NoteDistances(const SeriesPrediction& prediction, int model, LeftOutRows* rows) const;
   std::vector<std::vector<double>> InUnitsOfTable(const RealMatrix& scaled, const std::vector<std::size_t>& places,
                                                   std::size_t slopes) const;

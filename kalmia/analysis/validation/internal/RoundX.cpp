@@ -2,17 +2,21 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
+#include <numeric>
 #include <utility>
 
 #include "kalmia/analysis/model/RealMatrix.h"
 #include "kalmia/analysis/table/SharedWork.h"
 #include "kalmia/analysis/table/SingleCells.h"
+#include "kalmia/containers/Missing.h"
 
 namespace kalmia::analysis {
 
 namespace {
 
 constexpr std::size_t kColumnsOfAPart = 64;
+constexpr std::size_t kColumnsAtOnce = 512;       ///< whose least and largest cells stay in the cache
 constexpr std::size_t kCellsForThreads = 100000;  ///< below which one thread is faster than several
 
 /// A column in single precision.
@@ -65,6 +69,12 @@ RoundX::RoundX(const std::vector<std::string>& names, const RealColumns& fitted,
   scaling_ = ScaleColumns(scaling, takenNames, &fitted_, shifts_);
 }
 
+RoundX::RoundX(const std::vector<std::string>& names, NCDataMatrix<float> plain, NCScale::Scaling scaling)
+    : places_(names.size()), shifts_(names.size(), 0.0), fitted_(std::move(plain)) {
+  std::iota(places_.begin(), places_.end(), std::size_t{0});
+  scaling_ = ScaleColumns(scaling, names, &fitted_, shifts_);
+}
+
 NCDataMatrix<float> RoundX::Shifted(const RealColumns& rows) const {
   std::vector<std::vector<float>> taken;
   int ofWholeTable = 0;
@@ -74,10 +84,36 @@ NCDataMatrix<float> RoundX::Shifted(const RealColumns& rows) const {
   return MatrixOf(taken, RowCount(rows));
 }
 
-NCDataMatrix<float> RoundX::Scaled(const RealColumns& rows) const {
-  NCDataMatrix<float> single = Shifted(rows);
-  ApplyScale(scaling_, &single);
-  return single;
+NCDataMatrix<float> RoundX::Scaled(const RealColumns& rows) const { return Scaled(Shifted(rows)); }
+
+NCDataMatrix<float> RoundX::Scaled(NCDataMatrix<float> shifted) const {
+  ApplyScale(scaling_, &shifted);
+  return shifted;
+}
+
+bool ArePlain(const NCDataMatrix<float>& rows, NCScale::Scaling scaling) {
+  const auto columns = static_cast<std::size_t>(rows.SizeColumns());
+  std::vector<float> least(columns, std::numeric_limits<float>::infinity());
+  std::vector<float> largest(columns, -std::numeric_limits<float>::infinity());
+  for (std::size_t begin = 0; begin < columns; begin += kColumnsAtOnce) {
+    const std::size_t end = std::min(columns, begin + kColumnsAtOnce);
+    for (int i = 1; i <= rows.SizeRows(); ++i) {
+      const float* cells = rows[i].begin();
+      for (std::size_t k = begin; k < end; ++k) {
+        const float cell = cells[k];
+        const bool isPresent = cell != kMissingCell<float>;
+        least[k] = isPresent && cell < least[k] ? cell : least[k];
+        largest[k] = isPresent && cell > largest[k] ? cell : largest[k];
+      }
+    }
+  }
+  const double ratio = LargestRatioWithoutShift(rows.SizeRows());
+  for (std::size_t k = 0; k < columns; ++k) {
+    const double min = least[k], max = largest[k];
+    if (!(min < max)) return false;
+    if (Centres(scaling) && !(std::max(std::fabs(min), std::fabs(max)) < ratio * (max - min))) return false;
+  }
+  return true;
 }
 
 double MeanOf(const std::vector<double>& cells) {

@@ -18,6 +18,8 @@ class RoundX {
   /// Throws BadData where a column cannot be scaled, Stopped.
   RoundX(const std::vector<std::string>& names, const RealColumns& fitted, NCScale::Scaling scaling,
          WorkProgress* progress);
+  /// The same of rows that ArePlain, which takes fewer passes over them.
+  RoundX(const std::vector<std::string>& names, NCDataMatrix<float> plain, NCScale::Scaling scaling);
 
   bool Empty() const { return places_.empty(); }
   int Columns() const { return static_cast<int>(places_.size()); }
@@ -34,6 +36,8 @@ class RoundX {
   NCDataMatrix<float> Shifted(const RealColumns& rows) const;
   /// The same, scaled.
   NCDataMatrix<float> Scaled(const RealColumns& rows) const;
+  /// Cells less the shifts, scaled.
+  NCDataMatrix<float> Scaled(NCDataMatrix<float> shifted) const;
 
  private:
   std::vector<std::size_t> places_;
@@ -42,6 +46,10 @@ class RoundX {
   ColumnScaling scaling_;
   NCDataMatrix<float> fitted_;
 };
+
+/// Whether the model of these cells, measured ones in single precision, has them as they are: each column has two
+/// different cells and none needs a shift. Some rows that do may be taken for rows that do not.
+bool ArePlain(const NCDataMatrix<float>& rows, NCScale::Scaling scaling);
 
 /// The mean of the cells that are there; not a number where none is.
 double MeanOf(const std::vector<double>& cells);
