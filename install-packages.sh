@@ -3,6 +3,7 @@
 #   ./install-packages.sh              what the command, the demo and the tests need
 #   ./install-packages.sh clang bench  and what the presets of clang++ and the benchmarks need
 #   ./install-packages.sh abi          and what compares the interfaces of shared libraries
+#   ./install-packages.sh report       and what tests reports in a browser
 set -euo pipefail
 
 packages=(
@@ -14,11 +15,14 @@ packages=(
   libgtest-dev libgmock-dev python3                         # the tests, the check of the documentation's links
   libbenchmark-dev                                          # the guard of the speed
 )
+# Fetches what reports are drawn with. Whoever has another npm keeps it.
+if ! command -v npm >/dev/null; then packages+=(nodejs npm); fi
 for kind in "$@"; do
   case $kind in
     clang) packages+=(clang libomp-dev libclang-rt-dev llvm) ;;  # OpenMP, sanitizers, names in their reports
     bench) packages+=(libeigen3-dev) ;;                          # products beside ours
     abi) packages+=(abigail-tools) ;;                            # interfaces of shared libraries
+    report) packages+=(chromium chromium-driver python3-selenium poppler-utils fonts-dejavu-core) ;;  # pages, paper
     *) echo "$0 knows no packages for '$kind'" >&2; exit 2 ;;
   esac
 done

@@ -7,7 +7,7 @@
 
 namespace kalmia::analysis {
 
-/// What FigureJson writes, to be a field of another output.
+/// What FigureJson writes, for outputs that have it as a field, or on one line.
 Json FigureFields(const std::vector<Figure>& figures);
 
 }  // namespace kalmia::analysis
