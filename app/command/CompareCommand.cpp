@@ -6,6 +6,7 @@
 #include "app/console/OutputPlaces.h"
 #include "app/console/ReadSteps.h"
 #include "app/console/ReadTable.h"
+#include "app/console/Remedies.h"
 #include "kalmia/analysis/file/ModelFile.h"
 #include "kalmia/analysis/fit/StoredRecipe.h"
 #include "kalmia/analysis/report/ComparisonReport.h"
@@ -94,7 +95,7 @@ std::string RunCommand(const CompareOptions& options, Notes* notes) {
   const ValidationRecipe validation = RecipeOf(options.validation);
   TerminalBar bar;
   const Comparison comparison = Compare(candidates, table, validation, bar.Get());
-  notes->Add(comparison.notes);
+  notes->Add(WithRemedies(comparison.notes));
   return options.json ? ComparisonJson(table, comparison, validation, *notes) : ComparisonText(table, comparison);
 }
 

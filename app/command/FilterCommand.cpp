@@ -7,6 +7,7 @@
 #include "app/console/OutputFiles.h"
 #include "app/console/OutputPlaces.h"
 #include "app/console/ReadTable.h"
+#include "app/console/Remedies.h"
 #include "app/options/Options.h"
 #include "kalmia/analysis/file/ModelFile.h"
 #include "kalmia/analysis/fit/FilterResult.h"
@@ -43,7 +44,7 @@ std::string RunCommand(const FilterOptions& options, Notes* notes) {
   NoteDecimalsThatGiveWay(options.csvMarks.Asked(), table, notes);
   TerminalBar bar;
   const FilterResult result = Compute(table, options, bar.Get());
-  notes->Add(result.notes);
+  notes->Add(WithRemedies(result.notes));
   OutputFiles files;
   files.Stage(options.out, FilteredText(table, result, options.csvMarks.Asked(), notes, bar.Get()));
   if (!options.save.empty()) {

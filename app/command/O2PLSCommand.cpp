@@ -6,6 +6,7 @@
 #include "app/console/FitFiles.h"
 #include "app/console/OutputPlaces.h"
 #include "app/console/ReadTable.h"
+#include "app/console/Remedies.h"
 #include "kalmia/analysis/file/ModelFile.h"
 #include "kalmia/analysis/model/Prediction.h"
 #include "kalmia/analysis/report/O2PLSReport.h"
@@ -61,7 +62,7 @@ std::string RunCommand(const O2PLSOptions& options, Notes* notes) {
   O2PLSAnalysis analysis =
       Analyse(RecipeOf(options), xTable, yTable, RecipeOf(options.validation), bar.Get());
   const O2PLSResult& result = analysis.fit;
-  notes->Add(result.notes);
+  notes->Add(WithRemedies(result.notes));
   FitFiles files;
   if (result.AnyKept()) {
     files = WriteFitFiles(

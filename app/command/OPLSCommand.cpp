@@ -9,6 +9,7 @@
 #include "app/console/InputFile.h"
 #include "app/console/OutputPlaces.h"
 #include "app/console/ReadTable.h"
+#include "app/console/Remedies.h"
 #include "kalmia/analysis/file/ModelFile.h"
 #include "kalmia/analysis/file/OPLSCvFile.h"
 #include "kalmia/analysis/report/OPLSReport.h"
@@ -43,7 +44,7 @@ std::string RunCommand(const OPLSOptions& options, Notes* notes) {
   const OPLSAnalysis analysis =
       Analyse(recipe, table, RecipeOf(options.validation), bar.Get(), resumed ? &*resumed : nullptr);
   const OPLSResult& result = analysis.fit;
-  notes->Add(result.notes);
+  notes->Add(WithRemedies(result.notes));
   const std::vector<RowContributions> contributions = Contributions(result, table, rows, notes);
   const FitFiles files = WriteFitFiles(
       options, [&] { return ModelFileBytes(result.model, options.Parts()); },

@@ -7,6 +7,7 @@
 #include "app/console/ConsoleProgress.h"
 #include "app/console/FitFiles.h"
 #include "app/console/ReadTable.h"
+#include "app/console/Remedies.h"
 #include "app/options/ValidationOptions.h"
 #include "kalmia/analysis/file/ModelFile.h"
 #include "kalmia/analysis/fit/FitContributions.h"
@@ -67,7 +68,7 @@ std::string RunAnalysis(const Options& options, const FitReport<Analysis>& repor
   const std::vector<int> rows = RowsToTell(table, recipe.id, options);
   TerminalBar bar;
   const Analysis analysis = Analyse(recipe, table, RecipeOf(options.validation), bar.Get());
-  notes->Add(analysis.fit.notes);
+  notes->Add(WithRemedies(analysis.fit.notes));
   const std::vector<RowContributions> contributions = Contributions(analysis.fit, table, rows, notes);
   FitFiles files;
   if (analysis.fit.IsUsable()) {

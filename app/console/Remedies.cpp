@@ -1,5 +1,7 @@
 #include "app/console/Remedies.h"
 
+#include <cstddef>
+
 namespace kalmia::app {
 
 namespace {
@@ -16,6 +18,10 @@ const char* TextOf(Remedy remedy) {
     case Remedy::GiveMemoryOrFolder: return ": name another folder with --temp, or give more --memory";
     case Remedy::TakeSpreadOfValues: return ": give --sigma-from values";
     case Remedy::NameClasses: return ": name the column by --classes, in place of --y";
+    case Remedy::ChooseOtherwise:
+      return ": --select min, q2 or randomisation may keep some, --components N (of opls --orthogonal N) does";
+    case Remedy::LeaveOutColumn: return ": --exclude leaves it out";
+    case Remedy::NameGroups: return ": --group-column does it";
     case Remedy::None: break;
   }
   return "";
@@ -39,6 +45,12 @@ std::string MessageOf(const Failure& failure, const std::string& command) {
   if (setting.empty()) return message;
   const bool isRequest = dynamic_cast<const BadRequest*>(&failure) != nullptr;
   return message + " (" + OptionOf(setting) + ")" + (isRequest ? "; see kalmia " + command + " --help" : "");
+}
+
+Notes WithRemedies(const Notes& notes) {
+  Notes said;
+  for (std::size_t i = 0; i < notes.Lines().size(); ++i) said.Add(notes.Lines()[i] + TextOf(notes.Remedies()[i]));
+  return said;
 }
 
 }  // namespace kalmia::app

@@ -54,6 +54,7 @@
 #include "kalmia/analysis/model/PCAScores.h"
 #include "kalmia/analysis/model/PLSPredictions.h"
 #include "kalmia/analysis/model/Prediction.h"
+#include "kalmia/analysis/model/PredictionErrors.h"
 #include "kalmia/analysis/model/PredictionInterval.h"
 #include "kalmia/analysis/model/RealMatrix.h"
 #include "kalmia/analysis/model/RowLimits.h"

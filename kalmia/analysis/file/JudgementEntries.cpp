@@ -28,9 +28,18 @@ void WriteEntry(const StoredValidationEntry& entry, std::ostream& stream) {
   WriteNumbers({entry.r2x, entry.r2y, entry.press, entry.q2}, stream);
   WriteNumbers(entry.rmsecv, stream);
   WriteNumbers(entry.q2PerY, stream);
+  if (entry.classes) WriteNumbers({entry.classes->accuracy, entry.classes->balancedAccuracy}, stream);
 }
 
-bool ReadEntry(std::istream& stream, std::size_t kinds, std::size_t yColumns, StoredValidationEntry* entry) {
+bool ReadRates(std::istream& stream, std::optional<ClassRates>* rates) {
+  ClassRates read;
+  if (!ReadDouble(&read.accuracy, stream) || !ReadDouble(&read.balancedAccuracy, stream)) return false;
+  *rates = read;
+  return AreShares({read.accuracy, read.balancedAccuracy});
+}
+
+bool ReadEntry(std::istream& stream, std::size_t kinds, std::size_t yColumns, bool hasClasses,
+               StoredValidationEntry* entry) {
   if (!ReadInteger(&entry->components, stream) || entry->components < 0) return false;
   for (std::size_t kind = 0; kind < kinds; ++kind) {
     entry->kinds.push_back(0);
@@ -38,14 +47,14 @@ bool ReadEntry(std::istream& stream, std::size_t kinds, std::size_t yColumns, St
   }
   return ReadDouble(&entry->r2x, stream) && ReadDouble(&entry->r2y, stream) && ReadDouble(&entry->press, stream) &&
          ReadDouble(&entry->q2, stream) && ReadNumbers(stream, yColumns, &entry->rmsecv) &&
-         ReadNumbers(stream, yColumns, &entry->q2PerY);
+         ReadNumbers(stream, yColumns, &entry->q2PerY) && (!hasClasses || ReadRates(stream, &entry->classes));
 }
 
-bool ReadEntries(std::istream& stream, std::size_t count, std::size_t kinds, std::size_t yColumns,
+bool ReadEntries(std::istream& stream, std::size_t count, std::size_t kinds, std::size_t yColumns, bool hasClasses,
                  std::vector<StoredValidationEntry>* entries) {
   for (std::size_t a = 0; a < count; ++a) {
     entries->emplace_back();
-    if (!ReadEntry(stream, kinds, yColumns, &entries->back())) return false;
+    if (!ReadEntry(stream, kinds, yColumns, hasClasses, &entries->back())) return false;
   }
   return true;
 }
@@ -206,8 +215,9 @@ bool ReadValidation(std::istream& stream, const JudgedColumns& columns, StoredVa
          ReadInteger(&validation->repeats, stream) && validation->repeats >= 1 &&
          ReadArray(&validation->seed, 1, sizeof(validation->seed), stream) && ReadText(&validation->rule, stream) &&
          ReadInteger(&validation->chosen, stream) && AreKnown(*validation) && ReadCount(stream, 1, &count) &&
-         ReadEntries(stream, count, columns.kinds, columns.y, &validation->components) &&
-         ReadEntries(stream, columns.bothWays ? count : 0, columns.kinds, columns.x, &validation->xFromY) &&
+         ReadEntries(stream, count, columns.kinds, columns.y, columns.classes, &validation->components) &&
+         ReadEntries(stream, columns.bothWays ? count : 0, columns.kinds, columns.x, /*hasClasses=*/false,
+                     &validation->xFromY) &&
          ReadAnovas(stream, columns.y, &validation->cvAnova) && ReadPermutation(stream, &validation->permutation) &&
          ReadJackKnife(stream, columns, &validation->jackKnife) && IsAtEnd(stream);
 }

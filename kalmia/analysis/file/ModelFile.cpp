@@ -154,10 +154,12 @@ bool ReadClassFigures(std::istream* entry, YModelInfo* model) {
 }
 bool ReadClassFigures(std::istream* entry, ModelInfo* /*model*/) { return entry == nullptr; }
 
-JudgedColumns JudgedColumnsOf(const StoredPLS& model) { return {model.xNames.size(), model.yNames.size()}; }
+JudgedColumns JudgedColumnsOf(const StoredPLS& model) {
+  return {model.xNames.size(), model.yNames.size(), /*kinds=*/0, /*bothWays=*/false, model.classes.has_value()};
+}
 JudgedColumns JudgedColumnsOf(const StoredPCA& model) { return {model.xNames.size()}; }
 JudgedColumns JudgedColumnsOf(const StoredOPLS& model) {
-  return {model.xNames.size(), model.yNames.size(), /*kinds=*/2};
+  return {model.xNames.size(), model.yNames.size(), /*kinds=*/2, /*bothWays=*/false, model.classes.has_value()};
 }
 JudgedColumns JudgedColumnsOf(const StoredO2PLS& model) {
   return {model.xNames.size(), model.yNames.size(), /*kinds=*/3, /*bothWays=*/true};

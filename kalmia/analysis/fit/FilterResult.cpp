@@ -78,6 +78,7 @@ FilterResult Compute(const FilterRecipe& recipe, const Table& table, NCProgress*
   FitRecipe selection;
   static_cast<XRecipe&>(selection) = recipe;
   selection.groups = kFewestGroups;
+  selection.judgeComponents = false;
   ModelData data = SelectData(table, selection, recipe.y, &result.notes, progress);
   LeaveOutRowsWithoutY(&data, &result.notes);
   StoredFilter& filter = result.filter;
@@ -96,6 +97,8 @@ FilterResult Compute(const FilterRecipe& recipe, const Table& table, NCProgress*
   filter.xResiduals = *fit.filter->GetXResiduals();
   filter.components = std::move(fit.components);
   result.endedEarly = std::move(fit.endedEarly);
+  result.notes.Add("the filter has seen Y of all rows: a cross-validation of a model of the filtered table is too good, "
+                   "as each left-out row has had its say in the filter");
   Notes said;  // by the selection of the data already
   result.filtered = FilterRows(filter, table, &said, progress);
   return result;

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <map>
 #include <unordered_map>
 #include <utility>
 
@@ -19,12 +20,37 @@ namespace kalmia::analysis {
 
 namespace {
 
+constexpr std::size_t kReplicatesNamed = 3;
 constexpr std::size_t kRowsNamed = 10;  ///< a note names so many rows, and counts the others
 constexpr int kMostAutomaticComponents = 15;
 
 /// "KIND: a, b"; empty without names. A failure names so many columns, and counts the others.
 std::string Named(const std::string& kind, const std::vector<std::string>& names) {
   return names.empty() ? "" : kind + ": " + Listed(names, kColumnsNamed);
+}
+
+constexpr double kCopied = 0.999999;  ///< correlation, either way, above which a column copies another
+constexpr int kFewestCommonCells = 5;  ///< that tell a copy from chance
+
+/// Whether the cells that both have, at least five, lie on a line. A hole is not a number.
+bool AreCopies(const std::vector<double>& a, const std::vector<double>& b) {
+  double common = 0.0, aSum = 0.0, bSum = 0.0;
+  for (std::size_t i = 0; i < a.size(); ++i) {
+    if (std::isnan(a[i]) || std::isnan(b[i])) continue;
+    common += 1.0;
+    aSum += a[i];
+    bSum += b[i];
+  }
+  if (common < kFewestCommonCells) return false;
+  double products = 0.0, aSquares = 0.0, bSquares = 0.0;
+  for (std::size_t i = 0; i < a.size(); ++i) {
+    if (std::isnan(a[i]) || std::isnan(b[i])) continue;
+    const double ofA = a[i] - aSum / common, ofB = b[i] - bSum / common;
+    products += ofA * ofB;
+    aSquares += ofA * ofA;
+    bSquares += ofB * ofB;
+  }
+  return std::fabs(products) > kCopied * std::sqrt(aSquares) * std::sqrt(bSquares);
 }
 
 /// A column as the model sees it.
@@ -199,7 +225,22 @@ class Selection {
     for (const NumberColumn& column : x_) singleX_.push_back(Single(column, centresX));
     for (const NumberColumn& column : y_) singleY_.push_back(Single(column, /*isCentred=*/true));
     if (!centresX) NoteLosses();
+    NoteCopiesOfY();
     x_.clear();
+  }
+
+  /// A column of X that tells Y itself, as one that was forgotten there, makes any model look good.
+  void NoteCopiesOfY() {
+    for (const NumberColumn& x : x_) {
+      std::vector<std::string> copied;
+      for (const NumberColumn& y : y_) {
+        if (AreCopies(x.cells, y.cells)) copied.push_back(y.name);
+      }
+      if (copied.empty()) continue;
+      notes_->Add("column " + Quoted(x.name) + " of X is a copy of " + Listed(copied, kColumnsNamed) +
+                      ", but for shift and scale, so that any model of it predicts well",
+                  Remedy::LeaveOutColumn);
+    }
   }
 
   /// Constant columns are left out, and lose nothing.
@@ -283,6 +324,7 @@ class Selection {
       notes_->Add(std::to_string(recipe_.groups) + " groups are cut to " + std::to_string(rows) +
                   ", the number of rows");
     }
+    if (recipe_.judgeComponents) NoteReplicates(data_.rowNames, notes_);
     data_.groups = GetDeafultCVGroupsVector(rows, data_.rounds);
   }
 
@@ -366,6 +408,21 @@ int CountYColumns(const Table& table, const YRecipe& recipe) {
   std::vector<std::string> labels;
   for (int row = 0; row < table.Rows(); ++row) labels.push_back(LabelOf(table, row, column));
   return static_cast<int>(ClassesOf(labels).names.size());
+}
+
+void NoteReplicates(const std::vector<std::string>& rowNames, Notes* notes) {
+  std::map<std::string, int> counts;
+  for (const std::string& name : rowNames) {
+    if (!name.empty()) ++counts[name];
+  }
+  std::vector<std::string> replicated;
+  for (const auto& [name, count] : counts) {
+    if (count > 1) replicated.push_back(name);
+  }
+  if (replicated.empty()) return;
+  notes->Add("names of several rows: " + Listed(replicated, kReplicatesNamed) +
+                 ". Replicates should be left out together, or a row's twin that stays in tells its value",
+             Remedy::NameGroups);
 }
 
 std::string LeftOutText(const ModelData& data) {

@@ -61,6 +61,10 @@ KALMIA_EXPORT int CountYColumns(const Table& table, const YRecipe& recipe);
 /// "constant columns: a, b; empty columns: c", what was left out of X for want of variance; empty if nothing was.
 KALMIA_EXPORT std::string LeftOutText(const ModelData& data);
 
+/// Says which names several rows have, where rows are left out one by one and not by a column of groups. A name without
+/// a character is none.
+KALMIA_EXPORT void NoteReplicates(const std::vector<std::string>& rowNames, Notes* notes);
+
 /// Components that a model of these tables can have at most: as many as `asked` for, min(rows - 1, X columns), and,
 /// where none are asked for, 15. Notes a cut.
 KALMIA_EXPORT int MostComponents(const ModelData& data, const std::optional<int>& asked, Notes* notes);

@@ -4,6 +4,8 @@
 
 #include "kalmia/analysis/model/NewRows.h"
 #include "kalmia/analysis/model/Prediction.h"
+#include "kalmia/analysis/model/PredictionErrors.h"
+#include "kalmia/analysis/model/RowDiagnosis.h"
 #include "kalmia/analysis/text/Failure.h"
 #include "kalmia/analysis/text/internal/LibraryErrors.h"
 
@@ -19,6 +21,13 @@ bool PredictsNothing(const Model& model) {
 }
 bool PredictsNothing(const StoredO2PLS& model) { return model.Components() == 0; }
 
+/// What measured values of Y should not be taken for.
+void NoteErrors(const YModelInfo& model, const PLSPredictions& result, Notes* notes) {
+  NoteUncovered(model, result, notes);
+  NoteOwnRows(model, result.rows, result.diagnosis, notes);
+}
+void NoteErrors(const StoredPCA& /*model*/, const PCAPredictions& /*result*/, Notes* /*notes*/) {}
+
 template <class Model>
 auto PredictNewRows(const Model& model, const Table& table, const std::string& id, NCProgress* progress) {
   if (PredictsNothing(model)) throw BadRequest("the model has no component, and predicts nothing");
@@ -26,6 +35,7 @@ auto PredictNewRows(const Model& model, const Table& table, const std::string& i
     Notes notes;
     NewRows rows = ReadNewRows(model, table, id, &notes, progress);
     auto result = PredictTable(model, table, std::move(rows), &notes, progress);
+    NoteErrors(model, result, &notes);
     NoteNoDistances(model, model.Components(), &notes);
     result.notes = std::move(notes);
     return result;

@@ -5,6 +5,7 @@
 
 #include "kalmia/analysis/model/TrainingRows.h"
 #include "kalmia/analysis/text/DisplayText.h"
+#include "kalmia/containers/Missing.h"
 
 namespace kalmia::analysis {
 
@@ -32,6 +33,19 @@ void NoteNoIntervals(const YModelInfo& model, Notes* notes) {
   if (without.empty()) return;
   notes->Add("no prediction intervals of " + Listed(without, kColumnsNamed) +
              ": the model was not judged by full refits, or has too few rows");
+}
+
+constexpr double kRounding = 1e-3;  ///< of T2 and distances by scores of single precision, generously
+
+/// Whether both are the same but for roundings, or both no numbers.
+bool AreAlike(double a, double b) {
+  if (std::isnan(a) || std::isnan(b)) return std::isnan(a) && std::isnan(b);
+  return std::fabs(a - b) <= kRounding * std::max({std::fabs(a), std::fabs(b), 1.0});
+}
+
+bool HasHole(const NCDataMatrix<float>& x, std::size_t row) {
+  const NCDataVector<float>& cells = x[static_cast<int>(row) + 1];
+  return std::any_of(cells.begin(), cells.end(), [](float cell) { return cell == kMissingCell<float>; });
 }
 
 /// What needs no Y.
@@ -113,6 +127,22 @@ RowDiagnosis Diagnose(const StoredPCA& model, const std::vector<RowScores>& rows
   NoteLimits(model, model.Components(), notes);
   NoteRowsBeyond(diagnosis, notes);
   return diagnosis;
+}
+
+void NoteOwnRows(const ModelInfo& model, const NewRows& rows, const RowDiagnosis& diagnosis, Notes* notes) {
+  if (!model.rowStatistics || model.rowNames != rows.names) return;
+  bool isAnyComplete = false;
+  for (std::size_t i = 0; i < rows.names.size(); ++i) {
+    if (HasHole(rows.x, i)) continue;
+    isAnyComplete = true;
+    if (!AreAlike(model.rowStatistics->t2[i], diagnosis.t2[i]) ||
+        !AreAlike(model.rowStatistics->absoluteDistances[i], diagnosis.absoluteDistances[i])) {
+      return;
+    }
+  }
+  if (!isAnyComplete) return;
+  notes->Add("these are the rows that the model was fitted to: what is told of them are errors of the fit, and those of "
+             "new rows are larger");
 }
 
 RowDiagnosis DiagnoseTrainingRows(const ModelInfo& model) {

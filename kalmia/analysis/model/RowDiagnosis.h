@@ -3,6 +3,7 @@
 #include <string>
 #include <vector>
 
+#include "kalmia/analysis/model/NewRows.h"
 #include "kalmia/analysis/model/PCAScores.h"
 #include "kalmia/analysis/model/Prediction.h"
 #include "kalmia/analysis/model/RealMatrix.h"
@@ -35,6 +36,13 @@ KALMIA_EXPORT RowDiagnosis Diagnose(const StoredPLS& model, const std::vector<Ro
 KALMIA_EXPORT RowDiagnosis Diagnose(const StoredOPLS& model, const std::vector<RowPrediction>& rows, Notes* notes);
 KALMIA_EXPORT RowDiagnosis Diagnose(const StoredO2PLS& model, const std::vector<RowPrediction>& rows, Notes* notes);
 KALMIA_EXPORT RowDiagnosis Diagnose(const StoredPCA& model, const std::vector<RowScores>& rows, Notes* notes);
+
+/// Says so where rows that were predicted, with names and X cells as `rows`, are the very ones that the model was
+/// fitted to: they have their names, in their order, and those without holes their T2 and absolute distance, within
+/// what roundings make of scores of single precision (0.001, or 0.1 % where they are above 1). Nothing of a model
+/// without its rows, or where all have holes.
+KALMIA_EXPORT void NoteOwnRows(const ModelInfo& model, const NewRows& rows, const RowDiagnosis& diagnosis,
+                               Notes* notes);
 
 /// The same of the rows that the model was fitted to, from its row statistics: their limits are those of training rows,
 /// and they have no intervals. Empty for a model without row statistics.

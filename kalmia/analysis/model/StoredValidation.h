@@ -11,6 +11,12 @@
 
 namespace kalmia::analysis {
 
+/// Of what ClassFigures tells of rows that were left out, what is kept of each number of components.
+struct ClassRates {
+  double accuracy = kNotANumber;
+  double balancedAccuracy = kNotANumber;
+};
+
 /// What full refits say of models of one number of components.
 struct StoredValidationEntry {
   int components = 0;
@@ -23,6 +29,7 @@ struct StoredValidationEntry {
   double q2 = 0.0;
   std::vector<double> rmsecv;   ///< of each Y column, in its units; empty for a model of X alone
   std::vector<double> q2PerY;
+  std::optional<ClassRates> classes;  ///< of left-out rows, where Y are dummies of classes
 };
 
 /// Of a permutation test what is left without its runs.

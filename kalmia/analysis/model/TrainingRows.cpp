@@ -111,6 +111,12 @@ std::size_t RowsBehind(const ModelInfo& model, const DistanceMoments& moments) {
   return (moments.rows + repeats - 1) / repeats;
 }
 
+/// Why no refit tells of rows while they were left out.
+std::string WhyNoRefits(const ModelInfo& model) {
+  if (model.validation) return "the refits do not judge so many components";
+  return model.groups > 0 ? "validation by component makes no full refits" : "no row was left out";
+}
+
 }  // namespace
 
 void DescribeRows(const std::vector<RowPrediction>& rows, const std::vector<std::vector<double>>& measured,
@@ -145,18 +151,20 @@ std::vector<double> TrainingDistances(const ModelInfo& model) {
   return distances;
 }
 
-void NoteLimits(const ModelInfo& model, int components, Notes* notes) {
-  if (!model.rowTerms) return;
-  const RowTerms& terms = *model.rowTerms;
+void NoteLimits(const ModelInfo& model, int components, Notes* notes, const std::string& missing) {
+  const RowTerms none;
+  const RowTerms& terms = model.rowTerms ? *model.rowTerms : none;
   const std::optional<DistanceMoments>& moments = terms.leftOut ? terms.leftOut : terms.distances;
-  if (!moments) return;
-  const std::size_t rows = RowsBehind(model, *moments);
-  if (rows < kFewRows) {
+  const std::size_t rows = moments ? RowsBehind(model, *moments) : 0;
+  if (moments && rows < kFewRows) {
     notes->Add("the limits of the distance rest on " + Counted(rows, "row") + ": they are a guess");
   }
-  if (!terms.leftOut && LimitsOfNewRows(terms, components).distance.at95) {
-    notes->Add("no row was left out: the limits of the distance for new rows are those of the training rows, widened");
+  std::string what = missing.empty() ? "" : "there is no " + missing;
+  if (moments && !terms.leftOut && LimitsOfNewRows(terms, components).distance.at95) {
+    what += std::string(what.empty() ? "" : ", and ") +
+            "the limits of the distance for new rows are those of the training rows, widened";
   }
+  if (!what.empty()) notes->Add(WhyNoRefits(model) + ": " + what);
 }
 
 }  // namespace kalmia::analysis

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <string>
 #include <vector>
 
 #include "kalmia/analysis/model/PCAScores.h"
@@ -47,7 +48,8 @@ KALMIA_EXPORT RealMatrix TrainingScores(const StoredOPLS& model);
 KALMIA_EXPORT std::vector<double> TrainingDistances(const ModelInfo& model);
 
 /// Says what the limits of a model of `components` components rest on, where it is less than it could be: few rows
-/// (each counts once, however often it was left out), or no row that was left out.
-KALMIA_EXPORT void NoteLimits(const ModelInfo& model, int components, Notes* notes);
+/// (each counts once, however often it was left out), or no row that was left out by a full refit; then also what else
+/// is `missing` for want of refits.
+KALMIA_EXPORT void NoteLimits(const ModelInfo& model, int components, Notes* notes, const std::string& missing = "");
 
 }  // namespace kalmia::analysis

@@ -132,7 +132,7 @@ std::string OwnLines(const StoredO2PLS& model) {
 std::string OwnLines(const StoredFilter& model) { return LabelledNames("Y", model.yNames); }
 
 std::string OwnTables(const StoredPLS& model) {
-  return ComponentText(model.components, model.yNames) + "\n" + QualityText(model);
+  return ComponentText(model.components, ShownYNames(model)) + "\n" + QualityText(model);
 }
 
 std::string OwnTables(const StoredPCA& model) { return ComponentText(model.components); }

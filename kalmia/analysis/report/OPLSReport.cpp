@@ -194,6 +194,7 @@ std::string OPLSJson(const Table& table, const OPLSAnalysis& analysis, const Not
   json["nested"] = NestedJson(validation);
   json["permutation"] = PermutationJson(fit.model, analysis.permutation);
   json["classes"] = ClassJson(fit.model);
+  AddRowClassesJson(RowClassesOf(fit.model, fit.classes, validation), &json["classes"]);
   json["savedCv"] = TextOrNull(files.savedCv);
   AddRowsJson(fit.model, fit.model.Components(), &json);
   json["contributions"] = ContributionJson(contributions);
@@ -223,7 +224,8 @@ std::vector<CsvFile> OPLSCsvFiles(const OPLSAnalysis& analysis, const CsvMarks& 
       CoefficientsCsv(CoefficientsOf(model), model, marks, &jackKnife),
       VipCsv(model.xNames, ImportancesOf(model), importances, marks),
       RowsCsv(model, marks),
-      FitCsv("fit.csv", data.rowNames, data.yNames, data.measuredY, fit.fitted, marks, &leftOut)};
+      FitCsv("fit.csv", data.rowNames, data.yNames, data.measuredY, fit.fitted, marks, &leftOut,
+                 RowClassesOf(model, fit.classes, analysis.validation ? &*analysis.validation : nullptr))};
   if (analysis.recipe.method != ValidationMethod::Component) return csvFiles;
   const CrossValidatedScores& left = fit.crossValidated;
   csvFiles.push_back(

@@ -90,7 +90,7 @@ std::string RefittedText(const PLSAnalysis& analysis) {
 std::string UnrefittedText(const PLSAnalysis& analysis) {
   const PLSResult& fit = analysis.fit;
   std::string text;
-  if (!fit.components.empty()) text = ComponentText(fit.components, fit.data.yNames) + "\n";
+  if (!fit.components.empty()) text = ComponentText(fit.components, ShownYNames(fit.model)) + "\n";
   if (!fit.IsUsable()) return text + NothingText(fit);
   const bool isJudged = analysis.recipe.method == ValidationMethod::Component;
   return text + KeptText(fit.model) + ", " + (isJudged ? GroupsText(fit.model) : "not validated") + EndText(fit) +
@@ -229,6 +229,7 @@ std::string PLSJson(const Table& table, const PLSAnalysis& analysis, const Notes
   json["nested"] = NestedJson(validation);
   json["permutation"] = PermutationJson(fit.model, analysis.permutation);
   json["classes"] = ClassJson(fit.model);
+  AddRowClassesJson(RowClassesOf(fit.model, fit.classes, validation), &json["classes"]);
   AddRowsJson(fit.model, fit.model.Components(), &json);
   json["contributions"] = ContributionJson(contributions);
   json["digest"] = DigestJson(fit.model);
@@ -257,7 +258,8 @@ std::vector<CsvFile> PLSCsvFiles(const PLSAnalysis& analysis, const CsvMarks& ma
           CoefficientsCsv(CoefficientsOf(model), model, marks, &jackKnife),
           VipCsv(model.xNames, ImportancesOf(model), importances, marks),
           RowsCsv(model, marks),
-          FitCsv("fit.csv", data.rowNames, data.yNames, data.measuredY, fit.fitted, marks, &leftOut)};
+          FitCsv("fit.csv", data.rowNames, data.yNames, data.measuredY, fit.fitted, marks, &leftOut,
+                 RowClassesOf(model, fit.classes, analysis.validation ? &*analysis.validation : nullptr))};
 }
 
 std::vector<std::string> PLSCsvFileNames() {

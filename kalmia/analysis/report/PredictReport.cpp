@@ -5,6 +5,7 @@
 #include <limits>
 
 #include "kalmia/analysis/file/ModelFile.h"
+#include "kalmia/analysis/model/PredictionErrors.h"
 #include "kalmia/analysis/report/internal/ClassReport.h"
 #include "kalmia/analysis/report/internal/ContributionReport.h"
 #include "kalmia/analysis/report/internal/RowReport.h"
@@ -24,6 +25,9 @@ constexpr int kScoreDigits = 5;
 constexpr int kMostMoreDigits = 10;
 constexpr int kDistanceDecimals = 3;
 constexpr int kErrorDigits = 5;
+constexpr int kBiasDigits = 3;
+constexpr double kLeastBias = 1e-4;  ///< of RMSEP, to be shown in a text
+constexpr int kSlopeDecimals = 3;
 constexpr int kLogOddsDigits = 4;
 
 /// How many digits predictions of a Y column, from 0, need: those of a column far from zero as many more as its shift
@@ -38,37 +42,24 @@ int PredictionDigits(const YModelInfo& model, const PLSPredictions& result, std:
   return kPredictionDigits + static_cast<int>(std::clamp<double>(more, 0.0, kMostMoreDigits));
 }
 
-/// Root mean square error over the rows that have a measured and a predicted value.
-struct PredictionError {
-  int rows = 0;
-  double rmsep = 0.0;
-};
-
-/// Of Y column j, from 0.
-PredictionError ErrorOf(const PLSPredictions& result, std::size_t j) {
-  PredictionError error;
-  double sum = 0.0;
-  for (std::size_t i = 0; i < result.measured[j].size(); ++i) {
-    if (std::isnan(result.measured[j][i]) || result.predictions[i].y.empty()) continue;
-    const double difference = result.measured[j][i] - result.predictions[i].y[j];
-    sum += difference * difference;
-    ++error.rows;
-  }
-  error.rmsep = std::sqrt(sum / error.rows);
-  return error;
+/// Beside RMSEP: what is next to nothing of it, as of rows that the model was fitted to, is 0.
+std::string BiasText(const PredictionError& error) {
+  const bool isNone = std::fabs(error.bias) < kLeastBias * error.rmsep;
+  return isNone ? "0" : Significant(error.bias, kBiasDigits);
 }
 
 std::string ErrorText(const YModelInfo& model, const PLSPredictions& result) {
   TextTable table;
   table.AddColumn("Y", TextTable::Align::Left);
   table.AddColumn("rows", TextTable::Align::Right);
-  table.AddColumn("RMSEP", TextTable::Align::Right);
+  for (const char* title : {"RMSEP", "bias", "slope", "covered"}) table.AddColumn(title, TextTable::Align::Right);
   bool any = false;
   for (std::size_t j = 0; j < model.yNames.size(); ++j) {
     const PredictionError error = ErrorOf(result, j);
     if (error.rows == 0) continue;
     any = true;
-    table.AddRow({model.yNames[j], std::to_string(error.rows), Significant(error.rmsep, kErrorDigits)});
+    table.AddRow({model.yNames[j], std::to_string(error.rows), Significant(error.rmsep, kErrorDigits),
+                  BiasText(error), Fixed(error.slope, kSlopeDecimals), Fixed(error.covered, kSlopeDecimals)});
   }
   return any ? "\n" + table.Text() : "";
 }
@@ -283,7 +274,12 @@ void AddPredictJson(const YModelInfo& model, const PLSPredictions& result, Json*
   Json errors = Json::array();
   for (std::size_t j = 0; j < (model.classes ? 0 : model.yNames.size()); ++j) {
     const PredictionError error = ErrorOf(result, j);
-    errors.push_back({{"name", model.yNames[j]}, {"rows", error.rows}, {"rmsep", JsonNumber(error.rmsep)}});
+    errors.push_back({{"name", model.yNames[j]},
+                      {"rows", error.rows},
+                      {"rmsep", JsonNumber(error.rmsep)},
+                      {"bias", JsonNumber(error.bias)},
+                      {"slope", JsonNumber(error.slope)},
+                      {"covered", JsonNumber(error.covered)}});
   }
   (*json)["errors"] = errors;
   if (result.classes) (*json)["classes"] = TallyJson(model, *result.classes);

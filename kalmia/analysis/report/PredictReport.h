@@ -23,7 +23,7 @@ struct PredictFiles {
 
 /// A line for each row: what is predicted of Y with its interval, beside what was measured, or its class with the
 /// logarithm of the odds, or its scores; T2, the distance to the model, the limits that it passes, and why nothing can
-/// be said. Below it the limits, the root mean square error of each Y that was measured, or how many rows of each class
+/// be said. Below it the limits, how each Y that was measured was met (PredictionError), or how many rows of each class
 /// are assigned to which, and what columns contribute to rows that were asked for.
 KALMIA_EXPORT std::string PredictText(const YModelInfo& model, const Table& table, const PLSPredictions& result,
                                       const std::vector<RowContributions>& contributions = {});

@@ -9,7 +9,7 @@
 
 namespace kalmia::analysis {
 
-/// What may help after a failure. How it is done depends on who asks: by an option of a command, by an argument.
+/// What may help after a failure, or in what a note tells of. How it is done depends on who asks: by an option of a command, by an argument.
 enum class Remedy {
   None,
   NameMissingWords,        ///< say which further words stand for missing cells
@@ -22,6 +22,9 @@ enum class Remedy {
   GiveMemoryOrFolder,      ///< allow more memory, or name another folder of temporary files
   TakeSpreadOfValues,      ///< take the standard deviation from the values
   NameClasses,             ///< name the column as one of classes
+  ChooseOtherwise,         ///< choose the number of components by another rule, or give it
+  LeaveOutColumn,          ///< leave the column out of X
+  NameGroups,              ///< name a column whose values tell which rows are left out together
 };
 
 /// Where in a table or in a recipe something is wrong, as far as that is known.

@@ -84,6 +84,8 @@ ClassFigures JudgeClasses(const std::vector<int>& classOfRow, const RealMatrix& 
   return figures;
 }
 
+void WithoutAuc(ClassFigures* figures) { figures->auc.assign(figures->auc.size(), kNotANumber); }
+
 double AreaUnderCurve(const std::vector<double>& scores, const std::vector<bool>& isPositive) {
   std::vector<std::pair<double, bool>> rows;
   for (std::size_t i = 0; i < scores.size(); ++i) {

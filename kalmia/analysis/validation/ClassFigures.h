@@ -12,6 +12,10 @@ namespace kalmia::analysis {
 /// class is a number below C, or -1.
 KALMIA_EXPORT ClassFigures JudgeClasses(const std::vector<int>& classOfRow, const RealMatrix& values);
 
+/// Takes the areas under the curves away from figures whose values order no rows, as those of a model without
+/// components do: they are not numbers then.
+KALMIA_EXPORT void WithoutAuc(ClassFigures* figures);
+
 /// The area under the ROC curve, as Mann and Whitney's statistic: the share of pairs of a positive and a negative row
 /// in which the positive one scores higher; equal scores count as half. Scores that are not numbers do not count,
 /// infinite ones do. Not a number without a pair. Cost: n log n.

@@ -133,8 +133,9 @@ Comparison Compare(const std::vector<Candidate>& candidates, const Table& table,
     judged.push_back(Judge(candidate, table, validation, progress));
     RequireComparable(candidate, judged.back().validation, candidates.front(), judged.front().validation);
     errors.push_back(ErrorsOf(judged.back().validation));
-    for (const std::string& line : judged.back().validation.notes.Lines()) {
-      comparison.notes.Add(candidate.name + ": " + line);
+    const Notes& notes = judged.back().validation.notes;
+    for (std::size_t i = 0; i < notes.Lines().size(); ++i) {
+      comparison.notes.Add(candidate.name + ": " + notes.Lines()[i], notes.Remedies()[i]);
     }
   }
   comparison.yNames = judged.front().validation.yNames;

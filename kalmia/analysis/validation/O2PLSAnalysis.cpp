@@ -53,7 +53,10 @@ O2PLSAnalysis Analyse(const O2PLSRecipe& recipe, const Table& xTable, const Tabl
   analysis.fit = Fit(judged, xTable, yTable, progress);
   if (validation.method == ValidationMethod::None) analysis.fit.model.groups = 0;
   if (validation.method == ValidationMethod::Refit) JudgeByRefit(judged, xTable, yTable, &analysis, progress);
-  if (analysis.fit.AnyKept()) NoteLimitsOfBlocks(&analysis.fit);
+  if (analysis.fit.AnyKept()) {
+    NoteLimitsOfBlocks(&analysis.fit);
+    NoteDependentRows(analysis.fit.model, &analysis.fit.notes);
+  }
   return analysis;
 }
 

@@ -39,6 +39,7 @@ PCAAnalysis Analyse(const PCARecipe& recipe, const Table& table, const Validatio
   }
   if (validation.method == ValidationMethod::None) analysis.fit.model.groups = 0;
   NoteLimits(analysis.fit.model, analysis.fit.model.Components(), &analysis.fit.notes);
+  NoteDependentRows(analysis.fit.model, &analysis.fit.notes);
   return analysis;
 }
 

@@ -17,7 +17,7 @@
 
 namespace kalmia::analysis {
 
-/// How well classes are found in rows that were left out.
+/// How well classes are found in rows that were left out, by the model that was chosen or given.
 struct ClassValidation {
   Classes classes;
   /// N x C, of the discriminant rules that the rounds learnt, a mean over the repeats; not numbers where a row could
@@ -35,6 +35,7 @@ struct NestedValidation {
   std::vector<std::size_t> models;  ///< that the rounds chose, repeat after repeat
   double q2 = 0.0;
   std::vector<double> rmsecv, q2PerY;  ///< of each Y column, as LeftOutErrors has them
+  std::optional<ClassFigures> classes;  ///< where Y are their dummies
 };
 
 /// What full refits say of models of N rows, K columns of X and M of Y, whatever their family. Rows and columns are
@@ -47,6 +48,8 @@ struct RefitValidation {
   int block = 1;
   LeftOutErrors errors;                   ///< of model 0 to the last one that all rounds can have
   std::vector<double> r2x, r2y;  ///< of these models, fitted to all rows: shares of the sums of squares of X and of Y
+  /// Of these models where Y are dummies of classes, by rules that the rounds learnt.
+  std::vector<ClassFigures> classFigures;
   std::optional<ComponentChoice> choice;  ///< among these models; nothing where the number was given
   std::size_t model = 0;                  ///< that was chosen, or given
   int components = 0;                     ///< that it has

@@ -104,6 +104,8 @@ StoredValidation JudgementOf(const RefitValidation& validation, const Validation
     entry.components = validation.ComponentsOf(a);
     entry.r2x = validation.r2x[a];
     entry.r2y = validation.r2y[a];
+    if (validation.classFigures.empty()) continue;
+    entry.classes = ClassRates{validation.classFigures[a].accuracy, validation.classFigures[a].balancedAccuracy};
   }
   if (!validation.classes) stored.cvAnova = validation.cvAnova;
   stored.jackKnife = JackKnifeOf(validation);

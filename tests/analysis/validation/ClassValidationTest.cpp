@@ -3,12 +3,14 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <map>
 #include <string>
 
 #include "FailureOf.h"
 #include "TestTables.h"
 #include "kalmia/analysis/fit/OPLSResult.h"
 #include "kalmia/analysis/fit/PLSResult.h"
+#include "kalmia/analysis/model/DiscriminantRule.h"
 #include "kalmia/analysis/text/Failure.h"
 #include "kalmia/analysis/validation/OPLSValidation.h"
 #include "kalmia/analysis/validation/PLSValidation.h"
@@ -58,6 +60,42 @@ TEST(ClassValidation, FindsIrisesAndWinesThatWereLeftOut) {
   EXPECT_NEAR(Found(Validate(Cultivars(2), wine).classes->figures), 175, 1);
   EXPECT_EQ(Found(Validate(Cultivars(3), wine).classes->figures), 175);
   EXPECT_EQ(Found(Validate(Cultivars(4), wine).classes->figures), 175);
+}
+
+// The same figures, told of each number of components at once.
+TEST(ClassValidation, JudgesAllNumbersOfComponents) {
+  const PLSValidation validation = Validate(Species(4), CsvAt(PathOfIris()));
+  ASSERT_EQ(validation.classFigures.size(), 5U);
+  const double found[] = {50, 0, 138, 145, 147};
+  for (const std::size_t a : {0U, 2U, 3U, 4U}) EXPECT_EQ(validation.classFigures[a].accuracy, found[a] / 150) << a;
+  for (const double auc : validation.classFigures[0].auc) EXPECT_TRUE(std::isnan(auc));
+  EXPECT_GT(validation.classFigures[1].auc[0], 0.9);
+}
+
+// Each round's own number of components, and the class that the validation of that number gives the row.
+TEST(ClassValidation, ThatIsNestedFindsWhatEachRoundsOwnNumberFinds) {
+  const Table iris = CsvAt(PathOfIris());
+  ValidationRecipe nested;
+  nested.nested = true;
+  nested.folds.scheme = FoldScheme::Random;
+  PLSRecipe recipe = Species();
+  recipe.groups = 5;
+  const PLSValidation validation = Validate(recipe, iris, nested);
+  ASSERT_TRUE(validation.nested && validation.nested->classes);
+  ASSERT_EQ(validation.nested->models.size(), 5U);
+  int found = 0;
+  nested.nested = false;
+  for (std::size_t i = 0; i < 150; ++i) {
+    const auto group = static_cast<std::size_t>(validation.folds.groupOfRow.front()[i]);
+    recipe.components = static_cast<int>(validation.nested->models[group]);
+    static std::map<int, std::vector<int>> assigned;
+    if (assigned.count(*recipe.components) == 0) {
+      assigned[*recipe.components] = AssignedClasses(Validate(recipe, iris, nested).classes->values);
+    }
+    found += assigned[*recipe.components][i] == validation.classes->classes.classOfRow[i] ? 1 : 0;
+  }
+  EXPECT_EQ(Found(*validation.nested->classes), found);
+  EXPECT_EQ(validation.nested->classes->accuracy, found / 150.0);
 }
 
 TEST(ClassValidation, TakesAColumnOfTextsAsYForClasses) {

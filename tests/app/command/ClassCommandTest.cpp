@@ -5,6 +5,7 @@
 
 #include "CommandRun.h"
 #include "TestTables.h"
+#include "kalmia/analysis/table/Table.h"
 
 namespace {
 
@@ -12,6 +13,7 @@ using nlohmann::json;
 using ::testing::ElementsAre;
 using ::testing::HasSubstr;
 using ::testing::IsEmpty;
+using ::testing::Not;
 
 TEST(ClassModel, TellsHowWellWinesAreFoundThatWereLeftOut) {
   for (const char* command : {"pls", "opls"}) {
@@ -110,6 +112,111 @@ TEST(ClassModel, WithoutComponentsSaysWhichClassAllRowsGoTo) {
     EXPECT_THAT(equal.output, HasSubstr(": all rows go to big, the first class of the largest prior.\n")) << command;
     EXPECT_THAT(data.output, HasSubstr(": all rows go to small, the class of the largest prior.\n")) << command;
     EXPECT_THAT(data.output, HasSubstr("small             0         8\n"));
+  }
+}
+
+/// Two classes that x1 tells apart, or, with a `gap` of 0, does not.
+std::string OakAndElm(int rows, int gap) {
+  std::string table = "name,kind,x1,x2\n";
+  for (int i = 0; i < rows; ++i) {
+    table += "r" + std::to_string(i) + (i % 2 == 0 ? ",oak," : ",elm,") + std::to_string(i * 3 % 5 + gap * (i % 2)) +
+             "," + std::to_string(i * 5 % 11) + "\n";
+  }
+  return table;
+}
+
+TEST(ClassModel, TellsTheClassOfEachRowFittedAndLeftOut) {
+  for (const char* command : {"pls", "opls"}) {
+    const ScratchFolder folder;
+    const json classes = RunWell({command, ExampleTable("wine.csv"), "--classes", "cultivar", "--id", "sample", "--csv",
+                                  folder.Path("d"), "--json"})
+                             .Json()["classes"];
+    const kalmia::analysis::Table csv = CsvAt(folder.Path("d/fit.csv"));
+    const int measured = csv.Find("measured cultivar"), fitted = csv.Find("class"), leftOut = csv.Find("cv class");
+    ASSERT_TRUE(measured >= 0 && fitted >= 0 && leftOut >= 0);
+    std::vector<std::vector<int>> confusion(3, std::vector<int>(3, 0)), confusionCv = confusion;
+    for (int row = 0; row < csv.Rows(); ++row) {
+      const auto i = static_cast<std::size_t>(row);
+      EXPECT_EQ(csv.Cell(row, measured), classes["measured"][i]);
+      EXPECT_EQ(csv.Cell(row, fitted), classes["assigned"][i]);
+      EXPECT_EQ(csv.Cell(row, leftOut), classes["assignedCv"][i]);
+      const std::size_t own = std::stoul(csv.Cell(row, measured)) - 1;
+      ++confusion[own][std::stoul(csv.Cell(row, fitted)) - 1];
+      ++confusionCv[own][std::stoul(csv.Cell(row, leftOut)) - 1];
+    }
+    EXPECT_EQ(json(confusion), classes["confusion"]);
+    EXPECT_EQ(json(confusionCv), classes["confusionCv"]);
+  }
+}
+
+TEST(ClassModel, HasNoClassForRowsThatHaveNone) {
+  std::string table = OakAndElm(24, 6);
+  table.replace(table.find("r3,elm"), 6, "r3,");
+  const json fit = RunWell({"pls", "-", "--y", "kind", "--id", "name", "--json"}, table).Json();
+  EXPECT_TRUE(fit["classes"]["measured"][3].is_null());
+  EXPECT_EQ(fit["classes"]["assigned"][3], "elm");
+  const json unjudged =
+      RunWell({"pls", "-", "--y", "kind", "--id", "name", "--components", "1", "--validation", "none", "--json"}, table)
+          .Json();
+  EXPECT_EQ(unjudged["classes"]["assigned"], fit["classes"]["assigned"]);
+  EXPECT_TRUE(unjudged["classes"]["assignedCv"].is_null());
+}
+
+TEST(ClassModel, TellsHowManyRowsEachNumberOfComponentsFinds) {
+  const std::vector<std::string> line = {"pls", ExampleTable("wine.csv"), "--classes", "cultivar", "--id", "sample"};
+  std::vector<std::string> asJson = line;
+  asJson.emplace_back("--json");
+  const json fit = RunWell(asJson).Json(), models = fit["validation"]["components"];
+  const std::size_t kept = fit["kept"];
+  EXPECT_EQ(models[kept]["accuracy"], fit["classes"]["accuracyCv"]);
+  EXPECT_EQ(models[kept]["balancedAccuracy"], fit["classes"]["balancedAccuracyCv"]);
+  EXPECT_LT(models[0]["accuracy"], models[1]["accuracy"]);
+  EXPECT_LT(models[1]["accuracy"], models[2]["accuracy"]);
+  EXPECT_THAT(RunWell(line).output, HasSubstr("Q2  accuracy  balanced"));
+  const ScratchFolder folder;
+  asJson.insert(asJson.end(), {"--save", folder.Path("m")});
+  RunWell(asJson);
+  EXPECT_EQ(RunWell({"info", folder.Path("m"), "--json"}).Json()["validation"]["components"], models);
+  const json numbers = RunWell({"pls", ExampleTable("wine.csv"), "--y", "alcohol", "--id", "sample", "--json"}).Json();
+  EXPECT_FALSE(numbers["validation"]["components"][1].contains("accuracy"));
+}
+
+TEST(ClassModel, TellsHowManyRowsAChoiceOfItsOwnFinds) {
+  std::vector<std::string> line = {"pls", ExampleTable("wine.csv"), "--classes", "cultivar", "--id", "sample"};
+  line.emplace_back("--nested");
+  EXPECT_THAT(RunWell(line).output, HasSubstr(" of 3;\naccuracy 0.9"));
+  line.emplace_back("--json");
+  const json nested = RunWell(line).Json()["nested"];
+  EXPECT_GT(nested["accuracy"], 0.95);
+  EXPECT_GT(nested["balancedAccuracy"], 0.95);
+}
+
+TEST(ClassModel, SaysWhereTheRuleKeepsNothingAndWhatDoes) {
+  const std::vector<std::string> line = {"pls", "-", "--y", "kind", "--id", "name"};
+  const CommandResult run = RunWell(line, OakAndElm(20, 0));
+  EXPECT_THAT(run.error, HasSubstr("note: the rule keeps no component, so that all rows go to one class."));
+  EXPECT_THAT(run.error, HasSubstr(": --select min, q2 or randomisation may keep some, --components N"));
+  EXPECT_THAT(run.output, HasSubstr("elm          1.000        0.000    -\n")) << "no rows are ordered";
+  std::vector<std::string> given = line;
+  given.insert(given.end(), {"--components", "0", "--json"});
+  const CommandResult asked = RunWell(given, OakAndElm(20, 0));
+  EXPECT_THAT(asked.error, Not(HasSubstr("the rule keeps no component")));
+  EXPECT_TRUE(asked.Json()["classes"]["auc"]["oak"].is_null());
+  EXPECT_THAT(RunWell(line, OakAndElm(24, 6)).error, Not(HasSubstr("the rule keeps no component")));
+}
+
+TEST(ClassModel, OfTwoClassesPrintsWhatIsTheSameOnce) {
+  const std::vector<std::string> line = {"pls", "-", "--y", "kind", "--id", "name", "--components", "1"};
+  const std::string text = RunWell(line, OakAndElm(24, 6)).output;
+  EXPECT_THAT(text, HasSubstr("R2Y      Q2   RMSECV  accuracy"));
+  EXPECT_THAT(text, HasSubstr("\n  elm and oak    24  "));
+  EXPECT_THAT(text, Not(HasSubstr("components  Y")));
+  for (const char* method : {"none", "component"}) {
+    std::vector<std::string> other = line;
+    other.insert(other.end(), {"--validation", method});
+    EXPECT_THAT(RunWell(other, OakAndElm(24, 6)).output, Not(HasSubstr("component  Y"))) << method;
+    other.emplace_back("--json");
+    EXPECT_EQ(RunWell(other, OakAndElm(24, 6)).Json()["quality"].size(), 2U);
   }
 }
 

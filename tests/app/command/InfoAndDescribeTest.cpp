@@ -112,9 +112,10 @@ TEST(Info, ShowsBothWaysOfATwoBlockModelAndTheClassesOfOthers) {
   EXPECT_EQ(RunKalmia({"info", model, "--json"}).Json()["validation"], fit["validation"]);
   EXPECT_THAT(RunKalmia({"info", model}).output, HasSubstr("Q2 of X from Y"));
   for (const char* method : {"refit", "component", "none"}) {
-    const json wine = RunKalmia({"pls", ExampleTable("wine.csv"), "--classes", "cultivar", "--id", "sample",
+    json wine = RunKalmia({"pls", ExampleTable("wine.csv"), "--classes", "cultivar", "--id", "sample",
                                  "--components", "2", "--validation", method, "--json", "--save", model})
                           .Json();
+    for (const char* ofRows : {"measured", "assigned", "assignedCv"}) wine["classes"].erase(ofRows);  // of the fit alone
     EXPECT_EQ(RunKalmia({"info", model, "--json"}).Json()["classes"], wine["classes"]);
     EXPECT_THAT(RunKalmia({"info", model}).output, HasSubstr("as 3"));
   }

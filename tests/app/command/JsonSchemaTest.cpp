@@ -115,6 +115,10 @@ TEST(JsonSchema, HoldsForEveryOutput) {
   ExpectValid("kalmia-predict", RunKalmia({"predict", model, table, "--json", "--csv", folder.Path("d")}).Json());
   ExpectValid("kalmia-predict", RunKalmia({"predict", model, table, "--json", "--contributions", "1"}).Json());
   ExpectValid("kalmia-predict", RunKalmia({"predict", model, "-", "--json"}, "a\n1\nNA\n").Json());
+  ExpectValid("kalmia-pls", RunKalmia({"pls", ExampleTable("wine.csv"), "--classes", "cultivar", "--nested", "--json"})
+                                .Json());
+  ExpectValid("kalmia-opls", RunKalmia({"opls", ExampleTable("wine.csv"), "--classes", "cultivar", "--nested", "--json"})
+                                 .Json());
   ExpectValid("kalmia-pls", RunKalmia({"pls", "-", "--y", "c", "--components", "1", "--json", "--save", model},
                                       "c,x,z\np,1,2\nq,2,5\np,1,3\nq,3,4\np,2,1\nq,3,6\n")
                                 .Json());

@@ -107,13 +107,31 @@ TEST(PLSRefit, SaysWhatEachRuleCompared) {
     int kept;
   } kRules[] = {{"one-se", "is at most ", 5},
                 {"randomisation", "with p above 0.05000: p is ", 3},
-                {"min", "the least squared error of left-out rows", 5},
-                {"q2", "one more lowers the squared error of left-out rows by ", 3}};
+                {"min", "the least mean squared error of scaled Y in left-out rows", 5},
+                {"q2", "one more lowers the squared error of scaled Y in left-out rows by ", 3}};
   for (const auto& rule : kRules) {
     SCOPED_TRACE(rule.rule);
     EXPECT_THAT(RunWell(Octane({"--select", rule.rule})).output, HasSubstr(rule.text));
     EXPECT_EQ(RunWell(Octane({"--select", rule.rule, "--json"})).Json()["kept"], rule.kept);
   }
+}
+
+/// The first number behind a text; not a number without one.
+double NumberBehind(const std::string& words, const std::string& text) {
+  const std::size_t at = text.find(words);
+  EXPECT_NE(at, std::string::npos) << words;
+  return at == std::string::npos ? NAN : std::stod(text.substr(at + words.size()));
+}
+
+// Octane has one column, so that PRESS / 60 rows is the mean of the squared errors of scaled Y that one-se compares.
+TEST(PLSRefit, NamesTheUnitsOfWhatOneStandardErrorCompares) {
+  const std::string text = RunWell(Octane()).output;
+  const json models = RunWell(Octane({"--json"})).Json()["validation"]["components"];
+  const double own = NumberBehind("mean squared error of scaled Y in left-out rows, ", text);
+  const double limit = NumberBehind("is at most ", text), least = NumberBehind(": the least, ", text);
+  EXPECT_NEAR(own, models[5]["press"].get<double>() / 60, 1e-3 * own);  // four digits are printed
+  EXPECT_NEAR(least, own, 1e-3 * own);                                  // 5 components have the least themselves
+  EXPECT_NEAR(limit, least + NumberBehind("and its standard error, ", text), 1e-3 * limit);
 }
 
 TEST(PLSRefit, GivesTheMeanWhereNothingIsFound) {
@@ -312,9 +330,13 @@ TEST(PLSRefit, SaysThatCvAnovaIsOfRefits) {
   for (const char* command : {"pls", "opls"}) {
     const Words line = {command, "-", "--id", "name", "--y", "y"};
     EXPECT_THAT(RunWell(line + Words{"--validation", "component"}, LinearTable(20, 4, 1)).error,
-                HasSubstr("note: no CV-ANOVA: it takes the errors of full refits\n"));
+                HasSubstr("note: validation by component makes no full refits: there is no CV-ANOVA"));
     EXPECT_THAT(RunWell(line, LinearTable(20, 4, 1)).error, Not(HasSubstr("CV-ANOVA")));
   }
+  const std::string notes = RunWell(Octane({"--validation", "component"})).error;
+  EXPECT_THAT(notes, HasSubstr("note: validation by component makes no full refits: there is no CV-ANOVA, and the limits "
+                               "of the distance for new rows are those of the training rows, widened\n"));
+  EXPECT_THAT(notes, Not(HasSubstr("no row was left out")));
 }
 
 TEST(PLSRefit, NamesWhatANestedValidationTakes) {

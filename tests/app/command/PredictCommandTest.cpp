@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <iomanip>
 #include <sstream>
 
 #include "CommandRun.h"
@@ -176,6 +177,76 @@ TEST_F(Predict, ShowsMeasuredValuesBesideThePredictions) {
   const double third = result["rows"][2]["predicted"][0].get<double>() - 42.5;
   EXPECT_DOUBLE_EQ(result["errors"][0]["rmsep"], std::sqrt((first * first + third * third) / 2));
   EXPECT_EQ(Json(std::string(kHeader) + kRow)["errors"][0]["rmsep"], nullptr);
+}
+
+TEST_F(Predict, TellsHowPredictionsMeetMeasuredValues) {
+  // Two rows that err by 1 and by -3 of what is predicted, far beyond the interval, and one next to it.
+  const json plain = Json(std::string(kHeader) + "5.1,10.2,15.3,19.8,25.5\n5,10,15,20,26\n4,11,15,20,25\n");
+  double p[3], y[3], meanP = 0, meanY = 0, products = 0, squares = 0;
+  const double errors[] = {1.0, -3.0, 0.001};
+  std::string table = "x1,x2,x3,x4,x5,y\n";
+  const char* const cells[] = {"5.1,10.2,15.3,19.8,25.5,", "5,10,15,20,26,", "4,11,15,20,25,"};
+  for (int i = 0; i < 3; ++i) {
+    p[i] = plain["rows"][i]["predicted"][0].get<double>();
+    std::ostringstream number;
+    number << std::setprecision(17) << p[i] - errors[i];
+    y[i] = std::stod(number.str());
+    table += cells[i] + number.str() + "\n";
+    meanP += p[i] / 3;
+    meanY += y[i] / 3;
+  }
+  for (int i = 0; i < 3; ++i) {
+    products += (p[i] - meanP) * (y[i] - meanY);
+    squares += (p[i] - meanP) * (p[i] - meanP);
+  }
+  const json error = Json(table)["errors"][0];
+  EXPECT_NEAR(error["bias"], (1.0 - 3.0 + 0.001) / 3, 1e-12);  // of doubles around 40
+  EXPECT_NEAR(error["slope"], products / squares, 1e-9);
+  EXPECT_DOUBLE_EQ(error["covered"], 1.0 / 3);
+  EXPECT_THAT(Run(table).output, HasSubstr("RMSEP    bias  slope  covered\n"));
+  const json alone = Json("x1,x2,x3,x4,x5,y\n5.1,10.2,15.3,19.8,25.5,41\n")["errors"][0];
+  EXPECT_TRUE(alone["slope"].is_null());
+  EXPECT_TRUE(Json(std::string(kHeader) + kRow)["errors"][0]["bias"].is_null());
+}
+
+TEST_F(Predict, AsksForTheUnitsOfMeasuredValuesOutsideTheirIntervals) {
+  const std::string fresh = LinearTable(12, 5, 77);
+  EXPECT_THAT(Run(fresh).error, Not(HasSubstr("in the units")));
+  // The same in hundredths: the last column of each line is y.
+  const auto inHundredths = [&fresh](int rows) {
+    std::istringstream lines(fresh);
+    std::string line, table;
+    std::getline(lines, line);
+    table = line + "\n";
+    for (int row = 0; row < rows && std::getline(lines, line); ++row) {
+      const std::size_t comma = line.rfind(',');
+      table += line.substr(0, comma + 1) + std::to_string(std::stod(line.substr(comma + 1)) / 100) + "\n";
+    }
+    return table;
+  };
+  EXPECT_THAT(Run(inHundredths(5)).error,
+              HasSubstr("note: fewer than half of the measured values lie inside their intervals of 95 %, of y: are "
+                        "they in the units of the model?\n"));
+  EXPECT_THAT(Run(inHundredths(4)).error, Not(HasSubstr("in the units"))) << "too few to say";
+  EXPECT_EQ(Json(inHundredths(12))["errors"][0]["covered"], 0.0);
+}
+
+TEST_F(Predict, SaysThatTheRowsAreThoseOfTheModel) {
+  constexpr auto kNote = "these are the rows that the model was fitted to";
+  const std::string own = LinearTable(30, 5, 6);
+  EXPECT_THAT(Run(own).error, HasSubstr(kNote));
+  EXPECT_THAT(Run(WithHoles(own, 7)).error, HasSubstr(kNote)) << "what is complete is the same";
+  EXPECT_THAT(Run(WithRowsReversed(own)).error, Not(HasSubstr(kNote)));
+  EXPECT_THAT(Run(LinearTable(30, 5, 77)).error, Not(HasSubstr(kNote))) << "the names alone are the same";
+  const std::string without = folder_.Path("n");
+  RunWell({"pls", "-", "--y", "y", "--id", "name", "--components", "3", "--save", without, "--no-rows"}, own);
+  EXPECT_THAT(RunWell({"predict", without, "-"}, own).error, Not(HasSubstr(kNote)));
+  const std::string mean = folder_.Path("mean");
+  RunWell({"pls", "-", "--y", "y", "--id", "name", "--components", "0", "--save", mean}, own);
+  EXPECT_THAT(RunWell({"predict", mean, "-"}, own).error, HasSubstr(kNote));
+  const std::string opls = folder_.Path("opls");
+  RunWell({"opls", "-", "--y", "y", "--id", "name", "--orthogonal", "2", "--save", opls}, own);
+  EXPECT_THAT(RunWell({"predict", opls, "-"}, own).error, HasSubstr(kNote));
 }
 
 TEST_F(Predict, SaysSoWhereAMeasuredColumnHoldsText) {

@@ -18,6 +18,7 @@ struct JudgedColumns {
   std::size_t y = 0;
   std::size_t kinds = 0;   ///< see StoredValidationEntry
   bool bothWays = false;   ///< whether X is predicted from Y, too
+  bool classes = false;    ///< whether Y are dummies of classes
 };
 
 void WriteValidation(const StoredValidation& validation, std::ostream& stream);

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "kalmia/analysis/model/DiscriminantRule.h"
 #include "kalmia/analysis/text/DisplayText.h"
 #include "kalmia/analysis/text/Numbers.h"
 #include "kalmia/analysis/text/internal/TextTable.h"
@@ -81,6 +82,26 @@ Json ClassJson(const YModelInfo& model) {
   json["specificity"] = ByClass(names, figures.specificity);
   json["auc"] = ByClass(names, figures.auc);
   return json;
+}
+
+std::optional<RowClasses> RowClassesOf(const YModelInfo& model, const std::optional<ClassFit>& fit,
+                                       const RefitValidation* validation) {
+  if (!fit || !model.classes) return std::nullopt;
+  RowClasses rows{model, model.classes->column, fit->classes.classOfRow, AssignedClasses(fit->values), {}};
+  if (validation != nullptr && validation->classes) rows.leftOut = AssignedClasses(validation->classes->values);
+  return rows;
+}
+
+void AddRowClassesJson(const std::optional<RowClasses>& rows, Json* classes) {
+  if (!rows) return;
+  const auto names = [&rows](const std::vector<int>& numbers) {
+    Json list = Json::array();
+    for (const int number : numbers) list.push_back(TextOrNull(ClassName(rows->model, number)));
+    return list;
+  };
+  (*classes)["measured"] = names(rows->own);
+  (*classes)["assigned"] = names(rows->fitted);
+  (*classes)["assignedCv"] = rows->leftOut.empty() ? Json(nullptr) : names(rows->leftOut);
 }
 
 std::string TallyText(const YModelInfo& model, const ClassPredictions& predictions) {

@@ -1,12 +1,16 @@
 #pragma once
 
 #include <cstddef>
+#include <optional>
 #include <string>
+#include <vector>
 
+#include "kalmia/analysis/fit/ClassFit.h"
 #include "kalmia/analysis/model/ClassPredictions.h"
 #include "kalmia/analysis/model/StoredModel.h"
 #include "kalmia/analysis/table/internal/CsvText.h"
 #include "kalmia/analysis/text/internal/Json.h"
+#include "kalmia/analysis/validation/RefitValidation.h"
 
 namespace kalmia::analysis {
 
@@ -17,6 +21,19 @@ std::string ClassText(const YModelInfo& model);
 
 /// The field `classes`.
 Json ClassJson(const YModelInfo& model);
+
+/// The classes of the rows of a fit by number, -1 for none: their own, by the model, and by the validation while they
+/// were left out; null for a fit of numbers. The latter two are empty where there is no such.
+struct RowClasses {
+  const YModelInfo& model;
+  std::string column;  ///< of the table
+  std::vector<int> own, fitted, leftOut;
+};
+std::optional<RowClasses> RowClassesOf(const YModelInfo& model, const std::optional<ClassFit>& fit,
+                                       const RefitValidation* validation);
+
+/// Puts `measured`, `assigned` and `assignedCv` of the rows into the field `classes`; of no classes nothing.
+void AddRowClassesJson(const std::optional<RowClasses>& rows, Json* classes);
 
 // What reports of predictions say of new rows by a model of classes.
 

@@ -59,9 +59,11 @@ Coefficients CoefficientsOfMeans(const YModelInfo& model) {
 
 CsvFile FitCsv(const std::string& file, const std::vector<std::string>& rowNames,
                const std::vector<std::string>& columnNames, const std::vector<std::vector<double>>& measured,
-               const std::vector<RowPrediction>& fitted, const CsvMarks& marks, const RealMatrix* leftOut) {
+               const std::vector<RowPrediction>& fitted, const CsvMarks& marks, const RealMatrix* leftOut,
+               const std::optional<RowClasses>& classes) {
   CsvText csv(marks);
   csv.Field("row");
+  if (classes) csv.Field("measured " + classes->column).Field("class").Field("cv class");
   for (const std::string& name : columnNames) {
     csv.Field("measured " + name).Field("predicted " + name);
     if (leftOut != nullptr) csv.Field("cv " + name);
@@ -69,6 +71,11 @@ CsvFile FitCsv(const std::string& file, const std::vector<std::string>& rowNames
   csv.EndLine();
   for (std::size_t i = 0; i < fitted.size(); ++i) {
     csv.Field(rowNames[i]);
+    if (classes) {
+      for (const auto* of : {&classes->own, &classes->fitted, &classes->leftOut}) {
+        csv.Field(of->empty() ? "" : ClassName(classes->model, (*of)[i]));
+      }
+    }
     for (std::size_t j = 0; j < columnNames.size(); ++j) {
       csv.Number(measured[j][i]);
       csv.Number(fitted[i].y.empty() ? kNotANumber : fitted[i].y[j]);

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -8,6 +9,7 @@
 #include "kalmia/analysis/model/RealMatrix.h"
 #include "kalmia/analysis/model/StoredModel.h"
 #include "kalmia/analysis/report/CsvFile.h"
+#include "kalmia/analysis/report/internal/ClassReport.h"
 #include "kalmia/analysis/table/CsvMarks.h"
 #include "kalmia/analysis/validation/JackKnife.h"
 
@@ -16,10 +18,12 @@ namespace kalmia::analysis {
 // CSV files that several kinds of fits write alike.
 
 /// Each row's measured and predicted values of every column; `measured` column by column, a hole NaN. With `leftOut` a
-/// third one, predicted while the row was left out, rows by columns; empty where it is without rows.
+/// third one, predicted while the row was left out, rows by columns; empty where it is without rows. Of classes, in
+/// front of these, the row's own, the one that it is assigned to, and the one while it was left out.
 CsvFile FitCsv(const std::string& file, const std::vector<std::string>& rowNames,
                const std::vector<std::string>& columnNames, const std::vector<std::vector<double>>& measured,
-               const std::vector<RowPrediction>& fitted, const CsvMarks& marks, const RealMatrix* leftOut = nullptr);
+               const std::vector<RowPrediction>& fitted, const CsvMarks& marks, const RealMatrix* leftOut = nullptr,
+               const std::optional<RowClasses>& classes = std::nullopt);
 
 /// coefficients.csv: the intercept of each Y column, then the slopes of each X column. With `jackKnife`, of each Y
 /// column the slopes, then the intercept, also their standard errors, intervals and p; empty where it has no cells.

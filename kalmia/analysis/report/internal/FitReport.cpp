@@ -75,13 +75,19 @@ void AddFilesJson(const FitFiles& files, const Notes& notes, Json* json) {
   (*json)["notes"] = notes.Lines();
 }
 
+std::vector<std::string> ShownYNames(const YModelInfo& model) {
+  if (!model.classes || model.yNames.size() != 2) return model.yNames;
+  return {Listed(model.yNames)};
+}
+
 std::string QualityText(const YModelInfo& model) {
   TextTable table;
   table.AddColumn("Y", Align::Left);
   for (const char* title : {"rows", "RMSEE", "RMSECV"}) table.AddColumn(title, Align::Right);
-  for (std::size_t j = 0; j < model.yNames.size(); ++j) {
+  const std::vector<std::string> names = ShownYNames(model);
+  for (std::size_t j = 0; j < names.size(); ++j) {
     const YQuality& quality = model.quality[j];
-    table.AddRow({model.yNames[j], std::to_string(quality.rows), Significant(quality.rmsee, kErrorDigits),
+    table.AddRow({names[j], std::to_string(quality.rows), Significant(quality.rmsee, kErrorDigits),
                   Significant(quality.rmsecv, kErrorDigits)});
   }
   return table.Text();

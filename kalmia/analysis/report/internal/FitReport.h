@@ -32,6 +32,9 @@ std::string ShareText(double share);
 /// "Q2 above limit", "Q2 not above limit", with ", not kept" behind it.
 std::string Verdict(bool significant, bool kept);
 
+/// The Y columns that texts have a line for. The dummies of two classes have the same figures, and one line.
+std::vector<std::string> ShownYNames(const YModelInfo& model);
+
 /// RMSEE and RMSECV of each Y column.
 std::string QualityText(const YModelInfo& model);
 Json QualityJson(const YModelInfo& model);

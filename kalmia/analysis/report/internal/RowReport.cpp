@@ -11,6 +11,7 @@ namespace kalmia::analysis {
 namespace {
 
 constexpr int kLimitDigits = 4;
+constexpr std::size_t kRowsNamed = 5;  ///< the others are counted; rows.csv and JSON have them all
 
 std::string PairText(const std::string& what, const LimitPair& limits) {
   std::string text;
@@ -25,12 +26,16 @@ Json PairJson(const LimitPair& limits) {
   return {{"0.95", NumberOrNull(limits.at95)}, {"0.99", NumberOrNull(limits.at99)}};
 }
 
-/// Rows that have one of the flags.
-std::size_t CountWith(const RowDiagnosis& diagnosis, const std::vector<std::string>& flags) {
-  return static_cast<std::size_t>(
-      std::count_if(diagnosis.flags.begin(), diagnosis.flags.end(), [&flags](const auto& ofRow) {
-        return std::find_first_of(ofRow.begin(), ofRow.end(), flags.begin(), flags.end()) != ofRow.end();
-      }));
+/// The names of rows that have one of the flags.
+std::vector<std::string> NamesWith(const ModelInfo& model, const RowDiagnosis& diagnosis,
+                                   const std::vector<std::string>& flags) {
+  std::vector<std::string> names;
+  for (std::size_t i = 0; i < diagnosis.flags.size(); ++i) {
+    const std::vector<std::string>& ofRow = diagnosis.flags[i];
+    if (std::find_first_of(ofRow.begin(), ofRow.end(), flags.begin(), flags.end()) == ofRow.end()) continue;
+    names.push_back(model.rowNames[i]);
+  }
+  return names;
 }
 
 }  // namespace
@@ -54,10 +59,11 @@ std::string RowsText(const ModelInfo& model) {
   const RowDiagnosis diagnosis = DiagnoseTrainingRows(model);
   const std::string limits = LimitsText(diagnosis.limits);
   if (limits.empty()) return "";
-  const std::size_t beyond99 = CountWith(diagnosis, {"T2 99 %", "distance 99 %"});
-  const std::size_t beyond95 = CountWith(diagnosis, {"T2 95 %", "distance 95 %"});
+  const std::vector<std::string> beyond99 = NamesWith(model, diagnosis, {"T2 99 %", "distance 99 %"});
+  const std::size_t beyond95 = NamesWith(model, diagnosis, {"T2 95 %", "distance 95 %"}).size();
   return "\nLimits of the rows: " + limits + "\n" + Counted(beyond95, "row") + " beyond a limit of 95 %, " +
-         std::to_string(beyond99) + " beyond one of 99 %.\n";
+         std::to_string(beyond99.size()) + " beyond one of 99 %" +
+         (beyond99.empty() ? "" : ": " + Listed(beyond99, kRowsNamed)) + ".\n";
 }
 
 void AddRowsJson(const ModelInfo& model, int components, Json* json) {

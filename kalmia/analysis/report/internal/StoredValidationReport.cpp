@@ -86,7 +86,7 @@ void AddJson(const Model& model, Json* json) {
 std::string RefittedYText(const RefittedModels& models, const YModelInfo& model, const RefitValidation& validation,
                           const std::string& kept, const std::string& end) {
   return RefitText(models) + "\n" + kept + ", " + JudgedText(models) + end + ChoiceText(models, validation.choice) +
-         "\n" + QualityText(model) + NestedText(validation) + CvAnovaText(model.yNames, models.validation.cvAnova) +
+         "\n" + QualityText(model) + NestedText(models, validation) + CvAnovaText(model.yNames, models.validation.cvAnova) +
          ClassText(model) + PermutationText(models.validation.permutation);
 }
 

@@ -17,6 +17,7 @@ namespace {
 constexpr int kErrorDigits = 5;
 constexpr int kPDigits = 3;
 constexpr int kDigits = 4;  ///< of what was compared
+constexpr int kRateDecimals = 3;
 using Align = TextTable::Align;
 
 std::string MarkOf(const RefittedModels& models, std::size_t model) {
@@ -24,7 +25,20 @@ std::string MarkOf(const RefittedModels& models, std::size_t model) {
   return models.validation.rule.empty() ? "given" : "chosen";
 }
 
-bool HasOneY(const RefittedModels& models) { return models.yNames.size() == 1; }
+bool HasOneY(const RefittedModels& models) { return models.shownY.size() == 1; }
+
+bool HasClasses(const RefittedModels& models) { return models.validation.components.front().classes.has_value(); }
+
+/// Accuracy and balanced accuracy; of a model that was not judged none.
+std::vector<std::string> RatesText(const StoredValidationEntry& entry) {
+  const ClassRates rates = entry.classes.value_or(ClassRates());
+  return {Fixed(rates.accuracy, kRateDecimals), Fixed(rates.balancedAccuracy, kRateDecimals)};
+}
+
+void AddRatesJson(const ClassRates& rates, Json* json) {
+  (*json)["accuracy"] = JsonNumber(rates.accuracy);
+  (*json)["balancedAccuracy"] = JsonNumber(rates.balancedAccuracy);
+}
 
 std::string PerYText(const RefittedModels& models) {
   TextTable table;
@@ -32,9 +46,9 @@ std::string PerYText(const RefittedModels& models) {
   table.AddColumn("Y", Align::Left);
   for (const char* title : {"Q2", "RMSECV"}) table.AddColumn(title, Align::Right);
   for (std::size_t a = 0; a < models.labels.size(); ++a) {
-    for (std::size_t j = 0; j < models.yNames.size(); ++j) {
+    for (std::size_t j = 0; j < models.shownY.size(); ++j) {
       const StoredValidationEntry& entry = models.entries[a];
-      table.AddRow({j == 0 ? models.labels[a] : "", models.yNames[j], ShareText(entry.q2PerY[j]),
+      table.AddRow({j == 0 ? models.labels[a] : "", models.shownY[j], ShareText(entry.q2PerY[j]),
                     Significant(entry.rmsecv[j], kErrorDigits)});
     }
   }
@@ -77,9 +91,10 @@ void AddNumbers(const StoredValidationEntry& entry, RefittedModels* models) {
 
 /// `own` is what is known of the model itself, which follows the others where it was not judged.
 RefittedModels ModelsOf(const ModelInfo& model, const std::vector<std::string>& yNames,
-                        std::optional<StoredValidationEntry> own) {
+                        const std::vector<std::string>& shownY, std::optional<StoredValidationEntry> own) {
   const StoredValidation& validation = *model.validation;
-  RefittedModels models{validation, model.groupColumn, yNames, validation.Model(), validation.components, {}, {}};
+  RefittedModels models{validation,         model.groupColumn,     yNames, shownY,
+                        validation.Model(), validation.components, {},     {}};
   if (own && !models.IsJudged()) {
     own->components = validation.chosen;
     own->press = own->q2 = kNotANumber;
@@ -114,7 +129,7 @@ RefittedModels RefittedModelsOf(const StoredPLS& model) {
     own.r2x = model.components.back().r2xCum;
     own.r2y = model.components.back().y.r2Cum;
   }
-  return ModelsOf(model, model.yNames, std::move(own));
+  return ModelsOf(model, model.yNames, ShownYNames(model), std::move(own));
 }
 
 RefittedModels RefittedModelsOf(const StoredOPLS& model) {
@@ -125,17 +140,17 @@ RefittedModels RefittedModelsOf(const StoredOPLS& model) {
     own.r2x += component.r2x;
     own.r2y += component.r2y;
   }
-  return ModelsOf(model, model.yNames, std::move(own));
+  return ModelsOf(model, model.yNames, ShownYNames(model), std::move(own));
 }
 
 RefittedModels RefittedModelsOf(const StoredO2PLS& model) {
-  return ModelsOf(model, model.yNames, /*own=*/std::nullopt);
+  return ModelsOf(model, model.yNames, model.yNames, /*own=*/std::nullopt);
 }
 
 RefittedModels RefittedModelsOf(const StoredPCA& model) {
   StoredValidationEntry own;
   if (!model.components.empty()) own.r2x = model.components.back().r2xCum;
-  return ModelsOf(model, {}, std::move(own));
+  return ModelsOf(model, {}, {}, std::move(own));
 }
 
 std::string RefitText(const RefittedModels& models) {
@@ -146,6 +161,9 @@ std::string RefitText(const RefittedModels& models) {
   if (hasY) table.AddColumn("R2Y", Align::Right);
   table.AddColumn("Q2", Align::Right);
   if (HasOneY(models)) table.AddColumn("RMSECV", Align::Right);
+  if (HasClasses(models)) {
+    for (const char* title : {"accuracy", "balanced"}) table.AddColumn(title, Align::Right);
+  }
   table.AddColumn("", Align::Left);
   for (std::size_t a = 0; a < models.labels.size(); ++a) {
     const StoredValidationEntry& entry = models.entries[a];
@@ -153,10 +171,13 @@ std::string RefitText(const RefittedModels& models) {
     if (hasY) cells.push_back(ShareText(entry.r2y));
     cells.push_back(ShareText(entry.q2));
     if (HasOneY(models)) cells.push_back(Significant(entry.rmsecv[0], kErrorDigits));
+    if (HasClasses(models)) {
+      for (std::string& rate : RatesText(entry)) cells.push_back(std::move(rate));
+    }
     cells.push_back(MarkOf(models, a));
     table.AddRow(cells);
   }
-  return table.Text() + (models.yNames.size() > 1 ? "\n" + PerYText(models) : "");
+  return table.Text() + (models.shownY.size() > 1 ? "\n" + PerYText(models) : "");
 }
 
 std::string FoldsText(const RefittedModels& models) {
@@ -180,23 +201,25 @@ std::string ChoiceText(const RefittedModels& models, const std::optional<Compone
     return "No component can be judged: " + (whyNone.empty() ? "some round can have none" : whyNone) + ".\n";
   }
   const std::string lead = "Rule " + WordOfSelectionRule(choice.rule) + ": ";
+  const std::string squares = "squared error of scaled " + std::string(models.yNames.empty() ? "X" : "Y");
   const std::string limit = Significant(choice.limit, kDigits), best = ComponentsText(models, choice.best);
   const std::string compared = Significant(choice.compared[choice.chosen], kDigits);
   switch (choice.rule) {
     case SelectionRule::OneSE:
-      return lead + "the fewest whose squared error of left-out rows, " + compared + " in the mean,\nis at most " +
-             limit + ", the least (with " + best + ") and its standard error.\n";
+      return lead + "the fewest whose mean " + squares + " in left-out rows, " + compared + ",\nis at most " + limit +
+             ": the least, " + Significant(choice.compared[choice.best], kDigits) + " (with " + best +
+             "), and its standard error, " + Significant(choice.limit - choice.compared[choice.best], kDigits) + ".\n";
     case SelectionRule::Randomisation:
       return lead + "the fewest whose errors of left-out rows are not larger than those of " + best + ",\n" +
              "the least, with p above " + limit + ": p is " + compared + ".\n";
     case SelectionRule::Min:
-      return lead + "the least squared error of left-out rows, " + compared + " in the mean.\n";
+      return lead + "the least mean " + squares + " in left-out rows, " + compared + ".\n";
     case SelectionRule::Q2: break;
   }
   if (choice.chosen + 1 == choice.compared.size()) {
-    return lead + "each lowers the squared error of left-out rows by more than " + limit + " of it.\n";
+    return lead + "each lowers the " + squares + " in left-out rows by more than " + limit + " of it.\n";
   }
-  return lead + "one more lowers the squared error of left-out rows by " +
+  return lead + "one more lowers the " + squares + " in left-out rows by " +
          Significant(choice.compared[choice.chosen + 1], kDigits) + " of it, not by more than " + limit + ".\n";
 }
 
@@ -221,12 +244,17 @@ std::string CvAnovaText(const std::vector<std::string>& yNames, const std::vecto
   return text;
 }
 
-std::string NestedText(const RefitValidation& validation) {
+std::string NestedText(const RefittedModels& models, const RefitValidation& validation) {
   if (!validation.nested) return "";
   std::string text = "Double cross-validation, where each round chooses its own number: RMSECV ";
-  for (std::size_t j = 0; j < validation.yNames.size(); ++j) {
+  for (std::size_t j = 0; j < models.shownY.size(); ++j) {
     text += (j > 0 ? ", " : "") + Significant(validation.nested->rmsecv[j], kErrorDigits) + " of " +
-            OneLine(validation.yNames[j]);
+            OneLine(models.shownY[j]);
+  }
+  if (validation.nested->classes) {
+    const ClassFigures& figures = *validation.nested->classes;
+    text += ";\naccuracy " + Fixed(figures.accuracy, kRateDecimals) + ", balanced accuracy " +
+            Fixed(figures.balancedAccuracy, kRateDecimals);
   }
   return text + "\n";
 }
@@ -240,7 +268,9 @@ Json NestedJson(const RefitValidation* validation) {
     rmsecv[validation->yNames[j]] = JsonNumber(nested.rmsecv[j]);
     q2PerY[validation->yNames[j]] = JsonNumber(nested.q2PerY[j]);
   }
-  return {{"chosen", chosen}, {"q2", JsonNumber(nested.q2)}, {"rmsecv", rmsecv}, {"q2PerY", q2PerY}};
+  Json json = {{"chosen", chosen}, {"q2", JsonNumber(nested.q2)}, {"rmsecv", rmsecv}, {"q2PerY", q2PerY}};
+  if (nested.classes) AddRatesJson({nested.classes->accuracy, nested.classes->balancedAccuracy}, &json);
+  return json;
 }
 
 std::string PermutationText(const std::optional<StoredPermutation>& test) {
@@ -280,6 +310,7 @@ Json RefitJson(const RefittedModels& models, int chosen) {
       row["rmsecv"] = JsonByName(models.yNames, entry.rmsecv);
       row["q2PerY"] = JsonByName(models.yNames, entry.q2PerY);
     }
+    if (HasClasses(models)) AddRatesJson(entry.classes.value_or(ClassRates()), &row);
     list.push_back(row);
   }
   return {{"method", WordOfValidationMethod(ValidationMethod::Refit)},

@@ -25,6 +25,7 @@ struct RefittedModels {
   const StoredValidation& validation;
   std::string groupColumn;          ///< that made the folds; empty for none
   std::vector<std::string> yNames;  ///< none for a model of X
+  std::vector<std::string> shownY;  ///< of which texts have a line each, see ShownYNames
   std::size_t model;                ///< that was chosen or given
   // Of each model.
   std::vector<StoredValidationEntry> entries;  ///< of one that was not judged without errors, which are not numbers
@@ -62,8 +63,8 @@ std::string MeanModelText(const YModelInfo& model);
 /// A line for each Y column that has one.
 std::string CvAnovaText(const std::vector<std::string>& yNames, const std::vector<std::optional<CvAnova>>& cvAnova);
 
-/// RMSECV where each round chose its own number of components; nothing without.
-std::string NestedText(const RefitValidation& validation);
+/// RMSECV, and of classes their accuracies, where each round chose its own number of components; nothing without.
+std::string NestedText(const RefittedModels& models, const RefitValidation& validation);
 /// The field `nested`; null without one.
 Json NestedJson(const RefitValidation* validation);
 

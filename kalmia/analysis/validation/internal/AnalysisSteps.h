@@ -72,12 +72,11 @@ void Permute(const Recipe& recipe, const Table& table, Analysis* analysis, NCPro
       StoredPermutation{static_cast<int>(analysis->permutation->runs.size()), analysis->permutation->judgement};
 }
 
-/// Says of a model of numbers, judged by component, that there is no CV-ANOVA.
+/// Whether a model of numbers was judged by component, so that it has no CV-ANOVA.
 template <class Analysis>
-void NoteNoCvAnova(Analysis* analysis) {
-  if (analysis->recipe.method != ValidationMethod::Component || analysis->fit.classes) return;
-  if (analysis->fit.model.Components() < 1) return;
-  analysis->fit.notes.Add("no CV-ANOVA: it takes the errors of full refits");
+bool LacksCvAnova(const Analysis& analysis) {
+  return analysis.recipe.method == ValidationMethod::Component && !analysis.fit.classes &&
+         analysis.fit.model.Components() > 0;
 }
 
 /// Tells a fitted model of classes how well it finds its rows, and found them while they were left out.
@@ -86,16 +85,22 @@ void JudgeClassesOf(Analysis* analysis) {
   if (!analysis->fit.classes) return;
   StoredClasses& classes = *analysis->fit.model.classes;
   classes.fitted = JudgeClasses(analysis->fit.classes->classes.classOfRow, analysis->fit.classes->values);
+  if (analysis->fit.model.Components() == 0) WithoutAuc(&*classes.fitted);
   if (analysis->validation && analysis->validation->classes) classes.leftOut = analysis->validation->classes->figures;
 }
+
+/// Says of a model that was judged by groups of several rows that limits and degrees of freedom take each row for one
+/// of its own.
+void NoteDependentRows(const ModelInfo& model, Notes* notes);
 
 /// Whatever judged the model of Y.
 template <class Analysis>
 void Conclude(Analysis* analysis) {
   if (analysis->recipe.method == ValidationMethod::None) analysis->fit.model.groups = 0;
   JudgeClassesOf(analysis);
-  NoteNoCvAnova(analysis);
-  NoteLimits(analysis->fit.model, analysis->fit.model.Components(), &analysis->fit.notes);
+  NoteLimits(analysis->fit.model, analysis->fit.model.Components(), &analysis->fit.notes,
+             LacksCvAnova(*analysis) ? "CV-ANOVA" : "");
+  NoteDependentRows(analysis->fit.model, &analysis->fit.notes);
 }
 
 }  // namespace kalmia::analysis

@@ -32,6 +32,7 @@ Folds FoldsOf(const FitRecipe& recipe, const Table& table, const ModelData& data
     for (const int row : data.rows) labels.push_back(table.Cell(row, column));
     return FoldsOfLabels(labels);
   }
+  NoteReplicates(data.rowNames, notes);
   const bool isWithinClasses = data.classes && dealing.scheme == FoldScheme::Random;
   return isWithinClasses ? MakeFoldsWithinClasses(data.classes->classOfRow, {dealing, recipe.groups})
                          : DealRows(data.rows.size(), recipe.groups, dealing, notes);

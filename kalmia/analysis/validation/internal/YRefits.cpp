@@ -141,7 +141,7 @@ class Refitting {
       distances_.emplace_back(data_.rows.size(), Models(), kNotANumber);
     }
     if (data_.classes) {
-      classValues_.assign(Models(), RealMatrix(data_.rows.size(), data_.yNames.size()));
+      classValues_.assign(static_cast<std::size_t>(Partition().Repeats()), std::vector<RealMatrix>(Models(), none));
       NoteClasses();
     }
     ForEachRound(Partition(), &work_, [this](int repeat, int group) { FitRound(repeat, group); });
@@ -184,7 +184,9 @@ class Refitting {
     limits_.models = std::min(limits_.models, figures.lastModel);
     withoutSpread_.insert(figures.columnsWithoutSpread.begin(), figures.columnsWithoutSpread.end());
     TakePredictions(figures.leftOut, leftOut, static_cast<std::size_t>(repeat));
-    if (data_.classes) TakeClassValues(figures.fitted, fitted, figures.leftOut, leftOut);
+    if (data_.classes) {
+      TakeClassValues(figures.fitted, fitted, figures.leftOut, leftOut, static_cast<std::size_t>(repeat));
+    }
     const auto first = static_cast<std::size_t>(FirstOfCoefficients());
     AddRound(figures.importances, first, &vipJackKnives_);
     AddRound(figures.coefficients, first, &jackKnives_);
@@ -203,16 +205,14 @@ class Refitting {
 
   /// Each model's rule is learnt from the rows that it was fitted to.
   void TakeClassValues(const LeftOutRows& ofFitted, const std::vector<std::size_t>& fitted,
-                       const LeftOutRows& ofLeftOut, const std::vector<std::size_t>& leftOut) {
+                       const LeftOutRows& ofLeftOut, const std::vector<std::size_t>& leftOut, std::size_t repeat) {
     std::vector<int> classes;
     for (const std::size_t row : fitted) classes.push_back(data_.classes->classOfRow[row]);
     for (std::size_t a = 0; a < Models(); ++a) {
       const DiscriminantRule rule = LearnDiscriminantRule(ofFitted.predicted[a], classes, refits_.recipe.priors);
       const RealMatrix values = DiscriminantValues(rule, ofLeftOut.predicted[a]);
       for (std::size_t i = 0; i < leftOut.size(); ++i) {
-        for (std::size_t c = 0; c < values.columns; ++c) {
-          classValues_[a](leftOut[i], c) += values(i, c) / Partition().Repeats();
-        }
+        for (std::size_t c = 0; c < values.columns; ++c) classValues_[repeat][a](leftOut[i], c) = values(i, c);
       }
     }
   }
@@ -248,8 +248,34 @@ class Refitting {
     return y;
   }
 
+  /// The mean over the repeats of what the discriminant rules of models say of the rows.
+  RealMatrix MeanOverRepeats(const std::vector<const RealMatrix*>& values) const {
+    RealMatrix mean(data_.rows.size(), data_.yNames.size());
+    for (const RealMatrix* ofRepeat : values) {
+      for (std::size_t i = 0; i < mean.cells.size(); ++i) {
+        mean.cells[i] += ofRepeat->cells[i] / static_cast<double>(values.size());
+      }
+    }
+    return mean;
+  }
+
+  RealMatrix ClassValues(std::size_t model) const {
+    std::vector<const RealMatrix*> values;
+    for (const std::vector<RealMatrix>& ofRepeat : classValues_) values.push_back(&ofRepeat[model]);
+    return MeanOverRepeats(values);
+  }
+
+  /// Of each model. Without components the values are the priors of the rounds, which order no rows.
+  void JudgeClassesByModel() {
+    for (std::size_t a = 0; a < Models(); ++a) {
+      result_.classFigures.push_back(JudgeClasses(data_.classes->classOfRow, ClassValues(a)));
+    }
+    WithoutAuc(&result_.classFigures.front());
+  }
+
   void Judge() {
     result_.errors = JudgeLeftOutRows(MeasuredY(), predictions_, progress_);
+    if (data_.classes) JudgeClassesByModel();
     if (result_.errors.unpredictedRows == 0) return;
     const int most = result_.ComponentsOf(result_.errors.MostComponents());
     result_.notes.Add("not predicted while left out by " + Counted(static_cast<std::size_t>(most), "component") +
@@ -272,6 +298,11 @@ class Refitting {
     result_.choice = ChooseComponents(result_.errors.rowErrors, validation_.selection, groups, progress_);
     result_.model = result_.choice->chosen;
     result_.components = result_.ComponentsOf(result_.model);
+    if (data_.classes && result_.model == 0 && Models() > 1) {
+      result_.notes.Add("the rule keeps no component, so that all rows go to one class. It goes by the errors of the "
+                        "dummies; the accuracies by number of components tell how many left-out rows are found",
+                        Remedy::ChooseOtherwise);
+    }
   }
 
   /// The errors of what each round's own choice predicts, beside those of the mean.
@@ -280,6 +311,8 @@ class Refitting {
     NestedValidation nested;
     std::vector<std::vector<RealMatrix>> predictions;
     for (const std::vector<RealMatrix>& ofRepeat : predictions_) predictions.push_back({ofRepeat[0], ofRepeat[0]});
+    std::vector<RealMatrix> values;  // of classes, by repeat
+    for (const std::vector<RealMatrix>& ofRepeat : classValues_) values.push_back(ofRepeat[0]);
     ForEachRound(Partition(), &work_, [&](int repeat, int group) {
       const auto r = static_cast<std::size_t>(repeat);
       const std::size_t own = chooseBy_(RowsOutsideGroup(Partition(), repeat, group), work_.SilentBar());
@@ -287,6 +320,7 @@ class Refitting {
       for (const std::size_t row : RowsOfGroup(Partition(), repeat, group)) {
         for (std::size_t j = 0; j < data_.yNames.size(); ++j) {
           predictions[r][1](row, j) = predictions_[r][nested.models.back()](row, j);
+          if (data_.classes) values[r](row, j) = classValues_[r][nested.models.back()](row, j);
         }
       }
     });
@@ -295,6 +329,11 @@ class Refitting {
     for (std::size_t j = 0; j < data_.yNames.size(); ++j) {
       nested.rmsecv.push_back(errors.rmsecv(1, j));
       nested.q2PerY.push_back(errors.q2PerY(1, j));
+    }
+    if (data_.classes) {
+      std::vector<const RealMatrix*> ofRepeats;
+      for (const RealMatrix& ofRepeat : values) ofRepeats.push_back(&ofRepeat);
+      nested.classes = JudgeClasses(data_.classes->classOfRow, MeanOverRepeats(ofRepeats));
     }
     result_.nested = std::move(nested);
   }
@@ -312,7 +351,7 @@ class Refitting {
       result_.coefficients.push_back(jackKnives_[a][j].Result(kShare, kNoLeast, progress_));
     }
     if (data_.classes) {
-      result_.classes = {*data_.classes, classValues_[a], JudgeClasses(data_.classes->classOfRow, classValues_[a])};
+      result_.classes = {*data_.classes, ClassValues(a), result_.classFigures[a]};
     }
     if (a > 0 && a < vipJackKnives_.size()) {
       for (const JackKnife& vip : vipJackKnives_[a]) result_.importances.push_back(vip.Result(kShare, 0.0, progress_));
@@ -341,7 +380,7 @@ class Refitting {
   std::vector<RealMatrix> distances_;                 ///< by repeat: rows by models
   JackKnives jackKnives_;     ///< by model and Y column
   JackKnives vipJackKnives_;  ///< by model and kind
-  std::vector<RealMatrix> classValues_;               ///< by model: of left-out rows, a mean over the repeats
+  std::vector<std::vector<RealMatrix>> classValues_;  ///< of left-out rows, by repeat and model; none of numbers
   std::set<std::string> withoutSpread_;               ///< X columns, in some round
   RefitValidation result_;
 };
