@@ -106,7 +106,8 @@ TEST(FitNotes, TellThatLimitsCountRowsAndNotGroups) {
     const Words line = {command, "-", "--y", "y", "--id", "name", "--group-column"};
     EXPECT_THAT(RunWell(line + Words{"batch"}, table).error, HasSubstr(kNote));
   }
-  EXPECT_THAT(RunWell({"pca", "-", "--id", "name", "--group-column", "batch"}, table).error, HasSubstr(kNote));
+  EXPECT_THAT(RunWell({"pca", "-", "--id", "name", "--group-column", "batch"}, table).error,
+              HasSubstr("note: limits of rows count 20 rows, not the 10 groups of batch")) << "it has no intervals";
   const std::string alone = WithColumn(LinearTable(20, 4, 1), "batch", [](int row, const std::string&) {
     return "b" + std::to_string(row);
   });

@@ -65,9 +65,12 @@ void NoteDependentRows(const ModelInfo& model, Notes* notes) {
   const bool hasFigures = model.rowTerms && (model.rowTerms->scores.rows > 0 || model.rowTerms->distances);
   if (model.groupColumn.empty() || !hasFigures || static_cast<std::size_t>(model.groups) >= model.rows) return;
   if (model.groups == 0) return;
-  notes->Add("limits of rows, intervals and degrees of freedom count " + Counted(model.rows, "row") + ", not the " +
-             std::to_string(model.groups) + " groups of " + OneLine(model.groupColumn) +
-             ": where rows of a group repeat each other they claim too much");
+  const std::vector<std::optional<YIntervalTerms>>& intervals = model.rowTerms->intervals;
+  const bool hasIntervals =
+      std::any_of(intervals.begin(), intervals.end(), [](const auto& ofColumn) { return ofColumn.has_value(); });
+  notes->Add("limits of rows" + std::string(hasIntervals ? ", intervals and degrees of freedom" : "") + " count " +
+             Counted(model.rows, "row") + ", not the " + std::to_string(model.groups) + " groups of " +
+             OneLine(model.groupColumn) + ": where rows of a group repeat each other they claim too much");
 }
 
 }  // namespace kalmia::analysis
