@@ -32,7 +32,6 @@ PLSAnalysis Analyse(const PLSRecipe& recipe, const Table& table, const Validatio
   analysis.recipe = validation;
   PLSRecipe judged = recipe;
   judged.judgeComponents = validation.method != ValidationMethod::None;
-  RequireRowsToNest(judged, table, validation);
   if (validation.method == ValidationMethod::Refit) {
     AnalyseByRefit(std::move(judged), table, &analysis, progress);
   } else {

@@ -46,7 +46,6 @@ OPLSAnalysis Analyse(const OPLSRecipe& recipe, const Table& table, const Validat
   OPLSRecipe judged = recipe;
   if (recipe.predictive == 0) judged.components = 0;
   judged.judgeComponents = validation.method != ValidationMethod::None;
-  RequireRowsToNest(judged, table, validation);
   if (validation.method == ValidationMethod::Refit) {
     AnalyseByRefit(std::move(judged), table, &analysis, progress);
   } else {

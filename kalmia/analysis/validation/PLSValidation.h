@@ -24,7 +24,8 @@ struct PLSValidation : RefitValidation {};
 ///
 /// `progress` may be null. The same bits for any number of threads. Cost: a fit for each round, and one of all rows.
 /// Throws Failure as Fit does; BadRequest for folds and rules that make no sense; BadData for a column of groups with
-/// only one, and for a Y column without a value in a round; Stopped where the bar wants to stop.
+/// only one, for a Y column without a value in a round, and, where the choice is nested, for a round in which only one
+/// row or group of a column stays in; Stopped where the bar wants to stop.
 /// Sources: see LeftOutErrors, ComponentChoice, CvAnova and JackKnife.
 KALMIA_EXPORT PLSValidation Validate(const PLSRecipe& recipe, const Table& table,
                                      const ValidationRecipe& validation = {}, NCProgress* progress = nullptr);

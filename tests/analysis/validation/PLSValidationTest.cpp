@@ -277,6 +277,22 @@ TEST(PLSValidation, PutsTheJackKnifeAboutTheImportanceOfTheFit) {
   EXPECT_THAT(Validate(recipe, TableOf(text)).importances, IsEmpty());
 }
 
+TEST(PLSValidation, NestedTakesTwoRowsOrGroupsInEachRoundOfTheRowsThatTheModelSees) {
+  // The fourth row has no X, so that there is no third group, and of two groups one has all rows but one.
+  const Table table = TableOf("y,g,a,b\n1,u,1,2\n2,u,3,1\n4,v,2,5\n3,w,,\n");
+  PLSRecipe recipe = RecipeOf("y");
+  ValidationRecipe rounds;
+  rounds.nested = true;
+  const auto failure = [&] { return FailureOf<BadData>([&] { Validate(recipe, table, rounds); }); };
+  recipe.exclude = {"g"};
+  recipe.groups = 2;
+  EXPECT_THAT(failure(),
+              Optional(HasSubstr("takes two of them or more in each round: there are 3 rows in 2 groups")));
+  recipe.exclude.clear();
+  recipe.groupColumn = "g";
+  EXPECT_THAT(failure(), Optional(HasSubstr("takes three groups or more, and column 'g' makes two")));
+}
+
 TEST(PLSValidation, NestedChoosesInEachRoundByTheRowsThatStayIn) {
   const std::string text = LinearTable(30, 6, 3);
   const PLSRecipe recipe = RecipeOf("y");

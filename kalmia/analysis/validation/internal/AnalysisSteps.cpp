@@ -2,27 +2,13 @@
 
 #include <algorithm>
 #include <cstddef>
-#include <set>
 #include <string>
 
 #include "kalmia/analysis/model/RealMatrix.h"
-#include "kalmia/analysis/table/TableColumns.h"
 #include "kalmia/analysis/text/DisplayText.h"
 #include "kalmia/analysis/text/Failure.h"
 
 namespace kalmia::analysis {
-
-namespace {
-
-/// Different labels of the column.
-std::size_t CountGroups(const Table& table, const std::string& groupColumn) {
-  const int column = RequireColumn(table, groupColumn);
-  std::set<std::string> labels;
-  for (int row = 0; row < table.Rows(); ++row) labels.insert(table.Cell(row, column));
-  return labels.size();
-}
-
-}  // namespace
 
 void CheckMethod(const ValidationRecipe& validation, bool isNumberGiven) {
   if (validation.method == ValidationMethod::None && !isNumberGiven) {
@@ -36,21 +22,6 @@ void CheckMethod(const ValidationRecipe& validation, bool isNumberGiven) {
       (folds.scheme != FoldScheme::Interleaved || folds.repeats != 1)) {
     throw BadRequest("validation by component takes interleaved groups, or those of a column");
   }
-}
-
-void RequireRowsToNest(const FitRecipe& recipe, const Table& table, const ValidationRecipe& validation) {
-  if (!validation.nested || recipe.components || validation.method != ValidationMethod::Refit) return;
-  const std::string takes = "a nested validation, where the rows that stay in choose the number of components, takes ";
-  if (!recipe.groupColumn.empty()) {
-    if (CountGroups(table, recipe.groupColumn) != 2) return;
-    throw BadData(takes + "three groups or more, and column " + Quoted(recipe.groupColumn) + " makes two");
-  }
-  const int rows = table.Rows();
-  const bool isOneByOne = validation.folds.scheme == FoldScheme::LeaveOneOut;
-  const int groups = isOneByOne ? rows : std::min(recipe.groups, rows);
-  if (rows < 2 || rows - (rows + groups - 1) / groups >= 2) return;
-  throw BadData(takes + "two of them or more in each round: there are " + std::to_string(rows) + " rows in " +
-                std::to_string(groups) + " groups");
 }
 
 void TakeErrors(const RefitValidation& validation, YModelInfo* model) {

@@ -24,10 +24,6 @@ namespace kalmia::analysis {
 /// interleaved.
 void CheckMethod(const ValidationRecipe& validation, bool isNumberGiven);
 
-/// Throws BadData where the choice of the number of components is to be validated, and the rows that stay in while a
-/// group is left out can make no groups of their own to choose by.
-void RequireRowsToNest(const FitRecipe& recipe, const Table& table, const ValidationRecipe& validation);
-
 /// Gives a fitted model the errors of left-out rows of its number of components.
 void TakeErrors(const RefitValidation& validation, YModelInfo* model);
 

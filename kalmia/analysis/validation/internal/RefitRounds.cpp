@@ -1,5 +1,9 @@
 #include "kalmia/analysis/validation/internal/RefitRounds.h"
 
+#include <algorithm>
+#include <cstddef>
+#include <vector>
+
 #include "kalmia/analysis/table/TableColumns.h"
 #include "kalmia/analysis/text/DisplayText.h"
 #include "kalmia/analysis/text/Failure.h"
@@ -36,6 +40,23 @@ Folds FoldsOf(const FitRecipe& recipe, const Table& table, const ModelData& data
   const bool isWithinClasses = data.classes && dealing.scheme == FoldScheme::Random;
   return isWithinClasses ? MakeFoldsWithinClasses(data.classes->classOfRow, {dealing, recipe.groups})
                          : DealRows(data.rows.size(), recipe.groups, dealing, notes);
+}
+
+void RequireRowsToNest(const Folds& folds, const std::string& groupColumn) {
+  const std::string takes = "a nested validation, where the rows that stay in choose the number of components, takes ";
+  if (!groupColumn.empty()) {
+    if (folds.groups > 2) return;
+    throw BadData(takes + "three groups or more, and column " + Quoted(groupColumn) + " makes two");
+  }
+  std::size_t largest = 0;  // group
+  for (const std::vector<int>& ofRepeat : folds.groupOfRow) {
+    std::vector<std::size_t> sizes(static_cast<std::size_t>(folds.groups), 0);
+    for (const int group : ofRepeat) ++sizes[static_cast<std::size_t>(group)];
+    largest = std::max(largest, *std::max_element(sizes.begin(), sizes.end()));
+  }
+  if (folds.Rows() - largest >= 2) return;
+  throw BadData(takes + "two of them or more in each round: there are " + std::to_string(folds.Rows()) + " rows in " +
+                std::to_string(folds.groups) + " groups");
 }
 
 void ForEachRound(const Folds& folds, WorkProgress* progress, const std::function<void(int, int)>& round) {

@@ -23,6 +23,10 @@ Folds DealRows(std::size_t rows, int groups, const FoldDealing& dealing, Notes* 
 Folds FoldsOf(const FitRecipe& recipe, const Table& table, const ModelData& data, const FoldDealing& dealing,
               Notes* notes);
 
+/// Throws BadData where the rows that stay in while a group is left out can make no groups of their own, by which each
+/// round is to choose. `groupColumn` has the labels of the groups, if that is where they come from.
+void RequireRowsToNest(const Folds& folds, const std::string& groupColumn);
+
 /// Calls `round` for each group of each repeat. BadData of a round names the group that is left out. Throws Stopped.
 void ForEachRound(const Folds& folds, WorkProgress* progress,
                   const std::function<void(int repeat, int group)>& round);

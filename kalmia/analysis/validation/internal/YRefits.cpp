@@ -45,6 +45,7 @@ class Refitting {
     xRows_ = AllRows();
     if (rows != nullptr) KeepRows(*rows);
     result_.folds = FoldsOf(refits_.recipe, table, data_, validation.folds, &result_.notes);
+    if (chooseBy_) RequireRowsToNest(result_.folds, refits_.recipe.groupColumn);
     limits_ = Limits();
     fits_ = std::make_unique<RoundFits>(
         RefittedModel{refits_.recipe, table, data_, xRows_, result_.folds, *family_}, limits_, progress, &work_);
