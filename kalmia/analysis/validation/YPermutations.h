@@ -11,9 +11,9 @@ namespace kalmia::analysis {
 
 /// Fits and validates a model of Y again for Y with its rows, missing cells with them, in random order; with the same
 /// `folds` of the rows of the fit, as Validate has them. `model` is the number of the model, at least 1, as Validate
-/// has it: components of PLS, 1 + orthogonal ones of OPLS, of which the predictive ones are those of the true Y. A
-/// round of an order that cannot have so many has those that it can. Under a column of groups, rows of a group stay
-/// together where all groups have one size; else rows change places, and a note says so.
+/// has it: components of PLS, 1 + orthogonal ones of OPLS, of which the predictive ones are those of the true Y. Where a
+/// round of an order cannot have so many, all its rounds have the most that each of them can. Under a column of groups,
+/// rows of a group stay together where all groups have one size; else rows change places, and a note says so.
 ///
 /// With PRESS and its s_j as LeftOutErrors has them: Q2 = 1 - PRESS_a / PRESS_0, and R2 = 1 - SSE / SS of the model of
 /// all rows, sums over the measured cells e_ij^2 / s_j^2 and those about the means. A run of which a round has no value

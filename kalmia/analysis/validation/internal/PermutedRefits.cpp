@@ -23,8 +23,8 @@ namespace kalmia::analysis {
 
 namespace {
 
-/// Cells of Y that a task has: so many lie in a core's own cache, and are done before anybody waits for the end.
 constexpr double kMostBytesOfX = 512e6;  ///< of the cells of all rounds of a table with holes
+/// Cells of Y that a task has: so many lie in a core's own cache, and are done before anybody waits for the end.
 constexpr std::size_t kCellsOfATask = 32768;
 constexpr std::size_t kFewestRunsOfATask = 4;
 constexpr std::size_t kMostRunsOfATask = 64;
@@ -35,6 +35,10 @@ struct RunSums {
   double pressOfMeans = 0.0;
   double sse = 0.0;
   double found = 0.0;  ///< rows whose class is found, of all repeats
+  int fewest = std::numeric_limits<int>::max();  ///< components that a round has
+  int most = 0;
+
+  bool MixesModels() const { return fewest < most; }
 };
 
 /// The rows of a fit, with none left out, or those of a round.
@@ -107,8 +111,7 @@ class Permutations {
   bool IsLikePLS() const { return refits_.isPLS || y_.columns == 1; }
 
   bool IsComplete() const {
-    const std::vector<std::size_t> all = AllRows();
-    return !HasHole(data_.measuredY) && !HasHole(source_->Split(all, {}, work_.SilentBar()).fitted);
+    return !HasHole(data_.measuredY) && data_.x.GetNumMisVal() == 0;
   }
 
   std::vector<std::size_t> AllRows() const {
@@ -143,7 +146,15 @@ class Permutations {
       const RowSpaceRefit refit(x, refits_.recipe.scaling, quiet);
       ShareWork(starts_.size(), proceed, [&](std::size_t task) { AddRuns(rounds[g], refit, task, &sums); });
     }
-    for (std::size_t run = 0; run < RunCount(); ++run) TakeFigures(run, sums[run]);
+    const bool areMixed = std::any_of(sums.begin(), sums.end(), [](const RunSums& of) { return of.MixesModels(); });
+    if (areMixed) LearnBlock(rounds);
+    for (std::size_t run = 0; run < RunCount(); ++run) {
+      if (sums[run].MixesModels()) {
+        JudgeRun(rounds, run, OrderOf(run));
+      } else {
+        TakeFigures(run, sums[run]);
+      }
+    }
   }
 
   void AddRuns(const Round& round, const RowSpaceRefit& refit, std::size_t task, std::vector<RunSums>* sums) const {
@@ -154,6 +165,8 @@ class Permutations {
     const RowSpaceRefit::Predictions said = refit.Fit(fitted, runs, ScalingOfY(refits_.recipe.scaling), refits_.model);
     for (std::size_t r = 0; r < runs; ++r) {
       RunSums& sum = (*sums)[begin + r];
+      sum.fewest = std::min(sum.fewest, said.components[r]);
+      sum.most = std::max(sum.most, said.components[r]);
       if (data_.classes && leftOut.rows > 0) {
         sum.found += RowsFound(OfRun(fitted, r, runs), OfRun(said.fitted, r, runs), OfRun(leftOut, r, runs),
                                OfRun(said.leftOut, r, runs));
@@ -205,6 +218,16 @@ class Permutations {
 
   static double SquareOf(double number) { return number * number; }
 
+  /// Where each row of a run has its Y from.
+  std::vector<std::size_t> OrderOf(std::size_t run) const {
+    if (run == 0) return AllRows();
+    const std::size_t task = run / runsOfATask_;
+    RandomDraws draws = starts_[task];
+    std::vector<std::size_t> order;
+    for (std::size_t r = std::max<std::size_t>(1, task * runsOfATask_); r <= run; ++r) order = NextOrder(&draws);
+    return order;
+  }
+
   /// Y of the runs of a task, of all rows: column j * runs + r.
   RealMatrix RowsOfRuns(std::size_t task, std::size_t runs) const {
     RealMatrix y(y_.rows, y_.columns * runs);
@@ -243,26 +266,25 @@ class Permutations {
 
   double CorrelationOf(std::size_t run) const { return run == 0 ? 1.0 : correlations_[run - 1]; }
 
-  // Tables with holes: one run after the other, each with all its rounds.
+  // Tables with holes, and runs whose rounds end early: one run after the other, each with all its rounds.
 
   void RunInTurn() {
     const std::vector<Round> rounds = Rounds();
+    LearnBlock(rounds);
+    RandomDraws draws = starts_.front();
+    for (std::size_t run = 0; run < RunCount(); ++run) {
+      work_.MoveToPart(static_cast<int>(run) + 1, runs_ + 1);
+      JudgeRun(rounds, run, run == 0 ? AllRows() : NextOrder(&draws));
+    }
+  }
+
+  /// The rounds take the block that the series of all rows has.
+  void LearnBlock(const std::vector<Round>& rounds) {
     const double cells = static_cast<double>(data_.xNames.size()) * static_cast<double>(y_.rows);
     keepsX_ = static_cast<double>(rounds.size() * sizeof(double)) * cells <= kMostBytesOfX;
     xOfRounds_.resize(keepsX_ ? rounds.size() : 1);
     const RoundModel whole = ModelOf(rounds.back(), XOf(rounds, rounds.size() - 1), data_.measuredY);
     if (whole.Series() != nullptr) refits_.family->LearnBlock(whole.Series()->Block());
-    RandomDraws draws = starts_.front();
-    for (std::size_t run = 0; run < RunCount(); ++run) {
-      work_.MoveToPart(static_cast<int>(run) + 1, runs_ + 1);
-      const std::vector<std::size_t> sources = run == 0 ? AllRows() : NextOrder(&draws);
-      runFigures_.push_back({CorrelationOf(run)});
-      try {
-        JudgeRun(rounds, sources, &runFigures_.back());
-      } catch (const BadData&) {
-        if (run == 0) throw;  // otherwise a round of this order has no value of some column
-      }
-    }
   }
 
   /// X of a round: kept from run to run where there is room for that of all rounds, or else formed anew.
@@ -273,29 +295,52 @@ class Permutations {
     return *x;
   }
 
-  void JudgeRun(const std::vector<Round>& rounds, const std::vector<std::size_t>& sources, PermutationRun* figures) {
-    const RealColumns y = RowsOfColumns(data_.measuredY, sources);
-    const RealMatrix none(y_.rows, y_.columns, kNotANumber);
+  void JudgeRun(const std::vector<Round>& rounds, std::size_t run, const std::vector<std::size_t>& sources) {
+    runFigures_.push_back({CorrelationOf(run)});
+    try {
+      JudgeRounds(rounds, RowsOfColumns(data_.measuredY, sources), &runFigures_.back());
+    } catch (const BadData&) {
+      if (run == 0) throw;  // otherwise a round of this order has no value of some column
+    }
+  }
+
+  /// What the models of a round, all of them, say of its rows; of the fitted ones where they are asked for.
+  struct Said {
+    std::vector<RealMatrix> ofLeftOut, ofFitted;
+  };
+
+  Said FitRound(const Round& round, const SplitX& x, const RealColumns& y) {
+    const RoundModel model = ModelOf(round, x, y);
+    Said said;
+    said.ofLeftOut = model.Predict(x.leftOut, &work_, refits_.model).predicted;
+    const bool isOfAllRows = round.leftOut.empty();
+    if (isOfAllRows || data_.classes) said.ofFitted = model.Predict(x.fitted, &work_, refits_.model).predicted;
+    return said;
+  }
+
+  /// All rounds of a run have the model that each of them can have.
+  void JudgeRounds(const std::vector<Round>& rounds, const RealColumns& y, PermutationRun* figures) {
+    std::vector<Said> said;
+    std::size_t models = std::numeric_limits<std::size_t>::max();
+    for (std::size_t g = 0; g < rounds.size(); ++g) {
+      said.push_back(FitRound(rounds[g], XOf(rounds, g), y));
+      models = std::min(models, said.back().ofLeftOut.size());
+    }
+    const RealMatrix measured = MatrixOfColumns(y), none(y_.rows, y_.columns, kNotANumber);
     const std::size_t ofRepeat = static_cast<std::size_t>(folds_.groups);
     std::vector<std::vector<RealMatrix>> predictions(static_cast<std::size_t>(folds_.Repeats()), {none, none});
-    const RealMatrix measured = MatrixOfColumns(y);
     int found = 0;
     for (std::size_t g = 0; g + 1 < rounds.size(); ++g) {
-      const SplitX& x = XOf(rounds, g);
-      const RoundModel model = ModelOf(rounds[g], x, y);
-      const LeftOutRows leftOut = model.Predict(x.leftOut, &work_, refits_.model);
-      TakeEnds(leftOut, rounds[g].leftOut, &predictions[g / ofRepeat]);
+      const std::vector<RealMatrix>& ofLeftOut = said[g].ofLeftOut;
+      TakeEnds(ofLeftOut, models, rounds[g].leftOut, &predictions[g / ofRepeat]);
       if (!data_.classes) continue;
-      found += RowsFound(RowsOf(measured, rounds[g].fitted),
-                         model.Predict(x.fitted, &work_, refits_.model).predicted.back(),
-                         RowsOf(measured, rounds[g].leftOut), leftOut.predicted.back());
+      found += RowsFound(RowsOf(measured, rounds[g].fitted), said[g].ofFitted[models - 1],
+                         RowsOf(measured, rounds[g].leftOut), ofLeftOut[models - 1]);
     }
     figures->accuracy = AccuracyOf(found);
     figures->q2 = JudgeLeftOutRows(measured, predictions).q2.back();
-    const SplitX& all = XOf(rounds, rounds.size() - 1);
-    const RoundModel whole = ModelOf(rounds.back(), all, y);
     std::vector<RealMatrix> fitted(2, none);
-    TakeEnds(whole.Predict(all.fitted, &work_, refits_.model), rounds.back().fitted, &fitted);
+    TakeEnds(said.back().ofFitted, models, rounds.back().fitted, &fitted);
     figures->r2 = JudgeLeftOutRows(measured, {fitted}).q2.back();
   }
 
@@ -304,13 +349,13 @@ class Permutations {
                       refits_.recipe.scaling, {refits_.model, std::numeric_limits<int>::max()}, &work_);
   }
 
-  /// Predictions without a component, and with as many as there are.
-  static void TakeEnds(const LeftOutRows& rows, const std::vector<std::size_t>& places,
-                       std::vector<RealMatrix>* predictions) {
+  /// Predictions of the first and of the last one of so many models.
+  static void TakeEnds(const std::vector<RealMatrix>& predicted, std::size_t models,
+                       const std::vector<std::size_t>& places, std::vector<RealMatrix>* predictions) {
     for (std::size_t i = 0; i < places.size(); ++i) {
       for (std::size_t j = 0; j < predictions->front().columns; ++j) {
-        predictions->front()(places[i], j) = rows.predicted.front()(i, j);
-        predictions->back()(places[i], j) = rows.predicted.back()(i, j);
+        predictions->front()(places[i], j) = predicted.front()(i, j);
+        predictions->back()(places[i], j) = predicted[models - 1](i, j);
       }
     }
   }
@@ -321,7 +366,8 @@ class Permutations {
   mutable WorkProgress work_;
   ModelData data_;
   std::optional<SourceX> source_;
-  std::vector<std::optional<SplitX>> xOfRounds_;  ///< of tables with holes; of the newest round alone if there is no room
+  /// Where rounds are fitted one by one; of the newest one alone if there is no room for all.
+  std::vector<std::optional<SplitX>> xOfRounds_;
   bool keepsX_ = true;
   RealMatrix y_;
   std::vector<double> deviations_;  ///< s_j

@@ -116,6 +116,7 @@ class RowSpaceRefit::Models {
       : x_(x), n_(y.rows), runs_(runs), columns_(y.columns / runs), left_(y), weights_(n_, y.columns) {
     Scale(scaling);
     whole_ = SquaresOfRuns(left_);
+    components_.assign(runs_, 0);
   }
 
   void Extract(int components) {
@@ -123,7 +124,7 @@ class RowSpaceRefit::Models {
   }
 
   Predictions Take(const RealMatrix& y) const {
-    Predictions result{y, x_.Product(n_, x_.columns_.columns, weights_), means_};
+    Predictions result{y, x_.Product(n_, x_.columns_.columns, weights_), means_, components_};
     for (std::size_t i = 0; i < n_; ++i) {
       for (std::size_t p = 0; p < means_.size(); ++p) result.fitted(i, p) -= left_(i, p) * deviations_[p];
     }
@@ -242,12 +243,13 @@ class RowSpaceRefit::Models {
   }
 
   /// To unit length; to nothing in runs where nothing but rounding is left of X or Y.
-  void Normalise(const std::vector<double>& before, RealMatrix* t, RealMatrix* v) const {
+  void Normalise(const std::vector<double>& before, RealMatrix* t, RealMatrix* v) {
     std::vector<double> factors = SquaresOfRuns(*t);
     const std::vector<double> ofY = SquaresOfRuns(left_);
     for (std::size_t r = 0; r < runs_; ++r) {
       const bool isNothing = !(factors[r] > kRounding * before[r]) || !(ofY[r] > kRounding * whole_[r]);
       factors[r] = isNothing ? 0.0 : 1.0 / std::sqrt(factors[r]);
+      if (!isNothing || whole_[r] == 0.0 || x_.columns_.rows == 0) ++components_[r];
     }
     for (RealMatrix* matrix : {t, v}) {
       for (std::size_t i = 0; i < n_; ++i) {
@@ -281,6 +283,7 @@ class RowSpaceRefit::Models {
   std::vector<double> means_;
   std::vector<double> deviations_;  ///< that Y was divided by
   std::vector<double> whole_;       ///< sum of squares of the scaled Y of each run
+  std::vector<int> components_;     ///< of each run
   std::vector<RealMatrix> t_, v_;   ///< n x R of each component
 };
 

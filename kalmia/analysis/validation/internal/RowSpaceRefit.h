@@ -28,6 +28,8 @@ class RowSpaceRefit {
     RealMatrix fitted;
     RealMatrix leftOut;
     std::vector<double> means;  ///< of the columns of Y: predictions without a component
+    /// Components of each run: fewer than were asked for where nothing was left of X or Y. A Y without spread has all.
+    std::vector<int> components;
   };
 
   /// Fits `components` components at most, fewer where nothing is left of X or Y, to each of `runs` Y without holes:
