@@ -12,6 +12,7 @@ namespace {
 constexpr int kQ2Decimals = 3;
 constexpr int kErrorDigits = 5;
 constexpr int kPDigits = 2;
+constexpr int kRateDecimals = 3;
 
 std::string ComponentsOf(const ComparedModel& model) {
   if (model.orthogonal == 0) return std::to_string(model.components);
@@ -25,15 +26,23 @@ std::string ComparisonText(const Table& table, const Comparison& comparison) {
   text.AddColumn("model", TextTable::Align::Left);
   text.AddColumn("components", TextTable::Align::Right);
   text.AddColumn("Q2", TextTable::Align::Right);
-  const bool hasOneY = comparison.yNames.size() == 1;
-  for (const std::string& name : comparison.yNames) {
-    text.AddColumn(hasOneY ? "RMSECV" : "RMSECV " + OneLine(name), TextTable::Align::Right);
+  const bool hasClasses = comparison.models.front().classes.has_value();
+  const std::size_t shownY = hasClasses && comparison.yNames.size() == 2 ? 1 : comparison.yNames.size();  // both alike
+  for (std::size_t j = 0; j < shownY; ++j) {
+    text.AddColumn(shownY == 1 ? "RMSECV" : "RMSECV " + OneLine(comparison.yNames[j]), TextTable::Align::Right);
+  }
+  if (hasClasses) {
+    for (const char* title : {"accuracy", "balanced"}) text.AddColumn(title, TextTable::Align::Right);
   }
   text.AddColumn("against the best", TextTable::Align::Left);
   for (std::size_t m = 0; m < comparison.models.size(); ++m) {
     const ComparedModel& model = comparison.models[m];
     std::vector<std::string> cells = {model.name, ComponentsOf(model), Fixed(model.q2, kQ2Decimals)};
-    for (const double rmsecv : model.rmsecv) cells.push_back(Significant(rmsecv, kErrorDigits));
+    for (std::size_t j = 0; j < shownY; ++j) cells.push_back(Significant(model.rmsecv[j], kErrorDigits));
+    if (hasClasses) {
+      cells.push_back(Fixed(model.classes->accuracy, kRateDecimals));
+      cells.push_back(Fixed(model.classes->balancedAccuracy, kRateDecimals));
+    }
     cells.push_back(m == comparison.best ? "best" : "p " + Significant(comparison.p(m, comparison.best), kPDigits));
     text.AddRow(cells);
   }
@@ -71,6 +80,9 @@ std::string ComparisonJson(const Table& table, const Comparison& comparison, con
                       {"rmsecv", rmsecv},
                       {"meanError", JsonNumber(model.meanError)},
                       {"p", p}});
+    if (!model.classes) continue;
+    models.back()["accuracy"] = JsonNumber(model.classes->accuracy);
+    models.back()["balancedAccuracy"] = JsonNumber(model.classes->balancedAccuracy);
   }
   json["models"] = models;
   json["notes"] = notes.Lines();

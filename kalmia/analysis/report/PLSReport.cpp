@@ -6,6 +6,7 @@
 #include "kalmia/analysis/report/internal/ContributionReport.h"
 #include "kalmia/analysis/report/internal/FitCsv.h"
 #include "kalmia/analysis/report/internal/FitReport.h"
+#include "kalmia/analysis/report/internal/ModelsCsv.h"
 #include "kalmia/analysis/report/internal/NamedComponents.h"
 #include "kalmia/analysis/report/internal/RowReport.h"
 #include "kalmia/analysis/report/internal/StoredValidationReport.h"
@@ -114,21 +115,24 @@ CsvFile NumbersCsv(const PLSAnalysis& analysis, const CsvMarks& marks) {
   const RefittedModels models = RefittedModelsOf(fit.model);
   CsvText csv(marks);
   csv.Field("components").Field("Y");
-  for (const char* title : {"R2X cum", "R2Y cum", "PRESS", "Q2", "RMSECV", "kept"}) csv.Field(title);
-  csv.EndLine();
+  for (const char* title : {"R2X cum", "R2Y cum", "PRESS", "Q2", "RMSECV"}) csv.Field(title);
+  RateTitles(models, &csv);
+  csv.Field("kept").EndLine();
   for (std::size_t model = 0; model < models.entries.size(); ++model) {
     const StoredValidationEntry& entry = models.entries[model];
     const auto a = static_cast<std::size_t>(entry.components);
     const ComponentRecord* record = a == 0 || a > fit.components.size() ? nullptr : &fit.components[a - 1];
     const double none = a == 0 ? 0.0 : kNotANumber;
-    const auto line = [&](const std::string& y, double r2y, double press, double q2, double rmsecv) {
+    const auto line = [&](const std::string& y, double r2y, double press, double q2, double rmsecv, bool isOfAll) {
       csv.Field(std::to_string(a)).Field(y).Number(record != nullptr ? record->r2xCum : none).Number(r2y);
-      csv.Number(press).Number(q2).Number(rmsecv).Field(model == models.model ? "yes" : "no").EndLine();
+      csv.Number(press).Number(q2).Number(rmsecv);
+      RateFields(models, isOfAll ? &entry : nullptr, &csv);
+      csv.Field(model == models.model ? "yes" : "no").EndLine();
     };
-    line("(all)", record != nullptr ? record->y.r2Cum : none, entry.press, entry.q2, kNotANumber);
+    line("(all)", record != nullptr ? record->y.r2Cum : none, entry.press, entry.q2, kNotANumber, /*isOfAll=*/true);
     for (std::size_t j = 0; j < fit.data.yNames.size(); ++j) {
       line(fit.data.yNames[j], record != nullptr ? record->perY[j].r2Cum : none, kNotANumber, entry.q2PerY[j],
-           entry.rmsecv[j]);
+           entry.rmsecv[j], /*isOfAll=*/false);
     }
   }
   return {"components.csv", csv.Text()};

@@ -99,7 +99,17 @@ void KeepCommonRows(std::vector<std::vector<double>>* errors) {
   }
 }
 
-/// Q2 and RMSECV over the rows that have an error under all models.
+/// How well classes are found, over these rows.
+ClassRates RatesOf(const ClassValidation& classes, const std::vector<double>& common) {
+  std::vector<int> classOfRow = classes.classes.classOfRow;
+  for (std::size_t i = 0; i < common.size(); ++i) {
+    if (std::isnan(common[i])) classOfRow[i] = -1;
+  }
+  const ClassFigures figures = JudgeClasses(classOfRow, classes.values);
+  return {figures.accuracy, figures.balancedAccuracy};
+}
+
+/// Q2 and RMSECV over the rows that have an error under all models, and of classes how well they are found.
 void TakeFigures(const RefitValidation& validation, const std::vector<double>& common, ComparedModel* model) {
   const LeftOutErrors& errors = validation.errors;
   double press = 0.0, pressOfMeans = 0.0;
@@ -119,6 +129,7 @@ void TakeFigures(const RefitValidation& validation, const std::vector<double>& c
     }
     model->rmsecv.push_back(std::sqrt(sum / measured));
   }
+  if (validation.classes) model->classes = RatesOf(*validation.classes, common);
 }
 
 }  // namespace

@@ -1,12 +1,14 @@
 #pragma once
 
 #include <cstddef>
+#include <optional>
 #include <string>
 #include <variant>
 #include <vector>
 
 #include "kalmia/analysis/fit/FitRecipes.h"
 #include "kalmia/analysis/model/RealMatrix.h"
+#include "kalmia/analysis/model/StoredValidation.h"
 #include "kalmia/analysis/table/Table.h"
 #include "kalmia/analysis/text/Notes.h"
 #include "kalmia/analysis/validation/Folds.h"
@@ -30,6 +32,7 @@ struct ComparedModel {
   bool isChosen = false;
   double q2 = kNotANumber;
   std::vector<double> rmsecv;  ///< of each Y column, in its units
+  std::optional<ClassRates> classes;  ///< where Y are dummies of classes
   double meanError = kNotANumber;  ///< of the rows' E, see LeftOutErrors: what the models are compared by
 };
 

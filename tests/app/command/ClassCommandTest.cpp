@@ -3,6 +3,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <cmath>
+
 #include "CommandRun.h"
 #include "TestTables.h"
 #include "kalmia/analysis/table/Table.h"
@@ -177,6 +179,19 @@ TEST(ClassModel, TellsHowManyRowsEachNumberOfComponentsFinds) {
   asJson.insert(asJson.end(), {"--save", folder.Path("m")});
   RunWell(asJson);
   EXPECT_EQ(RunWell({"info", folder.Path("m"), "--json"}).Json()["validation"]["components"], models);
+  for (const char* command : {"pls", "opls"}) {
+    const json fitted = RunWell({command, ExampleTable("wine.csv"), "--classes", "cultivar", "--id", "sample", "--csv",
+                                 folder.Path("d"), "--json"})
+                            .Json()["validation"]["components"];
+    const kalmia::analysis::Table csv = CsvAt(folder.Path("d/components.csv"));
+    const std::vector<double> accuracy = NumbersOf(csv, "accuracy"), balanced = NumbersOf(csv, "balanced accuracy");
+    ASSERT_EQ(accuracy.size(), 4 * fitted.size()) << "all classes, then each";
+    for (std::size_t a = 0; a < fitted.size(); ++a) {
+      EXPECT_EQ(accuracy[4 * a], fitted[a]["accuracy"]);
+      EXPECT_EQ(balanced[4 * a], fitted[a]["balancedAccuracy"]);
+      EXPECT_TRUE(std::isnan(accuracy[4 * a + 1]));
+    }
+  }
   const json numbers = RunWell({"pls", ExampleTable("wine.csv"), "--y", "alcohol", "--id", "sample", "--json"}).Json();
   EXPECT_FALSE(numbers["validation"]["components"][1].contains("accuracy"));
 }
@@ -189,6 +204,23 @@ TEST(ClassModel, TellsHowManyRowsAChoiceOfItsOwnFinds) {
   const json nested = RunWell(line).Json()["nested"];
   EXPECT_GT(nested["accuracy"], 0.95);
   EXPECT_GT(nested["balancedAccuracy"], 0.95);
+}
+
+TEST(ClassModel, IsComparedByTheRowsThatItFinds) {
+  const std::vector<std::string> line = {"compare",   ExampleTable("wine.csv"), "pls --components 1", "opls", "--classes",
+                                         "cultivar", "--id",                   "sample"};
+  std::vector<std::string> asJson = line;
+  asJson.emplace_back("--json");
+  const json models = RunWell(asJson).Json()["models"];
+  const json fit = RunWell({"pls", ExampleTable("wine.csv"), "--classes", "cultivar", "--id", "sample", "--components",
+                            "1", "--json"})
+                       .Json()["classes"];
+  EXPECT_EQ(models[0]["accuracy"], fit["accuracyCv"]);
+  EXPECT_EQ(models[0]["balancedAccuracy"], fit["balancedAccuracyCv"]);
+  EXPECT_GT(models[1]["accuracy"], models[0]["accuracy"]);
+  EXPECT_THAT(RunWell(line).output, HasSubstr("RMSECV 3  accuracy  balanced  against the best"));
+  const CommandResult two = RunWell({"compare", "-", "pls", "opls", "--classes", "kind", "--id", "name"}, OakAndElm(24, 6));
+  EXPECT_THAT(two.output, HasSubstr("   RMSECV  accuracy")) << "of two classes once";
 }
 
 TEST(ClassModel, SaysWhereTheRuleKeepsNothingAndWhatDoes) {

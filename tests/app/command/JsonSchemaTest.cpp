@@ -115,6 +115,9 @@ TEST(JsonSchema, HoldsForEveryOutput) {
   ExpectValid("kalmia-predict", RunKalmia({"predict", model, table, "--json", "--csv", folder.Path("d")}).Json());
   ExpectValid("kalmia-predict", RunKalmia({"predict", model, table, "--json", "--contributions", "1"}).Json());
   ExpectValid("kalmia-predict", RunKalmia({"predict", model, "-", "--json"}, "a\n1\nNA\n").Json());
+  ExpectValid("kalmia-compare", RunKalmia({"compare", ExampleTable("wine.csv"), "pls", "pls --components 1", "--classes",
+                                           "cultivar", "--json"})
+                                    .Json());
   ExpectValid("kalmia-pls", RunKalmia({"pls", ExampleTable("wine.csv"), "--classes", "cultivar", "--nested", "--json"})
                                 .Json());
   ExpectValid("kalmia-opls", RunKalmia({"opls", ExampleTable("wine.csv"), "--classes", "cultivar", "--nested", "--json"})

@@ -1,7 +1,6 @@
 #include "kalmia/analysis/report/internal/ModelsCsv.h"
 
 #include "kalmia/analysis/model/RealMatrix.h"
-#include "kalmia/analysis/table/internal/CsvText.h"
 
 namespace kalmia::analysis {
 
@@ -17,11 +16,22 @@ void YLines(const RefittedModels& models, std::size_t a, const std::string& kept
     CountFields(models.numbers[a], csv);
     csv->Field(models.yNames[j]).Number(kNotANumber).Number(kNotANumber).Number(kNotANumber);
     csv->Number(models.entries[a].q2PerY[j]).Number(models.entries[a].rmsecv[j]);
+    RateFields(models, /*entry=*/nullptr, csv);
     csv->Field(kept).EndLine();
   }
 }
 
 }  // namespace
+
+void RateTitles(const RefittedModels& models, CsvText* csv) {
+  if (models.HasClasses()) csv->Field("accuracy").Field("balanced accuracy");
+}
+
+void RateFields(const RefittedModels& models, const StoredValidationEntry* entry, CsvText* csv) {
+  if (!models.HasClasses()) return;
+  const ClassRates rates = entry != nullptr ? entry->classes.value_or(ClassRates()) : ClassRates();
+  csv->Number(rates.accuracy).Number(rates.balancedAccuracy);
+}
 
 CsvFile ModelsCsv(const RefittedModels& models, const CsvMarks& marks) {
   const bool hasY = !models.yNames.empty();
@@ -32,6 +42,7 @@ CsvFile ModelsCsv(const RefittedModels& models, const CsvMarks& marks) {
   if (hasY) csv.Field("R2Y cum");
   csv.Field("PRESS").Field("Q2");
   if (hasY) csv.Field("RMSECV");
+  RateTitles(models, &csv);
   csv.Field("kept").EndLine();
   for (std::size_t a = 0; a < models.numbers.size(); ++a) {
     const std::string kept = a == models.model ? "yes" : "no";
@@ -42,6 +53,7 @@ CsvFile ModelsCsv(const RefittedModels& models, const CsvMarks& marks) {
     if (hasY) csv.Number(entry.r2y);
     csv.Number(entry.press).Number(entry.q2);
     if (hasY) csv.Number(kNotANumber);
+    RateFields(models, &entry, &csv);
     csv.Field(kept).EndLine();
     if (hasY) YLines(models, a, kept, &csv);
   }

@@ -27,8 +27,6 @@ std::string MarkOf(const RefittedModels& models, std::size_t model) {
 
 bool HasOneY(const RefittedModels& models) { return models.shownY.size() == 1; }
 
-bool HasClasses(const RefittedModels& models) { return models.validation.components.front().classes.has_value(); }
-
 /// Accuracy and balanced accuracy; of a model that was not judged none.
 std::vector<std::string> RatesText(const StoredValidationEntry& entry) {
   const ClassRates rates = entry.classes.value_or(ClassRates());
@@ -161,7 +159,7 @@ std::string RefitText(const RefittedModels& models) {
   if (hasY) table.AddColumn("R2Y", Align::Right);
   table.AddColumn("Q2", Align::Right);
   if (HasOneY(models)) table.AddColumn("RMSECV", Align::Right);
-  if (HasClasses(models)) {
+  if (models.HasClasses()) {
     for (const char* title : {"accuracy", "balanced"}) table.AddColumn(title, Align::Right);
   }
   table.AddColumn("", Align::Left);
@@ -171,7 +169,7 @@ std::string RefitText(const RefittedModels& models) {
     if (hasY) cells.push_back(ShareText(entry.r2y));
     cells.push_back(ShareText(entry.q2));
     if (HasOneY(models)) cells.push_back(Significant(entry.rmsecv[0], kErrorDigits));
-    if (HasClasses(models)) {
+    if (models.HasClasses()) {
       for (std::string& rate : RatesText(entry)) cells.push_back(std::move(rate));
     }
     cells.push_back(MarkOf(models, a));
@@ -310,7 +308,7 @@ Json RefitJson(const RefittedModels& models, int chosen) {
       row["rmsecv"] = JsonByName(models.yNames, entry.rmsecv);
       row["q2PerY"] = JsonByName(models.yNames, entry.q2PerY);
     }
-    if (HasClasses(models)) AddRatesJson(entry.classes.value_or(ClassRates()), &row);
+    if (models.HasClasses()) AddRatesJson(entry.classes.value_or(ClassRates()), &row);
     list.push_back(row);
   }
   return {{"method", WordOfValidationMethod(ValidationMethod::Refit)},

@@ -32,6 +32,8 @@ struct RefittedModels {
   std::vector<Json> numbers;                   ///< fields that count its components: {"components": 2}
   std::vector<std::string> labels;             ///< the same in texts
 
+  /// Whether Y are dummies of classes.
+  bool HasClasses() const { return validation.components.front().classes.has_value(); }
   /// Whether the rounds can have the model.
   bool IsJudged() const { return model < validation.components.size(); }
 };
