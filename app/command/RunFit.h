@@ -9,6 +9,8 @@
 #include "app/console/ReadTable.h"
 #include "app/console/Remedies.h"
 #include "app/options/ValidationOptions.h"
+#include "kalmia/analysis/figure/FigureJson.h"
+#include "kalmia/analysis/figure/ModelFigures.h"
 #include "kalmia/analysis/file/ModelFile.h"
 #include "kalmia/analysis/fit/FitContributions.h"
 #include "kalmia/analysis/model/ModelDiagnostics.h"
@@ -71,19 +73,22 @@ std::string RunAnalysis(const Options& options, const FitReport<Analysis>& repor
   notes->Add(WithRemedies(analysis.fit.notes));
   const std::vector<RowContributions> contributions = Contributions(analysis.fit, table, rows, notes);
   FitFiles files;
+  std::vector<Figure> figures;
   if (analysis.fit.IsUsable()) {
+    if (options.figures.AreAsked()) figures = Figures(analysis, RecipeOf(options.figures), contributions);
     files = WriteFitFiles(
         options, [&] { return ModelFileBytes(analysis.fit.model, options.Parts()); },
         [&] {
           return WithResiduals(report.csvFiles(analysis, MarksOf(options.csvMarks.Asked())), analysis.fit, options,
                                bar.Get());
         },
-        bar.Get());
+        bar.Get(), {}, figures);
     NoteOlderFiles(options, files, notes);
     if (!files.csv.empty()) NoteNoDistances(analysis.fit.model, analysis.fit.model.Components(), notes);
   }
-  return options.json ? report.json(table, analysis, *notes, files, contributions)
-                      : report.text(analysis, files, contributions);
+  if (!options.json) return report.text(analysis, files, contributions);
+  const std::string json = report.json(table, analysis, *notes, files, contributions);
+  return options.figures.inJson ? JsonWithFigures(json, figures) : json;
 }
 
 }  // namespace kalmia::app

@@ -5,7 +5,6 @@
 #include <set>
 #include <system_error>
 
-#include "app/console/OutputFiles.h"
 #include "app/console/OutputPlaces.h"
 #include "app/console/ReadSteps.h"
 #include "kalmia/analysis/report/O2PLSReport.h"
@@ -35,6 +34,9 @@ std::set<std::string> EveryCsvName() {
 
 void CheckFitPlaces(const FitOptions& options, const std::vector<std::string>& csvNames, const std::string& saveCv) {
   std::vector<FilePlace> places = PlacesInCsvFolder(options.csvFolder, csvNames);
+  const std::vector<FilePlace> drawings =
+      PlacesInSvgFolder(options.figures.folder, FigureNames(options.columns.contributions.size()));
+  places.insert(places.end(), drawings.begin(), drawings.end());
   places.insert(places.begin(), {{"--save", options.save}, {"--save-cv", saveCv}});
   CheckPlaces(Given({{"the table", options.table}, {"the steps file", options.stepsFile}}), Given(places));
 }
@@ -46,11 +48,13 @@ std::optional<GivenSteps> ReadFitSteps(const FitOptions& options) {
 
 FitFiles WriteFitFiles(const FitOptions& options, const std::function<std::string()>& modelBytes,
                        const std::function<std::vector<CsvFile>()>& csvFiles, NCProgress* progress,
-                       const CrossValidationOutput& crossValidation) {
+                       const CrossValidationOutput& crossValidation, const std::vector<Figure>& figures) {
   FitFiles written;
   WorkProgress(progress).Begin("writing the results");
   OutputFiles files;
-  if (!options.csvFolder.empty()) files.MakeFolder(options.csvFolder);  // first: the model may be to lie in it
+  // Folders first: the model may be to lie in one of them.
+  if (!options.csvFolder.empty()) files.MakeFolder(options.csvFolder);
+  if (!options.figures.folder.empty()) files.MakeFolder(options.figures.folder);
   if (!options.save.empty()) {
     files.Stage(options.save, modelBytes());
     written.saved = options.save;
@@ -65,6 +69,7 @@ FitFiles WriteFitFiles(const FitOptions& options, const std::function<std::strin
       files.Stage(written.csv.back(), file.bytes);
     }
   }
+  written.svg = StageDrawings(options.figures, figures, &files);
   files.Commit();
   return written;
 }
@@ -81,6 +86,17 @@ void NoteOlderFiles(const FitOptions& options, const FitFiles& written, Notes* n
   if (older.empty()) return;
   notes->Add("the folder " + OneLine(options.csvFolder) + " also holds " + Listed(older) +
              ", written by an earlier run; " + (older.size() == 1 ? "it does" : "they do") + " not tell of this model");
+}
+
+std::vector<std::string> StageDrawings(const FigureOptions& options, const std::vector<Figure>& figures,
+                                       OutputFiles* files) {
+  std::vector<std::string> paths;
+  if (options.folder.empty()) return paths;
+  for (const Figure& figure : figures) {
+    paths.push_back(SvgPath(options.folder, figure.name));
+    files->Stage(paths.back(), FigureSvg(figure, SizeOf(options.size)));
+  }
+  return paths;
 }
 
 }  // namespace kalmia::app

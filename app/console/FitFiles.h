@@ -6,7 +6,9 @@
 #include <vector>
 
 #include "app/Analysis.h"
+#include "app/console/OutputFiles.h"
 #include "app/options/Options.h"
+#include "kalmia/analysis/figure/Figure.h"
 #include "kalmia/analysis/report/CsvFile.h"
 #include "kalmia/analysis/report/WrittenFiles.h"
 #include "kalmia/analysis/steps/GivenSteps.h"
@@ -29,11 +31,15 @@ void CheckFitPlaces(const FitOptions& options, const std::vector<std::string>& c
 /// The steps that the options name, read as ReadSteps does; nothing where they name none.
 std::optional<GivenSteps> ReadFitSteps(const FitOptions& options);
 
-/// Writes the stored model, the cross-validation and the CSV files that the options ask for, all of them or, with a
-/// BadFile, none. `progress` may be null.
+/// Writes the stored model, the cross-validation, the CSV files and the drawings of the figures that the options ask
+/// for, all of them or, with a BadFile, none. `progress` may be null.
 FitFiles WriteFitFiles(const FitOptions& options, const std::function<std::string()>& modelBytes,
                        const std::function<std::vector<CsvFile>()>& csvFiles, NCProgress* progress,
-                       const CrossValidationOutput& crossValidation = {});
+                       const CrossValidationOutput& crossValidation = {}, const std::vector<Figure>& figures = {});
+
+/// Stages the drawings of the figures in the folder of --svg, if there is one; their paths.
+std::vector<std::string> StageDrawings(const FigureOptions& options, const std::vector<Figure>& figures,
+                                       OutputFiles* files);
 
 /// Notes the files in the folder of --csv that are called as a fit of some family calls its own, but were not written
 /// this time: they tell of another model.

@@ -125,4 +125,15 @@ std::vector<FilePlace> PlacesInCsvFolder(const std::string& folder, const std::v
   return places;
 }
 
+std::vector<FilePlace> PlacesInSvgFolder(const std::string& folder, const std::vector<std::string>& figures) {
+  std::vector<FilePlace> places;
+  if (folder.empty()) return places;
+  for (const std::string& figure : figures) places.push_back({"--svg", SvgPath(folder, figure), folder});
+  return places;
+}
+
+std::string SvgPath(const std::string& folder, const std::string& figure) {
+  return (fs::path(folder) / (figure + ".svg")).string();
+}
+
 }  // namespace kalmia::app

@@ -36,4 +36,9 @@ std::string WrittenText(const std::vector<FilePlace>& outputs);
 /// The places of files in the folder of --csv; none where there is no such folder.
 std::vector<FilePlace> PlacesInCsvFolder(const std::string& folder, const std::vector<std::string>& names);
 
+/// The same of drawings in the folder of --svg: figures of these names.
+std::vector<FilePlace> PlacesInSvgFolder(const std::string& folder, const std::vector<std::string>& figures);
+/// The place of one of them.
+std::string SvgPath(const std::string& folder, const std::string& figure);
+
 }  // namespace kalmia::app

@@ -111,6 +111,7 @@ void DeclarePLS(CommandOptions* command, PLSOptions* options) {
   DeclareColumnsOfRows(command, "table", &options->csvFolder, &options->columns);
   command->Text("--csv", "DIR", &options->csvFolder, "write scores, loadings, coefficients and more as CSV files");
   DeclareCsvMarks(command, &options->csvMarks, {{"--csv", &options->csvFolder}});
+  DeclareFigures(command, &options->figures, &options->json);
   DeclareReading(command, &options->reading);
   command->Examples(
       "Examples:\n"
@@ -131,6 +132,7 @@ void DeclarePCA(CommandOptions* command, PCAOptions* options) {
   DeclareColumnsOfRows(command, "table", &options->csvFolder, &options->columns);
   command->Text("--csv", "DIR", &options->csvFolder, "write scores, loadings and more as CSV files");
   DeclareCsvMarks(command, &options->csvMarks, {{"--csv", &options->csvFolder}});
+  DeclareFigures(command, &options->figures, &options->json);
   DeclareReading(command, &options->reading);
   command->Examples(
       "Examples:\n"

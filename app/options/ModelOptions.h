@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "app/Analysis.h"
+#include "app/options/FigureOptions.h"
 #include "app/options/TableOptions.h"
 #include "app/options/ValidationOptions.h"
 #include "kalmia/analysis/file/ModelFile.h"
@@ -34,6 +35,7 @@ struct FitOptions {
   std::string csvFolder;  ///< empty: no CSV files
   CsvMarkOptions csvMarks;
   ColumnsOfRows columns;
+  FigureOptions figures;
 
   ModelParts Parts() const { return {!noRows, keepTable}; }
 };

@@ -18,6 +18,7 @@
 #include "kalmia/analysis/figure/FigureJson.h"
 #include "kalmia/analysis/figure/FigureSvg.h"
 #include "kalmia/analysis/figure/HistogramSvg.h"
+#include "kalmia/analysis/figure/ModelFigures.h"
 #include "kalmia/analysis/figure/PlotTexts.h"
 #include "kalmia/analysis/figure/SpectrumSvg.h"
 #include "kalmia/analysis/file/ChartLimitsFile.h"

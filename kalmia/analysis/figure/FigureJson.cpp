@@ -126,6 +126,12 @@ Json FigureFields(const std::vector<Figure>& figures) {
   return json;
 }
 
+std::string JsonWithFigures(const std::string& json, const std::vector<Figure>& figures) {
+  Json output = Json::parse(json);
+  output["figures"] = FigureFields(figures);
+  return JsonText(output);
+}
+
 std::string FigureJson(const std::vector<Figure>& figures) { return JsonText(FigureFields(figures)); }
 
 }  // namespace kalmia::analysis

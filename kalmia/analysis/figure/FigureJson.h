@@ -13,4 +13,7 @@ namespace kalmia::analysis {
 /// as the same number, and what is not finite is null.
 KALMIA_EXPORT std::string FigureJson(const std::vector<Figure>& figures);
 
+/// A JSON output of this library, an object, with the same in a last field `figures`. Cost: the output is read again.
+KALMIA_EXPORT std::string JsonWithFigures(const std::string& json, const std::vector<Figure>& figures);
+
 }  // namespace kalmia::analysis

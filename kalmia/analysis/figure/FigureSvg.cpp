@@ -14,6 +14,7 @@ constexpr double kSmallestPanel = 60;
 constexpr double kEdge = 12, kTitleLine = 24, kTop = 36;
 constexpr double kLegendRow = 18, kLegendGap = 16, kWidestEntry = 150;
 constexpr int kMostLegendRows = 3;
+constexpr double kBelowLegend = 6;
 constexpr double kBetweenPanels = 14;
 constexpr double kNoteRow = 15, kBottom = 6;
 constexpr std::size_t kMostNotes = 12;
@@ -86,7 +87,7 @@ class Legend {
     end_ = {kEdge + x, std::min(row, kMostLegendRows - 1)};
   }
 
-  double Height() const { return entries_.empty() ? 0.0 : (end_.second + 1) * kLegendRow; }
+  double Height() const { return entries_.empty() ? 0.0 : (end_.second + 1) * kLegendRow + kBelowLegend; }
 
   void Draw(double top, Svg* svg) const {
     for (std::size_t i = 0; i < places_.size(); ++i) {

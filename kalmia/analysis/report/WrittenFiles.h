@@ -12,6 +12,7 @@ struct FitFiles {
   std::string saved;             ///< the stored model; empty if there is none
   std::string savedCv;           ///< the cross-validation to go on from; empty if there is none
   std::vector<std::string> csv;  ///< with the folder
+  std::vector<std::string> svg;  ///< likewise
 };
 
 /// "Saved the model as ...", "Wrote 11 files into ...", each after an empty line; empty where nothing was written.

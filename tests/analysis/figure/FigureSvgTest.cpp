@@ -74,7 +74,8 @@ TEST(FigureSvg, DrawsEveryMarkWithTextsInsideAndApart) {
   const Figure figure = FigureOfAllMarks();
   const std::string svg = FigureSvg(figure);
   EXPECT_THAT(FaultsOf(svg), IsEmpty());
-  for (const char* word : {"All marks & <looks>", "t1", "t2", "a", "d", "limit 95 %", "first", "line", "17", "a note"}) {
+  for (const char* word : {"All marks & <looks>", "t1", "t2", "a", "d", "limit 95 %", "first", "line", "17",
+                           "a note"}) {
     EXPECT_THAT(WordsOf(svg), Contains(word));
   }
   EXPECT_THAT(svg, HasSubstr("<desc>4 rows.</desc>"));

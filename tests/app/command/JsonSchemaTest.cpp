@@ -264,6 +264,20 @@ TEST(JsonSchema, HoldsForFiguresOfEveryKind) {
   ExpectValid("kalmia-figure", json::parse(FigureJson({})));
 }
 
+TEST(JsonSchema, HoldsForTheFiguresOfModels) {
+  const ScratchFolder folder;
+  const std::string table = folder.Write("t.csv", LinearTable(20, 4, 1));
+  for (const std::vector<std::string>& fit : {std::vector<std::string>{"pls", "--y", "y", "--permutations", "9"},
+                                              {"pca", "--exclude", "y"}}) {
+    std::vector<std::string> words = fit;
+    words.insert(words.end(), {"--id", "name", "--json", "--figures", "--svg", folder.Path("svg"), table});
+    const json output = RunKalmia(words).Json();
+    ExpectValid("kalmia-" + fit.front(), output);
+    ExpectValid("kalmia-figure", output["figures"]);
+    EXPECT_GE(output["figures"]["figures"].size(), 3U);
+  }
+}
+
 TEST(JsonSchema, NoticesAFieldThatIsWrongMissingOrUnknown) {
   json good = RunKalmia({"describe", "-", "--json"}, "a\n1\n2\n").Json();
   json wrong = good;

@@ -276,9 +276,10 @@ void PanelSvg::Draw(const Plot::Place& place, Svg* svg, TakenPixels* texts, Take
   DrawYTicks(svg);
   svg->Rectangle(place.left, place.top, place.width, place.height, Svg::Look::Frame);
   for (const FigureMark& mark : panel_.marks) {
-    if (mark.type != FigureMark::Type::Rule) DrawMark(mark);
+    DrawMark(mark);
   }
-  DrawRules();
+  DrawLevelNames();
+  DrawUprightNames();
   for (const FigureMark& mark : panel_.marks) {
     if (mark.type == FigureMark::Type::Text) DrawTexts(mark);
   }
@@ -333,8 +334,8 @@ void PanelSvg::DrawMark(const FigureMark& mark) {
     case FigureMark::Type::Line: DrawLine(mark); return;
     case FigureMark::Type::Bars: DrawBars(mark); return;
     case FigureMark::Type::Area: IsCells(mark) ? DrawCells(mark) : DrawArea(mark); return;
-    case FigureMark::Type::Rule:
-    case FigureMark::Type::Text: return;
+    case FigureMark::Type::Rule: DrawRule(mark); return;
+    case FigureMark::Type::Text: return;  // above all marks
   }
 }
 
@@ -441,18 +442,17 @@ void PanelSvg::DrawCells(const FigureMark& mark) {
   }
 }
 
-void PanelSvg::DrawRules() {
-  for (const FigureMark& mark : panel_.marks) {
-    if (IsLevel(mark)) {
-      const double y = plot_.Y(mark.y.front());
-      DrawPolyline(mark, {{place_.left, y}, {plot_.Right(), y}}, svg_);
-    } else if (IsUpright(mark)) {
-      const double x = plot_.X(mark.x.front());
-      DrawPolyline(mark, {{x, place_.top}, {x, plot_.Bottom()}}, svg_);
-    }
+/// No name of an item stands on it.
+void PanelSvg::DrawRule(const FigureMark& mark) {
+  if (IsLevel(mark)) {
+    const double y = plot_.Y(mark.y.front());
+    DrawPolyline(mark, {{place_.left, y}, {plot_.Right(), y}}, svg_);
+    marks_->Take({place_.left, y - 0.5, plot_.Right(), y + 0.5});
+  } else if (IsUpright(mark)) {
+    const double x = plot_.X(mark.x.front());
+    DrawPolyline(mark, {{x, place_.top}, {x, plot_.Bottom()}}, svg_);
+    marks_->Take({x - 0.5, place_.top, x + 0.5, plot_.Bottom()});
   }
-  DrawLevelNames();
-  DrawUprightNames();
 }
 
 /// On the right, pushed apart where they would run into each other; where all of them have no room, those at the top
@@ -467,7 +467,9 @@ void PanelSvg::DrawLevelNames() {
   double before = place_.top - kLine / 2;
   for (auto& [y, name] : names) before = y = std::max(y, before + kLine);
   double after = plot_.Bottom() + kLine / 2;
-  for (auto name = names.rbegin(); name != names.rend(); ++name) after = name->first = std::min(name->first, after - kLine);
+  for (auto name = names.rbegin(); name != names.rend(); ++name) {
+    after = name->first = std::min(name->first, after - kLine);
+  }
   for (const auto& [y, name] : names) {
     if (y < place_.top) continue;
     svg_->Text(plot_.Right() + kGap, y + 4, name, Svg::Font::Label, Svg::Anchor::Start);
@@ -483,10 +485,11 @@ void PanelSvg::DrawUprightNames() {
     const double width = Svg::WidthOf(name, Svg::Font::Label), baseline = place_.top - 4;
     const double left = std::clamp(plot_.X(mark.x.front()) - width / 2, place_.left, place_.left + room - width);
     const Box box = BoxOf(name, left, baseline);
-    ++leftOut_->ofNames;
-    if (!texts_->IsFree(box)) continue;
+    if (!texts_->IsFree(box)) {
+      ++leftOut_->ofNames;
+      continue;
+    }
     texts_->Take(box);
-    ++leftOut_->names;
     svg_->Text(left, baseline, name, Svg::Font::Label, Svg::Anchor::Start);
   }
 }

@@ -46,7 +46,7 @@ class PanelSvg {
   void DrawArea(const FigureMark& mark);
   void DrawCells(const FigureMark& mark);
   void DrawInterval(const FigureMark& mark, std::size_t item);
-  void DrawRules();
+  void DrawRule(const FigureMark& mark);
   void DrawLevelNames();
   void DrawUprightNames();
   void DrawTexts(const FigureMark& mark);

@@ -217,7 +217,8 @@ std::string Class(const std::string& name) { return " class=\"" + name + "\""; }
 Svg::Svg(double width, double height, const std::string& title, const std::string& description)
     : text_("<svg xmlns=\"http://www.w3.org/2000/svg\"" + Attribute("width", width) + Attribute("height", height) +
             " viewBox=\"0 0 " + Number(width) + " " + Number(height) + "\">\n<title>" + XmlText(title) + "</title>\n" +
-            (description.empty() ? "" : "<desc>" + XmlText(description) + "</desc>\n") + kStyle + "<rect width=\"100%\" height=\"100%\" fill=\"#fff\"/>\n") {}
+            (description.empty() ? "" : "<desc>" + XmlText(description) + "</desc>\n") + kStyle +
+            "<rect width=\"100%\" height=\"100%\" fill=\"#fff\"/>\n") {}
 
 void Svg::AddChartStyle() { text_ += kChartStyle; }
 

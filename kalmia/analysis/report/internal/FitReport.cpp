@@ -72,6 +72,7 @@ void AddGroupsJson(const ModelInfo& model, Json* json) {
 void AddFilesJson(const FitFiles& files, const Notes& notes, Json* json) {
   (*json)["saved"] = TextOrNull(files.saved);
   (*json)["csvFiles"] = files.csv;
+  if (!files.svg.empty()) (*json)["svgFiles"] = files.svg;
   (*json)["notes"] = notes.Lines();
 }
 
