@@ -7,6 +7,8 @@
 #include "app/console/OutputPlaces.h"
 #include "app/console/ReadTable.h"
 #include "app/console/Remedies.h"
+#include "kalmia/analysis/figure/FigureJson.h"
+#include "kalmia/analysis/figure/ModelFigures.h"
 #include "kalmia/analysis/file/ModelFile.h"
 #include "kalmia/analysis/model/Prediction.h"
 #include "kalmia/analysis/report/O2PLSReport.h"
@@ -22,6 +24,8 @@ void CheckFiles(const O2PLSOptions& options) {
   std::vector<std::string> names = O2PLSCsvFileNames();
   if (options.columns.residuals) names.insert(names.end(), {kXResidualsFile, kYResidualsFile});
   std::vector<FilePlace> places = PlacesInCsvFolder(options.csvFolder, names);
+  const std::vector<FilePlace> drawings = PlacesInSvgFolder(options.figures.folder, FigureNames());
+  places.insert(places.end(), drawings.begin(), drawings.end());
   places.insert(places.begin(), {"--save", options.save});
   CheckPlaces({{"the X table", options.table}, {"the Y table", options.yTable}}, Given(places));
 }
@@ -64,13 +68,17 @@ std::string RunCommand(const O2PLSOptions& options, Notes* notes) {
   const O2PLSResult& result = analysis.fit;
   notes->Add(WithRemedies(result.notes));
   FitFiles files;
+  std::vector<Figure> figures;
   if (result.AnyKept()) {
+    if (options.figures.AreAsked()) figures = Figures(analysis, RecipeOf(options.figures));
     files = WriteFitFiles(
         options, [&] { return ModelFileBytes(result.model, options.Parts()); },
-        [&] { return FilesOf(options, bar.Get(), &analysis); }, bar.Get());
+        [&] { return FilesOf(options, bar.Get(), &analysis); }, bar.Get(), {}, figures);
     NoteOlderFiles(options, files, notes);
   }
-  return options.json ? O2PLSJson(analysis, *notes, files) : O2PLSText(analysis, files);
+  if (!options.json) return O2PLSText(analysis, files);
+  const std::string json = O2PLSJson(analysis, *notes, files);
+  return options.figures.inJson ? JsonWithFigures(json, figures) : json;
 }
 
 }  // namespace kalmia::app

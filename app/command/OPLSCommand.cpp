@@ -10,6 +10,8 @@
 #include "app/console/OutputPlaces.h"
 #include "app/console/ReadTable.h"
 #include "app/console/Remedies.h"
+#include "kalmia/analysis/figure/FigureJson.h"
+#include "kalmia/analysis/figure/ModelFigures.h"
 #include "kalmia/analysis/file/ModelFile.h"
 #include "kalmia/analysis/file/OPLSCvFile.h"
 #include "kalmia/analysis/report/OPLSReport.h"
@@ -46,17 +48,20 @@ std::string RunCommand(const OPLSOptions& options, Notes* notes) {
   const OPLSResult& result = analysis.fit;
   notes->Add(WithRemedies(result.notes));
   const std::vector<RowContributions> contributions = Contributions(result, table, rows, notes);
+  std::vector<Figure> figures;
+  if (options.figures.AreAsked()) figures = Figures(analysis, RecipeOf(options.figures), contributions);
   const FitFiles files = WriteFitFiles(
       options, [&] { return ModelFileBytes(result.model, options.Parts()); },
       [&] {
         return WithResiduals(OPLSCsvFiles(analysis, MarksOf(options.csvMarks.Asked())), result, options, bar.Get());
       },
       bar.Get(),
-      {options.saveCv, [&result] { return OPLSCvFileBytes(result.validation); }});
+      {options.saveCv, [&result] { return OPLSCvFileBytes(result.validation); }}, figures);
   NoteOlderFiles(options, files, notes);
   if (!files.csv.empty()) NoteNoDistances(result.model, result.model.Components(), notes);
-  return options.json ? OPLSJson(table, analysis, *notes, files, contributions)
-                      : OPLSText(analysis, files, contributions);
+  if (!options.json) return OPLSText(analysis, files, contributions);
+  const std::string json = OPLSJson(table, analysis, *notes, files, contributions);
+  return options.figures.inJson ? JsonWithFigures(json, figures) : json;
 }
 
 }  // namespace kalmia::app

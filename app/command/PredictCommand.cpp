@@ -1,11 +1,15 @@
 #include <filesystem>
+#include <utility>
 
 #include "app/command/Commands.h"
 #include "app/console/ConsoleProgress.h"
+#include "app/console/FitFiles.h"
 #include "app/console/InputFile.h"
 #include "app/console/OutputFiles.h"
 #include "app/console/OutputPlaces.h"
 #include "app/console/ReadTable.h"
+#include "kalmia/analysis/figure/FigureJson.h"
+#include "kalmia/analysis/figure/PredictFigures.h"
 #include "kalmia/analysis/file/ModelFile.h"
 #include "kalmia/analysis/fit/PredictResult.h"
 #include "kalmia/analysis/model/Contributions.h"
@@ -74,7 +78,7 @@ std::string PredictWith(const Model& model, const PredictOptions& options, const
   const auto result = Predict(model, table, options.id, bar.Get());
   notes->Add(result.notes);
   const std::vector<RowContributions> contributions = Contributions(model, result, options, table, notes);
-  PredictFiles written = {InputName(options.model), InputName(options.table), {}};
+  PredictFiles written = {InputName(options.model), InputName(options.table), {}, {}};
   OutputFiles files;
   if (!options.csvFolder.empty()) {
     files.MakeFolder(options.csvFolder);
@@ -88,8 +92,13 @@ std::string PredictWith(const Model& model, const PredictOptions& options, const
       stage(ResidualsCsv(result.rows.names, model.xNames, XResiduals(model, result.rows.x, bar.Get()), marks));
     }
   }
+  std::vector<Figure> figures;
+  if (options.figures.AreAsked()) figures = Figures(model, result, RecipeOf(options.figures), contributions);
+  if (!options.figures.folder.empty()) files.MakeFolder(options.figures.folder);
+  written.svg = StageDrawings(options.figures, figures, &files);
   files.Commit();
-  return Report(model, result, options, table, written, contributions, *notes);
+  const std::string report = Report(model, result, options, table, written, contributions, *notes);
+  return options.figures.inJson ? JsonWithFigures(report, figures) : report;
 }
 
 std::string PredictWith(const StoredFilter& /*model*/, const PredictOptions& options, const Table& /*table*/,
@@ -103,8 +112,12 @@ std::string PredictWith(const StoredFilter& /*model*/, const PredictOptions& opt
 std::string RunCommand(const PredictOptions& options, Notes* notes) {
   std::vector<std::string> names = {kPredictionsFile};
   if (options.columns.residuals) names.push_back(kResidualsFile);
-  CheckPlaces({{"the model", options.model}, {"the table", options.table}},
-              PlacesInCsvFolder(options.csvFolder, names));
+  std::vector<FilePlace> places = PlacesInCsvFolder(options.csvFolder, names);
+  for (FilePlace& place :
+       PlacesInSvgFolder(options.figures.folder, FigureNames(options.columns.contributions.size()))) {
+    places.push_back(std::move(place));
+  }
+  CheckPlaces({{"the model", options.model}, {"the table", options.table}}, places);
   StoredModel model = ReadModelFile(ReadInput(options.model), InputName(options.model));
   std::visit([&options](auto& own) { Direct(&own, options); }, model);
   const Table table = ReadTable(options.table, options.reading);

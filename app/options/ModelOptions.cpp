@@ -160,6 +160,7 @@ void DeclareOPLS(CommandOptions* command, OPLSOptions* options) {
   DeclareColumnsOfRows(command, "table", &options->csvFolder, &options->columns);
   command->Text("--csv", "DIR", &options->csvFolder, "write scores, loadings, coefficients and more as CSV files");
   DeclareCsvMarks(command, &options->csvMarks, {{"--csv", &options->csvFolder}});
+  DeclareFigures(command, &options->figures, &options->json);
   DeclareReading(command, &options->reading);
   command->Examples(
       "Examples:\n"
@@ -206,6 +207,7 @@ void DeclareO2PLS(CommandOptions* command, O2PLSOptions* options) {
                    &options->csvFolder, &options->columns.residuals);
   command->Text("--csv", "DIR", &options->csvFolder, "write scores, loadings, weights and fitted values as CSV files");
   DeclareCsvMarks(command, &options->csvMarks, {{"--csv", &options->csvFolder}});
+  DeclareFigures(command, &options->figures, &options->json);
   DeclareReading(command, &options->reading);
   command->Examples(
       "Examples:\n"
@@ -224,6 +226,7 @@ void DeclarePredict(CommandOptions* command, PredictOptions* options) {
   command->Flag("--json", &options->json, "print JSON");
   command->Text("--csv", "DIR", &options->csvFolder, "write predictions.csv");
   DeclareCsvMarks(command, &options->csvMarks, {{"--csv", &options->csvFolder}});
+  DeclareFigures(command, &options->figures, &options->json);
   DeclareReading(command, &options->reading);
   command->Examples("Example:\n  kalmia predict octane.model new.csv");
 }

@@ -76,6 +76,7 @@ struct PredictOptions {
   std::string csvFolder;
   CsvMarkOptions csvMarks;
   ColumnsOfRows columns;
+  FigureOptions figures;
 };
 
 struct FillOptions {

@@ -20,6 +20,7 @@
 #include "kalmia/analysis/figure/HistogramSvg.h"
 #include "kalmia/analysis/figure/ModelFigures.h"
 #include "kalmia/analysis/figure/PlotTexts.h"
+#include "kalmia/analysis/figure/PredictFigures.h"
 #include "kalmia/analysis/figure/SpectrumSvg.h"
 #include "kalmia/analysis/file/ChartLimitsFile.h"
 #include "kalmia/analysis/file/FileHeader.h"

@@ -8,6 +8,8 @@
 #include "kalmia/analysis/figure/Figure.h"
 #include "kalmia/analysis/model/Contributions.h"
 #include "kalmia/analysis/validation/Analysis.h"
+#include "kalmia/analysis/validation/O2PLSAnalysis.h"
+#include "kalmia/analysis/validation/OPLSAnalysis.h"
 #include "kalmia/analysis/validation/PCAAnalysis.h"
 #include "kalmia/support/Export.h"
 
@@ -36,6 +38,11 @@ KALMIA_EXPORT std::vector<Figure> Figures(const PCAAnalysis& analysis, const Fig
                                           const std::vector<RowContributions>& contributions = {});
 KALMIA_EXPORT std::vector<Figure> Figures(const PLSAnalysis& analysis, const FigureRecipe& recipe = {},
                                           const std::vector<RowContributions>& contributions = {});
+KALMIA_EXPORT std::vector<Figure> Figures(const OPLSAnalysis& analysis, const FigureRecipe& recipe = {},
+                                          const std::vector<RowContributions>& contributions = {});
+/// Of O2PLS, which has no T2 and no contributions, the axes count the joint components, then the unique ones of each
+/// block; a block without them shows its first two. Nothing of a model without joint components.
+KALMIA_EXPORT std::vector<Figure> Figures(const O2PLSAnalysis& analysis, const FigureRecipe& recipe = {});
 
 /// The names that figures of analyses may have, before there is a model: with so many rows of contributions.
 KALMIA_EXPORT std::vector<std::string> FigureNames(std::size_t contributions = 0);

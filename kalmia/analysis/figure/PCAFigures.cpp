@@ -1,21 +1,9 @@
 #include "kalmia/analysis/figure/ModelFigures.h"
-#include "kalmia/analysis/figure/internal/FigureParts.h"
-#include "kalmia/analysis/model/TrainingRows.h"
+#include "kalmia/analysis/figure/internal/ModelSpaces.h"
 
 namespace kalmia::analysis {
 
 namespace {
-
-ScoreSpace SpaceOf(const StoredPCA& model) {
-  ScoreSpace space;
-  space.rows = ListOf("rows", model.rowNames);
-  space.scores = TrainingScores(model);
-  for (int a = 1; a <= model.Components(); ++a) space.symbols.push_back("t" + std::to_string(a));
-  for (const PCAComponentRecord& record : model.components) space.shares.push_back(record.r2x);
-  space.trainingRows = model.rows;
-  if (model.rowTerms) space.moments = model.rowTerms->scores;
-  return space;
-}
 
 /// What judged the models by refits; otherwise the cumulated figures of the components.
 SharesByNumber SharesOf(const PCAAnalysis& analysis) {

@@ -316,6 +316,7 @@ std::string JsonOf(const Model& model, const Result& result, const PredictFiles&
   AddPredictJson(model, result, &json);
   if (contributions != nullptr) json["contributions"] = ContributionJson(*contributions);
   json["csvFiles"] = files.csv;
+  if (!files.svg.empty()) json["svgFiles"] = files.svg;
   json["notes"] = notes.Lines();
   return JsonText(json);
 }

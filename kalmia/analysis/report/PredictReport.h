@@ -19,6 +19,7 @@ namespace kalmia::analysis {
 struct PredictFiles {
   std::string model, table;
   std::vector<std::string> csv;
+  std::vector<std::string> svg;  ///< drawings of the figures
 };
 
 /// A line for each row: what is predicted of Y with its interval, beside what was measured, or its class with the

@@ -230,6 +230,98 @@ TEST(FiguresOfModels, OfClassesShowTheirRowsAndHowManyAreFound) {
   }
 }
 
+TEST(FiguresOfModels, OfOplsHaveThePredictiveComponentAcrossAndTheOrthogonalOneUp) {
+  const ScratchFolder folder;
+  const std::string csv = folder.Path("csv");
+  const json output = RunWell({"opls", ExampleTable("gasoline.csv"), "--y", "octane", "--id", "sample", "--scale",
+                               "centre", "--orthogonal", "2", "--predictive", "1", "--json", "--figures", "--csv", csv})
+                          .Json();
+  std::map<std::string, json> figures = FiguresByName(output);
+  EXPECT_EQ(Read(MarkIn(figures["scores"], "points")["x"]), CsvColumn(csv, "scores.csv", "t1"));
+  EXPECT_EQ(Read(MarkIn(figures["scores"], "points")["y"]), CsvColumn(csv, "scores.csv", "to1"));
+  EXPECT_EQ(Read(MarkIn(figures["loadings"], "line", "po1")["y"]), CsvColumn(csv, "loadings.csv", "po1"));
+  const json plot = MarkIn(figures["s-plot"], "points");
+  EXPECT_EQ(Read(plot["x"]), CsvColumn(csv, "s-plot.csv", "covariance t1"));
+  EXPECT_EQ(Read(plot["y"]), CsvColumn(csv, "s-plot.csv", "correlation t1"));
+  EXPECT_EQ(Read(MarkIn(figures["vip"], "line")["y"]), CsvColumn(csv, "vip.csv", "VIP predictive"));
+  EXPECT_EQ(Read(MarkIn(figures["vip"]["below"][0], "line")["y"]), CsvColumn(csv, "vip.csv", "VIP orthogonal"));
+  EXPECT_EQ(figures["components"]["x"]["categories"], json({"0", "1 + 0", "1 + 1", "1 + 2"}));
+  EXPECT_FALSE(figures.count("cross-validated-scores") > 0);
+  const json byComponent = RunWell({"opls", ExampleTable("gasoline.csv"), "--y", "octane", "--id", "sample",
+                                    "--validation", "component", "--orthogonal", "1", "--json", "--figures", "--csv",
+                                    csv})
+                               .Json();
+  const json leftOut = MarkIn(FiguresByName(byComponent)["cross-validated-scores"], "points", "cross-validated");
+  EXPECT_EQ(Read(leftOut["x"]), CsvColumn(csv, "cross-validated-scores.csv", "t1"));
+  EXPECT_EQ(Read(leftOut["y"]), CsvColumn(csv, "cross-validated-scores.csv", "to1"));
+}
+
+TEST(FiguresOfModels, OfO2plsHaveBothBlocksAndTheirSharesOnTopOfEachOther) {
+  const ScratchFolder folder;
+  const std::string oils = ExampleTable("oliveoil.csv"), csv = folder.Path("csv");
+  const json output = RunWell({"o2pls", oils, oils, "--id", "sample", "--x", "Acidity..DK", "--y", "yellow..syrup",
+                               "--joint", "2", "--x-unique", "1", "--y-unique", "1", "--json", "--figures", "--csv",
+                               csv})
+                          .Json();
+  std::map<std::string, json> figures = FiguresByName(output);
+  EXPECT_EQ(Read(MarkIn(figures["joint-scores"], "points")["y"]), CsvColumn(csv, "y-scores.csv", "u1"));
+  EXPECT_EQ(Read(MarkIn(figures["x-scores"], "points")["y"]), CsvColumn(csv, "x-scores.csv", "t2"));
+  EXPECT_EQ(Read(MarkIn(figures["y-scores"], "points")["x"]), CsvColumn(csv, "y-scores.csv", "u1"));
+  EXPECT_EQ(Read(MarkIn(figures["x-unique-scores"], "points")["y"]), CsvColumn(csv, "x-scores.csv", "to1"));
+  EXPECT_EQ(Read(MarkIn(figures["y-unique-scores"], "points")["y"]), CsvColumn(csv, "y-scores.csv", "uo1"));
+  EXPECT_EQ(Read(MarkIn(figures["x-loadings"], "points")["x"]), CsvColumn(csv, "x-loadings.csv", "p1"));
+  EXPECT_EQ(Read(MarkIn(figures["y-loadings"], "points")["y"]), CsvColumn(csv, "y-loadings.csv", "q2"));
+  EXPECT_EQ(output["figures"]["names"]["y-columns"], json({"yellow", "green", "brown", "glossy", "transp", "syrup"}));
+  const Numbers joint = CsvColumn(csv, "shares.csv", "joint"), unique = CsvColumn(csv, "shares.csv", "unique");
+  const json ofUnique = MarkIn(figures["shares"], "bars", "unique"), rest = MarkIn(figures["shares"], "bars", "rest");
+  EXPECT_EQ(Read(MarkIn(figures["shares"], "bars", "joint")["y"]), joint);
+  for (std::size_t b = 0; b < 2; ++b) {
+    EXPECT_EQ(Read(ofUnique["base"])[b], joint[b]);
+    EXPECT_EQ(Read(ofUnique["y"])[b], joint[b] + unique[b]);
+    EXPECT_NEAR(Read(rest["y"])[b], 1.0, 1e-15);  // a difference and a sum
+  }
+  EXPECT_EQ(figures["fit"]["below"].size(), 5U);
+}
+
+TEST(FiguresOfModels, OfNewRowsLieOnTheTrainingRowsWithTheirOwnLimits) {
+  const ScratchFolder folder;
+  const std::string model = folder.Path("model"), csv = folder.Path("csv"), bare = folder.Path("bare");
+  for (const std::string& place : {model, bare}) {
+    std::vector<std::string> words = {"pls", ExampleTable("gasoline.csv"), "--y", "octane", "--id", "sample", "--scale",
+                                      "centre", "--components", "2", "--save", place};
+    if (place == bare) words.push_back("--no-rows");
+    RunWell(words);
+  }
+  const json output = RunWell({"predict", model, ExampleTable("gasoline.csv"), "--json", "--figures", "--csv", csv,
+                               "--contributions", "3", "--svg", folder.Path("svg")})
+                          .Json();
+  std::map<std::string, json> figures = FiguresByName(output);
+  const json fresh = MarkIn(figures["scores"], "points", "new rows");
+  EXPECT_EQ(Read(fresh["x"]), CsvColumn(csv, "predictions.csv", "t1"));
+  EXPECT_EQ(fresh["names"], "new-rows");
+  const json training = MarkIn(figures["scores"], "points", "training rows");
+  EXPECT_EQ(training["look"], "faint");
+  ASSERT_EQ(training["x"].size(), 60U);
+  // The new rows are the training rows: their scores are the same up to the rounding of single precision.
+  for (std::size_t i = 0; i < 60; ++i) EXPECT_NEAR(Read(fresh["x"])[i], Read(training["x"])[i], 1e-6);
+  const json ellipse = MarkIn(figures["scores"], "line", "T2, 95 %");
+  double farthest = 0.0, variance = 0.0;  // the mean of the scores is 0 but for rounding
+  for (const double x : Read(ellipse["x"])) farthest = std::max(farthest, x);
+  for (const double x : Read(training["x"])) variance += x * x / 59;
+  const double limit = output["limits"]["new"]["t2"]["0.95"];
+  EXPECT_NEAR(farthest * farthest / variance, limit, 1e-5 * limit);
+  EXPECT_EQ(Read(MarkIn(figures["distance"], "points")["x"]), CsvColumn(csv, "predictions.csv", "T2"));
+  const json predictions = MarkIn(figures["predictions"], "points");
+  EXPECT_EQ(Read(predictions["y"]), CsvColumn(csv, "predictions.csv", "predicted octane"));
+  EXPECT_EQ(Read(predictions["low"]), CsvColumn(csv, "predictions.csv", "lower octane"));
+  EXPECT_EQ(Read(predictions["x"]), CsvColumn(csv, "predictions.csv", "measured octane"));
+  EXPECT_EQ(figures.count("contributions-1"), 1U);
+  for (const json& path : output["svgFiles"]) EXPECT_THAT(FaultsOf(ReadWholeFile(path)), IsEmpty()) << path;
+  const json alone = RunWell({"predict", bare, ExampleTable("gasoline.csv"), "--json", "--figures"}).Json();
+  const json scores = FiguresByName(alone)["scores"];
+  EXPECT_THAT(scores["notes"], ElementsAre("the model has no training rows with it: only new rows are shown"));
+}
+
 TEST(FiguresOfModels, ShowTheComponentsThatAxesName) {
   const ScratchFolder folder;
   const std::string csv = folder.Path("csv");
@@ -295,6 +387,13 @@ TEST(FiguresOfModels, AreDrawnWellOfAnyTable) {
       {"odd names", {"pls", "-", "--y", "y", "--id", "name", "--components", "2", "--contributions", "1"}, odd},
       {"large values", {"pls", "-", "--y", "y", "--components", "2"}, large},
       {"constant", {"pls", "-", "--y", "y", "--components", "1", "--validation", "component"}, constant},
+      {"opls",
+       {"opls", ExampleTable("oliveoil.csv"), "--id", "sample", "--y", "yellow,green", "--x", "Acidity..DK"},
+       ""},
+      {"blocks",
+       {"o2pls", ExampleTable("oliveoil.csv"), ExampleTable("oliveoil.csv"), "--id", "sample", "--x", "Acidity..DK",
+        "--y", "yellow..syrup", "--joint", "2", "--x-unique", "1", "--y-unique", "1"},
+       ""},
       {"two rows", {"pca", "-", "--components", "1", "--validation", "none"}, "a,b\n1,2\n3,5\n"},
       {"holes", {"pls", "-", "--y", "y", "--id", "name", "--components", "2"}, WithHoles(LinearTable(25, 5, 3), 7)},
   };

@@ -276,6 +276,22 @@ TEST(JsonSchema, HoldsForTheFiguresOfModels) {
     ExpectValid("kalmia-figure", output["figures"]);
     EXPECT_GE(output["figures"]["figures"].size(), 3U);
   }
+  const std::string model = folder.Path("model");
+  const json opls = RunKalmia({"opls", table, "--y", "y", "--id", "name", "--json", "--figures", "--svg",
+                               folder.Path("svg"), "--save", model})
+                        .Json();
+  ExpectValid("kalmia-opls", opls);
+  ExpectValid("kalmia-figure", opls["figures"]);
+  const json predicted =
+      RunKalmia({"predict", model, table, "--json", "--figures", "--svg", folder.Path("svg")}).Json();
+  ExpectValid("kalmia-predict", predicted);
+  ExpectValid("kalmia-figure", predicted["figures"]);
+  const TwoBlocks blocks = SharedBlocks(40, 1);
+  const std::string x = folder.Write("x.csv", blocks.x), y = folder.Write("y.csv", blocks.y);
+  const json o2pls =
+      RunKalmia({"o2pls", x, y, "--id", "name", "--json", "--figures", "--svg", folder.Path("svg")}).Json();
+  ExpectValid("kalmia-o2pls", o2pls);
+  ExpectValid("kalmia-figure", o2pls["figures"]);
 }
 
 TEST(JsonSchema, NoticesAFieldThatIsWrongMissingOrUnknown) {

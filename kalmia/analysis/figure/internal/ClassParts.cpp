@@ -69,7 +69,8 @@ Figure ConfusionFigure(const ClassFigures& figures, const std::vector<std::strin
   panel.marks = {cells, texts};
   figure.panels.push_back(panel);
   figure.alt = Counted(static_cast<std::size_t>(rows), "row") + " of " + std::to_string(classes) +
-               " classes; accuracy " + Fixed(figures.accuracy, 4) + ", balanced " + Fixed(figures.balancedAccuracy, 4) + ".";
+               " classes; accuracy " + Fixed(figures.accuracy, 4) + ", balanced " +
+               Fixed(figures.balancedAccuracy, 4) + ".";
   if (figures.unpredictedRows > 0) {
     figure.notes.push_back(Counted(static_cast<std::size_t>(figures.unpredictedRows), "row") + " not predicted");
   }

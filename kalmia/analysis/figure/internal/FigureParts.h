@@ -11,6 +11,7 @@
 #include "kalmia/analysis/model/ModelDiagnostics.h"
 #include "kalmia/analysis/model/PredictionInterval.h"
 #include "kalmia/analysis/model/RealMatrix.h"
+#include "kalmia/analysis/model/RowDiagnosis.h"
 #include "kalmia/analysis/model/StoredModel.h"
 #include "kalmia/analysis/validation/ComponentChoice.h"
 #include "kalmia/analysis/validation/JackKnife.h"
@@ -52,12 +53,14 @@ struct ScoreSpace {
   std::vector<double> shares;        ///< of X, that they describe; not a number where that is not known
   std::string block = "X";
   std::size_t trainingRows = 0;      ///< N of the limits
+  bool areNew = false;               ///< whether the model has not seen the rows: limits are those of new rows
   ScoreMoments moments;              ///< of the training rows; without means where there is no ellipse
   std::vector<int> classes;          ///< of the rows; empty without
   std::vector<std::string> classNames;
 
   std::size_t Components() const { return scores.columns; }
-  std::vector<double> Column(std::size_t component) const;  ///< as the stored single precision numbers read
+  /// As the outputs have the numbers: those of training rows are stored in single precision.
+  std::vector<double> Column(std::size_t component) const;
   std::string Label(std::size_t component) const;           ///< "t1 (72.5 % of X)"
 };
 
@@ -89,6 +92,9 @@ std::vector<std::vector<double>> VectorsOf(const NCDataMatrix<float>& prim);
 
 /// Distances of the training rows by T2, or by the row's number where there is no T2; nothing without distances.
 std::optional<Figure> DistanceFigure(const ModelInfo& model, const std::string& subject, const FigureRecipe& recipe);
+/// The same of any rows.
+std::optional<Figure> DistanceFigure(const SharedNames& names, const RowDiagnosis& rows, const std::string& subject,
+                                     const FigureRecipe& recipe);
 
 /// R2 and Q2 of models of 0, 1, 2, ... components, from refits or by component.
 struct SharesByNumber {
@@ -99,6 +105,9 @@ struct SharesByNumber {
 };
 std::optional<Figure> ComponentsFigure(const SharesByNumber& numbers, const std::string& subject,
                                        const FigureRecipe& recipe);
+
+/// "0", "1", or of several kinds of components "1 + 2".
+std::vector<std::string> LabelsOf(const StoredValidation& validation);
 
 /// From what a stored model carries of refits.
 SharesByNumber SharesOf(const StoredValidation& validation, bool hasY);
@@ -116,6 +125,9 @@ struct ErrorsByNumber {
 std::optional<Figure> ValidationFigure(const ErrorsByNumber& errors, const std::string& subject,
                                        const FigureRecipe& recipe);
 ErrorsByNumber ErrorsOf(const RefitValidation& validation, std::vector<std::string> labels);
+
+/// Gives both axes the range of all items, and a diagonal below them.
+void TakeCommonRange(FigurePanel* panel);
 
 /// Measured values against fitted and cross-validated ones.
 struct FitOfColumns {

@@ -528,7 +528,10 @@ void PanelSvg::DrawNames(const FigureMark& mark, const std::vector<std::size_t>&
   for (std::size_t i = 0; i < order.size() && placed < most && i < 4 * most; ++i) {
     const std::size_t item = order[i];
     const std::string name = Svg::Fitting(NameOf(mark, item), widestName_, Svg::Font::Label);
-    if (PlaceName(name, plot_.X(mark.x[item]), plot_.Y(mark.y[item]), radius, isSelected[item])) ++placed;
+    const double x = plot_.X(mark.x[item]), y = plot_.Y(mark.y[item]);
+    const bool isPlaced = PlaceName(name, x, y, radius, /*mayHideMarks=*/false) ||
+                          (isSelected[item] && PlaceName(name, x, y, radius, /*mayHideMarks=*/true));
+    if (isPlaced) ++placed;
   }
   leftOut_->names += placed;
   for (std::size_t i = 0; i < mark.x.size(); ++i) leftOut_->ofNames += HasPlace(mark, i) ? 1U : 0U;

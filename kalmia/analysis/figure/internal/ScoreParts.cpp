@@ -37,7 +37,8 @@ std::optional<double> LimitIn(const ScoreSpace& space, const std::vector<std::si
   for (const std::size_t a : components) {
     if (space.moments.means.size() <= a || !(space.moments.variances[a] > 0.0)) return std::nullopt;
   }
-  return T2LimitOfTrainingRows(space.trainingRows, static_cast<int>(components.size()), kShare);
+  const auto limit = space.areNew ? T2LimitOfNewRows : T2LimitOfTrainingRows;
+  return limit(space.trainingRows, static_cast<int>(components.size()), kShare);
 }
 
 double PartOfT2(const ScoreSpace& space, std::size_t row, std::size_t component) {
@@ -79,14 +80,14 @@ std::vector<int> RowsWith(const std::vector<std::vector<std::string>>& flags, co
   return rows;
 }
 
-std::string DistanceAlt(const ModelInfo& model, const RowDiagnosis& rows) {
+std::string DistanceAlt(const std::vector<std::string>& rowNames, const RowDiagnosis& rows) {
   std::string text = Counted(rows.flags.size(), "row");
   for (const char* what : {"T2", "distance"}) {
     const LimitPair& limits = what == std::string("T2") ? rows.limits.t2 : rows.limits.distance;
     if (!limits.at95) continue;
     std::vector<std::string> names;
     for (const int row : RowsWith(rows.flags, {std::string(what) + " 95 %"})) {
-      names.push_back(model.rowNames[static_cast<std::size_t>(row)]);
+      names.push_back(rowNames[static_cast<std::size_t>(row)]);
     }
     text += "; " + std::to_string(names.size()) + " beyond the 95 % limit of " + what + ", " +
             Significant(*limits.at95, 4) + (names.empty() ? "" : ": " + Listed(names, kNamed));
@@ -99,7 +100,8 @@ std::string DistanceAlt(const ModelInfo& model, const RowDiagnosis& rows) {
 std::vector<double> ScoreSpace::Column(std::size_t component) const {
   std::vector<double> numbers;
   for (std::size_t i = 0; i < scores.rows; ++i) {
-    numbers.push_back(ShortestDouble(static_cast<float>(scores(i, component))));
+    const double score = scores(i, component);
+    numbers.push_back(areNew ? score : ShortestDouble(static_cast<float>(score)));
   }
   return numbers;
 }
@@ -174,7 +176,11 @@ Figure ScoresFigure(const ScoreSpace& space, const FigureAxes& axes, const std::
 }
 
 std::optional<Figure> DistanceFigure(const ModelInfo& model, const std::string& subject, const FigureRecipe& recipe) {
-  const RowDiagnosis rows = DiagnoseTrainingRows(model);
+  return DistanceFigure(ListOf("rows", model.rowNames), DiagnoseTrainingRows(model), subject, recipe);
+}
+
+std::optional<Figure> DistanceFigure(const SharedNames& names, const RowDiagnosis& rows, const std::string& subject,
+                                     const FigureRecipe& recipe) {
   const auto isThere = [](double number) { return !std::isnan(number); };
   if (std::none_of(rows.distances.begin(), rows.distances.end(), isThere)) return std::nullopt;
   const bool hasT2 = std::any_of(rows.t2.begin(), rows.t2.end(), isThere);
@@ -182,7 +188,7 @@ std::optional<Figure> DistanceFigure(const ModelInfo& model, const std::string& 
   FigurePanel panel;
   FigureMark points = MarkOf(FigureMark::Type::Points, FigureLook::Data, hasT2 ? rows.t2 : NumbersTo(rows.t2.size()),
                              rows.distances);
-  points.names = ListOf("rows", model.rowNames);
+  points.names = names;
   points.labels = true;
   points.selected = RowsWith(rows.flags, {"T2 99 %", "distance 99 %"});
   panel.x.label = hasT2 ? "Hotelling's T2" : "row";
@@ -198,7 +204,7 @@ std::optional<Figure> DistanceFigure(const ModelInfo& model, const std::string& 
   add(rows.limits.distance, LevelAt);
   panel.marks.push_back(points);
   figure.panels.push_back(panel);
-  figure.alt = DistanceAlt(model, rows);
+  figure.alt = DistanceAlt(names->names, rows);
   return figure;
 }
 

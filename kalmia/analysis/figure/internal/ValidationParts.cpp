@@ -35,24 +35,6 @@ FigureAxis ModelsAxis(const std::vector<std::string>& labels) {
   return axis;
 }
 
-/// Range of both axes, so that a diagonal is one.
-void TakeCommonRange(FigurePanel* panel) {
-  double low = INFINITY, high = -INFINITY;
-  for (const FigureMark& mark : panel->marks) {
-    for (std::size_t i = 0; i < mark.x.size(); ++i) {
-      if (!std::isfinite(mark.x[i]) || !std::isfinite(mark.y[i])) continue;
-      low = std::min({low, mark.x[i], mark.y[i]});
-      high = std::max({high, mark.x[i], mark.y[i]});
-    }
-  }
-  if (!(low <= high)) return;
-  const double margin = low < high ? 0.05 * (high - low) : std::max(std::fabs(low), 1.0) / 10;
-  panel->x.low = panel->y.low = low - margin;
-  panel->x.high = panel->y.high = high + margin;
-  const std::vector<double> ends = {low - margin, high + margin};
-  panel->marks.insert(panel->marks.begin(), MarkOf(FigureMark::Type::Line, FigureLook::Plain, ends, ends));
-}
-
 std::vector<double> ColumnOf(const RealMatrix& matrix, std::size_t column) {
   std::vector<double> numbers;
   for (std::size_t i = 0; i < matrix.rows; ++i) numbers.push_back(matrix(i, column));
@@ -75,11 +57,45 @@ FigureMark LineOfRuns(const std::vector<double>& x, const std::vector<double>& y
 
 }  // namespace
 
+void TakeCommonRange(FigurePanel* panel) {
+  double low = INFINITY, high = -INFINITY;
+  const auto include = [&low, &high](double number) {
+    if (!std::isfinite(number)) return;
+    low = std::min(low, number);
+    high = std::max(high, number);
+  };
+  for (const FigureMark& mark : panel->marks) {
+    for (std::size_t i = 0; i < mark.x.size(); ++i) {
+      if (!std::isfinite(mark.x[i]) || !std::isfinite(mark.y[i])) continue;
+      include(mark.x[i]);
+      include(mark.y[i]);
+      if (!mark.low.empty()) include(mark.low[i]);
+      if (!mark.high.empty()) include(mark.high[i]);
+    }
+  }
+  if (!(low <= high)) return;
+  const double margin = low < high ? 0.05 * (high - low) : std::max(std::fabs(low), 1.0) / 10;
+  panel->x.low = panel->y.low = low - margin;
+  panel->x.high = panel->y.high = high + margin;
+  const std::vector<double> ends = {low - margin, high + margin};
+  panel->marks.insert(panel->marks.begin(), MarkOf(FigureMark::Type::Line, FigureLook::Plain, ends, ends));
+}
+
+std::vector<std::string> LabelsOf(const StoredValidation& validation) {
+  std::vector<std::string> labels;
+  for (const StoredValidationEntry& entry : validation.components) {
+    std::string label;
+    for (const int count : entry.kinds) label += (label.empty() ? "" : " + ") + std::to_string(count);
+    labels.push_back(entry.components == 0 || label.empty() ? std::to_string(entry.components) : label);
+  }
+  return labels;
+}
+
 SharesByNumber SharesOf(const StoredValidation& validation, bool hasY) {
   SharesByNumber numbers;
   std::vector<double> r2x, r2y, q2;
+  numbers.labels = LabelsOf(validation);
   for (const StoredValidationEntry& entry : validation.components) {
-    numbers.labels.push_back(std::to_string(entry.components));
     r2x.push_back(entry.r2x);
     r2y.push_back(entry.r2y);
     q2.push_back(entry.q2);
