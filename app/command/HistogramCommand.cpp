@@ -3,6 +3,7 @@
 #include "app/console/OutputFiles.h"
 #include "app/console/OutputPlaces.h"
 #include "app/console/ReadTable.h"
+#include "app/options/FigureOptions.h"
 #include "kalmia/analysis/chart/HistogramResult.h"
 #include "kalmia/analysis/figure/HistogramSvg.h"
 #include "kalmia/analysis/report/HistogramReport.h"
@@ -26,7 +27,7 @@ std::string RunCommand(const HistogramOptions& options, Notes* notes) {
   notes->Add(histogram.notes);
   OutputFiles files;
   if (!options.csv.empty()) files.Stage(options.csv, HistogramCsv(histogram, MarksOf(options.csvMarks.Asked())));
-  if (!options.svg.empty()) files.Stage(options.svg, HistogramSvg(histogram, options.texts));
+  if (!options.svg.empty()) files.Stage(options.svg, HistogramSvg(histogram, options.texts, SizeOf(options.size)));
   files.Commit();
   return options.json ? HistogramJson(histogram) : HistogramText(histogram) + WrittenText(OutputsOf(options));
 }

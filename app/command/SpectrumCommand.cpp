@@ -3,6 +3,7 @@
 #include "app/console/OutputFiles.h"
 #include "app/console/OutputPlaces.h"
 #include "app/console/ReadTable.h"
+#include "app/options/FigureOptions.h"
 #include "kalmia/analysis/chart/SpectrumResult.h"
 #include "kalmia/analysis/figure/SpectrumSvg.h"
 #include "kalmia/analysis/report/SpectrumReport.h"
@@ -25,7 +26,7 @@ void WriteFiles(const SpectrumOptions& options, const SpectrumResult& result) {
       files.Stage(options.csvFolder + "/" + file.name, file.bytes);
     }
   }
-  if (!options.svg.empty()) files.Stage(options.svg, SpectrumSvg(result));
+  if (!options.svg.empty()) files.Stage(options.svg, SpectrumSvg(result, SizeOf(options.size)));
   files.Commit();
 }
 

@@ -3,6 +3,7 @@
 #include <utility>
 
 #include "app/options/CommandOptions.h"
+#include "app/options/FigureOptions.h"
 #include "kalmia/analysis/chart/ChartTypes.h"
 #include "kalmia/analysis/chart/QuantileResult.h"
 #include "kalmia/analysis/chart/RunRules.h"
@@ -86,6 +87,7 @@ void DeclareHistogram(CommandOptions* command, HistogramOptions* options) {
   command->Text("--csv", "FILE", &options->csv, "write the bins and the rows in each as CSV");
   DeclareCsvMarks(command, &options->csvMarks, {{"--csv", &options->csv}});
   command->Text("--svg", "FILE", &options->svg, "draw the histogram");
+  DeclareSize(command, &options->size, &options->svg);
   DeclareTexts(command, &options->texts, "label beside the drawing (default: count)", &options->svg);
   command->Flag("--json", &options->json, "print JSON");
   DeclareReading(command, &options->reading);
@@ -152,6 +154,7 @@ void DeclareSpectrum(CommandOptions* command, SpectrumOptions* options) {
   command->Text("--csv", "DIR", &options->csvFolder, "write correlation.csv and power.csv");
   DeclareCsvMarks(command, &options->csvMarks, {{"--csv", &options->csvFolder}});
   command->Text("--svg", "FILE", &options->svg, "draw correlations and spectra");
+  DeclareSize(command, &options->size, &options->svg);
   DeclareReading(command, &options->reading);
   command->Examples(
       "Examples:\n"

@@ -36,6 +36,7 @@ struct HistogramOptions {
   HistogramRecipe recipe;
   std::string csv;  ///< this and the next: empty for no file
   std::string svg;
+  std::string size;  ///< of the drawing; empty: the usual one
   CsvMarkOptions csvMarks;
   PlotTexts texts;
   bool json = false;
@@ -62,6 +63,7 @@ struct SpectrumOptions {
   std::string csvFolder;  ///< empty: no CSV files
   CsvMarkOptions csvMarks;
   std::string svg;        ///< empty: no drawing
+  std::string size;       ///< of the drawing; empty: the usual one
 };
 
 void DeclareChart(CommandOptions* command, ChartOptions* options);

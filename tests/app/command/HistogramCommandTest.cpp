@@ -8,6 +8,7 @@
 
 #include "CommandRun.h"
 #include "ExpectFailure.h"
+#include "SvgTexts.h"
 #include "TestTables.h"
 
 namespace {
@@ -15,6 +16,7 @@ namespace {
 using kalmia::analysis::Table;
 using ::testing::ElementsAre;
 using ::testing::HasSubstr;
+using ::testing::IsEmpty;
 
 CommandResult RunHistogram(const std::string& table, std::vector<std::string> more = {}) {
   more.insert(more.begin(), {"histogram", "-", "--column", "x"});
@@ -67,6 +69,7 @@ TEST(Histogram, PutsEveryValueIntoOneBinAndItsRowBesideIt) {
   int bars = 0;
   for (std::size_t at = drawing.find(bar); at != std::string::npos; at = drawing.find(bar, at + 1)) ++bars;
   EXPECT_EQ(bars, filled);
+  EXPECT_THAT(FaultsOf(drawing), IsEmpty());
   EXPECT_THAT(run.output, HasSubstr("\nWrote " + csv + "\nWrote " + svg + "\n"));
 }
 
@@ -137,8 +140,8 @@ TEST(FailureOfHistogram, IsExitCode2ForACommandLineThatMakesNoSense) {
                   std::string(text) + " is a text of the drawing: give --svg too");
   }
   ExpectFailure(RunKalmia({"histogram", "t.csv", "--column", "x", "--bins", "3"}), 2,
-                "histogram has no option '--bins'; it takes --column, --csv, --separator, --decimal, --svg, --title, "
-                "--x-label, --y-label, --json, --na, --skip-lines, --comment and --help");
+                "histogram has no option '--bins'; it takes --column, --csv, --separator, --decimal, --svg, --size, "
+                "--title, --x-label, --y-label, --json, --na, --skip-lines, --comment and --help");
 }
 
 TEST(FailureOfHistogram, NeverWritesOverItsTableAndLeavesNothingWhereAFileCannotBeWritten) {

@@ -7,6 +7,7 @@
 
 #include "CommandRun.h"
 #include "ExpectFailure.h"
+#include "SvgTexts.h"
 #include "TestTables.h"
 #include "kalmia/signal/FFT.h"
 
@@ -16,6 +17,7 @@ using kalmia::analysis::Table;
 using nlohmann::json;
 using ::testing::ElementsAre;
 using ::testing::HasSubstr;
+using ::testing::IsEmpty;
 using ::testing::Not;
 
 CommandResult RunSpectrum(const std::string& table, std::vector<std::string> more = {}) {
@@ -164,6 +166,7 @@ TEST(Spectrum, DrawsAStemForEachLagAndALineForEachSpectrum) {
   };
   EXPECT_EQ(count("<circle"), 21 + 2);  // each lag, and the peak of each spectrum
   EXPECT_EQ(count("<polyline"), 2);
+  EXPECT_THAT(FaultsOf(drawing), IsEmpty());
   EXPECT_EQ(count("class=\"limit\""), 2);
 }
 

@@ -209,6 +209,10 @@ PanelSvg::PanelSvg(const FigurePanel& panel, double width, double height)
   yTicks_ = TicksOf(panel.y, y_, height, kPixelsPerYTick);
   left_ = kEdge + (panel.y.label.empty() ? 0 : kAxisLabel) + WidestOf(yTicks_) + 8 + 4;
   right_ = 2 * kEdge;
+  // A number at the end of the axis reaches beyond it by its half.
+  if (!IsCategory(panel.x)) {
+    right_ = std::max(right_, WidestOf(TicksOf(panel.x, x_, width - left_ - right_, kPixelsPerXTick)) / 2 + 3);
+  }
   for (const FigureMark& mark : panel.marks) {
     if (mark.name.empty()) continue;
     const double wide = Svg::WidthOf(mark.name, Svg::Font::Label);
@@ -446,11 +450,11 @@ void PanelSvg::DrawCells(const FigureMark& mark) {
 void PanelSvg::DrawRule(const FigureMark& mark) {
   if (IsLevel(mark)) {
     const double y = plot_.Y(mark.y.front());
-    DrawPolyline(mark, {{place_.left, y}, {plot_.Right(), y}}, svg_);
+    svg_->Line(place_.left, y, plot_.Right(), y, LineLook(mark.look));
     marks_->Take({place_.left, y - 0.5, plot_.Right(), y + 0.5});
   } else if (IsUpright(mark)) {
     const double x = plot_.X(mark.x.front());
-    DrawPolyline(mark, {{x, place_.top}, {x, plot_.Bottom()}}, svg_);
+    svg_->Line(x, place_.top, x, plot_.Bottom(), LineLook(mark.look));
     marks_->Take({x - 0.5, place_.top, x + 0.5, plot_.Bottom()});
   }
 }
