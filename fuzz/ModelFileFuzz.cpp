@@ -13,8 +13,8 @@
 #include "kalmia/analysis/file/StepChainFile.h"
 #include "kalmia/analysis/model/NewRows.h"
 #include "kalmia/analysis/report/InfoReport.h"
-#include "kalmia/analysis/table/CsvRecords.h"
 #include "kalmia/analysis/table/Table.h"
+#include "kalmia/analysis/table/internal/CsvRecords.h"
 #include "tests/analysis/FramedFile.h"
 
 using kalmia::app::ExitCode;

@@ -7,9 +7,9 @@
 #include <string_view>
 
 #include "app/console/ExitCode.h"
-#include "kalmia/analysis/table/CellNumber.h"
-#include "kalmia/analysis/table/CsvRecords.h"
 #include "kalmia/analysis/table/Table.h"
+#include "kalmia/analysis/table/internal/CellNumber.h"
+#include "kalmia/analysis/table/internal/CsvRecords.h"
 
 using kalmia::analysis::Table;
 

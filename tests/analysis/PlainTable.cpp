@@ -5,7 +5,7 @@
 #include <regex>
 #include <utility>
 
-#include "kalmia/analysis/table/CellNumber.h"
+#include "kalmia/analysis/table/internal/CellNumber.h"
 
 namespace {
 

@@ -4,8 +4,8 @@
 #include <string>
 #include <vector>
 
-#include "kalmia/analysis/table/CsvCells.h"
 #include "kalmia/analysis/table/ReadOptions.h"
+#include "kalmia/analysis/table/internal/CsvCells.h"
 
 /// A table as a plain reader sees it, which goes through the text byte by byte, in the order in which it stands: the
 /// witness of Table.

@@ -4,6 +4,7 @@
 #include <string>
 #include <vector>
 
+#include "kalmia/analysis/chart/DistributionTail.h"
 #include "kalmia/support/Export.h"
 
 namespace kalmia::analysis {
@@ -23,13 +24,6 @@ struct DistributionKind {
 
 /// Throws BadRequest for another word.
 KALMIA_EXPORT const DistributionKind& DistributionOf(const std::string& word);
-
-/// Which share of a distribution a probability is: what lies below its quantile, or above it.
-enum class Tail { Lower, Upper };
-
-// Degrees of freedom.
-constexpr double kLeastDf = 1e-3;
-constexpr double kMostDf = 1e9;
 
 struct QuantileRecipe {
   std::string distribution;    ///< one of DistributionWords()

@@ -4,9 +4,9 @@
 #include <cmath>
 #include <utility>
 
-#include "kalmia/analysis/cluster/internal/ClusterData.h"
 #include "kalmia/analysis/cluster/internal/ClusterRun.h"
 #include "kalmia/analysis/cluster/internal/ClusterTree.h"
+#include "kalmia/analysis/cluster/internal/SelectClusterData.h"
 #include "kalmia/analysis/text/DisplayText.h"
 #include "kalmia/analysis/text/Failure.h"
 #include "kalmia/analysis/text/WorkProgress.h"

@@ -1,46 +1,19 @@
 #pragma once
 
-#include <memory>
 #include <optional>
 #include <string>
 #include <vector>
 
+#include "kalmia/analysis/cluster/ClusterData.h"
+#include "kalmia/analysis/cluster/ClusterMerge.h"
 #include "kalmia/analysis/cluster/ClusterRecipe.h"
+#include "kalmia/analysis/cluster/OwnedTree.h"
 #include "kalmia/analysis/table/Table.h"
 #include "kalmia/analysis/text/Notes.h"
-#include "kalmia/cluster/DendroGramNode.h"
-#include "kalmia/containers/NCDataMatrix.h"
 #include "kalmia/support/Export.h"
 #include "kalmia/support/NCProgress.h"
 
 namespace kalmia::analysis {
-
-/// The rows to be clustered, scaled, with the names of rows and columns.
-struct ClusterData {
-  std::vector<std::string> columnNames;
-  std::vector<std::string> rowNames;
-  NCDataMatrix<float> cells;  ///< all rows of the table by the columns that stay
-
-  // What the table has but the distances do not see.
-  std::vector<std::string> textColumns;
-  std::vector<std::string> constantColumns;
-  std::vector<std::string> emptyColumns;
-
-  int Rows() const { return cells.SizeRows(); }
-};
-
-struct DestroyTree {
-  void operator()(DendroGram::DendroGramNode* root) const { DendroGram::DendroGramNode::Destroy(root); }
-};
-using OwnedTree = std::unique_ptr<DendroGram::DendroGramNode, DestroyTree>;
-
-/// Two clusters become one. Clusters are numbered as in a linkage matrix: the n rows of the table are 0 to n - 1, the
-/// cluster that merge k (from 0) makes is n + k.
-struct ClusterMerge {
-  int left, right;  ///< as they stand in the tree
-  float height;
-  int rows;         ///< of the merged cluster
-};
 
 /// A cluster tree of the rows of a table, and where it is cut.
 struct KALMIA_EXPORT ClusterResult {

@@ -4,12 +4,14 @@
 #include <cmath>
 #include <stdexcept>
 
+#include "kalmia/analysis/fit/internal/FillColumns.h"
 #include "kalmia/analysis/fit/internal/RecipeChecks.h"
-#include "kalmia/analysis/table/CellNumber.h"
+#include "kalmia/analysis/fit/internal/TryFilling.h"
 #include "kalmia/analysis/table/ColumnMoments.h"
-#include "kalmia/analysis/table/SingleCells.h"
 #include "kalmia/analysis/table/TableColumns.h"
+#include "kalmia/analysis/table/internal/CellNumber.h"
 #include "kalmia/analysis/table/internal/Refuse.h"
+#include "kalmia/analysis/table/internal/SingleCells.h"
 #include "kalmia/analysis/table/internal/TableText.h"
 #include "kalmia/analysis/text/DisplayText.h"
 #include "kalmia/analysis/text/Failure.h"

@@ -4,13 +4,14 @@
 #include <string>
 #include <vector>
 
-#include "kalmia/analysis/fit/FillTable.h"
 #include "kalmia/analysis/fit/FillTrial.h"
+#include "kalmia/analysis/fit/FilledColumns.h"
 #include "kalmia/analysis/fit/FitRecipes.h"
 #include "kalmia/analysis/table/CsvMarks.h"
 #include "kalmia/analysis/table/Table.h"
 #include "kalmia/analysis/text/Notes.h"
 #include "kalmia/support/Export.h"
+#include "kalmia/support/NCProgress.h"
 
 namespace kalmia::analysis {
 
@@ -36,8 +37,11 @@ struct FillResult {
   Notes notes;  ///< what was done of its own accord
 };
 
-/// Fills the columns of numbers. Here as below `progress` may be null. Throws BadData: a column that does not
-/// exist, a cell that is no number, no column of numbers; and as FillColumns.
+/// Fills the holes of the columns of numbers by PCA of these columns at unit variance; the model is fitted anew to the
+/// filled cells until none moves by more than kSettled, for 50 rounds at most. Here as below `progress` may be null.
+/// Throws BadRequest for fewer than 0 components; BadData: a column that does not exist, a cell that is no number, no
+/// column of numbers, a column whose variance is out of range; Stopped where the progress wants to stop.
+/// Source: Josse & Husson (2012), Journal de la Societe Francaise de Statistique 153, 79-99.
 KALMIA_EXPORT FillResult Fit(const FillRecipe& recipe, const Table& table, NCProgress* progress = nullptr);
 
 /// The text of the table with the filled cells in it, as WithNewCells writes it, with its note. `id` is that of the

@@ -4,13 +4,13 @@
 #include <optional>
 #include <utility>
 
-#include "kalmia/analysis/fit/ModelData.h"
 #include "kalmia/analysis/fit/internal/FilterExtraction.h"
 #include "kalmia/analysis/fit/internal/FitSetup.h"
 #include "kalmia/analysis/fit/internal/RecipeChecks.h"
+#include "kalmia/analysis/fit/internal/SelectData.h"
 #include "kalmia/analysis/model/NewRows.h"
 #include "kalmia/analysis/steps/Scaling.h"
-#include "kalmia/analysis/table/SingleCells.h"
+#include "kalmia/analysis/table/internal/SingleCells.h"
 #include "kalmia/analysis/table/internal/TableText.h"
 #include "kalmia/analysis/text/DisplayText.h"
 #include "kalmia/analysis/text/Failure.h"

@@ -5,6 +5,7 @@
 
 #include "kalmia/analysis/fit/FitRecipes.h"
 #include "kalmia/analysis/model/StoredModel.h"
+#include "kalmia/analysis/table/CellRows.h"
 #include "kalmia/analysis/table/CsvMarks.h"
 #include "kalmia/analysis/table/Table.h"
 #include "kalmia/analysis/text/Notes.h"
@@ -31,8 +32,8 @@ struct FilterResult {
 };
 
 /// Makes the filter that the recipe asks for, and applies it. Rows without any X cell, or without any Y cell, take no
-/// part in the fit, with a note; they are filtered like the others. Here as below `progress` may be null. Throws
-/// Failure as SelectData, ExtractFilter and ApplyFilter do.
+/// part in the fit, with a note; they are filtered like the others. Here as below `progress` may be null. Throws as
+/// FitRecipes.h says, and as ApplyFilter does.
 KALMIA_EXPORT FilterResult Fit(const FilterRecipe& recipe, const Table& table, NCProgress* progress = nullptr);
 
 /// Filters the rows of a table by a stored filter, which the result holds. Columns are matched by name. The table that

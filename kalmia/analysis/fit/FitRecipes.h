@@ -12,6 +12,15 @@ namespace kalmia::analysis {
 
 // What is fitted to a table: its columns, what is done to them, how many components there are and how they are judged.
 // Columns are named as RequireColumns takes them.
+//
+// What every fit takes of a table: columns without numbers, constant and empty X columns, rows without any X cell, and
+// constant Y columns among others that vary are left out, each kind with one note. Steps see constant and empty
+// columns; columns that come out of them constant or empty are left out.
+// What every fit throws: BadRequest for a recipe that makes no sense, whatever the table. BadData for a column that is
+// not there; a cell that is no number; a Y of text, without values or without any variance; fewer than two classes, a
+// class of a single row; no X column or no X cell left; X that the steps cannot take; a row without a group, fewer than
+// two groups; a column that cannot be scaled; where not even one of the components asked for can be computed. Stopped
+// where the progress wants to stop.
 
 /// The X of a table.
 struct XRecipe {

@@ -5,6 +5,7 @@
 #include "kalmia/analysis/fit/internal/FitRules.h"
 #include "kalmia/analysis/fit/internal/O2PLSExtraction.h"
 #include "kalmia/analysis/fit/internal/RecipeChecks.h"
+#include "kalmia/analysis/fit/internal/SelectBlocks.h"
 #include "kalmia/analysis/model/TrainingRows.h"
 #include "kalmia/analysis/steps/Scaling.h"
 #include "kalmia/analysis/text/DisplayText.h"

@@ -2,8 +2,8 @@
 
 #include <vector>
 
+#include "kalmia/analysis/fit/BlockPair.h"
 #include "kalmia/analysis/fit/FitRecipes.h"
-#include "kalmia/analysis/fit/O2PLSBlocks.h"
 #include "kalmia/analysis/model/Prediction.h"
 #include "kalmia/analysis/model/StoredModel.h"
 #include "kalmia/analysis/table/Table.h"
@@ -29,7 +29,12 @@ struct O2PLSResult {
 };
 
 /// Fits the model that the recipe asks for and judges it. Adds notes about what was left out or filled. `progress` may
-/// be null. Throws Failure as SelectBlocks and ExtractO2PLS do, and BadData where missing cells cannot be estimated.
+/// be null. Rows of the two tables belong together as the recipe says.
+/// Throws BadRequest for a recipe that makes no sense; BadData: a column that does not exist; a row without an id, an
+/// id that comes twice, no common id; without ids, tables of different length; a block without a column that varies; a
+/// column of the same cells in both blocks; a hole, unless the recipe says `fill`, or one that cannot be estimated;
+/// fewer than two rows; a row without a group, fewer than two groups; a cell that is no number; numbers of components
+/// that the blocks cannot carry; Stopped where the progress wants to stop.
 KALMIA_EXPORT O2PLSResult Fit(const O2PLSRecipe& recipe, const Table& xTable, const Table& yTable,
                 NCProgress* progress = nullptr);
 

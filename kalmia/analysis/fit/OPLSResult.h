@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "kalmia/analysis/fit/ClassFit.h"
+#include "kalmia/analysis/fit/CrossValidatedScores.h"
 #include "kalmia/analysis/fit/FitRecipes.h"
 #include "kalmia/analysis/fit/ModelData.h"
 #include "kalmia/analysis/fit/StoredOPLSCv.h"
@@ -15,12 +16,6 @@
 #include "kalmia/support/NCProgress.h"
 
 namespace kalmia::analysis {
-
-/// Scores of the rows, each predicted while the row was left out; components in rows. Of the kept components.
-struct CrossValidatedScores {
-  NCDataMatrix<float> t;   ///< predictive, of the model with all kept orthogonal components
-  NCDataMatrix<float> to;  ///< orthogonal, each when it was the newest
-};
 
 /// An OPLS model of a table, with all that there is to report of it.
 struct OPLSResult {
@@ -40,9 +35,9 @@ struct OPLSResult {
 /// Fits the model that the recipe asks for and judges it, as far as the recipe wants, from `resumed` on unless that is
 /// null. Adds notes about what was cut. `progress` may be null. Without a cross-validation there are no cross-validated
 /// scores and nothing to go on from.
-/// Throws Failure as SelectData and ExtractOPLS do, and BadData where `resumed` was made of another table or with other
-/// groups or scaling, or where without the rows of a group a Y column has no value or no variance, or an X column no
-/// value.
+/// Throws as FitRecipes.h says; BadData where `resumed` was made of another table or with other groups or scaling, or
+/// where without the rows of a group a Y column has no value or no variance, or an X column no value; BadFile where the
+/// parts of `resumed` do not fit together.
 KALMIA_EXPORT OPLSResult Fit(const OPLSRecipe& recipe, const Table& table, NCProgress* progress = nullptr,
                const StoredOPLSCv* resumed = nullptr);
 

@@ -34,7 +34,7 @@ struct PCAResult {
 
 /// Fits the model that the recipe asks for and judges it, as far as the recipe wants. Adds notes about what was cut.
 /// `progress` may be null.
-/// Throws Failure as SelectData and ExtractPCA do, and BadData where there is one column only.
+/// Throws as FitRecipes.h says, and BadData where there is one column only.
 KALMIA_EXPORT PCAResult Fit(const PCARecipe& recipe, const Table& table, NCProgress* progress = nullptr);
 
 }  // namespace kalmia::analysis

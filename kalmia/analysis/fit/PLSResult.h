@@ -34,7 +34,7 @@ struct PLSResult {
 
 /// Fits the model that the recipe asks for and judges it, as far as the recipe wants. Adds notes about what was cut.
 /// `progress` may be null.
-/// Throws Failure as SelectData and ExtractPLS do.
+/// Throws as FitRecipes.h says.
 KALMIA_EXPORT PLSResult Fit(const PLSRecipe& recipe, const Table& table, NCProgress* progress = nullptr);
 
 }  // namespace kalmia::analysis

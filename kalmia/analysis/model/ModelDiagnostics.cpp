@@ -7,7 +7,7 @@
 #include <utility>
 
 #include "kalmia/analysis/steps/Scaling.h"
-#include "kalmia/analysis/table/KeptIf.h"
+#include "kalmia/analysis/table/internal/KeptIf.h"
 #include "kalmia/containers/Missing.h"
 
 namespace kalmia::analysis {

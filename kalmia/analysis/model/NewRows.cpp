@@ -5,9 +5,9 @@
 #include <new>
 
 #include "kalmia/analysis/table/CellRows.h"
-#include "kalmia/analysis/table/SingleCells.h"
 #include "kalmia/analysis/table/TableColumns.h"
 #include "kalmia/analysis/table/internal/Refuse.h"
+#include "kalmia/analysis/table/internal/SingleCells.h"
 #include "kalmia/analysis/text/DisplayText.h"
 #include "kalmia/analysis/text/Failure.h"
 

@@ -2,7 +2,7 @@
 
 #include <utility>
 
-#include "kalmia/analysis/table/SingleCells.h"
+#include "kalmia/analysis/table/internal/SingleCells.h"
 
 namespace kalmia::analysis {
 

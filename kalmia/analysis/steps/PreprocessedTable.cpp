@@ -6,9 +6,10 @@
 #include <unordered_set>
 #include <utility>
 
-#include "kalmia/analysis/table/CellNumber.h"
 #include "kalmia/analysis/table/TableColumns.h"
+#include "kalmia/analysis/table/internal/CsvRecords.h"
 #include "kalmia/analysis/table/internal/CsvText.h"
+#include "kalmia/analysis/table/internal/ReadTableCell.h"
 #include "kalmia/analysis/table/internal/Refuse.h"
 #include "kalmia/analysis/table/internal/TableText.h"
 #include "kalmia/analysis/text/DisplayText.h"
@@ -106,7 +107,7 @@ StepChain ApplySteps(const PreprocessRecipe& recipe, Signals* signals, Notes* no
 
 /// The cell of a column that no step has touched: a missing one of numbers, and an empty text, as an empty field.
 void AddKeptCell(const Table& table, std::string text, bool isOfNumbers, CsvText* csv) {
-  const bool isMissing = isOfNumbers && table.ValueOf(text).kind == CellKind::Missing;
+  const bool isMissing = isOfNumbers && ReadTableCell(table, text).kind == CellKind::Missing;
   if (isMissing || text.empty()) {
     csv->Digits("");
   } else {

@@ -6,7 +6,7 @@
 #include <limits>
 #include <utility>
 
-#include "kalmia/analysis/table/SingleCells.h"
+#include "kalmia/analysis/table/internal/SingleCells.h"
 #include "kalmia/analysis/text/DisplayText.h"
 #include "kalmia/analysis/text/Failure.h"
 #include "kalmia/containers/Missing.h"

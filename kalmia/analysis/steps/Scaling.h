@@ -15,7 +15,10 @@ namespace kalmia::analysis {
 /// (x - shift), rounded to single precision; then (that - centre) factor.
 struct ColumnScaling {
   std::unique_ptr<NCScale> scale;  ///< centres and factors
-  std::vector<double> shifts;      ///< one a column, see ShiftOf; empty where no column is shifted
+  /// Of each column what was taken off its cells, in double, before they were rounded to single precision: the mean of
+  /// a column that is centred and whose mean exceeds 1000 of its standard deviations, else 0. Empty where no column is
+  /// shifted.
+  std::vector<double> shifts;
 
   double ShiftOfColumn(std::size_t column) const { return shifts.empty() ? 0.0 : shifts[column]; }  ///< from 0
 };

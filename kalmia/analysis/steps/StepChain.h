@@ -3,20 +3,14 @@
 #include <string>
 #include <vector>
 
+#include "kalmia/analysis/steps/LearntStep.h"
+#include "kalmia/analysis/steps/Signals.h"
 #include "kalmia/analysis/steps/Steps.h"
-#include "kalmia/analysis/table/CellRows.h"
 #include "kalmia/analysis/text/Notes.h"
 #include "kalmia/support/Export.h"
 #include "kalmia/support/NCProgress.h"
 
 namespace kalmia::analysis {
-
-/// A step with what it took from the table that it was first applied to.
-struct LearntStep {
-  Step step;
-  float spacing = 1.0F;        ///< of a derivative: between neighbouring channels, the number of its fewest digits
-  std::vector<int> positions;  ///< of wavelet-compress: of the coefficients that are kept, from 1, in rising order
-};
 
 /// Steps of preprocessing as they are applied to one table after the other.
 struct StepChain {
@@ -24,17 +18,6 @@ struct StepChain {
   std::vector<LearntStep> steps;
 
   bool Empty() const { return steps.empty(); }
-};
-
-/// A table of signals on its way through a chain: rows are signals, columns are channels.
-struct Signals {
-  std::string table;                   ///< how messages call it
-  std::vector<std::string> rowPlaces;  ///< how messages call each row, see RowPlaces
-  std::vector<std::string> names;      ///< of the columns
-  /// Right after a wavelet-compress, or steps that keep its columns: of the columns before it; otherwise empty.
-  std::vector<std::string> fullNames;
-  CellRows cells;
-  bool decimalComma = false;           ///< whether the numbers of the table, and in names, have one
 };
 
 /// Applies the steps to the table in place, in double, one after the other, and keeps what they learn of it. Missing

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <cmath>
 
-#include "kalmia/analysis/table/KeptIf.h"
+#include "kalmia/analysis/table/internal/KeptIf.h"
 
 namespace kalmia::analysis {
 

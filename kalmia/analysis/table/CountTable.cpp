@@ -5,8 +5,8 @@
 #include <cstdint>
 #include <limits>
 
-#include "kalmia/analysis/table/CellNumber.h"
 #include "kalmia/analysis/table/TableColumns.h"
+#include "kalmia/analysis/table/internal/ReadTableCell.h"
 #include "kalmia/analysis/table/internal/Refuse.h"
 #include "kalmia/analysis/text/DisplayText.h"
 #include "kalmia/analysis/text/Failure.h"
@@ -30,7 +30,7 @@ std::int64_t ReadCount(const Table& table, int row, int column, const std::strin
   const std::string quoted = Quoted(text);
   std::int64_t digits = 0;
   const auto result = std::from_chars(text.data(), text.data() + text.size(), digits);
-  const CellValue cell = table.ValueOf(text);
+  const CellValue cell = ReadTableCell(table, text);
   const auto value = static_cast<float>(cell.value);
   if (cell.kind == CellKind::Missing) RefuseCell(table, row, column, "a count is missing");
   if (cell.kind == CellKind::Infinite) RefuseCell(table, row, column, quoted + " is infinite");

@@ -5,7 +5,11 @@
 #include <limits>
 #include <utility>
 
+#include "kalmia/analysis/table/internal/CellNumber.h"
+#include "kalmia/analysis/table/internal/CsvCells.h"
 #include "kalmia/analysis/table/internal/CsvDialect.h"
+#include "kalmia/analysis/table/internal/CsvRecords.h"
+#include "kalmia/analysis/table/internal/CsvRows.h"
 #include "kalmia/analysis/text/DisplayText.h"
 #include "kalmia/analysis/text/Failure.h"
 #include "kalmia/analysis/text/internal/TextParts.h"
@@ -54,7 +58,7 @@ CellKind KindOf(double number) {
 
 /// Whatever a text in memory says, it is a text.
 CellKind KindOf(const std::string& text) {
-  return ReadCell(text, CellFormat()).kind == CellKind::Missing ? CellKind::Missing : CellKind::Word;
+  return ReadCell(text, /*decimalComma=*/false).kind == CellKind::Missing ? CellKind::Missing : CellKind::Word;
 }
 
 template <class T>
@@ -82,19 +86,28 @@ std::vector<std::string> ContentsOf(std::string_view text, const std::vector<Fie
 
 }  // namespace
 
+struct Table::Csv {
+  CsvFormat format;
+  CsvRows rows;
+};
+
 Table::Table(TextBuffer text, const std::string& name, const ReadOptions& options, NCProgress* progress,
              std::size_t bytesAtOnce)
-    : name_(name), text_(std::move(text)), format_(DetectFormat(Text(), name, options)) {
-  for (const std::string& word : options.missingWords) cellFormat_.missingWords.emplace_back(WithoutBlanks(word));
+    : name_(name),
+      text_(std::move(text)),
+      csv_(std::make_unique<Csv>(Csv{DetectFormat(Text(), name, options), {}})) {
+  for (const std::string& word : options.missingWords) missingWords_.emplace_back(WithoutBlanks(word));
   const CsvPlace headerEnd = ReadHeader(ShareOf(0.0, 0.0, progress));
-  rows_ = FindRows(Text(), format_, headerEnd, bytesAtOnce, ShareOf(0.0, kShareOfRows, progress));
-  if (rows_.Size() == 0) Refuse(name_ + " has a header but no data rows");
-  if (rows_.Size() > kMostRows) Refuse(name_ + " has more than " + std::to_string(kMostRows) + " rows");
-  rowCount_ = static_cast<int>(rows_.Size());
+  csv_->rows = FindRows(Text(), Format(), headerEnd, bytesAtOnce, ShareOf(0.0, kShareOfRows, progress));
+  const std::size_t rows = csv_->rows.Size();
+  if (rows == 0) Refuse(name_ + " has a header but no data rows");
+  if (rows > kMostRows) Refuse(name_ + " has more than " + std::to_string(kMostRows) + " rows");
+  rowCount_ = static_cast<int>(rows);
   ReadRows(bytesAtOnce, ShareOf(kShareOfRows, 1.0, progress));
 }
 
-Table::Table(std::vector<NamedColumn> columns, const std::string& name) : name_(name), given_(std::move(columns)) {
+Table::Table(std::vector<NamedColumn> columns, const std::string& name)
+    : name_(name), csv_(std::make_unique<Csv>()), given_(std::move(columns)) {
   if (given_.empty()) Refuse(name_ + " has no columns");
   if (given_.size() > kMostColumns) Refuse(name_ + ": too many columns");
   std::vector<std::string> names;
@@ -109,10 +122,20 @@ Table::Table(std::vector<NamedColumn> columns, const std::string& name) : name_(
       Refuse(name_ + ": column " + Quoted(columnNames_[c]) + " has " + Counted(CellsOf(given_[c]), "cell") +
              ", column " + Quoted(columnNames_.front()) + " has " + std::to_string(rows));
     }
-    cells_.columns.push_back(std::visit([](const auto& cells) { return TallyOf(cells); }, given_[c].cells));
-    PointToNumbers(given_[c], &cells_.columns.back());
+    columns_.push_back(std::visit([](const auto& cells) { return TallyOf(cells); }, given_[c].cells));
+    PointToNumbers(given_[c], &columns_.back());
   }
 }
+
+Table::Table(Table&& other) noexcept = default;
+Table& Table::operator=(Table&& other) noexcept = default;
+Table::~Table() = default;
+
+const CsvFormat& Table::Format() const { return csv_->format; }
+
+char Table::Separator() const { return Format().separator; }
+
+std::size_t Table::Line(int row) const { return HasText() ? csv_->rows.Line(static_cast<std::size_t>(row)) : 0; }
 
 void Table::PointToNumbers(const NamedColumn& given, CsvColumn* column) {
   if (column->kind == ColumnKind::Texts) return;
@@ -138,17 +161,17 @@ std::vector<std::string> Table::RowTexts(int row) const {
     for (int c = 0; c < Columns(); ++c) texts.push_back(GivenText(row, c));
     return texts;
   }
-  CsvPlace place{rows_.Begin(static_cast<std::size_t>(row)), 0};
+  CsvPlace place{csv_->rows.Begin(static_cast<std::size_t>(row)), 0};
   std::vector<FieldPlace> fields;
-  PassRecord(Text(), format_, &place, &fields);
+  PassRecord(Text(), Format(), &place, &fields);
   return ContentsOf(Text(), fields);
 }
 
 std::string Table::Cell(int row, int column) const {
   if (!HasText()) return GivenText(row, column);
-  std::size_t at = rows_.Begin(static_cast<std::size_t>(row));
+  std::size_t at = csv_->rows.Begin(static_cast<std::size_t>(row));
   FieldPlace field;
-  for (int c = 0; c <= column; ++c, at = field.next + 1) FindField(Text(), at, format_, &field);
+  for (int c = 0; c <= column; ++c, at = field.next + 1) FindField(Text(), at, Format(), &field);
   return ContentOf(Text(), field);
 }
 
@@ -188,11 +211,11 @@ void Table::TakeNames(std::vector<std::string> names, const Proceed& proceed) {
 }
 
 CsvPlace Table::ReadHeader(const Proceed& proceed) {
-  CsvPlace place{format_.begin, format_.firstLine};
-  FindRecord(Text(), format_, &place);
+  CsvPlace place{Format().begin, Format().firstLine};
+  FindRecord(Text(), Format(), &place);
   const std::size_t line = place.line;
   std::vector<FieldPlace> fields;
-  if (!PassRecord(Text(), format_, &place, &fields)) Refuse(name_ + ": " + UnpairedMarks(line));
+  if (!PassRecord(Text(), Format(), &place, &fields)) Refuse(name_ + ": " + UnpairedMarks(line));
   if (fields.size() > kMostColumns) Refuse(name_ + ": too many columns");
   TakeNames(ContentsOf(Text(), fields), proceed);
   const std::size_t end = fields.back().next;
@@ -200,47 +223,51 @@ CsvPlace Table::ReadHeader(const Proceed& proceed) {
 }
 
 std::size_t Table::RowsInSample() const {
-  const std::size_t most = std::min(rows_.Size(), kSampleRows);
+  const CsvRows& rows = csv_->rows;
+  const std::size_t most = std::min(rows.Size(), kSampleRows);
   std::size_t count = 1;
-  while (count < most && rows_.Begin(count) - rows_.Begin(0) < kSampleBytes) ++count;
+  while (count < most && rows.Begin(count) - rows.Begin(0) < kSampleBytes) ++count;
   return count;
 }
 
 void Table::ReadRows(std::size_t bytesAtOnce, const Proceed& proceed) {
-  const std::size_t bytesInARow = std::max<std::size_t>(Text().size() / rows_.Size(), 1);
+  const std::size_t bytesInARow = std::max<std::size_t>(Text().size() / csv_->rows.Size(), 1);
   const std::size_t rowsAtOnce = std::max<std::size_t>(bytesAtOnce / bytesInARow, 1);
   const auto read = [&](std::size_t rows, double from, double to) {
     const auto report = [&](double share) { proceed(from + (to - from) * share); };
-    CsvCells cells = ReadCells(Text(), format_, rows_, rows, columnNames_.size(), cellFormat_, rowsAtOnce, report);
+    CsvCells cells = ReadCells(Text(), Format(), csv_->rows, rows, columnNames_.size(),
+                               CellFormat{decimalComma_, missingWords_}, rowsAtOnce, report);
     if (cells.badRow) RefuseRow(*cells.badRow);
-    cells_ = std::move(cells);
-    return cells_.commas > cells_.points;
+    columns_ = std::move(cells.columns);
+    numbers_ = std::move(cells.numbers);
+    return cells.commas > cells.points;
   };
-  if (format_.separator == ',') {
-    read(rows_.Size(), 0.0, 1.0);
+  const std::size_t all = csv_->rows.Size();
+  if (Separator() == ',') {
+    read(all, 0.0, 1.0);
     return;
   }
   const std::size_t sample = RowsInSample();  // tells the mark, most of the time
   if (read(sample, 0.0, 0.0)) {
-    cellFormat_.decimalComma = true;
-  } else if (sample == rows_.Size()) {
+    decimalComma_ = true;
+  } else if (sample == all) {
     proceed(1.0);
     return;
   }
-  const bool hasCommas = read(rows_.Size(), 0.0, kShareOfFirstReading);
-  if (hasCommas != cellFormat_.decimalComma) {  // the first rows were not like the others
-    cellFormat_.decimalComma = hasCommas;
-    read(rows_.Size(), kShareOfFirstReading, 1.0);
+  const bool hasCommas = read(all, 0.0, kShareOfFirstReading);
+  if (hasCommas != decimalComma_) {  // the first rows were not like the others
+    decimalComma_ = hasCommas;
+    read(all, kShareOfFirstReading, 1.0);
   }
   proceed(1.0);
 }
 
 void Table::RefuseRow(std::size_t row) const {
-  CsvPlace place{rows_.Begin(row), 0};
+  CsvPlace place{csv_->rows.Begin(row), 0};
   std::vector<FieldPlace> places;
-  if (!PassRecord(Text(), format_, &place, &places)) Refuse(name_ + ": " + UnpairedMarks(rows_.Line(row)));
+  if (!PassRecord(Text(), Format(), &place, &places)) Refuse(name_ + ": " + UnpairedMarks(csv_->rows.Line(row)));
   const std::vector<std::string> fields = ContentsOf(Text(), places);
-  const bool tooMany = format_.separator == ',' && fields.size() > columnNames_.size();
+  const bool tooMany = Separator() == ',' && fields.size() > columnNames_.size();
   std::string hint;
   Remedy remedy = Remedy::None;
   if (tooMany && MayBeNumbersCutAtCommas(fields)) {

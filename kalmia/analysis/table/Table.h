@@ -1,21 +1,24 @@
 #pragma once
 
 #include <cstddef>
+#include <memory>
 #include <string>
 #include <string_view>
 #include <unordered_map>
 #include <variant>
 #include <vector>
 
-#include "kalmia/analysis/table/CsvCells.h"
-#include "kalmia/analysis/table/CsvRecords.h"
-#include "kalmia/analysis/table/CsvRows.h"
+#include "kalmia/analysis/table/CsvColumn.h"
 #include "kalmia/analysis/table/ReadOptions.h"
+#include "kalmia/analysis/table/SharedWork.h"
 #include "kalmia/analysis/table/TextBuffer.h"
 #include "kalmia/support/Export.h"
 #include "kalmia/support/NCProgress.h"
 
 namespace kalmia::analysis {
+
+struct CsvFormat;
+struct CsvPlace;
 
 /// A column in memory: numbers, where NaN is a hole, or texts, where an empty one, NA, NaN and nan are missing as they
 /// are in a file.
@@ -44,22 +47,26 @@ class KALMIA_EXPORT Table {
   /// they are, infinite ones and those beyond the largest float are strays. `name` is how messages call the table.
   /// Throws BadData: no column, no row, columns of different lengths, two columns of one name.
   Table(std::vector<NamedColumn> columns, const std::string& name);
+  Table(Table&& other) noexcept;
+  Table& operator=(Table&& other) noexcept;
+  ~Table();
 
   const std::string& Name() const { return name_; }
   /// Whether the table was read from a text: then it has the text, its format and lines.
   bool HasText() const { return given_.empty(); }
   std::string_view Text() const { return text_.View(); }
-  const CsvFormat& Format() const { return format_; }
-  char Separator() const { return format_.separator; }
-  bool DecimalComma() const { return cellFormat_.decimalComma; }
+  /// How the text is divided, for this library's own writers of tables.
+  const CsvFormat& Format() const;
+  char Separator() const;
+  bool DecimalComma() const { return decimalComma_; }
   /// Words for missing cells beside NA, NaN and nan.
-  const std::vector<std::string>& MissingWords() const { return cellFormat_.missingWords; }
+  const std::vector<std::string>& MissingWords() const { return missingWords_; }
   int Rows() const { return rowCount_; }
   int Columns() const { return static_cast<int>(columnNames_.size()); }
   const std::vector<std::string>& ColumnNames() const { return columnNames_; }
   /// The column of that name, or -1.
   int Find(const std::string& columnName) const;
-  const CsvColumn& Column(int column) const { return cells_.columns[static_cast<std::size_t>(column)]; }
+  const CsvColumn& Column(int column) const { return columns_[static_cast<std::size_t>(column)]; }
 
   /// The texts of a row, without quotes. Goes through the row in the text. The text of a number in memory has as few
   /// digits as bring it back.
@@ -68,10 +75,8 @@ class KALMIA_EXPORT Table {
   std::string Cell(int row, int column) const;
   /// The texts of all cells of a column.
   std::vector<std::string> ColumnTexts(int column) const;
-  /// What a cell with this text is.
-  CellValue ValueOf(std::string_view cell) const { return ReadCell(cell, cellFormat_); }
   /// The line of the text on which a row begins; 0 without a text.
-  std::size_t Line(int row) const { return HasText() ? rows_.Line(static_cast<std::size_t>(row)) : 0; }
+  std::size_t Line(int row) const;
   /// "row 3 (line 4)": the place of a row for messages; "row 3" without a text.
   std::string RowPlace(int row) const;
 
@@ -86,15 +91,18 @@ class KALMIA_EXPORT Table {
   void ReadRows(std::size_t bytesAtOnce, const Proceed& proceed);
   [[noreturn]] void RefuseRow(std::size_t row) const;
 
+  struct Csv;
+
   std::string name_;
   TextBuffer text_;
-  CsvFormat format_;
-  CellFormat cellFormat_;
+  std::unique_ptr<Csv> csv_;  ///< the format of the text, and where its rows begin
+  bool decimalComma_ = false;
+  std::vector<std::string> missingWords_;
   std::vector<std::string> columnNames_;
   std::unordered_map<std::string, int> columnOf_;
-  CsvRows rows_;
-  CsvCells cells_;
-  std::vector<NamedColumn> given_;  ///< of a table without a text; the columns of `cells_` point to their numbers
+  std::unique_ptr<double[]> numbers_;  ///< of a table with a text; its columns point to them
+  std::vector<CsvColumn> columns_;
+  std::vector<NamedColumn> given_;  ///< of a table without a text; its columns point to their numbers
   std::vector<std::vector<double>> besideStrays_;  ///< such numbers, of columns with strays or without any number
   int rowCount_ = 0;
 };

@@ -1,6 +1,7 @@
 #include "kalmia/analysis/table/TableColumns.h"
 
-#include "kalmia/analysis/table/CellNumber.h"
+#include "kalmia/analysis/table/internal/CellNumber.h"
+#include "kalmia/analysis/table/internal/ReadTableCell.h"
 #include "kalmia/analysis/table/internal/Refuse.h"
 #include "kalmia/analysis/text/DisplayText.h"
 #include "kalmia/analysis/text/Failure.h"
@@ -12,7 +13,7 @@ namespace {
 
 [[noreturn]] void RefuseCell(const Table& table, int row, int column) {
   const std::string cell = table.Cell(row, column);
-  const CellKind kind = table.ValueOf(cell).kind;
+  const CellKind kind = ReadTableCell(table, cell).kind;
   const std::string& name = table.ColumnNames()[static_cast<std::size_t>(column)];
   std::string what = Quoted(cell);
   Remedy remedy = Remedy::None;
@@ -69,7 +70,7 @@ int RequireColumn(const Table& table, const std::string& name) {
 
 std::string LabelOf(const Table& table, int row, int column) {
   const std::string label = table.Cell(row, column);
-  return table.ValueOf(label).kind == CellKind::Missing ? "" : label;
+  return ReadTableCell(table, label).kind == CellKind::Missing ? "" : label;
 }
 
 std::vector<std::string> RowNames(const Table& table, int column) {

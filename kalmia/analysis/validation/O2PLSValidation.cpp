@@ -4,9 +4,9 @@
 #include <set>
 #include <utility>
 
-#include "kalmia/analysis/fit/O2PLSBlocks.h"
 #include "kalmia/analysis/fit/O2PLSResult.h"
 #include "kalmia/analysis/fit/internal/RecipeChecks.h"
+#include "kalmia/analysis/fit/internal/SelectBlocks.h"
 #include "kalmia/analysis/text/DisplayText.h"
 #include "kalmia/analysis/text/Failure.h"
 #include "kalmia/analysis/text/WorkProgress.h"

@@ -8,9 +8,9 @@
 #include <unordered_map>
 #include <utility>
 
-#include "kalmia/analysis/fit/ModelData.h"
 #include "kalmia/analysis/fit/internal/FitSetup.h"
 #include "kalmia/analysis/fit/internal/RecipeChecks.h"
+#include "kalmia/analysis/fit/internal/SelectData.h"
 #include "kalmia/analysis/steps/Scaling.h"
 #include "kalmia/analysis/text/DisplayText.h"
 #include "kalmia/analysis/text/Failure.h"

@@ -1,6 +1,5 @@
 // The numbers behind `kalmia fill`: fixed points, exact tables, what cannot be modelled.
 
-#include "kalmia/analysis/fit/FillModel.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -11,8 +10,9 @@
 #include <string>
 #include <vector>
 
-#include "kalmia/analysis/fit/FillTable.h"
-#include "kalmia/analysis/fit/FillTrial.h"
+#include "kalmia/analysis/fit/internal/FillColumns.h"
+#include "kalmia/analysis/fit/internal/FillScaled.h"
+#include "kalmia/analysis/fit/internal/TryFilling.h"
 #include "kalmia/kernels/NCSVD.h"
 #include "testing/RandomTables.h"
 

@@ -6,9 +6,9 @@
 #include <optional>
 
 #include "TestTables.h"
-#include "kalmia/analysis/fit/ModelData.h"
 #include "kalmia/analysis/fit/OPLSResult.h"
 #include "kalmia/analysis/fit/PLSResult.h"
+#include "kalmia/analysis/fit/internal/SelectData.h"
 
 namespace {
 

@@ -19,7 +19,7 @@
 #include "kalmia/analysis/model/ModelDiagnostics.h"
 #include "kalmia/analysis/report/InfoReport.h"
 #include "kalmia/analysis/report/PredictReport.h"
-#include "kalmia/analysis/table/SingleCells.h"
+#include "kalmia/analysis/table/internal/SingleCells.h"
 #include "kalmia/analysis/text/Failure.h"
 
 namespace kalmia::analysis {

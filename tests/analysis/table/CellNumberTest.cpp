@@ -5,7 +5,8 @@
 #include <random>
 #include <string>
 
-#include "kalmia/analysis/table/CellNumber.h"
+#include "kalmia/analysis/table/internal/CellNumber.h"
+#include "kalmia/analysis/table/internal/PlainNumber.h"
 
 namespace kalmia::analysis {
 namespace {
@@ -99,7 +100,7 @@ TEST(ReadCell, TakesTheWordsOfTheFormatForMissingCells) {
   EXPECT_EQ(ReadCell("N/A", format).kind, CellKind::Word);
 }
 
-TEST(ReadPlainNumber, GivesTheValueOfReadCellForEveryNumberThatItTakes) {
+TEST(TakePlainNumber, GivesTheValueOfReadCellForEveryNumberThatItTakes) {
   std::mt19937_64 random(7);
   int taken = 0;
   for (int i = 0; i < 200000; ++i) {
@@ -109,7 +110,7 @@ TEST(ReadPlainNumber, GivesTheValueOfReadCellForEveryNumberThatItTakes) {
     if (random() % 3 == 0) text += "e" + std::to_string(static_cast<int>(random() % 60) - 30);
     static const char* const kBehind[] = {",5", ";", "\n12345678", ",-123456789", "\xFF\xFE 1234567", "/:/:/:/:"};
     const std::string followed = text + kBehind[random() % 6];
-    const PlainNumber number = ReadPlainNumber(followed.data(), followed.data() + followed.size(), '.');
+    const PlainNumber number = TakePlainNumber(followed.data(), followed.data() + followed.size(), '.');
     if (number.end == nullptr) continue;
     ++taken;
     ASSERT_EQ(static_cast<std::size_t>(number.end - followed.data()), text.size()) << text;
@@ -120,10 +121,10 @@ TEST(ReadPlainNumber, GivesTheValueOfReadCellForEveryNumberThatItTakes) {
   EXPECT_GT(taken, 100000);
 }
 
-TEST(ReadPlainNumber, LeavesEverythingElseToReadCell) {
+TEST(TakePlainNumber, LeavesEverythingElseToReadCell) {
   for (const std::string text : {"", "-", ".", "+.", "e5", "1e", "1e+", "1e1000", "12345678901234567890", "1e23", "x",
                                  "9007199254740993", "16777217", "0,5"}) {
-    const PlainNumber number = ReadPlainNumber(text.data(), text.data() + text.size(), '.');
+    const PlainNumber number = TakePlainNumber(text.data(), text.data() + text.size(), '.');
     const bool isTaken = number.end == text.data() + text.size();
     EXPECT_FALSE(isTaken) << text;
   }

@@ -9,7 +9,7 @@
 #include <string>
 #include <vector>
 
-#include "kalmia/analysis/table/CsvRecords.h"
+#include "kalmia/analysis/table/internal/CsvRecords.h"
 #include "kalmia/analysis/text/Failure.h"
 
 namespace kalmia::analysis {

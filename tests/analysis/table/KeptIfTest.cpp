@@ -1,4 +1,4 @@
-#include "kalmia/analysis/table/KeptIf.h"
+#include "kalmia/analysis/table/internal/KeptIf.h"
 
 #include <gtest/gtest.h>
 

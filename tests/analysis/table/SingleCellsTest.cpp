@@ -1,4 +1,4 @@
-#include "kalmia/analysis/table/SingleCells.h"
+#include "kalmia/analysis/table/internal/SingleCells.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

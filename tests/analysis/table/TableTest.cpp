@@ -5,8 +5,8 @@
 #include <cmath>
 
 #include "FailureOf.h"
-#include "kalmia/analysis/table/CsvRecords.h"
 #include "kalmia/analysis/table/Table.h"
+#include "kalmia/analysis/table/internal/CsvRecords.h"
 #include "kalmia/analysis/text/Failure.h"
 #include "testing/RecordingProgress.h"
 #include "testing/Threads.h"

@@ -8,7 +8,7 @@
 #include <vector>
 
 #include "FailureOf.h"
-#include "kalmia/analysis/fit/FillModel.h"
+#include "kalmia/analysis/fit/internal/FillScaled.h"
 #include "kalmia/analysis/fit/internal/FilterExtraction.h"
 #include "kalmia/analysis/fit/internal/O2PLSExtraction.h"
 #include "kalmia/analysis/fit/internal/OPLSExtraction.h"

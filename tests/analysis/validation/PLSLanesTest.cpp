@@ -10,7 +10,7 @@
 #include <utility>
 
 #include "kalmia/analysis/table/ColumnMoments.h"
-#include "kalmia/analysis/table/SingleCells.h"
+#include "kalmia/analysis/table/internal/SingleCells.h"
 #include "kalmia/analysis/validation/Folds.h"
 #include "kalmia/analysis/validation/internal/LaneRounds.h"
 #include "kalmia/analysis/validation/internal/OPLSSeries.h"

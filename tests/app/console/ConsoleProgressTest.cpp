@@ -11,6 +11,7 @@
 #include "app/console/ExitCode.h"
 #include "app/console/Interrupt.h"
 #include "kalmia/analysis/fit/internal/PLSExtraction.h"
+#include "kalmia/analysis/steps/Steps.h"
 #include "kalmia/analysis/steps/internal/WindowStep.h"
 #include "kalmia/analysis/text/WorkProgress.h"
 #include "kalmia/containers/Missing.h"

@@ -1,7 +1,6 @@
 #include "kalmia/analysis/chart/internal/ChartPanels.h"
 
 #include <algorithm>
-#include <cmath>
 #include <limits>
 
 namespace kalmia::analysis {
@@ -110,8 +109,6 @@ std::vector<ChartPanel> ChartPanels(const ControlChart& chart, int subgroup) {
     default: return {Means(chart, subgroup, chart.GetTarget() - width, chart.GetTarget() + width)};
   }
 }
-
-bool ChartPanel::HasLimits() const { return !std::isnan(zones.upper); }
 
 std::vector<ChartSignal> ChartSignals(const std::vector<ChartPanel>& panels, const std::string& rules) {
   std::vector<ChartSignal> signals;

@@ -3,7 +3,7 @@
 #include <string>
 #include <vector>
 
-#include "kalmia/analysis/chart/ChartResult.h"
+#include "kalmia/analysis/chart/ChartPanel.h"
 #include "kalmia/statistics/ControlChart.h"
 
 namespace kalmia::analysis {

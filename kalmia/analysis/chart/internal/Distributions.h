@@ -1,6 +1,6 @@
 #pragma once
 
-#include "kalmia/analysis/chart/QuantileResult.h"
+#include "kalmia/analysis/chart/DistributionTail.h"
 
 namespace kalmia::analysis {
 

@@ -3,8 +3,11 @@
 #include <cstdint>
 #include <string>
 
-#include "kalmia/analysis/cluster/internal/ClusterTree.h"
+#include "kalmia/analysis/cluster/ClusterData.h"
+#include "kalmia/analysis/cluster/ClusterRecipe.h"
+#include "kalmia/analysis/cluster/OwnedTree.h"
 #include "kalmia/analysis/text/Notes.h"
+#include "kalmia/support/NCProgress.h"
 
 namespace kalmia::analysis {
 

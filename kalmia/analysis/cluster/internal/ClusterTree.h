@@ -2,8 +2,8 @@
 
 #include <vector>
 
+#include "kalmia/analysis/cluster/ClusterMerge.h"
 #include "kalmia/analysis/cluster/ClusterRecipe.h"
-#include "kalmia/analysis/cluster/ClusterResult.h"
 #include "kalmia/cluster/DendroGramNode.h"
 #include "kalmia/containers/NCDataMatrix.h"
 #include "kalmia/support/NCProgress.h"

@@ -1,5 +1,6 @@
 #include "kalmia/analysis/fit/internal/FitSetup.h"
 
+#include "kalmia/analysis/fit/internal/SelectData.h"
 #include "kalmia/analysis/text/DisplayText.h"
 #include "kalmia/analysis/text/Version.h"
 

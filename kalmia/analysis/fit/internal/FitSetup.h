@@ -3,8 +3,8 @@
 #include <string>
 
 #include "kalmia/analysis/fit/FitRecipes.h"
-#include "kalmia/analysis/fit/ModelData.h"
 #include "kalmia/analysis/fit/internal/FitRules.h"
+#include "kalmia/analysis/fit/internal/SelectData.h"
 #include "kalmia/analysis/model/StoredModel.h"
 #include "kalmia/analysis/table/Table.h"
 #include "kalmia/analysis/text/Failure.h"

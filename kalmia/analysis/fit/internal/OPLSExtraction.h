@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "kalmia/analysis/fit/OPLSResult.h"
+#include "kalmia/analysis/fit/CrossValidatedScores.h"
 #include "kalmia/analysis/fit/StoredOPLSCv.h"
 #include "kalmia/analysis/fit/internal/FitRules.h"
 #include "kalmia/analysis/model/ComponentRecord.h"

@@ -3,7 +3,7 @@
 #include <string>
 #include <vector>
 
-#include "kalmia/analysis/fit/O2PLSBlocks.h"
+#include "kalmia/analysis/fit/BlockPair.h"
 
 namespace kalmia::analysis {
 

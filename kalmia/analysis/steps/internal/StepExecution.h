@@ -2,7 +2,9 @@
 
 #include <string>
 
-#include "kalmia/analysis/steps/StepChain.h"
+#include "kalmia/analysis/steps/LearntStep.h"
+#include "kalmia/analysis/steps/Signals.h"
+#include "kalmia/support/NCProgress.h"
 
 namespace kalmia::analysis {
 

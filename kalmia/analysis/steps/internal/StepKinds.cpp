@@ -8,7 +8,7 @@
 #include <cmath>
 #include <system_error>
 
-#include "kalmia/analysis/table/CellNumber.h"
+#include "kalmia/analysis/table/internal/CellNumber.h"
 #include "kalmia/analysis/text/DisplayText.h"
 #include "kalmia/analysis/text/Numbers.h"
 

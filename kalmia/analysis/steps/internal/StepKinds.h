@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "kalmia/analysis/steps/Steps.h"
+#include "kalmia/analysis/steps/Step.h"
 
 namespace kalmia::analysis {
 

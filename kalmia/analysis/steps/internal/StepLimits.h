@@ -2,7 +2,7 @@
 
 #include <string>
 
-#include "kalmia/analysis/steps/Steps.h"
+#include "kalmia/analysis/steps/Step.h"
 
 namespace kalmia::analysis {
 

@@ -3,7 +3,7 @@
 #include <string>
 #include <vector>
 
-#include "kalmia/analysis/steps/StepChain.h"
+#include "kalmia/analysis/steps/LearntStep.h"
 #include "kalmia/analysis/table/CellRows.h"
 #include "kalmia/analysis/text/WorkProgress.h"
 

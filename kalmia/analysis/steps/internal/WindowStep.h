@@ -2,7 +2,7 @@
 
 #include <vector>
 
-#include "kalmia/analysis/steps/StepChain.h"
+#include "kalmia/analysis/steps/LearntStep.h"
 #include "kalmia/analysis/text/WorkProgress.h"
 
 namespace kalmia::analysis {

@@ -3,8 +3,8 @@
 #include <string>
 #include <string_view>
 
-#include "kalmia/analysis/table/CsvRecords.h"
 #include "kalmia/analysis/table/ReadOptions.h"
+#include "kalmia/analysis/table/internal/CsvRecords.h"
 
 namespace kalmia::analysis {
 

@@ -6,7 +6,7 @@
 #include <string>
 #include <string_view>
 
-#include "kalmia/analysis/table/CsvRecords.h"
+#include "kalmia/analysis/table/internal/CsvRecords.h"
 
 namespace kalmia::analysis {
 

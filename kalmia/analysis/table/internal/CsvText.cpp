@@ -1,6 +1,6 @@
 #include "kalmia/analysis/table/internal/CsvText.h"
 
-#include "kalmia/analysis/table/CsvRecords.h"
+#include "kalmia/analysis/table/internal/CsvRecords.h"
 #include "kalmia/analysis/text/Numbers.h"
 #include "kalmia/containers/Missing.h"
 

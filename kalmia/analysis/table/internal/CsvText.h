@@ -3,7 +3,7 @@
 #include <string>
 
 #include "kalmia/analysis/table/CsvMarks.h"
-#include "kalmia/analysis/table/CsvRecords.h"
+#include "kalmia/analysis/table/internal/CsvRecords.h"
 
 namespace kalmia::analysis {
 

@@ -3,10 +3,12 @@
 #include <algorithm>
 #include <utility>
 
-#include "kalmia/analysis/table/CellNumber.h"
 #include "kalmia/analysis/table/TableColumns.h"
+#include "kalmia/analysis/table/internal/CellNumber.h"
 #include "kalmia/analysis/table/internal/CsvDialect.h"
 #include "kalmia/analysis/table/internal/CsvFields.h"
+#include "kalmia/analysis/table/internal/CsvRecords.h"
+#include "kalmia/analysis/table/internal/ReadTableCell.h"
 #include "kalmia/analysis/text/DisplayText.h"
 #include "kalmia/analysis/text/WorkProgress.h"
 
@@ -22,7 +24,7 @@ bool HidesSeparator(const Table& table, const CsvMarks& marks) {
 
 /// Whether a cell is missing by one of the user's words for it alone.
 bool IsFurtherMissingWord(const Table& table, const std::string& text) {
-  if (table.MissingWords().empty() || table.ValueOf(text).kind != CellKind::Missing) return false;
+  if (table.MissingWords().empty() || ReadTableCell(table, text).kind != CellKind::Missing) return false;
   return ReadCell(text, table.DecimalComma()).kind != CellKind::Missing;
 }
 
@@ -94,7 +96,7 @@ void AddTableCell(const Table& table, std::string text, bool isOfNumbers, CsvTex
     csv->Digits("");
     return;
   }
-  if (!isOfNumbers || !IsNumber(table.ValueOf(text).kind)) {
+  if (!isOfNumbers || !IsNumber(ReadTableCell(table, text).kind)) {
     csv->Field(text);  // quoted where it is empty: a blank line would be no row
     return;
   }

@@ -3,7 +3,7 @@
 #include <algorithm>
 
 #include "kalmia/analysis/fit/internal/FitRules.h"
-#include "kalmia/analysis/table/SingleCells.h"
+#include "kalmia/analysis/table/internal/SingleCells.h"
 
 namespace kalmia::analysis {
 

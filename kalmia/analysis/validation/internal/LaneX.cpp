@@ -7,7 +7,7 @@
 #include "kalmia/analysis/model/RealMatrix.h"
 #include "kalmia/analysis/steps/Scaling.h"
 #include "kalmia/analysis/table/SharedWork.h"
-#include "kalmia/analysis/table/SingleCells.h"
+#include "kalmia/analysis/table/internal/SingleCells.h"
 
 namespace kalmia::analysis {
 

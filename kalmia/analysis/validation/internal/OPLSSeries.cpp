@@ -3,12 +3,12 @@
 #include <algorithm>
 #include <optional>
 
-#include "kalmia/analysis/fit/ModelData.h"
 #include "kalmia/analysis/fit/internal/FitRules.h"
+#include "kalmia/analysis/fit/internal/SelectData.h"
 #include "kalmia/analysis/model/Prediction.h"
 #include "kalmia/analysis/model/StoredModel.h"
 #include "kalmia/analysis/model/internal/OPLSDiagnostics.h"
-#include "kalmia/analysis/table/SingleCells.h"
+#include "kalmia/analysis/table/internal/SingleCells.h"
 #include "kalmia/opls/NCOPLS.h"
 #include "kalmia/opls/NCOPLSPred.h"
 #include "kalmia/support/NCError.h"

@@ -6,7 +6,7 @@
 #include "kalmia/analysis/fit/internal/FitRules.h"
 #include "kalmia/analysis/model/ModelDiagnostics.h"
 #include "kalmia/analysis/model/Prediction.h"
-#include "kalmia/analysis/table/SingleCells.h"
+#include "kalmia/analysis/table/internal/SingleCells.h"
 #include "kalmia/analysis/validation/internal/ComponentSeries.h"
 #include "kalmia/pcapls/NCPCA.h"
 #include "kalmia/support/NCError.h"

@@ -5,7 +5,7 @@
 #include <utility>
 
 #include "kalmia/analysis/model/Prediction.h"
-#include "kalmia/analysis/table/SingleCells.h"
+#include "kalmia/analysis/table/internal/SingleCells.h"
 #include "kalmia/analysis/text/Failure.h"
 
 namespace kalmia::analysis {

@@ -4,7 +4,7 @@
 
 #include "kalmia/analysis/model/ModelDiagnostics.h"
 #include "kalmia/analysis/model/Prediction.h"
-#include "kalmia/analysis/table/SingleCells.h"
+#include "kalmia/analysis/table/internal/SingleCells.h"
 #include "kalmia/pcapls/NCPLS.h"
 #include "kalmia/pcapls/NCPLSPred.h"
 #include "kalmia/support/NCError.h"

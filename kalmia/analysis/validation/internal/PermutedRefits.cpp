@@ -7,7 +7,7 @@
 #include <optional>
 #include <utility>
 
-#include "kalmia/analysis/fit/ModelData.h"
+#include "kalmia/analysis/fit/internal/SelectData.h"
 #include "kalmia/analysis/model/DiscriminantRule.h"
 #include "kalmia/analysis/steps/Scaling.h"
 #include "kalmia/analysis/table/SharedWork.h"

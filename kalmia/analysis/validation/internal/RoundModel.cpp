@@ -5,7 +5,7 @@
 #include <utility>
 
 #include "kalmia/analysis/model/ModelDiagnostics.h"
-#include "kalmia/analysis/table/SingleCells.h"
+#include "kalmia/analysis/table/internal/SingleCells.h"
 #include "kalmia/analysis/text/DisplayText.h"
 #include "kalmia/analysis/text/Failure.h"
 

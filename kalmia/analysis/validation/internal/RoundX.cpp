@@ -8,7 +8,7 @@
 
 #include "kalmia/analysis/model/RealMatrix.h"
 #include "kalmia/analysis/table/SharedWork.h"
-#include "kalmia/analysis/table/SingleCells.h"
+#include "kalmia/analysis/table/internal/SingleCells.h"
 #include "kalmia/containers/Missing.h"
 
 namespace kalmia::analysis {

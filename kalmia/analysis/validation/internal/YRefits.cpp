@@ -8,7 +8,7 @@
 #include <set>
 #include <utility>
 
-#include "kalmia/analysis/fit/ModelData.h"
+#include "kalmia/analysis/fit/internal/SelectData.h"
 #include "kalmia/analysis/model/DiscriminantRule.h"
 #include "kalmia/analysis/text/DisplayText.h"
 #include "kalmia/analysis/text/WorkProgress.h"

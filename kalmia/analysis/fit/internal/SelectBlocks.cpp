@@ -1,4 +1,4 @@
-#include "kalmia/analysis/fit/O2PLSBlocks.h"
+#include "kalmia/analysis/fit/internal/SelectBlocks.h"
 
 #include <algorithm>
 #include <cmath>
@@ -7,10 +7,10 @@
 
 #include "kalmia/analysis/fit/internal/SharedColumns.h"
 #include "kalmia/analysis/steps/Scaling.h"
-#include "kalmia/analysis/table/CellNumber.h"
-#include "kalmia/analysis/table/SingleCells.h"
 #include "kalmia/analysis/table/TableColumns.h"
+#include "kalmia/analysis/table/internal/ReadTableCell.h"
 #include "kalmia/analysis/table/internal/Refuse.h"
+#include "kalmia/analysis/table/internal/SingleCells.h"
 #include "kalmia/analysis/text/DisplayText.h"
 #include "kalmia/analysis/text/Failure.h"
 #include "kalmia/containers/Missing.h"
@@ -33,7 +33,7 @@ std::unordered_map<std::string, int> RowsOfIds(const Table& table, int column) {
   std::unordered_map<std::string, int> rows;
   for (int row = 0; row < table.Rows(); ++row) {
     const std::string id = table.Cell(row, column);
-    if (table.ValueOf(id).kind == CellKind::Missing) {
+    if (ReadTableCell(table, id).kind == CellKind::Missing) {
       Refuse(table, table.RowPlace(row) + " has no id in column " +
                         Quoted(table.ColumnNames()[static_cast<std::size_t>(column)]));
     }
@@ -259,7 +259,7 @@ class Selection {
     std::unordered_map<std::string, int> numberOf;
     for (const int row : rows_.x) {
       const std::string label = xTable_.Cell(row, column);
-      if (xTable_.ValueOf(label).kind == CellKind::Missing) {
+      if (ReadTableCell(xTable_, label).kind == CellKind::Missing) {
         Refuse(xTable_, xTable_.RowPlace(row) + " has no group in column " + Quoted(recipe_.groupColumn));
       }
       pair_.groups.push_back(numberOf.emplace(label, static_cast<int>(numberOf.size())).first->second);

@@ -1,11 +1,11 @@
-#include "kalmia/analysis/table/SingleCells.h"
+#include "kalmia/analysis/table/internal/SingleCells.h"
 
 #include <algorithm>
 #include <cmath>
 #include <limits>
 
 #include "kalmia/analysis/table/ColumnMoments.h"
-#include "kalmia/analysis/table/KeptIf.h"
+#include "kalmia/analysis/table/internal/KeptIf.h"
 #include "kalmia/analysis/text/DisplayText.h"
 #include "kalmia/analysis/text/Numbers.h"
 #include "kalmia/containers/Missing.h"

@@ -1,13 +1,13 @@
-#include "kalmia/analysis/cluster/internal/ClusterData.h"
+#include "kalmia/analysis/cluster/internal/SelectClusterData.h"
 
 #include <algorithm>
 #include <utility>
 
-#include "kalmia/analysis/fit/FillTable.h"
+#include "kalmia/analysis/fit/internal/FillColumns.h"
 #include "kalmia/analysis/steps/Scaling.h"
-#include "kalmia/analysis/table/SingleCells.h"
 #include "kalmia/analysis/table/TableColumns.h"
 #include "kalmia/analysis/table/internal/Refuse.h"
+#include "kalmia/analysis/table/internal/SingleCells.h"
 #include "kalmia/analysis/text/DisplayText.h"
 #include "kalmia/analysis/text/Failure.h"
 

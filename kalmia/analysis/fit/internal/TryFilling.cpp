@@ -1,4 +1,4 @@
-#include "kalmia/analysis/fit/FillTrial.h"
+#include "kalmia/analysis/fit/internal/TryFilling.h"
 
 #include <algorithm>
 #include <cmath>

@@ -1,4 +1,4 @@
-#include "kalmia/analysis/table/CsvRecords.h"
+#include "kalmia/analysis/table/internal/CsvRecords.h"
 
 #include "kalmia/analysis/text/Failure.h"
 

@@ -1,7 +1,7 @@
 #pragma once
 
+#include "kalmia/analysis/cluster/ClusterData.h"
 #include "kalmia/analysis/cluster/ClusterRecipe.h"
-#include "kalmia/analysis/cluster/ClusterResult.h"
 #include "kalmia/analysis/table/Table.h"
 #include "kalmia/analysis/text/Notes.h"
 

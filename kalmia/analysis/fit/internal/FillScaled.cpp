@@ -1,4 +1,4 @@
-#include "kalmia/analysis/fit/FillModel.h"
+#include "kalmia/analysis/fit/internal/FillScaled.h"
 
 #include <algorithm>
 #include <cmath>
@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "kalmia/analysis/model/Prediction.h"
-#include "kalmia/analysis/table/SingleCells.h"
+#include "kalmia/analysis/table/internal/SingleCells.h"
 #include "kalmia/analysis/text/DisplayText.h"
 #include "kalmia/analysis/text/WorkProgress.h"
 #include "kalmia/containers/Missing.h"
@@ -160,8 +160,6 @@ class Filling {
 };
 
 }  // namespace
-
-bool FillModel::Settled() const { return lastMove <= kSettled; }
 
 int MostFillComponents(const NCDataMatrix<float>& table) {
   return std::max(std::min(table.SizeRows(), table.SizeColumns()) - 1, 0);

@@ -1,4 +1,4 @@
-#include "kalmia/analysis/table/CsvCells.h"
+#include "kalmia/analysis/table/internal/CsvCells.h"
 
 #include <algorithm>
 #include <array>

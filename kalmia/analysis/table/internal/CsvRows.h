@@ -5,14 +5,13 @@
 #include <string_view>
 #include <vector>
 
-#include "kalmia/analysis/table/CsvRecords.h"
 #include "kalmia/analysis/table/SharedWork.h"
-#include "kalmia/support/Export.h"
+#include "kalmia/analysis/table/internal/CsvRecords.h"
 
 namespace kalmia::analysis {
 
 /// Where the rows of a text begin. Rows count from 0.
-class KALMIA_EXPORT CsvRows {
+class CsvRows {
  public:
   std::size_t Size() const { return begins_.size(); }
   std::size_t Begin(std::size_t row) const { return begins_[row]; }
@@ -37,7 +36,7 @@ class KALMIA_EXPORT CsvRows {
 /// bytes (below 2^32), on all threads, and the rows do not depend on the parts. (Comments may hold single marks: with
 /// comments the parts are searched one behind the other.) From a row on whose marks do not pair up, rows are not where
 /// a reader would see them. Needs 8 bytes for each row, half as many again while it searches.
-KALMIA_EXPORT CsvRows FindRows(std::string_view text, const CsvFormat& format, const CsvPlace& end,
+CsvRows FindRows(std::string_view text, const CsvFormat& format, const CsvPlace& end,
                                std::size_t bytesInPart, const Proceed& proceed);
 
 }  // namespace kalmia::analysis

@@ -1,4 +1,4 @@
-#include "kalmia/analysis/table/CsvRows.h"
+#include "kalmia/analysis/table/internal/CsvRows.h"
 
 #include <algorithm>
 #include <array>

@@ -1,4 +1,4 @@
-#include "kalmia/analysis/table/CellNumber.h"
+#include "kalmia/analysis/table/internal/CellNumber.h"
 
 #include <algorithm>
 #include <array>
@@ -104,21 +104,19 @@ CellValue ReadNumber(std::string_view text, bool decimalComma) {
   return cell;
 }
 
+}  // namespace
+
 CellValue ReadCell(std::string_view text, bool decimalComma, const std::vector<std::string>& missingWords) {
   text = WithoutBlanks(text);
   if (IsMissingWord(text) || Contains(missingWords, text)) return {CellKind::Missing, 0.0};
   return ReadNumber(text, decimalComma);
 }
 
-}  // namespace
-
 CellValue ReadCell(std::string_view text, const CellFormat& format) {
   return ReadCell(text, format.decimalComma, format.missingWords);
 }
 
 CellValue ReadCell(std::string_view text, bool decimalComma) { return ReadCell(text, decimalComma, {}); }
-
-PlainNumber ReadPlainNumber(const char* begin, const char* end, char mark) { return TakePlainNumber(begin, end, mark); }
 
 std::string CellText(double value, bool decimalComma) {
   std::string number = Shortest(value);

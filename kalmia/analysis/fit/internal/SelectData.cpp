@@ -1,4 +1,4 @@
-#include "kalmia/analysis/fit/ModelData.h"
+#include "kalmia/analysis/fit/internal/SelectData.h"
 
 #include <algorithm>
 #include <cmath>
@@ -8,10 +8,10 @@
 
 #include "kalmia/analysis/steps/Scaling.h"
 #include "kalmia/analysis/steps/internal/PreprocessedX.h"
-#include "kalmia/analysis/table/CellNumber.h"
-#include "kalmia/analysis/table/SingleCells.h"
 #include "kalmia/analysis/table/TableColumns.h"
+#include "kalmia/analysis/table/internal/ReadTableCell.h"
 #include "kalmia/analysis/table/internal/Refuse.h"
+#include "kalmia/analysis/table/internal/SingleCells.h"
 #include "kalmia/analysis/text/DisplayText.h"
 #include "kalmia/analysis/text/Failure.h"
 #include "kalmia/pcapls/PCACrossValidation.h"
@@ -333,7 +333,7 @@ class Selection {
     std::unordered_map<std::string, int> numberOf;
     for (const int row : data_.rows) {
       const std::string group = table_.Cell(row, groupColumn_);
-      if (table_.ValueOf(group).kind == CellKind::Missing) {
+      if (ReadTableCell(table_, group).kind == CellKind::Missing) {
         Refuse(table_, table_.RowPlace(row) + " has no group in column " + Quoted(Name(groupColumn_)));
       }
       data_.groups.push_back(numberOf.emplace(group, static_cast<int>(numberOf.size())).first->second);

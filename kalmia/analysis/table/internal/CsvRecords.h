@@ -6,8 +6,6 @@
 #include <string_view>
 #include <vector>
 
-#include "kalmia/support/Export.h"
-
 namespace kalmia::analysis {
 
 /// How the records of a CSV text are to be told apart.
@@ -34,16 +32,16 @@ struct FieldPlace {
 /// Finds the field that begins at `at`, blanks before it included. Fields may be quoted ("" inside stands for a
 /// quotation mark) and then hold separators and line ends. False where a quotation mark stands inside an unquoted
 /// field, something follows a closing one, or one is never closed.
-KALMIA_EXPORT bool FindField(std::string_view text, std::size_t at, const CsvFormat& format, FieldPlace* field);
+bool FindField(std::string_view text, std::size_t at, const CsvFormat& format, FieldPlace* field);
 
 /// The content of a field, with single quotation marks.
-KALMIA_EXPORT std::string ContentOf(std::string_view text, const FieldPlace& field);
+std::string ContentOf(std::string_view text, const FieldPlace& field);
 
 inline bool IsLineEnd(char byte) { return byte == '\n' || byte == '\r'; }
 /// The place behind the line end at `at`: LF, CRLF or CR.
-KALMIA_EXPORT std::size_t BehindLineEnd(std::string_view text, std::size_t at);
+std::size_t BehindLineEnd(std::string_view text, std::size_t at);
 /// Where the line from `at` on ends: the place of its line end, or the size of the text.
-KALMIA_EXPORT std::size_t EndOfLine(std::string_view text, std::size_t at);
+std::size_t EndOfLine(std::string_view text, std::size_t at);
 
 /// A place at the beginning of a line, or at the end of the text.
 struct CsvPlace {
@@ -53,14 +51,14 @@ struct CsvPlace {
 
 /// Passes over blank lines and comments. False at the end of the text; otherwise a record begins in this line, maybe
 /// behind blanks.
-KALMIA_EXPORT bool FindRecord(std::string_view text, const CsvFormat& format, CsvPlace* place);
+bool FindRecord(std::string_view text, const CsvFormat& format, CsvPlace* place);
 /// Passes over the record that begins here, with its line end. False if its quotation marks do not pair up: the place
 /// stays. `fields` is given the fields.
-KALMIA_EXPORT bool PassRecord(std::string_view text, const CsvFormat& format, CsvPlace* place,
+bool PassRecord(std::string_view text, const CsvFormat& format, CsvPlace* place,
                               std::vector<FieldPlace>* fields);
 
 /// What is wrong with the record that begins in this line and that PassRecord does not take.
-KALMIA_EXPORT std::string UnpairedMarks(std::size_t line);
+std::string UnpairedMarks(std::size_t line);
 
 /// One record of a CSV text: its fields without quotes, and the line of the text on which it begins.
 struct CsvRecord {
@@ -72,11 +70,11 @@ struct CsvRecord {
 /// for all of them. Lines end with LF, CRLF or CR; blanks around unquoted fields are dropped, blank lines and comments
 /// passed over. Throws BadData with the line where quotation marks do not pair up; `name` is how messages
 /// call the text.
-KALMIA_EXPORT void ForEachCsvRecord(std::string_view text, const CsvFormat& format, const std::string& name,
+void ForEachCsvRecord(std::string_view text, const CsvFormat& format, const std::string& name,
                       const std::function<bool(const CsvRecord&)>& take);
 
 /// The text as one field of a CSV line, quoted where a reader of the format, or one that detects the separator, could
 /// take it for anything else: also at the beginning of a line, where it could be a comment.
-KALMIA_EXPORT std::string CsvField(std::string_view text, const CsvFormat& format = {});
+std::string CsvField(std::string_view text, const CsvFormat& format = {});
 
 }  // namespace kalmia::analysis

@@ -4,8 +4,6 @@
 #include <string_view>
 #include <vector>
 
-#include "kalmia/support/Export.h"
-
 namespace kalmia::analysis {
 
 /// What a cell of a table turns out to be.
@@ -37,22 +35,12 @@ struct CellFormat {
 /// Reads a cell as a number: digits with an optional sign, decimal mark and exponent, nothing else (no grouping of
 /// digits, no hexadecimals). The mark is a point, or with `decimalComma` a comma and nothing but a comma. Blanks around
 /// the cell are passed over. The locale has no say. Throws nothing but std::bad_alloc.
-KALMIA_EXPORT CellValue ReadCell(std::string_view text, const CellFormat& format);
+CellValue ReadCell(std::string_view text, const CellFormat& format);
+CellValue ReadCell(std::string_view text, bool decimalComma, const std::vector<std::string>& missingWords);
 /// The same without further words for missing cells.
-KALMIA_EXPORT CellValue ReadCell(std::string_view text, bool decimalComma);
-
-/// A plain decimal number at the beginning of a text.
-struct PlainNumber {
-  const char* end = nullptr;  ///< what follows it; null if there is none, or one that takes ReadCell to read
-  double value = 0.0;         ///< as ReadCell gives it
-  bool hasMark = false;
-};
-
-/// Reads sign, digits, decimal mark and exponent as far as they go, where few digits make the result exact by one
-/// multiplication or division: several times faster than ReadCell. [begin, end) may be followed by anything.
-KALMIA_EXPORT PlainNumber ReadPlainNumber(const char* begin, const char* end, char mark);
+CellValue ReadCell(std::string_view text, bool decimalComma);
 
 /// The number as a cell: as few digits as bring the same double back, with that decimal mark.
-KALMIA_EXPORT std::string CellText(double value, bool decimalComma);
+std::string CellText(double value, bool decimalComma);
 
 }  // namespace kalmia::analysis

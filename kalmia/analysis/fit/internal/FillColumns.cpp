@@ -1,7 +1,8 @@
-#include "kalmia/analysis/fit/FillTable.h"
+#include "kalmia/analysis/fit/internal/FillColumns.h"
 
+#include "kalmia/analysis/fit/internal/FillScaled.h"
 #include "kalmia/analysis/steps/Scaling.h"
-#include "kalmia/analysis/table/SingleCells.h"
+#include "kalmia/analysis/table/internal/SingleCells.h"
 #include "kalmia/containers/Missing.h"
 
 namespace kalmia::analysis {

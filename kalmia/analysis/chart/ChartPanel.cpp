@@ -1,0 +1,9 @@
+#include "kalmia/analysis/chart/ChartPanel.h"
+
+#include <cmath>
+
+namespace kalmia::analysis {
+
+bool ChartPanel::HasLimits() const { return !std::isnan(zones.upper); }
+
+}  // namespace kalmia::analysis

@@ -1,0 +1,21 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "kalmia/analysis/table/CellRows.h"
+
+namespace kalmia::analysis {
+
+/// A table of signals on its way through a chain: rows are signals, columns are channels.
+struct Signals {
+  std::string table;                   ///< how messages call it
+  std::vector<std::string> rowPlaces;  ///< how messages call each row, see RowPlaces
+  std::vector<std::string> names;      ///< of the columns
+  /// Right after a wavelet-compress, or steps that keep its columns: of the columns before it; otherwise empty.
+  std::vector<std::string> fullNames;
+  CellRows cells;
+  bool decimalComma = false;           ///< whether the numbers of the table, and in names, have one
+};
+
+}  // namespace kalmia::analysis

@@ -1,0 +1,24 @@
+#pragma once
+
+#include <cstddef>
+#include <vector>
+
+namespace kalmia::analysis {
+
+/// What a column holds: numbers as soon as one cell is one, with either decimal mark, or where there is nothing but
+/// infinities; texts if there are words and no number; nothing.
+enum class ColumnKind { Numbers, Texts, Empty };
+
+/// So many strays of a column are known by their rows.
+constexpr std::size_t kStraysKept = 3;
+
+/// One column of a table.
+struct CsvColumn {
+  ColumnKind kind = ColumnKind::Empty;
+  int missing = 0;
+  int strays = 0;       ///< cells that are neither missing nor finite numbers within the range of float
+  std::vector<int> firstStrays;  ///< rows of the first of them, in their order: at most kStraysKept
+  const double* numbers = nullptr;  ///< one for each row; NaN where there is none; null in Texts
+};
+
+}  // namespace kalmia::analysis
