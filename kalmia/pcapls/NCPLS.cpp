@@ -163,13 +163,6 @@ NCDataVector<float> NCPLS::StartOfU(const NCDataVector<float>* start) const {
   return yResiduals_.SpecialNipalsRegressRowsFix(c, nullptr, 0);
 }
 
-bool NCPLS::AreUnrelated(const NCDataVector<float>& w, const NCDataVector<float>& u) {
-  // What is related to a longer X is related to X. Most components need no pass over X for its length that way.
-  if (!IsUnrelated(w, u, xLengthAtMost_)) return false;
-  xLengthAtMost_ = std::sqrt(static_cast<double>(xResiduals_.GetSS()));
-  return IsUnrelated(w, u, xLengthAtMost_);
-}
-
 NCPLS::Component NCPLS::Iterate(const NCDataVector<float>* start, bool strict, RoundsBar* bar) {
   Component component(xResiduals_.SizeRows(), xResiduals_.SizeColumns(), yResiduals_.SizeColumns());
   auto& [w, p, t, c, u, rounds] = component;
@@ -179,7 +172,10 @@ NCPLS::Component NCPLS::Iterate(const NCDataVector<float>* start, bool strict, R
   double measure = 0.0;
   do {
     xResiduals_.Result(&w).SpecialNipalsRegressColumnsFix(u);
-    if (strict && AreUnrelated(w, u)) throw NCError(LanguageString::Get(10159), NCError::Level1);
+    if (strict && IsUnrelated(w, u, xLengthAtMost_)) {  // to a longer X perhaps: the length itself decides
+      xLengthAtMost_ = std::sqrt(static_cast<double>(xResiduals_.GetSS()));
+      if (IsUnrelated(w, u, xLengthAtMost_)) throw NCError(LanguageString::Get(10159), NCError::Level1);
+    }
     w.Normalise();
     if (oneY)
       kalmia::CalcScoresAndLoadings(xResiduals_, w, &t, &p);  // the only round

@@ -115,8 +115,6 @@ class KALMIA_EXPORT NCPLS : public kalmia::Persistent<NCPLS> {
   void RequireTablesOfTheModel() const;
   void InitialiseResults();                        ///< five result matrices without rows
   NCDataVector<float> StartOfU(const NCDataVector<float>* start) const;
-  /// Whether |w| |u| / |X| is too small, or not a normal number.
-  bool AreUnrelated(const NCDataVector<float>& w, const NCDataVector<float>& u);
   Component Iterate(const NCDataVector<float>* start, bool strict, RoundsBar* bar);
   void Append(const Component& component);         ///< all or nothing
   bool HasNewestComponent() const;
@@ -134,5 +132,7 @@ class KALMIA_EXPORT NCPLS : public kalmia::Persistent<NCPLS> {
   int components_ = 0;
   int maxIterations_ = 0;
   int iterations_ = 0;
-  double xLengthAtMost_ = std::numeric_limits<double>::infinity();  ///< not below sqrt(xResiduals_.GetSS())
+  /// A bound that |X| = sqrt(xResiduals_.GetSS()) never exceeds. Iterate() measures |X| only where the bound decides
+  /// nothing; CalculateResiduals() carries the bound on, which takes no pass over X.
+  double xLengthAtMost_ = std::numeric_limits<double>::infinity();
 };

@@ -4,11 +4,12 @@
 #include <string>
 
 #include "kalmia/analysis/steps/StepChain.h"
+#include "kalmia/containers/Missing.h"
 #include "kalmia/containers/NCDataMatrix.h"
 
 // Small tables of signals for the tests of preprocessing steps. Here a hole is -99, and no present cell is.
 
-constexpr float kHole = -99.0F;
+constexpr float kHole = kalmia::kMissingCell<float>;
 
 using FloatCells = NCDataMatrix<float>;
 using DoubleCells = NCDataMatrix<double>;

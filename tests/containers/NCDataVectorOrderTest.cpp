@@ -5,6 +5,7 @@
 #include <limits>
 #include <vector>
 
+#include "kalmia/containers/Missing.h"
 #include "kalmia/containers/NCDataVector.h"
 #include "testing/RandomTables.h"
 
@@ -12,7 +13,7 @@
 
 namespace {
 
-constexpr double kNoEstimate = -99;
+constexpr double kNoEstimate = kalmia::kMissing;
 
 template <class T>
 class NCDataVectorOrder : public ::testing::Test {};

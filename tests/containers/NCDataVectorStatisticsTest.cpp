@@ -4,6 +4,7 @@
 #include <limits>
 #include <vector>
 
+#include "kalmia/containers/Missing.h"
 #include "kalmia/containers/NCDataVector.h"
 #include "testing/RandomTables.h"
 
@@ -11,7 +12,7 @@
 
 namespace {
 
-constexpr double kNoEstimate = -99;
+constexpr double kNoEstimate = kalmia::kMissing;
 
 template <class T>
 class NCDataVectorStatistics : public ::testing::Test {};

@@ -46,7 +46,7 @@ examples=$here/../../examples
 for source in "$examples"/*.cpp; do
   name=$(basename "$source" .cpp)
   case "$name" in
-    gasoline_* | recipe_pls | recipe_opls | recipe_filter | recipe_validation) table=gasoline ;;
+    gasoline_* | recipe_pls | recipe_opls | recipe_filter | recipe_validation | recipe_preprocess) table=gasoline ;;
     olive_* | recipe_o2pls) table=oliveoil ;;
     process_drift | recipe_chart) table=drift ;;
     recipe_spectrum) table=tank ;;

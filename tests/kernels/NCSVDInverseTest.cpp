@@ -5,6 +5,7 @@
 #include <memory>
 #include <vector>
 
+#include "kalmia/containers/Missing.h"
 #include "kalmia/kernels/NCSVD.h"
 #include "kernels/SVDChecks.h"
 #include "testing/RandomTables.h"
@@ -13,7 +14,7 @@
 
 namespace {
 
-constexpr float kNoLimit = -99;
+constexpr float kNoLimit = kalmia::kMissing;
 
 template <class T>
 class NCSVDUse : public ::testing::Test {};

@@ -10,6 +10,7 @@
 #include <type_traits>
 #include <vector>
 
+#include "kalmia/containers/Missing.h"
 #include "kernels/SVDChecks.h"
 #include "testing/RandomTables.h"
 
@@ -17,7 +18,7 @@
 
 namespace {
 
-constexpr float kNoLimit = -99;
+constexpr float kNoLimit = kalmia::kMissing;
 
 template <class T>
 class NCSVDOf : public ::testing::Test {};

@@ -4,6 +4,7 @@
 #include <cmath>
 #include <limits>
 
+#include "kalmia/containers/Missing.h"
 #include "kalmia/support/NCError.h"
 #include "signal/WaveletCase.h"
 
@@ -108,7 +109,7 @@ TEST(WaveletPowerSpectrum, OfZerosIsZero) {
 }
 
 TEST(WaveletPowerSpectrum, TakesAHoleForTheNumberMinus99) {
-  const float hole = -99;  // of scale 2, thus -49.5, beside 0.5, of scale sqrt 2
+  const float hole = kalmia::kMissing;  // of scale 2, thus -49.5, beside 0.5, of scale sqrt 2
   const float fine = static_cast<float>(0.5 * std::sqrt(2));
   const auto in = Signal({0, 0, hole, 0, fine, 0, 0, 0});
   const OwnedMatrix spectrum(Wavelet::PowerSpectrum(&in, false, nullptr));
@@ -199,7 +200,7 @@ TEST(WaveletEnergy, OfZerosIsZeroWithoutADivision) {
 }
 
 TEST(WaveletEnergy, LeavesHolesOutButTakesAColumnOfHolesForItsSum) {
-  const float hole = -99;
+  const float hole = kalmia::kMissing;
   NCDataMatrix<float> m(2, 4, 10.0F);
   m(1, 4, hole);
   EXPECT_THAT(EnergyOf(m), ElementsAre(300 / 500.0F, 200 / 500.0F));

@@ -6,13 +6,14 @@
 #include <random>
 #include <vector>
 
+#include "kalmia/containers/Missing.h"
 #include "kalmia/statistics/ControlChart.h"
 #include "testing/RandomTables.h"
 
 // Charts of short and of random series.
 
 constexpr float kNone = kHole<float>;
-constexpr double kUnknown = -99.0;
+constexpr double kUnknown = kalmia::kMissing;
 
 inline NCDataVector<float> VectorOf(const std::vector<float>& cells) {
   NCDataVector<float> v;

@@ -10,6 +10,7 @@
 #include "kalmia/analysis/fit/internal/SelectData.h"
 #include "kalmia/analysis/model/NewRows.h"
 #include "kalmia/analysis/steps/Scaling.h"
+#include "kalmia/analysis/table/internal/Refuse.h"
 #include "kalmia/analysis/table/internal/SingleCells.h"
 #include "kalmia/analysis/table/internal/TableText.h"
 #include "kalmia/analysis/text/DisplayText.h"
@@ -21,7 +22,6 @@ namespace kalmia::analysis {
 namespace {
 
 constexpr std::size_t kRowsNamed = 10;  ///< a note names so many rows, and counts the others
-constexpr int kFewestGroups = 2;        ///< selecting data makes groups, which a filter has no use for
 
 /// Takes the rows out that say nothing of Y.
 void LeaveOutRowsWithoutY(ModelData* data, Notes* notes) {
@@ -66,7 +66,8 @@ FilteredTable FilterRows(const StoredFilter& filter, const Table& table, Notes* 
       const double centre = CentreOf(filter.xScaling, c) - shift;
       const auto cell = static_cast<float>(residuals[r][c] / FactorOf(filter.xScaling, c) + centre);
       if (!std::isfinite(cell)) {
-        throw BadData(table.Name() + ": " + table.RowPlace(r - 1) + ": its cells are too large for single precision");
+        Refuse(table, table.RowPlace(r - 1) + ": its cells are too large for single precision",
+               InCell(r - 1, filter.xNames[static_cast<std::size_t>(c) - 1]));
       }
       filtered.cells.Row(r - 1)[c - 1] = InUnitsOfTable(cell, shift);
     }
@@ -75,15 +76,10 @@ FilteredTable FilterRows(const StoredFilter& filter, const Table& table, Notes* 
 
 FilterResult Compute(const FilterRecipe& recipe, const Table& table, NCProgress* progress) {
   FilterResult result;
-  FitRecipe selection;
-  static_cast<XRecipe&>(selection) = recipe;
-  selection.groups = kFewestGroups;
-  selection.judgeComponents = false;
-  ModelData data = SelectData(table, selection, recipe.y, &result.notes, progress);
+  ModelData data = SelectXAndY(table, recipe, recipe.y, &result.notes);
   LeaveOutRowsWithoutY(&data, &result.notes);
   StoredFilter& filter = result.filter;
-  FillInfo(table, selection, data, &filter);
-  filter.groups = 0;
+  FillInfo(table, recipe, data, &filter);
   filter.yNames = data.yNames;
   NCDataMatrix<float> x = data.x;
   NCDataMatrix<float> y = data.y;

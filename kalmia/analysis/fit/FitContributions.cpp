@@ -14,7 +14,8 @@ std::vector<int> FittedRows(const ModelData& data, const Table& table, const std
   for (const int row : rows) {
     const auto found = std::find(data.rows.begin(), data.rows.end(), row);
     if (found == data.rows.end()) {
-      Refuse(table, table.RowPlace(row) + " has no contributions: it is left out, as it has no cell of X");
+      Refuse(table, table.RowPlace(row) + " has no contributions: it is left out, as it has no cell of X",
+             InRow(row));
     }
     fitted.push_back(static_cast<int>(found - data.rows.begin()));
   }

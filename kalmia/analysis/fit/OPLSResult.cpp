@@ -11,6 +11,7 @@
 #include "kalmia/analysis/fit/internal/SelectData.h"
 #include "kalmia/analysis/model/TrainingRows.h"
 #include "kalmia/analysis/steps/Scaling.h"
+#include "kalmia/analysis/table/internal/Refuse.h"
 #include "kalmia/analysis/text/DisplayText.h"
 #include "kalmia/analysis/text/internal/LibraryErrors.h"
 #include "kalmia/containers/Missing.h"
@@ -35,9 +36,10 @@ void RequireInEachRound(const ModelData& data, const NCDataMatrix<float>& table,
         any = true;
       }
       if (any && (varies || !variance)) continue;
+      const std::string& name = names[static_cast<std::size_t>(c - 1)];
       throw BadData("cross-validation round " + std::to_string(group + 1) + ": without the rows of its group the " +
-                    kind + " column " + Quoted(names[static_cast<std::size_t>(c - 1)]) + " has no " +
-                    (any ? "variance" : "value"));
+                        kind + " column " + Quoted(name) + " has no " + (any ? "variance" : "value"),
+                    InColumn(name));
     }
 }
 

@@ -12,7 +12,7 @@ namespace kalmia::analysis {
 
 namespace {
 
-/// -1 for a name that is none.
+/// The number of the class of that name, from 0; -1 where the model has no such class.
 int NumberOf(const std::vector<std::string>& names, const std::string& name) {
   const auto found = std::find(names.begin(), names.end(), name);
   return found == names.end() ? -1 : static_cast<int>(found - names.begin());

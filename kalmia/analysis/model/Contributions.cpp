@@ -19,14 +19,14 @@ namespace kalmia::analysis {
 
 namespace {
 
-// Cells and scores are floats: their rounding shows from the sixth digit on, in a small T2 earlier.
+// Cells and scores are floats; their rounding shows in the sixth digit of T2, and earlier where T2 is small.
 constexpr double kRoundingShare = 1e-3;  ///< of T2
 constexpr double kRounding = 1e-4;
 constexpr double kMeanOfRounding = 1e-4;  ///< a mean of scores, in their standard deviations
 
 constexpr int kNumberDigits = 5;
 
-/// A row that is asked for.
+/// A row whose contributions are wanted.
 struct Row {
   std::string name;
   std::vector<double> t;  ///< empty without scores
@@ -49,7 +49,7 @@ NCDataMatrix<float> RowsOf(const NCDataMatrix<float>& x, const std::vector<int>&
   return chosen;
 }
 
-/// What the model makes of the rows of `x`, under their names.
+/// Scores and residuals of the rows of `x`, with their names.
 template <class Model>
 std::vector<Row> ReadRows(const Model& model, const NCDataMatrix<float>& x, const std::vector<std::string>& names) {
   std::vector<Row> rows;
@@ -63,7 +63,7 @@ std::vector<std::string> NamesOf(const std::vector<std::string>& names, const st
   return chosen;
 }
 
-/// What T2 takes of each score, sum over a of (t_a - mean_a) / var_a times the function of score a.
+/// T2 as a function of the row: the sum over a of (t_a - mean_a) / var_a times the function of score a.
 LinearFunction SlopeOfT2(const ScoreMoments& moments, const std::vector<double>& t,
                          const std::vector<LinearFunction>& functions) {
   LinearFunction slope(functions.front().size(), 0.0);

@@ -6,6 +6,7 @@
 #include <limits>
 #include <utility>
 
+#include "kalmia/analysis/model/internal/PresentCells.h"
 #include "kalmia/analysis/steps/Scaling.h"
 #include "kalmia/analysis/table/internal/KeptIf.h"
 #include "kalmia/containers/Missing.h"
@@ -16,15 +17,6 @@ namespace {
 
 constexpr int kRowsAtOnce = 4;  ///< a sum waits for its last addition, and several side by side do not
 constexpr double kNone = std::numeric_limits<double>::quiet_NaN();
-
-/// A cell that is missing counts as nothing.
-double Present(float cell) { return cell == static_cast<float>(kMissing) ? 0.0 : cell; }
-
-double SumOfSquares(const NCDataVector<float>& v) {
-  double sum = 0.0;
-  for (int i = 1; i <= v.Size(); ++i) sum += Present(v[i]) * Present(v[i]);
-  return sum;
-}
 
 }  // namespace
 
@@ -50,8 +42,8 @@ std::vector<std::vector<double>> VariableImportances(const NCPLS& model) {
   double total = 0.0;
   std::vector<std::vector<double>> ofNumbers;
   for (int a = 1; a <= w.SizeRows(); ++a) {
-    const double described = SumOfSquares((*model.GetCprim())[a]) * SumOfSquares((*model.GetTprim())[a]);
-    const double length = SumOfSquares(w[a]);
+    const double described = SumOfPresentSquares((*model.GetCprim())[a]) * SumOfPresentSquares((*model.GetTprim())[a]);
+    const double length = SumOfPresentSquares(w[a]);
     total += described;
     std::vector<double> vip;
     for (std::size_t k = 0; k < weighted.size(); ++k) {

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <new>
 
 #include "kalmia/analysis/table/CellRows.h"
 #include "kalmia/analysis/table/TableColumns.h"
@@ -77,6 +76,7 @@ void Preprocess(const ModelInfo& model, const Table& table, int idColumn, const 
     const auto place = places.begin() + first;
     Signals signals{table.Name(), {place, place + count}, model.chain.inputNames, {},
                     RowsOf(source, columns, first, count)};
+    for (int row = first; row < first + count; ++row) signals.rows.push_back(row);
     ApplyChain(model.chain, &signals, progress);
     int column = 0;
     for (const int taken : PlacesOf(signals, model.xNames)) {
@@ -85,8 +85,10 @@ void Preprocess(const ModelInfo& model, const Table& table, int idColumn, const 
   }
 }
 
-NewRows Read(const ModelInfo& model, const Table& table, const std::string& id, Notes* notes,
-             NCProgress* progress) {
+}  // namespace
+
+NewRows ReadNewRows(const ModelInfo& model, const Table& table, const std::string& id, Notes* notes,
+                    NCProgress* progress) {
   NewRows rows;
   const int idColumn = IdColumn(model, table, id);
   rows.names = RowNames(table, idColumn);
@@ -108,16 +110,6 @@ NewRows Read(const ModelInfo& model, const Table& table, const std::string& id, 
     Preprocess(model, table, idColumn, source, progress, &rows);
   }
   return rows;
-}
-
-}  // namespace
-
-NewRows ReadNewRows(const ModelInfo& model, const Table& table, const std::string& id, Notes* notes,
-                    NCProgress* progress) try {
-  return Read(model, table, id, notes, progress);
-} catch (const std::bad_alloc&) {
-  Refuse(table, "there is not enough memory for " + Counted(static_cast<std::size_t>(table.Rows()), "row") +
-                    " of the " + Counted(SourceNames(model).size(), "column") + " that the model takes");
 }
 
 }  // namespace kalmia::analysis

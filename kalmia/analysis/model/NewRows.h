@@ -22,9 +22,9 @@ struct NewRows {
 
 /// Matches the columns of the table by name, and notes which are not there. Rows are named by the column `id`, or where
 /// that is empty by the column that named the training rows, or by number.
-/// Throws BadData: no column of X is there, no cell is; no such `id`; a cell that is no number,
-/// or that the preprocessing cannot take; no memory for them, with the size of the table. The rows go through the
-/// preprocessing in blocks: beyond what comes back it takes room for some 4 million cells, or one row.
+/// Throws BadData: no column of X is there, no cell is; no such `id`; a cell that is no number, or that the
+/// preprocessing cannot take; std::bad_alloc. The rows go through the preprocessing in blocks: beyond the rows
+/// themselves it takes room for some 4 million cells, or one row.
 KALMIA_EXPORT NewRows ReadNewRows(const ModelInfo& model, const Table& table, const std::string& id, Notes* notes,
                     NCProgress* progress = nullptr);
 

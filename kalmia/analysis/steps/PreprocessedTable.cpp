@@ -52,7 +52,8 @@ std::vector<int> ChainColumns(const Table& table, const PreprocessRecipe& recipe
   const std::vector<std::string> names = recipe.restore ? OutputNames(chain) : chain.inputNames;
   if (std::find(names.begin(), names.end(), recipe.id) != names.end()) {
     Refuse(table, "the steps of " + recipe.steps.name + " take column " + Quoted(recipe.id) +
-                      ", which is to name the rows: take it out of them, or name the rows otherwise");
+                      ", which is to name the rows: take it out of them, or name the rows otherwise",
+           InColumn(recipe.id));
   }
   return ColumnsNamed(table, names);
 }
@@ -144,7 +145,8 @@ std::string PreprocessedText(const Table& table, const PreprocessedTable& result
   for (const int column : kept) {
     const std::string& name = table.ColumnNames()[static_cast<std::size_t>(column)];
     if (made.count(name) > 0) {
-      Refuse(table, "column " + Quoted(name) + " would stand in the output twice: rename it in the table");
+      Refuse(table, "column " + Quoted(name) + " would stand in the output twice: rename it in the table",
+             InColumn(name));
     }
     csv.Field(name);
   }

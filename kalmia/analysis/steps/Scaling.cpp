@@ -6,6 +6,7 @@
 #include <limits>
 #include <utility>
 
+#include "kalmia/analysis/table/internal/Refuse.h"
 #include "kalmia/analysis/table/internal/SingleCells.h"
 #include "kalmia/analysis/text/DisplayText.h"
 #include "kalmia/analysis/text/Failure.h"
@@ -65,7 +66,8 @@ void Fit(const std::vector<std::string>& names, NCScale* scale, NCDataMatrix<flo
   } catch (const NCScaleError& error) {
     const std::string& name = names[static_cast<std::size_t>(error.Column - 1)];
     throw BadData("column " + Quoted(name) +
-                  " cannot be scaled: " + OneLine(static_cast<const char*>(error.GetMessage())));
+                      " cannot be scaled: " + OneLine(static_cast<const char*>(error.GetMessage())),
+                  InColumn(name));
   }
 }
 

@@ -16,6 +16,7 @@ struct Signals {
   std::vector<std::string> fullNames;
   CellRows cells;
   bool decimalComma = false;           ///< whether the numbers of the table, and in names, have one
+  std::vector<int> rows = {};          ///< of the table, from 0; empty where all its rows are here, in their order
 };
 
 }  // namespace kalmia::analysis

@@ -64,7 +64,7 @@ class StepReader {
 
   [[noreturn]] void Refuse(const std::string& reason) const {
     const std::string place = source_ + ": step " + std::to_string(number_) + ", " + Quoted(text_);
-    throw BadRequest(place + ": " + reason);
+    throw BadRequest(place + ": " + reason, FailurePlace{{}, {}, text_});
   }
 
   const std::string& source_;
@@ -89,7 +89,8 @@ void RequireOrder(const std::vector<Step>& steps, const std::string& source) {
     const bool restores = steps[i].kind == StepKind::WaveletRestore;
     if (restores && !compressed) {
       throw BadRequest(source + ": step " + std::to_string(i + 1) +
-                       ", 'wavelet-restore': it has to stand right after a wavelet-compress");
+                       ", 'wavelet-restore': it has to stand right after a wavelet-compress",
+                       FailurePlace{{}, {}, "wavelet-restore"});
     }
     compressed = steps[i].kind == StepKind::WaveletCompress;
   }

@@ -7,12 +7,14 @@
 
 namespace kalmia::analysis {
 
-ColumnMoments MomentsOf(const std::vector<double>& cells) {
+ColumnMoments MomentsOf(const double* cells, std::size_t count) {
+  const double* const end = cells + count;
   ColumnMoments moments;
   double min = std::numeric_limits<double>::infinity();
   double max = -min;
   double sum = 0.0;
-  for (const double cell : cells) {
+  for (const double* at = cells; at != end; ++at) {
+    const double cell = *at;
     const bool isPresent = !std::isnan(cell);
     moments.n += isPresent ? 1 : 0;
     sum += KeptIf(isPresent, cell);
@@ -28,8 +30,8 @@ ColumnMoments MomentsOf(const std::vector<double>& cells) {
   if (moments.n < 2) return moments;
   double squares = 0.0;
   double cubes = 0.0;
-  for (const double cell : cells) {
-    const double difference = KeptIf(!std::isnan(cell), cell - mean);
+  for (const double* at = cells; at != end; ++at) {
+    const double difference = KeptIf(!std::isnan(*at), *at - mean);
     squares += difference * difference;
     cubes += difference * difference * difference;
   }

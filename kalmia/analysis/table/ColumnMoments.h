@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <limits>
 #include <vector>
 
@@ -19,8 +20,9 @@ struct KALMIA_EXPORT ColumnMoments {
   double skewness = std::numeric_limits<double>::quiet_NaN();
 };
 
-/// The moments of cells, of which missing ones are NaN. Sums run in double, in the order of the cells: the same bits on
-/// every machine.
-KALMIA_EXPORT ColumnMoments MomentsOf(const std::vector<double>& cells);
+/// The moments of `count` cells, of which missing ones are NaN. Sums run in double, in the order of the cells: the same
+/// bits on every machine.
+KALMIA_EXPORT ColumnMoments MomentsOf(const double* cells, std::size_t count);
+inline ColumnMoments MomentsOf(const std::vector<double>& cells) { return MomentsOf(cells.data(), cells.size()); }
 
 }  // namespace kalmia::analysis

@@ -18,13 +18,6 @@ namespace {
 
 constexpr float kExactFloats = 16777216.0F;  ///< 2^24: larger whole numbers may have been rounded
 
-[[noreturn]] void RefuseCell(const Table& table, int row, int column, const std::string& what,
-                             Remedy remedy = Remedy::None) {
-  const std::string& name = table.ColumnNames()[static_cast<std::size_t>(column)];
-  throw BadData(table.Name() + ": " + table.RowPlace(row) + ", column " + Quoted(name) + ": " + what, remedy,
-                {row + 1, name, table.Cell(row, column)});
-}
-
 /// Digits alone are read as they are; other forms of a whole number ("3.0", "1e3") while single precision is exact.
 std::int64_t ReadCount(const Table& table, int row, int column, const std::string& text) {
   const std::string quoted = Quoted(text);

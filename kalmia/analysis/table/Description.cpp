@@ -45,13 +45,11 @@ void DescribeNumbers(const Table& table, const std::vector<int>& columns, WorkPr
   work->Begin("describing " + Counted(columns.size(), "column"));
   ShareWork(columns.size(), [work](double share) { work->MoveTo(share); },
             [&](std::size_t k) {
-              const std::vector<double> cells = NumbersBesideStrays(table, columns[k]);
+              const double* const cells = table.Column(columns[k]).numbers;
+              const auto rows = static_cast<std::size_t>(table.Rows());
               ColumnMoments& moments = (*described)[k].moments;
-              moments = MomentsOf(cells);
-              if (!std::isnan(moments.skewness)) {
-                moments.skewness =
-                    TellableSkewness(cells, moments.mean, moments.standardDeviation, moments.skewness);
-              }
+              moments = MomentsOf(cells, rows);
+              if (!std::isnan(moments.skewness)) moments.skewness = TellableSkewness(cells, rows, moments);
             });
 }
 

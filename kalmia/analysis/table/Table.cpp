@@ -26,7 +26,9 @@ constexpr std::size_t kSampleRows = 64;       ///< that the decimal mark is gues
 constexpr std::size_t kSampleBytes = std::size_t{1} << 20U;  ///< where they are longer than this
 constexpr std::size_t kNamesAtOnce = 4096;  ///< between two questions whether to stop
 
-[[noreturn]] void Refuse(const std::string& message) { throw BadData(message); }
+[[noreturn]] void Refuse(const std::string& message, FailurePlace place = {}) {
+  throw BadData(message, std::move(place));
+}
 
 /// Moves the bar onto a share of the range.
 Proceed ShareOf(double from, double to, NCProgress* progress) {
@@ -120,7 +122,8 @@ Table::Table(std::vector<NamedColumn> columns, const std::string& name)
   for (std::size_t c = 0; c < given_.size(); ++c) {
     if (CellsOf(given_[c]) != rows) {
       Refuse(name_ + ": column " + Quoted(columnNames_[c]) + " has " + Counted(CellsOf(given_[c]), "cell") +
-             ", column " + Quoted(columnNames_.front()) + " has " + std::to_string(rows));
+                 ", column " + Quoted(columnNames_.front()) + " has " + std::to_string(rows),
+             {{}, columnNames_[c]});
     }
     columns_.push_back(std::visit([](const auto& cells) { return TallyOf(cells); }, given_[c].cells));
     PointToNumbers(given_[c], &columns_.back());
@@ -205,7 +208,8 @@ void Table::TakeNames(std::vector<std::string> names, const Proceed& proceed) {
     const auto [first, isNew] = columnOf_.emplace(columnNames_[c], static_cast<int>(c));
     if (!isNew) {
       Refuse(name_ + ": columns " + std::to_string(first->second + 1) + " and " + std::to_string(c + 1) +
-             " have the same name, " + Quoted(columnNames_[c]));
+                 " have the same name, " + Quoted(columnNames_[c]),
+             {{}, columnNames_[c]});
     }
   }
 }
@@ -265,7 +269,9 @@ void Table::ReadRows(std::size_t bytesAtOnce, const Proceed& proceed) {
 void Table::RefuseRow(std::size_t row) const {
   CsvPlace place{csv_->rows.Begin(row), 0};
   std::vector<FieldPlace> places;
-  if (!PassRecord(Text(), Format(), &place, &places)) Refuse(name_ + ": " + UnpairedMarks(csv_->rows.Line(row)));
+  if (!PassRecord(Text(), Format(), &place, &places)) {
+    Refuse(name_ + ": " + UnpairedMarks(csv_->rows.Line(row)), {static_cast<int>(row) + 1});
+  }
   const std::vector<std::string> fields = ContentsOf(Text(), places);
   const bool tooMany = Separator() == ',' && fields.size() > columnNames_.size();
   std::string hint;

@@ -11,10 +11,9 @@ namespace kalmia::analysis {
 
 namespace {
 
-[[noreturn]] void RefuseCell(const Table& table, int row, int column) {
+[[noreturn]] void RefuseStray(const Table& table, int row, int column) {
   const std::string cell = table.Cell(row, column);
   const CellKind kind = ReadTableCell(table, cell).kind;
-  const std::string& name = table.ColumnNames()[static_cast<std::size_t>(column)];
   std::string what = Quoted(cell);
   Remedy remedy = Remedy::None;
   if (kind == CellKind::Infinite) {
@@ -29,8 +28,7 @@ namespace {
     what += " is not a number" + MissingWordsHint(table);
     remedy = Remedy::NameMissingWords;
   }
-  throw BadData(table.Name() + ": " + table.RowPlace(row) + ", column " + Quoted(name) + ": " + what, remedy,
-                {row + 1, name, cell});
+  RefuseCell(table, row, column, what, remedy);
 }
 
 }  // namespace
@@ -51,7 +49,7 @@ ColumnKind KindOfColumn(const Table& table, int column) { return table.Column(co
 
 std::vector<double> ReadNumbers(const Table& table, int column) {
   const CsvColumn& source = table.Column(column);
-  if (source.strays > 0) RefuseCell(table, source.firstStrays.front(), column);
+  if (source.strays > 0) RefuseStray(table, source.firstStrays.front(), column);
   return NumbersBesideStrays(table, column);
 }
 
@@ -63,7 +61,8 @@ std::vector<double> NumbersBesideStrays(const Table& table, int column) {
 int RequireColumn(const Table& table, const std::string& name) {
   const int column = table.Find(name);
   if (column < 0) {
-    Refuse(table, "there is no column " + Quoted(name) + DidYouMean(name, table.ColumnNames()) + SeparatorHint(table));
+    Refuse(table, "there is no column " + Quoted(name) + DidYouMean(name, table.ColumnNames()) + SeparatorHint(table),
+           AtWord(name));
   }
   return column;
 }

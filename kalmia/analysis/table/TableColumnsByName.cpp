@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "kalmia/analysis/table/TableColumns.h"
+#include "kalmia/analysis/table/internal/Refuse.h"
 #include "kalmia/analysis/text/DisplayText.h"
 #include "kalmia/analysis/text/Failure.h"
 
@@ -58,7 +59,9 @@ class ColumnReader {
     for (std::size_t at = part.find(kDots); at != std::string::npos; at = part.find(kDots, at + 1)) {
       const int first = table_.Find(part.substr(0, at)), last = table_.Find(part.substr(at + kDots.size()));
       if (first < 0 || last < 0) continue;
-      if (last < first) Refuse("in the range " + Quoted(part) + " the last column stands before the first");
+      if (last < first) {
+        Refuse("in the range " + Quoted(part) + " the last column stands before the first", AtWord(part));
+      }
       Take(first, last);
       return true;
     }
@@ -69,7 +72,8 @@ class ColumnReader {
     for (int column = first; column <= last; ++column) {
       const auto c = static_cast<std::size_t>(column);
       if (taken_[c] && repeats_ == Repeats::PassedOver) continue;
-      if (taken_[c]) Refuse("column " + Quoted(table_.ColumnNames()[c]) + " is named twice");
+      const std::string& name = table_.ColumnNames()[c];
+      if (taken_[c]) Refuse("column " + Quoted(name) + " is named twice", InColumn(name));
       taken_[c] = true;
       columns_.push_back(column);
     }
@@ -77,12 +81,14 @@ class ColumnReader {
 
   /// Names what the table does not have: an end of a range, or the text as a whole.
   [[noreturn]] void RefusePart(const std::string& part, const std::string& argument) const {
-    if (part.empty()) Refuse("there is no column '': a name is missing beside a comma of " + Quoted(argument));
+    if (part.empty()) {
+      Refuse("there is no column '': a name is missing beside a comma of " + Quoted(argument), AtWord(argument));
+    }
     const std::size_t at = part.find(kDots);
-    if (at == 0) Refuse("the range " + Quoted(part) + " lacks its first column");
+    if (at == 0) Refuse("the range " + Quoted(part) + " lacks its first column", AtWord(part));
     if (at != std::string::npos && at + kDots.size() == part.size()) {
       RequireColumn(table_, part.substr(0, at));
-      Refuse("the range " + Quoted(part) + " lacks its last column");
+      Refuse("the range " + Quoted(part) + " lacks its last column", AtWord(part));
     }
     if (at != std::string::npos) {
       RequireColumn(table_, part.substr(0, at));
@@ -92,7 +98,9 @@ class ColumnReader {
     throw std::logic_error("a part of names that is there was not taken");
   }
 
-  [[noreturn]] void Refuse(const std::string& message) const { throw BadData(table_.Name() + ": " + message); }
+  [[noreturn]] void Refuse(const std::string& message, FailurePlace place) const {
+    analysis::Refuse(table_, message, std::move(place));
+  }
 
   const Table& table_;
   Repeats repeats_;

@@ -28,11 +28,13 @@ int RequireRow(const Table& table, const std::vector<std::string>& names, const 
     const auto first = static_cast<int>(found - names.begin());
     if (again == names.end()) return first;
     Refuse(table, "several rows are called " + Quoted(word) + ", such as " + table.RowPlace(first) + " and " +
-                      table.RowPlace(static_cast<int>(again - names.begin())));
+                      table.RowPlace(static_cast<int>(again - names.begin())),
+           {first + 1, {}, word});
   }
   if (const std::optional<int> row = RowOfNumber(table, word)) return *row;
   Refuse(table, "there is no row " + Quoted(word) + DidYouMean(word, names) +
-                    "; a row is called by its name, or by its number from 1 to " + std::to_string(table.Rows()));
+                    "; a row is called by its name, or by its number from 1 to " + std::to_string(table.Rows()),
+         AtWord(word));
 }
 
 }  // namespace

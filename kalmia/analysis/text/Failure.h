@@ -31,7 +31,7 @@ enum class Remedy {
 struct FailurePlace {
   std::optional<int> row = {};  ///< from 1
   std::string column = {};      ///< its name
-  std::string word = {};        ///< the text of the cell
+  std::string word = {};        ///< the text of the cell, or a name that the table does not have
   std::string setting = {};     ///< the member of the recipe
 };
 

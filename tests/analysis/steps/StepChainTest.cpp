@@ -267,6 +267,20 @@ TEST(StepChain, RefusesSnvOfARowWithoutVariance) {
   EXPECT_EQ(RefusalOf("snv", x), "t: step 1, snv: row 'r2' has no variance");
 }
 
+TEST(StepChain, StandardisesRowsWhoseSquaresUnderflow) {
+  // Of 1, 2, 3 times any number the mean is 2 and the standard deviation 1 of that number. A product with 1e-160 or
+  // 1e-300 has a relative error of 2^-53, and the difference from the mean one of some 2^-52: 1e-15 is four of these.
+  for (const double unit : {1e-160, 1e-300, 0x1p-1060}) {
+    Signals signals = SignalsOf(NCDataMatrix<double>(1, 4, 0.0));
+    for (int c = 0; c < 3; ++c) signals.cells.Row(0)[c] = (c + 1) * unit;
+    signals.cells.Row(0)[3] = std::nan("");
+    Notes notes;
+    LearnChain(ParseSteps("snv", "steps"), &signals, &notes);
+    for (int c = 0; c < 3; ++c) EXPECT_NEAR(signals.cells.Row(0)[c], c - 1.0, 1e-15) << unit;
+    EXPECT_TRUE(std::isnan(signals.cells.Row(0)[3]));
+  }
+}
+
 TEST(StepChain, RefusesStepsThatAskMoreThanTheSignalsHave) {
   const Matrix x = RandomCells(3, 9);
   EXPECT_EQ(RefusalOf("smooth:9", x), "");

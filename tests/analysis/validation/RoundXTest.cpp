@@ -9,7 +9,7 @@
 #include <string>
 #include <vector>
 
-#include "kalmia/analysis/table/SingleCells.h"
+#include "kalmia/analysis/table/internal/SingleCells.h"
 
 namespace kalmia::analysis {
 namespace {

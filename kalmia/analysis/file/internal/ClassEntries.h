@@ -14,7 +14,7 @@ namespace kalmia::analysis {
 
 void WriteClasses(const StoredClasses& classes, std::ostream& stream);
 
-/// False also where the names, those of the Y columns, cannot be those of classes: fewer than two, or one twice.
+/// Also false where the names of the Y columns cannot be names of classes: fewer than two, or one that comes twice.
 bool ReadClasses(std::istream& stream, const std::vector<std::string>& names, StoredClasses* classes);
 
 }  // namespace kalmia::analysis

@@ -9,10 +9,10 @@
 
 namespace kalmia::analysis {
 
-// What a model file holds of what judged the model, as docs/model-file.md lists it. What is read can be shown: it has as
-// many columns, classes and kinds of components as the model.
+// Entries of a model file that tell how the model was judged, as docs/model-file.md lists them. Reading checks that
+// they have as many columns, classes and kinds of components as the model.
 
-/// Columns of the model; of a model of X alone none of Y.
+/// How many columns the model has; a model of X alone has no Y columns.
 struct JudgedColumns {
   std::size_t x = 0;
   std::size_t y = 0;

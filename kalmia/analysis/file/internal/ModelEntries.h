@@ -12,12 +12,12 @@
 
 namespace kalmia::analysis {
 
-// The content of a model file, entry by entry: docs/model-file.md lists them. Reading is false, and never throws but for
-// std::bad_alloc, on bytes that do not hold what it reads, or parts that later work could not rely on.
+// The content of a model file, entry by entry: docs/model-file.md lists them. Readers return false where the bytes do
+// not hold the entry, or where later work could not rely on it; they throw std::bad_alloc alone.
 
-/// Names in an entry, which may be absent: that is a failure.
+/// Names in an entry; false without the entry.
 bool ReadNames(std::istream* entry, std::vector<std::string>* names);
-/// Records behind their count; read(record, stream) reads one, and is false where it is none.
+/// A count, then so many records; read(record, stream) reads one, and returns false where there is no record.
 template <class Record, class Read>
 bool ReadRecords(std::istream& stream, std::vector<Record>* records, const Read& read) {
   int count = 0;
@@ -33,7 +33,7 @@ bool ReadObject(std::istream* entry, VexStreamBase* object);
 
 using Matrices = std::vector<NCDataMatrix<float>*>;
 using ConstMatrices = std::vector<const NCDataMatrix<float>*>;
-/// Matrices behind each other.
+/// Matrices one after the other.
 void WriteMatrices(const ConstMatrices& matrices, std::ostream& stream);
 bool ReadMatrices(const Matrices& matrices, std::istream& stream);
 
@@ -44,14 +44,14 @@ bool HasRows(const NCDataMatrix<float>& matrix, std::size_t rows, std::size_t co
 /// The same, or the matrix has no rows.
 bool HasShapeOrNoRows(const NCDataMatrix<float>& matrix, std::size_t rows, std::size_t columns);
 
-/// What scores times loadings of some components, and then of others, leave of a table that is scaled.
+/// The scaled table less scores times loadings, of one set of components after the other.
 using ScoresAndLoadings = std::pair<const NCDataMatrix<float>*, const NCDataMatrix<float>*>;
 NCDataMatrix<float> LeftOf(NCDataMatrix<float> table, const ColumnScaling& scaling,
                            const std::vector<ScoresAndLoadings>& components);
 
-// What each kind of model has of its own in the parts of a file: matrices that predict, records of components, scores of
-// the training rows, residuals of the training table. A part that is not there is not read. `Agrees` is whether all
-// belongs together, with the names and the scaling: later work relies on the shapes.
+// Parts of a file that each kind of model writes its own way: matrices that predict, records of components, scores of
+// the training rows, residuals of the training table. `Agrees` tells whether all parts, names and scaling have shapes
+// that fit together: later work relies on them.
 
 void WriteModel(const StoredPLS& model, std::ostream& stream);
 void WriteModel(const StoredPCA& model, std::ostream& stream);
@@ -93,8 +93,8 @@ bool HasScores(const StoredOPLS& model);
 bool HasScores(const StoredO2PLS& model);
 bool HasScores(const StoredFilter& model);
 
-/// The residuals of X, and of Y where the model has them: of OPLS and O2PLS what the scores leave of the training table,
-/// which the model has, with its scores or with its residuals.
+/// The residuals of X, and of Y where the model has them. Those of OPLS and O2PLS are computed from the training table
+/// and the scores, where the model does not hold them.
 std::vector<NCDataMatrix<float>> ResidualsOf(const StoredPLS& model);
 std::vector<NCDataMatrix<float>> ResidualsOf(const StoredPCA& model);
 std::vector<NCDataMatrix<float>> ResidualsOf(const StoredOPLS& model);

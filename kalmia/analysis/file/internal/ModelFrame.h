@@ -9,15 +9,15 @@
 
 namespace kalmia::analysis {
 
-// What all kinds of models have in a file, whatever its version.
+// Entries that every kind of model has, in files of all versions.
 
-/// The number of components that T2 takes: none of O2PLS.
+/// How many scores T2 counts; O2PLS has no T2.
 inline std::size_t ScoresOf(const StoredPLS& model) { return model.components.size(); }
 inline std::size_t ScoresOf(const StoredPCA& model) { return model.components.size(); }
 inline std::size_t ScoresOf(const StoredOPLS& model) { return model.components.size(); }
 inline std::size_t ScoresOf(const StoredO2PLS& /*model*/) { return 0; }
 
-/// The model of the kind with that number, as yet without content; false for a number that no kind has.
+/// Makes an empty model of the kind with that number; false where no kind has it.
 template <std::size_t Index = 0>
 bool MakeKind(int kind, StoredModel* model) {
   if constexpr (Index < std::variant_size_v<StoredModel>) {
@@ -31,7 +31,7 @@ bool MakeKind(int kind, StoredModel* model) {
 /// Version of the command, table, column of row names.
 bool ReadSources(std::istream& entry, ModelInfo* model);
 
-// From entries that may be absent, which is a failure where the kind of model needs them.
+// An absent entry is null; readers return false for it where the kind of model needs the entry.
 
 /// Names and scaling of Y: PCA has neither, a filter only the names.
 bool ReadBlockOfY(std::istream* names, std::istream* scaling, YModelInfo* model);
@@ -42,13 +42,13 @@ bool ReadBlockOfY(std::istream* names, std::istream* scaling, StoredFilter* mode
 bool ReadDeviations(std::istream* entry, ModelInfo* model);
 bool ReadDeviations(std::istream* entry, StoredO2PLS* model);
 
-/// A stored word for a scaling; false for a number that is none.
+/// A stored number of a scaling; false for any other number.
 bool ReadScaling(std::istream& stream, NCScale::Scaling* scaling);
 
-/// The chain that makes X, which is among the columns that come out of it.
+/// The chain of steps behind X; false where its output lacks a column of X.
 bool ReadChain(std::istream& stream, ModelInfo* model);
 
-// Shifts of Y stand behind those of X; a filter and PCA have none of Y.
+// Shifts of X come first, then those of Y; a filter and PCA have no shifts of Y.
 
 inline std::vector<ColumnScaling*> ShiftedBlocks(YModelInfo* model) { return {&model->xScaling, &model->yScaling}; }
 inline std::vector<ColumnScaling*> ShiftedBlocks(ModelInfo* model) { return {&model->xScaling}; }
@@ -60,9 +60,9 @@ bool HasShifts(const Kind& model) {
   return any;
 }
 
-/// Of each block a count, 0 or its columns, and the shifts.
+/// For each block a count, 0 or its number of columns, then the shifts.
 void WriteShifts(const std::vector<ColumnScaling*>& blocks, std::ostream& entry);
-/// The columns have their scaling already; one of them is shifted at least.
+/// Takes blocks whose scaling is read already. False where no column is shifted.
 bool ReadShifts(std::istream& entry, const std::vector<ColumnScaling*>& blocks);
 
 /// The model in the content of a file before version 5. False on bytes that no such version has written.

@@ -9,9 +9,9 @@
 
 namespace kalmia::analysis {
 
-// Counts and numbers in the entries of a file. Reading is false on bytes that are not there: before memory is taken.
+// Counts and numbers in the entries of a file. Readers return false, before they take memory, where bytes are missing.
 
-/// One of the many forms of what is no number stands for all: the same model has the same bytes.
+/// Every NaN is written as the same bytes, so that equal models have equal files.
 void WriteNumbers(std::vector<double> numbers, std::ostream& stream);
 bool ReadNumbers(std::istream& stream, std::size_t count, std::vector<double>* numbers);
 

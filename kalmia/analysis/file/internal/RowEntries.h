@@ -8,8 +8,8 @@
 
 namespace kalmia::analysis {
 
-// Entries of plain numbers, as docs/model-file.md lists them. What is read can be worked with: moments of as many
-// components as `scores` says, of Y as many columns as `yColumns`, rows as many as `rows`.
+// Entries of plain numbers, as docs/model-file.md lists them. Readers return false unless there are moments of `scores`
+// components, and as many Y columns and rows as the arguments say.
 
 void WriteRowTerms(const RowTerms& terms, std::ostream& stream);
 bool ReadRowTerms(std::istream& stream, std::size_t scores, std::size_t yColumns, RowTerms* terms);

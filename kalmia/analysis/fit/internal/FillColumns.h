@@ -16,14 +16,13 @@ struct NumberColumns {
   std::vector<double> shifts = {};  ///< one a column, see ShiftOf
 };
 
-/// No two present cells of the column (from 1) differ.
+/// Whether all present cells of the column (from 1) are equal.
 bool IsConstant(const NCDataMatrix<float>& cells, int column);
 
-/// Fills the holes by PCA of the columns at unit variance (FillScaled) with so many components. Centre and scale are
-/// those of the present cells and stay. Every column has a present cell; present cells stay as they are. Without a hole
-/// no model is made.
-/// Throws BadData, naming the column, where a variance is out of range, Stopped where the bar, which may
-/// be null, wants to stop.
+/// Fills the holes by PCA of the columns at unit variance (FillScaled). Centre and scale come from the present cells
+/// and are not fitted again. Every column must have a present cell; present cells do not change. Without holes no model
+/// is made. `progress` may be null.
+/// Throws BadData, naming the column, where a variance is out of range, Stopped on a stop of the progress.
 FilledColumns FillColumns(const NumberColumns& columns, int components, NCProgress* progress = nullptr);
 
 }  // namespace kalmia::analysis

@@ -11,17 +11,17 @@
 
 namespace kalmia::analysis {
 
-/// A fitted filter with what is told of its components.
+/// A fitted filter with the records of its components.
 struct FilterComponents {
   std::unique_ptr<NCYOrthogonalPLS> filter;
   std::vector<FilterComponentRecord> components;
   std::string endedEarly;  ///< why there are fewer components than asked for; empty if there are not
 };
 
-/// Takes components out of the scaled x that have nothing to do with the scaled y, as many as asked for if so many can
-/// be computed. No row of either is without a cell. `progress` may be null.
-/// Throws Stopped where the bar wants to stop, BadData where not even one can be computed.
+/// Takes components out of the scaled x that are orthogonal to the scaled y: as many as asked for, or as many as can be
+/// computed. Every row of x and y must have a present cell. `progress` may be null.
+/// Throws Stopped on a stop of the progress, BadData where no component can be computed.
 FilterComponents ExtractFilter(const NCDataMatrix<float>& x, const NCDataMatrix<float>& y, int components,
-                    NCProgress* progress = nullptr);
+                               NCProgress* progress = nullptr);
 
 }  // namespace kalmia::analysis

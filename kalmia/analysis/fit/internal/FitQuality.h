@@ -8,8 +8,8 @@
 
 namespace kalmia::analysis {
 
-/// Fills the pooled deviation and the quality of the Y columns from what the model says of its training rows, `fitted`,
-/// and from the cross-validated residuals of the scaled Y.
+/// Fills in the pooled deviation and the quality of the Y columns, from the predictions of the training rows (`fitted`)
+/// and the cross-validated residuals of the scaled Y.
 void JudgeModel(const ModelData& data, const std::vector<RowPrediction>& fitted, int components,
                 const NCDataMatrix<float>& crossValidatedResiduals, YModelInfo* model);
 

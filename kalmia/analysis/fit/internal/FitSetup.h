@@ -12,18 +12,19 @@
 
 namespace kalmia::analysis {
 
-// What every fitting command does around the fit itself.
+// Steps that every fit takes before and after the extraction of components.
 
-/// Fills the frame of a model but for the scaling and the pooled deviation.
+/// Writes down what a model was fitted to: the table, its columns and rows, and the groups of a fit that has them.
+void FillInfo(const Table& table, const XRecipe& recipe, const ModelData& data, ModelInfo* frame);
 void FillInfo(const Table& table, const FitRecipe& recipe, const ModelData& data, ModelInfo* frame);
 
-/// When the extraction of components stops, as the recipe says. Notes a cut of their number.
+/// The rules that the recipe sets. Notes a cut of the number of components.
 FitRules RulesOf(const FitRecipe& recipe, const ModelData& data, Notes* notes);
 
-/// Principal components take two columns. Throws BadData.
+/// Throws BadData unless X has two columns, which principal components need.
 void RequireTwoColumns(const Table& table, const ModelData& data);
 
-/// What `fit` returns. Where it fails for bad data, the failure also names what X had to do without.
+/// Returns the result of `fit`. Its BadData is thrown again with the columns that were left out of X.
 template <class Fit>
 auto FitOrNameLeftOut(const ModelData& data, const Fit& fit) {
   try {

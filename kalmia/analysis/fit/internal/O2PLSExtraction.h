@@ -15,7 +15,7 @@
 
 namespace kalmia::analysis {
 
-/// What an O2PLS fit takes: complete scaled blocks of the same rows.
+/// The input of an O2PLS fit: complete scaled blocks of the same rows.
 struct O2PLSTask {
   NCDataMatrix<float> x;
   NCDataMatrix<float> y;
@@ -25,23 +25,21 @@ struct O2PLSTask {
   bool judgeComponents = true;          ///< whether given numbers are cross-validated
 };
 
-/// A fitted model with what cross-validation said of its components.
+/// A fitted model with the records of its components.
 struct O2PLSComponents {
   O2PLSMatrices model;  ///< empty where no joint component was found
-  std::vector<O2PLSComponentRecord> components;  ///< of each kind the kept ones, then those that were tried in vain
+  std::vector<O2PLSComponentRecord> components;  ///< of each kind the kept ones, then those that were refused
 };
 
-/// Cross-validates the numbers of components, or finds them, and fits the model to all rows. Numbers that are found
-/// are cut, with a note, where the whole blocks have fewer dimensions that are unrelated to the other block, or a round
-/// has fewer at all; given ones are not judged there. `progress`, which may be null, shows
-/// the stages.
-/// Throws Stopped where the bar wants to stop, BadData for numbers that the blocks cannot carry, or where
-/// nothing can be computed.
+/// Cross-validates the numbers of components, or finds them, and fits the model to all rows. Numbers that it finds are
+/// cut, with a note, to the dimensions that the whole blocks have apart from the other block, and to those of each
+/// round; given numbers are not cut. `progress` (may be null) shows the stages.
+/// Throws Stopped on a stop of the progress, BadData for numbers that the blocks cannot carry, or where nothing can be
+/// computed.
 O2PLSComponents ExtractO2PLS(const O2PLSTask& task, Notes* notes, NCProgress* progress = nullptr);
 
-/// The matrices of a model of these numbers, whose unique components may be related to the other block, as in the
-/// rounds of a cross-validation. Nothing where it cannot be computed, or where a component is nothing but roundings.
-/// Throws Stopped.
+/// The matrices of a model of these numbers. Its unique components may be related to the other block, as in the rounds
+/// of a cross-validation. Nothing where it cannot be computed, or where a component is rounding alone. Throws Stopped.
 std::optional<O2PLSMatrices> TryO2PLS(const NCDataMatrix<float>& x, const NCDataMatrix<float>& y,
                                       const O2PLSNumbers& numbers, WorkProgress* progress);
 

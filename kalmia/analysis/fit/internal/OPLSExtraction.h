@@ -15,8 +15,7 @@
 
 namespace kalmia::analysis {
 
-/// What the extraction of OPLS components takes: scaled tables, and when to stop. The rules are on the orthogonal
-/// components.
+/// The input of the extraction of OPLS components: scaled tables, and rules for the orthogonal components.
 struct OPLSTask : FitRules {
   NCDataMatrix<float> x;                  ///< scaled, rows by X columns
   NCDataMatrix<float> y;                  ///< scaled, rows by Y columns
@@ -26,7 +25,7 @@ struct OPLSTask : FitRules {
   const StoredOPLSCv* resumed = nullptr;  ///< of these tables and groups; null: cross-validation starts anew
 };
 
-/// A fitted model with what cross-validation said of its components.
+/// A fitted model with the records of its components.
 struct OPLSComponents {
   OPLSMatrices model;                           ///< the kept components
   NCDataMatrix<float> u;                        ///< Y scores of the predictive components
@@ -37,10 +36,10 @@ struct OPLSComponents {
   std::string endedEarly;  ///< why there are fewer components than asked for; empty if there are not, or if one failed
 };
 
-/// Computes the predictive block, which is always kept, and orthogonal components one by one, and cross-validates each
-/// step. What `resumed` has judged already is taken from there, with the same result. `progress` may be null.
-/// Throws Stopped where the bar wants to stop, BadData where not even the block can be computed or where
-/// that of `resumed` has another size, BadFile where the parts of `resumed` do not fit together.
+/// Computes the predictive block, which is always kept, then orthogonal components one by one, and cross-validates each
+/// step. Steps that `resumed` holds are not judged again; the result is the same. `progress` may be null.
+/// Throws Stopped on a stop of the progress, BadData where the predictive block cannot be computed or that of `resumed`
+/// has another size, BadFile where the parts of `resumed` do not fit together.
 OPLSComponents ExtractOPLS(const OPLSTask& task, NCProgress* progress = nullptr);
 
 }  // namespace kalmia::analysis

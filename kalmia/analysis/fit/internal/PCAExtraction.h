@@ -14,15 +14,15 @@
 
 namespace kalmia::analysis {
 
-/// What the extraction of principal components takes: a scaled table, and when to stop.
+/// The input of the extraction of principal components: a scaled table, and rules when to stop.
 struct PCATask : FitRules {
   NCDataMatrix<float> x;              ///< scaled, rows by columns
   NCIntegralVector<int, -99> groups;  ///< cross-validation group of each row, from 0
   int rounds = 0;                     ///< number of groups, of rows as of columns
-  bool centred = true;                ///< which takes one row away from what the limit of Q2 counts
+  bool centred = true;                ///< whether columns are centred: the limit of Q2 then counts one row less
 };
 
-/// A fitted model with what cross-validation said of its components.
+/// A fitted model with the records of its components.
 struct PCAComponents {
   std::unique_ptr<NCPCA> model;                ///< the kept components; deflated by all of them
   /// The kept ones, the one that failed if that ended the extraction, and any further ones that are only described.
@@ -35,10 +35,9 @@ struct PCAComponents {
   std::string notJudged;  ///< why cross-validation could not judge a component; empty if it could all of them
 };
 
-/// Extracts components one by one and cross-validates each; `progress` may be null. With `stopAtFirstFailure` it
-/// also stops where the rule on what is left of X says so.
-/// Throws Stopped where the bar wants to stop, BadData where components were asked for and not even one can
-/// be computed.
+/// Extracts components one by one and cross-validates each; `progress` may be null. With `stopAtFirstFailure` it also
+/// stops where less than kExhausted of X is left.
+/// Throws Stopped on a stop of the progress, BadData where components were asked for and the first cannot be computed.
 PCAComponents ExtractPCA(const PCATask& task, NCProgress* progress = nullptr);
 
 }  // namespace kalmia::analysis

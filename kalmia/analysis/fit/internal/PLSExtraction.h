@@ -13,7 +13,7 @@
 
 namespace kalmia::analysis {
 
-/// What the extraction of components takes: scaled tables, and when to stop.
+/// The input of the extraction of PLS components: scaled tables, and rules when to stop.
 struct PLSTask : FitRules {
   NCDataMatrix<float> x;              ///< scaled, rows by X columns
   NCDataMatrix<float> y;              ///< scaled, rows by Y columns
@@ -21,14 +21,14 @@ struct PLSTask : FitRules {
   int rounds = 0;
 };
 
-/// A fitted model with what cross-validation said of its components.
+/// A fitted model with the records of its components.
 struct PLSComponents {
   std::unique_ptr<NCPLS> model;             ///< the kept components; deflated by all of them
   /// The kept ones, the one that failed if that ended the extraction, and those that were asked to be described.
   std::vector<ComponentRecord> components;
   int kept = 0;
-  /// y - predicted y for each row left out, of the last kept component; in scaled units, rows by Y columns. Without
-  /// rows where components are not judged or none is kept.
+  /// y - predicted y of each row while it was left out, by the kept components; in scaled units, rows by Y columns.
+  /// Empty where components are not judged or none is kept.
   NCDataMatrix<float> crossValidatedResiduals;
   /// Why there are fewer components than asked for; empty if there are not, or if one failed.
   std::string endedEarly;
@@ -36,8 +36,7 @@ struct PLSComponents {
 
 /// Extracts components one by one and cross-validates each, if they are to be judged. `progress` may be null.
 /// R2 is 1 - SS(residuals) / SS(table), both over the cells that the model describes.
-/// Throws Stopped where the bar wants to stop, BadData where components were asked for and not even one can
-/// be computed.
+/// Throws Stopped on a stop of the progress, BadData where components were asked for and the first cannot be computed.
 PLSComponents ExtractPLS(const PLSTask& task, NCProgress* progress = nullptr);
 
 }  // namespace kalmia::analysis

@@ -4,7 +4,7 @@
 
 namespace kalmia::analysis {
 
-// Throw BadRequest where a recipe makes no sense, whatever the table.
+// Throw BadRequest for a recipe that makes no sense with any table.
 
 void CheckRecipe(const PCARecipe& recipe);
 void CheckRecipe(const PLSRecipe& recipe);

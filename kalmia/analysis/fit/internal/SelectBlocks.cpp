@@ -34,13 +34,14 @@ std::unordered_map<std::string, int> RowsOfIds(const Table& table, int column) {
   for (int row = 0; row < table.Rows(); ++row) {
     const std::string id = table.Cell(row, column);
     if (ReadTableCell(table, id).kind == CellKind::Missing) {
-      Refuse(table, table.RowPlace(row) + " has no id in column " +
-                        Quoted(table.ColumnNames()[static_cast<std::size_t>(column)]));
+      const std::string& name = table.ColumnNames()[static_cast<std::size_t>(column)];
+      Refuse(table, table.RowPlace(row) + " has no id in column " + Quoted(name), InCell(row, name, id));
     }
     const auto [first, isNew] = rows.emplace(id, row);
     if (!isNew) {
       Refuse(table, "the id " + Quoted(id) + " comes twice, in " + table.RowPlace(first->second) + " and " +
-                        table.RowPlace(row));
+                        table.RowPlace(row),
+             InCell(row, table.ColumnNames()[static_cast<std::size_t>(column)], id));
     }
   }
   return rows;
@@ -124,7 +125,8 @@ class Selection {
     }
     if (rows_.x.empty()) {
       throw BadData(xTable_.Name() + " and " + yTable_.Name() + " have no id of column " + Quoted(recipe_.id) +
-                    " in common");
+                    " in common",
+                    InColumn(recipe_.id));
     }
     NoteRows("rows of " + xTable_.Name() + " that " + yTable_.Name() + " lacks", pair_.onlyInX);
     NoteRows("rows of " + yTable_.Name() + " that " + xTable_.Name() + " lacks", pair_.onlyInY);
@@ -249,7 +251,7 @@ class Selection {
         throw BadData(table.Name() + ": " + table.RowPlace(rows[r]) + ", column " + Quoted(block.names[c]) +
                           ": a cell is missing, one of " + std::to_string(missing) +
                           " in both blocks; O2PLS takes complete blocks",
-                      Remedy::FillHoles, {rows[r] + 1, block.names[c]});
+                      Remedy::FillHoles, InCell(rows[r], block.names[c]));
       }
   }
 
@@ -260,14 +262,16 @@ class Selection {
     for (const int row : rows_.x) {
       const std::string label = xTable_.Cell(row, column);
       if (ReadTableCell(xTable_, label).kind == CellKind::Missing) {
-        Refuse(xTable_, xTable_.RowPlace(row) + " has no group in column " + Quoted(recipe_.groupColumn));
+        Refuse(xTable_, xTable_.RowPlace(row) + " has no group in column " + Quoted(recipe_.groupColumn),
+               InCell(row, recipe_.groupColumn, label));
       }
       pair_.groups.push_back(numberOf.emplace(label, static_cast<int>(numberOf.size())).first->second);
       pair_.groupLabels.push_back(label);
     }
     pair_.rounds = static_cast<int>(numberOf.size());
     if (pair_.rounds > 1) return;
-    Refuse(xTable_, "all rows have the same group in column " + Quoted(recipe_.groupColumn));
+    Refuse(xTable_, "all rows have the same group in column " + Quoted(recipe_.groupColumn),
+           InColumn(recipe_.groupColumn));
   }
 
   void MakeGroups() {

@@ -75,9 +75,14 @@ void FillMatrix(const std::vector<SingleColumn>& columns, int rows, NCDataMatrix
 /// Works from the columns of the table to the matrices.
 class Selection {
  public:
-  Selection(const Table& table, const FitRecipe& recipe, const std::vector<std::string>& y, Notes* notes,
-            NCProgress* progress)
-      : table_(table), recipe_(recipe), yArguments_(y), notes_(notes), progress_(progress) {}
+  Selection(const Table& table, const XRecipe& recipe, const std::vector<std::string>& y, Notes* notes)
+      : table_(table), recipe_(recipe), yArguments_(y), notes_(notes) {}
+
+  /// Takes the steps and the groups of a fit; without them X has no steps, and rows have no groups.
+  void TakeFit(const FitRecipe& fit, NCProgress* progress) {
+    fit_ = &fit;
+    progress_ = progress;
+  }
 
   /// A column whose texts are the classes; names of classes that it may hold, none for any.
   void TakeClasses(const std::string& column, const std::vector<std::string>& names) {
@@ -98,7 +103,7 @@ class Selection {
     LeaveOutConstantY();
     RequireVariance();
     FillMatrices();
-    MakeGroups();
+    if (fit_ != nullptr) MakeGroups();
     NoteMovedCells(moved_, notes_);
     return std::move(data_);
   }
@@ -111,11 +116,12 @@ class Selection {
     excluded_ = ColumnsToExclude(table_, recipe_.exclude);
     excluded_.insert(excluded_.end(), yColumns_.begin(), yColumns_.end());
     if (!recipe_.id.empty()) idColumn_ = RequireColumn(table_, recipe_.id);
-    if (!recipe_.groupColumn.empty()) groupColumn_ = RequireColumn(table_, recipe_.groupColumn);
+    if (fit_ != nullptr && !fit_->groupColumn.empty()) groupColumn_ = RequireColumn(table_, fit_->groupColumn);
     for (const int column : {idColumn_, groupColumn_}) {
       if (column < 0) continue;
       if (std::find(yColumns_.begin(), yColumns_.end(), column) != yColumns_.end()) {
-        Refuse(table_, "column " + Quoted(Name(column)) + " cannot be Y and name rows or groups");
+        Refuse(table_, "column " + Quoted(Name(column)) + " cannot be Y and name rows or groups",
+               InColumn(Name(column)));
       }
       excluded_.push_back(column);
     }
@@ -126,8 +132,8 @@ class Selection {
     for (const int column : yColumns_) {
       const ColumnKind kind = KindOfColumn(table_, column);
       const std::string what = "the Y column " + Quoted(Name(column));
-      if (kind == ColumnKind::Texts) Refuse(table_, what + " holds text, not numbers");
-      if (kind == ColumnKind::Empty) Refuse(table_, what + " has no value");
+      if (kind == ColumnKind::Texts) Refuse(table_, what + " holds text, not numbers", InColumn(Name(column)));
+      if (kind == ColumnKind::Empty) Refuse(table_, what + " has no value", InColumn(Name(column)));
       y_.push_back({Name(column), ReadNumbers(table_, column)});
     }
   }
@@ -139,14 +145,16 @@ class Selection {
       if (isKnown || labels[i].empty()) continue;
       Refuse(table_, table_.RowPlace(data_.rows[i]) + " is of the class " + Quoted(labels[i]) + " in column " +
                          Quoted(Name(classColumn_)) + ", which is none of those that the model knows: " +
-                         Listed(classNames_, kColumnsNamed));
+                         Listed(classNames_, kColumnsNamed),
+             InCell(data_.rows[i], Name(classColumn_), labels[i]));
     }
   }
 
   Classes NumberClasses(const std::vector<std::string>& labels) const try {
     return ClassesOf(labels);
   } catch (const BadData& failure) {
-    Refuse(table_, "the values of column " + Quoted(Name(classColumn_)) + " are no classes: " + failure.what());
+    Refuse(table_, "the values of column " + Quoted(Name(classColumn_)) + " are no classes: " + failure.what(),
+           InColumn(Name(classColumn_)));
   }
 
   /// Y is a dummy for each class, whose name it has.
@@ -169,7 +177,7 @@ class Selection {
       const ColumnKind kind = KindOfColumn(table_, column);
       if (kind == ColumnKind::Texts) {
         data_.textColumns.push_back(Name(column));
-      } else if (kind == ColumnKind::Empty && !recipe_.steps) {
+      } else if (kind == ColumnKind::Empty && !HasSteps()) {
         data_.emptyColumns.push_back(Name(column));
       } else {
         x_.push_back({Name(column), ReadNumbers(table_, column)});
@@ -182,10 +190,12 @@ class Selection {
     Refuse(table_, "no column of numbers is left for X" + (named.empty() ? "" : "; " + named));
   }
 
+  bool HasSteps() const { return fit_ != nullptr && fit_->steps; }
+
   void Preprocess() {
-    if (!recipe_.steps) return;
-    PreprocessedX made = PreprocessX(table_, idColumn_, *recipe_.steps, x_, data_.textColumns, notes_, progress_);
-    if (recipe_.judgeComponents && !recipe_.steps->chain) NoteLearntOfAllRows(made.chain, notes_);
+    if (!HasSteps()) return;
+    PreprocessedX made = PreprocessX(table_, idColumn_, *fit_->steps, x_, data_.textColumns, notes_, progress_);
+    if (fit_->judgeComponents && !fit_->steps->chain) NoteLearntOfAllRows(made.chain, notes_);
     data_.chain = std::move(made.chain);
     data_.emptyColumns = std::move(made.emptyColumns);
     x_ = std::move(made.columns);
@@ -300,9 +310,9 @@ class Selection {
     const std::string where = data_.leftOutRows.empty() ? "" : " in the rows that have X cells";
     for (std::size_t j = 0; j < y_.size(); ++j) {
       const NumberColumn& column = y_[j];
-      if (column.Present() == 0) Refuse(table_, "the Y column " + Quoted(column.name) + " has no value" + where);
-      if (IsConstant(singleY_[j].cells))
-        Refuse(table_, "the Y column " + Quoted(column.name) + " has no variance" + where);
+      const std::string what = "the Y column " + Quoted(column.name) + " has no ";
+      if (column.Present() == 0) Refuse(table_, what + "value" + where, InColumn(column.name));
+      if (IsConstant(singleY_[j].cells)) Refuse(table_, what + "variance" + where, InColumn(column.name));
     }
   }
 
@@ -319,12 +329,12 @@ class Selection {
       NumberGroups();
       return;
     }
-    data_.rounds = std::min(recipe_.groups, rows);
-    if (recipe_.judgeComponents && data_.rounds < recipe_.groups) {
-      notes_->Add(std::to_string(recipe_.groups) + " groups are cut to " + std::to_string(rows) +
+    data_.rounds = std::min(fit_->groups, rows);
+    if (fit_->judgeComponents && data_.rounds < fit_->groups) {
+      notes_->Add(std::to_string(fit_->groups) + " groups are cut to " + std::to_string(rows) +
                   ", the number of rows");
     }
-    if (recipe_.judgeComponents) NoteReplicates(data_.rowNames, notes_);
+    if (fit_->judgeComponents) NoteReplicates(data_.rowNames, notes_);
     data_.groups = GetDeafultCVGroupsVector(rows, data_.rounds);
   }
 
@@ -334,22 +344,25 @@ class Selection {
     for (const int row : data_.rows) {
       const std::string group = table_.Cell(row, groupColumn_);
       if (ReadTableCell(table_, group).kind == CellKind::Missing) {
-        Refuse(table_, table_.RowPlace(row) + " has no group in column " + Quoted(Name(groupColumn_)));
+        Refuse(table_, table_.RowPlace(row) + " has no group in column " + Quoted(Name(groupColumn_)),
+               InCell(row, Name(groupColumn_), group));
       }
       data_.groups.push_back(numberOf.emplace(group, static_cast<int>(numberOf.size())).first->second);
     }
     data_.rounds = static_cast<int>(numberOf.size());
     if (data_.rounds < 2) {
       Refuse(table_, "all rows have the same group in column " + Quoted(Name(groupColumn_)) +
-                         ": cross-validation takes two groups or more");
+                         ": cross-validation takes two groups or more",
+             InColumn(Name(groupColumn_)));
     }
   }
 
   const Table& table_;
-  const FitRecipe& recipe_;
+  const XRecipe& recipe_;
+  const FitRecipe* fit_ = nullptr;
   const std::vector<std::string>& yArguments_;
   Notes* notes_;
-  NCProgress* progress_;
+  NCProgress* progress_ = nullptr;
   ModelData data_;
   std::vector<int> yColumns_;
   std::vector<int> excluded_;  ///< columns that X never takes
@@ -373,7 +386,7 @@ std::string ClassColumn(const Table& table, const YRecipe& recipe) {
     const std::string& name = table.ColumnNames()[static_cast<std::size_t>(column)];
     if (columns.size() == 1) return name;
     throw BadRequest("the Y column " + Quoted(name) + " holds texts: classes are modelled alone, without other columns",
-                     InSetting("y"));
+                     FailurePlace{{}, name, {}, "y"});
   }
   return "";
 }
@@ -382,11 +395,18 @@ std::string ClassColumn(const Table& table, const YRecipe& recipe) {
 
 ModelData SelectData(const Table& table, const FitRecipe& recipe, const std::vector<std::string>& y,
                      Notes* notes, NCProgress* progress) {
-  return Selection(table, recipe, y, notes, progress).Select();
+  Selection selection(table, recipe, y, notes);
+  selection.TakeFit(recipe, progress);
+  return selection.Select();
+}
+
+ModelData SelectXAndY(const Table& table, const XRecipe& recipe, const std::vector<std::string>& y, Notes* notes) {
+  return Selection(table, recipe, y, notes).Select();
 }
 
 ModelData SelectData(const Table& table, const YRecipe& recipe, Notes* notes, NCProgress* progress) {
-  Selection selection(table, recipe, recipe.y, notes, progress);
+  Selection selection(table, recipe, recipe.y, notes);
+  selection.TakeFit(recipe, progress);
   const std::string classes = ClassColumn(table, recipe);
   if (!classes.empty()) {
     selection.TakeClasses(classes, recipe.classNames);

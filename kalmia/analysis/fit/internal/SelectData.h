@@ -21,9 +21,12 @@ namespace kalmia::analysis {
 ModelData SelectData(const Table& table, const FitRecipe& recipe, const std::vector<std::string>& y, Notes* notes,
                      NCProgress* progress);
 
-/// The same of a model of Y or of classes, whose dummies are called by them. Throws BadRequest for a column of texts
-/// beside other columns of Y, and for priors other than equal ones of a Y of numbers; BadData as ClassesOf does, and
-/// for a class that the recipe does not allow.
+/// The same for a filter, which has neither steps nor groups.
+ModelData SelectXAndY(const Table& table, const XRecipe& recipe, const std::vector<std::string>& y, Notes* notes);
+
+/// The same for a model of Y or of classes; dummies have the names of their classes. Throws BadRequest for a column of
+/// texts beside other columns of Y, and for priors other than equal ones of a Y of numbers; BadData as ClassesOf does,
+/// and for a class that the recipe does not allow.
 ModelData SelectData(const Table& table, const YRecipe& recipe, Notes* notes, NCProgress* progress);
 
 /// How many columns Y has: those of SelectData, or a dummy for each class. Throws as SelectData does. Cost: of several

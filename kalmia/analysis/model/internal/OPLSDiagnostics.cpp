@@ -4,23 +4,12 @@
 #include <limits>
 #include <utility>
 
+#include "kalmia/analysis/model/internal/PresentCells.h"
 #include "kalmia/analysis/model/internal/ScoreFunctions.h"
 #include "kalmia/analysis/steps/Scaling.h"
 #include "kalmia/containers/Missing.h"
 
 namespace kalmia::analysis {
-
-namespace {
-
-double Present(float cell) { return cell == static_cast<float>(kMissing) ? 0.0 : cell; }
-
-}  // namespace
-
-double SumOfPresentSquares(const NCDataVector<float>& v) {
-  double sum = 0.0;
-  for (int i = 1; i <= v.Size(); ++i) sum += Present(v[i]) * Present(v[i]);
-  return sum;
-}
 
 std::vector<double> Importance(const NCDataMatrix<float>& vectors, const std::vector<double>& weights) {
   std::vector<double> vip(static_cast<std::size_t>(vectors.SizeColumns()), 0.0);

@@ -7,10 +7,10 @@
 
 namespace kalmia::analysis {
 
-// What is computed from a fitted OPLS model of A predictive and O orthogonal components, N rows, K columns in X.
+// Diagnostics of an OPLS model of A predictive and O orthogonal components, N rows and K columns of X.
 
-/// Coefficients in the units of the file, of the whole prediction: predictive part and what the orthogonal components
-/// take off Y. They hold of rows without missing cells.
+/// Coefficients of the whole prediction in the units of the file: the predictive part less the share of the orthogonal
+/// components. They hold for rows without missing cells.
 Coefficients CoefficientsInOriginalUnits(const StoredOPLS& model);
 
 /// Variable importance of each X column, K cells, of the predictive components: as for PLS, with
@@ -20,19 +20,16 @@ Coefficients CoefficientsInOriginalUnits(const StoredOPLS& model);
 std::vector<double> PredictiveImportance(const StoredOPLS& model);
 std::vector<double> OrthogonalImportance(const StoredOPLS& model);
 
-/// The root of K times the share of each column in the squares of the rows of `vectors`, each weighted by its number.
+/// For each column sqrt(K share), its share in the squares of the rows of `vectors`, each row with its weight.
 std::vector<double> Importance(const NCDataMatrix<float>& vectors, const std::vector<double>& weights);
-/// Of a vector of scores, weights or loadings, missing cells as 0.
-double SumOfPresentSquares(const NCDataVector<float>& v);
 
-/// Of a column with the scores of one component: covariance (divisor n - 1) and correlation over the rows present in
-/// both.
+/// How a column goes with the scores of one component, over the rows present in both; the covariance has divisor n - 1.
 struct ColumnWithScores {
   double covariance = 0.0;
   double correlation = 0.0;
 };
 
-/// Of column k (from 1) of the scaled X.
+/// The same for column k (from 1) of the scaled X.
 ColumnWithScores RelateColumn(const NCDataMatrix<float>& x, int k, const NCDataVector<float>& scores);
 
 }  // namespace kalmia::analysis

@@ -5,19 +5,17 @@
 #include <iterator>
 #include <utility>
 
+#include "kalmia/analysis/model/internal/PresentCells.h"
 #include "kalmia/containers/Missing.h"
 
 namespace kalmia::analysis {
 
 namespace {
 
-double Present(float cell) { return cell == kMissingCell<float> ? 0.0 : cell; }
-
 /// The score that a row has along w.
 LinearFunction ScoreAlong(const NCDataVector<float>& w) {
   LinearFunction score;
-  double ss = 0.0;
-  for (int k = 1; k <= w.Size(); ++k) ss += Present(w[k]) * Present(w[k]);
+  const double ss = SumOfPresentSquares(w);
   for (int k = 1; k <= w.Size(); ++k) score.push_back(ss > 0.0 ? Present(w[k]) / ss : 0.0);
   return score;
 }

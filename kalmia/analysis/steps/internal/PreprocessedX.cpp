@@ -25,7 +25,8 @@ std::vector<NumberColumn> Inputs(const Table& table, const GivenSteps& given, co
     if (place == placeOf.end()) {
       const bool isText = std::find(textColumns.begin(), textColumns.end(), name) != textColumns.end();
       Refuse(table, "the steps of " + given.name + " take column " + Quoted(name) + ", which " +
-                        (isText ? "holds text, not numbers" : "is not in X"));
+                        (isText ? "holds text, not numbers" : "is not in X"),
+             InColumn(name));
     }
     taken.push_back(x[place->second]);
     placeOf.erase(place);

@@ -18,16 +18,15 @@ struct NumberColumn {
   std::size_t Present() const;
 };
 
-/// What steps have made of the columns of X.
+/// The columns of X after the steps.
 struct PreprocessedX {
   StepChain chain;
   std::vector<NumberColumn> columns;      ///< those with a cell, at least one
   std::vector<std::string> emptyColumns;  ///< names of the others
 };
 
-/// Applies a saved chain to the columns of the table that it takes, noting others, or lets steps learn of all. Rows are
-/// named by the column `idColumn`, -1 for none; `textColumns` are those of X that hold no numbers. `progress` may
-/// be null.
+/// Applies a saved chain to its columns and notes the others, or lets new steps learn of all columns of X. The column
+/// `idColumn` names the rows, -1 for none; `textColumns` are columns of X that hold no numbers. `progress` may be null.
 /// Throws BadData: a column of the chain that is not there; what LearnChain throws; no cell left.
 PreprocessedX PreprocessX(const Table& table, int idColumn, const GivenSteps& given,
                           const std::vector<NumberColumn>& x, const std::vector<std::string>& textColumns,

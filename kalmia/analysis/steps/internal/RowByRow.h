@@ -9,8 +9,8 @@
 
 namespace kalmia::analysis {
 
-/// A table of so many columns, made row by row: `work` gives the cells of the new row for a row number, from 0, and the
-/// cells of the row. A row without a cell is not worked on, and comes out without one.
+/// Makes a table of `columns` columns row by row: work(row number from 0, cells of the row) returns the cells of the
+/// new row. A row without a cell stays without one, and `work` does not see it.
 template <class Work>
 CellRows RowByRow(const CellRows& cells, int columns, WorkProgress* progress, const Work& work) {
   CellRows result(cells.Rows(), columns);

@@ -1,5 +1,6 @@
 #include "kalmia/analysis/steps/internal/StepExecution.h"
 
+#include <algorithm>
 #include <cmath>
 #include <limits>
 #include <utility>
@@ -8,6 +9,7 @@
 #include "kalmia/analysis/steps/internal/RowByRow.h"
 #include "kalmia/analysis/steps/internal/WaveletSteps.h"
 #include "kalmia/analysis/steps/internal/WindowStep.h"
+#include "kalmia/analysis/table/internal/Refuse.h"
 #include "kalmia/analysis/text/DisplayText.h"
 #include "kalmia/analysis/text/Failure.h"
 #include "kalmia/analysis/text/Numbers.h"
@@ -28,8 +30,21 @@ std::string CellPlace(const Signals& signals, int row, int column) {
          Quoted(signals.names[static_cast<std::size_t>(column)]);
 }
 
-[[noreturn]] void Refuse(const Signals& signals, const std::string& place, const std::string& message) {
-  throw BadData(signals.table + ": " + place + ": " + message);
+[[noreturn]] void Refuse(const Signals& signals, const std::string& place, const std::string& message,
+                         FailurePlace failurePlace = {}) {
+  throw BadData(signals.table + ": " + place + ": " + message, std::move(failurePlace));
+}
+
+/// Row of the table, from 0.
+int RowOfTable(const Signals& signals, int row) {
+  return signals.rows.empty() ? row : signals.rows[static_cast<std::size_t>(row)];
+}
+
+/// Refuses the cell of row and column from 0, whose text is that of the table only before the first step.
+[[noreturn]] void RefuseCell(const Signals& signals, const std::string& place, int row, int column,
+                             const std::string& what) {
+  Refuse(signals, place, CellPlace(signals, row, column) + what,
+         InCell(RowOfTable(signals, row), signals.names[static_cast<std::size_t>(column)]));
 }
 
 /// To 44 of its 53 binary digits: logarithms, exponentials and powers differ in their last ones from processor to
@@ -69,8 +84,7 @@ CellRows Transformed(const Step& step, const std::string& place, const Signals& 
       double& cell = cells[static_cast<std::size_t>(c)];
       cell = Calculated(step, row[c]);
       if (std::isnan(cell)) {
-        Refuse(signals, place,
-               CellPlace(signals, r, c) + " is " + Shortest(row[c]) + ", of which the step makes no number");
+        RefuseCell(signals, place, r, c, " is " + Shortest(row[c]) + ", of which the step makes no number");
       }
     }
     return cells;
@@ -131,23 +145,34 @@ bool AreEqual(const double* row, int columns) {
   return true;
 }
 
+/// A row of cells so small that their squares underflow, times a power of two, which the standardised row does not see;
+/// any other row as it is.
+Cells WithoutUnderflow(const double* row, int columns) {
+  constexpr double kSmall = 0x1p-400, kFactor = 0x1p600;
+  Cells cells(row, row + columns);
+  const bool isSmall = std::none_of(cells.begin(), cells.end(), [](double cell) { return std::fabs(cell) > kSmall; });
+  for (double& cell : cells) cell *= isSmall ? kFactor : 1.0;
+  return cells;
+}
+
 /// (x - mean) / s with s^2 = sum (x - mean)^2 / (n - 1).
 CellRows Standardised(const std::string& place, const Signals& signals, WorkProgress* progress) {
   const int columns = signals.cells.Columns();
   return RowByRow(signals.cells, columns, progress, [&](int r, const double* row) {
     if (AreEqual(row, columns)) {
-      Refuse(signals, place, signals.rowPlaces[static_cast<std::size_t>(r)] + " has no variance");
+      Refuse(signals, place, signals.rowPlaces[static_cast<std::size_t>(r)] + " has no variance",
+             InRow(RowOfTable(signals, r)));
     }
-    const double mean = TrendOf(row, columns, /*withSlope=*/false).mean;
+    Cells cells = WithoutUnderflow(row, columns);
+    const double mean = TrendOf(cells.data(), columns, /*withSlope=*/false).mean;
     double squares = 0.0;
     double n = 0.0;
-    for (int c = 0; c < columns; ++c) {
-      if (std::isnan(row[c])) continue;
-      squares += (row[c] - mean) * (row[c] - mean);
+    for (const double cell : cells) {
+      if (std::isnan(cell)) continue;
+      squares += (cell - mean) * (cell - mean);
       n += 1.0;
     }
     const double deviation = std::sqrt(squares / (n - 1.0));
-    Cells cells(row, row + columns);
     for (double& cell : cells) cell = (cell - mean) / deviation;
     return cells;
   });
@@ -166,7 +191,7 @@ void RequireFinite(const std::string& place, const Signals& signals) {
     const double* const row = signals.cells.Row(r);
     for (int c = 0; c < signals.cells.Columns(); ++c) {
       if (!(std::fabs(row[c]) > kLargestFloat)) continue;
-      Refuse(signals, place, CellPlace(signals, r, c) + " becomes no finite number");
+      RefuseCell(signals, place, r, c, " becomes no finite number");
     }
   }
 }

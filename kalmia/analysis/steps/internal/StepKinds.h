@@ -8,7 +8,7 @@
 
 namespace kalmia::analysis {
 
-// What steps there are, and how their parameters are written.
+// The list of steps, and how their parameters are written.
 
 /// How the word of a parameter is read.
 enum class Reading { Real, Whole, OddWhole, Mode, Family, WaveletOrder };
@@ -28,32 +28,32 @@ struct Kind {
   std::vector<Parameter> parameters;
 };
 
-/// All of them, in the order of their numbers.
+/// All kinds of steps, in the order of their numbers.
 const std::vector<Kind>& Kinds();
-/// The one of that name or number; null if there is none.
+/// The kind of that name or number; null without one.
 const Kind* FindKind(const std::string& name);
 const Kind* FindKind(StepKind number);
 
 /// "smooth:WINDOW[:POLYNOMIAL]", defaults in square brackets.
 std::string Form(const Kind& kind);
 
-// Of a parameter; `before` are the values of those before it: a filter is one of its family.
+// Below, `before` are the values of the parameters before this one: a filter depends on its family.
 
-/// What the word stands for, if it is one that the parameter takes; and the word for a value.
+/// The value of a word, nothing if the parameter does not take it; and the word for a value.
 std::optional<double> ValueOf(const Parameter& parameter, const std::string& word, bool isDefault,
                               const std::vector<double>& before);
 std::string WordOf(const Parameter& parameter, double value, const std::vector<double>& before);
-/// Whether a word stands for the value.
+/// Whether some word gives the value.
 bool IsValueOf(const Parameter& parameter, double value, const std::vector<double>& before);
 
-/// "an odd number from 3 to 100001": what it takes.
+/// The range of a parameter: "an odd number from 3 to 100001".
 std::string RangeText(const Parameter& parameter, const std::vector<double>& before);
 /// "window: an odd number from 3 to 100001 (11)", its default in brackets; empty for a filter.
 std::string RangeHelp(const Parameter& parameter);
 /// The families with the names of their filters, each on a line.
 std::string FamiliesHelp();
 
-/// Why the parameters, each good for itself, do not go together; empty if they do.
+/// Why parameters that are each in range do not go together; empty if they do.
 std::string Disagreement(const Step& step);
 
 }  // namespace kalmia::analysis

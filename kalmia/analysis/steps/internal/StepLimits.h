@@ -6,11 +6,11 @@
 
 namespace kalmia::analysis {
 
-/// What the step asks of the table, and of its parameters beyond their ranges, as a help text: "takes rows in which two
-/// cells differ". Empty if it takes whatever comes.
+/// The help text on the tables that the step takes, and on limits of its parameters beyond their ranges: "takes rows in
+/// which two cells differ". Empty if it takes any table.
 std::string StepLimits(StepKind kind);
 
-/// What all steps ask of numbers, and do with missing cells: lines of a help text.
+/// The help text on numbers and missing cells, for all steps.
 std::string CommonStepLimits();
 
 }  // namespace kalmia::analysis

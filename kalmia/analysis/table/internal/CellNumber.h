@@ -6,7 +6,7 @@
 
 namespace kalmia::analysis {
 
-/// What a cell of a table turns out to be.
+/// The kinds of cells of a table.
 enum class CellKind {
   Missing,  ///< empty, NA, NaN, nan, or one of the words that the user calls missing
   Number,
@@ -15,14 +15,14 @@ enum class CellKind {
   Word
 };
 
-/// Whether the text is a number, if maybe one that no float can hold.
+/// Whether the text is a number, perhaps one too large for a float.
 inline bool IsNumber(CellKind kind) { return kind == CellKind::Number || kind == CellKind::TooLarge; }
 
 /// A number whose rounding to float is the float nearest to the text.
 struct CellValue {
   CellKind kind = CellKind::Missing;
-  /// Of a Number: the nearest double; but where that lies halfway between two floats, the text does not, and rounding
-  /// to float would go the wrong way, the next double on the text's side.
+  /// Of a Number: the nearest double. Where that lies halfway between two floats, and would round to the float further
+  /// from the text: the next double on the text's side.
   double value = 0.0;
 };
 
@@ -34,7 +34,7 @@ struct CellFormat {
 
 /// Reads a cell as a number: digits with an optional sign, decimal mark and exponent, nothing else (no grouping of
 /// digits, no hexadecimals). The mark is a point, or with `decimalComma` a comma and nothing but a comma. Blanks around
-/// the cell are passed over. The locale has no say. Throws nothing but std::bad_alloc.
+/// the cell are ignored, and so is the locale. Throws nothing but std::bad_alloc.
 CellValue ReadCell(std::string_view text, const CellFormat& format);
 CellValue ReadCell(std::string_view text, bool decimalComma, const std::vector<std::string>& missingWords);
 /// The same without further words for missing cells.

@@ -12,10 +12,10 @@ namespace kalmia::analysis {
 /// by a line of the text.
 bool IsDetected(char separator);
 
-/// How the records of a table are told apart. A byte order mark and the lines to be skipped are left out. Where the
-/// next line that is neither blank nor a comment is "sep=;", it names the separator, and is left out too (in any case,
-/// quoted or not, with further separators behind it); tab may stand there, and any punctuation but quotation marks and
-/// . + - _.
+/// Finds how the records of a table are divided. A byte order mark and the lines to be skipped are left out. Where the
+/// next line that is neither blank nor a comment is "sep=;", it names the separator and is left out too (capitals,
+/// quotes and further separators after it do not matter). The separator may be a tab, and any punctuation except
+/// quotation marks and . + - _.
 /// Otherwise the separator is the first of tab, semicolon and comma that divides the header and the first row into the
 /// same number of fields, else the one that divides the header most.
 /// Throws BadData where there is no header, where the separator that is named begins comments, and where the

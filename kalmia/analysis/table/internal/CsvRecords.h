@@ -8,7 +8,7 @@
 
 namespace kalmia::analysis {
 
-/// How the records of a CSV text are to be told apart.
+/// How a CSV text is divided into records.
 struct CsvFormat {
   CsvFormat(char separatorOfFields = ',') : separator(separatorOfFields) {}  // a separator alone is a format
 
@@ -16,8 +16,8 @@ struct CsvFormat {
   bool IsBlank(char byte) const { return byte == ' ' || (byte == '\t' && separator != '\t'); }
 
   char separator;
-  char comment = '\0';    ///< lines that begin with it, behind blanks or not, are passed over; zero: there are none
-  std::size_t begin = 0;  ///< bytes in front of the first line that counts
+  char comment = '\0';    ///< lines that begin with it, or with blanks and it, are skipped; zero: no comments
+  std::size_t begin = 0;  ///< bytes before the first line that counts
   std::size_t firstLine = 1;      ///< number of that line
 };
 
@@ -25,7 +25,7 @@ struct CsvFormat {
 struct FieldPlace {
   std::size_t begin = 0;  ///< of the content, without blanks and quotation marks around it
   std::size_t end = 0;
-  std::size_t next = 0;     ///< place of the separator or line end behind the field, or the size of the text
+  std::size_t next = 0;     ///< place of the separator or line end after the field, or the size of the text
   bool hasDoubled = false;  ///< the content holds "" for each of its quotation marks
 };
 
@@ -38,7 +38,7 @@ bool FindField(std::string_view text, std::size_t at, const CsvFormat& format, F
 std::string ContentOf(std::string_view text, const FieldPlace& field);
 
 inline bool IsLineEnd(char byte) { return byte == '\n' || byte == '\r'; }
-/// The place behind the line end at `at`: LF, CRLF or CR.
+/// The place after the line end at `at`: LF, CRLF or CR.
 std::size_t BehindLineEnd(std::string_view text, std::size_t at);
 /// Where the line from `at` on ends: the place of its line end, or the size of the text.
 std::size_t EndOfLine(std::string_view text, std::size_t at);
@@ -49,15 +49,14 @@ struct CsvPlace {
   std::size_t line = 1;
 };
 
-/// Passes over blank lines and comments. False at the end of the text; otherwise a record begins in this line, maybe
-/// behind blanks.
+/// Skips blank lines and comments. False at the end of the text; otherwise a record begins in this line, perhaps after
+/// blanks.
 bool FindRecord(std::string_view text, const CsvFormat& format, CsvPlace* place);
-/// Passes over the record that begins here, with its line end. False if its quotation marks do not pair up: the place
-/// stays. `fields` is given the fields.
-bool PassRecord(std::string_view text, const CsvFormat& format, CsvPlace* place,
-                              std::vector<FieldPlace>* fields);
+/// Reads the fields of the record that begins here, and moves on to the next line. False, without moving, if its
+/// quotation marks do not pair up.
+bool PassRecord(std::string_view text, const CsvFormat& format, CsvPlace* place, std::vector<FieldPlace>* fields);
 
-/// What is wrong with the record that begins in this line and that PassRecord does not take.
+/// The message about a record that PassRecord refuses, which begins in this line.
 std::string UnpairedMarks(std::size_t line);
 
 /// One record of a CSV text: its fields without quotes, and the line of the text on which it begins.

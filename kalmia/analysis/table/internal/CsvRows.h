@@ -21,7 +21,7 @@ class CsvRows {
  private:
   friend class CsvRowMerger;
 
-  /// From this row on the line is the number of the row and so many more, until the next lead.
+  /// From this row on to the next lead, the line of a row is its number plus `lines`.
   struct Lead {
     std::size_t row;
     std::size_t lines;
@@ -30,13 +30,13 @@ class CsvRows {
   std::vector<Lead> leads_;
 };
 
-/// Finds the rows of a text from a line end at `end.at` on, that of line `end.line`, without dividing them into fields:
-/// a row begins with each line behind a line end outside quotation marks that is neither blank nor a comment. Whether a
-/// place lies inside quotation marks is the parity of the marks before it, so the text is searched in parts of so many
-/// bytes (below 2^32), on all threads, and the rows do not depend on the parts. (Comments may hold single marks: with
-/// comments the parts are searched one behind the other.) From a row on whose marks do not pair up, rows are not where
-/// a reader would see them. Needs 8 bytes for each row, half as many again while it searches.
-CsvRows FindRows(std::string_view text, const CsvFormat& format, const CsvPlace& end,
-                               std::size_t bytesInPart, const Proceed& proceed);
+/// Finds the rows of a text from the line end at `end.at` on, which ends line `end.line`, without dividing them into
+/// fields. A row begins after each line end outside quotation marks, unless the next line is blank or a comment. The
+/// parity of the marks before a place tells whether it lies inside quotation marks; so all threads search the text in
+/// parts of `bytesInPart` bytes (below 2^32), and the rows do not depend on the parts. Comments may hold single marks:
+/// with comments the parts are searched one after the other. After a row whose marks do not pair up the rows are
+/// meaningless. Needs 8 bytes for each row, half as many again while it searches.
+CsvRows FindRows(std::string_view text, const CsvFormat& format, const CsvPlace& end, std::size_t bytesInPart,
+                 const Proceed& proceed);
 
 }  // namespace kalmia::analysis

@@ -7,11 +7,11 @@
 
 namespace kalmia::analysis {
 
-/// A CSV text under construction, line by line, in full precision; an empty field for what is missing or no finite
-/// number.
+/// Builds a CSV text line by line, in full precision. Missing cells and numbers that are not finite become empty
+/// fields.
 class CsvText {
  public:
-  /// `comment` is what begins comments where the text may be read; zero if nothing does.
+  /// `comment` begins comments for readers of the text, so that fields with it are quoted; zero without comments.
   explicit CsvText(const CsvMarks& marks = {}, char comment = '\0')
       : format_(marks.separator), decimal_(marks.decimal) {
     format_.comment = comment;

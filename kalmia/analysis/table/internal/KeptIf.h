@@ -7,8 +7,8 @@
 
 namespace kalmia::analysis {
 
-/// The number, or 0 unless it is to be kept; without a branch. No processor foresees where the missing cells of a table
-/// lie, and a wrong guess costs more than several sums.
+/// `keep` ? number : 0, without a branch: processors cannot predict where a table has holes, and a wrong guess costs
+/// more than several sums.
 inline double KeptIf(bool keep, double number) {
   std::uint64_t bits;
   std::memcpy(&bits, &number, sizeof(bits));
@@ -17,7 +17,7 @@ inline double KeptIf(bool keep, double number) {
   return number;
 }
 
-/// The cell, or 0 where it is missing, likewise.
+/// The cell, or 0 where it is missing, also without a branch.
 inline float CellOrZero(float cell) {
   std::uint32_t bits, hole;
   std::memcpy(&bits, &cell, sizeof(bits));

@@ -3,16 +3,16 @@
 #include <vector>
 
 #include "kalmia/analysis/table/TableColumns.h"
+#include "kalmia/analysis/table/internal/Refuse.h"
 #include "kalmia/analysis/table/internal/SingleCells.h"
 #include "kalmia/analysis/text/DisplayText.h"
-#include "kalmia/analysis/text/Failure.h"
 
 namespace kalmia::analysis {
 
 NCDataVector<float> ReadMeasurements(const Table& table, const std::string& column, Notes* notes) {
   const int place = RequireColumn(table, column);
   const auto refuse = [&](const std::string& what) {
-    throw BadData(table.Name() + ": the column " + Quoted(column) + " " + what);
+    Refuse(table, "the column " + Quoted(column) + " " + what, InColumn(column));
   };
   const ColumnKind kind = KindOfColumn(table, place);
   if (kind == ColumnKind::Texts) refuse("holds text, not numbers");

@@ -8,9 +8,9 @@
 
 namespace kalmia::analysis {
 
-/// The measurements in the column of that name, in the order of the rows, missing ones as -99. Notes what was moved
-/// off -99, and where single precision keeps few digits of what varies.
-/// Throws BadData: no such column, a column of text, a cell that is no finite number, not one measurement.
+/// The measurements in the column of that name, in the order of the rows; missing ones are -99. Notes how many cells of
+/// -99 were moved, and a column of which single precision keeps few digits.
+/// Throws BadData: no such column, a column of text, a cell that is no finite number, a column without measurements.
 NCDataVector<float> ReadMeasurements(const Table& table, const std::string& column, Notes* notes);
 
 }  // namespace kalmia::analysis

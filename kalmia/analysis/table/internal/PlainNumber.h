@@ -41,8 +41,8 @@ inline int DigitsAmong(std::uint64_t bytes) {
   return others == 0 ? 8 : __builtin_ctzll(others) / 8;
 }
 
-/// The number that the first `count` of eight bytes are the digits of; count >= 1. Neighbours are joined in pairs,
-/// fours and all eight; zeros come in front where there are fewer.
+/// The whole number that the first `count` of eight bytes spell, 1 <= count <= 8. Zeros fill up the front; then digits
+/// are joined to pairs, pairs to fours, fours to eight.
 inline std::uint64_t NumberOf(std::uint64_t bytes, int count) {
   bytes <<= 64 - 8 * count;
   bytes = ((bytes & 0x0F0F0F0F0F0F0F0FU) * 2561) >> 8U;
@@ -50,8 +50,9 @@ inline std::uint64_t NumberOf(std::uint64_t bytes, int count) {
   return ((bytes & 0x0000FFFF0000FFFFU) * 42949672960001U) >> 32U;
 }
 
-/// Reads digits as far as they go and appends them to a whole number, which wraps around behind 19 of them. The place
-/// behind them. Eight bytes at a time, as nobody foresees where digits end; the last bytes of a text are left.
+/// Appends the digits from `at` on to a whole number, which wraps around after 19 digits, and returns the place after
+/// them. Takes eight bytes at a time, which avoids a wrong guess of where digits end; leaves the last bytes of the
+/// text.
 inline const char* TakeManyDigits(const char* at, const char* end, std::uint64_t* number) {
   while (end - at >= 8) {
     std::uint64_t bytes = 0;
@@ -83,7 +84,7 @@ inline const char* TakeDigits(const char* at, const char* end, std::uint64_t* nu
   return at;
 }
 
-/// Reads an exponent, if one follows, and adds it. The place behind it; null if its digits are missing or too many.
+/// Adds the exponent, if one follows, and returns the place after it; null if its digits are missing or too many.
 inline const char* TakeExponent(const char* at, const char* end, int* exponent) {
   if (at == end || (*at != 'e' && *at != 'E')) return at;
   ++at;
@@ -104,7 +105,7 @@ inline PlainNumber TakePlainNumber(const char* begin, const char* end, char mark
   constexpr std::uint64_t kExactIntegers = std::uint64_t{1} << 53U;
   constexpr std::array<double, 2> kSigns = {1.0, -1.0};
   if (begin == end) return {};
-  // Signs come at random: they are counted and multiplied in, as no processor foresees a branch on them.
+  // Signs are multiplied in: they come at random, so that a branch on them would often be guessed wrong.
   const int negative = static_cast<int>(*begin == '-');
   const char* const first = begin + (negative | static_cast<int>(*begin == '+'));
   std::uint64_t digits = 0;

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
+#include <optional>
 
 #include "kalmia/analysis/table/ColumnMoments.h"
 #include "kalmia/analysis/table/internal/KeptIf.h"
@@ -45,20 +46,24 @@ bool LiesNearZero(const std::vector<double>& cells) {
   return n > 1.0 && std::fabs(sum / n) < LargestRatio(n) * (max - min);
 }
 
-}  // namespace
-
-bool LosesDigits(const std::vector<double>& cells) {
-  if (LiesNearZero(cells)) return false;
+/// The mean of cells that lose digits, and nothing of others.
+std::optional<double> LosingMean(const std::vector<double>& cells) {
+  if (LiesNearZero(cells)) return std::nullopt;
   const ColumnMoments moments = MomentsOf(cells);
-  if (moments.min == moments.max) return false;  // whatever the sums make of them
+  if (moments.min == moments.max) return std::nullopt;  // whatever the sums make of them
   const double mean = std::fabs(moments.mean);
   const double deviation = moments.standardDeviation;  // NaN, and no answer but "no", of fewer than two cells
-  return mean > kMostDeviations * deviation && deviation > kRoundingNoise * mean;
+  const bool loses = mean > kMostDeviations * deviation && deviation > kRoundingNoise * mean;
+  return loses ? std::optional<double>(moments.mean) : std::nullopt;
 }
+
+}  // namespace
 
 double LargestRatioWithoutShift(int cells) { return LargestRatio(std::max(2, cells)); }
 
-double ShiftOf(const std::vector<double>& cells) { return LosesDigits(cells) ? MomentsOf(cells).mean : 0.0; }
+bool LosesDigits(const std::vector<double>& cells) { return LosingMean(cells).has_value(); }
+
+double ShiftOf(const std::vector<double>& cells) { return LosingMean(cells).value_or(0.0); }
 
 void ClearZeros(std::vector<double>* shifts) {
   if (std::all_of(shifts->begin(), shifts->end(), [](double shift) { return shift == 0.0; })) shifts->clear();

@@ -11,13 +11,13 @@ constexpr double kStandardDeviations = 3.0;
 
 }  // namespace
 
-double TellableSkewness(const std::vector<double>& cells, double mean, double standardDeviation, double g) {
-  double n = 0.0;
-  for (const double cell : cells) n += std::isnan(cell) ? 0.0 : 1.0;
+double TellableSkewness(const double* cells, std::size_t count, const ColumnMoments& moments) {
+  const double n = moments.n, g = moments.skewness, standardDeviation = moments.standardDeviation;
   double squares = 0.0;
-  for (const double cell : cells) {
+  for (const double* at = cells; at != cells + count; ++at) {
+    const double cell = *at;
     if (std::isnan(cell)) continue;
-    const double z = (cell - mean) / standardDeviation;
+    const double z = (cell - moments.mean) / standardDeviation;
     const double change = (z * z - (n - 1.0) / n - z * (n - 2.0) * g / n) * cell;
     squares += change * change;
   }

@@ -8,6 +8,7 @@
 #include "kalmia/analysis/model/Prediction.h"
 #include "kalmia/analysis/model/StoredModel.h"
 #include "kalmia/analysis/model/internal/OPLSDiagnostics.h"
+#include "kalmia/analysis/model/internal/PresentCells.h"
 #include "kalmia/analysis/table/internal/SingleCells.h"
 #include "kalmia/opls/NCOPLS.h"
 #include "kalmia/opls/NCOPLSPred.h"

@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <vector>
 
+#include "kalmia/analysis/fit/internal/SelectData.h"
 #include "kalmia/analysis/table/TableColumns.h"
 #include "kalmia/analysis/text/DisplayText.h"
 #include "kalmia/analysis/text/Failure.h"

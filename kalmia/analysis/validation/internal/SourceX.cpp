@@ -44,7 +44,7 @@ RealColumns RowsOfColumns(const RealColumns& columns, const std::vector<std::siz
 }
 
 SourceX::SourceX(const Table& table, const FitRecipe& recipe, const ModelData& data, NCProgress* progress)
-    : table_(table), names_(data.chain.Empty() ? data.xNames : data.chain.inputNames) {
+    : table_(table), rows_(data.rows), names_(data.chain.Empty() ? data.xNames : data.chain.inputNames) {
   const std::vector<std::size_t> modelled(data.rows.begin(), data.rows.end());
   const std::vector<std::string> places = RowPlaces(table, recipe.id.empty() ? -1 : table.Find(recipe.id));
   for (const std::size_t row : modelled) rowPlaces_.push_back(places[row]);
@@ -66,7 +66,10 @@ SourceX::SourceX(const Table& table, const FitRecipe& recipe, const ModelData& d
 
 Signals SourceX::SignalsOf(const std::vector<std::size_t>& rows) const {
   Signals signals{table_.Name(), {}, names_, {}, {}, table_.DecimalComma()};
-  for (const std::size_t row : rows) signals.rowPlaces.push_back(rowPlaces_[row]);
+  for (const std::size_t row : rows) {
+    signals.rowPlaces.push_back(rowPlaces_[row]);
+    signals.rows.push_back(rows_[row]);
+  }
   signals.cells = CellRows(static_cast<int>(rows.size()), static_cast<int>(names_.size()));
   for (std::size_t k = 0; k < columns_.size(); ++k) {
     signals.cells.SetColumn(static_cast<int>(k), RowsOfColumns({columns_[k]}, rows).front().data());

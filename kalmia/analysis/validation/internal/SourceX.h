@@ -44,6 +44,7 @@ class SourceX {
   Signals SignalsOf(const std::vector<std::size_t>& rows) const;
 
   const Table& table_;
+  std::vector<int> rows_;                ///< of the table, from 0, that the ModelData has
   std::vector<Step> steps_;              ///< those that each model learns anew; otherwise none
   std::vector<std::string> names_;       ///< of the columns: what the steps take, or X itself
   std::vector<std::string> rowPlaces_;
