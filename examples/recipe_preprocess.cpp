@@ -1,4 +1,4 @@
-// Takes spectra through steps of preprocessing by a recipe, stores the steps, and takes the spectra through those again.
+// Takes spectra through steps of preprocessing by a recipe, stores the steps, and goes through the stored ones again.
 //
 //     recipe_preprocess examples/data/gasoline.csv
 #include <cmath>

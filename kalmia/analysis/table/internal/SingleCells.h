@@ -20,7 +20,7 @@ bool LosesDigits(const std::vector<double>& cells);
 /// A column of `cells` cells at most, of which the largest absolute one is below so many times the difference between
 /// largest and least, does not lose digits: two of n cells that lie r apart make a deviation of r / sqrt(2 (n - 1)) or
 /// more.
-KALMIA_EXPORT double LargestRatioWithoutShift(int cells);
+double LargestRatioWithoutShift(int cells);
 
 /// What to take off the cells, in double, before they are rounded: the mean where LosesDigits; else 0.
 double ShiftOf(const std::vector<double>& cells);
