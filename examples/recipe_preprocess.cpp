@@ -1,4 +1,4 @@
-// Takes spectra through steps of preprocessing by a recipe, stores the steps, and goes through the stored ones again.
+// Takes spectra through steps of preprocessing by a recipe, stores the steps, and takes them back from the stored ones.
 //
 //     recipe_preprocess examples/data/gasoline.csv
 #include <cmath>
@@ -13,23 +13,24 @@ int main(int argc, char** argv) try {
   PreprocessRecipe recipe;
   recipe.id = "sample";
   recipe.exclude = {"octane"};
-  recipe.steps = {"the steps", ParseSteps("snv, wavelet-compress:51", "the steps"), {}};
-  const PreprocessedTable learnt = Preprocess(recipe, table);
-  std::printf("%zu channels become %zu coefficients\n", learnt.InputNames().size(), learnt.signals.names.size());
+  recipe.steps = {"the steps", ParseSteps("wavelet-compress:51", "the steps"), {}};
+  const PreprocessedTable made = Preprocess(recipe, table);
+  std::printf("%zu channels become %zu coefficients\n", made.InputNames().size(), made.signals.names.size());
 
-  PreprocessRecipe again;
-  again.id = "sample";
-  again.steps = ReadStepsFile(StepChainFileBytes(learnt.chain), "the stored steps");
-  const PreprocessedTable stored = Preprocess(again, table);
-  double furthest = 0.0, squares = 0.0;
-  for (int k = 0; k < stored.signals.cells.Columns(); ++k) {
-    const double cell = stored.signals.cells.Row(0)[k];
-    furthest = std::fmax(furthest, std::fabs(cell - learnt.signals.cells.Row(0)[k]));
-    squares += cell * cell;
+  const Table coefficients(PreprocessedText(table, made, /*marks=*/{}, /*progress=*/nullptr), "coefficients");
+  PreprocessRecipe back;
+  back.id = "sample";
+  back.steps = ReadStepsFile(StepChainFileBytes(made.chain), "the stored steps");
+  back.restore = true;
+  const PreprocessedTable restored = Preprocess(back, coefficients);
+  double lost = 0.0, all = 0.0;
+  for (int k = 0; k < restored.signals.cells.Columns(); ++k) {
+    const double cell = ReadNumbers(table, table.Find(restored.signals.names[static_cast<std::size_t>(k)])).front();
+    lost += std::pow(restored.signals.cells.Row(0)[k] - cell, 2);
+    all += cell * cell;
   }
-  std::printf("the stored steps give the first spectrum again to %g\n", furthest);
-  std::printf("its coefficients hold %.4f of its sum of squares\n", squares / (learnt.InputNames().size() - 1.0));
-  for (const std::string& note : learnt.notes.Lines()) std::printf("note: %s\n", note.c_str());
+  std::printf("the first spectrum comes back but for %.1e of its sum of squares\n", lost / all);
+  for (const std::string& note : made.notes.Lines()) std::printf("note: %s\n", note.c_str());
   return 0;
 } catch (const kalmia::analysis::Failure& failure) {
   return std::fprintf(stderr, "%s\n", failure.what()), 1;
