@@ -3,7 +3,7 @@
 #   ./install-packages.sh              what the command, the demo and the tests need
 #   ./install-packages.sh clang bench  and what the presets of clang++ and the benchmarks need
 #   ./install-packages.sh abi          and what compares the interfaces of shared libraries
-#   ./install-packages.sh report       and what tests reports in a browser
+#   ./install-packages.sh report       and what tests pages of models in a browser
 set -euo pipefail
 
 packages=(

@@ -10,8 +10,8 @@ presets=("$@")
 if [ ${#presets[@]} -eq 0 ]; then presets=(release); fi
 
 case " ${presets[*]} " in
-  *" clang "* | *" tsan "* | *" fuzz "*) ./install-packages.sh clang ;;
-  *) ./install-packages.sh ;;
+  *" clang "* | *" tsan "* | *" fuzz "*) ./install-packages.sh clang report ;;
+  *) ./install-packages.sh report ;;
 esac
 if command -v ccache >/dev/null; then export CMAKE_CXX_COMPILER_LAUNCHER=${CMAKE_CXX_COMPILER_LAUNCHER-ccache}; fi
 export CCACHE_SLOPPINESS=pch_defines,time_macros  # or it leaves alone whatever has precompiled headers

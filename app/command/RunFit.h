@@ -1,6 +1,7 @@
 #pragma once
 
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "app/Analysis.h"
@@ -8,6 +9,7 @@
 #include "app/console/FitFiles.h"
 #include "app/console/ReadTable.h"
 #include "app/console/Remedies.h"
+#include "app/console/ReportFiles.h"
 #include "app/options/ValidationOptions.h"
 #include "kalmia/analysis/figure/FigureJson.h"
 #include "kalmia/analysis/figure/ModelFigures.h"
@@ -17,6 +19,7 @@
 #include "kalmia/analysis/model/PCAScores.h"
 #include "kalmia/analysis/model/Prediction.h"
 #include "kalmia/analysis/report/CsvFile.h"
+#include "kalmia/analysis/report/ModelPages.h"
 #include "kalmia/analysis/report/ResidualsReport.h"
 #include "kalmia/analysis/report/WrittenFiles.h"
 #include "kalmia/analysis/table/CsvMarks.h"
@@ -34,7 +37,20 @@ struct FitReport {
   std::string (*json)(const Table&, const Result&, const Notes&, const FitFiles&, const std::vector<RowContributions>&);
   std::vector<CsvFile> (*csvFiles)(const Result&, const CsvMarks&);
   std::vector<std::string> (*csvFileNames)();
+  ReportPage (*page)(const Table&, const Result&, const Notes&, const FigureRecipe&,
+                     const std::vector<RowContributions>&);
 };
+
+/// What pages are drawn with, where --report asks for one: it is missed before the work, and not after it.
+inline ReportAssets AssetsFor(const FitOptions& options) {
+  return options.figures.report.empty() ? ReportAssets{} : ReadReportAssets();
+}
+
+/// The file of --report.
+inline std::string PageText(ReportPage page, const FitOptions& options, const ReportAssets& assets) {
+  page.command = options.commandLine;
+  return HtmlText(std::move(page), assets);
+}
 
 /// The names of CSV files, with that of residuals where they are asked for.
 inline std::vector<std::string> WithResiduals(std::vector<std::string> names, const FitOptions& options) {
@@ -64,6 +80,7 @@ inline std::vector<int> RowsToTell(const Table& table, const std::string& id, co
 template <class Options, class Analysis>
 std::string RunAnalysis(const Options& options, const FitReport<Analysis>& report, Notes* notes) {
   CheckFitPlaces(options, WithResiduals(report.csvFileNames(), options));
+  const ReportAssets assets = AssetsFor(options);
   auto recipe = options.recipe;
   recipe.steps = ReadFitSteps(options);
   const Table table = ReadTable(options.table, options.reading);
@@ -72,6 +89,9 @@ std::string RunAnalysis(const Options& options, const FitReport<Analysis>& repor
   const Analysis analysis = Analyse(recipe, table, RecipeOf(options.validation), bar.Get());
   notes->Add(WithRemedies(analysis.fit.notes));
   const std::vector<RowContributions> contributions = Contributions(analysis.fit, table, rows, notes);
+  const auto page = [&] {
+    return PageText(report.page(table, analysis, *notes, RecipeOf(options.figures), contributions), options, assets);
+  };
   FitFiles files;
   std::vector<Figure> figures;
   if (analysis.fit.IsUsable()) {
@@ -82,9 +102,11 @@ std::string RunAnalysis(const Options& options, const FitReport<Analysis>& repor
           return WithResiduals(report.csvFiles(analysis, MarksOf(options.csvMarks.Asked())), analysis.fit, options,
                                bar.Get());
         },
-        bar.Get(), {}, figures);
+        bar.Get(), {}, figures, page);
     NoteOlderFiles(options, files, notes);
     if (!files.csv.empty()) NoteNoDistances(analysis.fit.model, analysis.fit.model.Components(), notes);
+  } else {
+    WriteReport(options, page, &files);
   }
   if (!options.json) return report.text(analysis, files, contributions);
   const std::string json = report.json(table, analysis, *notes, files, contributions);

@@ -37,7 +37,8 @@ void CheckFitPlaces(const FitOptions& options, const std::vector<std::string>& c
   const std::vector<FilePlace> drawings =
       PlacesInSvgFolder(options.figures.folder, FigureNames(options.columns.contributions.size()));
   places.insert(places.end(), drawings.begin(), drawings.end());
-  places.insert(places.begin(), {{"--save", options.save}, {"--save-cv", saveCv}});
+  places.insert(places.begin(),
+                {{"--save", options.save}, {"--save-cv", saveCv}, {"--report", options.figures.report}});
   CheckPlaces(Given({{"the table", options.table}, {"the steps file", options.stepsFile}}), Given(places));
 }
 
@@ -48,7 +49,8 @@ std::optional<GivenSteps> ReadFitSteps(const FitOptions& options) {
 
 FitFiles WriteFitFiles(const FitOptions& options, const std::function<std::string()>& modelBytes,
                        const std::function<std::vector<CsvFile>()>& csvFiles, NCProgress* progress,
-                       const CrossValidationOutput& crossValidation, const std::vector<Figure>& figures) {
+                       const CrossValidationOutput& crossValidation, const std::vector<Figure>& figures,
+                       const std::function<std::string()>& page) {
   FitFiles written;
   WorkProgress(progress).Begin("writing the results");
   OutputFiles files;
@@ -70,8 +72,20 @@ FitFiles WriteFitFiles(const FitOptions& options, const std::function<std::strin
     }
   }
   written.svg = StageDrawings(options.figures, figures, &files);
+  if (!options.figures.report.empty()) {
+    files.Stage(options.figures.report, page());
+    written.report = options.figures.report;
+  }
   files.Commit();
   return written;
+}
+
+void WriteReport(const FitOptions& options, const std::function<std::string()>& page, FitFiles* written) {
+  if (options.figures.report.empty()) return;
+  OutputFiles files;
+  files.Stage(options.figures.report, page());
+  files.Commit();
+  written->report = options.figures.report;
 }
 
 void NoteOlderFiles(const FitOptions& options, const FitFiles& written, Notes* notes) {

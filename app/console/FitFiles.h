@@ -31,15 +31,19 @@ void CheckFitPlaces(const FitOptions& options, const std::vector<std::string>& c
 /// The steps that the options name, read as ReadSteps does; nothing where they name none.
 std::optional<GivenSteps> ReadFitSteps(const FitOptions& options);
 
-/// Writes the stored model, the cross-validation, the CSV files and the drawings of the figures that the options ask
-/// for, all of them or, with a BadFile, none. `progress` may be null.
+/// Writes the stored model, the cross-validation, the CSV files, the drawings of the figures and the page that
+/// the options ask for, all of them or, with a BadFile, none. `progress` may be null.
 FitFiles WriteFitFiles(const FitOptions& options, const std::function<std::string()>& modelBytes,
                        const std::function<std::vector<CsvFile>()>& csvFiles, NCProgress* progress,
-                       const CrossValidationOutput& crossValidation = {}, const std::vector<Figure>& figures = {});
+                       const CrossValidationOutput& crossValidation = {}, const std::vector<Figure>& figures = {},
+                       const std::function<std::string()>& page = {});
 
 /// Stages the drawings of the figures in the folder of --svg, if there is one; their paths.
 std::vector<std::string> StageDrawings(const FigureOptions& options, const std::vector<Figure>& figures,
                                        OutputFiles* files);
+
+/// Writes the page of --report alone, where the options ask for one: of a fit that has no model to store.
+void WriteReport(const FitOptions& options, const std::function<std::string()>& page, FitFiles* written);
 
 /// Notes the files in the folder of --csv that are called as a fit of some family calls its own, but were not written
 /// this time: they tell of another model.

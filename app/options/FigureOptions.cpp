@@ -51,14 +51,19 @@ void DeclareFigures(CommandOptions* command, FigureOptions* options, const bool*
   command->Check([=]() -> std::string {
     if (options->inJson && !*json) return "--figures adds figures to JSON: give --json too";
     for (const char* option : {"--axes", "--title"}) {
-      if (command->IsGiven(option) && !options->AreAsked()) {
-        return std::string(option) + " is of figures: give --svg DIR, or --json --figures";
+      if (command->IsGiven(option) && !options->AreAsked() && options->report.empty()) {
+        return std::string(option) + " is of figures: give --svg DIR, --report FILE, or --json --figures";
       }
     }
     if (!options->size.empty() && options->folder.empty()) return "--size is of drawings: give --svg DIR";
     const std::string fault = FaultOfAxes(options->axes);
     return fault.empty() ? FaultOfSize(options->size) : fault;
   });
+}
+
+void DeclareReport(CommandOptions* command, FigureOptions* options) {
+  command->Text("--report", "FILE.html", &options->report,
+                "write a page that shows the model, for a browser: one file that needs no network");
 }
 
 void DeclareSize(CommandOptions* command, std::string* size, const std::string* svg) {

@@ -18,12 +18,16 @@ struct FigureOptions {
   std::string size;     ///< "720x480"; empty: what suits each figure
   std::string title;
   bool inJson = false;  ///< whether --json has the figures
+  std::string report;   ///< of --report, a page; empty: none
 
   bool AreAsked() const { return inJson || !folder.empty(); }
 };
 
 /// Declares --svg DIR, --axes, --size, --title and --figures. `json` says whether JSON is printed.
 void DeclareFigures(CommandOptions* command, FigureOptions* options, const bool* json);
+
+/// Declares --report FILE.html.
+void DeclareReport(CommandOptions* command, FigureOptions* options);
 
 /// Declares --size, for a drawing whose place is `svg`; empty where there is none.
 void DeclareSize(CommandOptions* command, std::string* size, const std::string* svg);

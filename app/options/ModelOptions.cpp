@@ -112,6 +112,7 @@ void DeclarePLS(CommandOptions* command, PLSOptions* options) {
   command->Text("--csv", "DIR", &options->csvFolder, "write scores, loadings, coefficients and more as CSV files");
   DeclareCsvMarks(command, &options->csvMarks, {{"--csv", &options->csvFolder}});
   DeclareFigures(command, &options->figures, &options->json);
+  DeclareReport(command, &options->figures);
   DeclareReading(command, &options->reading);
   command->Examples(
       "Examples:\n"
@@ -133,6 +134,7 @@ void DeclarePCA(CommandOptions* command, PCAOptions* options) {
   command->Text("--csv", "DIR", &options->csvFolder, "write scores, loadings and more as CSV files");
   DeclareCsvMarks(command, &options->csvMarks, {{"--csv", &options->csvFolder}});
   DeclareFigures(command, &options->figures, &options->json);
+  DeclareReport(command, &options->figures);
   DeclareReading(command, &options->reading);
   command->Examples(
       "Examples:\n"

@@ -36,6 +36,7 @@ struct FitOptions {
   CsvMarkOptions csvMarks;
   ColumnsOfRows columns;
   FigureOptions figures;
+  std::string commandLine;  ///< that gave these options, for the page
 
   ModelParts Parts() const { return {!noRows, keepTable}; }
 };

@@ -4,8 +4,10 @@
 #include <functional>
 #include <memory>
 #include <sstream>
+#include <type_traits>
 #include <utility>
 
+#include "app/options/CommandLine.h"
 #include "app/options/CommandOptions.h"
 #include "kalmia/analysis/text/DisplayText.h"
 #include "kalmia/analysis/text/Failure.h"
@@ -157,6 +159,16 @@ class Program {
 
 }  // namespace
 
-Command ParseCommandLine(int argc, const char* const* argv) { return Program().Parse(argc, argv); }
+Command ParseCommandLine(int argc, const char* const* argv) {
+  Command command = Program().Parse(argc, argv);
+  std::visit(
+      [argc, argv](auto& options) {
+        if constexpr (std::is_base_of_v<FitOptions, std::decay_t<decltype(options)>>) {
+          options.commandLine = CommandLine(argc, argv);
+        }
+      },
+      command);
+  return command;
+}
 
 }  // namespace kalmia::app

@@ -78,6 +78,7 @@
 #include "kalmia/analysis/report/HistogramReport.h"
 #include "kalmia/analysis/report/HtmlReport.h"
 #include "kalmia/analysis/report/InfoReport.h"
+#include "kalmia/analysis/report/ModelPages.h"
 #include "kalmia/analysis/report/O2PLSReport.h"
 #include "kalmia/analysis/report/OPLSReport.h"
 #include "kalmia/analysis/report/PCAReport.h"

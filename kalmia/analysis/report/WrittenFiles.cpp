@@ -25,6 +25,7 @@ std::string WrittenText(const FitFiles& files) {
   std::string text;
   if (!files.saved.empty()) text += "\nSaved the model as " + OneLine(files.saved) + "\n";
   if (!files.savedCv.empty()) text += "\nSaved the cross-validation as " + OneLine(files.savedCv) + "\n";
+  if (!files.report.empty()) text += "\nWrote the report " + OneLine(files.report) + "\n";
   return text + FolderText(files.csv) + FolderText(files.svg);
 }
 

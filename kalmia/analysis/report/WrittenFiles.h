@@ -11,6 +11,7 @@ namespace kalmia::analysis {
 struct FitFiles {
   std::string saved;             ///< the stored model; empty if there is none
   std::string savedCv;           ///< the cross-validation to go on from; empty if there is none
+  std::string report;            ///< the page; empty if there is none
   std::vector<std::string> csv;  ///< with the folder
   std::vector<std::string> svg;  ///< likewise
 };

@@ -68,25 +68,32 @@
 
   // ---- classes: of a figure, or of the column by which rows are coloured
 
+  /** Whether a column tells kinds: texts, and numbers such as 1, 2, 3. */
+  function tellsClasses(column) {
+    if (column.kind === "text") return true;
+    const values = new Set(column.values);
+    return values.size <= 8 && [...values].every((value) => value === null || Number.isInteger(value));
+  }
+
   /** Labels of classes and the class of a row; null where rows are coloured by numbers or not at all. */
   function classesOfColumn() {
     const column = page.columns[colourColumn];
-    if (!column || column.kind !== "text") return null;
+    if (!column || !tellsClasses(column)) return null;
     if (!column.classes) {
       const known = new Map();
       column.classOfRow = column.values.map((value) => {
-        if (value === "") return -1;
+        if (value === "" || value === null) return -1;
         if (!known.has(value)) known.set(value, known.size);
         return known.get(value);
       });
-      column.classes = [...known.keys()];
+      column.classes = [...known.keys()].map(String);
     }
     return { labels: column.classes, of: (row) => column.classOfRow[row] };
   }
 
   const numbersOfColumn = () => {
     const column = page.columns[colourColumn];
-    return column && column.kind === "number" ? column : null;
+    return column && !tellsClasses(column) ? column : null;
   };
 
   /** How points that belong to no class look. */
@@ -201,18 +208,21 @@
       if (k >= 0) return classLook(k, colours);
       return isOfRows(mark) && classes ? { colour: colours.faint, symbol: "emptyCircle" } : own;
     };
+    const many = mark.x.length > namedItems;
+    const hasNames = Boolean(mark.labels) && plot.size.width > 300;
     const data = [];
     mark.x.forEach((x, i) => {
       if (!isNumber(x) || !isNumber(mark.y[i])) return;
-      data.push(tinted ? [x, mark.y[i], i, numbers.values[rowOf(mark, i)]] : [x, mark.y[i], i]);
+      const value = tinted ? [x, mark.y[i], i, numbers.values[rowOf(mark, i)]] : [x, mark.y[i], i];
+      const isAtEdge = x > context.edge, isNamed = hasNames && (!many || selected.has(i));
+      // Items of their own take time: most are plain numbers.
+      data.push(isNamed && (many || isAtEdge) ? { value, label: { show: true, position: isAtEdge ? "left" : "right" } }
+                                              : value);
     });
-    const many = data.length > namedItems;
-    const isNamed = (i) => mark.labels && (!many || selected.has(i));
-    const size = many ? 5 : 8;
     return {
       ...base, type: "scatter", data, silent: false, progressive: 0, large: false,
       dimensions: tinted ? ["x", "y", "item", "tint"] : ["x", "y", "item"],
-      encode: { x: "x", y: "y" }, symbolSize: size,
+      encode: { x: "x", y: "y" }, symbolSize: many ? 5 : 8,
       symbol: (value) => lookOf(value[2]).symbol,
       itemStyle: tinted ? { opacity: 0.9 } : {
         opacity: many ? 0.6 : 0.85,
@@ -222,9 +232,8 @@
         },
       },
       label: {
-        show: Boolean(mark.labels) && plot.size.width > 300, position: "right", distance: 3, fontSize: 10,
-        color: colours.dim,
-        formatter: (item) => (isNamed(item.value[2]) ? shorten(itemName(mark, item.value[2]), 16) : ""),
+        show: hasNames && !many, position: "right", distance: 3, fontSize: 10, color: colours.dim,
+        formatter: (item) => shorten(itemName(mark, item.value[2]), 16),
       },
       labelLayout: { hideOverlap: true },
       emphasis: { scale: 1.6 },
@@ -344,7 +353,7 @@
 
   function seriesOf(context, mark, panelIndex, order) {
     const base = { id: `mark-${panelIndex}-${order}`, name: mark.name || "", xAxisIndex: panelIndex,
-                   yAxisIndex: panelIndex, z: 3, animation: false };
+                   yAxisIndex: panelIndex, zlevel: 0, z: 3, animation: false };
     const list = [];
     if (mark.type === "points") list.push(pointsSeries(context, mark, base));
     if (mark.type === "line") list.push(lineSeries(context, mark, base, order));
@@ -354,6 +363,36 @@
     if (mark.type === "text") list.push(textSeries(context, mark, base));
     if (mark.low && mark.type !== "area") list.push(intervalsSeries(context, mark, { ...base, id: base.id + "-low" }));
     return list.filter(Boolean);
+  }
+
+  // ---- what stands on top of a drawing
+
+  const onTop = { zlevel: 1, silent: true };
+
+  function diamondAt([x, y], colours) {
+    return new echarts.graphic.Polygon({ ...onTop, z: 1, style: { fill: colours.chosen, stroke: colours.panel },
+                                         shape: { points: [[x, y - 7], [x + 7, y], [x, y + 7], [x - 7, y]] } });
+  }
+
+  function ringAt([cx, cy], colours) {
+    return new echarts.graphic.Circle({ ...onTop, z: 2, shape: { cx, cy, r: 9 },
+                                        style: { fill: "none", stroke: colours.ink, lineWidth: 2 } });
+  }
+
+  /** Names above their places, as far as they fit beside each other. */
+  function addNames(names, layer, width, colours) {
+    const taken = [];
+    for (const { row, place: [x, y] } of names) {
+      const text = shorten(rowNames[row], 16), half = 3.6 * text.length;
+      const middle = Math.min(Math.max(x, half), width - half);
+      const box = { left: middle - half, right: middle + half, top: y - 21, bottom: y - 8 };
+      if (taken.some((one) => box.left < one.right && one.left < box.right && box.top < one.bottom &&
+                              one.top < box.bottom)) continue;
+      taken.push(box);
+      layer.add(new echarts.graphic.Text({ ...onTop, z: 3, style: {
+        text, x: middle, y: y - 8, align: "center", verticalAlign: "bottom", font: "bold 11px sans-serif",
+        fill: colours.chosen, stroke: colours.panel, lineWidth: 3 } }));
+    }
   }
 
   // ---- a plot
@@ -368,12 +407,15 @@
       this.components = page.components.find((of) => of.figure === figure.name) || null;
       this.isArmed = false;  // whether the pointer draws a lasso
       this.chart = null;
+      this.top = null;       // what is drawn on top of it
+      this.rows = new Set(this.panels.flatMap((panel) =>
+        panel.marks.filter(isOfRows).flatMap((mark) => mark.x.map((_, i) => rowOf(mark, i)))));
       this.size = { width: 480, height: 330 };
       this.article = this.build();
     }
 
     get name() { return this.figure.name; }
-    get isOfRows() { return this.panels.some((panel) => panel.marks.some(isOfRows)); }
+    get isOfRows() { return this.rows.size > 0; }
 
     /** Whether the pointer can meet items; lines have none, and tell the numbers above one place of the axis. */
     get hasItems() {
@@ -482,8 +524,8 @@
         option.yAxis.push(y);
         option.grid.push({ left: y.nameGap + 20, right: 18, top: top + index * each + 4,
                            height: each - 24 - x.nameGap });
+        context.edge = x.max - (x.max - x.min) / 5;  // names of items beyond it would be cut off
         panel.marks.forEach((mark, k) => option.series.push(...seriesOf(context, mark, index, k)));
-        if (panel.marks.some(isOfRows)) option.series.push(...this.rowsThatStandOut(colours, panel, index));
       });
       if (legend) {
         option.legend = legend.option;
@@ -499,7 +541,7 @@
     interaction(colours) {
       const all = this.panels.map((_, k) => k);
       return {
-        brush: { toolbox: [], seriesIndex: [], throttleType: "debounce", throttleDelay: 50,
+        brush: { toolbox: [], seriesIndex: [], z: 100, throttleType: "debounce", throttleDelay: 50,
                  brushStyle: { borderWidth: 1, color: "rgba(120,140,160,.2)", borderColor: "rgba(120,140,160,.9)" } },
         dataZoom: [{ type: "inside", xAxisIndex: all, filterMode: "none", zoomOnMouseWheel: "ctrl" },
                    { type: "inside", yAxisIndex: all, filterMode: "none", zoomOnMouseWheel: "ctrl" }],
@@ -554,27 +596,29 @@
                series };
     }
 
-    /** Chosen rows on top of all marks, as diamonds with bold names, and a ring around the one under the pointer. */
-    rowsThatStandOut(colours, panel, index) {
-      const chosenItems = [], hoveredItems = [];
-      for (const mark of panel.marks.filter((one) => isOfRows(one) && one.type === "points")) {
-        mark.x.forEach((x, i) => {
-          const row = rowOf(mark, i);
-          if (!isNumber(x) || !isNumber(mark.y[i])) return;
-          if (chosen.has(row)) chosenItems.push([x, mark.y[i], row]);
-          if (row === hovered) hoveredItems.push([x, mark.y[i], row]);
-        });
-      }
-      const base = { type: "scatter", xAxisIndex: index, yAxisIndex: index, silent: true, tooltip: { show: false } };
-      return [
-        { ...base, id: "chosen-" + index, z: 6, data: chosenItems, symbol: "diamond", symbolSize: 12,
-          itemStyle: { color: colours.chosen, borderColor: colours.panel, borderWidth: 1 },
-          label: { show: chosenItems.length <= namedItems, position: "right", color: colours.chosen, fontWeight: "bold",
-                   fontSize: 11, formatter: (item) => shorten(rowNames[item.value[2]], 16) },
-          labelLayout: { hideOverlap: true } },
-        { ...base, id: "hovered-" + index, z: 7, data: hoveredItems, symbol: "circle", symbolSize: 16,
-          itemStyle: { color: "transparent", borderColor: colours.ink, borderWidth: 2 } },
-      ];
+    /**
+     * Chosen rows on top of all marks, as diamonds with bold names, and a ring around the one under the pointer. They
+     * are shapes on a layer of their own, which come and go without ECharts passing all items again.
+     */
+    drawOnTop(chart, colours) {
+      const layer = new echarts.graphic.Group();
+      const names = [];
+      this.panels.forEach((panel, index) => {
+        for (const mark of panel.marks.filter((one) => isOfRows(one) && one.type === "points")) {
+          mark.x.forEach((x, i) => {
+            const row = rowOf(mark, i);
+            if ((row !== hovered && !chosen.has(row)) || !isNumber(x) || !isNumber(mark.y[i])) return;
+            const place = chart.convertToPixel({ xAxisIndex: index, yAxisIndex: index }, [x, mark.y[i]]);
+            if (!chart.containPixel({ gridIndex: index }, place)) return;
+            if (chosen.has(row)) names.push({ row, place });
+            layer.add(chosen.has(row) ? diamondAt(place, colours) : ringAt(place, colours));
+            if (chosen.has(row) && row === hovered) layer.add(ringAt(place, colours));
+          });
+        }
+      });
+      if (names.length <= namedItems) addNames(names, layer, this.size.width, colours);
+      chart.getZr().add(layer);
+      return layer;
     }
 
     /** What a tooltip says: an element, since texts of ECharts' own would be markup. */
@@ -612,6 +656,8 @@
       this.chart.on("mouseout", () => hover(-1));
       this.chart.on("click", (item) => this.click(item));
       this.chart.on("brushEnd", (event) => this.take(event.areas));
+      this.chart.on("datazoom", () => this.showChosen());
+      this.showChosen();
     }
 
     measure() {
@@ -624,22 +670,16 @@
       this.chart.resize();
       this.chart.setOption(this.option(false), { notMerge: true });
       if (this.isArmed) this.arm();
+      this.showChosen();
     }
 
     /** Only what says which rows are chosen: the rest of the drawing stays. */
     showChosen() {
-      const rows = new Set();
-      for (const panel of this.panels) {
-        for (const mark of panel.marks.filter(isOfRows)) mark.x.forEach((_, i) => rows.add(rowOf(mark, i)));
-      }
-      this.article.dataset.selected = String([...chosen].filter((row) => rows.has(row)).length);
-      this.article.dataset.hovered = hovered >= 0 && rows.has(hovered) ? rowNames[hovered] : "";
-      if (!this.chart) return;
-      const colours = palette(false), series = [];
-      this.panels.forEach((panel, index) => {
-        if (panel.marks.some(isOfRows)) series.push(...this.rowsThatStandOut(colours, panel, index));
-      });
-      this.chart.setOption({ series });
+      this.article.dataset.selected = String([...chosen].filter((row) => this.rows.has(row)).length);
+      this.article.dataset.hovered = this.rows.has(hovered) ? rowNames[hovered] : "";
+      if (!this.chart || !this.isOfRows) return;
+      if (this.top) this.chart.getZr().remove(this.top);
+      this.top = this.drawOnTop(this.chart, palette(false));
     }
 
     itemUnder(event) {
@@ -705,6 +745,7 @@
       const chart = echarts.init(null, null, { renderer: "svg", ssr: true, ...this.size });
       try {
         chart.setOption(this.option(true));
+        this.drawOnTop(chart, palette(true));
         return chart.renderToSVGString();
       } finally {
         chart.dispose();
@@ -732,7 +773,7 @@
     items() {
       this.draw();
       return this.chart.getOption().series.filter((series) => /^mark-\d+-\d+$/.test(series.id)).map((series) => ({
-        id: series.id, name: series.name, data: series.data.map((item) => [item[0], item[1]]),
+        id: series.id, name: series.name, data: series.data.map((item) => (item.value || item).slice(0, 2)),
       }));
     }
   }

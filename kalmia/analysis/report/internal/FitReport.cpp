@@ -73,6 +73,7 @@ void AddFilesJson(const FitFiles& files, const Notes& notes, Json* json) {
   (*json)["saved"] = TextOrNull(files.saved);
   (*json)["csvFiles"] = files.csv;
   if (!files.svg.empty()) (*json)["svgFiles"] = files.svg;
+  if (!files.report.empty()) (*json)["report"] = files.report;
   (*json)["notes"] = notes.Lines();
 }
 
