@@ -2,6 +2,7 @@
 #include <vector>
 
 #include "app/command/Commands.h"
+#include "app/command/RunFit.h"
 #include "app/console/ConsoleProgress.h"
 #include "app/console/FitFiles.h"
 #include "app/console/OutputPlaces.h"
@@ -11,6 +12,7 @@
 #include "kalmia/analysis/figure/ModelFigures.h"
 #include "kalmia/analysis/file/ModelFile.h"
 #include "kalmia/analysis/model/Prediction.h"
+#include "kalmia/analysis/report/ModelPages.h"
 #include "kalmia/analysis/report/O2PLSReport.h"
 #include "kalmia/analysis/report/ResidualsReport.h"
 #include "kalmia/analysis/table/Table.h"
@@ -26,7 +28,7 @@ void CheckFiles(const O2PLSOptions& options) {
   std::vector<FilePlace> places = PlacesInCsvFolder(options.csvFolder, names);
   const std::vector<FilePlace> drawings = PlacesInSvgFolder(options.figures.folder, FigureNames());
   places.insert(places.end(), drawings.begin(), drawings.end());
-  places.insert(places.begin(), {"--save", options.save});
+  places.insert(places.begin(), {{"--save", options.save}, {"--report", options.figures.report}});
   CheckPlaces({{"the X table", options.table}, {"the Y table", options.yTable}}, Given(places));
 }
 
@@ -60,6 +62,7 @@ O2PLSRecipe RecipeOf(const O2PLSOptions& options) {
 
 std::string RunCommand(const O2PLSOptions& options, Notes* notes) {
   CheckFiles(options);
+  const ReportAssets assets = AssetsFor(options);
   const Table xTable = ReadTable(options.table, options.reading);
   const Table yTable = ReadTable(options.yTable, options.reading);
   TerminalBar bar;
@@ -67,14 +70,19 @@ std::string RunCommand(const O2PLSOptions& options, Notes* notes) {
       Analyse(RecipeOf(options), xTable, yTable, RecipeOf(options.validation), bar.Get());
   const O2PLSResult& result = analysis.fit;
   notes->Add(WithRemedies(result.notes));
+  const auto page = [&] {
+    return PageText(PageOf(analysis, *notes, RecipeOf(options.figures)), options, assets);
+  };
   FitFiles files;
   std::vector<Figure> figures;
   if (result.AnyKept()) {
     if (options.figures.AreAsked()) figures = Figures(analysis, RecipeOf(options.figures));
     files = WriteFitFiles(
         options, [&] { return ModelFileBytes(result.model, options.Parts()); },
-        [&] { return FilesOf(options, bar.Get(), &analysis); }, bar.Get(), {}, figures);
+        [&] { return FilesOf(options, bar.Get(), &analysis); }, bar.Get(), {}, figures, page);
     NoteOlderFiles(options, files, notes);
+  } else {
+    WriteReport(options, page, &files);
   }
   if (!options.json) return O2PLSText(analysis, files);
   const std::string json = O2PLSJson(analysis, *notes, files);

@@ -14,6 +14,7 @@
 #include "kalmia/analysis/figure/ModelFigures.h"
 #include "kalmia/analysis/file/ModelFile.h"
 #include "kalmia/analysis/file/OPLSCvFile.h"
+#include "kalmia/analysis/report/ModelPages.h"
 #include "kalmia/analysis/report/OPLSReport.h"
 #include "kalmia/analysis/table/Table.h"
 #include "kalmia/analysis/validation/OPLSAnalysis.h"
@@ -28,7 +29,7 @@ void CheckFiles(const OPLSOptions& options) {
   CheckFitPlaces(options, names, options.saveCv);
   if (options.resume.empty()) return;
   std::vector<FilePlace> places = PlacesInCsvFolder(options.csvFolder, names);
-  places.insert(places.begin(), {"--save", options.save});
+  places.insert(places.begin(), {{"--save", options.save}, {"--report", options.figures.report}});
   RefuseToOverwrite({{"the file of --resume", options.resume}}, Given(places));
 }
 
@@ -36,6 +37,7 @@ void CheckFiles(const OPLSOptions& options) {
 
 std::string RunCommand(const OPLSOptions& options, Notes* notes) {
   CheckFiles(options);
+  const ReportAssets assets = AssetsFor(options);
   std::optional<StoredOPLSCv> resumed;
   if (!options.resume.empty()) resumed = ReadOPLSCvFile(ReadInput(options.resume), InputName(options.resume));
   OPLSRecipe recipe = options.recipe;
@@ -56,7 +58,10 @@ std::string RunCommand(const OPLSOptions& options, Notes* notes) {
         return WithResiduals(OPLSCsvFiles(analysis, MarksOf(options.csvMarks.Asked())), result, options, bar.Get());
       },
       bar.Get(),
-      {options.saveCv, [&result] { return OPLSCvFileBytes(result.validation); }}, figures);
+      {options.saveCv, [&result] { return OPLSCvFileBytes(result.validation); }}, figures,
+      [&] {
+        return PageText(PageOf(table, analysis, *notes, RecipeOf(options.figures), contributions), options, assets);
+      });
   NoteOlderFiles(options, files, notes);
   if (!files.csv.empty()) NoteNoDistances(result.model, result.model.Components(), notes);
   if (!options.json) return OPLSText(analysis, files, contributions);

@@ -163,6 +163,7 @@ void DeclareOPLS(CommandOptions* command, OPLSOptions* options) {
   command->Text("--csv", "DIR", &options->csvFolder, "write scores, loadings, coefficients and more as CSV files");
   DeclareCsvMarks(command, &options->csvMarks, {{"--csv", &options->csvFolder}});
   DeclareFigures(command, &options->figures, &options->json);
+  DeclareReport(command, &options->figures);
   DeclareReading(command, &options->reading);
   command->Examples(
       "Examples:\n"
@@ -210,6 +211,7 @@ void DeclareO2PLS(CommandOptions* command, O2PLSOptions* options) {
   command->Text("--csv", "DIR", &options->csvFolder, "write scores, loadings, weights and fitted values as CSV files");
   DeclareCsvMarks(command, &options->csvMarks, {{"--csv", &options->csvFolder}});
   DeclareFigures(command, &options->figures, &options->json);
+  DeclareReport(command, &options->figures);
   DeclareReading(command, &options->reading);
   command->Examples(
       "Examples:\n"

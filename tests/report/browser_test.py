@@ -362,6 +362,9 @@ def models():
         "pca": ["pca", *wine, "--exclude", "cultivar"],
         "pls": ["pls", *gasoline],
         "da": ["pls", *wine, "--classes", "cultivar", "--permutations", "20"],
+        "opls": ["opls", *gasoline, "--orthogonal", "2"],
+        "o2pls": ["o2pls", table("oliveoil.csv"), table("oliveoil.csv"), "--id", "sample", "--x", "Acidity..DK",
+                  "--y", "yellow..syrup"],
         "one": ["pls", *gasoline, "--components", "1"],
         "mean": ["pls", *gasoline, "--components", "0"],
     }

@@ -9,6 +9,8 @@
 #include "kalmia/analysis/table/Table.h"
 #include "kalmia/analysis/text/Notes.h"
 #include "kalmia/analysis/validation/Analysis.h"
+#include "kalmia/analysis/validation/O2PLSAnalysis.h"
+#include "kalmia/analysis/validation/OPLSAnalysis.h"
 #include "kalmia/analysis/validation/PCAAnalysis.h"
 #include "kalmia/support/Export.h"
 
@@ -24,5 +26,10 @@ KALMIA_EXPORT ReportPage PageOf(const Table& table, const PCAAnalysis& analysis,
 KALMIA_EXPORT ReportPage PageOf(const Table& table, const PLSAnalysis& analysis, const Notes& notes,
                                 const FigureRecipe& recipe = {},
                                 const std::vector<RowContributions>& contributions = {});
+KALMIA_EXPORT ReportPage PageOf(const Table& table, const OPLSAnalysis& analysis, const Notes& notes,
+                                const FigureRecipe& recipe = {},
+                                const std::vector<RowContributions>& contributions = {});
+/// Rows have the columns that the figures have of them, but none of the tables.
+KALMIA_EXPORT ReportPage PageOf(const O2PLSAnalysis& analysis, const Notes& notes, const FigureRecipe& recipe = {});
 
 }  // namespace kalmia::analysis

@@ -38,6 +38,7 @@ std::vector<FigureComponent> ShownComponents(const Figure& figure) {
   for (const FigureMark& mark : panel.marks) {
     if (!mark.names) continue;
     if (mark.type == FigureMark::Type::Points) {
+      if (panel.x.whole) return {};  // across are the rows themselves
       return {ComponentOfPoints(panel, mark, true), ComponentOfPoints(panel, mark, false)};
     }
     lines.push_back({mark.name, mark.y});
