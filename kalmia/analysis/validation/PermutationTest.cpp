@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
+#include <map>
 
 namespace kalmia::analysis {
 
@@ -98,6 +100,25 @@ std::vector<std::size_t> PermutedGroups(const std::vector<int>& groupOfRow, Rand
     for (std::size_t k = 0; k < byGroup[g].size(); ++k) sources[byGroup[g][k]] = byGroup[order[g]][k];
   }
   return sources;
+}
+
+double OrdersOfGroups(const std::vector<int>& groupOfRow, const RealMatrix& y) {
+  std::map<std::vector<double>, int> alike;  // groups with these cells
+  for (const std::vector<std::size_t>& rows : RowsByGroup(groupOfRow)) {
+    std::vector<double> cells;
+    for (const std::size_t row : rows) {
+      for (std::size_t j = 0; j < y.columns; ++j) {
+        cells.push_back(std::isnan(y(row, j)) ? std::numeric_limits<double>::infinity() : y(row, j));
+      }
+    }
+    ++alike[cells];
+  }
+  double orders = 1.0;  // g! / (m1! m2! ...), a whole number after each factor
+  int groups = 0;
+  for (const auto& [cells, count] : alike) {
+    for (int k = 1; k <= count; ++k) orders = orders * ++groups / k;
+  }
+  return orders;
 }
 
 double CorrelationWithPermuted(const RealMatrix& y, const std::vector<std::size_t>& sources) {

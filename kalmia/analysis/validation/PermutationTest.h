@@ -24,6 +24,10 @@ KALMIA_EXPORT bool AreGroupsOfOneSize(const std::vector<int>& groupOfRow);
 /// group takes the Y of the k-th row of another one. The groups are of one size, not checked.
 KALMIA_EXPORT std::vector<std::size_t> PermutedGroups(const std::vector<int>& groupOfRow, RandomDraws* draws);
 
+/// How many of the orders in which such groups can stand differ in `y`, N x M: all of them, or fewer where groups have
+/// the same cells; 1 at the least. Exact up to 2^53, then rounded, at last infinite.
+KALMIA_EXPORT double OrdersOfGroups(const std::vector<int>& groupOfRow, const RealMatrix& y);
+
 /// Pearson's correlation of the permuted with the original Y over the rows that have both, as a mean over the columns
 /// that have one; not a number where none has.
 KALMIA_EXPORT double CorrelationWithPermuted(const RealMatrix& y, const std::vector<std::size_t>& sources);
@@ -33,7 +37,8 @@ struct PermutationRun {
   double correlation = 1.0;  ///< with the true Y
   double r2 = kNotANumber;
   double q2 = kNotANumber;
-  /// Of classes: the share of left-out rows that is found, of all that have a class; otherwise not a number.
+  /// Of classes: the share of left-out rows that is found, of those that have a class and are predicted, as a mean over
+  /// the repeats; otherwise not a number.
   double accuracy = kNotANumber;
 };
 

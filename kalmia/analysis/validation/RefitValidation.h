@@ -28,8 +28,8 @@ struct ClassValidation {
 
 /// Double cross-validation. Errors of left-out rows by which a number of components was chosen are a little too good
 /// for that number. So each round chooses its own one, by the same rule and as many groups of the rows that stay in,
-/// and predicts its left-out rows with it, at most the last model that all rounds can have. The rows that stay in are
-/// two or more, and of two groups or more of a column.
+/// and predicts its left-out rows with it, at most the last model that all rounds can have. Rows count that all these
+/// models predict. The rows that stay in are two or more, and of two groups or more of a column.
 /// Source: P. Filzmoser, B. Liebmann, K. Varmuza, J. Chemometrics 23 (2009) 160-171.
 struct NestedValidation {
   std::vector<std::size_t> models;  ///< that the rounds chose, repeat after repeat
@@ -48,7 +48,8 @@ struct RefitValidation {
   int block = 1;
   LeftOutErrors errors;                   ///< of model 0 to the last one that all rounds can have
   std::vector<double> r2x, r2y;  ///< of these models, fitted to all rows: shares of the sums of squares of X and of Y
-  /// Of these models where Y are dummies of classes, by rules that the rounds learnt.
+  /// Of these models where Y are dummies of classes, by rules that the rounds learnt, over the rows that all of them
+  /// predict.
   std::vector<ClassFigures> classFigures;
   std::optional<ComponentChoice> choice;  ///< among these models; nothing where the number was given
   std::size_t model = 0;                  ///< that was chosen, or given

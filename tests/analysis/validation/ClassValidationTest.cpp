@@ -228,6 +228,56 @@ TEST(ClassValidation, PermutesClassesAndCountsHowOftenAsManyAreFound) {
                    ofHoled.classes->figures.accuracy);
 }
 
+/// 24 rows of two classes; the first one has two of its six cells.
+Table TableOfARowWithTwoCells() {
+  std::string text = "c,x1,x2,x3,x4,x5,x6\n";
+  for (int i = 0; i < 24; ++i) {
+    text += i % 2 == 0 ? "a" : "b";
+    for (int k = 1; k <= 6; ++k) {
+      const bool isHole = i == 0 && k > 2;
+      text += "," + (isHole ? "" : std::to_string((i * i * k + 3 * i) % (11 + 2 * k) + (k == 1 ? 5 * (i % 2) : 0)));
+    }
+    text += "\n";
+  }
+  return {text, "t.csv"};
+}
+
+TEST(ClassValidation, CountsTheRowsThatAllNumbersOfComponentsPredict) {
+  const Table table = TableOfARowWithTwoCells();
+  PLSRecipe recipe;
+  recipe.y = {"c"};
+  recipe.components = 4;
+  const PLSValidation validation = Validate(recipe, table);
+  ASSERT_EQ(validation.classFigures.size(), 5U);
+  for (std::size_t a = 0; a < 5; ++a) {
+    PLSRecipe fewer = recipe;
+    fewer.components = static_cast<int>(a);
+    const ClassValidation own = *Validate(fewer, table).classes;
+    EXPECT_EQ(std::isnan(own.values(0, 0)), a > 2) << "2 components predict a row of two cells";
+    const std::vector<int> assigned = AssignedClasses(own.values);
+    int found = 0;
+    for (std::size_t i = 1; i < 24; ++i) found += assigned[i] == own.classes.classOfRow[i] ? 1 : 0;
+    EXPECT_EQ(validation.classFigures[a].accuracy, found / 23.0) << a;
+    EXPECT_EQ(validation.classFigures[a].unpredictedRows, 1) << a;
+  }
+  EXPECT_THAT(validation.notes.Lines(), Contains(HasSubstr("so in no PRESS, Q2, RMSECV and accuracy: 1 row")));
+  const PermutationTest test = PermuteY(recipe, table, validation.folds, 4, {3, 1});
+  EXPECT_EQ(test.original.accuracy, validation.classes->figures.accuracy);
+  EXPECT_NEAR(test.original.q2, validation.errors.q2[4], 1e-6);  // in single precision, fitted a second time
+}
+
+TEST(ClassValidation, ThatIsNestedCountsTheSameRows) {
+  ValidationRecipe nested;
+  nested.nested = true;
+  PLSRecipe recipe;
+  recipe.y = {"c"};
+  const PLSValidation validation = Validate(recipe, TableOfARowWithTwoCells(), nested);
+  ASSERT_TRUE(validation.nested && validation.nested->classes);
+  ASSERT_EQ(validation.errors.unpredictedRows, 1U);
+  ASSERT_LE(validation.nested->models[0], 2U) << "the round of the first row, which these predict";
+  EXPECT_EQ(validation.nested->classes->unpredictedRows, 1);
+}
+
 // 30 rows, 2000 columns of noise: the fitted dummies are the true ones but for roundings.
 TEST(ClassValidation, StandsWithManyMoreColumnsThanRows) {
   std::string text = "c";

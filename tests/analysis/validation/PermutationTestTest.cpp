@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 #include <set>
 #include <vector>
 
@@ -102,6 +103,20 @@ TEST(PermutationTest, GroupsChangePlacesAsWholes) {
     EXPECT_EQ(std::set<std::size_t>(sources.begin(), sources.end()).size(), 6U);
   }
   EXPECT_EQ(seen.size(), 6U);  // the orders of three groups; 200 draws miss one of them once in 1e15
+}
+
+TEST(PermutationTest, CountsTheOrdersOfGroupsThatDifferInY) {
+  EXPECT_EQ(OrdersOfGroups({0, 1, 0, 2, 1, 2}, ColumnOf({1, 2, 3, 4, 5, 6})), 6.0);
+  EXPECT_EQ(OrdersOfGroups({0, 1, 2, 3, 4, 5}, ColumnOf({7, 7, 7, 8, 8, 8})), 20.0);  // 6! / (3! 3!)
+  EXPECT_EQ(OrdersOfGroups({0, 0, 1, 1, 2, 2}, ColumnOf({1, kNotANumber, 1, kNotANumber, 1, 1})), 3.0);
+  EXPECT_EQ(OrdersOfGroups({0, 1}, ColumnOf({4, 4})), 1.0);
+  std::vector<int> many(200);
+  RealMatrix y(200, 1);
+  for (std::size_t i = 0; i < 200; ++i) {
+    many[i] = static_cast<int>(i);
+    y(i, 0) = static_cast<double>(i);
+  }
+  EXPECT_EQ(OrdersOfGroups(many, y), std::numeric_limits<double>::infinity());
 }
 
 TEST(PermutationTest, GroupsOfOneRowAreRows) {

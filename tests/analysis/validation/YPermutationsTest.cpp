@@ -204,6 +204,29 @@ TEST(YPermutations, KeepRowsOfAGroupTogetherWhereGroupsHaveOneSize) {
               ElementsAre("the groups differ in size: the permutations take rows out of their groups"));
 }
 
+TEST(YPermutations, SayHowSmallPCanBeWhereGroupsAreFew) {
+  const auto test = [](int groups, int runs) {
+    std::string text = "g,x1,x2,y\n";
+    for (int i = 0; i < 4 * groups; ++i) {
+      text += std::to_string(i % groups) + "," + std::to_string(i * i % 7) + "," + std::to_string(i * 5 % 11) + "," +
+              std::to_string(i * i % 7 + i % 3) + "\n";
+    }
+    PLSRecipe recipe = RecipeOf({"y"});
+    recipe.x = {"x1", "x2"};
+    recipe.groupColumn = "g";
+    const Table table(text, "t.csv");
+    return PermuteY(recipe, table, Validate(recipe, table).folds, 1, {runs, 1});
+  };
+  const PermutationTest few = test(3, 99);
+  EXPECT_THAT(few.notes.Lines(),
+              ElementsAre("the 3 groups have only 6 orders that differ in Y, of which the true one is one: p of the "
+                          "permutations is about 0.17 at the least"));
+  // Some 16.5 of 99 runs are the original; six in this many are nearly three standard deviations (3.7) fewer.
+  EXPECT_GT(few.judgement.pQ2, 0.06);
+  EXPECT_THAT(test(6, 999).notes.Lines().size(), 1U);
+  EXPECT_THAT(test(6, 9).notes.Lines(), IsEmpty());  // 720 orders
+}
+
 TEST(YPermutations, GiveUniformPsOfNoise) {
   constexpr int kTables = 200, kRuns = 99;
   std::vector<double> ps;

@@ -229,6 +229,13 @@ TEST(ClassModel, SaysWhereTheRuleKeepsNothingAndWhatDoes) {
   EXPECT_THAT(run.error, HasSubstr("note: the rule keeps no component, so that all rows go to one class."));
   EXPECT_THAT(run.error, HasSubstr(": --select min, q2 or randomisation may keep some, --components N"));
   EXPECT_THAT(run.output, HasSubstr("elm          1.000        0.000    -\n")) << "no rows are ordered";
+  for (const char* rule : {"min", "q2", "randomisation"}) {
+    std::vector<std::string> other = line;
+    other.insert(other.end(), {"--select", rule});
+    const CommandResult ofRule = RunWell(other, OakAndElm(20, 0));
+    EXPECT_THAT(ofRule.error, HasSubstr("note: the rule keeps no component")) << rule;
+    EXPECT_THAT(ofRule.error, Not(HasSubstr("--select"))) << rule;
+  }
   std::vector<std::string> given = line;
   given.insert(given.end(), {"--components", "0", "--json"});
   const CommandResult asked = RunWell(given, OakAndElm(20, 0));

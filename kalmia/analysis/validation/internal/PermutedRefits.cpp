@@ -12,6 +12,7 @@
 #include "kalmia/analysis/steps/Scaling.h"
 #include "kalmia/analysis/table/SharedWork.h"
 #include "kalmia/analysis/text/Failure.h"
+#include "kalmia/analysis/text/Numbers.h"
 #include "kalmia/analysis/text/WorkProgress.h"
 #include "kalmia/analysis/validation/LeftOutErrors.h"
 #include "kalmia/analysis/validation/RandomDraws.h"
@@ -28,6 +29,8 @@ constexpr double kMostBytesOfX = 512e6;  ///< of the cells of all rounds of a ta
 constexpr std::size_t kCellsOfATask = 32768;
 constexpr std::size_t kFewestRunsOfATask = 4;
 constexpr std::size_t kMostRunsOfATask = 64;
+/// Where groups can stand in fewer orders than this for each run, the true one comes up in more than one test of 20.
+constexpr double kOrdersOfARun = 20.0;
 
 /// What a run adds up over its rounds: squared errors over s_j^2.
 struct RunSums {
@@ -75,9 +78,7 @@ class Permutations {
     y_ = MatrixOfColumns(data_.measuredY);
     deviations_ = ColumnDeviations(y_);
     byGroups_ = !folds.names.empty() && AreGroupsOfOneSize(folds.groupOfRow.front());
-    if (!folds.names.empty() && !byGroups_) {
-      result_.notes.Add("the groups differ in size: the permutations take rows out of their groups");
-    }
+    if (!folds.names.empty()) NoteGroups();
     runsOfATask_ = std::clamp(kCellsOfATask / y_.rows, kFewestRunsOfATask, kMostRunsOfATask);
     RandomDraws draws(permutations.seed, RandomUse::Permutations);
     for (std::size_t run = 0; run < RunCount(); ++run) {
@@ -101,6 +102,20 @@ class Permutations {
   }
 
  private:
+  void NoteGroups() {
+    if (!byGroups_) {
+      result_.notes.Add("the groups differ in size: the permutations take rows out of their groups");
+      return;
+    }
+    const double orders = OrdersOfGroups(folds_.groupOfRow.front(), y_);
+    if (orders >= kOrdersOfARun * runs_) return;
+    // Each run is the original with the probability 1 / orders, and then counts as good.
+    const double least = (1.0 + runs_ / orders) / (1.0 + runs_);
+    result_.notes.Add("the " + std::to_string(folds_.groups) + " groups have only " + Fixed(orders, 0) +
+                      " orders that differ in Y, of which the true one is one: p of the permutations is about " +
+                      Significant(least, 2) + " at the least");
+  }
+
   std::size_t RunCount() const { return static_cast<std::size_t>(runs_) + 1; }  ///< the first one is the original
 
   std::vector<std::size_t> NextOrder(RandomDraws* draws) const {
@@ -168,8 +183,10 @@ class Permutations {
       sum.fewest = std::min(sum.fewest, said.components[r]);
       sum.most = std::max(sum.most, said.components[r]);
       if (data_.classes && leftOut.rows > 0) {
-        sum.found += RowsFound(OfRun(fitted, r, runs), OfRun(said.fitted, r, runs), OfRun(leftOut, r, runs),
-                               OfRun(said.leftOut, r, runs));
+        const std::vector<int> assigned = AssignedRows(OfRun(fitted, r, runs), OfRun(said.fitted, r, runs),
+                                                       OfRun(said.leftOut, r, runs));
+        const std::vector<int> classes = ClassesOfDummies(OfRun(leftOut, r, runs));
+        for (std::size_t i = 0; i < classes.size(); ++i) sum.found += assigned[i] == classes[i] ? 1.0 : 0.0;
       }
       for (std::size_t j = 0; j < y_.columns; ++j) {
         const std::size_t p = j * runs + r;
@@ -194,16 +211,11 @@ class Permutations {
     return cells;
   }
 
-  /// Left-out rows whose class the rule finds that the fitted rows teach, from their dummies and what a model says of
-  /// them.
-  int RowsFound(const RealMatrix& fittedY, const RealMatrix& fitted, const RealMatrix& leftOutY,
-                const RealMatrix& leftOut) const {
+  /// Classes that left-out rows are assigned to, -1 for none, by the rule that the fitted rows teach: from their
+  /// dummies and what a model says of them.
+  std::vector<int> AssignedRows(const RealMatrix& fittedY, const RealMatrix& fitted, const RealMatrix& leftOut) const {
     const DiscriminantRule rule = LearnDiscriminantRule(fitted, ClassesOfDummies(fittedY), refits_.recipe.priors);
-    const std::vector<int> found = AssignedClasses(DiscriminantValues(rule, leftOut));
-    const std::vector<int> classes = ClassesOfDummies(leftOutY);
-    int count = 0;
-    for (std::size_t i = 0; i < found.size(); ++i) count += found[i] >= 0 && found[i] == classes[i] ? 1 : 0;
-    return count;
+    return AssignedClasses(DiscriminantValues(rule, leftOut));
   }
 
   static std::vector<int> ClassesOfDummies(const RealMatrix& dummies) {
@@ -253,15 +265,26 @@ class Permutations {
   void TakeFigures(std::size_t run, const RunSums& sums) {
     const double degrees = static_cast<double>(y_.rows - 1) * static_cast<double>(y_.columns);  // sum of SS_j / s_j^2
     runFigures_.push_back({CorrelationOf(run), 1.0 - sums.sse / degrees, 1.0 - sums.press / sums.pressOfMeans,
-                           AccuracyOf(sums.found)});
+                           data_.classes ? AccuracyOf(sums.found, y_.rows) : kNotANumber});
   }
 
-  /// Of the rows that have a class.
-  double AccuracyOf(double found) const {
-    if (!data_.classes) return kNotANumber;
-    const std::vector<int>& classes = data_.classes->classOfRow;
-    const auto none = std::count(classes.begin(), classes.end(), -1);
-    return found / folds_.Repeats() / static_cast<double>(classes.size() - static_cast<std::size_t>(none));
+  /// From the rows that are found in all repeats, of so many that have a class and are predicted.
+  double AccuracyOf(double found, std::size_t rows) const {
+    return found / folds_.Repeats() / static_cast<double>(rows);
+  }
+
+  /// By the classes that the rows are assigned to in each repeat. `rowErrors` are numbers of the rows that count.
+  double AccuracyOf(const RealMatrix& measured, const std::vector<std::vector<int>>& assigned,
+                    const RealMatrix& rowErrors) const {
+    const std::vector<int> classes = ClassesOfDummies(measured);
+    double found = 0.0;
+    std::size_t rows = 0;
+    for (std::size_t i = 0; i < classes.size(); ++i) {
+      if (std::isnan(rowErrors(i, 0))) continue;
+      ++rows;
+      for (const std::vector<int>& ofRepeat : assigned) found += ofRepeat[i] == classes[i] ? 1.0 : 0.0;
+    }
+    return AccuracyOf(found, rows);
   }
 
   double CorrelationOf(std::size_t run) const { return run == 0 ? 1.0 : correlations_[run - 1]; }
@@ -328,17 +351,20 @@ class Permutations {
     }
     const RealMatrix measured = MatrixOfColumns(y), none(y_.rows, y_.columns, kNotANumber);
     const std::size_t ofRepeat = static_cast<std::size_t>(folds_.groups);
-    std::vector<std::vector<RealMatrix>> predictions(static_cast<std::size_t>(folds_.Repeats()), {none, none});
-    int found = 0;
+    const auto repeats = static_cast<std::size_t>(folds_.Repeats());
+    std::vector<std::vector<RealMatrix>> predictions(repeats, {none, none});
+    std::vector<std::vector<int>> assigned(repeats, std::vector<int>(y_.rows, -1));
     for (std::size_t g = 0; g + 1 < rounds.size(); ++g) {
       const std::vector<RealMatrix>& ofLeftOut = said[g].ofLeftOut;
       TakeEnds(ofLeftOut, models, rounds[g].leftOut, &predictions[g / ofRepeat]);
       if (!data_.classes) continue;
-      found += RowsFound(RowsOf(measured, rounds[g].fitted), said[g].ofFitted[models - 1],
-                         RowsOf(measured, rounds[g].leftOut), ofLeftOut[models - 1]);
+      const std::vector<int> classes = AssignedRows(RowsOf(measured, rounds[g].fitted), said[g].ofFitted[models - 1],
+                                                    ofLeftOut[models - 1]);
+      for (std::size_t i = 0; i < classes.size(); ++i) assigned[g / ofRepeat][rounds[g].leftOut[i]] = classes[i];
     }
-    figures->accuracy = AccuracyOf(found);
-    figures->q2 = JudgeLeftOutRows(measured, predictions).q2.back();
+    const LeftOutErrors errors = JudgeLeftOutRows(measured, predictions);
+    figures->q2 = errors.q2.back();
+    if (data_.classes) figures->accuracy = AccuracyOf(measured, assigned, errors.rowErrors);
     std::vector<RealMatrix> fitted(2, none);
     TakeEnds(said.back().ofFitted, models, rounds.back().fitted, &fitted);
     figures->r2 = JudgeLeftOutRows(measured, {fitted}).q2.back();

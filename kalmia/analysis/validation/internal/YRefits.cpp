@@ -266,11 +266,21 @@ class Refitting {
     return MeanOverRepeats(values);
   }
 
+  /// Over the rows that all models predict, as PRESS is.
+  ClassFigures FiguresOf(RealMatrix values) const {
+    for (std::size_t i = 0; i < values.rows; ++i) {
+      if (IsCounted(i)) continue;
+      for (std::size_t c = 0; c < values.columns; ++c) values(i, c) = kNotANumber;
+    }
+    return JudgeClasses(data_.classes->classOfRow, values);
+  }
+
+  /// Whether the row has a measured Y and is predicted by all models.
+  bool IsCounted(std::size_t row) const { return !std::isnan(result_.errors.rowErrors(row, 0)); }
+
   /// Of each model. Without components the values are the priors of the rounds, which order no rows.
   void JudgeClassesByModel() {
-    for (std::size_t a = 0; a < Models(); ++a) {
-      result_.classFigures.push_back(JudgeClasses(data_.classes->classOfRow, ClassValues(a)));
-    }
+    for (std::size_t a = 0; a < Models(); ++a) result_.classFigures.push_back(FiguresOf(ClassValues(a)));
     WithoutAuc(&result_.classFigures.front());
   }
 
@@ -280,7 +290,8 @@ class Refitting {
     if (result_.errors.unpredictedRows == 0) return;
     const int most = result_.ComponentsOf(result_.errors.MostComponents());
     result_.notes.Add("not predicted while left out by " + Counted(static_cast<std::size_t>(most), "component") +
-                      ", for want of cells, and so in no PRESS, Q2 and RMSECV: " +
+                      ", for want of cells, and so in no PRESS, Q2" +
+                      (data_.classes ? ", RMSECV and accuracy: " : " and RMSECV: ") +
                       Counted(result_.errors.unpredictedRows, "row"));
   }
 
@@ -302,11 +313,12 @@ class Refitting {
     if (data_.classes && result_.model == 0 && Models() > 1) {
       result_.notes.Add("the rule keeps no component, so that all rows go to one class. It goes by the errors of the "
                         "dummies; the accuracies by number of components tell how many left-out rows are found",
-                        Remedy::ChooseOtherwise);
+                        validation_.selection.rule == SelectionRule::OneSE ? Remedy::ChooseOtherwise : Remedy::None);
     }
   }
 
-  /// The errors of what each round's own choice predicts, beside those of the mean.
+  /// The errors of what each round's own choice predicts, beside those of the mean: of the rows that count for all
+  /// models.
   void Nest() {
     if (!chooseBy_) return;
     NestedValidation nested;
@@ -320,7 +332,7 @@ class Refitting {
       nested.models.push_back(std::min(own, Models() - 1));
       for (const std::size_t row : RowsOfGroup(Partition(), repeat, group)) {
         for (std::size_t j = 0; j < data_.yNames.size(); ++j) {
-          predictions[r][1](row, j) = predictions_[r][nested.models.back()](row, j);
+          predictions[r][1](row, j) = IsCounted(row) ? predictions_[r][nested.models.back()](row, j) : kNotANumber;
           if (data_.classes) values[r](row, j) = classValues_[r][nested.models.back()](row, j);
         }
       }
@@ -334,7 +346,7 @@ class Refitting {
     if (data_.classes) {
       std::vector<const RealMatrix*> ofRepeats;
       for (const RealMatrix& ofRepeat : values) ofRepeats.push_back(&ofRepeat);
-      nested.classes = JudgeClasses(data_.classes->classOfRow, MeanOverRepeats(ofRepeats));
+      nested.classes = FiguresOf(MeanOverRepeats(ofRepeats));
     }
     result_.nested = std::move(nested);
   }
