@@ -151,6 +151,22 @@ TEST(ClassModel, TellsTheClassOfEachRowFittedAndLeftOut) {
   }
 }
 
+TEST(ClassModel, HasDifferentColumnsInFitCsvWhateverItsClassesAreCalled) {
+  const ScratchFolder folder;
+  std::string table = "kind,x1,x2\n";
+  for (int i = 0; i < 24; ++i) {
+    table += std::string(i % 2 == 0 ? "class," : "kind,") + std::to_string(i % 5 + 4 * (i % 2)) + "," +
+             std::to_string(i * 5 % 11) + "\n";
+  }
+  RunWell({"pls", "-", "--y", "kind", "--components", "1", "--csv", folder.Path("d")}, table);
+  EXPECT_THAT(ReadWholeFile(folder.Path("d/fit.csv")),
+              ::testing::StartsWith("row,measured kind,class,cv class,measured class,predicted class,cv class (2),"
+                                    "measured kind (2),predicted kind,cv kind\n"));
+  const kalmia::analysis::Table csv = CsvAt(folder.Path("d/fit.csv"));  // a table of the program's own
+  EXPECT_EQ(csv.Cell(0, csv.Find("measured kind")), "class");
+  EXPECT_EQ(csv.Cell(0, csv.Find("measured kind (2)")), "0");
+}
+
 TEST(ClassModel, HasNoClassForRowsThatHaveNone) {
   std::string table = OakAndElm(24, 6);
   table.replace(table.find("r3,elm"), 6, "r3,");

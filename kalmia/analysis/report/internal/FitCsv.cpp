@@ -1,5 +1,7 @@
 #include "kalmia/analysis/report/internal/FitCsv.h"
 
+#include <set>
+
 #include "kalmia/analysis/model/internal/OPLSDiagnostics.h"
 #include "kalmia/analysis/steps/Scaling.h"
 #include "kalmia/analysis/table/internal/CsvText.h"
@@ -45,6 +47,23 @@ void ImportanceCells(const std::vector<JackKnifeResult>& ofKinds, std::size_t ki
   }
 }
 
+/// Titles of columns, each different from those before: where one is there already, a number from 2 on in parentheses
+/// follows it.
+class DifferentTitles {
+ public:
+  explicit DifferentTitles(CsvText* csv) : csv_(csv) {}
+
+  void Add(const std::string& title) {
+    std::string own = title;
+    for (int number = 2; !taken_.insert(own).second; ++number) own = title + " (" + std::to_string(number) + ")";
+    csv_->Field(own);
+  }
+
+ private:
+  CsvText* csv_;
+  std::set<std::string> taken_;
+};
+
 /// Of a model without components.
 Coefficients CoefficientsOfMeans(const YModelInfo& model) {
   Coefficients means;
@@ -62,11 +81,17 @@ CsvFile FitCsv(const std::string& file, const std::vector<std::string>& rowNames
                const std::vector<RowPrediction>& fitted, const CsvMarks& marks, const RealMatrix* leftOut,
                const std::optional<RowClasses>& classes) {
   CsvText csv(marks);
-  csv.Field("row");
-  if (classes) csv.Field("measured " + classes->column).Field("class").Field("cv class");
+  DifferentTitles titles(&csv);
+  titles.Add("row");
+  if (classes) {
+    for (const std::string& title : {"measured " + classes->column, std::string("class"), std::string("cv class")}) {
+      titles.Add(title);
+    }
+  }
   for (const std::string& name : columnNames) {
-    csv.Field("measured " + name).Field("predicted " + name);
-    if (leftOut != nullptr) csv.Field("cv " + name);
+    titles.Add("measured " + name);
+    titles.Add("predicted " + name);
+    if (leftOut != nullptr) titles.Add("cv " + name);
   }
   csv.EndLine();
   for (std::size_t i = 0; i < fitted.size(); ++i) {

@@ -19,7 +19,8 @@ namespace kalmia::analysis {
 
 /// Each row's measured and predicted values of every column; `measured` column by column, a hole NaN. With `leftOut` a
 /// third one, predicted while the row was left out, rows by columns; empty where it is without rows. Of classes, in
-/// front of these, the row's own, the one that it is assigned to, and the one while it was left out.
+/// front of these, the row's own, the one that it is assigned to, and the one while it was left out. A title that is
+/// there already, as "cv class" of a class called "class", has " (2)" behind it.
 CsvFile FitCsv(const std::string& file, const std::vector<std::string>& rowNames,
                const std::vector<std::string>& columnNames, const std::vector<std::vector<double>>& measured,
                const std::vector<RowPrediction>& fitted, const CsvMarks& marks, const RealMatrix* leftOut = nullptr,
