@@ -1,5 +1,6 @@
 #include "kalmia/analysis/fit/FilterResult.h"
 
+#include <algorithm>
 #include <cmath>
 #include <optional>
 #include <utility>
@@ -22,6 +23,9 @@ namespace kalmia::analysis {
 namespace {
 
 constexpr std::size_t kRowsNamed = 10;  ///< a note names so many rows, and counts the others
+constexpr double kRounding = 1e-4;  ///< of the largest score: far above what single precision makes of the same row
+constexpr auto kTooGood = ": a cross-validation of a model of the filtered table is too good, as each left-out row has "
+                          "had its say in the filter";
 
 /// Takes the rows out that say nothing of Y.
 void LeaveOutRowsWithoutY(ModelData* data, Notes* notes) {
@@ -47,12 +51,31 @@ void LeaveOutRowsWithoutY(ModelData* data, Notes* notes) {
   data->y = y;
 }
 
+/// Whether all rows that the filter was made of are among these, scaled as its X: in their order, with their names and
+/// their first scores. Never of a filter without its rows.
+bool HasRowsOfFilter(const StoredFilter& filter, const std::vector<std::string>& names, const NCDataMatrix<float>& x) {
+  if (filter.rowNames.empty() || filter.t.SizeRows() == 0) return false;
+  const NCDataVector<float> scores = x.RegressRows(filter.w[1]);
+  const NCDataVector<float>& own = filter.t[1];
+  double largest = 0.0;
+  for (const float score : own) largest = std::max(largest, std::fabs(static_cast<double>(score)));
+  std::size_t found = 0;
+  for (std::size_t i = 0; i < names.size() && found < filter.rowNames.size(); ++i) {
+    const double gap = static_cast<double>(scores[static_cast<int>(i) + 1]) - own[static_cast<int>(found) + 1];
+    if (names[i] == filter.rowNames[found] && std::fabs(gap) <= kRounding * largest) ++found;
+  }
+  return found == filter.rowNames.size();
+}
+
 FilteredTable FilterRows(const StoredFilter& filter, const Table& table, Notes* notes, NCProgress* progress) {
   NewRows rows = ReadNewRows(filter, table, "", notes, progress);
   NoteMovedCells(rows.moved, notes);
   FilteredTable filtered;
   filtered.missingColumns = std::move(rows.missingColumns);
   ApplyScale(filter.xScaling, &rows.x);
+  if (HasRowsOfFilter(filter, rows.names, rows.x)) {
+    notes->Add("the filter was made of these rows and has seen their Y" + std::string(kTooGood));
+  }
   NCDataMatrix<float> left = rows.x;
   TakeOut(filter, &left);
   filtered.removed = DescribedShare(rows.x, left);
@@ -93,8 +116,7 @@ FilterResult Compute(const FilterRecipe& recipe, const Table& table, NCProgress*
   filter.xResiduals = *fit.filter->GetXResiduals();
   filter.components = std::move(fit.components);
   result.endedEarly = std::move(fit.endedEarly);
-  result.notes.Add("the filter has seen Y of all rows: a cross-validation of a model of the filtered table is too good, "
-                   "as each left-out row has had its say in the filter");
+  result.notes.Add("the filter has seen Y of all rows" + std::string(kTooGood));
   Notes said;  // by the selection of the data already
   result.filtered = FilterRows(filter, table, &said, progress);
   return result;

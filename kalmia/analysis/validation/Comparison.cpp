@@ -5,6 +5,7 @@
 #include <set>
 #include <utility>
 
+#include "kalmia/analysis/fit/internal/SelectData.h"
 #include "kalmia/analysis/table/ColumnMoments.h"
 #include "kalmia/analysis/text/DisplayText.h"
 #include "kalmia/analysis/text/Failure.h"
@@ -47,21 +48,35 @@ void CheckCandidates(const std::vector<Candidate>& candidates) {
 struct Judged {
   RefitValidation validation;
   int orthogonal = 0;
+  Notes notes;  ///< on the columns that mislead, and on the validation
 };
 
 Judged Judge(const PLSRecipe& recipe, const Table& table, const ValidationRecipe& validation, NCProgress* progress) {
-  return {Validate(recipe, table, validation, progress), 0};
+  return {Validate(recipe, table, validation, progress), 0, {}};
 }
 
 Judged Judge(const OPLSRecipe& recipe, const Table& table, const ValidationRecipe& validation, NCProgress* progress) {
   OPLSValidation judged = Validate(recipe, table, validation, progress);
   const int orthogonal = OPLSValidation::OrthogonalOf(judged.model);
-  return {std::move(judged), orthogonal};
+  return {std::move(judged), orthogonal, {}};
+}
+
+/// Says which columns of X copy Y. What else the selection notes is told by a fit.
+void NoteColumnsToLeaveOut(const YRecipe& recipe, const Table& table, Notes* notes, NCProgress* progress) {
+  Notes said;
+  SelectData(table, recipe, &said, progress);
+  for (std::size_t i = 0; i < said.Lines().size(); ++i) {
+    if (said.Remedies()[i] == Remedy::LeaveOutColumn) notes->Add(said.Lines()[i], said.Remedies()[i]);
+  }
 }
 
 Judged Judge(const Candidate& candidate, const Table& table, const ValidationRecipe& validation,
              NCProgress* progress) try {
-  return std::visit([&](const auto& recipe) { return Judge(recipe, table, validation, progress); }, candidate.recipe);
+  Judged judged = std::visit([&](const auto& recipe) { return Judge(recipe, table, validation, progress); },
+                             candidate.recipe);
+  NoteColumnsToLeaveOut(YOf(candidate), table, &judged.notes, progress);
+  judged.notes.Add(judged.validation.notes);
+  return judged;
 } catch (const BadData& failure) {
   throw BadData(Quoted(candidate.name) + ": " + failure.what(), failure.WhatHelps(), failure.Place());
 } catch (const BadRequest& failure) {
@@ -79,6 +94,26 @@ void RequireComparable(const Candidate& candidate, const RefitValidation& valida
                   std::to_string(validation.rowNames.size()) + " beside " + std::to_string(ofFirst.rowNames.size()) +
                   "; rows without a cell of X are in no model");
   }
+}
+
+bool HasLine(const Notes& notes, const std::string& line) {
+  return std::find(notes.Lines().begin(), notes.Lines().end(), line) != notes.Lines().end();
+}
+
+/// What is noted of every candidate is said once, all else with the name of the candidate.
+Notes NotesOf(const std::vector<Candidate>& candidates, const std::vector<Judged>& judged) {
+  Notes notes;
+  for (std::size_t m = 0; m < candidates.size(); ++m) {
+    const Notes& own = judged[m].notes;
+    for (std::size_t i = 0; i < own.Lines().size(); ++i) {
+      const std::string& line = own.Lines()[i];
+      const bool isOfAll = std::all_of(judged.begin(), judged.end(),
+                                       [&line](const Judged& other) { return HasLine(other.notes, line); });
+      if (isOfAll && m > 0) continue;
+      notes.Add(isOfAll ? line : candidates[m].name + ": " + line, own.Remedies()[i]);
+    }
+  }
+  return notes;
 }
 
 std::vector<double> ErrorsOf(const RefitValidation& validation) {
@@ -144,11 +179,8 @@ Comparison Compare(const std::vector<Candidate>& candidates, const Table& table,
     judged.push_back(Judge(candidate, table, validation, progress));
     RequireComparable(candidate, judged.back().validation, candidates.front(), judged.front().validation);
     errors.push_back(ErrorsOf(judged.back().validation));
-    const Notes& notes = judged.back().validation.notes;
-    for (std::size_t i = 0; i < notes.Lines().size(); ++i) {
-      comparison.notes.Add(candidate.name + ": " + notes.Lines()[i], notes.Remedies()[i]);
-    }
   }
+  comparison.notes = NotesOf(candidates, judged);
   comparison.yNames = judged.front().validation.yNames;
   comparison.folds = judged.front().validation.folds;
   KeepCommonRows(&errors);

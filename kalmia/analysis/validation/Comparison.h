@@ -45,7 +45,7 @@ struct Comparison {
   std::size_t best = 0;  ///< the first one with the least mean error
   /// Models by models: p of the paired test that one predicts as well as the other; 1 of a model with itself.
   RealMatrix p;
-  Notes notes;
+  Notes notes;  ///< on columns that copy Y and on the validations; what is not of all begins with a candidate's name
 };
 
 /// Validates each candidate, see Validate, and compares the errors of their rows in pairs, see ComparePaired; under a

@@ -121,6 +121,29 @@ TEST(Compare, RefusesWhatMakesNoSense) {
   }
 }
 
+TEST(Compare, SaysOnceWhatIsNotedOfAllModels) {
+  std::string table = "name,x1,x2,twin,y\n";
+  for (int i = 0; i < 24; ++i) {
+    const int y = i * 5 % 13 + i * i % 7;
+    table += "r" + std::to_string(i / 2) + "," + std::to_string(i * 5 % 13) + "," + std::to_string(i * i % 7) + "," +
+             std::to_string(3 * y + 1) + "," + std::to_string(y) + "\n";
+  }
+  const std::string copy = "column 'twin' of X is a copy of y, but for shift and scale, so that any model of it "
+                           "predicts well: --exclude leaves it out\n";
+  const std::string replicates = "note: names of several rows: r0, r1, r2 and 9 more.";
+  const CommandResult both = RunCompare({"-", "pls", "opls", "--y", "y", "--id", "name"}, table);
+  ASSERT_EQ(both.exitCode, 0) << both.error;
+  for (const std::string& note : {"note: " + copy, replicates}) {
+    EXPECT_THAT(both.error, HasSubstr(note));
+    EXPECT_EQ(both.error.find(note), both.error.rfind(note));
+  }
+  EXPECT_EQ(both.error.find("pls: "), std::string::npos);
+  const CommandResult one = RunCompare({"-", "pls", "opls --x x1,x2", "--y", "y", "--id", "name"}, table);
+  EXPECT_THAT(one.error, HasSubstr("note: pls: " + copy));
+  EXPECT_EQ(one.error.find("opls"), std::string::npos);
+  EXPECT_THAT(one.error, HasSubstr(replicates));
+}
+
 TEST(Compare, SaysNothingOfIntervalsThatItDoesNotShow) {
   const CommandResult run = RunCompare({"-", "pls", "opls", "--y", "y", "--id", "name", "--groups", "2"},
                                        LinearTable(20, 4, 1));

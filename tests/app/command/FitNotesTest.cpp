@@ -56,9 +56,37 @@ TEST(FitNotes, NameAColumnThatTellsClassesByItself) {
     return std::string(row % 3 == 0 ? "oak" : "elm");
   });
   const std::string notes = RunWell({"pls", "-", "--y", "kind", "--id", "name", "--exclude", "y"}, classes).error;
-  EXPECT_THAT(notes, HasSubstr("note: column 'code' of X is a copy of elm and oak, but for shift and scale"));
+  EXPECT_THAT(notes, HasSubstr("note: column 'code' of X is a copy of the dummies of classes elm and oak, but for "
+                               "shift and scale"));
   const Words without = {"pls", "-", "--y", "kind", "--id", "name", "--exclude", "y,code"};
   EXPECT_THAT(RunWell(without, classes).error, Not(HasSubstr("a copy of")));
+}
+
+TEST(FitNotes, SayThatACopiedNumberIsTheNameOfAClass) {
+  std::string table = "name,kind,code,x\n";  // of three classes the column tells one, which many rows do not have
+  for (int i = 0; i < 60; ++i) {
+    table += "r" + std::to_string(i) + "," + std::to_string(1 + i / 20) + (i / 20 == 0 ? ",5," : ",2,") +
+             std::to_string(i * 7 % 11 + 2 * (i / 20)) + "\n";
+  }
+  EXPECT_THAT(RunWell({"pls", "-", "--classes", "kind", "--id", "name"}, table).error,
+              HasSubstr("note: column 'code' of X is a copy of the dummy of class 1, but for shift and scale"));
+}
+
+TEST(FitNotes, FindACopyWhereverItsRowsStandAndNoneThatOneRowLeaves) {
+  // 200 rows of a Y that is constant but for ten rows. The line of a copy passes through all of them.
+  for (const int first : {0, 95, 190}) {
+    std::string copied = "name,y,x,copy\n", left = copied;
+    for (int i = 0; i < 200; ++i) {
+      const int y = i >= first && i < first + 10 ? 3 + i % 3 : 1;
+      const std::string cells =
+          "r" + std::to_string(i) + "," + std::to_string(y) + "," + std::to_string(i * 7 % 11) + ",";
+      copied += cells + std::to_string(10 - 2 * y) + "\n";
+      left += cells + std::to_string(i == 137 ? 9.5 : 10 - 2 * y) + "\n";
+    }
+    const Words line = {"pls", "-", "--y", "y", "--id", "name", "--components", "1", "--validation", "none"};
+    EXPECT_THAT(RunWell(line, copied).error, HasSubstr("column 'copy' of X is a copy of y")) << first;
+    EXPECT_THAT(RunWell(line, left).error, Not(HasSubstr("a copy of"))) << first;
+  }
 }
 
 TEST(FitNotes, NeedFiveCommonCellsForACopy) {
@@ -89,6 +117,11 @@ TEST(FitNotes, TellThatReplicatesShouldStayTogether) {
     }
   }
   EXPECT_THAT(RunWell({"pca", "-", "--exclude", "name", "--id", "batch"}, table).error, HasSubstr("Replicates"));
+  const std::string turned = WithColumn(LinearTable(20, 4, 1), "batch", [](int row, const std::string&) {
+    return row < 18 ? "c" + std::to_string(9 - row / 6) : std::string("c" + std::to_string(row));
+  });
+  EXPECT_THAT(RunWell({"pca", "-", "--exclude", "name", "--id", "batch"}, turned).error,
+              HasSubstr("note: names of several rows: c9, c8 and c7.")) << "in the order of the rows";
   EXPECT_THAT(RunWell({"pls", "-", "--y", "y", "--exclude", "name", "--id", "batch", "--validation", "none",
                        "--components", "1"},
                       table)
@@ -108,6 +141,14 @@ TEST(FitNotes, TellThatLimitsCountRowsAndNotGroups) {
   }
   EXPECT_THAT(RunWell({"pca", "-", "--id", "name", "--group-column", "batch"}, table).error,
               HasSubstr("note: limits of rows count 20 rows, not the 10 groups of batch")) << "it has no intervals";
+  const std::string classes = WithColumn(table, "kind", [](int row, const std::string&) {
+    return std::string(row % 6 < 2 ? "oak" : "elm");
+  });
+  EXPECT_THAT(RunWell({"pls", "-", "--y", "kind", "--id", "name", "--exclude", "y", "--group-column", "batch",
+                       "--components", "1"},
+                      classes)
+                  .error,
+              HasSubstr("note: limits of rows count 20 rows, not the 10 groups of batch")) << "nor have classes";
   const std::string alone = WithColumn(LinearTable(20, 4, 1), "batch", [](int row, const std::string&) {
     return "b" + std::to_string(row);
   });
@@ -115,7 +156,7 @@ TEST(FitNotes, TellThatLimitsCountRowsAndNotGroups) {
               Not(HasSubstr("count 20 rows")));
 }
 
-TEST(FitNotes, LeaveTheNamesOfRowsBeyondALimitToTheText) {
+TEST(FitText, CountsTheRowsBeyondALimitAndNamesThem) {
   const json rows =
       RunWell({"pls", ExampleTable("wine.csv"), "--classes", "cultivar", "--id", "sample", "--json"}).Json();
   std::vector<std::string> beyond;
@@ -134,7 +175,14 @@ TEST(FitNotes, TellThatAFilterHasSeenY) {
                       "--save", folder.Path("m")};
   EXPECT_THAT(RunWell(made, LinearTable(20, 4, 1)).error, HasSubstr("note: the filter has seen Y of all rows"));
   const Words applied = {"filter", "-", "--model", folder.Path("m"), "--out", folder.Path("g.csv")};
-  EXPECT_THAT(RunWell(applied, LinearTable(20, 4, 2)).error, Not(HasSubstr("has seen Y"))) << "of other rows";
+  constexpr auto kOwn = "note: the filter was made of these rows and has seen their Y: a cross-validation of a model";
+  const std::string own = LinearTable(20, 4, 1);
+  EXPECT_THAT(RunWell(applied, own).error, HasSubstr(kOwn));
+  EXPECT_THAT(RunWell(applied, own + "new,1,2,3,4,5\n").error, HasSubstr(kOwn)) << "beside another one";
+  EXPECT_EQ(RunWell(applied, LinearTable(20, 4, 2)).error, "") << "other rows with the same names";
+  EXPECT_EQ(RunWell(applied, own.substr(0, own.rfind("\n", own.size() - 2) + 1)).error, "") << "all but one";
+  RunWell(made + Words{"--no-rows"}, own);
+  EXPECT_EQ(RunWell(applied, own).error, "") << "a filter that does not know its rows";
 }
 
 TEST(FitNotes, KeepSilentOnOrdinaryTables) {
@@ -146,7 +194,8 @@ TEST(FitNotes, KeepSilentOnOrdinaryTables) {
                          {"pls", ExampleTable("oliveoil.csv"), "--y", "yellow,green", "--id", "sample"}};
   for (const Words& line : lines) {
     const std::string notes = RunWell(line).error;
-    for (const char* words : {"a copy of", "Replicates", "count ", "seen Y", "keeps no component"}) {
+    for (const char* words : {"a copy of", "Replicates", "the jack-knife has", "not predicted while left out",
+                              "keeps no component"}) {
       EXPECT_THAT(notes, Not(HasSubstr(words))) << line[1];
     }
   }

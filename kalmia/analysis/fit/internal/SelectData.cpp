@@ -2,7 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
-#include <map>
+#include <set>
 #include <unordered_map>
 #include <utility>
 
@@ -51,6 +51,62 @@ bool AreCopies(const std::vector<double>& a, const std::vector<double>& b) {
     bSquares += ofB * ofB;
   }
   return std::fabs(products) > kCopied * std::sqrt(aSquares) * std::sqrt(bSquares);
+}
+
+/// Rows that are looked at first, to see that a column is no copy: so many spread over the table, and two of the
+/// extremes of Y, so that dummies of classes differ in them.
+constexpr std::size_t kSpreadProbes = 14;
+
+/// A Y column, and what shows at a glance that most columns do not copy it.
+struct CopiedColumn {
+  const NumberColumn* column = nullptr;
+  double squares = 0.0;  ///< of its cells about their mean
+  std::set<std::size_t> probes;  ///< rows
+};
+
+CopiedColumn CopiedColumnOf(const NumberColumn& column) {
+  CopiedColumn copied = {&column, 0.0, {}};
+  double sum = 0.0, count = 0.0;
+  std::size_t least = column.cells.size(), most = least;
+  for (std::size_t i = 0; i < column.cells.size(); ++i) {
+    const double cell = column.cells[i];
+    if (std::isnan(cell)) continue;
+    sum += cell;
+    count += 1.0;
+    if (least == column.cells.size() || cell < column.cells[least]) least = i;
+    if (most == column.cells.size() || cell > column.cells[most]) most = i;
+  }
+  if (count == 0.0) return copied;
+  for (const double cell : column.cells) {
+    if (!std::isnan(cell)) copied.squares += (cell - sum / count) * (cell - sum / count);
+  }
+  copied.probes = {least, most};
+  for (std::size_t k = 0; k < kSpreadProbes; ++k) copied.probes.insert(k * column.cells.size() / kSpreadProbes);
+  return copied;
+}
+
+/// Whether the probes alone show that x is no copy. The line through all cells of a copy leaves at most 1 - r^2 of the
+/// squares of Y; the line through some of the rows, which fits them best, leaves less of these than that.
+bool LeavesTheLine(const std::vector<double>& x, const CopiedColumn& y) {
+  const std::vector<double>& cells = y.column->cells;
+  double common = 0.0, xSum = 0.0, ySum = 0.0;
+  for (const std::size_t i : y.probes) {
+    if (std::isnan(x[i]) || std::isnan(cells[i])) continue;
+    common += 1.0;
+    xSum += x[i];
+    ySum += cells[i];
+  }
+  double products = 0.0, xSquares = 0.0, left = 0.0;
+  for (const std::size_t i : y.probes) {
+    if (std::isnan(x[i]) || std::isnan(cells[i])) continue;
+    const double ofX = x[i] - xSum / common, ofY = cells[i] - ySum / common;
+    products += ofX * ofY;
+    xSquares += ofX * ofX;
+    left += ofY * ofY;
+  }
+  if (xSquares > 0.0) left -= products / xSquares * products;
+  // Twice that, so that no rounding tells a copy from its line.
+  return left > 2.0 * (1.0 - kCopied * kCopied) * y.squares;
 }
 
 /// A column as the model sees it.
@@ -239,18 +295,27 @@ class Selection {
     x_.clear();
   }
 
-  /// A column of X that tells Y itself, as one that was forgotten there, makes any model look good.
+  /// A column of X that tells Y itself, as one that was forgotten there, makes any model look good. Cost: a few rows of
+  /// each pair of columns, and all of those pairs that lie on a line there.
   void NoteCopiesOfY() {
+    std::vector<CopiedColumn> ys;
+    for (const NumberColumn& y : y_) ys.push_back(CopiedColumnOf(y));
     for (const NumberColumn& x : x_) {
       std::vector<std::string> copied;
-      for (const NumberColumn& y : y_) {
-        if (AreCopies(x.cells, y.cells)) copied.push_back(y.name);
+      for (const CopiedColumn& y : ys) {
+        if (!LeavesTheLine(x.cells, y) && AreCopies(x.cells, y.column->cells)) copied.push_back(y.column->name);
       }
       if (copied.empty()) continue;
-      notes_->Add("column " + Quoted(x.name) + " of X is a copy of " + Listed(copied, kColumnsNamed) +
+      notes_->Add("column " + Quoted(x.name) + " of X is a copy of " + YColumnsText(copied) +
                       ", but for shift and scale, so that any model of it predicts well",
                   Remedy::LeaveOutColumn);
     }
+  }
+
+  /// A class may be called by a number.
+  std::string YColumnsText(const std::vector<std::string>& names) const {
+    const char* kind = !data_.classes ? "" : names.size() == 1 ? "the dummy of class " : "the dummies of classes ";
+    return kind + Listed(names, kColumnsNamed);
   }
 
   /// Constant columns are left out, and lose nothing.
@@ -431,13 +496,13 @@ int CountYColumns(const Table& table, const YRecipe& recipe) {
 }
 
 void NoteReplicates(const std::vector<std::string>& rowNames, Notes* notes) {
-  std::map<std::string, int> counts;
-  for (const std::string& name : rowNames) {
-    if (!name.empty()) ++counts[name];
-  }
+  std::unordered_map<std::string, int> counts;
+  for (const std::string& name : rowNames) ++counts[name];
   std::vector<std::string> replicated;
-  for (const auto& [name, count] : counts) {
-    if (count > 1) replicated.push_back(name);
+  for (const std::string& name : rowNames) {
+    int& count = counts[name];
+    if (!name.empty() && count > 1) replicated.push_back(name);
+    count = 0;  // named once
   }
   if (replicated.empty()) return;
   notes->Add("names of several rows: " + Listed(replicated, kReplicatesNamed) +

@@ -18,6 +18,8 @@ namespace kalmia::analysis {
 /// them, and those that come out as such are left out. `progress`, which may be null, shows the steps. Throws BadData:
 /// a column that is not there; a Y of text, without values, or without any variance; no X column or no X cell left; X
 /// that the steps cannot take; a row without a group, fewer than two groups; a cell that is no number.
+/// Notes, with Remedy::LeaveOutColumn, a column of X that copies one of Y: |r| > 0.999999 over five common cells or
+/// more.
 ModelData SelectData(const Table& table, const FitRecipe& recipe, const std::vector<std::string>& y, Notes* notes,
                      NCProgress* progress);
 
@@ -36,8 +38,8 @@ int CountYColumns(const Table& table, const YRecipe& recipe);
 /// "constant columns: a, b; empty columns: c", what was left out of X for want of variance; empty if nothing was.
 std::string LeftOutText(const ModelData& data);
 
-/// Notes names that several rows have, where rows are left out one by one and not by a column of groups. A name without
-/// a character is none.
+/// Notes names that several rows have, in the order of the rows, where rows are left out one by one and not by a column
+/// of groups. A name without a character is none.
 void NoteReplicates(const std::vector<std::string>& rowNames, Notes* notes);
 
 /// Components that a model of these tables can have at most: as many as `asked` for, min(rows - 1, X columns), and,
