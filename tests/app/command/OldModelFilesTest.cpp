@@ -84,15 +84,22 @@ TEST(OldModelFile, OfVersion2IsReadAsAModelWithoutPreprocessing) {
   }
 }
 
-void ExpectNoLimitsAndNoIntervals(const std::string& file, int version) {
-  const CommandResult run = RunKalmia({"predict", OldFile(file), Oils(), "--json"});
+/// What `predict` says of a file of this version, whose model predicts so many Y columns. O2PLS and PCA never have
+/// intervals, and miss none.
+void ExpectNoLimitsAndNoIntervals(const std::string& file, const std::string& table, std::size_t yColumns, int version,
+                                  bool couldHaveIntervals) {
+  SCOPED_TRACE(file);
+  const CommandResult run = RunKalmia({"predict", file, table, "--json"});
   EXPECT_EQ(run.exitCode, 0);
-  EXPECT_EQ(run.error, "note: the model has no limits for rows and no prediction intervals: its file has version " +
-                           std::to_string(version) + ", which does not hold what they take\n");
+  EXPECT_EQ(run.error, "note: the model has no limits for rows" +
+                           std::string(couldHaveIntervals ? " and no prediction intervals" : "") +
+                           ": its file has version " + std::to_string(version) +
+                           ", which does not hold what they take\n");
   const json answer = run.Json();
   EXPECT_EQ(answer["limits"], nullptr);
+  ASSERT_GT(answer["rows"].size(), 0U);
   for (const json& row : answer["rows"]) {
-    EXPECT_EQ(row["lower"], json({nullptr, nullptr}));
+    EXPECT_EQ(row.value("lower", json::array()), json(std::vector<json>(yColumns, nullptr)));
     EXPECT_EQ(row["t2"], nullptr);
     EXPECT_EQ(row["flags"], json::array());
     EXPECT_TRUE(row["distance"].is_number());
@@ -101,10 +108,22 @@ void ExpectNoLimitsAndNoIntervals(const std::string& file, int version) {
 
 TEST(OldModelFile, BeforeVersion5HasNoLimitsAndNoIntervalsAndSaysSo) {
   for (int version = 1; version <= 3; ++version) {
-    SCOPED_TRACE(version);
-    ExpectNoLimitsAndNoIntervals("pls-version-" + std::to_string(version), version);
+    ExpectNoLimitsAndNoIntervals(OldFile("pls-version-" + std::to_string(version)), Oils(), 2, version, true);
   }
-  ExpectNoLimitsAndNoIntervals("opls-version-2", 2);
+  ExpectNoLimitsAndNoIntervals(OldFile("opls-version-2"), Oils(), 2, 2, true);
+  ExpectNoLimitsAndNoIntervals(OldFile("o2pls-version-2"), Oils(), 6, 2, false);
+  ExpectNoLimitsAndNoIntervals(OldFile("pca-version-2"), Oils(), 0, 2, false);
+  // Fitted to small tables of such columns.
+  const ScratchFolder folder;
+  const std::string table =
+      folder.Write("t.csv", "x1,x2,x3,x4,y2,a,b,c\n1,2,3,4,5,1,1000002,3\n2,1,4,3,7,2,1000003,1\n");
+  const auto small = [](const char* name) {
+    return std::string(KALMIA_OLD_FILES_DIR "/../../analysis/data/models/") + name;
+  };
+  ExpectNoLimitsAndNoIntervals(small("shifted-version-4"), table, 1, 4, true);
+  ExpectNoLimitsAndNoIntervals(small("opls-version-3"), table, 2, 3, true);
+  ExpectNoLimitsAndNoIntervals(small("o2pls-version-3"), table, 2, 3, false);
+  ExpectNoLimitsAndNoIntervals(small("pca-version-3"), table, 0, 3, false);
 }
 
 TEST(OldModelFile, OfVersion2FiltersAsAFilterOfToday) {
