@@ -30,9 +30,9 @@ bool ReadMoments(std::istream& stream, std::size_t scores, ScoreMoments* moments
          ReadNumbers(stream, count, &moments->means) && ReadNumbers(stream, count, &moments->variances);
 }
 
-/// No rows stand for none.
+/// No degrees stand for none.
 void WriteDistances(const std::optional<DistanceMoments>& moments, std::ostream& stream) {
-  const DistanceMoments written = moments.value_or(DistanceMoments{});
+  const DistanceMoments written = moments.value_or(DistanceMoments{0, 0.0, 0.0});
   WriteInteger(static_cast<int>(written.rows), stream);
   WriteDoubles({written.mean, written.degrees}, stream);
 }
@@ -42,7 +42,7 @@ bool ReadDistances(std::istream& stream, std::optional<DistanceMoments>* moments
   if (!ReadCount(stream, 0, &read.rows) || !ReadDouble(&read.mean, stream) || !ReadDouble(&read.degrees, stream)) {
     return false;
   }
-  if (read.rows == 0) return true;
+  if (read.rows == 0 && read.degrees == 0.0) return true;
   *moments = read;
   return std::isfinite(read.mean) && read.mean >= 0.0 && read.degrees >= 1.0 && read.degrees <= kMostDegrees;
 }

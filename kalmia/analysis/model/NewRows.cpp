@@ -85,6 +85,31 @@ void Preprocess(const ModelInfo& model, const Table& table, int idColumn, const 
   }
 }
 
+void NoteEmptyColumns(const ModelInfo& model, const std::vector<SourceColumn>& source, Notes* notes) {
+  std::vector<std::string> empty;
+  for (const SourceColumn& column : source) {
+    if (IsWithoutCell(column)) empty.push_back(SourceNames(model)[static_cast<std::size_t>(column.place)]);
+  }
+  if (!empty.empty()) notes->Add("empty in the table: " + Listed(empty, kColumnsNamed));
+}
+
+/// Rows without any cell have no prediction at all, and a reason of their own.
+void NoteHoles(const NCDataMatrix<float>& x, Notes* notes) {
+  std::size_t rows = 0;
+  int most = 0;
+  for (int row = 1; row <= x.SizeRows(); ++row) {
+    const int missing = x[row].GetNumMisVal();
+    if (missing == 0 || missing == x.SizeColumns()) continue;
+    ++rows;
+    most = std::max(most, missing);
+  }
+  if (rows == 0) return;
+  notes->Add(Counted(rows, "row") + " with missing cells, up to " + std::to_string(most) + " of " +
+             std::to_string(x.SizeColumns()) +
+             " of X: scores and predictions of such rows are less certain than limits, intervals and odds say, which "
+             "are those of complete rows");
+}
+
 }  // namespace
 
 NewRows ReadNewRows(const ModelInfo& model, const Table& table, const std::string& id, Notes* notes,
@@ -103,12 +128,14 @@ NewRows ReadNewRows(const ModelInfo& model, const Table& table, const std::strin
   if (!rows.missingColumns.empty()) {
     notes->Add("taken as missing cells, not in the table: " + Listed(rows.missingColumns, kColumnsNamed));
   }
+  NoteEmptyColumns(model, source, notes);
   rows.x = NCDataMatrix<float>(table.Rows(), static_cast<int>(model.xNames.size()));
   if (model.chain.Empty()) {
     for (const SourceColumn& column : source) TakeCells(model, column.place, 0, column.cells, &rows);
   } else {
     Preprocess(model, table, idColumn, source, progress, &rows);
   }
+  NoteHoles(rows.x, notes);
   return rows;
 }
 

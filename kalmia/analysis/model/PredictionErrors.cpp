@@ -1,5 +1,6 @@
 #include "kalmia/analysis/model/PredictionErrors.h"
 
+#include <algorithm>
 #include <cmath>
 #include <string>
 #include <vector>
@@ -37,6 +38,9 @@ double MeanOf(const std::vector<double>& numbers) {
 }
 
 double SlopeOf(const Pairs& pairs) {
+  // Of equal predictions the mean may differ from them by a rounding.
+  const auto [least, most] = std::minmax_element(pairs.predicted.begin(), pairs.predicted.end());
+  if (*least == *most) return kNotANumber;
   const double meanMeasured = MeanOf(pairs.measured), meanPredicted = MeanOf(pairs.predicted);
   double products = 0.0, squares = 0.0;
   for (std::size_t i = 0; i < pairs.rows.size(); ++i) {
@@ -44,7 +48,20 @@ double SlopeOf(const Pairs& pairs) {
     products += predicted * (pairs.measured[i] - meanMeasured);
     squares += predicted * predicted;
   }
-  return squares > 0.0 ? products / squares : kNotANumber;
+  return products / squares;
+}
+
+/// Among rows within the limits of the model: others are foretold badly whatever the units of Y.
+bool AreFewCovered(const PLSPredictions& predictions, std::size_t j) {
+  const Pairs pairs = PairsOf(predictions, j);
+  int values = 0, inside = 0;
+  for (std::size_t i = 0; i < pairs.rows.size(); ++i) {
+    const double halfWidth = predictions.diagnosis.halfWidths(pairs.rows[i], j);
+    if (std::isnan(halfWidth) || predictions.diagnosis.IsBeyond99(pairs.rows[i])) continue;
+    ++values;
+    if (std::fabs(pairs.predicted[i] - pairs.measured[i]) <= halfWidth) ++inside;
+  }
+  return values >= kFewestValues && inside < kLeastShare * values;
 }
 
 }  // namespace
@@ -76,11 +93,10 @@ void NoteUncovered(const YModelInfo& model, const PLSPredictions& predictions, N
   if (model.classes) return;
   std::vector<std::string> uncovered;
   for (std::size_t j = 0; j < model.yNames.size(); ++j) {
-    const PredictionError error = ErrorOf(predictions, j);
-    if (error.rowsWithInterval >= kFewestValues && error.covered < kLeastShare) uncovered.push_back(model.yNames[j]);
+    if (AreFewCovered(predictions, j)) uncovered.push_back(model.yNames[j]);
   }
   if (uncovered.empty()) return;
-  notes->Add("fewer than half of the measured values lie inside their intervals of 95 %, of " +
+  notes->Add("fewer than half of the measured values of rows within the limits lie inside their intervals of 95 %, of " +
              Listed(uncovered, kColumnsNamed) + ": are they in the units of the model?");
 }
 

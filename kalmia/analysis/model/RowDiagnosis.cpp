@@ -13,12 +13,17 @@ namespace {
 
 constexpr double kShare = 0.95;  ///< of new values that an interval covers
 
+constexpr double kBeyondByChance = 0.02;  ///< 1 % by each of the two limits
+
 void NoteRowsBeyond(const RowDiagnosis& diagnosis, Notes* notes) {
   std::size_t beyond = 0;
   for (std::size_t i = 0; i < diagnosis.flags.size(); ++i) beyond += diagnosis.IsBeyond99(i) ? 1 : 0;
   if (beyond == 0) return;
+  const bool isChance = static_cast<double>(beyond) <= kBeyondByChance * static_cast<double>(diagnosis.flags.size());
   notes->Add("beyond the 99 % limit of T2 or of the distance: " + std::to_string(beyond) + " of " +
-             Counted(diagnosis.flags.size(), "row") + ", unlike those that the model was fitted to");
+             Counted(diagnosis.flags.size(), "row") +
+             (isChance ? ", as 2 % may be of rows like those that the model was fitted to"
+                       : ", unlike those that the model was fitted to"));
 }
 
 std::string OldFileText(const ModelInfo& model) {
@@ -131,18 +136,18 @@ RowDiagnosis Diagnose(const StoredPCA& model, const std::vector<RowScores>& rows
 
 void NoteOwnRows(const ModelInfo& model, const NewRows& rows, const RowDiagnosis& diagnosis, Notes* notes) {
   if (!model.rowStatistics || model.rowNames != rows.names) return;
+  const std::vector<double> ofTraining = TrainingDistances(model);
   bool isAnyComplete = false;
   for (std::size_t i = 0; i < rows.names.size(); ++i) {
     if (HasHole(rows.x, i)) continue;
     isAnyComplete = true;
     if (!AreAlike(model.rowStatistics->t2[i], diagnosis.t2[i]) ||
-        !AreAlike(model.rowStatistics->absoluteDistances[i], diagnosis.absoluteDistances[i])) {
+        !AreAlike(ofTraining[i], diagnosis.distances[i])) {
       return;
     }
   }
   if (!isAnyComplete) return;
-  notes->Add("these are the rows that the model was fitted to: what is told of them are errors of the fit, and those of "
-             "new rows are larger");
+  notes->Add("these are the rows that the model was fitted to: new rows lie farther from it, and their errors are larger");
 }
 
 RowDiagnosis DiagnoseTrainingRows(const ModelInfo& model) {

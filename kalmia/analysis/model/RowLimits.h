@@ -29,9 +29,10 @@ KALMIA_EXPORT std::optional<double> T2LimitOfNewRows(std::size_t rows, int compo
 
 /// The distribution of squared distances to a model, as that of a multiple of chi-square.
 struct DistanceMoments {
-  std::size_t rows = 0;    ///< that have a distance; of fewer than ten the limit is a guess
+  /// That have a distance: of fewer than ten the limit is a guess, of none there is no limit.
+  std::size_t rows = 0;
   double mean = 0.0;       ///< of the squared distances v
-  double degrees = 0.0;    ///< 2 mean(v)^2 / var(v), at least 1; var with divisor n - 1
+  double degrees = 1.0;    ///< 2 mean(v)^2 / var(v), at least 1; var with divisor n - 1
 };
 
 /// Of distances d (not a number: none), v = d^2. For rows that the model was fitted to, these are their distances; for

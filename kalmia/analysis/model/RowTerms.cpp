@@ -14,7 +14,7 @@ LimitPair PairOf(const Limit& limit) {
 }
 
 LimitPair DistanceLimits(const std::optional<DistanceMoments>& moments) {
-  if (!moments) return {};
+  if (!moments || moments->rows == 0) return {};
   return PairOf([&](double share) { return std::optional<double>(DistanceLimit(*moments, share)); });
 }
 

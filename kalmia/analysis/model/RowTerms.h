@@ -21,7 +21,9 @@ struct YIntervalTerms : IntervalTerms {
 struct RowTerms {
   ScoreMoments scores;                          ///< of the training rows; without means where T2 has no meaning
   std::optional<DistanceMoments> distances;     ///< of the training rows; nothing where they have none or are alike
-  std::optional<DistanceMoments> leftOut;       ///< of rows while they were left out; nothing where none ever was
+  /// Of rows while they were left out: nothing where none ever was, no rows where the rounds leave nothing to measure a
+  /// distance by, or all distances are the same.
+  std::optional<DistanceMoments> leftOut;
   std::vector<std::optional<YIntervalTerms>> intervals;  ///< one for each Y column; nothing without left-out errors
 };
 

@@ -86,7 +86,9 @@ void Describe(const std::vector<Row>& rows, const RealMatrix& scores, const Left
   for (const Row& row : rows) statistics.absoluteDistances.push_back(AbsoluteDistance(components, row));
   model->rowStatistics = std::move(statistics);
   terms.distances = MomentsOfDistances(TrainingDistances(*model));
-  terms.leftOut = MomentsOfDistances(leftOut.distances);
+  if (!leftOut.distances.empty()) {
+    terms.leftOut = MomentsOfDistances(leftOut.distances).value_or(DistanceMoments{});
+  }
   model->rowTerms = std::move(terms);
 }
 
@@ -156,7 +158,10 @@ void NoteLimits(const ModelInfo& model, int components, Notes* notes, const std:
   const RowTerms& terms = model.rowTerms ? *model.rowTerms : none;
   const std::optional<DistanceMoments>& moments = terms.leftOut ? terms.leftOut : terms.distances;
   const std::size_t rows = moments ? RowsBehind(model, *moments) : 0;
-  if (moments && rows < kFewRows) {
+  if (moments && rows == 0 && terms.distances) {
+    notes->Add("the rounds leave nothing of X that a distance could be measured by: there is no limit of the distance for "
+               "new rows");
+  } else if (rows > 0 && rows < kFewRows) {
     notes->Add("the limits of the distance rest on " + Counted(rows, "row") + ": they are a guess");
   }
   std::string what = missing.empty() ? "" : "there is no " + missing;

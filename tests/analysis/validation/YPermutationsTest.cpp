@@ -201,7 +201,8 @@ TEST(YPermutations, KeepRowsOfAGroupTogetherWhereGroupsHaveOneSize) {
   }
   EXPECT_THAT(together.notes.Lines(), IsEmpty());
   EXPECT_THAT(apart.notes.Lines(),
-              ElementsAre("the groups differ in size: the permutations take rows out of their groups"));
+              ElementsAre("the groups differ in size, so that the permutations take rows out of their groups: where rows "
+                          "of a group repeat each other, p is far too small"));
 }
 
 TEST(YPermutations, SayHowSmallPCanBeWhereGroupsAreFew) {

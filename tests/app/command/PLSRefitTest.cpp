@@ -246,6 +246,53 @@ TEST(PLSRefit, DealsRandomGroupsBySeedAndRepeat) {
   EXPECT_EQ(RunWell(Octane({"--folds", "random", "--repeats", "3", "--json"})).Json()["validation"]["repeats"], 3);
 }
 
+// Rounds of 12 rows end with 11 components, which leave nothing of X: by its roundings a distance would be some 1e7.
+TEST(Refits, GiveNoLimitOfTheDistanceWhereTheyLeaveNothingOfX) {
+  const Words kFits[] = {{"pls", "--y", "y", "--components", "11"},
+                         {"opls", "--y", "y", "--predictive", "1", "--orthogonal", "10"},
+                         {"pca", "--exclude", "y", "--components", "11"}};
+  const std::string table = LinearTable(14, 100, 3);
+  for (const Words& words : kFits) {
+    for (const std::string& of : {table, WithHoles(table, 97)}) {
+      SCOPED_TRACE(words.front() + (&of == &table ? "" : ", with or without holes"));
+      const ScratchFolder folder;
+      const CommandResult fit =
+          RunWell(Words{words.front(), "-", "--id", "name", "--json", "--save", folder.Path("m")} +
+                      Words(words.begin() + 1, words.end()),
+                  of);
+      EXPECT_THAT(fit.error, HasSubstr("there is no limit of the distance for new rows"));
+      const json limits = fit.Json()["limits"];
+      EXPECT_TRUE(limits["new"]["distance"]["0.95"].is_null()) << limits;
+      EXPECT_FALSE(limits["new"]["t2"]["0.95"].is_null());
+      const json stored = RunWell({"predict", folder.Path("m"), "-", "--json"}, of).Json()["limits"];
+      EXPECT_EQ(stored["new"]["distance"], limits["new"]["distance"]) << "as the file has it";
+    }
+  }
+  const json fewer = RunWell({"pls", "-", "--id", "name", "--json", "--y", "y", "--components", "3"}, table).Json();
+  EXPECT_LT(fewer["limits"]["new"]["distance"]["0.95"], 10.0);
+}
+
+std::string BodyOf(const std::string& table) { return table.substr(table.find('\n') + 1); }
+
+TEST(PLSRefit, NotesRowsThatAreCopiesOfOthersInOtherGroups) {
+  const Words line = {"pls", "-", "--y", "y", "--id", "name", "--components", "1"};
+  const std::string once = LinearTable(15, 4, 2), twice = once + BodyOf(once);
+  EXPECT_THAT(RunWell(line, once).error, Not(HasSubstr("of another group")));
+  EXPECT_THAT(RunWell(line, twice).error,
+              HasSubstr("30 rows of 30 have the same cells of X and Y as a row of another group"));
+  const Words together = line + Words{"--group-column", "name"};
+  EXPECT_THAT(RunWell(together, twice).error, Not(HasSubstr("of another group")));
+}
+
+TEST(PLSRefit, NamesRowsWhoseErrorIsFarBeyondAllOthers) {
+  const Words line = {"pls", "-", "--y", "y", "--id", "name", "--components", "2"};
+  const std::string table = LinearTable(30, 4, 2), row = "\ns9,";
+  EXPECT_THAT(RunWell(line, table).error, Not(HasSubstr("far beyond")));
+  const std::size_t begin = table.find(row) + 1, end = table.find('\n', begin);
+  const std::string wrong = table.substr(0, table.rfind(',', end) + 1) + "1e4" + table.substr(end);
+  EXPECT_THAT(RunWell(line, wrong).error, HasSubstr("while left out, in y: row s9\n"));
+}
+
 TEST(PLSRefit, CountsARowOnceHoweverOftenItWasLeftOut) {
   const Words random = {"pls", "-", "--id", "name", "--y", "y", "--components", "1", "--folds", "random", "--groups",
                         "6"};

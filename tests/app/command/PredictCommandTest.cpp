@@ -225,7 +225,7 @@ TEST_F(Predict, AsksForTheUnitsOfMeasuredValuesOutsideTheirIntervals) {
     return table;
   };
   EXPECT_THAT(Run(inHundredths(5)).error,
-              HasSubstr("note: fewer than half of the measured values lie inside their intervals of 95 %, of y: are "
+              HasSubstr("note: fewer than half of the measured values of rows within the limits lie inside their intervals of 95 %, of y: are "
                         "they in the units of the model?\n"));
   EXPECT_THAT(Run(inHundredths(4)).error, Not(HasSubstr("in the units"))) << "too few to say";
   EXPECT_EQ(Json(inHundredths(12))["errors"][0]["covered"], 0.0);
@@ -244,9 +244,70 @@ TEST_F(Predict, SaysThatTheRowsAreThoseOfTheModel) {
   const std::string mean = folder_.Path("mean");
   RunWell({"pls", "-", "--y", "y", "--id", "name", "--components", "0", "--save", mean}, own);
   EXPECT_THAT(RunWell({"predict", mean, "-"}, own).error, HasSubstr(kNote));
+  EXPECT_THAT(RunWell({"predict", mean, "-"}, LinearTable(30, 5, 77)).error, Not(HasSubstr(kNote)));
   const std::string opls = folder_.Path("opls");
   RunWell({"opls", "-", "--y", "y", "--id", "name", "--orthogonal", "2", "--save", opls}, own);
   EXPECT_THAT(RunWell({"predict", opls, "-"}, own).error, HasSubstr(kNote));
+}
+
+TEST_F(Predict, NotesHolesAndColumnsThatAreEmpty) {
+  const std::string fresh = LinearTable(12, 5, 77);
+  EXPECT_THAT(Run(fresh).error, Not(HasSubstr("missing cells")));
+  std::string error = Run(WithHoles(fresh, 7)).error;
+  EXPECT_THAT(error, HasSubstr("rows with missing cells, up to 1 of 5 of X: scores and predictions of such rows"));
+  EXPECT_THAT(error, Not(HasSubstr("empty in the table")));
+  error = Run("x1,x2,x3,x4,x5\n5.1,,15.3,19.8,25.5\n5.2,NA,15.3,19.9,25.6\n").error;
+  EXPECT_THAT(error, HasSubstr("note: empty in the table: x2\n"));
+}
+
+TEST_F(Predict, AsksForUnitsOfYOnlyByRowsWithinTheLimits) {
+  std::istringstream lines(LinearTable(12, 5, 77));
+  std::string line, table;
+  std::getline(lines, line);
+  table = line + "\n";
+  while (std::getline(lines, line)) {  // name, x1: a thousand times as much
+    const std::size_t begin = line.find(',') + 1, end = line.find(',', begin);
+    table += line.substr(0, begin) + std::to_string(1e3 * std::stod(line.substr(begin, end - begin))) + line.substr(end) +
+             "\n";
+  }
+  const std::string error = Run(table).error;
+  EXPECT_THAT(error, HasSubstr("beyond the 99 % limit of T2 or of the distance: 12 of 12 rows, unlike"));
+  EXPECT_THAT(error, Not(HasSubstr("in the units")));
+}
+
+// Distances are told apart by their size in the model, not by 1: these are some 1e-4.
+TEST_F(Predict, KnowsItsRowsOfSmallNumbersThatAreNotDividedByTheirSpread) {
+  const auto table = [](double first) {
+    std::string text = "name,x1,x2,y\n";
+    for (int i = 0; i < 8; ++i) {
+      const double x = first * ((i * 5) % 8);
+      text += "r" + std::to_string(i) + "," + std::to_string(x) + "," + std::to_string(1e-4 * i) + "," +
+              std::to_string(i % 3) + "\n";
+    }
+    return text;
+  };
+  const std::string mean = folder_.Path("small");
+  RunWell({"pls", "-", "--y", "y", "--id", "name", "--components", "0", "--scale", "centre", "--save", mean}, table(1e-4));
+  constexpr auto kNote = "these are the rows that the model was fitted to";
+  EXPECT_THAT(RunWell({"predict", mean, "-"}, table(1e-4)).error, HasSubstr(kNote));
+  EXPECT_THAT(RunWell({"predict", mean, "-"}, table(2e-4)).error, Not(HasSubstr(kNote)));
+}
+
+TEST_F(Predict, HasNoSlopeOfEqualPredictions) {
+  std::string table = "name,x1,x2,y\n";
+  for (int i = 0; i < 9; ++i) {
+    table += "r" + std::to_string(i) + "," + std::to_string(i) + "," + std::to_string((i * 4) % 9) + ",100000." +
+             std::to_string(100 + (i * 7) % 9) + "\n";
+  }
+  const std::string mean = folder_.Path("mean");
+  RunWell({"pls", "-", "--y", "y", "--id", "name", "--components", "0", "--save", mean}, table);
+  for (std::size_t rows = 2; rows <= 9; ++rows) {
+    std::istringstream lines(table);
+    std::string line, first;
+    for (std::size_t i = 0; i <= rows && std::getline(lines, line); ++i) first += line + "\n";
+    const json error = RunWell({"predict", mean, "-", "--json"}, first).Json()["errors"][0];
+    EXPECT_TRUE(error["slope"].is_null()) << rows << ": " << error["slope"];
+  }
 }
 
 TEST_F(Predict, SaysSoWhereAMeasuredColumnHoldsText) {

@@ -14,6 +14,7 @@
 #include "kalmia/analysis/validation/StoredJudgement.h"
 #include "kalmia/analysis/validation/ValidationRecipe.h"
 #include "kalmia/analysis/validation/YPermutations.h"
+#include "kalmia/analysis/validation/internal/RowNotes.h"
 #include "kalmia/support/NCProgress.h"
 
 namespace kalmia::analysis {
@@ -34,6 +35,10 @@ void TakeJudgement(Analysis* analysis) {
   auto& fit = analysis->fit;
   fit.notes.Add(validation.notes);
   fit.notes.Add(validation.jackKnifeNotes);
+  NoteEqualRows(fit.data.x, fit.data.measuredY, validation.folds, &fit.notes);
+  if (validation.IsJudged() && !fit.data.classes) {
+    NoteFarErrors(fit.data.rowNames, validation.yNames, validation.errors.squaredErrors[validation.model], &fit.notes);
+  }
   TakeErrors(validation, &fit.model);
   DescribeRows(fit.fitted, fit.data.measuredY, LeftOutFiguresOf(validation), &fit.model);
   fit.model.validation = JudgementOf(validation, analysis->recipe);

@@ -31,10 +31,13 @@ ComponentSeries::ComponentSeries(const NCDataMatrix<float>& x, const NCDataMatri
 
 bool ComponentSeries::Append(const NCDataMatrix<float>& xResiduals, const NCDataMatrix<float>& yResiduals) {
   const std::vector<RowResidual> left = RowResiduals(xResiduals);
-  pooledDeviations_.push_back(PooledDeviation(left, ComponentsOfModel(LastModel() + 1, block_)));
+  const int components = ComponentsOfModel(LastModel() + 1, block_);
   r2x_.push_back(Share(wholeX_, left));
   r2y_.push_back(Share(wholeY_, RowResiduals(yResiduals)));
-  return !(r2x_.back() >= 1.0 - kExhausted);
+  const bool isExhausted = r2x_.back() >= 1.0 - kExhausted;
+  const bool isNothingLeft = isExhausted || LeavesNothing(components, left.size());
+  pooledDeviations_.push_back(isNothingLeft ? kNotANumber : PooledDeviation(left, components));
+  return !isExhausted;
 }
 
 double PresentOrZero(float number) { return IsMissing(number) ? 0.0 : number; }

@@ -139,6 +139,16 @@ PCARound::Cells PCARound::LeftAfterEach(const Cells& cells, const Sums& sums) co
   return leftAfter;
 }
 
+namespace {
+
+double SumOfSquares(const std::vector<RowResidual>& rows) {
+  double sum = 0.0;
+  for (const RowResidual& row : rows) sum += row.sumOfSquares;
+  return sum;
+}
+
+}  // namespace
+
 void PCARound::NoteDeviations(const NCDataMatrix<float>& x, WorkProgress* progress) {
   std::vector<std::vector<RowResidual>> residuals(components_ + 1);
   for (int row = 1; row <= x.SizeRows(); ++row) {
@@ -148,8 +158,11 @@ void PCARound::NoteDeviations(const NCDataMatrix<float>& x, WorkProgress* progre
     const Cells left = LeftAfterEach(cells, SumsOf(cells));
     for (std::size_t a = 0; a <= components_; ++a) residuals[a].push_back({left[a], present});
   }
+  const double whole = SumOfSquares(residuals.front());
   for (std::size_t a = 0; a <= components_; ++a) {
-    pooledDeviations_.push_back(PooledDeviation(residuals[a], static_cast<int>(a)));
+    const bool isNothingLeft = SumOfSquares(residuals[a]) <= kExhausted * whole ||
+                               LeavesNothing(static_cast<int>(a), residuals[a].size());
+    pooledDeviations_.push_back(isNothingLeft ? kNotANumber : PooledDeviation(residuals[a], static_cast<int>(a)));
   }
 }
 

@@ -3,6 +3,7 @@
 #include <cmath>
 #include <utility>
 
+#include "kalmia/analysis/fit/internal/FitRules.h"
 #include "kalmia/analysis/validation/internal/PLSLanes.h"
 
 namespace kalmia::analysis {
@@ -59,7 +60,9 @@ void PLSLanes::NoteDistances(std::size_t lane, LeftOutRows* rows) const {
   const Lane& of = lanes_[lane];
   rows->distances = RealMatrix(of.leftOutSquares.rows, of.leftOutSquares.columns, kNotANumber);
   for (std::size_t a = 0; a < rows->distances.columns; ++a) {
-    if (static_cast<double>(a) == of.columns) continue;
+    const bool isNothingLeft =
+        of.r2x[a] >= 1.0 - kExhausted || LeavesNothing(static_cast<int>(a), rounds_[lane].fitted.size());
+    if (static_cast<double>(a) == of.columns || isNothingLeft) continue;
     // Both are deviations of as many degrees of freedom a row.
     const double whole = x_.SumsOfSquares()[lane] / static_cast<double>(x_.FittedRows(lane));
     const double ofFitted = (1.0 - of.r2x[a]) * whole;

@@ -104,7 +104,8 @@ class Permutations {
  private:
   void NoteGroups() {
     if (!byGroups_) {
-      result_.notes.Add("the groups differ in size: the permutations take rows out of their groups");
+      result_.notes.Add("the groups differ in size, so that the permutations take rows out of their groups: where rows of "
+                        "a group repeat each other, p is far too small");
       return;
     }
     const double orders = OrdersOfGroups(folds_.groupOfRow.front(), y_);
