@@ -6,6 +6,7 @@
 #include "app/console/OutputFiles.h"
 #include "app/console/OutputPlaces.h"
 #include "app/console/ReadTable.h"
+#include "app/options/FigureOptions.h"
 #include "kalmia/analysis/chart/ChartResult.h"
 #include "kalmia/analysis/figure/ChartSvg.h"
 #include "kalmia/analysis/file/ChartLimitsFile.h"
@@ -23,7 +24,7 @@ void WriteFiles(const ChartOptions& options, const ChartResult& result) {
   OutputFiles files;
   if (!options.saveLimits.empty()) files.Stage(options.saveLimits, LimitsText(LimitsOf(result)));
   if (!options.csv.empty()) files.Stage(options.csv, ChartCsv(result, MarksOf(options.csvMarks.Asked())));
-  if (!options.svg.empty()) files.Stage(options.svg, ChartSvg(result, options.texts));
+  if (!options.svg.empty()) files.Stage(options.svg, ChartSvg(result, options.texts, SizeOf(options.size)));
   files.Commit();
 }
 

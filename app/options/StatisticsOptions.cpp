@@ -68,6 +68,7 @@ void DeclareChart(CommandOptions* command, ChartOptions* options) {
   command->Text("--csv", "FILE", &options->csv, "write the points, their limits and signals as CSV");
   DeclareCsvMarks(command, &options->csvMarks, {{"--csv", &options->csv}});
   command->Text("--svg", "FILE", &options->svg, "draw the chart");
+  DeclareSize(command, &options->size, &options->svg);
   DeclareTexts(command, &options->texts, "label of the measurements in the drawing (default: the name of the column)",
                &options->svg);
   command->Flag("--json", &options->json, "print JSON");

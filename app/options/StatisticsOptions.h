@@ -25,6 +25,7 @@ struct ChartOptions {
   std::string saveLimits;
   std::string csv;
   std::string svg;
+  std::string size;  ///< of the drawing; empty: the usual one
   CsvMarkOptions csvMarks;
   PlotTexts texts;
   bool json = false;

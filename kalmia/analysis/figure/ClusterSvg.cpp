@@ -214,7 +214,7 @@ std::string ClusterSvg(const ClusterResult& result) {
   for (const ClusterMerge& merge : result.merges) highest = std::max(highest, static_cast<double>(merge.height));
   const double rootHeight = result.root->Height();
   if (highest > 0.0) {
-    const Plot plot(&svg, {kLeft, kTop, layout.width, base - kTop}, {0.0, 1.0}, {0.0, highest});
+    const Plot plot({kLeft, kTop, layout.width, base - kTop}, {0.0, 1.0}, {0.0, highest});
     DrawAxis(plot, highest, right, &svg);
     if (result.IsCut()) DrawCut(result, plot, right, &svg);
     top = static_cast<float>(plot.Y(rootHeight));

@@ -42,7 +42,7 @@ TEST(Chart, TellsHighAndLowCuSumApartByColourDashesAndShape) {
   EXPECT_EQ(CountOf(drawing, "class=\"point\""), 25);
   EXPECT_EQ(CountOf(drawing, "<polyline"), 3);
   EXPECT_EQ(CountOf(drawing, "class=\"second-data\""), 2);
-  EXPECT_THAT(drawing, HasSubstr(".second-data { stroke: #a85b00; stroke-width: 1.4; stroke-dasharray: 5 3;"));
+  EXPECT_THAT(drawing, HasSubstr(".second-data { stroke: #d55e00; stroke-width: 1.2; stroke-dasharray: 5 3;"));
 }
 
 TEST(Chart, DrawsEveryPointAndMarksEverySignal) {

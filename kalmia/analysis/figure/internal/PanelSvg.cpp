@@ -192,7 +192,13 @@ void DrawSample(const FigureMark& mark, int number, double x, double y, Svg* svg
   switch (mark.type) {
     case FigureMark::Type::Points: dot(); return;
     case FigureMark::Type::Line:
-    case FigureMark::Type::Rule: DrawPolyline(mark, {{x, y}, {x + kLegendSample, y}}, svg); return;
+    case FigureMark::Type::Rule:
+      if (number >= 0) {
+        svg->ClassPolyline({{x, y}, {x + kLegendSample, y}}, number);
+      } else {
+        svg->Line(x, y, x + kLegendSample, y, LineLook(mark.look));
+      }
+      return;
     case FigureMark::Type::Bars: DrawBar(mark, number, false, {middle - 6, y - 5, middle + 6, y + 5}, svg); return;
     case FigureMark::Type::Area:
     case FigureMark::Type::Text: break;
@@ -204,7 +210,7 @@ PanelSvg::PanelSvg(const FigurePanel& panel, double width, double height)
     : panel_(panel),
       widestName_(std::min(kWidestName, kNameShare * width)),
       widestLevel_(std::min(kWidestLevel, kLevelShare * width)),
-      plot_(nullptr, {0, 0, 1, 1}, {0, 1}, {0, 1}) {
+      plot_({0, 0, 1, 1}, {0, 1}, {0, 1}) {
   FindRanges();
   yTicks_ = TicksOf(panel.y, y_, height, kPixelsPerYTick);
   left_ = kEdge + (panel.y.label.empty() ? 0 : kAxisLabel) + WidestOf(yTicks_) + 8 + 4;
@@ -271,7 +277,7 @@ Box PanelSvg::Frame() const {
 void PanelSvg::Draw(const Plot::Place& place, Svg* svg, TakenPixels* texts, TakenPixels* marks,
                     LeftOutOfPicture* leftOut) {
   place_ = place;
-  plot_ = Plot(svg, place, x_, y_);
+  plot_ = Plot(place, x_, y_);
   svg_ = svg;
   texts_ = texts;
   marks_ = marks;
@@ -522,7 +528,10 @@ void PanelSvg::DrawNames(const FigureMark& mark, const std::vector<std::size_t>&
     const double y = (plot_.Y(mark.y[i]) - place_.top) / place_.height - 0.5;
     return x * x + y * y;
   };
-  std::vector<std::size_t> order = items;
+  std::vector<std::size_t> order;
+  for (const std::size_t item : items) {
+    if (!NameOf(mark, item).empty()) order.push_back(item);
+  }
   std::stable_sort(order.begin(), order.end(), [&](std::size_t a, std::size_t b) {
     return isSelected[a] != isSelected[b] ? isSelected[a] : distance(a) > distance(b);
   });
@@ -533,20 +542,26 @@ void PanelSvg::DrawNames(const FigureMark& mark, const std::vector<std::size_t>&
     const std::size_t item = order[i];
     const std::string name = Svg::Fitting(NameOf(mark, item), widestName_, Svg::Font::Label);
     const double x = plot_.X(mark.x[item]), y = plot_.Y(mark.y[item]);
-    const bool isPlaced = PlaceName(name, x, y, radius, /*mayHideMarks=*/false) ||
-                          (isSelected[item] && PlaceName(name, x, y, radius, /*mayHideMarks=*/true));
+    const double away = isSelected[item] && ClassOf(mark, item) >= 0 ? kRing : radius;  // a ring is around it
+    const bool isPlaced = PlaceName(name, x, y, away, /*mayHideMarks=*/false) ||
+                          (isSelected[item] && PlaceName(name, x, y, away, /*mayHideMarks=*/true));
     if (isPlaced) ++placed;
   }
   leftOut_->names += placed;
-  for (std::size_t i = 0; i < mark.x.size(); ++i) leftOut_->ofNames += HasPlace(mark, i) ? 1U : 0U;
+  for (std::size_t i = 0; i < mark.x.size(); ++i) {
+    leftOut_->ofNames += HasPlace(mark, i) && !NameOf(mark, i).empty() ? 1U : 0U;
+  }
 }
 
-/// Tries eight places around the point: beside it, above and below, then the corners.
+/// Tries eight places around the point: beside it, above and below, then the corners; of a ring, which stands on a line
+/// of points, above and below first.
 bool PanelSvg::PlaceName(const std::string& name, double x, double y, double radius, bool mayHideMarks) {
-  constexpr double kPlaces[8][2] = {{1, 0}, {-1, 0}, {0, -1}, {0, 1}, {1, -1}, {-1, -1}, {1, 1}, {-1, 1}};
+  constexpr double kBeside[8][2] = {{1, 0}, {-1, 0}, {0, -1}, {0, 1}, {1, -1}, {-1, -1}, {1, 1}, {-1, 1}};
+  constexpr double kAbove[8][2] = {{0, -1}, {0, 1}, {1, -1}, {-1, -1}, {1, 1}, {-1, 1}, {1, 0}, {-1, 0}};
+  const auto& places = radius == kRing ? kAbove : kBeside;
   const double width = Svg::WidthOf(name, Svg::Font::Label);
   const Box frame = Frame();
-  for (const auto& [across, down] : kPlaces) {
+  for (const auto& [across, down] : places) {
     const double away = radius + 1.5 - (across != 0 && down != 0 ? 2.0 : 0.0);
     const double left = across > 0 ? x + away : across < 0 ? x - away - width : x - width / 2;
     const double middle = y + down * (away + kEm / 2);

@@ -14,9 +14,6 @@ constexpr double kFlat = 1e-9;  ///< of the size of the values: a shorter range 
 constexpr double kPlainLabel = 1e7;
 constexpr int kMostDecimals = 6;
 constexpr int kMostDigits = 9;  ///< of a number too large or too small for decimals
-constexpr double kPixelsPerXTick = 80;
-constexpr double kPixelsPerYTick = 35;
-constexpr double kBeyondPanel = 50;  ///< of a text beside it: panels are farther apart
 
 /// A step of 1, 2 or 5 times a power of ten.
 struct RoundStep {
@@ -100,36 +97,6 @@ void ValueRange::Widen(double share) {
   const double margin = !isFlat ? share * (high - low) : size > 0 ? share * size : 1.0;
   low -= margin;
   high += margin;
-}
-
-void Plot::DrawAxes(const std::string& xName, const std::string& yName, bool wholeX, bool wholeY) const {
-  const int count = std::max(2, static_cast<int>(place_.width / kPixelsPerXTick));
-  DrawAxes(xName, yName, RoundTicks(x_.low, x_.high, count, wholeX), wholeY);
-}
-
-void Plot::DrawAxes(const std::string& xName, const std::string& yName, const std::vector<Tick>& xTicks,
-                    bool wholeY) const {
-  const int yCount = std::max(2, static_cast<int>(place_.height / kPixelsPerYTick));
-  for (const Tick& tick : xTicks) {
-    svg_->Line(X(tick.value), place_.top, X(tick.value), Bottom() + 4, Svg::Look::Grid);
-    svg_->Text(X(tick.value), Bottom() + 17, tick.label, Svg::Font::Tick, Svg::Anchor::Middle);
-  }
-  for (const Tick& tick : RoundTicks(y_.low, y_.high, yCount, wholeY)) {
-    svg_->Line(place_.left - 4, Y(tick.value), Right(), Y(tick.value), Svg::Look::Grid);
-    svg_->Text(place_.left - 8, Y(tick.value) + 4, tick.label, Svg::Font::Tick, Svg::Anchor::End);
-  }
-  svg_->Rectangle(place_.left, place_.top, place_.width, place_.height, Svg::Look::Frame);
-  svg_->Text(place_.left + place_.width / 2, Bottom() + 35, Svg::Fitting(xName, place_.width, Svg::Font::Axis),
-             Svg::Font::Axis, Svg::Anchor::Middle);
-  svg_->UprightText(place_.left - 62, place_.top + place_.height / 2,
-                    Svg::Fitting(yName, place_.height + kBeyondPanel, Svg::Font::Axis), Svg::Font::Axis);
-}
-
-void Plot::DrawLevel(double value, const std::string& name, Svg::Look look, double shift) const {
-  svg_->Line(place_.left, Y(value), Right(), Y(value), look);
-  const RoundStep hundredth = StepOf((y_.high / 2 - y_.low / 2) / 50);
-  svg_->Text(Right() + 6, Y(value) + 4 + shift, name + " " + Label(value, hundredth), Svg::Font::Label,
-             Svg::Anchor::Start);
 }
 
 }  // namespace kalmia::analysis

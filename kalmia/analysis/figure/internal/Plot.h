@@ -32,29 +32,20 @@ struct ValueRange {
   void Widen(double share);
 };
 
-/// A rectangle of a drawing with an axis below it and one on its left.
+/// A rectangle of a drawing: where numbers stand in it.
 class Plot {
  public:
   struct Place {
     double left, top, width, height;
   };
-  Plot(Svg* svg, const Place& place, const ValueRange& x, const ValueRange& y)
-      : svg_(svg), place_(place), x_(x), y_(y) {}
+  Plot(const Place& place, const ValueRange& x, const ValueRange& y) : place_(place), x_(x), y_(y) {}
 
   double X(double value) const { return place_.left + (value - x_.low) / (x_.high - x_.low) * place_.width; }
   double Y(double value) const { return Bottom() - (value - y_.low) / (y_.high - y_.low) * place_.height; }
   double Right() const { return place_.left + place_.width; }
   double Bottom() const { return place_.top + place_.height; }
 
-  /// Grid, frame and the numbers beside them. Drawn first, below the data.
-  void DrawAxes(const std::string& xName, const std::string& yName, bool wholeX, bool wholeY) const;
-  /// The same with given ticks on the axis below.
-  void DrawAxes(const std::string& xName, const std::string& yName, const std::vector<Tick>& xTicks, bool wholeY) const;
-  /// A line over the whole width, with its name and value on the right, `shift` pixels lower than the line.
-  void DrawLevel(double value, const std::string& name, Svg::Look look, double shift) const;
-
  private:
-  Svg* svg_;
   Place place_;
   ValueRange x_, y_;
 };

@@ -29,14 +29,6 @@ text.tick, text.label { font-size: 11px; }
 </style>
 )";
 
-constexpr auto kChartStyle = R"(<style>
-.second-data { stroke: #a85b00; stroke-width: 1.4; stroke-dasharray: 5 3; stroke-linejoin: round; fill: none; }
-.second-point { fill: #fff; stroke: #a85b00; stroke-width: 1.3; }
-.run { stroke: #b3261e; stroke-width: 1.5; fill: none; }
-text.mark { font-size: 11px; fill: #b3261e; stroke: #fff; stroke-width: 3px; paint-order: stroke; }
-</style>
-)";
-
 /// Colours of clusters, dark enough for thin lines. Numbers beside them say the same in black and white.
 constexpr const char* kClusterColours[] = {"#1f5a8c", "#c8502d", "#2f7d32", "#8a4fa3",
                                            "#9a7406", "#12808a", "#a8325f", "#5c5c2a"};
@@ -49,6 +41,7 @@ constexpr const char* kClassDashes[] = {"none", "7 3", "2 2", "9 3 2 3", "4 2", 
 constexpr int kClassColourCount = std::size(kClassColours);
 
 constexpr auto kFigureStyle = R"(<style>
+text.label { stroke: #fff; stroke-width: 2.5px; paint-order: stroke; }
 .second-data { stroke: #d55e00; stroke-width: 1.2; stroke-dasharray: 5 3; stroke-linejoin: round; fill: none; }
 .second-point { fill: #fff; stroke: #d55e00; stroke-width: 1.3; }
 .run { stroke: #b3261e; stroke-width: 1.5; fill: none; }
@@ -146,7 +139,6 @@ const char* ClassOf(Svg::Font font) {
     case Svg::Font::Title: return "title";
     case Svg::Font::Axis: return "axis";
     case Svg::Font::Tick: return "tick";
-    case Svg::Font::Mark: return "mark";
     case Svg::Font::Small: return "small";
     case Svg::Font::Label: break;
   }
@@ -165,7 +157,6 @@ double EmOf(Svg::Font font) {
     case Svg::Font::Axis: return 12.0;
     case Svg::Font::Small: return 7.0;
     case Svg::Font::Tick:
-    case Svg::Font::Mark:
     case Svg::Font::Label: break;
   }
   return 11.0;
@@ -219,8 +210,6 @@ Svg::Svg(double width, double height, const std::string& title, const std::strin
             " viewBox=\"0 0 " + Number(width) + " " + Number(height) + "\">\n<title>" + XmlText(title) + "</title>\n" +
             (description.empty() ? "" : "<desc>" + XmlText(description) + "</desc>\n") + kStyle +
             "<rect width=\"100%\" height=\"100%\" fill=\"#fff\"/>\n") {}
-
-void Svg::AddChartStyle() { text_ += kChartStyle; }
 
 void Svg::AddTreeStyle() { text_ += TreeStyle(); }
 

@@ -16,7 +16,7 @@ class Svg {
     Grid, Frame, Data, SecondData, Faint, Point, SecondPoint, Centre, Limit, Signal, Run, Bar, Branch, Cut,
     FaintLine, Plain, Band, SecondBar, FaintBar, SignalBar
   };
-  enum class Font { Title, Axis, Tick, Label, Mark, Small };
+  enum class Font { Title, Axis, Tick, Label, Small };
   enum class Anchor { Start, Middle, End };
   using Points = std::vector<std::pair<double, double>>;
 
@@ -24,14 +24,12 @@ class Svg {
   Svg(double width, double height, const std::string& title, const std::string& description = "");
 
   void Line(double x1, double y1, double x2, double y2, Look look);
-  /// The looks of control charts: SecondData, SecondPoint, Run and Mark. Before the first of them.
-  void AddChartStyle();
   /// The looks of trees: Branch, Cut, Small and the colours of clusters. Before the first of them.
   void AddTreeStyle();
   /// In a colour of clusters, from 0. Colours repeat, but neighbouring numbers have different ones.
   void ClusterLine(double x1, double y1, double x2, double y2, int colour);
   void ClusterRectangle(double x, double y, double width, double height, int colour);
-  /// The looks from FaintLine on, cells and classes. Before the first of them.
+  /// The looks of figures: SecondData, SecondPoint, Run, those from FaintLine on, cells and classes. Before the first.
   void AddFigureStyle();
   void Polyline(const Points& points, Look look);  ///< of one point: a dot
   void Polygon(const Points& points, Look look);
