@@ -10,6 +10,7 @@ import json
 import math
 import os
 import re
+import shutil
 import subprocess
 import sys
 import time
@@ -278,6 +279,19 @@ class Reports(unittest.TestCase):
         self.assertEqual(self.js("return document.scripts.length"), 4)
         self.assertTrue(self.browser.title.startswith("PCA of"))
         self.assert_quiet(path)
+
+    def test_a_command_without_what_pages_are_drawn_with_says_so_before_any_work(self):
+        bare = os.path.join(WORK, "bare", "bin", "kalmia")
+        os.makedirs(os.path.dirname(bare), exist_ok=True)
+        shutil.copy(KALMIA, bare)
+        model, page = os.path.join(WORK, "bare", "model"), os.path.join(WORK, "bare", "page.html")
+        run = subprocess.run([bare, *MODELS["pls"], "--save", model, "--report", page], capture_output=True, text=True)
+        self.assertEqual(run.returncode, 3)
+        self.assertRegex(run.stderr, "^kalmia: --report needs .*echarts.min.js, which is not there")
+        self.assertEqual([os.path.exists(model), os.path.exists(page)], [False, False])
+        plain = subprocess.run([bare, *MODELS["pls"], "--save", model], capture_output=True, text=True)
+        self.assertEqual(plain.returncode, 0)
+        os.remove(model)
 
     def test_it_is_readable_in_the_dark_and_on_a_narrow_screen(self):
         path, _ = write_report("narrow", *MODELS["da"])
