@@ -88,7 +88,7 @@ class Siblings {
     for (auto at = nodes.begin(); at != nodes.end(); ++at) GroupOf(*at).later.push(at);
   }
 
-  /// To be told of each entry that is gone to, and of each that is left for good.
+  /// Call Enter on reaching an entry and Leave on passing it.
   void Enter(NodeList::iterator at) { GroupOf(*at).later.pop(); }
   void Leave(NodeList::iterator at) { GroupOf(*at).earlier.push(at); }
 

@@ -51,5 +51,5 @@ struct O2PLSCVResults {
   /// by xFlips, U, C, Q by yFlips. If entry i was turned, entry i of LambdaSet and XLambdaSet becomes the regression
   /// between the rounds of TSet[i] and USet[i], G x G. LambdaSet and XLambdaSet need an entry per component, not
   /// checked.
-  void FlipPredictiveModel(const std::vector<bool>& xFlips, const std::vector<bool>& yFlips);
+  KALMIA_EXPORT void FlipPredictiveModel(const std::vector<bool>& xFlips, const std::vector<bool>& yFlips);
 };

@@ -12,8 +12,8 @@ namespace kalmia::analysis {
 /// The words for distributions: t, f, chi2 and normal.
 KALMIA_EXPORT const std::vector<std::string>& DistributionWords();
 
-/// A distribution that has a word: its symbols, whether it is that of a number of either sign, of which the size is
-/// judged, and how many degrees of freedom it has.
+/// A distribution that has a word: its symbols, whether its numbers can be negative, so that their size is judged, and
+/// how many degrees of freedom it has.
 struct DistributionKind {
   const char* word;
   const char* symbol;
@@ -43,8 +43,8 @@ struct QuantileResult {
 
 constexpr int kQuantileDigits = 10;
 
-/// What stays below the quantile with the given probability, of t and normal the number's size, or what exceeds it, of
-/// f and chi2. Throws BadRequest for a recipe that makes no sense, and where the quantile is beyond double precision.
+/// The quantile: of t and normal, |x| stays below it with the given probability (`oneSided`: x itself); f and chi2 exceed
+/// it with that probability. Throws BadRequest for a recipe that makes no sense, and where the quantile is beyond double precision.
 KALMIA_EXPORT QuantileResult ComputeQuantile(const QuantileRecipe& recipe);
 
 }  // namespace kalmia::analysis

@@ -36,8 +36,8 @@ struct FilterResult {
 /// FitRecipes.h says, and as ApplyFilter does.
 KALMIA_EXPORT FilterResult Fit(const FilterRecipe& recipe, const Table& table, NCProgress* progress = nullptr);
 
-/// Filters the rows of a table by a stored filter, which the result holds. Columns are matched by name. The table that
-/// a filter was made of comes out as it does with the stored filter, to the bit. A missing cell stays missing. Throws
+/// Filters the rows of a table by a stored filter, which the result holds. Columns are matched by name. The rows
+/// that a filter was made of come out with the same bits as Fit gave them. A missing cell stays missing. Throws
 /// BadData as ReadNewRows, and where the numbers overflow.
 KALMIA_EXPORT FilterResult ApplyFilter(StoredFilter filter, const Table& table, NCProgress* progress = nullptr);
 

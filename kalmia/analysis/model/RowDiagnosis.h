@@ -15,7 +15,7 @@
 namespace kalmia::analysis {
 
 /// How rows lie by a model: what they are flagged for, and how far their Y can be from what is predicted.
-struct RowDiagnosis {
+struct KALMIA_EXPORT RowDiagnosis {
   RowLimits limits;  ///< that the rows were held against
   std::vector<double> t2;                 ///< not a number where a row, or the model, has none
   std::vector<double> distances;          ///< normalised, see DistanceToModel

@@ -12,7 +12,7 @@ struct Signals {
   std::string table;                   ///< how messages call it
   std::vector<std::string> rowPlaces;  ///< how messages call each row, see RowPlaces
   std::vector<std::string> names;      ///< of the columns
-  /// Right after a wavelet-compress, or steps that keep its columns: of the columns before it; otherwise empty.
+  /// The names of the columns before the last wavelet-compress, while its coefficients are the columns; otherwise empty.
   std::vector<std::string> fullNames;
   CellRows cells;
   bool decimalComma = false;           ///< whether the numbers of the table, and in names, have one

@@ -38,10 +38,11 @@ KALMIA_EXPORT void ApplyChain(const StepChain& chain, Signals* signals, NCProgre
 /// Names of the columns that come out of the chain.
 KALMIA_EXPORT std::vector<std::string> OutputNames(const StepChain& chain);
 
-/// Whether the last step is wavelet-compress; and the signals before that step again, from what it has kept of them:
-/// columns are OutputNames(chain). Coefficients that were not kept are 0, a missing one too; a row without any stays
-/// so.
+/// Whether the last step is wavelet-compress.
 KALMIA_EXPORT bool EndsCompressed(const StepChain& chain);
+
+/// Brings the signals before a last wavelet-compress back, from what it has kept of them: columns are
+/// OutputNames(chain). Coefficients that were not kept are 0, a missing one too; a row without any stays so.
 KALMIA_EXPORT void RestoreSignals(const StepChain& chain, Signals* signals, NCProgress* progress = nullptr);
 
 /// "derivative:1:15:2, channels 2 apart": the step with what it has learnt, for a reader.

@@ -5,11 +5,11 @@
 
 namespace kalmia::analysis {
 
-/// What a column holds: numbers as soon as one cell is one, with either decimal mark, or where there is nothing but
-/// infinities; texts if there are words and no number; nothing.
+/// What a column holds. Numbers: at least one cell is a number, with either decimal mark, or all present cells are
+/// infinite. Texts: words and no number. Empty: no cell.
 enum class ColumnKind { Numbers, Texts, Empty };
 
-/// So many strays of a column are known by their rows.
+/// At most so many strays of a column are kept with their rows.
 constexpr std::size_t kStraysKept = 3;
 
 /// One column of a table.

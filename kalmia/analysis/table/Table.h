@@ -103,7 +103,7 @@ class KALMIA_EXPORT Table {
   std::unique_ptr<double[]> numbers_;  ///< of a table with a text; its columns point to them
   std::vector<CsvColumn> columns_;
   std::vector<NamedColumn> given_;  ///< of a table without a text; its columns point to their numbers
-  std::vector<std::vector<double>> besideStrays_;  ///< such numbers, of columns with strays or without any number
+  std::vector<std::vector<double>> besideStrays_;  ///< given numbers of columns with strays, which are NaN, or with none
   int rowCount_ = 0;
 };
 

@@ -38,8 +38,8 @@ bool FiltersWithoutHoles(const NCDataMatrix<float>& X, const NCDataMatrix<float>
 }
 
 /// A step of rows of F, cells `first` to first + n - 1 of rows r to r + count - 1: all components but the last are
-/// taken out into `buffer`, for a step of rows of n cells, which may be null where there is only one; the last one is
-/// left to who goes over the rows.
+/// subtracted into `buffer`, which holds a step of rows of n cells and may be null where there is one component; the
+/// caller subtracts the last component.
 class FilteredStep {
  public:
   FilteredStep(const NCDataMatrix<float>& X, const NCDataMatrix<float>& T, const NCDataMatrix<float>& W, int r,

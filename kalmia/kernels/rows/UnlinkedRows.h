@@ -22,8 +22,8 @@ class UnlinkedRows {
   /// different rows.
   T* Fetch(int r) const;
 
-  /// For who writes every cell of a row anew and so needs no Fetch: where row r's cells are to be read, and where they
-  /// are to be written. One and the same place if nobody shared them.
+  /// For callers that overwrite whole rows, instead of Fetch: read row r from OldCells, write it to NewCells. Both are
+  /// one place if nobody shares the row.
   const T* OldCells(int r) const;
   T* NewCells(int r) const;
   /// The same for n cells of row r from its cell `first`, from 0, on: each cell is to be fetched once.

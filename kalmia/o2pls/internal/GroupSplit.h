@@ -20,8 +20,8 @@ GroupSplit SplitByGroup(const NCDataMatrix<float>& table, const NCIntegralVector
 /// One more than the largest group number; 0 where no group has a number from 0 on.
 std::size_t CountRounds(const NCIntegralVector<int, -99>& groups);
 
-/// Whether there are over 10 000 rounds more than rows. At least so many hold nobody out, and each costs what a full
-/// one does: such a number is taken for a mistake, and not for a reason to ask for any amount of memory.
+/// Whether there are over 10 000 rounds more than rows. At least so many leave no row out, and each costs as much as a
+/// full one: such numbers are an error, before memory is taken for them.
 bool AreTooManyRounds(const NCIntegralVector<int, -99>& groups);
 
 }  // namespace kalmia

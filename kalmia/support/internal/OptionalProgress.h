@@ -5,7 +5,7 @@
 
 namespace kalmia {
 
-/// A progress bar that may be absent: then nothing is shown, and every answer is to go on.
+/// Optional progress bar: without one nothing is shown and nobody asks to stop.
 class OptionalProgress {
  public:
   explicit OptionalProgress(NCProgress* bar) : bar_(bar) {}

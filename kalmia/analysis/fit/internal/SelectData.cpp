@@ -53,8 +53,8 @@ bool AreCopies(const std::vector<double>& a, const std::vector<double>& b) {
   return std::fabs(products) > kCopied * std::sqrt(aSquares) * std::sqrt(bSquares);
 }
 
-/// Rows that are looked at first, to see that a column is no copy: so many spread over the table, and two of the
-/// extremes of Y, so that dummies of classes differ in them.
+/// How many evenly spaced rows are compared first: most columns that are no copy show it there. The rows with the least
+/// and the largest Y come on top, so that dummies of classes differ among them.
 constexpr std::size_t kSpreadProbes = 14;
 
 /// A Y column, and what shows at a glance that most columns do not copy it.
@@ -86,7 +86,7 @@ CopiedColumn CopiedColumnOf(const NumberColumn& column) {
 }
 
 /// Whether the probes alone show that x is no copy. The line through all cells of a copy leaves at most 1 - r^2 of the
-/// squares of Y; the line through some of the rows, which fits them best, leaves less of these than that.
+/// squares of Y; the line that is fitted to the probes alone leaves no more of theirs.
 bool LeavesTheLine(const std::vector<double>& x, const CopiedColumn& y) {
   const std::vector<double>& cells = y.column->cells;
   double common = 0.0, xSum = 0.0, ySum = 0.0;
@@ -295,7 +295,7 @@ class Selection {
     x_.clear();
   }
 
-  /// A column of X that tells Y itself, as one that was forgotten there, makes any model look good. Cost: a few rows of
+  /// A column of X that repeats Y, left in by mistake, makes any model look good. Cost: a few rows of
   /// each pair of columns, and all of those pairs that lie on a line there.
   void NoteCopiesOfY() {
     std::vector<CopiedColumn> ys;

@@ -14,8 +14,8 @@ namespace kalmia::analysis {
 /// Throws as FillColumns.
 FillChoice ChooseComponents(const NumberColumns& columns, NCProgress* progress = nullptr);
 
-/// Hides a tenth of the present cells of columns that vary, fills them, and compares. The draw is the same in every run
-/// and none of ChooseComponents' draws. Without `components`, ChooseComponents finds their number without the hidden
+/// Hides a tenth of the present cells of columns that vary, fills them, and compares. The draw is fixed, and
+/// differs from all draws of ChooseComponents. Without `components`, ChooseComponents finds their number without the hidden
 /// cells. Every row and column keeps a cell. Means are those of the cells that stay, standard deviations those of all
 /// present cells.
 /// Throws as FillColumns.

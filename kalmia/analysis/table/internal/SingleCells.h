@@ -17,9 +17,8 @@ namespace kalmia::analysis {
 /// for a column that varies by less than 1e-13 of its mean, which is rounding of double.
 bool LosesDigits(const std::vector<double>& cells);
 
-/// A column of `cells` cells at most, of which the largest absolute one is below so many times the difference between
-/// largest and least, does not lose digits: two of n cells that lie r apart make a deviation of r / sqrt(2 (n - 1)) or
-/// more.
+/// A column of at most `cells` cells loses no digits while its largest |cell| is below this ratio times its range, since
+/// two of n cells that lie r apart make a standard deviation of r / sqrt(2 (n - 1)) or more.
 double LargestRatioWithoutShift(int cells);
 
 /// What to take off the cells, in double, before they are rounded: the mean where LosesDigits; else 0.
