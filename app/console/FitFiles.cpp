@@ -99,7 +99,7 @@ void NoteOlderFiles(const FitOptions& options, const FitFiles& written, Notes* n
   }
   if (older.empty()) return;
   notes->Add("the folder " + OneLine(options.csvFolder) + " also holds " + Listed(older) +
-             ", written by an earlier run; " + (older.size() == 1 ? "it does" : "they do") + " not tell of this model");
+             ", which this run has not written: " + (older.size() == 1 ? "it does" : "they do") + " not tell of this model");
 }
 
 std::vector<std::string> StageDrawings(const FigureOptions& options, const std::vector<Figure>& figures,

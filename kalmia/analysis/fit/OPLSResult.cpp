@@ -101,6 +101,9 @@ OPLSResult Compute(const OPLSRecipe& recipe, const Table& table, NCProgress* pro
     model.classes = StoredClasses{result.data.classColumn, result.classes->rule, {}, {}};
   }
   JudgeModel(result.data, result.fitted, model.Components(), fit.crossValidatedResiduals, &model);
+  double r2x = 0.0;
+  for (const OPLSComponentRecord& component : model.components) r2x += component.r2x;
+  DropRoundings(r2x, &model);
   DescribeRows(result.fitted, result.data.measuredY, /*leftOut=*/{}, &model);
   return result;
 }

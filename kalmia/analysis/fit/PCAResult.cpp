@@ -2,6 +2,7 @@
 
 #include <utility>
 
+#include "kalmia/analysis/fit/internal/FitQuality.h"
 #include "kalmia/analysis/fit/internal/FitRules.h"
 #include "kalmia/analysis/fit/internal/FitSetup.h"
 #include "kalmia/analysis/fit/internal/PCAExtraction.h"
@@ -64,6 +65,7 @@ PCAResult Compute(const PCARecipe& recipe, const Table& table, NCProgress* progr
   if (!result.AnyKept() && recipe.components != 0) return result;
   result.rows = ScoreRows(result.model, result.data.x, progress);
   result.model.pooledDeviation = PooledDeviationOf(result.rows, result.model.Components());
+  if (result.model.Components() > 0) DropRoundings(result.model.components.back().r2xCum, &result.model);
   DescribeRows(result.rows, /*leftOut=*/{}, &result.model);
   return result;
 }

@@ -47,6 +47,7 @@ PLSResult Compute(const PLSRecipe& recipe, const Table& table, NCProgress* progr
     result.model.classes = StoredClasses{result.data.classColumn, result.classes->rule, {}, {}};
   }
   JudgeModel(result.data, result.fitted, result.model.Components(), fit.crossValidatedResiduals, &result.model);
+  if (result.model.Components() > 0) DropRoundings(result.model.components.back().r2xCum, &result.model);
   DescribeRows(result.fitted, result.data.measuredY, /*leftOut=*/{}, &result.model);
   return result;
 }

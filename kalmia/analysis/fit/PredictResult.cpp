@@ -1,11 +1,14 @@
 #include "kalmia/analysis/fit/PredictResult.h"
 
+#include <algorithm>
+#include <string>
 #include <utility>
 
 #include "kalmia/analysis/model/NewRows.h"
 #include "kalmia/analysis/model/Prediction.h"
 #include "kalmia/analysis/model/PredictionErrors.h"
 #include "kalmia/analysis/model/RowDiagnosis.h"
+#include "kalmia/analysis/text/DisplayText.h"
 #include "kalmia/analysis/text/Failure.h"
 #include "kalmia/analysis/text/internal/LibraryErrors.h"
 
@@ -26,7 +29,25 @@ void NoteErrors(const YModelInfo& model, const PLSPredictions& result, Notes* no
   NoteUncovered(model, result, notes);
   NoteOwnRows(model, result.rows, result.diagnosis, notes);
 }
-void NoteErrors(const StoredPCA& /*model*/, const PCAPredictions& /*result*/, Notes* /*notes*/) {}
+void NoteErrors(const StoredPCA& model, const PCAPredictions& result, Notes* notes) {
+  NoteOwnRows(model, result.rows, result.diagnosis, notes);
+}
+
+/// Rows without any cell have no prediction at all, and a reason of their own.
+void NoteHoles(const NCDataMatrix<float>& x, Notes* notes) {
+  std::size_t rows = 0;
+  int most = 0;
+  for (int row = 1; row <= x.SizeRows(); ++row) {
+    const int missing = x[row].GetNumMisVal();
+    if (missing == 0 || missing == x.SizeColumns()) continue;
+    ++rows;
+    most = std::max(most, missing);
+  }
+  if (rows == 0) return;
+  notes->Add(Counted(rows, "row") + " with missing cells, up to " + std::to_string(most) + " of " +
+             std::to_string(x.SizeColumns()) +
+             ": what is told of such rows is less certain than of complete ones, whose limits and intervals they have");
+}
 
 template <class Model>
 auto PredictNewRows(const Model& model, const Table& table, const std::string& id, NCProgress* progress) {
@@ -34,6 +55,7 @@ auto PredictNewRows(const Model& model, const Table& table, const std::string& i
   return WithoutLibraryErrors([&] {
     Notes notes;
     NewRows rows = ReadNewRows(model, table, id, &notes, progress);
+    NoteHoles(rows.x, &notes);
     auto result = PredictTable(model, table, std::move(rows), &notes, progress);
     NoteErrors(model, result, &notes);
     NoteNoDistances(model, model.Components(), &notes);

@@ -101,12 +101,14 @@ double ResidualDeviation(const RowResidual& row, int components) {
 double PooledDeviation(const std::vector<RowResidual>& rows, int components) {
   double sumOfSquares = 0.0;
   double freedom = 0.0;
+  int count = 0;
   for (const RowResidual& row : rows) {
     if (row.present <= components) continue;
     sumOfSquares += row.sumOfSquares;
     freedom += row.present - components;
+    ++count;
   }
-  return std::sqrt(sumOfSquares / freedom);  // 0 / 0 where no row has one
+  return count > components + 1 || components == 0 ? std::sqrt(sumOfSquares / freedom) : kNone;  // 0 / 0 without rows
 }
 
 }  // namespace kalmia::analysis

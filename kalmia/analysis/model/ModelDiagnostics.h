@@ -47,7 +47,9 @@ KALMIA_EXPORT std::vector<RowResidual> RowResiduals(const NCDataMatrix<float>& x
 /// s of a row: sqrt(sum e^2 / (present - A)); not a number with A present cells or fewer.
 KALMIA_EXPORT double ResidualDeviation(const RowResidual& row, int components);
 
-/// The pooled s of all rows that have one: the root of the sum of their e^2 over the sum of their present - A.
+/// The pooled s of all rows that have one: the root of the sum of their e^2 over the sum of their present - A. Not a
+/// number of A + 1 rows or fewer, which A components describe but for roundings, as n centred rows have n - 1
+/// directions.
 KALMIA_EXPORT double PooledDeviation(const std::vector<RowResidual>& rows, int components);
 
 }  // namespace kalmia::analysis

@@ -93,23 +93,6 @@ void NoteEmptyColumns(const ModelInfo& model, const std::vector<SourceColumn>& s
   if (!empty.empty()) notes->Add("empty in the table: " + Listed(empty, kColumnsNamed));
 }
 
-/// Rows without any cell have no prediction at all, and a reason of their own.
-void NoteHoles(const NCDataMatrix<float>& x, Notes* notes) {
-  std::size_t rows = 0;
-  int most = 0;
-  for (int row = 1; row <= x.SizeRows(); ++row) {
-    const int missing = x[row].GetNumMisVal();
-    if (missing == 0 || missing == x.SizeColumns()) continue;
-    ++rows;
-    most = std::max(most, missing);
-  }
-  if (rows == 0) return;
-  notes->Add(Counted(rows, "row") + " with missing cells, up to " + std::to_string(most) + " of " +
-             std::to_string(x.SizeColumns()) +
-             " of X: scores and predictions of such rows are less certain than limits, intervals and odds say, which "
-             "are those of complete rows");
-}
-
 }  // namespace
 
 NewRows ReadNewRows(const ModelInfo& model, const Table& table, const std::string& id, Notes* notes,
@@ -135,7 +118,6 @@ NewRows ReadNewRows(const ModelInfo& model, const Table& table, const std::strin
   } else {
     Preprocess(model, table, idColumn, source, progress, &rows);
   }
-  NoteHoles(rows.x, notes);
   return rows;
 }
 

@@ -210,10 +210,8 @@ void NoteNoDistances(const ModelInfo& model, int components, Notes* notes) {
   if (static_cast<std::size_t>(components) >= model.xNames.size()) {
     notes->Add(none + "with as many components as " + model.inputBlock + " columns, " + std::to_string(components) +
                ", nothing of " + model.inputBlock + " is left to measure it by");
-  } else if (std::isnan(model.pooledDeviation)) {
-    notes->Add(none + "no training row has more cells than the model has components");
-  } else if (model.pooledDeviation == 0.0) {
-    notes->Add(none + "the model describes its training rows without a rest");
+  } else if (!(model.pooledDeviation > 0.0)) {
+    notes->Add(none + "the model leaves nothing of its training rows that it could be measured by");
   }
 }
 

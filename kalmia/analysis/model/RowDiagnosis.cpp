@@ -13,16 +13,22 @@ namespace {
 
 constexpr double kShare = 0.95;  ///< of new values that an interval covers
 
-constexpr double kBeyondByChance = 0.02;  ///< 1 % by each of the two limits
+/// How many rows like the training rows may be beyond limits of 99 %: the mean of a Poisson number and two of its
+/// standard deviations, rounded up.
+double MostByChance(const RowDiagnosis& diagnosis) {
+  const double limits = (diagnosis.limits.t2.at99 ? 1.0 : 0.0) + (diagnosis.limits.distance.at99 ? 1.0 : 0.0);
+  const double expected = 0.01 * limits * static_cast<double>(diagnosis.flags.size());
+  return expected + 2.0 * std::sqrt(expected) + 1.0;
+}
 
 void NoteRowsBeyond(const RowDiagnosis& diagnosis, Notes* notes) {
   std::size_t beyond = 0;
   for (std::size_t i = 0; i < diagnosis.flags.size(); ++i) beyond += diagnosis.IsBeyond99(i) ? 1 : 0;
   if (beyond == 0) return;
-  const bool isChance = static_cast<double>(beyond) <= kBeyondByChance * static_cast<double>(diagnosis.flags.size());
+  const bool isChance = static_cast<double>(beyond) <= MostByChance(diagnosis);
   notes->Add("beyond the 99 % limit of T2 or of the distance: " + std::to_string(beyond) + " of " +
              Counted(diagnosis.flags.size(), "row") +
-             (isChance ? ", as 2 % may be of rows like those that the model was fitted to"
+             (isChance ? ", as may be chance among rows like those that the model was fitted to"
                        : ", unlike those that the model was fitted to"));
 }
 
@@ -147,7 +153,7 @@ void NoteOwnRows(const ModelInfo& model, const NewRows& rows, const RowDiagnosis
     }
   }
   if (!isAnyComplete) return;
-  notes->Add("these are the rows that the model was fitted to: new rows lie farther from it, and their errors are larger");
+  notes->Add("these are the rows that the model was fitted to: it suits new rows less well");
 }
 
 RowDiagnosis DiagnoseTrainingRows(const ModelInfo& model) {

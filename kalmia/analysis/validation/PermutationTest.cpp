@@ -118,7 +118,8 @@ double OrdersOfGroups(const std::vector<int>& groupOfRow, const RealMatrix& y) {
   for (const auto& [cells, count] : alike) {
     for (int k = 1; k <= count; ++k) orders = orders * ++groups / k;
   }
-  return orders;
+  const bool isMirrored = alike.size() == 2 && alike.begin()->second == alike.rbegin()->second;
+  return isMirrored ? orders / 2.0 : orders;
 }
 
 double CorrelationWithPermuted(const RealMatrix& y, const std::vector<std::size_t>& sources) {

@@ -25,7 +25,8 @@ KALMIA_EXPORT bool AreGroupsOfOneSize(const std::vector<int>& groupOfRow);
 KALMIA_EXPORT std::vector<std::size_t> PermutedGroups(const std::vector<int>& groupOfRow, RandomDraws* draws);
 
 /// How many of the orders in which such groups can stand differ in `y`, N x M: all of them, or fewer where groups have
-/// the same cells; 1 at the least. Exact up to 2^53, then rounded, at last infinite.
+/// the same cells. Two kinds of groups, as many of the one as of the other, make half of them: an order in which they
+/// change places gives the same model of Y turned around. 1 at the least. Exact up to 2^53, then rounded, at last infinite.
 KALMIA_EXPORT double OrdersOfGroups(const std::vector<int>& groupOfRow, const RealMatrix& y);
 
 /// Pearson's correlation of the permuted with the original Y over the rows that have both, as a mean over the columns

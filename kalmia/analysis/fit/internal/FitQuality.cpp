@@ -3,6 +3,7 @@
 #include <cmath>
 #include <limits>
 
+#include "kalmia/analysis/fit/internal/FitRules.h"
 #include "kalmia/analysis/steps/Scaling.h"
 #include "kalmia/containers/Missing.h"
 
@@ -41,6 +42,10 @@ double CrossValidatedError(const NCDataMatrix<float>& residuals, int j, double f
 }
 
 }  // namespace
+
+void DropRoundings(double r2x, ModelInfo* model) {
+  if (r2x >= 1.0 - kRoundings) model->pooledDeviation = std::numeric_limits<double>::quiet_NaN();
+}
 
 void JudgeModel(const ModelData& data, const std::vector<RowPrediction>& fitted, int components,
                 const NCDataMatrix<float>& crossValidatedResiduals, YModelInfo* model) {

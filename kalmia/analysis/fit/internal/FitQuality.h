@@ -13,4 +13,8 @@ namespace kalmia::analysis {
 void JudgeModel(const ModelData& data, const std::vector<RowPrediction>& fitted, int components,
                 const NCDataMatrix<float>& crossValidatedResiduals, YModelInfo* model);
 
+/// Leaves a model without a pooled deviation, and so without distances, whose components describe X but for roundings
+/// (kRoundings). `r2x` is their share of X.
+void DropRoundings(double r2x, ModelInfo* model);
+
 }  // namespace kalmia::analysis

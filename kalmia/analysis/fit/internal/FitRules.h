@@ -14,6 +14,9 @@ namespace kalmia::analysis {
 /// Where less than this share of the sum of squares of X is left, the rest is rounding of float cells: some 2^-24 of
 /// each, squared.
 constexpr double kExhausted = 1e-14;
+/// The same share below which no distance to the model is measured: cells with a mean of some standard deviations, and
+/// several components, round X that much.
+constexpr double kRoundings = 1e-12;
 constexpr auto kNothingLeft = "nothing is left of X";
 
 /// When to stop.

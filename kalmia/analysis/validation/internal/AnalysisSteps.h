@@ -36,7 +36,7 @@ void TakeJudgement(Analysis* analysis) {
   fit.notes.Add(validation.notes);
   fit.notes.Add(validation.jackKnifeNotes);
   NoteEqualRows(fit.data.x, fit.data.measuredY, validation.folds, &fit.notes);
-  if (validation.IsJudged() && !fit.data.classes) {
+  if (validation.IsJudged() && validation.model > 0 && !fit.data.classes) {
     NoteFarErrors(fit.data.rowNames, validation.yNames, validation.errors.squaredErrors[validation.model], &fit.notes);
   }
   TakeErrors(validation, &fit.model);

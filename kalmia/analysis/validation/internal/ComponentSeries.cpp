@@ -35,7 +35,7 @@ bool ComponentSeries::Append(const NCDataMatrix<float>& xResiduals, const NCData
   r2x_.push_back(Share(wholeX_, left));
   r2y_.push_back(Share(wholeY_, RowResiduals(yResiduals)));
   const bool isExhausted = r2x_.back() >= 1.0 - kExhausted;
-  const bool isNothingLeft = isExhausted || LeavesNothing(components, left.size());
+  const bool isNothingLeft = r2x_.back() >= 1.0 - kRoundings;
   pooledDeviations_.push_back(isNothingLeft ? kNotANumber : PooledDeviation(left, components));
   return !isExhausted;
 }

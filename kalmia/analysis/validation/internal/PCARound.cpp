@@ -160,8 +160,7 @@ void PCARound::NoteDeviations(const NCDataMatrix<float>& x, WorkProgress* progre
   }
   const double whole = SumOfSquares(residuals.front());
   for (std::size_t a = 0; a <= components_; ++a) {
-    const bool isNothingLeft = SumOfSquares(residuals[a]) <= kExhausted * whole ||
-                               LeavesNothing(static_cast<int>(a), residuals[a].size());
+    const bool isNothingLeft = SumOfSquares(residuals[a]) <= kRoundings * whole;
     pooledDeviations_.push_back(isNothingLeft ? kNotANumber : PooledDeviation(residuals[a], static_cast<int>(a)));
   }
 }

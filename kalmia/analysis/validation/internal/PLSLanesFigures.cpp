@@ -61,7 +61,7 @@ void PLSLanes::NoteDistances(std::size_t lane, LeftOutRows* rows) const {
   rows->distances = RealMatrix(of.leftOutSquares.rows, of.leftOutSquares.columns, kNotANumber);
   for (std::size_t a = 0; a < rows->distances.columns; ++a) {
     const bool isNothingLeft =
-        of.r2x[a] >= 1.0 - kExhausted || LeavesNothing(static_cast<int>(a), rounds_[lane].fitted.size());
+        of.r2x[a] >= 1.0 - kRoundings || (a > 0 && rounds_[lane].fitted.size() <= a + 1);  // as PooledDeviation has it
     if (static_cast<double>(a) == of.columns || isNothingLeft) continue;
     // Both are deviations of as many degrees of freedom a row.
     const double whole = x_.SumsOfSquares()[lane] / static_cast<double>(x_.FittedRows(lane));

@@ -1,6 +1,5 @@
 #pragma once
 
-#include <cstddef>
 #include <string>
 #include <vector>
 
@@ -13,12 +12,6 @@ struct LeftOutRows {
   std::vector<RealMatrix> predicted;  ///< rows by Y columns, in the units of the table; not a number where none
   RealMatrix distances;               ///< rows by models: normalised, see DistanceToModel
 };
-
-/// Whether so many components leave nothing of X of the rows that they were fitted to but roundings: n centred rows have
-/// n - 1 directions. Nothing is there, then, to measure the distance of another row by.
-inline bool LeavesNothing(int components, std::size_t rows) {
-  return static_cast<std::size_t>(components) + 1 >= rows;
-}
 
 /// Kinds of VIP: that of PLS; or those of OPLS, by the predictive and by the orthogonal components.
 enum class ImportanceKinds { OfPLS, OfOPLS };

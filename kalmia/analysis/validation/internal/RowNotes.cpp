@@ -16,6 +16,7 @@ namespace {
 constexpr double kDeviationOfMedian = 1.4826;  ///< standard deviation of normal numbers over the median of their sizes
 constexpr double kFar = 10.0;                  ///< deviations
 constexpr std::size_t kFewestErrors = 10;
+constexpr int kFewestColumns = 5;
 constexpr std::size_t kRowsNamed = 5;
 
 /// The cells of a row as bytes.
@@ -26,6 +27,11 @@ std::string BytesOf(const NCDataMatrix<float>& x, const std::vector<std::vector<
     bytes.append(reinterpret_cast<const char*>(&column[row]), sizeof(double));
   }
   return bytes;
+}
+
+bool HasY(const std::vector<std::vector<double>>& measuredY, std::size_t row) {
+  return std::any_of(measuredY.begin(), measuredY.end(),
+                     [row](const std::vector<double>& column) { return !std::isnan(column[row]); });
 }
 
 double MedianOf(std::vector<double> numbers) {
@@ -48,7 +54,10 @@ void NoteEqualRows(const NCDataMatrix<float>& x, const std::vector<std::vector<d
                    Notes* notes) {
   const std::vector<int>& groups = folds.groupOfRow.front();
   std::unordered_map<std::string, std::vector<std::size_t>> rowsOfBytes;
-  for (std::size_t i = 0; i < groups.size(); ++i) rowsOfBytes[BytesOf(x, measuredY, i)].push_back(i);
+  if (x.SizeColumns() < kFewestColumns) return;
+  for (std::size_t i = 0; i < groups.size(); ++i) {
+    if (HasY(measuredY, i)) rowsOfBytes[BytesOf(x, measuredY, i)].push_back(i);
+  }
   std::size_t equal = 0;
   for (const auto& [bytes, rows] : rowsOfBytes) {
     const bool areApart = std::any_of(rows.begin(), rows.end(), [&](std::size_t i) {
@@ -59,7 +68,7 @@ void NoteEqualRows(const NCDataMatrix<float>& x, const std::vector<std::vector<d
   if (equal == 0) return;
   notes->Add(Counted(equal, "row") + " of " + std::to_string(groups.size()) +
                  " have the same cells of X and Y as a row of another group, which foretells them while they are left "
-                 "out: keep such rows together",
+                 "out: if they are copies, keep them together",
              Remedy::NameGroups);
 }
 

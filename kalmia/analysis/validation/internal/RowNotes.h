@@ -13,7 +13,8 @@ namespace kalmia::analysis {
 // Rows of a table that make its validation say something else than it seems to.
 
 /// Notes rows that have the cells of X and Y of another row, which stays in while they are left out: it foretells them
-/// whatever the model is worth. One pass over X; of several repeats the first is looked at.
+/// whatever the model is worth. Rows without Y count nowhere, and rows of few cells may well be alike: nothing is said of
+/// fewer than five columns. One pass over X; of several repeats the first is looked at.
 void NoteEqualRows(const NCDataMatrix<float>& x, const std::vector<std::vector<double>>& measuredY, const Folds& folds,
                    Notes* notes);
 
