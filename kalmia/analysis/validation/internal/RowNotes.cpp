@@ -59,7 +59,8 @@ void NoteEqualRows(const NCDataMatrix<float>& x, const std::vector<std::vector<d
     if (HasY(measuredY, i)) rowsOfBytes[BytesOf(x, measuredY, i)].push_back(i);
   }
   std::size_t equal = 0;
-  for (const auto& [bytes, rows] : rowsOfBytes) {
+  for (const auto& alike : rowsOfBytes) {
+    const std::vector<std::size_t>& rows = alike.second;
     const bool areApart = std::any_of(rows.begin(), rows.end(), [&](std::size_t i) {
       return groups[i] != groups[rows.front()];
     });
